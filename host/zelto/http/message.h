@@ -1,0 +1,63 @@
+// What passes between the network and a page: a received request, and the sink of its response.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zelto {
+
+struct Header {
+  std::string name;
+  std::string value;
+};
+
+// A request as received: framed and checked, its body complete. Header names keep their letter case
+// and order; they are compared without regard to case.
+struct HttpRequest {
+  std::string method;  // as sent, "GET"
+  std::string target;  // as sent, "/a%20b/x.asp?q=1"
+  std::string path;    // percent-decoded once, normalised, always beginning with '/'
+  std::string query;   // as sent, without the question mark
+  int minor_version = 1;
+  std::vector<Header> headers;
+  std::string body;
+  // The body was larger than the limit: `body` is empty and `body_length` tells what was announced or
+  // counted before it was given up.
+  bool body_too_large = false;
+  std::uint64_t body_length = 0;
+  std::string remote_address;
+  std::uint16_t remote_port = 0;
+  std::string local_address;
+  std::uint16_t local_port = 0;
+  bool secure = false;
+
+  // The first header of that name, compared without regard to case; null when there is none.
+  const std::string* header(std::string_view name) const;
+};
+
+struct ResponseHead {
+  int status = 200;
+  std::string reason = "OK";
+  std::vector<Header> headers;  // without Content-Length, Transfer-Encoding, Connection, Date, Server
+};
+
+// Where a response goes. One thread calls it, in the order start, write…, finish. A client that has
+// gone makes the calls do nothing; connected() tells.
+class ResponseSink {
+ public:
+  virtual ~ResponseSink() = default;
+
+  // `length` is the body's size when it is known already, else kUnknownLength: the connection then
+  // frames the body itself.
+  virtual void start(ResponseHead head, std::uint64_t length) = 0;
+  // Blocks while the client is slow, up to the send time-out.
+  virtual void write(std::string_view bytes) = 0;
+  virtual void finish() = 0;
+  virtual bool connected() const = 0;
+
+  static constexpr std::uint64_t kUnknownLength = ~std::uint64_t{0};
+};
+
+}  // namespace zelto

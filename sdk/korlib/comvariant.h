@@ -1,0 +1,157 @@
+// CComVariant: an owned VARIANT. CComSafeArray: an owned SAFEARRAY.
+#pragma once
+
+#include <utility>
+
+#include <korlib/combstr.h>
+#include <korlib/dispatch.h>
+#include <korlib/variant.h>
+
+class CComVariant : public VARIANT {
+ public:
+  CComVariant() noexcept : VARIANT{} { VariantInit(this); }
+  explicit CComVariant(LONG value) noexcept : CComVariant() {
+    vt = VT_I4;
+    lVal = value;
+  }
+  explicit CComVariant(double value) noexcept : CComVariant() {
+    vt = VT_R8;
+    dblVal = value;
+  }
+  explicit CComVariant(bool value) noexcept : CComVariant() {
+    vt = VT_BOOL;
+    boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
+  }
+  explicit CComVariant(std::wstring_view text) : CComVariant() {
+    vt = VT_BSTR;
+    bstrVal = korlib::new_bstr(text);
+  }
+  explicit CComVariant(const wchar_t* text) : CComVariant(std::wstring_view(text ? text : L"")) {}
+  explicit CComVariant(IDispatch* object) noexcept : CComVariant() {
+    vt = VT_DISPATCH;
+    pdispVal = object;
+    if (object) object->AddRef();
+  }
+  explicit CComVariant(IUnknown* object) noexcept : CComVariant() {
+    vt = VT_UNKNOWN;
+    punkVal = object;
+    if (object) object->AddRef();
+  }
+  CComVariant(const CComVariant& other) : CComVariant() { VariantCopy(this, &other); }
+  explicit CComVariant(const VARIANT& other) : CComVariant() { VariantCopy(this, &other); }
+  CComVariant(CComVariant&& other) noexcept : VARIANT(static_cast<VARIANT&&>(other)) {}
+  ~CComVariant() { VariantClear(this); }
+
+  CComVariant& operator=(const CComVariant& other) {
+    if (this != &other) VariantCopy(this, &other);
+    return *this;
+  }
+  CComVariant& operator=(CComVariant&& other) noexcept {
+    if (this != &other) {
+      reset();
+      attach(&other);
+    }
+    return *this;
+  }
+  CComVariant& operator=(const VARIANT& other) {
+    if (this != &other) VariantCopy(this, &other);
+    return *this;
+  }
+
+  void reset() noexcept { VariantClear(this); }
+  VARIANT* put() noexcept {
+    reset();
+    return this;
+  }
+  // Takes the value over; *source becomes VT_EMPTY.
+  void attach(VARIANT* source) noexcept {
+    reset();
+    vt = source->vt;
+    llVal = source->llVal;
+    source->vt = VT_EMPTY;
+  }
+  // Gives the value away into an out-parameter, whose old bits are not looked at.
+  void detach_to(VARIANT* target) noexcept {
+    VariantInit(target);
+    target->vt = vt;
+    target->llVal = llVal;
+    vt = VT_EMPTY;
+  }
+  HRESULT change_type(VARTYPE type) { return VariantChangeType(this, this, 0, type); }
+};
+
+namespace korlib {
+
+// A VARIANT for the duration of a call: refers to the text or object, owns and counts nothing.
+inline VARIANT borrowed(BSTR text) noexcept {
+  VARIANT v{};
+  v.vt = VT_BSTR;
+  v.bstrVal = text;
+  return v;
+}
+inline VARIANT borrowed(IDispatch* object) noexcept {
+  VARIANT v{};
+  v.vt = VT_DISPATCH;
+  v.pdispVal = object;
+  return v;
+}
+inline VARIANT long_variant(LONG value) noexcept {
+  VARIANT v{};
+  v.vt = VT_I4;
+  v.lVal = value;
+  return v;
+}
+// An argument that the caller left out.
+inline VARIANT omitted() noexcept {
+  VARIANT v{};
+  v.vt = VT_ERROR;
+  v.scode = DISP_E_PARAMNOTFOUND;
+  return v;
+}
+inline bool is_omitted(const VARIANT& v) noexcept { return v.vt == VT_ERROR && v.scode == DISP_E_PARAMNOTFOUND; }
+
+}  // namespace korlib
+
+class CComSafeArray {
+ public:
+  CComSafeArray() noexcept = default;
+  CComSafeArray(VARTYPE vt, ULONG elements) : array_(SafeArrayCreateVector(vt, 0, elements)) {}
+  CComSafeArray(CComSafeArray&& other) noexcept : array_(std::exchange(other.array_, nullptr)) {}
+  CComSafeArray& operator=(CComSafeArray&& other) noexcept {
+    std::swap(array_, other.array_);
+    return *this;
+  }
+  CComSafeArray(const CComSafeArray&) = delete;
+  CComSafeArray& operator=(const CComSafeArray&) = delete;
+  ~CComSafeArray() { SafeArrayDestroy(array_); }
+
+  SAFEARRAY* get() const noexcept { return array_; }
+  explicit operator bool() const noexcept { return array_ != nullptr; }
+  void attach(SAFEARRAY* array) noexcept {
+    SafeArrayDestroy(array_);
+    array_ = array;
+  }
+  [[nodiscard]] SAFEARRAY* detach() noexcept { return std::exchange(array_, nullptr); }
+  SAFEARRAY** put() noexcept {
+    attach(nullptr);
+    return &array_;
+  }
+
+  // The elements, of a type that the caller knows; valid while the array is neither resized nor freed.
+  template <class Element>
+  Element* data() const noexcept {
+    return array_ ? static_cast<Element*>(array_->pvData) : nullptr;
+  }
+  // Elements of the first dimension.
+  ULONG size() const noexcept { return array_ ? array_->rgsabound[array_->cDims - 1].cElements : 0; }
+
+  // Hands the array over as the value of a VARIANT of type VT_ARRAY | element type.
+  void detach_to(VARIANT* target) noexcept {
+    VariantInit(target);
+    target->vt = static_cast<VARTYPE>(VT_ARRAY | (array_ ? array_->vtElement : static_cast<VARTYPE>(VT_VARIANT)));
+    target->parray = detach();
+  }
+
+ private:
+  SAFEARRAY* array_ = nullptr;
+};

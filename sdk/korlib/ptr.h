@@ -1,0 +1,122 @@
+// Smart pointers over interfaces, and QueryInterface as a list.
+//
+// put() releases what is held and lends the slot to an out-parameter; attach() and detach() move a
+// reference without counting; get() and -> peek. Both pointers are as cheap as a raw one.
+#pragma once
+
+#include <initializer_list>
+#include <utility>
+
+#include <korlib/unknown.h>
+
+template <class Interface>
+class CComPtr {
+ public:
+  CComPtr() noexcept = default;
+  CComPtr(std::nullptr_t) noexcept {}
+  CComPtr(Interface* object) noexcept : object_(object) { add_ref(); }
+  CComPtr(const CComPtr& other) noexcept : object_(other.object_) { add_ref(); }
+  CComPtr(CComPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  ~CComPtr() { reset(); }
+
+  CComPtr& operator=(CComPtr other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+
+  Interface* get() const noexcept { return object_; }
+  Interface* operator->() const noexcept { return object_; }
+  Interface& operator*() const noexcept { return *object_; }
+  explicit operator bool() const noexcept { return object_ != nullptr; }
+
+  void reset() noexcept {
+    if (Interface* held = std::exchange(object_, nullptr)) held->Release();
+  }
+  Interface** put() noexcept {
+    reset();
+    return &object_;
+  }
+  void** put_void() noexcept { return reinterpret_cast<void**>(put()); }
+  void attach(Interface* object) noexcept {
+    reset();
+    object_ = object;
+  }
+  [[nodiscard]] Interface* detach() noexcept { return std::exchange(object_, nullptr); }
+
+  // A counted copy into an out-parameter, null included.
+  HRESULT copy_to(Interface** out) const noexcept {
+    if (!out) return E_POINTER;
+    add_ref();
+    *out = object_;
+    return S_OK;
+  }
+
+  // The same object as another interface.
+  template <class Other>
+  HRESULT query(Other** out) const {
+    if (!out) return E_POINTER;
+    *out = nullptr;
+    if (!object_) return E_NOINTERFACE;
+    return object_->QueryInterface(korlib::iid_of<Other>, reinterpret_cast<void**>(out));
+  }
+
+  friend bool operator==(const CComPtr& a, const CComPtr& b) noexcept { return a.object_ == b.object_; }
+
+ private:
+  void add_ref() const noexcept {
+    if (object_) object_->AddRef();
+  }
+
+  Interface* object_ = nullptr;
+};
+
+// A pointer that asks whatever is assigned to it for its interface, and is null when refused.
+template <class Interface>
+class CComQIPtr : public CComPtr<Interface> {
+ public:
+  CComQIPtr() noexcept = default;
+  CComQIPtr(IUnknown* object) { assign(object); }
+  template <class Other>
+  CComQIPtr(const CComPtr<Other>& other) {
+    assign(other.get());
+  }
+  CComQIPtr& operator=(IUnknown* object) {
+    assign(object);
+    return *this;
+  }
+
+  HRESULT assign(IUnknown* object) {
+    CComPtr<Interface> asked;
+    HRESULT hr = S_OK;
+    if (object) hr = object->QueryInterface(korlib::iid_of<Interface>, asked.put_void());
+    if (FAILED(hr)) asked.reset();
+    CComPtr<Interface>::operator=(std::move(asked));
+    return hr;
+  }
+};
+
+namespace korlib {
+
+// QueryInterface over a list of interfaces:
+//   return korlib::query_list<IThing, IDispatch, IUnknown>(this, riid, ppv);
+// The first interface stands for every one it derives from; list the most derived one first.
+template <class First, class... Rest, class Object>
+HRESULT query_list(Object* object, REFIID riid, void** ppv) {
+  if (!ppv) return E_POINTER;
+  *ppv = nullptr;
+  const auto offer = [&]<class Interface>(std::type_identity<Interface>) {
+    if (*ppv || riid != iid_of<Interface>) return;
+    if constexpr (std::is_same_v<Interface, IUnknown> || std::is_base_of_v<Interface, First>) {
+      *ppv = static_cast<Interface*>(static_cast<First*>(object));
+    } else {
+      *ppv = static_cast<Interface*>(object);
+    }
+  };
+  offer(std::type_identity<First>{});
+  (offer(std::type_identity<Rest>{}), ...);
+  if (!*ppv) return E_NOINTERFACE;
+  static_cast<First*>(object)->AddRef();
+  return S_OK;
+}
+
+}  // namespace korlib

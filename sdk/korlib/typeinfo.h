@@ -1,0 +1,77 @@
+// Type information: an object that maps member names to identifiers and turns a late-bound call into
+// a call of a typed member. This system uses GetIDsOfNames and Invoke only; the description structures
+// are named so that the table of operations is the usual one, and are never filled.
+#pragma once
+
+#include <korlib/dispatch.h>
+
+struct TYPEATTR;
+struct FUNCDESC;
+struct VARDESC;
+struct TLIBATTR;
+struct ITypeComp;
+struct ITypeLib;
+
+enum TYPEKIND : INT { TKIND_ENUM, TKIND_RECORD, TKIND_MODULE, TKIND_INTERFACE, TKIND_DISPATCH };
+enum INVOKEKIND : INT {
+  INVOKE_FUNC = 1,
+  INVOKE_PROPERTYGET = 2,
+  INVOKE_PROPERTYPUT = 4,
+  INVOKE_PROPERTYPUTREF = 8,
+};
+
+struct ITypeInfo : IUnknown {
+  virtual HRESULT GetTypeAttr(TYPEATTR** attr) = 0;
+  virtual HRESULT GetTypeComp(ITypeComp** comp) = 0;
+  virtual HRESULT GetFuncDesc(UINT index, FUNCDESC** desc) = 0;
+  virtual HRESULT GetVarDesc(UINT index, VARDESC** desc) = 0;
+  virtual HRESULT GetNames(MEMBERID id, BSTR* names, UINT capacity, UINT* count) = 0;
+  virtual HRESULT GetRefTypeOfImplType(UINT index, DWORD* type) = 0;
+  virtual HRESULT GetImplTypeFlags(UINT index, INT* flags) = 0;
+  virtual HRESULT GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) = 0;
+  // `instance` is the object, as a pointer to the interface that this type information describes.
+  virtual HRESULT Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
+                         EXCEPINFO* excepinfo, UINT* argerr) = 0;
+  virtual HRESULT GetDocumentation(MEMBERID id, BSTR* name, BSTR* doc, DWORD* help, BSTR* file) = 0;
+  virtual HRESULT GetDllEntry(MEMBERID id, INVOKEKIND kind, BSTR* dll, BSTR* name, WORD* ordinal) = 0;
+  virtual HRESULT GetRefTypeInfo(DWORD type, ITypeInfo** info) = 0;
+  virtual HRESULT AddressOfMember(MEMBERID id, INVOKEKIND kind, void** address) = 0;
+  virtual HRESULT CreateInstance(IUnknown* outer, REFIID riid, void** object) = 0;
+  virtual HRESULT GetMops(MEMBERID id, BSTR* mops) = 0;
+  virtual HRESULT GetContainingTypeLib(ITypeLib** library, UINT* index) = 0;
+  virtual void ReleaseTypeAttr(TYPEATTR* attr) = 0;
+  virtual void ReleaseFuncDesc(FUNCDESC* desc) = 0;
+  virtual void ReleaseVarDesc(VARDESC* desc) = 0;
+
+ protected:
+  ~ITypeInfo() = default;
+};
+KORLIB_IID(ITypeInfo, "00020401-0000-0000-C000-000000000046");
+
+struct ITypeLib : IUnknown {
+  virtual UINT GetTypeInfoCount() = 0;
+  virtual HRESULT GetTypeInfo(UINT index, ITypeInfo** info) = 0;
+  virtual HRESULT GetTypeInfoType(UINT index, TYPEKIND* kind) = 0;
+  // TYPE_E_ELEMENTNOTFOUND when the library does not describe that interface.
+  virtual HRESULT GetTypeInfoOfGuid(REFGUID guid, ITypeInfo** info) = 0;
+  virtual HRESULT GetLibAttr(TLIBATTR** attr) = 0;
+  virtual HRESULT GetTypeComp(ITypeComp** comp) = 0;
+  virtual HRESULT GetDocumentation(INT index, BSTR* name, BSTR* doc, DWORD* help, BSTR* file) = 0;
+  virtual HRESULT IsName(LPOLESTR name, ULONG hash, BOOL* found) = 0;
+  virtual HRESULT FindName(LPOLESTR name, ULONG hash, ITypeInfo** infos, MEMBERID* ids, USHORT* count) = 0;
+  virtual void ReleaseTLibAttr(TLIBATTR* attr) = 0;
+
+ protected:
+  ~ITypeLib() = default;
+};
+KORLIB_IID(ITypeLib, "00020402-0000-0000-C000-000000000046");
+
+inline constexpr const GUID& IID_ITypeInfo = korlib::iid_of<ITypeInfo>;
+
+extern "C" {
+// The type library behind a path; "…\2" asks for the second library of a module, which is the host's
+// own. The host supplies it; a host without type libraries answers TYPE_E_CANTLOADLIBRARY.
+// A module may release what it took from a library more often than it counted it, once when it is
+// detached and once when it is unloaded, so type information handed out lives as long as the process.
+KORLIB_API HRESULT LoadTypeLib(const OLECHAR* path, ITypeLib** library);
+}

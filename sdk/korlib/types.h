@@ -1,0 +1,79 @@
+// The base types that every interface of this system is written in.
+//
+// Names are those of the automation world; widths are fixed here and asserted, because the component
+// and its host are built apart and meet only in memory. Text is UTF-32: one wchar_t is one character,
+// so lengths in characters are a quarter of lengths in bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+using BYTE = std::uint8_t;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using SHORT = std::int16_t;
+using USHORT = std::uint16_t;
+using INT = std::int32_t;
+using UINT = std::uint32_t;
+using LONG = std::int32_t;
+using ULONG = std::uint32_t;
+using LONGLONG = std::int64_t;
+using ULONGLONG = std::uint64_t;
+using BOOL = std::int32_t;
+
+using HRESULT = std::int32_t;
+using SCODE = std::int32_t;
+using LCID = std::uint32_t;
+using DISPID = std::int32_t;
+using MEMBERID = DISPID;
+using VARTYPE = std::uint16_t;
+using VARIANT_BOOL = std::int16_t;
+using DATE = double;  // days since 1899-12-30 00:00, the fraction being the time of day
+
+using OLECHAR = wchar_t;
+using LPOLESTR = OLECHAR*;
+using LPCOLESTR = const OLECHAR*;
+
+// A counted string: points at the first character, the length in bytes lies in the four bytes before
+// it, a NUL character behind it. Made and freed by the Sys… functions only (bstr.h). Null is a legal
+// value and reads as the empty string.
+using BSTR = OLECHAR*;
+
+using HANDLE = void*;
+using HKEY = void*;
+using HMODULE = void*;
+
+// A point in time: 100-nanosecond ticks since 1601-01-01 00:00 UTC, in two halves.
+struct FILETIME {
+  DWORD dwLowDateTime;
+  DWORD dwHighDateTime;
+};
+
+// A currency amount: ten-thousandths in a 64-bit integer.
+union CY {
+  LONGLONG int64;
+};
+
+inline constexpr VARIANT_BOOL VARIANT_TRUE = -1;
+inline constexpr VARIANT_BOOL VARIANT_FALSE = 0;
+
+#ifndef TRUE
+inline constexpr BOOL TRUE = 1;
+#endif
+#ifndef FALSE
+inline constexpr BOOL FALSE = 0;
+#endif
+
+// What crosses a module boundary says so; everything else is built with hidden visibility.
+#define KORLIB_API __attribute__((visibility("default")))
+
+// The return type of an interface method's definition, spelled as its readers expect it.
+#define STDMETHODIMP HRESULT
+
+static_assert(sizeof(OLECHAR) == 4, "lengths count characters; SysStringByteLen is four times that");
+static_assert(sizeof(HRESULT) == 4 && std::is_signed_v<HRESULT>, "FAILED() tests the sign bit");
+static_assert(sizeof(LONG) == 4 && sizeof(BOOL) == 4, "scripts pass 32-bit integers");
+static_assert(sizeof(VARIANT_BOOL) == 2, "true is 0xFFFF, compared as 16 bits");
+static_assert(sizeof(DATE) == 8 && sizeof(CY) == 8, "variant payloads are eight bytes");
+static_assert(sizeof(FILETIME) == 8, "file times are compared as one 64-bit count");

@@ -1,0 +1,142 @@
+// VARIANT, the value that scripts and objects exchange, and the functions over it.
+//
+// A VARIANT owns what it holds unless VT_BYREF is set; it has no destructor, so that it can lie in
+// unions, arrays and argument blocks. Whoever declares one clears it, or uses CComVariant
+// (comvariant.h). The host supplies the functions.
+#pragma once
+
+#include <korlib/bstr.h>
+#include <korlib/hresult.h>
+#include <korlib/safearray.h>
+#include <korlib/types.h>
+
+struct IUnknown;
+struct IDispatch;
+struct VARIANT;
+
+enum VARENUM : VARTYPE {
+  VT_EMPTY = 0,
+  VT_NULL = 1,
+  VT_I2 = 2,
+  VT_I4 = 3,
+  VT_R4 = 4,
+  VT_R8 = 5,
+  VT_CY = 6,
+  VT_DATE = 7,
+  VT_BSTR = 8,
+  VT_DISPATCH = 9,
+  VT_ERROR = 10,
+  VT_BOOL = 11,
+  VT_VARIANT = 12,  // only with VT_BYREF or VT_ARRAY
+  VT_UNKNOWN = 13,
+  VT_I1 = 16,
+  VT_UI1 = 17,
+  VT_UI2 = 18,
+  VT_UI4 = 19,
+  VT_I8 = 20,
+  VT_UI8 = 21,
+  VT_INT = 22,
+  VT_UINT = 23,
+  VT_ARRAY = 0x2000,
+  VT_BYREF = 0x4000,
+  VT_TYPEMASK = 0x0FFF,
+};
+
+extern "C" {
+KORLIB_API void VariantInit(VARIANT* v);
+// Frees what `v` owns and makes it VT_EMPTY. DISP_E_ARRAYISLOCKED leaves `v` as it was; a type that
+// does not exist is DISP_E_BADVARTYPE.
+KORLIB_API HRESULT VariantClear(VARIANT* v);
+// Clears `target`, then copies deeply: strings and arrays are duplicated, interfaces counted.
+// VT_BYREF values are copied as references.
+KORLIB_API HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
+// As VariantCopy, but a VT_BYREF source is followed to the value.
+KORLIB_API HRESULT VariantCopyInd(VARIANT* target, const VARIANT* source);
+// Converts, also in place (target == source). References are followed. DISP_E_TYPEMISMATCH for text
+// or objects without that form, DISP_E_OVERFLOW for numbers out of range; on failure an in-place
+// target keeps its value. A boolean's text is "True" or "False".
+KORLIB_API HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags, VARTYPE vt);
+// VARCMP_LT, VARCMP_EQ, VARCMP_GT, VARCMP_NULL when either is VT_NULL, or a failure.
+KORLIB_API HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID lcid, ULONG flags);
+}
+
+inline constexpr HRESULT VARCMP_LT = 0;
+inline constexpr HRESULT VARCMP_EQ = 1;
+inline constexpr HRESULT VARCMP_GT = 2;
+inline constexpr HRESULT VARCMP_NULL = 3;
+inline constexpr ULONG NORM_IGNORECASE = 1;
+
+struct VARIANT {
+  VARTYPE vt;
+  WORD wReserved1;
+  WORD wReserved2;
+  WORD wReserved3;
+  union {
+    LONGLONG llVal;
+    ULONGLONG ullVal;
+    signed char cVal;
+    BYTE bVal;
+    SHORT iVal;
+    USHORT uiVal;
+    LONG lVal;
+    ULONG ulVal;
+    INT intVal;
+    UINT uintVal;
+    float fltVal;
+    double dblVal;
+    VARIANT_BOOL boolVal;
+    SCODE scode;
+    CY cyVal;
+    DATE date;
+    BSTR bstrVal;
+    IUnknown* punkVal;
+    IDispatch* pdispVal;
+    SAFEARRAY* parray;
+    signed char* pcVal;
+    BYTE* pbVal;
+    SHORT* piVal;
+    USHORT* puiVal;
+    LONG* plVal;
+    ULONG* pulVal;
+    LONGLONG* pllVal;
+    ULONGLONG* pullVal;
+    float* pfltVal;
+    double* pdblVal;
+    VARIANT_BOOL* pboolVal;
+    SCODE* pscode;
+    CY* pcyVal;
+    DATE* pdate;
+    BSTR* pbstrVal;
+    IUnknown** ppunkVal;
+    IDispatch** ppdispVal;
+    SAFEARRAY** pparray;
+    VARIANT* pvarVal;
+    void* byref;
+  };
+
+  VARIANT() = default;                // indeterminate, as in an argument block
+  VARIANT(const VARIANT&) = default;  // the bits: how an argument passed by value arrives; owns nothing
+
+  // The operations below are called through the symbol table; a host that exports its own wins.
+
+  // Takes the source's type and value; the source becomes VT_EMPTY. Nothing is copied or freed.
+  KORLIB_API VARIANT(VARIANT&& source) noexcept;
+  // A deep copy; assigning an object to itself does nothing.
+  KORLIB_API VARIANT& operator=(const VARIANT& source);
+  // Clears, then holds a copy of the text; a null BSTR for null.
+  KORLIB_API VARIANT& operator=(const wchar_t* text);
+};
+static_assert(sizeof(VARIANT) == 16, "one size for host and component");
+
+// An argument: a VARIANT that starts out empty.
+struct VARIANTARG : VARIANT {
+  KORLIB_API VARIANTARG();
+};
+
+// A VARIANT that starts out empty and clears itself.
+struct _variant_t : VARIANT {
+  KORLIB_API _variant_t();
+  KORLIB_API ~_variant_t();
+  _variant_t(const _variant_t&) = delete;
+  _variant_t& operator=(const _variant_t&) = delete;
+};
