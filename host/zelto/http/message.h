@@ -54,8 +54,14 @@ class ResponseSink {
   virtual void start(ResponseHead head, std::uint64_t length) = 0;
   // Blocks while the client is slow, up to the send time-out.
   virtual void write(std::string_view bytes) = 0;
+  // In place of the last write: `length` bytes of the file from `offset`. The sink owns `file` from here
+  // and sends it without keeping the calling thread.
+  virtual void write_file(int file, std::uint64_t offset, std::uint64_t length) = 0;
   virtual void finish() = 0;
+  // False once the client has closed its side or a write has failed.
   virtual bool connected() const = 0;
+  // Text that a page adds to the access log's line of this request.
+  virtual void append_to_log(std::string_view text) = 0;
 
   static constexpr std::uint64_t kUnknownLength = ~std::uint64_t{0};
 };
