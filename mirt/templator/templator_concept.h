@@ -1,0 +1,66 @@
+// CTemplatorConcept: the template engine, a private base of every object that draws text.
+//
+// A template is plain text with marks in it:
+//   (# [type character] name [| first parameter] [#|# further parameter]… #)
+// A mark is replaced by whatever the owner's OnMarked writes for it. ^ protects the delimiter behind it.
+// Marks inside a mark are text of the name or parameter in which they stand.
+#pragma once
+
+#include "templator/mark_data.h"
+#include "templator/output_sinks.h"
+#include "templator/template.h"
+
+class CTemplatorConcept {
+ public:
+  using ITextStreamWrapper = ::ITextStreamWrapper;
+
+  // `markTypes` is the set of characters that a mark may begin with as its type.
+  explicit CTemplatorConcept(const wchar_t* markTypes);
+  CTemplatorConcept(const CTemplatorConcept&) = delete;
+  CTemplatorConcept& operator=(const CTemplatorConcept&) = delete;
+
+  // Draws one mark into the current output. The mark may belong to a template that other threads read.
+  virtual HRESULT OnMarked(CMarkData& mark) = 0;
+
+  // Where templates are drawn: an ASP response, an ADO-style stream, a text stream or an IStream, tried in
+  // this order; another object is E_INVALIDARG and leaves no output. Null is no output.
+  HRESULT putref_Output(IUnknown* sink);
+  HRESULT get_Output(IUnknown** sink);
+  // Writes to the current output; E_FAIL without one.
+  HRESULT write_output(BSTR text);
+  bool has_output() const noexcept { return m_pOutput != nullptr; }
+  // The current output where that is an ADO-style stream, else null. Not counted.
+  IKorLibStream* stream_output() const noexcept;
+
+  // Streaming: scans and draws in one pass, literal text one character a write.
+  HRESULT Process(wchar_t* text);
+  // Replay: draws a template that Parse has read, each run of literal text in one write.
+  HRESULT Process(CTemplate& tmpl);
+  // Reads a whole template into a fresh `tmpl`. On failure that holds what came before the fault.
+  HRESULT Parse(wchar_t* text, CTemplate& tmpl);
+  // Reads one mark: `pos` goes from behind the opening delimiter to the closing one.
+  HRESULT GetMarkData(wchar_t* text, unsigned int& pos, CMarkData& mark);
+
+  // Makes *value the text that a mark shows: each entry of the path (null for none) indexes the value or
+  // names a property of it, then the value becomes a BSTR. A value without a text form is the conversion's
+  // failure, or an empty text when `emptyOnFail` is set.
+  static HRESULT ChangeToBSTR(VARIANT* value, const MarkParams* path, bool emptyOnFail);
+
+ protected:
+  ~CTemplatorConcept() = default;
+
+ private:
+  HRESULT process_text(BSTR text);
+
+  CComBSTR Escape;
+  CComBSTR MarkOpen;
+  CComBSTR MarkClose;
+  CComBSTR MarkTypes;
+  CComBSTR NameSeparator;
+  CComBSTR ParamSeparator;
+  ITextStreamWrapper* m_pOutput = nullptr;  // one of the four below, or none
+  CTS_ASPResponse m_oASPResponse;
+  CTS_ADODBStream m_oADODBStream;
+  CTS_ScriptingTextStream m_oScriptingTextStream;
+  CTS_Stream m_oStream;
+};
