@@ -1,0 +1,140 @@
+// Class objects: plain, pooled, and bound to the request of the calling thread.
+//
+// A class object is a static object of the module. Its references count as uses of the module, and it
+// is never freed.
+#pragma once
+
+#include <cstdlib>
+#include <new>
+#include <vector>
+
+#include <korlib/activation.h>
+#include <korlib/ptr.h>
+#include <zelto/context.h>
+
+#include "frame/dual.h"
+#include "frame/error.h"
+#include "frame/lock.h"
+
+template <class Object, long* ModuleCount>
+class GClassFactory : public IClassFactory {
+ public:
+  GClassFactory() = default;
+  GClassFactory(const GClassFactory&) = delete;
+  GClassFactory& operator=(const GClassFactory&) = delete;
+
+  STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override {
+    return korlib::query_list<IClassFactory, IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return static_cast<ULONG>(InterlockedIncrement(ModuleCount)); }
+  ULONG Release() override { return static_cast<ULONG>(InterlockedDecrement(ModuleCount)); }
+
+  STDMETHODIMP CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override {
+    if (!ppv) return E_POINTER;
+    *ppv = nullptr;
+    if (outer) return CLASS_E_NOAGGREGATION;
+    return hand_out(make(), riid, ppv);
+  }
+  STDMETHODIMP LockServer(BOOL) override { return S_OK; }
+
+ protected:
+  ~GClassFactory() = default;
+
+  // A new object with one reference, or null when there is no memory for it.
+  virtual Object* make() {
+    try {
+      return new Object();
+    } catch (...) {
+      return nullptr;
+    }
+  }
+
+ private:
+  // A query that fails destroys the object, one that succeeds leaves the caller the only reference.
+  static HRESULT hand_out(Object* object, REFIID riid, void** ppv) {
+    if (!object) return E_OUTOFMEMORY;
+    const HRESULT hr = object->QueryInterface(riid, ppv);
+    object->Release();
+    return hr;
+  }
+};
+
+// Keeps the memory of released objects: last in, first out, without a limit, until the module goes.
+// Any thread may create and release; only the free list is shared, and objects are built and destroyed
+// outside its lock.
+template <class Object, long* ModuleCount>
+class GClassFactoryPooled : public GClassFactory<Object, ModuleCount>, public IObjectPool {
+ public:
+  GClassFactoryPooled() = default;
+  ~GClassFactoryPooled() {
+    for (void* block : free_) std::free(block);
+  }
+
+  void* Take() override {
+    void* block = take_block();
+    if (!block) return nullptr;
+    try {
+      return ::new (block) Object();  // with the parentheses: zeroed before it is constructed
+    } catch (...) {
+      keep_block(block);
+      return nullptr;
+    }
+  }
+  void Free(void* object) override {
+    static_cast<Object*>(object)->~Object();
+    keep_block(object);
+  }
+
+ protected:
+  Object* make() override { return static_cast<Object*>(Take()); }
+
+ private:
+  static_assert(alignof(Object) <= alignof(std::max_align_t), "blocks come from malloc");
+
+  void* take_block() {
+    {
+      std::lock_guard guard(lock_);
+      if (!free_.empty()) {
+        void* block = free_.back();
+        free_.pop_back();
+        return block;
+      }
+    }
+    return std::malloc(sizeof(Object));
+  }
+  void keep_block(void* block) {
+    try {
+      std::lock_guard guard(lock_);
+      free_.push_back(block);
+    } catch (...) {
+      std::free(block);  // no memory to remember it
+    }
+  }
+
+  CCriticalSection lock_;
+  std::vector<void*> free_;
+};
+
+// Makes an object as `Factory` does, then binds it to the request that the calling thread runs.
+//
+// When there is no request, or binding fails, the code is answered and the new object stays in *ppv:
+// the caller releases it.
+template <class Factory, class Object>
+class GClassFactoryInContextImpl : public Factory {
+ public:
+  STDMETHODIMP CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override try {
+    RETURN_IF_FAILED(Factory::CreateInstance(outer, riid, ppv));
+    CComPtr<IGetContextProperties> spContext;
+    const HRESULT hr = CoGetObjectContext(IID_IGetContextProperties, spContext.put_void());
+    if (!spContext) return hr;
+    // Each identifier that the object answers to gives the same address.
+    auto* object = static_cast<typename Object::interface_type*>(static_cast<IUnknown*>(*ppv));
+    return static_cast<Object*>(object)->InContext(spContext.get());
+  } catch (...) {
+    return mirt::hresult_from_exception();
+  }
+};
+
+template <class Object, long* ModuleCount>
+class GClassFactoryPooledInContext final
+    : public GClassFactoryInContextImpl<GClassFactoryPooled<Object, ModuleCount>, Object> {};

@@ -1,0 +1,29 @@
+// The root of the module: its process-wide objects, in the order in which they are built, and the
+// classes that a host can ask for. The only file that knows every room.
+//
+// To add a class object, say of CThing:
+//   1. its room's header names the object type, declares the pool and the class object
+//      (utility/utility_class.h shows how);
+//   2. here, define the class object at its place in the order below, and its s_pPool behind it;
+//   3. if scripts can create it, add a row to class_table() and to the registration table
+//      (frame/registration.cpp).
+//
+// The order of construction, which is the reverse of that of destruction:
+//   g_oTemplateCache, g_oMirtSessionNull, g_oCF_Mirt, g_oCF_MirtedTemplator, g_oCF_FormFile,
+//   g_oCF_MultipartFormStringList, g_oCF_MultipartForm, g_oCF_TextTemplator, g_oCF_Utility.
+// The type information pointers are set before all of them (frame/static_type_info.cpp).
+#include <mirt/mirt.h>
+
+#include "frame/class_table.h"
+#include "utility/utility_class.h"
+
+GClassFactoryPooled<CUtility, &g_nRefCount> g_oCF_Utility;
+template <>
+constinit IObjectPool* CUtility::s_pPool = &g_oCF_Utility;
+
+std::span<const ClassEntry> class_table() {
+  static constexpr ClassEntry kClasses[] = {
+      {&CLSID_Utility, L"Utility", &g_oCF_Utility},
+  };
+  return kClasses;
+}
