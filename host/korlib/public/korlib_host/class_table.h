@@ -1,0 +1,28 @@
+// The classes that this process makes itself, without a module.
+#pragma once
+
+#include <span>
+
+#include <korlib/unknown.h>
+
+namespace korlib_host {
+
+// One class. `create` makes an object with one reference, asked for `riid`; on failure it clears *ppv.
+// The texts and the function stay valid for as long as the process runs.
+struct ClassRow {
+  CLSID clsid;
+  const wchar_t* prog_id;  // null for a class that is only made by identifier
+  HRESULT (*create)(REFIID riid, void** ppv);
+};
+
+// Adds classes; a row whose identifier or ProgID is there already replaces it. CoCreateInstance,
+// CoGetClassObject and CLSIDFromProgID know the rows from then on and prefer them to any registration.
+KORLIB_API void register_classes(std::span<const ClassRow> rows);
+
+// For a file that brings classes: a constant of this type at namespace scope adds them when the library
+// is loaded.
+struct ClassRegistration {
+  explicit ClassRegistration(std::span<const ClassRow> rows) { register_classes(rows); }
+};
+
+}  // namespace korlib_host

@@ -1,0 +1,29 @@
+// Counts of what is alive, so that a test can tell that nothing was leaked.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include <korlib/types.h>
+
+namespace korlib_host {
+
+// Objects of the host's own classes that have been made and not yet destroyed, in all threads.
+KORLIB_API std::int64_t live_objects() noexcept;
+
+// Strings that have been allocated and not yet freed, in all threads. Counting costs an atomic
+// operation a string, so only debug and sanitized builds count; others answer nothing.
+KORLIB_API std::optional<std::int64_t> live_strings() noexcept;
+
+KORLIB_API void count_live_object(std::int64_t change) noexcept;
+
+// A member or base of every host object: counts it for as long as it lives.
+class LiveObject {
+ public:
+  LiveObject() noexcept { count_live_object(1); }
+  ~LiveObject() { count_live_object(-1); }
+  LiveObject(const LiveObject&) = delete;
+  LiveObject& operator=(const LiveObject&) = delete;
+};
+
+}  // namespace korlib_host
