@@ -1,0 +1,257 @@
+// Typed operations made from member functions: arguments converted on the way in, the result on the way
+// out. See dispatch_object.h.
+//
+// Parameters: LONG, LONGLONG, VARIANT_BOOL, double, BSTR, VARIANT (never VT_BYREF), VARIANT* (anywhere but
+// last: the caller's variable, in and out), and pointers to interfaces (null for null and for nothing).
+// Results, as the last parameter: a pointer to any of these, SAFEARRAY**, or none.
+#pragma once
+
+#include <tuple>
+
+#include <korlib/ptr.h>
+#include <korlib_host/members.h>
+
+namespace korlib::detail {
+
+KORLIB_API HRESULT read_variant(const VARIANT& argument, CComVariant& keep, VARIANT& value);
+KORLIB_API HRESULT read_text(const VARIANT& argument, CComVariant& keep, BSTR& value);
+KORLIB_API HRESULT read_long(const VARIANT& argument, LONG& value);
+KORLIB_API HRESULT read_long_long(const VARIANT& argument, LONGLONG& value);
+KORLIB_API HRESULT read_bool(const VARIANT& argument, VARIANT_BOOL& value);
+KORLIB_API HRESULT read_double(const VARIANT& argument, double& value);
+// A counted reference; null for VT_EMPTY, VT_NULL and a null object.
+KORLIB_API HRESULT read_object(const VARIANT& argument, REFIID riid, void** object);
+
+// One parameter while a call runs: holds what the converted value lives in.
+template <class Parameter>
+struct Slot;
+
+template <class Number, HRESULT (*read)(const VARIANT&, Number&)>
+struct NumberSlot {
+  Number value{};
+  HRESULT load(const Arguments& arguments, UINT index) { return read(arguments[index], value); }
+  void load_default(LONG number) { value = static_cast<Number>(number); }
+};
+template <>
+struct Slot<LONG> : NumberSlot<LONG, read_long> {};
+template <>
+struct Slot<LONGLONG> : NumberSlot<LONGLONG, read_long_long> {};
+template <>
+struct Slot<VARIANT_BOOL> : NumberSlot<VARIANT_BOOL, read_bool> {};
+template <>
+struct Slot<double> : NumberSlot<double, read_double> {};
+
+template <>
+struct Slot<BSTR> {
+  CComVariant keep;
+  BSTR value = nullptr;
+  HRESULT load(const Arguments& arguments, UINT index) { return read_text(arguments[index], keep, value); }
+  void load_default(LONG) {}
+};
+
+template <>
+struct Slot<VARIANT> {
+  CComVariant keep;
+  VARIANT value = omitted();
+  HRESULT load(const Arguments& arguments, UINT index) { return read_variant(arguments[index], keep, value); }
+  void load_default(LONG) { value = omitted(); }
+};
+
+template <>
+struct Slot<VARIANT*> {
+  VARIANT left_out = omitted();
+  VARIANT* value = &left_out;
+  HRESULT load(const Arguments& arguments, UINT index) {
+    value = arguments.slot(index);
+    return S_OK;
+  }
+  void load_default(LONG) {}
+};
+
+template <class Interface>
+struct Slot<Interface*> {
+  CComPtr<Interface> keep;
+  Interface* value = nullptr;
+  HRESULT load(const Arguments& arguments, UINT index) {
+    const HRESULT hr = read_object(arguments[index], iid_of<Interface>, keep.put_void());
+    value = keep.get();
+    return hr;
+  }
+  void load_default(LONG) {}
+};
+
+// Where a result is received and how it becomes a VARIANT.
+template <class Value>
+struct Out;
+
+template <class Number, VARTYPE type, Number VARIANT::*field>
+struct NumberOut {
+  Number value{};
+  void move_to(VARIANT* result) {
+    result->vt = type;
+    result->*field = value;
+  }
+};
+template <>
+struct Out<LONG> : NumberOut<LONG, VT_I4, &VARIANT::lVal> {};
+template <>
+struct Out<LONGLONG> : NumberOut<LONGLONG, VT_I8, &VARIANT::llVal> {};
+template <>
+struct Out<VARIANT_BOOL> : NumberOut<VARIANT_BOOL, VT_BOOL, &VARIANT::boolVal> {};
+template <>
+struct Out<double> : NumberOut<double, VT_R8, &VARIANT::dblVal> {};
+
+template <>
+struct Out<VARIANT> {
+  CComVariant value;
+  void move_to(VARIANT* result) { value.detach_to(result); }
+};
+
+template <>
+struct Out<BSTR> {
+  CComBSTR text;
+  BSTR value = nullptr;
+  Out() = default;
+  ~Out() { SysFreeString(value); }
+  Out(const Out&) = delete;
+  Out& operator=(const Out&) = delete;
+  void move_to(VARIANT* result) {
+    result->vt = VT_BSTR;
+    result->bstrVal = std::exchange(value, nullptr);
+  }
+};
+
+template <>
+struct Out<SAFEARRAY*> {
+  SAFEARRAY* value = nullptr;
+  Out() = default;
+  ~Out() { SafeArrayDestroy(value); }
+  Out(const Out&) = delete;
+  Out& operator=(const Out&) = delete;
+  void move_to(VARIANT* result) {
+    if (!value) return;
+    result->vt = static_cast<VARTYPE>(VT_ARRAY | value->vtElement);
+    result->parray = std::exchange(value, nullptr);
+  }
+};
+
+template <class Interface>
+struct Out<Interface*> {
+  Interface* value = nullptr;
+  Out() = default;
+  ~Out() {
+    if (value) value->Release();
+  }
+  Out(const Out&) = delete;
+  Out& operator=(const Out&) = delete;
+  void move_to(VARIANT* result) {
+    if constexpr (std::is_base_of_v<IDispatch, Interface>) {
+      result->vt = VT_DISPATCH;
+      result->pdispVal = std::exchange(value, nullptr);
+    } else {
+      result->vt = VT_UNKNOWN;
+      result->punkVal = std::exchange(value, nullptr);
+    }
+  }
+};
+
+template <class Parameter>
+inline constexpr bool is_result = false;
+template <class Value>
+inline constexpr bool is_result<Value*> =
+    std::is_arithmetic_v<Value> || std::is_pointer_v<Value> || std::is_same_v<Value, VARIANT>;
+template <>
+inline constexpr bool is_result<BSTR> = false;  // wchar_t*: text going in
+
+template <class Function>
+struct Signature;
+template <class Class, class... Parameter>
+struct Signature<HRESULT (Class::*)(Parameter...)> {
+  using Parameters = std::tuple<Parameter...>;
+};
+template <class Class, class... Parameter>
+struct Signature<HRESULT (Class::*)(Parameter...) noexcept> : Signature<HRESULT (Class::*)(Parameter...)> {};
+
+template <class Function>
+using ParametersOf = typename Signature<Function>::Parameters;
+
+template <class Parameters>
+constexpr bool ends_in_result() {
+  constexpr std::size_t count = std::tuple_size_v<Parameters>;
+  if constexpr (count == 0)
+    return false;
+  else
+    return is_result<std::tuple_element_t<count - 1, Parameters>>;
+}
+
+template <class Parameters>
+inline constexpr bool takes_raw = false;
+template <>
+inline constexpr bool takes_raw<std::tuple<const Arguments&, VARIANT*>> = true;
+
+template <std::size_t index, class SlotType>
+HRESULT load_slot(SlotType& slot, const Operation& operation, const Arguments& arguments) {
+  constexpr UINT at = static_cast<UINT>(index);
+  if (at >= operation.required && is_omitted(arguments[at])) {
+    if constexpr (index < 64) {
+      const UINT which = at - operation.required;
+      slot.load_default(which < kMaxOptional ? operation.defaults[which] : 0);
+    }
+    return S_OK;
+  }
+  const HRESULT hr = slot.load(arguments, at);
+  return FAILED(hr) ? arguments.reject(at, hr) : S_OK;
+}
+
+template <class Self, auto function, bool with_result, std::size_t... index>
+HRESULT run_typed(Self& self, const Operation& operation, const Arguments& arguments, VARIANT* result,
+                  std::index_sequence<index...>) {
+  using Parameters = ParametersOf<decltype(function)>;
+  [[maybe_unused]] std::tuple<Slot<std::tuple_element_t<index, Parameters>>...> slots;
+  HRESULT hr = S_OK;
+  (void)((SUCCEEDED(hr = load_slot<index>(std::get<index>(slots), operation, arguments))) && ...);
+  RETURN_IF_FAILED(hr);
+  if constexpr (with_result) {
+    using Last = std::tuple_element_t<sizeof...(index), Parameters>;
+    Out<std::remove_pointer_t<Last>> out;
+    hr = (self.*function)(std::get<index>(slots).value..., &out.value);
+    if (SUCCEEDED(hr) && result) out.move_to(result);
+  } else {
+    hr = (self.*function)(std::get<index>(slots).value...);
+  }
+  return hr;
+}
+
+template <class Self, auto function, bool may_have_result>
+HRESULT run(void* self, const Operation& operation, const Arguments& arguments, VARIANT* result) {
+  using Parameters = ParametersOf<decltype(function)>;
+  Self& object = *static_cast<Self*>(self);
+  if constexpr (takes_raw<Parameters>) {
+    CComVariant ignored;
+    return (object.*function)(arguments, result ? result : &ignored);
+  } else {
+    constexpr bool with_result = may_have_result && ends_in_result<Parameters>();
+    constexpr std::size_t count = std::tuple_size_v<Parameters> - (with_result ? 1 : 0);
+    return run_typed<Self, function, with_result>(object, operation, arguments, result,
+                                                  std::make_index_sequence<count>{});
+  }
+}
+
+template <class Self, auto function, bool may_have_result>
+consteval Operation operation() {
+  Operation made;
+  if constexpr (!std::is_same_v<decltype(function), std::nullptr_t>) {
+    using Parameters = ParametersOf<decltype(function)>;
+    made.run = &run<Self, function, may_have_result>;
+    if constexpr (takes_raw<Parameters>) {
+      made.accepted = 255;
+    } else {
+      constexpr bool with_result = may_have_result && ends_in_result<Parameters>();
+      made.accepted = static_cast<BYTE>(std::tuple_size_v<Parameters> - (with_result ? 1 : 0));
+      made.required = made.accepted;
+    }
+  }
+  return made;
+}
+
+}  // namespace korlib::detail
