@@ -4,8 +4,9 @@
 #include <map>
 
 #include <korlib/combstr.h>
-#include <korlib/winapi.h>
+#include <korlib/hresult.h>
 
+#include "frame/lock.h"
 #include "templator/template.h"
 
 // An entry lives until its file's time differs from the one recorded with it, which Take finds out. A file
@@ -16,7 +17,7 @@
 // stays valid for its holder whatever happens to the entry.
 class CTemplateCache {
  public:
-  CTemplateCache();
+  CTemplateCache() = default;
   ~CTemplateCache();
   CTemplateCache(const CTemplateCache&) = delete;
   CTemplateCache& operator=(const CTemplateCache&) = delete;
@@ -31,7 +32,7 @@ class CTemplateCache {
   void forget(const CComBSTR& path);
 
   std::map<CComBSTR, CTemplate*> entries_;
-  CRITICAL_SECTION lock_;
+  CCriticalSection lock_;
 };
 
 // The process has one, made when the module is loaded.

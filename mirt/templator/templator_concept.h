@@ -6,9 +6,14 @@
 // Marks inside a mark are text of the name or parameter in which they stand.
 #pragma once
 
+#include <initializer_list>
+#include <string_view>
+
 #include "templator/mark_data.h"
 #include "templator/output_sinks.h"
 #include "templator/template.h"
+
+struct Delimiters;
 
 class CTemplatorConcept {
  public:
@@ -50,7 +55,13 @@ class CTemplatorConcept {
   ~CTemplatorConcept() = default;
 
  private:
-  HRESULT process_text(BSTR text);
+  // False when there was no memory for a delimiter, which then would match everywhere.
+  bool is_complete() const;
+  Delimiters delimiters() const;
+  HRESULT read_mark(const Delimiters& d, std::wstring_view text, std::size_t& pos, CMarkData& mark) const;
+  // Goes over an escape at `pos` and over what it protects; the delimiter that the two stand for.
+  const CComBSTR& take_escaped(std::wstring_view text, std::size_t& pos,
+                               std::initializer_list<const CComBSTR*> protectable) const;
 
   CComBSTR Escape;
   CComBSTR MarkOpen;

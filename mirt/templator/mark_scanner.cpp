@@ -1,0 +1,156 @@
+// The scanner: one mark, and a whole template into its parsed form.
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+#include "frame/error.h"
+#include "templator/delimiters.h"
+#include "templator/templator_concept.h"
+
+namespace {
+
+// Fills a mark's streams one after the other. The text of the one at hand is gathered in a string: a
+// stream that is written to directly keeps two kilobytes, however short its text.
+class MarkWriter {
+ public:
+  explicit MarkWriter(CMarkData& mark) : mark_(mark), target_(&mark.Name) {}
+
+  void append(std::wstring_view text) { gathered_.append(text); }
+  void begin_param() {
+    finish();
+    auto param = std::make_unique<std::wstringstream>();
+    mark_.Params.push_back(param.get());
+    target_ = param.release();
+  }
+  void finish() {
+    target_->str(gathered_);
+    gathered_.clear();
+  }
+
+ private:
+  CMarkData& mark_;
+  std::wstringstream* target_;
+  std::wstring gathered_;
+};
+
+HRESULT push_text(CTemplate& tmpl, const std::wstring& run) {
+  CComBSTR text(run.c_str());
+  if (!text.get()) return E_OUTOFMEMORY;
+  tmpl.Texts.push_back(text.get());
+  (void)text.detach();
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT invalid_mark_order() { return RaiseError(E_FAIL, L"Templator", L"Invalid mark order."); }
+
+Delimiters CTemplatorConcept::delimiters() const {
+  return {Escape.view(), MarkOpen.view(), MarkClose.view(), NameSeparator.view(), ParamSeparator.view()};
+}
+
+bool CTemplatorConcept::is_complete() const {
+  return Escape.get() && MarkOpen.get() && MarkClose.get() && MarkTypes.get() && NameSeparator.get() &&
+         ParamSeparator.get();
+}
+
+const CComBSTR& CTemplatorConcept::take_escaped(std::wstring_view text, std::size_t& pos,
+                                                std::initializer_list<const CComBSTR*> protectable) const {
+  pos += Escape.length();
+  for (const CComBSTR* delimiter : protectable) {
+    if (!stands_at(text, pos, delimiter->view())) continue;
+    pos += delimiter->length();
+    return *delimiter;
+  }
+  return Escape;
+}
+
+HRESULT CTemplatorConcept::GetMarkData(wchar_t* text, unsigned int& pos, CMarkData& mark) try {
+  if (!is_complete()) return E_OUTOFMEMORY;
+  std::size_t at = pos;
+  const HRESULT hr = read_mark(delimiters(), korlib::view_of(text), at, mark);
+  pos = static_cast<unsigned int>(at);
+  return hr;
+} catch (...) {
+  return mirt::hresult_from_exception();
+}
+
+HRESULT CTemplatorConcept::read_mark(const Delimiters& d, std::wstring_view text, std::size_t& pos,
+                                     CMarkData& mark) const {
+  MarkWriter writer(mark);
+  std::size_t depth = 0;
+  if (pos < text.size() && MarkTypes.view().find(text[pos]) != std::wstring_view::npos) mark.Type = text[pos++];
+
+  while (pos < text.size()) {
+    const std::size_t start = d.next_start(text, pos);
+    writer.append(text.substr(pos, start - pos));
+    pos = start;
+    if (pos == text.size()) break;
+    if (stands_at(text, pos, d.escape)) {
+      writer.append(take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose, &NameSeparator, &ParamSeparator}).view());
+    } else if (stands_at(text, pos, d.mark_open)) {
+      writer.append(d.mark_open);
+      pos += d.mark_open.size();
+      ++depth;
+    } else if (stands_at(text, pos, d.mark_close)) {
+      if (depth == 0) {
+        writer.finish();
+        return S_OK;
+      }
+      writer.append(d.mark_close);
+      pos += d.mark_close.size();
+      --depth;
+    } else if (stands_at(text, pos, d.name_separator)) {
+      pos += d.name_separator.size();
+      if (depth == 0 && mark.Params.empty()) {
+        writer.begin_param();
+      } else {
+        writer.append(d.name_separator);
+      }
+    } else if (stands_at(text, pos, d.param_separator)) {
+      pos += d.param_separator.size();
+      if (depth == 0) {
+        writer.begin_param();
+      } else {
+        writer.append(d.param_separator);
+      }
+    } else {
+      writer.append(text.substr(pos++, 1));
+    }
+  }
+  writer.finish();
+  return invalid_mark_order();
+}
+
+HRESULT CTemplatorConcept::Parse(wchar_t* source, CTemplate& tmpl) try {
+  if (!is_complete()) return E_OUTOFMEMORY;
+  const Delimiters d = delimiters();
+  const std::wstring_view text = korlib::view_of(source);
+  std::wstring run;
+  std::size_t pos = 0;
+  while (pos < text.size()) {
+    const std::size_t start = d.next_start(text, pos);
+    run.append(text, pos, start - pos);
+    pos = start;
+    if (pos == text.size()) break;
+    if (stands_at(text, pos, d.escape)) {
+      run.append(take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose}).view());
+    } else if (stands_at(text, pos, d.mark_open)) {
+      RETURN_IF_FAILED(push_text(tmpl, run));
+      run.clear();
+      pos += d.mark_open.size();
+      auto mark = std::make_unique<CMarkData>();
+      RETURN_IF_FAILED(read_mark(d, text, pos, *mark));
+      tmpl.Marks.push_back(mark.get());
+      (void)mark.release();
+      pos += d.mark_close.size();
+    } else if (stands_at(text, pos, d.mark_close)) {
+      return invalid_mark_order();
+    } else {
+      run.push_back(text[pos++]);
+    }
+  }
+  return push_text(tmpl, run);
+} catch (...) {
+  return mirt::hresult_from_exception();
+}

@@ -1,0 +1,16 @@
+#include "templator/mark_value.h"
+
+#include "templator/templator_concept.h"
+
+HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, bool empty_on_fail,
+                           CComVariant* text) {
+  const MarkParams* path = &mark.Params;
+  HRESULT hr = member.Get();
+  if (hr == DISP_E_MEMBERNOTFOUND) {  // a function cannot be read
+    hr = fire_with_texts(member, owner, mark.Params);
+    path = nullptr;
+  }
+  RETURN_IF_FAILED(hr);
+  *text = std::move(member.result);
+  return CTemplatorConcept::ChangeToBSTR(text, path, empty_on_fail);
+}
