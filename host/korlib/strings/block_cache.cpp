@@ -1,0 +1,103 @@
+#include "strings/block_cache.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+
+namespace korlib::strings {
+
+#ifdef KOR_SANITIZED
+
+void* take_block(std::size_t bytes, std::size_t* usable) noexcept {
+  *usable = bytes;
+  return std::malloc(bytes);
+}
+
+void give_block(void* block, std::size_t) noexcept { std::free(block); }
+
+#else
+
+namespace {
+
+constexpr std::size_t kStep = 32;
+constexpr std::size_t kClasses = 32;  // blocks of 32, 64 … 1024 bytes
+constexpr std::size_t kKeptBytesPerClass = 16384;
+
+struct FreeBlock {
+  FreeBlock* next;
+};
+
+struct FreeList {
+  FreeBlock* head;
+  std::size_t count;
+};
+
+enum class State : std::uint8_t { kUnused, kOpen, kClosed };
+
+// Trivially destructible, so that it can still be asked while a thread destroys its other locals.
+struct ThreadCache {
+  std::array<FreeList, kClasses> lists;
+  State state;
+};
+
+// The library is loaded with the program, so its locals lie at a fixed offset: one instruction instead
+// of a call for every string.
+constinit thread_local ThreadCache cache __attribute__((tls_model("initial-exec"))){};
+
+// Empties the cache when its thread ends; strings freed later go straight to the allocator.
+struct Closer {
+  ~Closer() {
+    cache.state = State::kClosed;
+    for (FreeList& list : cache.lists) {
+      while (FreeBlock* block = list.head) {
+        list.head = block->next;
+        std::free(block);
+      }
+      list.count = 0;
+    }
+  }
+  void open() const noexcept { cache.state = State::kOpen; }
+};
+
+bool open_cache() noexcept {
+  if (cache.state == State::kUnused) {
+    // Constructed, and so registered for the end of the thread, by the first use here.
+    thread_local const Closer closer;
+    closer.open();
+  }
+  return cache.state == State::kOpen;
+}
+
+constexpr std::size_t class_of(std::size_t bytes) { return (bytes - 1) / kStep; }
+
+}  // namespace
+
+void* take_block(std::size_t bytes, std::size_t* usable) noexcept {
+  const std::size_t index = class_of(bytes);
+  if (index >= kClasses) {
+    *usable = bytes;
+    return std::malloc(bytes);
+  }
+  *usable = (index + 1) * kStep;
+  FreeList& list = cache.lists[index];
+  FreeBlock* const block = list.head;
+  if (!block) return std::malloc(*usable);
+  list.head = block->next;
+  --list.count;
+  return block;
+}
+
+void give_block(void* block, std::size_t usable) noexcept {
+  const std::size_t index = class_of(usable);
+  if (index >= kClasses || (cache.state != State::kOpen && !open_cache())) return std::free(block);
+  FreeList& list = cache.lists[index];
+  if (list.count * usable >= kKeptBytesPerClass) return std::free(block);
+  auto* const freed = static_cast<FreeBlock*>(block);
+  freed->next = list.head;
+  list.head = freed;
+  ++list.count;
+}
+
+#endif
+
+}  // namespace korlib::strings

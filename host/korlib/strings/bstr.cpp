@@ -1,0 +1,86 @@
+// The Sys… functions. A string's block is: how large the block is, the length in bytes, the characters,
+// a NUL character.
+#include <korlib/bstr.h>
+
+#include <cstdint>
+#include <cstring>
+#include <cwchar>
+
+#include "diagnostics/live_counts.h"
+#include "strings/block_cache.h"
+
+namespace {
+
+struct Header {
+  std::uint32_t usable;
+  std::uint32_t bytes;
+};
+static_assert(sizeof(Header) == 8 && alignof(wchar_t) <= 8, "the length lies in the four bytes before the text");
+
+Header* header_of(BSTR text) { return reinterpret_cast<Header*>(text) - 1; }
+
+// The text is left for the caller to fill; only what lies behind it is written.
+BSTR allocate(std::size_t bytes) {
+  if (bytes >= kMaxBstrBytes) return nullptr;
+  const std::size_t padded = (bytes + sizeof(wchar_t) - 1) / sizeof(wchar_t) * sizeof(wchar_t);
+  std::size_t usable = 0;
+  void* const block = korlib::strings::take_block(sizeof(Header) + padded + sizeof(wchar_t), &usable);
+  if (!block) return nullptr;
+  auto* const header = static_cast<Header*>(block);
+  header->usable = static_cast<std::uint32_t>(usable);
+  header->bytes = static_cast<std::uint32_t>(bytes);
+  char* const data = reinterpret_cast<char*>(header + 1);
+  std::memset(data + bytes, 0, padded - bytes + sizeof(wchar_t));
+  korlib_host::count_live_string(1);
+  return reinterpret_cast<BSTR>(data);
+}
+
+BSTR allocate_copy(const void* data, std::size_t bytes) {
+  BSTR text = allocate(bytes);
+  if (text && data && bytes) std::memcpy(text, data, bytes);
+  return text;
+}
+
+// The new string is made first: `text` may point into the old one, and a failure keeps it.
+BOOL replace(BSTR* target, const OLECHAR* text, std::size_t length) {
+  BSTR fresh = allocate_copy(text, length * sizeof(wchar_t));
+  if (!fresh) return FALSE;
+  SysFreeString(*target);
+  *target = fresh;
+  return TRUE;
+}
+
+}  // namespace
+
+BSTR SysAllocString(const OLECHAR* text) {
+  return text ? allocate_copy(text, std::wcslen(text) * sizeof(wchar_t)) : nullptr;
+}
+
+BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
+  return allocate_copy(text, std::size_t{length} * sizeof(wchar_t));
+}
+
+BSTR SysAllocStringByteLen(const char* data, UINT bytes) { return allocate_copy(data, bytes); }
+
+BOOL SysReAllocString(BSTR* target, const OLECHAR* text) {
+  if (!target) return FALSE;
+  if (text) return replace(target, text, std::wcslen(text));
+  SysFreeString(*target);
+  *target = nullptr;
+  return TRUE;
+}
+
+BOOL SysReAllocStringLen(BSTR* target, const OLECHAR* text, UINT length) {
+  return target ? replace(target, text, length) : FALSE;
+}
+
+void SysFreeString(BSTR text) {
+  if (!text) return;
+  korlib_host::count_live_string(-1);
+  Header* const header = header_of(text);
+  korlib::strings::give_block(header, header->usable);
+}
+
+UINT SysStringLen(BSTR text) { return SysStringByteLen(text) / static_cast<UINT>(sizeof(wchar_t)); }
+
+UINT SysStringByteLen(BSTR text) { return text ? header_of(text)->bytes : 0; }
