@@ -1,0 +1,112 @@
+// The script engine: one Engine for each worker thread, one Realm for each request.
+//
+//   Engine engine;                        // on the worker's thread, for as long as it lives
+//   engine.set_time_limit(90s);
+//   {
+//     Realm realm(engine);
+//     realm.set_object(L"Response", response);
+//     realm.set_output(response);
+//     Outcome outcome = realm.run(program);
+//   }                                     // everything that the script held has been released here
+//
+// Values cross between script and objects by these rules:
+//
+//   undefined            an omitted argument (VT_ERROR, DISP_E_PARAMNOTFOUND); as a value VT_EMPTY
+//   null, boolean        VT_NULL, VT_BOOL
+//   string               VT_BSTR; UTF-16 to UTF-32, lone surrogates become U+FFFD
+//   number               VT_I4 when integral and in range, else VT_R8; every number type comes back as one
+//   bigint               VT_I8
+//   Date                 VT_DATE, in local time
+//   ArrayBuffer, bytes   VT_ARRAY | VT_UI1, which comes back as Uint8Array
+//   array                VT_ARRAY | VT_VARIANT by value, nested arrays likewise
+//   object, function     VT_DISPATCH: a wrapper, the same one each time while somebody holds it
+//   automation object    VT_DISPATCH: the object itself
+//
+// What the script expects of an automation object, be it of the host or of a component:
+//   - GetIDsOfNames finds members in any letter case and answers DISP_E_UNKNOWNNAME otherwise;
+//   - a member that is a method answers DISP_E_MEMBERNOTFOUND to DISPATCH_PROPERTYGET: `o.Close` is then a
+//     function. A property that needs arguments answers DISP_E_BADPARAMCOUNT without them: `o.Item(1)`;
+//   - `o(args)` and `o[1]` invoke DISPID_VALUE, `o(args) = v` puts it; `for (x of o)` and Enumerator ask
+//     for DISPID_NEWENUM; text and numbers are made from DISPID_VALUE without arguments;
+//   - assignments are DISPATCH_PROPERTYPUT, of an object DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
+//   - a failing HRESULT becomes an Error with message (error object's description), source and number;
+//   - names are resolved once for each ITypeInfo that GetTypeInfo answers, so objects that share one must
+//     share their members; objects without one are asked once for each name and object.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string_view>
+
+#include <korlib/dispatch.h>
+
+#include "script/outcome.h"
+#include "script/program.h"
+#include "script/stack.h"
+#include "script/unwind.h"
+
+namespace zelto::script {
+
+class EngineState;
+class RealmState;
+
+// A virtual machine. Made, used and destroyed on one thread, outliving the realms that it runs.
+class Engine {
+ public:
+  Engine();
+  ~Engine();
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+
+  // The engine of the calling thread, null when it has none.
+  static Engine* current() noexcept;
+
+  // How long the script may take, counted from the start of the outermost run. May be called while a
+  // script runs (Server.ScriptTimeout), and then counts from that start too. Zero or less: no limit.
+  void set_time_limit(std::chrono::milliseconds limit);
+  std::chrono::milliseconds time_limit() const noexcept;
+
+  EngineState& state() noexcept { return *state_; }
+
+ private:
+  std::unique_ptr<EngineState> state_;
+};
+
+// A global object of its own with everything that a script makes in it. A page that is executed by
+// another one gets a realm of the same engine while the first still runs.
+class Realm {
+ public:
+  explicit Realm(Engine& engine);
+  // Releases every object that the script holds. Wrappers of script objects that somebody kept, in a
+  // Session say, stay safe to call and to release from any thread, and answer a clear error.
+  ~Realm();
+  Realm(const Realm&) = delete;
+  Realm& operator=(const Realm&) = delete;
+
+  // A global name for an object, e.g. L"Response". The script may shadow it.
+  void set_object(std::wstring_view name, IDispatch* object);
+
+  // Where page text and `<%= %>` go: the object's ZeltoTypeLibrary::IResponse. Null is allowed.
+  void set_output(IDispatch* response);
+
+  // Runs the program to its end. May be called from within a member that a script is calling.
+  Outcome run(const std::shared_ptr<const Program>& program);
+
+  // Calls a function of the script without arguments, if there is one: `Session_OnStart`. A missing one
+  // is `completed`.
+  Outcome call(std::wstring_view function);
+
+  // What the script declared, as the object that `this` is at top level: var, function, let, const and
+  // class names; the engine's own globals and the names given with set_object are not among them. The
+  // caller releases it.
+  IDispatch* global();
+
+ private:
+  std::shared_ptr<RealmState> state_;
+};
+
+// Whether the object is a wrapper of a script's object, which does not outlive its realm: a store that
+// outlives requests refuses it.
+bool is_script_object(IUnknown* object) noexcept;
+
+}  // namespace zelto::script

@@ -1,0 +1,31 @@
+// How a run of a script ended, and what went wrong in it.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include <korlib/types.h>
+
+namespace zelto::script {
+
+struct ScriptError {
+  std::wstring message;  // without the kind of error in front, unless the script threw no Error
+  std::wstring source;   // whose error it is: that of a component such as "Mirt", or the error's name
+  HRESULT number = 0;    // the failing result, or the error's own `number`
+  std::string file;      // the .asp or included file; empty when unknown
+  int line = 0;          // from 1; 0 when unknown
+  int column = 0;        // from 1; 0 when unknown
+};
+
+struct Outcome {
+  enum Kind {
+    completed,
+    stopped,    // Response.End or Redirect: what was written stands
+    timed_out,  // the time limit of the engine ran out
+    failed,     // `error` says why
+  };
+  Kind kind = completed;
+  std::optional<ScriptError> error;  // with `failed`
+};
+
+}  // namespace zelto::script

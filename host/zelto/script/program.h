@@ -1,0 +1,35 @@
+// A script in the form that every worker can run.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <korlib/combstr.h>
+
+namespace zelto::script {
+
+// Where a line of the script comes from.
+struct SourceLine {
+  unsigned file = 0;  // index into Program::files
+  int line = 0;       // from 1
+  int column = 0;     // added to the column within the script's line
+};
+
+// Immutable once made; any number of threads may run it at the same time.
+struct Program {
+  std::string url;  // what the script is called; unique among the programs that one realm runs
+  std::u16string text;
+  std::vector<std::string> files;
+  std::vector<SourceLine> lines;   // of each line of `text`; empty: `url` and the line itself
+  std::vector<CComBSTR> literals;  // page text that the script writes by number
+  // Some top-level `let`, `const` or `class` makes a name that is no property of the global object.
+  bool declares_lexical_names = false;
+};
+
+// A program from a piece of script: assignments to calls of automation objects, methods named without
+// parentheses and `throw` are rewritten (rewriter.h); lines stay where they are. Syntax errors show when
+// it is run.
+std::shared_ptr<const Program> compile(std::wstring_view text, std::string url);
+
+}  // namespace zelto::script
