@@ -15,7 +15,20 @@
 #include <mirt/mirt.h>
 
 #include "frame/class_table.h"
+#include "templator/mirted_templator_class.h"
+#include "templator/template_cache.h"
+#include "templator/text_templator_class.h"
 #include "utility/utility_class.h"
+
+CTemplateCache g_oTemplateCache;
+
+GClassFactoryPooledInContext<CMirtedTemplator, &g_nRefCount> g_oCF_MirtedTemplator;
+template <>
+constinit IObjectPool* CMirtedTemplator::s_pPool = &g_oCF_MirtedTemplator;
+
+GClassFactoryPooled<CTextTemplator, &g_nRefCount> g_oCF_TextTemplator;
+template <>
+constinit IObjectPool* CTextTemplator::s_pPool = &g_oCF_TextTemplator;
 
 GClassFactoryPooled<CUtility, &g_nRefCount> g_oCF_Utility;
 template <>
@@ -23,6 +36,7 @@ constinit IObjectPool* CUtility::s_pPool = &g_oCF_Utility;
 
 std::span<const ClassEntry> class_table() {
   static constexpr ClassEntry kClasses[] = {
+      {&CLSID_TextTemplator, L"TextTemplator", &g_oCF_TextTemplator},
       {&CLSID_Utility, L"Utility", &g_oCF_Utility},
   };
   return kClasses;

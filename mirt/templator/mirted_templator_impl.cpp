@@ -1,0 +1,143 @@
+#include "templator/mirted_templator_impl.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+#include "templator/mark_value.h"
+
+namespace {
+
+constexpr VARIANT_BOOL kEncode = VARIANT_TRUE;
+constexpr VARIANT_BOOL kRaw = VARIANT_FALSE;
+
+}  // namespace
+
+// What a mark's type character stands for. Every source has a pair: raw, and HTML-encoded.
+struct GIMirtedTemplatorImpl<IMirtedTemplator>::MarkKind {
+  using Self = GIMirtedTemplatorImpl;
+
+  wchar_t type;
+  HRESULT (Self::*draw)(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  VARIANT_BOOL encode;
+
+  static const MarkKind* find(wchar_t type) {
+    static constexpr MarkKind kKinds[] = {
+        {L'%', &Self::OnMarked_Process, kRaw},        {L':', &Self::OnMarked_Property, kRaw},
+        {L';', &Self::OnMarked_Property, kEncode},    {L'/', &Self::OnMarked_View, kRaw},
+        {L'*', &Self::OnMarked_View, kEncode},        {L'~', &Self::OnMarked_Session, kRaw},
+        {L'=', &Self::OnMarked_Session, kEncode},     {L'-', &Self::OnMarked_Application, kRaw},
+        {L'+', &Self::OnMarked_Application, kEncode}, {L'\\', &Self::OnMarked_Request, kRaw},
+        {L'$', &Self::OnMarked_Request, kEncode},     {L'|', &Self::OnMarked_Bag, kRaw},
+        {L'&', &Self::OnMarked_Bag, kEncode},
+    };
+    const auto* kind = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                    [type](const MarkKind& candidate) { return candidate.type == type; });
+    return kind == std::end(kKinds) ? nullptr : kind;
+  }
+};
+
+GIMirtedTemplatorImpl<IMirtedTemplator>::GIMirtedTemplatorImpl() : GTemplatorImpl(L"%;:*/=~+-$\\&|") {}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::bind(BSTR event_prefix, IMirt* main, const bool* self_encode,
+                                                      IKorLibDictionary* view, IKorLibDictionary* bag) {
+  CComBSTR prefix(korlib::view_of(event_prefix));
+  if (!prefix.get()) return E_OUTOFMEMORY;
+  event_prefix_ = std::move(prefix);
+  m_pMain = main;
+  self_encode_ = self_encode;
+  view_ = view;
+  bag_ = bag;
+  return S_OK;
+}
+
+STDMETHODIMP GIMirtedTemplatorImpl<IMirtedTemplator>::get_Main(IMirt** main) {
+  if (!main) return E_POINTER;
+  *main = nullptr;
+  if (!m_pMain) return E_FAIL;
+  return m_pMain->QueryInterface(korlib::iid_of<IMirt>, reinterpret_cast<void**>(main));
+}
+
+STDMETHODIMP GIMirtedTemplatorImpl<IMirtedTemplator>::Write(BSTR text, VARIANT_BOOL encode) {
+  if (!has_output()) return E_FAIL;
+  if (!encode || SysStringLen(text) == 0) return write_output(text);
+  CComBSTR encoded;
+  RETURN_IF_FAILED(html_encode(text, encoded.put()));
+  return write_output(encoded);
+}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::html_encode(BSTR text, BSTR* encoded) {
+  if (m_pMain && self_encode_ && *self_encode_) return m_pMain->HTMLEncode(text, encoded);
+  return asp_.server ? asp_.server->HTMLEncode(text, encoded) : E_FAIL;
+}
+
+STDMETHODIMP GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked(CMarkData& mark) {
+  const MarkKind* kind = MarkKind::find(mark.Type);
+  if (!kind) return S_OK;
+  const CComBSTR name = bstr_of(mark.Name);
+  if (!name.get()) return E_OUTOFMEMORY;
+  return (this->*kind->draw)(mark, name, kind->encode);
+}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Process(const CMarkData& mark, BSTR name, VARIANT_BOOL) {
+  const std::wstring function = std::wstring(event_prefix_.view()).append(korlib::view_of(name));
+  CEvent event;
+  if (SUCCEEDED(m_oScripts.GetEvent(function.c_str(), event))) return fire_with_texts(event, this, mark.Params);
+  return RaiseError(E_FAIL, L"MirtedTemplator", (L"Event '" + function + L"' not found.").c_str());
+}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Property(const CMarkData& mark, BSTR name,
+                                                                   VARIANT_BOOL encode) {
+  CEvent member;
+  RETURN_IF_FAILED(m_oScripts.GetEvent(name, member));
+  CComVariant text;
+  RETURN_IF_FAILED(script_member_text(member, this, mark, false, &text));
+  return Write(text.bstrVal, encode);
+}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_View(const CMarkData& mark, BSTR name, VARIANT_BOOL encode) {
+  return write_item(view_.get(), mark, name, encode);
+}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Bag(const CMarkData& mark, BSTR name, VARIANT_BOOL encode) {
+  return write_item(bag_.get(), mark, name, encode);
+}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Session(const CMarkData& mark, BSTR name,
+                                                                  VARIANT_BOOL encode) {
+  if (!asp_.session) return E_FAIL;
+  CComVariant value;
+  RETURN_IF_FAILED(asp_.session->get_Value(name, &value));
+  return write_value(value, mark, encode);
+}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Application(const CMarkData& mark, BSTR name,
+                                                                      VARIANT_BOOL encode) {
+  if (!asp_.application) return E_FAIL;
+  CComVariant value;
+  RETURN_IF_FAILED(asp_.application->get_Value(name, &value));
+  return write_value(value, mark, encode);
+}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Request(const CMarkData& mark, BSTR name,
+                                                                  VARIANT_BOOL encode) {
+  if (!asp_.request) return E_FAIL;
+  CComPtr<IDispatch> spItem;
+  RETURN_IF_FAILED(asp_.request->get_Item(name, spItem.put()));
+  CComVariant value(spItem.get());
+  return write_value(value, mark, encode);
+}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::write_item(IKorLibDictionary* items, const CMarkData& mark, BSTR name,
+                                                            VARIANT_BOOL encode) {
+  if (!items) return E_FAIL;
+  CComVariant value;
+  RETURN_IF_FAILED(items->get_Item(korlib::borrowed(name), &value));
+  return write_value(value, mark, encode);
+}
+
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::write_value(CComVariant& value, const CMarkData& mark,
+                                                             VARIANT_BOOL encode) {
+  RETURN_IF_FAILED(ChangeToBSTR(&value, &mark.Params, false));
+  return Write(value.bstrVal, encode);
+}

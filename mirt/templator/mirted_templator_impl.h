@@ -1,0 +1,55 @@
+// GIMirtedTemplatorImpl: the child templator, which draws templates with the data of a page controller.
+#pragma once
+
+#include <korlib/dictionary.h>
+#include <mirt/mirt.h>
+
+#include "frame/intrinsics.h"
+#include "templator/templator_base.h"
+
+template <class Interface>
+class GIMirtedTemplatorImpl;
+
+// The only one there is; written as a specialisation so that its members are ordinary functions.
+template <>
+class GIMirtedTemplatorImpl<IMirtedTemplator> : public GTemplatorImpl<IMirtedTemplator> {
+ public:
+  GIMirtedTemplatorImpl();
+
+  // Takes the objects of the request. The class object calls it on activation.
+  HRESULT InContext(IGetContextProperties* context) { return asp_.take_from(context); }
+
+  // Makes this the child of a page controller, which must outlive it: `main` is not counted and
+  // `self_encode` is read at every encoded write. View and bag may be null; their marks then fail.
+  HRESULT bind(BSTR event_prefix, IMirt* main, const bool* self_encode, IKorLibDictionary* view,
+               IKorLibDictionary* bag);
+
+  STDMETHODIMP get_Main(IMirt** main) override;
+  STDMETHODIMP Write(BSTR text, VARIANT_BOOL encode) override;
+
+ protected:
+  ~GIMirtedTemplatorImpl() = default;
+
+  STDMETHODIMP OnMarked(CMarkData& mark) override;
+
+ private:
+  struct MarkKind;
+
+  HRESULT OnMarked_Process(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_Property(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_View(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_Session(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_Application(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_Request(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_Bag(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT write_item(IKorLibDictionary* items, const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT write_value(CComVariant& value, const CMarkData& mark, VARIANT_BOOL encode);
+  HRESULT html_encode(BSTR text, BSTR* encoded);
+
+  IMirt* m_pMain = nullptr;
+  CComBSTR event_prefix_;
+  const bool* self_encode_ = nullptr;
+  CComPtr<IKorLibDictionary> view_;
+  CComPtr<IKorLibDictionary> bag_;
+  mirt::Intrinsics asp_;
+};

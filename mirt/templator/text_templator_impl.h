@@ -1,0 +1,29 @@
+// GITextTemplatorImpl: the stand-alone text templator, "Mirt.TextTemplator".
+//
+// A mark names a variable or a function of the scripts, or a key of their default members. A mark that
+// begins with a blank or a line end is a comment.
+#pragma once
+
+#include <mirt/mirt.h>
+
+#include "templator/templator_base.h"
+
+template <class Interface>
+class GITextTemplatorImpl;
+
+// The only one there is; written as a specialisation so that its members are ordinary functions.
+template <>
+class GITextTemplatorImpl<ITextTemplator> : public GTemplatorImpl<ITextTemplator> {
+ public:
+  GITextTemplatorImpl();
+
+  STDMETHODIMP Write(BSTR text) override;
+
+ protected:
+  ~GITextTemplatorImpl() = default;
+
+  STDMETHODIMP OnMarked(CMarkData& mark) override;
+
+ private:
+  HRESULT OnMarked_(const CMarkData& mark);
+};
