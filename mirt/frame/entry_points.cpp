@@ -1,0 +1,103 @@
+#include "frame/entry_points.h"
+
+#include <cwchar>
+#include <iterator>
+
+#include <korlib/activation.h>
+#include <korlib/ptr.h>
+#include <mirt/mirt.h>
+#include <zelto/asp.h>
+
+#include "frame/class_table.h"
+#include "frame/globals.h"
+
+namespace {
+
+// Takes the type information of one interface; what the pointer held before is static and stays.
+bool take_type_info(ITypeLib* library, REFIID iid, ITypeInfo** slot) {
+  ITypeInfo* info = nullptr;
+  if (FAILED(library->GetTypeInfoOfGuid(iid, &info)) || !info) return false;
+  *slot = info;
+  return true;
+}
+
+// In a fixed order, up to the first that is missing.
+bool take_all_type_infos(ITypeLib* own, ITypeLib* host) {
+  using ZeltoTypeLibrary::IRequestDictionary, ZeltoTypeLibrary::IStringList;
+  return take_type_info(own, korlib::iid_of<IMirt>, &g_pTI_IMirt) &&
+         take_type_info(own, korlib::iid_of<IMirtedTemplator>, &g_pTI_IMirtedTemplator) &&
+         take_type_info(own, korlib::iid_of<IFormFile>, &g_pTI_IFormFile) &&
+         take_type_info(own, korlib::iid_of<ITextTemplator>, &g_pTI_ITextTemplator) &&
+         take_type_info(own, korlib::iid_of<IUtility>, &g_pTI_IUtility) &&
+         take_type_info(host, korlib::iid_of<IStringList>, &g_pTI_IStringList) &&
+         take_type_info(host, korlib::iid_of<IRequestDictionary>, &g_pTI_IRequestDictionary);
+}
+
+bool load_type_libraries() {
+  constexpr wchar_t kSecondLibrary[] = L"\\2";
+  wchar_t host_path[std::size(g_aDLLPath) + std::size(kSecondLibrary)];
+  std::wcscpy(host_path, g_aDLLPath);
+  std::wcscat(host_path, kSecondLibrary);
+
+  CComPtr<ITypeLib> spOwn;
+  CComPtr<ITypeLib> spHost;
+  const bool own_loaded = SUCCEEDED(LoadTypeLib(g_aDLLPath, spOwn.put())) && spOwn;
+  const bool host_loaded = SUCCEEDED(LoadTypeLib(host_path, spHost.put())) && spHost;
+  return own_loaded && host_loaded && take_all_type_infos(spOwn.get(), spHost.get());
+}
+
+int attach(void* module) {
+  g_hDLL = module;
+  GetModuleFileNameW(g_hDLL, g_aDLLPath, static_cast<DWORD>(std::size(g_aDLLPath)));
+  g_aDLLPath[std::size(g_aDLLPath) - 1] = 0;  // a host that filled the buffer may have left no NUL
+  const bool whole = load_type_libraries();
+  DisableThreadLibraryCalls(module);
+  return whole ? TRUE : FALSE;
+}
+
+// The pointers stay: objects that outlive the detach still answer, and unloading clears them.
+int detach() {
+  for (ITypeInfo* info : {g_pTI_IMirt, g_pTI_IMirtedTemplator, g_pTI_IFormFile, g_pTI_ITextTemplator, g_pTI_IUtility,
+                          g_pTI_IStringList, g_pTI_IRequestDictionary}) {
+    if (info) info->Release();
+  }
+  return TRUE;
+}
+
+IClassFactory* class_by_name(const wchar_t* name) {
+  if (!name || !*name) return class_table().empty() ? nullptr : class_table().front().object;
+  for (const ClassEntry& entry : class_table()) {
+    if (std::wcscmp(entry.name, name) == 0) return entry.object;
+  }
+  return nullptr;
+}
+
+IClassFactory* class_by_identifier(REFCLSID clsid) {
+  for (const ClassEntry& entry : class_table()) {
+    if (IsEqualGUID(*entry.clsid, clsid)) return entry.object;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+int DllMain(void* hModule, unsigned int reason, void*) {
+  switch (reason) {
+    case DLL_PROCESS_ATTACH:
+      return attach(hModule);
+    case DLL_PROCESS_DETACH:
+      return detach();
+    default:
+      return TRUE;
+  }
+}
+
+HRESULT DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
+  if (!ppv) return E_POINTER;
+  IClassFactory* object =
+      IsEqualGUID(rclsid, CLSID_NULL) ? class_by_name(static_cast<const wchar_t*>(*ppv)) : class_by_identifier(rclsid);
+  *ppv = nullptr;
+  return object ? object->QueryInterface(riid, ppv) : CLASS_E_CLASSNOTAVAILABLE;
+}
+
+HRESULT DllCanUnloadNow() { return g_nRefCount == 0 ? S_OK : S_FALSE; }

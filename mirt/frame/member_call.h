@@ -1,0 +1,203 @@
+// From a late-bound call to a typed member: the member's C++ signature says how its arguments are
+// converted and how its result is stored.
+//
+//   BSTR, LONG, VARIANT_BOOL      converted to that type
+//   VARIANT*                      the argument as it stands
+//   IDispatch*, IUnknown*         the object in it
+//
+// A last parameter that is a pointer to one of BSTR, VARIANT_BOOL, VARIANT, SAFEARRAY* or an interface
+// pointer is the member's result. Every other parameter is required.
+#pragma once
+
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "frame/arguments.h"
+
+namespace mirt::dispatch {
+
+template <class Parameter>
+struct Argument;
+
+template <>
+struct Argument<BSTR> {
+  CComVariant converted;
+  BSTR value = nullptr;
+  HRESULT take(const DISPPARAMS* params, UINT i) {
+    // A string by value is the caller's for the time of the call, so it needs no copy. One behind a
+    // reference may be replaced by a script that the member runs.
+    if (params && i < params->cArgs && params->rgvarg[params->cArgs - i - 1].vt == VT_BSTR) {
+      value = params->rgvarg[params->cArgs - i - 1].bstrVal;
+      return S_OK;
+    }
+    RETURN_IF_FAILED(coerce_arg(params, i, VT_BSTR, &converted));
+    value = converted.bstrVal;
+    return S_OK;
+  }
+};
+
+template <>
+struct Argument<LONG> {
+  LONG value = 0;
+  HRESULT take(const DISPPARAMS* params, UINT i) {
+    CComVariant converted;
+    RETURN_IF_FAILED(coerce_arg(params, i, VT_I4, &converted));
+    value = converted.lVal;
+    return S_OK;
+  }
+};
+
+template <>
+struct Argument<VARIANT_BOOL> {
+  VARIANT_BOOL value = VARIANT_FALSE;
+  HRESULT take(const DISPPARAMS* params, UINT i) {
+    CComVariant converted;
+    RETURN_IF_FAILED(coerce_arg(params, i, VT_BOOL, &converted));
+    value = converted.boolVal;
+    return S_OK;
+  }
+};
+
+template <>
+struct Argument<VARIANT*> {
+  VARIANT* value = nullptr;
+  HRESULT take(const DISPPARAMS* params, UINT i) {
+    value = disp_arg(params, i);
+    return value ? S_OK : DISP_E_BADPARAMCOUNT;
+  }
+};
+
+template <>
+struct Argument<IDispatch*> {
+  CComPtr<IDispatch> object;
+  IDispatch* value = nullptr;
+  HRESULT take(const DISPPARAMS* params, UINT i) {
+    RETURN_IF_FAILED(get_dispatch_arg(params, i, &object));
+    value = object.get();
+    return S_OK;
+  }
+};
+
+template <>
+struct Argument<IUnknown*> {
+  CComPtr<IUnknown> object;
+  IUnknown* value = nullptr;
+  HRESULT take(const DISPPARAMS* params, UINT i) {
+    RETURN_IF_FAILED(get_unknown_arg(params, i, &object));
+    value = object.get();
+    return S_OK;
+  }
+};
+
+// The result of a member, defined by `Pointee`, the type that its last parameter points to. What a
+// failing member left behind is freed here.
+template <class Pointee>
+struct Result : std::false_type {};
+
+template <>
+struct Result<BSTR> : std::true_type {
+  CComBSTR slot;
+  BSTR* out() { return slot.put(); }
+  HRESULT store(VARIANT* result) {
+    set_bstr_result(result, slot.detach());
+    return S_OK;
+  }
+};
+
+template <>
+struct Result<VARIANT_BOOL> : std::true_type {
+  VARIANT_BOOL slot = VARIANT_FALSE;
+  VARIANT_BOOL* out() { return &slot; }
+  HRESULT store(VARIANT* result) {
+    set_bool_result(result, slot);
+    return S_OK;
+  }
+};
+
+template <>
+struct Result<VARIANT> : std::true_type {
+  CComVariant slot;
+  VARIANT* out() { return &slot; }
+  HRESULT store(VARIANT* result) { return set_variant_result(result, slot); }
+};
+
+template <>
+struct Result<SAFEARRAY*> : std::true_type {
+  CComSafeArray slot;
+  SAFEARRAY** out() { return slot.put(); }
+  HRESULT store(VARIANT* result) {
+    set_array_result(result, slot.detach());
+    return S_OK;
+  }
+};
+
+template <>
+struct Result<IUnknown*> : std::true_type {
+  CComPtr<IUnknown> slot;
+  IUnknown** out() { return slot.put(); }
+  HRESULT store(VARIANT* result) {
+    set_unknown_result(result, slot.detach());
+    return S_OK;
+  }
+};
+
+template <class Interface>
+requires std::is_base_of_v<IDispatch, Interface>
+struct Result<Interface*> : std::true_type {
+  CComPtr<Interface> slot;
+  Interface** out() { return slot.put(); }
+  HRESULT store(VARIANT* result) {
+    set_dispatch_result(result, slot.detach());
+    return S_OK;
+  }
+};
+
+template <class... Arguments>
+HRESULT take_all(const DISPPARAMS* params, std::tuple<Arguments...>& arguments) {
+  HRESULT hr = S_OK;
+  UINT i = 0;
+  std::apply([&](auto&... argument) { ((SUCCEEDED(hr) ? hr = argument.take(params, i++) : hr), ...); }, arguments);
+  return hr;
+}
+
+// Calls with the inputs Is of Parameters, and a result behind them when there is one parameter more.
+template <class Object, class Member, class Parameters, std::size_t... Is>
+HRESULT call_with(Object* object, Member member, const DISPPARAMS* params, VARIANT* result,
+                  std::index_sequence<Is...>) {
+  std::tuple<Argument<std::tuple_element_t<Is, Parameters>>...> arguments;
+  RETURN_IF_FAILED(take_all(params, arguments));
+  if constexpr (sizeof...(Is) == std::tuple_size_v<Parameters>) {
+    return (object->*member)(std::get<Is>(arguments).value...);
+  } else {
+    Result<std::remove_pointer_t<std::tuple_element_t<sizeof...(Is), Parameters>>> answer;
+    const HRESULT hr = (object->*member)(std::get<Is>(arguments).value..., answer.out());
+    RETURN_IF_FAILED(hr);
+    RETURN_IF_FAILED(answer.store(result));
+    return hr;
+  }
+}
+
+template <class Object, class Owner, class... Parameters>
+HRESULT call_typed(Object* object, HRESULT (Owner::*member)(Parameters...), const DISPPARAMS* params, VARIANT* result) {
+  using List = std::tuple<Parameters...>;
+  constexpr std::size_t count = sizeof...(Parameters);
+  constexpr bool has_result = [] {
+    if constexpr (count == 0) {
+      return false;
+    } else {
+      using Last = std::tuple_element_t<count - 1, List>;
+      return std::is_pointer_v<Last> && Result<std::remove_pointer_t<Last>>::value;
+    }
+  }();
+  return call_with<Object, decltype(member), List>(object, member, params, result,
+                                                   std::make_index_sequence<count - (has_result ? 1 : 0)>());
+}
+
+// One late-bound call of `Member` on `instance`.
+template <class Interface, auto Member>
+HRESULT call(Interface* instance, DISPPARAMS* params, VARIANT* result) {
+  return call_typed(instance, Member, params, result);
+}
+
+}  // namespace mirt::dispatch
