@@ -1,0 +1,126 @@
+#include "arrays/elements.h"
+
+#include <cstring>
+#include <utility>
+
+#include <korlib/unknown.h>
+
+#include "arrays/bounds.h"
+
+namespace korlib::arrays {
+
+namespace {
+
+HRESULT copy_text(BSTR* target, BSTR source) {
+  if (!source) return S_OK;
+  *target = SysAllocStringByteLen(reinterpret_cast<const char*>(source), SysStringByteLen(source));
+  return *target ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT copy_one(VARTYPE vt, void* target, const void* source) {
+  switch (vt) {
+    case VT_BSTR:
+      return copy_text(static_cast<BSTR*>(target), *static_cast<const BSTR*>(source));
+    case VT_VARIANT:
+      return VariantCopy(static_cast<VARIANT*>(target), static_cast<const VARIANT*>(source));
+    default: {
+      // Every interface begins as IUnknown does.
+      auto* const object = *static_cast<IUnknown* const*>(source);
+      if (object) object->AddRef();
+      *static_cast<IUnknown**>(target) = object;
+      return S_OK;
+    }
+  }
+}
+
+void clear_one(VARTYPE vt, void* element) {
+  switch (vt) {
+    case VT_BSTR:
+      SysFreeString(std::exchange(*static_cast<BSTR*>(element), nullptr));
+      break;
+    case VT_VARIANT:
+      VariantClear(static_cast<VARIANT*>(element));
+      break;
+    default:
+      if (IUnknown* object = std::exchange(*static_cast<IUnknown**>(element), nullptr)) object->Release();
+  }
+}
+
+}  // namespace
+
+ULONG element_size(VARTYPE vt) {
+  switch (vt) {
+    case VT_I1:
+    case VT_UI1:
+      return 1;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL:
+      return 2;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_R4:
+    case VT_ERROR:
+      return 4;
+    case VT_I8:
+    case VT_UI8:
+    case VT_R8:
+    case VT_CY:
+    case VT_DATE:
+      return 8;
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+      return sizeof(void*);
+    case VT_VARIANT:
+      return sizeof(VARIANT);
+    default:
+      return 0;
+  }
+}
+
+bool owns_contents(VARTYPE vt) { return vt == VT_BSTR || vt == VT_DISPATCH || vt == VT_UNKNOWN || vt == VT_VARIANT; }
+
+void clear_elements(VARTYPE vt, void* elements, std::size_t count) {
+  const std::size_t size = element_size(vt);
+  auto* const first = static_cast<char*>(elements);
+  if (owns_contents(vt)) {
+    for (std::size_t i = 0; i < count; ++i) clear_one(vt, first + i * size);
+  }
+  std::memset(first, 0, count * size);
+}
+
+HRESULT copy_elements(VARTYPE vt, void* target, const void* source, std::size_t count) {
+  const std::size_t size = element_size(vt);
+  auto* const to = static_cast<char*>(target);
+  const auto* const from = static_cast<const char*>(source);
+  if (!owns_contents(vt)) {
+    std::memcpy(to, from, count * size);
+    return S_OK;
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    const HRESULT hr = copy_one(vt, to + i * size, from + i * size);
+    if (FAILED(hr)) {
+      clear_elements(vt, target, i);
+      return hr;
+    }
+  }
+  return S_OK;
+}
+
+bool can_clear(VARTYPE vt, const void* elements, std::size_t count) {
+  if (vt != VT_VARIANT) return true;
+  const auto* const values = static_cast<const VARIANT*>(elements);
+  for (std::size_t i = 0; i < count; ++i) {
+    const VARIANT& value = values[i];
+    const bool owns_array = (value.vt & VT_ARRAY) && !(value.vt & VT_BYREF) && value.parray;
+    if (!owns_array) continue;
+    const SAFEARRAY& inner = *value.parray;
+    if (inner.cLocks || !can_clear(inner.vtElement, inner.pvData, element_count(inner))) return false;
+  }
+  return true;
+}
+
+}  // namespace korlib::arrays

@@ -1,0 +1,102 @@
+// The error object, and the slot that each thread has for one.
+#include <korlib/errorinfo.h>
+
+#include <korlib/combstr.h>
+#include <korlib/ptr.h>
+#include <korlib_host/diagnostics.h>
+
+#include <atomic>
+#include <new>
+
+namespace {
+
+// Filled by one thread and read by another at times, so the count is atomic.
+class ErrorInfo final : public IErrorInfo, public ICreateErrorInfo {
+ public:
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    if (!ppv) return E_POINTER;
+    if (riid == korlib::iid_of<ICreateErrorInfo>) {
+      *ppv = static_cast<ICreateErrorInfo*>(this);
+      AddRef();
+      return S_OK;
+    }
+    return korlib::query_list<IErrorInfo, IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return references_.fetch_add(1, std::memory_order_relaxed) + 1; }
+  ULONG Release() override {
+    const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    if (left == 0) delete this;
+    return left;
+  }
+
+  HRESULT GetGUID(GUID* guid) override {
+    if (!guid) return E_POINTER;
+    *guid = guid_;
+    return S_OK;
+  }
+  HRESULT GetSource(BSTR* source) override { return give(source_, source); }
+  HRESULT GetDescription(BSTR* description) override { return give(description_, description); }
+  HRESULT GetHelpFile(BSTR* file) override { return give(help_file_, file); }
+  HRESULT GetHelpContext(DWORD* context) override {
+    if (!context) return E_POINTER;
+    *context = help_context_;
+    return S_OK;
+  }
+
+  HRESULT SetGUID(REFGUID guid) override {
+    guid_ = guid;
+    return S_OK;
+  }
+  HRESULT SetSource(LPOLESTR source) override { return keep(source, source_); }
+  HRESULT SetDescription(LPOLESTR description) override { return keep(description, description_); }
+  HRESULT SetHelpFile(LPOLESTR file) override { return keep(file, help_file_); }
+  HRESULT SetHelpContext(DWORD context) override {
+    help_context_ = context;
+    return S_OK;
+  }
+
+ private:
+  ~ErrorInfo() = default;
+
+  static HRESULT give(const CComBSTR& text, BSTR* out) {
+    if (!out) return E_POINTER;
+    *out = text.copy();
+    return *out || !text.get() ? S_OK : E_OUTOFMEMORY;
+  }
+  static HRESULT keep(const OLECHAR* text, CComBSTR& slot) {
+    CComBSTR fresh(text);
+    if (text && !fresh.get()) return E_OUTOFMEMORY;
+    slot = std::move(fresh);
+    return S_OK;
+  }
+
+  std::atomic<ULONG> references_{1};
+  GUID guid_{};
+  CComBSTR source_;
+  CComBSTR description_;
+  CComBSTR help_file_;
+  DWORD help_context_ = 0;
+  korlib_host::LiveObject live_;
+};
+
+// Releases the object when the thread ends.
+thread_local CComPtr<IErrorInfo> current;
+
+}  // namespace
+
+HRESULT CreateErrorInfo(ICreateErrorInfo** info) {
+  if (!info) return E_POINTER;
+  *info = new (std::nothrow) ErrorInfo;
+  return *info ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT SetErrorInfo(ULONG, IErrorInfo* info) {
+  current = CComPtr<IErrorInfo>(info);
+  return S_OK;
+}
+
+HRESULT GetErrorInfo(ULONG, IErrorInfo** info) {
+  if (!info) return E_POINTER;
+  *info = current.detach();
+  return *info ? S_OK : S_FALSE;
+}
