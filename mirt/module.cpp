@@ -15,12 +15,20 @@
 #include <mirt/mirt.h>
 
 #include "frame/class_table.h"
+#include "page/mirt_class.h"
+#include "page/mirt_session.h"
 #include "templator/mirted_templator_class.h"
 #include "templator/template_cache.h"
 #include "templator/text_templator_class.h"
 #include "utility/utility_class.h"
 
 CTemplateCache g_oTemplateCache;
+
+CMirtSessionNull g_oMirtSessionNull;
+
+GClassFactoryPooledInContext<CMirt, &g_nRefCount> g_oCF_Mirt;
+template <>
+constinit IObjectPool* CMirt::s_pPool = &g_oCF_Mirt;
 
 GClassFactoryPooledInContext<CMirtedTemplator, &g_nRefCount> g_oCF_MirtedTemplator;
 template <>
@@ -36,6 +44,7 @@ constinit IObjectPool* CUtility::s_pPool = &g_oCF_Utility;
 
 std::span<const ClassEntry> class_table() {
   static constexpr ClassEntry kClasses[] = {
+      {&CLSID_Mirt, L"Mirt", &g_oCF_Mirt},
       {&CLSID_TextTemplator, L"TextTemplator", &g_oCF_TextTemplator},
       {&CLSID_Utility, L"Utility", &g_oCF_Utility},
   };

@@ -1,0 +1,66 @@
+// The objects that a page makes for its script, and arrays of request values.
+#include <korlib/activation.h>
+#include <korlib/dbcommand.h>
+
+#include "page/mirt_impl.h"
+#include "templator/mirted_templator_class.h"
+
+namespace {
+
+using Self = GIMirtImpl<IMirt>;
+using ZeltoTypeLibrary::IStringList;
+
+}  // namespace
+
+STDMETHODIMP Self::ToArray(IDispatch* collection, SAFEARRAY** array) {
+  if (!array) return E_POINTER;
+  if (!collection) return E_POINTER;
+  CComPtr<IStringList> list;
+  RETURN_IF_FAILED(collection->QueryInterface(korlib::iid_of<IStringList>, list.put_void()));
+  int count = 0;
+  // Without a count there is no array, and that is no failure.
+  if (FAILED(list->get_Count(&count)) || count < 0) return S_OK;
+  CComSafeArray values(VT_VARIANT, static_cast<ULONG>(count));
+  if (!values) return E_OUTOFMEMORY;
+  for (LONG i = 0; i < count; ++i) {
+    CComVariant value;
+    // An item that cannot be read stays empty.
+    if (SUCCEEDED(list->get_Item(korlib::long_variant(i + 1), &value))) VariantCopy(&values.data<VARIANT>()[i], &value);
+  }
+  *array = values.detach();
+  return S_OK;
+}
+
+STDMETHODIMP Self::NewADOCommand(VARIANT* connection, BSTR text, LONG type, IDispatch** command) {
+  if (!command) return E_POINTER;
+  *command = nullptr;
+  if (!connection) return E_POINTER;
+  CComPtr<IKorDBCommand> made;
+  RETURN_IF_FAILED(CoCreateInstance(CLSID_KorDBCommand, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
+                                    korlib::iid_of<IKorDBCommand>, made.put_void()));
+  RETURN_IF_FAILED(made->put_ActiveConnection(*connection));
+  RETURN_IF_FAILED(made->put_CommandType(type));
+  RETURN_IF_FAILED(made->put_CommandText(text));
+  return made.query(command);
+}
+
+// The child keeps the view and the bag as they are now. A page without a session state has no bag, which
+// is no failure until a mark asks for it.
+STDMETHODIMP Self::NewTemplator(BSTR prefix, IMirtedTemplator** templator) {
+  if (!templator) return E_POINTER;
+  *templator = nullptr;
+  CComPtr<IMirtedTemplator> made;
+  RETURN_IF_FAILED(g_oCF_MirtedTemplator.CreateInstance(nullptr, korlib::iid_of<IMirtedTemplator>, made.put_void()));
+  CComPtr<IKorLibDictionary> bag;
+  if (session_ && session_ != CComPtr<IMirtSession>(&g_oMirtSessionNull))
+    RETURN_IF_FAILED(session_->get_Bag(bag.put()));
+  RETURN_IF_FAILED(
+      static_cast<CMirtedTemplator*>(made.get())->bind(prefix, this, &self_encode_, view_.get(), bag.get()));
+  *templator = made.detach();
+  return S_OK;
+}
+
+STDMETHODIMP Self::NewMail(BSTR, LONG, IDispatch** mail) {
+  if (mail) *mail = nullptr;
+  return E_NOTIMPL;
+}

@@ -1,0 +1,161 @@
+// The built-in draw events that let form inputs show what is bound to them.
+#include "page/mirt_impl.h"
+#include "page/text.h"
+
+namespace {
+
+using Self = GIMirtImpl<IMirt>;
+
+// An item of a dictionary for the duration of a scope, after which it is what it was before: the old
+// value again, or gone.
+class ScopedItem {
+ public:
+  ScopedItem(IKorLibDictionary* dictionary, std::wstring_view key) : dictionary_(dictionary), key_(key) {
+    VARIANT_BOOL exists = VARIANT_FALSE;
+    if (FAILED(dictionary->Exists(korlib::borrowed(key_.get()), &exists)) || !exists) return;
+    existed_ = SUCCEEDED(dictionary->get_Item(korlib::borrowed(key_.get()), &before_));
+  }
+  ~ScopedItem() {
+    if (existed_) {
+      set(before_);
+      return;
+    }
+    VARIANT_BOOL exists = VARIANT_FALSE;
+    if (SUCCEEDED(dictionary_->Exists(korlib::borrowed(key_.get()), &exists)) && exists)
+      dictionary_->Remove(korlib::borrowed(key_.get()));
+  }
+  ScopedItem(const ScopedItem&) = delete;
+  ScopedItem& operator=(const ScopedItem&) = delete;
+
+  HRESULT set(const VARIANT& value) { return dictionary_->put_Item(korlib::borrowed(key_.get()), value); }
+
+ private:
+  CComPtr<IKorLibDictionary> dictionary_;
+  CComBSTR key_;
+  CComVariant before_;
+  bool existed_ = false;
+};
+
+// Reading an item that is not there would make it: these drawers only look.
+HRESULT look_up(IKorLibDictionary* dictionary, BSTR name, CComVariant* value, bool* exists) {
+  VARIANT_BOOL found = VARIANT_FALSE;
+  RETURN_IF_FAILED(dictionary->Exists(korlib::borrowed(name), &found));
+  *exists = found != VARIANT_FALSE;
+  return *exists ? dictionary->get_Item(korlib::borrowed(name), value->put()) : S_OK;
+}
+
+HRESULT text_of(const VARIANT& value, CComVariant* text) { return VariantChangeType(text->put(), &value, 0, VT_BSTR); }
+
+// Of whatever type and dimensions the array is. An element without a text form equals nothing.
+bool any_element_is(SAFEARRAY* array, std::wstring_view input) {
+  VARTYPE type = VT_EMPTY;
+  void* data = nullptr;
+  if (FAILED(SafeArrayGetVartype(array, &type)) || FAILED(SafeArrayAccessData(array, &data))) return false;
+  std::size_t count = array->cDims > 0 ? 1 : 0;
+  for (USHORT i = 0; i < array->cDims; ++i) count *= array->rgsabound[i].cElements;
+  bool found = false;
+  for (std::size_t i = 0; i < count && !found; ++i) {
+    VARIANT element{};
+    element.vt = static_cast<VARTYPE>(VT_BYREF | type);
+    element.byref = static_cast<BYTE*>(data) + i * array->cbElements;
+    CComVariant text;
+    found = SUCCEEDED(text_of(element, &text)) && korlib::view_of(text.bstrVal) == input;
+  }
+  SafeArrayUnaccessData(array);
+  return found;
+}
+
+// The names of the two items that tell an input's parts what they belong to.
+struct ItemNames {
+  std::wstring_view name, value;
+};
+
+}  // namespace
+
+HRESULT Self::bound_value(Source source, BSTR name, CComVariant* value, bool* exists) {
+  *exists = false;
+  if (source == Source::kScript) {
+    CEvent variable;
+    const HRESULT hr = handler_.GetEvent(name, variable);
+    if (hr == DISP_E_UNKNOWNNAME) return S_OK;
+    RETURN_IF_FAILED(hr);
+    RETURN_IF_FAILED(variable.Get());
+    *exists = true;
+    *value = std::move(variable.result);
+    return S_OK;
+  }
+  CComPtr<IKorLibDictionary> dictionary = view_;
+  if (source == Source::kBag) RETURN_IF_FAILED(get_session_bag(&dictionary));
+  if (!dictionary) return E_FAIL;
+  return look_up(dictionary.get(), name, value, exists);
+}
+
+HRESULT Self::is_bound(Source source, BSTR name, std::wstring_view input, bool* matches) {
+  CComVariant bound;
+  bool exists = false;
+  RETURN_IF_FAILED(bound_value(source, name, &bound, &exists));
+  if (!exists && source == Source::kScript) return DISP_E_UNKNOWNNAME;
+  CComVariant direct;
+  RETURN_IF_FAILED(VariantCopyInd(&direct, &bound));
+  if (direct.vt & VT_ARRAY) {
+    *matches = any_element_is(direct.parray, input);
+    return S_OK;
+  }
+  CComVariant text;
+  RETURN_IF_FAILED(text_of(direct, &text));
+  *matches = korlib::view_of(text.bstrVal) == input;
+  return S_OK;
+}
+
+namespace {
+
+constexpr ItemNames kItemNames[] = {
+    {L"_Input_Name", L"_Input_Value"},
+    {L"_InputV_Name", L"_InputV_Value"},
+    {L"_InputP_Name", L"_InputP_Value"},
+};
+
+}  // namespace
+
+// name, value, text if it is the bound one, text if not
+HRESULT Self::draw_input_default(Source source, const MarkParams& params) {
+  const CComBSTR name = bstr_of(*params[0]);
+  bool matches = false;
+  RETURN_IF_FAILED(is_bound(source, name, params[1]->view(), &matches));
+  return process_nested(*params[matches ? 2 : 3]);
+}
+
+// text if not, text if the value told by the drawer around it is the bound one
+HRESULT Self::draw_default(Source source, const MarkParams& params) {
+  const CComPtr<IKorLibDictionary> view = view_;
+  if (!view) return E_FAIL;
+  const ItemNames& items = kItemNames[static_cast<std::size_t>(source)];
+  CComVariant name;
+  CComVariant value;
+  bool exists = false;
+  RETURN_IF_FAILED(look_up(view.get(), CComBSTR(items.name), &name, &exists));
+  RETURN_IF_FAILED(look_up(view.get(), CComBSTR(items.value), &value, &exists));
+  RETURN_IF_FAILED(name.change_type(VT_BSTR));
+  RETURN_IF_FAILED(value.change_type(VT_BSTR));
+  bool matches = false;
+  RETURN_IF_FAILED(is_bound(source, name.bstrVal, korlib::view_of(value.bstrVal), &matches));
+  return process_nested(*params[matches ? 1 : 0]);
+}
+
+// name, text in which the name and its value are known, text drawn where nothing has that name
+HRESULT Self::draw_input(Source source, const MarkParams& params) {
+  const CComPtr<IKorLibDictionary> view = view_;
+  if (!view) return E_FAIL;
+  const CComBSTR name = bstr_of(*params[0]);
+  CComVariant value;
+  bool exists = false;
+  RETURN_IF_FAILED(bound_value(source, name, &value, &exists));
+  if (!exists && params.size() == 3) return process_nested(*params[2]);
+  if (!exists && source == Source::kScript) return DISP_E_UNKNOWNNAME;
+  const ItemNames& items = kItemNames[static_cast<std::size_t>(source)];
+  ScopedItem name_item(view.get(), items.name);
+  ScopedItem value_item(view.get(), items.value);
+  RETURN_IF_FAILED(name_item.set(korlib::borrowed(name.get())));
+  RETURN_IF_FAILED(value_item.set(value));
+  return process_nested(*params[1]);
+}

@@ -1,0 +1,74 @@
+// From a mark's type character to its handler, and what a failing mark is reported as.
+#include <korlib/winapi.h>
+
+#include "frame/error.h"
+#include "page/mirt_impl.h"
+#include "page/text.h"
+
+namespace {
+
+using Self = GIMirtImpl<IMirt>;
+
+constexpr VARIANT_BOOL kEncoded = VARIANT_TRUE;
+constexpr VARIANT_BOOL kRaw = VARIANT_FALSE;
+
+// The platform's words for the code, none where it has none, and the mark behind them.
+HRESULT report_with_mark(HRESULT hr, const CMarkData& mark) {
+  constexpr DWORD kCapacity = 1280;
+  wchar_t words[kCapacity] = {};
+  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                      static_cast<DWORD>(hr), LOCALE_SYSTEM_DEFAULT, words, kCapacity, nullptr);
+  const std::wstring_view system_text(words, length < kCapacity ? length : kCapacity - 1);
+  const CComBSTR text = page::join({system_text, L"[(#", {&mark.Type, 1}, mark.Name.view(), L"#)]"});
+  return RaiseError(hr, L"Mirt", text ? text.get() : L"");
+}
+
+}  // namespace
+
+HRESULT Self::OnMarked(CMarkData& mark) {
+  const HRESULT hr = dispatch_mark(mark);
+  // Who fails with E_FAIL has raised words of its own.
+  if (SUCCEEDED(hr) || hr == E_FAIL) return hr;
+  return report_with_mark(hr, mark);
+}
+
+HRESULT Self::dispatch_mark(CMarkData& mark) {
+  switch (mark.Type) {
+    case L'%':
+      return OnMarked_Process(mark);
+    case L';':
+      return OnMarked_Property(mark, kEncoded);
+    case L':':
+      return OnMarked_Property(mark, kRaw);
+    case L'*':
+      return OnMarked_View(mark, kEncoded);
+    case L'/':
+      return OnMarked_View(mark, kRaw);
+    case L'=':
+      return OnMarked_Session(mark, kEncoded);
+    case L'~':
+      return OnMarked_Session(mark, kRaw);
+    case L'+':
+      return OnMarked_Application(mark, kEncoded);
+    case L'-':
+      return OnMarked_Application(mark, kRaw);
+    case L'$':
+      return OnMarked_Request(mark, kEncoded);
+    case L'\\':
+      return OnMarked_Request(mark, kRaw);
+    case L'&':
+      return OnMarked_Bag(mark, kEncoded);
+    case L'|':
+      return OnMarked_Bag(mark, kRaw);
+    case L'!':
+      return OnMarked_Command(mark, kEncoded);
+    case L'?':
+      return OnMarked_Command(mark, kRaw);
+    case L'`':
+      return OnMarked_ChildStatic(mark);
+    case L'@':
+      return OnMarked_ChildDynamic(mark);
+    default:
+      return S_OK;
+  }
+}

@@ -1,0 +1,204 @@
+// GIMirtImpl: the page controller.
+//
+// The members of its interface are told in mirt/mirt.h. This class keeps the state and the order of
+// things; the bodies lie beside it, one file a noun: properties.cpp, steps.cpp, mark_dispatch.cpp,
+// value_marks.cpp, draw_events.cpp, input_drawers.cpp, messages.cpp, template_files.cpp, output.cpp,
+// links.cpp, request.cpp, put_into.cpp, factories.cpp.
+//
+// A script function that is called from here may call back into any member, change any property, run
+// Process again, or give up the last reference to the controller. Members therefore hold themselves and
+// whatever they use by a reference of their own for the time of the call, and read properties anew
+// after it.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include <korlib/comvariant.h>
+#include <korlib/dictionary.h>
+#include <korlib/ptr.h>
+
+#include "frame/intrinsics.h"
+#include "page/lifecycle.h"
+#include "page/message_store.h"
+#include "page/mirt_session.h"
+#include "templator/templator_concept.h"
+#include "utility/utility_impl.h"
+
+template <class Interface>
+class GIMirtImpl;
+
+// The only one there is; written as a specialisation so that its members are ordinary functions.
+template <>
+class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, private CTemplatorConcept {
+ public:
+  GIMirtImpl();
+
+  // Binds the controller to a request: its objects, and the Response as output. The class object calls
+  // it on activation.
+  HRESULT InContext(IGetContextProperties* context);
+
+  STDMETHODIMP get_Bag(IDispatch** bag) override;
+  STDMETHODIMP putref_Script(IDispatch* script) override;
+  STDMETHODIMP get_Script(IDispatch** script) override;
+  STDMETHODIMP put_Command(BSTR value) override;
+  STDMETHODIMP get_Command(BSTR* value) override;
+  STDMETHODIMP put_Template(BSTR value) override;
+  STDMETHODIMP get_Template(BSTR* value) override;
+  STDMETHODIMP put_TemplateFolder(BSTR value) override;
+  STDMETHODIMP get_TemplateFolder(BSTR* value) override;
+  STDMETHODIMP put_TemplateExt(BSTR value) override;
+  STDMETHODIMP get_TemplateExt(BSTR* value) override;
+  STDMETHODIMP put_TemplateCharset(BSTR value) override;
+  STDMETHODIMP get_TemplateCharset(BSTR* value) override;
+  STDMETHODIMP put_DefaultTemplate(BSTR value) override;
+  STDMETHODIMP get_DefaultTemplate(BSTR* value) override;
+  STDMETHODIMP put_TemplatePermissionPath(BSTR value) override;
+  STDMETHODIMP get_TemplatePermissionPath(BSTR* value) override;
+  STDMETHODIMP put_CommandName(BSTR value) override;
+  STDMETHODIMP get_CommandName(BSTR* value) override;
+  STDMETHODIMP putref_Output(IUnknown* sink) override;
+  STDMETHODIMP get_Output(IUnknown** sink) override;
+  STDMETHODIMP get_View(IDispatch** view) override;
+  STDMETHODIMP get_Include(IDispatch** include) override;
+  STDMETHODIMP get_Request(IDispatch** request) override;
+  STDMETHODIMP put_Name(BSTR value) override;
+  STDMETHODIMP get_Name(BSTR* value) override;
+  STDMETHODIMP put_Backable(VARIANT_BOOL value) override;
+  STDMETHODIMP get_Backable(VARIANT_BOOL* value) override;
+  STDMETHODIMP put_NullIsEmpty(VARIANT_BOOL value) override;
+  STDMETHODIMP get_NullIsEmpty(VARIANT_BOOL* value) override;
+  STDMETHODIMP put_SubmitDecodeOnPutInto(VARIANT_BOOL value) override;
+  STDMETHODIMP get_SubmitDecodeOnPutInto(VARIANT_BOOL* value) override;
+  STDMETHODIMP put_CacheTemplate(VARIANT_BOOL value) override;
+  STDMETHODIMP get_CacheTemplate(VARIANT_BOOL* value) override;
+  STDMETHODIMP put_SelfEncode(VARIANT_BOOL value) override;
+  STDMETHODIMP get_SelfEncode(VARIANT_BOOL* value) override;
+  STDMETHODIMP AddScript(IDispatch* script) override;
+  STDMETHODIMP PutIntoBag(BSTR name, VARIANT_BOOL as_array) override;
+  STDMETHODIMP PutIntoView(BSTR name, VARIANT_BOOL as_array) override;
+  STDMETHODIMP PutIntoProp(BSTR name, VARIANT_BOOL as_array) override;
+  STDMETHODIMP Write(BSTR text, VARIANT_BOOL encode) override;
+  STDMETHODIMP Abandon() override;
+  STDMETHODIMP AddLog(BSTR first, BSTR second) override;
+  STDMETHODIMP FireEvent(BSTR name, VARIANT* argument, VARIANT* result, VARIANT_BOOL* exists) override;
+  STDMETHODIMP AddMessage(VARIANT* message, BSTR key) override;
+  STDMETHODIMP MessageExists(VARIANT* key, VARIANT_BOOL* exists) override;
+  STDMETHODIMP ProcessTemplate(BSTR text) override;
+  STDMETHODIMP Process() override;
+  STDMETHODIMP ToArray(IDispatch* collection, SAFEARRAY** array) override;
+  STDMETHODIMP ToCommand(BSTR command, BSTR* link) override;
+  STDMETHODIMP ToParameter(BSTR name, BSTR value, BSTR* parameter) override;
+  STDMETHODIMP Redirect(BSTR url) override;
+  STDMETHODIMP DrawTemplate(BSTR name) override;
+  STDMETHODIMP NewADOCommand(VARIANT* connection, BSTR text, LONG type, IDispatch** command) override;
+  STDMETHODIMP NewTemplator(BSTR prefix, IMirtedTemplator** templator) override;
+  STDMETHODIMP NewMail(BSTR server, LONG port, IDispatch** mail) override;
+
+ protected:
+  ~GIMirtImpl() = default;
+
+  virtual HRESULT On_StartMirtSession(bool& go_on);
+  virtual HRESULT On_EndMirtSession(bool& go_on);
+  HRESULT On_StartProcess(bool& go_on) override;
+  HRESULT On_EndProcess(bool& go_on) override;
+  HRESULT On_StartDraw(bool& go_on) override;
+  HRESULT On_StartCommand(bool& go_on) override;
+  HRESULT On_EndCommand(bool& go_on) override;
+  HRESULT Command(bool& handled) override;
+  HRESULT Draw(bool& handled) override;
+  HRESULT OnMarked(CMarkData& mark) override;
+  // Copies one request field, or all when `name` is empty, into `target`; into the script's variables
+  // when that is null.
+  virtual HRESULT PutInto(IKorLibDictionary* target, BSTR name, VARIANT_BOOL as_array);
+
+ private:
+  // Where an input drawer finds the value that is bound to a name.
+  enum class Source { kBag, kView, kScript };
+  // A draw event that needs no script function.
+  struct BuiltIn {
+    std::wstring_view name;
+    std::size_t least, most;  // arguments
+    HRESULT (GIMirtImpl::*draw)(Source source, const MarkParams& params);
+    Source source;
+  };
+
+  // steps.cpp
+  HRESULT make_dictionaries();
+  HRESULT bind_session();
+  HRESULT start_session();
+  HRESULT read_command();
+
+  // request.cpp
+  HRESULT InitMultipartForm();
+  HRESULT server_variable(const wchar_t* name, CComVariant* text);
+  HRESULT get_session_bag(CComPtr<IKorLibDictionary>* bag);
+  HRESULT command_field(CComBSTR* name);
+
+  // put_into.cpp
+  HRESULT put_field(ZeltoTypeLibrary::IRequestDictionary* fields, IKorLibDictionary* target, BSTR name, bool as_array);
+  HRESULT put_all_fields(ZeltoTypeLibrary::IRequestDictionary* fields, IKorLibDictionary* target);
+  HRESULT field_as_array(IDispatch* field, CComVariant* value);
+  HRESULT store_field(IKorLibDictionary* target, BSTR name, VARIANT* value);
+
+  // mark_dispatch.cpp
+  HRESULT dispatch_mark(CMarkData& mark);
+
+  // value_marks.cpp
+  HRESULT OnMarked_Property(CMarkData& mark, VARIANT_BOOL encode);
+  HRESULT OnMarked_View(CMarkData& mark, VARIANT_BOOL encode);
+  HRESULT OnMarked_Session(CMarkData& mark, VARIANT_BOOL encode);
+  HRESULT OnMarked_Application(CMarkData& mark, VARIANT_BOOL encode);
+  HRESULT OnMarked_Bag(CMarkData& mark, VARIANT_BOOL encode);
+  HRESULT OnMarked_Request(CMarkData& mark, VARIANT_BOOL encode);
+  HRESULT OnMarked_Command(CMarkData& mark, VARIANT_BOOL encode);
+  HRESULT OnMarked_ChildStatic(CMarkData& mark);
+  HRESULT OnMarked_ChildDynamic(CMarkData& mark);
+  HRESULT write_value(VARIANT* value, const MarkParams* path, VARIANT_BOOL encode);
+
+  // draw_events.cpp
+  HRESULT OnMarked_Process(CMarkData& mark);
+  static std::span<const BuiltIn> built_ins();
+  HRESULT process_nested(const std::wstringstream& text);
+  HRESULT process_nested(BSTR text);
+
+  // input_drawers.cpp
+  HRESULT draw_input_default(Source source, const MarkParams& params);
+  HRESULT draw_input(Source source, const MarkParams& params);
+  HRESULT draw_default(Source source, const MarkParams& params);
+  HRESULT bound_value(Source source, BSTR name, CComVariant* value, bool* exists);
+  HRESULT is_bound(Source source, BSTR name, std::wstring_view input, bool* matches);
+
+  // messages.cpp
+  HRESULT draw_message(Source source, const MarkParams& params);
+  HRESULT draw_message_text(Source source, const MarkParams& params);
+
+  // template_files.cpp
+  HRESULT draw_file(BSTR name);
+  HRESULT draw_instead_of(std::wstring_view path);
+  HRESULT draw_text(const CComBSTR& path, BSTR text);
+  HRESULT draw_cached(const CComBSTR& path, BSTR text);
+
+  CComBSTR draw_prefix_;
+  CComPtr<IKorLibDictionary> view_;  // these two while Process runs
+  CComPtr<IKorLibDictionary> include_;
+  CComBSTR command_name_;
+  CComBSTR name_;
+  bool backable_ = true;
+  CComBSTR default_template_;
+  CComBSTR template_permission_path_;
+  CComPtr<ZeltoTypeLibrary::IRequestDictionary> multipart_form_;
+  CComPtr<IMirtSession> session_;
+  bool null_is_empty_ = false;
+  bool submit_decode_on_put_into_ = false;
+  bool cache_template_ = true;
+  bool self_encode_ = false;
+  mirt::Intrinsics asp_;
+  CComBSTR template_folder_;
+  CComBSTR template_ext_;
+  CComBSTR template_charset_;
+  CComBSTR current_template_path_;  // of the template file being drawn, else empty
+  page::MessageStore messages_;
+  const VARIANT* current_message_ = nullptr;  // while one is being drawn
+  unsigned nesting_ = 0;                      // of texts drawn by marks
+};

@@ -1,0 +1,84 @@
+#include "page/mirt_session.h"
+
+#include <cwchar>
+
+#include <korlib/activation.h>
+#include <korlib/bstr.h>
+#include <korlib/winapi.h>
+
+#include "frame/globals.h"
+#include "page/command_key.h"
+#include "page/text.h"
+
+namespace {
+
+// Whether a QueryInterface means the private interface (or plain IUnknown). Reads *ppv.
+bool is_accepted(REFIID riid, void* const* ppv) {
+  if (riid == IID_IUnknown) return true;
+  if (riid != IID_NULL) return false;
+  const auto* name = static_cast<const wchar_t*>(*ppv);
+  return !name || !*name || std::wcscmp(name, L"IMirtSession") == 0;
+}
+
+HRESULT query(IMirtSession* session, REFIID riid, void** ppv) {
+  if (!ppv) return E_POINTER;
+  const bool accepted = is_accepted(riid, ppv);
+  *ppv = accepted ? session : nullptr;
+  if (!accepted) return E_NOINTERFACE;
+  session->AddRef();
+  return S_OK;
+}
+
+}  // namespace
+
+CMirtSession::CMirtSession() : key_(page::draw_command_key()) {
+  InterlockedIncrement(&g_nRefCount);
+  if (FAILED(CoCreateInstance(CLSID_ScriptingDictionary, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
+                              korlib::iid_of<IKorLibDictionary>, bag_.put_void())))
+    bag_.reset();
+}
+
+CMirtSession::~CMirtSession() {
+  bag_.reset();
+  InterlockedDecrement(&g_nRefCount);
+}
+
+HRESULT CMirtSession::QueryInterface(REFIID riid, void** ppv) { return query(this, riid, ppv); }
+
+ULONG CMirtSession::AddRef() { return static_cast<ULONG>(++count_); }
+
+ULONG CMirtSession::Release() {
+  const LONGLONG left = --count_;
+  if (left == 0) delete this;
+  return static_cast<ULONG>(left);
+}
+
+HRESULT CMirtSession::get_Bag(IKorLibDictionary** bag) { return bag_.copy_to(bag); }
+
+HRESULT CMirtSession::GetCommandName(BSTR* name) {
+  if (!name) return E_POINTER;
+  *name = page::join({key_, std::to_wstring(counter_)}).detach();
+  return *name ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT CMirtSession::IncrementCommand() {
+  key_ = page::draw_command_key();
+  ++counter_;
+  return S_OK;
+}
+
+HRESULT CMirtSessionNull::QueryInterface(REFIID riid, void** ppv) { return query(this, riid, ppv); }
+
+HRESULT CMirtSessionNull::get_Bag(IKorLibDictionary** bag) {
+  if (bag) *bag = nullptr;
+  return page::raise({L"Could not get Bag. Please specify property 'Name'."});
+}
+
+HRESULT CMirtSessionNull::GetCommandName(BSTR* name) {
+  if (name) *name = nullptr;
+  return page::raise({L"Could not get Command Name. Please specify property 'Name'."});
+}
+
+HRESULT CMirtSessionNull::IncrementCommand() {
+  return page::raise({L"Could not increment Command. Please specify property 'Name'."});
+}

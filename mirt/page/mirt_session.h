@@ -1,0 +1,57 @@
+// What a page keeps from one request to the next: a bag of values and a command key.
+//
+// The object lies in the host's Session under the page's Name, so pages of one Name share it. Its count
+// is plain: the host lets the requests of one session run one after the other.
+#pragma once
+
+#include <string>
+
+#include <korlib/dictionary.h>
+#include <korlib/ptr.h>
+
+// A private interface, asked for by name: QueryInterface with IID_NULL takes *ppv, before it is written,
+// as the wanted name (null, empty or "IMirtSession"). The caller clears the slot first.
+struct IMirtSession : IUnknown {
+  virtual HRESULT get_Bag(IKorLibDictionary** bag) = 0;
+  virtual HRESULT GetCommandName(BSTR* name) = 0;
+  virtual HRESULT IncrementCommand() = 0;
+
+ protected:
+  ~IMirtSession() = default;
+};
+
+class CMirtSession final : public IMirtSession {
+ public:
+  // With a count of one. The bag stays null when the host cannot make a dictionary.
+  CMirtSession();
+  CMirtSession(const CMirtSession&) = delete;
+  CMirtSession& operator=(const CMirtSession&) = delete;
+
+  HRESULT QueryInterface(REFIID riid, void** ppv) override;
+  ULONG AddRef() override;
+  ULONG Release() override;
+  HRESULT get_Bag(IKorLibDictionary** bag) override;
+  HRESULT GetCommandName(BSTR* name) override;
+  HRESULT IncrementCommand() override;
+
+ private:
+  ~CMirtSession();
+
+  LONGLONG count_ = 1;
+  CComPtr<IKorLibDictionary> bag_;
+  std::wstring key_;
+  LONGLONG counter_ = 0;
+};
+
+// Stands in while a page has no Name or the host no Session: every operation asks for the Name.
+class CMirtSessionNull final : public IMirtSession {
+ public:
+  HRESULT QueryInterface(REFIID riid, void** ppv) override;
+  ULONG AddRef() override { return 1; }
+  ULONG Release() override { return 1; }
+  HRESULT get_Bag(IKorLibDictionary** bag) override;
+  HRESULT GetCommandName(BSTR* name) override;
+  HRESULT IncrementCommand() override;
+};
+
+extern KORLIB_API CMirtSessionNull g_oMirtSessionNull;

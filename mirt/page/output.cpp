@@ -1,0 +1,66 @@
+// Text to the output, headers and log lines to the host, and events by name.
+#include "frame/error.h"
+#include "page/mirt_impl.h"
+#include "page/text.h"
+
+namespace {
+
+using Self = GIMirtImpl<IMirt>;
+using ZeltoTypeLibrary::IVariantDictionary;
+
+}  // namespace
+
+STDMETHODIMP Self::Write(BSTR text, VARIANT_BOOL encode) {
+  if (encode == VARIANT_FALSE || SysStringLen(text) == 0) return write_output(text);
+  CComBSTR encoded;
+  if (self_encode_) {
+    RETURN_IF_FAILED(HTMLEncode(text, encoded.put()));
+  } else {
+    if (!asp_.server) return E_FAIL;
+    RETURN_IF_FAILED(asp_.server->HTMLEncode(text, encoded.put()));
+  }
+  return write_output(encoded);
+}
+
+STDMETHODIMP Self::ProcessTemplate(BSTR text) try {
+  const CComPtr<IDispatch> alive(owner_);
+  return CTemplatorConcept::Process(text);
+} catch (...) {
+  return mirt::hresult_from_exception();
+}
+
+STDMETHODIMP Self::Redirect(BSTR url) {
+  if (!asp_.response) return E_FAIL;
+  RETURN_IF_FAILED(asp_.response->put_Status(CComBSTR(L"302 Object moved")));
+  return asp_.response->AddHeader(CComBSTR(L"Location"), url);
+}
+
+STDMETHODIMP Self::AddLog(BSTR first, BSTR second) {
+  if (!asp_.response) return E_FAIL;
+  const CComBSTR line = page::join({L"[", korlib::view_of(first), L":", korlib::view_of(second), L"]"});
+  return line ? asp_.response->AppendToLog(line) : E_OUTOFMEMORY;
+}
+
+STDMETHODIMP Self::Abandon() {
+  if (!asp_.session) return E_FAIL;
+  CComPtr<IVariantDictionary> contents;
+  RETURN_IF_FAILED(asp_.session->get_Contents(contents.put()));
+  if (!contents) return E_FAIL;
+  RETURN_IF_FAILED(contents->Remove(korlib::borrowed(name_.get())));
+  return S_OK;
+}
+
+STDMETHODIMP Self::FireEvent(BSTR name, VARIANT* argument, VARIANT* result, VARIANT_BOOL* exists) try {
+  if (!exists) return E_POINTER;
+  *exists = VARIANT_FALSE;
+  const CComPtr<IDispatch> alive(owner_);
+  CEvent event;
+  const HRESULT found = handler_.GetEvent(name ? name : L"", event);
+  if (found == DISP_E_UNKNOWNNAME) return S_OK;
+  RETURN_IF_FAILED(found);
+  *exists = VARIANT_TRUE;
+  RETURN_IF_FAILED(event.Fire(alive.get(), argument));
+  return result ? VariantCopy(result, &event.result) : S_OK;
+} catch (...) {
+  return mirt::hresult_from_exception();
+}

@@ -1,0 +1,107 @@
+// The controller's making, and the properties that only hold a value.
+#include "frame/error.h"
+#include "page/mirt_impl.h"
+#include "page/text.h"
+
+namespace {
+
+using Self = GIMirtImpl<IMirt>;
+
+HRESULT put(CComBSTR& property, BSTR value) {
+  CComBSTR copy = page::copy_of(value);
+  if (value && !copy) return E_OUTOFMEMORY;
+  property = std::move(copy);
+  return S_OK;
+}
+
+HRESULT get(const CComBSTR& property, BSTR* value) {
+  if (!value) return E_POINTER;
+  *value = property.copy();
+  return property && !*value ? E_OUTOFMEMORY : S_OK;
+}
+
+// 1 is not True: only what a script's True arrives as.
+HRESULT put(bool& property, VARIANT_BOOL value) {
+  property = value == VARIANT_TRUE;
+  return S_OK;
+}
+
+HRESULT get(bool property, VARIANT_BOOL* value) {
+  if (!value) return E_POINTER;
+  *value = property ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+}
+
+// One character for each row of the mark table.
+constexpr wchar_t kMarkTypes[] = L"%;:*/=~+-$\\&|!?`@";
+
+}  // namespace
+
+Self::GIMirtImpl()
+    : CMirtConcept(this),
+      CTemplatorConcept(kMarkTypes),
+      draw_prefix_(L"OnDraw_"),
+      command_name_(L"c"),
+      template_charset_(L"UTF-8") {}
+
+HRESULT Self::InContext(IGetContextProperties* context) {
+  RETURN_IF_FAILED(asp_.take_from(context));
+  CComPtr<IUnknown> output;
+  RETURN_IF_FAILED(asp_.response.query(output.put()));
+  return CTemplatorConcept::putref_Output(output.get());
+}
+
+STDMETHODIMP Self::AddScript(IDispatch* script) try {
+  handler_.add(script);
+  return S_OK;
+} catch (...) {
+  return mirt::hresult_from_exception();
+}
+
+STDMETHODIMP Self::putref_Script(IDispatch* script) { return AddScript(script); }
+
+STDMETHODIMP Self::get_Script(IDispatch** script) {
+  if (!script) return E_POINTER;
+  IDispatch* last = handler_.last();
+  if (!last) return S_OK;
+  last->AddRef();
+  *script = last;
+  return S_OK;
+}
+
+STDMETHODIMP Self::putref_Output(IUnknown* sink) { return CTemplatorConcept::putref_Output(sink); }
+
+STDMETHODIMP Self::get_Output(IUnknown** sink) {
+  if (!sink) return E_POINTER;
+  return CTemplatorConcept::get_Output(sink);
+}
+
+STDMETHODIMP Self::put_Command(BSTR value) { return put(command_, value); }
+STDMETHODIMP Self::get_Command(BSTR* value) { return get(command_, value); }
+STDMETHODIMP Self::put_Template(BSTR value) { return put(template_, value); }
+STDMETHODIMP Self::get_Template(BSTR* value) { return get(template_, value); }
+STDMETHODIMP Self::put_TemplateFolder(BSTR value) { return put(template_folder_, value); }
+STDMETHODIMP Self::get_TemplateFolder(BSTR* value) { return get(template_folder_, value); }
+STDMETHODIMP Self::put_TemplateExt(BSTR value) { return put(template_ext_, value); }
+STDMETHODIMP Self::get_TemplateExt(BSTR* value) { return get(template_ext_, value); }
+STDMETHODIMP Self::put_TemplateCharset(BSTR value) { return put(template_charset_, value); }
+STDMETHODIMP Self::get_TemplateCharset(BSTR* value) { return get(template_charset_, value); }
+STDMETHODIMP Self::put_DefaultTemplate(BSTR value) { return put(default_template_, value); }
+STDMETHODIMP Self::get_DefaultTemplate(BSTR* value) { return get(default_template_, value); }
+STDMETHODIMP Self::put_TemplatePermissionPath(BSTR value) { return put(template_permission_path_, value); }
+STDMETHODIMP Self::get_TemplatePermissionPath(BSTR* value) { return get(template_permission_path_, value); }
+STDMETHODIMP Self::put_CommandName(BSTR value) { return put(command_name_, value); }
+STDMETHODIMP Self::get_CommandName(BSTR* value) { return get(command_name_, value); }
+STDMETHODIMP Self::put_Name(BSTR value) { return put(name_, value); }
+STDMETHODIMP Self::get_Name(BSTR* value) { return get(name_, value); }
+
+STDMETHODIMP Self::put_Backable(VARIANT_BOOL value) { return put(backable_, value); }
+STDMETHODIMP Self::get_Backable(VARIANT_BOOL* value) { return get(backable_, value); }
+STDMETHODIMP Self::put_NullIsEmpty(VARIANT_BOOL value) { return put(null_is_empty_, value); }
+STDMETHODIMP Self::get_NullIsEmpty(VARIANT_BOOL* value) { return get(null_is_empty_, value); }
+STDMETHODIMP Self::put_SubmitDecodeOnPutInto(VARIANT_BOOL value) { return put(submit_decode_on_put_into_, value); }
+STDMETHODIMP Self::get_SubmitDecodeOnPutInto(VARIANT_BOOL* value) { return get(submit_decode_on_put_into_, value); }
+STDMETHODIMP Self::put_CacheTemplate(VARIANT_BOOL value) { return put(cache_template_, value); }
+STDMETHODIMP Self::get_CacheTemplate(VARIANT_BOOL* value) { return get(cache_template_, value); }
+STDMETHODIMP Self::put_SelfEncode(VARIANT_BOOL value) { return put(self_encode_, value); }
+STDMETHODIMP Self::get_SelfEncode(VARIANT_BOOL* value) { return get(self_encode_, value); }

@@ -1,0 +1,39 @@
+#include "page/text.h"
+
+#include <algorithm>
+#include <cwctype>
+
+#include "frame/error.h"
+
+namespace page {
+
+CComBSTR join(std::initializer_list<std::wstring_view> parts) {
+  std::size_t length = 0;
+  for (const std::wstring_view part : parts) length += part.size();
+  CComBSTR joined;
+  if (length >= kMaxBstrBytes / sizeof(wchar_t)) return joined;
+  joined.attach(SysAllocStringLen(nullptr, static_cast<UINT>(length)));
+  wchar_t* out = joined.get();
+  if (!out) return joined;
+  for (const std::wstring_view part : parts) out = std::copy(part.begin(), part.end(), out);
+  return joined;
+}
+
+CComBSTR copy_of(BSTR text) {
+  CComBSTR copy;
+  if (text) copy.attach(SysAllocStringByteLen(reinterpret_cast<const char*>(text), SysStringByteLen(text)));
+  return copy;
+}
+
+bool equal_ignoring_case(std::wstring_view a, std::wstring_view b) {
+  const auto lower = [](wchar_t c) { return std::towlower(static_cast<std::wint_t>(c)); };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](wchar_t x, wchar_t y) { return x == y || lower(x) == lower(y); });
+}
+
+HRESULT raise(std::initializer_list<std::wstring_view> parts) {
+  const CComBSTR text = join(parts);
+  return RaiseError(E_FAIL, L"Mirt", text ? text.get() : L"");
+}
+
+}  // namespace page
