@@ -1,0 +1,98 @@
+#include "variant/change_type.h"
+
+#include <korlib/ptr.h>
+
+#include "variant/conversion_table.h"
+#include "variant/ownership.h"
+
+namespace korlib::variants {
+
+namespace {
+
+constexpr int kMaxObjectChain = 16;
+
+bool is_object(VARTYPE vt) { return vt == VT_DISPATCH || vt == VT_UNKNOWN; }
+
+bool is_target(VARTYPE vt) {
+  if (vt & VT_BYREF) return false;
+  return is_variant_type(vt);
+}
+
+// An object that has no default member, or one that wants arguments, has no value.
+bool has_no_value(HRESULT hr) {
+  return hr == DISP_E_MEMBERNOTFOUND || hr == DISP_E_UNKNOWNNAME || hr == DISP_E_BADPARAMCOUNT || hr == E_NOTIMPL;
+}
+
+HRESULT default_member(const VARIANT& object, CComVariant* value) {
+  CComPtr<IDispatch> dispatch;
+  if (!object.punkVal || FAILED(object.punkVal->QueryInterface(IID_IDispatch, dispatch.put_void()))) {
+    return DISP_E_TYPEMISMATCH;
+  }
+  DISPPARAMS none{};
+  const WORD flags = DISPATCH_PROPERTYGET | DISPATCH_METHOD;
+  const HRESULT hr =
+      dispatch->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, &none, value->put(), nullptr, nullptr);
+  return has_no_value(hr) ? DISP_E_TYPEMISMATCH : hr;
+}
+
+HRESULT to_interface(const VARIANT& source, VARTYPE vt, VARIANT* target) {
+  if (!is_object(source.vt)) return DISP_E_TYPEMISMATCH;
+  void* object = nullptr;
+  if (source.punkVal) {
+    const IID& iid = vt == VT_DISPATCH ? IID_IDispatch : IID_IUnknown;
+    if (FAILED(source.punkVal->QueryInterface(iid, &object))) return DISP_E_TYPEMISMATCH;
+  }
+  target->vt = vt;
+  target->byref = object;
+  return S_OK;
+}
+
+// `source` is no reference. *target is empty before and, on failure, after.
+HRESULT convert(const VARIANT& source, VARTYPE vt, VARIANT* target) {
+  if (source.vt == vt) return VariantCopy(target, &source);
+  if (is_object(vt)) return to_interface(source, vt, target);
+
+  CComVariant value;
+  if (is_object(source.vt)) {
+    RETURN_IF_FAILED(plain_value(source, &value));
+    return convert(value, vt, target);
+  }
+  if ((source.vt | vt) & VT_ARRAY) return DISP_E_TYPEMISMATCH;
+  const TypeRow& from = row_of(source.vt);
+  const TypeRow& to = row_of(vt);
+  if (!from.load || !to.store) return DISP_E_TYPEMISMATCH;
+  RETURN_IF_FAILED(to.store(from.load(source), target));
+  target->vt = vt;
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT plain_value(const VARIANT& source, CComVariant* value) {
+  RETURN_IF_FAILED(VariantCopyInd(value->put(), &source));
+  for (int i = 0; i < kMaxObjectChain; ++i) {
+    if (!is_object(value->vt)) return S_OK;
+    CComVariant next;
+    RETURN_IF_FAILED(default_member(*value, &next));
+    RETURN_IF_FAILED(VariantCopyInd(value->put(), &next));
+  }
+  return DISP_E_TYPEMISMATCH;
+}
+
+}  // namespace korlib::variants
+
+HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT, VARTYPE vt) try {
+  if (!target || !source) return E_INVALIDARG;
+  if (!korlib::variants::is_target(vt)) return DISP_E_BADVARTYPE;
+  if (target == source && source->vt == vt) return S_OK;
+
+  VARIANT value;
+  RETURN_IF_FAILED(korlib::variants::follow(*source, &value));
+  CComVariant converted;
+  RETURN_IF_FAILED(korlib::variants::convert(value, vt, &converted));
+  RETURN_IF_FAILED(VariantClear(target));
+  converted.detach_to(target);
+  return S_OK;
+} catch (...) {
+  return E_OUTOFMEMORY;  // the only exception here: text does not fit
+}

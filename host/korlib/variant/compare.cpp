@@ -1,0 +1,82 @@
+// VarCmp: the order of values.
+//
+// Empty is 0 beside a number and "" beside text. Any number (a boolean and a date are numbers) comes
+// before any text. Objects are compared by their values. What has no order, such as an array, an omitted
+// argument or a number that is none, is DISP_E_TYPEMISMATCH.
+#include <unicode/uchar.h>
+
+#include <compare>
+
+#include "variant/change_type.h"
+#include "variant/conversion_table.h"
+
+namespace korlib::variants {
+
+namespace {
+
+HRESULT as_result(std::partial_ordering order) {
+  if (order == std::partial_ordering::unordered) return DISP_E_TYPEMISMATCH;
+  if (order < 0) return VARCMP_LT;
+  return order > 0 ? VARCMP_GT : VARCMP_EQ;
+}
+
+std::strong_ordering compare_folded(std::wstring_view left, std::wstring_view right) {
+  const auto fold = [](wchar_t c) { return u_foldCase(static_cast<UChar32>(c), U_FOLD_CASE_DEFAULT); };
+  const std::size_t common = std::min(left.size(), right.size());
+  for (std::size_t i = 0; i < common; ++i) {
+    const auto order = fold(left[i]) <=> fold(right[i]);
+    if (order != 0) return order;
+  }
+  return left.size() <=> right.size();
+}
+
+// Wide enough that every 64-bit integer, double and currency amount keeps its exact value or, for an
+// amount, its order among them.
+long double number_of(const Scalar& value) {
+  switch (value.form) {
+    case Form::kReal:
+    case Form::kSingle:
+    case Form::kDate:
+      return value.real;
+    case Form::kCurrency:
+      return static_cast<long double>(value.integer) / kCurrencyUnit;
+    default:
+      return static_cast<long double>(value.integer);
+  }
+}
+
+std::partial_ordering compare(const Scalar& left, const Scalar& right, ULONG flags) {
+  const bool left_is_text = left.form == Form::kText;
+  const bool right_is_text = right.form == Form::kText;
+  if (!left_is_text && !right_is_text) return number_of(left) <=> number_of(right);
+  const bool both_read_as_text =
+      (left_is_text || left.form == Form::kEmpty) && (right_is_text || right.form == Form::kEmpty);
+  if (!both_read_as_text) return left_is_text ? std::partial_ordering::greater : std::partial_ordering::less;
+  return flags & NORM_IGNORECASE ? compare_folded(left.text, right.text) : left.text <=> right.text;
+}
+
+HRESULT load(const VARIANT& value, Scalar* scalar) {
+  const TypeRow& row = row_of(value.vt);
+  if (!row.load) return DISP_E_TYPEMISMATCH;
+  *scalar = row.load(value);
+  return S_OK;
+}
+
+}  // namespace
+
+}  // namespace korlib::variants
+
+HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID, ULONG flags) {
+  using namespace korlib::variants;
+  if (!left || !right) return E_INVALIDARG;
+  CComVariant left_value;
+  CComVariant right_value;
+  RETURN_IF_FAILED(plain_value(*left, &left_value));
+  RETURN_IF_FAILED(plain_value(*right, &right_value));
+  if (left_value.vt == VT_NULL || right_value.vt == VT_NULL) return VARCMP_NULL;
+  Scalar a;
+  Scalar b;
+  RETURN_IF_FAILED(load(left_value, &a));
+  RETURN_IF_FAILED(load(right_value, &b));
+  return as_result(compare(a, b, flags));
+}

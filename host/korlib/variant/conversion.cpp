@@ -1,0 +1,183 @@
+#include "variant/conversion.h"
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include <korlib/bstr.h>
+
+#include "variant/date_text.h"
+#include "variant/number_text.h"
+
+namespace korlib::variants {
+
+namespace {
+
+constexpr double kBeyond64Bits = 18446744073709551616.0;
+
+HRESULT rounded(long double value, Wide* integer) {
+  // NaN fails the comparison as well.
+  if (!(std::abs(value) < kBeyond64Bits)) return DISP_E_OVERFLOW;
+  *integer = static_cast<Wide>(std::nearbyint(value));
+  return S_OK;
+}
+
+Wide divided_half_to_even(Wide value, Wide divisor) {
+  const Wide quotient = value / divisor;
+  const Wide remainder = value % divisor;
+  const Wide twice = 2 * (remainder < 0 ? -remainder : remainder);
+  const bool rounds_away = twice > divisor || (twice == divisor && quotient % 2 != 0);
+  if (!rounds_away) return quotient;
+  return value < 0 ? quotient - 1 : quotient + 1;
+}
+
+bool equals_word(std::wstring_view text, std::wstring_view lower) {
+  if (text.size() != lower.size()) return false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const wchar_t c = text[i] >= L'A' && text[i] <= L'Z' ? static_cast<wchar_t>(text[i] | 0x20) : text[i];
+    if (c != lower[i]) return false;
+  }
+  return true;
+}
+
+HRESULT plain_text(const Scalar& value, std::string* text) {
+  switch (value.form) {
+    case Form::kInteger:
+      *text = integer_text(value.integer);
+      return S_OK;
+    case Form::kBoolean:
+      *text = value.integer ? "True" : "False";
+      return S_OK;
+    case Form::kCurrency:
+      *text = currency_text(static_cast<LONGLONG>(value.integer));
+      return S_OK;
+    case Form::kReal:
+      *text = real_text(value.real);
+      return S_OK;
+    case Form::kSingle:
+      *text = single_text(static_cast<float>(value.real));
+      return S_OK;
+    case Form::kDate:
+      return date_text(value.real, text);
+    case Form::kEmpty:
+    case Form::kText:
+      break;
+  }
+  text->clear();
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT to_integer(const Scalar& value, Wide* integer) {
+  *integer = 0;
+  switch (value.form) {
+    case Form::kEmpty:
+      return S_OK;
+    case Form::kInteger:
+    case Form::kBoolean:
+      *integer = value.integer;
+      return S_OK;
+    case Form::kCurrency:
+      *integer = divided_half_to_even(value.integer, kCurrencyUnit);
+      return S_OK;
+    case Form::kReal:
+    case Form::kSingle:
+    case Form::kDate:
+      return rounded(value.real, integer);
+    case Form::kText:
+      break;
+  }
+  Scalar number;
+  RETURN_IF_FAILED(parse_number(value.text, &number));
+  return to_integer(number, integer);
+}
+
+HRESULT to_real(const Scalar& value, double* real) {
+  *real = 0;
+  switch (value.form) {
+    case Form::kEmpty:
+      return S_OK;
+    case Form::kInteger:
+    case Form::kBoolean:
+      *real = static_cast<double>(value.integer);
+      return S_OK;
+    case Form::kCurrency:
+      *real = static_cast<double>(value.integer) / kCurrencyUnit;
+      return S_OK;
+    case Form::kReal:
+    case Form::kSingle:
+    case Form::kDate:
+      *real = value.real;
+      return S_OK;
+    case Form::kText:
+      break;
+  }
+  Scalar number;
+  RETURN_IF_FAILED(parse_number(value.text, &number));
+  return to_real(number, real);
+}
+
+HRESULT to_currency(const Scalar& value, LONGLONG* ten_thousandths) {
+  *ten_thousandths = 0;
+  Wide units = 0;
+  switch (value.form) {
+    case Form::kCurrency:
+      units = value.integer;
+      break;
+    case Form::kReal:
+    case Form::kSingle:
+    case Form::kDate:
+      RETURN_IF_FAILED(rounded(static_cast<long double>(value.real) * kCurrencyUnit, &units));
+      break;
+    case Form::kText:
+      RETURN_IF_FAILED(parse_currency(value.text, &units));
+      break;
+    case Form::kEmpty:
+    case Form::kInteger:
+    case Form::kBoolean:
+      units = value.integer * kCurrencyUnit;
+      break;
+  }
+  using Limits = std::numeric_limits<LONGLONG>;
+  if (units < Limits::min() || units > Limits::max()) return DISP_E_OVERFLOW;
+  *ten_thousandths = static_cast<LONGLONG>(units);
+  return S_OK;
+}
+
+HRESULT to_date(const Scalar& value, DATE* date) {
+  if (value.form == Form::kText) return parse_date(value.text, date);
+  RETURN_IF_FAILED(to_real(value, date));
+  if (is_date(*date)) return S_OK;
+  *date = 0;
+  return DISP_E_OVERFLOW;
+}
+
+HRESULT to_boolean(const Scalar& value, bool* boolean) {
+  *boolean = false;
+  if (value.form == Form::kText) {
+    const std::wstring_view word = trimmed(value.text);
+    *boolean = equals_word(word, L"true");
+    if (*boolean || equals_word(word, L"false")) return S_OK;
+  }
+  double real = 0;
+  RETURN_IF_FAILED(to_real(value, &real));
+  *boolean = real != 0;
+  return S_OK;
+}
+
+HRESULT to_text(const Scalar& value, BSTR* text) {
+  *text = nullptr;
+  std::wstring wide;
+  if (value.form == Form::kText) {
+    wide = value.text;
+  } else {
+    std::string plain;
+    RETURN_IF_FAILED(plain_text(value, &plain));
+    wide.assign(plain.begin(), plain.end());
+  }
+  *text = SysAllocStringLen(wide.c_str(), static_cast<UINT>(wide.size()));
+  return *text ? S_OK : E_OUTOFMEMORY;
+}
+
+}  // namespace korlib::variants

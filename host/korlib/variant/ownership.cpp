@@ -1,0 +1,124 @@
+// Making, clearing and copying VARIANTs.
+#include "variant/ownership.h"
+
+#include <cstring>
+
+#include <korlib/unknown.h>
+
+#include "arrays/elements.h"
+
+namespace korlib::variants {
+
+namespace {
+
+constexpr VARTYPE kModifiers = VT_ARRAY | VT_BYREF;
+
+constexpr VARTYPE base_of(VARTYPE vt) { return static_cast<VARTYPE>(vt & ~kModifiers); }
+
+HRESULT copy_bits(const VARIANT& source, VARIANT* target) {
+  target->vt = source.vt;
+  target->llVal = source.llVal;
+  return S_OK;
+}
+
+HRESULT copy_array(const VARIANT& source, VARIANT* target) {
+  SAFEARRAY* copy = nullptr;
+  if (source.parray) RETURN_IF_FAILED(SafeArrayCopy(source.parray, &copy));
+  target->vt = source.vt;
+  target->parray = copy;
+  return S_OK;
+}
+
+HRESULT copy_text(const VARIANT& source, VARIANT* target) {
+  BSTR copy = nullptr;
+  if (source.bstrVal) {
+    copy = SysAllocStringByteLen(reinterpret_cast<const char*>(source.bstrVal), SysStringByteLen(source.bstrVal));
+    if (!copy) return E_OUTOFMEMORY;
+  }
+  target->vt = VT_BSTR;
+  target->bstrVal = copy;
+  return S_OK;
+}
+
+// Into a target that owns nothing; a failure leaves it as it was.
+HRESULT copy_value(const VARIANT& source, VARIANT* target) {
+  if (!is_variant_type(source.vt)) return DISP_E_BADVARTYPE;
+  if (source.vt & VT_BYREF) return copy_bits(source, target);
+  if (source.vt & VT_ARRAY) return copy_array(source, target);
+  if (source.vt == VT_BSTR) return copy_text(source, target);
+  // An IDispatch begins as IUnknown does.
+  const bool is_object = source.vt == VT_DISPATCH || source.vt == VT_UNKNOWN;
+  if (is_object && source.punkVal) source.punkVal->AddRef();
+  return copy_bits(source, target);
+}
+
+HRESULT replace(VARIANT* target, const VARIANT& source) {
+  // Copied before the target is cleared: the source may lie in an array that the target owns.
+  VARIANT copy;
+  VariantInit(&copy);
+  RETURN_IF_FAILED(copy_value(source, &copy));
+  const HRESULT hr = VariantClear(target);
+  if (FAILED(hr)) {
+    VariantClear(&copy);
+    return hr;
+  }
+  return copy_bits(copy, target);
+}
+
+}  // namespace
+
+bool is_variant_type(VARTYPE vt) {
+  const VARTYPE base = base_of(vt);
+  if (base == VT_EMPTY || base == VT_NULL) return vt == base;
+  if (base == VT_VARIANT) return vt != base;
+  return arrays::element_size(base) != 0;
+}
+
+HRESULT follow(const VARIANT& source, VARIANT* value) {
+  VariantInit(value);
+  if (!is_variant_type(source.vt)) return DISP_E_BADVARTYPE;
+  if (!(source.vt & VT_BYREF)) return copy_bits(source, value);
+  if (!source.byref) return E_INVALIDARG;
+  if (source.vt == (VT_BYREF | VT_VARIANT)) {
+    const VARIANT& inner = *source.pvarVal;
+    return inner.vt == source.vt ? E_INVALIDARG : follow(inner, value);
+  }
+  value->vt = static_cast<VARTYPE>(source.vt & ~VT_BYREF);
+  const std::size_t size = source.vt & VT_ARRAY ? sizeof(SAFEARRAY*) : arrays::element_size(value->vt);
+  std::memcpy(&value->llVal, source.byref, size);
+  return S_OK;
+}
+
+}  // namespace korlib::variants
+
+void VariantInit(VARIANT* v) {
+  if (!v) return;
+  v->vt = VT_EMPTY;
+  v->wReserved1 = v->wReserved2 = v->wReserved3 = 0;
+  v->llVal = 0;
+}
+
+HRESULT VariantClear(VARIANT* v) {
+  if (!v) return E_INVALIDARG;
+  if (!korlib::variants::is_variant_type(v->vt)) return DISP_E_BADVARTYPE;
+  const VARIANT old = *v;
+  if ((old.vt & VT_ARRAY) && !(old.vt & VT_BYREF)) RETURN_IF_FAILED(SafeArrayDestroy(old.parray));
+  // Empty before anything is released: a destructor that comes back here finds nothing twice.
+  VariantInit(v);
+  if (old.vt == VT_BSTR) SysFreeString(old.bstrVal);
+  const bool is_object = old.vt == VT_DISPATCH || old.vt == VT_UNKNOWN;
+  if (is_object && old.punkVal) old.punkVal->Release();
+  return S_OK;
+}
+
+HRESULT VariantCopy(VARIANT* target, const VARIANT* source) {
+  if (!target || !source) return E_INVALIDARG;
+  return target == source ? S_OK : korlib::variants::replace(target, *source);
+}
+
+HRESULT VariantCopyInd(VARIANT* target, const VARIANT* source) {
+  if (!target || !source) return E_INVALIDARG;
+  VARIANT value;
+  RETURN_IF_FAILED(korlib::variants::follow(*source, &value));
+  return target == source && !(source->vt & VT_BYREF) ? S_OK : korlib::variants::replace(target, value);
+}
