@@ -1,0 +1,45 @@
+// Letter case and characters as HTTP has them: ASCII only, whatever the locale.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace zelto {
+
+constexpr char ascii_lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+constexpr bool same_text(std::string_view a, std::string_view b) {
+  return std::ranges::equal(a, b, {}, ascii_lower, ascii_lower);
+}
+
+inline std::string lower_text(std::string_view text) {
+  std::string lowered(text);
+  std::ranges::transform(lowered, lowered.begin(), ascii_lower);
+  return lowered;
+}
+
+constexpr std::string_view trim_blanks(std::string_view text) {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+  return text;
+}
+
+constexpr int hex_value(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  const char lowered = ascii_lower(c);
+  return lowered >= 'a' && lowered <= 'f' ? lowered - 'a' + 10 : -1;
+}
+
+// Calls `each` with every element of a comma-separated list, blanks trimmed, empty ones left out.
+template <class Each>
+void for_each_element(std::string_view list, Each each) {
+  while (!list.empty()) {
+    const auto comma = std::min(list.find(','), list.size());
+    const std::string_view element = trim_blanks(list.substr(0, comma));
+    if (!element.empty()) each(element);
+    list.remove_prefix(std::min(comma + 1, list.size()));
+  }
+}
+
+}  // namespace zelto

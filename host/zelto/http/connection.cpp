@@ -1,0 +1,394 @@
+#include "http/connection.h"
+
+#include <sys/sendfile.h>
+#include <sys/socket.h>
+
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/write.hpp>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "http/framing.h"
+#include "http/static_files.h"
+
+namespace zelto {
+
+namespace asio = boost::asio;
+
+namespace {
+
+constexpr std::size_t kReadSize = std::size_t{16} * 1024;
+constexpr std::size_t kBodyReadSize = std::size_t{64} * 1024;
+constexpr std::size_t kFilePass = std::size_t{1024} * 1024;
+constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
+
+constexpr int kOk = 200;
+constexpr int kBadRequest = 400;
+constexpr int kRequestTimeout = 408;
+constexpr int kTargetTooLong = 414;
+constexpr int kHeadTooLarge = 431;
+constexpr int kServerError = 500;
+constexpr int kUnavailable = 503;
+
+}  // namespace
+
+Connection::Connection(Socket socket, ConnectionShared& shared)
+    : socket_(std::move(socket)), timer_(socket_.get_executor()), shared_(shared) {}
+
+Connection::~Connection() { shared_.gone(this); }
+
+void Connection::start() {
+  asio::post(socket_.get_executor(), [self = shared_from_this()] { self->begin(); });
+}
+
+void Connection::begin() {
+  Error ignored;
+  socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
+  scanner_.emplace(limits().header_bytes, limits().header_lines);
+  arm(limits().header_timeout);
+  read_head();
+}
+
+void Connection::answer_busy() {
+  asio::post(socket_.get_executor(), [self = shared_from_this()] {
+    self->fill_record("-");
+    self->answer_plainly(kUnavailable, {{"Retry-After", "5"}}, false);
+  });
+}
+
+void Connection::close_when_idle() {
+  asio::post(socket_.get_executor(), [self = shared_from_this()] {
+    self->last_ = true;
+    if (self->is_idle()) self->close();
+  });
+}
+
+void Connection::abort() {
+  asio::post(socket_.get_executor(), [self = shared_from_this()] {
+    self->aborted_ = true;
+    // The number must stay taken while a worker may write to it.
+    if (self->in_worker_)
+      ::shutdown(self->socket_.native_handle(), SHUT_RDWR);
+    else
+      self->close();
+  });
+}
+
+// --- receiving
+
+void Connection::receive(Step next) {
+  held_ = input_.size();
+  const std::size_t more = phase_ == Phase::kBody ? kBodyReadSize : kReadSize;
+  input_.resize(held_ + more);
+  socket_.async_read_some(asio::buffer(input_.data() + held_, more),
+                          [self = shared_from_this(), next](const Error& error, std::size_t count) {
+                            self->input_.resize(self->held_ + count);
+                            self->on_received(error, next);
+                          });
+}
+
+void Connection::on_received(const Error& error, Step next) {
+  if (phase_ == Phase::kClosed) return;
+  if (timed_out_)
+    refuse(kRequestTimeout);
+  else if (error)
+    close();
+  else
+    (this->*next)();
+}
+
+void Connection::read_head() {
+  // Some clients end a body with a line break too many.
+  while (input_.starts_with("\r\n")) {
+    input_.erase(0, 2);
+    scanner_.emplace(limits().header_bytes, limits().header_lines);
+  }
+  if (input_.empty()) return receive(&Connection::read_head);
+  if (phase_ == Phase::kIdle) {
+    phase_ = Phase::kHead;
+    arm(limits().header_timeout);
+  }
+  switch (scanner_->scan(input_)) {
+    case HeadScanner::Verdict::kMore:
+      return receive(&Connection::read_head);
+    case HeadScanner::Verdict::kComplete:
+      return on_head(scanner_->size());
+    case HeadScanner::Verdict::kTargetTooLong:
+      return refuse(kTargetTooLong);
+    case HeadScanner::Verdict::kTooLarge:
+      return refuse(kHeadTooLarge);
+    case HeadScanner::Verdict::kBareLineFeed:
+    case HeadScanner::Verdict::kFolded:
+      return refuse(kBadRequest);
+  }
+}
+
+void Connection::fill_record(std::string_view request_line) {
+  Error error;
+  const auto remote = socket_.remote_endpoint(error);
+  record_ = AccessRecord();
+  if (!error) record_.remote_address = remote.address().to_string();
+  record_.request_line = request_line;
+  record_.received = std::chrono::system_clock::now();
+  began_ = Clock::now();
+}
+
+void Connection::on_head(std::size_t size) {
+  const std::string_view head = std::string_view(input_).substr(0, size);
+  fill_record(head.substr(0, head.find('\r')));
+  parser_.emplace(limits());
+  const int status = parser_->parse_head(head);
+  input_.erase(0, size);
+  if (status != kOk) return refuse(status);
+  const HttpRequest& request = parser_->request();
+  if (const auto* referer = request.header("Referer")) record_.referer = *referer;
+  if (const auto* agent = request.header("User-Agent")) record_.user_agent = *agent;
+  ++served_;
+  last_ |= !wants_keep_alive(request) || served_ >= limits().keep_alive_requests;
+  if (parser_->needs_body())
+    begin_body();
+  else
+    submit();
+}
+
+void Connection::begin_body() {
+  phase_ = Phase::kBody;
+  body_began_ = Clock::now();
+  body_received_ = 0;
+  if (!expects_continue(parser_->request()) || !input_.empty()) return read_body();
+  std::size_t used = 0;
+  if (parser_->parse_body({}, used) == RequestParser::Progress::kTooLarge) {
+    unread_input_ = true;
+    return submit();
+  }
+  arm(limits().send_timeout);
+  asio::async_write(socket_, asio::buffer(kContinue.data(), kContinue.size()),
+                    [self = shared_from_this()](const Error& error, std::size_t) {
+                      self->on_received(error, &Connection::read_body);
+                    });
+}
+
+void Connection::read_body() {
+  std::size_t used = 0;
+  const auto progress = parser_->parse_body(input_, used);
+  input_.erase(0, used);
+  body_received_ += used;
+  switch (progress) {
+    case RequestParser::Progress::kDone:
+      return submit();
+    case RequestParser::Progress::kBad:
+      return refuse(kBadRequest);
+    case RequestParser::Progress::kTooLarge:
+      unread_input_ = true;
+      return submit();
+    case RequestParser::Progress::kMore:
+      break;
+  }
+  // What is left now is one chunk's line or a trailer.
+  if (input_.size() > limits().header_bytes) return refuse(kBadRequest);
+  if (is_too_slow()) return refuse(kRequestTimeout);
+  arm(limits().body_timeout);
+  receive(&Connection::read_body);
+}
+
+bool Connection::is_too_slow() const {
+  const auto counted = Clock::now() - body_began_ - limits().body_timeout;
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(counted).count();
+  return limits().body_timeout.count() > 0 && seconds > 0 &&
+         body_received_ / static_cast<std::uint64_t>(seconds) < limits().body_rate;
+}
+
+// --- answering
+
+void Connection::submit() {
+  phase_ = Phase::kAnswering;
+  arm(Duration::zero());
+  HttpRequest& request = parser_->request();
+  Error error;
+  const auto local = socket_.local_endpoint(error);
+  if (!error) request.local_address = local.address().to_string();
+  if (!error) request.local_port = local.port();
+  const auto remote = socket_.remote_endpoint(error);
+  request.remote_address = record_.remote_address;
+  if (!error) request.remote_port = remote.port();
+  sink_.reset(socket_.native_handle(), {.head_only = request.method == "HEAD",
+                                        .minor_version = request.minor_version,
+                                        .keep_alive = !last_ && !unread_input_,
+                                        .stopping = &shared_.stopping,
+                                        .send_timeout = limits().send_timeout});
+  in_worker_ = true;
+  if (shared_.pool.submit(shared_from_this())) return;
+  in_worker_ = false;
+  answer_plainly(kUnavailable, {{"Retry-After", "1"}}, !last_ && !unread_input_);
+}
+
+void Connection::run(Worker& worker) noexcept {
+  try {
+    try {
+      worker.handle(std::move(parser_->request()), sink_);
+    } catch (...) {
+      if (sink_.started()) sink_.abandon();
+    }
+    if (!sink_.started()) serve_status(sink_, kServerError, "The page gave no answer.");
+    if (!sink_.finished()) sink_.abandon();
+  } catch (...) {
+    sink_.abandon();
+  }
+  asio::post(socket_.get_executor(), [self = shared_from_this()] { self->on_answered(); });
+}
+
+void Connection::on_answered() {
+  in_worker_ = false;
+  if (aborted_)
+    close();
+  else
+    send_rest();
+}
+
+void Connection::refuse(int status) {
+  timed_out_ = false;
+  if (phase_ == Phase::kHead && record_.request_line.empty())
+    fill_record(std::string_view(input_).substr(0, input_.find_first_of("\r\n")));
+  unread_input_ = true;
+  answer_plainly(status, {}, false);
+}
+
+void Connection::answer_plainly(int status, std::vector<Header> headers, bool keep_alive) {
+  const bool head_only = parser_ && parser_->request().method == "HEAD";
+  sink_.reset(socket_.native_handle(), {.head_only = head_only,
+                                        .keep_alive = keep_alive,
+                                        .stopping = &shared_.stopping,
+                                        .send_timeout = limits().send_timeout});
+  serve_status(sink_, status, {}, std::move(headers));
+  send_rest();
+}
+
+void Connection::send_rest() {
+  phase_ = Phase::kSending;
+  sent_ = 0;
+  send_bytes();
+}
+
+void Connection::send_bytes() {
+  const std::string& bytes = sink_.unsent().bytes;
+  if (sink_.failed()) return on_sent();
+  if (sent_ == bytes.size()) return send_file();
+  arm(limits().send_timeout);
+  socket_.async_write_some(asio::buffer(bytes.data() + sent_, bytes.size() - sent_),
+                           [self = shared_from_this()](const Error& error, std::size_t count) {
+                             self->sent_ += count;
+                             if (error) self->sink_.abandon();
+                             if (self->phase_ != Phase::kClosed) self->send_bytes();
+                           });
+}
+
+void Connection::send_file() {
+  Unsent& rest = sink_.unsent();
+  if (rest.file < 0) return on_sent();
+  std::size_t pass = 0;
+  while (rest.length > 0 && pass < kFilePass) {
+    auto offset = static_cast<off_t>(rest.offset);
+    const auto most = static_cast<std::size_t>(std::min<std::uint64_t>(rest.length, kFilePass));
+    const ssize_t sent = ::sendfile(socket_.native_handle(), rest.file, &offset, most);
+    if (sent < 0 && errno == EINTR) continue;
+    if (sent < 0 && errno == EAGAIN) break;
+    if (sent <= 0) {  // the client has gone, or the file has become shorter
+      sink_.abandon();
+      return on_sent();
+    }
+    rest.offset += static_cast<std::uint64_t>(sent);
+    rest.length -= static_cast<std::uint64_t>(sent);
+    pass += static_cast<std::size_t>(sent);
+  }
+  if (rest.length == 0) return on_sent();
+  arm(limits().send_timeout);
+  socket_.async_wait(Socket::wait_write, [self = shared_from_this()](const Error& error) {
+    if (error) self->sink_.abandon();
+    if (self->phase_ != Phase::kClosed) self->send_file();
+  });
+}
+
+void Connection::on_sent() {
+  record_.status = sink_.status();
+  record_.body_bytes = sink_.body_bytes();
+  record_.note = sink_.note();
+  record_.taken = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - began_);
+  shared_.log(record_);
+  if (sink_.failed())
+    close();
+  else if (last_ || unread_input_ || sink_.must_close())
+    drain();
+  else
+    next_request();
+}
+
+void Connection::next_request() {
+  sink_.reset(-1, {});
+  parser_.reset();
+  record_ = AccessRecord();
+  if (input_.empty() && input_.capacity() > kReadSize) std::string().swap(input_);
+  scanner_.emplace(limits().header_bytes, limits().header_lines);
+  phase_ = Phase::kIdle;
+  arm(limits().keep_alive_timeout);
+  held_ = input_.size();
+  // Through the queue: a client may have sent any number of requests at once.
+  asio::post(socket_.get_executor(), [self = shared_from_this()] {
+    if (self->phase_ == Phase::kIdle) self->read_head();
+  });
+}
+
+// Closing while the client still sends would reset the connection and lose the answer on its way.
+void Connection::drain() {
+  phase_ = Phase::kDraining;
+  sink_.reset(-1, {});
+  Error ignored;
+  socket_.shutdown(Socket::shutdown_send, ignored);
+  arm(limits().drain_timeout);
+  drain_more();
+}
+
+void Connection::drain_more() {
+  input_.clear();
+  receive(&Connection::drain_more);
+}
+
+void Connection::close() {
+  phase_ = Phase::kClosed;
+  timer_.cancel();
+  Error ignored;
+  socket_.close(ignored);
+}
+
+// --- time-outs: one timer, moved only when a deadline comes nearer
+
+void Connection::arm(Duration duration) {
+  deadline_ = duration.count() > 0 ? Clock::now() + duration : Clock::time_point::max();
+  if (deadline_ < timer_at_) watch_deadline();
+}
+
+void Connection::watch_deadline() {
+  timer_at_ = deadline_;
+  timer_.expires_at(timer_at_);
+  timer_.async_wait([self = shared_from_this()](const Error& error) {
+    if (error || self->phase_ == Phase::kClosed) return;
+    self->timer_at_ = Clock::time_point::max();
+    if (self->deadline_ == Clock::time_point::max()) return;
+    if (self->deadline_ > Clock::now())
+      self->watch_deadline();
+    else
+      self->on_timeout();
+  });
+}
+
+void Connection::on_timeout() {
+  deadline_ = Clock::time_point::max();
+  if (is_idle() || phase_ == Phase::kDraining) return close();
+  timed_out_ = phase_ != Phase::kSending;
+  socket_.cancel();  // whatever waits for the client now fails
+}
+
+bool Connection::is_idle() const { return phase_ == Phase::kIdle || (phase_ == Phase::kHead && held_ == 0); }
+
+}  // namespace zelto

@@ -1,0 +1,115 @@
+// One client's connection: reads requests, has them answered, writes what a worker left unsent.
+#pragma once
+
+#include <atomic>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "http/head_scanner.h"
+#include "http/request_parser.h"
+#include "http/server.h"
+#include "http/socket_sink.h"
+#include "http/worker_pool.h"
+
+namespace zelto {
+
+class Connection;
+
+// What all connections of a server share; it outlives them.
+struct ConnectionShared {
+  const ServerOptions& options;
+  WorkerPool& pool;
+  std::function<void(const AccessRecord&)> log;
+  std::function<void(Connection*)> gone;  // called by its destructor
+  std::atomic<bool> stopping = false;
+};
+
+// Runs on its socket's strand, except for run(), which a worker's thread calls while the strand does nothing
+// with the request, the sink or the socket but shut it down.
+class Connection final : public Job, public std::enable_shared_from_this<Connection> {
+ public:
+  using Socket = boost::asio::ip::tcp::socket;
+
+  Connection(Socket socket, ConnectionShared& shared);
+  ~Connection() override;
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  // These may be called from any thread.
+  void start();
+  void answer_busy();  // the server has too many connections: says so and closes
+  void close_when_idle();
+  void abort();
+
+  void run(Worker& worker) noexcept override;
+
+ private:
+  using Error = boost::system::error_code;
+  using Clock = std::chrono::steady_clock;
+  using Duration = HttpLimits::Duration;
+  using Step = void (Connection::*)();
+  enum class Phase { kIdle, kHead, kBody, kAnswering, kSending, kDraining, kClosed };
+
+  void begin();
+  void read_head();
+  void on_head(std::size_t size);
+  void begin_body();
+  void read_body();
+  bool is_too_slow() const;
+  void receive(Step next);
+  void on_received(const Error& error, Step next);
+
+  void fill_record(std::string_view request_line);
+  void submit();
+  void on_answered();
+  void refuse(int status);
+  void answer_plainly(int status, std::vector<Header> headers, bool keep_alive);
+  void send_rest();
+  void send_bytes();
+  void send_file();
+  void on_sent();
+  void next_request();
+  void drain();
+  void drain_more();
+  void close();
+
+  void arm(Duration duration);
+  void watch_deadline();
+  void on_timeout();
+  bool is_idle() const;
+  const HttpLimits& limits() const { return shared_.options.limits; }
+
+  Socket socket_;
+  boost::asio::steady_timer timer_;
+  ConnectionShared& shared_;
+
+  Phase phase_ = Phase::kHead;
+  bool last_ = false;          // close after this answer
+  bool unread_input_ = false;  // the request was answered before it was read to its end
+  bool in_worker_ = false;     // or waiting for one
+  bool aborted_ = false;
+  bool timed_out_ = false;
+  unsigned served_ = 0;
+
+  Clock::time_point deadline_ = Clock::time_point::max();
+  Clock::time_point timer_at_ = Clock::time_point::max();
+  Clock::time_point body_began_;
+  Clock::time_point began_;
+  std::chrono::system_clock::time_point received_at_;
+
+  std::string input_;     // received and not yet consumed, with room behind it while more is awaited
+  std::size_t held_ = 0;  // the part of it that is received, meanwhile
+  std::optional<HeadScanner> scanner_;
+  std::optional<RequestParser> parser_;
+  std::uint64_t body_received_ = 0;
+  AccessRecord record_;
+  SocketSink sink_;
+  std::size_t sent_ = 0;  // of the sink's unsent bytes
+};
+
+}  // namespace zelto

@@ -1,0 +1,94 @@
+#include "http/framing.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "http/ascii.h"
+
+namespace zelto {
+
+namespace {
+
+constexpr int kOk = 200;
+constexpr int kBadRequest = 400;
+constexpr int kExpectationFailed = 417;
+constexpr int kNotImplemented = 501;
+
+std::ptrdiff_t count_of(const HttpRequest& request, std::string_view name) {
+  return std::ranges::count_if(request.headers, [&](const Header& h) { return same_text(h.name, name); });
+}
+
+// True when an element of any header of that name is `wanted`.
+bool has_element(const HttpRequest& request, std::string_view name, std::string_view wanted) {
+  bool found = false;
+  for (const Header& header : request.headers)
+    if (same_text(header.name, name))
+      for_each_element(header.value, [&](std::string_view element) { found |= same_text(element, wanted); });
+  return found;
+}
+
+int check_transfer_coding(const HttpRequest& request) {
+  int chunked = 0;
+  int others = 0;
+  int unknown = 0;
+  bool present = false;
+  for (const Header& header : request.headers) {
+    if (!same_text(header.name, "Transfer-Encoding")) continue;
+    present = true;
+    for_each_element(header.value, [&](std::string_view coding) {
+      if (same_text(coding, "chunked"))
+        ++chunked;
+      else if (same_text(coding, "identity"))
+        ++others;
+      else
+        ++unknown;
+    });
+  }
+  if (!present) return kOk;
+  if (request.minor_version == 0 || request.header("Content-Length")) return kBadRequest;
+  if (unknown > 0) return kNotImplemented;
+  return chunked == 1 && others == 0 ? kOk : kBadRequest;
+}
+
+int check_length(const HttpRequest& request) {
+  if (count_of(request, "Content-Length") > 1) return kBadRequest;
+  const std::string* length = request.header("Content-Length");
+  const auto digit = [](char c) { return c >= '0' && c <= '9'; };
+  return !length || (!length->empty() && std::ranges::all_of(*length, digit)) ? kOk : kBadRequest;
+}
+
+int check_host(const HttpRequest& request) {
+  const auto hosts = count_of(request, "Host");
+  if (hosts > 1 || (hosts == 0 && request.minor_version > 0)) return kBadRequest;
+  if (hosts == 0) return kOk;
+  constexpr std::string_view kNeverInHost = "/\\@?#,;\"'<>(){}|^` \t";
+  const auto bad = [&](char c) {
+    return static_cast<unsigned char>(c) <= ' ' || static_cast<unsigned char>(c) >= 0x7F ||
+           kNeverInHost.find(c) != std::string_view::npos;
+  };
+  return std::ranges::none_of(*request.header("Host"), bad) ? kOk : kBadRequest;
+}
+
+}  // namespace
+
+int check_framing(const HttpRequest& request) {
+  constexpr std::array<std::string_view, 7> kMethods = {"GET", "HEAD", "POST", "PUT", "DELETE", "PATCH", "OPTIONS"};
+  for (const auto check : {check_transfer_coding, check_length, check_host})
+    if (const int status = check(request); status != kOk) return status;
+  if (std::ranges::find(kMethods, request.method) == kMethods.end()) return kNotImplemented;
+  const std::string* expectation = request.minor_version > 0 ? request.header("Expect") : nullptr;
+  return !expectation || same_text(*expectation, "100-continue") ? kOk : kExpectationFailed;
+}
+
+bool wants_keep_alive(const HttpRequest& request) {
+  if (has_element(request, "Connection", "close")) return false;
+  return request.minor_version > 0 || has_element(request, "Connection", "keep-alive");
+}
+
+bool expects_continue(const HttpRequest& request) {
+  const std::string* expectation = request.header("Expect");
+  return expectation && request.minor_version > 0 && same_text(*expectation, "100-continue");
+}
+
+}  // namespace zelto

@@ -1,0 +1,127 @@
+#include "http/request_parser.h"
+
+#include <boost/asio/buffer.hpp>
+#include <boost/beast/http/basic_parser.hpp>
+
+#include "http/framing.h"
+#include "http/target.h"
+
+namespace zelto {
+
+namespace beast = boost::beast;
+namespace http = beast::http;
+
+namespace {
+
+constexpr int kOk = 200;
+constexpr int kBadRequest = 400;
+constexpr int kVersionNotSupported = 505;
+
+std::string to_string(beast::string_view text) { return {text.data(), text.size()}; }
+
+}  // namespace
+
+class RequestParser::Impl : public http::basic_parser<true> {
+ public:
+  explicit Impl(const HttpLimits& limits) : limits_(limits) {
+    body_limit(boost::none);  // ours, below: it must not end the request
+    header_limit(static_cast<std::uint32_t>(limits.header_bytes));
+  }
+
+  HttpRequest request;
+  bool too_large = false;
+
+ private:
+  using Error = beast::error_code;
+
+  void count_body(std::uint64_t more, Error& ec) {
+    request.body_length += more;
+    if (request.body_length <= limits_.body_bytes) return;
+    too_large = request.body_too_large = true;
+    std::string().swap(request.body);
+    ec = http::error::body_limit;
+  }
+
+  void on_request_impl(http::verb /*method*/, beast::string_view method, beast::string_view target, int version,
+                       Error& /*ec*/) override {
+    request.method = to_string(method);
+    request.target = to_string(target);
+    request.minor_version = version % 10;
+  }
+
+  void on_response_impl(int /*code*/, beast::string_view /*reason*/, int /*version*/, Error& /*ec*/) override {}
+
+  void on_field_impl(http::field /*field*/, beast::string_view name, beast::string_view value, Error& /*ec*/) override {
+    // A trailer is read and dropped: nothing that decided anything about the request may come after it.
+    if (!in_trailer_) request.headers.push_back({to_string(name), to_string(value)});
+  }
+
+  void on_header_impl(Error& /*ec*/) override { in_trailer_ = true; }
+
+  void on_body_init_impl(const boost::optional<std::uint64_t>& length, Error& ec) override {
+    if (!length) return;
+    count_body(*length, ec);
+    if (!ec) request.body.reserve(static_cast<std::size_t>(*length));
+  }
+
+  std::size_t on_body_impl(beast::string_view bytes, Error& /*ec*/) override {
+    request.body.append(bytes.data(), bytes.size());
+    return bytes.size();
+  }
+
+  void on_chunk_header_impl(std::uint64_t size, beast::string_view extensions, Error& ec) override {
+    if (extensions.size() > limits_.chunk_extension_bytes)
+      ec = http::error::bad_chunk_extension;
+    else if (size > limits_.body_bytes)  // first, for the sum must not wrap
+      count_body(limits_.body_bytes + 1, ec);
+    else
+      count_body(size, ec);
+  }
+
+  std::size_t on_chunk_body_impl(std::uint64_t /*remain*/, beast::string_view bytes, Error& /*ec*/) override {
+    request.body.append(bytes.data(), bytes.size());
+    return bytes.size();
+  }
+
+  void on_finish_impl(Error& /*ec*/) override {}
+
+  const HttpLimits& limits_;
+  bool in_trailer_ = false;
+};
+
+RequestParser::RequestParser(const HttpLimits& limits) : impl_(std::make_unique<Impl>(limits)) {}
+
+RequestParser::~RequestParser() = default;
+
+int RequestParser::parse_head(std::string_view head) {
+  beast::error_code ec;
+  impl_->put(boost::asio::buffer(head.data(), head.size()), ec);
+  if (ec == http::error::bad_version) return kVersionNotSupported;
+  if (ec || !impl_->is_header_done()) return kBadRequest;
+  HttpRequest& request = impl_->request;
+  if (const int status = check_framing(request); status != kOk) return status;
+  Target target = parse_target(request.target);
+  request.path = std::move(target.path);
+  request.query = std::move(target.query);
+  impl_->eager(true);
+  return target.status;
+}
+
+bool RequestParser::needs_body() const { return !impl_->is_done(); }
+
+RequestParser::Progress RequestParser::parse_body(std::string_view received, std::size_t& used) {
+  used = 0;
+  while (!impl_->is_done()) {
+    beast::error_code ec;
+    used += impl_->put(boost::asio::buffer(received.data() + used, received.size() - used), ec);
+    if (impl_->too_large) return Progress::kTooLarge;
+    if (ec == http::error::need_more) return Progress::kMore;
+    if (ec) return Progress::kBad;
+    if (used == received.size() && !impl_->is_done()) return Progress::kMore;
+  }
+  return Progress::kDone;
+}
+
+HttpRequest& RequestParser::request() { return impl_->request; }
+
+}  // namespace zelto

@@ -1,0 +1,24 @@
+// Writes the head of a response.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "http/message.h"
+
+namespace zelto {
+
+// The standard reason of a status, "Not Found"; "Unknown" for others.
+std::string_view reason_of(int status);
+
+// True for the answers that never have a body.
+constexpr bool is_bodiless(int status) { return status / 100 == 1 || status == 204 || status == 304; }
+
+enum class Framing { kLength, kChunked, kUntilClose, kNone };
+
+// The head as sent, with its empty line. The connection's own headers are written by it alone: those of
+// the same name in `head` are dropped, and so is every header with a CR, LF or NUL in it.
+std::string write_response_head(const ResponseHead& head, Framing framing, std::uint64_t length, bool keep_alive);
+
+}  // namespace zelto

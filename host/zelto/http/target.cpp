@@ -1,0 +1,141 @@
+#include "http/target.h"
+
+#include <optional>
+#include <vector>
+
+#include "http/ascii.h"
+
+namespace zelto {
+
+namespace {
+
+constexpr int kBadRequest = 400;
+constexpr int kNotFound = 404;
+
+// Decodes one segment; nothing when an escape is malformed or stands for a character that no segment has.
+std::optional<std::string> decode_segment(std::string_view segment) {
+  std::string decoded;
+  decoded.reserve(segment.size());
+  for (std::size_t at = 0; at < segment.size(); ++at) {
+    char c = segment[at];
+    if (c == '%') {
+      if (segment.size() - at < 3) return std::nullopt;
+      const int high = hex_value(segment[at + 1]);
+      const int low = hex_value(segment[at + 2]);
+      if (high < 0 || low < 0) return std::nullopt;
+      c = static_cast<char>(high * 16 + low);
+      at += 2;
+      if (c == '/') return std::nullopt;
+    } else if (static_cast<unsigned char>(c) >= 0x80) {
+      return std::nullopt;  // must be sent encoded
+    }
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F || c == '\\') return std::nullopt;
+    decoded += c;
+  }
+  return decoded;
+}
+
+// The length of the well-formed UTF-8 sequence at the front of `text`, 0 when there is none.
+std::size_t sequence_length(std::string_view text) {
+  const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+  const unsigned char lead = byte(0);
+  if (lead < 0x80) return 1;
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
+  for (std::size_t at = 1; at < length; ++at)
+    if ((byte(at) & 0xC0) != 0x80) return 0;
+  const bool overlong = (lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xF0 && byte(1) < 0x90);
+  const bool surrogate = lead == 0xED && byte(1) > 0x9F;
+  const bool beyond = lead == 0xF4 && byte(1) > 0x8F;
+  return overlong || surrogate || beyond ? 0 : length;
+}
+
+bool is_utf8(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = sequence_length(text);
+    if (length == 0) return false;
+    text.remove_prefix(length);
+  }
+  return true;
+}
+
+// Names that other systems map onto an existing file: "page.asp.", "page.asp ", "page.asp::$DATA".
+bool is_alias_name(std::string_view name) {
+  return name.back() == '.' || name.back() == ' ' || name.find(':') != std::string_view::npos;
+}
+
+Target refused(int status) {
+  Target target;
+  target.status = status;
+  return target;
+}
+
+// "http://host/path" without its first part; nothing when it has no authority or another scheme.
+std::optional<std::string_view> without_origin(std::string_view target) {
+  const auto scheme_end = target.find("://");
+  if (scheme_end == std::string_view::npos) return std::nullopt;
+  const std::string_view scheme = target.substr(0, scheme_end);
+  if (!same_text(scheme, "http") && !same_text(scheme, "https")) return std::nullopt;
+  target.remove_prefix(scheme_end + 3);
+  const auto authority_end = target.find_first_of("/?");
+  if (authority_end == 0) return std::nullopt;
+  return authority_end == std::string_view::npos ? std::string_view() : target.substr(authority_end);
+}
+
+}  // namespace
+
+Target parse_target(std::string_view text) {
+  if (text.empty()) return refused(kBadRequest);
+  if (text.front() != '/') {
+    const auto rest = without_origin(text);
+    if (!rest) return refused(kBadRequest);
+    text = *rest;
+  }
+  if (text.find('#') != std::string_view::npos) return refused(kBadRequest);
+  Target target;
+  const auto question = text.find('?');
+  if (question != std::string_view::npos) target.query = text.substr(question + 1);
+  std::string_view path = text.substr(0, question);
+
+  std::vector<std::string> kept;
+  bool ends_open = true;  // whether the path ends with a slash
+  while (!path.empty()) {
+    path.remove_prefix(path.front() == '/' ? 1 : 0);
+    const auto slash = std::min(path.find('/'), path.size());
+    auto segment = decode_segment(path.substr(0, slash));
+    path.remove_prefix(slash);
+    if (!segment || !is_utf8(*segment)) return refused(kBadRequest);
+    ends_open = segment->empty() || *segment == "." || *segment == "..";
+    if (*segment == "..") {
+      if (kept.empty()) return refused(kBadRequest);
+      kept.pop_back();
+    } else if (!ends_open) {
+      kept.push_back(std::move(*segment));
+    }
+  }
+  for (const auto& segment : kept) {
+    if (is_alias_name(segment)) return refused(kNotFound);
+    target.path += '/';
+    target.path += segment;
+  }
+  if (ends_open || kept.empty()) target.path += '/';
+  return target;
+}
+
+std::string encode_path(std::string_view path) {
+  constexpr std::string_view kUnreserved = "-._~/";
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string encoded;
+  for (const char c : path) {
+    const bool alnum = (c >= '0' && c <= '9') || (ascii_lower(c) >= 'a' && ascii_lower(c) <= 'z');
+    if (alnum || kUnreserved.find(c) != std::string_view::npos) {
+      encoded += c;
+    } else {
+      const auto byte = static_cast<unsigned char>(c);
+      encoded += {'%', kDigits[byte >> 4U], kDigits[byte & 15U]};
+    }
+  }
+  return encoded;
+}
+
+}  // namespace zelto
