@@ -20,6 +20,7 @@
 #include "templator/mirted_templator_class.h"
 #include "templator/template_cache.h"
 #include "templator/text_templator_class.h"
+#include "upload/upload_classes.h"
 #include "utility/utility_class.h"
 
 CTemplateCache g_oTemplateCache;
@@ -33,6 +34,18 @@ constinit IObjectPool* CMirt::s_pPool = &g_oCF_Mirt;
 GClassFactoryPooledInContext<CMirtedTemplator, &g_nRefCount> g_oCF_MirtedTemplator;
 template <>
 constinit IObjectPool* CMirtedTemplator::s_pPool = &g_oCF_MirtedTemplator;
+
+GClassFactoryPooled<CFormFile, &g_nRefCount> g_oCF_FormFile;
+template <>
+constinit IObjectPool* CFormFile::s_pPool = &g_oCF_FormFile;
+
+GClassFactoryPooled<CMultipartFormStringList, &g_nRefCount> g_oCF_MultipartFormStringList;
+template <>
+constinit IObjectPool* CMultipartFormStringList::s_pPool = &g_oCF_MultipartFormStringList;
+
+GClassFactoryPooled<CMultipartForm, &g_nRefCount> g_oCF_MultipartForm;
+template <>
+constinit IObjectPool* CMultipartForm::s_pPool = &g_oCF_MultipartForm;
 
 GClassFactoryPooled<CTextTemplator, &g_nRefCount> g_oCF_TextTemplator;
 template <>

@@ -3,6 +3,7 @@
 
 #include "frame/error.h"
 #include "page/mirt_impl.h"
+#include "upload/intake.h"
 
 namespace {
 
@@ -85,6 +86,6 @@ HRESULT Self::command_field(CComBSTR* name) {
   return session->GetCommandName(name->put());
 }
 
-// TODO: read multipart bodies here once mirt/upload has an intake. Without one they read as the query
-// string.
-HRESULT Self::InitMultipartForm() { return S_OK; }
+HRESULT Self::InitMultipartForm() {
+  return read_multipart_form(asp_.request.get(), asp_.response.get(), &multipart_form_);
+}

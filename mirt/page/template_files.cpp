@@ -1,9 +1,9 @@
 // Template files: found by name below the page's folder, read, and drawn fresh or from the cache.
 #include "frame/error.h"
+#include "frame/host_stream.h"
 #include "page/mirt_impl.h"
 #include "page/template_path.h"
 #include "page/text.h"
-#include "templator/host_stream.h"
 #include "templator/template_cache.h"
 
 namespace {

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "frame/error.h"
+#include "frame/host_stream.h"
 #include "frame/script_event.h"
-#include "templator/host_stream.h"
 #include "templator/templator_concept.h"
 
 // `Interface` is ITextTemplator or IMirtedTemplator; the members here are the same in both.

@@ -1,4 +1,4 @@
-#include "templator/host_stream.h"
+#include "frame/host_stream.h"
 
 #include <korlib/activation.h>
 #include <korlib/comvariant.h>

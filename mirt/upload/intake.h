@@ -1,0 +1,11 @@
+// Reads the upload of a request into a form.
+#pragma once
+
+#include <korlib/ptr.h>
+#include <zelto/asp.h>
+
+// A request that is no multipart post, or has no usable boundary or body, is a success without a form.
+// A body over the host's limit, and one that cannot be read, raise a text. A malformed body is E_FAIL
+// without one; *form then holds what was read before the fault.
+HRESULT read_multipart_form(ZeltoTypeLibrary::IRequest* request, ZeltoTypeLibrary::IResponse* response,
+                            CComPtr<ZeltoTypeLibrary::IRequestDictionary>* form);

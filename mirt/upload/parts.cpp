@@ -1,0 +1,117 @@
+#include "upload/parts.h"
+
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include <korlib/text.h>
+
+#include "frame/error.h"
+#include "upload/multipart_parser.h"
+#include "upload/upload_classes.h"
+
+namespace {
+
+// The text of the bytes in front of the first NUL.
+HRESULT to_text(std::string_view bytes, UINT code_page, CComBSTR* text) {
+  bytes = bytes.substr(0, bytes.find('\0'));
+  const std::size_t length = codepage_utf32(code_page, bytes.data(), bytes.size(), nullptr, 0);
+  if (length == kUnknownCodePage) return E_FAIL;
+  if (length >= kMaxBstrBytes / sizeof(wchar_t)) return E_OUTOFMEMORY;
+  text->attach(SysAllocStringLen(nullptr, static_cast<UINT>(length)));
+  if (!text->get()) return E_OUTOFMEMORY;
+  codepage_utf32(code_page, bytes.data(), bytes.size(), text->get(), length);
+  return S_OK;
+}
+
+// What the headers of a part say about it, in bytes.
+class PartHeaders {
+ public:
+  // S_FALSE when they are complete.
+  HRESULT read(CMultipartParser& parser) {
+    HRESULT hr = S_OK;
+    while ((hr = parser.GetHeader(header_)) == S_OK) take_line();
+    return hr;
+  }
+
+  const std::string& field_name() const { return field_name_; }
+  const std::string& file_name() const { return file_name_; }
+  const std::string& content_type() const { return content_type_; }
+
+ private:
+  // Parameters count from every line of the part, but only when the next disposition line comes. A value
+  // is copied at most once each time it was sent, or many short lines would copy a long one over and over.
+  void take_line() {
+    for (const std::string* key : header_.stored) {
+      if (*key == "name") is_field_name_new_ = true;
+      if (*key == "filename") is_file_name_new_ = true;
+    }
+    if (!header_.has_colon) return;
+    if (header_.name == "Content-Disposition" && header_.value == "form-data") {
+      if (std::exchange(is_field_name_new_, false)) field_name_ = header_.params["name"];
+      if (std::exchange(is_file_name_new_, false)) file_name_ = header_.params["filename"];
+    } else if (header_.name == "Content-Type") {
+      content_type_ = header_.value;
+    }
+  }
+
+  CMultipartHeader header_;
+  std::string field_name_;
+  std::string file_name_;
+  std::string content_type_;
+  bool is_field_name_new_ = false;
+  bool is_file_name_new_ = false;
+};
+
+HRESULT file_value(const PartHeaders& headers, std::string_view content, UINT code_page, CComVariant* value) {
+  CComBSTR name;
+  CComBSTR type;
+  RETURN_IF_FAILED(to_text(headers.file_name(), code_page, &name));
+  RETURN_IF_FAILED(to_text(headers.content_type(), code_page, &type));
+  CComPtr<IFormFile> spFile;
+  RETURN_IF_FAILED(g_oCF_FormFile.CreateInstance(nullptr, korlib::iid_of<IFormFile>, spFile.put_void()));
+  RETURN_IF_FAILED(static_cast<GIFormFileImpl<IFormFile>*>(spFile.get())
+                       ->fill(std::move(name), std::move(type), content.data(), content.size()));
+  *value = CComVariant(static_cast<IDispatch*>(spFile.get()));
+  return S_OK;
+}
+
+HRESULT text_value(std::string_view content, UINT code_page, CComVariant* value) {
+  CComBSTR text;
+  RETURN_IF_FAILED(to_text(content, code_page, &text));
+  value->vt = VT_BSTR;
+  value->bstrVal = text.detach();
+  return S_OK;
+}
+
+HRESULT add_part(const PartHeaders& headers, std::string_view content, UINT code_page, GMultipartForm& form) {
+  CComBSTR name;
+  RETURN_IF_FAILED(to_text(headers.field_name(), code_page, &name));
+  CComVariant value;
+  RETURN_IF_FAILED(headers.file_name().empty() ? text_value(content, code_page, &value)
+                                               : file_value(headers, content, code_page, &value));
+  return form.add(name, std::move(value));
+}
+
+}  // namespace
+
+HRESULT add_parts(const char* body, std::size_t length, const char* delimiter, UINT code_page,
+                  GMultipartForm& form) try {
+  constexpr std::size_t kLineEnd = 2;  // the CR LF in front of a delimiter is no content
+  CMultipartParser parser(body, length, delimiter);
+  std::size_t delimiter_at = 0;
+  bool is_last = false;
+  RETURN_IF_FAILED(parser.MoveNextBoundary(delimiter_at, is_last));
+  while (!is_last) {
+    PartHeaders headers;
+    const HRESULT headers_end = headers.read(parser);
+    if (headers_end != S_FALSE) return headers_end;
+    const std::size_t start = parser.position();
+    RETURN_IF_FAILED(parser.MoveNextBoundary(delimiter_at, is_last));
+    const std::size_t size = delimiter_at < start + kLineEnd ? 0 : delimiter_at - kLineEnd - start;
+    RETURN_IF_FAILED(add_part(headers, {body + start, size}, code_page, form));
+  }
+  return S_OK;
+} catch (...) {
+  return mirt::hresult_from_exception();
+}
