@@ -1,0 +1,109 @@
+// From a ProgID or an identifier to an object.
+//
+// Host classes come first, because components rely on them by identifier and they are the most often
+// made; then what is registered; then the modules that are found without being registered. No class
+// object is kept: each counts as a reference to its module, and asking again costs a look-up.
+#include <korlib/activation.h>
+
+#include <string>
+
+#include <korlib/ptr.h>
+#include <korlib_host/modules.h>
+
+#include "activation/class_table.h"
+#include "activation/failure.h"
+#include "activation/module_list.h"
+#include "activation/registry_lookup.h"
+#include "activation/stack_room.h"
+#include "activation/unregistered_modules.h"
+
+namespace korlib::activation {
+
+namespace {
+
+// Objects that make objects can recurse without an end, a template that includes itself for one. An
+// error that can be reported must come before the stack is used up.
+constexpr std::size_t kLeastStackRoom = 192 * 1024;
+
+HRESULT require_stack_room() {
+  return stack_room() > kLeastStackRoom ? S_OK : fail(E_OUTOFMEMORY, "Out of stack space.");
+}
+
+// The module is held until the caller's call into it is over.
+HRESULT module_class_object(REFCLSID clsid, REFIID riid, std::shared_ptr<Module>* module, void** ppv) {
+  const std::filesystem::path file = find_registered_module(clsid);
+  if (file.empty()) return unregistered_class_object(clsid, riid, module, ppv);
+  RETURN_IF_FAILED(get_module(file, module));
+  return (*module)->class_object(clsid, riid, ppv);
+}
+
+HRESULT get_class_object(REFCLSID clsid, REFIID riid, void** ppv) {
+  if (const CreateFunction create = find_host_class(clsid)) return make_class_object(create, riid, ppv);
+  std::shared_ptr<Module> module;
+  return module_class_object(clsid, riid, &module, ppv);
+}
+
+HRESULT create_instance(REFCLSID clsid, IUnknown* outer, REFIID riid, void** ppv) {
+  RETURN_IF_FAILED(require_stack_room());
+  if (const CreateFunction create = find_host_class(clsid)) {
+    return outer ? CLASS_E_NOAGGREGATION : create(riid, ppv);
+  }
+  std::shared_ptr<Module> module;
+  CComPtr<IClassFactory> class_object;
+  RETURN_IF_FAILED(module_class_object(clsid, IID_IClassFactory, &module, class_object.put_void()));
+  // A failure may leave an object here: that of an in-context class which could not be bound.
+  return class_object->CreateInstance(outer, riid, ppv);
+}
+
+HRESULT clsid_from_prog_id(const wchar_t* prog_id, CLSID* clsid) {
+  const bool is_known = find_host_prog_id(prog_id, clsid) || find_registered_prog_id(prog_id, clsid) ||
+                        find_unregistered_prog_id(prog_id, clsid);
+  return is_known ? S_OK : CO_E_CLASSSTRING;
+}
+
+}  // namespace
+
+}  // namespace korlib::activation
+
+HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD, REFIID riid, void** ppv) try {
+  if (!ppv) return E_POINTER;
+  *ppv = nullptr;
+  return korlib::activation::create_instance(clsid, outer, riid, ppv);
+} catch (...) {
+  return E_OUTOFMEMORY;
+}
+
+HRESULT CoGetClassObject(REFCLSID clsid, DWORD, void*, REFIID riid, void** ppv) try {
+  if (!ppv) return E_POINTER;
+  *ppv = nullptr;
+  return korlib::activation::get_class_object(clsid, riid, ppv);
+} catch (...) {
+  return E_OUTOFMEMORY;
+}
+
+HRESULT CLSIDFromProgID(const OLECHAR* prog_id, CLSID* clsid) try {
+  if (!clsid) return E_POINTER;
+  *clsid = CLSID_NULL;
+  return prog_id ? korlib::activation::clsid_from_prog_id(prog_id, clsid) : CO_E_CLASSSTRING;
+} catch (...) {
+  return E_OUTOFMEMORY;
+}
+
+namespace korlib_host {
+
+namespace {
+
+HRESULT call_registration(const std::filesystem::path& file, const char* entry_point) {
+  std::shared_ptr<korlib::activation::Module> module;
+  RETURN_IF_FAILED(korlib::activation::get_module(file, &module));
+  const auto function = module->entry_point<DllRegisterServerFunction>(entry_point);
+  if (function) return function();
+  return korlib::activation::fail(CO_E_ERRORINDLL, file.string() + " does not export " + entry_point + ".");
+}
+
+}  // namespace
+
+HRESULT register_module(const std::filesystem::path& file) { return call_registration(file, "DllRegisterServer"); }
+HRESULT unregister_module(const std::filesystem::path& file) { return call_registration(file, "DllUnregisterServer"); }
+
+}  // namespace korlib_host

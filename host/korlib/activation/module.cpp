@@ -1,0 +1,50 @@
+#include "activation/module.h"
+
+#include <dlfcn.h>
+
+#include "activation/failure.h"
+
+namespace korlib::activation {
+
+HRESULT Module::open(const std::filesystem::path& file, std::shared_ptr<Module>* module) {
+  void* const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!handle) {
+    const char* const reason = dlerror();
+    return fail(CO_E_DLLNOTFOUND, reason ? reason : file.string() + " cannot be opened.");
+  }
+  std::shared_ptr<Module> opened(new Module(handle));
+  opened->get_class_object_ = opened->entry_point<DllGetClassObjectFunction>("DllGetClassObject");
+  if (!opened->get_class_object_) {
+    return fail(CO_E_ERRORINDLL, file.string() + " is no component: it does not export DllGetClassObject.");
+  }
+  opened->can_unload_now_ = opened->entry_point<DllCanUnloadNowFunction>("DllCanUnloadNow");
+  opened->main_ = opened->entry_point<DllMainFunction>("DllMain");
+  // FALSE means that the module does without something optional, such as type libraries.
+  if (opened->main_) opened->main_(handle, DLL_PROCESS_ATTACH, nullptr);
+  *module = std::move(opened);
+  return S_OK;
+}
+
+Module::~Module() {
+  if (main_) main_(handle_, DLL_PROCESS_DETACH, nullptr);
+  dlclose(handle_);
+}
+
+HRESULT Module::class_object(REFCLSID clsid, REFIID riid, void** ppv) const {
+  *ppv = nullptr;
+  return get_class_object_(clsid, riid, ppv);
+}
+
+HRESULT Module::class_object_by_name(const wchar_t* name, REFIID riid, void** ppv) const {
+  // The slot carries the name in, and keeps it where the module does not know the class.
+  *ppv = const_cast<wchar_t*>(name);
+  const HRESULT hr = get_class_object_(CLSID_NULL, riid, ppv);
+  if (FAILED(hr)) *ppv = nullptr;
+  return hr;
+}
+
+bool Module::can_unload() const { return can_unload_now_ && can_unload_now_() == S_OK; }
+
+void* Module::symbol(const char* name) const { return dlsym(handle_, name); }
+
+}  // namespace korlib::activation

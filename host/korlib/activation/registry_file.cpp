@@ -1,0 +1,106 @@
+#include "activation/registry_file.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "activation/names.h"
+#include "text/convert.h"
+
+namespace korlib::activation {
+
+namespace {
+
+using nlohmann::json;
+
+// A key is {"values": {name: text}, "keys": {name: key}}; either member may be missing.
+constexpr const char* kValues = "values";
+constexpr const char* kKeys = "keys";
+constexpr std::size_t kMaxFileBytes = 16 << 20;
+
+json key_to_json(const RegistryKey& key) {
+  json object = json::object();
+  for (const auto& [folded_name, value] : key.values) object[kValues][to_utf8(value.name)] = to_utf8(value.text);
+  for (const auto& [folded_name, below] : key.keys) object[kKeys][to_utf8(below.name)] = key_to_json(below);
+  return object;
+}
+
+bool key_from_json(const json& object, int depth, RegistryKey* key) {
+  if (!object.is_object() || depth > kMaxRegistryDepth) return false;
+  for (const auto& [name, member] : object.items()) {
+    if (!member.is_object() || (name != kValues && name != kKeys)) return false;
+  }
+  if (const auto values = object.find(kValues); values != object.end()) {
+    for (const auto& [name, text] : values->items()) {
+      if (!text.is_string()) return false;
+      const std::wstring wide = to_wide(name);
+      key->values[folded(wide)] = {wide, to_wide(text.get_ref<const std::string&>())};
+    }
+  }
+  if (const auto keys = object.find(kKeys); keys != object.end()) {
+    for (const auto& [name, below] : keys->items()) {
+      const std::wstring wide = to_wide(name);
+      RegistryKey& child = key->keys[folded(wide)];
+      child.name = wide;
+      if (!key_from_json(below, depth + 1, &child)) return false;
+    }
+  }
+  return true;
+}
+
+bool write_all(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(descriptor, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return fsync(descriptor) == 0;
+}
+
+bool report(std::string* problem, const std::filesystem::path& file, const std::string& what) {
+  *problem = file.string() + ": " + what;
+  return false;
+}
+
+}  // namespace
+
+bool load_registry(const std::filesystem::path& file, RegistryKey* root, std::string* problem) {
+  *root = {};
+  problem->clear();
+  std::error_code error;
+  const auto status = std::filesystem::status(file, error);
+  if (status.type() == std::filesystem::file_type::not_found) return true;
+  const auto size = std::filesystem::file_size(file, error);
+  if (error) return report(problem, file, error.message());
+  if (size > kMaxFileBytes) return report(problem, file, "too large for a registry store");
+  std::ifstream stream(file, std::ios::binary);
+  const json tree = json::parse(stream, nullptr, /*allow_exceptions=*/false);
+  if (tree.is_discarded() || !key_from_json(tree, 0, root)) {
+    *root = {};
+    return report(problem, file, "not a registry store");
+  }
+  return true;
+}
+
+bool save_registry(const std::filesystem::path& file, const RegistryKey& root, std::string* problem) {
+  const std::string text = key_to_json(root).dump(2) + "\n";
+  std::string beside = file.string() + ".XXXXXX";
+  const int descriptor = mkstemp(beside.data());
+  if (descriptor < 0) return report(problem, file, std::strerror(errno));
+  constexpr mode_t kReadableByAll = 0644;
+  const bool is_written = write_all(descriptor, text) && fchmod(descriptor, kReadableByAll) == 0;
+  int failure = is_written ? 0 : errno;
+  if (close(descriptor) != 0 && !failure) failure = errno;
+  if (!failure && rename(beside.c_str(), file.c_str()) != 0) failure = errno;
+  if (!failure) return true;
+  unlink(beside.c_str());
+  return report(problem, file, std::strerror(failure));
+}
+
+}  // namespace korlib::activation

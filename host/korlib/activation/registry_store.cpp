@@ -1,0 +1,197 @@
+#include <korlib_host/registry_store.h>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <mutex>
+#include <vector>
+
+#include "activation/names.h"
+#include "activation/registry_file.h"
+
+namespace korlib_host {
+
+using korlib::activation::folded;
+using korlib::activation::RegistryKey;
+
+namespace {
+
+constexpr std::size_t kMaxNameLength = 255;
+constexpr std::size_t kMaxTextLength = 32767;
+
+// What tells one state of a file from another; a file that is renamed over another has its own inode.
+struct Stamp {
+  ino_t inode = 0;
+  off_t size = 0;
+  timespec modified{};
+
+  static Stamp of(const std::filesystem::path& file) {
+    struct stat status {};
+    if (stat(file.c_str(), &status) != 0) return {};
+    return {status.st_ino, status.st_size, status.st_mtim};
+  }
+  bool operator==(const Stamp& other) const {
+    return inode == other.inode && size == other.size && modified.tv_sec == other.modified.tv_sec &&
+           modified.tv_nsec == other.modified.tv_nsec;
+  }
+};
+
+// Keeps other writing processes out while it lives.
+class WriterTurn {
+ public:
+  explicit WriterTurn(const std::filesystem::path& file)
+      : descriptor_(open((file.string() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644)) {
+    if (descriptor_ >= 0) flock(descriptor_, LOCK_EX);
+  }
+  ~WriterTurn() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  WriterTurn(const WriterTurn&) = delete;
+  WriterTurn& operator=(const WriterTurn&) = delete;
+
+ private:
+  int descriptor_;
+};
+
+// The names of a path; false when one is empty or too long, or when there are too many.
+bool split(std::wstring_view path, std::vector<std::wstring_view>* names) {
+  if (path.empty()) return true;
+  for (;;) {
+    const std::size_t end = path.find(L'\\');
+    const std::wstring_view name = path.substr(0, end);
+    if (name.empty() || name.size() > kMaxNameLength) return false;
+    names->push_back(name);
+    if (names->size() > korlib::activation::kMaxRegistryDepth) return false;
+    if (end == path.npos) return true;
+    path.remove_prefix(end + 1);
+  }
+}
+
+RegistryKey* find(RegistryKey& root, const std::vector<std::wstring_view>& names) {
+  RegistryKey* at = &root;
+  for (const std::wstring_view name : names) {
+    const auto found = at->keys.find(folded(name));
+    if (found == at->keys.end()) return nullptr;
+    at = &found->second;
+  }
+  return at;
+}
+
+}  // namespace
+
+class RegistryStore::Impl {
+ public:
+  explicit Impl(std::filesystem::path file) : file_(std::move(file)) { load(Stamp::of(file_)); }
+
+  // Calls `look` with the key, or null, while nothing can change it.
+  template <class Look>
+  auto read(std::wstring_view path, Look look) {
+    const std::lock_guard guard(lock_);
+    refresh();
+    std::vector<std::wstring_view> names;
+    return look(split(path, &names) ? find(root_, names) : nullptr);
+  }
+
+  // Calls `change` with the root of a copy and the names of the path; the copy becomes the store once it
+  // is on disk.
+  template <class Change>
+  HRESULT write(std::wstring_view path, Change change) {
+    std::vector<std::wstring_view> names;
+    if (!split(path, &names)) return E_INVALIDARG;
+    const std::lock_guard guard(lock_);
+    std::error_code ignored;  // a folder that is missing shows when the file cannot be written
+    std::filesystem::create_directories(file_.parent_path(), ignored);
+    const WriterTurn turn(file_);
+    refresh();
+    if (!problem_.empty()) return E_FAIL;
+    RegistryKey copy = root_;
+    RETURN_IF_FAILED(change(copy, names));
+    std::string problem;
+    if (!korlib::activation::save_registry(file_, copy, &problem)) return E_FAIL;
+    root_ = std::move(copy);
+    stamp_ = Stamp::of(file_);
+    return S_OK;
+  }
+
+  std::string problem() {
+    const std::lock_guard guard(lock_);
+    refresh();
+    return problem_;
+  }
+  const std::filesystem::path& file() const { return file_; }
+
+ private:
+  void refresh() {
+    const Stamp now = Stamp::of(file_);
+    if (!(now == stamp_)) load(now);
+  }
+  void load(const Stamp& stamp) {
+    stamp_ = stamp;
+    korlib::activation::load_registry(file_, &root_, &problem_);
+  }
+
+  const std::filesystem::path file_;
+  std::mutex lock_;
+  RegistryKey root_;
+  std::string problem_;
+  Stamp stamp_;
+};
+
+RegistryStore::RegistryStore(std::filesystem::path file) : impl_(std::make_unique<Impl>(std::move(file))) {}
+RegistryStore::~RegistryStore() = default;
+
+bool RegistryStore::has_key(std::wstring_view key) const {
+  return impl_->read(key, [](const RegistryKey* found) { return found != nullptr; });
+}
+
+std::optional<std::wstring> RegistryStore::value(std::wstring_view key, std::wstring_view name) const {
+  return impl_->read(key, [name](const RegistryKey* found) -> std::optional<std::wstring> {
+    if (!found) return std::nullopt;
+    const auto value = found->values.find(folded(name));
+    return value == found->values.end() ? std::nullopt : std::optional(value->second.text);
+  });
+}
+
+HRESULT RegistryStore::create_key(std::wstring_view key) {
+  return impl_->write(key, [](RegistryKey& root, const std::vector<std::wstring_view>& names) {
+    RegistryKey* at = &root;
+    for (const std::wstring_view name : names) {
+      at = &at->keys[folded(name)];
+      if (at->name.empty()) at->name = name;
+    }
+    return S_OK;
+  });
+}
+
+HRESULT RegistryStore::set_value(std::wstring_view key, std::wstring_view name, std::wstring_view text) {
+  if (name.size() > kMaxNameLength || text.size() > kMaxTextLength) return E_INVALIDARG;
+  return impl_->write(key, [&](RegistryKey& root, const std::vector<std::wstring_view>& names) {
+    RegistryKey* const found = find(root, names);
+    if (!found) return E_INVALIDARG;
+    auto& value = found->values[folded(name)];
+    if (value.name.empty()) value.name = name;
+    value.text = text;
+    return S_OK;
+  });
+}
+
+HRESULT RegistryStore::delete_key(std::wstring_view key) {
+  return impl_->write(key, [](RegistryKey& root, std::vector<std::wstring_view> names) {
+    if (names.empty()) return E_INVALIDARG;
+    const std::wstring last = folded(names.back());
+    names.pop_back();
+    RegistryKey* const parent = find(root, names);
+    if (!parent) return E_INVALIDARG;
+    const auto found = parent->keys.find(last);
+    if (found == parent->keys.end() || !found->second.keys.empty()) return E_INVALIDARG;
+    parent->keys.erase(found);
+    return S_OK;
+  });
+}
+
+std::string RegistryStore::problem() const { return impl_->problem(); }
+const std::filesystem::path& RegistryStore::file() const noexcept { return impl_->file(); }
+
+}  // namespace korlib_host
