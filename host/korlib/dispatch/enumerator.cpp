@@ -5,6 +5,7 @@
 #include <memory>
 
 #include <korlib/ptr.h>
+#include <korlib_host/diagnostics.h>
 
 namespace korlib {
 namespace {
@@ -64,6 +65,7 @@ class ValueEnumerator final : public IEnumVARIANT {
   const Values values_;
   std::size_t at_;
   std::atomic<ULONG> references_{1};
+  [[no_unique_address]] korlib_host::LiveObject live_;
 };
 
 }  // namespace

@@ -32,6 +32,7 @@
 #include <atomic>
 
 #include <korlib/typeinfo.h>
+#include <korlib_host/diagnostics.h>
 #include <korlib_host/errors.h>
 #include <korlib_host/thunks.h>
 
@@ -105,6 +106,7 @@ class DispatchObject : public Interface, public Extra... {
 
  private:
   std::atomic<ULONG> references_{1};  // the reference that make() attaches
+  [[no_unique_address]] korlib_host::LiveObject live_;
 };
 
 // A new object in the hands of its first holder.

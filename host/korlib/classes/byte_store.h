@@ -1,0 +1,54 @@
+// A growing sequence of bytes with a position: what a stream keeps its contents in.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+namespace korlib {
+
+class ByteStore {
+ public:
+  static constexpr std::size_t kMaxSize = 0x7FFFFFFF;  // positions are LONGs
+
+  std::size_t size() const { return size_; }
+  std::size_t position() const { return position_; }
+  // From the position to the end.
+  std::string_view rest() const { return {data_.get() + position_, size_ - position_}; }
+  std::string_view all() const { return {data_.get(), size_}; }
+
+  // Beyond the end, zeros fill the gap. False when the store would become too large; throws bad_alloc.
+  [[nodiscard]] bool move_to(std::size_t position);
+  void advance(std::size_t bytes) { position_ += bytes; }  // bytes that rest() has shown
+
+  // Writes at the position, over what is there and beyond the end; moves the position. False as above.
+  [[nodiscard]] bool write(std::string_view bytes) {
+    if (bytes.size() > capacity_ - position_ && !grow(bytes.size())) return false;
+    copy_in(bytes);
+    return true;
+  }
+  // Room for `bytes` at the position, which must be the end; commit() says how many were used. Null when
+  // the store would become too large.
+  [[nodiscard]] char* room_at_end(std::size_t bytes) {
+    if (bytes > capacity_ - position_ && !grow(bytes)) return nullptr;
+    return data_.get() + position_;
+  }
+  void commit(std::size_t bytes) { size_ = position_ += bytes; }
+
+  void cut_here() { size_ = position_; }
+  void clear() { *this = {}; }
+  // Takes contents over, and rewinds.
+  void assign(std::unique_ptr<char[]> data, std::size_t size);
+
+ private:
+  bool grow(std::size_t bytes);
+  void copy_in(std::string_view bytes);
+
+  std::unique_ptr<char[]> data_;
+  std::size_t capacity_ = 0;
+  std::size_t size_ = 0;
+  std::size_t position_ = 0;
+};
+
+}  // namespace korlib

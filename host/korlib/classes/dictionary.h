@@ -1,0 +1,44 @@
+// Scripting.Dictionary.
+#pragma once
+
+#include <mutex>
+
+#include <korlib/dictionary.h>
+#include <korlib_host/dispatch_object.h>
+
+#include "classes/ordered_table.h"
+
+namespace korlib {
+
+// Any thread may call any member: a dictionary may live in the Application. Keys and values are released
+// with the lock free, because an object's last release may come back here.
+class Dictionary final : public DispatchObject<Dictionary, IKorLibDictionary> {
+ public:
+  static std::span<const Member> members();
+
+  HRESULT get_Item(VARIANT key, VARIANT* value) override;
+  HRESULT put_Item(VARIANT key, VARIANT value) override;
+  HRESULT putref_Item(VARIANT key, VARIANT value) override;
+  HRESULT Add(VARIANT key, VARIANT value) override;
+  HRESULT Exists(VARIANT key, VARIANT_BOOL* exists) override;
+  HRESULT get_Count(LONG* count) override;
+  HRESULT Keys(VARIANT* keys) override;
+  HRESULT Items(VARIANT* items) override;
+  HRESULT put_Key(VARIANT key, VARIANT new_key) override;
+  HRESULT Remove(VARIANT key) override;
+  HRESULT RemoveAll() override;
+  HRESULT get_CompareMode(LONG* mode) override;
+  HRESULT put_CompareMode(LONG mode) override;
+  HRESULT get__NewEnum(IUnknown** keys) override;
+
+ private:
+  enum class Part { kKey, kValue };
+
+  std::vector<CComVariant> snapshot(Part part);
+  HRESULT to_array(Part part, VARIANT* array);
+
+  std::mutex lock_;
+  OrderedTable table_;
+};
+
+}  // namespace korlib

@@ -1,0 +1,68 @@
+#include "classes/file_system.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "classes/script_errors.h"
+#include "classes/text_stream.h"
+
+namespace korlib {
+namespace {
+
+constexpr std::wstring_view kSource = L"Scripting.FileSystemObject";
+constexpr LONG kForReading = 1;
+constexpr LONG kForWriting = 2;
+constexpr LONG kForAppending = 8;
+
+HRESULT give(HRESULT hr, CComPtr<TextStream>& made, Scripting::ITextStream** stream) {
+  if (SUCCEEDED(hr)) *stream = made.detach();
+  return hr;
+}
+
+}  // namespace
+
+std::span<const Member> FileSystem::members() {
+  static constexpr Member table[] = {
+      method<&FileSystem::CreateTextFile>(L"CreateTextFile").optional(VARIANT_TRUE, 0),
+      method<&FileSystem::OpenTextFile>(L"OpenTextFile").optional(kForReading, 0, 0),
+      method<&FileSystem::FileExists>(L"FileExists"),
+      method<&FileSystem::DeleteFile>(L"DeleteFile").optional(0),
+  };
+  return table;
+}
+
+HRESULT FileSystem::CreateTextFile(BSTR path, VARIANT_BOOL overwrite, VARIANT_BOOL, Scripting::ITextStream** stream) {
+  *stream = nullptr;
+  CComPtr<TextStream> made = make<TextStream>();
+  return give(made->file().open_to_write(view_of(path), true, overwrite != VARIANT_FALSE), made, stream);
+}
+
+HRESULT FileSystem::OpenTextFile(BSTR path, LONG mode, VARIANT_BOOL create, LONG, Scripting::ITextStream** stream) {
+  *stream = nullptr;
+  CComPtr<TextStream> made = make<TextStream>();
+  TextFile& file = made->file();
+  const bool may_create = create != VARIANT_FALSE;
+  switch (mode) {
+    case kForReading:
+      return give(file.open_to_read(view_of(path)), made, stream);
+    case kForWriting:
+      return give(file.open_to_write(view_of(path), may_create, true), made, stream);
+    case kForAppending:
+      return give(file.open_to_append(view_of(path), may_create), made, stream);
+    default:
+      return raise(E_INVALIDARG, kSource, L"OpenTextFile: the mode is 1 (read), 2 (write) or 8 (append).");
+  }
+}
+
+HRESULT FileSystem::FileExists(BSTR path, VARIANT_BOOL* exists) {
+  *exists = file_exists(view_of(path)) ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+}
+
+HRESULT FileSystem::DeleteFile(BSTR path, VARIANT_BOOL) {
+  if (unlink(system_path(view_of(path)).c_str()) == 0) return S_OK;
+  return raise_file_error(L"delete", view_of(path), errno, {kSource, kPermissionDenied, kFileNotFound});
+}
+
+}  // namespace korlib

@@ -1,0 +1,55 @@
+// A keyed hash (SipHash-1-3), so that a client who chooses the keys of a dictionary cannot make them
+// collide.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+namespace korlib {
+
+class KeyedHash {
+ public:
+  explicit KeyedHash(std::uint64_t salt) noexcept
+      : v0_(key().low ^ 0x736f6d6570736575u),
+        v1_(key().high ^ 0x646f72616e646f6du ^ salt),
+        v2_(key().low ^ 0x6c7967656e657261u),
+        v3_(key().high ^ 0x7465646279746573u) {}
+
+  void add(std::uint64_t word) noexcept {
+    v3_ ^= word;
+    round();
+    v0_ ^= word;
+  }
+  std::size_t finish() noexcept {
+    v2_ ^= 0xff;
+    round();
+    round();
+    round();
+    return v0_ ^ v1_ ^ v2_ ^ v3_;
+  }
+
+ private:
+  struct Key {
+    std::uint64_t low;
+    std::uint64_t high;
+  };
+  static const Key& key() noexcept;  // random, drawn once a process
+
+  void round() noexcept {
+    v0_ += v1_;
+    v1_ = std::rotl(v1_, 13) ^ v0_;
+    v0_ = std::rotl(v0_, 32);
+    v2_ += v3_;
+    v3_ = std::rotl(v3_, 16) ^ v2_;
+    v0_ += v3_;
+    v3_ = std::rotl(v3_, 21) ^ v0_;
+    v2_ += v1_;
+    v1_ = std::rotl(v1_, 17) ^ v2_;
+    v2_ = std::rotl(v2_, 32);
+  }
+
+  std::uint64_t v0_, v1_, v2_, v3_;
+};
+
+}  // namespace korlib

@@ -1,0 +1,108 @@
+// The text side of a stream.
+#include "classes/script_errors.h"
+#include "classes/stream.h"
+
+namespace korlib {
+namespace {
+
+constexpr std::wstring_view kSource = L"ADODB.Stream";
+
+HRESULT give(std::wstring_view text, BSTR* out) {
+  *out = new_bstr(text);
+  return *out ? S_OK : E_OUTOFMEMORY;
+}
+
+}  // namespace
+
+TextCodec& Stream::codec() {
+  if (!codec_) codec_ = open_codec(charset_);
+  return *codec_;
+}
+
+std::wstring_view Stream::line_end() const { return separator_ == adCR ? L"\r" : separator_ == adLF ? L"\n" : L"\r\n"; }
+
+HRESULT Stream::write_text(std::wstring_view text) {
+  if (!codec().write(text, store_)) return raise(E_OUTOFMEMORY, kSource, L"The stream would become too large.");
+  return S_OK;
+}
+
+STDMETHODIMP Stream::WriteText(BSTR text, LONG options) try {
+  RETURN_IF_FAILED(check_writable(adTypeText));
+  if (options != adWriteChar && options != adWriteLine) {
+    return raise(kInvalidArgument, kSource, L"WriteText: the option is 0 (text) or 1 (a line).");
+  }
+  if (store_.position() == 0) RETURN_IF_FAILED(write_bytes(codec().mark()));
+  RETURN_IF_FAILED(write_text(view_of(text)));
+  return options == adWriteLine ? write_text(line_end()) : S_OK;
+} catch (...) {
+  return hresult_from_exception(kSource);
+}
+
+void Stream::skip_mark() {
+  if (store_.position() != 0) return;
+  const std::string_view mark = codec().mark();
+  if (!mark.empty() && store_.all().starts_with(mark)) store_.advance(mark.size());
+}
+
+bool Stream::next_character(char32_t& c) {
+  do {
+    std::string_view bytes = store_.rest();
+    if (bytes.empty()) return false;
+    const std::size_t before = bytes.size();
+    c = codec().next(bytes, decoded_to_ == store_.position());
+    store_.advance(before - bytes.size());
+    decoded_to_ = store_.position();
+  } while (c == kNothing);
+  return true;
+}
+
+std::wstring Stream::read_line() {
+  const std::wstring_view end = line_end();
+  std::wstring line;
+  char32_t c = 0;
+  while (next_character(c)) {
+    line.push_back(static_cast<wchar_t>(c));
+    if (line.ends_with(end)) {
+      line.resize(line.size() - end.size());
+      break;
+    }
+  }
+  return line;
+}
+
+std::wstring Stream::read_characters(LONG count) {
+  std::wstring text;
+  char32_t c = 0;
+  for (LONG i = 0; i < count && next_character(c); ++i) text.push_back(static_cast<wchar_t>(c));
+  return text;
+}
+
+STDMETHODIMP Stream::ReadText(LONG count, BSTR* text) try {
+  if (!text) return E_POINTER;
+  *text = nullptr;
+  RETURN_IF_FAILED(check_readable(adTypeText));
+  if (count < adReadLine) {
+    return raise(kInvalidArgument, kSource, L"ReadText: the count is -1 (all), -2 (a line) or a number of characters.");
+  }
+  skip_mark();
+  if (count == adReadLine) return give(read_line(), text);
+  if (count >= 0) return give(read_characters(count), text);
+  const std::string_view bytes = store_.rest();
+  const std::wstring all = codec().read(bytes, decoded_to_ == store_.position());
+  RETURN_IF_FAILED(give(all, text));
+  store_.advance(bytes.size());
+  return S_OK;
+} catch (...) {
+  return hresult_from_exception(kSource);
+}
+
+STDMETHODIMP Stream::SkipLine() try {
+  RETURN_IF_FAILED(check_readable(adTypeText));
+  skip_mark();
+  read_line();
+  return S_OK;
+} catch (...) {
+  return hresult_from_exception(kSource);
+}
+
+}  // namespace korlib

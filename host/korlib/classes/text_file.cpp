@@ -1,0 +1,93 @@
+#include "classes/text_file.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include <korlib/text.h>
+
+namespace korlib {
+namespace {
+
+constexpr std::size_t kBufferSize = 64 * 1024;
+
+}  // namespace
+
+HRESULT TextFile::open_to_read(std::wstring_view path) {
+  FileContents contents;
+  RETURN_IF_FAILED(load_file(path, fault_, contents));
+  std::string_view bytes(contents.data.get(), contents.size);
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+  text_.resize(utf8_utf32(bytes.data(), bytes.size(), nullptr, 0));
+  utf8_utf32(bytes.data(), bytes.size(), text_.data(), text_.size());
+  path_ = path;
+  way_ = Way::kRead;
+  is_open_ = true;
+  return S_OK;
+}
+
+HRESULT TextFile::open(std::wstring_view path, int how) {
+  file_ = Descriptor(::open(system_path(path).c_str(), how | O_WRONLY | O_CLOEXEC | O_NONBLOCK, 0666));
+  if (!file_) return raise_file_error(L"write", path, errno, fault_);
+  path_ = path;
+  is_open_ = true;
+  return S_OK;
+}
+
+HRESULT TextFile::open_to_write(std::wstring_view path, bool create, bool replace) {
+  way_ = Way::kWrite;
+  return open(path, O_TRUNC | (create ? O_CREAT : 0) | (replace ? 0 : O_EXCL));
+}
+
+HRESULT TextFile::open_to_append(std::wstring_view path, bool create) {
+  way_ = Way::kAppend;
+  return open(path, O_APPEND | (create ? O_CREAT : 0));
+}
+
+void TextFile::count_lines(std::wstring_view text) {
+  line_ += static_cast<LONG>(std::count(text.begin(), text.end(), L'\n'));
+}
+
+HRESULT TextFile::write(std::wstring_view text) {
+  const std::size_t before = unwritten_.size();
+  const std::size_t size = utf32_utf8(text.data(), text.size(), nullptr, 0);
+  unwritten_.resize(before + size);
+  utf32_utf8(text.data(), text.size(), unwritten_.data() + before, size);
+  count_lines(text);
+  return unwritten_.size() < kBufferSize ? S_OK : flush();
+}
+
+HRESULT TextFile::flush() {
+  const int error = write_all(file_.get(), unwritten_);
+  unwritten_.clear();
+  return error == 0 ? S_OK : raise_file_error(L"write", path_, error, fault_);
+}
+
+std::wstring TextFile::read(std::size_t characters) {
+  const std::wstring read = text_.substr(at_, characters);
+  at_ += read.size();
+  count_lines(read);
+  return read;
+}
+
+std::wstring TextFile::read_line() {
+  const std::size_t end = text_.find(L'\n', at_);
+  std::wstring line = read(end == std::wstring::npos ? end : end + 1 - at_);
+  if (line.ends_with(L'\n')) line.pop_back();
+  if (line.ends_with(L'\r')) line.pop_back();
+  return line;
+}
+
+HRESULT TextFile::close() {
+  if (!is_open_) return S_OK;
+  is_open_ = false;
+  text_.clear();
+  at_ = 0;
+  if (is_reader()) return S_OK;
+  const HRESULT hr = flush();
+  if (!file_.close() && SUCCEEDED(hr)) return raise_file_error(L"write", path_, errno, fault_);
+  return hr;
+}
+
+}  // namespace korlib

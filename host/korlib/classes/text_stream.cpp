@@ -1,0 +1,102 @@
+#include "classes/text_stream.h"
+
+#include "classes/script_errors.h"
+
+namespace korlib {
+namespace {
+
+constexpr LONG kMostBlankLines = 1'000'000;
+
+}  // namespace
+
+TextStream::TextStream() : file_(FileFault{kSource, kPermissionDenied, kFileNotFound, kFileExists}) {}
+
+std::span<const Member> TextStream::members() {
+  static constexpr Member table[] = {
+      method<&TextStream::Write>(L"Write"),
+      method<&TextStream::WriteLine>(L"WriteLine").optional(0),
+      method<&TextStream::WriteBlankLines>(L"WriteBlankLines"),
+      method<&TextStream::Read>(L"Read"),
+      method<&TextStream::ReadLine>(L"ReadLine"),
+      method<&TextStream::ReadAll>(L"ReadAll"),
+      property<&TextStream::get_AtEndOfStream>(L"AtEndOfStream"),
+      property<&TextStream::get_Line>(L"Line"),
+      method<&TextStream::Close>(L"Close"),
+  };
+  return table;
+}
+
+HRESULT TextStream::check(bool is_reader) const {
+  if (!file_.is_open()) return raise(kBadFileMode, kSource, L"The text stream is closed.");
+  if (file_.is_reader() == is_reader) return S_OK;
+  return raise(kBadFileMode, kSource,
+               is_reader ? L"The text stream was opened for writing." : L"The text stream was opened for reading.");
+}
+
+STDMETHODIMP TextStream::Write(BSTR text) try {
+  RETURN_IF_FAILED(check(false));
+  return file_.write(view_of(text));
+} catch (...) {
+  return hresult_from_exception(kSource);
+}
+
+STDMETHODIMP TextStream::WriteLine(BSTR text) try {
+  RETURN_IF_FAILED(check(false));
+  RETURN_IF_FAILED(file_.write(view_of(text)));
+  return file_.write(L"\n");
+} catch (...) {
+  return hresult_from_exception(kSource);
+}
+
+STDMETHODIMP TextStream::WriteBlankLines(LONG lines) try {
+  RETURN_IF_FAILED(check(false));
+  if (lines < 0 || lines > kMostBlankLines) return raise(E_INVALIDARG, kSource, L"WriteBlankLines: a wrong number.");
+  return file_.write(std::wstring(static_cast<std::size_t>(lines), L'\n'));
+} catch (...) {
+  return hresult_from_exception(kSource);
+}
+
+template <class Reader>
+HRESULT TextStream::read(BSTR* text, Reader reader) try {
+  if (!text) return E_POINTER;
+  *text = nullptr;
+  RETURN_IF_FAILED(check(true));
+  if (file_.at_end()) return raise(kPastEndOfFile, kSource, L"The text stream is at its end.");
+  *text = new_bstr(reader());
+  return *text ? S_OK : E_OUTOFMEMORY;
+} catch (...) {
+  return hresult_from_exception(kSource);
+}
+
+STDMETHODIMP TextStream::Read(LONG characters, BSTR* text) {
+  if (!text) return E_POINTER;
+  *text = nullptr;
+  if (characters < 0) return raise(E_INVALIDARG, kSource, L"Read: a negative number of characters.");
+  return read(text, [&] { return file_.read(static_cast<std::size_t>(characters)); });
+}
+
+STDMETHODIMP TextStream::ReadLine(BSTR* text) {
+  return read(text, [&] { return file_.read_line(); });
+}
+
+STDMETHODIMP TextStream::ReadAll(BSTR* text) {
+  return read(text, [&] { return file_.read(); });
+}
+
+STDMETHODIMP TextStream::get_AtEndOfStream(VARIANT_BOOL* at_end) {
+  if (!at_end) return E_POINTER;
+  *at_end = VARIANT_TRUE;
+  RETURN_IF_FAILED(check(true));
+  *at_end = file_.at_end() ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+}
+
+STDMETHODIMP TextStream::get_Line(LONG* line) {
+  if (!line) return E_POINTER;
+  *line = file_.line();
+  return S_OK;
+}
+
+STDMETHODIMP TextStream::Close() { return file_.close(); }
+
+}  // namespace korlib

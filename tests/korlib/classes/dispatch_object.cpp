@@ -1,0 +1,375 @@
+#include <korlib_host/dispatch_object.h>
+// The header stands alone when it is included first.
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <vector>
+
+#include <korlib_host/enumerator.h>
+
+#include "support/late_bound.h"
+
+namespace {
+
+struct IGreeter : IDispatch {
+  virtual HRESULT Greet(BSTR name, BSTR* greeting) = 0;
+
+ protected:
+  ~IGreeter() = default;
+};
+
+}  // namespace
+KORLIB_IID(IGreeter, "3F0A2E52-9B1B-4B29-8A58-2B6C1C4E9E11");
+namespace {
+
+// Holds values by number; the default member of a shelf.
+class Slots final : public korlib::DispatchObject<Slots> {
+ public:
+  static std::span<const korlib::Member> members();
+
+  HRESULT get_Item(LONG at, VARIANT* value) {
+    if (at < 0 || static_cast<std::size_t>(at) >= values.size()) return DISP_E_BADINDEX;
+    return VariantCopy(value, &values[static_cast<std::size_t>(at)]);
+  }
+  HRESULT put_Item(LONG at, VARIANT value) {
+    values[static_cast<std::size_t>(at)] = value;
+    last = "put";
+    return S_OK;
+  }
+  HRESULT putref_Item(LONG at, VARIANT value) {
+    values[static_cast<std::size_t>(at)] = value;
+    last = "putref";
+    return S_OK;
+  }
+  HRESULT get__NewEnum(IUnknown** values_out) { return korlib::make_enumerator(values, values_out); }
+
+  std::vector<CComVariant> values = std::vector<CComVariant>(3);
+  std::string last;
+};
+
+std::span<const korlib::Member> Slots::members() {
+  static constexpr korlib::Member table[] = {
+      property<&Slots::get_Item, &Slots::put_Item, &Slots::putref_Item>(L"Item").is_default(),
+      new_enum<&Slots::get__NewEnum>(),
+  };
+  return table;
+}
+
+class Shelf final : public korlib::DispatchObject<Shelf, IGreeter> {
+ public:
+  static std::span<const korlib::Member> members();
+
+  HRESULT Greet(BSTR name, BSTR* greeting) override {
+    *greeting = korlib::new_bstr(L"Hello, " + std::wstring(korlib::view_of(name)));
+    return S_OK;
+  }
+  HRESULT Add(LONG a, LONG b, double c, VARIANT_BOOL negate, LONG* sum) {
+    *sum = static_cast<LONG>(a + b + c) * (negate ? -1 : 1);
+    return S_OK;
+  }
+  HRESULT Describe(VARIANT value, VARIANT* description) {
+    description->vt = VT_I4;
+    description->lVal = korlib::is_omitted(value) ? -1 : value.vt;
+    return S_OK;
+  }
+  HRESULT Take(VARIANT* count, LONG* before) {
+    *before = count->lVal;
+    count->lVal = 7;
+    return S_OK;
+  }
+  HRESULT CountAll(const korlib::Arguments& arguments, VARIANT* result) {
+    *result = korlib::long_variant(static_cast<LONG>(arguments.count()));
+    return S_OK;
+  }
+  HRESULT Fail() { return korlib::raise(DISP_E_BADINDEX, L"Shelf", L"nothing there"); }
+  HRESULT Throw() { throw std::runtime_error("broken"); }
+  HRESULT IsSame(IDispatch* other, VARIANT_BOOL* same) {
+    *same = other == static_cast<IDispatch*>(this) ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+  }
+  HRESULT HasGreeter(IGreeter* other, VARIANT_BOOL* has) {
+    *has = other ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+  }
+  HRESULT get_Width(LONG* value) {
+    *value = width;
+    return S_OK;
+  }
+  HRESULT put_Width(LONG value) {
+    width = value;
+    return S_OK;
+  }
+  HRESULT get_Slots(IDispatch** value) { return CComPtr<IDispatch>(slots.get()).copy_to(value); }
+  HRESULT put_Only(BSTR) { return S_OK; }
+
+  LONG width = 3;
+  CComPtr<Slots> slots = korlib::make<Slots>();
+};
+
+std::span<const korlib::Member> Shelf::members() {
+  static constexpr korlib::Member table[] = {
+      method<&Shelf::Greet>(L"Greet"),
+      method<&Shelf::Add>(L"Add").optional(10, 0, 1),
+      method<&Shelf::Describe>(L"Describe").optional(0),
+      method<&Shelf::Take>(L"Take"),
+      method<&Shelf::CountAll>(L"CountAll"),
+      method<&Shelf::Fail>(L"Fail"),
+      method<&Shelf::Throw>(L"Throw"),
+      method<&Shelf::IsSame>(L"IsSame"),
+      method<&Shelf::HasGreeter>(L"HasGreeter"),
+      property<&Shelf::get_Width, &Shelf::put_Width>(L"Width"),
+      property<&Shelf::get_Slots>(L"Slots").is_default(),
+      property<nullptr, &Shelf::put_Only>(L"Only"),
+  };
+  return table;
+}
+
+using test::call;
+using test::get;
+using test::invoke;
+using test::put;
+using test::putref;
+using test::text_of;
+using test::value_of;
+
+constexpr WORD kRead = DISPATCH_PROPERTYGET;
+constexpr WORD kCallOrRead = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
+constexpr WORD kBothPuts = DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
+
+LONG number_of(const test::Answer& answer) { return answer.value.vt == VT_I4 ? answer.value.lVal : -999; }
+
+CComVariant left_out() { return CComVariant(korlib::omitted()); }
+
+class DispatchObject : public testing::Test {
+ protected:
+  CComPtr<Shelf> shelf_ = korlib::make<Shelf>();
+  IDispatch* object() { return shelf_.get(); }
+};
+
+TEST_F(DispatchObject, FindsNamesInAnyLetterCase) {
+  const DISPID id = test::id_of(object(), L"Greet");
+  EXPECT_EQ(1, id);
+  EXPECT_EQ(id, test::id_of(object(), L"gREET"));
+  EXPECT_EQ(DISPID_VALUE, test::id_of(object(), L"slots"));
+  EXPECT_EQ(DISPID_UNKNOWN, test::id_of(object(), L"Gree"));
+  EXPECT_EQ(DISPID_UNKNOWN, test::id_of(object(), L""));
+  EXPECT_EQ(DISPID_NEWENUM, test::id_of(shelf_->slots.get(), L"_newenum"));
+}
+
+TEST_F(DispatchObject, RefusesNamesOfArguments) {
+  wchar_t first[] = L"Greet";
+  wchar_t second[] = L"name";
+  LPOLESTR names[] = {first, second};
+  DISPID ids[] = {77, 77};
+  EXPECT_EQ(DISP_E_UNKNOWNNAME, object()->GetIDsOfNames(IID_NULL, names, 2, 0, ids));
+  EXPECT_EQ(1, ids[0]);
+  EXPECT_EQ(DISPID_UNKNOWN, ids[1]);
+  EXPECT_EQ(DISP_E_UNKNOWNINTERFACE, object()->GetIDsOfNames(IID_IUnknown, names, 1, 0, ids));
+}
+
+TEST_F(DispatchObject, TellsMethodsFromProperties) {
+  struct Row {
+    const wchar_t* name;
+    WORD flags;
+    HRESULT expected;
+  };
+  const Row rows[] = {
+      {L"CountAll", DISPATCH_METHOD, S_OK},
+      {L"CountAll", kRead, DISP_E_MEMBERNOTFOUND},
+      {L"CountAll", kCallOrRead, S_OK},
+      {L"CountAll", DISPATCH_PROPERTYPUT, DISP_E_MEMBERNOTFOUND},
+      {L"Width", kRead, S_OK},
+      {L"Width", DISPATCH_METHOD, DISP_E_MEMBERNOTFOUND},
+      {L"Width", kCallOrRead, S_OK},
+      {L"Only", kRead, DISP_E_MEMBERNOTFOUND},
+  };
+  for (const Row& row : rows) {
+    std::vector<CComVariant> arguments;
+    if (row.flags == DISPATCH_PROPERTYPUT) arguments.push_back(value_of(1));
+    EXPECT_EQ(row.expected, invoke(object(), row.name, row.flags, arguments).hr)
+        << testing::PrintToString(std::wstring(row.name)) << " flags " << row.flags;
+  }
+}
+
+TEST_F(DispatchObject, AnswersForIdentifiersThatNoMemberHas) {
+  for (const DISPID id : {-1, -5, 99, 11}) EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(object(), id, kRead, {}).hr) << id;
+}
+
+TEST_F(DispatchObject, ConvertsArguments) {
+  EXPECT_EQ(L"Hello, 12", text_of(call(object(), L"Greet", 12)));
+  EXPECT_EQ(L"Hello, ", text_of(call(object(), L"Greet", CComVariant())));
+  EXPECT_EQ(42, number_of(call(object(), L"Add", L" 40 ", 2.0, 0, false)));
+  EXPECT_EQ(-42, number_of(call(object(), L"Add", 40, 1, 1, -1)));
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, call(object(), L"Add", L"x").hr);
+  EXPECT_EQ(DISP_E_OVERFLOW, call(object(), L"Add", 1e12).hr);
+}
+
+TEST_F(DispatchObject, NamesTheArgumentThatDoesNotConvert) {
+  CComVariant arguments[] = {value_of(0), value_of(L"x"), value_of(1)};  // reversed: Add(1, "x", 0)
+  DISPPARAMS params{arguments, nullptr, 3, 0};
+  UINT bad = 99;
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, object()->Invoke(test::id_of(object(), L"Add"), IID_NULL, 0, DISPATCH_METHOD, &params,
+                                                  nullptr, nullptr, &bad));
+  EXPECT_EQ(1u, bad);
+}
+
+TEST_F(DispatchObject, FillsInOptionalArguments) {
+  EXPECT_EQ(-11, number_of(call(object(), L"Add", 1)));
+  EXPECT_EQ(-3, number_of(call(object(), L"Add", 1, 2)));
+  EXPECT_EQ(-11, number_of(call(object(), L"Add", 1, left_out())));
+  EXPECT_EQ(-16, number_of(call(object(), L"Add", 1, left_out(), 5)));
+  EXPECT_EQ(-1, number_of(call(object(), L"Describe")));
+  EXPECT_EQ(DISP_E_BADPARAMCOUNT, call(object(), L"Add").hr);
+  EXPECT_EQ(DISP_E_BADPARAMCOUNT, call(object(), L"Add", 1, 2, 3, 4, 5).hr);
+  EXPECT_EQ(DISP_E_PARAMNOTFOUND, call(object(), L"Add", left_out()).hr);
+}
+
+TEST_F(DispatchObject, FollowsReferences) {
+  CComVariant variable(LONG{5});
+  EXPECT_EQ(VT_I4, number_of(call(object(), L"Describe", test::by_reference(&variable))));
+  EXPECT_EQ(5, number_of(call(object(), L"Take", test::by_reference(&variable))));
+  EXPECT_EQ(7, variable.lVal);
+  LONG number = 9;
+  CComVariant reference;
+  reference.vt = VT_BYREF | VT_I4;
+  reference.plVal = &number;
+  EXPECT_EQ(VT_I4, number_of(call(object(), L"Describe", reference)));
+  EXPECT_EQ(L"Hello, 9", text_of(call(object(), L"Greet", reference)));
+}
+
+TEST_F(DispatchObject, PassesObjectsAsTheInterfaceAskedFor) {
+  EXPECT_TRUE(test::is_true(call(object(), L"IsSame", object())));
+  EXPECT_TRUE(test::is_true(call(object(), L"HasGreeter", object())));
+  EXPECT_FALSE(test::is_true(call(object(), L"HasGreeter", test::null_value())));
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, call(object(), L"HasGreeter", shelf_->slots).hr);
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, call(object(), L"HasGreeter", 1).hr);
+}
+
+TEST_F(DispatchObject, TakesAnyNumberOfArgumentsWhereTheMemberDoes) {
+  EXPECT_EQ(0, number_of(call(object(), L"CountAll")));
+  EXPECT_EQ(9, number_of(call(object(), L"CountAll", 1, 2, 3, 4, 5, 6, 7, 8, 9)));
+}
+
+TEST_F(DispatchObject, PutsProperties) {
+  EXPECT_EQ(S_OK, put(object(), L"width", L"12").hr);
+  EXPECT_EQ(12, shelf_->width);
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, putref(object(), L"Width", object()).hr);
+  EXPECT_EQ(S_OK, invoke(object(), L"Width", kBothPuts, {value_of(3)}).hr);
+  EXPECT_EQ(3, shelf_->width);
+  EXPECT_EQ(DISP_E_BADPARAMCOUNT, put(object(), L"Width", 1, 2).hr);
+}
+
+TEST_F(DispatchObject, NeedsThePutsOwnNameOnItsValue) {
+  CComVariant value(LONG{1});
+  DISPID wrong = 3;
+  DISPPARAMS params{&value, nullptr, 1, 0};
+  const DISPID width = test::id_of(object(), L"Width");
+  EXPECT_EQ(DISP_E_PARAMNOTFOUND,
+            object()->Invoke(width, IID_NULL, 0, DISPATCH_PROPERTYPUT, &params, nullptr, nullptr, nullptr));
+  params = {&value, &wrong, 1, 1};
+  EXPECT_EQ(DISP_E_NONAMEDARGS,
+            object()->Invoke(width, IID_NULL, 0, DISPATCH_PROPERTYPUT, &params, nullptr, nullptr, nullptr));
+  EXPECT_EQ(DISP_E_NONAMEDARGS, object()->Invoke(width, IID_NULL, 0, kRead, &params, nullptr, nullptr, nullptr));
+  EXPECT_EQ(3, shelf_->width);
+}
+
+TEST_F(DispatchObject, ChoosesBetweenBothPutsByTheValue) {
+  IDispatch* slots = shelf_->slots.get();
+  EXPECT_EQ(S_OK, invoke(slots, L"Item", kBothPuts, {value_of(0), value_of(object())}).hr);
+  EXPECT_EQ("putref", shelf_->slots->last);
+  EXPECT_EQ(S_OK, invoke(slots, L"Item", kBothPuts, {value_of(0), value_of(1)}).hr);
+  EXPECT_EQ("put", shelf_->slots->last);
+  EXPECT_EQ(S_OK, put(slots, L"Item", 0, object()).hr);
+  EXPECT_EQ("put", shelf_->slots->last);
+  shelf_->slots->values.clear();  // the shelf was in there, which holds the slots
+}
+
+TEST_F(DispatchObject, PassesArgumentsOnToTheObjectThatAPropertyHolds) {
+  EXPECT_EQ(S_OK, put(object(), L"Slots", 1, L"here").hr);
+  EXPECT_EQ(L"here", text_of(get(object(), L"Slots", 1)));
+  EXPECT_EQ(L"here", text_of(invoke(object(), L"Slots", kCallOrRead, {value_of(1)})));
+  EXPECT_EQ(L"here", text_of(invoke(object(), DISPID_VALUE, kRead, {value_of(1)})));
+  EXPECT_EQ(DISP_E_BADINDEX, get(object(), L"Slots", 8).hr);
+  EXPECT_EQ(DISP_E_BADPARAMCOUNT, get(object(), L"Slots", 1, 2).hr);
+  EXPECT_EQ(DISP_E_BADPARAMCOUNT, get(object(), L"Width", 1).hr);
+}
+
+TEST_F(DispatchObject, PassesAFailureOnUnchangedWithItsWords) {
+  const test::Answer answer = call(object(), L"Fail");
+  EXPECT_EQ(DISP_E_BADINDEX, answer.hr);
+  EXPECT_EQ(L"Shelf", answer.source);
+  EXPECT_EQ(L"nothing there", answer.description);
+  EXPECT_EQ(VT_EMPTY, answer.value.vt);
+}
+
+TEST_F(DispatchObject, TurnsAnExceptionIntoAnError) {
+  const test::Answer answer = call(object(), L"Throw");
+  EXPECT_EQ(E_FAIL, answer.hr);
+  EXPECT_EQ(L"broken", answer.description);
+}
+
+TEST_F(DispatchObject, RunsWithoutAnyOutArgument) {
+  CComVariant name(L"x");
+  DISPPARAMS params{&name, nullptr, 1, 0};
+  EXPECT_EQ(S_OK, object()->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr));
+  EXPECT_EQ(E_INVALIDARG, object()->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(DISP_E_UNKNOWNINTERFACE,
+            object()->Invoke(1, IID_IUnknown, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr));
+}
+
+TEST_F(DispatchObject, OffersItsInterfacesAndNoOthers) {
+  CComPtr<IGreeter> greeter;
+  CComPtr<IUnknown> unknown;
+  EXPECT_EQ(S_OK, shelf_.query(greeter.put()));
+  EXPECT_EQ(S_OK, greeter.query(unknown.put()));
+  void* poisoned = &greeter;
+  EXPECT_EQ(E_NOINTERFACE, shelf_->QueryInterface(IID_ITypeInfo, &poisoned));
+  EXPECT_EQ(nullptr, poisoned);
+  UINT count = 9;
+  EXPECT_EQ(S_OK, shelf_->GetTypeInfoCount(&count));
+  EXPECT_EQ(0u, count);
+}
+
+TEST_F(DispatchObject, GoesWithItsLastReference) {
+  const auto before = korlib_host::live_objects();
+  CComPtr<Shelf> other = korlib::make<Shelf>();
+  EXPECT_EQ(before + 2, korlib_host::live_objects());  // its slots with it
+  other.reset();
+  EXPECT_EQ(before, korlib_host::live_objects());
+}
+
+TEST(Enumerator, StepsThroughASnapshot) {
+  CComPtr<Slots> slots = korlib::make<Slots>();
+  for (int i = 0; i < 3; ++i) slots->values[static_cast<std::size_t>(i)] = CComVariant(LONG{i});
+  CComPtr<IUnknown> unknown;
+  ASSERT_EQ(S_OK, slots->get__NewEnum(unknown.put()));
+  slots->values.clear();
+  CComPtr<IEnumVARIANT> values;
+  ASSERT_EQ(S_OK, unknown.query(values.put()));
+  VARIANT two[2];
+  ULONG fetched = 9;
+  EXPECT_EQ(S_OK, values->Next(2, two, &fetched));
+  EXPECT_EQ(2u, fetched);
+  EXPECT_EQ(1, two[1].lVal);
+  CComPtr<IEnumVARIANT> copy;
+  EXPECT_EQ(S_OK, values->Clone(copy.put()));
+  EXPECT_EQ(S_FALSE, values->Next(2, two, &fetched));
+  EXPECT_EQ(1u, fetched);
+  EXPECT_EQ(VT_EMPTY, two[1].vt);
+  EXPECT_EQ(S_OK, copy->Skip(1));
+  EXPECT_EQ(S_FALSE, copy->Skip(1));
+  EXPECT_EQ(S_OK, copy->Reset());
+  EXPECT_EQ(S_OK, copy->Next(1, two, nullptr));
+  EXPECT_EQ(0, two[0].lVal);
+}
+
+TEST(Enumerator, IsReachedThroughTheObject) {
+  CComPtr<Slots> slots = korlib::make<Slots>();
+  for (const WORD flags : {DISPATCH_METHOD, DISPATCH_PROPERTYGET, kCallOrRead}) {
+    const test::Answer answer = invoke(slots.get(), DISPID_NEWENUM, flags, {});
+    EXPECT_EQ(S_OK, answer.hr);
+    EXPECT_EQ(VT_UNKNOWN, answer.value.vt);
+  }
+}
+
+}  // namespace
