@@ -1,0 +1,193 @@
+// Streaming and replay: what is written, in which order, in how many writes.
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <korlib/text.h>
+
+#include "mirt/templator/engine.h"
+
+namespace test {
+namespace {
+
+using Texts = std::vector<std::wstring>;
+
+struct Drawing {
+  Engine engine;
+  CComPtr<RecordingSink> sink = RecordingSink::make(kResponse);
+
+  Drawing() { EXPECT_EQ(S_OK, engine.putref_Output(sink->unknown())); }
+};
+
+TEST(Streaming, WritesLiteralTextOneCharacterAtATime) {
+  Drawing drawing;
+  EXPECT_EQ(S_OK, drawing.engine.stream(L"ab(#%x#)cd"));
+  EXPECT_EQ((Texts{L"a", L"b", L"<% x>", L"c", L"d"}), drawing.sink->texts());
+}
+
+TEST(Streaming, LendsOneStringForAllCharacters) {
+  Drawing drawing;
+  EXPECT_EQ(S_OK, drawing.engine.stream(L"abc(#%x#)d("));
+  const auto& addresses = drawing.sink->addresses;
+  ASSERT_EQ(6u, addresses.size());
+  for (const std::size_t i : {1, 2, 4, 5}) EXPECT_EQ(addresses[0], addresses[i]) << i;
+}
+
+TEST(Streaming, WritesAProtectedDelimiterWhole) {
+  Drawing drawing;
+  EXPECT_EQ(S_OK, drawing.engine.stream(L"^(#^#)^^^x^"));
+  EXPECT_EQ((Texts{L"(#", L"#)", L"^", L"^", L"x", L"^"}), drawing.sink->texts());
+}
+
+TEST(Streaming, WritesNothingForNothing) {
+  Drawing drawing;
+  EXPECT_EQ(S_OK, drawing.engine.stream(L""));
+  EXPECT_EQ(S_OK, drawing.engine.Process(static_cast<wchar_t*>(nullptr)));
+  EXPECT_EQ(Texts{}, drawing.sink->texts());
+}
+
+TEST(Streaming, KeepsWhatWasWrittenBeforeAFault) {
+  Drawing drawing;
+  EXPECT_EQ(E_FAIL, drawing.engine.stream(L"a#)b"));
+  EXPECT_EQ(L"Invalid mark order.", take_error().description);
+  EXPECT_EQ(E_FAIL, drawing.engine.stream(L"c(#%x"));
+  EXPECT_EQ(L"Templator", take_error().source);
+  EXPECT_EQ((Texts{L"a", L"c"}), drawing.sink->texts());
+  EXPECT_TRUE(drawing.engine.marks.empty());
+}
+
+TEST(Replay, WritesEachRunWhole) {
+  Drawing drawing;
+  EXPECT_EQ(S_OK, drawing.engine.replay(L"ab(#%x#)cd"));
+  EXPECT_EQ((Texts{L"ab", L"<% x>", L"cd"}), drawing.sink->texts());
+}
+
+TEST(Replay, WritesEmptyRunsToo) {
+  Drawing drawing;
+  EXPECT_EQ(S_OK, drawing.engine.replay(L"(#%x#)(#%y#)"));
+  EXPECT_EQ((Texts{L"", L"<% x>", L"", L"<% y>", L""}), drawing.sink->texts());
+}
+
+TEST(Replay, StopsAtTheMarkThatFails) {
+  Drawing drawing;
+  drawing.engine.on_mark = [&](const Mark& mark) { return mark.name == L"2" ? E_ABORT : S_OK; };
+  EXPECT_EQ(E_ABORT, drawing.engine.replay(L"a(#%1#)b(#%2#)c(#%3#)d"));
+  EXPECT_EQ((Texts{L"a", L"b"}), drawing.sink->texts());
+  EXPECT_EQ(2u, drawing.engine.marks.size());
+}
+
+TEST(Replay, RefusesWhatAFailedParseLeft) {
+  Drawing drawing;
+  CTemplate partial;
+  EXPECT_EQ(E_FAIL, drawing.engine.Parse(CComBSTR(L"a(#%x#)b#)"), partial));
+  EXPECT_TRUE(FAILED(drawing.engine.Process(partial)));
+  CTemplate fresh;
+  EXPECT_TRUE(FAILED(drawing.engine.Process(fresh)));
+  EXPECT_EQ(Texts{}, drawing.sink->texts());
+}
+
+TEST(Replay, ServesSeveralEnginesFromOneTemplate) {
+  Drawing one;
+  Drawing two;
+  CTemplate tmpl;
+  ASSERT_EQ(S_OK, one.engine.Parse(CComBSTR(L"a(#%x|y#)b"), tmpl));
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(S_OK, one.engine.Process(tmpl));
+    EXPECT_EQ(S_OK, two.engine.Process(tmpl));
+  }
+  EXPECT_EQ(L"a<% x|y>ba<% x|y>b", one.sink->text());
+  EXPECT_EQ(one.sink->texts(), two.sink->texts());
+}
+
+enum class Mode { kStream, kReplay };
+
+class BothModes : public testing::TestWithParam<Mode> {
+ protected:
+  HRESULT draw(Engine& engine, std::wstring_view text) const {
+    return GetParam() == Mode::kStream ? engine.stream(text) : engine.replay(text);
+  }
+};
+
+TEST_P(BothModes, FailWithoutAnOutput) {
+  Engine engine;
+  EXPECT_EQ(E_FAIL, draw(engine, L"a(#%x#)"));
+  EXPECT_TRUE(engine.marks.empty());
+}
+
+TEST_P(BothModes, PassAFailedWriteOn) {
+  const std::wstring text = L"ab^(#(#%x#)^^c(#:y#)";
+  Drawing whole;
+  ASSERT_EQ(S_OK, draw(whole.engine, text));
+  const Texts expected = whole.sink->texts();
+  for (std::size_t n = 0; n < expected.size(); ++n) {
+    Drawing drawing;
+    drawing.sink->fail_at = static_cast<int>(n);
+    EXPECT_EQ(E_ABORT, draw(drawing.engine, text)) << n;
+    EXPECT_EQ(Texts(expected.begin(), expected.begin() + static_cast<std::ptrdiff_t>(n)), drawing.sink->texts());
+  }
+}
+
+TEST_P(BothModes, PassAFailedMarkOn) {
+  Drawing drawing;
+  drawing.engine.on_mark = [](const Mark&) { return DISP_E_OVERFLOW; };
+  EXPECT_EQ(DISP_E_OVERFLOW, draw(drawing.engine, L"a(#%x#)b"));
+  EXPECT_EQ(Texts{L"a"}, drawing.sink->texts());
+}
+
+TEST_P(BothModes, LetAMarkDrawATemplateOfItsOwn) {
+  Drawing drawing;
+  drawing.engine.on_mark = [&](const Mark& mark) {
+    return mark.params.empty() ? drawing.engine.write_output(CComBSTR(L"!")) : draw(drawing.engine, mark.params[0]);
+  };
+  EXPECT_EQ(S_OK, draw(drawing.engine, L"1(#%x|2(#%y|3(#%z#)4#)5#)6"));
+  EXPECT_EQ(L"123!456", drawing.sink->text());
+}
+
+TEST_P(BothModes, FollowAChangeOfOutput) {
+  Drawing drawing;
+  const CComPtr<RecordingSink> other = RecordingSink::make(kTextStream);
+  drawing.engine.on_mark = [&](const Mark&) { return drawing.engine.putref_Output(other->unknown()); };
+  EXPECT_EQ(S_OK, draw(drawing.engine, L"a(#%x#)b"));
+  EXPECT_EQ(L"a", drawing.sink->text());
+  EXPECT_EQ(L"b", other->text());
+}
+
+TEST_P(BothModes, StopWhenTheOutputIsTakenAway) {
+  Drawing drawing;
+  drawing.engine.on_mark = [&](const Mark&) { return drawing.engine.putref_Output(nullptr); };
+  EXPECT_EQ(E_FAIL, draw(drawing.engine, L"a(#%x#)b"));
+  EXPECT_EQ(L"a", drawing.sink->text());
+}
+
+INSTANTIATE_TEST_SUITE_P(Process, BothModes, testing::Values(Mode::kStream, Mode::kReplay),
+                         [](const auto& mode) { return mode.param == Mode::kStream ? "Streaming" : "Replay"; });
+
+std::wstring contents(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  EXPECT_TRUE(file) << path;
+  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::wstring text(utf8_utf32(bytes.data(), bytes.size(), nullptr, 0), L'\0');
+  utf8_utf32(bytes.data(), bytes.size(), text.data(), text.size());
+  return text;
+}
+
+TEST(TemplateFolders, DrawAlikeStreamedAndReplayed) {
+  int folders = 0;
+  for (const auto& folder : std::filesystem::directory_iterator(TEST_DATA "/templates")) {
+    SCOPED_TRACE(folder.path().filename().string());
+    ++folders;
+    const std::wstring text = contents(folder.path() / "template.txt");
+    const std::wstring expected = contents(folder.path() / "expected.txt");
+    Drawing streamed;
+    Drawing replayed;
+    EXPECT_EQ(S_OK, streamed.engine.stream(text));
+    EXPECT_EQ(S_OK, replayed.engine.replay(text));
+    EXPECT_EQ(expected, streamed.sink->text());
+    EXPECT_EQ(expected, replayed.sink->text());
+    EXPECT_EQ(streamed.engine.marks, replayed.engine.marks);
+  }
+  EXPECT_GE(folders, 5);
+}
+
+}  // namespace
+}  // namespace test

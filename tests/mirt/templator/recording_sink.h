@@ -1,0 +1,156 @@
+// An object that a template can be drawn into, of any of the four kinds or of several at once.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <korlib/adostream.h>
+#include <korlib/comvariant.h>
+#include <korlib/ptr.h>
+#include <korlib/stream.h>
+#include <korlib/textstream.h>
+#include <zelto/asp.h>
+
+namespace test {
+
+enum SinkKind : unsigned { kResponse = 1, kAdoStream = 2, kTextStream = 4, kRawStream = 8 };
+
+class RecordingSink final : public ZeltoTypeLibrary::IResponse,
+                            public IKorLibStream,
+                            public Scripting::ITextStream,
+                            public IStream {
+ public:
+  struct Output {
+    SinkKind through;
+    std::wstring text;
+
+    friend bool operator==(const Output&, const Output&) = default;
+  };
+
+  // `kinds` says which of the four interfaces it answers to.
+  static CComPtr<RecordingSink> make(unsigned kinds) {
+    CComPtr<RecordingSink> sink;
+    sink.attach(new RecordingSink(kinds));
+    return sink;
+  }
+
+  std::vector<Output> outputs;
+  std::vector<const void*> addresses;  // of the texts, to see which string was lent
+  int fail_at = -1;                    // the number of the write that fails, from 0
+  HRESULT failure = E_ABORT;
+
+  std::wstring text() const {
+    std::wstring all;
+    for (const Output& output : outputs) all += output.text;
+    return all;
+  }
+  std::vector<std::wstring> texts() const {
+    std::vector<std::wstring> all;
+    for (const Output& output : outputs) all.push_back(output.text);
+    return all;
+  }
+  ULONG references() const { return references_; }
+  IUnknown* unknown() { return static_cast<ZeltoTypeLibrary::IResponse*>(this); }
+
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    *ppv = nullptr;
+    if (riid == IID_IUnknown) *ppv = unknown();
+    if (kinds_ & kResponse && riid == korlib::iid_of<IResponse>) *ppv = static_cast<IResponse*>(this);
+    if (kinds_ & kAdoStream && riid == korlib::iid_of<IKorLibStream>) *ppv = static_cast<IKorLibStream*>(this);
+    if (kinds_ & kTextStream && riid == korlib::iid_of<ITextStream>) *ppv = static_cast<ITextStream*>(this);
+    if (kinds_ & kRawStream && riid == korlib::iid_of<IStream>) *ppv = static_cast<IStream*>(this);
+    if (!*ppv) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  ULONG AddRef() override { return ++references_; }
+  ULONG Release() override {
+    const ULONG left = --references_;
+    if (left == 0) delete this;
+    return left;
+  }
+
+  // What a sink is written through.
+  HRESULT Write(VARIANT text) override {
+    if (text.vt != VT_BSTR) return E_INVALIDARG;
+    return take(kResponse, text.bstrVal, korlib::view_of(text.bstrVal));
+  }
+  HRESULT WriteText(BSTR text, LONG options) override {
+    return options == adWriteChar ? take(kAdoStream, text, korlib::view_of(text)) : E_INVALIDARG;
+  }
+  HRESULT Write(BSTR text) override { return take(kTextStream, text, korlib::view_of(text)); }
+  HRESULT Write(const void* data, ULONG bytes, ULONG* written) override {
+    if (!written || bytes % sizeof(wchar_t) != 0) return E_INVALIDARG;
+    *written = 0;  // whoever writes templates does not look at it
+    return take(kRawStream, data, {static_cast<const wchar_t*>(data), bytes / sizeof(wchar_t)});
+  }
+
+  // The rest is asked for by nobody.
+  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+  HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override { return E_NOTIMPL; }
+  HRESULT BinaryWrite(VARIANT) override { return E_NOTIMPL; }
+  HRESULT AddHeader(BSTR, BSTR) override { return E_NOTIMPL; }
+  HRESULT AppendToLog(BSTR) override { return E_NOTIMPL; }
+  HRESULT get_Status(BSTR*) override { return E_NOTIMPL; }
+  HRESULT put_Status(BSTR) override { return E_NOTIMPL; }
+  HRESULT get_CodePage(LONG*) override { return E_NOTIMPL; }
+  HRESULT get_Size(LONG*) override { return E_NOTIMPL; }
+  HRESULT get_EOS(VARIANT_BOOL*) override { return E_NOTIMPL; }
+  HRESULT get_Position(LONG*) override { return E_NOTIMPL; }
+  HRESULT put_Position(LONG) override { return E_NOTIMPL; }
+  HRESULT get_Type(LONG*) override { return E_NOTIMPL; }
+  HRESULT put_Type(LONG) override { return E_NOTIMPL; }
+  HRESULT get_LineSeparator(LONG*) override { return E_NOTIMPL; }
+  HRESULT put_LineSeparator(LONG) override { return E_NOTIMPL; }
+  HRESULT get_State(LONG*) override { return E_NOTIMPL; }
+  HRESULT get_Mode(LONG*) override { return E_NOTIMPL; }
+  HRESULT put_Mode(LONG) override { return E_NOTIMPL; }
+  HRESULT get_Charset(BSTR*) override { return E_NOTIMPL; }
+  HRESULT put_Charset(BSTR) override { return E_NOTIMPL; }
+  HRESULT Read(LONG, VARIANT*) override { return E_NOTIMPL; }
+  HRESULT Open(VARIANT, LONG, LONG, BSTR, BSTR) override { return E_NOTIMPL; }
+  HRESULT Close() override { return E_NOTIMPL; }
+  HRESULT SkipLine() override { return E_NOTIMPL; }
+  HRESULT SetEOS() override { return E_NOTIMPL; }
+  HRESULT CopyTo(IKorLibStream*, LONG) override { return E_NOTIMPL; }
+  HRESULT Flush() override { return E_NOTIMPL; }
+  HRESULT SaveToFile(BSTR, LONG) override { return E_NOTIMPL; }
+  HRESULT LoadFromFile(BSTR) override { return E_NOTIMPL; }
+  HRESULT ReadText(LONG, BSTR*) override { return E_NOTIMPL; }
+  HRESULT Cancel() override { return E_NOTIMPL; }
+  HRESULT WriteLine(BSTR) override { return E_NOTIMPL; }
+  HRESULT WriteBlankLines(LONG) override { return E_NOTIMPL; }
+  HRESULT Read(LONG, BSTR*) override { return E_NOTIMPL; }
+  HRESULT ReadLine(BSTR*) override { return E_NOTIMPL; }
+  HRESULT ReadAll(BSTR*) override { return E_NOTIMPL; }
+  HRESULT get_AtEndOfStream(VARIANT_BOOL*) override { return E_NOTIMPL; }
+  HRESULT get_Line(LONG*) override { return E_NOTIMPL; }
+  HRESULT Read(void*, ULONG, ULONG*) override { return E_NOTIMPL; }
+  HRESULT Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+  HRESULT SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
+  HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+  HRESULT Commit(DWORD) override { return E_NOTIMPL; }
+  HRESULT Revert() override { return E_NOTIMPL; }
+  HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+  HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+  HRESULT Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
+  HRESULT Clone(IStream**) override { return E_NOTIMPL; }
+
+ private:
+  explicit RecordingSink(unsigned kinds) : kinds_(kinds) {}
+  ~RecordingSink() = default;
+
+  HRESULT take(SinkKind through, const void* address, std::wstring_view text) {
+    if (static_cast<int>(outputs.size()) == fail_at) return failure;
+    outputs.push_back({through, std::wstring(text)});
+    addresses.push_back(address);
+    return S_OK;
+  }
+
+  unsigned kinds_;
+  ULONG references_ = 1;
+};
+
+}  // namespace test
