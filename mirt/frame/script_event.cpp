@@ -26,13 +26,11 @@ HRESULT CEvent::invoke(WORD flags, DISPPARAMS* params, VARIANT* value) {
 }
 
 HRESULT CEvent::Fire(IDispatch* owner, VARIANT* argument) {
-  VARIANT arguments[2];  // in reverse order
-  VariantInit(&arguments[0]);
+  VARIANT arguments[] = {VARIANT{}, korlib::borrowed(owner)};  // in reverse order
   if (argument) {
     arguments[0].vt = VT_BYREF | VT_VARIANT;
     arguments[0].pvarVal = argument;
   }
-  arguments[1] = korlib::borrowed(owner);
   DISPPARAMS params{arguments, nullptr, 2, 0};
   return invoke(DISPATCH_METHOD, &params, result.put());
 }
