@@ -1,0 +1,203 @@
+// The controller's plain parts, which no host can tell apart from outside.
+#include <gtest/gtest.h>
+
+#include <korlib/activation.h>
+
+#include "frame/globals.h"
+#include "page/command_key.h"
+#include "page/message_store.h"
+#include "page/mirt_session.h"
+#include "page/template_path.h"
+#include "page/text.h"
+#include "support/late_bound.h"
+
+namespace test {
+namespace {
+
+// Computed with a Mersenne Twister written in another language from its published description.
+TEST(CommandKey, FollowsTheSeed) {
+  const struct {
+    std::uint32_t seed;
+    const wchar_t* key;
+  } cases[] = {{0, L"OPSVPW"}, {1, L"KZSYAD"}, {5489, L"VDXVDZ"}, {12345, L"YXIDEB"}, {4294967295u, L"CCXOUN"}};
+  for (const auto& row : cases) EXPECT_EQ(row.key, page::draw_command_key(row.seed)) << row.seed;
+}
+
+TEST(PageText, JoinsTextsWithWhateverIsInThem) {
+  EXPECT_EQ(std::wstring_view(L"a\0b\xD800", 4), page::join({L"a", {L"\0", 1}, L"", L"b\xD800"}).view());
+  EXPECT_EQ(L"", page::join({}).view());
+  EXPECT_TRUE(page::join({L""}).get() != nullptr);
+}
+
+TEST(PageText, IgnoresCaseOverTheWholeText) {
+  EXPECT_TRUE(page::equal_ignoring_case(L"OnDraw__Input", L"ONDRAW__iNPUT"));
+  EXPECT_TRUE(page::equal_ignoring_case(L"", L""));
+  EXPECT_FALSE(page::equal_ignoring_case(L"a", L"ab"));
+  EXPECT_FALSE(page::equal_ignoring_case(L"a_", L"a?"));
+  EXPECT_FALSE(page::equal_ignoring_case({L"a\0b", 3}, {L"a\0c", 3}));
+}
+
+TEST(PageText, CopiesNullAndOddLengths) {
+  EXPECT_EQ(nullptr, page::copy_of(nullptr).get());
+  CComBSTR odd;
+  odd.attach(SysAllocStringByteLen("abcdefg", 7));
+  EXPECT_EQ(7u, page::copy_of(odd).byte_length());
+}
+
+TEST(TemplatePath, ComposesFolderNameAndExtension) {
+  const struct {
+    const wchar_t *current, *folder, *name, *extension, *path;
+  } cases[] = {
+      {L"", L"C:\\site\\tpl", L"list", L".html", L"C:\\site\\tpl\\list.html"},
+      {L"", L"C:\\site\\tpl\\", L"list", L".html", L"C:\\site\\tpl\\list.html"},
+      {L"", L"C:\\site\\tpl", L"/list", L".html", L"C:\\site\\tpl\\list.html"},
+      {L"", L"C:\\site\\tpl", L"\\list", L".html", L"C:\\site\\tpl\\list.html"},
+      {L"", L"C:\\site\\tpl", L"//list", L"", L"C:\\site\\tpl\\/list"},
+      {L"", L"/site/tpl/", L"list", L".html", L"/site/tpl/\\list.html"},
+      {L"", L"", L"list", L".html", L"list.html"},
+      {L"", L"", L"", L"", L""},
+      {L"", L"d", L"", L"html", L"d\\html"},
+      {L"C:\\site\\tpl\\parts\\a.html", L"C:\\site\\tpl", L"b", L".html", L"C:\\site\\tpl\\parts\\b.html"},
+      {L"C:\\site\\tpl\\parts\\a.html", L"", L"/b", L".html", L"C:\\site\\tpl\\parts\\b.html"},
+      {L"/site/tpl/a.html", L"/site/tpl", L"b", L".html", L"b.html"},
+  };
+  for (const auto& row : cases)
+    EXPECT_EQ(row.path, page::compose_path(row.current, row.folder, row.name, row.extension).view());
+}
+
+TEST(TemplatePath, IsPermittedBelowItsBaseInAnyCase) {
+  const struct {
+    const wchar_t *path, *permitted, *folder;
+    bool allowed;
+  } cases[] = {
+      {L"/nowhere/tpl/a", L"", L"/nowhere/tpl", true},
+      {L"/nowhere/TPL/a", L"", L"/Nowhere/tpl", true},
+      {L"/nowhere/tpl", L"", L"/nowhere/tpl", false},
+      {L"/nowhere/tplx/a", L"", L"/nowhere/tpl", false},
+      {L"/nowhere/a", L"", L"/nowhere/tpl", false},
+      {L"/nowhere/a", L"/nowhere", L"/nowhere/tpl", true},
+      {L"/nowhere/tpl/a", L"/else", L"/nowhere", false},
+      {L"/nowhere/a", L"", L"", false},
+      {L"", L"", L"/nowhere", false},
+      {L"\\nowhere\\a", L"", L"/nowhere\\", true},
+  };
+  for (const auto& row : cases)
+    EXPECT_EQ(row.allowed, page::is_permitted(row.path, row.permitted, row.folder))
+        << testing::PrintToString(std::wstring(row.path));
+}
+
+TEST(TemplatePath, RefusesANulInAPath) {
+  CComBSTR out;
+  EXPECT_EQ(S_OK, page::canonicalize(L"/", out));
+  EXPECT_EQ(L"/", out.view());
+  EXPECT_EQ(E_FAIL, page::canonicalize({L"/\0.html", 7}, out));
+  EXPECT_EQ(E_FAIL, page::canonicalize(L"/no such folder/no such file", out));
+  EXPECT_EQ(L"/", out.view());
+  EXPECT_EQ(E_FAIL, page::canonicalize(std::wstring(5000, L'a'), out));
+}
+
+TEST(MessageStore, KeepsCopiesInOrderUnderExactKeys) {
+  page::MessageStore store;
+  EXPECT_TRUE(store.empty());
+  EXPECT_EQ(nullptr, store.find(CComBSTR(L"a")));
+  {
+    CComVariant text(L"one");
+    VARIANT reference{};
+    reference.vt = VT_BYREF | VT_BSTR;
+    reference.pbstrVal = &text.bstrVal;
+    EXPECT_EQ(S_OK, store.add(reference, nullptr));
+  }
+  store.add(CComVariant(LONG{2}), CComBSTR(L""));
+  store.add(CComVariant(LONG{3}), CComBSTR(L"A"));
+  const page::MessageStore::List* list = store.find(nullptr);
+  ASSERT_TRUE(list && list->size() == 2);
+  EXPECT_EQ(L"one", std::wstring(korlib::view_of((*list)[0].bstrVal)));
+  EXPECT_EQ(2, (*list)[1].lVal);
+  EXPECT_EQ(nullptr, store.find(CComBSTR(L"a")));
+  EXPECT_FALSE(store.empty());
+}
+
+class MirtSession : public testing::Test {
+ protected:
+  void SetUp() override { session_.attach(new CMirtSession); }
+  void TearDown() override {
+    session_.reset();
+    EXPECT_EQ(0, g_nRefCount);
+  }
+  std::wstring command_name() {
+    CComBSTR name;
+    EXPECT_EQ(S_OK, session_->GetCommandName(name.put()));
+    return std::wstring(name.view());
+  }
+  CComPtr<IMirtSession> session_;
+};
+
+HRESULT ask(IUnknown* session, REFIID iid, const wchar_t* name, void** out) {
+  *out = const_cast<wchar_t*>(name);
+  return session->QueryInterface(iid, out);
+}
+
+TEST_F(MirtSession, CountsAsAnObjectOfTheModule) { EXPECT_EQ(1, g_nRefCount); }
+
+TEST_F(MirtSession, IsAskedForByName) {
+  IUnknown* const sessions[] = {session_.get(), &g_oMirtSessionNull};
+  for (IUnknown* session : sessions) {
+    for (const wchar_t* name : {static_cast<const wchar_t*>(nullptr), L"", L"IMirtSession"}) {
+      void* out = nullptr;
+      EXPECT_EQ(S_OK, ask(session, IID_NULL, name, &out));
+      EXPECT_EQ(session, out);
+      session->Release();
+    }
+    void* out = nullptr;
+    EXPECT_EQ(S_OK, ask(session, IID_IUnknown, L"anything", &out));
+    session->Release();
+    EXPECT_EQ(E_NOINTERFACE, ask(session, IID_NULL, L"imirtsession", &out));
+    EXPECT_EQ(nullptr, out);
+    EXPECT_EQ(E_NOINTERFACE, ask(session, IID_IDispatch, nullptr, &out));
+    EXPECT_EQ(nullptr, out);
+    EXPECT_EQ(E_POINTER, session->QueryInterface(IID_NULL, nullptr));
+  }
+}
+
+TEST_F(MirtSession, CountsItsReferencesAndTheNullObjectDoesNot) {
+  EXPECT_EQ(2u, session_->AddRef());
+  EXPECT_EQ(1u, session_->Release());
+  EXPECT_EQ(1u, g_oMirtSessionNull.AddRef());
+  EXPECT_EQ(1u, g_oMirtSessionNull.Release());
+  EXPECT_EQ(1u, g_oMirtSessionNull.Release());
+}
+
+TEST_F(MirtSession, NamesTheCommandFieldSixLettersAndACount) {
+  for (int count = 0; count < 3; ++count) {
+    const std::wstring name = command_name();
+    ASSERT_EQ(7u, name.size());
+    for (std::size_t i = 0; i < 6; ++i) EXPECT_TRUE(name[i] >= L'A' && name[i] <= L'Z');
+    EXPECT_EQ(std::to_wstring(count), name.substr(6));
+    EXPECT_EQ(S_OK, session_->IncrementCommand());
+  }
+}
+
+TEST_F(MirtSession, HandsOutOneBag) {
+  CComPtr<IKorLibDictionary> first;
+  CComPtr<IKorLibDictionary> second;
+  EXPECT_EQ(S_OK, session_->get_Bag(first.put()));
+  EXPECT_EQ(S_OK, session_->get_Bag(second.put()));
+  EXPECT_TRUE(first);
+  EXPECT_EQ(first, second);
+}
+
+TEST(MirtSessionNull, AsksForTheName) {
+  CComPtr<IKorLibDictionary> bag;
+  CComBSTR name;
+  EXPECT_EQ(E_FAIL, g_oMirtSessionNull.get_Bag(bag.put()));
+  ErrorText error = take_error();
+  EXPECT_EQ(L"Could not get Bag. Please specify property 'Name'.", error.description);
+  EXPECT_EQ(L"Mirt", error.source);
+  EXPECT_EQ(E_FAIL, g_oMirtSessionNull.GetCommandName(name.put()));
+  EXPECT_EQ(L"Could not get Command Name. Please specify property 'Name'.", take_error().description);
+  EXPECT_EQ(E_FAIL, g_oMirtSessionNull.IncrementCommand());
+  EXPECT_EQ(L"Could not increment Command. Please specify property 'Name'.", take_error().description);
+}
+
+}  // namespace
+}  // namespace test

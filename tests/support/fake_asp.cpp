@@ -1,0 +1,360 @@
+#include "support/fake_asp.h"
+
+#include <algorithm>
+#include <cwctype>
+
+#include <korlib/text.h>
+
+namespace fake {
+namespace {
+
+bool same_name(std::wstring_view a, std::wstring_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](wchar_t x, wchar_t y) {
+    return std::towlower(static_cast<std::wint_t>(x)) == std::towlower(static_cast<std::wint_t>(y));
+  });
+}
+
+HRESULT give_text(std::wstring_view text, BSTR* out) {
+  *out = korlib::new_bstr(text);
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT Calls::note(const std::string& name) {
+  log.push_back(name);
+  const auto found = failures_.find(name);
+  if (found == failures_.end() || found->second.allowed-- > 0) return S_OK;
+  found->second.allowed = 0;
+  return found->second.hr;
+}
+
+int Calls::count(const std::string& name) const { return static_cast<int>(std::count(log.begin(), log.end(), name)); }
+
+std::span<const korlib::Member> StringList::members() {
+  static constexpr korlib::Member table[] = {
+      property<&StringList::get_Item>(L"Item").optional(0).is_default(),
+      property<&StringList::get_Count>(L"Count"),
+  };
+  return table;
+}
+
+HRESULT StringList::get_Item(VARIANT index, VARIANT* value) {
+  VariantInit(value);
+  RETURN_IF_FAILED(calls_->note("StringList.Item"));
+  if (!korlib::is_omitted(index)) {
+    CComVariant number;
+    RETURN_IF_FAILED(VariantChangeType(&number, &index, 0, VT_I4));
+    if (number.lVal < 1 || static_cast<std::size_t>(number.lVal) > values.size()) return DISP_E_BADINDEX;
+    return VariantCopy(value, &values[static_cast<std::size_t>(number.lVal) - 1]);
+  }
+  if (values.empty()) return S_OK;
+  if (values.size() == 1) return VariantCopy(value, &values[0]);
+  std::wstring joined;
+  for (const CComVariant& one : values) {
+    CComVariant text;
+    RETURN_IF_FAILED(VariantChangeType(&text, &one, 0, VT_BSTR));
+    if (!joined.empty()) joined += L", ";
+    joined += korlib::view_of(text.bstrVal);
+  }
+  CComVariant(std::wstring_view(joined)).detach_to(value);
+  return S_OK;
+}
+
+HRESULT StringList::get_Count(int* count) {
+  *count = 0;
+  RETURN_IF_FAILED(calls_->note("StringList.Count"));
+  *count = static_cast<int>(values.size());
+  return S_OK;
+}
+
+HRESULT StringList::get__NewEnum(IUnknown** enumerator) {
+  *enumerator = nullptr;
+  return E_NOTIMPL;
+}
+
+std::span<const korlib::Member> RequestDictionary::members() {
+  static constexpr korlib::Member table[] = {
+      property<&RequestDictionary::get_Item>(L"Item").is_default(),
+      property<&RequestDictionary::get_Count>(L"Count"),
+      property<&RequestDictionary::get_Key>(L"Key"),
+  };
+  return table;
+}
+
+HRESULT RequestDictionary::get_Item(VARIANT key, VARIANT* value) {
+  VariantInit(value);
+  RETURN_IF_FAILED(calls_->note(name_ + ".Item"));
+  CComVariant text;
+  RETURN_IF_FAILED(VariantChangeType(&text, &key, 0, VT_BSTR));
+  for (const Entry& entry : entries_)
+    if (same_name(entry.name, korlib::view_of(text.bstrVal))) return VariantCopy(value, &entry.value);
+  const auto none = korlib::make<StringList>(calls_, std::vector<CComVariant>());
+  CComVariant(static_cast<IDispatch*>(none.get())).detach_to(value);
+  return S_OK;
+}
+
+HRESULT RequestDictionary::get__NewEnum(IUnknown** names) {
+  *names = nullptr;
+  return E_NOTIMPL;
+}
+
+HRESULT RequestDictionary::get_Count(int* count) {
+  *count = 0;
+  RETURN_IF_FAILED(calls_->note(name_ + ".Count"));
+  *count = static_cast<int>(entries_.size());
+  return S_OK;
+}
+
+HRESULT RequestDictionary::get_Key(VARIANT index, VARIANT* key) {
+  VariantInit(key);
+  RETURN_IF_FAILED(calls_->note(name_ + ".Key"));
+  if (index.vt != VT_I4 || index.lVal < 1 || static_cast<std::size_t>(index.lVal) > entries_.size())
+    return DISP_E_BADINDEX;
+  CComVariant(std::wstring_view(entries_[static_cast<std::size_t>(index.lVal) - 1].name)).detach_to(key);
+  return S_OK;
+}
+
+void RequestDictionary::set(const std::wstring& name, const Texts& texts) {
+  std::vector<CComVariant> values;
+  for (const std::wstring& text : texts) values.emplace_back(std::wstring_view(text));
+  set_values(name, std::move(values));
+}
+
+void RequestDictionary::set_values(const std::wstring& name, std::vector<CComVariant> values) {
+  const auto list = korlib::make<StringList>(calls_, std::move(values));
+  set_raw(name, CComVariant(static_cast<IDispatch*>(list.get())));
+}
+
+void RequestDictionary::set_raw(const std::wstring& name, CComVariant value) {
+  std::erase_if(entries_, [&](const Entry& entry) { return same_name(entry.name, name); });
+  entries_.push_back({name, std::move(value)});
+}
+
+Request::Request(const CallsRef& calls)
+    : query_string(korlib::make<RequestDictionary>(calls, "QueryString")),
+      form(korlib::make<RequestDictionary>(calls, "Form")),
+      server_variables(korlib::make<RequestDictionary>(calls, "ServerVariables")),
+      client_certificate(korlib::make<RequestDictionary>(calls, "ClientCertificate")),
+      cookies(korlib::make<RequestDictionary>(calls, "Cookies")),
+      calls_(calls) {}
+
+std::span<const korlib::Member> Request::members() { return {}; }
+
+HRESULT Request::give(const char* name, const CComPtr<RequestDictionary>& from, asp::IRequestDictionary** values) {
+  *values = nullptr;
+  RETURN_IF_FAILED(calls_->note(name));
+  return from.query(values);
+}
+
+HRESULT Request::get_Item(BSTR, IDispatch** value) {
+  *value = nullptr;
+  return E_NOTIMPL;
+}
+HRESULT Request::get_QueryString(asp::IRequestDictionary** values) {
+  return give("Request.QueryString", query_string, values);
+}
+HRESULT Request::get_Form(asp::IRequestDictionary** values) { return give("Request.Form", form, values); }
+HRESULT Request::get_ServerVariables(asp::IRequestDictionary** values) {
+  return give("Request.ServerVariables", server_variables, values);
+}
+HRESULT Request::get_ClientCertificate(asp::IRequestDictionary** values) {
+  return give("Request.ClientCertificate", client_certificate, values);
+}
+HRESULT Request::get_Cookies(asp::IRequestDictionary** values) { return give("Request.Cookies", cookies, values); }
+
+HRESULT Request::get_TotalBytes(LONG* bytes) {
+  *bytes = 0;
+  RETURN_IF_FAILED(calls_->note("Request.TotalBytes"));
+  *bytes = total_bytes >= 0 ? total_bytes : static_cast<LONG>(body.size());
+  return S_OK;
+}
+
+HRESULT Request::BinaryRead(VARIANT* count, VARIANT* data) {
+  VariantInit(data);
+  const HRESULT hr = calls_->note("Request.BinaryRead");
+  if (FAILED(hr)) {
+    count->lVal = 0;
+    return hr;
+  }
+  const std::size_t size = std::min(body.size(), static_cast<std::size_t>(std::max(count->lVal, 0)));
+  CComSafeArray bytes(VT_UI1, static_cast<ULONG>(size));
+  std::copy_n(body.data(), size, bytes.data<char>());
+  count->lVal = static_cast<LONG>(size);
+  bytes.detach_to(data);
+  return S_OK;
+}
+
+std::span<const korlib::Member> Response::members() {
+  static constexpr korlib::Member table[] = {method<&Response::Write>(L"Write")};
+  return table;
+}
+
+HRESULT Response::Write(VARIANT text) {
+  RETURN_IF_FAILED(calls_->note("Response.Write"));
+  if (text.vt != VT_BSTR) return DISP_E_TYPEMISMATCH;
+  writes.emplace_back(korlib::view_of(text.bstrVal));
+  return S_OK;
+}
+HRESULT Response::BinaryWrite(VARIANT) { return E_NOTIMPL; }
+HRESULT Response::AddHeader(BSTR name, BSTR value) {
+  RETURN_IF_FAILED(calls_->note("Response.AddHeader"));
+  headers.push_back(std::wstring(korlib::view_of(name)) + L": " + std::wstring(korlib::view_of(value)));
+  return S_OK;
+}
+HRESULT Response::AppendToLog(BSTR text) {
+  RETURN_IF_FAILED(calls_->note("Response.AppendToLog"));
+  log.emplace_back(korlib::view_of(text));
+  return S_OK;
+}
+HRESULT Response::get_Status(BSTR* text) { return give_text(status, text); }
+HRESULT Response::put_Status(BSTR text) {
+  RETURN_IF_FAILED(calls_->note("Response.Status"));
+  status = korlib::view_of(text);
+  return S_OK;
+}
+HRESULT Response::get_CodePage(LONG* page) {
+  *page = 0;
+  RETURN_IF_FAILED(calls_->note("Response.CodePage"));
+  *page = code_page;
+  return S_OK;
+}
+
+std::wstring Response::text() const {
+  std::wstring all;
+  for (const std::wstring& write : writes) all += write;
+  return all;
+}
+
+std::span<const korlib::Member> Server::members() { return {}; }
+
+HRESULT Server::HTMLEncode(BSTR text, BSTR* encoded) {
+  *encoded = nullptr;
+  RETURN_IF_FAILED(calls_->note("Server.HTMLEncode"));
+  return give_text(L"«" + std::wstring(korlib::view_of(text)) + L"»", encoded);
+}
+
+HRESULT Server::URLEncode(BSTR text, BSTR* encoded) {
+  *encoded = nullptr;
+  RETURN_IF_FAILED(calls_->note("Server.URLEncode"));
+  const std::wstring_view wide = korlib::view_of(text);
+  std::string bytes(utf32_utf8(wide.data(), wide.size(), nullptr, 0), '\0');
+  utf32_utf8(wide.data(), wide.size(), bytes.data(), bytes.size());
+  std::wstring out;
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (std::isalnum(byte)) {
+      out += static_cast<wchar_t>(byte);
+    } else if (byte == ' ') {
+      out += L'+';
+    } else {
+      constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
+      out += {L'%', kDigits[byte >> 4], kDigits[byte & 15]};
+    }
+  }
+  return give_text(out, encoded);
+}
+
+HRESULT Server::MapPath(BSTR, BSTR* physical) {
+  *physical = nullptr;
+  return E_NOTIMPL;
+}
+HRESULT Server::CreateObject(BSTR, IDispatch** object) {
+  *object = nullptr;
+  return E_NOTIMPL;
+}
+
+std::span<const korlib::Member> Contents::members() { return {}; }
+
+HRESULT Contents::get_Count(int* count) {
+  *count = static_cast<int>(values_->size());
+  return S_OK;
+}
+HRESULT Contents::Remove(VARIANT index) {
+  RETURN_IF_FAILED(calls_->note("Contents.Remove"));
+  if (index.vt != VT_BSTR) return DISP_E_TYPEMISMATCH;
+  // The value goes after its entry: its last reference may come back here.
+  auto node = values_->extract(std::wstring(korlib::view_of(index.bstrVal)));
+  return S_OK;
+}
+HRESULT Contents::RemoveAll() {
+  values_->clear();
+  return S_OK;
+}
+
+std::span<const korlib::Member> Session::members() { return {}; }
+
+HRESULT Session::get_Value(BSTR name, VARIANT* value) {
+  VariantInit(value);
+  RETURN_IF_FAILED(calls_->note("Session.Value"));
+  const auto found = values_->find(std::wstring(korlib::view_of(name)));
+  return found == values_->end() ? S_OK : VariantCopy(value, &found->second);
+}
+HRESULT Session::put_Value(BSTR name, VARIANT value) {
+  RETURN_IF_FAILED(calls_->note("Session.put_Value"));
+  (*values_)[std::wstring(korlib::view_of(name))] = value;
+  return S_OK;
+}
+HRESULT Session::putref_Value(BSTR name, VARIANT value) {
+  RETURN_IF_FAILED(calls_->note("Session.putref_Value"));
+  (*values_)[std::wstring(korlib::view_of(name))] = value;
+  return S_OK;
+}
+HRESULT Session::get_Contents(asp::IVariantDictionary** contents) {
+  *contents = nullptr;
+  RETURN_IF_FAILED(calls_->note("Session.Contents"));
+  *contents = korlib::make<Contents>(calls_, values_).detach();
+  return S_OK;
+}
+
+std::span<const korlib::Member> Application::members() { return {}; }
+
+HRESULT Application::get_Value(BSTR name, VARIANT* value) {
+  VariantInit(value);
+  RETURN_IF_FAILED(calls_->note("Application.Value"));
+  const auto found = values.find(std::wstring(korlib::view_of(name)));
+  return found == values.end() ? S_OK : VariantCopy(value, &found->second);
+}
+
+ULONG Context::Release() {
+  const ULONG left = --references_;
+  if (left == 0) delete this;
+  return left;
+}
+HRESULT Context::Count(LONG* count) {
+  *count = static_cast<LONG>(properties.size());
+  return S_OK;
+}
+HRESULT Context::GetProperty(BSTR name, VARIANT* value) {
+  VariantInit(value);
+  const std::wstring key(korlib::view_of(name));
+  RETURN_IF_FAILED(calls_->note("Context." + std::string(key.begin(), key.end())));
+  const auto found = properties.find(key);
+  return found == properties.end() ? E_INVALIDARG : VariantCopy(value, &found->second);
+}
+
+Asp::Asp()
+    : server(korlib::make<Server>(calls)),
+      application(korlib::make<Application>(calls)),
+      request(korlib::make<Request>(calls)),
+      response(korlib::make<Response>(calls)),
+      session(korlib::make<Session>(calls)) {
+  context.attach(new Context(calls));
+  const auto as_value = [](IDispatch* object) { return CComVariant(object); };
+  context->properties[L"Server"] = as_value(server.get());
+  context->properties[L"Application"] = as_value(application.get());
+  context->properties[L"Request"] = as_value(request.get());
+  context->properties[L"Response"] = as_value(response.get());
+  context->properties[L"Session"] = as_value(session.get());
+  request->server_variables->set(L"HTTP_METHOD", {L"GET"});
+  request->server_variables->set(L"HTTP_CONTENT_TYPE", {L""});
+}
+
+void Asp::post_form() {
+  request->server_variables->set(L"HTTP_METHOD", {L"POST"});
+  request->server_variables->set(L"HTTP_CONTENT_TYPE", {L"application/x-www-form-urlencoded; charset=UTF-8"});
+}
+
+void Asp::without_session() { context->properties.erase(L"Session"); }
+
+}  // namespace fake
