@@ -316,12 +316,16 @@ void Connection::on_sent() {
   record_.note = sink_.note();
   record_.taken = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - began_);
   shared_.log(record_);
-  if (sink_.failed())
+  if (sink_.failed()) {
+    // With a reset: what a client does not read is not kept for it any longer.
+    Error ignored;
+    socket_.set_option(asio::socket_base::linger(true, 0), ignored);
     close();
-  else if (last_ || unread_input_ || sink_.must_close())
+  } else if (last_ || unread_input_ || sink_.must_close()) {
     drain();
-  else
+  } else {
     next_request();
+  }
 }
 
 void Connection::next_request() {

@@ -1,5 +1,6 @@
 #include "http/request_parser.h"
 
+#include <algorithm>
 #include <boost/asio/buffer.hpp>
 #include <boost/beast/http/basic_parser.hpp>
 
@@ -18,6 +19,16 @@ constexpr int kBadRequest = 400;
 constexpr int kVersionNotSupported = 505;
 
 std::string to_string(beast::string_view text) { return {text.data(), text.size()}; }
+
+// True when the request line ends as one of another version would: "GET / HTTP/2.0".
+bool names_a_version(std::string_view head) {
+  const std::string_view line = head.substr(0, head.find('\r'));
+  const auto digit = [](char c) { return c >= '0' && c <= '9'; };
+  if (std::ranges::count(line, ' ') != 2) return false;
+  const std::string_view version = line.substr(line.rfind(' ') + 1);
+  return version.size() == 8 && version.starts_with("HTTP/") && digit(version[5]) && version[6] == '.' &&
+         digit(version[7]);
+}
 
 }  // namespace
 
@@ -96,7 +107,7 @@ RequestParser::~RequestParser() = default;
 int RequestParser::parse_head(std::string_view head) {
   beast::error_code ec;
   impl_->put(boost::asio::buffer(head.data(), head.size()), ec);
-  if (ec == http::error::bad_version) return kVersionNotSupported;
+  if (ec == http::error::bad_version && names_a_version(head)) return kVersionNotSupported;
   if (ec || !impl_->is_header_done()) return kBadRequest;
   HttpRequest& request = impl_->request;
   if (const int status = check_framing(request); status != kOk) return status;

@@ -60,8 +60,8 @@ struct ServerOptions {
   unsigned workers = 2;
   std::size_t worker_stack = std::size_t{8} * 1024 * 1024;
   std::size_t queue = 256;  // requests that may wait for a worker; others get 503
-  HttpLimits limits;
-  std::function<void(const AccessRecord&)> on_access;  // called on I/O threads, one call at a time
+  HttpLimits limits{};
+  std::function<void(const AccessRecord&)> on_access{};  // called on I/O threads, one call at a time
 };
 
 class Server {

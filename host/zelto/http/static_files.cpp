@@ -120,13 +120,14 @@ bool StaticFiles::is_protected(std::string_view name, bool last) const {
 
 int StaticFiles::open_beneath(const std::string& relative, int flags) const {
   open_how how{};
-  // Without blocking: a name may be a pipe that nobody writes to.
-  how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC | O_NONBLOCK);
+  // Opened to be read without blocking: a name may be a pipe that nobody writes to.
+  flags |= O_CLOEXEC | (flags == O_PATH ? 0 : O_NONBLOCK);
+  how.flags = static_cast<std::uint64_t>(flags);
   how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
   const long opened = ::syscall(SYS_openat2, root_, relative.c_str(), &how, sizeof how);
   if (opened >= 0 || (errno != ENOSYS && errno != EPERM)) return static_cast<int>(opened);
   // An old kernel, or a sandbox that does not know the call: open first, then look where that went.
-  Descriptor file(::openat(root_, relative.c_str(), flags | O_CLOEXEC | O_NONBLOCK));
+  Descriptor file(::openat(root_, relative.c_str(), flags));
   const std::string path = path_of(file.get());
   return path == options_.root || path.starts_with(options_.root + "/") ? file.release() : -1;
 }

@@ -1,0 +1,40 @@
+#include "http/access_log.h"
+
+#include <gtest/gtest.h>
+
+namespace zelto {
+namespace {
+
+AccessRecord example() {
+  AccessRecord record;
+  record.remote_address = "127.0.0.1";
+  record.request_line = "GET / HTTP/1.1";
+  record.status = 200;
+  record.body_bytes = 512;
+  record.received = std::chrono::system_clock::from_time_t(784111777);
+  record.taken = std::chrono::microseconds(1234567);
+  return record;
+}
+
+TEST(AccessLog, WritesTheCombinedFormAndTheTime) {
+  AccessRecord record = example();
+  EXPECT_EQ(combined_line(record),
+            R"(127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] "GET / HTTP/1.1" 200 512 "-" "-" 1.235)");
+  record.referer = "http://a/";
+  record.user_agent = "b";
+  record.note = "c d";
+  EXPECT_EQ(combined_line(record),
+            R"(127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] "GET / HTTP/1.1" 200 512 "http://a/" "b" 1.235 c d)");
+}
+
+TEST(AccessLog, KeepsOneLineWhateverTheClientSends) {
+  AccessRecord record = example();
+  record.request_line = "GET /\" \n\x7F\\";
+  record.note = "a\r\nb";
+  EXPECT_EQ(combined_line(record),
+            "127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] \"GET /\\x22 \\x0A\\x7F\\x5C\" 200 512 \"-\" \"-\" 1.235 "
+            "a\\x0D\\x0Ab");
+}
+
+}  // namespace
+}  // namespace zelto

@@ -1,0 +1,44 @@
+#include "http/head_scanner.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace zelto {
+namespace {
+
+using Verdict = HeadScanner::Verdict;
+
+TEST(HeadScanner, FindsTheSameEndHoweverTheHeadIsCut) {
+  const std::string head = "GET / HTTP/1.1\r\nHost: a\r\n\r\n";
+  for (std::size_t cut = 0; cut < head.size(); ++cut) {
+    HeadScanner scanner(100, 10);
+    EXPECT_EQ(scanner.scan(head.substr(0, cut)), Verdict::kMore) << cut;
+    EXPECT_EQ(scanner.scan(head + "body\n"), Verdict::kComplete) << cut;
+    EXPECT_EQ(scanner.size(), head.size()) << cut;
+  }
+}
+
+TEST(HeadScanner, RefusesAtOnce) {
+  struct Row {
+    std::string head;
+    Verdict verdict;
+  };
+  const Row rows[] = {
+      {"\n", Verdict::kBareLineFeed},
+      {"GET / HTTP/1.1\n", Verdict::kBareLineFeed},
+      {"GET / HTTP/1.1\r\nA: b\n", Verdict::kBareLineFeed},
+      {"GET / HTTP/1.1\r\nA: b\r\n\n", Verdict::kBareLineFeed},
+      {"GET / HTTP/1.1\r\nA: b\r\n c\r\n", Verdict::kFolded},
+      {"GET / HTTP/1.1\r\nA: b\r\n\tc\r\n", Verdict::kFolded},
+      {std::string(101, 'a'), Verdict::kTargetTooLong},
+      {std::string(99, 'a') + "\r\n", Verdict::kTargetTooLong},
+      {"GET / HTTP/1.1\r\n" + std::string(85, 'a'), Verdict::kTooLarge},
+      {"a\r\nb\r\nc\r\nd\r\n", Verdict::kTooLarge},
+  };
+  for (const Row& row : rows) EXPECT_EQ(HeadScanner(100, 2).scan(row.head), row.verdict) << row.head;
+  EXPECT_EQ(HeadScanner(100, 2).scan("a\r\nb\r\nc\r\n\r\n"), Verdict::kComplete);
+}
+
+}  // namespace
+}  // namespace zelto

@@ -1,0 +1,241 @@
+#include "http/server.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <system_error>
+#include <thread>
+
+#include "client.h"
+#include "test_server.h"
+
+namespace zelto_test {
+namespace {
+
+const std::string kHost = "Host: test\r\n";
+
+std::string get(const std::string& target) { return "GET " + target + " HTTP/1.1\r\n" + kHost + "\r\n"; }
+
+TEST(Server, AnswersARequest) {
+  TestServer test;
+  const Answer answer = ask(test.port(), get("/echo/a%20b?c=%41"));
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.body, "GET /echo/a b?c=%41|");
+  EXPECT_EQ(answer.header("Server"), "Zelto");
+  EXPECT_EQ(answer.header("X-Content-Type-Options"), "nosniff");
+  EXPECT_EQ(answer.header("Connection"), "keep-alive");
+  EXPECT_FALSE(answer.header("Date").empty());
+}
+
+TEST(Server, UnderstandsARequestThatComesByteByByte) {
+  TestServer test;
+  Client client(test.port());
+  for (const char c :
+       "POST /echo HTTP/1.1\r\n" + kHost + "Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n2;x=y\r\nde\r\n0\r\n\r\n")
+    ASSERT_TRUE(client.send({&c, 1}));
+  EXPECT_EQ(client.receive().value().body, "POST /echo?|abcde");
+}
+
+TEST(Server, AnswersPipelinedRequestsInTheirOrder) {
+  TestServer test({.workers = 4});
+  std::string requests;
+  for (int i = 0; i < 200; ++i) requests += get("/echo?" + std::to_string(i));
+  Client client(test.port());
+  client.send(requests);
+  for (int i = 0; i < 200; ++i) EXPECT_EQ(client.receive().value().body, "GET /echo?" + std::to_string(i) + "|");
+}
+
+TEST(Server, SkipsALineBreakTooManyBetweenRequests) {
+  TestServer test;
+  Client client(test.port());
+  client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 3\r\n\r\nabc\r\n" + get("/echo"));
+  EXPECT_EQ(client.receive().value().body, "POST /echo?|abc");
+  EXPECT_EQ(client.receive().value().body, "GET /echo?|");
+}
+
+TEST(Server, DropsTrailers) {
+  TestServer test;
+  Client client(test.port());
+  client.send("POST /echo HTTP/1.1\r\n" + kHost +
+              "Transfer-Encoding: Chunked\r\n\r\n1\r\na\r\n0\r\nHost: other\r\nX: y\r\n\r\n");
+  client.send(get("/echo"));
+  EXPECT_EQ(client.receive().value().body, "POST /echo?|a");
+  EXPECT_EQ(client.receive().value().body, "GET /echo?|");
+}
+
+TEST(Server, AsksForTheBodyOfAClientThatWaits) {
+  TestServer test;
+  Client client(test.port());
+  client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 2\r\nExpect: 100-continue\r\n\r\n");
+  EXPECT_EQ(client.receive().value().status, 100);
+  client.send("ok");
+  EXPECT_EQ(client.receive().value().body, "POST /echo?|ok");
+}
+
+TEST(Server, SendsNoBodyToHead) {
+  TestServer test;
+  Client client(test.port());
+  for (const std::string target : {"/length?5", "/stream?5"}) {
+    client.send("HEAD " + target + " HTTP/1.1\r\n" + kHost + "\r\n");
+    const Answer answer = client.receive(true).value();
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(answer.header("Content-Length"), target == "/length?5" ? "5" : "");
+  }
+  client.send(get("/length?3"));
+  EXPECT_EQ(client.receive().value().body, "xxx");
+}
+
+TEST(Server, SendsNoBodyWithAStatusThatHasNone) {
+  TestServer test;
+  Client client(test.port());
+  for (const std::string status : {"204", "304"}) {
+    client.send(get("/status?" + status));
+    const Answer answer = client.receive().value();
+    EXPECT_EQ(std::to_string(answer.status), status);
+    EXPECT_EQ(answer.header("Content-Length"), "");
+  }
+  client.send(get("/echo"));
+  EXPECT_EQ(client.receive().value().body, "GET /echo?|");
+}
+
+TEST(Server, FramesBodiesOfAnySize) {
+  TestServer test;
+  Client client(test.port());
+  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{65536}, std::size_t{3'000'001}}) {
+    for (const std::string path : {"/length?", "/stream?"}) {
+      client.send(get(path + std::to_string(size)));
+      EXPECT_EQ(client.receive().value().body, std::string(size, 'x')) << path << size;
+    }
+  }
+}
+
+TEST(Server, AnswersOldClientsWithoutChunks) {
+  TestServer test;
+  Client closing(test.port());
+  closing.send("GET /stream?30000 HTTP/1.0\r\n\r\n");
+  const Answer streamed = closing.receive().value();
+  EXPECT_EQ(streamed.header("Transfer-Encoding"), "");
+  EXPECT_EQ(streamed.header("Connection"), "close");
+  EXPECT_EQ(streamed.body.size(), 30000U);
+
+  Client kept(test.port());
+  kept.send("GET /echo HTTP/1.0\r\nConnection: keep-alive\r\n\r\n");
+  EXPECT_EQ(kept.receive().value().header("Connection"), "keep-alive");
+  kept.send("GET /echo HTTP/1.0\r\n\r\n");
+  EXPECT_EQ(kept.receive().value().header("Connection"), "close");
+  EXPECT_TRUE(kept.at_end());
+}
+
+TEST(Server, ClosesWhenTheClientAsksForIt) {
+  TestServer test;
+  Client client(test.port());
+  client.send("GET /echo HTTP/1.1\r\n" + kHost + "Connection: x, Close\r\n\r\n");
+  EXPECT_EQ(client.receive().value().header("Connection"), "close");
+  EXPECT_TRUE(client.at_end());
+}
+
+TEST(Server, StillAnswersAClientThatHasEndedItsSide) {
+  TestServer test;
+  Client client(test.port());
+  client.send(get("/length?2000000"));
+  client.finish_sending();
+  EXPECT_EQ(client.receive().value().body.size(), 2'000'000U);
+}
+
+TEST(Server, AnswersForAWorkerThatFails) {
+  TestServer test;
+  Client client(test.port());
+  for (const std::string path : {"/throw", "/silent"}) {
+    client.send(get(path));
+    EXPECT_EQ(client.receive().value().status, 500) << path;
+  }
+  client.send(get("/short"));
+  EXPECT_EQ(client.receive(), std::nullopt) << "an answer cut short must not look complete";
+}
+
+TEST(Server, TellsWhenTheClientHasGone) {
+  TestServer test;
+  {
+    Client client(test.port());
+    client.send(get("/gone"));
+    test.gate.wait_for(1);
+  }
+  test.gate.open();
+  test.wait_for_records(1);
+  EXPECT_EQ(test.connected_before_and_after_gate, (std::vector{true, false}));
+}
+
+TEST(Server, SurvivesClientsThatReset) {
+  TestServer test;
+  for (const std::string start : {"", "GET", "POST /echo HTTP/1.1\r\nHost: a\r\nContent-Length: 9\r\n\r\nab"}) {
+    Client client(test.port());
+    client.send(start);
+    client.reset();
+  }
+  Client slow(test.port());
+  slow.send(get("/stream?50000000"));
+  ASSERT_TRUE(test.port() > 0);
+  slow.reset();
+  EXPECT_EQ(ask(test.port(), get("/echo")).status, 200);
+}
+
+TEST(Server, WritesOneRecordPerAnswer) {
+  TestServer test;
+  Client client(test.port());
+  client.send("GET /echo HTTP/1.1\r\n" + kHost + "Referer: http://from/\r\nUser-Agent: agent\r\n\r\n");
+  client.receive();
+  client.send("bad\r\n\r\n");
+  client.receive();
+  const auto records = test.wait_for_records(2);
+  EXPECT_EQ(records[0].remote_address, "127.0.0.1");
+  EXPECT_EQ(records[0].request_line, "GET /echo HTTP/1.1");
+  EXPECT_EQ(records[0].referer, "http://from/");
+  EXPECT_EQ(records[0].user_agent, "agent");
+  EXPECT_EQ(records[0].note, "noted");
+  EXPECT_EQ(records[0].status, 200);
+  EXPECT_EQ(records[0].body_bytes, 11U);
+  EXPECT_EQ(records[1].request_line, "bad");
+  EXPECT_EQ(records[1].status, 400);
+}
+
+TEST(Server, AnswersManyClientsAtOnce) {
+  TestServer test({.io_threads = 2, .workers = 4});
+  constexpr int kClients = 16;
+  constexpr int kRequests = 50;
+  std::atomic<int> right = 0;
+  std::vector<std::thread> clients;
+  for (int c = 0; c < kClients; ++c) {
+    clients.emplace_back([&test, &right, c] {
+      Client client(test.port());
+      for (int i = 0; i < kRequests; ++i) {
+        const std::string body = std::to_string(c) + "/" + std::to_string(i);
+        client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
+                    body);
+        const auto answer = client.receive();
+        right += answer && answer->body == "POST /echo?|" + body ? 1 : 0;
+      }
+    });
+  }
+  for (auto& client : clients) client.join();
+  EXPECT_EQ(right, kClients * kRequests);
+}
+
+TEST(Server, DoesNotStartOnAnAddressThatIsTaken) {
+  TestServer test;
+  zelto::ServerOptions options;
+  options.port = test.port();
+  zelto::Server second(options, [] { return std::unique_ptr<zelto::Worker>(); });
+  EXPECT_THROW(second.start(), std::system_error);
+  options.address = "not an address";
+  zelto::Server third(options, [] { return std::unique_ptr<zelto::Worker>(); });
+  EXPECT_THROW(third.start(), std::system_error);
+}
+
+TEST(Server, DoesNotStartWithoutItsWorkers) {
+  zelto::Server server({}, []() -> std::unique_ptr<zelto::Worker> { throw std::runtime_error("no engine"); });
+  EXPECT_THROW(server.start(), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace zelto_test

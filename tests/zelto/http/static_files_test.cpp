@@ -1,0 +1,249 @@
+#include "http/static_files.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "client.h"
+#include "http/http_date.h"
+#include "http/server.h"
+
+namespace zelto {
+namespace {
+
+namespace fs = std::filesystem;
+using Kind = FoundFile::Kind;
+
+// Serves its site over HTTP; pages are answered with their path.
+class SiteWorker final : public Worker {
+ public:
+  explicit SiteWorker(const StaticFiles& files) : files_(files) {}
+  void handle(HttpRequest&& request, ResponseSink& sink) override {
+    const FoundFile found = files_.find(request.path);
+    if (found.kind == Kind::kPage) return serve_status(sink, 200, "page " + found.path);
+    files_.serve(request, found, sink);
+  }
+
+ private:
+  const StaticFiles& files_;
+};
+
+class StaticFilesTest : public testing::Test {
+ protected:
+  StaticFilesTest() {
+    std::string pattern = (fs::temp_directory_path() / "static-files-XXXXXX").string();
+    base_ = ::mkdtemp(pattern.data());
+    root_ = base_ / "site";
+    write("index.html", "home");
+    write("style.css", "0123456789");
+    write("page.asp", "<% %>");
+    write("UPPER.ASP", "<% %>");
+    write("global.asa", "secret");
+    write("zelto.toml", "secret");
+    write("part.inc", "secret");
+    write("row.TPL", "secret");
+    write(".hidden", "secret");
+    write("_private", "secret");
+    write("page.asp~", "secret");
+    write("Templates/list.html", "secret");
+    write(".git/config", "secret");
+    write("sub/default.asp", "<% %>");
+    write("sub dir/a.txt", "a");
+    write("empty/.keep", "");
+    write("asa.txt", "fine");
+    std::ofstream(base_ / "outside.txt") << "secret";
+    fs::create_symlink("../outside.txt", root_ / "leak.txt");
+    fs::create_symlink(base_ / "outside.txt", root_ / "absolute.txt");
+    fs::create_symlink("..", root_ / "up");
+    fs::create_symlink("style.css", root_ / "alias.css");
+    EXPECT_EQ(::mkfifo((root_ / "pipe.txt").c_str(), 0600), 0);
+  }
+  ~StaticFilesTest() override { fs::remove_all(base_); }
+
+  void write(const std::string& name, const std::string& text) {
+    fs::create_directories((root_ / name).parent_path());
+    std::ofstream(root_ / name, std::ios::binary) << text;
+  }
+
+  StaticOptions options() const {
+    StaticOptions options;
+    options.root = root_.string();
+    return options;
+  }
+
+  fs::path base_;
+  fs::path root_;
+};
+
+TEST_F(StaticFilesTest, FindsWhatAPathNames) {
+  struct Row {
+    const char* path;
+    Kind kind;
+    const char* found;
+  };
+  const Row rows[] = {
+      {"/", Kind::kFile, "/index.html"},          {"/style.css", Kind::kFile, "/style.css"},
+      {"/alias.css", Kind::kFile, "/alias.css"},  {"/asa.txt", Kind::kFile, "/asa.txt"},
+      {"/page.asp", Kind::kPage, "/page.asp"},    {"/UPPER.ASP", Kind::kPage, "/UPPER.ASP"},
+      {"/sub/", Kind::kPage, "/sub/default.asp"}, {"/sub", Kind::kRedirect, "/sub/"},
+      {"/sub dir", Kind::kRedirect, "/sub dir/"},
+  };
+  const StaticFiles files(options());
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.path);
+    const FoundFile found = files.find(row.path);
+    EXPECT_EQ(found.kind, row.kind);
+    EXPECT_EQ(found.path, row.found);
+    const bool exists = row.kind != Kind::kRedirect;
+    EXPECT_EQ(found.physical, exists ? fs::canonical(root_).string() + row.found : "");
+  }
+}
+
+TEST_F(StaticFilesTest, FindsNothingElse) {
+  const StaticFiles files(options());
+  for (const char* path : {"/missing",
+                           "/page.asp/",
+                           "/page.asp/info",
+                           "/style.css/",
+                           "/global.asa",
+                           "/GLOBAL.ASA",
+                           "/zelto.toml",
+                           "/part.inc",
+                           "/part.INC",
+                           "/row.TPL",
+                           "/.hidden",
+                           "/_private",
+                           "/page.asp~",
+                           "/Templates/list.html",
+                           "/templates/list.html",
+                           "/Templates/",
+                           "/Templates",
+                           "/.git/config",
+                           "/empty/",
+                           "/leak.txt",
+                           "/absolute.txt",
+                           "/up/outside.txt",
+                           "/up/",
+                           "/pipe.txt"})
+    EXPECT_EQ(files.find(path).kind, Kind::kNone) << path;
+}
+
+TEST_F(StaticFilesTest, TakesNamesToProtectFromTheOptions) {
+  StaticOptions own = options();
+  own.protected_folders = {"sub dir"};
+  own.protected_files = {"style.css"};
+  own.protected_extensions = {".txt"};
+  own.default_documents = {"alias.css"};
+  const StaticFiles files(own);
+  EXPECT_EQ(files.find("/sub dir/a.txt").kind, Kind::kNone);
+  EXPECT_EQ(files.find("/Style.css").kind, Kind::kNone);
+  EXPECT_EQ(files.find("/asa.txt").kind, Kind::kNone);
+  EXPECT_EQ(files.find("/Templates/list.html").kind, Kind::kFile);
+  EXPECT_EQ(files.find("/").path, "/alias.css");
+}
+
+TEST_F(StaticFilesTest, NeedsItsFolder) {
+  StaticOptions missing = options();
+  missing.root += "/none";
+  EXPECT_THROW(StaticFiles{missing}, std::system_error);
+}
+
+class StaticHttp : public StaticFilesTest {
+ protected:
+  StaticHttp() : files_(options()), server_(server_options(), [this] { return std::make_unique<SiteWorker>(files_); }) {
+    server_.start();
+  }
+
+  static ServerOptions server_options() {
+    ServerOptions options;
+    options.limits.body_bytes = 10;
+    return options;
+  }
+
+  zelto_test::Answer ask(const std::string& method, const std::string& target, const std::string& headers = "") {
+    zelto_test::Client client(server_.port());
+    client.send(method + " " + target + " HTTP/1.1\r\nHost: a\r\n" + headers + "\r\n");
+    return client.receive(method == "HEAD").value_or(zelto_test::Answer());
+  }
+
+  StaticFiles files_;
+  Server server_;
+};
+
+TEST_F(StaticHttp, ServesAFile) {
+  const auto answer = ask("GET", "/style.css");
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.body, "0123456789");
+  EXPECT_EQ(answer.header("Content-Type"), "text/css; charset=utf-8");
+  EXPECT_EQ(answer.header("Accept-Ranges"), "bytes");
+  struct stat status {};
+  ASSERT_EQ(::stat((root_ / "style.css").c_str(), &status), 0);
+  EXPECT_EQ(answer.header("Last-Modified"), http_date(status.st_mtim.tv_sec));
+  const auto head = ask("HEAD", "/style.css");
+  EXPECT_EQ(head.status, 200);
+  EXPECT_EQ(head.header("Content-Length"), "10");
+}
+
+TEST_F(StaticHttp, ServesLargeFilesWhole) {
+  std::string text;
+  for (int i = 0; text.size() < 5'000'000; ++i) text += std::to_string(i) + "\n";
+  write("large.txt", text);
+  EXPECT_EQ(ask("GET", "/large.txt").body, text);
+}
+
+TEST_F(StaticHttp, SavesSendingWhatTheClientHas) {
+  const auto first = ask("GET", "/style.css");
+  const std::string tag = first.header("ETag");
+  const std::string date = first.header("Last-Modified");
+  struct Row {
+    std::string headers;
+    int status;
+  };
+  const Row rows[] = {{"If-None-Match: " + tag + "\r\n", 304},
+                      {"If-None-Match: \"x\", W/" + tag + "\r\n", 304},
+                      {"If-None-Match: *\r\n", 304},
+                      {"If-None-Match: \"x\"\r\n", 200},
+                      {"If-None-Match: \"x\"\r\nIf-Modified-Since: " + date + "\r\n", 200},
+                      {"If-Modified-Since: " + date + "\r\n", 304},
+                      {"If-Modified-Since: Sun, 06 Nov 1994 08:49:37 GMT\r\n", 200},
+                      {"If-Modified-Since: yesterday\r\n", 200}};
+  for (const Row& row : rows) {
+    const auto answer = ask("GET", "/style.css", row.headers);
+    EXPECT_EQ(answer.status, row.status) << row.headers;
+    EXPECT_EQ(answer.header("ETag"), tag) << row.headers;
+  }
+  write("style.css", "changed: another size");
+  EXPECT_EQ(ask("GET", "/style.css", "If-None-Match: " + tag + "\r\n").status, 200);
+}
+
+TEST_F(StaticHttp, SendsOneRange) {
+  const auto part = ask("GET", "/style.css", "Range: bytes=2-4\r\n");
+  EXPECT_EQ(part.status, 206);
+  EXPECT_EQ(part.body, "234");
+  EXPECT_EQ(part.header("Content-Range"), "bytes 2-4/10");
+  const auto none = ask("GET", "/style.css", "Range: bytes=10-\r\n");
+  EXPECT_EQ(none.status, 416);
+  EXPECT_EQ(none.header("Content-Range"), "bytes */10");
+  EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=1-2,4-5\r\n").body, "0123456789");
+  EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: \"old\"\r\n").body, "0123456789");
+  EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: " + part.header("ETag") + "\r\n").body, "234");
+}
+
+TEST_F(StaticHttp, AnswersWhatIsNoFile) {
+  EXPECT_EQ(ask("GET", "/missing").status, 404);
+  EXPECT_EQ(ask("GET", "/Templates/list.html").status, 404);
+  EXPECT_EQ(ask("GET", "/sub").header("Location"), "/sub/");
+  EXPECT_EQ(ask("GET", "//sub%20dir?a=b").header("Location"), "/sub%20dir/?a=b");
+  EXPECT_EQ(ask("GET", "/sub").status, 301);
+  EXPECT_EQ(ask("POST", "/style.css").status, 405);
+  EXPECT_EQ(ask("POST", "/style.css").header("Allow"), "GET, HEAD");
+  EXPECT_EQ(ask("POST", "/style.css", "Content-Length: 11\r\n").status, 413);
+  EXPECT_EQ(ask("GET", "/sub/").status, 200);
+}
+
+}  // namespace
+}  // namespace zelto

@@ -1,0 +1,108 @@
+#include "test_server.h"
+
+#include <stdexcept>
+#include <utility>
+
+namespace zelto_test {
+
+namespace {
+
+using zelto::HttpRequest;
+using zelto::ResponseSink;
+
+class PathWorker final : public zelto::Worker {
+ public:
+  explicit PathWorker(TestServer& test) : test_(test) {}
+
+  void handle(HttpRequest&& request, ResponseSink& sink) override {
+    const HttpRequest received = std::move(request);
+    if (received.path == "/throw") throw std::runtime_error("thrown");
+    if (received.path == "/silent") return;
+    if (received.path == "/gate") test_.gate.wait_here();
+    if (received.path == "/gone") return answer_gone(sink);
+    if (received.path == "/length") return answer_bytes(received, sink, true);
+    if (received.path == "/stream") return answer_bytes(received, sink, false);
+    if (received.path == "/status") return answer_status(received, sink);
+    std::string body = received.method + " " + received.path + "?" + received.query + "|";
+    body += received.body_too_large ? "too large " + std::to_string(received.body_length) : received.body;
+    sink.start({}, body.size() + (received.path == "/short" ? 1 : 0));
+    sink.append_to_log("noted");
+    sink.write(body);
+    sink.finish();
+  }
+
+ private:
+  void answer_gone(ResponseSink& sink) {
+    test_.connected_before_and_after_gate.push_back(sink.connected());
+    test_.gate.wait_here();
+    test_.connected_before_and_after_gate.push_back(sink.connected());
+    sink.start({}, 0);
+    sink.finish();
+  }
+
+  static void answer_status(const HttpRequest& request, ResponseSink& sink) {
+    zelto::ResponseHead head;
+    head.status = std::stoi(request.query);
+    head.reason = "As Asked";
+    sink.start(std::move(head), 4);
+    sink.write("body");
+    sink.finish();
+  }
+
+  static void answer_bytes(const HttpRequest& request, ResponseSink& sink, bool known) {
+    std::size_t left = std::stoul(request.query);
+    sink.start({}, known ? left : ResponseSink::kUnknownLength);
+    const std::string piece(std::size_t{10} * 1000, 'x');
+    while (left > 0) {
+      const std::size_t now = std::min(left, piece.size());
+      sink.write(std::string_view(piece).substr(0, now));
+      left -= now;
+    }
+    sink.finish();
+  }
+
+  TestServer& test_;
+};
+
+}  // namespace
+
+void Gate::wait_here() {
+  std::unique_lock lock(lock_);
+  ++waiting_;
+  changed_.notify_all();
+  changed_.wait(lock, [this] { return open_; });
+}
+
+void Gate::wait_for(int workers) {
+  std::unique_lock lock(lock_);
+  changed_.wait(lock, [&] { return waiting_ >= workers; });
+}
+
+void Gate::open() {
+  const std::lock_guard lock(lock_);
+  open_ = true;
+  changed_.notify_all();
+}
+
+TestServer::TestServer(zelto::ServerOptions options) {
+  options.on_access = [this](const zelto::AccessRecord& record) {
+    const std::lock_guard lock(lock_);
+    records_.push_back(record);
+    changed_.notify_all();
+  };
+  server = std::make_unique<zelto::Server>(std::move(options), [this] { return std::make_unique<PathWorker>(*this); });
+  server->start();
+}
+
+TestServer::~TestServer() {
+  gate.open();
+  server.reset();
+}
+
+std::vector<zelto::AccessRecord> TestServer::wait_for_records(std::size_t count) {
+  std::unique_lock lock(lock_);
+  changed_.wait(lock, [&] { return records_.size() >= count; });
+  return records_;
+}
+
+}  // namespace zelto_test

@@ -1,0 +1,52 @@
+// A server with a worker that does what the path says.
+#pragma once
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "http/server.h"
+
+namespace zelto_test {
+
+// Where workers wait until a test lets them go on.
+class Gate {
+ public:
+  void wait_here();            // called by a worker
+  void wait_for(int workers);  // until that many workers wait
+  void open();
+
+ private:
+  std::mutex lock_;
+  std::condition_variable changed_;
+  int waiting_ = 0;
+  bool open_ = false;
+};
+
+// Paths: /echo answers "METHOD path?query|body" ("too large N" in place of the body when it was); /length?N and
+// /stream?N answer N bytes of known or unknown length; /gate waits at the gate; /gone waits at it, then answers
+// whether the client is connected; /throw, /silent, /short misbehave; /status?N answers that status.
+class TestServer {
+ public:
+  explicit TestServer(zelto::ServerOptions options = {});
+  ~TestServer();
+  TestServer(const TestServer&) = delete;
+  TestServer& operator=(const TestServer&) = delete;
+
+  std::uint16_t port() const { return server->port(); }
+  // The records so far, once there are that many.
+  std::vector<zelto::AccessRecord> wait_for_records(std::size_t count);
+
+  Gate gate;
+  std::vector<bool> connected_before_and_after_gate;
+  std::unique_ptr<zelto::Server> server;
+
+ private:
+  std::mutex lock_;
+  std::condition_variable changed_;
+  std::vector<zelto::AccessRecord> records_;
+};
+
+}  // namespace zelto_test
