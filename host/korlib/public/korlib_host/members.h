@@ -45,6 +45,7 @@ struct Operation {
   using Run = HRESULT (*)(void* self, const Operation& operation, const Arguments& arguments, VARIANT* result);
 
   Run run = nullptr;
+  bool exists = false;  // with sanitizers the compiler does not compare `run` in a constant expression
   BYTE required = 0;
   BYTE accepted = 0;
   LONG defaults[kMaxOptional] = {};  // for the arguments from `required` on
@@ -75,7 +76,7 @@ struct Member {
   constexpr Member optional(Value... values) const {
     static_assert(sizeof...(values) <= kMaxOptional);
     Member copy = *this;
-    Operation& operation = copy.method.run ? copy.method : copy.get;
+    Operation& operation = copy.method.exists ? copy.method : copy.get;
     operation.required = static_cast<BYTE>(operation.accepted - sizeof...(values));
     std::size_t at = 0;
     ((operation.defaults[at++] = static_cast<LONG>(values)), ...);

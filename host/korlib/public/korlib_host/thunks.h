@@ -243,6 +243,7 @@ consteval Operation operation() {
   if constexpr (!std::is_same_v<decltype(function), std::nullptr_t>) {
     using Parameters = ParametersOf<decltype(function)>;
     made.run = &run<Self, function, may_have_result>;
+    made.exists = true;
     if constexpr (takes_raw<Parameters>) {
       made.accepted = 255;
     } else {
