@@ -1,0 +1,143 @@
+#include <cwchar>
+
+#include "mirt/utility/utility_objects.h"
+
+namespace test {
+namespace {
+
+using TextMembers = UtilityMembers;
+ON_BOTH_OBJECTS(TextMembers);
+
+CComVariant null_string() {
+  CComVariant null;
+  null.vt = VT_BSTR;
+  null.bstrVal = nullptr;
+  return null;
+}
+
+TEST_P(TextMembers, HTMLEncodeReplacesFourCharacters) {
+  EXPECT_EQ(L"&lt;&gt;&quot;&amp;'", text(L"HTMLEncode", L"<>\"&'"));
+  EXPECT_EQ(L"", text(L"HTMLEncode", L""));
+  EXPECT_EQ(L"", text(L"HTMLEncode", null_string()));
+  EXPECT_EQ(L"plain \u3042\U0001F600", text(L"HTMLEncode", L"plain \u3042\U0001F600"));
+  EXPECT_EQ(std::wstring(L"a\0&lt;b", 7), text(L"HTMLEncode", std::wstring(L"a\0<b", 4)));
+  EXPECT_EQ(L"&amp;lt;", text(L"HTMLEncode", L"&lt;"));
+}
+
+// Around the length at which a buffer on the stack would end.
+TEST_P(TextMembers, HTMLEncodeTakesAnyLength) {
+  for (const std::size_t length : {1u, 16u, 99u, 100u, 101u, 102u, 1000u, 100'000u}) {
+    std::wstring expected;
+    for (std::size_t i = 0; i < length; ++i) expected += L"&quot;";
+    EXPECT_EQ(expected, text(L"HTMLEncode", std::wstring(length, L'"')));
+    EXPECT_EQ(std::wstring(length, L'x'), text(L"HTMLEncode", std::wstring(length, L'x')));
+  }
+}
+
+TEST_P(TextMembers, TrimRemovesFiveCharactersFromBothEnds) {
+  const struct {
+    const wchar_t* whole;
+    const wchar_t* trimmed;
+  } rows[] = {
+      {L"a", L"a"},
+      {L" a ", L"a"},
+      {L"\u3000 \t\r\na b\u3000c\n\r\t \u3000", L"a b\u3000c"},
+      {L"\f a \v", L"\f a \v"},  // other white space stays
+      {L"\u00A0a\u00A0", L"\u00A0a\u00A0"},
+      {L"a\n", L"a"},
+      {L"\na", L"a"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(row.trimmed, text(L"Trim", row.whole));
+  EXPECT_EQ(std::wstring(L"a\0 b", 4), text(L"Trim", std::wstring(L" a\0 b ", 6)));
+}
+
+TEST_P(TextMembers, TrimOfNothingIsANullString) {
+  for (const CComVariant& nothing :
+       {value_of(L""), null_string(), value_of(L"   "), value_of(L" \u3000 "), value_of(L"\t\r\n")}) {
+    const Answer answer = call(L"Trim", nothing);
+    EXPECT_EQ(S_OK, answer.hr);
+    EXPECT_EQ(VT_BSTR, answer.value.vt);
+    EXPECT_EQ(nullptr, answer.value.bstrVal);
+  }
+}
+
+TEST_P(TextMembers, SubmitDecodeReplacesCharacterReferences) {
+  const struct {
+    const wchar_t* submitted;
+    const wchar_t* decoded;
+  } rows[] = {
+      {L"", L""},
+      {L"plain", L"plain"},
+      {L"&#12354;&#x3042;", L"\u3042\u3042"},
+      {L"a&#65;b&#x42;c", L"aAbBc"},
+      {L"&#65abc;", L"A"},  // the number ends at the first character that is no digit
+      {L"&#x41g;z", L"Az"},
+      {L"&# 65;", L"A"},
+      {L"&#+65;", L"A"},
+      {L"&#x0x41;", L"A"},
+      {L"&#128512;", L"\U0001F600"},
+      {L"&#65", L"&#65"},  // unterminated: as it is
+      {L"a&#65;b&#66", L"aAb&#66"},
+      {L"&#&#65;", L""},  // the first reference reads "&#65", which is no number: a NUL
+      {L"&amp;&#65;", L"&amp;A"},
+      {L"&;#65;", L"&;#65;"},
+      {L"a&#;b", L"a"},   // a reference to 0 ends the text
+      {L"&#X41;b", L""},  // so does one whose number does not begin
+      {L"a&#0;b", L"a"},
+      {L"&", L"&"},
+      {L"&#", L"&#"},
+      {L";&#", L";&#"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.decoded, text(L"SubmitDecode", row.submitted)) << testing::PrintToString(row.submitted);
+  }
+  EXPECT_EQ(L"", text(L"SubmitDecode", null_string()));
+  EXPECT_EQ(L"a", text(L"SubmitDecode", std::wstring(L"a\0b", 3)));
+  EXPECT_EQ(L"aA", text(L"SubmitDecode", std::wstring(L"a&#65;\0b", 8)));
+}
+
+// The value is cut to a character's 32 bits, whatever it is.
+TEST_P(TextMembers, SubmitDecodeTakesNumbersBeyondUnicode) {
+  const struct {
+    const wchar_t* submitted;
+    unsigned character;
+  } rows[] = {
+      {L"&#x110000;", 0x110000},
+      {L"&#x7FFFFFFF;", 0x7FFFFFFF},
+      {L"&#-1;", 0xFFFFFFFF},
+      {L"&#99999999999;", 0x4876E7FF},              // 99999999999 modulo 2^32
+      {L"&#99999999999999999999999;", 0xFFFFFFFF},  // the largest long, its low bits
+      {L"&#-99999999999999999999999;", 0},          // the smallest, likewise: ends the text
+      {L"&#x1FFFFFFFF;", 0xFFFFFFFF},
+  };
+  for (const auto& row : rows) {
+    const std::wstring expected = row.character ? std::wstring(1, static_cast<wchar_t>(row.character)) : std::wstring();
+    EXPECT_EQ(expected, text(L"SubmitDecode", row.submitted)) << testing::PrintToString(row.submitted);
+  }
+}
+
+TEST_P(TextMembers, SubmitDecodeHandlesManyReferences) {
+  std::wstring submitted;
+  for (int i = 0; i < 100'000; ++i) submitted += L"x&#65;";
+  const std::wstring decoded = text(L"SubmitDecode", submitted);
+  EXPECT_EQ(200'000u, decoded.size());
+  EXPECT_EQ(std::wstring::npos, decoded.find_first_not_of(L"xA"));
+  // Openings that are never closed, and one that closes far behind.
+  std::wstring openings;
+  for (int i = 0; i < 100'000; ++i) openings += L"&#";
+  EXPECT_EQ(openings, text(L"SubmitDecode", openings));
+  EXPECT_EQ(L"", text(L"SubmitDecode", openings + L";"));
+}
+
+TEST_P(TextMembers, WidthConversionNeedsAHostThatMaps) {
+  for (const wchar_t* name : {L"HanToZen", L"ZenToHan"}) {
+    for (const CComVariant& each : {value_of(L"abc"), value_of(L""), null_string(), value_of(L"\uFF71")}) {
+      const Answer answer = call(name, each);
+      EXPECT_EQ(E_FAIL, answer.hr);
+      EXPECT_EQ(VT_EMPTY, answer.value.vt);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace test
