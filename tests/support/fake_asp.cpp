@@ -147,9 +147,13 @@ HRESULT Request::give(const char* name, const CComPtr<RequestDictionary>& from, 
   return from.query(values);
 }
 
-HRESULT Request::get_Item(BSTR, IDispatch** value) {
+HRESULT Request::get_Item(BSTR name, IDispatch** value) {
   *value = nullptr;
-  return E_NOTIMPL;
+  RETURN_IF_FAILED(calls_->note("Request.Item"));
+  CComVariant list;
+  RETURN_IF_FAILED(query_string->get_Item(korlib::borrowed(name), &list));
+  *value = std::exchange(list.pdispVal, nullptr);
+  return S_OK;
 }
 HRESULT Request::get_QueryString(asp::IRequestDictionary** values) {
   return give("Request.QueryString", query_string, values);

@@ -1,0 +1,309 @@
+// "Mirt.TextTemplator" as a script uses it.
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include <korlib/adostream.h>
+#include <korlib/dictionary.h>
+#include <mirt/mirt.h>
+
+#include "mirt/templator/recording_sink.h"
+#include "support/fake.h"
+#include "support/module.h"
+
+namespace test {
+namespace {
+
+class TextTemplator : public ModuleTest {
+ protected:
+  void SetUp() override { templator_ = module_.create(L"TextTemplator"); }
+  void TearDown() override {
+    script_->forget_calls();
+    templator_.reset();
+    script_.reset();
+    EXPECT_EQ(0, FakeScript::alive()) << "a script is still held";
+    ModuleTest::TearDown();
+  }
+
+  void add(const CComPtr<FakeScript>& script) { EXPECT_EQ(S_OK, putref(templator_.get(), L"Script", script).hr); }
+  Answer process(const wchar_t* text) { return call(templator_.get(), L"ProcessTemplate", text); }
+  std::wstring flush() { return text_of(call(templator_.get(), L"Flush")); }
+  // What a template draws with the fixture's script, or the code of its failure.
+  std::wstring draw(const wchar_t* text) {
+    if (!has_script_) add(script_);
+    has_script_ = true;
+    const std::size_t before = flush().size();
+    const Answer answer = process(text);
+    return FAILED(answer.hr) ? text_of(answer) : flush().substr(before);
+  }
+
+  CComPtr<IDispatch> templator_;
+  CComPtr<FakeScript> script_ = FakeScript::make();
+  bool has_script_ = false;
+};
+
+TEST_F(TextTemplator, HoldsNothingAtFirst) { EXPECT_EQ(L"", flush()); }
+
+TEST_F(TextTemplator, FlushesEverythingWrittenSoFar) {
+  EXPECT_EQ(S_OK, call(templator_.get(), L"Write", L"a").hr);
+  EXPECT_EQ(S_OK, call(templator_.get(), L"Write", L"b").hr);
+  EXPECT_EQ(L"ab", flush());
+  EXPECT_EQ(L"ab", flush());
+  EXPECT_EQ(S_OK, call(templator_.get(), L"Write", L"\u00e9\U0001F600").hr);
+  EXPECT_EQ(L"ab\u00e9\U0001F600", flush());
+}
+
+TEST_F(TextTemplator, LeavesCommentsOut) {
+  EXPECT_EQ(L"xy", draw(L"x(# comment #)y"));
+  EXPECT_EQ(L"xy", draw(L"x(#\tname#)y"));
+  EXPECT_EQ(L"xy", draw(L"x(#\nname#)y"));
+  EXPECT_EQ(L"xy", draw(L"x(#\rname|a#|#b#)y"));
+  EXPECT_TRUE(script_->calls().empty());
+}
+
+TEST_F(TextTemplator, WritesVariables) {
+  script_->value(L"Title", L"Hello");
+  script_->value(L"Number", 12);
+  script_->value(L"Yes", true);
+  script_->value(L"Nothing", CComVariant());
+  EXPECT_EQ(L"Hello|12|True||", draw(L"(#Title#)|(#Number#)|(#Yes#)|(#Nothing#)|"));
+}
+
+TEST_F(TextTemplator, WalksAVariableByTheParameters) {
+  const CComPtr<FakeScript> row = FakeScript::make();
+  row->value(L"Name", L"Ada");
+  script_->value(L"Rows", value_of(std::vector<CComVariant>{value_of(0), value_of(1), value_of(row)}));
+  EXPECT_EQ(L"Ada", draw(L"(#Rows|2#|#Name#)"));
+  EXPECT_EQ(L"1", draw(L"(#Rows#|#1#)"));
+  EXPECT_EQ(L"<code 8002000B>", draw(L"(#Rows|3#)"));
+  EXPECT_EQ(L"<code 80020005>", draw(L"(#Rows|x#)"));
+}
+
+TEST_F(TextTemplator, TakesAMemberFromTheScriptAddedLast) {
+  const CComPtr<FakeScript> later = FakeScript::make();
+  script_->value(L"Both", L"first");
+  script_->value(L"Only", L"kept");
+  later->value(L"Both", L"second");
+  add(script_);
+  add(later);
+  EXPECT_EQ(S_OK, process(L"(#Both#) (#Only#)").hr);
+  EXPECT_EQ(L"second kept", flush());
+}
+
+TEST_F(TextTemplator, CallsAFunctionWithItselfAndTheParameters) {
+  script_->function(L"Row", [&](const Arguments& arguments) {
+    EXPECT_EQ(2u, arguments.size());
+    EXPECT_EQ(templator_.get(), arguments.at(0).pdispVal);
+    EXPECT_EQ(VT_ARRAY | VT_VARIANT, arguments.at(1).vt);
+    const SAFEARRAY* array = arguments[1].parray;
+    std::wstring text = std::to_wstring(array->rgsabound[0].cElements);
+    for (ULONG i = 0; i < array->rgsabound[0].cElements; ++i) {
+      const VARIANT& param = static_cast<const VARIANT*>(array->pvData)[i];
+      EXPECT_EQ(VT_BSTR, param.vt);
+      text += L"," + std::wstring(korlib::view_of(param.bstrVal));
+    }
+    return value_of(text);
+  });
+  script_->function(L"Silent", [](const Arguments&) { return CComVariant(); });
+  EXPECT_EQ(L"2,a,b", draw(L"(#Row|a#|#b#)"));
+  EXPECT_EQ(L"0", draw(L"(#Row#)"));
+  EXPECT_EQ(L"[]", draw(L"[(#Silent#)]"));
+}
+
+TEST_F(TextTemplator, LetsAFunctionWriteAndProcess) {
+  script_->value(L"Inner", L"i");
+  script_->function(L"Outer", [&](const Arguments&) {
+    call(templator_.get(), L"Write", L"<");
+    process(L"(#Inner#)");
+    return value_of(L">");
+  });
+  EXPECT_EQ(L"a<i>b", draw(L"a(#Outer#)b"));
+}
+
+TEST_F(TextTemplator, AsksForAValueByKeyWhereNoMemberHasTheName) {
+  script_->function(L"", [](const Arguments& arguments) {
+    EXPECT_EQ(1u, arguments.size());
+    return value_of(L"item " + std::wstring(korlib::view_of(arguments.at(0).bstrVal)));
+  });
+  EXPECT_EQ(L"item key", draw(L"(#key#)"));
+  EXPECT_EQ(L"item key", draw(L"(#key|ignored#)"));
+}
+
+TEST_F(TextTemplator, ReadsADictionary) {
+  CComPtr<IKorLibDictionary> dictionary;
+  ASSERT_EQ(S_OK, CoCreateInstance(CLSID_ScriptingDictionary, nullptr, CLSCTX_INPROC_SERVER,
+                                   korlib::iid_of<IKorLibDictionary>, dictionary.put_void()));
+  CComBSTR key(L"Title");
+  CComBSTR text(L"Hello");
+  ASSERT_EQ(S_OK, dictionary->put_Item(korlib::borrowed(key.get()), korlib::borrowed(text.get())));
+  EXPECT_EQ(S_OK, putref(templator_.get(), L"Script", dictionary).hr);
+  EXPECT_EQ(S_OK, process(L"(#Title#)").hr);
+  EXPECT_EQ(L"Hello", flush());
+}
+
+TEST_F(TextTemplator, FailsAMarkThatNobodyKnows) {
+  EXPECT_EQ(DISP_E_UNKNOWNNAME, process(L"a(#Unknown#)b").hr);
+  EXPECT_EQ(L"a", flush());
+}
+
+TEST_F(TextTemplator, PassesFailuresOn) {
+  script_->failing(L"Broken", DISP_E_DIVBYZERO, L"cannot");
+  script_->value(L"Null", null_value());
+  EXPECT_EQ(L"<code 80020012>cannot", draw(L"(#Broken#)"));
+  EXPECT_EQ(L"<code 80020005>", draw(L"a(#Null#)b"));
+  const CComPtr<FakeScript> refusing = FakeScript::make();
+  refusing->failing(L"", E_ACCESSDENIED);
+  add(refusing);
+  script_->remove(L"Broken");
+  EXPECT_EQ(L"<code 80020003>", draw(L"(#Broken#)"));  // of the script asked last, which has no items
+}
+
+TEST_F(TextTemplator, NamesAFaultInTheTemplate) {
+  const Answer answer = process(L"a#)b");
+  EXPECT_EQ(E_FAIL, answer.hr);
+  EXPECT_EQ(L"Templator", answer.source);
+  EXPECT_EQ(L"Invalid mark order.", answer.description);
+  EXPECT_EQ(L"a", flush());
+}
+
+TEST_F(TextTemplator, HandsOutTheScriptAddedLast) {
+  EXPECT_EQ(VT_DISPATCH, get(templator_.get(), L"Script").value.vt);
+  EXPECT_EQ(nullptr, get(templator_.get(), L"Script").value.pdispVal);
+  const CComPtr<FakeScript> later = FakeScript::make();
+  add(script_);
+  add(later);
+  EXPECT_EQ(later.get(), object_of(get(templator_.get(), L"Script")).get());
+  CComPtr<ITextTemplator> typed;
+  ASSERT_EQ(S_OK, templator_.query(typed.put()));
+  EXPECT_EQ(S_OK, typed->putref_Script(nullptr));
+  IDispatch* last = templator_.get();  // poison
+  EXPECT_EQ(S_OK, typed->get_Script(&last));
+  EXPECT_EQ(nullptr, last);
+  EXPECT_EQ(E_POINTER, typed->get_Script(nullptr));
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, process(L"(#x#)").hr);  // of the first, asked last, which has no items
+}
+
+class TextTemplatorOutput : public TextTemplator {
+ protected:
+  void SetUp() override {
+    TextTemplator::SetUp();
+    ASSERT_EQ(S_OK, templator_.query(typed_.put()));
+  }
+  void TearDown() override {
+    typed_.reset();
+    TextTemplator::TearDown();
+  }
+
+  CComPtr<ITextTemplator> typed_;
+};
+
+TEST_F(TextTemplatorOutput, IsAStreamInMemoryAtFirst) {
+  const CComPtr<IDispatch> stream = object_of(get(templator_.get(), L"Stream"));
+  CComPtr<IUnknown> unknown;
+  EXPECT_EQ(S_OK, typed_->get_Stream(unknown.put()));
+  CComPtr<IKorLibStream> ado;
+  EXPECT_EQ(S_OK, unknown.query(ado.put()));
+}
+
+TEST_F(TextTemplatorOutput, FailsWhereThereIsNone) {
+  EXPECT_EQ(S_OK, typed_->putref_Stream(nullptr));
+  EXPECT_EQ(E_FAIL, call(templator_.get(), L"Write", L"x").hr);
+  EXPECT_EQ(E_FAIL, process(L"x").hr);
+  BSTR text = reinterpret_cast<BSTR>(this);  // poison
+  EXPECT_EQ(E_FAIL, typed_->Flush(&text));
+  EXPECT_EQ(nullptr, text);
+  EXPECT_EQ(E_POINTER, typed_->Flush(nullptr));
+  IUnknown* sink = typed_.get();  // poison
+  EXPECT_EQ(S_OK, typed_->get_Stream(&sink));
+  EXPECT_EQ(nullptr, sink);
+}
+
+TEST_F(TextTemplatorOutput, CannotBeFlushedWhereItIsNoStream) {
+  for (const unsigned kind : {kResponse, kTextStream, kRawStream}) {
+    const CComPtr<RecordingSink> sink = RecordingSink::make(kind);
+    EXPECT_EQ(S_OK, typed_->putref_Stream(sink->unknown()));
+    EXPECT_EQ(S_OK, process(L"ab").hr);
+    EXPECT_EQ(L"ab", sink->text());
+    EXPECT_EQ(E_FAIL, call(templator_.get(), L"Flush").hr);
+    EXPECT_EQ(S_OK, typed_->putref_Stream(nullptr));
+    EXPECT_EQ(1u, sink->references());
+  }
+}
+
+TEST_F(TextTemplatorOutput, MayBeAStreamOfTheCaller) {
+  CComPtr<IKorLibStream> stream;
+  ASSERT_EQ(S_OK, CoCreateInstance(CLSID_KorLibStream, nullptr, CLSCTX_INPROC_SERVER, korlib::iid_of<IKorLibStream>,
+                                   stream.put_void()));
+  ASSERT_EQ(S_OK, stream->Open(korlib::omitted(), 0, -1, nullptr, nullptr));
+  ASSERT_EQ(S_OK, stream->WriteText(CComBSTR(L"before "), adWriteChar));
+  EXPECT_EQ(S_OK, putref(templator_.get(), L"Stream", stream).hr);
+  EXPECT_EQ(S_OK, process(L"x").hr);
+  EXPECT_EQ(L"before x", flush());
+}
+
+TEST_F(TextTemplatorOutput, RefusesAnObjectThatCannotBeWritten) {
+  EXPECT_EQ(E_INVALIDARG, putref(templator_.get(), L"Stream", script_).hr);
+  EXPECT_EQ(E_FAIL, call(templator_.get(), L"Write", L"x").hr);
+}
+
+class TextTemplatorFile : public TextTemplator {
+ protected:
+  std::wstring write_file(const char* name, const std::string& bytes) {
+    std::filesystem::create_directories(folder_);
+    std::ofstream(folder_ / name, std::ios::binary) << bytes;
+    return (folder_ / name).wstring();
+  }
+  Answer process_file(const std::wstring& path, const wchar_t* charset) {
+    return call(templator_.get(), L"ProcessTemplateFile", path, charset);
+  }
+  void TearDown() override {
+    std::filesystem::remove_all(folder_);
+    TextTemplator::TearDown();
+  }
+
+  const std::filesystem::path folder_ =
+      std::filesystem::temp_directory_path() / ("text_templator_" + std::to_string(getpid()));
+};
+
+TEST_F(TextTemplatorFile, IsReadInItsCharacterSet) {
+  script_->value(L"Name", L"x");
+  add(script_);
+  EXPECT_EQ(S_OK, process_file(write_file("u.txt", "\xC3\xA9(#Name#)\xE4\xB8\x96"), L"UTF-8").hr);
+  EXPECT_EQ(S_OK, process_file(write_file("l.txt", "\xE9(#Name#)"), L"ISO-8859-1").hr);
+  EXPECT_EQ(S_OK, process_file(write_file("j.txt", "\x93\xFA(#Name#)"), L"Shift_JIS").hr);
+  EXPECT_EQ(L"\u00e9x\u4e16\u00e9x\u65e5x", flush());
+}
+
+TEST_F(TextTemplatorFile, IsTakenAsThePathSays) {
+  write_file("a.txt", "text");
+  EXPECT_EQ(S_OK, process_file((folder_ / "." / "a.txt").wstring(), L"UTF-8").hr);
+  EXPECT_EQ(L"text", flush());
+}
+
+TEST_F(TextTemplatorFile, FailsWhereItCannotBeRead) {
+  EXPECT_TRUE(FAILED(process_file((folder_ / "missing").wstring(), L"UTF-8").hr));
+  EXPECT_TRUE(FAILED(process_file(std::filesystem::temp_directory_path().wstring(), L"UTF-8").hr));
+  EXPECT_TRUE(FAILED(process_file(write_file("a.txt", "a"), L"no such character set").hr));
+  EXPECT_EQ(L"", flush());
+}
+
+TEST_F(TextTemplatorFile, IsReadAnewEachTime) {
+  EXPECT_EQ(S_OK, process_file(write_file("a.txt", "1"), L"UTF-8").hr);
+  EXPECT_EQ(S_OK, process_file(write_file("a.txt", "2"), L"UTF-8").hr);
+  EXPECT_EQ(L"12", flush());
+}
+
+TEST_F(TextTemplator, ComesOutOfThePoolLikeNew) {
+  add(script_);
+  EXPECT_EQ(S_OK, call(templator_.get(), L"Write", L"old").hr);
+  const IDispatch* block = templator_.get();
+  templator_.reset();
+  templator_ = module_.create(L"TextTemplator");
+  EXPECT_EQ(block, templator_.get()) << "the pool gave another block";
+  EXPECT_EQ(L"", flush());
+  EXPECT_EQ(nullptr, get(templator_.get(), L"Script").value.pdispVal);
+}
+
+}  // namespace
+}  // namespace test
