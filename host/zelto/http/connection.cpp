@@ -224,7 +224,7 @@ void Connection::submit() {
   answer_plainly(kUnavailable, {{"Retry-After", "1"}}, !last_ && !unread_input_);
 }
 
-void Connection::run(Worker& worker) noexcept {
+void Connection::run(Worker& worker) {
   try {
     try {
       worker.handle(std::move(parser_->request()), sink_);

@@ -46,7 +46,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void close_when_idle();
   void abort();
 
-  void run(Worker& worker) noexcept override;
+  void run(Worker& worker) override;
 
  private:
   using Error = boost::system::error_code;

@@ -31,7 +31,13 @@ class Server::Impl {
         shared_{options_, pool_, [this](const AccessRecord& record) { log(record); },
                 [this](Connection* connection) { forget(connection); }} {}
 
-  ~Impl() { stop(std::chrono::milliseconds(0)); }
+  ~Impl() {
+    try {
+      stop(std::chrono::milliseconds(0));
+    } catch (...) {
+      std::terminate();  // threads that cannot be joined would go on with what is destroyed here
+    }
+  }
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
 

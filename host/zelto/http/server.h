@@ -16,10 +16,10 @@ namespace zelto {
 struct HttpLimits {
   using Duration = std::chrono::milliseconds;
 
-  std::size_t header_bytes = 16 * 1024;  // request line and headers
+  std::size_t header_bytes = 16'384;  // request line and headers
   std::size_t header_lines = 100;
-  std::size_t chunk_extension_bytes = 4 * 1024;
-  std::uint64_t body_bytes = 16 * 1024 * 1024;
+  std::size_t chunk_extension_bytes = 4'096;
+  std::uint64_t body_bytes = std::uint64_t{16} * 1024 * 1024;
   Duration header_timeout = std::chrono::seconds(10);
   Duration body_timeout = std::chrono::seconds(30);  // between two reads
   std::uint64_t body_rate = 256;                     // bytes a second, once body_timeout has passed

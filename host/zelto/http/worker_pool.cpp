@@ -76,7 +76,12 @@ void WorkerPool::run() {
   while (worker) {
     const auto job = next();
     if (!job) break;
-    job->run(*worker);
+    try {
+      job->run(*worker);
+    } catch (...) {
+      // Not even its end could be reported: out of memory. Letting go of the job closes its connection.
+      continue;
+    }
   }
 }
 

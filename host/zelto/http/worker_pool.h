@@ -20,7 +20,7 @@ namespace zelto {
 class Job {
  public:
   virtual ~Job() = default;
-  virtual void run(Worker& worker) noexcept = 0;
+  virtual void run(Worker& worker) = 0;
 };
 
 class WorkerPool {

@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "client.h"
 #include "test_server.h"
 
 namespace zelto_test {
 namespace {
+
+using namespace std::string_literals;
 
 struct Row {
   std::string request;  // everything after it must not be taken for another request
@@ -52,8 +56,8 @@ TEST(Framing, LeavesNoDoubtAboutTheEndOfARequest) {
       {"GET /echo HTTP/1.1\nHost: a\n\n", 400},
       {"GET /echo HTTP/1.1\r\nHost: a\r\nX: y\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\nHost: a\r\nX: y\rz\r\n\r\n", 400},
-      {std::string("GET /echo HTTP/1.1\r\nHost: a\r\nX: y\0z\r\n\r\n", 42), 400},
-      {std::string("GET /ec\0ho HTTP/1.1\r\nHost: a\r\n\r\n", 33), 400},
+      {"GET /echo HTTP/1.1\r\nHost: a\r\nX: y\0z\r\n\r\n"s, 400},
+      {"GET /ec\0ho HTTP/1.1\r\nHost: a\r\n\r\n"s, 400},
       {"GET /ec ho HTTP/1.1\r\nHost: a\r\n\r\n", 400},
       {"GET  /echo HTTP/1.1\r\nHost: a\r\n\r\n", 400},
       {"GET /echo\r\nHost: a\r\n\r\n", 400},

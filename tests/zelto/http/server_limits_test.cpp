@@ -63,7 +63,7 @@ TEST(ServerLimits, AllowWhatJustFits) {
   TestServer test;
   EXPECT_EQ(ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + lines + "\r\n").status, 200);
   const std::string head = "GET /echo HTTP/1.1\r\n" + kHost + "X: \r\n\r\n";
-  const std::string padding(16 * 1024 - head.size(), 'a');
+  const std::string padding(16'384 - head.size(), 'a');
   EXPECT_EQ(ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "X: " + padding + "\r\n\r\n").status, 200);
   EXPECT_EQ(ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "X: a" + padding + "\r\n\r\n").status, 431);
   EXPECT_EQ(ask(test.port(), "POST /echo HTTP/1.1\r\n" + kHost + "Transfer-Encoding: chunked\r\n\r\n1;" +
