@@ -83,9 +83,14 @@ std::size_t open_modules() {
 }
 
 std::filesystem::path module_file(void* module) {
-  link_map* map = nullptr;
-  if (!module || dlinfo(module, RTLD_DI_LINKMAP, &map) != 0 || !map) return {};
-  return map->l_name;
+  // A handle is an element of the loader's list; anything else must not even be looked at.
+  void* const program = dlopen(nullptr, RTLD_LAZY);
+  const link_map* map = nullptr;
+  if (!program || dlinfo(program, RTLD_DI_LINKMAP, &map) != 0) map = nullptr;
+  while (map && map != module) map = map->l_next;
+  std::filesystem::path file = map ? map->l_name : "";
+  if (program) dlclose(program);
+  return file;
 }
 
 }  // namespace korlib_host

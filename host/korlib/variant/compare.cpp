@@ -69,16 +69,14 @@ HRESULT load(const VARIANT& value, Scalar* scalar) {
 HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID, ULONG flags) {
   using namespace korlib::variants;
   if (!left || !right) return E_INVALIDARG;
-  PlainValue left_value;
-  PlainValue right_value;
-  RETURN_IF_FAILED(left_value.load(*left));
-  RETURN_IF_FAILED(right_value.load(*right));
-  const VARIANT& l = left_value.get();
-  const VARIANT& r = right_value.get();
-  if (l.vt == VT_NULL || r.vt == VT_NULL) return VARCMP_NULL;
+  CComVariant left_value;
+  CComVariant right_value;
+  RETURN_IF_FAILED(plain_value(*left, &left_value));
+  RETURN_IF_FAILED(plain_value(*right, &right_value));
+  if (left_value.vt == VT_NULL || right_value.vt == VT_NULL) return VARCMP_NULL;
   Scalar a;
   Scalar b;
-  RETURN_IF_FAILED(load(l, &a));
-  RETURN_IF_FAILED(load(r, &b));
+  RETURN_IF_FAILED(load(left_value, &a));
+  RETURN_IF_FAILED(load(right_value, &b));
   return as_result(compare(a, b, flags));
 }
