@@ -1,0 +1,27 @@
+// Exceptions stop at the typed interfaces.
+#pragma once
+
+#include <korlib_host/errors.h>
+
+#include <string_view>
+
+namespace zelto {
+
+// Runs the body of an interface member: what it throws becomes a code, with the exception's text as the
+// error's description.
+template <class Body>
+HRESULT guarded(std::wstring_view source, Body body) noexcept {
+  try {
+    return body();
+  } catch (...) {
+    return korlib::hresult_from_exception(source);
+  }
+}
+
+// The out-parameter of a member that hands out text.
+inline HRESULT give_text(std::wstring_view text, BSTR* out) {
+  *out = korlib::new_bstr(text);
+  return *out ? S_OK : E_OUTOFMEMORY;
+}
+
+}  // namespace zelto

@@ -1,0 +1,14 @@
+// Text as HTML shows it.
+#pragma once
+
+#include <korlib/types.h>
+
+#include <string>
+#include <string_view>
+
+namespace zelto {
+
+// `< > & "` as their names; a character that the code page lacks as &#n;.
+std::wstring html_encode(std::wstring_view text, LONG code_page);
+
+}  // namespace zelto

@@ -1,0 +1,52 @@
+// What the intrinsic objects of one running page share.
+#pragma once
+
+#include <korlib/comvariant.h>
+
+#include <memory>
+#include <string>
+
+#include "intrinsics/request_state.h"
+#include "intrinsics/response_state.h"
+
+namespace zelto {
+
+// What went wrong in a page.
+struct PageError {
+  HRESULT number = S_OK;
+  std::wstring source;       // who reported it, "Mirt"
+  std::wstring description;  // in words
+  std::wstring category;     // "Script", "Server"
+  std::wstring code_line;    // the line of source text
+  std::wstring file;         // virtual path of the page or included file
+  LONG line = 0;             // from 1; 0 when it is not known
+  LONG column = -1;
+};
+
+// What the intrinsic objects ask of whoever runs the page.
+class PageHost {
+ public:
+  virtual ~PageHost() = default;
+  // Ends the page: the answer is the code with which the asking member fails, and the script is left at
+  // once, without running any handler of its own.
+  virtual HRESULT end_page() = 0;
+  // Runs another page of the site with the same intrinsic objects, and comes back.
+  virtual HRESULT execute(const std::string& virtual_path) = 0;
+  virtual LONG script_timeout() const = 0;  // seconds
+  virtual HRESULT set_script_timeout(LONG seconds) = 0;
+  virtual const PageError* last_error() const = 0;  // null when there was none
+};
+
+// Belongs to the request's thread. Whoever runs the page detaches `host` and the response when it ends;
+// objects that outlive the page find both gone.
+struct PageState {
+  PageState(HttpRequest http, PagePlace place, ResponseSink& sink, PageHost* page_host)
+      : request(std::move(http), std::move(place)), response(sink), host(page_host) {}
+
+  RequestState request;
+  ResponseState response;
+  PageHost* host;
+};
+using PageStatePtr = std::shared_ptr<PageState>;
+
+}  // namespace zelto

@@ -1,0 +1,195 @@
+#include "intrinsics/request_object.h"
+
+#include <cstring>
+#include <limits>
+
+#include "intrinsics/collections.h"
+#include "intrinsics/guard.h"
+#include "intrinsics/variant_key.h"
+
+namespace zelto {
+
+namespace {
+
+using ZeltoTypeLibrary::IRequestDictionary;
+using BodyError = RequestState::BodyError;
+
+constexpr std::wstring_view kSource = L"Request";
+
+HRESULT raise_body_error(BodyError error) {
+  switch (error) {
+    case BodyError::none:
+      return S_OK;
+    case BodyError::already_read_as_bytes:
+      return korlib::raise(E_FAIL, kSource, L"Form cannot be used after BinaryRead.");
+    case BodyError::already_read_as_form:
+      return korlib::raise(E_FAIL, kSource, L"BinaryRead cannot be used after Form.");
+    case BodyError::too_large:
+      return korlib::raise(E_FAIL, kSource, L"The request's body is larger than the limit.");
+    case BodyError::too_many_fields:
+      return korlib::raise(E_FAIL, kSource, L"The form has more than 1000 fields.");
+  }
+  return E_UNEXPECTED;
+}
+
+HRESULT give(FieldCollection::Source source, IRequestDictionary** values) {
+  if (!values) return E_POINTER;
+  *values = nullptr;
+  return guarded(kSource, [&] {
+    *values = korlib::make<FieldCollection>(std::move(source)).detach();
+    return S_OK;
+  });
+}
+
+// The variable that a byte count is read from and goes back to.
+VARIANT* counted_variable(VARIANT* count) {
+  return count->vt == (VT_BYREF | VT_VARIANT) && count->pvarVal ? count->pvarVal : count;
+}
+
+void put_count(VARIANT* count, LONG value) {
+  if (count->vt == (VT_BYREF | VT_I4) && count->plVal) {
+    *count->plVal = value;
+    return;
+  }
+  VariantClear(count);
+  count->vt = VT_I4;
+  count->lVal = value;
+}
+
+HRESULT give_bytes(std::string_view bytes, VARIANT* data) {
+  CComSafeArray array(VT_UI1, static_cast<ULONG>(bytes.size()));
+  if (!array) return E_OUTOFMEMORY;
+  if (!bytes.empty()) std::memcpy(array.data<BYTE>(), bytes.data(), bytes.size());
+  array.detach_to(data);
+  return S_OK;
+}
+
+}  // namespace
+
+std::span<const korlib::Member> RequestObject::members() {
+  static constexpr korlib::Member table[] = {
+      property<&RequestObject::find>(L"Item").is_default(),
+      property<&RequestObject::get_QueryString>(L"QueryString"),
+      property<&RequestObject::get_Form>(L"Form"),
+      property<&RequestObject::get_Cookies>(L"Cookies"),
+      property<&RequestObject::get_ServerVariables>(L"ServerVariables"),
+      property<&RequestObject::get_ClientCertificate>(L"ClientCertificate"),
+      property<&RequestObject::get_TotalBytes>(L"TotalBytes"),
+      method<&RequestObject::BinaryRead>(L"BinaryRead"),
+  };
+  return table;
+}
+
+// In the documented order. The body is looked at only when it can hold fields and was not read as bytes.
+HRESULT RequestObject::search(std::wstring_view name, CComPtr<IDispatch>& value) {
+  RequestState& request = page_->request;
+  const auto take = [&](const RequestState::Fields& fields) {
+    const Field* field = fields->find(name);
+    if (field) value = korlib::make<StringList>(fields, field).get();
+    return field != nullptr;
+  };
+  if (take(request.query())) return S_OK;
+  if (request.has_urlencoded_body() && !request.was_read_as_bytes()) {
+    RequestState::Fields form;
+    const BodyError error = request.form(form);
+    if (error != BodyError::none) return raise_body_error(error);
+    if (take(form)) return S_OK;
+  }
+  if (const ReceivedCookie* cookie = find_cookie(request.cookies(), name)) {
+    value.attach(static_cast<IRequestDictionary*>(korlib::make<CookieValue>(page_, cookie).detach()));
+    return S_OK;
+  }
+  take(request.server_variables());
+  return S_OK;
+}
+
+HRESULT RequestObject::get_Item(BSTR name, IDispatch** value) {
+  if (!value) return E_POINTER;
+  *value = nullptr;
+  return guarded(kSource, [&]() -> HRESULT {
+    CComPtr<IDispatch> found;
+    RETURN_IF_FAILED(search(korlib::view_of(name), found));
+    *value = found.detach();
+    return S_OK;
+  });
+}
+
+HRESULT RequestObject::find(VARIANT name, VARIANT* value) {
+  CComVariant text;
+  RETURN_IF_FAILED(VariantChangeType(&text, &name, 0, VT_BSTR));
+  CComPtr<IDispatch> found;
+  RETURN_IF_FAILED(search(korlib::view_of(text.bstrVal), found));
+  if (found) {
+    value->vt = VT_DISPATCH;
+    value->pdispVal = found.detach();
+  }
+  return S_OK;
+}
+
+HRESULT RequestObject::get_QueryString(IRequestDictionary** values) {
+  return give(
+      [page = page_](RequestState::Fields& fields) {
+        fields = page->request.query();
+        return S_OK;
+      },
+      values);
+}
+
+HRESULT RequestObject::get_Form(IRequestDictionary** values) {
+  return give([page = page_](RequestState::Fields& fields) { return raise_body_error(page->request.form(fields)); },
+              values);
+}
+
+HRESULT RequestObject::get_ServerVariables(IRequestDictionary** values) {
+  return give(
+      [page = page_](RequestState::Fields& fields) {
+        fields = page->request.server_variables();
+        return S_OK;
+      },
+      values);
+}
+
+HRESULT RequestObject::get_ClientCertificate(IRequestDictionary** values) {
+  return give(
+      [](RequestState::Fields& fields) {
+        fields = std::make_shared<const FieldTable>();
+        return S_OK;
+      },
+      values);
+}
+
+HRESULT RequestObject::get_Cookies(IRequestDictionary** values) {
+  if (!values) return E_POINTER;
+  *values = nullptr;
+  return guarded(kSource, [&] {
+    *values = korlib::make<CookieCollection>(page_).detach();
+    return S_OK;
+  });
+}
+
+HRESULT RequestObject::get_TotalBytes(LONG* bytes) {
+  if (!bytes) return E_POINTER;
+  constexpr std::uint64_t kMost = std::numeric_limits<LONG>::max();
+  *bytes = static_cast<LONG>(std::min(page_->request.total_bytes(), kMost));
+  return S_OK;
+}
+
+HRESULT RequestObject::BinaryRead(VARIANT* count, VARIANT* data) {
+  if (!count || !data) return E_POINTER;
+  VariantInit(data);
+  return guarded(kSource, [&]() -> HRESULT {
+    VARIANT* variable = counted_variable(count);
+    CComVariant wanted;
+    RETURN_IF_FAILED(VariantChangeType(&wanted, variable, 0, VT_I4));
+    if (wanted.lVal < 0) return korlib::raise(E_INVALIDARG, kSource, L"BinaryRead: the count is negative.");
+    std::string_view bytes;
+    const BodyError error = page_->request.read_bytes(static_cast<std::size_t>(wanted.lVal), bytes);
+    if (error == BodyError::too_large) put_count(variable, 0);
+    if (error != BodyError::none) return raise_body_error(error);
+    RETURN_IF_FAILED(give_bytes(bytes, data));
+    put_count(variable, static_cast<LONG>(bytes.size()));
+    return S_OK;
+  });
+}
+
+}  // namespace zelto

@@ -1,0 +1,34 @@
+// Request.
+#pragma once
+
+#include <korlib_host/dispatch_object.h>
+#include <zelto/asp.h>
+
+#include "intrinsics/page_state.h"
+
+namespace zelto {
+
+class RequestObject final : public korlib::DispatchObject<RequestObject, ZeltoTypeLibrary::IRequest> {
+ public:
+  explicit RequestObject(PageStatePtr page) : page_(std::move(page)) {}
+  static std::span<const korlib::Member> members();
+
+  HRESULT get_Item(BSTR name, IDispatch** value) override;
+  HRESULT get_QueryString(ZeltoTypeLibrary::IRequestDictionary** values) override;
+  HRESULT get_Form(ZeltoTypeLibrary::IRequestDictionary** values) override;
+  HRESULT get_ServerVariables(ZeltoTypeLibrary::IRequestDictionary** values) override;
+  HRESULT get_ClientCertificate(ZeltoTypeLibrary::IRequestDictionary** values) override;
+  HRESULT get_Cookies(ZeltoTypeLibrary::IRequestDictionary** values) override;
+  HRESULT get_TotalBytes(LONG* bytes) override;
+  HRESULT BinaryRead(VARIANT* count, VARIANT* data) override;
+
+  // As get_Item for scripts, which find nothing at all instead of a null object.
+  HRESULT find(VARIANT name, VARIANT* value);
+
+ private:
+  HRESULT search(std::wstring_view name, CComPtr<IDispatch>& value);
+
+  PageStatePtr page_;
+};
+
+}  // namespace zelto

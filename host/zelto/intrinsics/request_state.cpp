@@ -1,0 +1,68 @@
+#include "intrinsics/request_state.h"
+
+#include "intrinsics/server_variables.h"
+#include "intrinsics/text.h"
+#include "intrinsics/url_encoding.h"
+
+namespace zelto {
+
+RequestState::RequestState(HttpRequest request, PagePlace place)
+    : http_(std::move(request)), place_(std::move(place)) {}
+
+RequestState::Fields RequestState::query() {
+  if (!query_) {
+    auto table = parse_urlencoded(http_.query, code_page);
+    query_ = std::make_shared<const FieldTable>(table ? std::move(*table) : FieldTable());
+  }
+  return query_;
+}
+
+RequestState::Fields RequestState::server_variables() {
+  if (!server_variables_) {
+    server_variables_ = std::make_shared<const FieldTable>(make_server_variables(http_, place_));
+  }
+  return server_variables_;
+}
+
+const std::vector<ReceivedCookie>& RequestState::cookies() {
+  if (!cookies_) {
+    std::string joined;
+    for (const Header& header : http_.headers) {
+      if (!same_name(header.name, "Cookie")) continue;
+      joined.append(joined.empty() ? "" : "; ").append(header.value);
+    }
+    cookies_ = std::make_unique<std::vector<ReceivedCookie>>(parse_cookies(joined));
+  }
+  return *cookies_;
+}
+
+bool RequestState::has_urlencoded_body() const {
+  const std::string* type = http_.header("Content-Type");
+  return type && same_name(type->substr(0, type->find_first_of("; \t")), "application/x-www-form-urlencoded");
+}
+
+RequestState::BodyError RequestState::form(Fields& fields) {
+  if (use_ == BodyUse::bytes) return BodyError::already_read_as_bytes;
+  if (http_.body_too_large) return BodyError::too_large;
+  use_ = BodyUse::form;
+  if (!form_) {
+    auto table = has_urlencoded_body() ? parse_urlencoded(http_.body, code_page) : FieldTable();
+    if (!table) return BodyError::too_many_fields;
+    form_ = std::make_shared<const FieldTable>(std::move(*table));
+  }
+  fields = form_;
+  return BodyError::none;
+}
+
+RequestState::BodyError RequestState::read_bytes(std::size_t count, std::string_view& bytes) {
+  if (use_ == BodyUse::form) return BodyError::already_read_as_form;
+  if (http_.body_too_large) return BodyError::too_large;
+  use_ = BodyUse::bytes;
+  bytes = std::string_view(http_.body).substr(bytes_read_, count);
+  bytes_read_ += bytes.size();
+  return BodyError::none;
+}
+
+std::uint64_t RequestState::total_bytes() const { return http_.body_too_large ? http_.body_length : http_.body.size(); }
+
+}  // namespace zelto

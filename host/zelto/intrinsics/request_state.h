@@ -1,0 +1,69 @@
+// What the request's intrinsic objects share: the request as received, and what was read of it so far.
+#pragma once
+
+#include <korlib/types.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "http/message.h"
+#include "intrinsics/cookies.h"
+#include "intrinsics/field_table.h"
+
+namespace zelto {
+
+// Where the running page lies.
+struct PagePlace {
+  std::string virtual_path;   // "/shop/list.asp"
+  std::string physical_path;  // of that page
+  std::string site_root;      // physical, without a slash at its end
+};
+
+// Lives as long as any object that a page or component still holds, also beyond the request. Belongs to
+// the request's thread.
+class RequestState {
+ public:
+  // Why fields or bytes of the body cannot be had.
+  enum class BodyError { none, already_read_as_bytes, already_read_as_form, too_large, too_many_fields };
+  using Fields = std::shared_ptr<const FieldTable>;
+
+  RequestState(HttpRequest request, PagePlace place);
+
+  const HttpRequest& http() const { return http_; }
+  const PagePlace& place() const { return place_; }
+
+  // The code page in which fields are read; it counts for what is read first after it was set.
+  LONG code_page = 65001;
+
+  // Each is built when it is first asked for.
+  Fields query();  // empty when there are too many fields
+  Fields server_variables();
+  const std::vector<ReceivedCookie>& cookies();
+
+  // The body as a submitted form. Only an urlencoded body has fields; any other reads as an empty form.
+  // From then on its bytes can't be read.
+  BodyError form(Fields& fields);
+  bool has_urlencoded_body() const;
+  bool was_read_as_bytes() const { return use_ == BodyUse::bytes; }
+
+  // The next bytes of the body, up to `count`; they stay valid as long as this object. From then on it
+  // can't be read as a form.
+  BodyError read_bytes(std::size_t count, std::string_view& bytes);
+  std::uint64_t total_bytes() const;
+
+ private:
+  enum class BodyUse { none, form, bytes };
+
+  HttpRequest http_;
+  PagePlace place_;
+  Fields query_;
+  Fields form_;
+  Fields server_variables_;
+  std::unique_ptr<std::vector<ReceivedCookie>> cookies_;
+  BodyUse use_ = BodyUse::none;
+  std::size_t bytes_read_ = 0;
+};
+
+}  // namespace zelto

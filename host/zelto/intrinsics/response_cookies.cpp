@@ -1,0 +1,183 @@
+#include "intrinsics/response_cookies.h"
+
+#include <korlib_host/enumerator.h>
+
+#include <algorithm>
+
+#include "intrinsics/text.h"
+#include "intrinsics/variant_key.h"
+
+namespace zelto {
+
+namespace {
+
+constexpr std::wstring_view kSource = L"Response.Cookies";
+
+HRESULT text_of(const VARIANT& value, std::wstring& text) {
+  CComVariant converted;
+  RETURN_IF_FAILED(VariantChangeType(&converted, &value, 0, VT_BSTR));
+  text = korlib::view_of(converted.bstrVal);
+  return S_OK;
+}
+
+HRESULT attribute_of(BSTR text, std::string& attribute) {
+  const std::string bytes = to_utf8(korlib::view_of(text));
+  if (!is_cookie_attribute(bytes)) {
+    return korlib::raise(E_INVALIDARG, kSource, L"A cookie's attribute may hold neither ';' nor control characters.");
+  }
+  attribute = bytes;
+  return S_OK;
+}
+
+}  // namespace
+
+std::span<const korlib::Member> ResponseCookie::members() {
+  static constexpr korlib::Member table[] = {
+      property<&ResponseCookie::get_Item, &ResponseCookie::put_Item>(L"Item").is_default().optional(0),
+      property<nullptr, &ResponseCookie::put_Expires>(L"Expires"),
+      property<nullptr, &ResponseCookie::put_Domain>(L"Domain"),
+      property<nullptr, &ResponseCookie::put_Path>(L"Path"),
+      property<nullptr, &ResponseCookie::put_Secure>(L"Secure"),
+      property<nullptr, &ResponseCookie::put_HttpOnly>(L"HttpOnly"),
+      property<nullptr, &ResponseCookie::put_SameSite>(L"SameSite"),
+      property<&ResponseCookie::get_HasKeys>(L"HasKeys"),
+  };
+  return table;
+}
+
+HRESULT ResponseCookie::change(SetCookie*& cookie) {
+  if (page_->response.head_sent()) {
+    return korlib::raise(E_FAIL, kSource, L"The response's head has been sent already.");
+  }
+  cookie = &page_->response.cookie(name_);
+  return S_OK;
+}
+
+HRESULT ResponseCookie::get_Item(VARIANT key, VARIANT* value) {
+  const SetCookie& cookie = page_->response.cookie(name_);
+  if (key.vt == VT_ERROR) {
+    put_text(cookie.value, value);
+    return S_OK;
+  }
+  std::wstring name;
+  RETURN_IF_FAILED(text_of(key, name));
+  const std::wstring wanted = fold_name(name);
+  const auto row = std::ranges::find_if(cookie.keys, [&](const auto& k) { return fold_name(k.first) == wanted; });
+  put_text(row == cookie.keys.end() ? std::wstring() : row->second, value);
+  return S_OK;
+}
+
+HRESULT ResponseCookie::put_Item(const korlib::Arguments& arguments, VARIANT*) {
+  if (arguments.count() < 1 || arguments.count() > 2) return DISP_E_BADPARAMCOUNT;
+  std::wstring value;
+  RETURN_IF_FAILED(text_of(arguments[arguments.count() - 1], value));
+  SetCookie* cookie = nullptr;
+  RETURN_IF_FAILED(change(cookie));
+  if (arguments.count() == 1) {
+    cookie->value = value;
+    cookie->keys.clear();
+    return S_OK;
+  }
+  std::wstring key;
+  RETURN_IF_FAILED(text_of(arguments[0], key));
+  const std::wstring wanted = fold_name(key);
+  const auto row = std::ranges::find_if(cookie->keys, [&](const auto& k) { return fold_name(k.first) == wanted; });
+  if (row == cookie->keys.end()) {
+    cookie->keys.emplace_back(key, value);
+  } else {
+    row->second = value;
+  }
+  return S_OK;
+}
+
+HRESULT ResponseCookie::put_Expires(VARIANT date) {
+  CComVariant converted;
+  RETURN_IF_FAILED(VariantChangeType(&converted, &date, 0, VT_DATE));
+  SetCookie* cookie = nullptr;
+  RETURN_IF_FAILED(change(cookie));
+  cookie->expires = converted.date;
+  return S_OK;
+}
+
+HRESULT ResponseCookie::put_Domain(BSTR domain) {
+  SetCookie* cookie = nullptr;
+  RETURN_IF_FAILED(change(cookie));
+  return attribute_of(domain, cookie->domain);
+}
+
+HRESULT ResponseCookie::put_Path(BSTR path) {
+  SetCookie* cookie = nullptr;
+  RETURN_IF_FAILED(change(cookie));
+  return attribute_of(path, cookie->path);
+}
+
+HRESULT ResponseCookie::put_Secure(VARIANT_BOOL secure) {
+  SetCookie* cookie = nullptr;
+  RETURN_IF_FAILED(change(cookie));
+  cookie->secure = secure != VARIANT_FALSE;
+  return S_OK;
+}
+
+HRESULT ResponseCookie::put_HttpOnly(VARIANT_BOOL http_only) {
+  SetCookie* cookie = nullptr;
+  RETURN_IF_FAILED(change(cookie));
+  cookie->http_only = http_only != VARIANT_FALSE;
+  return S_OK;
+}
+
+HRESULT ResponseCookie::put_SameSite(BSTR policy) {
+  const std::string wanted = to_utf8(korlib::view_of(policy));
+  SetCookie* cookie = nullptr;
+  RETURN_IF_FAILED(change(cookie));
+  for (const char* known : {"", "Lax", "Strict", "None"}) {
+    if (same_name(known, wanted)) {
+      cookie->same_site = known;
+      return S_OK;
+    }
+  }
+  return korlib::raise(E_INVALIDARG, kSource, L"SameSite is Lax, Strict, None or empty.");
+}
+
+HRESULT ResponseCookie::get_HasKeys(VARIANT_BOOL* has_keys) {
+  *has_keys = page_->response.cookie(name_).keys.empty() ? VARIANT_FALSE : VARIANT_TRUE;
+  return S_OK;
+}
+
+std::span<const korlib::Member> ResponseCookies::members() {
+  static constexpr korlib::Member table[] = {
+      property<&ResponseCookies::get_Item, &ResponseCookies::put_Item>(L"Item").is_default(),
+      property<&ResponseCookies::get_Count>(L"Count"),
+      new_enum<&ResponseCookies::get__NewEnum>(),
+  };
+  return table;
+}
+
+HRESULT ResponseCookies::get_Item(BSTR name, IDispatch** cookie) {
+  *cookie = nullptr;
+  const std::wstring_view text = korlib::view_of(name);
+  if (text.empty()) return korlib::raise(E_INVALIDARG, kSource, L"A cookie needs a name.");
+  *cookie = korlib::make<ResponseCookie>(page_, std::wstring(text)).detach();
+  return S_OK;
+}
+
+HRESULT ResponseCookies::put_Item(BSTR name, VARIANT value) {
+  CComPtr<IDispatch> cookie;
+  RETURN_IF_FAILED(get_Item(name, cookie.put()));
+  DISPID put = DISPID_PROPERTYPUT;
+  DISPPARAMS params{&value, &put, 1, 1};
+  return cookie->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_PROPERTYPUT, &params, nullptr, nullptr,
+                        nullptr);
+}
+
+HRESULT ResponseCookies::get_Count(LONG* count) {
+  *count = static_cast<LONG>(page_->response.cookies.size());
+  return S_OK;
+}
+
+HRESULT ResponseCookies::get__NewEnum(IUnknown** names) {
+  std::vector<CComVariant> values;
+  for (const SetCookie& cookie : page_->response.cookies) values.emplace_back(std::wstring_view(cookie.name));
+  return korlib::make_enumerator(std::move(values), names);
+}
+
+}  // namespace zelto

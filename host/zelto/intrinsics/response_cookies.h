@@ -1,0 +1,47 @@
+// Response.Cookies.
+#pragma once
+
+#include <korlib_host/dispatch_object.h>
+
+#include "intrinsics/page_state.h"
+
+namespace zelto {
+
+// One cookie to set: its default member is the value, or with a key one of the sub-keys.
+class ResponseCookie final : public korlib::DispatchObject<ResponseCookie> {
+ public:
+  ResponseCookie(PageStatePtr page, std::wstring name) : page_(std::move(page)), name_(std::move(name)) {}
+  static std::span<const korlib::Member> members();
+
+  HRESULT get_Item(VARIANT key, VARIANT* value);
+  HRESULT put_Item(const korlib::Arguments& arguments, VARIANT* unused);
+  HRESULT put_Expires(VARIANT date);
+  HRESULT put_Domain(BSTR domain);
+  HRESULT put_Path(BSTR path);
+  HRESULT put_Secure(VARIANT_BOOL secure);
+  HRESULT put_HttpOnly(VARIANT_BOOL http_only);
+  HRESULT put_SameSite(BSTR policy);
+  HRESULT get_HasKeys(VARIANT_BOOL* has_keys);
+
+ private:
+  HRESULT change(SetCookie*& cookie);
+
+  PageStatePtr page_;
+  std::wstring name_;
+};
+
+class ResponseCookies final : public korlib::DispatchObject<ResponseCookies> {
+ public:
+  explicit ResponseCookies(PageStatePtr page) : page_(std::move(page)) {}
+  static std::span<const korlib::Member> members();
+
+  HRESULT get_Item(BSTR name, IDispatch** cookie);
+  HRESULT put_Item(BSTR name, VARIANT value);
+  HRESULT get_Count(LONG* count);
+  HRESULT get__NewEnum(IUnknown** names);
+
+ private:
+  PageStatePtr page_;
+};
+
+}  // namespace zelto

@@ -1,0 +1,280 @@
+#include "intrinsics/response_object.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "intrinsics/guard.h"
+#include "intrinsics/response_cookies.h"
+#include "intrinsics/script_date.h"
+#include "intrinsics/text.h"
+#include "intrinsics/url_encoding.h"
+
+namespace zelto {
+
+namespace {
+
+constexpr std::wstring_view kSource = L"Response";
+constexpr double kMinutesPerDay = 1440;
+
+HRESULT raise_bad(std::wstring_view member) {
+  return korlib::raise(E_INVALIDARG, kSource, std::wstring(member) + L": the text may hold no control characters.");
+}
+
+// The bytes of a VT_ARRAY | VT_UI1 of one dimension, while it lives.
+bool bytes_of(const VARIANT& value, std::string_view& bytes) {
+  if (value.vt != (VT_ARRAY | VT_UI1) || !value.parray || value.parray->cDims != 1) return false;
+  bytes = {static_cast<const char*>(value.parray->pvData), value.parray->rgsabound[0].cElements};
+  return true;
+}
+
+// The value of a header field that text sets; refuses control characters.
+HRESULT header_value(std::wstring_view member, BSTR text, std::string& value) {
+  std::string bytes = to_utf8(korlib::view_of(text));
+  if (!is_header_value(bytes)) return raise_bad(member);
+  value = std::move(bytes);
+  return S_OK;
+}
+
+// The connection frames the body; a page that sets these would either repeat or contradict it.
+bool is_framing_header(std::string_view name) {
+  constexpr std::string_view kFraming[] = {"Content-Length", "Transfer-Encoding", "Connection", "Date", "Server"};
+  return std::ranges::any_of(kFraming, [name](std::string_view framing) { return same_name(framing, name); });
+}
+
+}  // namespace
+
+std::span<const korlib::Member> ResponseObject::members() {
+  using R = ResponseObject;
+  static constexpr korlib::Member table[] = {
+      method<&R::Write>(L"Write").is_default(),
+      method<&R::BinaryWrite>(L"BinaryWrite"),
+      method<&R::AddHeader>(L"AddHeader"),
+      method<&R::AppendToLog>(L"AppendToLog"),
+      method<&R::Redirect>(L"Redirect"),
+      method<&R::End>(L"End"),
+      method<&R::Clear>(L"Clear"),
+      method<&R::Flush>(L"Flush"),
+      property<&R::get_Buffer, &R::put_Buffer>(L"Buffer"),
+      property<&R::get_Status, &R::put_Status>(L"Status"),
+      property<&R::get_ContentType, &R::put_ContentType>(L"ContentType"),
+      property<&R::get_Charset, &R::put_Charset>(L"Charset"),
+      property<&R::get_CodePage, &R::put_CodePage>(L"CodePage"),
+      property<&R::get_Cookies>(L"Cookies"),
+      property<&R::get_Expires, &R::put_Expires>(L"Expires"),
+      property<&R::get_ExpiresAbsolute, &R::put_ExpiresAbsolute>(L"ExpiresAbsolute"),
+      property<&R::get_CacheControl, &R::put_CacheControl>(L"CacheControl"),
+      property<&R::get_IsClientConnected>(L"IsClientConnected"),
+  };
+  return table;
+}
+
+HRESULT ResponseObject::check_head(std::wstring_view member) const {
+  if (!page_->response.head_sent()) return S_OK;
+  return korlib::raise(E_FAIL, kSource, std::wstring(member) + L": the response's head has been sent already.");
+}
+
+HRESULT ResponseObject::end_page() { return page_->host ? page_->host->end_page() : S_OK; }
+
+HRESULT ResponseObject::Write(VARIANT text) {
+  return guarded(kSource, [&]() -> HRESULT {
+    if (text.vt == VT_BSTR) {
+      page_->response.write(korlib::view_of(text.bstrVal));
+      return S_OK;
+    }
+    CComVariant converted;
+    if (korlib::is_omitted(text) || text.vt == VT_NULL) return S_OK;
+    RETURN_IF_FAILED(VariantChangeType(&converted, &text, 0, VT_BSTR));
+    page_->response.write(korlib::view_of(converted.bstrVal));
+    return S_OK;
+  });
+}
+
+HRESULT ResponseObject::BinaryWrite(VARIANT bytes) {
+  return guarded(kSource, [&]() -> HRESULT {
+    CComVariant direct;
+    if (bytes.vt & VT_BYREF) {
+      RETURN_IF_FAILED(VariantCopyInd(&direct, &bytes));
+    }
+    std::string_view view;
+    const VARIANT& value = bytes.vt & VT_BYREF ? direct : bytes;
+    if (value.vt == VT_EMPTY || value.vt == VT_NULL) return S_OK;
+    if (!bytes_of(value, view)) {
+      return korlib::raise(DISP_E_TYPEMISMATCH, kSource, L"BinaryWrite takes an array of bytes.");
+    }
+    page_->response.write_bytes(view);
+    return S_OK;
+  });
+}
+
+HRESULT ResponseObject::AddHeader(BSTR name, BSTR value) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check_head(L"AddHeader"));
+    const std::string header = to_utf8(korlib::view_of(name));
+    std::string text;
+    if (!is_header_name(header)) {
+      return korlib::raise(E_INVALIDARG, kSource, L"AddHeader: \"" + to_wide(header) + L"\" is no header name.");
+    }
+    RETURN_IF_FAILED(header_value(L"AddHeader", value, text));
+    if (is_framing_header(header)) return S_OK;
+    if (same_name(header, "Content-Type")) {
+      page_->response.content_type = text;
+    } else if (same_name(header, "Cache-Control")) {
+      page_->response.cache_control = text;
+    } else {
+      page_->response.headers.push_back({header, text});
+    }
+    return S_OK;
+  });
+}
+
+HRESULT ResponseObject::AppendToLog(BSTR text) {
+  return guarded(kSource, [&] {
+    std::string note = to_utf8(korlib::view_of(text));
+    // One request is one line of the log.
+    std::ranges::replace_if(
+        note, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
+    page_->response.log_note += note;
+    return S_OK;
+  });
+}
+
+HRESULT ResponseObject::get_Status(BSTR* status) {
+  if (!status) return E_POINTER;
+  *status = nullptr;
+  return guarded(kSource, [&] {
+    const ResponseState& response = page_->response;
+    return give_text(to_wide(std::to_string(response.status) + " " + response.reason), status);
+  });
+}
+
+HRESULT ResponseObject::put_Status(BSTR status) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check_head(L"Status"));
+    if (!page_->response.set_status(to_utf8(korlib::view_of(status)))) {
+      return korlib::raise(E_INVALIDARG, kSource, L"Status is a number from 200 to 599 and a text, \"404 Not Found\".");
+    }
+    return S_OK;
+  });
+}
+
+HRESULT ResponseObject::get_CodePage(LONG* code_page) {
+  if (!code_page) return E_POINTER;
+  *code_page = page_->response.code_page;
+  return S_OK;
+}
+
+HRESULT ResponseObject::put_CodePage(LONG code_page) {
+  if (!charset_of(code_page)) return korlib::raise(E_INVALIDARG, kSource, L"CodePage: no such code page.");
+  page_->response.code_page = code_page;
+  page_->request.code_page = code_page;
+  return S_OK;
+}
+
+HRESULT ResponseObject::Redirect(BSTR url) {
+  RETURN_IF_FAILED(check_head(L"Redirect"));
+  std::string target;
+  RETURN_IF_FAILED(header_value(L"Redirect", url, target));
+  if (target.empty()) return korlib::raise(E_INVALIDARG, kSource, L"Redirect needs an address.");
+  ResponseState& response = page_->response;
+  response.clear();
+  response.set_status("302 Found");
+  response.headers.push_back({"Location", escape_url(target)});
+  return end_page();
+}
+
+HRESULT ResponseObject::End() { return end_page(); }
+
+HRESULT ResponseObject::Clear() {
+  if (!page_->response.buffered) return korlib::raise(E_FAIL, kSource, L"Clear needs a buffered response.");
+  page_->response.clear();
+  return S_OK;
+}
+
+HRESULT ResponseObject::Flush() {
+  if (!page_->response.buffered) return korlib::raise(E_FAIL, kSource, L"Flush needs a buffered response.");
+  page_->response.flush();
+  return S_OK;
+}
+
+HRESULT ResponseObject::get_Buffer(VARIANT_BOOL* buffered) {
+  *buffered = page_->response.buffered ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+}
+
+HRESULT ResponseObject::put_Buffer(VARIANT_BOOL buffered) {
+  RETURN_IF_FAILED(check_head(L"Buffer"));
+  page_->response.buffered = buffered != VARIANT_FALSE;
+  return S_OK;
+}
+
+HRESULT ResponseObject::get_ContentType(BSTR* type) { return give_text(to_wide(page_->response.content_type), type); }
+
+HRESULT ResponseObject::put_ContentType(BSTR type) {
+  RETURN_IF_FAILED(check_head(L"ContentType"));
+  return header_value(L"ContentType", type, page_->response.content_type);
+}
+
+HRESULT ResponseObject::get_Charset(BSTR* charset) {
+  const ResponseState& response = page_->response;
+  const std::string set = response.charset.empty() ? charset_of(response.code_page).value_or("") : response.charset;
+  return give_text(to_wide(set), charset);
+}
+
+HRESULT ResponseObject::put_Charset(BSTR charset) {
+  RETURN_IF_FAILED(check_head(L"Charset"));
+  const std::string name = to_utf8(korlib::view_of(charset));
+  if (!name.empty() && !is_header_name(name)) {
+    return korlib::raise(E_INVALIDARG, kSource, L"Charset: \"" + to_wide(name) + L"\" is no name of a character set.");
+  }
+  page_->response.charset = name;
+  return S_OK;
+}
+
+HRESULT ResponseObject::get_Cookies(IDispatch** cookies) {
+  *cookies = korlib::make<ResponseCookies>(page_).detach();
+  return S_OK;
+}
+
+HRESULT ResponseObject::get_Expires(VARIANT* minutes) {
+  if (!page_->response.expires) return S_OK;
+  minutes->vt = VT_R8;
+  minutes->dblVal = (*page_->response.expires - date_of(std::time(nullptr))) * kMinutesPerDay;
+  return S_OK;
+}
+
+HRESULT ResponseObject::put_Expires(double minutes) {
+  RETURN_IF_FAILED(check_head(L"Expires"));
+  page_->response.expires = date_of(std::time(nullptr)) + minutes / kMinutesPerDay;
+  return S_OK;
+}
+
+HRESULT ResponseObject::get_ExpiresAbsolute(VARIANT* date) {
+  if (!page_->response.expires) return S_OK;
+  date->vt = VT_DATE;
+  date->date = *page_->response.expires;
+  return S_OK;
+}
+
+HRESULT ResponseObject::put_ExpiresAbsolute(VARIANT date) {
+  RETURN_IF_FAILED(check_head(L"ExpiresAbsolute"));
+  CComVariant converted;
+  RETURN_IF_FAILED(VariantChangeType(&converted, &date, 0, VT_DATE));
+  page_->response.expires = converted.date;
+  return S_OK;
+}
+
+HRESULT ResponseObject::get_CacheControl(BSTR* value) {
+  return give_text(to_wide(page_->response.cache_control), value);
+}
+
+HRESULT ResponseObject::put_CacheControl(BSTR value) {
+  RETURN_IF_FAILED(check_head(L"CacheControl"));
+  return header_value(L"CacheControl", value, page_->response.cache_control);
+}
+
+HRESULT ResponseObject::get_IsClientConnected(VARIANT_BOOL* connected) {
+  *connected = page_->response.connected() ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+}
+
+}  // namespace zelto

@@ -1,0 +1,53 @@
+// Response.
+#pragma once
+
+#include <korlib_host/dispatch_object.h>
+#include <zelto/asp.h>
+
+#include "intrinsics/page_state.h"
+
+namespace zelto {
+
+class ResponseObject final : public korlib::DispatchObject<ResponseObject, ZeltoTypeLibrary::IResponse> {
+ public:
+  explicit ResponseObject(PageStatePtr page) : page_(std::move(page)) {}
+  static std::span<const korlib::Member> members();
+
+  HRESULT Write(VARIANT text) override;
+  HRESULT BinaryWrite(VARIANT bytes) override;
+  HRESULT AddHeader(BSTR name, BSTR value) override;
+  HRESULT AppendToLog(BSTR text) override;
+  HRESULT get_Status(BSTR* status) override;
+  HRESULT put_Status(BSTR status) override;
+  HRESULT get_CodePage(LONG* code_page) override;
+
+  // What only scripts use.
+  HRESULT put_CodePage(LONG code_page);
+  HRESULT Redirect(BSTR url);
+  HRESULT End();
+  HRESULT Clear();
+  HRESULT Flush();
+  HRESULT get_Buffer(VARIANT_BOOL* buffered);
+  HRESULT put_Buffer(VARIANT_BOOL buffered);
+  HRESULT get_ContentType(BSTR* type);
+  HRESULT put_ContentType(BSTR type);
+  HRESULT get_Charset(BSTR* charset);
+  HRESULT put_Charset(BSTR charset);
+  HRESULT get_Cookies(IDispatch** cookies);
+  HRESULT get_Expires(VARIANT* minutes);
+  HRESULT put_Expires(double minutes);
+  HRESULT get_ExpiresAbsolute(VARIANT* date);
+  HRESULT put_ExpiresAbsolute(VARIANT date);
+  HRESULT get_CacheControl(BSTR* value);
+  HRESULT put_CacheControl(BSTR value);
+  HRESULT get_IsClientConnected(VARIANT_BOOL* connected);
+
+ private:
+  HRESULT end_page();
+  // Refuses a change of the head that has gone out.
+  HRESULT check_head(std::wstring_view member) const;
+
+  PageStatePtr page_;
+};
+
+}  // namespace zelto

@@ -1,0 +1,133 @@
+#include "intrinsics/response_state.h"
+
+#include <korlib/text.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "intrinsics/script_date.h"
+#include "intrinsics/text.h"
+
+namespace zelto {
+
+char* ByteBuffer::make_room(std::size_t bytes) {
+  if (bytes_.size() - size_ < bytes) bytes_.resize(std::max({size_ + bytes, bytes_.size() * 2, std::size_t{4096}}));
+  return bytes_.data() + size_;
+}
+
+void ByteBuffer::append(std::string_view bytes) {
+  if (bytes.empty()) return;
+  std::memcpy(make_room(bytes.size()), bytes.data(), bytes.size());
+  size_ += bytes.size();
+}
+
+void ByteBuffer::append_utf8(std::wstring_view text) {
+  // A character takes four bytes at most, so one pass is enough.
+  const std::size_t room = text.size() * 4;
+  size_ += utf32_utf8(text.data(), text.size(), make_room(room), room);
+}
+
+void ResponseState::write(std::wstring_view text) {
+  if (!sink_) return;
+  constexpr std::size_t kPiece = std::size_t{64} * 1024;
+  if (code_page != kUtf8CodePage) {
+    buffer_.append(encode(code_page, text));
+    return sent_on();
+  }
+  do {
+    buffer_.append_utf8(text.substr(0, kPiece));
+    text.remove_prefix(std::min(kPiece, text.size()));
+    sent_on();
+  } while (!text.empty());
+}
+
+void ResponseState::write_bytes(std::string_view bytes) {
+  if (!sink_) return;
+  buffer_.append(bytes);
+  sent_on();
+}
+
+void ResponseState::sent_on() {
+  if (!buffered || buffer_.size() > kBufferLimit) flush();
+}
+
+void ResponseState::flush() {
+  if (!sink_) return;
+  if (!head_sent_) sink_->start(head(), ResponseSink::kUnknownLength);
+  head_sent_ = true;
+  if (buffer_.size() > 0) sink_->write(buffer_.view());
+  buffer_.clear();
+}
+
+void ResponseState::finish() {
+  if (!sink_) return;
+  if (!head_sent_) sink_->start(head(), buffer_.size());
+  head_sent_ = true;
+  if (buffer_.size() > 0) sink_->write(buffer_.view());
+  buffer_.clear();
+  if (!log_note.empty()) sink_->append_to_log(log_note);
+  sink_->finish();
+  sink_ = nullptr;
+}
+
+bool ResponseState::reset() {
+  if (head_sent_) return false;
+  buffer_.clear();
+  headers.clear();
+  cookies.clear();
+  status = 200;
+  reason = "OK";
+  content_type = "text/html";
+  charset.clear();
+  code_page = kUtf8CodePage;
+  expires.reset();
+  cache_control = "private";
+  return true;
+}
+
+ResponseHead ResponseState::head() const {
+  ResponseHead head{status, reason, {}};
+  if (!content_type.empty()) {
+    const bool is_text = content_type.starts_with("text/") && content_type.find("charset=") == std::string::npos;
+    const std::string set = !charset.empty() ? charset : is_text ? charset_of(code_page).value_or("utf-8") : "";
+    head.headers.push_back({"Content-Type", content_type + (set.empty() ? "" : "; charset=" + set)});
+  }
+  if (!cache_control.empty()) head.headers.push_back({"Cache-Control", cache_control});
+  if (expires) head.headers.push_back({"Expires", http_date_of(*expires)});
+  for (const SetCookie& cookie : cookies) head.headers.push_back({"Set-Cookie", cookie.header()});
+  if (!session_cookie.empty()) head.headers.push_back({"Set-Cookie", session_cookie});
+  head.headers.insert(head.headers.end(), headers.begin(), headers.end());
+  return head;
+}
+
+bool ResponseState::set_status(std::string_view line) {
+  const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
+  if (line.size() < 3 || !is_digit(line[0]) || !is_digit(line[1]) || !is_digit(line[2])) return false;
+  if (line[0] == '0' || line[0] == '1' || line[0] > '5' || !is_header_value(line)) return false;
+  if (line.size() > 3 && line[3] != ' ') return false;
+  status = (line[0] - '0') * 100 + (line[1] - '0') * 10 + (line[2] - '0');
+  reason = line.size() > 4 ? line.substr(4) : "";
+  return true;
+}
+
+SetCookie& ResponseState::cookie(std::wstring_view name) {
+  const std::wstring wanted = fold_name(name);
+  const auto found = std::ranges::find_if(cookies, [&](const auto& c) { return fold_name(c.name) == wanted; });
+  if (found != cookies.end()) return *found;
+  cookies.emplace_back().name = name;
+  return cookies.back();
+}
+
+bool is_header_value(std::string_view value) {
+  return std::ranges::none_of(value,
+                              [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; });
+}
+
+bool is_header_name(std::string_view name) {
+  return !name.empty() && std::ranges::all_of(name, [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+           std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos;
+  });
+}
+
+}  // namespace zelto

@@ -1,0 +1,84 @@
+// The response of a page while the page runs: head, cookies and the buffered body.
+#pragma once
+
+#include <korlib/types.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "http/message.h"
+#include "intrinsics/cookies.h"
+
+namespace zelto {
+
+// Bytes on their way out: grows without zeroing what is overwritten at once.
+class ByteBuffer {
+ public:
+  std::string_view view() const { return {bytes_.data(), size_}; }
+  std::size_t size() const { return size_; }
+  void clear() { size_ = 0; }
+  void append(std::string_view bytes);
+  void append_utf8(std::wstring_view text);
+
+ private:
+  char* make_room(std::size_t bytes);
+
+  std::string bytes_;
+  std::size_t size_ = 0;
+};
+
+// Belongs to the request's thread. Objects may hold it beyond the request; it then has no sink and
+// everything written to it is dropped.
+class ResponseState {
+ public:
+  // A body beyond this is sent on as it comes.
+  static constexpr std::size_t kBufferLimit = std::size_t{4} * 1024 * 1024;
+
+  explicit ResponseState(ResponseSink& sink) : sink_(&sink) {}
+
+  void write(std::wstring_view text);  // in the code page
+  void write_bytes(std::string_view bytes);
+  void flush();  // sends the head, once, and what is buffered
+  void clear() { buffer_.clear(); }
+  // The end of the page: sends what is left, with its length when nothing was sent before.
+  void finish();
+  // Forgets body and head, as for an error page. False when the head has gone out already.
+  bool reset();
+  void detach() { sink_ = nullptr; }
+
+  bool head_sent() const { return head_sent_; }
+  bool connected() const { return sink_ && sink_->connected(); }
+
+  int status = 200;
+  std::string reason = "OK";
+  bool buffered = true;
+  LONG code_page = 65001;
+  std::string content_type = "text/html";
+  std::string charset;  // empty: the code page's, for text types
+  std::string cache_control = "private";
+  std::optional<double> expires;  // a DATE
+  std::vector<Header> headers;    // added by the page
+  std::vector<SetCookie> cookies;
+  std::string session_cookie;  // a whole Set-Cookie value, or empty
+  std::string log_note;
+
+  // "404 Not Found"; false for text that is no status line.
+  bool set_status(std::string_view line);
+  SetCookie& cookie(std::wstring_view name);  // made when it is missing
+
+ private:
+  void sent_on();
+  ResponseHead head() const;
+
+  ResponseSink* sink_;
+  ByteBuffer buffer_;
+  bool head_sent_ = false;
+};
+
+// A header field's value may hold no CR, LF or NUL, a name only token characters.
+bool is_header_value(std::string_view value);
+bool is_header_name(std::string_view name);
+
+}  // namespace zelto

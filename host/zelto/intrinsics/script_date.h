@@ -1,0 +1,16 @@
+// Points in time as scripts have them: a DATE, days since 1899-12-30 in local time.
+#pragma once
+
+#include <ctime>
+#include <string>
+
+namespace zelto {
+
+// As headers write it, "Sun, 06 Nov 1994 08:49:37 GMT"; years outside 1601 to 9999 become the nearest
+// one inside.
+std::string http_date_of(double date);
+
+// The DATE of a point in time, in local time.
+double date_of(std::time_t seconds);
+
+}  // namespace zelto

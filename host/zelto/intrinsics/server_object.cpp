@@ -1,0 +1,171 @@
+#include "intrinsics/server_object.h"
+
+#include <korlib/activation.h>
+
+#include "intrinsics/guard.h"
+#include "intrinsics/html.h"
+#include "intrinsics/text.h"
+#include "intrinsics/url_encoding.h"
+#include "intrinsics/virtual_path.h"
+#include "script/stack.h"
+
+namespace zelto {
+
+namespace {
+
+constexpr std::wstring_view kSource = L"Server";
+
+std::wstring quoted(std::wstring_view text) { return L"\"" + std::wstring(text) + L"\""; }
+
+// Keeps what the failing party said; otherwise says it in its stead.
+HRESULT raise_unless_said(HRESULT hr, std::wstring_view text) {
+  CComPtr<IErrorInfo> said;
+  if (GetErrorInfo(0, said.put()) == S_OK && said) {
+    SetErrorInfo(0, said.get());
+    return hr;
+  }
+  return korlib::raise(hr, kSource, text);
+}
+
+}  // namespace
+
+std::span<const korlib::Member> ServerObject::members() {
+  using S = ServerObject;
+  static constexpr korlib::Member table[] = {
+      method<&S::CreateObject>(L"CreateObject"),
+      method<&S::MapPath>(L"MapPath"),
+      method<&S::HTMLEncode>(L"HTMLEncode"),
+      method<&S::URLEncode>(L"URLEncode"),
+      method<&S::Execute>(L"Execute"),
+      method<&S::Transfer>(L"Transfer"),
+      method<&S::GetLastError>(L"GetLastError"),
+      property<&S::get_ScriptTimeout, &S::put_ScriptTimeout>(L"ScriptTimeout"),
+  };
+  return table;
+}
+
+HRESULT ServerObject::HTMLEncode(BSTR text, BSTR* encoded) {
+  if (!encoded) return E_POINTER;
+  *encoded = nullptr;
+  return guarded(kSource,
+                 [&] { return give_text(html_encode(korlib::view_of(text), page_->response.code_page), encoded); });
+}
+
+HRESULT ServerObject::URLEncode(BSTR text, BSTR* encoded) {
+  if (!encoded) return E_POINTER;
+  *encoded = nullptr;
+  return guarded(kSource, [&] {
+    return give_text(to_wide(url_encode(encode(page_->response.code_page, korlib::view_of(text)))), encoded);
+  });
+}
+
+HRESULT ServerObject::resolve(std::wstring_view member, BSTR path, std::string& virtual_path) const {
+  const auto resolved = resolve_virtual_path(to_utf8(korlib::view_of(path)), page_->request.place().virtual_path);
+  if (!resolved) {
+    return korlib::raise(E_INVALIDARG, kSource,
+                         std::wstring(member) + L": " + quoted(korlib::view_of(path)) + L" lies outside the site.");
+  }
+  virtual_path = *resolved;
+  return S_OK;
+}
+
+HRESULT ServerObject::MapPath(BSTR path, BSTR* physical) {
+  if (!physical) return E_POINTER;
+  *physical = nullptr;
+  return guarded(kSource, [&]() -> HRESULT {
+    std::string resolved;
+    RETURN_IF_FAILED(resolve(L"MapPath", path, resolved));
+    if (resolved.ends_with('/')) resolved.pop_back();
+    return give_text(to_wide(page_->request.place().site_root + resolved), physical);
+  });
+}
+
+HRESULT ServerObject::CreateObject(BSTR prog_id, IDispatch** object) {
+  if (!object) return E_POINTER;
+  *object = nullptr;
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(script::check_stack());
+    SetErrorInfo(0, nullptr);
+    const std::wstring_view name = korlib::view_of(prog_id);
+    CLSID clsid{};
+    HRESULT hr = CLSIDFromProgID(CComBSTR(name), &clsid);
+    if (FAILED(hr)) hr = CLSIDFromString(CComBSTR(name), &clsid);
+    if (FAILED(hr)) return raise_unless_said(hr, L"CreateObject: no class is registered as " + quoted(name) + L".");
+    CComPtr<IDispatch> made;
+    hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch, made.put_void());
+    if (FAILED(hr)) return raise_unless_said(hr, L"CreateObject: an object of " + quoted(name) + L" cannot be made.");
+    *object = made.detach();
+    return S_OK;
+  });
+}
+
+HRESULT ServerObject::Execute(BSTR path) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(script::check_stack());
+    std::string resolved;
+    RETURN_IF_FAILED(resolve(L"Execute", path, resolved));
+    return page_->host ? page_->host->execute(resolved) : E_UNEXPECTED;
+  });
+}
+
+HRESULT ServerObject::Transfer(BSTR path) {
+  return guarded(kSource, [&]() -> HRESULT {
+    if (!page_->host) return E_UNEXPECTED;
+    if (!page_->response.head_sent()) page_->response.clear();
+    RETURN_IF_FAILED(Execute(path));
+    return page_->host->end_page();
+  });
+}
+
+HRESULT ServerObject::GetLastError(IDispatch** error) {
+  const PageError* last = page_->host ? page_->host->last_error() : nullptr;
+  *error = korlib::make<AspErrorObject>(last ? *last : PageError()).detach();
+  return S_OK;
+}
+
+HRESULT ServerObject::get_ScriptTimeout(LONG* seconds) {
+  *seconds = page_->host ? page_->host->script_timeout() : 0;
+  return S_OK;
+}
+
+HRESULT ServerObject::put_ScriptTimeout(LONG seconds) {
+  if (seconds < 1) return korlib::raise(E_INVALIDARG, kSource, L"ScriptTimeout is a number of seconds from 1.");
+  return page_->host ? page_->host->set_script_timeout(seconds) : S_OK;
+}
+
+std::span<const korlib::Member> AspErrorObject::members() {
+  using E = AspErrorObject;
+  static constexpr korlib::Member table[] = {
+      property<&E::get_ASPCode>(L"ASPCode"),
+      property<&E::get_Number>(L"Number"),
+      property<&E::get_Source>(L"Source"),
+      property<&E::get_Category>(L"Category"),
+      property<&E::get_File>(L"File"),
+      property<&E::get_Line>(L"Line"),
+      property<&E::get_Column>(L"Column"),
+      property<&E::get_Description>(L"Description"),
+      property<&E::get_ASPDescription>(L"ASPDescription"),
+  };
+  return table;
+}
+
+HRESULT AspErrorObject::get_ASPCode(BSTR* code) { return give_text(L"", code); }
+HRESULT AspErrorObject::get_Number(LONG* number) {
+  *number = error_.number;
+  return S_OK;
+}
+HRESULT AspErrorObject::get_Source(BSTR* code_line) { return give_text(error_.code_line, code_line); }
+HRESULT AspErrorObject::get_Category(BSTR* category) { return give_text(error_.category, category); }
+HRESULT AspErrorObject::get_File(BSTR* file) { return give_text(error_.file, file); }
+HRESULT AspErrorObject::get_Line(LONG* line) {
+  *line = error_.line;
+  return S_OK;
+}
+HRESULT AspErrorObject::get_Column(LONG* column) {
+  *column = error_.column;
+  return S_OK;
+}
+HRESULT AspErrorObject::get_Description(BSTR* description) { return give_text(error_.description, description); }
+HRESULT AspErrorObject::get_ASPDescription(BSTR* description) { return give_text(error_.source, description); }
+
+}  // namespace zelto

@@ -1,0 +1,77 @@
+#include "intrinsics/session_state.h"
+
+#include <korlib_host/errors.h>
+
+#include <algorithm>
+
+namespace zelto {
+
+bool FifoLock::lock(std::chrono::milliseconds patience) {
+  std::unique_lock guard(mutex_);
+  const std::uint64_t ticket = next_ticket_++;
+  waiting_.push_back(ticket);
+  const bool came = turn_came_.wait_for(guard, patience, [&] { return !is_held_ && waiting_.front() == ticket; });
+  std::erase(waiting_, ticket);
+  if (came) {
+    is_held_ = true;
+  } else {
+    turn_came_.notify_all();  // the next one may have been waiting for this ticket
+  }
+  return came;
+}
+
+bool FifoLock::try_lock() {
+  const std::scoped_lock guard(mutex_);
+  if (is_held_ || !waiting_.empty()) return false;
+  is_held_ = true;
+  return true;
+}
+
+void FifoLock::unlock() {
+  const std::scoped_lock guard(mutex_);
+  is_held_ = false;
+  turn_came_.notify_all();
+}
+
+std::size_t FifoLock::waiting() const {
+  const std::scoped_lock guard(mutex_);
+  return waiting_.size();
+}
+
+HRESULT SessionState::keep() {
+  if (kept || !on_keep) return S_OK;
+  RETURN_IF_FAILED(on_keep());
+  kept = true;
+  return S_OK;
+}
+
+HRESULT SessionState::get(std::wstring_view name, VARIANT* value) { return values_.get(name, value); }
+
+HRESULT SessionState::put(std::wstring_view name, const VARIANT& value) {
+  if (holds_script_object(value)) {
+    return korlib::raise(E_INVALIDARG, L"Session",
+                         L"A script's object ends with its page and cannot be kept in the Session.");
+  }
+  RETURN_IF_FAILED(keep());
+  CComVariant copy;
+  RETURN_IF_FAILED(VariantCopyInd(&copy, &value));
+  values_.put(name, std::move(copy));
+  return S_OK;
+}
+
+HRESULT SessionState::remove(std::wstring_view name) {
+  values_.remove(name);
+  return S_OK;
+}
+
+HRESULT SessionState::clear() {
+  values_.clear();
+  return S_OK;
+}
+
+HRESULT SessionState::names(std::vector<std::wstring>& names) {
+  names = values_.names();
+  return S_OK;
+}
+
+}  // namespace zelto

@@ -1,0 +1,38 @@
+// Text between its forms inside the host: UTF-32 in objects, bytes on the wire.
+#pragma once
+
+#include <korlib/types.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zelto {
+
+inline constexpr LONG kUtf8CodePage = 65001;
+
+// From UTF-8; what is malformed becomes U+FFFD.
+std::wstring to_wide(std::string_view bytes);
+std::string to_utf8(std::wstring_view text);
+
+// The character set of a Windows code page number as the web names it ("utf-8", "shift_jis",
+// "windows-1252"); nothing for a number that is unknown.
+std::optional<std::string> charset_of(LONG code_page);
+// The number for a charset's name in any letter case.
+std::optional<LONG> code_page_of(std::string_view charset);
+
+// From the code page's bytes; an unknown code page reads as UTF-8.
+std::wstring decode(LONG code_page, std::string_view bytes);
+// Into the code page's bytes; a character that it lacks becomes '?'.
+std::string encode(LONG code_page, std::wstring_view text);
+// Whether the code page has the character. UTF-8 has all.
+bool encodes(LONG code_page, wchar_t character);
+
+// The form of a name that is the same for every letter case of it.
+std::wstring fold_name(std::wstring_view name);
+bool same_name(std::string_view a, std::string_view b);  // ASCII names, as in headers
+
+// The decimal number that is the whole text; nothing for anything else.
+std::optional<LONG> parse_long(std::wstring_view text);
+
+}  // namespace zelto

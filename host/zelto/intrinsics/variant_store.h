@@ -1,0 +1,48 @@
+// Named values that outlive a page: what Session and Application hold.
+#pragma once
+
+#include <korlib/comvariant.h>
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace zelto {
+
+// Names in the order in which they were first set, found in any letter case.
+class VariantTable {
+ public:
+  // A copy of the value; VT_EMPTY for a name that is missing.
+  HRESULT get(std::wstring_view name, VARIANT* value) const;
+  void put(std::wstring_view name, CComVariant value);
+  void remove(std::wstring_view name);
+  void clear();
+  std::size_t size() const { return entries_.size(); }
+  std::vector<std::wstring> names() const;
+
+ private:
+  struct Entry {
+    std::wstring name;
+    CComVariant value;
+  };
+  std::vector<Entry> entries_;
+  std::unordered_map<std::wstring, std::size_t> places_;
+};
+
+// The store behind a Contents collection. Every call is one step: none sees another one half done.
+class VariantStore {
+ public:
+  virtual ~VariantStore() = default;
+  virtual HRESULT get(std::wstring_view name, VARIANT* value) = 0;
+  // Refuses what cannot live as long as the store.
+  virtual HRESULT put(std::wstring_view name, const VARIANT& value) = 0;
+  virtual HRESULT remove(std::wstring_view name) = 0;
+  virtual HRESULT clear() = 0;
+  virtual HRESULT names(std::vector<std::wstring>& names) = 0;
+};
+
+// A script's object dies with its page. Looks into arrays as well.
+bool holds_script_object(const VARIANT& value);
+
+}  // namespace zelto

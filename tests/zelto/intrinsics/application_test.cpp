@@ -1,0 +1,78 @@
+#include "intrinsics/application_object.h"
+#include "korlib/dictionary.h"
+#include "zelto/intrinsics/calls.h"
+
+#include <thread>
+
+namespace {
+
+using namespace test;
+using namespace std::chrono_literals;
+
+class Application : public testing::Test {
+ protected:
+  CComPtr<zelto::ApplicationObject> page() {
+    return korlib::make<zelto::ApplicationObject>(std::make_shared<zelto::ApplicationHold>(state));
+  }
+  std::shared_ptr<zelto::ApplicationState> state = std::make_shared<zelto::ApplicationState>(20ms);
+};
+
+class Thing final : public korlib::DispatchObject<Thing> {
+ public:
+  static std::span<const korlib::Member> members() { return {}; }
+};
+
+TEST_F(Application, SharesValuesBetweenPages) {
+  EXPECT_EQ(put(page().get(), L"Value", L"Hits", 7).hr, S_OK);
+  EXPECT_EQ(get(page().get(), L"Value", L"hits").value.lVal, 7);
+  EXPECT_EQ(get(object_of(get(page().get(), L"Contents")), L"Count").value.lVal, 1);
+}
+
+TEST_F(Application, RefusesObjectsThatOneThreadOwns) {
+  const Answer answer = putref(page().get(), L"Value", L"o", korlib::make<Thing>());
+  EXPECT_EQ(answer.hr, E_INVALIDARG);
+  EXPECT_EQ(answer.description, L"The Application keeps plain values and dictionaries only.");
+}
+
+TEST_F(Application, KeepsOthersFromChangingValuesWhileLocked) {
+  const auto first = page();
+  const auto second = page();
+  EXPECT_EQ(call(first.get(), L"Lock").hr, S_OK);
+  EXPECT_EQ(call(first.get(), L"Lock").hr, S_OK);
+  EXPECT_EQ(put(first.get(), L"Value", L"a", 1).hr, S_OK);
+  EXPECT_EQ(put(second.get(), L"Value", L"a", 2).hr, E_FAIL);
+  EXPECT_EQ(call(second.get(), L"Lock").hr, E_FAIL);
+  EXPECT_EQ(call(second.get(), L"Unlock").hr, S_OK);  // not its lock
+  EXPECT_EQ(put(second.get(), L"Value", L"a", 2).hr, E_FAIL);
+  EXPECT_EQ(get(second.get(), L"Value", L"a").value.lVal, 1);
+  EXPECT_EQ(call(first.get(), L"UnLock").hr, S_OK);
+  EXPECT_EQ(put(second.get(), L"Value", L"a", 2).hr, S_OK);
+}
+
+TEST_F(Application, LetsGoOfTheLockWithThePage) {
+  {
+    const auto ended = page();
+    call(ended.get(), L"Lock");
+  }
+  EXPECT_EQ(put(page().get(), L"Value", L"a", 1).hr, S_OK);
+}
+
+TEST_F(Application, CountsRightUnderItsLock) {
+  state = std::make_shared<zelto::ApplicationState>(60s);
+  put(page().get(), L"Value", L"n", 0);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([this] {
+      for (int i = 0; i < 50; ++i) {
+        const auto own = page();
+        call(own.get(), L"Lock");
+        put(own.get(), L"Value", L"n", get(own.get(), L"Value", L"n").value.lVal + 1);
+        call(own.get(), L"Unlock");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(get(page().get(), L"Value", L"n").value.lVal, 200);
+}
+
+}  // namespace

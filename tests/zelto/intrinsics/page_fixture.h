@@ -1,0 +1,95 @@
+// A page's intrinsic objects over a request that a test writes down, and what comes out of them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "intrinsics/page_state.h"
+#include "intrinsics/request_object.h"
+#include "intrinsics/response_object.h"
+#include "intrinsics/server_object.h"
+#include "zelto/intrinsics/calls.h"
+
+namespace test {
+
+// Keeps what it is sent.
+class MemorySink final : public zelto::ResponseSink {
+ public:
+  void start(zelto::ResponseHead sent, std::uint64_t sent_length) override {
+    head = std::move(sent);
+    length = sent_length;
+    ++starts;
+  }
+  void write(std::string_view bytes) override {
+    body += bytes;
+    writes.emplace_back(bytes);
+  }
+  void write_file(int, std::uint64_t, std::uint64_t) override { ADD_FAILURE() << "no page sends files"; }
+  void finish() override { ++finishes; }
+  bool connected() const override { return is_connected; }
+  void append_to_log(std::string_view text) override { log += text; }
+
+  // The values of a header, in order.
+  std::vector<std::string> header(std::string_view name) const;
+
+  zelto::ResponseHead head;
+  std::uint64_t length = 0;
+  std::string body;
+  std::vector<std::string> writes;
+  std::string log;
+  int starts = 0;
+  int finishes = 0;
+  bool is_connected = true;
+};
+
+class FakePageHost final : public zelto::PageHost {
+ public:
+  static constexpr HRESULT kEnded = korlib::hresult(0x8004E0F1);
+
+  HRESULT end_page() override {
+    ++ends;
+    return kEnded;
+  }
+  HRESULT execute(const std::string& path) override {
+    executed.push_back(path);
+    return S_OK;
+  }
+  LONG script_timeout() const override { return timeout; }
+  HRESULT set_script_timeout(LONG seconds) override {
+    timeout = seconds;
+    return S_OK;
+  }
+  const zelto::PageError* last_error() const override { return error; }
+
+  int ends = 0;
+  std::vector<std::string> executed;
+  LONG timeout = 90;
+  const zelto::PageError* error = nullptr;
+};
+
+class PageTest : public testing::Test {
+ protected:
+  // Before the first use of an object.
+  zelto::HttpRequest request{};
+
+  PageTest();
+  ~PageTest() override;
+
+  void post_form(std::string body);
+
+  zelto::PageState& page();
+  CComPtr<zelto::RequestObject> request_object();
+  CComPtr<zelto::ResponseObject> response_object();
+  CComPtr<zelto::ServerObject> server_object();
+
+  MemorySink sink;
+  FakePageHost host;
+
+ private:
+  zelto::PageStatePtr page_;
+};
+
+}  // namespace test

@@ -1,0 +1,226 @@
+#include "intrinsics/script_date.h"
+#include "zelto/intrinsics/page_fixture.h"
+
+namespace {
+
+using namespace test;
+using testing::Test;
+using Strings = std::vector<std::string>;
+
+class Response : public PageTest {
+ protected:
+  IDispatch* response() {
+    if (!object_) object_ = response_object();
+    return object_.get();
+  }
+  CComPtr<IDispatch> cookie(const wchar_t* name) { return object_of(get(response(), L"Cookies", name)); }
+
+ private:
+  CComPtr<zelto::ResponseObject> object_;
+};
+
+TEST_F(Response, SendsWhatWasWrittenWithItsLength) {
+  call(response(), L"Write", L"a\u00E9\u3042\U0001F600");
+  call(response(), L"Write", 12);
+  EXPECT_EQ(sink.starts, 0);
+  page().response.finish();
+  EXPECT_EQ(sink.body,
+            "a\xC3\xA9\xE3\x81\x82\xF0\x9F\x98\x80"
+            "12");
+  EXPECT_EQ(sink.length, sink.body.size());
+  EXPECT_EQ(sink.head.status, 200);
+  EXPECT_EQ(sink.header("Content-Type"), Strings{"text/html; charset=utf-8"});
+  EXPECT_EQ(sink.header("Cache-Control"), Strings{"private"});
+  EXPECT_EQ(sink.finishes, 1);
+}
+
+TEST_F(Response, WritesInThePagesCodePage) {
+  put(response(), L"CodePage", 932);
+  call(response(), L"Write", L"\u3042\U0001F600x");
+  page().response.finish();
+  EXPECT_EQ(sink.body, "\x82\xA0?x");
+  EXPECT_EQ(sink.header("Content-Type"), Strings{"text/html; charset=shift_jis"});
+}
+
+TEST_F(Response, RefusesACodePageThatDoesNotExist) {
+  EXPECT_EQ(put(response(), L"CodePage", 12345).hr, E_INVALIDARG);
+  EXPECT_EQ(get(response(), L"CodePage").value.lVal, 65001);
+}
+
+TEST_F(Response, WritesBytesAsTheyAre) {
+  call(response(), L"BinaryWrite", std::vector<std::uint8_t>{0, 255, 128});
+  EXPECT_EQ(call(response(), L"BinaryWrite", L"text").hr, DISP_E_TYPEMISMATCH);
+  page().response.finish();
+  EXPECT_EQ(sink.body, std::string("\0\xFF\x80", 3));
+}
+
+TEST_F(Response, RedirectsAndEndsThePage) {
+  call(response(), L"Write", L"dropped");
+  EXPECT_EQ(call(response(), L"Redirect", L"/a b?x=\u00E9").hr, FakePageHost::kEnded);
+  page().response.finish();
+  EXPECT_EQ(sink.head.status, 302);
+  EXPECT_EQ(sink.header("Location"), Strings{"/a%20b?x=%C3%A9"});
+  EXPECT_EQ(sink.body, "");
+  EXPECT_EQ(host.ends, 1);
+}
+
+TEST_F(Response, RefusesToRedirectOnceTheHeadIsOut) {
+  call(response(), L"Flush");
+  EXPECT_EQ(call(response(), L"Redirect", L"/").hr, E_FAIL);
+  EXPECT_EQ(host.ends, 0);
+}
+
+TEST_F(Response, RefusesLineBreaksInWhateverGoesIntoTheHead) {
+  EXPECT_EQ(call(response(), L"Redirect", L"/\r\nX: 1").hr, E_INVALIDARG);
+  EXPECT_EQ(call(response(), L"AddHeader", L"X", L"a\nb").hr, E_INVALIDARG);
+  EXPECT_EQ(call(response(), L"AddHeader", L"X", std::wstring(L"a\0b", 3)).hr, E_INVALIDARG);
+  EXPECT_EQ(call(response(), L"AddHeader", L"X: y", L"a").hr, E_INVALIDARG);
+  EXPECT_EQ(call(response(), L"AddHeader", L"", L"a").hr, E_INVALIDARG);
+  EXPECT_EQ(put(response(), L"Status", L"200 OK\r\nX: 1").hr, E_INVALIDARG);
+  EXPECT_EQ(put(response(), L"ContentType", L"text/html\r\nX: 1").hr, E_INVALIDARG);
+  EXPECT_EQ(put(response(), L"Charset", L"utf-8\r\nX: 1").hr, E_INVALIDARG);
+  EXPECT_EQ(put(response(), L"CacheControl", L"a\r\nX: 1").hr, E_INVALIDARG);
+  EXPECT_EQ(put(cookie(L"a"), L"Domain", L"x\r\nX: 1").hr, E_INVALIDARG);
+  EXPECT_EQ(put(cookie(L"a"), L"Path", L"/; Secure").hr, E_INVALIDARG);
+  page().response.finish();
+  EXPECT_EQ(sink.head.headers.size(), 3u);  // type, cache control, and the cookie that was named
+}
+
+TEST_F(Response, AddsHeadersWithoutReplacing) {
+  call(response(), L"AddHeader", L"X-A", L"1");
+  call(response(), L"AddHeader", L"X-A", L"2");
+  page().response.finish();
+  EXPECT_EQ(sink.header("x-a"), (Strings{"1", "2"}));
+}
+
+TEST_F(Response, LeavesTheFramingToTheConnection) {
+  EXPECT_EQ(call(response(), L"AddHeader", L"Content-Length", L"5").hr, S_OK);
+  page().response.finish();
+  EXPECT_EQ(sink.header("Content-Length"), Strings{});
+}
+
+TEST_F(Response, TakesStatusTypeAndCharset) {
+  EXPECT_EQ(put(response(), L"Status", L"404 Not Found").hr, S_OK);
+  EXPECT_EQ(text_of(get(response(), L"Status")), L"404 Not Found");
+  put(response(), L"ContentType", L"application/json");
+  put(response(), L"Charset", L"utf-8");
+  page().response.finish();
+  EXPECT_EQ(sink.head.status, 404);
+  EXPECT_EQ(sink.head.reason, "Not Found");
+  EXPECT_EQ(sink.header("Content-Type"), Strings{"application/json; charset=utf-8"});
+}
+
+TEST_F(Response, LeavesTheCharsetOutForWhatIsNoText) {
+  put(response(), L"ContentType", L"image/png");
+  page().response.finish();
+  EXPECT_EQ(sink.header("Content-Type"), Strings{"image/png"});
+}
+
+TEST_F(Response, RefusesWhatIsNoStatus) {
+  for (const wchar_t* line : {L"", L"20", L"abc", L"2000", L"099 X", L"100 Continue", L"600 X", L"404Not"}) {
+    EXPECT_EQ(put(response(), L"Status", line).hr, E_INVALIDARG) << testing::PrintToString(std::wstring(line));
+  }
+}
+
+TEST_F(Response, ClearsAndFlushesWhileBuffered) {
+  call(response(), L"Write", L"gone");
+  EXPECT_EQ(call(response(), L"Clear").hr, S_OK);
+  call(response(), L"Write", L"one");
+  EXPECT_EQ(call(response(), L"Flush").hr, S_OK);
+  EXPECT_EQ(sink.body, "one");
+  EXPECT_EQ(sink.length, zelto::ResponseSink::kUnknownLength);
+  call(response(), L"Write", L"two");
+  page().response.finish();
+  EXPECT_EQ(sink.body, "onetwo");
+  EXPECT_EQ(sink.starts, 1);
+}
+
+TEST_F(Response, SendsAtOnceWhenNotBuffered) {
+  EXPECT_EQ(put(response(), L"Buffer", false).hr, S_OK);
+  EXPECT_FALSE(is_true(get(response(), L"Buffer")));
+  call(response(), L"Write", L"a");
+  EXPECT_EQ(sink.body, "a");
+  EXPECT_EQ(call(response(), L"Clear").hr, E_FAIL);
+  EXPECT_EQ(call(response(), L"Flush").hr, E_FAIL);
+  EXPECT_EQ(put(response(), L"Buffer", true).hr, E_FAIL);
+}
+
+TEST_F(Response, SendsABodyBeyondTheBufferOnAsItComes) {
+  const std::wstring piece(1024 * 1024, L'\u00E9');
+  for (int i = 0; i < 3; ++i) call(response(), L"Write", piece);
+  EXPECT_EQ(sink.starts, 1);
+  page().response.finish();
+  EXPECT_EQ(sink.body.size(), std::size_t{6} * 1024 * 1024);
+  EXPECT_EQ(sink.body.find_first_not_of("\xC3\xA9"), std::string::npos);
+}
+
+TEST_F(Response, RefusesChangesOfAHeadThatIsOut) {
+  call(response(), L"Flush");
+  EXPECT_EQ(call(response(), L"AddHeader", L"X", L"1").hr, E_FAIL);
+  EXPECT_EQ(put(response(), L"Status", L"404 Not Found").hr, E_FAIL);
+  EXPECT_EQ(put(response(), L"ContentType", L"text/plain").hr, E_FAIL);
+  EXPECT_EQ(put(response(), L"Cookies", L"a", L"1").hr, E_FAIL);
+  EXPECT_EQ(put(response(), L"Expires", 1).hr, E_FAIL);
+}
+
+TEST_F(Response, SetsCookiesThatScriptsOfTheClientCannotRead) {
+  EXPECT_EQ(put(response(), L"Cookies", L"a", L"x y;=").hr, S_OK);
+  page().response.finish();
+  EXPECT_EQ(sink.header("Set-Cookie"), Strings{"a=x+y%3B%3D; Path=/; HttpOnly; SameSite=Lax"});
+}
+
+TEST_F(Response, SetsCookieKeysAndAttributes) {
+  put(cookie(L"user"), L"Item", L"name", L"Ann");
+  put(cookie(L"USER"), L"Item", L"city", L"K\u00F6ln");
+  put(cookie(L"user"), L"Item", L"Name", L"Bob");
+  put(cookie(L"user"), L"Domain", L"example.org");
+  put(cookie(L"user"), L"Path", L"/shop");
+  put(cookie(L"user"), L"Secure", true);
+  put(cookie(L"user"), L"HttpOnly", false);
+  put(cookie(L"user"), L"SameSite", L"none");
+  CComVariant date(25569.0);
+  date.vt = VT_DATE;
+  put(cookie(L"user"), L"Expires", date);
+  EXPECT_TRUE(is_true(get(cookie(L"user"), L"HasKeys")));
+  EXPECT_EQ(put(cookie(L"user"), L"SameSite", L"sometimes").hr, E_INVALIDARG);
+  page().response.finish();
+  EXPECT_EQ(sink.header("Set-Cookie"), Strings{"user=name=Bob&city=K%C3%B6ln; Expires=" + zelto::http_date_of(25569.0) +
+                                               "; Domain=example.org; Path=/shop; Secure; SameSite=None"});
+}
+
+TEST_F(Response, WritesExpiryAsADate) {
+  CComVariant date(34644.0);
+  date.vt = VT_DATE;
+  EXPECT_EQ(put(response(), L"ExpiresAbsolute", date).hr, S_OK);
+  EXPECT_EQ(get(response(), L"ExpiresAbsolute").value.date, 34644.0);
+  put(response(), L"CacheControl", L"public");
+  page().response.finish();
+  EXPECT_EQ(sink.header("Expires"), Strings{zelto::http_date_of(34644.0)});
+  EXPECT_EQ(sink.header("Cache-Control"), Strings{"public"});
+}
+
+TEST_F(Response, AppendsOneLineToTheLog) {
+  call(response(), L"AppendToLog", L"a\r\nb");
+  page().response.finish();
+  EXPECT_EQ(sink.log, "a  b");
+}
+
+TEST_F(Response, KnowsWhetherTheClientIsThere) {
+  EXPECT_TRUE(is_true(get(response(), L"IsClientConnected")));
+  sink.is_connected = false;
+  EXPECT_FALSE(is_true(get(response(), L"IsClientConnected")));
+}
+
+TEST_F(Response, DropsWhatIsWrittenAfterThePage) {
+  page().response.finish();
+  page().response.detach();
+  EXPECT_EQ(call(response(), L"Write", L"late").hr, S_OK);
+  EXPECT_FALSE(is_true(get(response(), L"IsClientConnected")));
+  EXPECT_EQ(sink.body, "");
+}
+
+TEST_F(Response, NamesTheMemberThatItDoesNotHave) {
+  EXPECT_EQ(get(response(), L"NoSuchMember").hr, DISP_E_UNKNOWNNAME);
+}
+
+}  // namespace
