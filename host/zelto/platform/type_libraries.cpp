@@ -1,0 +1,120 @@
+#include "platform/type_libraries.h"
+
+#include <dlfcn.h>
+#include <korlib/ptr.h>
+#include <korlib_host/errors.h>
+#include <korlib_host/typelib.h>
+#include <zelto/asp.h>
+
+#include <atomic>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "intrinsics/text.h"
+#include "platform/exported_symbols.h"
+
+namespace zelto {
+
+namespace {
+
+using Descriptions = std::vector<std::pair<IID, ITypeInfo*>>;
+
+class TypeLibrary final : public ITypeLib {
+ public:
+  explicit TypeLibrary(Descriptions descriptions) : descriptions_(std::move(descriptions)) {}
+  TypeLibrary(const TypeLibrary&) = delete;
+  TypeLibrary& operator=(const TypeLibrary&) = delete;
+
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    return korlib::query_list<ITypeLib, IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return references_.fetch_add(1, std::memory_order_relaxed) + 1; }
+  ULONG Release() override {
+    const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    if (left == 0) delete this;
+    return left;
+  }
+
+  UINT GetTypeInfoCount() override { return static_cast<UINT>(descriptions_.size()); }
+  HRESULT GetTypeInfo(UINT index, ITypeInfo** info) override {
+    if (!info) return E_POINTER;
+    *info = nullptr;
+    if (index >= descriptions_.size()) return TYPE_E_ELEMENTNOTFOUND;
+    return CComPtr<ITypeInfo>(descriptions_[index].second).copy_to(info);
+  }
+  HRESULT GetTypeInfoOfGuid(REFGUID guid, ITypeInfo** info) override {
+    if (!info) return E_POINTER;
+    *info = nullptr;
+    for (const auto& [iid, description] : descriptions_) {
+      if (iid == guid) return CComPtr<ITypeInfo>(description).copy_to(info);
+    }
+    return TYPE_E_ELEMENTNOTFOUND;
+  }
+
+  HRESULT GetTypeInfoType(UINT, TYPEKIND*) override { return E_NOTIMPL; }
+  HRESULT GetLibAttr(TLIBATTR**) override { return E_NOTIMPL; }
+  HRESULT GetTypeComp(ITypeComp**) override { return E_NOTIMPL; }
+  HRESULT GetDocumentation(INT, BSTR*, BSTR*, DWORD*, BSTR*) override { return E_NOTIMPL; }
+  HRESULT IsName(LPOLESTR, ULONG, BOOL*) override { return E_NOTIMPL; }
+  HRESULT FindName(LPOLESTR, ULONG, ITypeInfo**, MEMBERID*, USHORT*) override { return E_NOTIMPL; }
+  void ReleaseTLibAttr(TLIBATTR*) override {}
+
+ private:
+  ~TypeLibrary() = default;
+
+  Descriptions descriptions_;
+  std::atomic<ULONG> references_{1};
+};
+
+Descriptions host_descriptions() {
+  return {{korlib::iid_of<ZeltoTypeLibrary::IStringList>, string_list_type_info()},
+          {korlib::iid_of<ZeltoTypeLibrary::IRequestDictionary>, request_dictionary_type_info()}};
+}
+
+// Every exported pair of an identifier IID_x and a pointer g_pTI_x.
+Descriptions module_descriptions(void* module) {
+  constexpr std::string_view kPrefix = "IID_";
+  Descriptions descriptions;
+  for (const std::string& name : exported_symbols(module)) {
+    if (!name.starts_with(kPrefix)) continue;
+    const std::string pointer = "g_pTI_" + name.substr(kPrefix.size());
+    const auto* iid = static_cast<const IID*>(dlsym(module, name.c_str()));
+    auto* const* info = static_cast<ITypeInfo* const*>(dlsym(module, pointer.c_str()));
+    if (iid && info && *info) descriptions.emplace_back(*iid, *info);
+  }
+  return descriptions;
+}
+
+HRESULT load(const OLECHAR* path, ITypeLib** library) {
+  constexpr std::wstring_view kSecondLibrary = L"\\2";
+  const std::wstring_view wanted(path);
+  if (wanted.ends_with(kSecondLibrary)) {
+    *library = new TypeLibrary(host_descriptions());
+    return S_OK;
+  }
+  // A module that is being attached is loaded already; a library of any other file is not looked for.
+  void* module = dlopen(to_utf8(wanted).c_str(), RTLD_LAZY | RTLD_NOLOAD);
+  if (!module) return TYPE_E_CANTLOADLIBRARY;
+  Descriptions descriptions = module_descriptions(module);
+  dlclose(module);
+  if (descriptions.empty()) return TYPE_E_CANTLOADLIBRARY;
+  *library = new TypeLibrary(std::move(descriptions));
+  return S_OK;
+}
+
+HRESULT load_type_library(const OLECHAR* path, ITypeLib** library) {
+  *library = nullptr;
+  try {
+    return load(path, library);
+  } catch (...) {
+    return korlib::hresult_from_exception(L"LoadTypeLib");
+  }
+}
+
+}  // namespace
+
+void install_type_libraries() { korlib_host::set_type_library_provider(&load_type_library); }
+
+}  // namespace zelto

@@ -1,0 +1,20 @@
+// The type libraries that components find under this host.
+//
+// The library of a module's path describes what the module itself exports: an identifier IID_x and, in
+// g_pTI_x, the type information of that interface. The library of the path with "\2" behind it is the
+// host's own: IStringList and IRequestDictionary, usable late-bound. Type information that is handed out
+// lives as long as its module, whatever its holders release.
+#pragma once
+
+#include <korlib/typeinfo.h>
+
+namespace zelto {
+
+// Makes LoadTypeLib answer these.
+void install_type_libraries();
+
+// The type information of the host's two interfaces.
+ITypeInfo* string_list_type_info();
+ITypeInfo* request_dictionary_type_info();
+
+}  // namespace zelto

@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+#include <korlib/winapi.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "intrinsics/text.h"
+#include "platform/canonical_path.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A folder of its own for each test, and what lies in it.
+class Paths : public testing::Test {
+ protected:
+  Paths() {
+    std::string name = (fs::temp_directory_path() / "zelto-paths-XXXXXX").string();
+    folder_ = fs::canonical(mkdtemp(name.data())).string();
+  }
+  ~Paths() override { fs::remove_all(folder_); }
+
+  std::string at(const std::string& relative) const { return folder_ + "/" + relative; }
+  void file(const std::string& relative) const {
+    fs::create_directories(fs::path(at(relative)).parent_path());
+    std::ofstream(at(relative)) << "text";
+  }
+
+  std::wstring canonicalized(const std::string& path) const {
+    wchar_t target[MAX_PATH];
+    return PathCanonicalizeW(target, zelto::to_wide(path).c_str()) ? std::wstring(target) : L"<failed>";
+  }
+
+ private:
+  std::string folder_;
+};
+
+TEST_F(Paths, ResolvesWhatExists) {
+  file("dir/sub/f");
+  EXPECT_EQ(canonicalized(at("dir\\sub\\..\\.\\\\sub/f")), zelto::to_wide(at("dir/sub/f")));
+  EXPECT_EQ(canonicalized(at("dir/")), zelto::to_wide(at("dir")));
+}
+
+TEST_F(Paths, GivesAFileThatDoesNotExistAPath) {
+  file("dir/f");
+  EXPECT_EQ(canonicalized(at("dir\\none\\..\\x.html")), zelto::to_wide(at("dir/x.html")));
+  EXPECT_EQ(canonicalized(at("nowhere/../../a")),
+            zelto::to_wide((fs::path(at("")).parent_path().parent_path() / "a").string()));
+}
+
+TEST_F(Paths, FollowsLinksOfThePartThatExists) {
+  file("outside/secret");
+  fs::create_directories(at("tpl"));
+  fs::create_symlink("../outside", at("tpl/link"));
+  fs::create_symlink(at("outside"), at("tpl/absolute"));
+  EXPECT_EQ(canonicalized(at("tpl/link/secret")), zelto::to_wide(at("outside/secret")));
+  EXPECT_EQ(canonicalized(at("tpl/absolute/none")), zelto::to_wide(at("outside/none")));
+  // A step into nothing and back must not hide the link.
+  EXPECT_EQ(canonicalized(at("tpl/none/../link/secret")), zelto::to_wide(at("outside/secret")));
+  EXPECT_EQ(canonicalized(at("tpl/link/..")), zelto::to_wide(at("")).substr(0, at("").size() - 1));
+}
+
+TEST_F(Paths, RefusesLinksThatGoRound) {
+  fs::create_symlink("b", at("a"));
+  fs::create_symlink("a", at("b"));
+  EXPECT_EQ(canonicalized(at("a/x")), L"<failed>");
+}
+
+TEST_F(Paths, RefusesAPathThatDoesNotFit) {
+  const std::string folder = at("");
+  const std::string longest(MAX_PATH - 1 - folder.size(), 'x');
+  EXPECT_EQ(canonicalized(folder + longest).size(), MAX_PATH - 1);
+  EXPECT_EQ(canonicalized(folder + longest + "x"), L"<failed>");
+}
+
+TEST_F(Paths, LeavesTheTargetEmptyOnFailure) {
+  wchar_t target[MAX_PATH] = L"poison";
+  EXPECT_FALSE(PathCanonicalizeW(target, L""));
+  EXPECT_STREQ(target, L"");
+  EXPECT_FALSE(PathCanonicalizeW(target, nullptr));
+  EXPECT_FALSE(PathCanonicalizeW(nullptr, L"/"));
+}
+
+TEST(CanonicalPath, StopsAtTheRoot) {
+  EXPECT_EQ(zelto::canonical_path("/../.."), "/");
+  EXPECT_EQ(zelto::canonical_path(std::string_view("/a\0b", 4)), std::nullopt);
+}
+
+TEST_F(Paths, OpensFilesNamedWithBackslashes) {
+  file("tpl/list.html");
+  const HANDLE handle = CreateFileW(zelto::to_wide(at("tpl\\list.html")).c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  ASSERT_NE(handle, invalid_handle());
+  EXPECT_EQ(std::fgetc(static_cast<FILE*>(handle)), 't');
+  std::fclose(static_cast<FILE*>(handle));
+}
+
+TEST_F(Paths, NeverCreatesAFile) {
+  EXPECT_EQ(CreateFileW(zelto::to_wide(at("none")).c_str(), GENERIC_READ, 0, nullptr, 1, 0, nullptr), invalid_handle());
+  EXPECT_FALSE(fs::exists(at("none")));
+  EXPECT_EQ(CreateFileW(nullptr, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr), invalid_handle());
+}
+
+}  // namespace

@@ -1,0 +1,88 @@
+#include <gtest/gtest.h>
+#include <korlib/winapi.h>
+#include <korlib_host/registry_store.h>
+
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Registry : public testing::Test {
+ protected:
+  Registry() {
+    std::string name = (fs::temp_directory_path() / "zelto-registry-XXXXXX").string();
+    folder_ = mkdtemp(name.data());
+    store = std::make_shared<korlib_host::RegistryStore>(folder_ / "registry.json");
+    korlib_host::set_registry(store);
+  }
+  ~Registry() override {
+    korlib_host::set_registry(nullptr);
+    fs::remove_all(folder_);
+  }
+
+  HKEY create(HKEY parent, const wchar_t* name) {
+    HKEY key = nullptr;
+    EXPECT_EQ(RegCreateKeyExW(parent, name, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr), ERROR_SUCCESS);
+    return key;
+  }
+  LONG set(HKEY key, const wchar_t* name, const wchar_t* text) {
+    return RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text), 2);
+  }
+
+  std::shared_ptr<korlib_host::RegistryStore> store;
+
+ private:
+  fs::path folder_;
+};
+
+TEST_F(Registry, WritesWhatRegistrationWrites) {
+  HKEY key = create(hkey_classes_root(), L"Some.Class");
+  HKEY inner = create(key, L"CLSID");
+  EXPECT_EQ(set(inner, nullptr, L"{whole text, whatever the length says}"), ERROR_SUCCESS);
+  EXPECT_EQ(set(inner, L"ThreadingModel", L"Apartment"), ERROR_SUCCESS);
+  EXPECT_EQ(RegCloseKey(inner), ERROR_SUCCESS);
+  EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
+  EXPECT_EQ(store->value(L"Some.Class\\CLSID", L""), L"{whole text, whatever the length says}");
+  EXPECT_EQ(store->value(L"some.class\\clsid", L"threadingmodel"), L"Apartment");
+}
+
+TEST_F(Registry, TellsNewKeysFromOldOnes) {
+  DWORD disposition = 99;
+  HKEY key = nullptr;
+  EXPECT_EQ(RegCreateKeyExW(hkey_classes_root(), L"a", 0, nullptr, 0, 0, nullptr, &key, &disposition), ERROR_SUCCESS);
+  EXPECT_EQ(disposition, 1u);
+  RegCloseKey(key);
+  EXPECT_EQ(RegCreateKeyExW(hkey_classes_root(), L"a", 0, nullptr, 0, 0, nullptr, &key, &disposition), ERROR_SUCCESS);
+  EXPECT_EQ(disposition, 2u);
+  RegCloseKey(key);
+}
+
+TEST_F(Registry, FailsOnKeysThatAreNotThere) {
+  HKEY key = reinterpret_cast<HKEY>(1);
+  EXPECT_EQ(RegOpenKeyExW(hkey_classes_root(), L"none", 0, 0, &key), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(key, nullptr);
+  EXPECT_EQ(RegDeleteKeyW(hkey_classes_root(), L"none"), ERROR_FILE_NOT_FOUND);
+  EXPECT_NE(RegOpenKeyExW(nullptr, L"a", 0, 0, &key), ERROR_SUCCESS);
+  EXPECT_NE(RegCloseKey(nullptr), ERROR_SUCCESS);
+}
+
+TEST_F(Registry, DeletesOnlyKeysWithoutKeysBelow) {
+  HKEY key = create(hkey_classes_root(), L"a");
+  RegCloseKey(create(key, L"b"));
+  EXPECT_NE(RegDeleteKeyW(hkey_classes_root(), L"a"), ERROR_SUCCESS);
+  EXPECT_EQ(RegDeleteKeyW(key, L"b"), ERROR_SUCCESS);
+  RegCloseKey(key);
+  EXPECT_EQ(RegDeleteKeyW(hkey_classes_root(), L"a"), ERROR_SUCCESS);
+  EXPECT_FALSE(store->has_key(L"a"));
+}
+
+TEST_F(Registry, RefusesToPretendWithoutAStore) {
+  korlib_host::set_registry(nullptr);
+  HKEY key = reinterpret_cast<HKEY>(1);
+  EXPECT_NE(RegCreateKeyExW(hkey_classes_root(), L"a", 0, nullptr, 0, 0, nullptr, &key, nullptr), ERROR_SUCCESS);
+  EXPECT_EQ(key, nullptr);
+}
+
+}  // namespace
