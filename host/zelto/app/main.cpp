@@ -1,1 +1,3 @@
-int main() { return 0; }
+#include "app/commands.h"
+
+int main(int argc, char** argv) { return zelto::run_command_line(argc, argv); }

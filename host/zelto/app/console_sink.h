@@ -1,0 +1,29 @@
+// The response of a page that is run from the command line.
+#pragma once
+
+#include <cstdio>
+
+#include "http/message.h"
+
+namespace zelto {
+
+class ConsoleSink final : public ResponseSink {
+ public:
+  ConsoleSink(std::FILE* out, bool with_head) : out_(out), with_head_(with_head) {}
+
+  void start(ResponseHead head, std::uint64_t length) override;
+  void write(std::string_view bytes) override;
+  void write_file(int file, std::uint64_t offset, std::uint64_t length) override;
+  void append_to_log(std::string_view text) override;
+  void finish() override { std::fflush(out_); }
+  bool connected() const override { return std::ferror(out_) == 0; }
+
+  int status() const { return status_; }
+
+ private:
+  std::FILE* out_;
+  bool with_head_;
+  int status_ = 0;
+};
+
+}  // namespace zelto

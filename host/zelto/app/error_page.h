@@ -1,0 +1,19 @@
+// What a client sees of a page that failed.
+#pragma once
+
+#include <string>
+
+#include "intrinsics/page_state.h"
+
+namespace zelto {
+
+// For the author: message, source, code, file, line and the lines around it, which are read from
+// `physical` when that is not empty.
+std::string debug_error_page(const PageError& error, const std::string& physical);
+// For everybody else.
+std::string plain_error_page();
+
+// "guestbook.asp:12: message (Mirt, 0x80004005)", for the log.
+std::string error_line(const PageError& error);
+
+}  // namespace zelto

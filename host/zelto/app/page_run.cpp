@@ -1,0 +1,227 @@
+#include "app/page_run.h"
+
+#include <korlib_host/context.h>
+#include <korlib_host/errors.h>
+
+#include <algorithm>
+
+#include "app/error_page.h"
+#include "app/programs.h"
+#include "http/static_files.h"
+#include "intrinsics/application_object.h"
+#include "intrinsics/page_context.h"
+#include "intrinsics/request_object.h"
+#include "intrinsics/response_object.h"
+#include "intrinsics/server_object.h"
+#include "intrinsics/session_object.h"
+#include "intrinsics/text.h"
+
+namespace zelto {
+
+namespace {
+
+constexpr const wchar_t* kSessionCookie = L"zelto_session";
+
+PageError page_error(const script::ScriptError& error, const Site& site) {
+  PageError made;
+  made.number = error.number;
+  made.source = error.source;
+  made.description = error.message;
+  made.category = L"Script";
+  std::string_view file = error.file;
+  if (file.starts_with(site.root() + "/")) file.remove_prefix(site.root().size());
+  made.file = to_wide(file);
+  made.line = error.line;
+  made.column = error.column > 0 ? error.column : -1;
+  return made;
+}
+
+class PageRun final : public PageHost {
+ public:
+  PageRun(Site& site, script::Engine& engine, HttpRequest request, PagePlace place, ResponseSink& sink)
+      : site_(site),
+        engine_(engine),
+        page_(std::make_shared<PageState>(std::move(request), std::move(place), sink, this)),
+        hold_(std::make_shared<ApplicationHold>(site.application())) {}
+  PageRun(const PageRun&) = delete;
+  PageRun& operator=(const PageRun&) = delete;
+  // Objects that a component kept find the page gone.
+  ~PageRun() override {
+    page_->host = nullptr;
+    page_->response.detach();
+  }
+
+  int run();
+
+  HRESULT end_page() override { return script::stop_page(); }
+  HRESULT execute(const std::string& virtual_path) override;
+  LONG script_timeout() const override { return static_cast<LONG>(engine_.time_limit().count() / 1000); }
+  HRESULT set_script_timeout(LONG seconds) override;
+  const PageError* last_error() const override { return error_ ? &*error_ : nullptr; }
+
+ private:
+  bool open_session();
+  HRESULT keep_session();
+  void make_objects();
+  void run_script(const LoadedPage& loaded);
+  script::Outcome run_realm(const LoadedPage& loaded);
+  void fail(PageError error);
+  int answer();
+
+  Site& site_;
+  script::Engine& engine_;
+  PageStatePtr page_;
+  std::shared_ptr<ApplicationHold> hold_;
+  std::optional<SessionHold> session_;
+  PageContext::Objects objects_;
+  std::optional<PageError> error_;
+};
+
+int PageRun::run() {
+  const PagePlace& place = page_->request.place();
+  LoadedPage loaded = site_.programs().load(place.virtual_path, place.physical_path);
+  if (loaded.error) {
+    fail(page_error(*loaded.error, site_));
+    return answer();
+  }
+  page_->response.code_page = page_->request.code_page = loaded.code_page;
+  if (loaded.uses_session && !open_session()) {
+    page_->response.set_status("503 Service Unavailable");
+    page_->response.write(L"Another request of this session is taking too long.");
+    return answer();
+  }
+  run_script(loaded);
+  const int status = answer();
+  hold_->unlock();
+  if (session_) site_.sessions().close(std::move(*session_));
+  return status;
+}
+
+bool PageRun::open_session() {
+  const ReceivedCookie* cookie = find_cookie(page_->request.cookies(), kSessionCookie);
+  session_.emplace(site_.sessions().open(cookie ? to_utf8(cookie->value) : std::string()));
+  if (!*session_) return false;
+  (*session_)->on_keep = [this] { return keep_session(); };
+  return true;
+}
+
+HRESULT PageRun::keep_session() {
+  if (page_->response.head_sent()) {
+    return korlib::raise(E_FAIL, L"Session",
+                         L"Nothing can be kept in a new session when the response's head has been sent already.");
+  }
+  page_->response.session_cookie = to_utf8(kSessionCookie) + "=" + (*session_)->id +
+                                   "; Path=/; HttpOnly; SameSite=Lax" +
+                                   (page_->request.http().secure ? "; Secure" : "");
+  site_.sessions().add(session_->state());
+  return S_OK;
+}
+
+void PageRun::make_objects() {
+  const auto add = [this](const wchar_t* name, IDispatch* made) {
+    CComPtr<IDispatch> object;
+    object.attach(made);
+    objects_.emplace_back(name, std::move(object));
+  };
+  add(L"Request", korlib::make<RequestObject>(page_).detach());
+  add(L"Response", korlib::make<ResponseObject>(page_).detach());
+  add(L"Server", korlib::make<ServerObject>(page_).detach());
+  add(L"Application", korlib::make<ApplicationObject>(hold_).detach());
+  if (session_) add(L"Session", korlib::make<SessionObject>(session_->state()).detach());
+}
+
+void PageRun::run_script(const LoadedPage& loaded) {
+  make_objects();
+  engine_.set_time_limit(site_.options().script_timeout);
+  CComPtr<PageContext> context;
+  context.attach(new PageContext(objects_));
+  const korlib_host::ContextScope scope(context.get());
+  script::Outcome outcome = run_realm(loaded);
+  // The last references of most components go here, with the session still locked.
+  objects_.clear();
+  switch (outcome.kind) {
+    case script::Outcome::completed:
+    case script::Outcome::stopped:
+      return;
+    case script::Outcome::timed_out: {
+      PageError error;
+      error.number = E_ABORT;
+      error.source = L"Server";
+      error.description = L"The page took longer than it may.";
+      error.file = to_wide(page_->request.place().virtual_path);
+      fail(std::move(error));
+      return;
+    }
+    case script::Outcome::failed:
+      fail(outcome.error ? page_error(*outcome.error, site_) : PageError());
+      return;
+  }
+}
+
+script::Outcome PageRun::run_realm(const LoadedPage& loaded) {
+  script::Realm realm(engine_);
+  for (const auto& [name, object] : objects_) {
+    realm.set_object(name, object.get());
+    if (name == L"Response") realm.set_output(object.get());
+  }
+  return realm.run(loaded.program);
+}
+
+HRESULT PageRun::execute(const std::string& virtual_path) {
+  const FoundFile found = site_.files().find(virtual_path);
+  if (found.kind != FoundFile::Kind::kPage) {
+    return korlib::raise(E_FAIL, L"Server", L"There is no page \"" + to_wide(virtual_path) + L"\".");
+  }
+  const LoadedPage loaded = site_.programs().load(found.path, found.physical);
+  script::Outcome outcome;
+  if (loaded.error) {
+    outcome.kind = script::Outcome::failed;
+    outcome.error = loaded.error;
+  } else {
+    outcome = run_realm(loaded);
+  }
+  if (outcome.kind == script::Outcome::completed) return S_OK;
+  if (outcome.kind != script::Outcome::failed) return script::kPageStopped;  // still unwinding
+  const PageError error = outcome.error ? page_error(*outcome.error, site_) : PageError();
+  const HRESULT hr = FAILED(error.number) ? error.number : E_FAIL;
+  const std::wstring where =
+      error.line > 0 ? L" (" + error.file + L", line " + std::to_wstring(error.line) + L")" : L"";
+  return korlib::raise(hr, error.source, error.description + where);
+}
+
+HRESULT PageRun::set_script_timeout(LONG seconds) {
+  engine_.set_time_limit(std::max<std::chrono::seconds>(std::chrono::seconds(seconds), site_.options().script_timeout));
+  return S_OK;
+}
+
+void PageRun::fail(PageError error) {
+  site_.log(error_line(error));
+  error_ = std::move(error);
+}
+
+int PageRun::answer() {
+  ResponseState& response = page_->response;
+  if (error_) {
+    const std::string physical = error_->file.empty() ? std::string() : site_.root() + to_utf8(error_->file);
+    const std::string body = site_.options().debug ? debug_error_page(*error_, physical) : plain_error_page();
+    if (response.reset()) {
+      response.set_status("500 Internal Server Error");
+      response.cache_control = "no-store";
+      response.write_bytes(body);
+    } else if (site_.options().debug) {
+      response.write_bytes(body);
+    }
+  }
+  const int status = error_ ? 500 : response.status;
+  response.finish();
+  return status;
+}
+
+}  // namespace
+
+int PageWorker::run(HttpRequest request, const std::string& virtual_path, const std::string& physical,
+                    ResponseSink& sink) {
+  return PageRun(site_, engine_, std::move(request), {virtual_path, physical, site_.root()}, sink).run();
+}
+
+}  // namespace zelto

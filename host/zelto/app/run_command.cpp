@@ -1,0 +1,89 @@
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <optional>
+
+#include "app/big_stack.h"
+#include "app/commands.h"
+#include "app/console_sink.h"
+#include "app/page_run.h"
+#include "app/runtime.h"
+#include "intrinsics/response_state.h"
+#include "platform/canonical_path.h"
+
+namespace zelto {
+
+namespace {
+
+struct WrongUse : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+std::string read_body(const std::string& file) {
+  if (file == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
+  std::ifstream in(file, std::ios::binary);
+  if (!in) throw WrongUse(file + " cannot be read");
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+Header parse_header(const std::string& line) {
+  const std::size_t colon = line.find(':');
+  Header header{line.substr(0, colon), ""};
+  if (colon == std::string::npos || !is_header_name(header.name)) throw WrongUse("'" + line + "' is no header");
+  const std::size_t start = line.find_first_not_of(" \t", colon + 1);
+  if (start != std::string::npos) header.value = line.substr(start);
+  if (!is_header_value(header.value)) throw WrongUse("'" + line + "' is no header");
+  return header;
+}
+
+HttpRequest make_request(const RunCommand& command, const std::string& path) {
+  HttpRequest request;
+  request.method = !command.method.empty() ? command.method : command.body_file.empty() ? "GET" : "POST";
+  request.path = path;
+  request.query = command.query;
+  request.target = path + (command.query.empty() ? "" : "?" + command.query);
+  for (const std::string& line : command.headers) request.headers.push_back(parse_header(line));
+  if (!request.header("Host")) request.headers.insert(request.headers.begin(), {"Host", "localhost"});
+  if (!command.body_file.empty()) {
+    request.body = read_body(command.body_file);
+    request.body_length = request.body.size();
+    if (!request.header("Content-Type")) {
+      request.headers.push_back({"Content-Type", "application/x-www-form-urlencoded"});
+    }
+  }
+  request.remote_address = request.local_address = "127.0.0.1";
+  request.local_port = 80;
+  return request;
+}
+
+int run_in(const RunCommand& command) {
+  const auto page = canonical_path(command.page);
+  if (!page || !std::filesystem::is_regular_file(*page)) throw WrongUse(command.page + " is no file");
+  SiteOptions options;
+  options.root = command.site.empty() ? page->substr(0, page->rfind('/') + 1) : command.site;
+  options.debug = command.debug;
+  options.log = [](std::string_view line) { std::cerr << "zelto: " << line << "\n"; };
+  Site site(std::move(options));
+  if (!page->starts_with(site.root() + "/")) throw WrongUse(command.page + " does not lie in the site");
+  const std::string path = page->substr(site.root().size());
+  ConsoleSink sink(stdout, command.include_headers);
+  int status = 0;
+  const HttpRequest request = make_request(command, path);
+  on_big_stack([&] { status = PageWorker(site).run(request, path, *page, sink); });
+  return status < 400 ? kSuccess : kFailure;
+}
+
+}  // namespace
+
+int run_page_file(const RunCommand& command) {
+  try {
+    set_up_runtime();
+    return run_in(command);
+  } catch (const WrongUse& error) {
+    std::cerr << "zelto: " << error.what() << "\n";
+    return kWrongUse;
+  }
+}
+
+}  // namespace zelto

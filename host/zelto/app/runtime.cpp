@@ -1,0 +1,52 @@
+#include "app/runtime.h"
+
+#include <korlib_host/modules.h>
+#include <korlib_host/registry_store.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+
+#include "platform/type_libraries.h"
+
+namespace zelto {
+
+namespace {
+
+// $ZELTO_REGISTRY, else zelto/registry.json in the user's data folder.
+std::filesystem::path registry_file() {
+  const auto from = [](const char* name) {
+    const char* value = std::getenv(name);
+    return std::filesystem::path(value ? value : "");
+  };
+  if (auto file = from("ZELTO_REGISTRY"); !file.empty()) return file;
+  if (const auto data = from("XDG_DATA_HOME"); !data.empty()) return data / "zelto" / "registry.json";
+  const auto home = from("HOME");
+  return home.empty() ? "/var/lib/zelto/registry.json" : home / ".local" / "share" / "zelto" / "registry.json";
+}
+
+// Beside the program, as built; in the library folder next to it, as installed.
+std::filesystem::path component_file() {
+  std::error_code error;
+  const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  for (const char* place : {"libmirt.so", "../libmirt.so", "../bin/libmirt.so", "../lib/zelto/libmirt.so"}) {
+    if (auto file = folder / place; std::filesystem::exists(file, error)) return file.lexically_normal();
+  }
+  return folder / "libmirt.so";
+}
+
+void set_up() {
+  korlib_host::set_registry(std::make_shared<korlib_host::RegistryStore>(registry_file()));
+  install_type_libraries();
+  korlib_host::add_unregistered_module(
+      component_file(), {{L"Mirt", L"Mirt"}, {L"Mirt.TextTemplator", L"TextTemplator"}, {L"Mirt.Utility", L"Utility"}});
+}
+
+}  // namespace
+
+void set_up_runtime() {
+  static std::once_flag once;
+  std::call_once(once, set_up);
+}
+
+}  // namespace zelto

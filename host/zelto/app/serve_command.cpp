@@ -1,0 +1,87 @@
+#include <fmt/format.h>
+#include <pthread.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <iostream>
+#include <mutex>
+
+#include "app/commands.h"
+#include "app/configuration.h"
+#include "app/runtime.h"
+#include "app/session_sweeper.h"
+#include "app/site_worker.h"
+#include "http/access_log.h"
+
+namespace zelto {
+
+namespace {
+
+// The signals that end the program, blocked in every thread that is started while this lives.
+class EndSignals {
+ public:
+  EndSignals() {
+    sigemptyset(&set_);
+    sigaddset(&set_, SIGINT);
+    sigaddset(&set_, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &set_, &before_);
+  }
+  ~EndSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  EndSignals(const EndSignals&) = delete;
+  EndSignals& operator=(const EndSignals&) = delete;
+
+  void wait() const {
+    int signal = 0;
+    sigwait(&set_, &signal);
+  }
+
+ private:
+  sigset_t set_{};
+  sigset_t before_{};
+};
+
+// Whole lines, whichever thread writes them.
+class Log {
+ public:
+  void line(std::string_view text) {
+    const std::scoped_lock guard(mutex_);
+    std::cerr << text << "\n";
+  }
+
+ private:
+  std::mutex mutex_;
+};
+
+std::string shown_address(const ServerOptions& options, std::uint16_t port) {
+  const bool is_v6 = options.address.find(':') != std::string::npos;
+  const std::string host = is_v6 ? "[" + options.address + "]" : options.address;
+  return fmt::format("http://{}:{}/", host, port);
+}
+
+}  // namespace
+
+int serve_site(const ServeCommand& command) {
+  constexpr auto kSweepPause = std::chrono::seconds(15);
+  constexpr auto kGrace = std::chrono::seconds(30);
+  if (!std::filesystem::is_directory(command.site)) {
+    std::cerr << "zelto: " << command.site << " is no folder\n";
+    return kWrongUse;
+  }
+  set_up_runtime();
+  Log log;
+  Configuration configuration = read_configuration(command);
+  configuration.site.log = [&log](std::string_view line) { log.line(line); };
+  configuration.server.on_access = [&log](const AccessRecord& record) { log.line(combined_line(record)); };
+  std::signal(SIGPIPE, SIG_IGN);
+  const EndSignals signals;
+  Site site(configuration.site);
+  const SessionSweeper sweeper(site.sessions(), kSweepPause);
+  Server server(configuration.server, [&site] { return std::make_unique<SiteWorker>(site); });
+  server.start();
+  std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;
+  signals.wait();
+  return server.stop(kGrace) ? kSuccess : kFailure;
+}
+
+}  // namespace zelto

@@ -1,0 +1,73 @@
+// The sessions of a site.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "intrinsics/session_state.h"
+
+namespace zelto {
+
+// 128 random bits in base64url: what nobody can guess.
+std::string make_session_id();
+
+// A session that a request holds the lock of; none when the turn did not come in time.
+class SessionHold {
+ public:
+  SessionHold() = default;
+  explicit SessionHold(std::shared_ptr<SessionState> locked) : state_(std::move(locked)) {}
+  SessionHold(SessionHold&& other) noexcept = default;
+  SessionHold& operator=(SessionHold&& other) = delete;
+  ~SessionHold() {
+    if (state_) state_->lock.unlock();
+  }
+
+  explicit operator bool() const { return state_ != nullptr; }
+  SessionState* operator->() const { return state_.get(); }
+  const std::shared_ptr<SessionState>& state() const { return state_; }
+
+ private:
+  std::shared_ptr<SessionState> state_;
+};
+
+// Any thread may call any method.
+class SessionStore {
+ public:
+  using Clock = SessionState::Clock;
+
+  SessionStore(std::chrono::milliseconds patience, LONG timeout_minutes)
+      : patience_(patience), timeout_minutes_(timeout_minutes) {}
+  // Ends every session. No request may hold one.
+  ~SessionStore();
+  SessionStore(const SessionStore&) = delete;
+  SessionStore& operator=(const SessionStore&) = delete;
+
+  // The session of that identifier, or a new one under a new identifier when there is none. Waits for
+  // requests that hold it; when they take too long the hold is empty.
+  SessionHold open(std::string_view id);
+  // Has later requests find the session. The caller holds its lock.
+  void add(const std::shared_ptr<SessionState>& session);
+  // The end of a request: an abandoned session ends now, another one counts its time from now.
+  void close(SessionHold hold);
+
+  // Ends the sessions that have not been used for their time, except one that is in use now. Answers how
+  // many.
+  std::size_t sweep(Clock::time_point now);
+  std::size_t size() const;
+
+ private:
+  std::shared_ptr<SessionState> find(std::string_view id) const;
+  bool is_listed(const SessionState& session) const;
+  void forget(const SessionState& session);
+
+  const std::chrono::milliseconds patience_;
+  const LONG timeout_minutes_;
+  mutable std::mutex mutex_;
+  std::unordered_map<std::string, std::shared_ptr<SessionState>> sessions_;
+};
+
+}  // namespace zelto

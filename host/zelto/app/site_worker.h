@@ -1,0 +1,20 @@
+// Answers the requests of a site: pages, files, and what is neither.
+#pragma once
+
+#include "app/page_run.h"
+#include "http/server.h"
+
+namespace zelto {
+
+class SiteWorker final : public Worker {
+ public:
+  explicit SiteWorker(Site& site) : site_(site), pages_(site) {}
+
+  void handle(HttpRequest&& request, ResponseSink& sink) override;
+
+ private:
+  Site& site_;
+  PageWorker pages_;
+};
+
+}  // namespace zelto

@@ -1,0 +1,79 @@
+#include "app/configuration.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Configuration : public testing::Test {
+ protected:
+  Configuration() {
+    std::string name = (fs::temp_directory_path() / "zelto-conf-XXXXXX").string();
+    command.site = mkdtemp(name.data());
+  }
+  ~Configuration() override { fs::remove_all(command.site); }
+
+  zelto::Configuration read(const std::string& text) {
+    std::ofstream(command.site + "/zelto.toml") << text;
+    return zelto::read_configuration(command);
+  }
+  std::string problem(const std::string& text) {
+    try {
+      read(text);
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+    return "none";
+  }
+
+  zelto::ServeCommand command;
+};
+
+TEST_F(Configuration, HasDefaults) {
+  const auto made = zelto::read_configuration(command);
+  EXPECT_EQ(made.server.address, "127.0.0.1");
+  EXPECT_EQ(made.server.port, 8080);
+  EXPECT_EQ(made.server.limits.body_bytes, 16u * 1024 * 1024);
+  EXPECT_EQ(made.site.script_timeout, std::chrono::seconds(90));
+  EXPECT_EQ(made.site.session_timeout, 20);
+  EXPECT_FALSE(made.site.debug);
+}
+
+TEST_F(Configuration, ComesFromTheFile) {
+  const auto made = read(
+      "listen = \"[::1]:81\"\nworkers = 3\nbody_limit = 5\nscript_timeout = 7\nsession_timeout = 9\ndebug = true\n");
+  EXPECT_EQ(made.server.address, "::1");
+  EXPECT_EQ(made.server.port, 81);
+  EXPECT_EQ(made.server.workers, 3u);
+  EXPECT_EQ(made.server.limits.body_bytes, 5u);
+  EXPECT_EQ(made.site.script_timeout, std::chrono::seconds(7));
+  EXPECT_EQ(made.site.session_timeout, 9);
+  EXPECT_TRUE(made.site.debug);
+}
+
+TEST_F(Configuration, LetsTheCommandLineWin) {
+  command.listen = ":82";
+  command.workers = 1;
+  command.body_limit = 6;
+  const auto made = read("listen = \"127.0.0.1:81\"\nworkers = 3\nbody_limit = 5\n");
+  EXPECT_EQ(made.server.address, "0.0.0.0");
+  EXPECT_EQ(made.server.port, 82);
+  EXPECT_EQ(made.server.workers, 1u);
+  EXPECT_EQ(made.server.limits.body_bytes, 6u);
+}
+
+TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
+  const std::string file = command.site + "/zelto.toml";
+  EXPECT_EQ(problem("wrokers = 3"), file + ": wrokers is not known");
+  EXPECT_EQ(problem("workers = \"3\""), file + ": workers has a value of the wrong type");
+  EXPECT_EQ(problem("workers = 0"), file + ": workers is a number from 1 to 1024");
+  EXPECT_EQ(problem("listen = \"here\""), "'here' is no ADDRESS:PORT");
+  EXPECT_EQ(problem("listen = \"1.2.3.4:70000\""), "'1.2.3.4:70000' is no ADDRESS:PORT");
+  EXPECT_EQ(problem("a = \n").substr(0, file.size() + 3), file + ":1:");
+}
+
+}  // namespace

@@ -1,0 +1,133 @@
+#include "app/session_store.h"
+
+#include <gtest/gtest.h>
+#include <korlib/comvariant.h>
+
+#include <atomic>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace std::chrono_literals;
+using zelto::SessionHold;
+using zelto::SessionStore;
+
+// A new session that later requests find; its identifier.
+std::string keep_new(SessionStore& store) {
+  SessionHold hold = store.open("");
+  store.add(hold.state());
+  const std::string id = hold->id;
+  EXPECT_EQ(hold->put(L"a", korlib::long_variant(1)), S_OK);
+  store.close(std::move(hold));
+  return id;
+}
+
+TEST(SessionIds, HoldATwentyTwoCharacterRandomNumber) {
+  std::set<std::string> ids;
+  for (int i = 0; i < 1000; ++i) ids.insert(zelto::make_session_id());
+  EXPECT_EQ(ids.size(), 1000u);
+  for (const std::string& id : ids) {
+    EXPECT_EQ(id.size(), 22u);
+    EXPECT_EQ(id.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_"),
+              std::string::npos);
+  }
+}
+
+TEST(SessionStore, FindsASessionAgain) {
+  SessionStore store(60s, 20);
+  const std::string id = keep_new(store);
+  const SessionHold hold = store.open(id);
+  EXPECT_EQ(hold->id, id);
+  CComVariant value;
+  EXPECT_EQ(hold->get(L"A", &value), S_OK);
+  EXPECT_EQ(value.lVal, 1);
+}
+
+TEST(SessionStore, NeverTakesAnIdentifierFromTheClient) {
+  SessionStore store(60s, 20);
+  const SessionHold hold = store.open("chosen-by-the-client-22");
+  EXPECT_NE(hold->id, "chosen-by-the-client-22");
+}
+
+TEST(SessionStore, KeepsNoSessionThatNobodyAdded) {
+  SessionStore store(60s, 20);
+  store.close(store.open(""));
+  EXPECT_EQ(store.size(), 0u);
+}
+
+TEST(SessionStore, RefusesARequestThatWaitsTooLong) {
+  SessionStore store(5ms, 20);
+  const std::string id = keep_new(store);
+  const SessionHold first = store.open(id);
+  EXPECT_FALSE(store.open(id));
+}
+
+TEST(SessionStore, EndsAnAbandonedSessionWithItsRequest) {
+  SessionStore store(60s, 20);
+  const std::string id = keep_new(store);
+  SessionHold hold = store.open(id);
+  hold->abandoned = true;
+  store.close(std::move(hold));
+  EXPECT_EQ(store.size(), 0u);
+  EXPECT_NE(store.open(id)->id, id);
+}
+
+TEST(SessionStore, GivesAWaitingRequestANewSessionWhenTheOldOneEnds) {
+  SessionStore store(60s, 20);
+  const std::string id = keep_new(store);
+  SessionHold hold = store.open(id);
+  std::string got;
+  std::thread waiting([&] { got = store.open(id)->id; });
+  while (hold->lock.waiting() == 0) std::this_thread::yield();
+  hold->abandoned = true;
+  store.close(std::move(hold));
+  waiting.join();
+  EXPECT_FALSE(got.empty());
+  EXPECT_NE(got, id);
+}
+
+TEST(SessionStore, SweepsWhatWasNotUsedForItsTime) {
+  SessionStore store(60s, 20);
+  keep_new(store);
+  const auto now = SessionStore::Clock::now();
+  EXPECT_EQ(store.sweep(now + 19min), 0u);
+  EXPECT_EQ(store.sweep(now + 21min), 1u);
+  EXPECT_EQ(store.size(), 0u);
+}
+
+TEST(SessionStore, SparesASessionInUse) {
+  SessionStore store(60s, 20);
+  const std::string id = keep_new(store);
+  const SessionHold hold = store.open(id);
+  EXPECT_EQ(store.sweep(SessionStore::Clock::now() + 24h), 0u);
+}
+
+TEST(SessionStore, NeverLetsTwoRequestsOfASessionOverlap) {
+  SessionStore store(60s, 20);
+  const std::string id = keep_new(store);
+  std::atomic<int> inside{0};
+  std::atomic<bool> overlapped{false};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 100; ++i) {
+        SessionHold hold = store.open(id);
+        if (inside.fetch_add(1) != 0) overlapped = true;
+        CComVariant count;
+        hold->get(L"count", &count);
+        hold->put(L"count", korlib::long_variant(count.vt == VT_I4 ? count.lVal + 1 : 1));
+        inside.fetch_sub(1);
+        store.close(std::move(hold));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_FALSE(overlapped);
+  CComVariant count;
+  store.open(id)->get(L"count", &count);
+  EXPECT_EQ(count.lVal, 400);
+}
+
+}  // namespace
