@@ -1,4 +1,6 @@
 // From a mark's type character to its handler, and what a failing mark is reported as.
+#include <string>
+
 #include <korlib/winapi.h>
 
 #include "frame/error.h"
@@ -14,11 +16,12 @@ constexpr VARIANT_BOOL kRaw = VARIANT_FALSE;
 
 // The platform's words for the code, none where it has none, and the mark behind them.
 HRESULT report_with_mark(HRESULT hr, const CMarkData& mark) {
-  constexpr DWORD kCapacity = 1280;
-  wchar_t words[kCapacity] = {};
+  // Not on the stack: a mark inside a mark is reported once for each, one frame inside the other.
+  std::wstring words(1280, L'\0');
   const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                      static_cast<DWORD>(hr), LOCALE_SYSTEM_DEFAULT, words, kCapacity, nullptr);
-  const std::wstring_view system_text(words, length < kCapacity ? length : kCapacity - 1);
+                                      static_cast<DWORD>(hr), LOCALE_SYSTEM_DEFAULT, words.data(),
+                                      static_cast<DWORD>(words.size()), nullptr);
+  const std::wstring_view system_text = std::wstring_view(words).substr(0, length);
   const CComBSTR text = page::join({system_text, L"[(#", {&mark.Type, 1}, mark.Name.view(), L"#)]"});
   return RaiseError(hr, L"Mirt", text ? text.get() : L"");
 }

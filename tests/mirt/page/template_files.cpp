@@ -254,6 +254,15 @@ TEST_F(TemplateFiles, ThePageSurvivesGivingUpItsLastReferenceWhileItDraws) {
   EXPECT_EQ(L"abv", output());
 }
 
+TEST_F(TemplateFiles, OneThatDrawsItselfFailsCleanly) {
+  file("t.html", "(#`t#)");
+  for (const bool cached : {true, false}) {
+    put(page(), L"CacheTemplate", cached);
+    EXPECT_EQ(L"<code 80004005>Template file can't read.[" + absolute("t.html") + L"]", draw_file(L"t"));
+  }
+  EXPECT_EQ(L"c", draw(L"(#?#)"));
+}
+
 TEST_F(TemplateFiles, LargeOnesAreDrawn) {
   std::string text;
   for (int i = 0; i < 100000; ++i) text += "(#?#)x";
