@@ -1,0 +1,133 @@
+// What libmirt.so shows to the dynamic linker.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace test {
+namespace {
+
+struct Symbol {
+  std::string name;
+  char kind;
+  bool operator<(const Symbol& other) const { return name < other.name; }
+};
+
+std::set<Symbol> dynamic_symbols() {
+  const std::string command = std::string("nm -D --defined-only '") + MIRT_MODULE_PATH + "'";
+  const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), pclose);
+  std::set<Symbol> symbols;
+  char line[1024];
+  while (output && std::fgets(line, sizeof line, output.get())) {
+    std::istringstream fields(line);
+    std::string address;
+    Symbol symbol{};
+    fields >> address >> symbol.kind >> symbol.name;
+    symbols.insert(symbol);
+  }
+  return symbols;
+}
+
+const std::set<std::string> kNames = {"DllMain",
+                                      "DllGetClassObject",
+                                      "DllCanUnloadNow",
+                                      "DllRegisterServer",
+                                      "DllUnregisterServer",
+                                      "CLSID_Mirt",
+                                      "CLSID_TextTemplator",
+                                      "CLSID_Utility",
+                                      "IID_IMirt",
+                                      "IID_IMirtedTemplator",
+                                      "IID_IFormFile",
+                                      "IID_ITextTemplator",
+                                      "IID_IUtility",
+                                      "g_hDLL",
+                                      "g_aDLLPath",
+                                      "g_nRefCount",
+                                      "g_pTI_IMirt",
+                                      "g_pTI_IMirtedTemplator",
+                                      "g_pTI_IFormFile",
+                                      "g_pTI_ITextTemplator",
+                                      "g_pTI_IUtility",
+                                      "g_pTI_IStringList",
+                                      "g_pTI_IRequestDictionary",
+                                      "g_oTemplateCache",
+                                      "g_oMirtSessionNull",
+                                      "g_oCF_Mirt",
+                                      "g_oCF_MirtedTemplator",
+                                      "g_oCF_FormFile",
+                                      "g_oCF_MultipartFormStringList",
+                                      "g_oCF_MultipartForm",
+                                      "g_oCF_TextTemplator",
+                                      "g_oCF_Utility"};
+
+const std::set<std::string> kFallbacks = {
+    // VARIANT, VARIANTARG, _variant_t
+    "_ZN7VARIANTC1EOS_",
+    "_ZN7VARIANTC2EOS_",
+    "_ZN7VARIANTaSERKS_",
+    "_ZN7VARIANTaSEPKw",
+    "_ZN10VARIANTARGC1Ev",
+    "_ZN10VARIANTARGC2Ev",
+    "_ZN10_variant_tC1Ev",
+    "_ZN10_variant_tC2Ev",
+    "_ZN10_variant_tD1Ev",
+    "_ZN10_variant_tD2Ev",
+    "IsEqualGUID",
+    "InitializeCriticalSection",
+    "DeleteCriticalSection",
+    "EnterCriticalSection",
+    "LeaveCriticalSection",
+    "InterlockedIncrement",
+    "InterlockedDecrement",
+    "Sleep",
+    "GetTickCount",
+    "DisableThreadLibraryCalls",
+    "_wcsicmp",
+    "_wcsnicmp",
+    "wcstombs_s",
+    "memcpy_s",
+    "swprintf_s",
+    "sscanf_s",
+    "LCMapStringW",
+    "FormatMessageW",
+    "RegCreateKeyExW",
+    "RegOpenKeyExW",
+    "RegSetValueExW",
+    "RegDeleteKeyW",
+    "RegCloseKey",
+    "CreateFileW",
+    "CloseHandle",
+    "GetFileTime",
+    "CompareFileTime",
+    "GetModuleFileNameW",
+    "PathCanonicalizeW",
+    "CryptAcquireContextW",
+    "CryptReleaseContext",
+    "CryptCreateHash",
+    "CryptHashData",
+    "CryptGetHashParam",
+    "CryptDestroyHash",
+    "CryptBinaryToStringW",
+    "CryptStringToBinaryW"};
+
+TEST(Exports, AreExactlyTheDocumentedNames) {
+  std::set<std::string> found;
+  for (const Symbol& symbol : dynamic_symbols()) found.insert(symbol.name);
+  std::set<std::string> expected = kNames;
+  expected.insert(kFallbacks.begin(), kFallbacks.end());
+  EXPECT_EQ(expected, found);
+}
+
+// Weak, so that a host may link its own beside them; the documented names are not.
+TEST(Exports, FallbacksAreWeak) {
+  for (const Symbol& symbol : dynamic_symbols()) {
+    EXPECT_EQ(kFallbacks.count(symbol.name) != 0, symbol.kind == 'W') << symbol.name;
+  }
+}
+
+}  // namespace
+}  // namespace test

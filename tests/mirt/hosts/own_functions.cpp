@@ -1,0 +1,112 @@
+#include "mirt/hosts/own_functions.h"
+
+#include <algorithm>
+#include <cwchar>
+#include <iterator>
+
+#include <korlib/typeinfo.h>
+#include <korlib/winapi.h>
+#include <korlib/wincrypt.h>
+
+namespace test {
+
+RecordedRegistry registry;
+ITypeLib* own_library = nullptr;
+ITypeLib* host_library = nullptr;
+std::vector<std::wstring> loaded_paths;
+std::wstring module_path;
+unsigned long tick_count = 0;
+bool hashing_fails = false;
+int calls_disabled = 0;
+
+namespace {
+
+// Keys are their own paths.
+const std::wstring& path_of(HKEY key) {
+  static const std::wstring root = L"HKCR";
+  return key == hkey_classes_root() ? root : *static_cast<std::wstring*>(key);
+}
+
+LONG recorded(std::wstring call) {
+  registry.calls.push_back(std::move(call));
+  return static_cast<int>(registry.calls.size()) == registry.failing_call ? 5 : 0;
+}
+
+LONG open(const wchar_t* how, HKEY key, const wchar_t* sub_key, HKEY* result) {
+  const std::wstring path = path_of(key) + L"\\" + sub_key;
+  *result = nullptr;
+  const LONG failed = recorded(how + path);
+  if (failed) return failed;
+  *result = new std::wstring(path);
+  ++registry.open_keys;
+  return 0;
+}
+
+}  // namespace
+}  // namespace test
+
+using test::path_of;
+using test::recorded;
+
+LONG RegCreateKeyExW(HKEY key, const wchar_t* sub_key, DWORD, const wchar_t*, DWORD, DWORD access, void*, HKEY* result,
+                     DWORD*) {
+  return access == KEY_SET_VALUE ? test::open(L"create ", key, sub_key, result) : 5;
+}
+
+LONG RegOpenKeyExW(HKEY key, const wchar_t* sub_key, DWORD, DWORD access, HKEY* result) {
+  return access == 0x2001F ? test::open(L"open ", key, sub_key, result) : 5;
+}
+
+LONG RegSetValueExW(HKEY key, const wchar_t* name, DWORD, DWORD type, const BYTE* data, DWORD bytes) {
+  if (type != REG_SZ) return 5;
+  return recorded(L"set " + path_of(key) + L" [" + (name ? name : L"") + L"] = " +
+                  reinterpret_cast<const wchar_t*>(data) + L" (" + std::to_wstring(bytes) + L")");
+}
+
+LONG RegDeleteKeyW(HKEY key, const wchar_t* sub_key) { return recorded(L"delete " + path_of(key) + L"\\" + sub_key); }
+
+LONG RegCloseKey(HKEY key) {
+  delete static_cast<std::wstring*>(key);
+  --test::registry.open_keys;
+  return 0;
+}
+
+DWORD GetModuleFileNameW(void*, wchar_t* buffer, DWORD size) {
+  const std::size_t length = std::min<std::size_t>(test::module_path.size(), size);
+  std::copy_n(test::module_path.data(), length, buffer);
+  if (length < size) buffer[length] = 0;
+  return static_cast<DWORD>(length);
+}
+
+HRESULT LoadTypeLib(const OLECHAR* path, ITypeLib** library) {
+  const std::wstring name = path;
+  test::loaded_paths.push_back(name);
+  const bool is_second = name.size() >= 2 && name.compare(name.size() - 2, 2, L"\\2") == 0;
+  *library = is_second ? test::host_library : test::own_library;
+  if (!*library) return TYPE_E_CANTLOADLIBRARY;
+  (*library)->AddRef();
+  return S_OK;
+}
+
+BOOL DisableThreadLibraryCalls(void*) {
+  ++test::calls_disabled;
+  return TRUE;
+}
+
+unsigned long GetTickCount() { return test::tick_count; }
+
+BOOL CryptHashData(HCRYPTHASH, const BYTE*, DWORD, DWORD) { return test::hashing_fails ? FALSE : TRUE; }
+
+// Maps "a" to two characters, so that sizes differ, and shows the flags in the first one.
+int LCMapStringW(unsigned int locale, unsigned int flags, const wchar_t* source, int source_length, wchar_t* target,
+                 int target_length) {
+  std::wstring mapped(1, flags == 0x80000000u ? L'W' : flags == LCMAP_HALFWIDTH ? L'N' : L'?');
+  if (locale != 0x110000) mapped += L'?';
+  for (int i = 0; i < source_length; ++i)
+    mapped += source[i] == L'a' ? std::wstring(L"aa") : std::wstring(1, source[i]);
+  const int needed = static_cast<int>(mapped.size());
+  if (!target || target_length < 1) return needed;
+  if (target_length < needed) return 0;
+  std::copy(mapped.begin(), mapped.end(), target);
+  return needed;
+}

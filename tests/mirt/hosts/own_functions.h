@@ -1,0 +1,32 @@
+// A host that exports Windows functions of its own, and what a test tells them to do. They are strong
+// definitions in this program; the component must use them instead of its fallbacks.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <korlib/types.h>
+
+struct ITypeLib;
+
+namespace test {
+
+// The registry writes down each call, and fails the one whose number a test names (from 1; 0 for none).
+struct RecordedRegistry {
+  std::vector<std::wstring> calls;
+  int failing_call = 0;
+  int open_keys = 0;
+};
+extern RecordedRegistry registry;
+
+// What LoadTypeLib gives for the module's path and for the path of the host's library; null fails.
+extern ITypeLib* own_library;
+extern ITypeLib* host_library;
+extern std::vector<std::wstring> loaded_paths;
+
+extern std::wstring module_path;  // what GetModuleFileNameW answers
+extern unsigned long tick_count;  // what GetTickCount answers
+extern bool hashing_fails;        // CryptHashData answers FALSE
+extern int calls_disabled;        // calls of DisableThreadLibraryCalls
+
+}  // namespace test
