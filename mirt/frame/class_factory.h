@@ -20,6 +20,7 @@ template <class Object, long* ModuleCount>
 class GClassFactory : public IClassFactory {
  public:
   GClassFactory() = default;
+  ~GClassFactory() = default;
   GClassFactory(const GClassFactory&) = delete;
   GClassFactory& operator=(const GClassFactory&) = delete;
 
@@ -38,8 +39,6 @@ class GClassFactory : public IClassFactory {
   STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 
  protected:
-  ~GClassFactory() = default;
-
   // A new object with one reference, or null when there is no memory for it.
   virtual Object* make() {
     try {

@@ -1,0 +1,173 @@
+#include <cstring>
+#include <cwchar>
+#include <string>
+#include <vector>
+
+#include "mirt/compat/fallbacks.h"
+
+namespace test {
+namespace {
+
+using CryptFallbacks = Fallbacks;
+
+std::string hexadecimal(const std::vector<BYTE>& bytes) {
+  std::string text;
+  for (const BYTE byte : bytes) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02x", byte);
+    text += digits;
+  }
+  return text;
+}
+
+TEST_F(CryptFallbacks, ProvidersCarryNothing) {
+  HCRYPTPROV provider = nullptr;
+  EXPECT_TRUE(FALLBACK(CryptAcquireContextW)(&provider, L"any", L"other", 99, 0));
+  EXPECT_NE(nullptr, provider);
+  EXPECT_TRUE(FALLBACK(CryptReleaseContext)(provider, 0));
+  EXPECT_TRUE(FALLBACK(CryptAcquireContextW)(nullptr, nullptr, nullptr, 1, 0));
+  EXPECT_TRUE(FALLBACK(CryptReleaseContext)(nullptr, 0));
+}
+
+TEST_F(CryptFallbacks, HashesAreOfTwoKinds) {
+  HCRYPTHASH hash = this;
+  EXPECT_FALSE(FALLBACK(CryptCreateHash)(nullptr, 0x800C, nullptr, 0, &hash));  // SHA-256
+  EXPECT_EQ(nullptr, hash);
+  EXPECT_FALSE(FALLBACK(CryptCreateHash)(nullptr, CALG_MD5, nullptr, 0, nullptr));
+  EXPECT_TRUE(FALLBACK(CryptDestroyHash)(nullptr));
+}
+
+// Everything so far, each time it is asked for.
+TEST_F(CryptFallbacks, DigestsCanBeReadInTheMiddle) {
+  const struct {
+    ALG_ID algorithm;
+    const char* of_ab;
+    const char* of_abc;
+  } rows[] = {
+      {CALG_MD5, "187ef4436122d1cc2f40dc2b92f0eba0", "900150983cd24fb0d6963f7d28e17f72"},
+      {CALG_SHA1, "da23614e02469a0d7c7bd1bdab5c9c474b1904dc", "a9993e364706816aba3e25717850c26c9cd0d89d"},
+  };
+  for (const auto& row : rows) {
+    HCRYPTHASH hash = nullptr;
+    ASSERT_TRUE(FALLBACK(CryptCreateHash)(nullptr, row.algorithm, nullptr, 0, &hash));
+    const auto digest = [&] {
+      DWORD size = 0;
+      EXPECT_TRUE(FALLBACK(CryptGetHashParam)(hash, HP_HASHVAL, nullptr, &size, 0));
+      std::vector<BYTE> bytes(size);
+      EXPECT_TRUE(FALLBACK(CryptGetHashParam)(hash, HP_HASHVAL, bytes.data(), &size, 0));
+      EXPECT_EQ(bytes.size(), size);
+      return hexadecimal(bytes);
+    };
+    EXPECT_TRUE(FALLBACK(CryptHashData)(hash, reinterpret_cast<const BYTE*>("a"), 1, 0));
+    EXPECT_TRUE(FALLBACK(CryptHashData)(hash, nullptr, 0, 0));
+    EXPECT_TRUE(FALLBACK(CryptHashData)(hash, reinterpret_cast<const BYTE*>("b"), 1, 0));
+    EXPECT_EQ(row.of_ab, digest());
+    EXPECT_EQ(row.of_ab, digest());
+    EXPECT_TRUE(FALLBACK(CryptHashData)(hash, reinterpret_cast<const BYTE*>("c"), 1, 0));
+    EXPECT_EQ(row.of_abc, digest());
+    EXPECT_FALSE(FALLBACK(CryptHashData)(hash, nullptr, 1, 0));
+    EXPECT_TRUE(FALLBACK(CryptDestroyHash)(hash));
+  }
+  EXPECT_FALSE(FALLBACK(CryptHashData)(nullptr, reinterpret_cast<const BYTE*>("a"), 1, 0));
+}
+
+TEST_F(CryptFallbacks, DigestsFollowTheSizeProtocol) {
+  HCRYPTHASH hash = nullptr;
+  ASSERT_TRUE(FALLBACK(CryptCreateHash)(nullptr, CALG_SHA1, nullptr, 0, &hash));
+  BYTE buffer[32];
+  DWORD size = 19;
+  EXPECT_FALSE(FALLBACK(CryptGetHashParam)(hash, HP_HASHVAL, buffer, &size, 0));
+  EXPECT_EQ(20u, size);
+  size = 32;
+  EXPECT_TRUE(FALLBACK(CryptGetHashParam)(hash, HP_HASHVAL, buffer, &size, 0));
+  EXPECT_EQ(20u, size);
+  EXPECT_FALSE(FALLBACK(CryptGetHashParam)(hash, 1, buffer, &size, 0));
+  EXPECT_FALSE(FALLBACK(CryptGetHashParam)(hash, HP_HASHVAL, buffer, nullptr, 0));
+  EXPECT_FALSE(FALLBACK(CryptGetHashParam)(nullptr, HP_HASHVAL, buffer, &size, 0));
+  FALLBACK(CryptDestroyHash)(hash);
+}
+
+TEST_F(CryptFallbacks, Base64TextFollowsTheSizeProtocol) {
+  const BYTE bytes[] = {'a', 'b', 'c', 'd'};
+  DWORD size = 0;
+  EXPECT_TRUE(FALLBACK(CryptBinaryToStringW)(bytes, 4, CRYPT_STRING_BASE64, nullptr, &size));
+  EXPECT_EQ(9u, size);
+  wchar_t text[16] = L"untouched";
+  size = 8;
+  EXPECT_FALSE(FALLBACK(CryptBinaryToStringW)(bytes, 4, CRYPT_STRING_BASE64, text, &size));
+  EXPECT_EQ(9u, size);
+  EXPECT_EQ(std::wstring(L"untouched"), text);
+  size = 16;
+  EXPECT_TRUE(FALLBACK(CryptBinaryToStringW)(bytes, 4, CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF, text, &size));
+  EXPECT_EQ(9u, size);  // the NUL is still counted
+  EXPECT_EQ(std::wstring(L"YWJjZA=="), text);
+
+  size = 5;
+  EXPECT_TRUE(FALLBACK(CryptBinaryToStringW)(bytes, 0, CRYPT_STRING_BASE64, nullptr, &size));
+  EXPECT_EQ(1u, size);
+  EXPECT_TRUE(FALLBACK(CryptBinaryToStringW)(bytes, 0, CRYPT_STRING_BASE64, text, &size));
+  EXPECT_EQ(std::wstring(), text);
+
+  EXPECT_FALSE(FALLBACK(CryptBinaryToStringW)(nullptr, 0, CRYPT_STRING_BASE64, nullptr, &size));
+  EXPECT_FALSE(FALLBACK(CryptBinaryToStringW)(bytes, 4, CRYPT_STRING_BASE64, text, nullptr));
+  for (const DWORD flags : {0u, 2u, CRYPT_STRING_NOCRLF}) {
+    EXPECT_FALSE(FALLBACK(CryptBinaryToStringW)(bytes, 4, flags, text, &size)) << flags;
+  }
+}
+
+TEST_F(CryptFallbacks, Base64NeverBreaksLines) {
+  const std::vector<BYTE> bytes(300, 0);
+  std::vector<wchar_t> text(401);
+  DWORD size = 401;
+  EXPECT_TRUE(FALLBACK(CryptBinaryToStringW)(bytes.data(), 300, CRYPT_STRING_BASE64, text.data(), &size));
+  EXPECT_EQ(std::wstring(400, L'A'), text.data());
+}
+
+TEST_F(CryptFallbacks, Base64BytesFollowTheSizeProtocol) {
+  const auto decode = [this](const wchar_t* text, DWORD length, BYTE* bytes, DWORD* size) {
+    DWORD skip = 77;
+    DWORD flags = 77;
+    const BOOL done = FALLBACK(CryptStringToBinaryW)(text, length, CRYPT_STRING_BASE64, bytes, size, &skip, &flags);
+    EXPECT_EQ(77u, skip);
+    EXPECT_EQ(77u, flags);
+    return done;
+  };
+  BYTE bytes[8];
+  DWORD size = 0;
+  EXPECT_TRUE(decode(L"QQ==", 4, nullptr, &size));
+  EXPECT_EQ(1u, size);
+  EXPECT_TRUE(decode(L"QQ==", 0, bytes, &size));  // up to the NUL, into exactly enough room
+  EXPECT_EQ(1u, size);
+  EXPECT_EQ(0x41, bytes[0]);
+  size = 8;
+  EXPECT_TRUE(decode(L"QQ=A", 0, bytes, &size));
+  EXPECT_EQ(2u, size);
+  EXPECT_EQ(0x41, bytes[0]);
+  EXPECT_EQ(0x00, bytes[1]);
+  size = 2;
+  std::memset(bytes, '#', sizeof bytes);
+  EXPECT_FALSE(decode(L"AAEC", 0, bytes, &size));
+  EXPECT_EQ(3u, size);
+  EXPECT_EQ('#', bytes[0]);
+  size = 8;
+  EXPECT_TRUE(decode(L"AAECxyz!", 4, bytes, &size));  // not beyond the length
+  EXPECT_EQ(3u, size);
+  size = 8;
+  EXPECT_TRUE(decode(L"AA\0EC", 6, bytes, &size) == FALSE);  // nor beyond a NUL
+  EXPECT_EQ(0u, size);
+
+  for (const wchar_t* bad : {L"", L"QQ", L" \r\n\t", L"=QQQ", L"QQQ!", L"Q===", L"\u3042QQQ"}) {
+    size = 8;
+    EXPECT_FALSE(decode(bad, 0, bytes, &size));
+    EXPECT_EQ(0u, size);
+    size = 8;
+    EXPECT_FALSE(decode(bad, 0, nullptr, &size));
+    EXPECT_EQ(0u, size);
+  }
+  EXPECT_FALSE(decode(nullptr, 0, bytes, &size));
+  EXPECT_FALSE(decode(L"QQ==", 0, bytes, nullptr));
+  EXPECT_FALSE(FALLBACK(CryptStringToBinaryW)(L"QQ==", 0, 2, bytes, &size, nullptr, nullptr));
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,198 @@
+// Class objects and pools over object kinds made for the test, and RaiseError on a host short of memory.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <new>
+#include <stdexcept>
+
+#include <korlib/errorinfo.h>
+#include <korlib_host/context.h>
+
+#include "frame/class_factory.h"
+#include "support/late_bound.h"
+
+namespace {
+bool error_objects_fail = false;
+}
+
+// In front of the runtime's, which is asked as long as nothing fails.
+HRESULT CreateErrorInfo(ICreateErrorInfo** info) {
+  if (error_objects_fail) {
+    *info = nullptr;
+    return E_OUTOFMEMORY;
+  }
+  static const auto next = reinterpret_cast<HRESULT (*)(ICreateErrorInfo**)>(dlsym(RTLD_NEXT, "CreateErrorInfo"));
+  return next(info);
+}
+
+namespace test {
+namespace {
+
+long live_count = 0;
+ITypeInfo* no_type_info = nullptr;
+
+int constructions_to_fail = 0;
+int last_seen_in_memory = 0;
+
+// Looks at its memory before anything was stored in it.
+class Kind : public IDispatch {
+ public:
+  Kind() {
+    if (constructions_to_fail && --constructions_to_fail == 0) throw std::bad_alloc();
+  }
+  int untouched;  // by the constructor; what the pool left there
+  HRESULT InContext(IGetContextProperties*) { return in_context; }
+  static inline HRESULT in_context = S_OK;
+
+ protected:
+  ~Kind() { last_seen_in_memory = untouched; }
+};
+
+using Pooled = GDualImplForPool<IDispatch, Kind, &no_type_info, &live_count>;
+using Plain = GDualImpl<IDispatch, Kind, &no_type_info, &live_count>;
+
+class PlainObject final : public Plain {};
+
+}  // namespace
+}  // namespace test
+
+template <>
+IObjectPool* test::Pooled::s_pPool;
+
+namespace test {
+namespace {
+
+GClassFactoryPooled<Pooled, &live_count> pooled_class;
+GClassFactory<PlainObject, &live_count> plain_class;
+
+}  // namespace
+}  // namespace test
+
+template <>
+constinit IObjectPool* test::Pooled::s_pPool = &test::pooled_class;
+
+namespace test {
+namespace {
+
+// A context object that has nothing.
+class Context final : public IGetContextProperties {
+ public:
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    return korlib::query_list<IGetContextProperties, IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return ++references; }
+  ULONG Release() override { return --references; }
+  HRESULT Count(LONG*) override { return E_NOTIMPL; }
+  HRESULT GetProperty(BSTR, VARIANT*) override { return E_NOTIMPL; }
+  HRESULT EnumNames(IUnknown**) override { return E_NOTIMPL; }
+  ULONG references = 1;
+};
+
+TEST(Pools, ZeroTheMemoryOfAnObjectBeforeItIsBuilt) {
+  CComPtr<IDispatch> object;
+  ASSERT_EQ(S_OK, pooled_class.CreateInstance(nullptr, IID_IDispatch, object.put_void()));
+  static_cast<Pooled*>(object.get())->untouched = 0x5A5A;
+  IDispatch* const address = object.get();
+  object.reset();
+  EXPECT_EQ(0x5A5A, last_seen_in_memory);
+  ASSERT_EQ(S_OK, pooled_class.CreateInstance(nullptr, IID_IDispatch, object.put_void()));
+  EXPECT_EQ(address, object.get());
+  EXPECT_EQ(0, static_cast<Pooled*>(object.get())->untouched);
+}
+
+TEST(Pools, KeepABlockWhoseObjectCouldNotBeBuilt) {
+  for (IClassFactory* factory :
+       {static_cast<IClassFactory*>(&pooled_class), static_cast<IClassFactory*>(&plain_class)}) {
+    constructions_to_fail = 1;
+    void* object = factory;
+    EXPECT_EQ(E_OUTOFMEMORY, factory->CreateInstance(nullptr, IID_IDispatch, &object));
+    EXPECT_EQ(nullptr, object);
+    EXPECT_EQ(0, live_count);
+  }
+  constructions_to_fail = 0;
+  CComPtr<IDispatch> after;
+  EXPECT_EQ(S_OK, pooled_class.CreateInstance(nullptr, IID_IDispatch, after.put_void()));
+}
+
+TEST(Pools, CountObjectsAndClassObjectReferences) {
+  CComPtr<IDispatch> pooled;
+  CComPtr<IDispatch> plain;
+  ASSERT_EQ(S_OK, pooled_class.CreateInstance(nullptr, IID_IDispatch, pooled.put_void()));
+  ASSERT_EQ(S_OK, plain_class.CreateInstance(nullptr, IID_IDispatch, plain.put_void()));
+  EXPECT_EQ(2, live_count);
+  EXPECT_EQ(3u, plain_class.AddRef());
+  EXPECT_EQ(2u, plain_class.Release());
+  EXPECT_EQ(2u, plain->AddRef());
+  EXPECT_EQ(1u, plain->Release());
+  plain.reset();
+  pooled.reset();
+  EXPECT_EQ(0, live_count);
+}
+
+class InContextClasses : public testing::Test {
+ protected:
+  HRESULT create(IDispatch** object) {
+    return class_.CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(object));
+  }
+  GClassFactoryPooledInContext<Pooled, &live_count> class_;
+};
+
+TEST_F(InContextClasses, BindObjectsToTheRequest) {
+  Context context;
+  {
+    const korlib_host::ContextScope scope(&context);
+    for (const HRESULT code : {S_OK, S_FALSE, E_FAIL, E_ACCESSDENIED}) {
+      Kind::in_context = code;
+      CComPtr<IDispatch> object;
+      EXPECT_EQ(code, create(object.put()));
+      EXPECT_TRUE(object) << "the caller releases it, also after a failure";
+    }
+    Kind::in_context = S_OK;
+    void* none = &context;
+    EXPECT_EQ(E_NOINTERFACE, class_.CreateInstance(nullptr, IID_IClassFactory, &none));
+    EXPECT_EQ(nullptr, none);
+    EXPECT_EQ(CLASS_E_NOAGGREGATION, class_.CreateInstance(&context, IID_IDispatch, &none));
+  }
+  EXPECT_EQ(1u, context.references);
+  EXPECT_EQ(0, live_count);
+}
+
+TEST_F(InContextClasses, AnswerTheHostsCodeOutsideOfARequest) {
+  CComPtr<IDispatch> object;
+  EXPECT_EQ(CONTEXT_E_NOCONTEXT, create(object.put()));
+  EXPECT_TRUE(object);
+}
+
+TEST(RaiseErrors, LeavesSourceAndDescription) {
+  EXPECT_EQ(E_FAIL, RaiseError(E_FAIL, L"Mirt", L"x"));
+  const ErrorText error = take_error();
+  EXPECT_EQ(L"Mirt", error.source);
+  EXPECT_EQ(L"x", error.description);
+  EXPECT_EQ(7, RaiseError(7, L"Templator", L""));
+  EXPECT_EQ(L"Templator", take_error().source);
+}
+
+TEST(RaiseErrors, AnswersTheCodeWithoutAnErrorObject) {
+  SetErrorInfo(0, nullptr);
+  error_objects_fail = true;
+  EXPECT_EQ(E_FAIL, RaiseError(E_FAIL, L"Mirt", L"x"));
+  error_objects_fail = false;
+  EXPECT_EQ(L"", take_error().description);
+}
+
+TEST(Exceptions, BecomeCodes) {
+  const auto code_of = [](auto exception) {
+    try {
+      throw exception;
+    } catch (...) {
+      return mirt::hresult_from_exception();
+    }
+  };
+  EXPECT_EQ(E_OUTOFMEMORY, code_of(std::bad_alloc()));
+  EXPECT_EQ(E_OUTOFMEMORY, code_of(std::length_error("too long")));
+  EXPECT_EQ(E_FAIL, code_of(std::runtime_error("other")));
+  EXPECT_EQ(E_FAIL, code_of(1));
+}
+
+}  // namespace
+}  // namespace test
