@@ -178,9 +178,10 @@ HRESULT Request::BinaryRead(VARIANT* count, VARIANT* data) {
   VariantInit(data);
   const HRESULT hr = calls_->note("Request.BinaryRead");
   if (FAILED(hr)) {
-    count->lVal = 0;
+    count->lVal = read_before_failure;
     return hr;
   }
+  if (body_value.vt != VT_EMPTY) return VariantCopy(data, &body_value);
   const std::size_t size = std::min(body.size(), static_cast<std::size_t>(std::max(count->lVal, 0)));
   CComSafeArray bytes(VT_UI1, static_cast<ULONG>(size));
   std::copy_n(body.data(), size, bytes.data<char>());

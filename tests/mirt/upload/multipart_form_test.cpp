@@ -1,0 +1,142 @@
+// The form, its value lists and its files, as a page and its binding see them.
+#include "mirt/upload/upload_test.h"
+
+namespace test {
+namespace {
+
+class MultipartForm : public UploadTest {};
+
+TEST_F(MultipartForm, CountsNamesOnce) {
+  ASSERT_EQ(S_OK, upload(text_part("tags", "a") + text_part("tags", "b") + text_part("x", "") + kEnd));
+  EXPECT_EQ(2, count());
+  EXPECT_EQ(L"a, b", text(L"tags"));
+  EXPECT_EQ(L"a", text(L"tags", 1));
+  EXPECT_EQ(L"b", text(L"tags", 2));
+  EXPECT_EQ(L"", text(L"x"));
+}
+
+TEST_F(MultipartForm, FindsNamesExactly) {
+  ASSERT_EQ(S_OK, upload(text_part("a", "lower") + text_part("A", "upper") + text_part("12", "number") + kEnd));
+  EXPECT_EQ(L"lower", text(L"a"));
+  EXPECT_EQ(L"upper", text(L"A"));
+  CComVariant found;
+  EXPECT_EQ(S_OK, form_->get_Item(korlib::long_variant(12), &found));
+  EXPECT_EQ(VT_DISPATCH, found.vt) << "a number asks for the field of that name";
+  VARIANT nothing;
+  nothing.vt = 0xA5A5;
+  EXPECT_EQ(S_OK, form_->get_Item(korlib::long_variant(1), &nothing));
+  EXPECT_EQ(VT_EMPTY, nothing.vt);
+  const CComBSTR unknown(L"unknown");
+  EXPECT_EQ(S_OK, form_->get_Item(korlib::borrowed(unknown.get()), &nothing));
+  EXPECT_EQ(VT_EMPTY, nothing.vt);
+}
+
+TEST_F(MultipartForm, RefusesAKeyWithoutText) {
+  ASSERT_EQ(S_OK, upload(kEnd));
+  VARIANT value;
+  value.vt = 0xA5A5;
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, form_->get_Item(null_value(), &value));
+  EXPECT_EQ(VT_EMPTY, value.vt);
+}
+
+TEST_F(MultipartForm, OffersNoKeysAndNoEnumeration) {
+  ASSERT_EQ(S_OK, upload(text_part("a", "1") + kEnd));
+  VARIANT key;
+  key.vt = 0xA5A5;
+  EXPECT_EQ(E_NOTIMPL, form_->get_Key(korlib::long_variant(1), &key));
+  EXPECT_EQ(VT_EMPTY, key.vt);
+  IUnknown* names = form_.get();  // poison
+  EXPECT_EQ(E_NOTIMPL, form_->get__NewEnum(&names));
+  EXPECT_EQ(nullptr, names);
+  IUnknown* values = form_.get();
+  EXPECT_EQ(E_NOTIMPL, list(L"a")->get__NewEnum(&values));
+  EXPECT_EQ(nullptr, values);
+  EXPECT_EQ(E_POINTER, form_->get_Count(nullptr));
+  EXPECT_EQ(E_POINTER, form_->get_Item(korlib::long_variant(1), nullptr));
+}
+
+// Its members are for early-bound callers, where the host brings no type information of its own.
+TEST_F(MultipartForm, KnowsNoNames) {
+  ASSERT_EQ(S_OK, upload(text_part("a", "1") + kEnd));
+  for (const wchar_t* name : {L"Item", L"Count", L"Key"}) {
+    EXPECT_EQ(DISP_E_UNKNOWNNAME, call(form_.get(), name).hr);
+    EXPECT_EQ(DISP_E_UNKNOWNNAME, call(list(L"a").get(), name).hr);
+  }
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(form_.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {}).hr);
+}
+
+class ValueList : public UploadTest {};
+
+TEST_F(ValueList, CountsFromOne) {
+  ASSERT_EQ(S_OK, upload(text_part("t", "a") + text_part("t", "b") + kEnd));
+  const auto values = list(L"t");
+  int count = -1;
+  EXPECT_EQ(S_OK, values->get_Count(&count));
+  EXPECT_EQ(2, count);
+  VARIANT value;
+  for (const LONG index : {0, 3, -1, 2147483647}) {
+    value.vt = 0xA5A5;
+    EXPECT_EQ(DISP_E_BADINDEX, values->get_Item(korlib::long_variant(index), &value)) << index;
+    EXPECT_EQ(VT_EMPTY, value.vt);
+  }
+  CComVariant second;
+  EXPECT_EQ(S_OK, values->get_Item(value_of(L"2"), &second));
+  EXPECT_EQ(L"b", std::wstring(korlib::view_of(second.bstrVal)));
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, values->get_Item(value_of(L"x"), &second));
+  EXPECT_EQ(E_POINTER, values->get_Item(korlib::long_variant(1), nullptr));
+  EXPECT_EQ(E_POINTER, values->get_Count(nullptr));
+}
+
+TEST_F(ValueList, GivesItsOnlyValueAsItIs) {
+  ASSERT_EQ(S_OK, upload(file_part("f", "a.txt", "x") + kEnd));
+  EXPECT_EQ(VT_DISPATCH, value(L"f").vt);
+}
+
+// A file has no text form on this host, so a list that holds one cannot be joined.
+TEST_F(ValueList, FailsToJoinWhatHasNoText) {
+  ASSERT_EQ(S_OK, upload(text_part("f", "x") + file_part("f", "a.txt", "x") + kEnd));
+  CComVariant joined;
+  EXPECT_TRUE(FAILED(list(L"f")->get_Item(korlib::omitted(), &joined)));
+  EXPECT_EQ(VT_EMPTY, joined.vt);
+}
+
+TEST_F(ValueList, KeepsItsFormWhileItIsHeld) {
+  ASSERT_EQ(S_OK, upload(text_part("t", "a") + kEnd));
+  const auto values = list(L"t");
+  form_.reset();
+  CComVariant value;
+  EXPECT_EQ(S_OK, values->get_Item(korlib::omitted(), &value));
+  EXPECT_EQ(L"a", std::wstring(korlib::view_of(value.bstrVal)));
+}
+
+class FormFile : public UploadTest {};
+
+TEST_F(FormFile, AnswersByName) {
+  ASSERT_EQ(S_OK, upload(file_part("f", "C:\\dir\\sun.png", "bytes") + kEnd));
+  const CComPtr<IFormFile> photo = file(L"f");
+  EXPECT_EQ(L"C:\\dir\\sun.png", text_of(get(photo.get(), L"FileName")));
+  EXPECT_EQ(L"sun.png", text_of(get(photo.get(), L"filename2")));
+  EXPECT_EQ(L"application/octet-stream", text_of(get(photo.get(), L"ContentType")));
+  const CComPtr<IDispatch> stream = object_of(get(photo.get(), L"Stream"));
+  EXPECT_EQ(5, get(stream.get(), L"Size").value.lVal);
+  EXPECT_EQ(1, get(stream.get(), L"Type").value.lVal);
+  EXPECT_EQ(0, get(stream.get(), L"Position").value.lVal);
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, call(photo.get(), L"FileName").hr);
+  EXPECT_EQ(E_POINTER, photo->get_FileName(nullptr));
+  EXPECT_EQ(E_POINTER, photo->get_Stream(nullptr));
+}
+
+TEST_F(FormFile, CutsTheNameAtItsLastSeparator) {
+  struct Row {
+    const char* name;
+    const wchar_t* last;
+  };
+  for (const Row& row : {Row{"a", L"a"}, Row{"d/a", L"a"}, Row{"/d/e/a", L"a"}, Row{"d\\a", L"a"}, Row{"d/e\\a", L"a"},
+                         Row{"d\\e/a", L"e/a"}, Row{"d/", L""}, Row{"d\\", L""}, Row{"/", L""}}) {
+    ASSERT_EQ(S_OK, upload(file_part("f", row.name, "") + kEnd));
+    EXPECT_EQ(row.last, member(file(L"f").get(), &IFormFile::get_FileName2)) << row.name;
+  }
+}
+
+}  // namespace
+}  // namespace test
