@@ -62,7 +62,7 @@ TEST_F(EverySource, FailsOnAValueWithoutATextUnlessNullIsEmpty) {
 }
 
 TEST_F(EverySource, TakesNamesAsTheyStand) {
-  std::wstring name(L"a b'\"<>&.\x1F600-\xD800", 14);
+  std::wstring name(L"a b'\"<>&.\x1F600-\xD800", 12);
   for (const wchar_t type : kRaw) {
     if (type == L':') continue;
     with_name();
