@@ -70,6 +70,7 @@ class Engine {
 
  private:
   std::unique_ptr<EngineState> state_;
+  Engine* previous_;
 };
 
 // A global object of its own with everything that a script makes in it. A page that is executed by
@@ -102,7 +103,7 @@ class Realm {
   IDispatch* global();
 
  private:
-  std::shared_ptr<RealmState> state_;
+  std::unique_ptr<RealmState> state_;
 };
 
 // Whether the object is a wrapper of a script's object, which does not outlive its realm: a store that

@@ -1,0 +1,129 @@
+#include "script/array_values.h"
+
+#include <cstring>
+#include <vector>
+
+namespace zelto::script {
+namespace {
+
+// A script can name a length of four milliards without having the elements.
+constexpr double kMostElements = 1 << 24;
+constexpr int kDeepest = 200;  // an array may contain itself
+
+thread_local int t_depth = 0;
+
+class Nesting {
+ public:
+  Nesting() { ++t_depth; }
+  ~Nesting() { --t_depth; }
+  Nesting(const Nesting&) = delete;
+  Nesting& operator=(const Nesting&) = delete;
+  static bool is_too_deep() { return t_depth > kDeepest || stack_is_low(); }
+};
+
+HRESULT read_element(SAFEARRAY* array, const LONG* indices, CComVariant* out) {
+  if (array->vtElement == VT_VARIANT) return SafeArrayGetElement(array, indices, static_cast<VARIANT*>(out));
+  VARIANT value{};
+  RETURN_IF_FAILED(SafeArrayGetElement(array, indices, &value.llVal));
+  value.vt = array->vtElement;
+  out->attach(&value);
+  return S_OK;
+}
+
+JSValueRef bytes_to_script(JSContextRef ctx, SAFEARRAY* array, JSValueRef* exception) {
+  const std::size_t length = array->rgsabound[0].cElements;
+  JSObjectRef bytes = JSObjectMakeTypedArray(ctx, kJSTypedArrayTypeUint8Array, length, exception);
+  if (!bytes || *exception) return nullptr;
+  void* data = JSObjectGetTypedArrayBytesPtr(ctx, bytes, exception);
+  if (data && length > 0) std::memcpy(data, array->pvData, length);
+  return *exception ? nullptr : bytes;
+}
+
+JSValueRef dimension_to_script(RealmState& realm, SAFEARRAY* array, UINT dim, std::vector<LONG>& indices,
+                               JSValueRef* exception) {
+  JSContextRef ctx = realm.context();
+  LONG lower = 0;
+  LONG upper = -1;
+  SafeArrayGetLBound(array, dim, &lower);
+  SafeArrayGetUBound(array, dim, &upper);
+  JSObjectRef out = JSObjectMakeArray(ctx, 0, nullptr, exception);
+  for (LONG i = lower; out && i <= upper; ++i) {
+    indices[dim - 1] = i;
+    JSValueRef value = nullptr;
+    if (dim < indices.size()) {
+      value = dimension_to_script(realm, array, dim + 1, indices, exception);
+    } else {
+      CComVariant element;
+      const HRESULT hr = read_element(array, indices.data(), &element);
+      if (FAILED(hr)) realm.raise(hr, {}, exception);
+      if (SUCCEEDED(hr)) value = realm.to_script(element, exception);
+    }
+    if (!value) return nullptr;
+    JSObjectSetPropertyAtIndex(ctx, out, static_cast<unsigned>(i - lower), value, exception);
+    if (*exception) return nullptr;
+  }
+  return out;
+}
+
+}  // namespace
+
+bool array_to_variant(RealmState& realm, JSObjectRef array, VARIANT* out, JSValueRef* exception) {
+  JSContextRef ctx = realm.context();
+  const Nesting nesting;
+  const double length = JSValueToNumber(ctx, realm.property(array, JsString("length")), exception);
+  if (*exception) return false;
+  if (Nesting::is_too_deep() || !(length <= kMostElements)) {
+    realm.raise_text(length <= kMostElements ? L"The array is nested too deeply" : L"The array is too long",
+                     E_INVALIDARG, exception);
+    return false;
+  }
+  CComSafeArray elements(VT_VARIANT, static_cast<ULONG>(length));
+  if (!elements) {
+    realm.raise(E_OUTOFMEMORY, {}, exception);
+    return false;
+  }
+  for (ULONG i = 0; i < elements.size(); ++i) {
+    JSValueRef value = JSObjectGetPropertyAtIndex(ctx, array, i, exception);
+    if (*exception || !realm.to_variant(value, elements.data<VARIANT>() + i, exception)) return false;
+  }
+  elements.detach_to(out);
+  return true;
+}
+
+bool bytes_to_variant(RealmState& realm, JSObjectRef bytes, VARIANT* out, JSValueRef* exception) {
+  JSContextRef ctx = realm.context();
+  const bool is_buffer = JSValueGetTypedArrayType(ctx, bytes, nullptr) == kJSTypedArrayTypeArrayBuffer;
+  const std::size_t length = is_buffer ? JSObjectGetArrayBufferByteLength(ctx, bytes, exception)
+                                       : JSObjectGetTypedArrayByteLength(ctx, bytes, exception);
+  if (*exception) return false;
+  CComSafeArray copy;
+  if (length <= kMaxBstrBytes) copy = CComSafeArray(VT_UI1, static_cast<ULONG>(length));
+  if (!copy) {
+    realm.raise(E_OUTOFMEMORY, {}, exception);
+    return false;
+  }
+  const void* data = nullptr;
+  if (is_buffer) {
+    data = JSObjectGetArrayBufferBytesPtr(ctx, bytes, exception);
+  } else if (const void* base = JSObjectGetTypedArrayBytesPtr(ctx, bytes, exception)) {
+    data = base;
+  }
+  if (data && length > 0) std::memcpy(copy.data<BYTE>(), data, length);
+  copy.detach_to(out);
+  return !*exception;
+}
+
+JSValueRef array_to_script(RealmState& realm, SAFEARRAY* array, JSValueRef* exception) {
+  const UINT dims = SafeArrayGetDim(array);
+  if (dims == 0) return JSObjectMakeArray(realm.context(), 0, nullptr, exception);
+  if (dims == 1 && array->vtElement == VT_UI1) return bytes_to_script(realm.context(), array, exception);
+  const Nesting nesting;
+  if (Nesting::is_too_deep()) {
+    realm.raise_text(L"The array is nested too deeply", E_INVALIDARG, exception);
+    return nullptr;
+  }
+  std::vector<LONG> indices(dims);
+  return dimension_to_script(realm, array, 1, indices, exception);
+}
+
+}  // namespace zelto::script

@@ -1,0 +1,185 @@
+// An automation object as the script sees it.
+#include <algorithm>
+#include <array>
+
+#include "script/arguments.h"
+#include "script/script_classes.h"
+
+namespace zelto::script {
+namespace {
+
+// Names that the language itself asks any object for. An object without such a member has what every
+// object has, or nothing; any other unknown name is an error that says so.
+constexpr auto kLanguageNames = std::to_array<std::u16string_view>(
+    {u"toString", u"toLocaleString", u"valueOf", u"constructor", u"hasOwnProperty", u"isPrototypeOf",
+     u"propertyIsEnumerable", u"__proto__", u"__defineGetter__", u"__defineSetter__", u"__lookupGetter__",
+     u"__lookupSetter__", u"then", u"toJSON"});
+
+bool is_language_name(std::u16string_view name) {
+  return name.starts_with(u"Symbol.") ||
+         std::find(kLanguageNames.begin(), kLanguageNames.end(), name) != kLanguageNames.end();
+}
+
+bool is_index(std::u16string_view name, LONG* index) {
+  if (name.empty() || name.size() > 9) return false;
+  *index = 0;
+  for (const char16_t c : name) {
+    if (c < u'0' || c > u'9') return false;
+    *index = *index * 10 + (c - u'0');
+  }
+  return true;
+}
+
+JSValueRef member_function(RealmState& realm, JSObjectRef object, AutomationObject& held, DISPID id, JSStringRef name) {
+  if (JSValueRef known = JSObjectGetPrivateProperty(realm.context(), object, name);
+      known && JSValueIsObject(realm.context(), known)) {
+    return known;
+  }
+  JSObjectRef member =
+      realm.make(realm.engine().classes().member,
+                 std::make_unique<AutomationMember>(realm, held.dispatch(), id, to_wide(JsString::view_of(name))));
+  JSObjectSetPrivateProperty(realm.context(), object, name, member);
+  return member;
+}
+
+JSValueRef read_member(RealmState& realm, JSObjectRef object, AutomationObject& held, JSStringRef name,
+                       JSValueRef* exception) {
+  const std::u16string_view text = JsString::view_of(name);
+  const CComPtr<IDispatch> dispatch = held.dispatch();
+  HRESULT hr = S_OK;
+  const MemberName* known = held.names().find(dispatch.get(), text, &hr);
+  if (!known) {
+    if (SUCCEEDED(hr) && is_language_name(text)) return nullptr;
+    realm.raise(FAILED(hr) ? hr : DISP_E_UNKNOWNNAME, to_wide(text), exception);
+    return nullptr;
+  }
+  const DISPID id = known->id;
+  if (!known->is_function) {
+    CComVariant value;
+    DISPPARAMS none{};
+    hr = realm.invoke(dispatch.get(), id, DISPATCH_PROPERTYGET, &none, &value);
+    if (is_unwinding() || (FAILED(hr) && !is_refused(hr))) {
+      realm.raise(hr, to_wide(text), exception);
+      return nullptr;
+    }
+    if (SUCCEEDED(hr)) return realm.to_script(value, exception);
+    held.names().mark_function(text);
+  }
+  return member_function(realm, object, held, id, name);
+}
+
+JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef* exception) {
+  auto* held = held_by<AutomationObject>(object);
+  if (!held) return nullptr;
+  const std::u16string_view text = JsString::view_of(name);
+  if (text.starts_with(u"Symbol.")) return nullptr;
+  RealmState& realm = *held->realm();
+  if (!realm.may_call(exception)) return JSValueMakeUndefined(ctx);
+  LONG index = 0;
+  JSValueRef value = nullptr;
+  if (is_index(text, &index)) {
+    JSValueRef argument = JSValueMakeNumber(ctx, index);
+    value = call_member(realm, held->dispatch().get(), DISPID_VALUE, to_wide(text), 1, &argument, exception);
+  } else {
+    value = read_member(realm, object, *held, name, exception);
+  }
+  return *exception ? JSValueMakeUndefined(ctx) : value;
+}
+
+bool set_property(JSContextRef, JSObjectRef object, JSStringRef name, JSValueRef value, JSValueRef* exception) {
+  auto* held = held_by<AutomationObject>(object);
+  if (!held) return false;
+  RealmState& realm = *held->realm();
+  const std::u16string_view text = JsString::view_of(name);
+  if (text.starts_with(u"Symbol.") || !realm.may_call(exception)) return true;
+  const CComPtr<IDispatch> dispatch = held->dispatch();
+  std::vector<CComVariant> arguments;
+  DISPID id = DISPID_VALUE;
+  HRESULT hr = S_OK;
+  LONG index = 0;
+  if (is_index(text, &index)) {
+    arguments.emplace_back(index);
+  } else if (const MemberName* known = held->names().find(dispatch.get(), text, &hr)) {
+    id = known->id;
+  } else {
+    hr = FAILED(hr) ? hr : DISP_E_UNKNOWNNAME;
+  }
+  CComVariant converted;
+  if (SUCCEEDED(hr)) {
+    if (!realm.to_variant(value, &converted, exception)) return true;
+    hr = put_member(realm, dispatch.get(), id, arguments, converted);
+  }
+  if (FAILED(hr) || is_unwinding()) realm.raise(hr, to_wide(text), exception);
+  return true;
+}
+
+JSValueRef call_object(JSContextRef ctx, JSObjectRef object, JSObjectRef, std::size_t count, const JSValueRef* values,
+                       JSValueRef* exception) {
+  auto* held = held_by<AutomationObject>(object);
+  if (!held) return JSValueMakeUndefined(ctx);
+  const CComPtr<IDispatch> dispatch = held->dispatch();
+  return call_member(*held->realm(), dispatch.get(), DISPID_VALUE, {}, count, values, exception);
+}
+
+JSValueRef convert_object(JSContextRef ctx, JSObjectRef object, JSType, JSValueRef* exception) {
+  auto* held = held_by<AutomationObject>(object);
+  if (!held) return nullptr;
+  const CComPtr<IDispatch> dispatch = held->dispatch();
+  JSValueRef value = default_value(*held->realm(), dispatch.get(), exception);
+  if (*exception) return nullptr;
+  if (!value) return JSValueMakeString(ctx, JsString("[object Object]").get());
+  if (!JSValueIsObject(ctx, value)) return value;
+  const JsString text(JSValueToStringCopy(ctx, value, exception));
+  return text.get() ? JSValueMakeString(ctx, text.get()) : nullptr;
+}
+
+JSValueRef object_to_string(JSContextRef ctx, JSObjectRef, JSObjectRef self, std::size_t, const JSValueRef*,
+                            JSValueRef* exception) {
+  const JsString text(JSValueToStringCopy(ctx, self, exception));
+  return text.get() ? JSValueMakeString(ctx, text.get()) : JSValueMakeUndefined(ctx);
+}
+
+JSValueRef object_value_of(JSContextRef ctx, JSObjectRef, JSObjectRef self, std::size_t, const JSValueRef*,
+                           JSValueRef* exception) {
+  RealmState* realm = EngineState::current()->realm_of(ctx);
+  if (!realm || !JSValueIsObjectOfClass(ctx, self, realm->engine().classes().object)) return self;
+  JSValueRef value = convert_object(ctx, self, kJSTypeNumber, exception);
+  return value ? value : JSValueMakeUndefined(ctx);
+}
+
+// for-in goes through what the collection enumerates, as text.
+void get_property_names(JSContextRef ctx, JSObjectRef object, JSPropertyNameAccumulatorRef names) {
+  auto* held = held_by<AutomationObject>(object);
+  if (!held) return;
+  std::vector<CComVariant> items;
+  const CComPtr<IDispatch> dispatch = held->dispatch();
+  if (FAILED(collect_items(*held->realm(), dispatch.get(), &items))) return;
+  for (const CComVariant& item : items) {
+    JSValueRef exception = nullptr;
+    JSValueRef value = held->realm()->to_script(item, &exception);
+    const JsString text(value ? JSValueToStringCopy(ctx, value, &exception) : nullptr);
+    if (text.get()) JSPropertyNameAccumulatorAddName(names, text.get());
+  }
+}
+
+}  // namespace
+
+JSClassRef make_object_class() {
+  static const JSStaticFunction functions[] = {
+      {"toString", object_to_string, kJSPropertyAttributeDontEnum},
+      {"valueOf", object_value_of, kJSPropertyAttributeDontEnum},
+      {nullptr, nullptr, 0},
+  };
+  JSClassDefinition definition = kJSClassDefinitionEmpty;
+  definition.className = "Object";
+  definition.staticFunctions = functions;
+  definition.finalize = finalize_held;
+  definition.getProperty = get_property;
+  definition.setProperty = set_property;
+  definition.getPropertyNames = get_property_names;
+  definition.callAsFunction = call_object;
+  definition.convertToType = convert_object;
+  return JSClassCreate(&definition);
+}
+
+}  // namespace zelto::script

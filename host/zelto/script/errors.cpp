@@ -1,0 +1,85 @@
+#include "script/errors.h"
+
+#include <korlib/combstr.h>
+#include <korlib/errorinfo.h>
+#include <korlib/ptr.h>
+
+#include <array>
+#include <cstdio>
+
+#include "script/stack.h"
+#include "script/unwind.h"
+
+namespace zelto::script {
+namespace {
+
+struct Row {
+  HRESULT code;
+  const wchar_t* text;
+};
+constexpr std::array kTexts{
+    Row{DISP_E_UNKNOWNNAME, L"Object doesn't support this property or method"},
+    Row{DISP_E_MEMBERNOTFOUND, L"Object doesn't support this property or method"},
+    Row{DISP_E_PARAMNOTFOUND, L"Argument missing"},
+    Row{DISP_E_BADPARAMCOUNT, L"Wrong number of arguments"},
+    Row{DISP_E_TYPEMISMATCH, L"Type mismatch"},
+    Row{DISP_E_OVERFLOW, L"Overflow"},
+    Row{DISP_E_BADINDEX, L"Subscript out of range"},
+    Row{DISP_E_BADVARTYPE, L"Invalid value type"},
+    Row{DISP_E_DIVBYZERO, L"Division by zero"},
+    Row{DISP_E_EXCEPTION, L"Exception occurred"},
+    Row{DISP_E_ARRAYISLOCKED, L"The array is locked"},
+    Row{E_NOTIMPL, L"Not implemented"},
+    Row{E_NOINTERFACE, L"No such interface supported"},
+    Row{E_POINTER, L"Invalid pointer"},
+    Row{E_ABORT, L"Operation aborted"},
+    Row{E_FAIL, L"Unspecified error"},
+    Row{E_UNEXPECTED, L"Unexpected failure"},
+    Row{E_ACCESSDENIED, L"Access is denied"},
+    Row{E_OUTOFMEMORY, L"Out of memory"},
+    Row{E_INVALIDARG, L"Invalid argument"},
+    Row{REGDB_E_CLASSNOTREG, L"Class not registered"},
+    Row{CO_E_CLASSSTRING, L"Invalid class string"},
+    Row{CO_E_DLLNOTFOUND, L"The component's library was not found"},
+    Row{CO_E_ERRORINDLL, L"The component's library is damaged"},
+    Row{CLASS_E_CLASSNOTAVAILABLE, L"The component does not have this class"},
+    Row{kOutOfStack, L"Out of stack space"},
+    Row{kPageStopped, L"The page has ended"},
+};
+
+}  // namespace
+
+HRESULT set_error(HRESULT hr, std::wstring_view source, std::wstring_view description) noexcept {
+  CComPtr<ICreateErrorInfo> creator;
+  if (FAILED(CreateErrorInfo(creator.put()))) return hr;
+  creator->SetSource(CComBSTR(source));
+  creator->SetDescription(CComBSTR(description));
+  CComPtr<IErrorInfo> info;
+  if (SUCCEEDED(creator.query(info.put()))) SetErrorInfo(0, info.get());
+  return hr;
+}
+
+ErrorText take_error() {
+  ErrorText text;
+  CComPtr<IErrorInfo> info;
+  if (GetErrorInfo(0, info.put()) != S_OK || !info) return text;
+  CComBSTR part;
+  if (SUCCEEDED(info->GetSource(part.put()))) text.source = part.view();
+  if (SUCCEEDED(info->GetDescription(part.put()))) text.description = part.view();
+  return text;
+}
+
+void clear_error() noexcept { SetErrorInfo(0, nullptr); }
+
+std::wstring describe(HRESULT hr, std::wstring_view member) {
+  std::wstring text = L"Automation error";
+  for (const Row& row : kTexts) {
+    if (row.code == hr) text = row.text;
+  }
+  if (!member.empty()) text.append(L": '").append(member).append(L"'");
+  std::array<wchar_t, 16> code{};
+  std::swprintf(code.data(), code.size(), L" (0x%08X)", static_cast<unsigned>(hr));
+  return text.append(code.data());
+}
+
+}  // namespace zelto::script

@@ -1,0 +1,25 @@
+// The thread's error object and the words for result codes.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <korlib/hresult.h>
+
+namespace zelto::script {
+
+// Fills the thread's error object; answers `hr`.
+HRESULT set_error(HRESULT hr, std::wstring_view source, std::wstring_view description) noexcept;
+
+struct ErrorText {
+  std::wstring source;
+  std::wstring description;  // empty: the failing member said nothing
+};
+// Moves the thread's error object out.
+ErrorText take_error();
+void clear_error() noexcept;
+
+// "Type mismatch: 'name' (0x80020005)".
+std::wstring describe(HRESULT hr, std::wstring_view member);
+
+}  // namespace zelto::script

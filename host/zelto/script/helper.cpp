@@ -1,0 +1,194 @@
+// $zelto: what rewritten and generated code calls, and what the prelude is made of.
+#include <korlib/activation.h>
+
+#include "script/arguments.h"
+#include "script/errors.h"
+#include "script/script_classes.h"
+
+namespace zelto::script {
+namespace {
+
+RealmState* realm_of(JSContextRef ctx) {
+  EngineState* engine = EngineState::current();
+  return engine ? engine->realm_of(ctx) : nullptr;
+}
+
+bool is_object_of(RealmState& realm, JSValueRef value, JSClassRef jsclass) {
+  return JSValueIsObjectOfClass(realm.context(), value, jsclass);
+}
+
+JSObjectRef object_of(JSValueRef value) { return const_cast<JSObjectRef>(value); }
+
+// Every function starts with the realm whose code calls it.
+template <JSValueRef (*function)(RealmState&, std::size_t, const JSValueRef*, JSValueRef*)>
+JSValueRef entry(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count, const JSValueRef* values,
+                 JSValueRef* exception) {
+  RealmState* realm = realm_of(ctx);
+  JSValueRef value = realm ? function(*realm, count, values, exception) : nullptr;
+  return value ? value : JSValueMakeUndefined(ctx);
+}
+
+void write(RealmState& realm, BSTR text, JSValueRef* exception) {
+  CComPtr<ZeltoTypeLibrary::IResponse> output(realm.output());
+  if (!output) return realm.raise_text(L"This script has no page to write to", E_UNEXPECTED, exception);
+  clear_error();
+  const HRESULT hr = output->Write(korlib::borrowed(text));
+  if (FAILED(hr) || is_unwinding()) realm.raise(hr, L"Write", exception);
+}
+
+// html(n): the program's n-th piece of page text.
+JSValueRef html(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  if (!realm.may_call(exception)) return nullptr;
+  const double number = count > 0 ? JSValueToNumber(realm.context(), values[0], nullptr) : -1;
+  const Program* program = realm.running();
+  if (!program || !(number >= 0) || number >= static_cast<double>(program->literals.size())) return nullptr;
+  write(realm, program->literals[static_cast<std::size_t>(number)], exception);
+  return nullptr;
+}
+
+// out(value): `<%= value %>`, as the script itself would turn it into text.
+JSValueRef out(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  if (count == 0 || !realm.may_call(exception)) return nullptr;
+  const JsString text(JSValueToStringCopy(realm.context(), values[0], exception));
+  if (!text.get()) return nullptr;
+  CComBSTR wide;
+  wide.attach(new_bstr(text.view()));
+  if (!wide.get()) {
+    realm.raise(E_OUTOFMEMORY, {}, exception);
+  } else {
+    write(realm, wide, exception);
+  }
+  return nullptr;
+}
+
+// at(callee, ...arguments): a reference to the call.
+JSValueRef at(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  const EngineState::Classes& classes = realm.engine().classes();
+  CComPtr<IDispatch> dispatch;
+  DISPID id = DISPID_VALUE;
+  std::wstring name;
+  if (count > 0 && is_object_of(realm, values[0], classes.object)) {
+    if (auto* held = held_by<AutomationObject>(object_of(values[0]))) dispatch = held->dispatch();
+  } else if (count > 0 && is_object_of(realm, values[0], classes.member)) {
+    if (auto* held = held_by<AutomationMember>(object_of(values[0]))) {
+      dispatch = held->dispatch();
+      id = held->id();
+      name = held->name();
+    }
+  }
+  if (!dispatch) {
+    realm.raise_reference_error(L"Left side of assignment is not a reference.", exception);
+    return nullptr;
+  }
+  CallArguments arguments;
+  if (!realm.may_call(exception) || !arguments.convert(realm, count - 1, values + 1, exception)) return nullptr;
+  return realm.make(classes.reference, std::make_unique<Reference>(realm, dispatch, id, name, arguments.take()));
+}
+
+// read(function, is_statement): calls a member that was named without parentheses. One that needs
+// arguments stays a function; as a statement of its own it is an error.
+JSValueRef read(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  if (count == 0 || !is_object_of(realm, values[0], realm.engine().classes().member))
+    return count ? values[0] : nullptr;
+  auto* held = held_by<AutomationMember>(object_of(values[0]));
+  if (!held || !realm.may_call(exception)) return nullptr;
+  const CComPtr<IDispatch> dispatch = held->dispatch();
+  const std::wstring name = held->name();
+  CComVariant result;
+  DISPPARAMS none{};
+  const HRESULT hr = realm.invoke(dispatch.get(), held->id(), kCall, &none, &result);
+  const bool is_statement = count > 1 && JSValueToBoolean(realm.context(), values[1]);
+  if (is_refused(hr) && !is_statement && !is_unwinding()) return values[0];
+  if (FAILED(hr) || is_unwinding()) {
+    realm.raise(hr, name, exception);
+    return nullptr;
+  }
+  return realm.to_script(result, exception);
+}
+
+// items(collection): an automation object's items as an array; null for anything else.
+JSValueRef items(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  JSValueRef none = JSValueMakeNull(realm.context());
+  if (count == 0 || !is_object_of(realm, values[0], realm.engine().classes().object)) return none;
+  auto* held = held_by<AutomationObject>(object_of(values[0]));
+  if (!held || !realm.may_call(exception)) return none;
+  const CComPtr<IDispatch> dispatch = held->dispatch();
+  std::vector<CComVariant> found;
+  const HRESULT hr = collect_items(realm, dispatch.get(), &found);
+  if (FAILED(hr) || is_unwinding()) {
+    realm.raise(is_refused(hr) ? DISP_E_MEMBERNOTFOUND : hr, L"_NewEnum", exception);
+    return nullptr;
+  }
+  JSObjectRef array = JSObjectMakeArray(realm.context(), 0, nullptr, nullptr);
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    JSValueRef value = realm.to_script(found[i], exception);
+    if (!value) return nullptr;
+    JSObjectSetPropertyAtIndex(realm.context(), array, static_cast<unsigned>(i), value, exception);
+  }
+  return array;
+}
+
+// nests(array): whether it was one dimension of an array with several.
+JSValueRef nests(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef*) {
+  bool marked = false;
+  if (count > 0 && JSValueIsObject(realm.context(), values[0])) {
+    JSValueRef first = JSObjectGetPropertyAtIndex(realm.context(), object_of(values[0]), 0, nullptr);
+    marked = JSValueIsArray(realm.context(), first);
+  }
+  return JSValueMakeBoolean(realm.context(), marked);
+}
+
+HRESULT create_object(RealmState& realm, BSTR name, CComPtr<IDispatch>* out) {
+  CComQIPtr<ZeltoTypeLibrary::IServer> server(realm.server());
+  if (server) return server->CreateObject(name, out->put());
+  CLSID clsid{};
+  RETURN_IF_FAILED(CLSIDFromProgID(name, &clsid));
+  return CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, korlib::iid_of<IDispatch>, out->put_void());
+}
+
+// create(name): a new automation object, as Server.CreateObject makes it.
+JSValueRef create(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  if (!realm.may_call(exception)) return nullptr;
+  const JsString text(count > 0 ? JSValueToStringCopy(realm.context(), values[0], exception) : nullptr);
+  if (*exception) return nullptr;
+  CComBSTR name;
+  if (text.get()) name.attach(new_bstr(text.view()));
+  clear_error();
+  CComPtr<IDispatch> object;
+  const HRESULT hr = create_object(realm, name, &object);
+  if (FAILED(hr) || is_unwinding()) {
+    realm.raise(hr, name.view(), exception);
+    return nullptr;
+  }
+  return realm.wrap(object.get());
+}
+
+bool set_thrown(JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef value, JSValueRef*) {
+  if (RealmState* realm = realm_of(ctx)) realm->note_throw(value);
+  return true;
+}
+
+constexpr JSPropertyAttributes kFixed =
+    kJSPropertyAttributeDontEnum | kJSPropertyAttributeReadOnly | kJSPropertyAttributeDontDelete;
+
+}  // namespace
+
+JSClassRef make_helper_class() {
+  static const JSStaticFunction functions[] = {
+      {"html", entry<html>, kFixed},     {"out", entry<out>, kFixed},     {"at", entry<at>, kFixed},
+      {"read", entry<read>, kFixed},     {"items", entry<items>, kFixed}, {"nests", entry<nests>, kFixed},
+      {"create", entry<create>, kFixed}, {nullptr, nullptr, 0},
+  };
+  static const JSStaticValue values[] = {
+      {"thrown", [](JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef*) { return JSValueMakeUndefined(ctx); },
+       set_thrown, kJSPropertyAttributeDontEnum | kJSPropertyAttributeDontDelete},
+      {nullptr, nullptr, nullptr, 0},
+  };
+  JSClassDefinition definition = kJSClassDefinitionEmpty;
+  definition.className = "Zelto";
+  definition.staticFunctions = functions;
+  definition.staticValues = values;
+  return JSClassCreate(&definition);
+}
+
+}  // namespace zelto::script

@@ -1,0 +1,31 @@
+// JavaScriptCore, and those of its exported functions that no installed header declares.
+#pragma once
+
+#include <JavaScriptCore/JavaScript.h>
+
+extern "C" {
+
+// Calls back when the script has used that much time; `true` terminates it, past every catch and finally.
+using JSShouldTerminateCallback = bool (*)(JSContextRef ctx, void* context);
+JS_EXPORT void JSContextGroupSetExecutionTimeLimit(JSContextGroupRef group, double seconds,
+                                                   JSShouldTerminateCallback callback, void* context);
+
+// A script that has been parsed once for a group; contexts of the group share what was compiled of it.
+using JSScriptRef = struct OpaqueJSScript*;
+JS_EXPORT JSScriptRef JSScriptCreateFromString(JSContextGroupRef group, JSStringRef url, int first_line,
+                                               JSStringRef source, JSStringRef* error, int* error_line);
+JS_EXPORT JSValueRef JSScriptEvaluate(JSContextRef ctx, JSScriptRef script, JSValueRef this_value,
+                                      JSValueRef* exception);
+JS_EXPORT void JSScriptRelease(JSScriptRef script);
+
+// A reference that does not keep its object alive, and reads as null once the object is garbage.
+using JSWeakRef = struct OpaqueJSWeak*;
+JS_EXPORT JSWeakRef JSWeakCreate(JSContextGroupRef group, JSObjectRef object);
+JS_EXPORT JSObjectRef JSWeakGetObject(JSWeakRef weak);
+JS_EXPORT void JSWeakRelease(JSContextGroupRef group, JSWeakRef weak);
+
+// Properties that only the host sees; the garbage collector follows them.
+JS_EXPORT bool JSObjectSetPrivateProperty(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef value);
+JS_EXPORT JSValueRef JSObjectGetPrivateProperty(JSContextRef ctx, JSObjectRef object, JSStringRef name);
+
+}  // extern "C"

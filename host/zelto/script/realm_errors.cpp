@@ -1,0 +1,180 @@
+// Failures across the border: results become exceptions, exceptions become results, and what reaches
+// nobody becomes a ScriptError with a place in the page's source.
+#include <algorithm>
+#include <charconv>
+
+#include "script/errors.h"
+#include "script/realm_state.h"
+#include "script/unwind.h"
+
+namespace zelto::script {
+namespace {
+
+constexpr int kMostCauses = 16;  // errors may be each other's cause
+
+int to_int(std::string_view digits) {
+  int value = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  return error == std::errc() && end == digits.data() + digits.size() ? value : 0;
+}
+
+void set_hidden(JSContextRef ctx, JSObjectRef object, const char* name, JSValueRef value) {
+  JSObjectSetProperty(ctx, object, JsString(name).get(), value, kJSPropertyAttributeDontEnum, nullptr);
+}
+
+JSValueRef string_value(JSContextRef ctx, std::wstring_view text) {
+  return JSValueMakeString(ctx, JsString(text).get());
+}
+
+}  // namespace
+
+JSObjectRef RealmState::make_error(ErrorKind kind, std::wstring_view message) {
+  JSValueRef arguments[] = {JSValueMakeNumber(context_, kind), string_value(context_, message)};
+  JSValueRef error = kind == kPlainError
+                         ? JSObjectMakeError(context_, 1, &arguments[1], nullptr)
+                         : JSObjectCallAsFunction(context_, make_error_, nullptr, 2, arguments, nullptr);
+  // Making the nicer kind can fail for want of stack.
+  if (!error || !JSValueIsObject(context_, error)) error = JSObjectMakeError(context_, 1, &arguments[1], nullptr);
+  return const_cast<JSObjectRef>(error);
+}
+
+void RealmState::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception) {
+  if (engine_.is_unwinding() || hr == kPageStopped) {
+    if (engine_.is_unwinding()) engine_.terminate_soon();
+    *exception = make_error(kPlainError, L"The page has ended");
+    return;
+  }
+  const ErrorText text = take_error();
+  if (hr == kOutOfStack) return raise_out_of_stack(exception);
+  JSObjectRef error = make_error(kPlainError, text.description.empty() ? describe(hr, member) : text.description);
+  set_hidden(context_, error, "number", JSValueMakeNumber(context_, hr));
+  set_hidden(context_, error, "source", string_value(context_, text.source));
+  if (JSValueRef cause = engine_.remembered_exception()) set_hidden(context_, error, "cause", cause);
+  engine_.forget_exception();
+  *exception = error;
+}
+
+void RealmState::raise_text(const wchar_t* text, HRESULT hr, JSValueRef* exception) {
+  JSObjectRef error = make_error(kPlainError, text);
+  set_hidden(context_, error, "number", JSValueMakeNumber(context_, hr));
+  *exception = error;
+}
+
+void RealmState::raise_type_error(const wchar_t* text, JSValueRef* exception) {
+  JSObjectRef error = make_error(kTypeError, text);
+  set_hidden(context_, error, "number", JSValueMakeNumber(context_, DISP_E_TYPEMISMATCH));
+  *exception = error;
+}
+
+void RealmState::raise_reference_error(const wchar_t* text, JSValueRef* exception) {
+  *exception = make_error(kReferenceError, text);
+}
+
+void RealmState::raise_out_of_stack(JSValueRef* exception) {
+  JSObjectRef error = make_error(kRangeError, L"Out of stack space");
+  set_hidden(context_, error, "number", JSValueMakeNumber(context_, kOutOfStack));
+  *exception = error;
+}
+
+HRESULT RealmState::failure_of(JSValueRef exception) {
+  if (engine_.is_unwinding()) return kPageStopped;
+  if (!exception) return E_FAIL;
+  const ScriptError error = describe_exception(exception);
+  engine_.remember_exception(context_, exception);
+  return set_error(E_FAIL, error.source, error.message);
+}
+
+ScriptError RealmState::describe_exception(JSValueRef exception) {
+  ScriptError error;
+  error.number = E_FAIL;
+  if (!JSValueIsObject(context_, exception)) {
+    error.message = text_of(exception);
+    if (thrown_at_) place_like(*thrown_at_, &error);
+    return error;
+  }
+  auto* object = const_cast<JSObjectRef>(exception);
+  JSValueRef message = property(object, JsString("message"));
+  error.message = text_of(JSValueIsString(context_, message) ? message : exception);
+  JSValueRef source = property(object, JsString("source"));
+  if (JSValueIsString(context_, source)) error.source = text_of(source);
+  if (error.source.empty()) error.source = text_of(property(object, JsString("name")));
+  if (JSValueRef number = property(object, JsString("number")); JSValueIsNumber(context_, number)) {
+    error.number = JSValueToInt32(context_, number, nullptr);
+  }
+  if (!JSValueIsString(context_, property(object, JsString("stack"))) && thrown_at_) place_like(*thrown_at_, &error);
+  // The place is where the first of a chain of errors arose.
+  JSValueRef link = exception;
+  for (int i = 0; i < kMostCauses && JSValueIsObject(context_, link); ++i) {
+    locate(link, &error);
+    link = property(const_cast<JSObjectRef>(link), JsString("cause"));
+  }
+  return error;
+}
+
+ScriptError RealmState::describe_syntax(const Program& program, const ParsedScript& parsed) {
+  ScriptError error;
+  error.message = parsed.message();
+  error.source = L"SyntaxError";
+  error.number = E_FAIL;
+  place(program, parsed.line(), 0, &error);
+  return error;
+}
+
+void RealmState::place_like(const ScriptError& other, ScriptError* out) {
+  out->file = other.file;
+  out->line = other.line;
+  out->column = other.column;
+}
+
+void RealmState::place(const Program& program, int line, int column, ScriptError* out) const {
+  out->file = program.url;
+  out->line = line;
+  out->column = column;
+  if (line < 1 || static_cast<std::size_t>(line) > program.lines.size()) return;
+  const SourceLine& from = program.lines[static_cast<std::size_t>(line) - 1];
+  if (from.file < program.files.size()) out->file = program.files[from.file];
+  out->line = from.line;
+  if (column > 0) out->column = column + from.column;
+}
+
+// The first frame of the stack that is of a program of this realm: "name@url:line:column".
+bool RealmState::locate(JSValueRef error, ScriptError* out) const {
+  JSValueRef stack = property(const_cast<JSObjectRef>(error), JsString("stack"));
+  if (!JSValueIsString(context_, stack)) return false;
+  const std::string text = to_utf8(text_of(stack));
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    const std::string_view frame = std::string_view(text).substr(begin, end - begin);
+    begin = end + 1;
+    const std::size_t column_colon = frame.rfind(':');
+    if (column_colon == std::string_view::npos || column_colon == 0) continue;
+    const std::size_t line_colon = frame.rfind(':', column_colon - 1);
+    if (line_colon == std::string_view::npos) continue;
+    for (std::size_t at = frame.find('@'); at != std::string_view::npos && at < line_colon;
+         at = frame.find('@', at + 1)) {
+      const auto program = programs_.find(std::string(frame.substr(at + 1, line_colon - at - 1)));
+      if (program == programs_.end()) continue;
+      place(*program->second, to_int(frame.substr(line_colon + 1, column_colon - line_colon - 1)),
+            to_int(frame.substr(column_colon + 1)), out);
+      return true;
+    }
+  }
+  return false;
+}
+
+void RealmState::note_throw(JSValueRef value) {
+  thrown_at_.reset();
+  if (JSValueIsObject(context_, value) &&
+      JSValueIsString(context_, property(const_cast<JSObjectRef>(value), JsString("stack")))) {
+    return;
+  }
+  JSValueRef here = JSObjectMakeError(context_, 0, nullptr, nullptr);
+  auto found = std::make_unique<ScriptError>();
+  if (here && locate(here, found.get())) thrown_at_ = std::move(found);
+}
+
+void RealmState::note_rejection(JSValueRef reason) {
+  if (!rejection_ && !engine_.is_unwinding()) rejection_ = std::make_unique<ScriptError>(describe_exception(reason));
+}
+
+}  // namespace zelto::script

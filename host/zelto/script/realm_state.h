@@ -1,0 +1,123 @@
+// What a Realm is inside: a global object, and everything that crosses its border.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <korlib/comvariant.h>
+#include <korlib/ptr.h>
+#include <zelto/asp.h>
+
+#include "script/engine_state.h"
+#include "script/held.h"
+#include "script/outcome.h"
+#include "script/prelude.h"
+#include "script/stack.h"
+#include "script/unwind.h"
+
+namespace zelto::script {
+
+class ScriptObject;
+
+// Wrappers whose last reference went on another thread, waiting for the realm's own.
+struct Graveyard {
+  std::mutex lock;
+  std::vector<ScriptObject*> dead;
+  bool closed = false;  // the realm is gone: wrappers free themselves
+};
+
+class RealmState {
+ public:
+  explicit RealmState(EngineState& engine);
+  ~RealmState();
+  RealmState(const RealmState&) = delete;
+  RealmState& operator=(const RealmState&) = delete;
+
+  EngineState& engine() noexcept { return engine_; }
+  JSContextRef context() const noexcept { return context_; }
+  JSObjectRef global_object() const noexcept { return global_; }
+  const std::shared_ptr<Graveyard>& graveyard() const noexcept { return graveyard_; }
+
+  void set_object(std::wstring_view name, IDispatch* object);
+  void set_output(IDispatch* response);
+  ZeltoTypeLibrary::IResponse* output() const noexcept { return output_.get(); }
+  IDispatch* server() const noexcept { return server_.get(); }
+  Outcome run(const std::shared_ptr<const Program>& program);
+  Outcome call(std::wstring_view function);
+  const Program* running() const noexcept { return running_; }
+  bool has_lexical_names() const noexcept { return has_lexical_names_; }
+
+  // Values. A failure is left in *exception (never null) and answered with false or null.
+  bool to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception);
+  JSValueRef to_script(const VARIANT& value, JSValueRef* exception);
+  JSObjectRef wrap(IDispatch* dispatch);
+  // The counted wrapper of a script's object.
+  CComPtr<IDispatch> unwrap(JSObjectRef object);
+  // What the script's object steps through, as an array.
+  JSValueRef items_of(JSObjectRef object, JSValueRef* exception);
+  JSObjectRef make(JSClassRef jsclass, std::unique_ptr<Held> held);
+
+  // Every call of an object passes here first; false with an exception when the page is over, late, or
+  // out of stack.
+  bool may_call(JSValueRef* exception);
+  // Makes the call. A failing result is answered as it is.
+  HRESULT invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result);
+  // The exception for a failing result.
+  void raise(HRESULT hr, std::wstring_view member, JSValueRef* exception);
+  void raise_text(const wchar_t* text, HRESULT hr, JSValueRef* exception);
+  void raise_type_error(const wchar_t* text, JSValueRef* exception);
+  void raise_reference_error(const wchar_t* text, JSValueRef* exception);
+  void raise_out_of_stack(JSValueRef* exception);
+  // The other way: a failing result with the thread's error object, the exception kept as cause.
+  HRESULT failure_of(JSValueRef exception);
+
+  // Where something that is no Error was thrown.
+  void note_throw(JSValueRef value);
+
+  void adopt(Held* held) noexcept;
+  void abandon(Held* held) noexcept;
+  void forget(AutomationObject* object) noexcept;
+  void forget(ScriptObject* object) noexcept;
+  void release_foreign_wrappers();
+  void note_rejection(JSValueRef reason);
+
+  JSValueRef property(JSObjectRef object, const JsString& name) const;
+  std::wstring text_of(JSValueRef value) const;
+  // Whether the page's script declared the name; `is_lexical` when it is no property of the global object.
+  bool declares(const JsString& name, bool* is_lexical);
+  JSValueRef lexical_value(const JsString& name, JSValueRef* exception);
+  void set_lexical_value(const JsString& name, JSValueRef value, JSValueRef* exception);
+
+ private:
+  Outcome outcome_of(JSValueRef exception);
+  ScriptError describe_exception(JSValueRef exception);
+  ScriptError describe_syntax(const Program& program, const ParsedScript& parsed);
+  bool locate(JSValueRef error, ScriptError* out) const;
+  static void place_like(const ScriptError& other, ScriptError* out);
+  void place(const Program& program, int line, int column, ScriptError* out) const;
+  void run_prelude();
+  JSObjectRef make_error(ErrorKind kind, std::wstring_view message);
+  void remember(const std::shared_ptr<const Program>& program);
+
+  EngineState& engine_;
+  JSGlobalContextRef context_;
+  JSObjectRef global_;
+  JSObjectRef make_error_ = nullptr;  // functions of the prelude, protected
+  JSObjectRef make_array_ = nullptr;
+  std::shared_ptr<Graveyard> graveyard_ = std::make_shared<Graveyard>();
+  std::unordered_map<IUnknown*, AutomationObject*> automation_objects_;
+  std::unordered_map<JSObjectRef, ScriptObject*> script_objects_;
+  Held* held_ = nullptr;
+  CComPtr<ZeltoTypeLibrary::IResponse> output_;
+  CComPtr<IDispatch> server_;
+  std::unordered_map<std::string, std::shared_ptr<const Program>> programs_;
+  const Program* running_ = nullptr;
+  bool has_lexical_names_ = false;
+  std::unique_ptr<ScriptError> thrown_at_;  // the place of the last throw that was of no Error
+  std::unique_ptr<ScriptError> rejection_;  // the first promise that was rejected with nobody listening
+};
+
+}  // namespace zelto::script

@@ -1,0 +1,27 @@
+// What a page may write that the engine's language does not have, put into words that it does have.
+//
+//   Session("x") = v          $zelto.at(Session, "x").v = v    also with +=, ++ and the like
+//   rs.Close;                 $zelto_value(rs.Close, 1);       a method, called without parentheses
+//   t = stream.ReadText;      t = $zelto_value(stream.ReadText);   likewise behind `=` and `return`
+//   throw x;                  throw $zelto.thrown = x;         remembers where something was thrown
+//
+// $zelto_value calls a method of an automation object, if it needs no arguments, and passes everything
+// else through. Elsewhere such a method stands for itself, and gives its value where one is needed: as
+// text, as a number, as an argument of an automation call. $zelto.at throws the usual ReferenceError for
+// what is no automation object. Only insertions within a line are made, so lines keep their numbers.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zelto::script {
+
+struct Rewritten {
+  std::wstring text;
+  bool declares_lexical_names = false;  // a top-level let, const or class
+};
+
+// Text that cannot be cut into tokens comes back as it was, for the engine to complain about.
+Rewritten rewrite(std::wstring_view text);
+
+}  // namespace zelto::script

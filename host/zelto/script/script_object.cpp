@@ -1,0 +1,239 @@
+#include "script/script_object.h"
+
+#include <korlib_host/enumerator.h>
+
+#include "script/arguments.h"
+#include "script/errors.h"
+#include "script/stack.h"
+#include "script/unwind.h"
+
+namespace zelto::script {
+namespace {
+
+inline constexpr HRESULT kDisconnected = korlib::hresult(0x80010108);
+inline constexpr HRESULT kWrongThread = korlib::hresult(0x8001010E);
+
+}  // namespace
+
+ScriptObject::ScriptObject(RealmState& realm, JSObjectRef object)
+    : realm_(&realm), object_(object), graveyard_(realm.graveyard()) {
+  JSValueProtect(realm.context(), object_);
+}
+
+ScriptObject::~ScriptObject() { end_of_realm(); }
+
+void ScriptObject::end_of_realm() {
+  if (!realm_) return;
+  JSValueUnprotect(realm_->context(), object_);
+  realm_ = nullptr;
+  object_ = nullptr;
+}
+
+bool ScriptObject::try_add_ref() noexcept {
+  ULONG count = references_.load(std::memory_order_relaxed);
+  while (count > 0) {
+    if (references_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+  }
+  return false;
+}
+
+HRESULT ScriptObject::QueryInterface(REFIID riid, void** ppv) {
+  return korlib::query_list<IScriptObject, IDispatch, IUnknown>(this, riid, ppv);
+}
+
+ULONG ScriptObject::Release() {
+  const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+  if (left > 0) return left;
+  if (is_own_thread()) {
+    if (realm_) realm_->forget(this);
+    delete this;
+    return 0;
+  }
+  const std::shared_ptr<Graveyard> graveyard = graveyard_;
+  const std::lock_guard lock(graveyard->lock);
+  if (graveyard->closed) {
+    delete this;
+  } else {
+    graveyard->dead.push_back(this);
+  }
+  return 0;
+}
+
+HRESULT ScriptObject::GetTypeInfoCount(UINT* count) {
+  if (!count) return E_POINTER;
+  *count = 0;
+  return S_OK;
+}
+
+HRESULT ScriptObject::GetTypeInfo(UINT, LCID, ITypeInfo** info) {
+  if (!info) return E_POINTER;
+  *info = nullptr;
+  return DISP_E_BADINDEX;
+}
+
+HRESULT ScriptObject::check_callable() const {
+  if (!is_own_thread()) {
+    return set_error(kWrongThread, L"Zelto", L"A script object can only be used in the request that made it");
+  }
+  if (!realm_) return set_error(kDisconnected, L"Zelto", L"The page that made this script object has ended");
+  if (realm_->engine().is_running() && realm_->engine().must_unwind()) return kPageStopped;
+  return check_stack();
+}
+
+bool ScriptObject::has_name(const JsString& name, bool* is_lexical) {
+  *is_lexical = false;
+  return is_global() ? realm_->declares(name, is_lexical) : JSObjectHasProperty(realm_->context(), object_, name.get());
+}
+
+HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) {
+  if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+  if (!names || !ids || count == 0 || !names[0]) return E_INVALIDARG;
+  for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
+  RETURN_IF_FAILED(check_callable());
+  const std::wstring_view name(names[0]);
+  const std::u16string key = to_utf16(name);
+  JsString text(std::u16string_view{key});
+  bool is_lexical = false;
+  if (!has_name(text, &is_lexical)) return DISP_E_UNKNOWNNAME;
+  const auto [known, is_new] = ids_.try_emplace(key, static_cast<DISPID>(names_.size() + 1));
+  if (is_new) names_.push_back({std::move(text), is_lexical});
+  ids[0] = known->second;
+  return count == 1 ? S_OK : DISP_E_UNKNOWNNAME;
+}
+
+HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO*,
+                             UINT*) {
+  if (result) VariantInit(result);
+  if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+  RETURN_IF_FAILED(check_callable());
+  const CComPtr<IDispatch> alive(this);
+  EngineState& engine = realm_->engine();
+  const EngineState::Run run(engine);
+  HRESULT hr = E_OUTOFMEMORY;
+  try {
+    hr = dispatch(id, flags, params, result);
+  } catch (const std::bad_alloc&) {
+    hr = E_OUTOFMEMORY;
+  }
+  if (!engine.is_unwinding()) return hr;
+  if (result) VariantClear(result);
+  return kPageStopped;
+}
+
+HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result) {
+  std::vector<JSValueRef> arguments(params ? params->cArgs : 0);
+  JSValueRef exception = nullptr;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    arguments[i] = realm_->to_script(params->rgvarg[arguments.size() - 1 - i], &exception);
+    if (!arguments[i]) return realm_->failure_of(exception);
+  }
+  const bool puts = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+  if (id == DISPID_NEWENUM && !puts) return enumerate(result);
+  if (id == DISPID_VALUE) {
+    if (!puts) return call_default(flags, arguments, result);
+    if (arguments.size() != 2) return DISP_E_BADPARAMCOUNT;
+    JSObjectSetPropertyForKey(realm_->context(), object_, arguments[0], arguments[1], kJSPropertyAttributeNone,
+                              &exception);
+    return exception ? realm_->failure_of(exception) : S_OK;
+  }
+  if (id < 1 || static_cast<std::size_t>(id) > names_.size()) return DISP_E_MEMBERNOTFOUND;
+  const Name& name = names_[static_cast<std::size_t>(id) - 1];
+  if (puts) return put(name, arguments);
+  JSValueRef value = read(name, &exception);
+  if (exception) return realm_->failure_of(exception);
+  JSContextRef ctx = realm_->context();
+  auto* object = JSValueIsObject(ctx, value) ? const_cast<JSObjectRef>(value) : nullptr;
+  if (object && JSObjectIsFunction(ctx, object)) {
+    return (flags & DISPATCH_METHOD) ? call(object, object_, arguments, result) : DISP_E_MEMBERNOTFOUND;
+  }
+  if (!(flags & DISPATCH_PROPERTYGET)) {
+    return set_error(DISP_E_MEMBERNOTFOUND, L"Zelto", L"'" + to_wide(name.text.view()) + L"' is not a function");
+  }
+  if (arguments.empty()) return deliver(value, result);
+  if (!object || arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
+  if (!JSObjectHasPropertyForKey(ctx, object, arguments[0], &exception)) return DISP_E_MEMBERNOTFOUND;
+  value = JSObjectGetPropertyForKey(ctx, object, arguments[0], &exception);
+  return exception ? realm_->failure_of(exception) : deliver(value, result);
+}
+
+JSValueRef ScriptObject::read(const Name& name, JSValueRef* exception) {
+  if (name.is_lexical) return realm_->lexical_value(name.text, exception);
+  return JSObjectGetProperty(realm_->context(), object_, name.text.get(), exception);
+}
+
+HRESULT ScriptObject::put(const Name& name, const std::vector<JSValueRef>& arguments) {
+  if (arguments.size() != 1) return DISP_E_BADPARAMCOUNT;
+  JSValueRef exception = nullptr;
+  if (name.is_lexical) {
+    realm_->set_lexical_value(name.text, arguments[0], &exception);
+  } else {
+    JSObjectSetProperty(realm_->context(), object_, name.text.get(), arguments[0], kJSPropertyAttributeNone,
+                        &exception);
+  }
+  return exception ? realm_->failure_of(exception) : S_OK;
+}
+
+HRESULT ScriptObject::call_default(WORD flags, const std::vector<JSValueRef>& arguments, VARIANT* result) {
+  JSContextRef ctx = realm_->context();
+  JSValueRef exception = nullptr;
+  if ((flags & DISPATCH_METHOD) && JSObjectIsFunction(ctx, object_)) return call(object_, nullptr, arguments, result);
+  if (arguments.empty()) {
+    const JsString text(JSValueToStringCopy(ctx, object_, &exception));
+    if (!text.get()) return realm_->failure_of(exception);
+    return deliver(JSValueMakeString(ctx, text.get()), result);
+  }
+  if (arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
+  Name name{JsString(JSValueToStringCopy(ctx, arguments[0], &exception)), false};
+  if (!name.text.get()) return realm_->failure_of(exception);
+  if (!has_name(name.text, &name.is_lexical)) return DISP_E_MEMBERNOTFOUND;
+  JSValueRef value = read(name, &exception);
+  if (exception) return realm_->failure_of(exception);
+  if (JSValueIsObject(ctx, value) && JSObjectIsFunction(ctx, const_cast<JSObjectRef>(value))) {
+    return DISP_E_MEMBERNOTFOUND;
+  }
+  return deliver(value, result);
+}
+
+HRESULT ScriptObject::call(JSObjectRef function, JSObjectRef self, const std::vector<JSValueRef>& arguments,
+                           VARIANT* result) {
+  JSValueRef exception = nullptr;
+  JSValueRef value =
+      JSObjectCallAsFunction(realm_->context(), function, self, arguments.size(), arguments.data(), &exception);
+  if (!value || exception) return realm_->failure_of(exception);
+  return deliver(value, result);
+}
+
+HRESULT ScriptObject::deliver(JSValueRef value, VARIANT* result) {
+  if (!result) return S_OK;
+  JSValueRef exception = nullptr;
+  CComVariant converted;
+  if (!realm_->to_variant(value, &converted, &exception)) return realm_->failure_of(exception);
+  converted.detach_to(result);
+  return S_OK;
+}
+
+HRESULT ScriptObject::enumerate(VARIANT* result) {
+  if (!result) return E_POINTER;
+  JSValueRef exception = nullptr;
+  CComVariant array;
+  JSValueRef values = realm_->items_of(object_, &exception);
+  if (!values || !realm_->to_variant(values, &array, &exception)) return realm_->failure_of(exception);
+  std::vector<CComVariant> items;
+  if (array.vt == (VT_ARRAY | VT_VARIANT)) {
+    auto* first = static_cast<VARIANT*>(array.parray->pvData);
+    for (ULONG i = 0; i < array.parray->rgsabound[0].cElements; ++i) items.emplace_back(first[i]);
+  }
+  CComPtr<IUnknown> enumerator;
+  RETURN_IF_FAILED(korlib::make_enumerator(std::move(items), enumerator.put()));
+  result->vt = VT_UNKNOWN;
+  result->punkVal = enumerator.detach();
+  return S_OK;
+}
+
+ScriptObject* script_object_behind(IUnknown* object) noexcept {
+  CComPtr<IScriptObject> found;
+  if (!object || FAILED(object->QueryInterface(korlib::iid_of<IScriptObject>, found.put_void()))) return nullptr;
+  return static_cast<ScriptObject*>(found.get());
+}
+
+}  // namespace zelto::script

@@ -1,0 +1,87 @@
+// A script's object, as automation sees it.
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+#include <korlib/dispatch.h>
+
+#include "script/realm_state.h"
+
+namespace zelto::script {
+
+// Answered by wrappers only, so that they can be told from other objects.
+struct IScriptObject : IDispatch {
+ protected:
+  ~IScriptObject() = default;
+};
+
+// Names are properties, in exact case, found along the prototypes; for the global object, what the page
+// declared. Identifiers are handed out as names are asked for.
+//
+//   a property        DISPATCH_PROPERTYGET reads, DISPATCH_PROPERTYPUT and …PUTREF write, DISPATCH_METHOD calls
+//   a function        DISPATCH_PROPERTYGET alone is DISP_E_MEMBERNOTFOUND, so that whoever reads knows to call
+//   DISPID_VALUE      with arguments: calls a function (DISPATCH_METHOD), else o[key]; without: o as text
+//   DISPID_NEWENUM    what for-of goes through
+//
+// Reference counts may change on any thread; everything else is for the realm's thread. When the realm
+// has ended, calls fail with a text that says so.
+class ScriptObject final : public IScriptObject {
+ public:
+  ScriptObject(RealmState& realm, JSObjectRef object);
+  ScriptObject(const ScriptObject&) = delete;
+  ScriptObject& operator=(const ScriptObject&) = delete;
+  ~ScriptObject();
+
+  JSObjectRef object() const noexcept { return object_; }
+  RealmState* realm() const noexcept { return realm_; }  // null once it has ended
+  bool is_own_thread() const noexcept { return std::this_thread::get_id() == thread_; }
+  void end_of_realm();
+  // Another reference, unless the last one has gone and destruction is under way.
+  bool try_add_ref() noexcept;
+
+  HRESULT QueryInterface(REFIID riid, void** ppv) override;
+  ULONG AddRef() override { return references_.fetch_add(1, std::memory_order_relaxed) + 1; }
+  ULONG Release() override;
+  HRESULT GetTypeInfoCount(UINT* count) override;
+  HRESULT GetTypeInfo(UINT index, LCID lcid, ITypeInfo** info) override;
+  HRESULT GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID lcid, DISPID* ids) override;
+  HRESULT Invoke(DISPID id, REFIID riid, LCID lcid, WORD flags, DISPPARAMS* params, VARIANT* result,
+                 EXCEPINFO* excepinfo, UINT* argerr) override;
+
+ private:
+  struct Name {
+    JsString text;
+    bool is_lexical;  // of a top-level let, const or class
+  };
+
+  HRESULT check_callable() const;
+  bool is_global() const { return object_ == realm_->global_object(); }
+  HRESULT dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result);
+  HRESULT call_default(WORD flags, const std::vector<JSValueRef>& arguments, VARIANT* result);
+  HRESULT enumerate(VARIANT* result);
+  HRESULT put(const Name& name, const std::vector<JSValueRef>& arguments);
+  HRESULT call(JSObjectRef function, JSObjectRef self, const std::vector<JSValueRef>& arguments, VARIANT* result);
+  HRESULT deliver(JSValueRef value, VARIANT* result);
+  bool has_name(const JsString& name, bool* is_lexical);
+  JSValueRef read(const Name& name, JSValueRef* exception);
+
+  std::atomic<ULONG> references_{1};
+  RealmState* realm_;
+  JSObjectRef object_;
+  std::thread::id thread_ = std::this_thread::get_id();
+  std::shared_ptr<Graveyard> graveyard_;
+  std::deque<Name> names_;  // identifier 1 is the first; names stay where they are while a call adds more
+  std::unordered_map<std::u16string, DISPID> ids_;
+};
+
+// The wrapper behind a pointer, null when it is another object. Not counted.
+ScriptObject* script_object_behind(IUnknown* object) noexcept;
+
+}  // namespace zelto::script
+
+KORLIB_IID(zelto::script::IScriptObject, "C5EBDECB-8F1F-457F-8847-3EB740E52D13");

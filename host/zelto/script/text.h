@@ -1,0 +1,47 @@
+// Text between the engine (UTF-16) and the objects (UTF-32).
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <korlib/bstr.h>
+
+#include "script/jsc.h"
+
+namespace zelto::script {
+
+// An owned engine string.
+class JsString {
+ public:
+  JsString() = default;
+  explicit JsString(JSStringRef owned) : string_(owned) {}
+  explicit JsString(std::wstring_view text);
+  explicit JsString(std::u16string_view text);
+  explicit JsString(const char* utf8) : string_(JSStringCreateWithUTF8CString(utf8)) {}
+  JsString(JsString&& other) noexcept : string_(std::exchange(other.string_, nullptr)) {}
+  JsString& operator=(JsString&& other) noexcept {
+    std::swap(string_, other.string_);
+    return *this;
+  }
+  JsString(const JsString&) = delete;
+  JsString& operator=(const JsString&) = delete;
+  ~JsString() {
+    if (string_) JSStringRelease(string_);
+  }
+
+  JSStringRef get() const noexcept { return string_; }
+  std::u16string_view view() const { return view_of(string_); }
+  static std::u16string_view view_of(JSStringRef string);
+
+ private:
+  JSStringRef string_ = nullptr;
+};
+
+std::u16string to_utf16(std::wstring_view text);
+std::wstring to_wide(std::u16string_view text);  // lone surrogates become U+FFFD
+std::string to_utf8(std::wstring_view text);
+std::wstring from_utf8(std::string_view bytes);
+BSTR new_bstr(std::u16string_view text);  // null when memory is short
+
+}  // namespace zelto::script

@@ -1,0 +1,42 @@
+// A script cut into tokens, with as much grammar as rewriting it needs.
+//
+// The hard questions of the language's surface are answered while the tokens are made, because each
+// depends on the one before: whether a slash divides or begins a regular expression, whether a brace
+// opens a block or an object, where a statement begins, and where a line end ends one.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace zelto::script {
+
+struct Token {
+  enum Kind : unsigned char {
+    name,        // identifier that is no keyword here, also #private and a member name behind a dot
+    keyword,     // reserved word that is not an operand
+    literal,     // number, string, regular expression, template without substitutions, this, null …
+    punctuator,  // operators, commas, semicolons
+    open,        // ( [ { and the part of a template up to a substitution
+    close,       // ) ] } and the part of a template behind a substitution
+  };
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  Kind kind = punctuator;
+  bool newline_before = false;
+  bool statement_start = false;  // the first token of a statement
+  bool ends_operand = false;     // an operator, a dot or an argument list may follow
+  bool control = false;          // the parentheses of if, while, for, with, switch or catch
+  bool function_part = false;    // the parameter list or the body of a function or class
+  std::size_t begin = 0;         // position in the text
+  std::size_t end = 0;
+  std::size_t partner = kNone;  // of open and close: the other one
+  unsigned depth = 0;           // brackets around it
+};
+
+// Nothing when the text ends inside a string, a comment, a template or a bracket, or closes the wrong
+// one: the engine then says what is wrong with it.
+std::optional<std::vector<Token>> tokenize(std::wstring_view text);
+
+}  // namespace zelto::script

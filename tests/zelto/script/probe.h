@@ -1,0 +1,74 @@
+// Automation objects for scripts to play with.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <korlib_host/dispatch_object.h>
+#include <korlib_host/enumerator.h>
+#include <zelto/asp.h>
+
+namespace test {
+
+// A bit of everything: properties, methods, a default member with an argument, an enumeration.
+class Probe final : public korlib::DispatchObject<Probe> {
+ public:
+  static std::span<const korlib::Member> members();
+  static int alive;
+
+  Probe() { ++alive; }
+  ~Probe() override { --alive; }
+  Probe(const Probe&) = delete;
+  Probe& operator=(const Probe&) = delete;
+
+  // The last value that was handed over, and what Give hands back.
+  CComVariant kept;
+  std::map<std::wstring, CComVariant> items;  // of the default member
+  std::function<HRESULT()> action;            // what Act does
+  int closed = 0;
+  VARTYPE put_type = VT_EMPTY;
+  std::wstring how;  // "put" or "putref": how the last item was set
+  CComPtr<IDispatch> held;
+
+  HRESULT Keep(VARIANT value);
+  HRESULT Give(VARIANT* value);
+  HRESULT TypeOf(VARIANT value, LONG* type);
+  HRESULT Close();
+  HRESULT Act();
+  HRESULT ReadText(LONG count, BSTR* text);
+  HRESULT Fail(LONG code, BSTR description);
+  HRESULT Call(IDispatch* function, VARIANT argument, VARIANT* result);
+  HRESULT CallMember(IDispatch* object, BSTR name, VARIANT* result);
+  HRESULT Hold(IDispatch* object);
+  HRESULT get_Item(VARIANT key, VARIANT* value);
+  HRESULT put_Item(VARIANT key, VARIANT value);
+  HRESULT putref_Item(VARIANT key, VARIANT value);
+  HRESULT get_Name(BSTR* name);
+  HRESULT put_Name(BSTR name);
+  HRESULT get_Inner(IDispatch** inner);
+  HRESULT get__NewEnum(IUnknown** items);
+
+  CComPtr<IDispatch> inner;
+  CComBSTR name{L"probe"};
+};
+
+// Response, as far as the engine writes to it.
+class Page final : public korlib::DispatchObject<Page, ZeltoTypeLibrary::IResponse> {
+ public:
+  static std::span<const korlib::Member> members();
+
+  std::wstring text;
+
+  HRESULT Write(VARIANT value) override;
+  HRESULT BinaryWrite(VARIANT) override { return E_NOTIMPL; }
+  HRESULT AddHeader(BSTR, BSTR) override { return E_NOTIMPL; }
+  HRESULT AppendToLog(BSTR) override { return E_NOTIMPL; }
+  HRESULT get_Status(BSTR*) override { return E_NOTIMPL; }
+  HRESULT put_Status(BSTR) override { return E_NOTIMPL; }
+  HRESULT get_CodePage(LONG*) override { return E_NOTIMPL; }
+  HRESULT End();
+};
+
+}  // namespace test
