@@ -1,0 +1,37 @@
+// Starts the host on a copy of a site, and stops it as an operator does.
+import { spawn } from 'node:child_process';
+import { once } from 'node:events';
+import { cp, mkdtemp, rm } from 'node:fs/promises';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { createInterface } from 'node:readline';
+
+const host = process.env.ZELTO;
+const examples = process.env.EXAMPLES;
+
+// The site's address, what the host has logged, and stop(), which answers its exit code.
+export async function serve(example, ...options) {
+  const folder = await mkdtemp(join(tmpdir(), 'site-'));
+  await cp(join(examples, example), folder, { recursive: true });
+  const program = spawn(host, ['serve', folder, '--listen', '127.0.0.1:0', ...options], {
+    stdio: ['ignore', 'pipe', 'pipe'],
+  });
+  const exited = once(program, 'exit');
+  const log = [];
+  createInterface({ input: program.stderr }).on('line', (line) => log.push(line));
+  const address = await new Promise((resolve, reject) => {
+    createInterface({ input: program.stdout }).on('line', (line) => {
+      const found = line.match(/http:\/\/\S+/);
+      if (found) resolve(found[0]);
+    });
+    program.once('error', reject);
+    program.once('exit', () => reject(new Error('the host ended: ' + log.join('\n'))));
+  });
+  const stop = async () => {
+    program.kill('SIGTERM');
+    const [code, signal] = await exited;
+    await rm(folder, { recursive: true });
+    return signal ?? code;
+  };
+  return { address, folder, log, stop };
+}
