@@ -38,7 +38,8 @@ HRESULT enumerate_names(const Rows& rows, IUnknown** names) {
 
 std::span<const korlib::Member> StringList::members() {
   static constexpr korlib::Member table[] = {
-      property<&StringList::get_Item>(L"Item").is_default().optional(0),
+      property<&StringList::get_Item>(L"_Default").is_default().optional(0),
+      property<&StringList::get_Item>(L"Item"),
       property<&StringList::get_Count>(L"Count"),
       new_enum<&StringList::get__NewEnum>(),
   };
@@ -80,7 +81,8 @@ HRESULT StringList::get__NewEnum(IUnknown** values) {
 
 std::span<const korlib::Member> FieldCollection::members() {
   static constexpr korlib::Member table[] = {
-      property<&FieldCollection::get_Item>(L"Item").is_default().optional(0),
+      property<&FieldCollection::get_Item>(L"_Default").is_default().optional(0),
+      property<&FieldCollection::get_Item>(L"Item"),
       property<&FieldCollection::get_Count>(L"Count"),
       property<&FieldCollection::get_Key>(L"Key"),
       new_enum<&FieldCollection::get__NewEnum>(),
@@ -142,7 +144,8 @@ HRESULT FieldCollection::get_Key(VARIANT index, VARIANT* key) {
 
 std::span<const korlib::Member> CookieValue::members() {
   static constexpr korlib::Member table[] = {
-      property<&CookieValue::get_Item>(L"Item").is_default().optional(0),
+      property<&CookieValue::get_Item>(L"_Default").is_default().optional(0),
+      property<&CookieValue::get_Item>(L"Item"),
       property<&CookieValue::get_Count>(L"Count"),
       property<&CookieValue::get_Key>(L"Key"),
       property<&CookieValue::get_HasKeys>(L"HasKeys"),
@@ -210,7 +213,8 @@ HRESULT CookieValue::get_HasKeys(VARIANT_BOOL* has_keys) {
 
 std::span<const korlib::Member> CookieCollection::members() {
   static constexpr korlib::Member table[] = {
-      property<&CookieCollection::get_Item>(L"Item").is_default().optional(0),
+      property<&CookieCollection::get_Item>(L"_Default").is_default().optional(0),
+      property<&CookieCollection::get_Item>(L"Item"),
       property<&CookieCollection::get_Count>(L"Count"),
       property<&CookieCollection::get_Key>(L"Key"),
       new_enum<&CookieCollection::get__NewEnum>(),

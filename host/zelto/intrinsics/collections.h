@@ -1,4 +1,7 @@
 // The request's collections as objects.
+//
+// Their default member may be used without an index, for the whole text. Item needs one: a script reads
+// `list.Item` before it calls it, and must not be given the text then.
 #pragma once
 
 #include <korlib_host/dispatch_object.h>

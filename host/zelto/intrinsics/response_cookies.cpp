@@ -33,7 +33,8 @@ HRESULT attribute_of(BSTR text, std::string& attribute) {
 
 std::span<const korlib::Member> ResponseCookie::members() {
   static constexpr korlib::Member table[] = {
-      property<&ResponseCookie::get_Item, &ResponseCookie::put_Item>(L"Item").is_default().optional(0),
+      property<&ResponseCookie::get_Item, &ResponseCookie::put_Item>(L"_Default").is_default().optional(0),
+      property<&ResponseCookie::get_Item, &ResponseCookie::put_Item>(L"Item"),
       property<nullptr, &ResponseCookie::put_Expires>(L"Expires"),
       property<nullptr, &ResponseCookie::put_Domain>(L"Domain"),
       property<nullptr, &ResponseCookie::put_Path>(L"Path"),

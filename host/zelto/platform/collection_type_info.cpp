@@ -1,4 +1,5 @@
-// Late binding for objects of the host's collection interfaces that a component implements.
+// Late binding for objects of the host's collection interfaces that a component implements. The members are
+// those of the host's own collections (intrinsics/collections.h).
 #include <korlib_host/thunks.h>
 #include <zelto/asp.h>
 
@@ -30,13 +31,15 @@ consteval korlib::Member new_enum() {
 }
 
 constexpr korlib::Member kStringList[] = {
-    property<&IStringList::get_Item, IStringList>(L"Item").is_default().optional(0),
+    property<&IStringList::get_Item, IStringList>(L"_Default").is_default().optional(0),
+    property<&IStringList::get_Item, IStringList>(L"Item"),
     property<&IStringList::get_Count, IStringList>(L"Count"),
     new_enum<&IStringList::get__NewEnum, IStringList>(),
 };
 
 constexpr korlib::Member kRequestDictionary[] = {
-    property<&IRequestDictionary::get_Item, IRequestDictionary>(L"Item").is_default().optional(0),
+    property<&IRequestDictionary::get_Item, IRequestDictionary>(L"_Default").is_default().optional(0),
+    property<&IRequestDictionary::get_Item, IRequestDictionary>(L"Item"),
     property<&IRequestDictionary::get_Count, IRequestDictionary>(L"Count"),
     property<&IRequestDictionary::get_Key, IRequestDictionary>(L"Key"),
     new_enum<&IRequestDictionary::get__NewEnum, IRequestDictionary>(),

@@ -18,4 +18,10 @@ Answer put(const CComPtr<Object>& object, const wchar_t* name, const Arguments&.
   return put(static_cast<IDispatch*>(object.get()), name, arguments...);
 }
 
+// The default member, without arguments.
+template <class Object>
+Answer default_of(const CComPtr<Object>& object) {
+  return invoke(static_cast<IDispatch*>(object.get()), DISPID_VALUE, DISPATCH_PROPERTYGET, {});
+}
+
 }  // namespace test

@@ -1,16 +1,6 @@
 #include "zelto/intrinsics/page_fixture.h"
 
-#include "intrinsics/text.h"
-
 namespace test {
-
-std::vector<std::string> MemorySink::header(std::string_view name) const {
-  std::vector<std::string> values;
-  for (const zelto::Header& header : head.headers) {
-    if (zelto::same_name(header.name, name)) values.push_back(header.value);
-  }
-  return values;
-}
 
 PageTest::PageTest() {
   request.method = "GET";

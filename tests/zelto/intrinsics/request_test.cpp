@@ -9,7 +9,7 @@ class Request : public PageTest {
  protected:
   // The text of collection(name), and of collection without anything.
   std::wstring text(const wchar_t* collection, const wchar_t* name) {
-    return text_of(get(object_of(get(request_object().get(), collection, name)), L"Item"));
+    return text_of(default_of(object_of(get(request_object().get(), collection, name))));
   }
   CComPtr<IDispatch> collection(const wchar_t* name) { return object_of(get(request_object().get(), name)); }
 };
@@ -24,18 +24,26 @@ TEST_F(Request, FindsNamesInAnyLetterCaseAndKeepsTheirOwn) {
 TEST_F(Request, JoinsSeveralValuesAndGivesEachByItsNumber) {
   request.query = "t=a&u=0&T=b";
   const auto list = object_of(get(request_object().get(), L"QueryString", L"t"));
-  EXPECT_EQ(text_of(get(list, L"Item")), L"a, b");
+  EXPECT_EQ(text_of(default_of(list)), L"a, b");
   EXPECT_EQ(get(list, L"Count").value.lVal, 2);
   EXPECT_EQ(text_of(get(list, L"Item", 2)), L"b");
   EXPECT_EQ(get(list, L"Item", 0).hr, DISP_E_BADINDEX);
   EXPECT_EQ(get(list, L"Item", 3).hr, DISP_E_BADINDEX);
 }
 
+// `list.Item` comes before `(1)`; a text in between could not be called.
+TEST_F(Request, NeedsAnIndexForItem) {
+  request.query = "a=1";
+  const auto list = object_of(get(request_object().get(), L"QueryString", L"a"));
+  EXPECT_EQ(get(list, L"Item").hr, DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(get(collection(L"QueryString"), L"Item").hr, DISP_E_BADPARAMCOUNT);
+}
+
 TEST_F(Request, GivesAMissingNameAsAnEmptyList) {
   const auto list = object_of(get(request_object().get(), L"QueryString", L"none"));
   ASSERT_TRUE(list);
   EXPECT_EQ(get(list, L"Count").value.lVal, 0);
-  EXPECT_EQ(get(list, L"Item").value.vt, VT_EMPTY);
+  EXPECT_EQ(default_of(list).value.vt, VT_EMPTY);
   EXPECT_TRUE(CComQIPtr<ZeltoTypeLibrary::IStringList>(list.get()));
 }
 
@@ -52,7 +60,7 @@ TEST_F(Request, DecodesPlusPercentAndUtf8) {
 
 TEST_F(Request, GivesTheRawTextOfACollectionWithoutAName) {
   request.query = "a=1&b=%20";
-  EXPECT_EQ(text_of(get(collection(L"QueryString"), L"Item")), L"a=1&b=%20");
+  EXPECT_EQ(text_of(default_of(collection(L"QueryString"))), L"a=1&b=%20");
 }
 
 TEST_F(Request, DecodesAFormInThePagesCodePage) {
@@ -88,7 +96,7 @@ TEST_F(Request, SearchesTheCollectionsInOrder) {
   post_form("f=form&all=form&q=form");
   request.headers.push_back({"Cookie", "c=cookie; all=cookie; f=cookie"});
   const auto find = [this](const wchar_t* name) {
-    return text_of(get(object_of(get(request_object().get(), L"Item", name)), L"Item"));
+    return text_of(default_of(object_of(get(request_object().get(), L"Item", name))));
   };
   EXPECT_EQ(find(L"q"), L"query");
   EXPECT_EQ(find(L"all"), L"query");
@@ -112,7 +120,7 @@ TEST_F(Request, ReadsCookiesAndTheirKeys) {
   EXPECT_TRUE(is_true(get(user, L"HasKeys")));
   EXPECT_EQ(text_of(get(user, L"Item", L"CITY")), L"K\u00F6ln");
   EXPECT_EQ(text_of(get(user, L"Item", L"none")), L"");
-  EXPECT_EQ(text_of(get(user, L"Item")), L"name=Ann&city=K%C3%B6ln");
+  EXPECT_EQ(text_of(default_of(user)), L"name=Ann&city=K%C3%B6ln");
   EXPECT_EQ(get(collection(L"Cookies"), L"Count").value.lVal, 3);
 }
 
@@ -271,7 +279,7 @@ TEST_F(Request, StaysSafeWhenHeldBeyondThePage) {
     const auto object = request_object();
     list = object_of(get(object.get(), L"QueryString", L"a"));
   }
-  EXPECT_EQ(text_of(get(list, L"Item")), L"1");
+  EXPECT_EQ(text_of(default_of(list)), L"1");
 }
 
 }  // namespace

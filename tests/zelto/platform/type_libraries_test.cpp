@@ -65,7 +65,7 @@ TEST_F(TypeLibraries, DescribeTheHostsCollections) {
   wchar_t* name = item;
   MEMBERID id = 99;
   EXPECT_EQ(info->GetIDsOfNames(&name, 1, &id), S_OK);
-  EXPECT_EQ(id, DISPID_VALUE);
+  EXPECT_EQ(id, 2);
   wchar_t none[] = L"None";
   name = none;
   EXPECT_EQ(info->GetIDsOfNames(&name, 1, &id), DISP_E_UNKNOWNNAME);
