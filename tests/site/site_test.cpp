@@ -77,9 +77,13 @@ class Case : public testing::Test {
     const Ran ran = run(folder_, lines_of(folder_ / "arguments"), scratch_);
     const int status = std::stoi(read(folder_ / "status").value_or("0"));
     EXPECT_EQ(ran.status, status) << ran.error;
-    if (const auto output = read(folder_ / "output")) EXPECT_EQ(ran.output, *output);
+    if (const auto output = read(folder_ / "output")) {
+      EXPECT_EQ(ran.output, *output);
+    }
     const auto pieces = lines_of(folder_ / "error");
-    if (pieces.empty()) EXPECT_EQ(ran.error, "");
+    if (pieces.empty()) {
+      EXPECT_EQ(ran.error, "");
+    }
     for (const std::string& piece : pieces) EXPECT_NE(ran.error.find(piece), std::string::npos) << ran.error;
   }
 

@@ -1,0 +1,1 @@
+kept<% Response.End(); Response.Write("never"); %>never

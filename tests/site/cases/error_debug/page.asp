@@ -1,0 +1,5 @@
+line one
+<%
+var x = 1;
+Server.CreateObject("No.Such.Class");
+%>

@@ -1,0 +1,1 @@
+a<% Server.Execute("part.asp"); %>b<% Server.Transfer("last.asp"); %>never

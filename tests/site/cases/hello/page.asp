@@ -1,0 +1,2 @@
+<%@ Language="JavaScript" CodePage="65001" %>
+<% Response.Write("Hello"); %>, <%= "world" %>!

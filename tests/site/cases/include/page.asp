@@ -1,0 +1,2 @@
+<!--#include file="inc/one.inc"-->
+<%= shared(2) %>

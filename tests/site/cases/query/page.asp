@@ -1,0 +1,1 @@
+<%= Request.QueryString("a") %>|<%= Request.QueryString("a").Count %>|<%= Request.QueryString("A")(2) %>|<%= Request.QueryString %>|<%= Request("b") %>|<%= Request.QueryString("none") + "" %>|<%= String(Request("none") === undefined) %>

@@ -1,0 +1,1 @@
+<%= Server.HTMLEncode("<a>&\"") %>|<%= Server.URLEncode("a b/ä") %>|<%= Server.MapPath("x/../y.txt").replace(/.*\//, "") %>|<%= Server.ScriptTimeout %>

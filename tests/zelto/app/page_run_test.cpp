@@ -1,0 +1,200 @@
+#include "app/page_run.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "app/big_stack.h"
+#include "app/runtime.h"
+#include "zelto/support/memory_sink.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::MemorySink;
+
+// A site of one page after the other, and a client that keeps its session cookie.
+class PageRun : public testing::Test {
+ protected:
+  PageRun() {
+    std::string name = (fs::temp_directory_path() / "zelto-pages-XXXXXX").string();
+    options.root = fs::canonical(mkdtemp(name.data())).string();
+    options.log = [this](std::string_view line) { log.emplace_back(line); };
+    zelto::set_up_runtime();
+  }
+  ~PageRun() override { fs::remove_all(options.root); }
+
+  zelto::Site& site() {
+    if (!site_) site_.emplace(options);
+    return *site_;
+  }
+
+  // Runs the text as a page; its answer.
+  MemorySink run(const std::string& text, const std::string& cookie) {
+    std::ofstream(options.root + "/page.asp", std::ios::binary) << text;
+    // A page of the same second would be taken for the old one.
+    fs::last_write_time(options.root + "/page.asp", fs::file_time_type::clock::now() + std::chrono::hours(++pages_));
+    zelto::HttpRequest request;
+    request.method = "GET";
+    request.path = request.target = "/page.asp";
+    if (!cookie.empty()) request.headers.push_back({"Cookie", cookie});
+    MemorySink sink;
+    zelto::on_big_stack([&] { zelto::PageWorker(site()).run(request, "/page.asp", options.root + "/page.asp", sink); });
+    return sink;
+  }
+  std::string body(const std::string& text) {
+    const MemorySink sink = run(text, cookie_);
+    for (const std::string& set : sink.header("Set-Cookie")) cookie_ = set.substr(0, set.find(';'));
+    return sink.body;
+  }
+
+  zelto::SiteOptions options;
+  std::vector<std::string> log;
+  std::string cookie_;
+
+ private:
+  std::optional<zelto::Site> site_;
+  int pages_ = 0;
+};
+
+TEST_F(PageRun, SetsNoCookieUntilSomethingIsStored) {
+  EXPECT_TRUE(run("<% var x = Session('a'); %>", "").header("Set-Cookie").empty());
+  EXPECT_EQ(site().sessions().size(), 0u);
+  const auto cookies = run("<% Session('a') = 1; Session('b') = 2; %>", "").header("Set-Cookie");
+  ASSERT_EQ(cookies.size(), 1u);
+  EXPECT_TRUE(cookies[0].starts_with("zelto_session="));
+  EXPECT_TRUE(cookies[0].ends_with("; Path=/; HttpOnly; SameSite=Lax"));
+  EXPECT_EQ(site().sessions().size(), 1u);
+}
+
+TEST_F(PageRun, RemembersTheSession) {
+  EXPECT_EQ(body("<% Session('n') = 1; %>"), "");
+  for (int i = 0; i < 3; ++i) body("<% Session('n') += 1; %>");
+  EXPECT_EQ(body("<%= Session('N') %>"), "4");
+  EXPECT_EQ(run("<%= Session('n') === undefined %>", "zelto_session=guessed").body, "True");
+}
+
+TEST_F(PageRun, KeepsValuesOfAnAbandonedSessionForThePage) {
+  body("<% Session('n') = 1; %>");
+  const std::string first = cookie_;
+  EXPECT_EQ(body("<% Session.Abandon(); Response.Write(Session('n')); %>"), "1");
+  EXPECT_EQ(body("<% Response.Write(typeof Session('n')); Session('n') = 2; %>"), "undefined");
+  EXPECT_NE(cookie_, first);
+}
+
+TEST_F(PageRun, RefusesANewSessionOnceTheHeadIsOut) {
+  EXPECT_NE(body("<% Response.Flush(); try { Session('a') = 1; } catch (e) { Response.Write(e.message); } %>")
+                .find("Nothing can be kept in a new session"),
+            std::string::npos);
+  EXPECT_EQ(site().sessions().size(), 0u);
+}
+
+TEST_F(PageRun, KeepsTheBagOfThePageController) {
+  const std::string page =
+      "<% var m = Server.CreateObject('Mirt'); m.Script = this; m.Name = 'app';"
+      "function On_FirstAccess(m) { Response.Write('first '); }"
+      "function On_StartProcess(m) { m.Bag('n') = (m.Bag('n') || 0) + 1; Response.Write(m.Bag('n')); }"
+      "m.Process(); %>";
+  EXPECT_EQ(body(page), "first 1");
+  EXPECT_EQ(body(page), "2");
+  EXPECT_EQ(body(page), "3");
+}
+
+TEST_F(PageRun, DrawsAnEditedTemplateOnTheNextRequest) {
+  fs::create_directories(options.root + "/tpl");
+  const auto draw = [this](const std::string& text, int hours) {
+    const std::string file = options.root + "/tpl/main.html";
+    std::ofstream(file, std::ios::binary) << text;
+    fs::last_write_time(file, fs::file_time_type::clock::now() + std::chrono::hours(hours));
+    return body(
+        "<% var m = Server.CreateObject('Mirt'); m.Script = this; m.TemplateFolder = Server.MapPath('tpl');"
+        "m.TemplateExt = '.html'; m.Template = 'main'; m.Process(); %>");
+  };
+  EXPECT_EQ(draw("one", 1), "one");
+  EXPECT_EQ(draw("one", 1), "one");
+  EXPECT_EQ(draw("two", 2), "two");
+}
+
+TEST_F(PageRun, AnswersAnErrorWithoutTellingTheClient) {
+  const MemorySink sink = run("text <% secretName(); %>", "");
+  EXPECT_EQ(sink.head.status, 500);
+  EXPECT_EQ(sink.body.find("secretName"), std::string::npos);
+  EXPECT_EQ(sink.body.find("text "), std::string::npos);
+  ASSERT_EQ(log.size(), 1u);
+  EXPECT_NE(log[0].find("secretName"), std::string::npos);
+}
+
+TEST_F(PageRun, TellsTheAuthorWhatWentWrong) {
+  options.debug = true;
+  const MemorySink sink = run("one\n<%\nsecretName('<b>');\n%>\n", "");
+  EXPECT_EQ(sink.head.status, 500);
+  for (const char* piece : {"secretName", "/page.asp", "0x8", "<dt>Line</dt><dd>3</dd>",
+                            "<span class=\"here\">    3  secretName('&lt;b&gt;');</span>"}) {
+    EXPECT_NE(sink.body.find(piece), std::string::npos) << piece;
+  }
+}
+
+TEST_F(PageRun, StopsAPageThatRunsTooLong) {
+  options.script_timeout = std::chrono::seconds(1);
+  const MemorySink sink = run("<% while (true) {} %>", "");
+  EXPECT_EQ(sink.head.status, 500);
+  ASSERT_EQ(log.size(), 1u);
+  EXPECT_NE(log[0].find("The page took longer than it may."), std::string::npos);
+}
+
+TEST_F(PageRun, AnswersBusyWhenTheSessionIsHeldForTooLong) {
+  options.session_patience = std::chrono::seconds(0);
+  body("<% Session('a') = 1; %>");
+  const zelto::SessionHold held = site().sessions().open(cookie_.substr(cookie_.find('=') + 1));
+  EXPECT_EQ(run("never", cookie_).head.status, 503);
+}
+
+TEST_F(PageRun, SurvivesATemplateThatIncludesItselfAndADrawThatNeverAgrees) {
+  const MemorySink nested =
+      run("<% var m = Server.CreateObject('Mirt'); m.Script = this;"
+          "function OnDraw_again(m) { m.ProcessTemplate('(#%again#)'); } m.ProcessTemplate('(#%again#)'); %>",
+          "");
+  EXPECT_EQ(nested.head.status, 500);
+  const MemorySink drawn =
+      run("<% var m = Server.CreateObject('Mirt'); m.Script = this; m.Template = 'x';"
+          "function OnDrawTemplate_x(m) { return false; } m.Process(); %>",
+          "");
+  EXPECT_EQ(drawn.head.status, 500);
+  EXPECT_EQ(body("still <%= 'here' %>"), "still here");
+}
+
+TEST_F(PageRun, LetsGoOfTheApplicationsLock) {
+  body("<% Application.Lock(); Application('n') = 1; %>");
+  EXPECT_EQ(body("<% Application('n') = Application('n') + 1; %><%= Application('n') %>"), "2");
+}
+
+TEST_F(PageRun, CountsSessionsRightUnderManyClients) {
+  const std::string page = "<% Session('n') = (Session('n') || 0) + 1; %><%= Session('n') %>";
+  std::ofstream(options.root + "/page.asp", std::ios::binary) << page;
+  site();
+  std::vector<std::thread> clients;
+  for (int c = 0; c < 4; ++c) {
+    clients.emplace_back([this] {
+      zelto::on_big_stack([this] {
+        zelto::PageWorker worker(site());
+        std::string cookie;
+        for (int i = 1; i <= 20; ++i) {
+          zelto::HttpRequest request;
+          request.method = "GET";
+          request.path = request.target = "/page.asp";
+          if (!cookie.empty()) request.headers.push_back({"Cookie", cookie});
+          MemorySink sink;
+          worker.run(request, "/page.asp", options.root + "/page.asp", sink);
+          for (const std::string& set : sink.header("Set-Cookie")) cookie = set.substr(0, set.find(';'));
+          EXPECT_EQ(sink.body, std::to_string(i));
+        }
+      });
+    });
+  }
+  for (std::thread& client : clients) client.join();
+  EXPECT_EQ(site().sessions().size(), 4u);
+}
+
+}  // namespace
