@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "app/error_page.h"
-#include "app/programs.h"
+#include "pages/programs.h"
 #include "http/static_files.h"
 #include "intrinsics/application_object.h"
 #include "intrinsics/page_context.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/programs.h"
+#include "pages/programs.h"
 #include "app/session_store.h"
 #include "http/static_files.h"
 #include "intrinsics/application_state.h"

@@ -1,0 +1,59 @@
+#include "pages/directive.h"
+
+#include "intrinsics/text.h"
+#include "pages/tag_attributes.h"
+
+namespace zelto::pages {
+
+namespace {
+
+LONG read_code_page(std::wstring_view value) {
+  const std::optional<LONG> number = parse_long(value);
+  if (!number || !charset_of(*number)) {
+    throw "CodePage=\"" + ascii(value) + "\" is no code page that this host knows; 65001 is UTF-8.";
+  }
+  return *number;
+}
+
+bool read_boolean(std::wstring_view name, std::wstring_view value) {
+  if (same_word(value, L"true")) return true;
+  if (same_word(value, L"false")) return false;
+  throw ascii(name) + "=\"" + ascii(value) + "\" is neither True nor False.";
+}
+
+}  // namespace
+
+Directive read_directive(std::wstring_view text) {
+  const std::optional<std::vector<Attribute>> attributes = read_attributes(text);
+  if (!attributes) throw std::string("A directive is written <%@ Name=\"value\" … %>.");
+  Directive directive;
+  for (const auto& [name, value] : *attributes) {
+    if (same_word(name, L"language")) {
+      if (!is_javascript(value)) {
+        throw "This host runs pages in JavaScript only: Language=\"" + ascii(value) + "\" cannot be run.";
+      }
+    } else if (same_word(name, L"codepage")) {
+      directive.code_page = read_code_page(value);
+    } else if (same_word(name, L"enablesessionstate")) {
+      directive.uses_session = read_boolean(name, value);
+    } else if (!same_word(name, L"lcid") && !same_word(name, L"transaction")) {
+      throw "\"" + ascii(name) +
+          "\" is no directive: Language, CodePage, EnableSessionState, LCID and Transaction are.";
+    }
+  }
+  return directive;
+}
+
+LONG code_page_of_source(std::string_view bytes) {
+  const std::size_t open = bytes.find("<%@");
+  if (open == std::string_view::npos) return kUtf8CodePage;
+  const std::size_t close = bytes.find("%>", open);
+  if (close == std::string_view::npos) return kUtf8CodePage;
+  try {
+    return read_directive(to_wide(bytes.substr(open + 3, close - open - 3))).code_page;
+  } catch (const std::string&) {
+    return kUtf8CodePage;  // said with its line once the text is known
+  }
+}
+
+}  // namespace zelto::pages

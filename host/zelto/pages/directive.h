@@ -1,0 +1,23 @@
+// The directive at the top of a page: <%@ Language="JavaScript" CodePage="65001" … %>
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <korlib/types.h>
+
+namespace zelto::pages {
+
+struct Directive {
+  LONG code_page = 65001;
+  bool uses_session = true;
+};
+
+// Reads what stands between "<%@" and "%>". Language, CodePage and EnableSessionState are obeyed, LCID and
+// Transaction accepted. Throws std::string, a sentence, for anything else.
+Directive read_directive(std::wstring_view text);
+
+// The code page that a file's directive asks for, found before the file can be decoded; 65001 without one.
+LONG code_page_of_source(std::string_view bytes);
+
+}  // namespace zelto::pages

@@ -1,0 +1,200 @@
+#include "pages/page_compiler.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+
+#include "intrinsics/text.h"
+#include "pages/page_scanner.h"
+#include "script/rewriter.h"
+#include "script/text.h"
+
+namespace zelto::pages {
+
+namespace {
+
+constexpr std::size_t kMaxIncludes = 10'000;
+constexpr std::size_t kMaxScript = std::size_t{64} << 20;  // characters
+
+std::string folder_of(const std::string& path) { return path.substr(0, path.rfind('/')); }
+
+class Compiler {
+ public:
+  explicit Compiler(const std::string& root) : root_(root) {}
+
+  CompiledPage compile(const std::string& physical) {
+    add_file(physical, 0);
+    script::Rewritten rewritten = script::rewrite(text_);
+    auto program = std::make_shared<script::Program>(std::move(program_));
+    program->url = physical;
+    program->text = script::to_utf16(rewritten.text);
+    program->declares_lexical_names = rewritten.declares_lexical_names;
+    page_.program = std::move(program);
+    return std::move(page_);
+  }
+
+ private:
+  struct Place {
+    const std::string& file;
+    unsigned index;
+    LineCounter lines;
+  };
+
+  // Adds the file's pieces where the script has got to. `from_line` is where it is included.
+  void add_file(const std::string& path, int from_line) {
+    const std::string& includer = open_.empty() ? path : open_.back();
+    if (std::ranges::find(open_, path) != open_.end()) fail_cycle(path, from_line);
+    if (++includes_ > kMaxIncludes) throw PageSourceError("The page includes too many files.", includer, from_line);
+    std::optional<SourceBytes> source = read_source(path);
+    if (!source) throw PageSourceError("The file \"" + shown(path) + "\" cannot be read.", includer, from_line);
+    const bool is_page = open_.empty();
+    if (is_page) page_.directive.code_page = code_page_of_source(source->bytes);
+    const std::wstring text = decode_source(source->bytes, page_.directive.code_page);
+    const unsigned index = number_of(path, source->stamp);
+    open_.push_back(path);
+    add_pieces(text, Place{path, index, LineCounter(text)}, is_page);
+    open_.pop_back();
+  }
+
+  void add_pieces(const std::wstring& text, Place place, bool is_page) {
+    bool has_directive = false;
+    for (Piece piece : scan(text, place)) {
+      place.lines.move_to(piece.offset);
+      switch (piece.kind) {
+        case Piece::literal:
+          // The line that holds nothing but the directive is no part of what the page writes.
+          if (has_directive && piece.offset == behind_directive_) drop_line_end(piece.text);
+          add_literal(piece.text, place);
+          break;
+        case Piece::code:
+          add_code(piece.text, place);
+          break;
+        case Piece::expression:
+          add_expression(piece.text, place);
+          break;
+        case Piece::directive:
+          if (has_directive) fail("A page has one directive only.", place);
+          has_directive = true;
+          behind_directive_ = piece.offset + piece.text.size() + 2;
+          add_directive(piece.text, place, is_page);
+          break;
+        case Piece::include:
+          add_file(resolve(piece, place), place.lines.line());
+          break;
+      }
+      if (text_.size() > kMaxScript) fail("The page is too large.", place);
+    }
+  }
+
+  static std::vector<Piece> scan(const std::wstring& text, Place& place) {
+    try {
+      return scan_page(text);
+    } catch (const ScanFault& fault) {
+      LineCounter lines(text);
+      lines.move_to(fault.offset);
+      throw PageSourceError(fault.what, place.file, lines.line());
+    }
+  }
+
+  static void drop_line_end(std::wstring_view& text) {
+    if (text.starts_with(L"\r\n")) {
+      text.remove_prefix(2);
+    } else if (text.starts_with(L"\n")) {
+      text.remove_prefix(1);
+    }
+  }
+
+  void add_directive(std::wstring_view text, const Place& place, bool is_page) {
+    try {
+      const Directive directive = read_directive(text);
+      if (is_page) page_.directive = directive;
+    } catch (const std::string& what) {
+      fail(what, place);
+    }
+  }
+
+  void add_literal(std::wstring_view text, const Place& place) {
+    if (text.empty()) return;
+    add_line(L"$zelto.html(" + std::to_wstring(program_.literals.size()) + L");", place, place.lines.line(), 0);
+    program_.literals.emplace_back(text);
+  }
+
+  void add_expression(std::wstring_view text, const Place& place) {
+    add_line(L"$zelto.out((", place, place.lines.line(), 0);
+    add_code(text, place);
+    add_line(L"));", place, place.lines.line(), 0);
+  }
+
+  // Line by line, so that each line of the script has one line of the page behind it.
+  void add_code(std::wstring_view text, const Place& place) {
+    int line = place.lines.line();
+    int column = place.lines.column();
+    while (true) {
+      const std::size_t end = text.find_first_of(L"\r\n");
+      add_line(text.substr(0, end), place, line, column);
+      if (end == std::wstring_view::npos) return;
+      text.remove_prefix(end + (text.substr(end).starts_with(L"\r\n") ? 2 : 1));
+      ++line;
+      column = 0;
+    }
+  }
+
+  void add_line(std::wstring_view text, const Place& place, int line, int column) {
+    text_.append(text).push_back(L'\n');
+    program_.lines.push_back({place.index, line, column});
+  }
+
+  std::string resolve(const Piece& piece, const Place& place) {
+    std::string name = to_utf8(piece.text);
+    std::ranges::replace(name, '\\', '/');
+    if (piece.is_virtual && !name.starts_with('/'))
+      fail("A virtual include begins with \"/\": \"" + name + "\".", place);
+    const std::string path = (piece.is_virtual ? root_ : folder_of(place.file) + "/") + name;
+    char found[PATH_MAX];
+    if (name.find('\0') != std::string::npos || !::realpath(path.c_str(), found)) {
+      fail("The include file \"" + name + "\" was not found.", place);
+    }
+    std::string canonical = found;
+    if (!canonical.starts_with(root_ + "/")) {
+      fail("The include file \"" + name + "\" lies outside the site.", place);
+    }
+    return canonical;
+  }
+
+  unsigned number_of(const std::string& path, const FileStamp& stamp) {
+    const auto known = std::ranges::find(program_.files, path);
+    if (known != program_.files.end()) return static_cast<unsigned>(known - program_.files.begin());
+    program_.files.push_back(path);
+    page_.files.emplace_back(path, stamp);
+    return static_cast<unsigned>(program_.files.size() - 1);
+  }
+
+  [[noreturn]] void fail_cycle(const std::string& path, int line) const {
+    std::string chain;
+    for (auto it = std::ranges::find(open_, path); it != open_.end(); ++it) chain += shown(*it) + " includes ";
+    throw PageSourceError("An include never ends: " + chain + shown(path) + ".", open_.back(), line);
+  }
+  [[noreturn]] static void fail(const std::string& what, const Place& place) {
+    throw PageSourceError(what, place.file, place.lines.line());
+  }
+  // A path as the site's author knows it.
+  std::string shown(const std::string& path) const {
+    return path.starts_with(root_ + "/") ? path.substr(root_.size()) : path;
+  }
+
+  const std::string& root_;
+  std::wstring text_;
+  script::Program program_;
+  CompiledPage page_;
+  std::vector<std::string> open_;  // the files that are being read, outermost first
+  std::size_t includes_ = 0;
+  std::size_t behind_directive_ = 0;
+};
+
+}  // namespace
+
+CompiledPage compile_page(const std::string& root, const std::string& physical) {
+  return Compiler(root).compile(physical);
+}
+
+}  // namespace zelto::pages

@@ -1,0 +1,29 @@
+// Turns a page and what it includes into one script.
+//
+// Literal text becomes a call that writes it by number, so that a block opened in one <% %> may be closed
+// behind it; code stands in the script as it is. The script's lines remember the file and line that they
+// come from.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "pages/directive.h"
+#include "pages/page_error.h"
+#include "pages/source_file.h"
+#include "script/program.h"
+
+namespace zelto::pages {
+
+struct CompiledPage {
+  std::shared_ptr<const script::Program> program;
+  Directive directive;
+  std::vector<std::pair<std::string, FileStamp>> files;  // what it was made of
+};
+
+// `root` is the site's folder and `physical` the page's file, both canonical. Throws PageSourceError.
+CompiledPage compile_page(const std::string& root, const std::string& physical);
+
+}  // namespace zelto::pages

@@ -1,0 +1,56 @@
+#include "pages/programs.h"
+
+#include <korlib/hresult.h>
+
+#include <algorithm>
+
+#include "intrinsics/text.h"
+
+namespace zelto {
+
+namespace {
+
+LoadedPage failed(const std::string& what, const std::string& file, int line) {
+  LoadedPage page;
+  page.error.emplace();
+  page.error->message = to_wide(what);
+  page.error->source = L"Page";
+  page.error->number = E_FAIL;
+  page.error->file = file;
+  page.error->line = line;
+  return page;
+}
+
+bool is_current(const pages::CompiledPage& page) {
+  return std::ranges::all_of(page.files, [](const auto& file) { return pages::stamp_of(file.first) == file.second; });
+}
+
+}  // namespace
+
+// The compiled page if none of its files has changed. They are looked at outside the lock.
+std::shared_ptr<const pages::CompiledPage> Programs::current(const std::string& physical) {
+  std::shared_ptr<const pages::CompiledPage> page;
+  {
+    std::lock_guard guard(lock_);
+    if (const auto found = pages_.find(physical); found != pages_.end()) page = found->second;
+  }
+  return page && is_current(*page) ? page : nullptr;
+}
+
+LoadedPage Programs::load(const std::string& virtual_path, const std::string& physical) {
+  std::shared_ptr<const pages::CompiledPage> page = current(physical);
+  if (!page) {
+    try {
+      page = std::make_shared<pages::CompiledPage>(pages::compile_page(root_, physical));
+    } catch (const pages::PageSourceError& error) {
+      return failed(error.what(), error.file, error.line);
+    } catch (const std::bad_alloc&) {
+      return failed("There is no memory left to compile " + virtual_path + ".", physical, 0);
+    }
+    std::lock_guard guard(lock_);
+    pages_[physical] = page;
+  }
+  return {page->program, std::nullopt, page->directive.code_page, page->directive.uses_session};
+}
+
+}  // namespace zelto

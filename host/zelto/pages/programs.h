@@ -1,0 +1,41 @@
+// The compiled pages of a site.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "pages/page_compiler.h"
+#include "script/outcome.h"
+#include "script/program.h"
+
+namespace zelto {
+
+struct LoadedPage {
+  std::shared_ptr<const script::Program> program;  // null with `error`
+  std::optional<script::ScriptError> error;        // a directive, include or delimiter that is wrong
+  LONG code_page = 65001;
+  bool uses_session = true;
+};
+
+// Any thread may call any method. A page is compiled when it is first asked for and shared by all workers;
+// it is compiled again when one of the files that it was made of has changed. A page with an error is
+// looked at anew each time.
+class Programs {
+ public:
+  explicit Programs(std::string root) : root_(std::move(root)) {}
+
+  // `physical` is the page's canonical path.
+  LoadedPage load(const std::string& virtual_path, const std::string& physical);
+
+ private:
+  std::shared_ptr<const pages::CompiledPage> current(const std::string& physical);
+
+  std::string root_;
+  std::mutex lock_;
+  std::unordered_map<std::string, std::shared_ptr<const pages::CompiledPage>> pages_;
+};
+
+}  // namespace zelto

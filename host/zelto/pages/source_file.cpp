@@ -1,0 +1,71 @@
+#include "pages/source_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "intrinsics/text.h"
+
+namespace zelto::pages {
+
+namespace {
+
+constexpr LONG kUtf16LittleEndian = 1200;
+constexpr LONG kUtf16BigEndian = 1201;
+
+long long nanoseconds(const timespec& time) { return time.tv_sec * 1'000'000'000LL + time.tv_nsec; }
+
+std::optional<FileStamp> regular_file_stamp(const struct stat& status) {
+  if (!S_ISREG(status.st_mode)) return std::nullopt;
+  return FileStamp{status.st_dev, status.st_ino, status.st_size, nanoseconds(status.st_mtim),
+                   nanoseconds(status.st_ctim)};
+}
+
+class OpenFile {
+ public:
+  explicit OpenFile(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  ~OpenFile() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+  int get() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+}  // namespace
+
+std::optional<FileStamp> stamp_of(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+  return regular_file_stamp(status);
+}
+
+std::optional<SourceBytes> read_source(const std::string& path) {
+  const OpenFile file(path);
+  struct stat status {};
+  if (file.get() < 0 || ::fstat(file.get(), &status) != 0) return std::nullopt;
+  const std::optional<FileStamp> stamp = regular_file_stamp(status);
+  if (!stamp || stamp->size > kMaxSource) return std::nullopt;
+  SourceBytes source{std::string(static_cast<std::size_t>(stamp->size), '\0'), *stamp};
+  std::size_t done = 0;
+  while (done < source.bytes.size()) {
+    const ssize_t got = ::read(file.get(), source.bytes.data() + done, source.bytes.size() - done);
+    if (got < 0) return std::nullopt;
+    if (got == 0) break;  // it became shorter; its stamp has changed as well
+    done += static_cast<std::size_t>(got);
+  }
+  source.bytes.resize(done);
+  return source;
+}
+
+std::wstring decode_source(std::string_view bytes, LONG code_page) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) return to_wide(bytes.substr(3));
+  if (bytes.starts_with("\xFF\xFE")) return decode(kUtf16LittleEndian, bytes.substr(2));
+  if (bytes.starts_with("\xFE\xFF")) return decode(kUtf16BigEndian, bytes.substr(2));
+  return decode(code_page, bytes);
+}
+
+}  // namespace zelto::pages

@@ -1,0 +1,114 @@
+#include "pages/tag_attributes.h"
+
+#include <algorithm>
+
+namespace zelto::pages {
+
+namespace {
+
+wchar_t lower(wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c; }
+bool is_blank(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\r' || c == L'\n' || c == L'\f'; }
+bool is_name(wchar_t c) { return !is_blank(c) && c != L'=' && c != L'>' && c != L'"' && c != L'\'' && c != L'/'; }
+
+// Reads one attribute; `at` moves behind it. False when there is none.
+bool read_one(std::wstring_view text, std::size_t& at, Attribute& attribute) {
+  const std::size_t begin = at;
+  while (at < text.size() && is_name(text[at])) ++at;
+  if (at == begin) return false;
+  attribute.name = text.substr(begin, at - begin);
+  attribute.value = {};
+  if (const std::size_t equals = skip_blanks(text, at); equals < text.size() && text[equals] == L'=') {
+    const std::optional<AttributeValue> value = read_attribute_value(text, at);
+    if (!value) return false;
+    attribute.value = value->text;
+    at = value->end;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool TagAttributes::has(std::wstring_view name) const {
+  return std::ranges::any_of(all, [&](const Attribute& attribute) { return same_word(attribute.name, name); });
+}
+
+std::wstring_view TagAttributes::value_of(std::wstring_view name) const {
+  const auto found =
+      std::ranges::find_if(all, [&](const Attribute& attribute) { return same_word(attribute.name, name); });
+  return found == all.end() ? std::wstring_view() : found->value;
+}
+
+std::size_t skip_blanks(std::wstring_view text, std::size_t at) {
+  while (at < text.size() && is_blank(text[at])) ++at;
+  return at;
+}
+
+bool has_word(std::wstring_view text, std::size_t at, std::wstring_view word) {
+  if (at > text.size() || !same_word(text.substr(at, word.size()), word)) return false;
+  const std::size_t end = at + word.size();
+  if (end >= text.size()) return true;
+  const wchar_t next = lower(text[end]);
+  return !((next >= L'a' && next <= L'z') || (next >= L'0' && next <= L'9') || next == L'-' || next == L'_');
+}
+
+bool same_word(std::wstring_view a, std::wstring_view b) { return std::ranges::equal(a, b, {}, lower, lower); }
+
+std::string ascii(std::wstring_view text) {
+  std::string out;
+  for (const wchar_t c : text) out += c >= L' ' && c < 127 ? static_cast<char>(c) : '?';
+  return out;
+}
+
+bool is_javascript(std::wstring_view language) {
+  return std::ranges::any_of(std::initializer_list<std::wstring_view>{L"javascript", L"jscript", L"ecmascript"},
+                             [&](std::wstring_view known) { return same_word(language, known); });
+}
+
+std::optional<AttributeValue> read_attribute_value(std::wstring_view text, std::size_t at) {
+  at = skip_blanks(text, at);
+  if (at >= text.size() || text[at] != L'=') return std::nullopt;
+  at = skip_blanks(text, at + 1);
+  if (at < text.size() && (text[at] == L'"' || text[at] == L'\'')) {
+    const std::size_t close = text.find(text[at], at + 1);
+    if (close == std::wstring_view::npos) return std::nullopt;
+    return AttributeValue{text.substr(at + 1, close - at - 1), close + 1};
+  }
+  const std::size_t begin = at;
+  while (at < text.size() && !is_blank(text[at]) && text[at] != L'>') ++at;
+  std::wstring_view value = text.substr(begin, at - begin);
+  // An include without quotes may run into the end of its comment.
+  if (value.ends_with(L"--")) {
+    value.remove_suffix(2);
+    at -= 2;
+  }
+  return AttributeValue{value, at};
+}
+
+std::optional<TagAttributes> read_tag(std::wstring_view text, std::size_t at) {
+  TagAttributes tag{{}, 0};
+  while (true) {
+    at = skip_blanks(text, at);
+    if (at >= text.size()) return std::nullopt;
+    if (text[at] == L'>') break;
+    Attribute attribute;
+    if (read_one(text, at, attribute)) {
+      tag.all.push_back(attribute);
+    } else {
+      ++at;  // a stray character, as browsers skip it
+    }
+  }
+  tag.end = at + 1;
+  return tag;
+}
+
+std::optional<std::vector<Attribute>> read_attributes(std::wstring_view text) {
+  std::vector<Attribute> all;
+  for (std::size_t at = skip_blanks(text, 0); at < text.size(); at = skip_blanks(text, at)) {
+    Attribute attribute;
+    if (!read_one(text, at, attribute)) return std::nullopt;
+    all.push_back(attribute);
+  }
+  return all;
+}
+
+}  // namespace zelto::pages

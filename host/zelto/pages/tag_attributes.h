@@ -1,0 +1,44 @@
+// Names and values as tags and directives hold them: name="value", name='value', name=value, name.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zelto::pages {
+
+struct Attribute {
+  std::wstring_view name;
+  std::wstring_view value;  // empty without one
+};
+
+struct AttributeValue {
+  std::wstring_view text;
+  std::size_t end;  // behind the value and its closing quote
+};
+
+struct TagAttributes {
+  std::vector<Attribute> all;
+  std::size_t end;  // behind the '>'
+
+  bool has(std::wstring_view name) const;
+  std::wstring_view value_of(std::wstring_view name) const;  // of the first of that name in any letter case
+};
+
+std::size_t skip_blanks(std::wstring_view text, std::size_t at);
+// Whether the word stands there, in any letter case, and ends there.
+bool has_word(std::wstring_view text, std::size_t at, std::wstring_view word);
+bool same_word(std::wstring_view a, std::wstring_view b);  // ASCII letter case ignored
+std::string ascii(std::wstring_view text);                 // for messages; other characters become '?'
+bool is_javascript(std::wstring_view language);
+
+// `= value`, from the equals sign or the blanks before it. Nothing without an equals sign or a closing quote.
+std::optional<AttributeValue> read_attribute_value(std::wstring_view text, std::size_t at);
+// The attributes of a tag from behind its name. Nothing when the tag has no end.
+std::optional<TagAttributes> read_tag(std::wstring_view text, std::size_t at);
+// The attributes of a text that holds nothing else. Nothing when it cannot be read as such.
+std::optional<std::vector<Attribute>> read_attributes(std::wstring_view text);
+
+}  // namespace zelto::pages
