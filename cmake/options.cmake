@@ -37,6 +37,11 @@ if(KOR_SANITIZE)
   endif()
 endif()
 
+if(KOR_FUZZ)
+  # clang counts sign conversions among -Wconversion, the project's compiler does not.
+  target_compile_options(kor_flags INTERFACE -fsanitize=fuzzer-no-link -Wno-sign-conversion)
+endif()
+
 function(kor_options target)
   target_link_libraries(${target} PRIVATE kor_flags sdk)
 endfunction()

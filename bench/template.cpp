@@ -1,0 +1,107 @@
+// Drawing a page of 100 rows, streamed and replayed, and parsing it.
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+#include <korlib/comvariant.h>
+
+#include "templator/templator_concept.h"
+
+namespace {
+
+// As a response does it: a copy of each text behind the last.
+class Sink final : public IStream {
+ public:
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    return korlib::query_list<IStream, IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return 2; }
+  ULONG Release() override { return 1; }
+  HRESULT Read(void*, ULONG, ULONG*) override { return E_NOTIMPL; }
+  HRESULT Write(const void* data, ULONG bytes, ULONG*) override {
+    text.append(static_cast<const wchar_t*>(data), bytes / sizeof(wchar_t));
+    return S_OK;
+  }
+  HRESULT Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+  HRESULT SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
+  HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+  HRESULT Commit(DWORD) override { return E_NOTIMPL; }
+  HRESULT Revert() override { return E_NOTIMPL; }
+  HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+  HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+  HRESULT Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
+  HRESULT Clone(IStream**) override { return E_NOTIMPL; }
+
+  std::wstring text;
+};
+
+class Engine final : public CTemplatorConcept {
+ public:
+  Engine() : CTemplatorConcept(L"%;:*/=~+-$\\&|") { putref_Output(&sink); }
+  HRESULT OnMarked(CMarkData&) override { return write_output(value_); }
+
+  Sink sink;
+
+ private:
+  CComBSTR value_{L"value"};
+};
+
+const CComBSTR& page() {
+  static const CComBSTR text = [] {
+    std::wstring rows = L"<table>\n";
+    for (int i = 0; i < 100; ++i) {
+      rows += L"<tr><td>(#;Rows|" + std::to_wstring(i) + L"#|#Name#)</td><td>(#:Total#)</td></tr>\n";
+    }
+    return CComBSTR(std::wstring_view(rows + L"</table>\n"));
+  }();
+  return text;
+}
+
+void count_bytes(benchmark::State& state) {
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(page().byte_length()));
+}
+
+void BM_Streaming(benchmark::State& state) {
+  Engine engine;
+  for (auto _ : state) {
+    engine.sink.text.clear();
+    if (FAILED(engine.Process(page().get()))) state.SkipWithError("streaming failed");
+  }
+  count_bytes(state);
+}
+BENCHMARK(BM_Streaming);
+
+void BM_Replay(benchmark::State& state) {
+  Engine engine;
+  CTemplate tmpl;
+  if (FAILED(engine.Parse(page().get(), tmpl))) state.SkipWithError("parsing failed");
+  for (auto _ : state) {
+    engine.sink.text.clear();
+    if (FAILED(engine.Process(tmpl))) state.SkipWithError("replay failed");
+  }
+  count_bytes(state);
+}
+BENCHMARK(BM_Replay);
+
+void BM_Parse(benchmark::State& state) {
+  Engine engine;
+  for (auto _ : state) {
+    CTemplate tmpl;
+    if (FAILED(engine.Parse(page().get(), tmpl))) state.SkipWithError("parsing failed");
+  }
+  count_bytes(state);
+}
+BENCHMARK(BM_Parse);
+
+// The floor: the same text copied once.
+void BM_Copy(benchmark::State& state) {
+  std::wstring copy;
+  for (auto _ : state) {
+    copy.assign(page().view());
+    benchmark::DoNotOptimize(copy.data());
+  }
+  count_bytes(state);
+}
+BENCHMARK(BM_Copy);
+
+}  // namespace
