@@ -72,6 +72,7 @@ class Reader {
   // The next four characters' values; false when there are none left. To be used only on a text whose
   // characters that count are a multiple of four.
   bool next_group(std::uint8_t (&group)[4]) {
+    if (take_unbroken(group)) return true;
     for (std::uint8_t& value : group) {
       do {
         if (at_ == end_) return false;
@@ -82,6 +83,17 @@ class Reader {
   }
 
  private:
+  // The usual case: four characters of the alphabet in a row.
+  bool take_unbroken(std::uint8_t (&group)[4]) {
+    if (end_ - at_ < 4) return false;
+    const auto any = static_cast<std::uint32_t>(at_[0] | at_[1] | at_[2] | at_[3]);
+    if (any >= kValues.size()) return false;
+    for (std::size_t i = 0; i < 4; ++i) group[i] = kValues[static_cast<std::size_t>(at_[i])];
+    if ((group[0] | group[1] | group[2] | group[3]) & 0xC0) return false;
+    at_ += 4;
+    return true;
+  }
+
   const wchar_t* at_;
   const wchar_t* end_;
 };

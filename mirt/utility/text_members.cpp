@@ -1,5 +1,6 @@
 // HTMLEncode, Trim, SubmitDecode.
 #include <algorithm>
+#include <cstdint>
 #include <cwchar>
 #include <string>
 #include <string_view>
@@ -41,6 +42,14 @@ std::size_t html_growth(std::wstring_view text) {
   return growth;
 }
 
+// Whether reference_for has an answer: a bit for each character below 64.
+bool is_special(wchar_t c) {
+  constexpr std::uint64_t kSpecial =
+      std::uint64_t{1} << L'<' | std::uint64_t{1} << L'>' | std::uint64_t{1} << L'"' | std::uint64_t{1} << L'&';
+  const auto code = static_cast<std::uint32_t>(c);
+  return code < 64 && (kSpecial >> code & 1) != 0;
+}
+
 constexpr std::wstring_view kTrimmed = L" \u3000\t\r\n";
 
 // Replaces each "&#number;" of the text by its character. An unterminated one stays as it is.
@@ -75,7 +84,7 @@ HRESULT html_encode(BSTR text, BSTR* encoded) noexcept {
   const wchar_t* const end = run + plain.size();
   while (run != end) {
     const wchar_t* special = run;
-    while (special != end && reference_for(*special).empty()) ++special;
+    while (special != end && !is_special(*special)) ++special;
     out = std::copy(run, special, out);
     run = special;
     if (run != end) {

@@ -26,10 +26,14 @@ HRESULT CreateErrorInfo(ICreateErrorInfo** info) {
 }
 
 namespace test {
+
+// With external linkage, so that the compiler does not know that it stays null.
+extern ITypeInfo* no_type_info;
+ITypeInfo* no_type_info = nullptr;
+
 namespace {
 
 long live_count = 0;
-ITypeInfo* no_type_info = nullptr;
 
 int constructions_to_fail = 0;
 int last_seen_in_memory = 0;

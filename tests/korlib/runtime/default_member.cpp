@@ -1,0 +1,152 @@
+// Objects where a plain value is asked for.
+#include <gtest/gtest.h>
+
+#include "default_object.h"
+#include "values.h"
+
+namespace {
+
+using namespace values;
+
+HRESULT change(const CComVariant& source, VARTYPE vt, CComVariant* target) {
+  return VariantChangeType(target, &source, 0, vt);
+}
+
+CComVariant object_value(const CComPtr<DefaultObject>& object) {
+  return CComVariant(static_cast<IDispatch*>(object.get()));
+}
+CComVariant unknown_value(IUnknown* object) { return CComVariant(object); }
+
+class DefaultMember : public testing::Test {
+ protected:
+  void TearDown() override { EXPECT_EQ(DefaultObject::alive(), 0); }
+};
+
+TEST_F(DefaultMember, IsReadAndConvertedFurther) {
+  const auto object = DefaultObject::holding(r8(2.5));
+  CComVariant target;
+  EXPECT_EQ(change(object_value(object), VT_R8, &target), S_OK);
+  EXPECT_PRED2(same, target, r8(2.5));
+  EXPECT_EQ(change(object_value(object), VT_BSTR, &target), S_OK);
+  EXPECT_PRED2(same, target, text(L"2.5"));
+  EXPECT_EQ(change(object_value(object), VT_I4, &target), S_OK);
+  EXPECT_PRED2(same, target, i4(2));
+  EXPECT_EQ(object->last_flags(), DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+}
+
+TEST_F(DefaultMember, IsReadInPlace) {
+  auto object = DefaultObject::holding(text(L"value"));
+  CComVariant v = object_value(object);
+  object.reset();
+  EXPECT_EQ(VariantChangeType(&v, &v, 0, VT_BSTR), S_OK);
+  EXPECT_PRED2(same, v, text(L"value"));
+}
+
+TEST_F(DefaultMember, IsReadThroughAnyInterfaceAndReference) {
+  auto object = DefaultObject::holding(text(L"value"));
+  CComVariant unknown = unknown_value(object.get());
+  CComVariant dispatch = object_value(object);
+  for (const CComVariant& source :
+       {unknown, reference_to(unknown), reference_to(dispatch), reference_to_variant(dispatch)}) {
+    CComVariant target;
+    EXPECT_EQ(change(source, VT_BSTR, &target), S_OK);
+    EXPECT_PRED2(same, target, text(L"value"));
+  }
+}
+
+TEST_F(DefaultMember, MayAnswerAReference) {
+  CComVariant held(L"held");
+  const auto object = DefaultObject::make([&](VARIANT* result) {
+    VariantInit(result);
+    result->vt = VT_BYREF | VT_BSTR;
+    result->pbstrVal = &held.bstrVal;
+    return S_OK;
+  });
+  CComVariant target;
+  EXPECT_EQ(change(object_value(object), VT_BSTR, &target), S_OK);
+  EXPECT_PRED2(same, target, text(L"held"));
+}
+
+TEST_F(DefaultMember, OfADefaultMemberIsReadInTurn) {
+  const auto inner = DefaultObject::holding(i4(7));
+  const auto outer = DefaultObject::holding(object_value(inner));
+  CComVariant target;
+  EXPECT_EQ(change(object_value(outer), VT_BSTR, &target), S_OK);
+  EXPECT_PRED2(same, target, text(L"7"));
+}
+
+TEST_F(DefaultMember, ThatIsTheObjectItselfIsAMismatch) {
+  IDispatch* self = nullptr;
+  const auto object = DefaultObject::make([&](VARIANT* result) {
+    VariantInit(result);
+    result->vt = VT_DISPATCH;
+    result->pdispVal = self;
+    self->AddRef();
+    return S_OK;
+  });
+  self = object.get();
+  CComVariant target(L"kept");
+  EXPECT_EQ(change(object_value(object), VT_BSTR, &target), DISP_E_TYPEMISMATCH);
+  EXPECT_PRED2(same, target, text(L"kept"));
+}
+
+TEST_F(DefaultMember, ThatIsMissingIsAMismatch) {
+  for (const HRESULT hr : {DISP_E_MEMBERNOTFOUND, DISP_E_UNKNOWNNAME, DISP_E_BADPARAMCOUNT, E_NOTIMPL}) {
+    const auto object = DefaultObject::make([hr](VARIANT*) { return hr; });
+    CComVariant target(L"kept");
+    EXPECT_EQ(change(object_value(object), VT_BSTR, &target), DISP_E_TYPEMISMATCH);
+    EXPECT_PRED2(same, target, text(L"kept"));
+  }
+}
+
+TEST_F(DefaultMember, ThatFailsPassesItsFailureOn) {
+  const auto object = DefaultObject::make([](VARIANT*) { return E_ABORT; });
+  CComVariant target;
+  EXPECT_EQ(change(object_value(object), VT_BSTR, &target), E_ABORT);
+  const CComVariant value = object_value(object);
+  const CComVariant other(L"x");
+  EXPECT_EQ(VarCmp(&value, &other, 0, 0), E_ABORT);
+}
+
+TEST_F(DefaultMember, OfNullOrOmittedIsAMismatch) {
+  for (const CComVariant& held : {null(), error(DISP_E_PARAMNOTFOUND)}) {
+    const auto object = DefaultObject::holding(held);
+    CComVariant target;
+    EXPECT_EQ(change(object_value(object), VT_BSTR, &target), DISP_E_TYPEMISMATCH);
+  }
+}
+
+TEST_F(DefaultMember, IsNothingWithoutAnObject) {
+  CComVariant target;
+  EXPECT_EQ(change(of_type(VT_DISPATCH), VT_BSTR, &target), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(change(of_type(VT_UNKNOWN), VT_I4, &target), DISP_E_TYPEMISMATCH);
+}
+
+TEST_F(DefaultMember, IsNothingWithoutLateBinding) {
+  PlainObject plain;
+  {
+    CComVariant target;
+    EXPECT_EQ(change(unknown_value(&plain), VT_BSTR, &target), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(change(unknown_value(&plain), VT_DISPATCH, &target), DISP_E_TYPEMISMATCH);
+  }
+  EXPECT_EQ(plain.references(), 1u);
+}
+
+TEST_F(DefaultMember, IsNotReadWhereAnObjectIsAskedFor) {
+  const auto object = DefaultObject::make([](VARIANT*) {
+    ADD_FAILURE() << "nobody asked for the value";
+    return E_FAIL;
+  });
+  CComVariant target;
+  EXPECT_EQ(change(object_value(object), VT_UNKNOWN, &target), S_OK);
+  EXPECT_EQ(target.vt, VT_UNKNOWN);
+  EXPECT_EQ(target.punkVal, static_cast<IUnknown*>(object.get()));
+  EXPECT_EQ(change(unknown_value(object.get()), VT_DISPATCH, &target), S_OK);
+  EXPECT_EQ(target.vt, VT_DISPATCH);
+  EXPECT_EQ(change(object_value(object), VT_DISPATCH, &target), S_OK);
+  EXPECT_EQ(object->references(), 2u);
+  EXPECT_EQ(change(of_type(VT_DISPATCH), VT_UNKNOWN, &target), S_OK);
+  EXPECT_EQ(target.punkVal, nullptr);
+}
+
+}  // namespace

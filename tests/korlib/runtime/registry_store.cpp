@@ -1,0 +1,173 @@
+#include <korlib_host/registry_store.h>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "temporary_folder.h"
+
+namespace {
+
+using korlib_host::RegistryStore;
+
+class RegistryStoreTest : public testing::Test {
+ protected:
+  std::filesystem::path file() const { return folder_.path() / "registry.json"; }
+  std::string content() const {
+    std::ifstream stream(file());
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+  void write(std::string_view text) const { std::ofstream(file()) << text; }
+  std::ptrdiff_t files_beside() const {
+    return std::distance(std::filesystem::directory_iterator(folder_.path()), std::filesystem::directory_iterator());
+  }
+
+  TemporaryFolder folder_;
+};
+
+TEST_F(RegistryStoreTest, IsEmptyWithoutAFile) {
+  const RegistryStore store(file());
+  EXPECT_TRUE(store.has_key(L""));
+  EXPECT_FALSE(store.has_key(L"Mirt"));
+  EXPECT_EQ(store.value(L"Mirt", L""), std::nullopt);
+  EXPECT_EQ(store.problem(), "");
+  EXPECT_FALSE(std::filesystem::exists(file()));
+}
+
+TEST_F(RegistryStoreTest, KeepsWhatIsWrittenBeyondItsLife) {
+  {
+    RegistryStore store(file());
+    EXPECT_EQ(store.create_key(L"CLSID\\{1}\\InProcServer32"), S_OK);
+    EXPECT_EQ(store.set_value(L"CLSID\\{1}\\InProcServer32", L"", L"/opt/\x65E5\x672C/lib \"x\".so"), S_OK);
+    EXPECT_EQ(store.set_value(L"CLSID\\{1}\\InProcServer32", L"ThreadingModel", L"Apartment"), S_OK);
+    EXPECT_EQ(store.set_value(L"CLSID\\{1}", L"", L"Mirt"), S_OK);
+  }
+  const RegistryStore store(file());
+  EXPECT_TRUE(store.has_key(L"CLSID\\{1}"));
+  EXPECT_EQ(store.value(L"CLSID\\{1}\\InProcServer32", L""), L"/opt/\x65E5\x672C/lib \"x\".so");
+  EXPECT_EQ(store.value(L"CLSID\\{1}\\InProcServer32", L"ThreadingModel"), L"Apartment");
+  EXPECT_EQ(store.value(L"CLSID\\{1}", L""), L"Mirt");
+  EXPECT_EQ(store.value(L"CLSID\\{1}", L"ThreadingModel"), std::nullopt);
+}
+
+TEST_F(RegistryStoreTest, MatchesNamesInAnyLetterCaseAndKeepsTheFirst) {
+  RegistryStore store(file());
+  EXPECT_EQ(store.create_key(L"Mirt.Utility\\CLSID"), S_OK);
+  EXPECT_EQ(store.set_value(L"mirt.utility\\clsid", L"ThreadingModel", L"a"), S_OK);
+  EXPECT_EQ(store.set_value(L"MIRT.UTILITY\\CLSID", L"THREADINGMODEL", L"b"), S_OK);
+  EXPECT_EQ(store.create_key(L"MIRT.utility\\clsid"), S_OK);
+  EXPECT_EQ(store.value(L"Mirt.Utility\\Clsid", L"threadingmodel"), L"b");
+  EXPECT_NE(content().find("\"Mirt.Utility\""), std::string::npos);
+  EXPECT_NE(content().find("\"ThreadingModel\""), std::string::npos);
+  EXPECT_EQ(content().find("MIRT"), std::string::npos);
+}
+
+TEST_F(RegistryStoreTest, SetsValuesOnlyOfKeysThatAreThere) {
+  RegistryStore store(file());
+  EXPECT_EQ(store.set_value(L"Mirt", L"", L"x"), E_INVALIDARG);
+  EXPECT_FALSE(store.has_key(L"Mirt"));
+  EXPECT_EQ(store.set_value(L"", L"name", L"of the root"), S_OK);
+  EXPECT_EQ(store.value(L"", L"name"), L"of the root");
+}
+
+TEST_F(RegistryStoreTest, DeletesOnlyKeysWithoutKeysBelow) {
+  RegistryStore store(file());
+  EXPECT_EQ(store.create_key(L"Mirt\\CLSID"), S_OK);
+  EXPECT_EQ(store.set_value(L"Mirt\\CLSID", L"", L"x"), S_OK);
+  EXPECT_EQ(store.delete_key(L"Mirt"), E_INVALIDARG);
+  EXPECT_EQ(store.delete_key(L""), E_INVALIDARG);
+  EXPECT_EQ(store.delete_key(L"Mirt\\Other"), E_INVALIDARG);
+  EXPECT_EQ(store.delete_key(L"Other\\CLSID"), E_INVALIDARG);
+  EXPECT_EQ(store.delete_key(L"mirt\\clsid"), S_OK);
+  EXPECT_FALSE(store.has_key(L"Mirt\\CLSID"));
+  EXPECT_EQ(store.delete_key(L"Mirt"), S_OK);
+  EXPECT_FALSE(store.has_key(L"Mirt"));
+  EXPECT_FALSE(RegistryStore(file()).has_key(L"Mirt"));
+}
+
+TEST_F(RegistryStoreTest, RefusesNamesThatAreNone) {
+  RegistryStore store(file());
+  const std::wstring long_name(256, L'x');
+  std::wstring deep = L"0";
+  for (int i = 0; i < 40; ++i) deep += L"\\0";
+  for (const std::wstring& key :
+       {std::wstring(L"\\"), std::wstring(L"a\\"), std::wstring(L"\\a"), std::wstring(L"a\\\\b"), long_name, deep}) {
+    EXPECT_EQ(store.create_key(key), E_INVALIDARG);
+    EXPECT_FALSE(store.has_key(key));
+  }
+  EXPECT_EQ(store.create_key(std::wstring(255, L'x')), S_OK);
+  EXPECT_EQ(store.set_value(L"", long_name, L""), E_INVALIDARG);
+  EXPECT_EQ(store.set_value(L"", L"", std::wstring(40000, L'x')), E_INVALIDARG);
+}
+
+TEST_F(RegistryStoreTest, SeesWhatAnotherStoreWrote) {
+  RegistryStore one(file());
+  RegistryStore other(file());
+  EXPECT_EQ(one.create_key(L"A"), S_OK);
+  EXPECT_TRUE(other.has_key(L"A"));
+  EXPECT_EQ(other.create_key(L"B"), S_OK);
+  EXPECT_TRUE(one.has_key(L"A"));
+  EXPECT_TRUE(one.has_key(L"B"));
+  std::filesystem::remove(file());
+  EXPECT_FALSE(one.has_key(L"A"));
+}
+
+TEST_F(RegistryStoreTest, LeavesNothingBesideTheFileButItsLock) {
+  RegistryStore store(file());
+  EXPECT_EQ(store.create_key(L"A"), S_OK);
+  EXPECT_EQ(store.create_key(L"B"), S_OK);
+  EXPECT_EQ(files_beside(), 2);
+}
+
+TEST_F(RegistryStoreTest, MakesTheFolderOfTheFile) {
+  RegistryStore store(folder_.path() / "a" / "b" / "registry.json");
+  EXPECT_EQ(store.create_key(L"A"), S_OK);
+  EXPECT_TRUE(std::filesystem::exists(store.file()));
+}
+
+TEST_F(RegistryStoreTest, ChangesNothingWhenTheFileCannotBeWritten) {
+  // A folder stands where the file should be; that holds for every user.
+  std::filesystem::create_directory(file());
+  std::ofstream(file() / "occupied") << "x";
+  RegistryStore store(file());
+  EXPECT_EQ(store.create_key(L"A"), E_FAIL);
+  EXPECT_FALSE(store.has_key(L"A"));
+  EXPECT_NE(store.problem(), "");
+  EXPECT_EQ(files_beside(), 2);
+}
+
+TEST_F(RegistryStoreTest, NeverWritesOverAFileThatItCannotRead) {
+  std::string deep;
+  for (int i = 0; i < 1000; ++i) deep += R"({"keys":{"a":)";
+  const std::string cases[] = {"not json",
+                               "[]",
+                               "{",
+                               R"({"keys":[]})",
+                               R"({"values":{"a":1}})",
+                               R"({"other":{}})",
+                               R"({"keys":{"a":"b"}})",
+                               deep + "{}" + std::string(2000, '}'),
+                               std::string(100000, '[')};
+  for (const std::string& text : cases) {
+    write(text);
+    RegistryStore store(file());
+    EXPECT_EQ(store.problem(), file().string() + ": not a registry store") << text.substr(0, 40);
+    EXPECT_EQ(store.create_key(L"A"), E_FAIL);
+    EXPECT_FALSE(store.has_key(L"A"));
+    EXPECT_EQ(content(), text);
+  }
+  write("{}");
+  EXPECT_EQ(RegistryStore(file()).problem(), "");
+}
+
+TEST_F(RegistryStoreTest, ServesAgainOnceTheFileIsMended) {
+  write("broken");
+  RegistryStore store(file());
+  EXPECT_FALSE(store.has_key(L"A"));
+  write(R"({"keys":{"A":{"values":{"":"text"}}}})");
+  EXPECT_EQ(store.value(L"a", L""), L"text");
+  EXPECT_EQ(store.problem(), "");
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+#include <korlib/text.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+std::wstring decoded(std::string_view bytes) {
+  std::wstring text(utf8_utf32(bytes.data(), bytes.size(), nullptr, 0), L'?');
+  EXPECT_EQ(utf8_utf32(bytes.data(), bytes.size(), text.data(), text.size()), text.size());
+  return text;
+}
+
+std::string encoded(std::wstring_view text) {
+  std::string bytes(utf32_utf8(text.data(), text.size(), nullptr, 0), '?');
+  EXPECT_EQ(utf32_utf8(text.data(), text.size(), bytes.data(), bytes.size()), bytes.size());
+  return bytes;
+}
+
+// The examples of RFC 3629, section 7, and the ends of every length.
+const struct {
+  std::wstring_view text;
+  std::string_view bytes;
+} kPairs[] = {
+    {L"", ""},
+    {L"A\x2262\x0391.", "A\xE2\x89\xA2\xCE\x91."},
+    {L"\xD55C\xAD6D\xC5B4", "\xED\x95\x9C\xEA\xB5\xAD\xEC\x96\xB4"},
+    {L"\x65E5\x672C\x8A9E", "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E"},
+    {L"\xFEFF\x233B4", "\xEF\xBB\xBF\xF0\xA3\x8E\xB4"},
+    {L"\x7F", "\x7F"},
+    {L"\x80", "\xC2\x80"},
+    {L"\x7FF", "\xDF\xBF"},
+    {L"\x800", "\xE0\xA0\x80"},
+    {L"\xD7FF", "\xED\x9F\xBF"},
+    {L"\xE000", "\xEE\x80\x80"},
+    {L"\xFFFF", "\xEF\xBF\xBF"},
+    {L"\x10000", "\xF0\x90\x80\x80"},
+    {L"\x10FFFF", "\xF4\x8F\xBF\xBF"},
+    {std::wstring_view(L"a\0b", 3), std::string_view("a\0b", 3)},
+};
+
+TEST(Utf8, ConvertsBothWays) {
+  for (const auto& pair : kPairs) {
+    EXPECT_EQ(encoded(pair.text), pair.bytes);
+    EXPECT_EQ(decoded(pair.bytes), pair.text);
+  }
+}
+
+TEST(Utf8, GivesEveryCharacterBackUnchanged) {
+  std::wstring all;
+  for (unsigned c = 0; c <= 0x10FFFF; ++c) {
+    if (c < 0xD800 || c > 0xDFFF) all += static_cast<wchar_t>(c);
+  }
+  EXPECT_EQ(decoded(encoded(all)), all);
+}
+
+TEST(Utf8, ReplacesWhatIsNoCharacterWhenEncoding) {
+  const wchar_t no_characters[] = {static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0xDFFF),
+                                   static_cast<wchar_t>(0x110000), static_cast<wchar_t>(-1)};
+  EXPECT_EQ(encoded({no_characters, 4}), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
+}
+
+// Tables 3-8 to 3-11 of the Unicode Standard, and sequences that end too soon.
+TEST(Utf8, ReplacesEachMaximalIllFormedSubsequenceOnce) {
+  const struct {
+    std::string_view bytes;
+    std::wstring_view text;
+  } cases[] = {
+      {"\xC0\xAF\xE0\x80\xBF\xF0\x81\x82"
+       "A",
+       L"\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD"
+       L"A"},
+      {"\xED\xA0\x80\xED\xBF\xBF\xED\xAF"
+       "A",
+       L"\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD"
+       L"A"},
+      {"\xF4\x91\x92\x93\xFF"
+       "A\x80\xBF"
+       "B",
+       L"\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD"
+       L"A\xFFFD\xFFFD"
+       L"B"},
+      {"\xE1\x80\xE2\xF0\x91\x92\xF1\xBF"
+       "A",
+       L"\xFFFD\xFFFD\xFFFD\xFFFD"
+       L"A"},
+      {"\xC3", L"\xFFFD"},
+      {"\xE3\x81", L"\xFFFD"},
+      {"\xF0\x9F\x98", L"\xFFFD"},
+      {"\xF0\x9F\x98\xC3\xA9", L"\xFFFD\xE9"},
+      {"\xF8\x88\x80\x80\x80", L"\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(decoded(c.bytes), c.text) << testing::PrintToString(c.bytes);
+}
+
+// A text whose runs of ASCII begin and end at every distance from a vector's edge.
+std::wstring mixed_text() {
+  std::wstring text;
+  for (std::size_t run = 0; run < 40; ++run) text.append(run, L'a').append(1, L'\x3042');
+  return text;
+}
+
+TEST(Utf8, NeverWritesBeyondTheCapacity) {
+  const std::wstring text = mixed_text();
+  const std::string bytes = encoded(text);
+  for (std::size_t capacity = 0; capacity <= bytes.size(); ++capacity) {
+    std::vector<char> out(capacity + 1, '\x7E');
+    EXPECT_EQ(utf32_utf8(text.data(), text.size(), out.data(), capacity), bytes.size());
+    // Cut between characters: what is written is a prefix, and the rest of the room is untouched.
+    const std::size_t written = std::string_view(out.data(), out.size()).find('\x7E');
+    EXPECT_LE(written, capacity);
+    EXPECT_GE(written + 3, capacity + 1);
+    EXPECT_EQ(bytes.compare(0, written, out.data(), written), 0);
+    EXPECT_NE(static_cast<unsigned char>(bytes[written]) & 0xC0, 0x80) << capacity;
+    for (std::size_t i = written; i <= capacity; ++i) EXPECT_EQ(out[i], '\x7E');
+  }
+  for (std::size_t capacity = 0; capacity <= text.size(); ++capacity) {
+    std::vector<wchar_t> out(capacity + 1, L'~');
+    EXPECT_EQ(utf8_utf32(bytes.data(), bytes.size(), out.data(), capacity), text.size());
+    EXPECT_EQ(text.compare(0, capacity, out.data(), capacity), 0);
+    EXPECT_EQ(out[capacity], L'~');
+  }
+}
+
+TEST(Utf8, WritesNothingBehindTheFirstCharacterThatDoesNotFit) {
+  char out[2] = {'?', '?'};
+  EXPECT_EQ(utf32_utf8(L"\x3042"
+                       L"a",
+                       2, out, 2),
+            4u);
+  EXPECT_EQ(out[0], '?');
+  EXPECT_EQ(out[1], '?');
+}
+
+TEST(Utf8, AcceptsNoTextAtAll) {
+  EXPECT_EQ(utf32_utf8(nullptr, 0, nullptr, 0), 0u);
+  EXPECT_EQ(utf8_utf32(nullptr, 0, nullptr, 0), 0u);
+}
+
+}  // namespace
