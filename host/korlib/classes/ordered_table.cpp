@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace korlib {
 
@@ -52,10 +53,8 @@ OrderedTable::Entry& OrderedTable::insert(CComVariant key, const KeyView& view, 
 
 OrderedTable::Entry OrderedTable::take(Entry& entry) {
   *slot_of(entry.view) = kGone;
-  Entry taken = std::move(entry);
-  entry.is_live = false;
   --live_;
-  return taken;
+  return std::exchange(entry, Entry{{}, {}, {}, false});
 }
 
 CComVariant OrderedTable::rename(Entry& entry, CComVariant key, const KeyView& view) {

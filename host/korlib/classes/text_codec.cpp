@@ -6,16 +6,10 @@
 #include <korlib/text.h>
 
 #include "classes/byte_store.h"
+#include "classes/utf16.h"
 
 namespace korlib {
 namespace {
-
-constexpr char32_t kReplacement = 0xFFFD;
-
-constexpr char32_t scalar(wchar_t c) {
-  const char32_t value = static_cast<char32_t>(c);
-  return value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF) ? kReplacement : value;
-}
 
 // Encodes straight into the store when that can overwrite nothing.
 template <class Encode>
@@ -129,17 +123,6 @@ class Utf16Codec final : public TextCodec {
   std::size_t low_;
   std::size_t high_;
 };
-
-std::u16string to_utf16(std::wstring_view text) {
-  std::u16string units;
-  units.reserve(text.size());
-  for (const wchar_t wide : text) {
-    const char32_t c = scalar(wide);
-    if (c >= 0x10000) units.push_back(static_cast<char16_t>(U16_LEAD(c)));
-    units.push_back(static_cast<char16_t>(c >= 0x10000 ? U16_TRAIL(c) : c));
-  }
-  return units;
-}
 
 class ConverterCodec final : public TextCodec {
  public:

@@ -10,7 +10,7 @@
 namespace korlib {
 namespace {
 
-constexpr std::size_t kBufferSize = 64 * 1024;
+constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
 
 }  // namespace
 
@@ -65,7 +65,7 @@ HRESULT TextFile::flush() {
 }
 
 std::wstring TextFile::read(std::size_t characters) {
-  const std::wstring read = text_.substr(at_, characters);
+  std::wstring read = text_.substr(at_, characters);
   at_ += read.size();
   count_lines(read);
   return read;

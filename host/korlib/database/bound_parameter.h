@@ -1,0 +1,35 @@
+// A parameter in the shape in which a driver reads and writes it.
+#pragma once
+
+#include <memory>
+
+#include "database/value.h"
+
+namespace korlib::db {
+
+// Stays where it is while the statement runs.
+class BoundParameter {
+ public:
+  BoundParameter() = default;
+  BoundParameter(const BoundParameter&) = delete;
+  BoundParameter& operator=(const BoundParameter&) = delete;
+
+  // Binds `parameter` as number `number` of the statement, counted from 1; the ODBC result code.
+  short bind(void* statement, unsigned short number, const Parameter& parameter);
+  // What the driver has put there.
+  Value result(Kind kind) const;
+
+ private:
+  short bind_text(void* statement, unsigned short number, const Parameter& parameter);
+  short bind_bytes(void* statement, unsigned short number, const Parameter& parameter);
+  void make_room(const Parameter& parameter, std::size_t unit);
+
+  std::int64_t integer_ = 0;
+  double real_ = 0;
+  unsigned char bit_ = 0;
+  std::unique_ptr<char[]> moment_;  // an SQL_TIMESTAMP_STRUCT
+  std::string buffer_;              // text as UTF-16, or bytes
+  long indicator_ = 0;
+};
+
+}  // namespace korlib::db

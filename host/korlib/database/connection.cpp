@@ -1,0 +1,215 @@
+#include "database/connection.h"
+
+#include "classes/script_errors.h"
+#include "database/errors.h"
+#include "database/recordset.h"
+
+namespace korlib {
+namespace {
+
+constexpr std::wstring_view kSource = L"ADODB.Connection";
+constexpr LONG kLongestTimeout = 24 * 3600;
+
+// An attribute's value as connection strings quote it.
+std::wstring braced(std::wstring_view value) {
+  std::wstring quoted = L"{";
+  for (const wchar_t c : value) quoted.append(c == L'}' ? 2 : 1, c);
+  return quoted + L"}";
+}
+
+std::wstring full_string(std::wstring_view given, std::wstring_view user, std::wstring_view password) {
+  std::wstring text(given);
+  if (!text.empty() && text.find(L'=') == std::wstring::npos) text = L"DSN=" + text;
+  const auto add = [&text](std::wstring_view name, std::wstring_view value) {
+    if (value.empty()) return;
+    if (!text.ends_with(L';')) text += L';';
+    text.append(name).append(braced(value));
+  };
+  add(L"UID=", user);
+  add(L"PWD=", password);
+  return text;
+}
+
+HRESULT set_timeout(LONG seconds, LONG& timeout) {
+  if (seconds < 0 || seconds > kLongestTimeout) {
+    return raise(kInvalidArgument, kSource, L"A time-out is a number of seconds; 0 waits without end.");
+  }
+  timeout = seconds;
+  return S_OK;
+}
+
+}  // namespace
+
+std::span<const Member> Connection::members() {
+  static constexpr Member table[] = {
+      property<&Connection::get_ConnectionString, &Connection::put_ConnectionString>(L"ConnectionString").is_default(),
+      method<&Connection::Open>(L"Open").optional(0, 0, 0, -1),
+      method<&Connection::Close>(L"Close"),
+      method<&Connection::Execute>(L"Execute").optional(0, -1),
+      method<&Connection::BeginTrans>(L"BeginTrans"),
+      method<&Connection::CommitTrans>(L"CommitTrans"),
+      method<&Connection::RollbackTrans>(L"RollbackTrans"),
+      property<&Connection::get_State>(L"State"),
+      property<&Connection::get_CommandTimeout, &Connection::put_CommandTimeout>(L"CommandTimeout"),
+      property<&Connection::get_ConnectionTimeout, &Connection::put_ConnectionTimeout>(L"ConnectionTimeout"),
+      property<&Connection::get_CursorLocation, &Connection::put_CursorLocation>(L"CursorLocation"),
+      property<&Connection::get_Errors>(L"Errors"),
+  };
+  return table;
+}
+
+HRESULT Connection::need_open(std::wstring_view source) const {
+  return session_ ? S_OK : raise(kObjectClosed, source, L"The connection is not open.");
+}
+
+HRESULT Connection::note(std::wstring_view source, const db::Failure& failure) noexcept {
+  try {
+    errors_ = failure.diagnostics();
+    return raise(failure.code(), source, failure.text());
+  } catch (...) {
+    return E_OUTOFMEMORY;
+  }
+}
+
+void Connection::close() noexcept {
+  if (session_) db::give_back(std::move(session_));
+  session_.reset();
+}
+
+std::unique_ptr<db::ResultSet> Connection::run(const std::wstring& sql, std::vector<db::Parameter>& parameters,
+                                               LONG timeout, bool is_kept) {
+  errors_.clear();
+  auto statement = std::make_unique<db::Statement>(session_, timeout);
+  statement->run(sql, parameters);
+  return std::make_unique<db::ResultSet>(std::move(statement), is_kept);
+}
+
+HRESULT Connection::Open(BSTR connection_string, BSTR user, BSTR password, LONG) {
+  if (session_) return raise(kObjectOpen, kSource, L"The connection is open already.");
+  return guarded(kSource, [&] {
+    errors_.clear();
+    if (SysStringLen(connection_string) > 0) connection_string_ = view_of(connection_string);
+    if (connection_string_.empty()) return raise(kInvalidArgument, kSource, L"Open: a connection string is needed.");
+    const std::wstring full = full_string(connection_string_, view_of(user), view_of(password));
+    session_ = db::take_session(full, connection_timeout_);
+    return S_OK;
+  });
+}
+
+HRESULT Connection::Close() {
+  RETURN_IF_FAILED(need_open(kSource));
+  close();
+  return S_OK;
+}
+
+HRESULT Connection::Execute(BSTR text, VARIANT* affected, LONG, IDispatch** recordset) {
+  *recordset = nullptr;
+  RETURN_IF_FAILED(need_open(kSource));
+  return guarded(kSource, [&] {
+    std::vector<db::Parameter> none;
+    std::unique_ptr<db::ResultSet> result = run(std::wstring(view_of(text)), none, command_timeout_, keeps_rows());
+    put_affected(*result, affected);
+    *recordset = make<Recordset>(CComPtr<Connection>(this), std::move(result)).detach();
+    return S_OK;
+  });
+}
+
+HRESULT Connection::BeginTrans(LONG* level) {
+  *level = 0;
+  RETURN_IF_FAILED(need_open(kSource));
+  if (session_->is_in_transaction()) {
+    return raise(kNotInThisContext, kSource, L"BeginTrans: a transaction is open already.");
+  }
+  return guarded(kSource, [&] {
+    session_->begin();
+    *level = 1;
+    return S_OK;
+  });
+}
+
+HRESULT Connection::CommitTrans() {
+  RETURN_IF_FAILED(need_open(kSource));
+  if (!session_->is_in_transaction()) return raise(kNotInThisContext, kSource, L"CommitTrans: no transaction is open.");
+  return guarded(kSource, [&] {
+    session_->commit();
+    return S_OK;
+  });
+}
+
+HRESULT Connection::RollbackTrans() {
+  RETURN_IF_FAILED(need_open(kSource));
+  if (!session_->is_in_transaction()) {
+    return raise(kNotInThisContext, kSource, L"RollbackTrans: no transaction is open.");
+  }
+  return guarded(kSource, [&] {
+    session_->roll_back();
+    return S_OK;
+  });
+}
+
+HRESULT Connection::get_State(LONG* state) {
+  *state = session_ ? 1 : 0;
+  return S_OK;
+}
+
+HRESULT Connection::get_ConnectionString(BSTR* text) {
+  *text = new_bstr(connection_string_);
+  return S_OK;
+}
+
+HRESULT Connection::put_ConnectionString(BSTR text) {
+  if (session_) return raise(kObjectOpen, kSource, L"ConnectionString can be set only while the connection is closed.");
+  connection_string_ = view_of(text);
+  return S_OK;
+}
+
+HRESULT Connection::get_CommandTimeout(LONG* seconds) {
+  *seconds = command_timeout_;
+  return S_OK;
+}
+
+HRESULT Connection::put_CommandTimeout(LONG seconds) { return set_timeout(seconds, command_timeout_); }
+
+HRESULT Connection::get_ConnectionTimeout(LONG* seconds) {
+  *seconds = connection_timeout_;
+  return S_OK;
+}
+
+HRESULT Connection::put_ConnectionTimeout(LONG seconds) { return set_timeout(seconds, connection_timeout_); }
+
+HRESULT Connection::get_CursorLocation(LONG* location) {
+  *location = cursor_location_;
+  return S_OK;
+}
+
+HRESULT Connection::put_CursorLocation(LONG location) {
+  if (location != 2 && location != 3)
+    return raise(kInvalidArgument, kSource, L"CursorLocation is 2 (server) or 3 (client).");
+  cursor_location_ = location;
+  return S_OK;
+}
+
+HRESULT Connection::get_Errors(IDispatch** errors) {
+  *errors = make<ErrorList>(CComPtr<Connection>(this)).detach();
+  return S_OK;
+}
+
+HRESULT connection_of(const VARIANT& value, std::wstring_view source, CComPtr<Connection>& connection) {
+  connection.reset();
+  if (value.vt == VT_EMPTY || value.vt == VT_NULL || is_omitted(value)) return S_OK;
+  if (value.vt == VT_BSTR) {
+    connection = make<Connection>();
+    return connection->Open(value.bstrVal, nullptr, nullptr, -1);
+  }
+  if (value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN) {
+    if (!value.punkVal) return S_OK;
+    CComQIPtr<IConnectionAccess> access(value.punkVal);
+    if (access) {
+      connection = access->connection();
+      return S_OK;
+    }
+  }
+  return raise(kInvalidArgument, source, L"A connection object or a connection string is needed.");
+}
+
+}  // namespace korlib

@@ -1,0 +1,89 @@
+// ADODB.Connection.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <korlib_host/dispatch_object.h>
+
+#include "database/result_set.h"
+
+namespace korlib {
+
+class Connection;
+
+// How the classes of this folder recognise each other's objects.
+struct IConnectionAccess : IUnknown {
+  virtual Connection* connection() = 0;
+
+ protected:
+  ~IConnectionAccess() = default;
+};
+
+}  // namespace korlib
+KORLIB_IID(korlib::IConnectionAccess, "1B1C2A5B-6C11-4E8C-9C6B-0F5A3D5B1E8A");
+
+namespace korlib {
+
+// Serves one thread at a time. Recordsets and commands hold their connection; when the last holder goes,
+// an open transaction is rolled back and the session returns to the pool.
+class Connection final : public DispatchObject<Connection, IDispatch, IConnectionAccess> {
+ public:
+  ~Connection() override { close(); }
+  static std::span<const Member> members();
+  Connection* connection() override { return this; }
+
+  HRESULT Open(BSTR connection_string, BSTR user, BSTR password, LONG options);
+  HRESULT Close();
+  HRESULT Execute(BSTR text, VARIANT* affected, LONG options, IDispatch** recordset);
+  HRESULT BeginTrans(LONG* level);
+  HRESULT CommitTrans();
+  HRESULT RollbackTrans();
+  HRESULT get_State(LONG* state);
+  HRESULT get_ConnectionString(BSTR* text);
+  HRESULT put_ConnectionString(BSTR text);
+  HRESULT get_CommandTimeout(LONG* seconds);
+  HRESULT put_CommandTimeout(LONG seconds);
+  HRESULT get_ConnectionTimeout(LONG* seconds);
+  HRESULT put_ConnectionTimeout(LONG seconds);
+  HRESULT get_CursorLocation(LONG* location);
+  HRESULT put_CursorLocation(LONG location);
+  HRESULT get_Errors(IDispatch** errors);
+
+  // For the other classes of this folder.
+  HRESULT need_open(std::wstring_view source) const;
+  bool keeps_rows() const { return cursor_location_ == 3; }  // a client cursor
+  LONG command_timeout() const { return command_timeout_; }
+  std::vector<db::Diagnostic>& errors() { return errors_; }
+  // Throws db::Failure.
+  std::unique_ptr<db::ResultSet> run(const std::wstring& sql, std::vector<db::Parameter>& parameters, LONG timeout,
+                                     bool is_kept);
+  // Runs `body`; what the database says against it becomes the connection's errors and the thread's.
+  template <class Body>
+  HRESULT guarded(std::wstring_view source, Body body) noexcept {
+    try {
+      return body();
+    } catch (const db::Failure& failure) {
+      return note(source, failure);
+    } catch (...) {
+      return hresult_from_exception(source);
+    }
+  }
+
+ private:
+  void close() noexcept;
+  HRESULT note(std::wstring_view source, const db::Failure& failure) noexcept;
+
+  std::shared_ptr<db::Session> session_;
+  std::wstring connection_string_;
+  std::vector<db::Diagnostic> errors_;
+  LONG command_timeout_ = 30;
+  LONG connection_timeout_ = 15;
+  LONG cursor_location_ = 2;
+};
+
+// The connection that a VARIANT names: a connection object, or a connection string that is opened.
+// Null for nothing, null and empty.
+HRESULT connection_of(const VARIANT& value, std::wstring_view source, CComPtr<Connection>& connection);
+
+}  // namespace korlib

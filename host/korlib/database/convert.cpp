@@ -1,0 +1,217 @@
+#include "database/convert.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <string>
+
+namespace korlib::db {
+namespace {
+
+struct TypeRow {
+  LONG type;
+  Kind kind;
+};
+// The first row of a kind is the one that its columns report.
+constexpr TypeRow kTypes[] = {
+    {kTypeBoolean, Kind::kBool},
+    {kTypeInteger, Kind::kInteger},
+    {kTypeBigInt, Kind::kBigInteger},
+    {kTypeDouble, Kind::kReal},
+    {kTypeNumeric, Kind::kDecimal},
+    {kTypeDbDate, Kind::kDate},
+    {kTypeDbTime, Kind::kTime},
+    {kTypeDbTimeStamp, Kind::kMoment},
+    {kTypeVarWChar, Kind::kText},
+    {kTypeLongVarWChar, Kind::kLongText},
+    {kTypeVarBinary, Kind::kBinary},
+    {kTypeLongVarBinary, Kind::kLongBinary},
+    {kTypeSmallInt, Kind::kInteger},
+    {kTypeTinyInt, Kind::kInteger},
+    {kTypeUnsignedTinyInt, Kind::kInteger},
+    {kTypeUnsignedSmallInt, Kind::kInteger},
+    {kTypeUnsignedInt, Kind::kBigInteger},
+    {kTypeUnsignedBigInt, Kind::kBigInteger},
+    {kTypeSingle, Kind::kReal},
+    {kTypeCurrency, Kind::kDecimal},
+    {kTypeDecimal, Kind::kDecimal},
+    {kTypeDate, Kind::kMoment},
+    {kTypeBStr, Kind::kText},
+    {kTypeGuid, Kind::kText},
+    {kTypeChar, Kind::kText},
+    {kTypeWChar, Kind::kText},
+    {kTypeVarChar, Kind::kText},
+    {kTypeLongVarChar, Kind::kLongText},
+    {kTypeBinary, Kind::kBinary},
+};
+
+HRESULT text_variant(std::wstring_view text, VARIANT* variant) {
+  BSTR made = new_bstr(text);
+  if (!made) return E_OUTOFMEMORY;
+  variant->vt = VT_BSTR;
+  variant->bstrVal = made;
+  return S_OK;
+}
+
+HRESULT bytes_variant(const std::string& bytes, VARIANT* variant) {
+  CComSafeArray array(VT_UI1, static_cast<ULONG>(bytes.size()));
+  if (!array) return E_OUTOFMEMORY;
+  if (!bytes.empty()) std::memcpy(array.data<char>(), bytes.data(), bytes.size());
+  array.detach_to(variant);
+  return S_OK;
+}
+
+// A double holds any 15 digits; what has more would change.
+HRESULT decimal_variant(const std::wstring& digits, VARIANT* variant) {
+  const auto count = std::count_if(digits.begin(), digits.end(), [](wchar_t c) { return c >= L'0' && c <= L'9'; });
+  if (count > 15) return text_variant(digits, variant);
+  variant->vt = VT_R8;
+  variant->dblVal = std::wcstod(digits.c_str(), nullptr);
+  return S_OK;
+}
+
+HRESULT converted(const VARIANT& variant, VARTYPE vt, CComVariant& result) {
+  return VariantChangeType(&result, &variant, 0, vt);
+}
+
+HRESULT read_integer(const VARIANT& variant, bool is_wide, Value& value) {
+  CComVariant number;
+  RETURN_IF_FAILED(converted(variant, is_wide ? VT_I8 : VT_I4, number));
+  value = is_wide ? std::int64_t{number.llVal} : std::int64_t{number.lVal};
+  return S_OK;
+}
+
+HRESULT read_decimal(const VARIANT& variant, Value& value) {
+  if (variant.vt != VT_BSTR) {
+    CComVariant text;
+    RETURN_IF_FAILED(converted(variant, VT_BSTR, text));
+    value = Decimal{std::wstring(view_of(text.bstrVal))};
+    return S_OK;
+  }
+  // Text keeps all its digits when it is a number.
+  CComVariant number;
+  RETURN_IF_FAILED(converted(variant, VT_R8, number));
+  value = Decimal{std::wstring(view_of(variant.bstrVal))};
+  return S_OK;
+}
+
+HRESULT read_bytes(const VARIANT& variant, Value& value) {
+  if (variant.vt != (VT_ARRAY | VT_UI1) || !variant.parray || variant.parray->cDims != 1) return DISP_E_TYPEMISMATCH;
+  const SAFEARRAY& array = *variant.parray;
+  value = Bytes{std::string(static_cast<const char*>(array.pvData), array.rgsabound[0].cElements)};
+  return S_OK;
+}
+
+}  // namespace
+
+LONG type_of(Kind kind) {
+  return std::find_if(std::begin(kTypes), std::end(kTypes), [&](const TypeRow& row) { return row.kind == kind; })->type;
+}
+
+bool kind_of_type(LONG type, Kind& kind) {
+  for (const TypeRow& row : kTypes) {
+    if (row.type != type) continue;
+    kind = row.kind;
+    return true;
+  }
+  return false;
+}
+
+Kind kind_of_value(const VARIANT& value) {
+  switch (value.vt) {
+    case VT_BOOL:
+      return Kind::kBool;
+    case VT_I1:
+    case VT_UI1:
+    case VT_I2:
+    case VT_UI2:
+    case VT_I4:
+    case VT_INT:
+      return Kind::kInteger;
+    case VT_UI4:
+    case VT_UINT:
+    case VT_I8:
+    case VT_UI8:
+      return Kind::kBigInteger;
+    case VT_R4:
+    case VT_R8:
+      return Kind::kReal;
+    case VT_CY:
+      return Kind::kDecimal;
+    case VT_DATE:
+      return Kind::kMoment;
+    case VT_ARRAY | VT_UI1:
+      return Kind::kBinary;
+    default:
+      return Kind::kText;
+  }
+}
+
+HRESULT to_variant(const Value& value, VARIANT* variant) {
+  VariantInit(variant);
+  if (const auto* truth = std::get_if<bool>(&value)) {
+    variant->vt = VT_BOOL;
+    variant->boolVal = *truth ? VARIANT_TRUE : VARIANT_FALSE;
+  } else if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+    const bool is_small = *integer >= INT32_MIN && *integer <= INT32_MAX;
+    variant->vt = is_small ? VT_I4 : VT_I8;
+    variant->llVal = *integer;
+    if (is_small) variant->lVal = static_cast<LONG>(*integer);
+  } else if (const auto* real = std::get_if<double>(&value)) {
+    variant->vt = VT_R8;
+    variant->dblVal = *real;
+  } else if (const auto* decimal = std::get_if<Decimal>(&value)) {
+    return decimal_variant(decimal->digits, variant);
+  } else if (const auto* moment = std::get_if<Moment>(&value)) {
+    variant->vt = VT_DATE;
+    variant->date = to_date(*moment);
+  } else if (const auto* text = std::get_if<std::wstring>(&value)) {
+    return text_variant(*text, variant);
+  } else if (const auto* bytes = std::get_if<Bytes>(&value)) {
+    return bytes_variant(bytes->data, variant);
+  } else {
+    variant->vt = VT_NULL;
+  }
+  return S_OK;
+}
+
+HRESULT from_variant(const VARIANT& variant, Kind kind, Value& value) {
+  value = {};
+  if (variant.vt == VT_NULL || variant.vt == VT_EMPTY || is_omitted(variant)) return S_OK;
+  CComVariant result;
+  switch (kind) {
+    case Kind::kBool:
+      RETURN_IF_FAILED(converted(variant, VT_BOOL, result));
+      value = result.boolVal != VARIANT_FALSE;
+      return S_OK;
+    case Kind::kInteger:
+      return read_integer(variant, false, value);
+    case Kind::kBigInteger:
+      return read_integer(variant, true, value);
+    case Kind::kReal:
+      RETURN_IF_FAILED(converted(variant, VT_R8, result));
+      value = result.dblVal;
+      return S_OK;
+    case Kind::kDecimal:
+      return read_decimal(variant, value);
+    case Kind::kDate:
+    case Kind::kTime:
+    case Kind::kMoment:
+      RETURN_IF_FAILED(converted(variant, VT_DATE, result));
+      value = from_date(result.date);
+      return S_OK;
+    case Kind::kBinary:
+    case Kind::kLongBinary:
+      return read_bytes(variant, value);
+    case Kind::kText:
+    case Kind::kLongText:
+      break;
+  }
+  RETURN_IF_FAILED(converted(variant, VT_BSTR, result));
+  value = std::wstring(view_of(result.bstrVal));
+  return S_OK;
+}
+
+}  // namespace korlib::db

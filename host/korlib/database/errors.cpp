@@ -1,0 +1,83 @@
+#include "database/errors.h"
+
+#include <korlib_host/enumerator.h>
+
+#include "classes/script_errors.h"
+
+namespace korlib {
+
+std::span<const Member> ErrorItem::members() {
+  static constexpr Member table[] = {
+      property<&ErrorItem::get_Description>(L"Description").is_default(),
+      property<&ErrorItem::get_Number>(L"Number"),
+      property<&ErrorItem::get_NativeError>(L"NativeError"),
+      property<&ErrorItem::get_SQLState>(L"SQLState"),
+      property<&ErrorItem::get_Source>(L"Source"),
+  };
+  return table;
+}
+
+HRESULT ErrorItem::get_Description(BSTR* text) {
+  *text = new_bstr(diagnostic_.text);
+  return S_OK;
+}
+
+HRESULT ErrorItem::get_Number(LONG* number) {
+  *number = db::Failure({diagnostic_}).code();
+  return S_OK;
+}
+
+HRESULT ErrorItem::get_NativeError(LONG* number) {
+  *number = diagnostic_.native;
+  return S_OK;
+}
+
+HRESULT ErrorItem::get_SQLState(BSTR* state) {
+  *state = new_bstr(diagnostic_.state);
+  return S_OK;
+}
+
+HRESULT ErrorItem::get_Source(BSTR* source) {
+  *source = new_bstr(L"ADODB.Connection");
+  return S_OK;
+}
+
+std::span<const Member> ErrorList::members() {
+  static constexpr Member table[] = {
+      property<&ErrorList::get_Item>(L"Item").is_default(),
+      property<&ErrorList::get_Count>(L"Count"),
+      new_enum<&ErrorList::get__NewEnum>(),
+      method<&ErrorList::Clear>(L"Clear"),
+  };
+  return table;
+}
+
+HRESULT ErrorList::get_Item(LONG index, IDispatch** error) {
+  *error = nullptr;
+  const std::vector<db::Diagnostic>& errors = connection_->errors();
+  if (index < 0 || static_cast<std::size_t>(index) >= errors.size()) {
+    return raise(kItemNotFound, L"ADODB.Errors", L"There is no error of that number.");
+  }
+  *error = make<ErrorItem>(errors[static_cast<std::size_t>(index)]).detach();
+  return S_OK;
+}
+
+HRESULT ErrorList::get_Count(LONG* count) {
+  *count = static_cast<LONG>(connection_->errors().size());
+  return S_OK;
+}
+
+HRESULT ErrorList::get__NewEnum(IUnknown** errors) {
+  std::vector<CComVariant> items;
+  for (const db::Diagnostic& one : connection_->errors()) {
+    items.emplace_back(static_cast<IDispatch*>(make<ErrorItem>(one).get()));
+  }
+  return make_enumerator(std::move(items), errors);
+}
+
+HRESULT ErrorList::Clear() {
+  connection_->errors().clear();
+  return S_OK;
+}
+
+}  // namespace korlib

@@ -1,0 +1,37 @@
+// ADODB.Errors and ADODB.Error: what the database last said on a connection.
+#pragma once
+
+#include "database/connection.h"
+
+namespace korlib {
+
+class ErrorItem final : public DispatchObject<ErrorItem> {
+ public:
+  explicit ErrorItem(db::Diagnostic diagnostic) : diagnostic_(std::move(diagnostic)) {}
+  static std::span<const Member> members();
+
+  HRESULT get_Description(BSTR* text);
+  HRESULT get_Number(LONG* number);
+  HRESULT get_NativeError(LONG* number);
+  HRESULT get_SQLState(BSTR* state);
+  HRESULT get_Source(BSTR* source);
+
+ private:
+  const db::Diagnostic diagnostic_;
+};
+
+class ErrorList final : public DispatchObject<ErrorList> {
+ public:
+  explicit ErrorList(CComPtr<Connection> connection) : connection_(std::move(connection)) {}
+  static std::span<const Member> members();
+
+  HRESULT get_Item(LONG index, IDispatch** error);
+  HRESULT get_Count(LONG* count);
+  HRESULT get__NewEnum(IUnknown** errors);
+  HRESULT Clear();
+
+ private:
+  const CComPtr<Connection> connection_;
+};
+
+}  // namespace korlib

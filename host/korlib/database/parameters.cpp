@@ -1,0 +1,211 @@
+#include "database/parameters.h"
+
+#include <cwctype>
+
+#include <korlib_host/enumerator.h>
+
+#include "classes/script_errors.h"
+#include "database/convert.h"
+
+namespace korlib {
+namespace {
+
+constexpr std::wstring_view kSource = L"ADODB.Parameter";
+constexpr std::wstring_view kListSource = L"ADODB.Parameters";
+
+bool is_too_long(const db::Value& value, std::size_t size) {
+  if (const auto* text = std::get_if<std::wstring>(&value)) return text->size() > size;
+  if (const auto* bytes = std::get_if<db::Bytes>(&value)) return bytes->data.size() > size;
+  return false;
+}
+
+HRESULT set_digits(LONG digits, LONG& slot) {
+  if (digits < 0 || digits > 255) return raise(kInvalidArgument, kSource, L"Precision and NumericScale are 0 to 255.");
+  slot = digits;
+  return S_OK;
+}
+
+}  // namespace
+
+bool same_name(std::wstring_view a, std::wstring_view b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (std::towlower(static_cast<wint_t>(a[i])) != std::towlower(static_cast<wint_t>(b[i]))) return false;
+  }
+  return true;
+}
+
+std::span<const Member> ParameterItem::members() {
+  static constexpr Member table[] = {
+      property<&ParameterItem::get_Value, &ParameterItem::put_Value>(L"Value").is_default(),
+      property<&ParameterItem::get_Name, &ParameterItem::put_Name>(L"Name"),
+      property<&ParameterItem::get_Type, &ParameterItem::put_Type>(L"Type"),
+      property<&ParameterItem::get_Direction, &ParameterItem::put_Direction>(L"Direction"),
+      property<&ParameterItem::get_Size, &ParameterItem::put_Size>(L"Size"),
+      property<&ParameterItem::get_Precision, &ParameterItem::put_Precision>(L"Precision"),
+      property<&ParameterItem::get_NumericScale, &ParameterItem::put_NumericScale>(L"NumericScale"),
+      method<&ParameterItem::AppendChunk>(L"AppendChunk"),
+  };
+  return table;
+}
+
+HRESULT ParameterItem::get_Name(BSTR* name) {
+  *name = new_bstr(name_);
+  return S_OK;
+}
+
+HRESULT ParameterItem::put_Name(BSTR name) {
+  name_ = view_of(name);
+  return S_OK;
+}
+
+HRESULT ParameterItem::get_Type(LONG* type) {
+  *type = type_;
+  return S_OK;
+}
+
+HRESULT ParameterItem::put_Type(LONG type) {
+  db::Kind kind{};
+  if (type != db::kTypeEmpty && type != db::kTypeVariant && !db::kind_of_type(type, kind)) {
+    return raise(kInvalidArgument, kSource, L"Type: " + std::to_wstring(type) + L" is not a data type of a parameter.");
+  }
+  type_ = type;
+  return S_OK;
+}
+
+HRESULT ParameterItem::get_Direction(LONG* direction) {
+  *direction = direction_;
+  return S_OK;
+}
+
+HRESULT ParameterItem::put_Direction(LONG direction) {
+  if (direction < 1 || direction > 4) {
+    return raise(kInvalidArgument, kSource, L"Direction is 1 (in), 2 (out), 3 (both) or 4 (return value).");
+  }
+  direction_ = direction;
+  return S_OK;
+}
+
+HRESULT ParameterItem::get_Size(LONG* size) {
+  *size = size_;
+  return S_OK;
+}
+
+HRESULT ParameterItem::put_Size(LONG size) {
+  size_ = size;
+  return S_OK;
+}
+
+HRESULT ParameterItem::get_Precision(LONG* digits) {
+  *digits = precision_;
+  return S_OK;
+}
+
+HRESULT ParameterItem::put_Precision(LONG digits) { return set_digits(digits, precision_); }
+
+HRESULT ParameterItem::get_NumericScale(LONG* digits) {
+  *digits = scale_;
+  return S_OK;
+}
+
+HRESULT ParameterItem::put_NumericScale(LONG digits) { return set_digits(digits, scale_); }
+
+HRESULT ParameterItem::get_Value(VARIANT* value) { return VariantCopy(value, &value_); }
+
+HRESULT ParameterItem::put_Value(VARIANT value) {
+  CComVariant fresh;
+  RETURN_IF_FAILED(VariantCopyInd(&fresh, &value));
+  value_ = std::move(fresh);
+  return S_OK;
+}
+
+HRESULT ParameterItem::AppendChunk(VARIANT piece) {
+  if (value_.vt != piece.vt || (piece.vt != VT_BSTR && piece.vt != (VT_ARRAY | VT_UI1))) return put_Value(piece);
+  db::Value present;
+  db::Value more;
+  const db::Kind kind = piece.vt == VT_BSTR ? db::Kind::kText : db::Kind::kBinary;
+  RETURN_IF_FAILED(db::from_variant(value_, kind, present));
+  RETURN_IF_FAILED(db::from_variant(piece, kind, more));
+  if (auto* text = std::get_if<std::wstring>(&present)) text->append(std::get<std::wstring>(more));
+  if (auto* bytes = std::get_if<db::Bytes>(&present)) bytes->data.append(std::get<db::Bytes>(more).data);
+  return db::to_variant(present, value_.put());
+}
+
+HRESULT ParameterItem::to_statement(std::size_t number, db::Parameter& parameter) const {
+  return to_statement(number, value_, parameter);
+}
+
+HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, db::Parameter& parameter) const {
+  parameter.kind = db::kind_of_value(value);
+  db::kind_of_type(type_, parameter.kind);
+  parameter.direction = static_cast<db::Direction>(direction_);
+  parameter.size = size_ > 0 ? static_cast<std::size_t>(size_) : 0;
+  parameter.scale = scale_;
+  const std::wstring which = L"Parameter " + std::to_wstring(number) + (name_.empty() ? L"" : L" (" + name_ + L")");
+  if (direction_ == 2 || direction_ == 4) return S_OK;
+  if (FAILED(db::from_variant(value, parameter.kind, parameter.value))) {
+    return raise(kInvalidConversion, kSource, which + L": the value does not fit the parameter's type.");
+  }
+  if (parameter.size > 0 && is_too_long(parameter.value, parameter.size)) {
+    return raise(kInvalidConversion, kSource, which + L": the value is longer than the parameter's Size.");
+  }
+  return S_OK;
+}
+
+std::span<const Member> ParameterList::members() {
+  static constexpr Member table[] = {
+      property<&ParameterList::get_Item>(L"Item").is_default(),
+      property<&ParameterList::get_Count>(L"Count"),
+      new_enum<&ParameterList::get__NewEnum>(),
+      method<&ParameterList::Append>(L"Append"),
+      method<&ParameterList::Delete>(L"Delete"),
+  };
+  return table;
+}
+
+HRESULT ParameterList::find(const VARIANT& index, std::size_t& at) const {
+  if (index.vt == VT_BSTR) {
+    for (at = 0; at < items_.size(); ++at) {
+      if (same_name(items_[at]->name(), view_of(index.bstrVal))) return S_OK;
+    }
+  } else {
+    CComVariant number;
+    RETURN_IF_FAILED(VariantChangeType(&number, &index, 0, VT_I4));
+    at = static_cast<std::size_t>(number.lVal);
+    if (number.lVal >= 0 && at < items_.size()) return S_OK;
+  }
+  return raise(kItemNotFound, kListSource, L"There is no parameter of that name or number.");
+}
+
+HRESULT ParameterList::get_Item(VARIANT index, IDispatch** parameter) {
+  *parameter = nullptr;
+  std::size_t at = 0;
+  RETURN_IF_FAILED(find(index, at));
+  return CComPtr<IDispatch>(items_[at].get()).copy_to(parameter);
+}
+
+HRESULT ParameterList::get_Count(LONG* count) {
+  *count = static_cast<LONG>(items_.size());
+  return S_OK;
+}
+
+HRESULT ParameterList::get__NewEnum(IUnknown** parameters) {
+  std::vector<CComVariant> items;
+  for (const CComPtr<ParameterItem>& item : items_) items.emplace_back(static_cast<IDispatch*>(item.get()));
+  return make_enumerator(std::move(items), parameters);
+}
+
+HRESULT ParameterList::Append(IParameterAccess* parameter) {
+  if (!parameter) return raise(kInvalidArgument, kListSource, L"Append: a parameter object is needed.");
+  items_.emplace_back(parameter->parameter());
+  return S_OK;
+}
+
+HRESULT ParameterList::Delete(VARIANT index) {
+  std::size_t at = 0;
+  RETURN_IF_FAILED(find(index, at));
+  items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(at));
+  return S_OK;
+}
+
+}  // namespace korlib

@@ -1,0 +1,85 @@
+// ADODB.Parameters and ADODB.Parameter.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <korlib_host/dispatch_object.h>
+
+#include "database/value.h"
+
+namespace korlib {
+
+class ParameterItem;
+
+struct IParameterAccess : IUnknown {
+  virtual ParameterItem* parameter() = 0;
+
+ protected:
+  ~IParameterAccess() = default;
+};
+
+}  // namespace korlib
+KORLIB_IID(korlib::IParameterAccess, "A0B64D3E-6E57-4E0B-8F7B-6E2B7C9D1C55");
+
+namespace korlib {
+
+// One value for a "?" of the command text, in its place by position.
+class ParameterItem final : public DispatchObject<ParameterItem, IDispatch, IParameterAccess> {
+ public:
+  static std::span<const Member> members();
+  ParameterItem* parameter() override { return this; }
+
+  HRESULT get_Name(BSTR* name);
+  HRESULT put_Name(BSTR name);
+  HRESULT get_Type(LONG* type);
+  HRESULT put_Type(LONG type);
+  HRESULT get_Direction(LONG* direction);
+  HRESULT put_Direction(LONG direction);
+  HRESULT get_Size(LONG* size);
+  HRESULT put_Size(LONG size);
+  HRESULT get_Precision(LONG* digits);
+  HRESULT put_Precision(LONG digits);
+  HRESULT get_NumericScale(LONG* digits);
+  HRESULT put_NumericScale(LONG digits);
+  HRESULT get_Value(VARIANT* value);
+  HRESULT put_Value(VARIANT value);
+  HRESULT AppendChunk(VARIANT piece);
+
+  const std::wstring& name() const { return name_; }
+  // As the statement takes it; an error names the parameter by `number`, counted from 1.
+  HRESULT to_statement(std::size_t number, db::Parameter& parameter) const;
+  HRESULT to_statement(std::size_t number, const VARIANT& value, db::Parameter& parameter) const;
+
+ private:
+  std::wstring name_;
+  CComVariant value_;
+  LONG type_ = 0;  // 0: that of the value
+  LONG direction_ = 1;
+  LONG size_ = 0;
+  LONG precision_ = 0;
+  LONG scale_ = 0;
+};
+
+class ParameterList final : public DispatchObject<ParameterList> {
+ public:
+  static std::span<const Member> members();
+
+  HRESULT get_Item(VARIANT index, IDispatch** parameter);
+  HRESULT get_Count(LONG* count);
+  HRESULT get__NewEnum(IUnknown** parameters);
+  HRESULT Append(IParameterAccess* parameter);
+  HRESULT Delete(VARIANT index);
+
+  const std::vector<CComPtr<ParameterItem>>& items() const { return items_; }
+
+ private:
+  HRESULT find(const VARIANT& index, std::size_t& at) const;
+
+  std::vector<CComPtr<ParameterItem>> items_;
+};
+
+// Whether two names are the same in any letter case.
+bool same_name(std::wstring_view a, std::wstring_view b);
+
+}  // namespace korlib

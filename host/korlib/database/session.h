@@ -1,0 +1,58 @@
+// A connection to a database, as the pool keeps it.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <set>
+#include <string>
+
+namespace korlib::db {
+
+class Statement;
+
+// Serves one thread at a time. Statements hold their session.
+class Session {
+ public:
+  // Throws Failure.
+  Session(const std::wstring& connection_string, int timeout_seconds);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  const std::wstring& connection_string() const { return connection_string_; }
+  void* handle() const { return connection_; }
+
+  void begin();
+  void commit();
+  void roll_back();
+  bool is_in_transaction() const { return is_in_transaction_; }
+
+  // Ends what is still running on it: the statements' handles go, an open transaction is rolled back.
+  void make_idle() noexcept;
+  void mark_broken() { is_broken_ = true; }
+  bool is_usable() const;
+
+ private:
+  friend class Statement;
+  void end(short how);
+  void set_autocommit(bool is_on);
+  void free_handles() noexcept;
+
+  std::wstring connection_string_;
+  void* environment_ = nullptr;
+  void* connection_ = nullptr;
+  std::set<Statement*> statements_;
+  bool is_connected_ = false;
+  bool is_in_transaction_ = false;
+  bool is_broken_ = false;
+};
+
+// A session from the calling thread's pool, or a new one. Throws Failure.
+std::shared_ptr<Session> take_session(const std::wstring& connection_string, int timeout_seconds);
+// Into the calling thread's pool; a broken session is closed instead. Sessions that lie idle for a
+// minute are closed.
+void give_back(std::shared_ptr<Session> session) noexcept;
+// Closes the calling thread's idle sessions.
+void close_idle_sessions() noexcept;
+
+}  // namespace korlib::db

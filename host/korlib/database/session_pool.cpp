@@ -1,0 +1,55 @@
+// The idle sessions of each thread.
+#include <algorithm>
+#include <vector>
+
+#include "database/session.h"
+
+namespace korlib::db {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kMostIdle = 8;
+constexpr std::chrono::seconds kIdleTime{60};
+
+struct Idle {
+  std::shared_ptr<Session> session;
+  Clock::time_point since;
+};
+
+// Ordered by the time of giving back, the newest last.
+thread_local std::vector<Idle> t_idle;
+
+void close_stale() {
+  const Clock::time_point oldest = Clock::now() - kIdleTime;
+  std::erase_if(t_idle, [&](const Idle& idle) { return idle.since < oldest; });
+  if (t_idle.size() > kMostIdle) t_idle.erase(t_idle.begin(), t_idle.end() - kMostIdle);
+}
+
+}  // namespace
+
+std::shared_ptr<Session> take_session(const std::wstring& connection_string, int timeout_seconds) {
+  close_stale();
+  for (std::size_t i = t_idle.size(); i-- > 0;) {
+    if (t_idle[i].session->connection_string() != connection_string) continue;
+    std::shared_ptr<Session> session = std::move(t_idle[i].session);
+    t_idle.erase(t_idle.begin() + static_cast<std::ptrdiff_t>(i));
+    if (session->is_usable()) return session;
+  }
+  return std::make_shared<Session>(connection_string, timeout_seconds);
+}
+
+void give_back(std::shared_ptr<Session> session) noexcept {
+  session->make_idle();
+  if (!session->is_usable()) return;
+  try {
+    t_idle.push_back({std::move(session), Clock::now()});
+    close_stale();
+  } catch (const std::exception&) {
+    return;  // no memory to remember it: it is closed
+  }
+}
+
+void close_idle_sessions() noexcept { t_idle.clear(); }
+
+}  // namespace korlib::db

@@ -1,0 +1,93 @@
+#include "database/watchdog.h"
+
+#include <sql.h>
+#include <sqlext.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <set>
+#include <thread>
+
+namespace korlib::db {
+
+// One thread for the process, started with the first deadline. A driver's own time-out is not relied on:
+// not every driver has one.
+class Watchdog {
+ public:
+  static Watchdog& instance() {
+    static Watchdog only;
+    return only;
+  }
+  ~Watchdog() {
+    {
+      const std::lock_guard guard(lock_);
+      is_over_ = true;
+    }
+    changed_.notify_one();
+    thread_.join();
+  }
+  Watchdog(const Watchdog&) = delete;
+  Watchdog& operator=(const Watchdog&) = delete;
+
+  void add(Deadline* deadline) {
+    bool is_first = false;
+    {
+      const std::lock_guard guard(lock_);
+      is_first = deadline->at_ < waiting_until_;
+      deadlines_.insert(deadline);
+    }
+    if (is_first) changed_.notify_one();
+  }
+  // The statement is not touched any more when this returns.
+  void remove(Deadline* deadline) {
+    const std::lock_guard guard(lock_);
+    deadlines_.erase(deadline);
+  }
+
+ private:
+  using Time = std::chrono::steady_clock::time_point;
+  struct Sooner {
+    bool operator()(const Deadline* a, const Deadline* b) const { return a->at_ != b->at_ ? a->at_ < b->at_ : a < b; }
+  };
+
+  Watchdog() : thread_([this] { watch(); }) {}
+
+  void watch() {
+    std::unique_lock guard(lock_);
+    while (!is_over_) {
+      const Time now = std::chrono::steady_clock::now();
+      while (!deadlines_.empty() && (*deadlines_.begin())->at_ <= now) {
+        Deadline* late = *deadlines_.begin();
+        deadlines_.erase(deadlines_.begin());
+        late->has_passed_ = true;
+        SQLCancel(late->statement_);
+      }
+      waiting_until_ = deadlines_.empty() ? Time::max() : (*deadlines_.begin())->at_;
+      if (deadlines_.empty()) {
+        changed_.wait(guard);
+      } else {
+        changed_.wait_until(guard, waiting_until_);
+      }
+    }
+  }
+
+  std::mutex lock_;
+  std::condition_variable changed_;
+  std::set<Deadline*, Sooner> deadlines_;
+  Time waiting_until_ = Time::max();
+  bool is_over_ = false;
+  std::thread thread_;
+};
+
+Deadline::Deadline(void* statement, int seconds)
+    : statement_(statement),
+      at_(std::chrono::steady_clock::now() + std::chrono::seconds(seconds)),
+      is_set_(seconds > 0) {
+  if (is_set_) Watchdog::instance().add(this);
+}
+
+Deadline::~Deadline() {
+  if (is_set_) Watchdog::instance().remove(this);
+}
+
+}  // namespace korlib::db
