@@ -50,8 +50,9 @@ consteval GUID guid(const char (&text)[37]) {
   id.Data1 = static_cast<std::uint32_t>(detail::hex_run(text, 8));
   id.Data2 = static_cast<std::uint16_t>(detail::hex_run(text + 9, 4));
   id.Data3 = static_cast<std::uint16_t>(detail::hex_run(text + 14, 4));
-  for (int i = 0; i < 2; ++i) id.Data4[i] = static_cast<std::uint8_t>(detail::hex_run(text + 19 + 2 * i, 2));
-  for (int i = 0; i < 6; ++i) id.Data4[2 + i] = static_cast<std::uint8_t>(detail::hex_run(text + 24 + 2 * i, 2));
+  for (std::ptrdiff_t i = 0; i < 2; ++i) id.Data4[i] = static_cast<std::uint8_t>(detail::hex_run(text + 19 + 2 * i, 2));
+  for (std::ptrdiff_t i = 0; i < 6; ++i)
+    id.Data4[2 + i] = static_cast<std::uint8_t>(detail::hex_run(text + 24 + 2 * i, 2));
   return id;
 }
 

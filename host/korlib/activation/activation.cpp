@@ -23,7 +23,7 @@ namespace {
 
 // Objects that make objects can recurse without an end, a template that includes itself for one. An
 // error that can be reported must come before the stack is used up.
-constexpr std::size_t kLeastStackRoom = 192 * 1024;
+constexpr std::size_t kLeastStackRoom = 192u << 10;  // bytes
 
 HRESULT require_stack_room() {
   return stack_room() > kLeastStackRoom ? S_OK : fail(E_OUTOFMEMORY, "Out of stack space.");

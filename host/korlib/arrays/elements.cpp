@@ -1,5 +1,6 @@
 #include "arrays/elements.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -33,13 +34,25 @@ HRESULT copy_one(VARTYPE vt, void* target, const void* source) {
   }
 }
 
+// An array inside is freed without a second look for locks: looking once at every level would make deep
+// nesting slow.
+void clear_variant(VARIANT* value) {
+  const bool owns_array = (value->vt & VT_ARRAY) && !(value->vt & VT_BYREF);
+  if (!owns_array) {
+    VariantClear(value);
+    return;
+  }
+  value->vt = VT_EMPTY;
+  free_array(std::exchange(value->parray, nullptr));
+}
+
 void clear_one(VARTYPE vt, void* element) {
   switch (vt) {
     case VT_BSTR:
       SysFreeString(std::exchange(*static_cast<BSTR*>(element), nullptr));
       break;
     case VT_VARIANT:
-      VariantClear(static_cast<VARIANT*>(element));
+      clear_variant(static_cast<VARIANT*>(element));
       break;
     default:
       if (IUnknown* object = std::exchange(*static_cast<IUnknown**>(element), nullptr)) object->Release();
@@ -108,6 +121,13 @@ HRESULT copy_elements(VARTYPE vt, void* target, const void* source, std::size_t 
     }
   }
   return S_OK;
+}
+
+void free_array(SAFEARRAY* array) {
+  if (!array) return;
+  if (owns_contents(array->vtElement)) clear_elements(array->vtElement, array->pvData, element_count(*array));
+  std::free(array->pvData);
+  std::free(array);
 }
 
 bool can_clear(VARTYPE vt, const void* elements, std::size_t count) {

@@ -56,11 +56,6 @@ bool total_bytes(ULONG size, UINT dims, const SAFEARRAYBOUND* bounds, std::size_
 // An array without elements has an address as well, so that nobody mistakes it for a missing one.
 void* allocate_data(std::size_t bytes) { return std::calloc(bytes ? bytes : 1, 1); }
 
-void free_array(SAFEARRAY* array) {
-  std::free(array->pvData);
-  std::free(array);
-}
-
 }  // namespace
 
 SAFEARRAY* SafeArrayCreate(VARTYPE vt, UINT dims, const SAFEARRAYBOUND* bounds) {
@@ -90,14 +85,10 @@ SAFEARRAY* SafeArrayCreateVector(VARTYPE vt, LONG lower, ULONG elements) {
 
 HRESULT SafeArrayDestroy(SAFEARRAY* array) {
   if (!array) return S_OK;
-  const std::size_t count = element_count(*array);
-  if (array->cLocks || !korlib::arrays::can_clear(array->vtElement, array->pvData, count)) {
-    return DISP_E_ARRAYISLOCKED;
-  }
-  if (korlib::arrays::owns_contents(array->vtElement)) {
-    korlib::arrays::clear_elements(array->vtElement, array->pvData, count);
-  }
-  free_array(array);
+  const bool is_locked =
+      array->cLocks || !korlib::arrays::can_clear(array->vtElement, array->pvData, element_count(*array));
+  if (is_locked) return DISP_E_ARRAYISLOCKED;
+  korlib::arrays::free_array(array);
   return S_OK;
 }
 
@@ -112,7 +103,7 @@ HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
   const HRESULT hr =
       korlib::arrays::copy_elements(array->vtElement, fresh->pvData, array->pvData, element_count(*array));
   if (FAILED(hr)) {
-    free_array(fresh);
+    korlib::arrays::free_array(fresh);
     return hr;
   }
   *copy = fresh;

@@ -14,6 +14,9 @@ inline constexpr bool kCountsStrings = false;
 
 extern std::atomic<std::int64_t> live_string_count;
 
+// Whether a test wants the allocation that is about to be made to fail.
+bool shall_string_fail() noexcept;
+
 inline void count_live_string(std::int64_t change) noexcept {
   if constexpr (kCountsStrings) live_string_count.fetch_add(change, std::memory_order_relaxed);
 }

@@ -22,6 +22,7 @@ Header* header_of(BSTR text) { return reinterpret_cast<Header*>(text) - 1; }
 // The text is left for the caller to fill; only what lies behind it is written.
 BSTR allocate(std::size_t bytes) {
   if (bytes >= kMaxBstrBytes) return nullptr;
+  if (korlib_host::kCountsStrings && korlib_host::shall_string_fail()) return nullptr;
   const std::size_t padded = (bytes + sizeof(wchar_t) - 1) / sizeof(wchar_t) * sizeof(wchar_t);
   std::size_t usable = 0;
   void* const block = korlib::strings::take_block(sizeof(Header) + padded + sizeof(wchar_t), &usable);

@@ -2,6 +2,7 @@
 #include <korlib/text.h>
 
 #include <unicode/ucnv.h>
+#include <unicode/ucnv_cb.h>
 #include <unicode/utf16.h>
 
 #include <array>
@@ -34,10 +35,21 @@ struct CloseConverter {
 };
 using Converter = std::unique_ptr<UConverter, CloseConverter>;
 
+// ICU would write a control character for some pages' undefined bytes.
+void replace_undefined(const void*, UConverterToUnicodeArgs* arguments, const char*, std::int32_t,
+                       UConverterCallbackReason reason, UErrorCode* status) {
+  if (reason > UCNV_IRREGULAR) return;  // a reset or the end, and no bytes
+  constexpr UChar kReplacement = 0xFFFD;
+  *status = U_ZERO_ERROR;
+  ucnv_cbToUWriteUChars(arguments, &kReplacement, 1, 0, status);
+}
+
 Converter open_named(const std::string& name) {
   UErrorCode status = U_ZERO_ERROR;
   Converter converter(ucnv_open(name.c_str(), &status));
-  return U_SUCCESS(status) ? std::move(converter) : nullptr;
+  if (U_FAILURE(status)) return nullptr;
+  ucnv_setToUCallBack(converter.get(), replace_undefined, nullptr, nullptr, nullptr, &status);
+  return converter;
 }
 
 Converter open_page(UINT code_page) {

@@ -52,31 +52,33 @@ HRESULT convert(const VARIANT& source, VARTYPE vt, VARIANT* target) {
   if (source.vt == vt) return VariantCopy(target, &source);
   if (is_object(vt)) return to_interface(source, vt, target);
 
-  CComVariant value;
-  if (is_object(source.vt)) {
-    RETURN_IF_FAILED(plain_value(source, &value));
-    return convert(value, vt, target);
-  }
-  if ((source.vt | vt) & VT_ARRAY) return DISP_E_TYPEMISMATCH;
-  const TypeRow& from = row_of(source.vt);
+  PlainValue plain;
+  RETURN_IF_FAILED(plain.load(source));
+  const VARIANT& value = plain.get();
+  if (value.vt == vt) return VariantCopy(target, &value);
+  if ((value.vt | vt) & VT_ARRAY) return DISP_E_TYPEMISMATCH;
+  const TypeRow& from = row_of(value.vt);
   const TypeRow& to = row_of(vt);
   if (!from.load || !to.store) return DISP_E_TYPEMISMATCH;
-  RETURN_IF_FAILED(to.store(from.load(source), target));
+  RETURN_IF_FAILED(to.store(from.load(value), target));
   target->vt = vt;
   return S_OK;
 }
 
 }  // namespace
 
-HRESULT plain_value(const VARIANT& source, CComVariant* value) {
-  RETURN_IF_FAILED(VariantCopyInd(value->put(), &source));
-  for (int i = 0; i < kMaxObjectChain; ++i) {
-    if (!is_object(value->vt)) return S_OK;
+HRESULT PlainValue::load(const VARIANT& source) {
+  RETURN_IF_FAILED(follow(source, &value_));
+  for (int i = 0; i < kMaxObjectChain && is_object(value_.vt); ++i) {
     CComVariant next;
-    RETURN_IF_FAILED(default_member(*value, &next));
-    RETURN_IF_FAILED(VariantCopyInd(value->put(), &next));
+    RETURN_IF_FAILED(default_member(value_, &next));
+    // The answer may be a reference into its object, so it is copied while the object is still there.
+    CComVariant copy;
+    RETURN_IF_FAILED(VariantCopyInd(&copy, &next));
+    answered_ = std::move(copy);
+    RETURN_IF_FAILED(follow(answered_, &value_));
   }
-  return DISP_E_TYPEMISMATCH;
+  return is_object(value_.vt) ? DISP_E_TYPEMISMATCH : S_OK;
 }
 
 }  // namespace korlib::variants

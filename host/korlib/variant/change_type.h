@@ -5,9 +5,18 @@
 
 namespace korlib::variants {
 
-// The value itself for a plain value; for an object the value of its default member, and of that one's
-// in turn. Null, omitted arguments and arrays are values in this sense. A chain of objects that does not
-// end is DISP_E_TYPEMISMATCH.
-HRESULT plain_value(const VARIANT& source, CComVariant* value);
+// A plain value for the time of a call: borrowed where the source has it, else what an object's default
+// member answered, and that one's default member in turn.
+class PlainValue {
+ public:
+  // Null, omitted arguments and arrays are plain values in this sense. A chain of objects that does not
+  // end is DISP_E_TYPEMISMATCH.
+  HRESULT load(const VARIANT& source);
+  const VARIANT& get() const { return value_; }
+
+ private:
+  VARIANT value_{};
+  CComVariant answered_;  // owns what value_ refers to when that is not the source's
+};
 
 }  // namespace korlib::variants

@@ -16,8 +16,8 @@ namespace {
 
 HRESULT as_result(std::partial_ordering order) {
   if (order == std::partial_ordering::unordered) return DISP_E_TYPEMISMATCH;
-  if (order < 0) return VARCMP_LT;
-  return order > 0 ? VARCMP_GT : VARCMP_EQ;
+  if (std::is_lt(order)) return VARCMP_LT;
+  return std::is_gt(order) ? VARCMP_GT : VARCMP_EQ;
 }
 
 std::strong_ordering compare_folded(std::wstring_view left, std::wstring_view right) {
@@ -25,7 +25,7 @@ std::strong_ordering compare_folded(std::wstring_view left, std::wstring_view ri
   const std::size_t common = std::min(left.size(), right.size());
   for (std::size_t i = 0; i < common; ++i) {
     const auto order = fold(left[i]) <=> fold(right[i]);
-    if (order != 0) return order;
+    if (std::is_neq(order)) return order;
   }
   return left.size() <=> right.size();
 }
@@ -69,14 +69,16 @@ HRESULT load(const VARIANT& value, Scalar* scalar) {
 HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID, ULONG flags) {
   using namespace korlib::variants;
   if (!left || !right) return E_INVALIDARG;
-  CComVariant left_value;
-  CComVariant right_value;
-  RETURN_IF_FAILED(plain_value(*left, &left_value));
-  RETURN_IF_FAILED(plain_value(*right, &right_value));
-  if (left_value.vt == VT_NULL || right_value.vt == VT_NULL) return VARCMP_NULL;
+  PlainValue left_value;
+  PlainValue right_value;
+  RETURN_IF_FAILED(left_value.load(*left));
+  RETURN_IF_FAILED(right_value.load(*right));
+  const VARIANT& l = left_value.get();
+  const VARIANT& r = right_value.get();
+  if (l.vt == VT_NULL || r.vt == VT_NULL) return VARCMP_NULL;
   Scalar a;
   Scalar b;
-  RETURN_IF_FAILED(load(left_value, &a));
-  RETURN_IF_FAILED(load(right_value, &b));
+  RETURN_IF_FAILED(load(l, &a));
+  RETURN_IF_FAILED(load(r, &b));
   return as_result(compare(a, b, flags));
 }

@@ -84,7 +84,7 @@ HRESULT follow(const VARIANT& source, VARIANT* value) {
     return inner.vt == source.vt ? E_INVALIDARG : follow(inner, value);
   }
   value->vt = static_cast<VARTYPE>(source.vt & ~VT_BYREF);
-  const std::size_t size = source.vt & VT_ARRAY ? sizeof(SAFEARRAY*) : arrays::element_size(value->vt);
+  const std::size_t size = source.vt & VT_ARRAY ? sizeof(void*) : arrays::element_size(value->vt);
   std::memcpy(&value->llVal, source.byref, size);
   return S_OK;
 }

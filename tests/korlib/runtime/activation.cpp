@@ -304,6 +304,8 @@ TEST_F(Activation, KnowsTheFileOfAModule) {
   EXPECT_TRUE(std::filesystem::equivalent(korlib_host::module_file(handle), sample_file()));
   dlclose(handle);
   EXPECT_EQ(korlib_host::module_file(nullptr), std::filesystem::path());
+  int no_handle = 0;
+  EXPECT_EQ(korlib_host::module_file(&no_handle), std::filesystem::path());
 }
 
 // Makes objects from deeper and deeper frames until one is refused.

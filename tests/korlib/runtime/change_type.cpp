@@ -86,7 +86,7 @@ Row small(CComVariant source, signed char n, const wchar_t* as_text) {
           unsigned_integer(u),
           r4(static_cast<float>(n)),
           r8(n),
-          cy(n * 10000),
+          cy(LONGLONG{n} * 10000),
           date(n),
           text(as_text)};
 }

@@ -14,7 +14,8 @@ HRESULT refuse(const OLECHAR* path, ITypeLib** library) {
   return E_ACCESSDENIED;
 }
 
-ITypeLib* poison() { return reinterpret_cast<ITypeLib*>(std::uintptr_t{16}); }
+// Not null, and never called.
+ITypeLib* poison() { return reinterpret_cast<ITypeLib*>(&asked_for); }
 
 TEST(TypeLibraries, CannotBeLoadedWithoutAProvider) {
   ITypeLib* library = poison();

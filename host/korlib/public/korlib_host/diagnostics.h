@@ -15,6 +15,18 @@ KORLIB_API std::int64_t live_objects() noexcept;
 // operation a string, so only debug and sanitized builds count; others answer nothing.
 KORLIB_API std::optional<std::int64_t> live_strings() noexcept;
 
+// While it lives, one string allocation of the calling thread fails: the `nth` from now, 1 being the
+// next. For tests of what happens when memory is short; in builds that do not count strings nothing
+// fails.
+class KORLIB_API StringFailure {
+ public:
+  explicit StringFailure(unsigned nth) noexcept;
+  ~StringFailure();
+  StringFailure(const StringFailure&) = delete;
+  StringFailure& operator=(const StringFailure&) = delete;
+  bool has_happened() const noexcept;
+};
+
 KORLIB_API void count_live_object(std::int64_t change) noexcept;
 
 // A member or base of every host object: counts it for as long as it lives.
