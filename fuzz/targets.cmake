@@ -10,6 +10,7 @@ target_link_libraries(fake_request PRIVATE korlib)
 
 kor_fuzz_target(base64_decode mirt_objects korlib)
 kor_fuzz_target(html_encode mirt_objects korlib)
+kor_fuzz_target(http_request zelto_objects korlib)
 kor_fuzz_target(multipart_intake mirt_objects korlib fake_request)
 kor_fuzz_target(multipart_parse mirt_objects korlib)
 kor_fuzz_target(submit_decode mirt_objects korlib)

@@ -28,7 +28,6 @@ namespace zelto {
 
 namespace {
 
-constexpr int kOk = 200;
 constexpr int kPartialContent = 206;
 constexpr int kMovedPermanently = 301;
 constexpr int kNotModified = 304;
