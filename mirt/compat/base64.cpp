@@ -69,17 +69,16 @@ class Reader {
  public:
   Reader(const wchar_t* text, std::size_t length) : at_(text), end_(text + length) {}
 
-  // The next four characters' values; false when there are none left. To be used only on a text whose
-  // characters that count are a multiple of four.
-  bool next_group(std::uint8_t (&group)[4]) {
-    if (take_unbroken(group)) return true;
-    for (std::uint8_t& value : group) {
+  // The next four characters' values. Answers how many there were: fewer than four at the end only.
+  std::size_t next_group(std::uint8_t (&group)[4]) {
+    if (take_unbroken(group)) return 4;
+    for (std::size_t i = 0; i < 4; ++i) {
       do {
-        if (at_ == end_) return false;
-        value = value_of(*at_++);
-      } while (value == kBlank);
+        if (at_ == end_) return i;
+        group[i] = value_of(*at_++);
+      } while (group[i] == kBlank);
     }
-    return true;
+    return 4;
   }
 
  private:
@@ -98,21 +97,18 @@ class Reader {
   const wchar_t* end_;
 };
 
-std::size_t count_without_blanks(const wchar_t* text, std::size_t length) {
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < length; ++i)
-    count += text[i] != L' ' && text[i] != L'\r' && text[i] != L'\n' && text[i] != L'\t';
-  return count;
-}
-
 // Decodes into `out`, or only counts when that is null. Each of the last two places of a group is judged
 // by itself: "=" there leaves its byte out, also in the middle of the text ("QQ=A" is two bytes). The
-// number of bytes, or nothing when a character has no business where it stands.
+// number of bytes; nothing for a text without groups, an unfinished one, or a character that has no
+// business where it stands.
 std::optional<std::size_t> decode(const wchar_t* text, std::size_t length, BYTE* out) {
   Reader reader(text, length);
   std::uint8_t v[4];
   std::size_t written = 0;
-  while (reader.next_group(v)) {
+  std::size_t got = 0;
+  bool is_empty = true;
+  while ((got = reader.next_group(v)) == 4) {
+    is_empty = false;
     if (((v[0] | v[1] | v[2] | v[3]) & 0xC0) == 0) {
       if (out) {
         out[written] = static_cast<BYTE>(v[0] << 2 | v[1] >> 4);
@@ -134,6 +130,7 @@ std::optional<std::size_t> decode(const wchar_t* text, std::size_t length, BYTE*
     if (has_second) emit(v[1] << 4 | third_value >> 2);
     if (has_third) emit(third_value << 6 | v[3]);
   }
+  if (is_empty || got != 0) return std::nullopt;
   return written;
 }
 
@@ -162,11 +159,9 @@ MIRT_WEAK BOOL CryptStringToBinaryW(const wchar_t* text, DWORD length, DWORD fla
                                     DWORD*) {
   if (!size || !text || !(flags & CRYPT_STRING_BASE64)) return FALSE;
   const std::size_t end = length == 0 ? std::wcslen(text) : wcsnlen(text, length);
-  const std::size_t counting = count_without_blanks(text, end);
   // A buffer that holds the most that the text can give needs no counting first.
-  const bool is_roomy = bytes && *size >= counting / 4 * 3;
-  std::optional<std::size_t> decoded;
-  if (counting != 0 && counting % 4 == 0) decoded = decode(text, end, is_roomy ? bytes : nullptr);
+  const bool is_roomy = bytes && *size >= end / 4 * 3;
+  const std::optional<std::size_t> decoded = decode(text, end, is_roomy ? bytes : nullptr);
   if (!decoded || *decoded > UINT32_MAX) {
     *size = 0;
     return FALSE;
