@@ -6,8 +6,6 @@
 //   error         text that standard error must hold, one piece a line (optional: must be empty when missing)
 //   status        the exit code (optional, 0)
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -17,15 +15,12 @@
 #include <string>
 #include <vector>
 
+#include "site/program.h"
+
 namespace {
 
 namespace fs = std::filesystem;
-
-std::optional<std::string> read(const fs::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  if (!in) return std::nullopt;
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using test::read;
 
 std::vector<std::string> lines_of(const fs::path& file) {
   std::vector<std::string> lines;
@@ -34,35 +29,6 @@ std::vector<std::string> lines_of(const fs::path& file) {
     if (!line.empty()) lines.push_back(line);
   }
   return lines;
-}
-
-struct Ran {
-  int status = -1;
-  std::string output;
-  std::string error;
-};
-
-// Runs the program in the case's folder with its streams in files of `scratch`.
-Ran run(const fs::path& folder, const std::vector<std::string>& arguments, const fs::path& scratch) {
-  const fs::path out = scratch / "output";
-  const fs::path err = scratch / "error";
-  std::vector<std::string> words{ZELTO_PROGRAM, "run", "page.asp"};
-  words.insert(words.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (std::string& word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
-  const pid_t child = fork();
-  if (child == 0) {
-    const bool ready = chdir(folder.c_str()) == 0 && std::freopen(out.c_str(), "wb", stdout) &&
-                       std::freopen(err.c_str(), "wb", stderr) && std::freopen("/dev/null", "rb", stdin) &&
-                       setenv("ZELTO_REGISTRY", (scratch / "registry.json").c_str(), 1) == 0;
-    if (ready) execv(argv[0], argv.data());
-    _exit(127);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), read(out).value_or(""),
-          read(err).value_or("")};
 }
 
 class Case : public testing::Test {
@@ -74,7 +40,9 @@ class Case : public testing::Test {
   ~Case() override { fs::remove_all(scratch_); }
 
   void TestBody() override {
-    const Ran ran = run(folder_, lines_of(folder_ / "arguments"), scratch_);
+    std::vector<std::string> words{"run", "page.asp"};
+    for (const std::string& word : lines_of(folder_ / "arguments")) words.push_back(word);
+    const test::Ran ran = test::run_program(words, folder_, scratch_);
     const int status = std::stoi(read(folder_ / "status").value_or("0"));
     EXPECT_EQ(ran.status, status) << ran.error;
     if (const auto output = read(folder_ / "output")) {

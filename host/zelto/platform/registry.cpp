@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "intrinsics/text.h"
+
 namespace {
 
 constexpr LONG kAccessDenied = 5;
@@ -56,7 +58,11 @@ extern "C" LONG RegOpenKeyExW(HKEY key, const wchar_t* sub_key, DWORD, DWORD, HK
   std::wstring path;
   if (!path_below(key, sub_key, path)) return kInvalidHandle;
   const auto store = korlib_host::registry();
-  if (!store || !store->has_key(path)) return ERROR_FILE_NOT_FOUND;
+  if (!store) return ERROR_FILE_NOT_FOUND;
+  // The key of all class identifiers is there from the start, also in a store that is still empty.
+  const bool is_predefined = zelto::fold_name(path) == L"clsid";
+  if (is_predefined && FAILED(store->create_key(path))) return kWriteFault;
+  if (!store->has_key(path)) return ERROR_FILE_NOT_FOUND;
   if (result) *result = open_handle(std::move(path));
   return ERROR_SUCCESS;
 }

@@ -73,7 +73,7 @@ TEST_F(PageRun, RemembersTheSession) {
   EXPECT_EQ(body("<% Session('n') = 1; %>"), "");
   for (int i = 0; i < 3; ++i) body("<% Session('n') += 1; %>");
   EXPECT_EQ(body("<%= Session('N') %>"), "4");
-  EXPECT_EQ(run("<%= Session('n') === undefined %>", "zelto_session=guessed").body, "True");
+  EXPECT_EQ(run("<%= Session('n') === undefined %>", "zelto_session=guessed").body, "true");
 }
 
 TEST_F(PageRun, KeepsValuesOfAnAbandonedSessionForThePage) {

@@ -48,6 +48,14 @@ TEST_F(Registry, WritesWhatRegistrationWrites) {
   EXPECT_EQ(store->value(L"some.class\\clsid", L"threadingmodel"), L"Apartment");
 }
 
+// Registration opens it without having made it.
+TEST_F(Registry, HasTheKeyOfClassIdentifiersFromTheStart) {
+  HKEY key = nullptr;
+  EXPECT_EQ(RegOpenKeyExW(hkey_classes_root(), L"CLSID", 0, 0, &key), ERROR_SUCCESS);
+  EXPECT_NE(key, nullptr);
+  RegCloseKey(key);
+}
+
 TEST_F(Registry, TellsNewKeysFromOldOnes) {
   DWORD disposition = 99;
   HKEY key = nullptr;
