@@ -34,7 +34,7 @@ void read_params(std::string_view text, CMultipartHeader& header) {
 }  // namespace
 
 CMultipartParser::CMultipartParser(const char* body, std::size_t length, const char* boundary)
-    : body_(body), length_(length), boundary_(boundary), boundary_length_(std::strlen(boundary)) {}
+    : body_(body ? body : ""), length_(length), boundary_(boundary), boundary_length_(std::strlen(boundary)) {}
 
 // Every byte is looked at, as a delimiter may begin anywhere; memchr does so many at a time.
 const char* CMultipartParser::find_boundary() {

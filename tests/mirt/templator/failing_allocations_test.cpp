@@ -1,0 +1,132 @@
+// Memory that runs out at any point: a clear answer, and nothing lost.
+//
+// This program's own allocators stand in front of those of the host and of the library; the Nth
+// allocation after arming fails.
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "mirt/templator/engine.h"
+
+namespace {
+
+int allocations_left = -1;  // negative: nothing fails
+
+bool runs_out() {
+  if (allocations_left < 0) return false;
+  return allocations_left-- == 0;
+}
+
+template <class Function>
+Function* host_function(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" KORLIB_API BSTR SysAllocString(const OLECHAR* text) {
+  static auto* const real = host_function<BSTR(const OLECHAR*)>("SysAllocString");
+  return runs_out() ? nullptr : real(text);
+}
+
+extern "C" KORLIB_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
+  static auto* const real = host_function<BSTR(const OLECHAR*, UINT)>("SysAllocStringLen");
+  return runs_out() ? nullptr : real(text, length);
+}
+
+// Not inlined: the compiler would see malloc paired with delete, and object.
+[[gnu::noinline]] void* operator new(std::size_t bytes) {
+  void* block = runs_out() ? nullptr : std::malloc(bytes ? bytes : 1);
+  if (!block) throw std::bad_alloc();
+  return block;
+}
+
+[[gnu::noinline]] void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  return runs_out() ? nullptr : std::malloc(bytes ? bytes : 1);
+}
+
+[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+
+namespace test {
+namespace {
+
+// Counts what it gets without keeping it.
+class Counter final : public CTemplatorConcept {
+ public:
+  Counter() : CTemplatorConcept(kChildTypes) {}
+  HRESULT OnMarked(CMarkData& mark) override {
+    const CComBSTR name = bstr_of(mark.Name);
+    return name.get() ? S_OK : E_OUTOFMEMORY;
+  }
+};
+
+constexpr const wchar_t* kTemplate =
+    L"a long run of literal text, longer than any small buffer(#%name of some length|first parameter#|#second "
+    L"parameter#)^(#more(#:x#)";
+
+HRESULT draw(const CComPtr<RecordingSink>& sink, const CComBSTR& text) {
+  Counter engine;
+  RETURN_IF_FAILED(engine.putref_Output(sink->unknown()));
+  RETURN_IF_FAILED(engine.Process(text.get()));
+  auto* tmpl = new (std::nothrow) CTemplate;
+  if (!tmpl) return E_OUTOFMEMORY;
+  HRESULT hr = engine.Parse(text.get(), *tmpl);
+  if (SUCCEEDED(hr)) hr = engine.Process(*tmpl);
+  tmpl->Release();
+  return hr;
+}
+
+// The sink's own records are made beforehand.
+CComPtr<RecordingSink> ready_sink() {
+  auto sink = RecordingSink::make(kResponse);
+  sink->outputs.reserve(1000);
+  sink->addresses.reserve(1000);
+  return sink;
+}
+
+TEST(FailingAllocations, AreAnAnswerAtEveryPoint) {
+  const CComBSTR text(kTemplate);
+  int failures = 0;
+  HRESULT hr = E_OUTOFMEMORY;
+  for (int n = 0; FAILED(hr); ++n) {
+    ASSERT_LT(n, 1000);
+    const auto sink = ready_sink();
+    allocations_left = n;
+    try {
+      hr = draw(sink, text);
+    } catch (const std::bad_alloc&) {
+      hr = S_FALSE;  // an exception that crossed
+    }
+    allocations_left = -1;
+    EXPECT_NE(S_FALSE, hr) << n;
+    if (hr == S_FALSE) hr = E_OUTOFMEMORY;
+    if (FAILED(hr)) {
+      EXPECT_EQ(E_OUTOFMEMORY, hr) << n;
+      ++failures;
+    }
+    EXPECT_EQ(1u, sink->references());
+  }
+  EXPECT_GT(failures, 10);
+}
+
+TEST(FailingAllocations, AreAnAnswerWhereAValueBecomesText) {
+  std::wstringstream entry(L"1");
+  const MarkParams path{&entry};
+  const CComVariant list = value_of(std::vector<CComVariant>{value_of(L"zero"), value_of(123)});
+  int failures = 0;
+  HRESULT hr = E_OUTOFMEMORY;
+  for (int n = 0; FAILED(hr); ++n) {
+    ASSERT_LT(n, 100);
+    CComVariant value(list);
+    allocations_left = n;
+    hr = CTemplatorConcept::ChangeToBSTR(&value, &path, false);
+    allocations_left = -1;
+    failures += FAILED(hr) ? 1 : 0;
+  }
+  EXPECT_GT(failures, 0);
+}
+
+}  // namespace
+}  // namespace test
