@@ -5,6 +5,7 @@ import { mkdtemp, rm } from 'node:fs/promises';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { createInterface } from 'node:readline';
+import { setTimeout as delay } from 'node:timers/promises';
 
 const elementKey = 'element-6066-11e4-a52e-4f735466cecf';
 
@@ -80,6 +81,13 @@ export class Browser {
   }
   async textOf(selector) { return (await this.find(selector)).text(); }
   async click(selector) { return (await this.find(selector)).click(); }
+  // Clicks on what leads to another page, and waits for that page.
+  async follow(selector) {
+    await this.run('document.documentElement.dataset.left = 1');
+    await this.click(selector);
+    const arrived = 'return document.readyState == "complete" && !document.documentElement.dataset.left';
+    while (!(await this.run(arrived))) await delay(20);
+  }
   async fill(selector, text) {
     const field = await this.find(selector);
     await field.clear();

@@ -21,7 +21,7 @@ async function withBrowser(options, use) {
 async function sign(browser, name, text) {
   await browser.fill('input[name=name]', name);
   await browser.fill('textarea[name=text]', text);
-  await browser.click('#sign button');
+  await browser.follow('#sign button');
 }
 
 test('an entry is posted, kept, changed and deleted', () => withBrowser({}, async (browser) => {
@@ -35,14 +35,14 @@ test('an entry is posted, kept, changed and deleted', () => withBrowser({}, asyn
   await browser.open(site.address);
   assert.equal(await browser.textOf('.count'), '1', 'the bag remembers');
 
-  await browser.click('article a');
+  await browser.follow('article a');
   assert.equal(await browser.textOf('#sign h2'), 'Change an entry');
   assert.equal(await (await browser.find('input[name=name]')).value(), 'Änne "A" <script>');
   await sign(browser, 'Anne', 'Changed');
   assert.equal(await browser.textOf('article h3'), 'Anne');
   assert.equal((await browser.findAll('article')).length, 1);
 
-  await browser.click('article .quiet');
+  await browser.follow('article .quiet');
   assert.equal(await browser.textOf('.notice'), 'The entry is deleted.');
   assert.equal((await browser.findAll('article')).length, 0);
 }));
@@ -72,12 +72,12 @@ test('with cookies off the page works and keeps nothing', () => withBrowser({ co
 }));
 
 test('visits are counted and forgotten', () => withBrowser({}, async (browser) => {
-  await browser.click('nav a:last-child');
+  await browser.follow('nav a:last-child');
   assert.equal(await browser.textOf('#mine'), '1');
-  await browser.click('main a');
+  await browser.follow('main a');
   assert.equal(await browser.textOf('#mine'), '2');
-  await browser.click('main a.quiet');
+  await browser.follow('main a.quiet');
   assert.match(await browser.textOf('#forgotten'), /^Your visits are forgotten/);
-  await browser.click('main a');
+  await browser.follow('main a');
   assert.equal(await browser.textOf('#mine'), '1');
 }));
