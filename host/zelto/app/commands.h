@@ -11,6 +11,7 @@ namespace zelto {
 inline constexpr int kSuccess = 0;
 inline constexpr int kFailure = 1;
 inline constexpr int kWrongUse = 2;
+inline constexpr int kLeftOver = 3;  // after serving, some object was still alive
 
 struct RunCommand {
   std::string page;  // a file

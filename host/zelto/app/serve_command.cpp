@@ -7,6 +7,10 @@
 #include <iostream>
 #include <mutex>
 
+#include <korlib/activation.h>
+#include <korlib_host/diagnostics.h>
+#include <korlib_host/modules.h>
+
 #include "app/commands.h"
 #include "app/configuration.h"
 #include "app/runtime.h"
@@ -59,6 +63,16 @@ std::string shown_address(const ServerOptions& options, std::uint16_t port) {
   return fmt::format("http://{}:{}/", host, port);
 }
 
+// Once workers, sessions and the application have gone, no object may be alive and no module in use.
+bool nothing_is_left(Log& log) {
+  CoFreeUnusedLibraries();
+  const auto objects = korlib_host::live_objects();
+  const auto modules = korlib_host::open_modules();
+  if (objects == 0 && modules == 0) return true;
+  log.line(fmt::format("zelto: {} objects are still alive, {} component modules in use", objects, modules));
+  return false;
+}
+
 }  // namespace
 
 int serve_site(const ServeCommand& command) {
@@ -75,13 +89,18 @@ int serve_site(const ServeCommand& command) {
   configuration.server.on_access = [&log](const AccessRecord& record) { log.line(combined_line(record)); };
   std::signal(SIGPIPE, SIG_IGN);
   const EndSignals signals;
-  Site site(configuration.site);
-  const SessionSweeper sweeper(site.sessions(), kSweepPause);
-  Server server(configuration.server, [&site] { return std::make_unique<SiteWorker>(site); });
-  server.start();
-  std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;
-  signals.wait();
-  return server.stop(kGrace) ? kSuccess : kFailure;
+  bool all_answered = false;
+  {
+    Site site(configuration.site);
+    const SessionSweeper sweeper(site.sessions(), kSweepPause);
+    Server server(configuration.server, [&site] { return std::make_unique<SiteWorker>(site); });
+    server.start();
+    std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;
+    signals.wait();
+    all_answered = server.stop(kGrace);
+  }
+  if (!nothing_is_left(log)) return kLeftOver;
+  return all_answered ? kSuccess : kFailure;
 }
 
 }  // namespace zelto

@@ -1,6 +1,9 @@
 // Files as the component opens them. Its paths may hold backslashes: it composes them so.
 #include <korlib/winapi.h>
 
+#include <sys/stat.h>
+
+#include <cstdint>
 #include <cstdio>
 
 #include "intrinsics/text.h"
@@ -12,6 +15,28 @@ extern "C" HANDLE CreateFileW(const wchar_t* path, DWORD, DWORD, void*, DWORD, D
   // The component's CloseHandle and GetFileTime take a FILE*.
   FILE* opened = std::fopen(file.c_str(), "rbe");
   return opened ? opened : invalid_handle();
+}
+
+namespace {
+
+FILETIME to_file_time(const timespec& when) {
+  constexpr std::int64_t kTicksPerSecond = 10'000'000;
+  constexpr std::int64_t kEpoch = 116'444'736'000'000'000;  // 1970 in ticks since 1601
+  const auto ticks = static_cast<std::uint64_t>(when.tv_sec * kTicksPerSecond + when.tv_nsec / 100 + kEpoch);
+  return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32U)};
+}
+
+}  // namespace
+
+// To the tick: a template that is edited twice in one second shows both times.
+extern "C" BOOL GetFileTime(HANDLE handle, FILETIME* creation, FILETIME* access, FILETIME* write) {
+  if (!handle || handle == invalid_handle()) return FALSE;
+  struct stat status {};
+  if (::fstat(::fileno(static_cast<std::FILE*>(handle)), &status) != 0) return FALSE;
+  if (creation) *creation = to_file_time(status.st_ctim);
+  if (access) *access = to_file_time(status.st_atim);
+  if (write) *write = to_file_time(status.st_mtim);
+  return TRUE;
 }
 
 extern "C" BOOL PathCanonicalizeW(wchar_t* target, const wchar_t* source) {

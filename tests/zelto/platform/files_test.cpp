@@ -1,5 +1,7 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <korlib/winapi.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -96,6 +98,26 @@ TEST_F(Paths, OpensFilesNamedWithBackslashes) {
   ASSERT_NE(handle, invalid_handle());
   EXPECT_EQ(std::fgetc(static_cast<FILE*>(handle)), 't');
   std::fclose(static_cast<FILE*>(handle));
+}
+
+TEST_F(Paths, TellsFileTimesToTheTick) {
+  file("list.html");
+  const timespec times[2] = {{1, 200}, {784111777, 123456789}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, at("list.html").c_str(), times, 0), 0);
+  const HANDLE handle = CreateFileW(zelto::to_wide(at("list.html")).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  ASSERT_NE(handle, invalid_handle());
+  FILETIME access{};
+  FILETIME write{};
+  EXPECT_TRUE(GetFileTime(handle, nullptr, &access, &write));
+  const auto ticks = [](const FILETIME& time) {
+    return std::uint64_t{time.dwHighDateTime} << 32U | std::uint64_t{time.dwLowDateTime};
+  };
+  EXPECT_EQ(ticks(access), 116'444'736'000'000'000U + 10'000'002U);
+  EXPECT_EQ(ticks(write), 116'444'736'000'000'000U + 7'841'117'771'234'567U);
+  std::fclose(static_cast<FILE*>(handle));
+  EXPECT_FALSE(GetFileTime(invalid_handle(), nullptr, nullptr, &write));
+  EXPECT_FALSE(GetFileTime(nullptr, nullptr, nullptr, &write));
 }
 
 TEST_F(Paths, NeverCreatesAFile) {
