@@ -102,13 +102,11 @@ bool bytes_to_variant(RealmState& realm, JSObjectRef bytes, VARIANT* out, JSValu
     realm.raise(E_OUTOFMEMORY, {}, exception);
     return false;
   }
-  const void* data = nullptr;
-  if (is_buffer) {
-    data = JSObjectGetArrayBufferBytesPtr(ctx, bytes, exception);
-  } else if (const void* base = JSObjectGetTypedArrayBytesPtr(ctx, bytes, exception)) {
-    data = base;
-  }
-  if (data && length > 0) std::memcpy(copy.data<BYTE>(), data, length);
+  // The bytes of a view are those of its whole buffer.
+  const std::size_t offset = is_buffer ? 0 : JSObjectGetTypedArrayByteOffset(ctx, bytes, exception);
+  const void* data = is_buffer ? JSObjectGetArrayBufferBytesPtr(ctx, bytes, exception)
+                               : JSObjectGetTypedArrayBytesPtr(ctx, bytes, exception);
+  if (data && length > 0) std::memcpy(copy.data<BYTE>(), static_cast<const BYTE*>(data) + offset, length);
   copy.detach_to(out);
   return !*exception;
 }

@@ -42,6 +42,16 @@ JSValueRef member_function(RealmState& realm, JSObjectRef object, AutomationObje
   return member;
 }
 
+// Undefined when the object cannot be indexed by what it enumerates: for-in itself asks this way whether
+// the name still exists.
+JSValueRef item_of_key(RealmState& realm, IDispatch* dispatch, JSStringRef name, JSValueRef* exception) {
+  JSValueRef key = JSValueMakeString(realm.context(), name);
+  JSValueRef failure = nullptr;
+  JSValueRef value = call_member(realm, dispatch, DISPID_VALUE, {}, 1, &key, &failure);
+  if (failure && is_unwinding()) *exception = failure;
+  return value ? value : JSValueMakeUndefined(realm.context());
+}
+
 JSValueRef read_member(RealmState& realm, JSObjectRef object, AutomationObject& held, JSStringRef name,
                        JSValueRef* exception) {
   const std::u16string_view text = JsString::view_of(name);
@@ -49,6 +59,7 @@ JSValueRef read_member(RealmState& realm, JSObjectRef object, AutomationObject& 
   HRESULT hr = S_OK;
   const MemberName* known = held.names().find(dispatch.get(), text, &hr);
   if (!known) {
+    if (SUCCEEDED(hr) && held.has_key(text)) return item_of_key(realm, dispatch.get(), name, exception);
     if (SUCCEEDED(hr) && is_language_name(text)) return nullptr;
     realm.raise(FAILED(hr) ? hr : DISP_E_UNKNOWNNAME, to_wide(text), exception);
     return nullptr;
@@ -153,12 +164,15 @@ void get_property_names(JSContextRef ctx, JSObjectRef object, JSPropertyNameAccu
   if (!held) return;
   std::vector<CComVariant> items;
   const CComPtr<IDispatch> dispatch = held->dispatch();
-  if (FAILED(collect_items(*held->realm(), dispatch.get(), &items))) return;
+  JSValueRef refused = nullptr;
+  if (!held->realm()->may_call(&refused) || FAILED(collect_items(*held->realm(), dispatch.get(), &items))) return;
   for (const CComVariant& item : items) {
     JSValueRef exception = nullptr;
     JSValueRef value = held->realm()->to_script(item, &exception);
     const JsString text(value ? JSValueToStringCopy(ctx, value, &exception) : nullptr);
-    if (text.get()) JSPropertyNameAccumulatorAddName(names, text.get());
+    if (!text.get()) continue;
+    held->add_key(std::u16string(text.view()));
+    JSPropertyNameAccumulatorAddName(names, text.get());
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include <korlib/comvariant.h>
@@ -50,6 +51,9 @@ class AutomationObject final : public Held {
   const CComPtr<IDispatch>& dispatch() const noexcept { return dispatch_; }
   IUnknown* identity() const noexcept { return identity_.get(); }
   MemberNames& names();
+  // What for-in went through: these names index the object.
+  void add_key(std::u16string key) { keys_.insert(std::move(key)); }
+  bool has_key(std::u16string_view key) const { return !keys_.empty() && keys_.contains(std::u16string(key)); }
 
  protected:
   void release() override;
@@ -60,6 +64,7 @@ class AutomationObject final : public Held {
   JSWeakRef weak_ = nullptr;
   MemberNames* class_names_ = nullptr;
   std::unique_ptr<MemberNames> own_names_;
+  std::unordered_set<std::u16string> keys_;
 };
 
 // A member that was read and can't be read without arguments: a function bound to its object.

@@ -79,28 +79,39 @@ void RealmState::raise_out_of_stack(JSValueRef* exception) {
 HRESULT RealmState::failure_of(JSValueRef exception) {
   if (engine_.is_unwinding()) return kPageStopped;
   if (!exception) return E_FAIL;
-  const ScriptError error = describe_exception(exception);
+  ScriptError error;
+  read_words(exception, &error);
   engine_.remember_exception(context_, exception);
   return set_error(E_FAIL, error.source, error.message);
 }
 
+void RealmState::read_words(JSValueRef exception, ScriptError* out) {
+  out->number = E_FAIL;
+  if (!JSValueIsObject(context_, exception)) {
+    out->message = text_of(exception);
+    return;
+  }
+  auto* object = const_cast<JSObjectRef>(exception);
+  JSValueRef message = property(object, JsString("message"));
+  out->message = text_of(JSValueIsString(context_, message) ? message : exception);
+  JSValueRef source = property(object, JsString("source"));
+  if (JSValueIsString(context_, source)) out->source = text_of(source);
+  if (JSValueRef name = property(object, JsString("name")); out->source.empty() && JSValueIsString(context_, name)) {
+    out->source = text_of(name);
+  }
+  if (JSValueRef number = property(object, JsString("number")); JSValueIsNumber(context_, number)) {
+    out->number = JSValueToInt32(context_, number, nullptr);
+  }
+}
+
 ScriptError RealmState::describe_exception(JSValueRef exception) {
   ScriptError error;
-  error.number = E_FAIL;
+  read_words(exception, &error);
   if (!JSValueIsObject(context_, exception)) {
-    error.message = text_of(exception);
     if (thrown_at_) place_like(*thrown_at_, &error);
     return error;
   }
   auto* object = const_cast<JSObjectRef>(exception);
-  JSValueRef message = property(object, JsString("message"));
-  error.message = text_of(JSValueIsString(context_, message) ? message : exception);
-  JSValueRef source = property(object, JsString("source"));
-  if (JSValueIsString(context_, source)) error.source = text_of(source);
-  if (error.source.empty()) error.source = text_of(property(object, JsString("name")));
-  if (JSValueRef number = property(object, JsString("number")); JSValueIsNumber(context_, number)) {
-    error.number = JSValueToInt32(context_, number, nullptr);
-  }
   if (!JSValueIsString(context_, property(object, JsString("stack"))) && thrown_at_) place_like(*thrown_at_, &error);
   // The place is where the first of a chain of errors arose.
   JSValueRef link = exception;

@@ -138,7 +138,8 @@ class Tokenizer {
     // An operand on a new line behind an operand: the line end was a semicolon.
     const bool operand = (kind == Token::literal && text[0] != L'`') || kind == Token::name ||
                          (kind == Token::keyword && text != L"in" && text != L"instanceof");
-    return newline_ && operand && previous()->ends_operand;
+    const bool restricted = previous_is(L"return") || previous_is(L"break") || previous_is(L"continue");
+    return newline_ && operand && (previous()->ends_operand || restricted);
   }
 
   bool one() {

@@ -40,6 +40,61 @@ TEST_F(AutomationObject, SaysWhichMemberIsMissing) {
             "Error: Object doesn't support this property or method: 'Nothing' (0x80020006) at /site/page.asp:1");
 }
 
+TEST_F(AutomationObject, IsIndexedByNumbers) {
+  must_run(L"o[3] = 'three'");
+  EXPECT_EQ(text(L"o[3] + o('3')"), "threethree");
+}
+
+TEST_F(AutomationObject, StandsForItsDefaultValueInTextAndSums) {
+  auto field = korlib::make<Field>();
+  realm->set_object(L"field", field.get());
+  field->value = CComVariant(LONG{6});
+  EXPECT_EQ(text(L"field + '' + field * 2 + `${field}` + (field == 6) + field.toString() + field.valueOf() + field()"),
+            "6126true666");
+  field->value = CComVariant();
+  EXPECT_EQ(text(L"field + '|' + String(field)"), "undefined|undefined");
+  // A field of a field, and an object without a value of its own.
+  auto outer = korlib::make<Field>();
+  outer->value = CComVariant(static_cast<IDispatch*>(field.get()));
+  field->value = CComVariant(L"inner");
+  realm->set_object(L"outer", outer.get());
+  EXPECT_EQ(text(L"outer + ''"), "inner");
+  EXPECT_EQ(text(L"o + '' + o.toString()"), "[object Object][object Object]");
+}
+
+TEST_F(AutomationObject, SetsTheValueOfWhatACallGives) {
+  auto field = korlib::make<Field>();
+  auto row = korlib::make<Row>();
+  row->field = field.get();
+  realm->set_object(L"rs", row.get());
+  must_run(L"rs('a') = 5; rs.Fields('a') += 2");
+  EXPECT_EQ(field->value.lVal, 7);
+}
+
+TEST_F(AutomationObject, AnswersTheLanguagesOwnQuestions) {
+  EXPECT_EQ(text(L"JSON.stringify({ a: o.then, b: o.toJSON })"), "{}");
+  EXPECT_EQ(text(L"typeof o.hasOwnProperty + typeof o.constructor + Array.isArray(o)"), "functionfunctionfalse");
+}
+
+TEST_F(AutomationObject, IsSteppedThrough) {
+  must_run(L"o('a') = 1; o('b') = 2");
+  EXPECT_EQ(text(L"[...o].join() + '|' + Array.from(o).length"), "a,b|2");
+  EXPECT_EQ(text(L"(() => { var s = ''; for (var e = new Enumerator(o); !e.atEnd(); e.moveNext()) s += e.item(); "
+                 L"e.moveFirst(); return s + e.item() })()"),
+            "aba");
+  EXPECT_EQ(text(L"(() => { var s = ''; for (var k in o) s += k + o[k]; return s })()"), "a1b2");
+  EXPECT_EQ(text(L"(() => { var s = ''; for (var e = new Enumerator([7, 8]); !e.atEnd(); e.moveNext()) s += e.item(); "
+                 L"return s + new Enumerator(null).atEnd() + e.item() })()"),
+            "78trueundefined");
+}
+
+TEST_F(AutomationObject, PutsThroughTheObjectThatAMemberGives) {
+  other->inner = probe.get();
+  must_run(L"p.Inner('k') = 5; p.Inner('k') += 1");
+  EXPECT_EQ(probe->items[L"k"].lVal, 6);
+  other->inner.reset();
+}
+
 TEST_F(AutomationObject, EndsThePage) {
   EXPECT_EQ(
       run(L"Response.Write('a'); try { Response.End() } catch (e) { Response.Write('b') } Response.Write('c')").kind,

@@ -98,6 +98,19 @@ HRESULT Probe::get__NewEnum(IUnknown** values) {
   return korlib::make_enumerator(std::move(keys), values);
 }
 
+std::span<const korlib::Member> Field::members() {
+  using namespace korlib;
+  static constexpr Member table[] = {property<&Field::get_Value, &Field::put_Value>(L"Value").is_default()};
+  return table;
+}
+
+std::span<const korlib::Member> Row::members() {
+  using namespace korlib;
+  static constexpr Member table[] = {property<&Row::get_Item>(L"Item").is_default(),
+                                     property<&Row::get_Fields>(L"Fields")};
+  return table;
+}
+
 std::span<const korlib::Member> Page::members() {
   using namespace korlib;
   static constexpr Member table[] = {method<&Page::Write>(L"Write"), method<&Page::End>(L"End")};

@@ -54,6 +54,28 @@ class Probe final : public korlib::DispatchObject<Probe> {
   CComBSTR name{L"probe"};
 };
 
+// A default member without arguments, as a field of a recordset has.
+class Field final : public korlib::DispatchObject<Field> {
+ public:
+  static std::span<const korlib::Member> members();
+  CComVariant value;
+  HRESULT get_Value(VARIANT* out) { return VariantCopy(out, &value); }
+  HRESULT put_Value(VARIANT in) { return VariantCopy(&value, &in); }
+};
+
+// Gives its one field for any name, as a default member that can only be read.
+class Row final : public korlib::DispatchObject<Row> {
+ public:
+  static std::span<const korlib::Member> members();
+  CComPtr<IDispatch> field;
+  HRESULT get_Item(VARIANT, IDispatch** out) { return field.copy_to(out); }
+  HRESULT get_Fields(IDispatch** out) {
+    AddRef();
+    *out = this;
+    return S_OK;
+  }
+};
+
 // Response, as far as the engine writes to it.
 class Page final : public korlib::DispatchObject<Page, ZeltoTypeLibrary::IResponse> {
  public:

@@ -1,0 +1,82 @@
+// What goes wrong, on both sides of the border and across it.
+#include "zelto/script/script_test.h"
+
+namespace test {
+namespace {
+
+using Errors = ScriptTest;
+using zelto::script::Outcome;
+
+TEST_F(Errors, OfObjectsHaveTheirWordsSourceAndNumber) {
+  EXPECT_EQ(text(L"(() => { try { o.Fail(-2147467259, 'it broke') } catch (e) { return [e instanceof Error, e.message, "
+                 L"e.source, e.number] } })()"),
+            "true,it broke,Probe,-2147467259");
+  EXPECT_EQ(error_of(L"\n\n  o.Fail(-2147467259, 'it broke')"), "Probe: it broke at /site/page.asp:3");
+  const Outcome outcome = run(L"o.Fail(-2147467259, 'it broke')");
+  EXPECT_EQ(outcome.error->number, E_FAIL);
+}
+
+TEST_F(Errors, WithoutWordsNameMemberAndCode) {
+  struct {
+    const wchar_t* script;
+    const char* said;
+  } const rows[] = {
+      {L"o.Fail(-2147352571)", "Error: Type mismatch: 'Fail' (0x80020005) at /site/page.asp:1"},
+      {L"o.Fail(-2147024809)", "Error: Invalid argument: 'Fail' (0x80070057) at /site/page.asp:1"},
+      {L"o.Fail(-2147220000)", "Error: Automation error: 'Fail' (0x800405E0) at /site/page.asp:1"},
+      {L"o.Keep()", "Error: Wrong number of arguments: 'Keep' (0x8002000E) at /site/page.asp:1"},
+      {L"o.Keep(1, 2)", "Error: Wrong number of arguments: 'Keep' (0x8002000E) at /site/page.asp:1"},
+      {L"o.Keep;", "Error: Wrong number of arguments: 'Keep' (0x8002000E) at /site/page.asp:1"},
+      {L"o.Inner = 1",
+       "Error: Object doesn't support this property or method: 'Inner' (0x80020003) at /site/page.asp:1"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(error_of(row.script), row.said);
+}
+
+TEST_F(Errors, DoNotInheritTheWordsOfAnEarlierOne) {
+  must_run(L"try { o.Fail(-2147467259, 'first') } catch (e) {}");
+  EXPECT_EQ(error_of(L"o.Fail(-2147467259)"), "Error: Unspecified error: 'Fail' (0x80004005) at /site/page.asp:1");
+}
+
+TEST_F(Errors, OfTheScriptHaveTheirPlace) {
+  struct {
+    const wchar_t* script;
+    const char* said;
+  } const rows[] = {
+      {L"\nnull.x", "TypeError: null is not an object (evaluating 'null.x') at /site/page.asp:2"},
+      {L"\n\nthrow new RangeError('far')", "RangeError: far at /site/page.asp:3"},
+      {L"function f() {\n throw 'text'\n}\nf()", ": text at /site/page.asp:2"},
+      {L"\nthrow { message: 'made', number: 7, source: 'me' }", "me: made at /site/page.asp:2"},
+      {L"\nthrow 5", ": 5 at /site/page.asp:2"},
+      {L"\nvar a = ;", "SyntaxError: Unexpected token ';' at /site/page.asp:2"},
+      {L"f(1) = 2; function f() {}", "ReferenceError: Left side of assignment is not a reference. at /site/page.asp:1"},
+      {L"nowhere(1) = 2", "ReferenceError: Can't find variable: nowhere at /site/page.asp:1"},
+      {L"(async () => {\n throw new Error('later') })()", "Error: later at /site/page.asp:2"},
+  };
+  for (const auto& row : rows) {
+    const std::string said = error_of(row.script);
+    EXPECT_EQ(said, row.said);
+  }
+}
+
+TEST_F(Errors, ThatTravelThroughComponentsKeepTheFirstAsCause) {
+  must_run(
+      L"function inner() {\n  throw new TypeError('deep')\n}\n"
+      L"var said; try { o.Call(inner, 1) } catch (e) { said = [e.message, e.cause === undefined, e.cause instanceof "
+      L"TypeError, e.cause.line, e.number] }");
+  EXPECT_EQ(text(L"said"), "deep,false,true,2,-2147467259");
+  EXPECT_EQ(error_of(L"function inner() {\n  throw new TypeError('deep')\n}\n\no.Call(inner, 1)"),
+            "TypeError: deep at /site/page.asp:2");
+  // A cause belongs to one failure, not to the next.
+  EXPECT_EQ(text(L"(() => { try { o.Call(inner, 1) } catch (e) {} try { o.Keep() } catch (e) { return e.cause } })()"),
+            "undefined");
+}
+
+TEST_F(Errors, AreRaisedByTheHelpersOfOlderPages) {
+  EXPECT_EQ(error_of(L"new VBArray({})"), "TypeError: VBArray expected at /site/page.asp:1");
+  EXPECT_EQ(error_of(L"new VBArray([1]).getItem(1)"), "RangeError: Subscript out of range at /site/page.asp:1");
+  EXPECT_EQ(error_of(L"new Enumerator(p.Inner = 1)").substr(0, 6), "Error:");
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,227 @@
+// Life of a realm: what it gives to a script, how pages end, and that nothing stays behind.
+#include "script/engine.h"
+
+#include <pthread.h>
+
+#include <functional>
+#include <thread>
+
+#include "zelto/script/script_test.h"
+
+namespace test {
+namespace {
+
+using namespace std::chrono_literals;
+using zelto::script::compile;
+using zelto::script::Engine;
+using zelto::script::kPageStopped;
+using zelto::script::Outcome;
+using zelto::script::Program;
+using RealmLife = ScriptTest;
+
+TEST_F(RealmLife, StartsAfreshForEachRequest) {
+  must_run(L"var x = 1; Array.prototype.extra = 2");
+  realm.reset();
+  open_realm();
+  EXPECT_EQ(text(L"typeof x + [].extra"), "undefinedundefined");
+}
+
+TEST_F(RealmLife, WritesTextOfThePageAndExpressions) {
+  auto program =
+      std::make_shared<Program>(*compile(L"$zelto.html(1); $zelto.out(1 + 1); $zelto.out(undefined); "
+                                         L"$zelto.out(null); $zelto.out(true); $zelto.html(0); $zelto.html(9)",
+                                         "/site/page.asp"));
+  program->literals.emplace_back(L"end");
+  program->literals.emplace_back(L"<p>\U0001F600");
+  EXPECT_EQ(realm->run(program).kind, Outcome::completed);
+  EXPECT_EQ(page->text, L"<p>\U0001F6002undefinednulltrueend");
+}
+
+TEST_F(RealmLife, MapsLinesToFiles) {
+  auto program = std::make_shared<Program>(*compile(L"a();\nfunction a() {\n  null.x }", "/site/page.asp"));
+  program->files = {"/site/page.asp", "/site/part.inc"};
+  program->lines = {{0, 10, 0}, {1, 4, 0}, {1, 5, 20}};
+  const Outcome outcome = realm->run(program);
+  ASSERT_EQ(outcome.kind, Outcome::failed);
+  EXPECT_EQ(said(outcome), "TypeError: null is not an object (evaluating 'null.x') at /site/part.inc:5");
+  EXPECT_GT(outcome.error->column, 20);
+}
+
+TEST_F(RealmLife, CallsAFunctionOfTheScript) {
+  must_run(L"var n = 0; function Session_OnStart() { n++ }; const later = () => { n += 10 }");
+  EXPECT_EQ(realm->call(L"Session_OnStart").kind, Outcome::completed);
+  EXPECT_EQ(realm->call(L"later").kind, Outcome::completed);
+  EXPECT_EQ(realm->call(L"Missing").kind, Outcome::completed);
+  EXPECT_EQ(text(L"n"), "11");
+  must_run(L"function bad() { null.x } function end() { Response.End() }");
+  EXPECT_EQ(realm->call(L"bad").kind, Outcome::failed);
+  EXPECT_EQ(realm->call(L"end").kind, Outcome::stopped);
+}
+
+TEST_F(RealmLife, StopsARunawayScript) {
+  engine.set_time_limit(50ms);
+  for (const wchar_t* script :
+       {L"while (true) {}", L"for (;;) { try { for (;;) {} } catch (e) {} finally { continue } }",
+        L"for (;;) o.Close()", L"/(a+)+b/.test('a'.repeat(10)); while (true);"}) {
+    EXPECT_EQ(run(script).kind, Outcome::timed_out) << narrow(script);
+  }
+  engine.set_time_limit(0ms);
+  must_run(L"var x = 1");
+}
+
+TEST_F(RealmLife, CountsTheTimeThatObjectsTake) {
+  engine.set_time_limit(50ms);
+  probe->action = [] {
+    std::this_thread::sleep_for(60ms);
+    return S_OK;
+  };
+  EXPECT_EQ(run(L"o.Act(); o.Act(); Response.Write('not reached')").kind, Outcome::timed_out);
+  EXPECT_EQ(page->text, L"");
+}
+
+TEST_F(RealmLife, LetsThePageChangeItsTime) {
+  engine.set_time_limit(1h);
+  probe->action = [this] {
+    engine.set_time_limit(30ms);
+    return S_OK;
+  };
+  EXPECT_EQ(run(L"o.Act(); while (true) {}").kind, Outcome::timed_out);
+}
+
+TEST_F(RealmLife, StopsThroughComponentFrames) {
+  EXPECT_EQ(run(L"function f() { try { Response.End() } catch (e) { Response.Write('a') } }\n"
+                L"try { o.Call(f, 1) } catch (e) { Response.Write('b') } Response.Write('c')")
+                .kind,
+            Outcome::stopped);
+  EXPECT_EQ(page->text, L"");
+  engine.set_time_limit(50ms);
+  EXPECT_EQ(run(L"function f() { while (true) {} }\ntry { o.Call(f, 1) } catch (e) {} while (true) {}").kind,
+            Outcome::timed_out);
+}
+
+TEST_F(RealmLife, StopsWhenAnObjectHidesTheCode) {
+  probe->action = [] {
+    zelto::script::stop_page();
+    return S_OK;
+  };
+  EXPECT_EQ(run(L"o.Act(); Response.Write('not reached')").kind, Outcome::stopped);
+  EXPECT_EQ(page->text, L"");
+}
+
+TEST_F(RealmLife, RunsAPageWithinAPage) {
+  std::unique_ptr<zelto::script::Realm> inner;
+  Outcome outcome;
+  probe->action = [&] {
+    inner = std::make_unique<zelto::script::Realm>(engine);
+    inner->set_object(L"Response", page.get());
+    outcome = inner->run(
+        compile(L"Response.Write('inner'); this.x = 1; if (stop) Response.End(); var stop", "/site/inner.asp"));
+    inner.reset();
+    return outcome.kind == Outcome::stopped ? kPageStopped : S_OK;
+  };
+  must_run(L"o.Act(); Response.Write(typeof x)");
+  EXPECT_EQ(page->text, L"innerundefined");
+  EXPECT_EQ(outcome.kind, Outcome::completed);
+}
+
+TEST_F(RealmLife, EndsTheOuterPageWithTheInnerOne) {
+  probe->action = [&] {
+    zelto::script::Realm inner(engine);
+    inner.set_object(L"Response", page.get());
+    return inner.run(compile(L"Response.End()", "/site/inner.asp")).kind == Outcome::stopped ? kPageStopped : S_OK;
+  };
+  EXPECT_EQ(run(L"try { o.Act() } catch (e) {} Response.Write('not reached')").kind, Outcome::stopped);
+  EXPECT_EQ(page->text, L"");
+}
+
+TEST_F(RealmLife, StoppingWithoutAScriptIsOnlyACode) {
+  EXPECT_EQ(zelto::script::stop_page(), kPageStopped);
+  EXPECT_FALSE(zelto::script::is_unwinding());
+  must_run(L"Response.Write('on')");
+}
+
+TEST_F(RealmLife, LetsGoOfEverything) {
+  const int before = Probe::alive;
+  probe->action = [this] {
+    auto made = korlib::make<Probe>();
+    probe->kept = CComVariant(static_cast<IDispatch*>(made.get()));
+    return S_OK;
+  };
+  must_run(
+      L"var all = []; for (var i = 0; i < 500; i++) { o.Act(); var x = o.Give(); all.push(x, x.Close); "
+      L"x.Hold(() => x) }");
+  probe->kept.reset();
+  probe->action = nullptr;
+  EXPECT_EQ(Probe::alive, before + 500);
+  realm.reset();
+  EXPECT_EQ(Probe::alive, before);
+}
+
+TEST_F(RealmLife, CollectsObjectsWhileItRuns) {
+  probe->action = [this] {
+    probe->kept = CComVariant(static_cast<IDispatch*>(korlib::make<Probe>().get()));
+    return S_OK;
+  };
+  must_run(L"for (var i = 0; i < 30000; i++) { o.Act(); o.Give().Name }");
+  EXPECT_LT(Probe::alive, 25000);
+}
+
+// Script calls object calls script: each level has engine and component frames.
+TEST(Recursion, EndsWithAnErrorInAThreadOfAWorkersSize) {
+  std::string said;
+  std::function<void()> body = [&] {
+    Engine engine;
+    CComPtr<Probe> probe = korlib::make<Probe>();
+    zelto::script::Realm realm(engine);
+    realm.set_object(L"o", probe.get());
+    const Outcome outcome = realm.run(compile(
+        L"var depth = 0; function f() { depth++; o.Call(f, 1) }\nvar said; try { f() } catch (e) { var c = e; while "
+        L"(c.cause) c = c.cause; said = c.name + ': ' + c.message } if (depth < 20) throw depth; throw said",
+        "/site/page.asp"));
+    said = outcome.error ? zelto::script::to_utf8(outcome.error->message) : "none";
+  };
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 8u << 20);
+  pthread_t thread;
+  const auto run = [](void* function) -> void* {
+    (*static_cast<std::function<void()>*>(function))();
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &body), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+  EXPECT_TRUE(said == "RangeError: Out of stack space" || said == "RangeError: Maximum call stack size exceeded.")
+      << said;
+}
+
+TEST_F(RealmLife, EndsRecursionOfTheScriptAlone) {
+  EXPECT_EQ(error_of(L"function f() { f() }\nf()").substr(0, 45), "RangeError: Maximum call stack size exceeded.");
+  must_run(L"var x = 1");
+}
+
+TEST(Engines, ShareAProgramBetweenThreads) {
+  const auto program = compile(
+      L"var n = 0; function f(i) { return i } for (var i = 0; i < 2000; i++) n += f(i)\no.Keep(n)", "/site/page.asp");
+  std::vector<std::thread> threads;
+  std::atomic<int> right = 0;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      Engine engine;
+      for (int i = 0; i < 20; ++i) {
+        CComPtr<Probe> probe = korlib::make<Probe>();
+        {
+          zelto::script::Realm realm(engine);
+          realm.set_object(L"o", probe.get());
+          realm.run(program);
+        }
+        right += probe->kept.vt == VT_I4 && probe->kept.lVal == 1999000;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(right, 80);
+}
+
+}  // namespace
+}  // namespace test
