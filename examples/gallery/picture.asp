@@ -2,19 +2,28 @@
 <!-- #include file="store.inc" -->
 <%
 // One picture: shown, or saved under the name it came with (RFC 6266, RFC 8187).
-var picture = store.find(String(Request.QueryString("id")));
-if (!picture) {
-  Response.Status = "404 Not Found";
-  Response.Write("There is no such picture.");
-  Response.End();
+
+// The name without its folders and control characters, with the extension of what the file is.
+function fileName(name, file) {
+  var last = name.split(/[\/\\]/).pop().replace(/[\u0000-\u001F\u007F]/g, "") || "picture";
+  if (!/\.(png|jpe?g|gif)$/i.test(last)) last += /\.\w+$/.exec(file);
+  return encodeURIComponent(last).replace(/['()*]/g, function (c) {
+    return "%" + c.charCodeAt(0).toString(16).toUpperCase();
+  });
 }
-var stream = Server.CreateObject("ADODB.Stream");
-stream.Type = 1;
-stream.Open();
-stream.LoadFromFile(store.folder + "/" + picture.file);
-Response.ContentType = picture.type;
-Response.AddHeader("Content-Disposition",
-  (Request.QueryString("save").Count ? "attachment" : "inline") + "; filename*=UTF-8''" +
-  encodeURIComponent(picture.name).replace(/['()*]/g, function (c) { return "%" + c.charCodeAt(0).toString(16); }));
-Response.BinaryWrite(stream.Read(-1));
+
+var picture = store.find(String(Request.QueryString("id")));
+var bytes = picture && store.bytes(picture);
+Response.Clear();
+if (bytes) {
+  var how = Request.QueryString("save").Count ? "attachment" : "inline";
+  Response.ContentType = picture.type;
+  Response.AddHeader("Content-Disposition", how + "; filename*=UTF-8''" + fileName(picture.name, picture.file));
+  Response.BinaryWrite(bytes);
+} else {
+  Response.Status = "404 Not Found";
+  Response.ContentType = "text/plain";
+  Response.Write("There is no such picture.");
+}
+Response.End();
 %>

@@ -18,6 +18,11 @@ function bytesAsHex(bytes) {
   return Array.from(bytes, function (b) { return (b < 16 ? "0" : "") + b.toString(16); }).join(" ");
 }
 
+// The bytes of a text, as a Uint8Array.
+function utf8(text) {
+  return mirt.Base64Decode(mirt.Base64Encode(text, UTF8), -2);
+}
+
 var groups = [
   ["Encoders", [
     ["HTML", "mirt.HTMLEncode(text)", function () { return mirt.HTMLEncode(text); }],
@@ -34,7 +39,8 @@ var groups = [
   ]],
   ["Digests", [
     ["MD5", "mirt.MD5(text, 65001)", function () { return mirt.MD5(text, UTF8); }],
-    ["SHA-1", "mirt.SHA1(text, 65001)", function () { return mirt.SHA1(text, UTF8); }]
+    ["SHA-1", "mirt.SHA1(text, 65001)", function () { return mirt.SHA1(text, UTF8); }],
+    ["SHA-1 of bytes", "mirt.SHA1(utf8(text))", function () { return mirt.SHA1(utf8(text), UTF8); }]
   ]],
   ["Width", [
     ["Full width", "mirt.HanToZen(text)", function () { return mirt.HanToZen(text); }],

@@ -32,6 +32,7 @@ class Element {
   type(text) { return this.browser.post(`${this.path}/value`, { text }); }
   clear() { return this.browser.post(`${this.path}/clear`, {}); }
   text() { return this.browser.call('GET', `${this.path}/text`); }
+  attribute(name) { return this.browser.call('GET', `${this.path}/attribute/${name}`); }
   value() { return this.browser.call('GET', `${this.path}/property/value`); }
 }
 
@@ -79,6 +80,16 @@ export class Browser {
     const found = await this.post('elements', { using: 'css selector', value: selector });
     return found.map((one) => new Element(this, one[elementKey]));
   }
+  // As find, once there is such an element.
+  async wait(selector) {
+    await this.post('timeouts', { implicit: 60_000 });
+    try {
+      return await this.find(selector);
+    } finally {
+      await this.post('timeouts', { implicit: 0 });
+    }
+  }
+  async textsOf(selector) { return Promise.all((await this.findAll(selector)).map((one) => one.text())); }
   async textOf(selector) { return (await this.find(selector)).text(); }
   async click(selector) { return (await this.find(selector)).click(); }
   // Clicks on what leads to another page, and waits for that page.

@@ -3,16 +3,17 @@ import { spawn } from 'node:child_process';
 import { once } from 'node:events';
 import { cp, mkdtemp, rm } from 'node:fs/promises';
 import { tmpdir } from 'node:os';
-import { join } from 'node:path';
+import { join, resolve } from 'node:path';
 import { createInterface } from 'node:readline';
 
 const host = process.env.ZELTO;
 const examples = process.env.EXAMPLES;
 
+// `example` is one of the examples, or the absolute path of a site of a test.
 // The site's address, what the host has logged, and stop(), which answers its exit code.
 export async function serve(example, ...options) {
   const folder = await mkdtemp(join(tmpdir(), 'site-'));
-  await cp(join(examples, example), folder, { recursive: true });
+  await cp(resolve(examples, example), folder, { recursive: true });
   const program = spawn(host, ['serve', folder, '--listen', '127.0.0.1:0', ...options], {
     stdio: ['ignore', 'pipe', 'pipe'],
   });
@@ -33,5 +34,5 @@ export async function serve(example, ...options) {
     await rm(folder, { recursive: true });
     return signal ?? code;
   };
-  return { address, folder, log, stop };
+  return { address, folder, log, pid: program.pid, stop };
 }
