@@ -8,20 +8,18 @@
 #include <cerrno>
 #include <system_error>
 
-#include <korlib/text.h>
 #include <korlib_host/errors.h>
 
 #include "classes/byte_store.h"
 #include "classes/descriptor.h"
+#include "classes/unicode.h"
 
 namespace korlib {
 namespace {
 
 std::string to_bytes(std::wstring_view path) {
   if (path.empty() || path.find(L'\0') != std::wstring_view::npos) return {};
-  std::string bytes(path.size() * 4, '\0');
-  bytes.resize(utf32_utf8(path.data(), path.size(), bytes.data(), bytes.size()));
-  return bytes;
+  return to_utf8(path);
 }
 
 // Opens without waiting for the other end of a pipe, and without following into a device.

@@ -6,7 +6,7 @@
 #include <korlib/text.h>
 
 #include "classes/byte_store.h"
-#include "classes/utf16.h"
+#include "classes/unicode.h"
 
 namespace korlib {
 namespace {

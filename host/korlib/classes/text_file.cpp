@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include <korlib/text.h>
+#include "classes/unicode.h"
 
 namespace korlib {
 namespace {
@@ -19,8 +19,7 @@ HRESULT TextFile::open_to_read(std::wstring_view path) {
   RETURN_IF_FAILED(load_file(path, fault_, contents));
   std::string_view bytes(contents.data.get(), contents.size);
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
-  text_.resize(utf8_utf32(bytes.data(), bytes.size(), nullptr, 0));
-  utf8_utf32(bytes.data(), bytes.size(), text_.data(), text_.size());
+  text_ = from_utf8(bytes);
   path_ = path;
   way_ = Way::kRead;
   is_open_ = true;
@@ -50,10 +49,7 @@ void TextFile::count_lines(std::wstring_view text) {
 }
 
 HRESULT TextFile::write(std::wstring_view text) {
-  const std::size_t before = unwritten_.size();
-  const std::size_t size = utf32_utf8(text.data(), text.size(), nullptr, 0);
-  unwritten_.resize(before + size);
-  utf32_utf8(text.data(), text.size(), unwritten_.data() + before, size);
+  unwritten_ += to_utf8(text);
   count_lines(text);
   return unwritten_.size() < kBufferSize ? S_OK : flush();
 }

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "classes/utf16.h"
+#include "classes/unicode.h"
 #include "database/moment.h"
 
 namespace korlib::db {

@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <iterator>
 
-#include "classes/utf16.h"
-
 namespace korlib::db {
 namespace {
 
@@ -28,9 +26,7 @@ constexpr Row kCodes[] = {
 };
 constexpr std::int32_t kFail = code_of(0x80004005);
 
-std::u16string_view units(const SQLWCHAR* text, std::size_t length) {
-  return {reinterpret_cast<const char16_t*>(text), length};
-}
+constexpr SQLSMALLINT kStateLength = 5;
 
 }  // namespace
 
@@ -63,31 +59,27 @@ std::int32_t Failure::code() const {
   return kFail;
 }
 
-std::vector<Diagnostic> diagnostics_of(short handle_type, void* handle) {
+std::vector<Diagnostic> diagnostics_of(DriverText way, short handle_type, void* handle) {
   constexpr SQLSMALLINT kMost = 20;
   std::vector<Diagnostic> found;
   for (SQLSMALLINT number = 1; number <= kMost; ++number) {
-    SQLWCHAR state[6]{};
-    SQLWCHAR text[2048]{};
+    TextOut state(way);
+    TextOut text(way);
     SQLINTEGER native = 0;
     SQLSMALLINT length = 0;
     const SQLRETURN result =
-        SQLGetDiagRecW(handle_type, handle, number, state, &native, text, SQLSMALLINT{std::size(text)}, &length);
+        way == DriverText::kWide
+            ? SQLGetDiagRecW(handle_type, handle, number, state.wide(), &native, text.wide(), TextOut::kRoom, &length)
+            : SQLGetDiagRec(handle_type, handle, number, state.bytes(), &native, text.bytes(), TextOut::kRoom, &length);
     if (!SQL_SUCCEEDED(result)) break;
-    Diagnostic one;
-    one.native = native;
-    append_utf16(one.state, units(state, 5));
-    const std::size_t written =
-        std::min<std::size_t>(static_cast<std::size_t>(std::max<SQLSMALLINT>(length, 0)), std::size(text) - 1);
-    append_utf16(one.text, units(text, written));
-    found.push_back(std::move(one));
+    found.push_back({state.text(kStateLength), native, text.text(length)});
   }
   return found;
 }
 
-void check(short result, short handle_type, void* handle) {
+void check(short result, DriverText way, short handle_type, void* handle) {
   if (SQL_SUCCEEDED(result)) return;
-  throw Failure(diagnostics_of(handle_type, handle));
+  throw Failure(diagnostics_of(way, handle_type, handle));
 }
 
 }  // namespace korlib::db

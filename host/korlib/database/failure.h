@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "database/driver_text.h"
+
 namespace korlib::db {
 
 struct Diagnostic {
@@ -32,9 +34,9 @@ class Failure : public std::exception {
 };
 
 // The diagnostics of an ODBC handle.
-std::vector<Diagnostic> diagnostics_of(short handle_type, void* handle);
+std::vector<Diagnostic> diagnostics_of(DriverText way, short handle_type, void* handle);
 
 // Throws when an ODBC call has failed.
-void check(short result, short handle_type, void* handle);
+void check(short result, DriverText way, short handle_type, void* handle);
 
 }  // namespace korlib::db

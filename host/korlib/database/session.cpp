@@ -3,33 +3,49 @@
 #include <sql.h>
 #include <sqlext.h>
 
-#include "classes/utf16.h"
+#include <algorithm>
+
+#include "database/driver_library.h"
 #include "database/failure.h"
 #include "database/statement.h"
 
 namespace korlib::db {
 
 // Each session has an environment of its own: the driver manager may serialise the calls within one.
-Session::Session(const std::wstring& connection_string, int timeout_seconds) : connection_string_(connection_string) {
+Session::Session(const std::wstring& connection_string, int timeout_seconds)
+    : connection_string_(connection_string), text_(text_of_driver(connection_string)) {
   try {
-    check(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &environment_), SQL_HANDLE_ENV, environment_);
-    check(SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0),
+    check(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &environment_), text_, SQL_HANDLE_ENV, environment_);
+    check(SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0), text_,
           SQL_HANDLE_ENV, environment_);
-    check(SQLAllocHandle(SQL_HANDLE_DBC, environment_, &connection_), SQL_HANDLE_ENV, environment_);
+    check(SQLAllocHandle(SQL_HANDLE_DBC, environment_, &connection_), text_, SQL_HANDLE_ENV, environment_);
     const auto timeout = static_cast<std::uintptr_t>(timeout_seconds);
-    SQLSetConnectAttrW(connection_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(timeout), 0);
-    std::u16string units = to_utf16(connection_string);
-    constexpr std::size_t kMostUnits = 16 * 1024;
-    if (units.size() > kMostUnits) throw Failure({{L"HY090", 0, L"The connection string is too long."}});
-    check(SQLDriverConnectW(connection_, nullptr, reinterpret_cast<SQLWCHAR*>(units.data()),
-                            static_cast<SQLSMALLINT>(units.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT),
-          SQL_HANDLE_DBC, connection_);
+    SQLSetConnectAttr(connection_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(timeout), 0);
+    connect();
     is_connected_ = true;
   } catch (...) {
     free_handles();
     throw;
   }
 }
+
+void Session::connect() {
+  constexpr std::size_t kMost = 16 * 1024;
+  // SQLite's driver waits for locks by itself, 100 seconds long and deaf to a cancellation, unless it is
+  // told how long. Told a millisecond, it leaves the wait to the database, where wait_for_locks() sets it,
+  // and tries once more.
+  lets_clients_wait_ = library_of(connection_string_).find("sqlite") != std::string::npos &&
+                       attribute_of(connection_string_, L"Timeout").empty();
+  TextIn text(text_, (lets_clients_wait_ ? L"Timeout=1;" : L"") + connection_string_);
+  if (text.size() > kMost) throw Failure({{L"HY090", 0, L"The connection string is too long."}});
+  const auto size = static_cast<SQLSMALLINT>(text.size());
+  check_connection(
+      text_ == DriverText::kWide
+          ? SQLDriverConnectW(connection_, nullptr, text.wide(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT)
+          : SQLDriverConnect(connection_, nullptr, text.bytes(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT));
+}
+
+void Session::check_connection(short result) const { check(result, text_, SQL_HANDLE_DBC, connection_); }
 
 Session::~Session() {
   make_idle();
@@ -45,8 +61,22 @@ void Session::free_handles() noexcept {
 
 void Session::set_autocommit(bool is_on) {
   const std::uintptr_t value = is_on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
-  check(SQLSetConnectAttrW(connection_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(value), SQL_IS_UINTEGER),
-        SQL_HANDLE_DBC, connection_);
+  check_connection(
+      SQLSetConnectAttr(connection_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(value), SQL_IS_UINTEGER));
+}
+
+void Session::wait_for_locks(int seconds) {
+  if (!lets_clients_wait_ || seconds == lock_seconds_) return;
+  constexpr int kLongest = 24 * 3600;
+  // For each of the driver's two tries a little less than half the time, so that the error tells of the
+  // lock.
+  const int milliseconds = (seconds > 0 ? std::min(seconds, kLongest) : kLongest) * 450;
+  std::string pragma = "PRAGMA busy_timeout = " + std::to_string(milliseconds);
+  SQLHSTMT statement = nullptr;
+  check_connection(SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement));
+  const SQLRETURN result = SQLExecDirect(statement, reinterpret_cast<SQLCHAR*>(pragma.data()), SQL_NTS);
+  SQLFreeHandle(SQL_HANDLE_STMT, statement);
+  if (SQL_SUCCEEDED(result)) lock_seconds_ = seconds;
 }
 
 void Session::begin() {
@@ -55,7 +85,7 @@ void Session::begin() {
 }
 
 void Session::end(short how) {
-  check(SQLEndTran(SQL_HANDLE_DBC, connection_, how), SQL_HANDLE_DBC, connection_);
+  check_connection(SQLEndTran(SQL_HANDLE_DBC, connection_, how));
   is_in_transaction_ = false;
   set_autocommit(true);
 }
@@ -77,9 +107,23 @@ void Session::make_idle() noexcept {
 bool Session::is_usable() const {
   if (is_broken_ || !is_connected_) return false;
   SQLUINTEGER is_dead = SQL_CD_FALSE;
-  const SQLRETURN result =
-      SQLGetConnectAttrW(connection_, SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);
+  const SQLRETURN result = SQLGetConnectAttr(connection_, SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);
   return !SQL_SUCCEEDED(result) || is_dead != SQL_CD_TRUE;  // a driver that does not know does not say
+}
+
+bool Session::answers() noexcept {
+  if (!is_usable()) return false;
+  constexpr int kSeconds = 5;
+  try {
+    std::vector<Parameter> none;
+    Statement(std::shared_ptr<Session>(std::shared_ptr<Session>(), this), kSeconds).run(L"SELECT 1", none);
+  } catch (const Failure& failure) {
+    // A database without such a statement has answered all the same.
+    if (failure.is_connection_lost() || failure.has_timed_out()) mark_broken();
+  } catch (...) {
+    mark_broken();
+  }
+  return is_usable();
 }
 
 }  // namespace korlib::db

@@ -6,6 +6,8 @@
 #include <set>
 #include <string>
 
+#include "database/driver_text.h"
+
 namespace korlib::db {
 
 class Statement;
@@ -21,27 +23,39 @@ class Session {
 
   const std::wstring& connection_string() const { return connection_string_; }
   void* handle() const { return connection_; }
+  DriverText text() const { return text_; }
 
   void begin();
   void commit();
   void roll_back();
   bool is_in_transaction() const { return is_in_transaction_; }
 
+  // How long a statement waits for another's lock, where the database leaves that to its clients; 0 is
+  // without end.
+  void wait_for_locks(int seconds);
+
   // Ends what is still running on it: the statements' handles go, an open transaction is rolled back.
   void make_idle() noexcept;
   void mark_broken() { is_broken_ = true; }
   bool is_usable() const;
+  // Asks the database, which may have gone since it was last heard of.
+  bool answers() noexcept;
 
  private:
   friend class Statement;
   void end(short how);
   void set_autocommit(bool is_on);
+  void connect();
+  void check_connection(short result) const;
   void free_handles() noexcept;
 
   std::wstring connection_string_;
+  DriverText text_;
   void* environment_ = nullptr;
   void* connection_ = nullptr;
   std::set<Statement*> statements_;
+  int lock_seconds_ = -1;
+  bool lets_clients_wait_ = false;
   bool is_connected_ = false;
   bool is_in_transaction_ = false;
   bool is_broken_ = false;

@@ -34,7 +34,7 @@ std::shared_ptr<Session> take_session(const std::wstring& connection_string, int
     if (t_idle[i].session->connection_string() != connection_string) continue;
     std::shared_ptr<Session> session = std::move(t_idle[i].session);
     t_idle.erase(t_idle.begin() + static_cast<std::ptrdiff_t>(i));
-    if (session->is_usable()) return session;
+    if (session->answers()) return session;
   }
   return std::make_shared<Session>(connection_string, timeout_seconds);
 }

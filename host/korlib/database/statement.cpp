@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <iterator>
 
-#include "classes/utf16.h"
 #include "database/bound_parameter.h"
 #include "database/watchdog.h"
 
@@ -54,18 +53,11 @@ Kind kind_of(SQLSMALLINT sql_type) {
   }
 }
 
-std::wstring wide(const SQLWCHAR* units, SQLSMALLINT length, std::size_t room) {
-  const std::size_t count = std::min<std::size_t>(static_cast<std::size_t>(std::max<SQLSMALLINT>(length, 0)), room);
-  std::wstring text;
-  append_utf16(text, {reinterpret_cast<const char16_t*>(units), count});
-  return text;
-}
-
 }  // namespace
 
 Statement::Statement(std::shared_ptr<Session> session, int timeout_seconds)
     : session_(std::move(session)), timeout_(timeout_seconds) {
-  korlib::db::check(SQLAllocHandle(SQL_HANDLE_STMT, session_->handle(), &handle_), SQL_HANDLE_DBC, session_->handle());
+  session_->check_connection(SQLAllocHandle(SQL_HANDLE_STMT, session_->handle(), &handle_));
   session_->statements_.insert(this);
 }
 
@@ -84,24 +76,25 @@ void Statement::need_handle() const {
 
 void Statement::check(short result) {
   if (SQL_SUCCEEDED(result)) return;
-  throw Failure(diagnostics_of(SQL_HANDLE_STMT, handle_));
+  throw Failure(diagnostics_of(session_->text(), SQL_HANDLE_STMT, handle_));
 }
 
 void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters) {
   need_handle();
   if (sql.find(L'\0') != std::wstring::npos) throw Failure({{L"42000", 0, L"The command text holds a NUL character."}});
   if (parameters.size() > kMostParameters) throw Failure({{L"07001", 0, L"There are too many parameters."}});
-  std::u16string units = to_utf16(sql);
-  auto* text = reinterpret_cast<SQLWCHAR*>(units.data());
-  const auto length = static_cast<SQLINTEGER>(units.size());
+  TextIn text(session_->text(), sql);
+  const bool is_wide = session_->text() == DriverText::kWide;
+  const auto length = static_cast<SQLINTEGER>(text.size());
   std::vector<BoundParameter> bound(parameters.size());
+  session_->wait_for_locks(timeout_);
   const Deadline deadline(handle_, timeout_);
   try {
     SQLRETURN result = SQL_SUCCESS;
     if (parameters.empty()) {
-      result = SQLExecDirectW(handle_, text, length);
+      result = is_wide ? SQLExecDirectW(handle_, text.wide(), length) : SQLExecDirect(handle_, text.bytes(), length);
     } else {
-      check(SQLPrepareW(handle_, text, length));
+      check(is_wide ? SQLPrepareW(handle_, text.wide(), length) : SQLPrepare(handle_, text.bytes(), length));
       for (std::size_t i = 0; i < bound.size(); ++i) {
         check(bound[i].bind(handle_, static_cast<unsigned short>(i + 1), parameters[i]));
       }
@@ -142,28 +135,31 @@ void Statement::describe() {
 }
 
 Column Statement::describe_column(unsigned short number) {
-  SQLWCHAR name[256]{};
+  const bool is_wide = session_->text() == DriverText::kWide;
+  TextOut name(session_->text());
   SQLSMALLINT length = 0;
   SQLSMALLINT type = 0;
   SQLSMALLINT scale = 0;
   SQLSMALLINT nullable = SQL_NULLABLE_UNKNOWN;
   SQLULEN size = 0;
-  check(SQLDescribeColW(handle_, number, name, SQLSMALLINT{std::size(name)}, &length, &type, &size, &scale, &nullable));
-  Column column;
-  column.name = wide(name, length, std::size(name) - 1);
-  column.kind = kind_of(type);
-  column.size = size;
-  column.scale = scale;
-  column.is_nullable = nullable != SQL_NO_NULLS;
+  check(is_wide
+            ? SQLDescribeColW(handle_, number, name.wide(), TextOut::kRoom, &length, &type, &size, &scale, &nullable)
+            : SQLDescribeCol(handle_, number, name.bytes(), TextOut::kRoom, &length, &type, &size, &scale, &nullable));
   // Some drivers report booleans as text; the type's own name tells.
-  SQLWCHAR type_name[64]{};
+  const std::wstring named = type_name(number);
+  const bool is_bool = named == L"bool" || named == L"boolean";
+  return {name.text(length), is_bool ? Kind::kBool : kind_of(type), size, scale, nullable != SQL_NO_NULLS};
+}
+
+std::wstring Statement::type_name(unsigned short number) {
+  const bool is_wide = session_->text() == DriverText::kWide;
+  TextOut name(session_->text());
   SQLSMALLINT bytes = 0;
-  if (SQL_SUCCEEDED(SQLColAttributeW(handle_, number, SQL_DESC_TYPE_NAME, type_name, SQLSMALLINT{sizeof type_name},
-                                     &bytes, nullptr))) {
-    const std::wstring named = wide(type_name, static_cast<SQLSMALLINT>(bytes / 2), std::size(type_name) - 1);
-    if (named == L"bool" || named == L"boolean") column.kind = Kind::kBool;
-  }
-  return column;
+  const SQLRETURN result =
+      is_wide ? SQLColAttributeW(handle_, number, SQL_DESC_TYPE_NAME, name.wide(), TextOut::kRoom, &bytes, nullptr)
+              : SQLColAttribute(handle_, number, SQL_DESC_TYPE_NAME, name.bytes(), TextOut::kRoom, &bytes, nullptr);
+  if (!SQL_SUCCEEDED(result)) return {};
+  return name.text(is_wide ? static_cast<SQLSMALLINT>(bytes / 2) : bytes);
 }
 
 bool Statement::fetch(Row& row) {

@@ -40,6 +40,7 @@ class Statement {
   void need_handle() const;
   void describe();
   Column describe_column(unsigned short number);
+  std::wstring type_name(unsigned short number);
   Value read(unsigned short number, const Column& column);
   Value read_text(unsigned short number);
   Value read_bytes(unsigned short number);

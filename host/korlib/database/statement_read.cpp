@@ -4,7 +4,7 @@
 
 #include <new>
 
-#include "classes/utf16.h"
+#include "classes/unicode.h"
 #include "database/moment.h"
 #include "database/statement.h"
 

@@ -1,4 +1,4 @@
-// UTF-32 to UTF-16 and back; what is no character becomes U+FFFD.
+// UTF-32 to the other encoding forms and back; what is no character becomes U+FFFD.
 #pragma once
 
 #include <string>
@@ -14,6 +14,8 @@ constexpr char32_t scalar(wchar_t c) {
 }
 
 std::u16string to_utf16(std::wstring_view text);
+std::string to_utf8(std::wstring_view text);
+std::wstring from_utf8(std::string_view bytes);
 void append_utf16(std::wstring& text, std::u16string_view units);
 
 }  // namespace korlib

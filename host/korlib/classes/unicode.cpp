@@ -1,4 +1,6 @@
-#include "classes/utf16.h"
+#include "classes/unicode.h"
+
+#include <korlib/text.h>
 
 namespace korlib {
 namespace {
@@ -32,6 +34,18 @@ void append_utf16(std::wstring& text, std::u16string_view units) {
     }
     text.push_back(static_cast<wchar_t>(scalar(static_cast<wchar_t>(c))));
   }
+}
+
+std::string to_utf8(std::wstring_view text) {
+  std::string bytes(utf32_utf8(text.data(), text.size(), nullptr, 0), '\0');
+  utf32_utf8(text.data(), text.size(), bytes.data(), bytes.size());
+  return bytes;
+}
+
+std::wstring from_utf8(std::string_view bytes) {
+  std::wstring text(utf8_utf32(bytes.data(), bytes.size(), nullptr, 0), L'\0');
+  utf8_utf32(bytes.data(), bytes.size(), text.data(), text.size());
+  return text;
 }
 
 }  // namespace korlib

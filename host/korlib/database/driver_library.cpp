@@ -1,0 +1,53 @@
+#include "database/driver_library.h"
+
+#include <dlfcn.h>
+#include <odbcinst.h>
+
+#include "classes/unicode.h"
+#include "database/driver_text.h"
+
+namespace korlib::db {
+namespace {
+
+std::string configured(const std::string& section, const char* entry, const char* file) {
+  char value[1024] = {};
+  const int length = SQLGetPrivateProfileString(section.c_str(), entry, "", value, int{sizeof value}, file);
+  return length > 0 ? std::string(value) : std::string();
+}
+
+// Where the module that holds an address begins. A driver may be linked with the driver manager, whose
+// functions of the same names are found through it.
+const void* module_of(const void* address) {
+  Dl_info info{};
+  return address && dladdr(address, &info) != 0 ? info.dli_fbase : nullptr;
+}
+
+// Opens a library the way the driver manager does: by the usual search, then in the folder for drivers
+// beside the driver manager itself.
+void* open_library(const std::string& library) {
+  if (void* opened = dlopen(library.c_str(), RTLD_LAZY | RTLD_LOCAL)) return opened;
+  Dl_info manager{};
+  if (dladdr(reinterpret_cast<const void*>(&SQLGetPrivateProfileString), &manager) == 0) return nullptr;
+  const std::string path = manager.dli_fname;
+  return dlopen((path.substr(0, path.rfind('/') + 1) + "odbc/" + library).c_str(), RTLD_LAZY | RTLD_LOCAL);
+}
+
+}  // namespace
+
+std::string library_of(std::wstring_view connection_string) {
+  std::string driver = to_utf8(attribute_of(connection_string, L"Driver"));
+  if (driver.empty()) driver = configured(to_utf8(attribute_of(connection_string, L"DSN")), "Driver", "ODBC.INI");
+  if (driver.empty() || driver.find('/') != std::string::npos) return driver;
+  return configured(driver, "Driver", "ODBCINST.INI");
+}
+
+bool takes_wide_text(const std::string& library) {
+  void* opened = open_library(library);
+  if (!opened) return true;  // the driver manager will say what is wrong
+  const void* own = module_of(dlsym(opened, "SQLFetch"));
+  const void* wide = module_of(dlsym(opened, "SQLDriverConnectW"));
+  dlclose(opened);
+  return wide && wide == own;
+}
+
+}  // namespace korlib::db

@@ -1,0 +1,146 @@
+#include "korlib/database/databases.h"
+
+#include <korlib_host/diagnostics.h>
+
+namespace {
+
+using test::call;
+using test::get;
+using test::put;
+
+class Transactions : public Database {
+ protected:
+  void SetUp() override {
+    Database::SetUp();
+    execute(L"CREATE TABLE t (id INTEGER)");
+  }
+  LONG rows() {
+    CComVariant count = single(L"SELECT COUNT(*) FROM t");
+    EXPECT_EQ(S_OK, count.change_type(VT_I4));
+    return count.lVal;
+  }
+};
+BOTH_DATABASES(Transactions);
+
+TEST_P(Transactions, CommitAndRollBack) {
+  EXPECT_EQ(1, call(connection(), L"BeginTrans").value.lVal);
+  execute(L"INSERT INTO t VALUES (1)");
+  EXPECT_EQ(S_OK, call(connection(), L"RollbackTrans").hr);
+  EXPECT_EQ(0, rows());
+  EXPECT_EQ(S_OK, call(connection(), L"BeginTrans").hr);
+  execute(L"INSERT INTO t VALUES (1)");
+  EXPECT_EQ(S_OK, call(connection(), L"CommitTrans").hr);
+  EXPECT_EQ(1, rows());
+  execute(L"INSERT INTO t VALUES (2)");  // by itself again
+  connection_ = open_another();
+  EXPECT_EQ(2, rows());
+}
+
+TEST_P(Transactions, KeepTheirOrder) {
+  EXPECT_EQ(L"CommitTrans: no transaction is open.", call(connection(), L"CommitTrans").description);
+  EXPECT_EQ(L"RollbackTrans: no transaction is open.", call(connection(), L"RollbackTrans").description);
+  call(connection(), L"BeginTrans");
+  EXPECT_EQ(L"BeginTrans: a transaction is open already.", call(connection(), L"BeginTrans").description);
+}
+
+TEST_P(Transactions, AreRolledBackWhenTheConnectionGoes) {
+  for (const bool by_close : {true, false}) {
+    CComPtr<IDispatch> other = open_another();
+    call(other.get(), L"BeginTrans");
+    execute_on(other.get(), L"INSERT INTO t VALUES (1)");
+    if (by_close) call(other.get(), L"Close");
+    other.reset();
+    EXPECT_EQ(0, rows());
+  }
+}
+
+TEST_P(Transactions, DoNotSurviveInThePool) {
+  call(connection(), L"BeginTrans");
+  execute(L"INSERT INTO t VALUES (1)");
+  connection_.reset();
+  connection_ = open_another();  // the same session, from the pool
+  EXPECT_EQ(0, rows());
+  EXPECT_TRUE(FAILED(call(connection(), L"CommitTrans").hr));
+  execute(L"INSERT INTO t VALUES (2)");
+  connection_.reset();
+  connection_ = open_another();
+  EXPECT_EQ(1, rows());
+}
+
+TEST_P(Transactions, ReuseAPooledSession) {
+  execute(is_sqlite() ? L"CREATE TEMPORARY TABLE mine (id INTEGER)" : L"CREATE TEMPORARY TABLE mine (id INTEGER)");
+  connection_.reset();
+  connection_ = open_another();
+  execute(L"SELECT * FROM mine");  // known to that session alone
+}
+
+class Connections : public Database {};
+BOTH_DATABASES(Connections);
+
+TEST_P(Connections, OpenAndClose) {
+  EXPECT_EQ(1, get(connection(), L"State").value.lVal);
+  EXPECT_TRUE(FAILED(call(connection(), L"Open", connection_string()).hr));
+  EXPECT_EQ(S_OK, call(connection(), L"Close").hr);
+  EXPECT_EQ(0, get(connection(), L"State").value.lVal);
+  EXPECT_EQ(0x800A0E78u, static_cast<std::uint32_t>(call(connection(), L"Close").hr));
+  EXPECT_EQ(L"The connection is not open.", call(connection(), L"Execute", L"SELECT 1").description);
+  EXPECT_EQ(S_OK, put(connection(), L"ConnectionString", connection_string()).hr);
+  EXPECT_EQ(S_OK, call(connection(), L"Open").hr);
+  EXPECT_EQ(connection_string(), test::text_of(get(connection(), L"ConnectionString")));
+}
+
+TEST_P(Connections, HaveTheDocumentedTimeouts) {
+  EXPECT_EQ(30, get(connection(), L"CommandTimeout").value.lVal);
+  EXPECT_EQ(15, get(connection(), L"ConnectionTimeout").value.lVal);
+  EXPECT_EQ(S_OK, put(connection(), L"CommandTimeout", 0).hr);
+  EXPECT_TRUE(FAILED(put(connection(), L"CommandTimeout", -1).hr));
+}
+
+TEST_P(Connections, TellWhatTheDatabaseSaid) {
+  const test::Answer answer = call(connection(), L"Execute", L"SELECT * FROM no_such_table");
+  EXPECT_TRUE(FAILED(answer.hr));
+  EXPECT_EQ(L"ADODB.Connection", answer.source);
+  EXPECT_NE(std::wstring::npos, answer.description.find(L"no_such_table"));
+  CComPtr<IDispatch> errors = test::object_of(get(connection(), L"Errors"));
+  ASSERT_EQ(1, get(errors.get(), L"Count").value.lVal);
+  CComPtr<IDispatch> error =
+      test::object_of(test::invoke(errors.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {CComVariant(LONG{0})}));
+  EXPECT_EQ(5u, test::text_of(get(error.get(), L"SQLState")).size());
+  if (!is_sqlite()) {
+    EXPECT_EQ(L"42P01", test::text_of(get(error.get(), L"SQLState")));
+  }
+  EXPECT_NE(0, get(error.get(), L"NativeError").value.lVal);
+  EXPECT_EQ(answer.description, test::text_of(get(error.get(), L"Description")));
+  EXPECT_EQ(answer.hr, get(error.get(), L"Number").value.lVal);
+  EXPECT_TRUE(FAILED(get(errors.get(), L"Item", 1).hr));
+  execute(L"SELECT 1");
+  EXPECT_EQ(0, get(errors.get(), L"Count").value.lVal);
+}
+
+TEST_P(Connections, RefuseTextWithNul) {
+  EXPECT_EQ(L"The command text holds a NUL character.",
+            call(connection(), L"Execute", std::wstring(L"SELECT 1\0; DROP", 15)).description);
+}
+
+TEST_P(Connections, LeaveNothingBehind) {
+  const auto before = korlib_host::live_objects();
+  {
+    CComPtr<IDispatch> other = open_another();
+    CComPtr<IDispatch> rows = execute_on(other.get(), L"SELECT 1");
+    field(rows.get(), 0);
+    get(other.get(), L"Errors");
+  }
+  test::take_error();
+  EXPECT_EQ(before, korlib_host::live_objects());
+}
+
+TEST(Connection, NamesADriverThatIsMissing) {
+  CComPtr<IDispatch> connection = databases::create(CLSID_KorDBConnection);
+  const test::Answer answer = call(connection.get(), L"Open", L"Driver=NoSuchDriver;Database=x");
+  EXPECT_TRUE(FAILED(answer.hr));
+  EXPECT_NE(std::wstring::npos, answer.description.find(L"NoSuchDriver")) << testing::PrintToString(answer.description);
+  EXPECT_EQ(L"Open: a connection string is needed.",
+            call(databases::create(CLSID_KorDBConnection).get(), L"Open").description);
+}
+
+}  // namespace
