@@ -27,7 +27,7 @@ async function visit(address, name) {
 }
 
 test(`${visitors} visitors with ${requests} requests each see their own entries`, async () => {
-  const site = await serve('guestbook', '--workers', '4');
+  const site = await serve('notebook', '--workers', '4');
   try {
     await Promise.all(Array.from({ length: visitors }, (_, i) => visit(site.address, `visitor-${i}`)));
   } finally {

@@ -1,4 +1,4 @@
-// A visitor of the guest book without a browser: keeps cookies and reads the page.
+// A visitor of the guest book or the notebook without a browser: keeps cookies and reads the page.
 export class Visitor {
   constructor(address) {
     this.address = address;
