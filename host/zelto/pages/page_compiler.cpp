@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "intrinsics/text.h"
 #include "pages/page_scanner.h"
@@ -14,6 +16,8 @@ namespace zelto::pages {
 namespace {
 
 constexpr std::size_t kMaxIncludes = 10'000;
+constexpr std::size_t kMaxNesting = 100;                   // files that are open at the same time
+constexpr std::size_t kMaxSize = std::size_t{128} << 20;   // characters of all files, each as often as included
 constexpr std::size_t kMaxScript = std::size_t{64} << 20;  // characters
 
 std::string folder_of(const std::string& path) { return path.substr(0, path.rfind('/')); }
@@ -23,7 +27,7 @@ class Compiler {
   explicit Compiler(const std::string& root) : root_(root) {}
 
   CompiledPage compile(const std::string& physical) {
-    add_file(physical, 0);
+    add_file({physical, physical}, 0);
     script::Rewritten rewritten = script::rewrite(text_);
     auto program = std::make_shared<script::Program>(std::move(program_));
     program->url = physical;
@@ -34,6 +38,12 @@ class Compiler {
   }
 
  private:
+  // A file as the page names it and what it is behind symbolic links.
+  struct FileName {
+    std::string named;
+    std::string canonical;
+  };
+
   struct Place {
     const std::string& file;
     unsigned index;
@@ -41,29 +51,39 @@ class Compiler {
   };
 
   // Adds the file's pieces where the script has got to. `from_line` is where it is included.
-  void add_file(const std::string& path, int from_line) {
-    const std::string& includer = open_.empty() ? path : open_.back();
+  void add_file(const FileName& name, int from_line) {
+    const std::string& path = name.canonical;
+    const bool is_page = open_.empty();
+    const std::string& includer = is_page ? path : open_.back();
     if (std::ranges::find(open_, path) != open_.end()) fail_cycle(path, from_line);
-    if (++includes_ > kMaxIncludes) throw PageSourceError("The page includes too many files.", includer, from_line);
+    if (open_.size() > kMaxNesting) {
+      throw PageSourceError("Includes are nested more than " + std::to_string(kMaxNesting) + " deep.", includer,
+                            from_line);
+    }
+    if (!is_page && ++includes_ > kMaxIncludes) {
+      throw PageSourceError("The page includes more than " + std::to_string(kMaxIncludes) + " files.", includer,
+                            from_line);
+    }
     std::optional<SourceBytes> source = read_source(path);
     if (!source) throw PageSourceError("The file \"" + shown(path) + "\" cannot be read.", includer, from_line);
-    const bool is_page = open_.empty();
     if (is_page) page_.directive.code_page = code_page_of_source(source->bytes);
     const std::wstring text = decode_source(source->bytes, page_.directive.code_page);
-    const unsigned index = number_of(path, source->stamp);
+    if ((size_ += text.size()) > kMaxSize) throw PageSourceError("The page is too large.", includer, from_line);
+    watch(name.named, *source);
+    const unsigned index = number_of(path);
     open_.push_back(path);
     add_pieces(text, Place{path, index, LineCounter(text)}, is_page);
     open_.pop_back();
   }
 
   void add_pieces(const std::wstring& text, Place place, bool is_page) {
-    bool has_directive = false;
+    std::optional<std::size_t> behind_directive;
     for (Piece piece : scan(text, place)) {
       place.lines.move_to(piece.offset);
       switch (piece.kind) {
         case Piece::literal:
           // The line that holds nothing but the directive is no part of what the page writes.
-          if (has_directive && piece.offset == behind_directive_) drop_line_end(piece.text);
+          if (piece.offset == behind_directive) drop_line_end(piece.text);
           add_literal(piece.text, place);
           break;
         case Piece::code:
@@ -73,9 +93,8 @@ class Compiler {
           add_expression(piece.text, place);
           break;
         case Piece::directive:
-          if (has_directive) fail("A page has one directive only.", place);
-          has_directive = true;
-          behind_directive_ = piece.offset + piece.text.size() + 2;
+          if (behind_directive) fail("A page has one directive only.", place);
+          behind_directive = piece.offset + piece.text.size() + 2;
           add_directive(piece.text, place, is_page);
           break;
         case Piece::include:
@@ -99,7 +118,7 @@ class Compiler {
   static void drop_line_end(std::wstring_view& text) {
     if (text.starts_with(L"\r\n")) {
       text.remove_prefix(2);
-    } else if (text.starts_with(L"\n")) {
+    } else if (text.starts_with(L"\n") || text.starts_with(L"\r")) {
       text.remove_prefix(1);
     }
   }
@@ -120,6 +139,10 @@ class Compiler {
   }
 
   void add_expression(std::wstring_view text, const Place& place) {
+    // A semicolon that ends a statement elsewhere is no part of the expression.
+    const std::size_t last = text.find_last_not_of(L" \t\r\n\f;");
+    if (last == std::wstring_view::npos) fail("<%= %> holds no expression.", place);
+    text = text.substr(0, last + 1);
     add_line(L"$zelto.out((", place, place.lines.line(), 0);
     add_code(text, place);
     add_line(L"));", place, place.lines.line(), 0);
@@ -144,29 +167,33 @@ class Compiler {
     program_.lines.push_back({place.index, line, column});
   }
 
-  std::string resolve(const Piece& piece, const Place& place) {
+  FileName resolve(const Piece& piece, const Place& place) {
     std::string name = to_utf8(piece.text);
     std::ranges::replace(name, '\\', '/');
+    if (name.find('\0') != std::string::npos) fail("The name of an include file holds a zero character.", place);
     if (piece.is_virtual && !name.starts_with('/'))
       fail("A virtual include begins with \"/\": \"" + name + "\".", place);
     const std::string path = (piece.is_virtual ? root_ : folder_of(place.file) + "/") + name;
     char found[PATH_MAX];
-    if (name.find('\0') != std::string::npos || !::realpath(path.c_str(), found)) {
+    if (!::realpath(path.c_str(), found)) {
       fail("The include file \"" + name + "\" was not found.", place);
     }
-    std::string canonical = found;
-    if (!canonical.starts_with(root_ + "/")) {
+    if (!std::string_view(found).starts_with(root_ + "/")) {
       fail("The include file \"" + name + "\" lies outside the site.", place);
     }
-    return canonical;
+    return {path, found};
   }
 
-  unsigned number_of(const std::string& path, const FileStamp& stamp) {
-    const auto known = std::ranges::find(program_.files, path);
-    if (known != program_.files.end()) return static_cast<unsigned>(known - program_.files.begin());
-    program_.files.push_back(path);
-    page_.files.emplace_back(path, stamp);
-    return static_cast<unsigned>(program_.files.size() - 1);
+  // By the name that the page uses: a symbolic link that leads elsewhere later is a change.
+  void watch(const std::string& named, const SourceBytes& source) {
+    page_.is_settled &= source.is_settled;
+    if (watched_.insert(named).second) page_.files.emplace_back(named, source.stamp);
+  }
+
+  unsigned number_of(const std::string& path) {
+    const auto [place, is_new] = numbers_.emplace(path, static_cast<unsigned>(program_.files.size()));
+    if (is_new) program_.files.push_back(path);
+    return place->second;
   }
 
   [[noreturn]] void fail_cycle(const std::string& path, int line) const {
@@ -186,9 +213,11 @@ class Compiler {
   std::wstring text_;
   script::Program program_;
   CompiledPage page_;
-  std::vector<std::string> open_;  // the files that are being read, outermost first
+  std::vector<std::string> open_;                      // the files that are being read, outermost first
+  std::unordered_map<std::string, unsigned> numbers_;  // of program_.files
+  std::unordered_set<std::string> watched_;            // the names in page_.files
   std::size_t includes_ = 0;
-  std::size_t behind_directive_ = 0;
+  std::size_t size_ = 0;
 };
 
 }  // namespace

@@ -21,6 +21,7 @@ struct CompiledPage {
   std::shared_ptr<const script::Program> program;
   Directive directive;
   std::vector<std::pair<std::string, FileStamp>> files;  // what it was made of
+  bool is_settled = true;                                // the stamps of `files` will tell of any change
 };
 
 // `root` is the site's folder and `physical` the page's file, both canonical. Throws PageSourceError.

@@ -22,7 +22,8 @@ LoadedPage failed(const std::string& what, const std::string& file, int line) {
 }
 
 bool is_current(const pages::CompiledPage& page) {
-  return std::ranges::all_of(page.files, [](const auto& file) { return pages::stamp_of(file.first) == file.second; });
+  return page.is_settled &&
+         std::ranges::all_of(page.files, [](const auto& file) { return pages::stamp_of(file.first) == file.second; });
 }
 
 }  // namespace

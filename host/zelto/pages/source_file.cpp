@@ -4,6 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <ctime>
+
 #include "intrinsics/text.h"
 
 namespace zelto::pages {
@@ -13,6 +16,11 @@ namespace {
 constexpr LONG kUtf16LittleEndian = 1200;
 constexpr LONG kUtf16BigEndian = 1201;
 
+// File systems take their times from a clock that ticks some hundred times a second.
+constexpr long long kTick = 100'000'000;
+// A time further ahead is no clock's inaccuracy but wrong, and would never settle.
+constexpr long long kAhead = 2'000'000'000;
+
 long long nanoseconds(const timespec& time) { return time.tv_sec * 1'000'000'000LL + time.tv_nsec; }
 
 std::optional<FileStamp> regular_file_stamp(const struct stat& status) {
@@ -21,9 +29,18 @@ std::optional<FileStamp> regular_file_stamp(const struct stat& status) {
                    nanoseconds(status.st_ctim)};
 }
 
+bool is_settled(const FileStamp& stamp) {
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  const long long age = nanoseconds(now) - stamp.changed;
+  return age > kTick || age < -kAhead;
+}
+
 class OpenFile {
  public:
-  explicit OpenFile(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  // Without O_NONBLOCK a named pipe would hold the page up until someone writes into it.
+  explicit OpenFile(const std::string& path)
+      : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
   ~OpenFile() {
@@ -49,10 +66,11 @@ std::optional<SourceBytes> read_source(const std::string& path) {
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0) return std::nullopt;
   const std::optional<FileStamp> stamp = regular_file_stamp(status);
   if (!stamp || stamp->size > kMaxSource) return std::nullopt;
-  SourceBytes source{std::string(static_cast<std::size_t>(stamp->size), '\0'), *stamp};
+  SourceBytes source{std::string(static_cast<std::size_t>(stamp->size), '\0'), *stamp, is_settled(*stamp)};
   std::size_t done = 0;
   while (done < source.bytes.size()) {
     const ssize_t got = ::read(file.get(), source.bytes.data() + done, source.bytes.size() - done);
+    if (got < 0 && errno == EINTR) continue;
     if (got < 0) return std::nullopt;
     if (got == 0) break;  // it became shorter; its stamp has changed as well
     done += static_cast<std::size_t>(got);

@@ -11,7 +11,8 @@
 
 namespace zelto::pages {
 
-// Everything that changes when a file is edited or replaced. Two equal stamps are the same contents.
+// Everything that changes when a file is edited or replaced. Two equal stamps are the same contents, unless
+// both were taken within a tick of the file system's clock (SourceBytes::is_settled).
 struct FileStamp {
   dev_t device = 0;
   ino_t inode = 0;
@@ -28,6 +29,7 @@ std::optional<FileStamp> stamp_of(const std::string& path);
 struct SourceBytes {
   std::string bytes;
   FileStamp stamp;
+  bool is_settled = true;  // not changed so lately that a further change could leave the stamp as it is
 };
 
 // Nothing when it cannot be read. Larger files than kMaxSource are refused likewise.

@@ -1,0 +1,65 @@
+#include "pages/directive.h"
+
+#include <gtest/gtest.h>
+
+namespace zelto::pages {
+namespace {
+
+std::string fault_of(std::wstring_view text) {
+  try {
+    read_directive(text);
+  } catch (const std::string& what) {
+    return what;
+  }
+  return "none";
+}
+
+TEST(Directive, KnowsItsNamesInAnyLetterCaseQuotedOrNot) {
+  for (const wchar_t* text : {L" Language=\"JavaScript\" CodePage=\"932\" EnableSessionState=\"False\" ",
+                              L"LANGUAGE='jscript' codepage='932' enablesessionstate='FALSE'",
+                              L"language=ECMAScript codepage=932\nENABLESESSIONSTATE=false",
+                              L" codepage = 932 EnableSessionState = false lcid=1041 transaction=required"}) {
+    const Directive directive = read_directive(text);
+    EXPECT_EQ(directive.code_page, 932);
+    EXPECT_FALSE(directive.uses_session);
+  }
+}
+
+TEST(Directive, LeavesDefaultsWithoutAWord) {
+  const Directive directive = read_directive(L" \t\r\n");
+  EXPECT_EQ(directive.code_page, 65001);
+  EXPECT_TRUE(directive.uses_session);
+  EXPECT_TRUE(read_directive(L"EnableSessionState=True").uses_session);
+}
+
+TEST(Directive, SaysWhatItCannotObey) {
+  const struct {
+    const wchar_t* text;
+    const char* fault;
+  } rows[] = {
+      {L"Language=\"VBScript\"", "This host runs pages in JavaScript only: Language=\"VBScript\" cannot be run."},
+      {L"Language=PerlScript", "This host runs pages in JavaScript only: Language=\"PerlScript\" cannot be run."},
+      {L"Language", "This host runs pages in JavaScript only: Language=\"\" cannot be run."},
+      {L"CodePage=12", "CodePage=\"12\" is no code page that this host knows; 65001 is UTF-8."},
+      {L"CodePage=utf-8", "CodePage=\"utf-8\" is no code page that this host knows; 65001 is UTF-8."},
+      {L"CodePage=99999999999", "CodePage=\"99999999999\" is no code page that this host knows; 65001 is UTF-8."},
+      {L"EnableSessionState=1", "EnableSessionState=\"1\" is neither True nor False."},
+      {L"Debug=\"true\"",
+       "\"Debug\" is no directive: Language, CodePage, EnableSessionState, LCID and Transaction are."},
+      {L"= 3", "A directive is written <%@ Name=\"value\" \xE2\x80\xA6 %>."},
+      {L"Language=\"JScript", "A directive is written <%@ Name=\"value\" \xE2\x80\xA6 %>."},
+  };
+  for (const auto& row : rows) EXPECT_EQ(fault_of(row.text), row.fault);
+}
+
+TEST(Directive, IsFoundInBytesOfAnyCodePage) {
+  EXPECT_EQ(code_page_of_source("<%@ CodePage=932 %>\x83\x65"), 932);
+  EXPECT_EQ(code_page_of_source("\xFF<%@CodePage=\"1252\"%>"), 1252);
+  EXPECT_EQ(code_page_of_source("text"), 65001);
+  EXPECT_EQ(code_page_of_source("<%@ CodePage=932"), 65001);
+  EXPECT_EQ(code_page_of_source("<%@ CodePage=7 %>"), 65001);
+  EXPECT_EQ(code_page_of_source(""), 65001);
+}
+
+}  // namespace
+}  // namespace zelto::pages

@@ -1,0 +1,128 @@
+// Compiled pages, run: what they write, and where their errors are said to be.
+#include "pages/programs.h"
+#include "zelto/pages/site_folder.h"
+#include "zelto/script/script_test.h"
+
+namespace {
+
+using zelto::script::Outcome;
+
+class RunPage : public test::SiteFolder {
+ protected:
+  Outcome run(std::string_view text) {
+    write("page.asp", text);
+    page_ = korlib::make<test::Page>();
+    zelto::script::Realm realm(engine_);
+    realm.set_object(L"Response", page_.get());
+    realm.set_output(page_.get());
+    const zelto::LoadedPage loaded = programs().load("/page.asp", path_of("page.asp"));
+    if (loaded.error) return {Outcome::failed, loaded.error};
+    return realm.run(loaded.program);
+  }
+  std::string written(std::string_view text) {
+    const Outcome outcome = run(text);
+    if (outcome.error) return "error: " + where(outcome);
+    return zelto::script::to_utf8(page_->text);
+  }
+  // "file:line message"
+  std::string where(const Outcome& outcome) {
+    if (!outcome.error) return "no error";
+    return outcome.error->file.substr(root.size()) + ":" + std::to_string(outcome.error->line) + " " +
+           zelto::script::to_utf8(outcome.error->message);
+  }
+  std::string place(std::string_view text) {
+    const std::string all = where(run(text));
+    return all.substr(0, all.find(' '));
+  }
+  zelto::Programs& programs() {
+    if (!programs_) programs_ = std::make_unique<zelto::Programs>(root);
+    return *programs_;
+  }
+
+  zelto::script::Engine engine_;
+  CComPtr<test::Page> page_;
+  std::unique_ptr<zelto::Programs> programs_;
+};
+
+TEST_F(RunPage, WritesTextAndExpressions) {
+  const struct {
+    const char* page;
+    const char* output;
+  } rows[] = {
+      {"a<%= 1 + 1 %>b", "a2b"},
+      {"<%= 1, 2 %>", "2"},
+      {"<%= 3; %>", "3"},
+      {"<%= 3 ; ; \n %>", "3"},
+      {"<%= 4 // why\n %>", "4"},
+      {"<%= 4 /* why */ %>", "4"},
+      {"<%= // why\n 5 %>", "5"},
+      {"<%= 6 // why %>!", "6!"},
+      {"<%=\r\n7\r\n%>", "7"},
+      {"<%= {a: 8}.a %>", "8"},
+      {"<%= function () { return 9; }() %>", "9"},
+      {"<%= 'a;' %>", "a;"},
+      {"<%= [1, 2] %>", "1,2"},
+      {"<% for (var i = 0; i < 3; i++) { %>x<%= i %>\n<% } %>", "x0\nx1\nx2\n"},
+      {"<% if (false) { %>no<% } else { %>yes<% } %>", "yes"},
+      {"<% if (true) %>one<% else %>two", "one"},
+      {"<% [1, 2].forEach(function (n) { %>(<%= n %>)<% }); %>", "(1)(2)"},
+      {"<% function row(n) { %><li><%= n %></li><% } row(1); row(2); %>", "<li>1</li><li>2</li>"},
+      {"<% var a = 1 %>x<% a = a + 1 %><%= a %>", "x2"},
+      {"<% // comment %>x", "x"},
+      {"<% /* a %>b<% */ %>", ""},
+      {"<% var t = `%", "error: /page.asp:1 This \"<%\" is not closed with \"%>\"."},
+      {"<script runat=server>function f() { return 'f'; }</script><%= f() %>", "f"},
+      {"<%= f() %><script runat=server>function f() { return 'f'; }</script>", "f"},
+      {"<% var s = 'a\\\r\nb' %><%= s %>", "ab"},
+      {"<% var s = `a\r\nb\rc` %><%= s.length %>", "5"},
+      {"$zelto<%= typeof x %>", "$zeltoundefined"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(written(row.page), row.output) << row.page;
+}
+
+TEST_F(RunPage, PutsRuntimeErrorsOnTheirLine) {
+  for (const std::string end : {"\n", "\r\n", "\r"}) {
+    const auto lines = [&](std::string text) {
+      for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += end.size())
+        text.replace(at, 1, end);
+      return text;
+    };
+    EXPECT_EQ(place(lines("<% missing(); %>")), "/page.asp:1");
+    EXPECT_EQ(place(lines("a\nb\n<% missing(); %>")), "/page.asp:3");
+    EXPECT_EQ(place(lines("a\n<%\n\nmissing();\n%>")), "/page.asp:4");
+    EXPECT_EQ(place(lines("<%= 1 %>\n<%=\n missing() %>")), "/page.asp:3");
+    EXPECT_EQ(place(lines("<%@ Language=JScript %>\n<% missing(); %>")), "/page.asp:2");
+    EXPECT_EQ(place(lines("<% function f() {\n%>\ntext\n<% missing(); } %>\n\n<% f(); %>")), "/page.asp:4");
+    EXPECT_EQ(place(lines("\n<script runat=server>\n\nmissing();</script>")), "/page.asp:4");
+    EXPECT_EQ(place(lines("<% var s = `\n\n`; missing(); %>")), "/page.asp:3");
+    EXPECT_EQ(place(lines("<% /*\n\n*/ missing(); %>")), "/page.asp:3");
+    EXPECT_EQ(place(lines("<%\nthrow new Error('x');\n%>")), "/page.asp:2");
+  }
+}
+
+TEST_F(RunPage, PutsErrorsOfIncludesIntoTheInclude) {
+  write("lib/f.inc", "<%\nfunction f() {\n  missing();\n}\n%>");
+  EXPECT_EQ(place("a\n<!--#include file=lib/f.inc-->\n<% f(); %>"), "/lib/f.inc:3");
+  EXPECT_EQ(place("a\n<!--#include file=lib/f.inc-->\n<% missing(); %>"), "/page.asp:3");
+  write("outer.inc", "\n\n<!--#include file=lib/f.inc--><% f(); %>");
+  EXPECT_EQ(place("<!--#include file=outer.inc-->"), "/lib/f.inc:3");
+}
+
+TEST_F(RunPage, PutsSyntaxErrorsOnTheirLine) {
+  write("bad.inc", "\n\n<% var = 3; %>");
+  EXPECT_EQ(place("a\n<% var = 3; %>\nb"), "/page.asp:2");
+  EXPECT_EQ(place("a\n<!--#include file=bad.inc-->"), "/bad.inc:3");
+  EXPECT_EQ(place("a\n\n<%= ) %>"), "/page.asp:3");
+  EXPECT_EQ(place("a\n<% var s = \"%>\"; %>\nb"), "/page.asp:2");
+  // An open block is missed where the page ends.
+  EXPECT_TRUE(place("a\n<% if (true) { %>\nb\n").starts_with("/page.asp:"));
+}
+
+TEST_F(RunPage, RunsALargePageOfManyIncludes) {
+  write("a.inc", "<% n++; %>");
+  std::string page = "<% var n = 0; %>";
+  for (int i = 0; i < 10'000; ++i) page += "<!--#include file=a.inc-->";
+  EXPECT_EQ(written(page + "<%= n %>"), "10000");
+}
+
+}  // namespace

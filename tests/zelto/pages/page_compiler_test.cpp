@@ -1,0 +1,172 @@
+#include "pages/page_compiler.h"
+
+#include "script/text.h"
+#include "zelto/pages/site_folder.h"
+
+namespace zelto::pages {
+namespace {
+
+class PageCompiler : public test::SiteFolder {
+ protected:
+  CompiledPage compile(const std::string& name) { return compile_page(root, path_of(name)); }
+  CompiledPage compile_text(std::string_view text) {
+    write("page.asp", text);
+    return compile("page.asp");
+  }
+
+  // "file:line message" with the file from the site's root.
+  std::string fault_of(const std::string& name) {
+    try {
+      compile(name);
+    } catch (const PageSourceError& error) {
+      return error.file.substr(root.size()) + ":" + std::to_string(error.line) + " " + error.what();
+    }
+    return "none";
+  }
+  std::string fault_of_text(std::string_view text) {
+    write("page.asp", text);
+    return fault_of("page.asp");
+  }
+
+  // What the page would write if its code did nothing.
+  static std::wstring literals(const CompiledPage& page) {
+    std::wstring all;
+    for (const CComBSTR& text : page.program->literals) all += text.view();
+    return all;
+  }
+  std::wstring literals_of(std::string_view text) { return literals(compile_text(text)); }
+};
+
+TEST_F(PageCompiler, KeepsTextAsItStands) {
+  EXPECT_EQ(literals_of("a\r\n b\xC3\xBC\r<p>\n"), L"a\r\n b\u00fc\r<p>\n");
+  EXPECT_EQ(literals_of(""), L"");
+  using namespace std::string_view_literals;
+  EXPECT_EQ(literals_of("a\0b"sv), std::wstring(L"a\0b", 3));
+}
+
+TEST_F(PageCompiler, DropsTheLineEndBehindADirective) {
+  for (const char* line_end : {"\n", "\r\n", "\r"}) {
+    EXPECT_EQ(literals_of(std::string("<%@ Language=JScript %>") + line_end + line_end + "a"),
+              std::wstring(line_end, line_end + std::string_view(line_end).size()) + L"a");
+  }
+  EXPECT_EQ(literals_of("<%@ Language=JScript %>a\n"), L"a\n");
+  EXPECT_EQ(literals_of("<% x %>\na"), L"\na");
+}
+
+TEST_F(PageCompiler, ObeysThePageDirectiveAndNotAnIncludes) {
+  write("inc.asp", "<%@ EnableSessionState=False CodePage=932 %>\nx");
+  const CompiledPage page = compile_text("<!--#include file=inc.asp-->\ny");
+  EXPECT_TRUE(page.directive.uses_session);
+  EXPECT_EQ(page.directive.code_page, 65001);
+  EXPECT_EQ(literals(page), L"x\ny");
+}
+
+TEST_F(PageCompiler, DecodesIncludesWithThePagesCodePageUnlessTheyAreMarked) {
+  write("old.inc", "\xFC");
+  write("new.inc", "\xEF\xBB\xBF\xC3\xBC");
+  EXPECT_EQ(literals_of("<%@ CodePage=1252 %>\n\xE4<!--#include file=old.inc--><!--#include file=new.inc-->"),
+            L"\u00e4\u00fc\u00fc");
+}
+
+TEST_F(PageCompiler, ReadsUtf16Pages) {
+  using namespace std::string_view_literals;
+  EXPECT_EQ(literals_of("\xFF\xFE<\0%\0@\0 \0c\0o\0d\0e\0p\0a\0g\0e\0=\0001\0002\0005\0002\0%\0>\0\xFC\0"sv),
+            L"\u00fc");
+}
+
+TEST_F(PageCompiler, ResolvesIncludesFromTheFileOrFromTheRoot) {
+  write("page.asp", "1<!--#include file=\"sub/a.inc\"-->5");
+  write("sub/a.inc", "2<!--#include file=\"b.inc\"--><!--#include virtual=\"/top.inc\"-->");
+  write("sub/b.inc", "3");
+  write("top.inc", "4");
+  EXPECT_EQ(literals(compile("page.asp")), L"12345");
+  EXPECT_EQ(literals_of("<!--#include file=\"sub\\b.inc\"--><!--#include file=\"sub/../top.inc\"-->"), L"34");
+  EXPECT_EQ(literals_of("<!--#include file=\"/sub/b.inc\"-->"), L"3");
+}
+
+TEST_F(PageCompiler, IncludesAFileAsOftenAsItIsNamed) {
+  write("a.inc", "a");
+  const CompiledPage page = compile_text("<!--#include file=a.inc--><!--#include file=a.inc-->");
+  EXPECT_EQ(literals(page), L"aa");
+  EXPECT_EQ(page.files.size(), 2u);
+}
+
+TEST_F(PageCompiler, SaysWhereAnIncludeCannotBeHad) {
+  write("../secret.inc", "x");
+  write("sub/page.asp", "\n\n<!--#include file=\"none.inc\"-->");
+  EXPECT_EQ(fault_of("sub/page.asp"), "/sub/page.asp:3 The include file \"none.inc\" was not found.");
+  EXPECT_EQ(fault_of_text("\r\n\r\n<!--#include file=\"../secret.inc\"-->"),
+            "/page.asp:3 The include file \"../secret.inc\" lies outside the site.");
+  EXPECT_EQ(fault_of_text("\r<!--#include virtual=\"/../secret.inc\"-->"),
+            "/page.asp:2 The include file \"/../secret.inc\" lies outside the site.");
+  EXPECT_EQ(fault_of_text("<!--#include virtual=\"sub/page.asp\"-->"),
+            "/page.asp:1 A virtual include begins with \"/\": \"sub/page.asp\".");
+  EXPECT_EQ(fault_of_text("<!--#include file=\"sub\"-->"), "/page.asp:1 The file \"/sub\" cannot be read.");
+  using namespace std::string_view_literals;
+  EXPECT_EQ(fault_of_text("<!--#include file=\"a\0b\"-->"sv),
+            "/page.asp:1 The name of an include file holds a zero character.");
+  EXPECT_TRUE(fault_of_text("<!--#include file=\"" + std::string(100'000, 'x') + "\"-->").ends_with("was not found."));
+}
+
+TEST_F(PageCompiler, RefusesALinkThatLeavesTheSite) {
+  std::filesystem::create_symlink(write("../secret.inc", "x"), path_of("link.inc"));
+  EXPECT_EQ(fault_of_text("<!--#include file=\"link.inc\"-->"),
+            "/page.asp:1 The include file \"link.inc\" lies outside the site.");
+  // A folder whose name begins like the site's is outside too.
+  write("../site2/x.inc", "x");
+  EXPECT_EQ(fault_of_text("<!--#include file=\"../site2/x.inc\"-->"),
+            "/page.asp:1 The include file \"../site2/x.inc\" lies outside the site.");
+}
+
+TEST_F(PageCompiler, ReportsCyclesWhereTheyClose) {
+  write("a.inc", "\n<!--#include file=\"sub/b.inc\"-->");
+  write("sub/b.inc", "\n\n\n<!--#include virtual=\"/a.inc\"-->");
+  EXPECT_EQ(fault_of_text("<!--#include file=\"a.inc\"-->"),
+            "/sub/b.inc:4 An include never ends: /a.inc includes /sub/b.inc includes /a.inc.");
+  EXPECT_EQ(fault_of_text("x\n<!--#include file=\"page.asp\"-->"),
+            "/page.asp:2 An include never ends: /page.asp includes /page.asp.");
+}
+
+TEST_F(PageCompiler, ReportsFaultsInIncludesThere) {
+  write("open.inc", "\n<% x");
+  write("two.inc", "<%@ Language=JScript %>\n<%@ Language=JScript %>");
+  write("other.inc", "\n\n<%@ Language=VBScript %>");
+  write("empty.inc", "\n<%= ; %>");
+  EXPECT_EQ(fault_of_text("<!--#include file=open.inc-->"), "/open.inc:2 This \"<%\" is not closed with \"%>\".");
+  EXPECT_EQ(fault_of_text("<!--#include file=two.inc-->"), "/two.inc:2 A page has one directive only.");
+  EXPECT_EQ(fault_of_text("<!--#include file=other.inc-->"),
+            "/other.inc:3 This host runs pages in JavaScript only: Language=\"VBScript\" cannot be run.");
+  EXPECT_EQ(fault_of_text("<!--#include file=empty.inc-->"), "/empty.inc:2 <%= %> holds no expression.");
+}
+
+TEST_F(PageCompiler, TakesTenThousandIncludesAndNoMore) {
+  write("a.inc", "x");
+  std::string page;
+  for (int i = 0; i < 10'000; ++i) page += "<!--#include file=a.inc-->\n";
+  EXPECT_EQ(literals_of(page).size(), 20'000u);
+  EXPECT_EQ(fault_of_text(page + "<!--#include file=a.inc-->"),
+            "/page.asp:10001 The page includes more than 10000 files.");
+}
+
+TEST_F(PageCompiler, BoundsNestingAndSize) {
+  for (int i = 0; i < 110; ++i) {
+    write("n" + std::to_string(i) + ".inc", "<!--#include file=n" + std::to_string(i + 1) + ".inc-->");
+  }
+  EXPECT_EQ(fault_of("n0.inc"), "/n100.inc:1 Includes are nested more than 100 deep.");
+  write("n100.inc", "end");
+  EXPECT_EQ(literals(compile("n0.inc")), L"end");
+
+  write("large.inc", std::string(20 << 20, 'x'));
+  std::string page;
+  for (int i = 0; i < 7; ++i) page += "<!--#include file=large.inc-->";
+  EXPECT_EQ(fault_of_text(page), "/page.asp:1 The page is too large.");
+}
+
+TEST_F(PageCompiler, ReadsALargePage) {
+  std::string page;
+  for (int i = 0; i < 50'000; ++i) page += "<p>row <%= i %></p>\n";
+  EXPECT_EQ(compile_text(page).program->literals.size(), 50'001u);
+}
+
+}  // namespace
+}  // namespace zelto::pages

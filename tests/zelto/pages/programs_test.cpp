@@ -1,0 +1,132 @@
+#include "pages/programs.h"
+
+#include <korlib/hresult.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include "script/text.h"
+#include "zelto/pages/site_folder.h"
+
+namespace zelto {
+namespace {
+
+class ProgramsTest : public test::SiteFolder {
+ protected:
+  LoadedPage load() { return programs().load("/page.asp", path_of("page.asp")); }
+  std::wstring text() {
+    const LoadedPage page = load();
+    if (!page.program) return L"error: " + page.error->message;
+    std::wstring all;
+    for (const CComBSTR& literal : page.program->literals) all += literal.view();
+    return all;
+  }
+  // Loads until two loads give one program: then all files have been left alone for long enough.
+  std::shared_ptr<const script::Program> settle() {
+    while (true) {
+      const auto program = load().program;
+      if (program == load().program) return program;
+      std::this_thread::yield();
+    }
+  }
+  Programs& programs() {
+    if (!programs_) programs_ = std::make_unique<Programs>(root);
+    return *programs_;
+  }
+
+ private:
+  std::unique_ptr<Programs> programs_;
+};
+
+TEST_F(ProgramsTest, SharesWhatHasNotChanged) {
+  write("page.asp", "a");
+  const auto program = settle();
+  ASSERT_TRUE(program);
+  EXPECT_EQ(load().program, program);
+}
+
+TEST_F(ProgramsTest, SeesAnEditAtOnceEvenOfTheSameSize) {
+  for (int i = 0; i < 50; ++i) {
+    const std::string now(1, static_cast<char>('a' + i % 26));
+    write("page.asp", now);
+    EXPECT_EQ(text(), std::wstring(now.begin(), now.end()));
+  }
+}
+
+TEST_F(ProgramsTest, SeesAnEditThatRestoresSizeAndTime) {
+  write("page.asp", "one");
+  settle();
+  const auto time = std::filesystem::last_write_time(path_of("page.asp"));
+  write("page.asp", "two");
+  std::filesystem::last_write_time(path_of("page.asp"), time);
+  EXPECT_EQ(text(), L"two");
+}
+
+TEST_F(ProgramsTest, SeesAChangedIncludeOfAnInclude) {
+  write("page.asp", "<!--#include file=a.inc-->");
+  write("a.inc", "<!--#include file=b.inc-->");
+  write("b.inc", "old");
+  settle();
+  write("b.inc", "new");
+  EXPECT_EQ(text(), L"new");
+}
+
+TEST_F(ProgramsTest, SeesALinkThatLeadsElsewhere) {
+  write("one.inc", "one");
+  write("two.inc", "two");
+  write("page.asp", "<!--#include file=link.inc-->");
+  std::filesystem::create_symlink("one.inc", path_of("link.inc"));
+  settle();
+  std::filesystem::remove(path_of("link.inc"));
+  std::filesystem::create_symlink("two.inc", path_of("link.inc"));
+  EXPECT_EQ(text(), L"two");
+}
+
+TEST_F(ProgramsTest, ReportsAnErrorUntilItIsMended) {
+  write("page.asp", "\n<!--#include file=none.inc-->");
+  const LoadedPage page = load();
+  EXPECT_FALSE(page.program);
+  ASSERT_TRUE(page.error);
+  EXPECT_EQ(page.error->source, L"Page");
+  EXPECT_EQ(page.error->number, E_FAIL);
+  EXPECT_EQ(page.error->file, path_of("page.asp"));
+  EXPECT_EQ(page.error->line, 2);
+  write("none.inc", "there");
+  EXPECT_EQ(text(), L"\nthere");
+  std::filesystem::remove(path_of("none.inc"));
+  EXPECT_EQ(text(), L"error: The include file \"none.inc\" was not found.");
+  std::filesystem::remove(path_of("page.asp"));
+  EXPECT_EQ(text(), L"error: The file \"/page.asp\" cannot be read.");
+}
+
+TEST_F(ProgramsTest, HandsTheDirectiveOn) {
+  write("page.asp", "<%@ CodePage=1252 EnableSessionState=False %>");
+  const LoadedPage page = load();
+  EXPECT_EQ(page.code_page, 1252);
+  EXPECT_FALSE(page.uses_session);
+}
+
+TEST_F(ProgramsTest, ServesManyThreadsWhileAPageChanges) {
+  write("page.asp", "<!--#include file=a.inc-->");
+  write("a.inc", "0");
+  programs();
+  std::atomic<int> wrong = 0;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 200; ++i) {
+        const LoadedPage page = load();
+        // An edit empties the file first.
+        wrong += !page.program || page.program->literals.size() > 1;
+      }
+    });
+  }
+  for (int i = 0; i < 100; ++i) write("a.inc", std::to_string(i % 10));
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(text(), L"9");
+}
+
+}  // namespace
+}  // namespace zelto

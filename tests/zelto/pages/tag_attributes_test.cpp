@@ -1,0 +1,54 @@
+#include "pages/tag_attributes.h"
+
+#include <gtest/gtest.h>
+
+namespace zelto::pages {
+namespace {
+
+TEST(TagAttributes, ReadsEveryWayToWriteAValue) {
+  const auto tag = read_tag(
+      LR"( a="1 > 2" B='x"y' c = plain d e=)"
+      L">rest",
+      0);
+  ASSERT_TRUE(tag);
+  EXPECT_EQ(tag->value_of(L"A"), L"1 > 2");
+  EXPECT_EQ(tag->value_of(L"b"), L"x\"y");
+  EXPECT_EQ(tag->value_of(L"c"), L"plain");
+  EXPECT_TRUE(tag->has(L"d"));
+  EXPECT_EQ(tag->value_of(L"d"), L"");
+  EXPECT_TRUE(tag->has(L"e"));
+  EXPECT_FALSE(tag->has(L"f"));
+  EXPECT_EQ(tag->value_of(L"f"), L"");
+  EXPECT_EQ(tag->end, 34u);
+}
+
+TEST(TagAttributes, TakesTheFirstOfTwoOfOneName) {
+  EXPECT_EQ(read_tag(L" runat=server RUNAT=client>", 0)->value_of(L"runat"), L"server");
+}
+
+TEST(TagAttributes, IgnoresStrayCharacters) {
+  const auto tag = read_tag(L" = \" / a=1 />", 0);
+  ASSERT_TRUE(tag);
+  EXPECT_EQ(tag->value_of(L"a"), L"1");
+}
+
+TEST(TagAttributes, NeedsAnEnd) {
+  EXPECT_FALSE(read_tag(L" a=1 b", 0));
+  EXPECT_FALSE(read_tag(L" a=\"1>\" ", 0));
+  EXPECT_FALSE(read_tag(L"", 0));
+}
+
+TEST(TagAttributes, MatchesWholeWordsInAnyLetterCase) {
+  EXPECT_TRUE(has_word(L"xSCRIPT ", 1, L"script"));
+  EXPECT_TRUE(has_word(L"script", 0, L"script"));
+  EXPECT_TRUE(has_word(L"script>", 0, L"script"));
+  EXPECT_FALSE(has_word(L"scripts", 0, L"script"));
+  EXPECT_FALSE(has_word(L"script-x", 0, L"script"));
+  EXPECT_FALSE(has_word(L"scrip", 0, L"script"));
+  EXPECT_FALSE(has_word(L"script", 7, L"script"));
+}
+
+TEST(TagAttributes, ShowsOtherCharactersAsQuestionMarks) { EXPECT_EQ(ascii(L"a\u00fc\n~\x7f"), "a??~?"); }
+
+}  // namespace
+}  // namespace zelto::pages
