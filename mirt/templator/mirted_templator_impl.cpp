@@ -17,19 +17,19 @@ constexpr VARIANT_BOOL kRaw = VARIANT_FALSE;
 struct GIMirtedTemplatorImpl<IMirtedTemplator>::MarkKind {
   using Self = GIMirtedTemplatorImpl;
 
-  wchar_t type;
   HRESULT (Self::*draw)(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  wchar_t type;
   VARIANT_BOOL encode;
 
   static const MarkKind* find(wchar_t type) {
     static constexpr MarkKind kKinds[] = {
-        {L'%', &Self::OnMarked_Process, kRaw},        {L':', &Self::OnMarked_Property, kRaw},
-        {L';', &Self::OnMarked_Property, kEncode},    {L'/', &Self::OnMarked_View, kRaw},
-        {L'*', &Self::OnMarked_View, kEncode},        {L'~', &Self::OnMarked_Session, kRaw},
-        {L'=', &Self::OnMarked_Session, kEncode},     {L'-', &Self::OnMarked_Application, kRaw},
-        {L'+', &Self::OnMarked_Application, kEncode}, {L'\\', &Self::OnMarked_Request, kRaw},
-        {L'$', &Self::OnMarked_Request, kEncode},     {L'|', &Self::OnMarked_Bag, kRaw},
-        {L'&', &Self::OnMarked_Bag, kEncode},
+        {&Self::OnMarked_Process, L'%', kRaw},        {&Self::OnMarked_Property, L':', kRaw},
+        {&Self::OnMarked_Property, L';', kEncode},    {&Self::OnMarked_View, L'/', kRaw},
+        {&Self::OnMarked_View, L'*', kEncode},        {&Self::OnMarked_Session, L'~', kRaw},
+        {&Self::OnMarked_Session, L'=', kEncode},     {&Self::OnMarked_Application, L'-', kRaw},
+        {&Self::OnMarked_Application, L'+', kEncode}, {&Self::OnMarked_Request, L'\\', kRaw},
+        {&Self::OnMarked_Request, L'$', kEncode},     {&Self::OnMarked_Bag, L'|', kRaw},
+        {&Self::OnMarked_Bag, L'&', kEncode},
     };
     const auto* kind = std::find_if(std::begin(kKinds), std::end(kKinds),
                                     [type](const MarkKind& candidate) { return candidate.type == type; });
