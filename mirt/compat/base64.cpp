@@ -59,8 +59,10 @@ constexpr std::array<std::uint8_t, 256> kValues = [] {
   return values;
 }();
 
+constexpr auto code_of(wchar_t c) { return static_cast<std::make_unsigned_t<wchar_t>>(c); }
+
 std::uint8_t value_of(wchar_t c) {
-  const auto code = static_cast<std::uint32_t>(c);
+  const auto code = code_of(c);
   return code < kValues.size() ? kValues[code] : kInvalid;
 }
 
@@ -85,9 +87,9 @@ class Reader {
   // The usual case: four characters of the alphabet in a row.
   bool take_unbroken(std::uint8_t (&group)[4]) {
     if (end_ - at_ < 4) return false;
-    const auto any = static_cast<std::uint32_t>(at_[0] | at_[1] | at_[2] | at_[3]);
+    const auto any = code_of(at_[0]) | code_of(at_[1]) | code_of(at_[2]) | code_of(at_[3]);
     if (any >= kValues.size()) return false;
-    for (std::size_t i = 0; i < 4; ++i) group[i] = kValues[static_cast<std::size_t>(at_[i])];
+    for (std::size_t i = 0; i < 4; ++i) group[i] = kValues[code_of(at_[i])];
     if ((group[0] | group[1] | group[2] | group[3]) & 0xC0) return false;
     at_ += 4;
     return true;

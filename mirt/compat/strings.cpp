@@ -59,6 +59,7 @@ MIRT_WEAK int memcpy_s(void* target, std::size_t, const void* source, std::size_
 MIRT_WEAK int swprintf_s(wchar_t* buffer, std::size_t count, const wchar_t* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the analyser misses va_start in some runs
   const int written = std::vswprintf(buffer, count, format, arguments);
   va_end(arguments);
   return written < 0 ? 1 : 0;
@@ -68,6 +69,7 @@ MIRT_WEAK int swprintf_s(wchar_t* buffer, std::size_t count, const wchar_t* form
 MIRT_WEAK int sscanf_s(const char* text, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the analyser misses va_start in some runs
   const int conversions = std::vsscanf(text, format, arguments);
   va_end(arguments);
   return conversions;

@@ -46,8 +46,7 @@ std::size_t html_growth(std::wstring_view text) {
 bool is_special(wchar_t c) {
   constexpr std::uint64_t kSpecial =
       std::uint64_t{1} << L'<' | std::uint64_t{1} << L'>' | std::uint64_t{1} << L'"' | std::uint64_t{1} << L'&';
-  const auto code = static_cast<std::uint32_t>(c);
-  return code < 64 && (kSpecial >> code & 1) != 0;
+  return c >= 0 && c < 64 && (kSpecial >> c & 1) != 0;
 }
 
 constexpr std::wstring_view kTrimmed = L" \u3000\t\r\n";

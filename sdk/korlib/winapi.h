@@ -15,6 +15,7 @@
 
 using CRITICAL_SECTION = pthread_mutex_t;  // not recursive: entering twice deadlocks
 
+// NOLINTNEXTLINE(performance-no-int-to-ptr): a value that is no address, by convention
 inline HANDLE invalid_handle() { return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)); }
 
 inline constexpr DWORD GENERIC_READ = 0x80000000u;
@@ -29,6 +30,7 @@ inline constexpr DWORD FORMAT_MESSAGE_FROM_SYSTEM = 0x1000;
 inline constexpr DWORD LCMAP_HALFWIDTH = 0x00400000u;
 inline constexpr DWORD LCMAP_FULLWIDTH = 0x00800000u;
 
+// NOLINTNEXTLINE(performance-no-int-to-ptr): likewise
 inline HKEY hkey_classes_root() { return reinterpret_cast<HKEY>(std::uintptr_t{0x80000000u}); }
 inline constexpr DWORD KEY_SET_VALUE = 2;
 inline constexpr DWORD REG_SZ = 1;

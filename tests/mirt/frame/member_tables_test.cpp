@@ -451,9 +451,11 @@ TEST_F(ViewMember, IsTheDictionaryOrAnItemOfIt) {
   EXPECT_EQ(11, id_in(info("g_pTI_IMirt"), L"View"));
   EXPECT_EQ(12, id_in(info("g_pTI_IMirt"), L"setview"));
   EXPECT_TRUE(object_of(view(11, G, {})) == page_.view);
-  ASSERT_EQ(S_OK, dictionary_->put_Item(CComVariant(L"title"), CComVariant(L"Hello")));
-  EXPECT_EQ(L"Hello", text_of(view(11, G, {value_of(L"title")})));
+  // Named, not temporaries: a VARIANT that is passed by value owns nothing, but takes a temporary's value.
   CComVariant key(L"title");
+  const CComVariant hello(L"Hello");
+  ASSERT_EQ(S_OK, dictionary_->put_Item(key, hello));
+  EXPECT_EQ(L"Hello", text_of(view(11, G, {value_of(L"title")})));
   EXPECT_EQ(L"Hello", text_of(view(11, G, {by_reference(&key)})));
   EXPECT_EQ(VT_EMPTY, view(11, G, {value_of(L"new")}).value.vt);
 }
