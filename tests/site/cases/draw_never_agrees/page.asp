@@ -1,0 +1,7 @@
+<%
+var mirt = Server.CreateObject("Mirt");
+mirt.Script = this;
+mirt.Template = "t";
+function OnDrawTemplate_t() { return false; }
+mirt.Process();
+%>

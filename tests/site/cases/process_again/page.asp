@@ -1,0 +1,6 @@
+<%
+var mirt = Server.CreateObject("Mirt");
+mirt.Script = this;
+function On_StartProcess(m) { m.Process(); }
+mirt.Process();
+%>
