@@ -39,6 +39,7 @@ class PageRun : public testing::Test {
     zelto::HttpRequest request;
     request.method = "GET";
     request.path = request.target = "/page.asp";
+    request.query = query;
     if (!cookie.empty()) request.headers.push_back({"Cookie", cookie});
     MemorySink sink;
     zelto::on_big_stack([&] { zelto::PageWorker(site()).run(request, "/page.asp", options.root + "/page.asp", sink); });
@@ -53,6 +54,7 @@ class PageRun : public testing::Test {
   zelto::SiteOptions options;
   std::vector<std::string> log;
   std::string cookie_;
+  std::string query;
 
  private:
   std::optional<zelto::Site> site_;
@@ -100,6 +102,53 @@ TEST_F(PageRun, KeepsTheBagOfThePageController) {
   EXPECT_EQ(body(page), "first 1");
   EXPECT_EQ(body(page), "2");
   EXPECT_EQ(body(page), "3");
+}
+
+TEST_F(PageRun, ExpectsTheCommandInAFieldOfAnotherNameEachTime) {
+  const std::string page =
+      "<% var m = Server.CreateObject('Mirt'); m.Script = this; m.Name = 'keyed'; m.Backable = false;"
+      "function OnCommand_Save(m) { Response.Write('saved '); }"
+      "m.Process(); Response.Write(m.ToCommand('Save')); %>";
+  const auto field = [](const std::string& answer) {
+    const std::size_t begin = answer.find('?') + 1;
+    return answer.substr(begin, answer.find('=') - begin);
+  };
+  // The first page too ends a command, though it has none.
+  std::string shown = body(page);
+  for (char number = '1'; number < '5'; ++number) {
+    EXPECT_EQ(shown.find("saved"), number == '1' ? std::string::npos : 0) << shown;
+    ASSERT_EQ(field(shown).size(), 7u) << shown;
+    EXPECT_EQ(field(shown).back(), number);
+    query = field(shown) + "=Save";
+    shown = body(page);
+  }
+  // A page that is shown again from the browser's history submits the former name.
+  EXPECT_EQ(body(page).find("saved"), std::string::npos);
+}
+
+TEST_F(PageRun, BeginsAndEndsTheBag) {
+  const std::string page =
+      "<% var m = Server.CreateObject('Mirt'); m.Script = this; m.Name = 'app';"
+      "function On_FirstAccess(m) { Response.Write('first '); }"
+      "function On_LastAccess(m) { Response.Write('last ' + m.Bag('n')); }"
+      "function OnCommand_Set(m) { m.Bag('n') = 5; }"
+      "function OnCommand_Leave(m) { m.Abandon(); }"
+      "m.Process(); %>";
+  query = "c=Set";
+  EXPECT_EQ(body(page), "first ");
+  query = "";
+  EXPECT_EQ(body(page), "");
+  query = "c=Leave";
+  EXPECT_EQ(body(page), "last 5");
+  query = "";
+  EXPECT_EQ(body(page), "first ");
+}
+
+TEST_F(PageRun, MakesABagAnewWhereTheSessionHoldsAPlainValue) {
+  const std::string page =
+      "<% Session('app') = 'text'; var m = Server.CreateObject('Mirt'); m.Script = this; m.Name = 'app';"
+      "function On_FirstAccess(m) { Response.Write('first'); } m.Process(); %>";
+  EXPECT_EQ(body(page), "first");
 }
 
 TEST_F(PageRun, DrawsAnEditedTemplateOnTheNextRequest) {
@@ -184,6 +233,7 @@ TEST_F(PageRun, CountsSessionsRightUnderManyClients) {
           zelto::HttpRequest request;
           request.method = "GET";
           request.path = request.target = "/page.asp";
+          request.query = query;
           if (!cookie.empty()) request.headers.push_back({"Cookie", cookie});
           MemorySink sink;
           worker.run(request, "/page.asp", options.root + "/page.asp", sink);
