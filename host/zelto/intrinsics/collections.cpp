@@ -30,6 +30,7 @@ std::wstring joined(const std::vector<std::wstring>& values) {
 template <class Rows>
 HRESULT enumerate_names(const Rows& rows, IUnknown** names) {
   std::vector<CComVariant> values;
+  values.reserve(rows.size());
   for (const auto& row : rows) values.emplace_back(std::wstring_view(row.name));
   return korlib::make_enumerator(std::move(values), names);
 }
@@ -166,12 +167,15 @@ HRESULT CookieValue::get_Item(VARIANT key, VARIANT* value) {
     get_Count(&count);
     VariantKey wanted;
     RETURN_IF_FAILED(read_key(key, static_cast<std::size_t>(count), wanted));
+    if (!cookie_) {
+      put_text(L"", value);
+      return S_OK;
+    }
     if (wanted.place && cookie_->keys.fields().empty()) {
       put_text(cookie_->value, value);
       return S_OK;
     }
-    const Field* field = nullptr;
-    if (cookie_) field = wanted.place ? &cookie_->keys.fields()[*wanted.place] : cookie_->keys.find(wanted.name);
+    const Field* field = wanted.place ? &cookie_->keys.fields()[*wanted.place] : cookie_->keys.find(wanted.name);
     put_text(field ? joined(field->values) : std::wstring(), value);
     return S_OK;
   });
@@ -197,10 +201,11 @@ HRESULT CookieValue::get_Key(VARIANT index, VARIANT* key) {
   if (!key) return E_POINTER;
   VariantInit(key);
   return guarded(kSource, [&]() -> HRESULT {
-    const std::size_t count = cookie_ ? cookie_->keys.fields().size() : 0;
+    if (!cookie_) return DISP_E_BADINDEX;
+    const std::vector<Field>& fields = cookie_->keys.fields();
     std::size_t place = 0;
-    RETURN_IF_FAILED(read_place(index, count, place));
-    put_text(cookie_->keys.fields()[place].name, key);
+    RETURN_IF_FAILED(read_place(index, fields.size(), place));
+    put_text(fields[place].name, key);
     return S_OK;
   });
 }

@@ -101,6 +101,7 @@ HRESULT ContentsObject::get__NewEnum(IUnknown** names) {
     std::vector<std::wstring> texts;
     RETURN_IF_FAILED(store_->names(texts));
     std::vector<CComVariant> values;
+    values.reserve(texts.size());
     for (const std::wstring& text : texts) values.emplace_back(std::wstring_view(text));
     return korlib::make_enumerator(std::move(values), names);
   });

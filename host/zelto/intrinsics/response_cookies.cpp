@@ -46,12 +46,10 @@ std::span<const korlib::Member> ResponseCookie::members() {
   return table;
 }
 
-HRESULT ResponseCookie::change(SetCookie*& cookie) {
-  if (page_->response.head_sent()) {
-    return korlib::raise(E_FAIL, kSource, L"The response's head has been sent already.");
-  }
-  cookie = &page_->response.cookie(name_);
-  return S_OK;
+SetCookie* ResponseCookie::changeable() {
+  if (!page_->response.head_sent()) return &page_->response.cookie(name_);
+  korlib::raise(E_FAIL, kSource, L"The response's head has been sent already.");
+  return nullptr;
 }
 
 HRESULT ResponseCookie::get_Item(VARIANT key, VARIANT* value) {
@@ -72,8 +70,8 @@ HRESULT ResponseCookie::put_Item(const korlib::Arguments& arguments, VARIANT*) {
   if (arguments.count() < 1 || arguments.count() > 2) return DISP_E_BADPARAMCOUNT;
   std::wstring value;
   RETURN_IF_FAILED(text_of(arguments[arguments.count() - 1], value));
-  SetCookie* cookie = nullptr;
-  RETURN_IF_FAILED(change(cookie));
+  SetCookie* cookie = changeable();
+  if (!cookie) return E_FAIL;
   if (arguments.count() == 1) {
     cookie->value = value;
     cookie->keys.clear();
@@ -94,42 +92,42 @@ HRESULT ResponseCookie::put_Item(const korlib::Arguments& arguments, VARIANT*) {
 HRESULT ResponseCookie::put_Expires(VARIANT date) {
   CComVariant converted;
   RETURN_IF_FAILED(VariantChangeType(&converted, &date, 0, VT_DATE));
-  SetCookie* cookie = nullptr;
-  RETURN_IF_FAILED(change(cookie));
+  SetCookie* cookie = changeable();
+  if (!cookie) return E_FAIL;
   cookie->expires = converted.date;
   return S_OK;
 }
 
 HRESULT ResponseCookie::put_Domain(BSTR domain) {
-  SetCookie* cookie = nullptr;
-  RETURN_IF_FAILED(change(cookie));
+  SetCookie* cookie = changeable();
+  if (!cookie) return E_FAIL;
   return attribute_of(domain, cookie->domain);
 }
 
 HRESULT ResponseCookie::put_Path(BSTR path) {
-  SetCookie* cookie = nullptr;
-  RETURN_IF_FAILED(change(cookie));
+  SetCookie* cookie = changeable();
+  if (!cookie) return E_FAIL;
   return attribute_of(path, cookie->path);
 }
 
 HRESULT ResponseCookie::put_Secure(VARIANT_BOOL secure) {
-  SetCookie* cookie = nullptr;
-  RETURN_IF_FAILED(change(cookie));
+  SetCookie* cookie = changeable();
+  if (!cookie) return E_FAIL;
   cookie->secure = secure != VARIANT_FALSE;
   return S_OK;
 }
 
 HRESULT ResponseCookie::put_HttpOnly(VARIANT_BOOL http_only) {
-  SetCookie* cookie = nullptr;
-  RETURN_IF_FAILED(change(cookie));
+  SetCookie* cookie = changeable();
+  if (!cookie) return E_FAIL;
   cookie->http_only = http_only != VARIANT_FALSE;
   return S_OK;
 }
 
 HRESULT ResponseCookie::put_SameSite(BSTR policy) {
   const std::string wanted = to_utf8(korlib::view_of(policy));
-  SetCookie* cookie = nullptr;
-  RETURN_IF_FAILED(change(cookie));
+  SetCookie* cookie = changeable();
+  if (!cookie) return E_FAIL;
   for (const char* known : {"", "Lax", "Strict", "None"}) {
     if (same_name(known, wanted)) {
       cookie->same_site = known;
@@ -177,6 +175,7 @@ HRESULT ResponseCookies::get_Count(LONG* count) {
 
 HRESULT ResponseCookies::get__NewEnum(IUnknown** names) {
   std::vector<CComVariant> values;
+  values.reserve(page_->response.cookies.size());
   for (const SetCookie& cookie : page_->response.cookies) values.emplace_back(std::wstring_view(cookie.name));
   return korlib::make_enumerator(std::move(values), names);
 }

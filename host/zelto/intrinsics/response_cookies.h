@@ -24,7 +24,8 @@ class ResponseCookie final : public korlib::DispatchObject<ResponseCookie> {
   HRESULT get_HasKeys(VARIANT_BOOL* has_keys);
 
  private:
-  HRESULT change(SetCookie*& cookie);
+  // The cookie to change; null, and an error raised, when it has been sent already.
+  SetCookie* changeable();
 
   PageStatePtr page_;
   std::wstring name_;

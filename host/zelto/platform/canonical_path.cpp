@@ -74,11 +74,12 @@ std::optional<std::string> canonical_path(std::string_view path) {
       walked.resize(walked.empty() ? 0 : walked.rfind('/'));
       continue;
     }
-    const std::string next = walked + "/" + segment;
+    std::string next = walked;
+    next.append("/").append(segment);
     const Link link = read_link(next, target);
     if (link == Link::failed || (link == Link::followed && ++links > kMostLinks)) return std::nullopt;
     if (link == Link::none) {
-      walked = next;
+      walked = std::move(next);
       continue;
     }
     push_segments(ahead, target);

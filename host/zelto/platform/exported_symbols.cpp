@@ -22,6 +22,7 @@ Tables find_tables(const link_map& module) {
   Tables tables;
   for (const auto* entry = module.l_ld; entry->d_tag != DT_NULL; ++entry) {
     // The loader has turned these offsets into addresses.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the format holds addresses as numbers
     const auto* address = reinterpret_cast<const void*>(entry->d_un.d_ptr);
     if (entry->d_tag == DT_SYMTAB) tables.symbols = static_cast<const ElfW(Sym)*>(address);
     if (entry->d_tag == DT_STRTAB) tables.names = static_cast<const char*>(address);
