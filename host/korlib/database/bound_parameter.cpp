@@ -12,7 +12,7 @@
 namespace korlib::db {
 namespace {
 
-constexpr std::size_t kMostResultBytes = 16 * 1024 * 1024;
+constexpr std::size_t kMostResultBytes = 16'777'216;
 
 SQLSMALLINT io_type(Direction direction) {
   switch (direction) {

@@ -31,16 +31,18 @@ std::span<const Member> Field::members() {
 }
 
 // The recordset may have been closed, or opened anew with fewer columns, since the field was taken.
-HRESULT Field::find(const db::Column*& column) const {
-  RETURN_IF_FAILED(recordset_->need_open());
-  if (column_ >= recordset_->columns().size()) return raise(kItemNotFound, L"ADODB.Field", L"The field is gone.");
-  column = &recordset_->columns()[column_];
-  return S_OK;
+const db::Column* Field::find(HRESULT& hr) const {
+  hr = recordset_->need_open();
+  if (FAILED(hr)) return nullptr;
+  if (column_ < recordset_->columns().size()) return &recordset_->columns()[column_];
+  hr = raise(kItemNotFound, L"ADODB.Field", L"The field is gone.");
+  return nullptr;
 }
 
 HRESULT Field::get_Value(VARIANT* value) {
-  const db::Column* column = nullptr;
-  RETURN_IF_FAILED(find(column));
+  HRESULT hr = S_OK;
+  const db::Column* column = find(hr);
+  if (!column) return hr;
   return recordset_->value_of(column_, value);
 }
 
@@ -49,22 +51,25 @@ HRESULT Field::put_Value(VARIANT) {
 }
 
 HRESULT Field::get_Name(BSTR* name) {
-  const db::Column* column = nullptr;
-  RETURN_IF_FAILED(find(column));
+  HRESULT hr = S_OK;
+  const db::Column* column = find(hr);
+  if (!column) return hr;
   *name = new_bstr(column->name);
   return S_OK;
 }
 
 HRESULT Field::get_Type(LONG* type) {
-  const db::Column* column = nullptr;
-  RETURN_IF_FAILED(find(column));
+  HRESULT hr = S_OK;
+  const db::Column* column = find(hr);
+  if (!column) return hr;
   *type = db::type_of(column->kind);
   return S_OK;
 }
 
 HRESULT Field::get_DefinedSize(LONG* size) {
-  const db::Column* column = nullptr;
-  RETURN_IF_FAILED(find(column));
+  HRESULT hr = S_OK;
+  const db::Column* column = find(hr);
+  if (!column) return hr;
   *size = clamped(column->size);
   return S_OK;
 }
@@ -85,8 +90,9 @@ HRESULT Field::get_ActualSize(LONG* size) {
 HRESULT Field::get_Precision(LONG* digits) { return get_DefinedSize(digits); }
 
 HRESULT Field::get_NumericScale(LONG* digits) {
-  const db::Column* column = nullptr;
-  RETURN_IF_FAILED(find(column));
+  HRESULT hr = S_OK;
+  const db::Column* column = find(hr);
+  if (!column) return hr;
   *digits = column->scale;
   return S_OK;
 }

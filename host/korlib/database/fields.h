@@ -21,7 +21,7 @@ class Field final : public DispatchObject<Field> {
   HRESULT get_NumericScale(LONG* digits);
 
  private:
-  HRESULT find(const db::Column*& column) const;
+  const db::Column* find(HRESULT& hr) const;  // null with the reason
 
   const CComPtr<Recordset> recordset_;
   const std::size_t column_;

@@ -10,17 +10,25 @@
 #include "database/statement.h"
 
 namespace korlib::db {
+namespace {
+
+// Attributes are passed as pointers whose value is the number.
+SQLPOINTER number_as_pointer(std::uintptr_t number) {
+  return reinterpret_cast<SQLPOINTER>(number);  // NOLINT(performance-no-int-to-ptr): the interface is so
+}
+
+}  // namespace
 
 // Each session has an environment of its own: the driver manager may serialise the calls within one.
 Session::Session(const std::wstring& connection_string, int timeout_seconds)
     : connection_string_(connection_string), text_(text_of_driver(connection_string)) {
   try {
     check(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &environment_), text_, SQL_HANDLE_ENV, environment_);
-    check(SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0), text_,
-          SQL_HANDLE_ENV, environment_);
+    check(SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, number_as_pointer(SQL_OV_ODBC3), 0), text_, SQL_HANDLE_ENV,
+          environment_);
     check(SQLAllocHandle(SQL_HANDLE_DBC, environment_, &connection_), text_, SQL_HANDLE_ENV, environment_);
-    const auto timeout = static_cast<std::uintptr_t>(timeout_seconds);
-    SQLSetConnectAttr(connection_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(timeout), 0);
+    SQLSetConnectAttr(connection_, SQL_ATTR_LOGIN_TIMEOUT,
+                      number_as_pointer(static_cast<std::uintptr_t>(timeout_seconds)), 0);
     connect();
     is_connected_ = true;
   } catch (...) {
@@ -30,7 +38,7 @@ Session::Session(const std::wstring& connection_string, int timeout_seconds)
 }
 
 void Session::connect() {
-  constexpr std::size_t kMost = 16 * 1024;
+  constexpr std::size_t kMost = 16'384;
   // SQLite's driver waits for locks by itself, 100 seconds long and deaf to a cancellation, unless it is
   // told how long. Told a millisecond, it leaves the wait to the database, where wait_for_locks() sets it,
   // and tries once more.
@@ -61,8 +69,7 @@ void Session::free_handles() noexcept {
 
 void Session::set_autocommit(bool is_on) {
   const std::uintptr_t value = is_on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
-  check_connection(
-      SQLSetConnectAttr(connection_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(value), SQL_IS_UINTEGER));
+  check_connection(SQLSetConnectAttr(connection_, SQL_ATTR_AUTOCOMMIT, number_as_pointer(value), SQL_IS_UINTEGER));
 }
 
 void Session::wait_for_locks(int seconds) {

@@ -36,7 +36,7 @@ class Stream : public testing::Test {
     rewind();
     const LONG type = number(L"Type");
     make_binary();
-    const Bytes bytes = test::bytes_of(call(object_, L"Read"));
+    Bytes bytes = test::bytes_of(call(object_, L"Read"));
     rewind();
     EXPECT_EQ(S_OK, stream_->put_Type(type));
     return bytes;

@@ -166,7 +166,7 @@ std::string database_name(const testing::TestParamInfo<databases::Kind>& info) {
 namespace {
 
 test::Answer field_value(IDispatch* recordset, const CComVariant& index) {
-  const test::Answer found = test::invoke(recordset, DISPID_VALUE, DISPATCH_PROPERTYGET, {index});
+  test::Answer found = test::invoke(recordset, DISPID_VALUE, DISPATCH_PROPERTYGET, {index});
   if (FAILED(found.hr)) return found;
   return test::invoke(test::object_of(found).get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {});
 }

@@ -6,7 +6,6 @@
 namespace {
 
 using test::call;
-using test::get;
 using test::put;
 
 class Limits : public Database {

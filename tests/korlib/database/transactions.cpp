@@ -68,7 +68,7 @@ TEST_P(Transactions, DoNotSurviveInThePool) {
 }
 
 TEST_P(Transactions, ReuseAPooledSession) {
-  execute(is_sqlite() ? L"CREATE TEMPORARY TABLE mine (id INTEGER)" : L"CREATE TEMPORARY TABLE mine (id INTEGER)");
+  execute(L"CREATE TEMPORARY TABLE mine (id INTEGER)");
   connection_.reset();
   connection_ = open_another();
   execute(L"SELECT * FROM mine");  // known to that session alone
