@@ -59,23 +59,23 @@ FakeScript::Member& FakeScript::member(const std::wstring& name) {
   return members_.back();
 }
 
-void FakeScript::function(std::wstring name, Function body) {
-  fallible(std::move(name), [body = std::move(body)](const Arguments& arguments, VARIANT* result) {
+void FakeScript::function(const std::wstring& name, Function body) {
+  fallible(name, [body = std::move(body)](const Arguments& arguments, VARIANT* result) {
     CComVariant value = body(arguments);
     value.detach_to(result);
     return S_OK;
   });
 }
 
-void FakeScript::fallible(std::wstring name, FallibleFunction body) { member(name).body = std::move(body); }
+void FakeScript::fallible(const std::wstring& name, FallibleFunction body) { member(name).body = std::move(body); }
 
-void FakeScript::failing(std::wstring name, HRESULT hr, std::wstring description) {
-  fallible(std::move(name), [hr, description = std::move(description)](const Arguments&, VARIANT*) {
+void FakeScript::failing(const std::wstring& name, HRESULT hr, std::wstring description) {
+  fallible(name, [hr, description = std::move(description)](const Arguments&, VARIANT*) {
     return fail_with(hr, description);
   });
 }
 
-void FakeScript::set_value(std::wstring name, CComVariant value) {
+void FakeScript::set_value(const std::wstring& name, CComVariant value) {
   Member& changed = member(name);
   changed.body = {};
   changed.value = std::move(value);

@@ -38,12 +38,12 @@ class FakeScript final : public IDispatch {
   static CComPtr<FakeScript> make();
 
   // Members; naming one again replaces it. An empty name is the default member.
-  void function(std::wstring name, Function body);
-  void fallible(std::wstring name, FallibleFunction body);
-  void failing(std::wstring name, HRESULT hr, std::wstring description = {});  // with error information
+  void function(const std::wstring& name, Function body);
+  void fallible(const std::wstring& name, FallibleFunction body);
+  void failing(const std::wstring& name, HRESULT hr, std::wstring description = {});  // with error information
   template <class Value>
-  void value(std::wstring name, const Value& value) {
-    set_value(std::move(name), value_of(value));
+  void value(const std::wstring& name, const Value& value) {
+    set_value(name, value_of(value));
   }
   // A name that is written first comes to be, as a variable of a script would; off at first.
   void accept_new_names() { accepts_new_names_ = true; }
@@ -75,7 +75,7 @@ class FakeScript final : public IDispatch {
 
   FakeScript();
   ~FakeScript();
-  void set_value(std::wstring name, CComVariant value);
+  void set_value(const std::wstring& name, CComVariant value);
   Member& member(const std::wstring& name);  // made when missing
   DISPID find(const std::wstring& name) const;
   HRESULT run(const Member& member, WORD flags, const Arguments& arguments, VARIANT* result);

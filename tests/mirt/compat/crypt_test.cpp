@@ -153,7 +153,8 @@ TEST_F(CryptFallbacks, Base64BytesFollowTheSizeProtocol) {
   EXPECT_TRUE(decode(L"AAECxyz!", 4, bytes, &size));  // not beyond the length
   EXPECT_EQ(3u, size);
   size = 8;
-  EXPECT_TRUE(decode(L"AA\0EC", 6, bytes, &size) == FALSE);  // nor beyond a NUL
+  const wchar_t cut[] = {L'A', L'A', 0, L'E', L'C', L'A', 0};
+  EXPECT_FALSE(decode(cut, 6, bytes, &size));  // nor beyond a NUL
   EXPECT_EQ(0u, size);
 
   for (const wchar_t* bad : {L"", L"QQ", L" \r\n\t", L"=QQQ", L"QQQ!", L"Q===", L"\u3042QQQ"}) {
