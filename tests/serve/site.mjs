@@ -18,6 +18,10 @@ export async function serve(example, ...options) {
     stdio: ['ignore', 'pipe', 'pipe'],
   });
   const exited = once(program, 'exit');
+  // A test that is ended takes its host along.
+  const end = () => program.kill('SIGKILL');
+  process.once('exit', end);
+  process.once('SIGTERM', () => process.exit(1));
   const log = [];
   createInterface({ input: program.stderr }).on('line', (line) => log.push(line));
   const address = await new Promise((resolve, reject) => {
@@ -31,6 +35,7 @@ export async function serve(example, ...options) {
   const stop = async () => {
     program.kill('SIGTERM');
     const [code, signal] = await exited;
+    process.off('exit', end);
     await rm(folder, { recursive: true });
     return signal ?? code;
   };
