@@ -13,13 +13,18 @@ function fileName(name, file) {
 }
 
 var picture = store.find(String(Request.QueryString("id")));
-var bytes = picture && store.bytes(picture);
+var stream = picture && store.open(picture);
 Response.Clear();
-if (bytes) {
+if (stream) {
   var how = Request.QueryString("save").Count ? "attachment" : "inline";
   Response.ContentType = picture.type;
   Response.AddHeader("Content-Disposition", how + "; filename*=UTF-8''" + fileName(picture.name, picture.file));
-  Response.BinaryWrite(bytes);
+  // A piece at a time: a large picture need not lie in memory more than once.
+  for (;;) {
+    Response.BinaryWrite(stream.Read(1048576));
+    if (stream.EOS) break;
+    Response.Flush();
+  }
 } else {
   Response.Status = "404 Not Found";
   Response.ContentType = "text/plain";

@@ -1,5 +1,6 @@
 // Safe arrays as wholes: making, copying, resizing, locking and freeing them.
 #include <korlib/safearray.h>
+#include <korlib_host/byte_array.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -81,6 +82,16 @@ SAFEARRAY* SafeArrayCreate(VARTYPE vt, UINT dims, const SAFEARRAYBOUND* bounds) 
 SAFEARRAY* SafeArrayCreateVector(VARTYPE vt, LONG lower, ULONG elements) {
   const SAFEARRAYBOUND bound{elements, lower};
   return SafeArrayCreate(vt, 1, &bound);
+}
+
+SAFEARRAY* korlib_host::adopt_bytes(void* data, std::size_t size) noexcept {
+  if (size > static_cast<std::size_t>(std::numeric_limits<LONG>::max())) return nullptr;
+  SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, 0);
+  if (!array || !data) return array;
+  std::free(array->pvData);
+  array->pvData = data;
+  array->rgsabound[0].cElements = static_cast<ULONG>(size);
+  return array;
 }
 
 HRESULT SafeArrayDestroy(SAFEARRAY* array) {

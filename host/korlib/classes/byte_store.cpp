@@ -2,15 +2,18 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace korlib {
 
 bool ByteStore::grow(std::size_t bytes) {
   if (bytes > kMaxSize - position_) return false;
   const std::size_t wanted = std::max({position_ + bytes, std::min(capacity_ * 2, kMaxSize), std::size_t{256}});
-  std::unique_ptr<char[]> larger = std::make_unique_for_overwrite<char[]>(wanted);
-  if (size_ > 0) std::memcpy(larger.get(), data_.get(), size_);
-  data_ = std::move(larger);
+  // A large block is moved by its pages and not copied, so a stream never takes twice its size meanwhile.
+  char* larger = static_cast<char*>(std::realloc(data_.get(), wanted));
+  if (!larger) throw std::bad_alloc();
+  (void)data_.release();  // realloc took it over
+  data_.reset(larger);
   capacity_ = wanted;
   return true;
 }
@@ -38,7 +41,7 @@ bool ByteStore::move_to(std::size_t position) {
   return true;
 }
 
-void ByteStore::assign(std::unique_ptr<char[]> data, std::size_t size) {
+void ByteStore::assign(Bytes data, std::size_t size) {
   data_ = std::move(data);
   capacity_ = size_ = size;
   position_ = 0;

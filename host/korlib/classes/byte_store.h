@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <string_view>
 
@@ -10,6 +11,11 @@ namespace korlib {
 
 class ByteStore {
  public:
+  struct Free {
+    void operator()(char* bytes) const { std::free(bytes); }
+  };
+  // Memory of std::malloc, so that it can grow where it lies.
+  using Bytes = std::unique_ptr<char, Free>;
   static constexpr std::size_t kMaxSize = 0x7FFFFFFF;  // positions are LONGs
 
   std::size_t size() const { return size_; }
@@ -39,13 +45,13 @@ class ByteStore {
   void cut_here() { size_ = position_; }
   void clear() { *this = {}; }
   // Takes contents over, and rewinds.
-  void assign(std::unique_ptr<char[]> data, std::size_t size);
+  void assign(Bytes data, std::size_t size);
 
  private:
   bool grow(std::size_t bytes);
   void copy_in(std::string_view bytes);
 
-  std::unique_ptr<char[]> data_;
+  Bytes data_;
   std::size_t capacity_ = 0;
   std::size_t size_ = 0;
   std::size_t position_ = 0;

@@ -6,11 +6,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <system_error>
 
 #include <korlib_host/errors.h>
 
-#include "classes/byte_store.h"
 #include "classes/descriptor.h"
 #include "classes/unicode.h"
 
@@ -92,7 +92,8 @@ HRESULT load_file(std::wstring_view path, const FileFault& fault, FileContents& 
   int error = ENOENT;
   Descriptor file = open_regular(system_path(path), error, contents.size);
   if (!file) return raise_file_error(L"open", path, error, fault);
-  contents.data = std::make_unique_for_overwrite<char[]>(std::max<std::size_t>(contents.size, 1));
+  contents.data.reset(static_cast<char*>(std::malloc(std::max<std::size_t>(contents.size, 1))));
+  if (!contents.data) return E_OUTOFMEMORY;
   error = read_all(file.get(), contents);
   return error == 0 ? S_OK : raise_file_error(L"read", path, error, fault);
 }

@@ -1,16 +1,17 @@
 // Files by the paths that pages use, with errors that name the file.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 
 #include <korlib/hresult.h>
 
+#include "classes/byte_store.h"
+
 namespace korlib {
 
 struct FileContents {
-  std::unique_ptr<char[]> data;
+  ByteStore::Bytes data;
   std::size_t size = 0;
 };
 

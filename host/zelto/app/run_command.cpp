@@ -46,7 +46,7 @@ HttpRequest make_request(const RunCommand& command, const std::string& path) {
   for (const std::string& line : command.headers) request.headers.push_back(parse_header(line));
   if (!request.header("Host")) request.headers.insert(request.headers.begin(), {"Host", "localhost"});
   if (!command.body_file.empty()) {
-    request.body = read_body(command.body_file);
+    request.body = Body(read_body(command.body_file));
     request.body_length = request.body.size();
     if (!request.header("Content-Type")) {
       request.headers.push_back({"Content-Type", "application/x-www-form-urlencoded"});
@@ -69,8 +69,8 @@ int run_in(const RunCommand& command) {
   const std::string path = page->substr(site.root().size());
   ConsoleSink sink(stdout, command.include_headers);
   int status = 0;
-  const HttpRequest request = make_request(command, path);
-  on_big_stack([&] { status = PageWorker(site).run(request, path, *page, sink); });
+  HttpRequest request = make_request(command, path);
+  on_big_stack([&] { status = PageWorker(site).run(std::move(request), path, *page, sink); });
   return status < 400 ? kSuccess : kFailure;
 }
 

@@ -349,12 +349,16 @@ void Connection::drain() {
   sink_.reset(-1, {});
   Error ignored;
   socket_.shutdown(Socket::shutdown_send, ignored);
-  arm(limits().drain_timeout);
+  body_began_ = Clock::now();
+  body_received_ = 0;
   drain_more();
 }
 
 void Connection::drain_more() {
+  body_received_ += input_.size();
   input_.clear();
+  if (body_received_ > limits().drain_bytes || is_too_slow()) return close();
+  arm(limits().drain_timeout);
   receive(&Connection::drain_more);
 }
 

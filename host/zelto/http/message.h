@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "http/body.h"
+
 namespace zelto {
 
 struct Header {
@@ -22,7 +24,7 @@ struct HttpRequest {
   std::string query;   // as sent, without the question mark
   int minor_version = 1;
   std::vector<Header> headers;
-  std::string body;
+  Body body;
   // The body was larger than the limit: `body` is empty and `body_length` tells what was announced or
   // counted before it was given up.
   bool body_too_large = false;

@@ -18,6 +18,8 @@ constexpr int kOk = 200;
 constexpr int kBadRequest = 400;
 constexpr int kVersionNotSupported = 505;
 
+std::string_view to_view(beast::string_view text) { return {text.data(), text.size()}; }
+
 std::string to_string(beast::string_view text) { return {text.data(), text.size()}; }
 
 // True when the request line ends as one of another version would: "GET / HTTP/2.0".
@@ -49,7 +51,7 @@ class RequestParser::Impl : public http::basic_parser<true> {
     request.body_length += more;
     if (request.body_length <= limits_.body_bytes) return;
     too_large = request.body_too_large = true;
-    std::string().swap(request.body);
+    request.body = Body();
     ec = http::error::body_limit;
   }
 
@@ -72,11 +74,11 @@ class RequestParser::Impl : public http::basic_parser<true> {
   void on_body_init_impl(const boost::optional<std::uint64_t>& length, Error& ec) override {
     if (!length) return;
     count_body(*length, ec);
-    if (!ec) request.body.reserve(static_cast<std::size_t>(*length));
+    request.body.expect(*length);
   }
 
   std::size_t on_body_impl(beast::string_view bytes, Error& /*ec*/) override {
-    request.body.append(bytes.data(), bytes.size());
+    request.body.append(to_view(bytes));
     return bytes.size();
   }
 
@@ -90,7 +92,7 @@ class RequestParser::Impl : public http::basic_parser<true> {
   }
 
   std::size_t on_chunk_body_impl(std::uint64_t /*remain*/, beast::string_view bytes, Error& /*ec*/) override {
-    request.body.append(bytes.data(), bytes.size());
+    request.body.append(to_view(bytes));
     return bytes.size();
   }
 

@@ -26,7 +26,9 @@ struct HttpLimits {
   Duration send_timeout = std::chrono::seconds(30);  // between two writes
   Duration keep_alive_timeout = std::chrono::seconds(15);
   unsigned keep_alive_requests = 1000;
-  Duration drain_timeout = std::chrono::seconds(5);  // reading on after an answer that came too early
+  // Reading on after an answer that came too early: between two reads, and in all.
+  Duration drain_timeout = std::chrono::seconds(5);
+  std::uint64_t drain_bytes = std::uint64_t{1} << 30;
   std::size_t connections = 4096;
 };
 

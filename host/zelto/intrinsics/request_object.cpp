@@ -1,6 +1,8 @@
 #include "intrinsics/request_object.h"
 
-#include <cstring>
+#include <korlib_host/byte_array.h>
+
+#include <algorithm>
 #include <limits>
 
 #include "intrinsics/collections.h"
@@ -56,11 +58,15 @@ void put_count(VARIANT* count, LONG value) {
   count->lVal = value;
 }
 
-HRESULT give_bytes(std::string_view bytes, VARIANT* data) {
-  CComSafeArray array(VT_UI1, static_cast<ULONG>(bytes.size()));
+// The array takes the memory of the bytes over: the body of a large upload exists once.
+HRESULT give_bytes(Body bytes, VARIANT* data) {
+  const std::size_t size = bytes.size();
+  Body::Bytes memory = bytes.release();
+  SAFEARRAY* array = korlib_host::adopt_bytes(memory.get(), size);
   if (!array) return E_OUTOFMEMORY;
-  if (!bytes.empty()) std::memcpy(array.data<BYTE>(), bytes.data(), bytes.size());
-  array.detach_to(data);
+  (void)memory.release();
+  data->vt = VT_ARRAY | VT_UI1;
+  data->parray = array;
   return S_OK;
 }
 
@@ -182,12 +188,13 @@ HRESULT RequestObject::BinaryRead(VARIANT* count, VARIANT* data) {
     CComVariant wanted;
     RETURN_IF_FAILED(VariantChangeType(&wanted, variable, 0, VT_I4));
     if (wanted.lVal < 0) return korlib::raise(E_INVALIDARG, kSource, L"BinaryRead: the count is negative.");
-    std::string_view bytes;
+    Body bytes;
     const BodyError error = page_->request.read_bytes(static_cast<std::size_t>(wanted.lVal), bytes);
     if (error == BodyError::too_large) put_count(variable, 0);
     if (error != BodyError::none) return raise_body_error(error);
-    RETURN_IF_FAILED(give_bytes(bytes, data));
-    put_count(variable, static_cast<LONG>(bytes.size()));
+    const auto read = static_cast<LONG>(bytes.size());
+    RETURN_IF_FAILED(give_bytes(std::move(bytes), data));
+    put_count(variable, read);
     return S_OK;
   });
 }

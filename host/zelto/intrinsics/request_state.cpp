@@ -1,13 +1,16 @@
 #include "intrinsics/request_state.h"
 
+#include <utility>
+
 #include "intrinsics/server_variables.h"
 #include "intrinsics/text.h"
 #include "intrinsics/url_encoding.h"
 
 namespace zelto {
 
-RequestState::RequestState(HttpRequest request, PagePlace place)
-    : http_(std::move(request)), place_(std::move(place)) {}
+RequestState::RequestState(HttpRequest request, PagePlace place) : http_(std::move(request)), place_(std::move(place)) {
+  if (!http_.body_too_large) http_.body_length = http_.body.size();  // the body may be given away
+}
 
 RequestState::Fields RequestState::query() {
   if (!query_) {
@@ -54,15 +57,20 @@ RequestState::BodyError RequestState::form(Fields& fields) {
   return BodyError::none;
 }
 
-RequestState::BodyError RequestState::read_bytes(std::size_t count, std::string_view& bytes) {
+RequestState::BodyError RequestState::read_bytes(std::size_t count, Body& bytes) {
   if (use_ == BodyUse::form) return BodyError::already_read_as_form;
   if (http_.body_too_large) return BodyError::too_large;
   use_ = BodyUse::bytes;
+  if (bytes_read_ == 0 && count >= http_.body.size()) {
+    bytes = std::exchange(http_.body, Body());
+    return BodyError::none;
+  }
   bytes = std::string_view(http_.body).substr(bytes_read_, count);
   bytes_read_ += bytes.size();
+  if (bytes_read_ < http_.body.size()) return BodyError::none;
+  http_.body = Body();
+  bytes_read_ = 0;
   return BodyError::none;
 }
-
-std::uint64_t RequestState::total_bytes() const { return http_.body_too_large ? http_.body_length : http_.body.size(); }
 
 }  // namespace zelto

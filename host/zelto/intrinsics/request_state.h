@@ -48,10 +48,10 @@ class RequestState {
   bool has_urlencoded_body() const;
   bool was_read_as_bytes() const { return use_ == BodyUse::bytes; }
 
-  // The next bytes of the body, up to `count`; they stay valid as long as this object. From then on it
-  // can't be read as a form.
-  BodyError read_bytes(std::size_t count, std::string_view& bytes);
-  std::uint64_t total_bytes() const;
+  // The next bytes of the body, up to `count`. From then on it can't be read as a form. All of it read at
+  // once is handed over as it is, not copied, and is no longer held here.
+  BodyError read_bytes(std::size_t count, Body& bytes);
+  std::uint64_t total_bytes() const { return http_.body_length; }
 
  private:
   enum class BodyUse { none, form, bytes };

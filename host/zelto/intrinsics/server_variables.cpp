@@ -65,7 +65,7 @@ FieldTable make_server_variables(const HttpRequest& request, const PagePlace& pl
   for (const Header& header : request.headers)
     all_raw.append(header.name).append(": ").append(header.value).append("\r\n");
   const std::string content_type = header_or_empty(request, "Content-Type");
-  const std::uint64_t length = request.body_too_large ? request.body_length : request.body.size();
+  const std::uint64_t length = request.body_length;
 
   add("ALL_HTTP", all_http);
   add("ALL_RAW", all_raw);

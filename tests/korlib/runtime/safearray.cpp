@@ -1,7 +1,9 @@
 #include <korlib/safearray.h>
+#include <korlib_host/byte_array.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -340,6 +342,35 @@ TEST(SafeArray, AnswersNullPointersWithACode) {
   EXPECT_EQ(SafeArrayAccessData(array.get(), nullptr), E_POINTER);
   EXPECT_EQ(SafeArrayPtrOfIndex(array.get(), nullptr, &data), E_INVALIDARG);
   EXPECT_EQ(SafeArrayGetLBound(array.get(), 1, nullptr), E_POINTER);
+}
+
+TEST(SafeArray, TakesOverMemoryThatIsThereAlready) {
+  char* const bytes = static_cast<char*>(std::malloc(3));
+  std::memcpy(bytes, "abc", 3);
+  const Array array(korlib_host::adopt_bytes(bytes, 3));
+  ASSERT_TRUE(array);
+  EXPECT_EQ(array->pvData, bytes);
+  LONG upper = 0;
+  VARTYPE vt = VT_EMPTY;
+  EXPECT_EQ(SafeArrayGetUBound(array.get(), 1, &upper), S_OK);
+  EXPECT_EQ(upper, 2);
+  EXPECT_EQ(SafeArrayGetVartype(array.get(), &vt), S_OK);
+  EXPECT_EQ(vt, VT_UI1);
+  const SAFEARRAYBOUND longer{5, 0};
+  ASSERT_EQ(SafeArrayRedim(array.get(), &longer), S_OK);
+  EXPECT_EQ(std::memcmp(array->pvData, "abc\0\0", 5), 0);
+}
+
+TEST(SafeArray, TakesOverNothingAsAnEmptyArray) {
+  const Array array(korlib_host::adopt_bytes(nullptr, 0));
+  ASSERT_TRUE(array);
+  EXPECT_EQ(array->rgsabound[0].cElements, 0u);
+  EXPECT_NE(array->pvData, nullptr);
+}
+
+TEST(SafeArray, LeavesMemoryThatIsTooLargeToItsOwner) {
+  char byte = 0;
+  EXPECT_EQ(korlib_host::adopt_bytes(&byte, std::size_t{1} << 31), nullptr);
 }
 
 }  // namespace

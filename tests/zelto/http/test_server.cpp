@@ -24,7 +24,10 @@ class PathWorker final : public zelto::Worker {
     if (received.path == "/stream") return answer_bytes(received, sink, false);
     if (received.path == "/status") return answer_status(received, sink);
     std::string body = received.method + " " + received.path + "?" + received.query + "|";
-    body += received.body_too_large ? "too large " + std::to_string(received.body_length) : received.body;
+    if (received.body_too_large)
+      body += "too large " + std::to_string(received.body_length);
+    else
+      body += std::string_view(received.body);
     sink.start({}, body.size() + (received.path == "/short" ? 1 : 0));
     sink.append_to_log("noted");
     sink.write(body);

@@ -21,13 +21,13 @@ PageTest::~PageTest() {
 void PageTest::post_form(std::string body) {
   request.method = "POST";
   request.headers.push_back({"Content-Type", "application/x-www-form-urlencoded; charset=utf-8"});
-  request.body = std::move(body);
+  request.body = zelto::Body(body);
 }
 
 zelto::PageState& PageTest::page() {
   if (!page_) {
     page_ = std::make_shared<zelto::PageState>(
-        request, zelto::PagePlace{"/shop/list.asp", "/srv/site/shop/list.asp", "/srv/site"}, sink, &host);
+        std::move(request), zelto::PagePlace{"/shop/list.asp", "/srv/site/shop/list.asp", "/srv/site"}, sink, &host);
   }
   return *page_;
 }

@@ -201,6 +201,32 @@ TEST_F(Request, ReadsTheBodyInPieces) {
   EXPECT_EQ(data.vt, VT_ARRAY | VT_UI1);
 }
 
+TEST_F(Request, HandsAWholeBodyOverWithoutACopy) {
+  post_form("abcdef");
+  const void* const received = std::string_view(request.body).data();
+  const auto object = request_object();
+  CComVariant count(LONG{6});
+  CComVariant data;
+  ASSERT_EQ(object->BinaryRead(&count, &data), S_OK);
+  EXPECT_EQ(count.lVal, 6);
+  EXPECT_EQ(data.parray->pvData, received);
+  EXPECT_EQ(bytes_of({S_OK, data, {}, {}}), (std::vector<std::uint8_t>{'a', 'b', 'c', 'd', 'e', 'f'}));
+  EXPECT_EQ(get(object.get(), L"TotalBytes").value.lVal, 6) << "read or not";
+  EXPECT_EQ(text(L"ServerVariables", L"CONTENT_LENGTH"), L"6");
+  CComVariant more;
+  EXPECT_EQ(object->BinaryRead(&count, &more), S_OK);
+  EXPECT_EQ(count.lVal, 0);
+}
+
+TEST_F(Request, ReadsAnEmptyBodyAsAnEmptyArray) {
+  CComVariant count(LONG{6});
+  CComVariant data;
+  EXPECT_EQ(request_object()->BinaryRead(&count, &data), S_OK);
+  EXPECT_EQ(count.lVal, 0);
+  EXPECT_EQ(data.vt, VT_ARRAY | VT_UI1);
+  EXPECT_EQ(bytes_of({S_OK, data, {}, {}}).size(), 0u);
+}
+
 TEST_F(Request, WritesTheCountReadBackThroughAReference) {
   post_form("abc");
   LONG wanted = 10;

@@ -1,0 +1,1 @@
+<%@ Language="JavaScript" EnableSessionState="False" %><% Response.Write("quick"); Response.End(); %>
