@@ -42,7 +42,8 @@ class PageRun : public testing::Test {
     request.query = query;
     if (!cookie.empty()) request.headers.push_back({"Cookie", cookie});
     MemorySink sink;
-    zelto::on_big_stack([&] { zelto::PageWorker(site()).run(request, "/page.asp", options.root + "/page.asp", sink); });
+    zelto::on_big_stack(
+        [&] { zelto::PageWorker(site()).run(std::move(request), "/page.asp", options.root + "/page.asp", sink); });
     return sink;
   }
   std::string body(const std::string& text) {
@@ -236,7 +237,7 @@ TEST_F(PageRun, CountsSessionsRightUnderManyClients) {
           request.query = query;
           if (!cookie.empty()) request.headers.push_back({"Cookie", cookie});
           MemorySink sink;
-          worker.run(request, "/page.asp", options.root + "/page.asp", sink);
+          worker.run(std::move(request), "/page.asp", options.root + "/page.asp", sink);
           for (const std::string& set : sink.header("Set-Cookie")) cookie = set.substr(0, set.find(';'));
           EXPECT_EQ(sink.body, std::to_string(i));
         }
