@@ -13,6 +13,7 @@
 struct IUnknown;
 struct IDispatch;
 struct VARIANT;
+class CComVariant;
 
 enum VARENUM : VARTYPE {
   VT_EMPTY = 0,
@@ -121,6 +122,8 @@ struct VARIANT {
 
   // Takes the source's type and value; the source becomes VT_EMPTY. Nothing is copied or freed.
   KORLIB_API VARIANT(VARIANT&& source) noexcept;
+  // An owner that is about to go would leave its value with a VARIANT that frees nothing: name it first.
+  VARIANT(CComVariant&& owner) = delete;
   // A deep copy; assigning an object to itself does nothing.
   KORLIB_API VARIANT& operator=(const VARIANT& source);
   // Clears, then holds a copy of the text; a null BSTR for null.

@@ -217,7 +217,7 @@ TEST_F(Dictionary, KeepsTheTypeOfValues) {
 
 TEST_F(Dictionary, StoresWhatAReferenceRefersTo) {
   CComVariant variable(L"value");
-  VARIANT reference = test::by_reference(&variable);
+  const CComVariant reference = test::by_reference(&variable);
   EXPECT_EQ(S_OK, dictionary_->put_Item(korlib::long_variant(1), reference));
   variable = CComVariant(L"changed");
   EXPECT_EQ(L"value", text_of(get(object_, L"Item", 1)));

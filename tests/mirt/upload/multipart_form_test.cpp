@@ -33,9 +33,10 @@ TEST_F(MultipartForm, FindsNamesExactly) {
 
 TEST_F(MultipartForm, RefusesAKeyWithoutText) {
   ASSERT_EQ(S_OK, upload(kEnd));
+  const CComVariant key = null_value();
   VARIANT value;
   value.vt = 0xA5A5;
-  EXPECT_EQ(DISP_E_TYPEMISMATCH, form_->get_Item(null_value(), &value));
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, form_->get_Item(key, &value));
   EXPECT_EQ(VT_EMPTY, value.vt);
 }
 
