@@ -15,6 +15,7 @@
 #include "frame/dual.h"
 #include "frame/error.h"
 #include "frame/lock.h"
+#include "frame/zero_block.h"
 
 template <class Object, long* ModuleCount>
 class GClassFactory : public IClassFactory {
@@ -72,8 +73,9 @@ class GClassFactoryPooled : public GClassFactory<Object, ModuleCount>, public IO
   void* Take() override {
     void* block = take_block();
     if (!block) return nullptr;
+    mirt::zero_block(block, sizeof(Object));
     try {
-      return ::new (block) Object();  // with the parentheses: zeroed before it is constructed
+      return ::new (block) Object();
     } catch (...) {
       keep_block(block);
       return nullptr;

@@ -25,7 +25,7 @@ const percent = (text) => encodeURIComponent(text).replace(/[!'()*]/g, (c) => '%
 async function convert(text) {
   await browser.open(site.address);
   await browser.run("document.querySelector('textarea').value = arguments[0]", text);
-  await browser.click('form button');
+  await browser.follow('form button');
   return browser.run(`
     return Object.fromEntries([...document.querySelectorAll('tr:not(.group)')].map((row) => [
       row.querySelector('code').textContent, row.querySelector('output').textContent]));`);
