@@ -1,6 +1,9 @@
 #include "script/engine_state.h"
 
+#include <jsc/jsc.h>
+
 #include <algorithm>
+#include <mutex>
 
 #include "script/engine.h"
 #include "script/held.h"
@@ -19,6 +22,19 @@ constexpr double kUnlimitedSeconds = 1e7;
 
 constexpr std::size_t kCachedScripts = 256;
 
+// How long a script that ought to end may go on without calling an object. Not nothing: the engine aborts
+// when its watchdog fires in the moment in which the machine is destroyed, and a page that ends itself is
+// often the last thing that a process does.
+constexpr auto kGrace = std::chrono::milliseconds(200);
+
+// The time limit ends a script where it looks for it itself, not by a signal to its thread: a signal would
+// also interrupt what an object is waiting for.
+JSContextGroupRef create_group() {
+  static std::once_flag once;
+  std::call_once(once, [] { jsc_options_set_boolean("usePollingTraps", TRUE); });
+  return JSContextGroupCreate();
+}
+
 }  // namespace
 
 ParsedScript::ParsedScript(JSContextGroupRef group, std::u16string_view text, const std::string& url) {
@@ -31,7 +47,7 @@ ParsedScript::ParsedScript(JSContextGroupRef group, std::u16string_view text, co
   message_ = to_wide(owned.view());
 }
 
-EngineState::EngineState() : group_(JSContextGroupCreate()), previous_(t_current), classes_(make_classes()) {
+EngineState::EngineState() : group_(create_group()), previous_(t_current), classes_(make_classes()) {
   prelude_ = std::make_unique<ParsedScript>(group_, kPrelude, "zelto");
   JSContextGroupSetExecutionTimeLimit(group_, kUnlimitedSeconds, &EngineState::on_time_limit, this);
   t_current = this;
@@ -55,6 +71,7 @@ EngineState::Run::Run(EngineState& engine) : engine_(engine) {
   if (engine_.depth_++ > 0) return;
   engine_.stopped_ = engine_.timed_out_ = false;
   engine_.start_ = std::chrono::steady_clock::now();
+  engine_.terminates_at_ = {};
   engine_.start_watchdog();
 }
 
@@ -108,7 +125,11 @@ void EngineState::stop() noexcept {
 }
 
 void EngineState::terminate_soon() {
-  JSContextGroupSetExecutionTimeLimit(group_, 0, &EngineState::on_time_limit, this);
+  const auto now = std::chrono::steady_clock::now();
+  if (now < terminates_at_) return;  // asking again would put it off
+  terminates_at_ = now + kGrace;
+  JSContextGroupSetExecutionTimeLimit(group_, std::chrono::duration<double>(kGrace).count(),
+                                      &EngineState::on_time_limit, this);
 }
 
 RealmState* EngineState::realm_of(JSContextRef ctx) const {

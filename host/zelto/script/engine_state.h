@@ -116,6 +116,7 @@ class EngineState {
   std::unique_ptr<ParsedScript> prelude_;
   std::chrono::milliseconds limit_{0};
   std::chrono::steady_clock::time_point start_;
+  std::chrono::steady_clock::time_point terminates_at_;
   int depth_ = 0;
   bool stopped_ = false;
   bool timed_out_ = false;

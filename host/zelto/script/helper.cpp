@@ -128,16 +128,6 @@ JSValueRef items(RealmState& realm, std::size_t count, const JSValueRef* values,
   return array;
 }
 
-// nests(array): whether it was one dimension of an array with several.
-JSValueRef nests(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef*) {
-  bool marked = false;
-  if (count > 0 && JSValueIsObject(realm.context(), values[0])) {
-    JSValueRef first = JSObjectGetPropertyAtIndex(realm.context(), object_of(values[0]), 0, nullptr);
-    marked = JSValueIsArray(realm.context(), first);
-  }
-  return JSValueMakeBoolean(realm.context(), marked);
-}
-
 HRESULT create_object(RealmState& realm, BSTR name, CComPtr<IDispatch>* out) {
   CComQIPtr<ZeltoTypeLibrary::IServer> server(realm.server());
   if (server) return server->CreateObject(name, out->put());
@@ -175,9 +165,9 @@ constexpr JSPropertyAttributes kFixed =
 
 JSClassRef make_helper_class() {
   static const JSStaticFunction functions[] = {
-      {"html", entry<html>, kFixed},     {"out", entry<out>, kFixed},     {"at", entry<at>, kFixed},
-      {"read", entry<read>, kFixed},     {"items", entry<items>, kFixed}, {"nests", entry<nests>, kFixed},
-      {"create", entry<create>, kFixed}, {nullptr, nullptr, 0},
+      {"html", entry<html>, kFixed}, {"out", entry<out>, kFixed},     {"at", entry<at>, kFixed},
+      {"read", entry<read>, kFixed}, {"items", entry<items>, kFixed}, {"create", entry<create>, kFixed},
+      {nullptr, nullptr, 0},
   };
   static const JSStaticValue values[] = {
       {"thrown", [](JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef*) { return JSValueMakeUndefined(ctx); },

@@ -12,63 +12,49 @@ const define = (target, name, value) =>
 const items = collection =>
   collection === null || collection === undefined ? [] : native.items(collection) || Array.from(collection);
 
-class Enumerator {
-  #items;
-  #at = 0;
-  constructor(collection) { this.#items = items(collection); }
-  atEnd() { return this.#at >= this.#items.length; }
-  item() { return this.#items[this.#at]; }
-  moveFirst() { this.#at = 0; }
-  moveNext() { if (this.#at < this.#items.length) this.#at++; }
+// State lives in closures: the engine keeps the symbols of #private names for good.
+function Enumerator(collection) {
+  if (!new.target) return new Enumerator(collection);
+  const list = items(collection);
+  let at = 0;
+  define(this, "atEnd", () => at >= list.length);
+  define(this, "item", () => list[at]);
+  define(this, "moveFirst", () => { at = 0; });
+  define(this, "moveNext", () => { if (at < list.length) at++; });
 }
 
 // Arrays cross by value, one dimension inside the other; the first index is the outermost.
-class VBArray {
-  #array;
-  #dimensions = 0;
-  constructor(array) {
-    if (!Array.isArray(array) && !(array instanceof Uint8Array)) throw new TypeError("VBArray expected");
-    this.#array = array;
-    for (let a = array; Array.isArray(a) || a instanceof Uint8Array; a = a[0]) {
-      this.#dimensions++;
-      if (!native.nests(a)) break;
-    }
-  }
-  dimensions() { return this.#dimensions; }
-  lbound(dimension = 1) { this.ubound(dimension); return 0; }
-  ubound(dimension = 1) {
-    if (!(dimension >= 1 && dimension <= this.#dimensions)) throw new RangeError("Subscript out of range");
-    let a = this.#array;
-    for (let i = 1; i < dimension; i++) a = a[0];
-    return a.length - 1;
-  }
-  getItem(...indices) {
-    let a = this.#array;
-    if (indices.length !== this.#dimensions) throw new RangeError("Subscript out of range");
-    for (const index of indices) {
-      if (!(index >= 0 && index < a.length)) throw new RangeError("Subscript out of range");
-      a = a[Math.floor(index)];
-    }
-    return a;
-  }
+function VBArray(array) {
+  if (!new.target) return new VBArray(array);
+  const is_array = value => Array.isArray(value) || value instanceof Uint8Array;
+  if (!is_array(array)) throw new TypeError("VBArray expected");
+  const shape = [];
+  for (let a = array; is_array(a); a = a[0]) shape.push(a.length);
+  const out_of_range = () => new RangeError("Subscript out of range");
+  const at = indices => indices.reduce((a, index) => {
+    if (!(index >= 0 && index < a.length)) throw out_of_range();
+    return a[Math.floor(index)];
+  }, array);
+  const ubound = (dimension = 1) => {
+    if (!(dimension >= 1 && dimension <= shape.length)) throw out_of_range();
+    return shape[Math.floor(dimension) - 1] - 1;
+  };
+  define(this, "dimensions", () => shape.length);
+  define(this, "ubound", ubound);
+  define(this, "lbound", dimension => { ubound(dimension); return 0; });
+  define(this, "getItem", (...indices) => {
+    if (indices.length !== shape.length) throw out_of_range();
+    return at(indices);
+  });
   // One flat array, the first index varying fastest.
-  toArray() {
-    if (this.#dimensions <= 1) return [...this.#array];
-    const out = [];
-    const shape = [];
-    for (let a = this.#array, i = 0; i < this.#dimensions; i++, a = a[0]) shape.push(a.length);
+  define(this, "toArray", () => {
     const total = shape.reduce((product, length) => product * length, 1);
-    for (let n = 0; n < total; n++) {
-      let rest = n;
-      let a = this.#array;
-      for (const length of shape) {
-        a = a[rest % length];
-        rest = Math.floor(rest / length);
-      }
-      out.push(a);
-    }
-    return out;
-  }
+    return Array.from({ length: total }, (_, n) => at(shape.map(length => {
+      const index = n % length;
+      n = (n - index) / length;
+      return index;
+    })));
+  });
 }
 
 define(globalThis, "Enumerator", Enumerator);

@@ -2,6 +2,8 @@
 
 #include <korlib_host/enumerator.h>
 
+#include <span>
+
 #include "script/arguments.h"
 #include "script/errors.h"
 #include "script/stack.h"
@@ -121,11 +123,12 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
 }
 
 HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result) {
-  std::vector<JSValueRef> arguments(params ? params->cArgs : 0);
+  const auto given = params ? std::span<const VARIANT>(params->rgvarg, params->cArgs) : std::span<const VARIANT>();
+  std::vector<JSValueRef> arguments;
   JSValueRef exception = nullptr;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    arguments[i] = realm_->to_script(params->rgvarg[arguments.size() - 1 - i], &exception);
-    if (!arguments[i]) return realm_->failure_of(exception);
+  for (auto argument = given.rbegin(); argument != given.rend(); ++argument) {
+    arguments.push_back(realm_->to_script(*argument, &exception));
+    if (!arguments.back()) return realm_->failure_of(exception);
   }
   const bool puts = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
   if (id == DISPID_NEWENUM && !puts) return enumerate(result);

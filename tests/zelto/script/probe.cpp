@@ -6,7 +6,7 @@
 
 namespace test {
 
-int Probe::alive = 0;
+std::atomic<int> Probe::alive = 0;
 
 std::span<const korlib::Member> Probe::members() {
   using namespace korlib;

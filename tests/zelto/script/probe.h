@@ -1,6 +1,7 @@
 // Automation objects for scripts to play with.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <string>
@@ -16,7 +17,7 @@ namespace test {
 class Probe final : public korlib::DispatchObject<Probe> {
  public:
   static std::span<const korlib::Member> members();
-  static int alive;
+  static std::atomic<int> alive;
 
   Probe() { ++alive; }
   ~Probe() override { --alive; }
