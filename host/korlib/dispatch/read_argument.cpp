@@ -9,6 +9,19 @@ HRESULT convert(const VARIANT& argument, CComVariant& converted, VARTYPE vt) {
   return VariantChangeType(&converted, &argument, 0, vt);
 }
 
+// `field` is where a VARIANT of type `vt` holds its value. One of that type already is not converted.
+template <auto field, class Value>
+HRESULT read_scalar(const VARIANT& argument, VARTYPE vt, Value& value) {
+  if (argument.vt == vt) {
+    value = argument.*field;
+    return S_OK;
+  }
+  CComVariant converted;
+  RETURN_IF_FAILED(convert(argument, converted, vt));
+  value = converted.*field;
+  return S_OK;
+}
+
 }  // namespace
 
 HRESULT read_variant(const VARIANT& argument, CComVariant& keep, VARIANT& value) {
@@ -32,44 +45,18 @@ HRESULT read_text(const VARIANT& argument, CComVariant& keep, BSTR& value) {
   return S_OK;
 }
 
-HRESULT read_long(const VARIANT& argument, LONG& value) {
-  if (argument.vt == VT_I4) {
-    value = argument.lVal;
-    return S_OK;
-  }
-  CComVariant converted;
-  RETURN_IF_FAILED(convert(argument, converted, VT_I4));
-  value = converted.lVal;
-  return S_OK;
-}
+HRESULT read_long(const VARIANT& argument, LONG& value) { return read_scalar<&VARIANT::lVal>(argument, VT_I4, value); }
 
 HRESULT read_long_long(const VARIANT& argument, LONGLONG& value) {
-  CComVariant converted;
-  RETURN_IF_FAILED(convert(argument, converted, VT_I8));
-  value = converted.llVal;
-  return S_OK;
+  return read_scalar<&VARIANT::llVal>(argument, VT_I8, value);
 }
 
 HRESULT read_bool(const VARIANT& argument, VARIANT_BOOL& value) {
-  if (argument.vt == VT_BOOL) {
-    value = argument.boolVal;
-    return S_OK;
-  }
-  CComVariant converted;
-  RETURN_IF_FAILED(convert(argument, converted, VT_BOOL));
-  value = converted.boolVal;
-  return S_OK;
+  return read_scalar<&VARIANT::boolVal>(argument, VT_BOOL, value);
 }
 
 HRESULT read_double(const VARIANT& argument, double& value) {
-  if (argument.vt == VT_R8) {
-    value = argument.dblVal;
-    return S_OK;
-  }
-  CComVariant converted;
-  RETURN_IF_FAILED(convert(argument, converted, VT_R8));
-  value = converted.dblVal;
-  return S_OK;
+  return read_scalar<&VARIANT::dblVal>(argument, VT_R8, value);
 }
 
 HRESULT read_object(const VARIANT& argument, REFIID riid, void** object) {
