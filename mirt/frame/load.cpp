@@ -9,8 +9,7 @@ constinit MirtedTemplatorTypeInfo mirted_templator_type_info;
 constinit FormFileTypeInfo form_file_type_info;
 constinit TextTemplatorTypeInfo text_templator_type_info;
 constinit UtilityTypeInfo utility_type_info;
-constinit PassiveTypeInfo string_list_type_info;
-constinit PassiveTypeInfo request_dictionary_type_info;
+constinit PassiveTypeInfo passive_type_info;
 
 void assign(ITypeInfo*& slot, ITypeInfo* info) {
   if (info) info->AddRef();
@@ -27,8 +26,8 @@ __attribute__((constructor(101))) void mirt_init_dispatch_typeinfo() {
   assign(g_pTI_IFormFile, &form_file_type_info);
   assign(g_pTI_ITextTemplator, &text_templator_type_info);
   assign(g_pTI_IUtility, &utility_type_info);
-  assign(g_pTI_IStringList, &string_list_type_info);
-  assign(g_pTI_IRequestDictionary, &request_dictionary_type_info);
+  assign(g_pTI_IStringList, &passive_type_info);
+  assign(g_pTI_IRequestDictionary, &passive_type_info);
 }
 
 __attribute__((destructor(101))) void mirt_free_dispatch_typeinfo() {

@@ -331,6 +331,7 @@ TEST_F(MemberTables, AreEmptyForTheRequestInterfaces) {
     EXPECT_EQ(DISP_E_UNKNOWNNAME, type->GetIDsOfNames(nullptr, 0, nullptr));
     check_unknown_identifiers(type_name, nullptr, {0, 1, -4, 41});
   }
+  EXPECT_EQ(info("g_pTI_IStringList"), info("g_pTI_IRequestDictionary"));
 }
 
 TEST_F(MemberTables, LookAtTheFirstNameOnly) {
