@@ -1,7 +1,8 @@
 #include "templator/template.h"
 
+#include <atomic>
+
 #include <korlib/bstr.h>
-#include <korlib/winapi.h>
 
 CTemplate::~CTemplate() {
   for (BSTR text : Texts) SysFreeString(text);
@@ -9,12 +10,12 @@ CTemplate::~CTemplate() {
 }
 
 CTemplate* CTemplate::AddRef() {
-  InterlockedIncrement(&RefCount);
+  std::atomic_ref(RefCount).fetch_add(1);
   return this;
 }
 
 LONG CTemplate::Release() {
-  const auto left = static_cast<LONG>(InterlockedDecrement(&RefCount));
+  const LONG left = std::atomic_ref(RefCount).fetch_sub(1) - 1;
   if (left == 0) delete this;
   return left;
 }

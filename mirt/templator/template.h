@@ -23,6 +23,6 @@ struct CTemplate {
 
   std::vector<BSTR> Texts;  // owned literal runs, never null
   std::vector<CMarkData*> Marks;
-  long RefCount = 1;     // as wide as the interlocked functions need it
+  LONG RefCount = 1;     // changed and read by any thread, so atomically
   FILETIME LastWrite{};  // of the file it came from; written by the cache before it publishes the template
 };

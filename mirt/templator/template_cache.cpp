@@ -4,17 +4,34 @@
 
 namespace {
 
-// False when the file cannot be opened or has no time to tell.
-bool last_write_of(const CComBSTR& path, FILETIME* written) {
-  const HANDLE file = CreateFileW(path.view().data(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (file == invalid_handle()) return false;
-  FILETIME created{};
-  FILETIME accessed{};
-  const BOOL told = GetFileTime(file, &created, &accessed, written);
-  CloseHandle(file);
-  return told != FALSE;
-}
+// A template file, open for as long as this lives where it can be opened at all.
+class TemplateFile {
+ public:
+  explicit TemplateFile(const CComBSTR& path)
+      : handle_(CreateFileW(path.view().data(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                            FILE_ATTRIBUTE_NORMAL, nullptr)) {}
+  ~TemplateFile() {
+    if (is_open()) CloseHandle(handle_);
+  }
+  TemplateFile(const TemplateFile&) = delete;
+  TemplateFile& operator=(const TemplateFile&) = delete;
+
+  // False when nobody can tell; the time is then left alone.
+  bool last_write(FILETIME* written) const {
+    if (!is_open()) return false;
+    FILETIME created{};
+    FILETIME accessed{};
+    FILETIME told{};
+    if (!GetFileTime(handle_, &created, &accessed, &told)) return false;
+    *written = told;
+    return true;
+  }
+
+ private:
+  bool is_open() const { return handle_ != invalid_handle(); }
+
+  HANDLE handle_;
+};
 
 }  // namespace
 
@@ -29,8 +46,9 @@ HRESULT CTemplateCache::Take(const CComBSTR& path, CTemplate** tmpl) {
     *tmpl = found == entries_.end() ? nullptr : found->second->AddRef();
   }
   if (!*tmpl) return S_OK;
+  const TemplateFile file(path);
   FILETIME written{};
-  if (last_write_of(path, &written) && CompareFileTime(&(*tmpl)->LastWrite, &written) != 0) {
+  if (file.last_write(&written) && CompareFileTime(&(*tmpl)->LastWrite, &written) != 0) {
     forget(path);
     (*tmpl)->Release();
     *tmpl = nullptr;
@@ -47,8 +65,7 @@ void CTemplateCache::forget(const CComBSTR& path) {
 }
 
 HRESULT CTemplateCache::Store(const CComBSTR& path, CTemplate* tmpl) try {
-  FILETIME written{};
-  if (last_write_of(path, &written)) tmpl->LastWrite = written;
+  TemplateFile(path).last_write(&tmpl->LastWrite);
   CComBSTR key(path);
   if (path.get() && !key.get()) return S_OK;
   const std::lock_guard guard(lock_);
