@@ -22,7 +22,7 @@ class GTemplatorImpl : public Interface, protected CTemplatorConcept {
 
   STDMETHODIMP ProcessTemplateFile(BSTR path, BSTR charset) override {
     CComBSTR text;
-    RETURN_IF_FAILED(read_text_file(path, charset, text.put()));
+    RETURN_IF_FAILED(GetTemplate(path, charset, text.put()));
     return ProcessTemplate(text);
   }
   STDMETHODIMP ProcessTemplate(BSTR text) override {
@@ -47,6 +47,9 @@ class GTemplatorImpl : public Interface, protected CTemplatorConcept {
     if (SUCCEEDED(new_host_stream(spStream.put()))) putref_Output(spStream.get());
   }
   ~GTemplatorImpl() = default;
+
+  // Where a template file comes from: the file itself, each time, whatever its path.
+  HRESULT GetTemplate(BSTR path, BSTR charset, BSTR* text) { return read_text_file(path, charset, text); }
 
   CEventHandler m_oScripts;
 };

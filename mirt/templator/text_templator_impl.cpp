@@ -1,13 +1,22 @@
 #include "templator/text_templator_impl.h"
 
+#include <string_view>
+
 #include "templator/mark_value.h"
 
-GITextTemplatorImpl<ITextTemplator>::GITextTemplatorImpl() : GTemplatorImpl(L" \t\r\n") {}
+namespace {
+
+constexpr std::wstring_view kCommentTypes = L" \t\r\n";  // all the types there are
+
+}  // namespace
+
+GITextTemplatorImpl<ITextTemplator>::GITextTemplatorImpl() : GTemplatorImpl(kCommentTypes.data()) {}
 
 STDMETHODIMP GITextTemplatorImpl<ITextTemplator>::Write(BSTR text) { return write_output(text); }
 
 STDMETHODIMP GITextTemplatorImpl<ITextTemplator>::OnMarked(CMarkData& mark) {
-  return mark.Type == 0 ? OnMarked_(mark) : S_OK;
+  const bool is_comment = kCommentTypes.find(mark.Type) != std::wstring_view::npos;
+  return is_comment ? S_OK : OnMarked_(mark);
 }
 
 HRESULT GITextTemplatorImpl<ITextTemplator>::OnMarked_(const CMarkData& mark) {
