@@ -1,5 +1,6 @@
 #include "frame/entry_points.h"
 
+#include <atomic>
 #include <cwchar>
 #include <iterator>
 
@@ -100,4 +101,4 @@ HRESULT DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
   return object ? object->QueryInterface(riid, ppv) : CLASS_E_CLASSNOTAVAILABLE;
 }
 
-HRESULT DllCanUnloadNow() { return g_nRefCount == 0 ? S_OK : S_FALSE; }
+HRESULT DllCanUnloadNow() { return std::atomic_ref(g_nRefCount).load() == 0 ? S_OK : S_FALSE; }

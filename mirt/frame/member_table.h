@@ -41,7 +41,6 @@ constexpr Member<Interface> object_property(const wchar_t* name) {
 // property read sets both bits and is served either way.
 template <class Interface>
 HRESULT invoke(const Member<Interface>& member, Interface* instance, WORD flags, DISPPARAMS* params, VARIANT* result) {
-  if (result) VariantInit(result);
   if ((flags & DISPATCH_PROPERTYPUTREF) && member.putref) return member.putref(instance, params, result);
   if ((flags & DISPATCH_PROPERTYPUT) && member.put) return member.put(instance, params, result);
   if ((flags & DISPATCH_METHOD) && member.method) return member.method(instance, params, result);
@@ -49,11 +48,13 @@ HRESULT invoke(const Member<Interface>& member, Interface* instance, WORD flags,
   return DISP_E_MEMBERNOTFOUND;
 }
 
-// The row of an identifier in a table whose first row has identifier `first`; null when there is none.
+// A call of the member of that identifier, in a table whose first row has identifier `first`.
 template <class Interface, std::size_t Size>
-const Member<Interface>* find(const Member<Interface> (&table)[Size], DISPID first, DISPID id) {
-  if (id < first || id - first >= static_cast<DISPID>(Size)) return nullptr;
-  return &table[id - first];
+HRESULT invoke_in(const Member<Interface> (&table)[Size], DISPID first, Interface* instance, DISPID id, WORD flags,
+                  DISPPARAMS* params, VARIANT* result) {
+  if (result) VariantInit(result);
+  if (id < first || id - first >= static_cast<DISPID>(Size)) return DISP_E_MEMBERNOTFOUND;
+  return invoke(table[id - first], instance, flags, params, result);
 }
 
 bool name_eq(const wchar_t* a, const wchar_t* b);  // letter case does not count

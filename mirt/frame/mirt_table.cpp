@@ -127,9 +127,7 @@ MEMBERID MirtTypeInfo::find_member(const wchar_t* name) const {
 
 HRESULT MirtTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO*,
                              UINT*) {
-  if (result) VariantInit(result);
   auto* page = static_cast<IMirt*>(instance);
   if (id >= kFirstUtilityMember) return invoke_utility_like(page, id, flags, params, result);
-  const Member<IMirt>* member = find(kMembers, kFirst, id);
-  return member ? invoke(*member, page, flags, params, result) : DISP_E_MEMBERNOTFOUND;
+  return invoke_in(kMembers, kFirst, page, id, flags, params, result);
 }

@@ -8,7 +8,7 @@ HRESULT first_success(const std::vector<CComPtr<IDispatch>>& scripts, Ask ask) {
   HRESULT hr = DISP_E_UNKNOWNNAME;
   // By index and with a reference of our own: the script asked may add another one.
   for (std::size_t i = scripts.size(); i-- > 0;) {
-    const CComPtr<IDispatch> script = scripts[i];
+    const CComPtr<IDispatch> script(scripts[i].get());
     hr = script ? ask(script) : DISP_E_UNKNOWNNAME;
     if (SUCCEEDED(hr)) return S_OK;
   }

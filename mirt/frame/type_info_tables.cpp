@@ -37,14 +37,6 @@ constexpr Member<IFormFile> kFormFile[] = {
     property<IFormFile, &IFormFile::get_Stream>(L"Stream"),
 };
 
-template <class Interface, std::size_t Size>
-HRESULT invoke_in(const Member<Interface> (&table)[Size], void* instance, DISPID id, WORD flags, DISPPARAMS* params,
-                  VARIANT* result) {
-  if (result) VariantInit(result);
-  const Member<Interface>* member = find(table, kFirst, id);
-  return member ? invoke(*member, static_cast<Interface*>(instance), flags, params, result) : DISP_E_MEMBERNOTFOUND;
-}
-
 }  // namespace
 
 MEMBERID TextTemplatorTypeInfo::find_member(const wchar_t* name) const {
@@ -52,7 +44,7 @@ MEMBERID TextTemplatorTypeInfo::find_member(const wchar_t* name) const {
 }
 HRESULT TextTemplatorTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
                                       EXCEPINFO*, UINT*) {
-  return invoke_in(kTextTemplator, instance, id, flags, params, result);
+  return invoke_in(kTextTemplator, kFirst, static_cast<ITextTemplator*>(instance), id, flags, params, result);
 }
 
 MEMBERID MirtedTemplatorTypeInfo::find_member(const wchar_t* name) const {
@@ -60,13 +52,13 @@ MEMBERID MirtedTemplatorTypeInfo::find_member(const wchar_t* name) const {
 }
 HRESULT MirtedTemplatorTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
                                         EXCEPINFO*, UINT*) {
-  return invoke_in(kMirtedTemplator, instance, id, flags, params, result);
+  return invoke_in(kMirtedTemplator, kFirst, static_cast<IMirtedTemplator*>(instance), id, flags, params, result);
 }
 
 MEMBERID FormFileTypeInfo::find_member(const wchar_t* name) const { return find_name(kFormFile, kFirst, name); }
 HRESULT FormFileTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
                                  EXCEPINFO*, UINT*) {
-  return invoke_in(kFormFile, instance, id, flags, params, result);
+  return invoke_in(kFormFile, kFirst, static_cast<IFormFile*>(instance), id, flags, params, result);
 }
 
 MEMBERID UtilityTypeInfo::find_member(const wchar_t* name) const {
@@ -74,6 +66,5 @@ MEMBERID UtilityTypeInfo::find_member(const wchar_t* name) const {
 }
 HRESULT UtilityTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
                                 EXCEPINFO*, UINT*) {
-  if (result) VariantInit(result);
   return invoke_utility_like(static_cast<IUtility*>(instance), id, flags, params, result);
 }

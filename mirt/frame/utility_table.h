@@ -31,8 +31,7 @@ inline constexpr Member<I> kUtilityMembers[] = {
 
 template <class I>
 HRESULT invoke_utility_like(I* instance, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result) {
-  const Member<I>* member = find(kUtilityMembers<I>, kFirstUtilityMember, id);
-  return member ? invoke(*member, instance, flags, params, result) : DISP_E_MEMBERNOTFOUND;
+  return invoke_in(kUtilityMembers<I>, kFirstUtilityMember, instance, id, flags, params, result);
 }
 
 }  // namespace mirt::dispatch

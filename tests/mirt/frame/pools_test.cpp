@@ -12,14 +12,37 @@
 #include "support/late_bound.h"
 
 namespace {
-bool error_objects_fail = false;
-}
 
-// In front of the runtime's, which is asked as long as nothing fails.
+enum class ErrorObjects { kOfTheHost, kNone, kWriteOnly };
+ErrorObjects error_objects = ErrorObjects::kOfTheHost;
+
+// Takes text and shows it to nobody.
+class WriteOnlyError final : public ICreateErrorInfo {
+ public:
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    return korlib::query_list<ICreateErrorInfo, IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return ++references; }
+  ULONG Release() override { return --references; }
+  HRESULT SetGUID(REFGUID) override { return S_OK; }
+  HRESULT SetSource(LPOLESTR) override { return S_OK; }
+  HRESULT SetDescription(LPOLESTR) override { return S_OK; }
+  HRESULT SetHelpFile(LPOLESTR) override { return S_OK; }
+  HRESULT SetHelpContext(DWORD) override { return S_OK; }
+  ULONG references = 0;
+};
+WriteOnlyError write_only_error;
+
+}  // namespace
+
+// In front of the runtime's, which is asked unless a test says otherwise.
 HRESULT CreateErrorInfo(ICreateErrorInfo** info) {
-  if (error_objects_fail) {
-    *info = nullptr;
-    return E_OUTOFMEMORY;
+  *info = nullptr;
+  if (error_objects == ErrorObjects::kNone) return E_OUTOFMEMORY;
+  if (error_objects == ErrorObjects::kWriteOnly) {
+    write_only_error.AddRef();
+    *info = &write_only_error;
+    return S_OK;
   }
   static const auto next = reinterpret_cast<HRESULT (*)(ICreateErrorInfo**)>(dlsym(RTLD_NEXT, "CreateErrorInfo"));
   return next(info);
@@ -177,11 +200,14 @@ TEST(RaiseErrors, LeavesSourceAndDescription) {
 }
 
 TEST(RaiseErrors, AnswersTheCodeWithoutAnErrorObject) {
-  SetErrorInfo(0, nullptr);
-  error_objects_fail = true;
-  EXPECT_EQ(E_FAIL, RaiseError(E_FAIL, L"Mirt", L"x"));
-  error_objects_fail = false;
-  EXPECT_EQ(L"", take_error().description);
+  for (const ErrorObjects kind : {ErrorObjects::kNone, ErrorObjects::kWriteOnly}) {
+    SetErrorInfo(0, nullptr);
+    error_objects = kind;
+    EXPECT_EQ(E_FAIL, RaiseError(E_FAIL, L"Mirt", L"x"));
+    error_objects = ErrorObjects::kOfTheHost;
+    EXPECT_EQ(L"", take_error().description);
+  }
+  EXPECT_EQ(0u, write_only_error.references);
 }
 
 TEST(Exceptions, BecomeCodes) {
