@@ -35,6 +35,10 @@ JSContextGroupRef create_group() {
   return JSContextGroupCreate();
 }
 
+JSValueRef do_nothing(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t, const JSValueRef*, JSValueRef*) {
+  return JSValueMakeUndefined(ctx);
+}
+
 }  // namespace
 
 ParsedScript::ParsedScript(JSContextGroupRef group, std::u16string_view text, const std::string& url) {
@@ -47,7 +51,13 @@ ParsedScript::ParsedScript(JSContextGroupRef group, std::u16string_view text, co
   message_ = to_wide(owned.view());
 }
 
-EngineState::EngineState() : group_(create_group()), previous_(t_current), classes_(make_classes()) {
+EngineState::EngineState()
+    : group_(create_group()),
+      previous_(t_current),
+      classes_(make_classes()),
+      idle_context_(JSGlobalContextCreateInGroup(group_, nullptr)),
+      idle_function_(JSObjectMakeFunctionWithCallback(idle_context_, nullptr, do_nothing)) {
+  JSValueProtect(idle_context_, idle_function_);
   prelude_ = std::make_unique<ParsedScript>(group_, kPrelude, "zelto");
   JSContextGroupSetExecutionTimeLimit(group_, kUnlimitedSeconds, &EngineState::on_time_limit, this);
   t_current = this;
@@ -57,6 +67,8 @@ EngineState::~EngineState() {
   forget_exception();
   scripts_.clear();
   prelude_.reset();
+  JSValueUnprotect(idle_context_, idle_function_);
+  JSGlobalContextRelease(idle_context_);
   JSContextGroupRelease(group_);
   release_buried();
   for (JSClassRef jsclass : {classes_.object, classes_.member, classes_.reference, classes_.opaque, classes_.helper}) {

@@ -49,6 +49,8 @@ class EngineState {
   static EngineState* current() noexcept;
 
   JSContextGroupRef group() const noexcept { return group_; }
+  // A function that does nothing and belongs to no realm.
+  JSObjectRef idle_function() const noexcept { return idle_function_; }
   bool is_own_thread() const noexcept { return std::this_thread::get_id() == thread_; }
 
   // One level of running script. The outermost starts the clock and forgets how the last page ended.
@@ -113,6 +115,8 @@ class EngineState {
   std::thread::id thread_ = std::this_thread::get_id();
   EngineState* previous_;
   Classes classes_;
+  JSGlobalContextRef idle_context_;
+  JSObjectRef idle_function_;
   std::unique_ptr<ParsedScript> prelude_;
   std::chrono::milliseconds limit_{0};
   std::chrono::steady_clock::time_point start_;

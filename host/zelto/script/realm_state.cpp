@@ -54,6 +54,8 @@ RealmState::~RealmState() {
   for (JSObjectRef function : {make_error_, make_array_}) {
     if (function) JSValueUnprotect(context_, function);
   }
+  // The engine never lets go of this callback: a function of this realm would keep all of it in memory.
+  JSGlobalContextSetUnhandledRejectionCallback(context_, engine_.idle_function(), nullptr);
   engine_.remove_realm(this);
   JSGlobalContextRelease(context_);
 }

@@ -1,0 +1,36 @@
+// What is left of a page's realm once the page has ended.
+#include <algorithm>
+
+#include "script/engine_state.h"
+#include "script/realm_state.h"
+#include "zelto/script/script_test.h"
+
+extern "C" JS_EXPORT void JSSynchronousGarbageCollectForDebugging(JSContextRef ctx);
+
+namespace test {
+namespace {
+
+using RealmMemory = ScriptTest;
+
+// The process grew by a whole global object with every page.
+TEST_F(RealmMemory, IsFreeOnceThePageHasEnded) {
+  constexpr std::size_t kPages = 50;
+  zelto::script::EngineState& state = engine.state();
+  const auto program = zelto::script::compile(L"function f() { return 1; } Promise.resolve().then(f);", "/page.asp");
+  std::vector<JSWeakRef> globals;
+  for (std::size_t i = 0; i < kPages; ++i) {
+    zelto::script::RealmState page_realm(state);
+    EXPECT_EQ(page_realm.run(program).kind, zelto::script::Outcome::completed);
+    globals.push_back(JSWeakCreate(state.group(), page_realm.global_object()));
+  }
+  JSGlobalContextRef context = JSGlobalContextCreateInGroup(state.group(), nullptr);
+  JSSynchronousGarbageCollectForDebugging(context);
+  // The collector takes whatever it finds on the stack for a reference, so a few may be left.
+  const auto alive = std::ranges::count_if(globals, [](JSWeakRef weak) { return JSWeakGetObject(weak) != nullptr; });
+  EXPECT_LT(alive, 10);
+  for (JSWeakRef weak : globals) JSWeakRelease(state.group(), weak);
+  JSGlobalContextRelease(context);
+}
+
+}  // namespace
+}  // namespace test
