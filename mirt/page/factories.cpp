@@ -1,4 +1,4 @@
-// The objects that a page makes for its script, and arrays of request values.
+// The objects that a page makes for its script.
 #include <korlib/activation.h>
 #include <korlib/dbcommand.h>
 
@@ -8,28 +8,8 @@
 namespace {
 
 using Self = GIMirtImpl<IMirt>;
-using ZeltoTypeLibrary::IStringList;
 
 }  // namespace
-
-STDMETHODIMP Self::ToArray(IDispatch* collection, SAFEARRAY** array) {
-  if (!array) return E_POINTER;
-  if (!collection) return E_POINTER;
-  CComPtr<IStringList> list;
-  RETURN_IF_FAILED(collection->QueryInterface(korlib::iid_of<IStringList>, list.put_void()));
-  int count = 0;
-  // Without a count there is no array, and that is no failure.
-  if (FAILED(list->get_Count(&count)) || count < 0) return S_OK;
-  CComSafeArray values(VT_VARIANT, static_cast<ULONG>(count));
-  if (!values) return E_OUTOFMEMORY;
-  for (LONG i = 0; i < count; ++i) {
-    CComVariant value;
-    // An item that cannot be read stays empty.
-    if (SUCCEEDED(list->get_Item(korlib::long_variant(i + 1), &value))) VariantCopy(&values.data<VARIANT>()[i], &value);
-  }
-  *array = values.detach();
-  return S_OK;
-}
 
 STDMETHODIMP Self::NewADOCommand(VARIANT* connection, BSTR text, LONG type, IDispatch** command) {
   if (!command) return E_POINTER;

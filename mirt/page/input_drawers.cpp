@@ -69,6 +69,12 @@ bool any_element_is(SAFEARRAY* array, std::wstring_view input) {
 struct ItemNames {
   std::wstring_view name, value;
 };
+constexpr ItemNames kItemNames[] = {
+    // one for each Source
+    {L"_Input_Name", L"_Input_Value"},
+    {L"_InputV_Name", L"_InputV_Value"},
+    {L"_InputP_Name", L"_InputP_Value"},
+};
 
 }  // namespace
 
@@ -106,16 +112,6 @@ HRESULT Self::is_bound(Source source, BSTR name, std::wstring_view input, bool* 
   *matches = korlib::view_of(text.bstrVal) == input;
   return S_OK;
 }
-
-namespace {
-
-constexpr ItemNames kItemNames[] = {
-    {L"_Input_Name", L"_Input_Value"},
-    {L"_InputV_Name", L"_InputV_Value"},
-    {L"_InputP_Name", L"_InputP_Value"},
-};
-
-}  // namespace
 
 // name, value, text if it is the bound one, text if not
 HRESULT Self::draw_input_default(Source source, const MarkParams& params) {

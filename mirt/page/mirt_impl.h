@@ -1,9 +1,10 @@
 // GIMirtImpl: the page controller.
 //
 // The members of its interface are told in mirt/mirt.h. This class keeps the state and the order of
-// things; the bodies lie beside it, one file a noun: properties.cpp, steps.cpp, mark_dispatch.cpp,
-// value_marks.cpp, draw_events.cpp, input_drawers.cpp, messages.cpp, template_files.cpp, output.cpp,
-// links.cpp, request.cpp, put_into.cpp, factories.cpp.
+// things; the bodies lie beside it, one file a noun: properties.cpp, scripts.cpp, steps.cpp,
+// dictionaries.cpp, session_state.cpp, request.cpp, put_into.cpp, mark_dispatch.cpp, value_marks.cpp,
+// draw_events.cpp, input_drawers.cpp, messages.cpp, template_files.cpp, output.cpp, links.cpp,
+// factories.cpp.
 //
 // A script function that is called from here may call back into any member, change any property, run
 // Process again, or give up the last reference to the controller. Members therefore hold themselves and
@@ -123,17 +124,22 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
     Source source;
   };
 
-  // steps.cpp
+  // dictionaries.cpp
   HRESULT make_dictionaries();
+
+  // session_state.cpp
+  bool has_state() const;
   HRESULT bind_session();
   HRESULT start_session();
-  HRESULT read_command();
+  HRESULT end_session(bool& go_on);
+  CComPtr<IMirtSession> session_state() const;
+  HRESULT get_session_bag(CComPtr<IKorLibDictionary>* bag);
+  HRESULT command_field(CComBSTR* name);
 
   // request.cpp
   HRESULT InitMultipartForm();
   HRESULT server_variable(const wchar_t* name, CComVariant* text);
-  HRESULT get_session_bag(CComPtr<IKorLibDictionary>* bag);
-  HRESULT command_field(CComBSTR* name);
+  HRESULT read_command();
 
   // put_into.cpp
   HRESULT put_field(ZeltoTypeLibrary::IRequestDictionary* fields, IKorLibDictionary* target, BSTR name, bool as_array);
@@ -154,7 +160,7 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   HRESULT OnMarked_Command(CMarkData& mark, VARIANT_BOOL encode);
   HRESULT OnMarked_ChildStatic(CMarkData& mark);
   HRESULT OnMarked_ChildDynamic(CMarkData& mark);
-  HRESULT write_value(VARIANT* value, const MarkParams* path, VARIANT_BOOL encode);
+  HRESULT write_value(VARIANT* value, const CMarkData& mark, VARIANT_BOOL encode);
 
   // draw_events.cpp
   HRESULT OnMarked_Process(CMarkData& mark);
@@ -174,7 +180,7 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   HRESULT draw_message_text(Source source, const MarkParams& params);
 
   // template_files.cpp
-  HRESULT draw_file(BSTR name);
+  HRESULT Draw(BSTR name);
   HRESULT draw_instead_of(std::wstring_view path);
   HRESULT draw_text(const CComBSTR& path, BSTR text);
   HRESULT draw_cached(const CComBSTR& path, BSTR text);

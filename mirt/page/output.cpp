@@ -1,4 +1,4 @@
-// Text to the output, headers and log lines to the host, and events by name.
+// Text to the output, headers and log lines to the host.
 #include "frame/error.h"
 #include "page/mirt_impl.h"
 #include "page/text.h"
@@ -6,7 +6,6 @@
 namespace {
 
 using Self = GIMirtImpl<IMirt>;
-using ZeltoTypeLibrary::IVariantDictionary;
 
 }  // namespace
 
@@ -39,28 +38,4 @@ STDMETHODIMP Self::AddLog(BSTR first, BSTR second) {
   if (!asp_.response) return E_FAIL;
   const CComBSTR line = page::join({L"[", korlib::view_of(first), L":", korlib::view_of(second), L"]"});
   return line ? asp_.response->AppendToLog(line) : E_OUTOFMEMORY;
-}
-
-STDMETHODIMP Self::Abandon() {
-  if (!asp_.session) return E_FAIL;
-  CComPtr<IVariantDictionary> contents;
-  RETURN_IF_FAILED(asp_.session->get_Contents(contents.put()));
-  if (!contents) return E_FAIL;
-  RETURN_IF_FAILED(contents->Remove(korlib::borrowed(name_.get())));
-  return S_OK;
-}
-
-STDMETHODIMP Self::FireEvent(BSTR name, VARIANT* argument, VARIANT* result, VARIANT_BOOL* exists) try {
-  if (!exists) return E_POINTER;
-  *exists = VARIANT_FALSE;
-  const CComPtr<IDispatch> alive(owner_);
-  CEvent event;
-  const HRESULT found = handler_.GetEvent(name ? name : L"", event);
-  if (found == DISP_E_UNKNOWNNAME) return S_OK;
-  RETURN_IF_FAILED(found);
-  *exists = VARIANT_TRUE;
-  RETURN_IF_FAILED(event.Fire(alive.get(), argument));
-  return result ? VariantCopy(result, &event.result) : S_OK;
-} catch (...) {
-  return mirt::hresult_from_exception();
 }

@@ -51,24 +51,6 @@ HRESULT Self::InContext(IGetContextProperties* context) {
   return CTemplatorConcept::putref_Output(output.get());
 }
 
-STDMETHODIMP Self::AddScript(IDispatch* script) try {
-  handler_.add(script);
-  return S_OK;
-} catch (...) {
-  return mirt::hresult_from_exception();
-}
-
-STDMETHODIMP Self::putref_Script(IDispatch* script) { return AddScript(script); }
-
-STDMETHODIMP Self::get_Script(IDispatch** script) {
-  if (!script) return E_POINTER;
-  IDispatch* last = handler_.last();
-  if (!last) return S_OK;
-  last->AddRef();
-  *script = last;
-  return S_OK;
-}
-
 STDMETHODIMP Self::putref_Output(IUnknown* sink) { return CTemplatorConcept::putref_Output(sink); }
 
 STDMETHODIMP Self::get_Output(IUnknown** sink) {

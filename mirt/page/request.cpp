@@ -1,14 +1,15 @@
-// The dictionaries that a script sees, and the submitted fields.
+// The request of a page: its submitted fields, and the command among them.
 #include <korlib/comvariant.h>
 
-#include "frame/error.h"
 #include "page/mirt_impl.h"
+#include "page/text.h"
 #include "upload/intake.h"
 
 namespace {
 
 using Self = GIMirtImpl<IMirt>;
 using ZeltoTypeLibrary::IRequestDictionary;
+using ZeltoTypeLibrary::IStringList;
 
 constexpr std::wstring_view kFormType = L"application/x-www-form-urlencoded";
 
@@ -17,26 +18,6 @@ HRESULT hand_out(const CComPtr<IRequestDictionary>& fields, IDispatch** out) {
 }
 
 }  // namespace
-
-STDMETHODIMP Self::get_Bag(IDispatch** bag) {
-  if (!bag) return E_POINTER;
-  *bag = nullptr;
-  CComPtr<IKorLibDictionary> held;
-  RETURN_IF_FAILED(get_session_bag(&held));
-  return held.query(bag);
-}
-
-STDMETHODIMP Self::get_View(IDispatch** view) {
-  if (!view) return E_INVALIDARG;
-  *view = nullptr;
-  return view_ ? view_.query(view) : E_FAIL;
-}
-
-STDMETHODIMP Self::get_Include(IDispatch** include) {
-  if (!include) return E_POINTER;
-  *include = nullptr;
-  return include_ ? include_.query(include) : S_OK;
-}
 
 STDMETHODIMP Self::get_Request(IDispatch** request) {
   if (!request) return E_POINTER;
@@ -68,24 +49,38 @@ HRESULT Self::server_variable(const wchar_t* name, CComVariant* text) {
   return text->change_type(VT_BSTR);
 }
 
-// Null, with success, never: a session whose dictionary could not be made fails here.
-HRESULT Self::get_session_bag(CComPtr<IKorLibDictionary>* bag) {
-  // Until Process has bound a session there is none to ask, which a script hears in the same words.
-  const CComPtr<IMirtSession> session = session_ ? session_ : CComPtr<IMirtSession>(&g_oMirtSessionNull);
-  RETURN_IF_FAILED(session->get_Bag(bag->put()));
-  return *bag ? S_OK : E_FAIL;
-}
-
-// The request field that carries the command.
-HRESULT Self::command_field(CComBSTR* name) {
-  if (backable_) {
-    *name = command_name_;
-    return S_OK;
-  }
-  const CComPtr<IMirtSession> session = session_ ? session_ : CComPtr<IMirtSession>(&g_oMirtSessionNull);
-  return session->GetCommandName(name->put());
+HRESULT Self::read_command() {
+  CComPtr<IDispatch> request;
+  RETURN_IF_FAILED(get_Request(request.put()));
+  CComPtr<IRequestDictionary> fields;
+  RETURN_IF_FAILED(request.query(fields.put()));
+  CComBSTR field;
+  RETURN_IF_FAILED(command_field(&field));
+  CComVariant value;
+  RETURN_IF_FAILED(fields->get_Item(korlib::borrowed(field.get()), &value));
+  RETURN_IF_FAILED(value.change_type(VT_BSTR));
+  command_ = page::copy_of(value.bstrVal);
+  return S_OK;
 }
 
 HRESULT Self::InitMultipartForm() {
   return read_multipart_form(asp_.request.get(), asp_.response.get(), &multipart_form_);
+}
+
+STDMETHODIMP Self::ToArray(IDispatch* collection, SAFEARRAY** array) {
+  if (!array || !collection) return E_POINTER;
+  CComPtr<IStringList> list;
+  RETURN_IF_FAILED(collection->QueryInterface(korlib::iid_of<IStringList>, list.put_void()));
+  int count = 0;
+  // Without a count there is no array, and that is no failure.
+  if (FAILED(list->get_Count(&count)) || count < 0) return S_OK;
+  CComSafeArray values(VT_VARIANT, static_cast<ULONG>(count));
+  if (!values) return E_OUTOFMEMORY;
+  for (LONG i = 0; i < count; ++i) {
+    CComVariant value;
+    // An item that cannot be read stays empty.
+    if (SUCCEEDED(list->get_Item(korlib::long_variant(i + 1), &value))) VariantCopy(&values.data<VARIANT>()[i], &value);
+  }
+  *array = values.detach();
+  return S_OK;
 }

@@ -46,19 +46,19 @@ class TemplateRef {
 
 STDMETHODIMP Self::DrawTemplate(BSTR name) try {
   const CComPtr<IDispatch> alive(owner_);
-  return draw_file(name);
+  return Draw(name);
 } catch (...) {
   return mirt::hresult_from_exception();
 }
 
-HRESULT Self::draw_file(BSTR name) {
+HRESULT Self::Draw(BSTR name) {
   const TakenPath current(current_template_path_);
   const CComBSTR composed =
       page::compose_path(current.view(), template_folder_.view(), korlib::view_of(name), template_ext_.view());
   CComBSTR canonical;
-  if (!composed || FAILED(page::canonicalize(composed.view(), canonical)))
+  if (!composed || FAILED(page::ConvertToCanonicalizedPath(composed.view(), canonical)))
     return page::raise({L"Template file path is invalid.[", composed.view(), L"]"});
-  if (!page::is_permitted(canonical.view(), template_permission_path_.view(), template_folder_.view()))
+  if (!page::CanPathObtain(canonical.view(), template_permission_path_.view(), template_folder_.view()))
     return page::raise({L"Template file can't obtain.[", canonical.view(), L"]"});
   CComBSTR text;
   const CComBSTR charset = template_charset_;

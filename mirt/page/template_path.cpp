@@ -31,7 +31,7 @@ CComBSTR compose_path(std::wstring_view current, std::wstring_view folder, std::
   return join({folder, needs_separator ? L"\\" : L"", name, extension});
 }
 
-HRESULT canonicalize(std::wstring_view path, CComBSTR& out) {
+HRESULT ConvertToCanonicalizedPath(std::wstring_view path, CComBSTR& out) {
   // The file system would end the path at a NUL, and the extension behind it would be lost.
   if (path.find(L'\0') != std::wstring_view::npos) return E_FAIL;
   std::wstring source(path);
@@ -43,11 +43,12 @@ HRESULT canonicalize(std::wstring_view path, CComBSTR& out) {
   return out ? S_OK : E_OUTOFMEMORY;
 }
 
-bool is_permitted(std::wstring_view path, std::wstring_view permitted, std::wstring_view folder) {
+bool CanPathObtain(std::wstring_view path, std::wstring_view permitted, std::wstring_view folder) {
   const std::wstring_view base = permitted.empty() ? folder : permitted;
   if (base.empty()) return false;
   CComBSTR canonical;
-  std::wstring prefix(SUCCEEDED(canonicalize(base, canonical)) && !canonical.empty() ? canonical.view() : base);
+  std::wstring prefix(SUCCEEDED(ConvertToCanonicalizedPath(base, canonical)) && !canonical.empty() ? canonical.view()
+                                                                                                   : base);
   if (prefix.back() != L'\\') prefix += L'\\';
   if (path.size() < prefix.size()) return false;
   return _wcsnicmp(std::wstring(path).c_str(), prefix.c_str(), prefix.size()) == 0;

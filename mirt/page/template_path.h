@@ -17,9 +17,9 @@ CComBSTR compose_path(std::wstring_view current, std::wstring_view folder, std::
                       std::wstring_view extension);
 
 // Appends the path without "." and ".." to `out`. E_FAIL, without a message, when that cannot be told.
-HRESULT canonicalize(std::wstring_view path, CComBSTR& out);
+HRESULT ConvertToCanonicalizedPath(std::wstring_view path, CComBSTR& out);
 
 // Whether a canonical path lies inside `permitted`, or else inside `folder`; with neither, nothing does.
-bool is_permitted(std::wstring_view path, std::wstring_view permitted, std::wstring_view folder);
+bool CanPathObtain(std::wstring_view path, std::wstring_view permitted, std::wstring_view folder);
 
 }  // namespace page

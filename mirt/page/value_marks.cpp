@@ -36,6 +36,14 @@ bool find_in_request(IRequest* request, IRequestDictionary* multipart, BSTR name
          find_in(request, &IRequest::get_ClientCertificate, name, value);
 }
 
+// A named value of the host's Session or Application, where the page has that.
+template <class Values>
+HRESULT read_value(const CComPtr<Values>& values, const CMarkData& mark, CComVariant* value) {
+  if (!values) return E_FAIL;
+  const CComBSTR name = bstr_of(mark.Name);
+  return values->get_Value(name, value->put());
+}
+
 HRESULT read_item(const CComPtr<IKorLibDictionary>& dictionary, const CMarkData& mark, CComVariant* value) {
   if (!dictionary) return E_FAIL;
   const CComBSTR key = bstr_of(mark.Name);
@@ -44,8 +52,8 @@ HRESULT read_item(const CComPtr<IKorLibDictionary>& dictionary, const CMarkData&
 
 }  // namespace
 
-HRESULT Self::write_value(VARIANT* value, const MarkParams* path, VARIANT_BOOL encode) {
-  RETURN_IF_FAILED(ChangeToBSTR(value, path, null_is_empty_));
+HRESULT Self::write_value(VARIANT* value, const CMarkData& mark, VARIANT_BOOL encode) {
+  RETURN_IF_FAILED(ChangeToBSTR(value, &mark.Params, null_is_empty_));
   return Write(value->bstrVal, encode);
 }
 
@@ -62,23 +70,19 @@ HRESULT Self::OnMarked_View(CMarkData& mark, VARIANT_BOOL encode) {
   const CComPtr<IKorLibDictionary> view = view_;
   CComVariant value;
   RETURN_IF_FAILED(read_item(view, mark, &value));
-  return write_value(&value, &mark.Params, encode);
+  return write_value(&value, mark, encode);
 }
 
 HRESULT Self::OnMarked_Session(CMarkData& mark, VARIANT_BOOL encode) {
-  if (!asp_.session) return E_FAIL;
-  const CComBSTR name = bstr_of(mark.Name);
   CComVariant value;
-  RETURN_IF_FAILED(asp_.session->get_Value(name, &value));
-  return write_value(&value, &mark.Params, encode);
+  RETURN_IF_FAILED(read_value(asp_.session, mark, &value));
+  return write_value(&value, mark, encode);
 }
 
 HRESULT Self::OnMarked_Application(CMarkData& mark, VARIANT_BOOL encode) {
-  if (!asp_.application) return E_FAIL;
-  const CComBSTR name = bstr_of(mark.Name);
   CComVariant value;
-  RETURN_IF_FAILED(asp_.application->get_Value(name, &value));
-  return write_value(&value, &mark.Params, encode);
+  RETURN_IF_FAILED(read_value(asp_.application, mark, &value));
+  return write_value(&value, mark, encode);
 }
 
 HRESULT Self::OnMarked_Bag(CMarkData& mark, VARIANT_BOOL encode) {
@@ -86,7 +90,7 @@ HRESULT Self::OnMarked_Bag(CMarkData& mark, VARIANT_BOOL encode) {
   RETURN_IF_FAILED(get_session_bag(&bag));
   CComVariant value;
   RETURN_IF_FAILED(read_item(bag, mark, &value));
-  return write_value(&value, &mark.Params, encode);
+  return write_value(&value, mark, encode);
 }
 
 HRESULT Self::OnMarked_Request(CMarkData& mark, VARIANT_BOOL encode) {
@@ -96,7 +100,7 @@ HRESULT Self::OnMarked_Request(CMarkData& mark, VARIANT_BOOL encode) {
   CComVariant value;
   // A field that was not submitted shows as nothing.
   if (!find_in_request(asp_.request.get(), multipart.get(), name, &value)) return S_OK;
-  return write_value(&value, &mark.Params, encode);
+  return write_value(&value, mark, encode);
 }
 
 HRESULT Self::OnMarked_Command(CMarkData& mark, VARIANT_BOOL encode) {

@@ -82,18 +82,18 @@ TEST(TemplatePath, IsPermittedBelowItsBaseInAnyCase) {
       {L"\\nowhere\\a", L"", L"/nowhere\\", true},
   };
   for (const auto& row : cases)
-    EXPECT_EQ(row.allowed, page::is_permitted(row.path, row.permitted, row.folder))
+    EXPECT_EQ(row.allowed, page::CanPathObtain(row.path, row.permitted, row.folder))
         << testing::PrintToString(std::wstring(row.path));
 }
 
 TEST(TemplatePath, RefusesANulInAPath) {
   CComBSTR out;
-  EXPECT_EQ(S_OK, page::canonicalize(L"/", out));
+  EXPECT_EQ(S_OK, page::ConvertToCanonicalizedPath(L"/", out));
   EXPECT_EQ(L"/", out.view());
-  EXPECT_EQ(E_FAIL, page::canonicalize({L"/\0.html", 7}, out));
-  EXPECT_EQ(E_FAIL, page::canonicalize(L"/no such folder/no such file", out));
+  EXPECT_EQ(E_FAIL, page::ConvertToCanonicalizedPath({L"/\0.html", 7}, out));
+  EXPECT_EQ(E_FAIL, page::ConvertToCanonicalizedPath(L"/no such folder/no such file", out));
   EXPECT_EQ(L"/", out.view());
-  EXPECT_EQ(E_FAIL, page::canonicalize(std::wstring(5000, L'a'), out));
+  EXPECT_EQ(E_FAIL, page::ConvertToCanonicalizedPath(std::wstring(5000, L'a'), out));
 }
 
 TEST(MessageStore, KeepsCopiesInOrderUnderExactKeys) {
