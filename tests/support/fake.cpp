@@ -126,9 +126,11 @@ HRESULT FakeScript::GetTypeInfo(UINT, LCID, ITypeInfo** info) {
   return E_NOTIMPL;
 }
 
-HRESULT FakeScript::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) {
+HRESULT FakeScript::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID lcid, DISPID* ids) {
   EXPECT_EQ(IID_NULL, riid);
+  EXPECT_EQ(LOCALE_SYSTEM_DEFAULT, lcid);
   for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
+  asked_.emplace_back(names[0]);
   if (!*names[0]) return DISP_E_UNKNOWNNAME;
   ids[0] = find(names[0]);
   if (ids[0] == DISPID_UNKNOWN && accepts_new_names_) {

@@ -49,10 +49,14 @@ class FakeScript final : public IDispatch {
   void accept_new_names() { accepts_new_names_ = true; }
   void remove(const std::wstring& name);
 
-  const CComVariant& current(const std::wstring& name) const;  // of a value; empty for none
-  const std::vector<Call>& calls() const { return calls_; }    // of functions, and writes
-  std::vector<std::wstring> called() const;                    // their names
-  void forget_calls() { calls_.clear(); }
+  const CComVariant& current(const std::wstring& name) const;        // of a value; empty for none
+  const std::vector<Call>& calls() const { return calls_; }          // of functions, and writes
+  std::vector<std::wstring> called() const;                          // their names
+  const std::vector<std::wstring>& asked() const { return asked_; }  // names that were looked up, known or not
+  void forget_calls() {
+    calls_.clear();
+    asked_.clear();
+  }
   ULONG references() const { return references_; }
   static int alive();  // objects of this class that have not gone
 
@@ -84,6 +88,7 @@ class FakeScript final : public IDispatch {
   bool accepts_new_names_ = false;
   std::vector<Member> members_;  // the identifier of members_[i] is i; members_[0] is the default member
   std::vector<Call> calls_;
+  std::vector<std::wstring> asked_;
 };
 
 }  // namespace test
