@@ -146,6 +146,10 @@ HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, db
   if (FAILED(db::from_variant(value, parameter.kind, parameter.value))) {
     return raise(kInvalidConversion, kSource, which + L": the value does not fit the parameter's type.");
   }
+  const auto* text = std::get_if<std::wstring>(&parameter.value);
+  if (text && text->find(L'\0') != std::wstring::npos) {  // drivers would cut it there and say nothing
+    return raise(kInvalidConversion, kSource, which + L": the text holds a NUL character.");
+  }
   if (parameter.size > 0 && is_too_long(parameter.value, parameter.size)) {
     return raise(kInvalidConversion, kSource, which + L": the value is longer than the parameter's Size.");
   }

@@ -44,6 +44,9 @@ class Statement {
   Value read(unsigned short number, const Column& column);
   Value read_text(unsigned short number);
   Value read_bytes(unsigned short number);
+  // False for NULL.
+  template <class Unit>
+  bool read_long(unsigned short number, short c_type, std::basic_string<Unit>& value);
   template <class Raw>
   bool read_fixed(unsigned short number, short c_type, Raw& raw);
   Value read_moment(unsigned short number, Kind kind);

@@ -2,6 +2,9 @@
 #include <sql.h>
 #include <sqlext.h>
 
+#include <algorithm>
+#include <iterator>
+#include <memory>
 #include <new>
 
 #include "classes/unicode.h"
@@ -11,7 +14,7 @@
 namespace korlib::db {
 namespace {
 
-constexpr std::size_t kMostBytes = 0x7FFFFF00;
+constexpr std::size_t kMostBytes = 0x7FFFFF00;  // of a string or an array
 
 }  // namespace
 
@@ -22,23 +25,37 @@ bool Statement::read_fixed(unsigned short number, short c_type, Raw& raw) {
   return indicator != SQL_NULL_DATA;
 }
 
-Value Statement::read_text(unsigned short number) {
-  std::u16string units;
-  SQLWCHAR piece[2048];
-  constexpr std::size_t kRoom = std::size(piece) - 1;  // a NUL follows
+// In pieces, each larger than the last: some drivers convert the whole value anew for every piece.
+template <class Unit>
+bool Statement::read_long(unsigned short number, short c_type, std::basic_string<Unit>& value) {
+  constexpr std::size_t kLargest = 16'777'216 / sizeof(Unit);
+  constexpr std::size_t kMost = sizeof(Unit) == 1 ? kMostBytes : kMostBytes / sizeof(wchar_t);
+  const std::size_t behind = c_type == SQL_C_WCHAR ? 1 : 0;  // a NUL follows text
+  Unit first[4096 / sizeof(Unit)];
+  std::unique_ptr<Unit[]> larger;
+  Unit* piece = first;
+  std::size_t room = std::size(first);
   for (;;) {
     SQLLEN indicator = 0;
     const SQLRETURN result =
-        SQLGetData(handle_, number, SQL_C_WCHAR, piece, static_cast<SQLLEN>(sizeof piece), &indicator);
-    if (result == SQL_NO_DATA) break;
+        SQLGetData(handle_, number, c_type, piece, static_cast<SQLLEN>(room * sizeof(Unit)), &indicator);
+    if (result == SQL_NO_DATA) return true;
     check(result);
-    if (indicator == SQL_NULL_DATA) return {};
-    const bool is_cut = indicator == SQL_NO_TOTAL || static_cast<std::size_t>(indicator) / sizeof(SQLWCHAR) > kRoom;
-    const std::size_t count = is_cut ? kRoom : static_cast<std::size_t>(indicator) / sizeof(SQLWCHAR);
-    if (units.size() + count > kMostBytes / sizeof(wchar_t)) throw std::bad_alloc();
-    units.append(reinterpret_cast<const char16_t*>(piece), count);
-    if (result == SQL_SUCCESS) break;
+    if (indicator == SQL_NULL_DATA) return false;
+    const bool is_cut = indicator == SQL_NO_TOTAL || static_cast<std::size_t>(indicator) / sizeof(Unit) > room - behind;
+    const std::size_t count = is_cut ? room - behind : static_cast<std::size_t>(indicator) / sizeof(Unit);
+    if (count > kMost - value.size()) throw std::bad_alloc();
+    value.append(piece, count);
+    if (result == SQL_SUCCESS) return true;
+    room = std::min(room * 4, kLargest);
+    larger = std::make_unique_for_overwrite<Unit[]>(room);
+    piece = larger.get();
   }
+}
+
+Value Statement::read_text(unsigned short number) {
+  std::u16string units;
+  if (!read_long(number, SQL_C_WCHAR, units)) return {};
   std::wstring text;
   append_utf16(text, units);
   return text;
@@ -46,19 +63,7 @@ Value Statement::read_text(unsigned short number) {
 
 Value Statement::read_bytes(unsigned short number) {
   Bytes bytes;
-  char piece[8192];
-  for (;;) {
-    SQLLEN indicator = 0;
-    const SQLRETURN result = SQLGetData(handle_, number, SQL_C_BINARY, piece, SQLLEN{sizeof piece}, &indicator);
-    if (result == SQL_NO_DATA) break;
-    check(result);
-    if (indicator == SQL_NULL_DATA) return {};
-    const bool is_cut = indicator == SQL_NO_TOTAL || static_cast<std::size_t>(indicator) > sizeof piece;
-    const std::size_t count = is_cut ? sizeof piece : static_cast<std::size_t>(indicator);
-    if (bytes.data.size() + count > kMostBytes) throw std::bad_alloc();
-    bytes.data.append(piece, count);
-    if (result == SQL_SUCCESS) break;
-  }
+  if (!read_long(number, SQL_C_BINARY, bytes.data)) return {};
   return bytes;
 }
 

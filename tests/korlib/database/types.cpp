@@ -87,7 +87,8 @@ TEST_P(Types, WritesDatesThatReadBackTheSame) {
 TEST_P(Types, KeepsEveryCharacter) {
   execute(L"CREATE TABLE t (a TEXT)");
   for (const std::wstring text :
-       {L"", L"plain", L"'quoted'; DROP TABLE t; --", L"\u00E4\u65E5\u672C", L"\U0001F600x\U00010000", L" \t\r\n "}) {
+       {L"", L"plain", L"'quoted'; DROP TABLE t; --", L"\u00E4\u65E5\u672C", L"\U0001F600x\U00010000", L" \t\r\n ",
+        L"\uFEFF\uFFFE", L"\" ' ; -- ? $1 :a {d '2020-01-01'} \\ % _ ` \x01\x7F"}) {
     execute(L"DELETE FROM t");
     CComPtr<IDispatch> insert = command(L"INSERT INTO t VALUES (?)");
     append(insert.get(), 202, 0, CComVariant(std::wstring_view(text)));
@@ -95,6 +96,24 @@ TEST_P(Types, KeepsEveryCharacter) {
     EXPECT_EQ(text, text_of(field(execute(L"SELECT a FROM t").get(), L"A"))) << testing::PrintToString(text);
   }
   EXPECT_EQ(L"\U0001F600", std::wstring(korlib::view_of(single(L"SELECT '\U0001F600'").bstrVal)));
+}
+
+TEST_P(Types, ReplacesHalvesOfSurrogatePairs) {
+  execute(L"CREATE TABLE t (a TEXT)");
+  CComPtr<IDispatch> insert = command(L"INSERT INTO t VALUES (?)");
+  append(insert.get(), 202, 0, CComVariant(L"a\xD800z\xDC00"));
+  EXPECT_EQ(S_OK, test::call(insert.get(), L"Execute").hr);
+  EXPECT_EQ(L"a\uFFFDz\uFFFD", text_of(field(execute(L"SELECT a FROM t").get(), 0)));
+}
+
+TEST_P(Types, RefusesTextWithNul) {
+  execute(L"CREATE TABLE t (a TEXT)");
+  CComPtr<IDispatch> insert = command(L"INSERT INTO t VALUES (?)");
+  append(insert.get(), 203, 0, CComVariant(std::wstring_view(L"a\0b", 3)));
+  const test::Answer answer = test::call(insert.get(), L"Execute");
+  EXPECT_EQ(0x800A0D5Du, static_cast<std::uint32_t>(answer.hr));
+  EXPECT_EQ(L"Parameter 1: the text holds a NUL character.", answer.description);
+  EXPECT_TRUE(at_end(execute(L"SELECT a FROM t").get()));
 }
 
 TEST_P(Types, ReadsAndWritesBytes) {
@@ -112,8 +131,8 @@ TEST_P(Types, ReadsAndWritesBytes) {
 TEST_P(Types, CarriesValuesLargerThanAnyBuffer) {
   execute(std::wstring(L"CREATE TABLE t (a TEXT, b ") + bytes_type() + L")");
   std::wstring text;
-  while (text.size() < 300'000) text += L"0123456789\u00E4\u65E5\U0001F600";
-  std::vector<std::uint8_t> bytes(1'000'001);
+  while (text.size() < 5'000'000) text += L"0123456789\u00E4\u65E5\U0001F600";
+  std::vector<std::uint8_t> bytes(5'000'001);
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 31);
   CComPtr<IDispatch> insert = command(L"INSERT INTO t VALUES (?, ?)");
   append(insert.get(), 203, 0, CComVariant(std::wstring_view(text)));
