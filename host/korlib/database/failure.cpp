@@ -47,6 +47,8 @@ std::wstring Failure::text() const {
   for (const Diagnostic& one : diagnostics_) {
     if (!text.empty()) text += L'\n';
     text += one.text;
+    if (!one.is_from_driver) continue;
+    text += L" [" + one.state + L", " + std::to_wstring(one.native) + L"]";
   }
   return text;
 }
@@ -72,7 +74,7 @@ std::vector<Diagnostic> diagnostics_of(DriverText way, short handle_type, void* 
             ? SQLGetDiagRecW(handle_type, handle, number, state.wide(), &native, text.wide(), TextOut::kRoom, &length)
             : SQLGetDiagRec(handle_type, handle, number, state.bytes(), &native, text.bytes(), TextOut::kRoom, &length);
     if (!SQL_SUCCEEDED(result)) break;
-    found.push_back({state.text(kStateLength), native, text.text(length)});
+    found.push_back({state.text(kStateLength), native, text.text(length), true});
   }
   return found;
 }

@@ -13,6 +13,7 @@ struct Diagnostic {
   std::wstring state;  // SQLSTATE, five characters
   int native = 0;
   std::wstring text;  // the driver's
+  bool is_from_driver = false;
 };
 
 // Thrown by everything in this folder that talks to a driver.
@@ -23,7 +24,7 @@ class Failure : public std::exception {
   const std::vector<Diagnostic>& diagnostics() const { return diagnostics_; }
   bool has_timed_out() const { return has_timed_out_; }
   bool is_connection_lost() const;
-  std::wstring text() const;  // one line a diagnostic
+  std::wstring text() const;  // one line a diagnostic; the driver's with their SQLSTATE and native code
   // The code that scripts know this kind of failure by.
   std::int32_t code() const;
   const char* what() const noexcept override { return "the database refused"; }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "database/driver_text.h"
+#include "database/handle_count.h"
 
 namespace korlib::db {
 
@@ -54,6 +55,7 @@ class Session {
   void* environment_ = nullptr;
   void* connection_ = nullptr;
   std::set<Statement*> statements_;
+  const HandleCount count_{Handle::kConnection};
   int lock_seconds_ = -1;
   bool lets_clients_wait_ = false;
   bool is_connected_ = false;
@@ -63,10 +65,8 @@ class Session {
 
 // A session from the calling thread's pool, or a new one. Throws Failure.
 std::shared_ptr<Session> take_session(const std::wstring& connection_string, int timeout_seconds);
-// Into the calling thread's pool; a broken session is closed instead. Sessions that lie idle for a
-// minute are closed.
+// Into the calling thread's pool; a broken session is closed instead. What has lain idle for a minute is
+// closed when the thread next takes or gives back a session.
 void give_back(std::shared_ptr<Session> session) noexcept;
-// Closes the calling thread's idle sessions.
-void close_idle_sessions() noexcept;
 
 }  // namespace korlib::db

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <vector>
 
+#include <korlib_host/database.h>
+
 #include "database/session.h"
 
 namespace korlib::db {
@@ -50,6 +52,10 @@ void give_back(std::shared_ptr<Session> session) noexcept {
   }
 }
 
-void close_idle_sessions() noexcept { t_idle.clear(); }
-
 }  // namespace korlib::db
+
+namespace korlib_host {
+
+void close_idle_connections() noexcept { korlib::db::t_idle.clear(); }
+
+}  // namespace korlib_host

@@ -59,6 +59,7 @@ Statement::Statement(std::shared_ptr<Session> session, int timeout_seconds)
     : session_(std::move(session)), timeout_(timeout_seconds) {
   session_->check_connection(SQLAllocHandle(SQL_HANDLE_STMT, session_->handle(), &handle_));
   session_->statements_.insert(this);
+  count_.emplace(Handle::kStatement);
 }
 
 Statement::~Statement() { drop(); }
@@ -68,6 +69,7 @@ void Statement::drop() noexcept {
   session_->statements_.erase(this);
   SQLFreeHandle(SQL_HANDLE_STMT, handle_);
   handle_ = nullptr;
+  count_.reset();
 }
 
 void Statement::need_handle() const {

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "database/failure.h"
+#include "database/handle_count.h"
 #include "database/session.h"
 #include "database/value.h"
 
@@ -53,6 +55,7 @@ class Statement {
 
   std::shared_ptr<Session> session_;
   void* handle_ = nullptr;
+  std::optional<HandleCount> count_;
   int timeout_;
   std::vector<Column> columns_;
   std::int64_t affected_ = -1;

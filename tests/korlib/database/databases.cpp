@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include <korlib_host/database.h>
+
 namespace databases {
 namespace {
 
@@ -20,7 +22,7 @@ class Server {
     return only;
   }
 
-  ~Server() { run("pg_ctl", {"-D", data(), "-m", "immediate", "-w", "stop"}); }
+  ~Server() { stop(); }
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
@@ -28,6 +30,13 @@ class Server {
     const std::wstring socket = folder_.path().wstring();
     return L"Driver=PostgreSQL Unicode;Servername=" + socket + L";Port=5432;Username=tester;Database=postgres";
   }
+  void start() {
+    if (run("pg_ctl", {"-D", data(), "-w", "-l", (folder_.path() / "log").string(), "-o",
+                       "-c listen_addresses='' -c fsync=off -k '" + folder_.path().string() + "'", "start"}) != 0) {
+      ADD_FAILURE() << "the PostgreSQL server did not start; the package postgresql is needed";
+    }
+  }
+  void stop() const { run("pg_ctl", {"-D", data(), "-m", "immediate", "-w", "stop"}); }
   void sql(const std::string& text) const {
     EXPECT_EQ(0, run("psql", {"-h", folder_.path().string(), "-U", "tester", "-d", "postgres", "-q", "-c",
                               "SET client_min_messages = warning; " + text}))
@@ -43,16 +52,8 @@ class Server {
       if (chown(folder_.path().c_str(), user_, user ? user->pw_gid : 0) != 0) std::abort();
     }
     chmod(folder_.path().c_str(), 0755);
+    run("initdb", {"-D", data(), "-U", "tester", "-A", "trust", "-E", "UTF8", "--locale=C.UTF-8", "--no-sync"});
     start();
-  }
-
-  void start() {
-    if (run("initdb", {"-D", data(), "-U", "tester", "-A", "trust", "-E", "UTF8", "--locale=C.UTF-8", "--no-sync"}) !=
-            0 ||
-        run("pg_ctl", {"-D", data(), "-w", "-l", (folder_.path() / "log").string(), "-o",
-                       "-c listen_addresses='' -c fsync=off -k '" + folder_.path().string() + "'", "start"}) != 0) {
-      ADD_FAILURE() << "the PostgreSQL server did not start; the package postgresql is needed";
-    }
   }
 
   std::string data() const { return (folder_.path() / "data").string(); }
@@ -110,6 +111,16 @@ void cut_off_clients() {
       "backend_type = 'client backend'");
 }
 
+void cut_off_client_running(const std::string& statement) {
+  Server::instance().sql(
+      "DO $$ BEGIN LOOP PERFORM pg_terminate_backend(pid) FROM pg_stat_activity WHERE pid <> pg_backend_pid() AND "
+      "state = 'active' AND query LIKE '" +
+      statement + "%'; EXIT WHEN FOUND; PERFORM pg_stat_clear_snapshot(), pg_sleep(0.01); END LOOP; END $$");
+}
+
+void stop_server() { Server::instance().stop(); }
+void start_server() { Server::instance().start(); }
+
 CComPtr<IDispatch> create(REFCLSID clsid) {
   CComPtr<IDispatch> object;
   EXPECT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.put_void()));
@@ -119,6 +130,13 @@ CComPtr<IDispatch> create(REFCLSID clsid) {
 }  // namespace databases
 
 void Database::SetUp() { connection_ = open_another(); }
+
+void Database::TearDown() {
+  connection_.reset();
+  EXPECT_EQ(0, korlib_host::database_handles().statements);
+  korlib_host::close_idle_connections();
+  EXPECT_EQ(0, korlib_host::database_handles().connections);
+}
 
 CComPtr<IDispatch> Database::open_another() {
   CComPtr<IDispatch> opened = databases::create(CLSID_KorDBConnection);

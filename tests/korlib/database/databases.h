@@ -29,17 +29,24 @@ class Fresh {
   Kind kind_;
 };
 
-// Stops every connection to the server's databases but the caller's own.
+// Ends the server's side of every connection.
 void cut_off_clients();
+// Waits until the server runs a statement that begins so, then ends its side of that connection.
+void cut_off_client_running(const std::string& statement);
+// The server goes at once, as when its machine fails; and comes back.
+void stop_server();
+void start_server();
 
 CComPtr<IDispatch> create(REFCLSID clsid);
 
 }  // namespace databases
 
-// Cases for both kinds. The connection is open; tables are the test's own.
+// Cases for both kinds. The connection is open; tables are the test's own. Each test ends by checking that
+// it has left no driver handle open.
 class Database : public testing::TestWithParam<databases::Kind> {
  protected:
   void SetUp() override;
+  void TearDown() override;
 
   bool is_sqlite() const { return GetParam() == databases::Kind::kSqlite; }
   const std::wstring& connection_string() const { return fresh_.connection_string(); }

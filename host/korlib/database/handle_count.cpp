@@ -1,0 +1,35 @@
+#include "database/handle_count.h"
+
+#include <atomic>
+#include <cstdint>
+
+#include <korlib_host/database.h>
+
+namespace korlib::db {
+namespace {
+
+std::atomic<std::int64_t> g_connections{0};
+std::atomic<std::int64_t> g_statements{0};
+
+std::atomic<std::int64_t>& counter(Handle handle) {
+  return handle == Handle::kConnection ? g_connections : g_statements;
+}
+
+}  // namespace
+
+HandleCount::HandleCount(Handle handle) noexcept : handle_(handle) {
+  counter(handle_).fetch_add(1, std::memory_order_relaxed);
+}
+
+HandleCount::~HandleCount() { counter(handle_).fetch_sub(1, std::memory_order_relaxed); }
+
+}  // namespace korlib::db
+
+namespace korlib_host {
+
+DatabaseHandles database_handles() noexcept {
+  return {korlib::db::g_connections.load(std::memory_order_relaxed),
+          korlib::db::g_statements.load(std::memory_order_relaxed)};
+}
+
+}  // namespace korlib_host

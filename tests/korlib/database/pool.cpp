@@ -1,0 +1,153 @@
+// Which connections are used again, and which are not.
+#include <thread>
+
+#include <korlib_host/database.h>
+
+#include "korlib/database/databases.h"
+
+namespace {
+
+using test::call;
+
+class Pool : public Database {
+ protected:
+  static std::int64_t connections() { return korlib_host::database_handles().connections; }
+  void reopen() {
+    connection_.reset();
+    connection_ = open_another();
+  }
+};
+BOTH_DATABASES(Pool);
+
+TEST_P(Pool, HandsOutAConnectionAgain) {
+  execute(L"CREATE TEMPORARY TABLE mine (id INTEGER)");
+  reopen();
+  execute(L"SELECT * FROM mine");  // known to that connection alone
+  EXPECT_EQ(1, connections());
+}
+
+TEST_P(Pool, KeepsConnectionStringsApart) {
+  execute(L"CREATE TEMPORARY TABLE mine (id INTEGER)");
+  connection_.reset();
+  CComPtr<IDispatch> other = databases::create(CLSID_KorDBConnection);
+  ASSERT_EQ(S_OK, call(other.get(), L"Open", connection_string() + L";").hr);
+  EXPECT_TRUE(FAILED(call(other.get(), L"Execute", L"SELECT * FROM mine").hr));
+  EXPECT_EQ(2, connections());
+}
+
+TEST_P(Pool, KeepsThreadsApart) {
+  execute(L"CREATE TEMPORARY TABLE mine (id INTEGER)");
+  connection_.reset();
+  std::thread([this] {
+    CComPtr<IDispatch> other = open_another();
+    EXPECT_TRUE(FAILED(call(other.get(), L"Execute", L"SELECT * FROM mine").hr));
+    EXPECT_EQ(2, connections());
+    test::take_error();
+  }).join();
+  EXPECT_EQ(1, connections()) << "a thread's connections end with it";
+}
+
+TEST_P(Pool, KeepsNoMoreThanEightIdle) {
+  {
+    std::vector<CComPtr<IDispatch>> many;
+    for (int i = 0; i < 11; ++i) many.push_back(open_another());
+    EXPECT_EQ(12, connections());
+  }
+  connection_.reset();
+  EXPECT_EQ(8, connections());
+}
+
+TEST_P(Pool, ClosesOnRequest) {
+  connection_.reset();
+  EXPECT_EQ(1, connections());
+  korlib_host::close_idle_connections();
+  EXPECT_EQ(0, connections());
+}
+
+TEST_P(Pool, EndsStatementsWithTheirConnection) {
+  CComPtr<IDispatch> rows = execute(L"SELECT 1 UNION SELECT 2");
+  EXPECT_EQ(1, korlib_host::database_handles().statements);
+  call(connection(), L"Close");
+  EXPECT_EQ(0, korlib_host::database_handles().statements);
+  rows.reset();
+  connection_ = open_another();
+  execute(L"SELECT 1");
+}
+
+TEST_P(Pool, KeepsAConnectionOnWhichAStatementFailed) {
+  for (int i = 0; i < 20; ++i) EXPECT_TRUE(FAILED(call(connection(), L"Execute", L"SELECT FROM WHERE").hr));
+  EXPECT_EQ((korlib_host::DatabaseHandles{1, 0}), korlib_host::database_handles());
+  reopen();
+  execute(L"SELECT 1");
+}
+
+TEST_P(Pool, LeavesNothingOpenWhenConnectingFails) {
+  connection_.reset();
+  korlib_host::close_idle_connections();
+  for (const wchar_t* text : {L"Driver=NoSuchDriver", L"DSN=no such source", L"Driver=SQLite3;Database=/no/such/file",
+                              L"Driver=PostgreSQL Unicode;Servername=/no/such/folder;Username=x;Database=x"}) {
+    CComPtr<IDispatch> other = databases::create(CLSID_KorDBConnection);
+    const test::Answer answer = call(other.get(), L"Open", text);
+    EXPECT_TRUE(FAILED(answer.hr)) << testing::PrintToString(text);
+    EXPECT_NE(L"", answer.description);
+    EXPECT_EQ(0, connections());
+  }
+}
+
+class ServerPool : public Pool {};
+INSTANTIATE_TEST_SUITE_P(Only, ServerPool, testing::Values(databases::Kind::kPostgres), database_name);
+
+TEST_P(ServerPool, DoesNotHandOutAConnectionThatBrokeInUse) {
+  databases::cut_off_clients();
+  const test::Answer answer = call(connection(), L"Execute", L"SELECT 1");
+  EXPECT_TRUE(FAILED(answer.hr));
+  EXPECT_NE(L"", answer.description);
+  connection_.reset();
+  EXPECT_EQ(0, connections());
+  connection_ = open_another();
+  execute(L"SELECT 1");
+}
+
+TEST_P(ServerPool, DoesNotHandOutAConnectionThatBrokeWhileAStatementRan) {
+  std::thread other([] { databases::cut_off_client_running("SELECT pg_sleep"); });
+  const test::Answer answer = call(connection(), L"Execute", L"SELECT pg_sleep(3600)");
+  other.join();
+  EXPECT_TRUE(FAILED(answer.hr));
+  EXPECT_NE(L"", answer.description);
+  connection_.reset();
+  EXPECT_EQ(0, connections());
+}
+
+TEST_P(ServerPool, DoesNotHandOutAConnectionThatBrokeInATransaction) {
+  ASSERT_EQ(S_OK, call(connection(), L"BeginTrans").hr);
+  execute(L"CREATE TABLE t (id INTEGER)");
+  databases::cut_off_clients();
+  EXPECT_TRUE(FAILED(call(connection(), L"CommitTrans").hr));
+  connection_.reset();
+  EXPECT_EQ(0, connections());
+  connection_ = open_another();
+  EXPECT_TRUE(FAILED(call(connection(), L"Execute", L"SELECT * FROM t").hr)) << "it was rolled back";
+}
+
+TEST_P(ServerPool, DoesNotHandOutAConnectionThatBrokeWhileIdle) {
+  connection_.reset();
+  databases::cut_off_clients();
+  connection_ = open_another();
+  execute(L"SELECT 1");
+  EXPECT_EQ(1, connections());
+}
+
+TEST_P(ServerPool, SaysThatTheServerIsGoneAndConnectsWhenItIsBack) {
+  connection_.reset();
+  databases::stop_server();
+  CComPtr<IDispatch> other = databases::create(CLSID_KorDBConnection);
+  const test::Answer answer = call(other.get(), L"Open", connection_string());
+  EXPECT_TRUE(FAILED(answer.hr));
+  EXPECT_NE(std::wstring::npos, answer.description.find(L"[08001, ")) << testing::PrintToString(answer.description);
+  EXPECT_EQ(0, connections());
+  databases::start_server();
+  connection_ = open_another();
+  execute(L"SELECT 1");
+}
+
+}  // namespace
