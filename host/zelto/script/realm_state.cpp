@@ -35,14 +35,9 @@ RealmState::RealmState(EngineState& engine)
 }
 
 RealmState::~RealmState() {
-  release_foreign_wrappers();
   engine_.forget_exception();
   engine_.release_buried();
-  {
-    const std::lock_guard lock(graveyard_->lock);
-    graveyard_->closed = true;
-  }
-  for (const auto& [object, wrapper] : std::exchange(script_objects_, {})) wrapper->end_of_realm();
+  disconnect_wrappers();
   automation_objects_.clear();
   // Letting go of one object may let go of others, or call back for the last time.
   while (Held* held = held_) {
@@ -68,8 +63,8 @@ void RealmState::run_prelude() {
   JSValueRef made = JSObjectCallAsFunction(context_, const_cast<JSObjectRef>(function), nullptr, 2, arguments, nullptr);
   auto* functions = const_cast<JSObjectRef>(made);
   make_error_ = const_cast<JSObjectRef>(JSObjectGetPropertyAtIndex(context_, functions, 0, nullptr));
-  make_array_ = const_cast<JSObjectRef>(JSObjectGetPropertyAtIndex(context_, functions, 1, nullptr));
   JSValueProtect(context_, make_error_);
+  make_array_ = const_cast<JSObjectRef>(JSObjectGetPropertyAtIndex(context_, functions, 1, nullptr));
   JSValueProtect(context_, make_array_);
   JSObjectSetProperty(context_, global_, JsString("$zelto").get(), helper, kFixed, nullptr);
   JSObjectRef rejected = JSObjectMakeFunctionWithCallback(context_, nullptr, on_unhandled_rejection);
@@ -266,20 +261,35 @@ void RealmState::forget(AutomationObject* object) noexcept {
 CComPtr<IDispatch> RealmState::unwrap(JSObjectRef object) {
   release_foreign_wrappers();
   CComPtr<IDispatch> wrapper;
-  const auto known = script_objects_.find(object);
-  if (known != script_objects_.end() && known->second->try_add_ref()) {
+  for (auto [known, end] = script_objects_.equal_range(object); known != end; ++known) {
+    if (!known->second->try_add_ref()) continue;
     wrapper.attach(known->second);
     return wrapper;
   }
   auto* made = new ScriptObject(*this, object);
   wrapper.attach(made);
-  script_objects_[object] = made;
+  script_objects_.emplace(object, made);
   return wrapper;
 }
 
 void RealmState::forget(ScriptObject* object) noexcept {
-  const auto known = script_objects_.find(object->object());
-  if (known != script_objects_.end() && known->second == object) script_objects_.erase(known);
+  const auto [first, last] = script_objects_.equal_range(object->object());
+  const auto known = std::find_if(first, last, [&](const auto& entry) { return entry.second == object; });
+  if (known != last) script_objects_.erase(known);
+}
+
+// With the lock held: a wrapper whose last reference goes elsewhere in this moment is either still waiting
+// for the realm or finds itself disconnected.
+void RealmState::disconnect_wrappers() {
+  release_foreign_wrappers();
+  std::vector<ScriptObject*> dead;
+  {
+    const std::lock_guard lock(graveyard_->lock);
+    for (const auto& [object, wrapper] : std::exchange(script_objects_, {})) wrapper->end_of_realm();
+    dead.swap(graveyard_->dead);
+    graveyard_->closed = true;
+  }
+  for (ScriptObject* object : dead) delete object;
 }
 
 void RealmState::release_foreign_wrappers() {

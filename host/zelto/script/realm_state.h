@@ -81,7 +81,6 @@ class RealmState {
   void abandon(Held* held) noexcept;
   void forget(AutomationObject* object) noexcept;
   void forget(ScriptObject* object) noexcept;
-  void release_foreign_wrappers();
   void note_rejection(JSValueRef reason);
 
   JSValueRef property(JSObjectRef object, const JsString& name) const;
@@ -100,6 +99,8 @@ class RealmState {
   static void place_like(const ScriptError& other, ScriptError* out);
   void place(const Program& program, int line, int column, ScriptError* out) const;
   void run_prelude();
+  void disconnect_wrappers();
+  void release_foreign_wrappers();
   JSObjectRef make_error(ErrorKind kind, std::wstring_view message);
   void remember(const std::shared_ptr<const Program>& program);
 
@@ -110,7 +111,8 @@ class RealmState {
   JSObjectRef make_array_ = nullptr;
   std::shared_ptr<Graveyard> graveyard_ = std::make_shared<Graveyard>();
   std::unordered_map<IUnknown*, AutomationObject*> automation_objects_;
-  std::unordered_map<JSObjectRef, ScriptObject*> script_objects_;
+  // Several for one object when some are on their way out on other threads.
+  std::unordered_multimap<JSObjectRef, ScriptObject*> script_objects_;
   Held* held_ = nullptr;
   CComPtr<ZeltoTypeLibrary::IResponse> output_;
   CComPtr<IDispatch> server_;

@@ -1,6 +1,7 @@
 // `o(args)` on the left of an assignment: its property `v` is read by compound assignments and written by
 // all of them.
 #include "script/arguments.h"
+#include "script/rooted_values.h"
 #include "script/script_classes.h"
 
 namespace zelto::script {
@@ -9,6 +10,7 @@ namespace {
 bool is_value(JSStringRef name) { return JsString::view_of(name) == u"v"; }
 
 JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef* exception) {
+  const RootedObject root(object);  // the call may collect a reference that it was the last to need
   auto* held = held_by<Reference>(object);
   if (!held || !is_value(name)) return nullptr;
   RealmState& realm = *held->realm();
@@ -23,6 +25,7 @@ JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, 
 }
 
 bool set_property(JSContextRef, JSObjectRef object, JSStringRef name, JSValueRef value, JSValueRef* exception) {
+  const RootedObject root(object);
   auto* held = held_by<Reference>(object);
   if (!held || !is_value(name)) return false;
   RealmState& realm = *held->realm();

@@ -124,11 +124,12 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
 
 HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result) {
   const auto given = params ? std::span<const VARIANT>(params->rgvarg, params->cArgs) : std::span<const VARIANT>();
-  std::vector<JSValueRef> arguments;
+  RootedValues arguments(realm_->context(), given.size());
   JSValueRef exception = nullptr;
   for (auto argument = given.rbegin(); argument != given.rend(); ++argument) {
-    arguments.push_back(realm_->to_script(*argument, &exception));
-    if (!arguments.back()) return realm_->failure_of(exception);
+    JSValueRef value = realm_->to_script(*argument, &exception);
+    if (!value) return realm_->failure_of(exception);
+    arguments.push_back(value);
   }
   const bool puts = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
   if (id == DISPID_NEWENUM && !puts) return enumerate(result);
@@ -164,7 +165,7 @@ JSValueRef ScriptObject::read(const Name& name, JSValueRef* exception) {
   return JSObjectGetProperty(realm_->context(), object_, name.text.get(), exception);
 }
 
-HRESULT ScriptObject::put(const Name& name, const std::vector<JSValueRef>& arguments) {
+HRESULT ScriptObject::put(const Name& name, const RootedValues& arguments) {
   if (arguments.size() != 1) return DISP_E_BADPARAMCOUNT;
   JSValueRef exception = nullptr;
   if (name.is_lexical) {
@@ -176,7 +177,7 @@ HRESULT ScriptObject::put(const Name& name, const std::vector<JSValueRef>& argum
   return exception ? realm_->failure_of(exception) : S_OK;
 }
 
-HRESULT ScriptObject::call_default(WORD flags, const std::vector<JSValueRef>& arguments, VARIANT* result) {
+HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VARIANT* result) {
   JSContextRef ctx = realm_->context();
   JSValueRef exception = nullptr;
   if ((flags & DISPATCH_METHOD) && JSObjectIsFunction(ctx, object_)) return call(object_, nullptr, arguments, result);
@@ -197,8 +198,7 @@ HRESULT ScriptObject::call_default(WORD flags, const std::vector<JSValueRef>& ar
   return deliver(value, result);
 }
 
-HRESULT ScriptObject::call(JSObjectRef function, JSObjectRef self, const std::vector<JSValueRef>& arguments,
-                           VARIANT* result) {
+HRESULT ScriptObject::call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, VARIANT* result) {
   JSValueRef exception = nullptr;
   JSValueRef value =
       JSObjectCallAsFunction(realm_->context(), function, self, arguments.size(), arguments.data(), &exception);

@@ -6,11 +6,11 @@
 #include <string>
 #include <thread>
 #include <unordered_map>
-#include <vector>
 
 #include <korlib/dispatch.h>
 
 #include "script/realm_state.h"
+#include "script/rooted_values.h"
 
 namespace zelto::script {
 
@@ -62,10 +62,10 @@ class ScriptObject final : public IScriptObject {
   HRESULT check_callable() const;
   bool is_global() const { return object_ == realm_->global_object(); }
   HRESULT dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result);
-  HRESULT call_default(WORD flags, const std::vector<JSValueRef>& arguments, VARIANT* result);
+  HRESULT call_default(WORD flags, const RootedValues& arguments, VARIANT* result);
   HRESULT enumerate(VARIANT* result);
-  HRESULT put(const Name& name, const std::vector<JSValueRef>& arguments);
-  HRESULT call(JSObjectRef function, JSObjectRef self, const std::vector<JSValueRef>& arguments, VARIANT* result);
+  HRESULT put(const Name& name, const RootedValues& arguments);
+  HRESULT call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, VARIANT* result);
   HRESULT deliver(JSValueRef value, VARIANT* result);
   bool has_name(const JsString& name, bool* is_lexical);
   JSValueRef read(const Name& name, JSValueRef* exception);

@@ -1,5 +1,7 @@
 // Script objects as components see them.
+#include <atomic>
 #include <thread>
+#include <vector>
 
 #include "zelto/script/script_test.h"
 
@@ -195,6 +197,24 @@ TEST_F(ScriptObjects, AreMadeAnewAfterAReleaseElsewhere) {
     EXPECT_EQ(text(L"o.Give() === a && o.Give().n"), "4");
   }
   probe->kept.reset();
+}
+
+// The realm lets go of its wrappers while others do.
+TEST_F(ScriptObjects, AreReleasedElsewhereWhileTheirPageEnds) {
+  for (int i = 0; i < 100; ++i) {
+    std::vector<CComPtr<IDispatch>> wrappers;
+    for (int n = 0; n < 10; ++n) wrappers.push_back(object(L"{}"));
+    std::atomic<bool> go = false;
+    std::thread thread([&] {
+      go.wait(false);
+      wrappers.clear();
+    });
+    go = true;
+    go.notify_one();
+    realm.reset();
+    thread.join();
+    open_realm();
+  }
 }
 
 }  // namespace

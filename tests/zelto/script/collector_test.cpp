@@ -1,0 +1,71 @@
+// What native code holds of the script while the engine collects its garbage.
+#include "script/engine_state.h"
+#include "zelto/script/script_test.h"
+
+extern "C" JS_EXPORT void JSSynchronousGarbageCollectForDebugging(JSContextRef ctx);
+
+namespace test {
+namespace {
+
+// A script cannot be handed this object without the engine collecting everything that nobody holds.
+struct Collecting final : IDispatch {
+  explicit Collecting(JSContextRef any) : context(any) {}
+  virtual ~Collecting() = default;
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    JSSynchronousGarbageCollectForDebugging(context);
+    return korlib::query_list<IDispatch, IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return 2; }
+  ULONG Release() override { return 1; }
+  HRESULT GetTypeInfoCount(UINT* count) override {
+    *count = 0;
+    return S_OK;
+  }
+  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return DISP_E_UNKNOWNNAME; }
+  HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+    return DISP_E_MEMBERNOTFOUND;
+  }
+  JSContextRef context;
+};
+
+class Collector : public ScriptTest {
+ protected:
+  Collector() : context(JSGlobalContextCreateInGroup(engine.state().group(), nullptr)), collecting(context) {}
+  ~Collector() override {
+    realm.reset();
+    JSGlobalContextRelease(context);
+  }
+
+  // Calls the function that the script has kept in `o` with `count` values, and garbage collected between them.
+  std::string call_with(std::size_t count, const std::function<CComVariant(std::size_t)>& value) {
+    std::vector<CComVariant> reversed;
+    for (std::size_t i = 0; i < count; ++i) {
+      reversed.emplace_back(static_cast<IDispatch*>(&collecting));
+      reversed.push_back(value(count - 1 - i));
+    }
+    DISPPARAMS params{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    CComVariant result;
+    EXPECT_EQ(probe->kept.pdispVal->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &params,
+                                           &result, nullptr, nullptr),
+              S_OK);
+    return result.vt == VT_BSTR ? narrow(korlib::view_of(result.bstrVal)) : "no text";
+  }
+
+  JSGlobalContextRef context;
+  Collecting collecting;
+};
+
+std::wstring word(std::size_t i) { return L"word number " + std::to_wstring(i); }
+
+TEST_F(Collector, LeavesTheArgumentsOfACallAlone) {
+  must_run(L"o.Keep((...all) => all.filter(v => typeof v == 'string').join())");
+  for (const std::size_t count : {1U, 4U, 5U, 40U}) {
+    std::string expected;
+    for (std::size_t i = 0; i < count; ++i) expected += (i ? "," : "") + narrow(word(i));
+    EXPECT_EQ(call_with(count, [](std::size_t i) { return CComVariant(word(i)); }), expected);
+  }
+}
+
+}  // namespace
+}  // namespace test
