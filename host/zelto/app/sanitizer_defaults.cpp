@@ -18,8 +18,7 @@ extern "C" KORLIB_API const char* __lsan_default_options() { return "print_suppr
 // thread sanitizer does not see.
 extern "C" KORLIB_API const char* __tsan_default_suppressions() {
   return "called_from_lib:libjavascriptcoregtk-4.1.so\n"
-         "called_from_lib:libglib-2.0.so\n"
-         "race:libjavascriptcoregtk-4.1.so\n";
+         "called_from_lib:libglib-2.0.so\n";
 }
 
 namespace {
@@ -28,7 +27,6 @@ namespace {
 // other. Read when the engine is first used.
 [[gnu::constructor]] void keep_engine_from_signalling() {
   for (const char* option : std::array{"JSC_useConcurrentGC", "JSC_useConcurrentJIT"}) ::setenv(option, "0", 0);
-  ::setenv("JSC_usePollingTraps", "1", 0);
 }
 
 }  // namespace
