@@ -11,7 +11,8 @@
 
 namespace {
 
-std::wint_t folded(wchar_t c) { return std::towlower(static_cast<std::wint_t>(c == L'\\' ? L'/' : c)); }
+std::wint_t lower(wchar_t c) { return std::towlower(static_cast<std::wint_t>(c)); }
+bool is_slash(wchar_t c) { return c == L'/' || c == L'\\'; }
 
 }  // namespace
 
@@ -28,9 +29,10 @@ MIRT_WEAK int _wcsnicmp(const wchar_t* a, const wchar_t* b, std::size_t count) {
   if (!a || !b) return a == b ? 0 : (a ? 1 : -1);
   for (std::size_t i = 0; i < count; ++i) {
     if (!a[i] || !b[i]) return a[i] == b[i] ? 0 : (a[i] > b[i] ? 1 : -1);
-    const std::wint_t left = folded(a[i]);
-    const std::wint_t right = folded(b[i]);
-    if (left != right) return left > right ? 1 : -1;
+    const std::wint_t left = lower(a[i]);
+    const std::wint_t right = lower(b[i]);
+    if (left == right || (is_slash(a[i]) && is_slash(b[i]))) continue;
+    return left > right ? 1 : -1;
   }
   return 0;
 }

@@ -15,9 +15,11 @@ VARIANT& VARIANT::operator=(const VARIANT& source) {
 }
 
 VARIANT& VARIANT::operator=(const wchar_t* text) {
+  // The text may lie in the string that goes.
+  const BSTR copy = text ? SysAllocString(text) : nullptr;
   VariantClear(this);
   vt = VT_BSTR;
-  bstrVal = text ? SysAllocString(text) : nullptr;
+  bstrVal = copy;
   return *this;
 }
 

@@ -167,6 +167,17 @@ TEST(Variant, CopiesAnElementOverTheArrayThatHoldsIt) {
   EXPECT_EQ(korlib::view_of(v.bstrVal), L"element");
 }
 
+TEST(Variant, TakesTextThatLiesInItself) {
+  CComVariant v(L"one");
+  VARIANT& value = v;
+  value = value.bstrVal + 1;
+  ASSERT_EQ(VT_BSTR, v.vt);
+  EXPECT_STREQ(L"ne", v.bstrVal);
+  value = static_cast<const wchar_t*>(nullptr);
+  EXPECT_EQ(VT_BSTR, v.vt);
+  EXPECT_EQ(nullptr, v.bstrVal);
+}
+
 TEST(Variant, CopiesReferencesAsReferences) {
   CComVariant value(LONG{7});
   const CComVariant reference = values::reference_to(value);

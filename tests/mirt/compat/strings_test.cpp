@@ -24,12 +24,28 @@ TEST_F(StringFallbacks, WcsnicmpComparesPaths) {
     std::size_t count;
     int expected;
   } rows[] = {
-      {L"A\\b", L"a/B", 3, 0},  {L"a/B", L"A\\b", 3, 0}, {L"abc", L"ABD", 2, 0},   {L"abc", L"ABD", 3, -1},
-      {L"abd", L"ABC", 3, 1},   {L"abc", L"xyz", 0, 0},  {L"abc", L"ABC", 100, 0}, {L"ab", L"abc", 100, -1},
-      {L"abc", L"ab", 100, 1},  {L"", L"", 5, 0},        {L"", L"a", 5, -1},       {L"a", L"", 5, 1},
+      {L"A\\b", L"a/B", 3, 0},
+      {L"a/B", L"A\\b", 3, 0},
+      {L"abc", L"ABD", 2, 0},
+      {L"abc", L"ABD", 3, -1},
+      {L"abd", L"ABC", 3, 1},
+      {L"abc", L"xyz", 0, 0},
+      {L"abc", L"ABC", 100, 0},
+      {L"ab", L"abc", 100, -1},
+      {L"abc", L"ab", 100, 1},
+      {L"", L"", 5, 0},
+      {L"", L"a", 5, -1},
+      {L"a", L"", 5, 1},
       {L"B", L"a", 1, 1},  // b after a
       {L"Z", L"[", 1, 1},  // z after [: compared in lower case
-      {nullptr, nullptr, 5, 0}, {nullptr, L"a", 5, -1},  {L"a", nullptr, 5, 1},
+      // Slashes are equal to each other only: beside anything else each counts as what it is.
+      {L"\\", L"0", 1, 1},
+      {L"/", L"0", 1, -1},
+      {L"0", L"\\", 1, -1},
+      {L"\\", L"a", 1, -1},
+      {nullptr, nullptr, 5, 0},
+      {nullptr, L"a", 5, -1},
+      {L"a", nullptr, 5, 1},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(row.expected, FALLBACK(_wcsnicmp)(row.a, row.b, row.count))

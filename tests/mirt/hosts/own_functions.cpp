@@ -4,6 +4,7 @@
 #include <cwchar>
 #include <iterator>
 
+#include <korlib/activation.h>
 #include <korlib/typeinfo.h>
 #include <korlib/winapi.h>
 #include <korlib/wincrypt.h>
@@ -17,7 +18,11 @@ std::vector<std::wstring> loaded_paths;
 std::wstring module_path;
 unsigned long tick_count = 0;
 bool hashing_fails = false;
+bool mapping_fails = false;
 int calls_disabled = 0;
+std::vector<unsigned int> sleeps;
+HRESULT guid_failure = S_OK;
+std::wstring guid_text;
 
 namespace {
 
@@ -93,6 +98,21 @@ BOOL DisableThreadLibraryCalls(void*) {
   return TRUE;
 }
 
+void Sleep(unsigned int milliseconds) { test::sleeps.push_back(milliseconds); }
+
+// These two are the runtime's; a program that has its own replaces them too.
+HRESULT CoCreateGuid(GUID* guid) {
+  *guid = GUID_NULL;
+  return test::guid_failure;
+}
+
+INT StringFromGUID2(REFGUID, OLECHAR* out, INT capacity) {
+  const std::size_t length = test::guid_text.size();
+  if (length == 0 || length >= static_cast<std::size_t>(capacity)) return 0;
+  std::copy_n(test::guid_text.c_str(), length + 1, out);
+  return static_cast<INT>(length) + 1;
+}
+
 unsigned long GetTickCount() { return test::tick_count; }
 
 BOOL CryptHashData(HCRYPTHASH, const BYTE*, DWORD, DWORD) { return test::hashing_fails ? FALSE : TRUE; }
@@ -100,6 +120,7 @@ BOOL CryptHashData(HCRYPTHASH, const BYTE*, DWORD, DWORD) { return test::hashing
 // Maps "a" to two characters, so that sizes differ, and shows the flags in the first one.
 int LCMapStringW(unsigned int locale, unsigned int flags, const wchar_t* source, int source_length, wchar_t* target,
                  int target_length) {
+  if (test::mapping_fails) return 0;
   std::wstring mapped(1, flags == 0x80000000u ? L'W' : flags == LCMAP_HALFWIDTH ? L'N' : L'?');
   if (locale != 0x110000) mapped += L'?';
   for (int i = 0; i < source_length; ++i)

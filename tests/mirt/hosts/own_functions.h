@@ -24,9 +24,13 @@ extern ITypeLib* own_library;
 extern ITypeLib* host_library;
 extern std::vector<std::wstring> loaded_paths;
 
-extern std::wstring module_path;  // what GetModuleFileNameW answers
-extern unsigned long tick_count;  // what GetTickCount answers
-extern bool hashing_fails;        // CryptHashData answers FALSE
-extern int calls_disabled;        // calls of DisableThreadLibraryCalls
+extern std::wstring module_path;          // what GetModuleFileNameW answers
+extern unsigned long tick_count;          // what GetTickCount answers
+extern bool hashing_fails;                // CryptHashData answers FALSE
+extern bool mapping_fails;                // LCMapStringW answers 0
+extern int calls_disabled;                // calls of DisableThreadLibraryCalls
+extern std::vector<unsigned int> sleeps;  // what Sleep was asked for, without sleeping
+extern HRESULT guid_failure;              // what CoCreateGuid answers when it is a failure
+extern std::wstring guid_text;            // what StringFromGUID2 writes, 0 characters being its failure
 
 }  // namespace test

@@ -8,6 +8,8 @@
 namespace test {
 namespace {
 
+constexpr const wchar_t* kFailed = L"<code 80004005>";
+
 class UtilityOnOwnFunctions : public ModuleTest {
  protected:
   template <class... Arguments>
@@ -21,6 +23,14 @@ TEST_F(UtilityOnOwnFunctions, WidthsAreMappedByTheHost) {
   EXPECT_EQ(L"Naabc", text(L"ZenToHan", L"abc"));
   EXPECT_EQ(L"W", text(L"HanToZen", L""));
   EXPECT_EQ(std::wstring(L"Wx\0y", 4), text(L"HanToZen", std::wstring(L"x\0y", 3)));  // by length, not by NUL
+}
+
+TEST_F(UtilityOnOwnFunctions, WidthsThatTheHostCannotMapFail) {
+  mapping_fails = true;
+  EXPECT_EQ(kFailed, text(L"HanToZen", L"abc"));
+  EXPECT_EQ(kFailed, text(L"ZenToHan", L"abc"));
+  EXPECT_EQ(L"", text(L"HanToZen", L""));  // nothing is mapped to nothing
+  mapping_fails = false;
 }
 
 // The sequence for a seed is fixed. The first draws of the generator for the seed 5489 are 3499211612,
@@ -44,11 +54,42 @@ TEST_F(UtilityOnOwnFunctions, KeysFollowFromTheTime) {
 
 TEST_F(UtilityOnOwnFunctions, AFailingStepFailsTheDigest) {
   hashing_fails = true;
-  EXPECT_EQ(L"<code 80004005>", text(L"MD5", L"abc", 0));
-  EXPECT_EQ(L"<code 80004005>", text(L"SHA1", L"abc", 0));
+  EXPECT_EQ(kFailed, text(L"MD5", L"abc", 0));
+  EXPECT_EQ(kFailed, text(L"SHA1", L"abc", 0));
   hashing_fails = false;
   // This host's hash takes no data, so every digest is that of the empty message.
   EXPECT_EQ(L"d41d8cd98f00b204e9800998ecf8427e", text(L"MD5", L"abc", 0));
+}
+
+TEST_F(UtilityOnOwnFunctions, GUIDsAreWhatTheHostMakes) {
+  guid_text = L"{01234567-89ab-cdef-0123-456789ABCDEF}";
+  EXPECT_EQ(guid_text, text(L"MakeGUID", false));
+  EXPECT_EQ(L"0123456789abcdef0123456789ABCDEF", text(L"MakeGUID", true));
+  guid_failure = E_ACCESSDENIED;
+  EXPECT_EQ(L"<code 80070005>", text(L"MakeGUID", false));
+  EXPECT_EQ(L"<code 80070005>", text(L"MakeGUID", true));
+  guid_failure = S_OK;
+}
+
+TEST_F(UtilityOnOwnFunctions, MalformedGUIDsAreRefused) {
+  const wchar_t* const malformed[] = {
+      L"",                                       // the host could not write it
+      L"{01234567-89ab-cdef-0123-456789ABCDE}",  // a digit short
+      L"{0123456789abcdef0123456789ABCDEF}",     // the digits end too early
+  };
+  for (const wchar_t* each : malformed) {
+    guid_text = each;
+    EXPECT_EQ(kFailed, text(L"MakeGUID", true)) << testing::PrintToString(guid_text);
+  }
+  guid_text.clear();
+  EXPECT_EQ(kFailed, text(L"MakeGUID", false));
+}
+
+TEST_F(UtilityOnOwnFunctions, SleepTakesItsTimeUnsigned) {
+  sleeps.clear();
+  EXPECT_EQ(S_OK, call(module_.create(L"Utility").get(), L"Sleep", 7).hr);
+  EXPECT_EQ(S_OK, call(module_.create(L"Utility").get(), L"Sleep", -1).hr);
+  EXPECT_EQ((std::vector<unsigned int>{7, 0xFFFFFFFFu}), sleeps);
 }
 
 }  // namespace
