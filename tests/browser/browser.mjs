@@ -10,7 +10,9 @@ import { setTimeout as delay } from 'node:timers/promises';
 const elementKey = 'element-6066-11e4-a52e-4f735466cecf';
 
 async function startDriver() {
-  const driver = spawn('chromedriver', ['--port=0'], { stdio: ['ignore', 'pipe', 'ignore'] });
+  // In a locale without UTF-8, as on a machine where none is set, the driver finds no file named in other letters.
+  const env = { ...process.env, LC_ALL: 'C.UTF-8' };
+  const driver = spawn('chromedriver', ['--port=0'], { stdio: ['ignore', 'pipe', 'ignore'], env });
   const port = await new Promise((resolve, reject) => {
     createInterface({ input: driver.stdout }).on('line', (line) => {
       const found = line.match(/started successfully on port (\d+)/);
