@@ -34,16 +34,12 @@ HRESULT step_into_object(VARIANT* value, VARIANT* key) {
 HRESULT step_into_array(VARIANT* value, const VARIANT* key) {
   CComVariant number;
   RETURN_IF_FAILED(VariantChangeType(&number, key, 0, VT_I4));
-  SAFEARRAY* array = value->parray;
-  if (SafeArrayGetDim(array) != 1) return DISP_E_BADINDEX;
-  LONG lower = 0;
-  LONG upper = 0;
-  RETURN_IF_FAILED(SafeArrayGetLBound(array, 1, &lower));
-  RETURN_IF_FAILED(SafeArrayGetUBound(array, 1, &upper));
-  const LONG index = number.lVal;
-  if (index < lower || index > upper) return DISP_E_BADINDEX;
+  const SAFEARRAY* array = value->parray;
+  if (!array || array->cDims != 1) return DISP_E_BADINDEX;
+  const LONGLONG index = LONGLONG{number.lVal} - array->rgsabound[0].lLbound;
+  if (index < 0 || index >= array->rgsabound[0].cElements) return DISP_E_BADINDEX;
   CComVariant element;  // a copy, since the array goes with the old value
-  RETURN_IF_FAILED(SafeArrayGetElement(array, &index, &element));
+  RETURN_IF_FAILED(VariantCopy(&element, static_cast<const VARIANT*>(array->pvData) + index));
   RETURN_IF_FAILED(VariantClear(value));
   element.detach_to(value);
   return S_OK;

@@ -1,6 +1,7 @@
 // The delimiters of one scan, measured once.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 #include <korlib/hresult.h>
@@ -28,9 +29,13 @@ struct Delimiters {
   }
 };
 
-// Whether the delimiter stands at `pos`.
+// Whether the delimiter stands at `pos`. Delimiters are short: a library call would cost more than the loop.
 inline bool stands_at(std::wstring_view text, std::size_t pos, std::wstring_view delimiter) {
-  return text.substr(pos).starts_with(delimiter);
+  if (text.size() - pos < delimiter.size()) return false;
+  for (std::size_t i = 0; i < delimiter.size(); ++i) {
+    if (text[pos + i] != delimiter[i]) return false;
+  }
+  return true;
 }
 
 // Raises the one fault that a template can have.

@@ -13,24 +13,26 @@ namespace {
 // stream that is written to directly keeps two kilobytes, however short its text.
 class MarkWriter {
  public:
-  explicit MarkWriter(CMarkData& mark) : mark_(mark), target_(&mark.Name) {}
+  MarkWriter(CMarkData& mark, MarkScratch& scratch) : mark_(mark), scratch_(scratch), target_(&mark.Name) {
+    scratch_.gathered.clear();
+  }
 
-  void append(std::wstring_view text) { gathered_.append(text); }
+  void append(std::wstring_view text) { scratch_.gathered.append(text); }
   void begin_param() {
     finish();
-    auto param = std::make_unique<std::wstringstream>();
+    auto param = scratch_.take_param();
     mark_.Params.push_back(param.get());
     target_ = param.release();
   }
   void finish() {
-    target_->str(gathered_);
-    gathered_.clear();
+    target_->str(scratch_.gathered);
+    scratch_.gathered.clear();
   }
 
  private:
   CMarkData& mark_;
+  MarkScratch& scratch_;
   std::wstringstream* target_;
-  std::wstring gathered_;
 };
 
 HRESULT push_text(CTemplate& tmpl, const std::wstring& run) {
@@ -68,16 +70,17 @@ const CComBSTR& CTemplatorConcept::take_escaped(std::wstring_view text, std::siz
 HRESULT CTemplatorConcept::GetMarkData(wchar_t* text, unsigned int& pos, CMarkData& mark) try {
   if (!is_complete()) return E_OUTOFMEMORY;
   std::size_t at = pos;
-  const HRESULT hr = read_mark(delimiters(), korlib::view_of(text), at, mark);
+  MarkScratch scratch;
+  const HRESULT hr = read_mark(delimiters(), korlib::view_of(text), at, mark, scratch);
   pos = static_cast<unsigned int>(at);
   return hr;
 } catch (...) {
   return mirt::hresult_from_exception();
 }
 
-HRESULT CTemplatorConcept::read_mark(const Delimiters& d, std::wstring_view text, std::size_t& pos,
-                                     CMarkData& mark) const {
-  MarkWriter writer(mark);
+HRESULT CTemplatorConcept::read_mark(const Delimiters& d, std::wstring_view text, std::size_t& pos, CMarkData& mark,
+                                     MarkScratch& scratch) const {
+  MarkWriter writer(mark, scratch);
   std::size_t depth = 0;
   if (pos < text.size() && MarkTypes.view().find(text[pos]) != std::wstring_view::npos) mark.Type = text[pos++];
 
@@ -127,6 +130,7 @@ HRESULT CTemplatorConcept::Parse(wchar_t* source, CTemplate& tmpl) try {
   const Delimiters d = delimiters();
   const std::wstring_view text = korlib::view_of(source);
   std::wstring run;
+  MarkScratch scratch;
   std::size_t pos = 0;
   while (pos < text.size()) {
     const std::size_t start = d.next_start(text, pos);
@@ -140,7 +144,7 @@ HRESULT CTemplatorConcept::Parse(wchar_t* source, CTemplate& tmpl) try {
       run.clear();
       pos += d.mark_open.size();
       auto mark = std::make_unique<CMarkData>();
-      RETURN_IF_FAILED(read_mark(d, text, pos, *mark));
+      RETURN_IF_FAILED(read_mark(d, text, pos, *mark, scratch));
       tmpl.Marks.push_back(mark.get());
       (void)mark.release();
       pos += d.mark_close.size();

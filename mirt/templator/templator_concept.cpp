@@ -1,6 +1,8 @@
 // Output, and the two ways to draw a template.
 #include "templator/templator_concept.h"
 
+#include <optional>
+
 #include "frame/error.h"
 #include "templator/delimiters.h"
 
@@ -45,6 +47,7 @@ HRESULT CTemplatorConcept::Process(wchar_t* source) try {
   if (!one.get() || !is_complete()) return E_OUTOFMEMORY;
   const Delimiters d = delimiters();
   const std::wstring_view text = korlib::view_of(source);
+  std::optional<IdleMarks::Lease> lease;  // of one mark, which is filled again and again
   std::size_t pos = 0;
   while (pos < text.size()) {
     for (const std::size_t literal_end = d.next_start(text, pos); pos < literal_end; ++pos) {
@@ -56,9 +59,10 @@ HRESULT CTemplatorConcept::Process(wchar_t* source) try {
       RETURN_IF_FAILED(write_output(take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose}).get()));
     } else if (stands_at(text, pos, d.mark_open)) {
       pos += d.mark_open.size();
-      CMarkData mark;
-      RETURN_IF_FAILED(read_mark(d, text, pos, mark));
-      RETURN_IF_FAILED(OnMarked(mark));
+      if (!lease) lease.emplace(m_oIdleMarks);
+      ReusableMark& mark = lease->fresh();
+      RETURN_IF_FAILED(read_mark(d, text, pos, mark.data, mark.scratch));
+      RETURN_IF_FAILED(OnMarked(mark.data));
       pos += d.mark_close.size();
     } else if (stands_at(text, pos, d.mark_close)) {
       return invalid_mark_order();

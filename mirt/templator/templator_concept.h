@@ -9,7 +9,7 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "templator/mark_data.h"
+#include "templator/mark_scratch.h"
 #include "templator/output_sinks.h"
 #include "templator/template.h"
 
@@ -58,7 +58,8 @@ class CTemplatorConcept {
   // False when there was no memory for a delimiter, which then would match everywhere.
   bool is_complete() const;
   Delimiters delimiters() const;
-  HRESULT read_mark(const Delimiters& d, std::wstring_view text, std::size_t& pos, CMarkData& mark) const;
+  HRESULT read_mark(const Delimiters& d, std::wstring_view text, std::size_t& pos, CMarkData& mark,
+                    MarkScratch& scratch) const;
   // Goes over an escape at `pos` and over what it protects; the delimiter that the two stand for.
   const CComBSTR& take_escaped(std::wstring_view text, std::size_t& pos,
                                std::initializer_list<const CComBSTR*> protectable) const;
@@ -74,4 +75,5 @@ class CTemplatorConcept {
   CTS_ADODBStream m_oADODBStream;
   CTS_ScriptingTextStream m_oScriptingTextStream;
   CTS_Stream m_oStream;
+  IdleMarks m_oIdleMarks;
 };

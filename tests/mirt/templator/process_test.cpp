@@ -46,6 +46,22 @@ TEST(Streaming, WritesNothingForNothing) {
   EXPECT_EQ(Texts{}, drawing.sink->texts());
 }
 
+// Marks are filled again and again; nothing of one is left in the next, nor in the next template.
+TEST(Streaming, HandsEveryMarkOverLikeNew) {
+  std::wstring text = L"(#%many";
+  for (int i = 0; i < 40; ++i) text += L"#|#" + std::to_wstring(i);
+  text += L"#)(#x#)(#:short|p#)(##)";
+  Drawing drawing;
+  const std::vector<Mark> expected = parse(text).marks;
+  ASSERT_EQ(4u, expected.size());
+  EXPECT_EQ(S_OK, drawing.engine.stream(text));
+  EXPECT_EQ(expected, drawing.engine.marks);
+  drawing.engine.marks.clear();
+  EXPECT_EQ(E_FAIL, drawing.engine.stream(L"(#%unfinished|a#|#b"));
+  EXPECT_EQ(S_OK, drawing.engine.stream(text));
+  EXPECT_EQ(expected, drawing.engine.marks);
+}
+
 TEST(Streaming, KeepsWhatWasWrittenBeforeAFault) {
   Drawing drawing;
   EXPECT_EQ(E_FAIL, drawing.engine.stream(L"a#)b"));
