@@ -6,7 +6,6 @@
 #include <algorithm>
 
 #include "app/error_page.h"
-#include "pages/programs.h"
 #include "http/static_files.h"
 #include "intrinsics/application_object.h"
 #include "intrinsics/page_context.h"
@@ -15,6 +14,7 @@
 #include "intrinsics/server_object.h"
 #include "intrinsics/session_object.h"
 #include "intrinsics/text.h"
+#include "pages/programs.h"
 
 namespace zelto {
 

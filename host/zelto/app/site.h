@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "pages/programs.h"
 #include "app/session_store.h"
 #include "http/static_files.h"
 #include "intrinsics/application_state.h"
+#include "pages/programs.h"
 
 namespace zelto {
 
