@@ -1,6 +1,10 @@
 // The command line itself: what it prints, and its exit codes.
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -34,6 +38,7 @@ TEST_F(Command, TellsItsVersionAndItsUse) {
   for (const char* name : {"serve", "run", "register", "unregister"}) {
     EXPECT_NE(help.output.find(name), std::string::npos) << name;
   }
+  EXPECT_NE(run({"register", "--help"}).output.find("ZELTO_REGISTRY"), std::string::npos);
 }
 
 TEST_F(Command, RefusesWrongUse) {
@@ -48,27 +53,57 @@ TEST_F(Command, RefusesWrongUse) {
       {"run", "page.asp", "--header", "X Y: z"},
       {"run", "page.asp", "--body", "none"},
       {"run", "page.asp", "--site", "/usr/include"},
+      {"run", "page.asp", "--method", "G T"},
+      {"run", "."},
+      {"run", "page.asp", "page.asp"},
       {"register"},
+      {"unregister"},
       {"serve", "none"},
+      {"serve", "page.asp"},
+      {"serve", ".", "."},
       {"serve", ".", "--workers", "0"},
+      {"serve", ".", "--workers", "1025"},
       {"serve", ".", "--workers", "many"},
+      {"serve", ".", "--body-limit", "-1"},
+      {"serve", ".", "--body-limit", "1 furlong"},
+      {"serve", ".", "--listen", "8080x"},
+      {"serve", ".", "--listen", "127.0.0.1:70000"},
+      {"serve", ".", "--listen", "no-address:8080"},
   };
   for (const auto& words : wrong) {
     const Ran ran = run(words);
     EXPECT_EQ(ran.status, 2) << testing::PrintToString(words);
-    EXPECT_NE(ran.error, "") << testing::PrintToString(words);
+    EXPECT_TRUE(ran.error.starts_with("zelto: ")) << testing::PrintToString(words) << ran.error;
+    EXPECT_EQ(std::ranges::count(ran.error, '\n'), 1) << testing::PrintToString(words) << ran.error;
     EXPECT_EQ(ran.output, "") << testing::PrintToString(words);
   }
 }
 
 TEST_F(Command, SaysWhyItCannotServe) {
   const Ran listen = run({"serve", ".", "--listen", "nowhere"});
-  EXPECT_EQ(listen.status, 1);
+  EXPECT_EQ(listen.status, 2);
   EXPECT_EQ(listen.error, "zelto: 'nowhere' is no ADDRESS:PORT\n");
   file("zelto.toml", "colour = 1\n");
   const Ran configured = run({"serve", "."});
-  EXPECT_EQ(configured.status, 1);
+  EXPECT_EQ(configured.status, 2);
   EXPECT_EQ(configured.error, "zelto: ./zelto.toml: colour is not known\n");
+}
+
+TEST_F(Command, SaysThatAnAddressIsTaken) {
+  const int taken = ::socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  auto* any = reinterpret_cast<sockaddr*>(&address);
+  ASSERT_EQ(::bind(taken, any, size), 0);
+  ASSERT_EQ(::listen(taken, 1), 0);
+  ASSERT_EQ(::getsockname(taken, any, &size), 0);
+  const std::string listen = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+  const Ran ran = run({"serve", ".", "--listen", listen});
+  EXPECT_EQ(ran.status, 1);
+  EXPECT_EQ(ran.error, "zelto: listening on " + listen + ": Address already in use\n");
+  ::close(taken);
 }
 
 TEST_F(Command, RegistersALibraryAndTakesItBack) {
@@ -93,6 +128,37 @@ TEST_F(Command, SaysWhichLibraryItCannotRegister) {
 TEST_F(Command, ReadsTheBodyFromStandardInput) {
   file("page.asp", "<%= Request.TotalBytes %>");
   EXPECT_EQ(run({"run", "page.asp", "--body", "-"}).output, "0");
+  file("form", "a=1%202&a=3");
+  file("page.asp", "<%= Request.ServerVariables('REQUEST_METHOD') + Request.Form('a') %>");
+  const Ran ran = test::run_program({"run", "page.asp", "--body", "-"}, folder_, folder_, folder_ / "form");
+  EXPECT_EQ(ran.output, "POST1 2, 3");
+}
+
+TEST_F(Command, SaysHowAPageEndedByItsExitCode) {
+  struct Row {
+    const char* page;
+    int status;
+  };
+  for (const Row& row :
+       {Row{"<% Response.Status = '302 Found'; %>", 0}, Row{"<% Response.Status = '399 Odd'; %>", 0},
+        Row{"<% Response.Status = '400 Bad Request'; %>", 1}, Row{"<% fails(); %>", 1}, Row{"<% syntax error %>", 1}}) {
+    file("page.asp", row.page);
+    EXPECT_EQ(run({"run", "page.asp"}).status, row.status) << row.page;
+  }
+}
+
+TEST_F(Command, TakesOptionsBeforeAndAfterThePage) {
+  file("page.asp", "<%= Request.ServerVariables('HTTP_X_A') + Request.QueryString('q') %>");
+  EXPECT_EQ(run({"run", "--header", "X-A: 1", "--query", "q=2", "page.asp"}).output, "12");
+  EXPECT_EQ(run({"run", "page.asp", "--header", "X-A: 1", "--header", "X-A: 3", "--query", "q=2"}).output, "1, 32");
+}
+
+TEST_F(Command, PrintsTheHeadWhenAskedTo) {
+  file("page.asp", "<% Response.Status = '404 Not Here'; Response.AddHeader('X-A', 'b'); %>body");
+  EXPECT_EQ(run({"run", "page.asp"}).output, "body");
+  EXPECT_EQ(run({"run", "page.asp", "--include-headers"}).output,
+            "HTTP/1.1 404 Not Here\r\nContent-Type: text/html; charset=utf-8\r\nCache-Control: private\r\n"
+            "X-A: b\r\n\r\nbody");
 }
 
 }  // namespace

@@ -18,7 +18,8 @@ std::optional<std::string> read(const fs::path& file) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-Ran run_program(std::vector<std::string> words, const fs::path& folder, const fs::path& scratch) {
+Ran run_program(std::vector<std::string> words, const fs::path& folder, const fs::path& scratch,
+                const fs::path& input) {
   const fs::path out = scratch / "output";
   const fs::path err = scratch / "error";
   words.insert(words.begin(), ZELTO_PROGRAM);
@@ -28,7 +29,7 @@ Ran run_program(std::vector<std::string> words, const fs::path& folder, const fs
   const pid_t child = fork();
   if (child == 0) {
     const bool ready = chdir(folder.c_str()) == 0 && std::freopen(out.c_str(), "wb", stdout) &&
-                       std::freopen(err.c_str(), "wb", stderr) && std::freopen("/dev/null", "rb", stdin) &&
+                       std::freopen(err.c_str(), "wb", stderr) && std::freopen(input.c_str(), "rb", stdin) &&
                        setenv("ZELTO_REGISTRY", (scratch / "registry.json").c_str(), 1) == 0;
     if (ready) execv(argv[0], argv.data());
     _exit(127);

@@ -18,8 +18,8 @@ struct Ran {
 };
 
 // `zelto WORDS…` in `folder`. Its output and its registry store, registry.json, lie in `scratch`. Standard
-// input is empty.
+// input comes from the file `input`.
 Ran run_program(std::vector<std::string> words, const std::filesystem::path& folder,
-                const std::filesystem::path& scratch);
+                const std::filesystem::path& scratch, const std::filesystem::path& input = "/dev/null");
 
 }  // namespace test

@@ -12,26 +12,46 @@ namespace zelto {
 
 namespace {
 
+// The library's own reading of a size takes a sign for a number.
+std::string refuse_sign(const std::string& size) {
+  return size.starts_with('-') ? "a size is not negative" : std::string();
+}
+
 void add_serve(CLI::App& app, ServeCommand& command) {
   CLI::App* serve = app.add_subcommand("serve", "Serve the pages and files of a folder");
-  serve->add_option("SITE", command.site, "The folder")->capture_default_str();
-  serve->add_option("--listen", command.listen, "ADDRESS:PORT, by default 127.0.0.1:8080");
-  serve->add_option("--workers", command.workers, "How many pages run at the same time")->check(CLI::Range(1u, 1024u));
+  serve->add_option("SITE", command.site, "The folder, by default this one")->type_name("");
+  serve->add_option("--listen", command.listen, "Where, by default 127.0.0.1:8080")->type_name("ADDRESS:PORT");
+  serve->add_option("--workers", command.workers, "How many pages run at the same time, by default two a core")
+      ->check(CLI::Range(1u, 1024u).description(""))
+      ->type_name("NUMBER");
   serve->add_option("--body-limit", command.body_limit, "The largest request body, as in 256MiB, by default 16MiB")
-      ->transform(CLI::AsSizeValue(false));
+      ->transform(CLI::AsSizeValue(false).description(""))
+      ->transform(CLI::Validator(refuse_sign, ""))  // runs before the one above
+      ->type_name("SIZE");
   serve->add_flag("--debug", command.debug, "Let error pages show what went wrong");
 }
 
 void add_run(CLI::App& app, RunCommand& command) {
   CLI::App* run = app.add_subcommand("run", "Run one page and print its response");
-  run->add_option("PAGE", command.page, "The page's file")->required();
-  run->add_option("--site", command.site, "The site's folder, by default the page's");
-  run->add_option("--query", command.query, "The query string, as in a=1&b=2");
-  run->add_option("--method", command.method, "By default GET, with a body POST");
-  run->add_option("--header", command.headers, "A request header, 'Name: value'; may be repeated");
-  run->add_option("--body", command.body_file, "A file with the request's body; - is standard input");
+  run->add_option("PAGE", command.page, "The page's file")->required()->type_name("");
+  run->add_option("--site", command.site, "The site's folder, by default the page's")->type_name("FOLDER");
+  run->add_option("--query", command.query, "The query string, as in a=1&b=2")->type_name("TEXT");
+  run->add_option("--method", command.method, "By default GET, with a body POST")->type_name("NAME");
+  run->add_option("--header", command.headers, "A request header; may be repeated")
+      ->allow_extra_args(false)
+      ->type_name("'NAME: VALUE'");
+  run->add_option("--body", command.body_file, "A file with the request's body; - is standard input")
+      ->type_name("FILE");
   run->add_flag("--include-headers", command.include_headers, "Print the response's head as well");
   run->add_flag("--debug", command.debug, "Let error pages show what went wrong");
+}
+
+void add_library(CLI::App& app, const char* name, const char* purpose, std::string& library) {
+  CLI::App* command = app.add_subcommand(name, purpose);
+  command->add_option("LIBRARY", library, "Its shared object")->required()->type_name("");
+  command->footer(
+      "Registrations are kept in the file that ZELTO_REGISTRY names, by default zelto/registry.json in the\n"
+      "user's data folder: $XDG_DATA_HOME, or ~/.local/share. The libmirt.so beside this program needs none.");
 }
 
 int dispatch(const CLI::App& app, const ServeCommand& serve, const RunCommand& run, const std::string& library) {
@@ -47,15 +67,16 @@ int run_command_line(int argc, const char* const* argv) {
   CLI::App app("Zelto serves pages written in JavaScript.", "zelto");
   app.set_version_flag("--version", "zelto " ZELTO_VERSION);
   app.require_subcommand(1);
+  app.failure_message([](const CLI::App*, const CLI::Error& error) {
+    return std::string("zelto: ") + error.what() + " (zelto --help tells what there is)\n";
+  });
   ServeCommand serve;
   RunCommand run;
   std::string library;
   add_serve(app, serve);
   add_run(app, run);
-  app.add_subcommand("register", "Let pages create the classes of a component library")
-      ->add_option("LIBRARY", library)
-      ->required();
-  app.add_subcommand("unregister", "Take that back")->add_option("LIBRARY", library)->required();
+  add_library(app, "register", "Let pages create the classes of a component library", library);
+  add_library(app, "unregister", "Take that back", library);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -63,6 +84,9 @@ int run_command_line(int argc, const char* const* argv) {
   }
   try {
     return dispatch(app, serve, run, library);
+  } catch (const WrongUse& error) {
+    std::cerr << "zelto: " << error.what() << "\n";
+    return kWrongUse;
   } catch (const std::exception& error) {
     std::cerr << "zelto: " << error.what() << "\n";
     return kFailure;

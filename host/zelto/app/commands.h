@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,11 @@ inline constexpr int kSuccess = 0;
 inline constexpr int kFailure = 1;
 inline constexpr int kWrongUse = 2;
 inline constexpr int kLeftOver = 3;  // after serving, some object was still alive
+
+// The command line or zelto.toml asks for what cannot be: ends the program with kWrongUse.
+struct WrongUse : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
 
 struct RunCommand {
   std::string page;  // a file
@@ -32,7 +38,7 @@ struct ServeCommand {
   bool debug = false;
 };
 
-// Each answers the exit code, and writes problems to standard error.
+// Each answers the exit code; problems it writes to standard error or throws.
 int run_page_file(const RunCommand& command);
 int serve_site(const ServeCommand& command);
 int register_library(const std::string& library);

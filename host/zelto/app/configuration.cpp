@@ -4,6 +4,7 @@
 
 #include <toml++/toml.h>
 #include <algorithm>
+#include <boost/asio/ip/address.hpp>
 #include <charconv>
 #include <filesystem>
 #include <limits>
@@ -24,8 +25,7 @@ class File {
     try {
       table_ = toml::parse_file(name);
     } catch (const toml::parse_error& error) {
-      throw std::runtime_error(
-          fmt::format("{}:{}: {}", name, error.source().begin.line, std::string(error.description())));
+      throw WrongUse(fmt::format("{}:{}: {}", name, error.source().begin.line, std::string(error.description())));
     }
     static const std::set<std::string_view> known{"listen",         "workers",         "body_limit",
                                                   "script_timeout", "session_timeout", "debug"};
@@ -52,7 +52,7 @@ class File {
 
  private:
   [[noreturn]] void fail(std::string_view key, std::string_view what) const {
-    throw std::runtime_error(fmt::format("{}: {} {}", name_, key, what));
+    throw WrongUse(fmt::format("{}: {} {}", name_, key, what));
   }
 
   std::string name_;
@@ -68,9 +68,13 @@ void set_listen_address(const std::string& text, ServerOptions& options) {
   if (address.starts_with('[') && address.ends_with(']')) address = address.substr(1, address.size() - 2);
   const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), options.port);
   if (port.empty() || error != std::errc{} || end != port.data() + port.size()) {
-    throw std::runtime_error("'" + text + "' is no ADDRESS:PORT");
+    throw WrongUse("'" + text + "' is no ADDRESS:PORT");
   }
+  if (address == "localhost") address = "127.0.0.1";
   options.address = address.empty() ? "0.0.0.0" : address;
+  boost::system::error_code unknown;
+  boost::asio::ip::make_address(options.address, unknown);
+  if (unknown) throw WrongUse("'" + address + "' is no address to listen on");
 }
 
 Configuration read_configuration(const ServeCommand& command) {

@@ -14,8 +14,8 @@ struct Configuration {
   ServerOptions server;
 };
 
-// The command line counts more than the file, the file more than the defaults. Throws
-// std::runtime_error, with file and key, for what cannot be understood.
+// The command line counts more than the file, the file more than the defaults. Throws WrongUse, with file
+// and key, for what cannot be understood.
 //
 //   listen = "127.0.0.1:8080"
 //   workers = 4
@@ -25,7 +25,7 @@ struct Configuration {
 //   debug = false
 Configuration read_configuration(const ServeCommand& command);
 
-// "127.0.0.1:8080", "[::1]:8080" or ":8080" (every address).
+// "127.0.0.1:8080", "localhost:8080", "[::1]:8080" or ":8080" (every address). Throws WrongUse.
 void set_listen_address(const std::string& text, ServerOptions& options);
 
 }  // namespace zelto

@@ -16,10 +16,6 @@ namespace zelto {
 
 namespace {
 
-struct WrongUse : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
-
 std::string read_body(const std::string& file) {
   if (file == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
   std::ifstream in(file, std::ios::binary);
@@ -40,6 +36,7 @@ Header parse_header(const std::string& line) {
 HttpRequest make_request(const RunCommand& command, const std::string& path) {
   HttpRequest request;
   request.method = !command.method.empty() ? command.method : command.body_file.empty() ? "GET" : "POST";
+  if (!is_header_name(request.method)) throw WrongUse("'" + request.method + "' is no method");
   request.path = path;
   request.query = command.query;
   request.target = path + (command.query.empty() ? "" : "?" + command.query);
@@ -57,7 +54,10 @@ HttpRequest make_request(const RunCommand& command, const std::string& path) {
   return request;
 }
 
-int run_in(const RunCommand& command) {
+}  // namespace
+
+int run_page_file(const RunCommand& command) {
+  set_up_runtime();
   const auto page = canonical_path(command.page);
   if (!page || !std::filesystem::is_regular_file(*page)) throw WrongUse(command.page + " is no file");
   SiteOptions options;
@@ -72,18 +72,6 @@ int run_in(const RunCommand& command) {
   HttpRequest request = make_request(command, path);
   on_big_stack([&] { status = PageWorker(site).run(std::move(request), path, *page, sink); });
   return status < 400 ? kSuccess : kFailure;
-}
-
-}  // namespace
-
-int run_page_file(const RunCommand& command) {
-  try {
-    set_up_runtime();
-    return run_in(command);
-  } catch (const WrongUse& error) {
-    std::cerr << "zelto: " << error.what() << "\n";
-    return kWrongUse;
-  }
 }
 
 }  // namespace zelto

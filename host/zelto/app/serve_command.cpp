@@ -39,6 +39,8 @@ class EndSignals {
     int signal = 0;
     sigwait(&set_, &signal);
   }
+  // From now on another one ends the program at once.
+  void let_through() const { pthread_sigmask(SIG_UNBLOCK, &set_, nullptr); }
 
  private:
   sigset_t set_{};
@@ -78,10 +80,7 @@ bool nothing_is_left(Log& log) {
 int serve_site(const ServeCommand& command) {
   constexpr auto kSweepPause = std::chrono::seconds(15);
   constexpr auto kGrace = std::chrono::seconds(30);
-  if (!std::filesystem::is_directory(command.site)) {
-    std::cerr << "zelto: " << command.site << " is no folder\n";
-    return kWrongUse;
-  }
+  if (!std::filesystem::is_directory(command.site)) throw WrongUse(command.site + " is no folder");
   set_up_runtime();
   Log log;
   Configuration configuration = read_configuration(command);
@@ -97,6 +96,8 @@ int serve_site(const ServeCommand& command) {
     server.start();
     std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;
     signals.wait();
+    std::cout << "Stopping once every request is answered, or when asked again" << std::endl;
+    signals.let_through();
     all_answered = server.stop(kGrace);
   }
   if (!nothing_is_left(log)) return kLeftOver;

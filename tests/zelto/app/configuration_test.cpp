@@ -24,7 +24,7 @@ class Configuration : public testing::Test {
   std::string problem(const std::string& text) {
     try {
       read(text);
-    } catch (const std::runtime_error& error) {
+    } catch (const zelto::WrongUse& error) {
       return error.what();
     }
     return "none";
@@ -66,6 +66,10 @@ TEST_F(Configuration, LetsTheCommandLineWin) {
   EXPECT_EQ(made.server.limits.body_bytes, 6u);
 }
 
+TEST_F(Configuration, KnowsTheNameOfThisMachine) {
+  EXPECT_EQ(read("listen = \"localhost:81\"").server.address, "127.0.0.1");
+}
+
 TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
   const std::string file = command.site + "/zelto.toml";
   EXPECT_EQ(problem("wrokers = 3"), file + ": wrokers is not known");
@@ -73,6 +77,7 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
   EXPECT_EQ(problem("workers = 0"), file + ": workers is a number from 1 to 1024");
   EXPECT_EQ(problem("listen = \"here\""), "'here' is no ADDRESS:PORT");
   EXPECT_EQ(problem("listen = \"1.2.3.4:70000\""), "'1.2.3.4:70000' is no ADDRESS:PORT");
+  EXPECT_EQ(problem("listen = \"example.org:80\""), "'example.org' is no address to listen on");
   EXPECT_EQ(problem("a = \n").substr(0, file.size() + 3), file + ":1:");
 }
 
