@@ -27,8 +27,9 @@ class File {
     } catch (const toml::parse_error& error) {
       throw WrongUse(fmt::format("{}:{}: {}", name, error.source().begin.line, std::string(error.description())));
     }
-    static const std::set<std::string_view> known{"listen",         "workers",         "body_limit",
-                                                  "script_timeout", "session_timeout", "debug"};
+    static const std::set<std::string_view> known{
+        "listen",          "workers",           "body_limit", "script_timeout",
+        "session_timeout", "default_documents", "protect",    "debug"};
     for (const auto& [key, value] : table_) {
       if (!known.contains(key.str())) fail(key.str(), "is not known");
     }
@@ -42,6 +43,19 @@ class File {
     if (!value) fail(key, "has a value of the wrong type");
     return value;
   }
+  std::optional<std::vector<std::string>> texts(std::string_view key) const {
+    const auto node = table_[key];
+    if (!node) return std::nullopt;
+    std::vector<std::string> values;
+    const toml::array* list = node.as_array();
+    if (!list) fail(key, "is no list");
+    for (const auto& element : *list) {
+      const auto text = element.value_exact<std::string>();
+      if (!text) fail(key, "has a value of the wrong type");
+      values.push_back(*text);
+    }
+    return values;
+  }
   std::optional<std::int64_t> number(std::string_view key, std::int64_t least, std::int64_t most) const {
     const auto value = get<std::int64_t>(key);
     if (value && (*value < least || *value > most)) {
@@ -49,12 +63,11 @@ class File {
     }
     return value;
   }
-
- private:
   [[noreturn]] void fail(std::string_view key, std::string_view what) const {
     throw WrongUse(fmt::format("{}: {} {}", name_, key, what));
   }
 
+ private:
   std::string name_;
   toml::table table_;
 };
@@ -85,6 +98,10 @@ Configuration read_configuration(const ServeCommand& command) {
   made.site.debug = command.debug || file.get<bool>("debug").value_or(false);
   made.site.script_timeout = std::chrono::seconds(file.number("script_timeout", 1, 86400).value_or(90));
   made.site.session_timeout = static_cast<LONG>(file.number("session_timeout", 1, 1440).value_or(20));
+  if (auto names = file.texts("default_documents")) made.site.files.default_documents = std::move(*names);
+  for (const std::string& name : file.texts("protect").value_or(std::vector<std::string>())) {
+    if (!made.site.files.protect(name)) file.fail("protect", "takes \"folder/\", \"*.extension\" or \"file\"");
+  }
   set_listen_address(command.listen.value_or(file.get<std::string>("listen").value_or("127.0.0.1:8080")), made.server);
   const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
   const auto workers = file.number("workers", 1, 1024).value_or(std::int64_t{2} * cores);

@@ -22,6 +22,8 @@ struct Configuration {
 //   body_limit = 16777216       # bytes
 //   script_timeout = 90         # seconds
 //   session_timeout = 20        # minutes
+//   default_documents = ["default.asp", "index.asp"]  # what a folder shows, the first that there is
+//   protect = ["drafts/", "*.cfg", "notes.txt"]       # never served; added to what never is
 //   debug = false
 Configuration read_configuration(const ServeCommand& command);
 

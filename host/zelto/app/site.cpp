@@ -15,9 +15,9 @@ SiteOptions with_canonical_root(SiteOptions options) {
   return options;
 }
 
-StaticOptions static_options(const std::string& root) {
-  StaticOptions options;
-  options.root = root.empty() ? "/" : root;
+StaticOptions static_options(const SiteOptions& site) {
+  StaticOptions options = site.files;
+  options.root = site.root.empty() ? "/" : site.root;
   return options;
 }
 
@@ -25,7 +25,7 @@ StaticOptions static_options(const std::string& root) {
 
 Site::Site(SiteOptions options)
     : options_(with_canonical_root(std::move(options))),
-      files_(static_options(options_.root)),
+      files_(static_options(options_)),
       application_(std::make_shared<ApplicationState>(options_.session_patience)),
       programs_(options_.root),
       sessions_(options_.session_patience, options_.session_timeout) {}

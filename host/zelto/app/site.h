@@ -16,7 +16,8 @@ namespace zelto {
 
 struct SiteOptions {
   std::string root;
-  bool debug = false;  // error pages tell what went wrong
+  StaticOptions files;  // without the root
+  bool debug = false;   // error pages tell what went wrong
   std::chrono::seconds script_timeout{90};
   LONG session_timeout = 20;                  // minutes
   std::chrono::seconds session_patience{30};  // how long a request waits for its session

@@ -102,6 +102,16 @@ std::optional<ByteRange> wanted_range(const HttpRequest& request, const std::str
 
 }  // namespace
 
+bool StaticOptions::protect(std::string_view name) {
+  const bool is_folder = name.ends_with('/');
+  const bool is_extension = !is_folder && name.starts_with("*.");
+  if (is_folder) name.remove_suffix(1);
+  if (is_extension) name.remove_prefix(1);
+  if (name.empty() || name == "." || name.find_first_of("*/") != std::string_view::npos) return false;
+  (is_folder ? protected_folders : is_extension ? protected_extensions : protected_files).emplace_back(name);
+  return true;
+}
+
 StaticFiles::StaticFiles(StaticOptions options) : options_(std::move(options)) {
   root_ = ::open(options_.root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
   if (root_ < 0) throw std::system_error(errno, std::generic_category(), "opening the site " + options_.root);
@@ -113,8 +123,10 @@ StaticFiles::~StaticFiles() { ::close(root_); }
 bool StaticFiles::is_protected(std::string_view name, bool last) const {
   if (name.starts_with('.') || name.starts_with('_') || name.ends_with('~')) return true;
   if (contains(options_.protected_folders, name)) return true;
-  return last &&
-         (contains(options_.protected_files, name) || contains(options_.protected_extensions, extension_of(name)));
+  if (!last) return false;
+  const std::string_view extension = extension_of(name);
+  return contains(options_.protected_files, name) || contains(options_.protected_extensions, extension) ||
+         contains(options_.protected_extensions, extension.substr(0, extension.find('-')));
 }
 
 int StaticFiles::open_beneath(const std::string& relative, int flags) const {

@@ -15,10 +15,14 @@ struct StaticOptions {
                                                 "index.html",  "default.htm", "index.htm"};
   std::string page_extension = ".asp";
   // What is never served, in any letter case: folders of these names, and files of these names or
-  // extensions. Names that begin with a dot or an underscore never are.
+  // extensions, with the journals of a database among them ("a.db-wal"). Names that begin with a dot or an
+  // underscore, or end with a tilde, never are.
   std::vector<std::string> protected_folders = {"templates", "includes", "app_data"};
   std::vector<std::string> protected_files = {"global.asa", "zelto.toml"};
-  std::vector<std::string> protected_extensions = {".asa", ".inc", ".tpl"};
+  std::vector<std::string> protected_extensions = {".asa",     ".inc", ".tpl", ".db",   ".sqlite",
+                                                   ".sqlite3", ".bak", ".old", ".orig", ".swp"};
+  // Adds a folder ("drafts/"), an extension ("*.cfg") or a file ("notes.txt"). False for what is none of these.
+  bool protect(std::string_view name);
 };
 
 // What a request's path names.

@@ -55,6 +55,19 @@ TEST_F(Configuration, ComesFromTheFile) {
   EXPECT_TRUE(made.site.debug);
 }
 
+TEST_F(Configuration, AddsToWhatIsProtected) {
+  const zelto::StaticOptions usual;
+  const auto files =
+      read("protect = [\"drafts/\", \"*.cfg\", \"notes.txt\"]\ndefault_documents = [\"a.asp\"]").site.files;
+  auto folders = usual.protected_folders;
+  folders.emplace_back("drafts");
+  EXPECT_EQ(files.protected_folders, folders);
+  EXPECT_EQ(files.protected_extensions.back(), ".cfg");
+  EXPECT_EQ(files.protected_extensions.size(), usual.protected_extensions.size() + 1);
+  EXPECT_EQ(files.protected_files.back(), "notes.txt");
+  EXPECT_EQ(files.default_documents, std::vector<std::string>{"a.asp"});
+}
+
 TEST_F(Configuration, LetsTheCommandLineWin) {
   command.listen = ":82";
   command.workers = 1;
@@ -78,6 +91,12 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
   EXPECT_EQ(problem("listen = \"here\""), "'here' is no ADDRESS:PORT");
   EXPECT_EQ(problem("listen = \"1.2.3.4:70000\""), "'1.2.3.4:70000' is no ADDRESS:PORT");
   EXPECT_EQ(problem("listen = \"example.org:80\""), "'example.org' is no address to listen on");
+  EXPECT_EQ(problem("protect = \"a\""), file + ": protect is no list");
+  EXPECT_EQ(problem("protect = [1]"), file + ": protect has a value of the wrong type");
+  for (const char* name : {"", "/", "*", "*.", "a/b", "a*", "*.a/"})
+    EXPECT_EQ(problem("protect = [\"" + std::string(name) + "\"]"),
+              file + ": protect takes \"folder/\", \"*.extension\" or \"file\"")
+        << name;
   EXPECT_EQ(problem("a = \n").substr(0, file.size() + 3), file + ":1:");
 }
 

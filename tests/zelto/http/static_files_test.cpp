@@ -48,7 +48,11 @@ class StaticFilesTest : public testing::Test {
     write("row.TPL", "secret");
     write(".hidden", "secret");
     write("_private", "secret");
-    write("page.asp~", "secret");
+    for (const char* name : {"page.asp~", "page.asp.bak", "page.asp.OLD", "page.asp.orig", ".page.asp.swp"})
+      write(name, "secret");
+    for (const char* name : {"notes.db", "notes.DB-wal", "notes.db-journal", "a.sqlite", "a.sqlite3", "a.sqlite3-shm"})
+      write(name, "secret");
+    write("a.dbx", "fine");
     write("Templates/list.html", "secret");
     write(".git/config", "secret");
     write("sub/default.asp", "<% %>");
@@ -86,11 +90,11 @@ TEST_F(StaticFilesTest, FindsWhatAPathNames) {
     const char* found;
   };
   const Row rows[] = {
-      {"/", Kind::kFile, "/index.html"},          {"/style.css", Kind::kFile, "/style.css"},
-      {"/alias.css", Kind::kFile, "/alias.css"},  {"/asa.txt", Kind::kFile, "/asa.txt"},
-      {"/page.asp", Kind::kPage, "/page.asp"},    {"/UPPER.ASP", Kind::kPage, "/UPPER.ASP"},
-      {"/sub/", Kind::kPage, "/sub/default.asp"}, {"/sub", Kind::kRedirect, "/sub/"},
-      {"/sub dir", Kind::kRedirect, "/sub dir/"},
+      {"/", Kind::kFile, "/index.html"},         {"/style.css", Kind::kFile, "/style.css"},
+      {"/alias.css", Kind::kFile, "/alias.css"}, {"/asa.txt", Kind::kFile, "/asa.txt"},
+      {"/a.dbx", Kind::kFile, "/a.dbx"},         {"/page.asp", Kind::kPage, "/page.asp"},
+      {"/UPPER.ASP", Kind::kPage, "/UPPER.ASP"}, {"/sub/", Kind::kPage, "/sub/default.asp"},
+      {"/sub", Kind::kRedirect, "/sub/"},        {"/sub dir", Kind::kRedirect, "/sub dir/"},
   };
   const StaticFiles files(options());
   for (const Row& row : rows) {
@@ -118,6 +122,16 @@ TEST_F(StaticFilesTest, FindsNothingElse) {
                            "/.hidden",
                            "/_private",
                            "/page.asp~",
+                           "/page.asp.bak",
+                           "/page.asp.OLD",
+                           "/page.asp.orig",
+                           "/.page.asp.swp",
+                           "/notes.db",
+                           "/notes.DB-wal",
+                           "/notes.db-journal",
+                           "/a.sqlite",
+                           "/a.sqlite3",
+                           "/a.sqlite3-shm",
                            "/Templates/list.html",
                            "/templates/list.html",
                            "/Templates/",
