@@ -34,6 +34,13 @@ class ByteStore {
     copy_in(bytes);
     return true;
   }
+  // The same for one byte where there is room already; false, and nothing written, where there is none.
+  [[nodiscard]] bool put(char byte) {
+    if (position_ >= capacity_) return false;
+    data_.get()[position_++] = byte;
+    if (position_ > size_) size_ = position_;
+    return true;
+  }
   // Room for `bytes` at the position, which must be the end; commit() says how many were used. Null when
   // the store would become too large.
   [[nodiscard]] char* room_at_end(std::size_t bytes) {

@@ -214,7 +214,16 @@ STDMETHODIMP Stream::Read(LONG count, VARIANT* bytes) {
 
 HRESULT Stream::write_bytes(std::string_view bytes) { return store_.write(bytes) ? S_OK : too_large(); }
 
-STDMETHODIMP Stream::Write(VARIANT bytes) try {
+// An upload comes in a byte a write: that one is stored here, without a call.
+STDMETHODIMP Stream::Write(VARIANT bytes) {
+  const SAFEARRAY* const array = bytes.vt == (VT_ARRAY | VT_UI1) ? bytes.parray : nullptr;
+  const bool is_byte = array && array->cDims == 1 && array->rgsabound[0].cElements == 1;
+  const bool is_writable = is_open_ && type_ == adTypeBinary && mode_ != kModeRead;
+  if (is_byte && is_writable && store_.put(*static_cast<const char*>(array->pvData))) return S_OK;
+  return write_array(bytes);
+}
+
+HRESULT Stream::write_array(const VARIANT& bytes) try {
   RETURN_IF_FAILED(check_writable(adTypeBinary));
   std::string_view view;
   RETURN_IF_FAILED(bytes_of(bytes, view));

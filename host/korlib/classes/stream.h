@@ -49,6 +49,7 @@ class Stream final : public DispatchObject<Stream, IKorLibStream> {
   HRESULT check_readable(LONG type) const;
   HRESULT check_writable(LONG type) const;
   HRESULT at_start(std::wstring_view property) const;
+  HRESULT write_array(const VARIANT& bytes);
   HRESULT write_bytes(std::string_view bytes);
   HRESULT write_text(std::wstring_view text);
   TextCodec& codec();

@@ -342,6 +342,20 @@ TEST_F(Stream, HoldsToItsMode) {
   EXPECT_TRUE(FAILED(call(object_, L"Open", L"URL=http://localhost/").hr));
 }
 
+// One byte has a way of its own into the stream.
+TEST_F(Stream, RefusesOneByteAsItRefusesMany) {
+  make_binary();
+  call(object_, L"Write", Bytes{1});  // there is room for another one
+  for (const LONG mode : {0, 1}) {
+    call(object_, L"Close");
+    const wchar_t* said = mode ? L"The stream was opened for reading only." : L"The stream is not open.";
+    if (mode) call(object_, L"Open", CComVariant(korlib::omitted()), mode);
+    EXPECT_EQ(said, call(object_, L"Write", Bytes{2}).description);
+    EXPECT_EQ(said, call(object_, L"Write", Bytes{2, 3}).description);
+  }
+  EXPECT_EQ(0, number(L"Size"));
+}
+
 TEST_F(Stream, CopiesToAnotherStream) {
   CComPtr<IKorLibStream> other = new_stream();
   ASSERT_EQ(S_OK, other->Open(korlib::omitted(), 0, -1, nullptr, nullptr));
