@@ -5,14 +5,8 @@
 #include "frame/error.h"
 #include "upload/upload_classes.h"
 
-HRESULT GMultipartForm::add(const CComBSTR& name, CComVariant value) try {
-  auto field = fields_.find(name);
-  if (field == fields_.end()) {
-    CComBSTR key(name);
-    if (name.get() && !key.get()) return E_OUTOFMEMORY;
-    field = fields_.emplace(std::move(key), FieldValues()).first;
-  }
-  field->second.push_back(std::move(value));
+HRESULT GMultipartForm::add(CComBSTR name, CComVariant value) try {
+  fields_.try_emplace(std::move(name)).first->second.push_back(std::move(value));
   return S_OK;
 } catch (...) {
   return mirt::hresult_from_exception();

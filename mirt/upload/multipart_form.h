@@ -15,7 +15,7 @@ using FieldValues = std::vector<CComVariant>;
 // Names are found exactly, letter case included. Keys and enumeration are not offered.
 class GMultipartForm : public ZeltoTypeLibrary::IRequestDictionary {
  public:
-  HRESULT add(const CComBSTR& name, CComVariant value);
+  HRESULT add(CComBSTR name, CComVariant value);
 
   STDMETHODIMP get_Item(VARIANT key, VARIANT* value) override;
   STDMETHODIMP get__NewEnum(IUnknown** names) override;

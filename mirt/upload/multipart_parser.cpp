@@ -40,7 +40,8 @@ CMultipartParser::CMultipartParser(const char* body, std::size_t length, const c
 const char* CMultipartParser::find_boundary() {
   const char* const end = body_ + length_;
   const char* at = body_ + position_;
-  while (boundary_length_ != 0 && static_cast<std::size_t>(end - at) >= boundary_length_) {
+  if (boundary_length_ == 0) return at < end ? at : nullptr;  // found wherever there is a byte
+  while (static_cast<std::size_t>(end - at) >= boundary_length_) {
     const char* const from = at;
     at = static_cast<const char*>(std::memchr(at, boundary_[0], static_cast<std::size_t>(end - at)));
     work_ += static_cast<std::size_t>((at ? at : end) - from);
@@ -68,23 +69,20 @@ HRESULT CMultipartParser::MoveNextBoundary(std::size_t& boundaryStart, bool& isL
   return S_OK;
 }
 
-const char* CMultipartParser::find_line_end() {
-  const char* const end = body_ + length_;
-  const char* const line = body_ + position_;
-  const char* at = line;
-  for (;; ++at) {
-    at = static_cast<const char*>(std::memchr(at, '\r', static_cast<std::size_t>(end - at)));
-    if (!at || at + 1 == end) return nullptr;
-    if (at[1] == '\n') break;
-  }
-  work_ += static_cast<std::size_t>(at - line);
-  return std::memchr(line, '\0', static_cast<std::size_t>(at - line)) ? nullptr : at;
+// The line at hand, without its end. A NUL ends the search as well as the body does.
+bool CMultipartParser::read_line(std::string_view* line) {
+  const std::string_view rest(body_ + position_, length_ - position_);
+  const std::size_t size = rest.find("\r\n");
+  work_ += std::min(size, rest.size());
+  if (size == std::string_view::npos) return false;
+  *line = rest.substr(0, size);
+  work_ += size;
+  return line->find('\0') == std::string_view::npos;
 }
 
 HRESULT CMultipartParser::GetHeader(CMultipartHeader& header) {
-  const char* line_end = find_line_end();
-  if (!line_end) return E_FAIL;
-  std::string_view line(body_ + position_, static_cast<std::size_t>(line_end - (body_ + position_)));
+  std::string_view line;
+  if (!read_line(&line)) return E_FAIL;
   position_ += line.size() + 2;
   header.has_colon = false;
   header.stored.clear();

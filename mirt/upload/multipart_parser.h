@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <korlib/hresult.h>
@@ -42,7 +43,7 @@ class CMultipartParser {
 
  private:
   const char* find_boundary();
-  const char* find_line_end();
+  bool read_line(std::string_view* line);
 
   const char* body_;
   std::size_t length_;

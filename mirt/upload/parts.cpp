@@ -63,11 +63,10 @@ class PartHeaders {
   bool is_file_name_new_ = false;
 };
 
-HRESULT file_value(const PartHeaders& headers, std::string_view content, UINT code_page, CComVariant* value) {
-  CComBSTR name;
+HRESULT file_value(CComBSTR name, const std::string& content_type, std::string_view content, UINT code_page,
+                   CComVariant* value) {
   CComBSTR type;
-  RETURN_IF_FAILED(to_text(headers.file_name(), code_page, &name));
-  RETURN_IF_FAILED(to_text(headers.content_type(), code_page, &type));
+  RETURN_IF_FAILED(to_text(content_type, code_page, &type));
   CComPtr<IFormFile> spFile;
   RETURN_IF_FAILED(g_oCF_FormFile.CreateInstance(nullptr, korlib::iid_of<IFormFile>, spFile.put_void()));
   RETURN_IF_FAILED(static_cast<GIFormFileImpl<IFormFile>*>(spFile.get())
@@ -84,13 +83,17 @@ HRESULT text_value(std::string_view content, UINT code_page, CComVariant* value)
   return S_OK;
 }
 
+// A part with a file name is a file; the name counts as it reads in the code page.
 HRESULT add_part(const PartHeaders& headers, std::string_view content, UINT code_page, GMultipartForm& form) {
   CComBSTR name;
-  RETURN_IF_FAILED(to_text(headers.field_name(), code_page, &name));
+  CComBSTR file_name;
   CComVariant value;
-  RETURN_IF_FAILED(headers.file_name().empty() ? text_value(content, code_page, &value)
-                                               : file_value(headers, content, code_page, &value));
-  return form.add(name, std::move(value));
+  RETURN_IF_FAILED(to_text(headers.field_name(), code_page, &name));
+  RETURN_IF_FAILED(to_text(headers.file_name(), code_page, &file_name));
+  RETURN_IF_FAILED(file_name.empty()
+                       ? text_value(content, code_page, &value)
+                       : file_value(std::move(file_name), headers.content_type(), content, code_page, &value));
+  return form.add(std::move(name), std::move(value));
 }
 
 }  // namespace

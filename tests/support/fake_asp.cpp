@@ -176,6 +176,7 @@ HRESULT Request::get_TotalBytes(LONG* bytes) {
 
 HRESULT Request::BinaryRead(VARIANT* count, VARIANT* data) {
   VariantInit(data);
+  read_count = *count;
   const HRESULT hr = calls_->note("Request.BinaryRead");
   if (FAILED(hr)) {
     count->lVal = read_before_failure;

@@ -50,6 +50,19 @@ TEST_F(Intake, PassesTheFailureOfTheRequestOn) {
   }
 }
 
+TEST_F(Intake, PassesTheFailureOfTheResponseOn) {
+  asp_.calls->fail("Response.CodePage", DISP_E_OVERFLOW);
+  EXPECT_EQ(DISP_E_OVERFLOW, upload(text_part("a", "1") + kEnd));
+  EXPECT_EQ(0, count());
+}
+
+TEST_F(Intake, AsksForAsManyBytesAsThereAre) {
+  ASSERT_EQ(S_OK, upload(text_part("a", "1") + kEnd));
+  EXPECT_EQ(1, asp_.calls->count("Request.BinaryRead"));
+  EXPECT_EQ(VT_I4, asp_.request->read_count.vt);
+  EXPECT_EQ(static_cast<LONG>(asp_.request->body.size()), asp_.request->read_count.lVal);
+}
+
 TEST_F(Intake, SaysThatABodyIsTooLarge) {
   asp_.request->total_bytes = 1048576;
   asp_.calls->fail("Request.BinaryRead", E_FAIL);
@@ -97,6 +110,14 @@ TEST_F(Intake, ReadsTextInTheCodePageOfTheResponse) {
   asp_.response->code_page = 1252;
   ASSERT_EQ(S_OK, upload(text_part("a", "\xE9") + kEnd));
   EXPECT_EQ(L"\u00e9", text(L"a"));
+}
+
+// Escapes that select a character set are bytes and no text.
+TEST_F(Intake, TakesAFileNameWithoutCharactersForNone) {
+  asp_.response->code_page = 50220;
+  ASSERT_EQ(S_OK, upload(file_part("f", "\x1B(B", "x") + file_part("g", "\x1B$B$\"\x1B(B", "x") + kEnd));
+  EXPECT_EQ(L"x", text(L"f"));
+  EXPECT_EQ(L"\u3042", member(file(L"g").get(), &IFormFile::get_FileName));
 }
 
 TEST_F(Intake, FailsInACodePageThatIsNone) {

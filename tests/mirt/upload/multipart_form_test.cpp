@@ -112,34 +112,5 @@ TEST_F(ValueList, KeepsItsFormWhileItIsHeld) {
   EXPECT_EQ(L"a", std::wstring(korlib::view_of(value.bstrVal)));
 }
 
-class FormFile : public UploadTest {};
-
-TEST_F(FormFile, AnswersByName) {
-  ASSERT_EQ(S_OK, upload(file_part("f", "C:\\dir\\sun.png", "bytes") + kEnd));
-  const CComPtr<IFormFile> photo = file(L"f");
-  EXPECT_EQ(L"C:\\dir\\sun.png", text_of(get(photo.get(), L"FileName")));
-  EXPECT_EQ(L"sun.png", text_of(get(photo.get(), L"filename2")));
-  EXPECT_EQ(L"application/octet-stream", text_of(get(photo.get(), L"ContentType")));
-  const CComPtr<IDispatch> stream = object_of(get(photo.get(), L"Stream"));
-  EXPECT_EQ(5, get(stream.get(), L"Size").value.lVal);
-  EXPECT_EQ(1, get(stream.get(), L"Type").value.lVal);
-  EXPECT_EQ(0, get(stream.get(), L"Position").value.lVal);
-  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, call(photo.get(), L"FileName").hr);
-  EXPECT_EQ(E_POINTER, photo->get_FileName(nullptr));
-  EXPECT_EQ(E_POINTER, photo->get_Stream(nullptr));
-}
-
-TEST_F(FormFile, CutsTheNameAtItsLastSeparator) {
-  struct Row {
-    const char* name;
-    const wchar_t* last;
-  };
-  for (const Row& row : {Row{"a", L"a"}, Row{"d/a", L"a"}, Row{"/d/e/a", L"a"}, Row{"d\\a", L"a"}, Row{"d/e\\a", L"a"},
-                         Row{"d\\e/a", L"e/a"}, Row{"d/", L""}, Row{"d\\", L""}, Row{"/", L""}}) {
-    ASSERT_EQ(S_OK, upload(file_part("f", row.name, "") + kEnd));
-    EXPECT_EQ(row.last, member(file(L"f").get(), &IFormFile::get_FileName2)) << row.name;
-  }
-}
-
 }  // namespace
 }  // namespace test

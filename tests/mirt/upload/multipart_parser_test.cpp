@@ -47,6 +47,13 @@ TEST(MoveNextBoundary, FailsWhereThereIsNone) {
   }
 }
 
+TEST(MoveNextBoundary, FindsAnEmptyDelimiterWhereItIs) {
+  EXPECT_EQ((Walk{S_OK, 0, false, 2}), search("\r\n", ""));
+  EXPECT_EQ((Walk{S_OK, 0, true, 2}), search("--", ""));
+  EXPECT_EQ((Walk{E_FAIL, 0, false, 0}), search("x", ""));
+  EXPECT_EQ((Walk{E_FAIL, 99, false, 0}), search("", ""));
+}
+
 TEST(MoveNextBoundary, GoesOnFromWhereItIs) {
   const std::string body = "--B\r\nx\r\n--B\r\ny\r\n--B--\r\n--B\r\n";
   CMultipartParser parser(body.data(), body.size(), "--B");
