@@ -27,6 +27,7 @@ STDMETHODIMP GMultipartForm::get_Item(VARIANT key, VARIANT* value) {
                                                                 spList.put_void()));
   static_cast<GMultipartFormStringList*>(spList.get())->show(this, &field->second);
   value->vt = VT_DISPATCH;
+  // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): it does not see a reference leave in a VARIANT
   value->pdispVal = spList.detach();
   return S_OK;
 }

@@ -122,7 +122,7 @@ TEST_F(HostileBody, MayHoldValuesOfEverySize) {
 }
 
 TEST_F(HostileBody, MayHaveALongHeaderLine) {
-  const std::string filler(64 * 1024, 'x');
+  const std::string filler(std::size_t{64} * 1024, 'x');
   ASSERT_EQ(S_OK, upload("--B\r\nX: " + filler + "\r\n" + text_part("a", "1").substr(5) + kEnd));
   EXPECT_EQ(L"1", text(L"a"));
 }
