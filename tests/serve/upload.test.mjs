@@ -4,7 +4,7 @@ import { File } from 'node:buffer';
 import { execFile } from 'node:child_process';
 import { createHash } from 'node:crypto';
 import { once } from 'node:events';
-import { mkdtemp, rm, writeFile } from 'node:fs/promises';
+import { mkdtemp, readFile, readdir, rm, writeFile } from 'node:fs/promises';
 import { request } from 'node:http';
 import { connect } from 'node:net';
 import { tmpdir } from 'node:os';
@@ -52,6 +52,37 @@ function dial(address = site.address) {
 
 const head = (lines, target = '/?names=a') =>
   `POST ${target} HTTP/1.1\r\nHost: a\r\nContent-Type: multipart/form-data; boundary=B\r\n${lines}\r\n`;
+
+// The rows of what is expected of a recorded body, their columns as bytes.
+async function rowsOf(file) {
+  const plain = { r: '\r', n: '\n', t: '\t', 0: '\0', '\\': '\\' };
+  const unescaped = (text) => text.replace(/\\(?:x(..)|(.))/g, (_, hex, c) => (hex ? String.fromCharCode('0x' + hex) : plain[c]));
+  const lines = (await readFile(file, 'latin1')).split('\n').filter((line) => line && line[0] !== '#');
+  return lines.map((line) => line.split('\t').map((column) => Buffer.from(unescaped(column), 'latin1')));
+}
+
+const bodies = fileURLToPath(new URL('../data/multipart', import.meta.url));
+test('recorded and hostile bodies give what is expected of them', async () => {
+  for (const folder of await readdir(bodies)) {
+    const only = {};  // the rows of which there is one
+    const values = [];
+    for (const [kind, first, index, ...rest] of await rowsOf(join(bodies, folder, 'expected'))) {
+      const texts = rest.slice(0, 3).map(String);
+      if (kind == 'text') values.push([String(first), index, texts[0]]);
+      else if (kind == 'file') values.push([String(first), index, [...texts, rest[3].length, sha1(rest[3])]]);
+      else only[kind] = String(first);
+    }
+    const names = [...new Set(values.map(([name]) => name))];
+    const answer = await (await fetch(at(names.map(encodeURIComponent)), {
+      method: 'POST', body: await readFile(join(bodies, folder, 'body')),
+      headers: { 'Content-Type': `multipart/form-data; boundary=${only.boundary}` },
+    })).json();
+    assert.equal('error' in answer, only.result !== '00000000', `${folder}: ${answer.error}`);
+    assert.equal(answer.count, Number(only.count), folder);
+    for (const [name, index, value] of values)
+      assert.deepEqual(valuesOf(answer)[name][index - 1], value, `${folder}: ${name} ${index}`);
+  }
+});
 
 test('curl -F', async () => {
   const bytes = largePicture(300_000);

@@ -1,7 +1,7 @@
 <%@ Language="JavaScript" CodePage="65001" EnableSessionState="False" %>
 <%
 // Says what of an upload has arrived, as JSON: { total, error } or { total, fields: [{ name, values }] } with
-// the fields that ?names= lists. A file's value is [name, last part of it, type, size, SHA-1].
+// the fields that ?names= lists; all three where a body is malformed. A file's value is [name, last part of it, type, size, SHA-1].
 var mirt = Server.CreateObject("Mirt");
 mirt.AddScript(this);
 
@@ -14,18 +14,20 @@ function told(value) {
 }
 
 var answer = { total: Request.TotalBytes };
-function On_StartProcess() {
+function tell() {
   answer.count = mirt.Request.Count;
   answer.fields = String(Request.QueryString("names")).split(",").map(function (name) {
     var list = mirt.Request(name);
     return { name: name, values: list ? mirt.ToArray(list).map(told) : [] };
   });
 }
+function On_StartProcess() { tell(); }
 function On_StartDraw() { return false; }
 try {
   mirt.Process();
 } catch (error) {
   answer.error = error.message;
+  if (!/^Upload/.test(answer.error)) tell();  // a malformed body leaves what stood before the fault
 }
 Response.ContentType = "application/json";
 Response.Write(JSON.stringify(answer));
