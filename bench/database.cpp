@@ -1,0 +1,90 @@
+// What it costs a page to get a connection, run a statement and give the connection back: connecting anew,
+// from the driver manager's pool, and from the host's. The host's asks the database whether it is still
+// there before it hands a connection out; the driver manager's asks the driver alone.
+#include <benchmark/benchmark.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "driver_manager.h"
+#include "korlib/database/databases.h"
+
+namespace {
+
+using databases::Kind;
+
+// Makes the driver manager pool the connections of the installed drivers. It reads its settings once in a
+// process.
+class PoolingDrivers {
+ public:
+  PoolingDrivers() {
+    std::ifstream installed("/etc/odbcinst.ini");
+    std::ofstream list(folder_.path() / "odbcinst.ini");
+    list << "[ODBC]\nPooling=Yes\n";
+    for (std::string line; std::getline(installed, line);) {
+      list << line << '\n';
+      if (line.starts_with('[')) list << "CPTimeout=60\n";
+    }
+    setenv("ODBCSYSINI", folder_.path().c_str(), 1);
+  }
+
+ private:
+  TemporaryFolder folder_;
+};
+
+const std::wstring& connection_string(Kind kind) {
+  static const databases::Fresh sqlite(Kind::kSqlite);
+  static const databases::Fresh postgres(Kind::kPostgres);
+  return (kind == Kind::kSqlite ? sqlite : postgres).connection_string();
+}
+
+void ThroughDriverManager(benchmark::State& state, Kind kind) {
+  const std::wstring& text = connection_string(kind);
+  const std::string bytes(text.begin(), text.end());
+  const DriverManager manager;
+  for ([[maybe_unused]] auto _ : state) {
+    if (!manager.connect_and_run(bytes, "SELECT 1")) state.SkipWithError("the statement failed");
+  }
+}
+
+void HostsPool(benchmark::State& state, Kind kind) {
+  const CComVariant text{std::wstring_view(connection_string(kind))};
+  for ([[maybe_unused]] auto _ : state) {
+    const CComPtr<IDispatch> connection = databases::create(CLSID_KorDBConnection);
+    test::call(connection.get(), L"Open", text);
+    if (FAILED(test::call(connection.get(), L"Execute", L"SELECT 1").hr)) state.SkipWithError("the statement failed");
+  }
+}
+
+void measure(const std::string& name, void (*function)(benchmark::State&, Kind)) {
+  for (const Kind kind : {Kind::kSqlite, Kind::kPostgres}) {
+    const std::string database = kind == Kind::kSqlite ? "/sqlite" : "/postgres";
+    benchmark::RegisterBenchmark((name + database).c_str(), function, kind)
+        ->ThreadRange(1, 4)
+        ->Unit(benchmark::kMicrosecond)
+        ->UseRealTime();
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  const pid_t child = fork();
+  std::optional<PoolingDrivers> drivers;
+  if (child == 0) {
+    drivers.emplace();
+    measure("DriverManagersPool", ThroughDriverManager);
+  } else {
+    int status = 0;
+    waitpid(child, &status, 0);
+    measure("Anew", ThroughDriverManager);
+    measure("HostsPool", HostsPool);
+  }
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}
