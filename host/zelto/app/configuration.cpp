@@ -18,6 +18,12 @@ namespace zelto {
 
 namespace {
 
+bool is_address(const std::string& text) {
+  boost::system::error_code error;
+  boost::asio::ip::make_address(text, error);
+  return !error;
+}
+
 class File {
  public:
   explicit File(const std::string& name) : name_(name) {
@@ -27,9 +33,9 @@ class File {
     } catch (const toml::parse_error& error) {
       throw WrongUse(fmt::format("{}:{}: {}", name, error.source().begin.line, std::string(error.description())));
     }
-    static const std::set<std::string_view> known{
-        "listen",          "workers",           "body_limit", "script_timeout",
-        "session_timeout", "default_documents", "protect",    "debug"};
+    static const std::set<std::string_view> known{"listen",         "workers",         "body_limit",
+                                                  "script_timeout", "session_timeout", "default_documents",
+                                                  "protect",        "trusted_proxies", "debug"};
     for (const auto& [key, value] : table_) {
       if (!known.contains(key.str())) fail(key.str(), "is not known");
     }
@@ -72,6 +78,30 @@ class File {
   toml::table table_;
 };
 
+void read_site(const File& file, SiteOptions& site) {
+  site.debug = file.get<bool>("debug").value_or(false);
+  site.script_timeout = std::chrono::seconds(file.number("script_timeout", 1, 86400).value_or(90));
+  site.session_timeout = static_cast<LONG>(file.number("session_timeout", 1, 1440).value_or(20));
+  if (auto names = file.texts("default_documents")) site.files.default_documents = std::move(*names);
+  for (const std::string& name : file.texts("protect").value_or(std::vector<std::string>())) {
+    if (!site.files.protect(name)) file.fail("protect", "takes \"folder/\", \"*.extension\" or \"file\"");
+  }
+}
+
+void read_server(const File& file, ServerOptions& server) {
+  constexpr std::int64_t kMostBytes = std::int64_t{1} << 40;
+  const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+  set_listen_address(file.get<std::string>("listen").value_or("127.0.0.1:8080"), server);
+  server.workers = static_cast<unsigned>(file.number("workers", 1, 1024).value_or(std::int64_t{2} * cores));
+  server.worker_stack = kPageStack;
+  const auto limit = file.number("body_limit", 0, kMostBytes);
+  if (limit) server.limits.body_bytes = static_cast<std::uint64_t>(*limit);
+  for (const std::string& proxy : file.texts("trusted_proxies").value_or(std::vector<std::string>())) {
+    if (!is_address(proxy)) file.fail("trusted_proxies", "takes addresses, as in \"127.0.0.1\"");
+    server.trusted_proxies.push_back(boost::asio::ip::make_address(proxy).to_string());
+  }
+}
+
 }  // namespace
 
 void set_listen_address(const std::string& text, ServerOptions& options) {
@@ -85,30 +115,18 @@ void set_listen_address(const std::string& text, ServerOptions& options) {
   }
   if (address == "localhost") address = "127.0.0.1";
   options.address = address.empty() ? "0.0.0.0" : address;
-  boost::system::error_code unknown;
-  boost::asio::ip::make_address(options.address, unknown);
-  if (unknown) throw WrongUse("'" + address + "' is no address to listen on");
+  if (!is_address(options.address)) throw WrongUse("'" + address + "' is no address to listen on");
 }
 
 Configuration read_configuration(const ServeCommand& command) {
-  constexpr std::int64_t kMostBytes = std::int64_t{1} << 40;
   const File file(command.site + "/zelto.toml");
   Configuration made;
   made.site.root = command.site;
-  made.site.debug = command.debug || file.get<bool>("debug").value_or(false);
-  made.site.script_timeout = std::chrono::seconds(file.number("script_timeout", 1, 86400).value_or(90));
-  made.site.session_timeout = static_cast<LONG>(file.number("session_timeout", 1, 1440).value_or(20));
-  if (auto names = file.texts("default_documents")) made.site.files.default_documents = std::move(*names);
-  for (const std::string& name : file.texts("protect").value_or(std::vector<std::string>())) {
-    if (!made.site.files.protect(name)) file.fail("protect", "takes \"folder/\", \"*.extension\" or \"file\"");
-  }
-  set_listen_address(command.listen.value_or(file.get<std::string>("listen").value_or("127.0.0.1:8080")), made.server);
-  const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
-  const auto workers = file.number("workers", 1, 1024).value_or(std::int64_t{2} * cores);
-  made.server.workers = command.workers.value_or(static_cast<unsigned>(workers));
-  made.server.worker_stack = kPageStack;
-  const auto limit = file.number("body_limit", 0, kMostBytes);
-  if (limit) made.server.limits.body_bytes = static_cast<std::uint64_t>(*limit);
+  read_site(file, made.site);
+  made.site.debug |= command.debug;
+  read_server(file, made.server);
+  if (command.listen) set_listen_address(*command.listen, made.server);
+  if (command.workers) made.server.workers = *command.workers;
   if (command.body_limit) made.server.limits.body_bytes = *command.body_limit;
   return made;
 }

@@ -24,6 +24,7 @@ struct Configuration {
 //   session_timeout = 20        # minutes
 //   default_documents = ["default.asp", "index.asp"]  # what a folder shows, the first that there is
 //   protect = ["drafts/", "*.cfg", "notes.txt"]       # never served; added to what never is
+//   trusted_proxies = ["127.0.0.1"]  # whose X-Forwarded-Proto: https makes cookies Secure
 //   debug = false
 Configuration read_configuration(const ServeCommand& command);
 

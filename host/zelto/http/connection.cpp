@@ -3,6 +3,7 @@
 #include <sys/sendfile.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/write.hpp>
@@ -10,6 +11,7 @@
 #include <string_view>
 #include <utility>
 
+#include "http/ascii.h"
 #include "http/framing.h"
 #include "http/static_files.h"
 
@@ -32,10 +34,21 @@ constexpr int kHeadTooLarge = 431;
 constexpr int kServerError = 500;
 constexpr int kUnavailable = 503;
 
+// What a proxy says about its own client. Two opinions may be one of the client's own.
+bool came_encrypted(const HttpRequest& request, const std::vector<std::string>& trusted_proxies) {
+  if (std::ranges::find(trusted_proxies, request.remote_address) == trusted_proxies.end()) return false;
+  const auto is_said = [](const Header& header) { return same_text(header.name, "X-Forwarded-Proto"); };
+  return std::ranges::count_if(request.headers, is_said) == 1 &&
+         same_text(*request.header("X-Forwarded-Proto"), "https");
+}
+
 }  // namespace
 
 Connection::Connection(Socket socket, ConnectionShared& shared)
-    : socket_(std::move(socket)), timer_(socket_.get_executor()), shared_(shared) {}
+    : socket_(std::move(socket)),
+      shared_(shared),
+      deadline_(socket_.get_executor(), [this] { on_timeout(); }),
+      read_rate_(limits().body_timeout, limits().body_rate) {}
 
 Connection::~Connection() { shared_.gone(this); }
 
@@ -155,8 +168,7 @@ void Connection::on_head(std::size_t size) {
 
 void Connection::begin_body() {
   phase_ = Phase::kBody;
-  body_began_ = Clock::now();
-  body_received_ = 0;
+  read_rate_.begin(Clock::now());
   if (!expects_continue(parser_->request()) || !input_.empty()) return read_body();
   std::size_t used = 0;
   if (parser_->parse_body({}, used) == RequestParser::Progress::kTooLarge) {
@@ -174,7 +186,6 @@ void Connection::read_body() {
   std::size_t used = 0;
   const auto progress = parser_->parse_body(input_, used);
   input_.erase(0, used);
-  body_received_ += used;
   switch (progress) {
     case RequestParser::Progress::kDone:
       return submit();
@@ -188,16 +199,9 @@ void Connection::read_body() {
   }
   // What is left now is one chunk's line or a trailer.
   if (input_.size() > limits().header_bytes) return refuse(kBadRequest);
-  if (is_too_slow()) return refuse(kRequestTimeout);
+  if (read_rate_.is_too_slow(used, Clock::now())) return refuse(kRequestTimeout);
   arm(limits().body_timeout);
   receive(&Connection::read_body);
-}
-
-bool Connection::is_too_slow() const {
-  const auto counted = Clock::now() - body_began_ - limits().body_timeout;
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(counted).count();
-  return limits().body_timeout.count() > 0 && seconds > 0 &&
-         body_received_ / static_cast<std::uint64_t>(seconds) < limits().body_rate;
 }
 
 // --- answering
@@ -213,6 +217,7 @@ void Connection::submit() {
   const auto remote = socket_.remote_endpoint(error);
   request.remote_address = record_.remote_address;
   if (!error) request.remote_port = remote.port();
+  request.secure = came_encrypted(request, shared_.options.trusted_proxies);
   sink_.reset(socket_.native_handle(), {.head_only = request.method == "HEAD",
                                         .minor_version = request.minor_version,
                                         .keep_alive = !last_ && !unread_input_,
@@ -349,49 +354,28 @@ void Connection::drain() {
   sink_.reset(-1, {});
   Error ignored;
   socket_.shutdown(Socket::shutdown_send, ignored);
-  body_began_ = Clock::now();
-  body_received_ = 0;
+  read_rate_.begin(Clock::now());
+  drained_ = 0;
   drain_more();
 }
 
 void Connection::drain_more() {
-  body_received_ += input_.size();
+  const std::size_t read = input_.size();
+  drained_ += read;
   input_.clear();
-  if (body_received_ > limits().drain_bytes || is_too_slow()) return close();
+  if (drained_ > limits().drain_bytes || read_rate_.is_too_slow(read, Clock::now())) return close();
   arm(limits().drain_timeout);
   receive(&Connection::drain_more);
 }
 
 void Connection::close() {
   phase_ = Phase::kClosed;
-  timer_.cancel();
+  deadline_.stop();
   Error ignored;
   socket_.close(ignored);
 }
 
-// --- time-outs: one timer, moved only when a deadline comes nearer
-
-void Connection::arm(Duration duration) {
-  deadline_ = duration.count() > 0 ? Clock::now() + duration : Clock::time_point::max();
-  if (deadline_ < timer_at_) watch_deadline();
-}
-
-void Connection::watch_deadline() {
-  timer_at_ = deadline_;
-  timer_.expires_at(timer_at_);
-  timer_.async_wait([self = shared_from_this()](const Error& error) {
-    if (error || self->phase_ == Phase::kClosed) return;
-    self->timer_at_ = Clock::time_point::max();
-    if (self->deadline_ == Clock::time_point::max()) return;
-    if (self->deadline_ > Clock::now())
-      self->watch_deadline();
-    else
-      self->on_timeout();
-  });
-}
-
 void Connection::on_timeout() {
-  deadline_ = Clock::time_point::max();
   if (is_idle() || phase_ == Phase::kDraining) return close();
   timed_out_ = phase_ != Phase::kSending;
   socket_.cancel();  // whatever waits for the client now fails

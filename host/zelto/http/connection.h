@@ -3,14 +3,15 @@
 
 #include <atomic>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "http/deadline.h"
 #include "http/head_scanner.h"
+#include "http/read_rate.h"
 #include "http/request_parser.h"
 #include "http/server.h"
 #include "http/socket_sink.h"
@@ -60,7 +61,6 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void on_head(std::size_t size);
   void begin_body();
   void read_body();
-  bool is_too_slow() const;
   void receive(Step next);
   void on_received(const Error& error, Step next);
 
@@ -78,15 +78,14 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void drain_more();
   void close();
 
-  void arm(Duration duration);
-  void watch_deadline();
+  void arm(Duration duration) { deadline_.arm(duration, shared_from_this()); }
   void on_timeout();
   bool is_idle() const;
   const HttpLimits& limits() const { return shared_.options.limits; }
 
   Socket socket_;
-  boost::asio::steady_timer timer_;
   ConnectionShared& shared_;
+  Deadline deadline_;
 
   Phase phase_ = Phase::kHead;
   bool last_ = false;          // close after this answer
@@ -96,17 +95,14 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   bool timed_out_ = false;
   unsigned served_ = 0;
 
-  Clock::time_point deadline_ = Clock::time_point::max();
-  Clock::time_point timer_at_ = Clock::time_point::max();
-  Clock::time_point body_began_;
   Clock::time_point began_;
-  std::chrono::system_clock::time_point received_at_;
 
   std::string input_;     // received and not yet consumed, with room behind it while more is awaited
   std::size_t held_ = 0;  // the part of it that is received, meanwhile
   std::optional<HeadScanner> scanner_;
   std::optional<RequestParser> parser_;
-  std::uint64_t body_received_ = 0;
+  ReadRate read_rate_;  // of a body, or of what is drained
+  std::uint64_t drained_ = 0;
   AccessRecord record_;
   SocketSink sink_;
   std::size_t sent_ = 0;  // of the sink's unsent bytes

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "http/message.h"
 
@@ -22,7 +23,7 @@ struct HttpLimits {
   std::uint64_t body_bytes = std::uint64_t{16} * 1024 * 1024;
   Duration header_timeout = std::chrono::seconds(10);
   Duration body_timeout = std::chrono::seconds(30);  // between two reads
-  std::uint64_t body_rate = 256;                     // bytes a second, once body_timeout has passed
+  std::uint64_t body_rate = 256;                     // bytes a second, in every span of body_timeout
   Duration send_timeout = std::chrono::seconds(30);  // between two writes
   Duration keep_alive_timeout = std::chrono::seconds(15);
   unsigned keep_alive_requests = 1000;
@@ -62,6 +63,8 @@ struct ServerOptions {
   unsigned workers = 2;
   std::size_t worker_stack = std::size_t{8} * 1024 * 1024;
   std::size_t queue = 256;  // requests that may wait for a worker; others get 503
+  // Addresses whose X-Forwarded-Proto is believed, as they are written in AccessRecord.
+  std::vector<std::string> trusted_proxies{};
   HttpLimits limits{};
   std::function<void(const AccessRecord&)> on_access{};  // called on I/O threads, one call at a time
 };

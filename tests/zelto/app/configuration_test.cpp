@@ -68,6 +68,11 @@ TEST_F(Configuration, AddsToWhatIsProtected) {
   EXPECT_EQ(files.default_documents, std::vector<std::string>{"a.asp"});
 }
 
+TEST_F(Configuration, KnowsTheProxiesToTrust) {
+  EXPECT_EQ(read("trusted_proxies = [\"127.0.0.1\", \"0:0::1\"]").server.trusted_proxies,
+            (std::vector<std::string>{"127.0.0.1", "::1"}));
+}
+
 TEST_F(Configuration, LetsTheCommandLineWin) {
   command.listen = ":82";
   command.workers = 1;
@@ -97,6 +102,7 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
     EXPECT_EQ(problem("protect = [\"" + std::string(name) + "\"]"),
               file + ": protect takes \"folder/\", \"*.extension\" or \"file\"")
         << name;
+  EXPECT_EQ(problem("trusted_proxies = [\"proxy\"]"), file + ": trusted_proxies takes addresses, as in \"127.0.0.1\"");
   EXPECT_EQ(problem("a = \n").substr(0, file.size() + 3), file + ":1:");
 }
 

@@ -106,6 +106,11 @@ std::optional<Answer> Client::receive(bool head_only) {
   return answer;
 }
 
+bool Client::has_input() {
+  pollfd state{socket_, POLLIN, 0};
+  return !input_.empty() || ::poll(&state, 1, 0) > 0;
+}
+
 bool Client::at_end() { return input_.empty() && !fill(); }
 
 void Client::finish_sending() { ::shutdown(socket_, SHUT_WR); }

@@ -31,6 +31,8 @@ class Client {
   std::optional<Answer> receive(bool head_only = false);
   // True once the server has closed its side and nothing was left to read.
   bool at_end();
+  // Whether something has come that was not received yet; does not wait.
+  bool has_input();
   // Ends the sending side.
   void finish_sending();
   // Closes with a reset.

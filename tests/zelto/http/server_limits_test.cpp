@@ -116,6 +116,33 @@ TEST(ServerLimits, EndSlowRequestsWith408) {
   }
 }
 
+// It is never silent, and would take hours.
+TEST(ServerLimits, EndABodyThatTricklesIn) {
+  zelto::HttpLimits limits;
+  limits.body_timeout = milliseconds(50);
+  limits.body_rate = std::uint64_t{1} << 40;
+  TestServer test(with_limits(limits));
+  Client client(test.port());
+  client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 16000000\r\n\r\n");
+  for (int i = 0; i < 15'000'000 && !client.has_input(); ++i) client.send("a");
+  EXPECT_EQ(client.receive().value().status, 408);
+}
+
+TEST(ServerLimits, AreTheseUnlessSaidOtherwise) {
+  using namespace std::chrono_literals;
+  const zelto::HttpLimits limits;
+  EXPECT_EQ(limits.header_bytes, 16'384U);
+  EXPECT_EQ(limits.header_lines, 100U);
+  EXPECT_EQ(limits.chunk_extension_bytes, 4'096U);
+  EXPECT_EQ(limits.body_bytes, 16'777'216U);
+  EXPECT_EQ(limits.header_timeout, 10s);
+  EXPECT_EQ(limits.body_timeout, 30s);
+  EXPECT_EQ(limits.send_timeout, 30s);
+  EXPECT_EQ(limits.keep_alive_timeout, 15s);
+  EXPECT_EQ(limits.keep_alive_requests, 1000U);
+  EXPECT_EQ(limits.drain_timeout, 5s);
+}
+
 TEST(ServerLimits, CloseSilentConnectionsWithoutAWord) {
   zelto::HttpLimits limits;
   limits.header_timeout = milliseconds(20);

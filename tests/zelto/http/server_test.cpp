@@ -199,6 +199,26 @@ TEST(Server, WritesOneRecordPerAnswer) {
   EXPECT_EQ(records[1].status, 400);
 }
 
+TEST(Server, BelievesOnlyATrustedProxyThatItsClientCameEncrypted) {
+  struct Row {
+    std::string headers;
+    std::string answer;
+  };
+  const Row rows[] = {{"", "plain"},
+                      {"X-Forwarded-Proto: https\r\n", "encrypted"},
+                      {"x-forwarded-proto: HTTPS\r\n", "encrypted"},
+                      {"X-Forwarded-Proto: http\r\n", "plain"},
+                      {"X-Forwarded-Proto: https, http\r\n", "plain"},
+                      {"X-Forwarded-Proto: https\r\nX-Forwarded-Proto: http\r\n", "plain"}};
+  TestServer trusting({.trusted_proxies = {"10.0.0.1", "127.0.0.1"}});
+  TestServer wary({.trusted_proxies = {"10.0.0.1"}});
+  for (const Row& row : rows) {
+    const std::string request = "GET /encrypted HTTP/1.1\r\n" + kHost + row.headers + "\r\n";
+    EXPECT_EQ(ask(trusting.port(), request).body, row.answer) << row.headers;
+    EXPECT_EQ(ask(wary.port(), request).body, "plain") << row.headers;
+  }
+}
+
 TEST(Server, AnswersManyClientsAtOnce) {
   TestServer test({.io_threads = 2, .workers = 4});
   constexpr int kClients = 16;
