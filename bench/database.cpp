@@ -7,7 +7,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <optional>
 #include <string>
 
 #include "driver_manager.h"
@@ -42,7 +41,7 @@ const std::wstring& connection_string(Kind kind) {
   return (kind == Kind::kSqlite ? sqlite : postgres).connection_string();
 }
 
-void ThroughDriverManager(benchmark::State& state, Kind kind) {
+void through_driver_manager(benchmark::State& state, Kind kind) {
   const std::wstring& text = connection_string(kind);
   const std::string bytes(text.begin(), text.end());
   const DriverManager manager;
@@ -60,31 +59,41 @@ void HostsPool(benchmark::State& state, Kind kind) {
   }
 }
 
-void measure(const std::string& name, void (*function)(benchmark::State&, Kind)) {
-  for (const Kind kind : {Kind::kSqlite, Kind::kPostgres}) {
-    const std::string database = kind == Kind::kSqlite ? "/sqlite" : "/postgres";
-    benchmark::RegisterBenchmark((name + database).c_str(), function, kind)
-        ->ThreadRange(1, 4)
-        ->Unit(benchmark::kMicrosecond)
-        ->UseRealTime();
-  }
+void in_threads(benchmark::internal::Benchmark* one) {
+  one->ThreadRange(1, 4)->Unit(benchmark::kMicrosecond)->UseRealTime();
 }
+
+void Anew(benchmark::State& state, Kind kind) { through_driver_manager(state, kind); }
+void DriverManagersPool(benchmark::State& state, Kind kind) { through_driver_manager(state, kind); }
+
+// NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): the library keeps what is registered
+void run_pooling() {
+  const PoolingDrivers drivers;
+  BENCHMARK_CAPTURE(DriverManagersPool, sqlite, Kind::kSqlite)->Apply(in_threads);
+  BENCHMARK_CAPTURE(DriverManagersPool, postgres, Kind::kPostgres)->Apply(in_threads);
+  benchmark::RunSpecifiedBenchmarks();
+}
+
+void run_plain() {
+  BENCHMARK_CAPTURE(Anew, sqlite, Kind::kSqlite)->Apply(in_threads);
+  BENCHMARK_CAPTURE(Anew, postgres, Kind::kPostgres)->Apply(in_threads);
+  BENCHMARK_CAPTURE(HostsPool, sqlite, Kind::kSqlite)->Apply(in_threads);
+  BENCHMARK_CAPTURE(HostsPool, postgres, Kind::kPostgres)->Apply(in_threads);
+  benchmark::RunSpecifiedBenchmarks();
+}
+// NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
 
 }  // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   const pid_t child = fork();
-  std::optional<PoolingDrivers> drivers;
   if (child == 0) {
-    drivers.emplace();
-    measure("DriverManagersPool", ThroughDriverManager);
+    run_pooling();
   } else {
     int status = 0;
     waitpid(child, &status, 0);
-    measure("Anew", ThroughDriverManager);
-    measure("HostsPool", HostsPool);
+    run_plain();
   }
-  benchmark::RunSpecifiedBenchmarks();
   return 0;
 }
