@@ -131,13 +131,13 @@ HRESULT FakeScript::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID
   EXPECT_EQ(LOCALE_SYSTEM_DEFAULT, lcid);
   for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
   asked_.emplace_back(names[0]);
-  if (!*names[0]) return DISP_E_UNKNOWNNAME;
+  if (!*names[0]) return unknown_name_;
   ids[0] = find(names[0]);
   if (ids[0] == DISPID_UNKNOWN && accepts_new_names_) {
     member(names[0]);
     ids[0] = find(names[0]);
   }
-  return ids[0] == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK;
+  return ids[0] == DISPID_UNKNOWN ? unknown_name_ : S_OK;
 }
 
 HRESULT FakeScript::run(const Member& member, WORD flags, const Arguments& arguments, VARIANT* result) {

@@ -48,6 +48,8 @@ class FakeScript final : public IDispatch {
   // A name that is written first comes to be, as a variable of a script would; off at first.
   void accept_new_names() { accepts_new_names_ = true; }
   void remove(const std::wstring& name);
+  // Every look-up of a name that is not there fails with this code.
+  void fail_unknown_names(HRESULT hr) { unknown_name_ = hr; }
 
   const CComVariant& current(const std::wstring& name) const;        // of a value; empty for none
   const std::vector<Call>& calls() const { return calls_; }          // of functions, and writes
@@ -86,6 +88,7 @@ class FakeScript final : public IDispatch {
 
   ULONG references_ = 1;
   bool accepts_new_names_ = false;
+  HRESULT unknown_name_ = DISP_E_UNKNOWNNAME;
   std::vector<Member> members_;  // the identifier of members_[i] is i; members_[0] is the default member
   std::vector<Call> calls_;
   std::vector<std::wstring> asked_;

@@ -277,11 +277,12 @@ HRESULT Contents::get_Count(int* count) {
   return S_OK;
 }
 HRESULT Contents::Remove(VARIANT index) {
-  RETURN_IF_FAILED(calls_->note("Contents.Remove"));
+  const HRESULT hr = calls_->note("Contents.Remove");
+  RETURN_IF_FAILED(hr);
   if (index.vt != VT_BSTR) return DISP_E_TYPEMISMATCH;
   // The value goes after its entry: its last reference may come back here.
   auto node = values_->extract(std::wstring(korlib::view_of(index.bstrVal)));
-  return S_OK;
+  return hr;
 }
 HRESULT Contents::RemoveAll() {
   values_->clear();

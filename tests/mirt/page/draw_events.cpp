@@ -37,6 +37,12 @@ TEST_F(DrawEvents, NobodyToDrawIsAnError) {
   EXPECT_EQ(L"<code 80004005>Event 'OnDraw__inputs' not found.", draw(L"(#%_inputs#)"));
 }
 
+TEST_F(DrawEvents, ALookUpThatFailsOtherwiseIsNoFunctionEither) {
+  script().fail_unknown_names(E_ACCESSDENIED);
+  EXPECT_EQ(refused(L"_Input"), draw(L"(#%_Input#)"));
+  EXPECT_EQ(L"<code 80004005>Event 'OnDraw_Row' not found.", draw(L"(#%Row#)"));
+}
+
 TEST_F(DrawEvents, AFailingFunctionQuotesTheMark) {
   script().failing(L"OnDraw_Row", DISP_E_EXCEPTION, L"broken");
   EXPECT_EQ(L"<code 80020009>[(#%Row#)]", draw(L"(#%Row#)"));
@@ -216,6 +222,18 @@ TEST_P(InputDrawers, TheTextsInsideComeInTheOtherOrder) {
   });
 }
 
+TEST_P(InputDrawers, NeedATextForNameAndValue) {
+  in_process([&] {
+    bind(L"", CComVariant(L""));
+    for (const wchar_t* item : {L"_Name", L"_Value"}) {
+      const std::wstring key = L"_Input" + suffix() + item;
+      call(page(), L"SetView", key, null_value());
+      EXPECT_EQ(L"<code 80020005>[(#%_Input" + suffix() + L"_Default#)]", draw(mark(L"_Default|not#|#match#)")));
+      call(page(), L"SetView", key, L"");
+    }
+  });
+}
+
 TEST_P(InputDrawers, DrawTheThirdTextWhereNothingIsBound) {
   in_process([&] {
     EXPECT_EQ(L"none", draw(mark(L"|n#|#some#|#none#)")));
@@ -282,6 +300,28 @@ TEST_F(DrawEvents, InputDrawersOfTheBagNeedAName) {
 TEST_F(DrawEvents, AVariableThatIsAFunctionCannotBeBound) {
   script().function(L"f", [](const Arguments&) { return CComVariant(L"v"); });
   EXPECT_EQ(L"<code 80020003>[(#%_InputDefaultP#)]", draw(L"(#%_InputDefaultP|f#|#v#|#a#|#b#)"));
+}
+
+TEST_F(DrawEvents, AVariableMayAnswerWithAReference) {
+  CComVariant list = value_of(std::vector<CComVariant>{CComVariant(L"u"), CComVariant(L"v")});
+  CComVariant reference;
+  reference.vt = VT_BYREF | VT_ARRAY | VT_VARIANT;
+  reference.pparray = &list.parray;
+  script().value(L"n", reference);
+  EXPECT_EQ(L"yes", draw(L"(#%_InputDefaultP|n#|#v#|#yes#|#no#)"));
+  EXPECT_EQ(L"no", draw(L"(#%_InputDefaultP|n#|#x#|#yes#|#no#)"));
+  script().value(L"n", by_reference(&list));
+  EXPECT_EQ(L"yes", draw(L"(#%_InputDefaultP|n#|#u#|#yes#|#no#)"));
+  script().remove(L"n");
+}
+
+TEST_F(DrawEvents, ALookUpOfAVariableThatFailsOtherwiseIsPassedOn) {
+  in_process([&] {
+    script().fail_unknown_names(E_ACCESSDENIED);
+    EXPECT_EQ(L"<code 80070005>[(#%_InputP#)]", draw(L"(#%_InputP|n#|#t#|#none#)"));
+    EXPECT_EQ(L"<code 80070005>[(#%_InputDefaultP#)]", draw(L"(#%_InputDefaultP|n#|#v#|#a#|#b#)"));
+    script().fail_unknown_names(DISP_E_UNKNOWNNAME);
+  });
 }
 
 // Each level of the text is the "text if not" of the one around it.

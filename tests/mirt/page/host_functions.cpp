@@ -14,6 +14,7 @@
 namespace {
 
 unsigned long tick_count = 5489;
+std::wstring asked_path;    // what was to be canonicalized last
 std::size_t fill_path = 0;  // when not 0: so many characters are written, and no NUL
 
 std::string narrow(const wchar_t* path) {
@@ -39,6 +40,7 @@ DWORD FormatMessageW(DWORD, const void*, DWORD message, DWORD language, wchar_t*
 }
 
 BOOL PathCanonicalizeW(wchar_t* target, const wchar_t* source) {
+  asked_path = source;
   if (fill_path) {
     std::fill_n(target, fill_path, L'p');
     return TRUE;
@@ -108,6 +110,16 @@ TEST_F(HostFunctions, AnEditedTemplateShowsAtOnce) {
   file("t.html", "older");
   std::filesystem::last_write_time(path, written - std::chrono::seconds(10));
   EXPECT_EQ(L"older", draw_file(L"t"));
+}
+
+// As the platform's function, which knows no other separator.
+TEST_F(HostFunctions, PathsAreCanonicalizedWithBackslashes) {
+  put(page(), L"TemplateFolder", L"/no/such");
+  draw_file(L"sub/../t");
+  EXPECT_EQ(L"\\no\\such", asked_path) << "the base comes behind the path";
+  put(page(), L"TemplateFolder", L"");
+  draw_file(L"sub/../t");
+  EXPECT_EQ(L"sub\\..\\t", asked_path);
 }
 
 TEST_F(HostFunctions, APathThatFillsTheHostsBufferIsNoOverrun) {

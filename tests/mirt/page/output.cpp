@@ -1,4 +1,6 @@
 // Output, headers, log, links, events by name, arrays and the objects that a page makes.
+#include <algorithm>
+
 #include <korlib/adostream.h>
 #include <korlib/dbcommand.h>
 #include <korlib_host/class_table.h>
@@ -138,6 +140,11 @@ TEST_F(Output, FireEventPassesFailuresOnAndLeavesTheResult) {
   EXPECT_EQ(L"before", std::wstring(korlib::view_of(result.bstrVal)));
 }
 
+TEST_F(Output, FireEventPassesOnALookUpThatFailsOtherwise) {
+  script().fail_unknown_names(E_ACCESSDENIED);
+  EXPECT_EQ(E_ACCESSDENIED, call(page(), L"FireEvent", L"f", 1, 1).hr);
+}
+
 TEST_F(Output, FireEventTellsATypedCallerThatTheFunctionExists) {
   CComPtr<IMirt> typed;
   ASSERT_EQ(S_OK, CComPtr<IDispatch>(page()).query(typed.put()));
@@ -211,6 +218,14 @@ class Command final : public korlib::DispatchObject<Command, IKorDBCommand> {
     log.push_back(L"text " + std::wstring(korlib::view_of(text)));
     return fail_at == 3 ? E_ABORT : S_OK;
   }
+  // The base is asked as the host asks; a page wants the command late-bound.
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    if (fail_at == 4 && riid == IID_IDispatch) {
+      *ppv = nullptr;
+      return E_NOINTERFACE;
+    }
+    return DispatchObject::QueryInterface(riid, ppv);
+  }
   ~Command() override { ++destroyed; }
 
   static inline fake::Texts log;
@@ -230,7 +245,8 @@ TEST_F(Factories, NewADOCommandConfiguresTheHostsCommandInOrder) {
   const korlib_host::ClassRow row{CLSID_KorDBCommand, nullptr, create_command};
   korlib_host::register_classes({&row, 1});
   const fake::Texts all = {L"connection dsn", L"type 4", L"text select 1"};
-  for (int fail_at = -1; fail_at <= 3; ++fail_at) {
+  const HRESULT results[] = {REGDB_E_CLASSNOTREG, S_OK, E_ABORT, E_ABORT, E_ABORT, E_NOINTERFACE};
+  for (int fail_at = -1; fail_at <= 4; ++fail_at) {
     Command::log.clear();
     Command::fail_at = fail_at;
     Command::destroyed = 0;
@@ -240,8 +256,8 @@ TEST_F(Factories, NewADOCommandConfiguresTheHostsCommandInOrder) {
       EXPECT_EQ(all, Command::log);
       EXPECT_EQ(0, Command::destroyed);
     } else {
-      EXPECT_EQ(fail_at < 0 ? REGDB_E_CLASSNOTREG : E_ABORT, answer.hr);
-      EXPECT_EQ(static_cast<std::size_t>(fail_at < 0 ? 0 : fail_at), Command::log.size());
+      EXPECT_EQ(results[fail_at + 1], answer.hr);
+      EXPECT_EQ(static_cast<std::size_t>(std::clamp(fail_at, 0, 3)), Command::log.size());
       EXPECT_EQ(fail_at < 0 ? 0 : 1, Command::destroyed);
     }
   }

@@ -5,10 +5,12 @@
 
 #include "frame/globals.h"
 #include "page/command_key.h"
+#include "page/lifecycle.h"
 #include "page/message_store.h"
 #include "page/mirt_session.h"
 #include "page/template_path.h"
 #include "page/text.h"
+#include "support/fake.h"
 #include "support/late_bound.h"
 
 namespace test {
@@ -21,6 +23,54 @@ TEST(CommandKey, FollowsTheSeed) {
     const wchar_t* key;
   } cases[] = {{0, L"OPSVPW"}, {1, L"KZSYAD"}, {5489, L"VDXVDZ"}, {12345, L"YXIDEB"}, {4294967295u, L"CCXOUN"}};
   for (const auto& row : cases) EXPECT_EQ(row.key, page::draw_command_key(row.seed)) << row.seed;
+}
+
+// The lifecycle as it is without the controller, whose own steps accept an empty command and draw files.
+class PlainLifecycle : public testing::Test, protected CMirtConcept {
+ protected:
+  PlainLifecycle() : CMirtConcept(owner()) { handler_.add(script_.get()); }
+  void TearDown() override { script_->forget_calls(); }
+  static IDispatch* owner() {
+    static const CComPtr<FakeScript> owner = FakeScript::make();
+    return owner.get();
+  }
+  void define(std::initializer_list<const wchar_t*> names) {
+    for (const wchar_t* name : names) script_->function(name, [](const Arguments&) { return CComVariant(); });
+  }
+  // How Process ends: the words of its error, empty for success.
+  std::wstring ending() {
+    take_error();
+    script_->forget_calls();
+    const HRESULT hr = CMirtConcept::Process();
+    const ErrorText error = take_error();
+    EXPECT_EQ(error.description.empty() ? S_OK : E_FAIL, hr);
+    EXPECT_EQ(error.description.empty() ? L"" : L"Mirt", error.source);
+    return error.description;
+  }
+
+  CComPtr<FakeScript> script_ = FakeScript::make();
+};
+
+TEST_F(PlainLifecycle, FiresOneFunctionAStep) {
+  command_ = CComBSTR(L"Save");
+  template_ = CComBSTR(L"list");
+  define({L"OnCommand_Save", L"OnTemplate_list"});
+  EXPECT_EQ(L"", ending());
+  EXPECT_EQ((std::vector<std::wstring>{L"On_StartProcess", L"On_StartCommand", L"OnCommand_Save", L"On_EndCommand",
+                                       L"On_StartDraw", L"OnTemplate_list", L"On_EndDraw", L"On_EndProcess"}),
+            script_->asked());
+}
+
+TEST_F(PlainLifecycle, NeedsSomebodyForTheCommandAndForTheTemplate) {
+  EXPECT_EQ(L"Unknown Command ''.", ending());
+  command_ = CComBSTR(L"Save");
+  EXPECT_EQ(L"Unknown Command 'Save'.", ending());
+  define({L"OnCommand_Save"});
+  EXPECT_EQ(L"Unknown Template ''.", ending());
+  template_ = CComBSTR(L"list");
+  EXPECT_EQ(L"Unknown Template 'list'.", ending());
+  define({L"OnTemplate_list"});
+  EXPECT_EQ(L"", ending());
 }
 
 TEST(PageText, JoinsTextsWithWhateverIsInThem) {
@@ -80,6 +130,7 @@ TEST(TemplatePath, IsPermittedBelowItsBaseInAnyCase) {
       {L"/nowhere/a", L"", L"", false},
       {L"", L"", L"/nowhere", false},
       {L"\\nowhere\\a", L"", L"/nowhere\\", true},
+      {L"/nowhere/a", L"/", L"", false},
   };
   for (const auto& row : cases)
     EXPECT_EQ(row.allowed, page::CanPathObtain(row.path, row.permitted, row.folder))

@@ -1,4 +1,5 @@
 // State that outlives a request, and the properties that show it.
+#include "mirt/page/dictionary_class.h"
 #include "mirt/page/page_test.h"
 
 namespace test {
@@ -83,7 +84,8 @@ TEST_F(SessionState, AReadThatFailsMakesANewOne) {
 TEST_F(SessionState, AValueOfAnotherTypeIsReplaced) {
   CComVariant null_object;
   null_object.vt = VT_UNKNOWN;
-  for (const CComVariant& value : {CComVariant(L"text"), CComVariant(LONG{1}), null_object}) {
+  const CComVariant dispatch(static_cast<IDispatch*>(script_.get()));
+  for (const CComVariant& value : {CComVariant(L"text"), CComVariant(LONG{1}), null_object, dispatch}) {
     asp_.session->values()[L"p"] = value;
     with_name();
     process();
@@ -105,6 +107,50 @@ TEST_F(SessionState, AStoreThatFailsEndsProcess) {
   asp_.calls->fail("Session.putref_Value", E_ACCESSDENIED);
   EXPECT_EQ(E_ACCESSDENIED, call(page(), L"Process").hr);
   EXPECT_EQ(0, events);
+  EXPECT_TRUE(object_of(get(page(), L"Bag"))) << "the page has it all the same";
+}
+
+// What came before a failing step stays.
+TEST_F(SessionState, ProcessReadsTheUploadThenMakesTheDictionariesThenBinds) {
+  with_name();
+  asp_.session->values()[L"p"] = CComVariant(static_cast<IUnknown*>(script_.get()));
+  asp_.calls->fail("Request.TotalBytes", E_ACCESSDENIED);
+  asp_.request->server_variables->set(L"HTTP_CONTENT_TYPE", {L"multipart/form-data; boundary=B"});
+  EXPECT_EQ(E_ACCESSDENIED, call(page(), L"Process").hr);
+  EXPECT_EQ(E_FAIL, get(page(), L"View").hr);
+  asp_.request->server_variables->set(L"HTTP_CONTENT_TYPE", {L"text/plain"});
+  EXPECT_EQ(E_NOINTERFACE, call(page(), L"Process").hr);
+  EXPECT_EQ(S_OK, get(page(), L"View").hr);
+  EXPECT_TRUE(object_of(get(page(), L"Include")));
+  EXPECT_TRUE(script().asked().empty());
+}
+
+TEST_F(SessionState, ADictionaryThatCannotBeMadeEndsProcess) {
+  with_name();
+  page();
+  DictionaryClass dictionaries;
+  for (const int allowed : {0, 1}) {
+    dictionaries.fail(E_ACCESSDENIED, allowed);
+    EXPECT_EQ(E_ACCESSDENIED, call(page(), L"Process").hr);
+    EXPECT_EQ(E_FAIL, get(page(), L"View").hr);
+  }
+  EXPECT_TRUE(asp_.session->values().empty());
+  EXPECT_TRUE(script().asked().empty());
+}
+
+TEST_F(SessionState, ABagThatCannotBeMadeIsMissedWhenItIsAskedFor) {
+  with_name();
+  page();
+  {
+    DictionaryClass dictionaries;
+    dictionaries.fail(E_ACCESSDENIED, 2);  // View and Include are made
+    process();
+  }
+  const Answer bag = get(page(), L"Bag");
+  EXPECT_EQ(E_FAIL, bag.hr);
+  EXPECT_EQ(L"", bag.description);
+  EXPECT_EQ(L"<code 80004005>", draw(L"(#&x#)"));
+  EXPECT_EQ(E_FAIL, call(page(), L"PutIntoBag", L"x", false).hr);
 }
 
 TEST_F(SessionState, TheAnswerOfFirstAccessIsIgnoredButItsFailureIsNot) {
@@ -162,6 +208,8 @@ TEST_F(SessionState, AbandonPassesOnWhatTheHostSays) {
   asp_.calls->succeed("Session.Contents");
   asp_.calls->fail("Contents.Remove", E_ACCESSDENIED);
   EXPECT_EQ(E_ACCESSDENIED, call(page(), L"Abandon").hr);
+  asp_.calls->fail("Contents.Remove", S_FALSE);
+  EXPECT_EQ(S_OK, call(page(), L"Abandon").hr) << "every success is one";
   asp_.without_session();
   const Answer answer = call(new_page().get(), L"Abandon");
   EXPECT_EQ(E_FAIL, answer.hr);
@@ -182,6 +230,7 @@ TEST_F(SessionState, ViewAndIncludeExistWhileProcessRuns) {
     EXPECT_TRUE(object_of(get(page(), L"Include")));
   });
   EXPECT_EQ(E_FAIL, get(page(), L"View").hr);
+  EXPECT_FALSE(object_of(get(page(), L"Include")));
   in_process([&] { EXPECT_EQ(VT_EMPTY, get(page(), L"View", L"k").value.vt) << "a new one each time"; });
 }
 

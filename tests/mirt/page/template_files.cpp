@@ -146,6 +146,30 @@ TEST_F(UnreadableFile, IsReplacedByAnotherTemplateWhenTheScriptSaysFalse) {
   EXPECT_EQ(L"the other", draw_file(L"broken"));
 }
 
+TEST_F(UnreadableFile, EndsAsTheOtherTemplateDoes) {
+  file("other.html", "a(#:missing#)");
+  script().function(L"On_TemplateNotFound", [](const Arguments& a) {
+    put(a[0].pdispVal, L"Template", L"other");
+    return CComVariant(false);
+  });
+  EXPECT_EQ(L"<code 80020006>[(#:missing#)]a", draw_file(L"broken"));
+  put(page(), L"Template", L"broken");
+  EXPECT_EQ(DISP_E_UNKNOWNNAME, call(page(), L"Process").hr);
+}
+
+// The other template is the page's, so it lies in the page's folder and not beside the one around it.
+TEST_F(UnreadableFile, IsReplacedFromThePagesFolder) {
+  file("other.html", "outer");
+  file("sub/other.html", "inner");
+  file("sub/page.html", "(#`none#)");
+  std::filesystem::create_directories(folder() / "sub/none.html");
+  script().function(L"On_TemplateNotFound", [](const Arguments& a) {
+    put(a[0].pdispVal, L"Template", L"other");
+    return CComVariant(false);
+  });
+  EXPECT_EQ(L"outer", draw_file(L"sub\\page"));
+}
+
 TEST_F(UnreadableFile, IsDrawnByTheTemplatesOwnFunction) {
   script().function(L"On_TemplateNotFound", [](const Arguments& a) {
     put(a[0].pdispVal, L"Template", L"drawn");
@@ -172,6 +196,18 @@ TEST_F(TemplateFiles, DrawOthersRelativeToThemselves) {
   EXPECT_EQ(L"page[aouter b]outer b", draw_file(L"page"));
   file("page2.html", "page(#`parts\\a#)(#`b#)");
   EXPECT_EQ(L"page[ainner b]outer b", draw_file(L"page2"));
+}
+
+TEST_F(TemplateFiles, GoOnFromTheirOwnFolderBehindAChild) {
+  file("sub/page.html", "(#`deep\\a#)(#`b#)");
+  file("sub/deep/a.html", "[(#`b#)]");
+  file("sub/deep/b.html", "deep b");
+  file("sub/b.html", "sub b");
+  file("b.html", "outer b");
+  for (const bool cached : {true, false}) {
+    put(page(), L"CacheTemplate", cached);
+    EXPECT_EQ(L"[deep b]sub b", draw_file(L"sub\\page"));
+  }
 }
 
 TEST_F(TemplateFiles, PutTheCurrentPathBackAfterAFailure) {
