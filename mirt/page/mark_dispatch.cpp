@@ -1,4 +1,5 @@
 // From a mark's type character to its handler, and what a failing mark is reported as.
+#include <algorithm>
 #include <string>
 
 #include <korlib/winapi.h>
@@ -14,14 +15,16 @@ using Self = GIMirtImpl<IMirt>;
 constexpr VARIANT_BOOL kEncoded = VARIANT_TRUE;
 constexpr VARIANT_BOOL kRaw = VARIANT_FALSE;
 
+constexpr std::size_t kMostWords = 1279;  // characters taken of the platform's words for a code
+
 // The platform's words for the code, none where it has none, and the mark behind them.
 HRESULT report_with_mark(HRESULT hr, const CMarkData& mark) {
   // Not on the stack: a mark inside a mark is reported once for each, one frame inside the other.
-  std::wstring words(1280, L'\0');
-  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                      static_cast<DWORD>(hr), LOCALE_SYSTEM_DEFAULT, words.data(),
-                                      static_cast<DWORD>(words.size()), nullptr);
-  const std::wstring_view system_text = std::wstring_view(words).substr(0, length);
+  std::wstring words(kMostWords + 1, L'\0');
+  const DWORD length =
+      FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, static_cast<DWORD>(hr),
+                     LOCALE_SYSTEM_DEFAULT, words.data(), static_cast<DWORD>(words.size()), nullptr);
+  const std::wstring_view system_text(words.data(), std::min<std::size_t>(length, kMostWords));
   const CComBSTR text = page::join({system_text, L"[(#", {&mark.Type, 1}, mark.Name.view(), L"#)]"});
   return RaiseError(hr, L"Mirt", text ? text.get() : L"");
 }

@@ -13,7 +13,7 @@ using Self = GIMirtImpl<IMirt>;
 // The path of the template being drawn: taken out for as long as names are resolved, put back at the end.
 class TakenPath {
  public:
-  explicit TakenPath(CComBSTR& slot) : slot_(slot), saved_(std::move(slot)) { slot_.reset(); }
+  explicit TakenPath(CComBSTR& slot) : slot_(slot), saved_(std::exchange(slot, {})) {}
   ~TakenPath() { slot_ = std::move(saved_); }
   TakenPath(const TakenPath&) = delete;
   TakenPath& operator=(const TakenPath&) = delete;
@@ -77,8 +77,7 @@ HRESULT Self::draw_instead_of(std::wstring_view path) {
 
 HRESULT Self::draw_text(const CComBSTR& path, BSTR text) {
   current_template_path_ = path;
-  const HRESULT hr = CTemplatorConcept::Process(text);
-  return FAILED(hr) ? hr : S_OK;
+  return CTemplatorConcept::Process(text);
 }
 
 // By the composed path: the cache tells a changed file by its time. The text has been read in any case;
