@@ -5,6 +5,7 @@
 #include <toml++/toml.h>
 #include <algorithm>
 #include <boost/asio/ip/address.hpp>
+#include <cctype>
 #include <charconv>
 #include <filesystem>
 #include <limits>
@@ -33,9 +34,9 @@ class File {
     } catch (const toml::parse_error& error) {
       throw WrongUse(fmt::format("{}:{}: {}", name, error.source().begin.line, std::string(error.description())));
     }
-    static const std::set<std::string_view> known{"listen",         "workers",         "body_limit",
-                                                  "script_timeout", "session_timeout", "default_documents",
-                                                  "protect",        "trusted_proxies", "debug"};
+    static const std::set<std::string_view> known{
+        "listen",  "workers",         "body_limit",   "script_timeout", "session_timeout", "default_documents",
+        "protect", "trusted_proxies", "session_node", "debug"};
     for (const auto& [key, value] : table_) {
       if (!known.contains(key.str())) fail(key.str(), "is not known");
     }
@@ -82,6 +83,11 @@ void read_site(const File& file, SiteOptions& site) {
   site.debug = file.get<bool>("debug").value_or(false);
   site.script_timeout = std::chrono::seconds(file.number("script_timeout", 1, 86400).value_or(90));
   site.session_timeout = static_cast<LONG>(file.number("session_timeout", 1, 1440).value_or(20));
+  if (const auto node = file.get<std::string>("session_node")) {
+    const auto is_plain = [](unsigned char c) { return std::isalnum(c) != 0; };
+    if (node->empty() || !std::ranges::all_of(*node, is_plain)) file.fail("session_node", "takes letters and digits");
+    site.session_suffix = "." + *node;
+  }
   if (auto names = file.texts("default_documents")) site.files.default_documents = std::move(*names);
   for (const std::string& name : file.texts("protect").value_or(std::vector<std::string>())) {
     if (!site.files.protect(name)) file.fail("protect", "takes \"folder/\", \"*.extension\" or \"file\"");

@@ -62,6 +62,8 @@ class PageRun final : public PageHost {
  private:
   bool open_session();
   HRESULT keep_session();
+  HRESULT renew_session();
+  void set_session_cookie();
   void make_objects();
   void run_script(const LoadedPage& loaded);
   script::Outcome run_realm(const LoadedPage& loaded);
@@ -102,6 +104,7 @@ bool PageRun::open_session() {
   session_.emplace(site_.sessions().open(cookie ? to_utf8(cookie->value) : std::string()));
   if (!*session_) return false;
   (*session_)->on_keep = [this] { return keep_session(); };
+  (*session_)->on_renew = [this] { return renew_session(); };
   return true;
 }
 
@@ -110,11 +113,25 @@ HRESULT PageRun::keep_session() {
     return korlib::raise(E_FAIL, L"Session",
                          L"Nothing can be kept in a new session when the response's head has been sent already.");
   }
+  set_session_cookie();
+  site_.sessions().add(session_->state());
+  return S_OK;
+}
+
+HRESULT PageRun::renew_session() {
+  if (page_->response.head_sent()) {
+    return korlib::raise(E_FAIL, L"Session",
+                         L"RenewID: the client cannot be told when the response's head has been sent already.");
+  }
+  site_.sessions().rename(session_->state());
+  set_session_cookie();
+  return S_OK;
+}
+
+void PageRun::set_session_cookie() {
   page_->response.session_cookie = to_utf8(kSessionCookie) + "=" + (*session_)->id +
                                    "; Path=/; HttpOnly; SameSite=Lax" +
                                    (page_->request.http().secure ? "; Secure" : "");
-  site_.sessions().add(session_->state());
-  return S_OK;
 }
 
 void PageRun::make_objects() {

@@ -8,6 +8,14 @@
 
 namespace zelto {
 
+namespace {
+
+bool has_expired(const SessionState& session, SessionStore::Clock::time_point now) {
+  return now - session.last_used >= std::chrono::minutes(session.timeout_minutes);
+}
+
+}  // namespace
+
 std::string make_session_id() {
   constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
   std::array<unsigned char, 16> random{};
@@ -46,14 +54,22 @@ void SessionStore::forget(const SessionState& session) {
   sessions_.erase(session.id);
 }
 
-SessionHold SessionStore::open(std::string_view id) {
+void SessionStore::end(SessionState& session) {
+  forget(session);
+  session.clear();
+}
+
+SessionHold SessionStore::open(std::string_view id, Clock::time_point now) {
   if (const std::shared_ptr<SessionState> known = find(id)) {
     if (!known->lock.lock(patience_)) return {};
-    // While this request waited, the session may have ended.
-    if (is_listed(*known)) return SessionHold(known);
+    // While this request waited, the session may have ended or got another identifier.
+    if (known->id == id && is_listed(*known)) {
+      if (!has_expired(*known, now)) return SessionHold(known);
+      end(*known);
+    }
     known->lock.unlock();
   }
-  auto made = std::make_shared<SessionState>(make_session_id());
+  auto made = std::make_shared<SessionState>(make_id());
   made->timeout_minutes = timeout_minutes_;
   made->lock.try_lock();
   return SessionHold(std::move(made));
@@ -64,14 +80,19 @@ void SessionStore::add(const std::shared_ptr<SessionState>& session) {
   sessions_.emplace(session->id, session);
 }
 
+void SessionStore::rename(const std::shared_ptr<SessionState>& session) {
+  const std::string id = make_id();
+  const std::scoped_lock guard(mutex_);
+  sessions_.erase(session->id);
+  session->id = id;
+  sessions_.emplace(id, session);
+}
+
 void SessionStore::close(SessionHold hold) {
   if (!hold) return;
-  hold->on_keep = nullptr;
+  hold->on_keep = hold->on_renew = nullptr;
   hold->last_used = Clock::now();
-  if (hold->abandoned) {
-    forget(*hold.state());
-    hold->clear();
-  }
+  if (hold->abandoned) end(*hold.state());
 }
 
 std::size_t SessionStore::sweep(Clock::time_point now) {
@@ -84,9 +105,8 @@ std::size_t SessionStore::sweep(Clock::time_point now) {
   for (const auto& session : all) {
     if (!session->lock.try_lock()) continue;
     const SessionHold hold(session);
-    if (now - session->last_used < std::chrono::minutes(session->timeout_minutes)) continue;
-    forget(*session);
-    session->clear();
+    if (!has_expired(*session, now)) continue;
+    end(*session);
     ++ended;
   }
   return ended;

@@ -39,18 +39,21 @@ class SessionStore {
  public:
   using Clock = SessionState::Clock;
 
-  SessionStore(std::chrono::milliseconds patience, LONG timeout_minutes)
-      : patience_(patience), timeout_minutes_(timeout_minutes) {}
+  // `suffix` ends every identifier: of several hosts behind one name, the one that a request must go to.
+  SessionStore(std::chrono::milliseconds patience, LONG timeout_minutes, std::string suffix = {})
+      : patience_(patience), timeout_minutes_(timeout_minutes), suffix_(std::move(suffix)) {}
   // Ends every session. No request may hold one.
   ~SessionStore();
   SessionStore(const SessionStore&) = delete;
   SessionStore& operator=(const SessionStore&) = delete;
 
-  // The session of that identifier, or a new one under a new identifier when there is none. Waits for
-  // requests that hold it; when they take too long the hold is empty.
-  SessionHold open(std::string_view id);
+  // The session of that identifier, or a new one under a new identifier when there is none, or none any
+  // more. Waits for requests that hold it; when they take too long the hold is empty.
+  SessionHold open(std::string_view id, Clock::time_point now = Clock::now());
   // Has later requests find the session. The caller holds its lock.
   void add(const std::shared_ptr<SessionState>& session);
+  // Has later requests find the session by a new identifier only. The caller holds its lock.
+  void rename(const std::shared_ptr<SessionState>& session);
   // The end of a request: an abandoned session ends now, another one counts its time from now.
   void close(SessionHold hold);
 
@@ -62,10 +65,13 @@ class SessionStore {
  private:
   std::shared_ptr<SessionState> find(std::string_view id) const;
   bool is_listed(const SessionState& session) const;
+  std::string make_id() const { return make_session_id() + suffix_; }
+  void end(SessionState& session);
   void forget(const SessionState& session);
 
   const std::chrono::milliseconds patience_;
   const LONG timeout_minutes_;
+  const std::string suffix_;
   mutable std::mutex mutex_;
   std::unordered_map<std::string, std::shared_ptr<SessionState>> sessions_;
 };

@@ -21,6 +21,7 @@ struct SiteOptions {
   std::chrono::seconds script_timeout{90};
   LONG session_timeout = 20;                  // minutes
   std::chrono::seconds session_patience{30};  // how long a request waits for its session
+  std::string session_suffix;                 // of identifiers
   std::function<void(std::string_view)> log;  // one line each time; called on any thread
 };
 

@@ -19,6 +19,7 @@ std::span<const korlib::Member> SessionObject::members() {
       property<&S::get_SessionID>(L"SessionID"),
       property<&S::get_Timeout, &S::put_Timeout>(L"Timeout"),
       method<&S::Abandon>(L"Abandon"),
+      method<&S::RenewID>(L"RenewID"),
   };
   return table;
 }
@@ -60,8 +61,15 @@ HRESULT SessionObject::put_Timeout(LONG minutes) {
   if (minutes < 1 || minutes > kMostMinutes) {
     return korlib::raise(E_INVALIDARG, kSource, L"Timeout is a number of minutes from 1 to 1440.");
   }
-  state_->timeout_minutes = minutes;
-  return S_OK;
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(state_->keep());
+    state_->timeout_minutes = minutes;
+    return S_OK;
+  });
+}
+
+HRESULT SessionObject::RenewID() {
+  return guarded(kSource, [&] { return state_->renew(); });
 }
 
 HRESULT SessionObject::Abandon() {

@@ -22,6 +22,7 @@ class SessionObject final : public korlib::DispatchObject<SessionObject, ZeltoTy
   HRESULT get_Timeout(LONG* minutes) override;
   HRESULT put_Timeout(LONG minutes) override;
   HRESULT Abandon() override;
+  HRESULT RenewID();
   HRESULT get_Contents(ZeltoTypeLibrary::IVariantDictionary** contents) override;
 
  private:

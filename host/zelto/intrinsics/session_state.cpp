@@ -45,6 +45,11 @@ HRESULT SessionState::keep() {
   return S_OK;
 }
 
+HRESULT SessionState::renew() {
+  if (!kept) return keep();  // under an identifier that nobody has seen yet
+  return on_renew ? on_renew() : S_OK;
+}
+
 HRESULT SessionState::get(std::wstring_view name, VARIANT* value) { return values_.get(name, value); }
 
 HRESULT SessionState::put(std::wstring_view name, const VARIANT& value) {

@@ -46,15 +46,19 @@ class SessionState final : public VariantStore {
   // Makes sure that the client will come back to this session. A session is not kept, and the client gets
   // no cookie, until something is stored or the identifier is read.
   HRESULT keep();
+  // Gives the session a new identifier, for when its visitor's rights change: whoever knew the one before
+  // has no part in it.
+  HRESULT renew();
 
-  const std::string id;
   FifoLock lock;
 
   // Under the lock:
+  std::string id;
   LONG timeout_minutes = 20;
   bool abandoned = false;  // ends with the request
   bool kept = false;
-  std::function<HRESULT()> on_keep;  // set while a request runs
+  std::function<HRESULT()> on_keep;  // these two are set while a request runs
+  std::function<HRESULT()> on_renew;
   Clock::time_point last_used = Clock::now();
 
  private:

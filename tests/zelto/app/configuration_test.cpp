@@ -73,6 +73,11 @@ TEST_F(Configuration, KnowsTheProxiesToTrust) {
             (std::vector<std::string>{"127.0.0.1", "::1"}));
 }
 
+TEST_F(Configuration, NamesTheNodeOfASession) {
+  EXPECT_EQ(read("session_node = \"eu1\"").site.session_suffix, ".eu1");
+  EXPECT_EQ(read("").site.session_suffix, "");
+}
+
 TEST_F(Configuration, LetsTheCommandLineWin) {
   command.listen = ":82";
   command.workers = 1;
@@ -103,6 +108,7 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
               file + ": protect takes \"folder/\", \"*.extension\" or \"file\"")
         << name;
   EXPECT_EQ(problem("trusted_proxies = [\"proxy\"]"), file + ": trusted_proxies takes addresses, as in \"127.0.0.1\"");
+  EXPECT_EQ(problem("session_node = \"a;b\""), file + ": session_node takes letters and digits");
   EXPECT_EQ(problem("a = \n").substr(0, file.size() + 3), file + ":1:");
 }
 

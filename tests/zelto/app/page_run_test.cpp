@@ -87,6 +87,23 @@ TEST_F(PageRun, KeepsValuesOfAnAbandonedSessionForThePage) {
   EXPECT_NE(cookie_, first);
 }
 
+TEST_F(PageRun, GivesASessionANewIdentifier) {
+  body("<% Session('n') = 1; %>");
+  const std::string first = cookie_;
+  EXPECT_EQ(body("<% Session.RenewID(); Response.Write(Session('n')); %>"), "1");
+  EXPECT_NE(cookie_, first);
+  EXPECT_EQ(body("<%= Session('n') %>"), "1");
+  EXPECT_EQ(run("<%= Session('n') === undefined %>", first).body, "true");
+  EXPECT_NE(body("<% Response.Flush(); try { Session.RenewID(); } catch (e) { Response.Write(e.message); } %>")
+                .find("RenewID: the client cannot be told"),
+            std::string::npos);
+}
+
+TEST_F(PageRun, KeepsTheTimeoutOfASessionThatHoldsNothingElse) {
+  body("<% Session.Timeout = 5; %>");
+  EXPECT_EQ(body("<%= Session.Timeout %>"), "5");
+}
+
 TEST_F(PageRun, RefusesANewSessionOnceTheHeadIsOut) {
   EXPECT_NE(body("<% Response.Flush(); try { Session('a') = 1; } catch (e) { Response.Write(e.message); } %>")
                 .find("Nothing can be kept in a new session"),

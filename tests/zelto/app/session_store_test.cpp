@@ -18,7 +18,7 @@ using zelto::SessionStore;
 std::string keep_new(SessionStore& store) {
   SessionHold hold = store.open("");
   store.add(hold.state());
-  const std::string id = hold->id;
+  std::string id = hold->id;
   EXPECT_EQ(hold->put(L"a", korlib::long_variant(1)), S_OK);
   store.close(std::move(hold));
   return id;
@@ -49,6 +49,54 @@ TEST(SessionStore, NeverTakesAnIdentifierFromTheClient) {
   SessionStore store(60s, 20);
   const SessionHold hold = store.open("chosen-by-the-client-22");
   EXPECT_NE(hold->id, "chosen-by-the-client-22");
+}
+
+TEST(SessionStore, EndsIdentifiersWithItsSuffix) {
+  SessionStore store(60s, 20, ".a");
+  const std::string id = keep_new(store);
+  EXPECT_EQ(id.size(), 24u);
+  EXPECT_TRUE(id.ends_with(".a"));
+  EXPECT_EQ(store.open(id)->id, id);
+}
+
+// The sweeper comes by every few seconds only.
+TEST(SessionStore, DoesNotGiveOutASessionWhoseTimeIsOver) {
+  SessionStore store(60s, 20);
+  const std::string id = keep_new(store);
+  const auto now = SessionStore::Clock::now();
+  EXPECT_EQ(store.open(id, now + 19min)->id, id);
+  EXPECT_NE(store.open(id, now + 21min)->id, id);
+  EXPECT_EQ(store.size(), 0u);
+}
+
+TEST(SessionStore, FindsARenamedSessionByItsNewIdentifierOnly) {
+  SessionStore store(60s, 20);
+  const std::string before = keep_new(store);
+  SessionHold hold = store.open(before);
+  store.rename(hold.state());
+  const std::string after = hold->id;
+  EXPECT_NE(after, before);
+  store.close(std::move(hold));
+  EXPECT_NE(store.open(before)->id, after);
+  CComVariant value;
+  EXPECT_EQ(store.open(after)->get(L"a", &value), S_OK);
+  EXPECT_EQ(value.lVal, 1);
+  EXPECT_EQ(store.size(), 1u);
+}
+
+TEST(SessionStore, TurnsAwayWhoWaitedWithTheIdentifierBefore) {
+  SessionStore store(60s, 20);
+  const std::string before = keep_new(store);
+  SessionHold hold = store.open(before);
+  std::string got;
+  std::thread waiter([&] { got = store.open(before)->id; });
+  while (hold->lock.waiting() == 0) std::this_thread::yield();
+  store.rename(hold.state());
+  const std::string after = hold->id;
+  store.close(std::move(hold));
+  waiter.join();
+  EXPECT_NE(got, before);
+  EXPECT_NE(got, after);
 }
 
 TEST(SessionStore, KeepsNoSessionThatNobodyAdded) {
