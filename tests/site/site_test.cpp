@@ -1,7 +1,7 @@
-// Every folder of cases/ is a test: `zelto run` of its page, and what must come of it.
+// Every folder of cases/ is a test: `zelto run` of its page in a copy of it, and what must come of it.
 //
 //   page.asp      the page that is run; everything else in the folder is there for it
-//   arguments     further arguments of `zelto run`, one a line (optional); the case's folder is the current one
+//   arguments     further arguments of `zelto run`, one a line (optional); the copy is the current folder
 //   output        standard output, to the byte (optional: not looked at when missing)
 //   error         text that standard error must hold, one piece a line (optional: must be empty when missing)
 //   status        the exit code (optional, 0)
@@ -42,7 +42,8 @@ class Case : public testing::Test {
   void TestBody() override {
     std::vector<std::string> words{"run", "page.asp"};
     for (const std::string& word : lines_of(folder_ / "arguments")) words.push_back(word);
-    const test::Ran ran = test::run_program(words, folder_, scratch_);
+    fs::copy(folder_, scratch_ / "case", fs::copy_options::recursive);
+    const test::Ran ran = test::run_program(words, scratch_ / "case", scratch_);
     const int status = std::stoi(read(folder_ / "status").value_or("0"));
     EXPECT_EQ(ran.status, status) << ran.error;
     if (const auto output = read(folder_ / "output")) {
