@@ -8,6 +8,8 @@
 
 #include "intrinsics/text.h"
 #include "pages/page_scanner.h"
+#include "pages/tag_attributes.h"
+#include "script/lexemes.h"
 #include "script/rewriter.h"
 #include "script/text.h"
 
@@ -29,9 +31,11 @@ class Compiler {
   CompiledPage compile(const std::string& physical) {
     add_file({physical, physical}, 0);
     script::Rewritten rewritten = script::rewrite(text_);
+    for (const std::size_t comment : rewritten.markup_comments) refuse_include(comment);
     auto program = std::make_shared<script::Program>(std::move(program_));
     program->url = physical;
     program->text = script::to_utf16(rewritten.text);
+    program->shifts = std::move(rewritten.shifts);
     program->declares_lexical_names = rewritten.declares_lexical_names;
     page_.program = std::move(program);
     return std::move(page_);
@@ -134,7 +138,7 @@ class Compiler {
 
   void add_literal(std::wstring_view text, const Place& place) {
     if (text.empty()) return;
-    add_line(L"$zelto.html(" + std::to_wstring(program_.literals.size()) + L");", place, place.lines.line(), 0);
+    add_generated(L"$zelto.html(" + std::to_wstring(program_.literals.size()) + L");", place);
     program_.literals.emplace_back(text);
   }
 
@@ -143,9 +147,9 @@ class Compiler {
     const std::size_t last = text.find_last_not_of(L" \t\r\n\f;");
     if (last == std::wstring_view::npos) fail("<%= %> holds no expression.", place);
     text = text.substr(0, last + 1);
-    add_line(L"$zelto.out((", place, place.lines.line(), 0);
+    add_generated(L"$zelto.out((", place);
     add_code(text, place);
-    add_line(L"));", place, place.lines.line(), 0);
+    add_generated(L"));", place);
   }
 
   // Line by line, so that each line of the script has one line of the page behind it.
@@ -162,9 +166,28 @@ class Compiler {
     }
   }
 
+  // A line of the page. Within it the engine sees further line ends, which no editor shows as such.
   void add_line(std::wstring_view text, const Place& place, int line, int column) {
-    text_.append(text).push_back(L'\n');
     program_.lines.push_back({place.index, line, column});
+    for (std::size_t at = 0; (at = text.find_first_of(L"\x2028\x2029", at)) != std::wstring_view::npos;) {
+      program_.lines.push_back({place.index, line, column + static_cast<int>(++at)});
+    }
+    text_.append(text).push_back(L'\n');
+  }
+
+  void add_generated(std::wstring_view text, const Place& place) {
+    program_.lines.push_back({place.index, place.lines.line(), place.lines.column(), true});
+    text_.append(text).push_back(L'\n');
+  }
+
+  // In script an include is a comment of the language, and would be passed over without a word.
+  void refuse_include(std::size_t comment) const {
+    if (!has_word(text_, skip_blanks(text_, comment + 4), L"#include")) return;
+    std::size_t line = 0;
+    for (std::size_t at = 0; at < comment; ++at) line += script::ends_line(std::wstring_view(text_), at);
+    const script::SourceLine& from = program_.lines[line];
+    throw PageSourceError("An include cannot stand inside script: put \"%>\" in front of it and \"<%\" behind it.",
+                          program_.files[from.file], from.line);
   }
 
   FileName resolve(const Piece& piece, const Place& place) {

@@ -2,7 +2,6 @@
 
 #include "script/engine_state.h"
 #include "script/realm_state.h"
-#include "script/rewriter.h"
 #include "script/script_object.h"
 
 namespace zelto::script {
@@ -37,14 +36,5 @@ Outcome Realm::call(std::wstring_view function) { return state_->call(function);
 IDispatch* Realm::global() { return state_->unwrap(state_->global_object()).detach(); }
 
 bool is_script_object(IUnknown* object) noexcept { return script_object_behind(object) != nullptr; }
-
-std::shared_ptr<const Program> compile(std::wstring_view text, std::string url) {
-  Rewritten rewritten = rewrite(text);
-  auto program = std::make_shared<Program>();
-  program->url = std::move(url);
-  program->text = to_utf16(rewritten.text);
-  program->declares_lexical_names = rewritten.declares_lexical_names;
-  return program;
-}
 
 }  // namespace zelto::script

@@ -11,9 +11,18 @@ namespace zelto::script {
 
 // Where a line of the script comes from.
 struct SourceLine {
-  unsigned file = 0;  // index into Program::files
-  int line = 0;       // from 1
-  int column = 0;     // added to the column within the script's line
+  unsigned file = 0;          // index into Program::files
+  int line = 0;               // from 1
+  int column = 0;             // added to the column within the script's line
+  bool is_generated = false;  // all of it stands for what is at that place
+};
+
+// A place in a line of the script where its text is not the source's.
+struct ColumnShift {
+  int line = 0;      // of the script, from 1
+  int column = 0;    // in it, in characters from 0
+  int inserted = 0;  // characters there that the source does not have
+  int removed = 0;   // characters of the source that are not there
 };
 
 // Immutable once made; any number of threads may run it at the same time.
@@ -21,11 +30,20 @@ struct Program {
   std::string url;  // what the script is called; unique among the programs that one realm runs
   std::u16string text;
   std::vector<std::string> files;
-  std::vector<SourceLine> lines;   // of each line of `text`; empty: `url` and the line itself
-  std::vector<CComBSTR> literals;  // page text that the script writes by number
+  std::vector<SourceLine> lines;    // of each line of `text`; empty: `url` and the line itself
+  std::vector<ColumnShift> shifts;  // in the order of the text
+  std::vector<CComBSTR> literals;   // page text that the script writes by number
   // Some top-level `let`, `const` or `class` makes a name that is no property of the global object.
   bool declares_lexical_names = false;
 };
+
+// Where the script's author finds what the engine finds at a line and column (from 1; 0 is unknown).
+struct SourcePlace {
+  std::string file;
+  int line;
+  int column;
+};
+SourcePlace source_place(const Program& program, int line, int column);
 
 // A program from a piece of script: assignments to calls of automation objects, methods named without
 // parentheses and `throw` are rewritten (rewriter.h); lines stay where they are. Syntax errors show when

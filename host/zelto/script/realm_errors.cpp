@@ -137,15 +137,11 @@ void RealmState::place_like(const ScriptError& other, ScriptError* out) {
   out->column = other.column;
 }
 
-void RealmState::place(const Program& program, int line, int column, ScriptError* out) const {
-  out->file = program.url;
-  out->line = line;
-  out->column = column;
-  if (line < 1 || static_cast<std::size_t>(line) > program.lines.size()) return;
-  const SourceLine& from = program.lines[static_cast<std::size_t>(line) - 1];
-  if (from.file < program.files.size()) out->file = program.files[from.file];
-  out->line = from.line;
-  if (column > 0) out->column = column + from.column;
+void RealmState::place(const Program& program, int line, int column, ScriptError* out) {
+  SourcePlace found = source_place(program, line, column);
+  out->file = std::move(found.file);
+  out->line = found.line;
+  out->column = found.column;
 }
 
 // The first frame of the stack that is of a program of this realm: "name@url:line:column".

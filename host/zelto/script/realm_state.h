@@ -97,7 +97,7 @@ class RealmState {
   ScriptError describe_syntax(const Program& program, const ParsedScript& parsed);
   bool locate(JSValueRef error, ScriptError* out) const;
   static void place_like(const ScriptError& other, ScriptError* out);
-  void place(const Program& program, int line, int column, ScriptError* out) const;
+  static void place(const Program& program, int line, int column, ScriptError* out);
   void run_prelude();
   void disconnect_wrappers();
   void release_foreign_wrappers();

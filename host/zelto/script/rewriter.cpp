@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <utility>
-#include <vector>
 
+#include "script/lexemes.h"
 #include "script/tokens.h"
 
 namespace zelto::script {
@@ -19,26 +19,45 @@ class Rewriter {
   Rewriter(std::wstring_view text, const std::vector<Token>& tokens) : text_(text), tokens_(tokens) {}
 
   Rewritten run() {
-    Rewritten result;
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
-      const std::wstring_view text = word(i);
-      if (tokens_[i].kind == Token::keyword) {
-        if (text == L"throw" && tokens_[i].statement_start) insert(tokens_[i].end, L" $zelto.thrown =");
-        if (text == L"return" && !line_ends_behind(i)) read_value(i + 1, L")");
-        if ((text == L"const" || text == L"class") && top_level(i)) result.declares_lexical_names = true;
-      } else if (tokens_[i].kind == Token::punctuator) {
-        if (is_assignment(i)) read_value(i + 1, L")");
-      } else if (text == L"let" && top_level(i)) {
-        result.declares_lexical_names = true;
-      }
+      rewrite_token(i);
       if (tokens_[i].statement_start) read_value(i, L", 1)");
       if (is_assigned_call(i)) assign_call(i);
     }
-    result.text = apply();
-    return result;
+    apply();
+    return std::move(result_);
   }
 
  private:
+  void rewrite_token(std::size_t i) {
+    const std::wstring_view text = word(i);
+    switch (tokens_[i].kind) {
+      case Token::keyword:
+        if (text == L"throw" && tokens_[i].statement_start) insert(tokens_[i].end, L" $zelto.thrown =");
+        if (text == L"return" && !line_ends_behind(i)) read_value(i + 1, L")");
+        if ((text == L"const" || text == L"class") && top_level(i)) result_.declares_lexical_names = true;
+        break;
+      case Token::punctuator:
+        if (is_assignment(i)) read_value(i + 1, L")");
+        if (text == L"," && is_call(around_)) read_value(i + 1, L")");
+        break;
+      case Token::open:
+        if (is_call(i) || is_condition(i)) read_value(i + 1, L")");
+        enclosing_.push_back(std::exchange(around_, i));
+        break;
+      case Token::close:
+        around_ = enclosing_.back();
+        enclosing_.pop_back();
+        break;
+      case Token::literal:
+        if (text.front() == L'"' || text.front() == L'\'') escape_line_ends(i);
+        break;
+      case Token::name:
+        if (text == L"let" && top_level(i)) result_.declares_lexical_names = true;
+        break;
+    }
+  }
+
   std::wstring_view word(std::size_t i) const {
     return i < tokens_.size() ? text_.substr(tokens_[i].begin, tokens_[i].end - tokens_[i].begin) : std::wstring_view();
   }
@@ -57,9 +76,14 @@ class Rewriter {
 
   // The `(` of an argument list: what stands before it is a value, and no header or parameter list.
   bool is_call(std::size_t open) const {
+    if (open == Token::kNone) return false;
     const Token& token = tokens_[open];
     return is(open, L"(") && open > 0 && !token.control && !token.function_part && tokens_[open - 1].ends_operand &&
            !is(open - 1, L"super");
+  }
+
+  bool is_condition(std::size_t open) const {
+    return tokens_[open].control && (is(open - 1, L"if") || is(open - 1, L"while") || is(open - 1, L"switch"));
   }
 
   // One past a chain of names, calls and indices that begins at `first`; `first` when there is none.
@@ -141,15 +165,40 @@ class Rewriter {
     insert(tokens_[close].end, L".v");
   }
 
-  std::wstring apply() {
+  // A string may hold the two line ends that the engine counts everywhere but there: they become escapes,
+  // with a continuation that it does count.
+  void escape_line_ends(std::size_t i) {
+    for (std::size_t at = tokens_[i].begin; at < tokens_[i].end; ++at) {
+      if (text_[at] == L'\\') {
+        ++at;
+      } else if (text_[at] == 0x2028 || text_[at] == 0x2029) {
+        insert(at, text_[at] == 0x2028 ? L"\\u2028\\" : L"\\u2029\\");
+      }
+    }
+  }
+
+  void apply() {
     std::stable_sort(edits_.begin(), edits_.end(), [](const Edit& a, const Edit& b) { return a.at < b.at; });
-    std::wstring out;
     std::size_t at = 0;
     for (const Edit& edit : edits_) {
-      out.append(text_.substr(at, edit.at - at)).append(edit.text);
+      copy(at, edit.at);
+      const auto column = static_cast<int>(result_.text.size() - line_start_);
+      result_.shifts.push_back({line_, column, static_cast<int>(edit.text.size()), static_cast<int>(edit.length)});
+      result_.text += edit.text;
       at = edit.at + edit.length;
     }
-    return out.append(text_.substr(at));
+    copy(at, text_.size());
+  }
+
+  // Text that stays as it is, and in it the lines as the engine counts them.
+  void copy(std::size_t from, std::size_t to) {
+    const std::size_t begin = result_.text.size();
+    result_.text.append(text_.substr(from, to - from));
+    for (std::size_t at = from; at < to; ++at) {
+      if (!ends_line(text_, at)) continue;
+      ++line_;
+      line_start_ = begin + (at - from) + 1;
+    }
   }
 
   struct Edit {
@@ -160,15 +209,22 @@ class Rewriter {
 
   std::wstring_view text_;
   const std::vector<Token>& tokens_;
+  std::size_t around_ = Token::kNone;   // the bracket that is open
+  std::vector<std::size_t> enclosing_;  // those around it, outermost first
   std::vector<Edit> edits_;
+  Rewritten result_;
+  int line_ = 1;
+  std::size_t line_start_ = 0;  // in the result
 };
 
 }  // namespace
 
 Rewritten rewrite(std::wstring_view text) {
   const auto tokens = tokenize(text);
-  if (!tokens) return {std::wstring(text), true};
-  return Rewriter(text, *tokens).run();
+  if (!tokens) return {std::wstring(text), true, {}, {}};
+  Rewritten rewritten = Rewriter(text, tokens->all).run();
+  rewritten.markup_comments = tokens->markup_comments;
+  return rewritten;
 }
 
 }  // namespace zelto::script

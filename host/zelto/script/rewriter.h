@@ -2,7 +2,8 @@
 //
 //   Session("x") = v          $zelto.at(Session, "x").v = v    also with +=, ++ and the like
 //   rs.Close;                 $zelto_value(rs.Close, 1);       a method, called without parentheses
-//   t = stream.ReadText;      t = $zelto_value(stream.ReadText);   likewise behind `=` and `return`
+//   t = stream.ReadText;      t = $zelto_value(stream.ReadText);   likewise behind `return`, as an
+//                             argument of a call and as the condition of if, while and switch
 //   throw x;                  throw $zelto.thrown = x;         remembers where something was thrown
 //
 // $zelto_value calls a method of an automation object, if it needs no arguments, and passes everything
@@ -11,14 +12,20 @@
 // what is no automation object. Only insertions within a line are made, so lines keep their numbers.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "script/program.h"
 
 namespace zelto::script {
 
 struct Rewritten {
   std::wstring text;
-  bool declares_lexical_names = false;  // a top-level let, const or class
+  bool declares_lexical_names = false;       // a top-level let, const or class
+  std::vector<ColumnShift> shifts;           // in the order of the text
+  std::vector<std::size_t> markup_comments;  // where "<!--" begins a comment in the text that was given
 };
 
 // Text that cannot be cut into tokens comes back as it was, for the engine to complain about.

@@ -1,41 +1,12 @@
 #include "script/tokens.h"
 
 #include <algorithm>
-#include <array>
-#include <string>
+#include <utility>
+
+#include "script/lexemes.h"
 
 namespace zelto::script {
 namespace {
-
-constexpr auto kKeywords = std::to_array<std::wstring_view>(
-    {L"await",    L"break",  L"case",   L"catch", L"class",      L"const",   L"continue", L"debugger",
-     L"default",  L"delete", L"do",     L"else",  L"export",     L"extends", L"finally",  L"for",
-     L"function", L"if",     L"import", L"in",    L"instanceof", L"new",     L"return",   L"switch",
-     L"throw",    L"try",    L"typeof", L"var",   L"void",       L"while",   L"with",     L"yield"});
-constexpr auto kOperandWords = std::to_array<std::wstring_view>({L"this", L"null", L"true", L"false", L"super"});
-constexpr auto kControlWords =
-    std::to_array<std::wstring_view>({L"if", L"while", L"for", L"with", L"switch", L"catch"});
-// Longest first.
-constexpr auto kPunctuators = std::to_array<std::wstring_view>(
-    {L">>>=", L"...", L"===", L"!==", L"**=", L"<<=", L">>=", L">>>", L"&&=", L"||=", L"?\?=",
-     L"=>",   L"==",  L"!=",  L"<=",  L">=",  L"&&",  L"||",  L"??",  L"?.",  L"++",  L"--",
-     L"+=",   L"-=",  L"*=",  L"/=",  L"%=",  L"&=",  L"|=",  L"^=",  L"<<",  L">>",  L"**"});
-
-template <class List>
-bool contains(const List& list, std::wstring_view word) {
-  return std::find(list.begin(), list.end(), word) != list.end();
-}
-
-bool is_line_end(wchar_t c) { return c == L'\n' || c == L'\r' || c == 0x2028 || c == 0x2029; }
-bool is_blank(wchar_t c) {
-  return c == L' ' || c == L'\t' || c == 0x0B || c == 0x0C || c == 0xA0 || c == 0xFEFF || c == 0x1680 ||
-         (c >= 0x2000 && c <= 0x200A) || c == 0x202F || c == 0x205F || c == 0x3000;
-}
-bool is_digit(wchar_t c) { return c >= L'0' && c <= L'9'; }
-bool is_word(wchar_t c) {
-  return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || is_digit(c) || c == L'_' || c == L'$' || c == L'\\' ||
-         (c >= 0x80 && !is_blank(c) && !is_line_end(c));
-}
 
 // What a bracket was opened for; decides what follows its closing one.
 enum class Role {
@@ -67,7 +38,7 @@ class Tokenizer {
   explicit Tokenizer(std::wstring_view text) : text_(text) { stack_.push_back({Token::kNone, Role::block, 0}); }
 
   bool run() {
-    if (text_.starts_with(L"#!")) skip_line();
+    if (text_.starts_with(L"#!")) at_ = past_line(text_, at_);
     for (;;) {
       if (!skip_blank()) return false;
       if (at_ >= text_.size()) return stack_.size() == 1;
@@ -76,19 +47,15 @@ class Tokenizer {
     }
   }
 
-  std::vector<Token> tokens;
+  Tokens take() { return {std::move(tokens_), std::move(markup_comments_)}; }
 
  private:
   wchar_t peek(std::size_t ahead = 0) const { return at_ + ahead < text_.size() ? text_[at_ + ahead] : L'\0'; }
   bool looking_at(std::wstring_view what) const { return text_.substr(at_).starts_with(what); }
   Bracket& top() { return stack_.back(); }
-  const Token* previous() const { return tokens.empty() ? nullptr : &tokens.back(); }
+  const Token* previous() const { return tokens_.empty() ? nullptr : &tokens_.back(); }
   std::wstring_view word(const Token& token) const { return text_.substr(token.begin, token.end - token.begin); }
   bool previous_is(std::wstring_view what) const { return previous() && word(*previous()) == what; }
-
-  void skip_line() {
-    while (at_ < text_.size() && !is_line_end(text_[at_])) ++at_;
-  }
 
   // Blanks, line ends and comments, the two that look like markup included.
   bool skip_blank() {
@@ -98,8 +65,9 @@ class Tokenizer {
         ++at_;
       } else if (is_blank(peek())) {
         ++at_;
-      } else if (looking_at(L"//") || looking_at(L"<!--") || (looking_at(L"-->") && (newline_ || tokens.empty()))) {
-        skip_line();
+      } else if (looking_at(L"//") || looking_at(L"<!--") || (looking_at(L"-->") && (newline_ || tokens_.empty()))) {
+        if (peek() == L'<') markup_comments_.push_back(at_);
+        at_ = past_line(text_, at_);
       } else if (looking_at(L"/*")) {
         const std::size_t close = text_.find(L"*/", at_ + 2);
         if (close == std::wstring_view::npos) return false;
@@ -123,8 +91,8 @@ class Tokenizer {
     token.statement_start = starts_statement(kind, text_.substr(at_, length));
     statement_next_ = false;
     at_ = token.end;
-    tokens.push_back(token);
-    return tokens.back();
+    tokens_.push_back(token);
+    return tokens_.back();
   }
 
   bool in_statements() {
@@ -144,13 +112,13 @@ class Tokenizer {
 
   bool one() {
     const wchar_t c = peek();
-    if (c == L'"' || c == L'\'') return string(c);
+    if (c == L'"' || c == L'\'') return operand(past_string(text_, at_));
     if (c == L'`') return template_part(at_ + 1, Token::open);
-    if (is_digit(c) || (c == L'.' && is_digit(peek(1)))) return number();
+    if (is_digit(c) || (c == L'.' && is_digit(peek(1)))) return operand(past_number(text_, at_));
     if (is_word(c) || c == L'#') return identifier();
     if (c == L'(' || c == L'[' || c == L'{') return open(c);
     if (c == L')' || c == L']' || c == L'}') return close(c);
-    if (c == L'/' && !divides()) return regular_expression();
+    if (c == L'/' && !divides()) return operand(past_regular_expression(text_, at_));
     return operator_();
   }
 
@@ -160,111 +128,46 @@ class Tokenizer {
     return !(newline_ && after_arrow_body_);
   }
 
-  bool operand(std::size_t length) {
-    add(Token::literal, length).ends_operand = true;
+  // A literal up to `end`.
+  bool operand(std::size_t end) {
+    if (end == kOpen) return false;
+    add(Token::literal, end - at_).ends_operand = true;
     after_arrow_body_ = false;
     return true;
   }
 
-  bool string(wchar_t quote) {
-    std::size_t i = at_ + 1;
-    for (; i < text_.size() && text_[i] != quote; ++i) {
-      if (text_[i] == L'\n' || text_[i] == L'\r') return false;
-      if (text_[i] == L'\\' && i + 1 < text_.size()) {
-        ++i;
-        if (text_[i] == L'\r' && i + 1 < text_.size() && text_[i + 1] == L'\n') ++i;
-      }
-    }
-    return i < text_.size() && operand(i + 1 - at_);
-  }
-
-  bool number() {
-    std::size_t i = at_;
-    const auto at = [&](std::size_t p) { return p < text_.size() ? text_[p] : L'\0'; };
-    const wchar_t second = at(i + 1);
-    const bool prefixed = text_[i] == L'0' && is_word(second) && !is_digit(second) && second != L'e' && second != L'E';
-    const bool octal = text_[i] == L'0' && is_digit(second);
-    while (is_word(at(i))) {
-      ++i;
-      if (!prefixed && !octal && (text_[i - 1] == L'e' || text_[i - 1] == L'E') && (at(i) == L'+' || at(i) == L'-'))
-        ++i;
-    }
-    if (!prefixed && !octal && at(i) == L'.' &&
-        text_.substr(at_, i - at_).find_first_of(L"eEn") == std::wstring_view::npos) {
-      ++i;
-      while (is_word(at(i))) {
-        ++i;
-        if ((text_[i - 1] == L'e' || text_[i - 1] == L'E') && (at(i) == L'+' || at(i) == L'-')) ++i;
-      }
-    }
-    return operand(i - at_);
-  }
-
-  bool regular_expression() {
-    bool in_class = false;
-    std::size_t i = at_ + 1;
-    for (; i < text_.size() && (in_class || text_[i] != L'/'); ++i) {
-      if (is_line_end(text_[i])) return false;
-      if (text_[i] == L'\\')
-        ++i;
-      else if (text_[i] == L'[')
-        in_class = true;
-      else if (text_[i] == L']')
-        in_class = false;
-    }
-    if (i >= text_.size()) return false;
-    for (++i; i < text_.size() && is_word(text_[i]); ++i) {
-    }
-    return operand(i - at_);
-  }
-
   // From `from` to the end of the template or to its next substitution.
   bool template_part(std::size_t from, Token::Kind kind) {
+    const std::size_t end = past_template_part(text_, from);
+    if (end == kOpen) return false;
+    const bool opens = text_[end - 1] == L'{';
     const bool continued = kind == Token::close;
-    for (std::size_t i = from; i < text_.size(); ++i) {
-      if (text_[i] == L'\\') {
-        ++i;
-      } else if (text_[i] == L'`') {
-        if (continued) {
-          close_with(i + 1 - at_, true);
-        } else {
-          operand(i + 1 - at_);
-        }
-        return true;
-      } else if (text_[i] == L'$' && i + 1 < text_.size() && text_[i + 1] == L'{') {
-        if (continued) {
-          // `}…${`: closes one substitution and opens the next, as one token that stays open.
-          at_ = i + 2;
-          after_arrow_body_ = false;
-          Token comma;
-          comma.begin = comma.end = at_;
-          comma.depth = static_cast<unsigned>(stack_.size() - 1);
-          tokens.push_back(comma);
-        } else {
-          open_with(i + 2 - at_, Role::substitution, L'}');
-        }
-        return true;
-      }
+    if (opens && !continued) return open_with(end - at_, Role::substitution, L'}');
+    if (!opens && !continued) return operand(end);
+    if (!opens) {
+      close_with(end - at_, true);
+      return true;
     }
-    return false;
+    // `}…${`: closes one substitution and opens the next, as one token that stays open.
+    at_ = end;
+    after_arrow_body_ = false;
+    Token comma;
+    comma.begin = comma.end = at_;
+    comma.depth = static_cast<unsigned>(stack_.size() - 1);
+    tokens_.push_back(comma);
+    return true;
   }
 
   bool identifier() {
-    std::size_t i = at_ + 1;
-    while (i < text_.size() && is_word(text_[i])) {
-      if (text_[i] == L'\\' && i + 2 < text_.size() && text_[i + 2] == L'{') {
-        while (i < text_.size() && text_[i] != L'}') ++i;
-      }
-      ++i;
-    }
-    const std::wstring_view text = text_.substr(at_, std::min(i, text_.size()) - at_);
+    const std::size_t end = past_word(text_, at_);
+    const std::wstring_view text = text_.substr(at_, end - at_);
     const bool member = previous_is(L".") || previous_is(L"?.");
-    if (!member && contains(kOperandWords, text)) return operand(text.size());
-    if (!member && contains(kKeywords, text)) return keyword(text);
-    const bool label = !member && in_statements() && is_label(i);
+    if (!member && is_operand_word(text)) return operand(end);
+    if (!member && is_keyword(text)) return keyword(text);
+    const bool label = !member && in_statements() && is_label(end);
     add(Token::name, text.size()).ends_operand = true;
     after_arrow_body_ = false;
-    if (label && tokens.back().statement_start) statement_label_ = true;
+    if (label && tokens_.back().statement_start) statement_label_ = true;
     return true;
   }
 
@@ -290,8 +193,8 @@ class Tokenizer {
 
   // `async function f` and `export default class` are declarations as well.
   bool declared_behind_modifier() const {
-    if (tokens.size() < 2) return false;
-    const Token& modifier = tokens[tokens.size() - 2];
+    if (tokens_.size() < 2) return false;
+    const Token& modifier = tokens_[tokens_.size() - 2];
     const std::wstring_view text = word(modifier);
     return (text == L"async" && modifier.statement_start) || text == L"export" || text == L"default";
   }
@@ -301,8 +204,8 @@ class Tokenizer {
     if (c == L'(') {
       const Token* before = previous();
       const bool control = before && before->kind == Token::keyword &&
-                           (contains(kControlWords, word(*before)) || (word(*before) == L"await" && tokens.size() > 1 &&
-                                                                       word(tokens[tokens.size() - 2]) == L"for"));
+                           (is_control_word(word(*before)) || (word(*before) == L"await" && tokens_.size() > 1 &&
+                                                               word(tokens_[tokens_.size() - 2]) == L"for"));
       if (previous_is(L"class")) top().in_header = false;  // a method of that name
       const bool parameters = top().in_header && !top().header_is_class;
       return open_with(1, control ? Role::control : parameters ? Role::parameters : Role::group, L')');
@@ -333,7 +236,7 @@ class Tokenizer {
     token.control = role == Role::control;
     token.function_part = role == Role::parameters || role == Role::body || role == Role::arrow_body;
     after_arrow_body_ = false;
-    stack_.push_back({tokens.size() - 1, role, closer});
+    stack_.push_back({tokens_.size() - 1, role, closer});
     statement_next_ = in_statements();
     return true;
   }
@@ -355,8 +258,8 @@ class Tokenizer {
     token.statement_start = false;
     token.partner = bracket.token;
     token.control = bracket.role == Role::control;
-    token.function_part = tokens[bracket.token].function_part;
-    tokens[bracket.token].partner = tokens.size() - 1;
+    token.function_part = tokens_[bracket.token].function_part;
+    tokens_[bracket.token].partner = tokens_.size() - 1;
     const bool statements = bracket.role == Role::block || bracket.role == Role::class_block;
     token.ends_operand = ends && !statements && bracket.role != Role::control;
     after_arrow_body_ = bracket.role == Role::arrow_body;
@@ -364,13 +267,7 @@ class Tokenizer {
   }
 
   bool operator_() {
-    std::wstring_view text = text_.substr(at_, 1);
-    for (const std::wstring_view candidate : kPunctuators) {
-      if (!looking_at(candidate)) continue;
-      if (candidate == L"?." && is_digit(peek(2))) continue;  // a ? .5 : 1
-      text = candidate;
-      break;
-    }
+    const std::wstring_view text = punctuator_at(text_, at_);
     const bool increment = text == L"++" || text == L"--";
     const bool postfix = increment && previous() && previous()->ends_operand && !newline_;
     const bool prefix = (increment && !postfix) || text == L"!" || text == L"~";
@@ -404,6 +301,8 @@ class Tokenizer {
   }
 
   std::wstring_view text_;
+  std::vector<Token> tokens_;
+  std::vector<std::size_t> markup_comments_;
   std::size_t at_ = 0;
   bool newline_ = false;
   bool statement_next_ = true;
@@ -414,10 +313,10 @@ class Tokenizer {
 
 }  // namespace
 
-std::optional<std::vector<Token>> tokenize(std::wstring_view text) {
+std::optional<Tokens> tokenize(std::wstring_view text) {
   Tokenizer tokenizer(text);
   if (!tokenizer.run()) return std::nullopt;
-  return std::move(tokenizer.tokens);
+  return tokenizer.take();
 }
 
 }  // namespace zelto::script

@@ -35,8 +35,13 @@ struct Token {
   unsigned depth = 0;           // brackets around it
 };
 
+struct Tokens {
+  std::vector<Token> all;
+  std::vector<std::size_t> markup_comments;  // where "<!--" begins a comment that ends with its line
+};
+
 // Nothing when the text ends inside a string, a comment, a template or a bracket, or closes the wrong
 // one: the engine then says what is wrong with it.
-std::optional<std::vector<Token>> tokenize(std::wstring_view text);
+std::optional<Tokens> tokenize(std::wstring_view text);
 
 }  // namespace zelto::script

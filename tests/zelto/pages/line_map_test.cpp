@@ -118,6 +118,57 @@ TEST_F(RunPage, PutsSyntaxErrorsOnTheirLine) {
   EXPECT_TRUE(place("a\n<% if (true) { %>\nb\n").starts_with("/page.asp:"));
 }
 
+// The engine ends lines at two characters that no editor ends them at.
+TEST_F(RunPage, PutsErrorsOnTheLineThatAnEditorShows) {
+  for (const std::string end : {"\xE2\x80\xA8", "\xE2\x80\xA9"}) {
+    EXPECT_EQ(place("<% var s = 'a" + end + "b';\nmissing(); %>"), "/page.asp:2");
+    EXPECT_EQ(place("<% var s = 'a\\" + end + "b\\'';\nmissing(); %>"), "/page.asp:2");
+    EXPECT_EQ(place("<% var s = `a" + end + "b`;\nmissing(); %>"), "/page.asp:2");
+    EXPECT_EQ(place("<% // a" + end + "\nmissing(); %>"), "/page.asp:2");
+    EXPECT_EQ(place("<% /* a" + end + "*/ var a" + end + end + "\nmissing(); %>"), "/page.asp:2");
+    EXPECT_EQ(place("a" + end + "b\n<%= 1 %>" + end + "\n<% missing(); %>"), "/page.asp:3");
+    EXPECT_EQ(written("<%= 'a" + end + "b' === `a" + end + "b` && 'a" + end + "b'.length %>"), "3");
+  }
+}
+
+// Columns count characters from 1. The engine points at the end of a name that is missing, at the dot of a
+// member that cannot be had.
+TEST_F(RunPage, PutsErrorsIntoTheirColumn) {
+  const struct {
+    const char* page;
+    int line;
+    int column;
+  } rows[] = {
+      {"<% missing(); %>", 1, 11},
+      {"<% null.x %>", 1, 8},
+      {"text <% null.x %>", 1, 13},
+      {"text <%= null.x %>", 1, 14},
+      {"\n<%=\n null.x %>", 3, 6},
+      {"<%\n  var a; null.x %>", 2, 14},
+      // Behind and in front of what is rewritten.
+      {"<% var o = {}, t = o.a; o.b; null.x %>", 1, 34},
+      {"<% if (false) Session('a') = 1; null.x %>", 1, 37},
+      {"<% Response('a') = null.x %>", 1, 24},
+      {"<% null.x; Response('a') = 1 %>", 1, 8},
+      {"<% var f = String, o = {}; f(o.a, o.b); null.x %>", 1, 45},
+      // Within what was put in: in front of it.
+      {"<%  throw 5 %>", 1, 10},
+      {"<% var c = 1; c(1) = 2 %>", 1, 15},
+      // Characters, and not the units that the engine counts.
+      {"\xF0\x9F\x98\x80 <% '\xF0\x9F\x98\x80'; null.x %>", 1, 15},
+      {"<% 'a\xE2\x80\xA8'; null.x %>", 1, 14},
+      {"<% `a\xE2\x80\xA8`; null.x %>", 1, 14},
+      // What the host writes for the page is at the page's own place.
+      {"text <%= { toString() { return {} } } %>", 1, 9},
+  };
+  for (const auto& row : rows) {
+    const Outcome outcome = run(row.page);
+    ASSERT_TRUE(outcome.error) << row.page;
+    EXPECT_EQ(outcome.error->line, row.line) << row.page;
+    EXPECT_EQ(outcome.error->column, row.column) << row.page << '\n' << where(outcome);
+  }
+}
+
 TEST_F(RunPage, RunsALargePageOfManyIncludes) {
   write("a.inc", "<% n++; %>");
   std::string page = "<% var n = 0; %>";

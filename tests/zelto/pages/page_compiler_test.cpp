@@ -139,6 +139,32 @@ TEST_F(PageCompiler, ReportsFaultsInIncludesThere) {
   EXPECT_EQ(fault_of_text("<!--#include file=empty.inc-->"), "/empty.inc:2 <%= %> holds no expression.");
 }
 
+// In script the engine would take it for a comment, and the page would run without the file.
+TEST_F(PageCompiler, RefusesAnIncludeInsideScript) {
+  write("a.inc", "<% var a; %>");
+  const std::string said = " An include cannot stand inside script: put \"%>\" in front of it and \"<%\" behind it.";
+  EXPECT_EQ(fault_of_text("x\n<% var b;\n<!--#include file=\"a.inc\"-->\n%>"), "/page.asp:3" + said);
+  EXPECT_EQ(fault_of_text("<% var b; <!-- #INCLUDE virtual='/a.inc' --> %>"), "/page.asp:1" + said);
+  EXPECT_EQ(fault_of_text("<%=\n<!--#include file=a.inc--> %>"), "/page.asp:2" + said);
+  EXPECT_EQ(fault_of_text("<script runat=server>\r\n<!--#include file=a.inc-->\r\n</script>"), "/page.asp:2" + said);
+  EXPECT_EQ(fault_of_text("<% `\xE2\x80\xA8`\n<!--#include file=a.inc--> %>"), "/page.asp:2" + said);
+  write("inner.inc", "\n<% <!--#include file=a.inc--> %>");
+  EXPECT_EQ(fault_of_text("<!--#include file=inner.inc-->"), "/inner.inc:2" + said);
+  // As text of the script it is none, nor in a comment, nor in the page's text.
+  for (const char* page :
+       {"<% var s = '<!--#include file=a.inc-->' %>", "<% `<!--#include file=a.inc-->` %>",
+        "<% // <!--#include file=a.inc-->\n%>", "<% /* <!--#include file=a.inc--> */ %>",
+        "<% <!-- hidden from old browsers\n//--> %>", "<% if (1) { %><!--#include file=a.inc--><% } %>",
+        "<script><!--#include file=a.inc--></script>"}) {
+    EXPECT_EQ(fault_of_text(page), "none") << page;
+  }
+}
+
+TEST_F(PageCompiler, SaysThatAScriptBlockHoldsItsScriptItself) {
+  EXPECT_EQ(fault_of_text("\n\n<script language=JScript src='a.js' runat=server></script>"),
+            "/page.asp:3 <script runat=\"server\"> takes no src: use <!-- #include -->.");
+}
+
 TEST_F(PageCompiler, TakesTenThousandIncludesAndNoMore) {
   write("a.inc", "x");
   std::string page;

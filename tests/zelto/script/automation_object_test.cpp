@@ -31,6 +31,19 @@ TEST_F(AutomationObject, RunsMethodsThatAreNamedWithoutParentheses) {
   EXPECT_EQ(text(L"t + u + w + (o.ReadText + '!')"), "everythingxxeverythingeverything!");
   must_run(L"o.Keep(p.ReadText)");
   EXPECT_EQ(korlib::view_of(probe->kept.bstrVal), L"everything");
+  // Whoever takes a value gets one; a member that needs arguments is passed on as a function.
+  EXPECT_EQ(text(L"(() => { switch (o.ReadText) { case 'everything': return 'value' } })()"), "value");
+  EXPECT_EQ(text(L"(v => typeof v)(o.ReadText) + (v => typeof v)(o.Keep)"), "stringfunction");
+  EXPECT_EQ(text(L"(() => { if (o.Inner) return 'an object'; else return 'nothing' })()"), "nothing");
+  EXPECT_EQ(text(L"(() => { while (o.Act) return 'a value'; return 'nothing' })()"), "nothing");
+}
+
+TEST_F(AutomationObject, IsUsedByPagesWrittenForOlderEngines) {
+  EXPECT_EQ(text(L"(() => { with (o) { Name = 'n'; return NAME + 010 } })() // <!-- a comment\n"), "n8");
+  must_run(L"<!-- the oldest way to hide a script\nvar hidden = 1\n//-->");
+  EXPECT_EQ(text(L"hidden"), "1");
+  EXPECT_EQ(text(L"new ActiveXObject('Scripting.Dictionary').Count"), "0");
+  EXPECT_EQ(error_of(L"new ActiveXObject('No.Such')").substr(0, 7), "Error: ");
 }
 
 TEST_F(AutomationObject, SaysWhichMemberIsMissing) {

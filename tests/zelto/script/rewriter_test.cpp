@@ -96,6 +96,20 @@ constexpr Row kReads[] = {
     {L"x = { y: a.b, return: c.d, throw: 1 }", nullptr},
     {L"x = function () { a.b }; y = () => { c.d }",
      L"x = function () { $zelto_value(a.b, 1) }; y = () => { $zelto_value(c.d, 1) }"},
+    {L"if (a.b) c", L"if ($zelto_value(a.b)) c"},
+    {L"while (a.b) c(); do c(); while (a.b)", L"while ($zelto_value(a.b)) c(); do c(); while ($zelto_value(a.b))"},
+    {L"switch (a.b) {}", L"switch ($zelto_value(a.b)) {}"},
+    {L"with (a.b) c()", nullptr},
+    {L"if (a.b && c.d) e", nullptr},
+    {L"f(a.b)", L"f($zelto_value(a.b))"},
+    {L"f(a, b.c, d.e)(g.h)", L"f(a, $zelto_value(b.c), $zelto_value(d.e))($zelto_value(g.h))"},
+    {L"f(a.b + c, [d.e, f.g], { h: i.j })", nullptr},
+    {L"f(a.b, ...c.d)", L"f($zelto_value(a.b), ...c.d)"},
+    {L"f((a.b), g(c.d))", L"f((a.b), g($zelto_value(c.d)))"},
+    {L"(a.b)(c)", nullptr},
+    {L"(a.b, c.d)", nullptr},
+    {L"new F(a.b)", L"new F($zelto_value(a.b))"},
+    {L"f(`${a.b}`, c.d)", L"f(`${a.b}`, $zelto_value(c.d))"},
     {L"throw x", L"throw $zelto.thrown = x"},
     {L"a.throw; b.return; c.if.case",
      L"$zelto_value(a.throw, 1); $zelto_value(b.return, 1); $zelto_value(c.if.case, 1)"},
@@ -171,7 +185,7 @@ TEST(Tokens, StayWithinTheTextWhereverItEnds) {
       L"a('x') = `b${c}d` / /[e]/g; if (f) { g.h } else 'i' <!-- j\n/* k */ 1.5e+3 ?. l ?\?= \\u{6d}";
   for (std::size_t length = 0; length <= text.size(); ++length) {
     const auto tokens = tokenize(std::wstring_view(text).substr(0, length));
-    for (const Token& token : tokens.value_or(std::vector<Token>())) {
+    for (const Token& token : tokens.value_or(Tokens()).all) {
       EXPECT_LE(token.begin, token.end);
       EXPECT_LE(token.end, length);
     }
