@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <fstream>
 
@@ -59,18 +60,19 @@ std::string debug_error_page(const PageError& error, const std::string& physical
   return page("Error in a page", body);
 }
 
-std::string plain_error_page() {
-  return page("500 Internal Server Error", "<h1>500 Internal Server Error</h1><p>The page could not be made.</p>");
+std::string plain_error_page(std::string_view status) {
+  return page(status, fmt::format("<h1>{}</h1><p>The page could not be made.</p>", status));
 }
 
 std::string error_line(const PageError& error) {
   std::string where = to_utf8(error.file);
   if (error.line > 0) where += ":" + std::to_string(error.line);
-  std::string text = to_utf8(error.description);
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < 0x20) c = ' ';
-  }
-  return fmt::format("{}: {} ({}, {})", where, text, to_utf8(error.source), code_text(error.number));
+  std::string line =
+      fmt::format("{}: {} ({}, {})", where, to_utf8(error.description), to_utf8(error.source), code_text(error.number));
+  // Parts of it may be a client's: they begin no line of their own and steer no terminal.
+  std::ranges::replace_if(
+      line, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+  return line;
 }
 
 }  // namespace zelto

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "app/error_page.h"
+#include "http/response_head.h"
 #include "http/static_files.h"
 #include "intrinsics/application_object.h"
 #include "intrinsics/page_context.h"
@@ -21,6 +22,10 @@ namespace zelto {
 namespace {
 
 constexpr const wchar_t* kSessionCookie = L"zelto_session";
+constexpr int kTooLarge = 413;
+constexpr int kServerError = 500;
+
+std::string status_line(int status) { return std::to_string(status) + " " + std::string(reason_of(status)); }
 
 PageError page_error(const script::ScriptError& error, const Site& site) {
   PageError made;
@@ -69,6 +74,7 @@ class PageRun final : public PageHost {
   script::Outcome run_realm(const LoadedPage& loaded);
   void fail(PageError error);
   int answer();
+  void answer_error(const PageError& error);
 
   Site& site_;
   script::Engine& engine_;
@@ -217,21 +223,27 @@ void PageRun::fail(PageError error) {
 }
 
 int PageRun::answer() {
-  ResponseState& response = page_->response;
-  if (error_) {
-    const std::string physical = error_->file.empty() ? std::string() : site_.root() + to_utf8(error_->file);
-    const std::string body = site_.options().debug ? debug_error_page(*error_, physical) : plain_error_page();
-    if (response.reset()) {
-      response.set_status("500 Internal Server Error");
-      response.cache_control = "no-store";
-      response.write_bytes(body);
-    } else if (site_.options().debug) {
-      response.write_bytes(body);
-    }
-  }
-  const int status = error_ ? 500 : response.status;
-  response.finish();
+  if (error_) answer_error(*error_);
+  const int status = error_ ? kServerError : page_->response.status;
+  page_->response.finish();
   return status;
+}
+
+void PageRun::answer_error(const PageError& error) {
+  ResponseState& response = page_->response;
+  const bool debug = site_.options().debug;
+  const bool begins = response.reset();
+  // A page that gave up over a body it cannot have is not to blame.
+  const int status = page_->request.http().body_too_large ? kTooLarge : kServerError;
+  if (begins) {
+    response.set_status(status_line(status));
+    response.cache_control = "no-store";
+  }
+  const std::string physical = error.file.empty() ? std::string() : site_.root() + to_utf8(error.file);
+  if (debug)
+    response.write_bytes(debug_error_page(error, physical));
+  else if (begins)
+    response.write_bytes(plain_error_page(status_line(status)));
 }
 
 }  // namespace

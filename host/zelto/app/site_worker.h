@@ -13,6 +13,8 @@ class SiteWorker final : public Worker {
   void handle(HttpRequest&& request, ResponseSink& sink) override;
 
  private:
+  void answer(HttpRequest&& request, ResponseSink& sink);
+
   Site& site_;
   PageWorker pages_;
 };

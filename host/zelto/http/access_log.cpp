@@ -10,12 +10,15 @@ namespace zelto {
 
 namespace {
 
-std::string escaped(std::string_view text) {
+enum class Text { kClients, kPages };
+
+// A page may write in any language; what a client sends is readable only as far as it is ASCII.
+std::string escaped(std::string_view text, Text whose = Text::kClients) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string out;
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F || c == '"' || c == '\\')
+    if (byte < 0x20 || byte == 0x7F || (byte > 0x7F && whose == Text::kClients) || c == '"' || c == '\\')
       out += {'\\', 'x', kDigits[byte >> 4U], kDigits[byte & 15U]};
     else
       out += c;
@@ -45,7 +48,7 @@ std::string combined_line(const AccessRecord& record) {
   line += " - - [" + log_date(record.received) + "] \"" + escaped(record.request_line) + "\" ";
   line += std::to_string(record.status) + ' ' + std::to_string(record.body_bytes);
   line += " \"" + escaped(record.referer) + "\" \"" + escaped(record.user_agent) + "\" " + seconds_text(record.taken);
-  if (!record.note.empty()) line += ' ' + escaped(record.note);
+  if (!record.note.empty()) line += ' ' + escaped(record.note, Text::kPages);
   return line;
 }
 

@@ -14,22 +14,24 @@ namespace zelto {
 namespace {
 
 using ZeltoTypeLibrary::IRequestDictionary;
-using BodyError = RequestState::BodyError;
+using ReadError = RequestState::ReadError;
 
 constexpr std::wstring_view kSource = L"Request";
 
-HRESULT raise_body_error(BodyError error) {
+HRESULT raise_read_error(ReadError error) {
   switch (error) {
-    case BodyError::none:
+    case ReadError::none:
       return S_OK;
-    case BodyError::already_read_as_bytes:
+    case ReadError::already_read_as_bytes:
       return korlib::raise(E_FAIL, kSource, L"Form cannot be used after BinaryRead.");
-    case BodyError::already_read_as_form:
+    case ReadError::already_read_as_form:
       return korlib::raise(E_FAIL, kSource, L"BinaryRead cannot be used after Form.");
-    case BodyError::too_large:
+    case ReadError::too_large:
       return korlib::raise(E_FAIL, kSource, L"The request's body is larger than the limit.");
-    case BodyError::too_many_fields:
+    case ReadError::too_many_form_fields:
       return korlib::raise(E_FAIL, kSource, L"The form has more than 1000 fields.");
+    case ReadError::too_many_query_fields:
+      return korlib::raise(E_FAIL, kSource, L"The query string has more than 1000 fields.");
   }
   return E_UNEXPECTED;
 }
@@ -94,12 +96,12 @@ HRESULT RequestObject::search(std::wstring_view name, CComPtr<IDispatch>& value)
     if (field) value = korlib::make<StringList>(fields, field).get();
     return field != nullptr;
   };
-  if (take(request.query())) return S_OK;
+  RequestState::Fields fields;
+  RETURN_IF_FAILED(raise_read_error(request.query(fields)));
+  if (take(fields)) return S_OK;
   if (request.has_urlencoded_body() && !request.was_read_as_bytes()) {
-    RequestState::Fields form;
-    const BodyError error = request.form(form);
-    if (error != BodyError::none) return raise_body_error(error);
-    if (take(form)) return S_OK;
+    RETURN_IF_FAILED(raise_read_error(request.form(fields)));
+    if (take(fields)) return S_OK;
   }
   if (const ReceivedCookie* cookie = find_cookie(request.cookies(), name)) {
     value.attach(static_cast<IRequestDictionary*>(korlib::make<CookieValue>(page_, cookie).detach()));
@@ -133,16 +135,12 @@ HRESULT RequestObject::find(VARIANT name, VARIANT* value) {
 }
 
 HRESULT RequestObject::get_QueryString(IRequestDictionary** values) {
-  return give(
-      [page = page_](RequestState::Fields& fields) {
-        fields = page->request.query();
-        return S_OK;
-      },
-      values);
+  return give([page = page_](RequestState::Fields& fields) { return raise_read_error(page->request.query(fields)); },
+              values);
 }
 
 HRESULT RequestObject::get_Form(IRequestDictionary** values) {
-  return give([page = page_](RequestState::Fields& fields) { return raise_body_error(page->request.form(fields)); },
+  return give([page = page_](RequestState::Fields& fields) { return raise_read_error(page->request.form(fields)); },
               values);
 }
 
@@ -189,9 +187,9 @@ HRESULT RequestObject::BinaryRead(VARIANT* count, VARIANT* data) {
     RETURN_IF_FAILED(VariantChangeType(&wanted, variable, 0, VT_I4));
     if (wanted.lVal < 0) return korlib::raise(E_INVALIDARG, kSource, L"BinaryRead: the count is negative.");
     Body bytes;
-    const BodyError error = page_->request.read_bytes(static_cast<std::size_t>(wanted.lVal), bytes);
-    if (error == BodyError::too_large) put_count(variable, 0);
-    if (error != BodyError::none) return raise_body_error(error);
+    const ReadError error = page_->request.read_bytes(static_cast<std::size_t>(wanted.lVal), bytes);
+    if (error == ReadError::too_large) put_count(variable, 0);
+    if (error != ReadError::none) return raise_read_error(error);
     const auto read = static_cast<LONG>(bytes.size());
     RETURN_IF_FAILED(give_bytes(std::move(bytes), data));
     put_count(variable, read);

@@ -12,12 +12,14 @@ RequestState::RequestState(HttpRequest request, PagePlace place) : http_(std::mo
   if (!http_.body_too_large) http_.body_length = http_.body.size();  // the body may be given away
 }
 
-RequestState::Fields RequestState::query() {
+RequestState::ReadError RequestState::query(Fields& fields) {
   if (!query_) {
     auto table = parse_urlencoded(http_.query, code_page);
-    query_ = std::make_shared<const FieldTable>(table ? std::move(*table) : FieldTable());
+    if (!table) return ReadError::too_many_query_fields;
+    query_ = std::make_shared<const FieldTable>(std::move(*table));
   }
-  return query_;
+  fields = query_;
+  return ReadError::none;
 }
 
 RequestState::Fields RequestState::server_variables() {
@@ -44,33 +46,33 @@ bool RequestState::has_urlencoded_body() const {
   return type && same_name(type->substr(0, type->find_first_of("; \t")), "application/x-www-form-urlencoded");
 }
 
-RequestState::BodyError RequestState::form(Fields& fields) {
-  if (use_ == BodyUse::bytes) return BodyError::already_read_as_bytes;
-  if (http_.body_too_large) return BodyError::too_large;
+RequestState::ReadError RequestState::form(Fields& fields) {
+  if (use_ == BodyUse::bytes) return ReadError::already_read_as_bytes;
+  if (http_.body_too_large) return ReadError::too_large;
   use_ = BodyUse::form;
   if (!form_) {
     auto table = has_urlencoded_body() ? parse_urlencoded(http_.body, code_page) : FieldTable();
-    if (!table) return BodyError::too_many_fields;
+    if (!table) return ReadError::too_many_form_fields;
     form_ = std::make_shared<const FieldTable>(std::move(*table));
   }
   fields = form_;
-  return BodyError::none;
+  return ReadError::none;
 }
 
-RequestState::BodyError RequestState::read_bytes(std::size_t count, Body& bytes) {
-  if (use_ == BodyUse::form) return BodyError::already_read_as_form;
-  if (http_.body_too_large) return BodyError::too_large;
+RequestState::ReadError RequestState::read_bytes(std::size_t count, Body& bytes) {
+  if (use_ == BodyUse::form) return ReadError::already_read_as_form;
+  if (http_.body_too_large) return ReadError::too_large;
   use_ = BodyUse::bytes;
   if (bytes_read_ == 0 && count >= http_.body.size()) {
     bytes = std::exchange(http_.body, Body());
-    return BodyError::none;
+    return ReadError::none;
   }
   bytes = std::string_view(http_.body).substr(bytes_read_, count);
   bytes_read_ += bytes.size();
-  if (bytes_read_ < http_.body.size()) return BodyError::none;
+  if (bytes_read_ < http_.body.size()) return ReadError::none;
   http_.body = Body();
   bytes_read_ = 0;
-  return BodyError::none;
+  return ReadError::none;
 }
 
 }  // namespace zelto

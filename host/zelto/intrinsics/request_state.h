@@ -25,8 +25,15 @@ struct PagePlace {
 // the request's thread.
 class RequestState {
  public:
-  // Why fields or bytes of the body cannot be had.
-  enum class BodyError { none, already_read_as_bytes, already_read_as_form, too_large, too_many_fields };
+  // Why fields, or bytes of the body, cannot be had.
+  enum class ReadError {
+    none,
+    already_read_as_bytes,
+    already_read_as_form,
+    too_large,
+    too_many_form_fields,
+    too_many_query_fields
+  };
   using Fields = std::shared_ptr<const FieldTable>;
 
   RequestState(HttpRequest request, PagePlace place);
@@ -38,19 +45,19 @@ class RequestState {
   LONG code_page = 65001;
 
   // Each is built when it is first asked for.
-  Fields query();  // empty when there are too many fields
+  ReadError query(Fields& fields);
   Fields server_variables();
   const std::vector<ReceivedCookie>& cookies();
 
   // The body as a submitted form. Only an urlencoded body has fields; any other reads as an empty form.
   // From then on its bytes can't be read.
-  BodyError form(Fields& fields);
+  ReadError form(Fields& fields);
   bool has_urlencoded_body() const;
   bool was_read_as_bytes() const { return use_ == BodyUse::bytes; }
 
   // The next bytes of the body, up to `count`. From then on it can't be read as a form. All of it read at
   // once is handed over as it is, not copied, and is no longer held here.
-  BodyError read_bytes(std::size_t count, Body& bytes);
+  ReadError read_bytes(std::size_t count, Body& bytes);
   std::uint64_t total_bytes() const { return http_.body_length; }
 
  private:

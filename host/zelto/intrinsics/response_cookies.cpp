@@ -53,16 +53,18 @@ SetCookie* ResponseCookie::changeable() {
 }
 
 HRESULT ResponseCookie::get_Item(VARIANT key, VARIANT* value) {
-  const SetCookie& cookie = page_->response.cookie(name_);
-  if (key.vt == VT_ERROR) {
-    put_text(cookie.value, value);
-    return S_OK;
-  }
   std::wstring name;
-  RETURN_IF_FAILED(text_of(key, name));
-  const std::wstring wanted = fold_name(name);
-  const auto row = std::ranges::find_if(cookie.keys, [&](const auto& k) { return fold_name(k.first) == wanted; });
-  put_text(row == cookie.keys.end() ? std::wstring() : row->second, value);
+  if (key.vt != VT_ERROR) RETURN_IF_FAILED(text_of(key, name));
+  const SetCookie* cookie = page_->response.find_cookie(name_);  // looking at one sets none
+  std::wstring text;
+  if (cookie && key.vt == VT_ERROR) {
+    text = cookie->value;
+  } else if (cookie) {
+    const std::wstring wanted = fold_name(name);
+    const auto row = std::ranges::find_if(cookie->keys, [&](const auto& k) { return fold_name(k.first) == wanted; });
+    if (row != cookie->keys.end()) text = row->second;
+  }
+  put_text(text, value);
   return S_OK;
 }
 
@@ -138,7 +140,8 @@ HRESULT ResponseCookie::put_SameSite(BSTR policy) {
 }
 
 HRESULT ResponseCookie::get_HasKeys(VARIANT_BOOL* has_keys) {
-  *has_keys = page_->response.cookie(name_).keys.empty() ? VARIANT_FALSE : VARIANT_TRUE;
+  const SetCookie* cookie = page_->response.find_cookie(name_);
+  *has_keys = cookie && !cookie->keys.empty() ? VARIANT_TRUE : VARIANT_FALSE;
   return S_OK;
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "http/ascii.h"
 #include "intrinsics/script_date.h"
 #include "intrinsics/text.h"
 
@@ -88,8 +89,10 @@ bool ResponseState::reset() {
 ResponseHead ResponseState::head() const {
   ResponseHead head{status, reason, {}};
   if (!content_type.empty()) {
-    const bool is_text = content_type.starts_with("text/") && content_type.find("charset=") == std::string::npos;
-    const std::string set = !charset.empty() ? charset : is_text ? charset_of(code_page).value_or("utf-8") : "";
+    const std::string type = lower_text(content_type);
+    const bool is_text = type.starts_with("text/");
+    std::string set = !charset.empty() ? charset : is_text ? charset_of(code_page).value_or("utf-8") : "";
+    if (type.find("charset=") != std::string::npos) set.clear();  // the page has said it all
     head.headers.push_back({"Content-Type", content_type + (set.empty() ? "" : "; charset=" + set)});
   }
   if (!cache_control.empty()) head.headers.push_back({"Cache-Control", cache_control});
@@ -110,10 +113,14 @@ bool ResponseState::set_status(std::string_view line) {
   return true;
 }
 
-SetCookie& ResponseState::cookie(std::wstring_view name) {
+const SetCookie* ResponseState::find_cookie(std::wstring_view name) const {
   const std::wstring wanted = fold_name(name);
   const auto found = std::ranges::find_if(cookies, [&](const auto& c) { return fold_name(c.name) == wanted; });
-  if (found != cookies.end()) return *found;
+  return found == cookies.end() ? nullptr : &*found;
+}
+
+SetCookie& ResponseState::cookie(std::wstring_view name) {
+  if (const SetCookie* found = find_cookie(name)) return cookies[static_cast<std::size_t>(found - cookies.data())];
   cookies.emplace_back().name = name;
   return cookies.back();
 }

@@ -66,7 +66,8 @@ class ResponseState {
 
   // "404 Not Found"; false for text that is no status line.
   bool set_status(std::string_view line);
-  SetCookie& cookie(std::wstring_view name);  // made when it is missing
+  const SetCookie* find_cookie(std::wstring_view name) const;  // null when it was not set
+  SetCookie& cookie(std::wstring_view name);                   // made when it is missing
 
  private:
   void sent_on();

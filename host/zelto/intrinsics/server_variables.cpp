@@ -45,7 +45,7 @@ std::vector<std::pair<std::string, std::string>> header_variables(const HttpRequ
     if (same == variables.end()) {
       variables.emplace_back(std::move(name), header.value);
     } else {
-      same->second.append(header.name == "Cookie" ? "; " : ", ").append(header.value);
+      same->second.append(same_name(header.name, "Cookie") ? "; " : ", ").append(header.value);
     }
   }
   return variables;

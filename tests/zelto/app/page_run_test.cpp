@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -40,6 +41,8 @@ class PageRun : public testing::Test {
     request.method = "GET";
     request.path = request.target = "/page.asp";
     request.query = query;
+    request.body_too_large = body_too_large;
+    request.body_length = body_too_large ? 5 : 0;
     if (!cookie.empty()) request.headers.push_back({"Cookie", cookie});
     MemorySink sink;
     zelto::on_big_stack(
@@ -56,6 +59,7 @@ class PageRun : public testing::Test {
   std::vector<std::string> log;
   std::string cookie_;
   std::string query;
+  bool body_too_large = false;
 
  private:
   std::optional<zelto::Site> site_;
@@ -191,6 +195,23 @@ TEST_F(PageRun, AnswersAnErrorWithoutTellingTheClient) {
   EXPECT_EQ(sink.body.find("text "), std::string::npos);
   ASSERT_EQ(log.size(), 1u);
   EXPECT_NE(log[0].find("secretName"), std::string::npos);
+}
+
+TEST_F(PageRun, BlamesABodyThatIsTooLargeForTheErrorItCauses) {
+  body_too_large = true;
+  const MemorySink sink = run("<%= Request.Form('a') %>", "");
+  EXPECT_EQ(sink.head.status, 413);
+  EXPECT_NE(sink.body.find("413 Content Too Large"), std::string::npos);
+  ASSERT_EQ(log.size(), 1u);
+  EXPECT_NE(log[0].find("The request's body is larger than the limit."), std::string::npos);
+  EXPECT_EQ(run("<%= Request.TotalBytes %>", "").body, "5");
+}
+
+TEST_F(PageRun, WritesOneLineAnErrorWhateverIsInIt) {
+  query = "a=%0A1%0D2%1B%5B2J";
+  run("<% throw new Error(Request.QueryString('a')); %>", "");
+  ASSERT_EQ(log.size(), 1u);
+  EXPECT_TRUE(std::ranges::none_of(log[0], [](unsigned char c) { return c < 0x20 || c == 0x7F; })) << log[0];
 }
 
 TEST_F(PageRun, TellsTheAuthorWhatWentWrong) {

@@ -29,11 +29,12 @@ TEST(AccessLog, WritesTheCombinedFormAndTheTime) {
 
 TEST(AccessLog, KeepsOneLineWhateverTheClientSends) {
   AccessRecord record = example();
-  record.request_line = "GET /\" \n\x7F\\";
-  record.note = "a\r\nb";
+  record.request_line = "GET /\" \n\x7F\\\xC3\xA4\x9B";
+  record.note = "a\r\nb\xC3\xA4";
   EXPECT_EQ(combined_line(record),
-            "127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] \"GET /\\x22 \\x0A\\x7F\\x5C\" 200 512 \"-\" \"-\" 1.235 "
-            "a\\x0D\\x0Ab");
+            "127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] \"GET /\\x22 \\x0A\\x7F\\x5C\\xC3\\xA4\\x9B\" 200 512 \"-\" "
+            "\"-\" 1.235 "
+            "a\\x0D\\x0Ab\xC3\xA4");
 }
 
 }  // namespace

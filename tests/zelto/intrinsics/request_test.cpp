@@ -78,6 +78,15 @@ TEST_F(Request, RefusesAFormOfMoreThanAThousandFields) {
   EXPECT_EQ(answer.description, L"The form has more than 1000 fields.");
 }
 
+TEST_F(Request, RefusesAQueryStringOfMoreThanAThousandFields) {
+  for (int i = 0; i <= 1000; ++i) request.query += "a&";
+  const std::wstring_view said = L"The query string has more than 1000 fields.";
+  EXPECT_EQ(get(collection(L"QueryString"), L"Count").description, said);
+  const Answer searched = get(request_object().get(), L"Item", L"b");
+  EXPECT_EQ(searched.hr, E_FAIL);
+  EXPECT_EQ(searched.description, said);
+}
+
 TEST_F(Request, TakesAFormOfAThousandFields) {
   std::string body;
   for (int i = 0; i < 1000; ++i) body += "&a=1";
@@ -122,6 +131,16 @@ TEST_F(Request, ReadsCookiesAndTheirKeys) {
   EXPECT_EQ(text_of(get(user, L"Item", L"none")), L"");
   EXPECT_EQ(text_of(default_of(user)), L"name=Ann&city=K%C3%B6ln");
   EXPECT_EQ(get(collection(L"Cookies"), L"Count").value.lVal, 3);
+}
+
+TEST_F(Request, JoinsCookieHeadersAsCookiesAre) {
+  request.headers.push_back({"cookie", "a=1"});
+  request.headers.push_back({"COOKIE", "b=2"});
+  request.headers.push_back({"X-A", "1"});
+  request.headers.push_back({"x-a", "2"});
+  EXPECT_EQ(text(L"ServerVariables", L"HTTP_COOKIE"), L"a=1; b=2");
+  EXPECT_EQ(text(L"ServerVariables", L"HTTP_X_A"), L"1, 2");
+  EXPECT_EQ(text(L"Cookies", L"b"), L"2");
 }
 
 TEST_F(Request, OffersACookieAsAListOfValuesToo) {

@@ -116,6 +116,13 @@ TEST_F(Response, LeavesTheCharsetOutForWhatIsNoText) {
   EXPECT_EQ(sink.header("Content-Type"), Strings{"image/png"});
 }
 
+TEST_F(Response, AddsNoCharsetToATypeThatHasOne) {
+  put(response(), L"ContentType", L"text/html; Charset=iso-8859-1");
+  put(response(), L"Charset", L"utf-8");
+  page().response.finish();
+  EXPECT_EQ(sink.header("Content-Type"), Strings{"text/html; Charset=iso-8859-1"});
+}
+
 TEST_F(Response, RefusesWhatIsNoStatus) {
   for (const wchar_t* line : {L"", L"20", L"abc", L"2000", L"099 X", L"100 Continue", L"600 X", L"404Not"}) {
     EXPECT_EQ(put(response(), L"Status", line).hr, E_INVALIDARG) << testing::PrintToString(std::wstring(line));
@@ -186,6 +193,15 @@ TEST_F(Response, SetsCookieKeysAndAttributes) {
   page().response.finish();
   EXPECT_EQ(sink.header("Set-Cookie"), Strings{"user=name=Bob&city=K%C3%B6ln; Expires=" + zelto::http_date_of(25569.0) +
                                                "; Domain=example.org; Path=/shop; Secure; SameSite=None"});
+}
+
+TEST_F(Response, SetsNoCookieThatIsOnlyLookedAt) {
+  EXPECT_EQ(text_of(get(cookie(L"a"), L"Item", L"key")), L"");
+  EXPECT_FALSE(is_true(get(cookie(L"a"), L"HasKeys")));
+  put(cookie(L"b"), L"Item", L"k", L"v");
+  EXPECT_EQ(text_of(get(cookie(L"B"), L"Item", L"K")), L"v");
+  page().response.finish();
+  EXPECT_EQ(sink.header("Set-Cookie"), Strings{"b=k=v; Path=/; HttpOnly; SameSite=Lax"});
 }
 
 TEST_F(Response, WritesExpiryAsADate) {
