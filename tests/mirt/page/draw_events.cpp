@@ -249,6 +249,13 @@ TEST_P(InputDrawers, DrawTheSecondTextWithAnEmptyValueWhereNothingIsBound) {
   });
 }
 
+TEST_P(InputDrawers, GiveTheValueAsItIs) {
+  in_process([&] {
+    bind(L"n", value_of(std::vector<CComVariant>{CComVariant(L"u"), CComVariant(L"v")}));
+    EXPECT_EQ(L"uv", draw(mark(L"|n#|#(#/_Input" + suffix() + L"_Value|0#)(#/_Input" + suffix() + L"_Value|1#)#)")));
+  });
+}
+
 TEST_P(InputDrawers, NestAndPutBackWhatWasThere) {
   const std::wstring name = L"_Input" + suffix() + L"_Name";
   const std::wstring shown = L"(#/" + name + L"#)";

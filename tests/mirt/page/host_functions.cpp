@@ -29,7 +29,8 @@ extern "C" {
 
 unsigned long GetTickCount() { return tick_count; }
 
-DWORD FormatMessageW(DWORD, const void*, DWORD message, DWORD language, wchar_t* buffer, DWORD size, void*) {
+DWORD FormatMessageW(DWORD flags, const void*, DWORD message, DWORD language, wchar_t* buffer, DWORD size, void*) {
+  EXPECT_TRUE(flags & FORMAT_MESSAGE_FROM_SYSTEM);
   EXPECT_EQ(2048u, language);
   const std::wstring text =
       message == static_cast<DWORD>(DISP_E_MEMBERNOTFOUND) ? L"Member not found." : std::wstring(5000, L'x');

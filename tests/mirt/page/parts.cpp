@@ -137,10 +137,13 @@ TEST(TemplatePath, IsPermittedBelowItsBaseInAnyCase) {
         << testing::PrintToString(std::wstring(row.path));
 }
 
-TEST(TemplatePath, RefusesANulInAPath) {
+TEST(TemplatePath, AppendsTheCanonicalFormAndRefusesANul) {
   CComBSTR out;
   EXPECT_EQ(S_OK, page::ConvertToCanonicalizedPath(L"/", out));
   EXPECT_EQ(L"/", out.view());
+  CComBSTR begun(L"path: ");
+  EXPECT_EQ(S_OK, page::ConvertToCanonicalizedPath(L"\\.\\", begun));
+  EXPECT_EQ(L"path: /", begun.view());
   EXPECT_EQ(E_FAIL, page::ConvertToCanonicalizedPath({L"/\0.html", 7}, out));
   EXPECT_EQ(E_FAIL, page::ConvertToCanonicalizedPath(L"/no such folder/no such file", out));
   EXPECT_EQ(L"/", out.view());

@@ -313,6 +313,9 @@ TEST_F(SubmittedFields, TheCommandComesFromItsField) {
   EXPECT_EQ(L"Save", command_of_request());
   asp_.request->query_string->set(L"c", {L"Save", L"Drop"});
   EXPECT_EQ(L"Save, Drop", command_of_request());
+  const std::wstring with_nul(L"Sa\0ve", 5);
+  asp_.request->query_string->set(L"c", {with_nul});
+  EXPECT_EQ(with_nul, command_of_request());
   asp_.request->query_string->clear();
   EXPECT_EQ(L"", command_of_request());
 }
@@ -350,6 +353,7 @@ TEST_F(SubmittedFields, TheMethodAndTypeChooseTheCollection) {
       {L"POST", L"text/plain", false},
       {L"POST", L"", false},
       {L"post", L"application/x-www-form-urlencoded", false},
+      {L"POSTS", L"application/x-www-form-urlencoded", false},
       {L"PUT", L"application/x-www-form-urlencoded", false},
   };
   for (const auto& row : cases) {

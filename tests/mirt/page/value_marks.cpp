@@ -202,6 +202,8 @@ TEST_F(ValueMarks, TheCommandMarkWritesALinkOrTheFieldsName) {
   EXPECT_EQ(L"c", draw(L"(#?#)"));
   EXPECT_EQ(L"«?c=Save+it&»", draw(L"(#!Save it#)"));
   EXPECT_EQ(L"?c=Save+it&", draw(L"(#?Save it#)"));
+  EXPECT_EQ(L"?c=Save&", draw(L"(#?Save|argument#)"));
+  EXPECT_EQ(L"c", draw(L"(#?|argument#)"));
   put(page(), L"CommandName", L"do");
   EXPECT_EQ(L"do", draw(L"(#?#)"));
   put(page(), L"Backable", false);
@@ -220,6 +222,18 @@ TEST_F(ValueMarks, ChildMarksDrawTheirTemplates) {
     EXPECT_EQ(L"[value]", draw(L"(#@place#)"));
     EXPECT_EQ(L"", draw(L"(#@number#)"));
     EXPECT_EQ(L"", draw(L"(#@missing#)"));
+  });
+}
+
+TEST_F(ValueMarks, ChildMarksFailAsTheirTemplatesDo) {
+  use_folder();
+  file("bad.html", "a(#:missing#)");
+  EXPECT_EQ(L"<code 80020006>[(#`bad#)]a", draw(L"(#`bad#)b"));
+  const std::wstring refused = L"<code 80004005>Template file ";
+  EXPECT_EQ(refused, draw(L"(#`../none#)").substr(0, refused.size()));
+  in_process([&] {
+    put(object_of(get(page(), L"Include")).get(), L"Item", L"place", L"bad");
+    EXPECT_EQ(L"<code 80020006>[(#@place#)]a", draw(L"(#@place#)b"));
   });
 }
 
