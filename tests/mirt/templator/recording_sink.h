@@ -66,6 +66,7 @@ class RecordingSink final : public ZeltoTypeLibrary::IResponse,
   ULONG AddRef() override { return ++references_; }
   ULONG Release() override {
     const ULONG left = --references_;
+    // NOLINTNEXTLINE(clang-analyzer-unix.MismatchedDeallocator): one program makes its own new and delete
     if (left == 0) delete this;
     return left;
   }

@@ -86,7 +86,7 @@ const std::vector<Case>& cases() {
        W(1, wchar_t{0xD800}) + L"(#%" + W(1, wchar_t{0xDFFF}) + L"#)",
        {W(1, wchar_t{0xD800}), L""},
        {{L'%', W(1, wchar_t{0xDFFF}), {}}}},
-      {"a NUL belongs to a name", W(L"(#%a\0b#)", 9), {L"", L""}, {{L'%', W(L"a\0b", 3), {}}}},
+      {"a NUL belongs to a name", W(L"(#%a\0b#)", 8), {L"", L""}, {{L'%', W(L"a\0b", 3), {}}}},
       {"a run ends at its NUL", W(L"a\0b(#%x#)c", 10), {L"a", L"c"}, {{L'%', L"x", {}}}},
   };
   return all;

@@ -43,9 +43,9 @@ TEST(Output, RefusesAnObjectOfNoneOfTheKinds) {
   ASSERT_EQ(S_OK, engine.putref_Output(old->unknown()));
   EXPECT_EQ(E_INVALIDARG, engine.putref_Output(other->unknown()));
   EXPECT_FALSE(engine.has_output());
-  CComPtr<IUnknown> current(old->unknown());
-  EXPECT_EQ(S_OK, engine.get_Output(current.put()));
-  EXPECT_FALSE(current);
+  IUnknown* current = old->unknown();  // poison
+  EXPECT_EQ(S_OK, engine.get_Output(&current));
+  EXPECT_EQ(nullptr, current);
   EXPECT_EQ(1u, old->references());
   EXPECT_EQ(1u, other->references());
 }
@@ -67,10 +67,14 @@ TEST(Output, CanBeSetAgainToTheObjectThatItHolds) {
   Engine engine;
   CComPtr<RecordingSink> sink = RecordingSink::make(kRawStream);
   ASSERT_EQ(S_OK, engine.putref_Output(sink->unknown()));
-  RecordingSink* watched = sink.get();
+  CComPtr<IUnknown> current;
+  ASSERT_EQ(S_OK, engine.get_Output(current.put()));
+  IUnknown* const watched = current.get();
+  current.reset();
   sink.reset();  // the engine holds the last reference
-  EXPECT_EQ(S_OK, engine.putref_Output(watched->unknown()));
-  EXPECT_EQ(1u, watched->references());
+  EXPECT_EQ(S_OK, engine.putref_Output(watched));
+  EXPECT_EQ(2u, watched->AddRef());
+  EXPECT_EQ(1u, watched->Release());
   EXPECT_EQ(S_OK, engine.stream(L"x"));
 }
 
