@@ -97,62 +97,79 @@ struct IMirtedTemplator : IDispatch {
 KORLIB_IID(IMirtedTemplator, "FBB21FA5-D144-4303-AA67-323AEE297098");
 
 // The page controller's own members, in the order of their dispatch identifiers.
+//
+// Strings are copied in and out, null as null. Booleans are true only for VARIANT_TRUE; every other
+// value, 1 included, is false.
 struct MirtMembers : IDispatch {
+  // The dictionary that outlives the request. Needs a Name and a Session, and Process to have begun.
   virtual HRESULT get_Bag(IDispatch** bag) = 0;
   virtual HRESULT putref_Script(IDispatch* script) = 0;  // as AddScript
-  virtual HRESULT get_Script(IDispatch** script) = 0;    // untouched when there is none
+  virtual HRESULT get_Script(IDispatch** script) = 0;    // the one added last; untouched when there is none
+  // Taken from the request when empty; a script may choose another until it runs.
   virtual HRESULT put_Command(BSTR value) = 0;
   virtual HRESULT get_Command(BSTR* value) = 0;
-  virtual HRESULT put_Template(BSTR value) = 0;
+  virtual HRESULT put_Template(BSTR value) = 0;  // DefaultTemplate when empty as drawing begins
   virtual HRESULT get_Template(BSTR* value) = 0;
-  virtual HRESULT put_TemplateFolder(BSTR value) = 0;
+  virtual HRESULT put_TemplateFolder(BSTR value) = 0;  // where template files are, and may be read
   virtual HRESULT get_TemplateFolder(BSTR* value) = 0;
-  virtual HRESULT put_TemplateExt(BSTR value) = 0;
+  virtual HRESULT put_TemplateExt(BSTR value) = 0;  // with its dot
   virtual HRESULT get_TemplateExt(BSTR* value) = 0;
-  virtual HRESULT put_TemplateCharset(BSTR value) = 0;
+  virtual HRESULT put_TemplateCharset(BSTR value) = 0;  // "UTF-8" at first
   virtual HRESULT get_TemplateCharset(BSTR* value) = 0;
   virtual HRESULT put_DefaultTemplate(BSTR value) = 0;
   virtual HRESULT get_DefaultTemplate(BSTR* value) = 0;
-  virtual HRESULT put_TemplatePermissionPath(BSTR value) = 0;
+  virtual HRESULT put_TemplatePermissionPath(BSTR value) = 0;  // the folder files may be read from instead
   virtual HRESULT get_TemplatePermissionPath(BSTR* value) = 0;
-  virtual HRESULT put_CommandName(BSTR value) = 0;
+  virtual HRESULT put_CommandName(BSTR value) = 0;  // the request field of the command, "c" at first
   virtual HRESULT get_CommandName(BSTR* value) = 0;
+  // The Response at first. A stream, a text stream or an IStream does as well; another object is
+  // E_INVALIDARG and leaves no output.
   virtual HRESULT putref_Output(IUnknown* sink) = 0;
   virtual HRESULT get_Output(IUnknown** sink) = 0;
   virtual HRESULT get_View(IDispatch** view) = 0;        // E_FAIL and null outside Process
   virtual HRESULT get_Include(IDispatch** include) = 0;  // S_OK and null outside Process
+  // The submitted fields: of the form for a POST of one, of the query string otherwise.
   virtual HRESULT get_Request(IDispatch** request) = 0;
-  virtual HRESULT put_Name(BSTR value) = 0;
+  virtual HRESULT put_Name(BSTR value) = 0;  // what the page's state is kept under; pages may share it
   virtual HRESULT get_Name(BSTR* value) = 0;
-  // Booleans are true only for VARIANT_TRUE; every other value, 1 included, is false.
+  // False: the command comes in a field whose name changes with every command, so that a page from the
+  // browser's history cannot repeat one.
   virtual HRESULT put_Backable(VARIANT_BOOL value) = 0;
   virtual HRESULT get_Backable(VARIANT_BOOL* value) = 0;
-  virtual HRESULT put_NullIsEmpty(VARIANT_BOOL value) = 0;
+  virtual HRESULT put_NullIsEmpty(VARIANT_BOOL value) = 0;  // a mark's value without a text draws nothing
   virtual HRESULT get_NullIsEmpty(VARIANT_BOOL* value) = 0;
   virtual HRESULT put_SubmitDecodeOnPutInto(VARIANT_BOOL value) = 0;
   virtual HRESULT get_SubmitDecodeOnPutInto(VARIANT_BOOL* value) = 0;
   virtual HRESULT put_CacheTemplate(VARIANT_BOOL value) = 0;
   virtual HRESULT get_CacheTemplate(VARIANT_BOOL* value) = 0;
-  virtual HRESULT put_SelfEncode(VARIANT_BOOL value) = 0;
+  virtual HRESULT put_SelfEncode(VARIANT_BOOL value) = 0;  // encode with HTMLEncode below, not the Server's
   virtual HRESULT get_SelfEncode(VARIANT_BOOL* value) = 0;
-  virtual HRESULT AddScript(IDispatch* script) = 0;
+  virtual HRESULT AddScript(IDispatch* script) = 0;  // the one added last is asked first
+  // Copy the named request field, or every field when the name is empty, to the Bag, the View or the
+  // script's variables. `as_array` keeps a named field's values apart.
   virtual HRESULT PutIntoBag(BSTR name, VARIANT_BOOL as_array) = 0;
   virtual HRESULT PutIntoView(BSTR name, VARIANT_BOOL as_array) = 0;
   virtual HRESULT PutIntoProp(BSTR name, VARIANT_BOOL as_array) = 0;
-  virtual HRESULT Write(BSTR text, VARIANT_BOOL encode) = 0;
-  virtual HRESULT Abandon() = 0;
-  virtual HRESULT AddLog(BSTR first, BSTR second) = 0;
+  virtual HRESULT Write(BSTR text, VARIANT_BOOL encode) = 0;  // for HTML, for any value but VARIANT_FALSE
+  virtual HRESULT Abandon() = 0;                              // gives up what is kept under Name
+  virtual HRESULT AddLog(BSTR first, BSTR second) = 0;        // "[first:second]" to the host's log
+  // Calls a function of the script with (controller, argument by reference). *exists tells whether there
+  // is one, also when it fails; without one *result stays as it is.
   virtual HRESULT FireEvent(BSTR name, VARIANT* argument, VARIANT* result, VARIANT_BOOL* exists) = 0;
-  virtual HRESULT AddMessage(VARIANT* message, BSTR key) = 0;
+  virtual HRESULT AddMessage(VARIANT* message, BSTR key) = 0;  // a copy, for the message drawers
+  // A VT_BSTR asks for one key, a VT_ERROR (the argument omitted) for any; others are E_INVALIDARG.
   virtual HRESULT MessageExists(VARIANT* key, VARIANT_BOOL* exists) = 0;
-  virtual HRESULT ProcessTemplate(BSTR text) = 0;
-  virtual HRESULT Process() = 0;
+  virtual HRESULT ProcessTemplate(BSTR text) = 0;  // draws the text; no event of the lifecycle is fired
+  virtual HRESULT Process() = 0;                   // runs the page
+  // The values of a request field. One that cannot be read stays empty; a list that cannot be counted
+  // is S_OK and leaves *array as it is.
   virtual HRESULT ToArray(IDispatch* collection, SAFEARRAY** array) = 0;
-  virtual HRESULT ToCommand(BSTR command, BSTR* link) = 0;
-  virtual HRESULT ToParameter(BSTR name, BSTR value, BSTR* parameter) = 0;
-  virtual HRESULT Redirect(BSTR url) = 0;
-  virtual HRESULT DrawTemplate(BSTR name) = 0;
+  virtual HRESULT ToCommand(BSTR command, BSTR* link) = 0;  // "?field=command&", URL-encoded by the Server
+  virtual HRESULT ToParameter(BSTR name, BSTR value, BSTR* parameter) = 0;  // "name=value&", likewise
+  virtual HRESULT Redirect(BSTR url) = 0;                                   // status and Location; the page goes on
+  virtual HRESULT DrawTemplate(BSTR name) = 0;  // a file, beside the one being drawn or in TemplateFolder
   virtual HRESULT NewADOCommand(VARIANT* connection, BSTR text, LONG type, IDispatch** command) = 0;
+  // For rows and other parts of the page. `prefix` begins the names of its draw functions.
   virtual HRESULT NewTemplator(BSTR prefix, IMirtedTemplator** templator) = 0;
   virtual HRESULT NewMail(BSTR server, LONG port, IDispatch** mail) = 0;  // not implemented
 
