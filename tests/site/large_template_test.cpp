@@ -1,0 +1,69 @@
+// Template files of a size that nobody writes, drawn by a page.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "site/program.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kPage[] = R"(<%
+var mirt = Server.CreateObject("Mirt");
+mirt.Script = this;
+mirt.TemplateFolder = Server.MapPath(".");
+mirt.TemplateExt = ".html";
+mirt.CacheTemplate = Request.QueryString("cached") == "1";
+var v = "<mark>";
+try { mirt.DrawTemplate("large"); } catch (e) { Response.Write(e.message.slice(0, 80)); }
+%>)";
+
+class LargeTemplate : public testing::TestWithParam<const char*> {
+ protected:
+  LargeTemplate() {
+    std::string name = (fs::temp_directory_path() / "zelto-template-XXXXXX").string();
+    folder_ = mkdtemp(name.data());
+    write("page.asp", kPage);
+  }
+  ~LargeTemplate() override { fs::remove_all(folder_); }
+
+  void write(const char* name, const std::string& text) const {
+    std::ofstream(folder_ / name, std::ios::binary) << text;
+  }
+  std::string drawn(const std::string& text) const {
+    write("large.html", text);
+    test::Ran ran = test::run_program({"run", "page.asp", "--query", GetParam()}, folder_, folder_);
+    EXPECT_EQ(ran.status, 0) << ran.error;
+    return std::move(ran.output);
+  }
+
+  fs::path folder_;
+};
+INSTANTIATE_TEST_SUITE_P(EachMode, LargeTemplate, testing::Values("cached=0", "cached=1"),
+                         [](const auto& one) { return one.index == 0 ? "Streamed" : "Cached"; });
+
+std::string repeated(const std::string& text, std::size_t times) {
+  std::string all;
+  all.reserve(text.size() * times);
+  for (std::size_t i = 0; i < times; ++i) all += text;
+  return all;
+}
+
+TEST_P(LargeTemplate, OfFiftyMegabytesIsDrawnToTheLastByte) {
+  const std::string half = repeated("<p>Zeile mit Umlaut: \xC3\xA4, und so weiter.</p>\n", 25'000'000 / 44);
+  EXPECT_TRUE(drawn(half + "(#;v#)" + half) == half + "&lt;mark&gt;" + half);
+}
+
+TEST_P(LargeTemplate, OfAHundredThousandMarksIsDrawn) {
+  EXPECT_TRUE(drawn(repeated("(#;v#)\n", 100'000)) == repeated("&lt;mark&gt;\n", 100'000));
+}
+
+TEST_P(LargeTemplate, NestedTenThousandDeepIsRefused) {
+  EXPECT_EQ(drawn(repeated("(#%_InputDefaultP|v#|#<mark>#|#", 10'000) + repeated("#|#no#)", 10'000)),
+            "Template text is nested too deeply.");
+  EXPECT_EQ(drawn(repeated("(#;v|", 10'000)), "Invalid mark order.");
+}
+
+}  // namespace
