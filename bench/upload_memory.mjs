@@ -17,7 +17,7 @@ const host = spawn(join(root, 'build/release/bin/zelto'), ['serve', site, '--lis
   stdio: ['ignore', 'pipe', 'inherit'],
 });
 const address = await new Promise((found) =>
-  createInterface({ input: host.stdout }).on('line', (line) => found(line.match(/http:\S+/)[0])));
+  createInterface({ input: host.stdout }).once('line', (line) => found(line.match(/http:\S+/)[0])));
 const peak = async () => {
   const status = await readFile(`/proc/${host.pid}/status`, 'utf8');
   return Number(status.match(/VmHWM:\s+(\d+) kB/)[1]) * 1024;
