@@ -167,6 +167,7 @@ HRESULT FakeScript::Invoke(DISPID id, REFIID riid, LCID lcid, WORD flags, DISPPA
   if (is_write || member.body) calls_.push_back({member.name, flags, arguments});
   if (!is_write) return run(member, flags, arguments, result);
   if (arguments.empty()) return DISP_E_BADPARAMCOUNT;
+  RETURN_IF_FAILED(member.refusal);
   member.body = {};
   member.value = arguments.back();
   return S_OK;

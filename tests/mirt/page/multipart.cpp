@@ -78,5 +78,36 @@ TEST_F(MultipartPage, AnUploadThatCannotBeReadEndsProcess) {
   EXPECT_TRUE(script().calls().empty());
 }
 
+TEST_F(MultipartPage, AMalformedUploadEndsProcessWithoutAText) {
+  asp_.request->body.resize(asp_.request->body.rfind("--B--"));
+  const Answer answer = call(page(), L"Process");
+  EXPECT_EQ(E_FAIL, answer.hr);
+  EXPECT_EQ(L"", answer.description);
+  EXPECT_TRUE(script().calls().empty());
+  // What stood before the fault is kept: the last part is not, as nothing ends it.
+  const CComPtr<IDispatch> request = object_of(get(page(), L"Request"));
+  const CComQIPtr<ZeltoTypeLibrary::IRequestDictionary> form(request.get());
+  ASSERT_TRUE(form);
+  const CComVariant key(L"tags");
+  CComVariant tags;
+  EXPECT_EQ(S_OK, form->get_Item(key, &tags));
+  const CComQIPtr<ZeltoTypeLibrary::IStringList> values(tags.pdispVal);
+  int count = 0;
+  EXPECT_EQ(S_OK, values->get_Count(&count));
+  EXPECT_EQ(1, count);
+}
+
+TEST_F(MultipartPage, ABodyOfAnotherTypeBindsFromTheQueryString) {
+  asp_.request->query_string->set_raw(L"a", CComVariant(L"query"));
+  for (const wchar_t* type : {L"multipart/form-data", L"Multipart/form-data; boundary=B", L"text/plain"}) {
+    asp_.request->server_variables->set(L"HTTP_CONTENT_TYPE", {type});
+    in_process([&] {
+      EXPECT_EQ(S_OK, call(page(), L"PutIntoView", L"a", false).hr) << type;
+      EXPECT_EQ(L"query", text_of(get(page(), L"View", L"a"))) << type;
+    });
+  }
+  EXPECT_EQ(0, asp_.calls->count("Request.BinaryRead"));
+}
+
 }  // namespace
 }  // namespace test

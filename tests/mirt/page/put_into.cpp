@@ -220,6 +220,40 @@ TEST_F(PutInto, AllFieldsStopAtTheFirstThatNoVariableHas) {
   EXPECT_EQ(VT_EMPTY, script().current(L"d").vt);
 }
 
+TEST_F(PutInto, AVariableThatRefusesEndsTheCopying) {
+  for (const wchar_t* name : {L"a", L"b", L"d"}) query().set_raw(name, CComVariant(L"1"));
+  script().value(L"a", CComVariant());
+  script().refuse(L"b", E_ABORT);
+  script().value(L"d", CComVariant());
+  EXPECT_EQ(E_ABORT, call(page(), L"PutIntoProp", L"b", false).hr);
+  EXPECT_EQ(E_ABORT, call(page(), L"PutIntoProp", L"", false).hr);
+  EXPECT_EQ(VT_BSTR, script().current(L"a").vt);
+  EXPECT_EQ(VT_EMPTY, script().current(L"d").vt);
+}
+
+// The bag and the name of the command's field are the session's; without one, its words are the failure.
+TEST_F(PutInto, NeedsASessionForTheBagAndForTheKey) {
+  put(page(), L"Name", L"");
+  query().set_raw(L"a", CComVariant(L"1"));
+  in_process([&] {
+    asp_.calls->log.clear();
+    const Answer bag = call(page(), L"PutIntoBag", L"a", false);
+    EXPECT_EQ(E_FAIL, bag.hr);
+    EXPECT_EQ(L"Could not get Bag. Please specify property 'Name'.", bag.description);
+    EXPECT_EQ(0, asp_.calls->count("Request.QueryString")) << "nothing is read";
+
+    EXPECT_EQ(S_OK, call(page(), L"PutIntoView", L"", false).hr);
+    put(page(), L"Backable", false);
+    const Answer all = call(page(), L"PutIntoView", L"", false);
+    EXPECT_EQ(E_FAIL, all.hr);
+    EXPECT_EQ(L"Could not get Command Name. Please specify property 'Name'.", all.description);
+    EXPECT_EQ(S_OK, call(page(), L"PutIntoView", L"a", false).hr) << "one field has no need of the key";
+    query().clear();
+    EXPECT_EQ(S_OK, call(page(), L"PutIntoView", L"", false).hr) << "nor has a request without fields";
+    put(page(), L"Backable", true);
+  });
+}
+
 TEST_F(PutInto, ANullNameMeansEveryField) {
   query().set_raw(L"a", CComVariant(L"1"));
   CComPtr<IMirt> typed;
