@@ -58,7 +58,7 @@ function OnTemplate_v(m) {
 }
 mirt.Template = "v";
 mirt.Process();
-// The third argument of FireEvent takes the answer.
+// FireEvent says whether the function was found.
 var fired = null;
 function On_Test(m, argument) { fired = argument; return "answer"; }
 Response.Write(mirt.FireEvent("On_Test", "arg", "") + "," + fired + "," + mirt.FireEvent("On_Nothing", 1, "") + "\n");
