@@ -59,7 +59,7 @@ test('pictures are added, shown, kept and deleted', () => inGallery([], async (b
   assert.equal(saved.headers.get('content-disposition'), "attachment; filename*=UTF-8''sea.png");
   assert.deepEqual(Buffer.from(await saved.arrayBuffer()), png(40, 64, [30, 90, 160]));
 
-  await browser.click('.actions button');
+  await browser.follow('.actions button');
   assert.deepEqual(await browser.textsOf('#notices li'), ['sea.png was deleted.']);
   assert.deepEqual(await browser.textsOf('.file'), ['sun.png · 1 KiB']);
   assert.equal((await stored(site)).filter((name) => name.endsWith('.png')).length, 1);
@@ -140,6 +140,17 @@ test('a bar shows how far the upload is', () => inGallery([], async (browser) =>
   assert.deepEqual(seen[0], [false, 0]);
   assert.deepEqual(seen.at(-1), [false, 100]);
   assert.equal(await browser.textOf('.file'), 'medium.png · 20.0 MiB', 'more than the limit of other sites');
+}));
+
+test('the page fits a phone', () => inGallery([], async (browser) => {
+  await browser.post('window/rect', { width: 375, height: 800 });
+  await choose(browser, [[`${'long'.repeat(40)}.png`, png(640, 40, [9, 9, 9])]]);
+  await browser.fill('input[name=caption]', 'caption'.repeat(20));
+  await browser.click('#upload button');
+  await browser.wait('figure');
+  const [visible, needed] = await browser.run('return [innerWidth, document.documentElement.scrollWidth]');
+  assert.ok(visible < 600, `a window of ${visible} is no phone`);
+  assert.ok(needed <= visible, `${needed} pixels in a window of ${visible}`);
 }));
 
 test('without scripts the form posts itself', () => inGallery([], async (browser) => {

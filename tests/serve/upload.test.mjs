@@ -154,6 +154,29 @@ test('100 MB arrive byte for byte in the gallery', async () => {
   }
 });
 
+test('the gallery says what it cannot do', async () => {
+  const gallery = await serve('gallery', '--workers', '1');
+  try {
+    let cookie = '';
+    const said = async (body) => {
+      const posted = await fetch(gallery.address, {
+        method: 'POST', body, redirect: 'manual', headers: { cookie, 'Content-Type': 'multipart/form-data; boundary=B' },
+      });
+      assert.equal(posted.status, 302);
+      cookie ||= posted.headers.get('set-cookie').split(';')[0];
+      const page = await (await fetch(gallery.address, { headers: { cookie } })).text();
+      return page.match(/<li class="refused">(.*?)<\/li>/)[1];
+    };
+    assert.equal(await said('no upload'), 'The upload did not arrive in a form that can be read.');
+    assert.equal(await said(multipart([['name="c"', 'Upload']])), 'Choose at least one picture.');
+    assert.equal(await said(multipart([['name="c"', 'Delete'], ['name="id"', '../index']])), 'That picture is gone already.');
+    for (const id of ['', '../index', 'index.json'])
+      assert.equal((await fetch(new URL(`picture.asp?id=${id}`, gallery.address))).status, 404, id);
+  } finally {
+    assert.equal(await gallery.stop(), 0, gallery.log.join('\n'));
+  }
+});
+
 test('a body over the limit is told with its size', async () => {
   const body = multipart([['name="a"', 'x'.repeat(17 << 20)]]);
   const answer = await (await fetch(at('a'), {
