@@ -39,16 +39,16 @@ JSValueRef bytes_to_script(JSContextRef ctx, SAFEARRAY* array, JSValueRef* excep
   return *exception ? nullptr : bytes;
 }
 
+// Bounds are kept with the last dimension first.
+const SAFEARRAYBOUND& bound_of(SAFEARRAY* array, UINT dim) { return array->rgsabound[array->cDims - dim]; }
+
 JSValueRef dimension_to_script(RealmState& realm, SAFEARRAY* array, UINT dim, std::vector<LONG>& indices,
                                JSValueRef* exception) {
   JSContextRef ctx = realm.context();
-  LONG lower = 0;
-  LONG upper = -1;
-  SafeArrayGetLBound(array, dim, &lower);
-  SafeArrayGetUBound(array, dim, &upper);
+  const SAFEARRAYBOUND& bound = bound_of(array, dim);
   JSObjectRef out = JSObjectMakeArray(ctx, 0, nullptr, exception);
-  for (LONG i = lower; out && i <= upper; ++i) {
-    indices[dim - 1] = i;
+  for (ULONG i = 0; out && i < bound.cElements; ++i) {
+    indices[dim - 1] = static_cast<LONG>(static_cast<ULONG>(bound.lLbound) + i);
     JSValueRef value = nullptr;
     if (dim < indices.size()) {
       value = dimension_to_script(realm, array, dim + 1, indices, exception);
@@ -59,7 +59,7 @@ JSValueRef dimension_to_script(RealmState& realm, SAFEARRAY* array, UINT dim, st
       if (SUCCEEDED(hr)) value = realm.to_script(element, exception);
     }
     if (!value) return nullptr;
-    JSObjectSetPropertyAtIndex(ctx, out, static_cast<unsigned>(i - lower), value, exception);
+    JSObjectSetPropertyAtIndex(ctx, out, i, value, exception);
     if (*exception) return nullptr;
   }
   return out;

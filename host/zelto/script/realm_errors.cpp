@@ -119,6 +119,9 @@ ScriptError RealmState::describe_exception(JSValueRef exception) {
     locate(link, &error);
     link = property(const_cast<JSObjectRef>(link), JsString("cause"));
   }
+  if (thrown_at_ && !JSValueIsObject(context_, link) && !JSValueIsUndefined(context_, link)) {
+    place_like(*thrown_at_, &error);
+  }
   return error;
 }
 

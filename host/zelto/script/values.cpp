@@ -47,6 +47,29 @@ double from_date(DATE date) {
   return std::round((days - kDaysToEpoch) * kMillisecondsADay);
 }
 
+// The engine's Date takes local time in parts.
+JSValueRef date_at(JSContextRef ctx, double local, JSValueRef* exception) {
+  const double days = std::floor(local / kMillisecondsADay);
+  JSValueRef parts[] = {JSValueMakeNumber(ctx, 1970),
+                        JSValueMakeNumber(ctx, 0),
+                        JSValueMakeNumber(ctx, 1 + days),
+                        JSValueMakeNumber(ctx, 0),
+                        JSValueMakeNumber(ctx, 0),
+                        JSValueMakeNumber(ctx, 0),
+                        JSValueMakeNumber(ctx, local - days * kMillisecondsADay)};
+  return JSObjectMakeDate(ctx, 7, parts, exception);
+}
+
+// The engine tells whole minutes only of what its clock is off by. Before 1972 there were zones with seconds.
+double with_seconds(JSContextRef ctx, double local, double utc) {
+  constexpr double kWholeMinutesSince = 2 * 365 * kMillisecondsADay;
+  if (utc >= kWholeMinutesSince) return local;
+  JSValueRef exception = nullptr;
+  JSValueRef back = date_at(ctx, local, &exception);
+  const double missing = back ? utc - JSValueToNumber(ctx, back, &exception) : 0;
+  return !exception && std::abs(missing) < 60000 ? local + missing : local;
+}
+
 bool date_to_variant(RealmState& realm, JSObjectRef date, VARIANT* out, JSValueRef* exception) {
   JSContextRef ctx = realm.context();
   const double utc = JSValueToNumber(ctx, date, exception);
@@ -57,23 +80,11 @@ bool date_to_variant(RealmState& realm, JSObjectRef date, VARIANT* out, JSValueR
   }
   JSValueRef offset = JSObjectCallAsFunction(ctx, object_of(get_offset), date, 0, nullptr, exception);
   if (*exception) return false;
+  const double local = utc - JSValueToNumber(ctx, offset, exception) * 60000;
+  if (*exception) return false;
   out->vt = VT_DATE;
-  out->date = to_date(utc - JSValueToNumber(ctx, offset, exception) * 60000);
-  return !*exception;
-}
-
-// The engine's Date takes local time in parts.
-JSValueRef date_to_script(JSContextRef ctx, DATE date, JSValueRef* exception) {
-  const double local = from_date(date);
-  const double days = std::floor(local / kMillisecondsADay);
-  JSValueRef parts[] = {JSValueMakeNumber(ctx, 1970),
-                        JSValueMakeNumber(ctx, 0),
-                        JSValueMakeNumber(ctx, 1 + days),
-                        JSValueMakeNumber(ctx, 0),
-                        JSValueMakeNumber(ctx, 0),
-                        JSValueMakeNumber(ctx, 0),
-                        JSValueMakeNumber(ctx, local - days * kMillisecondsADay)};
-  return JSObjectMakeDate(ctx, 7, parts, exception);
+  out->date = to_date(with_seconds(ctx, local, utc));
+  return true;
 }
 
 bool bigint_to_variant(RealmState& realm, JSValueRef value, VARIANT* out, JSValueRef* exception) {
@@ -231,7 +242,7 @@ JSValueRef RealmState::to_script(const VARIANT& value, JSValueRef* exception) {
     case VT_BSTR:
       return string_value(context_, value.bstrVal);
     case VT_DATE:
-      return date_to_script(context_, value.date, exception);
+      return date_at(context_, from_date(value.date), exception);
     case VT_DISPATCH:
       return object_to_script(*this, value.pdispVal);
     case VT_UNKNOWN:

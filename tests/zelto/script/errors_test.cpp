@@ -67,6 +67,16 @@ TEST_F(Errors, ThatTravelThroughComponentsKeepTheFirstAsCause) {
   EXPECT_EQ(text(L"said"), "deep,false,true,2,-2147467259");
   EXPECT_EQ(error_of(L"function inner() {\n  throw new TypeError('deep')\n}\n\no.Call(inner, 1)"),
             "TypeError: deep at /site/page.asp:2");
+  // What was thrown need be no Error to keep its place.
+  EXPECT_EQ(error_of(L"function inner() {\n  throw 'text'\n}\n\no.Call(inner, 1)"), "Error: text at /site/page.asp:2");
+  EXPECT_EQ(text(L"(() => { try { o.Call(() => { throw 5 }, 1) } catch (e) { return [e.message, e.cause] } })()"),
+            "5,5");
+  // Each component on the way adds one link.
+  EXPECT_EQ(
+      text(
+          L"(() => { function a() { throw new RangeError('far') } function b() { o.Call(a, 1) }\n"
+          L"try { o.Call(b, 1) } catch (e) { return [e.cause.message, e.cause.cause.name, e.cause.cause.cause] } })()"),
+      "far,RangeError,");
   // A cause belongs to one failure, not to the next.
   EXPECT_EQ(text(L"(() => { try { o.Call(inner, 1) } catch (e) {} try { o.Keep() } catch (e) { return e.cause } })()"),
             "undefined");

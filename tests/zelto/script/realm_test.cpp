@@ -99,6 +99,38 @@ TEST_F(RealmLife, StopsThroughComponentFrames) {
             Outcome::timed_out);
 }
 
+// However the script guards itself, and however many frames of components lie between.
+TEST_F(RealmLife, StopsPastEveryGuardOfTheScript) {
+  struct {
+    const wchar_t* end;
+    Outcome::Kind kind;
+  } const ways[] = {{L"Response.End()", Outcome::stopped}, {L"while (true) {}", Outcome::timed_out}};
+  const wchar_t* const guards[] = {
+      L"try { END } catch (e) { Response.Write('x') } finally { Response.Write('x') } Response.Write('x')",
+      L"(function () { try { END } finally { return 1 } })(); Response.Write('x')",
+      L"for (;;) { try { END } catch (e) { continue } finally { Response.Write('x') } }",
+      L"(async () => { try { END } catch (e) { Response.Write('x') } })(); Response.Write('x')",
+      L"Promise.resolve().then(() => { END }).catch(() => Response.Write('x')).finally(() => Response.Write('x'))",
+      L"for (var i of (function* () { try { END; yield 1 } finally { Response.Write('x') } })()) Response.Write('x')",
+      L"[3, 1, 2].sort(() => { END; return Response.Write('x') }); Response.Write('x')",
+      L"function f() { try { o.Call(g, 1) } catch (e) { Response.Write('x') } finally { Response.Write('x') } }\n"
+      L"function g() { try { END } finally { o.Call(h, 1) } }\nfunction h() { Response.Write('x') }\n"
+      L"try { o.Call(f, 1) } finally { o.Call(h, 1) }",
+  };
+  for (const auto& way : ways) {
+    engine.set_time_limit(way.kind == Outcome::timed_out ? 20ms : 0ms);
+    for (std::wstring script : guards) {
+      script.replace(script.find(L"END"), 3, way.end);
+      EXPECT_EQ(run(script).kind, way.kind) << narrow(script);
+      EXPECT_EQ(page->text, L"") << narrow(script);
+      page->text.clear();
+    }
+  }
+  engine.set_time_limit(0ms);
+  must_run(L"Response.Write('the next page')");
+  EXPECT_EQ(page->text, L"the next page");
+}
+
 TEST_F(RealmLife, StopsWhenAnObjectHidesTheCode) {
   probe->action = [] {
     zelto::script::stop_page();

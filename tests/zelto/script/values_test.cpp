@@ -1,18 +1,51 @@
 // Every row of the table in engine.h, both ways, through real calls.
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <optional>
+#include <type_traits>
 
 #include "zelto/script/script_test.h"
 
 namespace test {
 namespace {
 
-using Values = ScriptTest;
+class Values : public ScriptTest {
+ protected:
+  // What the expression makes of `v`, which a component hands to the script.
+  std::string text_of(const VARIANT& v, std::wstring_view expression) {
+    must_run(L"o.Keep((v, p) => String(" + std::wstring(expression) + L"))");
+    VARIANT reversed[2]{};
+    reversed[1] = v;
+    reversed[0].vt = VT_DISPATCH;
+    reversed[0].pdispVal = other.get();
+    DISPPARAMS params{reversed, nullptr, 2, 0};
+    CComVariant result;
+    EXPECT_EQ(
+        probe->kept.pdispVal->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD, &params, &result, nullptr, nullptr),
+        S_OK);
+    probe->kept.reset();
+    return result.vt == VT_BSTR ? narrow(korlib::view_of(result.bstrVal)) : "no text";
+  }
+};
 
 struct Outward {
   const wchar_t* expression;
   VARTYPE type;
 };
+
+// A vector of the values' type; what they point to is copied.
+template <class Value>
+SAFEARRAY* vector_of(VARTYPE type, LONG lower, std::vector<Value> values) {
+  SAFEARRAY* array = SafeArrayCreateVector(type, lower, static_cast<ULONG>(values.size()));
+  for (std::size_t i = 0; array && i < values.size(); ++i) {
+    const LONG index = lower + static_cast<LONG>(i);
+    void* value = &values[i];
+    if constexpr (std::is_pointer_v<Value>) value = values[i];  // BSTR, IDispatch*
+    EXPECT_EQ(SafeArrayPutElement(array, &index, value), S_OK);
+  }
+  return array;
+}
 
 TEST_F(Values, HaveTheTypeThatTheirKindSays) {
   const Outward rows[] = {
@@ -144,6 +177,53 @@ TEST_F(Values, ThatAreReferencesAreFollowed) {
   EXPECT_EQ(global(L"got").lVal, 5);
 }
 
+TEST_F(Values, ThatAreReferencesToEachTypeAreFollowed) {
+  SHORT small = -300;
+  LONG number = 70000;
+  LONGLONG large = 1LL << 40;
+  float single = 0.5F;
+  double fraction = 2.5;
+  CY money{};
+  money.int64 = 12345;
+  VARIANT_BOOL truth = VARIANT_TRUE;
+  CComBSTR words(L"words");
+  BSTR text_slot = words;
+  SCODE code = 5;
+  BYTE byte = 200;
+  DATE day = 36925;
+  IDispatch* object = other.get();
+  IDispatch* none = nullptr;
+  SAFEARRAY* array = SafeArrayCreateVector(VT_I4, 0, 2);
+  const struct {
+    VARTYPE type;
+    void* slot;
+    const wchar_t* expression;
+  } rows[] = {
+      {VT_I2, &small, L"v === -300"},
+      {VT_I4, &number, L"v === 70000"},
+      {VT_I8, &large, L"v === 2 ** 40"},
+      {VT_R4, &single, L"v === 0.5"},
+      {VT_R8, &fraction, L"v === 2.5"},
+      {VT_CY, &money, L"v === 1.2345"},
+      {VT_BOOL, &truth, L"v === true"},
+      {VT_BSTR, &text_slot, L"v === 'words'"},
+      {VT_ERROR, &code, L"v === 5"},
+      {VT_UI1, &byte, L"v === 200"},
+      {VT_DATE, &day, L"v.getFullYear() === 2001"},
+      {VT_DISPATCH, &object, L"v === p"},
+      {VT_DISPATCH, &none, L"v === null"},
+      {VT_ARRAY | VT_I4, &array, L"v.join() === '0,0'"},
+      {VT_I4, nullptr, L"v === undefined"},
+  };
+  for (const auto& row : rows) {
+    VARIANT reference{};
+    reference.vt = static_cast<VARTYPE>(VT_BYREF | row.type);
+    reference.byref = row.slot;
+    EXPECT_EQ(text_of(reference, row.expression), "true") << row.type << ' ' << narrow(row.expression);
+  }
+  SafeArrayDestroy(array);
+}
+
 TEST_F(Values, ThatAreDatesKeepTheirLocalTime) {
   // 2001-02-03 04:05:06.789 by the calendar of automation.
   const double date = 36925 + (((4 * 60 + 5) * 60 + 6) * 1000 + 789) / 86400000.0;
@@ -162,11 +242,82 @@ TEST_F(Values, ThatAreDatesKeepTheirLocalTime) {
             "TypeError: An invalid date has no value outside of the script at /site/page.asp:1");
 }
 
+class LocalTime : public Values {
+ protected:
+  void SetUp() override {
+    if (const char* zone = std::getenv("TZ")) before_ = zone;
+  }
+  void TearDown() override {
+    realm.reset();
+    if (before_) {
+      ::setenv("TZ", before_->c_str(), 1);
+    } else {
+      ::unsetenv("TZ");
+    }
+  }
+  // What the script gives with that time zone, which an engine reads once.
+  std::string text_in(const char* zone, std::wstring_view expression) {
+    ::setenv("TZ", zone, 1);
+    zelto::script::Engine there;
+    zelto::script::Realm local(there);
+    local.set_object(L"o", probe.get());
+    local.set_object(L"Response", page.get());
+    local.set_output(page.get());
+    page->text.clear();
+    local.run(zelto::script::compile(L"$zelto.out(" + std::wstring(expression) + L")", "/site/page.asp"));
+    probe->kept.reset();
+    return narrow(page->text);
+  }
+
+ private:
+  std::optional<std::string> before_;
+};
+
+TEST_F(LocalTime, ComesBackFromEveryZoneAndSeason) {
+  for (const char* zone : {"UTC", "Europe/Berlin", "America/New_York", "Asia/Kolkata", "Pacific/Chatham"}) {
+    for (const wchar_t* date : {L"2024, 0, 15, 12, 30, 15, 250", L"2024, 6, 15, 12, 30, 15, 250", L"2024, 2, 31, 3, 0",
+                                L"2024, 2, 10, 1, 59", L"2024, 9, 27, 3, 0", L"1969, 11, 31, 23, 59, 59, 999",
+                                L"1900, 0, 1", L"1899, 11, 30, 6", L"9999, 11, 31", L"100, 0, 1"}) {
+      EXPECT_EQ(text_in(zone, L"(d => { o.Keep(d); return +o.Give() - d })(new Date(" + std::wstring(date) + L"))"),
+                "0")
+          << zone << ' ' << narrow(date);
+    }
+  }
+}
+
+TEST_F(LocalTime, IsWhatTheClockOnTheWallSays) {
+  // Noon in winter and in summer is noon.
+  for (const wchar_t* month : {L"0", L"6"}) {
+    const std::wstring noon = L"(o.Keep(new Date(2024, " + std::wstring(month) + L", 15, 12)), ";
+    EXPECT_EQ(text_in("Europe/Berlin", noon + L"o.Give().getHours())"), "12");
+  }
+  ::setenv("TZ", "Europe/Berlin", 1);
+  zelto::script::Engine there;
+  zelto::script::Realm local(there);
+  local.set_object(L"o", probe.get());
+  local.run(zelto::script::compile(L"o.Keep(new Date(Date.UTC(2024, 6, 15, 10)))", "/site/page.asp"));
+  EXPECT_EQ(probe->kept.vt, VT_DATE);
+  EXPECT_DOUBLE_EQ(probe->kept.date, 45488.5);  // 2024-07-15 12:00
+  local.run(zelto::script::compile(L"o.Keep(new Date(Date.UTC(2024, 0, 15, 11)))", "/site/page.asp"));
+  EXPECT_DOUBLE_EQ(probe->kept.date, 45306.5);  // 2024-01-15 12:00
+  // An hour that the clock skips is the next one.
+  probe->kept = made_double(VT_DATE, 45382 + 2.5 / 24);  // 2024-03-31 02:30
+  EXPECT_EQ(text_in("Europe/Berlin", L"(d => d.getHours() + ':' + d.getMinutes())(o.Give())"), "3:30");
+  // A zone whose clocks were half a minute off.
+  EXPECT_EQ(text_in("Africa/Monrovia", L"(d => { o.Keep(d); return +o.Give() - d })(new Date(1960, 6, 1))"), "0");
+}
+
 TEST_F(Values, ThatAreBytesAreCopied) {
   must_run(L"var b = new Uint8Array([1, 2, 255]); o.Keep(b); b[0] = 9");
   EXPECT_EQ(text(L"(v => v instanceof Uint8Array && v.join())(o.Give())"), "1,2,255");
   must_run(L"o.Keep(new Uint8Array([1, 2, 3, 4]).subarray(1, 3))");
   EXPECT_EQ(text(L"o.Give().join()"), "2,3");
+  must_run(L"o.Keep(new Uint8Array(new Uint8Array([5, 6, 7, 8]).buffer, 2))");
+  EXPECT_EQ(text(L"o.Give().join()"), "7,8");
+  must_run(L"o.Keep(new Int8Array(new Uint8Array([0, 255, 1]).buffer, 1, 1))");
+  EXPECT_EQ(text(L"o.Give().join()"), "255");
+  must_run(L"o.Keep(new Uint16Array(new Uint16Array([1, 2, 3]).buffer, 2, 2))");
+  EXPECT_EQ(text(L"o.Give() instanceof Uint8Array || o.Give().join()"), "2,3");
   must_run(L"o.Keep(new Uint8Array([7, 8]).buffer)");
   EXPECT_EQ(text(L"o.Give().join()"), "7,8");
   must_run(L"o.Keep(new ArrayBuffer(0))");
@@ -179,6 +330,50 @@ TEST_F(Values, ThatAreArraysNestAndAreCopied) {
             "1b3truenullundefinedtrue");
   must_run(L"o.Keep([1,,3])");
   EXPECT_EQ(text(L"o.Give().join('|')"), "1||3");
+}
+
+TEST_F(Values, ThatAreArraysOfOneTypeComeBackAsArrays) {
+  CComBSTR a(L"a");
+  CComBSTR b(L"b");
+  IDispatch* object = other.get();
+  const LONG last = std::numeric_limits<LONG>::max();
+  const struct {
+    SAFEARRAY* array;
+    const wchar_t* expression;
+  } rows[] = {
+      {vector_of<SHORT>(VT_I2, 0, {1, -2}), L"v.join() === '1,-2'"},
+      {vector_of<LONG>(VT_I4, 5, {1, 2, 3}), L"v.join() === '1,2,3'"},
+      {vector_of<LONG>(VT_I4, last - 1, {1, 2}), L"v.join() === '1,2'"},
+      {vector_of<LONG>(VT_I4, 0, {}), L"Array.isArray(v) && v.length === 0"},
+      {vector_of<double>(VT_R8, 0, {0.5, 1e300}), L"v[0] === 0.5 && v[1] === 1e300"},
+      {vector_of<LONGLONG>(VT_CY, 0, {12345}), L"v[0] === 1.2345"},
+      {vector_of<DATE>(VT_DATE, 0, {36925}), L"v[0].getFullYear() === 2001"},
+      {vector_of<VARIANT_BOOL>(VT_BOOL, 0, {VARIANT_TRUE, VARIANT_FALSE}), L"v.join() === 'true,false'"},
+      {vector_of<BSTR>(VT_BSTR, 1, {a, b}), L"v.join() === 'a,b'"},
+      {vector_of<IDispatch*>(VT_DISPATCH, 0, {object, object}), L"v[0] === p && v[1] === p"},
+      {vector_of<BYTE>(VT_UI1, 0, {1, 255}), L"v instanceof Uint8Array && v.join() === '1,255'"},
+      {vector_of<signed char>(VT_I1, 0, {1, -1}), L"v.join() === '1,-1'"},
+      {nullptr, L"Array.isArray(v) && v.length === 0"},
+  };
+  for (const auto& row : rows) {
+    CComVariant value;
+    value.put()->vt = static_cast<VARTYPE>(row.array ? VT_ARRAY | row.array->vtElement : VT_ARRAY | VT_VARIANT);
+    value.parray = row.array;
+    EXPECT_EQ(text_of(value, row.expression), "true") << narrow(row.expression);
+  }
+}
+
+TEST_F(Values, OfComponentsNest) {
+  CComVariant inner(L"deep");
+  for (int i = 0; i < 3; ++i) {
+    SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, 2);
+    const LONG index = 1;
+    ASSERT_EQ(SafeArrayPutElement(array, &index, &inner), S_OK);
+    inner.reset();
+    inner.put()->vt = VT_ARRAY | VT_VARIANT;
+    inner.parray = array;
+  }
+  EXPECT_EQ(text_of(inner, L"JSON.stringify(v)"), "[null,[null,[null,\"deep\"]]]");
 }
 
 TEST_F(Values, OfSeveralDimensionsNestFromTheFirst) {
