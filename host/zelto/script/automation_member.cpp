@@ -8,7 +8,10 @@ namespace {
 JSValueRef call(JSContextRef ctx, JSObjectRef function, JSObjectRef, std::size_t count, const JSValueRef* values,
                 JSValueRef* exception) {
   auto* held = held_by<AutomationMember>(function);
-  if (!held) return JSValueMakeUndefined(ctx);
+  if (!held) {
+    raise_ended(ctx, exception);
+    return JSValueMakeUndefined(ctx);
+  }
   const CComPtr<IDispatch> dispatch = held->dispatch();
   const std::wstring name = held->name();
   return call_member(*held->realm(), dispatch.get(), held->id(), name, count, values, exception);

@@ -80,10 +80,13 @@ JSValueRef read_member(RealmState& realm, JSObjectRef object, AutomationObject& 
 }
 
 JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef* exception) {
-  auto* held = held_by<AutomationObject>(object);
-  if (!held) return nullptr;
   const std::u16string_view text = JsString::view_of(name);
   if (text.starts_with(u"Symbol.")) return nullptr;
+  auto* held = held_by<AutomationObject>(object);
+  if (!held) {
+    raise_ended(ctx, exception);
+    return JSValueMakeUndefined(ctx);
+  }
   RealmState& realm = *held->realm();
   if (!realm.may_call(exception)) return JSValueMakeUndefined(ctx);
   LONG index = 0;
@@ -97,9 +100,12 @@ JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, 
   return *exception ? JSValueMakeUndefined(ctx) : value;
 }
 
-bool set_property(JSContextRef, JSObjectRef object, JSStringRef name, JSValueRef value, JSValueRef* exception) {
+bool set_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef value, JSValueRef* exception) {
   auto* held = held_by<AutomationObject>(object);
-  if (!held) return false;
+  if (!held) {
+    raise_ended(ctx, exception);
+    return true;
+  }
   RealmState& realm = *held->realm();
   const std::u16string_view text = JsString::view_of(name);
   if (text.starts_with(u"Symbol.") || !realm.may_call(exception)) return true;
@@ -127,14 +133,20 @@ bool set_property(JSContextRef, JSObjectRef object, JSStringRef name, JSValueRef
 JSValueRef call_object(JSContextRef ctx, JSObjectRef object, JSObjectRef, std::size_t count, const JSValueRef* values,
                        JSValueRef* exception) {
   auto* held = held_by<AutomationObject>(object);
-  if (!held) return JSValueMakeUndefined(ctx);
+  if (!held) {
+    raise_ended(ctx, exception);
+    return JSValueMakeUndefined(ctx);
+  }
   const CComPtr<IDispatch> dispatch = held->dispatch();
   return call_member(*held->realm(), dispatch.get(), DISPID_VALUE, {}, count, values, exception);
 }
 
 JSValueRef convert_object(JSContextRef ctx, JSObjectRef object, JSType, JSValueRef* exception) {
   auto* held = held_by<AutomationObject>(object);
-  if (!held) return nullptr;
+  if (!held) {
+    raise_ended(ctx, exception);
+    return nullptr;
+  }
   const CComPtr<IDispatch> dispatch = held->dispatch();
   JSValueRef value = default_value(*held->realm(), dispatch.get(), exception);
   if (*exception) return nullptr;

@@ -8,6 +8,9 @@
 
 namespace zelto::script {
 
+// A wrapper was used after its page, on either side of the border.
+inline constexpr HRESULT kDisconnected = korlib::hresult(0x80010108);
+
 // Fills the thread's error object; answers `hr`.
 HRESULT set_error(HRESULT hr, std::wstring_view source, std::wstring_view description) noexcept;
 

@@ -75,9 +75,12 @@ JSValueRef at(RealmState& realm, std::size_t count, const JSValueRef* values, JS
       id = held->id();
       name = held->name();
     }
+  } else {
+    realm.raise_reference_error(L"Left side of assignment is not a reference.", exception);
+    return nullptr;
   }
   if (!dispatch) {
-    realm.raise_reference_error(L"Left side of assignment is not a reference.", exception);
+    raise_ended(realm.context(), exception);
     return nullptr;
   }
   CallArguments arguments;
@@ -91,6 +94,7 @@ JSValueRef read(RealmState& realm, std::size_t count, const JSValueRef* values, 
   if (count == 0 || !is_object_of(realm, values[0], realm.engine().classes().member))
     return count ? values[0] : nullptr;
   auto* held = held_by<AutomationMember>(object_of(values[0]));
+  if (!held) raise_ended(realm.context(), exception);
   if (!held || !realm.may_call(exception)) return nullptr;
   const CComPtr<IDispatch> dispatch = held->dispatch();
   const std::wstring name = held->name();
@@ -111,6 +115,7 @@ JSValueRef items(RealmState& realm, std::size_t count, const JSValueRef* values,
   JSValueRef none = JSValueMakeNull(realm.context());
   if (count == 0 || !is_object_of(realm, values[0], realm.engine().classes().object)) return none;
   auto* held = held_by<AutomationObject>(object_of(values[0]));
+  if (!held) raise_ended(realm.context(), exception);
   if (!held || !realm.may_call(exception)) return none;
   const CComPtr<IDispatch> dispatch = held->dispatch();
   std::vector<CComVariant> found;

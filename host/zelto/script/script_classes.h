@@ -17,6 +17,9 @@ JSClassRef make_helper_class();     // helper.cpp
 // Private data goes to the engine's graveyard; any thread may collect.
 void finalize_held(JSObjectRef object);
 
+// For an object whose realm has ended before the page that still has it: an executed page's, say.
+void raise_ended(JSContextRef ctx, JSValueRef* exception);
+
 // The private data of an object of one of these classes while its realm lives, else null.
 template <class Kind>
 Kind* held_by(JSObjectRef object) {

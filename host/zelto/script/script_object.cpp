@@ -12,8 +12,7 @@
 namespace zelto::script {
 namespace {
 
-inline constexpr HRESULT kDisconnected = korlib::hresult(0x80010108);
-inline constexpr HRESULT kWrongThread = korlib::hresult(0x8001010E);
+constexpr HRESULT kWrongThread = korlib::hresult(0x8001010E);
 
 }  // namespace
 

@@ -111,18 +111,28 @@ bool string_to_variant(RealmState& realm, JSValueRef value, VARIANT* out, JSValu
   return true;
 }
 
+// The private data of a host's object; null with an exception when its page has ended.
+template <class Kind>
+Kind* living(JSContextRef ctx, JSObjectRef object, JSValueRef* exception) {
+  auto* held = held_by<Kind>(object);
+  if (!held) raise_ended(ctx, exception);
+  return held;
+}
+
 bool host_object_to_variant(RealmState& realm, JSObjectRef object, VARIANT* out, bool* is_host, JSValueRef* exception) {
   JSContextRef ctx = realm.context();
   const EngineState::Classes& classes = realm.engine().classes();
   *is_host = true;
   if (JSValueIsObjectOfClass(ctx, object, classes.object)) {
-    auto* held = held_by<AutomationObject>(object);
+    auto* held = living<AutomationObject>(ctx, object, exception);
+    if (!held) return false;
     out->vt = VT_DISPATCH;
-    out->pdispVal = held ? CComPtr<IDispatch>(held->dispatch()).detach() : nullptr;
+    out->pdispVal = CComPtr<IDispatch>(held->dispatch()).detach();
   } else if (JSValueIsObjectOfClass(ctx, object, classes.opaque)) {
-    auto* held = held_by<Opaque>(object);
+    auto* held = living<Opaque>(ctx, object, exception);
+    if (!held) return false;
     out->vt = VT_UNKNOWN;
-    out->punkVal = held ? CComPtr<IUnknown>(held->object()).detach() : nullptr;
+    out->punkVal = CComPtr<IUnknown>(held->object()).detach();
   } else if (JSValueIsObjectOfClass(ctx, object, classes.member)) {
     // A member that was not called stands for what it gives.
     JSValueRef value = JSObjectCallAsFunction(ctx, object, nullptr, 0, nullptr, exception);

@@ -156,6 +156,26 @@ TEST_F(RealmLife, RunsAPageWithinAPage) {
   EXPECT_EQ(outcome.kind, Outcome::completed);
 }
 
+// What an executed page leaves behind in the objects of the page that executed it.
+TEST_F(RealmLife, SaysThatAnObjectsPageHasEnded) {
+  probe->action = [&] {
+    zelto::script::Realm inner(engine);
+    inner.set_object(L"o", probe.get());
+    return inner.run(compile(L"var box = o.Give(); box.object = o; box.method = o.Keep", "/site/inner.asp")).kind ==
+                   Outcome::completed
+               ? S_OK
+               : E_FAIL;
+  };
+  must_run(L"var box = {}; o.Keep(box); o.Act()");
+  for (const wchar_t* use : {L"box.object.Name", L"box.object.Name = 1", L"box.object('x')", L"box.object + ''",
+                             L"box.object('x') = 1", L"box.method(1)", L"o.Keep(box.object)", L"o.Keep(box.method)"}) {
+    EXPECT_EQ(error_of(use), "Error: The page that made this object has ended at /site/page.asp:1") << narrow(use);
+  }
+  probe->kept.reset();
+  probe->action = nullptr;
+  EXPECT_EQ(text(L"typeof box.object"), "function");
+}
+
 TEST_F(RealmLife, EndsTheOuterPageWithTheInnerOne) {
   probe->action = [&] {
     zelto::script::Realm inner(engine);
