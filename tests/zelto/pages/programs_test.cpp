@@ -25,7 +25,7 @@ class ProgramsTest : public test::SiteFolder {
   // Loads until two loads give one program: then all files have been left alone for long enough.
   std::shared_ptr<const script::Program> settle() {
     while (true) {
-      const auto program = load().program;
+      auto program = load().program;
       if (program == load().program) return program;
       std::this_thread::yield();
     }
