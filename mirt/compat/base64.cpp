@@ -49,6 +49,7 @@ void encode(const BYTE* bytes, std::size_t count, wchar_t* out) {
 constexpr std::uint8_t kInvalid = 0x40;
 constexpr std::uint8_t kBlank = 0x80;
 constexpr std::uint8_t kPadding = 0xC0;
+constexpr std::uint8_t kNoSextet = 0xC0;  // the bits above the sixth
 
 constexpr std::array<std::uint8_t, 256> kValues = [] {
   std::array<std::uint8_t, 256> values{};
@@ -66,74 +67,83 @@ std::uint8_t value_of(wchar_t c) {
   return code < kValues.size() ? kValues[code] : kInvalid;
 }
 
-// Reads the characters of a text that count: blanks are dropped wherever they stand.
-class Reader {
- public:
-  Reader(const wchar_t* text, std::size_t length) : at_(text), end_(text + length) {}
+// The text that is still to be read, and where its bytes go; without a place for them they are counted
+// only.
+struct Decoding {
+  const wchar_t* at;
+  const wchar_t* end;
+  BYTE* out;
+  std::size_t written = 0;
 
-  // The next four characters' values. Answers how many there were: fewer than four at the end only.
-  std::size_t next_group(std::uint8_t (&group)[4]) {
-    if (take_unbroken(group)) return 4;
-    for (std::size_t i = 0; i < 4; ++i) {
-      do {
-        if (at_ == end_) return i;
-        group[i] = value_of(*at_++);
-      } while (group[i] == kBlank);
-    }
-    return 4;
+  void put(int byte) {
+    if (out) out[written] = static_cast<BYTE>(byte);
+    ++written;
   }
-
- private:
-  // The usual case: four characters of the alphabet in a row.
-  bool take_unbroken(std::uint8_t (&group)[4]) {
-    if (end_ - at_ < 4) return false;
-    const auto any = code_of(at_[0]) | code_of(at_[1]) | code_of(at_[2]) | code_of(at_[3]);
-    if (any >= kValues.size()) return false;
-    for (std::size_t i = 0; i < 4; ++i) group[i] = kValues[code_of(at_[i])];
-    if ((group[0] | group[1] | group[2] | group[3]) & 0xC0) return false;
-    at_ += 4;
-    return true;
-  }
-
-  const wchar_t* at_;
-  const wchar_t* end_;
 };
 
-// Decodes into `out`, or only counts when that is null. Each of the last two places of a group is judged
-// by itself: "=" there leaves its byte out, also in the middle of the text ("QQ=A" is two bytes). The
-// number of bytes; nothing for a text without groups, an unfinished one, or a character that has no
-// business where it stands.
+// The usual case: groups of four characters of the alphabet in a row. Stops before anything else. Works
+// on its own copy, which its writes cannot change.
+void decode_unbroken(Decoding& decoding) {
+  auto [at, end, out, written] = decoding;
+  for (; end - at >= 4; at += 4, written += 3) {
+    const auto any = code_of(at[0]) | code_of(at[1]) | code_of(at[2]) | code_of(at[3]);
+    if (any >= kValues.size()) break;
+    const unsigned int a = kValues[code_of(at[0])];
+    const unsigned int b = kValues[code_of(at[1])];
+    const unsigned int c = kValues[code_of(at[2])];
+    const unsigned int d = kValues[code_of(at[3])];
+    if ((a | b | c | d) & kNoSextet) break;
+    if (!out) continue;
+    const unsigned int group = a << 18 | b << 12 | c << 6 | d;
+    out[written] = static_cast<BYTE>(group >> 16);
+    out[written + 1] = static_cast<BYTE>(group >> 8);
+    out[written + 2] = static_cast<BYTE>(group);
+  }
+  decoding.at = at;
+  decoding.written = written;
+}
+
+// The values of the next four characters that count: blanks are dropped wherever they stand. Answers how
+// many there were; fewer than four at the end only.
+std::size_t next_group(Decoding& decoding, std::uint8_t (&group)[4]) {
+  for (std::size_t i = 0; i < 4; ++i) {
+    do {
+      if (decoding.at == decoding.end) return i;
+      group[i] = value_of(*decoding.at++);
+    } while (group[i] == kBlank);
+  }
+  return 4;
+}
+
+// Each of the last two places is judged by itself: "=" there leaves its byte out, also in the middle of
+// the text ("QQ=A" is two bytes). False for a character that has no business where it stands.
+bool decode_group(const std::uint8_t (&group)[4], Decoding& decoding) {
+  const auto [a, b, c, d] = group;
+  if (((a | b) & kNoSextet) || c == kInvalid || d == kInvalid) return false;
+  const bool has_second = c != kPadding;
+  const bool has_third = d != kPadding;
+  const int third_sextet = has_second ? c : 0;
+  decoding.put(a << 2 | b >> 4);
+  if (has_second) decoding.put(b << 4 | third_sextet >> 2);
+  if (has_third) decoding.put(third_sextet << 6 | d);
+  return true;
+}
+
+// Decodes into `out`, or only counts when that is null. The number of bytes; nothing for a text without
+// groups or with an unfinished one, or one that cannot be decoded.
 std::optional<std::size_t> decode(const wchar_t* text, std::size_t length, BYTE* out) {
-  Reader reader(text, length);
-  std::uint8_t v[4];
-  std::size_t written = 0;
+  Decoding decoding{text, text + length, out};
+  decode_unbroken(decoding);
+  bool is_empty = decoding.at == text;
+  std::uint8_t group[4];
   std::size_t got = 0;
-  bool is_empty = true;
-  while ((got = reader.next_group(v)) == 4) {
+  while ((got = next_group(decoding, group)) == 4) {
+    if (!decode_group(group, decoding)) return std::nullopt;
     is_empty = false;
-    if (((v[0] | v[1] | v[2] | v[3]) & 0xC0) == 0) {
-      if (out) {
-        out[written] = static_cast<BYTE>(v[0] << 2 | v[1] >> 4);
-        out[written + 1] = static_cast<BYTE>(v[1] << 4 | v[2] >> 2);
-        out[written + 2] = static_cast<BYTE>(v[2] << 6 | v[3]);
-      }
-      written += 3;
-      continue;
-    }
-    const bool has_second = v[2] != kPadding;
-    const bool has_third = v[3] != kPadding;
-    if (((v[0] | v[1]) & 0xC0) || v[2] == kInvalid || v[3] == kInvalid) return std::nullopt;
-    const auto third_value = static_cast<std::uint8_t>(has_second ? v[2] : 0);
-    const auto emit = [&](int byte) {
-      if (out) out[written] = static_cast<BYTE>(byte);
-      ++written;
-    };
-    emit(v[0] << 2 | v[1] >> 4);
-    if (has_second) emit(v[1] << 4 | third_value >> 2);
-    if (has_third) emit(third_value << 6 | v[3]);
+    decode_unbroken(decoding);
   }
   if (is_empty || got != 0) return std::nullopt;
-  return written;
+  return decoding.written;
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 #include "utility/codecs.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 #include <korlib/wincrypt.h>
 
@@ -21,6 +23,23 @@ constexpr std::array<bool, 256> kUnreserved = [] {
   for (const unsigned char c : {'-', '_', '.', '~'}) unreserved[c] = true;
   return unreserved;
 }();
+
+// What percent-encoding makes of a byte: one character or three.
+struct Encoded {
+  wchar_t text[3];
+  std::uint32_t length;
+};
+constexpr std::array<Encoded, 256> kEncoded = [] {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::array<Encoded, 256> encoded{};
+  for (std::size_t i = 0; i < encoded.size(); ++i) {
+    encoded[i] = {{L'%', kDigits[i >> 4], kDigits[i & 15]}, 3};
+    if (kUnreserved[i]) encoded[i] = {{static_cast<wchar_t>(i)}, 1};
+  }
+  return encoded;
+}();
+
+const Encoded& encoded(char byte) { return kEncoded[static_cast<unsigned char>(byte)]; }
 
 constexpr unsigned int kNoDigit = 16;
 constexpr std::array<std::uint8_t, 256> kDigitValues = [] {
@@ -71,22 +90,20 @@ HRESULT Base64Decode(const wchar_t* text, std::size_t n, std::string& out) {
 bool URL_is_unreserved(unsigned char byte) { return kUnreserved[byte]; }
 
 HRESULT URLEncode(const char* bytes, std::size_t n, CComBSTR& out) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::size_t plain = 0;
-  for (std::size_t i = 0; i < n; ++i) plain += URL_is_unreserved(static_cast<unsigned char>(bytes[i]));
-  RETURN_IF_FAILED(new_text(plain + 3 * (n - plain), out.put()));
+  std::size_t length = 0;
+  for (std::size_t i = 0; i < n; ++i) length += encoded(bytes[i]).length;
+  RETURN_IF_FAILED(new_text(length, out.put()));
   wchar_t* target = out.get();
-  for (std::size_t i = 0; i < n; ++i) {
-    const auto byte = static_cast<unsigned char>(bytes[i]);
-    if (URL_is_unreserved(byte)) {
-      *target++ = byte;
-    } else {
-      target[0] = L'%';
-      target[1] = kDigits[byte >> 4];
-      target[2] = kDigits[byte & 15];
-      target += 3;
-    }
+  // A row of the table is written whole while there is room for one, and the next written over what is
+  // too much of it: whether a byte gives one character or three follows no pattern that a processor
+  // could foresee.
+  std::size_t i = 0;
+  for (; n - i >= sizeof(Encoded) / sizeof(wchar_t); ++i) {
+    const Encoded& each = encoded(bytes[i]);
+    std::memcpy(target, &each, sizeof each);
+    target += each.length;
   }
+  for (; i < n; ++i) target = std::copy_n(encoded(bytes[i]).text, encoded(bytes[i]).length, target);
   return S_OK;
 }
 

@@ -15,38 +15,61 @@ namespace mirt::utility {
 
 namespace {
 
-// What a character becomes in HTML; empty when it stays.
-std::wstring_view reference_for(wchar_t c) {
-  switch (c) {
-    case L'<':
-      return L"&lt;";
-    case L'>':
-      return L"&gt;";
-    case L'"':
-      return L"&quot;";
-    case L'&':
-      return L"&amp;";
-    default:
-      return {};
-  }
+using namespace std::string_view_literals;
+
+// Whether HTML has a reference for the character. Each pair of them differs in one bit.
+constexpr bool is_angle(wchar_t c) { return (c & ~2) == L'<'; }
+constexpr bool is_quote(wchar_t c) { return (c & ~4) == L'"'; }  // or an ampersand
+constexpr bool is_special(wchar_t c) { return is_quote(c) || is_angle(c); }
+static_assert(is_special(L'<') && is_special(L'>') && is_special(L'"') && is_special(L'&') && !is_special(L'\''));
+
+// The reference of a special character.
+constexpr std::wstring_view reference_for(wchar_t c) {
+  if (is_angle(c)) return c == L'<' ? L"&lt;"sv : L"&gt;"sv;
+  return c == L'&' ? L"&amp;"sv : L"&quot;"sv;
 }
 
-// How many characters longer the HTML form is. Written so that the compiler makes vectors of it.
-std::size_t html_growth(std::wstring_view text) {
+// Text is looked at in blocks of a fixed size, of which the compiler makes vectors.
+constexpr std::ptrdiff_t kBlock = 16;
+
+// How many characters longer the HTML form is.
+std::size_t html_growth(const wchar_t* at, const wchar_t* end) {
+  const auto growth_of = [](wchar_t c) {
+    return (is_angle(c) ? 3u : 0u) + (c == L'"' ? 5u : 0u) + (c == L'&' ? 4u : 0u);
+  };
   std::size_t growth = 0;
-  for (const wchar_t c : text) {
-    growth += (c == L'<' || c == L'>') ? 3u : 0u;
-    growth += c == L'"' ? 5u : 0u;
-    growth += c == L'&' ? 4u : 0u;
+  for (; end - at >= kBlock; at += kBlock) {
+    unsigned int in_block = 0;
+    for (std::ptrdiff_t i = 0; i < kBlock; ++i) in_block += growth_of(at[i]);
+    growth += in_block;
   }
+  for (; at != end; ++at) growth += growth_of(*at);
   return growth;
 }
 
-// Whether reference_for has an answer: a bit for each character below 64.
-bool is_special(wchar_t c) {
-  constexpr std::uint64_t kSpecial =
-      std::uint64_t{1} << L'<' | std::uint64_t{1} << L'>' | std::uint64_t{1} << L'"' | std::uint64_t{1} << L'&';
-  return c >= 0 && c < 64 && (kSpecial >> c & 1) != 0;
+bool has_special(const wchar_t* block) {
+  unsigned int found = 0;
+  for (std::ptrdiff_t i = 0; i < kBlock; ++i) found += (is_quote(block[i]) ? 1u : 0u) + (is_angle(block[i]) ? 1u : 0u);
+  return found != 0;
+}
+
+// Writes the HTML form, for which there must be room.
+void put_html(const wchar_t* at, const wchar_t* end, wchar_t* out) {
+  while (at != end) {
+    if (end - at >= kBlock && !has_special(at)) {
+      out = std::copy_n(at, kBlock, out);
+      at += kBlock;
+      continue;
+    }
+    const wchar_t* const block_end = at + std::min(kBlock, end - at);
+    for (; at != block_end; ++at) {
+      if (!is_special(*at)) {
+        *out++ = *at;
+        continue;
+      }
+      for (const wchar_t c : reference_for(*at)) *out++ = c;
+    }
+  }
 }
 
 constexpr std::wstring_view kTrimmed = L" \u3000\t\r\n";
@@ -77,20 +100,9 @@ std::wstring with_references_decoded(std::wstring_view text) {
 HRESULT html_encode(BSTR text, BSTR* encoded) noexcept {
   if (!encoded) return E_POINTER;
   const std::wstring_view plain = korlib::view_of(text);
-  RETURN_IF_FAILED(new_text(plain.size() + html_growth(plain), encoded));
-  wchar_t* out = *encoded;
-  const wchar_t* run = plain.data();
-  const wchar_t* const end = run + plain.size();
-  while (run != end) {
-    const wchar_t* special = run;
-    while (special != end && !is_special(*special)) ++special;
-    out = std::copy(run, special, out);
-    run = special;
-    if (run != end) {
-      const std::wstring_view reference = reference_for(*run++);
-      out = std::copy(reference.begin(), reference.end(), out);
-    }
-  }
+  const wchar_t* const end = plain.data() + plain.size();
+  RETURN_IF_FAILED(new_text(plain.size() + html_growth(plain.data(), end), encoded));
+  put_html(plain.data(), end, *encoded);
   return S_OK;
 }
 
