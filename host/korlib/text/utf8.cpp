@@ -26,6 +26,11 @@ std::size_t ascii_run(const Unit* at, const Unit* end) {
 
 template <class From, class To>
 void copy_ascii(const From* from, std::size_t count, To* to) {
+  for (; count >= kBlock; count -= kBlock, from += kBlock, to += kBlock) {
+    To block[kBlock];  // of its own, so that no write can change what is still to be read
+    for (std::size_t i = 0; i < kBlock; ++i) block[i] = static_cast<To>(from[i]);
+    std::memcpy(to, block, sizeof block);
+  }
   for (std::size_t i = 0; i < count; ++i) to[i] = static_cast<To>(from[i]);
 }
 

@@ -45,6 +45,10 @@ long double number_of(const Scalar& value) {
   }
 }
 
+std::strong_ordering compare_text(std::wstring_view left, std::wstring_view right, ULONG flags) {
+  return flags & NORM_IGNORECASE ? compare_folded(left, right) : left <=> right;
+}
+
 std::partial_ordering compare(const Scalar& left, const Scalar& right, ULONG flags) {
   const bool left_is_text = left.form == Form::kText;
   const bool right_is_text = right.form == Form::kText;
@@ -52,7 +56,7 @@ std::partial_ordering compare(const Scalar& left, const Scalar& right, ULONG fla
   const bool both_read_as_text =
       (left_is_text || left.form == Form::kEmpty) && (right_is_text || right.form == Form::kEmpty);
   if (!both_read_as_text) return left_is_text ? std::partial_ordering::greater : std::partial_ordering::less;
-  return flags & NORM_IGNORECASE ? compare_folded(left.text, right.text) : left.text <=> right.text;
+  return compare_text(left.text, right.text, flags);
 }
 
 HRESULT load(const VARIANT& value, Scalar* scalar) {
@@ -69,6 +73,10 @@ HRESULT load(const VARIANT& value, Scalar* scalar) {
 HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID, ULONG flags) {
   using namespace korlib::variants;
   if (!left || !right) return E_INVALIDARG;
+  // Two texts are what is compared most often, in searches above all.
+  if (left->vt == VT_BSTR && right->vt == VT_BSTR) {
+    return as_result(compare_text(korlib::view_of(left->bstrVal), korlib::view_of(right->bstrVal), flags));
+  }
   PlainValue left_value;
   PlainValue right_value;
   RETURN_IF_FAILED(left_value.load(*left));
