@@ -1,6 +1,6 @@
 // The utility members through their typed interface, on inputs of 16 bytes, 1 KiB and 1 MiB, beside
 // OpenSSL's digests and base64 and a plain copy of as many bytes or characters. Rates count input bytes
-// for the byte members and characters for the text members.
+// for the byte members and characters for the text members. Widths are mapped by the full host's function.
 #include <benchmark/benchmark.h>
 #include <mirt/mirt.h>
 #include <openssl/evp.h>
@@ -124,6 +124,29 @@ void find_string(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
+// Half ASCII, half kana with voiced marks, in the form that the member changes.
+template <HRESULT (UtilityMembers<IDispatch>::*Member)(BSTR, BSTR*)>
+void of_width(benchmark::State& state, std::wstring_view pattern) {
+  std::wstring made;
+  while (made.size() < static_cast<std::size_t>(state.range(0))) made += pattern;
+  made.resize(static_cast<std::size_t>(state.range(0)));
+  const CComBSTR input(std::wstring_view{made});
+  for (auto _ : state) {
+    CComBSTR out;
+    benchmark::DoNotOptimize((utility()->*Member)(input, out.put()));
+  }
+  count(state);
+}
+
+void han_to_zen(benchmark::State& state) { of_width<&UtilityMembers<IDispatch>::HanToZen>(state, L"half ｶﾞﾊﾟ"); }
+void zen_to_han(benchmark::State& state) {
+  of_width<&UtilityMembers<IDispatch>::ZenToHan>(state, L"ｆｕｌｌ　ガパアイウ");
+}
+
+void sleep_for_nothing(benchmark::State& state) {
+  for (auto _ : state) benchmark::DoNotOptimize(utility()->Sleep(0));
+}
+
 // By name, as a script's engine calls once it knows the identifier.
 void late_bound_trim(benchmark::State& state) {
   CComVariant input(std::wstring_view{text(state)});
@@ -222,5 +245,8 @@ BENCHMARK(submit_decode)->Name("SubmitDecode")->Apply(sizes);
 BENCHMARK(find_string)->Name("FindString")->Arg(1)->Arg(100)->Arg(10'000);
 BENCHMARK(make_key)->Name("MakeKey")->Apply(sizes);
 BENCHMARK(make_guid)->Name("MakeGUID");
+BENCHMARK(sleep_for_nothing)->Name("Sleep");
+BENCHMARK(han_to_zen)->Name("HanToZen")->Apply(sizes);
+BENCHMARK(zen_to_han)->Name("ZenToHan")->Apply(sizes);
 
 }  // namespace
