@@ -9,7 +9,7 @@
 #include "app/console_sink.h"
 #include "app/page_run.h"
 #include "app/runtime.h"
-#include "intrinsics/response_state.h"
+#include "http/ascii.h"
 #include "platform/canonical_path.h"
 
 namespace zelto {
@@ -26,17 +26,17 @@ std::string read_body(const std::string& file) {
 Header parse_header(const std::string& line) {
   const std::size_t colon = line.find(':');
   Header header{line.substr(0, colon), ""};
-  if (colon == std::string::npos || !is_header_name(header.name)) throw WrongUse("'" + line + "' is no header");
+  if (colon == std::string::npos || !is_token(header.name)) throw WrongUse("'" + line + "' is no header");
   const std::size_t start = line.find_first_not_of(" \t", colon + 1);
   if (start != std::string::npos) header.value = line.substr(start);
-  if (!is_header_value(header.value)) throw WrongUse("'" + line + "' is no header");
+  if (!is_field_value(header.value)) throw WrongUse("'" + line + "' is no header");
   return header;
 }
 
 HttpRequest make_request(const RunCommand& command, const std::string& path) {
   HttpRequest request;
   request.method = !command.method.empty() ? command.method : command.body_file.empty() ? "GET" : "POST";
-  if (!is_header_name(request.method)) throw WrongUse("'" + request.method + "' is no method");
+  if (!is_token(request.method)) throw WrongUse("'" + request.method + "' is no method");
   request.path = path;
   request.query = command.query;
   request.target = path + (command.query.empty() ? "" : "?" + command.query);

@@ -6,6 +6,8 @@
 #include <ctime>
 #include <string_view>
 
+#include "http/ascii.h"
+
 namespace zelto {
 
 namespace {
@@ -14,12 +16,11 @@ enum class Text { kClients, kPages };
 
 // A page may write in any language; what a client sends is readable only as far as it is ASCII.
 std::string escaped(std::string_view text, Text whose = Text::kClients) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string out;
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
     if (byte < 0x20 || byte == 0x7F || (byte > 0x7F && whose == Text::kClients) || c == '"' || c == '\\')
-      out += {'\\', 'x', kDigits[byte >> 4U], kDigits[byte & 15U]};
+      append_hex(out += "\\x", c);
     else
       out += c;
   }

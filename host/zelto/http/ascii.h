@@ -25,6 +25,32 @@ constexpr std::string_view trim_blanks(std::string_view text) {
   return text;
 }
 
+constexpr bool is_alphanumeric(char c) {
+  return (c >= '0' && c <= '9') || (ascii_lower(c) >= 'a' && ascii_lower(c) <= 'z');
+}
+
+// What names of header fields, and methods, are made of.
+constexpr bool is_token(std::string_view text) {
+  const auto is_token_character = [](char c) {
+    return is_alphanumeric(c) || std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos;
+  };
+  return !text.empty() && std::ranges::all_of(text, is_token_character);
+}
+
+// Whether the text can be a header field's value: no control character ends it or begins another.
+constexpr bool is_field_value(std::string_view text) {
+  return std::ranges::none_of(text,
+                              [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; });
+}
+
+// The byte's two hexadecimal digits, in upper case.
+inline void append_hex(std::string& out, char byte) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const auto value = static_cast<unsigned char>(byte);
+  out += kDigits[value >> 4U];
+  out += kDigits[value & 15U];
+}
+
 constexpr int hex_value(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   const char lowered = ascii_lower(c);

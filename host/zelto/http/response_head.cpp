@@ -12,22 +12,10 @@ namespace zelto {
 
 namespace {
 
-constexpr std::string_view kLineBreakers{"\r\n\0", 3};
-
-bool is_one_line(std::string_view text) { return text.find_first_of(kLineBreakers) == std::string_view::npos; }
-
 bool is_ours(std::string_view name) {
   constexpr std::array<std::string_view, 7> kOurs = {"Content-Length", "Transfer-Encoding", "Connection", "Date",
                                                      "Server",         "Keep-Alive",        "Trailer"};
   return std::ranges::any_of(kOurs, [&](std::string_view ours) { return same_text(ours, name); });
-}
-
-bool is_name(std::string_view name) {
-  constexpr std::string_view kAlso = "!#$%&'*+-.^_`|~";
-  return !name.empty() && std::ranges::all_of(name, [&](char c) {
-    return (c >= '0' && c <= '9') || (ascii_lower(c) >= 'a' && ascii_lower(c) <= 'z') ||
-           kAlso.find(c) != std::string_view::npos;
-  });
 }
 
 // Formatting costs more than the rest of the head, and the text changes once a second.
@@ -93,12 +81,12 @@ std::string write_response_head(const ResponseHead& head, Framing framing, std::
   std::string out;
   out.reserve(256);
   out.append("HTTP/1.1 ").append(std::to_string(head.status)).append(" ");
-  out.append(is_one_line(head.reason) ? std::string_view(head.reason) : reason_of(head.status)).append("\r\n");
+  out.append(is_field_value(head.reason) ? std::string_view(head.reason) : reason_of(head.status)).append("\r\n");
   append_line(out, "Date", date_now());
   append_line(out, "Server", "Zelto");
   bool sniffing_settled = false;
   for (const Header& header : head.headers) {
-    if (is_ours(header.name) || !is_name(header.name) || !is_one_line(header.value)) continue;
+    if (is_ours(header.name) || !is_token(header.name) || !is_field_value(header.value)) continue;
     sniffing_settled |= same_text(header.name, "X-Content-Type-Options");
     append_line(out, header.name, header.value);
   }

@@ -124,16 +124,12 @@ Target parse_target(std::string_view text) {
 
 std::string encode_path(std::string_view path) {
   constexpr std::string_view kUnreserved = "-._~/";
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string encoded;
   for (const char c : path) {
-    const bool alnum = (c >= '0' && c <= '9') || (ascii_lower(c) >= 'a' && ascii_lower(c) <= 'z');
-    if (alnum || kUnreserved.find(c) != std::string_view::npos) {
+    if (is_alphanumeric(c) || kUnreserved.find(c) != std::string_view::npos)
       encoded += c;
-    } else {
-      const auto byte = static_cast<unsigned char>(c);
-      encoded += {'%', kDigits[byte >> 4U], kDigits[byte & 15U]};
-    }
+    else
+      append_hex(encoded += '%', c);
   }
   return encoded;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "http/ascii.h"
 #include "intrinsics/script_date.h"
 #include "intrinsics/text.h"
 #include "intrinsics/url_encoding.h"
@@ -10,20 +11,14 @@ namespace zelto {
 
 namespace {
 
-std::string_view trim(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-  return text;
-}
-
 std::wstring decoded(std::string_view text) { return to_wide(percent_decode(text)); }
 std::string encoded(std::wstring_view text) { return url_encode(to_utf8(text)); }
 
 ReceivedCookie parse_cookie(std::string_view pair) {
   ReceivedCookie cookie;
   const std::size_t equals = pair.find('=');
-  cookie.name = decoded(trim(pair.substr(0, equals)));
-  std::string_view value = equals == std::string_view::npos ? std::string_view() : trim(pair.substr(equals + 1));
+  cookie.name = decoded(trim_blanks(pair.substr(0, equals)));
+  std::string_view value = equals == std::string_view::npos ? std::string_view() : trim_blanks(pair.substr(equals + 1));
   if (value.size() >= 2 && value.front() == '"' && value.back() == '"') value = value.substr(1, value.size() - 2);
   if (value.find('=') == std::string_view::npos) {
     cookie.value = decoded(value);
@@ -40,7 +35,7 @@ std::vector<ReceivedCookie> parse_cookies(std::string_view header) {
   std::vector<ReceivedCookie> cookies;
   while (!header.empty()) {
     const std::size_t end = header.find(';');
-    const std::string_view pair = trim(header.substr(0, end));
+    const std::string_view pair = trim_blanks(header.substr(0, end));
     header.remove_prefix(end == std::string_view::npos ? header.size() : end + 1);
     if (pair.empty() || pair.front() == '=') continue;
     ReceivedCookie cookie = parse_cookie(pair);

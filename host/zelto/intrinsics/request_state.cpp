@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "http/ascii.h"
 #include "intrinsics/server_variables.h"
 #include "intrinsics/text.h"
 #include "intrinsics/url_encoding.h"
@@ -33,7 +34,7 @@ const std::vector<ReceivedCookie>& RequestState::cookies() {
   if (!cookies_) {
     std::string joined;
     for (const Header& header : http_.headers) {
-      if (!same_name(header.name, "Cookie")) continue;
+      if (!same_text(header.name, "Cookie")) continue;
       joined.append(joined.empty() ? "" : "; ").append(header.value);
     }
     cookies_ = std::make_unique<std::vector<ReceivedCookie>>(parse_cookies(joined));
@@ -43,7 +44,7 @@ const std::vector<ReceivedCookie>& RequestState::cookies() {
 
 bool RequestState::has_urlencoded_body() const {
   const std::string* type = http_.header("Content-Type");
-  return type && same_name(type->substr(0, type->find_first_of("; \t")), "application/x-www-form-urlencoded");
+  return type && same_text(type->substr(0, type->find_first_of("; \t")), "application/x-www-form-urlencoded");
 }
 
 RequestState::ReadError RequestState::form(Fields& fields) {

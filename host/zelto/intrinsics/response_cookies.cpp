@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "http/ascii.h"
 #include "intrinsics/text.h"
 #include "intrinsics/variant_key.h"
 
@@ -131,7 +132,7 @@ HRESULT ResponseCookie::put_SameSite(BSTR policy) {
   SetCookie* cookie = changeable();
   if (!cookie) return E_FAIL;
   for (const char* known : {"", "Lax", "Strict", "None"}) {
-    if (same_name(known, wanted)) {
+    if (same_text(known, wanted)) {
       cookie->same_site = known;
       return S_OK;
     }

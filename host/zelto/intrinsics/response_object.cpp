@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ctime>
 
+#include "http/ascii.h"
 #include "intrinsics/guard.h"
 #include "intrinsics/response_cookies.h"
 #include "intrinsics/script_date.h"
@@ -30,7 +31,7 @@ bool bytes_of(const VARIANT& value, std::string_view& bytes) {
 // The value of a header field that text sets; refuses control characters.
 HRESULT header_value(std::wstring_view member, BSTR text, std::string& value) {
   std::string bytes = to_utf8(korlib::view_of(text));
-  if (!is_header_value(bytes)) return raise_bad(member);
+  if (!is_field_value(bytes)) return raise_bad(member);
   value = std::move(bytes);
   return S_OK;
 }
@@ -38,7 +39,7 @@ HRESULT header_value(std::wstring_view member, BSTR text, std::string& value) {
 // The connection frames the body; a page that sets these would either repeat or contradict it.
 bool is_framing_header(std::string_view name) {
   constexpr std::string_view kFraming[] = {"Content-Length", "Transfer-Encoding", "Connection", "Date", "Server"};
-  return std::ranges::any_of(kFraming, [name](std::string_view framing) { return same_name(framing, name); });
+  return std::ranges::any_of(kFraming, [name](std::string_view framing) { return same_text(framing, name); });
 }
 
 }  // namespace
@@ -111,14 +112,14 @@ HRESULT ResponseObject::AddHeader(BSTR name, BSTR value) {
     RETURN_IF_FAILED(check_head(L"AddHeader"));
     const std::string header = to_utf8(korlib::view_of(name));
     std::string text;
-    if (!is_header_name(header)) {
+    if (!is_token(header)) {
       return korlib::raise(E_INVALIDARG, kSource, L"AddHeader: \"" + to_wide(header) + L"\" is no header name.");
     }
     RETURN_IF_FAILED(header_value(L"AddHeader", value, text));
     if (is_framing_header(header)) return S_OK;
-    if (same_name(header, "Content-Type")) {
+    if (same_text(header, "Content-Type")) {
       page_->response.content_type = text;
-    } else if (same_name(header, "Cache-Control")) {
+    } else if (same_text(header, "Cache-Control")) {
       page_->response.cache_control = text;
     } else {
       page_->response.headers.push_back({header, text});
@@ -223,7 +224,7 @@ HRESULT ResponseObject::get_Charset(BSTR* charset) {
 HRESULT ResponseObject::put_Charset(BSTR charset) {
   RETURN_IF_FAILED(check_head(L"Charset"));
   const std::string name = to_utf8(korlib::view_of(charset));
-  if (!name.empty() && !is_header_name(name)) {
+  if (!name.empty() && !is_token(name)) {
     return korlib::raise(E_INVALIDARG, kSource, L"Charset: \"" + to_wide(name) + L"\" is no name of a character set.");
   }
   page_->response.charset = name;

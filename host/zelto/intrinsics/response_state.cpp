@@ -106,7 +106,7 @@ ResponseHead ResponseState::head() const {
 bool ResponseState::set_status(std::string_view line) {
   const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
   if (line.size() < 3 || !is_digit(line[0]) || !is_digit(line[1]) || !is_digit(line[2])) return false;
-  if (line[0] == '0' || line[0] == '1' || line[0] > '5' || !is_header_value(line)) return false;
+  if (line[0] == '0' || line[0] == '1' || line[0] > '5' || !is_field_value(line)) return false;
   if (line.size() > 3 && line[3] != ' ') return false;
   status = (line[0] - '0') * 100 + (line[1] - '0') * 10 + (line[2] - '0');
   reason = line.size() > 4 ? line.substr(4) : "";
@@ -123,18 +123,6 @@ SetCookie& ResponseState::cookie(std::wstring_view name) {
   if (const SetCookie* found = find_cookie(name)) return cookies[static_cast<std::size_t>(found - cookies.data())];
   cookies.emplace_back().name = name;
   return cookies.back();
-}
-
-bool is_header_value(std::string_view value) {
-  return std::ranges::none_of(value,
-                              [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; });
-}
-
-bool is_header_name(std::string_view name) {
-  return !name.empty() && std::ranges::all_of(name, [](char c) {
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-           std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos;
-  });
 }
 
 }  // namespace zelto

@@ -78,8 +78,4 @@ class ResponseState {
   bool head_sent_ = false;
 };
 
-// A header field's value may hold no CR, LF or NUL, a name only token characters.
-bool is_header_value(std::string_view value);
-bool is_header_name(std::string_view name);
-
 }  // namespace zelto

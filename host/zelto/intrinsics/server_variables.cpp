@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "http/ascii.h"
 #include "intrinsics/request_state.h"
 #include "intrinsics/text.h"
 
@@ -45,7 +46,7 @@ std::vector<std::pair<std::string, std::string>> header_variables(const HttpRequ
     if (same == variables.end()) {
       variables.emplace_back(std::move(name), header.value);
     } else {
-      same->second.append(same_name(header.name, "Cookie") ? "; " : ", ").append(header.value);
+      same->second.append(same_text(header.name, "Cookie") ? "; " : ", ").append(header.value);
     }
   }
   return variables;

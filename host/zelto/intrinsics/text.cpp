@@ -9,6 +9,8 @@
 #include <charconv>
 #include <memory>
 
+#include "http/ascii.h"
+
 namespace zelto {
 
 namespace {
@@ -34,8 +36,6 @@ struct CloseConverter {
   void operator()(UConverter* converter) const { ucnv_close(converter); }
 };
 using Converter = std::unique_ptr<UConverter, CloseConverter>;
-
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 // A converter keeps state, so each thread has its own; opening one is dear.
 UConverter* converter_for(LONG code_page) {
@@ -91,7 +91,7 @@ std::optional<std::string> charset_of(LONG code_page) {
 }
 
 std::optional<LONG> code_page_of(std::string_view charset) {
-  const auto row = std::ranges::find_if(kCodePages, [&](const CodePage& r) { return same_name(r.charset, charset); });
+  const auto row = std::ranges::find_if(kCodePages, [&](const CodePage& r) { return same_text(r.charset, charset); });
   if (row == kCodePages.end()) return std::nullopt;
   return row->number;
 }
@@ -137,8 +137,6 @@ std::wstring fold_name(std::wstring_view name) {
   }
   return out;
 }
-
-bool same_name(std::string_view a, std::string_view b) { return std::ranges::equal(a, b, {}, lower, lower); }
 
 std::optional<LONG> parse_long(std::wstring_view text) {
   if (text.empty() || text.size() > 11) return std::nullopt;

@@ -30,7 +30,6 @@ bool encodes(LONG code_page, wchar_t character);
 
 // The form of a name that is the same for every letter case of it.
 std::wstring fold_name(std::wstring_view name);
-bool same_name(std::string_view a, std::string_view b);  // ASCII names, as in headers
 
 // The decimal number that is the whole text; nothing for anything else.
 std::optional<LONG> parse_long(std::wstring_view text);

@@ -1,29 +1,9 @@
 #include "intrinsics/url_encoding.h"
 
+#include "http/ascii.h"
 #include "intrinsics/text.h"
 
 namespace zelto {
-
-namespace {
-
-int hex_value(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
-void append_escaped(std::string& out, char byte) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  const auto value = static_cast<unsigned char>(byte);
-  out += '%';
-  out += kDigits[value >> 4];
-  out += kDigits[value & 15];
-}
-
-bool is_alphanumeric(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-
-}  // namespace
 
 std::string percent_decode(std::string_view text) {
   std::string out;
@@ -48,7 +28,7 @@ std::string url_encode(std::string_view bytes) {
     } else if (c == ' ') {
       out += '+';
     } else {
-      append_escaped(out, c);
+      append_hex(out += '%', c);
     }
   }
   return out;
@@ -62,7 +42,7 @@ std::string escape_url(std::string_view url) {
     if (is_plain) {
       out += c;
     } else {
-      append_escaped(out, c);
+      append_hex(out += '%', c);
     }
   }
   return out;

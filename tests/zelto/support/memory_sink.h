@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "http/ascii.h"
 #include "http/message.h"
-#include "intrinsics/text.h"
 
 namespace test {
 
@@ -32,7 +32,7 @@ class MemorySink final : public zelto::ResponseSink {
   std::vector<std::string> header(std::string_view name) const {
     std::vector<std::string> values;
     for (const zelto::Header& sent : head.headers) {
-      if (zelto::same_name(sent.name, name)) values.push_back(sent.value);
+      if (zelto::same_text(sent.name, name)) values.push_back(sent.value);
     }
     return values;
   }
