@@ -10,7 +10,8 @@ const host = process.env.ZELTO;
 const examples = process.env.EXAMPLES;
 
 // `example` is one of the examples, or the absolute path of a site of a test.
-// The site's address, what the host has logged, and stop(), which answers its exit code.
+// The site's address, what the host has logged, says(), which waits for a line of its output, and stop(), which
+// answers its exit code or the signal that ended it.
 export async function serve(example, ...options) {
   const folder = await mkdtemp(join(tmpdir(), 'site-'));
   await cp(resolve(examples, example), folder, { recursive: true });
@@ -24,14 +25,20 @@ export async function serve(example, ...options) {
   process.once('SIGTERM', () => process.exit(1));
   const log = [];
   createInterface({ input: program.stderr }).on('line', (line) => log.push(line));
-  const address = await new Promise((resolve, reject) => {
-    createInterface({ input: program.stdout }).on('line', (line) => {
-      const found = line.match(/http:\/\/\S+/);
-      if (found) resolve(found[0]);
-    });
+  const output = createInterface({ input: program.stdout });
+  const said = [];
+  output.on('line', (line) => said.push(line));
+  const says = (pattern) => new Promise((resolve, reject) => {
+    const look = () => {
+      const found = said.find((line) => pattern.test(line));
+      if (found) resolve(found);
+    };
+    output.on('line', look);
+    look();
     program.once('error', reject);
     program.once('exit', () => reject(new Error('the host ended: ' + log.join('\n'))));
   });
+  const address = (await says(/^Serving/)).match(/http:\/\/\S+/)[0];
   const stop = async () => {
     program.kill('SIGTERM');
     const [code, signal] = await exited;
@@ -39,5 +46,5 @@ export async function serve(example, ...options) {
     await rm(folder, { recursive: true });
     return signal ?? code;
   };
-  return { address, folder, log, pid: program.pid, stop };
+  return { address, folder, log, pid: program.pid, says, stop };
 }

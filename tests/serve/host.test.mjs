@@ -1,0 +1,178 @@
+// The host as a client and an operator see it: what it serves, its session cookie, its log, how it ends.
+import assert from 'node:assert/strict';
+import { once } from 'node:events';
+import { connect } from 'node:net';
+import { test } from 'node:test';
+import { fileURLToPath } from 'node:url';
+import { serve } from './site.mjs';
+
+const folder = fileURLToPath(new URL('host', import.meta.url));
+
+// Serves the folder for one test, and ends it with the exit code that is expected.
+const served = (name, body, { options = [], code = 0 } = {}) =>
+  test(name, async () => {
+    const site = await serve(folder, ...options);
+    try {
+      await body(site);
+    } finally {
+      assert.equal(await site.stop(), code, site.log.join('\n'));
+    }
+  });
+
+// Sends the bytes as they are, and answers everything that comes back until the host closes.
+async function raw(site, request) {
+  const { hostname, port } = new URL(site.address);
+  const socket = connect(port, hostname);
+  const received = [];
+  socket.on('data', (bytes) => received.push(bytes));
+  socket.write(request);
+  await once(socket, 'close');
+  return Buffer.concat(received).toString();
+}
+const get = (site, target, headers = '') =>
+  raw(site, `GET ${target} HTTP/1.1\r\nHost: a\r\nConnection: close\r\n${headers}\r\n`);
+const statusOf = (answer) => Number(answer.split(' ')[1]);
+const cookieOf = (answer) => answer.match(/^Set-Cookie: (zelto_session=[^;]*)(.*)$/im)?.slice(1);
+const bodyOf = (answer) => answer.slice(answer.indexOf('\r\n\r\n') + 4);
+
+served('a path names what it says, or nothing', async (site) => {
+  const rows = {
+    '/two.asp': 200,
+    '/folder/Page.ASP': 200,
+    '/folder/../two.asp': 200,
+    '//./two.asp': 200,
+    '/%74wo.asp': 200,
+    'http://other/two.asp': 200,
+    '/two.asp?x=%00%2f..': 200,
+    '/TWO.ASP': 404,
+    '/two.asp/': 404,
+    '/two.asp/more': 404,
+    '/two.asp.': 404,
+    '/two.asp%20': 404,
+    '/two.asp::$DATA': 404,
+    '/two.asp.bak': 404,
+    '/%2574wo.asp': 404,
+    '/secret.inc': 404,
+    '/SECRET.INC': 404,
+    '/global.asa': 404,
+    '/Global.ASA': 404,
+    '/zelto.toml': 404,
+    '/notes.db': 404,
+    '/own.cfg': 404,
+    '/templates/page.html': 404,
+    '/Templates/page.html': 404,
+    '/%74emplates/page.html': 404,
+    '/../two.asp': 400,
+    '/%2e%2e/two.asp': 400,
+    '/folder/..%2ftwo.asp': 400,
+    '/folder%5c..%5ctwo.asp': 400,
+    '/folder\\two.asp': 400,
+    '/two.asp%00.txt': 400,
+    '/%ff': 400,
+  };
+  for (const [target, status] of Object.entries(rows)) {
+    const answer = await get(site, target);
+    assert.equal(statusOf(answer), status, target);
+    assert.match(answer, /^X-Content-Type-Options: nosniff\r$/m);
+    assert.doesNotMatch(answer, /never served/);
+    if (status === 200) assert.equal(bodyOf(answer), '2\n', target);
+  }
+});
+
+served('a session cookie is nobody else\'s, and Secure behind a proxy that is trusted', async (site) => {
+  const [first, attributes] = cookieOf(await get(site, '/count.asp'));
+  assert.match(first, /^zelto_session=[\w-]{22}\.a$/);
+  assert.equal(attributes.trim(), '; Path=/; HttpOnly; SameSite=Lax');
+  assert.match(bodyOf(await get(site, '/count.asp', `Cookie: ${first}\r\n`)), /^2 /);
+  const [, secure] = cookieOf(await get(site, '/count.asp', 'X-Forwarded-Proto: https\r\n'));
+  assert.equal(secure.trim(), '; Path=/; HttpOnly; SameSite=Lax; Secure');
+
+  const guessed = `zelto_session=${'A'.repeat(22)}.a`;
+  const [given] = cookieOf(await get(site, '/count.asp', `Cookie: ${guessed}\r\n`));
+  assert.notEqual(given, guessed);
+  assert.equal(cookieOf(await get(site, '/two.asp')), undefined, 'nothing is stored, nothing is set');
+
+  const leaving = await get(site, '/leave.asp', `Cookie: ${first}\r\n`);
+  assert.equal(bodyOf(leaving), '2\n', 'values stay to the end of the page');
+  assert.match(bodyOf(await get(site, '/count.asp', `Cookie: ${first}\r\n`)), /^1 /);
+});
+
+served('requests of one session come one after the other', async (site) => {
+  const [cookie] = cookieOf(await get(site, '/count.asp'));
+  const answers = await Promise.all(
+    Array.from({ length: 40 }, () => get(site, '/count.asp', `Cookie: ${cookie}\r\n`)));
+  const counts = answers.map((answer) => parseInt(bodyOf(answer))).sort((a, b) => a - b);
+  assert.deepEqual(counts, Array.from({ length: 40 }, (_, i) => i + 2));
+}, { options: ['--workers', '4'] });
+
+served('no text of a client ends a line of the head', async (site) => {
+  for (const text of ['%0d%0aX-Split:1', '%0a', '%0d', '%00']) {
+    const answer = await get(site, `/headers.asp?text=${text}`);
+    assert.equal(statusOf(answer), 200, text);
+    assert.equal(bodyOf(answer).trim(),
+      'name,value,status,type,charset,cache,redirect,cookie_path,cookie_domain', text);
+    assert.doesNotMatch(answer, /^X-Split/m, text);
+    const encoded = text.match(/%../g).join('').toUpperCase();
+    assert.ok(answer.includes(`Set-Cookie: b${encoded}`), answer);
+  }
+});
+
+served('an error is told to nobody but the log, in one line', async (site) => {
+  const answer = await get(site, '/fails.asp?text=secret%0aline');
+  assert.equal(statusOf(answer), 500);
+  assert.doesNotMatch(answer, /secret|fails\.asp/);
+  const about = site.log.filter((line) => line.includes('secret') && !line.includes('GET '));
+  assert.deepEqual(about, ['/fails.asp:4: secret line (Error, 0x80004005)']);
+  assert.match(site.log.find((line) => line.includes('GET /fails.asp')),
+    /^127\.0\.0\.1 - - \[.*\] "GET \/fails\.asp\?text=secret%0aline HTTP\/1\.1" 500 \d+ "-" "-" \d+\.\d{3} noted$/);
+});
+
+served('an error is shown to the author, with the lines around it', async (site) => {
+  const answer = await get(site, '/fails.asp?text=<b>');
+  assert.equal(statusOf(answer), 500);
+  for (const shown of ['&lt;b&gt;', '<dt>Source</dt><dd>Error</dd>', '<dt>Code</dt><dd>0x80004005</dd>',
+    '<dt>File</dt><dd>/fails.asp</dd>', '<dt>Line</dt><dd>4</dd>', '    3  function fail() {',
+    '<span class="here">    4    throw new Error(', '    7  fail();'])
+    assert.ok(answer.includes(shown), `${shown}\n${answer}`);
+  assert.equal(site.log.filter((line) => line.startsWith('/fails.asp:4: ')).length, 1);
+}, { options: ['--debug'] });
+
+// Starts a page that runs for that long; resolves once it has begun. Its end is what comes of it.
+async function begin(site, milliseconds) {
+  const { hostname, port } = new URL(site.address);
+  const socket = connect(port, hostname);
+  socket.on('error', () => {});
+  socket.write(`GET /wait.asp?ms=${milliseconds} HTTP/1.1\r\nHost: a\r\n\r\n`);
+  let received = '';
+  const end = once(socket, 'close').then(() => received);
+  await new Promise((begun) => socket.on('data', (bytes) => {
+    received += bytes;
+    if (received.includes('begun')) begun();
+  }));
+  return { end };
+}
+
+test('SIGTERM finishes what runs, and takes nothing new', async () => {
+  const site = await serve(folder);
+  const page = await begin(site, 500);
+  const stopped = site.stop();
+  assert.match(await page.end, /done\n\r\n0\r\n\r\n$/);
+  assert.equal(await stopped, 0, site.log.join('\n'));
+  await assert.rejects(get(site, '/two.asp'), { code: 'ECONNREFUSED' });
+});
+
+test('a second signal ends what runs', async () => {
+  const site = await serve(folder);
+  await begin(site, 600_000);
+  process.kill(site.pid, 'SIGTERM');
+  await site.says(/^Stopping/);
+  assert.equal(await site.stop(), 'SIGTERM');
+});
+
+test('the exit code tells that something is left when the host ends', async () => {
+  process.env.ASAN_OPTIONS = `${process.env.ASAN_OPTIONS ?? ''}:detect_leaks=0`;  // the host finds it itself
+  const site = await serve(folder);
+  assert.equal(bodyOf(await get(site, '/cycle.asp')), 'held\n');
+  assert.equal(await site.stop(), 3);
+  assert.equal(site.log.at(-1), 'zelto: 2 objects are still alive, 0 component modules in use');
+});
