@@ -1,4 +1,4 @@
-// What an upload costs the host in memory:  node bench/upload_memory.mjs [MB]
+// What an upload costs the host in memory:  node bench/upload_memory.mjs [MB] [--chunked]
 // Posts one file of that size (100) to the gallery of a fresh host and prints the process's peak before
 // and after, and how often the peak holds the file.
 import { spawn } from 'node:child_process';
@@ -10,11 +10,17 @@ import { createInterface } from 'node:readline';
 import { fileURLToPath } from 'node:url';
 
 const root = fileURLToPath(new URL('..', import.meta.url));
-const size = Number(process.argv[2] ?? 100) * 1e6;
+const words = process.argv.slice(2);
+const chunked = words.includes('--chunked');
+const size = Number(words.find((word) => word !== '--chunked') ?? 100) * 1e6;
+if (!(size > 0)) {
+  console.error('usage: node bench/upload_memory.mjs [MB] [--chunked]');
+  process.exit(2);
+}
 const site = await mkdtemp(join(tmpdir(), 'gallery-'));
 await cp(join(root, 'examples/gallery'), site, { recursive: true });
 const host = spawn(join(root, 'build/release/bin/zelto'), ['serve', site, '--listen', '127.0.0.1:0', '--workers', '1'], {
-  stdio: ['ignore', 'pipe', 'inherit'],
+  stdio: ['ignore', 'pipe', 'ignore'],
 });
 const address = await new Promise((found) =>
   createInterface({ input: host.stdout }).once('line', (line) => found(line.match(/http:\S+/)[0])));
@@ -50,7 +56,6 @@ function post(bytes, chunked) {
   });
 }
 
-const chunked = process.argv.includes('--chunked');
 await post(1000, chunked);  // the page is compiled, the worker has run once
 const before = await peak();
 const began = performance.now();
