@@ -85,6 +85,8 @@ function On_StartDraw(page) {
   commandField = page.ToCommand("").slice(1, -2);
 }
 
+function OnDraw_IfChanging(page, texts) { if (page.View("id") != "") page.ProcessTemplate(texts[0]); }
+
 // The entries of one page of the list, each drawn by a child templator. Its function marks call Row_….
 function OnDraw_Entries(page, texts) {
   var owner = page.Bag("owner");

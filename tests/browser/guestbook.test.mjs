@@ -52,6 +52,25 @@ test('an entry is changed and deleted', async () => {
   assert.equal((await browser.findAll('article')).length, 0);
 });
 
+test('an entry is left as it is, and a form that was sent counts once', async () => {
+  await browser.open(site.address);
+  await browser.fill('input[name=name]', 'Carl');
+  await browser.fill('textarea[name=words]', 'Once');
+  await browser.follow('#sign button');
+  await browser.follow('article a.button');
+  await browser.follow('#sign a.button');
+  assert.equal(await browser.textOf('#sign h2'), 'Sign the book');
+  await browser.back();
+  await browser.back();
+  await browser.back();
+  await browser.fill('input[name=name]', 'Carl');
+  await browser.fill('textarea[name=words]', 'Twice');
+  await browser.follow('#sign button');
+  assert.match(await browser.textOf('.notice'), /^Nothing was changed/);
+  assert.deepEqual(await browser.textsOf('article p'), ['Once']);
+  await browser.follow('article button');
+});
+
 test('links lead through the pages of the list', async () => {
   await browser.open(site.address);
   for (let number = 1; number <= 6; number++) {
@@ -63,4 +82,16 @@ test('links lead through the pages of the list', async () => {
   assert.equal((await browser.findAll('article')).length, 5);
   await browser.follow('#pages a');
   assert.deepEqual(await browser.textsOf('article p'), ['words 1']);
+  assert.equal(await browser.textOf('#pages b'), '2');
+  await browser.follow('#pages a');
+  assert.equal((await browser.findAll('article')).length, 5);
+});
+
+test('nothing is wider than a telephone', async () => {
+  await browser.open(site.address);
+  await browser.fill('input[name=name]', 'Dora');
+  await browser.fill('textarea[name=words]', 'Donaudampfschifffahrtsgesellschaft'.repeat(8));
+  await browser.follow('#sign button');
+  await browser.post('window/rect', { width: 390, height: 844 });
+  assert.equal(await browser.run('return document.documentElement.scrollWidth - document.documentElement.clientWidth'), 0);
 });
