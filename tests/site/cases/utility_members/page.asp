@@ -8,7 +8,7 @@ function stream(file, type) {
   s.Type = type;
   if (type === 2) s.Charset = "utf-8";
   s.Open();
-  s.LoadFromFile(Server.MapPath(".") + "/../../../data/utility/" + file);
+  s.LoadFromFile(Server.MapPath(file));
   return s;
 }
 
