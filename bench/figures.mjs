@@ -1,7 +1,10 @@
-// Runs benchmark programs and prints their figures as Markdown tables, or writes them into a document:
+// Runs benchmarks and prints their figures in Markdown, or writes them into a document:
 //
-//   node bench/figures.mjs PROGRAM…          prints a table for each
-//   node bench/figures.mjs --into DOCUMENT   fills in what stands between `<!-- bench_x -->` and `<!-- end -->`
+//   node bench/figures.mjs NAME…                    a table for each
+//   node bench/figures.mjs --into DOCUMENT [NAME]…  fills in what stands between `<!-- NAME -->` and
+//                                                   `<!-- end -->`, everywhere or for these names
+//
+// NAME is "page" for the program bench_page, or "serve.mjs 2 16" for a script with its arguments.
 //
 // A figure is the median of nine repetitions, taken in random order so that a slow spell of the machine
 // does not fall on one benchmark alone; the spread is half the distance from the fastest to the slowest.
@@ -11,21 +14,25 @@ import { cpus } from 'node:os';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
-const programs = join(dirname(fileURLToPath(import.meta.url)), '../build/release/bench');
+const scripts = dirname(fileURLToPath(import.meta.url));
+const programs = join(scripts, '../build/release/bench');
 const repetitions = 9;
 
+// A program that measures in a process for each kind prints one document after another.
+const parts = (json) => json.split(/^(?=\{)/m).filter(Boolean).map((part) => JSON.parse(part));
+
 // In the order in which the program registers them, which interleaved repetitions do not keep.
-function measure(program) {
-  const path = join(programs, program);
+function measure(name) {
+  const path = join(programs, `bench_${name}`);
   const order = execFileSync(path, ['--benchmark_list_tests'], { encoding: 'utf8' }).split('\n');
   const json = execFileSync(path, [
     '--benchmark_format=json', `--benchmark_repetitions=${repetitions}`, '--benchmark_min_time=0.05',
     '--benchmark_enable_random_interleaving=true',
-  ], { maxBuffer: 1 << 28, stdio: ['ignore', 'pipe', 'inherit'] });
+  ], { encoding: 'utf8', maxBuffer: 1 << 28, stdio: ['ignore', 'pipe', 'inherit'] });
   const runs = new Map();
-  for (const run of JSON.parse(json).benchmarks) {
+  for (const run of parts(json).flatMap((part) => part.benchmarks)) {
     if (run.run_type !== 'iteration') continue;
-    if (run.error_occurred) throw new Error(`${program} ${run.run_name}: ${run.error_message}`);
+    if (run.error_occurred) throw new Error(`${name} ${run.run_name}: ${run.error_message}`);
     if (!runs.has(run.run_name)) runs.set(run.run_name, []);
     runs.get(run.run_name).push(run);
   }
@@ -89,14 +96,14 @@ function by_size(figures) {
   return table([['', ...sizes], ...names.map((name) => [`\`${name}\``, ...sizes.map((size) => cell(find(name, size)))])]);
 }
 
-function tables(program) {
-  const figures = measure(program);
+function tables(name) {
+  const figures = measure(name);
   const sized = figures.filter((figure) => /^[^/]+\/\d+$/.test(figure.name) && !figure.label);
   const plain = figures.filter((figure) => !sized.includes(figure));
   const groups = new Map();
   for (const figure of sized) {
-    const name = figure.name.split('/')[0];
-    groups.set(name, [...(groups.get(name) ?? []), figure]);
+    const key = figure.name.split('/')[0];
+    groups.set(key, [...(groups.get(key) ?? []), figure]);
   }
   const by_columns = new Map();
   for (const group of groups.values()) {
@@ -106,20 +113,27 @@ function tables(program) {
   return [...[...by_columns.values()].map(by_size), ...(plain.length ? [list(plain)] : [])].join('\n\n');
 }
 
+function shown(name) {
+  if (!name.includes('.mjs')) return tables(name);
+  const [script, ...args] = name.split(' ');
+  return `\`\`\`\n${execFileSync('node', [join(scripts, script), ...args], { encoding: 'utf8' })}\`\`\``;
+}
+
 const machine = () =>
   `${new Date().toISOString().slice(0, 10)}, ${cpus()[0].model.trim()}, ${cpus().length} cores, Debian 12, release build.`;
 
-function fill(document) {
+function fill(document, names) {
   const text = readFileSync(document, 'utf8');
-  writeFileSync(document, text.replace(/(<!-- (bench_\w+) -->\n)[^]*?(<!-- end -->)/g, (_, start, program, end) => {
-    console.log(program);
-    return `${start}\n${tables(program)}\n\nMeasured ${machine()}\n\n${end}`;
+  writeFileSync(document, text.replace(/(<!-- (\w[^>]*) -->\n)[^]*?(<!-- end -->)/g, (whole, start, name, end) => {
+    if (names.length && !names.includes(name)) return whole;
+    console.log(name);
+    return `${start}\n${shown(name)}\n\nMeasured ${machine()}\n\n${end}`;
   }));
 }
 
 const [first, ...rest] = process.argv.slice(2);
 if (first === '--into') {
-  rest.forEach(fill);
+  fill(rest[0], rest.slice(1));
 } else {
-  for (const program of [first, ...rest].filter(Boolean)) console.log(`${program}\n\n${tables(program)}\n\n${machine()}\n`);
+  for (const name of [first, ...rest].filter(Boolean)) console.log(`${name}\n\n${shown(name)}\n\n${machine()}\n`);
 }

@@ -119,7 +119,7 @@ void check(benchmark::State& state, const test::Answer& answer, const Request& r
   if (FAILED(answer.hr) || request.written().size() < least) state.SkipWithError("the page was not drawn");
 }
 
-void ListPage(benchmark::State& state) {
+void list_page(benchmark::State& state) {
   Request request;
   for ([[maybe_unused]] auto _ : state) {
     const CComPtr<IDispatch> page = request.new_page();
@@ -129,18 +129,18 @@ void ListPage(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(ListPage)->Unit(benchmark::kMicrosecond);
+BENCHMARK(list_page)->Unit(benchmark::kMicrosecond);
 
-void PhaseCreateAndBind(benchmark::State& state) {
+void phase_create_and_bind(benchmark::State& state) {
   Request request;
   for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(request.new_page().get());
     request.next();
   }
 }
-BENCHMARK(PhaseCreateAndBind)->Unit(benchmark::kMicrosecond);
+BENCHMARK(phase_create_and_bind)->Unit(benchmark::kMicrosecond);
 
-void PhaseStepsWithoutTemplate(benchmark::State& state) {
+void phase_steps_without_template(benchmark::State& state) {
   Request request;
   const CComPtr<IDispatch> page = request.new_page();
   for ([[maybe_unused]] auto _ : state) {
@@ -148,9 +148,9 @@ void PhaseStepsWithoutTemplate(benchmark::State& state) {
     request.next();
   }
 }
-BENCHMARK(PhaseStepsWithoutTemplate)->Unit(benchmark::kMicrosecond);
+BENCHMARK(phase_steps_without_template)->Unit(benchmark::kMicrosecond);
 
-void PhaseTemplateFile(benchmark::State& state) {
+void phase_template_file(benchmark::State& state) {
   Request request;
   const CComPtr<IDispatch> page = request.new_page();
   put(page.get(), L"CacheTemplate", state.range(0) != 0);
@@ -159,9 +159,9 @@ void PhaseTemplateFile(benchmark::State& state) {
     request.next();
   }
 }
-BENCHMARK(PhaseTemplateFile)->ArgName("cached")->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(phase_template_file)->ArgName("cached")->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
-void PhaseRows(benchmark::State& state) {
+void phase_rows(benchmark::State& state) {
   Request request;
   const CComPtr<IDispatch> page = request.new_page();
   for ([[maybe_unused]] auto _ : state) {
@@ -170,7 +170,7 @@ void PhaseRows(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * std::int64_t{kRows});
 }
-BENCHMARK(PhaseRows)->Unit(benchmark::kMicrosecond);
+BENCHMARK(phase_rows)->Unit(benchmark::kMicrosecond);
 
 // One row's template processed by the page, while Process runs.
 void one_row(benchmark::State& state, const wchar_t* row) {

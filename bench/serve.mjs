@@ -1,8 +1,10 @@
 // Requests per second and latency of the host:  node bench/serve.mjs [SECONDS] [CONNECTIONS]
 //
-// wrk drives each row for that long (5 seconds) over that many connections (16), with the page warm. Below
-// each page stands a file of the page's very bytes, served in the same run: what the connection and the
-// machine allow. The driver keeps no cookie, so a page that stores something starts a session with each request.
+// wrk drives each row five times for that long (2 seconds) over that many connections (16), with the page
+// warm. Below each page stands a file of the page's very bytes, served between the page's rounds: what the
+// connection and the machine allow. The driver keeps no cookie, so a page that stores something starts a
+// session with each request. What is printed is the median of the rounds; the spread is half the distance
+// from the slowest to the fastest.
 import { execFile, spawn } from 'node:child_process';
 import { cp, mkdtemp, rm, writeFile } from 'node:fs/promises';
 import { cpus, tmpdir } from 'node:os';
@@ -12,7 +14,8 @@ import { fileURLToPath } from 'node:url';
 import { promisify } from 'node:util';
 
 const root = fileURLToPath(new URL('..', import.meta.url));
-const [seconds = 5, connections = 16] = process.argv.slice(2).map(Number);
+const rounds = 5;
+const [seconds = 2, connections = 16] = process.argv.slice(2).map(Number);
 if (!(seconds >= 1 && connections >= 2)) {
   console.error('usage: node bench/serve.mjs [SECONDS] [CONNECTIONS]');
   process.exit(2);
@@ -52,25 +55,44 @@ async function drive(url) {
   const { stdout } = await promisify(execFile)('wrk', [
     '--latency', '-t2', `-c${connections}`, `-d${seconds}s`, url,
   ]);
-  const found = (pattern) => stdout.match(pattern)?.[1];
   if (/Non-2xx|Socket errors/.test(stdout)) throw new Error(`${url}\n${stdout}`);
-  return { rate: Number(found(/Requests\/sec:\s+(\S+)/)), half: found(/50%\s+(\S+)/), most: found(/99%\s+(\S+)/) };
+  const found = (pattern) => stdout.match(pattern).slice(1);
+  const milliseconds = ([value, unit]) => Number(value) * { us: 1e-3, ms: 1, s: 1e3 }[unit];
+  return {
+    rate: Number(found(/Requests\/sec:\s+(\S+)/)[0]),
+    half: milliseconds(found(/50%\s+([\d.]+)(\w+)/)),
+    most: milliseconds(found(/99%\s+([\d.]+)(\w+)/)),
+  };
 }
 
-const row = (name, bytes, rate, half, most) =>
-  console.log(name.padEnd(46) + String(bytes).padStart(8) + String(rate).padStart(12) + half.padStart(11) + most.padStart(11));
+const sorted = (runs, key) => runs.map((run) => run[key]).sort((a, b) => a - b);
+const median = (runs, key) => sorted(runs, key)[rounds >> 1];
 
-console.log(`${cpus().length} cores for host and driver, ${connections} connections, ${seconds} s a row`);
-row('', 'bytes', 'requests/s', '50 %', '99 %');
+function row(name, bytes, runs) {
+  const rates = sorted(runs, 'rate');
+  const spread = (100 * (rates.at(-1) - rates[0])) / 2 / median(runs, 'rate');
+  return [
+    name.padEnd(44), String(bytes).padStart(7), median(runs, 'rate').toFixed(0).padStart(12),
+    `±${spread.toFixed(0)} %`.padStart(8), `${median(runs, 'half').toFixed(2)} ms`.padStart(11),
+    `${median(runs, 'most').toFixed(2)} ms`.padStart(11),
+  ].join('');
+}
+
+console.log(`${cpus().length} cores for host and driver, ${connections} connections, ${rounds} rounds of ${seconds} s`);
+console.log(`${''.padEnd(44)}  bytes  requests/s  spread       50 %       99 %`);
 for (const { name, site, path, text } of pages) {
   const host = await serve(site);
   if (text) await writeFile(join(host.folder, path), text);
   const url = host.address + path;
   const body = Buffer.from(await (await fetch(url)).arrayBuffer());
   await writeFile(join(host.folder, 'same-bytes.html'), body);
-  const page = await drive(url);
-  row(name, body.length, page.rate.toFixed(0), page.half, page.most);
-  const file = await drive(host.address + 'same-bytes.html');
-  row('  a file of the same bytes', body.length, file.rate.toFixed(0), file.half, file.most);
+  const page = [];
+  const file = [];
+  for (let round = 0; round < rounds; ++round) {
+    page.push(await drive(url));
+    file.push(await drive(host.address + 'same-bytes.html'));
+  }
+  console.log(row(name, body.length, page));
+  console.log(row('  a file of the same bytes', body.length, file));
   await host.end();
 }

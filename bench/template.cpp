@@ -61,7 +61,7 @@ void count_bytes(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(page().byte_length()));
 }
 
-void BM_Streaming(benchmark::State& state) {
+void stream_page(benchmark::State& state) {
   Engine engine;
   for (auto _ : state) {
     engine.sink.text.clear();
@@ -69,9 +69,9 @@ void BM_Streaming(benchmark::State& state) {
   }
   count_bytes(state);
 }
-BENCHMARK(BM_Streaming);
+BENCHMARK(stream_page);
 
-void BM_Replay(benchmark::State& state) {
+void replay_page(benchmark::State& state) {
   Engine engine;
   CTemplate tmpl;
   if (FAILED(engine.Parse(page().get(), tmpl))) state.SkipWithError("parsing failed");
@@ -81,9 +81,9 @@ void BM_Replay(benchmark::State& state) {
   }
   count_bytes(state);
 }
-BENCHMARK(BM_Replay);
+BENCHMARK(replay_page);
 
-void BM_Parse(benchmark::State& state) {
+void parse_page(benchmark::State& state) {
   Engine engine;
   for (auto _ : state) {
     CTemplate tmpl;
@@ -91,10 +91,10 @@ void BM_Parse(benchmark::State& state) {
   }
   count_bytes(state);
 }
-BENCHMARK(BM_Parse);
+BENCHMARK(parse_page);
 
 // The floor: the same text copied once.
-void BM_Copy(benchmark::State& state) {
+void copy_page(benchmark::State& state) {
   std::wstring copy;
   for (auto _ : state) {
     copy.assign(page().view());
@@ -102,6 +102,6 @@ void BM_Copy(benchmark::State& state) {
   }
   count_bytes(state);
 }
-BENCHMARK(BM_Copy);
+BENCHMARK(copy_page);
 
 }  // namespace
