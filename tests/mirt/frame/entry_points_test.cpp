@@ -67,11 +67,12 @@ TEST_F(EntryPoints, ClassObjectsAnswerToTwoInterfaces) {
 }
 
 TEST_F(EntryPoints, TheModuleStaysWhileAnythingIsHeld) {
-  EXPECT_TRUE(module_.can_unload());
+  auto* const can_unload_now = module_.symbol<HRESULT()>("DllCanUnloadNow");
+  EXPECT_EQ(S_OK, can_unload_now());
   CComPtr<IClassFactory> factory;
   ASSERT_EQ(S_OK, module_.class_object(L"Utility", factory.put()));
   EXPECT_EQ(1, module_.count());
-  EXPECT_FALSE(module_.can_unload());
+  EXPECT_EQ(S_FALSE, can_unload_now());
   EXPECT_EQ(2u, factory->AddRef());
   EXPECT_EQ(1u, factory->Release());
 
@@ -79,12 +80,12 @@ TEST_F(EntryPoints, TheModuleStaysWhileAnythingIsHeld) {
   ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IDispatch, object.put_void()));
   factory.reset();
   EXPECT_EQ(1, module_.count());
-  EXPECT_FALSE(module_.can_unload());
+  EXPECT_EQ(S_FALSE, can_unload_now());
   EXPECT_EQ(2u, object->AddRef());  // of the object, not of the module
   EXPECT_EQ(1, module_.count());
   EXPECT_EQ(1u, object->Release());
   object.reset();
-  EXPECT_TRUE(module_.can_unload());
+  EXPECT_EQ(S_OK, can_unload_now());
 }
 
 TEST_F(EntryPoints, LockingAClassObjectDoesNothing) {
@@ -131,6 +132,7 @@ TEST_F(EntryPoints, AnObjectHasOneAddress) {
     EXPECT_EQ(S_OK, utility->GetTypeInfo(index, 0, info.put()));
     EXPECT_EQ(*module_.symbol<ITypeInfo*>("g_pTI_IUtility"), info.get());
   }
+  EXPECT_EQ(E_POINTER, utility->GetTypeInfo(0, 0, nullptr));
 }
 
 TEST_F(EntryPoints, APageObjectOutsideOfARequestIsToldSoAndComesAllTheSame) {

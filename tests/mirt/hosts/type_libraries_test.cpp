@@ -156,6 +156,10 @@ TEST_F(TypeLibraries, ReplaceTheStaticTypeInformation) {
     EXPECT_EQ(77, answer.value.lVal);
     EXPECT_EQ(static_cast<void*>(utility.get()), contents_.infos[4].invoked_on);
     EXPECT_EQ(DISP_E_UNKNOWNNAME, call(utility.get(), L"Trim", L"x").hr);
+    CComPtr<ITypeInfo> handed_out;
+    EXPECT_EQ(S_OK, utility->GetTypeInfo(0, 0, handed_out.put()));
+    EXPECT_EQ(&contents_.infos[4], handed_out.get());
+    EXPECT_EQ(2, contents_.infos[4].references);
   }
   // Released when it was detached and again when it was unloaded, as hosts know.
   for (const FakeTypeInfo& info : contents_.infos) EXPECT_EQ(-1, info.references);

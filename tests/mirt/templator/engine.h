@@ -79,7 +79,7 @@ inline Parsed parse(std::wstring_view text, const wchar_t* types = kChildTypes) 
   auto* tmpl = new CTemplate;
   Parsed parsed;
   parsed.hr = engine.Parse(CComBSTR(text).get(), *tmpl);
-  for (BSTR run : tmpl->Texts) parsed.texts.emplace_back(run);
+  for (BSTR run : tmpl->Texts) parsed.texts.emplace_back(korlib::view_of(run));
   for (const CMarkData* mark : tmpl->Marks) parsed.marks.push_back(mark_of(*mark));
   tmpl->Release();
   return parsed;

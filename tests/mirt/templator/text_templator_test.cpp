@@ -3,6 +3,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <utility>
 
 #include <korlib/adostream.h>
 #include <korlib/dictionary.h>
@@ -140,6 +142,61 @@ TEST_F(TextTemplator, ReadsADictionary) {
   EXPECT_EQ(S_OK, putref(templator_.get(), L"Script", dictionary).hr);
   EXPECT_EQ(S_OK, process(L"(#Title#)").hr);
   EXPECT_EQ(L"Hello", flush());
+}
+
+TEST_F(TextTemplator, FailsAMarkWhoseItemHasNoText) {
+  script_->function(L"", [](const Arguments&) { return null_value(); });
+  EXPECT_EQ(L"<code 80020005>", draw(L"a(#key#)b"));
+}
+
+// A script in which every name is an empty variable, with a say in what reading it does. Calling one succeeds.
+class Variables final : public IDispatch {
+ public:
+  explicit Variables(std::function<HRESULT()> read) : read_(std::move(read)) {}
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    return korlib::query_list<IDispatch, IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return ++references; }
+  ULONG Release() override { return --references; }
+  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID* ids) override {
+    ids[0] = 5;
+    return S_OK;
+  }
+  HRESULT Invoke(DISPID, REFIID, LCID, WORD flags, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+    return flags == DISPATCH_PROPERTYGET ? read_() : S_OK;
+  }
+
+  ULONG references = 1;
+
+ private:
+  std::function<HRESULT()> read_;
+};
+
+TEST_F(TextTemplator, FailsAMarkWhoseVariableCannotBeRead) {
+  Variables script([] { return DISP_E_DIVBYZERO; });
+  EXPECT_EQ(S_OK, putref(templator_.get(), L"Script", static_cast<IDispatch*>(&script)).hr);
+  EXPECT_EQ(DISP_E_DIVBYZERO, process(L"a(#x#)b").hr);
+  EXPECT_EQ(L"a", flush());
+  templator_.reset();
+  EXPECT_EQ(1u, script.references);
+}
+
+TEST_F(TextTemplator, LivesUntilItHasDrawn) {
+  Variables script([&] {
+    templator_.reset();
+    EXPECT_EQ(1, module_.count());
+    return S_OK;
+  });
+  CComPtr<ITextTemplator> typed;
+  ASSERT_EQ(S_OK, templator_.query(typed.put()));
+  ASSERT_EQ(S_OK, typed->putref_Script(&script));
+  ITextTemplator* const lent = typed.get();
+  typed.reset();
+  EXPECT_EQ(S_OK, lent->ProcessTemplate(CComBSTR(L"a(#x#)b")));
+  EXPECT_EQ(0, module_.count());
+  EXPECT_EQ(1u, script.references);
 }
 
 TEST_F(TextTemplator, FailsAMarkThatNobodyKnows) {
