@@ -1,37 +1,17 @@
 // Type information that the component carries itself, so that scripts can call its objects where no type
-// library is. It maps names to identifiers and late-bound calls to typed members; the other operations
-// of ITypeInfo are not implemented.
+// library is. It maps names to identifiers and late-bound calls to typed members.
 //
 // The objects are static and hold no state: any thread may use them, and counting changes nothing.
 #pragma once
 
+#include <korlib/plain_typeinfo.h>
 #include <korlib/ptr.h>
-#include <korlib/typeinfo.h>
 
-class StaticTypeInfo : public ITypeInfo {
+class StaticTypeInfo : public korlib::PlainTypeInfo {
  public:
   STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override;
   ULONG AddRef() override { return 2; }
   ULONG Release() override { return 1; }
-
-  STDMETHODIMP GetTypeAttr(TYPEATTR**) override { return E_NOTIMPL; }
-  STDMETHODIMP GetTypeComp(ITypeComp**) override { return E_NOTIMPL; }
-  STDMETHODIMP GetFuncDesc(UINT, FUNCDESC**) override { return E_NOTIMPL; }
-  STDMETHODIMP GetVarDesc(UINT, VARDESC**) override { return E_NOTIMPL; }
-  STDMETHODIMP GetNames(MEMBERID, BSTR*, UINT, UINT*) override { return E_NOTIMPL; }
-  STDMETHODIMP GetRefTypeOfImplType(UINT, DWORD*) override { return E_NOTIMPL; }
-  STDMETHODIMP GetImplTypeFlags(UINT, INT*) override { return E_NOTIMPL; }
-  STDMETHODIMP GetDocumentation(MEMBERID, BSTR*, BSTR*, DWORD*, BSTR*) override { return E_NOTIMPL; }
-  STDMETHODIMP GetDllEntry(MEMBERID, INVOKEKIND, BSTR*, BSTR*, WORD*) override { return E_NOTIMPL; }
-  STDMETHODIMP GetRefTypeInfo(DWORD, ITypeInfo**) override { return E_NOTIMPL; }
-  STDMETHODIMP AddressOfMember(MEMBERID, INVOKEKIND, void**) override { return E_NOTIMPL; }
-  STDMETHODIMP CreateInstance(IUnknown*, REFIID, void**) override { return E_NOTIMPL; }
-  STDMETHODIMP GetMops(MEMBERID, BSTR*) override { return E_NOTIMPL; }
-  STDMETHODIMP GetContainingTypeLib(ITypeLib**, UINT*) override { return E_NOTIMPL; }
-  void ReleaseTypeAttr(TYPEATTR*) override {}
-  void ReleaseFuncDesc(FUNCDESC*) override {}
-  void ReleaseVarDesc(VARDESC*) override {}
-
   // The first of `names` only, in any letter case; names of arguments get no identifier.
   STDMETHODIMP GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) override;
 

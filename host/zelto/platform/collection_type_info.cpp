@@ -1,11 +1,12 @@
 // Late binding for objects of the host's collection interfaces that a component implements. The members are
 // those of the host's own collections (intrinsics/collections.h).
+#include <korlib/plain_typeinfo.h>
+#include <korlib/ptr.h>
 #include <korlib_host/thunks.h>
 #include <zelto/asp.h>
 
 #include <span>
 
-#include "platform/static_type_info.h"
 #include "platform/type_libraries.h"
 
 namespace zelto {
@@ -45,10 +46,16 @@ constexpr korlib::Member kRequestDictionary[] = {
     new_enum<&IRequestDictionary::get__NewEnum, IRequestDictionary>(),
 };
 
-class CollectionTypeInfo final : public StaticTypeInfo {
+// Static: never freed, however often it is released.
+class CollectionTypeInfo final : public korlib::PlainTypeInfo {
  public:
   explicit CollectionTypeInfo(std::span<const korlib::Member> members) : members_(members) {}
 
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    return korlib::query_list<ITypeInfo, IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return 2; }
+  ULONG Release() override { return 1; }
   HRESULT GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) override {
     return korlib::ids_of_names(members_, names, count, ids);
   }

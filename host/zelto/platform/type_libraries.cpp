@@ -1,6 +1,7 @@
 #include "platform/type_libraries.h"
 
 #include <dlfcn.h>
+#include <korlib/plain_typeinfo.h>
 #include <korlib/ptr.h>
 #include <korlib_host/errors.h>
 #include <korlib_host/typelib.h>
@@ -21,11 +22,9 @@ namespace {
 
 using Descriptions = std::vector<std::pair<IID, ITypeInfo*>>;
 
-class TypeLibrary final : public ITypeLib {
+class TypeLibrary final : public korlib::PlainTypeLib {
  public:
   explicit TypeLibrary(Descriptions descriptions) : descriptions_(std::move(descriptions)) {}
-  TypeLibrary(const TypeLibrary&) = delete;
-  TypeLibrary& operator=(const TypeLibrary&) = delete;
 
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
     return korlib::query_list<ITypeLib, IUnknown>(this, riid, ppv);
@@ -52,14 +51,6 @@ class TypeLibrary final : public ITypeLib {
     }
     return TYPE_E_ELEMENTNOTFOUND;
   }
-
-  HRESULT GetTypeInfoType(UINT, TYPEKIND*) override { return E_NOTIMPL; }
-  HRESULT GetLibAttr(TLIBATTR**) override { return E_NOTIMPL; }
-  HRESULT GetTypeComp(ITypeComp**) override { return E_NOTIMPL; }
-  HRESULT GetDocumentation(INT, BSTR*, BSTR*, DWORD*, BSTR*) override { return E_NOTIMPL; }
-  HRESULT IsName(LPOLESTR, ULONG, BOOL*) override { return E_NOTIMPL; }
-  HRESULT FindName(LPOLESTR, ULONG, ITypeInfo**, MEMBERID*, USHORT*) override { return E_NOTIMPL; }
-  void ReleaseTLibAttr(TLIBATTR*) override {}
 
  private:
   ~TypeLibrary() = default;

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include <korlib/typeinfo.h>
+#include <korlib/plain_typeinfo.h>
 
 #include "mirt/hosts/own_functions.h"
 #include "support/late_bound.h"
@@ -33,7 +33,7 @@ const Slot kSlots[] = {
 constexpr int kCount = static_cast<int>(std::size(kSlots));
 
 // Counts its references and knows the name "Magic" only.
-class FakeTypeInfo final : public ITypeInfo {
+class FakeTypeInfo final : public korlib::PlainTypeInfo {
  public:
   int references = 0;
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
@@ -41,13 +41,6 @@ class FakeTypeInfo final : public ITypeInfo {
   }
   ULONG AddRef() override { return static_cast<ULONG>(++references); }
   ULONG Release() override { return static_cast<ULONG>(--references); }
-  HRESULT GetTypeAttr(TYPEATTR**) override { return E_NOTIMPL; }
-  HRESULT GetTypeComp(ITypeComp**) override { return E_NOTIMPL; }
-  HRESULT GetFuncDesc(UINT, FUNCDESC**) override { return E_NOTIMPL; }
-  HRESULT GetVarDesc(UINT, VARDESC**) override { return E_NOTIMPL; }
-  HRESULT GetNames(MEMBERID, BSTR*, UINT, UINT*) override { return E_NOTIMPL; }
-  HRESULT GetRefTypeOfImplType(UINT, DWORD*) override { return E_NOTIMPL; }
-  HRESULT GetImplTypeFlags(UINT, INT*) override { return E_NOTIMPL; }
   HRESULT GetIDsOfNames(LPOLESTR* names, UINT, MEMBERID* ids) override {
     const bool known = std::wcscmp(names[0], L"Magic") == 0;
     ids[0] = known ? 77 : DISPID_UNKNOWN;
@@ -58,16 +51,6 @@ class FakeTypeInfo final : public ITypeInfo {
     CComVariant(LONG{id}).detach_to(result);
     return S_OK;
   }
-  HRESULT GetDocumentation(MEMBERID, BSTR*, BSTR*, DWORD*, BSTR*) override { return E_NOTIMPL; }
-  HRESULT GetDllEntry(MEMBERID, INVOKEKIND, BSTR*, BSTR*, WORD*) override { return E_NOTIMPL; }
-  HRESULT GetRefTypeInfo(DWORD, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT AddressOfMember(MEMBERID, INVOKEKIND, void**) override { return E_NOTIMPL; }
-  HRESULT CreateInstance(IUnknown*, REFIID, void**) override { return E_NOTIMPL; }
-  HRESULT GetMops(MEMBERID, BSTR*) override { return E_NOTIMPL; }
-  HRESULT GetContainingTypeLib(ITypeLib**, UINT*) override { return E_NOTIMPL; }
-  void ReleaseTypeAttr(TYPEATTR*) override {}
-  void ReleaseFuncDesc(FUNCDESC*) override {}
-  void ReleaseVarDesc(VARDESC*) override {}
 
   void* invoked_on = nullptr;
 };
@@ -80,7 +63,7 @@ struct Contents {
   std::vector<int> asked;
 };
 
-class FakeTypeLib final : public ITypeLib {
+class FakeTypeLib final : public korlib::PlainTypeLib {
  public:
   FakeTypeLib(Contents& contents, bool of_host) : contents_(contents), of_host_(of_host) {}
   int references = 0;
@@ -102,15 +85,6 @@ class FakeTypeLib final : public ITypeLib {
     ADD_FAILURE() << "asked for an interface that it does not describe";
     return TYPE_E_ELEMENTNOTFOUND;
   }
-  UINT GetTypeInfoCount() override { return 0; }
-  HRESULT GetTypeInfo(UINT, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT GetTypeInfoType(UINT, TYPEKIND*) override { return E_NOTIMPL; }
-  HRESULT GetLibAttr(TLIBATTR**) override { return E_NOTIMPL; }
-  HRESULT GetTypeComp(ITypeComp**) override { return E_NOTIMPL; }
-  HRESULT GetDocumentation(INT, BSTR*, BSTR*, DWORD*, BSTR*) override { return E_NOTIMPL; }
-  HRESULT IsName(LPOLESTR, ULONG, BOOL*) override { return E_NOTIMPL; }
-  HRESULT FindName(LPOLESTR, ULONG, ITypeInfo**, MEMBERID*, USHORT*) override { return E_NOTIMPL; }
-  void ReleaseTLibAttr(TLIBATTR*) override {}
 
  private:
   Contents& contents_;

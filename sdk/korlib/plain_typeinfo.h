@@ -1,0 +1,59 @@
+// Type information and type libraries without descriptions: bases for those who serve names and calls,
+// and look-up by identifier, which is all that this system asks for. The rest answers E_NOTIMPL.
+#pragma once
+
+#include <korlib/typeinfo.h>
+
+namespace korlib {
+
+// Left to the class: IUnknown, GetIDsOfNames, Invoke.
+class PlainTypeInfo : public ITypeInfo {
+ public:
+  PlainTypeInfo(const PlainTypeInfo&) = delete;
+  PlainTypeInfo& operator=(const PlainTypeInfo&) = delete;
+
+  HRESULT GetTypeAttr(TYPEATTR**) override { return E_NOTIMPL; }
+  HRESULT GetTypeComp(ITypeComp**) override { return E_NOTIMPL; }
+  HRESULT GetFuncDesc(UINT, FUNCDESC**) override { return E_NOTIMPL; }
+  HRESULT GetVarDesc(UINT, VARDESC**) override { return E_NOTIMPL; }
+  HRESULT GetNames(MEMBERID, BSTR*, UINT, UINT*) override { return E_NOTIMPL; }
+  HRESULT GetRefTypeOfImplType(UINT, DWORD*) override { return E_NOTIMPL; }
+  HRESULT GetImplTypeFlags(UINT, INT*) override { return E_NOTIMPL; }
+  HRESULT GetDocumentation(MEMBERID, BSTR*, BSTR*, DWORD*, BSTR*) override { return E_NOTIMPL; }
+  HRESULT GetDllEntry(MEMBERID, INVOKEKIND, BSTR*, BSTR*, WORD*) override { return E_NOTIMPL; }
+  HRESULT GetRefTypeInfo(DWORD, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT AddressOfMember(MEMBERID, INVOKEKIND, void**) override { return E_NOTIMPL; }
+  HRESULT CreateInstance(IUnknown*, REFIID, void**) override { return E_NOTIMPL; }
+  HRESULT GetMops(MEMBERID, BSTR*) override { return E_NOTIMPL; }
+  HRESULT GetContainingTypeLib(ITypeLib**, UINT*) override { return E_NOTIMPL; }
+  void ReleaseTypeAttr(TYPEATTR*) override {}
+  void ReleaseFuncDesc(FUNCDESC*) override {}
+  void ReleaseVarDesc(VARDESC*) override {}
+
+ protected:
+  constexpr PlainTypeInfo() = default;
+  ~PlainTypeInfo() = default;
+};
+
+// Left to the class: IUnknown, GetTypeInfoOfGuid, and the two that count and number where it can tell.
+class PlainTypeLib : public ITypeLib {
+ public:
+  PlainTypeLib(const PlainTypeLib&) = delete;
+  PlainTypeLib& operator=(const PlainTypeLib&) = delete;
+
+  UINT GetTypeInfoCount() override { return 0; }
+  HRESULT GetTypeInfo(UINT, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT GetTypeInfoType(UINT, TYPEKIND*) override { return E_NOTIMPL; }
+  HRESULT GetLibAttr(TLIBATTR**) override { return E_NOTIMPL; }
+  HRESULT GetTypeComp(ITypeComp**) override { return E_NOTIMPL; }
+  HRESULT GetDocumentation(INT, BSTR*, BSTR*, DWORD*, BSTR*) override { return E_NOTIMPL; }
+  HRESULT IsName(LPOLESTR, ULONG, BOOL*) override { return E_NOTIMPL; }
+  HRESULT FindName(LPOLESTR, ULONG, ITypeInfo**, MEMBERID*, USHORT*) override { return E_NOTIMPL; }
+  void ReleaseTLibAttr(TLIBATTR*) override {}
+
+ protected:
+  PlainTypeLib() = default;
+  ~PlainTypeLib() = default;
+};
+
+}  // namespace korlib
