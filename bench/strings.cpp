@@ -36,8 +36,8 @@ struct Allocator {
 
 template <class Kind>
 void one_by_one(benchmark::State& state) {
-  for (auto _ : state) {
-    typename Kind::Block block = Kind::make(state);
+  for ([[maybe_unused]] auto _ : state) {
+    const typename Kind::Block block = Kind::make(state);
     benchmark::DoNotOptimize(block);
     Kind::free(block);
   }
@@ -47,7 +47,7 @@ void one_by_one(benchmark::State& state) {
 template <class Kind>
 void many_alive(benchmark::State& state) {
   std::array<typename Kind::Block, kAlive> blocks{};
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     for (auto& block : blocks) block = Kind::make(state);
     benchmark::DoNotOptimize(blocks.data());
     for (const auto block : blocks) Kind::free(block);

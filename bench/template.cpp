@@ -63,7 +63,7 @@ void count_bytes(benchmark::State& state) {
 
 void stream_page(benchmark::State& state) {
   Engine engine;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     engine.sink.text.clear();
     if (FAILED(engine.Process(page().get()))) state.SkipWithError("streaming failed");
   }
@@ -75,7 +75,7 @@ void replay_page(benchmark::State& state) {
   Engine engine;
   CTemplate tmpl;
   if (FAILED(engine.Parse(page().get(), tmpl))) state.SkipWithError("parsing failed");
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     engine.sink.text.clear();
     if (FAILED(engine.Process(tmpl))) state.SkipWithError("replay failed");
   }
@@ -85,7 +85,7 @@ BENCHMARK(replay_page);
 
 void parse_page(benchmark::State& state) {
   Engine engine;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     CTemplate tmpl;
     if (FAILED(engine.Parse(page().get(), tmpl))) state.SkipWithError("parsing failed");
   }
@@ -96,7 +96,7 @@ BENCHMARK(parse_page);
 // The floor: the same text copied once.
 void copy_page(benchmark::State& state) {
   std::wstring copy;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     copy.assign(page().view());
     benchmark::DoNotOptimize(copy.data());
   }

@@ -50,7 +50,7 @@ void end(benchmark::State& state, const std::string& bytes) {
 
 void BM_Intake(benchmark::State& state) {
   const std::string& bytes = begin(state);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     CComPtr<ZeltoTypeLibrary::IRequestDictionary> form;
     g_oCF_MultipartForm.CreateInstance(nullptr, korlib::iid_of<ZeltoTypeLibrary::IRequestDictionary>, form.put_void());
     if (FAILED(add_parts(bytes.data(), bytes.size(), kDelimiter, 65001, *static_cast<GMultipartForm*>(form.get())))) {
@@ -64,7 +64,7 @@ BENCHMARK(BM_Intake)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 // The parser alone: every delimiter and every header line.
 void BM_Parser(benchmark::State& state) {
   const std::string& bytes = begin(state);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     CMultipartParser parser(bytes.data(), bytes.size(), kDelimiter);
     std::size_t start = 0;
     bool is_last = false;
@@ -81,7 +81,7 @@ BENCHMARK(BM_Parser)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 
 void BM_Memmem(benchmark::State& state) {
   const std::string& bytes = begin(state);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const char* at = bytes.data();
     const char* const last = at + bytes.size();
     std::size_t found = 0;
@@ -99,7 +99,7 @@ BENCHMARK(BM_Memmem)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 void BM_Memcpy(benchmark::State& state) {
   const std::string& bytes = begin(state);
   std::vector<char> copy(bytes.size());
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     std::memcpy(copy.data(), bytes.data(), bytes.size());
     benchmark::DoNotOptimize(copy.data());
     benchmark::ClobberMemory();
