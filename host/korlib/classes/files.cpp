@@ -17,6 +17,8 @@
 namespace korlib {
 namespace {
 
+constexpr int kWriting = O_WRONLY | O_CLOEXEC | O_NONBLOCK;
+
 std::string to_bytes(std::wstring_view path) {
   if (path.empty() || path.find(L'\0') != std::wstring_view::npos) return {};
   return to_utf8(path);
@@ -54,6 +56,37 @@ int read_all(int file, FileContents& contents) {
   }
   contents.size = got;
   return 0;
+}
+
+int write_and_close(Descriptor& file, std::string_view bytes) {
+  const int error = write_all(file.get(), bytes);
+  return file.close() || error != 0 ? error : errno;
+}
+
+// 0 or an errno. A file that could not be written whole does not stay.
+int create_file(const std::string& path, std::string_view bytes) {
+  Descriptor file(open(path.c_str(), kWriting | O_CREAT | O_EXCL, 0666));
+  if (!file) return errno;
+  const int error = write_and_close(file, bytes);
+  if (error != 0) unlink(path.c_str());
+  return error;
+}
+
+// 0 or an errno. Room for the bytes is made before the first of them is written, so that a disk without it
+// leaves the old contents. They are replaced in place: the file keeps its owner, mode and links.
+int replace_contents(const std::string& path, std::string_view bytes) {
+  Descriptor file(open(path.c_str(), kWriting | O_CREAT, 0666));  // made where a link points to nothing
+  struct stat before {};
+  if (!file || fstat(file.get(), &before) != 0) return errno;
+  if (!S_ISREG(before.st_mode)) return write_and_close(file, bytes);
+  const auto size = static_cast<off_t>(bytes.size());
+  const bool has_room = size <= before.st_size || fallocate(file.get(), 0, 0, size) == 0;
+  if (!has_room && (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)) {
+    const int error = errno;
+    return ftruncate(file.get(), before.st_size) == 0 ? error : errno;
+  }
+  if (ftruncate(file.get(), size) != 0) return errno;
+  return write_and_close(file, bytes);
 }
 
 }  // namespace
@@ -99,11 +132,9 @@ HRESULT load_file(std::wstring_view path, const FileFault& fault, FileContents& 
 }
 
 HRESULT save_file(std::wstring_view path, std::string_view bytes, bool replace, const FileFault& fault) {
-  const int how = O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | (replace ? O_TRUNC : O_EXCL);
-  Descriptor file(open(system_path(path).c_str(), how, 0666));
-  if (!file) return raise_file_error(L"write", path, errno, fault);
-  int error = write_all(file.get(), bytes);
-  if (!file.close() && error == 0) error = errno;
+  const std::string file = system_path(path);
+  int error = create_file(file, bytes);
+  if (error == EEXIST && replace) error = replace_contents(file, bytes);
   return error == 0 ? S_OK : raise_file_error(L"write", path, error, fault);
 }
 

@@ -2,7 +2,10 @@
 // The header stands alone when it is included first.
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
+
+#include <csignal>
 
 #include <korlib/activation.h>
 
@@ -447,6 +450,81 @@ TEST_F(StreamFile, SavesNewFilesAndReplacesWhenTold) {
   EXPECT_EQ("\xEF\xBB\xBF\xC3\xA4", folder_.read("out.txt"));
   EXPECT_TRUE(FAILED(call(object_, L"SaveToFile", path, 3).hr));
   EXPECT_NE(std::wstring::npos, call(object_, L"SaveToFile", L"/dev/full", 2).description.find(L"/dev/full"));
+}
+
+// While one lives, a file cannot grow beyond a size: a disk without room, on every machine.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit{bytes, before_.rlim_max};
+    EXPECT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+  }
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+ private:
+  rlimit before_{};
+  void (*handler_)(int);
+};
+
+TEST_F(StreamFile, LeavesWhatWasThereWhereItsContentsDoNotFit) {
+  call(object_, L"WriteText", std::wstring(10'000, L'x'));
+  folder_.write("old.txt", "old contents");
+  {
+    const FileSizeLimit limit(4096);
+    for (const LONG option : {1, 2}) {
+      const test::Answer answer = call(object_, L"SaveToFile", folder_.wide("new.txt"), option);
+      EXPECT_EQ(0x800A0BBCu, static_cast<std::uint32_t>(answer.hr));
+      EXPECT_EQ(L"Cannot write '" + folder_.wide("new.txt") + L"': File too large.", answer.description);
+      EXPECT_FALSE(std::filesystem::exists(folder_.path("new.txt")));
+    }
+    const test::Answer answer = call(object_, L"SaveToFile", folder_.wide("old.txt"), 2);
+    EXPECT_EQ(L"Cannot write '" + folder_.wide("old.txt") + L"': File too large.", answer.description);
+  }
+  EXPECT_EQ("old contents", folder_.read("old.txt"));
+  EXPECT_EQ(S_OK, call(object_, L"SaveToFile", folder_.wide("old.txt"), 2).hr) << "nothing is lost of the stream";
+  EXPECT_EQ(20'002u, folder_.read("old.txt").size());
+}
+
+TEST_F(StreamFile, ReplacesTheContentsAndNotTheFile) {
+  make_binary();
+  call(object_, L"Write", std::vector<unsigned char>{'n', 'e', 'w'});
+  folder_.write("file", "old contents");
+  std::filesystem::permissions(folder_.path("file"), std::filesystem::perms::owner_all);
+  std::filesystem::create_hard_link(folder_.path("file"), folder_.path("second name"));
+  std::filesystem::create_symlink("file", folder_.path("link"));
+  std::filesystem::create_symlink("not yet", folder_.path("dangling link"));
+  EXPECT_EQ(S_OK, call(object_, L"SaveToFile", folder_.wide("link"), 2).hr);
+  EXPECT_EQ(S_OK, call(object_, L"SaveToFile", folder_.wide("dangling link"), 2).hr);
+  EXPECT_EQ("new", folder_.read("second name"));
+  EXPECT_EQ("new", folder_.read("not yet"));
+  EXPECT_TRUE(std::filesystem::is_symlink(folder_.path("link")));
+  EXPECT_EQ(std::filesystem::perms::owner_all, std::filesystem::status(folder_.path("file")).permissions());
+}
+
+TEST_F(StreamFile, SaysWhereItCannotWrite) {
+  const auto refusal = [&](const std::wstring& path, LONG option) {
+    const test::Answer answer = call(object_, L"SaveToFile", path, option);
+    EXPECT_EQ(0x800A0BBCu, static_cast<std::uint32_t>(answer.hr)) << path;
+    return answer.description.substr(answer.description.find(L"': ") + 3);
+  };
+  folder_.write("file", "");
+  ASSERT_EQ(0, mkfifo(folder_.path("pipe").c_str(), 0600));
+  EXPECT_EQ(L"No such file or directory.", refusal(folder_.wide("missing/a"), 1));
+  EXPECT_EQ(L"No such file or directory.", refusal(folder_.wide("missing/a"), 2));
+  EXPECT_EQ(L"Not a directory.", refusal(folder_.wide("file/a"), 2));
+  EXPECT_EQ(L"Is a directory.", refusal(folder_.wide(""), 2));
+  EXPECT_EQ(L"File exists.", refusal(folder_.wide(""), 1));
+  EXPECT_EQ(L"File name too long.", refusal(folder_.wide(std::string(256, 'n')), 2));
+  EXPECT_EQ(L"No such device or address.", refusal(folder_.wide("pipe"), 2));
+  EXPECT_EQ(L"No such file or directory.", refusal(L"", 2));
+  EXPECT_TRUE(FAILED(call(object_, L"SaveToFile", folder_.wide("a") + std::wstring(L"\0b", 2), 2).hr));
+  EXPECT_FALSE(std::filesystem::exists(folder_.path("a")));
 }
 
 TEST_F(Stream, LeavesOutArgumentsDefinedWhenItFails) {
