@@ -1,6 +1,7 @@
 // The command line itself: what it prints, and its exit codes.
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -151,6 +152,23 @@ TEST_F(Command, TakesOptionsBeforeAndAfterThePage) {
   file("page.asp", "<%= Request.ServerVariables('HTTP_X_A') + Request.QueryString('q') %>");
   EXPECT_EQ(run({"run", "--header", "X-A: 1", "--query", "q=2", "page.asp"}).output, "12");
   EXPECT_EQ(run({"run", "page.asp", "--header", "X-A: 1", "--header", "X-A: 3", "--query", "q=2"}).output, "1, 32");
+}
+
+TEST_F(Command, OutlivesAFileThatMayNotBecomeThatLarge) {
+  file("page.asp", R"(<%
+    var stream = Server.CreateObject("ADODB.Stream");
+    stream.Open();
+    stream.WriteText("x".repeat(100000));
+    try { stream.SaveToFile(Server.MapPath("large")); } catch (error) { Response.Write(error.message); } %>)");
+  rlimit before{};
+  ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &before));
+  const rlimit limit{65536, before.rlim_max};
+  ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+  const Ran ran = run({"run", "page.asp"});
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(ran.status, 0);
+  EXPECT_EQ(ran.output, "Cannot write '" + (folder_ / "large").string() + "': File too large.");
+  EXPECT_FALSE(fs::exists(folder_ / "large"));
 }
 
 TEST_F(Command, PrintsTheHeadWhenAskedTo) {

@@ -3,6 +3,7 @@
 #include <korlib_host/modules.h>
 #include <korlib_host/registry_store.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <mutex>
@@ -36,6 +37,7 @@ std::filesystem::path component_file() {
 }
 
 void set_up() {
+  std::signal(SIGXFSZ, SIG_IGN);  // a page that writes a file beyond the limit of its size gets an error instead
   korlib_host::set_registry(std::make_shared<korlib_host::RegistryStore>(registry_file()));
   install_type_libraries();
   korlib_host::add_unregistered_module(
