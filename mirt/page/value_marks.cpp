@@ -36,20 +36,6 @@ bool find_in_request(IRequest* request, IRequestDictionary* multipart, BSTR name
          find_in(request, &IRequest::get_ClientCertificate, name, value);
 }
 
-// A named value of the host's Session or Application, where the page has that.
-template <class Values>
-HRESULT read_value(const CComPtr<Values>& values, const CMarkData& mark, CComVariant* value) {
-  if (!values) return E_FAIL;
-  const CComBSTR name = bstr_of(mark.Name);
-  return values->get_Value(name, value->put());
-}
-
-HRESULT read_item(const CComPtr<IKorLibDictionary>& dictionary, const CMarkData& mark, CComVariant* value) {
-  if (!dictionary) return E_FAIL;
-  const CComBSTR key = bstr_of(mark.Name);
-  return dictionary->get_Item(korlib::borrowed(key.get()), value->put());
-}
-
 }  // namespace
 
 HRESULT Self::write_value(VARIANT* value, const CMarkData& mark, VARIANT_BOOL encode) {
@@ -69,19 +55,19 @@ HRESULT Self::OnMarked_Property(CMarkData& mark, VARIANT_BOOL encode) {
 HRESULT Self::OnMarked_View(CMarkData& mark, VARIANT_BOOL encode) {
   const CComPtr<IKorLibDictionary> view = view_;
   CComVariant value;
-  RETURN_IF_FAILED(read_item(view, mark, &value));
+  RETURN_IF_FAILED(read_item(view.get(), bstr_of(mark.Name), &value));
   return write_value(&value, mark, encode);
 }
 
 HRESULT Self::OnMarked_Session(CMarkData& mark, VARIANT_BOOL encode) {
   CComVariant value;
-  RETURN_IF_FAILED(read_value(asp_.session, mark, &value));
+  RETURN_IF_FAILED(read_value(asp_.session.get(), bstr_of(mark.Name), &value));
   return write_value(&value, mark, encode);
 }
 
 HRESULT Self::OnMarked_Application(CMarkData& mark, VARIANT_BOOL encode) {
   CComVariant value;
-  RETURN_IF_FAILED(read_value(asp_.application, mark, &value));
+  RETURN_IF_FAILED(read_value(asp_.application.get(), bstr_of(mark.Name), &value));
   return write_value(&value, mark, encode);
 }
 
@@ -89,7 +75,7 @@ HRESULT Self::OnMarked_Bag(CMarkData& mark, VARIANT_BOOL encode) {
   CComPtr<IKorLibDictionary> bag;
   RETURN_IF_FAILED(get_session_bag(&bag));
   CComVariant value;
-  RETURN_IF_FAILED(read_item(bag, mark, &value));
+  RETURN_IF_FAILED(read_item(bag.get(), bstr_of(mark.Name), &value));
   return write_value(&value, mark, encode);
 }
 
@@ -122,7 +108,7 @@ HRESULT Self::OnMarked_ChildStatic(CMarkData& mark) {
 HRESULT Self::OnMarked_ChildDynamic(CMarkData& mark) {
   const CComPtr<IKorLibDictionary> include = include_;
   CComVariant value;
-  const HRESULT hr = read_item(include, mark, &value);
+  const HRESULT hr = read_item(include.get(), bstr_of(mark.Name), &value);
   if (FAILED(hr) || value.vt != VT_BSTR) return hr;
   return DrawTemplate(value.bstrVal);
 }

@@ -14,3 +14,7 @@ HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& ma
   *text = std::move(member.result);
   return CTemplatorConcept::ChangeToBSTR(text, path, empty_on_fail);
 }
+
+HRESULT read_item(IKorLibDictionary* items, BSTR name, CComVariant* value) {
+  return items ? items->get_Item(korlib::borrowed(name), value->put()) : E_FAIL;
+}

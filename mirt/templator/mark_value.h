@@ -1,6 +1,8 @@
 // What the mark handlers of the page controller and of the templators have in common.
 #pragma once
 
+#include <korlib/dictionary.h>
+
 #include "frame/script_event.h"
 #include "templator/mark_data.h"
 
@@ -8,3 +10,12 @@
 // what a function answers when it is called with (owner, parameters). *text becomes a VT_BSTR.
 HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, bool empty_on_fail,
                            CComVariant* text);
+
+// What a dictionary holds under a mark's name; E_FAIL where there is no dictionary.
+HRESULT read_item(IKorLibDictionary* items, BSTR name, CComVariant* value);
+
+// The same of the host's Session or Application.
+template <class Values>
+HRESULT read_value(Values* values, BSTR name, CComVariant* value) {
+  return values ? values->get_Value(name, value->put()) : E_FAIL;
+}

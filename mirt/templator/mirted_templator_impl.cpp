@@ -105,17 +105,15 @@ HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Bag(const CMarkData& m
 
 HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Session(const CMarkData& mark, BSTR name,
                                                                   VARIANT_BOOL encode) {
-  if (!asp_.session) return E_FAIL;
   CComVariant value;
-  RETURN_IF_FAILED(asp_.session->get_Value(name, &value));
+  RETURN_IF_FAILED(read_value(asp_.session.get(), name, &value));
   return write_value(value, mark, encode);
 }
 
 HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Application(const CMarkData& mark, BSTR name,
                                                                       VARIANT_BOOL encode) {
-  if (!asp_.application) return E_FAIL;
   CComVariant value;
-  RETURN_IF_FAILED(asp_.application->get_Value(name, &value));
+  RETURN_IF_FAILED(read_value(asp_.application.get(), name, &value));
   return write_value(value, mark, encode);
 }
 
@@ -130,9 +128,8 @@ HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Request(const CMarkDat
 
 HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::write_item(IKorLibDictionary* items, const CMarkData& mark, BSTR name,
                                                             VARIANT_BOOL encode) {
-  if (!items) return E_FAIL;
   CComVariant value;
-  RETURN_IF_FAILED(items->get_Item(korlib::borrowed(name), &value));
+  RETURN_IF_FAILED(read_item(items, name, &value));
   return write_value(value, mark, encode);
 }
 

@@ -68,11 +68,6 @@ class HostFunctions : public PageTest {
     fill_path = 0;
     PageTest::TearDown();
   }
-  std::wstring draw_file(const std::wstring& name) {
-    asp_.response->writes.clear();
-    const Answer answer = call(page(), L"DrawTemplate", name);
-    return FAILED(answer.hr) ? text_of(answer) + output() : output();
-  }
 };
 
 TEST_F(HostFunctions, AFailingMarkIsReportedInThePlatformsWords) {

@@ -33,11 +33,15 @@ void PageTest::process() {
   EXPECT_EQ(S_OK, answer.hr) << testing::PrintToString(answer.description);
 }
 
-std::wstring PageTest::draw(const std::wstring& text) {
+std::wstring PageTest::drawn_by(const wchar_t* member, const std::wstring& argument) {
   asp_.response->writes.clear();
-  const Answer answer = call(page(), L"ProcessTemplate", text);
+  const Answer answer = call(page(), member, argument);
   return FAILED(answer.hr) ? text_of(answer) + output() : output();
 }
+
+std::wstring PageTest::draw(const std::wstring& text) { return drawn_by(L"ProcessTemplate", text); }
+
+std::wstring PageTest::draw_file(const std::wstring& name) { return drawn_by(L"DrawTemplate", name); }
 
 void PageTest::in_process(const std::function<void()>& body) {
   script_->function(L"On_EndDraw", [&](const Arguments&) {

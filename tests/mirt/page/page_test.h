@@ -33,7 +33,9 @@ class PageTest : public ModuleTest {
   std::wstring output() const { return asp_.response->text(); }
   // What a template text draws: the code and words of a failure, then what was written.
   std::wstring draw(const std::wstring& text);
-  // The same while Process runs.
+  // The same of a template file.
+  std::wstring draw_file(const std::wstring& name);
+  // The same as draw() while Process runs.
   std::wstring draw_in_process(const std::wstring& text);
   // Runs `body` while Process runs.
   void in_process(const std::function<void()>& body);
@@ -50,6 +52,8 @@ class PageTest : public ModuleTest {
   CComPtr<FakeScript> script_ = FakeScript::make();
 
  private:
+  std::wstring drawn_by(const wchar_t* member, const std::wstring& argument);
+
   std::filesystem::path folder_;
   CComPtr<IDispatch> page_;
 };

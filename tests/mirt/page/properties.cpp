@@ -67,6 +67,50 @@ TEST_F(PageProperties, ScriptLeavesTheOutArgumentAloneWhenThereIsNone) {
   EXPECT_EQ(marker, out);
 }
 
+// Objects are made in memory that others used before.
+TEST_F(PageProperties, APageRemembersNothingOfTheOneBeforeIt) {
+  const struct {
+    const wchar_t* name;
+    CComVariant value;
+  } cases[] = {{L"Command", value_of(L"x")},
+               {L"Template", value_of(L"x")},
+               {L"TemplateFolder", value_of(L"x")},
+               {L"TemplateExt", value_of(L"x")},
+               {L"TemplateCharset", value_of(L"x")},
+               {L"DefaultTemplate", value_of(L"x")},
+               {L"TemplatePermissionPath", value_of(L"x")},
+               {L"CommandName", value_of(L"x")},
+               {L"Name", value_of(L"x")},
+               {L"Backable", value_of(false)},
+               {L"NullIsEmpty", value_of(true)},
+               {L"SubmitDecodeOnPutInto", value_of(true)},
+               {L"CacheTemplate", value_of(false)},
+               {L"SelfEncode", value_of(true)}};
+  std::vector<CComVariant> fresh;
+  for (int round = 0; round < 3; ++round) {
+    const CComPtr<IDispatch> one = new_page();
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+      const Answer answer = get(one.get(), cases[i].name);
+      if (round == 0) fresh.push_back(answer.value);
+      EXPECT_EQ(VARCMP_EQ, VarCmp(&fresh[i], &answer.value, 0, 0))
+          << testing::PrintToString(std::wstring(cases[i].name));
+      EXPECT_EQ(S_OK, put(one.get(), cases[i].name, cases[i].value).hr);
+    }
+    EXPECT_FALSE(object_of(get(one.get(), L"Script")));
+    EXPECT_FALSE(is_true(call(one.get(), L"MessageExists", CComVariant(korlib::omitted()))));
+    EXPECT_EQ(E_FAIL, get(one.get(), L"Bag").hr);
+    EXPECT_TRUE(get(one.get(), L"Output").value.punkVal);
+    call(one.get(), L"AddScript", script_);
+    call(one.get(), L"AddMessage", L"m", L"");
+    put(one.get(), L"Command", L"");
+    put(one.get(), L"Template", L"");
+    put(one.get(), L"DefaultTemplate", L"");
+    EXPECT_EQ(S_OK, call(one.get(), L"Process").hr);
+    EXPECT_TRUE(object_of(get(one.get(), L"Bag")));
+    putref(one.get(), L"Output", script_);
+  }
+}
+
 TEST_F(PageProperties, OutputIsTheResponseUntilItIsReplaced) {
   const Answer answer = get(page(), L"Output");
   ASSERT_EQ(VT_UNKNOWN, answer.value.vt);

@@ -9,11 +9,6 @@ namespace {
 class TemplateFiles : public PageTest {
  protected:
   void SetUp() override { use_folder(); }
-  std::wstring draw_file(const std::wstring& name) {
-    asp_.response->writes.clear();
-    const Answer answer = call(page(), L"DrawTemplate", name);
-    return FAILED(answer.hr) ? text_of(answer) + output() : output();
-  }
   std::wstring absolute(const std::string& name) const { return (folder() / name).wstring(); }
 };
 
