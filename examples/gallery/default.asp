@@ -85,7 +85,8 @@ function OnDraw_Pictures() {
   pictures.forEach(function (picture) {
     mirt.SetView("id", picture.id);
     mirt.SetView("name", picture.name);
-    mirt.SetView("caption", picture.caption || picture.name);
+    mirt.SetView("caption", picture.caption);
+    mirt.SetView("alt", picture.caption || picture.name);
     mirt.SetView("tags", picture.tags.join(", "));
     mirt.SetView("size", sizeText(picture.size));
     row.ProcessTemplateFile(Server.MapPath("templates/picture.html"), "UTF-8");

@@ -105,6 +105,7 @@ test('a file of another type is refused and the others are added', () => inGalle
     'empty.png is no picture: PNG, JPEG and GIF can be shown.',
   ]);
   assert.deepEqual(await browser.textsOf('#notices .done'), ['dot.png was added.']);
+  assert.deepEqual(await browser.textsOf('figcaption'), ['dot.png · 1 KiB\nDownload\nDelete'], 'its name once');
   assert.equal((await stored(site)).filter((name) => name.endsWith('.png')).length, 1);
 }));
 
@@ -151,6 +152,8 @@ test('the page fits a phone', () => inGallery([], async (browser) => {
   const [visible, needed] = await browser.run('return [innerWidth, document.documentElement.scrollWidth]');
   assert.ok(visible < 600, `a window of ${visible} is no phone`);
   assert.ok(needed <= visible, `${needed} pixels in a window of ${visible}`);
+  const height = await browser.run("return document.querySelector('.file').offsetHeight");
+  assert.ok(height < 30, `a long name and the size share a line, which is ${height} pixels high`);
 }));
 
 test('without scripts the form posts itself', () => inGallery([], async (browser) => {
