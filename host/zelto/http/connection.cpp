@@ -1,13 +1,11 @@
 #include "http/connection.h"
 
-#include <sys/sendfile.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/write.hpp>
-#include <cerrno>
 #include <string_view>
 #include <utility>
 
@@ -23,7 +21,6 @@ namespace {
 
 constexpr std::size_t kReadSize = std::size_t{16} * 1024;
 constexpr std::size_t kBodyReadSize = std::size_t{64} * 1024;
-constexpr std::size_t kFilePass = std::size_t{1024} * 1024;
 constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
 
 constexpr int kOk = 200;
@@ -48,7 +45,8 @@ Connection::Connection(Socket socket, ConnectionShared& shared)
     : socket_(std::move(socket)),
       shared_(shared),
       deadline_(socket_.get_executor(), [this] { on_timeout(); }),
-      read_rate_(limits().body_timeout, limits().body_rate) {}
+      read_rate_(limits().body_timeout, limits().body_rate),
+      sender_(socket_, sink_, deadline_, limits().send_timeout, [this] { on_sent(); }) {}
 
 Connection::~Connection() { shared_.gone(this); }
 
@@ -112,12 +110,17 @@ void Connection::on_received(const Error& error, Step next) {
     (this->*next)();
 }
 
+// Some clients end a body with a line break too many.
+void Connection::skip_line_breaks() {
+  std::size_t skipped = 0;
+  while (std::string_view(input_).substr(skipped).starts_with("\r\n")) skipped += 2;
+  if (skipped == 0) return;
+  input_.erase(0, skipped);
+  scanner_.emplace(limits().header_bytes, limits().header_lines);
+}
+
 void Connection::read_head() {
-  // Some clients end a body with a line break too many.
-  while (input_.starts_with("\r\n")) {
-    input_.erase(0, 2);
-    scanner_.emplace(limits().header_bytes, limits().header_lines);
-  }
+  skip_line_breaks();
   if (input_.empty()) return receive(&Connection::read_head);
   if (phase_ == Phase::kIdle) {
     phase_ = Phase::kHead;
@@ -272,47 +275,7 @@ void Connection::answer_plainly(int status, std::vector<Header> headers, bool ke
 
 void Connection::send_rest() {
   phase_ = Phase::kSending;
-  sent_ = 0;
-  send_bytes();
-}
-
-void Connection::send_bytes() {
-  const std::string& bytes = sink_.unsent().bytes;
-  if (sink_.failed()) return on_sent();
-  if (sent_ == bytes.size()) return send_file();
-  arm(limits().send_timeout);
-  socket_.async_write_some(asio::buffer(bytes.data() + sent_, bytes.size() - sent_),
-                           [self = shared_from_this()](const Error& error, std::size_t count) {
-                             self->sent_ += count;
-                             if (error) self->sink_.abandon();
-                             if (self->phase_ != Phase::kClosed) self->send_bytes();
-                           });
-}
-
-void Connection::send_file() {
-  Unsent& rest = sink_.unsent();
-  if (rest.file < 0) return on_sent();
-  std::size_t pass = 0;
-  while (rest.length > 0 && pass < kFilePass) {
-    auto offset = static_cast<off_t>(rest.offset);
-    const auto most = static_cast<std::size_t>(std::min<std::uint64_t>(rest.length, kFilePass));
-    const ssize_t sent = ::sendfile(socket_.native_handle(), rest.file, &offset, most);
-    if (sent < 0 && errno == EINTR) continue;
-    if (sent < 0 && errno == EAGAIN) break;
-    if (sent <= 0) {  // the client has gone, or the file has become shorter
-      sink_.abandon();
-      return on_sent();
-    }
-    rest.offset += static_cast<std::uint64_t>(sent);
-    rest.length -= static_cast<std::uint64_t>(sent);
-    pass += static_cast<std::size_t>(sent);
-  }
-  if (rest.length == 0) return on_sent();
-  arm(limits().send_timeout);
-  socket_.async_wait(Socket::wait_write, [self = shared_from_this()](const Error& error) {
-    if (error) self->sink_.abandon();
-    if (self->phase_ != Phase::kClosed) self->send_file();
-  });
+  sender_.send(shared_from_this());
 }
 
 void Connection::on_sent() {

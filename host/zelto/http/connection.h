@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "http/answer_sender.h"
 #include "http/deadline.h"
 #include "http/head_scanner.h"
 #include "http/read_rate.h"
@@ -57,6 +58,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   enum class Phase { kIdle, kHead, kBody, kAnswering, kSending, kDraining, kClosed };
 
   void begin();
+  void skip_line_breaks();
   void read_head();
   void on_head(std::size_t size);
   void begin_body();
@@ -70,8 +72,6 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void refuse(int status);
   void answer_plainly(int status, std::vector<Header> headers, bool keep_alive);
   void send_rest();
-  void send_bytes();
-  void send_file();
   void on_sent();
   void next_request();
   void drain();
@@ -105,7 +105,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   std::uint64_t drained_ = 0;
   AccessRecord record_;
   SocketSink sink_;
-  std::size_t sent_ = 0;  // of the sink's unsent bytes
+  AnswerSender sender_;
 };
 
 }  // namespace zelto

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "http/ascii.h"
+#include "http/host_name.h"
 
 namespace zelto {
 
@@ -62,12 +63,15 @@ int check_host(const HttpRequest& request) {
   const auto hosts = count_of(request, "Host");
   if (hosts > 1 || (hosts == 0 && request.minor_version > 0)) return kBadRequest;
   if (hosts == 0) return kOk;
-  constexpr std::string_view kNeverInHost = "/\\@?#,;\"'<>(){}|^` \t";
-  const auto bad = [&](char c) {
-    return static_cast<unsigned char>(c) <= ' ' || static_cast<unsigned char>(c) >= 0x7F ||
-           kNeverInHost.find(c) != std::string_view::npos;
+  return is_host(*request.header("Host")) ? kOk : kBadRequest;
+}
+
+int check_expectation(const HttpRequest& request) {
+  if (request.minor_version == 0) return kOk;  // such a client cannot expect anything
+  const auto is_unknown = [](const Header& header) {
+    return same_text(header.name, "Expect") && !same_text(header.value, "100-continue");
   };
-  return std::ranges::none_of(*request.header("Host"), bad) ? kOk : kBadRequest;
+  return std::ranges::none_of(request.headers, is_unknown) ? kOk : kExpectationFailed;
 }
 
 }  // namespace
@@ -77,8 +81,7 @@ int check_framing(const HttpRequest& request) {
   for (const auto check : {check_transfer_coding, check_length, check_host})
     if (const int status = check(request); status != kOk) return status;
   if (std::ranges::find(kMethods, request.method) == kMethods.end()) return kNotImplemented;
-  const std::string* expectation = request.minor_version > 0 ? request.header("Expect") : nullptr;
-  return !expectation || same_text(*expectation, "100-continue") ? kOk : kExpectationFailed;
+  return check_expectation(request);
 }
 
 bool wants_keep_alive(const HttpRequest& request) {

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <boost/asio/buffer.hpp>
 #include <boost/beast/http/basic_parser.hpp>
+#include <utility>
 
+#include "http/ascii.h"
 #include "http/framing.h"
 #include "http/target.h"
 
@@ -30,6 +32,16 @@ bool names_a_version(std::string_view head) {
   const std::string_view version = line.substr(line.rfind(' ') + 1);
   return version.size() == 8 && version.starts_with("HTTP/") && digit(version[5]) && version[6] == '.' &&
          digit(version[7]);
+}
+
+// A target that names its host counts more than the Host header, which a proxy may have made of something else.
+void set_host(HttpRequest& request, std::string&& host) {
+  const auto named = [](const Header& header) { return same_text(header.name, "Host"); };
+  const auto found = std::ranges::find_if(request.headers, named);
+  if (found == request.headers.end())
+    request.headers.push_back({"Host", std::move(host)});
+  else
+    found->value = std::move(host);
 }
 
 }  // namespace
@@ -116,6 +128,7 @@ int RequestParser::parse_head(std::string_view head) {
   Target target = parse_target(request.target);
   request.path = std::move(target.path);
   request.query = std::move(target.query);
+  if (!target.authority.empty()) set_host(request, std::move(target.authority));
   impl_->eager(true);
   return target.status;
 }

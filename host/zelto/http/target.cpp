@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "http/ascii.h"
+#include "http/host_name.h"
 
 namespace zelto {
 
@@ -70,29 +71,30 @@ Target refused(int status) {
   return target;
 }
 
-// "http://host/path" without its first part; nothing when it has no authority or another scheme.
-std::optional<std::string_view> without_origin(std::string_view target) {
+// Takes "http://host" off the front of an absolute target; nothing when it is no such target.
+std::optional<std::string_view> take_authority(std::string_view& target) {
   const auto scheme_end = target.find("://");
   if (scheme_end == std::string_view::npos) return std::nullopt;
   const std::string_view scheme = target.substr(0, scheme_end);
   if (!same_text(scheme, "http") && !same_text(scheme, "https")) return std::nullopt;
   target.remove_prefix(scheme_end + 3);
-  const auto authority_end = target.find_first_of("/?");
-  if (authority_end == 0) return std::nullopt;
-  return authority_end == std::string_view::npos ? std::string_view() : target.substr(authority_end);
+  const std::string_view authority = target.substr(0, target.find_first_of("/?"));
+  if (authority.empty() || authority.front() == ':' || !is_host(authority)) return std::nullopt;
+  target.remove_prefix(authority.size());
+  return authority;
 }
 
 }  // namespace
 
 Target parse_target(std::string_view text) {
   if (text.empty()) return refused(kBadRequest);
+  Target target;
   if (text.front() != '/') {
-    const auto rest = without_origin(text);
-    if (!rest) return refused(kBadRequest);
-    text = *rest;
+    const auto authority = take_authority(text);
+    if (!authority) return refused(kBadRequest);
+    target.authority = *authority;
   }
   if (text.find('#') != std::string_view::npos) return refused(kBadRequest);
-  Target target;
   const auto question = text.find('?');
   if (question != std::string_view::npos) target.query = text.substr(question + 1);
   std::string_view path = text.substr(0, question);

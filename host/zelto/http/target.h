@@ -7,8 +7,9 @@
 namespace zelto {
 
 struct Target {
-  int status = 200;  // or the status to refuse the request with: 400, or 404 for names that no file has
-  std::string path;  // decoded, normalised, beginning with '/'
+  int status = 200;       // or the status to refuse the request with: 400, or 404 for names that no file has
+  std::string authority;  // of the absolute form, "host:port", else empty
+  std::string path;       // decoded, normalised, beginning with '/'
   std::string query;
 };
 

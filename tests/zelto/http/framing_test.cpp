@@ -5,6 +5,7 @@
 #include <string>
 
 #include "client.h"
+#include "http/host_name.h"
 #include "test_server.h"
 
 namespace zelto_test {
@@ -44,13 +45,19 @@ TEST(Framing, LeavesNoDoubtAboutTheEndOfARequest) {
       {start + "Content-Length: 18446744073709551616\r\n\r\nabcd", 400},
       {start + "Content-Length:\r\n\r\nabcd", 400},
       {start + "Content-Length : 4\r\n\r\nabcd", 400},
+      {start + "Transfer-Encoding: chunked;q=1\r\n\r\n0\r\n\r\n", 501},
+      {start + "Transfer-Encoding: \vchunked\r\n\r\n0\r\n\r\n", 400},
       {start + chunked + "\r\n0\r\nContent-Length: 4\r\n\r\n", 400},
+      {start + chunked + "\r\n0\r\nTransfer-Encoding: chunked\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\nHost: a\r\nHost: a\r\n\r\n", 400},
       {"GET /echo HTTP/1.0\r\nHost: a\r\nHost: b\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\nHost: a b\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\nHost: a/b\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\nHost: user@a\r\n\r\n", 400},
+      {"GET /echo HTTP/1.1\r\nHost: a:b\r\n\r\n", 400},
+      {"GET http://user@a/echo HTTP/1.1\r\nHost: a\r\n\r\n", 400},
+      {"GET http://a/echo HTTP/1.1\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\nHost: a\r\nX: y\r\n z\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\n X: y\r\nHost: a\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\nHost: a\n\n", 400},
@@ -66,6 +73,8 @@ TEST(Framing, LeavesNoDoubtAboutTheEndOfARequest) {
       {"GET /\xC3\xA4 HTTP/1.1\r\nHost: a\r\n\r\n", 400},
       {"GET /../../etc/passwd HTTP/1.1\r\nHost: a\r\n\r\n", 400},
       {"GET * HTTP/1.1\r\nHost: a\r\n\r\n", 400},
+      {"OPTIONS * HTTP/1.1\r\nHost: a\r\n\r\n", 400},
+      {"GET a:80 HTTP/1.1\r\nHost: a\r\n\r\n", 400},
       {"GET echo HTTP/1.1\r\nHost: a\r\n\r\n", 400},
       {"get /echo HTTP/1.1\r\nHost: a\r\n\r\n", 501},
       {"TRACE /echo HTTP/1.1\r\nHost: a\r\n\r\n", 501},
@@ -85,6 +94,38 @@ TEST(Framing, LeavesNoDoubtAboutTheEndOfARequest) {
   }
 }
 
+// Each of these body beginnings has been read in more than one way by somebody.
+TEST(Framing, TakesNoChunkThatIsNotWrittenAsOne) {
+  const std::vector<std::string> bodies = {
+      "1 \r\na\r\n0\r\n\r\n",
+      " 1\r\na\r\n0\r\n\r\n",
+      "0x1\r\na\r\n0\r\n\r\n",
+      "+1\r\na\r\n0\r\n\r\n",
+      "-1\r\na\r\n0\r\n\r\n",
+      "\r\na\r\n0\r\n\r\n",
+      "1\na\r\n0\r\n\r\n",
+      "1\r\na\n0\r\n\r\n",
+      "1\r\nab\r\n0\r\n\r\n",
+      "1;x=\n\r\na\r\n0\r\n\r\n",
+      "1;x=\ry\r\na\r\n0\r\n\r\n",
+      "1;x=\0y\r\na\r\n0\r\n\r\n"s,
+      "1;x=\"\r\na\"\r\n0\r\n\r\n",
+      "10000000000000001\r\na\r\n0\r\n\r\n",
+      "0\n\n",
+      "0\r\n\n",
+      "0\r\nX: y\n\r\n",
+  };
+  TestServer test;
+  for (const std::string& body : bodies) {
+    SCOPED_TRACE(body);
+    Client client(test.port());
+    client.send("POST /echo HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n" + body +
+                "GET /echo HTTP/1.1\r\nHost: a\r\n\r\n");
+    EXPECT_EQ(client.receive().value().status, 400);
+    EXPECT_TRUE(client.at_end()) << "only one answer";
+  }
+}
+
 TEST(Framing, AcceptsWhatIsClear) {
   const std::vector<std::string> requests = {
       "GET /echo HTTP/1.0\r\n\r\n",
@@ -98,6 +139,22 @@ TEST(Framing, AcceptsWhatIsClear) {
   };
   TestServer test;
   for (const auto& request : requests) EXPECT_EQ(ask(test.port(), request).status, 200) << request;
+}
+
+TEST(Framing, LetsATargetThatNamesItsHostCountMoreThanTheHeader) {
+  TestServer test;
+  const auto host_of = [&](const std::string& request) { return ask(test.port(), request).body; };
+  EXPECT_EQ(host_of("GET /host HTTP/1.1\r\nHost: a:1\r\n\r\n"), "a:1");
+  EXPECT_EQ(host_of("GET http://b:2/host HTTP/1.1\r\nHost: a:1\r\n\r\n"), "b:2");
+  EXPECT_EQ(host_of("GET http://b/host HTTP/1.0\r\n\r\n"), "b");
+}
+
+TEST(Framing, KnowsWhatAHostIs) {
+  for (const char* host : {"", "a", "a.b-c_d", "a:", "a:80", "192.0.2.1:80", "[::1]", "[::1]:80", "[::ffff:1.2.3.4]"})
+    EXPECT_TRUE(zelto::is_host(host)) << host;
+  for (const char* host : {"a b", "a:b", "a:8:0", "a:-1", "[::1", "[]", "[::1]a", "[g]", "::1", "a]", "a\tb", "a@b",
+                           "a/b", "a%\x7F", "\xC3\xA4"})
+    EXPECT_FALSE(zelto::is_host(host)) << host;
 }
 
 zelto::HttpRequest with(int minor_version, const std::string& name, const std::string& value) {

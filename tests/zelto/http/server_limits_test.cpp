@@ -42,6 +42,8 @@ TEST(ServerLimits, RefuseAndClose) {
       {"chunk size", chunked + "g\r\n", 400},
       {"chunk end", chunked + "1\r\nabc\r\n", 400},
       {"expectation", "POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 1\r\nExpect: cake\r\n\r\n", 417},
+      {"second expectation",
+       "POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 1\r\nExpect: 100-continue\r\nExpect: cake\r\n\r\n", 417},
       {"version", "GET /echo HTTP/2.0\r\n" + kHost + "\r\n", 505},
   };
   TestServer test;

@@ -35,6 +35,10 @@ TEST(Target, SplitsDecodesAndNormalises) {
       {"a", 400, "", ""},
       {"ftp://host/", 400, "", ""},
       {"http:///a", 400, "", ""},
+      {"http://:80/a", 400, "", ""},
+      {"http://user@host/a", 400, "", ""},
+      {"http://h<h/a", 400, "", ""},
+      {"host:80", 400, "", ""},
       {"/a#b", 400, "", ""},
       {"/..", 400, "", ""},
       {"/a/../..", 400, "", ""},
@@ -72,6 +76,12 @@ TEST(Target, SplitsDecodesAndNormalises) {
     EXPECT_EQ(target.path, row.path);
     EXPECT_EQ(target.query, row.query);
   }
+}
+
+TEST(Target, TellsTheHostOfTheAbsoluteForm) {
+  EXPECT_EQ(parse_target("http://host:1/a").authority, "host:1");
+  EXPECT_EQ(parse_target("http://[::1]").authority, "[::1]");
+  EXPECT_EQ(parse_target("/http://host/").authority, "");
 }
 
 TEST(Target, EncodesAPathSoThatItReadsBack) {

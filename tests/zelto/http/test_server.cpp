@@ -24,6 +24,7 @@ class PathWorker final : public zelto::Worker {
     if (received.path == "/stream") return answer_bytes(received, sink, false);
     if (received.path == "/status") return answer_status(received, sink);
     std::string body = received.method + " " + received.path + "?" + received.query + "|";
+    if (received.path == "/host") body = received.header("Host") ? *received.header("Host") : "none";
     if (received.path == "/encrypted") body = received.secure ? "encrypted" : "plain";
     if (received.body_too_large)
       body += "too large " + std::to_string(received.body_length);
