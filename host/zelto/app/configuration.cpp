@@ -35,8 +35,9 @@ class File {
       throw WrongUse(fmt::format("{}:{}: {}", name, error.source().begin.line, std::string(error.description())));
     }
     static const std::set<std::string_view> known{
-        "listen",  "workers",         "body_limit",   "script_timeout", "session_timeout", "default_documents",
-        "protect", "trusted_proxies", "session_node", "debug"};
+        "listen",          "workers",           "body_limit", "script_timeout",
+        "session_timeout", "default_documents", "protect",    "trusted_proxies",
+        "session_limit",   "session_node",      "debug"};
     for (const auto& [key, value] : table_) {
       if (!known.contains(key.str())) fail(key.str(), "is not known");
     }
@@ -83,6 +84,8 @@ void read_site(const File& file, SiteOptions& site) {
   site.debug = file.get<bool>("debug").value_or(false);
   site.script_timeout = std::chrono::seconds(file.number("script_timeout", 1, 86400).value_or(90));
   site.session_timeout = static_cast<LONG>(file.number("session_timeout", 1, 1440).value_or(20));
+  const auto limit = file.number("session_limit", 1, 10'000'000);
+  if (limit) site.session_limit = static_cast<std::size_t>(*limit);
   if (const auto node = file.get<std::string>("session_node")) {
     const auto is_plain = [](unsigned char c) { return std::isalnum(c) != 0; };
     if (node->empty() || !std::ranges::all_of(*node, is_plain)) file.fail("session_node", "takes letters and digits");

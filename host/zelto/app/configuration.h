@@ -22,6 +22,7 @@ struct Configuration {
 //   body_limit = 16777216       # bytes
 //   script_timeout = 90         # seconds
 //   session_timeout = 20        # minutes
+//   session_limit = 50000       # sessions at a time
 //   session_node = "a"          # ends the identifiers of sessions, for a proxy in front of several hosts
 //   default_documents = ["default.asp", "index.asp"]  # what a folder shows, the first that there is
 //   protect = ["drafts/", "*.cfg", "notes.txt"]       # never served; added to what never is

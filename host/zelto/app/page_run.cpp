@@ -24,6 +24,7 @@ namespace {
 constexpr const wchar_t* kSessionCookie = L"zelto_session";
 constexpr int kTooLarge = 413;
 constexpr int kServerError = 500;
+constexpr int kUnavailable = 503;
 
 std::string status_line(int status) { return std::to_string(status) + " " + std::string(reason_of(status)); }
 
@@ -74,6 +75,7 @@ class PageRun final : public PageHost {
   script::Outcome run_realm(const LoadedPage& loaded);
   void fail(PageError error);
   int answer();
+  int error_status() const;
   void answer_error(const PageError& error);
 
   Site& site_;
@@ -83,6 +85,7 @@ class PageRun final : public PageHost {
   std::optional<SessionHold> session_;
   PageContext::Objects objects_;
   std::optional<PageError> error_;
+  bool no_session_left_ = false;
 };
 
 int PageRun::run() {
@@ -94,7 +97,7 @@ int PageRun::run() {
   }
   page_->response.code_page = page_->request.code_page = loaded.code_page;
   if (loaded.uses_session && !open_session()) {
-    page_->response.set_status("503 Service Unavailable");
+    page_->response.set_status(status_line(kUnavailable));
     page_->response.write(L"Another request of this session is taking too long.");
     return answer();
   }
@@ -119,8 +122,12 @@ HRESULT PageRun::keep_session() {
     return korlib::raise(E_FAIL, L"Session",
                          L"Nothing can be kept in a new session when the response's head has been sent already.");
   }
+  if (!site_.sessions().add(session_->state())) {
+    no_session_left_ = true;
+    return korlib::raise(E_FAIL, L"Session",
+                         L"The site keeps as many sessions as its session_limit allows, all of them in use.");
+  }
   set_session_cookie();
-  site_.sessions().add(session_->state());
   return S_OK;
 }
 
@@ -229,12 +236,17 @@ int PageRun::answer() {
   return status;
 }
 
+// A page that gave up over a body or a session that it cannot have is not to blame.
+int PageRun::error_status() const {
+  if (page_->request.http().body_too_large) return kTooLarge;
+  return no_session_left_ ? kUnavailable : kServerError;
+}
+
 void PageRun::answer_error(const PageError& error) {
   ResponseState& response = page_->response;
   const bool debug = site_.options().debug;
   const bool begins = response.reset();
-  // A page that gave up over a body it cannot have is not to blame.
-  const int status = page_->request.http().body_too_large ? kTooLarge : kServerError;
+  const int status = error_status();
   if (begins) {
     response.set_status(status_line(status));
     response.cache_control = "no-store";

@@ -51,8 +51,9 @@ class EndSignals {
 class Log {
  public:
   void line(std::string_view text) {
+    const std::string whole = std::string(text) + '\n';  // written at once: other programs may write there too
     const std::scoped_lock guard(mutex_);
-    std::cerr << text << "\n";
+    std::cerr << whole;
   }
 
  private:
@@ -91,7 +92,7 @@ int serve_site(const ServeCommand& command) {
   bool all_answered = false;
   {
     Site site(configuration.site);
-    const SessionSweeper sweeper(site.sessions(), kSweepPause);
+    const SessionSweeper sweeper(site.sessions(), kSweepPause, configuration.site.log);
     Server server(configuration.server, [&site] { return std::make_unique<SiteWorker>(site); });
     server.start();
     std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace zelto {
@@ -34,24 +35,45 @@ std::string make_session_id() {
 }
 
 SessionStore::~SessionStore() {
-  for (auto& [id, session] : sessions_) session->clear();
+  for (auto& [id, entry] : sessions_) entry.session->clear();
 }
 
-std::shared_ptr<SessionState> SessionStore::find(std::string_view id) const {
+SessionStore::State SessionStore::find(std::string_view id) const {
   const std::scoped_lock guard(mutex_);
   const auto found = sessions_.find(std::string(id));
-  return found == sessions_.end() ? nullptr : found->second;
+  return found == sessions_.end() ? nullptr : found->second.session;
 }
 
-bool SessionStore::is_listed(const SessionState& session) const {
+// Whether requests still find the session. One that its client came back to is no newcomer any more.
+bool SessionStore::recognise(const SessionState& session) {
   const std::scoped_lock guard(mutex_);
   const auto found = sessions_.find(session.id);
-  return found != sessions_.end() && found->second.get() == &session;
+  if (found == sessions_.end() || found->second.session.get() != &session) return false;
+  if (const auto newcomer = std::exchange(found->second.newcomer, std::nullopt)) newcomers_.erase(*newcomer);
+  return true;
+}
+
+// The oldest newcomer that no request uses, locked and no longer found. The caller holds the mutex.
+SessionStore::State SessionStore::take_newcomer() {
+  for (const State& oldest : newcomers_) {
+    if (!oldest->lock.try_lock()) continue;
+    State taken = oldest;
+    erase(taken->id);
+    return taken;
+  }
+  return nullptr;
+}
+
+void SessionStore::erase(const std::string& id) {
+  const auto found = sessions_.find(id);
+  if (found == sessions_.end()) return;
+  if (found->second.newcomer) newcomers_.erase(*found->second.newcomer);
+  sessions_.erase(found);
 }
 
 void SessionStore::forget(const SessionState& session) {
   const std::scoped_lock guard(mutex_);
-  sessions_.erase(session.id);
+  erase(session.id);
 }
 
 void SessionStore::end(SessionState& session) {
@@ -63,7 +85,7 @@ SessionHold SessionStore::open(std::string_view id, Clock::time_point now) {
   if (const std::shared_ptr<SessionState> known = find(id)) {
     if (!known->lock.lock(patience_)) return {};
     // While this request waited, the session may have ended or got another identifier.
-    if (known->id == id && is_listed(*known)) {
+    if (known->id == id && recognise(*known)) {
       if (!has_expired(*known, now)) return SessionHold(known);
       end(*known);
     }
@@ -75,17 +97,29 @@ SessionHold SessionStore::open(std::string_view id, Clock::time_point now) {
   return SessionHold(std::move(made));
 }
 
-void SessionStore::add(const std::shared_ptr<SessionState>& session) {
-  const std::scoped_lock guard(mutex_);
-  sessions_.emplace(session->id, session);
+bool SessionStore::add(const std::shared_ptr<SessionState>& session) {
+  State evicted;
+  {
+    const std::scoped_lock guard(mutex_);
+    if (sessions_.size() >= limit_) {
+      evicted = take_newcomer();
+      if (!evicted) return false;
+      ++evicted_;
+    }
+    sessions_.emplace(session->id, Entry{session, newcomers_.insert(newcomers_.end(), session)});
+  }
+  if (!evicted) return true;
+  const SessionHold hold(std::move(evicted));
+  hold->clear();
+  return true;
 }
 
 void SessionStore::rename(const std::shared_ptr<SessionState>& session) {
   const std::string id = make_id();
   const std::scoped_lock guard(mutex_);
-  sessions_.erase(session->id);
-  session->id = id;
-  sessions_.emplace(id, session);
+  auto entry = sessions_.extract(session->id);
+  session->id = entry.key() = id;
+  sessions_.insert(std::move(entry));
 }
 
 void SessionStore::close(SessionHold hold) {
@@ -99,7 +133,7 @@ std::size_t SessionStore::sweep(Clock::time_point now) {
   std::vector<std::shared_ptr<SessionState>> all;
   {
     const std::scoped_lock guard(mutex_);
-    for (const auto& [id, session] : sessions_) all.push_back(session);
+    for (const auto& [id, entry] : sessions_) all.push_back(entry.session);
   }
   std::size_t ended = 0;
   for (const auto& session : all) {
@@ -115,6 +149,11 @@ std::size_t SessionStore::sweep(Clock::time_point now) {
 std::size_t SessionStore::size() const {
   const std::scoped_lock guard(mutex_);
   return sessions_.size();
+}
+
+std::size_t SessionStore::take_evicted() {
+  const std::scoped_lock guard(mutex_);
+  return std::exchange(evicted_, 0);
 }
 
 }  // namespace zelto

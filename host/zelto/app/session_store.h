@@ -2,8 +2,11 @@
 #pragma once
 
 #include <chrono>
+#include <limits>
+#include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -39,9 +42,13 @@ class SessionStore {
  public:
   using Clock = SessionState::Clock;
 
+  static constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+
   // `suffix` ends every identifier: of several hosts behind one name, the one that a request must go to.
-  SessionStore(std::chrono::milliseconds patience, LONG timeout_minutes, std::string suffix = {})
-      : patience_(patience), timeout_minutes_(timeout_minutes), suffix_(std::move(suffix)) {}
+  // `limit` is the number of sessions that are kept at a time.
+  SessionStore(std::chrono::milliseconds patience, LONG timeout_minutes, std::string suffix = {},
+               std::size_t limit = kNoLimit)
+      : patience_(patience), timeout_minutes_(timeout_minutes), limit_(limit), suffix_(std::move(suffix)) {}
   // Ends every session. No request may hold one.
   ~SessionStore();
   SessionStore(const SessionStore&) = delete;
@@ -50,8 +57,10 @@ class SessionStore {
   // The session of that identifier, or a new one under a new identifier when there is none, or none any
   // more. Waits for requests that hold it; when they take too long the hold is empty.
   SessionHold open(std::string_view id, Clock::time_point now = Clock::now());
-  // Has later requests find the session. The caller holds its lock.
-  void add(const std::shared_ptr<SessionState>& session);
+  // Has later requests find the session. The caller holds its lock. At the limit the oldest newcomer makes
+  // room: a session whose client has not come back yet, as those that keep no cookies never do. False when
+  // there is none.
+  bool add(const std::shared_ptr<SessionState>& session);
   // Has later requests find the session by a new identifier only. The caller holds its lock.
   void rename(const std::shared_ptr<SessionState>& session);
   // The end of a request: an abandoned session ends now, another one counts its time from now.
@@ -61,19 +70,34 @@ class SessionStore {
   // many.
   std::size_t sweep(Clock::time_point now);
   std::size_t size() const;
+  std::size_t limit() const { return limit_; }
+  // How many newcomers have made room since this was asked last.
+  std::size_t take_evicted();
 
  private:
-  std::shared_ptr<SessionState> find(std::string_view id) const;
-  bool is_listed(const SessionState& session) const;
+  using State = std::shared_ptr<SessionState>;
+  using Newcomers = std::list<State>;  // the oldest first
+  struct Entry {
+    State session;
+    std::optional<Newcomers::iterator> newcomer;
+  };
+
+  State find(std::string_view id) const;
+  bool recognise(const SessionState& session);
+  State take_newcomer();
+  void erase(const std::string& id);
   std::string make_id() const { return make_session_id() + suffix_; }
   void end(SessionState& session);
   void forget(const SessionState& session);
 
   const std::chrono::milliseconds patience_;
   const LONG timeout_minutes_;
+  const std::size_t limit_;
   const std::string suffix_;
-  mutable std::mutex mutex_;
-  std::unordered_map<std::string, std::shared_ptr<SessionState>> sessions_;
+  mutable std::mutex mutex_;  // guards what follows
+  std::unordered_map<std::string, Entry> sessions_;
+  Newcomers newcomers_;
+  std::size_t evicted_ = 0;
 };
 
 }  // namespace zelto

@@ -3,7 +3,9 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
+#include <string_view>
 #include <thread>
 
 #include "app/session_store.h"
@@ -12,16 +14,20 @@ namespace zelto {
 
 class SessionSweeper {
  public:
-  SessionSweeper(SessionStore& store, std::chrono::milliseconds pause);
+  // `log` is called on that thread, with a line without its end.
+  using Log = std::function<void(std::string_view)>;
+  SessionSweeper(SessionStore& store, std::chrono::milliseconds pause, Log log);
   ~SessionSweeper();
   SessionSweeper(const SessionSweeper&) = delete;
   SessionSweeper& operator=(const SessionSweeper&) = delete;
 
  private:
   void run();
+  void report() const;
 
   SessionStore& store_;
   const std::chrono::milliseconds pause_;
+  const Log log_;
   std::mutex mutex_;
   std::condition_variable stop_asked_;
   bool stops_ = false;

@@ -28,7 +28,7 @@ Site::Site(SiteOptions options)
       files_(static_options(options_)),
       application_(std::make_shared<ApplicationState>(options_.session_patience)),
       programs_(options_.root),
-      sessions_(options_.session_patience, options_.session_timeout, options_.session_suffix) {}
+      sessions_(options_.session_patience, options_.session_timeout, options_.session_suffix, options_.session_limit) {}
 
 void Site::log(std::string_view line) const {
   if (options_.log) options_.log(line);

@@ -22,6 +22,7 @@ struct SiteOptions {
   LONG session_timeout = 20;                  // minutes
   std::chrono::seconds session_patience{30};  // how long a request waits for its session
   std::string session_suffix;                 // of identifiers
+  std::size_t session_limit = 50'000;         // at a time
   std::function<void(std::string_view)> log;  // one line each time; called on any thread
 };
 

@@ -40,18 +40,21 @@ TEST_F(Configuration, HasDefaults) {
   EXPECT_EQ(made.server.limits.body_bytes, 16u * 1024 * 1024);
   EXPECT_EQ(made.site.script_timeout, std::chrono::seconds(90));
   EXPECT_EQ(made.site.session_timeout, 20);
+  EXPECT_EQ(made.site.session_limit, 50'000u);
   EXPECT_FALSE(made.site.debug);
 }
 
 TEST_F(Configuration, ComesFromTheFile) {
   const auto made = read(
-      "listen = \"[::1]:81\"\nworkers = 3\nbody_limit = 5\nscript_timeout = 7\nsession_timeout = 9\ndebug = true\n");
+      "listen = \"[::1]:81\"\nworkers = 3\nbody_limit = 5\nscript_timeout = 7\nsession_timeout = 9\nsession_limit = "
+      "8\ndebug = true\n");
   EXPECT_EQ(made.server.address, "::1");
   EXPECT_EQ(made.server.port, 81);
   EXPECT_EQ(made.server.workers, 3u);
   EXPECT_EQ(made.server.limits.body_bytes, 5u);
   EXPECT_EQ(made.site.script_timeout, std::chrono::seconds(7));
   EXPECT_EQ(made.site.session_timeout, 9);
+  EXPECT_EQ(made.site.session_limit, 8u);
   EXPECT_TRUE(made.site.debug);
 }
 
@@ -98,6 +101,7 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
   EXPECT_EQ(problem("wrokers = 3"), file + ": wrokers is not known");
   EXPECT_EQ(problem("workers = \"3\""), file + ": workers has a value of the wrong type");
   EXPECT_EQ(problem("workers = 0"), file + ": workers is a number from 1 to 1024");
+  EXPECT_EQ(problem("session_limit = 0"), file + ": session_limit is a number from 1 to 10000000");
   EXPECT_EQ(problem("listen = \"here\""), "'here' is no ADDRESS:PORT");
   EXPECT_EQ(problem("listen = \"1.2.3.4:70000\""), "'1.2.3.4:70000' is no ADDRESS:PORT");
   EXPECT_EQ(problem("listen = \"example.org:80\""), "'example.org' is no address to listen on");

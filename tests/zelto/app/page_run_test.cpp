@@ -115,6 +115,31 @@ TEST_F(PageRun, RefusesANewSessionOnceTheHeadIsOut) {
   EXPECT_EQ(site().sessions().size(), 0u);
 }
 
+// A robot keeps no cookies: each of its requests begins a session, and none is ever asked for again.
+TEST_F(PageRun, KeepsServingWhenARobotFillsTheSessions) {
+  options.session_limit = 3;
+  const std::string count = "<% Session('n') = (Session('n') || 0) + 1; %><%= Session('n') %>";
+  EXPECT_EQ(body(count), "1");
+  EXPECT_EQ(body(count), "2");
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(run(count, "").body, "1");
+  EXPECT_EQ(site().sessions().size(), 3u);
+  EXPECT_EQ(body(count), "3");
+}
+
+TEST_F(PageRun, AnswersBusyWhenEverySessionIsInUse) {
+  options.session_limit = 1;
+  const std::string count = "<% Session('n') = (Session('n') || 0) + 1; %><%= Session('n') %>";
+  EXPECT_EQ(body(count), "1");
+  EXPECT_EQ(body(count), "2");
+  const MemorySink refused = run(count, "");
+  EXPECT_EQ(refused.head.status, 503);
+  EXPECT_TRUE(refused.header("Set-Cookie").empty());
+  EXPECT_EQ(log, std::vector<std::string>{"/page.asp:1: The site keeps as many sessions as its session_limit allows, "
+                                          "all of them in use. (Session, 0x80004005)"});
+  EXPECT_EQ(run("<% try { Session('n') = 1; } catch (error) {} %>served", "").body, "served");
+  EXPECT_EQ(body(count), "3");
+}
+
 TEST_F(PageRun, KeepsTheBagOfThePageController) {
   const std::string page =
       "<% var m = Server.CreateObject('Mirt'); m.Script = this; m.Name = 'app';"

@@ -4,9 +4,12 @@
 #include <korlib/comvariant.h>
 
 #include <atomic>
+#include <future>
 #include <set>
 #include <thread>
 #include <vector>
+
+#include "app/session_sweeper.h"
 
 namespace {
 
@@ -150,6 +153,70 @@ TEST(SessionStore, SparesASessionInUse) {
   const std::string id = keep_new(store);
   const SessionHold hold = store.open(id);
   EXPECT_EQ(store.sweep(SessionStore::Clock::now() + 24h), 0u);
+}
+
+TEST(SessionStore, LetsTheOldestNewcomerMakeRoomAtTheLimit) {
+  SessionStore store(60s, 20, "", 3);
+  const std::string returned = keep_new(store);
+  store.close(store.open(returned));
+  const std::string oldest = keep_new(store);
+  const std::string newer = keep_new(store);
+  EXPECT_EQ(store.take_evicted(), 0u);
+  const std::string newest = keep_new(store);
+  EXPECT_EQ(store.size(), 3u);
+  EXPECT_EQ(store.take_evicted(), 1u);
+  EXPECT_EQ(store.take_evicted(), 0u);
+  EXPECT_EQ(store.open(returned)->id, returned);
+  EXPECT_NE(store.open(oldest)->id, oldest);
+  EXPECT_EQ(store.open(newer)->id, newer);
+  EXPECT_EQ(store.open(newest)->id, newest);
+}
+
+TEST(SessionStore, EndsNoSessionThatSomebodyCameBackToAtTheLimit) {
+  SessionStore store(60s, 20, "", 2);
+  const std::string one = keep_new(store);
+  const std::string other = keep_new(store);
+  store.close(store.open(one));
+  SessionHold used = store.open(other);  // renamed, so that nobody has come back to what it is called now
+  store.rename(used.state());
+  const SessionHold refused = store.open("");
+  EXPECT_FALSE(store.add(refused.state()));
+  EXPECT_EQ(store.size(), 2u);
+  EXPECT_EQ(store.open(one)->id, one);
+  used->abandoned = true;
+  store.close(std::move(used));
+  EXPECT_TRUE(store.add(refused.state()));
+}
+
+TEST(SessionStore, SparesANewcomerInUseAtTheLimit) {
+  SessionStore store(60s, 20, "", 1);
+  const SessionHold first = store.open("");
+  EXPECT_TRUE(store.add(first.state()));
+  const SessionHold second = store.open("");
+  EXPECT_FALSE(store.add(second.state()));
+  EXPECT_EQ(store.take_evicted(), 0u);
+}
+
+TEST(SessionStore, EndsWhatASessionHoldsWhenItMakesRoom) {
+  SessionStore store(60s, 20, "", 1);
+  SessionHold first = store.open("");
+  store.add(first.state());
+  first->put(L"a", korlib::long_variant(1));
+  const auto kept = first.state();
+  store.close(std::move(first));
+  keep_new(store);
+  CComVariant value;
+  EXPECT_EQ(kept->get(L"a", &value), S_OK);
+  EXPECT_EQ(value.vt, VT_EMPTY);
+}
+
+TEST(SessionSweeper, SaysThatSessionsEndedEarly) {
+  SessionStore store(60s, 20, "", 1);
+  keep_new(store);
+  keep_new(store);
+  std::promise<std::string> said;
+  const zelto::SessionSweeper sweeper(store, 1ms, [&](std::string_view line) { said.set_value(std::string(line)); });
+  EXPECT_EQ(said.get_future().get(), "zelto: session_limit (1) reached: ended 1 whose clients had not come back");
 }
 
 TEST(SessionStore, NeverLetsTwoRequestsOfASessionOverlap) {
