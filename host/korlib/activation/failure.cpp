@@ -2,8 +2,7 @@
 
 #include <korlib/errorinfo.h>
 #include <korlib/ptr.h>
-
-#include "text/convert.h"
+#include <korlib_host/unicode.h>
 
 namespace korlib::activation {
 

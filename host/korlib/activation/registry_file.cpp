@@ -1,5 +1,6 @@
 #include "activation/registry_file.h"
 
+#include <korlib_host/unicode.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,7 +11,6 @@
 #include <nlohmann/json.hpp>
 
 #include "activation/names.h"
-#include "text/convert.h"
 
 namespace korlib::activation {
 

@@ -1,11 +1,10 @@
 #include "activation/registry_lookup.h"
 
 #include <korlib_host/registry_store.h>
+#include <korlib_host/unicode.h>
 
 #include <mutex>
 #include <string>
-
-#include "text/convert.h"
 
 namespace korlib::activation {
 

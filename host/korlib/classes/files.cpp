@@ -10,9 +10,9 @@
 #include <system_error>
 
 #include <korlib_host/errors.h>
+#include <korlib_host/unicode.h>
 
 #include "classes/descriptor.h"
-#include "classes/unicode.h"
 
 namespace korlib {
 namespace {

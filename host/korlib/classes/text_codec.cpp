@@ -4,9 +4,9 @@
 #include <unicode/utf16.h>
 
 #include <korlib/text.h>
+#include <korlib_host/unicode.h>
 
 #include "classes/byte_store.h"
-#include "classes/unicode.h"
 
 namespace korlib {
 namespace {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "classes/unicode.h"
+#include <korlib_host/unicode.h>
 
 namespace korlib {
 namespace {
@@ -19,7 +19,7 @@ HRESULT TextFile::open_to_read(std::wstring_view path) {
   RETURN_IF_FAILED(load_file(path, fault_, contents));
   std::string_view bytes(contents.data.get(), contents.size);
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
-  text_ = from_utf8(bytes);
+  text_ = to_wide(bytes);
   path_ = path;
   way_ = Way::kRead;
   is_open_ = true;

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "classes/unicode.h"
+#include <korlib_host/unicode.h>
+
 #include "database/moment.h"
 
 namespace korlib::db {

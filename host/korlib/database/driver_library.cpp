@@ -3,7 +3,8 @@
 #include <dlfcn.h>
 #include <odbcinst.h>
 
-#include "classes/unicode.h"
+#include <korlib_host/unicode.h>
+
 #include "database/driver_text.h"
 
 namespace korlib::db {

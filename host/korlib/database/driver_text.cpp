@@ -6,7 +6,8 @@
 #include <map>
 #include <mutex>
 
-#include "classes/unicode.h"
+#include <korlib_host/unicode.h>
+
 #include "database/driver_library.h"
 
 namespace korlib::db {
@@ -87,7 +88,7 @@ std::wstring TextOut::text(std::int16_t length) const {
     append_utf16(text, {reinterpret_cast<const char16_t*>(units_), size});
     return text;
   }
-  return from_utf8({reinterpret_cast<const char*>(bytes_), size});
+  return to_wide({reinterpret_cast<const char*>(bytes_), size});
 }
 
 }  // namespace korlib::db

@@ -7,7 +7,8 @@
 #include <memory>
 #include <new>
 
-#include "classes/unicode.h"
+#include <korlib_host/unicode.h>
+
 #include "database/moment.h"
 #include "database/statement.h"
 

@@ -54,35 +54,7 @@ UConverter* converter_for(LONG code_page) {
   return converter.get();
 }
 
-std::u16string to_utf16(std::wstring_view text) {
-  std::u16string out;
-  out.reserve(text.size());
-  for (const wchar_t c : text) {
-    const auto code = static_cast<char32_t>(c);
-    if (code >= 0x10000 && code <= 0x10FFFF) {
-      out += static_cast<char16_t>(U16_LEAD(code));
-      out += static_cast<char16_t>(U16_TRAIL(code));
-    } else {
-      out += code > 0x10FFFF || U_IS_SURROGATE(code) ? u'\uFFFD' : static_cast<char16_t>(code);
-    }
-  }
-  return out;
-}
-
 }  // namespace
-
-std::wstring to_wide(std::string_view bytes) {
-  // One byte never becomes more than one character.
-  std::wstring out(bytes.size(), L'\0');
-  out.resize(utf8_utf32(bytes.data(), bytes.size(), out.data(), out.size()));
-  return out;
-}
-
-std::string to_utf8(std::wstring_view text) {
-  std::string out(utf32_utf8(text.data(), text.size(), nullptr, 0), '\0');
-  utf32_utf8(text.data(), text.size(), out.data(), out.size());
-  return out;
-}
 
 std::optional<std::string> charset_of(LONG code_page) {
   const auto row = std::ranges::find(kCodePages, code_page, &CodePage::number);
@@ -110,7 +82,7 @@ std::string encode(LONG code_page, std::wstring_view text) {
   if (code_page == kUtf8CodePage) return to_utf8(text);
   UConverter* converter = converter_for(code_page);
   if (!converter) return to_utf8(text);
-  const std::u16string units = to_utf16(text);
+  const std::u16string units = korlib::to_utf16(text);
   UErrorCode status = U_ZERO_ERROR;
   const auto length = static_cast<int32_t>(units.size());
   const int32_t size = ucnv_fromUChars(converter, nullptr, 0, units.data(), length, &status);

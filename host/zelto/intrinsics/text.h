@@ -2,6 +2,7 @@
 #pragma once
 
 #include <korlib/types.h>
+#include <korlib_host/unicode.h>
 
 #include <optional>
 #include <string>
@@ -11,9 +12,8 @@ namespace zelto {
 
 inline constexpr LONG kUtf8CodePage = 65001;
 
-// From UTF-8; what is malformed becomes U+FFFD.
-std::wstring to_wide(std::string_view bytes);
-std::string to_utf8(std::wstring_view text);
+using korlib::to_utf8;
+using korlib::to_wide;
 
 // The character set of a Windows code page number as the web names it ("utf-8", "shift_jis",
 // "windows-1252"); nothing for a number that is unknown.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <korlib/bstr.h>
+#include <korlib_host/unicode.h>
 
 #include "script/jsc.h"
 
@@ -38,10 +39,9 @@ class JsString {
   JSStringRef string_ = nullptr;
 };
 
-std::u16string to_utf16(std::wstring_view text);
+using korlib::to_utf16;
+using korlib::to_utf8;
 std::wstring to_wide(std::u16string_view text);  // lone surrogates become U+FFFD
-std::string to_utf8(std::wstring_view text);
-std::wstring from_utf8(std::string_view bytes);
-BSTR new_bstr(std::u16string_view text);  // null when memory is short
+BSTR new_bstr(std::u16string_view text);         // null when memory is short
 
 }  // namespace zelto::script

@@ -15,10 +15,7 @@ class Values : public ScriptTest {
   // What the expression makes of `v`, which a component hands to the script.
   std::string text_of(const VARIANT& v, std::wstring_view expression) {
     must_run(L"o.Keep((v, p) => String(" + std::wstring(expression) + L"))");
-    VARIANT reversed[2]{};
-    reversed[1] = v;
-    reversed[0].vt = VT_DISPATCH;
-    reversed[0].pdispVal = other.get();
+    CComVariant reversed[] = {CComVariant(static_cast<IDispatch*>(other.get())), CComVariant(v)};
     DISPPARAMS params{reversed, nullptr, 2, 0};
     CComVariant result;
     EXPECT_EQ(
