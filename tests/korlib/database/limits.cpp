@@ -34,9 +34,9 @@ TEST_P(Limits, StopsACommandThatWaitsForALock) {
   put(update.get(), L"CommandTimeout", 1);
   const test::Answer answer = call(update.get(), L"Execute");
   EXPECT_TRUE(FAILED(answer.hr));
-  EXPECT_EQ(is_sqlite(), answer.description.find(L"locked") != std::wstring::npos)
-      << testing::PrintToString(answer.description);
-  EXPECT_EQ(!is_sqlite(), code(answer) == kTimedOut);
+  // SQLite stops waiting in the same second as the host stops the command: whichever is first says so.
+  const bool is_locked = is_sqlite() && answer.description.find(L"locked") != std::wstring::npos;
+  EXPECT_TRUE(is_locked || code(answer) == kTimedOut) << testing::PrintToString(answer.description);
   call(other.get(), L"RollbackTrans");
   EXPECT_EQ(1, single(L"SELECT id FROM t").lVal);
 }
