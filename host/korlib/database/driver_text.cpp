@@ -1,7 +1,6 @@
 #include "database/driver_text.h"
 
 #include <algorithm>
-#include <cwctype>
 #include <iterator>
 #include <map>
 #include <mutex>
@@ -9,15 +8,10 @@
 #include <korlib_host/unicode.h>
 
 #include "database/driver_library.h"
+#include "database/names.h"
 
 namespace korlib::db {
 namespace {
-
-bool is_name(std::wstring_view a, std::wstring_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](wchar_t x, wchar_t y) {
-    return std::towlower(static_cast<wint_t>(x)) == std::towlower(static_cast<wint_t>(y));
-  });
-}
 
 std::wstring_view trimmed(std::wstring_view text) {
   while (!text.empty() && text.front() == L' ') text.remove_prefix(1);
@@ -55,7 +49,7 @@ std::wstring attribute_of(std::wstring_view connection_string, std::wstring_view
     if (const std::size_t start = key.rfind(L';'); start != std::wstring_view::npos) key.remove_prefix(start + 1);
     rest.remove_prefix(equals + 1);
     std::wstring value = take_value(rest);
-    if (is_name(trimmed(key), name)) return value;
+    if (same_name(trimmed(key), name)) return value;
   }
   return {};
 }

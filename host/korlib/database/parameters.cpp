@@ -1,11 +1,10 @@
 #include "database/parameters.h"
 
-#include <cwctype>
-
 #include <korlib_host/enumerator.h>
 
 #include "classes/script_errors.h"
 #include "database/convert.h"
+#include "database/names.h"
 
 namespace korlib {
 namespace {
@@ -26,14 +25,6 @@ HRESULT set_digits(LONG digits, LONG& slot) {
 }
 
 }  // namespace
-
-bool same_name(std::wstring_view a, std::wstring_view b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (std::towlower(static_cast<wint_t>(a[i])) != std::towlower(static_cast<wint_t>(b[i]))) return false;
-  }
-  return true;
-}
 
 std::span<const Member> ParameterItem::members() {
   static constexpr Member table[] = {

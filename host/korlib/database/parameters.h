@@ -79,7 +79,4 @@ class ParameterList final : public DispatchObject<ParameterList> {
   std::vector<CComPtr<ParameterItem>> items_;
 };
 
-// Whether two names are the same in any letter case.
-bool same_name(std::wstring_view a, std::wstring_view b);
-
 }  // namespace korlib

@@ -4,6 +4,7 @@
 #include "database/command.h"
 #include "database/convert.h"
 #include "database/fields.h"
+#include "database/names.h"
 
 namespace korlib {
 

@@ -31,7 +31,9 @@ Session::Session(const std::wstring& connection_string, int timeout_seconds)
                       number_as_pointer(static_cast<std::uintptr_t>(timeout_seconds)), 0);
     connect();
     is_connected_ = true;
+    if (is_sqlite_) find_file();
   } catch (...) {
+    if (is_connected_) SQLDisconnect(connection_);
     free_handles();
     throw;
   }
@@ -42,8 +44,8 @@ void Session::connect() {
   // SQLite's driver waits for locks by itself, 100 seconds long and deaf to a cancellation, unless it is
   // told how long. Told a millisecond, it leaves the wait to the database, where wait_for_locks() sets it,
   // and tries once more.
-  lets_clients_wait_ = library_of(connection_string_).find("sqlite") != std::string::npos &&
-                       attribute_of(connection_string_, L"Timeout").empty();
+  is_sqlite_ = library_of(connection_string_).find("sqlite") != std::string::npos;
+  lets_clients_wait_ = is_sqlite_ && attribute_of(connection_string_, L"Timeout").empty();
   TextIn text(text_, (lets_clients_wait_ ? L"Timeout=1;" : L"") + connection_string_);
   if (text.size() > kMost) throw Failure({{L"HY090", 0, L"The connection string is too long."}});
   const auto size = static_cast<SQLSMALLINT>(text.size());
@@ -54,6 +56,28 @@ void Session::connect() {
 }
 
 void Session::check_connection(short result) const { check(result, text_, SQL_HANDLE_DBC, connection_); }
+
+// Where the database lives is asked of itself: the connection string may name a data source.
+void Session::find_file() {
+  constexpr SQLUSMALLINT kPathColumn = 3;
+  char path[4096] = {};
+  SQLLEN length = 0;
+  SQLCHAR sql[] = "PRAGMA database_list";
+  SQLHSTMT statement = nullptr;
+  check_connection(SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement));
+  const bool is_found = SQL_SUCCEEDED(SQLExecDirect(statement, sql, SQL_NTS)) && SQL_SUCCEEDED(SQLFetch(statement)) &&
+                        SQLGetData(statement, kPathColumn, SQL_C_CHAR, path, sizeof path, &length) == SQL_SUCCESS;
+  SQLFreeHandle(SQL_HANDLE_STMT, statement);
+  if (is_found && length > 0) file_ = DatabaseFile(path);
+}
+
+// For what need not succeed.
+void Session::run_quietly(std::string sql) noexcept {
+  SQLHSTMT statement = nullptr;
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement))) return;
+  SQLExecDirect(statement, reinterpret_cast<SQLCHAR*>(sql.data()), SQL_NTS);
+  SQLFreeHandle(SQL_HANDLE_STMT, statement);
+}
 
 Session::~Session() {
   make_idle();
@@ -89,6 +113,7 @@ void Session::wait_for_locks(int seconds) {
 void Session::begin() {
   set_autocommit(false);
   is_in_transaction_ = true;
+  remember_transaction(weak_from_this());
 }
 
 void Session::end(short how) {
@@ -103,6 +128,7 @@ void Session::roll_back() { end(SQL_ROLLBACK); }
 
 void Session::make_idle() noexcept {
   while (!statements_.empty()) (*statements_.begin())->drop();
+  if (is_changed_ && is_connected_) run_quietly("ROLLBACK");  // of what was begun in words
   if (!is_in_transaction_) return;
   try {
     roll_back();
@@ -111,8 +137,8 @@ void Session::make_idle() noexcept {
   }
 }
 
-bool Session::is_usable() const {
-  if (is_broken_ || !is_connected_) return false;
+bool Session::is_usable() {
+  if (is_broken_ || is_changed_ || !is_connected_ || file_.is_replaced()) return false;
   SQLUINTEGER is_dead = SQL_CD_FALSE;
   const SQLRETURN result = SQLGetConnectAttr(connection_, SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);
   return !SQL_SUCCEEDED(result) || is_dead != SQL_CD_TRUE;  // a driver that does not know does not say

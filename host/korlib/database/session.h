@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "database/database_file.h"
 #include "database/driver_text.h"
 #include "database/handle_count.h"
 
@@ -14,7 +15,7 @@ namespace korlib::db {
 class Statement;
 
 // Serves one thread at a time. Statements hold their session.
-class Session {
+class Session : public std::enable_shared_from_this<Session> {
  public:
   // Throws Failure.
   Session(const std::wstring& connection_string, int timeout_seconds);
@@ -35,10 +36,15 @@ class Session {
   // without end.
   void wait_for_locks(int seconds);
 
+  // Whether a column's type says no more than what its values usually are.
+  bool has_loose_types() const { return is_sqlite_; }
+
   // Ends what is still running on it: the statements' handles go, an open transaction is rolled back.
   void make_idle() noexcept;
   void mark_broken() { is_broken_ = true; }
-  bool is_usable() const;
+  // It is not as a new one is: nobody is to get it next.
+  void mark_changed() { is_changed_ = true; }
+  bool is_usable();
   // Asks the database, which may have gone since it was last heard of.
   bool answers() noexcept;
 
@@ -47,6 +53,8 @@ class Session {
   void end(short how);
   void set_autocommit(bool is_on);
   void connect();
+  void find_file();
+  void run_quietly(std::string sql) noexcept;
   void check_connection(short result) const;
   void free_handles() noexcept;
 
@@ -55,18 +63,23 @@ class Session {
   void* environment_ = nullptr;
   void* connection_ = nullptr;
   std::set<Statement*> statements_;
+  DatabaseFile file_;
   const HandleCount count_{Handle::kConnection};
   int lock_seconds_ = -1;
+  bool is_sqlite_ = false;
   bool lets_clients_wait_ = false;
   bool is_connected_ = false;
   bool is_in_transaction_ = false;
   bool is_broken_ = false;
+  bool is_changed_ = false;
 };
 
 // A session from the calling thread's pool, or a new one. Throws Failure.
 std::shared_ptr<Session> take_session(const std::wstring& connection_string, int timeout_seconds);
-// Into the calling thread's pool; a broken session is closed instead. What has lain idle for a minute is
-// closed when the thread next takes or gives back a session.
+// Into the calling thread's pool; a session that is broken or changed is closed instead. What has lain
+// idle for a minute is closed when the thread next takes or gives back a session.
 void give_back(std::shared_ptr<Session> session) noexcept;
+// Until the calling thread's page ends, when what is still open is rolled back.
+void remember_transaction(std::weak_ptr<Session> session);
 
 }  // namespace korlib::db

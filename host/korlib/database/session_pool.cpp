@@ -1,5 +1,6 @@
-// The idle sessions of each thread.
+// The sessions that each thread knows of: idle ones, and those with a transaction of its page.
 #include <algorithm>
+#include <set>
 #include <vector>
 
 #include <korlib_host/database.h>
@@ -21,6 +22,8 @@ struct Idle {
 
 // Ordered by the time of giving back, the newest last.
 thread_local std::vector<Idle> t_idle;
+
+thread_local std::set<std::weak_ptr<Session>, std::owner_less<>> t_in_transaction;
 
 void close_stale() {
   const Clock::time_point oldest = Clock::now() - kIdleTime;
@@ -52,9 +55,19 @@ void give_back(std::shared_ptr<Session> session) noexcept {
   }
 }
 
+void remember_transaction(std::weak_ptr<Session> session) { t_in_transaction.insert(std::move(session)); }
+
 }  // namespace korlib::db
 
 namespace korlib_host {
+
+void roll_back_transactions() noexcept {
+  for (const std::weak_ptr<korlib::db::Session>& each : korlib::db::t_in_transaction) {
+    const std::shared_ptr<korlib::db::Session> session = each.lock();
+    if (session && session->is_in_transaction()) session->make_idle();
+  }
+  korlib::db::t_in_transaction.clear();
+}
 
 void close_idle_connections() noexcept { korlib::db::t_idle.clear(); }
 

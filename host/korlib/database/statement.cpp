@@ -7,6 +7,8 @@
 #include <iterator>
 
 #include "database/bound_parameter.h"
+#include "database/names.h"
+#include "database/statement_words.h"
 #include "database/watchdog.h"
 
 namespace korlib::db {
@@ -89,6 +91,7 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
   const bool is_wide = session_->text() == DriverText::kWide;
   const auto length = static_cast<SQLINTEGER>(text.size());
   std::vector<BoundParameter> bound(parameters.size());
+  if (may_change_session(sql)) session_->mark_changed();
   session_->wait_for_locks(timeout_);
   const Deadline deadline(handle_, timeout_);
   try {

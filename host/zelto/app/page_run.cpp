@@ -1,6 +1,7 @@
 #include "app/page_run.h"
 
 #include <korlib_host/context.h>
+#include <korlib_host/database.h>
 #include <korlib_host/errors.h>
 
 #include <algorithm>
@@ -169,6 +170,7 @@ void PageRun::run_script(const LoadedPage& loaded) {
   script::Outcome outcome = run_realm(loaded);
   // The last references of most components go here, with the session still locked.
   objects_.clear();
+  korlib_host::roll_back_transactions();
   switch (outcome.kind) {
     case script::Outcome::completed:
     case script::Outcome::stopped:

@@ -1,4 +1,8 @@
 // What happens when a database is locked, full, slow or gone.
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 #include "korlib/database/databases.h"
 
 namespace {
@@ -111,6 +115,27 @@ TEST_P(PostgresLimits, SaysWhenTheServerGoesInTheMiddleOfAResult) {
   EXPECT_TRUE(FAILED(answer.hr));
   EXPECT_LT(seen, 10000);
   EXPECT_NE(L"", answer.description);
+}
+
+// A server that takes the connection and never says a word.
+TEST_P(PostgresLimits, StopsConnectingAtTheConnectionsTimeout) {
+  sockaddr_un name{};
+  name.sun_family = AF_UNIX;
+  const std::string path = fresh_.folder().path(".s.PGSQL.5432").string();
+  ASSERT_LT(path.size(), sizeof name.sun_path);
+  path.copy(name.sun_path, path.size());
+  const int mute = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  ASSERT_EQ(0, bind(mute, reinterpret_cast<const sockaddr*>(&name), sizeof name));
+  ASSERT_EQ(0, listen(mute, 5));
+  CComPtr<IDispatch> other = databases::create(CLSID_KorDBConnection);
+  put(other.get(), L"ConnectionTimeout", 1);
+  const test::Answer answer =
+      call(other.get(), L"Open",
+           L"Driver=PostgreSQL Unicode;Port=5432;Servername=" + fresh_.folder().wide("") + L";Username=x;Database=x");
+  close(mute);
+  EXPECT_TRUE(FAILED(answer.hr));
+  EXPECT_NE(std::wstring::npos, answer.description.find(L"timeout")) << testing::PrintToString(answer.description);
+  EXPECT_EQ(0, test::get(other.get(), L"State").value.lVal);
 }
 
 TEST_P(PostgresLimits, SaysWhenNobodyAnswers) {

@@ -8,6 +8,8 @@
 namespace {
 
 using test::call;
+using test::get;
+using test::put;
 
 class Pool : public Database {
  protected:
@@ -57,6 +59,68 @@ TEST_P(Pool, KeepsNoMoreThanEightIdle) {
   EXPECT_EQ(8, connections());
 }
 
+TEST_P(Pool, DoesNotHandOutATransactionBegunInWords) {
+  execute(L"CREATE TABLE t (id INTEGER)");
+  for (const wchar_t* begin :
+       {L"BEGIN", L" begin", L"-- a remark\n/* ; */ Begin", L"SELECT 1; BEGIN", L"SAVEPOINT s"}) {
+    if (is_sqlite() && std::wstring_view(begin) == L"SELECT 1; BEGIN") continue;  // runs one statement at a time
+    call(connection(), L"Execute", begin);  // PostgreSQL refuses a savepoint outside a transaction
+    execute(L"INSERT INTO t VALUES (1)");
+    CComPtr<IDispatch> rows = execute(L"SELECT id FROM t");
+    rows.reset();
+    reopen();
+    EXPECT_EQ(S_OK, call(connection(), L"BeginTrans").hr) << testing::PrintToString(begin);
+    execute(L"DELETE FROM t");
+    EXPECT_EQ(S_OK, call(connection(), L"CommitTrans").hr) << testing::PrintToString(begin);
+  }
+}
+
+TEST_P(Pool, DoesNotHandOutSettings) {
+  execute(is_sqlite() ? L"PRAGMA query_only = 1" : L"SET default_transaction_read_only = on");
+  EXPECT_TRUE(FAILED(call(connection(), L"Execute", L"CREATE TABLE t (id INTEGER)").hr));
+  connection_.reset();
+  EXPECT_EQ(0, connections());
+  connection_ = open_another();
+  execute(L"CREATE TABLE t (id INTEGER)");
+}
+
+TEST_P(Pool, KeepsAConnectionWhoseWordsAreOnlyQuoted) {
+  execute(L"SELECT '; BEGIN', \"; SET\" FROM (SELECT 1 AS \"; SET\") AS b");
+  execute(is_sqlite() ? L"/* BEGIN */ SELECT 1" : L"/* BEGIN */ SELECT 1; -- BEGIN\nSELECT 2");
+  connection_.reset();
+  EXPECT_EQ(1, connections());
+}
+
+TEST_P(Pool, HandsOutAutocommitAndTheTimeoutsOfANewConnection) {
+  execute(L"CREATE TABLE t (id INTEGER)");
+  put(connection(), L"CommandTimeout", 1);
+  put(connection(), L"ConnectionTimeout", 2);
+  put(connection(), L"CursorLocation", 3);
+  call(connection(), L"BeginTrans");
+  reopen();
+  EXPECT_EQ(1, connections());
+  EXPECT_EQ(30, get(connection(), L"CommandTimeout").value.lVal);
+  EXPECT_EQ(15, get(connection(), L"ConnectionTimeout").value.lVal);
+  EXPECT_EQ(2, get(connection(), L"CursorLocation").value.lVal);
+  execute(L"INSERT INTO t VALUES (1)");  // seen by others at once
+  CComPtr<IDispatch> other = open_another();
+  EXPECT_FALSE(at_end(execute_on(other.get(), L"SELECT id FROM t").get()));
+}
+
+TEST_P(Pool, RollsBackOnlyWhatIsOpenWhenThePageEnds) {
+  execute(L"CREATE TABLE t (id INTEGER)");
+  CComPtr<IDispatch> other = open_another();
+  CComPtr<IDispatch> rows = execute_on(other.get(), L"SELECT 1 UNION SELECT 2");
+  call(connection(), L"BeginTrans");
+  execute(L"INSERT INTO t VALUES (1)");
+  korlib_host::roll_back_transactions();
+  EXPECT_TRUE(FAILED(call(connection(), L"CommitTrans").hr));
+  EXPECT_EQ(S_OK, call(rows.get(), L"MoveNext").hr);
+  execute(L"INSERT INTO t VALUES (2)");
+  korlib_host::roll_back_transactions();
+  EXPECT_EQ(2, single(L"SELECT MIN(id) FROM t").lVal);
+}
+
 TEST_P(Pool, ClosesOnRequest) {
   connection_.reset();
   EXPECT_EQ(1, connections());
@@ -92,6 +156,53 @@ TEST_P(Pool, LeavesNothingOpenWhenConnectingFails) {
     EXPECT_NE(L"", answer.description);
     EXPECT_EQ(0, connections());
   }
+}
+
+class FilePool : public Pool {
+ protected:
+  void SetUp() override {
+    Pool::SetUp();
+    execute(L"CREATE TABLE t (id INTEGER)");
+    connection_.reset();
+    ASSERT_EQ(1, connections());
+  }
+  std::filesystem::path file() const { return fresh_.folder().path("test.db"); }
+};
+INSTANTIATE_TEST_SUITE_P(Only, FilePool, testing::Values(databases::Kind::kSqlite), database_name);
+
+// Such a connection would read and write what nobody else can see.
+TEST_P(FilePool, DoesNotHandOutAConnectionToAFileThatWasReplaced) {
+  const std::filesystem::path copy = fresh_.folder().path("copy.db");
+  std::filesystem::copy_file(file(), copy);
+  std::filesystem::rename(copy, file());
+  connection_ = open_another();
+  execute(L"INSERT INTO t VALUES (1)");
+  connection_.reset();
+  korlib_host::close_idle_connections();
+  connection_ = open_another();
+  EXPECT_EQ(1, single(L"SELECT id FROM t").lVal) << "it is in the new file";
+}
+
+TEST_P(FilePool, DoesNotHandOutAConnectionToAFileThatWasRemoved) {
+  std::filesystem::remove(file());
+  connection_ = open_another();
+  execute(L"CREATE TABLE t (id INTEGER)");
+  EXPECT_TRUE(std::filesystem::exists(file()));
+}
+
+TEST_P(FilePool, DoesNotTakeBackAConnectionWhoseFileWasRemovedMeanwhile) {
+  connection_ = open_another();
+  std::filesystem::remove(file());
+  connection_.reset();
+  EXPECT_EQ(0, connections());
+}
+
+TEST_P(FilePool, HandsOutAConnectionToAFileThatWasChanged) {
+  const auto before = std::filesystem::last_write_time(file());
+  std::filesystem::last_write_time(file(), before + std::chrono::hours(1));
+  connection_ = open_another();
+  EXPECT_EQ(1, connections());
+  execute(L"SELECT * FROM t");
 }
 
 class ServerPool : public Pool {};

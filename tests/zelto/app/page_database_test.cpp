@@ -67,12 +67,15 @@ class PageDatabase : public testing::Test {
 TEST_F(PageDatabase, RollsATransactionBackHoweverThePageEnds) {
   pages([this] {
     EXPECT_EQ("", run("open().Execute('CREATE TABLE t (n INTEGER)');"));
-    for (const char* end : {"", "Response.End();", "Response.Redirect('/');", "throw new Error('x');",
-                            "while (true) {}", "c = null;", "Session.Abandon();"}) {
-      run(std::string("var c = open(); c.BeginTrans(); c.Execute('INSERT INTO t VALUES (1)'); ") + end);
-      // Neither seen by the same connection from the pool, nor does its lock hold a writer up.
-      EXPECT_EQ("0", run("Response.Write(open().Execute('SELECT COUNT(*) FROM t')(0));")) << end;
-      EXPECT_EQ("", run("open().Execute('DELETE FROM t');")) << end;
+    for (const char* begin : {"c.BeginTrans();", "c.Execute('BEGIN IMMEDIATE');"}) {
+      for (const char* end : {"", "Response.End();", "Response.Redirect('/');", "throw new Error('x');",
+                              "while (true) {}", "c = null;", "Session.Abandon();"}) {
+        run(std::string("var c = open(); ") + begin + "c.Execute('INSERT INTO t VALUES (1)'); " + end);
+        // Neither seen by the same connection from the pool, nor does its lock hold a writer up.
+        EXPECT_EQ("0", run("Response.Write(open().Execute('SELECT COUNT(*) FROM t')(0));")) << begin << end;
+        EXPECT_EQ("", run("open().Execute('DELETE FROM t');")) << begin << end;
+        EXPECT_EQ("", run("var c = open(); c.BeginTrans(); c.CommitTrans();")) << begin << end;
+      }
     }
   });
 }
@@ -94,6 +97,30 @@ TEST_F(PageDatabase, HoldsNoHandleAfterThePage) {
     EXPECT_GE(2, korlib_host::database_handles().connections) << "those that lie idle";
     korlib_host::close_idle_connections();
     EXPECT_EQ(0, korlib_host::database_handles().connections);
+  });
+}
+
+// In the Session it outlives its page, and its lock would hold everybody else up.
+TEST_F(PageDatabase, RollsBackOnAConnectionThatOutlivesThePage) {
+  pages([this] {
+    EXPECT_EQ("", run("Session('c') = open(); Session('c').Execute('CREATE TABLE t (n INTEGER)');"));
+    for (const char* end : {"", "Response.End();", "throw new Error('x');", "while (true) {}"}) {
+      run(std::string("Session('c').BeginTrans(); Session('c').Execute('INSERT INTO t VALUES (1)'); ") + end);
+      EXPECT_EQ("", run("open().Execute('DELETE FROM t');")) << end;
+      EXPECT_EQ("0 0", run("Response.Write(Session('c').Execute('SELECT COUNT(*) FROM t')(0) + ' ' +"
+                           "open().Execute('SELECT COUNT(*) FROM t')(0));"))
+          << end;
+    }
+  });
+}
+
+TEST_F(PageDatabase, KeepsTheTransactionOfAPageThatRunsAnother) {
+  pages([this] {
+    run("open().Execute('CREATE TABLE t (n INTEGER)');");  // page1
+    run("");                                               // page2
+    EXPECT_EQ("1", run("var c = open(); c.BeginTrans(); c.Execute('INSERT INTO t VALUES (1)');"
+                       "Server.Execute('page2.asp'); c.CommitTrans();"
+                       "Response.Write(open().Execute('SELECT COUNT(*) FROM t')(0));"));
   });
 }
 

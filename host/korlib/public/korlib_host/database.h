@@ -16,6 +16,10 @@ struct DatabaseHandles {
 };
 KORLIB_API DatabaseHandles database_handles() noexcept;
 
+// Ends the page that ran on the calling thread: transactions that it began and left open, on a connection
+// that outlives it, are rolled back, and the recordsets still open on that connection are ended.
+KORLIB_API void roll_back_transactions() noexcept;
+
 // Closes the connections that lie idle in the calling thread's pool.
 KORLIB_API void close_idle_connections() noexcept;
 
