@@ -55,6 +55,14 @@ Kind kind_of(SQLSMALLINT sql_type) {
   }
 }
 
+// Some drivers report booleans and decimals as text or doubles; the type's own name tells.
+Kind kind_of_column(SQLSMALLINT sql_type, const std::wstring& type_name, bool is_loose) {
+  const auto is_named = [&](std::wstring_view name) { return same_name(type_name, name); };
+  if (is_named(L"bool") || is_named(L"boolean")) return Kind::kBool;
+  if (is_loose && (is_named(L"decimal") || is_named(L"numeric") || is_named(L"money"))) return Kind::kDecimal;
+  return kind_of(sql_type);
+}
+
 }  // namespace
 
 Statement::Statement(std::shared_ptr<Session> session, int timeout_seconds)
@@ -150,10 +158,8 @@ Column Statement::describe_column(unsigned short number) {
   check(is_wide
             ? SQLDescribeColW(handle_, number, name.wide(), TextOut::kRoom, &length, &type, &size, &scale, &nullable)
             : SQLDescribeCol(handle_, number, name.bytes(), TextOut::kRoom, &length, &type, &size, &scale, &nullable));
-  // Some drivers report booleans as text; the type's own name tells.
-  const std::wstring named = type_name(number);
-  const bool is_bool = named == L"bool" || named == L"boolean";
-  return {name.text(length), is_bool ? Kind::kBool : kind_of(type), size, scale, nullable != SQL_NO_NULLS};
+  return {name.text(length), kind_of_column(type, type_name(number), session_->has_loose_types()), size, scale,
+          nullable != SQL_NO_NULLS};
 }
 
 std::wstring Statement::type_name(unsigned short number) {

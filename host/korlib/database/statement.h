@@ -44,6 +44,7 @@ class Statement {
   Column describe_column(unsigned short number);
   std::wstring type_name(unsigned short number);
   Value read(unsigned short number, const Column& column);
+  Value read_loose(unsigned short number, const Column& column);
   Value read_text(unsigned short number);
   Value read_bytes(unsigned short number);
   // False for NULL.

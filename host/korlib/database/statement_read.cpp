@@ -3,6 +3,7 @@
 #include <sqlext.h>
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 #include <memory>
 #include <new>
@@ -16,6 +17,14 @@ namespace korlib::db {
 namespace {
 
 constexpr std::size_t kMostBytes = 0x7FFFFF00;  // of a string or an array
+
+// A number that takes up the whole text.
+template <class Number>
+bool read_whole(const std::string& text, Number& number) {
+  const char* const end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, number);
+  return read.ec == std::errc() && read.ptr == end;
+}
 
 }  // namespace
 
@@ -31,7 +40,7 @@ template <class Unit>
 bool Statement::read_long(unsigned short number, short c_type, std::basic_string<Unit>& value) {
   constexpr std::size_t kLargest = 16'777'216 / sizeof(Unit);
   constexpr std::size_t kMost = sizeof(Unit) == 1 ? kMostBytes : kMostBytes / sizeof(wchar_t);
-  const std::size_t behind = c_type == SQL_C_WCHAR ? 1 : 0;  // a NUL follows text
+  const std::size_t behind = c_type == SQL_C_BINARY ? 0 : 1;  // a NUL follows text
   Unit first[4096 / sizeof(Unit)];
   std::unique_ptr<Unit[]> larger;
   Unit* piece = first;
@@ -70,7 +79,10 @@ Value Statement::read_bytes(unsigned short number) {
 
 Value Statement::read_moment(unsigned short number, Kind kind) {
   SQL_TIMESTAMP_STRUCT stamp{};
-  if (!read_fixed(number, SQL_C_TYPE_TIMESTAMP, stamp)) return {};
+  if (!read_fixed(number, SQL_C_TYPE_TIMESTAMP, stamp)) {
+    // To SQLite's driver a text that is no date is NULL as well.
+    return session_->has_loose_types() ? read_text(number) : Value();
+  }
   Moment moment = to_moment(stamp);
   if (kind == Kind::kTime) {  // a time alone lies on day zero, whatever date the driver adds
     moment.year = 1899;
@@ -80,7 +92,24 @@ Value Statement::read_moment(unsigned short number, Kind kind) {
   return moment;
 }
 
+// The value may be of another type than its column: a text among numbers, a number among dates, a fraction
+// after the whole number that an expression's type was guessed from. The driver would make 0, a part, or
+// NULL of it.
+Value Statement::read_loose(unsigned short number, const Column& column) {
+  std::string text;
+  if (!read_long(number, SQL_C_CHAR, text)) return {};
+  const bool is_integer = column.kind == Kind::kInteger || column.kind == Kind::kBigInteger;
+  std::int64_t integer = 0;
+  if (is_integer && read_whole(text, integer)) return integer;
+  double real = 0;
+  if (!read_whole(text, real)) return from_utf8(text);
+  return column.kind == Kind::kDecimal ? Value(Decimal{from_utf8(text)}) : Value(real);
+}
+
 Value Statement::read(unsigned short number, const Column& column) {
+  const bool is_number = column.kind == Kind::kInteger || column.kind == Kind::kBigInteger ||
+                         column.kind == Kind::kReal || column.kind == Kind::kDecimal;
+  if (is_number && session_->has_loose_types()) return read_loose(number, column);
   switch (column.kind) {
     case Kind::kBool: {
       unsigned char bit = 0;

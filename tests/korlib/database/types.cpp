@@ -189,6 +189,50 @@ TEST_P(Types, KeepsEveryCharacterOfNamesAndErrors) {
   EXPECT_NE(std::wstring::npos, answer.description.find(L"\u65E5\u672C")) << testing::PrintToString(answer.description);
 }
 
+class LooseTypes : public Database {};
+INSTANTIATE_TEST_SUITE_P(Only, LooseTypes, testing::Values(databases::Kind::kSqlite), database_name);
+
+TEST_P(LooseTypes, GiveValuesThatAreNotOfTheirColumnsType) {
+  execute(L"CREATE TABLE t (a INTEGER, b REAL, c TIMESTAMP, d DATE, e DECIMAL(10,2), f BIGINT)");
+  for (const wchar_t* values : {L"('word', 'word', 'word', 'word', 'word', 'word')", L"('', '', '', '', '', '')",
+                                L"('1 2', '1 2', '1 2', '1 2', '1 2', '1 2')"}) {
+    execute(L"DELETE FROM t");
+    execute(std::wstring(L"INSERT INTO t VALUES ") + values);
+    CComPtr<IDispatch> rows = execute(L"SELECT * FROM t");
+    const std::wstring expected = text_of(field(execute(L"SELECT a || '' FROM t").get(), 0));
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(expected, text_of(field(rows.get(), i))) << i;
+  }
+  execute(L"DELETE FROM t");
+  execute(L"INSERT INTO t VALUES (1.5, 7, 1580702706, 2458850.5, 1.25, -0.5)");
+  CComPtr<IDispatch> rows = execute(L"SELECT * FROM t");
+  EXPECT_EQ(1.5, field(rows.get(), 0).value.dblVal);
+  EXPECT_EQ(7.0, field(rows.get(), 1).value.dblVal);
+  EXPECT_EQ(L"1580702706", text_of(field(rows.get(), 2)));
+  EXPECT_EQ(L"2458850.5", text_of(field(rows.get(), 3)));
+  EXPECT_EQ(1.25, field(rows.get(), 4).value.dblVal);
+  EXPECT_EQ(-0.5, field(rows.get(), 5).value.dblVal);
+}
+
+TEST_P(LooseTypes, GiveEveryRowOfAnExpressionItsOwnType) {
+  CComPtr<IDispatch> rows = execute(L"SELECT 0 UNION ALL SELECT 2.5 UNION ALL SELECT 'x' UNION ALL SELECT NULL");
+  EXPECT_EQ(VT_I4, field(rows.get(), 0).value.vt);
+  EXPECT_EQ(S_OK, test::call(rows.get(), L"MoveNext").hr);
+  EXPECT_EQ(2.5, field(rows.get(), 0).value.dblVal);
+  EXPECT_EQ(S_OK, test::call(rows.get(), L"MoveNext").hr);
+  EXPECT_EQ(L"x", text_of(field(rows.get(), 0)));
+  EXPECT_EQ(S_OK, test::call(rows.get(), L"MoveNext").hr);
+  EXPECT_EQ(VT_NULL, field(rows.get(), 0).value.vt);
+}
+
+TEST_P(LooseTypes, GiveDecimalsAsNumbersWithAllTheirDigits) {
+  execute(L"CREATE TABLE t (a DECIMAL(20,2), b numeric)");
+  execute(L"INSERT INTO t VALUES (2.50, 12345678901234567)");
+  CComPtr<IDispatch> rows = execute(L"SELECT a, b FROM t");
+  EXPECT_EQ(VT_R8, field(rows.get(), 0).value.vt);
+  EXPECT_EQ(2.5, field(rows.get(), 0).value.dblVal);
+  EXPECT_EQ(L"12345678901234567", text_of(field(rows.get(), 1)));
+}
+
 TEST(SqliteFile, MayHaveAnyName) {
   TemporaryFolder folder;
   CComPtr<IDispatch> connection = databases::create(CLSID_KorDBConnection);
