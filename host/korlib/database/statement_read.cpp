@@ -102,8 +102,8 @@ Value Statement::read_loose(unsigned short number, const Column& column) {
   std::int64_t integer = 0;
   if (is_integer && read_whole(text, integer)) return integer;
   double real = 0;
-  if (!read_whole(text, real)) return from_utf8(text);
-  return column.kind == Kind::kDecimal ? Value(Decimal{from_utf8(text)}) : Value(real);
+  if (!read_whole(text, real)) return to_wide(text);
+  return column.kind == Kind::kDecimal ? Value(Decimal{to_wide(text)}) : Value(real);
 }
 
 Value Statement::read(unsigned short number, const Column& column) {
