@@ -27,9 +27,8 @@ class GMultipartForm : public ZeltoTypeLibrary::IRequestDictionary {
 
  private:
   struct NameLess {
-    bool operator()(const CComBSTR& a, const CComBSTR& b) const {
-      return std::wcscmp(a.view().data(), b.view().data()) < 0;
-    }
+    bool operator()(const CComBSTR& a, const CComBSTR& b) const { return std::wcscmp(text(a), text(b)) < 0; }
+    static const wchar_t* text(const CComBSTR& name) { return name.get() ? name.get() : L""; }
   };
 
   std::map<CComBSTR, FieldValues, NameLess> fields_;

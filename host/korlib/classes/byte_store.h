@@ -36,9 +36,11 @@ class ByteStore {
   }
   // The same for one byte where there is room already; false, and nothing written, where there is none.
   [[nodiscard]] bool put(char byte) {
-    if (position_ >= capacity_) return false;
-    data_.get()[position_++] = byte;
-    if (position_ > size_) size_ = position_;
+    const std::size_t at = position_;  // a char may alias any member: not read again behind the byte
+    if (at >= capacity_) return false;
+    data_.get()[at] = byte;
+    position_ = at + 1;
+    if (at >= size_) size_ = at + 1;
     return true;
   }
   // Room for `bytes` at the position, which must be the end; commit() says how many were used. Null when

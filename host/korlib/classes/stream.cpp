@@ -26,6 +26,13 @@ HRESULT bytes_of(const VARIANT& value, std::string_view& bytes) {
   return S_OK;
 }
 
+// The byte of an array of one; null when it is anything else.
+const char* only_byte_of(const VARIANT& value) {
+  const SAFEARRAY* const array = value.vt == (VT_ARRAY | VT_UI1) ? value.parray : nullptr;
+  const bool is_one = array && array->cDims == 1 && array->rgsabound[0].cElements == 1;
+  return is_one ? static_cast<const char*>(array->pvData) : nullptr;
+}
+
 }  // namespace
 
 std::span<const Member> Stream::members() {
@@ -216,11 +223,9 @@ HRESULT Stream::write_bytes(std::string_view bytes) { return store_.write(bytes)
 
 // An upload comes in a byte a write: that one is stored here, without a call.
 STDMETHODIMP Stream::Write(VARIANT bytes) {
-  const SAFEARRAY* const array = bytes.vt == (VT_ARRAY | VT_UI1) ? bytes.parray : nullptr;
-  const bool is_byte = array && array->cDims == 1 && array->rgsabound[0].cElements == 1;
   const bool is_writable = is_open_ && type_ == adTypeBinary && mode_ != kModeRead;
-  if (is_byte && is_writable && store_.put(*static_cast<const char*>(array->pvData))) return S_OK;
-  return write_array(bytes);
+  const char* const byte = is_writable ? only_byte_of(bytes) : nullptr;
+  return byte && store_.put(*byte) ? S_OK : write_array(bytes);
 }
 
 HRESULT Stream::write_array(const VARIANT& bytes) try {
