@@ -1,6 +1,6 @@
 // What an upload costs the host in memory:  node bench/upload_memory.mjs [MB] [--chunked]
 // Posts one file of that size (100) to the gallery of a fresh host and prints the process's peak before
-// and after, and how often the peak holds the file.
+// and after, how often the peak holds the file, and what the process keeps.
 import { spawn } from 'node:child_process';
 import { cp, mkdtemp, readFile, rm } from 'node:fs/promises';
 import { request } from 'node:http';
@@ -24,9 +24,10 @@ const host = spawn(join(root, 'build/release/bin/zelto'), ['serve', site, '--lis
 });
 const address = await new Promise((found) =>
   createInterface({ input: host.stdout }).once('line', (line) => found(line.match(/http:\S+/)[0])));
-const peak = async () => {
+const memory = async () => {
   const status = await readFile(`/proc/${host.pid}/status`, 'utf8');
-  return Number(status.match(/VmHWM:\s+(\d+) kB/)[1]) * 1024;
+  const bytes = (name) => Number(status.match(new RegExp(`${name}:\\s+(\\d+) kB`))[1]) * 1024;
+  return { peak: bytes('VmHWM'), resident: bytes('VmRSS') };
 };
 
 const head = Buffer.from('--B\r\nContent-Disposition: form-data; name="c"\r\n\r\nUpload\r\n' +
@@ -57,14 +58,15 @@ function post(bytes, chunked) {
 }
 
 await post(1000, chunked);  // the page is compiled, the worker has run once
-const before = await peak();
+const before = await memory();
 const began = performance.now();
 const status = await post(size, chunked);
 const taken = performance.now() - began;
-const after = await peak();
+const after = await memory();
 const mb = (bytes) => (bytes / 1e6).toFixed(0).padStart(6) + ' MB';
 console.log(`${mb(size)}  body, answered with ${status} after ${(taken / 1000).toFixed(2)} s`);
-console.log(`${mb(before)}  peak before`);
-console.log(`${mb(after)}  peak after: ${((after - before) / size).toFixed(2)} times the body more`);
+console.log(`${mb(before.peak)}  peak before`);
+console.log(`${mb(after.peak)}  peak after: ${((after.peak - before.peak) / size).toFixed(2)} times the body more`);
+console.log(`${mb(after.resident)}  resident once it is answered`);
 host.kill();
 await rm(site, { recursive: true });
