@@ -1,53 +1,8 @@
 // Memory that runs out at any point: a clear answer, and nothing lost.
-//
-// This program's own allocators stand in front of those of the host and of the library; the Nth
-// allocation after arming fails.
-#include <dlfcn.h>
-
-#include <cstdlib>
 #include <new>
 
 #include "mirt/templator/engine.h"
-
-namespace {
-
-int allocations_left = -1;  // negative: nothing fails
-
-bool runs_out() {
-  if (allocations_left < 0) return false;
-  return allocations_left-- == 0;
-}
-
-template <class Function>
-Function* host_function(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
-}  // namespace
-
-extern "C" KORLIB_API BSTR SysAllocString(const OLECHAR* text) {
-  static auto* const real = host_function<BSTR(const OLECHAR*)>("SysAllocString");
-  return runs_out() ? nullptr : real(text);
-}
-
-extern "C" KORLIB_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
-  static auto* const real = host_function<BSTR(const OLECHAR*, UINT)>("SysAllocStringLen");
-  return runs_out() ? nullptr : real(text, length);
-}
-
-// Not inlined: the compiler would see malloc paired with delete, and object.
-[[gnu::noinline]] void* operator new(std::size_t bytes) {
-  void* block = runs_out() ? nullptr : std::malloc(bytes ? bytes : 1);
-  if (!block) throw std::bad_alloc();
-  return block;
-}
-
-[[gnu::noinline]] void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-  return runs_out() ? nullptr : std::malloc(bytes ? bytes : 1);
-}
-
-[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+#include "support/failing_allocations.h"
 
 namespace test {
 namespace {
@@ -93,13 +48,12 @@ TEST(FailingAllocations, AreAnAnswerAtEveryPoint) {
   for (int n = 0; FAILED(hr); ++n) {
     ASSERT_LT(n, 1000);
     const auto sink = ready_sink();
-    allocations_left = n;
     try {
+      const FailingAllocation failing(n);
       hr = draw(sink, text);
     } catch (const std::bad_alloc&) {
       hr = S_FALSE;  // an exception that crossed
     }
-    allocations_left = -1;
     EXPECT_NE(S_FALSE, hr) << n;
     if (hr == S_FALSE) hr = E_OUTOFMEMORY;
     if (FAILED(hr)) {
@@ -120,9 +74,10 @@ TEST(FailingAllocations, AreAnAnswerWhereAValueBecomesText) {
   for (int n = 0; FAILED(hr); ++n) {
     ASSERT_LT(n, 100);
     CComVariant value(list);
-    allocations_left = n;
-    hr = CTemplatorConcept::ChangeToBSTR(&value, &path, false);
-    allocations_left = -1;
+    {
+      const FailingAllocation failing(n);
+      hr = CTemplatorConcept::ChangeToBSTR(&value, &path, false);
+    }
     failures += FAILED(hr) ? 1 : 0;
   }
   EXPECT_GT(failures, 0);
