@@ -24,21 +24,25 @@ function On_FirstAccess(page) { page.Bag("owner") = page.MakeGUID(true); }
 
 function On_StartProcess(page) { fill(page, { id: "", name: "", topic: "hello", mood: "happy", hidden: "", words: "" }); }
 
-// No command that this page knows. A form that was sent nevertheless comes from a page that is out of date.
+// No command that this page knows. A form that was sent nevertheless comes from a page that is out of date:
+// the back button brought it back, or another window's form was sent first. What is in it is not lost.
 function OnCommand_(page) {
-  if (Request.ServerVariables("REQUEST_METHOD") == "POST") page.AddMessage(4, "notice");
+  if (Request.ServerVariables("REQUEST_METHOD") != "POST") return;
+  page.AddMessage(2, "warning");
+  if (Request.Form("words").Count) takeForm(page);
 }
 
 // The list's own links; which page of it is shown is a parameter.
 function OnCommand_List() {}
 
 function OnCommand_Save(page) {
-  fields.forEach(function (name) { page.PutIntoView(name, false); });
+  takeForm(page);
   var entry = {};
-  fields.forEach(function (name) { entry[name] = page.Trim(page.View(name)) || ""; });
+  fields.forEach(function (name) { entry[name] = (page.Trim(page.View(name)) || "").replace(/\r\n/g, "\n"); });
   if (entry.name == "") page.AddMessage(1, "problem");
-  if (entry.words == "") page.AddMessage(2, "problem");
-  if (entry.words.length > 2000) page.AddMessage(3, "problem");
+  if (entry.name.length > 80) page.AddMessage(2, "problem");
+  if (entry.words == "") page.AddMessage(3, "problem");
+  if (entry.words.length > 2000) page.AddMessage(4, "problem");
   if (page.MessageExists("problem")) return;
   var values = [entry.name, entry.topic, entry.mood, entry.hidden == "yes" ? 1 : 0, entry.words];
   if (entry.id == "") {
@@ -47,30 +51,43 @@ function OnCommand_Save(page) {
     page.SetView("thanks", entry.name);
     page.AddMessage("Thank you, (#*thanks#).", "notice");
   } else {
+    if (!ownEntry(page, entry.id)) return page.AddMessage(1, "warning");
     database.run(page, "UPDATE entries SET name = ?, topic = ?, mood = ?, hidden = ?, words = ? " +
-      "WHERE id = ? AND owner = ?", values.concat(Number(entry.id), page.Bag("owner")));
+      "WHERE id = ? AND owner = ?", values.concat(toId(entry.id), page.Bag("owner")));
     page.AddMessage(1, "notice");
   }
   On_StartProcess(page);
 }
 
 function OnCommand_Edit(page) {
-  var found = database.rows(page, "SELECT id, name, topic, mood, hidden, words FROM entries " +
-    "WHERE id = ? AND owner = ?", [Number(Request.QueryString("id")) || 0, page.Bag("owner")]);
-  if (!found.length) return page.AddMessage(3, "notice");
-  found[0].hidden = found[0].hidden ? "yes" : "";
-  fill(page, found[0]);
+  var entry = ownEntry(page, Request.QueryString("id"));
+  if (!entry) return page.AddMessage(1, "warning");
+  entry.hidden = entry.hidden ? "yes" : "";
+  fill(page, entry);
 }
 
 function OnCommand_Delete(page) {
-  database.run(page, "DELETE FROM entries WHERE id = ? AND owner = ?",
-    [Number(Request.Form("id")) || 0, page.Bag("owner")]);
+  var entry = ownEntry(page, Request.Form("id"));
+  if (!entry) return page.AddMessage(1, "warning");
+  database.run(page, "DELETE FROM entries WHERE id = ?", [entry.id]);
   page.AddMessage(2, "notice");
 }
 
-// What the form shows: each field is an item of View, as PutIntoView leaves it too.
+// What a form or a link says is the number of an entry; 0, which no entry has, for anything else.
+function toId(text) { return /^\d{1,9}$/.test(text) ? Number(text) : 0; }
+
+// The visitor's entry of that number, or undefined.
+function ownEntry(page, id) {
+  return database.rows(page, "SELECT id, name, topic, mood, hidden, words FROM entries WHERE id = ? AND owner = ?",
+    [toId(id), page.Bag("owner")])[0];
+}
+
+// What the form shows: each field is an item of View.
 function fill(page, entry) {
   fields.forEach(function (name) { page.SetView(name, entry[name]); });
+}
+function takeForm(page) {
+  fields.forEach(function (name) { page.PutIntoView(name, false); });
 }
 
 // --- drawing

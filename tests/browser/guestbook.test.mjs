@@ -68,6 +68,9 @@ test('an entry is left as it is, and a form that was sent counts once', async ()
   await browser.follow('#sign button');
   assert.match(await browser.textOf('.notice'), /^Nothing was changed/);
   assert.deepEqual(await browser.textsOf('article p'), ['Once']);
+  await browser.follow('#sign button');
+  assert.deepEqual(await browser.textsOf('article p'), ['Twice', 'Once'], 'what was written is still in the form');
+  await browser.follow('article button');
   await browser.follow('article button');
 });
 

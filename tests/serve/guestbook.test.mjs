@@ -67,6 +67,26 @@ test('every problem is told at once', async () => {
     ['Please tell us your name.', 'Please write something.']);
 });
 
+test('a form that lies is answered as one that is out of date', async () => {
+  const visitor = await arrive();
+  for (const id of ['x', '-1', '1e9', '99999999999999999999', "1' OR '1'='1", '0']) {
+    for (const command of ['Save', 'Delete']) {
+      await visitor.command(command, { ...entry, id });
+      assert.equal(visitor.notice, 'That entry is gone, or is not yours.', `${command} ${id}`);
+    }
+  }
+  await visitor.command('Save', { ...entry, name: 'x'.repeat(81), words: 'x'.repeat(2001) });
+  assert.deepEqual([...visitor.page.matchAll(/role="alert">(.*?)</g)].map((found) => found[1]),
+    ['That name is longer than 80 characters.', 'That is more than 2,000 characters.']);
+  assert.deepEqual(visitor.entries, []);
+});
+
+test('the end of a line counts once', async () => {
+  const visitor = await arrive();
+  await visitor.command('Save', { ...entry, words: 'x\r\n'.repeat(999) + 'yy' });
+  assert.equal(visitor.entries[0].text.length, 2000);
+});
+
 test('a hidden entry is shown to who wrote it', async () => {
   const ann = await arrive();
   await ann.command('Save', { ...entry, hidden: 'yes' });
@@ -93,6 +113,7 @@ test('a form counts once', async () => {
   await visitor.request('default.asp', form);
   assert.match(visitor.notice, /^Nothing was changed/);
   assert.equal(visitor.entries.length, 1);
+  assert.match(visitor.page, new RegExp(`>\\s*${entry.words}</textarea>`), 'what was written is not lost');
 });
 
 test('the data base is not served', async () => {
