@@ -143,6 +143,25 @@ test('a bar shows how far the upload is', () => inGallery([], async (browser) =>
   assert.equal(await browser.textOf('.file'), 'medium.png · 20.0 MiB', 'more than the limit of other sites');
 }));
 
+test('an upload that is lost or refused is told, and can be sent again', () => inGallery([], async (browser, site) => {
+  await choose(browser, [['again.png', png(2, 2, [9, 9, 9])]]);
+  const sendTo = async (address) => {
+    await browser.run(`
+      document.querySelector('#notices').replaceChildren();
+      document.querySelector('#upload').action = arguments[0];`, address);
+    await browser.click('#upload button');
+    await browser.wait('#notices li');
+    return browser.textsOf('#notices li');
+  };
+  // A browser makes no connection to port 1, and the host has no page of that name.
+  assert.deepEqual(await sendTo('http://127.0.0.1:1/'), ['The connection was lost before the upload arrived.']);
+  assert.deepEqual(await sendTo(`${site.address}none.asp`), ['The gallery could not take the upload.']);
+  const [hasBar, hasButton] = await browser.run(`
+    return [!document.querySelector('progress').hidden, !document.querySelector('#upload button').disabled];`);
+  assert.deepEqual([hasBar, hasButton], [false, true]);
+  assert.deepEqual(await sendTo(site.address), ['again.png was added.']);
+}));
+
 test('the page fits a phone', () => inGallery([], async (browser) => {
   await browser.post('window/rect', { width: 375, height: 800 });
   await choose(browser, [[`${'long'.repeat(40)}.png`, png(640, 40, [9, 9, 9])]]);
