@@ -51,10 +51,10 @@ struct IUtility : UtilityMembers<IDispatch> {
 };
 KORLIB_IID(IUtility, "1C042E3B-E315-4D29-992F-4851DDF01EF1");
 
-// One uploaded file.
+// One uploaded file. The client chose its names: store it under a name of your own.
 struct IFormFile : IDispatch {
   virtual HRESULT get_FileName(BSTR* name) = 0;   // as the browser sent it
-  virtual HRESULT get_FileName2(BSTR* name) = 0;  // its last path component
+  virtual HRESULT get_FileName2(BSTR* name) = 0;  // behind its last '\', else its last '/': may still hold a '/'
   virtual HRESULT get_ContentType(BSTR* type) = 0;
   virtual HRESULT get_Stream(IDispatch** stream) = 0;  // the bytes, positioned at 0
 
