@@ -67,7 +67,8 @@ test('pictures are added, shown, kept and deleted', () => inGallery([], async (b
 
 test('names are shown as they are and stored under other ones', () => inGallery([], async (browser, site) => {
   const names = [
-    'Grüße aus Köln.png', '日本の写真.png', 'say "hello".png', 'one; two=3; filename=x.png', 'back\\slash\\..\\up.png',
+    'Grüße aus Köln.png', '日本の写真.png', '🏖️ 😀.png', 'say "hello".png', 'one; two=3; filename=x.png',
+    'back\\slash\\..\\up.png', '../up/and over.png',
     '%22 100% &amp; (#x#) ^.png', '<img src=x onerror=document.title=1>.png', '..png', 'line\nbreak.png',
   ];
   const picture = png(8, 8, [1, 2, 3]);
@@ -91,7 +92,8 @@ test('names are shown as they are and stored under other ones', () => inGallery(
   const links = await browser.run("return [...document.querySelectorAll('.actions a')].map((one) => one.href)");
   const saved = await Promise.all(links.map(async (link) => (await fetch(link)).headers.get('content-disposition')));
   assert.deepEqual(saved.map((header) => decodeURIComponent(header.split("''")[1])).reverse(), [
-    'Grüße aus Köln.png', '日本の写真.png', 'say "hello".png', 'one; two=3; filename=x.png', 'up.png',
+    'Grüße aus Köln.png', '日本の写真.png', '🏖️ 😀.png', 'say "hello".png', 'one; two=3; filename=x.png', 'up.png',
+    'and over.png',
     '%22 100% &amp; (#x#) ^.png', '<img src=x onerror=document.title=1>.png', '..png', 'linebreak.png',
   ]);
 }));
