@@ -2,7 +2,7 @@
 
 #include "templator/templator_concept.h"
 
-HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, bool empty_on_fail,
+HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, const bool& empty_on_fail,
                            CComVariant* text) {
   const MarkParams* path = &mark.Params;
   HRESULT hr = member.Get();

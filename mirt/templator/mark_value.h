@@ -8,7 +8,8 @@
 
 // The text of a mark that names a script member: a variable's value, walked by the mark's parameters, or
 // what a function answers when it is called with (owner, parameters). *text becomes a VT_BSTR.
-HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, bool empty_on_fail,
+// `empty_on_fail` is a reference because it is looked at when the function has run, which may change it.
+HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, const bool& empty_on_fail,
                            CComVariant* text);
 
 // What a dictionary holds under a mark's name; E_FAIL where there is no dictionary.

@@ -55,7 +55,9 @@ FakeScript::Member& FakeScript::member(const std::wstring& name) {
       return known;
     }
   }
-  members_.push_back({name, {}, {}, true});
+  Member added;
+  added.name = name;
+  members_.push_back(std::move(added));
   return members_.back();
 }
 
@@ -141,6 +143,7 @@ HRESULT FakeScript::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID
 }
 
 HRESULT FakeScript::run(const Member& member, WORD flags, const Arguments& arguments, VARIANT* result) {
+  if (flags & DISPATCH_PROPERTYGET) RETURN_IF_FAILED(member.unreadable);
   if (member.body) {
     if (!(flags & DISPATCH_METHOD)) return DISP_E_MEMBERNOTFOUND;
     CComVariant answer;

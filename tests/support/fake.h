@@ -47,7 +47,8 @@ class FakeScript final : public IDispatch {
   }
   // A name that is written first comes to be, as a variable of a script would; off at first.
   void accept_new_names() { accepts_new_names_ = true; }
-  void refuse(const std::wstring& name, HRESULT hr) { member(name).refusal = hr; }  // to be written
+  void refuse(const std::wstring& name, HRESULT hr) { member(name).refusal = hr; }   // to be written
+  void hide(const std::wstring& name, HRESULT hr) { member(name).unreadable = hr; }  // to be read
   void remove(const std::wstring& name);
   // Every look-up of a name that is not there fails with this code.
   void fail_unknown_names(HRESULT hr) { unknown_name_ = hr; }
@@ -78,6 +79,7 @@ class FakeScript final : public IDispatch {
     FallibleFunction body;  // empty for a value
     CComVariant value;
     HRESULT refusal = S_OK;
+    HRESULT unreadable = S_OK;
     bool is_there = true;
   };
 

@@ -105,6 +105,23 @@ TEST_F(ValueMarks, AFunctionsAnswerFollowsNullIsEmpty) {
   EXPECT_EQ(L"", draw(L"(#:null#)"));
 }
 
+TEST_F(ValueMarks, AFunctionMayTurnNullIsEmptyOnForItsOwnAnswer) {
+  script().function(L"null", [](const Arguments& a) {
+    put(a[0].pdispVal, L"NullIsEmpty", true);
+    return null_value();
+  });
+  EXPECT_EQ(L"", draw(L"(#:null#)"));
+}
+
+TEST_F(ValueMarks, AVariableThatCannotBeReadIsNotCalled) {
+  script().function(L"x", [](const Arguments&) { return CComVariant(L"called"); });
+  script().hide(L"x", E_ACCESSDENIED);
+  script().forget_calls();
+  EXPECT_EQ(L"<code 80070005>[(#:x#)]", draw(L"(#:x#)"));
+  ASSERT_EQ(1u, script().calls().size());
+  EXPECT_EQ(DISPATCH_PROPERTYGET, script().calls()[0].flags);
+}
+
 TEST_F(ValueMarks, AnUnknownOrFailingScriptMemberQuotesTheMark) {
   EXPECT_EQ(L"<code 80020006>[(#;x#)]", draw(L"(#;x#)"));
   script().failing(L"x", DISP_E_EXCEPTION, L"broken");
