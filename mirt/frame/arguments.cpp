@@ -74,6 +74,7 @@ void set_array_result(VARIANT* result, SAFEARRAY* value) {
     return;
   }
   VariantInit(result);
+  if (!value) return;  // an array is never null: there is none
   result->vt = VT_ARRAY | VT_VARIANT;
   result->parray = value;
 }

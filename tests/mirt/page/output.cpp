@@ -62,6 +62,20 @@ TEST_F(Output, ProcessTemplateFiresNoLifecycleEvent) {
   EXPECT_TRUE(script().calls().empty());
 }
 
+TEST_F(Output, ThePageSurvivesGivingUpItsLastReferenceWhileATextIsDrawn) {
+  CComPtr<IDispatch> held = new_page();
+  const CComPtr<FakeScript> own = FakeScript::make();
+  own->value(L"v", CComVariant(L"v"));
+  own->function(L"leave", [&](const Arguments&) {
+    held.reset();
+    return CComVariant();
+  });
+  call(held.get(), L"AddScript", own);
+  EXPECT_EQ(S_OK, call(held.get(), L"ProcessTemplate", L"a(#:leave#)b(#:v#)").hr);
+  own->forget_calls();
+  EXPECT_EQ(L"abv", output());
+}
+
 TEST_F(Output, AMarkThatIsNotClosedIsTheEnginesError) {
   const Answer answer = call(page(), L"ProcessTemplate", L"a(#?");
   EXPECT_EQ(E_FAIL, answer.hr);
@@ -200,6 +214,9 @@ TEST_F(Arrays, AreNotMadeOfOtherThings) {
   asp_.calls->fail("StringList.Count", E_ABORT);
   EXPECT_EQ(S_OK, typed->ToArray(list({L"a"}).get(), &out)) << "a list that cannot be counted";
   EXPECT_EQ(marker, out);
+  const Answer late_bound = call(page(), L"ToArray", list({L"a"}));
+  EXPECT_EQ(S_OK, late_bound.hr);
+  EXPECT_EQ(VT_EMPTY, late_bound.value.vt);
 }
 
 // A database command that shows what it was told, and fails where it should.
