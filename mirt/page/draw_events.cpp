@@ -25,7 +25,7 @@ class Level {
 
 }  // namespace
 
-HRESULT Self::OnMarked_Process(CMarkData& mark) {
+HRESULT Self::OnMarked_Process(const CMarkData& mark) {
   const CComBSTR name = page::join({draw_prefix_.view(), mark.Name.view()});
   if (!name) return E_OUTOFMEMORY;
   CEvent event;

@@ -6,18 +6,25 @@ namespace {
 
 using Self = GIMirtImpl<IMirt>;
 
+// Reading an item that is not there would make it: these drawers only look.
+HRESULT look_up(IKorLibDictionary* dictionary, std::wstring_view name, CComVariant* value, bool* exists) {
+  const CComBSTR key(name);
+  if (!key.get()) return E_OUTOFMEMORY;
+  VARIANT_BOOL found = VARIANT_FALSE;
+  RETURN_IF_FAILED(dictionary->Exists(korlib::borrowed(key.get()), &found));
+  *exists = found != VARIANT_FALSE;
+  return *exists ? dictionary->get_Item(korlib::borrowed(key.get()), value->put()) : S_OK;
+}
+
 // An item of a dictionary for the duration of a scope, after which it is what it was before: the old
 // value again, or gone.
 class ScopedItem {
  public:
-  ScopedItem(IKorLibDictionary* dictionary, std::wstring_view key) : dictionary_(dictionary), key_(key) {
-    VARIANT_BOOL exists = VARIANT_FALSE;
-    if (FAILED(dictionary->Exists(korlib::borrowed(key_.get()), &exists)) || !exists) return;
-    existed_ = SUCCEEDED(dictionary->get_Item(korlib::borrowed(key_.get()), &before_));
-  }
+  ScopedItem(IKorLibDictionary* dictionary, std::wstring_view key) : dictionary_(dictionary), key_(key) {}
   ~ScopedItem() {
+    if (!is_set_) return;
     if (existed_) {
-      set(before_);
+      dictionary_->put_Item(korlib::borrowed(key_.get()), before_);
       return;
     }
     VARIANT_BOOL exists = VARIANT_FALSE;
@@ -27,22 +34,21 @@ class ScopedItem {
   ScopedItem(const ScopedItem&) = delete;
   ScopedItem& operator=(const ScopedItem&) = delete;
 
-  HRESULT set(const VARIANT& value) { return dictionary_->put_Item(korlib::borrowed(key_.get()), value); }
+  // Once. What cannot be put back later is not replaced.
+  HRESULT set(const VARIANT& value) {
+    if (!key_.get()) return E_OUTOFMEMORY;
+    RETURN_IF_FAILED(look_up(dictionary_.get(), key_.view(), &before_, &existed_));
+    is_set_ = true;
+    return dictionary_->put_Item(korlib::borrowed(key_.get()), value);
+  }
 
  private:
   CComPtr<IKorLibDictionary> dictionary_;
   CComBSTR key_;
   CComVariant before_;
   bool existed_ = false;
+  bool is_set_ = false;
 };
-
-// Reading an item that is not there would make it: these drawers only look.
-HRESULT look_up(IKorLibDictionary* dictionary, BSTR name, CComVariant* value, bool* exists) {
-  VARIANT_BOOL found = VARIANT_FALSE;
-  RETURN_IF_FAILED(dictionary->Exists(korlib::borrowed(name), &found));
-  *exists = found != VARIANT_FALSE;
-  return *exists ? dictionary->get_Item(korlib::borrowed(name), value->put()) : S_OK;
-}
 
 HRESULT text_of(const VARIANT& value, CComVariant* text) { return VariantChangeType(text->put(), &value, 0, VT_BSTR); }
 
@@ -78,11 +84,13 @@ constexpr ItemNames kItemNames[] = {
 
 }  // namespace
 
-HRESULT Self::bound_value(Source source, BSTR name, CComVariant* value, bool* exists) {
+HRESULT Self::bound_value(Source source, std::wstring_view name, CComVariant* value, bool* exists) {
   *exists = false;
   if (source == Source::kScript) {
+    const CComBSTR member(name);
+    if (!member.get()) return E_OUTOFMEMORY;
     CEvent variable;
-    const HRESULT hr = handler_.GetEvent(name, variable);
+    const HRESULT hr = handler_.GetEvent(member, variable);
     if (hr == DISP_E_UNKNOWNNAME) return S_OK;
     RETURN_IF_FAILED(hr);
     RETURN_IF_FAILED(variable.Get());
@@ -96,7 +104,7 @@ HRESULT Self::bound_value(Source source, BSTR name, CComVariant* value, bool* ex
   return look_up(dictionary.get(), name, value, exists);
 }
 
-HRESULT Self::is_bound(Source source, BSTR name, std::wstring_view input, bool* matches) {
+HRESULT Self::is_bound(Source source, std::wstring_view name, std::wstring_view input, bool* matches) {
   CComVariant bound;
   bool exists = false;
   RETURN_IF_FAILED(bound_value(source, name, &bound, &exists));
@@ -115,9 +123,8 @@ HRESULT Self::is_bound(Source source, BSTR name, std::wstring_view input, bool* 
 
 // name, value, text if it is the bound one, text if not
 HRESULT Self::draw_input_default(Source source, const MarkParams& params) {
-  const CComBSTR name = bstr_of(*params[0]);
   bool matches = false;
-  RETURN_IF_FAILED(is_bound(source, name, params[1]->view(), &matches));
+  RETURN_IF_FAILED(is_bound(source, params[0]->view(), params[1]->view(), &matches));
   return process_nested(*params[matches ? 2 : 3]);
 }
 
@@ -129,12 +136,12 @@ HRESULT Self::draw_default(Source source, const MarkParams& params) {
   CComVariant name;
   CComVariant value;
   bool exists = false;
-  RETURN_IF_FAILED(look_up(view.get(), CComBSTR(items.name), &name, &exists));
-  RETURN_IF_FAILED(look_up(view.get(), CComBSTR(items.value), &value, &exists));
+  RETURN_IF_FAILED(look_up(view.get(), items.name, &name, &exists));
+  RETURN_IF_FAILED(look_up(view.get(), items.value, &value, &exists));
   RETURN_IF_FAILED(name.change_type(VT_BSTR));
   RETURN_IF_FAILED(value.change_type(VT_BSTR));
   bool matches = false;
-  RETURN_IF_FAILED(is_bound(source, name.bstrVal, korlib::view_of(value.bstrVal), &matches));
+  RETURN_IF_FAILED(is_bound(source, korlib::view_of(name.bstrVal), korlib::view_of(value.bstrVal), &matches));
   return process_nested(*params[matches ? 1 : 0]);
 }
 
@@ -143,9 +150,10 @@ HRESULT Self::draw_input(Source source, const MarkParams& params) {
   const CComPtr<IKorLibDictionary> view = view_;
   if (!view) return E_FAIL;
   const CComBSTR name = bstr_of(*params[0]);
+  if (!name.get()) return E_OUTOFMEMORY;
   CComVariant value;
   bool exists = false;
-  RETURN_IF_FAILED(bound_value(source, name, &value, &exists));
+  RETURN_IF_FAILED(bound_value(source, name.view(), &value, &exists));
   if (!exists && params.size() == 3) return process_nested(*params[2]);
   if (!exists && source == Source::kScript) return DISP_E_UNKNOWNNAME;
   const ItemNames& items = kItemNames[static_cast<std::size_t>(source)];

@@ -45,6 +45,7 @@ HRESULT CMirtConcept::run_draw(bool& flag) {
 }
 
 HRESULT CMirtConcept::fire(const CComBSTR& name, bool when_missing, bool& answer) {
+  if (!name.get()) return E_OUTOFMEMORY;
   CEvent event;
   const HRESULT found = handler_.GetEvent(name, event);
   if (found == DISP_E_UNKNOWNNAME) {

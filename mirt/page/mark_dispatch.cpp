@@ -38,42 +38,44 @@ HRESULT Self::OnMarked(CMarkData& mark) {
   return report_with_mark(hr, mark);
 }
 
-HRESULT Self::dispatch_mark(CMarkData& mark) {
+HRESULT Self::dispatch_mark(const CMarkData& mark) {
+  const CComBSTR name = bstr_of(mark.Name);
+  if (!name.get()) return E_OUTOFMEMORY;
   switch (mark.Type) {
     case L'%':
       return OnMarked_Process(mark);
     case L';':
-      return OnMarked_Property(mark, kEncoded);
+      return OnMarked_Property(mark, name, kEncoded);
     case L':':
-      return OnMarked_Property(mark, kRaw);
+      return OnMarked_Property(mark, name, kRaw);
     case L'*':
-      return OnMarked_View(mark, kEncoded);
+      return OnMarked_View(mark, name, kEncoded);
     case L'/':
-      return OnMarked_View(mark, kRaw);
+      return OnMarked_View(mark, name, kRaw);
     case L'=':
-      return OnMarked_Session(mark, kEncoded);
+      return OnMarked_Session(mark, name, kEncoded);
     case L'~':
-      return OnMarked_Session(mark, kRaw);
+      return OnMarked_Session(mark, name, kRaw);
     case L'+':
-      return OnMarked_Application(mark, kEncoded);
+      return OnMarked_Application(mark, name, kEncoded);
     case L'-':
-      return OnMarked_Application(mark, kRaw);
+      return OnMarked_Application(mark, name, kRaw);
     case L'$':
-      return OnMarked_Request(mark, kEncoded);
+      return OnMarked_Request(mark, name, kEncoded);
     case L'\\':
-      return OnMarked_Request(mark, kRaw);
+      return OnMarked_Request(mark, name, kRaw);
     case L'&':
-      return OnMarked_Bag(mark, kEncoded);
+      return OnMarked_Bag(mark, name, kEncoded);
     case L'|':
-      return OnMarked_Bag(mark, kRaw);
+      return OnMarked_Bag(mark, name, kRaw);
     case L'!':
-      return OnMarked_Command(mark, kEncoded);
+      return OnMarked_Command(name, kEncoded);
     case L'?':
-      return OnMarked_Command(mark, kRaw);
+      return OnMarked_Command(name, kRaw);
     case L'`':
-      return OnMarked_ChildStatic(mark);
+      return OnMarked_ChildStatic(name);
     case L'@':
-      return OnMarked_ChildDynamic(mark);
+      return OnMarked_ChildDynamic(name);
     default:
       return S_OK;
   }

@@ -2,15 +2,15 @@
 
 namespace page {
 
-HRESULT MessageStore::add(const VARIANT& message, BSTR key) {
+HRESULT MessageStore::add(const VARIANT& message, std::wstring_view key) {
   CComVariant copy;
   RETURN_IF_FAILED(VariantCopyInd(&copy, &message));
-  lists_[CComBSTR(korlib::view_of(key))].push_back(std::move(copy));
+  lists_[std::wstring(key)].push_back(std::move(copy));
   return S_OK;
 }
 
-const MessageStore::List* MessageStore::find(BSTR key) const {
-  const auto found = lists_.find(CComBSTR(korlib::view_of(key)));
+const MessageStore::List* MessageStore::find(std::wstring_view key) const {
+  const auto found = lists_.find(key);
   return found == lists_.end() ? nullptr : &found->second;
 }
 

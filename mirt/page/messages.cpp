@@ -24,7 +24,7 @@ class CurrentMessage {
 
 STDMETHODIMP Self::AddMessage(VARIANT* message, BSTR key) try {
   if (!message) return E_POINTER;
-  return messages_.add(*message, key);
+  return messages_.add(*message, korlib::view_of(key));
 } catch (...) {
   return mirt::hresult_from_exception();
 }
@@ -37,7 +37,7 @@ STDMETHODIMP Self::MessageExists(VARIANT* key, VARIANT_BOOL* exists) try {
     return S_OK;
   }
   if (key->vt != VT_BSTR) return E_INVALIDARG;
-  const page::MessageStore::List* list = messages_.find(key->bstrVal);
+  const page::MessageStore::List* list = messages_.find(korlib::view_of(key->bstrVal));
   *exists = list && !list->empty() ? VARIANT_TRUE : VARIANT_FALSE;
   return S_OK;
 } catch (...) {
@@ -46,8 +46,9 @@ STDMETHODIMP Self::MessageExists(VARIANT* key, VARIANT_BOOL* exists) try {
 
 // [key,] text for each message [, text when there is none]
 HRESULT Self::draw_message(Source, const MarkParams& params) {
-  const CComBSTR key = params.size() == 1 ? CComBSTR() : bstr_of(*params[0]);
+  const std::wstring_view key = params.size() == 1 ? L"" : params[0]->view();
   const CComBSTR text = bstr_of(*params[params.size() == 1 ? 0 : 1]);
+  if (!text.get()) return E_OUTOFMEMORY;
   const page::MessageStore::List* found = messages_.find(key);
   if (!found) return params.size() == 3 ? process_nested(*params[2]) : S_OK;
   // A copy: what is drawn may add messages, which wait for the next drawing.

@@ -148,22 +148,22 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   HRESULT store_field(IKorLibDictionary* target, BSTR name, VARIANT* value);
 
   // mark_dispatch.cpp
-  HRESULT dispatch_mark(CMarkData& mark);
+  HRESULT dispatch_mark(const CMarkData& mark);
 
   // value_marks.cpp
-  HRESULT OnMarked_Property(CMarkData& mark, VARIANT_BOOL encode);
-  HRESULT OnMarked_View(CMarkData& mark, VARIANT_BOOL encode);
-  HRESULT OnMarked_Session(CMarkData& mark, VARIANT_BOOL encode);
-  HRESULT OnMarked_Application(CMarkData& mark, VARIANT_BOOL encode);
-  HRESULT OnMarked_Bag(CMarkData& mark, VARIANT_BOOL encode);
-  HRESULT OnMarked_Request(CMarkData& mark, VARIANT_BOOL encode);
-  HRESULT OnMarked_Command(CMarkData& mark, VARIANT_BOOL encode);
-  HRESULT OnMarked_ChildStatic(CMarkData& mark);
-  HRESULT OnMarked_ChildDynamic(CMarkData& mark);
+  HRESULT OnMarked_Property(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_View(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_Session(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_Application(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_Bag(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_Request(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_Command(BSTR name, VARIANT_BOOL encode);
+  HRESULT OnMarked_ChildStatic(BSTR name);
+  HRESULT OnMarked_ChildDynamic(BSTR name);
   HRESULT write_value(VARIANT* value, const CMarkData& mark, VARIANT_BOOL encode);
 
   // draw_events.cpp
-  HRESULT OnMarked_Process(CMarkData& mark);
+  HRESULT OnMarked_Process(const CMarkData& mark);
   static std::span<const BuiltIn> built_ins();
   HRESULT process_nested(const std::wstringstream& text);
   HRESULT process_nested(BSTR text);
@@ -172,8 +172,8 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   HRESULT draw_input_default(Source source, const MarkParams& params);
   HRESULT draw_input(Source source, const MarkParams& params);
   HRESULT draw_default(Source source, const MarkParams& params);
-  HRESULT bound_value(Source source, BSTR name, CComVariant* value, bool* exists);
-  HRESULT is_bound(Source source, BSTR name, std::wstring_view input, bool* matches);
+  HRESULT bound_value(Source source, std::wstring_view name, CComVariant* value, bool* exists);
+  HRESULT is_bound(Source source, std::wstring_view name, std::wstring_view input, bool* matches);
 
   // messages.cpp
   HRESULT draw_message(Source source, const MarkParams& params);

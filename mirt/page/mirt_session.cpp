@@ -6,6 +6,7 @@
 #include <korlib/bstr.h>
 #include <korlib/winapi.h>
 
+#include "frame/error.h"
 #include "frame/globals.h"
 #include "page/command_key.h"
 #include "page/text.h"
@@ -55,16 +56,21 @@ ULONG CMirtSession::Release() {
 
 HRESULT CMirtSession::get_Bag(IKorLibDictionary** bag) { return bag_.copy_to(bag); }
 
-HRESULT CMirtSession::GetCommandName(BSTR* name) {
+HRESULT CMirtSession::GetCommandName(BSTR* name) try {
   if (!name) return E_POINTER;
+  *name = nullptr;
   *name = page::join({key_, std::to_wstring(counter_)}).detach();
   return *name ? S_OK : E_OUTOFMEMORY;
+} catch (...) {
+  return mirt::hresult_from_exception();
 }
 
-HRESULT CMirtSession::IncrementCommand() {
+HRESULT CMirtSession::IncrementCommand() try {
   key_ = page::draw_command_key();
   ++counter_;
   return S_OK;
+} catch (...) {
+  return mirt::hresult_from_exception();
 }
 
 HRESULT CMirtSessionNull::QueryInterface(REFIID riid, void** ppv) { return query(this, riid, ppv); }

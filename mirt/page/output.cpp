@@ -30,8 +30,11 @@ STDMETHODIMP Self::ProcessTemplate(BSTR text) try {
 
 STDMETHODIMP Self::Redirect(BSTR url) {
   if (!asp_.response) return E_FAIL;
-  RETURN_IF_FAILED(asp_.response->put_Status(CComBSTR(L"302 Object moved")));
-  return asp_.response->AddHeader(CComBSTR(L"Location"), url);
+  const CComBSTR status(L"302 Object moved");
+  const CComBSTR header(L"Location");
+  if (!status.get() || !header.get()) return E_OUTOFMEMORY;
+  RETURN_IF_FAILED(asp_.response->put_Status(status));
+  return asp_.response->AddHeader(header, url);
 }
 
 STDMETHODIMP Self::AddLog(BSTR first, BSTR second) {

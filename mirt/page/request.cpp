@@ -1,8 +1,9 @@
 // The request of a page: its submitted fields, and the command among them.
+#include <utility>
+
 #include <korlib/comvariant.h>
 
 #include "page/mirt_impl.h"
-#include "page/text.h"
 #include "upload/intake.h"
 
 namespace {
@@ -59,7 +60,7 @@ HRESULT Self::read_command() {
   CComVariant value;
   RETURN_IF_FAILED(fields->get_Item(korlib::borrowed(field.get()), &value));
   RETURN_IF_FAILED(value.change_type(VT_BSTR));
-  command_ = page::copy_of(value.bstrVal);
+  command_.attach(std::exchange(value.bstrVal, nullptr));
   return S_OK;
 }
 

@@ -57,7 +57,7 @@ CComPtr<IMirtSession> Self::session_state() const {
   return session_ ? session_ : CComPtr<IMirtSession>(&g_oMirtSessionNull);
 }
 
-// Null, with success, never: a session whose dictionary could not be made fails here.
+// Never null with success: a session whose dictionary could not be made fails here.
 HRESULT Self::get_session_bag(CComPtr<IKorLibDictionary>* bag) {
   RETURN_IF_FAILED(session_state()->get_Bag(bag->put()));
   return *bag ? S_OK : E_FAIL;
@@ -67,7 +67,7 @@ HRESULT Self::get_session_bag(CComPtr<IKorLibDictionary>* bag) {
 HRESULT Self::command_field(CComBSTR* name) {
   if (!backable_) return session_state()->GetCommandName(name->put());
   *name = command_name_;
-  return S_OK;
+  return command_name_.get() && !name->get() ? E_OUTOFMEMORY : S_OK;
 }
 
 STDMETHODIMP Self::Abandon() {

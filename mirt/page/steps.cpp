@@ -44,7 +44,7 @@ HRESULT Self::On_EndCommand(bool& go_on) {
 }
 
 HRESULT Self::On_StartDraw(bool& go_on) {
-  if (template_.empty()) template_ = default_template_;
+  if (template_.empty()) RETURN_IF_FAILED(put_Template(default_template_));
   return CMirtConcept::On_StartDraw(go_on);
 }
 

@@ -43,72 +43,66 @@ HRESULT Self::write_value(VARIANT* value, const CMarkData& mark, VARIANT_BOOL en
   return Write(value->bstrVal, encode);
 }
 
-HRESULT Self::OnMarked_Property(CMarkData& mark, VARIANT_BOOL encode) {
+HRESULT Self::OnMarked_Property(const CMarkData& mark, BSTR name, VARIANT_BOOL encode) {
   CEvent member;
-  const CComBSTR name = bstr_of(mark.Name);
   RETURN_IF_FAILED(handler_.GetEvent(name, member));
   CComVariant text;
   RETURN_IF_FAILED(script_member_text(member, owner_, mark, null_is_empty_, &text));
   return Write(text.bstrVal, encode);
 }
 
-HRESULT Self::OnMarked_View(CMarkData& mark, VARIANT_BOOL encode) {
+HRESULT Self::OnMarked_View(const CMarkData& mark, BSTR name, VARIANT_BOOL encode) {
   const CComPtr<IKorLibDictionary> view = view_;
   CComVariant value;
-  RETURN_IF_FAILED(read_item(view.get(), bstr_of(mark.Name), &value));
+  RETURN_IF_FAILED(read_item(view.get(), name, &value));
   return write_value(&value, mark, encode);
 }
 
-HRESULT Self::OnMarked_Session(CMarkData& mark, VARIANT_BOOL encode) {
+HRESULT Self::OnMarked_Session(const CMarkData& mark, BSTR name, VARIANT_BOOL encode) {
   CComVariant value;
-  RETURN_IF_FAILED(read_value(asp_.session.get(), bstr_of(mark.Name), &value));
+  RETURN_IF_FAILED(read_value(asp_.session.get(), name, &value));
   return write_value(&value, mark, encode);
 }
 
-HRESULT Self::OnMarked_Application(CMarkData& mark, VARIANT_BOOL encode) {
+HRESULT Self::OnMarked_Application(const CMarkData& mark, BSTR name, VARIANT_BOOL encode) {
   CComVariant value;
-  RETURN_IF_FAILED(read_value(asp_.application.get(), bstr_of(mark.Name), &value));
+  RETURN_IF_FAILED(read_value(asp_.application.get(), name, &value));
   return write_value(&value, mark, encode);
 }
 
-HRESULT Self::OnMarked_Bag(CMarkData& mark, VARIANT_BOOL encode) {
+HRESULT Self::OnMarked_Bag(const CMarkData& mark, BSTR name, VARIANT_BOOL encode) {
   CComPtr<IKorLibDictionary> bag;
   RETURN_IF_FAILED(get_session_bag(&bag));
   CComVariant value;
-  RETURN_IF_FAILED(read_item(bag.get(), bstr_of(mark.Name), &value));
+  RETURN_IF_FAILED(read_item(bag.get(), name, &value));
   return write_value(&value, mark, encode);
 }
 
-HRESULT Self::OnMarked_Request(CMarkData& mark, VARIANT_BOOL encode) {
+HRESULT Self::OnMarked_Request(const CMarkData& mark, BSTR name, VARIANT_BOOL encode) {
   if (!asp_.request) return E_FAIL;
   const CComPtr<IRequestDictionary> multipart = multipart_form_;
-  const CComBSTR name = bstr_of(mark.Name);
   CComVariant value;
   // A field that was not submitted shows as nothing.
   if (!find_in_request(asp_.request.get(), multipart.get(), name, &value)) return S_OK;
   return write_value(&value, mark, encode);
 }
 
-HRESULT Self::OnMarked_Command(CMarkData& mark, VARIANT_BOOL encode) {
+HRESULT Self::OnMarked_Command(BSTR name, VARIANT_BOOL encode) {
   CComBSTR text;
-  if (mark.Name.view().empty()) {
+  if (SysStringLen(name) == 0) {
     RETURN_IF_FAILED(command_field(&text));
   } else {
-    const CComBSTR command = bstr_of(mark.Name);
-    RETURN_IF_FAILED(ToCommand(command, text.put()));
+    RETURN_IF_FAILED(ToCommand(name, text.put()));
   }
   return Write(text, encode);
 }
 
-HRESULT Self::OnMarked_ChildStatic(CMarkData& mark) {
-  const CComBSTR name = bstr_of(mark.Name);
-  return DrawTemplate(name);
-}
+HRESULT Self::OnMarked_ChildStatic(BSTR name) { return DrawTemplate(name); }
 
-HRESULT Self::OnMarked_ChildDynamic(CMarkData& mark) {
+HRESULT Self::OnMarked_ChildDynamic(BSTR name) {
   const CComPtr<IKorLibDictionary> include = include_;
   CComVariant value;
-  const HRESULT hr = read_item(include.get(), bstr_of(mark.Name), &value);
+  const HRESULT hr = read_item(include.get(), name, &value);
   if (FAILED(hr) || value.vt != VT_BSTR) return hr;
   return DrawTemplate(value.bstrVal);
 }

@@ -28,6 +28,7 @@ namespace test {
 
 FailingAllocation::FailingAllocation(int n) { allocations_left = n; }
 FailingAllocation::~FailingAllocation() { allocations_left = -1; }
+bool FailingAllocation::has_failed() const { return allocations_left < 0; }
 
 }  // namespace test
 
@@ -39,6 +40,11 @@ extern "C" KORLIB_API BSTR SysAllocString(const OLECHAR* text) {
 extern "C" KORLIB_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
   static auto* const real = host_function<BSTR(const OLECHAR*, UINT)>("SysAllocStringLen");
   return runs_out() ? nullptr : real(text, length);
+}
+
+extern "C" KORLIB_API BSTR SysAllocStringByteLen(const char* bytes, UINT length) {
+  static auto* const real = host_function<BSTR(const char*, UINT)>("SysAllocStringByteLen");
+  return runs_out() ? nullptr : real(bytes, length);
 }
 
 extern "C" KORLIB_API SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower_bound, ULONG elements) {

@@ -11,6 +11,8 @@ class FailingAllocation {
   ~FailingAllocation();
   FailingAllocation(const FailingAllocation&) = delete;
   FailingAllocation& operator=(const FailingAllocation&) = delete;
+
+  bool has_failed() const;
 };
 
 }  // namespace test

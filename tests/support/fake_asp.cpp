@@ -16,7 +16,7 @@ bool same_name(std::wstring_view a, std::wstring_view b) {
 
 HRESULT give_text(std::wstring_view text, BSTR* out) {
   *out = korlib::new_bstr(text);
-  return S_OK;
+  return *out ? S_OK : E_OUTOFMEMORY;
 }
 
 }  // namespace

@@ -153,21 +153,21 @@ TEST(TemplatePath, AppendsTheCanonicalFormAndRefusesANul) {
 TEST(MessageStore, KeepsCopiesInOrderUnderExactKeys) {
   page::MessageStore store;
   EXPECT_TRUE(store.empty());
-  EXPECT_EQ(nullptr, store.find(CComBSTR(L"a")));
+  EXPECT_EQ(nullptr, store.find(L"a"));
   {
     CComVariant text(L"one");
     VARIANT reference{};
     reference.vt = VT_BYREF | VT_BSTR;
     reference.pbstrVal = &text.bstrVal;
-    EXPECT_EQ(S_OK, store.add(reference, nullptr));
+    EXPECT_EQ(S_OK, store.add(reference, L""));
   }
-  store.add(CComVariant(LONG{2}), CComBSTR(L""));
-  store.add(CComVariant(LONG{3}), CComBSTR(L"A"));
-  const page::MessageStore::List* list = store.find(nullptr);
+  store.add(CComVariant(LONG{2}), L"");
+  store.add(CComVariant(LONG{3}), L"A");
+  const page::MessageStore::List* list = store.find(L"");
   ASSERT_TRUE(list && list->size() == 2);
   EXPECT_EQ(L"one", std::wstring(korlib::view_of((*list)[0].bstrVal)));
   EXPECT_EQ(2, (*list)[1].lVal);
-  EXPECT_EQ(nullptr, store.find(CComBSTR(L"a")));
+  EXPECT_EQ(nullptr, store.find(L"a"));
   EXPECT_FALSE(store.empty());
 }
 

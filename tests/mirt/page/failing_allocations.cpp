@@ -1,0 +1,113 @@
+// Memory that runs out anywhere in a page: an answer that says so, or the whole page, and nothing lost.
+#include "mirt/page/page_test.h"
+#include "support/failing_allocations.h"
+
+namespace test {
+namespace {
+
+class FailingAllocations : public PageTest {
+ protected:
+  void SetUp() override {
+    asp_.request->query_string->set(L"c", {L"Save"});
+    asp_.session->values()[L"s"] = CComVariant(L"session");
+    asp_.application->values[L"a"] = CComVariant(L"application");
+    script().value(L"v", L"value");
+    script().function(L"OnCommand_Save", [](const Arguments&) { return CComVariant(); });
+    script().fallible(L"f", [this](const Arguments&, VARIANT* result) { return VariantCopy(result, &answer_); });
+    script().function(L"OnDraw_row", [](const Arguments&) { return CComVariant(); });
+    file("child.html", "<child>");
+    use_folder();
+  }
+  void TearDown() override {
+    typed_.reset();
+    PageTest::TearDown();
+  }
+  // A page of its own for each point of failure: what one leaves behind is not the next one's.
+  void make_page() {
+    asp_.session->values().erase(L"p");
+    asp_.response->writes.clear();
+    script().forget_calls();
+    const CComPtr<IDispatch> fresh = new_page();
+    for (const auto& [name, value] :
+         {std::pair(L"Name", L"p"), {L"DefaultTemplate", L"main"}, {L"TemplateExt", L".html"}})
+      put(fresh.get(), name, value);
+    put(fresh.get(), L"TemplateFolder", folder().wstring());
+    put(fresh.get(), L"SelfEncode", true);
+    call(fresh.get(), L"AddScript", script_);
+    call(fresh.get(), L"AddMessage", L"message", L"");
+    ASSERT_EQ(S_OK, fresh.query(typed_.put()));
+  }
+  // Runs the page with a failure at every point in turn.
+  void fail_everywhere(const std::wstring& expected) {
+    bool has_failed = true;
+    int failures = 0;
+    for (int n = 0; has_failed; ++n) {
+      ASSERT_LT(n, 10000);
+      ASSERT_NO_FATAL_FAILURE(make_page());
+      HRESULT hr = S_FALSE;
+      try {
+        const FailingAllocation failing(n);
+        hr = typed_->Process();
+        has_failed = failing.has_failed();
+      } catch (const std::bad_alloc&) {
+        hr = S_FALSE;
+      }
+      EXPECT_NE(S_FALSE, hr) << "an exception crossed; point " << n;
+      if (hr == S_OK) {
+        EXPECT_EQ(expected, output()) << "point " << n;
+      }
+      failures += FAILED(hr) ? 1 : 0;
+      take_error();
+    }
+    EXPECT_EQ(expected, output());
+    EXPECT_GT(failures, 100);
+  }
+
+  const CComVariant answer_{L"function"};  // made while there is memory
+  CComPtr<IMirt> typed_;
+};
+
+// Marks of the request are left out: a collection that fails is passed over there, whatever the reason.
+TEST_F(FailingAllocations, AreAnAnswerWhileAPageIsDrawn) {
+  file("main.html",
+       "(#:v#) (#;f|a#|#b#) (#%row|a#)(#/none#)(#~s#) (#-a#) (#|none#)(#?#) (#?Save it#) (#`child#)(#@none#) "
+       "(#%_Input|n#|#(#/_Input_Name#)(#%_Input_Default|no#|#yes#)#) (#%_InputDefaultP|v#|#value#|#is#|#is not#) "
+       "(#%_Message|(#%_Message_Text#)#)^(#");
+  fail_everywhere(L"value function session application c ?c=Save+it& <child> nyes is message(#");
+}
+
+TEST_F(FailingAllocations, AreAnAnswerOfTheMembers) {
+  make_page();
+  ASSERT_EQ(S_OK, typed_->put_Backable(VARIANT_FALSE));
+  const CComBSTR text(L"a text");
+  CComVariant message(L"another message");
+  const std::function<HRESULT(BSTR*)> members[] = {
+      [&](BSTR* out) { return typed_->ToParameter(text, text, out); },
+      [&](BSTR* out) { return typed_->get_CommandName(out); },
+      [&](BSTR* out) { return typed_->HTMLEncode(text, out); },
+      [&](BSTR*) { return typed_->AddLog(text, text); },
+      [&](BSTR*) { return typed_->Redirect(text); },
+      [&](BSTR*) { return typed_->AddMessage(&message, text); },
+      [&](BSTR*) { return typed_->put_Name(text); },
+      [&](BSTR*) { return typed_->Write(text, VARIANT_TRUE); },
+  };
+  for (std::size_t i = 0; i < std::size(members); ++i) {
+    bool has_failed = true;
+    for (int n = 0; has_failed; ++n) {
+      ASSERT_LT(n, 1000);
+      CComBSTR out;
+      HRESULT hr = S_FALSE;
+      try {
+        const FailingAllocation failing(n);
+        hr = members[i](out.put());
+        has_failed = failing.has_failed();
+      } catch (const std::bad_alloc&) {
+        hr = E_OUTOFMEMORY;  // of the host's objects, which throw it through
+      }
+      EXPECT_EQ(has_failed ? E_OUTOFMEMORY : S_OK, hr) << "member " << i << ", point " << n;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace test
