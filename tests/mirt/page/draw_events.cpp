@@ -409,6 +409,7 @@ TEST_F(Messages, ANumberChoosesOneOfTheTexts) {
       {CComVariant(LONG{0}), L"<code 80004005>Invalid OnDraw__Message_Text param length."},
       {CComVariant(LONG{3}), L"<code 80004005>Invalid OnDraw__Message_Text param length."},
       {CComVariant(LONG{-1}), L"<code 80004005>Invalid OnDraw__Message_Text param length."},
+      {CComVariant(LONG{65537}), L"<code 80004005>Invalid OnDraw__Message_Text param length."},
       {null_value(), L"<code 80020005>[(#%_Message#)]"},
       {CComVariant(1e300), L"<code 8002000A>[(#%_Message#)]"},
   };

@@ -120,6 +120,15 @@ TEST_F(Lifecycle, AnEmptyCommandNeedsNoFunctionButMayHaveOne) {
   EXPECT_EQ(Names{L"OnCommand_"}, run());
 }
 
+TEST_F(Lifecycle, ACommandThatItsFunctionTakesBackIsNoCommand) {
+  define_all();
+  script().function(L"OnCommand_Save", [](const Arguments& a) {
+    put(a[0].pdispVal, L"Command", L"");
+    return CComVariant(false);
+  });
+  EXPECT_EQ(all_, run());
+}
+
 TEST_F(Lifecycle, AnEmptyTemplateDrawsNothing) {
   answering(L"OnTemplate_", CComVariant(false));
   EXPECT_EQ(Names{L"OnTemplate_"}, run());
@@ -213,6 +222,19 @@ TEST_F(Lifecycle, ATemplateThatAFunctionRefusesIsDrawnFromItsFile) {
   answering(L"OnTemplate_list", CComVariant(false));
   process();
   EXPECT_EQ(L"from a file", output());
+}
+
+TEST_F(Lifecycle, AFunctionThatRefusesMayNameAnotherFile) {
+  use_folder();
+  file("list.html", "the list");
+  file("other.html", "the other");
+  put(page(), L"Template", L"list");
+  script().function(L"OnTemplate_list", [](const Arguments& a) {
+    put(a[0].pdispVal, L"Template", L"other");
+    return CComVariant(false);
+  });
+  process();
+  EXPECT_EQ(L"the other", output());
 }
 
 TEST_F(Lifecycle, ProcessMayRunAgain) {

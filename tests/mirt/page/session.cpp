@@ -277,6 +277,9 @@ TEST_F(SessionState, ANotBackablePageNeedsAName) {
   const Answer answer = call(page(), L"Process");
   EXPECT_EQ(E_FAIL, answer.hr);
   EXPECT_EQ(L"Could not get Command Name. Please specify property 'Name'.", answer.description);
+  asp_.calls->fail("Request.QueryString", E_ACCESSDENIED);
+  EXPECT_EQ(E_ACCESSDENIED, call(page(), L"Process").hr) << "the fields are there before their name is asked for";
+  asp_.calls->succeed("Request.QueryString");
   put(page(), L"Command", L"given");
   script().function(L"OnCommand_given", [](const Arguments&) { return CComVariant(); });
   EXPECT_EQ(L"Could not increment Command. Please specify property 'Name'.", call(page(), L"Process").description);
