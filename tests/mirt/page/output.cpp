@@ -28,6 +28,16 @@ TEST_F(Output, EncodesForAnyTruthAndNeverAnEmptyText) {
   EXPECT_EQ(1, asp_.calls->count("Server.HTMLEncode"));
 }
 
+TEST_F(Output, EncodesByItselfWhenThePageSaysSo) {
+  for (const bool self : {true, false, true}) {
+    put(page(), L"SelfEncode", self);
+    EXPECT_EQ(S_OK, call(page(), L"Write", L"<\"&", true).hr);
+    EXPECT_EQ(S_OK, call(page(), L"Write", L"<", false).hr);
+  }
+  EXPECT_EQ((fake::Texts{L"&lt;&quot;&amp;", L"<", L"«<\"&»", L"<", L"&lt;&quot;&amp;", L"<"}), asp_.response->writes);
+  EXPECT_EQ(1, asp_.calls->count("Server.HTMLEncode"));
+}
+
 TEST_F(Output, FailuresOfEncoderAndSinkArePassedOn) {
   asp_.calls->fail("Server.HTMLEncode", E_ABORT);
   EXPECT_EQ(E_ABORT, call(page(), L"Write", L"x", true).hr);
@@ -211,6 +221,8 @@ TEST_F(Arrays, AreNotMadeOfOtherThings) {
   ASSERT_EQ(S_OK, CComPtr<IDispatch>(page()).query(typed.put()));
   auto* const marker = reinterpret_cast<SAFEARRAY*>(0x10);
   SAFEARRAY* out = marker;
+  EXPECT_EQ(E_NOINTERFACE, typed->ToArray(script_.get(), &out));
+  EXPECT_EQ(marker, out);
   asp_.calls->fail("StringList.Count", E_ABORT);
   EXPECT_EQ(S_OK, typed->ToArray(list({L"a"}).get(), &out)) << "a list that cannot be counted";
   EXPECT_EQ(marker, out);
