@@ -23,6 +23,12 @@ void ByteBuffer::append(std::string_view bytes) {
 }
 
 void ByteBuffer::append_utf8(std::wstring_view text) {
+  // Templates write their literal text one character at a time.
+  if (text.size() == 1 && text[0] >= 0 && text[0] < 0x80) {
+    *make_room(1) = static_cast<char>(text[0]);
+    ++size_;
+    return;
+  }
   // A character takes four bytes at most, so one pass is enough.
   const std::size_t room = text.size() * 4;
   size_ += utf32_utf8(text.data(), text.size(), make_room(room), room);
