@@ -1,6 +1,7 @@
 // What it costs a page to get a connection, run a statement and give the connection back: connecting anew,
-// from the driver manager's pool, and from the host's. The host's asks the database whether it is still
-// there before it hands a connection out; the driver manager's asks the driver alone.
+// from the driver manager's pool, and from the host's. The host's asks a server whether it is still there,
+// and a file whether it is still the same, before it hands a connection out; the driver manager's asks the
+// driver alone.
 #include <benchmark/benchmark.h>
 #include <sys/wait.h>
 #include <unistd.h>
