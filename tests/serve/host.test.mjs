@@ -4,7 +4,7 @@ import { once } from 'node:events';
 import { connect } from 'node:net';
 import { test } from 'node:test';
 import { fileURLToPath } from 'node:url';
-import { serve } from './site.mjs';
+import { serve, serveUnder } from './site.mjs';
 
 const folder = fileURLToPath(new URL('host', import.meta.url));
 
@@ -136,6 +136,20 @@ served('an error is shown to the author, with the lines around it', async (site)
     assert.ok(answer.includes(shown), `${shown}\n${answer}`);
   assert.equal(site.log.filter((line) => line.startsWith('/fails.asp:4: ')).length, 1);
 }, { options: ['--debug'] });
+
+test('connections leave pages the files that they need', async () => {
+  const site = await serveUnder(['prlimit', '--nofile=100'], folder);
+  const { hostname, port } = new URL(site.address);
+  const idle = Array.from({ length: 49 }, () => connect(port, hostname));
+  await Promise.all(idle.map((socket) => once(socket, 'connect')));
+  assert.equal(bodyOf(await get(site, '/two.asp')), '2\n');
+  const beyond = Array.from({ length: 2 }, () => connect(port, hostname));
+  const [answer] = await Promise.race(beyond.map((socket) => once(socket, 'data')));
+  assert.equal(statusOf(answer.toString()), 503);
+  for (const socket of [...idle, ...beyond]) socket.destroy();
+  assert.match(site.log[0], /^zelto: 50 connections at a time in place of 4096: .*\(ulimit -n\)/);
+  assert.equal(await site.stop(), 0, site.log.join('\n'));
+});
 
 // Starts a page that runs for that long; resolves once it has begun. Its end is what comes of it.
 async function begin(site, milliseconds) {

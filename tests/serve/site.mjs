@@ -12,10 +12,14 @@ const examples = process.env.EXAMPLES;
 // `example` is one of the examples, or the absolute path of a site of a test.
 // The site's address, what the host has logged, says(), which waits for a line of its output, and stop(), which
 // answers its exit code or the signal that ended it.
-export async function serve(example, ...options) {
+export const serve = (example, ...options) => serveUnder([], example, ...options);
+
+// The same, started by another command: ['prlimit', '--nofile=100'].
+export async function serveUnder(command, example, ...options) {
   const folder = await mkdtemp(join(tmpdir(), 'site-'));
   await cp(resolve(examples, example), folder, { recursive: true });
-  const program = spawn(host, ['serve', folder, '--listen', '127.0.0.1:0', ...options], {
+  const [first, ...words] = [...command, host, 'serve', folder, '--listen', '127.0.0.1:0', ...options];
+  const program = spawn(first, words, {
     stdio: ['ignore', 'pipe', 'pipe'],
   });
   const exited = once(program, 'exit');

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 
 #include "site/program.h"
 
@@ -36,9 +37,16 @@ TEST_F(Command, TellsItsVersionAndItsUse) {
   EXPECT_TRUE(version.output.starts_with("zelto ")) << version.output;
   const Ran help = run({"--help"});
   EXPECT_EQ(help.status, 0);
+  EXPECT_LE(std::ranges::count(help.output, '\n'), 24) << "one screen";
+  const std::regex option("--[a-z-]+");
   for (const char* name : {"serve", "run", "register", "unregister"}) {
+    const std::string own = run({name, "--help"}).output;
+    for (std::sregex_iterator found(own.begin(), own.end(), option), end; found != end; ++found)
+      EXPECT_NE(help.output.find(found->str()), std::string::npos) << name << " " << found->str();
     EXPECT_NE(help.output.find(name), std::string::npos) << name;
   }
+  EXPECT_NE(help.output.find("Exit code: 0 done, 1 failed"), std::string::npos);
+  EXPECT_NE(run({"serve", "--help"}).output.find("session_limit"), std::string::npos);
   EXPECT_NE(run({"register", "--help"}).output.find("ZELTO_REGISTRY"), std::string::npos);
 }
 
@@ -87,7 +95,20 @@ TEST_F(Command, SaysWhyItCannotServe) {
   file("zelto.toml", "colour = 1\n");
   const Ran configured = run({"serve", "."});
   EXPECT_EQ(configured.status, 2);
-  EXPECT_EQ(configured.error, "zelto: ./zelto.toml: colour is not known\n");
+  EXPECT_EQ(configured.error, "zelto: ./zelto.toml:1: colour is not known; zelto serve --help lists what is\n");
+  EXPECT_EQ(run({"serve", "none"}).error, "zelto: 'none' is no folder\n");
+  EXPECT_EQ(run({"serve", ""}).error, "zelto: '' is no folder\n");
+  fs::remove(folder_ / "zelto.toml");
+  fs::create_directory(folder_ / "zelto.toml");
+  const Ran unreadable = run({"serve", "."});
+  EXPECT_EQ(unreadable.status, 2);
+  EXPECT_EQ(unreadable.error, "zelto: ./zelto.toml is no file\n");
+}
+
+TEST_F(Command, SaysThatAnAddressIsNotItsOwn) {
+  const Ran ran = run({"serve", ".", "--listen", "[2001:db8::1]:8080"});
+  EXPECT_EQ(ran.status, 1);
+  EXPECT_TRUE(ran.error.starts_with("zelto: listening on [2001:db8::1]:8080: ")) << ran.error;
 }
 
 TEST_F(Command, SaysThatAnAddressIsTaken) {
@@ -103,7 +124,9 @@ TEST_F(Command, SaysThatAnAddressIsTaken) {
   const std::string listen = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
   const Ran ran = run({"serve", ".", "--listen", listen});
   EXPECT_EQ(ran.status, 1);
-  EXPECT_EQ(ran.error, "zelto: listening on " + listen + ": Address already in use\n");
+  EXPECT_EQ(ran.error, "zelto: listening on " + listen +
+                           ": Address already in use; --listen, or listen in "
+                           "zelto.toml, takes another one\n");
   ::close(taken);
 }
 

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "app/commands.h"
+#include "app/configuration_file.h"
 
 #ifndef ZELTO_VERSION
 #error "the build says which version this is"
@@ -29,6 +30,7 @@ void add_serve(CLI::App& app, ServeCommand& command) {
       ->transform(CLI::Validator(refuse_sign, ""))  // runs before the one above
       ->type_name("SIZE");
   serve->add_flag("--debug", command.debug, "Let error pages show what went wrong");
+  serve->footer("The folder's zelto.toml may say, each with its default or an example:\n" + ConfigurationFile::help());
 }
 
 void add_run(CLI::App& app, RunCommand& command) {
@@ -67,6 +69,14 @@ int run_command_line(int argc, const char* const* argv) {
   CLI::App app("Zelto serves pages written in JavaScript.", "zelto");
   app.set_version_flag("--version", "zelto " ZELTO_VERSION);
   app.require_subcommand(1);
+  app.footer(
+      "serve [SITE] [--listen ADDRESS:PORT] [--workers NUMBER] [--body-limit SIZE]\n"
+      "      [--debug]\n"
+      "run PAGE [--site FOLDER] [--query TEXT] [--method NAME] [--debug]\n"
+      "      [--header 'NAME: VALUE']… [--body FILE] [--include-headers]\n"
+      "zelto SUBCOMMAND --help tells more; that of serve lists the keys of zelto.toml.\n\n"
+      "Exit code: 0 done, 1 failed (of run: also a status from 400), 2 wrong use or\n"
+      "zelto.toml, 3 serve has ended and something that its pages made was left over.");
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return std::string("zelto: ") + error.what() + " (zelto --help tells what there is)\n";
   });

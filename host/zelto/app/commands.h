@@ -8,7 +8,7 @@
 
 namespace zelto {
 
-// Exit codes.
+// Exit codes, as zelto --help tells them.
 inline constexpr int kSuccess = 0;
 inline constexpr int kFailure = 1;
 inline constexpr int kWrongUse = 2;

@@ -1,19 +1,13 @@
 #include "app/configuration.h"
 
-#include <fmt/format.h>
-
-#include <toml++/toml.h>
 #include <algorithm>
 #include <boost/asio/ip/address.hpp>
 #include <cctype>
 #include <charconv>
-#include <filesystem>
-#include <limits>
-#include <set>
-#include <stdexcept>
 #include <thread>
 
 #include "app/big_stack.h"
+#include "app/configuration_file.h"
 
 namespace zelto {
 
@@ -25,68 +19,13 @@ bool is_address(const std::string& text) {
   return !error;
 }
 
-class File {
- public:
-  explicit File(const std::string& name) : name_(name) {
-    if (!std::filesystem::exists(name)) return;
-    try {
-      table_ = toml::parse_file(name);
-    } catch (const toml::parse_error& error) {
-      throw WrongUse(fmt::format("{}:{}: {}", name, error.source().begin.line, std::string(error.description())));
-    }
-    static const std::set<std::string_view> known{
-        "listen",          "workers",           "body_limit", "script_timeout",
-        "session_timeout", "default_documents", "protect",    "trusted_proxies",
-        "session_limit",   "session_node",      "debug"};
-    for (const auto& [key, value] : table_) {
-      if (!known.contains(key.str())) fail(key.str(), "is not known");
-    }
-  }
-
-  template <class Value>
-  std::optional<Value> get(std::string_view key) const {
-    const auto node = table_[key];
-    if (!node) return std::nullopt;
-    auto value = node.template value_exact<Value>();
-    if (!value) fail(key, "has a value of the wrong type");
-    return value;
-  }
-  std::optional<std::vector<std::string>> texts(std::string_view key) const {
-    const auto node = table_[key];
-    if (!node) return std::nullopt;
-    std::vector<std::string> values;
-    const toml::array* list = node.as_array();
-    if (!list) fail(key, "is no list");
-    for (const auto& element : *list) {
-      const auto text = element.value_exact<std::string>();
-      if (!text) fail(key, "has a value of the wrong type");
-      values.push_back(*text);
-    }
-    return values;
-  }
-  std::optional<std::int64_t> number(std::string_view key, std::int64_t least, std::int64_t most) const {
-    const auto value = get<std::int64_t>(key);
-    if (value && (*value < least || *value > most)) {
-      fail(key, fmt::format("is a number from {} to {}", least, most));
-    }
-    return value;
-  }
-  [[noreturn]] void fail(std::string_view key, std::string_view what) const {
-    throw WrongUse(fmt::format("{}: {} {}", name_, key, what));
-  }
-
- private:
-  std::string name_;
-  toml::table table_;
-};
-
-void read_site(const File& file, SiteOptions& site) {
-  site.debug = file.get<bool>("debug").value_or(false);
+void read_site(const ConfigurationFile& file, SiteOptions& site) {
+  site.debug = file.flag("debug").value_or(false);
   site.script_timeout = std::chrono::seconds(file.number("script_timeout", 1, 86400).value_or(90));
   site.session_timeout = static_cast<LONG>(file.number("session_timeout", 1, 1440).value_or(20));
   const auto limit = file.number("session_limit", 1, 10'000'000);
   if (limit) site.session_limit = static_cast<std::size_t>(*limit);
-  if (const auto node = file.get<std::string>("session_node")) {
+  if (const auto node = file.text("session_node")) {
     const auto is_plain = [](unsigned char c) { return std::isalnum(c) != 0; };
     if (node->empty() || !std::ranges::all_of(*node, is_plain)) file.fail("session_node", "takes letters and digits");
     site.session_suffix = "." + *node;
@@ -97,10 +36,10 @@ void read_site(const File& file, SiteOptions& site) {
   }
 }
 
-void read_server(const File& file, ServerOptions& server) {
+void read_server(const ConfigurationFile& file, ServerOptions& server) {
   constexpr std::int64_t kMostBytes = std::int64_t{1} << 40;
   const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
-  set_listen_address(file.get<std::string>("listen").value_or("127.0.0.1:8080"), server);
+  set_listen_address(file.text("listen").value_or("127.0.0.1:8080"), server);
   server.workers = static_cast<unsigned>(file.number("workers", 1, 1024).value_or(std::int64_t{2} * cores));
   server.worker_stack = kPageStack;
   const auto limit = file.number("body_limit", 0, kMostBytes);
@@ -128,7 +67,7 @@ void set_listen_address(const std::string& text, ServerOptions& options) {
 }
 
 Configuration read_configuration(const ServeCommand& command) {
-  const File file(command.site + "/zelto.toml");
+  const ConfigurationFile file(command.site + "/zelto.toml");
   Configuration made;
   made.site.root = command.site;
   read_site(file, made.site);

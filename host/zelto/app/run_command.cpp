@@ -59,13 +59,14 @@ HttpRequest make_request(const RunCommand& command, const std::string& path) {
 int run_page_file(const RunCommand& command) {
   set_up_runtime();
   const auto page = canonical_path(command.page);
-  if (!page || !std::filesystem::is_regular_file(*page)) throw WrongUse(command.page + " is no file");
+  if (!page || !std::filesystem::is_regular_file(*page))
+    throw WrongUse("'" + command.page + "' is no file that can be read");
   SiteOptions options;
   options.root = command.site.empty() ? page->substr(0, page->rfind('/') + 1) : command.site;
   options.debug = command.debug;
   options.log = [](std::string_view line) { std::cerr << "zelto: " << line << "\n"; };
   Site site(std::move(options));
-  if (!page->starts_with(site.root() + "/")) throw WrongUse(command.page + " does not lie in the site");
+  if (!page->starts_with(site.root() + "/")) throw WrongUse("'" + command.page + "' does not lie in the site");
   const std::string path = page->substr(site.root().size());
   ConsoleSink sink(stdout, command.include_headers);
   int status = 0;

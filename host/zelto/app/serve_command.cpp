@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <iostream>
 #include <mutex>
+#include <stdexcept>
+#include <system_error>
 
 #include <korlib/activation.h>
 #include <korlib_host/diagnostics.h>
@@ -13,6 +15,7 @@
 
 #include "app/commands.h"
 #include "app/configuration.h"
+#include "app/connection_room.h"
 #include "app/runtime.h"
 #include "app/session_sweeper.h"
 #include "app/site_worker.h"
@@ -66,6 +69,26 @@ std::string shown_address(const ServerOptions& options, std::uint16_t port) {
   return fmt::format("http://{}:{}/", host, port);
 }
 
+void make_room(HttpLimits& limits, Log& log) {
+  const std::size_t fit = make_room_for_connections(limits.connections);
+  if (fit < limits.connections) {
+    log.line(fmt::format("zelto: {} connections at a time in place of {}: the limit of open files (ulimit -n) is low",
+                         fit, limits.connections));
+  }
+  limits.connections = fit;
+}
+
+void start(Server& server) {
+  try {
+    server.start();
+  } catch (const std::system_error& error) {
+    std::string_view advice;
+    if (error.code() == std::errc::address_in_use) advice = "; --listen, or listen in zelto.toml, takes another one";
+    if (error.code() == std::errc::permission_denied) advice = "; ports below 1024 take CAP_NET_BIND_SERVICE";
+    throw std::runtime_error(error.what() + std::string(advice));
+  }
+}
+
 // Once workers, sessions and the application have gone, no object may be alive and no module in use.
 bool nothing_is_left(Log& log) {
   CoFreeUnusedLibraries();
@@ -81,12 +104,14 @@ bool nothing_is_left(Log& log) {
 int serve_site(const ServeCommand& command) {
   constexpr auto kSweepPause = std::chrono::seconds(15);
   constexpr auto kGrace = std::chrono::seconds(30);
-  if (!std::filesystem::is_directory(command.site)) throw WrongUse(command.site + " is no folder");
+  std::error_code error;
+  if (!std::filesystem::is_directory(command.site, error)) throw WrongUse("'" + command.site + "' is no folder");
   set_up_runtime();
   Log log;
   Configuration configuration = read_configuration(command);
   configuration.site.log = [&log](std::string_view line) { log.line(line); };
   configuration.server.on_access = [&log](const AccessRecord& record) { log.line(combined_line(record)); };
+  make_room(configuration.server.limits, log);
   std::signal(SIGPIPE, SIG_IGN);
   const EndSignals signals;
   bool all_answered = false;
@@ -94,7 +119,7 @@ int serve_site(const ServeCommand& command) {
     Site site(configuration.site);
     const SessionSweeper sweeper(site.sessions(), kSweepPause, configuration.site.log);
     Server server(configuration.server, [&site] { return std::make_unique<SiteWorker>(site); });
-    server.start();
+    start(server);
     std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;
     signals.wait();
     std::cout << "Stopping once every request is answered, or when asked again" << std::endl;

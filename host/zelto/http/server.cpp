@@ -81,8 +81,8 @@ class Server::Impl {
     if (!error) acceptor_.bind(endpoint, error);
     if (!error) acceptor_.listen(asio::socket_base::max_listen_connections, error);
     if (error) {
-      throw std::system_error(std::error_code(error),
-                              "listening on " + options_.address + ":" + std::to_string(options_.port));
+      const std::string host = address.is_v6() ? "[" + options_.address + "]" : options_.address;
+      throw std::system_error(std::error_code(error), "listening on " + host + ":" + std::to_string(options_.port));
     }
     port_ = acceptor_.local_endpoint().port();
   }

@@ -5,6 +5,9 @@
 #include <filesystem>
 #include <fstream>
 
+#include "app/configuration_file.h"
+#include "app/connection_room.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -97,23 +100,63 @@ TEST_F(Configuration, KnowsTheNameOfThisMachine) {
 }
 
 TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
-  const std::string file = command.site + "/zelto.toml";
-  EXPECT_EQ(problem("wrokers = 3"), file + ": wrokers is not known");
-  EXPECT_EQ(problem("workers = \"3\""), file + ": workers has a value of the wrong type");
-  EXPECT_EQ(problem("workers = 0"), file + ": workers is a number from 1 to 1024");
-  EXPECT_EQ(problem("session_limit = 0"), file + ": session_limit is a number from 1 to 10000000");
+  struct Row {
+    std::string text;
+    std::string problem;  // behind the file's name
+  };
+  const std::string protect = ":1: protect takes \"folder/\", \"*.extension\" or \"file\"";
+  const std::vector<Row> rows = {
+      {"wrokers = 3", ":1: wrokers is not known; zelto serve --help lists what is"},
+      {"\n[server]\nlisten = 1", ":2: server is not known; zelto serve --help lists what is"},
+      {"debug = true\nworkers = \"3\"", ":2: workers has a value of the wrong type; a right one is 4"},
+      {"workers = 3.0", ":1: workers has a value of the wrong type; a right one is 4"},
+      {"debug = 1", ":1: debug has a value of the wrong type; a right one is false"},
+      {"listen = 80", ":1: listen has a value of the wrong type; a right one is \"127.0.0.1:8080\""},
+      {"protect = \"a\"", ":1: protect has a value of the wrong type; a right one is [\"drafts/\", \"*.cfg\"]"},
+      {"protect = [1]", ":1: protect has a value of the wrong type; a right one is [\"drafts/\", \"*.cfg\"]"},
+      {"workers = 0", ":1: workers is a number from 1 to 1024"},
+      {"body_limit = -1", ":1: body_limit is a number from 0 to 1099511627776"},
+      {"script_timeout = 0", ":1: script_timeout is a number from 1 to 86400"},
+      {"session_timeout = 1441", ":1: session_timeout is a number from 1 to 1440"},
+      {"session_limit = 0", ":1: session_limit is a number from 1 to 10000000"},
+      {"protect = [\"\"]", protect},
+      {"protect = [\"/\"]", protect},
+      {"protect = [\"*\"]", protect},
+      {"protect = [\"*.\"]", protect},
+      {"protect = [\"a/b\"]", protect},
+      {"protect = [\"a*\"]", protect},
+      {"protect = [\"*.a/\"]", protect},
+      {"trusted_proxies = [\"proxy\"]", ":1: trusted_proxies takes addresses, as in \"127.0.0.1\""},
+      {"session_node = \"a;b\"", ":1: session_node takes letters and digits"},
+      {"workers = 1\nworkers = 2",
+       ":2: Error while parsing key-value pair: cannot redefine existing integer 'workers'"},
+      {"listen = \"\xFF\"", ":1: Encountered invalid utf-8 sequence"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(problem(row.text), command.site + "/zelto.toml" + row.problem) << row.text;
+  EXPECT_EQ(problem("a = \n").find(command.site + "/zelto.toml:1: "), 0u);
   EXPECT_EQ(problem("listen = \"here\""), "'here' is no ADDRESS:PORT");
   EXPECT_EQ(problem("listen = \"1.2.3.4:70000\""), "'1.2.3.4:70000' is no ADDRESS:PORT");
   EXPECT_EQ(problem("listen = \"example.org:80\""), "'example.org' is no address to listen on");
-  EXPECT_EQ(problem("protect = \"a\""), file + ": protect is no list");
-  EXPECT_EQ(problem("protect = [1]"), file + ": protect has a value of the wrong type");
-  for (const char* name : {"", "/", "*", "*.", "a/b", "a*", "*.a/"})
-    EXPECT_EQ(problem("protect = [\"" + std::string(name) + "\"]"),
-              file + ": protect takes \"folder/\", \"*.extension\" or \"file\"")
-        << name;
-  EXPECT_EQ(problem("trusted_proxies = [\"proxy\"]"), file + ": trusted_proxies takes addresses, as in \"127.0.0.1\"");
-  EXPECT_EQ(problem("session_node = \"a;b\""), file + ": session_node takes letters and digits");
-  EXPECT_EQ(problem("a = \n").substr(0, file.size() + 3), file + ":1:");
+}
+
+TEST_F(Configuration, SaysThatItsFileCannotBeRead) {
+  const std::string file = command.site + "/zelto.toml";
+  fs::create_directory(file);
+  EXPECT_EQ(problem(""), file + " is no file");
+  fs::remove(file);
+  fs::create_symlink(file, file);
+  EXPECT_EQ(problem(""), file + " cannot be read: Too many levels of symbolic links");
+}
+
+// Every key that the help lists is one, and its example is right.
+TEST_F(Configuration, TakesWhatItsHelpShows) { EXPECT_EQ(problem(zelto::ConfigurationFile::help()), "none"); }
+
+TEST(ConnectionRoom, LeavesFilesForPages) {
+  EXPECT_EQ(zelto::connections_that_fit(20'000, 4096), 4096u);
+  EXPECT_EQ(zelto::connections_that_fit(5120, 4096), 4096u);
+  EXPECT_EQ(zelto::connections_that_fit(5119, 4096), 2559u);
+  EXPECT_EQ(zelto::connections_that_fit(100, 4096), 50u);
+  EXPECT_EQ(zelto::connections_that_fit(100, 10), 10u);
 }
 
 }  // namespace

@@ -1,0 +1,31 @@
+#include "app/connection_room.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+
+namespace zelto {
+
+namespace {
+
+constexpr std::size_t kForPages = 1024;
+
+}  // namespace
+
+std::size_t connections_that_fit(std::size_t files, std::size_t wanted) {
+  return files >= wanted + kForPages ? wanted : std::min(wanted, files / 2);
+}
+
+std::size_t make_room_for_connections(std::size_t wanted) {
+  rlimit files{};
+  if (getrlimit(RLIMIT_NOFILE, &files) != 0) return wanted;
+  const rlim_t needed = wanted + kForPages;
+  if (files.rlim_cur < needed) {
+    rlimit raised = files;
+    raised.rlim_cur = std::min(files.rlim_max, needed);
+    if (setrlimit(RLIMIT_NOFILE, &raised) == 0) files = raised;
+  }
+  return connections_that_fit(files.rlim_cur, wanted);
+}
+
+}  // namespace zelto
