@@ -1,28 +1,10 @@
 // The members of every interface: names, identifiers, kinds of call, arguments and results.
-#include <cwchar>
 #include <cwctype>
 
-#include <korlib/activation.h>
-#include <korlib/typeinfo.h>
-
-#include "mirt/frame/recording_objects.h"
-#include "support/fake.h"
-#include "support/module.h"
+#include "mirt/frame/type_info_test.h"
 
 namespace test {
-
-std::wstring shown(const VARIANT* value) {
-  CComVariant text;
-  if (FAILED(VariantChangeType(&text, value, 0, VT_BSTR))) return std::to_wstring(value->vt);
-  return std::to_wstring(value->vt) + L":" + std::wstring(korlib::view_of(text.bstrVal));
-}
-
 namespace {
-
-constexpr WORD M = DISPATCH_METHOD;
-constexpr WORD G = DISPATCH_PROPERTYGET;
-constexpr WORD P = DISPATCH_PROPERTYPUT;
-constexpr WORD R = DISPATCH_PROPERTYPUTREF;
 
 // One row of a member table: a kind of call that is served. `inputs` has a letter a parameter: s string,
 // b boolean, l long, v variant, o object; `result` likewise, with u for IUnknown, a for an array and a
@@ -126,10 +108,8 @@ const Row kFormFileRows[] = {
     {4, L"Stream", G, "", 'o'},
 };
 
-class MemberTables : public ModuleTest {
+class MemberTables : public TypeInfoTest {
  protected:
-  ITypeInfo* info(const char* name) { return *module_.symbol<ITypeInfo*>(name); }
-
   // An argument of that kind, and how a member logs it: given in a form that needs conversion.
   CComVariant argument(char kind, std::wstring* logged) {
     switch (kind) {
@@ -149,18 +129,6 @@ class MemberTables : public ModuleTest {
         *logged = L"8:v";
         return value_of(L"v");
     }
-  }
-
-  Answer invoke(ITypeInfo* type, void* object, DISPID id, WORD flags, std::vector<CComVariant> arguments) {
-    std::vector<VARIANT> block(arguments.rbegin(), arguments.rend());
-    DISPPARAMS params{block.data(), nullptr, static_cast<UINT>(block.size()), 0};
-    Answer answer;
-    VARIANT result;
-    result.vt = 0xA5A5;
-    answer.hr = type->Invoke(object, id, flags, &params, &result, nullptr, nullptr);
-    EXPECT_NE(0xA5A5, result.vt);
-    answer.value.attach(&result);
-    return answer;
   }
 
   static VARTYPE type_of(char result) {
@@ -270,14 +238,6 @@ class MemberTables : public ModuleTest {
     }
   }
 
-  static DISPID id_in(ITypeInfo* type, const std::wstring& name) {
-    LPOLESTR names[] = {const_cast<LPOLESTR>(name.c_str())};
-    MEMBERID id = 12345;
-    const HRESULT hr = type->GetIDsOfNames(names, 1, &id);
-    EXPECT_EQ(id == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK, hr);
-    return id;
-  }
-
   void check_unknown_identifiers(const char* type_name, void* instance, std::initializer_list<DISPID> ids) {
     for (const DISPID id : ids) {
       for (const WORD kind : {M, G, P, R}) {
@@ -285,8 +245,6 @@ class MemberTables : public ModuleTest {
       }
     }
   }
-
-  CComPtr<FakeScript> script_ = FakeScript::make();
 };
 
 TEST_F(MemberTables, ServeThePageController) { check<RecordingMirt>("g_pTI_IMirt", kMirtRows); }
@@ -347,6 +305,8 @@ TEST_F(MemberTables, LookAtTheFirstNameOnly) {
   EXPECT_EQ(E_INVALIDARG, type->GetIDsOfNames(nullptr, 1, ids));
   EXPECT_EQ(E_INVALIDARG, type->GetIDsOfNames(names, 0, ids));
   EXPECT_EQ(E_INVALIDARG, type->GetIDsOfNames(names, 1, nullptr));
+  names[0] = nullptr;
+  EXPECT_EQ(E_INVALIDARG, type->GetIDsOfNames(names, 1, ids));
 }
 
 // A caller that cannot tell a read from a call sets both bits.
@@ -359,178 +319,6 @@ TEST_F(MemberTables, ServeEitherKindThatACallerOffers) {
   EXPECT_EQ(S_OK, invoke(type, instance, 1, P | R, {value_of(script_)}).hr);
   EXPECT_EQ(S_OK, invoke(type, instance, 10, G | R, {value_of(script_)}).hr);  // the write goes first
   EXPECT_EQ(L"Process()get_Name()putref_Script(object)putref_Output(object)", page.log);
-}
-
-TEST_F(MemberTables, FollowReferencesToVariants) {
-  RecordingMirt page;
-  void* instance = static_cast<IMirt*>(&page);
-  ITypeInfo* type = info("g_pTI_IMirt");
-  CComVariant text(L"by reference");
-  CComVariant object = value_of(script_);
-  EXPECT_EQ(S_OK, invoke(type, instance, 36, M, {by_reference(&text)}).hr);
-  EXPECT_EQ(S_OK, invoke(type, instance, 21, M, {by_reference(&object)}).hr);
-  EXPECT_EQ(S_OK, invoke(type, instance, 29, M, {by_reference(&text), by_reference(&text)}).hr);
-  EXPECT_EQ(L"Redirect(by reference)AddScript(object)AddMessage(8:by reference,by reference)", page.log);
-}
-
-TEST_F(MemberTables, RefuseArgumentsThatDoNotConvert) {
-  RecordingMirt page;
-  void* instance = static_cast<IMirt*>(&page);
-  ITypeInfo* type = info("g_pTI_IMirt");
-  CComVariant no_object;
-  no_object.vt = VT_DISPATCH;
-  no_object.pdispVal = nullptr;
-  CComVariant no_unknown;
-  no_unknown.vt = VT_UNKNOWN;
-  no_unknown.punkVal = nullptr;
-  const struct {
-    DISPID id;
-    WORD kind;
-    std::vector<CComVariant> arguments;
-    HRESULT hr;
-  } rows[] = {
-      {36, M, {null_value()}, DISP_E_TYPEMISMATCH},         // a string
-      {16, P, {value_of(L"maybe")}, DISP_E_TYPEMISMATCH},   // a boolean
-      {43, M, {value_of(L"soon")}, DISP_E_TYPEMISMATCH},    // a number
-      {43, M, {value_of(1e300)}, DISP_E_TYPEMISMATCH},      // one that is too large
-      {21, M, {value_of(L"object")}, DISP_E_TYPEMISMATCH},  // objects
-      {21, M, {no_object}, E_INVALIDARG},
-      {21, M, {no_unknown}, E_INVALIDARG},
-      {10, R, {value_of(1)}, DISP_E_TYPEMISMATCH},
-      {10, R, {no_object}, E_INVALIDARG},
-      {10, R, {no_unknown}, E_INVALIDARG},
-  };
-  for (const auto& row : rows) EXPECT_EQ(row.hr, invoke(type, instance, row.id, row.kind, row.arguments).hr) << row.id;
-  EXPECT_EQ(L"", page.log);
-}
-
-TEST_F(MemberTables, TakeObjectsUnderEitherType) {
-  RecordingMirt page;
-  void* instance = static_cast<IMirt*>(&page);
-  ITypeInfo* type = info("g_pTI_IMirt");
-  const CComVariant as_unknown = value_of(static_cast<IUnknown*>(script_.get()));
-  EXPECT_EQ(S_OK, invoke(type, instance, 21, M, {as_unknown}).hr);
-  EXPECT_EQ(S_OK, invoke(type, instance, 10, R, {as_unknown}).hr);
-  EXPECT_EQ(L"AddScript(object)putref_Output(object)", page.log);
-}
-
-TEST_F(MemberTables, FireEventGivesItsResultThroughAReference) {
-  RecordingMirt page;
-  void* instance = static_cast<IMirt*>(&page);
-  ITypeInfo* type = info("g_pTI_IMirt");
-  CComVariant outcome(L"before");
-  const Answer answer = invoke(type, instance, 28, M, {value_of(L"name"), value_of(1), by_reference(&outcome)});
-  EXPECT_TRUE(is_true(answer));
-  EXPECT_EQ(L"FireEvent(name,3:1,8:before)", page.log);
-  EXPECT_EQ(L"fired", shown(outcome.bstrVal));
-  // By value the caller's argument stays as it was.
-  const CComVariant kept(L"before");
-  EXPECT_TRUE(is_true(invoke(type, instance, 28, M, {value_of(L"name"), value_of(1), kept})));
-  EXPECT_EQ(L"before", shown(kept.bstrVal));
-}
-
-class ViewMember : public MemberTables {
- protected:
-  void SetUp() override {
-    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_ScriptingDictionary, nullptr, CLSCTX_INPROC_SERVER,
-                                     korlib::iid_of<IKorLibDictionary>, dictionary_.put_void()));
-    page_.view = dictionary_.get();
-  }
-  Answer view(DISPID id, WORD kind, std::vector<CComVariant> arguments) {
-    return invoke(info("g_pTI_IMirt"), static_cast<IMirt*>(&page_), id, kind, std::move(arguments));
-  }
-  CComVariant item(const CComVariant& key) {
-    CComVariant value;
-    EXPECT_EQ(S_OK, dictionary_->get_Item(key, &value));
-    return value;
-  }
-
-  RecordingMirt page_;
-  CComPtr<IKorLibDictionary> dictionary_;
-};
-
-TEST_F(ViewMember, IsTheDictionaryOrAnItemOfIt) {
-  EXPECT_EQ(11, id_in(info("g_pTI_IMirt"), L"View"));
-  EXPECT_EQ(12, id_in(info("g_pTI_IMirt"), L"setview"));
-  EXPECT_TRUE(object_of(view(11, G, {})) == page_.view);
-  // Named, not temporaries: a VARIANT that is passed by value owns nothing, but takes a temporary's value.
-  CComVariant key(L"title");
-  const CComVariant hello(L"Hello");
-  ASSERT_EQ(S_OK, dictionary_->put_Item(key, hello));
-  EXPECT_EQ(L"Hello", text_of(view(11, G, {value_of(L"title")})));
-  EXPECT_EQ(L"Hello", text_of(view(11, G, {by_reference(&key)})));
-  EXPECT_EQ(VT_EMPTY, view(11, G, {value_of(L"new")}).value.vt);
-}
-
-TEST_F(ViewMember, StoresThroughSetViewAndThroughAWrite) {
-  EXPECT_EQ(S_OK, view(12, M, {value_of(L"a"), value_of(1)}).hr);
-  EXPECT_EQ(S_OK, view(11, P, {value_of(L"b"), value_of(2)}).hr);
-  EXPECT_EQ(S_OK, view(11, R, {value_of(L"c"), value_of(script_)}).hr);
-  EXPECT_EQ(S_OK, view(12, M, {value_of(L"d"), value_of(script_)}).hr);
-  CComVariant replacement(L"3");
-  EXPECT_EQ(S_OK, view(12, M, {value_of(L"a"), by_reference(&replacement)}).hr);
-  EXPECT_EQ(L"3", shown(item(CComVariant(L"a")).bstrVal));
-  EXPECT_EQ(2, item(CComVariant(L"b")).lVal);
-  EXPECT_EQ(script_.get(), item(CComVariant(L"c")).pdispVal);
-  EXPECT_EQ(script_.get(), item(CComVariant(L"d")).pdispVal);
-}
-
-TEST_F(ViewMember, NeedsItsArgumentsAndItsKinds) {
-  for (const auto& arguments : {std::vector<CComVariant>{}, std::vector<CComVariant>{value_of(L"a")}}) {
-    EXPECT_EQ(DISP_E_BADPARAMCOUNT, view(12, M, arguments).hr);
-    EXPECT_EQ(DISP_E_BADPARAMCOUNT, view(11, P, arguments).hr);
-    EXPECT_EQ(DISP_E_BADPARAMCOUNT, view(11, R, arguments).hr);
-  }
-  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, view(11, M, {}).hr);
-  for (const WORD kind : {G, P, R}) EXPECT_EQ(DISP_E_MEMBERNOTFOUND, view(12, kind, {value_of(1), value_of(2)}).hr);
-}
-
-TEST_F(ViewMember, NeedsADictionaryForItems) {
-  page_.view = nullptr;
-  EXPECT_EQ(E_FAIL, view(11, G, {}).hr);
-  EXPECT_EQ(E_NOINTERFACE, view(11, G, {value_of(L"a")}).hr);
-  EXPECT_EQ(E_NOINTERFACE, view(12, M, {value_of(L"a"), value_of(1)}).hr);
-  page_.view = script_.get();  // an object, but none that keeps items
-  EXPECT_EQ(E_NOINTERFACE, view(11, G, {value_of(L"a")}).hr);
-  EXPECT_EQ(E_NOINTERFACE, view(11, P, {value_of(L"a"), value_of(1)}).hr);
-}
-
-TEST_F(MemberTables, TypeInformationIsStaticAndBare) {
-  for (const char* type_name : {"g_pTI_IMirt", "g_pTI_IMirtedTemplator", "g_pTI_IFormFile", "g_pTI_ITextTemplator",
-                                "g_pTI_IUtility", "g_pTI_IStringList", "g_pTI_IRequestDictionary"}) {
-    ITypeInfo* type = info(type_name);
-    ASSERT_NE(nullptr, type) << type_name;
-    EXPECT_EQ(2u, type->AddRef());
-    EXPECT_EQ(1u, type->Release());
-    EXPECT_EQ(1u, type->Release());
-    CComPtr<ITypeInfo> same;
-    EXPECT_EQ(S_OK, type->QueryInterface(IID_ITypeInfo, same.put_void()));
-    EXPECT_EQ(type, same.get());
-    CComPtr<IUnknown> unknown;
-    EXPECT_EQ(S_OK, type->QueryInterface(IID_IUnknown, unknown.put_void()));
-    void* other = type;
-    EXPECT_EQ(E_NOINTERFACE, type->QueryInterface(IID_IDispatch, &other));
-    EXPECT_EQ(nullptr, other);
-    EXPECT_EQ(E_INVALIDARG, type->QueryInterface(IID_ITypeInfo, nullptr));
-
-    EXPECT_EQ(E_NOTIMPL, type->GetTypeAttr(nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetTypeComp(nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetFuncDesc(0, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetVarDesc(0, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetNames(0, nullptr, 0, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetRefTypeOfImplType(0, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetImplTypeFlags(0, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetDocumentation(0, nullptr, nullptr, nullptr, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetDllEntry(0, INVOKE_FUNC, nullptr, nullptr, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetRefTypeInfo(0, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->AddressOfMember(0, INVOKE_FUNC, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->CreateInstance(nullptr, IID_IUnknown, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetMops(0, nullptr));
-    EXPECT_EQ(E_NOTIMPL, type->GetContainingTypeLib(nullptr, nullptr));
-    type->ReleaseTypeAttr(nullptr);
-    type->ReleaseFuncDesc(nullptr);
-    type->ReleaseVarDesc(nullptr);
-  }
 }
 
 }  // namespace

@@ -18,7 +18,12 @@ inline std::wstring shown(BSTR text) { return text ? std::wstring(korlib::view_o
 inline std::wstring shown(LONG number) { return std::to_wstring(number); }
 inline std::wstring shown(VARIANT_BOOL truth) { return std::to_wstring(truth); }
 inline std::wstring shown(const IUnknown* object) { return object ? L"object" : L"no object"; }
-std::wstring shown(const VARIANT* value);  // "type:text"
+// "type:text".
+inline std::wstring shown(const VARIANT* value) {
+  CComVariant text;
+  if (FAILED(VariantChangeType(&text, value, 0, VT_BSTR))) return std::to_wstring(value->vt);
+  return std::to_wstring(value->vt) + L":" + std::wstring(korlib::view_of(text.bstrVal));
+}
 
 // What members log and answer. Lives on the test's stack and is not counted.
 template <class Interface>
