@@ -8,7 +8,18 @@
 namespace test {
 namespace {
 
-using CryptFallbacks = Fallbacks;
+class CryptFallbacks : public Fallbacks {
+ protected:
+  // Also sees that the two arguments behind the size are left alone.
+  BOOL decode(const wchar_t* text, DWORD length, BYTE* bytes, DWORD* size) {
+    DWORD skip = 77;
+    DWORD flags = 77;
+    const BOOL done = FALLBACK(CryptStringToBinaryW)(text, length, CRYPT_STRING_BASE64, bytes, size, &skip, &flags);
+    EXPECT_EQ(77u, skip);
+    EXPECT_EQ(77u, flags);
+    return done;
+  }
+};
 
 std::string hexadecimal(const std::vector<BYTE>& bytes) {
   std::string text;
@@ -124,14 +135,6 @@ TEST_F(CryptFallbacks, Base64NeverBreaksLines) {
 }
 
 TEST_F(CryptFallbacks, Base64BytesFollowTheSizeProtocol) {
-  const auto decode = [this](const wchar_t* text, DWORD length, BYTE* bytes, DWORD* size) {
-    DWORD skip = 77;
-    DWORD flags = 77;
-    const BOOL done = FALLBACK(CryptStringToBinaryW)(text, length, CRYPT_STRING_BASE64, bytes, size, &skip, &flags);
-    EXPECT_EQ(77u, skip);
-    EXPECT_EQ(77u, flags);
-    return done;
-  };
   BYTE bytes[8];
   DWORD size = 0;
   EXPECT_TRUE(decode(L"QQ==", 4, nullptr, &size));
@@ -157,7 +160,8 @@ TEST_F(CryptFallbacks, Base64BytesFollowTheSizeProtocol) {
   EXPECT_FALSE(decode(cut, 6, bytes, &size));  // nor beyond a NUL
   EXPECT_EQ(0u, size);
 
-  for (const wchar_t* bad : {L"", L"QQ", L" \r\n\t", L"=QQQ", L"QQQ!", L"Q===", L"\u3042QQQ"}) {
+  // U+0141 is 0x100 behind an "A".
+  for (const wchar_t* bad : {L"", L"QQ", L" \r\n\t", L"=QQQ", L"QQQ!", L"Q===", L"\u3042QQQ", L"QQQ\u0141"}) {
     size = 8;
     EXPECT_FALSE(decode(bad, 0, bytes, &size));
     EXPECT_EQ(0u, size);
@@ -167,7 +171,22 @@ TEST_F(CryptFallbacks, Base64BytesFollowTheSizeProtocol) {
   }
   EXPECT_FALSE(decode(nullptr, 0, bytes, &size));
   EXPECT_FALSE(decode(L"QQ==", 0, bytes, nullptr));
+  size = 8;
   EXPECT_FALSE(FALLBACK(CryptStringToBinaryW)(L"QQ==", 0, 2, bytes, &size, nullptr, nullptr));
+}
+
+TEST_F(CryptFallbacks, Base64DropsBlanksAndEndsAtANul) {
+  const wchar_t ended[] = {L'Q', L'Q', L'=', L'=', 0, L'!', 0};
+  DWORD size = 8;
+  BYTE bytes[8];
+  EXPECT_TRUE(decode(ended, 6, bytes, &size));
+  EXPECT_EQ(1u, size);
+  for (const wchar_t* blanks : {L"Q\tQ==", L" QQ==", L"QQ=\r\n=", L"QQ== \t"}) {
+    size = 8;
+    EXPECT_TRUE(decode(blanks, 0, bytes, &size)) << testing::PrintToString(blanks);
+    EXPECT_EQ(1u, size);
+    EXPECT_EQ(0x41, bytes[0]);
+  }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <atomic>
 #include <chrono>
+#include <latch>
 #include <thread>
 #include <vector>
 
@@ -51,11 +52,14 @@ TEST_F(SyncFallbacks, InterlockedOperationsAnswerTheNewValue) {
 }
 
 TEST_F(SyncFallbacks, InterlockedOperationsLoseNothing) {
+  constexpr int kThreads = 4;
   long value = 0;
+  std::latch together(kThreads);
   std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
+  for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([&, up = i % 2 == 0] {
-      for (int n = 0; n < 10'000; ++n)
+      together.arrive_and_wait();
+      for (int n = 0; n < 100'000; ++n)
         up ? FALLBACK(InterlockedIncrement)(&value) : FALLBACK(InterlockedDecrement)(&value);
     });
   }

@@ -52,8 +52,10 @@ TEST_F(VariantFallbacks, AssigningCopiesAndFrees) {
 }
 
 TEST_F(VariantFallbacks, AssigningTextMakesAString) {
-  CComVariant target(LONG{5});
+  CComPtr<FakeScript> object = FakeScript::make();
+  CComVariant target = value_of(static_cast<IDispatch*>(object.get()));
   assign(&target, L"one");
+  EXPECT_EQ(1u, object->references());
   ASSERT_EQ(VT_BSTR, target.vt);
   EXPECT_STREQ(L"one", target.bstrVal);
   assign(&target, target.bstrVal + 1);  // of itself

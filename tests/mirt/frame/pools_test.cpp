@@ -2,8 +2,12 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <latch>
 #include <new>
 #include <stdexcept>
+#include <thread>
+#include <vector>
 
 #include <korlib/errorinfo.h>
 #include <korlib_host/context.h>
@@ -33,7 +37,30 @@ class WriteOnlyError final : public ICreateErrorInfo {
 };
 WriteOnlyError write_only_error;
 
+int sections_alive = 0;
+thread_local int sections_entered = 0;  // ever
+thread_local int sections_held = 0;     // now
+
 }  // namespace
+
+// These four stand in front of the component's own, to see what is locked, and when.
+void InitializeCriticalSection(CRITICAL_SECTION* section) {
+  ++sections_alive;
+  pthread_mutex_init(section, nullptr);
+}
+void DeleteCriticalSection(CRITICAL_SECTION* section) {
+  --sections_alive;
+  pthread_mutex_destroy(section);
+}
+void EnterCriticalSection(CRITICAL_SECTION* section) {
+  ++sections_entered;
+  ++sections_held;
+  pthread_mutex_lock(section);
+}
+void LeaveCriticalSection(CRITICAL_SECTION* section) {
+  --sections_held;
+  pthread_mutex_unlock(section);
+}
 
 // In front of the runtime's, which is asked unless a test says otherwise.
 HRESULT CreateErrorInfo(ICreateErrorInfo** info) {
@@ -59,12 +86,13 @@ namespace {
 long live_count = 0;
 
 int constructions_to_fail = 0;
-int last_seen_in_memory = 0;
+thread_local int last_seen_in_memory = 0;
 
-// Looks at its memory before anything was stored in it.
+// Looks at its memory before anything was stored in it, and at what is locked meanwhile.
 class Kind : public IDispatch {
  public:
   Kind() {
+    EXPECT_EQ(0, sections_held);
     if (constructions_to_fail && --constructions_to_fail == 0) throw std::bad_alloc();
   }
   int untouched;  // by the constructor; what the pool left there
@@ -72,7 +100,10 @@ class Kind : public IDispatch {
   static inline HRESULT in_context = S_OK;
 
  protected:
-  ~Kind() { last_seen_in_memory = untouched; }
+  ~Kind() {
+    EXPECT_EQ(0, sections_held);
+    last_seen_in_memory = untouched;
+  }
 };
 
 using Pooled = GDualImplForPool<IDispatch, Kind, &no_type_info, &live_count>;
@@ -153,6 +184,47 @@ TEST(Pools, CountObjectsAndClassObjectReferences) {
   EXPECT_EQ(1u, plain->Release());
   plain.reset();
   pooled.reset();
+  EXPECT_EQ(0, live_count);
+}
+
+TEST(Pools, AreLockedToTakeABlockAndToGiveItBack) {
+  CComPtr<IDispatch> object;
+  sections_entered = 0;
+  ASSERT_EQ(S_OK, pooled_class.CreateInstance(nullptr, IID_IDispatch, object.put_void()));
+  EXPECT_EQ(1, sections_entered);
+  object.reset();
+  EXPECT_EQ(2, sections_entered);
+  EXPECT_EQ(0, sections_held);
+  const int before = sections_alive;
+  {
+    const GClassFactoryPooled<Pooled, &live_count> another;
+    EXPECT_EQ(before + 1, sections_alive);
+  }
+  EXPECT_EQ(before, sections_alive);
+}
+
+TEST(Pools, GiveAnObjectToOneThreadOnly) {
+  constexpr int kThreads = 4;
+  std::atomic<int> faults = 0;
+  std::latch together(kThreads);
+  std::vector<std::thread> threads;
+  for (int number = 1; number <= kThreads; ++number) {
+    threads.emplace_back([&, number] {
+      together.arrive_and_wait();
+      for (int round = 0; round < 2000; ++round) {
+        CComPtr<IDispatch> objects[3];
+        for (auto& object : objects) {
+          if (FAILED(pooled_class.CreateInstance(nullptr, IID_IDispatch, object.put_void()))) return void(++faults);
+          int& mine = static_cast<Pooled*>(object.get())->untouched;
+          faults += mine != 0;
+          mine = number;
+        }
+        for (auto& object : objects) faults += static_cast<Pooled*>(object.get())->untouched != number;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(0, faults);
   EXPECT_EQ(0, live_count);
 }
 

@@ -133,7 +133,7 @@ class Looking final : public IDispatch {
   HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
   HRESULT Invoke(DISPID id, REFIID riid, LCID lcid, WORD flags, DISPPARAMS* params, VARIANT* result,
                  EXCEPINFO* excepinfo, UINT* argerr) override {
-    EXPECT_EQ(5, id);
+    EXPECT_EQ(expected_id, id);
     EXPECT_EQ(IID_NULL, riid);
     EXPECT_EQ(LCID{2048}, lcid);
     EXPECT_EQ(nullptr, excepinfo);
@@ -143,9 +143,25 @@ class Looking final : public IDispatch {
   }
 
   std::function<void(WORD, const DISPPARAMS&, VARIANT*)> look;
+  DISPID expected_id = 5;
   HRESULT answer = S_OK;
   ULONG references = 1;
 };
+
+TEST(GetValue, MayMeetAScriptThatAddsOthers) {
+  Looking script;
+  CEventHandler handler;
+  handler.add(&script);
+  script.expected_id = DISPID_VALUE;
+  script.look = [&](WORD, const DISPPARAMS&, VARIANT*) {
+    handler.scripts.clear();
+    EXPECT_EQ(2u, script.references);  // held for the call
+    for (int i = 0; i < 100; ++i) handler.add(nullptr);
+  };
+  VARIANT value{};
+  EXPECT_EQ(S_OK, handler.GetValue(L"x", &value));
+  EXPECT_EQ(1u, script.references);
+}
 
 TEST(EventCall, PassesTheArgumentByReference) {
   Looking script;
@@ -220,6 +236,19 @@ TEST(EventCall, ForgetsTheLastResultFirst) {
   event.result = CComVariant(L"old");
   script.look = [](WORD, const DISPPARAMS&, VARIANT* result) { EXPECT_EQ(VT_EMPTY, result->vt); };
   EXPECT_EQ(S_OK, event.Get());
+}
+
+TEST(EventCall, HoldsTheScriptMeanwhile) {
+  Looking script;
+  CEvent event;
+  event.dispatch = &script;
+  event.dispid = 5;
+  script.look = [&](WORD, const DISPPARAMS&, VARIANT*) {
+    event.dispatch.reset();
+    EXPECT_EQ(2u, script.references);
+  };
+  EXPECT_EQ(S_OK, event.Get());
+  EXPECT_EQ(1u, script.references);
 }
 
 TEST(EventCall, NeedsAnEventThatWasFound) {

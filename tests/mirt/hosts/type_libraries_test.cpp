@@ -40,7 +40,10 @@ class FakeTypeInfo final : public korlib::PlainTypeInfo {
     return korlib::query_list<ITypeInfo, IUnknown>(this, riid, ppv);
   }
   ULONG AddRef() override { return static_cast<ULONG>(++references); }
-  ULONG Release() override { return static_cast<ULONG>(--references); }
+  ULONG Release() override {
+    if (released) released->push_back(this);
+    return static_cast<ULONG>(--references);
+  }
   HRESULT GetIDsOfNames(LPOLESTR* names, UINT, MEMBERID* ids) override {
     const bool known = std::wcscmp(names[0], L"Magic") == 0;
     ids[0] = known ? 77 : DISPID_UNKNOWN;
@@ -53,6 +56,7 @@ class FakeTypeInfo final : public korlib::PlainTypeInfo {
   }
 
   void* invoked_on = nullptr;
+  std::vector<const FakeTypeInfo*>* released = nullptr;  // where each release is written down
 };
 
 // What the two libraries hold between them, and in which order they were asked.
@@ -137,6 +141,24 @@ TEST_F(TypeLibraries, ReplaceTheStaticTypeInformation) {
   }
   // Released when it was detached and again when it was unloaded, as hosts know.
   for (const FakeTypeInfo& info : contents_.infos) EXPECT_EQ(-1, info.references);
+}
+
+TEST_F(TypeLibraries, AreLetGoOfInTheOrderOfTheirInterfaces) {
+  std::vector<const FakeTypeInfo*> released;
+  const auto module = std::make_unique<Module>();
+  std::vector<const FakeTypeInfo*> expected;
+  for (FakeTypeInfo& info : contents_.infos) {
+    info.released = &released;
+    expected.push_back(&info);
+  }
+  EXPECT_EQ(TRUE, module->symbol<int(void*, unsigned int, void*)>("DllMain")(module->handle(), 0, nullptr));
+  EXPECT_EQ(expected, released);
+  for (int i = 0; i < kCount; ++i) EXPECT_EQ(expected[static_cast<std::size_t>(i)], current(*module, i));
+  for (FakeTypeInfo& info : contents_.infos) {
+    EXPECT_EQ(0, info.references);
+    info.AddRef();  // for the module's second detach, at its end
+    info.released = nullptr;
+  }
 }
 
 TEST_F(TypeLibraries, AreUsedOnlyTogether) {

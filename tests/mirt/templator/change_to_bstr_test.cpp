@@ -154,7 +154,7 @@ TEST_F(ChangeToBSTR, ReportsTheFirstStepThatFails) {
 
 TEST_F(ChangeToBSTR, ShowsWhatHasNoTextAsNothingWhenAsked) {
   const CComVariant array = array_from(0, {value_of(1)});
-  for (const CComVariant& value : {null_value(), array}) {
+  for (const CComVariant& value : {null_value(), array, value_of(record())}) {
     EXPECT_EQ(DISP_E_TYPEMISMATCH, change(value, nullptr, false).hr);
     const Outcome empty = change(value, nullptr, true);
     EXPECT_EQ(S_OK, empty.hr);

@@ -194,6 +194,19 @@ TEST_F(Child, EncodesAsThePageSaysAtEachWrite) {
   });
 }
 
+// A typed caller's truth may be any value but zero.
+TEST_F(Child, EncodesForAnyValueButZero) {
+  with_child([&] {
+    CComPtr<IMirtedTemplator> typed;
+    ASSERT_EQ(S_OK, child_.query(typed.put()));
+    for (const VARIANT_BOOL encode : {VARIANT_BOOL{1}, VARIANT_BOOL{2}, VARIANT_TRUE, VARIANT_FALSE}) {
+      EXPECT_EQ(S_OK, typed->Write(CComBSTR(L"a"), encode));
+    }
+    EXPECT_EQ(S_OK, typed->Write(nullptr, VARIANT_TRUE));
+    EXPECT_EQ(L"\u00aba\u00bb\u00aba\u00bb\u00aba\u00bba", flush());
+  });
+}
+
 TEST_F(Child, DoesNotEncodeNothing) {
   script().value(L"Empty", L"");
   with_child([&] {
@@ -219,6 +232,8 @@ TEST_F(Child, WritesWhereItIsTold) {
     EXPECT_EQ(E_FAIL, call(child_.get(), L"Flush").hr);
     EXPECT_EQ(S_OK, typed->putref_Stream(nullptr));
     EXPECT_EQ(E_FAIL, call(child_.get(), L"Write", L"x", false).hr);
+    asp_.calls->fail("Server.HTMLEncode", E_ACCESSDENIED);
+    EXPECT_EQ(E_FAIL, call(child_.get(), L"Write", L"x", true).hr);  // nothing is encoded for nobody
     EXPECT_EQ(E_FAIL, call(child_.get(), L"ProcessTemplate", L"x").hr);
   });
 }

@@ -126,7 +126,7 @@ class BothModes : public testing::TestWithParam<Mode> {
 
 TEST_P(BothModes, FailWithoutAnOutput) {
   Engine engine;
-  EXPECT_EQ(E_FAIL, draw(engine, L"a(#%x#)"));
+  for (const wchar_t* text : {L"a(#%x#)", L"(#%x#)", L""}) EXPECT_EQ(E_FAIL, draw(engine, text)) << text;
   EXPECT_TRUE(engine.marks.empty());
 }
 

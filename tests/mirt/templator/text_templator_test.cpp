@@ -241,6 +241,30 @@ TEST_F(TextTemplator, HandsOutTheScriptAddedLast) {
   EXPECT_EQ(DISP_E_MEMBERNOTFOUND, process(L"(#x#)").hr);  // of the first, asked last, which has no items
 }
 
+// An object whose late-bound side, where it has one, is another object.
+class Front final : public IUnknown {
+ public:
+  explicit Front(IDispatch* late_bound) : late_bound_(late_bound) {}
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    if (riid == IID_IDispatch && late_bound_) return late_bound_->QueryInterface(riid, ppv);
+    return korlib::query_list<IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return 2; }
+  ULONG Release() override { return 1; }
+
+ private:
+  IDispatch* late_bound_;
+};
+
+TEST_F(TextTemplator, AsksAnObjectForItsLateBoundSide) {
+  Front front(script_.get());
+  EXPECT_EQ(S_OK, putref(templator_.get(), L"Script", static_cast<IUnknown*>(&front)).hr);
+  EXPECT_EQ(script_.get(), object_of(get(templator_.get(), L"Script")).get());
+  Front bare(nullptr);
+  EXPECT_EQ(E_NOINTERFACE, putref(templator_.get(), L"Script", static_cast<IUnknown*>(&bare)).hr);
+  EXPECT_EQ(script_.get(), object_of(get(templator_.get(), L"Script")).get());
+}
+
 class TextTemplatorOutput : public TextTemplator {
  protected:
   void SetUp() override {
