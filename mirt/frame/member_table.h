@@ -2,8 +2,6 @@
 // kind of call. A kind that a row leaves empty is not served.
 #pragma once
 
-#include <span>
-
 #include "frame/member_call.h"
 
 namespace mirt::dispatch {

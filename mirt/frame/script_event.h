@@ -4,7 +4,6 @@
 #pragma once
 
 #include <sstream>
-#include <string_view>
 #include <vector>
 
 #include <korlib/comvariant.h>

@@ -2,7 +2,6 @@
 
 #include <cwchar>
 
-#include "frame/globals.h"
 #include "frame/member_table.h"
 
 namespace mirt::dispatch {
