@@ -259,6 +259,25 @@ TEST_F(Child, KeepsTheScriptsOfItsOwn) {
   });
 }
 
+TEST_F(Child, ComesOutOfThePoolLikeNew) {
+  const void* block = nullptr;
+  with_child([&] {
+    EXPECT_EQ(S_OK, call(child_.get(), L"Write", L"old", false).hr);
+    block = child_.get();
+  });
+  const korlib_host::ContextScope scope(asp_.context.get());
+  auto* factory = module_.symbol<IClassFactory>("g_oCF_MirtedTemplator");
+  CComPtr<IMirtedTemplator> fresh;
+  ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, korlib::iid_of<IMirtedTemplator>, fresh.put_void()));
+  EXPECT_EQ(block, fresh.get()) << "the pool gave another block";
+  EXPECT_EQ(L"", text_of(call(fresh.get(), L"Flush")));
+  EXPECT_EQ(nullptr, get(fresh.get(), L"Script").value.pdispVal);
+  EXPECT_EQ(E_FAIL, get(fresh.get(), L"Main").hr);
+  EXPECT_EQ(E_FAIL, call(fresh.get(), L"ProcessTemplate", L"(#/k#)").hr);
+  EXPECT_EQ(E_FAIL, call(fresh.get(), L"ProcessTemplate", L"(#|k#)").hr);
+  EXPECT_EQ(L"Event 'Row' not found.", call(fresh.get(), L"ProcessTemplate", L"(#%Row#)").description);
+}
+
 // The class object binds to the request; without one the object stays with the caller.
 TEST_F(Child, IsOfNoUseWithoutARequest) {
   auto* factory = module_.symbol<IClassFactory>("g_oCF_MirtedTemplator");
