@@ -15,7 +15,7 @@
 //   null, boolean        VT_NULL, VT_BOOL
 //   string               VT_BSTR; UTF-16 to UTF-32, lone surrogates become U+FFFD
 //   number               VT_I4 when integral and in range, else VT_R8; every number type comes back as one
-//   bigint               VT_I8
+//   bigint               VT_I8; a 64-bit integer beyond Number.MAX_SAFE_INTEGER comes back as one, exactly
 //   Date                 VT_DATE, in local time
 //   ArrayBuffer, bytes   VT_ARRAY | VT_UI1, which comes back as Uint8Array
 //   array                VT_ARRAY | VT_VARIANT by value, nested arrays likewise

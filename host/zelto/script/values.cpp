@@ -13,7 +13,8 @@ namespace zelto::script {
 namespace {
 
 constexpr double kMillisecondsADay = 86400000;
-constexpr double kDaysToEpoch = 25569;  // from 1899-12-30 to 1970-01-01
+constexpr double kDaysToEpoch = 25569;               // from 1899-12-30 to 1970-01-01
+constexpr LONGLONG kLargestExact = (1LL << 53) - 1;  // of the integers that a number tells apart
 
 JSObjectRef object_of(JSValueRef value) { return const_cast<JSObjectRef>(value); }
 
@@ -244,8 +245,12 @@ JSValueRef RealmState::to_script(const VARIANT& value, JSValueRef* exception) {
     case VT_I4:
       return JSValueMakeNumber(context_, value.lVal);
     case VT_I8:
+      if (value.llVal > kLargestExact || value.llVal < -kLargestExact) {
+        return JSBigIntCreateWithInt64(context_, value.llVal, exception);
+      }
       return JSValueMakeNumber(context_, static_cast<double>(value.llVal));
     case VT_UI8:
+      if (value.ullVal > ULONGLONG{kLargestExact}) return JSBigIntCreateWithUInt64(context_, value.ullVal, exception);
       return JSValueMakeNumber(context_, static_cast<double>(value.ullVal));
     case VT_R8:
       return JSValueMakeNumber(context_, value.dblVal);

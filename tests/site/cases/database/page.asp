@@ -45,6 +45,15 @@ rs = conn.Execute("SELECT id FROM item WHERE id > 3");
 for (var all = []; !rs.EOF; rs.MoveNext()) all.push(String(rs("id")));
 line(all, rs.RecordCount, conn.Execute("DELETE FROM item WHERE id = 4").State);
 
+// Keys that no number of a script holds.
+conn.Execute("CREATE TABLE far (id BIGINT)");
+var far = Server.CreateObject("Mirt").NewADOCommand(conn, "INSERT INTO far VALUES (?)", 1);
+["9007199254740993", -9223372036854775808n].forEach(function (id) { far.Execute(undefined, [id]); });
+rs = conn.Execute("SELECT id FROM far WHERE id > 0");
+line(rs("id"), rs("id") + "", rs("id").Value == "9007199254740993", typeof rs("id").Value);
+far.CommandText = "SELECT COUNT(*) FROM far WHERE id = ?";
+line(far.Execute(undefined, [rs("id").Value])(0), conn.Execute("SELECT MIN(id) FROM far")(0));
+
 // The component's own way to a command.
 var mirt = Server.CreateObject("Mirt");
 var made = mirt.NewADOCommand(conn, "SELECT COUNT(*) FROM item WHERE name LIKE ?", 1);
