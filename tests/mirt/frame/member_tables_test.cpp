@@ -1,112 +1,14 @@
-// The members of every interface: names, identifiers, kinds of call, arguments and results.
+// Every row of the member tables: names, identifiers, kinds of call, arguments and results.
 #include <cwctype>
+#include <span>
+#include <string>
+#include <vector>
 
+#include "mirt/frame/member_rows.h"
 #include "mirt/frame/type_info_test.h"
 
 namespace test {
 namespace {
-
-// One row of a member table: a kind of call that is served. `inputs` has a letter a parameter: s string,
-// b boolean, l long, v variant, o object; `result` likewise, with u for IUnknown, a for an array and a
-// dash for none.
-// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the columns
-struct Row {
-  DISPID id;
-  const wchar_t* name;
-  WORD kind;
-  const char* inputs;
-  char result;
-};
-
-const Row kUtilityRows[] = {
-    {41, L"MakeKey", M, "ls", 's'},   {42, L"MakeGUID", M, "b", 's'},      {43, L"Sleep", M, "l", '-'},
-    {44, L"MD5", M, "vl", 's'},       {45, L"SHA1", M, "vl", 's'},         {46, L"FindString", M, "vv", 'b'},
-    {47, L"HanToZen", M, "s", 's'},   {48, L"ZenToHan", M, "s", 's'},      {49, L"SubmitDecode", M, "s", 's'},
-    {50, L"Trim", M, "s", 's'},       {51, L"HTMLEncode", M, "s", 's'},    {52, L"Base64Encode", M, "vl", 's'},
-    {53, L"URLEncode", M, "vl", 's'}, {54, L"Base64Decode", M, "sl", 'v'}, {55, L"URLDecode", M, "sl", 'v'},
-};
-
-const Row kMirtRows[] = {
-    {0, L"Bag", G, "", 'o'},
-    {1, L"Script", G, "", 'o'},
-    {1, L"Script", R, "o", '-'},
-    {2, L"Command", G, "", 's'},
-    {2, L"Command", P, "s", '-'},
-    {3, L"Template", G, "", 's'},
-    {3, L"Template", P, "s", '-'},
-    {4, L"TemplateFolder", G, "", 's'},
-    {4, L"TemplateFolder", P, "s", '-'},
-    {5, L"TemplateExt", G, "", 's'},
-    {5, L"TemplateExt", P, "s", '-'},
-    {6, L"TemplateCharset", G, "", 's'},
-    {6, L"TemplateCharset", P, "s", '-'},
-    {7, L"DefaultTemplate", G, "", 's'},
-    {7, L"DefaultTemplate", P, "s", '-'},
-    {8, L"TemplatePermissionPath", G, "", 's'},
-    {8, L"TemplatePermissionPath", P, "s", '-'},
-    {9, L"CommandName", G, "", 's'},
-    {9, L"CommandName", P, "s", '-'},
-    {10, L"Output", G, "", 'u'},
-    {10, L"Output", R, "o", '-'},
-    {13, L"Include", G, "", 'o'},
-    {14, L"Request", G, "", 'o'},
-    {15, L"Name", G, "", 's'},
-    {15, L"Name", P, "s", '-'},
-    {16, L"Backable", G, "", 'b'},
-    {16, L"Backable", P, "b", '-'},
-    {17, L"NullIsEmpty", G, "", 'b'},
-    {17, L"NullIsEmpty", P, "b", '-'},
-    {18, L"SubmitDecodeOnPutInto", G, "", 'b'},
-    {18, L"SubmitDecodeOnPutInto", P, "b", '-'},
-    {19, L"CacheTemplate", G, "", 'b'},
-    {19, L"CacheTemplate", P, "b", '-'},
-    {20, L"SelfEncode", G, "", 'b'},
-    {20, L"SelfEncode", P, "b", '-'},
-    {21, L"AddScript", M, "o", '-'},
-    {22, L"PutIntoBag", M, "sb", '-'},
-    {23, L"PutIntoView", M, "sb", '-'},
-    {24, L"PutIntoProp", M, "sb", '-'},
-    {25, L"Write", M, "sb", '-'},
-    {26, L"Abandon", M, "", '-'},
-    {27, L"AddLog", M, "ss", '-'},
-    {28, L"FireEvent", M, "svv", 'b'},
-    {29, L"AddMessage", M, "vs", '-'},
-    {30, L"MessageExists", M, "v", 'b'},
-    {31, L"ProcessTemplate", M, "s", '-'},
-    {32, L"Process", M, "", '-'},
-    {33, L"ToArray", M, "o", 'a'},
-    {34, L"ToCommand", M, "s", 's'},
-    {35, L"ToParameter", M, "ss", 's'},
-    {36, L"Redirect", M, "s", '-'},
-    {37, L"DrawTemplate", M, "s", '-'},
-    {38, L"NewADOCommand", M, "vsl", 'o'},
-    {39, L"NewTemplator", M, "s", 'o'},
-    {40, L"NewMail", M, "sl", 'o'},
-};
-
-const Row kTextTemplatorRows[] = {
-    {1, L"Script", G, "", 'o'},
-    {1, L"Script", R, "o", '-'},
-    {2, L"Stream", G, "", 'u'},
-    {2, L"Stream", R, "o", '-'},
-    {3, L"ProcessTemplateFile", M, "ss", '-'},
-    {4, L"ProcessTemplate", M, "s", '-'},
-    {5, L"Write", M, "s", '-'},
-    {6, L"Flush", M, "", 's'},
-};
-
-const Row kMirtedTemplatorRows[] = {
-    {1, L"Script", G, "", 'o'},           {1, L"Script", R, "o", '-'}, {2, L"Main", G, "", 'o'},
-    {3, L"Stream", G, "", 'u'},           {3, L"Stream", R, "o", '-'}, {4, L"ProcessTemplateFile", M, "ss", '-'},
-    {5, L"ProcessTemplate", M, "s", '-'}, {6, L"Write", M, "sb", '-'}, {7, L"Flush", M, "", 's'},
-};
-
-const Row kFormFileRows[] = {
-    {1, L"FileName", G, "", 's'},
-    {2, L"FileName2", G, "", 's'},
-    {3, L"ContentType", G, "", 's'},
-    {4, L"Stream", G, "", 'o'},
-};
 
 class MemberTables : public TypeInfoTest {
  protected:
@@ -157,63 +59,78 @@ class MemberTables : public TypeInfoTest {
            std::wstring(row.name);
   }
 
+  // A row's arguments, and what the object's log shows of a call with them.
+  struct Call {
+    std::vector<CComVariant> arguments;
+    std::wstring logged;
+  };
+  Call call_of(const Row& row) {
+    Call call{{}, member_name(row) + L"("};
+    for (const char* kind = row.inputs; *kind; ++kind) {
+      std::wstring logged;
+      call.arguments.push_back(argument(*kind, &logged));
+      call.logged += (kind == row.inputs ? L"" : L",") + logged;
+    }
+    call.logged += L")";
+    return call;
+  }
+
   // Every row of the table, on an object that records.
-  template <class Object, std::size_t Size>
-  void check(const char* type_name, const Row (&rows)[Size]) {
+  template <class Object>
+  void check(const char* type_name, std::span<const Row> rows) {
     ITypeInfo* type = info(type_name);
     for (const Row& row : rows) {
       SCOPED_TRACE(testing::Message() << type_name << " " << row.id << " kind " << row.kind);
       Object object;
       void* instance = static_cast<typename Object::interface_type*>(&object);
-      std::vector<CComVariant> arguments;
-      std::wstring expected = member_name(row) + L"(";
-      for (const char* kind = row.inputs; *kind; ++kind) {
-        std::wstring logged;
-        arguments.push_back(argument(*kind, &logged));
-        expected += (kind == row.inputs ? L"" : L",") + logged;
-      }
-      expected += L")";
-
-      {
-        const Answer answer = invoke(type, instance, row.id, row.kind, arguments);
-        EXPECT_EQ(S_OK, answer.hr);
-        EXPECT_EQ(expected, object.log);
-        EXPECT_EQ(type_of(row.result), answer.value.vt);
-        if (answer.value.vt == VT_BSTR) {
-          EXPECT_EQ(member_name(row), shown(answer.value.bstrVal));
-        }
-      }
-      EXPECT_EQ(1u, object.references);
-
-      // Without a place for the result it is freed.
-      std::vector<VARIANT> block(arguments.rbegin(), arguments.rend());
-      DISPPARAMS params{block.data(), nullptr, static_cast<UINT>(block.size()), 0};
-      EXPECT_EQ(S_OK, type->Invoke(instance, row.id, row.kind, &params, nullptr, nullptr, nullptr));
+      const Call call = call_of(row);
+      check_answer(type, instance, row, call.arguments);
+      EXPECT_EQ(call.logged, object.log);
+      check_without_result(type, instance, row, call.arguments);
       EXPECT_EQ(1u, object.references);
 
       // The member's own failure comes through.
       object.answer = DISP_E_DIVBYZERO;
-      EXPECT_EQ(DISP_E_DIVBYZERO, invoke(type, instance, row.id, row.kind, arguments).hr);
+      EXPECT_EQ(DISP_E_DIVBYZERO, invoke(type, instance, row.id, row.kind, call.arguments).hr);
       object.answer = S_OK;
-      object.log.clear();
 
-      // One argument too few, for each number of them.
-      while (!arguments.empty()) {
-        arguments.pop_back();
-        EXPECT_EQ(DISP_E_BADPARAMCOUNT, invoke(type, instance, row.id, row.kind, arguments).hr);
-      }
-      if (*row.inputs) {
-        EXPECT_EQ(DISP_E_BADPARAMCOUNT, type->Invoke(instance, row.id, row.kind, nullptr, nullptr, nullptr, nullptr));
-      }
-      EXPECT_EQ(L"", object.log);
+      object.log.clear();
+      check_too_few(type, instance, row, call.arguments);
       check_kinds(type, instance, rows, row);
+      EXPECT_EQ(L"", object.log);
     }
     check_names(type, rows);
   }
 
+  void check_answer(ITypeInfo* type, void* instance, const Row& row, const std::vector<CComVariant>& arguments) {
+    const Answer answer = invoke(type, instance, row.id, row.kind, arguments);
+    EXPECT_EQ(S_OK, answer.hr);
+    EXPECT_EQ(type_of(row.result), answer.value.vt);
+    if (answer.value.vt == VT_BSTR) {
+      EXPECT_EQ(member_name(row), shown(answer.value.bstrVal));
+    }
+  }
+
+  // Without a place for the result it is freed.
+  void check_without_result(ITypeInfo* type, void* instance, const Row& row,
+                            const std::vector<CComVariant>& arguments) {
+    std::vector<VARIANT> block(arguments.rbegin(), arguments.rend());
+    DISPPARAMS params{block.data(), nullptr, static_cast<UINT>(block.size()), 0};
+    EXPECT_EQ(S_OK, type->Invoke(instance, row.id, row.kind, &params, nullptr, nullptr, nullptr));
+  }
+
+  // One argument too few, for each number of them, and none at all.
+  void check_too_few(ITypeInfo* type, void* instance, const Row& row, std::vector<CComVariant> arguments) {
+    if (arguments.empty()) return;
+    while (!arguments.empty()) {
+      arguments.pop_back();
+      EXPECT_EQ(DISP_E_BADPARAMCOUNT, invoke(type, instance, row.id, row.kind, arguments).hr);
+    }
+    EXPECT_EQ(DISP_E_BADPARAMCOUNT, type->Invoke(instance, row.id, row.kind, nullptr, nullptr, nullptr, nullptr));
+  }
+
   // A kind that no row of that identifier has is refused.
-  template <std::size_t Size>
-  void check_kinds(ITypeInfo* type, void* instance, const Row (&rows)[Size], const Row& row) {
+  void check_kinds(ITypeInfo* type, void* instance, std::span<const Row> rows, const Row& row) {
     for (const WORD kind : {M, G, P, R}) {
       bool served = false;
       for (const Row& other : rows) served |= other.id == row.id && other.kind == kind;
@@ -224,8 +141,8 @@ class MemberTables : public TypeInfoTest {
     EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(type, instance, row.id, 0, {}).hr);
   }
 
-  template <std::size_t Size>
-  void check_names(ITypeInfo* type, const Row (&rows)[Size]) {
+  // In any letter case.
+  void check_names(ITypeInfo* type, std::span<const Row> rows) {
     for (const Row& row : rows) {
       std::wstring lower = row.name;
       std::wstring upper = row.name;
