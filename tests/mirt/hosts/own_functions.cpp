@@ -7,7 +7,6 @@
 #include <korlib/activation.h>
 #include <korlib/typeinfo.h>
 #include <korlib/winapi.h>
-#include <korlib/wincrypt.h>
 
 namespace test {
 
@@ -17,7 +16,6 @@ ITypeLib* host_library = nullptr;
 std::vector<std::wstring> loaded_paths;
 std::wstring module_path;
 unsigned long tick_count = 0;
-bool hashing_fails = false;
 bool mapping_fails = false;
 int calls_disabled = 0;
 std::vector<unsigned int> sleeps;
@@ -114,8 +112,6 @@ INT StringFromGUID2(REFGUID, OLECHAR* out, INT capacity) {
 }
 
 unsigned long GetTickCount() { return test::tick_count; }
-
-BOOL CryptHashData(HCRYPTHASH, const BYTE*, DWORD, DWORD) { return test::hashing_fails ? FALSE : TRUE; }
 
 // Maps "a" to two characters, so that sizes differ, and shows the flags in the first one.
 int LCMapStringW(unsigned int locale, unsigned int flags, const wchar_t* source, int source_length, wchar_t* target,

@@ -19,6 +19,15 @@ struct RecordedRegistry {
 };
 extern RecordedRegistry registry;
 
+// So do digests and base64. Every MD5 is 00 01 … 0f and every SHA-1 ff fe … ec, every text of base64
+// "own", and what any of them stands for the two bytes 'o' and 'k'.
+struct RecordedCrypt {
+  std::vector<std::wstring> calls;
+  int failing_call = 0;
+  int open_handles = 0;
+};
+extern RecordedCrypt crypt;
+
 // What LoadTypeLib gives for the module's path and for the path of the host's library; null fails.
 extern ITypeLib* own_library;
 extern ITypeLib* host_library;
@@ -26,7 +35,6 @@ extern std::vector<std::wstring> loaded_paths;
 
 extern std::wstring module_path;          // what GetModuleFileNameW answers
 extern unsigned long tick_count;          // what GetTickCount answers
-extern bool hashing_fails;                // CryptHashData answers FALSE
 extern bool mapping_fails;                // LCMapStringW answers 0
 extern int calls_disabled;                // calls of DisableThreadLibraryCalls
 extern std::vector<unsigned int> sleeps;  // what Sleep was asked for, without sleeping

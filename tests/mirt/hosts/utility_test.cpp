@@ -52,13 +52,53 @@ TEST_F(UtilityOnOwnFunctions, KeysFollowFromTheTime) {
   EXPECT_EQ(expected, text(L"MakeKey", 5, letters));
 }
 
-TEST_F(UtilityOnOwnFunctions, AFailingStepFailsTheDigest) {
-  hashing_fails = true;
-  EXPECT_EQ(kFailed, text(L"MD5", L"abc", 0));
-  EXPECT_EQ(kFailed, text(L"SHA1", L"abc", 0));
-  hashing_fails = false;
-  // This host's hash takes no data, so every digest is that of the empty message.
-  EXPECT_EQ(L"d41d8cd98f00b204e9800998ecf8427e", text(L"MD5", L"abc", 0));
+// A range that does not divide evenly: each draw is divided by 429496729, the tenth of the largest one.
+TEST_F(UtilityOnOwnFunctions, KeysFollowFromTheTimeForAnyNumberOfLetters) {
+  tick_count = 5489;
+  EXPECT_EQ(L"81981", text(L"MakeKey", 5, L"0123456789"));
+  EXPECT_EQ(L"babba", text(L"MakeKey", 5, L"aaaaaaaabb"));  // a letter counts as often as it is there
+}
+
+TEST_F(UtilityOnOwnFunctions, DigestsAreTheHosts) {
+  const std::vector<std::wstring> expected = {L"acquire 1 f0000020", L"create 8003 0", L"data of 3 from 61",
+                                              L"digest 2 into 16",   L"destroy",       L"release 0"};
+  crypt = {};
+  EXPECT_EQ(L"000102030405060708090a0b0c0d0e0f", text(L"MD5", L"abc", 0));
+  EXPECT_EQ(expected, crypt.calls);
+  crypt = {};
+  EXPECT_EQ(L"fffefdfcfbfaf9f8f7f6f5f4f3f2f1f0efeeedec", text(L"SHA1", L"", 0));
+  ASSERT_EQ(expected.size(), crypt.calls.size());
+  EXPECT_EQ(L"create 8004 0", crypt.calls[1]);
+  EXPECT_EQ(L"data of 0 from 00", crypt.calls[2]);
+  EXPECT_EQ(L"digest 2 into 20", crypt.calls[3]);
+}
+
+TEST_F(UtilityOnOwnFunctions, AFailingStepFailsTheDigestAndNothingStaysOpen) {
+  for (const wchar_t* member : {L"MD5", L"SHA1"}) {
+    for (const int step : {1, 2, 3, 4}) {
+      crypt = {};
+      crypt.failing_call = step;
+      EXPECT_EQ(kFailed, text(member, L"abc", 0)) << step;
+      EXPECT_EQ(0, crypt.open_handles) << step;
+    }
+  }
+}
+
+TEST_F(UtilityOnOwnFunctions, Base64IsTheHosts) {
+  crypt = {};
+  EXPECT_EQ(L"own", text(L"Base64Encode", L"abc", 0));
+  EXPECT_EQ(std::vector<std::wstring>(2, L"encode 3 40000001"), crypt.calls);
+  crypt = {};
+  EXPECT_EQ(L"ok", text(L"Base64Decode", L"abcd", 0));
+  EXPECT_EQ(std::vector<std::wstring>(1, L"decode 4 1"), crypt.calls);
+  for (const int call : {1, 2}) {
+    crypt = {};
+    crypt.failing_call = call;
+    EXPECT_EQ(kFailed, text(L"Base64Encode", L"abc", 0)) << call;
+  }
+  crypt = {};
+  crypt.failing_call = 1;
+  EXPECT_EQ(kFailed, text(L"Base64Decode", L"abcd", 0));
 }
 
 TEST_F(UtilityOnOwnFunctions, GUIDsAreWhatTheHostMakes) {

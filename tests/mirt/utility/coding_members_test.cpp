@@ -54,6 +54,28 @@ TEST_P(CodingMembers, EncodersFailWithoutTheArrayThatTheyAreGiven) {
   }
 }
 
+TEST_P(CodingMembers, EncodersTakeArraysWhereverTheyBegin) {
+  const SAFEARRAYBOUND bound = {3, 7};
+  CComVariant array;
+  array.vt = VT_ARRAY | VT_UI1;
+  array.parray = SafeArrayCreate(VT_UI1, 1, &bound);
+  std::memcpy(array.parray->pvData, "abc", 3);
+  EXPECT_EQ(L"YWJj", text(L"Base64Encode", array, 0));
+  EXPECT_EQ(L"abc", text(L"URLEncode", array, 0));
+  EXPECT_EQ(L"900150983cd24fb0d6963f7d28e17f72", text(L"MD5", array, 0));
+  EXPECT_EQ(0u, array.parray->cLocks);
+}
+
+// A string of an odd number of bytes is one as well.
+TEST_P(CodingMembers, EncodersTakeEveryByteOfAStringsMemory) {
+  CComVariant odd;
+  odd.vt = VT_BSTR;
+  odd.bstrVal = SysAllocStringByteLen("abcde", 5);
+  EXPECT_EQ(L"YWJjZGU=", text(L"Base64Encode", odd, -1));
+  EXPECT_EQ(L"abcde", text(L"URLEncode", odd, -1));
+  EXPECT_EQ(L"ab56b4d92b40713acc5af89985d4b786", text(L"MD5", odd, -1));
+}
+
 TEST_P(CodingMembers, DecodersGiveRawMemoryAndPlainArrays) {
   for (const int charset : {-1, -3, -99}) {
     const Answer odd = call(L"URLDecode", L"ABCDE", charset);

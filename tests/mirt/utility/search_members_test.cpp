@@ -27,6 +27,35 @@ TEST_P(SearchMembers, FindStringLeavesTheArraysAsTheyAre) {
   EXPECT_EQ(VT_I4, elements[1].vt);
 }
 
+// However an array comes, all its elements are its values.
+TEST_P(SearchMembers, FindStringTakesArraysOfAnyShape) {
+  CComVariant list = value_of(List{value_of(L"x"), value_of(L"y")});
+  CComVariant reference;
+  reference.vt = VT_BYREF | VT_ARRAY | VT_VARIANT;
+  reference.pparray = &list.parray;
+  EXPECT_TRUE(is_true(call(L"FindString", reference, L"y")));
+  EXPECT_FALSE(is_true(call(L"FindString", reference, L"z")));
+
+  const SAFEARRAYBOUND bounds[] = {{2, 5}, {2, -1}};
+  CComVariant table;
+  table.vt = VT_ARRAY | VT_VARIANT;
+  table.parray = SafeArrayCreate(VT_VARIANT, 2, bounds);
+  LONG last[] = {6, 0};
+  CComVariant element(L"in the corner");
+  ASSERT_EQ(S_OK, SafeArrayPutElement(table.parray, last, &element));
+  EXPECT_TRUE(is_true(call(L"FindString", table, L"in the corner")));
+  EXPECT_FALSE(is_true(call(L"FindString", table, L"elsewhere")));
+}
+
+TEST_P(SearchMembers, FindStringTakesAnObjectByItsDefaultValue) {
+  CComPtr<FakeScript> object = FakeScript::make();
+  object->value(L"", L"a");
+  const CComVariant as_value = value_of(static_cast<IDispatch*>(object.get()));
+  EXPECT_TRUE(is_true(call(L"FindString", List{value_of(L"b"), as_value}, L"a")));
+  EXPECT_TRUE(is_true(call(L"FindString", L"a", as_value)));
+  EXPECT_FALSE(is_true(call(L"FindString", L"A", as_value)));
+}
+
 TEST_P(SearchMembers, FindStringFailsWithTheConversion) {
   CComPtr<FakeScript> textless = FakeScript::make();
   const CComVariant object = value_of(static_cast<IDispatch*>(textless.get()));
