@@ -1,7 +1,10 @@
 // The host as a client and an operator see it: what it serves, its session cookie, its log, how it ends.
 import assert from 'node:assert/strict';
 import { once } from 'node:events';
+import { cp, mkdtemp, rm, writeFile } from 'node:fs/promises';
 import { connect } from 'node:net';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
 import { test } from 'node:test';
 import { fileURLToPath } from 'node:url';
 import { serve, serveUnder } from './site.mjs';
@@ -173,6 +176,19 @@ test('SIGTERM finishes what runs, and takes nothing new', async () => {
   assert.match(await page.end, /done\n\r\n0\r\n\r\n$/);
   assert.equal(await stopped, 0, site.log.join('\n'));
   await assert.rejects(get(site, '/two.asp'), { code: 'ECONNREFUSED' });
+});
+
+test('SIGTERM ends a page that goes on for too long', async () => {
+  const hasty = await mkdtemp(join(tmpdir(), 'hasty-'));
+  await cp(join(folder, 'wait.asp'), join(hasty, 'wait.asp'));
+  await writeFile(join(hasty, 'zelto.toml'), 'stop_timeout = 0\n');
+  const site = await serve(hasty);
+  await rm(hasty, { recursive: true });
+  const page = await begin(site, 600_000);
+  const stopped = site.stop();
+  assert.doesNotMatch(await page.end, /done/);
+  assert.equal(await stopped, 1);
+  assert.equal(site.log.at(-1), 'zelto: ending without pages that still run after stop_timeout');
 });
 
 test('a second signal ends what runs', async () => {

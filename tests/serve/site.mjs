@@ -22,7 +22,7 @@ export async function serveUnder(command, example, ...options) {
   const program = spawn(first, words, {
     stdio: ['ignore', 'pipe', 'pipe'],
   });
-  const exited = once(program, 'exit');
+  const exited = once(program, 'close');  // with everything that it has said
   // A test that is ended takes its host along.
   const end = () => program.kill('SIGKILL');
   process.once('exit', end);

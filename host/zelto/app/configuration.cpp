@@ -73,6 +73,7 @@ Configuration read_configuration(const ServeCommand& command) {
   read_site(file, made.site);
   made.site.debug |= command.debug;
   read_server(file, made.server);
+  made.stop_timeout = std::chrono::seconds(file.number("stop_timeout", 0, 3600).value_or(30));
   if (command.listen) set_listen_address(*command.listen, made.server);
   if (command.workers) made.server.workers = *command.workers;
   if (command.body_limit) made.server.limits.body_bytes = *command.body_limit;

@@ -1,6 +1,7 @@
 // What a site's zelto.toml and the command line say about serving it.
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "app/commands.h"
@@ -12,6 +13,7 @@ namespace zelto {
 struct Configuration {
   SiteOptions site;
   ServerOptions server;
+  std::chrono::seconds stop_timeout{30};  // that running pages get when the host stops
 };
 
 // The command line counts more than the file, the file more than the defaults. Throws WrongUse for what

@@ -1,11 +1,13 @@
 #include <fmt/format.h>
 #include <pthread.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <system_error>
 
@@ -16,6 +18,7 @@
 #include "app/commands.h"
 #include "app/configuration.h"
 #include "app/connection_room.h"
+#include "app/last_resort.h"
 #include "app/runtime.h"
 #include "app/session_sweeper.h"
 #include "app/site_worker.h"
@@ -89,6 +92,11 @@ void start(Server& server) {
   }
 }
 
+[[noreturn]] void end_at_once(Log& log) {
+  log.line("zelto: ending without pages that still run after stop_timeout");
+  ::_exit(kFailure);
+}
+
 // Once workers, sessions and the application have gone, no object may be alive and no module in use.
 bool nothing_is_left(Log& log) {
   CoFreeUnusedLibraries();
@@ -103,7 +111,7 @@ bool nothing_is_left(Log& log) {
 
 int serve_site(const ServeCommand& command) {
   constexpr auto kSweepPause = std::chrono::seconds(15);
-  constexpr auto kGrace = std::chrono::seconds(30);
+  constexpr auto kForce = std::chrono::seconds(2);  // for pages that notice that their client has gone
   std::error_code error;
   if (!std::filesystem::is_directory(command.site, error)) throw WrongUse("'" + command.site + "' is no folder");
   set_up_runtime();
@@ -115,6 +123,7 @@ int serve_site(const ServeCommand& command) {
   std::signal(SIGPIPE, SIG_IGN);
   const EndSignals signals;
   bool all_answered = false;
+  std::optional<LastResort> last_resort;
   {
     Site site(configuration.site);
     const SessionSweeper sweeper(site.sessions(), kSweepPause, configuration.site.log);
@@ -124,7 +133,8 @@ int serve_site(const ServeCommand& command) {
     signals.wait();
     std::cout << "Stopping once every request is answered, or when asked again" << std::endl;
     signals.let_through();
-    all_answered = server.stop(kGrace);
+    last_resort.emplace(configuration.stop_timeout + kForce, [&log] { end_at_once(log); });
+    all_answered = server.stop(configuration.stop_timeout);
   }
   if (!nothing_is_left(log)) return kLeftOver;
   return all_answered ? kSuccess : kFailure;

@@ -44,13 +44,14 @@ TEST_F(Configuration, HasDefaults) {
   EXPECT_EQ(made.site.script_timeout, std::chrono::seconds(90));
   EXPECT_EQ(made.site.session_timeout, 20);
   EXPECT_EQ(made.site.session_limit, 50'000u);
+  EXPECT_EQ(made.stop_timeout, std::chrono::seconds(30));
   EXPECT_FALSE(made.site.debug);
 }
 
 TEST_F(Configuration, ComesFromTheFile) {
   const auto made = read(
-      "listen = \"[::1]:81\"\nworkers = 3\nbody_limit = 5\nscript_timeout = 7\nsession_timeout = 9\nsession_limit = "
-      "8\ndebug = true\n");
+      "listen = \"[::1]:81\"\nworkers = 3\nbody_limit = 5\nscript_timeout = 7\nstop_timeout = 6\n"
+      "session_timeout = 9\nsession_limit = 8\ndebug = true\n");
   EXPECT_EQ(made.server.address, "::1");
   EXPECT_EQ(made.server.port, 81);
   EXPECT_EQ(made.server.workers, 3u);
@@ -58,6 +59,7 @@ TEST_F(Configuration, ComesFromTheFile) {
   EXPECT_EQ(made.site.script_timeout, std::chrono::seconds(7));
   EXPECT_EQ(made.site.session_timeout, 9);
   EXPECT_EQ(made.site.session_limit, 8u);
+  EXPECT_EQ(made.stop_timeout, std::chrono::seconds(6));
   EXPECT_TRUE(made.site.debug);
 }
 
@@ -118,6 +120,7 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"body_limit = -1", ":1: body_limit is a number from 0 to 1099511627776"},
       {"script_timeout = 0", ":1: script_timeout is a number from 1 to 86400"},
       {"session_timeout = 1441", ":1: session_timeout is a number from 1 to 1440"},
+      {"stop_timeout = -1", ":1: stop_timeout is a number from 0 to 3600"},
       {"session_limit = 0", ":1: session_limit is a number from 1 to 10000000"},
       {"protect = [\"\"]", protect},
       {"protect = [\"/\"]", protect},

@@ -143,6 +143,9 @@ TEST(ServerLimits, AreTheseUnlessSaidOtherwise) {
   EXPECT_EQ(limits.keep_alive_timeout, 15s);
   EXPECT_EQ(limits.keep_alive_requests, 1000U);
   EXPECT_EQ(limits.drain_timeout, 5s);
+  EXPECT_EQ(limits.drain_bytes, 1'073'741'824U);
+  EXPECT_EQ(limits.body_rate, 256U);
+  EXPECT_EQ(limits.connections, 4096U);
 }
 
 TEST(ServerLimits, CloseSilentConnectionsWithoutAWord) {
@@ -174,13 +177,24 @@ TEST(ServerLimits, StopSendingToAClientThatDoesNotRead) {
 TEST(ServerLimits, EndTheDrainOfAClientThatNeverStops) {
   zelto::HttpLimits limits;
   limits.body_bytes = 10;
-  limits.drain_timeout = milliseconds(50);
+  limits.drain_bytes = 5'000'000;
   TestServer test(with_limits(limits));
   Client client(test.port());
   client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 99999999999\r\n\r\n");
   EXPECT_EQ(client.receive().value().body, "POST /echo?|too large 99999999999");
   const std::string block(100'000, 'a');
   while (client.send(block)) continue;  // ends when the server has closed
+}
+
+TEST(ServerLimits, EndTheDrainOfAClientThatNeitherSendsNorCloses) {
+  zelto::HttpLimits limits;
+  limits.body_bytes = 10;
+  limits.drain_timeout = milliseconds(20);
+  TestServer test(with_limits(limits));
+  Client client(test.port());
+  client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 11\r\n\r\n");
+  EXPECT_EQ(client.receive().value().body, "POST /echo?|too large 11");
+  EXPECT_TRUE(test.server->stop(std::chrono::minutes(1)));  // waits for connections that are left
 }
 
 TEST(ServerLimits, EndAConnectionAfterItsLastRequest) {

@@ -1,3 +1,7 @@
+#include <cmath>
+#include <ctime>
+
+#include "http/http_date.h"
 #include "intrinsics/script_date.h"
 #include "zelto/intrinsics/page_fixture.h"
 
@@ -213,6 +217,24 @@ TEST_F(Response, WritesExpiryAsADate) {
   page().response.finish();
   EXPECT_EQ(sink.header("Expires"), Strings{zelto::http_date_of(34644.0)});
   EXPECT_EQ(sink.header("Cache-Control"), Strings{"public"});
+}
+
+TEST_F(Response, WritesMinutesUntilExpiryAsADate) {
+  const std::time_t before = std::time(nullptr);
+  EXPECT_EQ(put(response(), L"Expires", 5).hr, S_OK);
+  const std::time_t after = std::time(nullptr);
+  EXPECT_EQ(std::lround(get(response(), L"Expires").value.dblVal), 5);
+  page().response.finish();
+  const auto sent = zelto::parse_http_date(sink.header("Expires").at(0));
+  ASSERT_TRUE(sent);
+  EXPECT_GE(*sent, before + 300);
+  EXPECT_LE(*sent, after + 300);
+}
+
+TEST_F(Response, WritesAnExpiryBeyondAllDatesAsTheLast) {
+  EXPECT_EQ(put(response(), L"Expires", 1e300).hr, S_OK);
+  page().response.finish();
+  EXPECT_EQ(sink.header("Expires"), Strings{zelto::http_date_of(2958465)});
 }
 
 TEST_F(Response, AppendsOneLineToTheLog) {
