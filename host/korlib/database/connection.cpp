@@ -105,6 +105,7 @@ HRESULT Connection::Close() {
 HRESULT Connection::Execute(BSTR text, VARIANT* affected, LONG, IDispatch** recordset) {
   *recordset = nullptr;
   RETURN_IF_FAILED(need_open(kSource));
+  if (SysStringLen(text) == 0) return raise(kNotAllowedHere, kSource, L"Execute: the command text is empty.");
   return guarded(kSource, [&] {
     std::vector<db::Parameter> none;
     std::unique_ptr<db::ResultSet> result = run(std::wstring(view_of(text)), none, command_timeout_, keeps_rows());

@@ -97,6 +97,15 @@ HRESULT read_decimal(const VARIANT& variant, Value& value) {
   return S_OK;
 }
 
+HRESULT read_moment(const VARIANT& variant, Value& value) {
+  CComVariant date;
+  RETURN_IF_FAILED(converted(variant, VT_DATE, date));
+  const std::optional<Moment> moment = from_date(date.date);
+  if (!moment) return DISP_E_OVERFLOW;
+  value = *moment;
+  return S_OK;
+}
+
 HRESULT read_bytes(const VARIANT& variant, Value& value) {
   if (variant.vt != (VT_ARRAY | VT_UI1) || !variant.parray || variant.parray->cDims != 1) return DISP_E_TYPEMISMATCH;
   const SAFEARRAY& array = *variant.parray;
@@ -199,9 +208,7 @@ HRESULT from_variant(const VARIANT& variant, Kind kind, Value& value) {
     case Kind::kDate:
     case Kind::kTime:
     case Kind::kMoment:
-      RETURN_IF_FAILED(converted(variant, VT_DATE, result));
-      value = from_date(result.date);
-      return S_OK;
+      return read_moment(variant, value);
     case Kind::kBinary:
     case Kind::kLongBinary:
       return read_bytes(variant, value);

@@ -1,6 +1,8 @@
 // Values of a database as scripts hold them, and the numbers by which scripts know types.
 #pragma once
 
+#include <optional>
+
 #include <korlib/comvariant.h>
 
 #include "database/value.h"
@@ -53,6 +55,6 @@ HRESULT to_variant(const Value& value, VARIANT* variant);
 HRESULT from_variant(const VARIANT& variant, Kind kind, Value& value);
 
 DATE to_date(const Moment& moment);
-Moment from_date(DATE date);
+std::optional<Moment> from_date(DATE date);  // none beyond the years 100 to 9999
 
 }  // namespace korlib::db

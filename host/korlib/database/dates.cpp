@@ -2,6 +2,7 @@
 // fraction still counts forward, so -1.25 is six in the morning of the day before.
 #include <chrono>
 #include <cmath>
+#include <optional>
 
 #include "database/convert.h"
 
@@ -12,7 +13,7 @@ using namespace std::chrono;
 
 constexpr sys_days kDayZero = year{1899} / 12 / 30;
 constexpr double kNanosecondsPerDay = 86400e9;
-// The largest year that a date holds.
+// Dates are of the years 100 to 9999; these are the first ones that are not.
 constexpr double kLastDate = 2958466;
 constexpr double kFirstDate = -657435;
 
@@ -26,8 +27,8 @@ DATE to_date(const Moment& moment) {
   return days < 0 ? days - fraction : days + fraction;
 }
 
-Moment from_date(DATE date) {
-  if (!(date > kFirstDate && date < kLastDate)) date = 0;
+std::optional<Moment> from_date(DATE date) {
+  if (!(date > kFirstDate && date < kLastDate)) return std::nullopt;
   double days = std::trunc(date);
   // A double keeps about a microsecond of a present date.
   auto microseconds = static_cast<std::int64_t>(std::llround(std::fabs(date - days) * 86400e6));

@@ -1,14 +1,14 @@
 #include "database/names.h"
 
+#include <unicode/uchar.h>
+
 #include <algorithm>
-#include <cwctype>
 
 namespace korlib {
 
 bool same_name(std::wstring_view a, std::wstring_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](wchar_t x, wchar_t y) {
-    return std::towlower(static_cast<wint_t>(x)) == std::towlower(static_cast<wint_t>(y));
-  });
+  const auto fold = [](wchar_t c) { return u_foldCase(static_cast<UChar32>(c), U_FOLD_CASE_DEFAULT); };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](wchar_t x, wchar_t y) { return fold(x) == fold(y); });
 }
 
 }  // namespace korlib

@@ -49,13 +49,27 @@ void Session::connect() {
   TextIn text(text_, (lets_clients_wait_ ? L"Timeout=1;" : L"") + connection_string_);
   if (text.size() > kMost) throw Failure({{L"HY090", 0, L"The connection string is too long."}});
   const auto size = static_cast<SQLSMALLINT>(text.size());
-  check_connection(
+  const SQLRETURN result =
       text_ == DriverText::kWide
           ? SQLDriverConnectW(connection_, nullptr, text.wide(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT)
-          : SQLDriverConnect(connection_, nullptr, text.bytes(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT));
+          : SQLDriverConnect(connection_, nullptr, text.bytes(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+  if (SQL_SUCCEEDED(result)) return;
+  std::vector<Diagnostic> found = diagnostics_of(text_, SQL_HANDLE_DBC, connection_);
+  if (!found.empty()) found.front().text += L" (" + target() + L")";
+  throw Failure(std::move(found));
 }
 
 void Session::check_connection(short result) const { check(result, text_, SQL_HANDLE_DBC, connection_); }
+
+// What cannot be connected to: drivers say little more than that they failed. Passwords stay untold.
+std::wstring Session::target() const {
+  std::wstring names;
+  for (const wchar_t* name : {L"Driver", L"DSN", L"Server", L"Servername", L"Database"}) {
+    const std::wstring value = attribute_of(connection_string_, name);
+    if (!value.empty()) names.append(names.empty() ? L"" : L", ").append(name).append(L"=").append(value);
+  }
+  return names.empty() ? L"the connection string names neither Driver nor DSN" : names;
+}
 
 // Where the database lives is asked of itself: the connection string may name a data source.
 void Session::find_file() {

@@ -53,6 +53,7 @@ class Session : public std::enable_shared_from_this<Session> {
   void end(short how);
   void set_autocommit(bool is_on);
   void connect();
+  std::wstring target() const;
   void find_file();
   void run_quietly(std::string sql) noexcept;
   void check_connection(short result) const;

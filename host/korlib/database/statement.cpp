@@ -108,6 +108,7 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
       result = is_wide ? SQLExecDirectW(handle_, text.wide(), length) : SQLExecDirect(handle_, text.bytes(), length);
     } else {
       check(is_wide ? SQLPrepareW(handle_, text.wide(), length) : SQLPrepare(handle_, text.bytes(), length));
+      refuse_surplus(parameters.size());
       for (std::size_t i = 0; i < bound.size(); ++i) {
         check(bound[i].bind(handle_, static_cast<unsigned short>(i + 1), parameters[i]));
       }
@@ -124,6 +125,15 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
   }
   SQLFreeStmt(handle_, SQL_RESET_PARAMS);
   describe();
+}
+
+// Drivers complain of a parameter without a value, but not all of a value without a parameter.
+void Statement::refuse_surplus(std::size_t given) {
+  SQLSMALLINT expected = 0;
+  if (!SQL_SUCCEEDED(SQLNumParams(handle_, &expected)) || given <= static_cast<std::size_t>(expected)) return;
+  throw Failure({{L"07001", 0,
+                  L"The command has room for " + std::to_wstring(expected) + L" of the " + std::to_wstring(given) +
+                      L" values."}});
 }
 
 bool Statement::next_result() {

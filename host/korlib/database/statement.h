@@ -40,6 +40,7 @@ class Statement {
  private:
   void check(short result);
   void need_handle() const;
+  void refuse_surplus(std::size_t given);
   void describe();
   Column describe_column(unsigned short number);
   std::wstring type_name(unsigned short number);

@@ -155,6 +155,10 @@ TEST_P(Parameters, NeedAConnectionAndAText) {
   CComPtr<IDispatch> made = databases::create(CLSID_KorDBCommand);
   EXPECT_EQ(0x800A0E7Du, static_cast<std::uint32_t>(call(made.get(), L"Execute").hr));
   EXPECT_EQ(L"CommandText is empty.", call(command(L"").get(), L"Execute").description);
+  CComPtr<IDispatch> too_many = command(L"UPDATE item SET id = ?");
+  append(too_many.get(), 3, 0, CComVariant(LONG{1}));
+  append(too_many.get(), 3, 0, CComVariant(LONG{2}));
+  EXPECT_EQ(L"The command has room for 1 of the 2 values.", call(too_many.get(), L"Execute").description);
   CComPtr<IDispatch> too_few = command(L"SELECT name FROM item WHERE id = ? AND name = ?");
   append(too_few.get(), 3, 0, CComVariant(LONG{1}));
   EXPECT_TRUE(FAILED(call(too_few.get(), L"Execute").hr));

@@ -132,6 +132,13 @@ TEST_P(Recordset, NamesAFieldThatIsMissing) {
   EXPECT_TRUE(FAILED(field(rows.get(), -1).hr));
 }
 
+TEST_P(Recordset, FindsAFieldInAnyLetterCase) {
+  CComPtr<IDispatch> rows = execute(L"SELECT 7 AS \"Gr\u00F6\u00DFe\", 8 AS \"\u0416x\", 9 AS id, 10 AS \"ID\"");
+  EXPECT_EQ(7, field(rows.get(), L"GR\u00D6\u00DFE").value.lVal);
+  EXPECT_EQ(8, field(rows.get(), L"\u0436X").value.lVal);
+  EXPECT_EQ(9, field(rows.get(), L"Id").value.lVal) << "the first of two";
+}
+
 TEST_P(Recordset, EnumeratesItsFields) {
   CComPtr<IDispatch> rows = execute(L"SELECT id, name FROM person");
   CComPtr<IDispatch> fields = test::object_of(get(rows.get(), L"Fields"));

@@ -113,7 +113,8 @@ TEST_P(Connections, TellWhatTheDatabaseSaid) {
   EXPECT_EQ(0, get(errors.get(), L"Count").value.lVal);
 }
 
-TEST_P(Connections, RefuseTextWithNul) {
+TEST_P(Connections, RefuseTextWithNulAndNoTextAtAll) {
+  EXPECT_EQ(L"Execute: the command text is empty.", call(connection(), L"Execute", L"").description);
   EXPECT_EQ(L"The command text holds a NUL character.",
             call(connection(), L"Execute", std::wstring(L"SELECT 1\0; DROP", 15)).description);
 }
@@ -130,11 +131,28 @@ TEST_P(Connections, LeaveNothingBehind) {
   EXPECT_EQ(before, korlib_host::live_objects());
 }
 
-TEST(Connection, NamesADriverThatIsMissing) {
-  CComPtr<IDispatch> connection = databases::create(CLSID_KorDBConnection);
-  const test::Answer answer = call(connection.get(), L"Open", L"Driver=NoSuchDriver;Database=x");
-  EXPECT_TRUE(FAILED(answer.hr));
-  EXPECT_NE(std::wstring::npos, answer.description.find(L"NoSuchDriver")) << testing::PrintToString(answer.description);
+TEST(Connection, SaysWhatItCannotConnectTo) {
+  struct Row {
+    const wchar_t* connection_string;
+    const wchar_t* said;
+  };
+  const Row rows[] = {
+      {L"Driver=NoSuchDriver;Database=x;UID=me;PWD=secret", L" (Driver=NoSuchDriver, Database=x) [01000, 0]"},
+      {L"DSN=no such source;Password=secret", L" (DSN=no such source) [IM002, 0]"},
+      {L"no such source", L" (DSN=no such source) [IM002, 0]"},
+      {L"Database=x", L" (Database=x) [IM002, 0]"},
+      {L"x=y", L" (the connection string names neither Driver nor DSN) [IM002, 0]"},
+      {L"driver={SQLite3};database={/no/such/a;b.db}", L" (Driver=SQLite3, Database=/no/such/a;b.db) [HY000, 14]"},
+  };
+  for (const Row& row : rows) {
+    CComPtr<IDispatch> connection = databases::create(CLSID_KorDBConnection);
+    const test::Answer answer = call(connection.get(), L"Open", row.connection_string);
+    EXPECT_TRUE(FAILED(answer.hr));
+    EXPECT_TRUE(answer.description.ends_with(row.said)) << testing::PrintToString(answer.description);
+    EXPECT_EQ(std::wstring::npos, answer.description.find(L"secret"));
+    EXPECT_EQ(0, get(connection.get(), L"State").value.lVal);
+    EXPECT_EQ(1, get(test::object_of(get(connection.get(), L"Errors")).get(), L"Count").value.lVal);
+  }
   EXPECT_EQ(L"Open: a connection string is needed.",
             call(databases::create(CLSID_KorDBConnection).get(), L"Open").description);
 }

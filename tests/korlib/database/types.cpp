@@ -1,3 +1,5 @@
+#include <limits>
+
 #include "korlib/database/databases.h"
 
 namespace {
@@ -82,6 +84,23 @@ TEST_P(Types, WritesDatesThatReadBackTheSame) {
     EXPECT_EQ(S_OK, test::call(insert.get(), L"Execute").hr);
     EXPECT_NEAR(date, single(L"SELECT a FROM t").date, 0.001 / 86400) << date;
   }
+}
+
+TEST_P(Types, RefusesDatesBeyondTheYearsThatADateHolds) {
+  execute(L"CREATE TABLE t (a TIMESTAMP)");
+  CComPtr<IDispatch> insert = command(L"INSERT INTO t VALUES (?)");
+  append(insert.get(), 135, 0, CComVariant());
+  CComPtr<IDispatch> moment =
+      test::object_of(test::invoke(insert.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {CComVariant(LONG{0})}));
+  for (const double date : {2958466.0, 1e8, -657435.0, -1e300, std::numeric_limits<double>::quiet_NaN()}) {
+    CComVariant value(date);
+    value.vt = VT_DATE;
+    EXPECT_EQ(S_OK, test::put(moment.get(), L"Value", value).hr);
+    EXPECT_EQ(L"Parameter 1: the value does not fit the parameter's type.",
+              test::call(insert.get(), L"Execute").description)
+        << date;
+  }
+  EXPECT_TRUE(at_end(execute(L"SELECT a FROM t").get()));
 }
 
 TEST_P(Types, KeepsEveryCharacter) {
