@@ -35,10 +35,16 @@ run({ OnDrawTemplate_t: function (m) { m.Template = "u"; return false; } });
 run({ On_StartDraw: function (m) { m.Template = "u"; } });
 run({ On_StartCommand: function (m) { m.Command = "Stay"; } });
 run({ OnCommand_Go: function () { throw new Error("broken"); } });
+run({ OnCommand_Go: function (m) { m.Command = ""; return false; } });
+run({ OnTemplate_t: function (m) { m.Template = "none"; return false; } });
+run({ OnDrawTemplate_t: function () { throw new Error("broken"); } });
+run({ On_FirstAccess: function () { throw new Error("broken"); } }, function (m) { m.Name = "other"; });
 run({ OnDrawTemplate_t: "none" }, function (m) { m.DefaultTemplate = ""; });
 run({}, function (m) { m.Name = "one"; });
 run({ OnCommand_Go: function (m) { m.Abandon(); } }, function (m) { m.Name = "one"; });
 run({}, function (m) { m.Name = "one"; });
+run({ On_EndProcess: function (m) { m.Abandon(); }, On_LastAccess: function () { throw new Error("broken"); } }, function (m) { m.Name = "one"; });
+run({ On_FirstAccess: false }, function (m) { m.Name = "one"; });
 run({}, function (m) { m.AddScript({ On_StartProcess: function () { return false; } }); });
 run({ On_StartProcess: false }, function (m) { m.Backable = true; });
 %>

@@ -23,4 +23,12 @@ tell("(#&x#)");
 tell("a(#%x");
 tell("a#)b");
 tell("(#;fails#)");
+// A variable that cannot be read is not taken for a function; a function cannot be bound to an input.
+mirt.AddScript({ get hidden() { throw new Error("not to be read"); } });
+tell("(#;hidden#)");
+tell("(#%_InputDefaultP|fails#|#x#|#yes#|#no#)");
+// What a function changes counts for its own answer.
+mirt.NullIsEmpty = false;
+function turnsOn(m) { m.NullIsEmpty = true; return null; }
+tell("(#;turnsOn#)");
 %>
