@@ -2,6 +2,7 @@
 #include <korlib/activation.h>
 #include <korlib/dbcommand.h>
 
+#include "frame/error.h"
 #include "page/mirt_impl.h"
 #include "templator/mirted_templator_class.h"
 
@@ -26,7 +27,7 @@ STDMETHODIMP Self::NewADOCommand(VARIANT* connection, BSTR text, LONG type, IDis
 
 // The child keeps the view and the bag as they are now. A page without a session state has no bag, which
 // is no failure until a mark asks for it.
-STDMETHODIMP Self::NewTemplator(BSTR prefix, IMirtedTemplator** templator) {
+STDMETHODIMP Self::NewTemplator(BSTR prefix, IMirtedTemplator** templator) try {
   if (!templator) return E_POINTER;
   *templator = nullptr;
   CComPtr<IMirtedTemplator> made;
@@ -34,10 +35,12 @@ STDMETHODIMP Self::NewTemplator(BSTR prefix, IMirtedTemplator** templator) {
   CComPtr<IKorLibDictionary> bag;
   if (session_ && session_ != CComPtr<IMirtSession>(&g_oMirtSessionNull))
     RETURN_IF_FAILED(session_->get_Bag(bag.put()));
-  RETURN_IF_FAILED(
-      static_cast<CMirtedTemplator*>(made.get())->bind(prefix, this, &self_encode_, view_.get(), bag.get()));
+  if (!child_link_) child_link_ = std::make_shared<MainLink>(MainLink{this, &self_encode_});
+  RETURN_IF_FAILED(static_cast<CMirtedTemplator*>(made.get())->bind(prefix, child_link_, view_.get(), bag.get()));
   *templator = made.detach();
   return S_OK;
+} catch (...) {
+  return mirt::hresult_from_exception();
 }
 
 STDMETHODIMP Self::NewMail(BSTR, LONG, IDispatch** mail) {

@@ -12,6 +12,7 @@
 // after it.
 #pragma once
 
+#include <memory>
 #include <span>
 #include <string_view>
 
@@ -25,6 +26,8 @@
 #include "page/mirt_session.h"
 #include "templator/templator_concept.h"
 #include "utility/utility_impl.h"
+
+struct MainLink;
 
 template <class Interface>
 class GIMirtImpl;
@@ -97,7 +100,7 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   STDMETHODIMP NewMail(BSTR server, LONG port, IDispatch** mail) override;
 
  protected:
-  ~GIMirtImpl() = default;
+  ~GIMirtImpl();
 
   virtual HRESULT On_StartMirtSession(bool& go_on);
   virtual HRESULT On_EndMirtSession(bool& go_on);
@@ -205,6 +208,7 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   CComBSTR template_charset_;
   CComBSTR current_template_path_;  // of the template file being drawn, else empty
   page::MessageStore messages_;
+  std::shared_ptr<MainLink> child_link_;      // of the templators made; null before the first
   const VARIANT* current_message_ = nullptr;  // while one is being drawn
   unsigned nesting_ = 0;                      // of texts drawn by marks
 };

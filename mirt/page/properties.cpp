@@ -2,6 +2,7 @@
 #include "frame/error.h"
 #include "page/mirt_impl.h"
 #include "page/text.h"
+#include "templator/mirted_templator_impl.h"
 
 namespace {
 
@@ -43,6 +44,11 @@ Self::GIMirtImpl()
       draw_prefix_(L"OnDraw_"),
       command_name_(L"c"),
       template_charset_(L"UTF-8") {}
+
+// Templators that this page has made may live on.
+Self::~GIMirtImpl() {
+  if (child_link_) *child_link_ = {};
+}
 
 HRESULT Self::InContext(IGetContextProperties* context) {
   RETURN_IF_FAILED(asp_.take_from(context));

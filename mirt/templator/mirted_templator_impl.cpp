@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "templator/mark_value.h"
 
@@ -39,13 +40,12 @@ struct GIMirtedTemplatorImpl<IMirtedTemplator>::MarkKind {
 
 GIMirtedTemplatorImpl<IMirtedTemplator>::GIMirtedTemplatorImpl() : GTemplatorImpl(L"%;:*/=~+-$\\&|") {}
 
-HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::bind(BSTR event_prefix, IMirt* main, const bool* self_encode,
+HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::bind(BSTR event_prefix, std::shared_ptr<const MainLink> main,
                                                       IKorLibDictionary* view, IKorLibDictionary* bag) {
   CComBSTR prefix(korlib::view_of(event_prefix));
   if (!prefix.get()) return E_OUTOFMEMORY;
   event_prefix_ = std::move(prefix);
-  m_pMain = main;
-  self_encode_ = self_encode;
+  main_ = std::move(main);
   view_ = view;
   bag_ = bag;
   return S_OK;
@@ -54,8 +54,8 @@ HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::bind(BSTR event_prefix, IMirt* 
 STDMETHODIMP GIMirtedTemplatorImpl<IMirtedTemplator>::get_Main(IMirt** main) {
   if (!main) return E_POINTER;
   *main = nullptr;
-  if (!m_pMain) return E_FAIL;
-  return m_pMain->QueryInterface(korlib::iid_of<IMirt>, reinterpret_cast<void**>(main));
+  IMirt* const page = this->main();
+  return page ? page->QueryInterface(korlib::iid_of<IMirt>, reinterpret_cast<void**>(main)) : E_FAIL;
 }
 
 STDMETHODIMP GIMirtedTemplatorImpl<IMirtedTemplator>::Write(BSTR text, VARIANT_BOOL encode) {
@@ -67,7 +67,7 @@ STDMETHODIMP GIMirtedTemplatorImpl<IMirtedTemplator>::Write(BSTR text, VARIANT_B
 }
 
 HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::html_encode(BSTR text, BSTR* encoded) {
-  if (m_pMain && self_encode_ && *self_encode_) return m_pMain->HTMLEncode(text, encoded);
+  if (IMirt* const page = main(); page && *main_->self_encode) return page->HTMLEncode(text, encoded);
   return asp_.server ? asp_.server->HTMLEncode(text, encoded) : E_FAIL;
 }
 

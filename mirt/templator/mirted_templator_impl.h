@@ -1,11 +1,20 @@
 // GIMirtedTemplatorImpl: the child templator, which draws templates with the data of a page controller.
 #pragma once
 
+#include <memory>
+
 #include <korlib/dictionary.h>
 #include <mirt/mirt.h>
 
 #include "frame/intrinsics.h"
 #include "templator/templator_base.h"
+
+// The page controller as its children know it. They do not keep it alive: it clears the link as it goes, and
+// they go on without it.
+struct MainLink {
+  IMirt* page = nullptr;
+  const bool* self_encode = nullptr;  // the controller's property, looked at for every encoded write
+};
 
 template <class Interface>
 class GIMirtedTemplatorImpl;
@@ -19,9 +28,8 @@ class GIMirtedTemplatorImpl<IMirtedTemplator> : public GTemplatorImpl<IMirtedTem
   // Takes the objects of the request. The class object calls it on activation.
   HRESULT InContext(IGetContextProperties* context) { return asp_.take_from(context); }
 
-  // Makes this the child of a page controller, which must outlive it: `main` is not counted and
-  // `self_encode` is read at every encoded write. View and bag may be null; their marks then fail.
-  HRESULT bind(BSTR event_prefix, IMirt* main, const bool* self_encode, IKorLibDictionary* view,
+  // Makes this the child of a page controller. View and bag may be null; their marks then fail.
+  HRESULT bind(BSTR event_prefix, std::shared_ptr<const MainLink> main, IKorLibDictionary* view,
                IKorLibDictionary* bag);
 
   STDMETHODIMP get_Main(IMirt** main) override;
@@ -45,10 +53,11 @@ class GIMirtedTemplatorImpl<IMirtedTemplator> : public GTemplatorImpl<IMirtedTem
   HRESULT write_item(IKorLibDictionary* items, const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
   HRESULT write_value(CComVariant& value, const CMarkData& mark, VARIANT_BOOL encode);
   HRESULT html_encode(BSTR text, BSTR* encoded);
+  // Null when this is nobody's child, or no more.
+  IMirt* main() const { return main_ ? main_->page : nullptr; }
 
-  IMirt* m_pMain = nullptr;
+  std::shared_ptr<const MainLink> main_;
   CComBSTR event_prefix_;
-  const bool* self_encode_ = nullptr;
   CComPtr<IKorLibDictionary> view_;
   CComPtr<IKorLibDictionary> bag_;
   mirt::Intrinsics asp_;

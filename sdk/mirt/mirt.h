@@ -79,7 +79,7 @@ struct ITextTemplator : IDispatch {
 };
 KORLIB_IID(ITextTemplator, "54709AC5-EFD1-4D7E-A2E9-378EBFB3FF17");
 
-// The child templator of a page controller, which must outlive it.
+// The child templator of a page controller. It does not keep that alive: once it is gone, Main is E_FAIL.
 struct IMirtedTemplator : IDispatch {
   virtual HRESULT putref_Script(IDispatch* script) = 0;
   virtual HRESULT get_Script(IDispatch** script) = 0;

@@ -341,6 +341,21 @@ TEST_F(ChildTemplator, OutsideProcessHasNeitherViewNorBag) {
   EXPECT_EQ(L"<code 80004005>", drawn(templator.get(), L"(#|b#)"));
 }
 
+TEST_F(ChildTemplator, GoesOnWithoutAPageThatIsGone) {
+  CComPtr<IDispatch> templator;
+  {
+    const CComPtr<IDispatch> gone = new_page();
+    put(gone.get(), L"SelfEncode", true);
+    const korlib_host::ContextScope scope(asp_.context.get());
+    templator = object_of(call(gone.get(), L"NewTemplator", L""));
+  }
+  const CComPtr<IDispatch> in_its_place = new_page();
+  put(in_its_place.get(), L"SelfEncode", true);
+  EXPECT_EQ(E_FAIL, get(templator.get(), L"Main").hr);
+  EXPECT_EQ(S_OK, call(templator.get(), L"Write", L"<", true).hr);
+  EXPECT_EQ(L"«<»", text_of(call(templator.get(), L"Flush"))) << "the host encodes";
+}
+
 TEST_F(ChildTemplator, OutsideARequestIsNotMade) {
   EXPECT_EQ(CONTEXT_E_NOCONTEXT, call(page(), L"NewTemplator", L"").hr);
 }
