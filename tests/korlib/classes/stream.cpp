@@ -4,6 +4,7 @@
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -433,6 +434,37 @@ TEST_F(StreamFile, NamesTheFileThatItCannotLoad) {
   EXPECT_TRUE(FAILED(load(L"").hr));
   EXPECT_TRUE(FAILED(load(folder_.wide("a") + std::wstring(L"\0b", 2)).hr));
   EXPECT_EQ(10, number(L"Size"));
+}
+
+// Permissions do not bind root, who is somebody else for the time of this object.
+class WithoutPrivileges {
+ public:
+  WithoutPrivileges() : before_(geteuid()) {
+    constexpr uid_t kNobody = 65534;
+    if (before_ == 0) {
+      EXPECT_EQ(0, seteuid(kNobody));
+    }
+  }
+  ~WithoutPrivileges() { EXPECT_EQ(0, seteuid(before_)); }
+  WithoutPrivileges(const WithoutPrivileges&) = delete;
+  WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+
+ private:
+  uid_t before_;
+};
+
+TEST_F(StreamFile, NamesTheFileThatItMayNotTouch) {
+  folder_.write("secret", "kept");
+  std::filesystem::permissions(folder_.path(""), std::filesystem::perms(0755));
+  std::filesystem::permissions(folder_.path("secret"), std::filesystem::perms::none);
+  const std::wstring path = folder_.wide("secret");
+  {
+    const WithoutPrivileges anybody;
+    EXPECT_EQ(L"Cannot open '" + path + L"': Permission denied.", load(path).description);
+    EXPECT_EQ(L"Cannot write '" + path + L"': Permission denied.", call(object_, L"SaveToFile", path, 2).description);
+  }
+  std::filesystem::permissions(folder_.path("secret"), std::filesystem::perms::owner_read);
+  EXPECT_EQ("kept", folder_.read("secret"));
 }
 
 TEST_F(StreamFile, SavesNewFilesAndReplacesWhenTold) {
