@@ -8,7 +8,6 @@
 namespace {
 
 using namespace test;
-using testing::Test;
 using Strings = std::vector<std::string>;
 
 class Response : public PageTest {
@@ -157,7 +156,7 @@ TEST_F(Response, SendsAtOnceWhenNotBuffered) {
 }
 
 TEST_F(Response, SendsABodyBeyondTheBufferOnAsItComes) {
-  const std::wstring piece(1024 * 1024, L'\u00E9');
+  const std::wstring piece(std::size_t{1024} * 1024, L'\u00E9');
   for (int i = 0; i < 3; ++i) call(response(), L"Write", piece);
   EXPECT_EQ(sink.starts, 1);
   page().response.finish();
