@@ -23,6 +23,8 @@ void read_site(const ConfigurationFile& file, SiteOptions& site) {
   site.debug = file.flag("debug").value_or(false);
   site.script_timeout = std::chrono::seconds(file.number("script_timeout", 1, 86400).value_or(90));
   site.session_timeout = static_cast<LONG>(file.number("session_timeout", 1, 1440).value_or(20));
+  const auto memory = file.number("script_memory", std::int64_t{1} << 24, std::int64_t{1} << 40);
+  if (memory) site.script_memory = static_cast<std::size_t>(*memory);
   const auto limit = file.number("session_limit", 1, 10'000'000);
   if (limit) site.session_limit = static_cast<std::size_t>(*limit);
   if (const auto node = file.text("session_node")) {

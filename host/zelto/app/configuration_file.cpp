@@ -22,11 +22,12 @@ struct Key {
   std::string_view meaning;
 };
 
-constexpr std::array<Key, 12> kKeys = {{
+constexpr std::array<Key, 13> kKeys = {{
     {"listen", "\"127.0.0.1:8080\"", "where to serve"},
     {"workers", "4", "pages at the same time, by default two a core"},
     {"body_limit", "16777216", "bytes of a request's body"},
     {"script_timeout", "90", "seconds that a page may take"},
+    {"script_memory", "1073741824", "bytes that a page's objects may take"},
     {"stop_timeout", "30", "seconds that pages get to end when the host stops"},
     {"session_timeout", "20", "minutes without a request that end a session"},
     {"session_limit", "50000", "sessions at a time"},

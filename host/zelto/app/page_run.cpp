@@ -75,6 +75,7 @@ class PageRun final : public PageHost {
   void run_script(const LoadedPage& loaded);
   script::Outcome run_realm(const LoadedPage& loaded);
   void fail(PageError error);
+  void fail_at_limit(HRESULT number, const wchar_t* description);
   int answer();
   int error_status() const;
   void answer_error(const PageError& error);
@@ -164,6 +165,7 @@ void PageRun::make_objects() {
 void PageRun::run_script(const LoadedPage& loaded) {
   make_objects();
   engine_.set_time_limit(site_.options().script_timeout);
+  engine_.set_memory_limit(site_.options().script_memory);
   CComPtr<PageContext> context;
   context.attach(new PageContext(objects_));
   const korlib_host::ContextScope scope(context.get());
@@ -175,15 +177,12 @@ void PageRun::run_script(const LoadedPage& loaded) {
     case script::Outcome::completed:
     case script::Outcome::stopped:
       return;
-    case script::Outcome::timed_out: {
-      PageError error;
-      error.number = E_ABORT;
-      error.source = L"Server";
-      error.description = L"The page took longer than it may.";
-      error.file = to_wide(page_->request.place().virtual_path);
-      fail(std::move(error));
+    case script::Outcome::timed_out:
+      fail_at_limit(E_ABORT, L"The page took longer than it may.");
       return;
-    }
+    case script::Outcome::out_of_memory:
+      fail_at_limit(E_OUTOFMEMORY, L"The page took more memory than it may.");
+      return;
     case script::Outcome::failed:
       fail(outcome.error ? page_error(*outcome.error, site_) : PageError());
       return;
@@ -224,6 +223,16 @@ HRESULT PageRun::execute(const std::string& virtual_path) {
 HRESULT PageRun::set_script_timeout(LONG seconds) {
   engine_.set_time_limit(std::max<std::chrono::seconds>(std::chrono::seconds(seconds), site_.options().script_timeout));
   return S_OK;
+}
+
+// Nobody knows which line was one too many.
+void PageRun::fail_at_limit(HRESULT number, const wchar_t* description) {
+  PageError error;
+  error.number = number;
+  error.source = L"Server";
+  error.description = description;
+  error.file = to_wide(page_->request.place().virtual_path);
+  fail(std::move(error));
 }
 
 void PageRun::fail(PageError error) {

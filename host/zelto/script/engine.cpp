@@ -19,6 +19,8 @@ Engine* Engine::current() noexcept { return t_engine; }
 
 void Engine::set_time_limit(std::chrono::milliseconds limit) { state_->set_time_limit(limit); }
 
+void Engine::set_memory_limit(std::size_t bytes) { state_->set_memory_limit(bytes); }
+
 std::chrono::milliseconds Engine::time_limit() const noexcept { return state_->time_limit(); }
 
 Realm::Realm(Engine& engine) : state_(std::make_unique<RealmState>(engine.state())) {}

@@ -66,6 +66,10 @@ class Engine {
   void set_time_limit(std::chrono::milliseconds limit);
   std::chrono::milliseconds time_limit() const noexcept;
 
+  // How much memory the objects of scripts may take, looked at a few times a second while a script runs. Zero:
+  // no limit.
+  void set_memory_limit(std::size_t bytes);
+
   EngineState& state() noexcept { return *state_; }
 
  private:

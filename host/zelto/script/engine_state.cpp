@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
 
 #include "script/engine.h"
+#include "script/heap.h"
 #include "script/held.h"
 #include "script/prelude.h"
 #include "script/realm_state.h"
@@ -19,6 +21,10 @@ thread_local EngineState* t_current = nullptr;
 // A watchdog that was not running when the script was entered cannot be started later, so there is
 // always one; this is "no limit".
 constexpr double kUnlimitedSeconds = 1e7;
+
+// How often a script that has limits is looked at. In seconds of its own: the engine counts the time that the
+// processor gives it, while the limit of time is one of the clock on the wall.
+constexpr double kLookEvery = 0.25;
 
 constexpr std::size_t kCachedScripts = 256;
 
@@ -81,9 +87,9 @@ EngineState* EngineState::current() noexcept { return t_current; }
 
 EngineState::Run::Run(EngineState& engine) : engine_(engine) {
   if (engine_.depth_++ > 0) return;
-  engine_.stopped_ = engine_.timed_out_ = false;
+  engine_.stopped_ = engine_.timed_out_ = engine_.is_exhausted_ = false;
   engine_.start_ = std::chrono::steady_clock::now();
-  engine_.terminates_at_ = {};
+  engine_.is_terminating_ = false;
   engine_.start_watchdog();
 }
 
@@ -115,14 +121,23 @@ void EngineState::start_watchdog() {
   double seconds = kUnlimitedSeconds;
   if (limit_.count() > 0) {
     const auto left = limit_ - (std::chrono::steady_clock::now() - start_);
-    seconds = std::max(0.0, std::chrono::duration<double>(left).count());
+    seconds = std::clamp(std::chrono::duration<double>(left).count(), 0.0, kLookEvery);
+  } else if (memory_limit_ > 0) {
+    seconds = kLookEvery;
   }
   JSContextGroupSetExecutionTimeLimit(group_, seconds, &EngineState::on_time_limit, this);
 }
 
-bool EngineState::on_time_limit(JSContextRef, void* engine) {
+bool EngineState::on_time_limit(JSContextRef ctx, void* engine) {
   auto& self = *static_cast<EngineState*>(engine);
-  return self.is_running() && self.must_unwind();
+  if (!self.is_running()) return false;
+  if (self.must_unwind()) {
+    self.is_terminating_ = false;
+    return true;
+  }
+  self.is_exhausted_ = self.memory_limit_ > 0 && heap_exceeds(ctx, self.memory_limit_);
+  if (!self.is_exhausted_) self.start_watchdog();  // each is good for one look
+  return self.is_exhausted_;
 }
 
 bool EngineState::must_unwind() {
@@ -137,9 +152,7 @@ void EngineState::stop() noexcept {
 }
 
 void EngineState::terminate_soon() {
-  const auto now = std::chrono::steady_clock::now();
-  if (now < terminates_at_) return;  // asking again would put it off
-  terminates_at_ = now + kGrace;
+  if (std::exchange(is_terminating_, true)) return;  // asking again would put it off
   JSContextGroupSetExecutionTimeLimit(group_, std::chrono::duration<double>(kGrace).count(),
                                       &EngineState::on_time_limit, this);
 }
@@ -155,6 +168,10 @@ RealmState* EngineState::realm_of(JSContextRef ctx) const {
 void EngineState::add_realm(RealmState* realm) { realms_.push_back(realm); }
 
 void EngineState::remove_realm(RealmState* realm) { std::erase(realms_, realm); }
+
+void EngineState::realm_has_ended() {
+  if (is_exhausted_ && realms_.empty()) collect_garbage(idle_context_);
+}
 
 const ParsedScript& EngineState::parsed(const std::shared_ptr<const Program>& program) {
   if (scripts_.size() >= kCachedScripts) {

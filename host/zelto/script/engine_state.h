@@ -67,11 +67,13 @@ class EngineState {
 
   void set_time_limit(std::chrono::milliseconds limit);
   std::chrono::milliseconds time_limit() const noexcept { return limit_; }
+  void set_memory_limit(std::size_t bytes) { memory_limit_ = bytes; }
   void stop() noexcept;
   bool is_running() const noexcept { return depth_ > 0; }
   bool has_stopped() const noexcept { return stopped_; }
   bool has_timed_out() const noexcept { return timed_out_; }
-  bool is_unwinding() const noexcept { return stopped_ || timed_out_; }
+  bool is_exhausted() const noexcept { return is_exhausted_; }
+  bool is_unwinding() const noexcept { return stopped_ || timed_out_ || is_exhausted_; }
   // Looks at the clock as well: time spent in objects counts.
   bool must_unwind();
   // Has the virtual machine end the script soon, whatever it catches.
@@ -81,6 +83,8 @@ class EngineState {
   RealmState* realm_of(JSContextRef ctx) const;
   void add_realm(RealmState* realm);
   void remove_realm(RealmState* realm);
+  // What it held is garbage now. The next page shall not be blamed for it where it was too much.
+  void realm_has_ended();
 
   const ParsedScript& parsed(const std::shared_ptr<const Program>& program);
   MemberCache& members() noexcept { return members_; }
@@ -119,11 +123,13 @@ class EngineState {
   JSObjectRef idle_function_;
   std::unique_ptr<ParsedScript> prelude_;
   std::chrono::milliseconds limit_{0};
+  std::size_t memory_limit_ = 0;
   std::chrono::steady_clock::time_point start_;
-  std::chrono::steady_clock::time_point terminates_at_;
   int depth_ = 0;
   bool stopped_ = false;
   bool timed_out_ = false;
+  bool is_exhausted_ = false;
+  bool is_terminating_ = false;  // the watchdog has been asked for the end of a script that goes on
   std::vector<RealmState*> realms_;
   MemberCache members_;
   struct CachedScript {

@@ -20,9 +20,10 @@ struct ScriptError {
 struct Outcome {
   enum Kind {
     completed,
-    stopped,    // Response.End or Redirect: what was written stands
-    timed_out,  // the time limit of the engine ran out
-    failed,     // `error` says why
+    stopped,        // Response.End or Redirect: what was written stands
+    timed_out,      // the time limit of the engine ran out
+    out_of_memory,  // its heap outgrew the memory limit of the engine
+    failed,         // `error` says why
   };
   Kind kind = completed;
   std::optional<ScriptError> error;  // with `failed`

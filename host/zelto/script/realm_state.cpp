@@ -53,6 +53,7 @@ RealmState::~RealmState() {
   JSGlobalContextSetUnhandledRejectionCallback(context_, engine_.idle_function(), nullptr);
   engine_.remove_realm(this);
   JSGlobalContextRelease(context_);
+  engine_.realm_has_ended();
 }
 
 void RealmState::run_prelude() {
@@ -121,6 +122,7 @@ Outcome RealmState::call(std::wstring_view function) {
 
 Outcome RealmState::outcome_of(JSValueRef exception) {
   engine_.release_buried();
+  if (engine_.is_exhausted()) return {Outcome::out_of_memory, {}};
   if (engine_.has_timed_out()) return {Outcome::timed_out, {}};
   if (engine_.has_stopped()) return {Outcome::stopped, {}};
   if (exception) return {Outcome::failed, describe_exception(exception)};

@@ -1,6 +1,6 @@
 // Ending a page from inside one of its calls.
 //
-// Response.End, Response.Redirect and a time-out leave the script from the middle of a call, through
+// Response.End, Response.Redirect, a time-out and a heap that is too large leave the script from the middle of a call, through
 // whatever component frames lie between. The thread remembers that it is unwinding; until the outermost
 // Realm::run() returns, every call between script and objects, in either direction, is refused with
 // kPageStopped. A component that replaces the code by one of its own therefore cannot bring the page back.
@@ -18,7 +18,7 @@ inline constexpr HRESULT kPageStopped = korlib::hresult(0x8004E0F1);
 // terminated shortly after. Does nothing but answer the code when no script runs on this thread.
 HRESULT stop_page() noexcept;
 
-// True from stop_page() or a time-out until the outermost run has returned.
+// True from stop_page(), a time-out or a heap that is too large until the outermost run has returned.
 bool is_unwinding() noexcept;
 
 }  // namespace zelto::script

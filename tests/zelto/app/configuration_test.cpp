@@ -42,6 +42,7 @@ TEST_F(Configuration, HasDefaults) {
   EXPECT_EQ(made.server.port, 8080);
   EXPECT_EQ(made.server.limits.body_bytes, 16u * 1024 * 1024);
   EXPECT_EQ(made.site.script_timeout, std::chrono::seconds(90));
+  EXPECT_EQ(made.site.script_memory, 1024u * 1024 * 1024);
   EXPECT_EQ(made.site.session_timeout, 20);
   EXPECT_EQ(made.site.session_limit, 50'000u);
   EXPECT_EQ(made.stop_timeout, std::chrono::seconds(30));
@@ -51,12 +52,13 @@ TEST_F(Configuration, HasDefaults) {
 TEST_F(Configuration, ComesFromTheFile) {
   const auto made = read(
       "listen = \"[::1]:81\"\nworkers = 3\nbody_limit = 5\nscript_timeout = 7\nstop_timeout = 6\n"
-      "session_timeout = 9\nsession_limit = 8\ndebug = true\n");
+      "session_timeout = 9\nsession_limit = 8\ndebug = true\nscript_memory = 16777216\n");
   EXPECT_EQ(made.server.address, "::1");
   EXPECT_EQ(made.server.port, 81);
   EXPECT_EQ(made.server.workers, 3u);
   EXPECT_EQ(made.server.limits.body_bytes, 5u);
   EXPECT_EQ(made.site.script_timeout, std::chrono::seconds(7));
+  EXPECT_EQ(made.site.script_memory, 16u * 1024 * 1024);
   EXPECT_EQ(made.site.session_timeout, 9);
   EXPECT_EQ(made.site.session_limit, 8u);
   EXPECT_EQ(made.stop_timeout, std::chrono::seconds(6));
@@ -119,6 +121,7 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"workers = 0", ":1: workers is a number from 1 to 1024"},
       {"body_limit = -1", ":1: body_limit is a number from 0 to 1099511627776"},
       {"script_timeout = 0", ":1: script_timeout is a number from 1 to 86400"},
+      {"script_memory = 1", ":1: script_memory is a number from 16777216 to 1099511627776"},
       {"session_timeout = 1441", ":1: session_timeout is a number from 1 to 1440"},
       {"stop_timeout = -1", ":1: stop_timeout is a number from 0 to 3600"},
       {"session_limit = 0", ":1: session_limit is a number from 1 to 10000000"},

@@ -257,6 +257,15 @@ TEST_F(PageRun, StopsAPageThatRunsTooLong) {
   EXPECT_NE(log[0].find("The page took longer than it may."), std::string::npos);
 }
 
+TEST_F(PageRun, StopsAPageThatTakesTooMuchMemory) {
+  options.script_memory = std::size_t{64} << 20;
+  const MemorySink sink = run("<% var all = []; for (;;) all.push(new Uint8Array(1e6).fill(1)); %>", "");
+  EXPECT_EQ(sink.head.status, 500);
+  ASSERT_EQ(log.size(), 1u);
+  EXPECT_EQ(log[0], "/page.asp: The page took more memory than it may. (Server, 0x8007000E)");
+  EXPECT_EQ(body("still <%= 'here' %>"), "still here");
+}
+
 TEST_F(PageRun, AnswersBusyWhenTheSessionIsHeldForTooLong) {
   options.session_patience = std::chrono::seconds(0);
   body("<% Session('a') = 1; %>");

@@ -3,8 +3,11 @@
 
 #include <pthread.h>
 
+#include <algorithm>
+#include <atomic>
 #include <functional>
 #include <thread>
+#include <vector>
 
 #include "zelto/script/script_test.h"
 
@@ -69,6 +72,22 @@ TEST_F(RealmLife, StopsARunawayScript) {
   must_run(L"var x = 1");
 }
 
+// The process took all memory of the machine, and was ended by it.
+TEST_F(RealmLife, StopsAScriptThatTakesTooMuchMemory) {
+  engine.set_memory_limit(std::size_t{64} << 20);
+  for (const wchar_t* script :
+       {L"var a = []; for (;;) a.push({ n: a.length })", L"var a = []; for (;;) a.push(new Uint8Array(1e6).fill(1))",
+        L"var m = new Map(); for (var i = 0;; i++) m.set(i, 'text ' + i)",
+        L"var a = []; for (;;) { try { for (;;) a.push([a.length]) } catch (e) {} finally { continue } }",
+        L"var a = []; function f() { for (;;) a.push([a.length]) }\ntry { o.Call(f, 1) } catch (e) {} for (;;) {}"}) {
+    EXPECT_EQ(run(script).kind, Outcome::out_of_memory) << narrow(script);
+    realm.reset();
+    open_realm();
+    // What the last page held is no fault of the next one. Garbage is none either.
+    must_run(L"for (var i = 0; i < 3e6; i++) ({ list: [i] })");
+  }
+}
+
 TEST_F(RealmLife, CountsTheTimeThatObjectsTake) {
   engine.set_time_limit(50ms);
   probe->action = [] {
@@ -129,6 +148,21 @@ TEST_F(RealmLife, StopsPastEveryGuardOfTheScript) {
   engine.set_time_limit(0ms);
   must_run(L"Response.Write('the next page')");
   EXPECT_EQ(page->text, L"the next page");
+}
+
+// A page whose every call was refused went on for ever: each refusal put its end off, by the clock on the wall, while
+// the engine counted the time of a processor that others had.
+TEST_F(RealmLife, StopsWhereTheProcessorIsBusy) {
+  std::atomic<bool> is_over = false;
+  std::vector<std::jthread> burners(std::size_t{4} * std::max(1U, std::thread::hardware_concurrency()));
+  for (std::jthread& burner : burners) {
+    burner = std::jthread([&] {
+      while (!is_over) continue;
+    });
+  }
+  engine.set_time_limit(20ms);
+  EXPECT_EQ(run(L"for (;;) { try { o.Close() } catch (e) {} }").kind, Outcome::timed_out);
+  is_over = true;
 }
 
 TEST_F(RealmLife, StopsWhenAnObjectHidesTheCode) {
