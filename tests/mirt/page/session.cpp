@@ -374,8 +374,13 @@ TEST_F(SubmittedFields, WhatTheHostFailsWithIsPassedOn) {
     EXPECT_EQ(E_ACCESSDENIED, get(page(), L"Request").hr) << name;
     asp_.calls->succeed(name);
   }
-  asp_.request->server_variables->set_raw(L"HTTP_METHOD", null_value());
-  EXPECT_EQ(DISP_E_TYPEMISMATCH, get(page(), L"Request").hr);
+  asp_.calls->fail("ServerVariables.Item", E_ABORT, 1);
+  EXPECT_EQ(E_ABORT, get(page(), L"Request").hr) << "the type, behind the method";
+  asp_.calls->succeed("ServerVariables.Item");
+  for (const wchar_t* name : {L"HTTP_CONTENT_TYPE", L"HTTP_METHOD"}) {
+    asp_.request->server_variables->set_raw(name, null_value());
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, get(page(), L"Request").hr) << testing::PrintToString(std::wstring(name));
+  }
 }
 
 }  // namespace
