@@ -132,9 +132,9 @@ TEST_F(RealmLife, StopsPastEveryGuardOfTheScript) {
       L"Promise.resolve().then(() => { END }).catch(() => Response.Write('x')).finally(() => Response.Write('x'))",
       L"for (var i of (function* () { try { END; yield 1 } finally { Response.Write('x') } })()) Response.Write('x')",
       L"[3, 1, 2].sort(() => { END; return Response.Write('x') }); Response.Write('x')",
-      L"function f() { try { o.Call(g, 1) } catch (e) { Response.Write('x') } finally { Response.Write('x') } }\n"
-      L"function g() { try { END } finally { o.Call(h, 1) } }\nfunction h() { Response.Write('x') }\n"
-      L"try { o.Call(f, 1) } finally { o.Call(h, 1) }",
+      (L"function f() { try { o.Call(g, 1) } catch (e) { Response.Write('x') } finally { Response.Write('x') } }\n"
+       L"function g() { try { END } finally { o.Call(h, 1) } }\nfunction h() { Response.Write('x') }\n"
+       L"try { o.Call(f, 1) } finally { o.Call(h, 1) }"),
   };
   for (const auto& way : ways) {
     engine.set_time_limit(way.kind == Outcome::timed_out ? 20ms : 0ms);
