@@ -191,7 +191,9 @@ class Arrays : public PageTest {
   CComPtr<IDispatch> list(const fake::Texts& texts) {
     std::vector<CComVariant> values;
     for (const std::wstring& text : texts) values.emplace_back(std::wstring_view(text));
-    return CComPtr<IDispatch>(korlib::make<fake::StringList>(asp_.calls, std::move(values)).get());
+    CComPtr<IDispatch> made;
+    made.attach(korlib::make<fake::StringList>(asp_.calls, std::move(values)).detach());
+    return made;
   }
 };
 
