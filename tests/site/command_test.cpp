@@ -8,7 +8,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <regex>
+#include <string>
+#include <vector>
 
 #include "site/program.h"
 
@@ -16,6 +17,16 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::Ran;
+
+std::vector<std::string> options_in(const std::string& help) {
+  std::vector<std::string> options;
+  for (std::size_t at = help.find("--"); at < help.size(); at = help.find("--", at)) {
+    const std::size_t end = std::min(help.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", at), help.size());
+    options.push_back(help.substr(at, end - at));
+    at = end;
+  }
+  return options;
+}
 
 class Command : public testing::Test {
  protected:
@@ -38,11 +49,9 @@ TEST_F(Command, TellsItsVersionAndItsUse) {
   const Ran help = run({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_LE(std::ranges::count(help.output, '\n'), 24) << "one screen";
-  const std::regex option("--[a-z-]+");
   for (const char* name : {"serve", "run", "register", "unregister"}) {
-    const std::string own = run({name, "--help"}).output;
-    for (std::sregex_iterator found(own.begin(), own.end(), option), end; found != end; ++found)
-      EXPECT_NE(help.output.find(found->str()), std::string::npos) << name << " " << found->str();
+    for (const std::string& option : options_in(run({name, "--help"}).output))
+      EXPECT_NE(help.output.find(option), std::string::npos) << name << " " << option;
     EXPECT_NE(help.output.find(name), std::string::npos) << name;
   }
   EXPECT_NE(help.output.find("Exit code: 0 done, 1 failed"), std::string::npos);
