@@ -51,7 +51,7 @@ void through_driver_manager(benchmark::State& state, Kind kind) {
   }
 }
 
-void HostsPool(benchmark::State& state, Kind kind) {
+void hosts_pool(benchmark::State& state, Kind kind) {
   const CComVariant text{std::wstring_view(connection_string(kind))};
   for ([[maybe_unused]] auto _ : state) {
     const CComPtr<IDispatch> connection = databases::create(CLSID_KorDBConnection);
@@ -64,22 +64,22 @@ void in_threads(benchmark::internal::Benchmark* one) {
   one->ThreadRange(1, 4)->Unit(benchmark::kMicrosecond)->UseRealTime();
 }
 
-void Anew(benchmark::State& state, Kind kind) { through_driver_manager(state, kind); }
-void DriverManagersPool(benchmark::State& state, Kind kind) { through_driver_manager(state, kind); }
+void anew(benchmark::State& state, Kind kind) { through_driver_manager(state, kind); }
+void driver_managers_pool(benchmark::State& state, Kind kind) { through_driver_manager(state, kind); }
 
 // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): the library keeps what is registered
 void run_pooling() {
   const PoolingDrivers drivers;
-  BENCHMARK_CAPTURE(DriverManagersPool, sqlite, Kind::kSqlite)->Apply(in_threads);
-  BENCHMARK_CAPTURE(DriverManagersPool, postgres, Kind::kPostgres)->Apply(in_threads);
+  BENCHMARK_CAPTURE(driver_managers_pool, sqlite, Kind::kSqlite)->Apply(in_threads);
+  BENCHMARK_CAPTURE(driver_managers_pool, postgres, Kind::kPostgres)->Apply(in_threads);
   benchmark::RunSpecifiedBenchmarks();
 }
 
 void run_plain() {
-  BENCHMARK_CAPTURE(Anew, sqlite, Kind::kSqlite)->Apply(in_threads);
-  BENCHMARK_CAPTURE(Anew, postgres, Kind::kPostgres)->Apply(in_threads);
-  BENCHMARK_CAPTURE(HostsPool, sqlite, Kind::kSqlite)->Apply(in_threads);
-  BENCHMARK_CAPTURE(HostsPool, postgres, Kind::kPostgres)->Apply(in_threads);
+  BENCHMARK_CAPTURE(anew, sqlite, Kind::kSqlite)->Apply(in_threads);
+  BENCHMARK_CAPTURE(anew, postgres, Kind::kPostgres)->Apply(in_threads);
+  BENCHMARK_CAPTURE(hosts_pool, sqlite, Kind::kSqlite)->Apply(in_threads);
+  BENCHMARK_CAPTURE(hosts_pool, postgres, Kind::kPostgres)->Apply(in_threads);
   benchmark::RunSpecifiedBenchmarks();
 }
 // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)

@@ -44,12 +44,14 @@ function summary(name, runs) {
   const times = runs.map((run) => run.real_time * nanoseconds).sort((a, b) => a - b);
   const median = times[times.length >> 1];
   const fitting = runs.find((run) => run.real_time * nanoseconds === median);
+  const label = runs[0].label ?? '';
   return {
-    name: name.replace(/\/(real_time|process_time|manual_time|iterations:\d+)/g, ''),
-    label: runs[0].label ?? '',
+    name: name.replace(/\/(real_time|process_time|threads:1)/g, '').replace(label ? /\/\d+$/ : '', ''),
+    label,
     time: median,
     spread: (times.at(-1) - times[0]) / 2 / median,
-    rate: fitting.bytes_per_second,
+    // Given by the processor's time; wanted by the clock's.
+    rate: fitting.bytes_per_second * fitting.cpu_time / fitting.real_time,
   };
 }
 

@@ -204,7 +204,7 @@ BENCHMARK_CAPTURE(over_http, 6_and_http, "/list")->Apply(in_all_threads);
 BENCHMARK_CAPTURE(over_http, http_alone, "/text")->Apply(in_all_threads);
 
 // What becomes of the page's text on its way out, at its least: the conversion, and a copy.
-void Conversion(benchmark::State& state) {
+void convert_text(benchmark::State& state) {
   const std::string& bytes = site().list();
   const std::wstring text(bytes.begin(), bytes.end());
   std::string out(bytes.size(), '\0');
@@ -213,9 +213,9 @@ void Conversion(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(Conversion)->Unit(benchmark::kMicrosecond);
+BENCHMARK(convert_text)->Unit(benchmark::kMicrosecond);
 
-void Copy(benchmark::State& state) {
+void copy_text(benchmark::State& state) {
   const std::string& bytes = site().list();
   std::string out(bytes.size(), '\0');
   for ([[maybe_unused]] auto _ : state) {
@@ -223,6 +223,6 @@ void Copy(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(Copy)->Unit(benchmark::kMicrosecond);
+BENCHMARK(copy_text)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

@@ -48,7 +48,7 @@ void end(benchmark::State& state, const std::string& bytes) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes.size()));
 }
 
-void BM_Intake(benchmark::State& state) {
+void intake(benchmark::State& state) {
   const std::string& bytes = begin(state);
   for ([[maybe_unused]] auto _ : state) {
     CComPtr<ZeltoTypeLibrary::IRequestDictionary> form;
@@ -59,10 +59,10 @@ void BM_Intake(benchmark::State& state) {
   }
   end(state, bytes);
 }
-BENCHMARK(BM_Intake)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(intake)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 
 // The parser alone: every delimiter and every header line.
-void BM_Parser(benchmark::State& state) {
+void parse_parts(benchmark::State& state) {
   const std::string& bytes = begin(state);
   for ([[maybe_unused]] auto _ : state) {
     CMultipartParser parser(bytes.data(), bytes.size(), kDelimiter);
@@ -77,9 +77,9 @@ void BM_Parser(benchmark::State& state) {
   }
   end(state, bytes);
 }
-BENCHMARK(BM_Parser)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(parse_parts)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 
-void BM_Memmem(benchmark::State& state) {
+void search_by_memmem(benchmark::State& state) {
   const std::string& bytes = begin(state);
   for ([[maybe_unused]] auto _ : state) {
     const char* at = bytes.data();
@@ -94,9 +94,9 @@ void BM_Memmem(benchmark::State& state) {
   }
   end(state, bytes);
 }
-BENCHMARK(BM_Memmem)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(search_by_memmem)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 
-void BM_Memcpy(benchmark::State& state) {
+void copy_by_memcpy(benchmark::State& state) {
   const std::string& bytes = begin(state);
   std::vector<char> copy(bytes.size());
   for ([[maybe_unused]] auto _ : state) {
@@ -106,6 +106,6 @@ void BM_Memcpy(benchmark::State& state) {
   }
   end(state, bytes);
 }
-BENCHMARK(BM_Memcpy)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+BENCHMARK(copy_by_memcpy)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 
 }  // namespace
