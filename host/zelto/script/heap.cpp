@@ -24,14 +24,19 @@ std::size_t resident_bytes() {
   return is_read ? pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)) : 0;
 }
 
+// What the engine has taken for objects and their contents, garbage among them.
+double heap_bytes(JSContextRef ctx) {
+  JSObjectRef statistics = JSGetMemoryUsageStatistics(ctx);
+  return JSValueToNumber(ctx, JSObjectGetProperty(ctx, statistics, JsString("heapCapacity").get(), nullptr), nullptr);
+}
+
 }  // namespace
 
 bool heap_exceeds(JSContextRef ctx, std::size_t bytes) {
   // The engine counts all objects one by one for its answer, so it is asked only when it may matter.
-  if (resident_bytes() <= bytes) return false;
-  JSObjectRef statistics = JSGetMemoryUsageStatistics(ctx);
-  JSValueRef capacity = JSObjectGetProperty(ctx, statistics, JsString("heapCapacity").get(), nullptr);
-  return JSValueToNumber(ctx, capacity, nullptr) > static_cast<double>(bytes);
+  if (resident_bytes() <= bytes || heap_bytes(ctx) <= static_cast<double>(bytes)) return false;
+  collect_garbage(ctx);
+  return heap_bytes(ctx) > static_cast<double>(bytes);
 }
 
 void collect_garbage(JSContextRef ctx) { JSSynchronousGarbageCollectForDebugging(ctx); }

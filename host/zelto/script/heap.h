@@ -7,7 +7,8 @@
 
 namespace zelto::script {
 
-// Whether the context's virtual machine has taken more than that for its objects. A script may be running in it.
+// Whether the context's virtual machine needs more than that for its objects; garbage is freed before it counts.
+// A script may be running in it.
 bool heap_exceeds(JSContextRef ctx, std::size_t bytes);
 
 // Frees what no living realm of the context's virtual machine holds.
