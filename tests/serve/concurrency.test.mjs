@@ -8,8 +8,8 @@ const visitors = 32;
 const requests = 200;
 const kept = 5;
 
-async function visit(address, name) {
-  const visitor = new Visitor(address);
+async function visit(site, name) {
+  const visitor = new Visitor(site.address);
   await visitor.open();
   const expected = [];
   for (let i = 1; i < requests; ++i) {
@@ -21,7 +21,7 @@ async function visit(address, name) {
     } else {
       await visitor.command('Delete', { id: expected.pop().id });
     }
-    assert.equal(visitor.status, 200);
+    assert.equal(visitor.status, 200, site.log.filter((line) => !line.includes('" 200 ')).join('\n'));
     assert.deepEqual(visitor.entries, expected, `request ${i} of ${name}`);
   }
 }
@@ -29,7 +29,7 @@ async function visit(address, name) {
 test(`${visitors} visitors with ${requests} requests each see their own entries`, async () => {
   const site = await serve('notebook', '--workers', '4');
   try {
-    await Promise.all(Array.from({ length: visitors }, (_, i) => visit(site.address, `visitor-${i}`)));
+    await Promise.all(Array.from({ length: visitors }, (_, i) => visit(site, `visitor-${i}`)));
   } finally {
     assert.equal(await site.stop(), 0, 'no component object is left\n' + site.log.slice(-20).join('\n'));
   }
