@@ -18,7 +18,16 @@ class Nesting {
   ~Nesting() { --t_depth; }
   Nesting(const Nesting&) = delete;
   Nesting& operator=(const Nesting&) = delete;
-  static bool is_too_deep() { return t_depth > kDeepest || stack_is_low(); }
+  // Raises what forbids this level, if anything does.
+  static bool is_allowed(RealmState& realm, JSValueRef* exception) {
+    const bool is_too_deep = t_depth > kDeepest;
+    if (is_too_deep) {
+      realm.raise_text(L"The array is nested too deeply", E_INVALIDARG, exception);
+    } else if (stack_is_low()) {
+      realm.raise_out_of_stack(exception);
+    }
+    return !*exception;
+  }
 };
 
 HRESULT read_element(SAFEARRAY* array, const LONG* indices, CComVariant* out) {
@@ -72,9 +81,9 @@ bool array_to_variant(RealmState& realm, JSObjectRef array, VARIANT* out, JSValu
   const Nesting nesting;
   const double length = JSValueToNumber(ctx, realm.property(array, JsString("length")), exception);
   if (*exception) return false;
-  if (Nesting::is_too_deep() || !(length <= kMostElements)) {
-    realm.raise_text(length <= kMostElements ? L"The array is nested too deeply" : L"The array is too long",
-                     E_INVALIDARG, exception);
+  if (!Nesting::is_allowed(realm, exception)) return false;
+  if (!(length <= kMostElements)) {
+    realm.raise_text(L"The array is too long", E_INVALIDARG, exception);
     return false;
   }
   CComSafeArray elements(VT_VARIANT, static_cast<ULONG>(length));
@@ -116,10 +125,7 @@ JSValueRef array_to_script(RealmState& realm, SAFEARRAY* array, JSValueRef* exce
   if (dims == 0) return JSObjectMakeArray(realm.context(), 0, nullptr, exception);
   if (dims == 1 && array->vtElement == VT_UI1) return bytes_to_script(realm.context(), array, exception);
   const Nesting nesting;
-  if (Nesting::is_too_deep()) {
-    realm.raise_text(L"The array is nested too deeply", E_INVALIDARG, exception);
-    return nullptr;
-  }
+  if (!Nesting::is_allowed(realm, exception)) return nullptr;
   std::vector<LONG> indices(dims);
   return dimension_to_script(realm, array, 1, indices, exception);
 }
