@@ -20,11 +20,11 @@ struct SiteOptions {
   bool debug = false;   // error pages tell what went wrong
   std::chrono::seconds script_timeout{90};
   std::size_t script_memory = std::size_t{1} << 30;  // bytes that the objects of one page may take
-  LONG session_timeout = 20;                  // minutes
-  std::chrono::seconds session_patience{30};  // how long a request waits for its session
-  std::string session_suffix;                 // of identifiers
-  std::size_t session_limit = 50'000;         // at a time
-  std::function<void(std::string_view)> log;  // one line each time; called on any thread
+  LONG session_timeout = 20;                         // minutes
+  std::chrono::seconds session_patience{30};         // how long a request waits for its session
+  std::string session_suffix;                        // of identifiers
+  std::size_t session_limit = 50'000;                // at a time
+  std::function<void(std::string_view)> log;         // one line each time; called on any thread
 };
 
 class Site {

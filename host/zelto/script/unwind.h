@@ -1,7 +1,7 @@
 // Ending a page from inside one of its calls.
 //
-// Response.End, Response.Redirect, a time-out and a heap that is too large leave the script from the middle of a call, through
-// whatever component frames lie between. The thread remembers that it is unwinding; until the outermost
+// Response.End, Response.Redirect, a time-out and a heap that is too large leave the script from the middle of a call,
+// through whatever component frames lie between. The thread remembers that it is unwinding; until the outermost
 // Realm::run() returns, every call between script and objects, in either direction, is refused with
 // kPageStopped. A component that replaces the code by one of its own therefore cannot bring the page back.
 #pragma once

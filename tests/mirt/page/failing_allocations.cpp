@@ -1,6 +1,6 @@
 // Memory that runs out anywhere in a page: an answer that says so, or the whole page, and nothing lost.
-#include "mirt/page/page_test.h"
 #include "support/failing_allocations.h"
+#include "mirt/page/page_test.h"
 
 namespace test {
 namespace {
