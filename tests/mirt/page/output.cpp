@@ -73,14 +73,8 @@ TEST_F(Output, ProcessTemplateFiresNoLifecycleEvent) {
 }
 
 TEST_F(Output, ThePageSurvivesGivingUpItsLastReferenceWhileATextIsDrawn) {
-  CComPtr<IDispatch> held = new_page();
-  const CComPtr<FakeScript> own = FakeScript::make();
-  own->value(L"v", CComVariant(L"v"));
-  own->function(L"leave", [&](const Arguments&) {
-    held.reset();
-    return CComVariant();
-  });
-  call(held.get(), L"AddScript", own);
+  CComPtr<IDispatch> held;
+  const CComPtr<FakeScript> own = hold_page_that_leaves(held);
   EXPECT_EQ(S_OK, call(held.get(), L"ProcessTemplate", L"a(#:leave#)b(#:v#)").hr);
   own->forget_calls();
   EXPECT_EQ(L"abv", output());

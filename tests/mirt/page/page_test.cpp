@@ -20,6 +20,18 @@ CComPtr<IDispatch> PageTest::new_page() {
   return module_.create(L"Mirt");
 }
 
+CComPtr<FakeScript> PageTest::hold_page_that_leaves(CComPtr<IDispatch>& held) {
+  held = new_page();
+  const CComPtr<FakeScript> own = FakeScript::make();
+  own->value(L"v", CComVariant(L"v"));
+  own->function(L"leave", [&held](const Arguments&) {
+    held.reset();
+    return CComVariant();
+  });
+  call(held.get(), L"AddScript", own);
+  return own;
+}
+
 IDispatch* PageTest::page() {
   if (!page_) {
     page_ = new_page();

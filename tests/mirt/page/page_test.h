@@ -21,6 +21,9 @@ class PageTest : public ModuleTest {
 
   // A new controller bound to `asp_`.
   CComPtr<IDispatch> new_page();
+  // Makes the page that `held` alone holds, with a script of its own: its function "leave" lets go of that, its
+  // variable v is "v". The script outlives the page: forget its calls when the page has gone.
+  CComPtr<FakeScript> hold_page_that_leaves(CComPtr<IDispatch>& held);
   // The fixture's controller with its script, made on first use, so that a test can prepare `asp_`.
   IDispatch* page();
   FakeScript& script() { return *script_; }

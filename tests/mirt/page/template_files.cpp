@@ -270,14 +270,8 @@ TEST_F(TemplateFiles, AChangeOfFolderWhileDrawingCountsForTheNextOne) {
 
 TEST_F(TemplateFiles, ThePageSurvivesGivingUpItsLastReferenceWhileItDraws) {
   file("t.html", "a(#:leave#)b(#:v#)");
-  CComPtr<IDispatch> held = new_page();
-  const CComPtr<FakeScript> own = FakeScript::make();
-  own->value(L"v", CComVariant(L"v"));
-  own->function(L"leave", [&](const Arguments&) {
-    held.reset();
-    return CComVariant();
-  });
-  call(held.get(), L"AddScript", own);
+  CComPtr<IDispatch> held;
+  const CComPtr<FakeScript> own = hold_page_that_leaves(held);
   put(held.get(), L"TemplateFolder", folder().wstring());
   put(held.get(), L"TemplateExt", L".html");
   EXPECT_EQ(S_OK, call(held.get(), L"DrawTemplate", L"t").hr);
