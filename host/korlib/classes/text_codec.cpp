@@ -53,11 +53,7 @@ class Utf8Codec final : public TextCodec {
     }
     return c;
   }
-  std::wstring read(std::string_view bytes, bool) override {
-    std::wstring text(utf8_utf32(bytes.data(), bytes.size(), nullptr, 0), L'\0');
-    utf8_utf32(bytes.data(), bytes.size(), text.data(), text.size());
-    return text;
-  }
+  std::wstring read(std::string_view bytes, bool) override { return to_wide(bytes); }
 };
 
 class Utf16Codec final : public TextCodec {
