@@ -12,6 +12,7 @@ class StaticTypeInfo : public korlib::PlainTypeInfo {
   STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override;
   ULONG AddRef() override { return 2; }
   ULONG Release() override { return 1; }
+
   // The first of `names` only, in any letter case; names of arguments get no identifier.
   STDMETHODIMP GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) override;
 

@@ -21,8 +21,10 @@ bool is_address(const std::string& text) {
 
 void read_site(const ConfigurationFile& file, SiteOptions& site) {
   site.debug = file.flag("debug").value_or(false);
-  site.script_timeout = std::chrono::seconds(file.number("script_timeout", 1, 86400).value_or(90));
-  site.session_timeout = static_cast<LONG>(file.number("session_timeout", 1, 1440).value_or(20));
+  if (const auto limit = file.number("script_timeout", 1, 86400)) site.script_timeout = std::chrono::seconds(*limit);
+  if (const auto minutes = file.number("session_timeout", 1, 1440)) {
+    site.session_timeout = static_cast<LONG>(*minutes);
+  }
   const auto memory = file.number("script_memory", std::int64_t{1} << 24, std::int64_t{1} << 40);
   if (memory) site.script_memory = static_cast<std::size_t>(*memory);
   const auto limit = file.number("session_limit", 1, 10'000'000);
@@ -75,7 +77,7 @@ Configuration read_configuration(const ServeCommand& command) {
   read_site(file, made.site);
   made.site.debug |= command.debug;
   read_server(file, made.server);
-  made.stop_timeout = std::chrono::seconds(file.number("stop_timeout", 0, 3600).value_or(30));
+  if (const auto limit = file.number("stop_timeout", 0, 3600)) made.stop_timeout = std::chrono::seconds(*limit);
   if (command.listen) set_listen_address(*command.listen, made.server);
   if (command.workers) made.server.workers = *command.workers;
   if (command.body_limit) made.server.limits.body_bytes = *command.body_limit;
