@@ -12,7 +12,10 @@ namespace {
 constexpr std::wstring_view kSource = L"Scripting.Dictionary";
 
 // A key or value that owns what it holds, references followed.
-HRESULT own(const VARIANT& value, CComVariant& owned) { return VariantCopyInd(&owned, &value); }
+// An omitted argument that a component handed on is no value that anybody could use: the empty one is kept.
+HRESULT own(const VARIANT& value, CComVariant& owned) {
+  return is_omitted(value) ? S_OK : VariantCopyInd(&owned, &value);
+}
 
 HRESULT own_key(const VARIANT& key, CComVariant& owned, KeyView& view) {
   RETURN_IF_FAILED(own(key, owned));

@@ -55,7 +55,7 @@ HRESULT run(const Operation& operation, const Call& call) {
     hr = hresult_from_exception(L"");
   }
   if (FAILED(hr)) {
-    if (call.argerr) *call.argerr = arguments.rejected();
+    if (call.argerr && arguments.rejected()) *call.argerr = *arguments.rejected();
     if (call.result) VariantClear(call.result);
   }
   return hr;
@@ -108,6 +108,8 @@ HRESULT call_or_get(const Member& member, const Call& call) {
     return fits(member.method, count) ? run(member.method, call) : DISP_E_BADPARAMCOUNT;
   }
   if ((call.flags & DISPATCH_PROPERTYGET) && member.get.run) {
+    const bool is_read = (call.flags & DISPATCH_METHOD) == 0;
+    if (is_read && count < member.get.required_to_read) return DISP_E_BADPARAMCOUNT;
     if (fits(member.get, count)) return run(member.get, call);
     return member.get.accepted == 0 ? pass_on(member.get, call) : DISP_E_BADPARAMCOUNT;
   }
@@ -134,7 +136,6 @@ HRESULT invoke_member(std::span<const Member> members, void* self, DISPID id, RE
                       DISPPARAMS* params, VARIANT* result, EXCEPINFO* excepinfo, UINT* argerr) {
   if (result) VariantInit(result);
   if (excepinfo) *excepinfo = {};
-  if (argerr) *argerr = 0;
   if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
   if (!params || (params->cArgs > 0 && !params->rgvarg)) return E_INVALIDARG;
   const Member* member = find(members, id);

@@ -40,7 +40,7 @@ HRESULT enumerate_names(const Rows& rows, IUnknown** names) {
 std::span<const korlib::Member> StringList::members() {
   static constexpr korlib::Member table[] = {
       property<&StringList::get_Item>(L"_Default").is_default().optional(0),
-      property<&StringList::get_Item>(L"Item"),
+      property<&StringList::get_Item>(L"Item").optional(0).is_called(),
       property<&StringList::get_Count>(L"Count"),
       new_enum<&StringList::get__NewEnum>(),
   };
@@ -83,7 +83,7 @@ HRESULT StringList::get__NewEnum(IUnknown** values) {
 std::span<const korlib::Member> FieldCollection::members() {
   static constexpr korlib::Member table[] = {
       property<&FieldCollection::get_Item>(L"_Default").is_default().optional(0),
-      property<&FieldCollection::get_Item>(L"Item"),
+      property<&FieldCollection::get_Item>(L"Item").optional(0).is_called(),
       property<&FieldCollection::get_Count>(L"Count"),
       property<&FieldCollection::get_Key>(L"Key"),
       new_enum<&FieldCollection::get__NewEnum>(),
@@ -146,7 +146,7 @@ HRESULT FieldCollection::get_Key(VARIANT index, VARIANT* key) {
 std::span<const korlib::Member> CookieValue::members() {
   static constexpr korlib::Member table[] = {
       property<&CookieValue::get_Item>(L"_Default").is_default().optional(0),
-      property<&CookieValue::get_Item>(L"Item"),
+      property<&CookieValue::get_Item>(L"Item").optional(0).is_called(),
       property<&CookieValue::get_Count>(L"Count"),
       property<&CookieValue::get_Key>(L"Key"),
       property<&CookieValue::get_HasKeys>(L"HasKeys"),
@@ -219,7 +219,7 @@ HRESULT CookieValue::get_HasKeys(VARIANT_BOOL* has_keys) {
 std::span<const korlib::Member> CookieCollection::members() {
   static constexpr korlib::Member table[] = {
       property<&CookieCollection::get_Item>(L"_Default").is_default().optional(0),
-      property<&CookieCollection::get_Item>(L"Item"),
+      property<&CookieCollection::get_Item>(L"Item").optional(0).is_called(),
       property<&CookieCollection::get_Count>(L"Count"),
       property<&CookieCollection::get_Key>(L"Key"),
       new_enum<&CookieCollection::get__NewEnum>(),

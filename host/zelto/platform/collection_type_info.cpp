@@ -33,14 +33,14 @@ consteval korlib::Member new_enum() {
 
 constexpr korlib::Member kStringList[] = {
     property<&IStringList::get_Item, IStringList>(L"_Default").is_default().optional(0),
-    property<&IStringList::get_Item, IStringList>(L"Item"),
+    property<&IStringList::get_Item, IStringList>(L"Item").optional(0).is_called(),
     property<&IStringList::get_Count, IStringList>(L"Count"),
     new_enum<&IStringList::get__NewEnum, IStringList>(),
 };
 
 constexpr korlib::Member kRequestDictionary[] = {
     property<&IRequestDictionary::get_Item, IRequestDictionary>(L"_Default").is_default().optional(0),
-    property<&IRequestDictionary::get_Item, IRequestDictionary>(L"Item"),
+    property<&IRequestDictionary::get_Item, IRequestDictionary>(L"Item").optional(0).is_called(),
     property<&IRequestDictionary::get_Count, IRequestDictionary>(L"Count"),
     property<&IRequestDictionary::get_Key, IRequestDictionary>(L"Key"),
     new_enum<&IRequestDictionary::get__NewEnum, IRequestDictionary>(),

@@ -193,7 +193,17 @@ TEST_F(Dictionary, RefusesKeysThatCannotBeCompared) {
   const test::Answer answer = call(object_, L"Exists", std::vector<std::uint8_t>{1, 2});
   EXPECT_EQ(E_INVALIDARG, answer.hr);
   EXPECT_EQ(L"This value cannot be a key of a dictionary.", answer.description);
-  EXPECT_EQ(E_INVALIDARG, call(object_, L"Exists", CComVariant(korlib::omitted())).hr);
+}
+
+TEST_F(Dictionary, TakesAnOmittedKeyOrValueForTheEmptyOne) {
+  const CComVariant omitted(korlib::omitted());
+  EXPECT_FALSE(has(omitted));
+  put(object_, L"Item", omitted, 1);
+  EXPECT_TRUE(has(CComVariant()));
+  EXPECT_EQ(S_OK, dictionary_->put_Item(korlib::borrowed(static_cast<BSTR>(nullptr)), omitted));
+  CComVariant read;
+  EXPECT_EQ(S_OK, dictionary_->get_Item(korlib::borrowed(static_cast<BSTR>(nullptr)), read.put()));
+  EXPECT_EQ(VT_EMPTY, read.vt);
 }
 
 TEST_F(Dictionary, TakesTextWithEmbeddedNul) {

@@ -120,6 +120,8 @@ std::span<const korlib::Member> Shelf::members() {
       property<&Shelf::get_Width, &Shelf::put_Width>(L"Width"),
       property<&Shelf::get_Slots>(L"Slots").is_default(),
       property<nullptr, &Shelf::put_Only>(L"Only"),
+      property<&Shelf::Describe>(L"Kind").optional(0).is_called(),
+      method<&Shelf::Describe>(L"Required"),
   };
   return table;
 }
@@ -211,6 +213,26 @@ TEST_F(DispatchObject, NamesTheArgumentThatDoesNotConvert) {
   EXPECT_EQ(DISP_E_TYPEMISMATCH, object()->Invoke(test::id_of(object(), L"Add"), IID_NULL, 0, DISPATCH_METHOD, &params,
                                                   nullptr, nullptr, &bad));
   EXPECT_EQ(1u, bad);
+}
+
+TEST_F(DispatchObject, LeavesTheIndexOfABadArgumentAloneWhenAMemberFails) {
+  CComVariant argument = value_of(7);  // beyond the slots
+  DISPPARAMS params{&argument, nullptr, 1, 0};
+  UINT bad = 99;
+  CComPtr<Slots> slots = korlib::make<Slots>();
+  EXPECT_EQ(DISP_E_BADINDEX,
+            slots->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYGET, &params, nullptr, nullptr, &bad));
+  EXPECT_EQ(99u, bad);
+}
+
+TEST_F(DispatchObject, ReadsAPropertyThatIsCalledOnlyWithItsArguments) {
+  EXPECT_EQ(DISP_E_BADPARAMCOUNT, invoke(object(), L"Kind", kRead, {}).hr);
+  EXPECT_EQ(-1, number_of(invoke(object(), L"Kind", kCallOrRead, {})));
+  EXPECT_EQ(VT_I4, number_of(invoke(object(), L"Kind", kRead, {value_of(1)})));
+}
+
+TEST_F(DispatchObject, TakesAnOmittedVariantForTheEmptyOneWhereItIsRequired) {
+  EXPECT_EQ(VT_EMPTY, number_of(call(object(), L"Required", left_out())));
 }
 
 TEST_F(DispatchObject, FillsInOptionalArguments) {

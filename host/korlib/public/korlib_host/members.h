@@ -3,6 +3,7 @@
 // Objects do not use this header alone; see dispatch_object.h.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -28,14 +29,14 @@ class Arguments {
   }
   // Notes which argument could not be converted; answers `hr` unchanged.
   HRESULT reject(UINT index, HRESULT hr) const {
-    rejected_ = index < params_.cArgs ? params_.cArgs - 1 - index : 0;
+    if (index < params_.cArgs) rejected_ = params_.cArgs - 1 - index;
     return hr;
   }
-  UINT rejected() const { return rejected_; }  // as an index into rgvarg
+  std::optional<UINT> rejected() const { return rejected_; }  // as an index into rgvarg
 
  private:
   const DISPPARAMS& params_;
-  mutable UINT rejected_ = 0;
+  mutable std::optional<UINT> rejected_;
 };
 
 inline constexpr std::size_t kMaxOptional = 6;
@@ -48,6 +49,7 @@ struct Operation {
   bool exists = false;  // with sanitizers the compiler does not compare `run` in a constant expression
   BYTE required = 0;
   BYTE accepted = 0;
+  BYTE required_to_read = 0;         // of a property that is read and not called (DISPATCH_PROPERTYGET alone)
   LONG defaults[kMaxOptional] = {};  // for the arguments from `required` on
 };
 
@@ -82,6 +84,13 @@ struct Member {
     ((operation.defaults[at++] = static_cast<LONG>(values)), ...);
     return copy;
   }
+  // A property with optional arguments that a script calls, `list.Item(1)` or `list.Item()`: reading it without
+  // any is DISP_E_BADPARAMCOUNT, so that the reader makes a function of it, which stands for its value.
+  constexpr Member is_called() const {
+    Member copy = *this;
+    copy.get.required_to_read = 1;
+    return copy;
+  }
 };
 
 // GetIDsOfNames over a table, in any letter case.
@@ -91,7 +100,9 @@ KORLIB_API HRESULT ids_of_names(std::span<const Member> members, LPOLESTR* names
 //
 // A property read of a method is DISP_E_MEMBERNOTFOUND, and so is a method call of a property unless the
 // read bit is set as well. Arguments that a property without parameters does not take go on to the
-// default member of the object it holds: rs.Fields("a") is rs.Fields.Item("a"), also when assigning. A put
+// default member of the object it holds: rs.Fields("a") is rs.Fields.Item("a"), also when assigning. An omitted
+// argument is VT_EMPTY for a VARIANT that is required, and DISP_E_PARAMNOTFOUND for any other type. The index of an
+// argument that cannot be converted goes to *argerr, which is left alone otherwise: the member has not run then. A put
 // with both put bits set stores an object with putref where the member has it, with put otherwise. A
 // failing member's code is returned unchanged; its words are in the thread's error object.
 KORLIB_API HRESULT invoke_member(std::span<const Member> members, void* self, DISPID id, REFIID riid, LCID lcid,

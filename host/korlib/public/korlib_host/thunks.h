@@ -53,7 +53,11 @@ template <>
 struct Slot<VARIANT> {
   CComVariant keep;
   VARIANT value = omitted();
-  HRESULT load(const Arguments& arguments, UINT index) { return read_variant(arguments[index], keep, value); }
+  HRESULT load(const Arguments& arguments, UINT index) {
+    if (!is_omitted(arguments[index])) return read_variant(arguments[index], keep, value);
+    value = VARIANT{};  // who has to give a value and gives none gives the empty one
+    return S_OK;
+  }
   void load_default(LONG) { value = omitted(); }
 };
 
