@@ -11,7 +11,8 @@
 //
 // Values cross between script and objects by these rules:
 //
-//   undefined            an omitted argument (VT_ERROR, DISP_E_PARAMNOTFOUND); as a value VT_EMPTY
+//   undefined            as a value VT_EMPTY. As an argument it is omitted (VT_ERROR, DISP_E_PARAMNOTFOUND) where
+//                        the parameter is optional, and VT_EMPTY where it is required: see below
 //   null, boolean        VT_NULL, VT_BOOL
 //   string               VT_BSTR; UTF-16 to UTF-32, lone surrogates become U+FFFD
 //   number               VT_I4 when integral and in range, else VT_R8; every number type comes back as one
@@ -29,6 +30,10 @@
 //   - `o(args)` and `o[1]` invoke DISPID_VALUE, `o(args) = v` puts it; `for (x of o)` and Enumerator ask
 //     for DISPID_NEWENUM; text and numbers are made from DISPID_VALUE without arguments;
 //   - assignments are DISPATCH_PROPERTYPUT, of an object DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
+//   - an `undefined` argument is passed as omitted. An object whose parameter must be given either takes that for
+//     the empty value, or refuses it before the member runs: DISP_E_TYPEMISMATCH or DISP_E_PARAMNOTFOUND, and its
+//     index in *puArgErr, which is otherwise left alone. Then the call is made again with VT_EMPTY for it. So
+//     what `Session("none")` or `m.Request("none")` gave may be passed on as the text "" or the number 0;
 //   - a failing HRESULT becomes an Error with message (error object's description), source and number;
 //   - names are resolved once for each ITypeInfo that GetTypeInfo answers, so objects that share one must
 //     share their members; objects without one are asked once for each name and object.

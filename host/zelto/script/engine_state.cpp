@@ -204,17 +204,15 @@ void EngineState::release_buried() {
   for (Held* held : taken) delete held;
 }
 
-void EngineState::remember_exception(JSContextRef ctx, JSValueRef exception) {
+void EngineState::remember_exception(Departed departed) {
+  JSValueProtect(departed.context, departed.exception);  // it may be the one that is forgotten
   forget_exception();
-  exception_context_ = JSContextGetGlobalContext(ctx);
-  exception_ = exception;
-  JSValueProtect(exception_context_, exception_);
+  departed_ = std::move(departed);
 }
 
 void EngineState::forget_exception() {
-  if (!exception_) return;
-  JSValueUnprotect(exception_context_, exception_);
-  exception_ = nullptr;
+  if (departed_.exception) JSValueUnprotect(departed_.context, departed_.exception);
+  departed_ = {};
 }
 
 HRESULT stop_page() noexcept {

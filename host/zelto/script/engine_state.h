@@ -10,8 +10,12 @@
 #include <unordered_map>
 #include <vector>
 
+#include <korlib/errorinfo.h>
+#include <korlib/ptr.h>
+
 #include "script/jsc.h"
 #include "script/member_names.h"
+#include "script/outcome.h"
 #include "script/program.h"
 #include "script/text.h"
 
@@ -94,9 +98,16 @@ class EngineState {
   void release_buried();
 
   // The exception that left a script function for a component, until it comes back or is done with.
-  void remember_exception(JSContextRef ctx, JSValueRef exception);
+  struct Departed {
+    JSGlobalContextRef context = nullptr;
+    JSValueRef exception = nullptr;  // protected; null: there is none
+    HRESULT code = S_OK;             // what the function answered
+    CComPtr<IErrorInfo> info;        // the error object that it left with that
+    ScriptError words;
+  };
+  void remember_exception(Departed departed);
   void forget_exception();
-  JSValueRef remembered_exception() const noexcept { return exception_; }
+  const Departed& departed() const noexcept { return departed_; }
 
   // What automation objects, their members, and so on are in the script.
   struct Classes {
@@ -137,8 +148,7 @@ class EngineState {
     std::unique_ptr<ParsedScript> parsed;
   };
   std::unordered_map<const Program*, CachedScript> scripts_;
-  JSGlobalContextRef exception_context_ = nullptr;
-  JSValueRef exception_ = nullptr;
+  Departed departed_;
   std::mutex buried_lock_;
   std::vector<Held*> buried_;
   std::atomic<bool> has_buried_ = false;

@@ -1,11 +1,10 @@
 #include "script/errors.h"
 
 #include <korlib/combstr.h>
-#include <korlib/errorinfo.h>
-#include <korlib/ptr.h>
 
 #include <array>
 #include <cstdio>
+#include <utility>
 
 #include "script/stack.h"
 #include "script/unwind.h"
@@ -49,23 +48,24 @@ constexpr std::array kTexts{
 
 }  // namespace
 
-HRESULT set_error(HRESULT hr, std::wstring_view source, std::wstring_view description) noexcept {
+HRESULT set_error(HRESULT hr, std::wstring_view source, std::wstring_view description,
+                  CComPtr<IErrorInfo>* made) noexcept {
   CComPtr<ICreateErrorInfo> creator;
   if (FAILED(CreateErrorInfo(creator.put()))) return hr;
   creator->SetSource(CComBSTR(source));
   creator->SetDescription(CComBSTR(description));
   CComPtr<IErrorInfo> info;
   if (SUCCEEDED(creator.query(info.put()))) SetErrorInfo(0, info.get());
+  if (made) *made = std::move(info);
   return hr;
 }
 
 ErrorText take_error() {
   ErrorText text;
-  CComPtr<IErrorInfo> info;
-  if (GetErrorInfo(0, info.put()) != S_OK || !info) return text;
+  if (GetErrorInfo(0, text.info.put()) != S_OK || !text.info) return text;
   CComBSTR part;
-  if (SUCCEEDED(info->GetSource(part.put()))) text.source = part.view();
-  if (SUCCEEDED(info->GetDescription(part.put()))) text.description = part.view();
+  if (SUCCEEDED(text.info->GetSource(part.put()))) text.source = part.view();
+  if (SUCCEEDED(text.info->GetDescription(part.put()))) text.description = part.view();
   return text;
 }
 
@@ -76,6 +76,10 @@ std::wstring describe(HRESULT hr, std::wstring_view member) {
   for (const Row& row : kTexts) {
     if (row.code == hr) text = row.text;
   }
+  return describe(hr, std::move(text), member);
+}
+
+std::wstring describe(HRESULT hr, std::wstring text, std::wstring_view member) {
   if (!member.empty()) text.append(L": '").append(member).append(L"'");
   std::array<wchar_t, 16> code{};
   std::swprintf(code.data(), code.size(), L" (0x%08X)", static_cast<unsigned>(hr));

@@ -64,8 +64,20 @@ Object.defineProperty(globalThis, "$zelto_value", {
   value: (value, is_statement) => typeof value === "function" ? native.read(value, is_statement) : value });
 define(prototype, Symbol.iterator, function () { return items(this)[Symbol.iterator](); });
 
+// A name of the object's own or of its class; a class's "constructor" is the language's.
+const { getPrototypeOf, hasOwn } = Object;
+const root = Object.prototype;
+const is_root = object => object === root || (getPrototypeOf(object) === null && hasOwn(object, "hasOwnProperty"));
+const has_name = (object, name) => {
+  if (hasOwn(object, name)) return true;
+  for (let o = getPrototypeOf(object); o !== null && !is_root(o); o = getPrototypeOf(o)) {
+    if (name !== "constructor" && hasOwn(o, name)) return true;
+  }
+  return false;
+};
+
 const kinds = [Error, RangeError, TypeError, ReferenceError];
-return [(kind, message) => new kinds[kind](message), collection => Array.from(collection)];
+return [(kind, message) => new kinds[kind](message), collection => Array.from(collection), has_name, root];
 }))js";
 
 }  // namespace zelto::script

@@ -7,8 +7,9 @@
 namespace zelto::script {
 
 // A function of (native, prototype): the helper object, and the prototype of automation objects. It
-// answers two functions: one that makes errors, of (kind, message) with the numbers of ErrorKind, and one
-// that makes an array of anything that can be stepped through.
+// answers three functions and an object: one that makes errors, of (kind, message) with the numbers of
+// ErrorKind, one that makes an array of anything that can be stepped through, one that tells whether an object
+// has a name that is not every object's, of (object, name), and the prototype that every object has.
 extern const std::u16string_view kPrelude;
 
 enum ErrorKind { kPlainError, kRangeError, kTypeError, kReferenceError };

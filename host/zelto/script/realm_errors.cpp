@@ -26,6 +26,19 @@ JSValueRef string_value(JSContextRef ctx, std::wstring_view text) {
   return JSValueMakeString(ctx, JsString(text).get());
 }
 
+// The result that stands for an error of that number. Two codes are answers to whoever asks for a member,
+// not failures of it: "read it as a function" and "the page is being left".
+HRESULT code_for(HRESULT number) {
+  return FAILED(number) && number != DISP_E_MEMBERNOTFOUND && number != kPageStopped ? number : E_FAIL;
+}
+
+// Whether a failing call only hands on the exception that it met in the script. E_FAIL is everybody's code, so
+// the error object has to be the exception's own; with another code a component may have put its words around it.
+bool passes_on(const EngineState::Departed& departed, HRESULT hr, const ErrorText& text) {
+  if (!departed.exception || hr != departed.code) return false;
+  return hr != E_FAIL || (text.info && text.info.get() == departed.info.get());
+}
+
 }  // namespace
 
 JSObjectRef RealmState::make_error(ErrorKind kind, std::wstring_view message) {
@@ -46,12 +59,21 @@ void RealmState::raise(HRESULT hr, std::wstring_view member, JSValueRef* excepti
   }
   const ErrorText text = take_error();
   if (hr == kOutOfStack) return raise_out_of_stack(exception);
-  JSObjectRef error = make_error(kPlainError, text.description.empty() ? describe(hr, member) : text.description);
-  set_hidden(context_, error, "number", JSValueMakeNumber(context_, hr));
-  set_hidden(context_, error, "source", string_value(context_, text.source));
-  if (JSValueRef cause = engine_.remembered_exception()) set_hidden(context_, error, "cause", cause);
+  const EngineState::Departed& departed = engine_.departed();
+  ScriptError failure{text.description, text.source, hr, {}, 0, 0};
+  if (passes_on(departed, hr, text)) failure = departed.words;
+  if (failure.message.empty()) failure.message = words_for(hr, member);
+  JSObjectRef error = make_error(kPlainError, failure.message);
+  set_hidden(context_, error, "number", JSValueMakeNumber(context_, failure.number));
+  set_hidden(context_, error, "source", string_value(context_, failure.source));
+  if (departed.exception) set_hidden(context_, error, "cause", departed.exception);
   engine_.forget_exception();
   *exception = error;
+}
+
+std::wstring RealmState::words_for(HRESULT hr, std::wstring_view member) const {
+  if (hr != DISP_E_UNKNOWNNAME || unknown_name_.empty()) return describe(hr, member);
+  return describe(hr, L"The script does not declare '" + to_wide(unknown_name_) + L"'", member);
 }
 
 void RealmState::raise_text(const wchar_t* text, HRESULT hr, JSValueRef* exception) {
@@ -79,10 +101,12 @@ void RealmState::raise_out_of_stack(JSValueRef* exception) {
 HRESULT RealmState::failure_of(JSValueRef exception) {
   if (engine_.is_unwinding()) return kPageStopped;
   if (!exception) return E_FAIL;
-  ScriptError error;
-  read_words(exception, &error);
-  engine_.remember_exception(context_, exception);
-  return set_error(E_FAIL, error.source, error.message);
+  EngineState::Departed departed{context_, exception, E_FAIL, {}, {}};
+  read_words(exception, &departed.words);
+  departed.code = code_for(departed.words.number);
+  const HRESULT code = set_error(departed.code, departed.words.source, departed.words.message, &departed.info);
+  engine_.remember_exception(std::move(departed));
+  return code;
 }
 
 void RealmState::read_words(JSValueRef exception, ScriptError* out) {
@@ -95,10 +119,8 @@ void RealmState::read_words(JSValueRef exception, ScriptError* out) {
   JSValueRef message = property(object, JsString("message"));
   out->message = text_of(JSValueIsString(context_, message) ? message : exception);
   JSValueRef source = property(object, JsString("source"));
+  if (!JSValueIsString(context_, source)) source = property(object, JsString("name"));
   if (JSValueIsString(context_, source)) out->source = text_of(source);
-  if (JSValueRef name = property(object, JsString("name")); out->source.empty() && JSValueIsString(context_, name)) {
-    out->source = text_of(name);
-  }
   if (JSValueRef number = property(object, JsString("number")); JSValueIsNumber(context_, number)) {
     out->number = JSValueToInt32(context_, number, nullptr);
   }
@@ -112,6 +134,9 @@ ScriptError RealmState::describe_exception(JSValueRef exception) {
     return error;
   }
   auto* object = const_cast<JSObjectRef>(exception);
+  if (JSValueRef name = property(object, JsString("name")); error.source.empty() && JSValueIsString(context_, name)) {
+    error.source = text_of(name);
+  }
   if (!JSValueIsString(context_, property(object, JsString("stack"))) && thrown_at_) place_like(*thrown_at_, &error);
   // The place is where the first of a chain of errors arose.
   JSValueRef link = exception;

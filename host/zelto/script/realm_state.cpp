@@ -1,9 +1,11 @@
 #include "script/realm_state.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "script/engine.h"
 #include "script/errors.h"
+#include "script/lexemes.h"
 #include "script/script_classes.h"
 #include "script/script_object.h"
 
@@ -23,6 +25,9 @@ JSValueRef on_unhandled_rejection(JSContextRef ctx, JSObjectRef, JSObjectRef, st
   if (realm && count > 1) realm->note_rejection(values[1]);
   return JSValueMakeUndefined(ctx);
 }
+
+// The failures with which Invoke names the argument that it could not take, before the member has run.
+constexpr bool is_bad_argument(HRESULT hr) { return hr == DISP_E_TYPEMISMATCH || hr == DISP_E_PARAMNOTFOUND; }
 
 }  // namespace
 
@@ -46,8 +51,8 @@ RealmState::~RealmState() {
   }
   output_.reset();
   server_.reset();
-  for (JSObjectRef function : {make_error_, make_array_}) {
-    if (function) JSValueUnprotect(context_, function);
+  for (JSObjectRef kept : {make_error_, make_array_, has_name_, object_prototype_}) {
+    if (kept) JSValueUnprotect(context_, kept);
   }
   // The engine never lets go of this callback: a function of this realm would keep all of it in memory.
   JSGlobalContextSetUnhandledRejectionCallback(context_, engine_.idle_function(), nullptr);
@@ -63,10 +68,11 @@ void RealmState::run_prelude() {
   JSValueRef function = JSScriptEvaluate(context_, engine_.prelude(), nullptr, nullptr);
   JSValueRef made = JSObjectCallAsFunction(context_, const_cast<JSObjectRef>(function), nullptr, 2, arguments, nullptr);
   auto* functions = const_cast<JSObjectRef>(made);
-  make_error_ = const_cast<JSObjectRef>(JSObjectGetPropertyAtIndex(context_, functions, 0, nullptr));
-  JSValueProtect(context_, make_error_);
-  make_array_ = const_cast<JSObjectRef>(JSObjectGetPropertyAtIndex(context_, functions, 1, nullptr));
-  JSValueProtect(context_, make_array_);
+  unsigned at = 0;
+  for (JSObjectRef* kept : {&make_error_, &make_array_, &has_name_, &object_prototype_}) {
+    *kept = const_cast<JSObjectRef>(JSObjectGetPropertyAtIndex(context_, functions, at++, nullptr));
+    JSValueProtect(context_, *kept);
+  }
   JSObjectSetProperty(context_, global_, JsString("$zelto").get(), helper, kFixed, nullptr);
   JSObjectRef rejected = JSObjectMakeFunctionWithCallback(context_, nullptr, on_unhandled_rejection);
   JSGlobalContextSetUnhandledRejectionCallback(context_, rejected, nullptr);
@@ -113,8 +119,7 @@ Outcome RealmState::call(std::wstring_view function) {
   rejection_.reset();
   JSValueRef exception = nullptr;
   JSValueRef value = is_lexical ? lexical_value(name, &exception) : property(global_, name);
-  if (value && !exception && JSValueIsObject(context_, value) &&
-      JSObjectIsFunction(context_, const_cast<JSObjectRef>(value))) {
+  if (value && !exception && is_function(value)) {
     JSObjectCallAsFunction(context_, const_cast<JSObjectRef>(value), nullptr, 0, nullptr, &exception);
   }
   return outcome_of(exception);
@@ -128,6 +133,19 @@ Outcome RealmState::outcome_of(JSValueRef exception) {
   if (exception) return {Outcome::failed, describe_exception(exception)};
   if (rejection_) return {Outcome::failed, *rejection_};
   return {};
+}
+
+bool RealmState::is_function(JSValueRef value) const {
+  return JSValueIsObject(context_, value) && JSObjectIsFunction(context_, const_cast<JSObjectRef>(value)) &&
+         !JSValueIsObjectOfClass(context_, value, engine_.classes().object);
+}
+
+bool RealmState::has_own_name(JSObjectRef object, const JsString& name) const {
+  if (!JSObjectHasProperty(context_, object, name.get())) return false;
+  if (!JSObjectHasProperty(context_, object_prototype_, name.get())) return true;
+  JSValueRef arguments[] = {object, JSValueMakeString(context_, name.get())};
+  JSValueRef answer = JSObjectCallAsFunction(context_, has_name_, nullptr, 2, arguments, nullptr);
+  return answer && JSValueToBoolean(context_, answer);
 }
 
 bool RealmState::declares(const JsString& name, bool* is_lexical) {
@@ -151,6 +169,12 @@ bool RealmState::declares(const JsString& name, bool* is_lexical) {
 
 namespace {
 
+// Words that mean something else in source text than a name, some of them in strict or module code only.
+bool is_reserved(std::u16string_view name) {
+  const std::wstring word = to_wide(name);
+  return is_keyword(word) || is_operand_word(word) || word == L"enum";
+}
+
 // A name that can be put into source text: what clients send as field names is looked up as well.
 bool is_identifier(std::u16string_view name) {
   const auto letter = [](char16_t c) {
@@ -158,7 +182,7 @@ bool is_identifier(std::u16string_view name) {
   };
   const auto word = [&](char16_t c) { return letter(c) || (c >= u'0' && c <= u'9'); };
   return !name.empty() && letter(name.front()) && std::all_of(name.begin(), name.end(), word) &&
-         !name.starts_with(u"$zelto");
+         !name.starts_with(u"$zelto") && !is_reserved(name);
 }
 
 }  // namespace
@@ -207,11 +231,27 @@ bool RealmState::may_call(JSValueRef* exception) {
 }
 
 HRESULT RealmState::invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result) {
+  const CComPtr<IDispatch> alive(object);
+  UINT refused = 0;
+  HRESULT hr = invoke_once(object, id, flags, params, result, &refused);
+  // A required argument that was `undefined`: each goes once, so this ends.
+  while (is_bad_argument(hr) && !is_unwinding() && refused < params->cArgs &&
+         korlib::is_omitted(params->rgvarg[refused])) {
+    VariantInit(&params->rgvarg[refused]);
+    hr = invoke_once(object, id, flags, params, result, &refused);
+  }
+  return hr;
+}
+
+HRESULT RealmState::invoke_once(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result,
+                                UINT* refused) {
+  constexpr UINT kNone = std::numeric_limits<UINT>::max();
   clear_error();
   engine_.forget_exception();
+  unknown_name_.clear();
   EXCEPINFO info{};
-  const CComPtr<IDispatch> alive(object);
-  HRESULT hr = object->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, params, result, &info, nullptr);
+  *refused = kNone;
+  HRESULT hr = object->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, params, result, &info, refused);
   if (hr == DISP_E_EXCEPTION) {
     if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
     if (info.bstrDescription) {

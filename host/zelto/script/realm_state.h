@@ -56,6 +56,12 @@ class RealmState {
   JSObjectRef wrap(IDispatch* dispatch);
   // The counted wrapper of a script's object.
   CComPtr<IDispatch> unwrap(JSObjectRef object);
+  // Whether it is a function of the script or a member that was read without being called. To the engine
+  // every automation object is one, because it can be called for its default member.
+  bool is_function(JSValueRef value) const;
+  // Whether an object of the script has the name, itself or by its class: what every object has is not the
+  // script's.
+  bool has_own_name(JSObjectRef object, const JsString& name) const;
   // What the script's object steps through, as an array.
   JSValueRef items_of(JSObjectRef object, JSValueRef* exception);
   JSObjectRef make(JSClassRef jsclass, std::unique_ptr<Held> held);
@@ -63,7 +69,8 @@ class RealmState {
   // Every call of an object passes here first; false with an exception when the page is over, late, or
   // out of stack.
   bool may_call(JSValueRef* exception);
-  // Makes the call. A failing result is answered as it is.
+  // Makes the call. A failing result is answered as it is. An omitted argument that the object says it cannot
+  // take is VT_EMPTY in `params` afterwards.
   HRESULT invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result);
   // The exception for a failing result.
   void raise(HRESULT hr, std::wstring_view member, JSValueRef* exception);
@@ -76,6 +83,8 @@ class RealmState {
 
   // Where something that is no Error was thrown.
   void note_throw(JSValueRef value);
+  // A component asked for a name that the script does not have: should the call fail for that, it is named.
+  void note_unknown(std::u16string name) { unknown_name_ = std::move(name); }
 
   void adopt(Held* held) noexcept;
   void abandon(Held* held) noexcept;
@@ -98,6 +107,8 @@ class RealmState {
   bool locate(JSValueRef error, ScriptError* out) const;
   static void place_like(const ScriptError& other, ScriptError* out);
   static void place(const Program& program, int line, int column, ScriptError* out);
+  HRESULT invoke_once(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, UINT* refused);
+  std::wstring words_for(HRESULT hr, std::wstring_view member) const;
   void run_prelude();
   void disconnect_wrappers();
   void release_foreign_wrappers();
@@ -109,6 +120,8 @@ class RealmState {
   JSObjectRef global_;
   JSObjectRef make_error_ = nullptr;  // functions of the prelude, protected
   JSObjectRef make_array_ = nullptr;
+  JSObjectRef has_name_ = nullptr;
+  JSObjectRef object_prototype_ = nullptr;
   std::shared_ptr<Graveyard> graveyard_ = std::make_shared<Graveyard>();
   std::unordered_map<IUnknown*, AutomationObject*> automation_objects_;
   // Several for one object when some are on their way out on other threads.
@@ -119,6 +132,7 @@ class RealmState {
   std::unordered_map<std::string, std::shared_ptr<const Program>> programs_;
   const Program* running_ = nullptr;
   bool has_lexical_names_ = false;
+  std::u16string unknown_name_;             // the last that a component asked for in vain, in the call that runs
   std::unique_ptr<ScriptError> thrown_at_;  // the place of the last throw that was of no Error
   std::unique_ptr<ScriptError> rejection_;  // the first promise that was rejected with nobody listening
 };

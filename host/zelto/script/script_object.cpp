@@ -83,7 +83,7 @@ HRESULT ScriptObject::check_callable() const {
 
 bool ScriptObject::has_name(const JsString& name, bool* is_lexical) {
   *is_lexical = false;
-  return is_global() ? realm_->declares(name, is_lexical) : JSObjectHasProperty(realm_->context(), object_, name.get());
+  return is_global() ? realm_->declares(name, is_lexical) : realm_->has_own_name(object_, name);
 }
 
 HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) {
@@ -95,7 +95,10 @@ HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LC
   const std::u16string key = to_utf16(name);
   JsString text(std::u16string_view{key});
   bool is_lexical = false;
-  if (!has_name(text, &is_lexical)) return DISP_E_UNKNOWNNAME;
+  if (!has_name(text, &is_lexical)) {
+    realm_->note_unknown(key);
+    return DISP_E_UNKNOWNNAME;
+  }
   const auto [known, is_new] = ids_.try_emplace(key, static_cast<DISPID>(names_.size() + 1));
   if (is_new) names_.push_back({std::move(text), is_lexical});
   ids[0] = known->second;
@@ -110,6 +113,7 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
   const CComPtr<IDispatch> alive(this);
   EngineState& engine = realm_->engine();
   const EngineState::Run run(engine);
+  clear_error();  // words of a failure that the caller went on from
   HRESULT hr = E_OUTOFMEMORY;
   try {
     hr = dispatch(id, flags, params, result);
@@ -134,28 +138,37 @@ HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIAN
   if (id == DISPID_NEWENUM && !puts) return enumerate(result);
   if (id == DISPID_VALUE) {
     if (!puts) return call_default(flags, arguments, result);
-    if (arguments.size() != 2) return DISP_E_BADPARAMCOUNT;
-    JSObjectSetPropertyForKey(realm_->context(), object_, arguments[0], arguments[1], kJSPropertyAttributeNone,
-                              &exception);
-    return exception ? realm_->failure_of(exception) : S_OK;
+    return put_default(arguments);
   }
   if (id < 1 || static_cast<std::size_t>(id) > names_.size()) return DISP_E_MEMBERNOTFOUND;
   const Name& name = names_[static_cast<std::size_t>(id) - 1];
   if (puts) return put(name, arguments);
   JSValueRef value = read(name, &exception);
   if (exception) return realm_->failure_of(exception);
-  JSContextRef ctx = realm_->context();
-  auto* object = JSValueIsObject(ctx, value) ? const_cast<JSObjectRef>(value) : nullptr;
-  if (object && JSObjectIsFunction(ctx, object)) {
-    return (flags & DISPATCH_METHOD) ? call(object, object_, arguments, result) : DISP_E_MEMBERNOTFOUND;
+  if (realm_->is_function(value)) {
+    auto* function = const_cast<JSObjectRef>(value);
+    return (flags & DISPATCH_METHOD) ? call(function, object_, arguments, result) : DISP_E_MEMBERNOTFOUND;
   }
   if (!(flags & DISPATCH_PROPERTYGET)) {
     return set_error(DISP_E_MEMBERNOTFOUND, L"Zelto", L"'" + to_wide(name.text.view()) + L"' is not a function");
   }
-  if (arguments.empty()) return deliver(value, result);
-  if (!object || arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
-  if (!JSObjectHasPropertyForKey(ctx, object, arguments[0], &exception)) return DISP_E_MEMBERNOTFOUND;
-  value = JSObjectGetPropertyForKey(ctx, object, arguments[0], &exception);
+  return arguments.empty() ? deliver(value, result) : get_indexed(value, arguments, result);
+}
+
+// The member's value, indexed: an automation object by its default member, an object of the script by name.
+HRESULT ScriptObject::get_indexed(JSValueRef value, const RootedValues& arguments, VARIANT* result) {
+  JSContextRef ctx = realm_->context();
+  if (!JSValueIsObject(ctx, value)) return DISP_E_BADPARAMCOUNT;
+  auto* object = const_cast<JSObjectRef>(value);
+  if (JSValueIsObjectOfClass(ctx, value, realm_->engine().classes().object)) {
+    return call(object, nullptr, arguments, result);
+  }
+  if (arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
+  JSValueRef exception = nullptr;
+  const JsString name(JSValueToStringCopy(ctx, arguments[0], &exception));
+  if (!name.get()) return realm_->failure_of(exception);
+  if (!realm_->has_own_name(object, name)) return DISP_E_MEMBERNOTFOUND;
+  value = JSObjectGetProperty(ctx, object, name.get(), &exception);
   return exception ? realm_->failure_of(exception) : deliver(value, result);
 }
 
@@ -176,6 +189,20 @@ HRESULT ScriptObject::put(const Name& name, const RootedValues& arguments) {
   return exception ? realm_->failure_of(exception) : S_OK;
 }
 
+// o(key) = value makes a name where there is none, but for those that mean something else on every object.
+HRESULT ScriptObject::put_default(const RootedValues& arguments) {
+  if (arguments.size() != 2) return DISP_E_BADPARAMCOUNT;
+  JSContextRef ctx = realm_->context();
+  JSValueRef exception = nullptr;
+  const JsString name(JSValueToStringCopy(ctx, arguments[0], &exception));
+  if (!name.get()) return realm_->failure_of(exception);
+  if (JSObjectHasProperty(ctx, object_, name.get()) && !realm_->has_own_name(object_, name)) {
+    return DISP_E_MEMBERNOTFOUND;
+  }
+  JSObjectSetProperty(ctx, object_, name.get(), arguments[1], kJSPropertyAttributeNone, &exception);
+  return exception ? realm_->failure_of(exception) : S_OK;
+}
+
 HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VARIANT* result) {
   JSContextRef ctx = realm_->context();
   JSValueRef exception = nullptr;
@@ -191,10 +218,7 @@ HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VA
   if (!has_name(name.text, &name.is_lexical)) return DISP_E_MEMBERNOTFOUND;
   JSValueRef value = read(name, &exception);
   if (exception) return realm_->failure_of(exception);
-  if (JSValueIsObject(ctx, value) && JSObjectIsFunction(ctx, const_cast<JSObjectRef>(value))) {
-    return DISP_E_MEMBERNOTFOUND;
-  }
-  return deliver(value, result);
+  return realm_->is_function(value) ? DISP_E_MEMBERNOTFOUND : deliver(value, result);
 }
 
 HRESULT ScriptObject::call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, VARIANT* result) {

@@ -20,11 +20,13 @@ struct IScriptObject : IDispatch {
   ~IScriptObject() = default;
 };
 
-// Names are properties, in exact case, found along the prototypes; for the global object, what the page
-// declared. Identifiers are handed out as names are asked for.
+// Names are properties, in exact case: the object's own and those of its class. What every object has, such as
+// toString or __proto__, is a name only where the script defines it: names come from clients as well. For the
+// global object they are what the page declared. Identifiers are handed out as names are asked for.
 //
 //   a property        DISPATCH_PROPERTYGET reads, DISPATCH_PROPERTYPUT and …PUTREF write, DISPATCH_METHOD calls
-//   a function        DISPATCH_PROPERTYGET alone is DISP_E_MEMBERNOTFOUND, so that whoever reads knows to call
+//   a function        DISPATCH_PROPERTYGET alone is DISP_E_MEMBERNOTFOUND, so that whoever reads knows to call.
+//                     An automation object that a name holds is a value, although it can be called
 //   DISPID_VALUE      with arguments: calls a function (DISPATCH_METHOD), else o[key]; without: o as text
 //   DISPID_NEWENUM    what for-of goes through
 //
@@ -62,6 +64,8 @@ class ScriptObject final : public IScriptObject {
   HRESULT check_callable() const;
   bool is_global() const { return object_ == realm_->global_object(); }
   HRESULT dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result);
+  HRESULT get_indexed(JSValueRef value, const RootedValues& arguments, VARIANT* result);
+  HRESULT put_default(const RootedValues& arguments);
   HRESULT call_default(WORD flags, const RootedValues& arguments, VARIANT* result);
   HRESULT enumerate(VARIANT* result);
   HRESULT put(const Name& name, const RootedValues& arguments);

@@ -38,6 +38,36 @@ TEST_F(Errors, DoNotInheritTheWordsOfAnEarlierOne) {
   EXPECT_EQ(error_of(L"o.Fail(-2147467259)"), "Error: Unspecified error: 'Fail' (0x80004005) at /site/page.asp:1");
 }
 
+TEST_F(Errors, AreNotToldInWordsThatAComponentWentOnFrom) {
+  must_run(L"function again() { return 1 }");
+  probe->action = [this] {
+    korlib::raise(E_FAIL, L"Probe", L"stale");
+    CComPtr<IDispatch> script;
+    script.attach(realm->global());
+    CComVariant result;
+    EXPECT_EQ(probe->CallMember(script.get(), CComBSTR(L"again"), &result), S_OK);
+    return E_FAIL;
+  };
+  EXPECT_EQ(error_of(L"o.Act()"), "Error: Unspecified error: 'Act' (0x80004005) at /site/page.asp:1");
+}
+
+TEST_F(Errors, KeepTheirNumberOnTheWayOutOfAScriptFunction) {
+  EXPECT_EQ(text(L"(() => { try { o.Call(() => o.Fail(-2147352571, 'inner'), 1) } "
+                 L"catch (e) { return [e.number, e.source, e.message, e.cause.number] } })()"),
+            "-2147352571,Probe,inner,-2147352571");
+  const Outcome outcome = run(L"o.Call(() => o.Fail(-2147352571, 'inner'), 1)");
+  EXPECT_EQ(outcome.error->number, DISP_E_TYPEMISMATCH);
+  // E_FAIL with other words is a failure of the component's own.
+  probe->action = [this] {
+    CComVariant result;
+    EXPECT_EQ(probe->Call(probe->kept.pdispVal, VARIANT{}, &result), E_FAIL);
+    return korlib::raise(E_FAIL, L"Probe", L"outer");
+  };
+  must_run(L"o.Keep(() => { throw new Error('inner') })");
+  EXPECT_EQ(text(L"(() => { try { o.Act() } catch (e) { return [e.message, e.source, e.cause.message] } })()"),
+            "outer,Probe,inner");
+}
+
 TEST_F(Errors, OfTheScriptHaveTheirPlace) {
   struct {
     const wchar_t* script;

@@ -71,6 +71,49 @@ TEST_F(ScriptObjects, FindMembersAlongTheirPrototypes) {
   EXPECT_EQ(result.lVal, 7);
 }
 
+TEST_F(ScriptObjects, HaveNoNamesThatEveryObjectHas) {
+  const CComPtr<IDispatch> plain = object(L"{ a: 1 }");
+  const CComPtr<IDispatch> own = object(L"{ toString() { return 'me' }, ['__proto__']: 5, constructor: 6 }");
+  const CComPtr<IDispatch> bare = object(L"Object.create(null, { a: { value: 1 }, valueOf: { value: 2 } })");
+  const CComPtr<IDispatch> derived = object(L"new (class extends (class { valueOf() {} }) {})()");
+  for (const wchar_t* name : {L"toString", L"constructor", L"__proto__", L"hasOwnProperty", L"valueOf"}) {
+    id_of(plain.get(), name, DISP_E_UNKNOWNNAME);
+  }
+  for (const wchar_t* name : {L"toString", L"constructor", L"__proto__"}) EXPECT_GT(id_of(own.get(), name), 0);
+  for (const wchar_t* name : {L"a", L"valueOf"}) EXPECT_GT(id_of(bare.get(), name), 0);
+  id_of(bare.get(), L"toString", DISP_E_UNKNOWNNAME);
+  EXPECT_GT(id_of(derived.get(), L"valueOf"), 0);
+  id_of(derived.get(), L"constructor", DISP_E_UNKNOWNNAME);
+  CComVariant result;
+  const CComVariant key(L"__proto__");
+  EXPECT_EQ(invoke(plain.get(), DISPID_VALUE, kBoth, {key}, &result), DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(invoke(plain.get(), DISPID_VALUE, DISPATCH_PROPERTYPUT, {CComVariant(own.get()), key}, nullptr),
+            DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(invoke(plain.get(), DISPID_VALUE, kBoth, {CComVariant(L"a")}, &result), S_OK);
+}
+
+TEST_F(ScriptObjects, TellFunctionsFromObjectsThatCanBeCalled) {
+  must_run(L"p('k') = 'item'");
+  const CComPtr<IDispatch> target = object(L"{ p, f() {}, m: p.Keep, n: { a: 1 } }");
+  CComVariant result;
+  const DISPID id = id_of(target.get(), L"p");
+  EXPECT_EQ(invoke(target.get(), id, DISPATCH_PROPERTYGET, {}, &result), S_OK);
+  EXPECT_EQ(result.pdispVal, static_cast<IDispatch*>(other.get()));
+  EXPECT_EQ(invoke(target.get(), id, DISPATCH_METHOD, {}, &result), DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(invoke(target.get(), id, kBoth, {CComVariant(L"k")}, &result), S_OK);
+  EXPECT_EQ(korlib::view_of(result.bstrVal), L"item");
+  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"p")}, &result), S_OK);
+  EXPECT_EQ(result.pdispVal, static_cast<IDispatch*>(other.get()));
+  for (const wchar_t* function : {L"f", L"m"}) {
+    EXPECT_EQ(invoke(target.get(), id_of(target.get(), function), DISPATCH_PROPERTYGET, {}, &result),
+              DISP_E_MEMBERNOTFOUND);
+  }
+  EXPECT_EQ(invoke(target.get(), id_of(target.get(), L"n"), kBoth, {CComVariant(L"a")}, &result), S_OK);
+  EXPECT_EQ(result.lVal, 1);
+  EXPECT_EQ(invoke(target.get(), id_of(target.get(), L"n"), kBoth, {CComVariant(L"toString")}, &result),
+            DISP_E_MEMBERNOTFOUND);
+}
+
 TEST_F(ScriptObjects, AreIndexedByTheirDefaultMember) {
   const CComPtr<IDispatch> target = object(L"{ a: 1, f() {}, toString() { return 'me' } }");
   CComVariant result;
@@ -118,8 +161,10 @@ TEST_F(ScriptObjects, OfTheGlobalKindHaveWhatThePageDeclared) {
   const CComPtr<IDispatch> target = globals();
   for (const wchar_t* name : {L"v", L"f", L"l", L"c", L"K", L"e", L"g"})
     EXPECT_GT(id_of(target.get(), name), 0) << narrow(name);
-  for (const wchar_t* name : {L"Response", L"Object", L"eval", L"Enumerator", L"$zelto", L"$zelto_value", L"toString",
-                              L"V", L"nothing", L"a b", L"", L"1", L"v;f()", L"undefined"}) {
+  for (const wchar_t* name :
+       {L"Response", L"Object",   L"eval", L"Enumerator", L"$zelto",    L"$zelto_value", L"toString", L"V",
+        L"nothing",  L"a b",      L"",     L"1",          L"v;f()",     L"undefined",    L"this",     L"null",
+        L"true",     L"debugger", L"new",  L"enum",       L"__proto__", L"constructor"}) {
     id_of(target.get(), name, DISP_E_UNKNOWNNAME);
   }
   CComVariant result;

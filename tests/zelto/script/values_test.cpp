@@ -83,6 +83,25 @@ TEST_F(Values, HaveTheTypeThatTheirKindSays) {
   EXPECT_EQ(text(L"o.TypeOf()"), std::to_string(VT_ERROR));
 }
 
+TEST_F(Values, ThatAreUndefinedAreEmptyWhereAnArgumentIsRequired) {
+  must_run(L"o.Keep(undefined)");  // a VARIANT
+  EXPECT_EQ(probe->kept.vt, VT_EMPTY);
+  EXPECT_EQ(text(L"o.TypeOf(undefined)"), std::to_string(VT_ERROR));  // one that may be left out
+  EXPECT_EQ(text(L"o.ReadText(undefined)"), "everything");
+  // Text is refused as omitted and taken as empty; a refusal that names no argument is one of the member's own.
+  EXPECT_EQ(error_of(L"o.CallMember(p, undefined)"),
+            "Error: Object doesn't support this property or method: "
+            "'CallMember' (0x80020006) at /site/page.asp:1");
+  int calls = 0;
+  probe->action = [&calls] {
+    ++calls;
+    return DISP_E_TYPEMISMATCH;
+  };
+  error_of(L"o.Act(undefined)");
+  error_of(L"o.Act()");
+  EXPECT_EQ(calls, 1);
+}
+
 TEST_F(Values, ThatAreUndefinedAreEmptyWhenTheyAreStored) {
   must_run(L"o('a') = undefined");
   EXPECT_EQ(probe->put_type, VT_EMPTY);

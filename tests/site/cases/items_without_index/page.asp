@@ -1,0 +1,16 @@
+<%
+// A list's Item is its whole value without an index, as a property and with parentheses.
+var page = Server.CreateObject("Mirt");
+page.Script = this;
+function told(name, list) {
+  var item = list.Item;
+  var called = list.Item();
+  Response.Write(name + ": " + item + "; " + called + "; " + list.Item + "; " + (list.Item == String(called)) + "; " +
+                 list.item(1) + "; " + Server.HTMLEncode(list.Item) + "\n");
+}
+told("QueryString", Request.QueryString("a"));
+told("Cookies", Request.Cookies("c"));
+Response.Write(Request.QueryString.Item + "|" + Request.QueryString.Item() + "\n");
+function On_StartProcess() { told("multipart", page.Request("b")); return false; }
+page.Process();
+%>
