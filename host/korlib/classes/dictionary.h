@@ -14,6 +14,7 @@ namespace korlib {
 // with the lock free, because an object's last release may come back here.
 class Dictionary final : public DispatchObject<Dictionary, IKorLibDictionary> {
  public:
+  static constexpr const wchar_t* kClassName = L"Dictionary";
   static std::span<const Member> members();
 
   HRESULT get_Item(VARIANT key, VARIANT* value) override;

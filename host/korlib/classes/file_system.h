@@ -8,6 +8,7 @@ namespace korlib {
 
 class FileSystem final : public DispatchObject<FileSystem> {
  public:
+  static constexpr const wchar_t* kClassName = L"FileSystemObject";
   static std::span<const Member> members();
 
   // Text is UTF-8 whatever `unicode` and `format` say.

@@ -15,6 +15,7 @@ namespace korlib {
 // there is skipped. Serves one thread at a time.
 class Stream final : public DispatchObject<Stream, IKorLibStream> {
  public:
+  static constexpr const wchar_t* kClassName = L"Stream";
   static std::span<const Member> members();
 
   HRESULT get_Size(LONG* bytes) override;

@@ -11,6 +11,7 @@ namespace korlib {
 // Made by the file system object, open. Serves one thread at a time.
 class TextStream final : public DispatchObject<TextStream, Scripting::ITextStream> {
  public:
+  static constexpr const wchar_t* kClassName = L"TextStream";
   static std::span<const Member> members();
   static constexpr std::wstring_view kSource = L"Scripting.TextStream";
 

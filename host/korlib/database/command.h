@@ -25,6 +25,7 @@ namespace korlib {
 // A command text with its parameters. Serves one thread at a time.
 class Command final : public DispatchObject<Command, IKorDBCommand, ICommandAccess> {
  public:
+  static constexpr const wchar_t* kClassName = L"Command";
   static std::span<const Member> members();
   Command* command() override { return this; }
 

@@ -29,6 +29,7 @@ namespace korlib {
 // an open transaction is rolled back and the session returns to the pool.
 class Connection final : public DispatchObject<Connection, IDispatch, IConnectionAccess> {
  public:
+  static constexpr const wchar_t* kClassName = L"Connection";
   ~Connection() override { close(); }
   static std::span<const Member> members();
   Connection* connection() override { return this; }

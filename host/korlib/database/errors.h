@@ -7,6 +7,7 @@ namespace korlib {
 
 class ErrorItem final : public DispatchObject<ErrorItem> {
  public:
+  static constexpr const wchar_t* kClassName = L"Error";
   explicit ErrorItem(db::Diagnostic diagnostic) : diagnostic_(std::move(diagnostic)) {}
   static std::span<const Member> members();
 
@@ -22,6 +23,7 @@ class ErrorItem final : public DispatchObject<ErrorItem> {
 
 class ErrorList final : public DispatchObject<ErrorList> {
  public:
+  static constexpr const wchar_t* kClassName = L"Errors";
   explicit ErrorList(CComPtr<Connection> connection) : connection_(std::move(connection)) {}
   static std::span<const Member> members();
 

@@ -8,6 +8,7 @@ namespace korlib {
 // One column; its value is that of the recordset's current row, whenever it is asked.
 class Field final : public DispatchObject<Field> {
  public:
+  static constexpr const wchar_t* kClassName = L"Field";
   Field(CComPtr<Recordset> recordset, std::size_t column) : recordset_(std::move(recordset)), column_(column) {}
   static std::span<const Member> members();
 
@@ -29,6 +30,7 @@ class Field final : public DispatchObject<Field> {
 
 class Fields final : public DispatchObject<Fields> {
  public:
+  static constexpr const wchar_t* kClassName = L"Fields";
   explicit Fields(CComPtr<Recordset> recordset) : recordset_(std::move(recordset)) {}
   static std::span<const Member> members();
 

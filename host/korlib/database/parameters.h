@@ -27,6 +27,7 @@ namespace korlib {
 // One value for a "?" of the command text, in its place by position.
 class ParameterItem final : public DispatchObject<ParameterItem, IDispatch, IParameterAccess> {
  public:
+  static constexpr const wchar_t* kClassName = L"Parameter";
   static std::span<const Member> members();
   ParameterItem* parameter() override { return this; }
 
@@ -63,6 +64,7 @@ class ParameterItem final : public DispatchObject<ParameterItem, IDispatch, IPar
 
 class ParameterList final : public DispatchObject<ParameterList> {
  public:
+  static constexpr const wchar_t* kClassName = L"Parameters";
   static std::span<const Member> members();
 
   HRESULT get_Item(VARIANT index, IDispatch** parameter);

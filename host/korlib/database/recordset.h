@@ -25,6 +25,7 @@ namespace korlib {
 // are walked through; the other cursor types read everything at once and move freely. Read-only.
 class Recordset final : public DispatchObject<Recordset, IDispatch, IRecordsetAccess> {
  public:
+  static constexpr const wchar_t* kClassName = L"Recordset";
   Recordset() = default;
   Recordset(CComPtr<Connection> connection, std::unique_ptr<db::ResultSet> result)
       : connection_(std::move(connection)), result_(std::move(result)) {

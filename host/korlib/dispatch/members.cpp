@@ -20,17 +20,6 @@ DISPID id_of(std::span<const Member> members, const Member& member) {
   return member.id != kNumberByPosition ? member.id : static_cast<DISPID>(&member - members.data()) + 1;
 }
 
-const Member* find(std::span<const Member> members, DISPID id) {
-  if (id > 0 && static_cast<std::size_t>(id) <= members.size()) {
-    const Member& at = members[static_cast<std::size_t>(id) - 1];
-    if (at.id == kNumberByPosition) return &at;
-  }
-  for (const Member& member : members) {
-    if (id_of(members, member) == id) return &member;
-  }
-  return nullptr;
-}
-
 // What a call brings, kept together on its way through the choice of an operation.
 struct Call {
   void* self;
@@ -118,6 +107,17 @@ HRESULT call_or_get(const Member& member, const Call& call) {
 
 }  // namespace
 
+const Member* find_member(std::span<const Member> members, DISPID id) {
+  if (id > 0 && static_cast<std::size_t>(id) <= members.size()) {
+    const Member& at = members[static_cast<std::size_t>(id) - 1];
+    if (at.id == kNumberByPosition) return &at;
+  }
+  for (const Member& member : members) {
+    if (id_of(members, member) == id) return &member;
+  }
+  return nullptr;
+}
+
 HRESULT ids_of_names(std::span<const Member> members, LPOLESTR* names, UINT count, DISPID* ids) {
   if (!ids || !names) return E_POINTER;
   for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
@@ -138,7 +138,7 @@ HRESULT invoke_member(std::span<const Member> members, void* self, DISPID id, RE
   if (excepinfo) *excepinfo = {};
   if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
   if (!params || (params->cArgs > 0 && !params->rgvarg)) return E_INVALIDARG;
-  const Member* member = find(members, id);
+  const Member* member = find_member(members, id);
   if (!member) return DISP_E_MEMBERNOTFOUND;
   const Call call{self, lcid, flags, params, result, excepinfo, argerr};
   if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) return put(*member, call);

@@ -67,9 +67,11 @@ std::string plain_error_page(std::string_view status) {
 std::string error_line(const PageError& error) {
   std::string where = to_utf8(error.file);
   if (error.line > 0) where += ":" + std::to_string(error.line);
-  std::string line =
-      fmt::format("{}: {} ({}, {})", where, to_utf8(error.description), to_utf8(error.source), code_text(error.number));
-  // Parts of it may be a client's: they begin no line of their own and steer no terminal.
+  return plain_line(fmt::format("{}: {} ({}, {})", where, to_utf8(error.description), to_utf8(error.source),
+                                code_text(error.number)));
+}
+
+std::string plain_line(std::string line) {
   std::ranges::replace_if(
       line, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
   return line;

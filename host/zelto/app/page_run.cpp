@@ -29,15 +29,25 @@ constexpr int kUnavailable = 503;
 
 std::string status_line(int status) { return std::to_string(status) + " " + std::string(reason_of(status)); }
 
+std::string_view site_path(std::string_view file, const Site& site) {
+  if (file.starts_with(site.root() + "/")) file.remove_prefix(site.root().size());
+  return file;
+}
+
+// "/default.asp:12: console.warn: text", on one line.
+std::string console_line(const script::LogLine& line, const Site& site) {
+  std::string text(site_path(line.file, site));
+  if (line.line > 0) text += ":" + std::to_string(line.line);
+  return plain_line(text + ": console." + line.level + ": " + line.text);
+}
+
 PageError page_error(const script::ScriptError& error, const Site& site) {
   PageError made;
   made.number = error.number;
   made.source = error.source;
   made.description = error.message;
   made.category = L"Script";
-  std::string_view file = error.file;
-  if (file.starts_with(site.root() + "/")) file.remove_prefix(site.root().size());
-  made.file = to_wide(file);
+  made.file = to_wide(site_path(error.file, site));
   made.line = error.line;
   made.column = error.column > 0 ? error.column : -1;
   return made;
@@ -195,6 +205,7 @@ script::Outcome PageRun::run_realm(const LoadedPage& loaded) {
     realm.set_object(name, object.get());
     if (name == L"Response") realm.set_output(object.get());
   }
+  realm.set_log([this](const script::LogLine& line) { site_.log(console_line(line, site_)); });
   return realm.run(loaded.program);
 }
 

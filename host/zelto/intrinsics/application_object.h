@@ -31,6 +31,7 @@ class ApplicationHold final : public VariantStore {
 
 class ApplicationObject final : public korlib::DispatchObject<ApplicationObject, ZeltoTypeLibrary::IApplicationObject> {
  public:
+  static constexpr const wchar_t* kClassName = L"Application";
   explicit ApplicationObject(std::shared_ptr<ApplicationHold> hold) : hold_(std::move(hold)) {}
   static std::span<const korlib::Member> members();
 

@@ -17,6 +17,7 @@ namespace zelto {
 // The values of one name. Without values it reads as nothing, so that a script finds "undefined".
 class StringList final : public korlib::DispatchObject<StringList, ZeltoTypeLibrary::IStringList> {
  public:
+  static constexpr const wchar_t* kClassName = L"StringList";
   StringList(RequestState::Fields table, const Field* field) : table_(std::move(table)), field_(field) {}
   static std::span<const korlib::Member> members();
 
@@ -33,6 +34,7 @@ class StringList final : public korlib::DispatchObject<StringList, ZeltoTypeLibr
 // form may become unreadable.
 class FieldCollection final : public korlib::DispatchObject<FieldCollection, ZeltoTypeLibrary::IRequestDictionary> {
  public:
+  static constexpr const wchar_t* kClassName = L"RequestDictionary";
   using Source = std::function<HRESULT(RequestState::Fields&)>;
   explicit FieldCollection(Source source) : source_(std::move(source)) {}
   static std::span<const korlib::Member> members();
@@ -51,6 +53,7 @@ class FieldCollection final : public korlib::DispatchObject<FieldCollection, Zel
 class CookieValue final
     : public korlib::DispatchObject<CookieValue, ZeltoTypeLibrary::IRequestDictionary, ZeltoTypeLibrary::IStringList> {
  public:
+  static constexpr const wchar_t* kClassName = L"Cookie";
   CookieValue(PageStatePtr page, const ReceivedCookie* cookie) : page_(std::move(page)), cookie_(cookie) {}
   static std::span<const korlib::Member> members();
 
@@ -67,6 +70,7 @@ class CookieValue final
 
 class CookieCollection final : public korlib::DispatchObject<CookieCollection, ZeltoTypeLibrary::IRequestDictionary> {
  public:
+  static constexpr const wchar_t* kClassName = L"Cookies";
   explicit CookieCollection(PageStatePtr page) : page_(std::move(page)) {}
   static std::span<const korlib::Member> members();
 

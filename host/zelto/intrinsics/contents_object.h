@@ -12,6 +12,7 @@ namespace zelto {
 
 class ContentsObject final : public korlib::DispatchObject<ContentsObject, ZeltoTypeLibrary::IVariantDictionary> {
  public:
+  static constexpr const wchar_t* kClassName = L"Contents";
   explicit ContentsObject(std::shared_ptr<VariantStore> store) : store_(std::move(store)) {}
   static std::span<const korlib::Member> members();
 

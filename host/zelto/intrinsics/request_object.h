@@ -10,6 +10,7 @@ namespace zelto {
 
 class RequestObject final : public korlib::DispatchObject<RequestObject, ZeltoTypeLibrary::IRequest> {
  public:
+  static constexpr const wchar_t* kClassName = L"Request";
   explicit RequestObject(PageStatePtr page) : page_(std::move(page)) {}
   static std::span<const korlib::Member> members();
 

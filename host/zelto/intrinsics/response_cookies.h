@@ -10,6 +10,7 @@ namespace zelto {
 // One cookie to set: its default member is the value, or with a key one of the sub-keys.
 class ResponseCookie final : public korlib::DispatchObject<ResponseCookie> {
  public:
+  static constexpr const wchar_t* kClassName = L"ResponseCookie";
   ResponseCookie(PageStatePtr page, std::wstring name) : page_(std::move(page)), name_(std::move(name)) {}
   static std::span<const korlib::Member> members();
 
@@ -33,6 +34,7 @@ class ResponseCookie final : public korlib::DispatchObject<ResponseCookie> {
 
 class ResponseCookies final : public korlib::DispatchObject<ResponseCookies> {
  public:
+  static constexpr const wchar_t* kClassName = L"ResponseCookies";
   explicit ResponseCookies(PageStatePtr page) : page_(std::move(page)) {}
   static std::span<const korlib::Member> members();
 

@@ -10,6 +10,7 @@ namespace zelto {
 
 class ResponseObject final : public korlib::DispatchObject<ResponseObject, ZeltoTypeLibrary::IResponse> {
  public:
+  static constexpr const wchar_t* kClassName = L"Response";
   explicit ResponseObject(PageStatePtr page) : page_(std::move(page)) {}
   static std::span<const korlib::Member> members();
 

@@ -10,6 +10,7 @@ namespace zelto {
 
 class ServerObject final : public korlib::DispatchObject<ServerObject, ZeltoTypeLibrary::IServer> {
  public:
+  static constexpr const wchar_t* kClassName = L"Server";
   explicit ServerObject(PageStatePtr page) : page_(std::move(page)) {}
   static std::span<const korlib::Member> members();
 
@@ -33,6 +34,7 @@ class ServerObject final : public korlib::DispatchObject<ServerObject, ZeltoType
 // ASPError: what went wrong, for a page that shows errors.
 class AspErrorObject final : public korlib::DispatchObject<AspErrorObject> {
  public:
+  static constexpr const wchar_t* kClassName = L"ASPError";
   explicit AspErrorObject(PageError error) : error_(std::move(error)) {}
   static std::span<const korlib::Member> members();
 

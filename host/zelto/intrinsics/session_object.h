@@ -12,6 +12,7 @@ namespace zelto {
 
 class SessionObject final : public korlib::DispatchObject<SessionObject, ZeltoTypeLibrary::ISessionObject> {
  public:
+  static constexpr const wchar_t* kClassName = L"Session";
   explicit SessionObject(std::shared_ptr<SessionState> state) : state_(std::move(state)) {}
   static std::span<const korlib::Member> members();
 

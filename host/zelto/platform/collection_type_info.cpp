@@ -1,11 +1,8 @@
 // Late binding for objects of the host's collection interfaces that a component implements. The members are
 // those of the host's own collections (intrinsics/collections.h).
-#include <korlib/plain_typeinfo.h>
-#include <korlib/ptr.h>
+#include <korlib_host/class_type_info.h>
 #include <korlib_host/thunks.h>
 #include <zelto/asp.h>
-
-#include <span>
 
 #include "platform/type_libraries.h"
 
@@ -46,38 +43,15 @@ constexpr korlib::Member kRequestDictionary[] = {
     new_enum<&IRequestDictionary::get__NewEnum, IRequestDictionary>(),
 };
 
-// Static: never freed, however often it is released.
-class CollectionTypeInfo final : public korlib::PlainTypeInfo {
- public:
-  explicit CollectionTypeInfo(std::span<const korlib::Member> members) : members_(members) {}
-
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<ITypeInfo, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return 2; }
-  ULONG Release() override { return 1; }
-  HRESULT GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) override {
-    return korlib::ids_of_names(members_, names, count, ids);
-  }
-  HRESULT Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO* excepinfo,
-                 UINT* argerr) override {
-    return korlib::invoke_member(members_, instance, id, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, params, result,
-                                 excepinfo, argerr);
-  }
-
- private:
-  std::span<const korlib::Member> members_;
-};
-
 }  // namespace
 
 ITypeInfo* string_list_type_info() {
-  static CollectionTypeInfo info(kStringList);
+  static korlib::ClassTypeInfo info(L"StringList", kStringList);
   return &info;
 }
 
 ITypeInfo* request_dictionary_type_info() {
-  static CollectionTypeInfo info(kRequestDictionary);
+  static korlib::ClassTypeInfo info(L"RequestDictionary", kRequestDictionary);
   return &info;
 }
 

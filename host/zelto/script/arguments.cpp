@@ -1,5 +1,7 @@
 #include "script/arguments.h"
 
+#include "script/script_classes.h"
+
 namespace zelto::script {
 namespace {
 
@@ -27,6 +29,12 @@ HRESULT get_object(RealmState& realm, IDispatch* object, DISPID id, std::vector<
 }
 
 }  // namespace
+
+void note_kind(RealmState& realm, JSValueRef value, JSValueRef name) {
+  if (!JSValueIsObjectOfClass(realm.context(), value, realm.engine().classes().object)) return;
+  auto* held = held_by<AutomationObject>(const_cast<JSObjectRef>(value));
+  if (held) held->set_kind(realm.text_of(name));
+}
 
 bool CallArguments::convert(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
   reversed_.resize(count);
@@ -68,7 +76,10 @@ JSValueRef call_member(RealmState& realm, IDispatch* object, DISPID id, std::wst
     realm.raise(hr, name, exception);
     return nullptr;
   }
-  return realm.to_script(result, exception);
+  JSValueRef value = realm.to_script(result, exception);
+  // Of what Server gives for one argument, only a created object is an object.
+  if (value && object == realm.server() && count == 1) note_kind(realm, value, values[0]);
+  return value;
 }
 
 JSValueRef default_value(RealmState& realm, IDispatch* object, JSValueRef* exception) {

@@ -42,6 +42,9 @@ constexpr bool is_refused(HRESULT hr) {
 JSValueRef call_member(RealmState& realm, IDispatch* object, DISPID id, std::wstring_view name, std::size_t count,
                        const JSValueRef* values, JSValueRef* exception);
 
+// Remembers the name by which the script created the object: messages call it so when it does not say what it is.
+void note_kind(RealmState& realm, JSValueRef value, JSValueRef name);
+
 // The value that stands for an object in text and sums; null when it has none, or with an exception.
 JSValueRef default_value(RealmState& realm, IDispatch* object, JSValueRef* exception);
 

@@ -8,8 +8,7 @@
 namespace zelto::script {
 namespace {
 
-// Names that the language itself asks any object for. An object without such a member has what every
-// object has, or nothing; any other unknown name is an error that says so.
+// Names that the language itself asks any object for: that an object does not have them tells nobody anything.
 constexpr auto kLanguageNames = std::to_array<std::u16string_view>(
     {u"toString", u"toLocaleString", u"valueOf", u"constructor", u"hasOwnProperty", u"isPrototypeOf",
      u"propertyIsEnumerable", u"__proto__", u"__defineGetter__", u"__defineSetter__", u"__lookupGetter__",
@@ -59,10 +58,14 @@ JSValueRef read_member(RealmState& realm, JSObjectRef object, AutomationObject& 
   HRESULT hr = S_OK;
   const MemberName* known = held.names().find(dispatch.get(), text, &hr);
   if (!known) {
-    if (SUCCEEDED(hr) && held.has_key(text)) return item_of_key(realm, dispatch.get(), name, exception);
-    if (SUCCEEDED(hr) && is_language_name(text)) return nullptr;
-    realm.raise(FAILED(hr) ? hr : DISP_E_UNKNOWNNAME, to_wide(text), exception);
-    return nullptr;
+    if (FAILED(hr)) {
+      realm.raise(hr, to_wide(text), exception);
+    } else if (held.has_key(text)) {
+      return item_of_key(realm, dispatch.get(), name, exception);
+    } else if (!is_language_name(text)) {
+      realm.note_missing(held, text);
+    }
+    return nullptr;  // as for any name that an object does not have: its prototype's, or undefined
   }
   const DISPID id = known->id;
   if (!known->is_function) {
@@ -118,8 +121,10 @@ bool set_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValu
     arguments.emplace_back(index);
   } else if (const MemberName* known = held->names().find(dispatch.get(), text, &hr)) {
     id = known->id;
-  } else {
-    hr = FAILED(hr) ? hr : DISP_E_UNKNOWNNAME;
+  } else if (SUCCEEDED(hr)) {
+    realm.note_missing(*held, text);
+    realm.raise_missing(exception);
+    return true;
   }
   CComVariant converted;
   if (SUCCEEDED(hr)) {

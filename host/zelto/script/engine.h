@@ -24,9 +24,16 @@
 //   automation object    VT_DISPATCH: the object itself
 //
 // What the script expects of an automation object, be it of the host or of a component:
-//   - GetIDsOfNames finds members in any letter case and answers DISP_E_UNKNOWNNAME otherwise;
+//   - GetIDsOfNames finds members in any letter case and answers DISP_E_UNKNOWNNAME otherwise. Reading such a
+//     name gives undefined, as pages that test for features expect; setting or calling it is an error whose words
+//     name the object's kind and the nearest name, as far as GetTypeInfo tells them (GetDocumentation of
+//     MEMBERID_NIL, GetNames of small identifiers);
 //   - a member that is a method answers DISP_E_MEMBERNOTFOUND to DISPATCH_PROPERTYGET: `o.Close` is then a
 //     function. A property that needs arguments answers DISP_E_BADPARAMCOUNT without them: `o.Item(1)`;
+//   - `o.Name()` calls a method, and reads a property that takes no arguments: `rs.EOF()`. That holds for names that
+//     begin with a capital letter, and for some that pages write in small ones (rewriter.h);
+//   - `typeof o` is "function", because the object can be called: the engine has no object that can be called and
+//     is "object". `o instanceof Function` is false;
 //   - `o(args)` and `o[1]` invoke DISPID_VALUE, `o(args) = v` puts it; `for (x of o)` and Enumerator ask
 //     for DISPID_NEWENUM; text and numbers are made from DISPID_VALUE without arguments;
 //   - assignments are DISPATCH_PROPERTYPUT, of an object DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
@@ -98,6 +105,9 @@ class Realm {
 
   // Where page text and `<%= %>` go: the object's ZeltoTypeLibrary::IResponse. Null is allowed.
   void set_output(IDispatch* response);
+
+  // Where `console.log` and its like go; nowhere without one.
+  void set_log(LogSink sink);
 
   // Runs the program to its end. May be called from within a member that a script is calling.
   Outcome run(const std::shared_ptr<const Program>& program);

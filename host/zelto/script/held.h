@@ -51,6 +51,9 @@ class AutomationObject final : public Held {
   const CComPtr<IDispatch>& dispatch() const noexcept { return dispatch_; }
   IUnknown* identity() const noexcept { return identity_.get(); }
   MemberNames& names();
+  // What messages call the object when it has no type information that says so; empty when unknown.
+  const std::wstring& kind() const noexcept { return kind_; }
+  void set_kind(std::wstring kind) { kind_ = std::move(kind); }
   // What for-in went through: these names index the object.
   void add_key(std::u16string key) { keys_.insert(std::move(key)); }
   bool has_key(std::u16string_view key) const { return !keys_.empty() && keys_.contains(std::u16string(key)); }
@@ -64,6 +67,7 @@ class AutomationObject final : public Held {
   JSWeakRef weak_ = nullptr;
   MemberNames* class_names_ = nullptr;
   std::unique_ptr<MemberNames> own_names_;
+  std::wstring kind_;
   std::unordered_set<std::u16string> keys_;
 };
 

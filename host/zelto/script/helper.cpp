@@ -28,11 +28,11 @@ JSValueRef entry(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count, 
   return value ? value : JSValueMakeUndefined(ctx);
 }
 
-void write(RealmState& realm, BSTR text, JSValueRef* exception) {
+void write(RealmState& realm, const VARIANT& value, JSValueRef* exception) {
   CComPtr<ZeltoTypeLibrary::IResponse> output(realm.output());
   if (!output) return realm.raise_text(L"This script has no page to write to", E_UNEXPECTED, exception);
   clear_error();
-  const HRESULT hr = output->Write(korlib::borrowed(text));
+  const HRESULT hr = output->Write(value);
   if (FAILED(hr) || is_unwinding()) realm.raise(hr, L"Write", exception);
 }
 
@@ -42,22 +42,15 @@ JSValueRef html(RealmState& realm, std::size_t count, const JSValueRef* values, 
   const double number = count > 0 ? JSValueToNumber(realm.context(), values[0], nullptr) : -1;
   const Program* program = realm.running();
   if (!program || !(number >= 0) || number >= static_cast<double>(program->literals.size())) return nullptr;
-  write(realm, program->literals[static_cast<std::size_t>(number)], exception);
+  write(realm, korlib::borrowed(program->literals[static_cast<std::size_t>(number)]), exception);
   return nullptr;
 }
 
-// out(value): `<%= value %>`, as the script itself would turn it into text.
+// out(value): `<%= value %>` is Response.Write(value), for every kind of value.
 JSValueRef out(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
   if (count == 0 || !realm.may_call(exception)) return nullptr;
-  const JsString text(JSValueToStringCopy(realm.context(), values[0], exception));
-  if (!text.get()) return nullptr;
-  CComBSTR wide;
-  wide.attach(new_bstr(text.view()));
-  if (!wide.get()) {
-    realm.raise(E_OUTOFMEMORY, {}, exception);
-  } else {
-    write(realm, wide, exception);
-  }
+  CComVariant value;
+  if (realm.to_variant(values[0], &value, exception)) write(realm, value, exception);
   return nullptr;
 }
 
@@ -76,6 +69,8 @@ JSValueRef at(RealmState& realm, std::size_t count, const JSValueRef* values, JS
       name = held->name();
     }
   } else {
+    if (count > 0 && JSValueIsUndefined(realm.context(), values[0])) realm.raise_missing(exception);
+    if (*exception) return nullptr;
     realm.raise_reference_error(L"Left side of assignment is not a reference.", exception);
     return nullptr;
   }
@@ -89,8 +84,10 @@ JSValueRef at(RealmState& realm, std::size_t count, const JSValueRef* values, JS
 }
 
 // read(function, is_statement): calls a member that was named without parentheses. One that needs
-// arguments stays a function; as a statement of its own it is an error.
+// arguments stays a function; as a statement of its own it is an error, and so is one that is not there.
 JSValueRef read(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  const bool is_statement = count > 1 && JSValueToBoolean(realm.context(), values[1]);
+  if (is_statement && JSValueIsUndefined(realm.context(), values[0])) realm.raise_missing(exception);
   if (count == 0 || !is_object_of(realm, values[0], realm.engine().classes().member))
     return count ? values[0] : nullptr;
   auto* held = held_by<AutomationMember>(object_of(values[0]));
@@ -101,7 +98,6 @@ JSValueRef read(RealmState& realm, std::size_t count, const JSValueRef* values, 
   CComVariant result;
   DISPPARAMS none{};
   const HRESULT hr = realm.invoke(dispatch.get(), held->id(), kCall, &none, &result);
-  const bool is_statement = count > 1 && JSValueToBoolean(realm.context(), values[1]);
   if (is_refused(hr) && !is_statement && !is_unwinding()) return values[0];
   if (FAILED(hr) || is_unwinding()) {
     realm.raise(hr, name, exception);
@@ -155,7 +151,29 @@ JSValueRef create(RealmState& realm, std::size_t count, const JSValueRef* values
     realm.raise(hr, name.view(), exception);
     return nullptr;
   }
-  return realm.wrap(object.get());
+  JSValueRef made = realm.wrap(object.get());
+  note_kind(realm, made, values[0]);
+  return made;
+}
+
+// has(object, name): whether an automation object has that member, which has just been read. One that it does not
+// have is an error that says so.
+JSValueRef has(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  JSContextRef ctx = realm.context();
+  const bool is_automation = count > 0 && is_object_of(realm, values[0], realm.engine().classes().object);
+  if (is_automation) realm.raise_missing(exception);
+  return JSValueMakeBoolean(ctx, is_automation);
+}
+
+// log(level, text): a line in the host's log.
+JSValueRef log(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef*) {
+  if (count > 1) realm.log(realm.text_of(values[0]), realm.text_of(values[1]));
+  return nullptr;
+}
+
+bool set_caught(JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef value, JSValueRef*) {
+  if (RealmState* realm = realm_of(ctx)) realm->note_caught(value);
+  return true;
 }
 
 bool set_thrown(JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef value, JSValueRef*) {
@@ -172,11 +190,13 @@ JSClassRef make_helper_class() {
   static const JSStaticFunction functions[] = {
       {"html", entry<html>, kFixed}, {"out", entry<out>, kFixed},     {"at", entry<at>, kFixed},
       {"read", entry<read>, kFixed}, {"items", entry<items>, kFixed}, {"create", entry<create>, kFixed},
-      {nullptr, nullptr, 0},
+      {"has", entry<has>, kFixed},   {"log", entry<log>, kFixed},     {nullptr, nullptr, 0},
   };
   static const JSStaticValue values[] = {
       {"thrown", [](JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef*) { return JSValueMakeUndefined(ctx); },
        set_thrown, kJSPropertyAttributeDontEnum | kJSPropertyAttributeDontDelete},
+      {"caught", [](JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef*) { return JSValueMakeUndefined(ctx); },
+       set_caught, kJSPropertyAttributeDontEnum | kJSPropertyAttributeDontDelete},
       {nullptr, nullptr, nullptr, 0},
   };
   JSClassDefinition definition = kJSClassDefinitionEmpty;

@@ -1,6 +1,7 @@
-// How a run of a script ended, and what went wrong in it.
+// How a run of a script ended, what went wrong in it, and what it had to say meanwhile.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -28,5 +29,14 @@ struct Outcome {
   Kind kind = completed;
   std::optional<ScriptError> error;  // with `failed`
 };
+
+// A line that a script writes with console.log and the like.
+struct LogLine {
+  std::string level;  // "log", "info", "warn", "error" or "debug"
+  std::string text;   // as the script gave it: it may hold line ends
+  std::string file;   // where it was written; empty when unknown
+  int line = 0;       // from 1; 0 when unknown
+};
+using LogSink = std::function<void(const LogLine&)>;
 
 }  // namespace zelto::script

@@ -7,6 +7,8 @@ const std::u16string_view kPrelude =
 "use strict";
 const define = (target, name, value) =>
   Object.defineProperty(target, name, { value, writable: true, configurable: true });
+const { getPrototypeOf, hasOwn } = Object;
+const root = Object.prototype;
 
 // The values of a collection, an array or anything else that can be stepped through, as an array.
 const items = collection =>
@@ -57,16 +59,75 @@ function VBArray(array) {
   });
 }
 
+// The arrays that objects give are arrays of the language: they have what a VBArray has as well.
+for (const type of [Array, Uint8Array]) {
+  for (const name of ["dimensions", "ubound", "lbound", "getItem", "toArray"]) {
+    define(type.prototype, name, function (...given) { return new VBArray(this)[name](...given); });
+  }
+}
+
+// What errors and dates have in the older dialect. A year of the twentieth century has two digits there.
+Object.defineProperty(Error.prototype, "description", {
+  get() { return this.message; }, set(value) { define(this, "description", value); }, configurable: true });
+define(Date.prototype, "getVarDate", function () { return new Date(this.getTime()); });
+define(Date.prototype, "getYear", function () {
+  const year = this.getFullYear();
+  return year >= 1900 && year <= 1999 ? year - 1900 : year;
+});
+define(globalThis, "ScriptEngine", () => "JScript");
+define(globalThis, "ScriptEngineMajorVersion", () => 5);
+define(globalThis, "ScriptEngineMinorVersion", () => 8);
+define(globalThis, "ScriptEngineBuildVersion", () => 0);
+define(globalThis, "CollectGarbage", () => undefined);
+
+// console writes to the host's log: texts as they are, other values so that they can be told apart.
+const log_text = value => {
+  try {
+    if (typeof value === "string") return value;
+    if (value instanceof Error) return `${value.name}: ${value.message}`;
+    const is_plain = value !== null && typeof value === "object" &&
+      (Array.isArray(value) || getPrototypeOf(value) === root);
+    return is_plain ? JSON.stringify(value) : String(value);
+  } catch (error) {
+    return Object.prototype.toString.call(value);
+  }
+};
+for (const level of ["log", "info", "warn", "error", "debug"]) {
+  define(console, level, (...values) => { native.log(level, values.map(log_text).join(" ")); });
+}
+
+// object.Name(): a method is called, and a property of an automation object is read, as `rs.EOF()` means it.
+const call = (object, name) => {
+  if (object === null || object === undefined) {
+    throw new TypeError(`${object} is not an object (evaluating '${object}.${name}()')`);
+  }
+  const member = object[name];
+  if (typeof member === "function") return Reflect.apply(member, object, []);
+  if (native.has(object, name)) return member;
+  throw new TypeError(`object.${name} is not a function. (In 'object.${name}()', 'object.${name}' is ${typeof member})`);
+};
+
+// new Error(number, description); every other pair of arguments is the language's own.
+const make = (constructor, number, description, ...rest) => {
+  if (constructor !== Error || typeof number !== "number" || typeof description === "object" || rest.length > 0) {
+    return new constructor(number, description, ...rest);
+  }
+  const error = new Error(description);
+  define(error, "number", number);
+  return error;
+};
+
 define(globalThis, "Enumerator", Enumerator);
 define(globalThis, "VBArray", VBArray);
 define(globalThis, "ActiveXObject", function ActiveXObject(name) { return native.create(name); });
-Object.defineProperty(globalThis, "$zelto_value", {
-  value: (value, is_statement) => typeof value === "function" ? native.read(value, is_statement) : value });
+const define_fixed = (name, value) => Object.defineProperty(globalThis, name, { value });
+define_fixed("$zelto_value", (value, is_statement) =>
+  typeof value === "function" || (is_statement && value === undefined) ? native.read(value, is_statement) : value);
+define_fixed("$zelto_call", call);
+define_fixed("$zelto_error", make);
 define(prototype, Symbol.iterator, function () { return items(this)[Symbol.iterator](); });
 
 // A name of the object's own or of its class; a class's "constructor" is the language's.
-const { getPrototypeOf, hasOwn } = Object;
-const root = Object.prototype;
 const is_root = object => object === root || (getPrototypeOf(object) === null && hasOwn(object, "hasOwnProperty"));
 const has_name = (object, name) => {
   if (hasOwn(object, name)) return true;

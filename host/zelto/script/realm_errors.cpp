@@ -2,8 +2,11 @@
 // nobody becomes a ScriptError with a place in the page's source.
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
+#include "script/error_numbers.h"
 #include "script/errors.h"
+#include "script/missing_member.h"
 #include "script/realm_state.h"
 #include "script/unwind.h"
 
@@ -98,9 +101,57 @@ void RealmState::raise_out_of_stack(JSValueRef* exception) {
   *exception = error;
 }
 
+void RealmState::note_missing(const AutomationObject& held, std::u16string_view name) {
+  missing_ = {std::u16string(name), held.dispatch(), held.kind(), true};
+}
+
+std::wstring RealmState::words_for_missing() const {
+  return describe_missing(missing_.object.get(), missing_.kind, to_wide(missing_.name));
+}
+
+void RealmState::raise_missing(JSValueRef* exception) {
+  if (!std::exchange(missing_.is_fresh, false)) return;
+  JSObjectRef error = make_error(kPlainError, words_for_missing());
+  set_hidden(context_, error, "number", JSValueMakeNumber(context_, DISP_E_UNKNOWNNAME));
+  set_hidden(context_, error, "source", string_value(context_, L""));
+  *exception = error;
+}
+
+// The engine says of a call "…o.Name is not a function. (In '…', '…o.Name' is undefined)", and of what lies behind
+// it "undefined is not an object (evaluating '…o.Name.x')". Where that is the member that was found missing, the
+// error says so in its stead.
+bool RealmState::blame_missing(JSObjectRef error) {
+  if (missing_.name.empty()) return false;
+  JSValueRef text = property(error, JsString("message"));
+  if (!JSValueIsString(context_, text)) return false;
+  const JsString message(JSValueToStringCopy(context_, text, nullptr));
+  const std::u16string_view said = message.view();
+  const std::u16string name = u"." + missing_.name;
+  const bool is_called = said.ends_with(name + u"' is undefined)");
+  const bool is_entered = said.starts_with(u"undefined is not an object (evaluating '") &&
+                          said.substr(0, said.find_last_of(u".[(")).ends_with(name);
+  if (!is_called && !is_entered) return false;
+  JSObjectSetProperty(context_, error, JsString("message").get(), string_value(context_, words_for_missing()),
+                      kJSPropertyAttributeNone, nullptr);
+  set_hidden(context_, error, "number", JSValueMakeNumber(context_, DISP_E_UNKNOWNNAME));
+  return true;
+}
+
+void RealmState::note_caught(JSValueRef value) {
+  if (!JSValueIsObject(context_, value)) return;
+  auto* error = const_cast<JSObjectRef>(value);
+  JSValueRef name = property(error, JsString("name"));
+  JSValueRef message = property(error, JsString("message"));
+  if (!JSValueIsString(context_, name) || !JSValueIsString(context_, message)) return;
+  if (JSObjectHasProperty(context_, error, JsString("number").get()) || blame_missing(error)) return;
+  const HRESULT number = number_of_engine_error(text_of(name), text_of(message));
+  if (FAILED(number)) set_hidden(context_, error, "number", JSValueMakeNumber(context_, number));
+}
+
 HRESULT RealmState::failure_of(JSValueRef exception) {
   if (engine_.is_unwinding()) return kPageStopped;
   if (!exception) return E_FAIL;
+  if (JSValueIsObject(context_, exception)) blame_missing(const_cast<JSObjectRef>(exception));
   EngineState::Departed departed{context_, exception, E_FAIL, {}, {}};
   read_words(exception, &departed.words);
   departed.code = code_for(departed.words.number);
@@ -128,6 +179,7 @@ void RealmState::read_words(JSValueRef exception, ScriptError* out) {
 
 ScriptError RealmState::describe_exception(JSValueRef exception) {
   ScriptError error;
+  if (JSValueIsObject(context_, exception)) blame_missing(const_cast<JSObjectRef>(exception));
   read_words(exception, &error);
   if (!JSValueIsObject(context_, exception)) {
     if (thrown_at_) place_like(*thrown_at_, &error);
@@ -206,6 +258,13 @@ void RealmState::note_throw(JSValueRef value) {
   JSValueRef here = JSObjectMakeError(context_, 0, nullptr, nullptr);
   auto found = std::make_unique<ScriptError>();
   if (here && locate(here, found.get())) thrown_at_ = std::move(found);
+}
+
+void RealmState::log(std::wstring_view level, std::wstring_view text) {
+  if (!log_) return;
+  ScriptError place;
+  if (JSObjectRef here = JSObjectMakeError(context_, 0, nullptr, nullptr)) locate(here, &place);
+  log_({to_utf8(level), to_utf8(text), place.file, place.line});
 }
 
 void RealmState::note_rejection(JSValueRef reason) {

@@ -51,6 +51,7 @@ RealmState::~RealmState() {
   }
   output_.reset();
   server_.reset();
+  missing_ = {};
   for (JSObjectRef kept : {make_error_, make_array_, has_name_, object_prototype_}) {
     if (kept) JSValueUnprotect(context_, kept);
   }
@@ -219,6 +220,7 @@ std::wstring RealmState::text_of(JSValueRef value) const {
 
 bool RealmState::may_call(JSValueRef* exception) {
   engine_.release_buried();
+  missing_.is_fresh = false;
   if (engine_.must_unwind()) {
     raise(kPageStopped, {}, exception);
     return false;

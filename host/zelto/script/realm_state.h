@@ -81,6 +81,16 @@ class RealmState {
   // The other way: a failing result with the thread's error object, the exception kept as cause.
   HRESULT failure_of(JSValueRef exception);
 
+  // A member that an automation object was asked for and does not have. Reading it gives undefined; whoever calls
+  // it, or names it as a statement, learns from the words what is missing.
+  void note_missing(const AutomationObject& held, std::u16string_view name);
+  // Raises it, if it was read just now.
+  void raise_missing(JSValueRef* exception);
+  // A page caught it: an error of the engine gets what an older page looks at.
+  void note_caught(JSValueRef value);
+  void set_log(LogSink sink) { log_ = std::move(sink); }
+  void log(std::wstring_view level, std::wstring_view text);
+
   // Where something that is no Error was thrown.
   void note_throw(JSValueRef value);
   // A component asked for a name that the script does not have: should the call fail for that, it is named.
@@ -108,6 +118,8 @@ class RealmState {
   static void place_like(const ScriptError& other, ScriptError* out);
   static void place(const Program& program, int line, int column, ScriptError* out);
   HRESULT invoke_once(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, UINT* refused);
+  std::wstring words_for_missing() const;
+  bool blame_missing(JSObjectRef error);
   std::wstring words_for(HRESULT hr, std::wstring_view member) const;
   void run_prelude();
   void disconnect_wrappers();
@@ -132,7 +144,15 @@ class RealmState {
   std::unordered_map<std::string, std::shared_ptr<const Program>> programs_;
   const Program* running_ = nullptr;
   bool has_lexical_names_ = false;
-  std::u16string unknown_name_;             // the last that a component asked for in vain, in the call that runs
+  std::u16string unknown_name_;  // the last that a component asked for in vain, in the call that runs
+  struct Missing {
+    std::u16string name;
+    CComPtr<IDispatch> object;
+    std::wstring kind;
+    bool is_fresh = false;  // nothing has crossed the border since
+  };
+  Missing missing_;
+  LogSink log_;
   std::unique_ptr<ScriptError> thrown_at_;  // the place of the last throw that was of no Error
   std::unique_ptr<ScriptError> rejection_;  // the first promise that was rejected with nobody listening
 };

@@ -14,6 +14,43 @@ constexpr auto kAssignments =
     std::to_array<std::wstring_view>({L"=", L"+=", L"-=", L"*=", L"/=", L"%=", L"**=", L"<<=", L">>=", L">>>=", L"&=",
                                       L"|=", L"^=", L"&&=", L"||=", L"?\?="});
 
+// Properties without arguments that pages also write in small letters, with parentheses behind them.
+constexpr auto kProperties = std::to_array<std::wstring_view>({L"absolutepage",  L"absoluteposition",
+                                                               L"actualsize",    L"bof",
+                                                               L"buffer",        L"charset",
+                                                               L"codepage",      L"commandtext",
+                                                               L"contents",      L"contenttype",
+                                                               L"cookies",       L"count",
+                                                               L"definedsize",   L"editmode",
+                                                               L"eof",           L"eos",
+                                                               L"errors",        L"expires",
+                                                               L"fields",        L"form",
+                                                               L"haskeys",       L"lcid",
+                                                               L"line",          L"mode",
+                                                               L"name",          L"number",
+                                                               L"pagecount",     L"pagesize",
+                                                               L"parameters",    L"position",
+                                                               L"properties",    L"provider",
+                                                               L"querystring",   L"recordcount",
+                                                               L"scripttimeout", L"servervariables",
+                                                               L"sessionid",     L"size",
+                                                               L"sort",          L"source",
+                                                               L"state",         L"status",
+                                                               L"timeout",       L"totalbytes",
+                                                               L"type",          L"value",
+                                                               L"version"});
+
+static_assert(std::ranges::is_sorted(kProperties));
+
+// Methods of the language and of most scripts begin with a small letter, members of automation objects with a
+// capital one: so what the language is asked to do again and again stays as it is.
+bool may_be_property(std::wstring_view name) {
+  if (name.front() >= L'A' && name.front() <= L'Z') return true;
+  std::wstring lower(name);
+  std::ranges::transform(lower, lower.begin(), [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c - L'A' + L'a' : c; });
+  return std::ranges::binary_search(kProperties, lower);
+}
+
 class Rewriter {
  public:
   Rewriter(std::wstring_view text, const std::vector<Token>& tokens) : text_(text), tokens_(tokens) {}
@@ -22,7 +59,11 @@ class Rewriter {
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
       rewrite_token(i);
       if (tokens_[i].statement_start) read_value(i, L", 1)");
-      if (is_assigned_call(i)) assign_call(i);
+      if (is_assigned_call(i)) {
+        assign_call(i);
+      } else if (is_bare_call(i)) {
+        call_bare(i);
+      }
     }
     apply();
     return std::move(result_);
@@ -43,6 +84,8 @@ class Rewriter {
         break;
       case Token::open:
         if (is_call(i) || is_condition(i)) read_value(i + 1, L")");
+        if (is_new_error(i)) make_error(i);
+        if (is_catch_body(i)) insert(tokens_[i].end, L" $zelto.caught = " + std::wstring(word(i - 2)) + L";");
         enclosing_.push_back(std::exchange(around_, i));
         break;
       case Token::close:
@@ -72,6 +115,10 @@ class Rewriter {
   void insert(std::size_t at, std::wstring text) { edits_.push_back({at, 0, std::move(text)}); }
   void replace(std::size_t at, std::size_t length, std::wstring text) {
     edits_.push_back({at, length, std::move(text)});
+  }
+  // What opens a wrapping that closes at `end`: of several at one place the outermost comes first.
+  void open_wrapping(std::size_t at, std::size_t end, std::wstring text) {
+    edits_.push_back({at, 0, std::move(text), end});
   }
 
   // The `(` of an argument list: what stands before it is a value, and no header or parameter list.
@@ -120,7 +167,7 @@ class Rewriter {
     if (end < first + 3 || !is(end - 2, L".")) return;
     const bool in_list = is(end, L",") && !tokens_[first].statement_start;
     if (!expression_ends(end) && !in_list) return;
-    insert(tokens_[first].begin, L"$zelto_value(");
+    open_wrapping(tokens_[first].begin, tokens_[end - 1].end, L"$zelto_value(");
     insert(tokens_[end - 1].end, tail);
   }
 
@@ -160,9 +207,52 @@ class Rewriter {
 
   void assign_call(std::size_t close) {
     const std::size_t open = tokens_[close].partner;
-    insert(tokens_[chain_start(open - 1)].begin, L"$zelto.at(");
+    open_wrapping(tokens_[chain_start(open - 1)].begin, tokens_[close].end, L"$zelto.at(");
     replace(tokens_[open].begin, 1, L",");
     insert(tokens_[close].end, L".v");
+  }
+
+  // `o.Name()`, where the name may be that of a property; `i` is the closing parenthesis.
+  bool is_bare_call(std::size_t i) const {
+    if (i < 4 || !is(i, L")") || tokens_[i].partner != i - 1 || !is_call(i - 1)) return false;
+    if (tokens_[i - 2].kind != Token::name || !is(i - 3, L".") || !may_be_property(word(i - 2))) return false;
+    const std::size_t start = chain_start(i - 2);
+    if (tokens_[start].kind == Token::keyword || is(start, L"{") || is(start, L"super")) return false;
+    if (start > 0 && is(start - 1, L"new")) return false;
+    // `a?.b.C()` is not evaluated any further when there is no `a`.
+    for (std::size_t at = start; at < i; ++at) {
+      if (is(at, L"?.")) return false;
+    }
+    return true;
+  }
+
+  void call_bare(std::size_t close) {
+    open_wrapping(tokens_[chain_start(close - 2)].begin, tokens_[close].end, L"$zelto_call(");
+    replace(tokens_[close - 3].begin, 1, L", ");
+    insert(tokens_[close - 2].begin, L"\"");
+    insert(tokens_[close - 2].end, L"\"");
+    replace(tokens_[close - 1].begin, 1, L"");
+  }
+
+  // The parenthesis of `new Error(number, description)`.
+  bool is_new_error(std::size_t open) const {
+    if (open < 2 || !is(open, L"(") || !is(open - 1, L"Error") || !is(open - 2, L"new")) return false;
+    for (std::size_t i = open + 1; i < tokens_[open].partner; ++i) {
+      if (is(i, L",") && tokens_[i].depth == tokens_[open].depth + 1) return true;
+    }
+    return false;
+  }
+
+  void make_error(std::size_t open) {
+    replace(tokens_[open - 2].begin, 3, L"$zelto_error(");
+    replace(tokens_[open].begin, 1, L",");
+  }
+
+  // The brace of `} catch (name) {`. A method of that name and place in a class gets the same, and is none the worse.
+  bool is_catch_body(std::size_t open) const {
+    return open >= 5 && is(open, L"{") && is(open - 1, L")") && tokens_[open - 2].kind == Token::name &&
+           is(open - 3, L"(") && is(open - 4, L"catch") && tokens_[open - 4].kind == Token::keyword &&
+           is(open - 5, L"}");
   }
 
   // A string may hold the two line ends that the engine counts everywhere but there: they become escapes,
@@ -178,7 +268,11 @@ class Rewriter {
   }
 
   void apply() {
-    std::stable_sort(edits_.begin(), edits_.end(), [](const Edit& a, const Edit& b) { return a.at < b.at; });
+    std::stable_sort(edits_.begin(), edits_.end(), [](const Edit& a, const Edit& b) {
+      if (a.at != b.at) return a.at < b.at;
+      if (a.wraps_to == 0 || b.wraps_to == 0) return a.wraps_to == 0 && b.wraps_to != 0;
+      return a.wraps_to > b.wraps_to;
+    });
     std::size_t at = 0;
     for (const Edit& edit : edits_) {
       copy(at, edit.at);
@@ -205,6 +299,7 @@ class Rewriter {
     std::size_t at;
     std::size_t length;
     std::wstring text;
+    std::size_t wraps_to = 0;  // of what opens a wrapping: where that closes
   };
 
   std::wstring_view text_;

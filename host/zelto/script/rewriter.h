@@ -4,7 +4,12 @@
 //   rs.Close;                 $zelto_value(rs.Close, 1);       a method, called without parentheses
 //   t = stream.ReadText;      t = $zelto_value(stream.ReadText);   likewise behind `return`, as an
 //                             argument of a call and as the condition of if, while and switch
+//   rs.EOF()                  $zelto_call(rs, "EOF")           a method is called, a property read; for names that
+//                             begin with a capital letter, and for the properties of classic objects in any
+//                             letter case
+//   new Error(5, "text")      $zelto_error(Error,5, "text")    with its number
 //   throw x;                  throw $zelto.thrown = x;         remembers where something was thrown
+//   catch (e) {               catch (e) { $zelto.caught = e;   gives it the number that older pages know
 //
 // $zelto_value calls a method of an automation object, if it needs no arguments, and passes everything
 // else through. Elsewhere such a method stands for itself, and gives its value where one is needed: as

@@ -57,6 +57,7 @@ std::span<const korlib::Member> Slots::members() {
 
 class Shelf final : public korlib::DispatchObject<Shelf, IGreeter> {
  public:
+  static constexpr const wchar_t* kClassName = L"Shelf";
   static std::span<const korlib::Member> members();
 
   HRESULT Greet(BSTR name, BSTR* greeting) override {
@@ -349,7 +350,37 @@ TEST_F(DispatchObject, OffersItsInterfacesAndNoOthers) {
   EXPECT_EQ(nullptr, poisoned);
   UINT count = 9;
   EXPECT_EQ(S_OK, shelf_->GetTypeInfoCount(&count));
+  EXPECT_EQ(1u, count);
+}
+
+TEST_F(DispatchObject, SaysWhatItIsAndWhichMembersItHas) {
+  CComPtr<ITypeInfo> info;
+  CComPtr<ITypeInfo> same;
+  ASSERT_EQ(S_OK, shelf_->GetTypeInfo(0, 0, info.put()));
+  CComPtr<Shelf> other = korlib::make<Shelf>();
+  EXPECT_EQ(S_OK, other->GetTypeInfo(0, 0, same.put()));
+  EXPECT_EQ(info.get(), same.get()) << "one for the class";
+  EXPECT_EQ(DISP_E_BADINDEX, shelf_->GetTypeInfo(1, 0, same.put()));
+  CComBSTR name;
+  EXPECT_EQ(S_OK, info->GetDocumentation(-1, name.put(), nullptr, nullptr, nullptr));
+  EXPECT_EQ(L"Shelf", name.view());
+  EXPECT_EQ(S_OK, info->GetDocumentation(1, name.put(), nullptr, nullptr, nullptr));
+  EXPECT_EQ(L"Greet", name.view());
+  UINT count = 9;
+  EXPECT_EQ(S_OK, info->GetNames(DISPID_VALUE, name.put(), 1, &count));
+  EXPECT_EQ(L"Slots", name.view());
+  EXPECT_EQ(1u, count);
+  EXPECT_EQ(TYPE_E_ELEMENTNOTFOUND, info->GetNames(99, name.put(), 1, &count));
   EXPECT_EQ(0u, count);
+  LPOLESTR wanted = const_cast<wchar_t*>(L"ADD");
+  MEMBERID id = 0;
+  EXPECT_EQ(S_OK, info->GetIDsOfNames(&wanted, 1, &id));
+  EXPECT_EQ(2, id);
+  std::vector<CComVariant> reversed{value_of(2), value_of(40)};
+  DISPPARAMS params{reversed.data(), nullptr, 2, 0};
+  CComVariant sum;
+  EXPECT_EQ(S_OK, info->Invoke(shelf_.get(), id, DISPATCH_METHOD, &params, &sum, nullptr, nullptr));
+  EXPECT_EQ(-42, sum.lVal);
 }
 
 TEST_F(DispatchObject, GoesWithItsLastReference) {

@@ -119,6 +119,7 @@ std::span<const korlib::Member> Page::members() {
 
 HRESULT Page::Write(VARIANT value) {
   CComVariant copy;
+  if (value.vt == VT_NULL) return S_OK;
   RETURN_IF_FAILED(VariantChangeType(&copy, &value, 0, VT_BSTR));
   text += korlib::view_of(copy.bstrVal);
   return S_OK;

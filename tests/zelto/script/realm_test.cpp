@@ -37,7 +37,30 @@ TEST_F(RealmLife, WritesTextOfThePageAndExpressions) {
   program->literals.emplace_back(L"end");
   program->literals.emplace_back(L"<p>\U0001F600");
   EXPECT_EQ(realm->run(program).kind, Outcome::completed);
-  EXPECT_EQ(page->text, L"<p>\U0001F6002undefinednulltrueend");
+  EXPECT_EQ(page->text, L"<p>\U0001F6002Trueend");  // as Write would
+}
+
+TEST_F(RealmLife, HandsOnWhatTheScriptLogs) {
+  std::vector<zelto::script::LogLine> lines;
+  realm->set_log([&lines](const zelto::script::LogLine& line) { lines.push_back(line); });
+  must_run(
+      L"console.log('a', 1, null, undefined, { b: [2] })\n"
+      L"console.warn(new RangeError('far'), o.Name, [3])\n"
+      L"function f() {\n console.error(f.name, 10n, Symbol('s')) }\nf()\n"
+      L"console.info(); console.debug(Object.create(null), { toJSON() { throw 1 } })");
+  const auto at = [&lines](std::size_t i) {
+    return lines[i].level + " " + std::to_string(lines[i].line) + " " + lines[i].text;
+  };
+  ASSERT_EQ(lines.size(), 5U);
+  EXPECT_EQ(lines[0].file, "/site/page.asp");
+  EXPECT_EQ(at(0), "log 1 a 1 null undefined {\"b\":[2]}");
+  EXPECT_EQ(at(1), "warn 2 RangeError: far probe [3]");
+  EXPECT_EQ(at(2), "error 4 f 10 Symbol(s)");
+  EXPECT_EQ(at(3), "info 6 ");
+  EXPECT_EQ(at(4), "debug 6 [object Object] [object Object]");
+  realm.reset();
+  open_realm();
+  must_run(L"console.log('to nobody')");
 }
 
 TEST_F(RealmLife, MapsLinesToFiles) {

@@ -118,6 +118,36 @@ constexpr Row kReads[] = {
 };
 INSTANTIATE_TEST_SUITE_P(MembersWithoutParentheses, Rewriter, ::testing::ValuesIn(kReads));
 
+constexpr Row kBareCalls[] = {
+    {L"rs.EOF()", L"$zelto_call(rs, \"EOF\")"},
+    {L"while (!rs.eof()) rs.MoveNext()", L"while (!$zelto_call(rs, \"eof\")) $zelto_call(rs, \"MoveNext\")"},
+    {L"d.Count() + d.Keys().length", L"$zelto_call(d, \"Count\") + $zelto_call(d, \"Keys\").length"},
+    {L"a.B().C()", L"$zelto_call($zelto_call(a, \"B\"), \"C\")"},
+    {L"x = a.B().Close;", L"x = $zelto_value($zelto_call(a, \"B\").Close);"},
+    {L"a.B()('x') = 1", L"$zelto.at($zelto_call(a, \"B\"),'x').v = 1"},
+    {L"a('x').B()", L"$zelto_call(a('x'), \"B\")"},
+    {L"a . B /* c */ ( )", L"$zelto_call(a ,  \"B\" /* c */  )"},
+    {L"a\n.B()", L"$zelto_call(a\n, \"B\")"},
+    {L"throw(a).B()", L"throw $zelto.thrown =$zelto_call((a), \"B\")"},
+    {L"this.Name()", L"$zelto_call(this, \"Name\")"},
+    {L"a.B(1); a.b(); a.trim(); s.toString(); B()", nullptr},
+    {L"new a.B(); new a.B().C()", nullptr},
+    {L"a?.B(); a?.b.C(); a[b?.c].D()", nullptr},
+    {L"class A extends B { M() { super.M() } }", nullptr},
+    {L"a.B() = 1", L"$zelto.at(a.B,).v = 1"},
+};
+INSTANTIATE_TEST_SUITE_P(CallsWithoutArguments, Rewriter, ::testing::ValuesIn(kBareCalls));
+
+constexpr Row kErrors[] = {
+    {L"throw new Error(5, 'text')", L"throw $zelto.thrown = $zelto_error( Error,5, 'text')"},
+    {L"new Error('a'); new Error(f(1, 2)); new MyError(1, 'a'); new a.Error(1, 2); new Error", nullptr},
+    {L"try { } catch (e) { f(e) }", L"try { } catch (e) { $zelto.caught = e; f(e) }"},
+    {L"try { } catch(e){}", L"try { } catch(e){ $zelto.caught = e;}"},
+    {L"try { } catch { } try { } catch ({ message }) { }", nullptr},
+    {L"class A { catch(e) { } }; x = { catch(e) { } }; p.catch(e => { }); catch_(e)", nullptr},
+};
+INSTANTIATE_TEST_SUITE_P(Errors, Rewriter, ::testing::ValuesIn(kErrors));
+
 // Each holds `f(x) = 1` once as code, behind something that a careless reader takes the wrong way.
 constexpr Row kSlashes[] = {
     {L"a = b / c / d; f(x) = 1", L"a = b / c / d; $zelto.at(f,x).v = 1"},

@@ -6,6 +6,7 @@
 //
 //   class Counter final : public korlib::DispatchObject<Counter> {
 //    public:
+//     static constexpr const wchar_t* kClassName = L"Counter";  // as messages call it
 //     static std::span<const korlib::Member> members();
 //     HRESULT get_Count(LONG* count);
 //     HRESULT put_Step(LONG step);
@@ -32,6 +33,7 @@
 #include <atomic>
 
 #include <korlib/typeinfo.h>
+#include <korlib_host/class_type_info.h>
 #include <korlib_host/diagnostics.h>
 #include <korlib_host/errors.h>
 #include <korlib_host/thunks.h>
@@ -57,13 +59,16 @@ class DispatchObject : public Interface, public Extra... {
 
   HRESULT GetTypeInfoCount(UINT* count) override {
     if (!count) return E_POINTER;
-    *count = 0;
+    *count = 1;
     return S_OK;
   }
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo** info) override {
+  HRESULT GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
     if (!info) return E_POINTER;
     *info = nullptr;
-    return DISP_E_BADINDEX;
+    if (index != 0) return DISP_E_BADINDEX;
+    static ClassTypeInfo class_info(class_name(), Self::members());
+    *info = &class_info;
+    return S_OK;
   }
   HRESULT GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
     if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
@@ -105,6 +110,14 @@ class DispatchObject : public Interface, public Extra... {
   }
 
  private:
+  static constexpr const wchar_t* class_name() {
+    if constexpr (requires { Self::kClassName; }) {
+      return Self::kClassName;
+    } else {
+      return L"";  // messages do without
+    }
+  }
+
   std::atomic<ULONG> references_{1};  // the reference that make() attaches
   [[no_unique_address]] korlib_host::LiveObject live_;
 };

@@ -93,6 +93,9 @@ struct Member {
   }
 };
 
+// The member with that identifier; null when there is none.
+KORLIB_API const Member* find_member(std::span<const Member> members, DISPID id);
+
 // GetIDsOfNames over a table, in any letter case.
 KORLIB_API HRESULT ids_of_names(std::span<const Member> members, LPOLESTR* names, UINT count, DISPID* ids);
 
