@@ -9,6 +9,7 @@
 #include "script/missing_member.h"
 #include "script/realm_state.h"
 #include "script/unwind.h"
+#include "script/written_source.h"
 
 namespace zelto::script {
 namespace {
@@ -144,7 +145,12 @@ void RealmState::note_caught(JSValueRef value) {
   JSValueRef message = property(error, JsString("message"));
   if (!JSValueIsString(context_, name) || !JSValueIsString(context_, message)) return;
   if (JSObjectHasProperty(context_, error, JsString("number").get()) || blame_missing(error)) return;
-  const HRESULT number = number_of_engine_error(text_of(name), text_of(message));
+  const std::wstring said = text_of(message);
+  if (const std::wstring text = as_written(said); text != said) {
+    JSObjectSetProperty(context_, error, JsString("message").get(), string_value(context_, text),
+                        kJSPropertyAttributeNone, nullptr);
+  }
+  const HRESULT number = number_of_engine_error(text_of(name), said);
   if (FAILED(number)) set_hidden(context_, error, "number", JSValueMakeNumber(context_, number));
 }
 
@@ -168,7 +174,7 @@ void RealmState::read_words(JSValueRef exception, ScriptError* out) {
   }
   auto* object = const_cast<JSObjectRef>(exception);
   JSValueRef message = property(object, JsString("message"));
-  out->message = text_of(JSValueIsString(context_, message) ? message : exception);
+  out->message = as_written(text_of(JSValueIsString(context_, message) ? message : exception));
   JSValueRef source = property(object, JsString("source"));
   if (!JSValueIsString(context_, source)) source = property(object, JsString("name"));
   if (JSValueIsString(context_, source)) out->source = text_of(source);

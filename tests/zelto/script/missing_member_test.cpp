@@ -1,6 +1,7 @@
 // Members that an object does not have, and the numbers of errors in `catch`.
 #include "script/missing_member.h"
 
+#include "script/written_source.h"
 #include "zelto/script/script_test.h"
 
 namespace test {
@@ -79,6 +80,31 @@ TEST_F(MissingMember, OfAPropertyCalledWithoutArgumentsIsItsValue) {
             "/site/page.asp:1");
   EXPECT_EQ(error_of(L"\nvar none; none.Up()"),
             "TypeError: undefined is not an object (evaluating 'undefined.Up()') at /site/page.asp:2");
+}
+
+TEST_F(MissingMember, LeavesNoWordOfTheHostInMessages) {
+  struct {
+    const wchar_t* script;
+    const char* message;
+  } const rows[] = {
+      {L"({ A() { return { B: 1 } } }).A().c()",
+       "({ A() { return { B: 1 } } }).A().c is not a function. (In '({ A() { return { B: 1 } } }).A().c()', '({ A() { "
+       "return { B: 1 } } }).A().c' is undefined)"},
+      {L"var a = { b: {} }, f = v => v; f(a.b).c.d", "undefined is not an object (evaluating 'f(a.b).c.d')"},
+      {L"o('k') = 1; o('k').x.y", "undefined is not an object (evaluating 'o('k').x.y')"},
+      {L"var g = () => undefined; g(p.ReadText, new Error(1, 'x')).z",
+       "undefined is not an object (evaluating 'g(p.ReadText, new Error(1, 'x')).z')"},
+  };
+  for (const auto& row : rows) {
+    const Outcome outcome = run(row.script);
+    ASSERT_EQ(outcome.kind, Outcome::failed) << narrow(row.script);
+    EXPECT_EQ(narrow(outcome.error->message), row.message);
+    EXPECT_EQ(text(L"(function () { try { " + std::wstring(row.script) + L" } catch (e) { return e.message } })()"),
+              row.message);
+  }
+  EXPECT_EQ(narrow(zelto::script::as_written(L"$zelto.at(a.b,c(1),d).v is 1; $zelto_call(a ,  \"B\" /* c */  )")),
+            "a.b(c(1),d) is 1; a.B()");
+  EXPECT_EQ(narrow(zelto::script::as_written(L"cut in '$zelto_call(a, \"B")), "cut in '$zelto_call(a, \"B");
 }
 
 TEST_F(MissingMember, HasTheNumbersOfTheOlderDialectWhenCaught) {
