@@ -43,6 +43,9 @@ struct PageState {
   PageState(HttpRequest http, PagePlace place, ResponseSink& sink, PageHost* page_host)
       : request(std::move(http), std::move(place)), response(sink), host(page_host) {}
 
+  // For what the page writes, and for what it has not yet read of the request.
+  void set_code_page(LONG code_page) { response.code_page = request.code_page = code_page; }
+
   RequestState request;
   ResponseState response;
   PageHost* host;

@@ -9,6 +9,7 @@
 #include "intrinsics/script_date.h"
 #include "intrinsics/text.h"
 #include "intrinsics/url_encoding.h"
+#include "intrinsics/value_text.h"
 
 namespace zelto {
 
@@ -60,6 +61,7 @@ std::span<const korlib::Member> ResponseObject::members() {
       property<&R::get_ContentType, &R::put_ContentType>(L"ContentType"),
       property<&R::get_Charset, &R::put_Charset>(L"Charset"),
       property<&R::get_CodePage, &R::put_CodePage>(L"CodePage"),
+      property<&R::get_LCID, &R::put_LCID>(L"LCID"),
       property<&R::get_Cookies>(L"Cookies"),
       property<&R::get_Expires, &R::put_Expires>(L"Expires"),
       property<&R::get_ExpiresAbsolute, &R::put_ExpiresAbsolute>(L"ExpiresAbsolute"),
@@ -76,16 +78,15 @@ HRESULT ResponseObject::check_head(std::wstring_view member) const {
 
 HRESULT ResponseObject::end_page() { return page_->host ? page_->host->end_page() : S_OK; }
 
-HRESULT ResponseObject::Write(VARIANT text) {
+HRESULT ResponseObject::Write(VARIANT value) {
   return guarded(kSource, [&]() -> HRESULT {
-    if (text.vt == VT_BSTR) {
-      page_->response.write(korlib::view_of(text.bstrVal));
+    if (value.vt == VT_BSTR) {
+      page_->response.write(korlib::view_of(value.bstrVal));
       return S_OK;
     }
-    CComVariant converted;
-    if (korlib::is_omitted(text) || text.vt == VT_NULL) return S_OK;
-    RETURN_IF_FAILED(VariantChangeType(&converted, &text, 0, VT_BSTR));
-    page_->response.write(korlib::view_of(converted.bstrVal));
+    std::wstring text;
+    RETURN_IF_FAILED(append_value_text(value, page_->response.lcid, text));
+    if (!text.empty()) page_->response.write(text);
     return S_OK;
   });
 }
@@ -165,9 +166,19 @@ HRESULT ResponseObject::get_CodePage(LONG* code_page) {
 }
 
 HRESULT ResponseObject::put_CodePage(LONG code_page) {
-  if (!charset_of(code_page)) return korlib::raise(E_INVALIDARG, kSource, L"CodePage: no such code page.");
-  page_->response.code_page = code_page;
-  page_->request.code_page = code_page;
+  RETURN_IF_FAILED(check_code_page(kSource, code_page));
+  page_->set_code_page(code_page);
+  return S_OK;
+}
+
+HRESULT ResponseObject::get_LCID(LONG* lcid) {
+  *lcid = page_->response.lcid;
+  return S_OK;
+}
+
+HRESULT ResponseObject::put_LCID(LONG lcid) {
+  RETURN_IF_FAILED(check_locale(kSource, lcid));
+  page_->response.lcid = lcid;
   return S_OK;
 }
 

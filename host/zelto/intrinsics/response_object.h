@@ -14,7 +14,8 @@ class ResponseObject final : public korlib::DispatchObject<ResponseObject, Zelto
   explicit ResponseObject(PageStatePtr page) : page_(std::move(page)) {}
   static std::span<const korlib::Member> members();
 
-  HRESULT Write(VARIANT text) override;
+  // Writes what value_text.h says, dates and numbers as LCID has them.
+  HRESULT Write(VARIANT value) override;
   HRESULT BinaryWrite(VARIANT bytes) override;
   HRESULT AddHeader(BSTR name, BSTR value) override;
   HRESULT AppendToLog(BSTR text) override;
@@ -24,6 +25,8 @@ class ResponseObject final : public korlib::DispatchObject<ResponseObject, Zelto
 
   // What only scripts use.
   HRESULT put_CodePage(LONG code_page);
+  HRESULT get_LCID(LONG* lcid);
+  HRESULT put_LCID(LONG lcid);
   HRESULT Redirect(BSTR url);
   HRESULT End();
   HRESULT Clear();

@@ -87,6 +87,7 @@ bool ResponseState::reset() {
   content_type = "text/html";
   charset.clear();
   code_page = kUtf8CodePage;
+  lcid = kNeutralLocale;
   expires.reset();
   cache_control = "private";
   return true;

@@ -10,6 +10,7 @@
 
 #include "http/message.h"
 #include "intrinsics/cookies.h"
+#include "intrinsics/locale.h"
 
 namespace zelto {
 
@@ -55,6 +56,7 @@ class ResponseState {
   std::string reason = "OK";
   bool buffered = true;
   LONG code_page = 65001;
+  LONG lcid = kNeutralLocale;
   std::string content_type = "text/html";
   std::string charset;  // empty: the code page's, for text types
   std::string cache_control = "private";

@@ -1,6 +1,7 @@
 #include "intrinsics/text.h"
 
 #include <korlib/text.h>
+#include <korlib_host/errors.h>
 #include <unicode/uchar.h>
 #include <unicode/ucnv.h>
 
@@ -60,6 +61,10 @@ std::optional<std::string> charset_of(LONG code_page) {
   const auto row = std::ranges::find(kCodePages, code_page, &CodePage::number);
   if (row == kCodePages.end()) return std::nullopt;
   return row->charset;
+}
+
+HRESULT check_code_page(std::wstring_view source, LONG code_page) {
+  return charset_of(code_page) ? S_OK : korlib::raise(E_INVALIDARG, source, L"CodePage: no such code page.");
 }
 
 std::optional<LONG> code_page_of(std::string_view charset) {

@@ -18,6 +18,8 @@ using korlib::to_wide;
 // The character set of a Windows code page number as the web names it ("utf-8", "shift_jis",
 // "windows-1252"); nothing for a number that is unknown.
 std::optional<std::string> charset_of(LONG code_page);
+// Fails with words, for a member of `source` that is given an unknown number.
+HRESULT check_code_page(std::wstring_view source, LONG code_page);
 // The number for a charset's name in any letter case.
 std::optional<LONG> code_page_of(std::string_view charset);
 

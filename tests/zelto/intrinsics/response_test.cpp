@@ -50,6 +50,49 @@ TEST_F(Response, RefusesACodePageThatDoesNotExist) {
   EXPECT_EQ(get(response(), L"CodePage").value.lVal, 65001);
 }
 
+TEST_F(Response, WritesEveryKindOfValueAsText) {
+  EXPECT_EQ(call(response(), L"Write", CComVariant()).hr, S_OK);
+  EXPECT_EQ(call(response(), L"Write", null_value()).hr, S_OK);
+  EXPECT_EQ(call(response(), L"Write", CComVariant(korlib::omitted())).hr, S_OK);
+  EXPECT_EQ(call(response(), L"Write", value_of({value_of(1), null_value(), value_of(L"b")})).hr, S_OK);
+  EXPECT_EQ(call(response(), L"Write", true).hr, S_OK);
+  EXPECT_EQ(call(response(), L"Write", response_object()).hr, S_OK);
+  CComVariant typed(1.5);
+  EXPECT_EQ(response_object()->Write(typed), S_OK);
+  page().response.finish();
+  EXPECT_EQ(sink.body, "1,,bTrue[object Object]1.5");
+}
+
+TEST_F(Response, SendsNothingForNothing) {
+  put(response(), L"Buffer", false);
+  call(response(), L"Write", null_value());
+  EXPECT_EQ(sink.starts, 0);
+}
+
+TEST_F(Response, WritesDatesAndNumbersInItsLocale) {
+  CComVariant date(36925.25);  // 2001-02-03, a quarter of a day on
+  date.vt = VT_DATE;
+  EXPECT_EQ(get(response(), L"LCID").value.lVal, 2048);
+  for (const int lcid : {1031, 1033, 2048}) {
+    EXPECT_EQ(put(response(), L"LCID", lcid).hr, S_OK);
+    EXPECT_EQ(get(response(), L"LCID").value.lVal, lcid);
+    call(response(), L"Write", date);
+    call(response(), L"Write", L" ");
+    call(response(), L"Write", 1.5);
+    call(response(), L"Write", L"|");
+  }
+  page().response.finish();
+  EXPECT_EQ(sink.body, "03.02.2001 06:00:00 1,5|2/3/2001 6:00:00 AM 1.5|2001-02-03 06:00:00 1.5|");
+}
+
+TEST_F(Response, NamesTheLocaleThatItDoesNotKnow) {
+  put(response(), L"LCID", 1031);
+  const Answer refused = put(response(), L"LCID", 99999);
+  EXPECT_EQ(refused.hr, E_INVALIDARG);
+  EXPECT_EQ(refused.description, L"LCID: 99999 is no locale that this host knows; 2048 is the neutral form.");
+  EXPECT_EQ(get(response(), L"LCID").value.lVal, 1031);
+}
+
 TEST_F(Response, WritesBytesAsTheyAre) {
   call(response(), L"BinaryWrite", std::vector<std::uint8_t>{0, 255, 128});
   EXPECT_EQ(call(response(), L"BinaryWrite", L"text").hr, DISP_E_TYPEMISMATCH);
