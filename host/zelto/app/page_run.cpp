@@ -78,6 +78,7 @@ class PageRun final : public PageHost {
 
  private:
   bool open_session();
+  void set_text_forms(const pages::Directive& directive);
   HRESULT keep_session();
   HRESULT renew_session();
   void set_session_cookie();
@@ -107,17 +108,23 @@ int PageRun::run() {
     fail(page_error(*loaded.error, site_));
     return answer();
   }
-  page_->response.code_page = page_->request.code_page = loaded.code_page;
-  if (loaded.uses_session && !open_session()) {
+  if (loaded.directive.uses_session && !open_session()) {
     page_->response.set_status(status_line(kUnavailable));
     page_->response.write(L"Another request of this session is taking too long.");
     return answer();
   }
+  set_text_forms(loaded.directive);
   run_script(loaded);
   const int status = answer();
   hold_->unlock();
   if (session_) site_.sessions().close(std::move(*session_));
   return status;
+}
+
+// The page's directive goes before what its session remembers.
+void PageRun::set_text_forms(const pages::Directive& directive) {
+  page_->set_code_page(directive.code_page.value_or(session_ ? (*session_)->code_page : kUtf8CodePage));
+  page_->response.lcid = directive.lcid.value_or(session_ ? (*session_)->lcid : kNeutralLocale);
 }
 
 bool PageRun::open_session() {
@@ -169,7 +176,7 @@ void PageRun::make_objects() {
   add(L"Response", korlib::make<ResponseObject>(page_).detach());
   add(L"Server", korlib::make<ServerObject>(page_).detach());
   add(L"Application", korlib::make<ApplicationObject>(hold_).detach());
-  if (session_) add(L"Session", korlib::make<SessionObject>(session_->state()).detach());
+  if (session_) add(L"Session", korlib::make<SessionObject>(session_->state(), page_).detach());
 }
 
 void PageRun::run_script(const LoadedPage& loaded) {

@@ -18,6 +18,8 @@ std::span<const korlib::Member> SessionObject::members() {
       property<&S::get_Contents>(L"Contents"),
       property<&S::get_SessionID>(L"SessionID"),
       property<&S::get_Timeout, &S::put_Timeout>(L"Timeout"),
+      property<&S::get_CodePage, &S::put_CodePage>(L"CodePage"),
+      property<&S::get_LCID, &S::put_LCID>(L"LCID"),
       method<&S::Abandon>(L"Abandon"),
       method<&S::RenewID>(L"RenewID"),
   };
@@ -66,6 +68,39 @@ HRESULT SessionObject::put_Timeout(LONG minutes) {
     state_->timeout_minutes = minutes;
     return S_OK;
   });
+}
+
+HRESULT SessionObject::keep_number(LONG SessionState::*field, LONG number) {
+  if ((*state_).*field == number) return S_OK;
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(state_->keep());
+    (*state_).*field = number;
+    return S_OK;
+  });
+}
+
+HRESULT SessionObject::get_CodePage(LONG* code_page) {
+  *code_page = state_->code_page;
+  return S_OK;
+}
+
+HRESULT SessionObject::put_CodePage(LONG code_page) {
+  RETURN_IF_FAILED(check_code_page(kSource, code_page));
+  RETURN_IF_FAILED(keep_number(&SessionState::code_page, code_page));
+  if (page_) page_->set_code_page(code_page);
+  return S_OK;
+}
+
+HRESULT SessionObject::get_LCID(LONG* lcid) {
+  *lcid = state_->lcid;
+  return S_OK;
+}
+
+HRESULT SessionObject::put_LCID(LONG lcid) {
+  RETURN_IF_FAILED(check_locale(kSource, lcid));
+  RETURN_IF_FAILED(keep_number(&SessionState::lcid, lcid));
+  if (page_) page_->response.lcid = lcid;
+  return S_OK;
 }
 
 HRESULT SessionObject::RenewID() {

@@ -6,6 +6,7 @@
 
 #include <memory>
 
+#include "intrinsics/page_state.h"
 #include "intrinsics/session_state.h"
 
 namespace zelto {
@@ -13,7 +14,9 @@ namespace zelto {
 class SessionObject final : public korlib::DispatchObject<SessionObject, ZeltoTypeLibrary::ISessionObject> {
  public:
   static constexpr const wchar_t* kClassName = L"Session";
-  explicit SessionObject(std::shared_ptr<SessionState> state) : state_(std::move(state)) {}
+  // `page` is the one that is running, if any.
+  explicit SessionObject(std::shared_ptr<SessionState> state, PageStatePtr page = nullptr)
+      : state_(std::move(state)), page_(std::move(page)) {}
   static std::span<const korlib::Member> members();
 
   HRESULT get_SessionID(BSTR* id) override;
@@ -24,10 +27,20 @@ class SessionObject final : public korlib::DispatchObject<SessionObject, ZeltoTy
   HRESULT put_Timeout(LONG minutes) override;
   HRESULT Abandon() override;
   HRESULT RenewID();
+  // Setting these two sets them for the page that is running as well. The session's later pages begin with
+  // them, except those whose directive says otherwise.
+  HRESULT get_CodePage(LONG* code_page);
+  HRESULT put_CodePage(LONG code_page);
+  HRESULT get_LCID(LONG* lcid);
+  HRESULT put_LCID(LONG lcid);
   HRESULT get_Contents(ZeltoTypeLibrary::IVariantDictionary** contents) override;
 
  private:
+  // A session that is told what it has already need not be kept for it.
+  HRESULT keep_number(LONG SessionState::*field, LONG number);
+
   std::shared_ptr<SessionState> state_;
+  PageStatePtr page_;
 };
 
 }  // namespace zelto

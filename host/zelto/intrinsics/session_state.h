@@ -8,6 +8,8 @@
 #include <mutex>
 #include <string>
 
+#include "intrinsics/locale.h"
+#include "intrinsics/text.h"
 #include "intrinsics/variant_store.h"
 
 namespace zelto {
@@ -55,6 +57,8 @@ class SessionState final : public VariantStore {
   // Under the lock:
   std::string id;
   LONG timeout_minutes = 20;
+  LONG code_page = kUtf8CodePage;  // its pages begin with these two
+  LONG lcid = kNeutralLocale;
   bool abandoned = false;  // ends with the request
   bool kept = false;
   std::function<HRESULT()> on_keep;  // these two are set while a request runs

@@ -1,5 +1,6 @@
 #include "pages/directive.h"
 
+#include "intrinsics/locale.h"
 #include "intrinsics/text.h"
 #include "pages/tag_attributes.h"
 
@@ -11,6 +12,14 @@ LONG read_code_page(std::wstring_view value) {
   const std::optional<LONG> number = parse_long(value);
   if (!number || !charset_of(*number)) {
     throw "CodePage=\"" + ascii(value) + "\" is no code page that this host knows; 65001 is UTF-8.";
+  }
+  return *number;
+}
+
+LONG read_locale(std::wstring_view value) {
+  const std::optional<LONG> number = parse_long(value);
+  if (!number || !is_locale(*number)) {
+    throw "LCID=\"" + ascii(value) + "\" is no locale that this host knows; 2048 is the neutral form.";
   }
   return *number;
 }
@@ -36,7 +45,9 @@ Directive read_directive(std::wstring_view text) {
       directive.code_page = read_code_page(value);
     } else if (same_word(name, L"enablesessionstate")) {
       directive.uses_session = read_boolean(name, value);
-    } else if (!same_word(name, L"lcid") && !same_word(name, L"transaction")) {
+    } else if (same_word(name, L"lcid")) {
+      directive.lcid = read_locale(value);
+    } else if (!same_word(name, L"transaction")) {
       throw "\"" + ascii(name) +
           "\" is no directive: Language, CodePage, EnableSessionState, LCID and Transaction are.";
     }
@@ -50,7 +61,7 @@ LONG code_page_of_source(std::string_view bytes) {
   const std::size_t close = bytes.find("%>", open);
   if (close == std::string_view::npos) return kUtf8CodePage;
   try {
-    return read_directive(to_wide(bytes.substr(open + 3, close - open - 3))).code_page;
+    return read_directive(to_wide(bytes.substr(open + 3, close - open - 3))).code_page.value_or(kUtf8CodePage);
   } catch (const std::string&) {
     return kUtf8CodePage;  // said with its line once the text is known
   }

@@ -1,6 +1,7 @@
 // The directive at the top of a page: <%@ Language="JavaScript" CodePage="65001" … %>
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,12 +10,13 @@
 namespace zelto::pages {
 
 struct Directive {
-  LONG code_page = 65001;
+  std::optional<LONG> code_page;  // nothing when it does not say
+  std::optional<LONG> lcid;       // likewise
   bool uses_session = true;
 };
 
-// Reads what stands between "<%@" and "%>". Language, CodePage and EnableSessionState are obeyed, LCID and
-// Transaction accepted. Throws std::string, a sentence, for anything else.
+// Reads what stands between "<%@" and "%>", or "@%>". Language, CodePage, EnableSessionState and LCID are
+// obeyed, Transaction accepted. Throws std::string, a sentence, for anything else.
 Directive read_directive(std::wstring_view text);
 
 // The code page that a file's directive asks for, found before the file can be decoded; 65001 without one.

@@ -70,8 +70,8 @@ class Compiler {
     }
     std::optional<SourceBytes> source = read_source(path);
     if (!source) throw PageSourceError("The file \"" + shown(path) + "\" cannot be read.", includer, from_line);
-    if (is_page) page_.directive.code_page = code_page_of_source(source->bytes);
-    const std::wstring text = decode_source(source->bytes, page_.directive.code_page);
+    if (is_page) code_page_ = code_page_of_source(source->bytes);
+    const std::wstring text = decode_source(source->bytes, code_page_);
     if ((size_ += text.size()) > kMaxSize) throw PageSourceError("The page is too large.", includer, from_line);
     watch(name.named, *source);
     const unsigned index = number_of(path);
@@ -236,6 +236,7 @@ class Compiler {
   std::wstring text_;
   script::Program program_;
   CompiledPage page_;
+  LONG code_page_ = kUtf8CodePage;                     // of every file without a byte-order mark
   std::vector<std::string> open_;                      // the files that are being read, outermost first
   std::unordered_map<std::string, unsigned> numbers_;  // of program_.files
   std::unordered_set<std::string> watched_;            // the names in page_.files

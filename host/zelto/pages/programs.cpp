@@ -51,7 +51,7 @@ LoadedPage Programs::load(const std::string& virtual_path, const std::string& ph
     std::lock_guard guard(lock_);
     pages_[physical] = page;
   }
-  return {page->program, std::nullopt, page->directive.code_page, page->directive.uses_session};
+  return {page->program, std::nullopt, page->directive};
 }
 
 }  // namespace zelto

@@ -16,8 +16,7 @@ namespace zelto {
 struct LoadedPage {
   std::shared_ptr<const script::Program> program;  // null with `error`
   std::optional<script::ScriptError> error;        // a directive, include or delimiter that is wrong
-  LONG code_page = 65001;
-  bool uses_session = true;
+  pages::Directive directive;
 };
 
 // Any thread may call any method. A page is compiled when it is first asked for and shared by all workers;

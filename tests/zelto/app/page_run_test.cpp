@@ -108,6 +108,29 @@ TEST_F(PageRun, KeepsTheTimeoutOfASessionThatHoldsNothingElse) {
   EXPECT_EQ(body("<%= Session.Timeout %>"), "5");
 }
 
+TEST_F(PageRun, BeginsInTheSessionsCodePageAndLocaleUnlessItsDirectiveSaysOtherwise) {
+  const std::string tells =
+      "<% Response.Write(Response.CodePage + ' ' + Response.LCID + ' \\u00E9 '); Response.Write(1.5); %>";
+  EXPECT_EQ(body(tells), "65001 2048 \xC3\xA9 1.5");
+  EXPECT_EQ(body("<% Session.CodePage = 1252; Session.LCID = 1031; %>" + tells), "1252 1031 \xE9 1,5");
+  const MemorySink later = run(tells, cookie_);
+  EXPECT_EQ(later.body, "1252 1031 \xE9 1,5");
+  EXPECT_EQ(later.header("Content-Type"), std::vector<std::string>{"text/html; charset=windows-1252"});
+  EXPECT_EQ(body("<%@ CodePage=65001 LCID=1033 %>" + tells), "65001 1033 \xC3\xA9 1.5");
+  EXPECT_EQ(body("<%@ LCID=1036 %>" + tells), "1252 1036 \xE9 1,5");
+  // The page's own settings are not the session's.
+  EXPECT_EQ(body("<% Response.LCID = 1033; Response.CodePage = 65001; %>" + tells), "65001 1033 \xC3\xA9 1.5");
+  EXPECT_EQ(body("<% Response.Write(Session.CodePage + ' ' + Session.LCID); %>"), "1252 1031");
+  EXPECT_EQ(body("<%@ EnableSessionState=False %>" + tells), "65001 2048 \xC3\xA9 1.5");
+  EXPECT_EQ(run(tells, "").body, "65001 2048 \xC3\xA9 1.5");
+}
+
+TEST_F(PageRun, DecodesItsQueryWithTheSessionsCodePage) {
+  body("<% Session.CodePage = 1252; %>");
+  query = "a=%E9";
+  EXPECT_EQ(body("<% Response.Write(Request.QueryString('a')(1).charCodeAt(0)); %>"), "233");
+}
+
 TEST_F(PageRun, RefusesANewSessionOnceTheHeadIsOut) {
   EXPECT_NE(body("<% Response.Flush(); try { Session('a') = 1; } catch (e) { Response.Write(e.message); } %>")
                 .find("Nothing can be kept in a new session"),

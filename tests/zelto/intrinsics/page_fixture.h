@@ -52,6 +52,7 @@ class PageTest : public testing::Test {
   void post_form(std::string body);
 
   zelto::PageState& page();
+  zelto::PageStatePtr page_state() { return page(), page_; }
   CComPtr<zelto::RequestObject> request_object();
   CComPtr<zelto::ResponseObject> response_object();
   CComPtr<zelto::ServerObject> server_object();

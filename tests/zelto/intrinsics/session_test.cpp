@@ -1,6 +1,6 @@
 #include "intrinsics/session_object.h"
 #include "intrinsics/session_state.h"
-#include "zelto/intrinsics/calls.h"
+#include "zelto/intrinsics/page_fixture.h"
 
 #include <thread>
 
@@ -106,6 +106,61 @@ TEST_F(Session, HasATimeoutInMinutes) {
   EXPECT_EQ(state->timeout_minutes, 5);
   EXPECT_EQ(put(session.get(), L"Timeout", 0).hr, E_INVALIDARG);
   EXPECT_EQ(put(session.get(), L"Timeout", 1441).hr, E_INVALIDARG);
+}
+
+TEST_F(Session, RemembersCodePageAndLocale) {
+  EXPECT_EQ(get(session.get(), L"CodePage").value.lVal, 65001);
+  EXPECT_EQ(get(session.get(), L"LCID").value.lVal, 2048);
+  EXPECT_EQ(put(session.get(), L"CodePage", 932).hr, S_OK);
+  EXPECT_EQ(put(session.get(), L"LCID", 1041).hr, S_OK);
+  EXPECT_EQ(get(session.get(), L"CodePage").value.lVal, 932);
+  EXPECT_EQ(get(session.get(), L"LCID").value.lVal, 1041);
+  EXPECT_EQ(state->code_page, 932);
+  EXPECT_EQ(state->lcid, 1041);
+}
+
+TEST_F(Session, RefusesACodePageAndALocaleThatItDoesNotKnow) {
+  const Answer page = put(session.get(), L"CodePage", 12345);
+  EXPECT_EQ(page.hr, E_INVALIDARG);
+  EXPECT_EQ(page.description, L"CodePage: no such code page.");
+  const Answer locale = put(session.get(), L"LCID", 12345);
+  EXPECT_EQ(locale.hr, E_INVALIDARG);
+  EXPECT_EQ(locale.description, L"LCID: 12345 is no locale that this host knows; 2048 is the neutral form.");
+  EXPECT_EQ(state->code_page, 65001);
+  EXPECT_EQ(state->lcid, 2048);
+}
+
+// Many pages begin by setting what is so already; their visitors need no cookie for it.
+TEST_F(Session, IsKeptForACodePageOrLocaleOnlyWhenItIsAnother) {
+  int kept = 0;
+  state->on_keep = [&kept] {
+    ++kept;
+    return S_OK;
+  };
+  put(session.get(), L"CodePage", 65001);
+  put(session.get(), L"LCID", 2048);
+  EXPECT_EQ(kept, 0);
+  put(session.get(), L"LCID", 1041);
+  EXPECT_EQ(kept, 1);
+  state->kept = false;
+  state->on_keep = [] { return E_FAIL; };
+  EXPECT_EQ(put(session.get(), L"CodePage", 932).hr, E_FAIL);
+  EXPECT_EQ(state->code_page, 65001);
+}
+
+class SessionOfAPage : public PageTest {};
+
+TEST_F(SessionOfAPage, SetsCodePageAndLocaleOfThePageAsWell) {
+  const auto state = std::make_shared<zelto::SessionState>("id");
+  response_object();
+  const auto session = korlib::make<zelto::SessionObject>(state, page_state());
+  put(session.get(), L"CodePage", 1252);
+  put(session.get(), L"LCID", 1031);
+  EXPECT_EQ(page().response.code_page, 1252);
+  EXPECT_EQ(page().request.code_page, 1252);
+  EXPECT_EQ(page().response.lcid, 1031);
+  EXPECT_EQ(put(session.get(), L"LCID", 5555).hr, E_INVALIDARG);
+  EXPECT_EQ(page().response.lcid, 1031);
 }
 
 TEST_F(Session, KeepsItsValuesToTheEndOfThePageWhenAbandoned) {

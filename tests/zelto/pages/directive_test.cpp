@@ -15,19 +15,21 @@ std::string fault_of(std::wstring_view text) {
 }
 
 TEST(Directive, KnowsItsNamesInAnyLetterCaseQuotedOrNot) {
-  for (const wchar_t* text : {L" Language=\"JavaScript\" CodePage=\"932\" EnableSessionState=\"False\" ",
-                              L"LANGUAGE='jscript' codepage='932' enablesessionstate='FALSE'",
-                              L"language=ECMAScript codepage=932\nENABLESESSIONSTATE=false",
-                              L" codepage = 932 EnableSessionState = false lcid=1041 transaction=required"}) {
+  for (const wchar_t* text : {L" Language=\"JavaScript\" CodePage=\"932\" EnableSessionState=\"False\" LCID=\"1041\" ",
+                              L"LANGUAGE='jscript' codepage='932' enablesessionstate='FALSE' lcid='1041'",
+                              L"language=ECMAScript codepage=932 Lcid=1041\nENABLESESSIONSTATE=false",
+                              L" codepage = 932 EnableSessionState = false lcid = 1041 transaction=required"}) {
     const Directive directive = read_directive(text);
     EXPECT_EQ(directive.code_page, 932);
+    EXPECT_EQ(directive.lcid, 1041);
     EXPECT_FALSE(directive.uses_session);
   }
 }
 
 TEST(Directive, LeavesDefaultsWithoutAWord) {
   const Directive directive = read_directive(L" \t\r\n");
-  EXPECT_EQ(directive.code_page, 65001);
+  EXPECT_FALSE(directive.code_page);
+  EXPECT_FALSE(directive.lcid);
   EXPECT_TRUE(directive.uses_session);
   EXPECT_TRUE(read_directive(L"EnableSessionState=True").uses_session);
 }
@@ -43,6 +45,8 @@ TEST(Directive, SaysWhatItCannotObey) {
       {L"CodePage=12", "CodePage=\"12\" is no code page that this host knows; 65001 is UTF-8."},
       {L"CodePage=utf-8", "CodePage=\"utf-8\" is no code page that this host knows; 65001 is UTF-8."},
       {L"CodePage=99999999999", "CodePage=\"99999999999\" is no code page that this host knows; 65001 is UTF-8."},
+      {L"LCID=12345", "LCID=\"12345\" is no locale that this host knows; 2048 is the neutral form."},
+      {L"LCID=de-DE", "LCID=\"de-DE\" is no locale that this host knows; 2048 is the neutral form."},
       {L"EnableSessionState=1", "EnableSessionState=\"1\" is neither True nor False."},
       {L"Debug=\"true\"",
        "\"Debug\" is no directive: Language, CodePage, EnableSessionState, LCID and Transaction are."},

@@ -54,10 +54,11 @@ TEST_F(PageCompiler, DropsTheLineEndBehindADirective) {
 }
 
 TEST_F(PageCompiler, ObeysThePageDirectiveAndNotAnIncludes) {
-  write("inc.asp", "<%@ EnableSessionState=False CodePage=932 %>\nx");
+  write("inc.asp", "<%@ EnableSessionState=False CodePage=932 LCID=1041 %>\nx");
   const CompiledPage page = compile_text("<!--#include file=inc.asp-->\ny");
   EXPECT_TRUE(page.directive.uses_session);
-  EXPECT_EQ(page.directive.code_page, 65001);
+  EXPECT_FALSE(page.directive.code_page);
+  EXPECT_FALSE(page.directive.lcid);
   EXPECT_EQ(literals(page), L"x\ny");
 }
 
@@ -131,11 +132,14 @@ TEST_F(PageCompiler, ReportsFaultsInIncludesThere) {
   write("open.inc", "\n<% x");
   write("two.inc", "<%@ Language=JScript %>\n<%@ Language=JScript %>");
   write("other.inc", "\n\n<%@ Language=VBScript %>");
+  write("nowhere.inc", "\n<%@ LCID=99999 %>");
   write("empty.inc", "\n<%= ; %>");
   EXPECT_EQ(fault_of_text("<!--#include file=open.inc-->"), "/open.inc:2 This \"<%\" is not closed with \"%>\".");
   EXPECT_EQ(fault_of_text("<!--#include file=two.inc-->"), "/two.inc:2 A page has one directive only.");
   EXPECT_EQ(fault_of_text("<!--#include file=other.inc-->"),
             "/other.inc:3 This host runs pages in JavaScript only: Language=\"VBScript\" cannot be run.");
+  EXPECT_EQ(fault_of_text("<!--#include file=nowhere.inc-->"),
+            "/nowhere.inc:2 LCID=\"99999\" is no locale that this host knows; 2048 is the neutral form.");
   EXPECT_EQ(fault_of_text("<!--#include file=empty.inc-->"), "/empty.inc:2 <%= %> holds no expression.");
 }
 

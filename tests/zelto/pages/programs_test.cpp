@@ -101,10 +101,11 @@ TEST_F(ProgramsTest, ReportsAnErrorUntilItIsMended) {
 }
 
 TEST_F(ProgramsTest, HandsTheDirectiveOn) {
-  write("page.asp", "<%@ CodePage=1252 EnableSessionState=False %>");
+  write("page.asp", "<%@ CodePage=1252 LCID=1041 EnableSessionState=False %>");
   const LoadedPage page = load();
-  EXPECT_EQ(page.code_page, 1252);
-  EXPECT_FALSE(page.uses_session);
+  EXPECT_EQ(page.directive.code_page, 1252);
+  EXPECT_EQ(page.directive.lcid, 1041);
+  EXPECT_FALSE(page.directive.uses_session);
 }
 
 TEST_F(ProgramsTest, ServesManyThreadsWhileAPageChanges) {
