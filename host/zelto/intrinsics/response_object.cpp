@@ -10,6 +10,7 @@
 #include "intrinsics/text.h"
 #include "intrinsics/url_encoding.h"
 #include "intrinsics/value_text.h"
+#include "script/engine.h"
 
 namespace zelto {
 
@@ -27,6 +28,11 @@ bool bytes_of(const VARIANT& value, std::string_view& bytes) {
   if (value.vt != (VT_ARRAY | VT_UI1) || !value.parray || value.parray->cDims != 1) return false;
   bytes = {static_cast<const char*>(value.parray->pvData), value.parray->rgsabound[0].cElements};
   return true;
+}
+
+// A database field, say; what a script makes of its own objects are no bytes that anybody meant.
+bool is_host_object(const VARIANT& value) {
+  return (value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN) && !script::is_script_object(value.punkVal);
 }
 
 // The value of a header field that text sets; refuses control characters.
@@ -93,15 +99,26 @@ HRESULT ResponseObject::Write(VARIANT value) {
 
 HRESULT ResponseObject::BinaryWrite(VARIANT bytes) {
   return guarded(kSource, [&]() -> HRESULT {
-    CComVariant direct;
+    CComVariant held;
+    const VARIANT* value = &bytes;
     if (bytes.vt & VT_BYREF) {
-      RETURN_IF_FAILED(VariantCopyInd(&direct, &bytes));
+      RETURN_IF_FAILED(VariantCopyInd(&held, &bytes));
+      value = &held;
+    }
+    if (is_host_object(*value)) {
+      CComVariant plain;
+      bool has_none = false;
+      RETURN_IF_FAILED(read_default_value(*value, &plain, &has_none));
+      if (!has_none) value = &(held = std::move(plain));
     }
     std::string_view view;
-    const VARIANT& value = bytes.vt & VT_BYREF ? direct : bytes;
-    if (value.vt == VT_EMPTY || value.vt == VT_NULL) return S_OK;
-    if (!bytes_of(value, view)) {
-      return korlib::raise(DISP_E_TYPEMISMATCH, kSource, L"BinaryWrite takes an array of bytes.");
+    if (value->vt == VT_EMPTY || value->vt == VT_NULL) return S_OK;
+    if (value->vt == VT_BSTR) {
+      page_->response.write(korlib::view_of(value->bstrVal));
+      return S_OK;
+    }
+    if (!bytes_of(*value, view)) {
+      return korlib::raise(DISP_E_TYPEMISMATCH, kSource, L"BinaryWrite takes an array of bytes, or text.");
     }
     page_->response.write_bytes(view);
     return S_OK;

@@ -16,6 +16,7 @@ class ResponseObject final : public korlib::DispatchObject<ResponseObject, Zelto
 
   // Writes what value_text.h says, dates and numbers as LCID has them.
   HRESULT Write(VARIANT value) override;
+  // Bytes as they are, text in the code page; of an object, a database field say, its default value.
   HRESULT BinaryWrite(VARIANT bytes) override;
   HRESULT AddHeader(BSTR name, BSTR value) override;
   HRESULT AppendToLog(BSTR text) override;

@@ -6,6 +6,7 @@
 #include "intrinsics/html.h"
 #include "intrinsics/text.h"
 #include "intrinsics/url_encoding.h"
+#include "intrinsics/value_text.h"
 #include "intrinsics/virtual_path.h"
 #include "script/stack.h"
 
@@ -33,15 +34,23 @@ std::span<const korlib::Member> ServerObject::members() {
   using S = ServerObject;
   static constexpr korlib::Member table[] = {
       method<&S::CreateObject>(L"CreateObject"),
-      method<&S::MapPath>(L"MapPath"),
-      method<&S::HTMLEncode>(L"HTMLEncode"),
-      method<&S::URLEncode>(L"URLEncode"),
+      method<&S::MapPathValue>(L"MapPath"),
+      method<&S::HTMLEncodeValue>(L"HTMLEncode"),
+      method<&S::URLEncodeValue>(L"URLEncode"),
       method<&S::Execute>(L"Execute"),
       method<&S::Transfer>(L"Transfer"),
       method<&S::GetLastError>(L"GetLastError"),
       property<&S::get_ScriptTimeout, &S::put_ScriptTimeout>(L"ScriptTimeout"),
   };
   return table;
+}
+
+HRESULT ServerObject::with_text(const VARIANT& value, HRESULT (ServerObject::*typed)(BSTR, BSTR*), BSTR* out) {
+  if (value.vt == VT_BSTR) return (this->*typed)(value.bstrVal, out);
+  std::wstring text;
+  RETURN_IF_FAILED(append_value_text(value, page_->response.lcid, text));
+  const CComVariant whole{std::wstring_view(text)};
+  return (this->*typed)(whole.bstrVal, out);
 }
 
 HRESULT ServerObject::HTMLEncode(BSTR text, BSTR* encoded) {

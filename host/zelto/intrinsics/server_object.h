@@ -19,6 +19,11 @@ class ServerObject final : public korlib::DispatchObject<ServerObject, ZeltoType
   HRESULT MapPath(BSTR path, BSTR* physical) override;
   HRESULT CreateObject(BSTR prog_id, IDispatch** object) override;
 
+  // As scripts call the three above: with any value, for its text (value_text.h). Nothing and null are "".
+  HRESULT HTMLEncodeValue(VARIANT value, BSTR* encoded) { return with_text(value, &ServerObject::HTMLEncode, encoded); }
+  HRESULT URLEncodeValue(VARIANT value, BSTR* encoded) { return with_text(value, &ServerObject::URLEncode, encoded); }
+  HRESULT MapPathValue(VARIANT value, BSTR* physical) { return with_text(value, &ServerObject::MapPath, physical); }
+
   HRESULT Execute(BSTR path);
   HRESULT Transfer(BSTR path);
   HRESULT GetLastError(IDispatch** error);
@@ -26,6 +31,7 @@ class ServerObject final : public korlib::DispatchObject<ServerObject, ZeltoType
   HRESULT put_ScriptTimeout(LONG seconds);
 
  private:
+  HRESULT with_text(const VARIANT& value, HRESULT (ServerObject::*typed)(BSTR, BSTR*), BSTR* out);
   HRESULT resolve(std::wstring_view member, BSTR path, std::string& virtual_path) const;
 
   PageStatePtr page_;

@@ -95,9 +95,46 @@ TEST_F(Response, NamesTheLocaleThatItDoesNotKnow) {
 
 TEST_F(Response, WritesBytesAsTheyAre) {
   call(response(), L"BinaryWrite", std::vector<std::uint8_t>{0, 255, 128});
-  EXPECT_EQ(call(response(), L"BinaryWrite", L"text").hr, DISP_E_TYPEMISMATCH);
+  const Answer refused = call(response(), L"BinaryWrite", 5);
+  EXPECT_EQ(refused.hr, DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(refused.description, L"BinaryWrite takes an array of bytes, or text.");
+  EXPECT_EQ(call(response(), L"BinaryWrite", value_of({value_of(1)})).hr, DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(call(response(), L"BinaryWrite", null_value()).hr, S_OK);
+  CComVariant bytes = value_of(std::vector<std::uint8_t>{7});
+  EXPECT_EQ(call(response(), L"BinaryWrite", by_reference(&bytes)).hr, S_OK);
   page().response.finish();
-  EXPECT_EQ(sink.body, std::string("\0\xFF\x80", 3));
+  EXPECT_EQ(sink.body, std::string("\0\xFF\x80\7", 4));
+}
+
+TEST_F(Response, WritesTheBytesOfTextInItsCodePage) {
+  EXPECT_EQ(call(response(), L"BinaryWrite", L"\u00E9").hr, S_OK);
+  put(response(), L"CodePage", 1252);
+  EXPECT_EQ(call(response(), L"BinaryWrite", L"\u00E9\u3042").hr, S_OK);
+  page().response.finish();
+  EXPECT_EQ(sink.body, "\xC3\xA9\xE9?");
+}
+
+// A database field, say.
+class Blob final : public korlib::DispatchObject<Blob> {
+ public:
+  static std::span<const korlib::Member> members() {
+    static constexpr korlib::Member table[] = {property<&Blob::get_Value>(L"Value").is_default()};
+    return table;
+  }
+  HRESULT get_Value(VARIANT* value) { return VariantCopy(value, &held); }
+  CComVariant held;
+};
+
+TEST_F(Response, WritesTheBytesThatAnObjectStandsFor) {
+  const auto blob = korlib::make<Blob>();
+  EXPECT_EQ(call(response(), L"BinaryWrite", blob).hr, S_OK);
+  blob->held = value_of(std::vector<std::uint8_t>{1, 254});
+  EXPECT_EQ(call(response(), L"BinaryWrite", blob).hr, S_OK);
+  blob->held = value_of(12);
+  EXPECT_EQ(call(response(), L"BinaryWrite", blob).hr, DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(call(response(), L"BinaryWrite", response_object()).hr, DISP_E_TYPEMISMATCH);
+  page().response.finish();
+  EXPECT_EQ(sink.body, "\1\xFE");
 }
 
 TEST_F(Response, RedirectsAndEndsThePage) {

@@ -45,6 +45,24 @@ TEST_F(Server, EncodesUrls) {
   EXPECT_EQ(text_of(call(server_object().get(), L"URLEncode", L"a b&c=d/\u00E9-_.")), L"a+b%26c%3Dd%2F%C3%A9-_.");
 }
 
+TEST_F(Server, TakesNoValueForNoText) {
+  const auto server = server_object();
+  for (const CComVariant& none : {CComVariant(), null_value(), CComVariant(korlib::omitted())}) {
+    EXPECT_EQ(text_of(call(server.get(), L"HTMLEncode", none)), L"");
+    EXPECT_EQ(text_of(call(server.get(), L"URLEncode", none)), L"");
+    EXPECT_EQ(text_of(call(server.get(), L"MapPath", none)), L"/srv/site/shop");
+  }
+  EXPECT_EQ(call(server.get(), L"HTMLEncode").hr, DISP_E_BADPARAMCOUNT);
+}
+
+TEST_F(Server, EncodesTheTextOfAnyValueAsThePageWritesIt) {
+  const auto server = server_object();
+  page().response.lcid = 1031;
+  EXPECT_EQ(text_of(call(server.get(), L"HTMLEncode", value_of({value_of(L"<"), value_of(1.5)}))), L"&lt;,1,5");
+  EXPECT_EQ(text_of(call(server.get(), L"URLEncode", value_of({value_of(L"a b"), value_of(true)}))), L"a+b%2CTrue");
+  EXPECT_EQ(text_of(call(server.get(), L"MapPath", 7)), L"/srv/site/shop/7");
+}
+
 TEST_F(Server, SaysWhichClassItDoesNotKnow) {
   const Answer answer = call(server_object().get(), L"CreateObject", L"No.Such");
   EXPECT_TRUE(FAILED(answer.hr));
