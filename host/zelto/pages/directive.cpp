@@ -33,6 +33,7 @@ bool read_boolean(std::wstring_view name, std::wstring_view value) {
 }  // namespace
 
 Directive read_directive(std::wstring_view text) {
+  if (text.ends_with(L'@')) text.remove_suffix(1);
   const std::optional<std::vector<Attribute>> attributes = read_attributes(text);
   if (!attributes) throw std::string("A directive is written <%@ Name=\"value\" … %>.");
   Directive directive;
@@ -56,15 +57,19 @@ Directive read_directive(std::wstring_view text) {
 }
 
 LONG code_page_of_source(std::string_view bytes) {
-  const std::size_t open = bytes.find("<%@");
-  if (open == std::string_view::npos) return kUtf8CodePage;
-  const std::size_t close = bytes.find("%>", open);
-  if (close == std::string_view::npos) return kUtf8CodePage;
-  try {
-    return read_directive(to_wide(bytes.substr(open + 3, close - open - 3))).code_page.value_or(kUtf8CodePage);
-  } catch (const std::string&) {
-    return kUtf8CodePage;  // said with its line once the text is known
+  for (std::size_t open = 0; (open = bytes.find("<%", open)) != std::string_view::npos;) {
+    open = bytes.find_first_not_of(" \t\r\n\f", open + 2);
+    if (open == std::string_view::npos) return kUtf8CodePage;
+    if (bytes[open++] != '@') continue;
+    const std::size_t close = bytes.find("%>", open);
+    if (close == std::string_view::npos) return kUtf8CodePage;
+    try {
+      return read_directive(to_wide(bytes.substr(open, close - open))).code_page.value_or(kUtf8CodePage);
+    } catch (const std::string&) {
+      return kUtf8CodePage;  // said with its line once the text is known
+    }
   }
+  return kUtf8CodePage;
 }
 
 }  // namespace zelto::pages

@@ -30,8 +30,13 @@ class Scanner {
     flush(open);
     std::size_t inside = open + 2;
     Piece::Kind kind = Piece::code;
-    if (inside < text_.size() && (text_[inside] == L'=' || text_[inside] == L'@')) {
-      kind = text_[inside] == L'=' ? Piece::expression : Piece::directive;
+    // No script begins with "@", so a directive may stand behind blanks.
+    const std::size_t first = skip_blanks(text_, inside);
+    if (first < text_.size() && text_[first] == L'@') {
+      kind = Piece::directive;
+      inside = first + 1;
+    } else if (inside < text_.size() && text_[inside] == L'=') {
+      kind = Piece::expression;
       ++inside;
     }
     const std::size_t close = text_.find(L"%>", inside);

@@ -13,7 +13,7 @@ struct Piece {
     literal,     // text that the page writes
     code,        // <% … %> and <script runat="server"> … </script>
     expression,  // <%= … %>
-    directive,   // <%@ … %>
+    directive,   // <%@ … %>, <% @ … %>
     include,     // <!-- #include file="…" --> or virtual="…"
   };
   Kind kind = literal;

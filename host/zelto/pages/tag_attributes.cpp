@@ -60,8 +60,9 @@ std::string ascii(std::wstring_view text) {
 }
 
 bool is_javascript(std::wstring_view language) {
-  return std::ranges::any_of(std::initializer_list<std::wstring_view>{L"javascript", L"jscript", L"ecmascript"},
-                             [&](std::wstring_view known) { return same_word(language, known); });
+  return std::ranges::any_of(
+      std::initializer_list<std::wstring_view>{L"javascript", L"jscript", L"ecmascript", L"livescript"},
+      [&](std::wstring_view known) { return same_word(language, known); });
 }
 
 std::optional<AttributeValue> read_attribute_value(std::wstring_view text, std::size_t at) {

@@ -18,7 +18,8 @@ TEST(Directive, KnowsItsNamesInAnyLetterCaseQuotedOrNot) {
   for (const wchar_t* text : {L" Language=\"JavaScript\" CodePage=\"932\" EnableSessionState=\"False\" LCID=\"1041\" ",
                               L"LANGUAGE='jscript' codepage='932' enablesessionstate='FALSE' lcid='1041'",
                               L"language=ECMAScript codepage=932 Lcid=1041\nENABLESESSIONSTATE=false",
-                              L" codepage = 932 EnableSessionState = false lcid = 1041 transaction=required"}) {
+                              L"Language=LiveScript codepage=932 lcid=1041 EnableSessionState=False@",
+                              L" codepage = 932 EnableSessionState = false lcid = 1041 transaction=required @"}) {
     const Directive directive = read_directive(text);
     EXPECT_EQ(directive.code_page, 932);
     EXPECT_EQ(directive.lcid, 1041);
@@ -50,6 +51,8 @@ TEST(Directive, SaysWhatItCannotObey) {
       {L"EnableSessionState=1", "EnableSessionState=\"1\" is neither True nor False."},
       {L"Debug=\"true\"",
        "\"Debug\" is no directive: Language, CodePage, EnableSessionState, LCID and Transaction are."},
+      {L"Language=JScript @ @",
+       "\"@\" is no directive: Language, CodePage, EnableSessionState, LCID and Transaction are."},
       {L"= 3", "A directive is written <%@ Name=\"value\" \xE2\x80\xA6 %>."},
       {L"Language=\"JScript", "A directive is written <%@ Name=\"value\" \xE2\x80\xA6 %>."},
   };
@@ -59,7 +62,11 @@ TEST(Directive, SaysWhatItCannotObey) {
 TEST(Directive, IsFoundInBytesOfAnyCodePage) {
   EXPECT_EQ(code_page_of_source("<%@ CodePage=932 %>\x83\x65"), 932);
   EXPECT_EQ(code_page_of_source("\xFF<%@CodePage=\"1252\"%>"), 1252);
+  EXPECT_EQ(code_page_of_source("<% \r\n\t@ CodePage=932 @%>\x83\x65"), 932);
+  EXPECT_EQ(code_page_of_source("a<% x %><%= y %><% @CodePage=932%>"), 932);
+  EXPECT_EQ(code_page_of_source("<%@ Language=JScript %><%@ CodePage=932 %>"), 65001);
   EXPECT_EQ(code_page_of_source("text"), 65001);
+  EXPECT_EQ(code_page_of_source("<% "), 65001);
   EXPECT_EQ(code_page_of_source("<%@ CodePage=932"), 65001);
   EXPECT_EQ(code_page_of_source("<%@ CodePage=7 %>"), 65001);
   EXPECT_EQ(code_page_of_source(""), 65001);

@@ -92,6 +92,7 @@ TEST_F(RunPage, PutsRuntimeErrorsOnTheirLine) {
     EXPECT_EQ(place(lines("a\n<%\n\nmissing();\n%>")), "/page.asp:4");
     EXPECT_EQ(place(lines("<%= 1 %>\n<%=\n missing() %>")), "/page.asp:3");
     EXPECT_EQ(place(lines("<%@ Language=JScript %>\n<% missing(); %>")), "/page.asp:2");
+    EXPECT_EQ(place(lines("<%\n@ Language=JScript\n@%>\n<% missing(); %>")), "/page.asp:4");
     EXPECT_EQ(place(lines("<% function f() {\n%>\ntext\n<% missing(); } %>\n\n<% f(); %>")), "/page.asp:4");
     EXPECT_EQ(place(lines("\n<script runat=server>\n\nmissing();</script>")), "/page.asp:4");
     EXPECT_EQ(place(lines("<% var s = `\n\n`; missing(); %>")), "/page.asp:3");

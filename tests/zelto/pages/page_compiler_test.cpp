@@ -49,6 +49,7 @@ TEST_F(PageCompiler, DropsTheLineEndBehindADirective) {
     EXPECT_EQ(literals_of(std::string("<%@ Language=JScript %>") + line_end + line_end + "a"),
               std::wstring(line_end, line_end + std::string_view(line_end).size()) + L"a");
   }
+  EXPECT_EQ(literals_of("<% @ Language=LiveScript @%>\na"), L"a");
   EXPECT_EQ(literals_of("<%@ Language=JScript %>a\n"), L"a\n");
   EXPECT_EQ(literals_of("<% x %>\na"), L"\na");
 }

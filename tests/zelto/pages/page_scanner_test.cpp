@@ -44,6 +44,10 @@ TEST(PageScanner, CutsPagesIntoPieces) {
       {L"<%=x%>", L"E[x]"},
       {L"<% =x%>", L"C[ =x]"},
       {L"<%@ Language=JScript %>\n", L"D[ Language=JScript ]L[\n]"},
+      {L"<% @ Language=JScript %>", L"D[ Language=JScript ]"},
+      {L"<%\r\n\t@Language=JScript@%>", L"D[Language=JScript@]"},
+      {L"<%  %>", L"C[  ]"},
+      {L"<% x @ %>", L"C[ x @ ]"},
       {L"<%a%><%=b%>", L"C[a]E[b]"},
       {L"%><%a%>%>", L"L[%>]C[a]L[%>]"},
       // The first "%>" ends the code, wherever it stands.

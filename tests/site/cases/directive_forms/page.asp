@@ -1,0 +1,3 @@
+<%	@ LANGUAGE = LiveScript CodePage="1252" @%>
+text é
+<% Response.Write(Response.CodePage); %>
