@@ -29,7 +29,7 @@ class Compiler {
   explicit Compiler(const std::string& root) : root_(root) {}
 
   CompiledPage compile(const std::string& physical) {
-    add_file({physical, physical}, 0);
+    add_file({physical, physical}, Piece::include, 0);
     script::Rewritten rewritten = script::rewrite(text_);
     for (const std::size_t comment : rewritten.markup_comments) refuse_include(comment);
     auto program = std::make_shared<script::Program>(std::move(program_));
@@ -54,8 +54,9 @@ class Compiler {
     LineCounter lines;
   };
 
-  // Adds the file's pieces where the script has got to. `from_line` is where it is included.
-  void add_file(const FileName& name, int from_line) {
+  // Adds the file where the script has got to: its pieces, or as the script that it is. `from_line` is where
+  // it is included.
+  void add_file(const FileName& name, Piece::Kind as, int from_line) {
     const std::string& path = name.canonical;
     const bool is_page = open_.empty();
     const std::string& includer = is_page ? path : open_.back();
@@ -76,7 +77,12 @@ class Compiler {
     watch(name.named, *source);
     const unsigned index = number_of(path);
     open_.push_back(path);
-    add_pieces(text, Place{path, index, LineCounter(text)}, is_page);
+    const Place place{path, index, LineCounter(text)};
+    if (as == Piece::script) {
+      add_code(text, place);
+    } else {
+      add_pieces(text, place, is_page);
+    }
     open_.pop_back();
   }
 
@@ -102,7 +108,8 @@ class Compiler {
           add_directive(piece.text, place, is_page);
           break;
         case Piece::include:
-          add_file(resolve(piece, place), place.lines.line());
+        case Piece::script:
+          add_file(resolve(piece, place), piece.kind, place.lines.line());
           break;
       }
       if (text_.size() > kMaxScript) fail("The page is too large.", place);

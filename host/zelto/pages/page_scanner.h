@@ -15,11 +15,12 @@ struct Piece {
     expression,  // <%= … %>
     directive,   // <%@ … %>, <% @ … %>
     include,     // <!-- #include file="…" --> or virtual="…"
+    script,      // <script runat="server" src="…"></script>
   };
   Kind kind = literal;
-  std::wstring_view text;  // of the page: what stands inside the delimiters; an include's path
-  std::size_t offset = 0;  // of `text` in the page
-  bool is_virtual = false;
+  std::wstring_view text;   // of the page: what stands inside the delimiters; an include's or script's path
+  std::size_t offset = 0;   // of `text` in the page
+  bool is_virtual = false;  // the path begins at the site's root
 };
 
 // What cannot be cut, and where.

@@ -109,6 +109,22 @@ TEST_F(RunPage, PutsErrorsOfIncludesIntoTheInclude) {
   EXPECT_EQ(place("<!--#include file=outer.inc-->"), "/lib/f.inc:3");
 }
 
+TEST_F(RunPage, PutsErrorsOfScriptFilesIntoTheScriptFile) {
+  write("lib/f.js", "function f() {\r\n\r\n  missing();\r\n}");
+  write("bad.js", "var a;\nvar = 3;");
+  const std::string tag = "<script language=JScript runat=server src=lib/f.js></script>";
+  EXPECT_EQ(place("a\n" + tag + "\n<% f(); %>"), "/lib/f.js:3");
+  EXPECT_EQ(place("a\n" + tag + "\n<% missing(); %>"), "/page.asp:3");
+  EXPECT_EQ(place("a\n" + tag + " <% missing(); %>"), "/page.asp:2");
+  EXPECT_EQ(place("\n\n\n<script runat=server src=bad.js></script>"), "/bad.js:2");
+  // Script of a page may use what stands further down.
+  EXPECT_EQ(written("<% Response.Write(g()); %><script runat=server src=g.js></script>"),
+            "error: /page.asp:1 The include "
+            "file \"g.js\" was not found.");
+  write("g.js", "function g() { return 'g'; } // no line end");
+  EXPECT_EQ(written("<% Response.Write(g()); %>-<script runat=server src=g.js></script>-"), "g--");
+}
+
 TEST_F(RunPage, PutsSyntaxErrorsOnTheirLine) {
   write("bad.inc", "\n\n<% var = 3; %>");
   EXPECT_EQ(place("a\n<% var = 3; %>\nb"), "/page.asp:2");

@@ -165,9 +165,39 @@ TEST_F(PageCompiler, RefusesAnIncludeInsideScript) {
   }
 }
 
-TEST_F(PageCompiler, SaysThatAScriptBlockHoldsItsScriptItself) {
-  EXPECT_EQ(fault_of_text("\n\n<script language=JScript src='a.js' runat=server></script>"),
-            "/page.asp:3 <script runat=\"server\"> takes no src: use <!-- #include -->.");
+TEST_F(PageCompiler, TakesScriptFilesAsTheScriptThatTheyAre) {
+  write("lib/a.js", "var a = '<%= no page %>';\r\n");
+  write("b.js", "\xEF\xBB\xBFvar b = 1 // the end");
+  write("page.asp",
+        "<script runat=server src=lib/a.js></script>-<script runat=server src=\"\\b.js\"></script>-"
+        "<script runat=server src='/b.js'></script>");
+  const CompiledPage page = compile("page.asp");
+  EXPECT_EQ(literals(page), L"--");
+  const std::string text = script::to_utf8(script::to_wide(page.program->text));
+  EXPECT_NE(text.find("var a = '<%= no page %>';\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("var b = 1 // the end\n"), std::string::npos) << text;
+  ASSERT_EQ(page.files.size(), 3u);  // an edit of any makes the page anew
+  EXPECT_TRUE(page.files[1].first.ends_with("/lib/a.js"));
+}
+
+TEST_F(PageCompiler, RefusesScriptFilesAsIncludes) {
+  write("../secret.js", "x");
+  std::filesystem::create_symlink(path_of("../secret.js"), path_of("link.js"));
+  write("sub/page.inc", "\n<script runat=server src=none.js></script>");
+  write("sub/loop.inc", "<script runat=server src=loop.inc></script>");
+  EXPECT_EQ(fault_of_text("<!--#include file=sub/page.inc-->"),
+            "/sub/page.inc:2 The include file \"none.js\" was not found.");
+  EXPECT_EQ(fault_of_text("\n\n<script runat=server src=../secret.js></script>"),
+            "/page.asp:3 The include file \"../secret.js\" lies outside the site.");
+  EXPECT_EQ(fault_of_text("<script runat=server src=/../secret.js></script>"),
+            "/page.asp:1 The include file \"/../secret.js\" lies outside the site.");
+  EXPECT_EQ(fault_of_text("<script runat=server src=link.js></script>"),
+            "/page.asp:1 The include file \"link.js\" lies outside the site.");
+  EXPECT_EQ(fault_of_text("<script runat=server src=sub></script>"), "/page.asp:1 The file \"/sub\" cannot be read.");
+  EXPECT_EQ(fault_of("sub/loop.inc"), "/sub/loop.inc:1 An include never ends: /sub/loop.inc includes /sub/loop.inc.");
+  write("inc.js", "var a;\n<!-- #include file=b.js -->");
+  EXPECT_EQ(fault_of_text("<script runat=server src=inc.js></script>"),
+            "/inc.js:2 An include cannot stand inside script: put \"%>\" in front of it and \"<%\" behind it.");
 }
 
 TEST_F(PageCompiler, TakesTenThousandIncludesAndNoMore) {

@@ -5,11 +5,12 @@
 namespace zelto::pages {
 namespace {
 
-// Pieces as text: L[…] literal, C[…] code, E[…] expression, D[…] directive, F[…] and V[…] includes.
+// Pieces as text: L[…] literal, C[…] code, E[…] expression, D[…] directive; F[…] and V[…] includes, S[…] and R[…]
+// script files, from the file's folder and from the root.
 std::wstring cut(std::wstring_view text) {
   std::wstring shown;
   for (const Piece& piece : scan_page(text)) {
-    shown += piece.kind == Piece::include ? (piece.is_virtual ? L'V' : L'F') : L"LCED"[piece.kind];
+    shown += (piece.is_virtual ? L"LCEDVR" : L"LCEDFS")[piece.kind];
     shown.append(L"[").append(piece.text).append(L"]");
     EXPECT_EQ(text.substr(piece.offset, piece.text.size()), piece.text);
   }
@@ -66,6 +67,10 @@ TEST(PageScanner, CutsPagesIntoPieces) {
       {L"<script runat=server>if (a </b) x</script>", L"C[if (a </b) x]"},
       {L"<script runat=server>x</script", L"C[x]"},
       {L"<script>x <%=y%></script>", L"L[<script>x ]E[y]L[</script>]"},
+      {L"a<script language=JScript runat=server src=\"a b.js\"></script>b", L"L[a]S[a b.js]L[b]"},
+      {L"<script src=/lib/a.js runat=server>\r\n </script><script src='\\\\a.js' runat=server></script>",
+       L"R[/lib/a.js]R[\\\\a.js]"},
+      {L"<script src=a.js></script>", L"L[<script src=a.js></script>]"},
       {L"<script runat=client>x</script>", L"L[<script runat=client>x</script>]"},
       {L"<scripts runat=server>", L"L[<scripts runat=server>]"},
       {L"<script runat=server", L"L[<script runat=server]"},
@@ -91,7 +96,13 @@ TEST(PageScanner, SaysWhereItCannotCut) {
       {L"<!--#include file=-->", include, 0},
       {L"<!--#include \"a\"-->", "An include names its file as file=\"\xE2\x80\xA6\" or virtual=\"\xE2\x80\xA6\".", 0},
       {L"ab<script runat=server>x", "This <script runat=\"server\"> is not closed.", 2},
-      {L"<script runat=server src=a.js></script>", "<script runat=\"server\"> takes no src: use <!-- #include -->.", 0},
+      {L"a<script runat=server src=a.js> x</script>",
+       "A <script runat=\"server\"> with a src holds no script of its own: use a second one.", 1},
+      {L"<script runat=server src=''></script>", "<script runat=\"server\"> names no file in its src.", 0},
+      {L"<script runat=server src></script>", "<script runat=\"server\"> names no file in its src.", 0},
+      {L"a<script runat=server src=a.js>", "This <script runat=\"server\"> is not closed.", 1},
+      {L"<script runat=server src=a.vbs language=VBScript></script>",
+       "This host runs pages in JavaScript only: <script language=\"VBScript\"> cannot be run.", 0},
       {L"<script runat=server language=VBScript></script>",
        "This host runs pages in JavaScript only: <script language=\"VBScript\"> cannot be run.", 0},
       {L"\n<object runat=server progid=x></object>",

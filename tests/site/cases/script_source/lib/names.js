@@ -1,0 +1,4 @@
+// Relative to the page.
+function names(last) {
+  return prefix + last;
+}
