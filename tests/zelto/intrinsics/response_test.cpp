@@ -45,6 +45,37 @@ TEST_F(Response, WritesInThePagesCodePage) {
   EXPECT_EQ(sink.header("Content-Type"), Strings{"text/html; charset=shift_jis"});
 }
 
+TEST_F(Response, SendsTextOfAnotherCodePageAtOnceWhenNotBuffered) {
+  put(response(), L"CodePage", 932);
+  put(response(), L"Buffer", false);
+  call(response(), L"Write", L"\u3042");
+  EXPECT_EQ(sink.body, "\x82\xA0");
+}
+
+TEST_F(Response, ForgetsEverythingForAnErrorPage) {
+  put(response(), L"Status", L"404 Not Found");
+  put(response(), L"ContentType", L"text/plain");
+  put(response(), L"Charset", L"us-ascii");
+  put(response(), L"CodePage", 932);
+  put(response(), L"LCID", 1041);
+  put(response(), L"CacheControl", L"public");
+  put(response(), L"Expires", 5);
+  put(response(), L"Cookies", L"a", L"1");
+  call(response(), L"AddHeader", L"X-A", L"1");
+  call(response(), L"Write", L"text");
+  EXPECT_TRUE(page().response.reset());
+  EXPECT_EQ(page().response.code_page, 65001);
+  EXPECT_EQ(page().response.lcid, 2048);
+  page().response.finish();
+  EXPECT_EQ(sink.body, "");
+  EXPECT_EQ(sink.head.status, 200);
+  EXPECT_EQ(sink.head.reason, "OK");
+  EXPECT_EQ(sink.header("Content-Type"), Strings{"text/html; charset=utf-8"});
+  EXPECT_EQ(sink.header("Cache-Control"), Strings{"private"});
+  EXPECT_EQ(sink.head.headers.size(), 2u);
+  EXPECT_FALSE(page().response.reset());  // it is out
+}
+
 TEST_F(Response, RefusesACodePageThatDoesNotExist) {
   EXPECT_EQ(put(response(), L"CodePage", 12345).hr, E_INVALIDARG);
   EXPECT_EQ(get(response(), L"CodePage").value.lVal, 65001);
@@ -165,6 +196,7 @@ TEST_F(Response, RefusesLineBreaksInWhateverGoesIntoTheHead) {
   EXPECT_EQ(put(response(), L"CacheControl", L"a\r\nX: 1").hr, E_INVALIDARG);
   EXPECT_EQ(put(cookie(L"a"), L"Domain", L"x\r\nX: 1").hr, E_INVALIDARG);
   EXPECT_EQ(put(cookie(L"a"), L"Path", L"/; Secure").hr, E_INVALIDARG);
+  EXPECT_EQ(put(cookie(L"a"), L"Path", L"/\x7F").hr, E_INVALIDARG);
   page().response.finish();
   EXPECT_EQ(sink.head.headers.size(), 3u);  // type, cache control, and the cookie that was named
 }
@@ -174,6 +206,22 @@ TEST_F(Response, AddsHeadersWithoutReplacing) {
   call(response(), L"AddHeader", L"X-A", L"2");
   page().response.finish();
   EXPECT_EQ(sink.header("x-a"), (Strings{"1", "2"}));
+}
+
+TEST_F(Response, SetsTypeAndCachingAlsoByTheirHeaders) {
+  call(response(), L"AddHeader", L"content-type", L"application/json");
+  call(response(), L"AddHeader", L"cache-control", L"no-store");
+  EXPECT_EQ(text_of(get(response(), L"ContentType")), L"application/json");
+  EXPECT_EQ(text_of(get(response(), L"CacheControl")), L"no-store");
+  page().response.finish();
+  EXPECT_EQ(sink.header("Content-Type"), Strings{"application/json"});
+  EXPECT_EQ(sink.header("Cache-Control"), Strings{"no-store"});
+}
+
+TEST_F(Response, EscapesWhatNoAddressHolds) {
+  call(response(), L"Redirect", L"/a\"<>\\^`{|}~!\u00E9?b=%20#c");
+  page().response.finish();
+  EXPECT_EQ(sink.header("Location"), Strings{"/a%22%3C%3E%5C%5E%60%7B%7C%7D~!%C3%A9?b=%20#c"});
 }
 
 TEST_F(Response, LeavesTheFramingToTheConnection) {
@@ -251,6 +299,9 @@ TEST_F(Response, RefusesChangesOfAHeadThatIsOut) {
   EXPECT_EQ(put(response(), L"ContentType", L"text/plain").hr, E_FAIL);
   EXPECT_EQ(put(response(), L"Cookies", L"a", L"1").hr, E_FAIL);
   EXPECT_EQ(put(response(), L"Expires", 1).hr, E_FAIL);
+  EXPECT_EQ(put(response(), L"Charset", L"utf-8").hr, E_FAIL);
+  EXPECT_EQ(put(response(), L"CacheControl", L"public").hr, E_FAIL);
+  EXPECT_EQ(put(response(), L"Buffer", false).hr, E_FAIL);
 }
 
 TEST_F(Response, SetsCookiesThatScriptsOfTheClientCannotRead) {
@@ -276,6 +327,22 @@ TEST_F(Response, SetsCookieKeysAndAttributes) {
   page().response.finish();
   EXPECT_EQ(sink.header("Set-Cookie"), Strings{"user=name=Bob&city=K%C3%B6ln; Expires=" + zelto::http_date_of(25569.0) +
                                                "; Domain=example.org; Path=/shop; Secure; SameSite=None"});
+}
+
+TEST_F(Response, ReplacesACookiesKeysWithItsValue) {
+  put(cookie(L"a"), L"Item", L"k", L"v");
+  put(response(), L"Cookies", L"a", L"whole");
+  EXPECT_FALSE(is_true(get(cookie(L"a"), L"HasKeys")));
+  page().response.finish();
+  EXPECT_EQ(sink.header("Set-Cookie"), Strings{"a=whole; Path=/; HttpOnly; SameSite=Lax"});
+}
+
+TEST_F(Response, NeedsANameForACookie) {
+  const Answer refused = put(response(), L"Cookies", L"", L"1");
+  EXPECT_EQ(refused.hr, E_INVALIDARG);
+  EXPECT_EQ(refused.description, L"A cookie needs a name.");
+  page().response.finish();
+  EXPECT_EQ(sink.header("Set-Cookie"), Strings{});
 }
 
 TEST_F(Response, SetsNoCookieThatIsOnlyLookedAt) {

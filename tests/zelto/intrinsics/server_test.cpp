@@ -39,6 +39,8 @@ TEST_F(Server, EncodesHtml) {
 TEST_F(Server, EncodesCharactersThatTheCodePageLacks) {
   page().response.code_page = 1252;
   EXPECT_EQ(text_of(call(server_object().get(), L"HTMLEncode", L"\u00E9\u3042\U0001F600")), L"\u00E9&#12354;&#128512;");
+  page().response.code_page = 932;
+  EXPECT_EQ(text_of(call(server_object().get(), L"HTMLEncode", L"\u00E9\u3042~")), L"&#233;\u3042~");
 }
 
 TEST_F(Server, EncodesUrls) {

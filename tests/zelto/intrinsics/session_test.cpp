@@ -51,6 +51,28 @@ TEST_F(Session, StoresAnObjectByReferenceAndItsDefaultValueByValue) {
   EXPECT_EQ(put(session.get(), L"Value", L"val", object).hr, S_OK);
   EXPECT_EQ(get(session.get(), L"Value", L"ref").value.vt, VT_DISPATCH);
   EXPECT_EQ(text_of(get(session.get(), L"Value", L"val")), L"named");
+  const auto contents = object_of(get(session.get(), L"Contents"));
+  EXPECT_EQ(put(contents, L"Item", L"val2", object).hr, S_OK);
+  EXPECT_EQ(putref(contents.get(), L"Item", L"ref2", object).hr, S_OK);
+  EXPECT_EQ(text_of(get(contents, L"Item", L"val2")), L"named");
+  EXPECT_EQ(get(contents, L"Item", L"ref2").value.vt, VT_DISPATCH);
+}
+
+TEST_F(Session, CountsPlacesInNumbersOfEveryType) {
+  for (const wchar_t* name : {L"a", L"b", L"c"}) put(session.get(), L"Value", name, name);
+  const auto contents = object_of(get(session.get(), L"Contents"));
+  for (const VARTYPE vt : {VT_I1, VT_I2, VT_I4, VT_I8, VT_INT, VT_UI1, VT_UI2, VT_UI4, VT_UI8, VT_UINT}) {
+    CComVariant two;
+    two.vt = vt;
+    two.llVal = 2;
+    EXPECT_EQ(text_of(get(contents, L"Item", two)), L"b") << vt;
+  }
+  CComVariant single;
+  single.vt = VT_R4;
+  single.fltVal = 3;
+  EXPECT_EQ(text_of(get(contents, L"Item", single)), L"c");
+  EXPECT_EQ(text_of(get(contents, L"Item", 1.0)), L"a");
+  EXPECT_EQ(get(contents, L"Item", L"2").value.vt, VT_EMPTY);  // text is a name
 }
 
 TEST_F(Session, RemovesAndCountsContents) {
@@ -92,6 +114,19 @@ TEST_F(Session, IsKeptOnceItsIdentifierIsRead) {
   };
   EXPECT_EQ(text_of(get(session.get(), L"SessionID")), L"id");
   EXPECT_EQ(kept, 1);
+}
+
+TEST_F(Session, IsKeptInsteadOfRenewedWhileNobodyKnowsItsIdentifier) {
+  int kept = 0;
+  int renewed = 0;
+  state->on_keep = [&kept] { return ++kept, S_OK; };
+  state->on_renew = [&renewed] { return ++renewed, S_OK; };
+  EXPECT_EQ(call(session.get(), L"RenewID").hr, S_OK);
+  EXPECT_EQ(kept, 1);
+  EXPECT_EQ(renewed, 0);
+  EXPECT_EQ(call(session.get(), L"RenewID").hr, S_OK);
+  EXPECT_EQ(kept, 1);
+  EXPECT_EQ(renewed, 1);
 }
 
 TEST_F(Session, StoresNothingWhenItCannotBeKept) {

@@ -44,6 +44,8 @@ TEST(TagAttributes, MatchesWholeWordsInAnyLetterCase) {
   EXPECT_TRUE(has_word(L"script>", 0, L"script"));
   EXPECT_FALSE(has_word(L"scripts", 0, L"script"));
   EXPECT_FALSE(has_word(L"script-x", 0, L"script"));
+  EXPECT_FALSE(has_word(L"script_x", 0, L"script"));
+  EXPECT_FALSE(has_word(L"script1", 0, L"script"));
   EXPECT_FALSE(has_word(L"scrip", 0, L"script"));
   EXPECT_FALSE(has_word(L"script", 7, L"script"));
 }
