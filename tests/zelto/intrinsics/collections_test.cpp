@@ -21,4 +21,19 @@ TEST_F(Collections, KeepEmptyValuesApartWhenTheyJoin) {
   EXPECT_EQ(text(L"e"), L"");
 }
 
+TEST_F(Collections, NameTheServerWithoutItsPort) {
+  const auto server_name = [](const char* named) {
+    zelto::HttpRequest http;
+    http.headers = {{"Host", named}};
+    http.local_address = "127.0.0.1";
+    zelto::RequestState state(std::move(http), {"/a.asp", "/srv/a.asp", "/srv"});
+    return state.server_variables()->find(L"SERVER_NAME")->values.front();
+  };
+  EXPECT_EQ(server_name("example.org:8080"), L"example.org");
+  EXPECT_EQ(server_name("example.org"), L"example.org");
+  EXPECT_EQ(server_name("[2001:db8::1]:8080"), L"[2001:db8::1]");
+  EXPECT_EQ(server_name("[2001:db8::1]"), L"[2001:db8::1]");
+  EXPECT_EQ(server_name(""), L"127.0.0.1");
+}
+
 }  // namespace
