@@ -80,7 +80,7 @@ TEST_F(PageRun, RemembersTheSession) {
   EXPECT_EQ(body("<% Session('n') = 1; %>"), "");
   for (int i = 0; i < 3; ++i) body("<% Session('n') += 1; %>");
   EXPECT_EQ(body("<%= Session('N') %>"), "4");
-  EXPECT_EQ(run("<%= Session('n') === undefined %>", "zelto_session=guessed").body, "true");
+  EXPECT_EQ(run("<%= Session('n') === undefined %>", "zelto_session=guessed").body, "True");
 }
 
 TEST_F(PageRun, KeepsValuesOfAnAbandonedSessionForThePage) {
@@ -97,7 +97,7 @@ TEST_F(PageRun, GivesASessionANewIdentifier) {
   EXPECT_EQ(body("<% Session.RenewID(); Response.Write(Session('n')); %>"), "1");
   EXPECT_NE(cookie_, first);
   EXPECT_EQ(body("<%= Session('n') %>"), "1");
-  EXPECT_EQ(run("<%= Session('n') === undefined %>", first).body, "true");
+  EXPECT_EQ(run("<%= Session('n') === undefined %>", first).body, "True");
   EXPECT_NE(body("<% Response.Flush(); try { Session.RenewID(); } catch (e) { Response.Write(e.message); } %>")
                 .find("RenewID: the client cannot be told"),
             std::string::npos);

@@ -61,7 +61,7 @@ TEST_F(RunPage, WritesTextAndExpressions) {
       {"<%= {a: 8}.a %>", "8"},
       {"<%= function () { return 9; }() %>", "9"},
       {"<%= 'a;' %>", "a;"},
-      {"<%= [1, 2] %>", "1,2"},
+      {"<%= [1, 2].join() %>", "1,2"},
       {"<% for (var i = 0; i < 3; i++) { %>x<%= i %>\n<% } %>", "x0\nx1\nx2\n"},
       {"<% if (false) { %>no<% } else { %>yes<% } %>", "yes"},
       {"<% if (true) %>one<% else %>two", "one"},
