@@ -17,6 +17,8 @@ KORLIB_API BSTR SysAllocStringByteLen(const char* data, UINT bytes);
 // Replaces *target by a new string; the old one is freed. TRUE on success; on failure *target is kept.
 // `text` may point into *target.
 KORLIB_API BOOL SysReAllocString(BSTR* target, const OLECHAR* text);
+// Text that lies in *target ends where *target does; null is *target itself. So a string is made longer or
+// shorter by its own text: what is added is NUL characters.
 KORLIB_API BOOL SysReAllocStringLen(BSTR* target, const OLECHAR* text, UINT length);
 KORLIB_API void SysFreeString(BSTR text);
 KORLIB_API UINT SysStringLen(BSTR text);      // in characters

@@ -2,6 +2,7 @@
 // a NUL character.
 #include <korlib/bstr.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
@@ -42,10 +43,24 @@ BSTR allocate_copy(const void* data, std::size_t bytes) {
   return text;
 }
 
+// How many of `bytes` bytes there are to read at `text`: none at null, and text inside of a string ends with it.
+std::size_t readable(BSTR string, const OLECHAR* text, std::size_t bytes) {
+  if (!text) return 0;
+  const auto first = reinterpret_cast<std::uintptr_t>(string);
+  const auto at = reinterpret_cast<std::uintptr_t>(text);
+  const std::size_t held = SysStringByteLen(string);
+  const bool is_inside = string && at >= first && at - first <= held;
+  return is_inside ? std::min<std::size_t>(bytes, held - (at - first)) : bytes;
+}
+
 // The new string is made first: `text` may point into the old one, and a failure keeps it.
 BOOL replace(BSTR* target, const OLECHAR* text, std::size_t length) {
-  BSTR fresh = allocate_copy(text, length * sizeof(wchar_t));
+  const std::size_t bytes = length * sizeof(wchar_t);
+  BSTR fresh = allocate(bytes);
   if (!fresh) return FALSE;
+  const std::size_t copied = readable(*target, text, bytes);
+  if (copied) std::memcpy(fresh, text, copied);
+  std::memset(reinterpret_cast<char*>(fresh) + copied, 0, bytes - copied);
   SysFreeString(*target);
   *target = fresh;
   return TRUE;
@@ -72,7 +87,7 @@ BOOL SysReAllocString(BSTR* target, const OLECHAR* text) {
 }
 
 BOOL SysReAllocStringLen(BSTR* target, const OLECHAR* text, UINT length) {
-  return target ? replace(target, text, length) : FALSE;
+  return target ? replace(target, text ? text : *target, length) : FALSE;
 }
 
 void SysFreeString(BSTR text) {

@@ -114,6 +114,39 @@ TEST(Bstr, ReplacesAStringByAPartOfItself) {
   SysFreeString(text);
 }
 
+// What lies behind its text is not the string's: it was read, and appeared in the longer one.
+TEST(Bstr, IsMadeLongerByItsOwnText) {
+  using namespace std::string_view_literals;
+  const auto resized = [](std::size_t from, UINT length) {
+    BSTR text = SysAllocString(L"0123456789");
+    EXPECT_EQ(SysReAllocStringLen(&text, text + from, length), TRUE);
+    std::wstring all(korlib::view_of(text));
+    EXPECT_EQ(text[length], L'\0');
+    SysFreeString(text);
+    return all;
+  };
+  EXPECT_EQ(resized(0, 14), L"0123456789\0\0\0\0"sv);
+  EXPECT_EQ(resized(7, 5), L"789\0\0"sv);
+  EXPECT_EQ(resized(10, 2), L"\0\0"sv);  // its end
+  EXPECT_EQ(resized(0, 10), L"0123456789");
+  EXPECT_EQ(resized(0, 3), L"012");
+  EXPECT_EQ(resized(3, 0), L"");
+  const std::wstring far_longer = resized(0, 100000);
+  EXPECT_EQ(far_longer, std::wstring(L"0123456789") + std::wstring(99990, L'\0'));
+}
+
+TEST(Bstr, KeepsItsTextWhenOnlyALengthIsGiven) {
+  BSTR text = nullptr;
+  ASSERT_EQ(SysReAllocStringLen(&text, nullptr, 2), TRUE);
+  EXPECT_EQ(korlib::view_of(text), std::wstring_view(L"\0\0", 2));
+  ASSERT_EQ(SysReAllocString(&text, L"text"), TRUE);
+  ASSERT_EQ(SysReAllocStringLen(&text, nullptr, 6), TRUE);
+  EXPECT_EQ(korlib::view_of(text), std::wstring_view(L"text\0\0", 6));
+  ASSERT_EQ(SysReAllocStringLen(&text, nullptr, 2), TRUE);
+  EXPECT_STREQ(text, L"te");
+  SysFreeString(text);
+}
+
 TEST(Bstr, KeepsTheOldStringWhenReplacingFails) {
   BSTR text = SysAllocString(L"kept");
   EXPECT_EQ(SysReAllocStringLen(&text, nullptr, 0x40000000u), FALSE);
