@@ -7,6 +7,8 @@
 #include <limits>
 #include <string>
 
+#include "variant/number_text.h"
+
 namespace korlib::db {
 namespace {
 
@@ -90,10 +92,12 @@ HRESULT read_decimal(const VARIANT& variant, Value& value) {
     value = Decimal{std::wstring(view_of(text.bstrVal))};
     return S_OK;
   }
-  // Text keeps all its digits when it is a number.
+  // Text keeps all its digits when it is a number; drivers know no currency signs or groups of digits.
   CComVariant number;
   RETURN_IF_FAILED(converted(variant, VT_R8, number));
-  value = Decimal{std::wstring(view_of(variant.bstrVal))};
+  std::wstring digits;
+  RETURN_IF_FAILED(variants::plain_number(view_of(variant.bstrVal), &digits));
+  value = Decimal{std::move(digits)};
   return S_OK;
 }
 

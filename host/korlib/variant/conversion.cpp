@@ -7,6 +7,7 @@
 #include <korlib/bstr.h>
 
 #include "variant/date_text.h"
+#include "variant/decimal.h"
 #include "variant/number_text.h"
 
 namespace korlib::variants {
@@ -157,8 +158,8 @@ HRESULT to_boolean(const Scalar& value, bool* boolean) {
   *boolean = false;
   if (value.form == Form::kText) {
     const std::wstring_view word = trimmed(value.text);
-    *boolean = equals_word(word, L"true");
-    if (*boolean || equals_word(word, L"false")) return S_OK;
+    *boolean = equals_word(word, L"true") || word == L"#TRUE#";
+    if (*boolean || equals_word(word, L"false") || word == L"#FALSE#") return S_OK;
   }
   double real = 0;
   RETURN_IF_FAILED(to_real(value, &real));

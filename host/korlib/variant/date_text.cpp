@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "variant/number_text.h"
+#include "variant/decimal.h"
 
 namespace korlib::variants {
 

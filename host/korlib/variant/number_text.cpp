@@ -1,9 +1,10 @@
 #include "variant/number_text.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+
+#include "variant/decimal.h"
 
 namespace korlib::variants {
 
@@ -51,100 +52,6 @@ std::string shortest_text(Real value) {
   return (value < 0 ? "-" : "") + lay_out(digits, exponent + 1);
 }
 
-bool is_blank(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r') || c == 0xA0 || c == 0x3000; }
-
-bool is_digit(wchar_t c) { return c >= L'0' && c <= L'9'; }
-
-// Decimal text taken apart: digits × 10^exponent.
-struct Decimal {
-  bool is_negative = false;
-  bool is_whole = true;  // neither point nor exponent
-  std::string digits;    // without leading zeros; empty is zero
-  int exponent = 0;
-};
-
-// Beyond any double whatever the digits are; a limit, so that sums of exponents stay small.
-constexpr int kExponentLimit = 1'000'000'000;
-
-class NumberReader {
- public:
-  explicit NumberReader(std::wstring_view text) : rest_(trimmed(text)) {}
-
-  HRESULT read(Decimal* number) {
-    number->is_negative = take_sign();
-    if (take_prefix(L'H')) return read_radix(4, number);
-    if (take_prefix(L'O')) return read_radix(3, number);
-    return read_decimal(number);
-  }
-
- private:
-  bool take_sign() {
-    const bool is_signed = !rest_.empty() && (rest_[0] == L'-' || rest_[0] == L'+');
-    const bool is_negative = is_signed && rest_[0] == L'-';
-    if (is_signed) rest_.remove_prefix(1);
-    return is_negative;
-  }
-
-  bool take_prefix(wchar_t letter) {
-    if (rest_.size() < 2 || rest_[0] != L'&' || (rest_[1] & ~0x20) != letter) return false;
-    rest_.remove_prefix(2);
-    return true;
-  }
-
-  bool take_digits(Decimal* number) {
-    const bool any = !rest_.empty() && is_digit(rest_[0]);
-    while (!rest_.empty() && is_digit(rest_[0])) {
-      if (!number->digits.empty() || rest_[0] != L'0') number->digits += static_cast<char>(rest_[0]);
-      rest_.remove_prefix(1);
-    }
-    return any;
-  }
-
-  HRESULT read_decimal(Decimal* number) {
-    bool any = take_digits(number);
-    if (!rest_.empty() && rest_[0] == L'.') {
-      rest_.remove_prefix(1);
-      number->is_whole = false;
-      const std::size_t before = rest_.size();
-      any = take_digits(number) || any;
-      number->exponent = -static_cast<int>(std::min<std::size_t>(before - rest_.size(), kExponentLimit));
-    }
-    if (!any) return DISP_E_TYPEMISMATCH;
-    if (!rest_.empty() && (rest_[0] | 0x20) == L'e') RETURN_IF_FAILED(read_exponent(number));
-    return rest_.empty() ? S_OK : DISP_E_TYPEMISMATCH;
-  }
-
-  HRESULT read_exponent(Decimal* number) {
-    rest_.remove_prefix(1);
-    number->is_whole = false;
-    const bool is_negative = take_sign();
-    if (rest_.empty()) return DISP_E_TYPEMISMATCH;
-    int exponent = 0;
-    for (; !rest_.empty() && is_digit(rest_[0]); rest_.remove_prefix(1)) {
-      exponent = std::min(exponent, kExponentLimit / 10 - 1) * 10 + static_cast<int>(rest_[0] - L'0');
-    }
-    number->exponent += is_negative ? -exponent : exponent;
-    return S_OK;
-  }
-
-  HRESULT read_radix(unsigned bits, Decimal* number) {
-    if (rest_.empty()) return DISP_E_TYPEMISMATCH;
-    std::uint64_t value = 0;
-    for (; !rest_.empty(); rest_.remove_prefix(1)) {
-      const wchar_t c = is_digit(rest_[0]) ? rest_[0] : static_cast<wchar_t>(rest_[0] | 0x20);
-      const bool is_letter = c >= L'a' && c <= L'f';
-      const auto digit = static_cast<std::uint64_t>(is_letter ? c - L'a' + 10 : c - L'0');
-      if ((!is_letter && !is_digit(c)) || digit >> bits) return DISP_E_TYPEMISMATCH;
-      if (value >> (64 - bits)) return DISP_E_OVERFLOW;
-      value = value << bits | digit;
-    }
-    if (value) number->digits = std::to_string(value);
-    return S_OK;
-  }
-
-  std::wstring_view rest_;
-};
-
 // The power of ten of the first digit, plus one.
 int magnitude_of(const Decimal& number) { return static_cast<int>(number.digits.size()) + number.exponent; }
 
@@ -188,7 +95,7 @@ std::string currency_text(LONGLONG ten_thousandths) {
 HRESULT parse_number(std::wstring_view text, Scalar* number) {
   constexpr std::size_t kDigitsOf64Bits = 20;
   Decimal decimal;
-  RETURN_IF_FAILED(NumberReader(text).read(&decimal));
+  RETURN_IF_FAILED(parse_decimal(text, &decimal));
   if (decimal.is_whole && decimal.digits.size() <= kDigitsOf64Bits) {
     Wide value = 0;
     for (const char digit : decimal.digits) value = value * 10 + (digit - '0');
@@ -204,7 +111,7 @@ HRESULT parse_currency(std::wstring_view text, Wide* ten_thousandths) {
   constexpr int kDecimals = 4;
   constexpr long double kBeyond64Bits = 18446744073709551616.0L;
   Decimal decimal;
-  RETURN_IF_FAILED(NumberReader(text).read(&decimal));
+  RETURN_IF_FAILED(parse_decimal(text, &decimal));
   long double value = 0;
   RETURN_IF_FAILED(real_of(decimal, kDecimals, &value));
   if (std::abs(value) >= kBeyond64Bits) return DISP_E_OVERFLOW;
@@ -212,10 +119,23 @@ HRESULT parse_currency(std::wstring_view text, Wide* ten_thousandths) {
   return S_OK;
 }
 
-std::wstring_view trimmed(std::wstring_view text) {
-  while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
-  return text;
+HRESULT plain_number(std::wstring_view text, std::wstring* plain) {
+  Decimal decimal;
+  RETURN_IF_FAILED(parse_decimal(text, &decimal));
+  std::string digits = decimal.digits.empty() ? "0" : decimal.digits;
+  const int count = static_cast<int>(digits.size());
+  const int decimals = -decimal.exponent;
+  // A long way from the digits to the point is told by an exponent, however it was told in the text.
+  constexpr int kMostZeros = 64;
+  if (decimal.exponent > 0 || decimals > count + kMostZeros) {
+    digits += "e" + std::to_string(decimal.exponent);
+  } else if (decimals > 0) {
+    if (decimals >= count) digits.insert(0, static_cast<std::size_t>(decimals - count + 1), '0');
+    digits.insert(digits.size() - static_cast<std::size_t>(decimals), 1, '.');
+  }
+  if (decimal.is_negative && !decimal.digits.empty()) digits.insert(0, 1, '-');
+  plain->assign(digits.begin(), digits.end());
+  return S_OK;
 }
 
 }  // namespace korlib::variants

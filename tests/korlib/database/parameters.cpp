@@ -94,6 +94,21 @@ TEST_P(Parameters, BindsDecimalsExactly) {
   EXPECT_EQ(1234567890.12, single(L"SELECT price FROM item WHERE id = 1").dblVal);
 }
 
+TEST_P(Parameters, BindsDecimalsWrittenForPeople) {
+  const struct {
+    const wchar_t* text;
+    double price;
+  } cases[] = {{L"$1,234.50", 1234.5}, {L"(12.25)", -12.25}, {L" .05 ", 0.05},
+               {L"&H10", 16},          {L"1.5e2", 150},      {L"0", 0}};
+  for (const auto& c : cases) {
+    CComPtr<IDispatch> update = command(L"UPDATE item SET price = ? WHERE id = 1");
+    append(update.get(), 131, 0, CComVariant(c.text));
+    const test::Answer answer = call(update.get(), L"Execute");
+    EXPECT_EQ(S_OK, answer.hr) << testing::PrintToString(answer.description);
+    EXPECT_EQ(c.price, single(L"SELECT price FROM item WHERE id = 1").dblVal) << testing::PrintToString(c.text);
+  }
+}
+
 TEST_P(Parameters, BindsLargeIntegers) {
   execute(L"CREATE TABLE big (n BIGINT)");
   CComPtr<IDispatch> insert = command(L"INSERT INTO big VALUES (?)");

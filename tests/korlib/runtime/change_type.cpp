@@ -148,12 +148,62 @@ TEST(ChangeType, ReadsNumbersInText) {
 
 TEST(ChangeType, RefusesTextThatIsNoNumber) {
   for (const wchar_t* no_number :
-       {L"",   L" ",   L"abc", L"5x",  L"x5",  L"--5", L"- 5",  L"5 5",      L"1,5", L".",    L"e5",
-        L"1e", L"1e+", L"&H",  L"&HG", L"&O8", L"&",   L"0x10", L"Infinity", L"NaN", L"1.2.3"}) {
+       {L"", L" ", L"abc", L"5x", L"x5", L"--5", L"- 5", L"5 5", L".", L"e5", L"1e", L"1e+", L"1ex", L"&H", L"&HG",
+        L"&O8", L"&", L"0x10", L"1.2.3", L"NaN", L"Infinity", L"-Infinity",
+        // groups
+        L"1,5", L"1,", L",123", L"1,2345", L"1234,567", L"1,23,456", L"1,234,", L"1,,234", L"1.234,5", L"1.5,000",
+        // signs, parentheses and currency signs
+        L"$", L"$$5", L"$ 5", L"5$",
+        L"\x20AC"
+        L"5",
+        L"-$-5", L"-5-", L"+5-", L"5--", L"5 -", L"5-5", L"(5", L"5)", L"()", L"((5))", L"(-5)", L"-(5)", L"(5)-",
+        L"( 5 )", L"(5) 5", L"+", L"-", L"$&H5", L"(&H5)", L"&H5-", L"&H1,234"}) {
     for (const VARTYPE vt : {VT_BOOL, VT_I1, VT_I2, VT_I4, VT_I8, VT_INT, VT_UI1, VT_UI2, VT_UI4, VT_UI8, VT_UINT,
                              VT_R4, VT_R8, VT_CY, VT_DATE}) {
       expect_change(text(no_number), vt, kMismatch);
     }
+  }
+}
+
+// The text, and what it is in ten-thousandths.
+TEST(ChangeType, ReadsGroupsCurrencySignsAndParentheses) {
+  const struct {
+    const wchar_t* text;
+    LONGLONG ten_thousandths;
+  } cases[] = {{L"1,234.5", 12345000},
+               {L"1,234", 12340000},
+               {L"12,345", 123450000},
+               {L"123,456,789.25", 1234567892500},
+               {L"-1,000", -10000000},
+               {L"0,001", 10000},
+               {L"1,234e2", 1234000000},
+               {L"$5", 50000},
+               {L"\x00A4"
+                L"5",
+                50000},
+               {L" $1,234.50 ", 12345000},
+               {L"-$5", -50000},
+               {L"$-5", -50000},
+               {L"+$5", 50000},
+               {L"$.5", 5000},
+               {L"(12)", -120000},
+               {L"(1,234.5)", -12345000},
+               {L"($5)", -50000},
+               {L"$(5)", -50000},
+               {L"(0)", 0},
+               {L"12-", -120000},
+               {L"12+", 120000},
+               {L"$1.5-", -15000},
+               {L"1e1-", -100000},
+               {L"-&HA", -100000},
+               {L"+&O12", 100000}};
+  for (const auto& c : cases) {
+    expect_change(text(c.text), VT_CY, cy(c.ten_thousandths));
+    expect_change(text(c.text), VT_R8, r8(static_cast<double>(c.ten_thousandths) / 10000));
+    expect_change(text(c.text), VT_BOOL, boolean(c.ten_thousandths != 0));
+    if (c.ten_thousandths % 10000 != 0) continue;
+    expect_change(text(c.text), VT_I8, i8(c.ten_thousandths / 10000));
+    expect_change(text(c.text), VT_DATE, kMismatch);
   }
 }
 
@@ -305,11 +355,14 @@ TEST(ChangeType, ReadsTheWordsOfBooleans) {
   const struct {
     const wchar_t* word;
     bool truth;
-  } cases[] = {{L"True", true}, {L"true", true}, {L" TRUE ", true}, {L"False", false}, {L"fALSE", false},
-               {L"1", true},    {L"-1", true},   {L"0", false},     {L"0.0", false},   {L"0.1", true}};
+  } cases[] = {{L"True", true},   {L"true", true},     {L" TRUE ", true},  {L"False", false}, {L"fALSE", false},
+               {L"1", true},      {L"-1", true},       {L"0", false},      {L"0.0", false},   {L"0.1", true},
+               {L"#TRUE#", true}, {L"#FALSE#", false}, {L" #TRUE# ", true}};
   for (const auto& c : cases) expect_change(text(c.word), VT_BOOL, boolean(c.truth));
-  for (const wchar_t* no_word : {L"yes", L"truth", L"Tru", L"wahr"}) expect_change(text(no_word), VT_BOOL, kMismatch);
+  for (const wchar_t* no_word : {L"yes", L"truth", L"Tru", L"wahr", L"#true#", L"#TRUE", L"TRUE#", L"#1#", L"##"})
+    expect_change(text(no_word), VT_BOOL, kMismatch);
   expect_change(text(L"True"), VT_I4, kMismatch);
+  expect_change(text(L"#TRUE#"), VT_I4, kMismatch);
 }
 
 TEST(ChangeType, LeavesArraysAsTheyAre) {

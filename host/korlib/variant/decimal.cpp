@@ -1,0 +1,142 @@
+#include "variant/decimal.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace korlib::variants {
+
+namespace {
+
+// Beyond any double whatever the digits are; a limit, so that sums of exponents stay small.
+constexpr int kExponentLimit = 1'000'000'000;
+
+constexpr wchar_t kAnyCurrency = 0xA4;
+
+class NumberReader {
+ public:
+  explicit NumberReader(std::wstring_view text) : rest_(trimmed(text)) {}
+
+  HRESULT read(Decimal* number) {
+    read_marks();
+    if (!has_currency_ && !is_open_) {
+      if (take_prefix(L'H')) return read_radix(4, number);
+      if (take_prefix(L'O')) return read_radix(3, number);
+    }
+    RETURN_IF_FAILED(read_decimal(number));
+    const bool is_closed = is_open_ ? take(L')') : has_sign_ || rest_.empty() || take_sign();
+    number->is_negative = is_negative_ || is_open_;
+    return is_closed && rest_.empty() ? S_OK : DISP_E_TYPEMISMATCH;
+  }
+
+ private:
+  bool take(wchar_t wanted) {
+    if (rest_.empty() || rest_[0] != wanted) return false;
+    rest_.remove_prefix(1);
+    return true;
+  }
+
+  bool take_sign() {
+    is_negative_ = take(L'-');
+    return is_negative_ || take(L'+');
+  }
+
+  // What stands in front of the digits, in any order: a sign or a parenthesis, and a currency sign.
+  void read_marks() {
+    for (bool is_taken = true; is_taken;) {
+      is_taken = false;
+      if (!has_currency_) is_taken = has_currency_ = take(L'$') || take(kAnyCurrency);
+      if (is_taken || has_sign_ || is_open_) continue;
+      is_open_ = take(L'(');
+      has_sign_ = !is_open_ && take_sign();
+      is_taken = is_open_ || has_sign_;
+    }
+  }
+
+  bool take_prefix(wchar_t letter) {
+    if (rest_.size() < 2 || rest_[0] != L'&' || (rest_[1] & ~0x20) != letter) return false;
+    rest_.remove_prefix(2);
+    return true;
+  }
+
+  std::size_t take_digits(Decimal* number) {
+    const std::size_t before = rest_.size();
+    while (!rest_.empty() && is_digit(rest_[0])) {
+      if (!number->digits.empty() || rest_[0] != L'0') number->digits += static_cast<char>(rest_[0]);
+      rest_.remove_prefix(1);
+    }
+    return before - rest_.size();
+  }
+
+  // False when a group is not of three digits, or the first one of more.
+  bool take_groups(std::size_t in_first, Decimal* number) {
+    if (rest_.empty() || rest_[0] != L',') return true;
+    bool is_right = in_first >= 1 && in_first <= 3;
+    while (is_right && take(L',')) is_right = take_digits(number) == 3;
+    return is_right;
+  }
+
+  HRESULT read_decimal(Decimal* number) {
+    std::size_t count = take_digits(number);
+    if (!take_groups(count, number)) return DISP_E_TYPEMISMATCH;
+    if (take(L'.')) {
+      number->is_whole = false;
+      const std::size_t decimals = take_digits(number);
+      number->exponent = -static_cast<int>(std::min<std::size_t>(decimals, kExponentLimit));
+      count += decimals;
+    }
+    if (count == 0) return DISP_E_TYPEMISMATCH;
+    return take(L'e') || take(L'E') ? read_exponent(number) : S_OK;
+  }
+
+  HRESULT read_exponent(Decimal* number) {
+    number->is_whole = false;
+    const bool is_negative = take(L'-');
+    if (!is_negative) take(L'+');
+    if (rest_.empty() || !is_digit(rest_[0])) return DISP_E_TYPEMISMATCH;
+    int exponent = 0;
+    for (; !rest_.empty() && is_digit(rest_[0]); rest_.remove_prefix(1)) {
+      exponent = std::min(exponent, kExponentLimit / 10 - 1) * 10 + static_cast<int>(rest_[0] - L'0');
+    }
+    number->exponent += is_negative ? -exponent : exponent;
+    return S_OK;
+  }
+
+  HRESULT read_radix(unsigned bits, Decimal* number) {
+    if (rest_.empty()) return DISP_E_TYPEMISMATCH;
+    std::uint64_t value = 0;
+    for (; !rest_.empty(); rest_.remove_prefix(1)) {
+      const wchar_t c = is_digit(rest_[0]) ? rest_[0] : static_cast<wchar_t>(rest_[0] | 0x20);
+      const bool is_letter = c >= L'a' && c <= L'f';
+      const auto digit = static_cast<std::uint64_t>(is_letter ? c - L'a' + 10 : c - L'0');
+      if ((!is_letter && !is_digit(c)) || digit >> bits) return DISP_E_TYPEMISMATCH;
+      if (value >> (64 - bits)) return DISP_E_OVERFLOW;
+      value = value << bits | digit;
+    }
+    if (value) number->digits = std::to_string(value);
+    number->is_negative = is_negative_;
+    return S_OK;
+  }
+
+  std::wstring_view rest_;
+  bool has_currency_ = false;
+  bool has_sign_ = false;
+  bool is_open_ = false;
+  bool is_negative_ = false;
+};
+
+}  // namespace
+
+HRESULT parse_decimal(std::wstring_view text, Decimal* number) { return NumberReader(text).read(number); }
+
+bool is_digit(wchar_t c) { return c >= L'0' && c <= L'9'; }
+
+// Unicode's narrow one stands between a time and its AM or PM.
+bool is_blank(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r') || c == 0xA0 || c == 0x202F || c == 0x3000; }
+
+std::wstring_view trimmed(std::wstring_view text) {
+  while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+}  // namespace korlib::variants
