@@ -55,9 +55,12 @@ KORLIB_API HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
 KORLIB_API HRESULT VariantCopyInd(VARIANT* target, const VARIANT* source);
 // Converts, also in place (target == source). References are followed. DISP_E_TYPEMISMATCH for text
 // or objects without that form, DISP_E_OVERFLOW for numbers out of range; on failure an in-place
-// target keeps its value. A boolean's text is "True" or "False".
+// target keeps its value. A boolean's text is "True" or "False". Integers of one size, signed and not, keep
+// their bits. VT_EMPTY and VT_NULL drop the value of every plain type and of objects; from VT_NULL to
+// VT_EMPTY, and from VT_ERROR and arrays to either, is DISP_E_TYPEMISMATCH.
 KORLIB_API HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags, VARTYPE vt);
-// VARCMP_LT, VARCMP_EQ, VARCMP_GT, VARCMP_NULL when either is VT_NULL, or a failure.
+// VARCMP_LT, VARCMP_EQ, VARCMP_GT, VARCMP_NULL when either is VT_NULL, or a failure. Two of VT_ERROR are
+// compared by their codes.
 KORLIB_API HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID lcid, ULONG flags);
 }
 

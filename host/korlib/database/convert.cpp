@@ -79,9 +79,14 @@ HRESULT converted(const VARIANT& variant, VARTYPE vt, CComVariant& result) {
 }
 
 HRESULT read_integer(const VARIANT& variant, bool is_wide, Value& value) {
+  // A conversion keeps the bits of an unsigned number; a table would get a negative one.
+  if (variant.vt == VT_UI8 && variant.ullVal > std::numeric_limits<std::int64_t>::max()) return DISP_E_OVERFLOW;
   CComVariant number;
-  RETURN_IF_FAILED(converted(variant, is_wide ? VT_I8 : VT_I4, number));
-  value = is_wide ? std::int64_t{number.llVal} : std::int64_t{number.lVal};
+  RETURN_IF_FAILED(converted(variant, VT_I8, number));
+  const bool fits =
+      number.llVal >= std::numeric_limits<LONG>::min() && number.llVal <= std::numeric_limits<LONG>::max();
+  if (!is_wide && !fits) return DISP_E_OVERFLOW;
+  value = std::int64_t{number.llVal};
   return S_OK;
 }
 

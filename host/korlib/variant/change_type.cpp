@@ -47,9 +47,23 @@ HRESULT to_interface(const VARIANT& source, VARTYPE vt, VARIANT* target) {
   return S_OK;
 }
 
+// Whatever has a value, or is an object, can be had without it: empty asks for none of it, null says that it
+// is not known. Null itself is not empty, and an omitted argument is neither.
+HRESULT to_nothing(const VARIANT& source, VARTYPE vt, VARIANT* target) {
+  const bool has_value = row_of(source.vt).load || is_object(source.vt);
+  if (!has_value) return DISP_E_TYPEMISMATCH;
+  target->vt = vt;
+  return S_OK;
+}
+
+bool are_same_bits(const TypeRow& from, const TypeRow& to) {
+  return from.integer_size != 0 && from.integer_size == to.integer_size;
+}
+
 // `source` is no reference. *target is empty before and, on failure, after.
 HRESULT convert(const VARIANT& source, VARTYPE vt, VARIANT* target) {
   if (source.vt == vt) return VariantCopy(target, &source);
+  if (vt == VT_EMPTY || vt == VT_NULL) return to_nothing(source, vt, target);
   if (is_object(vt)) return to_interface(source, vt, target);
 
   PlainValue plain;
@@ -60,7 +74,11 @@ HRESULT convert(const VARIANT& source, VARTYPE vt, VARIANT* target) {
   const TypeRow& from = row_of(value.vt);
   const TypeRow& to = row_of(vt);
   if (!from.load || !to.store) return DISP_E_TYPEMISMATCH;
-  RETURN_IF_FAILED(to.store(from.load(value), target));
+  if (are_same_bits(from, to)) {
+    target->llVal = value.llVal;
+  } else {
+    RETURN_IF_FAILED(to.store(from.load(value), target));
+  }
   target->vt = vt;
   return S_OK;
 }

@@ -1,4 +1,9 @@
 // Conversion between any two types of VARIANT.
+//
+// Two integer types of one size, one signed and one not, are the same bits: 0xFFFFFFFF as VT_UI4 is -1 as
+// VT_I4, and back. What such values are in components is a result code, a set of flags, a colour or -1 for
+// "all", which one side declares signed and the other not; as a matter of range one half of them could not
+// be passed on. Between integers of different sizes, and from every other type, a value has to fit.
 #pragma once
 
 #include <korlib/comvariant.h>

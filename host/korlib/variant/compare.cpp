@@ -1,8 +1,9 @@
 // VarCmp: the order of values.
 //
 // Empty is 0 beside a number and "" beside text. Any number (a boolean and a date are numbers) comes
-// before any text. Objects are compared by their values. What has no order, such as an array, an omitted
-// argument or a number that is none, is DISP_E_TYPEMISMATCH.
+// before any text. Objects are compared by their values. Two errors are compared by their codes, so that two
+// omitted arguments are equal. What has no order, such as an array, an error beside anything else or a number
+// that is none, is DISP_E_TYPEMISMATCH.
 #include <unicode/uchar.h>
 
 #include <compare>
@@ -84,6 +85,7 @@ HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID, ULONG flags) {
   const VARIANT& l = left_value.get();
   const VARIANT& r = right_value.get();
   if (l.vt == VT_NULL || r.vt == VT_NULL) return VARCMP_NULL;
+  if (l.vt == VT_ERROR && r.vt == VT_ERROR) return as_result(l.scode <=> r.scode);
   Scalar a;
   Scalar b;
   RETURN_IF_FAILED(load(l, &a));

@@ -64,7 +64,7 @@ HRESULT store_boolean(const Scalar& value, VARIANT* v) {
 
 template <auto Member>
 constexpr TypeRow integer_row() {
-  return {true, load_integer<Member>, store_integer<Member>};
+  return {true, load_integer<Member>, store_integer<Member>, sizeof(VARIANT{}.*Member)};
 }
 
 constexpr VARTYPE kTypes = VT_UINT + 1;

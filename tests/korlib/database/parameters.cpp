@@ -117,6 +117,24 @@ TEST_P(Parameters, BindsLargeIntegers) {
   EXPECT_EQ(9007199254740993, single(L"SELECT n FROM big").llVal);
 }
 
+TEST_P(Parameters, RefusesUnsignedNumbersThatTheTypeDoesNotHold) {
+  CComVariant four_bytes;
+  four_bytes.vt = VT_UI4;
+  four_bytes.ulVal = 0xFFFFFFFF;
+  CComVariant eight_bytes;
+  eight_bytes.vt = VT_UI8;
+  eight_bytes.ullVal = 0xFFFFFFFFFFFFFFFF;
+  const struct {
+    int type;
+    const CComVariant& value;
+  } cases[] = {{3, four_bytes}, {3, eight_bytes}, {20, eight_bytes}};
+  for (const auto& c : cases) {
+    CComPtr<IDispatch> query = command(L"SELECT name FROM item WHERE id = ?");
+    append(query.get(), c.type, 0, c.value);
+    EXPECT_EQ(L"Parameter 1: the value does not fit the parameter's type.", call(query.get(), L"Execute").description);
+  }
+}
+
 TEST_P(Parameters, GivesOutputBack) {
   if (is_sqlite()) return;  // has no procedures
   execute(L"CREATE FUNCTION twice(n integer) RETURNS integer AS 'SELECT n * 2' LANGUAGE SQL");

@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "default_object.h"
 #include "values.h"
 
 namespace {
@@ -91,10 +92,16 @@ Row small(CComVariant source, signed char n, const wchar_t* as_text) {
           text(as_text)};
 }
 
-// The row of a negative whole number: no unsigned type holds it.
+// The row of a negative whole number: no unsigned type holds it, but one of the same size its bits.
 Row negative(CComVariant source, signed char n, const wchar_t* as_text) {
+  const VARTYPE vt = source.vt;
+  const bool has_four_bytes = vt == VT_I4 || vt == VT_INT;
   Row row = small(std::move(source), n, as_text);
-  row.ui1_ = row.ui2_ = row.ui4_ = row.ui8_ = row.uint_ = Cell(kOver);
+  row.ui1_ = vt == VT_I1 ? Cell(ui1(static_cast<BYTE>(n))) : Cell(kOver);
+  row.ui2_ = vt == VT_I2 ? Cell(ui2(static_cast<USHORT>(n))) : Cell(kOver);
+  row.ui4_ = has_four_bytes ? Cell(ui4(static_cast<ULONG>(n))) : Cell(kOver);
+  row.uint_ = has_four_bytes ? Cell(unsigned_integer(static_cast<UINT>(n))) : Cell(kOver);
+  row.ui8_ = vt == VT_I8 ? Cell(ui8(static_cast<ULONGLONG>(n))) : Cell(kOver);
   return row;
 }
 
@@ -222,16 +229,82 @@ TEST(ChangeType, RefusesAnOmittedArgumentForEveryOtherType) {
   }
 }
 
-TEST(ChangeType, GivesEmptyNullAndErrorToThemselvesOnly) {
-  const CComVariant sources[] = {i4(1), r8(1), text(L"x"), boolean(true), date(1), cy(1)};
+TEST(ChangeType, GivesErrorsAndObjectsToThemselvesOnly) {
+  const CComVariant sources[] = {empty(), i4(1), r8(1), text(L"x"), boolean(true), date(1), cy(1)};
   for (const CComVariant& source : sources) {
-    for (const VARTYPE vt : {VT_EMPTY, VT_NULL, VT_ERROR, VT_DISPATCH, VT_UNKNOWN}) {
-      expect_change(source, vt, kMismatch);
-    }
+    for (const VARTYPE vt : {VT_ERROR, VT_DISPATCH, VT_UNKNOWN}) expect_change(source, vt, kMismatch);
   }
-  expect_change(empty(), VT_EMPTY, empty());
-  expect_change(empty(), VT_NULL, kMismatch);
-  expect_change(empty(), VT_DISPATCH, kMismatch);
+}
+
+TEST(ChangeType, DropsAnyValueForEmptyAndForNull) {
+  const CComVariant sources[] = {i1(-1),
+                                 i2(1),
+                                 i4(1),
+                                 i8(1),
+                                 integer(1),
+                                 ui1(1),
+                                 ui2(1),
+                                 ui4(1),
+                                 ui8(1),
+                                 r4(1),
+                                 r8(1),
+                                 cy(1),
+                                 date(1),
+                                 boolean(true),
+                                 empty(),
+                                 text(L"x"),
+                                 text(L""),
+                                 of_type(VT_BSTR),
+                                 unsigned_integer(1),
+                                 of_type(VT_DISPATCH),
+                                 of_type(VT_UNKNOWN)};
+  for (const CComVariant& source : sources) {
+    expect_change(source, VT_EMPTY, empty());
+    expect_change(source, VT_NULL, null());
+  }
+}
+
+TEST(ChangeType, DropsAnObjectWithoutAskingItsValue) {
+  {
+    const auto object = DefaultObject::holding(i4(1));
+    for (const VARTYPE vt : {VT_EMPTY, VT_NULL}) {
+      CComVariant value(object.get());
+      EXPECT_EQ(VariantChangeType(&value, &value, 0, vt), S_OK);
+      EXPECT_EQ(value.vt, vt);
+    }
+    EXPECT_EQ(object->references(), 1u);
+    EXPECT_EQ(object->last_flags(), 0);
+  }
+  EXPECT_EQ(DefaultObject::alive(), 0);
+}
+
+TEST(ChangeType, KeepsTheBitsBetweenIntegersOfOneSize) {
+  // Each pair both ways; the codes and masks are what components declare one way or the other.
+  const struct {
+    CComVariant with_sign;
+    CComVariant without;
+  } pairs[] = {{i1(-1), ui1(0xFF)},
+               {i1(-128), ui1(0x80)},
+               {i2(-32768), ui2(0x8000)},
+               {i4(-2147467259), ui4(0x80004005)},  // the code of an unspecified failure
+               {i4(-2147467259), unsigned_integer(0x80004005)},
+               {integer(-1), ui4(0xFFFFFFFF)},
+               {integer(-1), unsigned_integer(0xFFFFFFFF)},
+               {i8(-1), ui8(0xFFFFFFFFFFFFFFFF)},
+               {i8(std::numeric_limits<LONGLONG>::min()), ui8(0x8000000000000000)}};
+  for (const auto& pair : pairs) {
+    expect_change(pair.with_sign, pair.without.vt, pair.without);
+    expect_change(pair.without, pair.with_sign.vt, pair.with_sign);
+  }
+  // Of any other size, and from numbers that are no integers, a value has to fit.
+  expect_change(ui4(0x80004005), VT_I2, kOver);
+  expect_change(ui4(0x80004005), VT_I8, i8(0x80004005));
+  expect_change(i2(-1), VT_UI4, kOver);
+  expect_change(i4(-1), VT_UI8, kOver);
+  expect_change(r8(-1), VT_UI4, kOver);
+  expect_change(r8(4294967295), VT_I4, kOver);
+  expect_change(text(L"4294967295"), VT_I4, kOver);
+  expect_change(cy(-10000), VT_UI4, kOver);
 }
 
 TEST(ChangeType, RefusesTargetsThatAreNoType) {
@@ -279,7 +352,6 @@ TEST(ChangeType, ReachesTheLimitsOfEveryIntegerTypeAndNotBeyond) {
   expect_change(r8(9223372036854775808.0), VT_I8, kOver);
   expect_change(r8(-9223372036854775808.0), VT_I8, i8(std::numeric_limits<LONGLONG>::min()));
   expect_change(r8(18446744073709551616.0), VT_UI8, kOver);
-  expect_change(ui8(18446744073709551615u), VT_I8, kOver);
   expect_change(ui8(9223372036854775808u), VT_UI8, ui8(9223372036854775808u));
   expect_change(text(L"18446744073709551616"), VT_UI8, kOver);
   expect_change(text(L"-9223372036854775809"), VT_I8, kOver);

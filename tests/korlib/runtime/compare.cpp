@@ -117,6 +117,17 @@ TEST(VarCmp, ComparesObjectsByTheirValues) {
   EXPECT_EQ(DefaultObject::alive(), 0);
 }
 
+// Codes of failures, as numbers with a sign: 0x80004005 lies before 0x80020004, and both before success.
+TEST(VarCmp, ComparesErrorsByTheirCodes) {
+  expect_order(error(DISP_E_PARAMNOTFOUND), error(DISP_E_PARAMNOTFOUND), VARCMP_EQ);
+  expect_order(error(E_FAIL), error(DISP_E_PARAMNOTFOUND), VARCMP_LT);
+  expect_order(error(E_FAIL), error(S_OK), VARCMP_LT);
+  for (const CComVariant& other : {empty(), i4(E_FAIL), r8(0), boolean(false), text(L"x"), date(1)}) {
+    expect_order(error(E_FAIL), other, DISP_E_TYPEMISMATCH);
+  }
+  expect_order(error(E_FAIL), null(), VARCMP_NULL);
+}
+
 TEST(VarCmp, RefusesWhatHasNoOrder) {
   CComSafeArray array(VT_UI1, 1);
   CComVariant bytes;
