@@ -109,6 +109,18 @@ TEST_P(Parameters, BindsDecimalsWrittenForPeople) {
   }
 }
 
+TEST_P(Parameters, BindsDatesWrittenForPeople) {
+  execute(L"CREATE TABLE moment (t TIMESTAMP)");
+  for (const wchar_t* text : {L"7/4/2030 10:30 PM", L"July 4, 2030 22:30", L"4 Jul 2030, 10:30:00 pm"}) {
+    execute(L"DELETE FROM moment");
+    CComPtr<IDispatch> insert = command(L"INSERT INTO moment VALUES (?)");
+    append(insert.get(), 135, 0, CComVariant(text));
+    const test::Answer answer = call(insert.get(), L"Execute");
+    EXPECT_EQ(S_OK, answer.hr) << testing::PrintToString(answer.description);
+    EXPECT_EQ(47668.9375, single(L"SELECT t FROM moment").date) << testing::PrintToString(text);
+  }
+}
+
 TEST_P(Parameters, BindsLargeIntegers) {
   execute(L"CREATE TABLE big (n BIGINT)");
   CComPtr<IDispatch> insert = command(L"INSERT INTO big VALUES (?)");

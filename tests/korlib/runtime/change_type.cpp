@@ -163,7 +163,7 @@ TEST(ChangeType, RefusesTextThatIsNoNumber) {
         L"$", L"$$5", L"$ 5", L"5$",
         L"\x20AC"
         L"5",
-        L"-$-5", L"-5-", L"+5-", L"5--", L"5 -", L"5-5", L"(5", L"5)", L"()", L"((5))", L"(-5)", L"-(5)", L"(5)-",
+        L"-$-5", L"-5-", L"+5-", L"5--", L"5 -", L"5-5-", L"(5", L"5)", L"()", L"((5))", L"(-5)", L"-(5)", L"(5)-",
         L"( 5 )", L"(5) 5", L"+", L"-", L"$&H5", L"(&H5)", L"&H5-", L"&H1,234"}) {
     for (const VARTYPE vt : {VT_BOOL, VT_I1, VT_I2, VT_I4, VT_I8, VT_INT, VT_UI1, VT_UI2, VT_UI4, VT_UI8, VT_UINT,
                              VT_R4, VT_R8, VT_CY, VT_DATE}) {
