@@ -17,7 +17,6 @@ namespace zelto {
 namespace {
 
 constexpr std::wstring_view kSource = L"Response";
-constexpr double kMinutesPerDay = 1440;
 
 HRESULT raise_bad(std::wstring_view member) {
   return korlib::raise(E_INVALIDARG, kSource, std::wstring(member) + L": the text may hold no control characters.");
@@ -267,13 +266,15 @@ HRESULT ResponseObject::get_Cookies(IDispatch** cookies) {
 HRESULT ResponseObject::get_Expires(VARIANT* minutes) {
   if (!page_->response.expires) return S_OK;
   minutes->vt = VT_R8;
-  minutes->dblVal = (*page_->response.expires - date_of(std::time(nullptr))) * kMinutesPerDay;
+  const std::optional<double>& set = page_->response.expires_minutes;
+  minutes->dblVal = set ? *set : minutes_until(*page_->response.expires);
   return S_OK;
 }
 
 HRESULT ResponseObject::put_Expires(double minutes) {
   RETURN_IF_FAILED(check_head(L"Expires"));
-  page_->response.expires = date_of(std::time(nullptr)) + minutes / kMinutesPerDay;
+  page_->response.expires = date_in(minutes);
+  page_->response.expires_minutes = minutes;
   return S_OK;
 }
 
@@ -289,6 +290,7 @@ HRESULT ResponseObject::put_ExpiresAbsolute(VARIANT date) {
   CComVariant converted;
   RETURN_IF_FAILED(VariantChangeType(&converted, &date, 0, VT_DATE));
   page_->response.expires = converted.date;
+  page_->response.expires_minutes.reset();
   return S_OK;
 }
 

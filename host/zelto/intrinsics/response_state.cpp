@@ -89,6 +89,7 @@ bool ResponseState::reset() {
   code_page = kUtf8CodePage;
   lcid = kNeutralLocale;
   expires.reset();
+  expires_minutes.reset();
   cache_control = "private";
   return true;
 }

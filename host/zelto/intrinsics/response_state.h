@@ -60,8 +60,9 @@ class ResponseState {
   std::string content_type = "text/html";
   std::string charset;  // empty: the code page's, for text types
   std::string cache_control = "private";
-  std::optional<double> expires;  // a DATE
-  std::vector<Header> headers;    // added by the page
+  std::optional<double> expires;          // a DATE
+  std::optional<double> expires_minutes;  // what the page made it of, when it was minutes
+  std::vector<Header> headers;            // added by the page
   std::vector<SetCookie> cookies;
   std::string session_cookie;  // a whole Set-Cookie value, or empty
   std::string log_note;

@@ -13,4 +13,9 @@ std::string http_date_of(double date);
 // The DATE of a point in time, in local time.
 double date_of(std::time_t seconds);
 
+// The DATE so many minutes from now; the clock that is put forward or back until then does not change it.
+double date_in(double minutes);
+// The minutes from now to a DATE, to the second.
+double minutes_until(double date);
+
 }  // namespace zelto

@@ -1,5 +1,7 @@
 #include <cmath>
+#include <cstdlib>
 #include <ctime>
+#include <optional>
 
 #include "http/http_date.h"
 #include "intrinsics/script_date.h"
@@ -365,16 +367,57 @@ TEST_F(Response, WritesExpiryAsADate) {
   EXPECT_EQ(sink.header("Cache-Control"), Strings{"public"});
 }
 
+// Half a year ahead, so that the clock is put forward or back once until then.
 TEST_F(Response, WritesMinutesUntilExpiryAsADate) {
-  const std::time_t before = std::time(nullptr);
-  EXPECT_EQ(put(response(), L"Expires", 5).hr, S_OK);
-  const std::time_t after = std::time(nullptr);
-  EXPECT_EQ(std::lround(get(response(), L"Expires").value.dblVal), 5);
+  const char* const zone = std::getenv("TZ");
+  const std::optional<std::string> before_test = zone ? std::optional<std::string>(zone) : std::nullopt;
+  setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+  tzset();
+  for (const int minutes : {5, -5, 182 * 1440}) {
+    const std::time_t before = std::time(nullptr);
+    EXPECT_EQ(put(response(), L"Expires", minutes).hr, S_OK);
+    const std::time_t after = std::time(nullptr);
+    const auto written = zelto::parse_http_date(zelto::http_date_of(get(response(), L"ExpiresAbsolute").value.date));
+    ASSERT_TRUE(written);
+    EXPECT_GE(*written, before + minutes * 60);
+    EXPECT_LE(*written, after + minutes * 60);
+  }
   page().response.finish();
-  const auto sent = zelto::parse_http_date(sink.header("Expires").at(0));
-  ASSERT_TRUE(sent);
-  EXPECT_GE(*sent, before + 300);
-  EXPECT_LE(*sent, after + 300);
+  EXPECT_EQ(sink.header("Expires"), Strings{zelto::http_date_of(get(response(), L"ExpiresAbsolute").value.date)});
+  before_test ? setenv("TZ", before_test->c_str(), 1) : unsetenv("TZ");
+  tzset();
+}
+
+// It was the difference to a clock that had gone on: -1.000000003.
+TEST_F(Response, ReadsTheMinutesThatWereSet) {
+  EXPECT_EQ(get(response(), L"Expires").value.vt, VT_EMPTY);
+  for (const double minutes : {-1.0, 0.0, 5.0, 1.5, 0.1, -1440.0, 1e300}) {
+    EXPECT_EQ(put(response(), L"Expires", minutes).hr, S_OK);
+    EXPECT_EQ(get(response(), L"Expires").value.dblVal, minutes);
+  }
+  // After a date, those that are left.
+  const std::time_t before = std::time(nullptr);
+  CComVariant date(zelto::date_of(before + 5400));
+  date.vt = VT_DATE;
+  put(response(), L"ExpiresAbsolute", date);
+  const double left = get(response(), L"Expires").value.dblVal;
+  EXPECT_LE(left, 90);
+  EXPECT_GE(left, 90 - static_cast<double>(std::time(nullptr) - before) / 60);
+  // An error page begins anew.
+  ASSERT_TRUE(page().response.reset());
+  EXPECT_EQ(get(response(), L"Expires").value.vt, VT_EMPTY);
+}
+
+TEST_F(Response, TakesADateFromText) {
+  const CComVariant text(L"Thu, 04 Jul 2030 10:30:15 GMT");
+  EXPECT_EQ(put(response(), L"ExpiresAbsolute", text).hr, S_OK);
+  EXPECT_EQ(put(cookie(L"a"), L"Expires", text).hr, S_OK);
+  EXPECT_EQ(put(response(), L"ExpiresAbsolute", L"13/32/2030").hr, DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(put(cookie(L"a"), L"Expires", L"Feb 30, 2030").hr, DISP_E_TYPEMISMATCH);
+  page().response.finish();
+  EXPECT_EQ(sink.header("Expires"), Strings{"Thu, 04 Jul 2030 10:30:15 GMT"});
+  EXPECT_EQ(sink.header("Set-Cookie"),
+            Strings{"a=; Expires=Thu, 04 Jul 2030 10:30:15 GMT; Path=/; HttpOnly; SameSite=Lax"});
 }
 
 TEST_F(Response, WritesAnExpiryBeyondAllDatesAsTheLast) {
