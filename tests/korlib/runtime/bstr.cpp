@@ -1,10 +1,12 @@
 #include <korlib/bstr.h>
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <array>
 #include <cstring>
 #include <cwchar>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -210,6 +212,63 @@ TEST(Bstr, MayBeMadeAndFreedWhileAThreadDestroysItsLocals) {
     SysFreeString(SysAllocString(L"opens the cache"));
   }).join();
   EXPECT_EQ(Local::lengths()[0], 11u);
+}
+
+// What the program has of its allocator; nothing under sanitizers, which have one of their own.
+std::optional<std::size_t> bytes_in_use() {
+#ifdef KOR_SANITIZED
+  return std::nullopt;
+#else
+  return mallinfo2().uordblks;
+#endif
+}
+
+constexpr UINT kLargest = 240;  // characters of a string whose block is among the largest that are kept
+constexpr std::size_t kLargestBytes = kLargest * sizeof(wchar_t);
+
+TEST(Bstr, LeavesAThreadABoundedAmountOfMemory) {
+  if (!bytes_in_use()) GTEST_SKIP() << "the allocator does not tell what is in use";
+  constexpr std::size_t kStrings = 4000;
+  std::vector<BSTR> strings(kStrings);
+  for (BSTR& text : strings) text = SysAllocStringLen(nullptr, kLargest);
+  const std::size_t before = *bytes_in_use();
+  for (const BSTR text : strings) SysFreeString(text);
+  const std::size_t freed = before - *bytes_in_use();
+  EXPECT_GT(freed, kStrings * kLargestBytes - 200000);  // 64 KiB of a size, and what the allocator keeps itself
+}
+
+// Of what is taken and given back again and again, too: the count of what is kept goes down as well as up.
+TEST(Bstr, IsKeptForTheNextOneHoweverManyThereWere) {
+  if (!bytes_in_use()) GTEST_SKIP() << "the allocator does not tell what is in use";
+  constexpr std::size_t kKept = 30;  // more than the allocator keeps of a size
+  std::array<BSTR, kKept> strings{};
+  const auto take_and_give_back = [&] {
+    for (BSTR& text : strings) text = SysAllocStringLen(nullptr, kLargest);
+    const std::size_t before = *bytes_in_use();
+    for (const BSTR text : strings) SysFreeString(text);
+    return before - *bytes_in_use();
+  };
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(take_and_give_back(), 0u) << i;
+}
+
+TEST(Bstr, LeavesNothingBehindWhenItsThreadEnds) {
+  if (!bytes_in_use()) GTEST_SKIP() << "the allocator does not tell what is in use";
+  struct Local {
+    BSTR text = nullptr;
+    ~Local() { SysFreeString(text); }
+  };
+  const auto run_thread = [] {
+    std::thread([] {
+      thread_local Local local;  // freed after what the thread keeps was
+      local.text = SysAllocStringLen(nullptr, kLargest);
+      SysFreeString(SysAllocStringLen(nullptr, kLargest));
+    }).join();
+  };
+  for (int i = 0; i < 10; ++i) run_thread();  // what the first threads need once
+  const std::size_t before = *bytes_in_use();
+  constexpr std::size_t kThreads = 200;
+  for (std::size_t i = 0; i < kThreads; ++i) run_thread();
+  EXPECT_LT(*bytes_in_use(), before + kThreads * kLargestBytes / 2);
 }
 
 TEST(Bstr, IsCountedWhileItLives) {

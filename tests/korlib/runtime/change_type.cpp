@@ -31,6 +31,7 @@ void expect_change(CComVariant source, VARTYPE vt, const Cell& expected) {
   CComVariant target(L"kept");
   EXPECT_EQ(VariantChangeType(&target, &source, 0, vt), expected.hr);
   if (FAILED(expected.hr)) {
+    ASSERT_EQ(target.vt, VT_BSTR);
     EXPECT_EQ(korlib::view_of(target.bstrVal), L"kept");
     // In place, a failure keeps the value as well.
     CComVariant in_place(source);
@@ -158,7 +159,8 @@ TEST(ChangeType, RefusesTextThatIsNoNumber) {
        {L"", L" ", L"abc", L"5x", L"x5", L"--5", L"- 5", L"5 5", L".", L"e5", L"1e", L"1e+", L"1ex", L"&H", L"&HG",
         L"&O8", L"&", L"0x10", L"1.2.3", L"NaN", L"Infinity", L"-Infinity",
         // groups
-        L"1,5", L"1,", L",123", L"1,2345", L"1234,567", L"1,23,456", L"1,234,", L"1,,234", L"1.234,5", L"1.5,000",
+        L"1,5", L"1,", L",123", L",123.5", L"1,2345", L"1234,567", L"1,23,456", L"1,234,", L"1,,234", L"1.234,5",
+        L"1.5,000",
         // signs, parentheses and currency signs
         L"$", L"$$5", L"$ 5", L"5$",
         L"\x20AC"

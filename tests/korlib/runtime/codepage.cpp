@@ -57,6 +57,13 @@ TEST(CodePage, ReplacesBytesThatThePageDoesNotDefine) {
   EXPECT_EQ(decoded(1200, std::string_view("\x00\xD8", 2)), L"\xFFFD");  // half a pair
 }
 
+// UTF-7 can spell halves of pairs that its decoder lets through.
+TEST(CodePage, ReplacesHalvesOfPairsThatStandAlone) {
+  EXPECT_EQ(decoded(65000, "+2AA-"), L"\xFFFD");  // D800, at the end
+  EXPECT_EQ(decoded(65000, "+2AA-a"), L"\xFFFD\x61");
+  EXPECT_EQ(decoded(65000, "+3AA-a"), L"\xFFFD\x61");  // DC00
+}
+
 TEST(CodePage, RefusesANumberThatIsNone) {
   for (const UINT code_page : {1u, 4711u, 0xFFFFFFFFu}) {
     EXPECT_EQ(codepage_utf32(code_page, "x", 1, nullptr, 0), kUnknownCodePage);

@@ -1,6 +1,8 @@
 // Objects where a plain value is asked for.
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "default_object.h"
 #include "values.h"
 
@@ -73,6 +75,28 @@ TEST_F(DefaultMember, OfADefaultMemberIsReadInTurn) {
   CComVariant target;
   EXPECT_EQ(change(object_value(outer), VT_BSTR, &target), S_OK);
   EXPECT_PRED2(same, target, text(L"7"));
+}
+
+// The one in the middle is held by nothing but the answer of the one in front of it, and takes its value along.
+TEST_F(DefaultMember, MayAnswerAReferenceIntoAnObjectThatGoes) {
+  static LONG value;
+  struct Value {
+    Value() { value = 7; }
+    ~Value() { value = 0; }
+  };
+  const auto outer = DefaultObject::make([](VARIANT* result) {
+    const auto inner = DefaultObject::make([kept = std::make_shared<Value>()](VARIANT* answer) {
+      answer->vt = VT_BYREF | VT_I4;
+      answer->plVal = &value;
+      return S_OK;
+    });
+    CComVariant(static_cast<IDispatch*>(inner.get())).detach_to(result);
+    return S_OK;
+  });
+  CComVariant target;
+  EXPECT_EQ(change(object_value(outer), VT_I4, &target), S_OK);
+  EXPECT_PRED2(same, target, i4(7));
+  EXPECT_EQ(value, 0);
 }
 
 TEST_F(DefaultMember, ThatIsTheObjectItselfIsAMismatch) {

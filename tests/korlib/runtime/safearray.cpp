@@ -239,6 +239,34 @@ TEST(SafeArray, IsNotFreedWhileAnArrayInsideIsLocked) {
   SafeArrayUnlock(raw);
 }
 
+// What an element refers to is not the array's: neither freed with it nor asked for locks.
+TEST(SafeArray, IsFreedWhateverAReferenceInsideLeadsTo) {
+  CComSafeArray other(VT_I4, 1);
+  struct {
+    SAFEARRAY* array;
+    unsigned char behind[sizeof(SAFEARRAY)];
+  } place;
+  place.array = other.get();
+  std::memset(place.behind, 1, sizeof place.behind);  // as an array it would be a locked one
+  ASSERT_EQ(SafeArrayLock(other.get()), S_OK);
+  SAFEARRAY* const array = SafeArrayCreateVector(VT_VARIANT, 0, 1);
+  auto* const element = static_cast<VARIANT*>(array->pvData);
+  element->vt = VT_BYREF | VT_ARRAY | VT_I4;
+  element->byref = &place.array;
+  EXPECT_EQ(SafeArrayDestroy(array), S_OK);
+  EXPECT_EQ(place.array->cLocks, 1u);
+  SafeArrayUnlock(other.get());
+}
+
+TEST(SafeArray, IsLockedAsOftenAsItCanCount) {
+  CComSafeArray array(VT_I4, 1);
+  array.get()->cLocks = std::numeric_limits<ULONG>::max() - 1;
+  EXPECT_EQ(SafeArrayLock(array.get()), S_OK);
+  EXPECT_EQ(SafeArrayLock(array.get()), E_UNEXPECTED);
+  EXPECT_EQ(array.get()->cLocks, std::numeric_limits<ULONG>::max());
+  array.get()->cLocks = 0;
+}
+
 TEST(SafeArray, CopiesDeeplyWithItsBounds) {
   const SAFEARRAYBOUND bounds[] = {{2, 10}, {3, -1}};
   const Array array(SafeArrayCreate(VT_BSTR, 2, bounds));

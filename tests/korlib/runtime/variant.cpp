@@ -244,6 +244,25 @@ TEST(Variant, FollowsItsOwnReferenceInPlace) {
   EXPECT_NE(v.bstrVal, value.bstrVal);
 }
 
+TEST(Variant, IsLeftAloneWhenItIsItsOwnTarget) {
+  CComVariant v(L"text");
+  const BSTR text = v.bstrVal;
+  EXPECT_EQ(VariantCopy(&v, &v), S_OK);
+  EXPECT_EQ(VariantCopyInd(&v, &v), S_OK);
+  EXPECT_EQ(VariantChangeType(&v, &v, 0, VT_BSTR), S_OK);
+  EXPECT_EQ(v.bstrVal, text);
+  // What cannot be replaced need not be.
+  CComSafeArray array(VT_UI1, 2);
+  SAFEARRAY* const raw = array.get();
+  CComVariant locked;
+  array.detach_to(&locked);
+  ASSERT_EQ(SafeArrayLock(raw), S_OK);
+  EXPECT_EQ(VariantCopyInd(&locked, &locked), S_OK);
+  EXPECT_EQ(VariantChangeType(&locked, &locked, 0, VT_ARRAY | VT_UI1), S_OK);
+  EXPECT_EQ(locked.parray, raw);
+  SafeArrayUnlock(raw);
+}
+
 TEST(Variant, RefusesReferencesThatLeadNowhere) {
   CComVariant circle;
   circle.vt = VT_BYREF | VT_VARIANT;
