@@ -1,4 +1,6 @@
 // From a request to a form: which requests are uploads, and what is said when one cannot be read.
+#include <cstring>
+
 #include "mirt/upload/upload_test.h"
 
 namespace test {
@@ -35,10 +37,30 @@ TEST_F(Intake, TakesTheBoundaryToTheEndOfTheType) {
   EXPECT_EQ(L"1", text(L"a"));
 }
 
+// The first of two, and the second belongs to it.
+TEST_F(Intake, TakesTheFirstOfTwoBoundaries) {
+  set_type(L"multipart/form-data; boundary=A; boundary=B");
+  asp_.request->body = text_part("b", "1") + kEnd;
+  EXPECT_EQ(E_FAIL, take());
+  EXPECT_EQ(0, count());
+  asp_.request->body = "--A; boundary=B\r\nContent-Disposition: form-data; name=\"a\"\r\n\r\n1\r\n--A; boundary=B--";
+  EXPECT_EQ(S_OK, take());
+  EXPECT_EQ(L"1", text(L"a"));
+}
+
 // Characters of the boundary are reduced to seven bits on the way.
 TEST_F(Intake, ReducesTheBoundaryToSevenBits) {
   EXPECT_EQ(S_OK, upload(text_part("a", "1") + kEnd, L"\u00c2"));
   EXPECT_EQ(L"1", text(L"a"));
+}
+
+// The low seven bits of U+0080 are a NUL, which ends the boundary before its first character.
+TEST_F(Intake, TakesABoundaryThatSevenBitsEmptyForNone) {
+  for (const wchar_t* boundary : {L"\u0080", L"\u0080B", L"\u0100"}) {
+    EXPECT_EQ(S_OK, upload("--\r\nContent-Disposition: form-data; name=\"a\"\r\n\r\n1\r\n----", boundary));
+    EXPECT_FALSE(form_);
+  }
+  EXPECT_EQ(0, asp_.calls->count("Request.BinaryRead"));
 }
 
 TEST_F(Intake, PassesTheFailureOfTheRequestOn) {
@@ -94,6 +116,21 @@ TEST_F(Intake, NeedsBytes) {
   }
 }
 
+// All the bytes of a good body, but in two rows.
+TEST_F(Intake, NeedsBytesInARow) {
+  const std::string body = text_part("a", "12") + kEnd;
+  ASSERT_EQ(0u, body.size() % 2);
+  const SAFEARRAYBOUND bounds[] = {{static_cast<ULONG>(body.size() / 2), 0}, {2, 0}};
+  CComVariant table;
+  table.vt = VT_ARRAY | VT_UI1;
+  table.parray = SafeArrayCreate(VT_UI1, 2, bounds);
+  ASSERT_TRUE(table.parray);
+  std::memcpy(table.parray->pvData, body.data(), body.size());
+  asp_.request->body_value = table;
+  EXPECT_EQ(S_OK, upload("x"));
+  EXPECT_FALSE(form_);
+}
+
 TEST_F(Intake, ReadsWhatWasSentWhereMoreWasDeclared) {
   asp_.request->total_bytes = 1 << 30;
   EXPECT_EQ(E_FAIL, upload("--B\r\nConte"));
@@ -131,6 +168,28 @@ TEST_F(Intake, KeepsEveryByteOfAFile) {
   for (int i = 0; i < 4 * 256; ++i) bytes += static_cast<char>(i * 7);
   ASSERT_EQ(S_OK, upload(file_part("f", "all.bin", bytes) + kEnd));
   EXPECT_EQ(bytes, bytes_of(file(L"f").get()));
+}
+
+// A part's lines may come in either order, and the type stays when the disposition comes behind it.
+TEST_F(Intake, KeepsATypeThatComesAheadOfTheDisposition) {
+  const std::string disposition = "Content-Disposition: form-data; name=\"f\"; filename=\"a\"\r\n";
+  const std::string type = "Content-Type: image/png\r\n";
+  for (const std::string& lines : {type + disposition, disposition + type, type + disposition + disposition}) {
+    ASSERT_EQ(S_OK, upload("--B\r\n" + lines + "\r\nbytes\r\n" + kEnd));
+    const CComPtr<IFormFile> sent = file(L"f");
+    ASSERT_TRUE(sent) << lines;
+    EXPECT_EQ(L"image/png", member(sent.get(), &IFormFile::get_ContentType)) << lines;
+    EXPECT_EQ("bytes", bytes_of(sent.get())) << lines;
+  }
+}
+
+// What one part said of itself is forgotten at the next.
+TEST_F(Intake, BeginsEveryPartWithoutTheLinesOfTheLast) {
+  ASSERT_EQ(S_OK, upload(file_part("f", "a.bin", "x") + "--B\r\nContent-Disposition: form-data\r\n\r\ntext\r\n" +
+                         "--B\r\nContent-Disposition: form-data; name=\"f\"; filename=\"b\"\r\n\r\ny\r\n" + kEnd));
+  EXPECT_EQ(2, count());
+  EXPECT_EQ(L"text", text(L""));
+  EXPECT_EQ(L"", member(file(L"f", 2).get(), &IFormFile::get_ContentType));
 }
 
 TEST_F(Intake, NeedsARequestAndAResponse) {
