@@ -66,6 +66,15 @@ TEST_P(CodingMembers, EncodersTakeArraysWhereverTheyBegin) {
   EXPECT_EQ(0u, array.parray->cLocks);
 }
 
+// A text of up to 256 characters may have its bytes in a buffer of 1,024, since none has more than four.
+TEST_P(CodingMembers, EncodersTakeTextsOfTheWidestCharactersAroundTheirBuffer) {
+  for (const std::size_t length : {1u, 255u, 256u, 257u, 341u, 342u, 512u, 513u, 1023u, 1024u, 1025u}) {
+    std::wstring expected;
+    for (std::size_t i = 0; i < length; ++i) expected += L"%F4%8F%BF%BF";  // U+10FFFF
+    ASSERT_EQ(expected, text(L"URLEncode", std::wstring(length, L'\U0010FFFF'), 0)) << length;
+  }
+}
+
 // A string of an odd number of bytes is one as well.
 TEST_P(CodingMembers, EncodersTakeEveryByteOfAStringsMemory) {
   CComVariant odd;

@@ -30,6 +30,37 @@ TEST_P(TextMembers, HTMLEncodeTakesAnyLength) {
   }
 }
 
+// Text is escaped in blocks: each character that has a reference, alone in a text of each length around
+// several of them, at each of its places.
+TEST_P(TextMembers, HTMLEncodeFindsOneSpecialAnywhere) {
+  const std::pair<wchar_t, const wchar_t*> specials[] = {
+      {L'<', L"&lt;"}, {L'>', L"&gt;"}, {L'"', L"&quot;"}, {L'&', L"&amp;"}};
+  for (const auto& [special, reference] : specials) {
+    for (std::size_t length = 1; length <= 70; ++length) {
+      for (std::size_t place = 0; place < length; ++place) {
+        std::wstring plain;  // letters that differ, so that none can stand for another
+        for (std::size_t i = 0; i < length; ++i) plain.push_back(static_cast<wchar_t>(L'A' + i % 58));
+        const std::wstring expected = plain.substr(0, place) + reference + plain.substr(place + 1);
+        plain[place] = special;
+        ASSERT_EQ(expected, text(L"HTMLEncode", plain)) << "place " << place << " of " << length;
+      }
+    }
+  }
+}
+
+// Its neighbours in the tables of characters have no reference.
+TEST_P(TextMembers, HTMLEncodeLeavesEveryOtherCharacter) {
+  std::wstring plain;
+  for (wchar_t c = 1; c < 0x400; ++c) {
+    if (std::wstring_view(L"<>\"&").find(c) == std::wstring_view::npos) plain.push_back(c);
+  }
+  for (const wchar_t high : {0x10000, 0x100000, 0x7FFF0000}) {
+    for (const wchar_t low : {L'<', L'>', L'"', L'&'}) plain.push_back(high | low);
+  }
+  EXPECT_EQ(plain, text(L"HTMLEncode", plain));
+  for (const wchar_t c : plain) ASSERT_EQ(std::wstring(1, c), text(L"HTMLEncode", std::wstring(1, c)));
+}
+
 TEST_P(TextMembers, TrimTakesTextByItsLength) {
   EXPECT_EQ(std::wstring(L"a\0 b", 4), text(L"Trim", std::wstring(L" a\0 b ", 6)));
 }
