@@ -3,6 +3,7 @@
 
 #include <korlib/comvariant.h>
 
+#include "decoded_value.h"
 #include "text_input.h"
 #include "utility/codecs.h"
 #include "utility/members.h"
@@ -47,12 +48,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   std::string bytes;
   const HRESULT hr = mirt::utility::Base64Decode(text.data(), text.size(), bytes);
-  fuzz::require(SUCCEEDED(hr) == expected.has_value(), "what can be decoded");
-  if (expected) fuzz::require(bytes == *expected, "the bytes");
+  fuzz::require(hr == (expected ? S_OK : E_FAIL), "what can be decoded");
+  fuzz::require(bytes == expected.value_or(""), "the bytes");
 
   CComVariant value;
   const CComBSTR input(std::wstring_view{text});
-  fuzz::require(SUCCEEDED(mirt::utility::base64_decode(input, charset, &value)) == expected.has_value(), "the member");
+  const HRESULT answer = mirt::utility::base64_decode(input, charset, &value);
+  fuzz::require(answer == (expected ? S_OK : E_FAIL), "the member's code");
+  fuzz::require(expected ? fuzz::is_decoded(value, *expected, charset) : value.vt == VT_EMPTY, "the member's value");
 
   if (bytes.empty()) return 0;
   CComBSTR encoded;
@@ -60,5 +63,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::require(SUCCEEDED(mirt::utility::Base64Encode(bytes.data(), bytes.size(), encoded)), "encoding");
   fuzz::require(SUCCEEDED(mirt::utility::Base64Decode(encoded, encoded.length(), again)), "decoding what was encoded");
   fuzz::require(again == bytes, "the identity");
+  fuzz::require(encoded.length() == (bytes.size() + 2) / 3 * 4, "the length of what was encoded");
   return 0;
 }
