@@ -161,7 +161,8 @@ TEST_F(CryptFallbacks, Base64BytesFollowTheSizeProtocol) {
   EXPECT_EQ(0u, size);
 
   // U+0141 is 0x100 behind an "A".
-  for (const wchar_t* bad : {L"", L"QQ", L" \r\n\t", L"=QQQ", L"QQQ!", L"Q===", L"\u3042QQQ", L"QQQ\u0141"}) {
+  for (const wchar_t* bad : {L"", L"QQ", L" \r\n\t", L"=QQQ", L"QQQ!", L"Q===", L"\u3042QQQ", L"QQQ\u0141", L"QQ==\f",
+                             L"QQ==\v", L"QQ==\u3000"}) {
     size = 8;
     EXPECT_FALSE(decode(bad, 0, bytes, &size));
     EXPECT_EQ(0u, size);

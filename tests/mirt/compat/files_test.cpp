@@ -115,6 +115,17 @@ TEST_F(FileFallbacks, TimesAreWholeSecondsSince1601) {
   EXPECT_FALSE(FALLBACK(GetFileTime)(invalid_handle(), &creation, &access, &write));
 }
 
+// A stream whose descriptor was closed under it: its status cannot be read, and closing it fails.
+TEST_F(FileFallbacks, AFileThatCannotBeReadOrClosedIsToldSo) {
+  HANDLE handle = open(make("f").wstring());
+  ASSERT_NE(invalid_handle(), handle);
+  ASSERT_EQ(0, ::close(fileno(static_cast<FILE*>(handle))));
+  FILETIME times[3] = {file_time(1), file_time(2), file_time(3)};
+  EXPECT_EQ(FALSE, FALLBACK(GetFileTime)(handle, &times[0], &times[1], &times[2]));
+  for (ULONGLONG i = 0; i < 3; ++i) EXPECT_EQ(i + 1, ticks_of(times[i])) << "left as it was";
+  EXPECT_EQ(FALSE, FALLBACK(CloseHandle)(handle));
+}
+
 TEST_F(FileFallbacks, TimesAreComparedWhole) {
   const struct {
     ULONGLONG a;

@@ -1,3 +1,4 @@
+#include <clocale>
 #include <cstring>
 #include <cwchar>
 #include <string>
@@ -38,6 +39,11 @@ TEST_F(StringFallbacks, WcsnicmpComparesPaths) {
       {L"a", L"", 5, 1},
       {L"B", L"a", 1, 1},  // b after a
       {L"Z", L"[", 1, 1},  // z after [: compared in lower case
+      {L"[", L"Z", 1, -1},
+      {L"@", L"A", 1, -1},  // the neighbours of the letters are themselves
+      {L"@", L"`", 1, -1},
+      {L"[", L"{", 1, -1},
+      {L"a/b/C/d", L"A\\B\\c\\e", 7, -1},
       // Slashes are equal to each other only: beside anything else each counts as what it is.
       {L"\\", L"0", 1, 1},
       {L"/", L"0", 1, -1},
@@ -51,6 +57,24 @@ TEST_F(StringFallbacks, WcsnicmpComparesPaths) {
     EXPECT_EQ(row.expected, FALLBACK(_wcsnicmp)(row.a, row.b, row.count))
         << testing::PrintToString(row.a) << " " << testing::PrintToString(row.b) << " " << row.count;
   }
+}
+
+// Every character is folded that the locale folds, on both sides, and what it does not fold is compared.
+TEST_F(StringFallbacks, WcsnicmpFoldsLettersOfEveryScript) {
+  const std::string before = std::setlocale(LC_CTYPE, nullptr);
+  ASSERT_NE(nullptr, std::setlocale(LC_CTYPE, "C.UTF-8"));
+  for (const auto& [upper, lower] :
+       {std::pair(L"\u00C9", L"\u00E9"), std::pair(L"\u0416", L"\u0436"), std::pair(L"\u03A9", L"\u03C9"),
+        std::pair(L"\uFF21", L"\uFF41"), std::pair(L"\U00010400", L"\U00010428")}) {
+    EXPECT_EQ(0, FALLBACK(_wcsnicmp)(upper, lower, 1)) << testing::PrintToString(upper);
+    EXPECT_EQ(0, FALLBACK(_wcsnicmp)(lower, upper, 1)) << testing::PrintToString(upper);
+    EXPECT_EQ(1, FALLBACK(_wcsnicmp)(upper, L"z", 1)) << testing::PrintToString(upper);
+    EXPECT_EQ(-1, FALLBACK(_wcsnicmp)(L"Z", lower, 1)) << testing::PrintToString(upper);
+  }
+  EXPECT_EQ(1, FALLBACK(_wcsnicmp)(L"\u00DF", L"ss", 2));       // no letter becomes two
+  EXPECT_EQ(-1, FALLBACK(_wcsnicmp)(L"\u00E8", L"\u00C9", 1));  // e grave before e acute, in lower case
+  EXPECT_EQ(1, FALLBACK(_wcsnicmp)(L"\u20AC", L"\u00A4", 1));
+  std::setlocale(LC_CTYPE, before.c_str());
 }
 
 TEST_F(StringFallbacks, WcstombsKeepsSevenBits) {
