@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <latch>
+#include <memory>
 #include <new>
+#include <set>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -133,7 +136,7 @@ namespace test {
 namespace {
 
 // A context object that has nothing.
-class Context final : public IGetContextProperties {
+class Context : public IGetContextProperties {
  public:
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
     return korlib::query_list<IGetContextProperties, IUnknown>(this, riid, ppv);
@@ -203,6 +206,89 @@ TEST(Pools, AreLockedToTakeABlockAndToGiveItBack) {
   EXPECT_EQ(before, sections_alive);
 }
 
+using Objects = std::vector<CComPtr<IDispatch>>;
+
+Objects many_objects(std::size_t count) {
+  Objects objects(count);
+  for (auto& object : objects) {
+    EXPECT_EQ(S_OK, pooled_class.CreateInstance(nullptr, IID_IDispatch, object.put_void()));
+  }
+  return objects;
+}
+
+std::vector<void*> addresses_of(const Objects& objects) {
+  std::vector<void*> addresses;
+  for (const auto& object : objects) addresses.push_back(object.get());
+  return addresses;
+}
+
+// The pool has no limit. What it keeps, the allocator has not: blocks of the same size that are taken from
+// there meanwhile are others.
+TEST(Pools, KeepEveryBlockAndGiveTheLastOneFirst) {
+  constexpr std::size_t kCount = 200;
+  Objects objects = many_objects(kCount);
+  const std::vector<void*> first = addresses_of(objects);
+  for (auto& object : objects) object.reset();
+
+  std::vector<std::unique_ptr<void, void (*)(void*)>> others;
+  for (std::size_t i = 0; i < 2 * kCount; ++i) others.emplace_back(std::malloc(sizeof(Pooled)), std::free);
+  const std::set<void*> kept(first.begin(), first.end());
+  EXPECT_EQ(kCount, kept.size());
+  for (const auto& other : others) EXPECT_FALSE(kept.contains(other.get()));
+
+  objects = many_objects(kCount);
+  EXPECT_EQ(std::vector<void*>(first.rbegin(), first.rend()), addresses_of(objects));
+}
+
+// An object may be released on another thread than made it, and its block serves a third.
+TEST(Pools, AreOneForAllThreads) {
+  constexpr std::size_t kCount = 50;
+  Objects objects;
+  std::vector<void*> first;
+  std::thread([&] {
+    objects = many_objects(kCount);
+    first = addresses_of(objects);
+  }).join();
+  std::thread([&] {
+    for (auto& object : objects) object.reset();
+  }).join();
+  std::vector<void*> again;
+  std::thread([&] { again = addresses_of(objects = many_objects(kCount)); }).join();
+  EXPECT_EQ(std::vector<void*>(first.rbegin(), first.rend()), again);
+  objects.clear();
+  EXPECT_EQ(0, live_count);
+}
+
+// Blocks go round between threads that only make objects and threads that only release them; each object
+// comes zeroed and is what its maker made of it.
+TEST(Pools, TakeBlocksBackFromAnyThread) {
+  constexpr int kPairs = 3;
+  constexpr int kRounds = 200;
+  constexpr std::size_t kCount = 20;
+  std::atomic<int> faults = 0;
+  std::vector<std::thread> threads;
+  for (int pair = 1; pair <= kPairs; ++pair) {
+    threads.emplace_back([&faults, pair] {
+      for (int round = 0; round < kRounds; ++round) {
+        Objects objects = many_objects(kCount);
+        for (auto& object : objects) {
+          faults += static_cast<Pooled*>(object.get())->untouched != 0;
+          static_cast<Pooled*>(object.get())->untouched = pair;
+        }
+        std::thread([&faults, pair, taken = std::move(objects)]() mutable {
+          for (auto& object : taken) {
+            faults += static_cast<Pooled*>(object.get())->untouched != pair;
+            object.reset();
+          }
+        }).join();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(0, faults);
+  EXPECT_EQ(0, live_count);
+}
+
 TEST(Pools, GiveAnObjectToOneThreadOnly) {
   constexpr int kThreads = 4;
   std::atomic<int> faults = 0;
@@ -254,6 +340,27 @@ TEST_F(InContextClasses, BindObjectsToTheRequest) {
   }
   EXPECT_EQ(1u, context.references);
   EXPECT_EQ(0, live_count);
+}
+
+// A host that says it has a context, and gives none: what it said is the answer, and nothing is bound.
+TEST_F(InContextClasses, AnswerTheHostsCodeWithoutAContextObject) {
+  class Silent final : public Context {
+   public:
+    HRESULT QueryInterface(REFIID, void** ppv) override {
+      *ppv = nullptr;
+      return answer;
+    }
+    HRESULT answer = S_OK;
+  } context;
+  const korlib_host::ContextScope scope(&context);
+  Kind::in_context = E_ACCESSDENIED;  // of a binding
+  for (const HRESULT code : {S_OK, S_FALSE, E_NOINTERFACE}) {
+    context.answer = code;
+    CComPtr<IDispatch> object;
+    EXPECT_EQ(code, create(object.put()));
+    EXPECT_TRUE(object);
+  }
+  Kind::in_context = S_OK;
 }
 
 TEST_F(InContextClasses, AnswerTheHostsCodeOutsideOfARequest) {
