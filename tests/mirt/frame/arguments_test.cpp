@@ -1,8 +1,37 @@
 #include "frame/arguments.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <vector>
+
 #include "support/late_bound.h"
+
+namespace test {
+namespace {
+
+// What was freed while a test looks, which is nobody's any more and only named here.
+std::vector<const void*>* freed = nullptr;
+
+bool was_freed(const std::vector<const void*>& all, const void* memory) {
+  return std::find(all.begin(), all.end(), memory) != all.end();
+}
+
+}  // namespace
+}  // namespace test
+
+// In front of the runtime's, which do the work.
+void SysFreeString(BSTR text) {
+  static const auto next = reinterpret_cast<void (*)(BSTR)>(dlsym(RTLD_NEXT, "SysFreeString"));
+  if (test::freed) test::freed->push_back(text);
+  next(text);
+}
+HRESULT SafeArrayDestroy(SAFEARRAY* array) {
+  static const auto next = reinterpret_cast<HRESULT (*)(SAFEARRAY*)>(dlsym(RTLD_NEXT, "SafeArrayDestroy"));
+  if (test::freed) test::freed->push_back(array);
+  return next(array);
+}
 
 namespace test {
 namespace {
@@ -70,6 +99,45 @@ TEST(CoerceArg, ConvertsOrSaysWhy) {
   EXPECT_EQ(DISP_E_TYPEMISMATCH, coerce_arg(arguments.get(), 1, VT_I4, converted.put()));
   EXPECT_EQ(DISP_E_BADPARAMCOUNT, coerce_arg(arguments.get(), 2, VT_I4, converted.put()));
   EXPECT_EQ(DISP_E_BADPARAMCOUNT, coerce_arg(nullptr, 0, VT_I4, converted.put()));
+}
+
+// Who calls for the effect alone takes no result; the value is the callee's to free then.
+TEST(Results, AreFreedWhereNobodyWantsThem) {
+  std::vector<const void*> all;
+  freed = &all;
+  const BSTR text = SysAllocString(L"x");
+  SAFEARRAY* const array = SafeArrayCreateVector(VT_VARIANT, 0, 1);
+  set_bstr_result(nullptr, text);
+  set_array_result(nullptr, array);
+  set_bool_result(nullptr, VARIANT_TRUE);
+  EXPECT_EQ(S_OK, set_variant_result(nullptr, CComVariant(L"x")));
+  set_dispatch_result(nullptr, nullptr);
+  set_unknown_result(nullptr, nullptr);
+  freed = nullptr;
+  EXPECT_TRUE(was_freed(all, text));
+  EXPECT_TRUE(was_freed(all, array));
+}
+
+// Scripts know no array that is null: there is no value.
+TEST(Results, AreEmptyWithoutAnArray) {
+  VARIANT result;
+  result.vt = 0xA5A5;
+  set_array_result(&result, nullptr);
+  EXPECT_EQ(VT_EMPTY, result.vt);
+}
+
+TEST(Results, AreTheCallersAsTheyAre) {
+  std::vector<const void*> all;
+  freed = &all;
+  CComVariant result;
+  set_bstr_result(&result, SysAllocString(L"x"));
+  EXPECT_EQ(L"x", std::wstring(korlib::view_of(result.bstrVal)));
+  EXPECT_FALSE(was_freed(all, result.bstrVal));
+  CComVariant copy;
+  EXPECT_EQ(S_OK, set_variant_result(&copy, result));
+  EXPECT_NE(result.bstrVal, copy.bstrVal);
+  EXPECT_EQ(L"x", std::wstring(korlib::view_of(copy.bstrVal)));
+  freed = nullptr;
 }
 
 }  // namespace

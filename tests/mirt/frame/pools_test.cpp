@@ -14,13 +14,15 @@
 
 #include <korlib/errorinfo.h>
 #include <korlib_host/context.h>
+#include <mirt/mirt.h>
 
 #include "frame/class_factory.h"
+#include "frame/entry_points.h"
 #include "support/late_bound.h"
 
 namespace {
 
-enum class ErrorObjects { kOfTheHost, kNone, kWriteOnly };
+enum class ErrorObjects { kOfTheHost, kNone, kNoneWithSuccess, kWriteOnly };
 ErrorObjects error_objects = ErrorObjects::kOfTheHost;
 
 // Takes text and shows it to nobody.
@@ -69,6 +71,7 @@ void LeaveCriticalSection(CRITICAL_SECTION* section) {
 HRESULT CreateErrorInfo(ICreateErrorInfo** info) {
   *info = nullptr;
   if (error_objects == ErrorObjects::kNone) return E_OUTOFMEMORY;
+  if (error_objects == ErrorObjects::kNoneWithSuccess) return S_OK;
   if (error_objects == ErrorObjects::kWriteOnly) {
     write_only_error.AddRef();
     *info = &write_only_error;
@@ -173,6 +176,22 @@ TEST(Pools, KeepABlockWhoseObjectCouldNotBeBuilt) {
   constructions_to_fail = 0;
   CComPtr<IDispatch> after;
   EXPECT_EQ(S_OK, pooled_class.CreateInstance(nullptr, IID_IDispatch, after.put_void()));
+}
+
+// It serves the next object: one that went to nobody could not be given out again.
+TEST(Pools, GiveTheBlockOfAFailedConstructionNext) {
+  void* address = nullptr;
+  {
+    CComPtr<IDispatch> object;
+    ASSERT_EQ(S_OK, pooled_class.CreateInstance(nullptr, IID_IDispatch, object.put_void()));
+    address = object.get();
+  }
+  CComPtr<IDispatch> object;
+  constructions_to_fail = 1;
+  EXPECT_EQ(E_OUTOFMEMORY, pooled_class.CreateInstance(nullptr, IID_IDispatch, object.put_void()));
+  EXPECT_EQ(0, constructions_to_fail);
+  EXPECT_EQ(S_OK, pooled_class.CreateInstance(nullptr, IID_IDispatch, object.put_void()));
+  EXPECT_EQ(address, object.get());
 }
 
 TEST(Pools, CountObjectsAndClassObjectReferences) {
@@ -369,6 +388,11 @@ TEST_F(InContextClasses, AnswerTheHostsCodeOutsideOfARequest) {
   EXPECT_TRUE(object);
 }
 
+TEST(ClassObjects, NeedAPlaceToGoTo) {
+  EXPECT_EQ(E_POINTER, DllGetClassObject(CLSID_Utility, IID_IClassFactory, nullptr));
+  EXPECT_EQ(E_POINTER, DllGetClassObject(CLSID_NULL, IID_IClassFactory, nullptr));
+}
+
 TEST(RaiseErrors, LeavesSourceAndDescription) {
   EXPECT_EQ(E_FAIL, RaiseError(E_FAIL, L"Mirt", L"x"));
   const ErrorText error = take_error();
@@ -379,7 +403,7 @@ TEST(RaiseErrors, LeavesSourceAndDescription) {
 }
 
 TEST(RaiseErrors, AnswersTheCodeWithoutAnErrorObject) {
-  for (const ErrorObjects kind : {ErrorObjects::kNone, ErrorObjects::kWriteOnly}) {
+  for (const ErrorObjects kind : {ErrorObjects::kNone, ErrorObjects::kNoneWithSuccess, ErrorObjects::kWriteOnly}) {
     SetErrorInfo(0, nullptr);
     error_objects = kind;
     EXPECT_EQ(E_FAIL, RaiseError(E_FAIL, L"Mirt", L"x"));

@@ -121,5 +121,15 @@ TEST_F(LoadOrder, ObjectsGoInItsReverseAndTypeInformationBehindThem) {
   EXPECT_EQ(expected, order_.destroyed);
 }
 
+// A host may have taken one out.
+TEST_F(LoadOrder, TypeInformationThatIsNotThereIsPassedOver) {
+  auto module = std::make_unique<Module>();
+  for (const char* slot : {"g_pTI_IMirt", "g_pTI_IUtility", "g_pTI_IRequestDictionary"}) {
+    *module->symbol<ITypeInfo*>(slot) = nullptr;
+  }
+  module.reset();
+  EXPECT_EQ(Names(expected_.rbegin(), expected_.rend()), order_.destroyed);
+}
+
 }  // namespace
 }  // namespace test

@@ -17,6 +17,7 @@ std::vector<std::wstring> loaded_paths;
 std::wstring module_path;
 unsigned long tick_count = 0;
 bool mapping_fails = false;
+int mapping_failure = 0;
 int calls_disabled = 0;
 std::vector<unsigned int> sleeps;
 HRESULT guid_failure = S_OK;
@@ -116,7 +117,7 @@ unsigned long GetTickCount() { return test::tick_count; }
 // Maps "a" to two characters, so that sizes differ, and shows the flags in the first one.
 int LCMapStringW(unsigned int locale, unsigned int flags, const wchar_t* source, int source_length, wchar_t* target,
                  int target_length) {
-  if (test::mapping_fails) return 0;
+  if (test::mapping_fails) return test::mapping_failure;
   std::wstring mapped(1, flags == 0x80000000u ? L'W' : flags == LCMAP_HALFWIDTH ? L'N' : L'?');
   if (locale != 0x110000) mapped += L'?';
   for (int i = 0; i < source_length; ++i)

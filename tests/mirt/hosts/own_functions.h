@@ -25,6 +25,7 @@ struct RecordedCrypt {
   std::vector<std::wstring> calls;
   int failing_call = 0;
   int open_handles = 0;
+  DWORD missing_bytes = 0;  // of a digest
 };
 extern RecordedCrypt crypt;
 
@@ -35,7 +36,8 @@ extern std::vector<std::wstring> loaded_paths;
 
 extern std::wstring module_path;          // what GetModuleFileNameW answers
 extern unsigned long tick_count;          // what GetTickCount answers
-extern bool mapping_fails;                // LCMapStringW answers 0
+extern bool mapping_fails;                // LCMapStringW answers its failure
+extern int mapping_failure;               // which is 0, or what a test wants
 extern int calls_disabled;                // calls of DisableThreadLibraryCalls
 extern std::vector<unsigned int> sleeps;  // what Sleep was asked for, without sleeping
 extern HRESULT guid_failure;              // what CoCreateGuid answers when it is a failure

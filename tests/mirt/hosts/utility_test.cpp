@@ -30,6 +30,12 @@ TEST_F(UtilityOnOwnFunctions, WidthsThatTheHostCannotMapFail) {
   EXPECT_EQ(kFailed, text(L"HanToZen", L"abc"));
   EXPECT_EQ(kFailed, text(L"ZenToHan", L"abc"));
   EXPECT_EQ(L"", text(L"HanToZen", L""));  // nothing is mapped to nothing
+  mapping_failure = -1;
+  for (const wchar_t* source : {L"abc", L""}) {
+    EXPECT_EQ(kFailed, text(L"HanToZen", source));
+    EXPECT_EQ(kFailed, text(L"ZenToHan", source));
+  }
+  mapping_failure = 0;
   mapping_fails = false;
 }
 
@@ -82,6 +88,16 @@ TEST_F(UtilityOnOwnFunctions, AFailingStepFailsTheDigestAndNothingStaysOpen) {
       EXPECT_EQ(0, crypt.open_handles) << step;
     }
   }
+}
+
+TEST_F(UtilityOnOwnFunctions, ADigestOfAnotherLengthIsNone) {
+  for (const wchar_t* member : {L"MD5", L"SHA1"}) {
+    crypt = {};
+    crypt.missing_bytes = 1;
+    EXPECT_EQ(kFailed, text(member, L"abc", 0));
+    EXPECT_EQ(0, crypt.open_handles);
+  }
+  crypt = {};
 }
 
 TEST_F(UtilityOnOwnFunctions, Base64IsTheHosts) {

@@ -8,6 +8,7 @@
 #include <korlib_host/dispatch_object.h>
 
 #include "mirt/upload/upload_test.h"
+#include "upload/upload_classes.h"
 
 namespace test {
 namespace {
@@ -100,7 +101,7 @@ class Stream final : public korlib::DispatchObject<Stream, IKorLibStream> {
   }
 };
 
-// While one lives, the host's stream class makes streams of the test's kind.
+// While one lives, the host's stream class makes streams of the test's kind, or says so and makes none.
 class StreamClass {
  public:
   StreamClass() {
@@ -111,6 +112,7 @@ class StreamClass {
     set([](REFIID riid, void** ppv) {
       *ppv = nullptr;
       const HRESULT hr = Stream::note(L"Create");
+      if (Stream::fail_at == L"Nothing") return S_OK;
       return FAILED(hr) ? hr : korlib::make<Stream>()->QueryInterface(riid, ppv);
     });
   }
@@ -149,6 +151,26 @@ TEST_F(FileStream, IsRewoundWhereNothingIsWritten) {
   Stream::fail_at.clear();
   EXPECT_EQ(S_OK, upload(file_part("f", "f", "") + kEnd));
   EXPECT_EQ((fake::Texts{L"Create", L"Open", L"Type 1", L"Position 0"}), Stream::log);
+}
+
+// A host that says it made a stream, and gives none.
+TEST_F(FileStream, EndsTheIntakeWhereThereIsNone) {
+  EXPECT_EQ(E_FAIL, upload_failing_at(L"Nothing"));
+  EXPECT_EQ(fake::Texts{L"Create"}, Stream::log);
+  EXPECT_EQ(1, count());
+}
+
+TEST_F(FileStream, IsNotThereWhereItCouldNotBeMade) {
+  for (const wchar_t* call : {L"Create", L"Nothing", L"Open", L"Type 1"}) {
+    Stream::fail_at = call;
+    CComPtr<IFormFile> photo;
+    ASSERT_EQ(S_OK, g_oCF_FormFile.CreateInstance(nullptr, korlib::iid_of<IFormFile>, photo.put_void()));
+    IDispatch* stream = photo.get();  // poison
+    EXPECT_EQ(E_FAIL, photo->get_Stream(&stream)) << call;
+    EXPECT_EQ(nullptr, stream) << call;
+    EXPECT_EQ(L"", member(photo.get(), &IFormFile::get_FileName));
+  }
+  Stream::fail_at.clear();
 }
 
 // A file without its bytes is not added, and the parts behind it are not read.

@@ -1,5 +1,6 @@
 // The form, its value lists and its files, as a page and its binding see them.
 #include "mirt/upload/upload_test.h"
+#include "upload/upload_classes.h"
 
 namespace test {
 namespace {
@@ -88,6 +89,36 @@ TEST_F(ValueList, CountsFromOne) {
   EXPECT_EQ(DISP_E_TYPEMISMATCH, values->get_Item(no_number, second.put()));
   EXPECT_EQ(E_POINTER, values->get_Item(korlib::long_variant(1), nullptr));
   EXPECT_EQ(E_POINTER, values->get_Count(nullptr));
+}
+
+// An index is missing when it is an error, whichever.
+TEST_F(ValueList, GivesAllWithoutAnIndex) {
+  ASSERT_EQ(S_OK, upload(text_part("t", "a") + text_part("t", "b") + kEnd));
+  for (const HRESULT code : {DISP_E_PARAMNOTFOUND, E_FAIL, S_OK}) {
+    VARIANT index{};
+    index.vt = VT_ERROR;
+    index.scode = code;
+    CComVariant all;
+    EXPECT_EQ(S_OK, list(L"t")->get_Item(index, &all)) << code;
+    ASSERT_EQ(VT_BSTR, all.vt) << code;
+    EXPECT_EQ(L"a, b", std::wstring(korlib::view_of(all.bstrVal))) << code;
+  }
+}
+
+// One that no form made, as a host may ask for it.
+TEST_F(ValueList, HoldsNothingBeforeItShowsAField) {
+  CComPtr<fake::asp::IStringList> values;
+  ASSERT_EQ(S_OK, g_oCF_MultipartFormStringList.CreateInstance(nullptr, korlib::iid_of<fake::asp::IStringList>,
+                                                               values.put_void()));
+  int count = -1;
+  EXPECT_EQ(S_OK, values->get_Count(&count));
+  EXPECT_EQ(0, count);
+  for (const VARIANT& index : {korlib::omitted(), korlib::long_variant(1)}) {
+    VARIANT value;
+    value.vt = 0xA5A5;
+    EXPECT_EQ(E_UNEXPECTED, values->get_Item(index, &value));
+    EXPECT_EQ(VT_EMPTY, value.vt);
+  }
 }
 
 TEST_F(ValueList, GivesItsOnlyValueAsItIs) {

@@ -1,4 +1,6 @@
+#include <cstring>
 #include <cwchar>
+#include <utility>
 
 #include "mirt/utility/utility_objects.h"
 
@@ -52,6 +54,29 @@ TEST_P(CodingMembers, EncodersFailWithoutTheArrayThatTheyAreGiven) {
     EXPECT_EQ(kFailed, text(name, no_array, 0));
     EXPECT_EQ(kFailed, text(name, table, 0));  // bytes, but not in a row
   }
+}
+
+// An array of something else that says it is one of bytes.
+TEST_P(CodingMembers, EncodersFailOnAnArrayOfAnotherType) {
+  CComVariant numbers;
+  numbers.vt = VT_ARRAY | VT_UI1;
+  numbers.parray = SafeArrayCreateVector(VT_I4, 0, 2);
+  for (const wchar_t* name : {L"Base64Encode", L"URLEncode", L"MD5", L"SHA1"}) {
+    EXPECT_EQ(kFailed, text(name, numbers, 0)) << name;
+  }
+}
+
+// An array without elements may have no memory for them either.
+TEST_P(CodingMembers, EncodersTakeAnArrayWithoutMemory) {
+  CComVariant none;
+  none.vt = VT_ARRAY | VT_UI1;
+  none.parray = SafeArrayCreateVector(VT_UI1, 0, 0);
+  void* const memory = std::exchange(none.parray->pvData, nullptr);
+  EXPECT_EQ(L"", text(L"Base64Encode", by_reference(&none), 0));
+  EXPECT_EQ(L"", text(L"URLEncode", by_reference(&none), 0));
+  EXPECT_EQ(L"d41d8cd98f00b204e9800998ecf8427e", text(L"MD5", by_reference(&none), 0));
+  EXPECT_EQ(L"da39a3ee5e6b4b0d3255bfef95601890afd80709", text(L"SHA1", by_reference(&none), 0));
+  none.parray->pvData = memory;
 }
 
 TEST_P(CodingMembers, EncodersTakeArraysWhereverTheyBegin) {

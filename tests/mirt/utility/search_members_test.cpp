@@ -75,6 +75,13 @@ TEST_P(SearchMembers, FindStringNeedsTheArrayThatItIsGiven) {
   no_array.parray = nullptr;
   EXPECT_EQ(E_INVALIDARG, call(L"FindString", no_array, L"1").hr);
   EXPECT_EQ(E_INVALIDARG, call(L"FindString", L"1", no_array).hr);
+  CComVariant no_reference;
+  no_reference.vt = VT_BYREF | VT_ARRAY | VT_VARIANT;
+  for (SAFEARRAY** reference : {static_cast<SAFEARRAY**>(nullptr), &no_array.parray}) {
+    no_reference.pparray = reference;
+    EXPECT_EQ(E_INVALIDARG, call(L"FindString", no_reference, L"1").hr);
+    EXPECT_EQ(E_INVALIDARG, call(L"FindString", L"1", no_reference).hr);
+  }
 }
 
 }  // namespace
