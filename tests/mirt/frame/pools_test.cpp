@@ -1,5 +1,4 @@
-// Class objects and pools over object kinds made for the test, and RaiseError on a host short of memory.
-#include <dlfcn.h>
+// Class objects and pools over object kinds made for the test.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -8,11 +7,9 @@
 #include <memory>
 #include <new>
 #include <set>
-#include <stdexcept>
 #include <thread>
 #include <vector>
 
-#include <korlib/errorinfo.h>
 #include <korlib_host/context.h>
 #include <mirt/mirt.h>
 
@@ -21,26 +18,6 @@
 #include "support/late_bound.h"
 
 namespace {
-
-enum class ErrorObjects { kOfTheHost, kNone, kNoneWithSuccess, kWriteOnly };
-ErrorObjects error_objects = ErrorObjects::kOfTheHost;
-
-// Takes text and shows it to nobody.
-class WriteOnlyError final : public ICreateErrorInfo {
- public:
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<ICreateErrorInfo, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return ++references; }
-  ULONG Release() override { return --references; }
-  HRESULT SetGUID(REFGUID) override { return S_OK; }
-  HRESULT SetSource(LPOLESTR) override { return S_OK; }
-  HRESULT SetDescription(LPOLESTR) override { return S_OK; }
-  HRESULT SetHelpFile(LPOLESTR) override { return S_OK; }
-  HRESULT SetHelpContext(DWORD) override { return S_OK; }
-  ULONG references = 0;
-};
-WriteOnlyError write_only_error;
 
 int sections_alive = 0;
 thread_local int sections_entered = 0;  // ever
@@ -65,20 +42,6 @@ void EnterCriticalSection(CRITICAL_SECTION* section) {
 void LeaveCriticalSection(CRITICAL_SECTION* section) {
   --sections_held;
   pthread_mutex_unlock(section);
-}
-
-// In front of the runtime's, which is asked unless a test says otherwise.
-HRESULT CreateErrorInfo(ICreateErrorInfo** info) {
-  *info = nullptr;
-  if (error_objects == ErrorObjects::kNone) return E_OUTOFMEMORY;
-  if (error_objects == ErrorObjects::kNoneWithSuccess) return S_OK;
-  if (error_objects == ErrorObjects::kWriteOnly) {
-    write_only_error.AddRef();
-    *info = &write_only_error;
-    return S_OK;
-  }
-  static const auto next = reinterpret_cast<HRESULT (*)(ICreateErrorInfo**)>(dlsym(RTLD_NEXT, "CreateErrorInfo"));
-  return next(info);
 }
 
 namespace test {
@@ -391,40 +354,6 @@ TEST_F(InContextClasses, AnswerTheHostsCodeOutsideOfARequest) {
 TEST(ClassObjects, NeedAPlaceToGoTo) {
   EXPECT_EQ(E_POINTER, DllGetClassObject(CLSID_Utility, IID_IClassFactory, nullptr));
   EXPECT_EQ(E_POINTER, DllGetClassObject(CLSID_NULL, IID_IClassFactory, nullptr));
-}
-
-TEST(RaiseErrors, LeavesSourceAndDescription) {
-  EXPECT_EQ(E_FAIL, RaiseError(E_FAIL, L"Mirt", L"x"));
-  const ErrorText error = take_error();
-  EXPECT_EQ(L"Mirt", error.source);
-  EXPECT_EQ(L"x", error.description);
-  EXPECT_EQ(7, RaiseError(7, L"Templator", L""));
-  EXPECT_EQ(L"Templator", take_error().source);
-}
-
-TEST(RaiseErrors, AnswersTheCodeWithoutAnErrorObject) {
-  for (const ErrorObjects kind : {ErrorObjects::kNone, ErrorObjects::kNoneWithSuccess, ErrorObjects::kWriteOnly}) {
-    SetErrorInfo(0, nullptr);
-    error_objects = kind;
-    EXPECT_EQ(E_FAIL, RaiseError(E_FAIL, L"Mirt", L"x"));
-    error_objects = ErrorObjects::kOfTheHost;
-    EXPECT_EQ(L"", take_error().description);
-  }
-  EXPECT_EQ(0u, write_only_error.references);
-}
-
-TEST(Exceptions, BecomeCodes) {
-  const auto code_of = [](auto exception) {
-    try {
-      throw exception;
-    } catch (...) {
-      return mirt::hresult_from_exception();
-    }
-  };
-  EXPECT_EQ(E_OUTOFMEMORY, code_of(std::bad_alloc()));
-  EXPECT_EQ(E_OUTOFMEMORY, code_of(std::length_error("too long")));
-  EXPECT_EQ(E_FAIL, code_of(std::runtime_error("other")));
-  EXPECT_EQ(E_FAIL, code_of(1));
 }
 
 }  // namespace

@@ -1,0 +1,91 @@
+// RaiseError, also on a host short of memory, and the codes of exceptions.
+#include "frame/error.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <new>
+#include <stdexcept>
+
+#include <korlib/errorinfo.h>
+#include <korlib/ptr.h>
+
+#include "support/late_bound.h"
+
+namespace {
+
+enum class ErrorObjects { kOfTheHost, kNone, kNoneWithSuccess, kWriteOnly };
+ErrorObjects error_objects = ErrorObjects::kOfTheHost;
+
+// Takes text and shows it to nobody.
+class WriteOnlyError final : public ICreateErrorInfo {
+ public:
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    return korlib::query_list<ICreateErrorInfo, IUnknown>(this, riid, ppv);
+  }
+  ULONG AddRef() override { return ++references; }
+  ULONG Release() override { return --references; }
+  HRESULT SetGUID(REFGUID) override { return S_OK; }
+  HRESULT SetSource(LPOLESTR) override { return S_OK; }
+  HRESULT SetDescription(LPOLESTR) override { return S_OK; }
+  HRESULT SetHelpFile(LPOLESTR) override { return S_OK; }
+  HRESULT SetHelpContext(DWORD) override { return S_OK; }
+  ULONG references = 0;
+};
+WriteOnlyError write_only_error;
+
+}  // namespace
+
+// In front of the runtime's, which is asked unless a test says otherwise.
+HRESULT CreateErrorInfo(ICreateErrorInfo** info) {
+  *info = nullptr;
+  if (error_objects == ErrorObjects::kNone) return E_OUTOFMEMORY;
+  if (error_objects == ErrorObjects::kNoneWithSuccess) return S_OK;
+  if (error_objects == ErrorObjects::kWriteOnly) {
+    write_only_error.AddRef();
+    *info = &write_only_error;
+    return S_OK;
+  }
+  static const auto next = reinterpret_cast<HRESULT (*)(ICreateErrorInfo**)>(dlsym(RTLD_NEXT, "CreateErrorInfo"));
+  return next(info);
+}
+
+namespace test {
+namespace {
+
+TEST(RaiseErrors, LeavesSourceAndDescription) {
+  EXPECT_EQ(E_FAIL, RaiseError(E_FAIL, L"Mirt", L"x"));
+  const ErrorText error = take_error();
+  EXPECT_EQ(L"Mirt", error.source);
+  EXPECT_EQ(L"x", error.description);
+  EXPECT_EQ(7, RaiseError(7, L"Templator", L""));
+  EXPECT_EQ(L"Templator", take_error().source);
+}
+
+TEST(RaiseErrors, AnswersTheCodeWithoutAnErrorObject) {
+  for (const ErrorObjects kind : {ErrorObjects::kNone, ErrorObjects::kNoneWithSuccess, ErrorObjects::kWriteOnly}) {
+    SetErrorInfo(0, nullptr);
+    error_objects = kind;
+    EXPECT_EQ(E_FAIL, RaiseError(E_FAIL, L"Mirt", L"x"));
+    error_objects = ErrorObjects::kOfTheHost;
+    EXPECT_EQ(L"", take_error().description);
+  }
+  EXPECT_EQ(0u, write_only_error.references);
+}
+
+TEST(Exceptions, BecomeCodes) {
+  const auto code_of = [](auto exception) {
+    try {
+      throw exception;
+    } catch (...) {
+      return mirt::hresult_from_exception();
+    }
+  };
+  EXPECT_EQ(E_OUTOFMEMORY, code_of(std::bad_alloc()));
+  EXPECT_EQ(E_OUTOFMEMORY, code_of(std::length_error("too long")));
+  EXPECT_EQ(E_FAIL, code_of(std::runtime_error("other")));
+  EXPECT_EQ(E_FAIL, code_of(1));
+}
+
+}  // namespace
+}  // namespace test
