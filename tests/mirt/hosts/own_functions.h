@@ -36,11 +36,11 @@ extern std::vector<std::wstring> loaded_paths;
 
 extern std::wstring module_path;          // what GetModuleFileNameW answers
 extern unsigned long tick_count;          // what GetTickCount answers
-extern bool mapping_fails;                // LCMapStringW answers its failure
-extern int mapping_failure;               // which is 0, or what a test wants
+extern bool mapping_fails;                // LCMapStringW answers 0
 extern int calls_disabled;                // calls of DisableThreadLibraryCalls
 extern std::vector<unsigned int> sleeps;  // what Sleep was asked for, without sleeping
 extern HRESULT guid_failure;              // what CoCreateGuid answers when it is a failure
 extern std::wstring guid_text;            // what StringFromGUID2 writes, 0 characters being its failure
+extern int mapping_failure;               // what LCMapStringW answers instead of 0 when it fails
 
 }  // namespace test
