@@ -7,6 +7,9 @@
 //
 // A last parameter that is a pointer to one of BSTR, VARIANT_BOOL, VARIANT, SAFEARRAY* or an interface
 // pointer is the member's result. Every other parameter is required.
+//
+// An argument that does not convert is DISP_E_TYPEMISMATCH, and its place in rgvarg goes into *argerr.
+// Any other failure, the member's own DISP_E_TYPEMISMATCH included, leaves *argerr as it was.
 #pragma once
 
 #include <tuple>
@@ -153,20 +156,29 @@ struct Result<Interface*> : std::true_type {
   }
 };
 
+// Takes the i-th argument. A caller that gave no *argerr is not told which one did not convert.
+template <class Parameter>
+HRESULT take_one(Argument<Parameter>& argument, const DISPPARAMS* params, UINT i, UINT* argerr) {
+  const HRESULT hr = argument.take(params, i);
+  if (hr == DISP_E_TYPEMISMATCH && argerr) *argerr = params->cArgs - i - 1;
+  return hr;
+}
+
 template <class... Arguments>
-HRESULT take_all(const DISPPARAMS* params, std::tuple<Arguments...>& arguments) {
+HRESULT take_all(const DISPPARAMS* params, std::tuple<Arguments...>& arguments, UINT* argerr) {
   HRESULT hr = S_OK;
   UINT i = 0;
-  std::apply([&](auto&... argument) { ((SUCCEEDED(hr) ? hr = argument.take(params, i++) : hr), ...); }, arguments);
+  std::apply([&](auto&... argument) { ((SUCCEEDED(hr) ? hr = take_one(argument, params, i++, argerr) : hr), ...); },
+             arguments);
   return hr;
 }
 
 // Calls with the inputs Is of Parameters, and a result behind them when there is one parameter more.
 template <class Object, class Member, class Parameters, std::size_t... Is>
-HRESULT call_with(Object* object, Member member, const DISPPARAMS* params, VARIANT* result,
+HRESULT call_with(Object* object, Member member, const DISPPARAMS* params, VARIANT* result, UINT* argerr,
                   std::index_sequence<Is...>) {
   std::tuple<Argument<std::tuple_element_t<Is, Parameters>>...> arguments;
-  RETURN_IF_FAILED(take_all(params, arguments));
+  RETURN_IF_FAILED(take_all(params, arguments, argerr));
   if constexpr (sizeof...(Is) == std::tuple_size_v<Parameters>) {
     return (object->*member)(std::get<Is>(arguments).value...);
   } else {
@@ -179,7 +191,8 @@ HRESULT call_with(Object* object, Member member, const DISPPARAMS* params, VARIA
 }
 
 template <class Object, class Owner, class... Parameters>
-HRESULT call_typed(Object* object, HRESULT (Owner::*member)(Parameters...), const DISPPARAMS* params, VARIANT* result) {
+HRESULT call_typed(Object* object, HRESULT (Owner::*member)(Parameters...), const DISPPARAMS* params, VARIANT* result,
+                   UINT* argerr) {
   using List = std::tuple<Parameters...>;
   constexpr std::size_t count = sizeof...(Parameters);
   constexpr bool has_result = [] {
@@ -190,14 +203,14 @@ HRESULT call_typed(Object* object, HRESULT (Owner::*member)(Parameters...), cons
       return std::is_pointer_v<Last> && Result<std::remove_pointer_t<Last>>::value;
     }
   }();
-  return call_with<Object, decltype(member), List>(object, member, params, result,
+  return call_with<Object, decltype(member), List>(object, member, params, result, argerr,
                                                    std::make_index_sequence<count - (has_result ? 1 : 0)>());
 }
 
 // One late-bound call of `Member` on `instance`.
 template <class Interface, auto Member>
-HRESULT call(Interface* instance, DISPPARAMS* params, VARIANT* result) {
-  return call_typed(instance, Member, params, result);
+HRESULT call(Interface* instance, DISPPARAMS* params, VARIANT* result, UINT* argerr) {
+  return call_typed(instance, Member, params, result, argerr);
 }
 
 }  // namespace mirt::dispatch

@@ -7,7 +7,7 @@
 namespace mirt::dispatch {
 
 template <class Interface>
-using Server = HRESULT (*)(Interface* instance, DISPPARAMS* params, VARIANT* result);
+using Server = HRESULT (*)(Interface* instance, DISPPARAMS* params, VARIANT* result, UINT* argerr);
 
 template <class Interface>
 struct Member {
@@ -38,21 +38,22 @@ constexpr Member<Interface> object_property(const wchar_t* name) {
 // Flags are looked at bit by bit, writes before reads: a caller that cannot tell a method from a
 // property read sets both bits and is served either way.
 template <class Interface>
-HRESULT invoke(const Member<Interface>& member, Interface* instance, WORD flags, DISPPARAMS* params, VARIANT* result) {
-  if ((flags & DISPATCH_PROPERTYPUTREF) && member.putref) return member.putref(instance, params, result);
-  if ((flags & DISPATCH_PROPERTYPUT) && member.put) return member.put(instance, params, result);
-  if ((flags & DISPATCH_METHOD) && member.method) return member.method(instance, params, result);
-  if ((flags & DISPATCH_PROPERTYGET) && member.get) return member.get(instance, params, result);
+HRESULT invoke(const Member<Interface>& member, Interface* instance, WORD flags, DISPPARAMS* params, VARIANT* result,
+               UINT* argerr) {
+  if ((flags & DISPATCH_PROPERTYPUTREF) && member.putref) return member.putref(instance, params, result, argerr);
+  if ((flags & DISPATCH_PROPERTYPUT) && member.put) return member.put(instance, params, result, argerr);
+  if ((flags & DISPATCH_METHOD) && member.method) return member.method(instance, params, result, argerr);
+  if ((flags & DISPATCH_PROPERTYGET) && member.get) return member.get(instance, params, result, argerr);
   return DISP_E_MEMBERNOTFOUND;
 }
 
 // A call of the member of that identifier, in a table whose first row has identifier `first`.
 template <class Interface, std::size_t Size>
 HRESULT invoke_in(const Member<Interface> (&table)[Size], DISPID first, Interface* instance, DISPID id, WORD flags,
-                  DISPPARAMS* params, VARIANT* result) {
+                  DISPPARAMS* params, VARIANT* result, UINT* argerr) {
   if (result) VariantInit(result);
   if (id < first || id - first >= static_cast<DISPID>(Size)) return DISP_E_MEMBERNOTFOUND;
-  return invoke(table[id - first], instance, flags, params, result);
+  return invoke(table[id - first], instance, flags, params, result, argerr);
 }
 
 bool name_eq(const wchar_t* a, const wchar_t* b);  // letter case does not count

@@ -17,9 +17,9 @@ HRESULT view_of(IMirt* page, CComPtr<IKorLibDictionary>* view) {
 }
 
 // View, or with a key the view's item of that key.
-HRESULT read_view(IMirt* page, DISPPARAMS* params, VARIANT* result) {
+HRESULT read_view(IMirt* page, DISPPARAMS* params, VARIANT* result, UINT* argerr) {
   const VARIANT* key = disp_arg(params, 0);
-  if (!key) return call<IMirt, &IMirt::get_View>(page, params, result);
+  if (!key) return call<IMirt, &IMirt::get_View>(page, params, result, argerr);
   CComPtr<IKorLibDictionary> spView;
   RETURN_IF_FAILED(view_of(page, &spView));
   CComVariant item;
@@ -28,7 +28,7 @@ HRESULT read_view(IMirt* page, DISPPARAMS* params, VARIANT* result) {
 }
 
 // SetView(key, value), which is also what a write to View(key) does.
-HRESULT write_view(IMirt* page, DISPPARAMS* params, VARIANT*) {
+HRESULT write_view(IMirt* page, DISPPARAMS* params, VARIANT*, UINT*) {
   const VARIANT* key = disp_arg(params, 0);
   const VARIANT* value = disp_arg(params, 1);
   if (!key || !value) return DISP_E_BADPARAMCOUNT;
@@ -40,9 +40,9 @@ HRESULT write_view(IMirt* page, DISPPARAMS* params, VARIANT*) {
 
 // The third argument goes in and comes out, when it is a reference. One by value belongs to the caller,
 // who is not told what became of it: the member works on a copy.
-HRESULT fire_event(IMirt* page, DISPPARAMS* params, VARIANT* result) {
+HRESULT fire_event(IMirt* page, DISPPARAMS* params, VARIANT* result, UINT* argerr) {
   Argument<BSTR> name;
-  RETURN_IF_FAILED(name.take(params, 0));
+  RETURN_IF_FAILED(take_one(name, params, 0, argerr));
   VARIANT* argument = disp_arg(params, 1);
   VARIANT* outcome = disp_arg(params, 2);
   if (!argument || !outcome) return DISP_E_BADPARAMCOUNT;
@@ -126,8 +126,8 @@ MEMBERID MirtTypeInfo::find_member(const wchar_t* name) const {
 }
 
 HRESULT MirtTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO*,
-                             UINT*) {
+                             UINT* argerr) {
   auto* page = static_cast<IMirt*>(instance);
-  if (id >= kFirstUtilityMember) return invoke_utility_like(page, id, flags, params, result);
-  return invoke_in(kMembers, kFirst, page, id, flags, params, result);
+  if (id >= kFirstUtilityMember) return invoke_utility_like(page, id, flags, params, result, argerr);
+  return invoke_in(kMembers, kFirst, page, id, flags, params, result, argerr);
 }

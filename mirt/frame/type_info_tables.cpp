@@ -43,28 +43,29 @@ MEMBERID TextTemplatorTypeInfo::find_member(const wchar_t* name) const {
   return find_name(kTextTemplator, kFirst, name);
 }
 HRESULT TextTemplatorTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
-                                      EXCEPINFO*, UINT*) {
-  return invoke_in(kTextTemplator, kFirst, static_cast<ITextTemplator*>(instance), id, flags, params, result);
+                                      EXCEPINFO*, UINT* argerr) {
+  return invoke_in(kTextTemplator, kFirst, static_cast<ITextTemplator*>(instance), id, flags, params, result, argerr);
 }
 
 MEMBERID MirtedTemplatorTypeInfo::find_member(const wchar_t* name) const {
   return find_name(kMirtedTemplator, kFirst, name);
 }
 HRESULT MirtedTemplatorTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
-                                        EXCEPINFO*, UINT*) {
-  return invoke_in(kMirtedTemplator, kFirst, static_cast<IMirtedTemplator*>(instance), id, flags, params, result);
+                                        EXCEPINFO*, UINT* argerr) {
+  return invoke_in(kMirtedTemplator, kFirst, static_cast<IMirtedTemplator*>(instance), id, flags, params, result,
+                   argerr);
 }
 
 MEMBERID FormFileTypeInfo::find_member(const wchar_t* name) const { return find_name(kFormFile, kFirst, name); }
 HRESULT FormFileTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
-                                 EXCEPINFO*, UINT*) {
-  return invoke_in(kFormFile, kFirst, static_cast<IFormFile*>(instance), id, flags, params, result);
+                                 EXCEPINFO*, UINT* argerr) {
+  return invoke_in(kFormFile, kFirst, static_cast<IFormFile*>(instance), id, flags, params, result, argerr);
 }
 
 MEMBERID UtilityTypeInfo::find_member(const wchar_t* name) const {
   return find_name(kUtilityMembers<IUtility>, kFirstUtilityMember, name);
 }
 HRESULT UtilityTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
-                                EXCEPINFO*, UINT*) {
-  return invoke_utility_like(static_cast<IUtility*>(instance), id, flags, params, result);
+                                EXCEPINFO*, UINT* argerr) {
+  return invoke_utility_like(static_cast<IUtility*>(instance), id, flags, params, result, argerr);
 }

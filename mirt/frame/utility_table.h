@@ -30,8 +30,8 @@ inline constexpr Member<I> kUtilityMembers[] = {
 };
 
 template <class I>
-HRESULT invoke_utility_like(I* instance, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result) {
-  return invoke_in(kUtilityMembers<I>, kFirstUtilityMember, instance, id, flags, params, result);
+HRESULT invoke_utility_like(I* instance, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, UINT* argerr) {
+  return invoke_in(kUtilityMembers<I>, kFirstUtilityMember, instance, id, flags, params, result, argerr);
 }
 
 }  // namespace mirt::dispatch

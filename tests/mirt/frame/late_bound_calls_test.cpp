@@ -53,6 +53,62 @@ TEST_F(LateBoundCalls, RefuseArgumentsThatDoNotConvert) {
   EXPECT_EQ(L"", page.log);
 }
 
+// The place is the one in the block of arguments, which lie in reverse order.
+TEST_F(LateBoundCalls, NameTheArgumentThatDoesNotConvert) {
+  RecordingMirt page;
+  void* instance = static_cast<IMirt*>(&page);
+  const UINT untouched = 0xFFFFFFFFu;
+  const CComVariant good(L"1");
+  const CComVariant bad = null_value();
+  CComVariant no_object;
+  no_object.vt = VT_DISPATCH;
+  no_object.pdispVal = nullptr;
+  const struct {
+    DISPID id;
+    WORD kind;
+    std::vector<CComVariant> arguments;
+    HRESULT hr;
+    UINT place;
+  } rows[] = {
+      {36, M, {bad}, DISP_E_TYPEMISMATCH, 0},        // Redirect(string)
+      {25, M, {bad, good}, DISP_E_TYPEMISMATCH, 1},  // Write(string, boolean)
+      {25, M, {good, value_of(L"x")}, DISP_E_TYPEMISMATCH, 0},
+      {25, M, {bad, value_of(L"x")}, DISP_E_TYPEMISMATCH, 1},         // the first one that does not
+      {25, M, {bad, good, good}, DISP_E_TYPEMISMATCH, 2},             // one argument too many moves the places
+      {38, M, {good, good, value_of(L"x")}, DISP_E_TYPEMISMATCH, 0},  // NewADOCommand(variant, string, long)
+      {41, M, {value_of(L"x"), good}, DISP_E_TYPEMISMATCH, 1},        // MakeKey(long, string), a utility member
+      {21, M, {good}, DISP_E_TYPEMISMATCH, 0},                        // AddScript(object)
+      {10, R, {good}, DISP_E_TYPEMISMATCH, 0},                        // Output
+      {28, M, {bad, good, good}, DISP_E_TYPEMISMATCH, 2},             // FireEvent(string, variant, variant)
+      {21, M, {no_object}, E_INVALIDARG, untouched},
+      {25, M, {good}, DISP_E_BADPARAMCOUNT, untouched},
+      {36, G, {bad}, DISP_E_MEMBERNOTFOUND, untouched},
+      {99, M, {bad}, DISP_E_MEMBERNOTFOUND, untouched},
+      {36, M, {good}, S_OK, untouched},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.id << " with " << row.arguments.size());
+    std::vector<VARIANT> block(row.arguments.rbegin(), row.arguments.rend());
+    DISPPARAMS params{block.data(), nullptr, static_cast<UINT>(block.size()), 0};
+    UINT place = untouched;
+    EXPECT_EQ(row.hr, info("g_pTI_IMirt")->Invoke(instance, row.id, row.kind, &params, nullptr, nullptr, &place));
+    EXPECT_EQ(row.place, place);
+    EXPECT_EQ(row.hr, info("g_pTI_IMirt")->Invoke(instance, row.id, row.kind, &params, nullptr, nullptr, nullptr));
+  }
+}
+
+TEST_F(LateBoundCalls, NameNoArgumentWhenTheMemberItselfRefuses) {
+  RecordingMirt page;
+  page.answer = DISP_E_TYPEMISMATCH;
+  VARIANT argument{};
+  DISPPARAMS params{&argument, nullptr, 1, 0};
+  UINT place = 0xFFFFFFFFu;
+  EXPECT_EQ(DISP_E_TYPEMISMATCH,
+            info("g_pTI_IMirt")->Invoke(static_cast<IMirt*>(&page), 36, M, &params, nullptr, nullptr, &place));
+  EXPECT_EQ(0xFFFFFFFFu, place);
+  EXPECT_EQ(L"Redirect()", page.log);
+}
+
 TEST_F(LateBoundCalls, TakeObjectsUnderEitherType) {
   RecordingMirt page;
   void* instance = static_cast<IMirt*>(&page);
