@@ -1,4 +1,5 @@
 // The page controller's member table, and the members of it that only late-bound callers have.
+#include <korlib/comvariant.h>
 #include <korlib/dictionary.h>
 #include <mirt/mirt.h>
 
@@ -58,6 +59,14 @@ HRESULT fire_event(IMirt* page, DISPPARAMS* params, VARIANT* result, UINT* arger
   return hr;
 }
 
+// Without a key it asks for any message: the member then sees what stands for an omitted argument.
+HRESULT message_exists(IMirt* page, DISPPARAMS* params, VARIANT* result, UINT* argerr) {
+  if (disp_arg(params, 0)) return call<IMirt, &IMirt::MessageExists>(page, params, result, argerr);
+  VARIANT omitted = korlib::omitted();
+  DISPPARAMS with_it{&omitted, nullptr, 1, 0};
+  return call<IMirt, &IMirt::MessageExists>(page, &with_it, result, argerr);
+}
+
 template <auto M>
 constexpr Member<IMirt> method(const wchar_t* name) {
   return mirt::dispatch::method<IMirt, M>(name);
@@ -104,7 +113,7 @@ constexpr Member<IMirt> kMembers[] = {
     method<&IMirt::AddLog>(L"AddLog"),
     {.name = L"FireEvent", .method = fire_event},
     method<&IMirt::AddMessage>(L"AddMessage"),
-    method<&IMirt::MessageExists>(L"MessageExists"),
+    {.name = L"MessageExists", .method = message_exists},
     method<&IMirt::ProcessTemplate>(L"ProcessTemplate"),
     method<&IMirt::Process>(L"Process"),
     method<&IMirt::ToArray>(L"ToArray"),

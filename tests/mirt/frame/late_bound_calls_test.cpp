@@ -109,6 +109,14 @@ TEST_F(LateBoundCalls, NameNoArgumentWhenTheMemberItselfRefuses) {
   EXPECT_EQ(L"Redirect()", page.log);
 }
 
+TEST_F(LateBoundCalls, MayLeaveTheKeyOfMessageExistsOut) {
+  RecordingMirt page;
+  void* instance = static_cast<IMirt*>(&page);
+  EXPECT_TRUE(is_true(invoke(info("g_pTI_IMirt"), instance, 30, M, {})));
+  EXPECT_EQ(S_OK, info("g_pTI_IMirt")->Invoke(instance, 30, M, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(L"MessageExists(10)MessageExists(10)", page.log);
+}
+
 TEST_F(LateBoundCalls, TakeObjectsUnderEitherType) {
   RecordingMirt page;
   void* instance = static_cast<IMirt*>(&page);

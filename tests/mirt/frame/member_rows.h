@@ -5,7 +5,8 @@
 
 namespace test {
 
-// `inputs` has a letter a parameter: s string, b boolean, l long, v variant, o object; `result` likewise,
+// `inputs` has a letter a parameter: s string, b boolean, l long, v variant, w variant
+// that may be left out, o object; `result` likewise,
 // with u for IUnknown, a for an array and a dash for none.
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the columns
 struct Row {
@@ -69,7 +70,7 @@ inline constexpr Row kMirtRows[] = {
     {27, L"AddLog", M, "ss", '-'},
     {28, L"FireEvent", M, "svv", 'b'},
     {29, L"AddMessage", M, "vs", '-'},
-    {30, L"MessageExists", M, "v", 'b'},
+    {30, L"MessageExists", M, "w", 'b'},
     {31, L"ProcessTemplate", M, "s", '-'},
     {32, L"Process", M, "", '-'},
     {33, L"ToArray", M, "o", 'a'},

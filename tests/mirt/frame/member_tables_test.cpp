@@ -121,7 +121,7 @@ class MemberTables : public TypeInfoTest {
 
   // One argument too few, for each number of them, and none at all.
   void check_too_few(ITypeInfo* type, void* instance, const Row& row, std::vector<CComVariant> arguments) {
-    if (arguments.empty()) return;
+    if (arguments.empty() || row.inputs[0] == 'w') return;
     while (!arguments.empty()) {
       arguments.pop_back();
       EXPECT_EQ(DISP_E_BADPARAMCOUNT, invoke(type, instance, row.id, row.kind, arguments).hr);

@@ -28,6 +28,7 @@ function all() {
 }
 all();
 mirt.AddMessage("m", "k");
+line("MessageExists()", function () { return mirt.MessageExists(); });
 line("MessageExists(undefined)", function () { return mirt.MessageExists(undefined); });
 line("MessageExists('k')", function () { return mirt.MessageExists("k"); });
 line("MessageExists('x')", function () { return mirt.MessageExists("x"); });
