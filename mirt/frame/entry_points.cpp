@@ -11,6 +11,7 @@
 
 #include "frame/class_table.h"
 #include "frame/globals.h"
+#include "frame/host_function.h"
 
 namespace {
 
@@ -34,17 +35,23 @@ bool take_all_type_infos(ITypeLib* own, ITypeLib* host) {
          take_type_info(host, korlib::iid_of<IRequestDictionary>, &g_pTI_IRequestDictionary);
 }
 
+// What the host has behind the path. A host without type libraries exports no LoadTypeLib.
+CComPtr<ITypeLib> load_type_library(const wchar_t* path) {
+  CComPtr<ITypeLib> spLibrary;
+  const auto load = mirt::host_function<decltype(LoadTypeLib)>("LoadTypeLib");
+  if (!load || FAILED(load(path, spLibrary.put()))) spLibrary.reset();
+  return spLibrary;
+}
+
 bool load_type_libraries() {
   constexpr wchar_t kSecondLibrary[] = L"\\2";
   wchar_t host_path[std::size(g_aDLLPath) + std::size(kSecondLibrary)];
   std::wcscpy(host_path, g_aDLLPath);
   std::wcscat(host_path, kSecondLibrary);
 
-  CComPtr<ITypeLib> spOwn;
-  CComPtr<ITypeLib> spHost;
-  const bool own_loaded = SUCCEEDED(LoadTypeLib(g_aDLLPath, spOwn.put())) && spOwn;
-  const bool host_loaded = SUCCEEDED(LoadTypeLib(host_path, spHost.put())) && spHost;
-  return own_loaded && host_loaded && take_all_type_infos(spOwn.get(), spHost.get());
+  const CComPtr<ITypeLib> spOwn = load_type_library(g_aDLLPath);
+  const CComPtr<ITypeLib> spHost = load_type_library(host_path);
+  return spOwn && spHost && take_all_type_infos(spOwn.get(), spHost.get());
 }
 
 int attach(void* module) {

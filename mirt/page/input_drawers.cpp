@@ -1,4 +1,5 @@
 // The built-in draw events that let form inputs show what is bound to them.
+#include "frame/values.h"
 #include "page/mirt_impl.h"
 #include "page/text.h"
 
@@ -54,20 +55,17 @@ HRESULT text_of(const VARIANT& value, CComVariant* text) { return VariantChangeT
 
 // Of whatever type and dimensions the array is. An element without a text form equals nothing.
 bool any_element_is(SAFEARRAY* array, std::wstring_view input) {
-  VARTYPE type = VT_EMPTY;
-  void* data = nullptr;
-  if (FAILED(SafeArrayGetVartype(array, &type)) || FAILED(SafeArrayAccessData(array, &data))) return false;
-  std::size_t count = array->cDims > 0 ? 1 : 0;
-  for (USHORT i = 0; i < array->cDims; ++i) count *= array->rgsabound[i].cElements;
+  if (!array) return false;
+  const mirt::ArrayLock lock(array);
+  const std::size_t count = mirt::element_count(*array);
   bool found = false;
   for (std::size_t i = 0; i < count && !found; ++i) {
     VARIANT element{};
-    element.vt = static_cast<VARTYPE>(VT_BYREF | type);
-    element.byref = static_cast<BYTE*>(data) + i * array->cbElements;
+    element.vt = static_cast<VARTYPE>(VT_BYREF | array->vtElement);
+    element.byref = static_cast<BYTE*>(array->pvData) + i * array->cbElements;
     CComVariant text;
     found = SUCCEEDED(text_of(element, &text)) && korlib::view_of(text.bstrVal) == input;
   }
-  SafeArrayUnaccessData(array);
   return found;
 }
 
@@ -110,7 +108,7 @@ HRESULT Self::is_bound(Source source, std::wstring_view name, std::wstring_view 
   RETURN_IF_FAILED(bound_value(source, name, &bound, &exists));
   if (!exists && source == Source::kScript) return DISP_E_UNKNOWNNAME;
   CComVariant direct;
-  RETURN_IF_FAILED(VariantCopyInd(&direct, &bound));
+  RETURN_IF_FAILED(mirt::copy_followed(&direct, bound));
   if (direct.vt & VT_ARRAY) {
     *matches = any_element_is(direct.parray, input);
     return S_OK;

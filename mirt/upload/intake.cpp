@@ -66,7 +66,7 @@ HRESULT read_multipart_form(IRequest* request, IResponse* response, CComPtr<IReq
 
   CComVariant body;
   RETURN_IF_FAILED(read_body(request, &body));
-  if (body.vt != (VT_ARRAY | VT_UI1) || SafeArrayGetDim(body.parray) != 1) return S_OK;
+  if (body.vt != (VT_ARRAY | VT_UI1) || !body.parray || body.parray->cDims != 1) return S_OK;
   RETURN_IF_FAILED(g_oCF_MultipartForm.CreateInstance(nullptr, korlib::iid_of<IRequestDictionary>, form->put_void()));
   LONG code_page = 0;
   RETURN_IF_FAILED(response->get_CodePage(&code_page));

@@ -4,25 +4,12 @@
 #include <string>
 #include <string_view>
 
-#include <korlib/text.h>
-
 #include "frame/error.h"
+#include "upload/code_page.h"
 #include "upload/multipart_parser.h"
 #include "upload/upload_classes.h"
 
 namespace {
-
-// The text of the bytes in front of the first NUL.
-HRESULT to_text(std::string_view bytes, UINT code_page, CComBSTR* text) {
-  bytes = bytes.substr(0, bytes.find('\0'));
-  const std::size_t length = codepage_utf32(code_page, bytes.data(), bytes.size(), nullptr, 0);
-  if (length == kUnknownCodePage) return E_FAIL;
-  if (length >= kMaxBstrBytes / sizeof(wchar_t)) return E_OUTOFMEMORY;
-  text->attach(SysAllocStringLen(nullptr, static_cast<UINT>(length)));
-  if (!text->get()) return E_OUTOFMEMORY;
-  codepage_utf32(code_page, bytes.data(), bytes.size(), text->get(), length);
-  return S_OK;
-}
 
 // What the headers of a part say about it, in bytes.
 class PartHeaders {
@@ -66,7 +53,7 @@ class PartHeaders {
 HRESULT file_value(CComBSTR name, const std::string& content_type, std::string_view content, UINT code_page,
                    CComVariant* value) {
   CComBSTR type;
-  RETURN_IF_FAILED(to_text(content_type, code_page, &type));
+  RETURN_IF_FAILED(bytes_to_text(content_type, code_page, &type));
   CComPtr<IFormFile> spFile;
   RETURN_IF_FAILED(g_oCF_FormFile.CreateInstance(nullptr, korlib::iid_of<IFormFile>, spFile.put_void()));
   RETURN_IF_FAILED(static_cast<GIFormFileImpl<IFormFile>*>(spFile.get())
@@ -77,7 +64,7 @@ HRESULT file_value(CComBSTR name, const std::string& content_type, std::string_v
 
 HRESULT text_value(std::string_view content, UINT code_page, CComVariant* value) {
   CComBSTR text;
-  RETURN_IF_FAILED(to_text(content, code_page, &text));
+  RETURN_IF_FAILED(bytes_to_text(content, code_page, &text));
   value->vt = VT_BSTR;
   value->bstrVal = text.detach();
   return S_OK;
@@ -88,8 +75,8 @@ HRESULT add_part(const PartHeaders& headers, std::string_view content, UINT code
   CComBSTR name;
   CComBSTR file_name;
   CComVariant value;
-  RETURN_IF_FAILED(to_text(headers.field_name(), code_page, &name));
-  RETURN_IF_FAILED(to_text(headers.file_name(), code_page, &file_name));
+  RETURN_IF_FAILED(bytes_to_text(headers.field_name(), code_page, &name));
+  RETURN_IF_FAILED(bytes_to_text(headers.file_name(), code_page, &file_name));
   RETURN_IF_FAILED(file_name.empty()
                        ? text_value(content, code_page, &value)
                        : file_value(std::move(file_name), headers.content_type(), content, code_page, &value));

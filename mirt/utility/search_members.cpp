@@ -2,6 +2,7 @@
 #include <korlib/comvariant.h>
 
 #include "frame/error.h"
+#include "frame/values.h"
 #include "utility/members.h"
 
 namespace mirt::utility {
@@ -13,13 +14,6 @@ namespace {
 // conversion calls, say.
 class Values {
  public:
-  Values() = default;
-  ~Values() {
-    if (array_) SafeArrayUnaccessData(array_);
-  }
-  Values(const Values&) = delete;
-  Values& operator=(const Values&) = delete;
-
   HRESULT attach(const VARIANT* argument) {
     if (!argument) return E_POINTER;
     if (argument->vt & VT_ARRAY) return attach_array(*argument);
@@ -37,17 +31,14 @@ class Values {
     SAFEARRAY* array = argument.parray;
     if (argument.vt & VT_BYREF) array = argument.pparray ? *argument.pparray : nullptr;
     if (!array || array->vtElement != VT_VARIANT) return E_INVALIDARG;
-    void* data = nullptr;
-    RETURN_IF_FAILED(SafeArrayAccessData(array, &data));
-    array_ = array;
-    elements_ = static_cast<const VARIANT*>(data);
-    count_ = 1;
-    for (USHORT i = 0; i < array->cDims; ++i) count_ *= array->rgsabound[i].cElements;
+    lock_.lock(array);
+    elements_ = static_cast<const VARIANT*>(array->pvData);
+    count_ = element_count(*array);
     return S_OK;
   }
 
   CComVariant single_;
-  SAFEARRAY* array_ = nullptr;
+  ArrayLock lock_;
   const VARIANT* elements_ = nullptr;
   std::size_t count_ = 0;
 };

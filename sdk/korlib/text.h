@@ -14,7 +14,8 @@ extern "C" {
 KORLIB_API std::size_t utf32_utf8(const wchar_t* text, std::size_t length, char* out, std::size_t capacity);
 KORLIB_API std::size_t utf8_utf32(const char* bytes, std::size_t length, wchar_t* out, std::size_t capacity);
 // From the Windows code page of that number (65001 is UTF-8, 932 Shift_JIS, 1252 Western …); bytes that
-// the code page does not define become U+FFFD. An unknown code page answers kUnknownCodePage.
+// the code page does not define become U+FFFD. An unknown code page answers kUnknownCodePage. A host may
+// do without this one: a component looks for it when it is needed, and then has UTF-8 only.
 KORLIB_API std::size_t codepage_utf32(UINT code_page, const char* bytes, std::size_t length, wchar_t* out,
                                       std::size_t capacity);
 }

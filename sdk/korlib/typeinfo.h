@@ -70,7 +70,8 @@ inline constexpr const GUID& IID_ITypeInfo = korlib::iid_of<ITypeInfo>;
 
 extern "C" {
 // The type library behind a path; "…\2" asks for the second library of a module, which is the host's
-// own. The host supplies it; a host without type libraries answers TYPE_E_CANTLOADLIBRARY.
+// own. A host without type libraries answers TYPE_E_CANTLOADLIBRARY, or does not export the function: it
+// is looked for when it is needed.
 // A module may release what it took from a library more often than it counted it, once when it is
 // detached and once when it is unloaded, so type information handed out lives as long as the process.
 KORLIB_API HRESULT LoadTypeLib(const OLECHAR* path, ITypeLib** library);

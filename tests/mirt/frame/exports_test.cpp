@@ -1,4 +1,4 @@
-// What libmirt.so shows to the dynamic linker.
+// What libmirt.so shows to the dynamic linker, and what it asks of it.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -16,16 +16,16 @@ struct Symbol {
   bool operator<(const Symbol& other) const { return name < other.name; }
 };
 
-std::set<Symbol> dynamic_symbols() {
-  const std::string command = std::string("nm -D --defined-only '") + MIRT_MODULE_PATH + "'";
+std::set<Symbol> dynamic_symbols(const char* which = "--defined-only") {
+  const std::string command = std::string("nm -D ") + which + " '" + MIRT_MODULE_PATH + "'";
   const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), pclose);
   std::set<Symbol> symbols;
   char line[1024];
   while (output && std::fgets(line, sizeof line, output.get())) {
     std::istringstream fields(line);
-    std::string address;
     Symbol symbol{};
-    fields >> address >> symbol.kind >> symbol.name;
+    if (line[0] != ' ') fields >> symbol.name;  // the address; what is not defined has none
+    fields >> symbol.kind >> symbol.name;
     symbols.insert(symbol);
   }
   return symbols;
@@ -127,6 +127,44 @@ TEST(Exports, FallbacksAreWeak) {
   for (const Symbol& symbol : dynamic_symbols()) {
     EXPECT_EQ(kFallbacks.count(symbol.name) != 0, symbol.kind == 'W') << symbol.name;
   }
+}
+
+// What a host has to export. LoadTypeLib belongs to it too, but is looked for when it is needed.
+const std::set<std::string> kRuntime = {"CoCreateInstance",
+                                        "CoGetObjectContext",
+                                        "CreateErrorInfo",
+                                        "SetErrorInfo",
+                                        "SysAllocString",
+                                        "SysAllocStringLen",
+                                        "SysAllocStringByteLen",
+                                        "SysStringLen",
+                                        "SysStringByteLen",
+                                        "SysFreeString",
+                                        "VariantInit",
+                                        "VariantClear",
+                                        "VariantCopy",
+                                        "VariantChangeType",
+                                        "VarCmp",
+                                        "SafeArrayCreate",
+                                        "SafeArrayCreateVector",
+                                        "SafeArrayDestroy",
+                                        "CoCreateGuid",
+                                        "StringFromGUID2",
+                                        "utf32_utf8",
+                                        "utf8_utf32"};
+
+// The system's libraries and the compiler's own: versioned, or reserved names.
+bool is_of_the_system(const std::string& name) {
+  return name.find('@') != std::string::npos || name.starts_with("_ITM_") || name.starts_with("__");
+}
+
+TEST(Imports, AreAllInTheContract) {
+  std::set<std::string> found;
+  for (const Symbol& symbol : dynamic_symbols("--undefined-only")) {
+    if (!is_of_the_system(symbol.name)) found.insert(symbol.name);
+  }
+  EXPECT_EQ(1u, found.count("SysAllocString")) << "nothing was read";
+  for (const std::string& name : found) EXPECT_EQ(1u, kRuntime.count(name)) << name;
 }
 
 }  // namespace
