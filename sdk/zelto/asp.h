@@ -49,7 +49,7 @@ struct IVariantDictionary : IDispatch {
 
 struct IRequest : IDispatch {
   // The first of QueryString, Form, Cookies, ClientCertificate, ServerVariables that has the name; an
-  // object, null when none has it.
+  // empty IStringList when none has it, so that a field which was not sent reads as nothing.
   virtual HRESULT get_Item(BSTR name, IDispatch** value) = 0;
   virtual HRESULT get_QueryString(IRequestDictionary** values) = 0;
   virtual HRESULT get_Form(IRequestDictionary** values) = 0;

@@ -117,6 +117,7 @@ HRESULT RequestObject::get_Item(BSTR name, IDispatch** value) {
   return guarded(kSource, [&]() -> HRESULT {
     CComPtr<IDispatch> found;
     RETURN_IF_FAILED(search(korlib::view_of(name), found));
+    if (!found) found = korlib::make<StringList>(RequestState::Fields(), nullptr).get();
     *value = found.detach();
     return S_OK;
   });

@@ -23,8 +23,10 @@ class RequestObject final : public korlib::DispatchObject<RequestObject, ZeltoTy
   HRESULT get_TotalBytes(LONG* bytes) override;
   HRESULT BinaryRead(VARIANT* count, VARIANT* data) override;
 
-  // As get_Item for scripts, which find nothing at all instead of a null object.
+  // As get_Item for scripts, which find nothing at all instead of an empty list.
   HRESULT find(VARIANT name, VARIANT* value);
+  // As BinaryRead for scripts, which find no bytes at the end of a body, and then again.
+  HRESULT read_bytes(VARIANT* count, VARIANT* data);
 
  private:
   HRESULT search(std::wstring_view name, CComPtr<IDispatch>& value);

@@ -114,11 +114,19 @@ TEST_F(Request, SearchesTheCollectionsInOrder) {
   EXPECT_EQ(find(L"request_method"), L"POST");
 }
 
+// For scripts. A component finds a list that is empty and reads as nothing.
 TEST_F(Request, FindsNothingAtAllForANameThatNoCollectionHas) {
   EXPECT_EQ(get(request_object().get(), L"Item", L"none").value.vt, VT_EMPTY);
-  IDispatch* found = reinterpret_cast<IDispatch*>(1);
-  EXPECT_EQ(request_object()->get_Item(CComBSTR(L"none"), &found), S_OK);
-  EXPECT_EQ(found, nullptr);
+  CComPtr<IDispatch> found;
+  EXPECT_EQ(request_object()->get_Item(CComBSTR(L"none"), found.put()), S_OK);
+  const CComQIPtr<ZeltoTypeLibrary::IStringList> list(found.get());
+  ASSERT_TRUE(list);
+  int count = -1;
+  EXPECT_EQ(list->get_Count(&count), S_OK);
+  EXPECT_EQ(count, 0);
+  CComVariant text(found.get());
+  EXPECT_EQ(text.change_type(VT_BSTR), S_OK);
+  EXPECT_EQ(SysStringLen(text.bstrVal), 0u);
 }
 
 TEST_F(Request, ReadsCookiesAndTheirKeys) {
