@@ -22,6 +22,15 @@ HRESULT take(IGetContextProperties* context, const wchar_t* name, CComPtr<Interf
 
 }  // namespace
 
+HRESULT mirt::server_variable(ZeltoTypeLibrary::IRequest* request, const wchar_t* name, CComVariant* text) {
+  CComPtr<ZeltoTypeLibrary::IRequestDictionary> variables;
+  RETURN_IF_FAILED(request->get_ServerVariables(variables.put()));
+  if (!variables) return E_FAIL;
+  const CComBSTR key(name);
+  RETURN_IF_FAILED(variables->get_Item(korlib::borrowed(key.get()), text->put()));
+  return text->change_type(VT_BSTR);
+}
+
 HRESULT mirt::Intrinsics::take_from(IGetContextProperties* context) {
   if (!context) return E_POINTER;
   RETURN_IF_FAILED(take(context, L"Server", server));

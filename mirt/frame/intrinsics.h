@@ -1,6 +1,7 @@
 // The host's objects of the current request, as the objects bound to it hold them.
 #pragma once
 
+#include <korlib/comvariant.h>
 #include <korlib/ptr.h>
 #include <zelto/asp.h>
 #include <zelto/context.h>
@@ -18,5 +19,8 @@ struct Intrinsics {
   // no failure.
   HRESULT take_from(IGetContextProperties* context);
 };
+
+// A server variable of the request as a VT_BSTR.
+HRESULT server_variable(ZeltoTypeLibrary::IRequest* request, const wchar_t* name, CComVariant* text);
 
 }  // namespace mirt

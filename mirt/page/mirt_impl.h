@@ -25,6 +25,7 @@
 #include "page/message_store.h"
 #include "page/mirt_session.h"
 #include "templator/templator_concept.h"
+#include "upload/shared_form.h"
 #include "utility/utility_impl.h"
 
 struct MainLink;
@@ -141,7 +142,6 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
 
   // request.cpp
   HRESULT InitMultipartForm();
-  HRESULT server_variable(const wchar_t* name, CComVariant* text);
   HRESULT read_command();
 
   // put_into.cpp
@@ -197,6 +197,7 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   CComBSTR default_template_;
   CComBSTR template_permission_path_;
   CComPtr<ZeltoTypeLibrary::IRequestDictionary> multipart_form_;
+  SharedForm shared_form_;
   CComPtr<IMirtSession> session_;
   bool null_is_empty_ = false;
   bool submit_decode_on_put_into_ = false;

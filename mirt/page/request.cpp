@@ -27,11 +27,11 @@ STDMETHODIMP Self::get_Request(IDispatch** request) {
   if (!asp) return E_FAIL;
   CComPtr<IRequestDictionary> fields;
   CComVariant method;
-  RETURN_IF_FAILED(server_variable(L"HTTP_METHOD", &method));
+  RETURN_IF_FAILED(mirt::server_variable(asp.get(), L"HTTP_METHOD", &method));
   if (korlib::view_of(method.bstrVal) == L"POST") {
     if (multipart_form_) return multipart_form_.query(request);
     CComVariant type;
-    RETURN_IF_FAILED(server_variable(L"HTTP_CONTENT_TYPE", &type));
+    RETURN_IF_FAILED(mirt::server_variable(asp.get(), L"HTTP_CONTENT_TYPE", &type));
     if (korlib::view_of(type.bstrVal).starts_with(kFormType)) {
       RETURN_IF_FAILED(asp->get_Form(fields.put()));
       return hand_out(fields, request);
@@ -39,15 +39,6 @@ STDMETHODIMP Self::get_Request(IDispatch** request) {
   }
   RETURN_IF_FAILED(asp->get_QueryString(fields.put()));
   return hand_out(fields, request);
-}
-
-HRESULT Self::server_variable(const wchar_t* name, CComVariant* text) {
-  CComPtr<IRequestDictionary> variables;
-  RETURN_IF_FAILED(asp_.request->get_ServerVariables(variables.put()));
-  if (!variables) return E_FAIL;
-  const CComBSTR key(name);
-  RETURN_IF_FAILED(variables->get_Item(korlib::borrowed(key.get()), text->put()));
-  return text->change_type(VT_BSTR);
 }
 
 HRESULT Self::read_command() {
@@ -65,7 +56,9 @@ HRESULT Self::read_command() {
 }
 
 HRESULT Self::InitMultipartForm() {
-  return read_multipart_form(asp_.request.get(), asp_.response.get(), &multipart_form_);
+  RETURN_IF_FAILED(read_multipart_form(asp_.request.get(), asp_.response.get(), &multipart_form_));
+  shared_form_.share(asp_.request.get(), multipart_form_.get());
+  return S_OK;
 }
 
 STDMETHODIMP Self::ToArray(IDispatch* collection, SAFEARRAY** array) {

@@ -1,5 +1,7 @@
 #include "upload/intake.h"
 
+#include <algorithm>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -7,7 +9,9 @@
 #include <korlib/winapi.h>
 
 #include "frame/error.h"
+#include "frame/intrinsics.h"
 #include "upload/parts.h"
+#include "upload/shared_form.h"
 #include "upload/upload_classes.h"
 
 using ZeltoTypeLibrary::IRequest;
@@ -18,15 +22,6 @@ namespace {
 
 constexpr std::wstring_view kMultipart = L"multipart/form-data;";
 constexpr std::wstring_view kBoundary = L"boundary=";
-
-HRESULT read_content_type(IRequest* request, CComVariant* type) {
-  CComPtr<IRequestDictionary> spVariables;
-  RETURN_IF_FAILED(request->get_ServerVariables(spVariables.put()));
-  if (!spVariables) return E_FAIL;
-  const CComBSTR name(L"HTTP_CONTENT_TYPE");
-  RETURN_IF_FAILED(spVariables->get_Item(korlib::borrowed(name.get()), type));
-  return type->change_type(VT_BSTR);
-}
 
 // "--" and everything behind "boundary=", quotes and further parameters included; empty when there is
 // nothing. A boundary that is too long is cut and then matches no delimiter line.
@@ -39,9 +34,25 @@ std::string delimiter_of(const std::wstring& content_type) {
   return bytes[0] ? std::string("--").append(bytes) : std::string();
 }
 
-HRESULT raise_unread(HRESULT hr, LONG read, LONG total) {
+bool is_number(std::wstring_view text) {
+  return !text.empty() && std::ranges::all_of(text, [](wchar_t c) { return c >= L'0' && c <= L'9'; });
+}
+
+// TotalBytes ends where a LONG does: a host gives the largest one, or a negative number, for more. The
+// announced length is then only in the server variables, as text.
+std::wstring size_text(IRequest* request, LONG total) {
+  CComVariant announced;
+  const bool fits = total >= 0 && total < std::numeric_limits<LONG>::max();
+  if (!fits && SUCCEEDED(mirt::server_variable(request, L"CONTENT_LENGTH", &announced))) {
+    const std::wstring_view text = korlib::view_of(announced.bstrVal);
+    if (is_number(text)) return std::wstring(text);
+  }
+  return std::to_wstring(total);
+}
+
+HRESULT raise_unread(IRequest* request, HRESULT hr, LONG read, LONG total) {
   if (hr != E_FAIL || read != 0) return RaiseError(E_FAIL, L"Mirt", L"Upload failed.");
-  const std::wstring text = L"Upload size exceeds maximum limit.[" + std::to_wstring(total) + L"B]";
+  const std::wstring text = L"Upload size exceeds maximum limit.[" + size_text(request, total) + L"B]";
   return RaiseError(E_FAIL, L"Mirt", text.c_str());
 }
 
@@ -50,7 +61,7 @@ HRESULT read_body(IRequest* request, CComVariant* body) {
   RETURN_IF_FAILED(request->get_TotalBytes(&total));
   CComVariant count(total);
   const HRESULT hr = request->BinaryRead(&count, body);
-  return SUCCEEDED(hr) ? S_OK : raise_unread(hr, count.lVal, total);
+  return SUCCEEDED(hr) ? S_OK : raise_unread(request, hr, count.lVal, total);
 }
 
 }  // namespace
@@ -58,7 +69,7 @@ HRESULT read_body(IRequest* request, CComVariant* body) {
 HRESULT read_multipart_form(IRequest* request, IResponse* response, CComPtr<IRequestDictionary>* form) try {
   if (!request || !response) return E_FAIL;
   CComVariant type;
-  RETURN_IF_FAILED(read_content_type(request, &type));
+  RETURN_IF_FAILED(mirt::server_variable(request, L"HTTP_CONTENT_TYPE", &type));
   const std::wstring content_type(korlib::view_of(type.bstrVal));
   if (!content_type.starts_with(kMultipart)) return S_OK;
   const std::string delimiter = delimiter_of(content_type);
@@ -66,7 +77,10 @@ HRESULT read_multipart_form(IRequest* request, IResponse* response, CComPtr<IReq
 
   CComVariant body;
   RETURN_IF_FAILED(read_body(request, &body));
-  if (body.vt != (VT_ARRAY | VT_UI1) || !body.parray || body.parray->cDims != 1) return S_OK;
+  if (body.vt != (VT_ARRAY | VT_UI1) || !body.parray || body.parray->cDims != 1) {
+    if (!*form) *form = SharedForm::find(request);
+    return S_OK;
+  }
   RETURN_IF_FAILED(g_oCF_MultipartForm.CreateInstance(nullptr, korlib::iid_of<IRequestDictionary>, form->put_void()));
   LONG code_page = 0;
   RETURN_IF_FAILED(response->get_CodePage(&code_page));

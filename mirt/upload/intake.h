@@ -6,6 +6,7 @@
 
 // A request that is no multipart post, or has no usable boundary or body, is a success without a form.
 // A body over the host's limit, and one that cannot be read, raise a text. A malformed body is E_FAIL
-// without one; *form then holds what was read before the fault.
+// without one; *form then holds what was read before the fault. A host that has given the body away
+// before has none any more: *form then stays as it was, or becomes what another controller shares.
 HRESULT read_multipart_form(ZeltoTypeLibrary::IRequest* request, ZeltoTypeLibrary::IResponse* response,
                             CComPtr<ZeltoTypeLibrary::IRequestDictionary>* form);

@@ -58,7 +58,9 @@ struct IRequest : IDispatch {
   virtual HRESULT get_Cookies(IRequestDictionary** values) = 0;
   virtual HRESULT get_TotalBytes(LONG* bytes) = 0;
   // Reads up to *count bytes (a VT_I4) of the body into a byte array; the number read goes back in
-  // *count. A body over the host's limit is E_FAIL with a count of 0. Excludes Form, and Form it.
+  // *count. A body over the host's limit is E_FAIL with a count of 0. Excludes Form, and Form it. A body
+  // that was read to its end is VT_NULL with a count of 0, so that a component which kept what it read
+  // before goes on with that.
   virtual HRESULT BinaryRead(VARIANT* count, VARIANT* data) = 0;
 
  protected:

@@ -223,6 +223,16 @@ test('a gigabyte announced and ten bytes sent is answered at once', async () => 
   assert.match(await closed, /Upload size exceeds maximum limit\.\[1073741824B\]/);
 });
 
+// More than TotalBytes, which ends at 2147483647, can say.
+test('three gigabytes announced are told as such', async () => {
+  const { socket, closed } = dial();
+  socket.write(head('Content-Length: 3221225472\r\n') + '--B\r\n01234');
+  const [first] = await once(socket, 'data');
+  assert.match(first.toString(), /^HTTP\/1\.1 200 /);
+  socket.end();
+  assert.match(await closed, /"total":2147483647,.*Upload size exceeds maximum limit\.\[3221225472B\]/);
+});
+
 test('a client that asks before it sends too much is answered instead of told to go on', async () => {
   const { socket, closed } = dial();
   socket.write(head('Content-Length: 99999999\r\nExpect: 100-continue\r\n'));

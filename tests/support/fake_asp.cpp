@@ -170,7 +170,7 @@ HRESULT Request::get_Cookies(asp::IRequestDictionary** values) { return give("Re
 HRESULT Request::get_TotalBytes(LONG* bytes) {
   *bytes = 0;
   RETURN_IF_FAILED(calls_->note("Request.TotalBytes"));
-  *bytes = total_bytes >= 0 ? total_bytes : static_cast<LONG>(body.size());
+  *bytes = total_bytes != -1 ? total_bytes : static_cast<LONG>(body.size());
   return S_OK;
 }
 

@@ -101,7 +101,7 @@ class Request final : public korlib::DispatchObject<Request, asp::IRequest> {
 
   CComPtr<RequestDictionary> query_string, form, server_variables, client_certificate, cookies;
   std::string body;
-  LONG total_bytes = -1;         // negative: the size of `body`
+  LONG total_bytes = -1;         // -1: the size of `body`
   CComVariant read_count;        // what BinaryRead was asked for
   LONG read_before_failure = 0;  // what a BinaryRead that fails leaves in its count
   CComVariant body_value;        // what BinaryRead gives instead of bytes, unless empty

@@ -83,7 +83,7 @@ std::span<const korlib::Member> RequestObject::members() {
       property<&RequestObject::get_ServerVariables>(L"ServerVariables"),
       property<&RequestObject::get_ClientCertificate>(L"ClientCertificate"),
       property<&RequestObject::get_TotalBytes>(L"TotalBytes"),
-      method<&RequestObject::BinaryRead>(L"BinaryRead"),
+      method<&RequestObject::read_bytes>(L"BinaryRead"),
   };
   return table;
 }
@@ -180,6 +180,16 @@ HRESULT RequestObject::get_TotalBytes(LONG* bytes) {
 }
 
 HRESULT RequestObject::BinaryRead(VARIANT* count, VARIANT* data) {
+  if (!count || !data) return E_POINTER;
+  const bool is_spent = page_->request.is_spent();
+  RETURN_IF_FAILED(read_bytes(count, data));
+  if (!is_spent) return S_OK;
+  RETURN_IF_FAILED(VariantClear(data));
+  data->vt = VT_NULL;
+  return S_OK;
+}
+
+HRESULT RequestObject::read_bytes(VARIANT* count, VARIANT* data) {
   if (!count || !data) return E_POINTER;
   VariantInit(data);
   return guarded(kSource, [&]() -> HRESULT {

@@ -66,6 +66,7 @@ RequestState::ReadError RequestState::read_bytes(std::size_t count, Body& bytes)
   use_ = BodyUse::bytes;
   if (bytes_read_ == 0 && count >= http_.body.size()) {
     bytes = std::exchange(http_.body, Body());
+    is_spent_ = true;
     return ReadError::none;
   }
   bytes = std::string_view(http_.body).substr(bytes_read_, count);
@@ -73,6 +74,7 @@ RequestState::ReadError RequestState::read_bytes(std::size_t count, Body& bytes)
   if (bytes_read_ < http_.body.size()) return ReadError::none;
   http_.body = Body();
   bytes_read_ = 0;
+  is_spent_ = true;
   return ReadError::none;
 }
 

@@ -58,6 +58,8 @@ class RequestState {
   // The next bytes of the body, up to `count`. From then on it can't be read as a form. All of it read at
   // once is handed over as it is, not copied, and is no longer held here.
   ReadError read_bytes(std::size_t count, Body& bytes);
+  // Whether the last byte was handed over; an empty body is spent when it was read once.
+  bool is_spent() const { return is_spent_; }
   std::uint64_t total_bytes() const { return http_.body_length; }
 
  private:
@@ -71,6 +73,7 @@ class RequestState {
   std::unique_ptr<std::vector<ReceivedCookie>> cookies_;
   BodyUse use_ = BodyUse::none;
   std::size_t bytes_read_ = 0;
+  bool is_spent_ = false;
 };
 
 }  // namespace zelto

@@ -78,6 +78,108 @@ TEST_F(MultipartPage, AnUploadThatCannotBeReadEndsProcess) {
   EXPECT_TRUE(script().calls().empty());
 }
 
+// What TotalBytes cannot say: a host answers with the largest number, or one that has become negative.
+TEST_F(MultipartPage, AnUploadLargerThanALongIsToldInItsTrueSize) {
+  asp_.calls->fail("Request.BinaryRead", E_FAIL);
+  const struct {
+    LONG total;
+    const wchar_t* announced;  // CONTENT_LENGTH; null for none
+    const wchar_t* told;
+  } rows[] = {
+      {2147483647, L"3221225472", L"3221225472"},
+      {-1073741824, L"3221225472", L"3221225472"},
+      {2147483647, nullptr, L"2147483647"},
+      {2147483647, L"", L"2147483647"},
+      {2147483647, L"3 GB", L"2147483647"},
+      {2147483646, L"3221225472", L"2147483646"},
+      {1048576, L"7", L"1048576"},
+  };
+  for (const auto& row : rows) {
+    asp_.request->server_variables->clear();
+    asp_.request->server_variables->set(L"HTTP_METHOD", {L"POST"});
+    asp_.request->server_variables->set(L"HTTP_CONTENT_TYPE", {L"multipart/form-data; boundary=B"});
+    if (row.announced) asp_.request->server_variables->set(L"CONTENT_LENGTH", {row.announced});
+    asp_.request->total_bytes = row.total;
+    const Answer answer = call(page(), L"Process");
+    EXPECT_EQ(E_FAIL, answer.hr);
+    EXPECT_EQ(std::wstring(L"Upload size exceeds maximum limit.[") + row.told + L"B]", answer.description);
+  }
+}
+
+class SpentBody : public MultipartPage {
+ protected:
+  // The host gives the body away once.
+  void spend() { asp_.request->body_value = null_value(); }
+  std::wstring field(IDispatch* page) {
+    const CComQIPtr<ZeltoTypeLibrary::IRequestDictionary> form(object_of(get(page, L"Request")).get());
+    if (!form) return L"no form";
+    const CComVariant key(L"a");
+    CComVariant list;
+    EXPECT_EQ(S_OK, form->get_Item(key, &list));
+    if (list.vt != VT_DISPATCH) return L"no field";
+    const CComQIPtr<ZeltoTypeLibrary::IStringList> values(list.pdispVal);
+    CComVariant text;
+    EXPECT_EQ(S_OK, values->get_Item(korlib::omitted(), &text));
+    return std::wstring(korlib::view_of(text.bstrVal));
+  }
+};
+
+TEST_F(SpentBody, LeavesTheFormThatWasRead) {
+  process();
+  const CComPtr<IDispatch> form = object_of(get(page(), L"Request"));
+  spend();
+  process();
+  EXPECT_EQ(form.get(), object_of(get(page(), L"Request")).get());
+  EXPECT_EQ(L"1", field(page()));
+}
+
+TEST_F(SpentBody, SharesTheFormWithLaterControllersOfTheRequest) {
+  process();
+  spend();
+  const CComPtr<IDispatch> second = new_page();
+  EXPECT_EQ(S_OK, call(second.get(), L"Process").hr);
+  EXPECT_EQ(L"1", field(second.get()));
+  EXPECT_EQ(object_of(get(page(), L"Request")).get(), object_of(get(second.get(), L"Request")).get());
+}
+
+// The second one has become the one that shares.
+TEST_F(SpentBody, SharesTheFormWhenTheFirstControllerHasGone) {
+  CComPtr<IDispatch> first = new_page();
+  EXPECT_EQ(S_OK, call(first.get(), L"Process").hr);
+  spend();
+  const CComPtr<IDispatch> second = new_page();
+  EXPECT_EQ(S_OK, call(second.get(), L"Process").hr);
+  first.reset();
+  const CComPtr<IDispatch> third = new_page();
+  EXPECT_EQ(S_OK, call(third.get(), L"Process").hr);
+  EXPECT_EQ(L"1", field(third.get()));
+}
+
+TEST_F(SpentBody, HasNoFormWhenNobodySharesOne) {
+  {
+    const CComPtr<IDispatch> first = new_page();
+    EXPECT_EQ(S_OK, call(first.get(), L"Process").hr);
+  }
+  spend();
+  process();
+  EXPECT_EQ(asp_.request->query_string.get(), object_of(get(page(), L"Request")).get());
+}
+
+TEST_F(SpentBody, IsNotSharedWithAnotherRequest) {
+  process();
+  fake::Asp other;
+  other.request->server_variables->set(L"HTTP_METHOD", {L"POST"});
+  other.request->server_variables->set(L"HTTP_CONTENT_TYPE", {L"multipart/form-data; boundary=B"});
+  other.request->body_value = null_value();
+  CComPtr<IDispatch> stranger;
+  {
+    const korlib_host::ContextScope scope(other.context.get());
+    stranger = module_.create(L"Mirt");
+  }
+  EXPECT_EQ(S_OK, call(stranger.get(), L"Process").hr);
+  EXPECT_EQ(other.request->query_string.get(), object_of(get(stranger.get(), L"Request")).get());
+}
+
 TEST_F(MultipartPage, AMalformedUploadEndsProcessWithoutAText) {
   asp_.request->body.resize(asp_.request->body.rfind("--B--"));
   const Answer answer = call(page(), L"Process");

@@ -228,7 +228,27 @@ TEST_F(Request, ReadsTheBodyInPieces) {
   EXPECT_EQ(bytes_of({S_OK, data, {}, {}}), (std::vector<std::uint8_t>{'e', 'f'}));
   EXPECT_EQ(object->BinaryRead(&count, data.put()), S_OK);
   EXPECT_EQ(count.lVal, 0);
-  EXPECT_EQ(data.vt, VT_ARRAY | VT_UI1);
+  EXPECT_EQ(data.vt, VT_NULL);
+}
+
+// A component that kept what it read before is told that there is no body any more; a script reads on and
+// finds no bytes.
+TEST_F(Request, GivesNullForABodyThatIsSpentToComponentsOnly) {
+  post_form("");
+  const auto object = request_object();
+  CComVariant count(LONG{9});
+  CComVariant data;
+  EXPECT_EQ(object->BinaryRead(&count, &data), S_OK);
+  EXPECT_EQ(data.vt, VT_ARRAY | VT_UI1) << "an empty body was not read before";
+  for (int i = 0; i < 2; ++i) {
+    const Answer of_script = call(object.get(), L"BinaryRead", 9);
+    EXPECT_EQ(of_script.value.vt, VT_ARRAY | VT_UI1);
+    EXPECT_EQ(bytes_of(of_script).size(), 0u);
+    count = CComVariant(LONG{9});
+    EXPECT_EQ(object->BinaryRead(&count, data.put()), S_OK);
+    EXPECT_EQ(data.vt, VT_NULL);
+    EXPECT_EQ(count.lVal, 0);
+  }
 }
 
 TEST_F(Request, HandsAWholeBodyOverWithoutACopy) {
@@ -246,6 +266,7 @@ TEST_F(Request, HandsAWholeBodyOverWithoutACopy) {
   CComVariant more;
   EXPECT_EQ(object->BinaryRead(&count, &more), S_OK);
   EXPECT_EQ(count.lVal, 0);
+  EXPECT_EQ(more.vt, VT_NULL);
 }
 
 TEST_F(Request, ReadsAnEmptyBodyAsAnEmptyArray) {
