@@ -19,6 +19,8 @@ int RaiseError(int hr, const wchar_t* source, const wchar_t* description) {
 
 namespace mirt {
 
+void forget_error() noexcept { SetErrorInfo(0, nullptr); }
+
 HRESULT hresult_from_exception() noexcept {
   try {
     throw;

@@ -1,4 +1,7 @@
 // Draw events: script functions that a mark calls, and the built-in ones behind them.
+#include <korlib/activation.h>
+
+#include "frame/error.h"
 #include "page/mirt_impl.h"
 #include "page/text.h"
 
@@ -29,7 +32,10 @@ HRESULT Self::OnMarked_Process(const CMarkData& mark) {
   const CComBSTR name = page::join({draw_prefix_.view(), mark.Name.view()});
   if (!name) return E_OUTOFMEMORY;
   CEvent event;
-  if (SUCCEEDED(handler_.GetEvent(name, event))) return fire_with_texts(event, owner_, mark.Params);
+  const HRESULT found = handler_.GetEvent(name, event);
+  if (SUCCEEDED(found)) return fire_with_texts(event, owner_, mark.Params);
+  if (found == korlib::kOutOfStack) return found;  // nobody could be asked
+  mirt::forget_error();
   for (const BuiltIn& built_in : built_ins()) {
     if (!page::equal_ignoring_case(name.view(), built_in.name)) continue;
     const std::size_t count = mark.Params.size();

@@ -184,7 +184,7 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
 
   // template_files.cpp
   HRESULT Draw(BSTR name);
-  HRESULT draw_instead_of(std::wstring_view path);
+  HRESULT draw_instead_of(std::wstring_view path, HRESULT read);
   HRESULT draw_text(const CComBSTR& path, BSTR text);
   HRESULT draw_cached(const CComBSTR& path, BSTR text);
 

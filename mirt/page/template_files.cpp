@@ -1,4 +1,6 @@
 // Template files: found by name below the page's folder, read, and drawn fresh or from the cache.
+#include <korlib/activation.h>
+
 #include "frame/error.h"
 #include "frame/host_stream.h"
 #include "page/mirt_impl.h"
@@ -62,12 +64,17 @@ HRESULT Self::Draw(BSTR name) {
     return page::raise({L"Template file can't obtain.[", canonical.view(), L"]"});
   CComBSTR text;
   const CComBSTR charset = template_charset_;
-  if (FAILED(read_text_file(canonical, charset, text.put()))) return draw_instead_of(canonical.view());
+  const HRESULT read = read_text_file(canonical, charset, text.put());
+  if (FAILED(read)) return draw_instead_of(canonical.view(), read);
   return cache_template_ ? draw_cached(composed, text) : draw_text(composed, text);
 }
 
-// The script may name another template when one cannot be read, and asks for it by returning False.
-HRESULT Self::draw_instead_of(std::wstring_view path) {
+// The script may name another template when one cannot be read, and asks for it by returning False. Where
+// the stack is used up, as by a template that draws itself, there is nothing wrong with the file, and no
+// script can be asked.
+HRESULT Self::draw_instead_of(std::wstring_view path, HRESULT read) {
+  if (read == korlib::kOutOfStack) return read;
+  mirt::forget_error();
   bool is_error = true;
   RETURN_IF_FAILED(fire(L"On_TemplateNotFound", true, is_error));
   if (is_error) return page::raise({L"Template file can't read.[", path, L"]"});

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include <korlib/activation.h>
+
 #include "templator/mark_value.h"
 
 namespace {
@@ -82,7 +84,9 @@ STDMETHODIMP GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked(CMarkData& mark) 
 HRESULT GIMirtedTemplatorImpl<IMirtedTemplator>::OnMarked_Process(const CMarkData& mark, BSTR name, VARIANT_BOOL) {
   const std::wstring function = std::wstring(event_prefix_.view()).append(korlib::view_of(name));
   CEvent event;
-  if (SUCCEEDED(m_oScripts.GetEvent(function.c_str(), event))) return fire_with_texts(event, this, mark.Params);
+  const HRESULT found = m_oScripts.GetEvent(function.c_str(), event);
+  if (SUCCEEDED(found)) return fire_with_texts(event, this, mark.Params);
+  if (found == korlib::kOutOfStack) return found;  // nobody could be asked
   return RaiseError(E_FAIL, L"MirtedTemplator", (L"Event '" + function + L"' not found.").c_str());
 }
 

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include <korlib/activation.h>
+
 #include "templator/mark_value.h"
 
 namespace {
@@ -24,9 +26,12 @@ HRESULT GITextTemplatorImpl<ITextTemplator>::OnMarked_(const CMarkData& mark) {
   if (!name.get()) return E_OUTOFMEMORY;
   CComVariant text;
   CEvent member;
-  if (SUCCEEDED(m_oScripts.GetEvent(name, member))) {
+  const HRESULT found = m_oScripts.GetEvent(name, member);
+  if (found == korlib::kOutOfStack) return found;  // nobody could be asked
+  if (SUCCEEDED(found)) {
     RETURN_IF_FAILED(script_member_text(member, this, mark, false, &text));
   } else {
+    mirt::forget_error();
     RETURN_IF_FAILED(m_oScripts.GetValue(name, &text));
     RETURN_IF_FAILED(ChangeToBSTR(&text, nullptr, false));
   }

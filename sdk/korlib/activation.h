@@ -6,9 +6,18 @@
 inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
 inline constexpr DWORD CLSCTX_LOCAL_SERVER = 4;
 
+namespace korlib {
+
+// "Out of stack space", the code that script users know. A host that can tell answers it when scripts,
+// objects or templates that use each other have come too deep for one more of them.
+inline constexpr HRESULT kOutOfStack = hresult(0x800A001C);
+
+}  // namespace korlib
+
 extern "C" {
 // One object of the class, asked for `riid`. On failure *ppv is null, except that an in-context class
-// object that could not bind the new object leaves it in *ppv for the caller to release.
+// object that could not bind the new object leaves it in *ppv for the caller to release. Where the thread's
+// stack is nearly used up: korlib::kOutOfStack.
 KORLIB_API HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID riid, void** ppv);
 KORLIB_API HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void* reserved, REFIID riid, void** ppv);
 // The context of the request that the calling thread is running, which answers to

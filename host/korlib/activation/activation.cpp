@@ -26,7 +26,7 @@ namespace {
 constexpr std::size_t kLeastStackRoom = 192u << 10;  // bytes
 
 HRESULT require_stack_room() {
-  return stack_room() > kLeastStackRoom ? S_OK : fail(E_OUTOFMEMORY, "Out of stack space.");
+  return stack_room() > kLeastStackRoom ? S_OK : fail(kOutOfStack, "Out of stack space.");
 }
 
 // The module is held until the caller's call into it is over.

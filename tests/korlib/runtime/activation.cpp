@@ -337,7 +337,7 @@ TEST_F(Activation, RefusesBeforeTheStackIsUsedUp) {
   ASSERT_EQ(pthread_create(&thread, &attributes, start, const_cast<void*>(static_cast<const void*>(&run))), 0);
   pthread_join(thread, nullptr);
   pthread_attr_destroy(&attributes);
-  EXPECT_EQ(hr, E_OUTOFMEMORY);
+  EXPECT_EQ(hr, korlib::hresult(0x800A001C));
   EXPECT_EQ(description, L"Out of stack space.");
 }
 

@@ -2,7 +2,13 @@
 // Deep in the script, then through the component, again and again.
 var mirt = Server.CreateObject("Mirt");
 mirt.Script = this;
-function deeper(n) { return n > 0 ? deeper(n - 1) : mirt.FireEvent("On_Deep", 1, ""); }
-function On_Deep(m) { return deeper(500); }
-deeper(500);
+var first, rounds = 0;
+function told(e) { return (e.number >>> 0).toString(16) + " " + e.message + "\n"; }
+function deeper(n) {
+  if (n > 0) return deeper(n - 1);
+  try { return mirt.FireEvent("On_Deep", 1, ""); } catch (e) { first = first || e; throw e; }
+}
+function On_Deep(m) { ++rounds; return deeper(500); }
+try { deeper(500); } catch (e) { Response.Write(told(first) + e.message + "\n"); }
+Response.Write(String(rounds > 2));
 %>

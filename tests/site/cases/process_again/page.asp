@@ -1,6 +1,13 @@
 <%
+// A page that begins itself again.
 var mirt = Server.CreateObject("Mirt");
 mirt.Script = this;
-function On_StartProcess(m) { m.Process(); }
-mirt.Process();
+var first, depth = 0;
+function told(e) { return (e.number >>> 0).toString(16) + " " + e.message + "\n"; }
+function On_StartProcess(m) {
+  ++depth;
+  try { m.Process(); } catch (e) { first = first || e; throw e; }
+}
+try { mirt.Process(); } catch (e) { Response.Write(told(first) + e.message + "\n"); }
+Response.Write(String(depth > 10));
 %>
