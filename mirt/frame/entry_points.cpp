@@ -10,6 +10,7 @@
 #include <zelto/asp.h>
 
 #include "frame/class_table.h"
+#include "frame/error.h"
 #include "frame/globals.h"
 #include "frame/host_function.h"
 
@@ -18,7 +19,7 @@ namespace {
 // Takes the type information of one interface; what the pointer held before is static and stays.
 bool take_type_info(ITypeLib* library, REFIID iid, ITypeInfo** slot) {
   ITypeInfo* info = nullptr;
-  if (FAILED(library->GetTypeInfoOfGuid(iid, &info)) || !info) return false;
+  if (!mirt::succeeded_or_forgotten(library->GetTypeInfoOfGuid(iid, &info)) || !info) return false;
   *slot = info;
   return true;
 }
@@ -39,7 +40,7 @@ bool take_all_type_infos(ITypeLib* own, ITypeLib* host) {
 CComPtr<ITypeLib> load_type_library(const wchar_t* path) {
   CComPtr<ITypeLib> spLibrary;
   const auto load = mirt::host_function<decltype(LoadTypeLib)>("LoadTypeLib");
-  if (!load || FAILED(load(path, spLibrary.put()))) spLibrary.reset();
+  if (!load || !mirt::succeeded_or_forgotten(load(path, spLibrary.put()))) spLibrary.reset();
   return spLibrary;
 }
 

@@ -2,6 +2,8 @@
 
 #include <korlib/comvariant.h>
 
+#include "frame/error.h"
+
 namespace {
 
 template <class Interface>
@@ -38,6 +40,7 @@ HRESULT mirt::Intrinsics::take_from(IGetContextProperties* context) {
   RETURN_IF_FAILED(take(context, L"Request", request));
   RETURN_IF_FAILED(take(context, L"Response", response));
   CComVariant value;
-  if (FAILED(context->GetProperty(CComBSTR(L"Session"), &value)) || value.vt != VT_DISPATCH) return S_OK;
+  if (!succeeded_or_forgotten(context->GetProperty(CComBSTR(L"Session"), &value)) || value.vt != VT_DISPATCH)
+    return S_OK;
   return query_value(value, session);
 }

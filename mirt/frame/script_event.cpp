@@ -1,5 +1,7 @@
 #include "frame/script_event.h"
 
+#include "frame/error.h"
+
 namespace {
 
 // Asks the scripts from the last to the first until one succeeds; the answer of the one asked last.
@@ -11,6 +13,7 @@ HRESULT first_success(const std::vector<CComPtr<IDispatch>>& scripts, Ask ask) {
     const CComPtr<IDispatch> script(scripts[i].get());
     hr = script ? ask(script) : DISP_E_UNKNOWNNAME;
     if (SUCCEEDED(hr)) return S_OK;
+    if (i > 0) mirt::forget_error();  // another one is asked
   }
   return hr;
 }

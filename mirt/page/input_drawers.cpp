@@ -1,4 +1,5 @@
 // The built-in draw events that let form inputs show what is bound to them.
+#include "frame/error.h"
 #include "frame/values.h"
 #include "page/mirt_impl.h"
 #include "page/text.h"
@@ -64,7 +65,7 @@ bool any_element_is(SAFEARRAY* array, std::wstring_view input) {
     element.vt = static_cast<VARTYPE>(VT_BYREF | array->vtElement);
     element.byref = static_cast<BYTE*>(array->pvData) + i * array->cbElements;
     CComVariant text;
-    found = SUCCEEDED(text_of(element, &text)) && korlib::view_of(text.bstrVal) == input;
+    found = mirt::succeeded_or_forgotten(text_of(element, &text)) && korlib::view_of(text.bstrVal) == input;
   }
   return found;
 }
@@ -89,7 +90,10 @@ HRESULT Self::bound_value(Source source, std::wstring_view name, CComVariant* va
     if (!member.get()) return E_OUTOFMEMORY;
     CEvent variable;
     const HRESULT hr = handler_.GetEvent(member, variable);
-    if (hr == DISP_E_UNKNOWNNAME) return S_OK;
+    if (hr == DISP_E_UNKNOWNNAME) {
+      mirt::forget_error();
+      return S_OK;
+    }
     RETURN_IF_FAILED(hr);
     RETURN_IF_FAILED(variable.Get());
     *exists = true;

@@ -2,6 +2,7 @@
 
 #include <korlib/ptr.h>
 
+#include "frame/error.h"
 #include "page/text.h"
 
 namespace {
@@ -49,6 +50,7 @@ HRESULT CMirtConcept::fire(const CComBSTR& name, bool when_missing, bool& answer
   CEvent event;
   const HRESULT found = handler_.GetEvent(name, event);
   if (found == DISP_E_UNKNOWNNAME) {
+    mirt::forget_error();
     answer = when_missing;
     return S_OK;
   }

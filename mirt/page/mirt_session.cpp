@@ -34,8 +34,9 @@ HRESULT query(IMirtSession* session, REFIID riid, void** ppv) {
 
 CMirtSession::CMirtSession() : key_(page::draw_command_key()) {
   InterlockedIncrement(&g_nRefCount);
-  if (FAILED(CoCreateInstance(CLSID_ScriptingDictionary, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
-                              korlib::iid_of<IKorLibDictionary>, bag_.put_void())))
+  if (!mirt::succeeded_or_forgotten(CoCreateInstance(CLSID_ScriptingDictionary, nullptr,
+                                                     CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
+                                                     korlib::iid_of<IKorLibDictionary>, bag_.put_void())))
     bag_.reset();
 }
 

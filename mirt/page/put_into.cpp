@@ -67,6 +67,7 @@ HRESULT Self::field_as_array(IDispatch* field, CComVariant* value) {
   HRESULT hr = S_OK;
   if (submit_decode_on_put_into_) {
     for (ULONG i = 0; i < array.size(); ++i) {
+      if (FAILED(hr)) mirt::forget_error();  // of an element that is not the last
       VARIANT& element = array.data<VARIANT>()[i];
       hr = VariantChangeType(&element, &element, 0, VT_BSTR);
       CComBSTR decoded;

@@ -3,6 +3,7 @@
 
 #include <korlib/comvariant.h>
 
+#include "frame/error.h"
 #include "page/mirt_impl.h"
 #include "upload/intake.h"
 
@@ -67,13 +68,14 @@ STDMETHODIMP Self::ToArray(IDispatch* collection, SAFEARRAY** array) {
   RETURN_IF_FAILED(collection->QueryInterface(korlib::iid_of<IStringList>, list.put_void()));
   int count = 0;
   // Without a count there is no array, and that is no failure.
-  if (FAILED(list->get_Count(&count)) || count < 0) return S_OK;
+  if (!mirt::succeeded_or_forgotten(list->get_Count(&count)) || count < 0) return S_OK;
   CComSafeArray values(VT_VARIANT, static_cast<ULONG>(count));
   if (!values) return E_OUTOFMEMORY;
   for (LONG i = 0; i < count; ++i) {
     CComVariant value;
     // An item that cannot be read stays empty.
-    if (SUCCEEDED(list->get_Item(korlib::long_variant(i + 1), &value))) VariantCopy(&values.data<VARIANT>()[i], &value);
+    if (mirt::succeeded_or_forgotten(list->get_Item(korlib::long_variant(i + 1), &value)))
+      VariantCopy(&values.data<VARIANT>()[i], &value);
   }
   *array = values.detach();
   return S_OK;

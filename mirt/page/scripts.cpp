@@ -32,7 +32,10 @@ STDMETHODIMP Self::FireEvent(BSTR name, VARIANT* argument, VARIANT* result, VARI
   const CComPtr<IDispatch> alive(owner_);
   CEvent event;
   const HRESULT found = handler_.GetEvent(name ? name : L"", event);
-  if (found == DISP_E_UNKNOWNNAME) return S_OK;
+  if (found == DISP_E_UNKNOWNNAME) {
+    mirt::forget_error();
+    return S_OK;
+  }
   RETURN_IF_FAILED(found);
   *exists = VARIANT_TRUE;
   RETURN_IF_FAILED(event.Fire(alive.get(), argument));

@@ -1,4 +1,5 @@
 // What the page keeps in the host's Session: bound when Process starts, and given up.
+#include "frame/error.h"
 #include "page/mirt_impl.h"
 
 namespace {
@@ -10,7 +11,7 @@ using ZeltoTypeLibrary::IVariantDictionary;
 // What the host's Session holds under the name, where that is an object as the controller stores it.
 CComPtr<IUnknown> stored_object(ISessionObject* session, const CComBSTR& name) {
   CComVariant value;
-  if (FAILED(session->get_Value(name, &value)) || value.vt != VT_UNKNOWN) return nullptr;
+  if (!mirt::succeeded_or_forgotten(session->get_Value(name, &value)) || value.vt != VT_UNKNOWN) return nullptr;
   return value.punkVal;
 }
 

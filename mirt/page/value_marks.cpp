@@ -1,6 +1,7 @@
 // The marks that show a value, and those that draw another template file.
 #include <korlib/comvariant.h>
 
+#include "frame/error.h"
 #include "page/mirt_impl.h"
 #include "templator/mark_value.h"
 
@@ -15,16 +16,16 @@ using Collection = HRESULT (IRequest::*)(IRequestDictionary**);
 
 // A value list with something in it is what counts as found; a collection that fails is passed over.
 bool find_field(IRequestDictionary* fields, BSTR name, CComVariant* value) {
-  if (!fields || FAILED(fields->get_Item(korlib::borrowed(name), value->put()))) return false;
+  if (!fields || !mirt::succeeded_or_forgotten(fields->get_Item(korlib::borrowed(name), value->put()))) return false;
   if (value->vt != VT_DISPATCH) return false;
   const CComQIPtr<IStringList> list(value->pdispVal);
   int count = 0;
-  return list && SUCCEEDED(list->get_Count(&count)) && count > 0;
+  return list && mirt::succeeded_or_forgotten(list->get_Count(&count)) && count > 0;
 }
 
 bool find_in(IRequest* request, Collection collection, BSTR name, CComVariant* value) {
   CComPtr<IRequestDictionary> fields;
-  return SUCCEEDED((request->*collection)(fields.put())) && find_field(fields.get(), name, value);
+  return mirt::succeeded_or_forgotten((request->*collection)(fields.put())) && find_field(fields.get(), name, value);
 }
 
 // Server variables come first, unlike in the host's own search.

@@ -2,6 +2,7 @@
 #include <korlib/comvariant.h>
 #include <korlib/ptr.h>
 
+#include "frame/error.h"
 #include "templator/templator_concept.h"
 
 namespace {
@@ -20,6 +21,7 @@ HRESULT step_into_object(VARIANT* value, VARIANT* key) {
   DISPPARAMS with_key{key, nullptr, 1, 0};
   HRESULT hr = read_member(object, DISPID_VALUE, &with_key, &found);
   if (hr == DISP_E_MEMBERNOTFOUND) {
+    mirt::forget_error();
     DISPID id = DISPID_UNKNOWN;
     RETURN_IF_FAILED(object->GetIDsOfNames(IID_NULL, &key->bstrVal, 1, LOCALE_SYSTEM_DEFAULT, &id));
     DISPPARAMS none{};
@@ -63,6 +65,7 @@ HRESULT CTemplatorConcept::ChangeToBSTR(VARIANT* value, const MarkParams* path, 
   }
   const HRESULT hr = VariantChangeType(value, value, 0, VT_BSTR);
   if (SUCCEEDED(hr) || !emptyOnFail) return hr;
+  mirt::forget_error();
   RETURN_IF_FAILED(VariantClear(value));
   value->vt = VT_BSTR;
   value->bstrVal = nullptr;

@@ -1,5 +1,6 @@
 #include "templator/mark_value.h"
 
+#include "frame/error.h"
 #include "templator/templator_concept.h"
 
 HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, const bool& empty_on_fail,
@@ -7,6 +8,7 @@ HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& ma
   const MarkParams* path = &mark.Params;
   HRESULT hr = member.Get();
   if (hr == DISP_E_MEMBERNOTFOUND) {  // a function cannot be read
+    mirt::forget_error();
     hr = fire_with_texts(member, owner, mark.Params);
     path = nullptr;
   }

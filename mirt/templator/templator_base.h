@@ -44,7 +44,7 @@ class GTemplatorImpl : public Interface, protected CTemplatorConcept {
   // Draws into a stream in memory. Without one the templator has no output, and says so when used.
   explicit GTemplatorImpl(const wchar_t* mark_types) : CTemplatorConcept(mark_types) {
     CComPtr<IKorLibStream> spStream;
-    if (SUCCEEDED(new_host_stream(spStream.put()))) putref_Output(spStream.get());
+    if (mirt::succeeded_or_forgotten(new_host_stream(spStream.put()))) putref_Output(spStream.get());
   }
   ~GTemplatorImpl() = default;
 

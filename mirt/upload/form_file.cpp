@@ -2,6 +2,7 @@
 
 #include <korlib/comvariant.h>
 
+#include "frame/error.h"
 #include "frame/host_stream.h"
 
 namespace {
@@ -16,7 +17,8 @@ HRESULT copy_text(std::wstring_view text, BSTR* copy) {
 
 GIFormFileImpl<IFormFile>::GIFormFileImpl() {
   CComPtr<IKorLibStream> spStream;
-  if (SUCCEEDED(new_host_stream(spStream.put())) && SUCCEEDED(spStream->put_Type(adTypeBinary))) {
+  if (mirt::succeeded_or_forgotten(new_host_stream(spStream.put())) &&
+      mirt::succeeded_or_forgotten(spStream->put_Type(adTypeBinary))) {
     m_spStream = std::move(spStream);
   }
 }

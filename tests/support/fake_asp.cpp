@@ -4,6 +4,7 @@
 #include <cwctype>
 
 #include <korlib/text.h>
+#include <korlib_host/errors.h>
 
 namespace fake {
 namespace {
@@ -26,7 +27,7 @@ HRESULT Calls::note(const std::string& name) {
   const auto found = failures_.find(name);
   if (found == failures_.end() || found->second.allowed-- > 0) return S_OK;
   found->second.allowed = 0;
-  return found->second.hr;
+  return raises_ ? korlib::raise(found->second.hr, L"fake", L"The host's words.") : found->second.hr;
 }
 
 int Calls::count(const std::string& name) const { return static_cast<int>(std::count(log.begin(), log.end(), name)); }

@@ -29,6 +29,8 @@ class Calls {
   // The call of that name ("Response.Write") fails from now on, after `allowed` successes.
   void fail(const std::string& name, HRESULT hr, int allowed = 0) { failures_[name] = {hr, allowed}; }
   void succeed(const std::string& name) { failures_.erase(name); }
+  // Failures come with words, as a host's do.
+  void raise_words() { raises_ = true; }
   // Used by the objects: records the call and answers how it ends.
   HRESULT note(const std::string& name);
   int count(const std::string& name) const;
@@ -41,6 +43,7 @@ class Calls {
     int allowed;
   };
   std::map<std::string, Failure> failures_;
+  bool raises_ = false;
 };
 using CallsRef = std::shared_ptr<Calls>;
 
