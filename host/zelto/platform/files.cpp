@@ -13,7 +13,10 @@ extern "C" HANDLE CreateFileW(const wchar_t* path, DWORD, DWORD, void*, DWORD, D
   if (!path) return invalid_handle();
   const std::string file = zelto::native_path(path);
   // The component's CloseHandle and GetFileTime take a FILE*.
-  FILE* opened = std::fopen(file.c_str(), "rbe");
+  if (FILE* opened = std::fopen(file.c_str(), "rbe")) return opened;
+  // "gone/../list.html" is a file to PathCanonicalizeW, and so it is here. The system looks for "gone".
+  const auto canonical = zelto::canonical_path(file);
+  FILE* opened = canonical ? std::fopen(canonical->c_str(), "rbe") : nullptr;
   return opened ? opened : invalid_handle();
 }
 

@@ -53,6 +53,18 @@ TEST_F(Paths, GivesAFileThatDoesNotExistAPath) {
             zelto::to_wide((fs::path(at("")).parent_path().parent_path() / "a").string()));
 }
 
+// As PathCanonicalizeW reads it: a file has one time, by whatever name.
+TEST_F(Paths, OpensAFileBehindAFolderThatDoesNotExist) {
+  file("dir/f");
+  for (const char* name : {"dir\\none\\..\\f", "none/../dir/f", "dir/f/../f"}) {
+    const HANDLE handle = CreateFileW(zelto::to_wide(at(name)).c_str(), 0, 0, nullptr, 0, 0, nullptr);
+    EXPECT_NE(handle, invalid_handle()) << name;
+    if (handle != invalid_handle()) std::fclose(static_cast<std::FILE*>(handle));
+  }
+  for (const char* name : {"none/f", "dir/none/../g", "none/../../f"})
+    EXPECT_EQ(CreateFileW(zelto::to_wide(at(name)).c_str(), 0, 0, nullptr, 0, 0, nullptr), invalid_handle()) << name;
+}
+
 TEST_F(Paths, FollowsLinksOfThePartThatExists) {
   file("outside/secret");
   fs::create_directories(at("tpl"));
