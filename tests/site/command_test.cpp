@@ -158,6 +158,38 @@ TEST_F(Command, SaysWhichLibraryItCannotRegister) {
   EXPECT_NE(ran.error.find("none.so"), std::string::npos);
 }
 
+// A module asks for its own path with room for 260 characters, the NUL among them.
+TEST_F(Command, RefusesALibraryWithAPathOf260Characters) {
+  const auto library_at = [&](std::size_t length) {
+    fs::path folder = fs::canonical(folder_);
+    const std::size_t missing = length - folder.string().size() - std::string("//a.so").size();
+    folder /= std::string(std::min<std::size_t>(missing, 200), 'x');
+    if (missing > 200) folder /= std::string(missing - 201, 'y');
+    fs::create_directories(folder);
+    fs::copy_file(MIRT_LIBRARY, folder / "a.so", fs::copy_options::overwrite_existing);
+    return (folder / "a.so").string();
+  };
+  const std::string longest = library_at(259);
+  ASSERT_EQ(longest.size(), 259u);
+  const Ran taken = run({"register", longest});
+  EXPECT_EQ(taken.status, 0) << taken.error;
+  const std::string too_long = library_at(260);
+  ASSERT_EQ(too_long.size(), 260u);
+  const std::string words =
+      too_long + " cannot be used as a module: its path has 260 characters, and 259 are the most.";
+  const Ran refused = run({"register", too_long});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.error, "zelto: " + too_long + ": " + words + " (0x800401F9)\n");
+
+  // A module that lies there all the same, as one that was moved, is told to the page that needs it.
+  std::string store = test::read(folder_ / "registry.json").value_or("");
+  for (std::size_t at = store.find(longest); at != std::string::npos; at = store.find(longest, at + 1))
+    store.replace(at, longest.size(), too_long);
+  std::ofstream(folder_ / "registry.json", std::ios::binary) << store;
+  file("page.asp", "<% try { Server.CreateObject('Mirt.Utility'); } catch (e) { Response.Write(e.message); } %>");
+  EXPECT_EQ(run({"run", "page.asp"}).output, words);
+}
+
 TEST_F(Command, ReadsTheBodyFromStandardInput) {
   file("page.asp", "<%= Request.TotalBytes %>");
   EXPECT_EQ(run({"run", "page.asp", "--body", "-"}).output, "0");

@@ -2,11 +2,31 @@
 
 #include <dlfcn.h>
 
+#include <korlib_host/unicode.h>
+
+#include <string>
+
 #include "activation/failure.h"
 
 namespace korlib::activation {
 
+namespace {
+
+// A module asks for its own path with room for so many characters, its NUL among them; without the path
+// it could neither be registered nor find its type information.
+constexpr std::size_t kPathRoom = 260;
+
+HRESULT require_short_path(const std::filesystem::path& file) {
+  const std::size_t length = to_wide(file.native()).size();
+  if (length < kPathRoom) return S_OK;
+  return fail(CO_E_ERRORINDLL, file.string() + " cannot be used as a module: its path has " + std::to_string(length) +
+                                   " characters, and 259 are the most.");
+}
+
+}  // namespace
+
 HRESULT Module::open(const std::filesystem::path& file, std::shared_ptr<Module>* module) {
+  RETURN_IF_FAILED(require_short_path(file));
   void* const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!handle) {
     const char* const reason = dlerror();
