@@ -1,6 +1,7 @@
 #include "mirt/hosts/own_functions.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cwchar>
 #include <iterator>
 
@@ -19,16 +20,25 @@ unsigned long tick_count = 0;
 bool mapping_fails = false;
 int mapping_failure = 0;
 int calls_disabled = 0;
+void* disabled_module = nullptr;
+void* asked_module = nullptr;
+DWORD asked_size = 0;
 std::vector<unsigned int> sleeps;
 HRESULT guid_failure = S_OK;
 std::wstring guid_text;
 
 namespace {
 
+// Numbers are written out here: what the component calls with is compared with them.
+constexpr std::uintptr_t kClassesRoot = 0x80000000;
+constexpr DWORD kSetValue = 2;
+constexpr DWORD kReadAndWrite = 0x2001F;
+constexpr DWORD kText = 1;
+
 // Keys are their own paths.
 const std::wstring& path_of(HKEY key) {
   static const std::wstring root = L"HKCR";
-  return key == hkey_classes_root() ? root : *static_cast<std::wstring*>(key);
+  return reinterpret_cast<std::uintptr_t>(key) == kClassesRoot ? root : *static_cast<std::wstring*>(key);
 }
 
 LONG recorded(std::wstring call) {
@@ -54,15 +64,15 @@ using test::recorded;
 
 LONG RegCreateKeyExW(HKEY key, const wchar_t* sub_key, DWORD, const wchar_t*, DWORD, DWORD access, void*, HKEY* result,
                      DWORD*) {
-  return access == KEY_SET_VALUE ? test::open(L"create ", key, sub_key, result) : 5;
+  return access == test::kSetValue ? test::open(L"create ", key, sub_key, result) : 5;
 }
 
 LONG RegOpenKeyExW(HKEY key, const wchar_t* sub_key, DWORD, DWORD access, HKEY* result) {
-  return access == 0x2001F ? test::open(L"open ", key, sub_key, result) : 5;
+  return access == test::kReadAndWrite ? test::open(L"open ", key, sub_key, result) : 5;
 }
 
 LONG RegSetValueExW(HKEY key, const wchar_t* name, DWORD, DWORD type, const BYTE* data, DWORD bytes) {
-  if (type != REG_SZ) return 5;
+  if (type != test::kText) return 5;
   return recorded(L"set " + path_of(key) + L" [" + (name ? name : L"") + L"] = " +
                   reinterpret_cast<const wchar_t*>(data) + L" (" + std::to_wstring(bytes) + L")");
 }
@@ -75,7 +85,9 @@ LONG RegCloseKey(HKEY key) {
   return 0;
 }
 
-DWORD GetModuleFileNameW(void*, wchar_t* buffer, DWORD size) {
+DWORD GetModuleFileNameW(void* module, wchar_t* buffer, DWORD size) {
+  test::asked_module = module;
+  test::asked_size = size;
   const std::size_t length = std::min<std::size_t>(test::module_path.size(), size);
   std::copy_n(test::module_path.data(), length, buffer);
   if (length < size) buffer[length] = 0;
@@ -92,8 +104,9 @@ HRESULT LoadTypeLib(const OLECHAR* path, ITypeLib** library) {
   return S_OK;
 }
 
-BOOL DisableThreadLibraryCalls(void*) {
+BOOL DisableThreadLibraryCalls(void* module) {
   ++test::calls_disabled;
+  test::disabled_module = module;
   return TRUE;
 }
 

@@ -37,7 +37,10 @@ extern std::vector<std::wstring> loaded_paths;
 extern std::wstring module_path;          // what GetModuleFileNameW answers
 extern unsigned long tick_count;          // what GetTickCount answers
 extern bool mapping_fails;                // LCMapStringW answers 0
+extern void* asked_module;                // what GetModuleFileNameW was last asked for, and with which
+extern DWORD asked_size;                  // room, in characters
 extern int calls_disabled;                // calls of DisableThreadLibraryCalls
+extern void* disabled_module;             // and of which module the last one was
 extern std::vector<unsigned int> sleeps;  // what Sleep was asked for, without sleeping
 extern HRESULT guid_failure;              // what CoCreateGuid answers when it is a failure
 extern std::wstring guid_text;            // what StringFromGUID2 writes, 0 characters being its failure

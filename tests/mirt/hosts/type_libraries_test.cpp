@@ -103,6 +103,7 @@ class TypeLibraries : public testing::Test {
     host_library = &host_;
     loaded_paths.clear();
     calls_disabled = 0;
+    disabled_module = asked_module = nullptr;
   }
   void TearDown() override {
     own_library = host_library = nullptr;
@@ -124,6 +125,9 @@ TEST_F(TypeLibraries, ReplaceTheStaticTypeInformation) {
     EXPECT_EQ(L"/somewhere/libmirt.so", std::wstring(module.symbol<wchar_t>("g_aDLLPath")));
     EXPECT_EQ((std::vector<int>{0, 1, 2, 3, 4, 5, 6}), contents_.asked);
     EXPECT_EQ(1, calls_disabled);
+    EXPECT_EQ(module.handle(), disabled_module);
+    EXPECT_EQ(module.handle(), asked_module);
+    EXPECT_EQ(260u, asked_size);
     for (int i = 0; i < kCount; ++i) {
       EXPECT_EQ(&contents_.infos[i], current(module, i));
       EXPECT_EQ(1, contents_.infos[i].references);

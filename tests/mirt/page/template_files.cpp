@@ -1,4 +1,5 @@
 // Template files: resolved, permitted, read, cached and drawn.
+#include <cwctype>
 #include <fstream>
 
 #include "mirt/page/page_test.h"
@@ -79,6 +80,44 @@ TEST_F(TemplateFiles, BehindALinkThatLeavesTheFolderAreRefused) {
   std::filesystem::create_symlink(folder() / "secret.html", folder() / "tpl" / "link.html");
   put(page(), L"TemplateFolder", (folder() / "tpl").wstring());
   EXPECT_EQ(L"<code 80004005>Template file can't obtain.[" + secret + L"]", draw_file(L"link"));
+}
+
+// By its canonical form, whatever it is written like; a path that is not there counts as it is written.
+TEST_F(TemplateFiles, ThePermittedFolderMayBeWrittenInOtherWays) {
+  file("tpl/sub/in.html", "in");
+  std::filesystem::create_directory_symlink(folder() / "tpl", folder() / "link");
+  std::wstring upper = absolute("tpl");
+  for (wchar_t& c : upper) c = static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(c)));
+  for (const std::wstring& permitted :
+       {absolute("tpl"), absolute("tpl/"), absolute("tpl\\"), absolute("tpl/sub/.."), absolute("./tpl//sub/"),
+        absolute("link"), absolute("link\\sub"), upper, upper + L"/SUB", upper + L"\\sub\\"}) {
+    put(page(), L"TemplatePermissionPath", permitted);
+    EXPECT_EQ(L"in", draw_file(L"tpl\\sub\\in")) << testing::PrintToString(permitted);
+  }
+}
+
+TEST_F(TemplateFiles, AFolderThatIsNotThePermittedOneIsRefused) {
+  file("tpl/in.html", "in");
+  file("tplx/in.html", "beside");
+  file("tpl/sub/in.html", "below");
+  const std::wstring refused = L"<code 80004005>Template file can't obtain.[" + absolute("tpl/in.html") + L"]";
+  for (const std::wstring& permitted :
+       {absolute("tplx"), absolute("tp"), absolute("tpl/in.html"), absolute("tpl/sub"), absolute("tpl/gone"),
+        absolute("gone/tpl"), absolute("tpl/sub/../../tplx"), std::wstring(L"tpl")}) {
+    put(page(), L"TemplatePermissionPath", permitted);
+    EXPECT_EQ(refused, draw_file(L"tpl\\in")) << testing::PrintToString(permitted);
+  }
+}
+
+// The folder itself is judged, not only what is named below it: its files lie where its link leads.
+TEST_F(TemplateFiles, AFolderThatIsALinkIsPermittedWhereItLeads) {
+  const std::wstring target = file("real/in.html", "in");
+  std::filesystem::create_directory_symlink(folder() / "real", folder() / "tpl");
+  put(page(), L"TemplateFolder", absolute("tpl"));
+  EXPECT_EQ(L"in", draw_file(L"in"));
+  std::filesystem::create_directories(folder() / "other");
+  put(page(), L"TemplatePermissionPath", absolute("other"));
+  EXPECT_EQ(L"<code 80004005>Template file can't obtain.[" + target + L"]", draw_file(L"in"));
 }
 
 TEST_F(TemplateFiles, WithoutAFolderEveryOneIsRefused) {
