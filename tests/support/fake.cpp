@@ -133,19 +133,19 @@ HRESULT FakeScript::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID
   EXPECT_EQ(LOCALE_SYSTEM_DEFAULT, lcid);
   for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
   asked_.emplace_back(names[0]);
-  if (!*names[0]) return unknown_name_;
+  if (!*names[0]) return fail_with(unknown_name_, refusal_words_);
   ids[0] = find(names[0]);
   if (ids[0] == DISPID_UNKNOWN && accepts_new_names_) {
     member(names[0]);
     ids[0] = find(names[0]);
   }
-  return ids[0] == DISPID_UNKNOWN ? unknown_name_ : S_OK;
+  return ids[0] == DISPID_UNKNOWN ? fail_with(unknown_name_, refusal_words_) : S_OK;
 }
 
 HRESULT FakeScript::run(const Member& member, WORD flags, const Arguments& arguments, VARIANT* result) {
   if (flags & DISPATCH_PROPERTYGET) RETURN_IF_FAILED(member.unreadable);
   if (member.body) {
-    if (!(flags & DISPATCH_METHOD)) return DISP_E_MEMBERNOTFOUND;
+    if (!(flags & DISPATCH_METHOD)) return fail_with(DISP_E_MEMBERNOTFOUND, refusal_words_);
     CComVariant answer;
     const FallibleFunction body = member.body;  // the body may redefine its own name
     const HRESULT hr = body(arguments, &answer);

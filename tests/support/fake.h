@@ -52,6 +52,8 @@ class FakeScript final : public IDispatch {
   void remove(const std::wstring& name);
   // Every look-up of a name that is not there fails with this code.
   void fail_unknown_names(HRESULT hr) { unknown_name_ = hr; }
+  // Names that are not there, and functions that are read, fail in these words; at first in none.
+  void refuse_in_words(std::wstring words) { refusal_words_ = std::move(words); }
 
   const CComVariant& current(const std::wstring& name) const;        // of a value; empty for none
   const std::vector<Call>& calls() const { return calls_; }          // of functions, and writes
@@ -93,6 +95,7 @@ class FakeScript final : public IDispatch {
   ULONG references_ = 1;
   bool accepts_new_names_ = false;
   HRESULT unknown_name_ = DISP_E_UNKNOWNNAME;
+  std::wstring refusal_words_;
   std::vector<Member> members_;  // the identifier of members_[i] is i; members_[0] is the default member
   std::vector<Call> calls_;
   std::vector<std::wstring> asked_;

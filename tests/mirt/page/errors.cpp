@@ -51,7 +51,9 @@ TEST_F(GoingOn, FromATemplateThatIsReplaced) {
   file("other.html", "other");
   file("page.html", "(#`broken#)(#=s#)");
   script().function(L"On_TemplateNotFound", [](const Arguments& a) {
-    put(a[0].pdispVal, L"Template", L"other");
+    // Not late-bound: those calls of a test clear the error object.
+    const CComQIPtr<IMirt> page(a[0].pdispVal);
+    EXPECT_EQ(S_OK, page->put_Template(CComBSTR(L"other")));
     return CComVariant(false);
   });
   EXPECT_EQ(kSilent + L"other", draw_file(L"page"));
@@ -125,6 +127,65 @@ TEST_F(GoingOn, FromAnElementThatEqualsNothing) {
   EXPECT_EQ(S_OK, answer.hr);
   EXPECT_EQ(L"", answer.description);
   EXPECT_EQ(L"yes", output());
+}
+
+TEST_F(GoingOn, FromFunctionsThatTheScriptDoesNotHave) {
+  script().refuse_in_words(L"The script's words.");
+  const Answer processed = call(page(), L"Process");
+  EXPECT_EQ(S_OK, processed.hr);
+  EXPECT_EQ(L"", processed.description);
+  const Answer fired = call(page(), L"FireEvent", L"none", 1, 1);
+  EXPECT_EQ(S_OK, fired.hr);
+  EXPECT_EQ(L"", fired.description);
+  call(page(), L"AddMessage", L"m", L"");
+  const Answer drawn = call(page(), L"ProcessTemplate", L"(#%_Message|(#%_Message_Text#)#)");
+  EXPECT_EQ(S_OK, drawn.hr);
+  EXPECT_EQ(L"", drawn.description);
+  in_process([&] {
+    const Answer unbound = call(page(), L"ProcessTemplate", L"(#%_InputP|n#|#text#|#none#)");
+    EXPECT_EQ(S_OK, unbound.hr);
+    EXPECT_EQ(L"", unbound.description);
+  });
+}
+
+TEST_F(GoingOn, FromAFunctionThatCannotBeRead) {
+  script().refuse_in_words(L"The script's words.");
+  script().function(L"f", [](const Arguments&) { return CComVariant(L"called"); });
+  const Answer answer = call(page(), L"ProcessTemplate", L"(#:f#)");
+  EXPECT_EQ(S_OK, answer.hr);
+  EXPECT_EQ(L"", answer.description);
+  EXPECT_EQ(L"called", output());
+}
+
+TEST_F(GoingOn, FromAScriptThatAnotherOneStandsInFor) {
+  const CComPtr<FakeScript> later = FakeScript::make();
+  later->refuse_in_words(L"The later script's words.");
+  script().value(L"v", CComVariant(L"earlier"));
+  call(page(), L"AddScript", later);
+  const Answer answer = call(page(), L"ProcessTemplate", L"(#:v#)");
+  EXPECT_EQ(S_OK, answer.hr);
+  EXPECT_EQ(L"", answer.description);
+}
+
+TEST_F(GoingOn, FromAnObjectWithoutItemsToItsProperty) {
+  const CComPtr<FakeScript> object = FakeScript::make();
+  object->failing(L"", DISP_E_MEMBERNOTFOUND, L"The object's words.");
+  object->value(L"k", CComVariant(L"property"));
+  script().value(L"o", object);
+  const Answer answer = call(page(), L"ProcessTemplate", L"(#:o|k#)");
+  EXPECT_EQ(S_OK, answer.hr);
+  EXPECT_EQ(L"", answer.description);
+  EXPECT_EQ(L"property", output());
+}
+
+TEST_F(GoingOn, FromANameThatIsAKey) {
+  script().refuse_in_words(L"The script's words.");
+  script().function(L"", [](const Arguments&) { return CComVariant(L"by key"); });
+  const CComPtr<IDispatch> templator = module_.create(L"TextTemplator");
+  EXPECT_EQ(S_OK, putref(templator.get(), L"Script", script_).hr);
+  const Answer answer = call(templator.get(), L"ProcessTemplate", L"(#none#)");
+  EXPECT_EQ(S_OK, answer.hr);
+  EXPECT_EQ(L"", answer.description);
 }
 
 // Where the stack is used up no script can be asked, so a name is not missing because of it.
