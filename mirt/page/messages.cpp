@@ -51,9 +51,11 @@ HRESULT Self::draw_message(Source, const MarkParams& params) {
   if (!text.get()) return E_OUTOFMEMORY;
   const page::MessageStore::List* found = messages_.find(key);
   if (!found) return params.size() == 3 ? process_nested(*params[2]) : S_OK;
-  // A copy: what is drawn may add messages, which wait for the next drawing.
-  const page::MessageStore::List list = *found;
-  for (const CComVariant& message : list) {
+  // Counted beforehand: what is drawn may add messages, which wait for the next drawing.
+  const std::size_t count = found->size();
+  for (std::size_t i = 0; i < count; ++i) {
+    CComVariant message;  // a copy, because a list that grows moves
+    RETURN_IF_FAILED(VariantCopy(&message, &(*found)[i]));
     const CurrentMessage current(current_message_, &message);
     RETURN_IF_FAILED(process_nested(text.get()));
   }

@@ -60,6 +60,7 @@ HRESULT Self::Draw(bool& handled) {
   RETURN_IF_FAILED(CMirtConcept::Draw(drawn));
   if (!drawn && !template_.empty()) {
     const CComBSTR name = template_;
+    if (!name.get()) return E_OUTOFMEMORY;
     RETURN_IF_FAILED(Draw(name));
   }
   handled = true;
