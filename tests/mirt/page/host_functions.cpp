@@ -108,6 +108,19 @@ TEST_F(HostFunctions, AnEditedTemplateShowsAtOnce) {
   EXPECT_EQ(L"older", draw_file(L"t"));
 }
 
+// It is read all the same: what is saved is the parsing, so that what was parsed is what shows.
+TEST_F(HostFunctions, ATemplateWhoseTimeIsTheSameComesFromTheCache) {
+  use_folder();
+  const std::filesystem::path path = file("t.html", "parsed");
+  const auto written = std::filesystem::last_write_time(path);
+  EXPECT_EQ(L"parsed", draw_file(L"t"));
+  for (const std::chrono::seconds later : {std::chrono::seconds(0), std::chrono::seconds(10)}) {
+    file("t.html", "edited");
+    std::filesystem::last_write_time(path, written + later);
+    EXPECT_EQ(later.count() == 0 ? L"parsed" : L"edited", draw_file(L"t"));
+  }
+}
+
 // As the platform's function, which knows no other separator.
 TEST_F(HostFunctions, PathsAreCanonicalizedWithBackslashes) {
   put(page(), L"TemplateFolder", L"/no/such");

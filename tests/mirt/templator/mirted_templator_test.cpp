@@ -295,5 +295,19 @@ TEST_F(Child, IsOfNoUseWithoutARequest) {
   EXPECT_EQ(nullptr, main);
 }
 
+TEST_F(Child, PassesOnWhatTheScriptAskedLastFailedWith) {
+  with_child([&] {
+    const CComPtr<FakeScript> later = FakeScript::make();
+    later->fail_unknown_names(E_ACCESSDENIED);
+    EXPECT_EQ(S_OK, putref(child_.get(), L"Script", later).hr);
+    EXPECT_EQ(L"<code 80020006>", drawn(L"(#:x#)")) << "of the first, which does not know the name";
+    script().fail_unknown_names(E_ABORT);
+    EXPECT_EQ(L"<code 80004004>", drawn(L"(#:x#)"));
+    script().fail_unknown_names(DISP_E_UNKNOWNNAME);
+    script().value(L"x", L"found");
+    EXPECT_EQ(L"found", drawn(L"(#:x#)"));
+  });
+}
+
 }  // namespace
 }  // namespace test

@@ -9,6 +9,8 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <latch>
 #include <string>
 #include <thread>
 #include <vector>
@@ -220,6 +222,45 @@ TEST(Template, CountsItsHolders) {
   EXPECT_EQ(2, tmpl->RefCount);
   EXPECT_EQ(1, tmpl->Release());
   EXPECT_EQ(0, tmpl->Release());
+}
+
+// Makes a change on two threads until they have met often enough to lose many of the changes that are not made
+// atomically; how many were made. A count whose value is read and written apart tells; on one processor there is
+// little to lose, and it ends all the same.
+LONG change_on_two_threads(const std::function<void()>& change) {
+  constexpr int kEach = 50'000;
+  constexpr int kEnough = 100'000;
+  LONG made = 0;
+  int lost = 0;
+  for (int round = 0; round < 1000 && lost < kEnough; ++round) {
+    std::atomic<int> count = 0;
+    std::latch together(2);
+    const auto run = [&] {
+      together.arrive_and_wait();
+      for (int i = 0; i < kEach; ++i) {
+        change();
+        count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+      }
+    };
+    std::thread other(run);
+    run();
+    other.join();
+    made += 2 * kEach;
+    lost += 2 * kEach - count;
+  }
+  return made;
+}
+
+TEST(Template, LosesNoHolderOfManyThreads) {
+  CTemplate* tmpl = new_template();
+  const LONG added = change_on_two_threads([tmpl] { tmpl->AddRef(); });
+  EXPECT_EQ(1 + added, tmpl->RefCount);
+  constexpr LONG kMany = 1'000'000'000;
+  tmpl->RefCount = kMany;
+  const LONG released = change_on_two_threads([tmpl] { tmpl->Release(); });
+  EXPECT_EQ(kMany - released, tmpl->RefCount);
+  tmpl->RefCount = 1;
+  tmpl->Release();
 }
 
 }  // namespace

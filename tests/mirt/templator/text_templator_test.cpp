@@ -386,5 +386,51 @@ TEST_F(TextTemplator, ComesOutOfThePoolLikeNew) {
   EXPECT_EQ(nullptr, get(templator_.get(), L"Script").value.pdispVal);
 }
 
+// Any other character is the first one of a name. Every blank of Unicode is among these.
+TEST_F(TextTemplator, TakesFourCharactersForACommentAndNoMore) {
+  std::wstring asked;
+  script_->function(L"", [&](const Arguments& arguments) {
+    asked = korlib::view_of(arguments.at(0).bstrVal);
+    return CComVariant();
+  });
+  add(script_);
+  std::wstring others;
+  for (wchar_t c = 1; c <= 0x3000; ++c) others += c;
+  others += L"\uFEFF\uFFFD\U0001F600\U000E0020\U0010FFFF";
+  std::wstring comments;
+  for (const wchar_t c : others) {
+    if (c == L'|') continue;  // ends the name
+    asked.clear();
+    const std::wstring name = c + std::wstring(L"name");
+    ASSERT_EQ(S_OK, process((L"(#" + name + L"#)").c_str()).hr) << static_cast<int>(c);
+    if (asked.empty()) {
+      comments += c;
+    } else {
+      ASSERT_EQ(name, asked);
+    }
+  }
+  EXPECT_EQ(L"\t\n\r ", comments);
+}
+
+TEST_F(TextTemplator, AsksForAValueByKeyWhateverTheLookUpFailedWith) {
+  for (const HRESULT hr : {DISP_E_UNKNOWNNAME, E_ACCESSDENIED, E_FAIL, DISP_E_MEMBERNOTFOUND, DISP_E_PARAMNOTFOUND}) {
+    script_->fail_unknown_names(hr);
+    script_->function(L"", [](const Arguments& arguments) { return arguments.at(0); });
+    EXPECT_EQ(L"[key]", draw(L"[(#key#)]")) << hr;
+    script_->failing(L"", E_ABORT);
+    EXPECT_EQ(L"<code 80004004>", draw(L"(#key#)")) << "what the value's failure was, not the name's";
+  }
+}
+
+TEST_F(TextTemplator, FindsAMemberBehindAScriptThatRefusesToLook) {
+  script_->value(L"x", L"found");
+  add(script_);
+  const CComPtr<FakeScript> refusing = FakeScript::make();
+  refusing->fail_unknown_names(E_ACCESSDENIED);
+  add(refusing);
+  EXPECT_EQ(S_OK, process(L"(#x#)").hr);
+  EXPECT_EQ(L"found", flush());
+}
+
 }  // namespace
 }  // namespace test
