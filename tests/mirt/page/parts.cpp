@@ -73,6 +73,22 @@ TEST_F(PlainLifecycle, NeedsSomebodyForTheCommandAndForTheTemplate) {
   EXPECT_EQ(L"", ending());
 }
 
+// What a step has answered so far stays when its function, or the look-up of that, fails.
+TEST_F(PlainLifecycle, AFailureLeavesTheAnswerAsItWas) {
+  for (const bool before : {true, false}) {
+    script_->failing(L"On_StartDraw", E_ABORT);
+    bool answer = before;
+    EXPECT_EQ(E_ABORT, CMirtConcept::On_StartDraw(answer));
+    EXPECT_EQ(before, answer);
+    script_->remove(L"On_StartDraw");
+    script_->fail_unknown_names(E_ACCESSDENIED);
+    EXPECT_EQ(E_ACCESSDENIED, CMirtConcept::On_StartDraw(answer));
+    EXPECT_EQ(E_ACCESSDENIED, CMirtConcept::Draw(answer));
+    EXPECT_EQ(before, answer);
+    script_->fail_unknown_names(DISP_E_UNKNOWNNAME);
+  }
+}
+
 TEST(PageText, JoinsTextsWithWhateverIsInThem) {
   EXPECT_EQ(std::wstring_view(L"a\0b\xD800", 4), page::join({L"a", {L"\0", 1}, L"", L"b\xD800"}).view());
   EXPECT_EQ(L"", page::join({}).view());

@@ -262,6 +262,16 @@ TEST_F(PutInto, ANullNameMeansEveryField) {
   EXPECT_EQ(L"1", bag_text(L"a"));
 }
 
+// As a caller that counts up to the terminator sees it.
+TEST_F(PutInto, ANameThatBeginsWithANulMeansEveryField) {
+  query().set_raw(L"a", CComVariant(L"1"));
+  query().set_raw(L"b", CComVariant(L"2"));
+  EXPECT_EQ(S_OK, call(page(), L"PutIntoBag", std::wstring(L"\0a", 2), false).hr);
+  EXPECT_EQ(L"1", bag_text(L"a"));
+  EXPECT_EQ(L"2", bag_text(L"b"));
+  EXPECT_EQ(2, bag_size());
+}
+
 TEST_F(PutInto, NullIsEmptyPlaysNoPart) {
   put(page(), L"NullIsEmpty", true);
   query().set_raw(L"f", null_value());

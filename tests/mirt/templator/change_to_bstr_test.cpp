@@ -180,6 +180,16 @@ TEST_F(ChangeToBSTR, AsksObjectsAsAutomationDoes) {
   EXPECT_EQ(VT_BSTR, object->calls()[0].arguments[0].vt);
 }
 
+TEST_F(ChangeToBSTR, AsksForAMemberWithoutArguments) {
+  const CComPtr<FakeScript> object = FakeScript::make();
+  object->function(L"key", [](const Arguments&) { return CComVariant(L"answer"); });
+  const Path path{L"key"};
+  EXPECT_EQ(L"answer", text_of(change(value_of(object), &path, false)));
+  ASSERT_EQ(1u, object->calls().size());
+  EXPECT_EQ(DISPATCH_METHOD | DISPATCH_PROPERTYGET, object->calls()[0].flags);
+  EXPECT_TRUE(object->calls()[0].arguments.empty());
+}
+
 TEST_F(ChangeToBSTR, RefusesNoValue) { EXPECT_EQ(E_POINTER, CTemplatorConcept::ChangeToBSTR(nullptr, nullptr, true)); }
 
 }  // namespace

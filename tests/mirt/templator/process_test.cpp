@@ -39,6 +39,12 @@ TEST(Streaming, WritesAProtectedDelimiterWhole) {
   EXPECT_EQ((Texts{L"(#", L"#)", L"^", L"^", L"x", L"^"}), drawing.sink->texts());
 }
 
+TEST(Streaming, ProtectsNoSeparatorOutsideAMark) {
+  Drawing drawing;
+  EXPECT_EQ(S_OK, drawing.engine.stream(L"^|^#|#^x"));
+  EXPECT_EQ((Texts{L"^", L"|", L"^", L"#", L"|", L"#", L"^", L"x"}), drawing.sink->texts());
+}
+
 TEST(Streaming, WritesNothingForNothing) {
   Drawing drawing;
   EXPECT_EQ(S_OK, drawing.engine.stream(L""));
@@ -185,6 +191,29 @@ std::wstring contents(const std::filesystem::path& path) {
   std::wstring text(utf8_utf32(bytes.data(), bytes.size(), nullptr, 0), L'\0');
   utf8_utf32(bytes.data(), bytes.size(), text.data(), text.size());
   return text;
+}
+
+// Every sequence of up to five of the delimiters and a letter, in both modes.
+TEST(EverySequence, DrawsAlikeStreamedAndReplayed) {
+  std::vector<std::wstring> templates{L""};
+  for (std::size_t done = 0, length = 1; length <= 5; ++length) {
+    const std::size_t end = templates.size();
+    for (; done < end; ++done) {
+      for (const wchar_t* piece : {L"^", L"(#", L"#)", L"|", L"#|#", L"a"})
+        templates.push_back(templates[done] + piece);
+    }
+  }
+  int drawn = 0;
+  for (const std::wstring& text : templates) {
+    Drawing streamed;
+    Drawing replayed;
+    const HRESULT hr = streamed.engine.stream(text);
+    ASSERT_EQ(hr, replayed.engine.replay(text)) << testing::PrintToString(text);
+    if (FAILED(hr)) continue;
+    ++drawn;
+    ASSERT_EQ(streamed.sink->text(), replayed.sink->text()) << testing::PrintToString(text);
+  }
+  EXPECT_GT(drawn, 1000);
 }
 
 TEST(TemplateFolders, DrawAlikeStreamedAndReplayed) {

@@ -36,6 +36,7 @@ class RecordingSink final : public ZeltoTypeLibrary::IResponse,
 
   std::vector<Output> outputs;
   std::vector<const void*> addresses;  // of the texts, to see which string was lent
+  std::vector<ULONG> byte_counts;      // of what came through a raw stream
   int fail_at = -1;                    // the number of the write that fails, from 0
   HRESULT failure = E_ABORT;
 
@@ -81,7 +82,8 @@ class RecordingSink final : public ZeltoTypeLibrary::IResponse,
   }
   HRESULT Write(BSTR text) override { return take(kTextStream, text, korlib::view_of(text)); }
   HRESULT Write(const void* data, ULONG bytes, ULONG* written) override {
-    if (!written || bytes % sizeof(wchar_t) != 0) return E_INVALIDARG;
+    if (!written) return E_INVALIDARG;
+    byte_counts.push_back(bytes);
     *written = 0;  // whoever writes templates does not look at it
     return take(kRawStream, data, {static_cast<const wchar_t*>(data), bytes / sizeof(wchar_t)});
   }

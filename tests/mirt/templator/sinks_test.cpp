@@ -96,7 +96,6 @@ TEST(Output, FailsToBeWrittenWhereThereIsNone) {
   EXPECT_EQ(E_POINTER, engine.get_Output(nullptr));
 }
 
-// The sink checks that the byte count is that of whole characters; what it gets is compared here.
 TEST(Output, GivesARawStreamTheCharactersAsTheyLieInMemory) {
   Engine engine;
   const CComPtr<RecordingSink> sink = RecordingSink::make(kRawStream);
@@ -104,6 +103,20 @@ TEST(Output, GivesARawStreamTheCharactersAsTheyLieInMemory) {
   const std::wstring text(L"a\0\U0001F600", 3);
   EXPECT_EQ(S_OK, engine.write_output(CComBSTR(std::wstring_view(text))));
   EXPECT_EQ(std::vector<std::wstring>{text}, sink->texts());
+  EXPECT_EQ(std::vector<ULONG>{12}, sink->byte_counts);
+}
+
+// A string may end in the middle of a character.
+TEST(Output, GivesARawStreamEveryByteOfAString) {
+  Engine engine;
+  const CComPtr<RecordingSink> sink = RecordingSink::make(kRawStream);
+  ASSERT_EQ(S_OK, engine.putref_Output(sink->unknown()));
+  for (const UINT bytes : {0u, 1u, 4u, 7u}) {
+    CComBSTR text;
+    text.attach(SysAllocStringByteLen("\x61\0\0\0\x62\0\0", bytes));
+    EXPECT_EQ(S_OK, engine.write_output(text));
+  }
+  EXPECT_EQ((std::vector<ULONG>{0, 1, 4, 7}), sink->byte_counts);
 }
 
 TEST(Output, PassesTheSinksFailureOn) {
