@@ -1,41 +1,19 @@
 #include <korlib/activation.h>
 
-#include <gtest/gtest.h>
-
 #include <dlfcn.h>
+#include <link.h>
 #include <pthread.h>
 
-#include <filesystem>
 #include <fstream>
-#include <mutex>
-#include <string>
-#include <vector>
 
-#include <korlib/combstr.h>
-#include <korlib/errorinfo.h>
-#include <korlib/ptr.h>
 #include <korlib_host/class_table.h>
 #include <korlib_host/diagnostics.h>
-#include <korlib_host/modules.h>
-#include <korlib_host/registry_store.h>
 
-#include "default_object.h"
-#include "sample_module.h"
-#include "temporary_folder.h"
+#include "activation_test.h"
 
 namespace {
 
-std::mutex steps_lock;
-std::vector<std::string> steps;
-
-using sample::ISample;
-using Steps = std::vector<std::string>;
-
-constexpr DWORD kContext = CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER;
-constexpr CLSID kNowhere = korlib::guid("9B1C6B5E-0F0E-4B7A-9C1D-3A5B7C9D1EFF");
 constexpr CLSID kHostClass = korlib::guid("9B1C6B5E-0F0E-4B7A-9C1D-3A5B7C9D1E10");
-
-std::filesystem::path sample_file() { return SAMPLE_MODULE_PATH; }
 
 HRESULT create_host_object(REFIID riid, void** ppv) {
   const auto object = DefaultObject::holding({});
@@ -45,70 +23,7 @@ HRESULT create_host_object(REFIID riid, void** ppv) {
 const korlib_host::ClassRow kHostRows[] = {{kHostClass, L"Test.HostClass", create_host_object}};
 const korlib_host::ClassRegistration kRegistration(kHostRows);
 
-std::wstring braced(REFCLSID clsid) {
-  wchar_t text[39];
-  StringFromGUID2(clsid, text, 39);
-  return text;
-}
-
-std::wstring last_error() {
-  CComPtr<IErrorInfo> error;
-  if (GetErrorInfo(0, error.put()) != S_OK) return {};
-  CComBSTR text;
-  error->GetDescription(text.put());
-  return std::wstring(text.view());
-}
-
-class Activation : public testing::Test {
- protected:
-  void SetUp() override {
-    store_ = std::make_shared<korlib_host::RegistryStore>(folder_.path() / "registry.json");
-    korlib_host::set_registry(store_);
-    SetErrorInfo(0, nullptr);
-  }
-  void TearDown() override {
-    CoFreeUnusedLibraries();
-    EXPECT_EQ(korlib_host::open_modules(), 0u);
-    EXPECT_EQ(DefaultObject::alive(), 0);
-    korlib_host::set_registry(nullptr);
-    SetErrorInfo(0, nullptr);
-    take_steps();
-  }
-  static Steps take_steps() {
-    const std::lock_guard guard(steps_lock);
-    return std::exchange(steps, {});
-  }
-
-  void register_class(const std::wstring& prog_id, REFCLSID clsid, const std::wstring& path) {
-    const std::wstring key = L"CLSID\\" + braced(clsid);
-    EXPECT_EQ(store_->create_key(prog_id + L"\\CLSID"), S_OK);
-    EXPECT_EQ(store_->set_value(prog_id + L"\\CLSID", L"", braced(clsid)), S_OK);
-    EXPECT_EQ(store_->create_key(key + L"\\InProcServer32"), S_OK);
-    EXPECT_EQ(store_->set_value(key + L"\\InProcServer32", L"", path), S_OK);
-  }
-  void register_sample() {
-    register_class(L"Sample.First", sample::kFirst, sample_file().wstring());
-    register_class(L"Sample.Second", sample::kSecond, sample_file().wstring());
-    register_class(L"Sample.Unbound", sample::kUnbound, sample_file().wstring());
-  }
-
-  static LONG number_of(const CComPtr<ISample>& object) {
-    LONG number = 0;
-    EXPECT_EQ(object->Number(&number), S_OK);
-    return number;
-  }
-  static HRESULT create(REFCLSID clsid, CComPtr<ISample>* object) {
-    return CoCreateInstance(clsid, nullptr, kContext, korlib::iid_of<ISample>, object->put_void());
-  }
-  static HRESULT create(const wchar_t* prog_id, CComPtr<ISample>* object) {
-    CLSID clsid;
-    RETURN_IF_FAILED(CLSIDFromProgID(prog_id, &clsid));
-    return create(clsid, object);
-  }
-
-  TemporaryFolder folder_;
-  std::shared_ptr<korlib_host::RegistryStore> store_;
-};
+class Activation : public ActivationTest {};
 
 TEST_F(Activation, FindsHostClassesByIdentifierAndProgId) {
   CLSID clsid;
@@ -122,12 +37,48 @@ TEST_F(Activation, FindsHostClassesByIdentifierAndProgId) {
   EXPECT_EQ(DefaultObject::alive(), 1);
 }
 
+// Whatever else is registered under their names.
+TEST_F(Activation, PutsHostClassesFirst) {
+  register_class(L"Test.HostClass", sample::kFirst, sample_file().wstring());
+  CLSID clsid;
+  EXPECT_EQ(CLSIDFromProgID(L"Test.HostClass", &clsid), S_OK);
+  EXPECT_EQ(clsid, kHostClass);
+  register_class(L"Other.Name", kHostClass, sample_file().wstring());
+  CComPtr<IDispatch> object;
+  EXPECT_EQ(CoCreateInstance(kHostClass, nullptr, kContext, IID_IDispatch, object.put_void()), S_OK);
+  CComPtr<IClassFactory> factory;
+  EXPECT_EQ(CoGetClassObject(kHostClass, kContext, nullptr, IID_IClassFactory, factory.put_void()), S_OK);
+  EXPECT_EQ(take_steps(), Steps()) << "the module was opened";
+}
+
+TEST_F(Activation, TakesTheRowOfAHostClassThatCameLast) {
+  constexpr CLSID kReplaced = korlib::guid("9B1C6B5E-0F0E-4B7A-9C1D-3A5B7C9D1E11");
+  const auto refuse = [](REFIID, void** ppv) {
+    *ppv = nullptr;
+    return HRESULT{E_ACCESSDENIED};
+  };
+  const korlib_host::ClassRow first[] = {{kReplaced, L"Test.Replaced", refuse}};
+  const korlib_host::ClassRow second[] = {{kReplaced, L"Test.Other", create_host_object},
+                                          {kHostClass, L"TEST.replaced", create_host_object}};
+  korlib_host::register_classes(first);
+  void* none = nullptr;
+  EXPECT_EQ(CoCreateInstance(kReplaced, nullptr, kContext, IID_IUnknown, &none), E_ACCESSDENIED);
+  korlib_host::register_classes(second);
+  CComPtr<IUnknown> object;
+  EXPECT_EQ(CoCreateInstance(kReplaced, nullptr, kContext, IID_IUnknown, object.put_void()), S_OK);
+  CLSID clsid;
+  EXPECT_EQ(CLSIDFromProgID(L"Test.Replaced", &clsid), S_OK);
+  EXPECT_EQ(clsid, kHostClass);
+}
+
 TEST_F(Activation, OffersClassObjectsOfHostClasses) {
   const auto before = korlib_host::live_objects();
   {
     CComPtr<IClassFactory> factory;
     ASSERT_EQ(CoGetClassObject(kHostClass, kContext, nullptr, IID_IClassFactory, factory.put_void()), S_OK);
     EXPECT_EQ(factory->LockServer(TRUE), S_OK);
+    CComPtr<IUnknown> identity;
+    EXPECT_EQ(factory->QueryInterface(IID_IUnknown, identity.put_void()), S_OK);
     CComPtr<IDispatch> object;
     EXPECT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, object.put_void()), S_OK);
     PlainObject outer;
@@ -238,6 +189,45 @@ TEST_F(Activation, SaysThatALibraryIsNoComponent) {
   CComPtr<ISample> object;
   EXPECT_EQ(create(L"No.Component", &object), CO_E_ERRORINDLL);
   EXPECT_EQ(last_error(), L"libicuuc.so.72 is no component: it does not export DllGetClassObject.");
+  EXPECT_EQ(last_source_, L"Activation");
+}
+
+// It is told neither that it is opened nor that it is closed: it never was a module.
+TEST_F(Activation, RunsNoCodeOfALibraryThatIsNoComponent) {
+  register_class(L"No.Component", kNowhere, std::filesystem::path(MAIN_ONLY_MODULE_PATH).wstring());
+  CComPtr<ISample> object;
+  EXPECT_EQ(create(L"No.Component", &object), CO_E_ERRORINDLL);
+  EXPECT_EQ(take_steps(), Steps());
+}
+
+// That code may run when the module has nothing alive.
+TEST_F(Activation, KeepsAModuleOpenWhileItsCodeRuns) {
+  sample::on_step([](const std::string& step) {
+    if (step == "register") CoFreeUnusedLibraries();
+  });
+  EXPECT_EQ(korlib_host::register_module(sample_file()), S_OK);
+  EXPECT_EQ(take_steps(), (Steps{"attach", "register"}));
+  EXPECT_EQ(korlib_host::open_modules(), 1u);
+}
+
+TEST_F(Activation, LetsAModuleUseAnotherWhileItIsOpened) {
+  const auto other = folder_.path() / "other.so";
+  std::filesystem::copy_file(sample_file(), other);
+  register_sample();
+  register_class(L"Sample.Second", sample::kSecond, other.wstring());
+  LONG number = 0;
+  bool is_outer = true;
+  sample::on_step([&](const std::string& step) {
+    if (step != "attach" || !std::exchange(is_outer, false)) return;
+    CComPtr<ISample> second;
+    EXPECT_EQ(create(sample::kSecond, &second), S_OK);
+    number = second ? number_of(second) : 0;
+  });
+  CComPtr<ISample> first;
+  EXPECT_EQ(create(sample::kFirst, &first), S_OK);
+  EXPECT_EQ(number, 2);
+  EXPECT_EQ(take_steps(), (Steps{"attach", "attach"}));
+  EXPECT_EQ(korlib_host::open_modules(), 2u);
 }
 
 TEST_F(Activation, SeesARegistrationThatComesLater) {
@@ -285,6 +275,10 @@ TEST_F(Activation, FindsAModuleThatIsNotRegistered) {
   EXPECT_EQ(number_of(object), 1);
   ASSERT_EQ(create(L"BARE.second", &object), S_OK);
   EXPECT_EQ(number_of(object), 2);
+  void* none = &none;
+  EXPECT_EQ(CoGetClassObject(sample::kSecond, kContext, nullptr, IID_IDispatch, &none), E_NOINTERFACE)
+      << "the module that has the class is the one that answers";
+  EXPECT_EQ(none, nullptr);
   // By identifier as well, past the module that is not there, and without a trace of it.
   ASSERT_EQ(create(sample::kSecond, &object), S_OK);
   EXPECT_EQ(number_of(object), 2);
@@ -306,12 +300,16 @@ TEST_F(Activation, KnowsTheFileOfAModule) {
   EXPECT_EQ(korlib_host::module_file(nullptr), std::filesystem::path());
   int no_handle = 0;
   EXPECT_EQ(korlib_host::module_file(&no_handle), std::filesystem::path());
+  char name[] = "/not/loaded";
+  link_map looks_like_one{};
+  looks_like_one.l_name = name;
+  EXPECT_EQ(korlib_host::module_file(&looks_like_one), std::filesystem::path());
 }
 
 // Makes objects from deeper and deeper frames until one is refused.
 HRESULT create_at_depth(int depth) {
   void* object = nullptr;
-  const HRESULT hr = CoCreateInstance(kHostClass, nullptr, kContext, IID_IUnknown, &object);
+  const HRESULT hr = CoCreateInstance(kHostClass, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &object);
   if (FAILED(hr)) return hr;
   static_cast<IUnknown*>(object)->Release();
   if (depth == 0) return S_OK;
@@ -342,8 +340,3 @@ TEST_F(Activation, RefusesBeforeTheStackIsUsedUp) {
 }
 
 }  // namespace
-
-void sample_step(const char* step) {
-  const std::lock_guard guard(steps_lock);
-  steps.emplace_back(step);
-}

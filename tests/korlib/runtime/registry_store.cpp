@@ -1,7 +1,11 @@
 #include <korlib_host/registry_store.h>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
+#include <csignal>
 #include <fstream>
 #include <iterator>
 
@@ -159,6 +163,97 @@ TEST_F(RegistryStoreTest, NeverWritesOverAFileThatItCannotRead) {
   }
   write("{}");
   EXPECT_EQ(RegistryStore(file()).problem(), "");
+}
+
+// While one lives, no file of this process grows: a full disk.
+class FullDisk {
+ public:
+  FullDisk() : before_signal_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit none{0, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &none);
+  }
+  ~FullDisk() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, before_signal_);
+  }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+
+ private:
+  using Handler = void (*)(int);
+  Handler before_signal_;
+  rlimit before_{};
+};
+
+TEST_F(RegistryStoreTest, KeepsTheOldFileWhenTheDiskIsFull) {
+  RegistryStore store(file());
+  ASSERT_EQ(store.create_key(L"A"), S_OK);
+  const std::string before = content();
+  HRESULT hr = S_OK;
+  {
+    const FullDisk full;
+    hr = store.create_key(L"B");
+  }
+  EXPECT_EQ(hr, E_FAIL);
+  EXPECT_FALSE(store.has_key(L"B"));
+  EXPECT_EQ(content(), before);
+  EXPECT_EQ(files_beside(), 2) << "half a file was left beside it";
+  EXPECT_EQ(store.create_key(L"B"), S_OK);
+}
+
+TEST_F(RegistryStoreTest, IsReadableByEverybodyWhateverTheMask) {
+  const mode_t before = umask(0077);
+  RegistryStore store(file());
+  EXPECT_EQ(store.create_key(L"A"), S_OK);
+  umask(before);
+  struct stat status {};
+  ASSERT_EQ(stat(file().c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777u, 0644u);
+}
+
+TEST_F(RegistryStoreTest, ReadsNoFileLargerThanSixteenMegabytes) {
+  write("{}");
+  std::filesystem::resize_file(file(), 16u << 20);  // a NUL ends the text
+  EXPECT_EQ(RegistryStore(file()).problem(), "");
+  std::filesystem::resize_file(file(), (16u << 20) + 1);
+  EXPECT_EQ(RegistryStore(file()).problem(), file().string() + ": too large for a registry store");
+}
+
+TEST_F(RegistryStoreTest, KeepsNamesAndTextsUpToTheirLimits) {
+  RegistryStore store(file());
+  std::wstring deepest = L"0";
+  for (int i = 1; i < 32; ++i) deepest += L"\\0";
+  EXPECT_EQ(store.create_key(deepest), S_OK);
+  EXPECT_EQ(store.create_key(deepest + L"\\0"), E_INVALIDARG);
+  const std::wstring name(255, L'n');
+  const std::wstring text(32767, L't');
+  EXPECT_EQ(store.set_value(deepest, name, text), S_OK);
+  EXPECT_EQ(store.set_value(deepest, name + L"n", text), E_INVALIDARG);
+  EXPECT_EQ(store.set_value(deepest, name, text + L"t"), E_INVALIDARG);
+  const RegistryStore after(file());
+  EXPECT_EQ(after.problem(), "");
+  EXPECT_EQ(after.value(deepest, name), text);
+}
+
+// Each change keeps the file's size, and one of what tells it otherwise.
+TEST_F(RegistryStoreTest, SeesAChangeThatKeepsTheSize) {
+  const auto set_time = [](const std::filesystem::path& path, long nanoseconds) {
+    const timespec times[2] = {{1'000'000'000, 0}, {1'000'000'000, nanoseconds}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+  };
+  write(R"({"keys":{"A":{}}})");
+  set_time(file(), 0);
+  const RegistryStore store(file());
+  EXPECT_TRUE(store.has_key(L"A"));
+  write(R"({"keys":{"B":{}}})");
+  set_time(file(), 1);
+  EXPECT_TRUE(store.has_key(L"B")) << "written again within the second";
+  const auto other = folder_.path() / "other.json";
+  std::ofstream(other) << R"({"keys":{"C":{}}})";
+  set_time(other, 1);
+  std::filesystem::rename(other, file());
+  EXPECT_TRUE(store.has_key(L"C")) << "another file of the same time in its place";
 }
 
 TEST_F(RegistryStoreTest, ServesAgainOnceTheFileIsMended) {

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <deque>
 #include <functional>
+#include <latch>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -18,8 +19,7 @@
 #include <korlib_host/modules.h>
 #include <korlib_host/registry_store.h>
 
-#include "sample_module.h"
-#include "temporary_folder.h"
+#include "activation_test.h"
 
 namespace {
 
@@ -87,8 +87,11 @@ TEST(Threads, OpenAndCloseModulesTogether) {
   korlib_host::set_registry(store);
   std::atomic<int> failed{0};
   // The modules are closed while no thread is inside one, as their header demands.
+  sample::take_steps();
   for (int round = 0; round < 10; ++round) {
+    std::latch together(kThreads);
     run_threads([&](int) {
+      together.arrive_and_wait();
       for (int i = 0; i < 20; ++i) {
         CComPtr<sample::ISample> object;
         const HRESULT hr = CoCreateInstance(sample::kFirst, nullptr, CLSCTX_INPROC_SERVER,
@@ -99,6 +102,7 @@ TEST(Threads, OpenAndCloseModulesTogether) {
     });
     CoFreeUnusedLibraries();
     EXPECT_EQ(korlib_host::open_modules(), 0u);
+    EXPECT_EQ(sample::take_steps(), (sample::Steps{"attach", "detach"})) << "opened once, whoever came first";
   }
   EXPECT_EQ(failed, 0);
   korlib_host::set_registry(nullptr);
