@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <thread>
 
 #include <korlib/activation.h>
@@ -170,6 +171,15 @@ TEST_F(Dictionary, FindsNumbersByValueWhateverTheirType) {
   EXPECT_FALSE(has(9007199254740992.0));
 }
 
+TEST_F(Dictionary, FindsLargeNumbersAndThoseThatAreNone) {
+  put(object_, L"Item", typed(VT_I8, 10'000'000'000'000'000), L"ten to the sixteenth");
+  EXPECT_TRUE(has(1e16));
+  EXPECT_FALSE(has(1e16 + 2));
+  put(object_, L"Item", std::numeric_limits<double>::quiet_NaN(), L"no number");
+  EXPECT_TRUE(has(-std::numeric_limits<double>::quiet_NaN()));
+  EXPECT_EQ(2, count());
+}
+
 TEST_F(Dictionary, TellsEmptyNullAndZeroApart) {
   put(object_, L"Item", CComVariant(), L"empty");
   put(object_, L"Item", test::null_value(), L"null");
@@ -187,6 +197,37 @@ TEST_F(Dictionary, KnowsObjectsByIdentity) {
   EXPECT_TRUE(has(one));
   EXPECT_TRUE(has(value_of(static_cast<IUnknown*>(one.get()))));
   EXPECT_FALSE(has(other));
+}
+
+// An object whose late-bound side lies elsewhere in it than the pointer that it is known by.
+class TwoSided final : public IClassFactory, public IDispatch {
+ public:
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    *ppv = riid == IID_IDispatch  ? static_cast<void*>(static_cast<IDispatch*>(this))
+           : riid == IID_IUnknown ? static_cast<void*>(static_cast<IClassFactory*>(this))
+                                  : nullptr;
+    return *ppv ? S_OK : E_NOINTERFACE;
+  }
+  ULONG AddRef() override { return 2; }
+  ULONG Release() override { return 1; }
+  HRESULT CreateInstance(IUnknown*, REFIID, void**) override { return E_NOTIMPL; }
+  HRESULT LockServer(BOOL) override { return E_NOTIMPL; }
+  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+  HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override { return E_NOTIMPL; }
+};
+
+TEST_F(Dictionary, KnowsAnObjectByAnyOfItsSides) {
+  TwoSided object;
+  put(object_, L"Item", static_cast<IDispatch*>(&object), 1);
+  EXPECT_TRUE(has(static_cast<IUnknown*>(static_cast<IClassFactory*>(&object))));
+  EXPECT_EQ(1, count());
+}
+
+TEST_F(Dictionary, QuotesALongKeyInPart) {
+  const test::Answer answer = call(object_, L"Remove", std::wstring(101, L'k'));
+  EXPECT_EQ(L"The dictionary has no key \"" + std::wstring(100, L'k') + L"\".", answer.description);
 }
 
 TEST_F(Dictionary, RefusesKeysThatCannotBeCompared) {
@@ -270,6 +311,14 @@ TEST_F(Dictionary, StaysRightThroughManyChanges) {
   std::wstring joined;
   for (const int key : expected) joined += (joined.empty() ? L"" : L",") + std::to_wstring(key);
   EXPECT_EQ(joined, list(L"Keys"));
+}
+
+// Each renaming leaves a gap where the old name was.
+TEST_F(Dictionary, RenamesAKeyAsOftenAsIsWanted) {
+  put(object_, L"Item", 0, L"value");
+  for (int i = 0; i < 1000; ++i) ASSERT_EQ(S_OK, put(object_, L"Key", i, i + 1).hr) << i;
+  EXPECT_TRUE(has(1000));
+  EXPECT_EQ(L"1000", list(L"Keys"));
 }
 
 TEST_F(Dictionary, LetsAnObjectComeBackWhileItIsReleased) {

@@ -72,6 +72,9 @@ TEST_F(TextStream, AppendsAndReplaces) {
   EXPECT_EQ("old new", folder_.read("text.txt"));
   call(test::object_of(call(files(), L"OpenTextFile", path_, 2)).get(), L"Write", L"fresh");
   EXPECT_EQ("fresh", folder_.read("text.txt"));
+  EXPECT_EQ(S_OK, call(files(), L"CreateTextFile", path_).hr);  // replaces unless told not to
+  EXPECT_EQ("", folder_.read("text.txt"));
+  folder_.write("text.txt", "fresh");
   const test::Answer answer = call(files(), L"CreateTextFile", path_, false);
   EXPECT_EQ(0x800A003Au, static_cast<std::uint32_t>(answer.hr));
   EXPECT_EQ("fresh", folder_.read("text.txt"));
@@ -81,6 +84,8 @@ TEST_F(TextStream, MakesAMissingFileOnlyWhenAsked) {
   const test::Answer answer = call(files(), L"OpenTextFile", path_, 2);
   EXPECT_EQ(0x800A0035u, static_cast<std::uint32_t>(answer.hr));
   EXPECT_EQ(L"Cannot write '" + path_ + L"': No such file or directory.", answer.description);
+  EXPECT_EQ(0x800A0035u, static_cast<std::uint32_t>(call(files(), L"OpenTextFile", path_, 8).hr));
+  EXPECT_FALSE(test::is_true(call(files(), L"FileExists", path_)));
   EXPECT_EQ(S_OK, call(files(), L"OpenTextFile", path_, 8, true).hr);
   EXPECT_TRUE(test::is_true(call(files(), L"FileExists", path_)));
   EXPECT_EQ(E_INVALIDARG, call(files(), L"OpenTextFile", path_, 3).hr);
@@ -101,6 +106,26 @@ TEST_F(TextStream, SaysWhenTheDiskIsFull) {
   ASSERT_TRUE(stream);
   EXPECT_EQ(S_OK, call(stream.get(), L"Write", L"x").hr);
   EXPECT_EQ(L"Cannot write '/dev/full': No space left on device.", call(stream.get(), L"Close").description);
+}
+
+TEST_F(TextStream, SaysOnceThatTheDiskIsFull) {
+  CComPtr<IDispatch> stream = test::object_of(call(files(), L"OpenTextFile", L"/dev/full", 2));
+  ASSERT_TRUE(stream);
+  EXPECT_EQ(L"Cannot write '/dev/full': No space left on device.",
+            call(stream.get(), L"Write", std::wstring(100'000, L'x')).description);
+  EXPECT_EQ(S_OK, call(stream.get(), L"Close").hr) << "what could not be written is not tried again";
+}
+
+TEST_F(TextStream, WritesBlankLinesUpToAMillion) {
+  CComPtr<IDispatch> stream = test::object_of(call(files(), L"CreateTextFile", path_));
+  ASSERT_TRUE(stream);
+  EXPECT_EQ(E_INVALIDARG, call(stream.get(), L"WriteBlankLines", -1).hr);
+  EXPECT_EQ(E_INVALIDARG, call(stream.get(), L"WriteBlankLines", 1'000'001).hr);
+  EXPECT_EQ(S_OK, call(stream.get(), L"WriteBlankLines", 0).hr);
+  EXPECT_EQ(S_OK, call(stream.get(), L"WriteBlankLines", 1'000'000).hr);
+  EXPECT_EQ(1'000'001, get(stream.get(), L"Line").value.lVal);
+  call(stream.get(), L"Close");
+  EXPECT_EQ(std::string(1'000'000, '\n'), folder_.read("text.txt"));
 }
 
 }  // namespace
