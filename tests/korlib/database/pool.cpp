@@ -59,6 +59,30 @@ TEST_P(Pool, KeepsNoMoreThanEightIdle) {
   EXPECT_EQ(8, connections());
 }
 
+TEST_P(Pool, ClosesWhatHasBeenIdleForLongest) {
+  connection_.reset();
+  korlib_host::close_idle_connections();
+  const std::wstring other_string = connection_string() + L";";
+  const auto open_other = [&] {
+    CComPtr<IDispatch> other = databases::create(CLSID_KorDBConnection);
+    EXPECT_EQ(S_OK, call(other.get(), L"Open", other_string).hr);
+    return other;
+  };
+  for (const int behind : {7, 8}) {
+    std::vector<CComPtr<IDispatch>> newer;
+    for (int i = 0; i < behind; ++i) newer.push_back(open_another());
+    {
+      const CComPtr<IDispatch> oldest = open_other();
+      execute_on(oldest.get(), L"CREATE TEMPORARY TABLE mine (id INTEGER)");
+    }
+    newer.clear();
+    EXPECT_EQ(8, connections());
+    const bool is_kept = SUCCEEDED(call(open_other().get(), L"Execute", L"SELECT * FROM mine").hr);
+    EXPECT_EQ(behind == 7, is_kept) << behind;
+    korlib_host::close_idle_connections();
+  }
+}
+
 TEST_P(Pool, DoesNotHandOutATransactionBegunInWords) {
   execute(L"CREATE TABLE t (id INTEGER)");
   for (const wchar_t* begin :
@@ -82,6 +106,19 @@ TEST_P(Pool, DoesNotHandOutSettings) {
   EXPECT_EQ(0, connections());
   connection_ = open_another();
   execute(L"CREATE TABLE t (id INTEGER)");
+}
+
+// Whatever stands before the words that change them.
+TEST_P(Pool, DoesNotHandOutSettingsThatComeBehindSomething) {
+  const std::wstring set = is_sqlite() ? L"PRAGMA query_only = 1" : L"SET default_transaction_read_only = on";
+  for (const wchar_t* before : {L"-- a remark\n", L"/* ' */ ", L"SELECT 1; ", L"SELECT ';'; ",
+                                L"SELECT (ARRAY[1])[1]; ", L"SELECT 1 -- ;\n; "}) {
+    if (is_sqlite() && std::wstring_view(before).starts_with(L"SELECT")) continue;  // one statement at a time
+    execute(before + set);
+    connection_.reset();
+    EXPECT_EQ(0, connections()) << testing::PrintToString(std::wstring(before));
+    connection_ = open_another();
+  }
 }
 
 TEST_P(Pool, KeepsAConnectionWhoseWordsAreOnlyQuoted) {
