@@ -166,14 +166,21 @@ JSValueRef has(RealmState& realm, std::size_t count, const JSValueRef* values, J
 }
 
 // log(level, text): a line in the host's log.
-JSValueRef log(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef*) {
-  if (count > 1) realm.log(realm.text_of(values[0]), realm.text_of(values[1]));
+JSValueRef log(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  if (count > 1 && realm.may_call(exception)) realm.log(realm.text_of(values[0]), realm.text_of(values[1]));
   return nullptr;
 }
 
-bool set_caught(JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef value, JSValueRef*) {
-  if (RealmState* realm = realm_of(ctx)) realm->note_caught(value);
-  return true;
+// known(name, message): of an error of the engine the number that older pages know, or 0, and its message as the
+// page's author would have it.
+JSValueRef known(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  if (count < 2) return nullptr;
+  ScriptError error;
+  error.message = realm.text_of(values[1]);
+  realm.put_into_words(realm.text_of(values[0]), &error);
+  JSValueRef pair[] = {JSValueMakeNumber(realm.context(), error.number),
+                       JSValueMakeString(realm.context(), JsString(error.message).get())};
+  return JSObjectMakeArray(realm.context(), 2, pair, exception);
 }
 
 bool set_thrown(JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef value, JSValueRef*) {
@@ -190,13 +197,12 @@ JSClassRef make_helper_class() {
   static const JSStaticFunction functions[] = {
       {"html", entry<html>, kFixed}, {"out", entry<out>, kFixed},     {"at", entry<at>, kFixed},
       {"read", entry<read>, kFixed}, {"items", entry<items>, kFixed}, {"create", entry<create>, kFixed},
-      {"has", entry<has>, kFixed},   {"log", entry<log>, kFixed},     {nullptr, nullptr, 0},
+      {"has", entry<has>, kFixed},   {"log", entry<log>, kFixed},     {"known", entry<known>, kFixed},
+      {nullptr, nullptr, 0},
   };
   static const JSStaticValue values[] = {
       {"thrown", [](JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef*) { return JSValueMakeUndefined(ctx); },
        set_thrown, kJSPropertyAttributeDontEnum | kJSPropertyAttributeDontDelete},
-      {"caught", [](JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef*) { return JSValueMakeUndefined(ctx); },
-       set_caught, kJSPropertyAttributeDontEnum | kJSPropertyAttributeDontDelete},
       {nullptr, nullptr, nullptr, 0},
   };
   JSClassDefinition definition = kJSClassDefinitionEmpty;

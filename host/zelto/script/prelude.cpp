@@ -107,6 +107,19 @@ const call = (object, name) => {
   throw new TypeError(`object.${name} is not a function. (In 'object.${name}()', 'object.${name}' is ${typeof member})`);
 };
 
+// What a page caught: an error of the engine gets what an older page looks at. In the language, so that a page whose
+// time is up ends here as well. Nothing that the error itself does may show.
+const caught = error => {
+  try {
+    if (typeof error !== "object" || error === null || "number" in error) return;
+    const { name, message } = error;
+    if (typeof name !== "string" || typeof message !== "string") return;
+    const known = native.known(name, message);
+    if (known[1] !== message) error.message = known[1];
+    if (known[0] !== 0) define(error, "number", known[0]);
+  } catch { }
+};
+
 // new Error(number, description); every other pair of arguments is the language's own.
 const make = (constructor, number, description, ...rest) => {
   if (constructor !== Error || typeof number !== "number" || typeof description === "object" || rest.length > 0) {
@@ -125,6 +138,7 @@ define_fixed("$zelto_value", (value, is_statement) =>
   typeof value === "function" || (is_statement && value === undefined) ? native.read(value, is_statement) : value);
 define_fixed("$zelto_call", call);
 define_fixed("$zelto_error", make);
+define_fixed("$zelto_caught", caught);
 define(prototype, Symbol.iterator, function () { return items(this)[Symbol.iterator](); });
 
 // A name of the object's own or of its class; a class's "constructor" is the language's.

@@ -121,43 +121,27 @@ void RealmState::raise_missing(JSValueRef* exception) {
 // The engine says of a call "…o.Name is not a function. (In '…', '…o.Name' is undefined)", and of what lies behind
 // it "undefined is not an object (evaluating '…o.Name.x')". Where that is the member that was found missing, the
 // error says so in its stead.
-bool RealmState::blame_missing(JSObjectRef error) {
+bool RealmState::is_about_missing(std::wstring_view message) const {
   if (missing_.name.empty()) return false;
-  JSValueRef text = property(error, JsString("message"));
-  if (!JSValueIsString(context_, text)) return false;
-  const JsString message(JSValueToStringCopy(context_, text, nullptr));
-  const std::u16string_view said = message.view();
-  const std::u16string name = u"." + missing_.name;
-  const bool is_called = said.ends_with(name + u"' is undefined)");
-  const bool is_entered = said.starts_with(u"undefined is not an object (evaluating '") &&
-                          said.substr(0, said.find_last_of(u".[(")).ends_with(name);
-  if (!is_called && !is_entered) return false;
-  JSObjectSetProperty(context_, error, JsString("message").get(), string_value(context_, words_for_missing()),
-                      kJSPropertyAttributeNone, nullptr);
-  set_hidden(context_, error, "number", JSValueMakeNumber(context_, DISP_E_UNKNOWNNAME));
-  return true;
+  const std::wstring name = L"." + to_wide(missing_.name);
+  if (message.ends_with(name + L"' is undefined)")) return true;
+  return message.starts_with(L"undefined is not an object (evaluating '") &&
+         message.substr(0, message.find_last_of(L".[(")).ends_with(name);
 }
 
-void RealmState::note_caught(JSValueRef value) {
-  if (!JSValueIsObject(context_, value)) return;
-  auto* error = const_cast<JSObjectRef>(value);
-  JSValueRef name = property(error, JsString("name"));
-  JSValueRef message = property(error, JsString("message"));
-  if (!JSValueIsString(context_, name) || !JSValueIsString(context_, message)) return;
-  if (JSObjectHasProperty(context_, error, JsString("number").get()) || blame_missing(error)) return;
-  const std::wstring said = text_of(message);
-  if (const std::wstring text = as_written(said); text != said) {
-    JSObjectSetProperty(context_, error, JsString("message").get(), string_value(context_, text),
-                        kJSPropertyAttributeNone, nullptr);
+void RealmState::put_into_words(std::wstring_view name, ScriptError* error) const {
+  if (is_about_missing(error->message)) {
+    error->message = words_for_missing();
+    error->number = DISP_E_UNKNOWNNAME;
+    return;
   }
-  const HRESULT number = number_of_engine_error(text_of(name), said);
-  if (FAILED(number)) set_hidden(context_, error, "number", JSValueMakeNumber(context_, number));
+  error->number = number_of_engine_error(name, error->message);
+  error->message = as_written(std::move(error->message));
 }
 
 HRESULT RealmState::failure_of(JSValueRef exception) {
   if (engine_.is_unwinding()) return kPageStopped;
   if (!exception) return E_FAIL;
-  if (JSValueIsObject(context_, exception)) blame_missing(const_cast<JSObjectRef>(exception));
   EngineState::Departed departed{context_, exception, E_FAIL, {}, {}};
   read_words(exception, &departed.words);
   departed.code = code_for(departed.words.number);
@@ -174,7 +158,12 @@ void RealmState::read_words(JSValueRef exception, ScriptError* out) {
   }
   auto* object = const_cast<JSObjectRef>(exception);
   JSValueRef message = property(object, JsString("message"));
-  out->message = as_written(text_of(JSValueIsString(context_, message) ? message : exception));
+  out->message = text_of(JSValueIsString(context_, message) ? message : exception);
+  if (is_about_missing(out->message)) {
+    out->message = words_for_missing();
+    out->number = DISP_E_UNKNOWNNAME;
+  }
+  out->message = as_written(std::move(out->message));
   JSValueRef source = property(object, JsString("source"));
   if (!JSValueIsString(context_, source)) source = property(object, JsString("name"));
   if (JSValueIsString(context_, source)) out->source = text_of(source);
@@ -185,7 +174,6 @@ void RealmState::read_words(JSValueRef exception, ScriptError* out) {
 
 ScriptError RealmState::describe_exception(JSValueRef exception) {
   ScriptError error;
-  if (JSValueIsObject(context_, exception)) blame_missing(const_cast<JSObjectRef>(exception));
   read_words(exception, &error);
   if (!JSValueIsObject(context_, exception)) {
     if (thrown_at_) place_like(*thrown_at_, &error);

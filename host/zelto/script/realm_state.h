@@ -86,8 +86,9 @@ class RealmState {
   void note_missing(const AutomationObject& held, std::u16string_view name);
   // Raises it, if it was read just now.
   void raise_missing(JSValueRef* exception);
-  // A page caught it: an error of the engine gets what an older page looks at.
-  void note_caught(JSValueRef value);
+  // Of an error of the engine, with its message: that as the page's author would have it, and the number that older
+  // pages know, or 0.
+  void put_into_words(std::wstring_view name, ScriptError* error) const;
   void set_log(LogSink sink) { log_ = std::move(sink); }
   void log(std::wstring_view level, std::wstring_view text);
 
@@ -119,7 +120,7 @@ class RealmState {
   static void place(const Program& program, int line, int column, ScriptError* out);
   HRESULT invoke_once(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, UINT* refused);
   std::wstring words_for_missing() const;
-  bool blame_missing(JSObjectRef error);
+  bool is_about_missing(std::wstring_view message) const;
   std::wstring words_for(HRESULT hr, std::wstring_view member) const;
   void run_prelude();
   void disconnect_wrappers();

@@ -85,7 +85,7 @@ class Rewriter {
       case Token::open:
         if (is_call(i) || is_condition(i)) read_value(i + 1, L")");
         if (is_new_error(i)) make_error(i);
-        if (is_catch_body(i)) insert(tokens_[i].end, L" $zelto.caught = " + std::wstring(word(i - 2)) + L";");
+        if (is_catch_body(i)) insert(tokens_[i].end, L" $zelto_caught(" + std::wstring(word(i - 2)) + L");");
         enclosing_.push_back(std::exchange(around_, i));
         break;
       case Token::close:

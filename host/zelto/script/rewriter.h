@@ -9,7 +9,7 @@
 //                             letter case
 //   new Error(5, "text")      $zelto_error(Error,5, "text")    with its number
 //   throw x;                  throw $zelto.thrown = x;         remembers where something was thrown
-//   catch (e) {               catch (e) { $zelto.caught = e;   gives it the number that older pages know
+//   catch (e) {               catch (e) { $zelto_caught(e);   gives it the number that older pages know
 //
 // $zelto_value calls a method of an automation object, if it needs no arguments, and passes everything
 // else through. Elsewhere such a method stands for itself, and gives its value where one is needed: as

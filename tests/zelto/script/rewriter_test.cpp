@@ -141,8 +141,8 @@ INSTANTIATE_TEST_SUITE_P(CallsWithoutArguments, Rewriter, ::testing::ValuesIn(kB
 constexpr Row kErrors[] = {
     {L"throw new Error(5, 'text')", L"throw $zelto.thrown = $zelto_error( Error,5, 'text')"},
     {L"new Error('a'); new Error(f(1, 2)); new MyError(1, 'a'); new a.Error(1, 2); new Error", nullptr},
-    {L"try { } catch (e) { f(e) }", L"try { } catch (e) { $zelto.caught = e; f(e) }"},
-    {L"try { } catch(e){}", L"try { } catch(e){ $zelto.caught = e;}"},
+    {L"try { } catch (e) { f(e) }", L"try { } catch (e) { $zelto_caught(e); f(e) }"},
+    {L"try { } catch(e){}", L"try { } catch(e){ $zelto_caught(e);}"},
     {L"try { } catch { } try { } catch ({ message }) { }", nullptr},
     {L"class A { catch(e) { } }; x = { catch(e) { } }; p.catch(e => { }); catch_(e)", nullptr},
 };
