@@ -60,6 +60,11 @@ served('a path names what it says, or nothing', async (site) => {
     '/global.asa': 404,
     '/Global.ASA': 404,
     '/zelto.toml': 404,
+    '/Web.config': 404,
+    '/web.config': 404,
+    '/bin/tool.txt': 404,
+    '/bin': 404,
+    '/BIN/': 404,
     '/notes.db': 404,
     '/own.cfg': 404,
     '/templates/page.html': 404,
@@ -81,6 +86,32 @@ served('a path names what it says, or nothing', async (site) => {
     if (status === 200) assert.equal(bodyOf(answer), '2\n', target);
   }
 });
+
+served('what strangers look for is served', async (site) => {
+  assert.equal(bodyOf(await get(site, '/.well-known/acme-challenge/_token')), 'token\n');
+  assert.equal(statusOf(await get(site, '/.well-known/.hidden')), 404);
+});
+
+served('to a client a protected name is one that is not there', async (site) => {
+  const missing = await get(site, '/missing');
+  assert.equal(statusOf(missing), 404);
+  for (const target of ['/Web.config', '/none.config', '/bin/tool.txt', '/%5fpart', '/own.cfg'])
+    assert.equal(bodyOf(await get(site, target)), bodyOf(missing), target);
+  assert.doesNotMatch(missing, /<p>|protected/);
+});
+
+served('an author is told that a name is protected', async (site) => {
+  for (const [target, name] of [['/Web.config', 'Web.config'], ['/bin/tool.txt', 'bin'], ['/a/_%3Cb%3E', '_&lt;b&gt;'],
+    ['/own.cfg', 'own.cfg'], ['/_%C3%A9', '_\u00E9']]) {
+    const answer = await get(site, target);
+    assert.equal(statusOf(answer), 404, target);
+    assert.ok(bodyOf(answer).includes(`<p>&quot;${name}&quot; is a protected name: `), answer);
+    assert.match(answer, /zelto serve --help/);
+  }
+  assert.doesNotMatch(await get(site, '/missing'), /protected/);
+  const large = await raw(site, 'POST /Web.config HTTP/1.1\r\nHost: a\r\nContent-Length: 99999999\r\n\r\n');
+  assert.equal(statusOf(large), 413);
+}, { options: ['--debug'] });
 
 served('a session cookie is nobody else\'s, and Secure behind a proxy that is trusted', async (site) => {
   const [first, attributes] = cookieOf(await get(site, '/count.asp'));

@@ -4,6 +4,7 @@
 
 #include "app/commands.h"
 #include "app/configuration_file.h"
+#include "http/protected_names.h"
 
 #ifndef ZELTO_VERSION
 #error "the build says which version this is"
@@ -18,6 +19,12 @@ std::string refuse_sign(const std::string& size) {
   return size.starts_with('-') ? "a size is not negative" : std::string();
 }
 
+std::string indented(const std::string& lines) {
+  std::string text = "  ";
+  for (const char c : lines) (text += c) += c == '\n' ? "  " : "";
+  return text;
+}
+
 void add_serve(CLI::App& app, ServeCommand& command) {
   CLI::App* serve = app.add_subcommand("serve", "Serve the pages and files of a folder");
   serve->add_option("SITE", command.site, "The folder, by default this one")->type_name("");
@@ -30,7 +37,10 @@ void add_serve(CLI::App& app, ServeCommand& command) {
       ->transform(CLI::Validator(refuse_sign, ""))  // runs before the one above
       ->type_name("SIZE");
   serve->add_flag("--debug", command.debug, "Let error pages show what went wrong");
-  serve->footer("The folder's zelto.toml may say, each with its default or an example:\n" + ConfigurationFile::help());
+  serve->footer("The folder's zelto.toml may say, each with its default or an example:\n" + ConfigurationFile::help() +
+                "Never served, in any letter case, beside names that begin with a dot (other than /.well-known/) or\n"
+                "an underscore, or end with a tilde:\n" +
+                indented(ProtectedNames().list(96)));
 }
 
 void add_run(CLI::App& app, RunCommand& command) {

@@ -36,7 +36,7 @@ void read_site(const ConfigurationFile& file, SiteOptions& site) {
   }
   if (auto names = file.texts("default_documents")) site.files.default_documents = std::move(*names);
   for (const std::string& name : file.texts("protect").value_or(std::vector<std::string>())) {
-    if (!site.files.protect(name)) file.fail("protect", "takes \"folder/\", \"*.extension\" or \"file\"");
+    if (!site.files.protected_names.add(name)) file.fail("protect", "takes \"folder/\", \"*.extension\" or \"file\"");
   }
 }
 

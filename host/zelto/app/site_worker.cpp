@@ -4,7 +4,23 @@
 #include <string>
 #include <utility>
 
+#include "intrinsics/html.h"
+#include "intrinsics/text.h"
+
 namespace zelto {
+
+namespace {
+
+constexpr int kNotFound = 404;
+
+// For the author, who may look for the mistake in the file's place or permissions.
+std::string protected_text(const std::string& name) {
+  return to_utf8(html_encode(L"\"" + to_wide(name) + L"\" is a protected name: ", kUtf8CodePage)) +
+         "no client gets what bears it, whether it exists or not. A page can read it all the same. "
+         "<code>zelto serve --help</code> lists these names; <code>protect</code> in zelto.toml adds to them.";
+}
+
+}  // namespace
 
 void SiteWorker::handle(HttpRequest&& request, ResponseSink& sink) {
   const std::string path = request.path;
@@ -18,6 +34,10 @@ void SiteWorker::handle(HttpRequest&& request, ResponseSink& sink) {
 
 void SiteWorker::answer(HttpRequest&& request, ResponseSink& sink) {
   const FoundFile found = site_.files().find(request.path);
+  if (found.kind == FoundFile::Kind::kProtected && site_.options().debug && !request.body_too_large) {
+    serve_status(sink, kNotFound, protected_text(found.path));
+    return;
+  }
   if (found.kind != FoundFile::Kind::kPage) {
     site_.files().serve(request, found, sink);
     return;

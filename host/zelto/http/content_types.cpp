@@ -51,11 +51,11 @@ std::string_view content_type_of(std::string_view file_name) {
                                            {"xml", "application/xml"},
                                            {"zip", "application/zip"}}};
   static_assert(std::ranges::is_sorted(kTypes, {}, &Row::first));
-  const auto dot = file_name.rfind('.');
-  if (dot != std::string_view::npos) {
-    const std::string extension = lower_text(file_name.substr(dot + 1));
-    const auto found = std::ranges::lower_bound(kTypes, std::string_view(extension), {}, &Row::first);
-    if (found != kTypes.end() && found->first == extension) return found->second;
+  const std::string extension = lower_text(extension_of(file_name));
+  if (!extension.empty()) {
+    const std::string_view name = std::string_view(extension).substr(1);
+    const auto found = std::ranges::lower_bound(kTypes, name, {}, &Row::first);
+    if (found != kTypes.end() && found->first == name) return found->second;
   }
   return "application/octet-stream";
 }

@@ -58,15 +58,6 @@ std::string path_of(int descriptor) {
   return {path.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
 }
 
-std::string_view extension_of(std::string_view name) {
-  const auto dot = name.rfind('.');
-  return dot == std::string_view::npos ? std::string_view() : name.substr(dot);
-}
-
-bool contains(const std::vector<std::string>& names, std::string_view name) {
-  return std::ranges::any_of(names, [&](const std::string& one) { return same_text(one, name); });
-}
-
 // Changes whenever the file does, as far as its time and size tell.
 std::string entity_tag(const struct stat& file) {
   std::array<char, 64> text{};
@@ -102,16 +93,6 @@ std::optional<ByteRange> wanted_range(const HttpRequest& request, const std::str
 
 }  // namespace
 
-bool StaticOptions::protect(std::string_view name) {
-  const bool is_folder = name.ends_with('/');
-  const bool is_extension = !is_folder && name.starts_with("*.");
-  if (is_folder) name.remove_suffix(1);
-  if (is_extension) name.remove_prefix(1);
-  if (name.empty() || name == "." || name.find_first_of("*/") != std::string_view::npos) return false;
-  (is_folder ? protected_folders : is_extension ? protected_extensions : protected_files).emplace_back(name);
-  return true;
-}
-
 StaticFiles::StaticFiles(StaticOptions options) : options_(std::move(options)) {
   root_ = ::open(options_.root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
   if (root_ < 0) throw std::system_error(errno, std::generic_category(), "opening the site " + options_.root);
@@ -119,15 +100,6 @@ StaticFiles::StaticFiles(StaticOptions options) : options_(std::move(options)) {
 }
 
 StaticFiles::~StaticFiles() { ::close(root_); }
-
-bool StaticFiles::is_protected(std::string_view name, bool last) const {
-  if (name.starts_with('.') || name.starts_with('_') || name.ends_with('~')) return true;
-  if (contains(options_.protected_folders, name)) return true;
-  if (!last) return false;
-  const std::string_view extension = extension_of(name);
-  return contains(options_.protected_files, name) || contains(options_.protected_extensions, extension) ||
-         contains(options_.protected_extensions, extension.substr(0, extension.find('-')));
-}
 
 int StaticFiles::open_beneath(const std::string& relative, int flags) const {
   open_how how{};
@@ -145,13 +117,8 @@ int StaticFiles::open_beneath(const std::string& relative, int flags) const {
 
 FoundFile StaticFiles::find(std::string_view path) const {
   const bool is_folder = path.ends_with('/');
-  for (std::string_view rest = path; !rest.empty();) {
-    rest.remove_prefix(1);
-    const auto slash = std::min(rest.find('/'), rest.size());
-    const std::string_view name = rest.substr(0, slash);
-    rest.remove_prefix(slash);
-    if (!name.empty() && is_protected(name, rest.empty())) return {};
-  }
+  if (const auto name = options_.protected_names.find_in(path); !name.empty())
+    return {FoundFile::Kind::kProtected, std::string(name), {}};
   const std::string relative = "." + std::string(path);
   const Descriptor file(open_beneath(relative, O_PATH));
   struct stat status {};

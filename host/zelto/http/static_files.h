@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "http/message.h"
+#include "http/protected_names.h"
 
 namespace zelto {
 
@@ -14,22 +15,15 @@ struct StaticOptions {
   std::vector<std::string> default_documents = {"default.asp", "index.asp",   "default.html",
                                                 "index.html",  "default.htm", "index.htm"};
   std::string page_extension = ".asp";
-  // What is never served, in any letter case: folders of these names, and files of these names or
-  // extensions, with the journals of a database among them ("a.db-wal"). Names that begin with a dot or an
-  // underscore, or end with a tilde, never are.
-  std::vector<std::string> protected_folders = {"templates", "includes", "app_data"};
-  std::vector<std::string> protected_files = {"global.asa", "zelto.toml"};
-  std::vector<std::string> protected_extensions = {".asa",     ".inc", ".tpl", ".db",   ".sqlite",
-                                                   ".sqlite3", ".bak", ".old", ".orig", ".swp"};
-  // Adds a folder ("drafts/"), an extension ("*.cfg") or a file ("notes.txt"). False for what is none of these.
-  bool protect(std::string_view name);
+  ProtectedNames protected_names;
 };
 
 // What a request's path names.
 struct FoundFile {
-  enum class Kind { kNone, kPage, kFile, kRedirect };
+  enum class Kind { kNone, kProtected, kPage, kFile, kRedirect };
   Kind kind = Kind::kNone;
-  std::string path;      // of the page or file, from the root, "/a/default.asp"; for kRedirect the new path
+  std::string path;      // of the page or file, from the root, "/a/default.asp"; for kRedirect the new path,
+                         // for kProtected the name that is protected
   std::string physical;  // the same under the site's folder
 };
 
@@ -44,12 +38,12 @@ class StaticFiles {
   // is missing. Nothing outside the root is ever found, through symbolic links neither.
   FoundFile find(std::string_view path) const;
 
-  // Answers with what find() gave, other than a page: the file, whole or in part, a redirect, or 404.
+  // Answers with what find() gave, other than a page: the file, whole or in part, a redirect, or 404. To a client,
+  // what is protected is not there.
   void serve(const HttpRequest& request, const FoundFile& found, ResponseSink& sink) const;
 
  private:
   int open_beneath(const std::string& relative, int flags) const;
-  bool is_protected(std::string_view segment, bool last) const;
 
   StaticOptions options_;
   int root_ = -1;

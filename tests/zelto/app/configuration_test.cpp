@@ -66,15 +66,10 @@ TEST_F(Configuration, ComesFromTheFile) {
 }
 
 TEST_F(Configuration, AddsToWhatIsProtected) {
-  const zelto::StaticOptions usual;
   const auto files =
       read("protect = [\"drafts/\", \"*.cfg\", \"notes.txt\"]\ndefault_documents = [\"a.asp\"]").site.files;
-  auto folders = usual.protected_folders;
-  folders.emplace_back("drafts");
-  EXPECT_EQ(files.protected_folders, folders);
-  EXPECT_EQ(files.protected_extensions.back(), ".cfg");
-  EXPECT_EQ(files.protected_extensions.size(), usual.protected_extensions.size() + 1);
-  EXPECT_EQ(files.protected_files.back(), "notes.txt");
+  for (const char* path : {"/drafts/a", "/a.cfg", "/notes.txt", "/web.config", "/bin/a", "/global.asa"})
+    EXPECT_NE(files.protected_names.find_in(path), "") << path;
   EXPECT_EQ(files.default_documents, std::vector<std::string>{"a.asp"});
 }
 

@@ -109,54 +109,46 @@ TEST_F(StaticFilesTest, FindsWhatAPathNames) {
 
 TEST_F(StaticFilesTest, FindsNothingElse) {
   const StaticFiles files(options());
-  for (const char* path : {"/missing",
-                           "/page.asp/",
-                           "/page.asp/info",
-                           "/style.css/",
-                           "/global.asa",
-                           "/GLOBAL.ASA",
-                           "/zelto.toml",
-                           "/part.inc",
-                           "/part.INC",
-                           "/row.TPL",
-                           "/.hidden",
-                           "/_private",
-                           "/page.asp~",
-                           "/page.asp.bak",
-                           "/page.asp.OLD",
-                           "/page.asp.orig",
-                           "/.page.asp.swp",
-                           "/notes.db",
-                           "/notes.DB-wal",
-                           "/notes.db-journal",
-                           "/a.sqlite",
-                           "/a.sqlite3",
-                           "/a.sqlite3-shm",
-                           "/Templates/list.html",
-                           "/templates/list.html",
-                           "/Templates/",
-                           "/Templates",
-                           "/.git/config",
-                           "/empty/",
-                           "/leak.txt",
-                           "/absolute.txt",
-                           "/up/outside.txt",
-                           "/up/",
-                           "/pipe.txt"})
+  for (const char* path : {"/missing", "/page.asp/", "/page.asp/info", "/style.css/", "/empty/", "/leak.txt",
+                           "/absolute.txt", "/up/outside.txt", "/up/", "/pipe.txt"})
     EXPECT_EQ(files.find(path).kind, Kind::kNone) << path;
+}
+
+TEST_F(StaticFilesTest, FindsNoProtectedName) {
+  struct Row {
+    const char* path;
+    const char* name;
+  };
+  const Row rows[] = {
+      {"/global.asa", "global.asa"},
+      {"/Templates", "Templates"},
+      {"/Templates/", "Templates"},
+      {"/Templates/list.html", "Templates"},
+      {"/templates/missing.html", "templates"},
+      {"/_private", "_private"},
+      {"/notes.DB-wal", "notes.DB-wal"},
+      {"/.git/config", ".git"},
+      {"/sub/.hidden", ".hidden"},
+  };
+  const StaticFiles files(options());
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.path);
+    const FoundFile found = files.find(row.path);
+    EXPECT_EQ(found.kind, Kind::kProtected);
+    EXPECT_EQ(found.path, row.name);
+    EXPECT_EQ(found.physical, "");
+  }
 }
 
 TEST_F(StaticFilesTest, TakesNamesToProtectFromTheOptions) {
   StaticOptions own = options();
-  own.protected_folders = {"sub dir"};
-  own.protected_files = {"style.css"};
-  own.protected_extensions = {".txt"};
-  own.default_documents = {"alias.css"};
+  for (const char* name : {"sub dir/", "style.css", "*.txt"}) ASSERT_TRUE(own.protected_names.add(name)) << name;
+  own.default_documents = {"global.asa", "alias.css"};
   const StaticFiles files(own);
-  EXPECT_EQ(files.find("/sub dir/a.txt").kind, Kind::kNone);
-  EXPECT_EQ(files.find("/Style.css").kind, Kind::kNone);
-  EXPECT_EQ(files.find("/asa.txt").kind, Kind::kNone);
-  EXPECT_EQ(files.find("/Templates/list.html").kind, Kind::kFile);
+  EXPECT_EQ(files.find("/sub dir/a.b").kind, Kind::kProtected);
+  EXPECT_EQ(files.find("/Style.css").kind, Kind::kProtected);
+  EXPECT_EQ(files.find("/asa.txt").kind, Kind::kProtected);
+  EXPECT_EQ(files.find("/Templates/list.html").kind, Kind::kProtected);
   EXPECT_EQ(files.find("/").path, "/alias.css");
 }
 
