@@ -1,5 +1,6 @@
 // The host as a client and an operator see it: what it serves, its session cookie, its log, how it ends.
 import assert from 'node:assert/strict';
+import { spawn } from 'node:child_process';
 import { once } from 'node:events';
 import { cp, mkdtemp, rm, writeFile } from 'node:fs/promises';
 import { connect } from 'node:net';
@@ -171,6 +172,37 @@ served('an error is shown to the author, with the lines around it', async (site)
   assert.equal(site.log.filter((line) => line.startsWith('/fails.asp:4: ')).length, 1);
 }, { options: ['--debug'] });
 
+// What curl says of a page: its exit code, and the body that it got.
+async function curl(site, way, version) {
+  const program = spawn('curl', ['--silent', `--http${version}`, `${site.address}?way=${way}`]);
+  let body = '';
+  program.stdout.on('data', (bytes) => { body += bytes; });
+  const [code] = await once(program, 'close');
+  return { code, body };
+}
+const kWhole = 0, kPartial = 18, kReset = 56;
+
+const late = fileURLToPath(new URL('late', import.meta.url));
+for (const options of [[], ['--debug']]) {
+  test(`what fails with its head sent does not look complete ${options}`, async () => {
+    const site = await serve(late, ...options);
+    try {
+      for (const [way, words] of [['throw', 'too late'], ['time', 'took longer'], ['memory', 'took more memory']]) {
+        const chunked = await curl(site, way, '1.1');
+        assert.equal(chunked.code, kPartial, way);
+        assert.match(chunked.body, /^begun /);
+        assert.equal(chunked.body.includes(words), options.length === 1, `${way}: ${chunked.body}`);
+        assert.equal((await curl(site, way, '1.0')).code, kReset, way);
+      }
+      for (const version of ['1.0', '1.1'])
+        assert.deepEqual(await curl(site, 'caught', version), { code: kWhole, body: 'begun caught done\n' });
+      assert.equal(site.log.filter((line) => line.startsWith('/default.asp')).length, 6, site.log.join('\n'));
+    } finally {
+      assert.equal(await site.stop(), 0, site.log.join('\n'));
+    }
+  });
+}
+
 test('connections leave pages the files that they need', async () => {
   const site = await serveUnder(['prlimit', '--nofile=100'], folder);
   const { hostname, port } = new URL(site.address);
@@ -192,7 +224,7 @@ async function begin(site, milliseconds) {
   socket.on('error', () => {});
   socket.write(`GET /wait.asp?ms=${milliseconds} HTTP/1.1\r\nHost: a\r\n\r\n`);
   let received = '';
-  const end = once(socket, 'close').then(() => received);
+  const end = new Promise((ended) => socket.once('close', () => ended(received)));
   await new Promise((begun) => socket.on('data', (bytes) => {
     received += bytes;
     if (received.includes('begun')) begun();

@@ -16,6 +16,7 @@ class ConsoleSink final : public ResponseSink {
   void write_file(int file, std::uint64_t offset, std::uint64_t length) override;
   void append_to_log(std::string_view text) override;
   void finish() override { std::fflush(out_); }
+  void break_off() override { finish(); }
   bool connected() const override { return std::ferror(out_) == 0; }
 
   int status() const { return status_; }

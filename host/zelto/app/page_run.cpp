@@ -259,9 +259,12 @@ void PageRun::fail(PageError error) {
 }
 
 int PageRun::answer() {
+  ResponseState& response = page_->response;
+  // A head that has gone out says that all is well: only the connection can tell that it is not.
+  const bool breaks = error_ && response.head_sent();
   if (error_) answer_error(*error_);
-  const int status = error_ ? kServerError : page_->response.status;
-  page_->response.finish();
+  const int status = error_ ? kServerError : response.status;
+  breaks ? response.break_off() : response.finish();
   return status;
 }
 

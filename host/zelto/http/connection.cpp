@@ -39,6 +39,13 @@ bool came_encrypted(const HttpRequest& request, const std::vector<std::string>& 
          same_text(*request.header("X-Forwarded-Proto"), "https");
 }
 
+// Takes the connection from under its socket. The client sees a reset: after a shutdown, a body whose end is that of
+// the connection would look complete.
+void reset_peer(int socket) {
+  const sockaddr nobody{.sa_family = AF_UNSPEC, .sa_data = {}};
+  ::connect(socket, &nobody, sizeof nobody);
+}
+
 }  // namespace
 
 Connection::Connection(Socket socket, ConnectionShared& shared)
@@ -81,7 +88,9 @@ void Connection::abort() {
     self->aborted_ = true;
     // The number must stay taken while a worker may write to it.
     if (self->in_worker_)
-      ::shutdown(self->socket_.native_handle(), SHUT_RDWR);
+      reset_peer(self->socket_.native_handle());
+    else if (self->phase_ == Phase::kSending)
+      self->reset();
     else
       self->close();
   });
@@ -284,11 +293,8 @@ void Connection::on_sent() {
   record_.note = sink_.note();
   record_.taken = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - began_);
   shared_.log(record_);
-  if (sink_.failed()) {
-    // With a reset: what a client does not read is not kept for it any longer.
-    Error ignored;
-    socket_.set_option(asio::socket_base::linger(true, 0), ignored);
-    close();
+  if (sink_.must_reset()) {
+    reset();
   } else if (last_ || unread_input_ || sink_.must_close()) {
     drain();
   } else {
@@ -336,6 +342,13 @@ void Connection::close() {
   deadline_.stop();
   Error ignored;
   socket_.close(ignored);
+}
+
+// Shows the client that the answer is not whole; what it does not read is not kept for it any longer either.
+void Connection::reset() {
+  Error ignored;
+  socket_.set_option(asio::socket_base::linger(true, 0), ignored);
+  close();
 }
 
 void Connection::on_timeout() {

@@ -32,7 +32,7 @@ struct ConnectionShared {
 };
 
 // Runs on its socket's strand, except for run(), which a worker's thread calls while the strand does nothing
-// with the request, the sink or the socket but shut it down.
+// with the request, the sink or the socket but reset it.
 class Connection final : public Job, public std::enable_shared_from_this<Connection> {
  public:
   using Socket = boost::asio::ip::tcp::socket;
@@ -77,6 +77,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void drain();
   void drain_more();
   void close();
+  void reset();
 
   void arm(Duration duration) { deadline_.arm(duration, shared_from_this()); }
   void on_timeout();

@@ -45,7 +45,7 @@ struct ResponseHead {
   std::vector<Header> headers;  // without Content-Length, Transfer-Encoding, Connection, Date, Server
 };
 
-// Where a response goes. One thread calls it, in the order start, write…, finish. A client that has
+// Where a response goes. One thread calls it, in the order start, write…, finish or break_off. A client that has
 // gone makes the calls do nothing; connected() tells.
 class ResponseSink {
  public:
@@ -60,6 +60,9 @@ class ResponseSink {
   // and sends it without keeping the calling thread.
   virtual void write_file(int file, std::uint64_t offset, std::uint64_t length) = 0;
   virtual void finish() = 0;
+  // In place of finish(), when the response cannot be completed: sends what was written, then ends the connection so
+  // that the client sees that the rest is missing.
+  virtual void break_off() = 0;
   // False once the client has closed its side or a write has failed.
   virtual bool connected() const = 0;
   // Text that a page adds to the access log's line of this request.

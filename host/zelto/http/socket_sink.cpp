@@ -40,7 +40,7 @@ void SocketSink::reset(int socket, const Terms& terms) {
   drop_file();
   socket_ = socket;
   terms_ = terms;
-  started_ = finished_ = failed_ = chunked_ = false;
+  started_ = finished_ = failed_ = broken_off_ = chunked_ = until_close_ = false;
   has_body_ = true;
   remaining_ = body_bytes_ = 0;
   status_ = 0;
@@ -62,6 +62,7 @@ void SocketSink::start(ResponseHead head, std::uint64_t length) {
     if (framing == Framing::kUntilClose) terms_.keep_alive = false;
   }
   chunked_ = framing == Framing::kChunked;
+  until_close_ = framing == Framing::kUntilClose && has_body_;
   remaining_ = length;
   unsent_.bytes = write_response_head(head, framing, length, terms_.keep_alive);
 }
@@ -105,6 +106,17 @@ void SocketSink::finish() {
     fail();
     return;
   }
+  send_pending();
+}
+
+void SocketSink::break_off() {
+  if (!started_ || finished_) return;
+  finished_ = broken_off_ = true;
+  terms_.keep_alive = false;
+  if (!failed_) send_pending();
+}
+
+void SocketSink::send_pending() {
   std::string_view pending = unsent_.bytes;
   std::string_view nothing;
   if (send_some(pending, nothing)) unsent_.bytes.erase(0, unsent_.bytes.size() - pending.size());

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "http/ascii.h"
 #include "intrinsics/script_date.h"
@@ -66,15 +67,24 @@ void ResponseState::flush() {
   buffer_.clear();
 }
 
-void ResponseState::finish() {
-  if (!sink_) return;
+void ResponseState::send_rest() {
   if (!head_sent_) sink_->start(head(), buffer_.size());
   head_sent_ = true;
   if (buffer_.size() > 0) sink_->write(buffer_.view());
   buffer_.clear();
   if (!log_note.empty()) sink_->append_to_log(log_note);
-  sink_->finish();
-  sink_ = nullptr;
+}
+
+void ResponseState::finish() {
+  if (!sink_) return;
+  send_rest();
+  std::exchange(sink_, nullptr)->finish();
+}
+
+void ResponseState::break_off() {
+  if (!sink_) return;
+  send_rest();
+  std::exchange(sink_, nullptr)->break_off();
 }
 
 bool ResponseState::reset() {

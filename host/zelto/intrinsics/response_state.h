@@ -45,6 +45,8 @@ class ResponseState {
   void clear() { buffer_.clear(); }
   // The end of the page: sends what is left, with its length when nothing was sent before.
   void finish();
+  // The end of a page that failed after its head was sent: sends what is left, and the client sees that it is not all.
+  void break_off();
   // Forgets body and head, as for an error page. False when the head has gone out already.
   bool reset();
   void detach() { sink_ = nullptr; }
@@ -74,6 +76,7 @@ class ResponseState {
 
  private:
   void sent_on();
+  void send_rest();
   ResponseHead head() const;
 
   ResponseSink* sink_;

@@ -32,6 +32,9 @@ class PageRun : public testing::Test {
     return *site_;
   }
 
+  // Has the options as they are now hold.
+  void restart() { site_.reset(); }
+
   // Runs the text as a page; its answer.
   MemorySink run(const std::string& text, const std::string& cookie) {
     std::ofstream(options.root + "/page.asp", std::ios::binary) << text;
@@ -129,6 +132,28 @@ TEST_F(PageRun, DecodesItsQueryWithTheSessionsCodePage) {
   body("<% Session.CodePage = 1252; %>");
   query = "a=%E9";
   EXPECT_EQ(body("<% Response.Write(Request.QueryString('a')(1).charCodeAt(0)); %>"), "233");
+}
+
+TEST_F(PageRun, BreaksOffWhatFailsOnceTheHeadIsOut) {
+  for (const bool debug : {false, true}) {
+    options.debug = debug;
+    restart();
+    const MemorySink broken = run("begun<% Response.Flush(); none.such(); %>", "");
+    EXPECT_EQ(broken.breaks, 1);
+    EXPECT_EQ(broken.finishes, 0);
+    EXPECT_EQ(broken.head.status, 200);
+    EXPECT_EQ(broken.body.starts_with("begun<!DOCTYPE html>"), debug) << broken.body;
+    EXPECT_EQ(broken.body == "begun", !debug);
+    const MemorySink told = run("begun<% none.such(); %>", "");
+    EXPECT_EQ(told.finishes, 1);
+    EXPECT_EQ(told.breaks, 0);
+    EXPECT_EQ(told.head.status, 500);
+  }
+  const MemorySink unbuffered = run("<% Response.Buffer = false; none.such(); %>", "");
+  EXPECT_EQ(unbuffered.head.status, 500) << "nothing was sent that the error page could not take back";
+  EXPECT_EQ(unbuffered.finishes, 1);
+  const MemorySink ended = run("<% Response.Flush(); Response.End(); %>", "");
+  EXPECT_EQ(ended.finishes, 1);
 }
 
 TEST_F(PageRun, RefusesANewSessionOnceTheHeadIsOut) {

@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 namespace zelto_test {
 
@@ -57,6 +59,7 @@ bool Client::fill() {
   if (::poll(&waiting, 1, kPatience) <= 0) throw std::runtime_error("the server does not answer");
   std::array<char, 65536> buffer{};
   const ssize_t count = ::recv(socket_, buffer.data(), buffer.size(), 0);
+  reset_by_server_ = count < 0 && errno == ECONNRESET;
   if (count <= 0) return false;
   input_.append(buffer.data(), static_cast<std::size_t>(count));
   return true;
@@ -85,8 +88,11 @@ std::optional<Answer> Client::receive(bool head_only) {
   if (answer.header("Transfer-Encoding") == "chunked") {
     for (;;) {
       std::size_t line = 0;
-      while ((line = input_.find("\r\n")) == std::string::npos)
-        if (!fill()) return std::nullopt;
+      while ((line = input_.find("\r\n")) == std::string::npos) {
+        if (fill()) continue;
+        broken_body_ = answer.body;
+        return std::nullopt;
+      }
       const std::size_t size = std::stoul(input_.substr(0, line), nullptr, 16);
       if (!fill_to(line + 2 + size + 2)) return std::nullopt;
       answer.body += input_.substr(line + 2, size);
@@ -103,7 +109,14 @@ std::optional<Answer> Client::receive(bool head_only) {
   }
   while (fill()) continue;
   answer.body.swap(input_);
-  return answer;
+  if (!reset_by_server_) return answer;
+  broken_body_ = answer.body;
+  return std::nullopt;
+}
+
+std::string Client::read_to_end() {
+  while (fill()) continue;
+  return std::exchange(input_, {});
 }
 
 bool Client::has_input() {

@@ -33,6 +33,12 @@ class Client {
   bool at_end();
   // Whether something has come that was not received yet; does not wait.
   bool has_input();
+  // The body that has come of the answer that was not complete.
+  const std::string& broken_body() const { return broken_body_; }
+  // What comes until the connection ends.
+  std::string read_to_end();
+  // Whether the connection has ended with a reset.
+  bool was_reset() const { return reset_by_server_; }
   // Ends the sending side.
   void finish_sending();
   // Closes with a reset.
@@ -44,7 +50,9 @@ class Client {
   bool fill_to(std::size_t size);
 
   int socket_;
+  bool reset_by_server_ = false;
   std::string input_;
+  std::string broken_body_;
 };
 
 // Connects, sends, receives one answer.

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <memory>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include "client.h"
 #include "http/server.h"
@@ -46,6 +48,40 @@ TEST(ServerStop, GivesUpWhatIsNotAnsweredInTime) {
   EXPECT_EQ(running.receive(), std::nullopt);
   test.gate.open();  // the worker is joined, not abandoned
   stopper.join();
+}
+
+// The connection's end is that of the body: in good order, it would say that the body is whole.
+TEST(ServerStop, ResetsWhatALackOfTimeCutsShort) {
+  TestServer test;
+  Client waiting(test.port());
+  waiting.send("GET /half HTTP/1.0\r\n\r\n");
+  test.gate.wait_for(1);
+  std::thread stopper([&] { EXPECT_FALSE(test.server->stop(std::chrono::milliseconds(1))); });
+  EXPECT_EQ(waiting.receive(), std::nullopt);
+  EXPECT_TRUE(waiting.was_reset());
+  test.gate.open();
+  stopper.join();
+}
+
+// Of these some are complete, some wait for their client in a worker and some without one.
+TEST(ServerStop, LetsNoShortenedBodyLookWhole) {
+  constexpr std::size_t kClients = 48;
+  constexpr std::size_t kStep = 125'000;
+  TestServer test({.workers = kClients});
+  std::vector<std::unique_ptr<Client>> clients;
+  for (std::size_t i = 0; i < kClients; ++i) {
+    Client& client = *clients.emplace_back(std::make_unique<Client>(test.port()));
+    client.send("GET /stream?" + std::to_string((i + 1) * kStep) + " HTTP/1.0\r\n\r\n");
+    EXPECT_EQ(client.receive(true).value().status, 200);
+  }
+  EXPECT_FALSE(test.server->stop(std::chrono::milliseconds(50)));
+  std::size_t whole = 0;
+  for (std::size_t i = 0; i < kClients; ++i) {
+    const std::size_t received = clients[i]->read_to_end().size();
+    whole += received == (i + 1) * kStep;
+    EXPECT_EQ(clients[i]->was_reset(), received < (i + 1) * kStep) << i;
+  }
+  EXPECT_LT(whole, kClients);
 }
 
 TEST(ServerStop, FreesAWorkerThatWaitsForItsClient) {

@@ -157,6 +157,27 @@ TEST(Server, AnswersForAWorkerThatFails) {
   EXPECT_EQ(client.receive(), std::nullopt) << "an answer cut short must not look complete";
 }
 
+TEST(Server, ShowsThatAnAnswerIsBrokenOff) {
+  TestServer test;
+  for (const std::string size : {"5", "3000000"}) {
+    SCOPED_TRACE(size);
+    Client chunked(test.port());
+    chunked.send(get("/broken?" + size) + get("/echo"));
+    EXPECT_EQ(chunked.receive(), std::nullopt);
+    EXPECT_EQ(chunked.broken_body(), std::string(std::stoul(size), 'x')) << "what was written arrives";
+    EXPECT_TRUE(chunked.at_end());
+    Client old(test.port());
+    old.send("GET /broken?" + size + " HTTP/1.0\r\nConnection: keep-alive\r\n\r\n");
+    EXPECT_EQ(old.receive(), std::nullopt);
+    EXPECT_TRUE(old.was_reset());
+  }
+  Client head(test.port());
+  head.send("HEAD /broken?5 HTTP/1.0\r\n\r\n");
+  EXPECT_EQ(head.receive(true).value().status, 200);
+  EXPECT_TRUE(head.at_end());
+  EXPECT_FALSE(head.was_reset()) << "nothing of it is missing";
+}
+
 TEST(Server, TellsWhenTheClientHasGone) {
   TestServer test;
   {

@@ -201,6 +201,19 @@ TEST_F(StaticHttp, ServesLargeFilesWhole) {
   EXPECT_EQ(ask("GET", "/large.txt").body, text);
 }
 
+// The file is sent as the client takes it, so that it may shrink meanwhile.
+TEST_F(StaticHttp, ShowsThatAFileHasBecomeShorter) {
+  write("large.bin", "");
+  fs::resize_file(root_ / "large.bin", 50'000'000);
+  zelto_test::Client client(server_.port());
+  client.keep_receive_buffer_small();
+  client.send("GET /large.bin HTTP/1.1\r\nHost: a\r\n\r\nGET /style.css HTTP/1.1\r\nHost: a\r\n\r\n");
+  ASSERT_EQ(client.receive(true).value().header("Content-Length"), "50000000");
+  fs::resize_file(root_ / "large.bin", 10);
+  EXPECT_LT(client.read_to_end().size(), 50'000'000U);
+  EXPECT_TRUE(client.was_reset());
+}
+
 TEST_F(StaticHttp, SavesSendingWhatTheClientHas) {
   const auto first = ask("GET", "/style.css");
   const std::string tag = first.header("ETag");

@@ -22,6 +22,8 @@ class PathWorker final : public zelto::Worker {
     if (received.path == "/gone") return answer_gone(sink);
     if (received.path == "/length") return answer_bytes(received, sink, true);
     if (received.path == "/stream") return answer_bytes(received, sink, false);
+    if (received.path == "/broken") return break_off(received, sink);
+    if (received.path == "/half") return answer_half(sink);
     if (received.path == "/status") return answer_status(received, sink);
     std::string body = received.method + " " + received.path + "?" + received.query + "|";
     if (received.path == "/host") body = received.header("Host") ? *received.header("Host") : "none";
@@ -42,6 +44,19 @@ class PathWorker final : public zelto::Worker {
     test_.gate.wait_here();
     test_.connected_before_and_after_gate.push_back(sink.connected());
     sink.start({}, 0);
+    sink.finish();
+  }
+
+  static void break_off(const HttpRequest& request, ResponseSink& sink) {
+    sink.start({}, ResponseSink::kUnknownLength);
+    sink.write(std::string(std::stoul(request.query), 'x'));
+    sink.break_off();
+  }
+
+  void answer_half(ResponseSink& sink) {
+    sink.start({}, ResponseSink::kUnknownLength);
+    sink.write("half");
+    test_.gate.wait_here();
     sink.finish();
   }
 

@@ -28,7 +28,8 @@ class Gate {
 // Paths: /echo answers "METHOD path?query|body" ("too large N" in place of the body when it was); /length?N and
 // /stream?N answer N bytes of known or unknown length; /gate waits at the gate; /gone waits at it, then answers
 // whether the client is connected; /encrypted answers whether the request came so; /host answers its Host header;
-// /throw, /silent, /short misbehave; /status?N answers that status.
+// /broken?N breaks off after N bytes; /half waits at the gate in the middle; /throw, /silent, /short misbehave;
+// /status?N answers that status.
 class TestServer {
  public:
   explicit TestServer(zelto::ServerOptions options = {});

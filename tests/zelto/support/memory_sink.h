@@ -25,6 +25,7 @@ class MemorySink final : public zelto::ResponseSink {
   }
   void write_file(int, std::uint64_t, std::uint64_t) override { ADD_FAILURE() << "no page sends files"; }
   void finish() override { ++finishes; }
+  void break_off() override { ++breaks; }
   bool connected() const override { return is_connected; }
   void append_to_log(std::string_view text) override { log += text; }
 
@@ -44,6 +45,7 @@ class MemorySink final : public zelto::ResponseSink {
   std::string log;
   int starts = 0;
   int finishes = 0;
+  int breaks = 0;
   bool is_connected = true;
 };
 
