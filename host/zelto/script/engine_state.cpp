@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "script/engine.h"
+#include "script/engine_signal.h"
 #include "script/heap.h"
 #include "script/held.h"
 #include "script/prelude.h"
@@ -37,8 +38,14 @@ constexpr auto kGrace = std::chrono::milliseconds(200);
 // also interrupt what an object is waiting for.
 JSContextGroupRef create_group() {
   static std::once_flag once;
-  std::call_once(once, [] { jsc_options_set_boolean("usePollingTraps", TRUE); });
-  return JSContextGroupCreate();
+  std::call_once(once, [] {
+    choose_engine_signal();
+    jsc_options_set_boolean("usePollingTraps", TRUE);
+  });
+  JSContextGroupRef group = JSContextGroupCreate();
+  static std::once_flag guarded;
+  std::call_once(guarded, guard_engine_signal);
+  return group;
 }
 
 JSValueRef do_nothing(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t, const JSValueRef*, JSValueRef*) {

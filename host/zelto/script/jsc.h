@@ -28,4 +28,7 @@ JS_EXPORT void JSWeakRelease(JSContextGroupRef group, JSWeakRef weak);
 JS_EXPORT bool JSObjectSetPrivateProperty(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef value);
 JS_EXPORT JSValueRef JSObjectGetPrivateProperty(JSContextRef ctx, JSObjectRef object, JSStringRef name);
 
+// Has the engine stop its threads by that signal. False when it has chosen one already.
+JS_EXPORT bool JSConfigureSignalForGC(int signal);
+
 }  // extern "C"
