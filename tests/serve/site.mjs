@@ -10,8 +10,8 @@ const host = process.env.ZELTO;
 const examples = process.env.EXAMPLES;
 
 // `example` is one of the examples, or the absolute path of a site of a test.
-// The site's address, what the host has logged, says(), which waits for a line of its output, and stop(), which
-// answers its exit code or the signal that ended it.
+// The site's address, what the host has logged, says() and logs(), which wait for a line of its output and its log,
+// and stop(), which answers its exit code or the signal that ended it.
 export const serve = (example, ...options) => serveUnder([], example, ...options);
 
 // The same, started by another command: ['prlimit', '--nofile=100'].
@@ -28,20 +28,23 @@ export async function serveUnder(command, example, ...options) {
   process.once('exit', end);
   process.once('SIGTERM', () => process.exit(1));
   const log = [];
-  createInterface({ input: program.stderr }).on('line', (line) => log.push(line));
-  const output = createInterface({ input: program.stdout });
-  const said = [];
-  output.on('line', (line) => said.push(line));
-  const says = (pattern) => new Promise((resolve, reject) => {
-    const look = () => {
-      const found = said.find((line) => pattern.test(line));
-      if (found) resolve(found);
-    };
-    output.on('line', look);
-    look();
-    program.once('error', reject);
-    program.once('exit', () => reject(new Error('the host ended: ' + log.join('\n'))));
-  });
+  // Gathers the stream's lines; what waits for one that matches, among those gathered as well.
+  const gather = (stream, lines) => {
+    const input = createInterface({ input: stream });
+    input.on('line', (line) => lines.push(line));
+    return (pattern) => new Promise((resolve, reject) => {
+      const look = () => {
+        const found = lines.find((line) => pattern.test(line));
+        if (found) resolve(found);
+      };
+      input.on('line', look);
+      look();
+      program.once('error', reject);
+      program.once('exit', () => reject(new Error('the host ended: ' + log.join('\n'))));
+    });
+  };
+  const logs = gather(program.stderr, log);
+  const says = gather(program.stdout, []);
   const address = (await says(/^Serving/)).match(/http:\/\/\S+/)[0];
   const stop = async () => {
     program.kill('SIGTERM');
@@ -50,5 +53,5 @@ export async function serveUnder(command, example, ...options) {
     await rm(folder, { recursive: true });
     return signal ?? code;
   };
-  return { address, folder, log, pid: program.pid, says, stop };
+  return { address, folder, log, logs, pid: program.pid, says, stop };
 }

@@ -55,7 +55,9 @@ TEST_F(Command, TellsItsVersionAndItsUse) {
     EXPECT_NE(help.output.find(name), std::string::npos) << name;
   }
   EXPECT_NE(help.output.find("Exit code: 0 done, 1 failed"), std::string::npos);
-  EXPECT_NE(run({"serve", "--help"}).output.find("session_limit"), std::string::npos);
+  const std::string serving = run({"serve", "--help"}).output;
+  for (const char* told : {"session_limit", "SIGHUP", "Never served", "web.config, ", " bin/, ", " *.pem, "})
+    EXPECT_NE(serving.find(told), std::string::npos) << told;
   EXPECT_NE(run({"register", "--help"}).output.find("ZELTO_REGISTRY"), std::string::npos);
 }
 

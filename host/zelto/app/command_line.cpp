@@ -37,10 +37,15 @@ void add_serve(CLI::App& app, ServeCommand& command) {
       ->transform(CLI::Validator(refuse_sign, ""))  // runs before the one above
       ->type_name("SIZE");
   serve->add_flag("--debug", command.debug, "Let error pages show what went wrong");
-  serve->footer("The folder's zelto.toml may say, each with its default or an example:\n" + ConfigurationFile::help() +
-                "Never served, in any letter case, beside names that begin with a dot (other than /.well-known/) or\n"
-                "an underscore, or end with a tilde:\n" +
-                indented(ProtectedNames().list(96)));
+  serve->footer(
+      "The folder's zelto.toml may say, each with its default or an example:\n" + ConfigurationFile::help() +
+      "At SIGHUP it is read again, and the log's file opened anew. What it says then holds for requests and\n"
+      "sessions that begin, body_limit and trusted_proxies for connections; listen, workers and session_node\n"
+      "take a restart. A file that is wrong changes nothing. SIGTERM and SIGINT end the host once every\n"
+      "request is answered, other signals do nothing.\n\n"
+      "Never served, in any letter case, beside names that begin with a dot (other than /.well-known/) or\n"
+      "an underscore, or end with a tilde:\n" +
+      indented(ProtectedNames().list(96)));
 }
 
 void add_run(CLI::App& app, RunCommand& command) {

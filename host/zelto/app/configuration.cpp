@@ -4,6 +4,7 @@
 #include <boost/asio/ip/address.hpp>
 #include <cctype>
 #include <charconv>
+#include <filesystem>
 #include <thread>
 
 #include "app/big_stack.h"
@@ -54,7 +55,30 @@ void read_server(const ConfigurationFile& file, ServerOptions& server) {
   }
 }
 
+// The file's name, seen from the site's folder. Should it lie in there, it is nobody else's.
+std::string read_log(const ConfigurationFile& file, const std::string& site, ProtectedNames& protected_names) {
+  const auto name = file.text("log");
+  if (!name) return {};
+  const std::filesystem::path path = std::filesystem::path(site) / *name;
+  if (!path.has_filename()) file.fail("log", "takes the name of a file");
+  protected_names.add(path.filename().string());
+  return path.string();
+}
+
 }  // namespace
+
+std::vector<std::string_view> keep_until_restart(Configuration& fresh, const Configuration& running) {
+  std::vector<std::string_view> keys;
+  const auto keep = [&keys](std::string_view key, auto& wanted, const auto& present) {
+    if (wanted != present && (keys.empty() || keys.back() != key)) keys.push_back(key);
+    wanted = present;
+  };
+  keep("listen", fresh.server.address, running.server.address);
+  keep("listen", fresh.server.port, running.server.port);
+  keep("workers", fresh.server.workers, running.server.workers);
+  keep("session_node", fresh.site.session_suffix, running.site.session_suffix);
+  return keys;
+}
 
 void set_listen_address(const std::string& text, ServerOptions& options) {
   const std::size_t colon = text.rfind(':');
@@ -77,6 +101,7 @@ Configuration read_configuration(const ServeCommand& command) {
   read_site(file, made.site);
   made.site.debug |= command.debug;
   read_server(file, made.server);
+  made.log = read_log(file, command.site, made.site.files.protected_names);
   if (const auto limit = file.number("stop_timeout", 0, 3600)) made.stop_timeout = std::chrono::seconds(*limit);
   if (command.listen) set_listen_address(*command.listen, made.server);
   if (command.workers) made.server.workers = *command.workers;

@@ -3,6 +3,8 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "app/commands.h"
 #include "app/site.h"
@@ -13,12 +15,16 @@ namespace zelto {
 struct Configuration {
   SiteOptions site;
   ServerOptions server;
+  std::string log;                        // a file; standard error when empty
   std::chrono::seconds stop_timeout{30};  // that running pages get when the host stops
 };
 
 // The command line counts more than the file, the file more than the defaults. Throws WrongUse for what
 // cannot be understood.
 Configuration read_configuration(const ServeCommand& command);
+
+// Gives `fresh` what only a restart changes from `running`; the keys whose values would have been others.
+std::vector<std::string_view> keep_until_restart(Configuration& fresh, const Configuration& running);
 
 // "127.0.0.1:8080", "localhost:8080", "[::1]:8080" or ":8080" (every address). Throws WrongUse.
 void set_listen_address(const std::string& text, ServerOptions& options);

@@ -22,7 +22,7 @@ struct Key {
   std::string_view meaning;
 };
 
-constexpr std::array<Key, 13> kKeys = {{
+constexpr std::array<Key, 14> kKeys = {{
     {"listen", "\"127.0.0.1:8080\"", "where to serve"},
     {"workers", "4", "pages at the same time, by default two a core"},
     {"body_limit", "16777216", "bytes of a request's body"},
@@ -35,6 +35,7 @@ constexpr std::array<Key, 13> kKeys = {{
     {"default_documents", "[\"default.asp\"]", "what a folder shows: the first that exists"},
     {"protect", "[\"drafts/\", \"*.cfg\"]", "what is never served, beyond the usual"},
     {"trusted_proxies", "[\"127.0.0.1\"]", "whose X-Forwarded-Proto is believed"},
+    {"log", "\"/var/log/zelto.log\"", "the file of the log, else standard error"},
     {"debug", "false", "error pages show what went wrong"},
 }};
 

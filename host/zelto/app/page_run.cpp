@@ -57,6 +57,7 @@ class PageRun final : public PageHost {
  public:
   PageRun(Site& site, script::Engine& engine, HttpRequest request, PagePlace place, ResponseSink& sink)
       : site_(site),
+        settings_(site.settings()),
         engine_(engine),
         page_(std::make_shared<PageState>(std::move(request), std::move(place), sink, this)),
         hold_(std::make_shared<ApplicationHold>(site.application())) {}
@@ -92,6 +93,7 @@ class PageRun final : public PageHost {
   void answer_error(const PageError& error);
 
   Site& site_;
+  const std::shared_ptr<const SiteSettings> settings_;
   script::Engine& engine_;
   PageStatePtr page_;
   std::shared_ptr<ApplicationHold> hold_;
@@ -181,8 +183,8 @@ void PageRun::make_objects() {
 
 void PageRun::run_script(const LoadedPage& loaded) {
   make_objects();
-  engine_.set_time_limit(site_.options().script_timeout);
-  engine_.set_memory_limit(site_.options().script_memory);
+  engine_.set_time_limit(settings_->options.script_timeout);
+  engine_.set_memory_limit(settings_->options.script_memory);
   CComPtr<PageContext> context;
   context.attach(new PageContext(objects_));
   const korlib_host::ContextScope scope(context.get());
@@ -217,7 +219,7 @@ script::Outcome PageRun::run_realm(const LoadedPage& loaded) {
 }
 
 HRESULT PageRun::execute(const std::string& virtual_path) {
-  const FoundFile found = site_.files().find(virtual_path);
+  const FoundFile found = settings_->files.find(virtual_path);
   if (found.kind != FoundFile::Kind::kPage) {
     return korlib::raise(E_FAIL, L"Server", L"There is no page \"" + to_wide(virtual_path) + L"\".");
   }
@@ -239,7 +241,8 @@ HRESULT PageRun::execute(const std::string& virtual_path) {
 }
 
 HRESULT PageRun::set_script_timeout(LONG seconds) {
-  engine_.set_time_limit(std::max<std::chrono::seconds>(std::chrono::seconds(seconds), site_.options().script_timeout));
+  engine_.set_time_limit(
+      std::max<std::chrono::seconds>(std::chrono::seconds(seconds), settings_->options.script_timeout));
   return S_OK;
 }
 
@@ -276,7 +279,7 @@ int PageRun::error_status() const {
 
 void PageRun::answer_error(const PageError& error) {
   ResponseState& response = page_->response;
-  const bool debug = site_.options().debug;
+  const bool debug = settings_->options.debug;
   const bool begins = response.reset();
   const int status = error_status();
   if (begins) {

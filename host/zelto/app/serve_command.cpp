@@ -1,12 +1,9 @@
 #include <fmt/format.h>
-#include <pthread.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <csignal>
 #include <filesystem>
 #include <iostream>
-#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
@@ -19,52 +16,16 @@
 #include "app/configuration.h"
 #include "app/connection_room.h"
 #include "app/last_resort.h"
+#include "app/log.h"
 #include "app/runtime.h"
 #include "app/session_sweeper.h"
+#include "app/signals.h"
 #include "app/site_worker.h"
 #include "http/access_log.h"
 
 namespace zelto {
 
 namespace {
-
-// The signals that end the program, blocked in every thread that is started while this lives.
-class EndSignals {
- public:
-  EndSignals() {
-    sigemptyset(&set_);
-    sigaddset(&set_, SIGINT);
-    sigaddset(&set_, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &set_, &before_);
-  }
-  ~EndSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  EndSignals(const EndSignals&) = delete;
-  EndSignals& operator=(const EndSignals&) = delete;
-
-  void wait() const {
-    int signal = 0;
-    sigwait(&set_, &signal);
-  }
-  // From now on another one ends the program at once.
-  void let_through() const { pthread_sigmask(SIG_UNBLOCK, &set_, nullptr); }
-
- private:
-  sigset_t set_{};
-  sigset_t before_{};
-};
-
-// Whole lines, whichever thread writes them.
-class Log {
- public:
-  void line(std::string_view text) {
-    const std::string whole = std::string(text) + '\n';  // written at once: other programs may write there too
-    const std::scoped_lock guard(mutex_);
-    std::cerr << whole;
-  }
-
- private:
-  std::mutex mutex_;
-};
 
 std::string shown_address(const ServerOptions& options, std::uint16_t port) {
   const bool is_v6 = options.address.find(':') != std::string::npos;
@@ -92,6 +53,27 @@ void start(Server& server) {
   }
 }
 
+// What zelto.toml says now holds from here on, as far as that goes without a restart.
+void reread(const ServeCommand& command, Configuration& running, Site& site, Server& server, Log& log) {
+  try {
+    Configuration fresh = read_configuration(command);
+    const auto kept = keep_until_restart(fresh, running);
+    log.open(fresh.log);
+    site.change(fresh.site);
+    server.change(fresh.server.limits, fresh.server.trusted_proxies);
+    running = std::move(fresh);
+    log.line("zelto: zelto.toml is read again");
+    for (const std::string_view key : kept) log.line(fmt::format("zelto: {} takes a restart to change", key));
+  } catch (const std::exception& error) {
+    try {
+      log.open(running.log);
+    } catch (const std::exception& gone) {
+      log.line(fmt::format("zelto: {}", gone.what()));
+    }
+    log.line(fmt::format("zelto: {}; the settings stay as they were", error.what()));
+  }
+}
+
 [[noreturn]] void end_at_once(Log& log) {
   log.line("zelto: ending without pages that still run after stop_timeout");
   ::_exit(kFailure);
@@ -114,14 +96,14 @@ int serve_site(const ServeCommand& command) {
   constexpr auto kForce = std::chrono::seconds(2);  // for pages that notice that their client has gone
   std::error_code error;
   if (!std::filesystem::is_directory(command.site, error)) throw WrongUse("'" + command.site + "' is no folder");
+  const OperatorSignals signals;
   set_up_runtime();
   Log log;
   Configuration configuration = read_configuration(command);
+  log.open(configuration.log);
   configuration.site.log = [&log](std::string_view line) { log.line(line); };
   configuration.server.on_access = [&log](const AccessRecord& record) { log.line(combined_line(record)); };
   make_room(configuration.server.limits, log);
-  std::signal(SIGPIPE, SIG_IGN);
-  const EndSignals signals;
   bool all_answered = false;
   std::optional<LastResort> last_resort;
   {
@@ -130,9 +112,9 @@ int serve_site(const ServeCommand& command) {
     Server server(configuration.server, [&site] { return std::make_unique<SiteWorker>(site); });
     start(server);
     std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;
-    signals.wait();
+    while (signals.wait() == OperatorSignals::Wish::kReread) reread(command, configuration, site, server, log);
     std::cout << "Stopping once every request is answered, or when asked again" << std::endl;
-    signals.let_through();
+    signals.let_end_through();
     last_resort.emplace(configuration.stop_timeout + kForce, [&log] { end_at_once(log); });
     all_answered = server.stop(configuration.stop_timeout);
   }

@@ -92,9 +92,23 @@ SessionHold SessionStore::open(std::string_view id, Clock::time_point now) {
     known->lock.unlock();
   }
   auto made = std::make_shared<SessionState>(make_id());
-  made->timeout_minutes = timeout_minutes_;
+  {
+    const std::scoped_lock guard(mutex_);
+    made->timeout_minutes = timeout_minutes_;
+  }
   made->lock.try_lock();
   return SessionHold(std::move(made));
+}
+
+std::size_t SessionStore::limit() const {
+  const std::scoped_lock guard(mutex_);
+  return limit_;
+}
+
+void SessionStore::set_limits(LONG timeout_minutes, std::size_t limit) {
+  const std::scoped_lock guard(mutex_);
+  timeout_minutes_ = timeout_minutes;
+  limit_ = limit;
 }
 
 bool SessionStore::add(const std::shared_ptr<SessionState>& session) {

@@ -48,7 +48,7 @@ class SessionStore {
   // `limit` is the number of sessions that are kept at a time.
   SessionStore(std::chrono::milliseconds patience, LONG timeout_minutes, std::string suffix = {},
                std::size_t limit = kNoLimit)
-      : patience_(patience), timeout_minutes_(timeout_minutes), limit_(limit), suffix_(std::move(suffix)) {}
+      : patience_(patience), suffix_(std::move(suffix)), timeout_minutes_(timeout_minutes), limit_(limit) {}
   // Ends every session. No request may hold one.
   ~SessionStore();
   SessionStore(const SessionStore&) = delete;
@@ -70,7 +70,10 @@ class SessionStore {
   // many.
   std::size_t sweep(Clock::time_point now);
   std::size_t size() const;
-  std::size_t limit() const { return limit_; }
+  std::size_t limit() const;
+  // The time of sessions that begin from now on, and how many are kept. Those that there are stay, also beyond the
+  // limit.
+  void set_limits(LONG timeout_minutes, std::size_t limit);
   // How many newcomers have made room since this was asked last.
   std::size_t take_evicted();
 
@@ -91,10 +94,10 @@ class SessionStore {
   void forget(const SessionState& session);
 
   const std::chrono::milliseconds patience_;
-  const LONG timeout_minutes_;
-  const std::size_t limit_;
   const std::string suffix_;
   mutable std::mutex mutex_;  // guards what follows
+  LONG timeout_minutes_;
+  std::size_t limit_;
   std::unordered_map<std::string, Entry> sessions_;
   Newcomers newcomers_;
   std::size_t evicted_ = 0;

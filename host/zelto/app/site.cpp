@@ -23,15 +23,33 @@ StaticOptions static_options(const SiteOptions& site) {
 
 }  // namespace
 
+SiteSettings::SiteSettings(SiteOptions given)
+    : options(with_canonical_root(std::move(given))), files(static_options(options)) {}
+
 Site::Site(SiteOptions options)
-    : options_(with_canonical_root(std::move(options))),
-      files_(static_options(options_)),
-      application_(std::make_shared<ApplicationState>(options_.session_patience)),
-      programs_(options_.root),
-      sessions_(options_.session_patience, options_.session_timeout, options_.session_suffix, options_.session_limit) {}
+    : settings_(std::make_shared<SiteSettings>(std::move(options))),
+      root_(settings_->options.root),
+      log_(settings_->options.log),
+      application_(std::make_shared<ApplicationState>(settings_->options.session_patience)),
+      programs_(root_),
+      sessions_(settings_->options.session_patience, settings_->options.session_timeout,
+                settings_->options.session_suffix, settings_->options.session_limit) {}
+
+std::shared_ptr<const SiteSettings> Site::settings() const {
+  const std::scoped_lock guard(mutex_);
+  return settings_;
+}
+
+void Site::change(SiteOptions options) {
+  options.root = root_.empty() ? "/" : root_;
+  auto changed = std::make_shared<const SiteSettings>(std::move(options));
+  sessions_.set_limits(changed->options.session_timeout, changed->options.session_limit);
+  const std::scoped_lock guard(mutex_);
+  settings_.swap(changed);
+}
 
 void Site::log(std::string_view line) const {
-  if (options_.log) options_.log(line);
+  if (log_) log_(line);
 }
 
 }  // namespace zelto

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -27,21 +28,34 @@ struct SiteOptions {
   std::function<void(std::string_view)> log;         // one line each time; called on any thread
 };
 
+// What holds for a request from its beginning to its end.
+struct SiteSettings {
+  explicit SiteSettings(SiteOptions given);
+
+  const SiteOptions options;  // the root is canonical
+  const StaticFiles files;
+};
+
 class Site {
  public:
   explicit Site(SiteOptions options);
 
-  const SiteOptions& options() const { return options_; }
-  const std::string& root() const { return options_.root; }  // canonical, without a slash at its end
+  const std::string& root() const { return root_; }  // canonical, without a slash at its end
+  // Any thread may ask for the settings, or change them: requests that have begun keep those that they have. The root,
+  // the log, the sessions' patience and the suffix of their identifiers stay. Throws, and changes nothing, when the
+  // folder has gone.
+  std::shared_ptr<const SiteSettings> settings() const;
+  void change(SiteOptions options);
   SessionStore& sessions() { return sessions_; }
   const std::shared_ptr<ApplicationState>& application() { return application_; }
   Programs& programs() { return programs_; }
-  const StaticFiles& files() const { return files_; }
   void log(std::string_view line) const;
 
  private:
-  SiteOptions options_;
-  StaticFiles files_;
+  mutable std::mutex mutex_;  // guards settings_
+  std::shared_ptr<const SiteSettings> settings_;
+  const std::string root_;
+  const std::function<void(std::string_view)> log_;
   std::shared_ptr<ApplicationState> application_;
   Programs programs_;
   SessionStore sessions_;

@@ -33,13 +33,14 @@ void SiteWorker::handle(HttpRequest&& request, ResponseSink& sink) {
 }
 
 void SiteWorker::answer(HttpRequest&& request, ResponseSink& sink) {
-  const FoundFile found = site_.files().find(request.path);
-  if (found.kind == FoundFile::Kind::kProtected && site_.options().debug && !request.body_too_large) {
+  const auto settings = site_.settings();
+  const FoundFile found = settings->files.find(request.path);
+  if (found.kind == FoundFile::Kind::kProtected && settings->options.debug && !request.body_too_large) {
     serve_status(sink, kNotFound, protected_text(found.path));
     return;
   }
   if (found.kind != FoundFile::Kind::kPage) {
-    site_.files().serve(request, found, sink);
+    settings->files.serve(request, found, sink);
     return;
   }
   pages_.run(std::move(request), found.path, found.physical, sink);

@@ -48,8 +48,9 @@ void reset_peer(int socket) {
 
 }  // namespace
 
-Connection::Connection(Socket socket, ConnectionShared& shared)
+Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> terms, ConnectionShared& shared)
     : socket_(std::move(socket)),
+      terms_(std::move(terms)),
       shared_(shared),
       deadline_(socket_.get_executor(), [this] { on_timeout(); }),
       read_rate_(limits().body_timeout, limits().body_rate),
@@ -229,7 +230,7 @@ void Connection::submit() {
   const auto remote = socket_.remote_endpoint(error);
   request.remote_address = record_.remote_address;
   if (!error) request.remote_port = remote.port();
-  request.secure = came_encrypted(request, shared_.options.trusted_proxies);
+  request.secure = came_encrypted(request, terms_->trusted_proxies);
   sink_.reset(socket_.native_handle(), {.head_only = request.method == "HEAD",
                                         .minor_version = request.minor_version,
                                         .keep_alive = !last_ && !unread_input_,

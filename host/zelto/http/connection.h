@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "http/answer_sender.h"
 #include "http/deadline.h"
@@ -22,9 +23,14 @@ namespace zelto {
 
 class Connection;
 
+// What holds for a connection from its beginning to its end.
+struct ConnectionTerms {
+  HttpLimits limits;
+  std::vector<std::string> trusted_proxies;
+};
+
 // What all connections of a server share; it outlives them.
 struct ConnectionShared {
-  const ServerOptions& options;
   WorkerPool& pool;
   std::function<void(const AccessRecord&)> log;
   std::function<void(Connection*)> gone;  // called by its destructor
@@ -37,7 +43,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
  public:
   using Socket = boost::asio::ip::tcp::socket;
 
-  Connection(Socket socket, ConnectionShared& shared);
+  Connection(Socket socket, std::shared_ptr<const ConnectionTerms> terms, ConnectionShared& shared);
   ~Connection() override;
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -82,9 +88,10 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void arm(Duration duration) { deadline_.arm(duration, shared_from_this()); }
   void on_timeout();
   bool is_idle() const;
-  const HttpLimits& limits() const { return shared_.options.limits; }
+  const HttpLimits& limits() const { return terms_->limits; }
 
   Socket socket_;
+  const std::shared_ptr<const ConnectionTerms> terms_;
   ConnectionShared& shared_;
   Deadline deadline_;
 

@@ -27,8 +27,9 @@ class Server::Impl {
  public:
   Impl(ServerOptions options, WorkerFactory factory)
       : options_(std::move(options)),
+        terms_(std::make_shared<ConnectionTerms>(options_.limits, options_.trusted_proxies)),
         pool_(std::move(factory), options_.workers, options_.worker_stack, options_.queue),
-        shared_{options_, pool_, [this](const AccessRecord& record) { log(record); },
+        shared_{pool_, [this](const AccessRecord& record) { log(record); },
                 [this](Connection* connection) { forget(connection); }} {}
 
   ~Impl() {
@@ -49,6 +50,12 @@ class Server::Impl {
   }
 
   std::uint16_t port() const { return port_; }
+
+  void change(const HttpLimits& limits, std::vector<std::string> trusted_proxies) {
+    auto changed = std::make_shared<const ConnectionTerms>(limits, std::move(trusted_proxies));
+    const std::lock_guard lock(lock_);
+    terms_.swap(changed);
+  }
 
   bool stop(std::chrono::milliseconds grace) {
     if (std::exchange(stopped_, true)) return all_answered_;
@@ -115,8 +122,13 @@ class Server::Impl {
     });
   }
 
+  std::shared_ptr<const ConnectionTerms> terms() {
+    const std::lock_guard lock(lock_);
+    return terms_;
+  }
+
   void adopt(tcp::socket socket) {
-    const auto connection = std::make_shared<Connection>(std::move(socket), shared_);
+    const auto connection = std::make_shared<Connection>(std::move(socket), terms(), shared_);
     bool busy = false;
     {
       const std::lock_guard lock(lock_);
@@ -152,7 +164,8 @@ class Server::Impl {
 
   const ServerOptions options_;
   std::mutex log_lock_;
-  std::mutex lock_;  // guards connections_; never held while one of them is released
+  std::mutex lock_;  // guards terms_ and connections_; never held while one of these is released
+  std::shared_ptr<const ConnectionTerms> terms_;
   std::unordered_map<Connection*, std::weak_ptr<Connection>> connections_;
   std::condition_variable none_left_;
   WorkerPool pool_;
@@ -176,6 +189,10 @@ Server::~Server() = default;
 void Server::start() { impl_->start(); }
 
 std::uint16_t Server::port() const { return impl_->port(); }
+
+void Server::change(const HttpLimits& limits, std::vector<std::string> trusted_proxies) {
+  impl_->change(limits, std::move(trusted_proxies));
+}
 
 bool Server::stop(std::chrono::milliseconds grace) { return impl_->stop(grace); }
 

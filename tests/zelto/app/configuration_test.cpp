@@ -83,6 +83,30 @@ TEST_F(Configuration, NamesTheNodeOfASession) {
   EXPECT_EQ(read("").site.session_suffix, "");
 }
 
+TEST_F(Configuration, NamesTheLogAndProtectsIt) {
+  EXPECT_EQ(read("").log, "");
+  EXPECT_EQ(read("log = \"/var/log/site.txt\"").log, "/var/log/site.txt");
+  const auto made = read("log = \"logs/lines.txt\"");
+  EXPECT_EQ(made.log, command.site + "/logs/lines.txt");
+  EXPECT_EQ(made.site.files.protected_names.find_in("/logs/lines.txt"), "lines.txt");
+  EXPECT_EQ(read("").site.files.protected_names.find_in("/logs/lines.txt"), "");
+}
+
+TEST_F(Configuration, KeepsUntilARestartWhatTakesOne) {
+  const auto running = read("listen = \":81\"\nworkers = 3\nsession_node = \"a\"\ndebug = false\n");
+  auto fresh = read("listen = \"127.0.0.1:82\"\nworkers = 4\nsession_node = \"b\"\ndebug = true\n");
+  EXPECT_EQ(keep_until_restart(fresh, running), (std::vector<std::string_view>{"listen", "workers", "session_node"}));
+  EXPECT_EQ(fresh.server.address, "0.0.0.0");
+  EXPECT_EQ(fresh.server.port, 81);
+  EXPECT_EQ(fresh.server.workers, 3u);
+  EXPECT_EQ(fresh.site.session_suffix, ".a");
+  EXPECT_TRUE(fresh.site.debug);
+  auto other_port = read("listen = \":82\"\nworkers = 3\nsession_node = \"a\"\n");
+  EXPECT_EQ(keep_until_restart(other_port, running), (std::vector<std::string_view>{"listen"}));
+  auto same = running;
+  EXPECT_TRUE(keep_until_restart(same, running).empty());
+}
+
 TEST_F(Configuration, LetsTheCommandLineWin) {
   command.listen = ":82";
   command.workers = 1;
@@ -128,6 +152,8 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"protect = [\"a*\"]", protect},
       {"protect = [\"*.a/\"]", protect},
       {"trusted_proxies = [\"proxy\"]", ":1: trusted_proxies takes addresses, as in \"127.0.0.1\""},
+      {"log = \"logs/\"", ":1: log takes the name of a file"},
+      {"log = \"\"", ":1: log takes the name of a file"},
       {"session_node = \"a;b\"", ":1: session_node takes letters and digits"},
       {"workers = 1\nworkers = 2",
        ":2: Error while parsing key-value pair: cannot redefine existing integer 'workers'"},

@@ -1,0 +1,189 @@
+// What an operator's signals do to the running host: SIGHUP rereads zelto.toml and opens the log anew, others are none
+// of its business.
+import assert from 'node:assert/strict';
+import { once } from 'node:events';
+import { readFile, rename, rm, writeFile } from 'node:fs/promises';
+import { connect } from 'node:net';
+import { constants } from 'node:os';
+import { join } from 'node:path';
+import { test } from 'node:test';
+import { fileURLToPath } from 'node:url';
+import { serve } from './site.mjs';
+
+const folder = fileURLToPath(new URL('signals', import.meta.url));
+
+async function ask(site, path, options = {}) {
+  const answer = await fetch(site.address + path, options);
+  return { status: answer.status, text: await answer.text(), cookie: answer.headers.get('set-cookie')?.split(';')[0] };
+}
+
+const configure = (site, text) => writeFile(join(site.folder, 'zelto.toml'), text);
+const rereads = 'zelto: zelto.toml is read again';
+
+// Sends SIGHUP, and waits for what the host then logs first.
+async function hangUp(site) {
+  site.log.length = 0;
+  process.kill(site.pid, 'SIGHUP');
+  await site.logs(/^zelto: /);
+}
+
+// Ends by themselves, stop, leave a core file, or belong to the C library.
+const meant = ['SIGINT', 'SIGTERM', 'SIGKILL', 'SIGQUIT', 'SIGILL', 'SIGTRAP', 'SIGABRT', 'SIGBUS', 'SIGFPE', 'SIGSEGV',
+  'SIGXCPU', 'SIGSYS', 'SIGSTOP', 'SIGTSTP', 'SIGTTIN', 'SIGTTOU'].map((name) => constants.signals[name]);
+const harmless = Array.from({ length: 64 }, (_, i) => i + 1)
+  .filter((number) => !meant.includes(number) && number !== 32 && number !== 33);
+
+test('no signal ends the host by accident, whatever its pages do', async () => {
+  const site = await serve(folder, '--workers', '4');
+  let busy = true;
+  let answered = 0;
+  const client = async () => {
+    for (; busy; answered++) {
+      const answer = await ask(site, '');
+      assert.equal(answer.status, 200);
+      assert.equal(answer.text, '1994950\n');  // 19900 + … + 19999
+    }
+  };
+  const clients = Array.from({ length: 6 }, client);
+  for (let round = 0; round < 40; round++) {
+    for (const number of harmless) process.kill(site.pid, number);
+    for (let i = 0; i < 20; i++) for (const name of ['SIGUSR1', 'SIGSTKFLT']) process.kill(site.pid, name);
+    assert.equal((await ask(site, 'count.asp')).text, '1 of 20 minutes\n');
+  }
+  busy = false;
+  await Promise.all(clients);
+  assert.ok(answered >= 6);
+  assert.ok(harmless.includes(constants.signals.SIGUSR1) && harmless.includes(constants.signals.SIGHUP));
+  assert.equal(await site.stop(), 0, site.log.join('\n'));
+});
+
+test('SIGHUP has zelto.toml hold from then on', async () => {
+  const site = await serve(folder);
+  const first = await ask(site, 'count.asp');
+  const headers = { cookie: first.cookie };
+  assert.doesNotMatch((await ask(site, 'fails.asp')).text, /told to the author/);
+  await configure(site, `debug = true
+    protect = ["form.asp"]
+    default_documents = ["fails.asp"]
+    body_limit = 5
+    session_timeout = 7
+  `);
+  assert.doesNotMatch((await ask(site, 'fails.asp')).text, /told to the author/, 'nobody has said so yet');
+  await hangUp(site);
+  assert.deepEqual(site.log, [rereads]);
+  const shown = await ask(site, '');
+  assert.equal(shown.status, 500);
+  assert.match(shown.text, /told to the author/);
+  assert.match((await ask(site, 'form.asp')).text, /is a protected name/);
+  assert.equal((await ask(site, 'count.asp', { headers })).text, '2 of 20 minutes\n', 'the session keeps its time');
+  assert.equal((await ask(site, 'count.asp')).text, '1 of 7 minutes\n');
+
+  await rm(join(site.folder, 'zelto.toml'));
+  await hangUp(site);
+  assert.equal((await ask(site, '')).text, '1994950\n');
+  assert.equal((await ask(site, 'count.asp', { headers })).text, '3 of 20 minutes\n', 'the session is there');
+  assert.equal(await site.stop(), 0, site.log.join('\n'));
+});
+
+// Posts on a connection that is kept open; answers the status.
+async function post(socket, body) {
+  socket.write('POST /form.asp HTTP/1.1\r\nHost: a\r\nContent-Type: application/x-www-form-urlencoded\r\n' +
+    `Content-Length: ${body.length}\r\n\r\n${body}`);
+  const [bytes] = await once(socket, 'data');
+  return Number(bytes.toString().split(' ')[1]);
+}
+
+test('a connection keeps the limits that it began with', async () => {
+  const site = await serve(folder);
+  const { hostname, port } = new URL(site.address);
+  const old = connect(port, hostname);
+  assert.equal(await post(old, 'a=12345'), 200);
+  await configure(site, 'body_limit = 5\ntrusted_proxies = ["127.0.0.1"]\n');
+  await hangUp(site);
+  const fresh = connect(port, hostname);
+  assert.equal(await post(fresh, 'a=12345'), 413);
+  assert.equal(await post(old, 'a=12345'), 200);
+  const secure = { 'x-forwarded-proto': 'https' };
+  const answer = await fetch(`${site.address}count.asp`, { headers: { ...secure, connection: 'close' } });
+  assert.match(answer.headers.get('set-cookie'), /; Secure$/);
+  for (const socket of [old, fresh]) socket.destroy();
+  assert.equal(await site.stop(), 0, site.log.join('\n'));
+});
+
+test('SIGHUP leaves alone what has begun', async () => {
+  const site = await serve(folder);
+  const { hostname, port } = new URL(site.address);
+  const socket = connect(port, hostname);
+  let received = '';
+  socket.on('data', (bytes) => { received += bytes; });
+  socket.write('GET /wait.asp HTTP/1.1\r\nHost: a\r\n\r\n');
+  while (!received.includes('begun')) await once(socket, 'data');
+  await configure(site, 'debug = true\n');
+  await hangUp(site);
+  assert.match((await ask(site, 'fails.asp')).text, /told to the author/);
+  await writeFile(join(site.folder, 'go.txt'), '');
+  await once(socket, 'close');
+  assert.doesNotMatch(received, /told to the author/);
+  assert.equal(await site.stop(), 0, site.log.join('\n'));
+});
+
+test('a zelto.toml that is wrong changes nothing', async () => {
+  const site = await serve(folder);
+  await configure(site, 'debug = true\n');
+  await hangUp(site);
+  for (const [text, words] of [['debug = maybe\n', /zelto\.toml:1: .*; the settings stay as they were$/],
+    ['debug = false\ncolour = 1\n', /zelto\.toml:2: colour is not known; .*; the settings stay as they were$/],
+    ['debug = false\nlog = "none/of/these"\n', /opening the log .*: No such file or directory; the settings stay/]]) {
+    await configure(site, text);
+    await hangUp(site);
+    assert.equal(site.log.length, 1);
+    assert.match(site.log[0], words);
+    assert.match((await ask(site, 'fails.asp')).text, /told to the author/);
+  }
+  assert.equal(await site.stop(), 0, site.log.join('\n'));
+});
+
+test('what takes a restart is said', async () => {
+  const site = await serve(folder);
+  await configure(site, 'workers = 9\nsession_node = "b"\nlisten = "127.0.0.2:9"\n');
+  for (let i = 0; i < 2; i++) {
+    await hangUp(site);
+    await site.logs(/^zelto: session_node/);
+    assert.deepEqual(site.log, [rereads, 'zelto: workers takes a restart to change',
+      'zelto: session_node takes a restart to change'], 'the command line says where to listen');
+  }
+  assert.doesNotMatch((await ask(site, 'count.asp')).cookie, /\.b$/);
+  assert.equal(await site.stop(), 0);
+});
+
+test('the log is a file that can be put away, and served to nobody', async () => {
+  const site = await serve(folder);
+  const file = (name) => join(site.folder, name);
+  await configure(site, 'log = "lines.txt"\n');
+  process.kill(site.pid, 'SIGHUP');
+  // Until the host has done so, lines go to where they went before.
+  const until = async (name, pattern) => {
+    for (;;) {
+      const answer = await ask(site, 'count.asp');
+      assert.equal(answer.status, 200);
+      const text = await readFile(file(name), 'utf8').catch(() => '');
+      if (pattern.test(text)) return text;
+    }
+  };
+  assert.ok((await until('lines.txt', /GET \/count\.asp/)).startsWith(rereads + '\n'));
+  assert.equal((await ask(site, 'lines.txt')).status, 404);
+  await rename(file('lines.txt'), file('lines.1.txt'));
+  await until('lines.1.txt', /GET \/count\.asp/);
+  process.kill(site.pid, 'SIGHUP');
+  assert.ok((await until('lines.txt', /GET \/count\.asp/)).startsWith(rereads + '\n'));
+  const kept = await readFile(file('lines.1.txt'), 'utf8');
+  await ask(site, 'fails.asp');
+  await until('lines.txt', /^\/fails\.asp:1: told to the author/m);
+  assert.equal(await readFile(file('lines.1.txt'), 'utf8'), kept);
+  // Also when the settings themselves cannot be had.
+  await rename(file('lines.txt'), file('lines.2.txt'));
+  await configure(site, 'colour = 1\n');
+  process.kill(site.pid, 'SIGHUP');
+  assert.match(await until('lines.txt', /GET \/count\.asp/), /^zelto: .*colour is not known/);
+  assert.equal(await site.stop(), 0);
+});

@@ -1,0 +1,1 @@
+<% Session("n") = (Session("n") || 0) + 1; %><%= Session("n") %> of <%= Session.Timeout %> minutes

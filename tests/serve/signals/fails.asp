@@ -1,0 +1,1 @@
+<% throw new Error("told to the author"); %>
