@@ -2,7 +2,7 @@
 import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
 import { once } from 'node:events';
-import { cp, mkdtemp, rm, writeFile } from 'node:fs/promises';
+import { cp, mkdtemp, readFile, rm, writeFile } from 'node:fs/promises';
 import { connect } from 'node:net';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
@@ -113,6 +113,23 @@ served('an author is told that a name is protected', async (site) => {
   const large = await raw(site, 'POST /Web.config HTTP/1.1\r\nHost: a\r\nContent-Length: 99999999\r\n\r\n');
   assert.equal(statusOf(large), 413);
 }, { options: ['--debug'] });
+
+served('a global.asa that is not run is told of at the start', async (site) => {
+  assert.deepEqual(site.log, [
+    'zelto: global.asa is not run: what it declares for the application and its sessions does not happen']);
+});
+
+test('a log that is a file has it too', async () => {
+  const kept = await mkdtemp(join(tmpdir(), 'kept-'));
+  await writeFile(join(kept, 'Global.asa'), '');
+  await writeFile(join(kept, 'zelto.toml'), 'log = "host.log"\n');
+  const site = await serve(kept);
+  await rm(kept, { recursive: true });
+  const told = 'zelto: Global.asa is not run: what it declares for the application and its sessions does not happen';
+  assert.deepEqual(site.log, [told]);
+  assert.equal(await readFile(join(site.folder, 'host.log'), 'utf8'), told + '\n');
+  assert.equal(await site.stop(), 0);
+});
 
 served('a session cookie is nobody else\'s, and Secure behind a proxy that is trusted', async (site) => {
   const [first, attributes] = cookieOf(await get(site, '/count.asp'));

@@ -61,6 +61,17 @@ TEST_F(Command, TellsItsVersionAndItsUse) {
   EXPECT_NE(run({"register", "--help"}).output.find("ZELTO_REGISTRY"), std::string::npos);
 }
 
+TEST_F(Command, TellsOfAGlobalAsaThatIsNotRun) {
+  file("page.asp", "shown");
+  EXPECT_EQ(run({"run", "page.asp"}).error, "");
+  file("Global.ASA", "<script language=\"javascript\" runat=\"server\">function Application_OnStart() {}</script>");
+  const Ran ran = run({"run", "page.asp"});
+  EXPECT_EQ(ran.error,
+            "zelto: Global.ASA is not run: what it declares for the application and its sessions does not happen\n");
+  EXPECT_EQ(ran.output, "shown");
+  EXPECT_EQ(ran.status, 0);
+}
+
 TEST_F(Command, RefusesWrongUse) {
   file("page.asp", "x");
   const std::vector<std::vector<std::string>> wrong = {

@@ -66,6 +66,7 @@ int run_page_file(const RunCommand& command) {
   options.debug = command.debug;
   options.log = [](std::string_view line) { std::cerr << "zelto: " << line << "\n"; };
   Site site(std::move(options));
+  if (const std::string notice = site.notice(); !notice.empty()) std::cerr << notice << "\n";
   if (!page->starts_with(site.root() + "/")) throw WrongUse("'" + command.page + "' does not lie in the site");
   const std::string path = page->substr(site.root().size());
   ConsoleSink sink(stdout, command.include_headers);

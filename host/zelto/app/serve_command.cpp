@@ -53,6 +53,14 @@ void start(Server& server) {
   }
 }
 
+// A site that was written for another host may count on it.
+void give_notice(const Site& site, Log& log, bool log_is_file) {
+  const std::string notice = site.notice();
+  if (notice.empty()) return;
+  log.line(notice);
+  if (log_is_file) std::cerr << notice << std::endl;
+}
+
 // What zelto.toml says now holds from here on, as far as that goes without a restart.
 void reread(const ServeCommand& command, Configuration& running, Site& site, Server& server, Log& log) {
   try {
@@ -111,6 +119,7 @@ int serve_site(const ServeCommand& command) {
     const SessionSweeper sweeper(site.sessions(), kSweepPause, configuration.site.log);
     Server server(configuration.server, [&site] { return std::make_unique<SiteWorker>(site); });
     start(server);
+    give_notice(site, log, !configuration.log.empty());
     std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;
     while (signals.wait() == OperatorSignals::Wish::kReread) reread(command, configuration, site, server, log);
     std::cout << "Stopping once every request is answered, or when asked again" << std::endl;

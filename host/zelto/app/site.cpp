@@ -1,7 +1,10 @@
 #include "app/site.h"
 
+#include <filesystem>
 #include <stdexcept>
+#include <system_error>
 
+#include "http/ascii.h"
 #include "platform/canonical_path.h"
 
 namespace zelto {
@@ -50,6 +53,16 @@ void Site::change(SiteOptions options) {
 
 void Site::log(std::string_view line) const {
   if (log_) log_(line);
+}
+
+std::string Site::notice() const {
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(root_ + "/", error)) {
+    const std::string name = entry.path().filename().string();
+    if (!same_text(name, "global.asa")) continue;
+    return "zelto: " + name + " is not run: what it declares for the application and its sessions does not happen";
+  }
+  return {};
 }
 
 }  // namespace zelto

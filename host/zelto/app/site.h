@@ -50,6 +50,8 @@ class Site {
   const std::shared_ptr<ApplicationState>& application() { return application_; }
   Programs& programs() { return programs_; }
   void log(std::string_view line) const;
+  // What the site's author must know at the start: a line, or nothing.
+  std::string notice() const;
 
  private:
   mutable std::mutex mutex_;  // guards settings_
