@@ -148,6 +148,17 @@ TEST(SessionStore, SweepsWhatWasNotUsedForItsTime) {
   EXPECT_EQ(store.size(), 0u);
 }
 
+TEST(SessionStore, CountsTheTimeFromTheLastUse) {
+  SessionStore store(60s, 20);
+  const std::string id = keep_new(store);
+  const auto before = SessionStore::Clock::now();
+  store.close(store.open(id));
+  const auto used = store.open(id)->last_used;
+  EXPECT_GE(used, before);
+  EXPECT_EQ(store.sweep(used + 20min - 1ns), 0u);
+  EXPECT_EQ(store.sweep(used + 20min), 1u);
+}
+
 TEST(SessionStore, SparesASessionInUse) {
   SessionStore store(60s, 20);
   const std::string id = keep_new(store);

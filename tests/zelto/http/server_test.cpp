@@ -67,6 +67,15 @@ TEST(Server, DropsTrailers) {
   EXPECT_EQ(client.receive().value().body, "GET /echo?|");
 }
 
+// Whoever forwards a request looks at its head only.
+TEST(Server, BelievesNoTrailer) {
+  TestServer trusting({.trusted_proxies = {"127.0.0.1"}});
+  const std::string head = "POST /encrypted HTTP/1.1\r\n" + kHost + "Transfer-Encoding: chunked\r\n";
+  const std::string claim = "X-Forwarded-Proto: https\r\n";
+  EXPECT_EQ(ask(trusting.port(), head + claim + "\r\n0\r\n\r\n").body, "encrypted");
+  EXPECT_EQ(ask(trusting.port(), head + "\r\n0\r\n" + claim + "\r\n").body, "plain");
+}
+
 TEST(Server, AsksForTheBodyOfAClientThatWaits) {
   TestServer test;
   Client client(test.port());
