@@ -115,6 +115,7 @@ served('an author is told that a name is protected', async (site) => {
 }, { options: ['--debug'] });
 
 served('a global.asa that is not run is told of at the start', async (site) => {
+  await site.logs(/^zelto: global/);
   assert.deepEqual(site.log, [
     'zelto: global.asa is not run: what it declares for the application and its sessions does not happen']);
 });
@@ -126,6 +127,7 @@ test('a log that is a file has it too', async () => {
   const site = await serve(kept);
   await rm(kept, { recursive: true });
   const told = 'zelto: Global.asa is not run: what it declares for the application and its sessions does not happen';
+  await site.logs(/^zelto: Global/);
   assert.deepEqual(site.log, [told]);
   assert.equal(await readFile(join(site.folder, 'host.log'), 'utf8'), told + '\n');
   assert.equal(await site.stop(), 0);
@@ -256,6 +258,14 @@ test('SIGTERM finishes what runs, and takes nothing new', async () => {
   assert.match(await page.end, /done\n\r\n0\r\n\r\n$/);
   assert.equal(await stopped, 0, site.log.join('\n'));
   await assert.rejects(get(site, '/two.asp'), { code: 'ECONNREFUSED' });
+});
+
+test('SIGINT does the same', { timeout: 60_000 }, async () => {
+  const site = await serve(folder);
+  const page = await begin(site, 100);
+  const stopped = site.stop('SIGINT');
+  assert.match(await page.end, /done\n\r\n0\r\n\r\n$/);
+  assert.equal(await stopped, 0, site.log.join('\n'));
 });
 
 test('SIGTERM ends a page that goes on for too long', async () => {

@@ -46,8 +46,8 @@ export async function serveUnder(command, example, ...options) {
   const logs = gather(program.stderr, log);
   const says = gather(program.stdout, []);
   const address = (await says(/^Serving/)).match(/http:\/\/\S+/)[0];
-  const stop = async () => {
-    program.kill('SIGTERM');
+  const stop = async (by = 'SIGTERM') => {
+    program.kill(by);
     const [code, signal] = await exited;
     process.off('exit', end);
     await rm(folder, { recursive: true });

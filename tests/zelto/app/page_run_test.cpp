@@ -148,12 +148,26 @@ TEST_F(PageRun, BreaksOffWhatFailsOnceTheHeadIsOut) {
     EXPECT_EQ(told.finishes, 1);
     EXPECT_EQ(told.breaks, 0);
     EXPECT_EQ(told.head.status, 500);
+    EXPECT_EQ(told.header("Cache-Control"), std::vector<std::string>{"no-store"}) << "it may be gone with the next try";
   }
   const MemorySink unbuffered = run("<% Response.Buffer = false; none.such(); %>", "");
   EXPECT_EQ(unbuffered.head.status, 500) << "nothing was sent that the error page could not take back";
   EXPECT_EQ(unbuffered.finishes, 1);
   const MemorySink ended = run("<% Response.Flush(); Response.End(); %>", "");
   EXPECT_EQ(ended.finishes, 1);
+}
+
+// Whoever reads the log sees one line for one error, and a terminal does nothing that the line says.
+TEST_F(PageRun, LogsNoControlCharacters) {
+  run("<% throw new Error('a\\r\\nb\\x1B[2Jc\\x7Fd\\x1Fe'); %>", "");
+  EXPECT_EQ(log, std::vector<std::string>{"/page.asp:1: a  b [2Jc d e (Error, 0x80004005)"});
+}
+
+TEST_F(PageRun, GivesAPageNoLessTimeThanTheSiteDoes) {
+  options.script_timeout = std::chrono::seconds(50);
+  EXPECT_EQ(body("<% Server.ScriptTimeout = 1; %><%= Server.ScriptTimeout %>"), "50");
+  EXPECT_EQ(body("<% Server.ScriptTimeout = 70; %><%= Server.ScriptTimeout %>"), "70");
+  EXPECT_EQ(body("<%= Server.ScriptTimeout %>"), "50");
 }
 
 TEST_F(PageRun, RefusesANewSessionOnceTheHeadIsOut) {

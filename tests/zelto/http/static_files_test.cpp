@@ -250,6 +250,8 @@ TEST_F(StaticHttp, SendsOneRange) {
   EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=1-2,4-5\r\n").body, "0123456789");
   EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: \"old\"\r\n").body, "0123456789");
   EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: " + part.header("ETag") + "\r\n").body, "234");
+  EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: " + part.header("Last-Modified") + "\r\n").body,
+            "234");
 }
 
 TEST_F(StaticHttp, AnswersWhatIsNoFile) {
