@@ -9,6 +9,6 @@ function deeper(n) {
   try { return mirt.FireEvent("On_Deep", 1, ""); } catch (e) { first = first || e; throw e; }
 }
 function On_Deep(m) { ++rounds; return deeper(500); }
-try { deeper(500); } catch (e) { Response.Write(told(first) + e.message + "\n"); }
+try { deeper(500); } catch (e) { Response.Write(told(first) + told(e)); }
 Response.Write(String(rounds > 2));
 %>

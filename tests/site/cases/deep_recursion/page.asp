@@ -8,6 +8,6 @@ function OnDraw_again(m) {
   ++depth;
   try { m.ProcessTemplate("(#%again#)"); } catch (e) { first = first || e; throw e; }
 }
-try { mirt.ProcessTemplate("(#%again#)"); } catch (e) { Response.Write(told(first) + e.message + "\n"); }
+try { mirt.ProcessTemplate("(#%again#)"); } catch (e) { Response.Write(told(first) + told(e)); }
 Response.Write(String(depth > 10));
 %>

@@ -8,6 +8,6 @@ function On_StartProcess(m) {
   ++depth;
   try { m.Process(); } catch (e) { first = first || e; throw e; }
 }
-try { mirt.Process(); } catch (e) { Response.Write(told(first) + e.message + "\n"); }
+try { mirt.Process(); } catch (e) { Response.Write(told(first) + told(e)); }
 Response.Write(String(depth > 10));
 %>
