@@ -7,7 +7,11 @@ const std::u16string_view kPrelude =
 "use strict";
 const define = (target, name, value) =>
   Object.defineProperty(target, name, { value, writable: true, configurable: true });
+// What the page may replace later.
+const { Error, Object, String, TypeError, RangeError, ReferenceError, Array } = globalThis;
 const { getPrototypeOf, hasOwn } = Object;
+const { apply } = Reflect;
+const { stringify } = JSON;
 const root = Object.prototype;
 
 // The values of a collection, an array or anything else that can be stepped through, as an array.
@@ -87,9 +91,9 @@ const log_text = value => {
     if (value instanceof Error) return `${value.name}: ${value.message}`;
     const is_plain = value !== null && typeof value === "object" &&
       (Array.isArray(value) || getPrototypeOf(value) === root);
-    return is_plain ? JSON.stringify(value) : String(value);
-  } catch (error) {
-    return Object.prototype.toString.call(value);
+    return is_plain ? stringify(value) : String(value);
+  } catch {
+    return "[object]";
   }
 };
 for (const level of ["log", "info", "warn", "error", "debug"]) {
@@ -97,14 +101,14 @@ for (const level of ["log", "info", "warn", "error", "debug"]) {
 }
 
 // object.Name(): a method is called, and a property of an automation object is read, as `rs.EOF()` means it.
-const call = (object, name) => {
-  if (object === null || object === undefined) {
-    throw new TypeError(`${object} is not an object (evaluating '${object}.${name}()')`);
-  }
+const call = (object, name, receiver = "(…)") => {
+  const callee = `${receiver}.${name}`;
+  if (object === null || object === undefined) throw new TypeError(`${object} is not an object (evaluating '${callee}')`);
   const member = object[name];
-  if (typeof member === "function") return Reflect.apply(member, object, []);
+  if (typeof member === "function") return apply(member, object, []);
   if (native.has(object, name)) return member;
-  throw new TypeError(`object.${name} is not a function. (In 'object.${name}()', 'object.${name}' is ${typeof member})`);
+  const value = typeof member === "object" && member !== null ? "an object" : String(member);
+  throw new TypeError(`${callee} is not a function. (In '${callee}()', '${callee}' is ${value})`);
 };
 
 // What a page caught: an error of the engine gets what an older page looks at. In the language, so that a page whose

@@ -143,33 +143,38 @@ HRESULT RealmState::failure_of(JSValueRef exception) {
   if (engine_.is_unwinding()) return kPageStopped;
   if (!exception) return E_FAIL;
   EngineState::Departed departed{context_, exception, E_FAIL, {}, {}};
-  read_words(exception, &departed.words);
-  departed.code = code_for(departed.words.number);
+  const bool has_number = read_words(exception, &departed.words);
+  // The number of an error of the engine is for pages to look at, no result that components know.
+  if (has_number) departed.code = code_for(departed.words.number);
   const HRESULT code = set_error(departed.code, departed.words.source, departed.words.message, &departed.info);
   engine_.remember_exception(std::move(departed));
   return code;
 }
 
-void RealmState::read_words(JSValueRef exception, ScriptError* out) {
+// False when the error is one of the engine that has no number of its own.
+bool RealmState::read_words(JSValueRef exception, ScriptError* out) {
   out->number = E_FAIL;
   if (!JSValueIsObject(context_, exception)) {
     out->message = text_of(exception);
-    return;
+    return true;
   }
   auto* object = const_cast<JSObjectRef>(exception);
   JSValueRef message = property(object, JsString("message"));
   out->message = text_of(JSValueIsString(context_, message) ? message : exception);
-  if (is_about_missing(out->message)) {
-    out->message = words_for_missing();
-    out->number = DISP_E_UNKNOWNNAME;
-  }
-  out->message = as_written(std::move(out->message));
+  JSValueRef name = property(object, JsString("name"));
   JSValueRef source = property(object, JsString("source"));
-  if (!JSValueIsString(context_, source)) source = property(object, JsString("name"));
+  if (!JSValueIsString(context_, source)) source = name;
   if (JSValueIsString(context_, source)) out->source = text_of(source);
   if (JSValueRef number = property(object, JsString("number")); JSValueIsNumber(context_, number)) {
     out->number = JSValueToInt32(context_, number, nullptr);
+    out->message = as_written(std::move(out->message));
+    return true;
   }
+  ScriptError known{out->message, {}, S_OK, {}, 0, 0};
+  put_into_words(JSValueIsString(context_, name) ? text_of(name) : std::wstring(), &known);
+  out->message = std::move(known.message);
+  if (FAILED(known.number)) out->number = known.number;
+  return known.number == DISP_E_UNKNOWNNAME;
 }
 
 ScriptError RealmState::describe_exception(JSValueRef exception) {

@@ -112,7 +112,7 @@ class RealmState {
 
  private:
   Outcome outcome_of(JSValueRef exception);
-  void read_words(JSValueRef exception, ScriptError* out);
+  bool read_words(JSValueRef exception, ScriptError* out);
   ScriptError describe_exception(JSValueRef exception);
   ScriptError describe_syntax(const Program& program, const ParsedScript& parsed);
   bool locate(JSValueRef error, ScriptError* out) const;

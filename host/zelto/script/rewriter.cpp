@@ -63,6 +63,8 @@ class Rewriter {
         assign_call(i);
       } else if (is_bare_call(i)) {
         call_bare(i);
+      } else if (is_item(i)) {
+        read_item(i);
       }
     }
     apply();
@@ -169,6 +171,7 @@ class Rewriter {
     if (!expression_ends(end) && !in_list) return;
     open_wrapping(tokens_[first].begin, tokens_[end - 1].end, L"$zelto_value(");
     insert(tokens_[end - 1].end, tail);
+    read_.push_back(end - 1);
   }
 
   // The first token of the chain that `last` ends.
@@ -219,11 +222,60 @@ class Rewriter {
     const std::size_t start = chain_start(i - 2);
     if (tokens_[start].kind == Token::keyword || is(start, L"{") || is(start, L"super")) return false;
     if (start > 0 && is(start - 1, L"new")) return false;
-    // `a?.b.C()` is not evaluated any further when there is no `a`.
-    for (std::size_t at = start; at < i; ++at) {
-      if (is(at, L"?.")) return false;
+    return !is_optional(start, i);
+  }
+
+  // Whether the chain from `start` to `end` may end early: `a?.b.C()` goes no further where there is no `a`.
+  bool is_optional(std::size_t start, std::size_t end) const {
+    if (start > 0 && is(start - 1, L"?.")) return true;
+    for (std::size_t at = start; at < end; ++at) {
+      if (is(at, L"?.")) return true;
     }
-    return true;
+    return false;
+  }
+
+  // `o.Item` that is neither called nor assigned to, as a value anywhere in an expression; `i` is the name.
+  bool is_item(std::size_t i) const {
+    if (i < 2 || tokens_[i].kind != Token::name || !is(i - 1, L".")) return false;
+    if (!is(i, L"Item") && !is(i, L"item")) return false;
+    if (i + 1 < tokens_.size()) {
+      if (is(i + 1, L"(") || is(i + 1, L"=>") || word(i + 1).starts_with(L'`') || is_assignment(i + 1)) return false;
+      if ((is(i + 1, L"++") || is(i + 1, L"--")) && tokens_[i + 1].ends_operand) return false;
+      if (is(i + 1, L"of") || is(i + 1, L"in")) return false;
+    }
+    const std::size_t start = chain_start(i);
+    if (tokens_[start].kind == Token::keyword || is(start, L"{") || is(start, L"super")) return false;
+    if (start > 0 &&
+        (is(start - 1, L"new") || is(start - 1, L"delete") || is(start - 1, L"++") || is(start - 1, L"--"))) {
+      return false;
+    }
+    return !is_optional(start, i) && !is_in_pattern();
+  }
+
+  // Inside of `[…] =` or `{…} =`: what stands there may be assigned to.
+  bool is_in_pattern() const {
+    const auto is_pattern = [this](std::size_t open) {
+      const std::size_t close = open == Token::kNone ? Token::kNone : tokens_[open].partner;
+      return close != Token::kNone && close + 1 < tokens_.size() && !is(open, L"(") && is(close + 1, L"=");
+    };
+    return is_pattern(around_) || std::ranges::any_of(enclosing_, is_pattern);
+  }
+
+  void read_item(std::size_t i) {
+    if (std::ranges::find(read_, i) != read_.end()) return;
+    open_wrapping(tokens_[chain_start(i)].begin, tokens_[i].end, L"$zelto_value(");
+    insert(tokens_[i].end, L")");
+  }
+
+  // What the author called in front of the dot at `dot`, where it can be said in a few words.
+  std::wstring_view receiver(std::size_t start, std::size_t dot) const {
+    constexpr std::size_t kMost = 60;
+    for (std::size_t i = start; i < dot; ++i) {
+      if (!is(i, L".") && !is(i, L"this") && tokens_[i].kind != Token::name) return {};
+      if (i > start && tokens_[i].begin != tokens_[i - 1].end) return {};
+    }
+    const std::wstring_view text = text_.substr(tokens_[start].begin, tokens_[dot - 1].end - tokens_[start].begin);
+    return text.size() <= kMost && text.find(L'\\') == std::wstring_view::npos ? text : std::wstring_view();
   }
 
   void call_bare(std::size_t close) {
@@ -232,6 +284,8 @@ class Rewriter {
     insert(tokens_[close - 2].begin, L"\"");
     insert(tokens_[close - 2].end, L"\"");
     replace(tokens_[close - 1].begin, 1, L"");
+    const std::wstring_view called = receiver(chain_start(close - 2), close - 3);
+    if (!called.empty()) insert(tokens_[close].begin, L", \"" + std::wstring(called) + L"\"");
   }
 
   // The parenthesis of `new Error(number, description)`.
@@ -306,6 +360,7 @@ class Rewriter {
   const std::vector<Token>& tokens_;
   std::size_t around_ = Token::kNone;   // the bracket that is open
   std::vector<std::size_t> enclosing_;  // those around it, outermost first
+  std::vector<std::size_t> read_;       // the last tokens of chains that read_value has wrapped
   std::vector<Edit> edits_;
   Rewritten result_;
   int line_ = 1;

@@ -4,7 +4,8 @@
 //   rs.Close;                 $zelto_value(rs.Close, 1);       a method, called without parentheses
 //   t = stream.ReadText;      t = $zelto_value(stream.ReadText);   likewise behind `return`, as an
 //                             argument of a call and as the condition of if, while and switch
-//   rs.EOF()                  $zelto_call(rs, "EOF")           a method is called, a property read; for names that
+//   if (!list.Item)           if (!$zelto_value(list.Item))    Item without an index, anywhere
+//   rs.EOF()                  $zelto_call(rs, "EOF", "rs")     a method is called, a property read; for names that
 //                             begin with a capital letter, and for the properties of classic objects in any
 //                             letter case
 //   new Error(5, "text")      $zelto_error(Error,5, "text")    with its number

@@ -1,5 +1,6 @@
 #include "script/written_source.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -18,8 +19,13 @@ std::size_t end_of_inside(std::wstring_view text, std::size_t begin) {
   return kNone;
 }
 
-// object, "Name"
+// object, "Name" or object, "Name", "object"
 std::wstring call(std::wstring_view inside) {
+  if (inside.ends_with(L'"') && std::ranges::count(inside, L'"') >= 4) {
+    const std::size_t last = inside.rfind(L", \"");
+    const std::wstring_view receiver = inside.substr(last + 3, inside.size() - last - 4);
+    if (inside.starts_with(receiver)) inside = inside.substr(0, last);
+  }
   const std::size_t comma = inside.rfind(L',');
   const std::size_t open = inside.find(L'"', comma);
   const std::size_t close = inside.rfind(L'"');

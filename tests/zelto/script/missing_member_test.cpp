@@ -59,7 +59,7 @@ TEST_F(MissingMember, IsNotBlamedForWhatItDidNotDo) {
             "/site/page.asp:1");
   must_run(L"if (o.Missing) 1; o.Close(); plain.nothing;");
   EXPECT_EQ(error_of(L"plain.Missing_too()"),
-            "TypeError: object.Missing_too is not a function. (In 'object.Missing_too()', 'object.Missing_too' is "
+            "TypeError: plain.Missing_too is not a function. (In 'plain.Missing_too()', 'plain.Missing_too' is "
             "undefined) at /site/page.asp:1");
 }
 
@@ -76,10 +76,10 @@ TEST_F(MissingMember, OfAPropertyCalledWithoutArgumentsIsItsValue) {
   EXPECT_EQ(text(L"plain.Up()"), "5");
   EXPECT_EQ(probe->closed, 1);
   EXPECT_EQ(error_of(L"plain.count()"),
-            "TypeError: object.count is not a function. (In 'object.count()', 'object.count' is number) at "
+            "TypeError: plain.count is not a function. (In 'plain.count()', 'plain.count' is 3) at "
             "/site/page.asp:1");
   EXPECT_EQ(error_of(L"\nvar none; none.Up()"),
-            "TypeError: undefined is not an object (evaluating 'undefined.Up()') at /site/page.asp:2");
+            "TypeError: undefined is not an object (evaluating 'none.Up') at /site/page.asp:2");
 }
 
 TEST_F(MissingMember, LeavesNoWordOfTheHostInMessages) {
@@ -104,6 +104,7 @@ TEST_F(MissingMember, LeavesNoWordOfTheHostInMessages) {
   }
   EXPECT_EQ(narrow(zelto::script::as_written(L"$zelto.at(a.b,c(1),d).v is 1; $zelto_call(a ,  \"B\" /* c */  )")),
             "a.b(c(1),d) is 1; a.B()");
+  EXPECT_EQ(narrow(zelto::script::as_written(L"$zelto_call($zelto_call(a.b, \"C\", \"a.b\"), \"D\")")), "a.b.C().D()");
   EXPECT_EQ(narrow(zelto::script::as_written(L"cut in '$zelto_call(a, \"B")), "cut in '$zelto_call(a, \"B");
 }
 
@@ -139,6 +140,32 @@ TEST_F(MissingMember, HasTheNumbersOfTheOlderDialectWhenCaught) {
         << narrow(row.script);
   }
   EXPECT_EQ(text(L"(function () { try { throw new Error('own') } catch (e) { return e.number } })()"), "undefined");
+}
+
+TEST_F(MissingMember, OfTheEngineKeepsItsNumberOnTheWayOut) {
+  EXPECT_EQ(text(L"(function () { try { o.Call(function () { nowhere }, 1) } "
+                 L"catch (e) { return [e.number & 0xFFFF, e.cause.name] } })()"),
+            "5009,ReferenceError");
+  const Outcome outcome = run(L"nowhere");
+  EXPECT_EQ(outcome.error->number, korlib::hresult(0x800A1391));
+  EXPECT_EQ(run(L"try { nowhere } catch (e) { throw e }").error->number, outcome.error->number);
+  EXPECT_EQ(run(L"throw new Error('own')").error->number, E_FAIL);
+}
+
+TEST_F(MissingMember, CannotBeBroughtAboutByWhatAPageReplaces) {
+  must_run(L"Reflect = null; JSON = null; Object = null; TypeError = null; Error = null; Array = null");
+  EXPECT_EQ(text(L"o.ReadText() + o.Name()"), "everythingprobe");
+  EXPECT_EQ(error_of(L"var none; none.Up()"),
+            "TypeError: undefined is not an object (evaluating 'none.Up') at /site/page.asp:1");
+}
+
+TEST_F(MissingMember, IsNoneWhereAnObjectIsCalledForNothing) {
+  must_run(L"o('k') = 'v'; p.Hold(o)");
+  EXPECT_EQ(text(L"o()('k') + (o() === o)"), "vtrue");
+  auto field = korlib::make<Field>();
+  field->value = CComVariant(L"value");
+  realm->set_object(L"field", field.get());
+  EXPECT_EQ(text(L"field()"), "value");
 }
 
 TEST_F(MissingMember, LeavesErrorsTheirOwnNumberAndText) {

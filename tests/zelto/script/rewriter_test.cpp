@@ -119,24 +119,40 @@ constexpr Row kReads[] = {
 INSTANTIATE_TEST_SUITE_P(MembersWithoutParentheses, Rewriter, ::testing::ValuesIn(kReads));
 
 constexpr Row kBareCalls[] = {
-    {L"rs.EOF()", L"$zelto_call(rs, \"EOF\")"},
-    {L"while (!rs.eof()) rs.MoveNext()", L"while (!$zelto_call(rs, \"eof\")) $zelto_call(rs, \"MoveNext\")"},
-    {L"d.Count() + d.Keys().length", L"$zelto_call(d, \"Count\") + $zelto_call(d, \"Keys\").length"},
-    {L"a.B().C()", L"$zelto_call($zelto_call(a, \"B\"), \"C\")"},
-    {L"x = a.B().Close;", L"x = $zelto_value($zelto_call(a, \"B\").Close);"},
-    {L"a.B()('x') = 1", L"$zelto.at($zelto_call(a, \"B\"),'x').v = 1"},
+    {L"rs.EOF()", L"$zelto_call(rs, \"EOF\", \"rs\")"},
+    {L"while (!rs.eof()) rs.MoveNext()",
+     L"while (!$zelto_call(rs, \"eof\", \"rs\")) $zelto_call(rs, \"MoveNext\", \"rs\")"},
+    {L"d.Count() + d.Keys().length", L"$zelto_call(d, \"Count\", \"d\") + $zelto_call(d, \"Keys\", \"d\").length"},
+    {L"a.B().C()", L"$zelto_call($zelto_call(a, \"B\", \"a\"), \"C\")"},
+    {L"x = a.B().Close;", L"x = $zelto_value($zelto_call(a, \"B\", \"a\").Close);"},
+    {L"a.B()('x') = 1", L"$zelto.at($zelto_call(a, \"B\", \"a\"),'x').v = 1"},
     {L"a('x').B()", L"$zelto_call(a('x'), \"B\")"},
-    {L"a . B /* c */ ( )", L"$zelto_call(a ,  \"B\" /* c */  )"},
-    {L"a\n.B()", L"$zelto_call(a\n, \"B\")"},
+    {L"a . B /* c */ ( )", L"$zelto_call(a ,  \"B\" /* c */  , \"a\")"},
+    {L"a\n.B()", L"$zelto_call(a\n, \"B\", \"a\")"},
+    {L"a.b.c.D()", L"$zelto_call(a.b.c, \"D\", \"a.b.c\")"},
     {L"throw(a).B()", L"throw $zelto.thrown =$zelto_call((a), \"B\")"},
-    {L"this.Name()", L"$zelto_call(this, \"Name\")"},
+    {L"this.Name()", L"$zelto_call(this, \"Name\", \"this\")"},
     {L"a.B(1); a.b(); a.trim(); s.toString(); B()", nullptr},
     {L"new a.B(); new a.B().C()", nullptr},
     {L"a?.B(); a?.b.C(); a[b?.c].D()", nullptr},
+    {L"a?.['b'].C(); a?.[0][0].D(); a?.(1).E(); a.f?.(2).G()", nullptr},
     {L"class A extends B { M() { super.M() } }", nullptr},
     {L"a.B() = 1", L"$zelto.at(a.B,).v = 1"},
 };
 INSTANTIATE_TEST_SUITE_P(CallsWithoutArguments, Rewriter, ::testing::ValuesIn(kBareCalls));
+
+constexpr Row kItems[] = {
+    {L"v = list.Item || 'none'", L"v = $zelto_value(list.Item) || 'none'"},
+    {L"if (!l.Item) f([l.item], { k: l.Item })",
+     L"if (!$zelto_value(l.Item)) f([$zelto_value(l.item)], { k: $zelto_value(l.Item) })"},
+    {L"q('a').Item.length + q('a').Item.split(',')[0]",
+     L"$zelto_value(q('a').Item).length + $zelto_value(q('a').Item).split(',')[0]"},
+    {L"v = l.Item; l.Item;", L"v = $zelto_value(l.Item); $zelto_value(l.Item, 1);"},
+    {L"l.Item(1); l.Item = 1; l.Item += 1; l.Item++; --l.Item; delete l.Item; new l.Item; l?.Item; a?.b.Item", nullptr},
+    {L"[l.item] = v; ({ a: l.item } = v)", nullptr},
+    {L"for (l.item of v) ;", nullptr},
+};
+INSTANTIATE_TEST_SUITE_P(Items, Rewriter, ::testing::ValuesIn(kItems));
 
 constexpr Row kErrors[] = {
     {L"throw new Error(5, 'text')", L"throw $zelto.thrown = $zelto_error( Error,5, 'text')"},

@@ -10,6 +10,9 @@ function told(name, list) {
 }
 told("QueryString", Request.QueryString("a"));
 told("Cookies", Request.Cookies("c"));
+var q = Request.QueryString;
+Response.Write((q("none").Item || "none") + "; " + q("a").Item.length + "; " + q("a").Item.split(", ")[1] + "; " + (!q("a").Item) +
+               "; " + [q("a").Item] + "; " + JSON.stringify({ a: q("a").Item }) + "; " + (q("a").Item === "1, 2") + "\n");
 Response.Write(Request.QueryString.Item + "|" + Request.QueryString.Item() + "\n");
 function On_StartProcess() { told("multipart", page.Request("b")); return false; }
 page.Process();
