@@ -186,3 +186,15 @@ served('the log is a file that can be put away, and served to nobody', async (si
   process.kill(site.pid, 'SIGHUP');
   await until('lines.txt', /^zelto: .*colour is not known/m);
 });
+
+test('SIGHUP while the host stops changes nothing', { timeout: 60_000 }, async () => {
+  const site = await serve(folder);
+  const begun = await fetch(site.address + 'wait.asp');
+  const waiting = begun.text().catch(() => 'broken off, as the page fails in the end');
+  const stopped = site.stop();
+  await site.says(/^Stopping/);
+  for (let i = 0; i < 20; i++) process.kill(site.pid, 'SIGHUP');
+  await writeFile(join(site.folder, 'go.txt'), '');
+  await waiting;
+  assert.equal(await stopped, 0, site.log.join('\n'));
+});
