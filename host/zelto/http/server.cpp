@@ -27,7 +27,7 @@ class Server::Impl {
  public:
   Impl(ServerOptions options, WorkerFactory factory)
       : options_(std::move(options)),
-        terms_(std::make_shared<ConnectionTerms>(options_.limits, options_.trusted_proxies)),
+        terms_(std::make_shared<ConnectionTerms>(ConnectionTerms{options_.limits, options_.trusted_proxies})),
         pool_(std::move(factory), options_.workers, options_.worker_stack, options_.queue),
         shared_{pool_, [this](const AccessRecord& record) { log(record); },
                 [this](Connection* connection) { forget(connection); }} {}
@@ -52,7 +52,7 @@ class Server::Impl {
   std::uint16_t port() const { return port_; }
 
   void change(const HttpLimits& limits, std::vector<std::string> trusted_proxies) {
-    auto changed = std::make_shared<const ConnectionTerms>(limits, std::move(trusted_proxies));
+    auto changed = std::make_shared<const ConnectionTerms>(ConnectionTerms{limits, std::move(trusted_proxies)});
     const std::lock_guard lock(lock_);
     terms_.swap(changed);
   }
