@@ -130,7 +130,7 @@ HRESULT plain_number(std::wstring_view text, std::wstring* plain) {
   if (decimal.exponent > 0 || decimals > count + kMostZeros) {
     digits += "e" + std::to_string(decimal.exponent);
   } else if (decimals > 0) {
-    if (decimals >= count) digits.insert(0, static_cast<std::size_t>(decimals - count + 1), '0');
+    if (decimals >= count) digits.insert(0, static_cast<std::size_t>(decimals - count) + 1, '0');
     digits.insert(digits.size() - static_cast<std::size_t>(decimals), 1, '.');
   }
   if (decimal.is_negative && !decimal.digits.empty()) digits.insert(0, 1, '-');

@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <new>
+#include <optional>
 
 namespace zelto {
 
@@ -126,13 +127,15 @@ HRESULT check_locale(std::wstring_view source, LONG lcid) {
 
 const LocaleText* LocaleText::of(LONG lcid) {
   thread_local LONG held = kNeutralLocale;
-  thread_local std::unique_ptr<LocaleText> text;
-  if (held == lcid) return text.get();
-  LocaleName name;
-  const bool is_known = !is_neutral(lcid) && find_name(lcid, name);
-  text = is_known ? std::make_unique<LocaleText>(name.data()) : nullptr;
-  held = lcid;
-  return text.get();
+  thread_local std::optional<LocaleText> text;
+  if (held != lcid) {
+    LocaleName name;
+    text.reset();
+    held = kNeutralLocale;  // should what follows throw
+    if (!is_neutral(lcid) && find_name(lcid, name)) text.emplace(name.data());
+    held = lcid;
+  }
+  return text ? &*text : nullptr;
 }
 
 LocaleText::LocaleText(const char* name) : formats_(std::make_unique<Formats>(name)) {}

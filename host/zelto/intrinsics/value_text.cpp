@@ -36,7 +36,9 @@ const SAFEARRAYBOUND& bound_of(const SAFEARRAY& array, std::size_t dimension) {
 VARIANT view_of(const SAFEARRAY& array, const void* element) {
   VARIANT value{};
   if (array.vtElement == VT_VARIANT) {
-    value = *static_cast<const VARIANT*>(element);
+    const auto& held = *static_cast<const VARIANT*>(element);
+    value.vt = held.vt;  // assigning it would copy what it holds
+    value.llVal = held.llVal;
   } else {
     value.vt = array.vtElement;
     std::memcpy(&value.llVal, element, std::min<std::size_t>(array.cbElements, sizeof value.llVal));

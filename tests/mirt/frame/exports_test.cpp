@@ -159,6 +159,9 @@ bool is_of_the_system(const std::string& name) {
 }
 
 TEST(Imports, AreAllInTheContract) {
+#ifdef KOR_SANITIZED
+  GTEST_SKIP() << "the system's functions come from the sanitizer then, and look like anybody's";
+#endif
   std::set<std::string> found;
   for (const Symbol& symbol : dynamic_symbols("--undefined-only")) {
     if (!is_of_the_system(symbol.name)) found.insert(symbol.name);

@@ -147,6 +147,7 @@ class Changing final : public IDispatch {
     type = argument.vt;
     if (argument.vt != (VT_BYREF | VT_VARIANT)) return S_OK;
     taken = CComVariant(*argument.pvarVal);
+    VariantClear(argument.pvarVal);
     CComVariant(L"changed").detach_to(argument.pvarVal);
     return answer;
   }

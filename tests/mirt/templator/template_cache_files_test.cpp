@@ -154,7 +154,7 @@ class TemplateCacheLock : public TemplateCacheFiles {
   }
   void TearDown() override {
     files = {};
-    tmpl_->RefCount = 1;
+    for (int i = 1; i < kOurs; ++i) tmpl_->Release();
     TemplateCacheFiles::TearDown();
   }
   // The template's references at each end of the lock, in order.
