@@ -40,8 +40,8 @@ OperatorSignals::Wish OperatorSignals::wait() const {
 }
 
 void OperatorSignals::let_end_through() const {
-  std::signal(SIGHUP,
-              SIG_IGN);  // also one that is waiting, which would end the program when nothing blocks it any more
+  // Also one that is waiting, which would end the program when nothing blocks it any more.
+  std::signal(SIGHUP, SIG_IGN);
   const sigset_t end = set_of({SIGINT, SIGTERM});
   pthread_sigmask(SIG_UNBLOCK, &end, nullptr);
 }
