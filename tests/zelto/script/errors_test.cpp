@@ -51,6 +51,13 @@ TEST_F(Errors, AreNotToldInWordsThatAComponentWentOnFrom) {
   EXPECT_EQ(error_of(L"o.Act()"), "Error: Unspecified error: 'Act' (0x80004005) at /site/page.asp:1");
 }
 
+TEST_F(Errors, NameAnUnknownNameOfTheirOwnCallOnly) {
+  EXPECT_EQ(error_of(L"o.CallMember({}, 'zip')"),
+            "Error: The script does not declare 'zip': 'CallMember' (0x80020006) at /site/page.asp:1");
+  EXPECT_EQ(error_of(L"o.Fail(-2147352570)"),
+            "Error: Object doesn't support this property or method: 'Fail' (0x80020006) at /site/page.asp:1");
+}
+
 TEST_F(Errors, KeepTheirNumberOnTheWayOutOfAScriptFunction) {
   EXPECT_EQ(text(L"(() => { try { o.Call(() => o.Fail(-2147352571, 'inner'), 1) } "
                  L"catch (e) { return [e.number, e.source, e.message, e.cause.number] } })()"),

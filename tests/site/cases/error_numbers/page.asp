@@ -20,7 +20,8 @@ function refused() { page.NewMail("x", 1); }
 function mine() { throw new RangeError("mine"); }
 function numbered() { var e = new Error("numbered"); e.number = -2147352567; e.source = "Here"; throw e; }
 function lookalike() { var e = new Error("lookalike"); e.number = -2147352573; throw e; }
-var holder = { get value() { return lookalike(); } };
+var reads = 0;
+var holder = { get value() { ++reads; return lookalike(); } };
 
 var failures = { unknown: unknown, refused: refused, mine: mine, numbered: numbered, lookalike: lookalike };
 for (var name in failures) {
@@ -31,6 +32,7 @@ for (var name in failures) {
   caught(name + " fired", function () { page.FireEvent(name, 1, 2); });
 }
 caught("getter", function () { page.ProcessTemplate("(#:holder|value#)"); });
+Response.Write("read " + reads + " time\n");
 // A failure of the component's own has words of its own; nothing that the page caught before is its cause.
 caught("no such mark", function () { page.ProcessTemplate("(#:nowhere#)"); });
 caught("a failure of its own", function () { page.ProcessTemplate("(#%nowhere#)"); });
