@@ -64,10 +64,8 @@ function VBArray(array) {
 }
 
 // The arrays that objects give are arrays of the language: they have what a VBArray has as well.
-for (const type of [Array, Uint8Array]) {
-  for (const name of ["dimensions", "ubound", "lbound", "getItem", "toArray"]) {
-    define(type.prototype, name, function (...given) { return new VBArray(this)[name](...given); });
-  }
+for (const name of ["dimensions", "ubound", "lbound", "getItem", "toArray"]) {
+  define(Array.prototype, name, function (...given) { return new VBArray(this)[name](...given); });
 }
 
 // What errors and dates have in the older dialect. A year of the twentieth century has two digits there.
@@ -96,9 +94,20 @@ const log_text = value => {
     return "[object]";
   }
 };
-for (const level of ["log", "info", "warn", "error", "debug"]) {
-  define(console, level, (...values) => { native.log(level, values.map(log_text).join(" ")); });
-}
+// Made when a page first asks for it: few do, and every page would wait for it.
+const make_console = () => {
+  const made = {};
+  for (const level of ["log", "info", "warn", "error", "debug"]) {
+    define(made, level, (...values) => { native.log(level, values.map(log_text).join(" ")); });
+  }
+  for (const name of ["assert", "clear", "count", "dir", "group", "groupEnd", "table", "time", "timeEnd", "trace"]) {
+    define(made, name, () => undefined);
+  }
+  return made;
+};
+Object.defineProperty(globalThis, "console", {
+  get() { define(globalThis, "console", make_console()); return console; },
+  set(value) { define(globalThis, "console", value); }, configurable: true });
 
 // object.Name(): a method is called, and a property of an automation object is read, as `rs.EOF()` means it.
 const call = (object, name, receiver = "(…)") => {
