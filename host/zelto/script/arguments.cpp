@@ -82,6 +82,18 @@ JSValueRef call_member(RealmState& realm, IDispatch* object, DISPID id, std::wst
   return value;
 }
 
+JSValueRef call_bare(RealmState& realm, IDispatch* object, DISPID id, std::wstring_view name, JSValueRef otherwise,
+                     JSValueRef* exception) {
+  if (!realm.may_call(exception)) return nullptr;
+  CComVariant result;
+  DISPPARAMS none{};
+  const HRESULT hr = realm.invoke(object, id, kCall, &none, &result);
+  if (is_refused(hr) && otherwise && !is_unwinding()) return otherwise;
+  if (SUCCEEDED(hr) && !is_unwinding()) return realm.to_script(result, exception);
+  realm.raise(hr, name, exception);
+  return nullptr;
+}
+
 JSValueRef default_value(RealmState& realm, IDispatch* object, JSValueRef* exception) {
   if (!realm.may_call(exception)) return nullptr;
   CComPtr<IDispatch> current(object);

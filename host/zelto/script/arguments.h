@@ -42,6 +42,10 @@ constexpr bool is_refused(HRESULT hr) {
 JSValueRef call_member(RealmState& realm, IDispatch* object, DISPID id, std::wstring_view name, std::size_t count,
                        const JSValueRef* values, JSValueRef* exception);
 
+// Calls without arguments. Where that cannot be done (is_refused), answers `otherwise`, or fails when that is null.
+JSValueRef call_bare(RealmState& realm, IDispatch* object, DISPID id, std::wstring_view name, JSValueRef otherwise,
+                     JSValueRef* exception);
+
 // Remembers the name by which the script created the object: messages call it so when it does not say what it is.
 void note_kind(RealmState& realm, JSValueRef value, JSValueRef name);
 

@@ -146,14 +146,7 @@ JSValueRef call_object(JSContextRef ctx, JSObjectRef object, JSObjectRef, std::s
   RealmState& realm = *held->realm();
   if (count > 0) return call_member(realm, dispatch.get(), DISPID_VALUE, {}, count, values, exception);
   // rs.Fields() is the object that rs.Fields is, where that gives nothing without arguments.
-  if (!realm.may_call(exception)) return nullptr;
-  CComVariant result;
-  DISPPARAMS none{};
-  const HRESULT hr = realm.invoke(dispatch.get(), DISPID_VALUE, kCall, &none, &result);
-  if (is_refused(hr) && !is_unwinding()) return object;
-  if (SUCCEEDED(hr) && !is_unwinding()) return realm.to_script(result, exception);
-  realm.raise(hr, {}, exception);
-  return nullptr;
+  return call_bare(realm, dispatch.get(), DISPID_VALUE, {}, object, exception);
 }
 
 JSValueRef convert_object(JSContextRef ctx, JSObjectRef object, JSType, JSValueRef* exception) {

@@ -91,19 +91,13 @@ JSValueRef read(RealmState& realm, std::size_t count, const JSValueRef* values, 
   if (count == 0 || !is_object_of(realm, values[0], realm.engine().classes().member))
     return count ? values[0] : nullptr;
   auto* held = held_by<AutomationMember>(object_of(values[0]));
-  if (!held) raise_ended(realm.context(), exception);
-  if (!held || !realm.may_call(exception)) return nullptr;
-  const CComPtr<IDispatch> dispatch = held->dispatch();
-  const std::wstring name = held->name();
-  CComVariant result;
-  DISPPARAMS none{};
-  const HRESULT hr = realm.invoke(dispatch.get(), held->id(), kCall, &none, &result);
-  if (is_refused(hr) && !is_statement && !is_unwinding()) return values[0];
-  if (FAILED(hr) || is_unwinding()) {
-    realm.raise(hr, name, exception);
+  if (!held) {
+    raise_ended(realm.context(), exception);
     return nullptr;
   }
-  return realm.to_script(result, exception);
+  const CComPtr<IDispatch> dispatch = held->dispatch();
+  const std::wstring name = held->name();
+  return call_bare(realm, dispatch.get(), held->id(), name, is_statement ? nullptr : values[0], exception);
 }
 
 // items(collection): an automation object's items as an array; null for anything else.
