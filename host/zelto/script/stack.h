@@ -7,12 +7,11 @@
 
 #include <cstddef>
 
-#include <korlib/hresult.h>
+#include <korlib/activation.h>
 
 namespace zelto::script {
 
-// "Out of stack space", the code that script users know.
-inline constexpr HRESULT kOutOfStack = korlib::hresult(0x800A001C);
+using korlib::kOutOfStack;
 
 // Bytes between the current frame and the end of the thread's stack.
 std::size_t remaining_stack() noexcept;
