@@ -44,32 +44,32 @@ class Command : public testing::Test {
 
 TEST_F(Command, TellsItsVersionAndItsUse) {
   const Ran version = run({"--version"});
-  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(0, version.status);
   EXPECT_TRUE(version.output.starts_with("zelto ")) << version.output;
   const Ran help = run({"--help"});
-  EXPECT_EQ(help.status, 0);
+  EXPECT_EQ(0, help.status);
   EXPECT_LE(std::ranges::count(help.output, '\n'), 24) << "one screen";
   for (const char* name : {"serve", "run", "register", "unregister"}) {
     for (const std::string& option : options_in(run({name, "--help"}).output))
-      EXPECT_NE(help.output.find(option), std::string::npos) << name << " " << option;
-    EXPECT_NE(help.output.find(name), std::string::npos) << name;
+      EXPECT_NE(std::string::npos, help.output.find(option)) << name << " " << option;
+    EXPECT_NE(std::string::npos, help.output.find(name)) << name;
   }
-  EXPECT_NE(help.output.find("Exit code: 0 done, 1 failed"), std::string::npos);
+  EXPECT_NE(std::string::npos, help.output.find("Exit code: 0 done, 1 failed"));
   const std::string serving = run({"serve", "--help"}).output;
   for (const char* told : {"session_limit", "SIGHUP", "Never served", "web.config, ", " bin/, ", " *.pem, "})
-    EXPECT_NE(serving.find(told), std::string::npos) << told;
-  EXPECT_NE(run({"register", "--help"}).output.find("ZELTO_REGISTRY"), std::string::npos);
+    EXPECT_NE(std::string::npos, serving.find(told)) << told;
+  EXPECT_NE(std::string::npos, run({"register", "--help"}).output.find("ZELTO_REGISTRY"));
 }
 
 TEST_F(Command, TellsOfAGlobalAsaThatIsNotRun) {
   file("page.asp", "shown");
-  EXPECT_EQ(run({"run", "page.asp"}).error, "");
+  EXPECT_EQ("", run({"run", "page.asp"}).error);
   file("Global.ASA", "<script language=\"javascript\" runat=\"server\">function Application_OnStart() {}</script>");
   const Ran ran = run({"run", "page.asp"});
-  EXPECT_EQ(ran.error,
-            "zelto: Global.ASA is not run: what it declares for the application and its sessions does not happen\n");
-  EXPECT_EQ(ran.output, "shown");
-  EXPECT_EQ(ran.status, 0);
+  EXPECT_EQ("zelto: Global.ASA is not run: what it declares for the application and its sessions does not happen\n",
+            ran.error);
+  EXPECT_EQ("shown", ran.output);
+  EXPECT_EQ(0, ran.status);
 }
 
 TEST_F(Command, RefusesWrongUse) {
@@ -103,33 +103,33 @@ TEST_F(Command, RefusesWrongUse) {
   };
   for (const auto& words : wrong) {
     const Ran ran = run(words);
-    EXPECT_EQ(ran.status, 2) << testing::PrintToString(words);
+    EXPECT_EQ(2, ran.status) << testing::PrintToString(words);
     EXPECT_TRUE(ran.error.starts_with("zelto: ")) << testing::PrintToString(words) << ran.error;
-    EXPECT_EQ(std::ranges::count(ran.error, '\n'), 1) << testing::PrintToString(words) << ran.error;
-    EXPECT_EQ(ran.output, "") << testing::PrintToString(words);
+    EXPECT_EQ(1, std::ranges::count(ran.error, '\n')) << testing::PrintToString(words) << ran.error;
+    EXPECT_EQ("", ran.output) << testing::PrintToString(words);
   }
 }
 
 TEST_F(Command, SaysWhyItCannotServe) {
   const Ran listen = run({"serve", ".", "--listen", "nowhere"});
-  EXPECT_EQ(listen.status, 2);
-  EXPECT_EQ(listen.error, "zelto: 'nowhere' is no ADDRESS:PORT\n");
+  EXPECT_EQ(2, listen.status);
+  EXPECT_EQ("zelto: 'nowhere' is no ADDRESS:PORT\n", listen.error);
   file("zelto.toml", "colour = 1\n");
   const Ran configured = run({"serve", "."});
-  EXPECT_EQ(configured.status, 2);
-  EXPECT_EQ(configured.error, "zelto: ./zelto.toml:1: colour is not known; zelto serve --help lists what is\n");
-  EXPECT_EQ(run({"serve", "none"}).error, "zelto: 'none' is no folder\n");
-  EXPECT_EQ(run({"serve", ""}).error, "zelto: '' is no folder\n");
+  EXPECT_EQ(2, configured.status);
+  EXPECT_EQ("zelto: ./zelto.toml:1: colour is not known; zelto serve --help lists what is\n", configured.error);
+  EXPECT_EQ("zelto: 'none' is no folder\n", run({"serve", "none"}).error);
+  EXPECT_EQ("zelto: '' is no folder\n", run({"serve", ""}).error);
   fs::remove(folder_ / "zelto.toml");
   fs::create_directory(folder_ / "zelto.toml");
   const Ran unreadable = run({"serve", "."});
-  EXPECT_EQ(unreadable.status, 2);
-  EXPECT_EQ(unreadable.error, "zelto: ./zelto.toml is no file\n");
+  EXPECT_EQ(2, unreadable.status);
+  EXPECT_EQ("zelto: ./zelto.toml is no file\n", unreadable.error);
 }
 
 TEST_F(Command, SaysThatAnAddressIsNotItsOwn) {
   const Ran ran = run({"serve", ".", "--listen", "[2001:db8::1]:8080"});
-  EXPECT_EQ(ran.status, 1);
+  EXPECT_EQ(1, ran.status);
   EXPECT_TRUE(ran.error.starts_with("zelto: listening on [2001:db8::1]:8080: ")) << ran.error;
 }
 
@@ -140,35 +140,36 @@ TEST_F(Command, SaysThatAnAddressIsTaken) {
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t size = sizeof address;
   auto* any = reinterpret_cast<sockaddr*>(&address);
-  ASSERT_EQ(::bind(taken, any, size), 0);
-  ASSERT_EQ(::listen(taken, 1), 0);
-  ASSERT_EQ(::getsockname(taken, any, &size), 0);
+  ASSERT_EQ(0, ::bind(taken, any, size));
+  ASSERT_EQ(0, ::listen(taken, 1));
+  ASSERT_EQ(0, ::getsockname(taken, any, &size));
   const std::string listen = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
   const Ran ran = run({"serve", ".", "--listen", listen});
-  EXPECT_EQ(ran.status, 1);
-  EXPECT_EQ(ran.error, "zelto: listening on " + listen +
-                           ": Address already in use; --listen, or listen in "
-                           "zelto.toml, takes another one\n");
+  EXPECT_EQ(1, ran.status);
+  EXPECT_EQ("zelto: listening on " + listen +
+                ": Address already in use; --listen, or listen in "
+                "zelto.toml, takes another one\n",
+            ran.error);
   ::close(taken);
 }
 
 TEST_F(Command, RegistersALibraryAndTakesItBack) {
-  EXPECT_EQ(run({"register", MIRT_LIBRARY}).status, 0);
+  EXPECT_EQ(0, run({"register", MIRT_LIBRARY}).status);
   std::ifstream in(folder_ / "registry.json");
   const std::string store(std::istreambuf_iterator<char>(in), {});
-  EXPECT_NE(store.find("717FA104-3BC5-4b9e-8112-106B75FD22C4"), std::string::npos);
-  EXPECT_NE(store.find("Apartment"), std::string::npos);
-  EXPECT_NE(store.find(MIRT_LIBRARY), std::string::npos);
+  EXPECT_NE(std::string::npos, store.find("717FA104-3BC5-4b9e-8112-106B75FD22C4"));
+  EXPECT_NE(std::string::npos, store.find("Apartment"));
+  EXPECT_NE(std::string::npos, store.find(MIRT_LIBRARY));
   file("page.asp", "<%= Server.CreateObject('Mirt.Utility').Trim(' a ') %>");
-  EXPECT_EQ(run({"run", "page.asp"}).output, "a");
-  EXPECT_EQ(run({"unregister", MIRT_LIBRARY}).status, 0);
-  EXPECT_NE(run({"unregister", MIRT_LIBRARY}).status, 0);
+  EXPECT_EQ("a", run({"run", "page.asp"}).output);
+  EXPECT_EQ(0, run({"unregister", MIRT_LIBRARY}).status);
+  EXPECT_NE(0, run({"unregister", MIRT_LIBRARY}).status);
 }
 
 TEST_F(Command, SaysWhichLibraryItCannotRegister) {
   const Ran ran = run({"register", "none.so"});
-  EXPECT_EQ(ran.status, 1);
-  EXPECT_NE(ran.error.find("none.so"), std::string::npos);
+  EXPECT_EQ(1, ran.status);
+  EXPECT_NE(std::string::npos, ran.error.find("none.so"));
 }
 
 // A module asks for its own path with room for 260 characters, the NUL among them.
@@ -183,16 +184,16 @@ TEST_F(Command, RefusesALibraryWithAPathOf260Characters) {
     return (folder / "a.so").string();
   };
   const std::string longest = library_at(259);
-  ASSERT_EQ(longest.size(), 259u);
+  ASSERT_EQ(259u, longest.size());
   const Ran taken = run({"register", longest});
-  EXPECT_EQ(taken.status, 0) << taken.error;
+  EXPECT_EQ(0, taken.status) << taken.error;
   const std::string too_long = library_at(260);
-  ASSERT_EQ(too_long.size(), 260u);
+  ASSERT_EQ(260u, too_long.size());
   const std::string words =
       too_long + " cannot be used as a module: its path has 260 characters, and 259 are the most.";
   const Ran refused = run({"register", too_long});
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_EQ(refused.error, "zelto: " + too_long + ": " + words + " (0x800401F9)\n");
+  EXPECT_EQ(1, refused.status);
+  EXPECT_EQ("zelto: " + too_long + ": " + words + " (0x800401F9)\n", refused.error);
 
   // A module that lies there all the same, as one that was moved, is told to the page that needs it.
   std::string store = test::read(folder_ / "registry.json").value_or("");
@@ -200,16 +201,16 @@ TEST_F(Command, RefusesALibraryWithAPathOf260Characters) {
     store.replace(at, longest.size(), too_long);
   std::ofstream(folder_ / "registry.json", std::ios::binary) << store;
   file("page.asp", "<% try { Server.CreateObject('Mirt.Utility'); } catch (e) { Response.Write(e.message); } %>");
-  EXPECT_EQ(run({"run", "page.asp"}).output, words);
+  EXPECT_EQ(words, run({"run", "page.asp"}).output);
 }
 
 TEST_F(Command, ReadsTheBodyFromStandardInput) {
   file("page.asp", "<%= Request.TotalBytes %>");
-  EXPECT_EQ(run({"run", "page.asp", "--body", "-"}).output, "0");
+  EXPECT_EQ("0", run({"run", "page.asp", "--body", "-"}).output);
   file("form", "a=1%202&a=3");
   file("page.asp", "<%= Request.ServerVariables('REQUEST_METHOD') + Request.Form('a') %>");
   const Ran ran = test::run_program({"run", "page.asp", "--body", "-"}, folder_, folder_, folder_ / "form");
-  EXPECT_EQ(ran.output, "POST1 2, 3");
+  EXPECT_EQ("POST1 2, 3", ran.output);
 }
 
 TEST_F(Command, SaysHowAPageEndedByItsExitCode) {
@@ -221,14 +222,14 @@ TEST_F(Command, SaysHowAPageEndedByItsExitCode) {
        {Row{"<% Response.Status = '302 Found'; %>", 0}, Row{"<% Response.Status = '399 Odd'; %>", 0},
         Row{"<% Response.Status = '400 Bad Request'; %>", 1}, Row{"<% fails(); %>", 1}, Row{"<% syntax error %>", 1}}) {
     file("page.asp", row.page);
-    EXPECT_EQ(run({"run", "page.asp"}).status, row.status) << row.page;
+    EXPECT_EQ(row.status, run({"run", "page.asp"}).status) << row.page;
   }
 }
 
 TEST_F(Command, TakesOptionsBeforeAndAfterThePage) {
   file("page.asp", "<%= Request.ServerVariables('HTTP_X_A') + Request.QueryString('q') %>");
-  EXPECT_EQ(run({"run", "--header", "X-A: 1", "--query", "q=2", "page.asp"}).output, "12");
-  EXPECT_EQ(run({"run", "page.asp", "--header", "X-A: 1", "--header", "X-A: 3", "--query", "q=2"}).output, "1, 32");
+  EXPECT_EQ("12", run({"run", "--header", "X-A: 1", "--query", "q=2", "page.asp"}).output);
+  EXPECT_EQ("1, 32", run({"run", "page.asp", "--header", "X-A: 1", "--header", "X-A: 3", "--query", "q=2"}).output);
 }
 
 TEST_F(Command, OutlivesAFileThatMayNotBecomeThatLarge) {
@@ -243,17 +244,18 @@ TEST_F(Command, OutlivesAFileThatMayNotBecomeThatLarge) {
   ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
   const Ran ran = run({"run", "page.asp"});
   setrlimit(RLIMIT_FSIZE, &before);
-  EXPECT_EQ(ran.status, 0);
-  EXPECT_EQ(ran.output, "Cannot write '" + (folder_ / "large").string() + "': File too large.");
+  EXPECT_EQ(0, ran.status);
+  EXPECT_EQ("Cannot write '" + (folder_ / "large").string() + "': File too large.", ran.output);
   EXPECT_FALSE(fs::exists(folder_ / "large"));
 }
 
 TEST_F(Command, PrintsTheHeadWhenAskedTo) {
   file("page.asp", "<% Response.Status = '404 Not Here'; Response.AddHeader('X-A', 'b'); %>body");
-  EXPECT_EQ(run({"run", "page.asp"}).output, "body");
-  EXPECT_EQ(run({"run", "page.asp", "--include-headers"}).output,
-            "HTTP/1.1 404 Not Here\r\nContent-Type: text/html; charset=utf-8\r\nCache-Control: private\r\n"
-            "X-A: b\r\n\r\nbody");
+  EXPECT_EQ("body", run({"run", "page.asp"}).output);
+  EXPECT_EQ(
+      "HTTP/1.1 404 Not Here\r\nContent-Type: text/html; charset=utf-8\r\nCache-Control: private\r\n"
+      "X-A: b\r\n\r\nbody",
+      run({"run", "page.asp", "--include-headers"}).output);
 }
 
 }  // namespace

@@ -53,8 +53,8 @@ TEST(Documents, ShowPagesWithWhatTheyPrint) {
   for (const Example& example : examples) {
     std::ofstream(folder / "page.asp", std::ios::binary) << example.page;
     const test::Ran ran = test::run_program({"run", "page.asp"}, folder, folder);
-    EXPECT_EQ(without_end(ran.output), without_end(example.output)) << "pages.md:" << example.line;
-    EXPECT_EQ(ran.error, "") << "pages.md:" << example.line;
+    EXPECT_EQ(without_end(example.output), without_end(ran.output)) << "pages.md:" << example.line;
+    EXPECT_EQ("", ran.error) << "pages.md:" << example.line;
   }
   fs::remove_all(folder);
 }

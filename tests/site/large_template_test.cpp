@@ -35,7 +35,7 @@ class LargeTemplate : public testing::TestWithParam<const char*> {
   std::string drawn(const std::string& text) const {
     write("large.html", text);
     test::Ran ran = test::run_program({"run", "page.asp", "--query", GetParam()}, folder_, folder_);
-    EXPECT_EQ(ran.status, 0) << ran.error;
+    EXPECT_EQ(0, ran.status) << ran.error;
     return std::move(ran.output);
   }
 
@@ -61,9 +61,9 @@ TEST_P(LargeTemplate, OfAHundredThousandMarksIsDrawn) {
 }
 
 TEST_P(LargeTemplate, NestedTenThousandDeepIsRefused) {
-  EXPECT_EQ(drawn(repeated("(#%_InputDefaultP|v#|#<mark>#|#", 10'000) + repeated("#|#no#)", 10'000)),
-            "Template text is nested too deeply.");
-  EXPECT_EQ(drawn(repeated("(#;v|", 10'000)), "Invalid mark order.");
+  EXPECT_EQ("Template text is nested too deeply.",
+            drawn(repeated("(#%_InputDefaultP|v#|#<mark>#|#", 10'000) + repeated("#|#no#)", 10'000)));
+  EXPECT_EQ("Invalid mark order.", drawn(repeated("(#;v|", 10'000)));
 }
 
 }  // namespace

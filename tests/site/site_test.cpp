@@ -45,15 +45,15 @@ class Case : public testing::Test {
     fs::copy(folder_, scratch_ / "case", fs::copy_options::recursive);
     const test::Ran ran = test::run_program(words, scratch_ / "case", scratch_);
     const int status = std::stoi(read(folder_ / "status").value_or("0"));
-    EXPECT_EQ(ran.status, status) << ran.error;
+    EXPECT_EQ(status, ran.status) << ran.error;
     if (const auto output = read(folder_ / "output")) {
-      EXPECT_EQ(ran.output, *output);
+      EXPECT_EQ(*output, ran.output);
     }
     const auto pieces = lines_of(folder_ / "error");
     if (pieces.empty()) {
-      EXPECT_EQ(ran.error, "");
+      EXPECT_EQ("", ran.error);
     }
-    for (const std::string& piece : pieces) EXPECT_NE(ran.error.find(piece), std::string::npos) << ran.error;
+    for (const std::string& piece : pieces) EXPECT_NE(std::string::npos, ran.error.find(piece)) << ran.error;
   }
 
  private:

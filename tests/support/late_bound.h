@@ -1,6 +1,6 @@
 // Calls as a script makes them: by name, with arguments in the order of writing.
 //
-//   EXPECT_EQ(text_of(call(utility, L"Trim", L" a ")), L"a");
+//   EXPECT_EQ(L"a", text_of(call(utility, L"Trim", L" a ")));
 //   const Answer answer = call(page, L"Process");
 #pragma once
 

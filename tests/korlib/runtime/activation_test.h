@@ -45,8 +45,8 @@ class ActivationTest : public testing::Test {
   void TearDown() override {
     sample::on_step(nullptr);
     CoFreeUnusedLibraries();
-    EXPECT_EQ(korlib_host::open_modules(), 0u);
-    EXPECT_EQ(DefaultObject::alive(), 0);
+    EXPECT_EQ(0u, korlib_host::open_modules());
+    EXPECT_EQ(0, DefaultObject::alive());
     korlib_host::set_registry(nullptr);
     SetErrorInfo(0, nullptr);
     take_steps();
@@ -74,10 +74,10 @@ class ActivationTest : public testing::Test {
 
   void register_class(const std::wstring& prog_id, REFCLSID clsid, const std::wstring& path) {
     const std::wstring key = L"CLSID\\" + braced(clsid);
-    EXPECT_EQ(store_->create_key(prog_id + L"\\CLSID"), S_OK);
-    EXPECT_EQ(store_->set_value(prog_id + L"\\CLSID", L"", braced(clsid)), S_OK);
-    EXPECT_EQ(store_->create_key(key + L"\\InProcServer32"), S_OK);
-    EXPECT_EQ(store_->set_value(key + L"\\InProcServer32", L"", path), S_OK);
+    EXPECT_EQ(S_OK, store_->create_key(prog_id + L"\\CLSID"));
+    EXPECT_EQ(S_OK, store_->set_value(prog_id + L"\\CLSID", L"", braced(clsid)));
+    EXPECT_EQ(S_OK, store_->create_key(key + L"\\InProcServer32"));
+    EXPECT_EQ(S_OK, store_->set_value(key + L"\\InProcServer32", L"", path));
   }
   void register_sample() {
     register_class(L"Sample.First", sample::kFirst, sample_file().wstring());
@@ -87,7 +87,7 @@ class ActivationTest : public testing::Test {
 
   static LONG number_of(const CComPtr<ISample>& object) {
     LONG number = 0;
-    EXPECT_EQ(object->Number(&number), S_OK);
+    EXPECT_EQ(S_OK, object->Number(&number));
     return number;
   }
   static HRESULT create(REFCLSID clsid, CComPtr<ISample>* object) {

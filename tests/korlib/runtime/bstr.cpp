@@ -25,46 +25,46 @@ UINT length_prefix(BSTR text) {
 
 TEST(Bstr, CopiesTextUpToItsNul) {
   const BSTR text = SysAllocString(L"h\x00E9llo");
-  ASSERT_NE(text, nullptr);
-  EXPECT_EQ(SysStringLen(text), 5u);
-  EXPECT_EQ(SysStringByteLen(text), 20u);
-  EXPECT_STREQ(text, L"h\x00E9llo");
+  ASSERT_NE(nullptr, text);
+  EXPECT_EQ(5u, SysStringLen(text));
+  EXPECT_EQ(20u, SysStringByteLen(text));
+  EXPECT_STREQ(L"h\x00E9llo", text);
   SysFreeString(text);
 }
 
 TEST(Bstr, KeepsItsLengthInBytesBeforeTheText) {
   const BSTR text = SysAllocString(L"abc");
-  EXPECT_EQ(length_prefix(text), 12u);
+  EXPECT_EQ(12u, length_prefix(text));
   SysFreeString(text);
 }
 
 TEST(Bstr, ReadsNullAsTheEmptyString) {
-  EXPECT_EQ(SysStringLen(nullptr), 0u);
-  EXPECT_EQ(SysStringByteLen(nullptr), 0u);
-  EXPECT_EQ(SysAllocString(nullptr), nullptr);
+  EXPECT_EQ(0u, SysStringLen(nullptr));
+  EXPECT_EQ(0u, SysStringByteLen(nullptr));
+  EXPECT_EQ(nullptr, SysAllocString(nullptr));
   SysFreeString(nullptr);
 }
 
 TEST(Bstr, TellsAnEmptyStringFromNull) {
   const BSTR text = SysAllocString(L"");
-  ASSERT_NE(text, nullptr);
-  EXPECT_EQ(SysStringLen(text), 0u);
-  EXPECT_EQ(text[0], L'\0');
+  ASSERT_NE(nullptr, text);
+  EXPECT_EQ(0u, SysStringLen(text));
+  EXPECT_EQ(L'\0', text[0]);
   SysFreeString(text);
 }
 
 TEST(Bstr, KeepsEmbeddedNuls) {
   const BSTR text = SysAllocStringLen(L"a\0b", 3);
-  EXPECT_EQ(korlib::view_of(text), std::wstring_view(L"a\0b", 3));
-  EXPECT_EQ(text[3], L'\0');
+  EXPECT_EQ(std::wstring_view(L"a\0b", 3), korlib::view_of(text));
+  EXPECT_EQ(L'\0', text[3]);
   SysFreeString(text);
 }
 
 TEST(Bstr, LeavesTheTextToTheCallerWhenNoneIsGiven) {
   const BSTR text = SysAllocStringLen(nullptr, 4);
-  ASSERT_NE(text, nullptr);
+  ASSERT_NE(nullptr, text);
   std::wmemset(text, L'x', 4);
-  EXPECT_STREQ(text, L"xxxx");
+  EXPECT_STREQ(L"xxxx", text);
   SysFreeString(text);
 }
 
@@ -75,44 +75,44 @@ TEST(Bstr, RoundsAnOddByteLengthDownToCharacters) {
   } cases[] = {{0, 0}, {1, 0}, {3, 0}, {4, 1}, {5, 1}, {7, 1}, {8, 2}};
   for (const auto& c : cases) {
     const BSTR text = SysAllocStringByteLen("abcdefgh", c.bytes);
-    ASSERT_NE(text, nullptr);
-    EXPECT_EQ(SysStringByteLen(text), c.bytes);
-    EXPECT_EQ(SysStringLen(text), c.characters);
-    EXPECT_EQ(std::memcmp(text, "abcdefgh", c.bytes), 0);
+    ASSERT_NE(nullptr, text);
+    EXPECT_EQ(c.bytes, SysStringByteLen(text));
+    EXPECT_EQ(c.characters, SysStringLen(text));
+    EXPECT_EQ(0, std::memcmp(text, "abcdefgh", c.bytes));
     // A NUL character behind the bytes, wherever the last of them ends.
     const char* const behind = reinterpret_cast<const char*>(text) + c.bytes;
-    EXPECT_EQ(std::string(behind, 4), std::string(4, '\0')) << c.bytes;
+    EXPECT_EQ(std::string(4, '\0'), std::string(behind, 4)) << c.bytes;
     SysFreeString(text);
   }
 }
 
 TEST(Bstr, RefusesLengthsThatCannotBeRepresented) {
-  EXPECT_EQ(SysAllocStringLen(nullptr, 0x40000000u), nullptr);  // 4 GiB
-  EXPECT_EQ(SysAllocStringLen(nullptr, 0xFFFFFFFFu), nullptr);
-  EXPECT_EQ(SysAllocStringByteLen(nullptr, kMaxBstrBytes), nullptr);
-  EXPECT_EQ(SysAllocStringByteLen(nullptr, 0xFFFFFFFFu), nullptr);
-  EXPECT_EQ(CComBSTR(std::wstring_view(L"", kMaxBstrBytes)).get(), nullptr);
+  EXPECT_EQ(nullptr, SysAllocStringLen(nullptr, 0x40000000u));  // 4 GiB
+  EXPECT_EQ(nullptr, SysAllocStringLen(nullptr, 0xFFFFFFFFu));
+  EXPECT_EQ(nullptr, SysAllocStringByteLen(nullptr, kMaxBstrBytes));
+  EXPECT_EQ(nullptr, SysAllocStringByteLen(nullptr, 0xFFFFFFFFu));
+  EXPECT_EQ(nullptr, CComBSTR(std::wstring_view(L"", kMaxBstrBytes)).get());
 }
 
 TEST(Bstr, ReplacesAString) {
   BSTR text = SysAllocString(L"old");
-  EXPECT_EQ(SysReAllocString(&text, L"newer"), TRUE);
-  EXPECT_STREQ(text, L"newer");
-  EXPECT_EQ(SysReAllocStringLen(&text, L"n\0w", 3), TRUE);
-  EXPECT_EQ(SysStringLen(text), 3u);
-  EXPECT_EQ(SysReAllocString(&text, nullptr), TRUE);
-  EXPECT_EQ(text, nullptr);
-  EXPECT_EQ(SysReAllocString(&text, L"again"), TRUE);
-  EXPECT_STREQ(text, L"again");
+  EXPECT_EQ(TRUE, SysReAllocString(&text, L"newer"));
+  EXPECT_STREQ(L"newer", text);
+  EXPECT_EQ(TRUE, SysReAllocStringLen(&text, L"n\0w", 3));
+  EXPECT_EQ(3u, SysStringLen(text));
+  EXPECT_EQ(TRUE, SysReAllocString(&text, nullptr));
+  EXPECT_EQ(nullptr, text);
+  EXPECT_EQ(TRUE, SysReAllocString(&text, L"again"));
+  EXPECT_STREQ(L"again", text);
   SysFreeString(text);
 }
 
 TEST(Bstr, ReplacesAStringByAPartOfItself) {
   BSTR text = SysAllocString(L"0123456789");
-  EXPECT_EQ(SysReAllocStringLen(&text, text + 4, 5), TRUE);
-  EXPECT_STREQ(text, L"45678");
-  EXPECT_EQ(SysReAllocString(&text, text + 2), TRUE);
-  EXPECT_STREQ(text, L"678");
+  EXPECT_EQ(TRUE, SysReAllocStringLen(&text, text + 4, 5));
+  EXPECT_STREQ(L"45678", text);
+  EXPECT_EQ(TRUE, SysReAllocString(&text, text + 2));
+  EXPECT_STREQ(L"678", text);
   SysFreeString(text);
 }
 
@@ -121,40 +121,40 @@ TEST(Bstr, IsMadeLongerByItsOwnText) {
   using namespace std::string_view_literals;
   const auto resized = [](std::size_t from, UINT length) {
     BSTR text = SysAllocString(L"0123456789");
-    EXPECT_EQ(SysReAllocStringLen(&text, text + from, length), TRUE);
+    EXPECT_EQ(TRUE, SysReAllocStringLen(&text, text + from, length));
     std::wstring all(korlib::view_of(text));
-    EXPECT_EQ(text[length], L'\0');
+    EXPECT_EQ(L'\0', text[length]);
     SysFreeString(text);
     return all;
   };
-  EXPECT_EQ(resized(0, 14), L"0123456789\0\0\0\0"sv);
-  EXPECT_EQ(resized(7, 5), L"789\0\0"sv);
-  EXPECT_EQ(resized(10, 2), L"\0\0"sv);  // its end
-  EXPECT_EQ(resized(0, 10), L"0123456789");
-  EXPECT_EQ(resized(0, 3), L"012");
-  EXPECT_EQ(resized(3, 0), L"");
+  EXPECT_EQ(L"0123456789\0\0\0\0"sv, resized(0, 14));
+  EXPECT_EQ(L"789\0\0"sv, resized(7, 5));
+  EXPECT_EQ(L"\0\0"sv, resized(10, 2));  // its end
+  EXPECT_EQ(L"0123456789", resized(0, 10));
+  EXPECT_EQ(L"012", resized(0, 3));
+  EXPECT_EQ(L"", resized(3, 0));
   const std::wstring far_longer = resized(0, 100000);
-  EXPECT_EQ(far_longer, std::wstring(L"0123456789") + std::wstring(99990, L'\0'));
+  EXPECT_EQ(std::wstring(L"0123456789") + std::wstring(99990, L'\0'), far_longer);
 }
 
 TEST(Bstr, KeepsItsTextWhenOnlyALengthIsGiven) {
   BSTR text = nullptr;
-  ASSERT_EQ(SysReAllocStringLen(&text, nullptr, 2), TRUE);
-  EXPECT_EQ(korlib::view_of(text), std::wstring_view(L"\0\0", 2));
-  ASSERT_EQ(SysReAllocString(&text, L"text"), TRUE);
-  ASSERT_EQ(SysReAllocStringLen(&text, nullptr, 6), TRUE);
-  EXPECT_EQ(korlib::view_of(text), std::wstring_view(L"text\0\0", 6));
-  ASSERT_EQ(SysReAllocStringLen(&text, nullptr, 2), TRUE);
-  EXPECT_STREQ(text, L"te");
+  ASSERT_EQ(TRUE, SysReAllocStringLen(&text, nullptr, 2));
+  EXPECT_EQ(std::wstring_view(L"\0\0", 2), korlib::view_of(text));
+  ASSERT_EQ(TRUE, SysReAllocString(&text, L"text"));
+  ASSERT_EQ(TRUE, SysReAllocStringLen(&text, nullptr, 6));
+  EXPECT_EQ(std::wstring_view(L"text\0\0", 6), korlib::view_of(text));
+  ASSERT_EQ(TRUE, SysReAllocStringLen(&text, nullptr, 2));
+  EXPECT_STREQ(L"te", text);
   SysFreeString(text);
 }
 
 TEST(Bstr, KeepsTheOldStringWhenReplacingFails) {
   BSTR text = SysAllocString(L"kept");
-  EXPECT_EQ(SysReAllocStringLen(&text, nullptr, 0x40000000u), FALSE);
-  EXPECT_STREQ(text, L"kept");
-  EXPECT_EQ(SysReAllocString(nullptr, L"x"), FALSE);
-  EXPECT_EQ(SysReAllocStringLen(nullptr, L"x", 1), FALSE);
+  EXPECT_EQ(FALSE, SysReAllocStringLen(&text, nullptr, 0x40000000u));
+  EXPECT_STREQ(L"kept", text);
+  EXPECT_EQ(FALSE, SysReAllocString(nullptr, L"x"));
+  EXPECT_EQ(FALSE, SysReAllocStringLen(nullptr, L"x", 1));
   SysFreeString(text);
 }
 
@@ -162,7 +162,7 @@ TEST(Bstr, HoldsTextOfEverySizeIntact) {
   std::vector<BSTR> kept;
   for (UINT length = 0; length < 600; ++length) {
     const BSTR text = SysAllocStringLen(nullptr, length);
-    ASSERT_NE(text, nullptr);
+    ASSERT_NE(nullptr, text);
     std::wmemset(text, static_cast<wchar_t>(L'A' + length % 26), length);
     kept.push_back(text);
     if (length % 3 == 0) {  // some blocks come back while others are in use
@@ -173,7 +173,7 @@ TEST(Bstr, HoldsTextOfEverySizeIntact) {
   for (UINT length = 0; length < 600; ++length) {
     if (!kept[length]) continue;
     const std::wstring expected(length, static_cast<wchar_t>(L'A' + length % 26));
-    EXPECT_EQ(korlib::view_of(kept[length]), expected);
+    EXPECT_EQ(expected, korlib::view_of(kept[length]));
     SysFreeString(kept[length]);
   }
 }
@@ -188,7 +188,7 @@ TEST(Bstr, MayBeFreedByAnotherThread) {
     for (int i = 0; i < kStrings; ++i) made_there.push_back(SysAllocString(L"made there, freed here"));
   }).join();
   for (const BSTR text : made_there) {
-    EXPECT_STREQ(text, L"made there, freed here");
+    EXPECT_STREQ(L"made there, freed here", text);
     SysFreeString(text);
   }
 }
@@ -211,7 +211,7 @@ TEST(Bstr, MayBeMadeAndFreedWhileAThreadDestroysItsLocals) {
     local.text = CComBSTR(L"first");
     SysFreeString(SysAllocString(L"opens the cache"));
   }).join();
-  EXPECT_EQ(Local::lengths()[0], 11u);
+  EXPECT_EQ(11u, Local::lengths()[0]);
 }
 
 // What the program has of its allocator; nothing under sanitizers, which have one of their own.
@@ -248,7 +248,7 @@ TEST(Bstr, IsKeptForTheNextOneHoweverManyThereWere) {
     for (const BSTR text : strings) SysFreeString(text);
     return before - *bytes_in_use();
   };
-  for (int i = 0; i < 100; ++i) EXPECT_EQ(take_and_give_back(), 0u) << i;
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(0u, take_and_give_back()) << i;
 }
 
 TEST(Bstr, LeavesNothingBehindWhenItsThreadEnds) {
@@ -276,22 +276,22 @@ TEST(Bstr, IsCountedWhileItLives) {
   if (!before) GTEST_SKIP() << "this build does not count strings";
   const BSTR text = SysAllocString(L"x");
   const BSTR other = SysAllocStringByteLen("abc", 3);
-  EXPECT_EQ(korlib_host::live_strings(), *before + 2);
+  EXPECT_EQ(*before + 2, korlib_host::live_strings());
   SysFreeString(text);
   SysFreeString(other);
-  EXPECT_EQ(korlib_host::live_strings(), before);
+  EXPECT_EQ(before, korlib_host::live_strings());
 }
 
 TEST(Bstr, CanBeMadeToFailForATest) {
   if (!korlib_host::live_strings()) GTEST_SKIP() << "this build fails no strings";
   const korlib_host::StringFailure failure(2);
   CComBSTR first(L"a");
-  EXPECT_NE(first.get(), nullptr);
+  EXPECT_NE(nullptr, first.get());
   EXPECT_FALSE(failure.has_happened());
-  EXPECT_EQ(SysAllocString(L"b"), nullptr);
+  EXPECT_EQ(nullptr, SysAllocString(L"b"));
   EXPECT_TRUE(failure.has_happened());
   CComBSTR third(L"c");
-  EXPECT_NE(third.get(), nullptr);
+  EXPECT_NE(nullptr, third.get());
 }
 
 }  // namespace

@@ -29,29 +29,29 @@ struct Cell {
 void expect_change(CComVariant source, VARTYPE vt, const Cell& expected) {
   SCOPED_TRACE(testing::PrintToString(source) + " to " + std::to_string(vt));
   CComVariant target(L"kept");
-  EXPECT_EQ(VariantChangeType(&target, &source, 0, vt), expected.hr);
+  EXPECT_EQ(expected.hr, VariantChangeType(&target, &source, 0, vt));
   if (FAILED(expected.hr)) {
-    ASSERT_EQ(target.vt, VT_BSTR);
-    EXPECT_EQ(korlib::view_of(target.bstrVal), L"kept");
+    ASSERT_EQ(VT_BSTR, target.vt);
+    EXPECT_EQ(L"kept", korlib::view_of(target.bstrVal));
     // In place, a failure keeps the value as well.
     CComVariant in_place(source);
-    EXPECT_EQ(VariantChangeType(&in_place, &in_place, 0, vt), expected.hr);
+    EXPECT_EQ(expected.hr, VariantChangeType(&in_place, &in_place, 0, vt));
     EXPECT_PRED2(same, in_place, source);
     return;
   }
   EXPECT_PRED2(same, target, expected.value);
   CComVariant in_place(source);
-  EXPECT_EQ(VariantChangeType(&in_place, &in_place, 0, vt), S_OK);
+  EXPECT_EQ(S_OK, VariantChangeType(&in_place, &in_place, 0, vt));
   EXPECT_PRED2(same, in_place, expected.value);
 
   if (source.vt == VT_EMPTY || source.vt == VT_NULL) return;
   CComVariant by_value;
   const CComVariant reference = reference_to(source);
-  EXPECT_EQ(VariantChangeType(&by_value, &reference, 0, vt), S_OK);
+  EXPECT_EQ(S_OK, VariantChangeType(&by_value, &reference, 0, vt));
   EXPECT_PRED2(same, by_value, expected.value);
   CComVariant by_variant;
   const CComVariant outer = reference_to_variant(source);
-  EXPECT_EQ(VariantChangeType(&by_variant, &outer, 0, vt), S_OK);
+  EXPECT_EQ(S_OK, VariantChangeType(&by_variant, &outer, 0, vt));
   EXPECT_PRED2(same, by_variant, expected.value);
 }
 
@@ -271,13 +271,13 @@ TEST(ChangeType, DropsAnObjectWithoutAskingItsValue) {
     const auto object = DefaultObject::holding(i4(1));
     for (const VARTYPE vt : {VT_EMPTY, VT_NULL}) {
       CComVariant value(object.get());
-      EXPECT_EQ(VariantChangeType(&value, &value, 0, vt), S_OK);
-      EXPECT_EQ(value.vt, vt);
+      EXPECT_EQ(S_OK, VariantChangeType(&value, &value, 0, vt));
+      EXPECT_EQ(vt, value.vt);
     }
-    EXPECT_EQ(object->references(), 1u);
-    EXPECT_EQ(object->last_flags(), 0);
+    EXPECT_EQ(1u, object->references());
+    EXPECT_EQ(0, object->last_flags());
   }
-  EXPECT_EQ(DefaultObject::alive(), 0);
+  EXPECT_EQ(0, DefaultObject::alive());
 }
 
 TEST(ChangeType, KeepsTheBitsBetweenIntegersOfOneSize) {
@@ -445,13 +445,13 @@ TEST(ChangeType, LeavesArraysAsTheyAre) {
   CComVariant source;
   bytes.detach_to(&source);
   CComVariant copy;
-  EXPECT_EQ(VariantChangeType(&copy, &source, 0, VT_ARRAY | VT_UI1), S_OK);
-  EXPECT_EQ(static_cast<BYTE*>(copy.parray->pvData)[1], 9);
+  EXPECT_EQ(S_OK, VariantChangeType(&copy, &source, 0, VT_ARRAY | VT_UI1));
+  EXPECT_EQ(9, static_cast<BYTE*>(copy.parray->pvData)[1]);
   for (const VARTYPE vt : {VARTYPE{VT_BSTR}, VARTYPE{VT_I4}, VARTYPE{VT_DISPATCH}, VARTYPE{VT_ARRAY | VT_I4}}) {
-    EXPECT_EQ(VariantChangeType(&copy, &source, 0, vt), kMismatch);
+    EXPECT_EQ(kMismatch, VariantChangeType(&copy, &source, 0, vt));
   }
   const CComVariant number = i4(1);
-  EXPECT_EQ(VariantChangeType(&copy, &number, 0, VT_ARRAY | VT_I4), kMismatch);
+  EXPECT_EQ(kMismatch, VariantChangeType(&copy, &number, 0, VT_ARRAY | VT_I4));
 }
 
 TEST(ChangeType, KeepsTextItself) {

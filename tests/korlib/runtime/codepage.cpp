@@ -11,7 +11,7 @@ std::wstring decoded(UINT code_page, std::string_view bytes) {
   const std::size_t length = codepage_utf32(code_page, bytes.data(), bytes.size(), nullptr, 0);
   if (length == kUnknownCodePage) return L"unknown code page";
   std::wstring text(length, L'?');
-  EXPECT_EQ(codepage_utf32(code_page, bytes.data(), bytes.size(), text.data(), text.size()), length);
+  EXPECT_EQ(length, codepage_utf32(code_page, bytes.data(), bytes.size(), text.data(), text.size()));
   return text;
 }
 
@@ -45,28 +45,28 @@ TEST(CodePage, DecodesThePagesThatTemplatesAreSavedIn) {
       {12000, std::string_view("\x00\xF6\x01\x00", 4), L"\x1F600"},
       {20127, "plain", L"plain"},
   };
-  for (const auto& c : cases) EXPECT_EQ(decoded(c.code_page, c.bytes), c.text) << c.code_page;
+  for (const auto& c : cases) EXPECT_EQ(c.text, decoded(c.code_page, c.bytes)) << c.code_page;
 }
 
 TEST(CodePage, ReplacesBytesThatThePageDoesNotDefine) {
-  EXPECT_EQ(decoded(1253, "a\xD2z"), L"a\xFFFDz");
-  EXPECT_EQ(decoded(932, "\x82"), L"\xFFFD");      // half a character at the end
-  EXPECT_EQ(decoded(932, "\x82 z"), L"\xFFFD z");  // what cannot follow is read as itself
-  EXPECT_EQ(decoded(932, "\xFF"), L"\xFFFD");
-  EXPECT_EQ(decoded(20127, "a\xE9"), L"a\xFFFD");
-  EXPECT_EQ(decoded(1200, std::string_view("\x00\xD8", 2)), L"\xFFFD");  // half a pair
+  EXPECT_EQ(L"a\xFFFDz", decoded(1253, "a\xD2z"));
+  EXPECT_EQ(L"\xFFFD", decoded(932, "\x82"));      // half a character at the end
+  EXPECT_EQ(L"\xFFFD z", decoded(932, "\x82 z"));  // what cannot follow is read as itself
+  EXPECT_EQ(L"\xFFFD", decoded(932, "\xFF"));
+  EXPECT_EQ(L"a\xFFFD", decoded(20127, "a\xE9"));
+  EXPECT_EQ(L"\xFFFD", decoded(1200, std::string_view("\x00\xD8", 2)));  // half a pair
 }
 
 // UTF-7 can spell halves of pairs that its decoder lets through.
 TEST(CodePage, ReplacesHalvesOfPairsThatStandAlone) {
-  EXPECT_EQ(decoded(65000, "+2AA-"), L"\xFFFD");  // D800, at the end
-  EXPECT_EQ(decoded(65000, "+2AA-a"), L"\xFFFD\x61");
-  EXPECT_EQ(decoded(65000, "+3AA-a"), L"\xFFFD\x61");  // DC00
+  EXPECT_EQ(L"\xFFFD", decoded(65000, "+2AA-"));  // D800, at the end
+  EXPECT_EQ(L"\xFFFD\x61", decoded(65000, "+2AA-a"));
+  EXPECT_EQ(L"\xFFFD\x61", decoded(65000, "+3AA-a"));  // DC00
 }
 
 TEST(CodePage, RefusesANumberThatIsNone) {
   for (const UINT code_page : {1u, 4711u, 0xFFFFFFFFu}) {
-    EXPECT_EQ(codepage_utf32(code_page, "x", 1, nullptr, 0), kUnknownCodePage);
+    EXPECT_EQ(kUnknownCodePage, codepage_utf32(code_page, "x", 1, nullptr, 0));
   }
 }
 
@@ -77,34 +77,34 @@ TEST(CodePage, DecodesTextLongerThanAnyBuffer) {
     bytes += "x\x82\xA0";
     text += L"x\x3042";
   }
-  EXPECT_EQ(decoded(932, bytes), text);
+  EXPECT_EQ(text, decoded(932, bytes));
   std::string pairs;
   std::wstring faces;
   for (int i = 0; i < 3000; ++i) {
     pairs += std::string("\x3D\xD8\x00\xDE", 4);
     faces += L'\x1F600';
   }
-  EXPECT_EQ(decoded(1200, "a" + std::string(1, '\0') + pairs), L"a" + faces);
+  EXPECT_EQ(L"a" + faces, decoded(1200, "a" + std::string(1, '\0') + pairs));
 }
 
 TEST(CodePage, WritesAtMostTheCapacity) {
   wchar_t out[3] = {L'~', L'~', L'~'};
-  EXPECT_EQ(codepage_utf32(1252, "abcd", 4, out, 2), 4u);
-  EXPECT_EQ(std::wstring(out, 3), L"ab~");
+  EXPECT_EQ(4u, codepage_utf32(1252, "abcd", 4, out, 2));
+  EXPECT_EQ(L"ab~", std::wstring(out, 3));
 }
 
 // A converter is kept between calls; what one call leaves unfinished must not show in the next.
 TEST(CodePage, BeginsEveryTextAnew) {
-  EXPECT_EQ(decoded(50220, "\x1B$B$\""), L"\x3042");
-  EXPECT_EQ(decoded(50220, "$\""), L"$\"");
-  EXPECT_EQ(decoded(932, "\x82"), L"\xFFFD");
-  EXPECT_EQ(decoded(932, "\xB1"), L"\xFF71");
+  EXPECT_EQ(L"\x3042", decoded(50220, "\x1B$B$\""));
+  EXPECT_EQ(L"$\"", decoded(50220, "$\""));
+  EXPECT_EQ(L"\xFFFD", decoded(932, "\x82"));
+  EXPECT_EQ(L"\xFF71", decoded(932, "\xB1"));
 }
 
 TEST(CodePage, ServesMorePagesThanItKeeps) {
   for (int round = 0; round < 2; ++round) {
-    for (UINT page = 1250; page <= 1258; ++page) EXPECT_EQ(decoded(page, "az"), L"az");
-    for (const UINT page : {437u, 850u, 852u, 866u, 28592u}) EXPECT_EQ(decoded(page, "az"), L"az");
+    for (UINT page = 1250; page <= 1258; ++page) EXPECT_EQ(L"az", decoded(page, "az"));
+    for (const UINT page : {437u, 850u, 852u, 866u, 28592u}) EXPECT_EQ(L"az", decoded(page, "az"));
   }
 }
 

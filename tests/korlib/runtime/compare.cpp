@@ -18,9 +18,9 @@ HRESULT opposite(HRESULT order) {
 }
 
 void expect_order(const CComVariant& left, const CComVariant& right, HRESULT order, ULONG flags = 0) {
-  EXPECT_EQ(VarCmp(&left, &right, 0, flags), order)
+  EXPECT_EQ(order, VarCmp(&left, &right, 0, flags))
       << testing::PrintToString(left) << " with " << testing::PrintToString(right);
-  EXPECT_EQ(VarCmp(&right, &left, 0, flags), opposite(order))
+  EXPECT_EQ(opposite(order), VarCmp(&right, &left, 0, flags))
       << testing::PrintToString(right) << " with " << testing::PrintToString(left);
 }
 
@@ -114,7 +114,7 @@ TEST(VarCmp, ComparesObjectsByTheirValues) {
     expect_order(CComVariant(object.get()), text(L"abd"), VARCMP_LT);
     expect_order(CComVariant(DefaultObject::holding(null()).get()), text(L"a"), VARCMP_NULL);
   }
-  EXPECT_EQ(DefaultObject::alive(), 0);
+  EXPECT_EQ(0, DefaultObject::alive());
 }
 
 // Codes of failures, as numbers with a sign: 0x80004005 lies before 0x80020004, and both before success.
@@ -135,11 +135,11 @@ TEST(VarCmp, RefusesWhatHasNoOrder) {
   for (const CComVariant& other : {bytes, error(DISP_E_PARAMNOTFOUND), of_type(VT_DISPATCH), of_type(VT_UNKNOWN)}) {
     expect_order(other, i4(1), DISP_E_TYPEMISMATCH);
   }
-  EXPECT_EQ(VarCmp(&bytes, &bytes, 0, 0), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, VarCmp(&bytes, &bytes, 0, 0));
   VARIANT no_type{};
   no_type.vt = 15;
   const CComVariant one = i4(1);
-  EXPECT_EQ(VarCmp(&no_type, &one, 0, 0), DISP_E_BADVARTYPE);
+  EXPECT_EQ(DISP_E_BADVARTYPE, VarCmp(&no_type, &one, 0, 0));
 }
 
 }  // namespace

@@ -33,8 +33,8 @@ std::optional<DATE> date_of(std::wstring_view source) {
   CComVariant target;
   const HRESULT hr = read(source, &target);
   if (hr == DISP_E_TYPEMISMATCH && target.vt == VT_EMPTY) return std::nullopt;
-  EXPECT_EQ(hr, S_OK);
-  EXPECT_EQ(target.vt, VT_DATE);
+  EXPECT_EQ(S_OK, hr);
+  EXPECT_EQ(VT_DATE, target.vt);
   return target.date;
 }
 
@@ -98,12 +98,12 @@ TEST(DateReading, TakesNamesOfMonths) {
   DATE first = 47484;
   for (int month = 0; month < 12; ++month) {
     const std::wstring name(names[month]);
-    EXPECT_EQ(date_of(name + L" 1, 2030"), first);
-    EXPECT_EQ(date_of(L"1 " + name.substr(0, 3) + L" 2030"), first);
+    EXPECT_EQ(first, date_of(name + L" 1, 2030"));
+    EXPECT_EQ(first, date_of(L"1 " + name.substr(0, 3) + L" 2030"));
     first += lengths[month];
   }
   for (const wchar_t* day : {L"Mon", L"tue", L"Wed", L"Thurs", L"FRI", L"Sat", L"Sunday"}) {
-    EXPECT_EQ(date_of(std::wstring(day) + L" Jul 4 2030"), kDay);
+    EXPECT_EQ(kDay, date_of(std::wstring(day) + L" Jul 4 2030"));
   }
 }
 
@@ -208,21 +208,21 @@ TEST(DateReading, GivesAMomentOfAZoneInLocalTime) {
     EXPECT_NEAR(*date, kDay + clock_time(z.hours + 2), 1e-9);
   }
   // Without a zone the text is local time already.
-  EXPECT_EQ(date_of(L"2030-07-04T12:00:00"), noon);
+  EXPECT_EQ(noon, date_of(L"2030-07-04T12:00:00"));
 }
 
 TEST(DateReading, CountsForwardFromTheDayBeforeDayZeroInAZoneAsWell) {
   const LocalTime zone("XYZ+6");  // six hours behind
-  EXPECT_EQ(date_of(L"1899-12-30T00:00:00Z"), -1.75);
-  EXPECT_EQ(date_of(L"1899-12-31T00:00:00Z"), 0.75);
-  EXPECT_EQ(date_of(L"1899-12-29T18:00:00Z"), -1.5);
+  EXPECT_EQ(-1.75, date_of(L"1899-12-30T00:00:00Z"));
+  EXPECT_EQ(0.75, date_of(L"1899-12-31T00:00:00Z"));
+  EXPECT_EQ(-1.5, date_of(L"1899-12-29T18:00:00Z"));
 }
 
 TEST(DateReading, RefusesMomentsBeyondTheYearsOfADate) {
   const LocalTime zone("XYZ-6");  // six hours ahead
-  EXPECT_EQ(date_of(L"9999-12-31T17:00:00Z"), 2958465 + clock_time(23));
-  EXPECT_EQ(date_of(L"9999-12-31T18:00:00Z"), std::nullopt);
-  EXPECT_EQ(date_of(L"0100-01-01T00:00:00+07:00"), std::nullopt);
+  EXPECT_EQ(2958465 + clock_time(23), date_of(L"9999-12-31T17:00:00Z"));
+  EXPECT_EQ(std::nullopt, date_of(L"9999-12-31T18:00:00Z"));
+  EXPECT_EQ(std::nullopt, date_of(L"0100-01-01T00:00:00+07:00"));
 }
 
 TEST(DateReading, RefusesWhatIsNoDate) {
@@ -248,19 +248,19 @@ TEST(DateReading, RefusesWhatIsNoDate) {
         L"7/4/2030 10:00 EST-0500", L"7/4/2030 10:00 GMT+02+02", L"7/4/2030 10:00+02:00 GMT", L"7/4/2030 +02:00 10:00",
         // and the rest
         L"", L" ", L",", L"(7/4/2030)", L"7/4/2030 (", L"7/4/2030 )", L"7/4/2030 ((x)", L"x", L"\x416"}) {
-    EXPECT_EQ(date_of(text), std::nullopt) << testing::PrintToString(text);
+    EXPECT_EQ(std::nullopt, date_of(text)) << testing::PrintToString(text);
   }
 }
 
-TEST(DateReading, RefusesTextWithANul) { EXPECT_EQ(date_of(std::wstring_view(L"7/4/2030\0", 9)), std::nullopt); }
+TEST(DateReading, RefusesTextWithANul) { EXPECT_EQ(std::nullopt, date_of(std::wstring_view(L"7/4/2030\0", 9))); }
 
 TEST(DateReading, MayBeVeryLong) {
-  EXPECT_EQ(date_of(std::wstring(100000, L' ') + L"7/4/2030"), kDay);
-  EXPECT_EQ(date_of(std::wstring(100000, L'(') + std::wstring(100000, L')') + L"7/4/2030"), kDay);
-  EXPECT_EQ(date_of(L"10:30:15." + std::wstring(100000, L'0') + L"1"), clock_time(10, 30, 15));
-  EXPECT_EQ(date_of(std::wstring(100000, L'1') + L"/4/2030"), std::nullopt);
-  EXPECT_EQ(date_of(std::wstring(100000, L'-') + L"7/4/2030"), std::nullopt);
-  EXPECT_EQ(date_of(std::wstring(100000, L'a') + L" 4 2030"), std::nullopt);
+  EXPECT_EQ(kDay, date_of(std::wstring(100000, L' ') + L"7/4/2030"));
+  EXPECT_EQ(kDay, date_of(std::wstring(100000, L'(') + std::wstring(100000, L')') + L"7/4/2030"));
+  EXPECT_EQ(clock_time(10, 30, 15), date_of(L"10:30:15." + std::wstring(100000, L'0') + L"1"));
+  EXPECT_EQ(std::nullopt, date_of(std::wstring(100000, L'1') + L"/4/2030"));
+  EXPECT_EQ(std::nullopt, date_of(std::wstring(100000, L'-') + L"7/4/2030"));
+  EXPECT_EQ(std::nullopt, date_of(std::wstring(100000, L'a') + L" 4 2030"));
 }
 
 }  // namespace

@@ -21,26 +21,26 @@ CComVariant unknown_value(IUnknown* object) { return CComVariant(object); }
 
 class DefaultMember : public testing::Test {
  protected:
-  void TearDown() override { EXPECT_EQ(DefaultObject::alive(), 0); }
+  void TearDown() override { EXPECT_EQ(0, DefaultObject::alive()); }
 };
 
 TEST_F(DefaultMember, IsReadAndConvertedFurther) {
   const auto object = DefaultObject::holding(r8(2.5));
   CComVariant target;
-  EXPECT_EQ(change(object_value(object), VT_R8, &target), S_OK);
+  EXPECT_EQ(S_OK, change(object_value(object), VT_R8, &target));
   EXPECT_PRED2(same, target, r8(2.5));
-  EXPECT_EQ(change(object_value(object), VT_BSTR, &target), S_OK);
+  EXPECT_EQ(S_OK, change(object_value(object), VT_BSTR, &target));
   EXPECT_PRED2(same, target, text(L"2.5"));
-  EXPECT_EQ(change(object_value(object), VT_I4, &target), S_OK);
+  EXPECT_EQ(S_OK, change(object_value(object), VT_I4, &target));
   EXPECT_PRED2(same, target, i4(2));
-  EXPECT_EQ(object->last_flags(), DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+  EXPECT_EQ(DISPATCH_METHOD | DISPATCH_PROPERTYGET, object->last_flags());
 }
 
 TEST_F(DefaultMember, IsReadInPlace) {
   auto object = DefaultObject::holding(text(L"value"));
   CComVariant v = object_value(object);
   object.reset();
-  EXPECT_EQ(VariantChangeType(&v, &v, 0, VT_BSTR), S_OK);
+  EXPECT_EQ(S_OK, VariantChangeType(&v, &v, 0, VT_BSTR));
   EXPECT_PRED2(same, v, text(L"value"));
 }
 
@@ -51,7 +51,7 @@ TEST_F(DefaultMember, IsReadThroughAnyInterfaceAndReference) {
   for (const CComVariant& source :
        {unknown, reference_to(unknown), reference_to(dispatch), reference_to_variant(dispatch)}) {
     CComVariant target;
-    EXPECT_EQ(change(source, VT_BSTR, &target), S_OK);
+    EXPECT_EQ(S_OK, change(source, VT_BSTR, &target));
     EXPECT_PRED2(same, target, text(L"value"));
   }
 }
@@ -65,7 +65,7 @@ TEST_F(DefaultMember, MayAnswerAReference) {
     return S_OK;
   });
   CComVariant target;
-  EXPECT_EQ(change(object_value(object), VT_BSTR, &target), S_OK);
+  EXPECT_EQ(S_OK, change(object_value(object), VT_BSTR, &target));
   EXPECT_PRED2(same, target, text(L"held"));
 }
 
@@ -73,7 +73,7 @@ TEST_F(DefaultMember, OfADefaultMemberIsReadInTurn) {
   const auto inner = DefaultObject::holding(i4(7));
   const auto outer = DefaultObject::holding(object_value(inner));
   CComVariant target;
-  EXPECT_EQ(change(object_value(outer), VT_BSTR, &target), S_OK);
+  EXPECT_EQ(S_OK, change(object_value(outer), VT_BSTR, &target));
   EXPECT_PRED2(same, target, text(L"7"));
 }
 
@@ -94,9 +94,9 @@ TEST_F(DefaultMember, MayAnswerAReferenceIntoAnObjectThatGoes) {
     return S_OK;
   });
   CComVariant target;
-  EXPECT_EQ(change(object_value(outer), VT_I4, &target), S_OK);
+  EXPECT_EQ(S_OK, change(object_value(outer), VT_I4, &target));
   EXPECT_PRED2(same, target, i4(7));
-  EXPECT_EQ(value, 0);
+  EXPECT_EQ(0, value);
 }
 
 TEST_F(DefaultMember, ThatIsTheObjectItselfIsAMismatch) {
@@ -110,7 +110,7 @@ TEST_F(DefaultMember, ThatIsTheObjectItselfIsAMismatch) {
   });
   self = object.get();
   CComVariant target(L"kept");
-  EXPECT_EQ(change(object_value(object), VT_BSTR, &target), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, change(object_value(object), VT_BSTR, &target));
   EXPECT_PRED2(same, target, text(L"kept"));
 }
 
@@ -118,7 +118,7 @@ TEST_F(DefaultMember, ThatIsMissingIsAMismatch) {
   for (const HRESULT hr : {DISP_E_MEMBERNOTFOUND, DISP_E_UNKNOWNNAME, DISP_E_BADPARAMCOUNT, E_NOTIMPL}) {
     const auto object = DefaultObject::make([hr](VARIANT*) { return hr; });
     CComVariant target(L"kept");
-    EXPECT_EQ(change(object_value(object), VT_BSTR, &target), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, change(object_value(object), VT_BSTR, &target));
     EXPECT_PRED2(same, target, text(L"kept"));
   }
 }
@@ -126,34 +126,34 @@ TEST_F(DefaultMember, ThatIsMissingIsAMismatch) {
 TEST_F(DefaultMember, ThatFailsPassesItsFailureOn) {
   const auto object = DefaultObject::make([](VARIANT*) { return E_ABORT; });
   CComVariant target;
-  EXPECT_EQ(change(object_value(object), VT_BSTR, &target), E_ABORT);
+  EXPECT_EQ(E_ABORT, change(object_value(object), VT_BSTR, &target));
   const CComVariant value = object_value(object);
   const CComVariant other(L"x");
-  EXPECT_EQ(VarCmp(&value, &other, 0, 0), E_ABORT);
+  EXPECT_EQ(E_ABORT, VarCmp(&value, &other, 0, 0));
 }
 
 TEST_F(DefaultMember, OfNullOrOmittedIsAMismatch) {
   for (const CComVariant& held : {null(), error(DISP_E_PARAMNOTFOUND)}) {
     const auto object = DefaultObject::holding(held);
     CComVariant target;
-    EXPECT_EQ(change(object_value(object), VT_BSTR, &target), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, change(object_value(object), VT_BSTR, &target));
   }
 }
 
 TEST_F(DefaultMember, IsNothingWithoutAnObject) {
   CComVariant target;
-  EXPECT_EQ(change(of_type(VT_DISPATCH), VT_BSTR, &target), DISP_E_TYPEMISMATCH);
-  EXPECT_EQ(change(of_type(VT_UNKNOWN), VT_I4, &target), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, change(of_type(VT_DISPATCH), VT_BSTR, &target));
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, change(of_type(VT_UNKNOWN), VT_I4, &target));
 }
 
 TEST_F(DefaultMember, IsNothingWithoutLateBinding) {
   PlainObject plain;
   {
     CComVariant target;
-    EXPECT_EQ(change(unknown_value(&plain), VT_BSTR, &target), DISP_E_TYPEMISMATCH);
-    EXPECT_EQ(change(unknown_value(&plain), VT_DISPATCH, &target), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, change(unknown_value(&plain), VT_BSTR, &target));
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, change(unknown_value(&plain), VT_DISPATCH, &target));
   }
-  EXPECT_EQ(plain.references(), 1u);
+  EXPECT_EQ(1u, plain.references());
 }
 
 TEST_F(DefaultMember, IsNotReadWhereAnObjectIsAskedFor) {
@@ -162,15 +162,15 @@ TEST_F(DefaultMember, IsNotReadWhereAnObjectIsAskedFor) {
     return E_FAIL;
   });
   CComVariant target;
-  EXPECT_EQ(change(object_value(object), VT_UNKNOWN, &target), S_OK);
-  EXPECT_EQ(target.vt, VT_UNKNOWN);
-  EXPECT_EQ(target.punkVal, static_cast<IUnknown*>(object.get()));
-  EXPECT_EQ(change(unknown_value(object.get()), VT_DISPATCH, &target), S_OK);
-  EXPECT_EQ(target.vt, VT_DISPATCH);
-  EXPECT_EQ(change(object_value(object), VT_DISPATCH, &target), S_OK);
-  EXPECT_EQ(object->references(), 2u);
-  EXPECT_EQ(change(of_type(VT_DISPATCH), VT_UNKNOWN, &target), S_OK);
-  EXPECT_EQ(target.punkVal, nullptr);
+  EXPECT_EQ(S_OK, change(object_value(object), VT_UNKNOWN, &target));
+  EXPECT_EQ(VT_UNKNOWN, target.vt);
+  EXPECT_EQ(static_cast<IUnknown*>(object.get()), target.punkVal);
+  EXPECT_EQ(S_OK, change(unknown_value(object.get()), VT_DISPATCH, &target));
+  EXPECT_EQ(VT_DISPATCH, target.vt);
+  EXPECT_EQ(S_OK, change(object_value(object), VT_DISPATCH, &target));
+  EXPECT_EQ(2u, object->references());
+  EXPECT_EQ(S_OK, change(of_type(VT_DISPATCH), VT_UNKNOWN, &target));
+  EXPECT_EQ(nullptr, target.punkVal);
 }
 
 }  // namespace

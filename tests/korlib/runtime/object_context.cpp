@@ -12,15 +12,15 @@ namespace {
 
 CComPtr<IUnknown> context() {
   CComPtr<IUnknown> object;
-  EXPECT_EQ(CoGetObjectContext(IID_IUnknown, object.put_void()), S_OK);
+  EXPECT_EQ(S_OK, CoGetObjectContext(IID_IUnknown, object.put_void()));
   return object;
 }
 
 TEST(ObjectContext, IsNoneOutsideARequest) {
   void* object = &object;
-  EXPECT_EQ(CoGetObjectContext(IID_IUnknown, &object), CONTEXT_E_NOCONTEXT);
-  EXPECT_EQ(object, nullptr);
-  EXPECT_EQ(CoGetObjectContext(IID_IUnknown, nullptr), E_POINTER);
+  EXPECT_EQ(CONTEXT_E_NOCONTEXT, CoGetObjectContext(IID_IUnknown, &object));
+  EXPECT_EQ(nullptr, object);
+  EXPECT_EQ(E_POINTER, CoGetObjectContext(IID_IUnknown, nullptr));
 }
 
 TEST(ObjectContext, HoldsForItsScopeAndThenTheOuterOneAgain) {
@@ -28,29 +28,29 @@ TEST(ObjectContext, HoldsForItsScopeAndThenTheOuterOneAgain) {
   PlainObject inner;
   {
     const korlib_host::ContextScope outer_scope(&outer);
-    EXPECT_EQ(context().get(), &outer);
+    EXPECT_EQ(&outer, context().get());
     {
       const korlib_host::ContextScope inner_scope(&inner);
-      EXPECT_EQ(context().get(), &inner);
-      EXPECT_EQ(inner.references(), 2u);
+      EXPECT_EQ(&inner, context().get());
+      EXPECT_EQ(2u, inner.references());
       const korlib_host::ContextScope no_scope(nullptr);
       void* object = nullptr;
-      EXPECT_EQ(CoGetObjectContext(IID_IUnknown, &object), CONTEXT_E_NOCONTEXT);
+      EXPECT_EQ(CONTEXT_E_NOCONTEXT, CoGetObjectContext(IID_IUnknown, &object));
     }
-    EXPECT_EQ(context().get(), &outer);
+    EXPECT_EQ(&outer, context().get());
   }
   void* object = nullptr;
-  EXPECT_EQ(CoGetObjectContext(IID_IUnknown, &object), CONTEXT_E_NOCONTEXT);
-  EXPECT_EQ(outer.references(), 1u);
-  EXPECT_EQ(inner.references(), 1u);
+  EXPECT_EQ(CONTEXT_E_NOCONTEXT, CoGetObjectContext(IID_IUnknown, &object));
+  EXPECT_EQ(1u, outer.references());
+  EXPECT_EQ(1u, inner.references());
 }
 
 TEST(ObjectContext, AnswersOnlyToItsInterfaces) {
   PlainObject object;
   const korlib_host::ContextScope scope(&object);
   void* other = &other;
-  EXPECT_EQ(CoGetObjectContext(IID_IDispatch, &other), E_NOINTERFACE);
-  EXPECT_EQ(other, nullptr);
+  EXPECT_EQ(E_NOINTERFACE, CoGetObjectContext(IID_IDispatch, &other));
+  EXPECT_EQ(nullptr, other);
 }
 
 TEST(ObjectContext, BelongsToItsThread) {
@@ -61,7 +61,7 @@ TEST(ObjectContext, BelongsToItsThread) {
     void* none = nullptr;
     elsewhere = CoGetObjectContext(IID_IUnknown, &none);
   }).join();
-  EXPECT_EQ(elsewhere, CONTEXT_E_NOCONTEXT);
+  EXPECT_EQ(CONTEXT_E_NOCONTEXT, elsewhere);
 }
 
 }  // namespace

@@ -34,58 +34,58 @@ TEST_F(RegistryStoreTest, IsEmptyWithoutAFile) {
   const RegistryStore store(file());
   EXPECT_TRUE(store.has_key(L""));
   EXPECT_FALSE(store.has_key(L"Mirt"));
-  EXPECT_EQ(store.value(L"Mirt", L""), std::nullopt);
-  EXPECT_EQ(store.problem(), "");
+  EXPECT_EQ(std::nullopt, store.value(L"Mirt", L""));
+  EXPECT_EQ("", store.problem());
   EXPECT_FALSE(std::filesystem::exists(file()));
 }
 
 TEST_F(RegistryStoreTest, KeepsWhatIsWrittenBeyondItsLife) {
   {
     RegistryStore store(file());
-    EXPECT_EQ(store.create_key(L"CLSID\\{1}\\InProcServer32"), S_OK);
-    EXPECT_EQ(store.set_value(L"CLSID\\{1}\\InProcServer32", L"", L"/opt/\x65E5\x672C/lib \"x\".so"), S_OK);
-    EXPECT_EQ(store.set_value(L"CLSID\\{1}\\InProcServer32", L"ThreadingModel", L"Apartment"), S_OK);
-    EXPECT_EQ(store.set_value(L"CLSID\\{1}", L"", L"Mirt"), S_OK);
+    EXPECT_EQ(S_OK, store.create_key(L"CLSID\\{1}\\InProcServer32"));
+    EXPECT_EQ(S_OK, store.set_value(L"CLSID\\{1}\\InProcServer32", L"", L"/opt/\x65E5\x672C/lib \"x\".so"));
+    EXPECT_EQ(S_OK, store.set_value(L"CLSID\\{1}\\InProcServer32", L"ThreadingModel", L"Apartment"));
+    EXPECT_EQ(S_OK, store.set_value(L"CLSID\\{1}", L"", L"Mirt"));
   }
   const RegistryStore store(file());
   EXPECT_TRUE(store.has_key(L"CLSID\\{1}"));
-  EXPECT_EQ(store.value(L"CLSID\\{1}\\InProcServer32", L""), L"/opt/\x65E5\x672C/lib \"x\".so");
-  EXPECT_EQ(store.value(L"CLSID\\{1}\\InProcServer32", L"ThreadingModel"), L"Apartment");
-  EXPECT_EQ(store.value(L"CLSID\\{1}", L""), L"Mirt");
-  EXPECT_EQ(store.value(L"CLSID\\{1}", L"ThreadingModel"), std::nullopt);
+  EXPECT_EQ(L"/opt/\x65E5\x672C/lib \"x\".so", store.value(L"CLSID\\{1}\\InProcServer32", L""));
+  EXPECT_EQ(L"Apartment", store.value(L"CLSID\\{1}\\InProcServer32", L"ThreadingModel"));
+  EXPECT_EQ(L"Mirt", store.value(L"CLSID\\{1}", L""));
+  EXPECT_EQ(std::nullopt, store.value(L"CLSID\\{1}", L"ThreadingModel"));
 }
 
 TEST_F(RegistryStoreTest, MatchesNamesInAnyLetterCaseAndKeepsTheFirst) {
   RegistryStore store(file());
-  EXPECT_EQ(store.create_key(L"Mirt.Utility\\CLSID"), S_OK);
-  EXPECT_EQ(store.set_value(L"mirt.utility\\clsid", L"ThreadingModel", L"a"), S_OK);
-  EXPECT_EQ(store.set_value(L"MIRT.UTILITY\\CLSID", L"THREADINGMODEL", L"b"), S_OK);
-  EXPECT_EQ(store.create_key(L"MIRT.utility\\clsid"), S_OK);
-  EXPECT_EQ(store.value(L"Mirt.Utility\\Clsid", L"threadingmodel"), L"b");
-  EXPECT_NE(content().find("\"Mirt.Utility\""), std::string::npos);
-  EXPECT_NE(content().find("\"ThreadingModel\""), std::string::npos);
-  EXPECT_EQ(content().find("MIRT"), std::string::npos);
+  EXPECT_EQ(S_OK, store.create_key(L"Mirt.Utility\\CLSID"));
+  EXPECT_EQ(S_OK, store.set_value(L"mirt.utility\\clsid", L"ThreadingModel", L"a"));
+  EXPECT_EQ(S_OK, store.set_value(L"MIRT.UTILITY\\CLSID", L"THREADINGMODEL", L"b"));
+  EXPECT_EQ(S_OK, store.create_key(L"MIRT.utility\\clsid"));
+  EXPECT_EQ(L"b", store.value(L"Mirt.Utility\\Clsid", L"threadingmodel"));
+  EXPECT_NE(std::string::npos, content().find("\"Mirt.Utility\""));
+  EXPECT_NE(std::string::npos, content().find("\"ThreadingModel\""));
+  EXPECT_EQ(std::string::npos, content().find("MIRT"));
 }
 
 TEST_F(RegistryStoreTest, SetsValuesOnlyOfKeysThatAreThere) {
   RegistryStore store(file());
-  EXPECT_EQ(store.set_value(L"Mirt", L"", L"x"), E_INVALIDARG);
+  EXPECT_EQ(E_INVALIDARG, store.set_value(L"Mirt", L"", L"x"));
   EXPECT_FALSE(store.has_key(L"Mirt"));
-  EXPECT_EQ(store.set_value(L"", L"name", L"of the root"), S_OK);
-  EXPECT_EQ(store.value(L"", L"name"), L"of the root");
+  EXPECT_EQ(S_OK, store.set_value(L"", L"name", L"of the root"));
+  EXPECT_EQ(L"of the root", store.value(L"", L"name"));
 }
 
 TEST_F(RegistryStoreTest, DeletesOnlyKeysWithoutKeysBelow) {
   RegistryStore store(file());
-  EXPECT_EQ(store.create_key(L"Mirt\\CLSID"), S_OK);
-  EXPECT_EQ(store.set_value(L"Mirt\\CLSID", L"", L"x"), S_OK);
-  EXPECT_EQ(store.delete_key(L"Mirt"), E_INVALIDARG);
-  EXPECT_EQ(store.delete_key(L""), E_INVALIDARG);
-  EXPECT_EQ(store.delete_key(L"Mirt\\Other"), E_INVALIDARG);
-  EXPECT_EQ(store.delete_key(L"Other\\CLSID"), E_INVALIDARG);
-  EXPECT_EQ(store.delete_key(L"mirt\\clsid"), S_OK);
+  EXPECT_EQ(S_OK, store.create_key(L"Mirt\\CLSID"));
+  EXPECT_EQ(S_OK, store.set_value(L"Mirt\\CLSID", L"", L"x"));
+  EXPECT_EQ(E_INVALIDARG, store.delete_key(L"Mirt"));
+  EXPECT_EQ(E_INVALIDARG, store.delete_key(L""));
+  EXPECT_EQ(E_INVALIDARG, store.delete_key(L"Mirt\\Other"));
+  EXPECT_EQ(E_INVALIDARG, store.delete_key(L"Other\\CLSID"));
+  EXPECT_EQ(S_OK, store.delete_key(L"mirt\\clsid"));
   EXPECT_FALSE(store.has_key(L"Mirt\\CLSID"));
-  EXPECT_EQ(store.delete_key(L"Mirt"), S_OK);
+  EXPECT_EQ(S_OK, store.delete_key(L"Mirt"));
   EXPECT_FALSE(store.has_key(L"Mirt"));
   EXPECT_FALSE(RegistryStore(file()).has_key(L"Mirt"));
 }
@@ -97,20 +97,20 @@ TEST_F(RegistryStoreTest, RefusesNamesThatAreNone) {
   for (int i = 0; i < 40; ++i) deep += L"\\0";
   for (const std::wstring& key :
        {std::wstring(L"\\"), std::wstring(L"a\\"), std::wstring(L"\\a"), std::wstring(L"a\\\\b"), long_name, deep}) {
-    EXPECT_EQ(store.create_key(key), E_INVALIDARG);
+    EXPECT_EQ(E_INVALIDARG, store.create_key(key));
     EXPECT_FALSE(store.has_key(key));
   }
-  EXPECT_EQ(store.create_key(std::wstring(255, L'x')), S_OK);
-  EXPECT_EQ(store.set_value(L"", long_name, L""), E_INVALIDARG);
-  EXPECT_EQ(store.set_value(L"", L"", std::wstring(40000, L'x')), E_INVALIDARG);
+  EXPECT_EQ(S_OK, store.create_key(std::wstring(255, L'x')));
+  EXPECT_EQ(E_INVALIDARG, store.set_value(L"", long_name, L""));
+  EXPECT_EQ(E_INVALIDARG, store.set_value(L"", L"", std::wstring(40000, L'x')));
 }
 
 TEST_F(RegistryStoreTest, SeesWhatAnotherStoreWrote) {
   RegistryStore one(file());
   RegistryStore other(file());
-  EXPECT_EQ(one.create_key(L"A"), S_OK);
+  EXPECT_EQ(S_OK, one.create_key(L"A"));
   EXPECT_TRUE(other.has_key(L"A"));
-  EXPECT_EQ(other.create_key(L"B"), S_OK);
+  EXPECT_EQ(S_OK, other.create_key(L"B"));
   EXPECT_TRUE(one.has_key(L"A"));
   EXPECT_TRUE(one.has_key(L"B"));
   std::filesystem::remove(file());
@@ -119,14 +119,14 @@ TEST_F(RegistryStoreTest, SeesWhatAnotherStoreWrote) {
 
 TEST_F(RegistryStoreTest, LeavesNothingBesideTheFileButItsLock) {
   RegistryStore store(file());
-  EXPECT_EQ(store.create_key(L"A"), S_OK);
-  EXPECT_EQ(store.create_key(L"B"), S_OK);
-  EXPECT_EQ(files_beside(), 2);
+  EXPECT_EQ(S_OK, store.create_key(L"A"));
+  EXPECT_EQ(S_OK, store.create_key(L"B"));
+  EXPECT_EQ(2, files_beside());
 }
 
 TEST_F(RegistryStoreTest, MakesTheFolderOfTheFile) {
   RegistryStore store(folder_.path() / "a" / "b" / "registry.json");
-  EXPECT_EQ(store.create_key(L"A"), S_OK);
+  EXPECT_EQ(S_OK, store.create_key(L"A"));
   EXPECT_TRUE(std::filesystem::exists(store.file()));
 }
 
@@ -135,10 +135,10 @@ TEST_F(RegistryStoreTest, ChangesNothingWhenTheFileCannotBeWritten) {
   std::filesystem::create_directory(file());
   std::ofstream(file() / "occupied") << "x";
   RegistryStore store(file());
-  EXPECT_EQ(store.create_key(L"A"), E_FAIL);
+  EXPECT_EQ(E_FAIL, store.create_key(L"A"));
   EXPECT_FALSE(store.has_key(L"A"));
-  EXPECT_NE(store.problem(), "");
-  EXPECT_EQ(files_beside(), 2);
+  EXPECT_NE("", store.problem());
+  EXPECT_EQ(2, files_beside());
 }
 
 TEST_F(RegistryStoreTest, NeverWritesOverAFileThatItCannotRead) {
@@ -156,13 +156,13 @@ TEST_F(RegistryStoreTest, NeverWritesOverAFileThatItCannotRead) {
   for (const std::string& text : cases) {
     write(text);
     RegistryStore store(file());
-    EXPECT_EQ(store.problem(), file().string() + ": not a registry store") << text.substr(0, 40);
-    EXPECT_EQ(store.create_key(L"A"), E_FAIL);
+    EXPECT_EQ(file().string() + ": not a registry store", store.problem()) << text.substr(0, 40);
+    EXPECT_EQ(E_FAIL, store.create_key(L"A"));
     EXPECT_FALSE(store.has_key(L"A"));
-    EXPECT_EQ(content(), text);
+    EXPECT_EQ(text, content());
   }
   write("{}");
-  EXPECT_EQ(RegistryStore(file()).problem(), "");
+  EXPECT_EQ("", RegistryStore(file()).problem());
 }
 
 // While one lives, no file of this process grows: a full disk.
@@ -188,59 +188,59 @@ class FullDisk {
 
 TEST_F(RegistryStoreTest, KeepsTheOldFileWhenTheDiskIsFull) {
   RegistryStore store(file());
-  ASSERT_EQ(store.create_key(L"A"), S_OK);
+  ASSERT_EQ(S_OK, store.create_key(L"A"));
   const std::string before = content();
   HRESULT hr = S_OK;
   {
     const FullDisk full;
     hr = store.create_key(L"B");
   }
-  EXPECT_EQ(hr, E_FAIL);
+  EXPECT_EQ(E_FAIL, hr);
   EXPECT_FALSE(store.has_key(L"B"));
-  EXPECT_EQ(content(), before);
-  EXPECT_EQ(files_beside(), 2) << "half a file was left beside it";
-  EXPECT_EQ(store.create_key(L"B"), S_OK);
+  EXPECT_EQ(before, content());
+  EXPECT_EQ(2, files_beside()) << "half a file was left beside it";
+  EXPECT_EQ(S_OK, store.create_key(L"B"));
 }
 
 TEST_F(RegistryStoreTest, IsReadableByEverybodyWhateverTheMask) {
   const mode_t before = umask(0077);
   RegistryStore store(file());
-  EXPECT_EQ(store.create_key(L"A"), S_OK);
+  EXPECT_EQ(S_OK, store.create_key(L"A"));
   umask(before);
   struct stat status {};
-  ASSERT_EQ(stat(file().c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777u, 0644u);
+  ASSERT_EQ(0, stat(file().c_str(), &status));
+  EXPECT_EQ(0644u, status.st_mode & 0777u);
 }
 
 TEST_F(RegistryStoreTest, ReadsNoFileLargerThanSixteenMegabytes) {
   write("{}");
   std::filesystem::resize_file(file(), 16u << 20);  // a NUL ends the text
-  EXPECT_EQ(RegistryStore(file()).problem(), "");
+  EXPECT_EQ("", RegistryStore(file()).problem());
   std::filesystem::resize_file(file(), (16u << 20) + 1);
-  EXPECT_EQ(RegistryStore(file()).problem(), file().string() + ": too large for a registry store");
+  EXPECT_EQ(file().string() + ": too large for a registry store", RegistryStore(file()).problem());
 }
 
 TEST_F(RegistryStoreTest, KeepsNamesAndTextsUpToTheirLimits) {
   RegistryStore store(file());
   std::wstring deepest = L"0";
   for (int i = 1; i < 32; ++i) deepest += L"\\0";
-  EXPECT_EQ(store.create_key(deepest), S_OK);
-  EXPECT_EQ(store.create_key(deepest + L"\\0"), E_INVALIDARG);
+  EXPECT_EQ(S_OK, store.create_key(deepest));
+  EXPECT_EQ(E_INVALIDARG, store.create_key(deepest + L"\\0"));
   const std::wstring name(255, L'n');
   const std::wstring text(32767, L't');
-  EXPECT_EQ(store.set_value(deepest, name, text), S_OK);
-  EXPECT_EQ(store.set_value(deepest, name + L"n", text), E_INVALIDARG);
-  EXPECT_EQ(store.set_value(deepest, name, text + L"t"), E_INVALIDARG);
+  EXPECT_EQ(S_OK, store.set_value(deepest, name, text));
+  EXPECT_EQ(E_INVALIDARG, store.set_value(deepest, name + L"n", text));
+  EXPECT_EQ(E_INVALIDARG, store.set_value(deepest, name, text + L"t"));
   const RegistryStore after(file());
-  EXPECT_EQ(after.problem(), "");
-  EXPECT_EQ(after.value(deepest, name), text);
+  EXPECT_EQ("", after.problem());
+  EXPECT_EQ(text, after.value(deepest, name));
 }
 
 // Each change keeps the file's size, and one of what tells it otherwise.
 TEST_F(RegistryStoreTest, SeesAChangeThatKeepsTheSize) {
   const auto set_time = [](const std::filesystem::path& path, long nanoseconds) {
     const timespec times[2] = {{1'000'000'000, 0}, {1'000'000'000, nanoseconds}};
-    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+    ASSERT_EQ(0, utimensat(AT_FDCWD, path.c_str(), times, 0));
   };
   write(R"({"keys":{"A":{}}})");
   set_time(file(), 0);
@@ -261,8 +261,8 @@ TEST_F(RegistryStoreTest, ServesAgainOnceTheFileIsMended) {
   RegistryStore store(file());
   EXPECT_FALSE(store.has_key(L"A"));
   write(R"({"keys":{"A":{"values":{"":"text"}}}})");
-  EXPECT_EQ(store.value(L"a", L""), L"text");
-  EXPECT_EQ(store.problem(), "");
+  EXPECT_EQ(L"text", store.value(L"a", L""));
+  EXPECT_EQ("", store.problem());
 }
 
 }  // namespace

@@ -16,7 +16,7 @@
 namespace {
 
 struct Destroy {
-  void operator()(SAFEARRAY* array) const { EXPECT_EQ(SafeArrayDestroy(array), S_OK); }
+  void operator()(SAFEARRAY* array) const { EXPECT_EQ(S_OK, SafeArrayDestroy(array)); }
 };
 using Array = std::unique_ptr<SAFEARRAY, Destroy>;
 
@@ -36,47 +36,47 @@ TEST(SafeArray, HoldsElementsOfEveryType) {
   for (const auto& type : kElementTypes) {
     const Array array = vector_of(type.vt, 3, 1);
     ASSERT_TRUE(array) << type.vt;
-    EXPECT_EQ(SafeArrayGetDim(array.get()), 1u);
-    EXPECT_EQ(SafeArrayGetElemsize(array.get()), type.size);
+    EXPECT_EQ(1u, SafeArrayGetDim(array.get()));
+    EXPECT_EQ(type.size, SafeArrayGetElemsize(array.get()));
     VARTYPE vt = 0;
-    EXPECT_EQ(SafeArrayGetVartype(array.get(), &vt), S_OK);
-    EXPECT_EQ(vt, type.vt);
+    EXPECT_EQ(S_OK, SafeArrayGetVartype(array.get(), &vt));
+    EXPECT_EQ(type.vt, vt);
     const auto* const bytes = static_cast<const char*>(array->pvData);
-    for (UINT i = 0; i < 3 * type.size; ++i) EXPECT_EQ(bytes[i], 0);
+    for (UINT i = 0; i < 3 * type.size; ++i) EXPECT_EQ(0, bytes[i]);
   }
 }
 
 TEST(SafeArray, RefusesTypesThatNoElementCanHave) {
   const VARTYPE no_types[] = {VT_EMPTY, VT_NULL, 14, 15, 24, VT_ARRAY | VT_I4, VT_BYREF | VT_I4};
   for (const VARTYPE vt : no_types) {
-    EXPECT_EQ(SafeArrayCreateVector(vt, 0, 1), nullptr) << vt;
+    EXPECT_EQ(nullptr, SafeArrayCreateVector(vt, 0, 1)) << vt;
   }
 }
 
 TEST(SafeArray, RefusesSizesThatCannotBeRepresented) {
   const SAFEARRAYBOUND huge[] = {{0xFFFFFFFF, 0}, {0xFFFFFFFF, 0}, {0xFFFFFFFF, 0}};
-  EXPECT_EQ(SafeArrayCreate(VT_VARIANT, 3, huge), nullptr);
-  EXPECT_EQ(SafeArrayCreate(VT_UI1, 0, huge), nullptr);
-  EXPECT_EQ(SafeArrayCreate(VT_UI1, 1, nullptr), nullptr);
-  EXPECT_EQ(SafeArrayCreate(VT_UI1, 0x10000, huge), nullptr);
-  EXPECT_EQ(SafeArrayCreateVector(VT_UI1, std::numeric_limits<LONG>::max(), 2), nullptr);
+  EXPECT_EQ(nullptr, SafeArrayCreate(VT_VARIANT, 3, huge));
+  EXPECT_EQ(nullptr, SafeArrayCreate(VT_UI1, 0, huge));
+  EXPECT_EQ(nullptr, SafeArrayCreate(VT_UI1, 1, nullptr));
+  EXPECT_EQ(nullptr, SafeArrayCreate(VT_UI1, 0x10000, huge));
+  EXPECT_EQ(nullptr, SafeArrayCreateVector(VT_UI1, std::numeric_limits<LONG>::max(), 2));
   EXPECT_TRUE(vector_of(VT_UI1, 1, std::numeric_limits<LONG>::max()));
 }
 
 TEST(SafeArray, MayBeEmpty) {
   const Array array = vector_of(VT_VARIANT, 0);
   ASSERT_TRUE(array);
-  EXPECT_NE(array->pvData, nullptr);
+  EXPECT_NE(nullptr, array->pvData);
   LONG lower = -1;
   LONG upper = -1;
-  EXPECT_EQ(SafeArrayGetLBound(array.get(), 1, &lower), S_OK);
-  EXPECT_EQ(SafeArrayGetUBound(array.get(), 1, &upper), S_OK);
-  EXPECT_EQ(lower, 0);
-  EXPECT_EQ(upper, -1);
+  EXPECT_EQ(S_OK, SafeArrayGetLBound(array.get(), 1, &lower));
+  EXPECT_EQ(S_OK, SafeArrayGetUBound(array.get(), 1, &upper));
+  EXPECT_EQ(0, lower);
+  EXPECT_EQ(-1, upper);
   const LONG index = 0;
   void* element = &element;
-  EXPECT_EQ(SafeArrayPtrOfIndex(array.get(), &index, &element), DISP_E_BADINDEX);
-  EXPECT_EQ(element, nullptr);
+  EXPECT_EQ(DISP_E_BADINDEX, SafeArrayPtrOfIndex(array.get(), &index, &element));
+  EXPECT_EQ(nullptr, element);
 }
 
 // Two rows of three: element (row, column) lies at row + 2 * column.
@@ -84,8 +84,8 @@ TEST(SafeArray, NumbersItsDimensionsInDeclarationOrder) {
   const SAFEARRAYBOUND bounds[] = {{2, 10}, {3, -1}};
   const Array array(SafeArrayCreate(VT_I4, 2, bounds));
   ASSERT_TRUE(array);
-  EXPECT_EQ(array->rgsabound[0].cElements, 3u);  // the last dimension is stored first
-  EXPECT_EQ(array->rgsabound[1].cElements, 2u);
+  EXPECT_EQ(3u, array->rgsabound[0].cElements);  // the last dimension is stored first
+  EXPECT_EQ(2u, array->rgsabound[1].cElements);
   const struct {
     UINT dim;
     LONG lower, upper;
@@ -93,20 +93,20 @@ TEST(SafeArray, NumbersItsDimensionsInDeclarationOrder) {
   for (const auto& c : cases) {
     LONG lower = 99;
     LONG upper = 99;
-    EXPECT_EQ(SafeArrayGetLBound(array.get(), c.dim, &lower), S_OK);
-    EXPECT_EQ(SafeArrayGetUBound(array.get(), c.dim, &upper), S_OK);
-    EXPECT_EQ(lower, c.lower);
-    EXPECT_EQ(upper, c.upper);
+    EXPECT_EQ(S_OK, SafeArrayGetLBound(array.get(), c.dim, &lower));
+    EXPECT_EQ(S_OK, SafeArrayGetUBound(array.get(), c.dim, &upper));
+    EXPECT_EQ(c.lower, lower);
+    EXPECT_EQ(c.upper, upper);
   }
   for (LONG row = 10; row <= 11; ++row) {
     for (LONG column = -1; column <= 1; ++column) {
       const LONG indices[] = {row, column};
       LONG value = row * 100 + column;
-      EXPECT_EQ(SafeArrayPutElement(array.get(), indices, &value), S_OK);
-      EXPECT_EQ(static_cast<LONG*>(array->pvData)[(row - 10) + 2 * (column + 1)], value);
+      EXPECT_EQ(S_OK, SafeArrayPutElement(array.get(), indices, &value));
+      EXPECT_EQ(value, static_cast<LONG*>(array->pvData)[(row - 10) + 2 * (column + 1)]);
       LONG got = 0;
-      EXPECT_EQ(SafeArrayGetElement(array.get(), indices, &got), S_OK);
-      EXPECT_EQ(got, value);
+      EXPECT_EQ(S_OK, SafeArrayGetElement(array.get(), indices, &got));
+      EXPECT_EQ(value, got);
     }
   }
 }
@@ -122,17 +122,17 @@ TEST(SafeArray, RefusesIndicesOutsideItsBounds) {
                            {10, std::numeric_limits<LONG>::max()}};
   for (const auto& indices : cases) {
     LONG value = 5;
-    EXPECT_EQ(SafeArrayPutElement(array.get(), indices, &value), DISP_E_BADINDEX);
-    EXPECT_EQ(SafeArrayGetElement(array.get(), indices, &value), DISP_E_BADINDEX);
-    EXPECT_EQ(value, 5);
+    EXPECT_EQ(DISP_E_BADINDEX, SafeArrayPutElement(array.get(), indices, &value));
+    EXPECT_EQ(DISP_E_BADINDEX, SafeArrayGetElement(array.get(), indices, &value));
+    EXPECT_EQ(5, value);
   }
   for (const UINT dim : {0u, 3u}) {
     LONG bound = 7;
-    EXPECT_EQ(SafeArrayGetLBound(array.get(), dim, &bound), DISP_E_BADINDEX);
-    EXPECT_EQ(bound, 0);
+    EXPECT_EQ(DISP_E_BADINDEX, SafeArrayGetLBound(array.get(), dim, &bound));
+    EXPECT_EQ(0, bound);
     bound = 7;
-    EXPECT_EQ(SafeArrayGetUBound(array.get(), dim, &bound), DISP_E_BADINDEX);
-    EXPECT_EQ(bound, 0);
+    EXPECT_EQ(DISP_E_BADINDEX, SafeArrayGetUBound(array.get(), dim, &bound));
+    EXPECT_EQ(0, bound);
   }
 }
 
@@ -140,19 +140,19 @@ TEST(SafeArray, CopiesTextInAndOut) {
   const Array array = vector_of(VT_BSTR, 2);
   const LONG index = 1;
   const CComBSTR text(L"text");
-  EXPECT_EQ(SafeArrayPutElement(array.get(), &index, text.get()), S_OK);
+  EXPECT_EQ(S_OK, SafeArrayPutElement(array.get(), &index, text.get()));
   const BSTR inside = static_cast<BSTR*>(array->pvData)[1];
   EXPECT_NE(inside, text.get());
   CComBSTR got;
-  EXPECT_EQ(SafeArrayGetElement(array.get(), &index, got.put()), S_OK);
+  EXPECT_EQ(S_OK, SafeArrayGetElement(array.get(), &index, got.put()));
   EXPECT_NE(got.get(), inside);
-  EXPECT_EQ(got.view(), L"text");
-  EXPECT_EQ(SafeArrayPutElement(array.get(), &index, inside), S_OK);  // with itself
-  EXPECT_EQ(korlib::view_of(static_cast<BSTR*>(array->pvData)[1]), L"text");
-  EXPECT_EQ(SafeArrayPutElement(array.get(), &index, nullptr), S_OK);
+  EXPECT_EQ(L"text", got.view());
+  EXPECT_EQ(S_OK, SafeArrayPutElement(array.get(), &index, inside));  // with itself
+  EXPECT_EQ(L"text", korlib::view_of(static_cast<BSTR*>(array->pvData)[1]));
+  EXPECT_EQ(S_OK, SafeArrayPutElement(array.get(), &index, nullptr));
   BSTR none = text.get();
-  EXPECT_EQ(SafeArrayGetElement(array.get(), &index, &none), S_OK);
-  EXPECT_EQ(none, nullptr);
+  EXPECT_EQ(S_OK, SafeArrayGetElement(array.get(), &index, &none));
+  EXPECT_EQ(nullptr, none);
 }
 
 TEST(SafeArray, CountsObjectsInAndOut) {
@@ -160,31 +160,31 @@ TEST(SafeArray, CountsObjectsInAndOut) {
   {
     const Array array = vector_of(VT_DISPATCH, 1);
     const LONG index = 0;
-    EXPECT_EQ(SafeArrayPutElement(array.get(), &index, object.get()), S_OK);
-    EXPECT_EQ(object->references(), 2u);
-    EXPECT_EQ(SafeArrayPutElement(array.get(), &index, object.get()), S_OK);  // the old one goes
-    EXPECT_EQ(object->references(), 2u);
+    EXPECT_EQ(S_OK, SafeArrayPutElement(array.get(), &index, object.get()));
+    EXPECT_EQ(2u, object->references());
+    EXPECT_EQ(S_OK, SafeArrayPutElement(array.get(), &index, object.get()));  // the old one goes
+    EXPECT_EQ(2u, object->references());
     CComPtr<IDispatch> got;
-    EXPECT_EQ(SafeArrayGetElement(array.get(), &index, got.put()), S_OK);
-    EXPECT_EQ(object->references(), 3u);
+    EXPECT_EQ(S_OK, SafeArrayGetElement(array.get(), &index, got.put()));
+    EXPECT_EQ(3u, object->references());
   }
-  EXPECT_EQ(object->references(), 1u);
+  EXPECT_EQ(1u, object->references());
 }
 
 TEST(SafeArray, CopiesVariantsInAndOut) {
   const Array array = vector_of(VT_VARIANT, 1);
   const LONG index = 0;
   CComVariant value(L"first");
-  EXPECT_EQ(SafeArrayPutElement(array.get(), &index, &value), S_OK);
+  EXPECT_EQ(S_OK, SafeArrayPutElement(array.get(), &index, &value));
   value = CComVariant(L"second");
-  EXPECT_EQ(SafeArrayPutElement(array.get(), &index, &value), S_OK);
+  EXPECT_EQ(S_OK, SafeArrayPutElement(array.get(), &index, &value));
   VARIANT got;
   got.vt = VT_BSTR;
   got.llVal = -1;  // the receiver need not be initialised
-  EXPECT_EQ(SafeArrayGetElement(array.get(), &index, &got), S_OK);
-  EXPECT_EQ(korlib::view_of(got.bstrVal), L"second");
+  EXPECT_EQ(S_OK, SafeArrayGetElement(array.get(), &index, &got));
+  EXPECT_EQ(L"second", korlib::view_of(got.bstrVal));
   VariantClear(&got);
-  EXPECT_EQ(SafeArrayPutElement(array.get(), &index, nullptr), E_INVALIDARG);
+  EXPECT_EQ(E_INVALIDARG, SafeArrayPutElement(array.get(), &index, nullptr));
 }
 
 TEST(SafeArray, FreesWhatItHolds) {
@@ -203,25 +203,25 @@ TEST(SafeArray, FreesWhatItHolds) {
     inner.data<BSTR>()[0] = SysAllocString(L"z");
     inner.detach_to(static_cast<VARIANT*>(nested->pvData));
   }
-  EXPECT_EQ(object->references(), 1u);
-  EXPECT_EQ(korlib_host::live_strings(), strings);
+  EXPECT_EQ(1u, object->references());
+  EXPECT_EQ(strings, korlib_host::live_strings());
 }
 
 TEST(SafeArray, IsNeitherFreedNorResizedWhileLocked) {
   const Array array = vector_of(VT_UI1, 4);
   void* data = nullptr;
-  EXPECT_EQ(SafeArrayAccessData(array.get(), &data), S_OK);
-  EXPECT_EQ(data, array->pvData);
-  EXPECT_EQ(SafeArrayLock(array.get()), S_OK);
+  EXPECT_EQ(S_OK, SafeArrayAccessData(array.get(), &data));
+  EXPECT_EQ(array->pvData, data);
+  EXPECT_EQ(S_OK, SafeArrayLock(array.get()));
   const SAFEARRAYBOUND bound{8, 0};
-  EXPECT_EQ(SafeArrayDestroy(array.get()), DISP_E_ARRAYISLOCKED);
-  EXPECT_EQ(SafeArrayRedim(array.get(), &bound), DISP_E_ARRAYISLOCKED);
-  EXPECT_EQ(SafeArrayUnlock(array.get()), S_OK);
-  EXPECT_EQ(SafeArrayDestroy(array.get()), DISP_E_ARRAYISLOCKED);
-  EXPECT_EQ(SafeArrayUnaccessData(array.get()), S_OK);
-  EXPECT_EQ(SafeArrayUnlock(array.get()), E_UNEXPECTED);
-  EXPECT_EQ(SafeArrayUnaccessData(array.get()), E_UNEXPECTED);
-  EXPECT_EQ(SafeArrayRedim(array.get(), &bound), S_OK);
+  EXPECT_EQ(DISP_E_ARRAYISLOCKED, SafeArrayDestroy(array.get()));
+  EXPECT_EQ(DISP_E_ARRAYISLOCKED, SafeArrayRedim(array.get(), &bound));
+  EXPECT_EQ(S_OK, SafeArrayUnlock(array.get()));
+  EXPECT_EQ(DISP_E_ARRAYISLOCKED, SafeArrayDestroy(array.get()));
+  EXPECT_EQ(S_OK, SafeArrayUnaccessData(array.get()));
+  EXPECT_EQ(E_UNEXPECTED, SafeArrayUnlock(array.get()));
+  EXPECT_EQ(E_UNEXPECTED, SafeArrayUnaccessData(array.get()));
+  EXPECT_EQ(S_OK, SafeArrayRedim(array.get(), &bound));
 }
 
 TEST(SafeArray, IsNotFreedWhileAnArrayInsideIsLocked) {
@@ -231,11 +231,11 @@ TEST(SafeArray, IsNotFreedWhileAnArrayInsideIsLocked) {
   SAFEARRAY* const raw = inner.get();
   inner.detach_to(&static_cast<VARIANT*>(outer->pvData)[1]);
   SafeArrayLock(raw);
-  EXPECT_EQ(SafeArrayDestroy(outer.get()), DISP_E_ARRAYISLOCKED);
+  EXPECT_EQ(DISP_E_ARRAYISLOCKED, SafeArrayDestroy(outer.get()));
   const SAFEARRAYBOUND shorter{1, 0};
-  EXPECT_EQ(SafeArrayRedim(outer.get(), &shorter), DISP_E_ARRAYISLOCKED);
-  EXPECT_EQ(korlib::view_of(static_cast<VARIANT*>(outer->pvData)[0].bstrVal), L"kept");
-  EXPECT_EQ(static_cast<VARIANT*>(outer->pvData)[1].parray, raw);
+  EXPECT_EQ(DISP_E_ARRAYISLOCKED, SafeArrayRedim(outer.get(), &shorter));
+  EXPECT_EQ(L"kept", korlib::view_of(static_cast<VARIANT*>(outer->pvData)[0].bstrVal));
+  EXPECT_EQ(raw, static_cast<VARIANT*>(outer->pvData)[1].parray);
   SafeArrayUnlock(raw);
 }
 
@@ -248,22 +248,22 @@ TEST(SafeArray, IsFreedWhateverAReferenceInsideLeadsTo) {
   } place;
   place.array = other.get();
   std::memset(place.behind, 1, sizeof place.behind);  // as an array it would be a locked one
-  ASSERT_EQ(SafeArrayLock(other.get()), S_OK);
+  ASSERT_EQ(S_OK, SafeArrayLock(other.get()));
   SAFEARRAY* const array = SafeArrayCreateVector(VT_VARIANT, 0, 1);
   auto* const element = static_cast<VARIANT*>(array->pvData);
   element->vt = VT_BYREF | VT_ARRAY | VT_I4;
   element->byref = &place.array;
-  EXPECT_EQ(SafeArrayDestroy(array), S_OK);
-  EXPECT_EQ(place.array->cLocks, 1u);
+  EXPECT_EQ(S_OK, SafeArrayDestroy(array));
+  EXPECT_EQ(1u, place.array->cLocks);
   SafeArrayUnlock(other.get());
 }
 
 TEST(SafeArray, IsLockedAsOftenAsItCanCount) {
   CComSafeArray array(VT_I4, 1);
   array.get()->cLocks = std::numeric_limits<ULONG>::max() - 1;
-  EXPECT_EQ(SafeArrayLock(array.get()), S_OK);
-  EXPECT_EQ(SafeArrayLock(array.get()), E_UNEXPECTED);
-  EXPECT_EQ(array.get()->cLocks, std::numeric_limits<ULONG>::max());
+  EXPECT_EQ(S_OK, SafeArrayLock(array.get()));
+  EXPECT_EQ(E_UNEXPECTED, SafeArrayLock(array.get()));
+  EXPECT_EQ(std::numeric_limits<ULONG>::max(), array.get()->cLocks);
   array.get()->cLocks = 0;
 }
 
@@ -271,17 +271,17 @@ TEST(SafeArray, CopiesDeeplyWithItsBounds) {
   const SAFEARRAYBOUND bounds[] = {{2, 10}, {3, -1}};
   const Array array(SafeArrayCreate(VT_BSTR, 2, bounds));
   const LONG indices[] = {11, 1};
-  EXPECT_EQ(SafeArrayPutElement(array.get(), indices, CComBSTR(L"corner").get()), S_OK);
+  EXPECT_EQ(S_OK, SafeArrayPutElement(array.get(), indices, CComBSTR(L"corner").get()));
   SAFEARRAY* raw = nullptr;
-  ASSERT_EQ(SafeArrayCopy(array.get(), &raw), S_OK);
+  ASSERT_EQ(S_OK, SafeArrayCopy(array.get(), &raw));
   const Array copy(raw);
-  EXPECT_EQ(SafeArrayGetDim(raw), 2u);
+  EXPECT_EQ(2u, SafeArrayGetDim(raw));
   LONG upper = 0;
-  EXPECT_EQ(SafeArrayGetUBound(raw, 1, &upper), S_OK);
-  EXPECT_EQ(upper, 11);
+  EXPECT_EQ(S_OK, SafeArrayGetUBound(raw, 1, &upper));
+  EXPECT_EQ(11, upper);
   CComBSTR got;
-  EXPECT_EQ(SafeArrayGetElement(raw, indices, got.put()), S_OK);
-  EXPECT_EQ(got.view(), L"corner");
+  EXPECT_EQ(S_OK, SafeArrayGetElement(raw, indices, got.put()));
+  EXPECT_EQ(L"corner", got.view());
   EXPECT_NE(static_cast<BSTR*>(raw->pvData)[5], static_cast<BSTR*>(array->pvData)[5]);
 }
 
@@ -289,8 +289,8 @@ TEST(SafeArray, CopiesUnlockedFromALockedOne) {
   const Array array = vector_of(VT_I4, 1);
   SafeArrayLock(array.get());
   SAFEARRAY* raw = nullptr;
-  ASSERT_EQ(SafeArrayCopy(array.get(), &raw), S_OK);
-  EXPECT_EQ(SafeArrayDestroy(raw), S_OK);
+  ASSERT_EQ(S_OK, SafeArrayCopy(array.get(), &raw));
+  EXPECT_EQ(S_OK, SafeArrayDestroy(raw));
   SafeArrayUnlock(array.get());
 }
 
@@ -303,11 +303,11 @@ TEST(SafeArray, FreesAHalfMadeCopyWhenMemoryIsShort) {
     for (unsigned nth = 1; nth <= 3; ++nth) {
       const korlib_host::StringFailure failure(nth);
       SAFEARRAY* copy = array.get();
-      EXPECT_EQ(SafeArrayCopy(array.get(), &copy), E_OUTOFMEMORY);
-      EXPECT_EQ(copy, nullptr);
+      EXPECT_EQ(E_OUTOFMEMORY, SafeArrayCopy(array.get(), &copy));
+      EXPECT_EQ(nullptr, copy);
     }
   }
-  EXPECT_EQ(korlib_host::live_strings(), before);
+  EXPECT_EQ(before, korlib_host::live_strings());
 }
 
 TEST(SafeArray, ResizesItsLastDimension) {
@@ -322,26 +322,26 @@ TEST(SafeArray, ResizesItsLastDimension) {
       }
     }
     const SAFEARRAYBOUND longer{4, 5};
-    EXPECT_EQ(SafeArrayRedim(array.get(), &longer), S_OK);
+    EXPECT_EQ(S_OK, SafeArrayRedim(array.get(), &longer));
     const LONG kept[] = {1, 6};
     const LONG fresh[] = {1, 8};
     CComBSTR got;
-    EXPECT_EQ(SafeArrayGetElement(array.get(), kept, got.put()), S_OK);
-    EXPECT_EQ(got.view(), L"one");
-    EXPECT_EQ(SafeArrayGetElement(array.get(), fresh, got.put()), S_OK);
-    EXPECT_EQ(got.get(), nullptr);
+    EXPECT_EQ(S_OK, SafeArrayGetElement(array.get(), kept, got.put()));
+    EXPECT_EQ(L"one", got.view());
+    EXPECT_EQ(S_OK, SafeArrayGetElement(array.get(), fresh, got.put()));
+    EXPECT_EQ(nullptr, got.get());
     const SAFEARRAYBOUND shorter{1, 0};
-    EXPECT_EQ(SafeArrayRedim(array.get(), &shorter), S_OK);
+    EXPECT_EQ(S_OK, SafeArrayRedim(array.get(), &shorter));
     const LONG first[] = {1, 0};
-    EXPECT_EQ(SafeArrayGetElement(array.get(), first, got.put()), S_OK);
-    EXPECT_EQ(got.view(), L"one");
-    EXPECT_EQ(SafeArrayGetElement(array.get(), kept, got.put()), DISP_E_BADINDEX);
+    EXPECT_EQ(S_OK, SafeArrayGetElement(array.get(), first, got.put()));
+    EXPECT_EQ(L"one", got.view());
+    EXPECT_EQ(DISP_E_BADINDEX, SafeArrayGetElement(array.get(), kept, got.put()));
     const SAFEARRAYBOUND nothing{0, 0};
-    EXPECT_EQ(SafeArrayRedim(array.get(), &nothing), S_OK);
+    EXPECT_EQ(S_OK, SafeArrayRedim(array.get(), &nothing));
     const SAFEARRAYBOUND impossible{2, std::numeric_limits<LONG>::max()};
-    EXPECT_EQ(SafeArrayRedim(array.get(), &impossible), E_INVALIDARG);
+    EXPECT_EQ(E_INVALIDARG, SafeArrayRedim(array.get(), &impossible));
   }
-  EXPECT_EQ(korlib_host::live_strings(), strings);
+  EXPECT_EQ(strings, korlib_host::live_strings());
 }
 
 TEST(SafeArray, AnswersNullPointersWithACode) {
@@ -350,26 +350,26 @@ TEST(SafeArray, AnswersNullPointersWithACode) {
   VARTYPE vt = 0;
   SAFEARRAY* copy = nullptr;
   const SAFEARRAYBOUND bound{1, 0};
-  EXPECT_EQ(SafeArrayDestroy(nullptr), S_OK);
-  EXPECT_EQ(SafeArrayGetDim(nullptr), 0u);
-  EXPECT_EQ(SafeArrayGetElemsize(nullptr), 0u);
-  EXPECT_EQ(SafeArrayCopy(nullptr, &copy), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayLock(nullptr), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayUnlock(nullptr), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayAccessData(nullptr, &data), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayUnaccessData(nullptr), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayPutElement(nullptr, &number, &number), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayGetElement(nullptr, &number, &number), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayPtrOfIndex(nullptr, &number, &data), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayGetLBound(nullptr, 1, &number), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayGetUBound(nullptr, 1, &number), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayGetVartype(nullptr, &vt), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayRedim(nullptr, &bound), E_INVALIDARG);
+  EXPECT_EQ(S_OK, SafeArrayDestroy(nullptr));
+  EXPECT_EQ(0u, SafeArrayGetDim(nullptr));
+  EXPECT_EQ(0u, SafeArrayGetElemsize(nullptr));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayCopy(nullptr, &copy));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayLock(nullptr));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayUnlock(nullptr));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayAccessData(nullptr, &data));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayUnaccessData(nullptr));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayPutElement(nullptr, &number, &number));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayGetElement(nullptr, &number, &number));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayPtrOfIndex(nullptr, &number, &data));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayGetLBound(nullptr, 1, &number));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayGetUBound(nullptr, 1, &number));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayGetVartype(nullptr, &vt));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayRedim(nullptr, &bound));
   const Array array = vector_of(VT_I4, 1);
-  EXPECT_EQ(SafeArrayCopy(array.get(), nullptr), E_POINTER);
-  EXPECT_EQ(SafeArrayAccessData(array.get(), nullptr), E_POINTER);
-  EXPECT_EQ(SafeArrayPtrOfIndex(array.get(), nullptr, &data), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayGetLBound(array.get(), 1, nullptr), E_POINTER);
+  EXPECT_EQ(E_POINTER, SafeArrayCopy(array.get(), nullptr));
+  EXPECT_EQ(E_POINTER, SafeArrayAccessData(array.get(), nullptr));
+  EXPECT_EQ(E_INVALIDARG, SafeArrayPtrOfIndex(array.get(), nullptr, &data));
+  EXPECT_EQ(E_POINTER, SafeArrayGetLBound(array.get(), 1, nullptr));
 }
 
 TEST(SafeArray, TakesOverMemoryThatIsThereAlready) {
@@ -377,28 +377,28 @@ TEST(SafeArray, TakesOverMemoryThatIsThereAlready) {
   std::memcpy(bytes, "abc", 3);
   const Array array(korlib_host::adopt_bytes(bytes, 3));
   ASSERT_TRUE(array);
-  EXPECT_EQ(array->pvData, bytes);
+  EXPECT_EQ(bytes, array->pvData);
   LONG upper = 0;
   VARTYPE vt = VT_EMPTY;
-  EXPECT_EQ(SafeArrayGetUBound(array.get(), 1, &upper), S_OK);
-  EXPECT_EQ(upper, 2);
-  EXPECT_EQ(SafeArrayGetVartype(array.get(), &vt), S_OK);
-  EXPECT_EQ(vt, VT_UI1);
+  EXPECT_EQ(S_OK, SafeArrayGetUBound(array.get(), 1, &upper));
+  EXPECT_EQ(2, upper);
+  EXPECT_EQ(S_OK, SafeArrayGetVartype(array.get(), &vt));
+  EXPECT_EQ(VT_UI1, vt);
   const SAFEARRAYBOUND longer{5, 0};
-  ASSERT_EQ(SafeArrayRedim(array.get(), &longer), S_OK);
-  EXPECT_EQ(std::memcmp(array->pvData, "abc\0\0", 5), 0);
+  ASSERT_EQ(S_OK, SafeArrayRedim(array.get(), &longer));
+  EXPECT_EQ(0, std::memcmp(array->pvData, "abc\0\0", 5));
 }
 
 TEST(SafeArray, TakesOverNothingAsAnEmptyArray) {
   const Array array(korlib_host::adopt_bytes(nullptr, 0));
   ASSERT_TRUE(array);
-  EXPECT_EQ(array->rgsabound[0].cElements, 0u);
-  EXPECT_NE(array->pvData, nullptr);
+  EXPECT_EQ(0u, array->rgsabound[0].cElements);
+  EXPECT_NE(nullptr, array->pvData);
 }
 
 TEST(SafeArray, LeavesMemoryThatIsTooLargeToItsOwner) {
   char byte = 0;
-  EXPECT_EQ(korlib_host::adopt_bytes(&byte, std::size_t{1} << 31), nullptr);
+  EXPECT_EQ(nullptr, korlib_host::adopt_bytes(&byte, std::size_t{1} << 31));
 }
 
 }  // namespace

@@ -5,14 +5,14 @@ namespace {
 
 TEST(StayingModule, IsNeverClosed) {
   void* none = &none;
-  EXPECT_EQ(korlib_host::get_class_object_by_name(STAYING_MODULE_PATH, L"x", IID_IClassFactory, &none),
-            CLASS_E_CLASSNOTAVAILABLE);
-  EXPECT_EQ(none, nullptr);
-  EXPECT_EQ(sample::take_steps(), sample::Steps{"attach"});
+  EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+            korlib_host::get_class_object_by_name(STAYING_MODULE_PATH, L"x", IID_IClassFactory, &none));
+  EXPECT_EQ(nullptr, none);
+  EXPECT_EQ(sample::Steps{"attach"}, sample::take_steps());
   CoFreeUnusedLibraries();
   CoFreeUnusedLibraries();
-  EXPECT_EQ(sample::take_steps(), sample::Steps());
-  EXPECT_EQ(korlib_host::open_modules(), 1u);
+  EXPECT_EQ(sample::Steps(), sample::take_steps());
+  EXPECT_EQ(1u, korlib_host::open_modules());
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ using namespace values;
 
 std::wstring text_of(const CComVariant& value) {
   CComVariant target;
-  EXPECT_EQ(VariantChangeType(&target, &value, 0, VT_BSTR), S_OK);
+  EXPECT_EQ(S_OK, VariantChangeType(&target, &value, 0, VT_BSTR));
   return target.vt == VT_BSTR ? std::wstring(korlib::view_of(target.bstrVal)) : L"(failed)";
 }
 
@@ -29,7 +29,7 @@ HRESULT read(std::wstring_view source, VARTYPE vt, CComVariant* target) {
 
 double real_of(std::wstring_view source) {
   CComVariant target;
-  EXPECT_EQ(read(source, VT_R8, &target), S_OK);
+  EXPECT_EQ(S_OK, read(source, VT_R8, &target));
   return target.dblVal;
 }
 
@@ -63,14 +63,14 @@ TEST(NumberText, IsWhatAScriptPrintsWithACapitalE) {
                {std::numeric_limits<double>::infinity(), L"Infinity"},
                {-std::numeric_limits<double>::infinity(), L"-Infinity"},
                {std::numeric_limits<double>::quiet_NaN(), L"NaN"}};
-  for (const auto& c : cases) EXPECT_EQ(text_of(r8(c.number)), c.text);
+  for (const auto& c : cases) EXPECT_EQ(c.text, text_of(r8(c.number)));
 }
 
 TEST(NumberText, IsTheShortestForAFloatAsWell) {
-  EXPECT_EQ(text_of(r4(0.1f)), L"0.1");
-  EXPECT_EQ(text_of(r4(16777216.0f)), L"16777216");
-  EXPECT_EQ(text_of(r4(3.4028235e38f)), L"3.4028235E+38");
-  EXPECT_EQ(text_of(r4(1e-7f)), L"1E-7");
+  EXPECT_EQ(L"0.1", text_of(r4(0.1f)));
+  EXPECT_EQ(L"16777216", text_of(r4(16777216.0f)));
+  EXPECT_EQ(L"3.4028235E+38", text_of(r4(3.4028235e38f)));
+  EXPECT_EQ(L"1E-7", text_of(r4(1e-7f)));
 }
 
 TEST(NumberText, ReadsBackAsTheSameNumber) {
@@ -80,7 +80,7 @@ TEST(NumberText, ReadsBackAsTheSameNumber) {
     double number = 0;
     std::memcpy(&number, &bits, sizeof number);
     if (!std::isfinite(number)) continue;
-    EXPECT_EQ(real_of(text_of(r8(number))), number);
+    EXPECT_EQ(number, real_of(text_of(r8(number))));
   }
 }
 
@@ -90,7 +90,7 @@ TEST(NumberText, ShowsNoMoreDecimalsOfAnAmountThanItHas) {
     const wchar_t* text;
   } cases[] = {{0, L"0"},        {10000, L"1"},  {12345, L"1.2345"}, {12300, L"1.23"},
                {-5000, L"-0.5"}, {1, L"0.0001"}, {-1, L"-0.0001"},   {100000000, L"10000"}};
-  for (const auto& c : cases) EXPECT_EQ(text_of(cy(c.ten_thousandths)), c.text);
+  for (const auto& c : cases) EXPECT_EQ(c.text, text_of(cy(c.ten_thousandths)));
 }
 
 TEST(NumberText, IsReadWithBlanksSignPointAndExponent) {
@@ -122,25 +122,25 @@ TEST(NumberText, IsReadWithBlanksSignPointAndExponent) {
                {L"-&H10", -16},
                {L"&O17", 15},
                {L"&HFFFFFFFFFFFFFFFF", 18446744073709551615.0}};
-  for (const auto& c : cases) EXPECT_EQ(real_of(c.text), c.number);
+  for (const auto& c : cases) EXPECT_EQ(c.number, real_of(c.text));
 }
 
 TEST(NumberText, IsRefusedBeyondTheRangeOfADouble) {
   for (const wchar_t* text : {L"1e309", L"-1e309", L"1e999999999999", L"&H10000000000000000"}) {
     CComVariant target;
-    EXPECT_EQ(read(text, VT_R8, &target), DISP_E_OVERFLOW);
-    EXPECT_EQ(target.vt, VT_EMPTY);
+    EXPECT_EQ(DISP_E_OVERFLOW, read(text, VT_R8, &target));
+    EXPECT_EQ(VT_EMPTY, target.vt);
   }
 }
 
 TEST(NumberText, MayBeVeryLong) {
-  EXPECT_EQ(real_of(std::wstring(100000, L'0') + L"1"), 1);
-  EXPECT_EQ(real_of(L"0." + std::wstring(100000, L'0') + L"1e100001"), 1);
-  EXPECT_EQ(real_of(L"1" + std::wstring(300, L'0')), 1e300);
+  EXPECT_EQ(1, real_of(std::wstring(100000, L'0') + L"1"));
+  EXPECT_EQ(1, real_of(L"0." + std::wstring(100000, L'0') + L"1e100001"));
+  EXPECT_EQ(1e300, real_of(L"1" + std::wstring(300, L'0')));
   CComVariant target;
-  EXPECT_EQ(read(L"1" + std::wstring(100000, L'0'), VT_R8, &target), DISP_E_OVERFLOW);
-  EXPECT_EQ(read(L"9007199254740993", VT_I8, &target), S_OK);  // exact, though no double is
-  EXPECT_EQ(target.llVal, 9007199254740993);
+  EXPECT_EQ(DISP_E_OVERFLOW, read(L"1" + std::wstring(100000, L'0'), VT_R8, &target));
+  EXPECT_EQ(S_OK, read(L"9007199254740993", VT_I8, &target));  // exact, though no double is
+  EXPECT_EQ(9007199254740993, target.llVal);
 }
 
 TEST(NumberText, DoesNotDependOnTheLocale) {
@@ -149,12 +149,12 @@ TEST(NumberText, DoesNotDependOnTheLocale) {
   for (const char* const name : with_comma) {
     if (std::setlocale(LC_ALL, name)) break;
   }
-  EXPECT_EQ(text_of(r8(1.5)), L"1.5");
-  EXPECT_EQ(text_of(cy(15000)), L"1.5");
-  EXPECT_EQ(real_of(L"1.5"), 1.5);
+  EXPECT_EQ(L"1.5", text_of(r8(1.5)));
+  EXPECT_EQ(L"1.5", text_of(cy(15000)));
+  EXPECT_EQ(1.5, real_of(L"1.5"));
   CComVariant target;
-  EXPECT_EQ(read(L"1.5", VT_CY, &target), S_OK);
-  EXPECT_EQ(target.cyVal.int64, 15000);
+  EXPECT_EQ(S_OK, read(L"1.5", VT_CY, &target));
+  EXPECT_EQ(15000, target.cyVal.int64);
   std::setlocale(LC_ALL, before.c_str());
 }
 
@@ -175,14 +175,14 @@ TEST(DateText, PutsTheYearFirst) {
                {-657434, L"0100-01-01"},
                {36526 + 59.0 / 86400, L"2000-01-01 00:00:59"},
                {36525.9999999, L"2000-01-01"}};  // to the nearest second
-  for (const auto& c : cases) EXPECT_EQ(text_of(date(c.date)), c.text);
+  for (const auto& c : cases) EXPECT_EQ(c.text, text_of(date(c.date)));
 }
 
 TEST(DateText, IsRefusedForWhatIsNoDate) {
   for (const DATE no_date : {2958466.0, 2958465.9999999, -657435.0, 1e300, std::nan("")}) {
     const CComVariant value = date(no_date);
     CComVariant target;
-    EXPECT_EQ(VariantChangeType(&target, &value, 0, VT_BSTR), DISP_E_OVERFLOW);
+    EXPECT_EQ(DISP_E_OVERFLOW, VariantChangeType(&target, &value, 0, VT_BSTR));
   }
 }
 
@@ -207,8 +207,8 @@ TEST(DateText, IsRead) {
                {L"9999-12-31", 2958465}};
   for (const auto& c : cases) {
     CComVariant target;
-    EXPECT_EQ(read(c.text, VT_DATE, &target), S_OK);
-    EXPECT_EQ(target.date, c.date) << text_of(target);
+    EXPECT_EQ(S_OK, read(c.text, VT_DATE, &target));
+    EXPECT_EQ(c.date, target.date) << text_of(target);
   }
 }
 
@@ -217,7 +217,7 @@ TEST(DateText, ReadsBackToTheSecond) {
     const double part = std::abs(day) % 24 / 24.0;
     const DATE value = day < 0 ? day - part : day + part;
     CComVariant target;
-    ASSERT_EQ(read(text_of(date(value)), VT_DATE, &target), S_OK);
+    ASSERT_EQ(S_OK, read(text_of(date(value)), VT_DATE, &target));
     EXPECT_NEAR(target.date, value, 0.5 / 86400);
   }
 }

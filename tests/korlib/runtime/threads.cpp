@@ -54,8 +54,8 @@ TEST(Threads, PassStringsToEachOther) {
     }
   });
   for (const BSTR text : passed) SysFreeString(text);
-  EXPECT_EQ(wrong, 0);
-  EXPECT_EQ(korlib_host::live_strings(), before);
+  EXPECT_EQ(0, wrong);
+  EXPECT_EQ(before, korlib_host::live_strings());
 }
 
 TEST(Threads, KeepTheirErrorsApart) {
@@ -75,15 +75,15 @@ TEST(Threads, KeepTheirErrorsApart) {
       wrong += got.view() != text;
     }
   });
-  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(0, wrong);
 }
 
 TEST(Threads, OpenAndCloseModulesTogether) {
   const TemporaryFolder folder;
   const auto store = std::make_shared<korlib_host::RegistryStore>(folder.path() / "registry.json");
   const std::wstring key = L"CLSID\\{9B1C6B5E-0F0E-4B7A-9C1D-3A5B7C9D1E01}\\InProcServer32";
-  ASSERT_EQ(store->create_key(key), S_OK);
-  ASSERT_EQ(store->set_value(key, L"", std::filesystem::path(SAMPLE_MODULE_PATH).wstring()), S_OK);
+  ASSERT_EQ(S_OK, store->create_key(key));
+  ASSERT_EQ(S_OK, store->set_value(key, L"", std::filesystem::path(SAMPLE_MODULE_PATH).wstring()));
   korlib_host::set_registry(store);
   std::atomic<int> failed{0};
   // The modules are closed while no thread is inside one, as their header demands.
@@ -101,10 +101,10 @@ TEST(Threads, OpenAndCloseModulesTogether) {
       }
     });
     CoFreeUnusedLibraries();
-    EXPECT_EQ(korlib_host::open_modules(), 0u);
-    EXPECT_EQ(sample::take_steps(), (sample::Steps{"attach", "detach"})) << "opened once, whoever came first";
+    EXPECT_EQ(0u, korlib_host::open_modules());
+    EXPECT_EQ((sample::Steps{"attach", "detach"}), sample::take_steps()) << "opened once, whoever came first";
   }
-  EXPECT_EQ(failed, 0);
+  EXPECT_EQ(0, failed);
   korlib_host::set_registry(nullptr);
 }
 
@@ -129,7 +129,7 @@ TEST(Threads, AddClassesWhileOthersLookThemUp) {
       wrong += CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &object) != E_NOINTERFACE;
     }
   });
-  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(0, wrong);
 }
 
 TEST(Threads, WriteOneRegistryTogether) {
@@ -145,12 +145,12 @@ TEST(Threads, WriteOneRegistryTogether) {
       failed += store.create_key(key) != S_OK || store.set_value(key, L"", key) != S_OK || store.value(key, L"") != key;
     }
   });
-  EXPECT_EQ(failed, 0);
+  EXPECT_EQ(0, failed);
   const korlib_host::RegistryStore after(file);
   for (int number = 0; number < kThreads; ++number) {
     for (int i = 0; i < 10; ++i) {
       const std::wstring key = std::to_wstring(number) + L"\\" + std::to_wstring(i);
-      EXPECT_EQ(after.value(key, L""), key);
+      EXPECT_EQ(key, after.value(key, L""));
     }
   }
 }
@@ -163,7 +163,7 @@ TEST(Threads, DecodeCodePagesTogether) {
       wrong += codepage_utf32(932, "\x82\xA0", 2, &out, 1) != 1 || out != L'\x3042';
     }
   });
-  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(0, wrong);
 }
 
 }  // namespace

@@ -19,25 +19,25 @@ ITypeLib* poison() { return reinterpret_cast<ITypeLib*>(&asked_for); }
 
 TEST(TypeLibraries, CannotBeLoadedWithoutAProvider) {
   ITypeLib* library = poison();
-  EXPECT_EQ(LoadTypeLib(L"/some/module.so", &library), TYPE_E_CANTLOADLIBRARY);
-  EXPECT_EQ(library, nullptr);
+  EXPECT_EQ(TYPE_E_CANTLOADLIBRARY, LoadTypeLib(L"/some/module.so", &library));
+  EXPECT_EQ(nullptr, library);
 }
 
 TEST(TypeLibraries, AreAskedOfTheProvider) {
   korlib_host::set_type_library_provider(refuse);
   ITypeLib* library = poison();
-  EXPECT_EQ(LoadTypeLib(L"/some/module.so\\2", &library), E_ACCESSDENIED);
-  EXPECT_EQ(library, nullptr);
-  EXPECT_EQ(asked_for, L"/some/module.so\\2");
+  EXPECT_EQ(E_ACCESSDENIED, LoadTypeLib(L"/some/module.so\\2", &library));
+  EXPECT_EQ(nullptr, library);
+  EXPECT_EQ(L"/some/module.so\\2", asked_for);
   korlib_host::set_type_library_provider(nullptr);
-  EXPECT_EQ(LoadTypeLib(L"x", &library), TYPE_E_CANTLOADLIBRARY);
+  EXPECT_EQ(TYPE_E_CANTLOADLIBRARY, LoadTypeLib(L"x", &library));
 }
 
 TEST(TypeLibraries, AnswerNullPointersWithACode) {
   ITypeLib* library = poison();
-  EXPECT_EQ(LoadTypeLib(L"x", nullptr), E_POINTER);
-  EXPECT_EQ(LoadTypeLib(nullptr, &library), E_INVALIDARG);
-  EXPECT_EQ(library, nullptr);
+  EXPECT_EQ(E_POINTER, LoadTypeLib(L"x", nullptr));
+  EXPECT_EQ(E_INVALIDARG, LoadTypeLib(nullptr, &library));
+  EXPECT_EQ(nullptr, library);
 }
 
 }  // namespace

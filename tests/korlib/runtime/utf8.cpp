@@ -11,13 +11,13 @@ namespace {
 
 std::wstring decoded(std::string_view bytes) {
   std::wstring text(utf8_utf32(bytes.data(), bytes.size(), nullptr, 0), L'?');
-  EXPECT_EQ(utf8_utf32(bytes.data(), bytes.size(), text.data(), text.size()), text.size());
+  EXPECT_EQ(text.size(), utf8_utf32(bytes.data(), bytes.size(), text.data(), text.size()));
   return text;
 }
 
 std::string encoded(std::wstring_view text) {
   std::string bytes(utf32_utf8(text.data(), text.size(), nullptr, 0), '?');
-  EXPECT_EQ(utf32_utf8(text.data(), text.size(), bytes.data(), bytes.size()), bytes.size());
+  EXPECT_EQ(bytes.size(), utf32_utf8(text.data(), text.size(), bytes.data(), bytes.size()));
   return bytes;
 }
 
@@ -45,8 +45,8 @@ const struct {
 
 TEST(Utf8, ConvertsBothWays) {
   for (const auto& pair : kPairs) {
-    EXPECT_EQ(encoded(pair.text), pair.bytes);
-    EXPECT_EQ(decoded(pair.bytes), pair.text);
+    EXPECT_EQ(pair.bytes, encoded(pair.text));
+    EXPECT_EQ(pair.text, decoded(pair.bytes));
   }
 }
 
@@ -55,13 +55,13 @@ TEST(Utf8, GivesEveryCharacterBackUnchanged) {
   for (unsigned c = 0; c <= 0x10FFFF; ++c) {
     if (c < 0xD800 || c > 0xDFFF) all += static_cast<wchar_t>(c);
   }
-  EXPECT_EQ(decoded(encoded(all)), all);
+  EXPECT_EQ(all, decoded(encoded(all)));
 }
 
 TEST(Utf8, ReplacesWhatIsNoCharacterWhenEncoding) {
   const wchar_t no_characters[] = {static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0xDFFF),
                                    static_cast<wchar_t>(0x110000), static_cast<wchar_t>(-1)};
-  EXPECT_EQ(encoded({no_characters, 4}), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
+  EXPECT_EQ("\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD", encoded({no_characters, 4}));
 }
 
 // Tables 3-8 to 3-11 of the Unicode Standard, and sequences that end too soon.
@@ -94,7 +94,7 @@ TEST(Utf8, ReplacesEachMaximalIllFormedSubsequenceOnce) {
       {"\xF0\x9F\x98\xC3\xA9", L"\xFFFD\xE9"},
       {"\xF8\x88\x80\x80\x80", L"\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD"},
   };
-  for (const auto& c : cases) EXPECT_EQ(decoded(c.bytes), c.text) << testing::PrintToString(c.bytes);
+  for (const auto& c : cases) EXPECT_EQ(c.text, decoded(c.bytes)) << testing::PrintToString(c.bytes);
 }
 
 // A text whose runs of ASCII begin and end at every distance from a vector's edge.
@@ -109,36 +109,35 @@ TEST(Utf8, NeverWritesBeyondTheCapacity) {
   const std::string bytes = encoded(text);
   for (std::size_t capacity = 0; capacity <= bytes.size(); ++capacity) {
     std::vector<char> out(capacity + 1, '\x7E');
-    EXPECT_EQ(utf32_utf8(text.data(), text.size(), out.data(), capacity), bytes.size());
+    EXPECT_EQ(bytes.size(), utf32_utf8(text.data(), text.size(), out.data(), capacity));
     // Cut between characters: what is written is a prefix, and the rest of the room is untouched.
     const std::size_t written = std::string_view(out.data(), out.size()).find('\x7E');
     EXPECT_LE(written, capacity);
     EXPECT_GE(written + 3, capacity + 1);
-    EXPECT_EQ(bytes.compare(0, written, out.data(), written), 0);
-    EXPECT_NE(static_cast<unsigned char>(bytes[written]) & 0xC0, 0x80) << capacity;
-    for (std::size_t i = written; i <= capacity; ++i) EXPECT_EQ(out[i], '\x7E');
+    EXPECT_EQ(0, bytes.compare(0, written, out.data(), written));
+    EXPECT_NE(0x80, static_cast<unsigned char>(bytes[written]) & 0xC0) << capacity;
+    for (std::size_t i = written; i <= capacity; ++i) EXPECT_EQ('\x7E', out[i]);
   }
   for (std::size_t capacity = 0; capacity <= text.size(); ++capacity) {
     std::vector<wchar_t> out(capacity + 1, L'~');
-    EXPECT_EQ(utf8_utf32(bytes.data(), bytes.size(), out.data(), capacity), text.size());
-    EXPECT_EQ(text.compare(0, capacity, out.data(), capacity), 0);
-    EXPECT_EQ(out[capacity], L'~');
+    EXPECT_EQ(text.size(), utf8_utf32(bytes.data(), bytes.size(), out.data(), capacity));
+    EXPECT_EQ(0, text.compare(0, capacity, out.data(), capacity));
+    EXPECT_EQ(L'~', out[capacity]);
   }
 }
 
 TEST(Utf8, WritesNothingBehindTheFirstCharacterThatDoesNotFit) {
   char out[2] = {'?', '?'};
-  EXPECT_EQ(utf32_utf8(L"\x3042"
-                       L"a",
-                       2, out, 2),
-            4u);
-  EXPECT_EQ(out[0], '?');
-  EXPECT_EQ(out[1], '?');
+  EXPECT_EQ(4u, utf32_utf8(L"\x3042"
+                           L"a",
+                           2, out, 2));
+  EXPECT_EQ('?', out[0]);
+  EXPECT_EQ('?', out[1]);
 }
 
 TEST(Utf8, AcceptsNoTextAtAll) {
-  EXPECT_EQ(utf32_utf8(nullptr, 0, nullptr, 0), 0u);
-  EXPECT_EQ(utf8_utf32(nullptr, 0, nullptr, 0), 0u);
+  EXPECT_EQ(0u, utf32_utf8(nullptr, 0, nullptr, 0));
+  EXPECT_EQ(0u, utf8_utf32(nullptr, 0, nullptr, 0));
 }
 
 }  // namespace

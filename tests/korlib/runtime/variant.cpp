@@ -19,8 +19,8 @@ TEST(Variant, IsEmptyAfterInit) {
   v.vt = VT_BSTR;
   v.llVal = -1;
   VariantInit(&v);
-  EXPECT_EQ(v.vt, VT_EMPTY);
-  EXPECT_EQ(v.llVal, 0);
+  EXPECT_EQ(VT_EMPTY, v.vt);
+  EXPECT_EQ(0, v.llVal);
 }
 
 TEST(Variant, ClearsEveryPlainType) {
@@ -28,8 +28,8 @@ TEST(Variant, ClearsEveryPlainType) {
     VARIANT v{};
     v.vt = vt;
     v.llVal = -1;
-    EXPECT_EQ(VariantClear(&v), S_OK) << vt;
-    EXPECT_EQ(v.vt, VT_EMPTY);
+    EXPECT_EQ(S_OK, VariantClear(&v)) << vt;
+    EXPECT_EQ(VT_EMPTY, v.vt);
   }
 }
 
@@ -39,12 +39,12 @@ TEST(Variant, RefusesTypesThatDoNotExist) {
   for (const VARTYPE vt : no_types) {
     VARIANT v{};
     v.vt = vt;
-    EXPECT_EQ(VariantClear(&v), DISP_E_BADVARTYPE) << vt;
-    EXPECT_EQ(v.vt, vt);
+    EXPECT_EQ(DISP_E_BADVARTYPE, VariantClear(&v)) << vt;
+    EXPECT_EQ(vt, v.vt);
     CComVariant target(7);
-    EXPECT_EQ(VariantCopy(&target, &v), DISP_E_BADVARTYPE) << vt;
-    EXPECT_EQ(VariantCopyInd(&target, &v), DISP_E_BADVARTYPE) << vt;
-    EXPECT_EQ(VariantChangeType(&target, &v, 0, VT_I4), DISP_E_BADVARTYPE) << vt;
+    EXPECT_EQ(DISP_E_BADVARTYPE, VariantCopy(&target, &v)) << vt;
+    EXPECT_EQ(DISP_E_BADVARTYPE, VariantCopyInd(&target, &v)) << vt;
+    EXPECT_EQ(DISP_E_BADVARTYPE, VariantChangeType(&target, &v, 0, VT_I4)) << vt;
     EXPECT_PRED2(values::same, target, values::i4(7));
   }
 }
@@ -55,17 +55,17 @@ TEST(Variant, ReleasesWhatItHoldsOnce) {
   v.vt = VT_DISPATCH;
   v.pdispVal = object.get();
   object->AddRef();
-  EXPECT_EQ(VariantClear(&v), S_OK);
-  EXPECT_EQ(object->references(), 1u);
-  EXPECT_EQ(VariantClear(&v), S_OK);
-  EXPECT_EQ(object->references(), 1u);
+  EXPECT_EQ(S_OK, VariantClear(&v));
+  EXPECT_EQ(1u, object->references());
+  EXPECT_EQ(S_OK, VariantClear(&v));
+  EXPECT_EQ(1u, object->references());
 }
 
 TEST(Variant, ClearsAReferenceWithoutTouchingTheValue) {
   CComVariant value(L"text");
   CComVariant reference = values::reference_to(value);
-  EXPECT_EQ(VariantClear(&reference), S_OK);
-  EXPECT_EQ(korlib::view_of(value.bstrVal), L"text");
+  EXPECT_EQ(S_OK, VariantClear(&reference));
+  EXPECT_EQ(L"text", korlib::view_of(value.bstrVal));
 }
 
 TEST(Variant, KeepsALockedArray) {
@@ -73,15 +73,15 @@ TEST(Variant, KeepsALockedArray) {
   SAFEARRAY* const raw = array.get();
   CComVariant v;
   array.detach_to(&v);
-  ASSERT_EQ(SafeArrayLock(raw), S_OK);
-  EXPECT_EQ(VariantClear(&v), DISP_E_ARRAYISLOCKED);
-  EXPECT_EQ(v.vt, VT_ARRAY | VT_UI1);
-  EXPECT_EQ(v.parray, raw);
+  ASSERT_EQ(S_OK, SafeArrayLock(raw));
+  EXPECT_EQ(DISP_E_ARRAYISLOCKED, VariantClear(&v));
+  EXPECT_EQ(VT_ARRAY | VT_UI1, v.vt);
+  EXPECT_EQ(raw, v.parray);
   // Nor can it be replaced by something else.
   const CComVariant other(L"other");
-  EXPECT_EQ(VariantCopy(&v, &other), DISP_E_ARRAYISLOCKED);
-  EXPECT_EQ(VariantChangeType(&v, &other, 0, VT_BSTR), DISP_E_ARRAYISLOCKED);
-  EXPECT_EQ(v.parray, raw);
+  EXPECT_EQ(DISP_E_ARRAYISLOCKED, VariantCopy(&v, &other));
+  EXPECT_EQ(DISP_E_ARRAYISLOCKED, VariantChangeType(&v, &other, 0, VT_BSTR));
+  EXPECT_EQ(raw, v.parray);
   SafeArrayUnlock(raw);
 }
 
@@ -91,18 +91,18 @@ TEST(Variant, CopiesEveryPlainTypeBitByBit) {
     source.vt = vt;
     source.llVal = 0x0102030405060708;
     CComVariant target(L"old");
-    EXPECT_EQ(VariantCopy(&target, &source), S_OK);
-    EXPECT_EQ(target.vt, vt);
-    EXPECT_EQ(target.llVal, source.llVal);
+    EXPECT_EQ(S_OK, VariantCopy(&target, &source));
+    EXPECT_EQ(vt, target.vt);
+    EXPECT_EQ(source.llVal, target.llVal);
   }
 }
 
 TEST(Variant, CopiesTextDeeply) {
   const CComVariant source(std::wstring_view(L"a\0b", 3));
   CComVariant target;
-  EXPECT_EQ(VariantCopy(&target, &source), S_OK);
+  EXPECT_EQ(S_OK, VariantCopy(&target, &source));
   EXPECT_NE(target.bstrVal, source.bstrVal);
-  EXPECT_EQ(korlib::view_of(target.bstrVal), std::wstring_view(L"a\0b", 3));
+  EXPECT_EQ(std::wstring_view(L"a\0b", 3), korlib::view_of(target.bstrVal));
 }
 
 TEST(Variant, CopiesBytesThatAreNoWholeCharacters) {
@@ -110,17 +110,17 @@ TEST(Variant, CopiesBytesThatAreNoWholeCharacters) {
   source.vt = VT_BSTR;
   source.bstrVal = SysAllocStringByteLen("abcde", 5);
   CComVariant target;
-  EXPECT_EQ(VariantCopy(&target, &source), S_OK);
-  EXPECT_EQ(SysStringByteLen(target.bstrVal), 5u);
-  EXPECT_EQ(std::memcmp(target.bstrVal, "abcde", 5), 0);
+  EXPECT_EQ(S_OK, VariantCopy(&target, &source));
+  EXPECT_EQ(5u, SysStringByteLen(target.bstrVal));
+  EXPECT_EQ(0, std::memcmp(target.bstrVal, "abcde", 5));
 }
 
 TEST(Variant, CopiesANullTextAsNull) {
   CComVariant source = values::of_type(VT_BSTR);
   CComVariant target(L"old");
-  EXPECT_EQ(VariantCopy(&target, &source), S_OK);
-  EXPECT_EQ(target.vt, VT_BSTR);
-  EXPECT_EQ(target.bstrVal, nullptr);
+  EXPECT_EQ(S_OK, VariantCopy(&target, &source));
+  EXPECT_EQ(VT_BSTR, target.vt);
+  EXPECT_EQ(nullptr, target.bstrVal);
 }
 
 TEST(Variant, CountsObjectsWhenCopying) {
@@ -128,11 +128,11 @@ TEST(Variant, CountsObjectsWhenCopying) {
   {
     const CComVariant source(object.get());
     CComVariant target;
-    EXPECT_EQ(VariantCopy(&target, &source), S_OK);
-    EXPECT_EQ(target.pdispVal, object.get());
-    EXPECT_EQ(object->references(), 3u);
+    EXPECT_EQ(S_OK, VariantCopy(&target, &source));
+    EXPECT_EQ(object.get(), target.pdispVal);
+    EXPECT_EQ(3u, object->references());
   }
-  EXPECT_EQ(object->references(), 1u);
+  EXPECT_EQ(1u, object->references());
 }
 
 TEST(Variant, CopiesArraysDeeply) {
@@ -141,20 +141,20 @@ TEST(Variant, CopiesArraysDeeply) {
   CComVariant source;
   array.detach_to(&source);
   CComVariant target;
-  EXPECT_EQ(VariantCopy(&target, &source), S_OK);
-  EXPECT_EQ(target.vt, VT_ARRAY | VT_VARIANT);
+  EXPECT_EQ(S_OK, VariantCopy(&target, &source));
+  EXPECT_EQ(VT_ARRAY | VT_VARIANT, target.vt);
   ASSERT_NE(target.parray, source.parray);
   VARIANT* const copied = static_cast<VARIANT*>(target.parray->pvData);
-  EXPECT_EQ(copied[0].vt, VT_EMPTY);
-  EXPECT_EQ(korlib::view_of(copied[1].bstrVal), L"inside");
+  EXPECT_EQ(VT_EMPTY, copied[0].vt);
+  EXPECT_EQ(L"inside", korlib::view_of(copied[1].bstrVal));
 }
 
 TEST(Variant, CopiesOntoItself) {
   CComVariant v(L"same");
-  EXPECT_EQ(VariantCopy(&v, &v), S_OK);
-  EXPECT_EQ(korlib::view_of(v.bstrVal), L"same");
-  EXPECT_EQ(VariantCopyInd(&v, &v), S_OK);
-  EXPECT_EQ(korlib::view_of(v.bstrVal), L"same");
+  EXPECT_EQ(S_OK, VariantCopy(&v, &v));
+  EXPECT_EQ(L"same", korlib::view_of(v.bstrVal));
+  EXPECT_EQ(S_OK, VariantCopyInd(&v, &v));
+  EXPECT_EQ(L"same", korlib::view_of(v.bstrVal));
 }
 
 TEST(Variant, CopiesAnElementOverTheArrayThatHoldsIt) {
@@ -163,8 +163,8 @@ TEST(Variant, CopiesAnElementOverTheArrayThatHoldsIt) {
   *element = L"element";
   CComVariant v;
   array.detach_to(&v);
-  EXPECT_EQ(VariantCopy(&v, element), S_OK);
-  EXPECT_EQ(korlib::view_of(v.bstrVal), L"element");
+  EXPECT_EQ(S_OK, VariantCopy(&v, element));
+  EXPECT_EQ(L"element", korlib::view_of(v.bstrVal));
 }
 
 TEST(Variant, TakesTextThatLiesInItself) {
@@ -182,9 +182,9 @@ TEST(Variant, CopiesReferencesAsReferences) {
   CComVariant value(LONG{7});
   const CComVariant reference = values::reference_to(value);
   CComVariant target;
-  EXPECT_EQ(VariantCopy(&target, &reference), S_OK);
-  EXPECT_EQ(target.vt, VT_BYREF | VT_I4);
-  EXPECT_EQ(target.plVal, &value.lVal);
+  EXPECT_EQ(S_OK, VariantCopy(&target, &reference));
+  EXPECT_EQ(VT_BYREF | VT_I4, target.vt);
+  EXPECT_EQ(&value.lVal, target.plVal);
 }
 
 TEST(Variant, FollowsAReferenceOfEveryTypeToItsValue) {
@@ -215,11 +215,11 @@ TEST(Variant, FollowsAReferenceOfEveryTypeToItsValue) {
   for (CComVariant& value : cases) {
     for (const CComVariant& reference : {values::reference_to(value), values::reference_to_variant(value)}) {
       CComVariant target(L"old");
-      ASSERT_EQ(VariantCopyInd(&target, &reference), S_OK) << reference.vt;
-      EXPECT_EQ(target.vt, value.vt);
+      ASSERT_EQ(S_OK, VariantCopyInd(&target, &reference)) << reference.vt;
+      EXPECT_EQ(value.vt, target.vt);
       if (value.vt & VT_ARRAY) {
         EXPECT_NE(target.parray, value.parray);
-        EXPECT_EQ(target.parray->rgsabound[0].cElements, 3u);
+        EXPECT_EQ(3u, target.parray->rgsabound[0].cElements);
       } else {
         EXPECT_PRED2(values::same, target, value);
       }
@@ -232,34 +232,34 @@ TEST(Variant, FollowsAReferenceToAVariantThatIsAReference) {
   CComVariant inner = values::reference_to(value);
   const CComVariant outer = values::reference_to_variant(inner);
   CComVariant target;
-  EXPECT_EQ(VariantCopyInd(&target, &outer), S_OK);
-  EXPECT_EQ(korlib::view_of(target.bstrVal), L"deep");
+  EXPECT_EQ(S_OK, VariantCopyInd(&target, &outer));
+  EXPECT_EQ(L"deep", korlib::view_of(target.bstrVal));
 }
 
 TEST(Variant, FollowsItsOwnReferenceInPlace) {
   CComVariant value(L"mine");
   CComVariant v = values::reference_to(value);
-  EXPECT_EQ(VariantCopyInd(&v, &v), S_OK);
-  EXPECT_EQ(v.vt, VT_BSTR);
+  EXPECT_EQ(S_OK, VariantCopyInd(&v, &v));
+  EXPECT_EQ(VT_BSTR, v.vt);
   EXPECT_NE(v.bstrVal, value.bstrVal);
 }
 
 TEST(Variant, IsLeftAloneWhenItIsItsOwnTarget) {
   CComVariant v(L"text");
   const BSTR text = v.bstrVal;
-  EXPECT_EQ(VariantCopy(&v, &v), S_OK);
-  EXPECT_EQ(VariantCopyInd(&v, &v), S_OK);
-  EXPECT_EQ(VariantChangeType(&v, &v, 0, VT_BSTR), S_OK);
-  EXPECT_EQ(v.bstrVal, text);
+  EXPECT_EQ(S_OK, VariantCopy(&v, &v));
+  EXPECT_EQ(S_OK, VariantCopyInd(&v, &v));
+  EXPECT_EQ(S_OK, VariantChangeType(&v, &v, 0, VT_BSTR));
+  EXPECT_EQ(text, v.bstrVal);
   // What cannot be replaced need not be.
   CComSafeArray array(VT_UI1, 2);
   SAFEARRAY* const raw = array.get();
   CComVariant locked;
   array.detach_to(&locked);
-  ASSERT_EQ(SafeArrayLock(raw), S_OK);
-  EXPECT_EQ(VariantCopyInd(&locked, &locked), S_OK);
-  EXPECT_EQ(VariantChangeType(&locked, &locked, 0, VT_ARRAY | VT_UI1), S_OK);
-  EXPECT_EQ(locked.parray, raw);
+  ASSERT_EQ(S_OK, SafeArrayLock(raw));
+  EXPECT_EQ(S_OK, VariantCopyInd(&locked, &locked));
+  EXPECT_EQ(S_OK, VariantChangeType(&locked, &locked, 0, VT_ARRAY | VT_UI1));
+  EXPECT_EQ(raw, locked.parray);
   SafeArrayUnlock(raw);
 }
 
@@ -272,21 +272,21 @@ TEST(Variant, RefusesReferencesThatLeadNowhere) {
   CComVariant no_variant = values::of_type(VT_BYREF | VT_VARIANT);
   for (const CComVariant* reference : {&circle, &other, &nowhere, &no_variant}) {
     CComVariant target(L"kept");
-    EXPECT_EQ(VariantCopyInd(&target, reference), E_INVALIDARG);
-    EXPECT_EQ(VariantChangeType(&target, reference, 0, VT_BSTR), E_INVALIDARG);
-    EXPECT_EQ(korlib::view_of(target.bstrVal), L"kept");
+    EXPECT_EQ(E_INVALIDARG, VariantCopyInd(&target, reference));
+    EXPECT_EQ(E_INVALIDARG, VariantChangeType(&target, reference, 0, VT_BSTR));
+    EXPECT_EQ(L"kept", korlib::view_of(target.bstrVal));
   }
 }
 
 TEST(Variant, AnswersNullPointersWithACode) {
   CComVariant v;
-  EXPECT_EQ(VariantClear(nullptr), E_INVALIDARG);
-  EXPECT_EQ(VariantCopy(nullptr, &v), E_INVALIDARG);
-  EXPECT_EQ(VariantCopy(&v, nullptr), E_INVALIDARG);
-  EXPECT_EQ(VariantCopyInd(nullptr, &v), E_INVALIDARG);
-  EXPECT_EQ(VariantChangeType(nullptr, &v, 0, VT_I4), E_INVALIDARG);
-  EXPECT_EQ(VarCmp(nullptr, &v, 0, 0), E_INVALIDARG);
-  EXPECT_EQ(VarCmp(&v, nullptr, 0, 0), E_INVALIDARG);
+  EXPECT_EQ(E_INVALIDARG, VariantClear(nullptr));
+  EXPECT_EQ(E_INVALIDARG, VariantCopy(nullptr, &v));
+  EXPECT_EQ(E_INVALIDARG, VariantCopy(&v, nullptr));
+  EXPECT_EQ(E_INVALIDARG, VariantCopyInd(nullptr, &v));
+  EXPECT_EQ(E_INVALIDARG, VariantChangeType(nullptr, &v, 0, VT_I4));
+  EXPECT_EQ(E_INVALIDARG, VarCmp(nullptr, &v, 0, 0));
+  EXPECT_EQ(E_INVALIDARG, VarCmp(&v, nullptr, 0, 0));
   VariantInit(nullptr);
 }
 
@@ -296,14 +296,14 @@ TEST(Variant, KeepsTheTargetWhenMemoryIsShort) {
   CComVariant target(L"kept");
   {
     const korlib_host::StringFailure failure(1);
-    EXPECT_EQ(VariantCopy(&target, &source), E_OUTOFMEMORY);
+    EXPECT_EQ(E_OUTOFMEMORY, VariantCopy(&target, &source));
   }
   {
     const korlib_host::StringFailure failure(1);
     const CComVariant number(LONG{5});
-    EXPECT_EQ(VariantChangeType(&target, &number, 0, VT_BSTR), E_OUTOFMEMORY);
+    EXPECT_EQ(E_OUTOFMEMORY, VariantChangeType(&target, &number, 0, VT_BSTR));
   }
-  EXPECT_EQ(korlib::view_of(target.bstrVal), L"kept");
+  EXPECT_EQ(L"kept", korlib::view_of(target.bstrVal));
 }
 
 }  // namespace

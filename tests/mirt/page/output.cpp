@@ -278,12 +278,12 @@ TEST_F(Factories, NewADOCommandConfiguresTheHostsCommandInOrder) {
     const Answer answer = call(page(), L"NewADOCommand", L"dsn", L"select 1", 4);
     if (fail_at == 0) {
       EXPECT_TRUE(object_of(answer));
-      EXPECT_EQ(all, Command::log);
+      EXPECT_EQ(Command::log, all);
       EXPECT_EQ(0, Command::destroyed);
     } else {
       EXPECT_EQ(results[fail_at + 1], answer.hr);
       EXPECT_EQ(static_cast<std::size_t>(std::clamp(fail_at, 0, 3)), Command::log.size());
-      EXPECT_EQ(fail_at < 0 ? 0 : 1, Command::destroyed);
+      EXPECT_EQ(Command::destroyed, fail_at < 0 ? 0 : 1);
     }
   }
 }

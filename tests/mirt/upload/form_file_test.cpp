@@ -142,7 +142,7 @@ class FileStream : public UploadTest {
 
 TEST_F(FileStream, IsWrittenAByteATime) {
   EXPECT_EQ(S_OK, upload_failing_at(L""));
-  EXPECT_EQ((fake::Texts{L"Create", L"Open", L"Type 1", L"Write 97", L"Write 98", L"Position 0"}), Stream::log);
+  EXPECT_EQ(Stream::log, (fake::Texts{L"Create", L"Open", L"Type 1", L"Write 97", L"Write 98", L"Position 0"}));
   EXPECT_EQ(3, count());
 }
 
@@ -150,13 +150,13 @@ TEST_F(FileStream, IsRewoundWhereNothingIsWritten) {
   Stream::log.clear();
   Stream::fail_at.clear();
   EXPECT_EQ(S_OK, upload(file_part("f", "f", "") + kEnd));
-  EXPECT_EQ((fake::Texts{L"Create", L"Open", L"Type 1", L"Position 0"}), Stream::log);
+  EXPECT_EQ(Stream::log, (fake::Texts{L"Create", L"Open", L"Type 1", L"Position 0"}));
 }
 
 // A host that says it made a stream, and gives none.
 TEST_F(FileStream, EndsTheIntakeWhereThereIsNone) {
   EXPECT_EQ(E_FAIL, upload_failing_at(L"Nothing"));
-  EXPECT_EQ(fake::Texts{L"Create"}, Stream::log);
+  EXPECT_EQ(Stream::log, fake::Texts{L"Create"});
   EXPECT_EQ(1, count());
 }
 

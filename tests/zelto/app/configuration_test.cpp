@@ -38,14 +38,14 @@ class Configuration : public testing::Test {
 
 TEST_F(Configuration, HasDefaults) {
   const auto made = zelto::read_configuration(command);
-  EXPECT_EQ(made.server.address, "127.0.0.1");
-  EXPECT_EQ(made.server.port, 8080);
-  EXPECT_EQ(made.server.limits.body_bytes, 16u * 1024 * 1024);
-  EXPECT_EQ(made.site.script_timeout, std::chrono::seconds(90));
-  EXPECT_EQ(made.site.script_memory, 1024u * 1024 * 1024);
-  EXPECT_EQ(made.site.session_timeout, 20);
-  EXPECT_EQ(made.site.session_limit, 50'000u);
-  EXPECT_EQ(made.stop_timeout, std::chrono::seconds(30));
+  EXPECT_EQ("127.0.0.1", made.server.address);
+  EXPECT_EQ(8080, made.server.port);
+  EXPECT_EQ(16u * 1024 * 1024, made.server.limits.body_bytes);
+  EXPECT_EQ(std::chrono::seconds(90), made.site.script_timeout);
+  EXPECT_EQ(1024u * 1024 * 1024, made.site.script_memory);
+  EXPECT_EQ(20, made.site.session_timeout);
+  EXPECT_EQ(50'000u, made.site.session_limit);
+  EXPECT_EQ(std::chrono::seconds(30), made.stop_timeout);
   EXPECT_FALSE(made.site.debug);
 }
 
@@ -53,15 +53,15 @@ TEST_F(Configuration, ComesFromTheFile) {
   const auto made = read(
       "listen = \"[::1]:81\"\nworkers = 3\nbody_limit = 5\nscript_timeout = 7\nstop_timeout = 6\n"
       "session_timeout = 9\nsession_limit = 8\ndebug = true\nscript_memory = 16777216\n");
-  EXPECT_EQ(made.server.address, "::1");
-  EXPECT_EQ(made.server.port, 81);
-  EXPECT_EQ(made.server.workers, 3u);
-  EXPECT_EQ(made.server.limits.body_bytes, 5u);
-  EXPECT_EQ(made.site.script_timeout, std::chrono::seconds(7));
-  EXPECT_EQ(made.site.script_memory, 16u * 1024 * 1024);
-  EXPECT_EQ(made.site.session_timeout, 9);
-  EXPECT_EQ(made.site.session_limit, 8u);
-  EXPECT_EQ(made.stop_timeout, std::chrono::seconds(6));
+  EXPECT_EQ("::1", made.server.address);
+  EXPECT_EQ(81, made.server.port);
+  EXPECT_EQ(3u, made.server.workers);
+  EXPECT_EQ(5u, made.server.limits.body_bytes);
+  EXPECT_EQ(std::chrono::seconds(7), made.site.script_timeout);
+  EXPECT_EQ(16u * 1024 * 1024, made.site.script_memory);
+  EXPECT_EQ(9, made.site.session_timeout);
+  EXPECT_EQ(8u, made.site.session_limit);
+  EXPECT_EQ(std::chrono::seconds(6), made.stop_timeout);
   EXPECT_TRUE(made.site.debug);
 }
 
@@ -69,40 +69,40 @@ TEST_F(Configuration, AddsToWhatIsProtected) {
   const auto files =
       read("protect = [\"drafts/\", \"*.cfg\", \"notes.txt\"]\ndefault_documents = [\"a.asp\"]").site.files;
   for (const char* path : {"/drafts/a", "/a.cfg", "/notes.txt", "/web.config", "/bin/a", "/global.asa"})
-    EXPECT_NE(files.protected_names.find_in(path), "") << path;
-  EXPECT_EQ(files.default_documents, std::vector<std::string>{"a.asp"});
+    EXPECT_NE("", files.protected_names.find_in(path)) << path;
+  EXPECT_EQ(std::vector<std::string>{"a.asp"}, files.default_documents);
 }
 
 TEST_F(Configuration, KnowsTheProxiesToTrust) {
-  EXPECT_EQ(read("trusted_proxies = [\"127.0.0.1\", \"0:0::1\"]").server.trusted_proxies,
-            (std::vector<std::string>{"127.0.0.1", "::1"}));
+  EXPECT_EQ((std::vector<std::string>{"127.0.0.1", "::1"}),
+            read("trusted_proxies = [\"127.0.0.1\", \"0:0::1\"]").server.trusted_proxies);
 }
 
 TEST_F(Configuration, NamesTheNodeOfASession) {
-  EXPECT_EQ(read("session_node = \"eu1\"").site.session_suffix, ".eu1");
-  EXPECT_EQ(read("").site.session_suffix, "");
+  EXPECT_EQ(".eu1", read("session_node = \"eu1\"").site.session_suffix);
+  EXPECT_EQ("", read("").site.session_suffix);
 }
 
 TEST_F(Configuration, NamesTheLogAndProtectsIt) {
-  EXPECT_EQ(read("").log, "");
-  EXPECT_EQ(read("log = \"/var/log/site.txt\"").log, "/var/log/site.txt");
+  EXPECT_EQ("", read("").log);
+  EXPECT_EQ("/var/log/site.txt", read("log = \"/var/log/site.txt\"").log);
   const auto made = read("log = \"logs/lines.txt\"");
-  EXPECT_EQ(made.log, command.site + "/logs/lines.txt");
-  EXPECT_EQ(made.site.files.protected_names.find_in("/logs/lines.txt"), "lines.txt");
-  EXPECT_EQ(read("").site.files.protected_names.find_in("/logs/lines.txt"), "");
+  EXPECT_EQ(command.site + "/logs/lines.txt", made.log);
+  EXPECT_EQ("lines.txt", made.site.files.protected_names.find_in("/logs/lines.txt"));
+  EXPECT_EQ("", read("").site.files.protected_names.find_in("/logs/lines.txt"));
 }
 
 TEST_F(Configuration, KeepsUntilARestartWhatTakesOne) {
   const auto running = read("listen = \":81\"\nworkers = 3\nsession_node = \"a\"\ndebug = false\n");
   auto fresh = read("listen = \"127.0.0.1:82\"\nworkers = 4\nsession_node = \"b\"\ndebug = true\n");
-  EXPECT_EQ(keep_until_restart(fresh, running), (std::vector<std::string_view>{"listen", "workers", "session_node"}));
-  EXPECT_EQ(fresh.server.address, "0.0.0.0");
-  EXPECT_EQ(fresh.server.port, 81);
-  EXPECT_EQ(fresh.server.workers, 3u);
-  EXPECT_EQ(fresh.site.session_suffix, ".a");
+  EXPECT_EQ((std::vector<std::string_view>{"listen", "workers", "session_node"}), keep_until_restart(fresh, running));
+  EXPECT_EQ("0.0.0.0", fresh.server.address);
+  EXPECT_EQ(81, fresh.server.port);
+  EXPECT_EQ(3u, fresh.server.workers);
+  EXPECT_EQ(".a", fresh.site.session_suffix);
   EXPECT_TRUE(fresh.site.debug);
   auto other_port = read("listen = \":82\"\nworkers = 3\nsession_node = \"a\"\n");
-  EXPECT_EQ(keep_until_restart(other_port, running), (std::vector<std::string_view>{"listen"}));
+  EXPECT_EQ((std::vector<std::string_view>{"listen"}), keep_until_restart(other_port, running));
   auto same = running;
   EXPECT_TRUE(keep_until_restart(same, running).empty());
 }
@@ -112,14 +112,14 @@ TEST_F(Configuration, LetsTheCommandLineWin) {
   command.workers = 1;
   command.body_limit = 6;
   const auto made = read("listen = \"127.0.0.1:81\"\nworkers = 3\nbody_limit = 5\n");
-  EXPECT_EQ(made.server.address, "0.0.0.0");
-  EXPECT_EQ(made.server.port, 82);
-  EXPECT_EQ(made.server.workers, 1u);
-  EXPECT_EQ(made.server.limits.body_bytes, 6u);
+  EXPECT_EQ("0.0.0.0", made.server.address);
+  EXPECT_EQ(82, made.server.port);
+  EXPECT_EQ(1u, made.server.workers);
+  EXPECT_EQ(6u, made.server.limits.body_bytes);
 }
 
 TEST_F(Configuration, KnowsTheNameOfThisMachine) {
-  EXPECT_EQ(read("listen = \"localhost:81\"").server.address, "127.0.0.1");
+  EXPECT_EQ("127.0.0.1", read("listen = \"localhost:81\"").server.address);
 }
 
 TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
@@ -159,31 +159,31 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
        ":2: Error while parsing key-value pair: cannot redefine existing integer 'workers'"},
       {"listen = \"\xFF\"", ":1: Encountered invalid utf-8 sequence"},
   };
-  for (const Row& row : rows) EXPECT_EQ(problem(row.text), command.site + "/zelto.toml" + row.problem) << row.text;
-  EXPECT_EQ(problem("a = \n").find(command.site + "/zelto.toml:1: "), 0u);
-  EXPECT_EQ(problem("listen = \"here\""), "'here' is no ADDRESS:PORT");
-  EXPECT_EQ(problem("listen = \"1.2.3.4:70000\""), "'1.2.3.4:70000' is no ADDRESS:PORT");
-  EXPECT_EQ(problem("listen = \"example.org:80\""), "'example.org' is no address to listen on");
+  for (const Row& row : rows) EXPECT_EQ(command.site + "/zelto.toml" + row.problem, problem(row.text)) << row.text;
+  EXPECT_EQ(0u, problem("a = \n").find(command.site + "/zelto.toml:1: "));
+  EXPECT_EQ("'here' is no ADDRESS:PORT", problem("listen = \"here\""));
+  EXPECT_EQ("'1.2.3.4:70000' is no ADDRESS:PORT", problem("listen = \"1.2.3.4:70000\""));
+  EXPECT_EQ("'example.org' is no address to listen on", problem("listen = \"example.org:80\""));
 }
 
 TEST_F(Configuration, SaysThatItsFileCannotBeRead) {
   const std::string file = command.site + "/zelto.toml";
   fs::create_directory(file);
-  EXPECT_EQ(problem(""), file + " is no file");
+  EXPECT_EQ(file + " is no file", problem(""));
   fs::remove(file);
   fs::create_symlink(file, file);
-  EXPECT_EQ(problem(""), file + " cannot be read: Too many levels of symbolic links");
+  EXPECT_EQ(file + " cannot be read: Too many levels of symbolic links", problem(""));
 }
 
 // Every key that the help lists is one, and its example is right.
-TEST_F(Configuration, TakesWhatItsHelpShows) { EXPECT_EQ(problem(zelto::ConfigurationFile::help()), "none"); }
+TEST_F(Configuration, TakesWhatItsHelpShows) { EXPECT_EQ("none", problem(zelto::ConfigurationFile::help())); }
 
 TEST(ConnectionRoom, LeavesFilesForPages) {
-  EXPECT_EQ(zelto::connections_that_fit(20'000, 4096), 4096u);
-  EXPECT_EQ(zelto::connections_that_fit(5120, 4096), 4096u);
-  EXPECT_EQ(zelto::connections_that_fit(5119, 4096), 2559u);
-  EXPECT_EQ(zelto::connections_that_fit(100, 4096), 50u);
-  EXPECT_EQ(zelto::connections_that_fit(100, 10), 10u);
+  EXPECT_EQ(4096u, zelto::connections_that_fit(20'000, 4096));
+  EXPECT_EQ(4096u, zelto::connections_that_fit(5120, 4096));
+  EXPECT_EQ(2559u, zelto::connections_that_fit(5119, 4096));
+  EXPECT_EQ(50u, zelto::connections_that_fit(100, 4096));
+  EXPECT_EQ(10u, zelto::connections_that_fit(100, 10));
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ std::string keep_new(SessionStore& store) {
   SessionHold hold = store.open("");
   store.add(hold.state());
   std::string id = hold->id;
-  EXPECT_EQ(hold->put(L"a", korlib::long_variant(1)), S_OK);
+  EXPECT_EQ(S_OK, hold->put(L"a", korlib::long_variant(1)));
   store.close(std::move(hold));
   return id;
 }
@@ -30,11 +30,11 @@ std::string keep_new(SessionStore& store) {
 TEST(SessionIds, HoldATwentyTwoCharacterRandomNumber) {
   std::set<std::string> ids;
   for (int i = 0; i < 1000; ++i) ids.insert(zelto::make_session_id());
-  EXPECT_EQ(ids.size(), 1000u);
+  EXPECT_EQ(1000u, ids.size());
   for (const std::string& id : ids) {
-    EXPECT_EQ(id.size(), 22u);
-    EXPECT_EQ(id.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_"),
-              std::string::npos);
+    EXPECT_EQ(22u, id.size());
+    EXPECT_EQ(std::string::npos,
+              id.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_"));
   }
 }
 
@@ -42,24 +42,24 @@ TEST(SessionStore, FindsASessionAgain) {
   SessionStore store(60s, 20);
   const std::string id = keep_new(store);
   const SessionHold hold = store.open(id);
-  EXPECT_EQ(hold->id, id);
+  EXPECT_EQ(id, hold->id);
   CComVariant value;
-  EXPECT_EQ(hold->get(L"A", &value), S_OK);
-  EXPECT_EQ(value.lVal, 1);
+  EXPECT_EQ(S_OK, hold->get(L"A", &value));
+  EXPECT_EQ(1, value.lVal);
 }
 
 TEST(SessionStore, NeverTakesAnIdentifierFromTheClient) {
   SessionStore store(60s, 20);
   const SessionHold hold = store.open("chosen-by-the-client-22");
-  EXPECT_NE(hold->id, "chosen-by-the-client-22");
+  EXPECT_NE("chosen-by-the-client-22", hold->id);
 }
 
 TEST(SessionStore, EndsIdentifiersWithItsSuffix) {
   SessionStore store(60s, 20, ".a");
   const std::string id = keep_new(store);
-  EXPECT_EQ(id.size(), 24u);
+  EXPECT_EQ(24u, id.size());
   EXPECT_TRUE(id.ends_with(".a"));
-  EXPECT_EQ(store.open(id)->id, id);
+  EXPECT_EQ(id, store.open(id)->id);
 }
 
 // The sweeper comes by every few seconds only.
@@ -67,9 +67,9 @@ TEST(SessionStore, DoesNotGiveOutASessionWhoseTimeIsOver) {
   SessionStore store(60s, 20);
   const std::string id = keep_new(store);
   const auto now = SessionStore::Clock::now();
-  EXPECT_EQ(store.open(id, now + 19min)->id, id);
+  EXPECT_EQ(id, store.open(id, now + 19min)->id);
   EXPECT_NE(store.open(id, now + 21min)->id, id);
-  EXPECT_EQ(store.size(), 0u);
+  EXPECT_EQ(0u, store.size());
 }
 
 TEST(SessionStore, FindsARenamedSessionByItsNewIdentifierOnly) {
@@ -82,9 +82,9 @@ TEST(SessionStore, FindsARenamedSessionByItsNewIdentifierOnly) {
   store.close(std::move(hold));
   EXPECT_NE(store.open(before)->id, after);
   CComVariant value;
-  EXPECT_EQ(store.open(after)->get(L"a", &value), S_OK);
-  EXPECT_EQ(value.lVal, 1);
-  EXPECT_EQ(store.size(), 1u);
+  EXPECT_EQ(S_OK, store.open(after)->get(L"a", &value));
+  EXPECT_EQ(1, value.lVal);
+  EXPECT_EQ(1u, store.size());
 }
 
 TEST(SessionStore, TurnsAwayWhoWaitedWithTheIdentifierBefore) {
@@ -105,7 +105,7 @@ TEST(SessionStore, TurnsAwayWhoWaitedWithTheIdentifierBefore) {
 TEST(SessionStore, KeepsNoSessionThatNobodyAdded) {
   SessionStore store(60s, 20);
   store.close(store.open(""));
-  EXPECT_EQ(store.size(), 0u);
+  EXPECT_EQ(0u, store.size());
 }
 
 TEST(SessionStore, RefusesARequestThatWaitsTooLong) {
@@ -121,7 +121,7 @@ TEST(SessionStore, EndsAnAbandonedSessionWithItsRequest) {
   SessionHold hold = store.open(id);
   hold->abandoned = true;
   store.close(std::move(hold));
-  EXPECT_EQ(store.size(), 0u);
+  EXPECT_EQ(0u, store.size());
   EXPECT_NE(store.open(id)->id, id);
 }
 
@@ -143,9 +143,9 @@ TEST(SessionStore, SweepsWhatWasNotUsedForItsTime) {
   SessionStore store(60s, 20);
   keep_new(store);
   const auto now = SessionStore::Clock::now();
-  EXPECT_EQ(store.sweep(now + 19min), 0u);
-  EXPECT_EQ(store.sweep(now + 21min), 1u);
-  EXPECT_EQ(store.size(), 0u);
+  EXPECT_EQ(0u, store.sweep(now + 19min));
+  EXPECT_EQ(1u, store.sweep(now + 21min));
+  EXPECT_EQ(0u, store.size());
 }
 
 TEST(SessionStore, CountsTheTimeFromTheLastUse) {
@@ -155,15 +155,15 @@ TEST(SessionStore, CountsTheTimeFromTheLastUse) {
   store.close(store.open(id));
   const auto used = store.open(id)->last_used;
   EXPECT_GE(used, before);
-  EXPECT_EQ(store.sweep(used + 20min - 1ns), 0u);
-  EXPECT_EQ(store.sweep(used + 20min), 1u);
+  EXPECT_EQ(0u, store.sweep(used + 20min - 1ns));
+  EXPECT_EQ(1u, store.sweep(used + 20min));
 }
 
 TEST(SessionStore, SparesASessionInUse) {
   SessionStore store(60s, 20);
   const std::string id = keep_new(store);
   const SessionHold hold = store.open(id);
-  EXPECT_EQ(store.sweep(SessionStore::Clock::now() + 24h), 0u);
+  EXPECT_EQ(0u, store.sweep(SessionStore::Clock::now() + 24h));
 }
 
 TEST(SessionStore, LetsTheOldestNewcomerMakeRoomAtTheLimit) {
@@ -172,15 +172,15 @@ TEST(SessionStore, LetsTheOldestNewcomerMakeRoomAtTheLimit) {
   store.close(store.open(returned));
   const std::string oldest = keep_new(store);
   const std::string newer = keep_new(store);
-  EXPECT_EQ(store.take_evicted(), 0u);
+  EXPECT_EQ(0u, store.take_evicted());
   const std::string newest = keep_new(store);
-  EXPECT_EQ(store.size(), 3u);
-  EXPECT_EQ(store.take_evicted(), 1u);
-  EXPECT_EQ(store.take_evicted(), 0u);
-  EXPECT_EQ(store.open(returned)->id, returned);
+  EXPECT_EQ(3u, store.size());
+  EXPECT_EQ(1u, store.take_evicted());
+  EXPECT_EQ(0u, store.take_evicted());
+  EXPECT_EQ(returned, store.open(returned)->id);
   EXPECT_NE(store.open(oldest)->id, oldest);
-  EXPECT_EQ(store.open(newer)->id, newer);
-  EXPECT_EQ(store.open(newest)->id, newest);
+  EXPECT_EQ(newer, store.open(newer)->id);
+  EXPECT_EQ(newest, store.open(newest)->id);
 }
 
 TEST(SessionStore, EndsNoSessionThatSomebodyCameBackToAtTheLimit) {
@@ -192,8 +192,8 @@ TEST(SessionStore, EndsNoSessionThatSomebodyCameBackToAtTheLimit) {
   store.rename(used.state());
   const SessionHold refused = store.open("");
   EXPECT_FALSE(store.add(refused.state()));
-  EXPECT_EQ(store.size(), 2u);
-  EXPECT_EQ(store.open(one)->id, one);
+  EXPECT_EQ(2u, store.size());
+  EXPECT_EQ(one, store.open(one)->id);
   used->abandoned = true;
   store.close(std::move(used));
   EXPECT_TRUE(store.add(refused.state()));
@@ -205,7 +205,7 @@ TEST(SessionStore, SparesANewcomerInUseAtTheLimit) {
   EXPECT_TRUE(store.add(first.state()));
   const SessionHold second = store.open("");
   EXPECT_FALSE(store.add(second.state()));
-  EXPECT_EQ(store.take_evicted(), 0u);
+  EXPECT_EQ(0u, store.take_evicted());
 }
 
 TEST(SessionStore, EndsWhatASessionHoldsWhenItMakesRoom) {
@@ -217,8 +217,8 @@ TEST(SessionStore, EndsWhatASessionHoldsWhenItMakesRoom) {
   store.close(std::move(first));
   keep_new(store);
   CComVariant value;
-  EXPECT_EQ(kept->get(L"a", &value), S_OK);
-  EXPECT_EQ(value.vt, VT_EMPTY);
+  EXPECT_EQ(S_OK, kept->get(L"a", &value));
+  EXPECT_EQ(VT_EMPTY, value.vt);
 }
 
 TEST(SessionSweeper, SaysThatSessionsEndedEarly) {
@@ -227,7 +227,7 @@ TEST(SessionSweeper, SaysThatSessionsEndedEarly) {
   keep_new(store);
   std::promise<std::string> said;
   const zelto::SessionSweeper sweeper(store, 1ms, [&](std::string_view line) { said.set_value(std::string(line)); });
-  EXPECT_EQ(said.get_future().get(), "zelto: session_limit (1) reached: ended 1 whose clients had not come back");
+  EXPECT_EQ("zelto: session_limit (1) reached: ended 1 whose clients had not come back", said.get_future().get());
 }
 
 TEST(SessionStore, NeverLetsTwoRequestsOfASessionOverlap) {
@@ -253,7 +253,7 @@ TEST(SessionStore, NeverLetsTwoRequestsOfASessionOverlap) {
   EXPECT_FALSE(overlapped);
   CComVariant count;
   store.open(id)->get(L"count", &count);
-  EXPECT_EQ(count.lVal, 400);
+  EXPECT_EQ(400, count.lVal);
 }
 
 }  // namespace

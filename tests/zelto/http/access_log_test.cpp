@@ -18,23 +18,24 @@ AccessRecord example() {
 
 TEST(AccessLog, WritesTheCombinedFormAndTheTime) {
   AccessRecord record = example();
-  EXPECT_EQ(combined_line(record),
-            R"(127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] "GET / HTTP/1.1" 200 512 "-" "-" 1.235)");
+  EXPECT_EQ(R"(127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] "GET / HTTP/1.1" 200 512 "-" "-" 1.235)",
+            combined_line(record));
   record.referer = "http://a/";
   record.user_agent = "b";
   record.note = "c d";
-  EXPECT_EQ(combined_line(record),
-            R"(127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] "GET / HTTP/1.1" 200 512 "http://a/" "b" 1.235 c d)");
+  EXPECT_EQ(R"(127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] "GET / HTTP/1.1" 200 512 "http://a/" "b" 1.235 c d)",
+            combined_line(record));
 }
 
 TEST(AccessLog, KeepsOneLineWhateverTheClientSends) {
   AccessRecord record = example();
   record.request_line = "GET /\" \n\x7F\\\xC3\xA4\x9B";
   record.note = "a\r\nb\xC3\xA4";
-  EXPECT_EQ(combined_line(record),
-            "127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] \"GET /\\x22 \\x0A\\x7F\\x5C\\xC3\\xA4\\x9B\" 200 512 \"-\" "
-            "\"-\" 1.235 "
-            "a\\x0D\\x0Ab\xC3\xA4");
+  EXPECT_EQ(
+      "127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] \"GET /\\x22 \\x0A\\x7F\\x5C\\xC3\\xA4\\x9B\" 200 512 \"-\" "
+      "\"-\" 1.235 "
+      "a\\x0D\\x0Ab\xC3\xA4",
+      combined_line(record));
 }
 
 }  // namespace

@@ -23,8 +23,8 @@ TEST(ByteRange, SelectsOneRange) {
   for (const Row& row : rows) {
     const auto range = parse_range(row.header, row.size);
     ASSERT_TRUE(range && range->satisfiable) << row.header;
-    EXPECT_EQ(range->first, row.first) << row.header;
-    EXPECT_EQ(range->length, row.length) << row.header;
+    EXPECT_EQ(row.first, range->first) << row.header;
+    EXPECT_EQ(row.length, range->length) << row.header;
   }
 }
 
@@ -41,7 +41,7 @@ TEST(ByteRange, TellsWhatCannotBeSatisfied) {
 TEST(ByteRange, IgnoresWhatIsNoSingleRange) {
   for (const char* header : {"", "bytes", "bytes=", "bytes=-", "bytes=a-b", "bytes=1-b", "bytes=5-2", "bytes=1",
                              "bytes=0-1,3-4", "lines=1-2", "bytes=+1-2", "bytes=1-2-3"})
-    EXPECT_EQ(parse_range(header, 10).has_value(), false) << header;
+    EXPECT_EQ(false, parse_range(header, 10).has_value()) << header;
 }
 
 }  // namespace

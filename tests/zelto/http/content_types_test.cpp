@@ -6,12 +6,12 @@ namespace zelto {
 namespace {
 
 TEST(ContentTypes, FollowTheLastExtensionInAnyCase) {
-  EXPECT_EQ(content_type_of("a.css"), "text/css; charset=utf-8");
-  EXPECT_EQ(content_type_of("/dir.html/A.TAR.GZ"), "application/gzip");
-  EXPECT_EQ(content_type_of("x.Zip"), "application/zip");
-  EXPECT_EQ(content_type_of("x.avif"), "image/avif");
+  EXPECT_EQ("text/css; charset=utf-8", content_type_of("a.css"));
+  EXPECT_EQ("application/gzip", content_type_of("/dir.html/A.TAR.GZ"));
+  EXPECT_EQ("application/zip", content_type_of("x.Zip"));
+  EXPECT_EQ("image/avif", content_type_of("x.avif"));
   for (const char* unknown : {"", "css", ".", "a.", "a.unknown"})
-    EXPECT_EQ(content_type_of(unknown), "application/octet-stream") << unknown;
+    EXPECT_EQ("application/octet-stream", content_type_of(unknown)) << unknown;
 }
 
 }  // namespace

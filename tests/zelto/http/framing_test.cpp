@@ -88,8 +88,8 @@ TEST(Framing, LeavesNoDoubtAboutTheEndOfARequest) {
     client.send(row.request + "GET /echo HTTP/1.1\r\nHost: a\r\n\r\n");
     const auto answer = client.receive();
     ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->status, row.status);
-    EXPECT_EQ(answer->header("Connection"), "close");
+    EXPECT_EQ(row.status, answer->status);
+    EXPECT_EQ("close", answer->header("Connection"));
     EXPECT_TRUE(client.at_end()) << "only one answer";
   }
 }
@@ -121,7 +121,7 @@ TEST(Framing, TakesNoChunkThatIsNotWrittenAsOne) {
     Client client(test.port());
     client.send("POST /echo HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n" + body +
                 "GET /echo HTTP/1.1\r\nHost: a\r\n\r\n");
-    EXPECT_EQ(client.receive().value().status, 400);
+    EXPECT_EQ(400, client.receive().value().status);
     EXPECT_TRUE(client.at_end()) << "only one answer";
   }
 }
@@ -138,15 +138,15 @@ TEST(Framing, AcceptsWhatIsClear) {
       "POST /echo HTTP/1.0\r\nExpect: anything\r\n\r\n",
   };
   TestServer test;
-  for (const auto& request : requests) EXPECT_EQ(ask(test.port(), request).status, 200) << request;
+  for (const auto& request : requests) EXPECT_EQ(200, ask(test.port(), request).status) << request;
 }
 
 TEST(Framing, LetsATargetThatNamesItsHostCountMoreThanTheHeader) {
   TestServer test;
   const auto host_of = [&](const std::string& request) { return ask(test.port(), request).body; };
-  EXPECT_EQ(host_of("GET /host HTTP/1.1\r\nHost: a:1\r\n\r\n"), "a:1");
-  EXPECT_EQ(host_of("GET http://b:2/host HTTP/1.1\r\nHost: a:1\r\n\r\n"), "b:2");
-  EXPECT_EQ(host_of("GET http://b/host HTTP/1.0\r\n\r\n"), "b");
+  EXPECT_EQ("a:1", host_of("GET /host HTTP/1.1\r\nHost: a:1\r\n\r\n"));
+  EXPECT_EQ("b:2", host_of("GET http://b:2/host HTTP/1.1\r\nHost: a:1\r\n\r\n"));
+  EXPECT_EQ("b", host_of("GET http://b/host HTTP/1.0\r\n\r\n"));
 }
 
 TEST(Framing, KnowsWhatAHostIs) {

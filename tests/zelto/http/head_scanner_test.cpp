@@ -13,9 +13,9 @@ TEST(HeadScanner, FindsTheSameEndHoweverTheHeadIsCut) {
   const std::string head = "GET / HTTP/1.1\r\nHost: a\r\n\r\n";
   for (std::size_t cut = 0; cut < head.size(); ++cut) {
     HeadScanner scanner(100, 10);
-    EXPECT_EQ(scanner.scan(head.substr(0, cut)), Verdict::kMore) << cut;
-    EXPECT_EQ(scanner.scan(head + "body\n"), Verdict::kComplete) << cut;
-    EXPECT_EQ(scanner.size(), head.size()) << cut;
+    EXPECT_EQ(Verdict::kMore, scanner.scan(head.substr(0, cut))) << cut;
+    EXPECT_EQ(Verdict::kComplete, scanner.scan(head + "body\n")) << cut;
+    EXPECT_EQ(head.size(), scanner.size()) << cut;
   }
 }
 
@@ -36,8 +36,8 @@ TEST(HeadScanner, RefusesAtOnce) {
       {"GET / HTTP/1.1\r\n" + std::string(85, 'a'), Verdict::kTooLarge},
       {"a\r\nb\r\nc\r\nd\r\n", Verdict::kTooLarge},
   };
-  for (const Row& row : rows) EXPECT_EQ(HeadScanner(100, 2).scan(row.head), row.verdict) << row.head;
-  EXPECT_EQ(HeadScanner(100, 2).scan("a\r\nb\r\nc\r\n\r\n"), Verdict::kComplete);
+  for (const Row& row : rows) EXPECT_EQ(row.verdict, HeadScanner(100, 2).scan(row.head)) << row.head;
+  EXPECT_EQ(Verdict::kComplete, HeadScanner(100, 2).scan("a\r\nb\r\nc\r\n\r\n"));
 }
 
 }  // namespace

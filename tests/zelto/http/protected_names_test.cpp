@@ -92,7 +92,7 @@ TEST(ProtectedNames, AreFoundInAnyLetterCase) {
       {"/.", "."},
   };
   const ProtectedNames names;
-  for (const Row& row : rows) EXPECT_EQ(names.find_in(row.path), row.found) << row.path;
+  for (const Row& row : rows) EXPECT_EQ(row.found, names.find_in(row.path)) << row.path;
 }
 
 TEST(ProtectedNames, AreNotThoseThatOnlyResembleThem) {
@@ -124,7 +124,7 @@ TEST(ProtectedNames, AreNotThoseThatOnlyResembleThem) {
                            "/app-data/a",
                            "/a.",
                            "/env/"})
-    EXPECT_EQ(names.find_in(path), "") << path;
+    EXPECT_EQ("", names.find_in(path)) << path;
 }
 
 // What certificate authorities and other strangers look for lies there, under names that are made at random.
@@ -144,7 +144,7 @@ TEST(ProtectedNames, LetWellKnownBe) {
       {"/sub/.well-known/a", ".well-known"},
   };
   const ProtectedNames names;
-  for (const Row& row : rows) EXPECT_EQ(names.find_in(row.path), row.found) << row.path;
+  for (const Row& row : rows) EXPECT_EQ(row.found, names.find_in(row.path)) << row.path;
 }
 
 TEST(ProtectedNames, CanBeAddedTo) {
@@ -156,7 +156,7 @@ TEST(ProtectedNames, CanBeAddedTo) {
       {"/notes.txt/a", ""},          {"/cfg", ""},        {"/drafts.txt", ""},
       {"/web.config", "web.config"}, {"/bin/a", "bin"},
   };
-  for (const Row& row : rows) EXPECT_EQ(names.find_in(row.path), row.found) << row.path;
+  for (const Row& row : rows) EXPECT_EQ(row.found, names.find_in(row.path)) << row.path;
 }
 
 TEST(ProtectedNames, AreListedInLinesOfAWidth) {

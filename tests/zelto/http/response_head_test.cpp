@@ -21,13 +21,15 @@ TEST(ResponseHead, HoldsWhatThePageAndTheConnectionSay) {
                      {"date", "x"},
                      {"Transfer-Encoding", "gzip"},
                      {"connection", "close"}}};
-  EXPECT_EQ(without_date(write_response_head(head, Framing::kLength, 12, true)),
-            "HTTP/1.1 404 Not Here\r\nServer: Zelto\r\nSet-Cookie: a=b\r\nSet-Cookie: c=d\r\n"
-            "X-Content-Type-Options: nosniff\r\nContent-Length: 12\r\nConnection: keep-alive\r\n\r\n");
+  EXPECT_EQ(
+      "HTTP/1.1 404 Not Here\r\nServer: Zelto\r\nSet-Cookie: a=b\r\nSet-Cookie: c=d\r\n"
+      "X-Content-Type-Options: nosniff\r\nContent-Length: 12\r\nConnection: keep-alive\r\n\r\n",
+      without_date(write_response_head(head, Framing::kLength, 12, true)));
   head = {200, "OK", {{"x-content-type-options", "other"}}};
-  EXPECT_EQ(without_date(write_response_head(head, Framing::kChunked, 0, false)),
-            "HTTP/1.1 200 OK\r\nServer: Zelto\r\nx-content-type-options: other\r\n"
-            "Transfer-Encoding: chunked\r\nConnection: close\r\n\r\n");
+  EXPECT_EQ(
+      "HTTP/1.1 200 OK\r\nServer: Zelto\r\nx-content-type-options: other\r\n"
+      "Transfer-Encoding: chunked\r\nConnection: close\r\n\r\n",
+      without_date(write_response_head(head, Framing::kChunked, 0, false)));
 }
 
 TEST(ResponseHead, LeavesOutWhatWouldBeginAnotherLine) {
@@ -40,14 +42,14 @@ TEST(ResponseHead, LeavesOutWhatWouldBeginAnotherLine) {
                            {"A:", "b"},
                            {"", "b"},
                            {"A B", "c"}}};
-  EXPECT_EQ(without_date(write_response_head(head, Framing::kNone, 0, false)),
-            "HTTP/1.1 200 OK\r\nServer: Zelto\r\nX-Content-Type-Options: nosniff\r\nConnection: close\r\n\r\n");
+  EXPECT_EQ("HTTP/1.1 200 OK\r\nServer: Zelto\r\nX-Content-Type-Options: nosniff\r\nConnection: close\r\n\r\n",
+            without_date(write_response_head(head, Framing::kNone, 0, false)));
 }
 
 TEST(ResponseHead, NamesStandardReasons) {
-  EXPECT_EQ(reason_of(404), "Not Found");
-  EXPECT_EQ(reason_of(503), "Service Unavailable");
-  EXPECT_EQ(reason_of(299), "Unknown");
+  EXPECT_EQ("Not Found", reason_of(404));
+  EXPECT_EQ("Service Unavailable", reason_of(503));
+  EXPECT_EQ("Unknown", reason_of(299));
 }
 
 }  // namespace

@@ -53,8 +53,8 @@ TEST(ServerLimits, RefuseAndClose) {
     client.send(row.request);
     const auto answer = client.receive();
     ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->status, row.status);
-    EXPECT_EQ(answer->header("Connection"), "close");
+    EXPECT_EQ(row.status, answer->status);
+    EXPECT_EQ("close", answer->header("Connection"));
     EXPECT_TRUE(client.at_end());
   }
 }
@@ -63,15 +63,15 @@ TEST(ServerLimits, AllowWhatJustFits) {
   std::string lines;
   for (int i = 0; i < 99; ++i) lines += "X: y\r\n";
   TestServer test;
-  EXPECT_EQ(ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + lines + "\r\n").status, 200);
+  EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + lines + "\r\n").status);
   const std::string head = "GET /echo HTTP/1.1\r\n" + kHost + "X: \r\n\r\n";
   const std::string padding(16'384 - head.size(), 'a');
-  EXPECT_EQ(ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "X: " + padding + "\r\n\r\n").status, 200);
-  EXPECT_EQ(ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "X: a" + padding + "\r\n\r\n").status, 431);
-  EXPECT_EQ(ask(test.port(), "POST /echo HTTP/1.1\r\n" + kHost + "Transfer-Encoding: chunked\r\n\r\n1;" +
+  EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "X: " + padding + "\r\n\r\n").status);
+  EXPECT_EQ(431, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "X: a" + padding + "\r\n\r\n").status);
+  EXPECT_EQ("POST /echo?|a",
+            ask(test.port(), "POST /echo HTTP/1.1\r\n" + kHost + "Transfer-Encoding: chunked\r\n\r\n1;" +
                                  std::string(4000, 'x') + "\r\na\r\n0\r\n\r\n")
-                .body,
-            "POST /echo?|a");
+                .body);
 }
 
 TEST(ServerLimits, HandABodyThatIsTooLargeToThePageWithoutIt) {
@@ -79,30 +79,30 @@ TEST(ServerLimits, HandABodyThatIsTooLargeToThePageWithoutIt) {
   limits.body_bytes = 1000;
   TestServer test(with_limits(limits));
   const std::string head = "POST /echo HTTP/1.1\r\n" + kHost;
-  EXPECT_EQ(ask(test.port(), head + "Content-Length: 1000\r\n\r\n" + std::string(1000, 'a')).body,
-            "POST /echo?|" + std::string(1000, 'a'));
+  EXPECT_EQ("POST /echo?|" + std::string(1000, 'a'),
+            ask(test.port(), head + "Content-Length: 1000\r\n\r\n" + std::string(1000, 'a')).body);
 
   // The client sends it all before it reads: the answer must survive that.
   const std::string body(3'000'000, 'a');
   Client counted(test.port());
   ASSERT_TRUE(counted.send(head + "Content-Length: 3000000\r\n\r\n" + body));
-  EXPECT_EQ(counted.receive().value().body, "POST /echo?|too large 3000000");
+  EXPECT_EQ("POST /echo?|too large 3000000", counted.receive().value().body);
   EXPECT_TRUE(counted.at_end());
 
   Client chunked(test.port());
   ASSERT_TRUE(
       chunked.send(head + "Transfer-Encoding: chunked\r\n\r\n1f4\r\n" + std::string(500, 'a') + "\r\n1f5\r\n" + body));
-  EXPECT_EQ(chunked.receive().value().body, "POST /echo?|too large 1001");
+  EXPECT_EQ("POST /echo?|too large 1001", chunked.receive().value().body);
 
   Client huge_chunk(test.port());
   huge_chunk.send(head + "Transfer-Encoding: chunked\r\n\r\nffffffffffffffff\r\n");
-  EXPECT_EQ(huge_chunk.receive().value().body, "POST /echo?|too large 1001");
+  EXPECT_EQ("POST /echo?|too large 1001", huge_chunk.receive().value().body);
 
   Client waiting(test.port());
   waiting.send(head + "Content-Length: 1001\r\nExpect: 100-continue\r\n\r\n");
   const Answer answer = waiting.receive().value();
-  EXPECT_EQ(answer.status, 200) << "the page's own, with no 100 before it";
-  EXPECT_EQ(answer.header("Connection"), "close");
+  EXPECT_EQ(200, answer.status) << "the page's own, with no 100 before it";
+  EXPECT_EQ("close", answer.header("Connection"));
 }
 
 TEST(ServerLimits, EndSlowRequestsWith408) {
@@ -113,7 +113,7 @@ TEST(ServerLimits, EndSlowRequestsWith408) {
   for (const std::string start : {"GET /ec", "POST /echo HTTP/1.1\r\nHost: a\r\nContent-Length: 9\r\n\r\nab"}) {
     Client client(test.port());
     client.send(start);
-    EXPECT_EQ(client.receive().value().status, 408) << start;
+    EXPECT_EQ(408, client.receive().value().status) << start;
     EXPECT_TRUE(client.at_end());
   }
 }
@@ -127,25 +127,25 @@ TEST(ServerLimits, EndABodyThatTricklesIn) {
   Client client(test.port());
   client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 16000000\r\n\r\n");
   for (int i = 0; i < 15'000'000 && !client.has_input(); ++i) client.send("a");
-  EXPECT_EQ(client.receive().value().status, 408);
+  EXPECT_EQ(408, client.receive().value().status);
 }
 
 TEST(ServerLimits, AreTheseUnlessSaidOtherwise) {
   using namespace std::chrono_literals;
   const zelto::HttpLimits limits;
-  EXPECT_EQ(limits.header_bytes, 16'384U);
-  EXPECT_EQ(limits.header_lines, 100U);
-  EXPECT_EQ(limits.chunk_extension_bytes, 4'096U);
-  EXPECT_EQ(limits.body_bytes, 16'777'216U);
-  EXPECT_EQ(limits.header_timeout, 10s);
-  EXPECT_EQ(limits.body_timeout, 30s);
-  EXPECT_EQ(limits.send_timeout, 30s);
-  EXPECT_EQ(limits.keep_alive_timeout, 15s);
-  EXPECT_EQ(limits.keep_alive_requests, 1000U);
-  EXPECT_EQ(limits.drain_timeout, 5s);
-  EXPECT_EQ(limits.drain_bytes, 1'073'741'824U);
-  EXPECT_EQ(limits.body_rate, 256U);
-  EXPECT_EQ(limits.connections, 4096U);
+  EXPECT_EQ(16'384U, limits.header_bytes);
+  EXPECT_EQ(100U, limits.header_lines);
+  EXPECT_EQ(4'096U, limits.chunk_extension_bytes);
+  EXPECT_EQ(16'777'216U, limits.body_bytes);
+  EXPECT_EQ(10s, limits.header_timeout);
+  EXPECT_EQ(30s, limits.body_timeout);
+  EXPECT_EQ(30s, limits.send_timeout);
+  EXPECT_EQ(15s, limits.keep_alive_timeout);
+  EXPECT_EQ(1000U, limits.keep_alive_requests);
+  EXPECT_EQ(5s, limits.drain_timeout);
+  EXPECT_EQ(1'073'741'824U, limits.drain_bytes);
+  EXPECT_EQ(256U, limits.body_rate);
+  EXPECT_EQ(4096U, limits.connections);
 }
 
 TEST(ServerLimits, CloseSilentConnectionsWithoutAWord) {
@@ -157,7 +157,7 @@ TEST(ServerLimits, CloseSilentConnectionsWithoutAWord) {
   EXPECT_TRUE(fresh.at_end());
   Client kept(test.port());
   kept.send("GET /echo HTTP/1.1\r\n" + kHost + "\r\n");
-  EXPECT_EQ(kept.receive().value().status, 200);
+  EXPECT_EQ(200, kept.receive().value().status);
   EXPECT_TRUE(kept.at_end());
 }
 
@@ -170,7 +170,7 @@ TEST(ServerLimits, StopSendingToAClientThatDoesNotRead) {
     client.keep_receive_buffer_small();
     client.send("GET " + path + "50000000 HTTP/1.1\r\n" + kHost + "\r\n");
     test.wait_for_records(path == "/stream?" ? 1 : 2);
-    EXPECT_EQ(client.receive(), std::nullopt) << path;
+    EXPECT_EQ(std::nullopt, client.receive()) << path;
   }
 }
 
@@ -181,7 +181,7 @@ TEST(ServerLimits, EndTheDrainOfAClientThatNeverStops) {
   TestServer test(with_limits(limits));
   Client client(test.port());
   client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 99999999999\r\n\r\n");
-  EXPECT_EQ(client.receive().value().body, "POST /echo?|too large 99999999999");
+  EXPECT_EQ("POST /echo?|too large 99999999999", client.receive().value().body);
   const std::string block(100'000, 'a');
   while (client.send(block)) continue;  // ends when the server has closed
 }
@@ -193,7 +193,7 @@ TEST(ServerLimits, EndTheDrainOfAClientThatNeitherSendsNorCloses) {
   TestServer test(with_limits(limits));
   Client client(test.port());
   client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 11\r\n\r\n");
-  EXPECT_EQ(client.receive().value().body, "POST /echo?|too large 11");
+  EXPECT_EQ("POST /echo?|too large 11", client.receive().value().body);
   EXPECT_TRUE(test.server->stop(std::chrono::minutes(1)));  // waits for connections that are left
 }
 
@@ -204,8 +204,8 @@ TEST(ServerLimits, EndAConnectionAfterItsLastRequest) {
   Client client(test.port());
   const std::string request = "GET /echo HTTP/1.1\r\n" + kHost + "\r\n";
   client.send(request + request + request);
-  EXPECT_EQ(client.receive().value().header("Connection"), "keep-alive");
-  EXPECT_EQ(client.receive().value().header("Connection"), "close");
+  EXPECT_EQ("keep-alive", client.receive().value().header("Connection"));
+  EXPECT_EQ("close", client.receive().value().header("Connection"));
   EXPECT_TRUE(client.at_end());
 }
 
@@ -223,13 +223,13 @@ TEST(ServerLimits, AnswerBusyWhenTheQueueIsFull) {
   const std::string request = "GET /gate HTTP/1.1\r\n" + kHost + "\r\n";
   first.send(request);
   second.send(request);
-  EXPECT_EQ(test.wait_for_records(1)[0].status, 503);
+  EXPECT_EQ(503, test.wait_for_records(1)[0].status);
   test.gate.open();
   const Answer a = first.receive().value();
   const Answer b = second.receive().value();
-  EXPECT_EQ(a.status + b.status, 200 + 503);
-  EXPECT_EQ((a.status == 503 ? a : b).header("Retry-After"), "1");
-  EXPECT_EQ(running.receive().value().status, 200);
+  EXPECT_EQ(200 + 503, a.status + b.status);
+  EXPECT_EQ("1", (a.status == 503 ? a : b).header("Retry-After"));
+  EXPECT_EQ(200, running.receive().value().status);
 }
 
 TEST(ServerLimits, AnswerBusyToTooManyConnections) {
@@ -239,12 +239,12 @@ TEST(ServerLimits, AnswerBusyToTooManyConnections) {
   const std::string request = "GET /echo HTTP/1.1\r\n" + kHost + "\r\n";
   Client first(test.port());
   first.send(request);
-  EXPECT_EQ(first.receive().value().status, 200);
+  EXPECT_EQ(200, first.receive().value().status);
   Client second(test.port());
-  EXPECT_EQ(second.receive().value().status, 503);
+  EXPECT_EQ(503, second.receive().value().status);
   EXPECT_TRUE(second.at_end());
   first.send(request);
-  EXPECT_EQ(first.receive().value().status, 200);
+  EXPECT_EQ(200, first.receive().value().status);
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ TEST(ServerStop, FinishesWhatRunsAndClosesWhatIsIdle) {
   TestServer test;
   Client idle(test.port());
   idle.send(kEcho);
-  EXPECT_EQ(idle.receive().value().status, 200);
+  EXPECT_EQ(200, idle.receive().value().status);
   Client untouched(test.port());
   Client running(test.port());
   running.send(kGate);
@@ -32,8 +32,8 @@ TEST(ServerStop, FinishesWhatRunsAndClosesWhatIsIdle) {
   EXPECT_THROW(Client(test.port()), std::runtime_error);
   test.gate.open();
   const Answer answer = running.receive().value();
-  EXPECT_EQ(answer.status, 200);
-  EXPECT_EQ(answer.header("Connection"), "close");
+  EXPECT_EQ(200, answer.status);
+  EXPECT_EQ("close", answer.header("Connection"));
   EXPECT_TRUE(running.at_end());
   running.finish_sending();
   stopper.join();
@@ -45,7 +45,7 @@ TEST(ServerStop, GivesUpWhatIsNotAnsweredInTime) {
   running.send(kGate);
   test.gate.wait_for(1);
   std::thread stopper([&] { EXPECT_FALSE(test.server->stop(std::chrono::milliseconds(1))); });
-  EXPECT_EQ(running.receive(), std::nullopt);
+  EXPECT_EQ(std::nullopt, running.receive());
   test.gate.open();  // the worker is joined, not abandoned
   stopper.join();
 }
@@ -57,7 +57,7 @@ TEST(ServerStop, ResetsWhatALackOfTimeCutsShort) {
   waiting.send("GET /half HTTP/1.0\r\n\r\n");
   test.gate.wait_for(1);
   std::thread stopper([&] { EXPECT_FALSE(test.server->stop(std::chrono::milliseconds(1))); });
-  EXPECT_EQ(waiting.receive(), std::nullopt);
+  EXPECT_EQ(std::nullopt, waiting.receive());
   EXPECT_TRUE(waiting.was_reset());
   test.gate.open();
   stopper.join();
@@ -72,14 +72,14 @@ TEST(ServerStop, LetsNoShortenedBodyLookWhole) {
   for (std::size_t i = 0; i < kClients; ++i) {
     Client& client = *clients.emplace_back(std::make_unique<Client>(test.port()));
     client.send("GET /stream?" + std::to_string((i + 1) * kStep) + " HTTP/1.0\r\n\r\n");
-    EXPECT_EQ(client.receive(true).value().status, 200);
+    EXPECT_EQ(200, client.receive(true).value().status);
   }
   EXPECT_FALSE(test.server->stop(std::chrono::milliseconds(50)));
   std::size_t whole = 0;
   for (std::size_t i = 0; i < kClients; ++i) {
     const std::size_t received = clients[i]->read_to_end().size();
     whole += received == (i + 1) * kStep;
-    EXPECT_EQ(clients[i]->was_reset(), received < (i + 1) * kStep) << i;
+    EXPECT_EQ(received < (i + 1) * kStep, clients[i]->was_reset()) << i;
   }
   EXPECT_LT(whole, kClients);
 }
@@ -91,7 +91,7 @@ TEST(ServerStop, FreesAWorkerThatWaitsForItsClient) {
   slow.send("GET /stream?50000000 HTTP/1.1\r\nHost: test\r\n\r\n");
   Client other(test.port());
   other.send(kEcho);
-  EXPECT_EQ(other.receive().value().status, 200);
+  EXPECT_EQ(200, other.receive().value().status);
   EXPECT_FALSE(test.server->stop(std::chrono::milliseconds(20)));
 }
 

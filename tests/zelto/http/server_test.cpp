@@ -20,11 +20,11 @@ std::string get(const std::string& target) { return "GET " + target + " HTTP/1.1
 TEST(Server, AnswersARequest) {
   TestServer test;
   const Answer answer = ask(test.port(), get("/echo/a%20b?c=%41"));
-  EXPECT_EQ(answer.status, 200);
-  EXPECT_EQ(answer.body, "GET /echo/a b?c=%41|");
-  EXPECT_EQ(answer.header("Server"), "Zelto");
-  EXPECT_EQ(answer.header("X-Content-Type-Options"), "nosniff");
-  EXPECT_EQ(answer.header("Connection"), "keep-alive");
+  EXPECT_EQ(200, answer.status);
+  EXPECT_EQ("GET /echo/a b?c=%41|", answer.body);
+  EXPECT_EQ("Zelto", answer.header("Server"));
+  EXPECT_EQ("nosniff", answer.header("X-Content-Type-Options"));
+  EXPECT_EQ("keep-alive", answer.header("Connection"));
   EXPECT_FALSE(answer.header("Date").empty());
 }
 
@@ -34,7 +34,7 @@ TEST(Server, UnderstandsARequestThatComesByteByByte) {
   for (const char c :
        "POST /echo HTTP/1.1\r\n" + kHost + "Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n2;x=y\r\nde\r\n0\r\n\r\n")
     ASSERT_TRUE(client.send({&c, 1}));
-  EXPECT_EQ(client.receive().value().body, "POST /echo?|abcde");
+  EXPECT_EQ("POST /echo?|abcde", client.receive().value().body);
 }
 
 TEST(Server, AnswersPipelinedRequestsInTheirOrder) {
@@ -43,18 +43,18 @@ TEST(Server, AnswersPipelinedRequestsInTheirOrder) {
   for (int i = 0; i < 200; ++i) requests += get("/echo?" + std::to_string(i));
   Client client(test.port());
   client.send(requests);
-  for (int i = 0; i < 200; ++i) EXPECT_EQ(client.receive().value().body, "GET /echo?" + std::to_string(i) + "|");
+  for (int i = 0; i < 200; ++i) EXPECT_EQ("GET /echo?" + std::to_string(i) + "|", client.receive().value().body);
 }
 
 TEST(Server, SkipsALineBreakTooManyBetweenRequests) {
   TestServer test;
   Client client(test.port());
   client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 3\r\n\r\nabc\r\n" + get("/echo"));
-  EXPECT_EQ(client.receive().value().body, "POST /echo?|abc");
-  EXPECT_EQ(client.receive().value().body, "GET /echo?|");
+  EXPECT_EQ("POST /echo?|abc", client.receive().value().body);
+  EXPECT_EQ("GET /echo?|", client.receive().value().body);
   for (int i = 0; i < 20'000; ++i) client.send("\r\n");
   client.send(get("/echo"));
-  EXPECT_EQ(client.receive().value().body, "GET /echo?|");
+  EXPECT_EQ("GET /echo?|", client.receive().value().body);
 }
 
 TEST(Server, DropsTrailers) {
@@ -63,8 +63,8 @@ TEST(Server, DropsTrailers) {
   client.send("POST /echo HTTP/1.1\r\n" + kHost +
               "Transfer-Encoding: Chunked\r\n\r\n1\r\na\r\n0\r\nHost: other\r\nX: y\r\n\r\n");
   client.send(get("/echo"));
-  EXPECT_EQ(client.receive().value().body, "POST /echo?|a");
-  EXPECT_EQ(client.receive().value().body, "GET /echo?|");
+  EXPECT_EQ("POST /echo?|a", client.receive().value().body);
+  EXPECT_EQ("GET /echo?|", client.receive().value().body);
 }
 
 // Whoever forwards a request looks at its head only.
@@ -72,17 +72,17 @@ TEST(Server, BelievesNoTrailer) {
   TestServer trusting({.trusted_proxies = {"127.0.0.1"}});
   const std::string head = "POST /encrypted HTTP/1.1\r\n" + kHost + "Transfer-Encoding: chunked\r\n";
   const std::string claim = "X-Forwarded-Proto: https\r\n";
-  EXPECT_EQ(ask(trusting.port(), head + claim + "\r\n0\r\n\r\n").body, "encrypted");
-  EXPECT_EQ(ask(trusting.port(), head + "\r\n0\r\n" + claim + "\r\n").body, "plain");
+  EXPECT_EQ("encrypted", ask(trusting.port(), head + claim + "\r\n0\r\n\r\n").body);
+  EXPECT_EQ("plain", ask(trusting.port(), head + "\r\n0\r\n" + claim + "\r\n").body);
 }
 
 TEST(Server, AsksForTheBodyOfAClientThatWaits) {
   TestServer test;
   Client client(test.port());
   client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 2\r\nExpect: 100-continue\r\n\r\n");
-  EXPECT_EQ(client.receive().value().status, 100);
+  EXPECT_EQ(100, client.receive().value().status);
   client.send("ok");
-  EXPECT_EQ(client.receive().value().body, "POST /echo?|ok");
+  EXPECT_EQ("POST /echo?|ok", client.receive().value().body);
 }
 
 TEST(Server, SendsNoBodyToHead) {
@@ -91,11 +91,11 @@ TEST(Server, SendsNoBodyToHead) {
   for (const std::string target : {"/length?5", "/stream?5"}) {
     client.send("HEAD " + target + " HTTP/1.1\r\n" + kHost + "\r\n");
     const Answer answer = client.receive(true).value();
-    EXPECT_EQ(answer.status, 200);
-    EXPECT_EQ(answer.header("Content-Length"), target == "/length?5" ? "5" : "");
+    EXPECT_EQ(200, answer.status);
+    EXPECT_EQ(target == "/length?5" ? "5" : "", answer.header("Content-Length"));
   }
   client.send(get("/length?3"));
-  EXPECT_EQ(client.receive().value().body, "xxx");
+  EXPECT_EQ("xxx", client.receive().value().body);
 }
 
 TEST(Server, SendsNoBodyWithAStatusThatHasNone) {
@@ -104,11 +104,11 @@ TEST(Server, SendsNoBodyWithAStatusThatHasNone) {
   for (const std::string status : {"204", "304"}) {
     client.send(get("/status?" + status));
     const Answer answer = client.receive().value();
-    EXPECT_EQ(std::to_string(answer.status), status);
-    EXPECT_EQ(answer.header("Content-Length"), "");
+    EXPECT_EQ(status, std::to_string(answer.status));
+    EXPECT_EQ("", answer.header("Content-Length"));
   }
   client.send(get("/echo"));
-  EXPECT_EQ(client.receive().value().body, "GET /echo?|");
+  EXPECT_EQ("GET /echo?|", client.receive().value().body);
 }
 
 TEST(Server, FramesBodiesOfAnySize) {
@@ -117,7 +117,7 @@ TEST(Server, FramesBodiesOfAnySize) {
   for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{65536}, std::size_t{3'000'001}}) {
     for (const std::string path : {"/length?", "/stream?"}) {
       client.send(get(path + std::to_string(size)));
-      EXPECT_EQ(client.receive().value().body, std::string(size, 'x')) << path << size;
+      EXPECT_EQ(std::string(size, 'x'), client.receive().value().body) << path << size;
     }
   }
 }
@@ -127,15 +127,15 @@ TEST(Server, AnswersOldClientsWithoutChunks) {
   Client closing(test.port());
   closing.send("GET /stream?30000 HTTP/1.0\r\n\r\n");
   const Answer streamed = closing.receive().value();
-  EXPECT_EQ(streamed.header("Transfer-Encoding"), "");
-  EXPECT_EQ(streamed.header("Connection"), "close");
-  EXPECT_EQ(streamed.body.size(), 30000U);
+  EXPECT_EQ("", streamed.header("Transfer-Encoding"));
+  EXPECT_EQ("close", streamed.header("Connection"));
+  EXPECT_EQ(30000U, streamed.body.size());
 
   Client kept(test.port());
   kept.send("GET /echo HTTP/1.0\r\nConnection: keep-alive\r\n\r\n");
-  EXPECT_EQ(kept.receive().value().header("Connection"), "keep-alive");
+  EXPECT_EQ("keep-alive", kept.receive().value().header("Connection"));
   kept.send("GET /echo HTTP/1.0\r\n\r\n");
-  EXPECT_EQ(kept.receive().value().header("Connection"), "close");
+  EXPECT_EQ("close", kept.receive().value().header("Connection"));
   EXPECT_TRUE(kept.at_end());
 }
 
@@ -143,7 +143,7 @@ TEST(Server, ClosesWhenTheClientAsksForIt) {
   TestServer test;
   Client client(test.port());
   client.send("GET /echo HTTP/1.1\r\n" + kHost + "Connection: x, Close\r\n\r\n");
-  EXPECT_EQ(client.receive().value().header("Connection"), "close");
+  EXPECT_EQ("close", client.receive().value().header("Connection"));
   EXPECT_TRUE(client.at_end());
 }
 
@@ -152,7 +152,7 @@ TEST(Server, StillAnswersAClientThatHasEndedItsSide) {
   Client client(test.port());
   client.send(get("/length?2000000"));
   client.finish_sending();
-  EXPECT_EQ(client.receive().value().body.size(), 2'000'000U);
+  EXPECT_EQ(2'000'000U, client.receive().value().body.size());
 }
 
 TEST(Server, AnswersForAWorkerThatFails) {
@@ -160,10 +160,10 @@ TEST(Server, AnswersForAWorkerThatFails) {
   Client client(test.port());
   for (const std::string path : {"/throw", "/silent"}) {
     client.send(get(path));
-    EXPECT_EQ(client.receive().value().status, 500) << path;
+    EXPECT_EQ(500, client.receive().value().status) << path;
   }
   client.send(get("/short"));
-  EXPECT_EQ(client.receive(), std::nullopt) << "an answer cut short must not look complete";
+  EXPECT_EQ(std::nullopt, client.receive()) << "an answer cut short must not look complete";
 }
 
 TEST(Server, ShowsThatAnAnswerIsBrokenOff) {
@@ -172,17 +172,17 @@ TEST(Server, ShowsThatAnAnswerIsBrokenOff) {
     SCOPED_TRACE(size);
     Client chunked(test.port());
     chunked.send(get("/broken?" + size) + get("/echo"));
-    EXPECT_EQ(chunked.receive(), std::nullopt);
-    EXPECT_EQ(chunked.broken_body(), std::string(std::stoul(size), 'x')) << "what was written arrives";
+    EXPECT_EQ(std::nullopt, chunked.receive());
+    EXPECT_EQ(std::string(std::stoul(size), 'x'), chunked.broken_body()) << "what was written arrives";
     EXPECT_TRUE(chunked.at_end());
     Client old(test.port());
     old.send("GET /broken?" + size + " HTTP/1.0\r\nConnection: keep-alive\r\n\r\n");
-    EXPECT_EQ(old.receive(), std::nullopt);
+    EXPECT_EQ(std::nullopt, old.receive());
     EXPECT_TRUE(old.was_reset());
   }
   Client head(test.port());
   head.send("HEAD /broken?5 HTTP/1.0\r\n\r\n");
-  EXPECT_EQ(head.receive(true).value().status, 200);
+  EXPECT_EQ(200, head.receive(true).value().status);
   EXPECT_TRUE(head.at_end());
   EXPECT_FALSE(head.was_reset()) << "nothing of it is missing";
 }
@@ -196,7 +196,7 @@ TEST(Server, TellsWhenTheClientHasGone) {
   }
   test.gate.open();
   test.wait_for_records(1);
-  EXPECT_EQ(test.connected_before_and_after_gate, (std::vector{true, false}));
+  EXPECT_EQ((std::vector{true, false}), test.connected_before_and_after_gate);
 }
 
 TEST(Server, SurvivesClientsThatReset) {
@@ -210,7 +210,7 @@ TEST(Server, SurvivesClientsThatReset) {
   slow.send(get("/stream?50000000"));
   ASSERT_TRUE(test.port() > 0);
   slow.reset();
-  EXPECT_EQ(ask(test.port(), get("/echo")).status, 200);
+  EXPECT_EQ(200, ask(test.port(), get("/echo")).status);
 }
 
 TEST(Server, WritesOneRecordPerAnswer) {
@@ -221,15 +221,15 @@ TEST(Server, WritesOneRecordPerAnswer) {
   client.send("bad\r\n\r\n");
   client.receive();
   const auto records = test.wait_for_records(2);
-  EXPECT_EQ(records[0].remote_address, "127.0.0.1");
-  EXPECT_EQ(records[0].request_line, "GET /echo HTTP/1.1");
-  EXPECT_EQ(records[0].referer, "http://from/");
-  EXPECT_EQ(records[0].user_agent, "agent");
-  EXPECT_EQ(records[0].note, "noted");
-  EXPECT_EQ(records[0].status, 200);
-  EXPECT_EQ(records[0].body_bytes, 11U);
-  EXPECT_EQ(records[1].request_line, "bad");
-  EXPECT_EQ(records[1].status, 400);
+  EXPECT_EQ("127.0.0.1", records[0].remote_address);
+  EXPECT_EQ("GET /echo HTTP/1.1", records[0].request_line);
+  EXPECT_EQ("http://from/", records[0].referer);
+  EXPECT_EQ("agent", records[0].user_agent);
+  EXPECT_EQ("noted", records[0].note);
+  EXPECT_EQ(200, records[0].status);
+  EXPECT_EQ(11U, records[0].body_bytes);
+  EXPECT_EQ("bad", records[1].request_line);
+  EXPECT_EQ(400, records[1].status);
 }
 
 TEST(Server, BelievesOnlyATrustedProxyThatItsClientCameEncrypted) {
@@ -247,8 +247,8 @@ TEST(Server, BelievesOnlyATrustedProxyThatItsClientCameEncrypted) {
   TestServer wary({.trusted_proxies = {"10.0.0.1"}});
   for (const Row& row : rows) {
     const std::string request = "GET /encrypted HTTP/1.1\r\n" + kHost + row.headers + "\r\n";
-    EXPECT_EQ(ask(trusting.port(), request).body, row.answer) << row.headers;
-    EXPECT_EQ(ask(wary.port(), request).body, "plain") << row.headers;
+    EXPECT_EQ(row.answer, ask(trusting.port(), request).body) << row.headers;
+    EXPECT_EQ("plain", ask(wary.port(), request).body) << row.headers;
   }
 }
 
@@ -271,7 +271,7 @@ TEST(Server, AnswersManyClientsAtOnce) {
     });
   }
   for (auto& client : clients) client.join();
-  EXPECT_EQ(right, kClients * kRequests);
+  EXPECT_EQ(kClients * kRequests, right);
 }
 
 TEST(Server, DoesNotStartOnAnAddressThatIsTaken) {

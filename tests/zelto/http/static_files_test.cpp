@@ -64,7 +64,7 @@ class StaticFilesTest : public testing::Test {
     fs::create_symlink(base_ / "outside.txt", root_ / "absolute.txt");
     fs::create_symlink("..", root_ / "up");
     fs::create_symlink("style.css", root_ / "alias.css");
-    EXPECT_EQ(::mkfifo((root_ / "pipe.txt").c_str(), 0600), 0);
+    EXPECT_EQ(0, ::mkfifo((root_ / "pipe.txt").c_str(), 0600));
   }
   ~StaticFilesTest() override { fs::remove_all(base_); }
 
@@ -100,10 +100,10 @@ TEST_F(StaticFilesTest, FindsWhatAPathNames) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.path);
     const FoundFile found = files.find(row.path);
-    EXPECT_EQ(found.kind, row.kind);
-    EXPECT_EQ(found.path, row.found);
+    EXPECT_EQ(row.kind, found.kind);
+    EXPECT_EQ(row.found, found.path);
     const bool exists = row.kind != Kind::kRedirect;
-    EXPECT_EQ(found.physical, exists ? fs::canonical(root_).string() + row.found : "");
+    EXPECT_EQ(exists ? fs::canonical(root_).string() + row.found : "", found.physical);
   }
 }
 
@@ -111,7 +111,7 @@ TEST_F(StaticFilesTest, FindsNothingElse) {
   const StaticFiles files(options());
   for (const char* path : {"/missing", "/page.asp/", "/page.asp/info", "/style.css/", "/empty/", "/leak.txt",
                            "/absolute.txt", "/up/outside.txt", "/up/", "/pipe.txt"})
-    EXPECT_EQ(files.find(path).kind, Kind::kNone) << path;
+    EXPECT_EQ(Kind::kNone, files.find(path).kind) << path;
 }
 
 TEST_F(StaticFilesTest, FindsNoProtectedName) {
@@ -134,9 +134,9 @@ TEST_F(StaticFilesTest, FindsNoProtectedName) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.path);
     const FoundFile found = files.find(row.path);
-    EXPECT_EQ(found.kind, Kind::kProtected);
-    EXPECT_EQ(found.path, row.name);
-    EXPECT_EQ(found.physical, "");
+    EXPECT_EQ(Kind::kProtected, found.kind);
+    EXPECT_EQ(row.name, found.path);
+    EXPECT_EQ("", found.physical);
   }
 }
 
@@ -145,11 +145,11 @@ TEST_F(StaticFilesTest, TakesNamesToProtectFromTheOptions) {
   for (const char* name : {"sub dir/", "style.css", "*.txt"}) ASSERT_TRUE(own.protected_names.add(name)) << name;
   own.default_documents = {"global.asa", "alias.css"};
   const StaticFiles files(own);
-  EXPECT_EQ(files.find("/sub dir/a.b").kind, Kind::kProtected);
-  EXPECT_EQ(files.find("/Style.css").kind, Kind::kProtected);
-  EXPECT_EQ(files.find("/asa.txt").kind, Kind::kProtected);
-  EXPECT_EQ(files.find("/Templates/list.html").kind, Kind::kProtected);
-  EXPECT_EQ(files.find("/").path, "/alias.css");
+  EXPECT_EQ(Kind::kProtected, files.find("/sub dir/a.b").kind);
+  EXPECT_EQ(Kind::kProtected, files.find("/Style.css").kind);
+  EXPECT_EQ(Kind::kProtected, files.find("/asa.txt").kind);
+  EXPECT_EQ(Kind::kProtected, files.find("/Templates/list.html").kind);
+  EXPECT_EQ("/alias.css", files.find("/").path);
 }
 
 TEST_F(StaticFilesTest, NeedsItsFolder) {
@@ -182,23 +182,23 @@ class StaticHttp : public StaticFilesTest {
 
 TEST_F(StaticHttp, ServesAFile) {
   const auto answer = ask("GET", "/style.css");
-  EXPECT_EQ(answer.status, 200);
-  EXPECT_EQ(answer.body, "0123456789");
-  EXPECT_EQ(answer.header("Content-Type"), "text/css; charset=utf-8");
-  EXPECT_EQ(answer.header("Accept-Ranges"), "bytes");
+  EXPECT_EQ(200, answer.status);
+  EXPECT_EQ("0123456789", answer.body);
+  EXPECT_EQ("text/css; charset=utf-8", answer.header("Content-Type"));
+  EXPECT_EQ("bytes", answer.header("Accept-Ranges"));
   struct stat status {};
-  ASSERT_EQ(::stat((root_ / "style.css").c_str(), &status), 0);
-  EXPECT_EQ(answer.header("Last-Modified"), http_date(status.st_mtim.tv_sec));
+  ASSERT_EQ(0, ::stat((root_ / "style.css").c_str(), &status));
+  EXPECT_EQ(http_date(status.st_mtim.tv_sec), answer.header("Last-Modified"));
   const auto head = ask("HEAD", "/style.css");
-  EXPECT_EQ(head.status, 200);
-  EXPECT_EQ(head.header("Content-Length"), "10");
+  EXPECT_EQ(200, head.status);
+  EXPECT_EQ("10", head.header("Content-Length"));
 }
 
 TEST_F(StaticHttp, ServesLargeFilesWhole) {
   std::string text;
   for (int i = 0; text.size() < 5'000'000; ++i) text += std::to_string(i) + "\n";
   write("large.txt", text);
-  EXPECT_EQ(ask("GET", "/large.txt").body, text);
+  EXPECT_EQ(text, ask("GET", "/large.txt").body);
 }
 
 // The file is sent as the client takes it, so that it may shrink meanwhile.
@@ -207,7 +207,7 @@ TEST_F(StaticHttp, ShowsThatAFileHasBecomeShorter) {
   fs::resize_file(root_ / "large.bin", 50'000'000);
   zelto_test::Client client(server_.port());
   client.send("GET /large.bin HTTP/1.1\r\nHost: a\r\n\r\nGET /style.css HTTP/1.1\r\nHost: a\r\n\r\n");
-  ASSERT_EQ(client.receive(true).value().header("Content-Length"), "50000000");
+  ASSERT_EQ("50000000", client.receive(true).value().header("Content-Length"));
   fs::resize_file(root_ / "large.bin", 10);
   EXPECT_LT(client.read_to_end().size(), 50'000'000U);
   EXPECT_TRUE(client.was_reset());
@@ -231,38 +231,38 @@ TEST_F(StaticHttp, SavesSendingWhatTheClientHas) {
                       {"If-Modified-Since: yesterday\r\n", 200}};
   for (const Row& row : rows) {
     const auto answer = ask("GET", "/style.css", row.headers);
-    EXPECT_EQ(answer.status, row.status) << row.headers;
-    EXPECT_EQ(answer.header("ETag"), tag) << row.headers;
+    EXPECT_EQ(row.status, answer.status) << row.headers;
+    EXPECT_EQ(tag, answer.header("ETag")) << row.headers;
   }
   write("style.css", "changed: another size");
-  EXPECT_EQ(ask("GET", "/style.css", "If-None-Match: " + tag + "\r\n").status, 200);
+  EXPECT_EQ(200, ask("GET", "/style.css", "If-None-Match: " + tag + "\r\n").status);
 }
 
 TEST_F(StaticHttp, SendsOneRange) {
   const auto part = ask("GET", "/style.css", "Range: bytes=2-4\r\n");
-  EXPECT_EQ(part.status, 206);
-  EXPECT_EQ(part.body, "234");
-  EXPECT_EQ(part.header("Content-Range"), "bytes 2-4/10");
+  EXPECT_EQ(206, part.status);
+  EXPECT_EQ("234", part.body);
+  EXPECT_EQ("bytes 2-4/10", part.header("Content-Range"));
   const auto none = ask("GET", "/style.css", "Range: bytes=10-\r\n");
-  EXPECT_EQ(none.status, 416);
-  EXPECT_EQ(none.header("Content-Range"), "bytes */10");
-  EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=1-2,4-5\r\n").body, "0123456789");
-  EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: \"old\"\r\n").body, "0123456789");
-  EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: " + part.header("ETag") + "\r\n").body, "234");
-  EXPECT_EQ(ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: " + part.header("Last-Modified") + "\r\n").body,
-            "234");
+  EXPECT_EQ(416, none.status);
+  EXPECT_EQ("bytes */10", none.header("Content-Range"));
+  EXPECT_EQ("0123456789", ask("GET", "/style.css", "Range: bytes=1-2,4-5\r\n").body);
+  EXPECT_EQ("0123456789", ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: \"old\"\r\n").body);
+  EXPECT_EQ("234", ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: " + part.header("ETag") + "\r\n").body);
+  EXPECT_EQ("234",
+            ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: " + part.header("Last-Modified") + "\r\n").body);
 }
 
 TEST_F(StaticHttp, AnswersWhatIsNoFile) {
-  EXPECT_EQ(ask("GET", "/missing").status, 404);
-  EXPECT_EQ(ask("GET", "/Templates/list.html").status, 404);
-  EXPECT_EQ(ask("GET", "/sub").header("Location"), "/sub/");
-  EXPECT_EQ(ask("GET", "//sub%20dir?a=b").header("Location"), "/sub%20dir/?a=b");
-  EXPECT_EQ(ask("GET", "/sub").status, 301);
-  EXPECT_EQ(ask("POST", "/style.css").status, 405);
-  EXPECT_EQ(ask("POST", "/style.css").header("Allow"), "GET, HEAD");
-  EXPECT_EQ(ask("POST", "/style.css", "Content-Length: 11\r\n").status, 413);
-  EXPECT_EQ(ask("GET", "/sub/").status, 200);
+  EXPECT_EQ(404, ask("GET", "/missing").status);
+  EXPECT_EQ(404, ask("GET", "/Templates/list.html").status);
+  EXPECT_EQ("/sub/", ask("GET", "/sub").header("Location"));
+  EXPECT_EQ("/sub%20dir/?a=b", ask("GET", "//sub%20dir?a=b").header("Location"));
+  EXPECT_EQ(301, ask("GET", "/sub").status);
+  EXPECT_EQ(405, ask("POST", "/style.css").status);
+  EXPECT_EQ("GET, HEAD", ask("POST", "/style.css").header("Allow"));
+  EXPECT_EQ(413, ask("POST", "/style.css", "Content-Length: 11\r\n").status);
+  EXPECT_EQ(200, ask("GET", "/sub/").status);
 }
 
 }  // namespace

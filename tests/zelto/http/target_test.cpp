@@ -71,22 +71,22 @@ TEST(Target, SplitsDecodesAndNormalises) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.target);
     const Target target = parse_target(row.target);
-    EXPECT_EQ(target.status, row.status);
+    EXPECT_EQ(row.status, target.status);
     if (row.status != 200) continue;
-    EXPECT_EQ(target.path, row.path);
-    EXPECT_EQ(target.query, row.query);
+    EXPECT_EQ(row.path, target.path);
+    EXPECT_EQ(row.query, target.query);
   }
 }
 
 TEST(Target, TellsTheHostOfTheAbsoluteForm) {
-  EXPECT_EQ(parse_target("http://host:1/a").authority, "host:1");
-  EXPECT_EQ(parse_target("http://[::1]").authority, "[::1]");
-  EXPECT_EQ(parse_target("/http://host/").authority, "");
+  EXPECT_EQ("host:1", parse_target("http://host:1/a").authority);
+  EXPECT_EQ("[::1]", parse_target("http://[::1]").authority);
+  EXPECT_EQ("", parse_target("/http://host/").authority);
 }
 
 TEST(Target, EncodesAPathSoThatItReadsBack) {
-  EXPECT_EQ(encode_path("/a b/\xC3\xA4%~-_.?#"), "/a%20b/%C3%A4%25~-_.%3F%23");
-  EXPECT_EQ(parse_target(encode_path("/a b/\xC3\xA4%x")).path, "/a b/\xC3\xA4%x");
+  EXPECT_EQ("/a%20b/%C3%A4%25~-_.%3F%23", encode_path("/a b/\xC3\xA4%~-_.?#"));
+  EXPECT_EQ("/a b/\xC3\xA4%x", parse_target(encode_path("/a b/\xC3\xA4%x")).path);
 }
 
 }  // namespace

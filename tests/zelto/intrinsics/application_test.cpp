@@ -23,30 +23,30 @@ class Thing final : public korlib::DispatchObject<Thing> {
 };
 
 TEST_F(Application, SharesValuesBetweenPages) {
-  EXPECT_EQ(put(page().get(), L"Value", L"Hits", 7).hr, S_OK);
-  EXPECT_EQ(get(page().get(), L"Value", L"hits").value.lVal, 7);
-  EXPECT_EQ(get(object_of(get(page().get(), L"Contents")), L"Count").value.lVal, 1);
+  EXPECT_EQ(S_OK, put(page().get(), L"Value", L"Hits", 7).hr);
+  EXPECT_EQ(7, get(page().get(), L"Value", L"hits").value.lVal);
+  EXPECT_EQ(1, get(object_of(get(page().get(), L"Contents")), L"Count").value.lVal);
 }
 
 TEST_F(Application, RefusesObjectsThatOneThreadOwns) {
   const Answer answer = putref(page().get(), L"Value", L"o", korlib::make<Thing>());
-  EXPECT_EQ(answer.hr, E_INVALIDARG);
-  EXPECT_EQ(answer.description, L"The Application keeps plain values and dictionaries only.");
+  EXPECT_EQ(E_INVALIDARG, answer.hr);
+  EXPECT_EQ(L"The Application keeps plain values and dictionaries only.", answer.description);
 }
 
 TEST_F(Application, KeepsOthersFromChangingValuesWhileLocked) {
   const auto first = page();
   const auto second = page();
-  EXPECT_EQ(call(first.get(), L"Lock").hr, S_OK);
-  EXPECT_EQ(call(first.get(), L"Lock").hr, S_OK);
-  EXPECT_EQ(put(first.get(), L"Value", L"a", 1).hr, S_OK);
-  EXPECT_EQ(put(second.get(), L"Value", L"a", 2).hr, E_FAIL);
-  EXPECT_EQ(call(second.get(), L"Lock").hr, E_FAIL);
-  EXPECT_EQ(call(second.get(), L"Unlock").hr, S_OK);  // not its lock
-  EXPECT_EQ(put(second.get(), L"Value", L"a", 2).hr, E_FAIL);
-  EXPECT_EQ(get(second.get(), L"Value", L"a").value.lVal, 1);
-  EXPECT_EQ(call(first.get(), L"UnLock").hr, S_OK);
-  EXPECT_EQ(put(second.get(), L"Value", L"a", 2).hr, S_OK);
+  EXPECT_EQ(S_OK, call(first.get(), L"Lock").hr);
+  EXPECT_EQ(S_OK, call(first.get(), L"Lock").hr);
+  EXPECT_EQ(S_OK, put(first.get(), L"Value", L"a", 1).hr);
+  EXPECT_EQ(E_FAIL, put(second.get(), L"Value", L"a", 2).hr);
+  EXPECT_EQ(E_FAIL, call(second.get(), L"Lock").hr);
+  EXPECT_EQ(S_OK, call(second.get(), L"Unlock").hr);  // not its lock
+  EXPECT_EQ(E_FAIL, put(second.get(), L"Value", L"a", 2).hr);
+  EXPECT_EQ(1, get(second.get(), L"Value", L"a").value.lVal);
+  EXPECT_EQ(S_OK, call(first.get(), L"UnLock").hr);
+  EXPECT_EQ(S_OK, put(second.get(), L"Value", L"a", 2).hr);
 }
 
 TEST_F(Application, LetsGoOfTheLockWithThePage) {
@@ -54,7 +54,7 @@ TEST_F(Application, LetsGoOfTheLockWithThePage) {
     const auto ended = page();
     call(ended.get(), L"Lock");
   }
-  EXPECT_EQ(put(page().get(), L"Value", L"a", 1).hr, S_OK);
+  EXPECT_EQ(S_OK, put(page().get(), L"Value", L"a", 1).hr);
 }
 
 TEST_F(Application, CountsRightUnderItsLock) {
@@ -75,7 +75,7 @@ TEST_F(Application, CountsRightUnderItsLock) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(get(page().get(), L"Value", L"n").value.lVal, 200);
+  EXPECT_EQ(200, get(page().get(), L"Value", L"n").value.lVal);
 }
 
 }  // namespace

@@ -15,10 +15,10 @@ class Collections : public PageTest {
 
 TEST_F(Collections, KeepEmptyValuesApartWhenTheyJoin) {
   request.query = "a=&a=b&c=&c=&d=x&d=&e=";
-  EXPECT_EQ(text(L"a"), L", b");
-  EXPECT_EQ(text(L"c"), L", ");
-  EXPECT_EQ(text(L"d"), L"x, ");
-  EXPECT_EQ(text(L"e"), L"");
+  EXPECT_EQ(L", b", text(L"a"));
+  EXPECT_EQ(L", ", text(L"c"));
+  EXPECT_EQ(L"x, ", text(L"d"));
+  EXPECT_EQ(L"", text(L"e"));
 }
 
 TEST_F(Collections, NameTheServerWithoutItsPort) {
@@ -29,11 +29,11 @@ TEST_F(Collections, NameTheServerWithoutItsPort) {
     zelto::RequestState state(std::move(http), {"/a.asp", "/srv/a.asp", "/srv"});
     return state.server_variables()->find(L"SERVER_NAME")->values.front();
   };
-  EXPECT_EQ(server_name("example.org:8080"), L"example.org");
-  EXPECT_EQ(server_name("example.org"), L"example.org");
-  EXPECT_EQ(server_name("[2001:db8::1]:8080"), L"[2001:db8::1]");
-  EXPECT_EQ(server_name("[2001:db8::1]"), L"[2001:db8::1]");
-  EXPECT_EQ(server_name(""), L"127.0.0.1");
+  EXPECT_EQ(L"example.org", server_name("example.org:8080"));
+  EXPECT_EQ(L"example.org", server_name("example.org"));
+  EXPECT_EQ(L"[2001:db8::1]", server_name("[2001:db8::1]:8080"));
+  EXPECT_EQ(L"[2001:db8::1]", server_name("[2001:db8::1]"));
+  EXPECT_EQ(L"127.0.0.1", server_name(""));
 }
 
 }  // namespace

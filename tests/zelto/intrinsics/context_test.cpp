@@ -16,16 +16,16 @@ TEST_F(Context, GivesTheIntrinsicObjectsOfTheRequest) {
   context.attach(new zelto::PageContext({{L"Response", CComPtr<IDispatch>(response.get())}}));
   const korlib_host::ContextScope scope(context.get());
   CComPtr<IGetContextProperties> asked;
-  ASSERT_EQ(CoGetObjectContext(IID_IGetContextProperties, asked.put_void()), S_OK);
+  ASSERT_EQ(S_OK, CoGetObjectContext(IID_IGetContextProperties, asked.put_void()));
   LONG count = 0;
-  EXPECT_EQ(asked->Count(&count), S_OK);
-  EXPECT_EQ(count, 1);
+  EXPECT_EQ(S_OK, asked->Count(&count));
+  EXPECT_EQ(1, count);
   CComVariant value;
-  EXPECT_EQ(asked->GetProperty(CComBSTR(L"Response"), &value), S_OK);
-  EXPECT_EQ(value.vt, VT_DISPATCH);
-  EXPECT_EQ(value.pdispVal, static_cast<IDispatch*>(response.get()));
-  EXPECT_EQ(asked->GetProperty(CComBSTR(L"Session"), value.put()), E_INVALIDARG);
-  EXPECT_EQ(value.vt, VT_EMPTY);
+  EXPECT_EQ(S_OK, asked->GetProperty(CComBSTR(L"Response"), &value));
+  EXPECT_EQ(VT_DISPATCH, value.vt);
+  EXPECT_EQ(static_cast<IDispatch*>(response.get()), value.pdispVal);
+  EXPECT_EQ(E_INVALIDARG, asked->GetProperty(CComBSTR(L"Session"), value.put()));
+  EXPECT_EQ(VT_EMPTY, value.vt);
 }
 
 }  // namespace

@@ -60,7 +60,7 @@ TEST(Locale, WritesDatesInItsShortFormWithTheWholeYear) {
       {kGerman, 2299160 - 2415019, L"14.10.1582"},
       {kGerman, -657434, L"01.01.0100"},
   };
-  for (const auto& row : rows) EXPECT_EQ(date(row.lcid, row.date), row.text);
+  for (const auto& row : rows) EXPECT_EQ(row.text, date(row.lcid, row.date));
 }
 
 TEST(Locale, PutsItsDecimalMarkIntoNumbers) {
@@ -77,14 +77,14 @@ TEST(Locale, PutsItsDecimalMarkIntoNumbers) {
       {kGerman, L"NaN", L"NaN"},
       {kGerman, L"-Infinity", L"-Infinity"},
   };
-  for (const auto& row : rows) EXPECT_EQ(LocaleText::of(row.lcid)->number(row.neutral), row.text);
+  for (const auto& row : rows) EXPECT_EQ(row.text, LocaleText::of(row.lcid)->number(row.neutral));
 }
 
 TEST(Locale, IsOneOfItsThread) {
-  EXPECT_EQ(date(kGerman, kDay), L"03.02.2001");
-  std::thread([] { EXPECT_EQ(date(kAmerican, kDay), L"2/3/2001"); }).join();
-  EXPECT_EQ(date(kGerman, kDay), L"03.02.2001");
-  EXPECT_EQ(date(kAmerican, kDay), L"2/3/2001");
+  EXPECT_EQ(L"03.02.2001", date(kGerman, kDay));
+  std::thread([] { EXPECT_EQ(L"2/3/2001", date(kAmerican, kDay)); }).join();
+  EXPECT_EQ(L"03.02.2001", date(kGerman, kDay));
+  EXPECT_EQ(L"2/3/2001", date(kAmerican, kDay));
 }
 
 }  // namespace

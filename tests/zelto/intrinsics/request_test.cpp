@@ -16,57 +16,57 @@ class Request : public PageTest {
 
 TEST_F(Request, FindsNamesInAnyLetterCaseAndKeepsTheirOwn) {
   request.query = "Name=x&b=2";
-  EXPECT_EQ(text(L"QueryString", L"nAmE"), L"x");
-  EXPECT_EQ(text_of(get(collection(L"QueryString"), L"Key", 1)), L"Name");
-  EXPECT_EQ(get(collection(L"QueryString"), L"Count").value.lVal, 2);
+  EXPECT_EQ(L"x", text(L"QueryString", L"nAmE"));
+  EXPECT_EQ(L"Name", text_of(get(collection(L"QueryString"), L"Key", 1)));
+  EXPECT_EQ(2, get(collection(L"QueryString"), L"Count").value.lVal);
 }
 
 TEST_F(Request, JoinsSeveralValuesAndGivesEachByItsNumber) {
   request.query = "t=a&u=0&T=b";
   const auto list = object_of(get(request_object().get(), L"QueryString", L"t"));
-  EXPECT_EQ(text_of(default_of(list)), L"a, b");
-  EXPECT_EQ(get(list, L"Count").value.lVal, 2);
-  EXPECT_EQ(text_of(get(list, L"Item", 2)), L"b");
-  EXPECT_EQ(get(list, L"Item", 0).hr, DISP_E_BADINDEX);
-  EXPECT_EQ(get(list, L"Item", 3).hr, DISP_E_BADINDEX);
+  EXPECT_EQ(L"a, b", text_of(default_of(list)));
+  EXPECT_EQ(2, get(list, L"Count").value.lVal);
+  EXPECT_EQ(L"b", text_of(get(list, L"Item", 2)));
+  EXPECT_EQ(DISP_E_BADINDEX, get(list, L"Item", 0).hr);
+  EXPECT_EQ(DISP_E_BADINDEX, get(list, L"Item", 3).hr);
 }
 
 // `list.Item` comes before `(1)`; a text in between could not be called.
 TEST_F(Request, NeedsAnIndexForItem) {
   request.query = "a=1";
   const auto list = object_of(get(request_object().get(), L"QueryString", L"a"));
-  EXPECT_EQ(get(list, L"Item").hr, DISP_E_BADPARAMCOUNT);
-  EXPECT_EQ(get(collection(L"QueryString"), L"Item").hr, DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(DISP_E_BADPARAMCOUNT, get(list, L"Item").hr);
+  EXPECT_EQ(DISP_E_BADPARAMCOUNT, get(collection(L"QueryString"), L"Item").hr);
 }
 
 TEST_F(Request, GivesAMissingNameAsAnEmptyList) {
   const auto list = object_of(get(request_object().get(), L"QueryString", L"none"));
   ASSERT_TRUE(list);
-  EXPECT_EQ(get(list, L"Count").value.lVal, 0);
-  EXPECT_EQ(default_of(list).value.vt, VT_EMPTY);
+  EXPECT_EQ(0, get(list, L"Count").value.lVal);
+  EXPECT_EQ(VT_EMPTY, default_of(list).value.vt);
   EXPECT_TRUE(CComQIPtr<ZeltoTypeLibrary::IStringList>(list.get()));
 }
 
 TEST_F(Request, DecodesPlusPercentAndUtf8) {
   request.query = "a=x+y%26z&b=%E3%81%82&c=100%&d=%zz&e&=f&&g=";
-  EXPECT_EQ(text(L"QueryString", L"a"), L"x y&z");
-  EXPECT_EQ(text(L"QueryString", L"b"), L"\u3042");
-  EXPECT_EQ(text(L"QueryString", L"c"), L"100%");
-  EXPECT_EQ(text(L"QueryString", L"d"), L"%zz");
-  EXPECT_EQ(text(L"QueryString", L"e"), L"");
-  EXPECT_EQ(text(L"QueryString", L""), L"f");
-  EXPECT_EQ(text(L"QueryString", L"g"), L"");
+  EXPECT_EQ(L"x y&z", text(L"QueryString", L"a"));
+  EXPECT_EQ(L"\u3042", text(L"QueryString", L"b"));
+  EXPECT_EQ(L"100%", text(L"QueryString", L"c"));
+  EXPECT_EQ(L"%zz", text(L"QueryString", L"d"));
+  EXPECT_EQ(L"", text(L"QueryString", L"e"));
+  EXPECT_EQ(L"f", text(L"QueryString", L""));
+  EXPECT_EQ(L"", text(L"QueryString", L"g"));
 }
 
 TEST_F(Request, GivesTheRawTextOfACollectionWithoutAName) {
   request.query = "a=1&b=%20";
-  EXPECT_EQ(text_of(default_of(collection(L"QueryString"))), L"a=1&b=%20");
+  EXPECT_EQ(L"a=1&b=%20", text_of(default_of(collection(L"QueryString"))));
 }
 
 TEST_F(Request, DecodesAFormInThePagesCodePage) {
   post_form("name=%82%A0");  // HIRAGANA LETTER A in Shift_JIS
   page().request.code_page = 932;
-  EXPECT_EQ(text(L"Form", L"name"), L"\u3042");
+  EXPECT_EQ(L"\u3042", text(L"Form", L"name"));
 }
 
 TEST_F(Request, RefusesAFormOfMoreThanAThousandFields) {
@@ -74,30 +74,30 @@ TEST_F(Request, RefusesAFormOfMoreThanAThousandFields) {
   for (int i = 0; i <= 1000; ++i) body += "a=1&";
   post_form(body);
   const Answer answer = get(collection(L"Form"), L"Count");
-  EXPECT_EQ(answer.hr, E_FAIL);
-  EXPECT_EQ(answer.description, L"The form has more than 1000 fields.");
+  EXPECT_EQ(E_FAIL, answer.hr);
+  EXPECT_EQ(L"The form has more than 1000 fields.", answer.description);
 }
 
 TEST_F(Request, RefusesAQueryStringOfMoreThanAThousandFields) {
   for (int i = 0; i <= 1000; ++i) request.query += "a&";
   const std::wstring_view said = L"The query string has more than 1000 fields.";
-  EXPECT_EQ(get(collection(L"QueryString"), L"Count").description, said);
+  EXPECT_EQ(said, get(collection(L"QueryString"), L"Count").description);
   const Answer searched = get(request_object().get(), L"Item", L"b");
-  EXPECT_EQ(searched.hr, E_FAIL);
-  EXPECT_EQ(searched.description, said);
+  EXPECT_EQ(E_FAIL, searched.hr);
+  EXPECT_EQ(said, searched.description);
 }
 
 TEST_F(Request, TakesAFormOfAThousandFields) {
   std::string body;
   for (int i = 0; i < 1000; ++i) body += "&a=1";
   post_form(body);
-  EXPECT_EQ(get(object_of(get(collection(L"Form"), L"Item", L"a")), L"Count").value.lVal, 1000);
+  EXPECT_EQ(1000, get(object_of(get(collection(L"Form"), L"Item", L"a")), L"Count").value.lVal);
 }
 
 TEST_F(Request, ReadsABodyOfAnotherTypeAsAnEmptyForm) {
   post_form("a=1");
   request.headers.back().value = "text/plain";
-  EXPECT_EQ(get(collection(L"Form"), L"Count").value.lVal, 0);
+  EXPECT_EQ(0, get(collection(L"Form"), L"Count").value.lVal);
 }
 
 TEST_F(Request, SearchesTheCollectionsInOrder) {
@@ -107,38 +107,38 @@ TEST_F(Request, SearchesTheCollectionsInOrder) {
   const auto find = [this](const wchar_t* name) {
     return text_of(default_of(object_of(get(request_object().get(), L"Item", name))));
   };
-  EXPECT_EQ(find(L"q"), L"query");
-  EXPECT_EQ(find(L"all"), L"query");
-  EXPECT_EQ(find(L"f"), L"form");
-  EXPECT_EQ(find(L"c"), L"cookie");
-  EXPECT_EQ(find(L"request_method"), L"POST");
+  EXPECT_EQ(L"query", find(L"q"));
+  EXPECT_EQ(L"query", find(L"all"));
+  EXPECT_EQ(L"form", find(L"f"));
+  EXPECT_EQ(L"cookie", find(L"c"));
+  EXPECT_EQ(L"POST", find(L"request_method"));
 }
 
 // For scripts. A component finds a list that is empty and reads as nothing.
 TEST_F(Request, FindsNothingAtAllForANameThatNoCollectionHas) {
-  EXPECT_EQ(get(request_object().get(), L"Item", L"none").value.vt, VT_EMPTY);
+  EXPECT_EQ(VT_EMPTY, get(request_object().get(), L"Item", L"none").value.vt);
   CComPtr<IDispatch> found;
-  EXPECT_EQ(request_object()->get_Item(CComBSTR(L"none"), found.put()), S_OK);
+  EXPECT_EQ(S_OK, request_object()->get_Item(CComBSTR(L"none"), found.put()));
   const CComQIPtr<ZeltoTypeLibrary::IStringList> list(found.get());
   ASSERT_TRUE(list);
   int count = -1;
-  EXPECT_EQ(list->get_Count(&count), S_OK);
-  EXPECT_EQ(count, 0);
+  EXPECT_EQ(S_OK, list->get_Count(&count));
+  EXPECT_EQ(0, count);
   CComVariant text(found.get());
-  EXPECT_EQ(text.change_type(VT_BSTR), S_OK);
-  EXPECT_EQ(SysStringLen(text.bstrVal), 0u);
+  EXPECT_EQ(S_OK, text.change_type(VT_BSTR));
+  EXPECT_EQ(0u, SysStringLen(text.bstrVal));
 }
 
 TEST_F(Request, ReadsCookiesAndTheirKeys) {
   request.headers.push_back({"Cookie", "a=x%20y; user=name=Ann&city=K%C3%B6ln; a=second; q=\"quoted\""});
-  EXPECT_EQ(text(L"Cookies", L"A"), L"x y");
-  EXPECT_EQ(text(L"Cookies", L"q"), L"quoted");
+  EXPECT_EQ(L"x y", text(L"Cookies", L"A"));
+  EXPECT_EQ(L"quoted", text(L"Cookies", L"q"));
   const auto user = object_of(get(request_object().get(), L"Cookies", L"user"));
   EXPECT_TRUE(is_true(get(user, L"HasKeys")));
-  EXPECT_EQ(text_of(get(user, L"Item", L"CITY")), L"K\u00F6ln");
-  EXPECT_EQ(text_of(get(user, L"Item", L"none")), L"");
-  EXPECT_EQ(text_of(default_of(user)), L"name=Ann&city=K%C3%B6ln");
-  EXPECT_EQ(get(collection(L"Cookies"), L"Count").value.lVal, 3);
+  EXPECT_EQ(L"K\u00F6ln", text_of(get(user, L"Item", L"CITY")));
+  EXPECT_EQ(L"", text_of(get(user, L"Item", L"none")));
+  EXPECT_EQ(L"name=Ann&city=K%C3%B6ln", text_of(default_of(user)));
+  EXPECT_EQ(3, get(collection(L"Cookies"), L"Count").value.lVal);
 }
 
 TEST_F(Request, JoinsCookieHeadersAsCookiesAre) {
@@ -146,9 +146,9 @@ TEST_F(Request, JoinsCookieHeadersAsCookiesAre) {
   request.headers.push_back({"COOKIE", "b=2"});
   request.headers.push_back({"X-A", "1"});
   request.headers.push_back({"x-a", "2"});
-  EXPECT_EQ(text(L"ServerVariables", L"HTTP_COOKIE"), L"a=1; b=2");
-  EXPECT_EQ(text(L"ServerVariables", L"HTTP_X_A"), L"1, 2");
-  EXPECT_EQ(text(L"Cookies", L"b"), L"2");
+  EXPECT_EQ(L"a=1; b=2", text(L"ServerVariables", L"HTTP_COOKIE"));
+  EXPECT_EQ(L"1, 2", text(L"ServerVariables", L"HTTP_X_A"));
+  EXPECT_EQ(L"2", text(L"Cookies", L"b"));
 }
 
 TEST_F(Request, OffersACookieAsAListOfValuesToo) {
@@ -157,17 +157,17 @@ TEST_F(Request, OffersACookieAsAListOfValuesToo) {
   CComQIPtr<ZeltoTypeLibrary::IStringList> list(cookie.get());
   ASSERT_TRUE(list);
   int count = 0;
-  EXPECT_EQ(list->get_Count(&count), S_OK);
-  EXPECT_EQ(count, 1);
+  EXPECT_EQ(S_OK, list->get_Count(&count));
+  EXPECT_EQ(1, count);
   CComVariant value;
-  EXPECT_EQ(list->get_Item(korlib::long_variant(1), &value), S_OK);
-  EXPECT_EQ(korlib::view_of(value.bstrVal), L"1");
+  EXPECT_EQ(S_OK, list->get_Item(korlib::long_variant(1), &value));
+  EXPECT_EQ(L"1", korlib::view_of(value.bstrVal));
 }
 
 TEST_F(Request, GivesAMissingCookieAsEmptyText) {
-  EXPECT_EQ(text(L"Cookies", L"none"), L"");
+  EXPECT_EQ(L"", text(L"Cookies", L"none"));
   const auto cookie = object_of(get(request_object().get(), L"Cookies", L"none"));
-  EXPECT_EQ(get(cookie, L"Count").value.lVal, 0);
+  EXPECT_EQ(0, get(cookie, L"Count").value.lVal);
   EXPECT_FALSE(is_true(get(cookie, L"HasKeys")));
 }
 
@@ -211,24 +211,24 @@ TEST_F(Request, KnowsTheServerVariables) {
        L"charset=utf-8\nHTTP_ACCEPT_LANGUAGE:de, ja\n"},
   };
   for (const auto& row : rows)
-    EXPECT_EQ(text(L"ServerVariables", row.name), row.value) << testing::PrintToString(std::wstring(row.name));
+    EXPECT_EQ(row.value, text(L"ServerVariables", row.name)) << testing::PrintToString(std::wstring(row.name));
 }
 
 TEST_F(Request, ReadsTheBodyInPieces) {
   post_form("abcdef");
-  EXPECT_EQ(get(request_object().get(), L"TotalBytes").value.lVal, 6);
+  EXPECT_EQ(6, get(request_object().get(), L"TotalBytes").value.lVal);
   const auto object = request_object();
   CComVariant count(LONG{4});
   CComVariant data;
-  EXPECT_EQ(object->BinaryRead(&count, &data), S_OK);
-  EXPECT_EQ(count.lVal, 4);
-  EXPECT_EQ(bytes_of({S_OK, data, {}, {}}), (std::vector<std::uint8_t>{'a', 'b', 'c', 'd'}));
-  EXPECT_EQ(object->BinaryRead(&count, data.put()), S_OK);
-  EXPECT_EQ(count.lVal, 2);
-  EXPECT_EQ(bytes_of({S_OK, data, {}, {}}), (std::vector<std::uint8_t>{'e', 'f'}));
-  EXPECT_EQ(object->BinaryRead(&count, data.put()), S_OK);
-  EXPECT_EQ(count.lVal, 0);
-  EXPECT_EQ(data.vt, VT_NULL);
+  EXPECT_EQ(S_OK, object->BinaryRead(&count, &data));
+  EXPECT_EQ(4, count.lVal);
+  EXPECT_EQ((std::vector<std::uint8_t>{'a', 'b', 'c', 'd'}), bytes_of({S_OK, data, {}, {}}));
+  EXPECT_EQ(S_OK, object->BinaryRead(&count, data.put()));
+  EXPECT_EQ(2, count.lVal);
+  EXPECT_EQ((std::vector<std::uint8_t>{'e', 'f'}), bytes_of({S_OK, data, {}, {}}));
+  EXPECT_EQ(S_OK, object->BinaryRead(&count, data.put()));
+  EXPECT_EQ(0, count.lVal);
+  EXPECT_EQ(VT_NULL, data.vt);
 }
 
 // A component that kept what it read before is told that there is no body any more; a script reads on and
@@ -238,16 +238,16 @@ TEST_F(Request, GivesNullForABodyThatIsSpentToComponentsOnly) {
   const auto object = request_object();
   CComVariant count(LONG{9});
   CComVariant data;
-  EXPECT_EQ(object->BinaryRead(&count, &data), S_OK);
-  EXPECT_EQ(data.vt, VT_ARRAY | VT_UI1) << "an empty body was not read before";
+  EXPECT_EQ(S_OK, object->BinaryRead(&count, &data));
+  EXPECT_EQ(VT_ARRAY | VT_UI1, data.vt) << "an empty body was not read before";
   for (int i = 0; i < 2; ++i) {
     const Answer of_script = call(object.get(), L"BinaryRead", 9);
-    EXPECT_EQ(of_script.value.vt, VT_ARRAY | VT_UI1);
-    EXPECT_EQ(bytes_of(of_script).size(), 0u);
+    EXPECT_EQ(VT_ARRAY | VT_UI1, of_script.value.vt);
+    EXPECT_EQ(0u, bytes_of(of_script).size());
     count = CComVariant(LONG{9});
-    EXPECT_EQ(object->BinaryRead(&count, data.put()), S_OK);
-    EXPECT_EQ(data.vt, VT_NULL);
-    EXPECT_EQ(count.lVal, 0);
+    EXPECT_EQ(S_OK, object->BinaryRead(&count, data.put()));
+    EXPECT_EQ(VT_NULL, data.vt);
+    EXPECT_EQ(0, count.lVal);
   }
 }
 
@@ -257,25 +257,25 @@ TEST_F(Request, HandsAWholeBodyOverWithoutACopy) {
   const auto object = request_object();
   CComVariant count(LONG{6});
   CComVariant data;
-  ASSERT_EQ(object->BinaryRead(&count, &data), S_OK);
-  EXPECT_EQ(count.lVal, 6);
-  EXPECT_EQ(data.parray->pvData, received);
-  EXPECT_EQ(bytes_of({S_OK, data, {}, {}}), (std::vector<std::uint8_t>{'a', 'b', 'c', 'd', 'e', 'f'}));
-  EXPECT_EQ(get(object.get(), L"TotalBytes").value.lVal, 6) << "read or not";
-  EXPECT_EQ(text(L"ServerVariables", L"CONTENT_LENGTH"), L"6");
+  ASSERT_EQ(S_OK, object->BinaryRead(&count, &data));
+  EXPECT_EQ(6, count.lVal);
+  EXPECT_EQ(received, data.parray->pvData);
+  EXPECT_EQ((std::vector<std::uint8_t>{'a', 'b', 'c', 'd', 'e', 'f'}), bytes_of({S_OK, data, {}, {}}));
+  EXPECT_EQ(6, get(object.get(), L"TotalBytes").value.lVal) << "read or not";
+  EXPECT_EQ(L"6", text(L"ServerVariables", L"CONTENT_LENGTH"));
   CComVariant more;
-  EXPECT_EQ(object->BinaryRead(&count, &more), S_OK);
-  EXPECT_EQ(count.lVal, 0);
-  EXPECT_EQ(more.vt, VT_NULL);
+  EXPECT_EQ(S_OK, object->BinaryRead(&count, &more));
+  EXPECT_EQ(0, count.lVal);
+  EXPECT_EQ(VT_NULL, more.vt);
 }
 
 TEST_F(Request, ReadsAnEmptyBodyAsAnEmptyArray) {
   CComVariant count(LONG{6});
   CComVariant data;
-  EXPECT_EQ(request_object()->BinaryRead(&count, &data), S_OK);
-  EXPECT_EQ(count.lVal, 0);
-  EXPECT_EQ(data.vt, VT_ARRAY | VT_UI1);
-  EXPECT_EQ(bytes_of({S_OK, data, {}, {}}).size(), 0u);
+  EXPECT_EQ(S_OK, request_object()->BinaryRead(&count, &data));
+  EXPECT_EQ(0, count.lVal);
+  EXPECT_EQ(VT_ARRAY | VT_UI1, data.vt);
+  EXPECT_EQ(0u, bytes_of({S_OK, data, {}, {}}).size());
 }
 
 TEST_F(Request, WritesTheCountReadBackThroughAReference) {
@@ -285,66 +285,66 @@ TEST_F(Request, WritesTheCountReadBackThroughAReference) {
   count.vt = VT_BYREF | VT_I4;
   count.plVal = &wanted;
   CComVariant data;
-  EXPECT_EQ(request_object()->BinaryRead(&count, &data), S_OK);
-  EXPECT_EQ(wanted, 3);
-  EXPECT_EQ(count.vt, VT_BYREF | VT_I4);
+  EXPECT_EQ(S_OK, request_object()->BinaryRead(&count, &data));
+  EXPECT_EQ(3, wanted);
+  EXPECT_EQ(VT_BYREF | VT_I4, count.vt);
 }
 
 TEST_F(Request, ExcludesTheFormAfterBinaryRead) {
   post_form("a=1");
-  EXPECT_EQ(call(request_object().get(), L"BinaryRead", 1).hr, S_OK);
+  EXPECT_EQ(S_OK, call(request_object().get(), L"BinaryRead", 1).hr);
   const Answer answer = get(collection(L"Form"), L"Item", L"a");
-  EXPECT_EQ(answer.hr, E_FAIL);
-  EXPECT_EQ(answer.description, L"Form cannot be used after BinaryRead.");
-  EXPECT_EQ(get(request_object().get(), L"Item", L"a").value.vt, VT_EMPTY);
+  EXPECT_EQ(E_FAIL, answer.hr);
+  EXPECT_EQ(L"Form cannot be used after BinaryRead.", answer.description);
+  EXPECT_EQ(VT_EMPTY, get(request_object().get(), L"Item", L"a").value.vt);
 }
 
 TEST_F(Request, ExcludesBinaryReadAfterTheForm) {
   post_form("a=1");
-  EXPECT_EQ(text(L"Form", L"a"), L"1");
+  EXPECT_EQ(L"1", text(L"Form", L"a"));
   const Answer answer = call(request_object().get(), L"BinaryRead", 1);
-  EXPECT_EQ(answer.hr, E_FAIL);
-  EXPECT_EQ(answer.description, L"BinaryRead cannot be used after Form.");
+  EXPECT_EQ(E_FAIL, answer.hr);
+  EXPECT_EQ(L"BinaryRead cannot be used after Form.", answer.description);
 }
 
 TEST_F(Request, LeavesTheBodyAloneWhenANameIsSearchedAndItIsNoForm) {
   post_form("a=1");
   request.headers.back().value = "multipart/form-data; boundary=x";
-  EXPECT_EQ(get(request_object().get(), L"Item", L"a").value.vt, VT_EMPTY);
-  EXPECT_EQ(call(request_object().get(), L"BinaryRead", 3).hr, S_OK);
+  EXPECT_EQ(VT_EMPTY, get(request_object().get(), L"Item", L"a").value.vt);
+  EXPECT_EQ(S_OK, call(request_object().get(), L"BinaryRead", 3).hr);
 }
 
 TEST_F(Request, RefusesABodyOverTheLimitWithACountOfZero) {
   request.method = "POST";
   request.body_too_large = true;
   request.body_length = 5000;
-  EXPECT_EQ(get(request_object().get(), L"TotalBytes").value.lVal, 5000);
+  EXPECT_EQ(5000, get(request_object().get(), L"TotalBytes").value.lVal);
   CComVariant count(LONG{5000});
   CComVariant data(L"poison");
-  EXPECT_EQ(request_object()->BinaryRead(&count, data.put()), E_FAIL);
-  EXPECT_EQ(count.vt, VT_I4);
-  EXPECT_EQ(count.lVal, 0);
-  EXPECT_EQ(data.vt, VT_EMPTY);
+  EXPECT_EQ(E_FAIL, request_object()->BinaryRead(&count, data.put()));
+  EXPECT_EQ(VT_I4, count.vt);
+  EXPECT_EQ(0, count.lVal);
+  EXPECT_EQ(VT_EMPTY, data.vt);
 }
 
-TEST_F(Request, RefusesANegativeCount) { EXPECT_EQ(call(request_object().get(), L"BinaryRead", -1).hr, E_INVALIDARG); }
+TEST_F(Request, RefusesANegativeCount) { EXPECT_EQ(E_INVALIDARG, call(request_object().get(), L"BinaryRead", -1).hr); }
 
 TEST_F(Request, HasAnEmptyClientCertificate) {
-  EXPECT_EQ(get(collection(L"ClientCertificate"), L"Count").value.lVal, 0);
+  EXPECT_EQ(0, get(collection(L"ClientCertificate"), L"Count").value.lVal);
 }
 
 TEST_F(Request, EnumeratesNames) {
   request.query = "b=1&a=2&B=3";
   CComPtr<IUnknown> names;
   CComQIPtr<ZeltoTypeLibrary::IRequestDictionary> query(collection(L"QueryString").get());
-  ASSERT_EQ(query->get__NewEnum(names.put()), S_OK);
+  ASSERT_EQ(S_OK, query->get__NewEnum(names.put()));
   CComQIPtr<IEnumVARIANT> steps(names.get());
   VARIANT values[3]{};
   ULONG fetched = 0;
-  EXPECT_EQ(steps->Next(3, values, &fetched), S_FALSE);
-  ASSERT_EQ(fetched, 2u);
-  EXPECT_EQ(korlib::view_of(values[0].bstrVal), L"b");
-  EXPECT_EQ(korlib::view_of(values[1].bstrVal), L"a");
+  EXPECT_EQ(S_FALSE, steps->Next(3, values, &fetched));
+  ASSERT_EQ(2u, fetched);
+  EXPECT_EQ(L"b", korlib::view_of(values[0].bstrVal));
+  EXPECT_EQ(L"a", korlib::view_of(values[1].bstrVal));
   VariantClear(&values[0]);
   VariantClear(&values[1]);
 }
@@ -356,7 +356,7 @@ TEST_F(Request, StaysSafeWhenHeldBeyondThePage) {
     const auto object = request_object();
     list = object_of(get(object.get(), L"QueryString", L"a"));
   }
-  EXPECT_EQ(text_of(default_of(list)), L"1");
+  EXPECT_EQ(L"1", text_of(default_of(list)));
 }
 
 }  // namespace

@@ -29,33 +29,33 @@ class Named final : public korlib::DispatchObject<Named> {
 };
 
 TEST_F(Session, KeepsValuesUnderNamesInAnyLetterCase) {
-  EXPECT_EQ(put(session.get(), L"Value", L"Name", L"Ann").hr, S_OK);
-  EXPECT_EQ(text_of(get(session.get(), L"Value", L"NAME")), L"Ann");
-  EXPECT_EQ(get(session.get(), L"Value", L"none").value.vt, VT_EMPTY);
-  EXPECT_EQ(invoke(session.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {value_of(L"name")}).value.vt, VT_BSTR);
+  EXPECT_EQ(S_OK, put(session.get(), L"Value", L"Name", L"Ann").hr);
+  EXPECT_EQ(L"Ann", text_of(get(session.get(), L"Value", L"NAME")));
+  EXPECT_EQ(VT_EMPTY, get(session.get(), L"Value", L"none").value.vt);
+  EXPECT_EQ(VT_BSTR, invoke(session.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {value_of(L"name")}).value.vt);
 }
 
 TEST_F(Session, KeepsTheTypeOfWhatIsStored) {
   CComPtr<Named> object = korlib::make<Named>();
   CComVariant unknown(static_cast<IUnknown*>(object.get()));
-  EXPECT_EQ(session->putref_Value(CComBSTR(L"o"), unknown), S_OK);
+  EXPECT_EQ(S_OK, session->putref_Value(CComBSTR(L"o"), unknown));
   CComVariant back;
-  EXPECT_EQ(session->get_Value(CComBSTR(L"o"), &back), S_OK);
-  EXPECT_EQ(back.vt, VT_UNKNOWN);
-  EXPECT_EQ(back.punkVal, object.get());
+  EXPECT_EQ(S_OK, session->get_Value(CComBSTR(L"o"), &back));
+  EXPECT_EQ(VT_UNKNOWN, back.vt);
+  EXPECT_EQ(object.get(), back.punkVal);
 }
 
 TEST_F(Session, StoresAnObjectByReferenceAndItsDefaultValueByValue) {
   CComPtr<Named> object = korlib::make<Named>();
-  EXPECT_EQ(putref(session.get(), L"Value", L"ref", object).hr, S_OK);
-  EXPECT_EQ(put(session.get(), L"Value", L"val", object).hr, S_OK);
-  EXPECT_EQ(get(session.get(), L"Value", L"ref").value.vt, VT_DISPATCH);
-  EXPECT_EQ(text_of(get(session.get(), L"Value", L"val")), L"named");
+  EXPECT_EQ(S_OK, putref(session.get(), L"Value", L"ref", object).hr);
+  EXPECT_EQ(S_OK, put(session.get(), L"Value", L"val", object).hr);
+  EXPECT_EQ(VT_DISPATCH, get(session.get(), L"Value", L"ref").value.vt);
+  EXPECT_EQ(L"named", text_of(get(session.get(), L"Value", L"val")));
   const auto contents = object_of(get(session.get(), L"Contents"));
-  EXPECT_EQ(put(contents, L"Item", L"val2", object).hr, S_OK);
-  EXPECT_EQ(putref(contents.get(), L"Item", L"ref2", object).hr, S_OK);
-  EXPECT_EQ(text_of(get(contents, L"Item", L"val2")), L"named");
-  EXPECT_EQ(get(contents, L"Item", L"ref2").value.vt, VT_DISPATCH);
+  EXPECT_EQ(S_OK, put(contents, L"Item", L"val2", object).hr);
+  EXPECT_EQ(S_OK, putref(contents.get(), L"Item", L"ref2", object).hr);
+  EXPECT_EQ(L"named", text_of(get(contents, L"Item", L"val2")));
+  EXPECT_EQ(VT_DISPATCH, get(contents, L"Item", L"ref2").value.vt);
 }
 
 TEST_F(Session, CountsPlacesInNumbersOfEveryType) {
@@ -65,31 +65,31 @@ TEST_F(Session, CountsPlacesInNumbersOfEveryType) {
     CComVariant two;
     two.vt = vt;
     two.llVal = 2;
-    EXPECT_EQ(text_of(get(contents, L"Item", two)), L"b") << vt;
+    EXPECT_EQ(L"b", text_of(get(contents, L"Item", two))) << vt;
   }
   CComVariant single;
   single.vt = VT_R4;
   single.fltVal = 3;
-  EXPECT_EQ(text_of(get(contents, L"Item", single)), L"c");
-  EXPECT_EQ(text_of(get(contents, L"Item", 1.0)), L"a");
-  EXPECT_EQ(get(contents, L"Item", L"2").value.vt, VT_EMPTY);  // text is a name
+  EXPECT_EQ(L"c", text_of(get(contents, L"Item", single)));
+  EXPECT_EQ(L"a", text_of(get(contents, L"Item", 1.0)));
+  EXPECT_EQ(VT_EMPTY, get(contents, L"Item", L"2").value.vt);  // text is a name
 }
 
 TEST_F(Session, RemovesAndCountsContents) {
   for (const wchar_t* name : {L"a", L"b", L"c"}) put(session.get(), L"Value", name, name);
   const auto contents = object_of(get(session.get(), L"Contents"));
-  EXPECT_EQ(get(contents, L"Count").value.lVal, 3);
-  EXPECT_EQ(text_of(get(contents, L"Key", 2)), L"b");
-  EXPECT_EQ(call(contents, L"Remove", L"A").hr, S_OK);
-  EXPECT_EQ(call(contents, L"Remove", 2).hr, S_OK);  // "c"
-  EXPECT_EQ(call(contents, L"Remove", L"none").hr, S_OK);
-  EXPECT_EQ(call(contents, L"Remove", 2).hr, DISP_E_BADINDEX);
-  EXPECT_EQ(text_of(get(contents, L"Item", 1)), L"b");
-  EXPECT_EQ(put(contents, L"Item", L"d", 4).hr, S_OK);
-  EXPECT_EQ(get(session.get(), L"Value", L"d").value.lVal, 4);
-  EXPECT_EQ(call(contents, L"RemoveAll").hr, S_OK);
-  EXPECT_EQ(get(contents, L"Count").value.lVal, 0);
-  EXPECT_EQ(get(session.get(), L"Value", L"b").value.vt, VT_EMPTY);
+  EXPECT_EQ(3, get(contents, L"Count").value.lVal);
+  EXPECT_EQ(L"b", text_of(get(contents, L"Key", 2)));
+  EXPECT_EQ(S_OK, call(contents, L"Remove", L"A").hr);
+  EXPECT_EQ(S_OK, call(contents, L"Remove", 2).hr);  // "c"
+  EXPECT_EQ(S_OK, call(contents, L"Remove", L"none").hr);
+  EXPECT_EQ(DISP_E_BADINDEX, call(contents, L"Remove", 2).hr);
+  EXPECT_EQ(L"b", text_of(get(contents, L"Item", 1)));
+  EXPECT_EQ(S_OK, put(contents, L"Item", L"d", 4).hr);
+  EXPECT_EQ(4, get(session.get(), L"Value", L"d").value.lVal);
+  EXPECT_EQ(S_OK, call(contents, L"RemoveAll").hr);
+  EXPECT_EQ(0, get(contents, L"Count").value.lVal);
+  EXPECT_EQ(VT_EMPTY, get(session.get(), L"Value", L"b").value.vt);
 }
 
 TEST_F(Session, IsKeptOnlyOnceSomethingIsStored) {
@@ -100,10 +100,10 @@ TEST_F(Session, IsKeptOnlyOnceSomethingIsStored) {
   };
   get(session.get(), L"Value", L"a");
   get(object_of(get(session.get(), L"Contents")), L"Count");
-  EXPECT_EQ(kept, 0);
+  EXPECT_EQ(0, kept);
   put(session.get(), L"Value", L"a", 1);
   put(session.get(), L"Value", L"b", 2);
-  EXPECT_EQ(kept, 1);
+  EXPECT_EQ(1, kept);
 }
 
 TEST_F(Session, IsKeptOnceItsIdentifierIsRead) {
@@ -112,8 +112,8 @@ TEST_F(Session, IsKeptOnceItsIdentifierIsRead) {
     ++kept;
     return S_OK;
   };
-  EXPECT_EQ(text_of(get(session.get(), L"SessionID")), L"id");
-  EXPECT_EQ(kept, 1);
+  EXPECT_EQ(L"id", text_of(get(session.get(), L"SessionID")));
+  EXPECT_EQ(1, kept);
 }
 
 TEST_F(Session, IsKeptInsteadOfRenewedWhileNobodyKnowsItsIdentifier) {
@@ -121,48 +121,48 @@ TEST_F(Session, IsKeptInsteadOfRenewedWhileNobodyKnowsItsIdentifier) {
   int renewed = 0;
   state->on_keep = [&kept] { return ++kept, S_OK; };
   state->on_renew = [&renewed] { return ++renewed, S_OK; };
-  EXPECT_EQ(call(session.get(), L"RenewID").hr, S_OK);
-  EXPECT_EQ(kept, 1);
-  EXPECT_EQ(renewed, 0);
-  EXPECT_EQ(call(session.get(), L"RenewID").hr, S_OK);
-  EXPECT_EQ(kept, 1);
-  EXPECT_EQ(renewed, 1);
+  EXPECT_EQ(S_OK, call(session.get(), L"RenewID").hr);
+  EXPECT_EQ(1, kept);
+  EXPECT_EQ(0, renewed);
+  EXPECT_EQ(S_OK, call(session.get(), L"RenewID").hr);
+  EXPECT_EQ(1, kept);
+  EXPECT_EQ(1, renewed);
 }
 
 TEST_F(Session, StoresNothingWhenItCannotBeKept) {
   state->on_keep = [] { return E_FAIL; };
-  EXPECT_EQ(put(session.get(), L"Value", L"a", 1).hr, E_FAIL);
-  EXPECT_EQ(get(session.get(), L"Value", L"a").value.vt, VT_EMPTY);
+  EXPECT_EQ(E_FAIL, put(session.get(), L"Value", L"a", 1).hr);
+  EXPECT_EQ(VT_EMPTY, get(session.get(), L"Value", L"a").value.vt);
 }
 
 TEST_F(Session, HasATimeoutInMinutes) {
-  EXPECT_EQ(get(session.get(), L"Timeout").value.lVal, 20);
-  EXPECT_EQ(put(session.get(), L"Timeout", 5).hr, S_OK);
-  EXPECT_EQ(state->timeout_minutes, 5);
-  EXPECT_EQ(put(session.get(), L"Timeout", 0).hr, E_INVALIDARG);
-  EXPECT_EQ(put(session.get(), L"Timeout", 1441).hr, E_INVALIDARG);
+  EXPECT_EQ(20, get(session.get(), L"Timeout").value.lVal);
+  EXPECT_EQ(S_OK, put(session.get(), L"Timeout", 5).hr);
+  EXPECT_EQ(5, state->timeout_minutes);
+  EXPECT_EQ(E_INVALIDARG, put(session.get(), L"Timeout", 0).hr);
+  EXPECT_EQ(E_INVALIDARG, put(session.get(), L"Timeout", 1441).hr);
 }
 
 TEST_F(Session, RemembersCodePageAndLocale) {
-  EXPECT_EQ(get(session.get(), L"CodePage").value.lVal, 65001);
-  EXPECT_EQ(get(session.get(), L"LCID").value.lVal, 2048);
-  EXPECT_EQ(put(session.get(), L"CodePage", 932).hr, S_OK);
-  EXPECT_EQ(put(session.get(), L"LCID", 1041).hr, S_OK);
-  EXPECT_EQ(get(session.get(), L"CodePage").value.lVal, 932);
-  EXPECT_EQ(get(session.get(), L"LCID").value.lVal, 1041);
-  EXPECT_EQ(state->code_page, 932);
-  EXPECT_EQ(state->lcid, 1041);
+  EXPECT_EQ(65001, get(session.get(), L"CodePage").value.lVal);
+  EXPECT_EQ(2048, get(session.get(), L"LCID").value.lVal);
+  EXPECT_EQ(S_OK, put(session.get(), L"CodePage", 932).hr);
+  EXPECT_EQ(S_OK, put(session.get(), L"LCID", 1041).hr);
+  EXPECT_EQ(932, get(session.get(), L"CodePage").value.lVal);
+  EXPECT_EQ(1041, get(session.get(), L"LCID").value.lVal);
+  EXPECT_EQ(932, state->code_page);
+  EXPECT_EQ(1041, state->lcid);
 }
 
 TEST_F(Session, RefusesACodePageAndALocaleThatItDoesNotKnow) {
   const Answer page = put(session.get(), L"CodePage", 12345);
-  EXPECT_EQ(page.hr, E_INVALIDARG);
-  EXPECT_EQ(page.description, L"CodePage: no such code page.");
+  EXPECT_EQ(E_INVALIDARG, page.hr);
+  EXPECT_EQ(L"CodePage: no such code page.", page.description);
   const Answer locale = put(session.get(), L"LCID", 12345);
-  EXPECT_EQ(locale.hr, E_INVALIDARG);
-  EXPECT_EQ(locale.description, L"LCID: 12345 is no locale that this host knows; 2048 is the neutral form.");
-  EXPECT_EQ(state->code_page, 65001);
-  EXPECT_EQ(state->lcid, 2048);
+  EXPECT_EQ(E_INVALIDARG, locale.hr);
+  EXPECT_EQ(L"LCID: 12345 is no locale that this host knows; 2048 is the neutral form.", locale.description);
+  EXPECT_EQ(65001, state->code_page);
+  EXPECT_EQ(2048, state->lcid);
 }
 
 // Many pages begin by setting what is so already; their visitors need no cookie for it.
@@ -174,13 +174,13 @@ TEST_F(Session, IsKeptForACodePageOrLocaleOnlyWhenItIsAnother) {
   };
   put(session.get(), L"CodePage", 65001);
   put(session.get(), L"LCID", 2048);
-  EXPECT_EQ(kept, 0);
+  EXPECT_EQ(0, kept);
   put(session.get(), L"LCID", 1041);
-  EXPECT_EQ(kept, 1);
+  EXPECT_EQ(1, kept);
   state->kept = false;
   state->on_keep = [] { return E_FAIL; };
-  EXPECT_EQ(put(session.get(), L"CodePage", 932).hr, E_FAIL);
-  EXPECT_EQ(state->code_page, 65001);
+  EXPECT_EQ(E_FAIL, put(session.get(), L"CodePage", 932).hr);
+  EXPECT_EQ(65001, state->code_page);
 }
 
 class SessionOfAPage : public PageTest {};
@@ -191,17 +191,17 @@ TEST_F(SessionOfAPage, SetsCodePageAndLocaleOfThePageAsWell) {
   const auto session = korlib::make<zelto::SessionObject>(state, page_state());
   put(session.get(), L"CodePage", 1252);
   put(session.get(), L"LCID", 1031);
-  EXPECT_EQ(page().response.code_page, 1252);
-  EXPECT_EQ(page().request.code_page, 1252);
-  EXPECT_EQ(page().response.lcid, 1031);
-  EXPECT_EQ(put(session.get(), L"LCID", 5555).hr, E_INVALIDARG);
-  EXPECT_EQ(page().response.lcid, 1031);
+  EXPECT_EQ(1252, page().response.code_page);
+  EXPECT_EQ(1252, page().request.code_page);
+  EXPECT_EQ(1031, page().response.lcid);
+  EXPECT_EQ(E_INVALIDARG, put(session.get(), L"LCID", 5555).hr);
+  EXPECT_EQ(1031, page().response.lcid);
 }
 
 TEST_F(Session, KeepsItsValuesToTheEndOfThePageWhenAbandoned) {
   put(session.get(), L"Value", L"a", 1);
-  EXPECT_EQ(call(session.get(), L"Abandon").hr, S_OK);
-  EXPECT_EQ(get(session.get(), L"Value", L"a").value.lVal, 1);
+  EXPECT_EQ(S_OK, call(session.get(), L"Abandon").hr);
+  EXPECT_EQ(1, get(session.get(), L"Value", L"a").value.lVal);
   EXPECT_TRUE(state->abandoned);
 }
 
@@ -222,7 +222,7 @@ TEST(FifoLock, LetsWaitersInInTheirOrder) {
   }
   lock.unlock();
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(order, (std::vector<int>{0, 1, 2, 3}));
+  EXPECT_EQ((std::vector<int>{0, 1, 2, 3}), order);
 }
 
 }  // namespace

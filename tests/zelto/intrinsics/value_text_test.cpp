@@ -75,62 +75,62 @@ CComPtr<Holder> holder(const CComVariant& held) {
 }
 
 TEST(ValueText, IsNothingForWhatIsNoValue) {
-  EXPECT_EQ(text(CComVariant()), L"<>");
-  EXPECT_EQ(text(null_value()), L"<>");
-  EXPECT_EQ(text(korlib::omitted()), L"<>");
-  EXPECT_EQ(text(typed(VT_DISPATCH, 0)), L"<>");
-  EXPECT_EQ(text(typed(VT_UNKNOWN, 0)), L"<>");
-  EXPECT_EQ(text(typed(VT_BSTR, 0)), L"<>");
+  EXPECT_EQ(L"<>", text(CComVariant()));
+  EXPECT_EQ(L"<>", text(null_value()));
+  EXPECT_EQ(L"<>", text(korlib::omitted()));
+  EXPECT_EQ(L"<>", text(typed(VT_DISPATCH, 0)));
+  EXPECT_EQ(L"<>", text(typed(VT_UNKNOWN, 0)));
+  EXPECT_EQ(L"<>", text(typed(VT_BSTR, 0)));
 }
 
 TEST(ValueText, WritesPlainValues) {
-  EXPECT_EQ(text(value_of(true)), L"<True>");
-  EXPECT_EQ(text(value_of(false)), L"<False>");
-  EXPECT_EQ(text(value_of(std::wstring(L"a\0b", 3))), std::wstring(L"<a\0b>", 5));
-  EXPECT_EQ(text(value_of(-12)), L"<-12>");
-  EXPECT_EQ(text(value_of(1234567.25)), L"<1234567.25>");
-  EXPECT_EQ(text(value_of(1e21)), L"<1E+21>");
-  EXPECT_EQ(text(value_of(std::nan(""))), L"<NaN>");
-  EXPECT_EQ(text(value_of(std::numeric_limits<double>::infinity())), L"<Infinity>");
-  EXPECT_EQ(text(value_of(-std::numeric_limits<double>::infinity())), L"<-Infinity>");
-  EXPECT_EQ(text(typed(VT_I8, 9007199254740993)), L"<9007199254740993>");
-  EXPECT_EQ(text(typed(VT_UI1, 200)), L"<200>");
-  EXPECT_EQ(text(typed(VT_CY, 12345000)), L"<1234.5>");  // ten-thousandths
+  EXPECT_EQ(L"<True>", text(value_of(true)));
+  EXPECT_EQ(L"<False>", text(value_of(false)));
+  EXPECT_EQ(std::wstring(L"<a\0b>", 5), text(value_of(std::wstring(L"a\0b", 3))));
+  EXPECT_EQ(L"<-12>", text(value_of(-12)));
+  EXPECT_EQ(L"<1234567.25>", text(value_of(1234567.25)));
+  EXPECT_EQ(L"<1E+21>", text(value_of(1e21)));
+  EXPECT_EQ(L"<NaN>", text(value_of(std::nan(""))));
+  EXPECT_EQ(L"<Infinity>", text(value_of(std::numeric_limits<double>::infinity())));
+  EXPECT_EQ(L"<-Infinity>", text(value_of(-std::numeric_limits<double>::infinity())));
+  EXPECT_EQ(L"<9007199254740993>", text(typed(VT_I8, 9007199254740993)));
+  EXPECT_EQ(L"<200>", text(typed(VT_UI1, 200)));
+  EXPECT_EQ(L"<1234.5>", text(typed(VT_CY, 12345000)));  // ten-thousandths
   CComVariant code = typed(VT_ERROR, 0);
   code.scode = -7;
-  EXPECT_EQ(text(code), L"<-7>");
+  EXPECT_EQ(L"<-7>", text(code));
 }
 
 TEST(ValueText, WritesDatesInOneForm) {
-  EXPECT_EQ(text(date(kDay + kTime)), L"<2001-02-03 04:05:06>");
-  EXPECT_EQ(text(date(kDay)), L"<2001-02-03>");
-  EXPECT_EQ(text(date(kTime)), L"<04:05:06>");
-  EXPECT_EQ(text(date(0)), L"<00:00:00>");
+  EXPECT_EQ(L"<2001-02-03 04:05:06>", text(date(kDay + kTime)));
+  EXPECT_EQ(L"<2001-02-03>", text(date(kDay)));
+  EXPECT_EQ(L"<04:05:06>", text(date(kTime)));
+  EXPECT_EQ(L"<00:00:00>", text(date(0)));
   std::wstring out;
-  EXPECT_EQ(zelto::append_value_text(date(1e7), zelto::kNeutralLocale, out), DISP_E_OVERFLOW);
-  EXPECT_EQ(take_error().description, L"A date outside the years 100 to 9999 has no text.");
-  EXPECT_EQ(zelto::append_value_text(date(std::nan("")), kGerman, out), DISP_E_OVERFLOW);
+  EXPECT_EQ(DISP_E_OVERFLOW, zelto::append_value_text(date(1e7), zelto::kNeutralLocale, out));
+  EXPECT_EQ(L"A date outside the years 100 to 9999 has no text.", take_error().description);
+  EXPECT_EQ(DISP_E_OVERFLOW, zelto::append_value_text(date(std::nan("")), kGerman, out));
 }
 
 TEST(ValueText, WritesDatesAndNumbersAsTheLocaleDoes) {
-  EXPECT_EQ(text(date(kDay + kTime), kGerman), L"<03.02.2001 04:05:06>");
-  EXPECT_EQ(text(value_of(1234.5), kGerman), L"<1234,5>");
-  EXPECT_EQ(text(typed(VT_CY, 12345000), kGerman), L"<1234,5>");
-  EXPECT_EQ(text(value_of(true), kGerman), L"<True>");
-  EXPECT_EQ(text(value_of(L"1.5"), kGerman), L"<1.5>");
-  EXPECT_EQ(text(list({value_of(1.5), date(kDay)}), kGerman), L"<1,5,03.02.2001>");
-  EXPECT_EQ(text(value_of(holder(value_of(1.5))), kGerman), L"<1,5>");
+  EXPECT_EQ(L"<03.02.2001 04:05:06>", text(date(kDay + kTime), kGerman));
+  EXPECT_EQ(L"<1234,5>", text(value_of(1234.5), kGerman));
+  EXPECT_EQ(L"<1234,5>", text(typed(VT_CY, 12345000), kGerman));
+  EXPECT_EQ(L"<True>", text(value_of(true), kGerman));
+  EXPECT_EQ(L"<1.5>", text(value_of(L"1.5"), kGerman));
+  EXPECT_EQ(L"<1,5,03.02.2001>", text(list({value_of(1.5), date(kDay)}), kGerman));
+  EXPECT_EQ(L"<1,5>", text(value_of(holder(value_of(1.5))), kGerman));
 }
 
 TEST(ValueText, JoinsTheElementsOfArrays) {
-  EXPECT_EQ(text(list({value_of(1), null_value(), value_of(L"b"), CComVariant(), value_of(true)})), L"<1,,b,,True>");
-  EXPECT_EQ(text(list({})), L"<>");
-  EXPECT_EQ(text(list({null_value()})), L"<>");
-  EXPECT_EQ(text(list({CComVariant(), CComVariant()})), L"<,>");
-  EXPECT_EQ(text(list({value_of(1), list({value_of(2), list({value_of(3)})}), value_of(4)})), L"<1,2,3,4>");
-  EXPECT_EQ(text(value_of(std::vector<std::uint8_t>{0, 255, 128})), L"<0,255,128>");
-  EXPECT_EQ(text(list({value_of(holder(null_value())), value_of(holder(value_of(L"x")))})), L"<,x>");
-  EXPECT_EQ(text(typed(VT_ARRAY | VT_VARIANT, 0)), L"<>");
+  EXPECT_EQ(L"<1,,b,,True>", text(list({value_of(1), null_value(), value_of(L"b"), CComVariant(), value_of(true)})));
+  EXPECT_EQ(L"<>", text(list({})));
+  EXPECT_EQ(L"<>", text(list({null_value()})));
+  EXPECT_EQ(L"<,>", text(list({CComVariant(), CComVariant()})));
+  EXPECT_EQ(L"<1,2,3,4>", text(list({value_of(1), list({value_of(2), list({value_of(3)})}), value_of(4)})));
+  EXPECT_EQ(L"<0,255,128>", text(value_of(std::vector<std::uint8_t>{0, 255, 128})));
+  EXPECT_EQ(L"<,x>", text(list({value_of(holder(null_value())), value_of(holder(value_of(L"x")))})));
+  EXPECT_EQ(L"<>", text(typed(VT_ARRAY | VT_VARIANT, 0)));
 }
 
 TEST(ValueText, WritesEveryTypeOfElementAndDimension) {
@@ -142,73 +142,73 @@ TEST(ValueText, WritesEveryTypeOfElementAndDimension) {
     for (LONG column = -1; column <= 1; ++column) {
       const LONG at[] = {row, column};
       double value = row * 10 + column + 0.5;
-      ASSERT_EQ(SafeArrayPutElement(grid.parray, at, &value), S_OK);
+      ASSERT_EQ(S_OK, SafeArrayPutElement(grid.parray, at, &value));
     }
   }
-  EXPECT_EQ(text(grid), L"<9.5,10.5,11.5,19.5,20.5,21.5>");
+  EXPECT_EQ(L"<9.5,10.5,11.5,19.5,20.5,21.5>", text(grid));
   CComSafeArray names(VT_BSTR, 2);
   for (LONG i = 0; i < 2; ++i) {
     CComBSTR name(i == 0 ? L"a" : L"b");
-    ASSERT_EQ(SafeArrayPutElement(names.get(), &i, name), S_OK);
+    ASSERT_EQ(S_OK, SafeArrayPutElement(names.get(), &i, name));
   }
   CComVariant value;
   names.detach_to(&value);
-  EXPECT_EQ(text(value), L"<a,b>");
+  EXPECT_EQ(L"<a,b>", text(value));
 }
 
 TEST(ValueText, IsThatOfAnObjectsDefaultValue) {
-  EXPECT_EQ(text(value_of(holder(value_of(L"text")))), L"<text>");
-  EXPECT_EQ(text(value_of(holder(null_value()))), L"<>");
-  EXPECT_EQ(text(value_of(holder(value_of(false)))), L"<False>");
-  EXPECT_EQ(text(value_of(holder(value_of(holder(list({value_of(1), value_of(2)})))))), L"<1,2>");
+  EXPECT_EQ(L"<text>", text(value_of(holder(value_of(L"text")))));
+  EXPECT_EQ(L"<>", text(value_of(holder(null_value()))));
+  EXPECT_EQ(L"<False>", text(value_of(holder(value_of(false)))));
+  EXPECT_EQ(L"<1,2>", text(value_of(holder(value_of(holder(list({value_of(1), value_of(2)})))))));
   CComPtr<Holder> object = holder(value_of(5));
-  EXPECT_EQ(text(value_of(static_cast<IUnknown*>(object.get()))), L"<5>");
-  EXPECT_EQ(object->reads, 1);
+  EXPECT_EQ(L"<5>", text(value_of(static_cast<IUnknown*>(object.get()))));
+  EXPECT_EQ(1, object->reads);
 }
 
 TEST(ValueText, SaysThatAnObjectHasNoneWithoutCallingIt) {
   CComPtr<Plain> object = korlib::make<Plain>();
-  EXPECT_EQ(text(value_of(object)), L"<[object Object]>");
-  EXPECT_EQ(object->calls, 0);
+  EXPECT_EQ(L"<[object Object]>", text(value_of(object)));
+  EXPECT_EQ(0, object->calls);
   // What the refusal has said is not left for the next failure.
   CComPtr<Holder> refusing = holder(CComVariant());
   refusing->failure = DISP_E_MEMBERNOTFOUND;
-  EXPECT_EQ(text(value_of(refusing)), L"<[object Object]>");
-  EXPECT_EQ(take_error().description, L"");
+  EXPECT_EQ(L"<[object Object]>", text(value_of(refusing)));
+  EXPECT_EQ(L"", take_error().description);
 }
 
 TEST(ValueText, FailsAsTheObjectDoes) {
   CComPtr<Holder> object = holder(CComVariant());
   object->failure = E_ACCESSDENIED;
   std::wstring out;
-  EXPECT_EQ(zelto::append_value_text(list({value_of(object)}), zelto::kNeutralLocale, out), E_ACCESSDENIED);
-  EXPECT_EQ(take_error().description, L"not today");
+  EXPECT_EQ(E_ACCESSDENIED, zelto::append_value_text(list({value_of(object)}), zelto::kNeutralLocale, out));
+  EXPECT_EQ(L"not today", take_error().description);
 }
 
 TEST(ValueText, FollowsReferences) {
   CComVariant number(1.5);
-  EXPECT_EQ(text(by_reference(&number)), L"<1.5>");
+  EXPECT_EQ(L"<1.5>", text(by_reference(&number)));
   CComVariant array = list({value_of(1), value_of(2)});
-  EXPECT_EQ(text(by_reference(&array)), L"<1,2>");
-  EXPECT_EQ(text(list({value_of(L"a"), value_of(holder(by_reference(&number)))})), L"<a,1.5>");
+  EXPECT_EQ(L"<1,2>", text(by_reference(&array)));
+  EXPECT_EQ(L"<a,1.5>", text(list({value_of(L"a"), value_of(holder(by_reference(&number)))})));
 }
 
 TEST(ValueText, EndsWhereThingsHoldThemselves) {
   CComPtr<Holder> object = korlib::make<Holder>();
   object->is_cyclic = true;
   std::wstring out;
-  EXPECT_EQ(zelto::append_value_text(value_of(object), zelto::kNeutralLocale, out), E_INVALIDARG);
-  EXPECT_EQ(take_error().description, L"The object's default value is an object, and so on without an end.");
-  EXPECT_EQ(object->reads, 16);
+  EXPECT_EQ(E_INVALIDARG, zelto::append_value_text(value_of(object), zelto::kNeutralLocale, out));
+  EXPECT_EQ(L"The object's default value is an object, and so on without an end.", take_error().description);
+  EXPECT_EQ(16, object->reads);
 
   CComVariant nested = value_of(L"x");
   for (int i = 0; i < 200; ++i) nested = list({nested});
-  EXPECT_EQ(text(nested), L"<x>");
-  EXPECT_EQ(zelto::append_value_text(list({nested}), zelto::kNeutralLocale, out), E_INVALIDARG);
-  EXPECT_EQ(take_error().description, L"The array is nested too deeply to be written.");
+  EXPECT_EQ(L"<x>", text(nested));
+  EXPECT_EQ(E_INVALIDARG, zelto::append_value_text(list({nested}), zelto::kNeutralLocale, out));
+  EXPECT_EQ(L"The array is nested too deeply to be written.", take_error().description);
   // What stands beside each other is not nested.
-  EXPECT_EQ(text(list(std::vector<CComVariant>(300, list({value_of(1)})))).size(), 2 + 300 + 299u);
-  EXPECT_EQ(text(list(std::vector<CComVariant>(20, value_of(holder(value_of(1)))))).size(), 2 + 20 + 19u);
+  EXPECT_EQ(2 + 300 + 299u, text(list(std::vector<CComVariant>(300, list({value_of(1)})))).size());
+  EXPECT_EQ(2 + 20 + 19u, text(list(std::vector<CComVariant>(20, value_of(holder(value_of(1)))))).size());
 }
 
 }  // namespace

@@ -21,8 +21,8 @@ TEST(Directive, KnowsItsNamesInAnyLetterCaseQuotedOrNot) {
                               L"Language=LiveScript codepage=932 lcid=1041 EnableSessionState=False@",
                               L" codepage = 932 EnableSessionState = false lcid = 1041 transaction=required @"}) {
     const Directive directive = read_directive(text);
-    EXPECT_EQ(directive.code_page, 932);
-    EXPECT_EQ(directive.lcid, 1041);
+    EXPECT_EQ(932, directive.code_page);
+    EXPECT_EQ(1041, directive.lcid);
     EXPECT_FALSE(directive.uses_session);
   }
 }
@@ -56,20 +56,20 @@ TEST(Directive, SaysWhatItCannotObey) {
       {L"= 3", "A directive is written <%@ Name=\"value\" \xE2\x80\xA6 %>."},
       {L"Language=\"JScript", "A directive is written <%@ Name=\"value\" \xE2\x80\xA6 %>."},
   };
-  for (const auto& row : rows) EXPECT_EQ(fault_of(row.text), row.fault);
+  for (const auto& row : rows) EXPECT_EQ(row.fault, fault_of(row.text));
 }
 
 TEST(Directive, IsFoundInBytesOfAnyCodePage) {
-  EXPECT_EQ(code_page_of_source("<%@ CodePage=932 %>\x83\x65"), 932);
-  EXPECT_EQ(code_page_of_source("\xFF<%@CodePage=\"1252\"%>"), 1252);
-  EXPECT_EQ(code_page_of_source("<% \r\n\t@ CodePage=932 @%>\x83\x65"), 932);
-  EXPECT_EQ(code_page_of_source("a<% x %><%= y %><% @CodePage=932%>"), 932);
-  EXPECT_EQ(code_page_of_source("<%@ Language=JScript %><%@ CodePage=932 %>"), 65001);
-  EXPECT_EQ(code_page_of_source("text"), 65001);
-  EXPECT_EQ(code_page_of_source("<% "), 65001);
-  EXPECT_EQ(code_page_of_source("<%@ CodePage=932"), 65001);
-  EXPECT_EQ(code_page_of_source("<%@ CodePage=7 %>"), 65001);
-  EXPECT_EQ(code_page_of_source(""), 65001);
+  EXPECT_EQ(932, code_page_of_source("<%@ CodePage=932 %>\x83\x65"));
+  EXPECT_EQ(1252, code_page_of_source("\xFF<%@CodePage=\"1252\"%>"));
+  EXPECT_EQ(932, code_page_of_source("<% \r\n\t@ CodePage=932 @%>\x83\x65"));
+  EXPECT_EQ(932, code_page_of_source("a<% x %><%= y %><% @CodePage=932%>"));
+  EXPECT_EQ(65001, code_page_of_source("<%@ Language=JScript %><%@ CodePage=932 %>"));
+  EXPECT_EQ(65001, code_page_of_source("text"));
+  EXPECT_EQ(65001, code_page_of_source("<% "));
+  EXPECT_EQ(65001, code_page_of_source("<%@ CodePage=932"));
+  EXPECT_EQ(65001, code_page_of_source("<%@ CodePage=7 %>"));
+  EXPECT_EQ(65001, code_page_of_source(""));
 }
 
 }  // namespace

@@ -77,7 +77,7 @@ TEST_F(RunPage, WritesTextAndExpressions) {
       {"<% var s = `a\r\nb\rc` %><%= s.length %>", "5"},
       {"$zelto<%= typeof x %>", "$zeltoundefined"},
   };
-  for (const auto& row : rows) EXPECT_EQ(written(row.page), row.output) << row.page;
+  for (const auto& row : rows) EXPECT_EQ(row.output, written(row.page)) << row.page;
 }
 
 TEST_F(RunPage, PutsRuntimeErrorsOnTheirLine) {
@@ -87,50 +87,51 @@ TEST_F(RunPage, PutsRuntimeErrorsOnTheirLine) {
         text.replace(at, 1, end);
       return text;
     };
-    EXPECT_EQ(place(lines("<% missing(); %>")), "/page.asp:1");
-    EXPECT_EQ(place(lines("a\nb\n<% missing(); %>")), "/page.asp:3");
-    EXPECT_EQ(place(lines("a\n<%\n\nmissing();\n%>")), "/page.asp:4");
-    EXPECT_EQ(place(lines("<%= 1 %>\n<%=\n missing() %>")), "/page.asp:3");
-    EXPECT_EQ(place(lines("<%@ Language=JScript %>\n<% missing(); %>")), "/page.asp:2");
-    EXPECT_EQ(place(lines("<%\n@ Language=JScript\n@%>\n<% missing(); %>")), "/page.asp:4");
-    EXPECT_EQ(place(lines("<% function f() {\n%>\ntext\n<% missing(); } %>\n\n<% f(); %>")), "/page.asp:4");
-    EXPECT_EQ(place(lines("\n<script runat=server>\n\nmissing();</script>")), "/page.asp:4");
-    EXPECT_EQ(place(lines("<% var s = `\n\n`; missing(); %>")), "/page.asp:3");
-    EXPECT_EQ(place(lines("<% /*\n\n*/ missing(); %>")), "/page.asp:3");
-    EXPECT_EQ(place(lines("<%\nthrow new Error('x');\n%>")), "/page.asp:2");
+    EXPECT_EQ("/page.asp:1", place(lines("<% missing(); %>")));
+    EXPECT_EQ("/page.asp:3", place(lines("a\nb\n<% missing(); %>")));
+    EXPECT_EQ("/page.asp:4", place(lines("a\n<%\n\nmissing();\n%>")));
+    EXPECT_EQ("/page.asp:3", place(lines("<%= 1 %>\n<%=\n missing() %>")));
+    EXPECT_EQ("/page.asp:2", place(lines("<%@ Language=JScript %>\n<% missing(); %>")));
+    EXPECT_EQ("/page.asp:4", place(lines("<%\n@ Language=JScript\n@%>\n<% missing(); %>")));
+    EXPECT_EQ("/page.asp:4", place(lines("<% function f() {\n%>\ntext\n<% missing(); } %>\n\n<% f(); %>")));
+    EXPECT_EQ("/page.asp:4", place(lines("\n<script runat=server>\n\nmissing();</script>")));
+    EXPECT_EQ("/page.asp:3", place(lines("<% var s = `\n\n`; missing(); %>")));
+    EXPECT_EQ("/page.asp:3", place(lines("<% /*\n\n*/ missing(); %>")));
+    EXPECT_EQ("/page.asp:2", place(lines("<%\nthrow new Error('x');\n%>")));
   }
 }
 
 TEST_F(RunPage, PutsErrorsOfIncludesIntoTheInclude) {
   write("lib/f.inc", "<%\nfunction f() {\n  missing();\n}\n%>");
-  EXPECT_EQ(place("a\n<!--#include file=lib/f.inc-->\n<% f(); %>"), "/lib/f.inc:3");
-  EXPECT_EQ(place("a\n<!--#include file=lib/f.inc-->\n<% missing(); %>"), "/page.asp:3");
+  EXPECT_EQ("/lib/f.inc:3", place("a\n<!--#include file=lib/f.inc-->\n<% f(); %>"));
+  EXPECT_EQ("/page.asp:3", place("a\n<!--#include file=lib/f.inc-->\n<% missing(); %>"));
   write("outer.inc", "\n\n<!--#include file=lib/f.inc--><% f(); %>");
-  EXPECT_EQ(place("<!--#include file=outer.inc-->"), "/lib/f.inc:3");
+  EXPECT_EQ("/lib/f.inc:3", place("<!--#include file=outer.inc-->"));
 }
 
 TEST_F(RunPage, PutsErrorsOfScriptFilesIntoTheScriptFile) {
   write("lib/f.js", "function f() {\r\n\r\n  missing();\r\n}");
   write("bad.js", "var a;\nvar = 3;");
   const std::string tag = "<script language=JScript runat=server src=lib/f.js></script>";
-  EXPECT_EQ(place("a\n" + tag + "\n<% f(); %>"), "/lib/f.js:3");
-  EXPECT_EQ(place("a\n" + tag + "\n<% missing(); %>"), "/page.asp:3");
-  EXPECT_EQ(place("a\n" + tag + " <% missing(); %>"), "/page.asp:2");
-  EXPECT_EQ(place("\n\n\n<script runat=server src=bad.js></script>"), "/bad.js:2");
+  EXPECT_EQ("/lib/f.js:3", place("a\n" + tag + "\n<% f(); %>"));
+  EXPECT_EQ("/page.asp:3", place("a\n" + tag + "\n<% missing(); %>"));
+  EXPECT_EQ("/page.asp:2", place("a\n" + tag + " <% missing(); %>"));
+  EXPECT_EQ("/bad.js:2", place("\n\n\n<script runat=server src=bad.js></script>"));
   // Script of a page may use what stands further down.
-  EXPECT_EQ(written("<% Response.Write(g()); %><script runat=server src=g.js></script>"),
-            "error: /page.asp:1 The include "
-            "file \"g.js\" was not found.");
+  EXPECT_EQ(
+      "error: /page.asp:1 The include "
+      "file \"g.js\" was not found.",
+      written("<% Response.Write(g()); %><script runat=server src=g.js></script>"));
   write("g.js", "function g() { return 'g'; } // no line end");
-  EXPECT_EQ(written("<% Response.Write(g()); %>-<script runat=server src=g.js></script>-"), "g--");
+  EXPECT_EQ("g--", written("<% Response.Write(g()); %>-<script runat=server src=g.js></script>-"));
 }
 
 TEST_F(RunPage, PutsSyntaxErrorsOnTheirLine) {
   write("bad.inc", "\n\n<% var = 3; %>");
-  EXPECT_EQ(place("a\n<% var = 3; %>\nb"), "/page.asp:2");
-  EXPECT_EQ(place("a\n<!--#include file=bad.inc-->"), "/bad.inc:3");
-  EXPECT_EQ(place("a\n\n<%= ) %>"), "/page.asp:3");
-  EXPECT_EQ(place("a\n<% var s = \"%>\"; %>\nb"), "/page.asp:2");
+  EXPECT_EQ("/page.asp:2", place("a\n<% var = 3; %>\nb"));
+  EXPECT_EQ("/bad.inc:3", place("a\n<!--#include file=bad.inc-->"));
+  EXPECT_EQ("/page.asp:3", place("a\n\n<%= ) %>"));
+  EXPECT_EQ("/page.asp:2", place("a\n<% var s = \"%>\"; %>\nb"));
   // An open block is missed where the page ends.
   EXPECT_TRUE(place("a\n<% if (true) { %>\nb\n").starts_with("/page.asp:"));
 }
@@ -138,13 +139,13 @@ TEST_F(RunPage, PutsSyntaxErrorsOnTheirLine) {
 // The engine ends lines at two characters that no editor ends them at.
 TEST_F(RunPage, PutsErrorsOnTheLineThatAnEditorShows) {
   for (const std::string end : {"\xE2\x80\xA8", "\xE2\x80\xA9"}) {
-    EXPECT_EQ(place("<% var s = 'a" + end + "b';\nmissing(); %>"), "/page.asp:2");
-    EXPECT_EQ(place("<% var s = 'a\\" + end + "b\\'';\nmissing(); %>"), "/page.asp:2");
-    EXPECT_EQ(place("<% var s = `a" + end + "b`;\nmissing(); %>"), "/page.asp:2");
-    EXPECT_EQ(place("<% // a" + end + "\nmissing(); %>"), "/page.asp:2");
-    EXPECT_EQ(place("<% /* a" + end + "*/ var a" + end + end + "\nmissing(); %>"), "/page.asp:2");
-    EXPECT_EQ(place("a" + end + "b\n<%= 1 %>" + end + "\n<% missing(); %>"), "/page.asp:3");
-    EXPECT_EQ(written("<%= 'a" + end + "b' === `a" + end + "b` && 'a" + end + "b'.length %>"), "3");
+    EXPECT_EQ("/page.asp:2", place("<% var s = 'a" + end + "b';\nmissing(); %>"));
+    EXPECT_EQ("/page.asp:2", place("<% var s = 'a\\" + end + "b\\'';\nmissing(); %>"));
+    EXPECT_EQ("/page.asp:2", place("<% var s = `a" + end + "b`;\nmissing(); %>"));
+    EXPECT_EQ("/page.asp:2", place("<% // a" + end + "\nmissing(); %>"));
+    EXPECT_EQ("/page.asp:2", place("<% /* a" + end + "*/ var a" + end + end + "\nmissing(); %>"));
+    EXPECT_EQ("/page.asp:3", place("a" + end + "b\n<%= 1 %>" + end + "\n<% missing(); %>"));
+    EXPECT_EQ("3", written("<%= 'a" + end + "b' === `a" + end + "b` && 'a" + end + "b'.length %>"));
   }
 }
 
@@ -181,8 +182,8 @@ TEST_F(RunPage, PutsErrorsIntoTheirColumn) {
   for (const auto& row : rows) {
     const Outcome outcome = run(row.page);
     ASSERT_TRUE(outcome.error) << row.page;
-    EXPECT_EQ(outcome.error->line, row.line) << row.page;
-    EXPECT_EQ(outcome.error->column, row.column) << row.page << '\n' << where(outcome);
+    EXPECT_EQ(row.line, outcome.error->line) << row.page;
+    EXPECT_EQ(row.column, outcome.error->column) << row.page << '\n' << where(outcome);
   }
 }
 
@@ -190,7 +191,7 @@ TEST_F(RunPage, RunsALargePageOfManyIncludes) {
   write("a.inc", "<% n++; %>");
   std::string page = "<% var n = 0; %>";
   for (int i = 0; i < 10'000; ++i) page += "<!--#include file=a.inc-->";
-  EXPECT_EQ(written(page + "<%= n %>"), "10000");
+  EXPECT_EQ("10000", written(page + "<%= n %>"));
 }
 
 }  // namespace

@@ -40,21 +40,21 @@ class PageCompiler : public test::SiteFolder {
 };
 
 TEST_F(PageCompiler, KeepsTextAsItStands) {
-  EXPECT_EQ(literals_of("a\r\n b\xC3\xBC\r<p>\n"), L"a\r\n b\u00fc\r<p>\n");
-  EXPECT_EQ(literals_of(""), L"");
+  EXPECT_EQ(L"a\r\n b\u00fc\r<p>\n", literals_of("a\r\n b\xC3\xBC\r<p>\n"));
+  EXPECT_EQ(L"", literals_of(""));
   using namespace std::string_view_literals;
-  EXPECT_EQ(literals_of("a\0b"sv), std::wstring(L"a\0b", 3));
+  EXPECT_EQ(std::wstring(L"a\0b", 3), literals_of("a\0b"sv));
 }
 
 TEST_F(PageCompiler, DropsTheLineEndBehindADirective) {
   for (const char* line_end : {"\n", "\r\n", "\r"}) {
-    EXPECT_EQ(literals_of(std::string("<%@ Language=JScript %>") + line_end + line_end + "a"),
-              std::wstring(line_end, line_end + std::string_view(line_end).size()) + L"a");
+    EXPECT_EQ(std::wstring(line_end, line_end + std::string_view(line_end).size()) + L"a",
+              literals_of(std::string("<%@ Language=JScript %>") + line_end + line_end + "a"));
   }
-  EXPECT_EQ(literals_of("<% @ Language=LiveScript @%>\na"), L"a");
-  EXPECT_EQ(literals_of("<%@ Language=JScript %>a\n"), L"a\n");
-  EXPECT_EQ(literals_of("<% x %>\na"), L"\na");
-  EXPECT_EQ(literals_of("<%@ Language=JScript %>\n<% x %>\na"), L"\na");
+  EXPECT_EQ(L"a", literals_of("<% @ Language=LiveScript @%>\na"));
+  EXPECT_EQ(L"a\n", literals_of("<%@ Language=JScript %>a\n"));
+  EXPECT_EQ(L"\na", literals_of("<% x %>\na"));
+  EXPECT_EQ(L"\na", literals_of("<%@ Language=JScript %>\n<% x %>\na"));
 }
 
 TEST_F(PageCompiler, ObeysThePageDirectiveAndNotAnIncludes) {
@@ -63,20 +63,20 @@ TEST_F(PageCompiler, ObeysThePageDirectiveAndNotAnIncludes) {
   EXPECT_TRUE(page.directive.uses_session);
   EXPECT_FALSE(page.directive.code_page);
   EXPECT_FALSE(page.directive.lcid);
-  EXPECT_EQ(literals(page), L"x\ny");
+  EXPECT_EQ(L"x\ny", literals(page));
 }
 
 TEST_F(PageCompiler, DecodesIncludesWithThePagesCodePageUnlessTheyAreMarked) {
   write("old.inc", "\xFC");
   write("new.inc", "\xEF\xBB\xBF\xC3\xBC");
-  EXPECT_EQ(literals_of("<%@ CodePage=1252 %>\n\xE4<!--#include file=old.inc--><!--#include file=new.inc-->"),
-            L"\u00e4\u00fc\u00fc");
+  EXPECT_EQ(L"\u00e4\u00fc\u00fc",
+            literals_of("<%@ CodePage=1252 %>\n\xE4<!--#include file=old.inc--><!--#include file=new.inc-->"));
 }
 
 TEST_F(PageCompiler, ReadsUtf16Pages) {
   using namespace std::string_view_literals;
-  EXPECT_EQ(literals_of("\xFF\xFE<\0%\0@\0 \0c\0o\0d\0e\0p\0a\0g\0e\0=\0001\0002\0005\0002\0%\0>\0\xFC\0"sv),
-            L"\u00fc");
+  EXPECT_EQ(L"\u00fc",
+            literals_of("\xFF\xFE<\0%\0@\0 \0c\0o\0d\0e\0p\0a\0g\0e\0=\0001\0002\0005\0002\0%\0>\0\xFC\0"sv));
 }
 
 TEST_F(PageCompiler, ResolvesIncludesFromTheFileOrFromTheRoot) {
@@ -84,52 +84,52 @@ TEST_F(PageCompiler, ResolvesIncludesFromTheFileOrFromTheRoot) {
   write("sub/a.inc", "2<!--#include file=\"b.inc\"--><!--#include virtual=\"/top.inc\"-->");
   write("sub/b.inc", "3");
   write("top.inc", "4");
-  EXPECT_EQ(literals(compile("page.asp")), L"12345");
-  EXPECT_EQ(literals_of("<!--#include file=\"sub\\b.inc\"--><!--#include file=\"sub/../top.inc\"-->"), L"34");
-  EXPECT_EQ(literals_of("<!--#include file=\"/sub/b.inc\"-->"), L"3");
+  EXPECT_EQ(L"12345", literals(compile("page.asp")));
+  EXPECT_EQ(L"34", literals_of("<!--#include file=\"sub\\b.inc\"--><!--#include file=\"sub/../top.inc\"-->"));
+  EXPECT_EQ(L"3", literals_of("<!--#include file=\"/sub/b.inc\"-->"));
 }
 
 TEST_F(PageCompiler, IncludesAFileAsOftenAsItIsNamed) {
   write("a.inc", "a");
   const CompiledPage page = compile_text("<!--#include file=a.inc--><!--#include file=a.inc-->");
-  EXPECT_EQ(literals(page), L"aa");
-  EXPECT_EQ(page.files.size(), 2u);
+  EXPECT_EQ(L"aa", literals(page));
+  EXPECT_EQ(2u, page.files.size());
 }
 
 TEST_F(PageCompiler, SaysWhereAnIncludeCannotBeHad) {
   write("../secret.inc", "x");
   write("sub/page.asp", "\n\n<!--#include file=\"none.inc\"-->");
-  EXPECT_EQ(fault_of("sub/page.asp"), "/sub/page.asp:3 The include file \"none.inc\" was not found.");
-  EXPECT_EQ(fault_of_text("\r\n\r\n<!--#include file=\"../secret.inc\"-->"),
-            "/page.asp:3 The include file \"../secret.inc\" lies outside the site.");
-  EXPECT_EQ(fault_of_text("\r<!--#include virtual=\"/../secret.inc\"-->"),
-            "/page.asp:2 The include file \"/../secret.inc\" lies outside the site.");
-  EXPECT_EQ(fault_of_text("<!--#include virtual=\"sub/page.asp\"-->"),
-            "/page.asp:1 A virtual include begins with \"/\": \"sub/page.asp\".");
-  EXPECT_EQ(fault_of_text("<!--#include file=\"sub\"-->"), "/page.asp:1 The file \"/sub\" cannot be read.");
+  EXPECT_EQ("/sub/page.asp:3 The include file \"none.inc\" was not found.", fault_of("sub/page.asp"));
+  EXPECT_EQ("/page.asp:3 The include file \"../secret.inc\" lies outside the site.",
+            fault_of_text("\r\n\r\n<!--#include file=\"../secret.inc\"-->"));
+  EXPECT_EQ("/page.asp:2 The include file \"/../secret.inc\" lies outside the site.",
+            fault_of_text("\r<!--#include virtual=\"/../secret.inc\"-->"));
+  EXPECT_EQ("/page.asp:1 A virtual include begins with \"/\": \"sub/page.asp\".",
+            fault_of_text("<!--#include virtual=\"sub/page.asp\"-->"));
+  EXPECT_EQ("/page.asp:1 The file \"/sub\" cannot be read.", fault_of_text("<!--#include file=\"sub\"-->"));
   using namespace std::string_view_literals;
-  EXPECT_EQ(fault_of_text("<!--#include file=\"a\0b\"-->"sv),
-            "/page.asp:1 The name of an include file holds a zero character.");
+  EXPECT_EQ("/page.asp:1 The name of an include file holds a zero character.",
+            fault_of_text("<!--#include file=\"a\0b\"-->"sv));
   EXPECT_TRUE(fault_of_text("<!--#include file=\"" + std::string(100'000, 'x') + "\"-->").ends_with("was not found."));
 }
 
 TEST_F(PageCompiler, RefusesALinkThatLeavesTheSite) {
   std::filesystem::create_symlink(write("../secret.inc", "x"), path_of("link.inc"));
-  EXPECT_EQ(fault_of_text("<!--#include file=\"link.inc\"-->"),
-            "/page.asp:1 The include file \"link.inc\" lies outside the site.");
+  EXPECT_EQ("/page.asp:1 The include file \"link.inc\" lies outside the site.",
+            fault_of_text("<!--#include file=\"link.inc\"-->"));
   // A folder whose name begins like the site's is outside too.
   write("../site2/x.inc", "x");
-  EXPECT_EQ(fault_of_text("<!--#include file=\"../site2/x.inc\"-->"),
-            "/page.asp:1 The include file \"../site2/x.inc\" lies outside the site.");
+  EXPECT_EQ("/page.asp:1 The include file \"../site2/x.inc\" lies outside the site.",
+            fault_of_text("<!--#include file=\"../site2/x.inc\"-->"));
 }
 
 TEST_F(PageCompiler, ReportsCyclesWhereTheyClose) {
   write("a.inc", "\n<!--#include file=\"sub/b.inc\"-->");
   write("sub/b.inc", "\n\n\n<!--#include virtual=\"/a.inc\"-->");
-  EXPECT_EQ(fault_of_text("<!--#include file=\"a.inc\"-->"),
-            "/sub/b.inc:4 An include never ends: /a.inc includes /sub/b.inc includes /a.inc.");
-  EXPECT_EQ(fault_of_text("x\n<!--#include file=\"page.asp\"-->"),
-            "/page.asp:2 An include never ends: /page.asp includes /page.asp.");
+  EXPECT_EQ("/sub/b.inc:4 An include never ends: /a.inc includes /sub/b.inc includes /a.inc.",
+            fault_of_text("<!--#include file=\"a.inc\"-->"));
+  EXPECT_EQ("/page.asp:2 An include never ends: /page.asp includes /page.asp.",
+            fault_of_text("x\n<!--#include file=\"page.asp\"-->"));
 }
 
 TEST_F(PageCompiler, ReportsFaultsInIncludesThere) {
@@ -138,33 +138,33 @@ TEST_F(PageCompiler, ReportsFaultsInIncludesThere) {
   write("other.inc", "\n\n<%@ Language=VBScript %>");
   write("nowhere.inc", "\n<%@ LCID=99999 %>");
   write("empty.inc", "\n<%= ; %>");
-  EXPECT_EQ(fault_of_text("<!--#include file=open.inc-->"), "/open.inc:2 This \"<%\" is not closed with \"%>\".");
-  EXPECT_EQ(fault_of_text("<!--#include file=two.inc-->"), "/two.inc:2 A page has one directive only.");
-  EXPECT_EQ(fault_of_text("<!--#include file=other.inc-->"),
-            "/other.inc:3 This host runs pages in JavaScript only: Language=\"VBScript\" cannot be run.");
-  EXPECT_EQ(fault_of_text("<!--#include file=nowhere.inc-->"),
-            "/nowhere.inc:2 LCID=\"99999\" is no locale that this host knows; 2048 is the neutral form.");
-  EXPECT_EQ(fault_of_text("<!--#include file=empty.inc-->"), "/empty.inc:2 <%= %> holds no expression.");
+  EXPECT_EQ("/open.inc:2 This \"<%\" is not closed with \"%>\".", fault_of_text("<!--#include file=open.inc-->"));
+  EXPECT_EQ("/two.inc:2 A page has one directive only.", fault_of_text("<!--#include file=two.inc-->"));
+  EXPECT_EQ("/other.inc:3 This host runs pages in JavaScript only: Language=\"VBScript\" cannot be run.",
+            fault_of_text("<!--#include file=other.inc-->"));
+  EXPECT_EQ("/nowhere.inc:2 LCID=\"99999\" is no locale that this host knows; 2048 is the neutral form.",
+            fault_of_text("<!--#include file=nowhere.inc-->"));
+  EXPECT_EQ("/empty.inc:2 <%= %> holds no expression.", fault_of_text("<!--#include file=empty.inc-->"));
 }
 
 // In script the engine would take it for a comment, and the page would run without the file.
 TEST_F(PageCompiler, RefusesAnIncludeInsideScript) {
   write("a.inc", "<% var a; %>");
   const std::string said = " An include cannot stand inside script: put \"%>\" in front of it and \"<%\" behind it.";
-  EXPECT_EQ(fault_of_text("x\n<% var b;\n<!--#include file=\"a.inc\"-->\n%>"), "/page.asp:3" + said);
-  EXPECT_EQ(fault_of_text("<% var b; <!-- #INCLUDE virtual='/a.inc' --> %>"), "/page.asp:1" + said);
-  EXPECT_EQ(fault_of_text("<%=\n<!--#include file=a.inc--> %>"), "/page.asp:2" + said);
-  EXPECT_EQ(fault_of_text("<script runat=server>\r\n<!--#include file=a.inc-->\r\n</script>"), "/page.asp:2" + said);
-  EXPECT_EQ(fault_of_text("<% `\xE2\x80\xA8`\n<!--#include file=a.inc--> %>"), "/page.asp:2" + said);
+  EXPECT_EQ("/page.asp:3" + said, fault_of_text("x\n<% var b;\n<!--#include file=\"a.inc\"-->\n%>"));
+  EXPECT_EQ("/page.asp:1" + said, fault_of_text("<% var b; <!-- #INCLUDE virtual='/a.inc' --> %>"));
+  EXPECT_EQ("/page.asp:2" + said, fault_of_text("<%=\n<!--#include file=a.inc--> %>"));
+  EXPECT_EQ("/page.asp:2" + said, fault_of_text("<script runat=server>\r\n<!--#include file=a.inc-->\r\n</script>"));
+  EXPECT_EQ("/page.asp:2" + said, fault_of_text("<% `\xE2\x80\xA8`\n<!--#include file=a.inc--> %>"));
   write("inner.inc", "\n<% <!--#include file=a.inc--> %>");
-  EXPECT_EQ(fault_of_text("<!--#include file=inner.inc-->"), "/inner.inc:2" + said);
+  EXPECT_EQ("/inner.inc:2" + said, fault_of_text("<!--#include file=inner.inc-->"));
   // As text of the script it is none, nor in a comment, nor in the page's text.
   for (const char* page :
        {"<% var s = '<!--#include file=a.inc-->' %>", "<% `<!--#include file=a.inc-->` %>",
         "<% // <!--#include file=a.inc-->\n%>", "<% /* <!--#include file=a.inc--> */ %>",
         "<% <!-- hidden from old browsers\n//--> %>", "<% if (1) { %><!--#include file=a.inc--><% } %>",
         "<script><!--#include file=a.inc--></script>"}) {
-    EXPECT_EQ(fault_of_text(page), "none") << page;
+    EXPECT_EQ("none", fault_of_text(page)) << page;
   }
 }
 
@@ -190,11 +190,11 @@ TEST_F(PageCompiler, TakesScriptFilesAsTheScriptThatTheyAre) {
         "<script runat=server src=lib/a.js></script>-<script runat=server src=\"\\b.js\"></script>-"
         "<script runat=server src='/b.js'></script>");
   const CompiledPage page = compile("page.asp");
-  EXPECT_EQ(literals(page), L"--");
+  EXPECT_EQ(L"--", literals(page));
   const std::string text = script::to_utf8(script::to_wide(page.program->text));
-  EXPECT_NE(text.find("var a = '<%= no page %>';\n"), std::string::npos) << text;
-  EXPECT_NE(text.find("var b = 1 // the end\n"), std::string::npos) << text;
-  ASSERT_EQ(page.files.size(), 3u);  // an edit of any makes the page anew
+  EXPECT_NE(std::string::npos, text.find("var a = '<%= no page %>';\n")) << text;
+  EXPECT_NE(std::string::npos, text.find("var b = 1 // the end\n")) << text;
+  ASSERT_EQ(3u, page.files.size());  // an edit of any makes the page anew
   EXPECT_TRUE(page.files[1].first.ends_with("/lib/a.js"));
 }
 
@@ -203,48 +203,48 @@ TEST_F(PageCompiler, RefusesScriptFilesAsIncludes) {
   std::filesystem::create_symlink(path_of("../secret.js"), path_of("link.js"));
   write("sub/page.inc", "\n<script runat=server src=none.js></script>");
   write("sub/loop.inc", "<script runat=server src=loop.inc></script>");
-  EXPECT_EQ(fault_of_text("<!--#include file=sub/page.inc-->"),
-            "/sub/page.inc:2 The include file \"none.js\" was not found.");
-  EXPECT_EQ(fault_of_text("\n\n<script runat=server src=../secret.js></script>"),
-            "/page.asp:3 The include file \"../secret.js\" lies outside the site.");
-  EXPECT_EQ(fault_of_text("<script runat=server src=/../secret.js></script>"),
-            "/page.asp:1 The include file \"/../secret.js\" lies outside the site.");
-  EXPECT_EQ(fault_of_text("<script runat=server src=link.js></script>"),
-            "/page.asp:1 The include file \"link.js\" lies outside the site.");
-  EXPECT_EQ(fault_of_text("<script runat=server src=sub></script>"), "/page.asp:1 The file \"/sub\" cannot be read.");
-  EXPECT_EQ(fault_of("sub/loop.inc"), "/sub/loop.inc:1 An include never ends: /sub/loop.inc includes /sub/loop.inc.");
+  EXPECT_EQ("/sub/page.inc:2 The include file \"none.js\" was not found.",
+            fault_of_text("<!--#include file=sub/page.inc-->"));
+  EXPECT_EQ("/page.asp:3 The include file \"../secret.js\" lies outside the site.",
+            fault_of_text("\n\n<script runat=server src=../secret.js></script>"));
+  EXPECT_EQ("/page.asp:1 The include file \"/../secret.js\" lies outside the site.",
+            fault_of_text("<script runat=server src=/../secret.js></script>"));
+  EXPECT_EQ("/page.asp:1 The include file \"link.js\" lies outside the site.",
+            fault_of_text("<script runat=server src=link.js></script>"));
+  EXPECT_EQ("/page.asp:1 The file \"/sub\" cannot be read.", fault_of_text("<script runat=server src=sub></script>"));
+  EXPECT_EQ("/sub/loop.inc:1 An include never ends: /sub/loop.inc includes /sub/loop.inc.", fault_of("sub/loop.inc"));
   write("inc.js", "var a;\n<!-- #include file=b.js -->");
-  EXPECT_EQ(fault_of_text("<script runat=server src=inc.js></script>"),
-            "/inc.js:2 An include cannot stand inside script: put \"%>\" in front of it and \"<%\" behind it.");
+  EXPECT_EQ("/inc.js:2 An include cannot stand inside script: put \"%>\" in front of it and \"<%\" behind it.",
+            fault_of_text("<script runat=server src=inc.js></script>"));
 }
 
 TEST_F(PageCompiler, TakesTenThousandIncludesAndNoMore) {
   write("a.inc", "x");
   std::string page;
   for (int i = 0; i < 10'000; ++i) page += "<!--#include file=a.inc-->\n";
-  EXPECT_EQ(literals_of(page).size(), 20'000u);
-  EXPECT_EQ(fault_of_text(page + "<!--#include file=a.inc-->"),
-            "/page.asp:10001 The page includes more than 10000 files.");
+  EXPECT_EQ(20'000u, literals_of(page).size());
+  EXPECT_EQ("/page.asp:10001 The page includes more than 10000 files.",
+            fault_of_text(page + "<!--#include file=a.inc-->"));
 }
 
 TEST_F(PageCompiler, BoundsNestingAndSize) {
   for (int i = 0; i < 110; ++i) {
     write("n" + std::to_string(i) + ".inc", "<!--#include file=n" + std::to_string(i + 1) + ".inc-->");
   }
-  EXPECT_EQ(fault_of("n0.inc"), "/n100.inc:1 Includes are nested more than 100 deep.");
+  EXPECT_EQ("/n100.inc:1 Includes are nested more than 100 deep.", fault_of("n0.inc"));
   write("n100.inc", "end");
-  EXPECT_EQ(literals(compile("n0.inc")), L"end");
+  EXPECT_EQ(L"end", literals(compile("n0.inc")));
 
   write("large.inc", std::string(20 << 20, 'x'));
   std::string page;
   for (int i = 0; i < 7; ++i) page += "<!--#include file=large.inc-->";
-  EXPECT_EQ(fault_of_text(page), "/page.asp:1 The page is too large.");
+  EXPECT_EQ("/page.asp:1 The page is too large.", fault_of_text(page));
 }
 
 TEST_F(PageCompiler, ReadsALargePage) {
   std::string page;
   for (int i = 0; i < 50'000; ++i) page += "<p>row <%= i %></p>\n";
-  EXPECT_EQ(compile_text(page).program->literals.size(), 50'001u);
+  EXPECT_EQ(50'001u, compile_text(page).program->literals.size());
 }
 
 }  // namespace

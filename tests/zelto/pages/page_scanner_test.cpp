@@ -12,7 +12,7 @@ std::wstring cut(std::wstring_view text) {
   for (const Piece& piece : scan_page(text)) {
     shown += (piece.is_virtual ? L"LCEDVR" : L"LCEDFS")[piece.kind];
     shown.append(L"[").append(piece.text).append(L"]");
-    EXPECT_EQ(text.substr(piece.offset, piece.text.size()), piece.text);
+    EXPECT_EQ(piece.text, text.substr(piece.offset, piece.text.size()));
   }
   return shown;
 }
@@ -76,7 +76,7 @@ TEST(PageScanner, CutsPagesIntoPieces) {
       {L"<script runat=server", L"L[<script runat=server]"},
       {L"<object id=x></object>", L"L[<object id=x></object>]"},
   };
-  for (const auto& row : rows) EXPECT_EQ(cut(row.page), row.pieces);
+  for (const auto& row : rows) EXPECT_EQ(row.pieces, cut(row.page));
 }
 
 TEST(PageScanner, SaysWhereItCannotCut) {
@@ -110,8 +110,8 @@ TEST(PageScanner, SaysWhereItCannotCut) {
   };
   for (const auto& row : rows) {
     const Fault fault = fault_of(row.page);
-    EXPECT_EQ(fault.what, row.what);
-    EXPECT_EQ(fault.offset, row.offset) << row.what;
+    EXPECT_EQ(row.what, fault.what);
+    EXPECT_EQ(row.offset, fault.offset) << row.what;
   }
 }
 
@@ -136,8 +136,8 @@ TEST(LineCounter, CountsEveryKindOfLineEnd) {
   } rows[] = {{0, 1, 0}, {1, 1, 1}, {3, 2, 0}, {5, 3, 0}, {7, 4, 0}, {9, 5, 0}, {11, 6, 0}, {99, 6, 1}};
   for (const auto& row : rows) {
     lines.move_to(row.offset);
-    EXPECT_EQ(lines.line(), row.line) << row.offset;
-    EXPECT_EQ(lines.column(), row.column) << row.offset;
+    EXPECT_EQ(row.line, lines.line()) << row.offset;
+    EXPECT_EQ(row.column, lines.column()) << row.offset;
   }
 }
 

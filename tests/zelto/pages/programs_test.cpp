@@ -43,14 +43,14 @@ TEST_F(ProgramsTest, SharesWhatHasNotChanged) {
   write("page.asp", "a");
   const auto program = settle();
   ASSERT_TRUE(program);
-  EXPECT_EQ(load().program, program);
+  EXPECT_EQ(program, load().program);
 }
 
 TEST_F(ProgramsTest, SeesAnEditAtOnceEvenOfTheSameSize) {
   for (int i = 0; i < 50; ++i) {
     const std::string now(1, static_cast<char>('a' + i % 26));
     write("page.asp", now);
-    EXPECT_EQ(text(), std::wstring(now.begin(), now.end()));
+    EXPECT_EQ(std::wstring(now.begin(), now.end()), text());
   }
 }
 
@@ -72,7 +72,7 @@ TEST_F(ProgramsTest, SeesAnEditThatRestoresSizeAndTime) {
   const auto time = std::filesystem::last_write_time(path_of("page.asp"));
   write("page.asp", "two");
   std::filesystem::last_write_time(path_of("page.asp"), time);
-  EXPECT_EQ(text(), L"two");
+  EXPECT_EQ(L"two", text());
 }
 
 TEST_F(ProgramsTest, SeesAChangedIncludeOfAnInclude) {
@@ -81,7 +81,7 @@ TEST_F(ProgramsTest, SeesAChangedIncludeOfAnInclude) {
   write("b.inc", "old");
   settle();
   write("b.inc", "new");
-  EXPECT_EQ(text(), L"new");
+  EXPECT_EQ(L"new", text());
 }
 
 TEST_F(ProgramsTest, SeesALinkThatLeadsElsewhere) {
@@ -92,7 +92,7 @@ TEST_F(ProgramsTest, SeesALinkThatLeadsElsewhere) {
   settle();
   std::filesystem::remove(path_of("link.inc"));
   std::filesystem::create_symlink("two.inc", path_of("link.inc"));
-  EXPECT_EQ(text(), L"two");
+  EXPECT_EQ(L"two", text());
 }
 
 TEST_F(ProgramsTest, ReportsAnErrorUntilItIsMended) {
@@ -100,23 +100,23 @@ TEST_F(ProgramsTest, ReportsAnErrorUntilItIsMended) {
   const LoadedPage page = load();
   EXPECT_FALSE(page.program);
   ASSERT_TRUE(page.error);
-  EXPECT_EQ(page.error->source, L"Page");
-  EXPECT_EQ(page.error->number, E_FAIL);
-  EXPECT_EQ(page.error->file, path_of("page.asp"));
-  EXPECT_EQ(page.error->line, 2);
+  EXPECT_EQ(L"Page", page.error->source);
+  EXPECT_EQ(E_FAIL, page.error->number);
+  EXPECT_EQ(path_of("page.asp"), page.error->file);
+  EXPECT_EQ(2, page.error->line);
   write("none.inc", "there");
-  EXPECT_EQ(text(), L"\nthere");
+  EXPECT_EQ(L"\nthere", text());
   std::filesystem::remove(path_of("none.inc"));
-  EXPECT_EQ(text(), L"error: The include file \"none.inc\" was not found.");
+  EXPECT_EQ(L"error: The include file \"none.inc\" was not found.", text());
   std::filesystem::remove(path_of("page.asp"));
-  EXPECT_EQ(text(), L"error: The file \"/page.asp\" cannot be read.");
+  EXPECT_EQ(L"error: The file \"/page.asp\" cannot be read.", text());
 }
 
 TEST_F(ProgramsTest, HandsTheDirectiveOn) {
   write("page.asp", "<%@ CodePage=1252 LCID=1041 EnableSessionState=False %>");
   const LoadedPage page = load();
-  EXPECT_EQ(page.directive.code_page, 1252);
-  EXPECT_EQ(page.directive.lcid, 1041);
+  EXPECT_EQ(1252, page.directive.code_page);
+  EXPECT_EQ(1041, page.directive.lcid);
   EXPECT_FALSE(page.directive.uses_session);
 }
 
@@ -137,8 +137,8 @@ TEST_F(ProgramsTest, ServesManyThreadsWhileAPageChanges) {
   }
   for (int i = 0; i < 100; ++i) write("a.inc", std::to_string(i % 10));
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(wrong, 0);
-  EXPECT_EQ(text(), L"9");
+  EXPECT_EQ(0, wrong);
+  EXPECT_EQ(L"9", text());
 }
 
 }  // namespace

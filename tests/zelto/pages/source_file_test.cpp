@@ -30,12 +30,12 @@ TEST_F(SourceFile, DecodesByItsMarkBeforeTheCodePage) {
       {"\xEF\xBB\xBF"sv, 65001, L""},
       {"\xFF\xFE"sv, 65001, L""},
   };
-  for (const auto& row : rows) EXPECT_EQ(decode_source(row.bytes, row.code_page), row.text);
+  for (const auto& row : rows) EXPECT_EQ(row.text, decode_source(row.bytes, row.code_page));
 }
 
 TEST_F(SourceFile, ReadsRegularFilesOnly) {
-  EXPECT_EQ(read_source(write("a.asp", "bytes"))->bytes, "bytes");
-  EXPECT_EQ(read_source(write("empty.asp", ""))->bytes, "");
+  EXPECT_EQ("bytes", read_source(write("a.asp", "bytes"))->bytes);
+  EXPECT_EQ("", read_source(write("empty.asp", ""))->bytes);
   EXPECT_FALSE(read_source(root));
   EXPECT_FALSE(read_source(path_of("none.asp")));
   EXPECT_FALSE(stamp_of(path_of("none.asp")));
@@ -48,19 +48,19 @@ TEST_F(SourceFile, ReadsNoMoreThanThereIs) {
   if (!stamp_of(path)) GTEST_SKIP() << "no such files here";
   const std::string bytes = read_source(path)->bytes;
   EXPECT_LT(bytes.size(), static_cast<std::size_t>(stamp_of(path)->size));
-  EXPECT_EQ(bytes.find('\0'), std::string::npos);
+  EXPECT_EQ(std::string::npos, bytes.find('\0'));
 }
 
 TEST_F(SourceFile, DoesNotWaitAtANamedPipe) {
-  ASSERT_EQ(::mkfifo(path_of("pipe.asp").c_str(), 0600), 0);
+  ASSERT_EQ(0, ::mkfifo(path_of("pipe.asp").c_str(), 0600));
   EXPECT_FALSE(read_source(path_of("pipe.asp")));
 }
 
 TEST_F(SourceFile, RefusesMoreThanItMayRead) {
   write("large.asp", "");
-  ASSERT_EQ(::truncate(path_of("large.asp").c_str(), kMaxSource), 0);
+  ASSERT_EQ(0, ::truncate(path_of("large.asp").c_str(), kMaxSource));
   EXPECT_TRUE(read_source(path_of("large.asp")));
-  ASSERT_EQ(::truncate(path_of("large.asp").c_str(), kMaxSource + 1), 0);
+  ASSERT_EQ(0, ::truncate(path_of("large.asp").c_str(), kMaxSource + 1));
   EXPECT_FALSE(read_source(path_of("large.asp")));
 }
 
@@ -73,16 +73,16 @@ TEST_F(SourceFile, SeesAnEditThatRestoresSizeAndTime) {
   const std::string path = write("a.asp", "one");
   const auto before = stamp_of(path);
   struct stat status {};
-  ASSERT_EQ(::stat(path.c_str(), &status), 0);
+  ASSERT_EQ(0, ::stat(path.c_str(), &status));
   // The entry's own time moves with the file system's clock, so the edit is repeated until that has ticked.
   for (int tries = 0; tries < 1'000'000 && stamp_of(path) == before; ++tries) {
     write("a.asp", "two");
     const timespec times[] = {status.st_atim, status.st_mtim};
-    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+    ASSERT_EQ(0, ::utimensat(AT_FDCWD, path.c_str(), times, 0));
   }
   EXPECT_NE(stamp_of(path), before);
-  EXPECT_EQ(stamp_of(path)->modified, before->modified);
-  EXPECT_EQ(stamp_of(path)->size, before->size);
+  EXPECT_EQ(before->modified, stamp_of(path)->modified);
+  EXPECT_EQ(before->size, stamp_of(path)->size);
 }
 
 }  // namespace

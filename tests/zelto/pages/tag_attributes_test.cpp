@@ -11,25 +11,25 @@ TEST(TagAttributes, ReadsEveryWayToWriteAValue) {
       L">rest",
       0);
   ASSERT_TRUE(tag);
-  EXPECT_EQ(tag->value_of(L"A"), L"1 > 2");
-  EXPECT_EQ(tag->value_of(L"b"), L"x\"y");
-  EXPECT_EQ(tag->value_of(L"c"), L"plain");
+  EXPECT_EQ(L"1 > 2", tag->value_of(L"A"));
+  EXPECT_EQ(L"x\"y", tag->value_of(L"b"));
+  EXPECT_EQ(L"plain", tag->value_of(L"c"));
   EXPECT_TRUE(tag->has(L"d"));
-  EXPECT_EQ(tag->value_of(L"d"), L"");
+  EXPECT_EQ(L"", tag->value_of(L"d"));
   EXPECT_TRUE(tag->has(L"e"));
   EXPECT_FALSE(tag->has(L"f"));
-  EXPECT_EQ(tag->value_of(L"f"), L"");
-  EXPECT_EQ(tag->end, 34u);
+  EXPECT_EQ(L"", tag->value_of(L"f"));
+  EXPECT_EQ(34u, tag->end);
 }
 
 TEST(TagAttributes, TakesTheFirstOfTwoOfOneName) {
-  EXPECT_EQ(read_tag(L" runat=server RUNAT=client>", 0)->value_of(L"runat"), L"server");
+  EXPECT_EQ(L"server", read_tag(L" runat=server RUNAT=client>", 0)->value_of(L"runat"));
 }
 
 TEST(TagAttributes, IgnoresStrayCharacters) {
   const auto tag = read_tag(L" = \" / a=1 />", 0);
   ASSERT_TRUE(tag);
-  EXPECT_EQ(tag->value_of(L"a"), L"1");
+  EXPECT_EQ(L"1", tag->value_of(L"a"));
 }
 
 TEST(TagAttributes, NeedsAnEnd) {
@@ -50,7 +50,7 @@ TEST(TagAttributes, MatchesWholeWordsInAnyLetterCase) {
   EXPECT_FALSE(has_word(L"script", 7, L"script"));
 }
 
-TEST(TagAttributes, ShowsOtherCharactersAsQuestionMarks) { EXPECT_EQ(ascii(L"a\u00fc\n~\x7f"), "a??~?"); }
+TEST(TagAttributes, ShowsOtherCharactersAsQuestionMarks) { EXPECT_EQ("a??~?", ascii(L"a\u00fc\n~\x7f")); }
 
 }  // namespace
 }  // namespace zelto::pages

@@ -42,15 +42,15 @@ class Paths : public testing::Test {
 
 TEST_F(Paths, ResolvesWhatExists) {
   file("dir/sub/f");
-  EXPECT_EQ(canonicalized(at("dir\\sub\\..\\.\\\\sub/f")), zelto::to_wide(at("dir/sub/f")));
-  EXPECT_EQ(canonicalized(at("dir/")), zelto::to_wide(at("dir")));
+  EXPECT_EQ(zelto::to_wide(at("dir/sub/f")), canonicalized(at("dir\\sub\\..\\.\\\\sub/f")));
+  EXPECT_EQ(zelto::to_wide(at("dir")), canonicalized(at("dir/")));
 }
 
 TEST_F(Paths, GivesAFileThatDoesNotExistAPath) {
   file("dir/f");
-  EXPECT_EQ(canonicalized(at("dir\\none\\..\\x.html")), zelto::to_wide(at("dir/x.html")));
-  EXPECT_EQ(canonicalized(at("nowhere/../../a")),
-            zelto::to_wide((fs::path(at("")).parent_path().parent_path() / "a").string()));
+  EXPECT_EQ(zelto::to_wide(at("dir/x.html")), canonicalized(at("dir\\none\\..\\x.html")));
+  EXPECT_EQ(zelto::to_wide((fs::path(at("")).parent_path().parent_path() / "a").string()),
+            canonicalized(at("nowhere/../../a")));
 }
 
 // As PathCanonicalizeW reads it: a file has one time, by whatever name.
@@ -62,7 +62,7 @@ TEST_F(Paths, OpensAFileBehindAFolderThatDoesNotExist) {
     if (handle != invalid_handle()) std::fclose(static_cast<std::FILE*>(handle));
   }
   for (const char* name : {"none/f", "dir/none/../g", "none/../../f"})
-    EXPECT_EQ(CreateFileW(zelto::to_wide(at(name)).c_str(), 0, 0, nullptr, 0, 0, nullptr), invalid_handle()) << name;
+    EXPECT_EQ(invalid_handle(), CreateFileW(zelto::to_wide(at(name)).c_str(), 0, 0, nullptr, 0, 0, nullptr)) << name;
 }
 
 TEST_F(Paths, FollowsLinksOfThePartThatExists) {
@@ -70,37 +70,37 @@ TEST_F(Paths, FollowsLinksOfThePartThatExists) {
   fs::create_directories(at("tpl"));
   fs::create_symlink("../outside", at("tpl/link"));
   fs::create_symlink(at("outside"), at("tpl/absolute"));
-  EXPECT_EQ(canonicalized(at("tpl/link/secret")), zelto::to_wide(at("outside/secret")));
-  EXPECT_EQ(canonicalized(at("tpl/absolute/none")), zelto::to_wide(at("outside/none")));
+  EXPECT_EQ(zelto::to_wide(at("outside/secret")), canonicalized(at("tpl/link/secret")));
+  EXPECT_EQ(zelto::to_wide(at("outside/none")), canonicalized(at("tpl/absolute/none")));
   // A step into nothing and back must not hide the link.
-  EXPECT_EQ(canonicalized(at("tpl/none/../link/secret")), zelto::to_wide(at("outside/secret")));
-  EXPECT_EQ(canonicalized(at("tpl/link/..")), zelto::to_wide(at("")).substr(0, at("").size() - 1));
+  EXPECT_EQ(zelto::to_wide(at("outside/secret")), canonicalized(at("tpl/none/../link/secret")));
+  EXPECT_EQ(zelto::to_wide(at("")).substr(0, at("").size() - 1), canonicalized(at("tpl/link/..")));
 }
 
 TEST_F(Paths, RefusesLinksThatGoRound) {
   fs::create_symlink("b", at("a"));
   fs::create_symlink("a", at("b"));
-  EXPECT_EQ(canonicalized(at("a/x")), L"<failed>");
+  EXPECT_EQ(L"<failed>", canonicalized(at("a/x")));
 }
 
 TEST_F(Paths, RefusesAPathThatDoesNotFit) {
   const std::string folder = at("");
   const std::string longest(MAX_PATH - 1 - folder.size(), 'x');
-  EXPECT_EQ(canonicalized(folder + longest).size(), MAX_PATH - 1);
-  EXPECT_EQ(canonicalized(folder + longest + "x"), L"<failed>");
+  EXPECT_EQ(MAX_PATH - 1, canonicalized(folder + longest).size());
+  EXPECT_EQ(L"<failed>", canonicalized(folder + longest + "x"));
 }
 
 TEST_F(Paths, LeavesTheTargetEmptyOnFailure) {
   wchar_t target[MAX_PATH] = L"poison";
   EXPECT_FALSE(PathCanonicalizeW(target, L""));
-  EXPECT_STREQ(target, L"");
+  EXPECT_STREQ(L"", target);
   EXPECT_FALSE(PathCanonicalizeW(target, nullptr));
   EXPECT_FALSE(PathCanonicalizeW(nullptr, L"/"));
 }
 
 TEST(CanonicalPath, StopsAtTheRoot) {
-  EXPECT_EQ(zelto::canonical_path("/../.."), "/");
-  EXPECT_EQ(zelto::canonical_path(std::string_view("/a\0b", 4)), std::nullopt);
+  EXPECT_EQ("/", zelto::canonical_path("/../.."));
+  EXPECT_EQ(std::nullopt, zelto::canonical_path(std::string_view("/a\0b", 4)));
 }
 
 TEST_F(Paths, OpensFilesNamedWithBackslashes) {
@@ -108,14 +108,14 @@ TEST_F(Paths, OpensFilesNamedWithBackslashes) {
   const HANDLE handle = CreateFileW(zelto::to_wide(at("tpl\\list.html")).c_str(), GENERIC_READ, FILE_SHARE_READ,
                                     nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   ASSERT_NE(handle, invalid_handle());
-  EXPECT_EQ(std::fgetc(static_cast<FILE*>(handle)), 't');
+  EXPECT_EQ('t', std::fgetc(static_cast<FILE*>(handle)));
   std::fclose(static_cast<FILE*>(handle));
 }
 
 TEST_F(Paths, TellsFileTimesToTheTick) {
   file("list.html");
   const timespec times[2] = {{1, 200}, {784111777, 123456789}};
-  ASSERT_EQ(::utimensat(AT_FDCWD, at("list.html").c_str(), times, 0), 0);
+  ASSERT_EQ(0, ::utimensat(AT_FDCWD, at("list.html").c_str(), times, 0));
   const HANDLE handle = CreateFileW(zelto::to_wide(at("list.html")).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   ASSERT_NE(handle, invalid_handle());
@@ -125,17 +125,17 @@ TEST_F(Paths, TellsFileTimesToTheTick) {
   const auto ticks = [](const FILETIME& time) {
     return std::uint64_t{time.dwHighDateTime} << 32U | std::uint64_t{time.dwLowDateTime};
   };
-  EXPECT_EQ(ticks(access), 116'444'736'000'000'000U + 10'000'002U);
-  EXPECT_EQ(ticks(write), 116'444'736'000'000'000U + 7'841'117'771'234'567U);
+  EXPECT_EQ(116'444'736'000'000'000U + 10'000'002U, ticks(access));
+  EXPECT_EQ(116'444'736'000'000'000U + 7'841'117'771'234'567U, ticks(write));
   std::fclose(static_cast<FILE*>(handle));
   EXPECT_FALSE(GetFileTime(invalid_handle(), nullptr, nullptr, &write));
   EXPECT_FALSE(GetFileTime(nullptr, nullptr, nullptr, &write));
 }
 
 TEST_F(Paths, NeverCreatesAFile) {
-  EXPECT_EQ(CreateFileW(zelto::to_wide(at("none")).c_str(), GENERIC_READ, 0, nullptr, 1, 0, nullptr), invalid_handle());
+  EXPECT_EQ(invalid_handle(), CreateFileW(zelto::to_wide(at("none")).c_str(), GENERIC_READ, 0, nullptr, 1, 0, nullptr));
   EXPECT_FALSE(fs::exists(at("none")));
-  EXPECT_EQ(CreateFileW(nullptr, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr), invalid_handle());
+  EXPECT_EQ(invalid_handle(), CreateFileW(nullptr, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ class Registry : public testing::Test {
 
   HKEY create(HKEY parent, const wchar_t* name) {
     HKEY key = nullptr;
-    EXPECT_EQ(RegCreateKeyExW(parent, name, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr), ERROR_SUCCESS);
+    EXPECT_EQ(ERROR_SUCCESS, RegCreateKeyExW(parent, name, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr));
     return key;
   }
   LONG set(HKEY key, const wchar_t* name, const wchar_t* text) {
@@ -40,57 +40,57 @@ class Registry : public testing::Test {
 TEST_F(Registry, WritesWhatRegistrationWrites) {
   HKEY key = create(hkey_classes_root(), L"Some.Class");
   HKEY inner = create(key, L"CLSID");
-  EXPECT_EQ(set(inner, nullptr, L"{whole text, whatever the length says}"), ERROR_SUCCESS);
-  EXPECT_EQ(set(inner, L"ThreadingModel", L"Apartment"), ERROR_SUCCESS);
-  EXPECT_EQ(RegCloseKey(inner), ERROR_SUCCESS);
-  EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
-  EXPECT_EQ(store->value(L"Some.Class\\CLSID", L""), L"{whole text, whatever the length says}");
-  EXPECT_EQ(store->value(L"some.class\\clsid", L"threadingmodel"), L"Apartment");
+  EXPECT_EQ(ERROR_SUCCESS, set(inner, nullptr, L"{whole text, whatever the length says}"));
+  EXPECT_EQ(ERROR_SUCCESS, set(inner, L"ThreadingModel", L"Apartment"));
+  EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(inner));
+  EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(key));
+  EXPECT_EQ(L"{whole text, whatever the length says}", store->value(L"Some.Class\\CLSID", L""));
+  EXPECT_EQ(L"Apartment", store->value(L"some.class\\clsid", L"threadingmodel"));
 }
 
 // Registration opens it without having made it.
 TEST_F(Registry, HasTheKeyOfClassIdentifiersFromTheStart) {
   HKEY key = nullptr;
-  EXPECT_EQ(RegOpenKeyExW(hkey_classes_root(), L"CLSID", 0, 0, &key), ERROR_SUCCESS);
-  EXPECT_NE(key, nullptr);
+  EXPECT_EQ(ERROR_SUCCESS, RegOpenKeyExW(hkey_classes_root(), L"CLSID", 0, 0, &key));
+  EXPECT_NE(nullptr, key);
   RegCloseKey(key);
 }
 
 TEST_F(Registry, TellsNewKeysFromOldOnes) {
   DWORD disposition = 99;
   HKEY key = nullptr;
-  EXPECT_EQ(RegCreateKeyExW(hkey_classes_root(), L"a", 0, nullptr, 0, 0, nullptr, &key, &disposition), ERROR_SUCCESS);
-  EXPECT_EQ(disposition, 1u);
+  EXPECT_EQ(ERROR_SUCCESS, RegCreateKeyExW(hkey_classes_root(), L"a", 0, nullptr, 0, 0, nullptr, &key, &disposition));
+  EXPECT_EQ(1u, disposition);
   RegCloseKey(key);
-  EXPECT_EQ(RegCreateKeyExW(hkey_classes_root(), L"a", 0, nullptr, 0, 0, nullptr, &key, &disposition), ERROR_SUCCESS);
-  EXPECT_EQ(disposition, 2u);
+  EXPECT_EQ(ERROR_SUCCESS, RegCreateKeyExW(hkey_classes_root(), L"a", 0, nullptr, 0, 0, nullptr, &key, &disposition));
+  EXPECT_EQ(2u, disposition);
   RegCloseKey(key);
 }
 
 TEST_F(Registry, FailsOnKeysThatAreNotThere) {
   HKEY key = reinterpret_cast<HKEY>(1);
-  EXPECT_EQ(RegOpenKeyExW(hkey_classes_root(), L"none", 0, 0, &key), ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(key, nullptr);
-  EXPECT_EQ(RegDeleteKeyW(hkey_classes_root(), L"none"), ERROR_FILE_NOT_FOUND);
-  EXPECT_NE(RegOpenKeyExW(nullptr, L"a", 0, 0, &key), ERROR_SUCCESS);
-  EXPECT_NE(RegCloseKey(nullptr), ERROR_SUCCESS);
+  EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegOpenKeyExW(hkey_classes_root(), L"none", 0, 0, &key));
+  EXPECT_EQ(nullptr, key);
+  EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegDeleteKeyW(hkey_classes_root(), L"none"));
+  EXPECT_NE(ERROR_SUCCESS, RegOpenKeyExW(nullptr, L"a", 0, 0, &key));
+  EXPECT_NE(ERROR_SUCCESS, RegCloseKey(nullptr));
 }
 
 TEST_F(Registry, DeletesOnlyKeysWithoutKeysBelow) {
   HKEY key = create(hkey_classes_root(), L"a");
   RegCloseKey(create(key, L"b"));
-  EXPECT_NE(RegDeleteKeyW(hkey_classes_root(), L"a"), ERROR_SUCCESS);
-  EXPECT_EQ(RegDeleteKeyW(key, L"b"), ERROR_SUCCESS);
+  EXPECT_NE(ERROR_SUCCESS, RegDeleteKeyW(hkey_classes_root(), L"a"));
+  EXPECT_EQ(ERROR_SUCCESS, RegDeleteKeyW(key, L"b"));
   RegCloseKey(key);
-  EXPECT_EQ(RegDeleteKeyW(hkey_classes_root(), L"a"), ERROR_SUCCESS);
+  EXPECT_EQ(ERROR_SUCCESS, RegDeleteKeyW(hkey_classes_root(), L"a"));
   EXPECT_FALSE(store->has_key(L"a"));
 }
 
 TEST_F(Registry, RefusesToPretendWithoutAStore) {
   korlib_host::set_registry(nullptr);
   HKEY key = reinterpret_cast<HKEY>(1);
-  EXPECT_NE(RegCreateKeyExW(hkey_classes_root(), L"a", 0, nullptr, 0, 0, nullptr, &key, nullptr), ERROR_SUCCESS);
-  EXPECT_EQ(key, nullptr);
+  EXPECT_NE(ERROR_SUCCESS, RegCreateKeyExW(hkey_classes_root(), L"a", 0, nullptr, 0, 0, nullptr, &key, nullptr));
+  EXPECT_EQ(nullptr, key);
 }
 
 }  // namespace

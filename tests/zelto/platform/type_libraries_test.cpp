@@ -23,71 +23,71 @@ class TypeLibraries : public testing::Test {
 
 TEST_F(TypeLibraries, LetTheModuleAttachWithAllItsTypeInformation) {
   const test::Module module;
-  EXPECT_EQ(module.attached(), 1);
-  EXPECT_EQ(*module.symbol<ITypeInfo*>("g_pTI_IStringList"), zelto::string_list_type_info());
-  EXPECT_EQ(*module.symbol<ITypeInfo*>("g_pTI_IRequestDictionary"), zelto::request_dictionary_type_info());
+  EXPECT_EQ(1, module.attached());
+  EXPECT_EQ(zelto::string_list_type_info(), *module.symbol<ITypeInfo*>("g_pTI_IStringList"));
+  EXPECT_EQ(zelto::request_dictionary_type_info(), *module.symbol<ITypeInfo*>("g_pTI_IRequestDictionary"));
 }
 
 TEST_F(TypeLibraries, KeepTheModulesOwnTypeInformation) {
   const test::Module module;
   CComPtr<ITypeLib> library;
-  ASSERT_EQ(LoadTypeLib(path_.c_str(), library.put()), S_OK);
-  EXPECT_EQ(library->GetTypeInfoCount(), 5u);
+  ASSERT_EQ(S_OK, LoadTypeLib(path_.c_str(), library.put()));
+  EXPECT_EQ(5u, library->GetTypeInfoCount());
   for (const auto& [iid, name] :
        {std::pair{korlib::iid_of<IMirt>, "g_pTI_IMirt"}, std::pair{korlib::iid_of<IUtility>, "g_pTI_IUtility"},
         std::pair{korlib::iid_of<IFormFile>, "g_pTI_IFormFile"}}) {
     CComPtr<ITypeInfo> info;
-    EXPECT_EQ(library->GetTypeInfoOfGuid(iid, info.put()), S_OK);
-    EXPECT_EQ(info.get(), *module.symbol<ITypeInfo*>(name));
+    EXPECT_EQ(S_OK, library->GetTypeInfoOfGuid(iid, info.put()));
+    EXPECT_EQ(*module.symbol<ITypeInfo*>(name), info.get());
   }
 }
 
 TEST_F(TypeLibraries, MayBeAttachedToAgain) {
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(test::Module().attached(), 1);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(1, test::Module().attached());
 }
 
 TEST_F(TypeLibraries, SayWhatTheyDoNotDescribe) {
   const test::Module module;
   CComPtr<ITypeLib> library;
-  ASSERT_EQ(LoadTypeLib(path_.c_str(), library.put()), S_OK);
+  ASSERT_EQ(S_OK, LoadTypeLib(path_.c_str(), library.put()));
   CComPtr<ITypeInfo> info;
-  EXPECT_EQ(library->GetTypeInfoOfGuid(korlib::iid_of<IStringList>, info.put()), TYPE_E_ELEMENTNOTFOUND);
-  EXPECT_EQ(LoadTypeLib(L"/nowhere/module.so", library.put()), TYPE_E_CANTLOADLIBRARY);
+  EXPECT_EQ(TYPE_E_ELEMENTNOTFOUND, library->GetTypeInfoOfGuid(korlib::iid_of<IStringList>, info.put()));
+  EXPECT_EQ(TYPE_E_CANTLOADLIBRARY, LoadTypeLib(L"/nowhere/module.so", library.put()));
   EXPECT_FALSE(library);
 }
 
 TEST_F(TypeLibraries, DescribeTheHostsCollections) {
   CComPtr<ITypeLib> library;
-  ASSERT_EQ(LoadTypeLib((path_ + L"\\2").c_str(), library.put()), S_OK);
+  ASSERT_EQ(S_OK, LoadTypeLib((path_ + L"\\2").c_str(), library.put()));
   CComPtr<ITypeInfo> info;
-  ASSERT_EQ(library->GetTypeInfoOfGuid(korlib::iid_of<IRequestDictionary>, info.put()), S_OK);
+  ASSERT_EQ(S_OK, library->GetTypeInfoOfGuid(korlib::iid_of<IRequestDictionary>, info.put()));
   wchar_t item[] = L"iTEM";
   wchar_t* name = item;
   MEMBERID id = 99;
-  EXPECT_EQ(info->GetIDsOfNames(&name, 1, &id), S_OK);
-  EXPECT_EQ(id, 2);
+  EXPECT_EQ(S_OK, info->GetIDsOfNames(&name, 1, &id));
+  EXPECT_EQ(2, id);
   wchar_t none[] = L"None";
   name = none;
-  EXPECT_EQ(info->GetIDsOfNames(&name, 1, &id), DISP_E_UNKNOWNNAME);
+  EXPECT_EQ(DISP_E_UNKNOWNNAME, info->GetIDsOfNames(&name, 1, &id));
 }
 
 TEST(ModuleFileName, IsThePathOfAModuleAndOfTheProgram) {
   const test::Module module;
   wchar_t buffer[MAX_PATH];
   const DWORD length = GetModuleFileNameW(module.handle(), buffer, MAX_PATH);
-  EXPECT_EQ(std::wstring(buffer), zelto::to_wide(MIRT_MODULE_PATH));
-  EXPECT_EQ(length, std::wstring(buffer).size());
+  EXPECT_EQ(zelto::to_wide(MIRT_MODULE_PATH), std::wstring(buffer));
+  EXPECT_EQ(std::wstring(buffer).size(), length);
   EXPECT_GT(GetModuleFileNameW(nullptr, buffer, MAX_PATH), 0u);
-  EXPECT_NE(std::wstring(buffer).find(L"test_zelto_platform"), std::wstring::npos);
+  EXPECT_NE(std::wstring::npos, std::wstring(buffer).find(L"test_zelto_platform"));
 }
 
 TEST(ModuleFileName, IsEmptyWhenItDoesNotFitOrIsNone) {
   const test::Module module;
   wchar_t buffer[4] = L"xxx";
-  EXPECT_EQ(GetModuleFileNameW(module.handle(), buffer, 4), 0u);
-  EXPECT_STREQ(buffer, L"");
+  EXPECT_EQ(0u, GetModuleFileNameW(module.handle(), buffer, 4));
+  EXPECT_STREQ(L"", buffer);
   int no_module = 0;
-  EXPECT_EQ(GetModuleFileNameW(&no_module, buffer, 4), 0u);
+  EXPECT_EQ(0u, GetModuleFileNameW(&no_module, buffer, 4));
 }
 
 }  // namespace

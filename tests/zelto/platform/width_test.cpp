@@ -13,8 +13,8 @@ std::wstring map(unsigned int flags, const std::wstring& text) {
   const int length = static_cast<int>(text.size());
   const int size = LCMapStringW(0x110000, flags, text.data(), length, nullptr, 0);
   std::wstring mapped(static_cast<std::size_t>(size) + 1, L'#');
-  EXPECT_EQ(LCMapStringW(0x110000, flags, text.data(), length, mapped.data(), size), size);
-  EXPECT_EQ(mapped.back(), L'#') << "written behind the buffer";
+  EXPECT_EQ(size, LCMapStringW(0x110000, flags, text.data(), length, mapped.data(), size));
+  EXPECT_EQ(L'#', mapped.back()) << "written behind the buffer";
   mapped.pop_back();
   return mapped;
 }
@@ -70,27 +70,27 @@ TEST(Width, KnowsTheFormsOfUnicodeAndNoOthers) {
   std::map<wchar_t, wchar_t> to_half;
   add(kWide, to_full, to_half);
   add(kNarrow, to_half, to_full);
-  ASSERT_EQ(to_full.size(), 104u + 122u);
-  ASSERT_EQ(to_half.size(), 104u + 122u);
+  ASSERT_EQ(104u + 122u, to_full.size());
+  ASSERT_EQ(104u + 122u, to_half.size());
   for (wchar_t c = 0; c < 0x20000; ++c) {
     const std::wstring one(1, c);
     const auto wide = to_full.find(c);
-    ASSERT_EQ(full(one), std::wstring(1, wide == to_full.end() ? c : wide->second)) << static_cast<int>(c);
+    ASSERT_EQ(std::wstring(1, wide == to_full.end() ? c : wide->second), full(one)) << static_cast<int>(c);
     const auto narrow = to_half.find(c);
     const std::wstring halved = half(one);
     // Voiced kana become two characters; they have a test of their own.
     if (halved.size() == 1) {
-      ASSERT_EQ(halved, std::wstring(1, narrow == to_half.end() ? c : narrow->second)) << static_cast<int>(c);
+      ASSERT_EQ(std::wstring(1, narrow == to_half.end() ? c : narrow->second), halved) << static_cast<int>(c);
     }
   }
 }
 
 TEST(Width, EveryFormComesBack) {
   for (const Stretch& run : kWide) {
-    EXPECT_EQ(half(full(run.ordinary)), run.ordinary);
+    EXPECT_EQ(run.ordinary, half(full(run.ordinary)));
   }
   for (const Stretch& run : kNarrow) {
-    EXPECT_EQ(full(half(run.ordinary)), run.ordinary);
+    EXPECT_EQ(run.ordinary, full(half(run.ordinary)));
   }
 }
 
@@ -100,18 +100,18 @@ TEST(Width, VoicedMarksJoinTheirKanaAndPartFromThem) {
   const std::wstring unvoiced = L"カキクケコサシスセソタチツテトハヒフヘホウワヲ";
   const std::wstring semi_voiced = L"パピプペポ";
   const std::wstring semi_unvoiced = L"ハヒフヘホ";
-  ASSERT_EQ(voiced.size(), unvoiced.size());
+  ASSERT_EQ(unvoiced.size(), voiced.size());
   const auto expect_pairs = [](const std::wstring& marked, const std::wstring& plain, wchar_t mark) {
     std::wstring halves;
     for (std::size_t i = 0; i < marked.size(); ++i) {
       const std::wstring pair = half(plain.substr(i, 1)) + mark;
-      EXPECT_EQ(half(marked.substr(i, 1)), pair);
-      EXPECT_EQ(full(pair), marked.substr(i, 1));
-      EXPECT_EQ(full(plain.substr(i, 1) + mark), marked.substr(i, 1));  // the kana is wide already
+      EXPECT_EQ(pair, half(marked.substr(i, 1)));
+      EXPECT_EQ(marked.substr(i, 1), full(pair));
+      EXPECT_EQ(marked.substr(i, 1), full(plain.substr(i, 1) + mark));  // the kana is wide already
       halves += pair;
     }
-    EXPECT_EQ(half(marked), halves);
-    EXPECT_EQ(full(halves), marked);
+    EXPECT_EQ(halves, half(marked));
+    EXPECT_EQ(marked, full(halves));
   };
   expect_pairs(voiced, unvoiced, 0xFF9E);
   expect_pairs(semi_voiced, semi_unvoiced, 0xFF9F);
@@ -121,18 +121,18 @@ TEST(Width, OnlyVoicedKanaBecomeLonger) {
   const std::wstring longer = L"ガギグゲゴザジズゼゾダヂヅデドバビブベボヴヷヺパピプペポ";
   for (wchar_t c = 1; c < 0x20000; ++c) {
     const std::size_t expected = longer.find(c) == std::wstring::npos ? 1 : 2;
-    ASSERT_EQ(LCMapStringW(0, LCMAP_HALFWIDTH, &c, 1, nullptr, 0), static_cast<int>(expected)) << static_cast<int>(c);
+    ASSERT_EQ(static_cast<int>(expected), LCMapStringW(0, LCMAP_HALFWIDTH, &c, 1, nullptr, 0)) << static_cast<int>(c);
   }
 }
 
 TEST(Width, MarksWithoutAVoicedKanaStandAlone) {
-  EXPECT_EQ(full(L"\uFF9E"), L"\u3099");
-  EXPECT_EQ(full(L"\uFF71\uFF9E"), L"\u30A2\u3099");        // a vowel is not voiced
-  EXPECT_EQ(full(L"\uFF76\uFF9F"), L"\u30AB\u309A");        // ka is not semi-voiced
-  EXPECT_EQ(full(L"\uFF76\uFF9E\uFF9E"), L"\u30AC\u3099");  // one mark is enough
-  EXPECT_EQ(full(L"\uFF76 \uFF9E"), L"\u30AB\u3000\u3099");
-  EXPECT_EQ(half(L"\u30A2\u3099"), L"\uFF71\uFF9E");
-  EXPECT_EQ(half(full(L"\uFF71\uFF9E")), L"\uFF71\uFF9E");
+  EXPECT_EQ(L"\u3099", full(L"\uFF9E"));
+  EXPECT_EQ(L"\u30A2\u3099", full(L"\uFF71\uFF9E"));        // a vowel is not voiced
+  EXPECT_EQ(L"\u30AB\u309A", full(L"\uFF76\uFF9F"));        // ka is not semi-voiced
+  EXPECT_EQ(L"\u30AC\u3099", full(L"\uFF76\uFF9E\uFF9E"));  // one mark is enough
+  EXPECT_EQ(L"\u30AB\u3000\u3099", full(L"\uFF76 \uFF9E"));
+  EXPECT_EQ(L"\uFF71\uFF9E", half(L"\u30A2\u3099"));
+  EXPECT_EQ(L"\uFF71\uFF9E", half(full(L"\uFF71\uFF9E")));
 }
 
 TEST(Width, TextWithoutEitherFormStaysAsItIs) {
@@ -144,8 +144,8 @@ TEST(Width, TextWithoutEitherFormStaysAsItIs) {
            std::wstring{static_cast<wchar_t>(0xD800), 0x110000, 0x7FFFFFFF, static_cast<wchar_t>(0xFFFFFFFFu)},
            std::wstring(),
        }) {
-    EXPECT_EQ(full(text), text);
-    EXPECT_EQ(half(text), text);
+    EXPECT_EQ(text, full(text));
+    EXPECT_EQ(text, half(text));
   }
 }
 
@@ -161,28 +161,28 @@ TEST(Width, MapsMixedTextBothWays) {
       {L"ﾡￂﾤ", L"ㄱㅏㄴ"},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(full(row.half), row.full);
-    EXPECT_EQ(map(LCMAP_FULLWIDTH, row.half), row.full);
-    EXPECT_EQ(half(row.full), row.half);
-    EXPECT_EQ(half(row.half), row.half);
-    EXPECT_EQ(full(row.full), row.full);
+    EXPECT_EQ(row.full, full(row.half));
+    EXPECT_EQ(row.full, map(LCMAP_FULLWIDTH, row.half));
+    EXPECT_EQ(row.half, half(row.full));
+    EXPECT_EQ(row.half, half(row.half));
+    EXPECT_EQ(row.full, full(row.full));
   }
 }
 
 TEST(Width, CountsUpToTheNulForANegativeLength) {
-  EXPECT_EQ(LCMapStringW(0, LCMAP_FULLWIDTH, L"ab\0c", -1, nullptr, 0), 2);
+  EXPECT_EQ(2, LCMapStringW(0, LCMAP_FULLWIDTH, L"ab\0c", -1, nullptr, 0));
 }
 
 TEST(Width, RefusesABufferThatIsTooSmall) {
   wchar_t buffer[2] = {L'#', L'#'};
-  EXPECT_EQ(LCMapStringW(0, LCMAP_HALFWIDTH, L"\u30AC", 1, buffer, 1), 0);  // becomes two characters
-  EXPECT_EQ(buffer[1], L'#');
-  EXPECT_EQ(LCMapStringW(0, LCMAP_FULLWIDTH, L"\uFF76\uFF9E", 2, buffer, 1), 1);
+  EXPECT_EQ(0, LCMapStringW(0, LCMAP_HALFWIDTH, L"\u30AC", 1, buffer, 1));  // becomes two characters
+  EXPECT_EQ(L'#', buffer[1]);
+  EXPECT_EQ(1, LCMapStringW(0, LCMAP_FULLWIDTH, L"\uFF76\uFF9E", 2, buffer, 1));
 }
 
 TEST(Width, RefusesWhatItCannotDo) {
-  EXPECT_EQ(LCMapStringW(0, LCMAP_FULLWIDTH, nullptr, 1, nullptr, 0), 0);
-  EXPECT_EQ(LCMapStringW(0, 0x100, L"a", 1, nullptr, 0), 0);
+  EXPECT_EQ(0, LCMapStringW(0, LCMAP_FULLWIDTH, nullptr, 1, nullptr, 0));
+  EXPECT_EQ(0, LCMapStringW(0, 0x100, L"a", 1, nullptr, 0));
 }
 
 }  // namespace

@@ -101,31 +101,31 @@ TEST_F(Calls, SayWhatTheScriptWants) {
   };
   for (const auto& row : rows) {
     const Recorder::Call call = call_of(row.script);
-    EXPECT_EQ(call.id, row.id) << narrow(row.script);
-    EXPECT_EQ(call.flags, row.flags) << narrow(row.script);
-    EXPECT_EQ(call.puts, (row.flags & kPut) != 0) << narrow(row.script);
+    EXPECT_EQ(row.id, call.id) << narrow(row.script);
+    EXPECT_EQ(row.flags, call.flags) << narrow(row.script);
+    EXPECT_EQ((row.flags & kPut) != 0, call.puts) << narrow(row.script);
     std::vector<VARTYPE> types;
     for (const CComVariant& argument : call.arguments) {
       types.push_back(argument.vt);
       EXPECT_TRUE(argument.vt != VT_ERROR || argument.scode == DISP_E_PARAMNOTFOUND) << narrow(row.script);
     }
-    EXPECT_EQ(types, row.arguments) << narrow(row.script);
+    EXPECT_EQ(row.arguments, types) << narrow(row.script);
   }
 }
 
 TEST_F(Calls, HandOverBooleansAsTheTwoThatThereAre) {
-  EXPECT_EQ(call_of(L"r.Method(true)").arguments[0].boolVal, VARIANT_TRUE);
-  EXPECT_EQ(call_of(L"r.Method(false)").arguments[0].boolVal, VARIANT_FALSE);
+  EXPECT_EQ(VARIANT_TRUE, call_of(L"r.Method(true)").arguments[0].boolVal);
+  EXPECT_EQ(VARIANT_FALSE, call_of(L"r.Method(false)").arguments[0].boolVal);
   EXPECT_EQ(static_cast<unsigned short>(VARIANT_TRUE), 0xFFFF);
 }
 
 TEST_F(Calls, CompoundAssignmentsReadAndPut) {
   recorder.answer = CComVariant(LONG{5});
   const Recorder::Call call = call_of(L"r('a') += 2");
-  EXPECT_EQ(recorder.calls.size(), 2U);
-  EXPECT_EQ(recorder.calls[0].flags, kCall);
-  EXPECT_EQ(call.flags, kPut);
-  EXPECT_EQ(call.arguments[1].lVal, 7);
+  EXPECT_EQ(2U, recorder.calls.size());
+  EXPECT_EQ(kCall, recorder.calls[0].flags);
+  EXPECT_EQ(kPut, call.flags);
+  EXPECT_EQ(7, call.arguments[1].lVal);
 }
 
 TEST_F(Calls, FailWithTheWordsOfTheExceptionInfo) {
@@ -135,16 +135,16 @@ TEST_F(Calls, FailWithTheWordsOfTheExceptionInfo) {
   info.scode = E_ABORT;
   recorder.exception = &info;
   recorder.answer_code = DISP_E_EXCEPTION;
-  EXPECT_EQ(text(L"(() => { try { r.Value } catch (e) { return [e.message, e.source, e.number] } })()"),
-            "Steam is out,Engine room,-2147467260");
+  EXPECT_EQ("Steam is out,Engine room,-2147467260",
+            text(L"(() => { try { r.Value } catch (e) { return [e.message, e.source, e.number] } })()"));
   EXCEPINFO deferred{};
   deferred.pfnDeferredFillIn = [](EXCEPINFO* late) -> HRESULT {
     late->bstrDescription = korlib::new_bstr(L"On second thought");
     return S_OK;
   };
   recorder.exception = &deferred;
-  EXPECT_EQ(error_of(L"r.Value = 1"), "Error: On second thought at /site/page.asp:1");
-  EXPECT_EQ(error_of(L"r.Value"), "Error: Exception occurred: 'Value' (0x80020009) at /site/page.asp:1");
+  EXPECT_EQ("Error: On second thought at /site/page.asp:1", error_of(L"r.Value = 1"));
+  EXPECT_EQ("Error: Exception occurred: 'Value' (0x80020009) at /site/page.asp:1", error_of(L"r.Value"));
 }
 
 }  // namespace

@@ -46,9 +46,8 @@ class Collector : public ScriptTest {
     }
     DISPPARAMS params{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
     CComVariant result;
-    EXPECT_EQ(probe->kept.pdispVal->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &params,
-                                           &result, nullptr, nullptr),
-              S_OK);
+    EXPECT_EQ(S_OK, probe->kept.pdispVal->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD,
+                                                 &params, &result, nullptr, nullptr));
     return result.vt == VT_BSTR ? narrow(korlib::view_of(result.bstrVal)) : "no text";
   }
 
@@ -63,7 +62,7 @@ TEST_F(Collector, LeavesTheArgumentsOfACallAlone) {
   for (const std::size_t count : {1U, 4U, 5U, 40U}) {
     std::string expected;
     for (std::size_t i = 0; i < count; ++i) expected += (i ? "," : "") + narrow(word(i));
-    EXPECT_EQ(call_with(count, [](std::size_t i) { return CComVariant(word(i)); }), expected);
+    EXPECT_EQ(expected, call_with(count, [](std::size_t i) { return CComVariant(word(i)); }));
   }
 }
 

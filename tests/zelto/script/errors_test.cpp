@@ -8,12 +8,12 @@ using Errors = ScriptTest;
 using zelto::script::Outcome;
 
 TEST_F(Errors, OfObjectsHaveTheirWordsSourceAndNumber) {
-  EXPECT_EQ(text(L"(() => { try { o.Fail(-2147467259, 'it broke') } catch (e) { return [e instanceof Error, e.message, "
-                 L"e.source, e.number] } })()"),
-            "true,it broke,Probe,-2147467259");
-  EXPECT_EQ(error_of(L"\n\n  o.Fail(-2147467259, 'it broke')"), "Probe: it broke at /site/page.asp:3");
+  EXPECT_EQ("true,it broke,Probe,-2147467259",
+            text(L"(() => { try { o.Fail(-2147467259, 'it broke') } catch (e) { return [e instanceof Error, e.message, "
+                 L"e.source, e.number] } })()"));
+  EXPECT_EQ("Probe: it broke at /site/page.asp:3", error_of(L"\n\n  o.Fail(-2147467259, 'it broke')"));
   const Outcome outcome = run(L"o.Fail(-2147467259, 'it broke')");
-  EXPECT_EQ(outcome.error->number, E_FAIL);
+  EXPECT_EQ(E_FAIL, outcome.error->number);
 }
 
 TEST_F(Errors, WithoutWordsNameMemberAndCode) {
@@ -30,12 +30,12 @@ TEST_F(Errors, WithoutWordsNameMemberAndCode) {
       {L"o.Inner = 1",
        "Error: Object doesn't support this property or method: 'Inner' (0x80020003) at /site/page.asp:1"},
   };
-  for (const auto& row : rows) EXPECT_EQ(error_of(row.script), row.said);
+  for (const auto& row : rows) EXPECT_EQ(row.said, error_of(row.script));
 }
 
 TEST_F(Errors, DoNotInheritTheWordsOfAnEarlierOne) {
   must_run(L"try { o.Fail(-2147467259, 'first') } catch (e) {}");
-  EXPECT_EQ(error_of(L"o.Fail(-2147467259)"), "Error: Unspecified error: 'Fail' (0x80004005) at /site/page.asp:1");
+  EXPECT_EQ("Error: Unspecified error: 'Fail' (0x80004005) at /site/page.asp:1", error_of(L"o.Fail(-2147467259)"));
 }
 
 TEST_F(Errors, AreNotToldInWordsThatAComponentWentOnFrom) {
@@ -45,34 +45,34 @@ TEST_F(Errors, AreNotToldInWordsThatAComponentWentOnFrom) {
     CComPtr<IDispatch> script;
     script.attach(realm->global());
     CComVariant result;
-    EXPECT_EQ(probe->CallMember(script.get(), CComBSTR(L"again"), &result), S_OK);
+    EXPECT_EQ(S_OK, probe->CallMember(script.get(), CComBSTR(L"again"), &result));
     return E_FAIL;
   };
-  EXPECT_EQ(error_of(L"o.Act()"), "Error: Unspecified error: 'Act' (0x80004005) at /site/page.asp:1");
+  EXPECT_EQ("Error: Unspecified error: 'Act' (0x80004005) at /site/page.asp:1", error_of(L"o.Act()"));
 }
 
 TEST_F(Errors, NameAnUnknownNameOfTheirOwnCallOnly) {
-  EXPECT_EQ(error_of(L"o.CallMember({}, 'zip')"),
-            "Error: The script does not declare 'zip': 'CallMember' (0x80020006) at /site/page.asp:1");
-  EXPECT_EQ(error_of(L"o.Fail(-2147352570)"),
-            "Error: Object doesn't support this property or method: 'Fail' (0x80020006) at /site/page.asp:1");
+  EXPECT_EQ("Error: The script does not declare 'zip': 'CallMember' (0x80020006) at /site/page.asp:1",
+            error_of(L"o.CallMember({}, 'zip')"));
+  EXPECT_EQ("Error: Object doesn't support this property or method: 'Fail' (0x80020006) at /site/page.asp:1",
+            error_of(L"o.Fail(-2147352570)"));
 }
 
 TEST_F(Errors, KeepTheirNumberOnTheWayOutOfAScriptFunction) {
-  EXPECT_EQ(text(L"(() => { try { o.Call(() => o.Fail(-2147352571, 'inner'), 1) } "
-                 L"catch (e) { return [e.number, e.source, e.message, e.cause.number] } })()"),
-            "-2147352571,Probe,inner,-2147352571");
+  EXPECT_EQ("-2147352571,Probe,inner,-2147352571",
+            text(L"(() => { try { o.Call(() => o.Fail(-2147352571, 'inner'), 1) } "
+                 L"catch (e) { return [e.number, e.source, e.message, e.cause.number] } })()"));
   const Outcome outcome = run(L"o.Call(() => o.Fail(-2147352571, 'inner'), 1)");
-  EXPECT_EQ(outcome.error->number, DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(DISP_E_TYPEMISMATCH, outcome.error->number);
   // E_FAIL with other words is a failure of the component's own.
   probe->action = [this] {
     CComVariant result;
-    EXPECT_EQ(probe->Call(probe->kept.pdispVal, VARIANT{}, &result), E_FAIL);
+    EXPECT_EQ(E_FAIL, probe->Call(probe->kept.pdispVal, VARIANT{}, &result));
     return korlib::raise(E_FAIL, L"Probe", L"outer");
   };
   must_run(L"o.Keep(() => { throw new Error('inner') })");
-  EXPECT_EQ(text(L"(() => { try { o.Act() } catch (e) { return [e.message, e.source, e.cause.message] } })()"),
-            "outer,Probe,inner");
+  EXPECT_EQ("outer,Probe,inner",
+            text(L"(() => { try { o.Act() } catch (e) { return [e.message, e.source, e.cause.message] } })()"));
 }
 
 TEST_F(Errors, OfTheScriptHaveTheirPlace) {
@@ -92,7 +92,7 @@ TEST_F(Errors, OfTheScriptHaveTheirPlace) {
   };
   for (const auto& row : rows) {
     const std::string said = error_of(row.script);
-    EXPECT_EQ(said, row.said);
+    EXPECT_EQ(row.said, said);
   }
 }
 
@@ -101,28 +101,27 @@ TEST_F(Errors, ThatTravelThroughComponentsKeepTheFirstAsCause) {
       L"function inner() {\n  throw new TypeError('deep')\n}\n"
       L"var said; try { o.Call(inner, 1) } catch (e) { said = [e.message, e.cause === undefined, e.cause instanceof "
       L"TypeError, e.cause.line, e.number] }");
-  EXPECT_EQ(text(L"said"), "deep,false,true,2,-2147467259");
-  EXPECT_EQ(error_of(L"function inner() {\n  throw new TypeError('deep')\n}\n\no.Call(inner, 1)"),
-            "TypeError: deep at /site/page.asp:2");
+  EXPECT_EQ("deep,false,true,2,-2147467259", text(L"said"));
+  EXPECT_EQ("TypeError: deep at /site/page.asp:2",
+            error_of(L"function inner() {\n  throw new TypeError('deep')\n}\n\no.Call(inner, 1)"));
   // What was thrown need be no Error to keep its place.
-  EXPECT_EQ(error_of(L"function inner() {\n  throw 'text'\n}\n\no.Call(inner, 1)"), "Error: text at /site/page.asp:2");
-  EXPECT_EQ(text(L"(() => { try { o.Call(() => { throw 5 }, 1) } catch (e) { return [e.message, e.cause] } })()"),
-            "5,5");
+  EXPECT_EQ("Error: text at /site/page.asp:2", error_of(L"function inner() {\n  throw 'text'\n}\n\no.Call(inner, 1)"));
+  EXPECT_EQ("5,5",
+            text(L"(() => { try { o.Call(() => { throw 5 }, 1) } catch (e) { return [e.message, e.cause] } })()"));
   // Each component on the way adds one link.
-  EXPECT_EQ(
-      text(
-          L"(() => { function a() { throw new RangeError('far') } function b() { o.Call(a, 1) }\n"
-          L"try { o.Call(b, 1) } catch (e) { return [e.cause.message, e.cause.cause.name, e.cause.cause.cause] } })()"),
-      "far,RangeError,");
+  EXPECT_EQ("far,RangeError,",
+            text(L"(() => { function a() { throw new RangeError('far') } function b() { o.Call(a, 1) }\n"
+                 L"try { o.Call(b, 1) } catch (e) { return [e.cause.message, e.cause.cause.name, e.cause.cause.cause] "
+                 L"} })()"));
   // A cause belongs to one failure, not to the next.
-  EXPECT_EQ(text(L"(() => { try { o.Call(inner, 1) } catch (e) {} try { o.Keep() } catch (e) { return e.cause } })()"),
-            "undefined");
+  EXPECT_EQ("undefined",
+            text(L"(() => { try { o.Call(inner, 1) } catch (e) {} try { o.Keep() } catch (e) { return e.cause } })()"));
 }
 
 TEST_F(Errors, AreRaisedByTheHelpersOfOlderPages) {
-  EXPECT_EQ(error_of(L"new VBArray({})"), "TypeError: VBArray expected at /site/page.asp:1");
-  EXPECT_EQ(error_of(L"new VBArray([1]).getItem(1)"), "RangeError: Subscript out of range at /site/page.asp:1");
-  EXPECT_EQ(error_of(L"new Enumerator(p.Inner = 1)").substr(0, 6), "Error:");
+  EXPECT_EQ("TypeError: VBArray expected at /site/page.asp:1", error_of(L"new VBArray({})"));
+  EXPECT_EQ("RangeError: Subscript out of range at /site/page.asp:1", error_of(L"new VBArray([1]).getItem(1)"));
+  EXPECT_EQ("Error:", error_of(L"new Enumerator(p.Inner = 1)").substr(0, 6));
 }
 
 }  // namespace

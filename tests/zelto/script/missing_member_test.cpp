@@ -13,20 +13,20 @@ using zelto::script::Outcome;
 
 // Letters changed, added, left out, exchanged with a neighbour.
 TEST(NameDistance, CountsSlipsOfThePen) {
-  EXPECT_EQ(name_distance(L"MoveNext", L"movenext"), 0U);
-  EXPECT_EQ(name_distance(L"MoveNext", L"MoveNex"), 1U);
-  EXPECT_EQ(name_distance(L"MoveNext", L"MoveNxet"), 1U);
-  EXPECT_EQ(name_distance(L"Write", L"Wriite"), 1U);
-  EXPECT_EQ(name_distance(L"kitten", L"sitting"), 3U);
-  EXPECT_EQ(name_distance(L"", L"abc"), 3U);
+  EXPECT_EQ(0U, name_distance(L"MoveNext", L"movenext"));
+  EXPECT_EQ(1U, name_distance(L"MoveNext", L"MoveNex"));
+  EXPECT_EQ(1U, name_distance(L"MoveNext", L"MoveNxet"));
+  EXPECT_EQ(1U, name_distance(L"Write", L"Wriite"));
+  EXPECT_EQ(3U, name_distance(L"kitten", L"sitting"));
+  EXPECT_EQ(3U, name_distance(L"", L"abc"));
 }
 
 TEST_F(MissingMember, IsUndefinedWhenItIsRead) {
-  EXPECT_EQ(text(L"[typeof o.Nothing, o.Nothing === undefined, o.Nothing ? 1 : 2, 'Nothing' in o, 'Name' in o]"),
-            "undefined,true,2,false,true");
+  EXPECT_EQ("undefined,true,2,false,true",
+            text(L"[typeof o.Nothing, o.Nothing === undefined, o.Nothing ? 1 : 2, 'Nothing' in o, 'Name' in o]"));
   must_run(L"Object.prototype.shared = 7");
-  EXPECT_EQ(text(L"o.shared"), "7");
-  EXPECT_EQ(text(L"(function () { with (o) { var outer = 5; return outer + Name } })()"), "5probe");
+  EXPECT_EQ("7", text(L"o.shared"));
+  EXPECT_EQ("5probe", text(L"(function () { with (o) { var outer = 5; return outer + Name } })()"));
 }
 
 TEST_F(MissingMember, IsAnErrorWhenItIsCalledOrSet) {
@@ -34,52 +34,55 @@ TEST_F(MissingMember, IsAnErrorWhenItIsCalledOrSet) {
   for (const wchar_t* use : {L"o.Nane(1)", L"o.Nane()", L"o.Nane = 1", L"o.Nane;", L"o.Nane += 1", L"o.Nane('a') = 1",
                              L"o.Nane.length", L"o.Nane[0]", L"o.Nane(o.Name, o('k'))", L"o.Nane.trim()"}) {
     const Outcome outcome = run(use);
-    ASSERT_EQ(outcome.kind, Outcome::failed) << narrow(use);
-    EXPECT_EQ(narrow(outcome.error->message), said) << narrow(use);
-    EXPECT_EQ(outcome.error->number, DISP_E_UNKNOWNNAME) << narrow(use);
-    EXPECT_EQ(outcome.error->line, 1) << narrow(use);
-    EXPECT_EQ(text(L"(function () { try { " + std::wstring(use) +
-                   L" } catch (e) { return [e.message, e.description, e.number] } })()"),
-              said + "," + said + ",-2147352570")
+    ASSERT_EQ(Outcome::failed, outcome.kind) << narrow(use);
+    EXPECT_EQ(said, narrow(outcome.error->message)) << narrow(use);
+    EXPECT_EQ(DISP_E_UNKNOWNNAME, outcome.error->number) << narrow(use);
+    EXPECT_EQ(1, outcome.error->line) << narrow(use);
+    EXPECT_EQ(said + "," + said + ",-2147352570",
+              text(L"(function () { try { " + std::wstring(use) +
+                   L" } catch (e) { return [e.message, e.description, e.number] } })()"))
         << narrow(use);
-    EXPECT_EQ(text(L"(function () { try { o.Call(function () { " + std::wstring(use) +
-                   L" }, 1) } catch (e) { return [e.message, e.number] } })()"),
-              said + ",-2147352570")
+    EXPECT_EQ(said + ",-2147352570", text(L"(function () { try { o.Call(function () { " + std::wstring(use) +
+                                          L" }, 1) } catch (e) { return [e.message, e.number] } })()"))
         << narrow(use);
   }
-  EXPECT_EQ(error_of(L"o.Elsewhere = 1"),
-            "Error: Object doesn't support this property or method: 'Elsewhere' (0x80020006) at /site/page.asp:1");
+  EXPECT_EQ("Error: Object doesn't support this property or method: 'Elsewhere' (0x80020006) at /site/page.asp:1",
+            error_of(L"o.Elsewhere = 1"));
 }
 
 TEST_F(MissingMember, IsNotBlamedForWhatItDidNotDo) {
   must_run(L"var found = o.Missing");
   must_run(L"var plain = {}");
-  EXPECT_EQ(error_of(L"o.Missing ? 1 : plain.other()"),
-            "TypeError: plain.other is not a function. (In 'plain.other()', 'plain.other' is undefined) at "
-            "/site/page.asp:1");
+  EXPECT_EQ(
+      "TypeError: plain.other is not a function. (In 'plain.other()', 'plain.other' is undefined) at "
+      "/site/page.asp:1",
+      error_of(L"o.Missing ? 1 : plain.other()"));
   must_run(L"if (o.Missing) 1; o.Close(); plain.nothing;");
-  EXPECT_EQ(error_of(L"plain.Missing_too()"),
-            "TypeError: plain.Missing_too is not a function. (In 'plain.Missing_too()', 'plain.Missing_too' is "
-            "undefined) at /site/page.asp:1");
+  EXPECT_EQ(
+      "TypeError: plain.Missing_too is not a function. (In 'plain.Missing_too()', 'plain.Missing_too' is "
+      "undefined) at /site/page.asp:1",
+      error_of(L"plain.Missing_too()"));
 }
 
 TEST_F(MissingMember, OfAClassWithTypeInformationIsToldWithItsKind) {
   must_run(L"var d = new ActiveXObject('Scripting.Dictionary')");
-  EXPECT_EQ(error_of(L"d.RemovAll()"),
-            "Error: Object doesn't support this property or method: 'Dictionary.RemovAll', did you mean 'RemoveAll'? "
-            "(0x80020006) at /site/page.asp:1");
+  EXPECT_EQ(
+      "Error: Object doesn't support this property or method: 'Dictionary.RemovAll', did you mean 'RemoveAll'? "
+      "(0x80020006) at /site/page.asp:1",
+      error_of(L"d.RemovAll()"));
 }
 
 TEST_F(MissingMember, OfAPropertyCalledWithoutArgumentsIsItsValue) {
-  EXPECT_EQ(text(L"o.Name() + o.NAME() + o.name() + o.ReadText()"), "probeprobeprobeeverything");
+  EXPECT_EQ("probeprobeprobeeverything", text(L"o.Name() + o.NAME() + o.name() + o.ReadText()"));
   must_run(L"var plain = { Up() { return this.x }, x: 5, count: 3 }; o.Close()");
-  EXPECT_EQ(text(L"plain.Up()"), "5");
-  EXPECT_EQ(probe->closed, 1);
-  EXPECT_EQ(error_of(L"plain.count()"),
-            "TypeError: plain.count is not a function. (In 'plain.count()', 'plain.count' is 3) at "
-            "/site/page.asp:1");
-  EXPECT_EQ(error_of(L"\nvar none; none.Up()"),
-            "TypeError: undefined is not an object (evaluating 'none.Up') at /site/page.asp:2");
+  EXPECT_EQ("5", text(L"plain.Up()"));
+  EXPECT_EQ(1, probe->closed);
+  EXPECT_EQ(
+      "TypeError: plain.count is not a function. (In 'plain.count()', 'plain.count' is 3) at "
+      "/site/page.asp:1",
+      error_of(L"plain.count()"));
+  EXPECT_EQ("TypeError: undefined is not an object (evaluating 'none.Up') at /site/page.asp:2",
+            error_of(L"\nvar none; none.Up()"));
 }
 
 TEST_F(MissingMember, LeavesNoWordOfTheHostInMessages) {
@@ -97,15 +100,15 @@ TEST_F(MissingMember, LeavesNoWordOfTheHostInMessages) {
   };
   for (const auto& row : rows) {
     const Outcome outcome = run(row.script);
-    ASSERT_EQ(outcome.kind, Outcome::failed) << narrow(row.script);
-    EXPECT_EQ(narrow(outcome.error->message), row.message);
-    EXPECT_EQ(text(L"(function () { try { " + std::wstring(row.script) + L" } catch (e) { return e.message } })()"),
-              row.message);
+    ASSERT_EQ(Outcome::failed, outcome.kind) << narrow(row.script);
+    EXPECT_EQ(row.message, narrow(outcome.error->message));
+    EXPECT_EQ(row.message,
+              text(L"(function () { try { " + std::wstring(row.script) + L" } catch (e) { return e.message } })()"));
   }
-  EXPECT_EQ(narrow(zelto::script::as_written(L"$zelto.at(a.b,c(1),d).v is 1; $zelto_call(a ,  \"B\" /* c */  )")),
-            "a.b(c(1),d) is 1; a.B()");
-  EXPECT_EQ(narrow(zelto::script::as_written(L"$zelto_call($zelto_call(a.b, \"C\", \"a.b\"), \"D\")")), "a.b.C().D()");
-  EXPECT_EQ(narrow(zelto::script::as_written(L"cut in '$zelto_call(a, \"B")), "cut in '$zelto_call(a, \"B");
+  EXPECT_EQ("a.b(c(1),d) is 1; a.B()",
+            narrow(zelto::script::as_written(L"$zelto.at(a.b,c(1),d).v is 1; $zelto_call(a ,  \"B\" /* c */  )")));
+  EXPECT_EQ("a.b.C().D()", narrow(zelto::script::as_written(L"$zelto_call($zelto_call(a.b, \"C\", \"a.b\"), \"D\")")));
+  EXPECT_EQ("cut in '$zelto_call(a, \"B", narrow(zelto::script::as_written(L"cut in '$zelto_call(a, \"B")));
 }
 
 TEST_F(MissingMember, HasTheNumbersOfTheOlderDialectWhenCaught) {
@@ -133,50 +136,48 @@ TEST_F(MissingMember, HasTheNumbersOfTheOlderDialectWhenCaught) {
       {L"encodeURIComponent('\\ud800')", "5024"},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(text(L"(function () { try { " + std::wstring(row.script) +
+    EXPECT_EQ(std::string(row.number) + ",800a,true",
+              text(L"(function () { try { " + std::wstring(row.script) +
                    L" } catch (e) { return [e.number & 0xFFFF, (e.number >>> 16).toString(16), "
-                   L"e.description === e.message] } })()"),
-              std::string(row.number) + ",800a,true")
+                   L"e.description === e.message] } })()"))
         << narrow(row.script);
   }
-  EXPECT_EQ(text(L"(function () { try { throw new Error('own') } catch (e) { return e.number } })()"), "undefined");
+  EXPECT_EQ("undefined", text(L"(function () { try { throw new Error('own') } catch (e) { return e.number } })()"));
 }
 
 TEST_F(MissingMember, OfTheEngineKeepsItsNumberOnTheWayOut) {
-  EXPECT_EQ(text(L"(function () { try { o.Call(function () { nowhere }, 1) } "
-                 L"catch (e) { return [e.number & 0xFFFF, e.cause.name] } })()"),
-            "5009,ReferenceError");
+  EXPECT_EQ("5009,ReferenceError", text(L"(function () { try { o.Call(function () { nowhere }, 1) } "
+                                        L"catch (e) { return [e.number & 0xFFFF, e.cause.name] } })()"));
   const Outcome outcome = run(L"nowhere");
-  EXPECT_EQ(outcome.error->number, korlib::hresult(0x800A1391));
-  EXPECT_EQ(run(L"try { nowhere } catch (e) { throw e }").error->number, outcome.error->number);
-  EXPECT_EQ(run(L"throw new Error('own')").error->number, E_FAIL);
+  EXPECT_EQ(korlib::hresult(0x800A1391), outcome.error->number);
+  EXPECT_EQ(outcome.error->number, run(L"try { nowhere } catch (e) { throw e }").error->number);
+  EXPECT_EQ(E_FAIL, run(L"throw new Error('own')").error->number);
 }
 
 TEST_F(MissingMember, CannotBeBroughtAboutByWhatAPageReplaces) {
   must_run(L"Reflect = null; JSON = null; Object = null; TypeError = null; Error = null; Array = null");
-  EXPECT_EQ(text(L"o.ReadText() + o.Name()"), "everythingprobe");
-  EXPECT_EQ(error_of(L"var none; none.Up()"),
-            "TypeError: undefined is not an object (evaluating 'none.Up') at /site/page.asp:1");
+  EXPECT_EQ("everythingprobe", text(L"o.ReadText() + o.Name()"));
+  EXPECT_EQ("TypeError: undefined is not an object (evaluating 'none.Up') at /site/page.asp:1",
+            error_of(L"var none; none.Up()"));
 }
 
 TEST_F(MissingMember, IsNoneWhereAnObjectIsCalledForNothing) {
   must_run(L"o('k') = 'v'; p.Hold(o)");
-  EXPECT_EQ(text(L"o()('k') + (o() === o)"), "vtrue");
+  EXPECT_EQ("vtrue", text(L"o()('k') + (o() === o)"));
   auto field = korlib::make<Field>();
   field->value = CComVariant(L"value");
   realm->set_object(L"field", field.get());
-  EXPECT_EQ(text(L"field()"), "value");
+  EXPECT_EQ("value", text(L"field()"));
 }
 
 TEST_F(MissingMember, LeavesErrorsTheirOwnNumberAndText) {
-  EXPECT_EQ(text(L"(function () { try { throw new Error(5, 'text') } catch (e) { return [e.number, e.message, "
-                 L"e.description, e instanceof Error, Object.keys(e)] } })()"),
-            "5,text,text,true,");
-  EXPECT_EQ(text(L"(function () { var e = new Error('m', { cause: 7 }); e.description = 'd'; "
-                 L"return [e.cause, e.number, e.message, e.description] })()"),
-            "7,,m,d");
-  EXPECT_EQ(error_of(L"\nthrow new Error(5, 'text')"), "Error: text at /site/page.asp:2");
-  EXPECT_EQ(text(L"(function () { class Own extends Error { }; return new Own(5, 'text').message })()"), "5");
+  EXPECT_EQ("5,text,text,true,",
+            text(L"(function () { try { throw new Error(5, 'text') } catch (e) { return [e.number, e.message, "
+                 L"e.description, e instanceof Error, Object.keys(e)] } })()"));
+  EXPECT_EQ("7,,m,d", text(L"(function () { var e = new Error('m', { cause: 7 }); e.description = 'd'; "
+                           L"return [e.cause, e.number, e.message, e.description] })()"));
+  EXPECT_EQ("Error: text at /site/page.asp:2", error_of(L"\nthrow new Error(5, 'text')"));
+  EXPECT_EQ("5", text(L"(function () { class Own extends Error { }; return new Own(5, 'text').message })()"));
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ TEST_F(RealmMemory, IsFreeOnceThePageHasEnded) {
   std::vector<JSWeakRef> globals;
   for (std::size_t i = 0; i < kPages; ++i) {
     zelto::script::RealmState page_realm(state);
-    EXPECT_EQ(page_realm.run(program).kind, zelto::script::Outcome::completed);
+    EXPECT_EQ(zelto::script::Outcome::completed, page_realm.run(program).kind);
     globals.push_back(JSWeakCreate(state.group(), page_realm.global_object()));
   }
   JSGlobalContextRef context = JSGlobalContextCreateInGroup(state.group(), nullptr);

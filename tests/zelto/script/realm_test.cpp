@@ -26,7 +26,7 @@ TEST_F(RealmLife, StartsAfreshForEachRequest) {
   must_run(L"var x = 1; Array.prototype.extra = 2");
   realm.reset();
   open_realm();
-  EXPECT_EQ(text(L"typeof x + [].extra"), "undefinedundefined");
+  EXPECT_EQ("undefinedundefined", text(L"typeof x + [].extra"));
 }
 
 TEST_F(RealmLife, WritesTextOfThePageAndExpressions) {
@@ -36,8 +36,8 @@ TEST_F(RealmLife, WritesTextOfThePageAndExpressions) {
                                          "/site/page.asp"));
   program->literals.emplace_back(L"end");
   program->literals.emplace_back(L"<p>\U0001F600");
-  EXPECT_EQ(realm->run(program).kind, Outcome::completed);
-  EXPECT_EQ(page->text, L"<p>\U0001F6002Trueend");  // as Write would
+  EXPECT_EQ(Outcome::completed, realm->run(program).kind);
+  EXPECT_EQ(L"<p>\U0001F6002Trueend", page->text);  // as Write would
 }
 
 TEST_F(RealmLife, HandsOnWhatTheScriptLogs) {
@@ -51,13 +51,13 @@ TEST_F(RealmLife, HandsOnWhatTheScriptLogs) {
   const auto at = [&lines](std::size_t i) {
     return lines[i].level + " " + std::to_string(lines[i].line) + " " + lines[i].text;
   };
-  ASSERT_EQ(lines.size(), 5U);
-  EXPECT_EQ(lines[0].file, "/site/page.asp");
-  EXPECT_EQ(at(0), "log 1 a 1 null undefined {\"b\":[2]}");
-  EXPECT_EQ(at(1), "warn 2 RangeError: far probe [3]");
-  EXPECT_EQ(at(2), "error 4 f 10 Symbol(s)");
-  EXPECT_EQ(at(3), "info 6 ");
-  EXPECT_EQ(at(4), "debug 6 [object] [object]");
+  ASSERT_EQ(5U, lines.size());
+  EXPECT_EQ("/site/page.asp", lines[0].file);
+  EXPECT_EQ("log 1 a 1 null undefined {\"b\":[2]}", at(0));
+  EXPECT_EQ("warn 2 RangeError: far probe [3]", at(1));
+  EXPECT_EQ("error 4 f 10 Symbol(s)", at(2));
+  EXPECT_EQ("info 6 ", at(3));
+  EXPECT_EQ("debug 6 [object] [object]", at(4));
   realm.reset();
   open_realm();
   must_run(L"console.log('to nobody')");
@@ -68,20 +68,20 @@ TEST_F(RealmLife, MapsLinesToFiles) {
   program->files = {"/site/page.asp", "/site/part.inc"};
   program->lines = {{0, 10, 0}, {1, 4, 0}, {1, 5, 20}};
   const Outcome outcome = realm->run(program);
-  ASSERT_EQ(outcome.kind, Outcome::failed);
-  EXPECT_EQ(said(outcome), "TypeError: null is not an object (evaluating 'null.x') at /site/part.inc:5");
+  ASSERT_EQ(Outcome::failed, outcome.kind);
+  EXPECT_EQ("TypeError: null is not an object (evaluating 'null.x') at /site/part.inc:5", said(outcome));
   EXPECT_GT(outcome.error->column, 20);
 }
 
 TEST_F(RealmLife, CallsAFunctionOfTheScript) {
   must_run(L"var n = 0; function Session_OnStart() { n++ }; const later = () => { n += 10 }");
-  EXPECT_EQ(realm->call(L"Session_OnStart").kind, Outcome::completed);
-  EXPECT_EQ(realm->call(L"later").kind, Outcome::completed);
-  EXPECT_EQ(realm->call(L"Missing").kind, Outcome::completed);
-  EXPECT_EQ(text(L"n"), "11");
+  EXPECT_EQ(Outcome::completed, realm->call(L"Session_OnStart").kind);
+  EXPECT_EQ(Outcome::completed, realm->call(L"later").kind);
+  EXPECT_EQ(Outcome::completed, realm->call(L"Missing").kind);
+  EXPECT_EQ("11", text(L"n"));
   must_run(L"function bad() { null.x } function end() { Response.End() }");
-  EXPECT_EQ(realm->call(L"bad").kind, Outcome::failed);
-  EXPECT_EQ(realm->call(L"end").kind, Outcome::stopped);
+  EXPECT_EQ(Outcome::failed, realm->call(L"bad").kind);
+  EXPECT_EQ(Outcome::stopped, realm->call(L"end").kind);
 }
 
 TEST_F(RealmLife, StopsARunawayScript) {
@@ -89,7 +89,7 @@ TEST_F(RealmLife, StopsARunawayScript) {
   for (const wchar_t* script :
        {L"while (true) {}", L"for (;;) { try { for (;;) {} } catch (e) {} finally { continue } }",
         L"for (;;) o.Close()", L"/(a+)+b/.test('a'.repeat(10)); while (true);"}) {
-    EXPECT_EQ(run(script).kind, Outcome::timed_out) << narrow(script);
+    EXPECT_EQ(Outcome::timed_out, run(script).kind) << narrow(script);
   }
   engine.set_time_limit(0ms);
   must_run(L"var x = 1");
@@ -103,7 +103,7 @@ TEST_F(RealmLife, StopsAScriptThatTakesTooMuchMemory) {
         L"var a = []; for (;;) { try { for (;;) a.push([a.length]) } catch (e) {} finally { continue } }",
         L"var a = []; function f() { for (;;) a.push([a.length]) }\ntry { o.Call(f, 1) } catch (e) {} for (;;) {}"}) {
     engine.set_memory_limit(std::size_t{64} << 20);
-    EXPECT_EQ(run(script).kind, Outcome::out_of_memory) << narrow(script);
+    EXPECT_EQ(Outcome::out_of_memory, run(script).kind) << narrow(script);
     realm.reset();
     open_realm();
     // What the last page held is no fault of the next one, but for a little that the engine takes for reachable
@@ -119,8 +119,8 @@ TEST_F(RealmLife, CountsTheTimeThatObjectsTake) {
     std::this_thread::sleep_for(60ms);
     return S_OK;
   };
-  EXPECT_EQ(run(L"o.Act(); o.Act(); Response.Write('not reached')").kind, Outcome::timed_out);
-  EXPECT_EQ(page->text, L"");
+  EXPECT_EQ(Outcome::timed_out, run(L"o.Act(); o.Act(); Response.Write('not reached')").kind);
+  EXPECT_EQ(L"", page->text);
 }
 
 TEST_F(RealmLife, LetsThePageChangeItsTime) {
@@ -129,18 +129,17 @@ TEST_F(RealmLife, LetsThePageChangeItsTime) {
     engine.set_time_limit(30ms);
     return S_OK;
   };
-  EXPECT_EQ(run(L"o.Act(); while (true) {}").kind, Outcome::timed_out);
+  EXPECT_EQ(Outcome::timed_out, run(L"o.Act(); while (true) {}").kind);
 }
 
 TEST_F(RealmLife, StopsThroughComponentFrames) {
-  EXPECT_EQ(run(L"function f() { try { Response.End() } catch (e) { Response.Write('a') } }\n"
-                L"try { o.Call(f, 1) } catch (e) { Response.Write('b') } Response.Write('c')")
-                .kind,
-            Outcome::stopped);
-  EXPECT_EQ(page->text, L"");
+  EXPECT_EQ(Outcome::stopped, run(L"function f() { try { Response.End() } catch (e) { Response.Write('a') } }\n"
+                                  L"try { o.Call(f, 1) } catch (e) { Response.Write('b') } Response.Write('c')")
+                                  .kind);
+  EXPECT_EQ(L"", page->text);
   engine.set_time_limit(50ms);
-  EXPECT_EQ(run(L"function f() { while (true) {} }\ntry { o.Call(f, 1) } catch (e) {} while (true) {}").kind,
-            Outcome::timed_out);
+  EXPECT_EQ(Outcome::timed_out,
+            run(L"function f() { while (true) {} }\ntry { o.Call(f, 1) } catch (e) {} while (true) {}").kind);
 }
 
 // However the script guards itself, and however many frames of components lie between.
@@ -165,14 +164,14 @@ TEST_F(RealmLife, StopsPastEveryGuardOfTheScript) {
     engine.set_time_limit(way.kind == Outcome::timed_out ? 20ms : 0ms);
     for (std::wstring script : guards) {
       script.replace(script.find(L"END"), 3, way.end);
-      EXPECT_EQ(run(script).kind, way.kind) << narrow(script);
-      EXPECT_EQ(page->text, L"") << narrow(script);
+      EXPECT_EQ(way.kind, run(script).kind) << narrow(script);
+      EXPECT_EQ(L"", page->text) << narrow(script);
       page->text.clear();
     }
   }
   engine.set_time_limit(0ms);
   must_run(L"Response.Write('the next page')");
-  EXPECT_EQ(page->text, L"the next page");
+  EXPECT_EQ(L"the next page", page->text);
 }
 
 // A page whose every call was refused went on for ever: each refusal put its end off, by the clock on the wall, while
@@ -186,7 +185,7 @@ TEST_F(RealmLife, StopsWhereTheProcessorIsBusy) {
     });
   }
   engine.set_time_limit(20ms);
-  EXPECT_EQ(run(L"for (;;) { try { o.Close() } catch (e) {} }").kind, Outcome::timed_out);
+  EXPECT_EQ(Outcome::timed_out, run(L"for (;;) { try { o.Close() } catch (e) {} }").kind);
   is_over = true;
 }
 
@@ -195,8 +194,8 @@ TEST_F(RealmLife, StopsWhenAnObjectHidesTheCode) {
     zelto::script::stop_page();
     return S_OK;
   };
-  EXPECT_EQ(run(L"o.Act(); Response.Write('not reached')").kind, Outcome::stopped);
-  EXPECT_EQ(page->text, L"");
+  EXPECT_EQ(Outcome::stopped, run(L"o.Act(); Response.Write('not reached')").kind);
+  EXPECT_EQ(L"", page->text);
 }
 
 TEST_F(RealmLife, RunsAPageWithinAPage) {
@@ -211,8 +210,8 @@ TEST_F(RealmLife, RunsAPageWithinAPage) {
     return outcome.kind == Outcome::stopped ? kPageStopped : S_OK;
   };
   must_run(L"o.Act(); Response.Write(typeof x)");
-  EXPECT_EQ(page->text, L"innerundefined");
-  EXPECT_EQ(outcome.kind, Outcome::completed);
+  EXPECT_EQ(L"innerundefined", page->text);
+  EXPECT_EQ(Outcome::completed, outcome.kind);
 }
 
 // What an executed page leaves behind in the objects of the page that executed it.
@@ -228,11 +227,11 @@ TEST_F(RealmLife, SaysThatAnObjectsPageHasEnded) {
   must_run(L"var box = {}; o.Keep(box); o.Act()");
   for (const wchar_t* use : {L"box.object.Name", L"box.object.Name = 1", L"box.object('x')", L"box.object + ''",
                              L"box.object('x') = 1", L"box.method(1)", L"o.Keep(box.object)", L"o.Keep(box.method)"}) {
-    EXPECT_EQ(error_of(use), "Error: The page that made this object has ended at /site/page.asp:1") << narrow(use);
+    EXPECT_EQ("Error: The page that made this object has ended at /site/page.asp:1", error_of(use)) << narrow(use);
   }
   probe->kept.reset();
   probe->action = nullptr;
-  EXPECT_EQ(text(L"typeof box.object"), "function");
+  EXPECT_EQ("function", text(L"typeof box.object"));
 }
 
 TEST_F(RealmLife, EndsTheOuterPageWithTheInnerOne) {
@@ -241,12 +240,12 @@ TEST_F(RealmLife, EndsTheOuterPageWithTheInnerOne) {
     inner.set_object(L"Response", page.get());
     return inner.run(compile(L"Response.End()", "/site/inner.asp")).kind == Outcome::stopped ? kPageStopped : S_OK;
   };
-  EXPECT_EQ(run(L"try { o.Act() } catch (e) {} Response.Write('not reached')").kind, Outcome::stopped);
-  EXPECT_EQ(page->text, L"");
+  EXPECT_EQ(Outcome::stopped, run(L"try { o.Act() } catch (e) {} Response.Write('not reached')").kind);
+  EXPECT_EQ(L"", page->text);
 }
 
 TEST_F(RealmLife, StoppingWithoutAScriptIsOnlyACode) {
-  EXPECT_EQ(zelto::script::stop_page(), kPageStopped);
+  EXPECT_EQ(kPageStopped, zelto::script::stop_page());
   EXPECT_FALSE(zelto::script::is_unwinding());
   must_run(L"Response.Write('on')");
 }
@@ -305,7 +304,7 @@ TEST(Recursion, EndsWithAnErrorInAThreadOfAWorkersSize) {
     (*static_cast<std::function<void()>*>(function))();
     return nullptr;
   };
-  ASSERT_EQ(pthread_create(&thread, &attributes, run, &body), 0);
+  ASSERT_EQ(0, pthread_create(&thread, &attributes, run, &body));
   pthread_join(thread, nullptr);
   pthread_attr_destroy(&attributes);
   EXPECT_TRUE(said == "RangeError: Out of stack space" || said == "RangeError: Maximum call stack size exceeded.")
@@ -313,7 +312,7 @@ TEST(Recursion, EndsWithAnErrorInAThreadOfAWorkersSize) {
 }
 
 TEST_F(RealmLife, EndsRecursionOfTheScriptAlone) {
-  EXPECT_EQ(error_of(L"function f() { f() }\nf()").substr(0, 45), "RangeError: Maximum call stack size exceeded.");
+  EXPECT_EQ("RangeError: Maximum call stack size exceeded.", error_of(L"function f() { f() }\nf()").substr(0, 45));
   must_run(L"var x = 1");
 }
 
@@ -337,7 +336,7 @@ TEST(Engines, ShareAProgramBetweenThreads) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(right, 80);
+  EXPECT_EQ(80, right);
 }
 
 }  // namespace

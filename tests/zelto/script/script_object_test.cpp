@@ -24,7 +24,7 @@ class ScriptObjects : public ScriptTest {
     CComBSTR text(name);
     BSTR names = text;
     DISPID id = 77;
-    EXPECT_EQ(target->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_SYSTEM_DEFAULT, &id), expected);
+    EXPECT_EQ(expected, target->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_SYSTEM_DEFAULT, &id));
     return id;
   }
   static HRESULT invoke(IDispatch* target, DISPID id, WORD flags, std::vector<CComVariant> reversed,
@@ -49,26 +49,26 @@ constexpr WORD kBoth = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
 
 TEST_F(ScriptObjects, HaveTheirPropertiesByExactName) {
   const CComPtr<IDispatch> target = object(L"{ Name: 'n', f(a, b) { return this.Name + a + b } }");
-  EXPECT_EQ(id_of(target.get(), L"name", DISP_E_UNKNOWNNAME), DISPID_UNKNOWN);
+  EXPECT_EQ(DISPID_UNKNOWN, id_of(target.get(), L"name", DISP_E_UNKNOWNNAME));
   const DISPID name = id_of(target.get(), L"Name");
-  EXPECT_EQ(id_of(target.get(), L"Name"), name);
+  EXPECT_EQ(name, id_of(target.get(), L"Name"));
   CComVariant result;
-  EXPECT_EQ(invoke(target.get(), name, DISPATCH_PROPERTYGET, {}, &result), S_OK);
-  EXPECT_EQ(korlib::view_of(result.bstrVal), L"n");
-  EXPECT_EQ(invoke(target.get(), name, DISPATCH_METHOD, {}, &result), DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(invoke(target.get(), name, DISPATCH_PROPERTYPUT, {CComVariant(L"m")}, nullptr), S_OK);
+  EXPECT_EQ(S_OK, invoke(target.get(), name, DISPATCH_PROPERTYGET, {}, &result));
+  EXPECT_EQ(L"n", korlib::view_of(result.bstrVal));
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(target.get(), name, DISPATCH_METHOD, {}, &result));
+  EXPECT_EQ(S_OK, invoke(target.get(), name, DISPATCH_PROPERTYPUT, {CComVariant(L"m")}, nullptr));
   const DISPID f = id_of(target.get(), L"f");
-  EXPECT_EQ(invoke(target.get(), f, DISPATCH_PROPERTYGET, {}, &result), DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(invoke(target.get(), f, DISPATCH_METHOD, {CComVariant(LONG{2}), CComVariant(LONG{1})}, &result), S_OK);
-  EXPECT_EQ(korlib::view_of(result.bstrVal), L"m12");
-  EXPECT_EQ(invoke(target.get(), 99, kBoth, {}, &result), DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(target.get(), f, DISPATCH_PROPERTYGET, {}, &result));
+  EXPECT_EQ(S_OK, invoke(target.get(), f, DISPATCH_METHOD, {CComVariant(LONG{2}), CComVariant(LONG{1})}, &result));
+  EXPECT_EQ(L"m12", korlib::view_of(result.bstrVal));
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(target.get(), 99, kBoth, {}, &result));
 }
 
 TEST_F(ScriptObjects, FindMembersAlongTheirPrototypes) {
   const CComPtr<IDispatch> target = object(L"new (class { m() { return 7 } })()");
   CComVariant result;
-  EXPECT_EQ(invoke(target.get(), id_of(target.get(), L"m"), DISPATCH_METHOD, {}, &result), S_OK);
-  EXPECT_EQ(result.lVal, 7);
+  EXPECT_EQ(S_OK, invoke(target.get(), id_of(target.get(), L"m"), DISPATCH_METHOD, {}, &result));
+  EXPECT_EQ(7, result.lVal);
 }
 
 TEST_F(ScriptObjects, HaveNoNamesThatEveryObjectHas) {
@@ -86,10 +86,10 @@ TEST_F(ScriptObjects, HaveNoNamesThatEveryObjectHas) {
   id_of(derived.get(), L"constructor", DISP_E_UNKNOWNNAME);
   CComVariant result;
   const CComVariant key(L"__proto__");
-  EXPECT_EQ(invoke(plain.get(), DISPID_VALUE, kBoth, {key}, &result), DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(invoke(plain.get(), DISPID_VALUE, DISPATCH_PROPERTYPUT, {CComVariant(own.get()), key}, nullptr),
-            DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(invoke(plain.get(), DISPID_VALUE, kBoth, {CComVariant(L"a")}, &result), S_OK);
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(plain.get(), DISPID_VALUE, kBoth, {key}, &result));
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND,
+            invoke(plain.get(), DISPID_VALUE, DISPATCH_PROPERTYPUT, {CComVariant(own.get()), key}, nullptr));
+  EXPECT_EQ(S_OK, invoke(plain.get(), DISPID_VALUE, kBoth, {CComVariant(L"a")}, &result));
 }
 
 TEST_F(ScriptObjects, TellFunctionsFromObjectsThatCanBeCalled) {
@@ -97,63 +97,62 @@ TEST_F(ScriptObjects, TellFunctionsFromObjectsThatCanBeCalled) {
   const CComPtr<IDispatch> target = object(L"{ p, f() {}, m: p.Keep, n: { a: 1 } }");
   CComVariant result;
   const DISPID id = id_of(target.get(), L"p");
-  EXPECT_EQ(invoke(target.get(), id, DISPATCH_PROPERTYGET, {}, &result), S_OK);
-  EXPECT_EQ(result.pdispVal, static_cast<IDispatch*>(other.get()));
-  EXPECT_EQ(invoke(target.get(), id, DISPATCH_METHOD, {}, &result), DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(invoke(target.get(), id, kBoth, {CComVariant(L"k")}, &result), S_OK);
-  EXPECT_EQ(korlib::view_of(result.bstrVal), L"item");
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"p")}, &result), S_OK);
-  EXPECT_EQ(result.pdispVal, static_cast<IDispatch*>(other.get()));
+  EXPECT_EQ(S_OK, invoke(target.get(), id, DISPATCH_PROPERTYGET, {}, &result));
+  EXPECT_EQ(static_cast<IDispatch*>(other.get()), result.pdispVal);
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(target.get(), id, DISPATCH_METHOD, {}, &result));
+  EXPECT_EQ(S_OK, invoke(target.get(), id, kBoth, {CComVariant(L"k")}, &result));
+  EXPECT_EQ(L"item", korlib::view_of(result.bstrVal));
+  EXPECT_EQ(S_OK, invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"p")}, &result));
+  EXPECT_EQ(static_cast<IDispatch*>(other.get()), result.pdispVal);
   for (const wchar_t* function : {L"f", L"m"}) {
-    EXPECT_EQ(invoke(target.get(), id_of(target.get(), function), DISPATCH_PROPERTYGET, {}, &result),
-              DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(DISP_E_MEMBERNOTFOUND,
+              invoke(target.get(), id_of(target.get(), function), DISPATCH_PROPERTYGET, {}, &result));
   }
-  EXPECT_EQ(invoke(target.get(), id_of(target.get(), L"n"), kBoth, {CComVariant(L"a")}, &result), S_OK);
-  EXPECT_EQ(result.lVal, 1);
-  EXPECT_EQ(invoke(target.get(), id_of(target.get(), L"n"), kBoth, {CComVariant(L"toString")}, &result),
-            DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(S_OK, invoke(target.get(), id_of(target.get(), L"n"), kBoth, {CComVariant(L"a")}, &result));
+  EXPECT_EQ(1, result.lVal);
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND,
+            invoke(target.get(), id_of(target.get(), L"n"), kBoth, {CComVariant(L"toString")}, &result));
 }
 
 TEST_F(ScriptObjects, AreIndexedByTheirDefaultMember) {
   const CComPtr<IDispatch> target = object(L"{ a: 1, f() {}, toString() { return 'me' } }");
   CComVariant result;
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"a")}, &result), S_OK);
-  EXPECT_EQ(result.lVal, 1);
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"b")}, &result), DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"f")}, &result), DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {}, &result), S_OK);
-  EXPECT_EQ(korlib::view_of(result.bstrVal), L"me");
+  EXPECT_EQ(S_OK, invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"a")}, &result));
+  EXPECT_EQ(1, result.lVal);
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"b")}, &result));
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"f")}, &result));
+  EXPECT_EQ(S_OK, invoke(target.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {}, &result));
+  EXPECT_EQ(L"me", korlib::view_of(result.bstrVal));
   const CComVariant key(L"c");
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, DISPATCH_PROPERTYPUT, {CComVariant(LONG{3}), key}, nullptr), S_OK);
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, kBoth, {key}, &result), S_OK);
-  EXPECT_EQ(result.lVal, 3);
+  EXPECT_EQ(S_OK, invoke(target.get(), DISPID_VALUE, DISPATCH_PROPERTYPUT, {CComVariant(LONG{3}), key}, nullptr));
+  EXPECT_EQ(S_OK, invoke(target.get(), DISPID_VALUE, kBoth, {key}, &result));
+  EXPECT_EQ(3, result.lVal);
 }
 
 TEST_F(ScriptObjects, AreCalledWhenTheyAreFunctions) {
   const CComPtr<IDispatch> target = object(L"(a, b) => a + b");
   CComVariant result;
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, DISPATCH_METHOD, {CComVariant(LONG{2}), CComVariant(LONG{5})}, &result),
-            S_OK);
-  EXPECT_EQ(result.lVal, 7);
-  EXPECT_EQ(
-      invoke(target.get(), DISPID_VALUE, DISPATCH_METHOD, {CComVariant(korlib::omitted()), CComVariant(L"a")}, &result),
-      S_OK);
-  EXPECT_EQ(korlib::view_of(result.bstrVal), L"aundefined");
+  EXPECT_EQ(S_OK,
+            invoke(target.get(), DISPID_VALUE, DISPATCH_METHOD, {CComVariant(LONG{2}), CComVariant(LONG{5})}, &result));
+  EXPECT_EQ(7, result.lVal);
+  EXPECT_EQ(S_OK, invoke(target.get(), DISPID_VALUE, DISPATCH_METHOD,
+                         {CComVariant(korlib::omitted()), CComVariant(L"a")}, &result));
+  EXPECT_EQ(L"aundefined", korlib::view_of(result.bstrVal));
 }
 
 TEST_F(ScriptObjects, AreSteppedThrough) {
   must_run(L"o.Keep(new Set([1, 'b']))");
   CComPtr<IDispatch> target(probe->kept.pdispVal);
   CComVariant result;
-  ASSERT_EQ(invoke(target.get(), DISPID_NEWENUM, kBoth, {}, &result), S_OK);
+  ASSERT_EQ(S_OK, invoke(target.get(), DISPID_NEWENUM, kBoth, {}, &result));
   CComQIPtr<IEnumVARIANT> enumerator(result.punkVal);
   ASSERT_TRUE(enumerator);
   CComVariant items[3];
   ULONG fetched = 0;
-  EXPECT_EQ(enumerator->Next(3, items, &fetched), S_FALSE);
-  EXPECT_EQ(fetched, 2U);
-  EXPECT_EQ(items[0].lVal, 1);
-  EXPECT_EQ(korlib::view_of(items[1].bstrVal), L"b");
+  EXPECT_EQ(S_FALSE, enumerator->Next(3, items, &fetched));
+  EXPECT_EQ(2U, fetched);
+  EXPECT_EQ(1, items[0].lVal);
+  EXPECT_EQ(L"b", korlib::view_of(items[1].bstrVal));
 }
 
 TEST_F(ScriptObjects, OfTheGlobalKindHaveWhatThePageDeclared) {
@@ -168,32 +167,32 @@ TEST_F(ScriptObjects, OfTheGlobalKindHaveWhatThePageDeclared) {
     id_of(target.get(), name, DISP_E_UNKNOWNNAME);
   }
   CComVariant result;
-  EXPECT_EQ(invoke(target.get(), id_of(target.get(), L"l"), DISPATCH_PROPERTYGET, {}, &result), S_OK);
-  EXPECT_EQ(result.lVal, 3);
-  EXPECT_EQ(invoke(target.get(), id_of(target.get(), L"l"), DISPATCH_PROPERTYPUT, {CComVariant(LONG{9})}, nullptr),
-            S_OK);
-  EXPECT_EQ(text(L"l"), "9");
-  EXPECT_EQ(invoke(target.get(), id_of(target.get(), L"c"), DISPATCH_PROPERTYPUT, {CComVariant(LONG{9})}, nullptr),
-            E_FAIL);
-  EXPECT_EQ(invoke(target.get(), id_of(target.get(), L"f"), DISPATCH_METHOD, {}, &result), S_OK);
-  EXPECT_EQ(result.lVal, 2);
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"v")}, &result), S_OK);
-  EXPECT_EQ(result.lVal, 1);
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"Response")}, &result), DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(S_OK, invoke(target.get(), id_of(target.get(), L"l"), DISPATCH_PROPERTYGET, {}, &result));
+  EXPECT_EQ(3, result.lVal);
+  EXPECT_EQ(S_OK,
+            invoke(target.get(), id_of(target.get(), L"l"), DISPATCH_PROPERTYPUT, {CComVariant(LONG{9})}, nullptr));
+  EXPECT_EQ("9", text(L"l"));
+  EXPECT_EQ(E_FAIL,
+            invoke(target.get(), id_of(target.get(), L"c"), DISPATCH_PROPERTYPUT, {CComVariant(LONG{9})}, nullptr));
+  EXPECT_EQ(S_OK, invoke(target.get(), id_of(target.get(), L"f"), DISPATCH_METHOD, {}, &result));
+  EXPECT_EQ(2, result.lVal);
+  EXPECT_EQ(S_OK, invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"v")}, &result));
+  EXPECT_EQ(1, result.lVal);
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(target.get(), DISPID_VALUE, kBoth, {CComVariant(L"Response")}, &result));
 }
 
 TEST_F(ScriptObjects, AnswerFailuresWithWords) {
   const CComPtr<IDispatch> target = object(L"function () { throw new TypeError('oh no') }");
   CComVariant result;
-  EXPECT_EQ(invoke(target.get(), DISPID_VALUE, DISPATCH_METHOD, {}, &result), E_FAIL);
-  EXPECT_EQ(result.vt, VT_EMPTY);
+  EXPECT_EQ(E_FAIL, invoke(target.get(), DISPID_VALUE, DISPATCH_METHOD, {}, &result));
+  EXPECT_EQ(VT_EMPTY, result.vt);
   CComPtr<IErrorInfo> info;
-  ASSERT_EQ(GetErrorInfo(0, info.put()), S_OK);
+  ASSERT_EQ(S_OK, GetErrorInfo(0, info.put()));
   CComBSTR words;
-  EXPECT_EQ(info->GetDescription(words.put()), S_OK);
-  EXPECT_EQ(words.view(), L"oh no");
-  EXPECT_EQ(info->GetSource(words.put()), S_OK);
-  EXPECT_EQ(words.view(), L"TypeError");
+  EXPECT_EQ(S_OK, info->GetDescription(words.put()));
+  EXPECT_EQ(L"oh no", words.view());
+  EXPECT_EQ(S_OK, info->GetSource(words.put()));
+  EXPECT_EQ(L"TypeError", words.view());
 }
 
 TEST_F(ScriptObjects, AreKnownForWhatTheyAre) {
@@ -208,10 +207,10 @@ TEST_F(ScriptObjects, StaySafeWhenTheirPageHasEnded) {
   const DISPID a = id_of(target.get(), L"a");
   realm.reset();
   CComVariant result;
-  EXPECT_EQ(invoke(target.get(), a, DISPATCH_PROPERTYGET, {}, &result), korlib::hresult(0x80010108));
+  EXPECT_EQ(korlib::hresult(0x80010108), invoke(target.get(), a, DISPATCH_PROPERTYGET, {}, &result));
   open_realm();
   probe->kept = CComVariant(target.get());
-  EXPECT_EQ(error_of(L"o.Give().a"), "Zelto: The page that made this script object has ended at /site/page.asp:1");
+  EXPECT_EQ("Zelto: The page that made this script object has ended at /site/page.asp:1", error_of(L"o.Give().a"));
   probe->kept.reset();
 }
 
@@ -224,7 +223,7 @@ TEST_F(ScriptObjects, AreReleasedOnAnyThread) {
     hr = invoke(early.get(), DISPID_VALUE, kBoth, {CComVariant(L"a")}, &result);
     early.reset();
   }).join();
-  EXPECT_EQ(hr, korlib::hresult(0x8001010E));
+  EXPECT_EQ(korlib::hresult(0x8001010E), hr);
   must_run(L"o.Keep({})");
   probe->kept.reset();
   realm.reset();
@@ -239,7 +238,7 @@ TEST_F(ScriptObjects, AreMadeAnewAfterAReleaseElsewhere) {
     std::thread thread([&] { wrapper.reset(); });
     must_run(L"o.Keep(a)");
     thread.join();
-    EXPECT_EQ(text(L"o.Give() === a && o.Give().n"), "4");
+    EXPECT_EQ("4", text(L"o.Give() === a && o.Give().n"));
   }
   probe->kept.reset();
 }

@@ -33,7 +33,7 @@ class ScriptTest : public ::testing::Test {
   // Runs the script, which is to complete.
   void must_run(std::wstring_view script) {
     const zelto::script::Outcome outcome = run(script);
-    EXPECT_EQ(outcome.kind, zelto::script::Outcome::completed) << narrow(script) << "\n" << said(outcome);
+    EXPECT_EQ(zelto::script::Outcome::completed, outcome.kind) << narrow(script) << "\n" << said(outcome);
   }
 
   // What String(value of the expression) is.
@@ -64,7 +64,7 @@ class ScriptTest : public ::testing::Test {
   }
   std::string error_of(std::wstring_view script) {
     const zelto::script::Outcome outcome = run(script);
-    EXPECT_EQ(outcome.kind, zelto::script::Outcome::failed) << narrow(script);
+    EXPECT_EQ(zelto::script::Outcome::failed, outcome.kind) << narrow(script);
     return said(outcome);
   }
 

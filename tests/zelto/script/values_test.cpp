@@ -18,9 +18,8 @@ class Values : public ScriptTest {
     CComVariant reversed[] = {CComVariant(static_cast<IDispatch*>(other.get())), CComVariant(v)};
     DISPPARAMS params{reversed, nullptr, 2, 0};
     CComVariant result;
-    EXPECT_EQ(
-        probe->kept.pdispVal->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD, &params, &result, nullptr, nullptr),
-        S_OK);
+    EXPECT_EQ(S_OK, probe->kept.pdispVal->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD, &params, &result, nullptr,
+                                                 nullptr));
     probe->kept.reset();
     return result.vt == VT_BSTR ? narrow(korlib::view_of(result.bstrVal)) : "no text";
   }
@@ -39,7 +38,7 @@ SAFEARRAY* vector_of(VARTYPE type, LONG lower, std::vector<Value> values) {
     const LONG index = lower + static_cast<LONG>(i);
     void* value = &values[i];
     if constexpr (std::is_pointer_v<Value>) value = values[i];  // BSTR, IDispatch*
-    EXPECT_EQ(SafeArrayPutElement(array, &index, value), S_OK);
+    EXPECT_EQ(S_OK, SafeArrayPutElement(array, &index, value));
   }
   return array;
 }
@@ -76,22 +75,23 @@ TEST_F(Values, HaveTheTypeThatTheirKindSays) {
       {L"globalThis", VT_DISPATCH},
   };
   for (const Outward& row : rows) {
-    EXPECT_EQ(text(L"o.TypeOf(" + std::wstring(row.expression) + L")"), std::to_string(row.type))
+    EXPECT_EQ(std::to_string(row.type), text(L"o.TypeOf(" + std::wstring(row.expression) + L")"))
         << narrow(row.expression);
   }
-  EXPECT_EQ(text(L"o.TypeOf(undefined)"), std::to_string(VT_ERROR));
-  EXPECT_EQ(text(L"o.TypeOf()"), std::to_string(VT_ERROR));
+  EXPECT_EQ(std::to_string(VT_ERROR), text(L"o.TypeOf(undefined)"));
+  EXPECT_EQ(std::to_string(VT_ERROR), text(L"o.TypeOf()"));
 }
 
 TEST_F(Values, ThatAreUndefinedAreEmptyWhereAnArgumentIsRequired) {
   must_run(L"o.Keep(undefined)");  // a VARIANT
-  EXPECT_EQ(probe->kept.vt, VT_EMPTY);
-  EXPECT_EQ(text(L"o.TypeOf(undefined)"), std::to_string(VT_ERROR));  // one that may be left out
-  EXPECT_EQ(text(L"o.ReadText(undefined)"), "everything");
+  EXPECT_EQ(VT_EMPTY, probe->kept.vt);
+  EXPECT_EQ(std::to_string(VT_ERROR), text(L"o.TypeOf(undefined)"));  // one that may be left out
+  EXPECT_EQ("everything", text(L"o.ReadText(undefined)"));
   // Text is refused as omitted and taken as empty; a refusal that names no argument is one of the member's own.
-  EXPECT_EQ(error_of(L"o.CallMember(p, undefined)"),
-            "Error: Object doesn't support this property or method: "
-            "'CallMember' (0x80020006) at /site/page.asp:1");
+  EXPECT_EQ(
+      "Error: Object doesn't support this property or method: "
+      "'CallMember' (0x80020006) at /site/page.asp:1",
+      error_of(L"o.CallMember(p, undefined)"));
   int calls = 0;
   probe->action = [&calls] {
     ++calls;
@@ -99,24 +99,24 @@ TEST_F(Values, ThatAreUndefinedAreEmptyWhereAnArgumentIsRequired) {
   };
   error_of(L"o.Act(undefined)");
   error_of(L"o.Act()");
-  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(1, calls);
 }
 
 TEST_F(Values, ThatAreUndefinedAreEmptyWhenTheyAreStored) {
   must_run(L"o('a') = undefined");
-  EXPECT_EQ(probe->put_type, VT_EMPTY);
+  EXPECT_EQ(VT_EMPTY, probe->put_type);
   must_run(L"o('a') = null");
-  EXPECT_EQ(probe->put_type, VT_NULL);
+  EXPECT_EQ(VT_NULL, probe->put_type);
 }
 
 TEST_F(Values, ThatAreTextCrossInEveryPlane) {
   must_run(L"o.Keep('a\\u00e4\\u4e00\\ud83d\\ude00\\0b')");
-  EXPECT_EQ(korlib::view_of(probe->kept.bstrVal), std::wstring_view(L"a\u00e4\u4e00\U0001F600\0b", 6));
-  EXPECT_EQ(text(L"o.Give() === 'a\\u00e4\\u4e00\\ud83d\\ude00\\0b'"), "true");
+  EXPECT_EQ(std::wstring_view(L"a\u00e4\u4e00\U0001F600\0b", 6), korlib::view_of(probe->kept.bstrVal));
+  EXPECT_EQ("true", text(L"o.Give() === 'a\\u00e4\\u4e00\\ud83d\\ude00\\0b'"));
   must_run(L"o.Keep('\\ud83d' + '|' + '\\ude00' + '\\ud83d')");
-  EXPECT_EQ(korlib::view_of(probe->kept.bstrVal), L"\ufffd|\ufffd\ufffd");
+  EXPECT_EQ(L"\ufffd|\ufffd\ufffd", korlib::view_of(probe->kept.bstrVal));
   probe->kept = CComVariant(std::wstring_view(L"\xD800|\x110000"));
-  EXPECT_EQ(text(L"o.Give() === '\\ufffd|\\ufffd'"), "true");
+  EXPECT_EQ("true", text(L"o.Give() === '\\ufffd|\\ufffd'"));
 }
 
 struct Inward {
@@ -173,7 +173,7 @@ TEST_F(Values, ComeBackAsWhatTheScriptHasForThem) {
   };
   for (const Inward& row : rows) {
     probe->kept = row.value;
-    EXPECT_EQ(text(L"(v => " + std::wstring(row.expression) + L")(o.Give())"), "true")
+    EXPECT_EQ("true", text(L"(v => " + std::wstring(row.expression) + L")(o.Give())"))
         << row.value.vt << ' ' << narrow(row.expression);
   }
 }
@@ -187,13 +187,12 @@ TEST_F(Values, ThatAreReferencesAreFollowed) {
   CComPtr<IDispatch> function;
   must_run(L"var got; function take(v) { got = v }");
   const CComVariant take = global(L"take");  // a function is no property that can be read
-  EXPECT_EQ(take.vt, VT_EMPTY);
+  EXPECT_EQ(VT_EMPTY, take.vt);
   must_run(L"o.Keep(take)");
   DISPPARAMS params{&outer, nullptr, 1, 0};
-  EXPECT_EQ(
-      probe->kept.pdispVal->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr),
-      S_OK);
-  EXPECT_EQ(global(L"got").lVal, 5);
+  EXPECT_EQ(S_OK, probe->kept.pdispVal->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr,
+                                               nullptr));
+  EXPECT_EQ(5, global(L"got").lVal);
 }
 
 TEST_F(Values, ThatAreReferencesToEachTypeAreFollowed) {
@@ -238,7 +237,7 @@ TEST_F(Values, ThatAreReferencesToEachTypeAreFollowed) {
     VARIANT reference{};
     reference.vt = static_cast<VARTYPE>(VT_BYREF | row.type);
     reference.byref = row.slot;
-    EXPECT_EQ(text_of(reference, row.expression), "true") << row.type << ' ' << narrow(row.expression);
+    EXPECT_EQ("true", text_of(reference, row.expression)) << row.type << ' ' << narrow(row.expression);
   }
   SafeArrayDestroy(array);
 }
@@ -247,18 +246,18 @@ TEST_F(Values, ThatAreDatesKeepTheirLocalTime) {
   // 2001-02-03 04:05:06.789 by the calendar of automation.
   const double date = 36925 + (((4 * 60 + 5) * 60 + 6) * 1000 + 789) / 86400000.0;
   probe->kept = made_double(VT_DATE, date);
-  EXPECT_EQ(text(L"(d => [d.getFullYear(), d.getMonth(), d.getDate(), d.getHours(), d.getMinutes(), d.getSeconds(), "
-                 L"d.getMilliseconds()])(o.Give())"),
-            "2001,1,3,4,5,6,789");
+  EXPECT_EQ("2001,1,3,4,5,6,789",
+            text(L"(d => [d.getFullYear(), d.getMonth(), d.getDate(), d.getHours(), d.getMinutes(), d.getSeconds(), "
+                 L"d.getMilliseconds()])(o.Give())"));
   must_run(L"o.Keep(new Date(2001, 1, 3, 4, 5, 6, 789))");
   EXPECT_NEAR(probe->kept.date, date, 1e-9);
   // Before the calendar's day 0 the time of day still counts forwards: -1.25 is six in the morning.
   probe->kept = made_double(VT_DATE, -1.25);
-  EXPECT_EQ(text(L"(d => [d.getFullYear(), d.getMonth(), d.getDate(), d.getHours()])(o.Give())"), "1899,11,29,6");
+  EXPECT_EQ("1899,11,29,6", text(L"(d => [d.getFullYear(), d.getMonth(), d.getDate(), d.getHours()])(o.Give())"));
   must_run(L"o.Keep(new Date(1899, 11, 29, 6))");
   EXPECT_DOUBLE_EQ(probe->kept.date, -1.25);
-  EXPECT_EQ(error_of(L"o.Keep(new Date(NaN))"),
-            "TypeError: An invalid date has no value outside of the script at /site/page.asp:1");
+  EXPECT_EQ("TypeError: An invalid date has no value outside of the script at /site/page.asp:1",
+            error_of(L"o.Keep(new Date(NaN))"));
 }
 
 class LocalTime : public Values {
@@ -297,8 +296,8 @@ TEST_F(LocalTime, ComesBackFromEveryZoneAndSeason) {
     for (const wchar_t* date : {L"2024, 0, 15, 12, 30, 15, 250", L"2024, 6, 15, 12, 30, 15, 250", L"2024, 2, 31, 3, 0",
                                 L"2024, 2, 10, 1, 59", L"2024, 9, 27, 3, 0", L"1969, 11, 31, 23, 59, 59, 999",
                                 L"1900, 0, 1", L"1899, 11, 30, 6", L"9999, 11, 31", L"100, 0, 1"}) {
-      EXPECT_EQ(text_in(zone, L"(d => { o.Keep(d); return +o.Give() - d })(new Date(" + std::wstring(date) + L"))"),
-                "0")
+      EXPECT_EQ("0",
+                text_in(zone, L"(d => { o.Keep(d); return +o.Give() - d })(new Date(" + std::wstring(date) + L"))"))
           << zone << ' ' << narrow(date);
     }
   }
@@ -308,47 +307,47 @@ TEST_F(LocalTime, IsWhatTheClockOnTheWallSays) {
   // Noon in winter and in summer is noon.
   for (const wchar_t* month : {L"0", L"6"}) {
     const std::wstring noon = L"(o.Keep(new Date(2024, " + std::wstring(month) + L", 15, 12)), ";
-    EXPECT_EQ(text_in("Europe/Berlin", noon + L"o.Give().getHours())"), "12");
+    EXPECT_EQ("12", text_in("Europe/Berlin", noon + L"o.Give().getHours())"));
   }
   ::setenv("TZ", "Europe/Berlin", 1);
   zelto::script::Engine there;
   zelto::script::Realm local(there);
   local.set_object(L"o", probe.get());
   local.run(zelto::script::compile(L"o.Keep(new Date(Date.UTC(2024, 6, 15, 10)))", "/site/page.asp"));
-  EXPECT_EQ(probe->kept.vt, VT_DATE);
+  EXPECT_EQ(VT_DATE, probe->kept.vt);
   EXPECT_DOUBLE_EQ(probe->kept.date, 45488.5);  // 2024-07-15 12:00
   local.run(zelto::script::compile(L"o.Keep(new Date(Date.UTC(2024, 0, 15, 11)))", "/site/page.asp"));
   EXPECT_DOUBLE_EQ(probe->kept.date, 45306.5);  // 2024-01-15 12:00
   // An hour that the clock skips is the next one.
   probe->kept = made_double(VT_DATE, 45382 + 2.5 / 24);  // 2024-03-31 02:30
-  EXPECT_EQ(text_in("Europe/Berlin", L"(d => d.getHours() + ':' + d.getMinutes())(o.Give())"), "3:30");
+  EXPECT_EQ("3:30", text_in("Europe/Berlin", L"(d => d.getHours() + ':' + d.getMinutes())(o.Give())"));
   // A zone whose clocks were half a minute off.
-  EXPECT_EQ(text_in("Africa/Monrovia", L"(d => { o.Keep(d); return +o.Give() - d })(new Date(1960, 6, 1))"), "0");
+  EXPECT_EQ("0", text_in("Africa/Monrovia", L"(d => { o.Keep(d); return +o.Give() - d })(new Date(1960, 6, 1))"));
 }
 
 TEST_F(Values, ThatAreBytesAreCopied) {
   must_run(L"var b = new Uint8Array([1, 2, 255]); o.Keep(b); b[0] = 9");
-  EXPECT_EQ(text(L"(v => v instanceof Uint8Array && v.join())(o.Give())"), "1,2,255");
+  EXPECT_EQ("1,2,255", text(L"(v => v instanceof Uint8Array && v.join())(o.Give())"));
   must_run(L"o.Keep(new Uint8Array([1, 2, 3, 4]).subarray(1, 3))");
-  EXPECT_EQ(text(L"o.Give().join()"), "2,3");
+  EXPECT_EQ("2,3", text(L"o.Give().join()"));
   must_run(L"o.Keep(new Uint8Array(new Uint8Array([5, 6, 7, 8]).buffer, 2))");
-  EXPECT_EQ(text(L"o.Give().join()"), "7,8");
+  EXPECT_EQ("7,8", text(L"o.Give().join()"));
   must_run(L"o.Keep(new Int8Array(new Uint8Array([0, 255, 1]).buffer, 1, 1))");
-  EXPECT_EQ(text(L"o.Give().join()"), "255");
+  EXPECT_EQ("255", text(L"o.Give().join()"));
   must_run(L"o.Keep(new Uint16Array(new Uint16Array([1, 2, 3]).buffer, 2, 2))");
-  EXPECT_EQ(text(L"o.Give() instanceof Uint8Array || o.Give().join()"), "2,3");
+  EXPECT_EQ("2,3", text(L"o.Give() instanceof Uint8Array || o.Give().join()"));
   must_run(L"o.Keep(new Uint8Array([7, 8]).buffer)");
-  EXPECT_EQ(text(L"o.Give().join()"), "7,8");
+  EXPECT_EQ("7,8", text(L"o.Give().join()"));
   must_run(L"o.Keep(new ArrayBuffer(0))");
-  EXPECT_EQ(text(L"o.Give().length"), "0");
+  EXPECT_EQ("0", text(L"o.Give().length"));
 }
 
 TEST_F(Values, ThatAreArraysNestAndAreCopied) {
   must_run(L"var a = [1, 'b', [true, null, undefined], {}]; o.Keep(a); a[0] = 2");
-  EXPECT_EQ(text(L"(v => v[0] + v[1] + v[2].length + v[2][0] + v[2][1] + v[2][2] + (v[3] === a[3]))(o.Give())"),
-            "1b3truenullundefinedtrue");
+  EXPECT_EQ("1b3truenullundefinedtrue",
+            text(L"(v => v[0] + v[1] + v[2].length + v[2][0] + v[2][1] + v[2][2] + (v[3] === a[3]))(o.Give())"));
   must_run(L"o.Keep([1,,3])");
-  EXPECT_EQ(text(L"o.Give().join('|')"), "1||3");
+  EXPECT_EQ("1||3", text(L"o.Give().join('|')"));
 }
 
 TEST_F(Values, ThatAreArraysOfOneTypeComeBackAsArrays) {
@@ -378,7 +377,7 @@ TEST_F(Values, ThatAreArraysOfOneTypeComeBackAsArrays) {
     CComVariant value;
     value.put()->vt = static_cast<VARTYPE>(row.array ? VT_ARRAY | row.array->vtElement : VT_ARRAY | VT_VARIANT);
     value.parray = row.array;
-    EXPECT_EQ(text_of(value, row.expression), "true") << narrow(row.expression);
+    EXPECT_EQ("true", text_of(value, row.expression)) << narrow(row.expression);
   }
 }
 
@@ -387,54 +386,54 @@ TEST_F(Values, OfComponentsNest) {
   for (int i = 0; i < 3; ++i) {
     SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, 2);
     const LONG index = 1;
-    ASSERT_EQ(SafeArrayPutElement(array, &index, &inner), S_OK);
+    ASSERT_EQ(S_OK, SafeArrayPutElement(array, &index, &inner));
     inner.reset();
     inner.put()->vt = VT_ARRAY | VT_VARIANT;
     inner.parray = array;
   }
-  EXPECT_EQ(text_of(inner, L"JSON.stringify(v)"), "[null,[null,[null,\"deep\"]]]");
+  EXPECT_EQ("[null,[null,[null,\"deep\"]]]", text_of(inner, L"JSON.stringify(v)"));
 }
 
 TEST_F(Values, OfSeveralDimensionsNestFromTheFirst) {
   const SAFEARRAYBOUND bounds[] = {{2, 0}, {3, 1}};
   SAFEARRAY* array = SafeArrayCreate(VT_I4, 2, bounds);
-  ASSERT_NE(array, nullptr);
+  ASSERT_NE(nullptr, array);
   for (LONG x = 0; x < 2; ++x) {
     for (LONG y = 1; y < 4; ++y) {
       const LONG indices[] = {x, y};
       LONG value = x * 10 + y;
-      ASSERT_EQ(SafeArrayPutElement(array, indices, &value), S_OK);
+      ASSERT_EQ(S_OK, SafeArrayPutElement(array, indices, &value));
     }
   }
   probe->kept.put()->vt = VT_ARRAY | VT_I4;
   probe->kept.parray = array;
-  EXPECT_EQ(text(L"JSON.stringify(o.Give())"), "[[1,2,3],[11,12,13]]");
+  EXPECT_EQ("[[1,2,3],[11,12,13]]", text(L"JSON.stringify(o.Give())"));
   EXPECT_EQ(
+      "2;1;2;0;13;1,11,2,12,3,13",
       text(L"(b => [b.dimensions(), b.ubound(1), b.ubound(2), b.lbound(), b.getItem(1, 2), b.toArray()].join(';'))"
-           L"(new VBArray(o.Give()))"),
-      "2;1;2;0;13;1,11,2,12,3,13");
+           L"(new VBArray(o.Give()))"));
 }
 
 TEST_F(Values, ThatHaveNoFormOutsideAreRefused) {
-  EXPECT_EQ(error_of(L"o.Keep(Symbol())"),
-            "TypeError: A symbol has no value outside of the script at /site/page.asp:1");
-  EXPECT_EQ(error_of(L"o.Keep(2n ** 63n)"), "Error: Overflow (0x8002000A) at /site/page.asp:1");
-  EXPECT_EQ(error_of(L"var a = []; a[0] = a; o.Keep(a)"), "Error: The array is nested too deeply at /site/page.asp:1");
-  EXPECT_EQ(error_of(L"o.Keep(new Array(4e9))"), "Error: The array is too long at /site/page.asp:1");
+  EXPECT_EQ("TypeError: A symbol has no value outside of the script at /site/page.asp:1",
+            error_of(L"o.Keep(Symbol())"));
+  EXPECT_EQ("Error: Overflow (0x8002000A) at /site/page.asp:1", error_of(L"o.Keep(2n ** 63n)"));
+  EXPECT_EQ("Error: The array is nested too deeply at /site/page.asp:1", error_of(L"var a = []; a[0] = a; o.Keep(a)"));
+  EXPECT_EQ("Error: The array is too long at /site/page.asp:1", error_of(L"o.Keep(new Array(4e9))"));
 }
 
 TEST_F(Values, AreTheSameObjectEachTime) {
   must_run(L"var a = { n: 1 }, f = function () {}; o.Keep(a)");
-  EXPECT_EQ(text(L"o.Give() === a"), "true");
+  EXPECT_EQ("true", text(L"o.Give() === a"));
   must_run(L"o.Keep(f)");
-  EXPECT_EQ(text(L"o.Give() === f"), "true");
+  EXPECT_EQ("true", text(L"o.Give() === f"));
   must_run(L"o.Keep(p)");
-  EXPECT_EQ(text(L"o.Give() === p"), "true");
-  EXPECT_EQ(probe->kept.pdispVal, static_cast<IDispatch*>(other.get()));
+  EXPECT_EQ("true", text(L"o.Give() === p"));
+  EXPECT_EQ(static_cast<IDispatch*>(other.get()), probe->kept.pdispVal);
   must_run(L"o.Keep(globalThis)");
-  EXPECT_EQ(text(L"o.Give() === this"), "true");
+  EXPECT_EQ("true", text(L"o.Give() === this"));
   must_run(L"o.Keep(a); p.Keep(a)");
-  EXPECT_EQ(probe->kept.pdispVal, other->kept.pdispVal);
+  EXPECT_EQ(other->kept.pdispVal, probe->kept.pdispVal);
   probe->kept.reset();
   other->kept.reset();
 }
@@ -451,19 +450,19 @@ TEST_F(Values, WithoutMembersCanBeHandedBack) {
   Nameless nameless;
   probe->kept = CComVariant(static_cast<IUnknown*>(&nameless));
   must_run(L"var u = o.Give(); p.Keep(u)");
-  EXPECT_EQ(other->kept.vt, VT_UNKNOWN);
-  EXPECT_EQ(other->kept.punkVal, &nameless);
+  EXPECT_EQ(VT_UNKNOWN, other->kept.vt);
+  EXPECT_EQ(&nameless, other->kept.punkVal);
   probe->kept.reset();
   other->kept.reset();
   realm.reset();
-  EXPECT_EQ(nameless.count, 1U);
+  EXPECT_EQ(1U, nameless.count);
 }
 
 TEST_F(Values, ThatAreObjectsAreSetAsObjects) {
   must_run(L"o('a') = p");
-  EXPECT_EQ(probe->how, L"putref");
+  EXPECT_EQ(L"putref", probe->how);
   must_run(L"o('a') = 1");
-  EXPECT_EQ(probe->how, L"put");
+  EXPECT_EQ(L"put", probe->how);
 }
 
 }  // namespace
