@@ -33,7 +33,7 @@ class PoolingDrivers {
   }
 
  private:
-  TemporaryFolder folder_;
+  test::TemporaryFolder folder_;
 };
 
 const std::wstring& connection_string(Kind kind) {

@@ -87,7 +87,7 @@ class Server {
     return status;
   }
 
-  TemporaryFolder folder_;
+  test::TemporaryFolder folder_;
   uid_t user_ = 0;
 };
 

@@ -8,8 +8,8 @@
 #include <korlib/activation.h>
 #include <korlib/dbcommand.h>
 
-#include "korlib/classes/temporary_folder.h"
 #include "support/late_bound.h"
+#include "support/temporary_folder.h"
 
 namespace databases {
 
@@ -21,10 +21,10 @@ class Fresh {
   explicit Fresh(Kind kind);
   ~Fresh();
   const std::wstring& connection_string() const { return connection_string_; }
-  const TemporaryFolder& folder() const { return folder_; }
+  const test::TemporaryFolder& folder() const { return folder_; }
 
  private:
-  TemporaryFolder folder_;
+  test::TemporaryFolder folder_;
   std::wstring connection_string_;
   Kind kind_;
 };

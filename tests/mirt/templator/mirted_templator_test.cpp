@@ -1,5 +1,5 @@
 // The child templator, made by a page controller that is bound to a request.
-#include "mirt/page/page_test.h"
+#include "mirt/page/page_fixture.h"
 #include "mirt/templator/recording_sink.h"
 
 namespace test {

@@ -7,7 +7,7 @@
 #include <korlib_host/class_table.h>
 #include <korlib_host/dispatch_object.h>
 
-#include "mirt/upload/upload_test.h"
+#include "mirt/upload/upload_fixture.h"
 #include "upload/upload_classes.h"
 
 namespace test {

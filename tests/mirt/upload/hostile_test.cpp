@@ -7,7 +7,7 @@
 
 #include <korlib/text.h>
 
-#include "mirt/upload/upload_test.h"
+#include "mirt/upload/upload_fixture.h"
 
 namespace test {
 namespace {

@@ -1,7 +1,7 @@
 // From a request to a form: which requests are uploads, and what is said when one cannot be read.
 #include <cstring>
 
-#include "mirt/upload/upload_test.h"
+#include "mirt/upload/upload_fixture.h"
 
 namespace test {
 namespace {

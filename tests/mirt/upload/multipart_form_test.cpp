@@ -1,5 +1,5 @@
 // The form, its value lists and its files, as a page and its binding see them.
-#include "mirt/upload/upload_test.h"
+#include "mirt/upload/upload_fixture.h"
 #include "upload/upload_classes.h"
 
 namespace test {

@@ -1,0 +1,95 @@
+#include "mirt/page/page_fixture.h"
+
+#include <unistd.h>
+
+#include <fstream>
+
+namespace test {
+
+PageTest::PageTest() {
+  const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
+  folder_ = std::filesystem::temp_directory_path() /
+            ("mirt_page_" + std::to_string(getpid()) + "_" + info->test_suite_name() + "_" + info->name());
+  std::filesystem::remove_all(folder_);
+}
+
+PageTest::~PageTest() { std::filesystem::remove_all(folder_); }
+
+CComPtr<IDispatch> PageTest::new_page() {
+  const korlib_host::ContextScope scope(asp_.context.get());
+  return module_.create(L"Mirt");
+}
+
+CComPtr<FakeScript> PageTest::hold_page_that_leaves(CComPtr<IDispatch>& held) {
+  held = new_page();
+  const CComPtr<FakeScript> own = FakeScript::make();
+  own->value(L"v", CComVariant(L"v"));
+  own->function(L"leave", [&held](const Arguments&) {
+    held.reset();
+    return CComVariant();
+  });
+  call(held.get(), L"AddScript", own);
+  return own;
+}
+
+IDispatch* PageTest::page() {
+  if (!page_) {
+    page_ = new_page();
+    EXPECT_EQ(S_OK, call(page_.get(), L"AddScript", script_).hr);
+  }
+  return page_.get();
+}
+
+void PageTest::process() {
+  const Answer answer = call(page(), L"Process");
+  EXPECT_EQ(S_OK, answer.hr) << testing::PrintToString(answer.description);
+}
+
+std::wstring PageTest::drawn_by(const wchar_t* member, const std::wstring& argument) {
+  asp_.response->writes.clear();
+  const Answer answer = call(page(), member, argument);
+  return FAILED(answer.hr) ? text_of(answer) + output() : output();
+}
+
+std::wstring PageTest::draw(const std::wstring& text) { return drawn_by(L"ProcessTemplate", text); }
+
+std::wstring PageTest::draw_file(const std::wstring& name) { return drawn_by(L"DrawTemplate", name); }
+
+void PageTest::in_process(const std::function<void()>& body) {
+  script_->function(L"On_EndDraw", [&](const Arguments&) {
+    body();
+    return CComVariant();
+  });
+  process();
+  script_->remove(L"On_EndDraw");
+}
+
+std::wstring PageTest::draw_in_process(const std::wstring& text) {
+  std::wstring drawn;
+  in_process([&] { drawn = draw(text); });
+  return drawn;
+}
+
+std::wstring PageTest::file(const std::string& name, const std::string& bytes) {
+  const std::filesystem::path path = folder_ / name;
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream(path, std::ios::binary) << bytes;
+  return path.wstring();
+}
+
+void PageTest::use_folder() {
+  std::filesystem::create_directories(folder_);
+  put(page(), L"TemplateFolder", folder_.wstring());
+  put(page(), L"TemplateExt", L".html");
+}
+
+void PageTest::TearDown() {
+  script_->forget_calls();  // their arguments hold the page
+  page_.reset();
+  script_.reset();
+  asp_ = fake::Asp();
+  EXPECT_EQ(0, FakeScript::alive()) << "a script is still held";
+  ModuleTest::TearDown();
+}
+
+}  // namespace test
