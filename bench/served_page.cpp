@@ -11,9 +11,9 @@
 #include <korlib/text.h>
 
 #include "app/big_stack.h"
-#include "app/page_run.h"
 #include "app/runtime.h"
 #include "http/server.h"
+#include "site/page_run.h"
 #include "zelto/http/client.h"
 #include "zelto/support/memory_sink.h"
 

@@ -4,7 +4,7 @@
 
 #include "app/commands.h"
 #include "app/configuration_file.h"
-#include "http/protected_names.h"
+#include "site/protected_names.h"
 
 #ifndef ZELTO_VERSION
 #error "the build says which version this is"

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "app/commands.h"
-#include "app/site.h"
 #include "http/server.h"
+#include "site/site.h"
 
 namespace zelto {
 

@@ -9,7 +9,7 @@
 #include <korlib/combstr.h>
 #include "app/commands.h"
 #include "app/runtime.h"
-#include "intrinsics/text.h"
+#include "text/charset.h"
 
 namespace zelto {
 

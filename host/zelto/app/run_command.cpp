@@ -7,10 +7,10 @@
 #include "app/big_stack.h"
 #include "app/commands.h"
 #include "app/console_sink.h"
-#include "app/page_run.h"
 #include "app/runtime.h"
-#include "http/ascii.h"
 #include "platform/canonical_path.h"
+#include "site/page_run.h"
+#include "text/ascii.h"
 
 namespace zelto {
 

@@ -18,10 +18,10 @@
 #include "app/last_resort.h"
 #include "app/log.h"
 #include "app/runtime.h"
-#include "app/session_sweeper.h"
 #include "app/signals.h"
-#include "app/site_worker.h"
 #include "http/access_log.h"
+#include "site/session_sweeper.h"
+#include "site/site_worker.h"
 
 namespace zelto {
 

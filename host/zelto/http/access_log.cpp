@@ -6,7 +6,7 @@
 #include <ctime>
 #include <string_view>
 
-#include "http/ascii.h"
+#include "text/ascii.h"
 
 namespace zelto {
 

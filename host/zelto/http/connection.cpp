@@ -11,9 +11,9 @@
 #include <string_view>
 #include <utility>
 
-#include "http/ascii.h"
 #include "http/framing.h"
-#include "http/static_files.h"
+#include "site/static_files.h"
+#include "text/ascii.h"
 
 namespace zelto {
 

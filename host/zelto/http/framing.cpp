@@ -4,8 +4,8 @@
 #include <array>
 #include <string_view>
 
-#include "http/ascii.h"
 #include "http/host_name.h"
+#include "text/ascii.h"
 
 namespace zelto {
 

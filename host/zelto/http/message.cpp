@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "http/ascii.h"
+#include "text/ascii.h"
 
 namespace zelto {
 

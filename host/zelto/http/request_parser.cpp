@@ -5,9 +5,9 @@
 #include <boost/beast/http/basic_parser.hpp>
 #include <utility>
 
-#include "http/ascii.h"
 #include "http/framing.h"
 #include "http/target.h"
+#include "text/ascii.h"
 
 namespace zelto {
 

@@ -5,8 +5,8 @@
 #include <ctime>
 #include <utility>
 
-#include "http/ascii.h"
-#include "http/http_date.h"
+#include "text/ascii.h"
+#include "text/http_date.h"
 
 namespace zelto {
 

@@ -3,8 +3,8 @@
 #include <optional>
 #include <vector>
 
-#include "http/ascii.h"
 #include "http/host_name.h"
+#include "text/ascii.h"
 
 namespace zelto {
 

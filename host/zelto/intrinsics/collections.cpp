@@ -3,8 +3,8 @@
 #include <korlib_host/enumerator.h>
 
 #include "intrinsics/guard.h"
-#include "intrinsics/text.h"
 #include "intrinsics/variant_key.h"
+#include "text/charset.h"
 
 namespace zelto {
 

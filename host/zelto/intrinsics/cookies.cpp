@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "http/ascii.h"
-#include "intrinsics/script_date.h"
-#include "intrinsics/text.h"
-#include "intrinsics/url_encoding.h"
+#include "text/ascii.h"
+#include "text/charset.h"
+#include "text/dates.h"
+#include "text/url_encoding.h"
 
 namespace zelto {
 

@@ -1,6 +1,6 @@
 #include "intrinsics/field_table.h"
 
-#include "intrinsics/text.h"
+#include "text/charset.h"
 
 namespace zelto {
 

@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "http/ascii.h"
 #include "intrinsics/server_variables.h"
-#include "intrinsics/text.h"
-#include "intrinsics/url_encoding.h"
+#include "text/ascii.h"
+#include "text/charset.h"
+#include "text/url_encoding.h"
 
 namespace zelto {
 

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "http/ascii.h"
-#include "intrinsics/text.h"
 #include "intrinsics/variant_key.h"
+#include "text/ascii.h"
+#include "text/charset.h"
 
 namespace zelto {
 

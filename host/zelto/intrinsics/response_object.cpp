@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <ctime>
 
-#include "http/ascii.h"
 #include "intrinsics/guard.h"
 #include "intrinsics/response_cookies.h"
-#include "intrinsics/script_date.h"
-#include "intrinsics/text.h"
-#include "intrinsics/url_encoding.h"
 #include "intrinsics/value_text.h"
 #include "script/engine.h"
+#include "text/ascii.h"
+#include "text/charset.h"
+#include "text/dates.h"
+#include "text/url_encoding.h"
 
 namespace zelto {
 

@@ -6,9 +6,9 @@
 #include <cstring>
 #include <utility>
 
-#include "http/ascii.h"
-#include "intrinsics/script_date.h"
-#include "intrinsics/text.h"
+#include "text/ascii.h"
+#include "text/charset.h"
+#include "text/dates.h"
 
 namespace zelto {
 

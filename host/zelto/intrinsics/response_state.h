@@ -10,7 +10,7 @@
 
 #include "http/message.h"
 #include "intrinsics/cookies.h"
-#include "intrinsics/locale.h"
+#include "text/locale.h"
 
 namespace zelto {
 

@@ -3,12 +3,12 @@
 #include <korlib/activation.h>
 
 #include "intrinsics/guard.h"
-#include "intrinsics/html.h"
-#include "intrinsics/text.h"
-#include "intrinsics/url_encoding.h"
 #include "intrinsics/value_text.h"
-#include "intrinsics/virtual_path.h"
 #include "script/stack.h"
+#include "text/charset.h"
+#include "text/html.h"
+#include "text/url_encoding.h"
+#include "text/virtual_path.h"
 
 namespace zelto {
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "http/ascii.h"
 #include "intrinsics/request_state.h"
-#include "intrinsics/text.h"
+#include "text/ascii.h"
+#include "text/charset.h"
 
 namespace zelto {
 

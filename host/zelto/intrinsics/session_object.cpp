@@ -2,7 +2,7 @@
 
 #include "intrinsics/contents_object.h"
 #include "intrinsics/guard.h"
-#include "intrinsics/text.h"
+#include "text/charset.h"
 
 namespace zelto {
 

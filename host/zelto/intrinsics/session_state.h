@@ -8,9 +8,9 @@
 #include <mutex>
 #include <string>
 
-#include "intrinsics/locale.h"
-#include "intrinsics/text.h"
 #include "intrinsics/variant_store.h"
+#include "text/charset.h"
+#include "text/locale.h"
 
 namespace zelto {
 

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "intrinsics/locale.h"
+#include "text/locale.h"
 
 namespace zelto {
 

@@ -1,7 +1,7 @@
 #include "intrinsics/variant_store.h"
 
-#include "intrinsics/text.h"
 #include "script/engine.h"
+#include "text/charset.h"
 
 namespace zelto {
 

@@ -1,8 +1,8 @@
 #include "pages/directive.h"
 
-#include "intrinsics/locale.h"
-#include "intrinsics/text.h"
 #include "pages/tag_attributes.h"
+#include "text/charset.h"
+#include "text/locale.h"
 
 namespace zelto::pages {
 

@@ -6,12 +6,12 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "intrinsics/text.h"
+#include "language/lexemes.h"
+#include "language/rewriter.h"
 #include "pages/page_scanner.h"
 #include "pages/tag_attributes.h"
-#include "script/lexemes.h"
-#include "script/rewriter.h"
 #include "script/text.h"
+#include "text/charset.h"
 
 namespace zelto::pages {
 

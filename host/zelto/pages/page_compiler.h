@@ -11,10 +11,10 @@
 #include <utility>
 #include <vector>
 
+#include "language/program.h"
 #include "pages/directive.h"
 #include "pages/page_error.h"
 #include "pages/source_file.h"
-#include "script/program.h"
 
 namespace zelto::pages {
 

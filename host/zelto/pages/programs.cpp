@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "intrinsics/text.h"
+#include "text/charset.h"
 
 namespace zelto {
 

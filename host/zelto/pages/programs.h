@@ -7,9 +7,9 @@
 #include <string>
 #include <unordered_map>
 
+#include "language/program.h"
 #include "pages/page_compiler.h"
 #include "script/outcome.h"
-#include "script/program.h"
 
 namespace zelto {
 

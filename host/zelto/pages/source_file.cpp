@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <ctime>
 
-#include "intrinsics/text.h"
+#include "text/charset.h"
 
 namespace zelto::pages {
 

@@ -7,7 +7,7 @@
 #include <climits>
 #include <deque>
 
-#include "intrinsics/text.h"
+#include "text/charset.h"
 
 namespace zelto {
 

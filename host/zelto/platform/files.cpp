@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "intrinsics/text.h"
 #include "platform/canonical_path.h"
+#include "text/charset.h"
 
 extern "C" HANDLE CreateFileW(const wchar_t* path, DWORD, DWORD, void*, DWORD, DWORD, HANDLE) {
   if (!path) return invalid_handle();

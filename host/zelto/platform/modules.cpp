@@ -6,7 +6,7 @@
 #include <string>
 #include <system_error>
 
-#include "intrinsics/text.h"
+#include "text/charset.h"
 
 // Of a null handle the program's own path. 0 and an empty text when the path does not fit.
 extern "C" DWORD GetModuleFileNameW(void* module, wchar_t* buffer, DWORD size) {

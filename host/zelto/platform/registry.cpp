@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "intrinsics/text.h"
+#include "text/charset.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "intrinsics/text.h"
 #include "platform/exported_symbols.h"
+#include "text/charset.h"
 
 namespace zelto {
 

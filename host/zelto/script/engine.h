@@ -52,8 +52,8 @@
 
 #include <korlib/dispatch.h>
 
+#include "language/program.h"
 #include "script/outcome.h"
-#include "script/program.h"
 #include "script/stack.h"
 #include "script/unwind.h"
 

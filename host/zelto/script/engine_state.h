@@ -13,10 +13,10 @@
 #include <korlib/errorinfo.h>
 #include <korlib/ptr.h>
 
+#include "language/program.h"
 #include "script/jsc.h"
 #include "script/member_names.h"
 #include "script/outcome.h"
-#include "script/program.h"
 #include "script/text.h"
 
 namespace zelto::script {

@@ -4,12 +4,12 @@
 #include <charconv>
 #include <utility>
 
+#include "language/written_source.h"
 #include "script/error_numbers.h"
 #include "script/errors.h"
 #include "script/missing_member.h"
 #include "script/realm_state.h"
 #include "script/unwind.h"
-#include "script/written_source.h"
 
 namespace zelto::script {
 namespace {

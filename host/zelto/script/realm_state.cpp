@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <limits>
 
+#include "language/lexemes.h"
 #include "script/engine.h"
 #include "script/errors.h"
-#include "script/lexemes.h"
 #include "script/script_classes.h"
 #include "script/script_object.h"
 

@@ -1,4 +1,4 @@
-#include "client.h"
+#include "zelto/http/client.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "client.h"
 #include "http/host_name.h"
-#include "test_server.h"
+#include "zelto/http/client.h"
+#include "zelto/http/test_server.h"
 
 namespace zelto_test {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <chrono>
 
-#include "client.h"
 #include "http/server.h"
-#include "test_server.h"
+#include "zelto/http/client.h"
+#include "zelto/http/test_server.h"
 
 namespace zelto_test {
 namespace {

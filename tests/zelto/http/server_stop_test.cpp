@@ -6,9 +6,9 @@
 #include <thread>
 #include <vector>
 
-#include "client.h"
 #include "http/server.h"
-#include "test_server.h"
+#include "zelto/http/client.h"
+#include "zelto/http/test_server.h"
 
 namespace zelto_test {
 namespace {

@@ -7,8 +7,8 @@
 #include <system_error>
 #include <thread>
 
-#include "client.h"
-#include "test_server.h"
+#include "zelto/http/client.h"
+#include "zelto/http/test_server.h"
 
 namespace zelto_test {
 namespace {

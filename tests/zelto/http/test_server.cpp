@@ -1,4 +1,4 @@
-#include "test_server.h"
+#include "zelto/http/test_server.h"
 
 #include <stdexcept>
 #include <utility>

@@ -3,8 +3,8 @@
 #include <ctime>
 #include <optional>
 
-#include "http/http_date.h"
-#include "intrinsics/script_date.h"
+#include "text/dates.h"
+#include "text/http_date.h"
 #include "zelto/intrinsics/page_fixture.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "intrinsics/locale.h"
+#include "text/locale.h"
 #include "zelto/intrinsics/calls.h"
 
 #include <korlib_host/dispatch_object.h>

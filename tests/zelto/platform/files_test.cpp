@@ -9,8 +9,8 @@
 #include <fstream>
 #include <string>
 
-#include "intrinsics/text.h"
 #include "platform/canonical_path.h"
+#include "text/charset.h"
 
 namespace {
 

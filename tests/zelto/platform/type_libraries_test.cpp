@@ -7,8 +7,8 @@
 #include <mirt/mirt.h>
 #include <zelto/asp.h>
 
-#include "intrinsics/text.h"
 #include "support/module.h"
+#include "text/charset.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Members that an object does not have, and the numbers of errors in `catch`.
 #include "script/missing_member.h"
 
-#include "script/written_source.h"
+#include "language/written_source.h"
 #include "zelto/script/script_test.h"
 
 namespace test {

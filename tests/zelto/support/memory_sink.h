@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "http/ascii.h"
 #include "http/message.h"
+#include "text/ascii.h"
 
 namespace test {
 

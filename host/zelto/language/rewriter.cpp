@@ -1,0 +1,380 @@
+#include "language/rewriter.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "language/lexemes.h"
+#include "language/tokens.h"
+
+namespace zelto::script {
+namespace {
+
+constexpr auto kAssignments =
+    std::to_array<std::wstring_view>({L"=", L"+=", L"-=", L"*=", L"/=", L"%=", L"**=", L"<<=", L">>=", L">>>=", L"&=",
+                                      L"|=", L"^=", L"&&=", L"||=", L"?\?="});
+
+// Properties without arguments that pages also write in small letters, with parentheses behind them.
+constexpr auto kProperties = std::to_array<std::wstring_view>({L"absolutepage",  L"absoluteposition",
+                                                               L"actualsize",    L"bof",
+                                                               L"buffer",        L"charset",
+                                                               L"codepage",      L"commandtext",
+                                                               L"contents",      L"contenttype",
+                                                               L"cookies",       L"count",
+                                                               L"definedsize",   L"editmode",
+                                                               L"eof",           L"eos",
+                                                               L"errors",        L"expires",
+                                                               L"fields",        L"form",
+                                                               L"haskeys",       L"lcid",
+                                                               L"line",          L"mode",
+                                                               L"name",          L"number",
+                                                               L"pagecount",     L"pagesize",
+                                                               L"parameters",    L"position",
+                                                               L"properties",    L"provider",
+                                                               L"querystring",   L"recordcount",
+                                                               L"scripttimeout", L"servervariables",
+                                                               L"sessionid",     L"size",
+                                                               L"sort",          L"source",
+                                                               L"state",         L"status",
+                                                               L"timeout",       L"totalbytes",
+                                                               L"type",          L"value",
+                                                               L"version"});
+
+static_assert(std::ranges::is_sorted(kProperties));
+
+// Methods of the language and of most scripts begin with a small letter, members of automation objects with a
+// capital one: so what the language is asked to do again and again stays as it is.
+bool may_be_property(std::wstring_view name) {
+  if (name.front() >= L'A' && name.front() <= L'Z') return true;
+  std::wstring lower(name);
+  std::ranges::transform(lower, lower.begin(), [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c - L'A' + L'a' : c; });
+  return std::ranges::binary_search(kProperties, lower);
+}
+
+class Rewriter {
+ public:
+  Rewriter(std::wstring_view text, const std::vector<Token>& tokens) : text_(text), tokens_(tokens) {}
+
+  Rewritten run() {
+    for (std::size_t i = 0; i < tokens_.size(); ++i) {
+      rewrite_token(i);
+      if (tokens_[i].statement_start) read_value(i, L", 1)");
+      if (is_assigned_call(i)) {
+        assign_call(i);
+      } else if (is_bare_call(i)) {
+        call_bare(i);
+      } else if (is_item(i)) {
+        read_item(i);
+      }
+    }
+    apply();
+    return std::move(result_);
+  }
+
+ private:
+  void rewrite_token(std::size_t i) {
+    const std::wstring_view text = word(i);
+    switch (tokens_[i].kind) {
+      case Token::keyword:
+        if (text == L"throw" && tokens_[i].statement_start) insert(tokens_[i].end, L" $zelto.thrown =");
+        if (text == L"return" && !line_ends_behind(i)) read_value(i + 1, L")");
+        if ((text == L"const" || text == L"class") && top_level(i)) result_.declares_lexical_names = true;
+        break;
+      case Token::punctuator:
+        if (is_assignment(i)) read_value(i + 1, L")");
+        if (text == L"," && is_call(around_)) read_value(i + 1, L")");
+        break;
+      case Token::open:
+        if (is_call(i) || is_condition(i)) read_value(i + 1, L")");
+        if (is_new_error(i)) make_error(i);
+        if (is_catch_body(i)) insert(tokens_[i].end, L" $zelto_caught(" + std::wstring(word(i - 2)) + L");");
+        enclosing_.push_back(std::exchange(around_, i));
+        break;
+      case Token::close:
+        around_ = enclosing_.back();
+        enclosing_.pop_back();
+        break;
+      case Token::literal:
+        if (text.front() == L'"' || text.front() == L'\'') escape_line_ends(i);
+        break;
+      case Token::name:
+        if (text == L"let" && top_level(i)) result_.declares_lexical_names = true;
+        break;
+    }
+  }
+
+  std::wstring_view word(std::size_t i) const {
+    return i < tokens_.size() ? text_.substr(tokens_[i].begin, tokens_[i].end - tokens_[i].begin) : std::wstring_view();
+  }
+  bool is(std::size_t i, std::wstring_view what) const { return word(i) == what; }
+  bool top_level(std::size_t i) const { return tokens_[i].depth == 0 && tokens_[i].statement_start; }
+  bool line_ends_behind(std::size_t i) const { return i + 1 >= tokens_.size() || tokens_[i + 1].newline_before; }
+  bool is_assignment(std::size_t i) const {
+    return tokens_[i].kind == Token::punctuator &&
+           std::find(kAssignments.begin(), kAssignments.end(), word(i)) != kAssignments.end();
+  }
+
+  void insert(std::size_t at, std::wstring text) { edits_.push_back({at, 0, std::move(text)}); }
+  void replace(std::size_t at, std::size_t length, std::wstring text) {
+    edits_.push_back({at, length, std::move(text)});
+  }
+  // What opens a wrapping that closes at `end`: of several at one place the outermost comes first.
+  void open_wrapping(std::size_t at, std::size_t end, std::wstring text) {
+    edits_.push_back({at, 0, std::move(text), end});
+  }
+
+  // The `(` of an argument list: what stands before it is a value, and no header or parameter list.
+  bool is_call(std::size_t open) const {
+    if (open == Token::kNone) return false;
+    const Token& token = tokens_[open];
+    return is(open, L"(") && open > 0 && !token.control && !token.function_part && tokens_[open - 1].ends_operand &&
+           !is(open - 1, L"super");
+  }
+
+  bool is_condition(std::size_t open) const {
+    return tokens_[open].control && (is(open - 1, L"if") || is(open - 1, L"while") || is(open - 1, L"switch"));
+  }
+
+  // One past a chain of names, calls and indices that begins at `first`; `first` when there is none.
+  std::size_t chain_end(std::size_t first) const {
+    if (first >= tokens_.size()) return first;
+    const Token& token = tokens_[first];
+    const bool starts =
+        token.kind == Token::name || is(first, L"this") || (is(first, L"(") && !token.control && !token.function_part);
+    if (!starts) return first;
+    std::size_t i = (token.kind == Token::open ? token.partner : first) + 1;
+    while (i < tokens_.size()) {
+      if (is(i, L".") && i + 1 < tokens_.size() && tokens_[i + 1].kind == Token::name) {
+        i += 2;
+      } else if ((is(i, L"(") || is(i, L"[")) && tokens_[i].kind == Token::open && !tokens_[i].statement_start) {
+        i = tokens_[i].partner + 1;
+      } else {
+        break;
+      }
+    }
+    return i;
+  }
+
+  // Whether an expression that ends before token `i` is complete there.
+  bool expression_ends(std::size_t i) const {
+    if (i >= tokens_.size() || tokens_[i].statement_start) return true;
+    const Token& next = tokens_[i];
+    return is(i, L";") || (next.kind == Token::close && next.end > next.begin) ||
+           (next.newline_before && next.kind == Token::open && is(i, L"{"));
+  }
+
+  // Wraps a chain that ends in a member's name and is all of its expression.
+  void read_value(std::size_t first, const wchar_t* tail) {
+    const std::size_t end = chain_end(first);
+    if (end < first + 3 || !is(end - 2, L".")) return;
+    const bool in_list = is(end, L",") && !tokens_[first].statement_start;
+    if (!expression_ends(end) && !in_list) return;
+    open_wrapping(tokens_[first].begin, tokens_[end - 1].end, L"$zelto_value(");
+    insert(tokens_[end - 1].end, tail);
+    read_.push_back(end - 1);
+  }
+
+  // The first token of the chain that `last` ends.
+  std::size_t chain_start(std::size_t last) const {
+    std::size_t i = last;
+    for (;;) {
+      if (tokens_[i].kind == Token::close) {
+        i = tokens_[i].partner;
+        const bool indexes = is(i, L"(") || is(i, L"[") || text_[tokens_[i].begin] == L'`';
+        if (!indexes || i == 0 || !tokens_[i - 1].ends_operand || tokens_[i].statement_start) return i;
+        --i;
+      } else if (i >= 2 && (is(i - 1, L".") || is(i - 1, L"?."))) {
+        i -= 2;
+      } else if (tokens_[i].kind == Token::literal && text_[tokens_[i].begin] == L'`' && i > 0 &&
+                 tokens_[i - 1].ends_operand) {
+        --i;
+      } else {
+        return i;
+      }
+    }
+  }
+
+  // `f(x) =`, `f(x)++`, `++f(x)`; `i` is the closing parenthesis.
+  bool is_assigned_call(std::size_t i) const {
+    if (!is(i, L")") || tokens_[i].kind != Token::close || !is_call(tokens_[i].partner)) return false;
+    const std::size_t start = chain_start(tokens_[i].partner - 1);
+    if (tokens_[start].kind == Token::keyword || is(start, L"{") || (start > 0 && is(start - 1, L"new"))) return false;
+    if (i + 1 < tokens_.size()) {
+      if (is_assignment(i + 1)) return true;
+      if ((is(i + 1, L"++") || is(i + 1, L"--")) && tokens_[i + 1].ends_operand) return true;
+    }
+    const bool prefixed =
+        start > 0 && (is(start - 1, L"++") || is(start - 1, L"--")) && !tokens_[start - 1].ends_operand;
+    return prefixed && chain_end(start) == i + 1;
+  }
+
+  void assign_call(std::size_t close) {
+    const std::size_t open = tokens_[close].partner;
+    open_wrapping(tokens_[chain_start(open - 1)].begin, tokens_[close].end, L"$zelto.at(");
+    replace(tokens_[open].begin, 1, L",");
+    insert(tokens_[close].end, L".v");
+  }
+
+  // `o.Name()`, where the name may be that of a property; `i` is the closing parenthesis.
+  bool is_bare_call(std::size_t i) const {
+    if (i < 4 || !is(i, L")") || tokens_[i].partner != i - 1 || !is_call(i - 1)) return false;
+    if (tokens_[i - 2].kind != Token::name || !is(i - 3, L".") || !may_be_property(word(i - 2))) return false;
+    const std::size_t start = chain_start(i - 2);
+    if (tokens_[start].kind == Token::keyword || is(start, L"{") || is(start, L"super")) return false;
+    if (start > 0 && is(start - 1, L"new")) return false;
+    return !is_optional(start, i);
+  }
+
+  // Whether the chain from `start` to `end` may end early: `a?.b.C()` goes no further where there is no `a`.
+  bool is_optional(std::size_t start, std::size_t end) const {
+    if (start > 0 && is(start - 1, L"?.")) return true;
+    for (std::size_t at = start; at < end; ++at) {
+      if (is(at, L"?.")) return true;
+    }
+    return false;
+  }
+
+  // `o.Item` that is neither called nor assigned to, as a value anywhere in an expression; `i` is the name.
+  bool is_item(std::size_t i) const {
+    if (i < 2 || tokens_[i].kind != Token::name || !is(i - 1, L".")) return false;
+    if (!is(i, L"Item") && !is(i, L"item")) return false;
+    if (i + 1 < tokens_.size()) {
+      if (is(i + 1, L"(") || is(i + 1, L"=>") || word(i + 1).starts_with(L'`') || is_assignment(i + 1)) return false;
+      if ((is(i + 1, L"++") || is(i + 1, L"--")) && tokens_[i + 1].ends_operand) return false;
+      if (is(i + 1, L"of") || is(i + 1, L"in")) return false;
+    }
+    const std::size_t start = chain_start(i);
+    if (tokens_[start].kind == Token::keyword || is(start, L"{") || is(start, L"super")) return false;
+    if (start > 0 &&
+        (is(start - 1, L"new") || is(start - 1, L"delete") || is(start - 1, L"++") || is(start - 1, L"--"))) {
+      return false;
+    }
+    return !is_optional(start, i) && !is_in_pattern();
+  }
+
+  // Inside of `[…] =` or `{…} =`: what stands there may be assigned to.
+  bool is_in_pattern() const {
+    const auto is_pattern = [this](std::size_t open) {
+      const std::size_t close = open == Token::kNone ? Token::kNone : tokens_[open].partner;
+      return close != Token::kNone && close + 1 < tokens_.size() && !is(open, L"(") && is(close + 1, L"=");
+    };
+    return is_pattern(around_) || std::ranges::any_of(enclosing_, is_pattern);
+  }
+
+  void read_item(std::size_t i) {
+    if (std::ranges::find(read_, i) != read_.end()) return;
+    open_wrapping(tokens_[chain_start(i)].begin, tokens_[i].end, L"$zelto_value(");
+    insert(tokens_[i].end, L")");
+  }
+
+  // What the author called in front of the dot at `dot`, where it can be said in a few words.
+  std::wstring_view receiver(std::size_t start, std::size_t dot) const {
+    constexpr std::size_t kMost = 60;
+    for (std::size_t i = start; i < dot; ++i) {
+      if (!is(i, L".") && !is(i, L"this") && tokens_[i].kind != Token::name) return {};
+      if (i > start && tokens_[i].begin != tokens_[i - 1].end) return {};
+    }
+    const std::wstring_view text = text_.substr(tokens_[start].begin, tokens_[dot - 1].end - tokens_[start].begin);
+    return text.size() <= kMost && text.find(L'\\') == std::wstring_view::npos ? text : std::wstring_view();
+  }
+
+  void call_bare(std::size_t close) {
+    open_wrapping(tokens_[chain_start(close - 2)].begin, tokens_[close].end, L"$zelto_call(");
+    replace(tokens_[close - 3].begin, 1, L", ");
+    insert(tokens_[close - 2].begin, L"\"");
+    insert(tokens_[close - 2].end, L"\"");
+    replace(tokens_[close - 1].begin, 1, L"");
+    const std::wstring_view called = receiver(chain_start(close - 2), close - 3);
+    if (!called.empty()) insert(tokens_[close].begin, L", \"" + std::wstring(called) + L"\"");
+  }
+
+  // The parenthesis of `new Error(number, description)`.
+  bool is_new_error(std::size_t open) const {
+    if (open < 2 || !is(open, L"(") || !is(open - 1, L"Error") || !is(open - 2, L"new")) return false;
+    for (std::size_t i = open + 1; i < tokens_[open].partner; ++i) {
+      if (is(i, L",") && tokens_[i].depth == tokens_[open].depth + 1) return true;
+    }
+    return false;
+  }
+
+  void make_error(std::size_t open) {
+    replace(tokens_[open - 2].begin, 3, L"$zelto_error(");
+    replace(tokens_[open].begin, 1, L",");
+  }
+
+  // The brace of `} catch (name) {`. A method of that name and place in a class gets the same, and is none the worse.
+  bool is_catch_body(std::size_t open) const {
+    return open >= 5 && is(open, L"{") && is(open - 1, L")") && tokens_[open - 2].kind == Token::name &&
+           is(open - 3, L"(") && is(open - 4, L"catch") && tokens_[open - 4].kind == Token::keyword &&
+           is(open - 5, L"}");
+  }
+
+  // A string may hold the two line ends that the engine counts everywhere but there: they become escapes,
+  // with a continuation that it does count.
+  void escape_line_ends(std::size_t i) {
+    for (std::size_t at = tokens_[i].begin; at < tokens_[i].end; ++at) {
+      if (text_[at] == L'\\') {
+        ++at;
+      } else if (text_[at] == 0x2028 || text_[at] == 0x2029) {
+        insert(at, text_[at] == 0x2028 ? L"\\u2028\\" : L"\\u2029\\");
+      }
+    }
+  }
+
+  void apply() {
+    std::stable_sort(edits_.begin(), edits_.end(), [](const Edit& a, const Edit& b) {
+      if (a.at != b.at) return a.at < b.at;
+      if (a.wraps_to == 0 || b.wraps_to == 0) return a.wraps_to == 0 && b.wraps_to != 0;
+      return a.wraps_to > b.wraps_to;
+    });
+    std::size_t at = 0;
+    for (const Edit& edit : edits_) {
+      copy(at, edit.at);
+      const auto column = static_cast<int>(result_.text.size() - line_start_);
+      result_.shifts.push_back({line_, column, static_cast<int>(edit.text.size()), static_cast<int>(edit.length)});
+      result_.text += edit.text;
+      at = edit.at + edit.length;
+    }
+    copy(at, text_.size());
+  }
+
+  // Text that stays as it is, and in it the lines as the engine counts them.
+  void copy(std::size_t from, std::size_t to) {
+    const std::size_t begin = result_.text.size();
+    result_.text.append(text_.substr(from, to - from));
+    for (std::size_t at = from; at < to; ++at) {
+      if (!ends_line(text_, at)) continue;
+      ++line_;
+      line_start_ = begin + (at - from) + 1;
+    }
+  }
+
+  struct Edit {
+    std::size_t at;
+    std::size_t length;
+    std::wstring text;
+    std::size_t wraps_to = 0;  // of what opens a wrapping: where that closes
+  };
+
+  std::wstring_view text_;
+  const std::vector<Token>& tokens_;
+  std::size_t around_ = Token::kNone;   // the bracket that is open
+  std::vector<std::size_t> enclosing_;  // those around it, outermost first
+  std::vector<std::size_t> read_;       // the last tokens of chains that read_value has wrapped
+  std::vector<Edit> edits_;
+  Rewritten result_;
+  int line_ = 1;
+  std::size_t line_start_ = 0;  // in the result
+};
+
+}  // namespace
+
+Rewritten rewrite(std::wstring_view text) {
+  const auto tokens = tokenize(text);
+  if (!tokens) return {std::wstring(text), true, {}, {}};
+  Rewritten rewritten = Rewriter(text, tokens->all).run();
+  rewritten.markup_comments = tokens->markup_comments;
+  return rewritten;
+}
+
+}  // namespace zelto::script

@@ -1,0 +1,40 @@
+// What a page may write that the engine's language does not have, put into words that it does have.
+//
+//   Session("x") = v          $zelto.at(Session, "x").v = v    also with +=, ++ and the like
+//   rs.Close;                 $zelto_value(rs.Close, 1);       a method, called without parentheses
+//   t = stream.ReadText;      t = $zelto_value(stream.ReadText);   likewise behind `return`, as an
+//                             argument of a call and as the condition of if, while and switch
+//   if (!list.Item)           if (!$zelto_value(list.Item))    Item without an index, anywhere
+//   rs.EOF()                  $zelto_call(rs, "EOF", "rs")     a method is called, a property read; for names that
+//                             begin with a capital letter, and for the properties of classic objects in any
+//                             letter case
+//   new Error(5, "text")      $zelto_error(Error,5, "text")    with its number
+//   throw x;                  throw $zelto.thrown = x;         remembers where something was thrown
+//   catch (e) {               catch (e) { $zelto_caught(e);   gives it the number that older pages know
+//
+// $zelto_value calls a method of an automation object, if it needs no arguments, and passes everything
+// else through. Elsewhere such a method stands for itself, and gives its value where one is needed: as
+// text, as a number, as an argument of an automation call. $zelto.at throws the usual ReferenceError for
+// what is no automation object. Only insertions within a line are made, so lines keep their numbers.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "language/program.h"
+
+namespace zelto::script {
+
+struct Rewritten {
+  std::wstring text;
+  bool declares_lexical_names = false;       // a top-level let, const or class
+  std::vector<ColumnShift> shifts;           // in the order of the text
+  std::vector<std::size_t> markup_comments;  // where "<!--" begins a comment in the text that was given
+};
+
+// Text that cannot be cut into tokens comes back as it was, for the engine to complain about.
+Rewritten rewrite(std::wstring_view text);
+
+}  // namespace zelto::script

@@ -1,0 +1,66 @@
+#include "site/protected_names.h"
+
+#include <algorithm>
+
+#include "site/content_types.h"
+#include "text/ascii.h"
+
+namespace zelto {
+
+namespace {
+
+bool contains(const std::vector<std::string>& names, std::string_view name) {
+  return std::ranges::any_of(names, [&](const std::string& one) { return same_text(one, name); });
+}
+
+}  // namespace
+
+bool ProtectedNames::add(std::string_view name) {
+  const bool is_folder = name.ends_with('/');
+  const bool is_extension = !is_folder && name.starts_with("*.");
+  if (is_folder) name.remove_suffix(1);
+  if (is_extension) name.remove_prefix(1);
+  if (name.empty() || name == "." || name.find_first_of("*/") != std::string_view::npos) return false;
+  (is_folder ? folders_ : is_extension ? extensions_ : files_).emplace_back(name);
+  return true;
+}
+
+bool ProtectedNames::covers(std::string_view name, bool last, bool well_known) const {
+  if (name.starts_with('.') || name.ends_with('~')) return true;
+  if (name.starts_with('_') && !well_known) return true;
+  if (contains(folders_, name)) return true;
+  if (!last) return false;
+  const std::string_view extension = extension_of(name);
+  return contains(files_, name) || contains(extensions_, extension) ||
+         contains(extensions_, extension.substr(0, extension.find('-')));
+}
+
+std::string_view ProtectedNames::find_in(std::string_view path) const {
+  constexpr std::string_view kWellKnown = "/.well-known/";
+  const bool well_known = path.starts_with(kWellKnown);
+  if (well_known) path.remove_prefix(kWellKnown.size() - 1);
+  while (!path.empty()) {
+    path.remove_prefix(1);
+    const std::string_view name = path.substr(0, path.find('/'));
+    path.remove_prefix(name.size());
+    if (!name.empty() && covers(name, path.empty(), well_known)) return name;
+  }
+  return {};
+}
+
+std::string ProtectedNames::list(std::size_t width) const {
+  std::vector<std::string> names = files_;
+  for (const std::string& folder : folders_) names.push_back(folder + "/");
+  for (const std::string& extension : extensions_) names.push_back("*" + extension);
+  std::string text;
+  std::size_t column = 0;
+  for (const std::string& name : names) {
+    if (!text.empty()) text += column + name.size() + 2 > width ? ",\n" : ", ";
+    if (text.ends_with('\n')) column = 0;
+    text += name;
+    column += name.size() + 2;
+  }
+  return text;
+}
+
+}  // namespace zelto

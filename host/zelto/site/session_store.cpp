@@ -1,0 +1,173 @@
+#include "site/session_store.h"
+
+#include <sys/random.h>
+
+#include <array>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace zelto {
+
+namespace {
+
+bool has_expired(const SessionState& session, SessionStore::Clock::time_point now) {
+  return now - session.last_used >= std::chrono::minutes(session.timeout_minutes);
+}
+
+}  // namespace
+
+std::string make_session_id() {
+  constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+  std::array<unsigned char, 16> random{};
+  if (getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size())) {
+    throw std::system_error(errno, std::generic_category(), "no random numbers");
+  }
+  std::string id;
+  unsigned bits = 0;
+  int held = 0;
+  for (const unsigned char byte : random) {
+    bits = bits << 8 | byte;
+    for (held += 8; held >= 6; held -= 6) id += kDigits[bits >> (held - 6) & 63];
+  }
+  id += kDigits[bits << (6 - held) & 63];
+  return id;
+}
+
+SessionStore::~SessionStore() {
+  for (auto& [id, entry] : sessions_) entry.session->clear();
+}
+
+SessionStore::State SessionStore::find(std::string_view id) const {
+  const std::scoped_lock guard(mutex_);
+  const auto found = sessions_.find(std::string(id));
+  return found == sessions_.end() ? nullptr : found->second.session;
+}
+
+// Whether requests still find the session. One that its client came back to is no newcomer any more.
+bool SessionStore::recognise(const SessionState& session) {
+  const std::scoped_lock guard(mutex_);
+  const auto found = sessions_.find(session.id);
+  if (found == sessions_.end() || found->second.session.get() != &session) return false;
+  if (const auto newcomer = std::exchange(found->second.newcomer, std::nullopt)) newcomers_.erase(*newcomer);
+  return true;
+}
+
+// The oldest newcomer that no request uses, locked and no longer found. The caller holds the mutex.
+SessionStore::State SessionStore::take_newcomer() {
+  for (const State& oldest : newcomers_) {
+    if (!oldest->lock.try_lock()) continue;
+    State taken = oldest;
+    erase(taken->id);
+    return taken;
+  }
+  return nullptr;
+}
+
+void SessionStore::erase(const std::string& id) {
+  const auto found = sessions_.find(id);
+  if (found == sessions_.end()) return;
+  if (found->second.newcomer) newcomers_.erase(*found->second.newcomer);
+  sessions_.erase(found);
+}
+
+void SessionStore::forget(const SessionState& session) {
+  const std::scoped_lock guard(mutex_);
+  erase(session.id);
+}
+
+void SessionStore::end(SessionState& session) {
+  forget(session);
+  session.clear();
+}
+
+SessionHold SessionStore::open(std::string_view id, Clock::time_point now) {
+  if (const std::shared_ptr<SessionState> known = find(id)) {
+    if (!known->lock.lock(patience_)) return {};
+    // While this request waited, the session may have ended or got another identifier.
+    if (known->id == id && recognise(*known)) {
+      if (!has_expired(*known, now)) return SessionHold(known);
+      end(*known);
+    }
+    known->lock.unlock();
+  }
+  auto made = std::make_shared<SessionState>(make_id());
+  {
+    const std::scoped_lock guard(mutex_);
+    made->timeout_minutes = timeout_minutes_;
+  }
+  made->lock.try_lock();
+  return SessionHold(std::move(made));
+}
+
+std::size_t SessionStore::limit() const {
+  const std::scoped_lock guard(mutex_);
+  return limit_;
+}
+
+void SessionStore::set_limits(LONG timeout_minutes, std::size_t limit) {
+  const std::scoped_lock guard(mutex_);
+  timeout_minutes_ = timeout_minutes;
+  limit_ = limit;
+}
+
+bool SessionStore::add(const std::shared_ptr<SessionState>& session) {
+  State evicted;
+  {
+    const std::scoped_lock guard(mutex_);
+    if (sessions_.size() >= limit_) {
+      evicted = take_newcomer();
+      if (!evicted) return false;
+      ++evicted_;
+    }
+    sessions_.emplace(session->id, Entry{session, newcomers_.insert(newcomers_.end(), session)});
+  }
+  if (!evicted) return true;
+  const SessionHold hold(std::move(evicted));
+  hold->clear();
+  return true;
+}
+
+void SessionStore::rename(const std::shared_ptr<SessionState>& session) {
+  const std::string id = make_id();
+  const std::scoped_lock guard(mutex_);
+  auto entry = sessions_.extract(session->id);
+  session->id = entry.key() = id;
+  sessions_.insert(std::move(entry));
+}
+
+void SessionStore::close(SessionHold hold) {
+  if (!hold) return;
+  hold->on_keep = hold->on_renew = nullptr;
+  hold->last_used = Clock::now();
+  if (hold->abandoned) end(*hold.state());
+}
+
+std::size_t SessionStore::sweep(Clock::time_point now) {
+  std::vector<std::shared_ptr<SessionState>> all;
+  {
+    const std::scoped_lock guard(mutex_);
+    for (const auto& [id, entry] : sessions_) all.push_back(entry.session);
+  }
+  std::size_t ended = 0;
+  for (const auto& session : all) {
+    if (!session->lock.try_lock()) continue;
+    const SessionHold hold(session);
+    if (!has_expired(*session, now)) continue;
+    end(*session);
+    ++ended;
+  }
+  return ended;
+}
+
+std::size_t SessionStore::size() const {
+  const std::scoped_lock guard(mutex_);
+  return sessions_.size();
+}
+
+std::size_t SessionStore::take_evicted() {
+  const std::scoped_lock guard(mutex_);
+  return std::exchange(evicted_, 0);
+}
+
+}  // namespace zelto

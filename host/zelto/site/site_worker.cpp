@@ -1,0 +1,49 @@
+#include "site/site_worker.h"
+
+#include <exception>
+#include <string>
+#include <utility>
+
+#include "text/charset.h"
+#include "text/html.h"
+
+namespace zelto {
+
+namespace {
+
+constexpr int kNotFound = 404;
+
+// For the author, who may look for the mistake in the file's place or permissions.
+std::string protected_text(const std::string& name) {
+  return to_utf8(html_encode(L"\"" + to_wide(name) + L"\" is a protected name: ", kUtf8CodePage)) +
+         "no client gets what bears it, whether it exists or not. A page can read it all the same. "
+         "<code>zelto serve --help</code> lists these names; <code>protect</code> in zelto.toml adds to them.";
+}
+
+}  // namespace
+
+void SiteWorker::handle(HttpRequest&& request, ResponseSink& sink) {
+  const std::string path = request.path;
+  try {
+    answer(std::move(request), sink);
+  } catch (const std::exception& error) {
+    site_.log("zelto: " + path + ": " + error.what());
+    throw;
+  }
+}
+
+void SiteWorker::answer(HttpRequest&& request, ResponseSink& sink) {
+  const auto settings = site_.settings();
+  const FoundFile found = settings->files.find(request.path);
+  if (found.kind == FoundFile::Kind::kProtected && settings->options.debug && !request.body_too_large) {
+    serve_status(sink, kNotFound, protected_text(found.path));
+    return;
+  }
+  if (found.kind != FoundFile::Kind::kPage) {
+    settings->files.serve(request, found, sink);
+    return;
+  }
+  pages_.run(std::move(request), found.path, found.physical, sink);
+}
+
+}  // namespace zelto

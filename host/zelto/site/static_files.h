@@ -1,0 +1,55 @@
+// The files of a site: what a path names, and serving those that are not pages.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "http/message.h"
+#include "site/protected_names.h"
+
+namespace zelto {
+
+struct StaticOptions {
+  std::string root;  // the site's folder
+  std::vector<std::string> default_documents = {"default.asp", "index.asp",   "default.html",
+                                                "index.html",  "default.htm", "index.htm"};
+  std::string page_extension = ".asp";
+  ProtectedNames protected_names;
+};
+
+// What a request's path names.
+struct FoundFile {
+  enum class Kind { kNone, kProtected, kPage, kFile, kRedirect };
+  Kind kind = Kind::kNone;
+  std::string path;      // of the page or file, from the root, "/a/default.asp"; for kRedirect the new path,
+                         // for kProtected the name that is protected
+  std::string physical;  // the same under the site's folder
+};
+
+class StaticFiles {
+ public:
+  explicit StaticFiles(StaticOptions options);
+  ~StaticFiles();
+  StaticFiles(const StaticFiles&) = delete;
+  StaticFiles& operator=(const StaticFiles&) = delete;
+
+  // `path` as HttpRequest::path. A folder gives its default document, or a redirect when its final slash
+  // is missing. Nothing outside the root is ever found, through symbolic links neither.
+  FoundFile find(std::string_view path) const;
+
+  // Answers with what find() gave, other than a page: the file, whole or in part, a redirect, or 404. To a client,
+  // what is protected is not there.
+  void serve(const HttpRequest& request, const FoundFile& found, ResponseSink& sink) const;
+
+ private:
+  int open_beneath(const std::string& relative, int flags) const;
+
+  StaticOptions options_;
+  int root_ = -1;
+};
+
+// Answers with a small HTML page that says `status` and `text`, and nothing about the inside.
+void serve_status(ResponseSink& sink, int status, std::string_view text, std::vector<Header> headers = {});
+
+}  // namespace zelto

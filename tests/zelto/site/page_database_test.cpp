@@ -1,0 +1,135 @@
+// What a page leaves behind in a database, however it ends.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include <korlib_host/database.h>
+#include <korlib_host/diagnostics.h>
+
+#include "app/big_stack.h"
+#include "app/runtime.h"
+#include "site/page_run.h"
+#include "zelto/support/memory_sink.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Pages of a site over an SQLite file, one after the other on the thread of one worker. Each has `open()`,
+// a connection to that file.
+class PageDatabase : public testing::Test {
+ protected:
+  PageDatabase() {
+    std::string name = (fs::temp_directory_path() / "zelto-database-XXXXXX").string();
+    options_.root = fs::canonical(mkdtemp(name.data())).string();
+    options_.log = [](std::string_view) {};
+    options_.script_timeout = std::chrono::seconds(1);
+    zelto::set_up_runtime();
+  }
+  ~PageDatabase() override { fs::remove_all(options_.root); }
+
+  void pages(const std::function<void()>& body) {
+    site_.emplace(options_);
+    zelto::on_big_stack([&] {
+      zelto::PageWorker worker(*site_);
+      worker_ = &worker;
+      body();
+    });
+    worker_ = nullptr;
+  }
+  // The body of the page's answer.
+  std::string run(const std::string& script) {
+    const std::string file = "/page" + std::to_string(++pages_) + ".asp";
+    std::ofstream(options_.root + file) << "<% function open() { var c = Server.CreateObject('ADODB.Connection'); "
+                                           "c.Open('Driver=SQLite3;Database=" +
+                                               options_.root + "/test.db'); c.CommandTimeout = 1; return c; } " +
+                                               script + " %>";
+    zelto::HttpRequest request;
+    request.method = "GET";
+    request.path = request.target = file;
+    if (!cookie_.empty()) request.headers.push_back({"Cookie", cookie_});
+    test::MemorySink sink;
+    worker_->run(std::move(request), file, options_.root + file, sink);
+    for (const std::string& set : sink.header("Set-Cookie")) cookie_ = set.substr(0, set.find(';'));
+    return sink.body;
+  }
+
+  zelto::SiteOptions options_;
+
+ private:
+  std::optional<zelto::Site> site_;
+  zelto::PageWorker* worker_ = nullptr;
+  std::string cookie_;
+  int pages_ = 0;
+};
+
+TEST_F(PageDatabase, RollsATransactionBackHoweverThePageEnds) {
+  pages([this] {
+    EXPECT_EQ("", run("open().Execute('CREATE TABLE t (n INTEGER)');"));
+    for (const char* begin : {"c.BeginTrans();", "c.Execute('BEGIN IMMEDIATE');"}) {
+      for (const char* end : {"", "Response.End();", "Response.Redirect('/');", "throw new Error('x');",
+                              "while (true) {}", "c = null;", "Session.Abandon();"}) {
+        run(std::string("var c = open(); ") + begin + "c.Execute('INSERT INTO t VALUES (1)'); " + end);
+        // Neither seen by the same connection from the pool, nor does its lock hold a writer up.
+        EXPECT_EQ("0", run("Response.Write(open().Execute('SELECT COUNT(*) FROM t')(0));")) << begin << end;
+        EXPECT_EQ("", run("open().Execute('DELETE FROM t');")) << begin << end;
+        EXPECT_EQ("", run("var c = open(); c.BeginTrans(); c.CommitTrans();")) << begin << end;
+      }
+    }
+  });
+}
+
+TEST_F(PageDatabase, HoldsNoHandleAfterThePage) {
+  pages([this] {
+    run("open().Execute('CREATE TABLE t (n INTEGER)'); open().Execute('INSERT INTO t VALUES (1), (2), (3)');");
+    const std::int64_t objects = korlib_host::live_objects();
+    for (const char* script :
+         {"var c = open(), rs = c.Execute('SELECT n FROM t'); rs.MoveNext();",
+          "var rs = open().Execute('SELECT n FROM t'); Response.End();", "open().Execute('SELECT nothing');",
+          "var f = open().Execute('SELECT n FROM t').Fields(0); throw f;",
+          "var m = Server.CreateObject('Mirt'); m.Script = this; var q = m.NewADOCommand(open(), 'SELECT n FROM t', 1);"
+          "var rs = q.Execute(); while (true) rs = q.Execute();"}) {
+      run(script);
+      EXPECT_EQ(0, korlib_host::database_handles().statements) << script;
+      EXPECT_EQ(objects, korlib_host::live_objects()) << script;
+    }
+    EXPECT_GE(2, korlib_host::database_handles().connections) << "those that lie idle";
+    korlib_host::close_idle_connections();
+    EXPECT_EQ(0, korlib_host::database_handles().connections);
+  });
+}
+
+// In the Session it outlives its page, and its lock would hold everybody else up.
+TEST_F(PageDatabase, RollsBackOnAConnectionThatOutlivesThePage) {
+  pages([this] {
+    EXPECT_EQ("", run("Session('c') = open(); Session('c').Execute('CREATE TABLE t (n INTEGER)');"));
+    for (const char* end : {"", "Response.End();", "throw new Error('x');", "while (true) {}"}) {
+      run(std::string("Session('c').BeginTrans(); Session('c').Execute('INSERT INTO t VALUES (1)'); ") + end);
+      EXPECT_EQ("", run("open().Execute('DELETE FROM t');")) << end;
+      EXPECT_EQ("0 0", run("Response.Write(Session('c').Execute('SELECT COUNT(*) FROM t')(0) + ' ' +"
+                           "open().Execute('SELECT COUNT(*) FROM t')(0));"))
+          << end;
+    }
+  });
+}
+
+TEST_F(PageDatabase, KeepsTheTransactionOfAPageThatRunsAnother) {
+  pages([this] {
+    run("open().Execute('CREATE TABLE t (n INTEGER)');");  // page1
+    run("");                                               // page2
+    EXPECT_EQ("1", run("var c = open(); c.BeginTrans(); c.Execute('INSERT INTO t VALUES (1)');"
+                       "Server.Execute('page2.asp'); c.CommitTrans();"
+                       "Response.Write(open().Execute('SELECT COUNT(*) FROM t')(0));"));
+  });
+}
+
+TEST_F(PageDatabase, LetsAConnectionLiveInTheSession) {
+  pages([this] {
+    EXPECT_EQ("", run("Session('c') = open(); Session('c').Execute('CREATE TABLE t (n INTEGER)');"));
+    EXPECT_EQ("1", run("Session('c').Execute('INSERT INTO t VALUES (1)');"
+                       "Response.Write(Session('c').Execute('SELECT COUNT(*) FROM t')(0));"));
+  });
+}
+
+}  // namespace
