@@ -3,10 +3,13 @@
 #pragma once
 
 #include <cstring>
+#include <optional>
 #include <string>
 
 #include <korlib/comvariant.h>
 #include <korlib/text.h>
+
+#include "text_input.h"
 
 namespace fuzz {
 
@@ -29,6 +32,21 @@ inline bool is_decoded(const VARIANT& value, const std::string& bytes, LONG char
   std::wstring text(utf8_utf32(bytes.data(), bytes.size(), nullptr, 0), L'\0');
   utf8_utf32(bytes.data(), bytes.size(), text.data(), text.size());
   return korlib::view_of(value.bstrVal) == text;
+}
+
+// What a decoder and the member of its name make of `text`, beside what the rules make of it.
+template <class Decode, class Member>
+std::string decoded_by_rules(const std::wstring& text, LONG charset, const std::optional<std::string>& expected,
+                             Decode decode, Member member) {
+  std::string bytes;
+  require(decode(text.data(), text.size(), bytes) == (expected ? S_OK : E_FAIL), "what can be decoded");
+  if (expected) require(bytes == *expected, "the bytes");
+
+  CComVariant value;
+  const CComBSTR input(std::wstring_view{text});
+  require(member(input, charset, &value) == (expected ? S_OK : E_FAIL), "the member's code");
+  require(expected ? is_decoded(value, *expected, charset) : value.vt == VT_EMPTY, "the member's value");
+  return bytes;
 }
 
 }  // namespace fuzz

@@ -52,18 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size == 0) return 0;
   const LONG charset = static_cast<LONG>(data[0] % 4) - 2;
   const std::wstring text = fuzz::text_from(data + 1, size - 1);
-  const std::optional<std::string> expected = by_the_rules(text);
-
-  std::string bytes;
-  const HRESULT hr = mirt::utility::URLDecode(text.data(), text.size(), bytes);
-  fuzz::require(hr == (expected ? S_OK : E_FAIL), "what can be decoded");
-  if (expected) fuzz::require(bytes == *expected, "the bytes");
-
-  CComVariant value;
-  const CComBSTR input(std::wstring_view{text});
-  const HRESULT answer = mirt::utility::url_decode(input, charset, &value);
-  fuzz::require(answer == hr, "the member's code");
-  fuzz::require(expected ? fuzz::is_decoded(value, *expected, charset) : value.vt == VT_EMPTY, "the member's value");
+  fuzz::decoded_by_rules(text, charset, by_the_rules(text), mirt::utility::URLDecode, mirt::utility::url_decode);
 
   // The input's own bytes, there and back.
   const std::string raw(reinterpret_cast<const char*>(data), size);
