@@ -19,7 +19,7 @@ std::string escaped(std::string_view text, Text whose = Text::kClients) {
   std::string out;
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F || (byte > 0x7F && whose == Text::kClients) || c == '"' || c == '\\')
+    if (is_control(c) || (byte > 0x7F && whose == Text::kClients) || c == '"' || c == '\\')
       append_hex(out += "\\x", c);
     else
       out += c;

@@ -5,6 +5,7 @@
 
 #include "http/host_name.h"
 #include "text/ascii.h"
+#include "text/percent_coding.h"
 
 namespace zelto {
 
@@ -20,17 +21,14 @@ std::optional<std::string> decode_segment(std::string_view segment) {
   for (std::size_t at = 0; at < segment.size(); ++at) {
     char c = segment[at];
     if (c == '%') {
-      if (segment.size() - at < 3) return std::nullopt;
-      const int high = hex_value(segment[at + 1]);
-      const int low = hex_value(segment[at + 2]);
-      if (high < 0 || low < 0) return std::nullopt;
-      c = static_cast<char>(high * 16 + low);
+      const auto byte = escaped_byte(segment.substr(at));
+      if (!byte || *byte == '/') return std::nullopt;
+      c = *byte;
       at += 2;
-      if (c == '/') return std::nullopt;
     } else if (static_cast<unsigned char>(c) >= 0x80) {
       return std::nullopt;  // must be sent encoded
     }
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F || c == '\\') return std::nullopt;
+    if (is_control(c) || c == '\\') return std::nullopt;
     decoded += c;
   }
   return decoded;
@@ -125,15 +123,8 @@ Target parse_target(std::string_view text) {
 }
 
 std::string encode_path(std::string_view path) {
-  constexpr std::string_view kUnreserved = "-._~/";
-  std::string encoded;
-  for (const char c : path) {
-    if (is_alphanumeric(c) || kUnreserved.find(c) != std::string_view::npos)
-      encoded += c;
-    else
-      append_hex(encoded += '%', c);
-  }
-  return encoded;
+  return percent_encode(
+      path, [](char c) { return is_alphanumeric(c) || std::string_view("-._~/").find(c) != std::string_view::npos; });
 }
 
 }  // namespace zelto

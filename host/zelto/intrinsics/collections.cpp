@@ -239,7 +239,7 @@ HRESULT CookieCollection::get_Item(VARIANT key, VARIANT* value) {
     }
     VariantKey wanted;
     RETURN_IF_FAILED(read_key(key, cookies.size(), wanted));
-    const ReceivedCookie* cookie = wanted.place ? &cookies[*wanted.place] : find_cookie(cookies, wanted.name);
+    const ReceivedCookie* cookie = wanted.place ? &cookies[*wanted.place] : find_named(cookies, wanted.name);
     CComPtr<CookieValue> object = korlib::make<CookieValue>(page_, cookie);
     VariantInit(value);
     value->vt = VT_DISPATCH;

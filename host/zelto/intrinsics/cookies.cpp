@@ -2,17 +2,18 @@
 
 #include <algorithm>
 
-#include "text/ascii.h"
+#include "intrinsics/form_fields.h"
 #include "text/charset.h"
-#include "text/dates.h"
-#include "text/url_encoding.h"
+#include "text/http_date.h"
+#include "text/http_grammar.h"
+#include "text/percent_coding.h"
 
 namespace zelto {
 
 namespace {
 
-std::wstring decoded(std::string_view text) { return to_wide(percent_decode(text)); }
-std::string encoded(std::wstring_view text) { return url_encode(to_utf8(text)); }
+std::wstring decoded(std::string_view text) { return to_wide(form_decode(text)); }
+std::string encoded(std::wstring_view text) { return form_encode(to_utf8(text)); }
 
 ReceivedCookie parse_cookie(std::string_view pair) {
   ReceivedCookie cookie;
@@ -25,7 +26,7 @@ ReceivedCookie parse_cookie(std::string_view pair) {
     return cookie;
   }
   cookie.value = to_wide(value);
-  if (auto keys = parse_urlencoded(value, kUtf8CodePage)) cookie.keys = std::move(*keys);
+  if (auto keys = parse_form_fields(value, kUtf8CodePage)) cookie.keys = std::move(*keys);
   return cookie;
 }
 
@@ -33,21 +34,13 @@ ReceivedCookie parse_cookie(std::string_view pair) {
 
 std::vector<ReceivedCookie> parse_cookies(std::string_view header) {
   std::vector<ReceivedCookie> cookies;
-  while (!header.empty()) {
-    const std::size_t end = header.find(';');
-    const std::string_view pair = trim_blanks(header.substr(0, end));
-    header.remove_prefix(end == std::string_view::npos ? header.size() : end + 1);
-    if (pair.empty() || pair.front() == '=') continue;
+  for_each_piece(header, ';', [&](std::string_view piece) {
+    const std::string_view pair = trim_blanks(piece);
+    if (pair.empty() || pair.front() == '=') return;
     ReceivedCookie cookie = parse_cookie(pair);
-    if (!find_cookie(cookies, cookie.name)) cookies.push_back(std::move(cookie));
-  }
+    if (!find_named(cookies, cookie.name)) cookies.push_back(std::move(cookie));
+  });
   return cookies;
-}
-
-const ReceivedCookie* find_cookie(const std::vector<ReceivedCookie>& cookies, std::wstring_view name) {
-  const std::wstring wanted = fold_name(name);
-  const auto found = std::ranges::find_if(cookies, [&](const auto& c) { return fold_name(c.name) == wanted; });
-  return found == cookies.end() ? nullptr : &*found;
 }
 
 std::string SetCookie::header() const {
@@ -56,8 +49,8 @@ std::string SetCookie::header() const {
     out += encoded(value);
   } else {
     std::string_view separator;
-    for (const auto& [key, key_value] : keys) {
-      out.append(separator).append(encoded(key)).append("=").append(encoded(key_value));
+    for (const CookieKey& key : keys) {
+      out.append(separator).append(encoded(key.name)).append("=").append(encoded(key.value));
       separator = "&";
     }
   }
@@ -71,8 +64,7 @@ std::string SetCookie::header() const {
 }
 
 bool is_cookie_attribute(std::string_view text) {
-  return std::ranges::none_of(text,
-                              [](char c) { return c == ';' || static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
+  return std::ranges::none_of(text, [](char c) { return c == ';' || is_control(c); });
 }
 
 }  // namespace zelto

@@ -2,10 +2,9 @@
 
 #include <utility>
 
+#include "base/letter_case.h"
+#include "intrinsics/form_fields.h"
 #include "intrinsics/server_variables.h"
-#include "text/ascii.h"
-#include "text/charset.h"
-#include "text/url_encoding.h"
 
 namespace zelto {
 
@@ -15,7 +14,7 @@ RequestState::RequestState(HttpRequest request, PagePlace place) : http_(std::mo
 
 RequestState::ReadError RequestState::query(Fields& fields) {
   if (!query_) {
-    auto table = parse_urlencoded(http_.query, code_page);
+    auto table = parse_form_fields(http_.query, code_page);
     if (!table) return ReadError::too_many_query_fields;
     query_ = std::make_shared<const FieldTable>(std::move(*table));
   }
@@ -34,7 +33,7 @@ const std::vector<ReceivedCookie>& RequestState::cookies() {
   if (!cookies_) {
     std::string joined;
     for (const Header& header : http_.headers) {
-      if (!same_text(header.name, "Cookie")) continue;
+      if (!base::equal_ascii(header.name, "Cookie")) continue;
       joined.append(joined.empty() ? "" : "; ").append(header.value);
     }
     cookies_ = std::make_unique<std::vector<ReceivedCookie>>(parse_cookies(joined));
@@ -44,7 +43,7 @@ const std::vector<ReceivedCookie>& RequestState::cookies() {
 
 bool RequestState::has_urlencoded_body() const {
   const std::string* type = http_.header("Content-Type");
-  return type && same_text(type->substr(0, type->find_first_of("; \t")), "application/x-www-form-urlencoded");
+  return type && base::equal_ascii(type->substr(0, type->find_first_of("; \t")), "application/x-www-form-urlencoded");
 }
 
 RequestState::ReadError RequestState::form(Fields& fields) {
@@ -52,7 +51,7 @@ RequestState::ReadError RequestState::form(Fields& fields) {
   if (http_.body_too_large) return ReadError::too_large;
   use_ = BodyUse::form;
   if (!form_) {
-    auto table = has_urlencoded_body() ? parse_urlencoded(http_.body, code_page) : FieldTable();
+    auto table = has_urlencoded_body() ? parse_form_fields(http_.body, code_page) : FieldTable();
     if (!table) return ReadError::too_many_form_fields;
     form_ = std::make_shared<const FieldTable>(std::move(*table));
   }

@@ -2,10 +2,7 @@
 
 #include <korlib_host/enumerator.h>
 
-#include <algorithm>
-
 #include "intrinsics/variant_key.h"
-#include "text/ascii.h"
 #include "text/charset.h"
 
 namespace zelto {
@@ -56,14 +53,12 @@ SetCookie* ResponseCookie::changeable() {
 HRESULT ResponseCookie::get_Item(VARIANT key, VARIANT* value) {
   std::wstring name;
   if (key.vt != VT_ERROR) RETURN_IF_FAILED(text_of(key, name));
-  const SetCookie* cookie = page_->response.find_cookie(name_);  // looking at one sets none
+  const SetCookie* cookie = find_named(page_->response.cookies, name_);  // looking at one sets none
   std::wstring text;
   if (cookie && key.vt == VT_ERROR) {
     text = cookie->value;
   } else if (cookie) {
-    const std::wstring wanted = fold_name(name);
-    const auto row = std::ranges::find_if(cookie->keys, [&](const auto& k) { return fold_name(k.first) == wanted; });
-    if (row != cookie->keys.end()) text = row->second;
+    if (const CookieKey* row = find_named(cookie->keys, name)) text = row->value;
   }
   put_text(text, value);
   return S_OK;
@@ -82,12 +77,10 @@ HRESULT ResponseCookie::put_Item(const korlib::Arguments& arguments, VARIANT*) {
   }
   std::wstring key;
   RETURN_IF_FAILED(text_of(arguments[0], key));
-  const std::wstring wanted = fold_name(key);
-  const auto row = std::ranges::find_if(cookie->keys, [&](const auto& k) { return fold_name(k.first) == wanted; });
-  if (row == cookie->keys.end()) {
-    cookie->keys.emplace_back(key, value);
+  if (CookieKey* row = find_named(cookie->keys, key)) {
+    row->value = value;
   } else {
-    row->second = value;
+    cookie->keys.push_back({key, value});
   }
   return S_OK;
 }
@@ -132,7 +125,7 @@ HRESULT ResponseCookie::put_SameSite(BSTR policy) {
   SetCookie* cookie = changeable();
   if (!cookie) return E_FAIL;
   for (const char* known : {"", "Lax", "Strict", "None"}) {
-    if (same_text(known, wanted)) {
+    if (base::equal_ascii(known, wanted)) {
       cookie->same_site = known;
       return S_OK;
     }
@@ -141,7 +134,7 @@ HRESULT ResponseCookie::put_SameSite(BSTR policy) {
 }
 
 HRESULT ResponseCookie::get_HasKeys(VARIANT_BOOL* has_keys) {
-  const SetCookie* cookie = page_->response.find_cookie(name_);
+  const SetCookie* cookie = find_named(page_->response.cookies, name_);
   *has_keys = cookie && !cookie->keys.empty() ? VARIANT_TRUE : VARIANT_FALSE;
   return S_OK;
 }

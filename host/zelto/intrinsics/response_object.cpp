@@ -1,22 +1,27 @@
 #include "intrinsics/response_object.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ctime>
 
+#include "base/letter_case.h"
+#include "base/serial_date.h"
 #include "intrinsics/guard.h"
 #include "intrinsics/response_cookies.h"
 #include "intrinsics/value_text.h"
 #include "script/engine.h"
-#include "text/ascii.h"
+#include "text/characters.h"
 #include "text/charset.h"
-#include "text/dates.h"
-#include "text/url_encoding.h"
+#include "text/http_date.h"
+#include "text/http_grammar.h"
+#include "text/percent_coding.h"
 
 namespace zelto {
 
 namespace {
 
 constexpr std::wstring_view kSource = L"Response";
+constexpr double kSecondsPerMinute = 60;
 
 HRESULT raise_bad(std::wstring_view member) {
   return korlib::raise(E_INVALIDARG, kSource, std::wstring(member) + L": the text may hold no control characters.");
@@ -45,7 +50,19 @@ HRESULT header_value(std::wstring_view member, BSTR text, std::string& value) {
 // The connection frames the body; a page that sets these would either repeat or contradict it.
 bool is_framing_header(std::string_view name) {
   constexpr std::string_view kFraming[] = {"Content-Length", "Transfer-Encoding", "Connection", "Date", "Server"};
-  return std::ranges::any_of(kFraming, [name](std::string_view framing) { return same_text(framing, name); });
+  return std::ranges::any_of(kFraming, [name](std::string_view framing) { return base::equal_ascii(framing, name); });
+}
+
+// The date so many minutes from now; the clock that is put forward or back until then does not change it.
+double date_in(double minutes) {
+  constexpr double kBeyondAllDates = 1e12;
+  const double seconds = std::fmin(std::fmax(minutes * kSecondsPerMinute, -kBeyondAllDates), kBeyondAllDates);
+  return base::local_date(std::time(nullptr) + std::llround(seconds));
+}
+
+// The minutes from now to a date, to the second.
+double minutes_until(double date) {
+  return static_cast<double>(moment_of(date) - std::time(nullptr)) / kSecondsPerMinute;
 }
 
 }  // namespace
@@ -134,9 +151,9 @@ HRESULT ResponseObject::AddHeader(BSTR name, BSTR value) {
     }
     RETURN_IF_FAILED(header_value(L"AddHeader", value, text));
     if (is_framing_header(header)) return S_OK;
-    if (same_text(header, "Content-Type")) {
+    if (base::equal_ascii(header, "Content-Type")) {
       page_->response.content_type = text;
-    } else if (same_text(header, "Cache-Control")) {
+    } else if (base::equal_ascii(header, "Cache-Control")) {
       page_->response.cache_control = text;
     } else {
       page_->response.headers.push_back({header, text});
@@ -147,11 +164,7 @@ HRESULT ResponseObject::AddHeader(BSTR name, BSTR value) {
 
 HRESULT ResponseObject::AppendToLog(BSTR text) {
   return guarded(kSource, [&] {
-    std::string note = to_utf8(korlib::view_of(text));
-    // One request is one line of the log.
-    std::ranges::replace_if(
-        note, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
-    page_->response.log_note += note;
+    page_->response.log_note += plain_line(to_utf8(korlib::view_of(text)));
     return S_OK;
   });
 }

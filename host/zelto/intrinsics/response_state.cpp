@@ -6,9 +6,10 @@
 #include <cstring>
 #include <utility>
 
-#include "text/ascii.h"
+#include "base/letter_case.h"
 #include "text/charset.h"
-#include "text/dates.h"
+#include "text/http_date.h"
+#include "text/http_grammar.h"
 
 namespace zelto {
 
@@ -107,7 +108,7 @@ bool ResponseState::reset() {
 ResponseHead ResponseState::head() const {
   ResponseHead head{status, reason, {}};
   if (!content_type.empty()) {
-    const std::string type = lower_text(content_type);
+    const std::string type = base::ascii_lowered(content_type);
     const bool is_text = type.starts_with("text/");
     std::string set = !charset.empty() ? charset : is_text ? charset_of(code_page).value_or("utf-8") : "";
     if (type.find("charset=") != std::string::npos) set.clear();  // the page has said it all
@@ -131,14 +132,8 @@ bool ResponseState::set_status(std::string_view line) {
   return true;
 }
 
-const SetCookie* ResponseState::find_cookie(std::wstring_view name) const {
-  const std::wstring wanted = fold_name(name);
-  const auto found = std::ranges::find_if(cookies, [&](const auto& c) { return fold_name(c.name) == wanted; });
-  return found == cookies.end() ? nullptr : &*found;
-}
-
 SetCookie& ResponseState::cookie(std::wstring_view name) {
-  if (const SetCookie* found = find_cookie(name)) return cookies[static_cast<std::size_t>(found - cookies.data())];
+  if (SetCookie* found = find_named(cookies, name)) return *found;
   cookies.emplace_back().name = name;
   return cookies.back();
 }

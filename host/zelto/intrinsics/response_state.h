@@ -71,8 +71,7 @@ class ResponseState {
 
   // "404 Not Found"; false for text that is no status line.
   bool set_status(std::string_view line);
-  const SetCookie* find_cookie(std::wstring_view name) const;  // null when it was not set
-  SetCookie& cookie(std::wstring_view name);                   // made when it is missing
+  SetCookie& cookie(std::wstring_view name);  // made when it is missing
 
  private:
   void sent_on();

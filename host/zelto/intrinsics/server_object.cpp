@@ -7,7 +7,7 @@
 #include "script/stack.h"
 #include "text/charset.h"
 #include "text/html.h"
-#include "text/url_encoding.h"
+#include "text/percent_coding.h"
 #include "text/virtual_path.h"
 
 namespace zelto {
@@ -64,7 +64,7 @@ HRESULT ServerObject::URLEncode(BSTR text, BSTR* encoded) {
   if (!encoded) return E_POINTER;
   *encoded = nullptr;
   return guarded(kSource, [&] {
-    return give_text(to_wide(url_encode(encode(page_->response.code_page, korlib::view_of(text)))), encoded);
+    return give_text(to_wide(form_encode(encode(page_->response.code_page, korlib::view_of(text)))), encoded);
   });
 }
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "base/letter_case.h"
 #include "intrinsics/request_state.h"
-#include "text/ascii.h"
 #include "text/charset.h"
 
 namespace zelto {
@@ -46,7 +46,7 @@ std::vector<std::pair<std::string, std::string>> header_variables(const HttpRequ
     if (same == variables.end()) {
       variables.emplace_back(std::move(name), header.value);
     } else {
-      same->second.append(same_text(header.name, "Cookie") ? "; " : ", ").append(header.value);
+      same->second.append(base::equal_ascii(header.name, "Cookie") ? "; " : ", ").append(header.value);
     }
   }
   return variables;

@@ -1,18 +1,18 @@
 #include "intrinsics/variant_store.h"
 
+#include "base/letter_case.h"
 #include "script/engine.h"
-#include "text/charset.h"
 
 namespace zelto {
 
 HRESULT VariantTable::get(std::wstring_view name, VARIANT* value) const {
   VariantInit(value);
-  const auto place = places_.find(fold_name(name));
+  const auto place = places_.find(base::folded(name));
   return place == places_.end() ? S_OK : VariantCopy(value, &entries_[place->second].value);
 }
 
 void VariantTable::put(std::wstring_view name, CComVariant value) {
-  const auto [place, is_new] = places_.try_emplace(fold_name(name), entries_.size());
+  const auto [place, is_new] = places_.try_emplace(base::folded(name), entries_.size());
   if (is_new) {
     entries_.push_back({std::wstring(name), std::move(value)});
     return;
@@ -23,7 +23,7 @@ void VariantTable::put(std::wstring_view name, CComVariant value) {
 }
 
 void VariantTable::remove(std::wstring_view name) {
-  const auto found = places_.find(fold_name(name));
+  const auto found = places_.find(base::folded(name));
   if (found == places_.end()) return;
   const std::size_t place = found->second;
   places_.erase(found);

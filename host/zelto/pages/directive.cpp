@@ -3,13 +3,14 @@
 #include "pages/tag_attributes.h"
 #include "text/charset.h"
 #include "text/locale.h"
+#include "text/numbers.h"
 
 namespace zelto::pages {
 
 namespace {
 
 LONG read_code_page(std::wstring_view value) {
-  const std::optional<LONG> number = parse_long(value);
+  const std::optional<LONG> number = parse_number<LONG>(to_utf8(value));
   if (!number || !charset_of(*number)) {
     throw "CodePage=\"" + ascii(value) + "\" is no code page that this host knows; 65001 is UTF-8.";
   }
@@ -17,7 +18,7 @@ LONG read_code_page(std::wstring_view value) {
 }
 
 LONG read_locale(std::wstring_view value) {
-  const std::optional<LONG> number = parse_long(value);
+  const std::optional<LONG> number = parse_number<LONG>(to_utf8(value));
   if (!number || !is_locale(*number)) {
     throw "LCID=\"" + ascii(value) + "\" is no locale that this host knows; 2048 is the neutral form.";
   }

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "text/charset.h"
+#include "base/letter_case.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ extern "C" LONG RegOpenKeyExW(HKEY key, const wchar_t* sub_key, DWORD, DWORD, HK
   const auto store = korlib_host::registry();
   if (!store) return ERROR_FILE_NOT_FOUND;
   // The key of all class identifiers is there from the start, also in a store that is still empty.
-  const bool is_predefined = zelto::fold_name(path) == L"clsid";
+  const bool is_predefined = base::equal_folded(path, L"clsid");
   if (is_predefined && FAILED(store->create_key(path))) return kWriteFault;
   if (!store->has_key(path)) return ERROR_FILE_NOT_FOUND;
   if (result) *result = open_handle(std::move(path));

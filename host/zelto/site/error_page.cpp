@@ -2,10 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <fstream>
 
+#include "text/characters.h"
 #include "text/charset.h"
 #include "text/html.h"
 
@@ -69,12 +69,6 @@ std::string error_line(const PageError& error) {
   if (error.line > 0) where += ":" + std::to_string(error.line);
   return plain_line(fmt::format("{}: {} ({}, {})", where, to_utf8(error.description), to_utf8(error.source),
                                 code_text(error.number)));
-}
-
-std::string plain_line(std::string line) {
-  std::ranges::replace_if(
-      line, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
-  return line;
 }
 
 }  // namespace zelto

@@ -14,10 +14,6 @@ std::string debug_error_page(const PageError& error, const std::string& physical
 // For everybody else: the status, as in "500 Internal Server Error", and no more.
 std::string plain_error_page(std::string_view status);
 
-// A text as one line of the log. Parts of it may be a client's: they begin no line of their own and steer no
-// terminal.
-std::string plain_line(std::string line);
-
 // "guestbook.asp:12: message (Mirt, 0x80004005)", for the log.
 std::string error_line(const PageError& error);
 

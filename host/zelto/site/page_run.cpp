@@ -16,6 +16,7 @@
 #include "pages/programs.h"
 #include "site/error_page.h"
 #include "site/static_files.h"
+#include "text/characters.h"
 #include "text/charset.h"
 
 namespace zelto {
@@ -130,7 +131,7 @@ void PageRun::set_text_forms(const pages::Directive& directive) {
 }
 
 bool PageRun::open_session() {
-  const ReceivedCookie* cookie = find_cookie(page_->request.cookies(), kSessionCookie);
+  const ReceivedCookie* cookie = find_named(page_->request.cookies(), kSessionCookie);
   session_.emplace(site_.sessions().open(cookie ? to_utf8(cookie->value) : std::string()));
   if (!*session_) return false;
   (*session_)->on_keep = [this] { return keep_session(); };

@@ -2,15 +2,11 @@
 
 #include <korlib/text.h>
 #include <korlib_host/errors.h>
-#include <unicode/uchar.h>
 #include <unicode/ucnv.h>
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <memory>
-
-#include "text/ascii.h"
 
 namespace zelto {
 
@@ -67,12 +63,6 @@ HRESULT check_code_page(std::wstring_view source, LONG code_page) {
   return charset_of(code_page) ? S_OK : korlib::raise(E_INVALIDARG, source, L"CodePage: no such code page.");
 }
 
-std::optional<LONG> code_page_of(std::string_view charset) {
-  const auto row = std::ranges::find_if(kCodePages, [&](const CodePage& r) { return same_text(r.charset, charset); });
-  if (row == kCodePages.end()) return std::nullopt;
-  return row->number;
-}
-
 std::wstring decode(LONG code_page, std::string_view bytes) {
   if (code_page == kUtf8CodePage) return to_wide(bytes);
   const auto page = static_cast<UINT>(code_page);
@@ -101,31 +91,6 @@ bool encodes(LONG code_page, wchar_t character) {
   if (code_page == kUtf8CodePage || character < 0x80) return true;
   const std::wstring_view one(&character, 1);
   return decode(code_page, encode(code_page, one)) == one;
-}
-
-std::wstring fold_name(std::wstring_view name) {
-  std::wstring out(name);
-  for (wchar_t& c : out) {
-    if (c < 0x80) {
-      if (c >= L'A' && c <= L'Z') c = c - L'A' + L'a';
-    } else {
-      c = static_cast<wchar_t>(u_foldCase(static_cast<UChar32>(c), U_FOLD_CASE_DEFAULT));
-    }
-  }
-  return out;
-}
-
-std::optional<LONG> parse_long(std::wstring_view text) {
-  if (text.empty() || text.size() > 11) return std::nullopt;
-  std::string digits;
-  for (const wchar_t c : text) {
-    if (c >= 0x80) return std::nullopt;
-    digits += static_cast<char>(c);
-  }
-  LONG value = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-  if (error != std::errc{} || end != digits.data() + digits.size()) return std::nullopt;
-  return value;
 }
 
 }  // namespace zelto

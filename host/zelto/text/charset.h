@@ -20,8 +20,6 @@ using korlib::to_wide;
 std::optional<std::string> charset_of(LONG code_page);
 // Fails with words, for a member of `source` that is given an unknown number.
 HRESULT check_code_page(std::wstring_view source, LONG code_page);
-// The number for a charset's name in any letter case.
-std::optional<LONG> code_page_of(std::string_view charset);
 
 // From the code page's bytes; an unknown code page reads as UTF-8.
 std::wstring decode(LONG code_page, std::string_view bytes);
@@ -29,11 +27,5 @@ std::wstring decode(LONG code_page, std::string_view bytes);
 std::string encode(LONG code_page, std::wstring_view text);
 // Whether the code page has the character. UTF-8 has all.
 bool encodes(LONG code_page, wchar_t character);
-
-// The form of a name that is the same for every letter case of it.
-std::wstring fold_name(std::wstring_view name);
-
-// The decimal number that is the whole text; nothing for anything else.
-std::optional<LONG> parse_long(std::wstring_view text);
 
 }  // namespace zelto

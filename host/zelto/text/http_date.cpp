@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
+
+#include "base/serial_date.h"
 
 namespace zelto {
 
@@ -49,5 +53,18 @@ std::optional<std::time_t> parse_http_date(std::string_view text) {
   const std::time_t when = timegm(&parts);
   return http_date(when) == text ? std::optional(when) : std::nullopt;
 }
+
+std::time_t moment_of(double date) {
+  constexpr double kFirst = -109205;  // 1601-01-01
+  constexpr double kLast = 2958465;   // 9999-12-31
+  const auto [day, second] = base::nearest_second(std::isfinite(date) ? std::clamp(date, kFirst, kLast) : kFirst);
+  const std::time_t as_if_utc = (day - static_cast<std::int64_t>(base::kDaysTo1970)) * base::kSecondsPerDay + second;
+  std::tm parts{};
+  gmtime_r(&as_if_utc, &parts);
+  parts.tm_isdst = -1;
+  return std::mktime(&parts);
+}
+
+std::string http_date_of(double date) { return http_date(moment_of(date)); }
 
 }  // namespace zelto

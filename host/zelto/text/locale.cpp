@@ -8,9 +8,10 @@
 #include <unicode/unum.h>
 
 #include <array>
-#include <cmath>
 #include <new>
 #include <optional>
+
+#include "base/serial_date.h"
 
 namespace zelto {
 
@@ -18,8 +19,6 @@ namespace {
 
 constexpr LONG kInvariantLocale = 127;
 constexpr LONG kUserLocale = 1024;
-constexpr double kDaysTo1970 = 25569;
-constexpr double kSecondsPerDay = 86400;
 constexpr double kBeforeAllDates = -1e17;  // milliseconds
 
 using LocaleName = std::array<char, ULOC_FULLNAME_CAPACITY>;
@@ -142,18 +141,12 @@ LocaleText::LocaleText(const char* name) : formats_(std::make_unique<Formats>(na
 LocaleText::~LocaleText() = default;
 
 std::wstring LocaleText::date(double date) const {
-  // The fraction counts forward within the day, before day zero as well.
-  double day = std::trunc(date);
-  double seconds = std::round(std::abs(date - day) * kSecondsPerDay);
-  if (seconds == kSecondsPerDay) {
-    seconds = 0;
-    day += 1;
-  }
-  const double milliseconds = ((day - kDaysTo1970) * kSecondsPerDay + seconds) * 1000;
+  const auto [day, second] = base::nearest_second(date);
+  const double milliseconds = ((static_cast<double>(day) - base::kDaysTo1970) * base::kSecondsPerDay + second) * 1000;
   std::wstring text;
   if (day != 0) append_formatted(formats_->day.get(), milliseconds, text);
-  if (day != 0 && seconds != 0) text += L' ';
-  if (day == 0 || seconds != 0) append_formatted(formats_->time.get(), milliseconds, text);
+  if (day != 0 && second != 0) text += L' ';
+  if (day == 0 || second != 0) append_formatted(formats_->time.get(), milliseconds, text);
   return text;
 }
 

@@ -3,7 +3,7 @@
 #include <ctime>
 #include <optional>
 
-#include "text/dates.h"
+#include "base/serial_date.h"
 #include "text/http_date.h"
 #include "zelto/intrinsics/page_fixture.h"
 
@@ -399,7 +399,7 @@ TEST_F(Response, ReadsTheMinutesThatWereSet) {
   }
   // After a date, those that are left.
   const std::time_t before = std::time(nullptr);
-  CComVariant date(zelto::date_of(before + 5400));
+  CComVariant date(base::local_date(before + 5400));
   date.vt = VT_DATE;
   put(response(), L"ExpiresAbsolute", date);
   const double left = get(response(), L"Expires").value.dblVal;

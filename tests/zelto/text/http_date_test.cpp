@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <limits>
+
+#include "base/serial_date.h"
+
 namespace zelto {
 namespace {
 
@@ -23,6 +28,40 @@ TEST(HttpDate, RefusesOtherText) {
         "Sun, 06 Nox 1994 08:49:37 GMT", "Thu, 31 Feb 2000 00:00:00 GMT", "Sun, 06 Nov 1994 25:49:37 GMT",
         "Sun, 6x Nov 1994 08:49:37 GMT"})
     EXPECT_EQ(std::nullopt, parse_http_date(text)) << text;
+}
+
+// A DATE is local time, here that of a zone two hours ahead all year.
+class ScriptDate : public testing::Test {
+ protected:
+  ScriptDate() {
+    setenv("TZ", "TWO-2", 1);
+    tzset();
+  }
+  ~ScriptDate() override {
+    unsetenv("TZ");
+    tzset();
+  }
+};
+
+// Days since 1899-12-30, a Saturday: 36925 is 2001-02-03, 5275 weeks on.
+TEST_F(ScriptDate, IsWrittenAsHeadersDo) {
+  EXPECT_EQ("Sat, 03 Feb 2001 04:00:00 GMT", http_date_of(36925.25));
+  EXPECT_EQ("Fri, 29 Dec 1899 22:00:00 GMT", http_date_of(0));
+  // Before day zero the fraction still counts forwards: the day before, at six.
+  EXPECT_EQ("Fri, 29 Dec 1899 04:00:00 GMT", http_date_of(-1.25));
+}
+
+TEST_F(ScriptDate, StaysWithinTheYearsOfHeaders) {
+  EXPECT_EQ("Thu, 30 Dec 9999 22:00:00 GMT", http_date_of(1e300));
+  EXPECT_EQ(http_date_of(-109205), http_date_of(-1e300));
+  EXPECT_EQ(http_date_of(-109205), http_date_of(std::numeric_limits<double>::quiet_NaN()));
+}
+
+TEST_F(ScriptDate, IsThatOfAPointInTime) {
+  EXPECT_EQ(25569 + 2.0 / 24, base::local_date(0));
+  EXPECT_EQ(25570.0, base::local_date(22 * 3600));
+  EXPECT_EQ(0, moment_of(25569 + 2.0 / 24));
+  EXPECT_EQ(22 * 3600, moment_of(25570.0));
 }
 
 }  // namespace
