@@ -1,10 +1,14 @@
-// Files as the component opens them. Its paths may hold backslashes: it composes them so.
+// Files as the component opens them, whose composed paths hold backslashes, and where its own file lies.
 #include <korlib/winapi.h>
+#include <korlib_host/modules.h>
 
 #include <sys/stat.h>
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
+#include <string>
+#include <system_error>
 
 #include "platform/canonical_path.h"
 #include "text/charset.h"
@@ -52,4 +56,17 @@ extern "C" BOOL PathCanonicalizeW(wchar_t* target, const wchar_t* source) {
   if (wide.size() >= MAX_PATH) return FALSE;
   target[wide.copy(target, wide.size())] = L'\0';
   return TRUE;
+}
+
+// Of a null handle the program's own path. 0 and an empty text when the path does not fit.
+extern "C" DWORD GetModuleFileNameW(void* module, wchar_t* buffer, DWORD size) {
+  if (!buffer || size == 0) return 0;
+  *buffer = L'\0';
+  std::error_code error;
+  const std::filesystem::path file =
+      module ? korlib_host::module_file(module) : std::filesystem::read_symlink("/proc/self/exe", error);
+  const std::wstring path = zelto::to_wide(file.string());
+  if (path.size() >= size) return 0;
+  buffer[path.copy(buffer, path.size())] = L'\0';
+  return static_cast<DWORD>(path.size());
 }

@@ -6,15 +6,9 @@
 // lives as long as its module, whatever its holders release.
 #pragma once
 
-#include <korlib/typeinfo.h>
-
 namespace zelto {
 
 // Makes LoadTypeLib answer these.
 void install_type_libraries();
-
-// The type information of the host's two interfaces.
-ITypeInfo* string_list_type_info();
-ITypeInfo* request_dictionary_type_info();
 
 }  // namespace zelto

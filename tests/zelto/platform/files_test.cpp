@@ -6,30 +6,20 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "platform/canonical_path.h"
+#include "support/temporary_folder.h"
 #include "text/charset.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-// A folder of its own for each test, and what lies in it.
 class Paths : public testing::Test {
  protected:
-  Paths() {
-    std::string name = (fs::temp_directory_path() / "zelto-paths-XXXXXX").string();
-    folder_ = fs::canonical(mkdtemp(name.data())).string();
-  }
-  ~Paths() override { fs::remove_all(folder_); }
-
-  std::string at(const std::string& relative) const { return folder_ + "/" + relative; }
-  void file(const std::string& relative) const {
-    fs::create_directories(fs::path(at(relative)).parent_path());
-    std::ofstream(at(relative)) << "text";
-  }
+  std::string at(const std::string& relative) const { return folder_.path(relative).string(); }
+  void file(const std::string& relative) const { folder_.write(relative, "text"); }
 
   std::wstring canonicalized(const std::string& path) const {
     wchar_t target[MAX_PATH];
@@ -37,7 +27,7 @@ class Paths : public testing::Test {
   }
 
  private:
-  std::string folder_;
+  test::TemporaryFolder folder_;
 };
 
 TEST_F(Paths, ResolvesWhatExists) {

@@ -2,25 +2,19 @@
 #include <korlib/winapi.h>
 #include <korlib_host/registry_store.h>
 
-#include <filesystem>
 #include <memory>
 
-namespace {
+#include "support/temporary_folder.h"
 
-namespace fs = std::filesystem;
+namespace {
 
 class Registry : public testing::Test {
  protected:
   Registry() {
-    std::string name = (fs::temp_directory_path() / "zelto-registry-XXXXXX").string();
-    folder_ = mkdtemp(name.data());
-    store = std::make_shared<korlib_host::RegistryStore>(folder_ / "registry.json");
+    store = std::make_shared<korlib_host::RegistryStore>(folder_.path("registry.json"));
     korlib_host::set_registry(store);
   }
-  ~Registry() override {
-    korlib_host::set_registry(nullptr);
-    fs::remove_all(folder_);
-  }
+  ~Registry() override { korlib_host::set_registry(nullptr); }
 
   HKEY create(HKEY parent, const wchar_t* name) {
     HKEY key = nullptr;
@@ -34,7 +28,7 @@ class Registry : public testing::Test {
   std::shared_ptr<korlib_host::RegistryStore> store;
 
  private:
-  fs::path folder_;
+  test::TemporaryFolder folder_;
 };
 
 TEST_F(Registry, WritesWhatRegistrationWrites) {

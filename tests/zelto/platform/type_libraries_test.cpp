@@ -1,8 +1,10 @@
 #include "platform/type_libraries.h"
+#include "platform/collection_type_info.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <korlib/ptr.h>
+#include <korlib/typeinfo.h>
 #include <korlib/winapi.h>
 #include <mirt/mirt.h>
 #include <zelto/asp.h>
