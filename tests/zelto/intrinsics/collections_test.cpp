@@ -1,24 +1,19 @@
 #include "intrinsics/collections.h"
 
-#include "zelto/intrinsics/page_fixture.h"
+#include "zelto/intrinsics/request_fixture.h"
 
 namespace {
 
 using namespace test;
 
-class Collections : public PageTest {
- protected:
-  std::wstring text(const wchar_t* name) {
-    return text_of(default_of(object_of(get(request_object().get(), L"QueryString", name))));
-  }
-};
+class Collections : public RequestTest {};
 
 TEST_F(Collections, KeepEmptyValuesApartWhenTheyJoin) {
   request.query = "a=&a=b&c=&c=&d=x&d=&e=";
-  EXPECT_EQ(L", b", text(L"a"));
-  EXPECT_EQ(L", ", text(L"c"));
-  EXPECT_EQ(L"x, ", text(L"d"));
-  EXPECT_EQ(L"", text(L"e"));
+  EXPECT_EQ(L", b", text(L"QueryString", L"a"));
+  EXPECT_EQ(L", ", text(L"QueryString", L"c"));
+  EXPECT_EQ(L"x, ", text(L"QueryString", L"d"));
+  EXPECT_EQ(L"", text(L"QueryString", L"e"));
 }
 
 TEST_F(Collections, NameTheServerWithoutItsPort) {

@@ -1,16 +1,17 @@
+#include "intrinsics/page_context.h"
+
 #include <korlib/activation.h>
 #include <korlib_host/context.h>
 
-#include "intrinsics/page_context.h"
 #include "zelto/intrinsics/page_fixture.h"
 
 namespace {
 
 using namespace test;
 
-class Context : public PageTest {};
+class PageContext : public PageTest {};
 
-TEST_F(Context, GivesTheIntrinsicObjectsOfTheRequest) {
+TEST_F(PageContext, GivesTheIntrinsicObjectsOfTheRequest) {
   const auto response = response_object();
   CComPtr<zelto::PageContext> context;
   context.attach(new zelto::PageContext({{L"Response", CComPtr<IDispatch>(response.get())}}));
