@@ -20,59 +20,54 @@ bool can_be_shared(const VARIANT& value) {
 
 }  // namespace
 
-HRESULT ApplicationState::wait_for(std::unique_lock<std::mutex>& guard, const void* owner) {
-  if (unlocked_.wait_for(guard, patience_, [&] { return !owner_ || owner_ == owner; })) return S_OK;
-  return korlib::raise(E_FAIL, kSource, L"Another page holds the Application's lock for too long.");
-}
-
-HRESULT ApplicationState::lock(const void* owner) {
-  std::unique_lock guard(mutex_);
-  RETURN_IF_FAILED(wait_for(guard, owner));
-  owner_ = owner;
+template <class Change>
+HRESULT ApplicationHold::change(Change make) {
+  ApplicationState& state = *state_;
+  std::unique_lock guard(state.mutex_);
+  const auto is_free = [&] { return !state.owner_ || state.owner_ == this; };
+  if (!state.unlocked_.wait_for(guard, state.patience_, is_free)) {
+    return korlib::raise(E_FAIL, kSource, L"Another page holds the Application's lock for too long.");
+  }
+  make(state);
   return S_OK;
 }
 
-void ApplicationState::unlock(const void* owner) {
-  const std::scoped_lock guard(mutex_);
-  if (owner_ != owner) return;
-  owner_ = nullptr;
-  unlocked_.notify_all();
+HRESULT ApplicationHold::lock() {
+  return change([this](ApplicationState& state) { state.owner_ = this; });
 }
 
-HRESULT ApplicationState::get(std::wstring_view name, VARIANT* value) {
-  const std::scoped_lock guard(mutex_);
-  return values_.get(name, value);
+void ApplicationHold::unlock() {
+  const std::scoped_lock guard(state_->mutex_);
+  if (state_->owner_ != this) return;
+  state_->owner_ = nullptr;
+  state_->unlocked_.notify_all();
 }
 
-HRESULT ApplicationState::put(const void* owner, std::wstring_view name, const VARIANT& value) {
+HRESULT ApplicationHold::get(std::wstring_view name, VARIANT* value) {
+  const std::scoped_lock guard(state_->mutex_);
+  return state_->values_.get(name, value);
+}
+
+HRESULT ApplicationHold::put(std::wstring_view name, const VARIANT& value) {
   CComVariant copy;
   RETURN_IF_FAILED(VariantCopyInd(&copy, &value));
   if (!can_be_shared(copy)) {
     return korlib::raise(E_INVALIDARG, kSource, L"The Application keeps plain values and dictionaries only.");
   }
-  std::unique_lock guard(mutex_);
-  RETURN_IF_FAILED(wait_for(guard, owner));
-  values_.put(name, std::move(copy));
-  return S_OK;
+  return change([&](ApplicationState& state) { state.values_.put(name, std::move(copy)); });
 }
 
-HRESULT ApplicationState::remove(const void* owner, std::wstring_view name) {
-  std::unique_lock guard(mutex_);
-  RETURN_IF_FAILED(wait_for(guard, owner));
-  values_.remove(name);
-  return S_OK;
+HRESULT ApplicationHold::remove(std::wstring_view name) {
+  return change([&](ApplicationState& state) { state.values_.remove(name); });
 }
 
-HRESULT ApplicationState::clear(const void* owner) {
-  std::unique_lock guard(mutex_);
-  RETURN_IF_FAILED(wait_for(guard, owner));
-  values_.clear();
-  return S_OK;
+HRESULT ApplicationHold::clear() {
+  return change([](ApplicationState& state) { state.values_.clear(); });
 }
 
-HRESULT ApplicationState::names(std::vector<std::wstring>& names) {
-  const std::scoped_lock guard(mutex_);
-  names = values_.names();
+HRESULT ApplicationHold::names(std::vector<std::wstring>& names) {
+  const std::scoped_lock guard(state_->mutex_);
+  names = state_->values_.names();
   return S_OK;
 }
 

@@ -1,39 +1,57 @@
-// The values that all users share.
+// The values that all users share, and one page's hold on them.
 #pragma once
 
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 
 #include "intrinsics/variant_store.h"
 
 namespace zelto {
 
-// Any thread may call any method. Values are plain ones, and host dictionaries, whose references may be
-// counted by many threads.
+class ApplicationHold;
+
+// Values are plain ones, and host dictionaries, whose references may be counted by many threads. They are reached
+// through holds.
 class ApplicationState {
  public:
+  // `patience` is how long a page waits for a lock that another one has.
   explicit ApplicationState(std::chrono::milliseconds patience) : patience_(patience) {}
 
-  // Keeps all others from changing values until `owner` unlocks. Asking again changes nothing. An error
-  // when another owner does not let go in time.
-  HRESULT lock(const void* owner);
-  void unlock(const void* owner);
-
-  HRESULT get(std::wstring_view name, VARIANT* value);
-  HRESULT put(const void* owner, std::wstring_view name, const VARIANT& value);
-  HRESULT remove(const void* owner, std::wstring_view name);
-  HRESULT clear(const void* owner);
-  HRESULT names(std::vector<std::wstring>& names);
-
  private:
-  HRESULT wait_for(std::unique_lock<std::mutex>& guard, const void* owner);
+  friend class ApplicationHold;
 
   const std::chrono::milliseconds patience_;
   std::mutex mutex_;
   std::condition_variable unlocked_;
-  const void* owner_ = nullptr;
+  const ApplicationHold* owner_ = nullptr;  // of the lock
   VariantTable values_;
+};
+
+// The lock that it took goes with it. Any thread may call any method.
+class ApplicationHold final : public VariantStore {
+ public:
+  explicit ApplicationHold(std::shared_ptr<ApplicationState> state) : state_(std::move(state)) {}
+  ~ApplicationHold() override { unlock(); }
+
+  // Keeps all others from changing values until unlock(). Asking again changes nothing. An error when another
+  // page does not let go in time.
+  HRESULT lock();
+  void unlock();
+
+  HRESULT get(std::wstring_view name, VARIANT* value) override;
+  HRESULT put(std::wstring_view name, const VARIANT& value) override;
+  HRESULT remove(std::wstring_view name) override;
+  HRESULT clear() override;
+  HRESULT names(std::vector<std::wstring>& names) override;
+
+ private:
+  // Makes the change once no other page has the lock.
+  template <class Change>
+  HRESULT change(Change make);
+
+  std::shared_ptr<ApplicationState> state_;
 };
 
 }  // namespace zelto

@@ -1,15 +1,9 @@
 // The request's collections as objects.
-//
-// Their default member may be used without an index, for the whole text. Item needs one: a script reads
-// `list.Item` before it calls it, and must not be given the text then.
 #pragma once
 
-#include <korlib_host/dispatch_object.h>
 #include <zelto/asp.h>
 
-#include <functional>
-#include <memory>
-
+#include "intrinsics/named_collection.h"
 #include "intrinsics/page_state.h"
 
 namespace zelto {
@@ -32,54 +26,56 @@ class StringList final : public korlib::DispatchObject<StringList, ZeltoTypeLibr
 
 // QueryString, Form, ServerVariables, ClientCertificate. The fields are asked for at every use, since a
 // form may become unreadable.
-class FieldCollection final : public korlib::DispatchObject<FieldCollection, ZeltoTypeLibrary::IRequestDictionary> {
+class FieldCollection final : public NamedCollection<FieldCollection, ZeltoTypeLibrary::IRequestDictionary> {
  public:
   static constexpr const wchar_t* kClassName = L"RequestDictionary";
-  using Source = std::function<HRESULT(RequestState::Fields&)>;
-  explicit FieldCollection(Source source) : source_(std::move(source)) {}
+  static constexpr const wchar_t* kSource = L"Request";
+  using Source = HRESULT (*)(RequestState& request, RequestState::Fields& fields);
+  FieldCollection(PageStatePtr page, Source source) : page_(std::move(page)), source_(source) {}
   static std::span<const korlib::Member> members();
 
   HRESULT get_Item(VARIANT key, VARIANT* value) override;
-  HRESULT get__NewEnum(IUnknown** names) override;
-  HRESULT get_Count(int* count) override;
-  HRESULT get_Key(VARIANT index, VARIANT* key) override;
 
  private:
+  HRESULT names(Names& all) override;
+
+  PageStatePtr page_;
   Source source_;
 };
 
 // One cookie that was received: its value, its sub-keys by name; also a list of one value, so that it
 // can be drawn and bound like any other field.
 class CookieValue final
-    : public korlib::DispatchObject<CookieValue, ZeltoTypeLibrary::IRequestDictionary, ZeltoTypeLibrary::IStringList> {
+    : public NamedCollection<CookieValue, ZeltoTypeLibrary::IRequestDictionary, ZeltoTypeLibrary::IStringList> {
  public:
   static constexpr const wchar_t* kClassName = L"Cookie";
+  static constexpr const wchar_t* kSource = L"Request";
   CookieValue(PageStatePtr page, const ReceivedCookie* cookie) : page_(std::move(page)), cookie_(cookie) {}
   static std::span<const korlib::Member> members();
 
   HRESULT get_Item(VARIANT key, VARIANT* value) override;
-  HRESULT get__NewEnum(IUnknown** names) override;
   HRESULT get_Count(int* count) override;
-  HRESULT get_Key(VARIANT index, VARIANT* key) override;
   HRESULT get_HasKeys(VARIANT_BOOL* has_keys);
 
  private:
+  HRESULT names(Names& all) override;
+
   PageStatePtr page_;             // keeps the cookie alive
   const ReceivedCookie* cookie_;  // null for a name that is missing
 };
 
-class CookieCollection final : public korlib::DispatchObject<CookieCollection, ZeltoTypeLibrary::IRequestDictionary> {
+class CookieCollection final : public NamedCollection<CookieCollection, ZeltoTypeLibrary::IRequestDictionary> {
  public:
   static constexpr const wchar_t* kClassName = L"Cookies";
+  static constexpr const wchar_t* kSource = L"Request";
   explicit CookieCollection(PageStatePtr page) : page_(std::move(page)) {}
   static std::span<const korlib::Member> members();
 
   HRESULT get_Item(VARIANT key, VARIANT* value) override;
-  HRESULT get__NewEnum(IUnknown** names) override;
-  HRESULT get_Count(int* count) override;
-  HRESULT get_Key(VARIANT index, VARIANT* key) override;
 
  private:
+  HRESULT names(Names& all) override;
+
   PageStatePtr page_;
 };
 

@@ -18,10 +18,4 @@ HRESULT guarded(std::wstring_view source, Body body) noexcept {
   }
 }
 
-// The out-parameter of a member that hands out text.
-inline HRESULT give_text(std::wstring_view text, BSTR* out) {
-  *out = korlib::new_bstr(text);
-  return *out ? S_OK : E_OUTOFMEMORY;
-}
-
 }  // namespace zelto

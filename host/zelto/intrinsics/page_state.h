@@ -23,22 +23,21 @@ struct PageError {
   LONG column = -1;
 };
 
-// What the intrinsic objects ask of whoever runs the page.
+// What the intrinsic objects ask of whoever runs the page. Of itself it answers for a page that has ended.
 class PageHost {
  public:
   virtual ~PageHost() = default;
   // Ends the page: the answer is the code with which the asking member fails, and the script is left at
   // once, without running any handler of its own.
-  virtual HRESULT end_page() = 0;
+  virtual HRESULT end_page() { return S_OK; }
   // Runs another page of the site with the same intrinsic objects, and comes back.
-  virtual HRESULT execute(const std::string& virtual_path) = 0;
-  virtual LONG script_timeout() const = 0;  // seconds
-  virtual HRESULT set_script_timeout(LONG seconds) = 0;
-  virtual const PageError* last_error() const = 0;  // null when there was none
+  virtual HRESULT execute(const std::string& /*virtual_path*/) { return E_UNEXPECTED; }
+  virtual LONG script_timeout() const { return 0; }  // seconds
+  virtual HRESULT set_script_timeout(LONG /*seconds*/) { return S_OK; }
+  virtual const PageError* last_error() const { return nullptr; }  // null when there was none
 };
 
-// Belongs to the request's thread. Whoever runs the page detaches `host` and the response when it ends;
-// objects that outlive the page find both gone.
+// Belongs to the request's thread. Objects may outlive the page.
 struct PageState {
   PageState(HttpRequest http, PagePlace place, ResponseSink& sink, PageHost* page_host)
       : request(std::move(http), std::move(place)), response(sink), host(page_host) {}
@@ -46,9 +45,16 @@ struct PageState {
   // For what the page writes, and for what it has not yet read of the request.
   void set_code_page(LONG code_page) { response.code_page = request.code_page = code_page; }
 
+  // Whoever runs the page calls this before the page's host and sink go.
+  void end() {
+    static PageHost ended;
+    host = &ended;
+    response.detach();
+  }
+
   RequestState request;
   ResponseState response;
-  PageHost* host;
+  PageHost* host;  // never null
 };
 using PageStatePtr = std::shared_ptr<PageState>;
 

@@ -5,44 +5,29 @@
 #include <algorithm>
 #include <limits>
 
-#include "intrinsics/collections.h"
-#include "intrinsics/guard.h"
-#include "intrinsics/variant_key.h"
-
 namespace zelto {
 
 namespace {
 
 using ZeltoTypeLibrary::IRequestDictionary;
+using Fields = RequestState::Fields;
 using ReadError = RequestState::ReadError;
 
 constexpr std::wstring_view kSource = L"Request";
 
-HRESULT raise_read_error(ReadError error) {
-  switch (error) {
-    case ReadError::none:
-      return S_OK;
-    case ReadError::already_read_as_bytes:
-      return korlib::raise(E_FAIL, kSource, L"Form cannot be used after BinaryRead.");
-    case ReadError::already_read_as_form:
-      return korlib::raise(E_FAIL, kSource, L"BinaryRead cannot be used after Form.");
-    case ReadError::too_large:
-      return korlib::raise(E_FAIL, kSource, L"The request's body is larger than the limit.");
-    case ReadError::too_many_form_fields:
-      return korlib::raise(E_FAIL, kSource, L"The form has more than 1000 fields.");
-    case ReadError::too_many_query_fields:
-      return korlib::raise(E_FAIL, kSource, L"The query string has more than 1000 fields.");
-  }
-  return E_UNEXPECTED;
-}
+// In the order of ReadError.
+constexpr std::wstring_view kReadErrors[] = {
+    L"",
+    L"Form cannot be used after BinaryRead.",
+    L"BinaryRead cannot be used after Form.",
+    L"The request's body is larger than the limit.",
+    L"The form has more than 1000 fields.",
+    L"The query string has more than 1000 fields.",
+};
 
-HRESULT give(FieldCollection::Source source, IRequestDictionary** values) {
-  if (!values) return E_POINTER;
-  *values = nullptr;
-  return guarded(kSource, [&] {
-    *values = korlib::make<FieldCollection>(std::move(source)).detach();
-    return S_OK;
-  });
+HRESULT raise_read_error(ReadError error) {
+  if (error == ReadError::none) return S_OK;
+  return korlib::raise(E_FAIL, kSource, kReadErrors[static_cast<std::size_t>(error)]);
 }
 
 // The variable that a byte count is read from and goes back to.
@@ -91,12 +76,12 @@ std::span<const korlib::Member> RequestObject::members() {
 // In the documented order. The body is looked at only when it can hold fields and was not read as bytes.
 HRESULT RequestObject::search(std::wstring_view name, CComPtr<IDispatch>& value) {
   RequestState& request = page_->request;
-  const auto take = [&](const RequestState::Fields& fields) {
+  const auto take = [&](const Fields& fields) {
     const Field* field = fields->find(name);
     if (field) value = korlib::make<StringList>(fields, field).get();
     return field != nullptr;
   };
-  RequestState::Fields fields;
+  Fields fields;
   RETURN_IF_FAILED(raise_read_error(request.query(fields)));
   if (take(fields)) return S_OK;
   if (request.has_urlencoded_body() && !request.was_read_as_bytes()) {
@@ -112,14 +97,11 @@ HRESULT RequestObject::search(std::wstring_view name, CComPtr<IDispatch>& value)
 }
 
 HRESULT RequestObject::get_Item(BSTR name, IDispatch** value) {
-  if (!value) return E_POINTER;
-  *value = nullptr;
-  return guarded(kSource, [&]() -> HRESULT {
+  return guarded(kSource, value, [&]() -> HRESULT {
     CComPtr<IDispatch> found;
     RETURN_IF_FAILED(search(korlib::view_of(name), found));
-    if (!found) found = korlib::make<StringList>(RequestState::Fields(), nullptr).get();
-    *value = found.detach();
-    return S_OK;
+    if (!found) found = korlib::make<StringList>(Fields(), nullptr).get();
+    return give(found.detach(), value);
   });
 }
 
@@ -135,28 +117,32 @@ HRESULT RequestObject::find(VARIANT name, VARIANT* value) {
   return S_OK;
 }
 
+HRESULT RequestObject::give_fields(FieldCollection::Source source, IRequestDictionary** values) {
+  return guarded(kSource, values, [&] { return give(korlib::make<FieldCollection>(page_, source).detach(), values); });
+}
+
 HRESULT RequestObject::get_QueryString(IRequestDictionary** values) {
-  return give([page = page_](RequestState::Fields& fields) { return raise_read_error(page->request.query(fields)); },
-              values);
+  return give_fields([](RequestState& request, Fields& fields) { return raise_read_error(request.query(fields)); },
+                     values);
 }
 
 HRESULT RequestObject::get_Form(IRequestDictionary** values) {
-  return give([page = page_](RequestState::Fields& fields) { return raise_read_error(page->request.form(fields)); },
-              values);
+  return give_fields([](RequestState& request, Fields& fields) { return raise_read_error(request.form(fields)); },
+                     values);
 }
 
 HRESULT RequestObject::get_ServerVariables(IRequestDictionary** values) {
-  return give(
-      [page = page_](RequestState::Fields& fields) {
-        fields = page->request.server_variables();
+  return give_fields(
+      [](RequestState& request, Fields& fields) {
+        fields = request.server_variables();
         return S_OK;
       },
       values);
 }
 
 HRESULT RequestObject::get_ClientCertificate(IRequestDictionary** values) {
-  return give(
-      [](RequestState::Fields& fields) {
+  return give_fields(
+      [](RequestState&, Fields& fields) {
         fields = std::make_shared<const FieldTable>();
         return S_OK;
       },
@@ -164,19 +150,12 @@ HRESULT RequestObject::get_ClientCertificate(IRequestDictionary** values) {
 }
 
 HRESULT RequestObject::get_Cookies(IRequestDictionary** values) {
-  if (!values) return E_POINTER;
-  *values = nullptr;
-  return guarded(kSource, [&] {
-    *values = korlib::make<CookieCollection>(page_).detach();
-    return S_OK;
-  });
+  return guarded(kSource, values, [&] { return give(korlib::make<CookieCollection>(page_).detach(), values); });
 }
 
 HRESULT RequestObject::get_TotalBytes(LONG* bytes) {
-  if (!bytes) return E_POINTER;
   constexpr std::uint64_t kMost = std::numeric_limits<LONG>::max();
-  *bytes = static_cast<LONG>(std::min(page_->request.total_bytes(), kMost));
-  return S_OK;
+  return give(static_cast<LONG>(std::min(page_->request.total_bytes(), kMost)), bytes);
 }
 
 HRESULT RequestObject::BinaryRead(VARIANT* count, VARIANT* data) {
@@ -190,9 +169,8 @@ HRESULT RequestObject::BinaryRead(VARIANT* count, VARIANT* data) {
 }
 
 HRESULT RequestObject::read_bytes(VARIANT* count, VARIANT* data) {
-  if (!count || !data) return E_POINTER;
-  VariantInit(data);
-  return guarded(kSource, [&]() -> HRESULT {
+  if (!count) return E_POINTER;
+  return guarded(kSource, data, [&]() -> HRESULT {
     VARIANT* variable = counted_variable(count);
     CComVariant wanted;
     RETURN_IF_FAILED(VariantChangeType(&wanted, variable, 0, VT_I4));

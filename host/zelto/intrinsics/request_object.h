@@ -1,10 +1,7 @@
 // Request.
 #pragma once
 
-#include <korlib_host/dispatch_object.h>
-#include <zelto/asp.h>
-
-#include "intrinsics/page_state.h"
+#include "intrinsics/collections.h"
 
 namespace zelto {
 
@@ -29,6 +26,7 @@ class RequestObject final : public korlib::DispatchObject<RequestObject, ZeltoTy
   HRESULT read_bytes(VARIANT* count, VARIANT* data);
 
  private:
+  HRESULT give_fields(FieldCollection::Source source, ZeltoTypeLibrary::IRequestDictionary** values);
   HRESULT search(std::wstring_view name, CComPtr<IDispatch>& value);
 
   PageStatePtr page_;

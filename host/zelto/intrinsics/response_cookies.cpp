@@ -1,8 +1,7 @@
 #include "intrinsics/response_cookies.h"
 
-#include <korlib_host/enumerator.h>
-
-#include "intrinsics/variant_key.h"
+#include "base/letter_case.h"
+#include "intrinsics/arguments.h"
 #include "text/charset.h"
 
 namespace zelto {
@@ -44,99 +43,84 @@ std::span<const korlib::Member> ResponseCookie::members() {
   return table;
 }
 
-SetCookie* ResponseCookie::changeable() {
-  if (!page_->response.head_sent()) return &page_->response.cookie(name_);
-  korlib::raise(E_FAIL, kSource, L"The response's head has been sent already.");
-  return nullptr;
+template <class Change>
+HRESULT ResponseCookie::change(Change change) {
+  RETURN_IF_FAILED(page_->response.check_head(kSource));
+  return change(page_->response.cookie(name_));
 }
 
 HRESULT ResponseCookie::get_Item(VARIANT key, VARIANT* value) {
   std::wstring name;
   if (key.vt != VT_ERROR) RETURN_IF_FAILED(text_of(key, name));
   const SetCookie* cookie = find_named(page_->response.cookies, name_);  // looking at one sets none
-  std::wstring text;
-  if (cookie && key.vt == VT_ERROR) {
-    text = cookie->value;
-  } else if (cookie) {
-    if (const CookieKey* row = find_named(cookie->keys, name)) text = row->value;
-  }
-  put_text(text, value);
-  return S_OK;
+  if (!cookie) return give_text(L"", value);
+  if (key.vt == VT_ERROR) return give_text(cookie->value, value);
+  const CookieKey* row = find_named(cookie->keys, name);
+  return give_text(row ? row->value : std::wstring(), value);
 }
 
 HRESULT ResponseCookie::put_Item(const korlib::Arguments& arguments, VARIANT*) {
   if (arguments.count() < 1 || arguments.count() > 2) return DISP_E_BADPARAMCOUNT;
   std::wstring value;
   RETURN_IF_FAILED(text_of(arguments[arguments.count() - 1], value));
-  SetCookie* cookie = changeable();
-  if (!cookie) return E_FAIL;
-  if (arguments.count() == 1) {
-    cookie->value = value;
-    cookie->keys.clear();
+  return change([&](SetCookie& cookie) -> HRESULT {
+    if (arguments.count() == 1) {
+      cookie.value = value;
+      cookie.keys.clear();
+      return S_OK;
+    }
+    std::wstring key;
+    RETURN_IF_FAILED(text_of(arguments[0], key));
+    if (CookieKey* row = find_named(cookie.keys, key)) {
+      row->value = value;
+    } else {
+      cookie.keys.push_back({key, value});
+    }
     return S_OK;
-  }
-  std::wstring key;
-  RETURN_IF_FAILED(text_of(arguments[0], key));
-  if (CookieKey* row = find_named(cookie->keys, key)) {
-    row->value = value;
-  } else {
-    cookie->keys.push_back({key, value});
-  }
-  return S_OK;
+  });
 }
 
 HRESULT ResponseCookie::put_Expires(VARIANT date) {
   CComVariant converted;
   RETURN_IF_FAILED(VariantChangeType(&converted, &date, 0, VT_DATE));
-  SetCookie* cookie = changeable();
-  if (!cookie) return E_FAIL;
-  cookie->expires = converted.date;
-  return S_OK;
+  return change([&](SetCookie& cookie) {
+    cookie.expires = converted.date;
+    return S_OK;
+  });
 }
 
 HRESULT ResponseCookie::put_Domain(BSTR domain) {
-  SetCookie* cookie = changeable();
-  if (!cookie) return E_FAIL;
-  return attribute_of(domain, cookie->domain);
+  return change([&](SetCookie& cookie) { return attribute_of(domain, cookie.domain); });
 }
 
 HRESULT ResponseCookie::put_Path(BSTR path) {
-  SetCookie* cookie = changeable();
-  if (!cookie) return E_FAIL;
-  return attribute_of(path, cookie->path);
+  return change([&](SetCookie& cookie) { return attribute_of(path, cookie.path); });
 }
 
 HRESULT ResponseCookie::put_Secure(VARIANT_BOOL secure) {
-  SetCookie* cookie = changeable();
-  if (!cookie) return E_FAIL;
-  cookie->secure = secure != VARIANT_FALSE;
-  return S_OK;
+  return change([&](SetCookie& cookie) { return give(secure != VARIANT_FALSE, &cookie.secure); });
 }
 
 HRESULT ResponseCookie::put_HttpOnly(VARIANT_BOOL http_only) {
-  SetCookie* cookie = changeable();
-  if (!cookie) return E_FAIL;
-  cookie->http_only = http_only != VARIANT_FALSE;
-  return S_OK;
+  return change([&](SetCookie& cookie) { return give(http_only != VARIANT_FALSE, &cookie.http_only); });
 }
 
 HRESULT ResponseCookie::put_SameSite(BSTR policy) {
   const std::string wanted = to_utf8(korlib::view_of(policy));
-  SetCookie* cookie = changeable();
-  if (!cookie) return E_FAIL;
-  for (const char* known : {"", "Lax", "Strict", "None"}) {
-    if (base::equal_ascii(known, wanted)) {
-      cookie->same_site = known;
-      return S_OK;
+  return change([&](SetCookie& cookie) {
+    for (const char* known : {"", "Lax", "Strict", "None"}) {
+      if (base::equal_ascii(known, wanted)) {
+        cookie.same_site = known;
+        return S_OK;
+      }
     }
-  }
-  return korlib::raise(E_INVALIDARG, kSource, L"SameSite is Lax, Strict, None or empty.");
+    return korlib::raise(E_INVALIDARG, kSource, L"SameSite is Lax, Strict, None or empty.");
+  });
 }
 
 HRESULT ResponseCookie::get_HasKeys(VARIANT_BOOL* has_keys) {
   const SetCookie* cookie = find_named(page_->response.cookies, name_);
-  *has_keys = cookie && !cookie->keys.empty() ? VARIANT_TRUE : VARIANT_FALSE;
-  return S_OK;
+  return give_bool(cookie && !cookie->keys.empty(), has_keys);
 }
 
 std::span<const korlib::Member> ResponseCookies::members() {
@@ -152,8 +136,7 @@ HRESULT ResponseCookies::get_Item(BSTR name, IDispatch** cookie) {
   *cookie = nullptr;
   const std::wstring_view text = korlib::view_of(name);
   if (text.empty()) return korlib::raise(E_INVALIDARG, kSource, L"A cookie needs a name.");
-  *cookie = korlib::make<ResponseCookie>(page_, std::wstring(text)).detach();
-  return S_OK;
+  return give(korlib::make<ResponseCookie>(page_, std::wstring(text)).detach(), cookie);
 }
 
 HRESULT ResponseCookies::put_Item(BSTR name, VARIANT value) {
@@ -166,15 +149,11 @@ HRESULT ResponseCookies::put_Item(BSTR name, VARIANT value) {
 }
 
 HRESULT ResponseCookies::get_Count(LONG* count) {
-  *count = static_cast<LONG>(page_->response.cookies.size());
-  return S_OK;
+  return give(static_cast<LONG>(page_->response.cookies.size()), count);
 }
 
 HRESULT ResponseCookies::get__NewEnum(IUnknown** names) {
-  std::vector<CComVariant> values;
-  values.reserve(page_->response.cookies.size());
-  for (const SetCookie& cookie : page_->response.cookies) values.emplace_back(std::wstring_view(cookie.name));
-  return korlib::make_enumerator(std::move(values), names);
+  return give_texts(page_->response.cookies, names, &SetCookie::name);
 }
 
 }  // namespace zelto

@@ -25,8 +25,9 @@ class ResponseCookie final : public korlib::DispatchObject<ResponseCookie> {
   HRESULT get_HasKeys(VARIANT_BOOL* has_keys);
 
  private:
-  // The cookie to change; null, and an error raised, when it has been sent already.
-  SetCookie* changeable();
+  // Runs change(cookie), which makes the cookie; refuses it when the head has gone out.
+  template <class Change>
+  HRESULT change(Change change);
 
   PageStatePtr page_;
   std::wstring name_;

@@ -6,7 +6,7 @@
 
 #include "base/letter_case.h"
 #include "base/serial_date.h"
-#include "intrinsics/guard.h"
+#include "intrinsics/arguments.h"
 #include "intrinsics/response_cookies.h"
 #include "intrinsics/value_text.h"
 #include "script/engine.h"
@@ -34,7 +34,7 @@ bool bytes_of(const VARIANT& value, std::string_view& bytes) {
   return true;
 }
 
-// A database field, say; what a script makes of its own objects are no bytes that anybody meant.
+// A database field, say. A script's own object is not: nobody means the bytes of its default value.
 bool is_host_object(const VARIANT& value) {
   return (value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN) && !script::is_script_object(value.punkVal);
 }
@@ -93,12 +93,13 @@ std::span<const korlib::Member> ResponseObject::members() {
   return table;
 }
 
-HRESULT ResponseObject::check_head(std::wstring_view member) const {
-  if (!page_->response.head_sent()) return S_OK;
-  return korlib::raise(E_FAIL, kSource, std::wstring(member) + L": the response's head has been sent already.");
+template <class Change>
+HRESULT ResponseObject::change_head(std::wstring_view member, Change change) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(page_->response.check_head(kSource, member));
+    return change(page_->response);
+  });
 }
-
-HRESULT ResponseObject::end_page() { return page_->host ? page_->host->end_page() : S_OK; }
 
 HRESULT ResponseObject::Write(VARIANT value) {
   return guarded(kSource, [&]() -> HRESULT {
@@ -142,8 +143,7 @@ HRESULT ResponseObject::BinaryWrite(VARIANT bytes) {
 }
 
 HRESULT ResponseObject::AddHeader(BSTR name, BSTR value) {
-  return guarded(kSource, [&]() -> HRESULT {
-    RETURN_IF_FAILED(check_head(L"AddHeader"));
+  return change_head(L"AddHeader", [&](ResponseState& response) -> HRESULT {
     const std::string header = to_utf8(korlib::view_of(name));
     std::string text;
     if (!is_token(header)) {
@@ -152,11 +152,11 @@ HRESULT ResponseObject::AddHeader(BSTR name, BSTR value) {
     RETURN_IF_FAILED(header_value(L"AddHeader", value, text));
     if (is_framing_header(header)) return S_OK;
     if (base::equal_ascii(header, "Content-Type")) {
-      page_->response.content_type = text;
+      response.content_type = text;
     } else if (base::equal_ascii(header, "Cache-Control")) {
-      page_->response.cache_control = text;
+      response.cache_control = text;
     } else {
-      page_->response.headers.push_back({header, text});
+      response.headers.push_back({header, text});
     }
     return S_OK;
   });
@@ -170,29 +170,20 @@ HRESULT ResponseObject::AppendToLog(BSTR text) {
 }
 
 HRESULT ResponseObject::get_Status(BSTR* status) {
-  if (!status) return E_POINTER;
-  *status = nullptr;
-  return guarded(kSource, [&] {
+  return guarded(kSource, status, [&] {
     const ResponseState& response = page_->response;
     return give_text(to_wide(std::to_string(response.status) + " " + response.reason), status);
   });
 }
 
 HRESULT ResponseObject::put_Status(BSTR status) {
-  return guarded(kSource, [&]() -> HRESULT {
-    RETURN_IF_FAILED(check_head(L"Status"));
-    if (!page_->response.set_status(to_utf8(korlib::view_of(status)))) {
-      return korlib::raise(E_INVALIDARG, kSource, L"Status is a number from 200 to 599 and a text, \"404 Not Found\".");
-    }
-    return S_OK;
+  return change_head(L"Status", [&](ResponseState& response) {
+    if (response.set_status(to_utf8(korlib::view_of(status)))) return S_OK;
+    return korlib::raise(E_INVALIDARG, kSource, L"Status is a number from 200 to 599 and a text, \"404 Not Found\".");
   });
 }
 
-HRESULT ResponseObject::get_CodePage(LONG* code_page) {
-  if (!code_page) return E_POINTER;
-  *code_page = page_->response.code_page;
-  return S_OK;
-}
+HRESULT ResponseObject::get_CodePage(LONG* code_page) { return give(page_->response.code_page, code_page); }
 
 HRESULT ResponseObject::put_CodePage(LONG code_page) {
   RETURN_IF_FAILED(check_code_page(kSource, code_page));
@@ -200,10 +191,7 @@ HRESULT ResponseObject::put_CodePage(LONG code_page) {
   return S_OK;
 }
 
-HRESULT ResponseObject::get_LCID(LONG* lcid) {
-  *lcid = page_->response.lcid;
-  return S_OK;
-}
+HRESULT ResponseObject::get_LCID(LONG* lcid) { return give(page_->response.lcid, lcid); }
 
 HRESULT ResponseObject::put_LCID(LONG lcid) {
   RETURN_IF_FAILED(check_locale(kSource, lcid));
@@ -212,18 +200,18 @@ HRESULT ResponseObject::put_LCID(LONG lcid) {
 }
 
 HRESULT ResponseObject::Redirect(BSTR url) {
-  RETURN_IF_FAILED(check_head(L"Redirect"));
-  std::string target;
-  RETURN_IF_FAILED(header_value(L"Redirect", url, target));
-  if (target.empty()) return korlib::raise(E_INVALIDARG, kSource, L"Redirect needs an address.");
-  ResponseState& response = page_->response;
-  response.clear();
-  response.set_status("302 Found");
-  response.headers.push_back({"Location", escape_url(target)});
-  return end_page();
+  return change_head(L"Redirect", [&](ResponseState& response) -> HRESULT {
+    std::string target;
+    RETURN_IF_FAILED(header_value(L"Redirect", url, target));
+    if (target.empty()) return korlib::raise(E_INVALIDARG, kSource, L"Redirect needs an address.");
+    response.clear();
+    response.set_status("302 Found");
+    response.headers.push_back({"Location", escape_url(target)});
+    return page_->host->end_page();
+  });
 }
 
-HRESULT ResponseObject::End() { return end_page(); }
+HRESULT ResponseObject::End() { return page_->host->end_page(); }
 
 HRESULT ResponseObject::Clear() {
   if (!page_->response.buffered) return korlib::raise(E_FAIL, kSource, L"Clear needs a buffered response.");
@@ -237,22 +225,21 @@ HRESULT ResponseObject::Flush() {
   return S_OK;
 }
 
-HRESULT ResponseObject::get_Buffer(VARIANT_BOOL* buffered) {
-  *buffered = page_->response.buffered ? VARIANT_TRUE : VARIANT_FALSE;
-  return S_OK;
-}
+HRESULT ResponseObject::get_Buffer(VARIANT_BOOL* buffered) { return give_bool(page_->response.buffered, buffered); }
 
 HRESULT ResponseObject::put_Buffer(VARIANT_BOOL buffered) {
-  RETURN_IF_FAILED(check_head(L"Buffer"));
-  page_->response.buffered = buffered != VARIANT_FALSE;
-  return S_OK;
+  return change_head(L"Buffer", [&](ResponseState& response) {
+    response.buffered = buffered != VARIANT_FALSE;
+    return S_OK;
+  });
 }
 
 HRESULT ResponseObject::get_ContentType(BSTR* type) { return give_text(to_wide(page_->response.content_type), type); }
 
 HRESULT ResponseObject::put_ContentType(BSTR type) {
-  RETURN_IF_FAILED(check_head(L"ContentType"));
-  return header_value(L"ContentType", type, page_->response.content_type);
+  return change_head(L"ContentType", [&](ResponseState& response) {
+    return header_value(L"ContentType", type, response.content_type);
+  });
 }
 
 HRESULT ResponseObject::get_Charset(BSTR* charset) {
@@ -262,18 +249,19 @@ HRESULT ResponseObject::get_Charset(BSTR* charset) {
 }
 
 HRESULT ResponseObject::put_Charset(BSTR charset) {
-  RETURN_IF_FAILED(check_head(L"Charset"));
-  const std::string name = to_utf8(korlib::view_of(charset));
-  if (!name.empty() && !is_token(name)) {
-    return korlib::raise(E_INVALIDARG, kSource, L"Charset: \"" + to_wide(name) + L"\" is no name of a character set.");
-  }
-  page_->response.charset = name;
-  return S_OK;
+  return change_head(L"Charset", [&](ResponseState& response) {
+    const std::string name = to_utf8(korlib::view_of(charset));
+    if (!name.empty() && !is_token(name)) {
+      return korlib::raise(E_INVALIDARG, kSource,
+                           L"Charset: \"" + to_wide(name) + L"\" is no name of a character set.");
+    }
+    response.charset = name;
+    return S_OK;
+  });
 }
 
 HRESULT ResponseObject::get_Cookies(IDispatch** cookies) {
-  *cookies = korlib::make<ResponseCookies>(page_).detach();
-  return S_OK;
+  return give(korlib::make<ResponseCookies>(page_).detach(), cookies);
 }
 
 HRESULT ResponseObject::get_Expires(VARIANT* minutes) {
@@ -285,10 +273,11 @@ HRESULT ResponseObject::get_Expires(VARIANT* minutes) {
 }
 
 HRESULT ResponseObject::put_Expires(double minutes) {
-  RETURN_IF_FAILED(check_head(L"Expires"));
-  page_->response.expires = date_in(minutes);
-  page_->response.expires_minutes = minutes;
-  return S_OK;
+  return change_head(L"Expires", [&](ResponseState& response) {
+    response.expires = date_in(minutes);
+    response.expires_minutes = minutes;
+    return S_OK;
+  });
 }
 
 HRESULT ResponseObject::get_ExpiresAbsolute(VARIANT* date) {
@@ -299,12 +288,13 @@ HRESULT ResponseObject::get_ExpiresAbsolute(VARIANT* date) {
 }
 
 HRESULT ResponseObject::put_ExpiresAbsolute(VARIANT date) {
-  RETURN_IF_FAILED(check_head(L"ExpiresAbsolute"));
-  CComVariant converted;
-  RETURN_IF_FAILED(VariantChangeType(&converted, &date, 0, VT_DATE));
-  page_->response.expires = converted.date;
-  page_->response.expires_minutes.reset();
-  return S_OK;
+  return change_head(L"ExpiresAbsolute", [&](ResponseState& response) -> HRESULT {
+    CComVariant converted;
+    RETURN_IF_FAILED(VariantChangeType(&converted, &date, 0, VT_DATE));
+    response.expires = converted.date;
+    response.expires_minutes.reset();
+    return S_OK;
+  });
 }
 
 HRESULT ResponseObject::get_CacheControl(BSTR* value) {
@@ -312,13 +302,13 @@ HRESULT ResponseObject::get_CacheControl(BSTR* value) {
 }
 
 HRESULT ResponseObject::put_CacheControl(BSTR value) {
-  RETURN_IF_FAILED(check_head(L"CacheControl"));
-  return header_value(L"CacheControl", value, page_->response.cache_control);
+  return change_head(L"CacheControl", [&](ResponseState& response) {
+    return header_value(L"CacheControl", value, response.cache_control);
+  });
 }
 
 HRESULT ResponseObject::get_IsClientConnected(VARIANT_BOOL* connected) {
-  *connected = page_->response.connected() ? VARIANT_TRUE : VARIANT_FALSE;
-  return S_OK;
+  return give_bool(page_->response.connected(), connected);
 }
 
 }  // namespace zelto

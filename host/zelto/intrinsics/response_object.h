@@ -48,9 +48,9 @@ class ResponseObject final : public korlib::DispatchObject<ResponseObject, Zelto
   HRESULT get_IsClientConnected(VARIANT_BOOL* connected);
 
  private:
-  HRESULT end_page();
-  // Refuses a change of the head that has gone out.
-  HRESULT check_head(std::wstring_view member) const;
+  // Runs change(response) for the member; refuses it when the head has gone out.
+  template <class Change>
+  HRESULT change_head(std::wstring_view member, Change change);
 
   PageStatePtr page_;
 };

@@ -1,6 +1,7 @@
 #include "intrinsics/response_state.h"
 
 #include <korlib/text.h>
+#include <korlib_host/errors.h>
 
 #include <algorithm>
 #include <cstring>
@@ -60,49 +61,35 @@ void ResponseState::sent_on() {
   if (!buffered || buffer_.size() > kBufferLimit) flush();
 }
 
+void ResponseState::send(std::uint64_t length) {
+  if (!head_sent_) sink_->start(head(), length);
+  head_sent_ = true;
+  if (buffer_.size() > 0) sink_->write(buffer_.view());
+  buffer_.clear();
+}
+
 void ResponseState::flush() {
-  if (!sink_) return;
-  if (!head_sent_) sink_->start(head(), ResponseSink::kUnknownLength);
-  head_sent_ = true;
-  if (buffer_.size() > 0) sink_->write(buffer_.view());
-  buffer_.clear();
+  if (sink_) send(ResponseSink::kUnknownLength);
 }
 
-void ResponseState::send_rest() {
-  if (!head_sent_) sink_->start(head(), buffer_.size());
-  head_sent_ = true;
-  if (buffer_.size() > 0) sink_->write(buffer_.view());
-  buffer_.clear();
+void ResponseState::end(void (ResponseSink::*how)()) {
+  if (!sink_) return;
+  send(buffer_.size());
   if (!log_note.empty()) sink_->append_to_log(log_note);
-}
-
-void ResponseState::finish() {
-  if (!sink_) return;
-  send_rest();
-  std::exchange(sink_, nullptr)->finish();
-}
-
-void ResponseState::break_off() {
-  if (!sink_) return;
-  send_rest();
-  std::exchange(sink_, nullptr)->break_off();
+  (std::exchange(sink_, nullptr)->*how)();
 }
 
 bool ResponseState::reset() {
   if (head_sent_) return false;
   buffer_.clear();
-  headers.clear();
-  cookies.clear();
-  status = 200;
-  reason = "OK";
-  content_type = "text/html";
-  charset.clear();
-  code_page = kUtf8CodePage;
-  lcid = kNeutralLocale;
-  expires.reset();
-  expires_minutes.reset();
-  cache_control = "private";
+  static_cast<ResponseFields&>(*this) = {};
   return true;
+}
+
+HRESULT ResponseState::check_head(std::wstring_view source, std::wstring_view member) const {
+  if (!head_sent_) return S_OK;
+  const std::wstring begin = member.empty() ? L"The" : std::wstring(member) + L": the";
+  return korlib::raise(E_FAIL, source, begin + L" response's head has been sent already.");
 }
 
 ResponseHead ResponseState::head() const {

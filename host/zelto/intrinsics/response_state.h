@@ -10,6 +10,7 @@
 
 #include "http/message.h"
 #include "intrinsics/cookies.h"
+#include "text/charset.h"
 #include "text/locale.h"
 
 namespace zelto {
@@ -30,9 +31,24 @@ class ByteBuffer {
   std::size_t size_ = 0;
 };
 
+// What a page may say of its response, as every page begins.
+struct ResponseFields {
+  int status = 200;
+  std::string reason = "OK";
+  LONG code_page = kUtf8CodePage;
+  LONG lcid = kNeutralLocale;
+  std::string content_type = "text/html";
+  std::string charset;  // empty: the code page's, for text types
+  std::string cache_control = "private";
+  std::optional<double> expires;          // a DATE
+  std::optional<double> expires_minutes;  // what the page made it of, when it was minutes
+  std::vector<Header> headers;            // added by the page
+  std::vector<SetCookie> cookies;
+};
+
 // Belongs to the request's thread. Objects may hold it beyond the request; it then has no sink and
 // everything written to it is dropped.
-class ResponseState {
+class ResponseState : public ResponseFields {
  public:
   // A body beyond this is sent on as it comes.
   static constexpr std::size_t kBufferLimit = std::size_t{4} * 1024 * 1024;
@@ -44,38 +60,31 @@ class ResponseState {
   void flush();  // sends the head, once, and what is buffered
   void clear() { buffer_.clear(); }
   // The end of the page: sends what is left, with its length when nothing was sent before.
-  void finish();
+  void finish() { end(&ResponseSink::finish); }
   // The end of a page that failed after its head was sent: sends what is left, and the client sees that it is not all.
-  void break_off();
-  // Forgets body and head, as for an error page. False when the head has gone out already.
+  void break_off() { end(&ResponseSink::break_off); }
+  // Forgets the body and what the page said of it, as for an error page. False when the head has gone out already.
   bool reset();
   void detach() { sink_ = nullptr; }
 
   bool head_sent() const { return head_sent_; }
   bool connected() const { return sink_ && sink_->connected(); }
 
-  int status = 200;
-  std::string reason = "OK";
   bool buffered = true;
-  LONG code_page = 65001;
-  LONG lcid = kNeutralLocale;
-  std::string content_type = "text/html";
-  std::string charset;  // empty: the code page's, for text types
-  std::string cache_control = "private";
-  std::optional<double> expires;          // a DATE
-  std::optional<double> expires_minutes;  // what the page made it of, when it was minutes
-  std::vector<Header> headers;            // added by the page
-  std::vector<SetCookie> cookies;
   std::string session_cookie;  // a whole Set-Cookie value, or empty
   std::string log_note;
 
-  // "404 Not Found"; false for text that is no status line.
+  // Fails with words that begin with the member, once the head has gone out and a change of it is in vain.
+  HRESULT check_head(std::wstring_view source, std::wstring_view member = {}) const;
+  // "404 Not Found"; false for a text that is not a status line.
   bool set_status(std::string_view line);
   SetCookie& cookie(std::wstring_view name);  // made when it is missing
 
  private:
   void sent_on();
-  void send_rest();
+  // The head, when it has not been sent, for a body of that length; and what is buffered.
+  void send(std::uint64_t length);
+  void end(void (ResponseSink::*how)());
   ResponseHead head() const;
 
   ResponseSink* sink_;

@@ -2,7 +2,7 @@
 
 #include <korlib/activation.h>
 
-#include "intrinsics/guard.h"
+#include "intrinsics/arguments.h"
 #include "intrinsics/value_text.h"
 #include "script/stack.h"
 #include "text/charset.h"
@@ -18,7 +18,7 @@ constexpr std::wstring_view kSource = L"Server";
 
 std::wstring quoted(std::wstring_view text) { return L"\"" + std::wstring(text) + L"\""; }
 
-// Keeps what the failing party said; otherwise says it in its stead.
+// Keeps the error object that the failing call has set; without one, sets one with this text.
 HRESULT raise_unless_said(HRESULT hr, std::wstring_view text) {
   CComPtr<IErrorInfo> said;
   if (GetErrorInfo(0, said.put()) == S_OK && said) {
@@ -54,16 +54,12 @@ HRESULT ServerObject::with_text(const VARIANT& value, HRESULT (ServerObject::*ty
 }
 
 HRESULT ServerObject::HTMLEncode(BSTR text, BSTR* encoded) {
-  if (!encoded) return E_POINTER;
-  *encoded = nullptr;
-  return guarded(kSource,
+  return guarded(kSource, encoded,
                  [&] { return give_text(html_encode(korlib::view_of(text), page_->response.code_page), encoded); });
 }
 
 HRESULT ServerObject::URLEncode(BSTR text, BSTR* encoded) {
-  if (!encoded) return E_POINTER;
-  *encoded = nullptr;
-  return guarded(kSource, [&] {
+  return guarded(kSource, encoded, [&] {
     return give_text(to_wide(form_encode(encode(page_->response.code_page, korlib::view_of(text)))), encoded);
   });
 }
@@ -79,9 +75,7 @@ HRESULT ServerObject::resolve(std::wstring_view member, BSTR path, std::string& 
 }
 
 HRESULT ServerObject::MapPath(BSTR path, BSTR* physical) {
-  if (!physical) return E_POINTER;
-  *physical = nullptr;
-  return guarded(kSource, [&]() -> HRESULT {
+  return guarded(kSource, physical, [&]() -> HRESULT {
     std::string resolved;
     RETURN_IF_FAILED(resolve(L"MapPath", path, resolved));
     if (resolved.ends_with('/')) resolved.pop_back();
@@ -90,9 +84,7 @@ HRESULT ServerObject::MapPath(BSTR path, BSTR* physical) {
 }
 
 HRESULT ServerObject::CreateObject(BSTR prog_id, IDispatch** object) {
-  if (!object) return E_POINTER;
-  *object = nullptr;
-  return guarded(kSource, [&]() -> HRESULT {
+  return guarded(kSource, object, [&]() -> HRESULT {
     RETURN_IF_FAILED(script::check_stack());
     SetErrorInfo(0, nullptr);
     const std::wstring_view name = korlib::view_of(prog_id);
@@ -113,13 +105,12 @@ HRESULT ServerObject::Execute(BSTR path) {
     RETURN_IF_FAILED(script::check_stack());
     std::string resolved;
     RETURN_IF_FAILED(resolve(L"Execute", path, resolved));
-    return page_->host ? page_->host->execute(resolved) : E_UNEXPECTED;
+    return page_->host->execute(resolved);
   });
 }
 
 HRESULT ServerObject::Transfer(BSTR path) {
   return guarded(kSource, [&]() -> HRESULT {
-    if (!page_->host) return E_UNEXPECTED;
     if (!page_->response.head_sent()) page_->response.clear();
     RETURN_IF_FAILED(Execute(path));
     return page_->host->end_page();
@@ -127,19 +118,15 @@ HRESULT ServerObject::Transfer(BSTR path) {
 }
 
 HRESULT ServerObject::GetLastError(IDispatch** error) {
-  const PageError* last = page_->host ? page_->host->last_error() : nullptr;
-  *error = korlib::make<AspErrorObject>(last ? *last : PageError()).detach();
-  return S_OK;
+  const PageError* last = page_->host->last_error();
+  return give(korlib::make<AspErrorObject>(last ? *last : PageError()).detach(), error);
 }
 
-HRESULT ServerObject::get_ScriptTimeout(LONG* seconds) {
-  *seconds = page_->host ? page_->host->script_timeout() : 0;
-  return S_OK;
-}
+HRESULT ServerObject::get_ScriptTimeout(LONG* seconds) { return give(page_->host->script_timeout(), seconds); }
 
 HRESULT ServerObject::put_ScriptTimeout(LONG seconds) {
   if (seconds < 1) return korlib::raise(E_INVALIDARG, kSource, L"ScriptTimeout is a number of seconds from 1.");
-  return page_->host ? page_->host->set_script_timeout(seconds) : S_OK;
+  return page_->host->set_script_timeout(seconds);
 }
 
 std::span<const korlib::Member> AspErrorObject::members() {
@@ -159,21 +146,12 @@ std::span<const korlib::Member> AspErrorObject::members() {
 }
 
 HRESULT AspErrorObject::get_ASPCode(BSTR* code) { return give_text(L"", code); }
-HRESULT AspErrorObject::get_Number(LONG* number) {
-  *number = error_.number;
-  return S_OK;
-}
+HRESULT AspErrorObject::get_Number(LONG* number) { return give(error_.number, number); }
 HRESULT AspErrorObject::get_Source(BSTR* code_line) { return give_text(error_.code_line, code_line); }
 HRESULT AspErrorObject::get_Category(BSTR* category) { return give_text(error_.category, category); }
 HRESULT AspErrorObject::get_File(BSTR* file) { return give_text(error_.file, file); }
-HRESULT AspErrorObject::get_Line(LONG* line) {
-  *line = error_.line;
-  return S_OK;
-}
-HRESULT AspErrorObject::get_Column(LONG* column) {
-  *column = error_.column;
-  return S_OK;
-}
+HRESULT AspErrorObject::get_Line(LONG* line) { return give(error_.line, line); }
+HRESULT AspErrorObject::get_Column(LONG* column) { return give(error_.column, column); }
 HRESULT AspErrorObject::get_Description(BSTR* description) { return give_text(error_.description, description); }
 HRESULT AspErrorObject::get_ASPDescription(BSTR* description) { return give_text(error_.source, description); }
 

@@ -65,10 +65,7 @@ class PageRun final : public PageHost {
   PageRun(const PageRun&) = delete;
   PageRun& operator=(const PageRun&) = delete;
   // Objects that a component kept find the page gone.
-  ~PageRun() override {
-    page_->host = nullptr;
-    page_->response.detach();
-  }
+  ~PageRun() override { page_->end(); }
 
   int run();
 

@@ -13,9 +13,7 @@ PageTest::PageTest() {
 }
 
 PageTest::~PageTest() {
-  if (!page_) return;
-  page_->host = nullptr;
-  page_->response.detach();
+  if (page_) page_->end();
 }
 
 void PageTest::post_form(std::string body) {

@@ -1,4 +1,4 @@
-#include "intrinsics/variant_key.h"
+#include "intrinsics/arguments.h"
 
 namespace zelto {
 
@@ -48,10 +48,26 @@ HRESULT read_key(const VARIANT& value, std::size_t count, VariantKey& key) {
   return S_OK;
 }
 
-void put_text(std::wstring_view text, VARIANT* value) {
-  VariantInit(value);
-  value->vt = VT_BSTR;
-  value->bstrVal = korlib::new_bstr(text);
+HRESULT give_text(std::wstring_view text, BSTR* result) {
+  if (!result) return E_POINTER;
+  *result = korlib::new_bstr(text);
+  return *result ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT give_text(std::wstring_view text, VARIANT* result) {
+  if (!result) return E_POINTER;
+  VariantInit(result);
+  result->vt = VT_BSTR;
+  return give_text(text, &result->bstrVal);
+}
+
+HRESULT give_object(IDispatch* object, VARIANT* result) {
+  if (!result) return E_POINTER;
+  VariantInit(result);
+  result->vt = VT_DISPATCH;
+  result->pdispVal = object;
+  object->AddRef();
+  return S_OK;
 }
 
 }  // namespace zelto

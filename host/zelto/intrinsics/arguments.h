@@ -1,0 +1,69 @@
+// What members of the intrinsic objects take and give: entries of collections as scripts name them, and results.
+#pragma once
+
+#include <korlib/comvariant.h>
+#include <korlib_host/enumerator.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include "intrinsics/guard.h"
+
+namespace zelto {
+
+// An entry of a collection: by name, or by its place.
+struct VariantKey {
+  std::optional<std::size_t> place;  // counted from 0; set for a number
+  std::wstring name;                 // set for anything else
+};
+
+// A number is a place, counted from 1 and checked against `count`: DISP_E_BADINDEX outside it. What has no text is
+// DISP_E_TYPEMISMATCH.
+HRESULT read_key(const VARIANT& value, std::size_t count, VariantKey& key);
+// As read_key, for what must be a number.
+HRESULT read_place(const VARIANT& value, std::size_t count, std::size_t& place);
+
+inline void clear_result(VARIANT* result) { VariantInit(result); }
+template <class Result>
+void clear_result(Result* result) {
+  *result = Result{};
+}
+
+// As guarded(source, body), for a member with a result: E_POINTER when there is no room for one, and it is empty when
+// the body begins.
+template <class Result, class Body>
+HRESULT guarded(std::wstring_view source, Result* result, Body body) noexcept {
+  if (!result) return E_POINTER;
+  clear_result(result);
+  return guarded(source, body);
+}
+
+// Results. Each answers E_POINTER when there is no room for one.
+template <class Result>
+HRESULT give(std::type_identity_t<Result> value, Result* result) {
+  if (!result) return E_POINTER;
+  *result = value;
+  return S_OK;
+}
+inline HRESULT give_bool(bool truth, VARIANT_BOOL* result) {
+  return give(truth ? VARIANT_TRUE : VARIANT_FALSE, result);
+}
+HRESULT give_text(std::wstring_view text, BSTR* result);
+HRESULT give_text(std::wstring_view text, VARIANT* result);
+// A further reference.
+HRESULT give_object(IDispatch* object, VARIANT* result);
+
+// The texts of a list, or what `text_of` makes of each of its rows, as an enumeration.
+template <class Rows, class TextOf = std::identity>
+HRESULT give_texts(const Rows& rows, IUnknown** result, TextOf text_of = {}) {
+  std::vector<CComVariant> values;
+  values.reserve(rows.size());
+  for (const auto& row : rows) values.emplace_back(std::wstring_view(std::invoke(text_of, row)));
+  return korlib::make_enumerator(std::move(values), result);
+}
+
+}  // namespace zelto
