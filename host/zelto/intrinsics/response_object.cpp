@@ -147,7 +147,7 @@ HRESULT ResponseObject::AddHeader(BSTR name, BSTR value) {
     const std::string header = to_utf8(korlib::view_of(name));
     std::string text;
     if (!is_token(header)) {
-      return korlib::raise(E_INVALIDARG, kSource, L"AddHeader: \"" + to_wide(header) + L"\" is no header name.");
+      return korlib::raise(E_INVALIDARG, kSource, L"AddHeader: \"" + to_wide(header) + L"\" is not a header name.");
     }
     RETURN_IF_FAILED(header_value(L"AddHeader", value, text));
     if (is_framing_header(header)) return S_OK;
@@ -253,7 +253,7 @@ HRESULT ResponseObject::put_Charset(BSTR charset) {
     const std::string name = to_utf8(korlib::view_of(charset));
     if (!name.empty() && !is_token(name)) {
       return korlib::raise(E_INVALIDARG, kSource,
-                           L"Charset: \"" + to_wide(name) + L"\" is no name of a character set.");
+                           L"Charset: \"" + to_wide(name) + L"\" is not the name of a character set.");
     }
     response.charset = name;
     return S_OK;

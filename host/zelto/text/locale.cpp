@@ -121,7 +121,7 @@ HRESULT check_locale(std::wstring_view source, LONG lcid) {
   if (is_locale(lcid)) return S_OK;
   return korlib::raise(
       E_INVALIDARG, source,
-      L"LCID: " + std::to_wstring(lcid) + L" is no locale that this host knows; 2048 is the neutral form.");
+      L"LCID: " + std::to_wstring(lcid) + L" is not a locale that this host knows; 2048 is the neutral form.");
 }
 
 const LocaleText* LocaleText::of(LONG lcid) {

@@ -105,7 +105,7 @@ TEST_F(Response, NamesTheLocaleThatItDoesNotKnow) {
   put(response(), L"LCID", 1031);
   const Answer refused = put(response(), L"LCID", 99999);
   EXPECT_EQ(E_INVALIDARG, refused.hr);
-  EXPECT_EQ(L"LCID: 99999 is no locale that this host knows; 2048 is the neutral form.", refused.description);
+  EXPECT_EQ(L"LCID: 99999 is not a locale that this host knows; 2048 is the neutral form.", refused.description);
   EXPECT_EQ(1031, get(response(), L"LCID").value.lVal);
 }
 

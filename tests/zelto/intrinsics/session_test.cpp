@@ -160,7 +160,7 @@ TEST_F(Session, RefusesACodePageAndALocaleThatItDoesNotKnow) {
   EXPECT_EQ(L"CodePage: no such code page.", page.description);
   const Answer locale = put(session.get(), L"LCID", 12345);
   EXPECT_EQ(E_INVALIDARG, locale.hr);
-  EXPECT_EQ(L"LCID: 12345 is no locale that this host knows; 2048 is the neutral form.", locale.description);
+  EXPECT_EQ(L"LCID: 12345 is not a locale that this host knows; 2048 is the neutral form.", locale.description);
   EXPECT_EQ(65001, state->code_page);
   EXPECT_EQ(2048, state->lcid);
 }
