@@ -103,6 +103,11 @@ HRESULT CookieValue::get_Count(int* count) {
   return give(keys == 0 && cookie_ ? 1 : static_cast<int>(keys), count);
 }
 
+HRESULT CookieValue::get_Key(VARIANT index, VARIANT* key) {
+  if (cookie_) return NamedCollection::get_Key(index, key);
+  return guarded(kSource, key, [] { return DISP_E_BADINDEX; });
+}
+
 HRESULT CookieValue::get_HasKeys(VARIANT_BOOL* has_keys) {
   return give_bool(cookie_ && !cookie_->keys.fields().empty(), has_keys);
 }

@@ -55,6 +55,7 @@ class CookieValue final
 
   HRESULT get_Item(VARIANT key, VARIANT* value) override;
   HRESULT get_Count(int* count) override;
+  HRESULT get_Key(VARIANT index, VARIANT* key) override;
   HRESULT get_HasKeys(VARIANT_BOOL* has_keys);
 
  private:

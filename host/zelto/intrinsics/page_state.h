@@ -47,14 +47,20 @@ struct PageState {
 
   // Whoever runs the page calls this before the page's host and sink go.
   void end() {
-    static PageHost ended;
-    host = &ended;
+    host = ended_host();
     response.detach();
   }
+  bool has_ended() const { return host == ended_host(); }
 
   RequestState request;
   ResponseState response;
   PageHost* host;  // never null
+
+ private:
+  static PageHost* ended_host() {
+    static PageHost ended;
+    return &ended;
+  }
 };
 using PageStatePtr = std::shared_ptr<PageState>;
 

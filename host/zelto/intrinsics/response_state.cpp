@@ -98,7 +98,7 @@ ResponseHead ResponseState::head() const {
     const std::string type = base::ascii_lowered(content_type);
     const bool is_text = type.starts_with("text/");
     std::string set = !charset.empty() ? charset : is_text ? charset_of(code_page).value_or("utf-8") : "";
-    if (type.find("charset=") != std::string::npos) set.clear();  // the page has said it all
+    if (type.find("charset=") != std::string::npos) set.clear();  // the page has named it
     head.headers.push_back({"Content-Type", content_type + (set.empty() ? "" : "; charset=" + set)});
   }
   if (!cache_control.empty()) head.headers.push_back({"Cache-Control", cache_control});

@@ -41,7 +41,7 @@ struct ResponseFields {
   std::string charset;  // empty: the code page's, for text types
   std::string cache_control = "private";
   std::optional<double> expires;          // a DATE
-  std::optional<double> expires_minutes;  // what the page made it of, when it was minutes
+  std::optional<double> expires_minutes;  // as the page set it, when it gave minutes
   std::vector<Header> headers;            // added by the page
   std::vector<SetCookie> cookies;
 };
@@ -74,7 +74,8 @@ class ResponseState : public ResponseFields {
   std::string session_cookie;  // a whole Set-Cookie value, or empty
   std::string log_note;
 
-  // Fails with words that begin with the member, once the head has gone out and a change of it is in vain.
+  // Once the head has gone out, so that it cannot be changed any more: fails with a message that begins with the
+  // member.
   HRESULT check_head(std::wstring_view source, std::wstring_view member = {}) const;
   // "404 Not Found"; false for a text that is not a status line.
   bool set_status(std::string_view line);

@@ -111,6 +111,7 @@ HRESULT ServerObject::Execute(BSTR path) {
 
 HRESULT ServerObject::Transfer(BSTR path) {
   return guarded(kSource, [&]() -> HRESULT {
+    if (page_->has_ended()) return E_UNEXPECTED;
     if (!page_->response.head_sent()) page_->response.clear();
     RETURN_IF_FAILED(Execute(path));
     return page_->host->end_page();

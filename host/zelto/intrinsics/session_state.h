@@ -48,8 +48,8 @@ class SessionState final : public VariantStore {
   // Makes sure that the client will come back to this session. A session is not kept, and the client gets
   // no cookie, until something is stored or the identifier is read.
   HRESULT keep();
-  // Gives the session a new identifier, for when its visitor's rights change: whoever knew the one before
-  // has no part in it.
+  // Gives the session a new identifier, for when its visitor's rights change: whoever knew the old one cannot
+  // use it.
   HRESULT renew();
 
   FifoLock lock;

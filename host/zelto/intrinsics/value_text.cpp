@@ -20,7 +20,7 @@ constexpr std::wstring_view kSource = L"Zelto";
 constexpr int kMostArrays = 200;  // as many as the script lets out
 constexpr int kMostObjects = 16;
 
-// An object that has no default member, or one that is no property or wants arguments, has no value.
+// An object without a default member, or with one that is not a property or needs arguments, has no value.
 bool has_no_default(HRESULT hr) {
   constexpr HRESULT kNotOptional = korlib::hresult(0x8002000F);
   return hr == DISP_E_MEMBERNOTFOUND || hr == DISP_E_BADPARAMCOUNT || hr == kNotOptional || hr == DISP_E_UNKNOWNNAME ||

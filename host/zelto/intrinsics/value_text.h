@@ -16,7 +16,7 @@ namespace zelto {
 //   the elements' texts, with ","   for an array, nested ones likewise, the first index outermost;
 //   the default value's text        for an object; "[object Object]" for one that has none, and for a
 //                                   script's object or function what the script itself makes of it.
-// Fails with words for a date outside the years 100 to 9999, for an array nested more than 200 deep and for
+// Fails with a message for a date outside the years 100 to 9999, for an array nested more than 200 deep and for
 // an object whose default value is an object, and so on, more than 16 deep; as the object does when its
 // default value cannot be read.
 HRESULT append_value_text(const VARIANT& value, LONG lcid, std::wstring& text);

@@ -19,7 +19,7 @@ struct OpenKey {
   std::wstring path;
 };
 
-// The path of a handle and a name below it; false for a handle that is none.
+// The path of a handle and a name below it; false for a null handle.
 bool path_below(HKEY key, const wchar_t* sub_key, std::wstring& path) {
   if (!key) return false;
   if (key != hkey_classes_root()) path = static_cast<OpenKey*>(key)->path;

@@ -2,7 +2,7 @@
 //
 // What the forms are is taken from Unicode's own data: a character of the block "Halfwidth and Fullwidth
 // Forms" names the ordinary one, which is the full form of a narrow character and the half form of a wide
-// one. Everything else has one form only and stays as it is, code units that are no characters included.
+// one. Everything else has one form only and stays as it is, also code units that are not characters.
 #include <korlib/winapi.h>
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>

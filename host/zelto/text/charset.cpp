@@ -34,11 +34,11 @@ struct CloseConverter {
 };
 using Converter = std::unique_ptr<UConverter, CloseConverter>;
 
-// A converter keeps state, so each thread has its own; opening one is dear.
+// A converter keeps state, so each thread has its own; opening one is expensive.
 UConverter* converter_for(LONG code_page) {
-  thread_local LONG held = 0;
+  thread_local LONG open_page = 0;
   thread_local Converter converter;
-  if (held != code_page) {
+  if (open_page != code_page) {
     const auto charset = charset_of(code_page);
     UErrorCode status = U_ZERO_ERROR;
     converter.reset(charset ? ucnv_open(charset->c_str(), &status) : nullptr);
@@ -46,7 +46,7 @@ UConverter* converter_for(LONG code_page) {
     if (converter) {
       ucnv_setSubstString(converter.get(), u"?", 1, &status);
     }
-    held = code_page;
+    open_page = code_page;
   }
   return converter.get();
 }

@@ -18,7 +18,7 @@ using korlib::to_wide;
 // The character set of a Windows code page number as the web names it ("utf-8", "shift_jis",
 // "windows-1252"); nothing for a number that is unknown.
 std::optional<std::string> charset_of(LONG code_page);
-// Fails with words, for a member of `source` that is given an unknown number.
+// Fails with a message, for a member of `source` that is given an unknown number.
 HRESULT check_code_page(std::wstring_view source, LONG code_page);
 
 // From the code page's bytes; an unknown code page reads as UTF-8.

@@ -125,14 +125,14 @@ HRESULT check_locale(std::wstring_view source, LONG lcid) {
 }
 
 const LocaleText* LocaleText::of(LONG lcid) {
-  thread_local LONG held = kNeutralLocale;
+  thread_local LONG current = kNeutralLocale;
   thread_local std::optional<LocaleText> text;
-  if (held != lcid) {
+  if (current != lcid) {
     LocaleName name;
     text.reset();
-    held = kNeutralLocale;  // should what follows throw
+    current = kNeutralLocale;  // in case what follows throws
     if (!is_neutral(lcid) && find_name(lcid, name)) text.emplace(name.data());
-    held = lcid;
+    current = lcid;
   }
   return text ? &*text : nullptr;
 }

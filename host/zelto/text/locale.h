@@ -10,20 +10,20 @@
 
 namespace zelto {
 
-// The form that is no locale's, 2001-02-03 04:05:06 and 1.5: what sessions and pages start with. The
-// numbers 1024 (the user's default) and 127 (invariant) ask for it as well.
+// The neutral form, 2001-02-03 04:05:06 and 1.5: what sessions and pages start with. The numbers 1024 (the user's
+// default) and 127 (invariant) ask for it as well.
 inline constexpr LONG kNeutralLocale = 2048;
 
-// Whether the number is one of those three or names a locale that ICU knows.
+// Whether the number is one of those three or that of a locale that ICU knows.
 bool is_locale(LONG lcid);
-// Fails with words that name the number, for a member of `source` that is given another.
+// Fails with a message that names the number, for a member of `source` that is given another.
 HRESULT check_locale(std::wstring_view source, LONG lcid);
 
 // Of one locale. Belongs to its thread.
 class LocaleText {
  public:
-  // Null for the neutral form and for what is no locale. The answer stays until the thread asks for another
-  // locale; making one is dear.
+  // Null for the neutral form and for an unknown number. The answer is valid until the thread asks for another
+  // locale; making one is expensive.
   static const LocaleText* of(LONG lcid);
 
   explicit LocaleText(const char* name);
