@@ -91,7 +91,7 @@ HRESULT CookieValue::get_Item(VARIANT key, VARIANT* value) {
     VariantKey wanted;
     RETURN_IF_FAILED(read_key(key, static_cast<std::size_t>(count), wanted));
     if (!cookie_) return give_text(L"", value);
-    const std::vector<Field>& keys = cookie_->keys.fields();
+    const auto& keys = cookie_->keys.fields();
     if (wanted.place && keys.empty()) return give_text(cookie_->value, value);
     const Field* field = wanted.place ? &keys[*wanted.place] : cookie_->keys.find(wanted.name);
     return give_text(field ? joined(field->values) : std::wstring(), value);
