@@ -10,7 +10,7 @@
 #include "app/runtime.h"
 #include "platform/canonical_path.h"
 #include "site/page_run.h"
-#include "text/ascii.h"
+#include "text/http_grammar.h"
 
 namespace zelto {
 

@@ -6,7 +6,8 @@
 #include <ctime>
 #include <string_view>
 
-#include "text/ascii.h"
+#include "text/characters.h"
+#include "text/percent_coding.h"
 
 namespace zelto {
 

@@ -11,9 +11,9 @@
 #include <string_view>
 #include <utility>
 
+#include "base/letter_case.h"
 #include "http/framing.h"
 #include "site/static_files.h"
-#include "text/ascii.h"
 
 namespace zelto {
 
@@ -36,9 +36,9 @@ constexpr int kUnavailable = 503;
 // What a proxy says about its own client. Two opinions may be one of the client's own.
 bool came_encrypted(const HttpRequest& request, const std::vector<std::string>& trusted_proxies) {
   if (std::ranges::find(trusted_proxies, request.remote_address) == trusted_proxies.end()) return false;
-  const auto is_said = [](const Header& header) { return same_text(header.name, "X-Forwarded-Proto"); };
+  const auto is_said = [](const Header& header) { return base::equal_ascii(header.name, "X-Forwarded-Proto"); };
   return std::ranges::count_if(request.headers, is_said) == 1 &&
-         same_text(*request.header("X-Forwarded-Proto"), "https");
+         base::equal_ascii(*request.header("X-Forwarded-Proto"), "https");
 }
 
 // Takes the connection from under its socket. The client sees a reset: after a shutdown, a body whose end is that of

@@ -4,8 +4,9 @@
 #include <array>
 #include <string_view>
 
+#include "base/letter_case.h"
 #include "http/host_name.h"
-#include "text/ascii.h"
+#include "text/http_grammar.h"
 
 namespace zelto {
 
@@ -17,15 +18,15 @@ constexpr int kExpectationFailed = 417;
 constexpr int kNotImplemented = 501;
 
 std::ptrdiff_t count_of(const HttpRequest& request, std::string_view name) {
-  return std::ranges::count_if(request.headers, [&](const Header& h) { return same_text(h.name, name); });
+  return std::ranges::count_if(request.headers, [&](const Header& h) { return base::equal_ascii(h.name, name); });
 }
 
 // True when an element of any header of that name is `wanted`.
 bool has_element(const HttpRequest& request, std::string_view name, std::string_view wanted) {
   bool found = false;
   for (const Header& header : request.headers)
-    if (same_text(header.name, name))
-      for_each_element(header.value, [&](std::string_view element) { found |= same_text(element, wanted); });
+    if (base::equal_ascii(header.name, name))
+      for_each_element(header.value, [&](std::string_view element) { found |= base::equal_ascii(element, wanted); });
   return found;
 }
 
@@ -35,12 +36,12 @@ int check_transfer_coding(const HttpRequest& request) {
   int unknown = 0;
   bool present = false;
   for (const Header& header : request.headers) {
-    if (!same_text(header.name, "Transfer-Encoding")) continue;
+    if (!base::equal_ascii(header.name, "Transfer-Encoding")) continue;
     present = true;
     for_each_element(header.value, [&](std::string_view coding) {
-      if (same_text(coding, "chunked"))
+      if (base::equal_ascii(coding, "chunked"))
         ++chunked;
-      else if (same_text(coding, "identity"))
+      else if (base::equal_ascii(coding, "identity"))
         ++others;
       else
         ++unknown;
@@ -69,7 +70,7 @@ int check_host(const HttpRequest& request) {
 int check_expectation(const HttpRequest& request) {
   if (request.minor_version == 0) return kOk;  // such a client cannot expect anything
   const auto is_unknown = [](const Header& header) {
-    return same_text(header.name, "Expect") && !same_text(header.value, "100-continue");
+    return base::equal_ascii(header.name, "Expect") && !base::equal_ascii(header.value, "100-continue");
   };
   return std::ranges::none_of(request.headers, is_unknown) ? kOk : kExpectationFailed;
 }
@@ -91,7 +92,7 @@ bool wants_keep_alive(const HttpRequest& request) {
 
 bool expects_continue(const HttpRequest& request) {
   const std::string* expectation = request.header("Expect");
-  return expectation && request.minor_version > 0 && same_text(*expectation, "100-continue");
+  return expectation && request.minor_version > 0 && base::equal_ascii(*expectation, "100-continue");
 }
 
 }  // namespace zelto

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "text/ascii.h"
+#include "base/letter_case.h"
 
 namespace zelto {
 
 const std::string* HttpRequest::header(std::string_view name) const {
-  const auto found = std::ranges::find_if(headers, [&](const Header& h) { return same_text(h.name, name); });
+  const auto found = std::ranges::find_if(headers, [&](const Header& h) { return base::equal_ascii(h.name, name); });
   return found == headers.end() ? nullptr : &found->value;
 }
 

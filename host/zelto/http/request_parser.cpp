@@ -5,9 +5,9 @@
 #include <boost/beast/http/basic_parser.hpp>
 #include <utility>
 
+#include "base/letter_case.h"
 #include "http/framing.h"
 #include "http/target.h"
-#include "text/ascii.h"
 
 namespace zelto {
 
@@ -36,7 +36,7 @@ bool names_a_version(std::string_view head) {
 
 // A target that names its host counts more than the Host header, which a proxy may have made of something else.
 void set_host(HttpRequest& request, std::string&& host) {
-  const auto named = [](const Header& header) { return same_text(header.name, "Host"); };
+  const auto named = [](const Header& header) { return base::equal_ascii(header.name, "Host"); };
   const auto found = std::ranges::find_if(request.headers, named);
   if (found == request.headers.end())
     request.headers.push_back({"Host", std::move(host)});

@@ -5,8 +5,9 @@
 #include <ctime>
 #include <utility>
 
-#include "text/ascii.h"
+#include "base/letter_case.h"
 #include "text/http_date.h"
+#include "text/http_grammar.h"
 
 namespace zelto {
 
@@ -15,7 +16,7 @@ namespace {
 bool is_ours(std::string_view name) {
   constexpr std::array<std::string_view, 7> kOurs = {"Content-Length", "Transfer-Encoding", "Connection", "Date",
                                                      "Server",         "Keep-Alive",        "Trailer"};
-  return std::ranges::any_of(kOurs, [&](std::string_view ours) { return same_text(ours, name); });
+  return std::ranges::any_of(kOurs, [&](std::string_view ours) { return base::equal_ascii(ours, name); });
 }
 
 // Formatting costs more than the rest of the head, and the text changes once a second.
@@ -87,7 +88,7 @@ std::string write_response_head(const ResponseHead& head, Framing framing, std::
   bool sniffing_settled = false;
   for (const Header& header : head.headers) {
     if (is_ours(header.name) || !is_token(header.name) || !is_field_value(header.value)) continue;
-    sniffing_settled |= same_text(header.name, "X-Content-Type-Options");
+    sniffing_settled |= base::equal_ascii(header.name, "X-Content-Type-Options");
     append_line(out, header.name, header.value);
   }
   if (!sniffing_settled) append_line(out, "X-Content-Type-Options", "nosniff");

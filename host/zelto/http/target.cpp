@@ -3,8 +3,9 @@
 #include <optional>
 #include <vector>
 
+#include "base/letter_case.h"
 #include "http/host_name.h"
-#include "text/ascii.h"
+#include "text/characters.h"
 #include "text/percent_coding.h"
 
 namespace zelto {
@@ -74,7 +75,7 @@ std::optional<std::string_view> take_authority(std::string_view& target) {
   const auto scheme_end = target.find("://");
   if (scheme_end == std::string_view::npos) return std::nullopt;
   const std::string_view scheme = target.substr(0, scheme_end);
-  if (!same_text(scheme, "http") && !same_text(scheme, "https")) return std::nullopt;
+  if (!base::equal_ascii(scheme, "http") && !base::equal_ascii(scheme, "https")) return std::nullopt;
   target.remove_prefix(scheme_end + 3);
   const std::string_view authority = target.substr(0, target.find_first_of("/?"));
   if (authority.empty() || authority.front() == ':' || !is_host(authority)) return std::nullopt;

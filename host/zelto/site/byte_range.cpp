@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
-#include "text/ascii.h"
+#include "base/letter_case.h"
+#include "text/http_grammar.h"
 
 namespace zelto {
 
@@ -21,7 +22,7 @@ std::optional<std::uint64_t> parse_number(std::string_view text) {
 
 std::optional<ByteRange> parse_range(std::string_view header, std::uint64_t size) {
   constexpr std::string_view kUnit = "bytes=";
-  if (header.size() < kUnit.size() || !same_text(header.substr(0, kUnit.size()), kUnit)) return std::nullopt;
+  if (header.size() < kUnit.size() || !base::equal_ascii(header.substr(0, kUnit.size()), kUnit)) return std::nullopt;
   const std::string_view range = trim_blanks(header.substr(kUnit.size()));
   const auto dash = range.find('-');
   if (dash == std::string_view::npos || range.find(',') != std::string_view::npos) return std::nullopt;

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "text/ascii.h"
+#include "base/letter_case.h"
 
 namespace zelto {
 
@@ -51,7 +51,7 @@ std::string_view content_type_of(std::string_view file_name) {
                                            {"xml", "application/xml"},
                                            {"zip", "application/zip"}}};
   static_assert(std::ranges::is_sorted(kTypes, {}, &Row::first));
-  const std::string extension = lower_text(extension_of(file_name));
+  const std::string extension = base::ascii_lowered(extension_of(file_name));
   if (!extension.empty()) {
     const std::string_view name = std::string_view(extension).substr(1);
     const auto found = std::ranges::lower_bound(kTypes, name, {}, &Row::first);

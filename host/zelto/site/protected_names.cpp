@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
+#include "base/letter_case.h"
 #include "site/content_types.h"
-#include "text/ascii.h"
 
 namespace zelto {
 
 namespace {
 
 bool contains(const std::vector<std::string>& names, std::string_view name) {
-  return std::ranges::any_of(names, [&](const std::string& one) { return same_text(one, name); });
+  return std::ranges::any_of(names, [&](const std::string& one) { return base::equal_ascii(one, name); });
 }
 
 }  // namespace

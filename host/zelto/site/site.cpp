@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "base/letter_case.h"
 #include "platform/canonical_path.h"
-#include "text/ascii.h"
 
 namespace zelto {
 
@@ -59,7 +59,7 @@ std::string Site::notice() const {
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(root_ + "/", error)) {
     const std::string name = entry.path().filename().string();
-    if (!same_text(name, "global.asa")) continue;
+    if (!base::equal_ascii(name, "global.asa")) continue;
     return "zelto: " + name + " is not run: what it declares for the application and its sessions does not happen";
   }
   return {};

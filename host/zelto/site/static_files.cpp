@@ -17,12 +17,13 @@
 #include <system_error>
 #include <utility>
 
+#include "base/letter_case.h"
 #include "http/response_head.h"
 #include "http/target.h"
 #include "site/byte_range.h"
 #include "site/content_types.h"
-#include "text/ascii.h"
 #include "text/http_date.h"
+#include "text/http_grammar.h"
 
 namespace zelto {
 
@@ -132,7 +133,7 @@ FoundFile StaticFiles::find(std::string_view path) const {
     return {};
   }
   if (!S_ISREG(status.st_mode) || is_folder) return {};
-  const bool is_page = same_text(extension_of(path), options_.page_extension);
+  const bool is_page = base::equal_ascii(extension_of(path), options_.page_extension);
   return {is_page ? FoundFile::Kind::kPage : FoundFile::Kind::kFile, std::string(path),
           options_.root + std::string(path)};
 }

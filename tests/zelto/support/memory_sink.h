@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/letter_case.h"
 #include "http/message.h"
-#include "text/ascii.h"
 
 namespace test {
 
@@ -33,7 +33,7 @@ class MemorySink final : public zelto::ResponseSink {
   std::vector<std::string> header(std::string_view name) const {
     std::vector<std::string> values;
     for (const zelto::Header& sent : head.headers) {
-      if (zelto::same_text(sent.name, name)) values.push_back(sent.value);
+      if (base::equal_ascii(sent.name, name)) values.push_back(sent.value);
     }
     return values;
   }
