@@ -164,7 +164,7 @@ HRESULT Command::statement_text(std::size_t parameter_count, std::wstring& text)
   return S_OK;
 }
 
-HRESULT Command::collect(const VARIANT& values, std::vector<db::Parameter>& parameters) const {
+HRESULT Command::collect(const VARIANT& values, std::vector<odbc::Parameter>& parameters) const {
   std::vector<CComVariant> given;
   RETURN_IF_FAILED(values_of(values, given));
   const auto& items = parameters_->items();
@@ -178,22 +178,22 @@ HRESULT Command::collect(const VARIANT& values, std::vector<db::Parameter>& para
   return S_OK;
 }
 
-HRESULT Command::take_results(const std::vector<db::Parameter>& parameters) {
+HRESULT Command::take_results(const std::vector<odbc::Parameter>& parameters) {
   const auto& items = parameters_->items();
   for (std::size_t i = 0; i < items.size() && i < parameters.size(); ++i) {
-    if (parameters[i].direction == db::Direction::kIn) continue;
+    if (parameters[i].direction == odbc::Direction::kIn) continue;
     CComVariant value;
-    RETURN_IF_FAILED(db::to_variant(parameters[i].value, &value));
+    RETURN_IF_FAILED(to_variant(parameters[i].value, &value));
     RETURN_IF_FAILED(items[i]->put_Value(value));
   }
   return S_OK;
 }
 
-HRESULT Command::run(const VARIANT& values, bool is_kept, std::unique_ptr<db::ResultSet>& result) {
+HRESULT Command::run(const VARIANT& values, bool is_kept, std::unique_ptr<odbc::ResultSet>& result) {
   if (!connection_) return raise(kInvalidConnection, kSource, L"The command has no connection.");
   RETURN_IF_FAILED(connection_->need_open(kSource));
   return connection_->guarded(kSource, [&] {
-    std::vector<db::Parameter> parameters;
+    std::vector<odbc::Parameter> parameters;
     RETURN_IF_FAILED(collect(values, parameters));
     std::wstring text;
     RETURN_IF_FAILED(statement_text(parameters.size(), text));
@@ -204,11 +204,11 @@ HRESULT Command::run(const VARIANT& values, bool is_kept, std::unique_ptr<db::Re
   });
 }
 
-HRESULT Command::run(bool is_kept, std::unique_ptr<db::ResultSet>& result) { return run(omitted(), is_kept, result); }
+HRESULT Command::run(bool is_kept, std::unique_ptr<odbc::ResultSet>& result) { return run(omitted(), is_kept, result); }
 
 HRESULT Command::Execute(VARIANT* affected, VARIANT values, LONG, IDispatch** recordset) {
   *recordset = nullptr;
-  std::unique_ptr<db::ResultSet> result;
+  std::unique_ptr<odbc::ResultSet> result;
   RETURN_IF_FAILED(run(values, connection_ && connection_->keeps_rows(), result));
   put_affected(*result, affected);
   *recordset = make<Recordset>(connection_, std::move(result)).detach();

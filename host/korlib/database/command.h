@@ -51,12 +51,12 @@ class Command final : public DispatchObject<Command, IKorDBCommand, ICommandAcce
   // For the recordset.
   HRESULT use(CComPtr<Connection> connection);
   const CComPtr<Connection>& connection() const { return connection_; }
-  HRESULT run(bool is_kept, std::unique_ptr<db::ResultSet>& result);
+  HRESULT run(bool is_kept, std::unique_ptr<odbc::ResultSet>& result);
 
  private:
-  HRESULT run(const VARIANT& values, bool is_kept, std::unique_ptr<db::ResultSet>& result);
-  HRESULT collect(const VARIANT& values, std::vector<db::Parameter>& parameters) const;
-  HRESULT take_results(const std::vector<db::Parameter>& parameters);
+  HRESULT run(const VARIANT& values, bool is_kept, std::unique_ptr<odbc::ResultSet>& result);
+  HRESULT collect(const VARIANT& values, std::vector<odbc::Parameter>& parameters) const;
+  HRESULT take_results(const std::vector<odbc::Parameter>& parameters);
   HRESULT statement_text(std::size_t parameter_count, std::wstring& text) const;
 
   CComPtr<Connection> connection_;

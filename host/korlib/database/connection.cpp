@@ -59,10 +59,10 @@ std::span<const Member> Connection::members() {
 }
 
 HRESULT Connection::need_open(std::wstring_view source) const {
-  return session_ ? S_OK : raise(kObjectClosed, source, L"The connection is not open.");
+  return odbc_ ? S_OK : raise(kObjectClosed, source, L"The connection is not open.");
 }
 
-HRESULT Connection::note(std::wstring_view source, const db::Failure& failure) noexcept {
+HRESULT Connection::note(std::wstring_view source, const odbc::Failure& failure) noexcept {
   try {
     errors_ = failure.diagnostics();
     return raise(failure.code(), source, failure.text());
@@ -72,26 +72,26 @@ HRESULT Connection::note(std::wstring_view source, const db::Failure& failure) n
 }
 
 void Connection::close() noexcept {
-  if (session_) db::give_back(std::move(session_));
-  session_.reset();
+  if (odbc_) odbc::give_back(std::move(odbc_));
+  odbc_.reset();
 }
 
-std::unique_ptr<db::ResultSet> Connection::run(const std::wstring& sql, std::vector<db::Parameter>& parameters,
-                                               LONG timeout, bool is_kept) {
+std::unique_ptr<odbc::ResultSet> Connection::run(const std::wstring& sql, std::vector<odbc::Parameter>& parameters,
+                                                 LONG timeout, bool is_kept) {
   errors_.clear();
-  auto statement = std::make_unique<db::Statement>(session_, timeout);
+  auto statement = std::make_unique<odbc::Statement>(odbc_, timeout);
   statement->run(sql, parameters);
-  return std::make_unique<db::ResultSet>(std::move(statement), is_kept);
+  return std::make_unique<odbc::ResultSet>(std::move(statement), is_kept);
 }
 
 HRESULT Connection::Open(BSTR connection_string, BSTR user, BSTR password, LONG) {
-  if (session_) return raise(kObjectOpen, kSource, L"The connection is open already.");
+  if (odbc_) return raise(kObjectOpen, kSource, L"The connection is open already.");
   return guarded(kSource, [&] {
     errors_.clear();
     if (SysStringLen(connection_string) > 0) connection_string_ = view_of(connection_string);
     if (connection_string_.empty()) return raise(kInvalidArgument, kSource, L"Open: a connection string is needed.");
     const std::wstring full = full_string(connection_string_, view_of(user), view_of(password));
-    session_ = db::take_session(full, connection_timeout_);
+    odbc_ = odbc::take_connection(full, connection_timeout_);
     return S_OK;
   });
 }
@@ -107,8 +107,8 @@ HRESULT Connection::Execute(BSTR text, VARIANT* affected, LONG, IDispatch** reco
   RETURN_IF_FAILED(need_open(kSource));
   if (SysStringLen(text) == 0) return raise(kNotAllowedHere, kSource, L"Execute: the command text is empty.");
   return guarded(kSource, [&] {
-    std::vector<db::Parameter> none;
-    std::unique_ptr<db::ResultSet> result = run(std::wstring(view_of(text)), none, command_timeout_, keeps_rows());
+    std::vector<odbc::Parameter> none;
+    std::unique_ptr<odbc::ResultSet> result = run(std::wstring(view_of(text)), none, command_timeout_, keeps_rows());
     put_affected(*result, affected);
     *recordset = make<Recordset>(CComPtr<Connection>(this), std::move(result)).detach();
     return S_OK;
@@ -118,11 +118,11 @@ HRESULT Connection::Execute(BSTR text, VARIANT* affected, LONG, IDispatch** reco
 HRESULT Connection::BeginTrans(LONG* level) {
   *level = 0;
   RETURN_IF_FAILED(need_open(kSource));
-  if (session_->is_in_transaction()) {
+  if (odbc_->is_in_transaction()) {
     return raise(kNotInThisContext, kSource, L"BeginTrans: a transaction is open already.");
   }
   return guarded(kSource, [&] {
-    session_->begin();
+    odbc_->begin();
     *level = 1;
     return S_OK;
   });
@@ -130,26 +130,26 @@ HRESULT Connection::BeginTrans(LONG* level) {
 
 HRESULT Connection::CommitTrans() {
   RETURN_IF_FAILED(need_open(kSource));
-  if (!session_->is_in_transaction()) return raise(kNotInThisContext, kSource, L"CommitTrans: no transaction is open.");
+  if (!odbc_->is_in_transaction()) return raise(kNotInThisContext, kSource, L"CommitTrans: no transaction is open.");
   return guarded(kSource, [&] {
-    session_->commit();
+    odbc_->commit();
     return S_OK;
   });
 }
 
 HRESULT Connection::RollbackTrans() {
   RETURN_IF_FAILED(need_open(kSource));
-  if (!session_->is_in_transaction()) {
+  if (!odbc_->is_in_transaction()) {
     return raise(kNotInThisContext, kSource, L"RollbackTrans: no transaction is open.");
   }
   return guarded(kSource, [&] {
-    session_->roll_back();
+    odbc_->roll_back();
     return S_OK;
   });
 }
 
 HRESULT Connection::get_State(LONG* state) {
-  *state = session_ ? 1 : 0;
+  *state = odbc_ ? 1 : 0;
   return S_OK;
 }
 
@@ -159,7 +159,7 @@ HRESULT Connection::get_ConnectionString(BSTR* text) {
 }
 
 HRESULT Connection::put_ConnectionString(BSTR text) {
-  if (session_) return raise(kObjectOpen, kSource, L"ConnectionString can be set only while the connection is closed.");
+  if (odbc_) return raise(kObjectOpen, kSource, L"ConnectionString can be set only while the connection is closed.");
   connection_string_ = view_of(text);
   return S_OK;
 }

@@ -6,7 +6,7 @@
 
 #include <korlib_host/dispatch_object.h>
 
-#include "database/result_set.h"
+#include "odbc/result_set.h"
 
 namespace korlib {
 
@@ -26,7 +26,7 @@ KORLIB_IID(korlib::IConnectionAccess, "1B1C2A5B-6C11-4E8C-9C6B-0F5A3D5B1E8A");
 namespace korlib {
 
 // Serves one thread at a time. Recordsets and commands hold their connection; when the last holder goes,
-// an open transaction is rolled back and the session returns to the pool.
+// an open transaction is rolled back and the database connection returns to the pool.
 class Connection final : public DispatchObject<Connection, IDispatch, IConnectionAccess> {
  public:
   static constexpr const wchar_t* kClassName = L"Connection";
@@ -55,16 +55,16 @@ class Connection final : public DispatchObject<Connection, IDispatch, IConnectio
   HRESULT need_open(std::wstring_view source) const;
   bool keeps_rows() const { return cursor_location_ == 3; }  // a client cursor
   LONG command_timeout() const { return command_timeout_; }
-  std::vector<db::Diagnostic>& errors() { return errors_; }
-  // Throws db::Failure.
-  std::unique_ptr<db::ResultSet> run(const std::wstring& sql, std::vector<db::Parameter>& parameters, LONG timeout,
-                                     bool is_kept);
+  std::vector<odbc::Diagnostic>& errors() { return errors_; }
+  // Throws odbc::Failure.
+  std::unique_ptr<odbc::ResultSet> run(const std::wstring& sql, std::vector<odbc::Parameter>& parameters, LONG timeout,
+                                       bool is_kept);
   // Runs `body`; what the database says against it becomes the connection's errors and the thread's.
   template <class Body>
   HRESULT guarded(std::wstring_view source, Body body) noexcept {
     try {
       return body();
-    } catch (const db::Failure& failure) {
+    } catch (const odbc::Failure& failure) {
       return note(source, failure);
     } catch (...) {
       return hresult_from_exception(source);
@@ -73,11 +73,11 @@ class Connection final : public DispatchObject<Connection, IDispatch, IConnectio
 
  private:
   void close() noexcept;
-  HRESULT note(std::wstring_view source, const db::Failure& failure) noexcept;
+  HRESULT note(std::wstring_view source, const odbc::Failure& failure) noexcept;
 
-  std::shared_ptr<db::Session> session_;
+  std::shared_ptr<odbc::Connection> odbc_;
   std::wstring connection_string_;
-  std::vector<db::Diagnostic> errors_;
+  std::vector<odbc::Diagnostic> errors_;
   LONG command_timeout_ = 30;
   LONG connection_timeout_ = 15;
   LONG cursor_location_ = 2;

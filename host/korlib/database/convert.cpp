@@ -9,44 +9,44 @@
 
 #include "variant/number_text.h"
 
-namespace korlib::db {
+namespace korlib {
 namespace {
 
 struct TypeRow {
   LONG type;
-  Kind kind;
+  odbc::Kind kind;
 };
 // The first row of a kind is the one that its columns report.
 constexpr TypeRow kTypes[] = {
-    {kTypeBoolean, Kind::kBool},
-    {kTypeInteger, Kind::kInteger},
-    {kTypeBigInt, Kind::kBigInteger},
-    {kTypeDouble, Kind::kReal},
-    {kTypeNumeric, Kind::kDecimal},
-    {kTypeDbDate, Kind::kDate},
-    {kTypeDbTime, Kind::kTime},
-    {kTypeDbTimeStamp, Kind::kMoment},
-    {kTypeVarWChar, Kind::kText},
-    {kTypeLongVarWChar, Kind::kLongText},
-    {kTypeVarBinary, Kind::kBinary},
-    {kTypeLongVarBinary, Kind::kLongBinary},
-    {kTypeSmallInt, Kind::kInteger},
-    {kTypeTinyInt, Kind::kInteger},
-    {kTypeUnsignedTinyInt, Kind::kInteger},
-    {kTypeUnsignedSmallInt, Kind::kInteger},
-    {kTypeUnsignedInt, Kind::kBigInteger},
-    {kTypeUnsignedBigInt, Kind::kBigInteger},
-    {kTypeSingle, Kind::kReal},
-    {kTypeCurrency, Kind::kDecimal},
-    {kTypeDecimal, Kind::kDecimal},
-    {kTypeDate, Kind::kMoment},
-    {kTypeBStr, Kind::kText},
-    {kTypeGuid, Kind::kText},
-    {kTypeChar, Kind::kText},
-    {kTypeWChar, Kind::kText},
-    {kTypeVarChar, Kind::kText},
-    {kTypeLongVarChar, Kind::kLongText},
-    {kTypeBinary, Kind::kBinary},
+    {kTypeBoolean, odbc::Kind::kBool},
+    {kTypeInteger, odbc::Kind::kInteger},
+    {kTypeBigInt, odbc::Kind::kBigInteger},
+    {kTypeDouble, odbc::Kind::kReal},
+    {kTypeNumeric, odbc::Kind::kDecimal},
+    {kTypeDbDate, odbc::Kind::kDate},
+    {kTypeDbTime, odbc::Kind::kTime},
+    {kTypeDbTimeStamp, odbc::Kind::kMoment},
+    {kTypeVarWChar, odbc::Kind::kText},
+    {kTypeLongVarWChar, odbc::Kind::kLongText},
+    {kTypeVarBinary, odbc::Kind::kBinary},
+    {kTypeLongVarBinary, odbc::Kind::kLongBinary},
+    {kTypeSmallInt, odbc::Kind::kInteger},
+    {kTypeTinyInt, odbc::Kind::kInteger},
+    {kTypeUnsignedTinyInt, odbc::Kind::kInteger},
+    {kTypeUnsignedSmallInt, odbc::Kind::kInteger},
+    {kTypeUnsignedInt, odbc::Kind::kBigInteger},
+    {kTypeUnsignedBigInt, odbc::Kind::kBigInteger},
+    {kTypeSingle, odbc::Kind::kReal},
+    {kTypeCurrency, odbc::Kind::kDecimal},
+    {kTypeDecimal, odbc::Kind::kDecimal},
+    {kTypeDate, odbc::Kind::kMoment},
+    {kTypeBStr, odbc::Kind::kText},
+    {kTypeGuid, odbc::Kind::kText},
+    {kTypeChar, odbc::Kind::kText},
+    {kTypeWChar, odbc::Kind::kText},
+    {kTypeVarChar, odbc::Kind::kText},
+    {kTypeLongVarChar, odbc::Kind::kLongText},
+    {kTypeBinary, odbc::Kind::kBinary},
 };
 
 HRESULT text_variant(std::wstring_view text, VARIANT* variant) {
@@ -78,7 +78,7 @@ HRESULT converted(const VARIANT& variant, VARTYPE vt, CComVariant& result) {
   return VariantChangeType(&result, &variant, 0, vt);
 }
 
-HRESULT read_integer(const VARIANT& variant, bool is_wide, Value& value) {
+HRESULT read_integer(const VARIANT& variant, bool is_wide, odbc::Value& value) {
   // A conversion keeps the bits of an unsigned number; a table would get a negative one.
   if (variant.vt == VT_UI8 && variant.ullVal > std::numeric_limits<std::int64_t>::max()) return DISP_E_OVERFLOW;
   CComVariant number;
@@ -90,11 +90,11 @@ HRESULT read_integer(const VARIANT& variant, bool is_wide, Value& value) {
   return S_OK;
 }
 
-HRESULT read_decimal(const VARIANT& variant, Value& value) {
+HRESULT read_decimal(const VARIANT& variant, odbc::Value& value) {
   if (variant.vt != VT_BSTR) {
     CComVariant text;
     RETURN_IF_FAILED(converted(variant, VT_BSTR, text));
-    value = Decimal{std::wstring(view_of(text.bstrVal))};
+    value = odbc::Decimal{std::wstring(view_of(text.bstrVal))};
     return S_OK;
   }
   // Text keeps all its digits when it is a number; drivers know no currency signs or groups of digits.
@@ -102,33 +102,33 @@ HRESULT read_decimal(const VARIANT& variant, Value& value) {
   RETURN_IF_FAILED(converted(variant, VT_R8, number));
   std::wstring digits;
   RETURN_IF_FAILED(variants::plain_number(view_of(variant.bstrVal), &digits));
-  value = Decimal{std::move(digits)};
+  value = odbc::Decimal{std::move(digits)};
   return S_OK;
 }
 
-HRESULT read_moment(const VARIANT& variant, Value& value) {
+HRESULT read_moment(const VARIANT& variant, odbc::Value& value) {
   CComVariant date;
   RETURN_IF_FAILED(converted(variant, VT_DATE, date));
-  const std::optional<Moment> moment = from_date(date.date);
+  const std::optional<odbc::Moment> moment = from_date(date.date);
   if (!moment) return DISP_E_OVERFLOW;
   value = *moment;
   return S_OK;
 }
 
-HRESULT read_bytes(const VARIANT& variant, Value& value) {
+HRESULT read_bytes(const VARIANT& variant, odbc::Value& value) {
   if (variant.vt != (VT_ARRAY | VT_UI1) || !variant.parray || variant.parray->cDims != 1) return DISP_E_TYPEMISMATCH;
   const SAFEARRAY& array = *variant.parray;
-  value = Bytes{std::string(static_cast<const char*>(array.pvData), array.rgsabound[0].cElements)};
+  value = odbc::Bytes{std::string(static_cast<const char*>(array.pvData), array.rgsabound[0].cElements)};
   return S_OK;
 }
 
 }  // namespace
 
-LONG type_of(Kind kind) {
+LONG type_of(odbc::Kind kind) {
   return std::find_if(std::begin(kTypes), std::end(kTypes), [&](const TypeRow& row) { return row.kind == kind; })->type;
 }
 
-bool kind_of_type(LONG type, Kind& kind) {
+bool kind_of_type(LONG type, odbc::Kind& kind) {
   for (const TypeRow& row : kTypes) {
     if (row.type != type) continue;
     kind = row.kind;
@@ -137,37 +137,37 @@ bool kind_of_type(LONG type, Kind& kind) {
   return false;
 }
 
-Kind kind_of_value(const VARIANT& value) {
+odbc::Kind kind_of_value(const VARIANT& value) {
   switch (value.vt) {
     case VT_BOOL:
-      return Kind::kBool;
+      return odbc::Kind::kBool;
     case VT_I1:
     case VT_UI1:
     case VT_I2:
     case VT_UI2:
     case VT_I4:
     case VT_INT:
-      return Kind::kInteger;
+      return odbc::Kind::kInteger;
     case VT_UI4:
     case VT_UINT:
     case VT_I8:
     case VT_UI8:
-      return Kind::kBigInteger;
+      return odbc::Kind::kBigInteger;
     case VT_R4:
     case VT_R8:
-      return Kind::kReal;
+      return odbc::Kind::kReal;
     case VT_CY:
-      return Kind::kDecimal;
+      return odbc::Kind::kDecimal;
     case VT_DATE:
-      return Kind::kMoment;
+      return odbc::Kind::kMoment;
     case VT_ARRAY | VT_UI1:
-      return Kind::kBinary;
+      return odbc::Kind::kBinary;
     default:
-      return Kind::kText;
+      return odbc::Kind::kText;
   }
 }
 
-HRESULT to_variant(const Value& value, VARIANT* variant) {
+HRESULT to_variant(const odbc::Value& value, VARIANT* variant) {
   VariantInit(variant);
   if (const auto* truth = std::get_if<bool>(&value)) {
     variant->vt = VT_BOOL;
@@ -180,14 +180,14 @@ HRESULT to_variant(const Value& value, VARIANT* variant) {
   } else if (const auto* real = std::get_if<double>(&value)) {
     variant->vt = VT_R8;
     variant->dblVal = *real;
-  } else if (const auto* decimal = std::get_if<Decimal>(&value)) {
+  } else if (const auto* decimal = std::get_if<odbc::Decimal>(&value)) {
     return decimal_variant(decimal->digits, variant);
-  } else if (const auto* moment = std::get_if<Moment>(&value)) {
+  } else if (const auto* moment = std::get_if<odbc::Moment>(&value)) {
     variant->vt = VT_DATE;
     variant->date = to_date(*moment);
   } else if (const auto* text = std::get_if<std::wstring>(&value)) {
     return text_variant(*text, variant);
-  } else if (const auto* bytes = std::get_if<Bytes>(&value)) {
+  } else if (const auto* bytes = std::get_if<odbc::Bytes>(&value)) {
     return bytes_variant(bytes->data, variant);
   } else {
     variant->vt = VT_NULL;
@@ -195,34 +195,34 @@ HRESULT to_variant(const Value& value, VARIANT* variant) {
   return S_OK;
 }
 
-HRESULT from_variant(const VARIANT& variant, Kind kind, Value& value) {
+HRESULT from_variant(const VARIANT& variant, odbc::Kind kind, odbc::Value& value) {
   value = {};
   if (variant.vt == VT_NULL || variant.vt == VT_EMPTY || is_omitted(variant)) return S_OK;
   CComVariant result;
   switch (kind) {
-    case Kind::kBool:
+    case odbc::Kind::kBool:
       RETURN_IF_FAILED(converted(variant, VT_BOOL, result));
       value = result.boolVal != VARIANT_FALSE;
       return S_OK;
-    case Kind::kInteger:
+    case odbc::Kind::kInteger:
       return read_integer(variant, false, value);
-    case Kind::kBigInteger:
+    case odbc::Kind::kBigInteger:
       return read_integer(variant, true, value);
-    case Kind::kReal:
+    case odbc::Kind::kReal:
       RETURN_IF_FAILED(converted(variant, VT_R8, result));
       value = result.dblVal;
       return S_OK;
-    case Kind::kDecimal:
+    case odbc::Kind::kDecimal:
       return read_decimal(variant, value);
-    case Kind::kDate:
-    case Kind::kTime:
-    case Kind::kMoment:
+    case odbc::Kind::kDate:
+    case odbc::Kind::kTime:
+    case odbc::Kind::kMoment:
       return read_moment(variant, value);
-    case Kind::kBinary:
-    case Kind::kLongBinary:
+    case odbc::Kind::kBinary:
+    case odbc::Kind::kLongBinary:
       return read_bytes(variant, value);
-    case Kind::kText:
-    case Kind::kLongText:
+    case odbc::Kind::kText:
+    case odbc::Kind::kLongText:
       break;
   }
   RETURN_IF_FAILED(converted(variant, VT_BSTR, result));
@@ -230,4 +230,4 @@ HRESULT from_variant(const VARIANT& variant, Kind kind, Value& value) {
   return S_OK;
 }
 
-}  // namespace korlib::db
+}  // namespace korlib

@@ -5,9 +5,9 @@
 
 #include <korlib/comvariant.h>
 
-#include "database/value.h"
+#include "odbc/value.h"
 
-namespace korlib::db {
+namespace korlib {
 
 // Numbers of data types in scripts.
 inline constexpr LONG kTypeEmpty = 0;
@@ -42,19 +42,19 @@ inline constexpr LONG kTypeLongVarWChar = 203;
 inline constexpr LONG kTypeVarBinary = 204;
 inline constexpr LONG kTypeLongVarBinary = 205;
 
-LONG type_of(Kind kind);
+LONG type_of(odbc::Kind kind);
 // False for a number that is no type.
-bool kind_of_type(LONG type, Kind& kind);
+bool kind_of_type(LONG type, odbc::Kind& kind);
 // What a value without a declared type is sent as.
-Kind kind_of_value(const VARIANT& value);
+odbc::Kind kind_of_value(const VARIANT& value);
 
 // Integers become VT_I4, beyond its range VT_I8; decimals of up to 15 digits VT_R8, longer ones their
 // text; NULL becomes VT_NULL.
-HRESULT to_variant(const Value& value, VARIANT* variant);
+HRESULT to_variant(const odbc::Value& value, VARIANT* variant);
 // As a value of that kind; DISP_E_TYPEMISMATCH or DISP_E_OVERFLOW when it has no such form.
-HRESULT from_variant(const VARIANT& variant, Kind kind, Value& value);
+HRESULT from_variant(const VARIANT& variant, odbc::Kind kind, odbc::Value& value);
 
-DATE to_date(const Moment& moment);
-std::optional<Moment> from_date(DATE date);  // none beyond the years 100 to 9999
+DATE to_date(const odbc::Moment& moment);
+std::optional<odbc::Moment> from_date(DATE date);  // none beyond the years 100 to 9999
 
-}  // namespace korlib::db
+}  // namespace korlib

@@ -6,7 +6,7 @@
 
 #include "database/convert.h"
 
-namespace korlib::db {
+namespace korlib {
 namespace {
 
 using namespace std::chrono;
@@ -19,7 +19,7 @@ constexpr double kFirstDate = -657435;
 
 }  // namespace
 
-DATE to_date(const Moment& moment) {
+DATE to_date(const odbc::Moment& moment) {
   const sys_days day = year{moment.year} / moment.month / moment.day;
   const double days = static_cast<double>((day - kDayZero).count());
   const double seconds = moment.hour * 3600.0 + moment.minute * 60.0 + moment.second;
@@ -27,7 +27,7 @@ DATE to_date(const Moment& moment) {
   return days < 0 ? days - fraction : days + fraction;
 }
 
-std::optional<Moment> from_date(DATE date) {
+std::optional<odbc::Moment> from_date(DATE date) {
   if (!(date > kFirstDate && date < kLastDate)) return std::nullopt;
   double days = std::trunc(date);
   // A double keeps about a microsecond of a present date.
@@ -41,7 +41,7 @@ std::optional<Moment> from_date(DATE date) {
   if (std::llabs(to_millisecond - microseconds) <= 2) microseconds = to_millisecond;
   const year_month_day civil = kDayZero + std::chrono::days{static_cast<int>(days)};
   const std::int64_t second = microseconds / 1'000'000;
-  Moment moment;
+  odbc::Moment moment;
   moment.year = static_cast<int>(civil.year());
   moment.month = static_cast<int>(static_cast<unsigned>(civil.month()));
   moment.day = static_cast<int>(static_cast<unsigned>(civil.day()));
@@ -52,4 +52,4 @@ std::optional<Moment> from_date(DATE date) {
   return moment;
 }
 
-}  // namespace korlib::db
+}  // namespace korlib

@@ -23,7 +23,7 @@ HRESULT ErrorItem::get_Description(BSTR* text) {
 }
 
 HRESULT ErrorItem::get_Number(LONG* number) {
-  *number = db::Failure({diagnostic_}).code();
+  *number = odbc::Failure({diagnostic_}).code();
   return S_OK;
 }
 
@@ -54,7 +54,7 @@ std::span<const Member> ErrorList::members() {
 
 HRESULT ErrorList::get_Item(LONG index, IDispatch** error) {
   *error = nullptr;
-  const std::vector<db::Diagnostic>& errors = connection_->errors();
+  const std::vector<odbc::Diagnostic>& errors = connection_->errors();
   if (index < 0 || static_cast<std::size_t>(index) >= errors.size()) {
     return raise(kItemNotFound, L"ADODB.Errors", L"There is no error of that number.");
   }
@@ -69,7 +69,7 @@ HRESULT ErrorList::get_Count(LONG* count) {
 
 HRESULT ErrorList::get__NewEnum(IUnknown** errors) {
   std::vector<CComVariant> items;
-  for (const db::Diagnostic& one : connection_->errors()) {
+  for (const odbc::Diagnostic& one : connection_->errors()) {
     items.emplace_back(static_cast<IDispatch*>(make<ErrorItem>(one).get()));
   }
   return make_enumerator(std::move(items), errors);

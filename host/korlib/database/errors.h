@@ -8,7 +8,7 @@ namespace korlib {
 class ErrorItem final : public DispatchObject<ErrorItem> {
  public:
   static constexpr const wchar_t* kClassName = L"Error";
-  explicit ErrorItem(db::Diagnostic diagnostic) : diagnostic_(std::move(diagnostic)) {}
+  explicit ErrorItem(odbc::Diagnostic diagnostic) : diagnostic_(std::move(diagnostic)) {}
   static std::span<const Member> members();
 
   HRESULT get_Description(BSTR* text);
@@ -18,7 +18,7 @@ class ErrorItem final : public DispatchObject<ErrorItem> {
   HRESULT get_Source(BSTR* source);
 
  private:
-  const db::Diagnostic diagnostic_;
+  const odbc::Diagnostic diagnostic_;
 };
 
 class ErrorList final : public DispatchObject<ErrorList> {

@@ -31,7 +31,7 @@ std::span<const Member> Field::members() {
 }
 
 // The recordset may have been closed, or opened anew with fewer columns, since the field was taken.
-const db::Column* Field::find(HRESULT& hr) const {
+const odbc::Column* Field::find(HRESULT& hr) const {
   hr = recordset_->need_open();
   if (FAILED(hr)) return nullptr;
   if (column_ < recordset_->columns().size()) return &recordset_->columns()[column_];
@@ -41,7 +41,7 @@ const db::Column* Field::find(HRESULT& hr) const {
 
 HRESULT Field::get_Value(VARIANT* value) {
   HRESULT hr = S_OK;
-  const db::Column* column = find(hr);
+  const odbc::Column* column = find(hr);
   if (!column) return hr;
   return recordset_->value_of(column_, value);
 }
@@ -52,7 +52,7 @@ HRESULT Field::put_Value(VARIANT) {
 
 HRESULT Field::get_Name(BSTR* name) {
   HRESULT hr = S_OK;
-  const db::Column* column = find(hr);
+  const odbc::Column* column = find(hr);
   if (!column) return hr;
   *name = new_bstr(column->name);
   return S_OK;
@@ -60,15 +60,15 @@ HRESULT Field::get_Name(BSTR* name) {
 
 HRESULT Field::get_Type(LONG* type) {
   HRESULT hr = S_OK;
-  const db::Column* column = find(hr);
+  const odbc::Column* column = find(hr);
   if (!column) return hr;
-  *type = db::type_of(column->kind);
+  *type = type_of(column->kind);
   return S_OK;
 }
 
 HRESULT Field::get_DefinedSize(LONG* size) {
   HRESULT hr = S_OK;
-  const db::Column* column = find(hr);
+  const odbc::Column* column = find(hr);
   if (!column) return hr;
   *size = clamped(column->size);
   return S_OK;
@@ -91,7 +91,7 @@ HRESULT Field::get_Precision(LONG* digits) { return get_DefinedSize(digits); }
 
 HRESULT Field::get_NumericScale(LONG* digits) {
   HRESULT hr = S_OK;
-  const db::Column* column = find(hr);
+  const odbc::Column* column = find(hr);
   if (!column) return hr;
   *digits = column->scale;
   return S_OK;

@@ -22,7 +22,7 @@ class Field final : public DispatchObject<Field> {
   HRESULT get_NumericScale(LONG* digits);
 
  private:
-  const db::Column* find(HRESULT& hr) const;  // null with the reason
+  const odbc::Column* find(HRESULT& hr) const;  // null with the reason
 
   const CComPtr<Recordset> recordset_;
   const std::size_t column_;

@@ -4,7 +4,7 @@
 
 #include "classes/script_errors.h"
 #include "database/convert.h"
-#include "database/names.h"
+#include "odbc/names.h"
 
 namespace korlib {
 namespace {
@@ -12,9 +12,9 @@ namespace {
 constexpr std::wstring_view kSource = L"ADODB.Parameter";
 constexpr std::wstring_view kListSource = L"ADODB.Parameters";
 
-bool is_too_long(const db::Value& value, std::size_t size) {
+bool is_too_long(const odbc::Value& value, std::size_t size) {
   if (const auto* text = std::get_if<std::wstring>(&value)) return text->size() > size;
-  if (const auto* bytes = std::get_if<db::Bytes>(&value)) return bytes->data.size() > size;
+  if (const auto* bytes = std::get_if<odbc::Bytes>(&value)) return bytes->data.size() > size;
   return false;
 }
 
@@ -56,8 +56,8 @@ HRESULT ParameterItem::get_Type(LONG* type) {
 }
 
 HRESULT ParameterItem::put_Type(LONG type) {
-  db::Kind kind{};
-  if (type != db::kTypeEmpty && type != db::kTypeVariant && !db::kind_of_type(type, kind)) {
+  odbc::Kind kind{};
+  if (type != kTypeEmpty && type != kTypeVariant && !kind_of_type(type, kind)) {
     return raise(kInvalidArgument, kSource, L"Type: " + std::to_wstring(type) + L" is not a data type of a parameter.");
   }
   type_ = type;
@@ -112,29 +112,29 @@ HRESULT ParameterItem::put_Value(VARIANT value) {
 
 HRESULT ParameterItem::AppendChunk(VARIANT piece) {
   if (value_.vt != piece.vt || (piece.vt != VT_BSTR && piece.vt != (VT_ARRAY | VT_UI1))) return put_Value(piece);
-  db::Value present;
-  db::Value more;
-  const db::Kind kind = piece.vt == VT_BSTR ? db::Kind::kText : db::Kind::kBinary;
-  RETURN_IF_FAILED(db::from_variant(value_, kind, present));
-  RETURN_IF_FAILED(db::from_variant(piece, kind, more));
+  odbc::Value present;
+  odbc::Value more;
+  const odbc::Kind kind = piece.vt == VT_BSTR ? odbc::Kind::kText : odbc::Kind::kBinary;
+  RETURN_IF_FAILED(from_variant(value_, kind, present));
+  RETURN_IF_FAILED(from_variant(piece, kind, more));
   if (auto* text = std::get_if<std::wstring>(&present)) text->append(std::get<std::wstring>(more));
-  if (auto* bytes = std::get_if<db::Bytes>(&present)) bytes->data.append(std::get<db::Bytes>(more).data);
-  return db::to_variant(present, value_.put());
+  if (auto* bytes = std::get_if<odbc::Bytes>(&present)) bytes->data.append(std::get<odbc::Bytes>(more).data);
+  return to_variant(present, value_.put());
 }
 
-HRESULT ParameterItem::to_statement(std::size_t number, db::Parameter& parameter) const {
+HRESULT ParameterItem::to_statement(std::size_t number, odbc::Parameter& parameter) const {
   return to_statement(number, value_, parameter);
 }
 
-HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, db::Parameter& parameter) const {
-  parameter.kind = db::kind_of_value(value);
-  db::kind_of_type(type_, parameter.kind);
-  parameter.direction = static_cast<db::Direction>(direction_);
+HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, odbc::Parameter& parameter) const {
+  parameter.kind = kind_of_value(value);
+  kind_of_type(type_, parameter.kind);
+  parameter.direction = static_cast<odbc::Direction>(direction_);
   parameter.size = size_ > 0 ? static_cast<std::size_t>(size_) : 0;
   parameter.scale = scale_;
   const std::wstring which = L"Parameter " + std::to_wstring(number) + (name_.empty() ? L"" : L" (" + name_ + L")");
   if (direction_ == 2 || direction_ == 4) return S_OK;
-  if (FAILED(db::from_variant(value, parameter.kind, parameter.value))) {
+  if (FAILED(from_variant(value, parameter.kind, parameter.value))) {
     return raise(kInvalidConversion, kSource, which + L": the value does not fit the parameter's type.");
   }
   const auto* text = std::get_if<std::wstring>(&parameter.value);

@@ -6,7 +6,7 @@
 
 #include <korlib_host/dispatch_object.h>
 
-#include "database/value.h"
+#include "odbc/value.h"
 
 namespace korlib {
 
@@ -49,8 +49,8 @@ class ParameterItem final : public DispatchObject<ParameterItem, IDispatch, IPar
 
   const std::wstring& name() const { return name_; }
   // As the statement takes it; an error names the parameter by `number`, counted from 1.
-  HRESULT to_statement(std::size_t number, db::Parameter& parameter) const;
-  HRESULT to_statement(std::size_t number, const VARIANT& value, db::Parameter& parameter) const;
+  HRESULT to_statement(std::size_t number, odbc::Parameter& parameter) const;
+  HRESULT to_statement(std::size_t number, const VARIANT& value, odbc::Parameter& parameter) const;
 
  private:
   std::wstring name_;

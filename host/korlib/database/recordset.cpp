@@ -4,7 +4,7 @@
 #include "database/command.h"
 #include "database/convert.h"
 #include "database/fields.h"
-#include "database/names.h"
+#include "odbc/names.h"
 
 namespace korlib {
 
@@ -167,7 +167,7 @@ HRESULT Recordset::find_column(const VARIANT& index, std::size_t& column) const 
 
 HRESULT Recordset::value_of(std::size_t column, VARIANT* value) const {
   RETURN_IF_FAILED(need_row());
-  return db::to_variant((*result_->current())[column], value);
+  return to_variant((*result_->current())[column], value);
 }
 
 HRESULT Recordset::go_to(std::int64_t row) {
@@ -221,7 +221,7 @@ HRESULT Recordset::Move(LONG rows, VARIANT start) {
   return go_to(base + rows);
 }
 
-void put_affected(const db::ResultSet& result, VARIANT* affected) {
+void put_affected(const odbc::ResultSet& result, VARIANT* affected) {
   if (!affected || is_omitted(*affected)) return;
   if (affected->vt == (VT_BYREF | VT_I4)) {
     *affected->plVal = static_cast<LONG>(result.affected_rows());

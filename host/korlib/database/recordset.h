@@ -27,7 +27,7 @@ class Recordset final : public DispatchObject<Recordset, IDispatch, IRecordsetAc
  public:
   static constexpr const wchar_t* kClassName = L"Recordset";
   Recordset() = default;
-  Recordset(CComPtr<Connection> connection, std::unique_ptr<db::ResultSet> result)
+  Recordset(CComPtr<Connection> connection, std::unique_ptr<odbc::ResultSet> result)
       : connection_(std::move(connection)), result_(std::move(result)) {
     close_without_rows();
   }
@@ -71,7 +71,7 @@ class Recordset final : public DispatchObject<Recordset, IDispatch, IRecordsetAc
 
   // For Fields and Field.
   HRESULT need_open() const;
-  const std::vector<db::Column>& columns() const { return result_->columns(); }
+  const std::vector<odbc::Column>& columns() const { return result_->columns(); }
   HRESULT find_column(const VARIANT& index, std::size_t& column) const;
   HRESULT value_of(std::size_t column, VARIANT* value) const;
 
@@ -84,8 +84,8 @@ class Recordset final : public DispatchObject<Recordset, IDispatch, IRecordsetAc
   HRESULT chosen_columns(const VARIANT& fields, std::vector<std::size_t>& chosen) const;
 
   CComPtr<Connection> connection_;
-  std::unique_ptr<db::ResultSet> result_;   // null while closed
-  std::unique_ptr<db::Statement> pending_;  // of a batch whose present part gives no rows
+  std::unique_ptr<odbc::ResultSet> result_;   // null while closed
+  std::unique_ptr<odbc::Statement> pending_;  // of a batch whose present part gives no rows
   std::wstring source_;
   LONG cursor_type_ = 0;
   LONG cursor_location_ = 2;
@@ -94,6 +94,6 @@ class Recordset final : public DispatchObject<Recordset, IDispatch, IRecordsetAc
 };
 
 // Writes the number of affected rows into the caller's variable.
-void put_affected(const db::ResultSet& result, VARIANT* affected);
+void put_affected(const odbc::ResultSet& result, VARIANT* affected);
 
 }  // namespace korlib

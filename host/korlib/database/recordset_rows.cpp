@@ -88,11 +88,11 @@ HRESULT Recordset::GetString(LONG, LONG rows, VARIANT column_end, VARIANT row_en
 HRESULT Recordset::NextRecordset(VARIANT* affected, IDispatch** next) {
   *next = nullptr;
   return guarded([&] {
-    std::unique_ptr<db::Statement> statement = result_ ? result_->take_statement() : std::move(pending_);
+    std::unique_ptr<odbc::Statement> statement = result_ ? result_->take_statement() : std::move(pending_);
     const bool is_kept = result_ && result_->is_kept();
     result_.reset();
     if (!statement || !statement->next_result()) return S_OK;
-    auto result = std::make_unique<db::ResultSet>(std::move(statement), is_kept);
+    auto result = std::make_unique<odbc::ResultSet>(std::move(statement), is_kept);
     put_affected(*result, affected);
     *next = make<Recordset>(connection_, std::move(result)).detach();
     return S_OK;

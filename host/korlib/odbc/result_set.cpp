@@ -1,8 +1,8 @@
-#include "database/result_set.h"
+#include "odbc/result_set.h"
 
 #include <algorithm>
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 ResultSet::ResultSet(std::unique_ptr<Statement> statement, bool is_kept)
     : statement_(std::move(statement)),
@@ -39,4 +39,4 @@ void ResultSet::go_to(std::int64_t row) {
   at_ = std::clamp<std::int64_t>(row, -1, static_cast<std::int64_t>(rows_.size()));
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -4,9 +4,9 @@
 #include <sql.h>
 #include <sqlext.h>
 
-#include "database/value.h"
+#include "odbc/value.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 inline SQL_TIMESTAMP_STRUCT to_stamp(const Moment& moment) {
   SQL_TIMESTAMP_STRUCT stamp{};
@@ -24,4 +24,4 @@ inline Moment to_moment(const SQL_TIMESTAMP_STRUCT& stamp) {
   return {stamp.year, stamp.month, stamp.day, stamp.hour, stamp.minute, stamp.second, stamp.fraction};
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -4,9 +4,9 @@
 #include <memory>
 #include <vector>
 
-#include "database/statement.h"
+#include "odbc/statement.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 // A position in a result. Forward-only results are read as they are walked through; kept ones are read
 // at once, and then the position moves freely. Throws Failure.
@@ -44,4 +44,4 @@ class ResultSet {
   bool is_empty_ = false;
 };
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -3,9 +3,9 @@
 
 #include <memory>
 
-#include "database/value.h"
+#include "odbc/value.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 // Stays where it is while the statement runs.
 class BoundParameter {
@@ -32,4 +32,4 @@ class BoundParameter {
   long indicator_ = 0;
 };
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -10,10 +10,10 @@
 
 #include <korlib_host/unicode.h>
 
-#include "database/moment.h"
-#include "database/statement.h"
+#include "odbc/moment.h"
+#include "odbc/statement.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 namespace {
 
 constexpr std::size_t kMostBytes = 0x7FFFFF00;  // of a string or an array
@@ -81,7 +81,7 @@ Value Statement::read_moment(unsigned short number, Kind kind) {
   SQL_TIMESTAMP_STRUCT stamp{};
   if (!read_fixed(number, SQL_C_TYPE_TIMESTAMP, stamp)) {
     // To SQLite's driver a text that is no date is NULL as well.
-    return session_->has_loose_types() ? read_text(number) : Value();
+    return connection_->has_loose_types() ? read_text(number) : Value();
   }
   Moment moment = to_moment(stamp);
   if (kind == Kind::kTime) {  // a time alone lies on day zero, whatever date the driver adds
@@ -109,7 +109,7 @@ Value Statement::read_loose(unsigned short number, const Column& column) {
 Value Statement::read(unsigned short number, const Column& column) {
   const bool is_number = column.kind == Kind::kInteger || column.kind == Kind::kBigInteger ||
                          column.kind == Kind::kReal || column.kind == Kind::kDecimal;
-  if (is_number && session_->has_loose_types()) return read_loose(number, column);
+  if (is_number && connection_->has_loose_types()) return read_loose(number, column);
   switch (column.kind) {
     case Kind::kBool: {
       unsigned char bit = 0;
@@ -143,4 +143,4 @@ Value Statement::read(unsigned short number, const Column& column) {
   return read_text(number);
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -1,4 +1,4 @@
-#include "database/failure.h"
+#include "odbc/failure.h"
 
 #include <sql.h>
 #include <sqlext.h>
@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <iterator>
 
-namespace korlib::db {
+namespace korlib::odbc {
 namespace {
 
 constexpr std::int32_t code_of(std::uint32_t bits) { return static_cast<std::int32_t>(bits); }
@@ -84,4 +84,4 @@ void check(short result, DriverText way, short handle_type, void* handle) {
   throw Failure(diagnostics_of(way, handle_type, handle));
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -1,11 +1,11 @@
-#include "database/statement_words.h"
+#include "odbc/statement_words.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "database/names.h"
+#include "odbc/names.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 namespace {
 
 constexpr std::wstring_view kHarmless[] = {L"ALTER",   L"ANALYZE",  L"CALL",   L"COMMENT", L"COMMIT",  L"CREATE",
@@ -40,7 +40,7 @@ bool is_harmless(std::wstring_view word) {
 
 }  // namespace
 
-bool may_change_session(std::wstring_view sql) {
+bool may_change_connection(std::wstring_view sql) {
   bool is_at_start = true;
   for (std::size_t at = 0; at < sql.size();) {
     if (const std::size_t skipped = passage(sql.substr(at)); skipped > 0) {
@@ -58,4 +58,4 @@ bool may_change_session(std::wstring_view sql) {
   return false;
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -1,11 +1,11 @@
-#include "database/handle_count.h"
+#include "odbc/handle_count.h"
 
 #include <atomic>
 #include <cstdint>
 
 #include <korlib_host/database.h>
 
-namespace korlib::db {
+namespace korlib::odbc {
 namespace {
 
 std::atomic<std::int64_t> g_connections{0};
@@ -23,13 +23,13 @@ HandleCount::HandleCount(Handle handle) noexcept : handle_(handle) {
 
 HandleCount::~HandleCount() { counter(handle_).fetch_sub(1, std::memory_order_relaxed); }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc
 
 namespace korlib_host {
 
 DatabaseHandles database_handles() noexcept {
-  return {korlib::db::g_connections.load(std::memory_order_relaxed),
-          korlib::db::g_statements.load(std::memory_order_relaxed)};
+  return {korlib::odbc::g_connections.load(std::memory_order_relaxed),
+          korlib::odbc::g_statements.load(std::memory_order_relaxed)};
 }
 
 }  // namespace korlib_host

@@ -1,15 +1,15 @@
-#include "database/session.h"
+#include "odbc/connection.h"
 
 #include <sql.h>
 #include <sqlext.h>
 
 #include <algorithm>
 
-#include "database/driver_library.h"
-#include "database/failure.h"
-#include "database/statement.h"
+#include "odbc/driver_library.h"
+#include "odbc/failure.h"
+#include "odbc/statement.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 namespace {
 
 // Attributes are passed as pointers whose value is the number.
@@ -19,8 +19,8 @@ SQLPOINTER number_as_pointer(std::uintptr_t number) {
 
 }  // namespace
 
-// Each session has an environment of its own: the driver manager may serialise the calls within one.
-Session::Session(const std::wstring& connection_string, int timeout_seconds)
+// Each connection has an environment of its own: the driver manager may serialise the calls within one.
+Connection::Connection(const std::wstring& connection_string, int timeout_seconds)
     : connection_string_(connection_string), text_(text_of_driver(connection_string)) {
   try {
     check(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &environment_), text_, SQL_HANDLE_ENV, environment_);
@@ -39,7 +39,7 @@ Session::Session(const std::wstring& connection_string, int timeout_seconds)
   }
 }
 
-void Session::connect() {
+void Connection::connect() {
   constexpr std::size_t kMost = 16'384;
   // SQLite's driver waits for locks by itself, 100 seconds long and deaf to a cancellation, unless it is
   // told how long. Told a millisecond, it leaves the wait to the database, where wait_for_locks() sets it,
@@ -59,10 +59,10 @@ void Session::connect() {
   throw Failure(std::move(found));
 }
 
-void Session::check_connection(short result) const { check(result, text_, SQL_HANDLE_DBC, connection_); }
+void Connection::check_connection(short result) const { check(result, text_, SQL_HANDLE_DBC, connection_); }
 
 // What cannot be connected to: drivers say little more than that they failed. Passwords stay untold.
-std::wstring Session::target() const {
+std::wstring Connection::target() const {
   std::wstring names;
   for (const wchar_t* name : {L"Driver", L"DSN", L"Server", L"Servername", L"Database"}) {
     const std::wstring value = attribute_of(connection_string_, name);
@@ -72,7 +72,7 @@ std::wstring Session::target() const {
 }
 
 // Where the database lives is asked of itself: the connection string may name a data source.
-void Session::find_file() {
+void Connection::find_file() {
   constexpr SQLUSMALLINT kPathColumn = 3;
   char path[4096] = {};
   SQLLEN length = 0;
@@ -86,31 +86,31 @@ void Session::find_file() {
 }
 
 // For what need not succeed.
-void Session::run_quietly(std::string sql) noexcept {
+void Connection::run_quietly(std::string sql) noexcept {
   SQLHSTMT statement = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement))) return;
   SQLExecDirect(statement, reinterpret_cast<SQLCHAR*>(sql.data()), SQL_NTS);
   SQLFreeHandle(SQL_HANDLE_STMT, statement);
 }
 
-Session::~Session() {
+Connection::~Connection() {
   make_idle();
   if (is_connected_) SQLDisconnect(connection_);
   free_handles();
 }
 
-void Session::free_handles() noexcept {
+void Connection::free_handles() noexcept {
   if (connection_) SQLFreeHandle(SQL_HANDLE_DBC, connection_);
   if (environment_) SQLFreeHandle(SQL_HANDLE_ENV, environment_);
   connection_ = environment_ = nullptr;
 }
 
-void Session::set_autocommit(bool is_on) {
+void Connection::set_autocommit(bool is_on) {
   const std::uintptr_t value = is_on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
   check_connection(SQLSetConnectAttr(connection_, SQL_ATTR_AUTOCOMMIT, number_as_pointer(value), SQL_IS_UINTEGER));
 }
 
-void Session::wait_for_locks(int seconds) {
+void Connection::wait_for_locks(int seconds) {
   if (!lets_clients_wait_ || seconds == lock_seconds_) return;
   constexpr int kLongest = 24 * 3600;
   // For each of the driver's two tries a little less than half the time, so that the error tells of the
@@ -124,23 +124,23 @@ void Session::wait_for_locks(int seconds) {
   if (SQL_SUCCEEDED(result)) lock_seconds_ = seconds;
 }
 
-void Session::begin() {
+void Connection::begin() {
   set_autocommit(false);
   is_in_transaction_ = true;
   remember_transaction(weak_from_this());
 }
 
-void Session::end(short how) {
+void Connection::end(short how) {
   check_connection(SQLEndTran(SQL_HANDLE_DBC, connection_, how));
   is_in_transaction_ = false;
   set_autocommit(true);
 }
 
-void Session::commit() { end(SQL_COMMIT); }
+void Connection::commit() { end(SQL_COMMIT); }
 
-void Session::roll_back() { end(SQL_ROLLBACK); }
+void Connection::roll_back() { end(SQL_ROLLBACK); }
 
-void Session::make_idle() noexcept {
+void Connection::make_idle() noexcept {
   while (!statements_.empty()) (*statements_.begin())->drop();
   if (is_changed_ && is_connected_) run_quietly("ROLLBACK");  // of what was begun in words
   if (!is_in_transaction_) return;
@@ -151,20 +151,20 @@ void Session::make_idle() noexcept {
   }
 }
 
-bool Session::is_usable() {
+bool Connection::is_usable() {
   if (is_broken_ || is_changed_ || !is_connected_ || file_.is_replaced()) return false;
   SQLUINTEGER is_dead = SQL_CD_FALSE;
   const SQLRETURN result = SQLGetConnectAttr(connection_, SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);
   return !SQL_SUCCEEDED(result) || is_dead != SQL_CD_TRUE;  // a driver that does not know does not say
 }
 
-bool Session::answers() noexcept {
+bool Connection::answers() noexcept {
   if (!is_usable()) return false;
   if (is_sqlite_) return true;  // there is no server that could have gone
   constexpr int kSeconds = 5;
   try {
     std::vector<Parameter> none;
-    Statement(std::shared_ptr<Session>(std::shared_ptr<Session>(), this), kSeconds).run(L"SELECT 1", none);
+    Statement(std::shared_ptr<Connection>(std::shared_ptr<Connection>(), this), kSeconds).run(L"SELECT 1", none);
   } catch (const Failure& failure) {
     // A database without such a statement has answered all the same.
     if (failure.is_connection_lost() || failure.has_timed_out()) mark_broken();
@@ -174,4 +174,4 @@ bool Session::answers() noexcept {
   return is_usable();
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 struct Moment {
   int year = 1899;
@@ -60,4 +60,4 @@ struct Parameter {
   Value value;
 };
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -6,22 +6,22 @@
 #include <set>
 #include <string>
 
-#include "database/database_file.h"
-#include "database/driver_text.h"
-#include "database/handle_count.h"
+#include "odbc/database_file.h"
+#include "odbc/driver_text.h"
+#include "odbc/handle_count.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 class Statement;
 
-// Serves one thread at a time. Statements hold their session.
-class Session : public std::enable_shared_from_this<Session> {
+// Serves one thread at a time. Statements hold their connection.
+class Connection : public std::enable_shared_from_this<Connection> {
  public:
   // Throws Failure.
-  Session(const std::wstring& connection_string, int timeout_seconds);
-  ~Session();
-  Session(const Session&) = delete;
-  Session& operator=(const Session&) = delete;
+  Connection(const std::wstring& connection_string, int timeout_seconds);
+  ~Connection();
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
 
   const std::wstring& connection_string() const { return connection_string_; }
   void* handle() const { return connection_; }
@@ -75,12 +75,12 @@ class Session : public std::enable_shared_from_this<Session> {
   bool is_changed_ = false;
 };
 
-// A session from the calling thread's pool, or a new one. Throws Failure.
-std::shared_ptr<Session> take_session(const std::wstring& connection_string, int timeout_seconds);
-// Into the calling thread's pool; a session that is broken or changed is closed instead. What has lain
-// idle for a minute is closed when the thread next takes or gives back a session.
-void give_back(std::shared_ptr<Session> session) noexcept;
+// A connection from the calling thread's pool, or a new one. Throws Failure.
+std::shared_ptr<Connection> take_connection(const std::wstring& connection_string, int timeout_seconds);
+// Into the calling thread's pool; a connection that is broken or changed is closed instead. What has lain
+// idle for a minute is closed when the thread next takes or gives back a connection.
+void give_back(std::shared_ptr<Connection> connection) noexcept;
 // Until the calling thread's page ends, when what is still open is rolled back.
-void remember_transaction(std::weak_ptr<Session> session);
+void remember_transaction(std::weak_ptr<Connection> connection);
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

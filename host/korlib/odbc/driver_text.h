@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 enum class DriverText { kWide, kBytes };
 
@@ -50,4 +50,4 @@ class TextOut {
   unsigned char bytes_[kRoom] = {};
 };
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

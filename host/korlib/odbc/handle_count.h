@@ -1,7 +1,7 @@
 // Counts driver handles while they are open; korlib_host/database.h tells the sums.
 #pragma once
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 enum class Handle { kConnection, kStatement };
 
@@ -16,4 +16,4 @@ class HandleCount {
   Handle handle_;
 };
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "database/driver_text.h"
+#include "odbc/driver_text.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 struct Diagnostic {
   std::wstring state;  // SQLSTATE, five characters
@@ -40,4 +40,4 @@ std::vector<Diagnostic> diagnostics_of(DriverText way, short handle_type, void* 
 // Throws when an ODBC call has failed.
 void check(short result, DriverText way, short handle_type, void* handle);
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

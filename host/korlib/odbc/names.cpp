@@ -1,4 +1,4 @@
-#include "database/names.h"
+#include "odbc/names.h"
 
 #include <unicode/uchar.h>
 

@@ -1,4 +1,4 @@
-#include "database/statement.h"
+#include "odbc/statement.h"
 
 #include <sql.h>
 #include <sqlext.h>
@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <iterator>
 
-#include "database/bound_parameter.h"
-#include "database/names.h"
-#include "database/statement_words.h"
-#include "database/watchdog.h"
+#include "odbc/bound_parameter.h"
+#include "odbc/names.h"
+#include "odbc/statement_timer.h"
+#include "odbc/statement_words.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 namespace {
 
 constexpr std::size_t kMostParameters = 32'767;
@@ -65,10 +65,10 @@ Kind kind_of_column(SQLSMALLINT sql_type, const std::wstring& type_name, bool is
 
 }  // namespace
 
-Statement::Statement(std::shared_ptr<Session> session, int timeout_seconds)
-    : session_(std::move(session)), timeout_(timeout_seconds) {
-  session_->check_connection(SQLAllocHandle(SQL_HANDLE_STMT, session_->handle(), &handle_));
-  session_->statements_.insert(this);
+Statement::Statement(std::shared_ptr<Connection> connection, int timeout_seconds)
+    : connection_(std::move(connection)), timeout_(timeout_seconds) {
+  connection_->check_connection(SQLAllocHandle(SQL_HANDLE_STMT, connection_->handle(), &handle_));
+  connection_->statements_.insert(this);
   count_.emplace(Handle::kStatement);
 }
 
@@ -76,7 +76,7 @@ Statement::~Statement() { drop(); }
 
 void Statement::drop() noexcept {
   if (!handle_) return;
-  session_->statements_.erase(this);
+  connection_->statements_.erase(this);
   SQLFreeHandle(SQL_HANDLE_STMT, handle_);
   handle_ = nullptr;
   count_.reset();
@@ -88,20 +88,20 @@ void Statement::need_handle() const {
 
 void Statement::check(short result) {
   if (SQL_SUCCEEDED(result)) return;
-  throw Failure(diagnostics_of(session_->text(), SQL_HANDLE_STMT, handle_));
+  throw Failure(diagnostics_of(connection_->text(), SQL_HANDLE_STMT, handle_));
 }
 
 void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters) {
   need_handle();
   if (sql.find(L'\0') != std::wstring::npos) throw Failure({{L"42000", 0, L"The command text holds a NUL character."}});
   if (parameters.size() > kMostParameters) throw Failure({{L"07001", 0, L"There are too many parameters."}});
-  TextIn text(session_->text(), sql);
-  const bool is_wide = session_->text() == DriverText::kWide;
+  TextIn text(connection_->text(), sql);
+  const bool is_wide = connection_->text() == DriverText::kWide;
   const auto length = static_cast<SQLINTEGER>(text.size());
   std::vector<BoundParameter> bound(parameters.size());
-  if (may_change_session(sql)) session_->mark_changed();
-  session_->wait_for_locks(timeout_);
-  const Deadline deadline(handle_, timeout_);
+  if (may_change_connection(sql)) connection_->mark_changed();
+  connection_->wait_for_locks(timeout_);
+  const StatementTimer timer(handle_, timeout_);
   try {
     SQLRETURN result = SQL_SUCCESS;
     if (parameters.empty()) {
@@ -116,8 +116,8 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
     }
     if (result != SQL_NO_DATA) check(result);  // an update of no rows
   } catch (const Failure& failure) {
-    if (failure.is_connection_lost() || deadline.has_passed()) session_->mark_broken();
-    if (deadline.has_passed()) throw Failure({{L"HYT00", 0, L"The command took longer than its time-out."}}, true);
+    if (failure.is_connection_lost() || timer.has_run_out()) connection_->mark_broken();
+    if (timer.has_run_out()) throw Failure({{L"HYT00", 0, L"The command took longer than its time-out."}}, true);
     throw;
   }
   for (std::size_t i = 0; i < bound.size(); ++i) {
@@ -158,8 +158,8 @@ void Statement::describe() {
 }
 
 Column Statement::describe_column(unsigned short number) {
-  const bool is_wide = session_->text() == DriverText::kWide;
-  TextOut name(session_->text());
+  const bool is_wide = connection_->text() == DriverText::kWide;
+  TextOut name(connection_->text());
   SQLSMALLINT length = 0;
   SQLSMALLINT type = 0;
   SQLSMALLINT scale = 0;
@@ -168,13 +168,13 @@ Column Statement::describe_column(unsigned short number) {
   check(is_wide
             ? SQLDescribeColW(handle_, number, name.wide(), TextOut::kRoom, &length, &type, &size, &scale, &nullable)
             : SQLDescribeCol(handle_, number, name.bytes(), TextOut::kRoom, &length, &type, &size, &scale, &nullable));
-  return {name.text(length), kind_of_column(type, type_name(number), session_->has_loose_types()), size, scale,
+  return {name.text(length), kind_of_column(type, type_name(number), connection_->has_loose_types()), size, scale,
           nullable != SQL_NO_NULLS};
 }
 
 std::wstring Statement::type_name(unsigned short number) {
-  const bool is_wide = session_->text() == DriverText::kWide;
-  TextOut name(session_->text());
+  const bool is_wide = connection_->text() == DriverText::kWide;
+  TextOut name(connection_->text());
   SQLSMALLINT bytes = 0;
   const SQLRETURN result =
       is_wide ? SQLColAttributeW(handle_, number, SQL_DESC_TYPE_NAME, name.wide(), TextOut::kRoom, &bytes, nullptr)
@@ -185,7 +185,7 @@ std::wstring Statement::type_name(unsigned short number) {
 
 bool Statement::fetch(Row& row) {
   need_handle();
-  const Deadline deadline(handle_, timeout_);
+  const StatementTimer timer(handle_, timeout_);
   try {
     const SQLRETURN result = SQLFetch(handle_);
     if (result == SQL_NO_DATA) return false;
@@ -195,11 +195,11 @@ bool Statement::fetch(Row& row) {
       row.push_back(read(static_cast<unsigned short>(i + 1), columns_[i]));
     }
   } catch (const Failure& failure) {
-    if (failure.is_connection_lost() || deadline.has_passed()) session_->mark_broken();
-    if (deadline.has_passed()) throw Failure({{L"HYT00", 0, L"The command took longer than its time-out."}}, true);
+    if (failure.is_connection_lost() || timer.has_run_out()) connection_->mark_broken();
+    if (timer.has_run_out()) throw Failure({{L"HYT00", 0, L"The command took longer than its time-out."}}, true);
     throw;
   }
   return true;
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

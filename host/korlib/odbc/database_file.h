@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 // Tells whether the file at a path is still the one that was there: a connection to a file that was removed
 // or replaced reads and writes what nobody else can see.
@@ -28,4 +28,4 @@ class DatabaseFile {
   std::optional<Identity> first_seen_;  // a new database's file may be made late
 };
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -1,4 +1,4 @@
-#include "database/bound_parameter.h"
+#include "odbc/bound_parameter.h"
 
 #include <sql.h>
 #include <sqlext.h>
@@ -8,9 +8,9 @@
 
 #include <korlib_host/unicode.h>
 
-#include "database/moment.h"
+#include "odbc/moment.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 namespace {
 
 constexpr std::size_t kMostResultBytes = 16'777'216;
@@ -155,4 +155,4 @@ Value BoundParameter::result(Kind kind) const {
   return text;
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

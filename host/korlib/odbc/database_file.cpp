@@ -1,8 +1,8 @@
-#include "database/database_file.h"
+#include "odbc/database_file.h"
 
 #include <sys/stat.h>
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 bool DatabaseFile::is_replaced() {
   if (path_.empty()) return false;
@@ -13,4 +13,4 @@ bool DatabaseFile::is_replaced() {
   return first_seen_ != present;
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

@@ -1,4 +1,4 @@
-// One statement on a session: run, bound, read row by row.
+// One statement on a connection: run, bound, read row by row.
 #pragma once
 
 #include <memory>
@@ -6,19 +6,19 @@
 #include <string>
 #include <vector>
 
-#include "database/failure.h"
-#include "database/handle_count.h"
-#include "database/session.h"
-#include "database/value.h"
+#include "odbc/connection.h"
+#include "odbc/failure.h"
+#include "odbc/handle_count.h"
+#include "odbc/value.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 
 class BoundParameter;
 
 // Everything throws Failure.
 class Statement {
  public:
-  Statement(std::shared_ptr<Session> session, int timeout_seconds);
+  Statement(std::shared_ptr<Connection> connection, int timeout_seconds);
   ~Statement();
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
@@ -35,7 +35,7 @@ class Statement {
   bool fetch(Row& row);
 
   void drop() noexcept;  // frees the handle; what follows fails
-  const std::shared_ptr<Session>& session() const { return session_; }
+  const std::shared_ptr<Connection>& connection() const { return connection_; }
 
  private:
   void check(short result);
@@ -55,7 +55,7 @@ class Statement {
   bool read_fixed(unsigned short number, short c_type, Raw& raw);
   Value read_moment(unsigned short number, Kind kind);
 
-  std::shared_ptr<Session> session_;
+  std::shared_ptr<Connection> connection_;
   void* handle_ = nullptr;
   std::optional<HandleCount> count_;
   int timeout_;
@@ -63,4 +63,4 @@ class Statement {
   std::int64_t affected_ = -1;
 };
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

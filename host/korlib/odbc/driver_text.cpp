@@ -1,4 +1,4 @@
-#include "database/driver_text.h"
+#include "odbc/driver_text.h"
 
 #include <algorithm>
 #include <iterator>
@@ -7,10 +7,10 @@
 
 #include <korlib_host/unicode.h>
 
-#include "database/driver_library.h"
-#include "database/names.h"
+#include "odbc/driver_library.h"
+#include "odbc/names.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 namespace {
 
 std::wstring_view trimmed(std::wstring_view text) {
@@ -85,4 +85,4 @@ std::wstring TextOut::text(std::int16_t length) const {
   return to_wide({reinterpret_cast<const char*>(bytes_), size});
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc

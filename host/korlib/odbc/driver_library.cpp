@@ -1,13 +1,13 @@
-#include "database/driver_library.h"
+#include "odbc/driver_library.h"
 
 #include <dlfcn.h>
 #include <odbcinst.h>
 
 #include <korlib_host/unicode.h>
 
-#include "database/driver_text.h"
+#include "odbc/driver_text.h"
 
-namespace korlib::db {
+namespace korlib::odbc {
 namespace {
 
 std::string configured(const std::string& section, const char* entry, const char* file) {
@@ -51,4 +51,4 @@ bool takes_wide_text(const std::string& library) {
   return wide && wide == own;
 }
 
-}  // namespace korlib::db
+}  // namespace korlib::odbc
