@@ -7,6 +7,7 @@
 #include <limits>
 #include <string>
 
+#include "base/serial_date.h"
 #include "variant/number_text.h"
 
 namespace korlib {
@@ -106,12 +107,41 @@ HRESULT read_decimal(const VARIANT& variant, odbc::Value& value) {
   return S_OK;
 }
 
+DATE to_date(const odbc::Moment& moment) {
+  const std::chrono::sys_days day = std::chrono::year{moment.year} / moment.month / moment.day;
+  const double seconds = moment.hour * 3600.0 + moment.minute * 60.0 + moment.second;
+  return base::join({static_cast<double>((day - base::kDayZero).count()),
+                     (seconds * 1e9 + moment.nanosecond) / (base::kSecondsPerDay * 1e9)});
+}
+
+// A double keeps about a microsecond of a present date.
+odbc::Moment to_moment(DATE date) {
+  auto [day, part] = base::split(date);
+  constexpr std::int64_t kPerDay = std::int64_t{base::kSecondsPerDay} * 1'000'000;
+  std::int64_t microseconds = std::llround(part * static_cast<double>(kPerDay));
+  if (microseconds >= kPerDay) {
+    microseconds = 0;
+    day += 1;
+  }
+  // A whole millisecond but for the rounding is meant to be one.
+  const std::int64_t whole = (microseconds + 500) / 1000 * 1000;
+  if (std::llabs(whole - microseconds) <= 2) microseconds = whole;
+  const std::chrono::year_month_day civil = base::calendar_day(static_cast<std::int64_t>(day));
+  const std::chrono::hh_mm_ss time{std::chrono::microseconds(microseconds)};
+  return {static_cast<std::int16_t>(static_cast<int>(civil.year())),
+          static_cast<std::uint16_t>(static_cast<unsigned>(civil.month())),
+          static_cast<std::uint16_t>(static_cast<unsigned>(civil.day())),
+          static_cast<std::uint16_t>(time.hours().count()),
+          static_cast<std::uint16_t>(time.minutes().count()),
+          static_cast<std::uint16_t>(time.seconds().count()),
+          static_cast<std::uint32_t>(std::chrono::nanoseconds(time.subseconds()).count())};
+}
+
 HRESULT read_moment(const VARIANT& variant, odbc::Value& value) {
   CComVariant date;
   RETURN_IF_FAILED(converted(variant, VT_DATE, date));
-  const std::optional<odbc::Moment> moment = from_date(date.date);
-  if (!moment) return DISP_E_OVERFLOW;
-  value = *moment;
+  if (!base::is_date(date.date)) return DISP_E_OVERFLOW;
+  value = to_moment(date.date);
   return S_OK;
 }
 

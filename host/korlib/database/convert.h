@@ -1,8 +1,6 @@
 // Values of a database as scripts hold them, and the numbers by which scripts know types.
 #pragma once
 
-#include <optional>
-
 #include <korlib/comvariant.h>
 
 #include "odbc/value.h"
@@ -53,8 +51,5 @@ odbc::Kind kind_of_value(const VARIANT& value);
 HRESULT to_variant(const odbc::Value& value, VARIANT* variant);
 // As a value of that kind; DISP_E_TYPEMISMATCH or DISP_E_OVERFLOW when it has no such form.
 HRESULT from_variant(const VARIANT& variant, odbc::Kind kind, odbc::Value& value);
-
-DATE to_date(const odbc::Moment& moment);
-std::optional<odbc::Moment> from_date(DATE date);  // none beyond the years 100 to 9999
 
 }  // namespace korlib

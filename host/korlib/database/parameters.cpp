@@ -2,9 +2,9 @@
 
 #include <korlib_host/enumerator.h>
 
+#include "base/letter_case.h"
 #include "classes/script_errors.h"
 #include "database/convert.h"
-#include "odbc/names.h"
 
 namespace korlib {
 namespace {
@@ -161,7 +161,7 @@ std::span<const Member> ParameterList::members() {
 HRESULT ParameterList::find(const VARIANT& index, std::size_t& at) const {
   if (index.vt == VT_BSTR) {
     for (at = 0; at < items_.size(); ++at) {
-      if (same_name(items_[at]->name(), view_of(index.bstrVal))) return S_OK;
+      if (base::equal_folded(items_[at]->name(), view_of(index.bstrVal))) return S_OK;
     }
   } else {
     CComVariant number;

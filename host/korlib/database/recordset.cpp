@@ -1,10 +1,10 @@
 #include "database/recordset.h"
 
+#include "base/letter_case.h"
 #include "classes/script_errors.h"
 #include "database/command.h"
 #include "database/convert.h"
 #include "database/fields.h"
-#include "odbc/names.h"
 
 namespace korlib {
 
@@ -160,7 +160,7 @@ HRESULT Recordset::find_column(const VARIANT& index, std::size_t& column) const 
   }
   const std::wstring_view name = view_of(wanted.bstrVal);
   for (column = 0; column < columns().size(); ++column) {
-    if (same_name(columns()[column].name, name)) return S_OK;
+    if (base::equal_folded(columns()[column].name, name)) return S_OK;
   }
   return raise(kItemNotFound, kSource, L"The recordset has no field \"" + std::wstring(name.substr(0, 100)) + L"\".");
 }

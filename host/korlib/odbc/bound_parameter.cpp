@@ -4,14 +4,17 @@
 #include <sqlext.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 #include <korlib_host/unicode.h>
 
-#include "odbc/moment.h"
-
 namespace korlib::odbc {
 namespace {
+
+static_assert(sizeof(Moment) == sizeof(SQL_TIMESTAMP_STRUCT) &&
+                  offsetof(Moment, nanosecond) == offsetof(SQL_TIMESTAMP_STRUCT, fraction),
+              "the driver manager reads and writes a Moment as it is");
 
 constexpr std::size_t kMostResultBytes = 16'777'216;
 
@@ -117,11 +120,8 @@ short BoundParameter::bind(void* statement, unsigned short number, const Paramet
     at = &bit_;
     if (const auto* truth = std::get_if<bool>(&parameter.value)) bit_ = *truth ? 1 : 0;
   } else if (wire.c_type == SQL_C_TYPE_TIMESTAMP) {
-    SQL_TIMESTAMP_STRUCT stamp{};
-    if (const auto* moment = std::get_if<Moment>(&parameter.value)) stamp = to_stamp(*moment);
-    moment_ = std::make_unique<char[]>(sizeof stamp);
-    std::memcpy(moment_.get(), &stamp, sizeof stamp);
-    at = moment_.get();
+    at = &moment_;
+    if (const auto* moment = std::get_if<Moment>(&parameter.value)) moment_ = *moment;
   }
   return SQLBindParameter(statement, number, io_type(parameter.direction), wire.c_type, wire.sql_type, wire.size,
                           wire.digits, at, 0, &indicator_);
@@ -137,11 +137,8 @@ Value BoundParameter::result(Kind kind) const {
       return integer_;
     case SQL_C_DOUBLE:
       return real_;
-    case SQL_C_TYPE_TIMESTAMP: {
-      SQL_TIMESTAMP_STRUCT stamp;
-      std::memcpy(&stamp, moment_.get(), sizeof stamp);
-      return to_moment(stamp);
-    }
+    case SQL_C_TYPE_TIMESTAMP:
+      return moment_;
     default:
       break;
   }

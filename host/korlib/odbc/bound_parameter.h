@@ -1,8 +1,6 @@
 // A parameter in the shape in which a driver reads and writes it.
 #pragma once
 
-#include <memory>
-
 #include "odbc/value.h"
 
 namespace korlib::odbc {
@@ -27,8 +25,8 @@ class BoundParameter {
   std::int64_t integer_ = 0;
   double real_ = 0;
   unsigned char bit_ = 0;
-  std::unique_ptr<char[]> moment_;  // an SQL_TIMESTAMP_STRUCT
-  std::string buffer_;              // text as UTF-16, or bytes
+  Moment moment_;
+  std::string buffer_;  // text as UTF-16, or bytes
   long indicator_ = 0;
 };
 

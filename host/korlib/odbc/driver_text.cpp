@@ -7,8 +7,8 @@
 
 #include <korlib_host/unicode.h>
 
+#include "base/letter_case.h"
 #include "odbc/driver_library.h"
-#include "odbc/names.h"
 
 namespace korlib::odbc {
 namespace {
@@ -49,7 +49,7 @@ std::wstring attribute_of(std::wstring_view connection_string, std::wstring_view
     if (const std::size_t start = key.rfind(L';'); start != std::wstring_view::npos) key.remove_prefix(start + 1);
     rest.remove_prefix(equals + 1);
     std::wstring value = take_value(rest);
-    if (same_name(trimmed(key), name)) return value;
+    if (base::equal_folded(trimmed(key), name)) return value;
   }
   return {};
 }

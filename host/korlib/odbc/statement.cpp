@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "base/letter_case.h"
 #include "odbc/bound_parameter.h"
-#include "odbc/names.h"
 #include "odbc/statement_timer.h"
 #include "odbc/statement_words.h"
 
@@ -57,7 +57,7 @@ Kind kind_of(SQLSMALLINT sql_type) {
 
 // Some drivers report booleans and decimals as text or doubles; the type's own name tells.
 Kind kind_of_column(SQLSMALLINT sql_type, const std::wstring& type_name, bool is_loose) {
-  const auto is_named = [&](std::wstring_view name) { return same_name(type_name, name); };
+  const auto is_named = [&](std::wstring_view name) { return base::equal_folded(type_name, name); };
   if (is_named(L"bool") || is_named(L"boolean")) return Kind::kBool;
   if (is_loose && (is_named(L"decimal") || is_named(L"numeric") || is_named(L"money"))) return Kind::kDecimal;
   return kind_of(sql_type);

@@ -10,7 +10,6 @@
 
 #include <korlib_host/unicode.h>
 
-#include "odbc/moment.h"
 #include "odbc/statement.h"
 
 namespace korlib::odbc {
@@ -78,18 +77,18 @@ Value Statement::read_bytes(unsigned short number) {
 }
 
 Value Statement::read_moment(unsigned short number, Kind kind) {
-  SQL_TIMESTAMP_STRUCT stamp{};
-  if (!read_fixed(number, SQL_C_TYPE_TIMESTAMP, stamp)) {
+  Moment moment;
+  if (!read_fixed(number, SQL_C_TYPE_TIMESTAMP, moment)) {
     // To SQLite's driver a text that is no date is NULL as well.
     return connection_->has_loose_types() ? read_text(number) : Value();
   }
-  Moment moment = to_moment(stamp);
-  if (kind == Kind::kTime) {  // a time alone lies on day zero, whatever date the driver adds
-    moment.year = 1899;
-    moment.month = 12;
-    moment.day = 30;
-  }
-  return moment;
+  if (kind != Kind::kTime) return moment;
+  Moment time;  // on day zero, whatever date the driver adds
+  time.hour = moment.hour;
+  time.minute = moment.minute;
+  time.second = moment.second;
+  time.nanosecond = moment.nanosecond;
+  return time;
 }
 
 // The value may be of another type than its column: a text among numbers, a number among dates, a fraction

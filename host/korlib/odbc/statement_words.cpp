@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "odbc/names.h"
+#include "base/letter_case.h"
 
 namespace korlib::odbc {
 namespace {
@@ -35,7 +35,7 @@ std::size_t passage(std::wstring_view sql) {
 
 bool is_harmless(std::wstring_view word) {
   return std::any_of(std::begin(kHarmless), std::end(kHarmless),
-                     [&](std::wstring_view known) { return same_name(word, known); });
+                     [&](std::wstring_view known) { return base::equal_folded(word, known); });
 }
 
 }  // namespace

@@ -8,13 +8,15 @@
 
 namespace korlib::odbc {
 
+// A date and a time of day in a time zone that nobody states. A time alone lies on day zero of dates, 1899-12-30. The
+// shape is that of SQL_TIMESTAMP_STRUCT, so drivers read and write it in place.
 struct Moment {
-  int year = 1899;
-  int month = 12;
-  int day = 30;
-  int hour = 0;
-  int minute = 0;
-  int second = 0;
+  std::int16_t year = 1899;
+  std::uint16_t month = 12;
+  std::uint16_t day = 30;
+  std::uint16_t hour = 0;
+  std::uint16_t minute = 0;
+  std::uint16_t second = 0;
   std::uint32_t nanosecond = 0;
 };
 struct Bytes {
