@@ -10,35 +10,23 @@
 
 namespace korlib::odbc {
 
-// One thread for the process, started with the first timer. A driver's own time-out is not relied on:
-// not every driver has one.
-class Watchdog {
+// One for the process, started with the first timer.
+class TimerThread {
  public:
-  static Watchdog& instance() {
-    static Watchdog only;
+  static TimerThread& instance() {
+    static TimerThread only;
     return only;
   }
-  ~Watchdog() {
-    {
-      const std::lock_guard guard(lock_);
-      is_over_ = true;
-    }
-    changed_.notify_one();
-    thread_.join();
-  }
-  Watchdog(const Watchdog&) = delete;
-  Watchdog& operator=(const Watchdog&) = delete;
 
   void add(StatementTimer* timer) {
-    bool is_first = false;
+    bool is_sooner = false;
     {
       const std::lock_guard guard(lock_);
-      is_first = timer->at_ < waiting_until_;
       timers_.insert(timer);
+      is_sooner = next() < waiting_until_;
     }
-    if (is_first) changed_.notify_one();
+    if (is_sooner) changed_.notify_one();  // seldom: most statements are over before the time of an earlier one
   }
-  // The statement is not touched any more when this returns.
   void remove(StatementTimer* timer) {
     const std::lock_guard guard(lock_);
     timers_.erase(timer);
@@ -52,44 +40,48 @@ class Watchdog {
     }
   };
 
-  Watchdog() : thread_([this] { watch(); }) {}
+  Time next() const { return timers_.empty() ? Time::max() : (*timers_.begin())->at_; }
 
-  void watch() {
+  void watch(const std::stop_token& stop) {
     std::unique_lock guard(lock_);
-    while (!is_over_) {
-      const Time now = std::chrono::steady_clock::now();
-      while (!timers_.empty() && (*timers_.begin())->at_ <= now) {
-        StatementTimer* late = *timers_.begin();
-        timers_.erase(timers_.begin());
-        late->has_run_out_ = true;
-        SQLCancel(late->statement_);
-      }
-      waiting_until_ = timers_.empty() ? Time::max() : (*timers_.begin())->at_;
+    while (!stop.stop_requested()) {
+      cancel_late();
+      waiting_until_ = next();
+      const auto is_sooner = [this] { return next() < waiting_until_; };
       if (timers_.empty()) {
-        changed_.wait(guard);
+        changed_.wait(guard, stop, is_sooner);
       } else {
-        changed_.wait_until(guard, waiting_until_);
+        changed_.wait_until(guard, stop, waiting_until_, is_sooner);
       }
     }
   }
 
+  void cancel_late() {
+    const Time now = std::chrono::steady_clock::now();
+    while (next() <= now) {
+      StatementTimer* const late = *timers_.begin();
+      timers_.erase(timers_.begin());
+      late->has_run_out_ = true;
+      SQLCancel(late->statement_);
+    }
+  }
+
   std::mutex lock_;
-  std::condition_variable changed_;
+  std::condition_variable_any changed_;
   std::set<StatementTimer*, Sooner> timers_;
   Time waiting_until_ = Time::max();
-  bool is_over_ = false;
-  std::thread thread_;
+  std::jthread thread_{[this](const std::stop_token& stop) { watch(stop); }};  // the last member: it uses the others
 };
 
 StatementTimer::StatementTimer(void* statement, int seconds)
     : statement_(statement),
       at_(std::chrono::steady_clock::now() + std::chrono::seconds(seconds)),
       is_set_(seconds > 0) {
-  if (is_set_) Watchdog::instance().add(this);
+  if (is_set_) TimerThread::instance().add(this);
 }
 
 StatementTimer::~StatementTimer() {
-  if (is_set_) Watchdog::instance().remove(this);
+  if (is_set_) TimerThread::instance().remove(this);
 }
 
 }  // namespace korlib::odbc

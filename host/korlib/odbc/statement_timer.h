@@ -3,14 +3,16 @@
 
 #include <atomic>
 #include <chrono>
-#include <memory>
 
 namespace korlib::odbc {
 
-// While it lives, the statement is cancelled once the time is up. 0 seconds: never.
+// While it lives, the statement is cancelled once the time is up. 0 seconds: never. A driver's own time-out is not
+// relied on: not every driver has one.
 class StatementTimer {
  public:
+  // `statement` is a statement's handle.
   StatementTimer(void* statement, int seconds);
+  // The statement is not touched any more when it is gone.
   ~StatementTimer();
   StatementTimer(const StatementTimer&) = delete;
   StatementTimer& operator=(const StatementTimer&) = delete;
@@ -18,7 +20,7 @@ class StatementTimer {
   bool has_run_out() const { return has_run_out_; }
 
  private:
-  friend class Watchdog;
+  friend class TimerThread;
 
   void* statement_;
   std::chrono::steady_clock::time_point at_;
