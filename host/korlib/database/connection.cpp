@@ -3,32 +3,14 @@
 #include "classes/script_errors.h"
 #include "database/errors.h"
 #include "database/recordset.h"
+#include "odbc/connection_pool.h"
+#include "odbc/connection_string.h"
 
 namespace korlib {
 namespace {
 
 constexpr std::wstring_view kSource = L"ADODB.Connection";
 constexpr LONG kLongestTimeout = 24 * 3600;
-
-// An attribute's value as connection strings quote it.
-std::wstring braced(std::wstring_view value) {
-  std::wstring quoted = L"{";
-  for (const wchar_t c : value) quoted.append(c == L'}' ? 2 : 1, c);
-  return quoted + L"}";
-}
-
-std::wstring full_string(std::wstring_view given, std::wstring_view user, std::wstring_view password) {
-  std::wstring text(given);
-  if (!text.empty() && text.find(L'=') == std::wstring::npos) text = L"DSN=" + text;
-  const auto add = [&text](std::wstring_view name, std::wstring_view value) {
-    if (value.empty()) return;
-    if (!text.ends_with(L';')) text += L';';
-    text.append(name).append(braced(value));
-  };
-  add(L"UID=", user);
-  add(L"PWD=", password);
-  return text;
-}
 
 HRESULT set_timeout(LONG seconds, LONG& timeout) {
   if (seconds < 0 || seconds > kLongestTimeout) {
@@ -65,14 +47,14 @@ HRESULT Connection::need_open(std::wstring_view source) const {
 HRESULT Connection::note(std::wstring_view source, const odbc::Failure& failure) noexcept {
   try {
     errors_ = failure.diagnostics();
-    return raise(failure.code(), source, failure.text());
+    return raise(code_of(failure.diagnostics().front()), source, failure.text());
   } catch (...) {
     return E_OUTOFMEMORY;
   }
 }
 
 void Connection::close() noexcept {
-  if (odbc_) odbc::give_back(std::move(odbc_));
+  if (odbc_) odbc::ConnectionPool::of_this_thread().give_back(std::move(odbc_));
   odbc_.reset();
 }
 
@@ -90,8 +72,8 @@ HRESULT Connection::Open(BSTR connection_string, BSTR user, BSTR password, LONG)
     errors_.clear();
     if (SysStringLen(connection_string) > 0) connection_string_ = view_of(connection_string);
     if (connection_string_.empty()) return raise(kInvalidArgument, kSource, L"Open: a connection string is needed.");
-    const std::wstring full = full_string(connection_string_, view_of(user), view_of(password));
-    odbc_ = odbc::take_connection(full, connection_timeout_);
+    const std::wstring full = odbc::complete_connection_string(connection_string_, view_of(user), view_of(password));
+    odbc_ = odbc::ConnectionPool::of_this_thread().take(full, connection_timeout_);
     return S_OK;
   });
 }
@@ -123,6 +105,7 @@ HRESULT Connection::BeginTrans(LONG* level) {
   }
   return guarded(kSource, [&] {
     odbc_->begin();
+    odbc::ConnectionPool::of_this_thread().remember_transaction(odbc_);
     *level = 1;
     return S_OK;
   });

@@ -1,7 +1,10 @@
-// The rows that these classes add to the class table.
+// The rows that these classes add to the class table, and what a host may ask of them.
+#include <korlib_host/database.h>
+
 #include "classes/create.h"
 #include "database/command.h"
 #include "database/recordset.h"
+#include "odbc/connection_pool.h"
 
 namespace korlib {
 namespace {
@@ -16,3 +19,16 @@ const korlib_host::ClassRegistration g_classes{kRows};
 
 }  // namespace
 }  // namespace korlib
+
+namespace korlib_host {
+
+DatabaseHandles database_handles() noexcept {
+  const korlib::odbc::OpenHandles open = korlib::odbc::open_handles();
+  return {open.connections, open.statements};
+}
+
+void roll_back_transactions() noexcept { korlib::odbc::ConnectionPool::of_this_thread().roll_back_transactions(); }
+
+void close_idle_connections() noexcept { korlib::odbc::ConnectionPool::of_this_thread().close_idle(); }
+
+}  // namespace korlib_host

@@ -6,6 +6,24 @@
 
 namespace korlib {
 
+HRESULT code_of(const odbc::Diagnostic& diagnostic) {
+  constexpr struct {
+    std::wstring_view state;  // the first characters of an SQLSTATE
+    HRESULT code;
+  } kCodes[] = {
+      {L"HYT", kQueryTimedOut},        {L"23", hresult(0x80040E2F)},  // a constraint is violated
+      {L"42S02", hresult(0x80040E37)},                                // no such table
+      {L"42P01", hresult(0x80040E37)}, {L"42", hresult(0x80040E14)},  // the command has errors
+      {L"28", hresult(0x80040E4D)},                                   // authentication
+      {L"22", hresult(0x80040E07)},                                   // the data cannot be converted
+      {L"HY010", kNotAllowedHere},
+  };
+  for (const auto& row : kCodes) {
+    if (diagnostic.state.starts_with(row.state)) return row.code;
+  }
+  return E_FAIL;
+}
+
 std::span<const Member> ErrorItem::members() {
   static constexpr Member table[] = {
       property<&ErrorItem::get_Description>(L"Description").is_default(),
@@ -23,7 +41,7 @@ HRESULT ErrorItem::get_Description(BSTR* text) {
 }
 
 HRESULT ErrorItem::get_Number(LONG* number) {
-  *number = odbc::Failure({diagnostic_}).code();
+  *number = code_of(diagnostic_);
   return S_OK;
 }
 

@@ -5,6 +5,9 @@
 
 namespace korlib {
 
+// The code by which scripts know this kind of failure.
+HRESULT code_of(const odbc::Diagnostic& diagnostic);
+
 class ErrorItem final : public DispatchObject<ErrorItem> {
  public:
   static constexpr const wchar_t* kClassName = L"Error";

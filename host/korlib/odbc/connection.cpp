@@ -5,8 +5,7 @@
 
 #include <algorithm>
 
-#include "odbc/driver_library.h"
-#include "odbc/failure.h"
+#include "odbc/connection_string.h"
 #include "odbc/statement.h"
 
 namespace korlib::odbc {
@@ -17,49 +16,46 @@ SQLPOINTER number_as_pointer(std::uintptr_t number) {
   return reinterpret_cast<SQLPOINTER>(number);  // NOLINT(performance-no-int-to-ptr): the interface is so
 }
 
+// The driver manager gives connections only to those who have said which version they speak.
+const Handle* of_version_3(const Handle& environment) {
+  environment.check(SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, number_as_pointer(SQL_OV_ODBC3), 0));
+  return &environment;
+}
+
 }  // namespace
 
-// Each connection has an environment of its own: the driver manager may serialise the calls within one.
 Connection::Connection(const std::wstring& connection_string, int timeout_seconds)
-    : connection_string_(connection_string), text_(text_of_driver(connection_string)) {
-  try {
-    check(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &environment_), text_, SQL_HANDLE_ENV, environment_);
-    check(SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, number_as_pointer(SQL_OV_ODBC3), 0), text_, SQL_HANDLE_ENV,
-          environment_);
-    check(SQLAllocHandle(SQL_HANDLE_DBC, environment_, &connection_), text_, SQL_HANDLE_ENV, environment_);
-    SQLSetConnectAttr(connection_, SQL_ATTR_LOGIN_TIMEOUT,
-                      number_as_pointer(static_cast<std::uintptr_t>(timeout_seconds)), 0);
-    connect();
-    is_connected_ = true;
-    if (is_sqlite_) find_file();
-  } catch (...) {
-    if (is_connected_) SQLDisconnect(connection_);
-    free_handles();
-    throw;
-  }
+    : connection_string_(connection_string),
+      text_(text_of_driver(connection_string)),
+      is_sqlite_(library_of(connection_string).find("sqlite") != std::string::npos),
+      lets_clients_wait_(is_sqlite_ && attribute_of(connection_string, L"Timeout").empty()),
+      environment_(HandleType::kEnvironment, nullptr, text_),
+      handle_(HandleType::kConnection, of_version_3(environment_), text_) {
+  SQLSetConnectAttr(handle_.get(), SQL_ATTR_LOGIN_TIMEOUT,
+                    number_as_pointer(static_cast<std::uintptr_t>(timeout_seconds)), 0);
+  connect();
+  if (is_sqlite_) file_ = DatabaseFile(handle_, text_);
 }
+
+Connection::~Connection() { make_idle(); }
 
 void Connection::connect() {
   constexpr std::size_t kMost = 16'384;
   // SQLite's driver waits for locks by itself, 100 seconds long and deaf to a cancellation, unless it is
   // told how long. Told a millisecond, it leaves the wait to the database, where wait_for_locks() sets it,
   // and tries once more.
-  is_sqlite_ = library_of(connection_string_).find("sqlite") != std::string::npos;
-  lets_clients_wait_ = is_sqlite_ && attribute_of(connection_string_, L"Timeout").empty();
   TextIn text(text_, (lets_clients_wait_ ? L"Timeout=1;" : L"") + connection_string_);
-  if (text.size() > kMost) throw Failure({{L"HY090", 0, L"The connection string is too long."}});
+  if (text.size() > kMost) throw Failure(L"HY090", L"The connection string is too long.");
   const auto size = static_cast<SQLSMALLINT>(text.size());
   const SQLRETURN result =
       text_ == DriverText::kWide
-          ? SQLDriverConnectW(connection_, nullptr, text.wide(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT)
-          : SQLDriverConnect(connection_, nullptr, text.bytes(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+          ? SQLDriverConnectW(handle_.get(), nullptr, text.wide(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT)
+          : SQLDriverConnect(handle_.get(), nullptr, text.bytes(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
   if (SQL_SUCCEEDED(result)) return;
-  std::vector<Diagnostic> found = diagnostics_of(text_, SQL_HANDLE_DBC, connection_);
+  std::vector<Diagnostic> found = handle_.diagnostics();
   if (!found.empty()) found.front().text += L" (" + target() + L")";
   throw Failure(std::move(found));
 }
-
-void Connection::check_connection(short result) const { check(result, text_, SQL_HANDLE_DBC, connection_); }
 
 // What cannot be connected to: drivers say little more than that they failed. Passwords stay untold.
 std::wstring Connection::target() const {
@@ -71,43 +67,15 @@ std::wstring Connection::target() const {
   return names.empty() ? L"the connection string names neither Driver nor DSN" : names;
 }
 
-// Where the database lives is asked of itself: the connection string may name a data source.
-void Connection::find_file() {
-  constexpr SQLUSMALLINT kPathColumn = 3;
-  char path[4096] = {};
-  SQLLEN length = 0;
-  SQLCHAR sql[] = "PRAGMA database_list";
-  SQLHSTMT statement = nullptr;
-  check_connection(SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement));
-  const bool is_found = SQL_SUCCEEDED(SQLExecDirect(statement, sql, SQL_NTS)) && SQL_SUCCEEDED(SQLFetch(statement)) &&
-                        SQLGetData(statement, kPathColumn, SQL_C_CHAR, path, sizeof path, &length) == SQL_SUCCESS;
-  SQLFreeHandle(SQL_HANDLE_STMT, statement);
-  if (is_found && length > 0) file_ = DatabaseFile(path);
-}
-
-// For what need not succeed.
-void Connection::run_quietly(std::string sql) noexcept {
-  SQLHSTMT statement = nullptr;
-  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement))) return;
-  SQLExecDirect(statement, reinterpret_cast<SQLCHAR*>(sql.data()), SQL_NTS);
-  SQLFreeHandle(SQL_HANDLE_STMT, statement);
-}
-
-Connection::~Connection() {
-  make_idle();
-  if (is_connected_) SQLDisconnect(connection_);
-  free_handles();
-}
-
-void Connection::free_handles() noexcept {
-  if (connection_) SQLFreeHandle(SQL_HANDLE_DBC, connection_);
-  if (environment_) SQLFreeHandle(SQL_HANDLE_ENV, environment_);
-  connection_ = environment_ = nullptr;
+// A text of this class's own; false when the database refuses it.
+bool Connection::run_plainly(std::string sql) const {
+  const Handle statement(HandleType::kStatement, &handle_, text_);
+  return SQL_SUCCEEDED(SQLExecDirect(statement.get(), reinterpret_cast<SQLCHAR*>(sql.data()), SQL_NTS));
 }
 
 void Connection::set_autocommit(bool is_on) {
   const std::uintptr_t value = is_on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
-  check_connection(SQLSetConnectAttr(connection_, SQL_ATTR_AUTOCOMMIT, number_as_pointer(value), SQL_IS_UINTEGER));
+  handle_.check(SQLSetConnectAttr(handle_.get(), SQL_ATTR_AUTOCOMMIT, number_as_pointer(value), SQL_IS_UINTEGER));
 }
 
 void Connection::wait_for_locks(int seconds) {
@@ -116,22 +84,16 @@ void Connection::wait_for_locks(int seconds) {
   // For each of the driver's two tries a little less than half the time, so that the error tells of the
   // lock.
   const int milliseconds = (seconds > 0 ? std::min(seconds, kLongest) : kLongest) * 450;
-  std::string pragma = "PRAGMA busy_timeout = " + std::to_string(milliseconds);
-  SQLHSTMT statement = nullptr;
-  check_connection(SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement));
-  const SQLRETURN result = SQLExecDirect(statement, reinterpret_cast<SQLCHAR*>(pragma.data()), SQL_NTS);
-  SQLFreeHandle(SQL_HANDLE_STMT, statement);
-  if (SQL_SUCCEEDED(result)) lock_seconds_ = seconds;
+  if (run_plainly("PRAGMA busy_timeout = " + std::to_string(milliseconds))) lock_seconds_ = seconds;
 }
 
 void Connection::begin() {
   set_autocommit(false);
   is_in_transaction_ = true;
-  remember_transaction(weak_from_this());
 }
 
-void Connection::end(short how) {
-  check_connection(SQLEndTran(SQL_HANDLE_DBC, connection_, how));
+void Connection::end(std::int16_t how) {
+  handle_.check(SQLEndTran(SQL_HANDLE_DBC, handle_.get(), how));
   is_in_transaction_ = false;
   set_autocommit(true);
 }
@@ -142,19 +104,19 @@ void Connection::roll_back() { end(SQL_ROLLBACK); }
 
 void Connection::make_idle() noexcept {
   while (!statements_.empty()) (*statements_.begin())->drop();
-  if (is_changed_ && is_connected_) run_quietly("ROLLBACK");  // of what was begun in words
-  if (!is_in_transaction_) return;
   try {
-    roll_back();
+    if (is_changed_) run_plainly("ROLLBACK");  // of what was begun in words
+    if (is_in_transaction_) roll_back();
   } catch (const std::exception&) {
     mark_broken();
   }
 }
 
 bool Connection::is_usable() {
-  if (is_broken_ || is_changed_ || !is_connected_ || file_.is_replaced()) return false;
+  if (is_broken_ || is_changed_ || file_.is_replaced()) return false;
   SQLUINTEGER is_dead = SQL_CD_FALSE;
-  const SQLRETURN result = SQLGetConnectAttr(connection_, SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);
+  const SQLRETURN result =
+      SQLGetConnectAttr(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);
   return !SQL_SUCCEEDED(result) || is_dead != SQL_CD_TRUE;  // a driver that does not know does not say
 }
 

@@ -1,8 +1,24 @@
 #include "odbc/database_file.h"
 
+#include <sql.h>
+#include <sqlext.h>
 #include <sys/stat.h>
 
 namespace korlib::odbc {
+
+// The database itself is asked for its place: the connection string may name a data source.
+DatabaseFile::DatabaseFile(const Handle& connection, DriverText way) {
+  constexpr SQLUSMALLINT kPathColumn = 3;
+  char path[4096] = {};
+  SQLLEN length = 0;
+  SQLCHAR sql[] = "PRAGMA database_list";
+  const Handle statement(HandleType::kStatement, &connection, way);
+  const SQLHSTMT handle = statement.get();
+  const bool is_found = SQL_SUCCEEDED(SQLExecDirect(handle, sql, SQL_NTS)) && SQL_SUCCEEDED(SQLFetch(handle)) &&
+                        SQLGetData(handle, kPathColumn, SQL_C_CHAR, path, sizeof path, &length) == SQL_SUCCESS;
+  if (is_found && length > 0) path_ = path;
+  is_replaced();
+}
 
 bool DatabaseFile::is_replaced() {
   if (path_.empty()) return false;

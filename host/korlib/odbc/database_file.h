@@ -1,10 +1,12 @@
-// The file that a database lives in.
+// The file that an embedded database lives in.
 #pragma once
 
 #include <sys/types.h>
 
 #include <optional>
 #include <string>
+
+#include "odbc/handle.h"
 
 namespace korlib::odbc {
 
@@ -13,7 +15,8 @@ namespace korlib::odbc {
 class DatabaseFile {
  public:
   DatabaseFile() = default;  // of a database without a file, which is never replaced
-  explicit DatabaseFile(std::string path) : path_(std::move(path)) { is_replaced(); }
+  // Of SQLite's database on `connection`. Throws Failure.
+  DatabaseFile(const Handle& connection, DriverText way);
 
   bool is_replaced();
 

@@ -1,57 +1,59 @@
 #include "odbc/driver_text.h"
 
+#include <dlfcn.h>
+#include <odbcinst.h>
+
 #include <algorithm>
-#include <iterator>
 #include <map>
 #include <mutex>
 
 #include <korlib_host/unicode.h>
 
-#include "base/letter_case.h"
-#include "odbc/driver_library.h"
+#include "odbc/connection_string.h"
 
 namespace korlib::odbc {
 namespace {
 
-std::wstring_view trimmed(std::wstring_view text) {
-  while (!text.empty() && text.front() == L' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == L' ') text.remove_suffix(1);
-  return text;
+std::string configured(const std::string& section, const char* entry, const char* file) {
+  char value[1024] = {};
+  const int length = SQLGetPrivateProfileString(section.c_str(), entry, "", value, int{sizeof value}, file);
+  return length > 0 ? std::string(value) : std::string();
 }
 
-// Takes one attribute's value off the front of `rest`, and the semicolon behind it.
-std::wstring take_value(std::wstring_view& rest) {
-  std::wstring value;
-  if (rest.starts_with(L'{')) {
-    std::size_t at = 1;
-    for (; at < rest.size(); ++at) {
-      if (rest[at] == L'}' && (at + 1 >= rest.size() || rest[at + 1] != L'}')) break;
-      if (rest[at] == L'}') ++at;
-      value.push_back(rest[at]);
-    }
-    rest.remove_prefix(std::min(at, rest.size()));
-  } else {
-    value = trimmed(rest.substr(0, rest.find(L';')));
-  }
-  const std::size_t end = rest.find(L';');
-  rest.remove_prefix(end == std::wstring_view::npos ? rest.size() : end + 1);
-  return value;
+// Where the module that holds an address begins. A driver may be linked with the driver manager, whose
+// functions of the same names are found through it.
+const void* module_of(const void* address) {
+  Dl_info info{};
+  return address && dladdr(address, &info) != 0 ? info.dli_fbase : nullptr;
+}
+
+// Opens a library the way the driver manager does: by the usual search, then in the folder for drivers
+// beside the driver manager itself.
+void* open_library(const std::string& library) {
+  if (void* opened = dlopen(library.c_str(), RTLD_LAZY | RTLD_LOCAL)) return opened;
+  Dl_info manager{};
+  if (dladdr(reinterpret_cast<const void*>(&SQLGetPrivateProfileString), &manager) == 0) return nullptr;
+  const std::string path = manager.dli_fname;
+  return dlopen((path.substr(0, path.rfind('/') + 1) + "odbc/" + library).c_str(), RTLD_LAZY | RTLD_LOCAL);
+}
+
+// Whether the library has the functions that take UTF-16.
+bool takes_wide_text(const std::string& library) {
+  void* opened = open_library(library);
+  if (!opened) return true;  // the driver manager will say what is wrong
+  const void* own = module_of(dlsym(opened, "SQLFetch"));
+  const void* wide = module_of(dlsym(opened, "SQLDriverConnectW"));
+  dlclose(opened);
+  return wide && wide == own;
 }
 
 }  // namespace
 
-std::wstring attribute_of(std::wstring_view connection_string, std::wstring_view name) {
-  std::wstring_view rest = connection_string;
-  while (!rest.empty()) {
-    const std::size_t equals = rest.find(L'=');
-    if (equals == std::wstring_view::npos) break;
-    std::wstring_view key = rest.substr(0, equals);
-    if (const std::size_t start = key.rfind(L';'); start != std::wstring_view::npos) key.remove_prefix(start + 1);
-    rest.remove_prefix(equals + 1);
-    std::wstring value = take_value(rest);
-    if (base::equal_folded(trimmed(key), name)) return value;
-  }
-  return {};
+std::string library_of(std::wstring_view connection_string) {
+  std::string driver = to_utf8(attribute_of(connection_string, L"Driver"));
+  if (driver.empty()) driver = configured(to_utf8(attribute_of(connection_string, L"DSN")), "Driver", "ODBC.INI");
+  if (driver.empty() || driver.find('/') != std::string::npos) return driver;
+  return configured(driver, "Driver", "ODBCINST.INI");
 }
 
 DriverText text_of_driver(std::wstring_view connection_string) {

@@ -6,17 +6,16 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace korlib::odbc {
 
 enum class DriverText { kWide, kBytes };
 
+// The path of the library of the driver that a connection string names, as the driver manager finds it; empty when it
+// does not.
+std::string library_of(std::wstring_view connection_string);
 // Which way the driver that a connection string names takes text.
 DriverText text_of_driver(std::wstring_view connection_string);
-
-// The value of an attribute of a connection string, its braces removed; empty when it is missing.
-std::wstring attribute_of(std::wstring_view connection_string, std::wstring_view name);
 
 // Text going in: valid while the object lives.
 class TextIn {

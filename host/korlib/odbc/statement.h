@@ -2,13 +2,11 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "odbc/column.h"
 #include "odbc/connection.h"
-#include "odbc/failure.h"
-#include "odbc/handle_count.h"
 #include "odbc/value.h"
 
 namespace korlib::odbc {
@@ -18,8 +16,9 @@ class BoundParameter;
 // Everything throws Failure.
 class Statement {
  public:
+  // Each run, and each row, may take that many seconds; 0 is without end.
   Statement(std::shared_ptr<Connection> connection, int timeout_seconds);
-  ~Statement();
+  ~Statement() { drop(); }
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
 
@@ -30,34 +29,21 @@ class Statement {
 
   // Empty for a statement that gives no rows.
   const std::vector<Column>& columns() const { return columns_; }
-  std::int64_t affected_rows() const { return affected_; }
+  std::int64_t affected_rows() const { return affected_; }  // -1 when the driver does not tell, or gives rows
   // False at the end.
   bool fetch(Row& row);
 
   void drop() noexcept;  // frees the handle; what follows fails
-  const std::shared_ptr<Connection>& connection() const { return connection_; }
 
  private:
-  void check(short result);
   void need_handle() const;
-  void refuse_surplus(std::size_t given);
+  template <class Body>
+  auto within_timeout(Body body);
+  void execute(const std::wstring& sql, const std::vector<Parameter>& parameters, std::vector<BoundParameter>& bound);
   void describe();
-  Column describe_column(unsigned short number);
-  std::wstring type_name(unsigned short number);
-  Value read(unsigned short number, const Column& column);
-  Value read_loose(unsigned short number, const Column& column);
-  Value read_text(unsigned short number);
-  Value read_bytes(unsigned short number);
-  // False for NULL.
-  template <class Unit>
-  bool read_long(unsigned short number, short c_type, std::basic_string<Unit>& value);
-  template <class Raw>
-  bool read_fixed(unsigned short number, short c_type, Raw& raw);
-  Value read_moment(unsigned short number, Kind kind);
 
   std::shared_ptr<Connection> connection_;
-  void* handle_ = nullptr;
-  std::optional<HandleCount> count_;
+  Handle handle_;
   int timeout_;
   std::vector<Column> columns_;
   std::int64_t affected_ = -1;

@@ -1,4 +1,4 @@
-// Values as they travel between a database and this host, and what a column is.
+// Values as they travel between a database and this host, and the parameters that carry them.
 #pragma once
 
 #include <cstdint>
@@ -26,9 +26,11 @@ struct Decimal {
   std::wstring digits;  // "-123.45"
 };
 
+// std::monostate is NULL; a text is std::wstring.
 using Value = std::variant<std::monostate, bool, std::int64_t, double, Decimal, Moment, std::wstring, Bytes>;
 using Row = std::vector<Value>;
 
+// What a column or a parameter holds, whatever its database calls the type. kMoment has a date and a time.
 enum class Kind {
   kBool,
   kInteger,
@@ -44,14 +46,7 @@ enum class Kind {
   kLongBinary
 };
 
-struct Column {
-  std::wstring name;
-  Kind kind = Kind::kText;
-  std::size_t size = 0;
-  int scale = 0;
-  bool is_nullable = true;
-};
-
+// The numbers are those that scripts use.
 enum class Direction { kIn = 1, kOut = 2, kInOut = 3, kReturn = 4 };
 
 struct Parameter {

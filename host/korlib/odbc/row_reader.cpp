@@ -1,4 +1,5 @@
-// The columns of the current row, in pieces where they are long.
+#include "odbc/row_reader.h"
+
 #include <sql.h>
 #include <sqlext.h>
 
@@ -9,8 +10,6 @@
 #include <new>
 
 #include <korlib_host/unicode.h>
-
-#include "odbc/statement.h"
 
 namespace korlib::odbc {
 namespace {
@@ -28,15 +27,15 @@ bool read_whole(const std::string& text, Number& number) {
 }  // namespace
 
 template <class Raw>
-bool Statement::read_fixed(unsigned short number, short c_type, Raw& raw) {
+bool RowReader::read_fixed(unsigned short number, short c_type, Raw& raw) const {
   SQLLEN indicator = 0;
-  check(SQLGetData(handle_, number, c_type, &raw, static_cast<SQLLEN>(sizeof raw), &indicator));
+  statement_.check(SQLGetData(statement_.get(), number, c_type, &raw, static_cast<SQLLEN>(sizeof raw), &indicator));
   return indicator != SQL_NULL_DATA;
 }
 
 // In pieces, each larger than the last: some drivers convert the whole value anew for every piece.
 template <class Unit>
-bool Statement::read_long(unsigned short number, short c_type, std::basic_string<Unit>& value) {
+bool RowReader::read_long(unsigned short number, short c_type, std::basic_string<Unit>& value) const {
   constexpr std::size_t kLargest = 16'777'216 / sizeof(Unit);
   constexpr std::size_t kMost = sizeof(Unit) == 1 ? kMostBytes : kMostBytes / sizeof(wchar_t);
   const std::size_t behind = c_type == SQL_C_BINARY ? 0 : 1;  // a NUL follows text
@@ -47,9 +46,9 @@ bool Statement::read_long(unsigned short number, short c_type, std::basic_string
   for (;;) {
     SQLLEN indicator = 0;
     const SQLRETURN result =
-        SQLGetData(handle_, number, c_type, piece, static_cast<SQLLEN>(room * sizeof(Unit)), &indicator);
+        SQLGetData(statement_.get(), number, c_type, piece, static_cast<SQLLEN>(room * sizeof(Unit)), &indicator);
     if (result == SQL_NO_DATA) return true;
-    check(result);
+    statement_.check(result);
     if (indicator == SQL_NULL_DATA) return false;
     const bool is_cut = indicator == SQL_NO_TOTAL || static_cast<std::size_t>(indicator) / sizeof(Unit) > room - behind;
     const std::size_t count = is_cut ? room - behind : static_cast<std::size_t>(indicator) / sizeof(Unit);
@@ -62,7 +61,7 @@ bool Statement::read_long(unsigned short number, short c_type, std::basic_string
   }
 }
 
-Value Statement::read_text(unsigned short number) {
+Value RowReader::read_text(unsigned short number) const {
   std::u16string units;
   if (!read_long(number, SQL_C_WCHAR, units)) return {};
   std::wstring text;
@@ -70,17 +69,17 @@ Value Statement::read_text(unsigned short number) {
   return text;
 }
 
-Value Statement::read_bytes(unsigned short number) {
+Value RowReader::read_bytes(unsigned short number) const {
   Bytes bytes;
   if (!read_long(number, SQL_C_BINARY, bytes.data)) return {};
   return bytes;
 }
 
-Value Statement::read_moment(unsigned short number, Kind kind) {
+Value RowReader::read_moment(unsigned short number, Kind kind) const {
   Moment moment;
   if (!read_fixed(number, SQL_C_TYPE_TIMESTAMP, moment)) {
     // To SQLite's driver a text that is no date is NULL as well.
-    return connection_->has_loose_types() ? read_text(number) : Value();
+    return has_loose_types_ ? read_text(number) : Value();
   }
   if (kind != Kind::kTime) return moment;
   Moment time;  // on day zero, whatever date the driver adds
@@ -94,7 +93,7 @@ Value Statement::read_moment(unsigned short number, Kind kind) {
 // The value may be of another type than its column: a text among numbers, a number among dates, a fraction
 // after the whole number that an expression's type was guessed from. The driver would make 0, a part, or
 // NULL of it.
-Value Statement::read_loose(unsigned short number, const Column& column) {
+Value RowReader::read_loose(unsigned short number, const Column& column) const {
   std::string text;
   if (!read_long(number, SQL_C_CHAR, text)) return {};
   const bool is_integer = column.kind == Kind::kInteger || column.kind == Kind::kBigInteger;
@@ -105,10 +104,10 @@ Value Statement::read_loose(unsigned short number, const Column& column) {
   return column.kind == Kind::kDecimal ? Value(Decimal{to_wide(text)}) : Value(real);
 }
 
-Value Statement::read(unsigned short number, const Column& column) {
+Value RowReader::read(unsigned short number, const Column& column) const {
   const bool is_number = column.kind == Kind::kInteger || column.kind == Kind::kBigInteger ||
                          column.kind == Kind::kReal || column.kind == Kind::kDecimal;
-  if (is_number && connection_->has_loose_types()) return read_loose(number, column);
+  if (is_number && has_loose_types_) return read_loose(number, column);
   switch (column.kind) {
     case Kind::kBool: {
       unsigned char bit = 0;
