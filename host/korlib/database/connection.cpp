@@ -1,6 +1,7 @@
 #include "database/connection.h"
 
 #include "classes/script_errors.h"
+#include "database/convert.h"
 #include "database/errors.h"
 #include "database/recordset.h"
 #include "odbc/connection_pool.h"
@@ -10,15 +11,6 @@ namespace korlib {
 namespace {
 
 constexpr std::wstring_view kSource = L"ADODB.Connection";
-constexpr LONG kLongestTimeout = 24 * 3600;
-
-HRESULT set_timeout(LONG seconds, LONG& timeout) {
-  if (seconds < 0 || seconds > kLongestTimeout) {
-    return raise(kInvalidArgument, kSource, L"A time-out is a number of seconds; 0 waits without end.");
-  }
-  timeout = seconds;
-  return S_OK;
-}
 
 }  // namespace
 
@@ -44,13 +36,9 @@ HRESULT Connection::need_open(std::wstring_view source) const {
   return odbc_ ? S_OK : raise(kObjectClosed, source, L"The connection is not open.");
 }
 
-HRESULT Connection::note(std::wstring_view source, const odbc::Failure& failure) noexcept {
-  try {
-    errors_ = failure.diagnostics();
-    return raise(code_of(failure.diagnostics().front()), source, failure.text());
-  } catch (...) {
-    return E_OUTOFMEMORY;
-  }
+HRESULT Connection::note(std::wstring_view source, const odbc::Failure& failure) {
+  errors_ = failure.diagnostics();
+  return raise(code_of(errors_.front()), source, failure.text());
 }
 
 void Connection::close() noexcept {
@@ -68,7 +56,7 @@ std::unique_ptr<odbc::ResultSet> Connection::run(const std::wstring& sql, std::v
 
 HRESULT Connection::Open(BSTR connection_string, BSTR user, BSTR password, LONG) {
   if (odbc_) return raise(kObjectOpen, kSource, L"The connection is open already.");
-  return guarded(kSource, [&] {
+  return noting_failures(kSource, [&] {
     errors_.clear();
     if (SysStringLen(connection_string) > 0) connection_string_ = view_of(connection_string);
     if (connection_string_.empty()) return raise(kInvalidArgument, kSource, L"Open: a connection string is needed.");
@@ -88,7 +76,7 @@ HRESULT Connection::Execute(BSTR text, VARIANT* affected, LONG, IDispatch** reco
   *recordset = nullptr;
   RETURN_IF_FAILED(need_open(kSource));
   if (SysStringLen(text) == 0) return raise(kNotAllowedHere, kSource, L"Execute: the command text is empty.");
-  return guarded(kSource, [&] {
+  return noting_failures(kSource, [&] {
     std::vector<odbc::Parameter> none;
     std::unique_ptr<odbc::ResultSet> result = run(std::wstring(view_of(text)), none, command_timeout_, keeps_rows());
     put_affected(*result, affected);
@@ -103,7 +91,7 @@ HRESULT Connection::BeginTrans(LONG* level) {
   if (odbc_->is_in_transaction()) {
     return raise(kNotInThisContext, kSource, L"BeginTrans: a transaction is open already.");
   }
-  return guarded(kSource, [&] {
+  return noting_failures(kSource, [&] {
     odbc_->begin();
     odbc::ConnectionPool::of_this_thread().remember_transaction(odbc_);
     *level = 1;
@@ -114,7 +102,7 @@ HRESULT Connection::BeginTrans(LONG* level) {
 HRESULT Connection::CommitTrans() {
   RETURN_IF_FAILED(need_open(kSource));
   if (!odbc_->is_in_transaction()) return raise(kNotInThisContext, kSource, L"CommitTrans: no transaction is open.");
-  return guarded(kSource, [&] {
+  return noting_failures(kSource, [&] {
     odbc_->commit();
     return S_OK;
   });
@@ -125,52 +113,23 @@ HRESULT Connection::RollbackTrans() {
   if (!odbc_->is_in_transaction()) {
     return raise(kNotInThisContext, kSource, L"RollbackTrans: no transaction is open.");
   }
-  return guarded(kSource, [&] {
+  return noting_failures(kSource, [&] {
     odbc_->roll_back();
     return S_OK;
   });
 }
 
-HRESULT Connection::get_State(LONG* state) {
-  *state = odbc_ ? 1 : 0;
-  return S_OK;
-}
-
-HRESULT Connection::get_ConnectionString(BSTR* text) {
-  *text = new_bstr(connection_string_);
-  return S_OK;
-}
-
 HRESULT Connection::put_ConnectionString(BSTR text) {
   if (odbc_) return raise(kObjectOpen, kSource, L"ConnectionString can be set only while the connection is closed.");
-  connection_string_ = view_of(text);
-  return S_OK;
+  return keep(text, connection_string_);
 }
 
-HRESULT Connection::get_CommandTimeout(LONG* seconds) {
-  *seconds = command_timeout_;
-  return S_OK;
-}
+HRESULT Connection::put_CommandTimeout(LONG seconds) { return set_timeout(kSource, seconds, command_timeout_); }
 
-HRESULT Connection::put_CommandTimeout(LONG seconds) { return set_timeout(seconds, command_timeout_); }
-
-HRESULT Connection::get_ConnectionTimeout(LONG* seconds) {
-  *seconds = connection_timeout_;
-  return S_OK;
-}
-
-HRESULT Connection::put_ConnectionTimeout(LONG seconds) { return set_timeout(seconds, connection_timeout_); }
-
-HRESULT Connection::get_CursorLocation(LONG* location) {
-  *location = cursor_location_;
-  return S_OK;
-}
+HRESULT Connection::put_ConnectionTimeout(LONG seconds) { return set_timeout(kSource, seconds, connection_timeout_); }
 
 HRESULT Connection::put_CursorLocation(LONG location) {
-  if (location != 2 && location != 3)
-    return raise(kInvalidArgument, kSource, L"CursorLocation is 2 (server) or 3 (client).");
-  cursor_location_ = location;
-  return S_OK;
+  return set_cursor_location(kSource, location, cursor_location_);
 }
 
 HRESULT Connection::get_Errors(IDispatch** errors) {
@@ -178,9 +137,27 @@ HRESULT Connection::get_Errors(IDispatch** errors) {
   return S_OK;
 }
 
+HRESULT set_timeout(std::wstring_view source, LONG seconds, LONG& timeout) {
+  constexpr LONG kLongest = 24 * 3600;
+  if (seconds < 0 || seconds > kLongest) {
+    return raise(kInvalidArgument, source, L"A time-out is a number of seconds, a day at most; 0 waits without end.");
+  }
+  timeout = seconds;
+  return S_OK;
+}
+
+HRESULT set_cursor_location(std::wstring_view source, LONG number, CursorLocation& location) {
+  const auto wanted = static_cast<CursorLocation>(number);
+  if (wanted != CursorLocation::kServer && wanted != CursorLocation::kClient) {
+    return raise(kInvalidArgument, source, L"CursorLocation is 2 (server) or 3 (client).");
+  }
+  location = wanted;
+  return S_OK;
+}
+
 HRESULT connection_of(const VARIANT& value, std::wstring_view source, CComPtr<Connection>& connection) {
   connection.reset();
-  if (value.vt == VT_EMPTY || value.vt == VT_NULL || is_omitted(value)) return S_OK;
+  if (is_nothing(value)) return S_OK;
   if (value.vt == VT_BSTR) {
     connection = make<Connection>();
     return connection->Open(value.bstrVal, nullptr, nullptr, -1);

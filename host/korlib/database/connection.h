@@ -4,8 +4,7 @@
 #include <memory>
 #include <string>
 
-#include <korlib_host/dispatch_object.h>
-
+#include "database/properties.h"
 #include "odbc/result_set.h"
 
 namespace korlib {
@@ -40,20 +39,20 @@ class Connection final : public DispatchObject<Connection, IDispatch, IConnectio
   HRESULT BeginTrans(LONG* level);
   HRESULT CommitTrans();
   HRESULT RollbackTrans();
-  HRESULT get_State(LONG* state);
-  HRESULT get_ConnectionString(BSTR* text);
+  HRESULT get_State(LONG* state) { return give(odbc_ ? ObjectState::kOpen : ObjectState::kClosed, state); }
+  HRESULT get_ConnectionString(BSTR* text) { return give(connection_string_, text); }
   HRESULT put_ConnectionString(BSTR text);
-  HRESULT get_CommandTimeout(LONG* seconds);
+  HRESULT get_CommandTimeout(LONG* seconds) { return give(command_timeout_, seconds); }
   HRESULT put_CommandTimeout(LONG seconds);
-  HRESULT get_ConnectionTimeout(LONG* seconds);
+  HRESULT get_ConnectionTimeout(LONG* seconds) { return give(connection_timeout_, seconds); }
   HRESULT put_ConnectionTimeout(LONG seconds);
-  HRESULT get_CursorLocation(LONG* location);
+  HRESULT get_CursorLocation(LONG* location) { return give(cursor_location_, location); }
   HRESULT put_CursorLocation(LONG location);
   HRESULT get_Errors(IDispatch** errors);
 
   // For the other classes of this folder.
   HRESULT need_open(std::wstring_view source) const;
-  bool keeps_rows() const { return cursor_location_ == 3; }  // a client cursor
+  bool keeps_rows() const { return cursor_location_ == CursorLocation::kClient; }
   LONG command_timeout() const { return command_timeout_; }
   std::vector<odbc::Diagnostic>& errors() { return errors_; }
   // Throws odbc::Failure.
@@ -61,27 +60,31 @@ class Connection final : public DispatchObject<Connection, IDispatch, IConnectio
                                        bool is_kept);
   // Runs `body`; what the database says against it becomes the connection's errors and the thread's.
   template <class Body>
-  HRESULT guarded(std::wstring_view source, Body body) noexcept {
-    try {
-      return body();
-    } catch (const odbc::Failure& failure) {
-      return note(source, failure);
-    } catch (...) {
-      return hresult_from_exception(source);
-    }
+  HRESULT noting_failures(std::wstring_view source, Body body) noexcept {
+    return guarded(source, [&] {
+      try {
+        return body();
+      } catch (const odbc::Failure& failure) {
+        return note(source, failure);
+      }
+    });
   }
 
  private:
   void close() noexcept;
-  HRESULT note(std::wstring_view source, const odbc::Failure& failure) noexcept;
+  HRESULT note(std::wstring_view source, const odbc::Failure& failure);
 
   std::shared_ptr<odbc::Connection> odbc_;
   std::wstring connection_string_;
   std::vector<odbc::Diagnostic> errors_;
   LONG command_timeout_ = 30;
   LONG connection_timeout_ = 15;
-  LONG cursor_location_ = 2;
+  CursorLocation cursor_location_ = CursorLocation::kServer;
 };
+
+// The new value of a property; raises kInvalidArgument for what it cannot be. A time-out is a day at most.
+HRESULT set_timeout(std::wstring_view source, LONG seconds, LONG& timeout);
+HRESULT set_cursor_location(std::wstring_view source, LONG number, CursorLocation& location);
 
 // The connection that a VARIANT names: a connection object, or a connection string that is opened.
 // Null for nothing, null and empty.

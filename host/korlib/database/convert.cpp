@@ -13,43 +13,6 @@
 namespace korlib {
 namespace {
 
-struct TypeRow {
-  LONG type;
-  odbc::Kind kind;
-};
-// The first row of a kind is the one that its columns report.
-constexpr TypeRow kTypes[] = {
-    {kTypeBoolean, odbc::Kind::kBool},
-    {kTypeInteger, odbc::Kind::kInteger},
-    {kTypeBigInt, odbc::Kind::kBigInteger},
-    {kTypeDouble, odbc::Kind::kReal},
-    {kTypeNumeric, odbc::Kind::kDecimal},
-    {kTypeDbDate, odbc::Kind::kDate},
-    {kTypeDbTime, odbc::Kind::kTime},
-    {kTypeDbTimeStamp, odbc::Kind::kMoment},
-    {kTypeVarWChar, odbc::Kind::kText},
-    {kTypeLongVarWChar, odbc::Kind::kLongText},
-    {kTypeVarBinary, odbc::Kind::kBinary},
-    {kTypeLongVarBinary, odbc::Kind::kLongBinary},
-    {kTypeSmallInt, odbc::Kind::kInteger},
-    {kTypeTinyInt, odbc::Kind::kInteger},
-    {kTypeUnsignedTinyInt, odbc::Kind::kInteger},
-    {kTypeUnsignedSmallInt, odbc::Kind::kInteger},
-    {kTypeUnsignedInt, odbc::Kind::kBigInteger},
-    {kTypeUnsignedBigInt, odbc::Kind::kBigInteger},
-    {kTypeSingle, odbc::Kind::kReal},
-    {kTypeCurrency, odbc::Kind::kDecimal},
-    {kTypeDecimal, odbc::Kind::kDecimal},
-    {kTypeDate, odbc::Kind::kMoment},
-    {kTypeBStr, odbc::Kind::kText},
-    {kTypeGuid, odbc::Kind::kText},
-    {kTypeChar, odbc::Kind::kText},
-    {kTypeWChar, odbc::Kind::kText},
-    {kTypeVarChar, odbc::Kind::kText},
-    {kTypeLongVarChar, odbc::Kind::kLongText},
-    {kTypeBinary, odbc::Kind::kBinary},
-};
-
 HRESULT text_variant(std::wstring_view text, VARIANT* variant) {
   BSTR made = new_bstr(text);
   if (!made) return E_OUTOFMEMORY;
@@ -154,47 +117,16 @@ HRESULT read_bytes(const VARIANT& variant, odbc::Value& value) {
 
 }  // namespace
 
-LONG type_of(odbc::Kind kind) {
-  return std::find_if(std::begin(kTypes), std::end(kTypes), [&](const TypeRow& row) { return row.kind == kind; })->type;
-}
-
-bool kind_of_type(LONG type, odbc::Kind& kind) {
-  for (const TypeRow& row : kTypes) {
-    if (row.type != type) continue;
-    kind = row.kind;
-    return true;
+HRESULT elements_of(const VARIANT& given, std::vector<CComVariant>& elements) {
+  if (is_nothing(given)) return S_OK;
+  if (given.vt != (VT_ARRAY | VT_VARIANT)) {
+    elements.emplace_back(given);
+    return S_OK;
   }
-  return false;
-}
-
-odbc::Kind kind_of_value(const VARIANT& value) {
-  switch (value.vt) {
-    case VT_BOOL:
-      return odbc::Kind::kBool;
-    case VT_I1:
-    case VT_UI1:
-    case VT_I2:
-    case VT_UI2:
-    case VT_I4:
-    case VT_INT:
-      return odbc::Kind::kInteger;
-    case VT_UI4:
-    case VT_UINT:
-    case VT_I8:
-    case VT_UI8:
-      return odbc::Kind::kBigInteger;
-    case VT_R4:
-    case VT_R8:
-      return odbc::Kind::kReal;
-    case VT_CY:
-      return odbc::Kind::kDecimal;
-    case VT_DATE:
-      return odbc::Kind::kMoment;
-    case VT_ARRAY | VT_UI1:
-      return odbc::Kind::kBinary;
-    default:
-      return odbc::Kind::kText;
-  }
+  if (!given.parray || given.parray->cDims != 1) return DISP_E_TYPEMISMATCH;
+  const auto* all = static_cast<const VARIANT*>(given.parray->pvData);
+  elements.assign(all, all + given.parray->rgsabound[0].cElements);
+  return S_OK;
 }
 
 HRESULT to_variant(const odbc::Value& value, VARIANT* variant) {
@@ -227,7 +159,7 @@ HRESULT to_variant(const odbc::Value& value, VARIANT* variant) {
 
 HRESULT from_variant(const VARIANT& variant, odbc::Kind kind, odbc::Value& value) {
   value = {};
-  if (variant.vt == VT_NULL || variant.vt == VT_EMPTY || is_omitted(variant)) return S_OK;
+  if (is_nothing(variant)) return S_OK;
   CComVariant result;
   switch (kind) {
     case odbc::Kind::kBool:

@@ -1,9 +1,5 @@
 #include "database/errors.h"
 
-#include <korlib_host/enumerator.h>
-
-#include "classes/script_errors.h"
-
 namespace korlib {
 
 HRESULT code_of(const odbc::Diagnostic& diagnostic) {
@@ -35,31 +31,6 @@ std::span<const Member> ErrorItem::members() {
   return table;
 }
 
-HRESULT ErrorItem::get_Description(BSTR* text) {
-  *text = new_bstr(diagnostic_.text);
-  return S_OK;
-}
-
-HRESULT ErrorItem::get_Number(LONG* number) {
-  *number = code_of(diagnostic_);
-  return S_OK;
-}
-
-HRESULT ErrorItem::get_NativeError(LONG* number) {
-  *number = diagnostic_.native;
-  return S_OK;
-}
-
-HRESULT ErrorItem::get_SQLState(BSTR* state) {
-  *state = new_bstr(diagnostic_.state);
-  return S_OK;
-}
-
-HRESULT ErrorItem::get_Source(BSTR* source) {
-  *source = new_bstr(L"ADODB.Connection");
-  return S_OK;
-}
-
 std::span<const Member> ErrorList::members() {
   static constexpr Member table[] = {
       property<&ErrorList::get_Item>(L"Item").is_default(),
@@ -72,25 +43,13 @@ std::span<const Member> ErrorList::members() {
 
 HRESULT ErrorList::get_Item(LONG index, IDispatch** error) {
   *error = nullptr;
-  const std::vector<odbc::Diagnostic>& errors = connection_->errors();
-  if (index < 0 || static_cast<std::size_t>(index) >= errors.size()) {
-    return raise(kItemNotFound, L"ADODB.Errors", L"There is no error of that number.");
-  }
-  *error = make<ErrorItem>(errors[static_cast<std::size_t>(index)]).detach();
-  return S_OK;
+  const auto at = static_cast<std::size_t>(index);
+  if (index < 0 || at >= size()) return raise(kItemNotFound, L"ADODB.Errors", L"There is no error of that number.");
+  return give(element(at).get(), error);
 }
 
-HRESULT ErrorList::get_Count(LONG* count) {
-  *count = static_cast<LONG>(connection_->errors().size());
-  return S_OK;
-}
-
-HRESULT ErrorList::get__NewEnum(IUnknown** errors) {
-  std::vector<CComVariant> items;
-  for (const odbc::Diagnostic& one : connection_->errors()) {
-    items.emplace_back(static_cast<IDispatch*>(make<ErrorItem>(one).get()));
-  }
-  return make_enumerator(std::move(items), errors);
+CComPtr<IDispatch> ErrorList::element(std::size_t at) {
+  return CComPtr<IDispatch>(make<ErrorItem>(connection_->errors()[at]).get());
 }
 
 HRESULT ErrorList::Clear() {

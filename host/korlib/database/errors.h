@@ -1,6 +1,7 @@
 // ADODB.Errors and ADODB.Error: what the database last said on a connection.
 #pragma once
 
+#include "database/collection.h"
 #include "database/connection.h"
 
 namespace korlib {
@@ -14,26 +15,27 @@ class ErrorItem final : public DispatchObject<ErrorItem> {
   explicit ErrorItem(odbc::Diagnostic diagnostic) : diagnostic_(std::move(diagnostic)) {}
   static std::span<const Member> members();
 
-  HRESULT get_Description(BSTR* text);
-  HRESULT get_Number(LONG* number);
-  HRESULT get_NativeError(LONG* number);
-  HRESULT get_SQLState(BSTR* state);
-  HRESULT get_Source(BSTR* source);
+  HRESULT get_Description(BSTR* text) { return give(diagnostic_.text, text); }
+  HRESULT get_Number(LONG* number) { return give(LONG{code_of(diagnostic_)}, number); }
+  HRESULT get_NativeError(LONG* number) { return give(diagnostic_.native, number); }
+  HRESULT get_SQLState(BSTR* state) { return give(diagnostic_.state, state); }
+  HRESULT get_Source(BSTR* source) { return give(L"ADODB.Connection", source); }
 
  private:
   const odbc::Diagnostic diagnostic_;
 };
 
-class ErrorList final : public DispatchObject<ErrorList> {
+class ErrorList final : public Collection<ErrorList> {
  public:
   static constexpr const wchar_t* kClassName = L"Errors";
   explicit ErrorList(CComPtr<Connection> connection) : connection_(std::move(connection)) {}
   static std::span<const Member> members();
 
   HRESULT get_Item(LONG index, IDispatch** error);
-  HRESULT get_Count(LONG* count);
-  HRESULT get__NewEnum(IUnknown** errors);
   HRESULT Clear();
+
+  std::size_t size() const { return connection_->errors().size(); }
+  CComPtr<IDispatch> element(std::size_t at);
 
  private:
   const CComPtr<Connection> connection_;

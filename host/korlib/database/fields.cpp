@@ -3,10 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include <korlib_host/enumerator.h>
-
-#include "classes/script_errors.h"
-#include "database/convert.h"
+#include "database/data_type.h"
 
 namespace korlib {
 namespace {
@@ -30,19 +27,16 @@ std::span<const Member> Field::members() {
   return table;
 }
 
-// The recordset may have been closed, or opened anew with fewer columns, since the field was taken.
-const odbc::Column* Field::find(HRESULT& hr) const {
-  hr = recordset_->need_open();
-  if (FAILED(hr)) return nullptr;
-  if (column_ < recordset_->columns().size()) return &recordset_->columns()[column_];
-  hr = raise(kItemNotFound, L"ADODB.Field", L"The field is gone.");
-  return nullptr;
+HRESULT Field::find(const odbc::Column*& column) const {
+  RETURN_IF_FAILED(recordset_->need_open());
+  if (column_ >= recordset_->columns().size()) return raise(kItemNotFound, L"ADODB.Field", L"The field is gone.");
+  column = &recordset_->columns()[column_];
+  return S_OK;
 }
 
 HRESULT Field::get_Value(VARIANT* value) {
-  HRESULT hr = S_OK;
-  const odbc::Column* column = find(hr);
-  if (!column) return hr;
+  const odbc::Column* column = nullptr;
+  RETURN_IF_FAILED(find(column));
   return recordset_->value_of(column_, value);
 }
 
@@ -51,27 +45,27 @@ HRESULT Field::put_Value(VARIANT) {
 }
 
 HRESULT Field::get_Name(BSTR* name) {
-  HRESULT hr = S_OK;
-  const odbc::Column* column = find(hr);
-  if (!column) return hr;
-  *name = new_bstr(column->name);
-  return S_OK;
+  const odbc::Column* column = nullptr;
+  RETURN_IF_FAILED(find(column));
+  return give(column->name, name);
 }
 
 HRESULT Field::get_Type(LONG* type) {
-  HRESULT hr = S_OK;
-  const odbc::Column* column = find(hr);
-  if (!column) return hr;
-  *type = type_of(column->kind);
-  return S_OK;
+  const odbc::Column* column = nullptr;
+  RETURN_IF_FAILED(find(column));
+  return give(type_of(column->kind), type);
 }
 
 HRESULT Field::get_DefinedSize(LONG* size) {
-  HRESULT hr = S_OK;
-  const odbc::Column* column = find(hr);
-  if (!column) return hr;
-  *size = clamped(column->size);
-  return S_OK;
+  const odbc::Column* column = nullptr;
+  RETURN_IF_FAILED(find(column));
+  return give(clamped(column->size), size);
+}
+
+HRESULT Field::get_NumericScale(LONG* digits) {
+  const odbc::Column* column = nullptr;
+  RETURN_IF_FAILED(find(column));
+  return give(column->scale, digits);
 }
 
 HRESULT Field::get_ActualSize(LONG* size) {
@@ -87,16 +81,6 @@ HRESULT Field::get_ActualSize(LONG* size) {
   return S_OK;
 }
 
-HRESULT Field::get_Precision(LONG* digits) { return get_DefinedSize(digits); }
-
-HRESULT Field::get_NumericScale(LONG* digits) {
-  HRESULT hr = S_OK;
-  const odbc::Column* column = find(hr);
-  if (!column) return hr;
-  *digits = column->scale;
-  return S_OK;
-}
-
 std::span<const Member> Fields::members() {
   static constexpr Member table[] = {
       property<&Fields::get_Item>(L"Item").is_default(),
@@ -108,25 +92,14 @@ std::span<const Member> Fields::members() {
 
 HRESULT Fields::get_Item(VARIANT index, IDispatch** field) {
   *field = nullptr;
-  std::size_t column = 0;
-  RETURN_IF_FAILED(recordset_->find_column(index, column));
-  *field = make<Field>(recordset_, column).detach();
-  return S_OK;
-}
-
-HRESULT Fields::get_Count(LONG* count) {
-  *count = 0;  // a closed recordset has none
-  if (SUCCEEDED(recordset_->need_open())) *count = static_cast<LONG>(recordset_->columns().size());
-  return S_OK;
+  std::size_t at = 0;
+  RETURN_IF_FAILED(recordset_->find_column(index, at));
+  return give(element(at).get(), field);
 }
 
 HRESULT Fields::get__NewEnum(IUnknown** fields) {
   RETURN_IF_FAILED(recordset_->need_open());
-  std::vector<CComVariant> items;
-  for (std::size_t i = 0; i < recordset_->columns().size(); ++i) {
-    items.emplace_back(static_cast<IDispatch*>(make<Field>(recordset_, i).get()));
-  }
-  return make_enumerator(std::move(items), fields);
+  return Collection::get__NewEnum(fields);
 }
 
 }  // namespace korlib

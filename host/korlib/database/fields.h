@@ -1,11 +1,13 @@
 // ADODB.Fields and ADODB.Field: the columns of a recordset.
 #pragma once
 
+#include "database/collection.h"
 #include "database/recordset.h"
 
 namespace korlib {
 
-// One column; its value is that of the recordset's current row, whenever it is asked.
+// One column; its value is that of the recordset's current row, whenever it is asked. The recordset may have been
+// closed, or opened anew with fewer columns, since the field was taken.
 class Field final : public DispatchObject<Field> {
  public:
   static constexpr const wchar_t* kClassName = L"Field";
@@ -18,25 +20,28 @@ class Field final : public DispatchObject<Field> {
   HRESULT get_Type(LONG* type);
   HRESULT get_DefinedSize(LONG* size);
   HRESULT get_ActualSize(LONG* size);
-  HRESULT get_Precision(LONG* digits);
+  HRESULT get_Precision(LONG* digits) { return get_DefinedSize(digits); }
   HRESULT get_NumericScale(LONG* digits);
 
  private:
-  const odbc::Column* find(HRESULT& hr) const;  // null with the reason
+  HRESULT find(const odbc::Column*& column) const;
 
   const CComPtr<Recordset> recordset_;
   const std::size_t column_;
 };
 
-class Fields final : public DispatchObject<Fields> {
+class Fields final : public Collection<Fields> {
  public:
   static constexpr const wchar_t* kClassName = L"Fields";
   explicit Fields(CComPtr<Recordset> recordset) : recordset_(std::move(recordset)) {}
   static std::span<const Member> members();
 
   HRESULT get_Item(VARIANT index, IDispatch** field);
-  HRESULT get_Count(LONG* count);
   HRESULT get__NewEnum(IUnknown** fields);
+
+  // A closed recordset has none.
+  std::size_t size() const { return recordset_->is_open() ? recordset_->columns().size() : 0; }
+  CComPtr<IDispatch> element(std::size_t at) { return CComPtr<IDispatch>(make<Field>(recordset_, at).get()); }
 
  private:
   const CComPtr<Recordset> recordset_;

@@ -1,10 +1,7 @@
 #include "database/parameters.h"
 
-#include <korlib_host/enumerator.h>
-
-#include "base/letter_case.h"
-#include "classes/script_errors.h"
 #include "database/convert.h"
+#include "database/data_type.h"
 
 namespace korlib {
 namespace {
@@ -40,45 +37,20 @@ std::span<const Member> ParameterItem::members() {
   return table;
 }
 
-HRESULT ParameterItem::get_Name(BSTR* name) {
-  *name = new_bstr(name_);
-  return S_OK;
-}
-
-HRESULT ParameterItem::put_Name(BSTR name) {
-  name_ = view_of(name);
-  return S_OK;
-}
-
-HRESULT ParameterItem::get_Type(LONG* type) {
-  *type = type_;
-  return S_OK;
-}
-
 HRESULT ParameterItem::put_Type(LONG type) {
-  odbc::Kind kind{};
-  if (type != kTypeEmpty && type != kTypeVariant && !kind_of_type(type, kind)) {
+  const auto wanted = static_cast<DataType>(type);
+  if (wanted != DataType::kEmpty && wanted != DataType::kVariant && !kind_of(wanted)) {
     return raise(kInvalidArgument, kSource, L"Type: " + std::to_wstring(type) + L" is not a data type of a parameter.");
   }
-  type_ = type;
-  return S_OK;
-}
-
-HRESULT ParameterItem::get_Direction(LONG* direction) {
-  *direction = direction_;
+  type_ = wanted;
   return S_OK;
 }
 
 HRESULT ParameterItem::put_Direction(LONG direction) {
-  if (direction < 1 || direction > 4) {
+  if (direction < number_of(ParameterDirection::kIn) || direction > number_of(ParameterDirection::kReturn)) {
     return raise(kInvalidArgument, kSource, L"Direction is 1 (in), 2 (out), 3 (both) or 4 (return value).");
   }
-  direction_ = direction;
-  return S_OK;
-}
-
-HRESULT ParameterItem::get_Size(LONG* size) {
-  *size = size_;
+  direction_ = static_cast<ParameterDirection>(direction);
   return S_OK;
 }
 
@@ -87,21 +59,9 @@ HRESULT ParameterItem::put_Size(LONG size) {
   return S_OK;
 }
 
-HRESULT ParameterItem::get_Precision(LONG* digits) {
-  *digits = precision_;
-  return S_OK;
-}
-
 HRESULT ParameterItem::put_Precision(LONG digits) { return set_digits(digits, precision_); }
 
-HRESULT ParameterItem::get_NumericScale(LONG* digits) {
-  *digits = scale_;
-  return S_OK;
-}
-
 HRESULT ParameterItem::put_NumericScale(LONG digits) { return set_digits(digits, scale_); }
-
-HRESULT ParameterItem::get_Value(VARIANT* value) { return VariantCopy(value, &value_); }
 
 HRESULT ParameterItem::put_Value(VARIANT value) {
   CComVariant fresh;
@@ -122,18 +82,13 @@ HRESULT ParameterItem::AppendChunk(VARIANT piece) {
   return to_variant(present, value_.put());
 }
 
-HRESULT ParameterItem::to_statement(std::size_t number, odbc::Parameter& parameter) const {
-  return to_statement(number, value_, parameter);
-}
-
 HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, odbc::Parameter& parameter) const {
-  parameter.kind = kind_of_value(value);
-  kind_of_type(type_, parameter.kind);
-  parameter.direction = static_cast<odbc::Direction>(direction_);
+  parameter.kind = kind_of(type_).value_or(kind_of_value(value));
+  parameter.direction = direction_;
   parameter.size = size_ > 0 ? static_cast<std::size_t>(size_) : 0;
   parameter.scale = scale_;
   const std::wstring which = L"Parameter " + std::to_wstring(number) + (name_.empty() ? L"" : L" (" + name_ + L")");
-  if (direction_ == 2 || direction_ == 4) return S_OK;
+  if (direction_ == ParameterDirection::kOut || direction_ == ParameterDirection::kReturn) return S_OK;
   if (FAILED(from_variant(value, parameter.kind, parameter.value))) {
     return raise(kInvalidConversion, kSource, which + L": the value does not fit the parameter's type.");
   }
@@ -159,35 +114,15 @@ std::span<const Member> ParameterList::members() {
 }
 
 HRESULT ParameterList::find(const VARIANT& index, std::size_t& at) const {
-  if (index.vt == VT_BSTR) {
-    for (at = 0; at < items_.size(); ++at) {
-      if (base::equal_folded(items_[at]->name(), view_of(index.bstrVal))) return S_OK;
-    }
-  } else {
-    CComVariant number;
-    RETURN_IF_FAILED(VariantChangeType(&number, &index, 0, VT_I4));
-    at = static_cast<std::size_t>(number.lVal);
-    if (number.lVal >= 0 && at < items_.size()) return S_OK;
-  }
-  return raise(kItemNotFound, kListSource, L"There is no parameter of that name or number.");
+  const auto name_of = [this](std::size_t place) { return std::wstring_view(items_[place]->name()); };
+  return find_element(index, size(), name_of, kListSource, L"The command has no parameter", at);
 }
 
 HRESULT ParameterList::get_Item(VARIANT index, IDispatch** parameter) {
   *parameter = nullptr;
   std::size_t at = 0;
   RETURN_IF_FAILED(find(index, at));
-  return CComPtr<IDispatch>(items_[at].get()).copy_to(parameter);
-}
-
-HRESULT ParameterList::get_Count(LONG* count) {
-  *count = static_cast<LONG>(items_.size());
-  return S_OK;
-}
-
-HRESULT ParameterList::get__NewEnum(IUnknown** parameters) {
-  std::vector<CComVariant> items;
-  for (const CComPtr<ParameterItem>& item : items_) items.emplace_back(static_cast<IDispatch*>(item.get()));
-  return make_enumerator(std::move(items), parameters);
+  return give(items_[at].get(), parameter);
 }
 
 HRESULT ParameterList::Append(IParameterAccess* parameter) {

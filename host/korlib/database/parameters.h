@@ -4,9 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <korlib_host/dispatch_object.h>
-
-#include "odbc/value.h"
+#include "database/collection.h"
 
 namespace korlib {
 
@@ -31,49 +29,50 @@ class ParameterItem final : public DispatchObject<ParameterItem, IDispatch, IPar
   static std::span<const Member> members();
   ParameterItem* parameter() override { return this; }
 
-  HRESULT get_Name(BSTR* name);
-  HRESULT put_Name(BSTR name);
-  HRESULT get_Type(LONG* type);
+  HRESULT get_Name(BSTR* name) { return give(name_, name); }
+  HRESULT put_Name(BSTR name) { return keep(name, name_); }
+  HRESULT get_Type(LONG* type) { return give(type_, type); }
   HRESULT put_Type(LONG type);
-  HRESULT get_Direction(LONG* direction);
+  HRESULT get_Direction(LONG* direction) { return give(direction_, direction); }
   HRESULT put_Direction(LONG direction);
-  HRESULT get_Size(LONG* size);
+  HRESULT get_Size(LONG* size) { return give(size_, size); }
   HRESULT put_Size(LONG size);
-  HRESULT get_Precision(LONG* digits);
+  HRESULT get_Precision(LONG* digits) { return give(precision_, digits); }
   HRESULT put_Precision(LONG digits);
-  HRESULT get_NumericScale(LONG* digits);
+  HRESULT get_NumericScale(LONG* digits) { return give(scale_, digits); }
   HRESULT put_NumericScale(LONG digits);
-  HRESULT get_Value(VARIANT* value);
+  HRESULT get_Value(VARIANT* value) { return VariantCopy(value, &value_); }
   HRESULT put_Value(VARIANT value);
   HRESULT AppendChunk(VARIANT piece);
 
   const std::wstring& name() const { return name_; }
-  // As the statement takes it; an error names the parameter by `number`, counted from 1.
-  HRESULT to_statement(std::size_t number, odbc::Parameter& parameter) const;
+  ParameterDirection direction() const { return direction_; }
+  const CComVariant& value() const { return value_; }
+  // As the statement takes it, with that value; an error names the parameter by `number`, counted from 1.
   HRESULT to_statement(std::size_t number, const VARIANT& value, odbc::Parameter& parameter) const;
 
  private:
   std::wstring name_;
   CComVariant value_;
-  LONG type_ = 0;  // 0: that of the value
-  LONG direction_ = 1;
+  DataType type_ = DataType::kEmpty;
+  ParameterDirection direction_ = ParameterDirection::kIn;
   LONG size_ = 0;
   LONG precision_ = 0;
   LONG scale_ = 0;
 };
 
-class ParameterList final : public DispatchObject<ParameterList> {
+class ParameterList final : public Collection<ParameterList> {
  public:
   static constexpr const wchar_t* kClassName = L"Parameters";
   static std::span<const Member> members();
 
   HRESULT get_Item(VARIANT index, IDispatch** parameter);
-  HRESULT get_Count(LONG* count);
-  HRESULT get__NewEnum(IUnknown** parameters);
   HRESULT Append(IParameterAccess* parameter);
   HRESULT Delete(VARIANT index);
 
   const std::vector<CComPtr<ParameterItem>>& items() const { return items_; }
+  std::size_t size() const { return items_.size(); }
+  CComPtr<IDispatch> element(std::size_t at) { return CComPtr<IDispatch>(items_[at].get()); }
 
  private:
   HRESULT find(const VARIANT& index, std::size_t& at) const;

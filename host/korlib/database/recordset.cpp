@@ -1,12 +1,21 @@
 #include "database/recordset.h"
 
-#include "base/letter_case.h"
 #include "classes/script_errors.h"
 #include "database/command.h"
 #include "database/convert.h"
 #include "database/fields.h"
+#include "database/recordset_rows.h"
 
 namespace korlib {
+namespace {
+
+std::wstring text_or(const VARIANT& value, const wchar_t* otherwise) {
+  CComVariant text;
+  if (is_omitted(value) || FAILED(VariantChangeType(&text, &value, 0, VT_BSTR))) return otherwise;
+  return std::wstring(view_of(text.bstrVal));
+}
+
+}  // namespace
 
 std::span<const Member> Recordset::members() {
   static constexpr Member table[] = {
@@ -56,9 +65,9 @@ HRESULT Recordset::need_row() const {
                             : raise(kNoCurrentRecord, kSource, L"There is no current record: BOF or EOF is true.");
 }
 
-HRESULT Recordset::guarded(const std::function<HRESULT()>& body) {
-  if (connection_) return connection_->guarded(kSource, body);
-  return body();
+template <class Body>
+HRESULT Recordset::noting_failures(Body body) {
+  return connection_ ? connection_->noting_failures(kSource, body) : body();
 }
 
 void Recordset::close_without_rows() {
@@ -67,35 +76,39 @@ void Recordset::close_without_rows() {
   result_.reset();
 }
 
-HRESULT Recordset::Open(VARIANT source, VARIANT connection, LONG cursor_type, LONG lock_type, LONG options) try {
+HRESULT Recordset::Open(VARIANT source, VARIANT connection, LONG cursor_type, LONG lock_type, LONG options) {
   if (result_) return raise(kObjectOpen, kSource, L"The recordset is open already.");
   if (cursor_type >= 0) RETURN_IF_FAILED(put_CursorType(cursor_type));
   if (lock_type >= 0) RETURN_IF_FAILED(put_LockType(lock_type));
   if (!is_omitted(connection)) RETURN_IF_FAILED(put_ActiveConnection(connection));
   CComPtr<Command> command;
+  RETURN_IF_FAILED(command_of(source, options, command));
+  const bool is_kept = cursor_type_ != CursorType::kForwardOnly || cursor_location_ == CursorLocation::kClient ||
+                       (connection_ && connection_->keeps_rows());
+  RETURN_IF_FAILED(command->run(omitted(), is_kept, result_));
+  connection_ = command->connection();
+  close_without_rows();
+  return S_OK;
+}
+
+HRESULT Recordset::command_of(const VARIANT& source, LONG options, CComPtr<Command>& command) {
   if (source.vt == VT_DISPATCH || source.vt == VT_UNKNOWN) {
     CComQIPtr<ICommandAccess> access(source.punkVal);
     if (!access) return raise(kInvalidArgument, kSource, L"Open: a command object or a command text is needed.");
     command = access->command();
-  } else {
-    CComVariant text(source);
-    if (!is_omitted(source)) {
-      RETURN_IF_FAILED(text.change_type(VT_BSTR));
-      source_ = view_of(text.bstrVal);
-    }
-    if (!connection_) return raise(kInvalidConnection, kSource, L"Open: no connection is given.");
-    command = make<Command>();
-    RETURN_IF_FAILED(command->use(connection_));
-    RETURN_IF_FAILED(command->put_CommandText(CComBSTR(std::wstring_view(source_))));
-    if (options >= 0) RETURN_IF_FAILED(command->put_CommandType(options & 0xFF));
+    return S_OK;
   }
-  const bool is_kept = cursor_type_ != 0 || cursor_location_ == 3 || (connection_ && connection_->keeps_rows());
-  RETURN_IF_FAILED(command->run(is_kept, result_));
-  connection_ = command->connection();
-  close_without_rows();
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
+  if (!is_omitted(source)) {
+    CComVariant text(source);
+    RETURN_IF_FAILED(text.change_type(VT_BSTR));
+    source_ = view_of(text.bstrVal);
+  }
+  if (!connection_) return raise(kInvalidConnection, kSource, L"Open: no connection is given.");
+  constexpr LONG kCommandTypes = 0xFF;  // of the options, which may tell how to run it as well
+  command = make<Command>();
+  command->use(connection_);
+  RETURN_IF_FAILED(command->put_CommandText(CComBSTR(std::wstring_view(source_))));
+  return options >= 0 ? command->put_CommandType(options & kCommandTypes) : S_OK;
 }
 
 HRESULT Recordset::Close() {
@@ -108,26 +121,18 @@ HRESULT Recordset::Close() {
 HRESULT Recordset::get_EOF(VARIANT_BOOL* at_end) {
   *at_end = VARIANT_TRUE;
   RETURN_IF_FAILED(need_open());
-  *at_end = result_->is_after_last() ? VARIANT_TRUE : VARIANT_FALSE;
-  return S_OK;
+  return give(result_->is_after_last(), at_end);
 }
 
 HRESULT Recordset::get_BOF(VARIANT_BOOL* at_start) {
   *at_start = VARIANT_TRUE;
   RETURN_IF_FAILED(need_open());
-  *at_start = result_->is_before_first() ? VARIANT_TRUE : VARIANT_FALSE;
-  return S_OK;
-}
-
-HRESULT Recordset::get_State(LONG* state) {
-  *state = result_ ? 1 : 0;
-  return S_OK;
+  return give(result_->is_before_first(), at_start);
 }
 
 HRESULT Recordset::get_RecordCount(LONG* count) {
   RETURN_IF_FAILED(need_open());
-  *count = static_cast<LONG>(result_->size());
-  return S_OK;
+  return give(static_cast<LONG>(result_->size()), count);
 }
 
 HRESULT Recordset::get_Fields(const Arguments& arguments, VARIANT* result) {
@@ -148,21 +153,8 @@ HRESULT Recordset::get_Fields(const Arguments& arguments, VARIANT* result) {
 
 HRESULT Recordset::find_column(const VARIANT& index, std::size_t& column) const {
   RETURN_IF_FAILED(need_open());
-  CComVariant wanted;
-  RETURN_IF_FAILED(VariantCopyInd(&wanted, &index));
-  if (wanted.vt != VT_BSTR) {
-    RETURN_IF_FAILED(wanted.change_type(VT_I4));
-    if (wanted.lVal >= 0 && static_cast<std::size_t>(wanted.lVal) < columns().size()) {
-      column = static_cast<std::size_t>(wanted.lVal);
-      return S_OK;
-    }
-    return raise(kItemNotFound, kSource, L"The recordset has no field " + std::to_wstring(wanted.lVal) + L".");
-  }
-  const std::wstring_view name = view_of(wanted.bstrVal);
-  for (column = 0; column < columns().size(); ++column) {
-    if (base::equal_folded(columns()[column].name, name)) return S_OK;
-  }
-  return raise(kItemNotFound, kSource, L"The recordset has no field \"" + std::wstring(name.substr(0, 100)) + L"\".");
+  const auto name_of = [this](std::size_t place) { return std::wstring_view(columns()[place].name); };
+  return find_element(index, columns().size(), name_of, kSource, L"The recordset has no field", column);
 }
 
 HRESULT Recordset::value_of(std::size_t column, VARIANT* value) const {
@@ -190,7 +182,7 @@ HRESULT Recordset::MoveLast() {
 HRESULT Recordset::MoveNext() {
   RETURN_IF_FAILED(need_open());
   if (result_->is_after_last()) return need_row();
-  return guarded([this] {
+  return noting_failures([this] {
     result_->next();
     return S_OK;
   });
@@ -204,21 +196,140 @@ HRESULT Recordset::MovePrevious() {
 
 HRESULT Recordset::Move(LONG rows, VARIANT start) {
   RETURN_IF_FAILED(need_open());
-  LONG from = 0;  // 0 here, 1 first, 2 last
+  Bookmark from = Bookmark::kCurrent;
   if (!is_omitted(start)) {
     CComVariant number;
     RETURN_IF_FAILED(VariantChangeType(&number, &start, 0, VT_I4));
-    from = number.lVal;
+    from = static_cast<Bookmark>(number.lVal);
   }
-  if (!result_->is_kept() && from == 0 && rows >= 0) {
-    return guarded([&] {
+  if (!result_->is_kept() && from == Bookmark::kCurrent && rows >= 0) {
+    return noting_failures([&] {
       for (LONG i = 0; i < rows && !result_->is_after_last(); ++i) result_->next();
       return S_OK;
     });
   }
   RETURN_IF_FAILED(need_kept());
-  const std::int64_t base = from == 1 ? 0 : from == 2 ? result_->size() - 1 : result_->position();
+  const std::int64_t base = from == Bookmark::kFirst  ? 0
+                            : from == Bookmark::kLast ? result_->size() - 1
+                                                      : result_->position();
   return go_to(base + rows);
+}
+
+HRESULT Recordset::chosen_columns(const VARIANT& fields, std::vector<std::size_t>& chosen) const {
+  std::vector<CComVariant> wanted;
+  RETURN_IF_FAILED(elements_of(fields, wanted));
+  if (is_nothing(fields)) {
+    for (std::size_t i = 0; i < columns().size(); ++i) chosen.push_back(i);
+  }
+  for (const CComVariant& field : wanted) RETURN_IF_FAILED(find_column(field, chosen.emplace_back()));
+  return S_OK;
+}
+
+HRESULT Recordset::GetRows(LONG rows, VARIANT start, VARIANT fields, VARIANT* array) {
+  if (!is_omitted(start) && start.vt != VT_EMPTY) RETURN_IF_FAILED(Move(0, start));
+  RETURN_IF_FAILED(need_row());
+  return noting_failures([&] {
+    std::vector<std::size_t> chosen;
+    RETURN_IF_FAILED(chosen_columns(fields, chosen));
+    return rows_as_array(*result_, rows, chosen, array);
+  });
+}
+
+HRESULT Recordset::GetString(LONG, LONG rows, VARIANT column_end, VARIANT row_end, BSTR null_text, BSTR* text) {
+  *text = nullptr;
+  RETURN_IF_FAILED(need_row());
+  return noting_failures([&] {
+    return rows_as_text(*result_, rows,
+                        {text_or(column_end, L"\t"), text_or(row_end, L"\r"), std::wstring(view_of(null_text))}, text);
+  });
+}
+
+HRESULT Recordset::NextRecordset(VARIANT* affected, IDispatch** next) {
+  *next = nullptr;
+  return noting_failures([&] {
+    std::unique_ptr<odbc::Statement> statement = result_ ? result_->take_statement() : std::move(pending_);
+    const bool is_kept = result_ && result_->is_kept();
+    result_.reset();
+    if (!statement || !statement->next_result()) return S_OK;
+    auto result = std::make_unique<odbc::ResultSet>(std::move(statement), is_kept);
+    put_affected(*result, affected);
+    *next = make<Recordset>(connection_, std::move(result)).detach();
+    return S_OK;
+  });
+}
+
+HRESULT Recordset::put_PageSize(LONG rows) {
+  if (rows < 1) return raise(kInvalidArgument, kSource, L"PageSize is 1 or more.");
+  page_size_ = rows;
+  return S_OK;
+}
+
+HRESULT Recordset::get_PageCount(LONG* pages) {
+  RETURN_IF_FAILED(need_kept());
+  return give(static_cast<LONG>((result_->size() + page_size_ - 1) / page_size_), pages);
+}
+
+HRESULT Recordset::give_place(std::int64_t place, LONG* out) const {
+  if (result_->is_before_first()) return give(Position::kBeforeFirst, out);
+  if (result_->is_after_last()) return give(Position::kAfterLast, out);
+  return give(static_cast<LONG>(place), out);
+}
+
+HRESULT Recordset::get_AbsolutePage(LONG* page) {
+  RETURN_IF_FAILED(need_kept());
+  return give_place(result_->position() / page_size_ + 1, page);
+}
+
+HRESULT Recordset::put_AbsolutePage(LONG page) {
+  LONG pages = 0;
+  RETURN_IF_FAILED(get_PageCount(&pages));
+  if (page < 1 || page > pages) return raise(kInvalidArgument, kSource, L"AbsolutePage: there is no such page.");
+  return go_to(std::int64_t{page - 1} * page_size_);
+}
+
+HRESULT Recordset::get_AbsolutePosition(LONG* position) {
+  RETURN_IF_FAILED(need_kept());
+  return give_place(result_->position() + 1, position);
+}
+
+HRESULT Recordset::put_AbsolutePosition(LONG position) {
+  RETURN_IF_FAILED(need_kept());
+  if (position < 1 || position > result_->size()) {
+    return raise(kInvalidArgument, kSource, L"AbsolutePosition: there is no such record.");
+  }
+  return go_to(position - 1);
+}
+
+HRESULT Recordset::get_CursorType(LONG* type) {
+  if (!result_) return give(cursor_type_, type);
+  return give(result_->is_kept() ? CursorType::kStatic : CursorType::kForwardOnly, type);
+}
+
+HRESULT Recordset::put_CursorType(LONG type) {
+  if (result_) return raise(kObjectOpen, kSource, L"CursorType can be set only while the recordset is closed.");
+  if (type < number_of(CursorType::kForwardOnly) || type > number_of(CursorType::kStatic)) {
+    return raise(kInvalidArgument, kSource, L"CursorType is 0 (forward-only) to 3 (static).");
+  }
+  cursor_type_ = static_cast<CursorType>(type);
+  return S_OK;
+}
+
+HRESULT Recordset::put_CursorLocation(LONG location) {
+  if (result_) return raise(kObjectOpen, kSource, L"CursorLocation can be set only while the recordset is closed.");
+  return set_cursor_location(kSource, location, cursor_location_);
+}
+
+HRESULT Recordset::put_LockType(LONG type) {
+  if (type < number_of(LockType::kReadOnly) || type > number_of(LockType::kBatchOptimistic)) {
+    return raise(kInvalidArgument, kSource, L"LockType is 1 (read-only) to 4.");
+  }
+  lock_type_ = static_cast<LockType>(type);
+  return S_OK;
+}
+
+HRESULT Recordset::put_ActiveConnection(VARIANT connection) {
+  if (result_) return raise(kObjectOpen, kSource, L"ActiveConnection can be set only while the recordset is closed.");
+  return connection_of(connection, kSource, connection_);
 }
 
 void put_affected(const odbc::ResultSet& result, VARIANT* affected) {

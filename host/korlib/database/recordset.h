@@ -1,29 +1,15 @@
 // ADODB.Recordset.
 #pragma once
 
-#include <functional>
-
 #include "database/connection.h"
 
 namespace korlib {
 
-class Recordset;
-
-struct IRecordsetAccess : IUnknown {
-  virtual Recordset* recordset() = 0;
-
- protected:
-  ~IRecordsetAccess() = default;
-};
-
-}  // namespace korlib
-KORLIB_IID(korlib::IRecordsetAccess, "62E6C1A4-5A0B-4E9F-9B0E-33E6D7C0A1F2");
-
-namespace korlib {
+class Command;
 
 // A result and a position in it. Forward-only results (CursorType 0, what Execute gives) are read as they
 // are walked through; the other cursor types read everything at once and move freely. Read-only.
-class Recordset final : public DispatchObject<Recordset, IDispatch, IRecordsetAccess> {
+class Recordset final : public DispatchObject<Recordset> {
  public:
   static constexpr const wchar_t* kClassName = L"Recordset";
   Recordset() = default;
@@ -33,13 +19,12 @@ class Recordset final : public DispatchObject<Recordset, IDispatch, IRecordsetAc
   }
   static std::span<const Member> members();
   static constexpr std::wstring_view kSource = L"ADODB.Recordset";
-  Recordset* recordset() override { return this; }
 
   HRESULT Open(VARIANT source, VARIANT connection, LONG cursor_type, LONG lock_type, LONG options);
   HRESULT Close();
   HRESULT get_EOF(VARIANT_BOOL* at_end);
   HRESULT get_BOF(VARIANT_BOOL* at_start);
-  HRESULT get_State(LONG* state);
+  HRESULT get_State(LONG* state) { return give(result_ ? ObjectState::kOpen : ObjectState::kClosed, state); }
   HRESULT get_RecordCount(LONG* count);
   // The fields; with an argument the field of that name or number.
   HRESULT get_Fields(const Arguments& arguments, VARIANT* result);
@@ -51,7 +36,7 @@ class Recordset final : public DispatchObject<Recordset, IDispatch, IRecordsetAc
   HRESULT GetRows(LONG rows, VARIANT start, VARIANT fields, VARIANT* array);
   HRESULT GetString(LONG format, LONG rows, VARIANT column_end, VARIANT row_end, BSTR null_text, BSTR* text);
   HRESULT NextRecordset(VARIANT* affected, IDispatch** next);
-  HRESULT get_PageSize(LONG* rows);
+  HRESULT get_PageSize(LONG* rows) { return give(page_size_, rows); }
   HRESULT put_PageSize(LONG rows);
   HRESULT get_PageCount(LONG* pages);
   HRESULT get_AbsolutePage(LONG* page);
@@ -60,16 +45,17 @@ class Recordset final : public DispatchObject<Recordset, IDispatch, IRecordsetAc
   HRESULT put_AbsolutePosition(LONG position);
   HRESULT get_CursorType(LONG* type);
   HRESULT put_CursorType(LONG type);
-  HRESULT get_CursorLocation(LONG* location);
+  HRESULT get_CursorLocation(LONG* location) { return give(cursor_location_, location); }
   HRESULT put_CursorLocation(LONG location);
-  HRESULT get_LockType(LONG* type);
+  HRESULT get_LockType(LONG* type) { return give(lock_type_, type); }
   HRESULT put_LockType(LONG type);
-  HRESULT get_Source(BSTR* text);
-  HRESULT put_Source(BSTR text);
-  HRESULT get_ActiveConnection(IDispatch** connection);
+  HRESULT get_Source(BSTR* text) { return give(source_, text); }
+  HRESULT put_Source(BSTR text) { return keep(text, source_); }
+  HRESULT get_ActiveConnection(IDispatch** connection) { return give(connection_.get(), connection); }
   HRESULT put_ActiveConnection(VARIANT connection);
 
   // For Fields and Field.
+  bool is_open() const { return result_ != nullptr; }
   HRESULT need_open() const;
   const std::vector<odbc::Column>& columns() const { return result_->columns(); }
   HRESULT find_column(const VARIANT& index, std::size_t& column) const;
@@ -80,16 +66,19 @@ class Recordset final : public DispatchObject<Recordset, IDispatch, IRecordsetAc
   HRESULT need_row() const;
   HRESULT go_to(std::int64_t row);
   void close_without_rows();
-  HRESULT guarded(const std::function<HRESULT()>& body);
+  HRESULT give_place(std::int64_t place, LONG* out) const;
+  template <class Body>
+  HRESULT noting_failures(Body body);
+  HRESULT command_of(const VARIANT& source, LONG options, CComPtr<Command>& command);
   HRESULT chosen_columns(const VARIANT& fields, std::vector<std::size_t>& chosen) const;
 
   CComPtr<Connection> connection_;
   std::unique_ptr<odbc::ResultSet> result_;   // null while closed
   std::unique_ptr<odbc::Statement> pending_;  // of a batch whose present part gives no rows
   std::wstring source_;
-  LONG cursor_type_ = 0;
-  LONG cursor_location_ = 2;
-  LONG lock_type_ = 1;
+  CursorType cursor_type_ = CursorType::kForwardOnly;
+  CursorLocation cursor_location_ = CursorLocation::kServer;
+  LockType lock_type_ = LockType::kReadOnly;
   LONG page_size_ = 10;
 };
 

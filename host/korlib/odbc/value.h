@@ -46,8 +46,8 @@ enum class Kind {
   kLongBinary
 };
 
-// The numbers are those that scripts use.
-enum class Direction { kIn = 1, kOut = 2, kInOut = 3, kReturn = 4 };
+// Which way a parameter's value goes. The numbers are those that scripts use.
+enum class Direction : std::int32_t { kIn = 1, kOut = 2, kInOut = 3, kReturn = 4 };
 
 struct Parameter {
   Kind kind = Kind::kText;

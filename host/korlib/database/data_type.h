@@ -1,0 +1,19 @@
+// What the data types of scripts are to a database.
+#pragma once
+
+#include <optional>
+
+#include <korlib/comvariant.h>
+
+#include "database/constants.h"
+
+namespace korlib {
+
+// What a column of that kind reports.
+DataType type_of(odbc::Kind kind);
+// None for a number that is not a type, and for kEmpty and kVariant, which leave the kind to the value.
+std::optional<odbc::Kind> kind_of(DataType type);
+// What a value without a declared type is sent as.
+odbc::Kind kind_of_value(const VARIANT& value);
+
+}  // namespace korlib

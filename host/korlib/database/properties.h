@@ -1,0 +1,46 @@
+// What the members of these classes have in common: handing out the values of properties, and where exceptions stop.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <korlib_host/dispatch_object.h>
+
+#include "database/constants.h"
+
+namespace korlib {
+
+// Runs the body of a member: what it throws becomes a code, with the exception's text as the error's description.
+template <class Body>
+HRESULT guarded(std::wstring_view source, Body body) noexcept {
+  try {
+    return body();
+  } catch (...) {
+    return hresult_from_exception(source);
+  }
+}
+
+// The out-parameter of a property. Text is copied, an object counted.
+inline HRESULT give(LONG number, LONG* out) {
+  *out = number;
+  return S_OK;
+}
+template <class Enum>
+requires std::is_enum_v<Enum> HRESULT give(Enum value, LONG* out) { return give(number_of(value), out); }
+inline HRESULT give(bool is_so, VARIANT_BOOL* out) {
+  *out = is_so ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+}
+inline HRESULT give(std::wstring_view text, BSTR* out) {
+  *out = new_bstr(text);
+  return *out ? S_OK : E_OUTOFMEMORY;
+}
+inline HRESULT give(IDispatch* object, IDispatch** out) { return CComPtr<IDispatch>(object).copy_to(out); }
+
+// The new text of a property.
+inline HRESULT keep(BSTR text, std::wstring& kept) {
+  kept = view_of(text);
+  return S_OK;
+}
+
+}  // namespace korlib
