@@ -6,7 +6,6 @@
 #include <korlib_host/enumerator.h>
 
 #include "base/letter_case.h"
-#include "classes/script_errors.h"
 #include "database/properties.h"
 
 namespace korlib {

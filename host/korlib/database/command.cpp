@@ -1,6 +1,5 @@
 #include "database/command.h"
 
-#include "classes/script_errors.h"
 #include "database/convert.h"
 #include "database/recordset.h"
 

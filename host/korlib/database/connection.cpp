@@ -1,6 +1,5 @@
 #include "database/connection.h"
 
-#include "classes/script_errors.h"
 #include "database/convert.h"
 #include "database/errors.h"
 #include "database/recordset.h"
@@ -147,12 +146,8 @@ HRESULT set_timeout(std::wstring_view source, LONG seconds, LONG& timeout) {
 }
 
 HRESULT set_cursor_location(std::wstring_view source, LONG number, CursorLocation& location) {
-  const auto wanted = static_cast<CursorLocation>(number);
-  if (wanted != CursorLocation::kServer && wanted != CursorLocation::kClient) {
-    return raise(kInvalidArgument, source, L"CursorLocation is 2 (server) or 3 (client).");
-  }
-  location = wanted;
-  return S_OK;
+  return choose(number, CursorLocation::kServer, CursorLocation::kClient, source,
+                L"CursorLocation is 2 (server) or 3 (client).", location);
 }
 
 HRESULT connection_of(const VARIANT& value, std::wstring_view source, CComPtr<Connection>& connection) {

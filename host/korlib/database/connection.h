@@ -87,7 +87,7 @@ HRESULT set_timeout(std::wstring_view source, LONG seconds, LONG& timeout);
 HRESULT set_cursor_location(std::wstring_view source, LONG number, CursorLocation& location);
 
 // The connection that a VARIANT names: a connection object, or a connection string that is opened.
-// Null for nothing, null and empty.
+// Null when the VARIANT is empty, null or left out.
 HRESULT connection_of(const VARIANT& value, std::wstring_view source, CComPtr<Connection>& connection);
 
 }  // namespace korlib

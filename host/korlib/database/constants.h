@@ -19,7 +19,7 @@ enum class CommandType : LONG { kText = 1, kTable = 2, kStoredProcedure = 4, kUn
 // The last three read all rows at once and move freely.
 enum class CursorType : LONG { kForwardOnly = 0, kKeyset = 1, kDynamic = 2, kStatic = 3 };
 
-// A cursor of the client's has all rows read at once, whatever its type.
+// A client cursor reads all rows at once, whatever its type.
 enum class CursorLocation : LONG { kServer = 2, kClient = 3 };
 
 // Records are read-only whatever is chosen.

@@ -61,7 +61,7 @@ HRESULT read_decimal(const VARIANT& variant, odbc::Value& value) {
     value = odbc::Decimal{std::wstring(view_of(text.bstrVal))};
     return S_OK;
   }
-  // Text keeps all its digits when it is a number; drivers know no currency signs or groups of digits.
+  // Text keeps all its digits when it is a number; drivers do not read currency signs or groups of digits.
   CComVariant number;
   RETURN_IF_FAILED(converted(variant, VT_R8, number));
   std::wstring digits;
@@ -86,7 +86,7 @@ odbc::Moment to_moment(DATE date) {
     microseconds = 0;
     day += 1;
   }
-  // A whole millisecond but for the rounding is meant to be one.
+  // What is this close to a whole millisecond differs from it by rounding only.
   const std::int64_t whole = (microseconds + 500) / 1000 * 1000;
   if (std::llabs(whole - microseconds) <= 2) microseconds = whole;
   const std::chrono::year_month_day civil = base::calendar_day(static_cast<std::int64_t>(day));

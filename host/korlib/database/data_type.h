@@ -1,4 +1,4 @@
-// What the data types of scripts are to a database.
+// The data types of scripts, and the kinds of values that travel to and from a database.
 #pragma once
 
 #include <optional>
@@ -13,7 +13,7 @@ namespace korlib {
 DataType type_of(odbc::Kind kind);
 // None for a number that is not a type, and for kEmpty and kVariant, which leave the kind to the value.
 std::optional<odbc::Kind> kind_of(DataType type);
-// What a value without a declared type is sent as.
+// For a parameter that declares no type.
 odbc::Kind kind_of_value(const VARIANT& value);
 
 }  // namespace korlib

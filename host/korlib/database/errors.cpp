@@ -7,12 +7,14 @@ HRESULT code_of(const odbc::Diagnostic& diagnostic) {
     std::wstring_view state;  // the first characters of an SQLSTATE
     HRESULT code;
   } kCodes[] = {
-      {L"HYT", kQueryTimedOut},        {L"23", hresult(0x80040E2F)},  // a constraint is violated
-      {L"42S02", hresult(0x80040E37)},                                // no such table
-      {L"42P01", hresult(0x80040E37)}, {L"42", hresult(0x80040E14)},  // the command has errors
-      {L"28", hresult(0x80040E4D)},                                   // authentication
-      {L"22", hresult(0x80040E07)},                                   // the data cannot be converted
-      {L"HY010", kNotAllowedHere},
+      {L"HYT", kQueryTimedOut},         // time-out
+      {L"23", hresult(0x80040E2F)},     // a constraint is violated
+      {L"42S02", hresult(0x80040E37)},  // no such table
+      {L"42P01", hresult(0x80040E37)},  // no such table, as PostgreSQL says it
+      {L"42", hresult(0x80040E14)},     // the command has errors
+      {L"28", hresult(0x80040E4D)},     // authentication
+      {L"22", hresult(0x80040E07)},     // the data cannot be converted
+      {L"HY010", kNotAllowedHere},      // not at this point
   };
   for (const auto& row : kCodes) {
     if (diagnostic.state.starts_with(row.state)) return row.code;

@@ -29,7 +29,8 @@ std::span<const Member> Field::members() {
 
 HRESULT Field::find(const odbc::Column*& column) const {
   RETURN_IF_FAILED(recordset_->need_open());
-  if (column_ >= recordset_->columns().size()) return raise(kItemNotFound, L"ADODB.Field", L"The field is gone.");
+  if (column_ >= recordset_->columns().size())
+    return raise(kItemNotFound, L"ADODB.Field", L"The recordset no longer has this field.");
   column = &recordset_->columns()[column_];
   return S_OK;
 }

@@ -47,11 +47,8 @@ HRESULT ParameterItem::put_Type(LONG type) {
 }
 
 HRESULT ParameterItem::put_Direction(LONG direction) {
-  if (direction < number_of(ParameterDirection::kIn) || direction > number_of(ParameterDirection::kReturn)) {
-    return raise(kInvalidArgument, kSource, L"Direction is 1 (in), 2 (out), 3 (both) or 4 (return value).");
-  }
-  direction_ = static_cast<ParameterDirection>(direction);
-  return S_OK;
+  return choose(direction, ParameterDirection::kIn, ParameterDirection::kReturn, kSource,
+                L"Direction is 1 (in), 2 (out), 3 (both) or 4 (return value).", direction_);
 }
 
 HRESULT ParameterItem::put_Size(LONG size) {
@@ -93,7 +90,7 @@ HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, od
     return raise(kInvalidConversion, kSource, which + L": the value does not fit the parameter's type.");
   }
   const auto* text = std::get_if<std::wstring>(&parameter.value);
-  if (text && text->find(L'\0') != std::wstring::npos) {  // drivers would cut it there and say nothing
+  if (text && text->find(L'\0') != std::wstring::npos) {  // drivers would cut it there silently
     return raise(kInvalidConversion, kSource, which + L": the text holds a NUL character.");
   }
   if (parameter.size > 0 && is_too_long(parameter.value, parameter.size)) {

@@ -6,6 +6,7 @@
 
 #include <korlib_host/dispatch_object.h>
 
+#include "classes/script_errors.h"
 #include "database/constants.h"
 
 namespace korlib {
@@ -36,6 +37,15 @@ inline HRESULT give(std::wstring_view text, BSTR* out) {
   return *out ? S_OK : E_OUTOFMEMORY;
 }
 inline HRESULT give(IDispatch* object, IDispatch** out) { return CComPtr<IDispatch>(object).copy_to(out); }
+
+// The new value of a property that is one of the enumerators from `first` to `last`. Another number is refused as
+// kInvalidArgument, with `text`.
+template <class Enum>
+HRESULT choose(LONG number, Enum first, Enum last, std::wstring_view source, std::wstring_view text, Enum& chosen) {
+  if (number < number_of(first) || number > number_of(last)) return raise(kInvalidArgument, source, text);
+  chosen = static_cast<Enum>(number);
+  return S_OK;
+}
 
 // The new text of a property.
 inline HRESULT keep(BSTR text, std::wstring& kept) {

@@ -1,6 +1,5 @@
 #include "database/recordset.h"
 
-#include "classes/script_errors.h"
 #include "database/command.h"
 #include "database/convert.h"
 #include "database/fields.h"
@@ -307,11 +306,8 @@ HRESULT Recordset::get_CursorType(LONG* type) {
 
 HRESULT Recordset::put_CursorType(LONG type) {
   if (result_) return raise(kObjectOpen, kSource, L"CursorType can be set only while the recordset is closed.");
-  if (type < number_of(CursorType::kForwardOnly) || type > number_of(CursorType::kStatic)) {
-    return raise(kInvalidArgument, kSource, L"CursorType is 0 (forward-only) to 3 (static).");
-  }
-  cursor_type_ = static_cast<CursorType>(type);
-  return S_OK;
+  return choose(type, CursorType::kForwardOnly, CursorType::kStatic, kSource,
+                L"CursorType is 0 (forward-only) to 3 (static).", cursor_type_);
 }
 
 HRESULT Recordset::put_CursorLocation(LONG location) {
@@ -320,11 +316,8 @@ HRESULT Recordset::put_CursorLocation(LONG location) {
 }
 
 HRESULT Recordset::put_LockType(LONG type) {
-  if (type < number_of(LockType::kReadOnly) || type > number_of(LockType::kBatchOptimistic)) {
-    return raise(kInvalidArgument, kSource, L"LockType is 1 (read-only) to 4.");
-  }
-  lock_type_ = static_cast<LockType>(type);
-  return S_OK;
+  return choose(type, LockType::kReadOnly, LockType::kBatchOptimistic, kSource,
+                L"LockType is 1 (read-only) to 4 (batch optimistic).", lock_type_);
 }
 
 HRESULT Recordset::put_ActiveConnection(VARIANT connection) {

@@ -74,7 +74,7 @@ class Recordset final : public DispatchObject<Recordset> {
 
   CComPtr<Connection> connection_;
   std::unique_ptr<odbc::ResultSet> result_;   // null while closed
-  std::unique_ptr<odbc::Statement> pending_;  // of a batch whose present part gives no rows
+  std::unique_ptr<odbc::Statement> pending_;  // of a batch whose current result gives no rows
   std::wstring source_;
   CursorType cursor_type_ = CursorType::kForwardOnly;
   CursorLocation cursor_location_ = CursorLocation::kServer;

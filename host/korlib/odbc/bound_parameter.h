@@ -5,7 +5,7 @@
 
 namespace korlib::odbc {
 
-// Stays where it is while the statement runs.
+// The driver keeps its address until the statement has run, so it is neither copied nor moved.
 class BoundParameter {
  public:
   BoundParameter() = default;

@@ -16,8 +16,8 @@ struct Column {
   int scale = 0;         // digits behind the decimal point
 };
 
-// The columns of the result that a statement stands at; none when it gives no rows. Throws Failure. With
-// `has_loose_types` a column named as a decimal is one, whatever the driver says.
+// The columns of a statement's current result; none when it gives no rows. With `has_loose_types` a column whose type
+// is named "decimal", "numeric" or "money" holds decimals, whatever the driver says. Throws Failure.
 std::vector<Column> describe_columns(const Handle& statement, DriverText way, bool has_loose_types);
 
 }  // namespace korlib::odbc

@@ -16,7 +16,7 @@ SQLPOINTER number_as_pointer(std::uintptr_t number) {
   return reinterpret_cast<SQLPOINTER>(number);  // NOLINT(performance-no-int-to-ptr): the interface is so
 }
 
-// The driver manager gives connections only to those who have said which version they speak.
+// The driver manager allocates connections only when it has been told the version that is spoken.
 const Handle* of_version_3(const Handle& environment) {
   environment.check(SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, number_as_pointer(SQL_OV_ODBC3), 0));
   return &environment;
@@ -41,8 +41,8 @@ Connection::~Connection() { make_idle(); }
 
 void Connection::connect() {
   constexpr std::size_t kMost = 16'384;
-  // SQLite's driver waits for locks by itself, 100 seconds long and deaf to a cancellation, unless it is
-  // told how long. Told a millisecond, it leaves the wait to the database, where wait_for_locks() sets it,
+  // SQLite's driver waits for locks by itself, for 100 seconds and without heeding SQLCancel, unless it is
+  // told how long. Told one millisecond, it leaves the wait to the database, where wait_for_locks() sets it,
   // and tries once more.
   TextIn text(text_, (lets_clients_wait_ ? L"Timeout=1;" : L"") + connection_string_);
   if (text.size() > kMost) throw Failure(L"HY090", L"The connection string is too long.");
@@ -57,7 +57,7 @@ void Connection::connect() {
   throw Failure(std::move(found));
 }
 
-// What cannot be connected to: drivers say little more than that they failed. Passwords stay untold.
+// What connecting failed to, for the error's text: drivers say little more than that it failed. No password is in it.
 std::wstring Connection::target() const {
   std::wstring names;
   for (const wchar_t* name : {L"Driver", L"DSN", L"Server", L"Servername", L"Database"}) {
@@ -67,7 +67,7 @@ std::wstring Connection::target() const {
   return names.empty() ? L"the connection string names neither Driver nor DSN" : names;
 }
 
-// A text of this class's own; false when the database refuses it.
+// Runs a statement that gives nothing back; false when the database refuses it.
 bool Connection::run_plainly(std::string sql) const {
   const Handle statement(HandleType::kStatement, &handle_, text_);
   return SQL_SUCCEEDED(SQLExecDirect(statement.get(), reinterpret_cast<SQLCHAR*>(sql.data()), SQL_NTS));
@@ -81,7 +81,7 @@ void Connection::set_autocommit(bool is_on) {
 void Connection::wait_for_locks(int seconds) {
   if (!lets_clients_wait_ || seconds == lock_seconds_) return;
   constexpr int kLongest = 24 * 3600;
-  // For each of the driver's two tries a little less than half the time, so that the error tells of the
+  // A little less than half the time for each of the driver's two tries, so that the error tells of the
   // lock.
   const int milliseconds = (seconds > 0 ? std::min(seconds, kLongest) : kLongest) * 450;
   if (run_plainly("PRAGMA busy_timeout = " + std::to_string(milliseconds))) lock_seconds_ = seconds;
@@ -105,7 +105,7 @@ void Connection::roll_back() { end(SQL_ROLLBACK); }
 void Connection::make_idle() noexcept {
   while (!statements_.empty()) (*statements_.begin())->drop();
   try {
-    if (is_changed_) run_plainly("ROLLBACK");  // of what was begun in words
+    if (is_changed_) run_plainly("ROLLBACK");  // of a transaction that a statement began
     if (is_in_transaction_) roll_back();
   } catch (const std::exception&) {
     mark_broken();
@@ -117,12 +117,12 @@ bool Connection::is_usable() {
   SQLUINTEGER is_dead = SQL_CD_FALSE;
   const SQLRETURN result =
       SQLGetConnectAttr(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);
-  return !SQL_SUCCEEDED(result) || is_dead != SQL_CD_TRUE;  // a driver that does not know does not say
+  return !SQL_SUCCEEDED(result) || is_dead != SQL_CD_TRUE;  // not every driver can tell
 }
 
 bool Connection::answers() noexcept {
   if (!is_usable()) return false;
-  if (is_sqlite_) return true;  // there is no server that could have gone
+  if (is_sqlite_) return true;  // there is no server that could be gone
   constexpr int kSeconds = 5;
   try {
     std::vector<Parameter> none;

@@ -34,16 +34,16 @@ class Connection {
   // without end.
   void wait_for_locks(int seconds);
 
-  // Whether a column's type only says what its values usually are.
+  // Whether columns may hold values of other types than their own, as SQLite's may.
   bool has_loose_types() const { return is_sqlite_; }
 
-  // Ends what is still running on it: the statements' handles go, an open transaction is rolled back.
+  // Ends what is still running on it: statements lose their handles, an open transaction is rolled back.
   void make_idle() noexcept;
   void mark_broken() { is_broken_ = true; }
-  // Its settings may differ from a new connection's: nobody is to get it next.
+  // Its settings may differ from a new connection's: the pool must not hand it out again.
   void mark_changed() { is_changed_ = true; }
   bool is_usable();
-  // Asks the database, which may have gone since it was last heard of.
+  // Whether the database is still there: a server is asked "SELECT 1".
   bool answers() noexcept;
 
  private:

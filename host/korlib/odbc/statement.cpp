@@ -45,9 +45,9 @@ bool is_harmless(std::wstring_view word) {
                      [&](std::wstring_view known) { return base::equal_folded(word, known); });
 }
 
-// Whether a command text may leave its connection changed for whoever uses it next: a transaction begun in
-// words, an isolation level, a setting, an attached database. Everything but the well-known words for data
-// and tables counts as such. A function that a SELECT calls is not looked into.
+// Whether a command text may leave its connection changed for whoever uses it next: a transaction that
+// it begins, an isolation level, a setting, an attached database. Every statement counts that does not begin with one
+// of the known words for data and tables. What the functions do that a SELECT calls is not looked at.
 bool may_change_connection(std::wstring_view sql) {
   bool is_at_start = true;
   for (std::size_t at = 0; at < sql.size();) {
@@ -66,7 +66,7 @@ bool may_change_connection(std::wstring_view sql) {
   return false;
 }
 
-// Drivers complain of a parameter without a value, but not all of a value without a parameter.
+// All drivers report a parameter without a value, but not all of them a value without a parameter.
 void refuse_surplus(const Handle& statement, std::size_t given) {
   SQLSMALLINT expected = 0;
   if (!SQL_SUCCEEDED(SQLNumParams(statement.get(), &expected)) || given <= static_cast<std::size_t>(expected)) return;
@@ -136,7 +136,7 @@ void Statement::execute(const std::wstring& sql, const std::vector<Parameter>& p
     }
     result = SQLExecute(handle);
   }
-  if (result != SQL_NO_DATA) handle_.check(result);  // an update of no rows
+  if (result != SQL_NO_DATA) handle_.check(result);  // SQL_NO_DATA: an update of no rows
 }
 
 bool Statement::next_result() {

@@ -22,14 +22,16 @@ class Statement {
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
 
-  // Afterwards parameters that give something back hold it.
+  // Output parameters hold their values afterwards.
   void run(const std::wstring& sql, std::vector<Parameter>& parameters);
   // Goes to the next result of a batch; false when there is none.
   bool next_result();
 
   // Empty for a statement that gives no rows.
   const std::vector<Column>& columns() const { return columns_; }
-  std::int64_t affected_rows() const { return affected_; }  // -1 when the driver does not tell, or gives rows
+  std::int64_t affected_rows() const {
+    return affected_;
+  }  // -1 for a statement that gives rows, and where the driver does not tell
   // False at the end.
   bool fetch(Row& row);
 

@@ -8,7 +8,7 @@
 
 namespace korlib::odbc {
 
-// A date and a time of day in a time zone that nobody states. A time alone lies on day zero of dates, 1899-12-30. The
+// A date and a time of day, without a time zone. A time alone lies on day zero of dates, 1899-12-30. The
 // shape is that of SQL_TIMESTAMP_STRUCT, so drivers read and write it in place.
 struct Moment {
   std::int16_t year = 1899;
