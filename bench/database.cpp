@@ -11,7 +11,7 @@
 #include <string>
 
 #include "driver_manager.h"
-#include "korlib/database/databases.h"
+#include "korlib/database/database_fixture.h"
 
 namespace {
 

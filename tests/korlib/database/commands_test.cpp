@@ -1,5 +1,5 @@
 // What commands, their parameters and connections take, up to their limits.
-#include "korlib/database/databases.h"
+#include "korlib/database/database_fixture.h"
 
 namespace {
 
@@ -154,21 +154,6 @@ TEST_P(Commands, CountPagesThatAreFull) {
 TEST_P(Commands, EndEveryRowOfATextTheLastOneToo) {
   const CComPtr<IDispatch> rows = execute(L"SELECT id, name FROM item ORDER BY id");
   EXPECT_EQ(L"1\tone\r2\ttwo\r", text_of(call(rows.get(), L"GetString")));
-}
-
-// What would end its braces is doubled, so that no attribute begins in it.
-TEST(ConnectionStrings, KeepAPasswordInItsBraces) {
-  const CComPtr<IDispatch> connection = databases::create(CLSID_KorDBConnection);
-  const test::Answer answer = call(connection.get(), L"Open", L"Driver=NoSuchDriver", L"me", L"x};Database=other;y={");
-  EXPECT_NE(std::wstring::npos, answer.description.find(L"(Driver=NoSuchDriver)"))
-      << testing::PrintToString(answer.description);
-}
-
-TEST(ConnectionStrings, ReadABraceThatIsDoubled) {
-  const CComPtr<IDispatch> connection = databases::create(CLSID_KorDBConnection);
-  const test::Answer answer = call(connection.get(), L"Open", L"Driver=NoSuchDriver;DATABASE={a}}b;c};Server=s");
-  EXPECT_NE(std::wstring::npos, answer.description.find(L"(Driver=NoSuchDriver, Server=s, Database=a}b;c)"))
-      << testing::PrintToString(answer.description);
 }
 
 }  // namespace

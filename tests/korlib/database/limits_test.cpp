@@ -3,7 +3,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "korlib/database/databases.h"
+#include "korlib/database/database_fixture.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "korlib/database/databases.h"
+#include "korlib/database/database_fixture.h"
 
 namespace {
 
@@ -171,7 +171,9 @@ TEST_P(Parameters, AreFoundByNameAndNumber) {
   }
   EXPECT_EQ(2, get(list.get(), L"Count").value.lVal);
   EXPECT_EQ(L"Second", text_of(get(test::object_of(get(list.get(), L"Item", L"SECOND")).get(), L"Name")));
-  EXPECT_EQ(0x800A0CC1u, static_cast<std::uint32_t>(get(list.get(), L"Item", L"third").hr));
+  const test::Answer missing = get(list.get(), L"Item", L"third");
+  EXPECT_EQ(0x800A0CC1u, static_cast<std::uint32_t>(missing.hr));
+  EXPECT_EQ(L"The command has no parameter \"third\".", missing.description);
   EXPECT_EQ(S_OK, call(list.get(), L"Delete", 0).hr);
   EXPECT_EQ(1, get(list.get(), L"Count").value.lVal);
   EXPECT_TRUE(FAILED(get(list.get(), L"Item", 1).hr));

@@ -3,7 +3,7 @@
 
 #include <korlib_host/database.h>
 
-#include "korlib/database/databases.h"
+#include "korlib/database/database_fixture.h"
 
 namespace {
 

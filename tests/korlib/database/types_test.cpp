@@ -1,6 +1,6 @@
 #include <limits>
 
-#include "korlib/database/databases.h"
+#include "korlib/database/database_fixture.h"
 
 namespace {
 

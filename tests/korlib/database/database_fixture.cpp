@@ -1,4 +1,4 @@
-#include "korlib/database/databases.h"
+#include "korlib/database/database_fixture.h"
 
 #include <pwd.h>
 #include <sys/stat.h>
