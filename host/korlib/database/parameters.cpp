@@ -83,7 +83,6 @@ HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, od
   parameter.kind = kind_of(type_).value_or(kind_of_value(value));
   parameter.direction = direction_;
   parameter.size = size_ > 0 ? static_cast<std::size_t>(size_) : 0;
-  parameter.scale = scale_;
   const std::wstring which = L"Parameter " + std::to_wstring(number) + (name_.empty() ? L"" : L" (" + name_ + L")");
   if (direction_ == ParameterDirection::kOut || direction_ == ParameterDirection::kReturn) return S_OK;
   if (FAILED(from_variant(value, parameter.kind, parameter.value))) {

@@ -53,7 +53,6 @@ struct Parameter {
   Kind kind = Kind::kText;
   Direction direction = Direction::kIn;
   std::size_t size = 0;  // room for a result of variable length
-  int scale = 0;
   Value value;
 };
 
