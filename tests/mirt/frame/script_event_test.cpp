@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "support/fake.h"
+#include "support/fake_script.h"
 
 namespace test {
 namespace {
@@ -32,30 +33,20 @@ TEST(GetEvent, FindsTheScriptAddedLast) {
   EXPECT_EQ(first.get(), event.dispatch.get());
 }
 
-// Answers every look-up with a code of its own.
-class Refusing final : public IDispatch {
- public:
-  explicit Refusing(HRESULT hr) : hr_(hr) {}
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<IDispatch, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return 2; }
-  ULONG Release() override { return 1; }
-  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID* ids) override {
-    ids[0] = 99;
-    return hr_;
-  }
-  HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override { return hr_; }
-
- private:
-  HRESULT hr_;
-};
+// Makes the script answer every look-up, and every call, with a code of its own.
+void refuse(BareScript& script, HRESULT hr) {
+  script.on_look_up = [hr](const wchar_t*, DISPID* id) {
+    *id = 99;
+    return hr;
+  };
+  script.on_call = [hr](const BareScript::Call&) { return hr; };
+}
 
 TEST(GetEvent, AnswersWhatTheScriptAskedLastDid) {
-  Refusing first(E_ACCESSDENIED);
-  Refusing second(E_OUTOFMEMORY);
+  BareScript first;
+  BareScript second;
+  refuse(first, E_ACCESSDENIED);
+  refuse(second, E_OUTOFMEMORY);
   CEventHandler handler;
   CEvent event;
   VARIANT value{};
@@ -120,143 +111,113 @@ TEST_F(Event, IsCalledWithItsOwnerAlone) {
   EXPECT_EQ(DISPATCH_METHOD, script_->calls().at(0).flags);
 }
 
-// Sees the arguments as they are, references included.
-class Looking final : public IDispatch {
- public:
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<IDispatch, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return ++references; }
-  ULONG Release() override { return --references; }
-  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-  HRESULT Invoke(DISPID id, REFIID riid, LCID lcid, WORD flags, DISPPARAMS* params, VARIANT* result,
-                 EXCEPINFO* excepinfo, UINT* argerr) override {
-    EXPECT_EQ(expected_id, id);
-    EXPECT_EQ(IID_NULL, riid);
-    EXPECT_EQ(LCID{2048}, lcid);
-    EXPECT_EQ(nullptr, excepinfo);
-    EXPECT_EQ(nullptr, argerr);
-    look(flags, *params, result);
-    return answer;
-  }
-
-  std::function<void(WORD, const DISPPARAMS&, VARIANT*)> look;
-  DISPID expected_id = 5;
-  HRESULT answer = S_OK;
-  ULONG references = 1;
-};
-
 TEST(GetValue, MayMeetAScriptThatAddsOthers) {
-  Looking script;
+  BareScript script;
   CEventHandler handler;
   handler.add(&script);
-  script.expected_id = DISPID_VALUE;
-  script.look = [&](WORD, const DISPPARAMS&, VARIANT*) {
+  script.on_call = [&](const BareScript::Call& call) {
+    EXPECT_EQ(DISPID_VALUE, call.id);
     handler.scripts.clear();
     EXPECT_EQ(2u, script.references);  // held for the call
     for (int i = 0; i < 100; ++i) handler.add(nullptr);
+    return S_OK;
   };
   VARIANT value{};
   EXPECT_EQ(S_OK, handler.GetValue(L"x", &value));
   EXPECT_EQ(1u, script.references);
 }
 
-TEST(EventCall, PassesTheArgumentByReference) {
-  Looking script;
-  Looking owner;
-  CEvent event;
-  event.dispatch = &script;
-  event.dispid = 5;
+// An event that was found in a script which sees its arguments as they are.
+class EventCall : public testing::Test {
+ protected:
+  EventCall() {
+    event_.dispatch = &script_;
+    event_.dispid = 5;
+    script_.on_call = [this](const BareScript::Call& call) {
+      EXPECT_EQ(5, call.id);
+      look_(call);
+      return answer_;
+    };
+  }
+
+  BareScript script_;
+  std::function<void(const BareScript::Call&)> look_ = [](const BareScript::Call&) {};
+  HRESULT answer_ = S_OK;
+  CEvent event_;
+};
+
+TEST_F(EventCall, PassesTheArgumentByReference) {
+  BareScript owner;
   CComVariant argument(L"x");
-  script.look = [&](WORD flags, const DISPPARAMS& params, VARIANT* result) {
-    EXPECT_EQ(DISPATCH_METHOD, flags);
-    EXPECT_EQ(2u, params.cArgs);
-    EXPECT_EQ(0u, params.cNamedArgs);
-    EXPECT_EQ(VT_BYREF | VT_VARIANT, params.rgvarg[0].vt);
-    EXPECT_EQ(&argument, params.rgvarg[0].pvarVal);
-    EXPECT_EQ(VT_DISPATCH, params.rgvarg[1].vt);
-    EXPECT_EQ(&owner, params.rgvarg[1].pdispVal);
+  look_ = [&](const BareScript::Call& call) {
+    EXPECT_EQ(DISPATCH_METHOD, call.flags);
+    EXPECT_EQ(2u, call.params.cArgs);
+    EXPECT_EQ(0u, call.params.cNamedArgs);
+    EXPECT_EQ(VT_BYREF | VT_VARIANT, call.params.rgvarg[0].vt);
+    EXPECT_EQ(&argument, call.params.rgvarg[0].pvarVal);
+    EXPECT_EQ(VT_DISPATCH, call.params.rgvarg[1].vt);
+    EXPECT_EQ(&owner, call.params.rgvarg[1].pdispVal);
     EXPECT_EQ(1u, owner.references);  // not counted for the call
-    EXPECT_EQ(&event.result, result);
-    *params.rgvarg[0].pvarVal = L"changed";
+    EXPECT_EQ(&event_.result, call.result);
+    *call.params.rgvarg[0].pvarVal = L"changed";
   };
-  EXPECT_EQ(S_OK, event.Fire(&owner, &argument));
+  EXPECT_EQ(S_OK, event_.Fire(&owner, &argument));
   EXPECT_EQ(L"changed", text_in(argument));
 }
 
-TEST(EventCall, ReadsAndWritesAProperty) {
-  Looking script;
-  CEvent event;
-  event.dispatch = &script;
-  event.dispid = 5;
-  script.look = [&](WORD flags, const DISPPARAMS& params, VARIANT* result) {
-    EXPECT_EQ(DISPATCH_PROPERTYGET, flags);
-    EXPECT_EQ(0u, params.cArgs);
-    EXPECT_EQ(0u, params.cNamedArgs);
-    EXPECT_EQ(&event.result, result);
+TEST_F(EventCall, ReadsAndWritesAProperty) {
+  look_ = [&](const BareScript::Call& call) {
+    EXPECT_EQ(DISPATCH_PROPERTYGET, call.flags);
+    EXPECT_EQ(0u, call.params.cArgs);
+    EXPECT_EQ(0u, call.params.cNamedArgs);
+    EXPECT_EQ(&event_.result, call.result);
   };
-  EXPECT_EQ(S_OK, event.Get());
+  EXPECT_EQ(S_OK, event_.Get());
   CComVariant value(L"v");
-  script.look = [&](WORD flags, const DISPPARAMS& params, VARIANT* result) {
-    EXPECT_EQ(DISPATCH_PROPERTYPUT, flags);
-    EXPECT_EQ(1u, params.cArgs);
-    EXPECT_EQ(1u, params.cNamedArgs);
-    EXPECT_EQ(DISPID_PROPERTYPUT, params.rgdispidNamedArgs[0]);
-    EXPECT_EQ(L"v", text_in(params.rgvarg[0]));
-    EXPECT_EQ(nullptr, result);
+  look_ = [&](const BareScript::Call& call) {
+    EXPECT_EQ(DISPATCH_PROPERTYPUT, call.flags);
+    EXPECT_EQ(1u, call.params.cArgs);
+    EXPECT_EQ(1u, call.params.cNamedArgs);
+    EXPECT_EQ(DISPID_PROPERTYPUT, call.params.rgdispidNamedArgs[0]);
+    EXPECT_EQ(L"v", text_in(call.params.rgvarg[0]));
+    EXPECT_EQ(nullptr, call.result);
   };
-  EXPECT_EQ(S_OK, event.Put(&value));
-  EXPECT_EQ(E_POINTER, event.Put(nullptr));
+  EXPECT_EQ(S_OK, event_.Put(&value));
+  EXPECT_EQ(E_POINTER, event_.Put(nullptr));
 }
 
-TEST(EventCall, MakesEverySuccessOneAndPassesFailuresOn) {
-  Looking script;
-  CEvent event;
-  event.dispatch = &script;
-  event.dispid = 5;
+TEST_F(EventCall, MakesEverySuccessOneAndPassesFailuresOn) {
   CComVariant value;
-  script.look = [](WORD, const DISPPARAMS&, VARIANT*) {};
-  script.answer = S_FALSE;
-  EXPECT_EQ(S_OK, event.Fire(&script, nullptr));
-  EXPECT_EQ(S_OK, event.Get());
-  EXPECT_EQ(S_OK, event.Put(&value));
-  script.answer = DISP_E_EXCEPTION;
-  EXPECT_EQ(DISP_E_EXCEPTION, event.Fire(&script, nullptr));
-  EXPECT_EQ(DISP_E_EXCEPTION, event.Get());
-  EXPECT_EQ(DISP_E_EXCEPTION, event.Put(&value));
+  const struct { HRESULT answer, expected; } rows[] = {{S_FALSE, S_OK}, {DISP_E_EXCEPTION, DISP_E_EXCEPTION}};
+  for (const auto& row : rows) {
+    answer_ = row.answer;
+    EXPECT_EQ(row.expected, event_.Fire(&script_, nullptr));
+    EXPECT_EQ(row.expected, event_.Get());
+    EXPECT_EQ(row.expected, event_.Put(&value));
+  }
 }
 
-TEST(EventCall, ForgetsTheLastResultFirst) {
-  Looking script;
-  CEvent event;
-  event.dispatch = &script;
-  event.dispid = 5;
-  event.result = CComVariant(L"old");
-  script.look = [](WORD, const DISPPARAMS&, VARIANT* result) { EXPECT_EQ(VT_EMPTY, result->vt); };
-  EXPECT_EQ(S_OK, event.Get());
+TEST_F(EventCall, ForgetsTheLastResultFirst) {
+  event_.result = CComVariant(L"old");
+  look_ = [](const BareScript::Call& call) { EXPECT_EQ(VT_EMPTY, call.result->vt); };
+  EXPECT_EQ(S_OK, event_.Get());
 }
 
-TEST(EventCall, HoldsTheScriptMeanwhile) {
-  Looking script;
-  CEvent event;
-  event.dispatch = &script;
-  event.dispid = 5;
-  script.look = [&](WORD, const DISPPARAMS&, VARIANT*) {
-    event.dispatch.reset();
-    EXPECT_EQ(2u, script.references);
+TEST_F(EventCall, HoldsTheScriptMeanwhile) {
+  look_ = [&](const BareScript::Call&) {
+    event_.dispatch.reset();
+    EXPECT_EQ(2u, script_.references);
   };
-  EXPECT_EQ(S_OK, event.Get());
-  EXPECT_EQ(1u, script.references);
+  EXPECT_EQ(S_OK, event_.Get());
+  EXPECT_EQ(1u, script_.references);
 }
 
-TEST(EventCall, NeedsAnEventThatWasFound) {
-  CEvent event;
+TEST_F(EventCall, NeedsAnEventThatWasFound) {
+  CEvent none;
   CComVariant value;
-  EXPECT_EQ(E_UNEXPECTED, event.Fire(nullptr, nullptr));
-  EXPECT_EQ(E_UNEXPECTED, event.Get());
-  EXPECT_EQ(E_UNEXPECTED, event.Put(&value));
+  EXPECT_EQ(E_UNEXPECTED, none.Fire(nullptr, nullptr));
+  EXPECT_EQ(E_UNEXPECTED, none.Get());
+  EXPECT_EQ(E_UNEXPECTED, none.Put(&value));
 }
 
 TEST_F(Event, TakesTheTextsOfAMarkAsAnArray) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "mirt/page/page_fixture.h"
+#include "support/fake_script.h"
 
 namespace test {
 namespace {
@@ -127,40 +128,20 @@ TEST_F(WhileProcessing, AbandonTakesTheStateOfTheNameAsItIsThen) {
   EXPECT_FALSE(stored(L"q"));
 }
 
-// A script whose every function takes the argument that it is called with, and puts another in its place.
-class Changing final : public IDispatch {
- public:
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<IDispatch, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return ++references; }
-  ULONG Release() override { return --references; }
-  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID* ids) override {
-    ids[0] = 5;
-    return S_OK;
-  }
-  HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) override {
-    if (params->cArgs != 2) return DISP_E_BADPARAMCOUNT;
-    VARIANT& argument = params->rgvarg[0];  // the last one
-    type = argument.vt;
-    if (argument.vt != (VT_BYREF | VT_VARIANT)) return S_OK;
-    taken = CComVariant(*argument.pvarVal);
-    VariantClear(argument.pvarVal);
-    CComVariant(L"changed").detach_to(argument.pvarVal);
-    return answer;
-  }
-
-  ULONG references = 1;
-  VARTYPE type = VT_EMPTY;
-  CComVariant taken;
-  HRESULT answer = S_OK;
-};
-
+// Every function of the script takes the argument that it is called with, and puts another in its place.
 class FireEventArgument : public PageTest {
  protected:
   void SetUp() override {
+    changing_.on_call = [this](const BareScript::Call& call) {
+      if (call.params.cArgs != 2) return DISP_E_BADPARAMCOUNT;
+      VARIANT& argument = call.params.rgvarg[0];  // the last one
+      type_ = argument.vt;
+      if (argument.vt != (VT_BYREF | VT_VARIANT)) return S_OK;
+      taken_ = CComVariant(*argument.pvarVal);
+      VariantClear(argument.pvarVal);
+      CComVariant(L"changed").detach_to(argument.pvarVal);
+      return answer_;
+    };
     fresh_ = new_page();
     EXPECT_EQ(S_OK, call(fresh_.get(), L"AddScript", static_cast<IDispatch*>(&changing_)).hr);
   }
@@ -173,7 +154,10 @@ class FireEventArgument : public PageTest {
     return value.vt == VT_BSTR ? std::wstring(korlib::view_of(value.bstrVal)) : L"<no text>";
   }
 
-  Changing changing_;
+  BareScript changing_;
+  VARTYPE type_ = VT_EMPTY;
+  CComVariant taken_;
+  HRESULT answer_ = S_OK;
   CComPtr<IDispatch> fresh_;
 };
 
@@ -182,8 +166,8 @@ TEST_F(FireEventArgument, IsTheCallersVariable) {
   CComVariant result;
   const Answer answer = call(fresh_.get(), L"FireEvent", L"f", by_reference(&variable), by_reference(&result));
   EXPECT_TRUE(is_true(answer));
-  EXPECT_EQ(VT_BYREF | VT_VARIANT, changing_.type);
-  EXPECT_EQ(L"before", text_in(changing_.taken));
+  EXPECT_EQ(VT_BYREF | VT_VARIANT, type_);
+  EXPECT_EQ(L"before", text_in(taken_));
   EXPECT_EQ(L"changed", text_in(variable));
 }
 
@@ -197,11 +181,11 @@ TEST_F(FireEventArgument, IsTheTypedCallersVariable) {
   EXPECT_EQ(S_OK, typed->FireEvent(name, &variable, &result, &exists));
   EXPECT_EQ(L"changed", text_in(variable));
   EXPECT_EQ(S_OK, typed->FireEvent(name, nullptr, &result, &exists));
-  EXPECT_EQ(VT_EMPTY, changing_.type) << "no variable, no reference";
+  EXPECT_EQ(VT_EMPTY, type_) << "no variable, no reference";
 }
 
 TEST_F(FireEventArgument, StaysChangedWhenTheFunctionFails) {
-  changing_.answer = E_ABORT;
+  answer_ = E_ABORT;
   CComVariant variable(L"before");
   CComVariant result(L"result");
   EXPECT_EQ(E_ABORT, call(fresh_.get(), L"FireEvent", L"f", by_reference(&variable), by_reference(&result)).hr);

@@ -6,67 +6,44 @@
 #include <vector>
 
 #include "frame/script_event.h"
+#include "support/fake_script.h"
 
 namespace test {
 namespace {
 
 using Log = std::vector<std::wstring>;
 
-// Answers every look-up, and every request for a value, with one code, and notes that it was asked.
-class Answering final : public IDispatch {
- public:
-  Answering(Log& log, std::wstring name, HRESULT hr, DISPID id = DISPID_UNKNOWN)
-      : log_(log), name_(std::move(name)), hr_(hr), id_(id) {}
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<IDispatch, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return ++references; }
-  ULONG Release() override { return --references; }
-  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID lcid, DISPID* ids) override {
-    EXPECT_EQ(IID_NULL, riid);
-    EXPECT_EQ(1u, count);
-    EXPECT_EQ(LCID{2048}, lcid);
-    log_.push_back(name_ + L" " + names[0]);
-    ids[0] = id_;
-    return hr_;
-  }
-  HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*) override {
-    log_.push_back(name_);
-    if (SUCCEEDED(hr_)) *result = korlib::long_variant(id_);
-    return hr_;
-  }
-
-  ULONG references = 1;
-
- private:
-  Log& log_;
-  const std::wstring name_;
-  const HRESULT hr_;
-  const DISPID id_;
-};
-
 class ScriptLookUp : public testing::Test {
  protected:
-  // Adds a script; a failing one leaves an identifier all the same.
-  Answering& add(const std::wstring& name, HRESULT hr, DISPID id = 99) {
-    Answering& script = scripts_.emplace_back(log_, name, hr, id);
+  // Adds a script that answers every look-up, and every request for a value, with one code, and notes that it was
+  // asked; a failing one leaves an identifier all the same.
+  BareScript& add(const std::wstring& name, HRESULT hr, DISPID id = 99) {
+    BareScript& script = scripts_.emplace_back();
+    script.on_look_up = [=, this](const wchar_t* wanted, DISPID* found) {
+      log_.push_back(name + L" " + wanted);
+      *found = id;
+      return hr;
+    };
+    script.on_call = [=, this](const BareScript::Call& call) {
+      log_.push_back(name);
+      if (SUCCEEDED(hr)) *call.result = korlib::long_variant(id);
+      return hr;
+    };
     handler_.add(&script);
     return script;
   }
   void TearDown() override {
     event_ = {};
     handler_ = {};
-    for (const Answering& script : scripts_) EXPECT_EQ(1u, script.references) << "a script is still held";
+    for (const BareScript& script : scripts_) EXPECT_EQ(1u, script.references) << "a script is still held";
   }
-  void expect_event(const Answering& script, DISPID id) const {
+  void expect_event(const BareScript& script, DISPID id) const {
     EXPECT_EQ(&script, event_.dispatch.get());
     EXPECT_EQ(id, event_.dispid);
   }
 
   Log log_;
-  std::deque<Answering> scripts_;
+  std::deque<BareScript> scripts_;
   CEventHandler handler_;
   CEvent event_;
 };
@@ -93,7 +70,7 @@ TEST_F(ScriptLookUp, GoesOnBehindAnyFailureUntilAScriptKnowsTheName) {
     handler_ = {};
     log_.clear();
     add(L"a", S_OK, 3);
-    Answering& found = add(L"b", S_OK, 7);
+    BareScript& found = add(L"b", S_OK, 7);
     add(L"c", hr);
     EXPECT_EQ(S_OK, handler_.GetEvent(L"x", event_)) << hr;
     expect_event(found, 7);
@@ -102,13 +79,13 @@ TEST_F(ScriptLookUp, GoesOnBehindAnyFailureUntilAScriptKnowsTheName) {
 }
 
 TEST_F(ScriptLookUp, TakesEverySuccess) {
-  Answering& found = add(L"a", S_FALSE, 7);
+  BareScript& found = add(L"a", S_FALSE, 7);
   EXPECT_EQ(S_OK, handler_.GetEvent(L"x", event_));
   expect_event(found, 7);
 }
 
 TEST_F(ScriptLookUp, LeavesAnEventThatWasFoundBeforeWhenItFails) {
-  Answering& found = add(L"a", S_OK, 7);
+  BareScript& found = add(L"a", S_OK, 7);
   ASSERT_EQ(S_OK, handler_.GetEvent(L"x", event_));
   handler_ = {};
   add(L"b", E_ACCESSDENIED, 8);

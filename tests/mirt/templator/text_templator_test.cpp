@@ -12,6 +12,7 @@
 
 #include "mirt/templator/recording_sink.h"
 #include "support/fake.h"
+#include "support/fake_script.h"
 #include "support/module.h"
 
 namespace test {
@@ -149,33 +150,16 @@ TEST_F(TextTemplator, FailsAMarkWhoseItemHasNoText) {
   EXPECT_EQ(L"<code 80020005>", draw(L"a(#key#)b"));
 }
 
-// A script in which every name is an empty variable, with a say in what reading it does. Calling one succeeds.
-class Variables final : public IDispatch {
- public:
-  explicit Variables(std::function<HRESULT()> read) : read_(std::move(read)) {}
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<IDispatch, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return ++references; }
-  ULONG Release() override { return --references; }
-  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID* ids) override {
-    ids[0] = 5;
-    return S_OK;
-  }
-  HRESULT Invoke(DISPID, REFIID, LCID, WORD flags, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-    return flags == DISPATCH_PROPERTYGET ? read_() : S_OK;
-  }
-
-  ULONG references = 1;
-
- private:
-  std::function<HRESULT()> read_;
-};
+// Every name is an empty variable, with a say in what reading it does. Calling one succeeds.
+void define_variables(BareScript& script, std::function<HRESULT()> read) {
+  script.on_call = [read = std::move(read)](const BareScript::Call& call) {
+    return call.flags == DISPATCH_PROPERTYGET ? read() : S_OK;
+  };
+}
 
 TEST_F(TextTemplator, FailsAMarkWhoseVariableCannotBeRead) {
-  Variables script([] { return DISP_E_DIVBYZERO; });
+  BareScript script;
+  define_variables(script, [] { return DISP_E_DIVBYZERO; });
   EXPECT_EQ(S_OK, putref(templator_.get(), L"Script", static_cast<IDispatch*>(&script)).hr);
   EXPECT_EQ(DISP_E_DIVBYZERO, process(L"a(#x#)b").hr);
   EXPECT_EQ(L"a", flush());
@@ -184,7 +168,8 @@ TEST_F(TextTemplator, FailsAMarkWhoseVariableCannotBeRead) {
 }
 
 TEST_F(TextTemplator, LivesUntilItHasDrawn) {
-  Variables script([&] {
+  BareScript script;
+  define_variables(script, [&] {
     templator_.reset();
     EXPECT_EQ(1, module_.count());
     return S_OK;
