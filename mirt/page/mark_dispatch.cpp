@@ -7,13 +7,39 @@
 #include "frame/error.h"
 #include "page/mirt_impl.h"
 #include "page/text.h"
+#include "templator/marks.h"
 
 namespace {
 
 using Self = GIMirtImpl<IMirt>;
+using ZeltoTypeLibrary::IRequest;
+using ZeltoTypeLibrary::IRequestDictionary;
+using ZeltoTypeLibrary::IStringList;
 
-constexpr VARIANT_BOOL kEncoded = VARIANT_TRUE;
-constexpr VARIANT_BOOL kRaw = VARIANT_FALSE;
+using Collection = HRESULT (IRequest::*)(IRequestDictionary**);
+
+// A value list with something in it is what counts as found; a collection that fails is passed over.
+bool find_field(IRequestDictionary* fields, BSTR name, CComVariant* value) {
+  if (!fields || !mirt::succeeded_or_forgotten(fields->get_Item(korlib::borrowed(name), value->put()))) return false;
+  if (value->vt != VT_DISPATCH) return false;
+  const CComQIPtr<IStringList> list(value->pdispVal);
+  int count = 0;
+  return list && mirt::succeeded_or_forgotten(list->get_Count(&count)) && count > 0;
+}
+
+bool find_in(IRequest* request, Collection collection, BSTR name, CComVariant* value) {
+  CComPtr<IRequestDictionary> fields;
+  return mirt::succeeded_or_forgotten((request->*collection)(fields.put())) && find_field(fields.get(), name, value);
+}
+
+// Server variables come first, unlike in the host's own search.
+bool find_in_request(IRequest* request, IRequestDictionary* multipart, BSTR name, CComVariant* value) {
+  return find_in(request, &IRequest::get_ServerVariables, name, value) ||
+         find_in(request, &IRequest::get_QueryString, name, value) ||
+         find_in(request, &IRequest::get_Form, name, value) || find_field(multipart, name, value) ||
+         find_in(request, &IRequest::get_Cookies, name, value) ||
+         find_in(request, &IRequest::get_ClientCertificate, name, value);
+}
 
 constexpr std::size_t kMostWords = 1279;  // characters taken of the platform's words for a code
 
@@ -31,52 +57,59 @@ HRESULT report_with_mark(HRESULT hr, const CMarkData& mark) {
 
 }  // namespace
 
+class Self::Values final : public MarkValues {
+ public:
+  explicit Values(Self& page)
+      : MarkValues({page.owner_, page.handler_, page.view_, page.asp_, page.null_is_empty_}), page_(page) {}
+
+ private:
+  HRESULT get_bag(CComPtr<IKorLibDictionary>* bag) const override { return page_.get_session_bag(bag); }
+  HRESULT get_field(BSTR name, CComVariant* value, bool* found) const override {
+    const CComPtr<IRequestDictionary> multipart = page_.multipart_form_;
+    *found = find_in_request(page_.asp_.request.get(), multipart.get(), name, value);
+    return S_OK;
+  }
+
+  Self& page_;
+};
+
 HRESULT Self::OnMarked(CMarkData& mark) {
   const HRESULT hr = dispatch_mark(mark);
-  // Who fails with E_FAIL has raised words of its own.
-  if (SUCCEEDED(hr) || hr == E_FAIL) return hr;
-  return report_with_mark(hr, mark);
+  // A handler that fails with E_FAIL has already set the error text.
+  return SUCCEEDED(hr) || hr == E_FAIL ? hr : report_with_mark(hr, mark);
 }
 
 HRESULT Self::dispatch_mark(const CMarkData& mark) {
+  const MarkKind* kind = find_mark_kind(mark.Type, MarkOwner::kPage);
+  if (!kind) return S_OK;
   const CComBSTR name = bstr_of(mark.Name);
   if (!name.get()) return E_OUTOFMEMORY;
-  switch (mark.Type) {
-    case L'%':
+  switch (kind->source) {
+    case MarkSource::kDrawEvent:
       return OnMarked_Process(mark);
-    case L';':
-      return OnMarked_Property(mark, name, kEncoded);
-    case L':':
-      return OnMarked_Property(mark, name, kRaw);
-    case L'*':
-      return OnMarked_View(mark, name, kEncoded);
-    case L'/':
-      return OnMarked_View(mark, name, kRaw);
-    case L'=':
-      return OnMarked_Session(mark, name, kEncoded);
-    case L'~':
-      return OnMarked_Session(mark, name, kRaw);
-    case L'+':
-      return OnMarked_Application(mark, name, kEncoded);
-    case L'-':
-      return OnMarked_Application(mark, name, kRaw);
-    case L'$':
-      return OnMarked_Request(mark, name, kEncoded);
-    case L'\\':
-      return OnMarked_Request(mark, name, kRaw);
-    case L'&':
-      return OnMarked_Bag(mark, name, kEncoded);
-    case L'|':
-      return OnMarked_Bag(mark, name, kRaw);
-    case L'!':
-      return OnMarked_Command(name, kEncoded);
-    case L'?':
-      return OnMarked_Command(name, kRaw);
-    case L'`':
-      return OnMarked_ChildStatic(name);
-    case L'@':
+    case MarkSource::kCommand:
+      return OnMarked_Command(name, kind->encode);
+    case MarkSource::kTemplate:
+      return DrawTemplate(name);
+    case MarkSource::kInclude:
       return OnMarked_ChildDynamic(name);
     default:
-      return S_OK;
+      break;
   }
+  CComVariant text;
+  RETURN_IF_FAILED(Values(*this).read(kind->source, mark, name, &text));
+  return text.vt == VT_BSTR ? Write(text.bstrVal, kind->encode) : S_OK;
+}
+
+HRESULT Self::OnMarked_Command(const CComBSTR& name, VARIANT_BOOL encode) {
+  CComBSTR text;
+  RETURN_IF_FAILED(name.empty() ? command_field(&text) : ToCommand(name, text.put()));
+  return Write(text, encode);
+}
+
+HRESULT Self::OnMarked_ChildDynamic(const CComBSTR& name) {
+  const CComPtr<IKorLibDictionary> include = include_;
+  CComVariant value;
+  RETURN_IF_FAILED(read_item(include.get(), name, &value));
+  return value.vt == VT_BSTR ? DrawTemplate(value.bstrVal) : S_OK;
 }

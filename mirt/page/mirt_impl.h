@@ -2,7 +2,7 @@
 //
 // The members of its interface are told in mirt/mirt.h. This class keeps the state and the order of
 // things; the bodies lie beside it, one file a noun: properties.cpp, scripts.cpp, steps.cpp,
-// dictionaries.cpp, session_state.cpp, request.cpp, put_into.cpp, mark_dispatch.cpp, value_marks.cpp,
+// dictionaries.cpp, session_state.cpp, request.cpp, put_into.cpp, mark_dispatch.cpp,
 // draw_events.cpp, input_drawers.cpp, messages.cpp, template_files.cpp, output.cpp, links.cpp,
 // factories.cpp.
 //
@@ -153,17 +153,9 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   // mark_dispatch.cpp
   HRESULT dispatch_mark(const CMarkData& mark);
 
-  // value_marks.cpp
-  HRESULT OnMarked_Property(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_View(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_Session(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_Application(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_Bag(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_Request(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_Command(BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_ChildStatic(BSTR name);
-  HRESULT OnMarked_ChildDynamic(BSTR name);
-  HRESULT write_value(VARIANT* value, const CMarkData& mark, VARIANT_BOOL encode);
+  class Values;  // what its marks show
+  HRESULT OnMarked_Command(const CComBSTR& name, VARIANT_BOOL encode);
+  HRESULT OnMarked_ChildDynamic(const CComBSTR& name);
 
   // draw_events.cpp
   HRESULT OnMarked_Process(const CMarkData& mark);

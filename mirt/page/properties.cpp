@@ -2,6 +2,7 @@
 #include "frame/error.h"
 #include "page/mirt_impl.h"
 #include "page/text.h"
+#include "templator/marks.h"
 #include "templator/mirted_templator_impl.h"
 
 namespace {
@@ -33,14 +34,11 @@ HRESULT get(bool property, VARIANT_BOOL* value) {
   return S_OK;
 }
 
-// One character for each row of the mark table.
-constexpr wchar_t kMarkTypes[] = L"%;:*/=~+-$\\&|!?`@";
-
 }  // namespace
 
 Self::GIMirtImpl()
     : CMirtConcept(this),
-      CTemplatorConcept(kMarkTypes),
+      CTemplatorConcept(kMarkTypes<MarkOwner::kPage>.data()),
       draw_prefix_(L"OnDraw_"),
       command_name_(L"c"),
       template_charset_(L"UTF-8") {}

@@ -41,19 +41,11 @@ class GIMirtedTemplatorImpl<IMirtedTemplator> : public GTemplatorImpl<IMirtedTem
   STDMETHODIMP OnMarked(CMarkData& mark) override;
 
  private:
-  struct MarkKind;
+  class Values;  // what its marks show
 
-  HRESULT OnMarked_Process(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_Property(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_View(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_Session(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_Application(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_Request(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT OnMarked_Bag(const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT write_item(IKorLibDictionary* items, const CMarkData& mark, BSTR name, VARIANT_BOOL encode);
-  HRESULT write_value(CComVariant& value, const CMarkData& mark, VARIANT_BOOL encode);
+  HRESULT OnMarked_Process(const CMarkData& mark, const CComBSTR& name);
   HRESULT html_encode(BSTR text, BSTR* encoded);
-  // Null when this is nobody's child, or no more.
+  // Null when no page controller has made this, or the one that did has gone.
   IMirt* main() const { return main_ ? main_->page : nullptr; }
 
   std::shared_ptr<const MainLink> main_;

@@ -4,7 +4,7 @@
 
 #include <korlib/activation.h>
 
-#include "templator/mark_value.h"
+#include "templator/marks.h"
 
 namespace {
 

@@ -1,0 +1,70 @@
+#include "templator/marks.h"
+
+#include <algorithm>
+
+#include "frame/error.h"
+#include "templator/templator_concept.h"
+
+namespace {
+
+// What the host's Session or Application holds under a mark's name; E_FAIL where there is none.
+template <class Values>
+HRESULT read_host_value(const CComPtr<Values>& values, BSTR name, CComVariant* value) {
+  return values ? values->get_Value(name, value->put()) : E_FAIL;
+}
+
+}  // namespace
+
+const MarkKind* find_mark_kind(wchar_t type, MarkOwner owner) {
+  const auto* kind = std::find_if(std::begin(kMarkKinds), std::end(kMarkKinds),
+                                  [type](const MarkKind& candidate) { return candidate.type == type; });
+  return kind != std::end(kMarkKinds) && draws(owner, *kind) ? kind : nullptr;
+}
+
+HRESULT MarkValues::read(MarkSource source, const CMarkData& mark, BSTR name, CComVariant* text) const {
+  if (source == MarkSource::kScript) {
+    CEvent member;
+    RETURN_IF_FAILED(parts_.scripts.GetEvent(name, member));
+    return script_member_text(member, parts_.owner, mark, parts_.null_is_empty, text);
+  }
+  bool found = true;
+  RETURN_IF_FAILED(read_value(source, name, text, &found));
+  return found ? CTemplatorConcept::ChangeToBSTR(text, &mark.Params, parts_.null_is_empty) : S_OK;
+}
+
+HRESULT MarkValues::read_value(MarkSource source, BSTR name, CComVariant* value, bool* found) const {
+  CComPtr<IKorLibDictionary> items = parts_.view;
+  switch (source) {
+    case MarkSource::kBag:
+      RETURN_IF_FAILED(get_bag(&items));
+      [[fallthrough]];
+    case MarkSource::kView:
+      return read_item(items.get(), name, value);
+    case MarkSource::kSession:
+      return read_host_value(parts_.asp.session, name, value);
+    case MarkSource::kApplication:
+      return read_host_value(parts_.asp.application, name, value);
+    case MarkSource::kRequest:
+      return parts_.asp.request ? get_field(name, value, found) : E_FAIL;
+    default:
+      return E_UNEXPECTED;  // no source of values
+  }
+}
+
+HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, const bool& empty_on_fail,
+                           CComVariant* text) {
+  const MarkParams* path = &mark.Params;
+  HRESULT hr = member.Get();
+  if (hr == DISP_E_MEMBERNOTFOUND) {  // a function cannot be read
+    mirt::forget_error();
+    hr = fire_with_texts(member, owner, mark.Params);
+    path = nullptr;
+  }
+  RETURN_IF_FAILED(hr);
+  *text = std::move(member.result);
+  return CTemplatorConcept::ChangeToBSTR(text, path, empty_on_fail);
+}
+
+HRESULT read_item(IKorLibDictionary* items, BSTR name, CComVariant* value) {
+  return items ? items->get_Item(korlib::borrowed(name), value->put()) : E_FAIL;
+}

@@ -1,0 +1,105 @@
+// What the type character of a mark stands for, and the values that marks show.
+//
+// The page controller and the templators that it makes draw marks alike; the controller has four types more.
+// A plain templator has no types: its marks all name a member of its scripts.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <iterator>
+
+#include <korlib/dictionary.h>
+
+#include "frame/intrinsics.h"
+#include "frame/script_event.h"
+#include "templator/mark_data.h"
+
+enum class MarkSource {
+  kDrawEvent,    // a script function, which writes what it wants
+  kScript,       // a variable of the script, or what a function of it answers
+  kView,         // an item of the page's View
+  kSession,      // a value of the host's Session
+  kApplication,  // a value of the host's Application
+  kRequest,      // a field of the request
+  kBag,          // an item of the session's bag
+  kCommand,      // a link that runs a command; without a name, the field that carries one
+  kTemplate,     // the template file of that name
+  kInclude,      // the template file that the page's Include holds under the name
+};
+
+enum class MarkOwner { kPage, kTemplator };
+
+struct MarkKind {
+  wchar_t type;
+  MarkSource source;
+  VARIANT_BOOL encode;  // what is written: HTML-encoded, or as it is
+  bool in_templators;   // false: for the page controller alone
+};
+
+// Every source of values has a pair of characters.
+inline constexpr MarkKind kMarkKinds[] = {
+    {L'%', MarkSource::kDrawEvent, VARIANT_FALSE, true},   {L';', MarkSource::kScript, VARIANT_TRUE, true},
+    {L':', MarkSource::kScript, VARIANT_FALSE, true},      {L'*', MarkSource::kView, VARIANT_TRUE, true},
+    {L'/', MarkSource::kView, VARIANT_FALSE, true},        {L'=', MarkSource::kSession, VARIANT_TRUE, true},
+    {L'~', MarkSource::kSession, VARIANT_FALSE, true},     {L'+', MarkSource::kApplication, VARIANT_TRUE, true},
+    {L'-', MarkSource::kApplication, VARIANT_FALSE, true}, {L'$', MarkSource::kRequest, VARIANT_TRUE, true},
+    {L'\\', MarkSource::kRequest, VARIANT_FALSE, true},    {L'&', MarkSource::kBag, VARIANT_TRUE, true},
+    {L'|', MarkSource::kBag, VARIANT_FALSE, true},         {L'!', MarkSource::kCommand, VARIANT_TRUE, false},
+    {L'?', MarkSource::kCommand, VARIANT_FALSE, false},    {L'`', MarkSource::kTemplate, VARIANT_FALSE, false},
+    {L'@', MarkSource::kInclude, VARIANT_FALSE, false},
+};
+
+constexpr bool draws(MarkOwner owner, const MarkKind& kind) { return owner == MarkOwner::kPage || kind.in_templators; }
+
+// The type characters that an owner's engine is to know, as a C string.
+template <MarkOwner owner>
+inline constexpr auto kMarkTypes = [] {
+  std::array<wchar_t, std::size(kMarkKinds) + 1> types{};
+  std::size_t count = 0;
+  for (const MarkKind& kind : kMarkKinds) {
+    if (draws(owner, kind)) types[count++] = kind.type;
+  }
+  return types;
+}();
+
+// Null for a mark without a type, and for a type that the owner does not draw: such marks show nothing.
+const MarkKind* find_mark_kind(wchar_t type, MarkOwner owner);
+
+// Where the marks of one owner find their values. It refers to the owner's parts and looks at them anew for each
+// mark, since a script may have changed them.
+class MarkValues {
+ public:
+  // Reads what a mark of that source, which must be one of values, shows. On success *text is a VT_BSTR to be
+  // written, or VT_EMPTY where there is nothing to write.
+  HRESULT read(MarkSource source, const CMarkData& mark, BSTR name, CComVariant* text) const;
+
+ protected:
+  struct Parts {
+    IDispatch* owner;  // the first argument of script functions
+    const CEventHandler& scripts;
+    const CComPtr<IKorLibDictionary>& view;
+    const mirt::Intrinsics& asp;
+    const bool& null_is_empty;  // a value without a text form shows as nothing, instead of failing the mark
+  };
+  explicit MarkValues(const Parts& parts) : parts_(parts) {}
+  ~MarkValues() = default;
+
+ private:
+  // Null, with success, where there is none, which fails the mark.
+  virtual HRESULT get_bag(CComPtr<IKorLibDictionary>* bag) const = 0;
+  // The request is there. A mark whose value is not found shows nothing.
+  virtual HRESULT get_field(BSTR name, CComVariant* value, bool* found) const = 0;
+
+  HRESULT read_value(MarkSource source, BSTR name, CComVariant* value, bool* found) const;
+
+  Parts parts_;
+};
+
+// The text of a mark that names a script member: a variable's value, walked by the mark's parameters, or
+// what a function answers when it is called with (owner, parameters). *text becomes a VT_BSTR.
+// `empty_on_fail` is a reference because it is looked at when the function has run, which may change it.
+HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, const bool& empty_on_fail,
+                           CComVariant* text);
+
+// What a dictionary holds under a mark's name; E_FAIL where there is no dictionary.
+HRESULT read_item(IKorLibDictionary* items, BSTR name, CComVariant* value);
