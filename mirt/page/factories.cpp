@@ -33,10 +33,10 @@ STDMETHODIMP Self::NewTemplator(BSTR prefix, IMirtedTemplator** templator) try {
   CComPtr<IMirtedTemplator> made;
   RETURN_IF_FAILED(g_oCF_MirtedTemplator.CreateInstance(nullptr, korlib::iid_of<IMirtedTemplator>, made.put_void()));
   CComPtr<IKorLibDictionary> bag;
-  if (session_ && session_ != CComPtr<IMirtSession>(&g_oMirtSessionNull))
-    RETURN_IF_FAILED(session_->get_Bag(bag.put()));
+  RETURN_IF_FAILED(memory_.get_bag_if_bound(&bag));
   if (!child_link_) child_link_ = std::make_shared<MainLink>(MainLink{this, &self_encode_});
-  RETURN_IF_FAILED(static_cast<CMirtedTemplator*>(made.get())->bind(prefix, child_link_, view_.get(), bag.get()));
+  RETURN_IF_FAILED(
+      static_cast<CMirtedTemplator*>(made.get())->bind(prefix, child_link_, dictionaries_.view.get(), bag.get()));
   *templator = made.detach();
   return S_OK;
 } catch (...) {

@@ -100,8 +100,8 @@ HRESULT Self::bound_value(Source source, std::wstring_view name, CComVariant* va
     *value = std::move(variable.result);
     return S_OK;
   }
-  CComPtr<IKorLibDictionary> dictionary = view_;
-  if (source == Source::kBag) RETURN_IF_FAILED(get_session_bag(&dictionary));
+  CComPtr<IKorLibDictionary> dictionary = dictionaries_.view;
+  if (source == Source::kBag) RETURN_IF_FAILED(memory_.get_bag(&dictionary));
   if (!dictionary) return E_FAIL;
   return look_up(dictionary.get(), name, value, exists);
 }
@@ -132,7 +132,7 @@ HRESULT Self::draw_input_default(Source source, const MarkParams& params) {
 
 // text if not, text if the value told by the drawer around it is the bound one
 HRESULT Self::draw_default(Source source, const MarkParams& params) {
-  const CComPtr<IKorLibDictionary> view = view_;
+  const CComPtr<IKorLibDictionary> view = dictionaries_.view;
   if (!view) return E_FAIL;
   const ItemNames& items = kItemNames[static_cast<std::size_t>(source)];
   CComVariant name;
@@ -149,7 +149,7 @@ HRESULT Self::draw_default(Source source, const MarkParams& params) {
 
 // name, text in which the name and its value are known, text drawn where nothing has that name
 HRESULT Self::draw_input(Source source, const MarkParams& params) {
-  const CComPtr<IKorLibDictionary> view = view_;
+  const CComPtr<IKorLibDictionary> view = dictionaries_.view;
   if (!view) return E_FAIL;
   const CComBSTR name = bstr_of(*params[0]);
   if (!name.get()) return E_OUTOFMEMORY;

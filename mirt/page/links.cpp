@@ -24,7 +24,7 @@ STDMETHODIMP Self::ToCommand(BSTR command, BSTR* link) {
   if (!link) return E_POINTER;
   *link = nullptr;
   CComBSTR field;
-  RETURN_IF_FAILED(command_field(&field));
+  RETURN_IF_FAILED(memory_.get_command_field(&field));
   return encoded_pair(asp_.server.get(), L"?", field, command, link);
 }
 

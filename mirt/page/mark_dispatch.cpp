@@ -60,10 +60,11 @@ HRESULT report_with_mark(HRESULT hr, const CMarkData& mark) {
 class Self::Values final : public MarkValues {
  public:
   explicit Values(Self& page)
-      : MarkValues({page.owner_, page.handler_, page.view_, page.asp_, page.null_is_empty_}), page_(page) {}
+      : MarkValues({page.owner_, page.handler_, page.dictionaries_.view, page.asp_, page.null_is_empty_}),
+        page_(page) {}
 
  private:
-  HRESULT get_bag(CComPtr<IKorLibDictionary>* bag) const override { return page_.get_session_bag(bag); }
+  HRESULT get_bag(CComPtr<IKorLibDictionary>* bag) const override { return page_.memory_.get_bag(bag); }
   HRESULT get_field(BSTR name, CComVariant* value, bool* found) const override {
     const CComPtr<IRequestDictionary> multipart = page_.multipart_form_;
     *found = find_in_request(page_.asp_.request.get(), multipart.get(), name, value);
@@ -103,12 +104,12 @@ HRESULT Self::dispatch_mark(const CMarkData& mark) {
 
 HRESULT Self::OnMarked_Command(const CComBSTR& name, VARIANT_BOOL encode) {
   CComBSTR text;
-  RETURN_IF_FAILED(name.empty() ? command_field(&text) : ToCommand(name, text.put()));
+  RETURN_IF_FAILED(name.empty() ? memory_.get_command_field(&text) : ToCommand(name, text.put()));
   return Write(text, encode);
 }
 
 HRESULT Self::OnMarked_ChildDynamic(const CComBSTR& name) {
-  const CComPtr<IKorLibDictionary> include = include_;
+  const CComPtr<IKorLibDictionary> include = dictionaries_.include;
   CComVariant value;
   RETURN_IF_FAILED(read_item(include.get(), name, &value));
   return value.vt == VT_BSTR ? DrawTemplate(value.bstrVal) : S_OK;

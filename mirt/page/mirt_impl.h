@@ -2,7 +2,7 @@
 //
 // The members of its interface are told in mirt/mirt.h. This class keeps the state and the order of
 // things; the bodies lie beside it, one file a noun: properties.cpp, scripts.cpp, steps.cpp,
-// dictionaries.cpp, session_state.cpp, request.cpp, put_into.cpp, mark_dispatch.cpp,
+// request.cpp, put_into.cpp, mark_dispatch.cpp,
 // draw_events.cpp, input_drawers.cpp, messages.cpp, template_files.cpp, output.cpp, links.cpp,
 // factories.cpp.
 //
@@ -21,9 +21,10 @@
 #include <korlib/ptr.h>
 
 #include "frame/intrinsics.h"
+#include "page/dictionaries.h"
 #include "page/lifecycle.h"
+#include "page/memory.h"
 #include "page/message_store.h"
-#include "page/mirt_session.h"
 #include "templator/templator_concept.h"
 #include "upload/shared_form.h"
 #include "utility/utility_impl.h"
@@ -128,18 +129,6 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
     Source source;
   };
 
-  // dictionaries.cpp
-  HRESULT make_dictionaries();
-
-  // session_state.cpp
-  bool has_state() const;
-  HRESULT bind_session();
-  HRESULT start_session();
-  HRESULT end_session(bool& go_on);
-  CComPtr<IMirtSession> session_state() const;
-  HRESULT get_session_bag(CComPtr<IKorLibDictionary>* bag);
-  HRESULT command_field(CComBSTR* name);
-
   // request.cpp
   HRESULT InitMultipartForm();
   HRESULT read_command();
@@ -181,21 +170,17 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   HRESULT draw_cached(const CComBSTR& path, BSTR text);
 
   CComBSTR draw_prefix_;
-  CComPtr<IKorLibDictionary> view_;  // these two while Process runs
-  CComPtr<IKorLibDictionary> include_;
-  CComBSTR command_name_;
-  CComBSTR name_;
-  bool backable_ = true;
+  mirt::Intrinsics asp_;  // ahead of the parts that use it
+  page::Dictionaries dictionaries_;
   CComBSTR default_template_;
   CComBSTR template_permission_path_;
   CComPtr<ZeltoTypeLibrary::IRequestDictionary> multipart_form_;
   SharedForm shared_form_;
-  CComPtr<IMirtSession> session_;
+  page::Memory memory_;
   bool null_is_empty_ = false;
   bool submit_decode_on_put_into_ = false;
   bool cache_template_ = true;
   bool self_encode_ = false;
-  mirt::Intrinsics asp_;
   CComBSTR template_folder_;
   CComBSTR template_ext_;
   CComBSTR template_charset_;

@@ -1,14 +1,16 @@
 #include "page/mirt_session.h"
 
+#include <boost/random/mersenne_twister.hpp>
+#include <boost/random/uniform_int.hpp>
+#include <boost/random/variate_generator.hpp>
 #include <cwchar>
 
-#include <korlib/activation.h>
 #include <korlib/bstr.h>
 #include <korlib/winapi.h>
 
 #include "frame/error.h"
 #include "frame/globals.h"
-#include "page/command_key.h"
+#include "page/dictionaries.h"
 #include "page/text.h"
 
 namespace {
@@ -30,14 +32,23 @@ HRESULT query(IMirtSession* session, REFIID riid, void** ppv) {
   return S_OK;
 }
 
+std::wstring next_key() { return page::draw_command_key(static_cast<std::uint32_t>(GetTickCount())); }
+
 }  // namespace
 
-CMirtSession::CMirtSession() : key_(page::draw_command_key()) {
+std::wstring page::draw_command_key(std::uint32_t seed) {
+  constexpr wchar_t kLetters[] = L"ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  constexpr std::size_t kLength = 6;
+  boost::variate_generator<boost::mt19937, boost::uniform_int<int>> draw(boost::mt19937(seed),
+                                                                         boost::uniform_int<int>(0, 25));
+  std::wstring key;
+  for (std::size_t i = 0; i < kLength; ++i) key += kLetters[draw()];
+  return key;
+}
+
+CMirtSession::CMirtSession() : key_(next_key()) {
   InterlockedIncrement(&g_nRefCount);
-  if (!mirt::succeeded_or_forgotten(CoCreateInstance(CLSID_ScriptingDictionary, nullptr,
-                                                     CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
-                                                     korlib::iid_of<IKorLibDictionary>, bag_.put_void())))
-    bag_.reset();
+  if (!mirt::succeeded_or_forgotten(page::new_dictionary(bag_.put()))) bag_.reset();
 }
 
 CMirtSession::~CMirtSession() {
@@ -67,7 +78,7 @@ HRESULT CMirtSession::GetCommandName(BSTR* name) try {
 }
 
 HRESULT CMirtSession::IncrementCommand() try {
-  key_ = page::draw_command_key();
+  key_ = next_key();
   ++counter_;
   return S_OK;
 } catch (...) {

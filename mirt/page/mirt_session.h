@@ -4,10 +4,19 @@
 // is plain: the host lets the requests of one session run one after the other.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include <korlib/dictionary.h>
 #include <korlib/ptr.h>
+
+namespace page {
+
+// The changing part of a command field's name: six capital letters from a Mersenne Twister that starts at `seed`.
+// A name that changes, not a secret.
+std::wstring draw_command_key(std::uint32_t seed);
+
+}  // namespace page
 
 // A private interface, asked for by name: QueryInterface with IID_NULL takes *ppv, before it is written,
 // as the wanted name (null, empty or "IMirtSession"). The caller clears the slot first.
@@ -39,7 +48,7 @@ class CMirtSession final : public IMirtSession {
 
   LONGLONG count_ = 1;
   CComPtr<IKorLibDictionary> bag_;
-  std::wstring key_;
+  std::wstring key_;  // drawn with the clock as its seed: two in one millisecond are alike
   LONGLONG counter_ = 0;
 };
 

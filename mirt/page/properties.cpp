@@ -40,7 +40,7 @@ Self::GIMirtImpl()
     : CMirtConcept(this),
       CTemplatorConcept(kMarkTypes<MarkOwner::kPage>.data()),
       draw_prefix_(L"OnDraw_"),
-      command_name_(L"c"),
+      memory_(asp_),
       template_charset_(L"UTF-8") {}
 
 // Templators that this page has made may live on.
@@ -76,13 +76,13 @@ STDMETHODIMP Self::put_DefaultTemplate(BSTR value) { return put(default_template
 STDMETHODIMP Self::get_DefaultTemplate(BSTR* value) { return get(default_template_, value); }
 STDMETHODIMP Self::put_TemplatePermissionPath(BSTR value) { return put(template_permission_path_, value); }
 STDMETHODIMP Self::get_TemplatePermissionPath(BSTR* value) { return get(template_permission_path_, value); }
-STDMETHODIMP Self::put_CommandName(BSTR value) { return put(command_name_, value); }
-STDMETHODIMP Self::get_CommandName(BSTR* value) { return get(command_name_, value); }
-STDMETHODIMP Self::put_Name(BSTR value) { return put(name_, value); }
-STDMETHODIMP Self::get_Name(BSTR* value) { return get(name_, value); }
+STDMETHODIMP Self::put_CommandName(BSTR value) { return put(memory_.command_name, value); }
+STDMETHODIMP Self::get_CommandName(BSTR* value) { return get(memory_.command_name, value); }
+STDMETHODIMP Self::put_Name(BSTR value) { return put(memory_.name, value); }
+STDMETHODIMP Self::get_Name(BSTR* value) { return get(memory_.name, value); }
 
-STDMETHODIMP Self::put_Backable(VARIANT_BOOL value) { return put(backable_, value); }
-STDMETHODIMP Self::get_Backable(VARIANT_BOOL* value) { return get(backable_, value); }
+STDMETHODIMP Self::put_Backable(VARIANT_BOOL value) { return put(memory_.backable, value); }
+STDMETHODIMP Self::get_Backable(VARIANT_BOOL* value) { return get(memory_.backable, value); }
 STDMETHODIMP Self::put_NullIsEmpty(VARIANT_BOOL value) { return put(null_is_empty_, value); }
 STDMETHODIMP Self::get_NullIsEmpty(VARIANT_BOOL* value) { return get(null_is_empty_, value); }
 STDMETHODIMP Self::put_SubmitDecodeOnPutInto(VARIANT_BOOL value) { return put(submit_decode_on_put_into_, value); }

@@ -12,7 +12,7 @@ using ZeltoTypeLibrary::IRequestDictionary;
 STDMETHODIMP Self::PutIntoBag(BSTR name, VARIANT_BOOL as_array) try {
   const CComPtr<IDispatch> alive(owner_);
   CComPtr<IKorLibDictionary> bag;
-  RETURN_IF_FAILED(get_session_bag(&bag));
+  RETURN_IF_FAILED(memory_.get_bag(&bag));
   return PutInto(bag.get(), name, as_array);
 } catch (...) {
   return mirt::hresult_from_exception();
@@ -20,7 +20,7 @@ STDMETHODIMP Self::PutIntoBag(BSTR name, VARIANT_BOOL as_array) try {
 
 STDMETHODIMP Self::PutIntoView(BSTR name, VARIANT_BOOL as_array) try {
   const CComPtr<IDispatch> alive(owner_);
-  const CComPtr<IKorLibDictionary> view = view_;
+  const CComPtr<IKorLibDictionary> view = dictionaries_.view;
   return view ? PutInto(view.get(), name, as_array) : E_FAIL;
 } catch (...) {
   return mirt::hresult_from_exception();
@@ -95,7 +95,7 @@ HRESULT Self::put_all_fields(IRequestDictionary* fields, IKorLibDictionary* targ
   RETURN_IF_FAILED(fields->get_Count(&count));
   for (LONG i = 0; i < count; ++i) {
     CComBSTR command;
-    RETURN_IF_FAILED(command_field(&command));
+    RETURN_IF_FAILED(memory_.get_command_field(&command));
     CComVariant key;
     RETURN_IF_FAILED(fields->get_Key(korlib::long_variant(i + 1), &key));
     RETURN_IF_FAILED(key.change_type(VT_BSTR));

@@ -48,7 +48,7 @@ HRESULT Self::read_command() {
   CComPtr<IRequestDictionary> fields;
   RETURN_IF_FAILED(request.query(fields.put()));
   CComBSTR field;
-  RETURN_IF_FAILED(command_field(&field));
+  RETURN_IF_FAILED(memory_.get_command_field(&field));
   CComVariant value;
   RETURN_IF_FAILED(fields->get_Item(korlib::borrowed(field.get()), &value));
   RETURN_IF_FAILED(value.change_type(VT_BSTR));

@@ -1,4 +1,4 @@
-// The page's scripts: added one after the other, called by name.
+// The page's scripts, added one after the other and called by name, and the dictionaries that they fill.
 #include "frame/error.h"
 #include "page/mirt_impl.h"
 
@@ -43,3 +43,25 @@ STDMETHODIMP Self::FireEvent(BSTR name, VARIANT* argument, VARIANT* result, VARI
 } catch (...) {
   return mirt::hresult_from_exception();
 }
+
+STDMETHODIMP Self::get_Bag(IDispatch** bag) {
+  if (!bag) return E_POINTER;
+  *bag = nullptr;
+  CComPtr<IKorLibDictionary> held;
+  RETURN_IF_FAILED(memory_.get_bag(&held));
+  return held.query(bag);
+}
+
+STDMETHODIMP Self::get_View(IDispatch** view) {
+  if (!view) return E_INVALIDARG;
+  *view = nullptr;
+  return dictionaries_.view ? dictionaries_.view.query(view) : E_FAIL;
+}
+
+STDMETHODIMP Self::get_Include(IDispatch** include) {
+  if (!include) return E_POINTER;
+  *include = nullptr;
+  return dictionaries_.include ? dictionaries_.include.query(include) : S_OK;
+}
+
+STDMETHODIMP Self::Abandon() { return memory_.abandon(); }

@@ -13,18 +13,23 @@ STDMETHODIMP Self::Process() try { return CMirtConcept::Process(); } catch (...)
   return mirt::hresult_from_exception();
 }
 
+HRESULT Self::On_StartMirtSession(bool& go_on) { return fire(L"On_FirstAccess", true, go_on); }
+HRESULT Self::On_EndMirtSession(bool& go_on) { return fire(L"On_LastAccess", true, go_on); }
+
 HRESULT Self::On_StartProcess(bool& go_on) {
   RETURN_IF_FAILED(InitMultipartForm());
-  RETURN_IF_FAILED(make_dictionaries());
-  RETURN_IF_FAILED(bind_session());
+  RETURN_IF_FAILED(dictionaries_.make());
+  bool is_new = false;
+  RETURN_IF_FAILED(memory_.bind(&is_new));
+  bool ignored = true;
+  if (is_new) RETURN_IF_FAILED(On_StartMirtSession(ignored));
   return CMirtConcept::On_StartProcess(go_on);
 }
 
 HRESULT Self::On_EndProcess(bool& go_on) {
   RETURN_IF_FAILED(CMirtConcept::On_EndProcess(go_on));
-  view_.reset();
-  include_.reset();
-  return end_session(go_on);
+  dictionaries_.drop();
+  return memory_.is_lost() ? On_EndMirtSession(go_on) : S_OK;
 }
 
 HRESULT Self::On_StartCommand(bool& go_on) {
@@ -40,7 +45,7 @@ HRESULT Self::Command(bool& handled) {
 
 HRESULT Self::On_EndCommand(bool& go_on) {
   RETURN_IF_FAILED(CMirtConcept::On_EndCommand(go_on));
-  return backable_ ? S_OK : session_state()->IncrementCommand();
+  return memory_.end_command();
 }
 
 HRESULT Self::On_StartDraw(bool& go_on) {

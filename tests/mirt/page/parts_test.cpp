@@ -4,7 +4,7 @@
 #include <korlib/activation.h>
 
 #include "frame/globals.h"
-#include "page/command_key.h"
+#include "page/mirt_session.h"
 #include "page/lifecycle.h"
 #include "page/message_store.h"
 #include "page/mirt_session.h"
