@@ -12,35 +12,6 @@
 namespace {
 
 using Self = GIMirtImpl<IMirt>;
-using ZeltoTypeLibrary::IRequest;
-using ZeltoTypeLibrary::IRequestDictionary;
-using ZeltoTypeLibrary::IStringList;
-
-using Collection = HRESULT (IRequest::*)(IRequestDictionary**);
-
-// A value list with something in it is what counts as found; a collection that fails is passed over.
-bool find_field(IRequestDictionary* fields, BSTR name, CComVariant* value) {
-  if (!fields || !mirt::succeeded_or_forgotten(fields->get_Item(korlib::borrowed(name), value->put()))) return false;
-  if (value->vt != VT_DISPATCH) return false;
-  const CComQIPtr<IStringList> list(value->pdispVal);
-  int count = 0;
-  return list && mirt::succeeded_or_forgotten(list->get_Count(&count)) && count > 0;
-}
-
-bool find_in(IRequest* request, Collection collection, BSTR name, CComVariant* value) {
-  CComPtr<IRequestDictionary> fields;
-  return mirt::succeeded_or_forgotten((request->*collection)(fields.put())) && find_field(fields.get(), name, value);
-}
-
-// Server variables come first, unlike in the host's own search.
-bool find_in_request(IRequest* request, IRequestDictionary* multipart, BSTR name, CComVariant* value) {
-  return find_in(request, &IRequest::get_ServerVariables, name, value) ||
-         find_in(request, &IRequest::get_QueryString, name, value) ||
-         find_in(request, &IRequest::get_Form, name, value) || find_field(multipart, name, value) ||
-         find_in(request, &IRequest::get_Cookies, name, value) ||
-         find_in(request, &IRequest::get_ClientCertificate, name, value);
-}
-
 constexpr std::size_t kMostWords = 1279;  // characters taken of the platform's words for a code
 
 // The platform's words for the code, none where it has none, and the mark behind them.
@@ -66,8 +37,7 @@ class Self::Values final : public MarkValues {
  private:
   HRESULT get_bag(CComPtr<IKorLibDictionary>* bag) const override { return page_.memory_.get_bag(bag); }
   HRESULT get_field(BSTR name, CComVariant* value, bool* found) const override {
-    const CComPtr<IRequestDictionary> multipart = page_.multipart_form_;
-    *found = find_in_request(page_.asp_.request.get(), multipart.get(), name, value);
+    *found = page_.fields_.find(name, value);
     return S_OK;
   }
 

@@ -2,7 +2,7 @@
 //
 // The members of its interface are told in mirt/mirt.h. This class keeps the state and the order of
 // things; the bodies lie beside it, one file a noun: properties.cpp, scripts.cpp, steps.cpp,
-// request.cpp, put_into.cpp, mark_dispatch.cpp,
+// mark_dispatch.cpp,
 // draw_events.cpp, input_drawers.cpp, messages.cpp, template_files.cpp, output.cpp, links.cpp,
 // factories.cpp.
 //
@@ -21,12 +21,13 @@
 #include <korlib/ptr.h>
 
 #include "frame/intrinsics.h"
+#include "page/binding.h"
 #include "page/dictionaries.h"
 #include "page/lifecycle.h"
 #include "page/memory.h"
 #include "page/message_store.h"
+#include "page/request_fields.h"
 #include "templator/templator_concept.h"
-#include "upload/shared_form.h"
 #include "utility/utility_impl.h"
 
 struct MainLink;
@@ -129,15 +130,8 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
     Source source;
   };
 
-  // request.cpp
-  HRESULT InitMultipartForm();
+  HRESULT InitMultipartForm() { return fields_.read_upload(); }
   HRESULT read_command();
-
-  // put_into.cpp
-  HRESULT put_field(ZeltoTypeLibrary::IRequestDictionary* fields, IKorLibDictionary* target, BSTR name, bool as_array);
-  HRESULT put_all_fields(ZeltoTypeLibrary::IRequestDictionary* fields, IKorLibDictionary* target);
-  HRESULT field_as_array(IDispatch* field, CComVariant* value);
-  HRESULT store_field(IKorLibDictionary* target, BSTR name, VARIANT* value);
 
   // mark_dispatch.cpp
   HRESULT dispatch_mark(const CMarkData& mark);
@@ -174,11 +168,10 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   page::Dictionaries dictionaries_;
   CComBSTR default_template_;
   CComBSTR template_permission_path_;
-  CComPtr<ZeltoTypeLibrary::IRequestDictionary> multipart_form_;
-  SharedForm shared_form_;
+  page::RequestFields fields_;
   page::Memory memory_;
   bool null_is_empty_ = false;
-  bool submit_decode_on_put_into_ = false;
+  page::Binding binding_;
   bool cache_template_ = true;
   bool self_encode_ = false;
   CComBSTR template_folder_;

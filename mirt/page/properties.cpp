@@ -40,7 +40,9 @@ Self::GIMirtImpl()
     : CMirtConcept(this),
       CTemplatorConcept(kMarkTypes<MarkOwner::kPage>.data()),
       draw_prefix_(L"OnDraw_"),
+      fields_(asp_),
       memory_(asp_),
+      binding_(handler_, fields_, memory_),
       template_charset_(L"UTF-8") {}
 
 // Templators that this page has made may live on.
@@ -85,8 +87,8 @@ STDMETHODIMP Self::put_Backable(VARIANT_BOOL value) { return put(memory_.backabl
 STDMETHODIMP Self::get_Backable(VARIANT_BOOL* value) { return get(memory_.backable, value); }
 STDMETHODIMP Self::put_NullIsEmpty(VARIANT_BOOL value) { return put(null_is_empty_, value); }
 STDMETHODIMP Self::get_NullIsEmpty(VARIANT_BOOL* value) { return get(null_is_empty_, value); }
-STDMETHODIMP Self::put_SubmitDecodeOnPutInto(VARIANT_BOOL value) { return put(submit_decode_on_put_into_, value); }
-STDMETHODIMP Self::get_SubmitDecodeOnPutInto(VARIANT_BOOL* value) { return get(submit_decode_on_put_into_, value); }
+STDMETHODIMP Self::put_SubmitDecodeOnPutInto(VARIANT_BOOL value) { return put(binding_.decodes, value); }
+STDMETHODIMP Self::get_SubmitDecodeOnPutInto(VARIANT_BOOL* value) { return get(binding_.decodes, value); }
 STDMETHODIMP Self::put_CacheTemplate(VARIANT_BOOL value) { return put(cache_template_, value); }
 STDMETHODIMP Self::get_CacheTemplate(VARIANT_BOOL* value) { return get(cache_template_, value); }
 STDMETHODIMP Self::put_SelfEncode(VARIANT_BOOL value) { return put(self_encode_, value); }

@@ -65,3 +65,35 @@ STDMETHODIMP Self::get_Include(IDispatch** include) {
 }
 
 STDMETHODIMP Self::Abandon() { return memory_.abandon(); }
+
+STDMETHODIMP Self::get_Request(IDispatch** request) { return request ? fields_.get_submitted(request) : E_POINTER; }
+
+STDMETHODIMP Self::ToArray(IDispatch* collection, SAFEARRAY** array) { return page::values_of(collection, array); }
+
+STDMETHODIMP Self::PutIntoBag(BSTR name, VARIANT_BOOL as_array) try {
+  const CComPtr<IDispatch> alive(owner_);
+  CComPtr<IKorLibDictionary> bag;
+  RETURN_IF_FAILED(memory_.get_bag(&bag));
+  return PutInto(bag.get(), name, as_array);
+} catch (...) {
+  return mirt::hresult_from_exception();
+}
+
+STDMETHODIMP Self::PutIntoView(BSTR name, VARIANT_BOOL as_array) try {
+  const CComPtr<IDispatch> alive(owner_);
+  const CComPtr<IKorLibDictionary> view = dictionaries_.view;
+  return view ? PutInto(view.get(), name, as_array) : E_FAIL;
+} catch (...) {
+  return mirt::hresult_from_exception();
+}
+
+STDMETHODIMP Self::PutIntoProp(BSTR name, VARIANT_BOOL as_array) try {
+  const CComPtr<IDispatch> alive(owner_);
+  return PutInto(nullptr, name, as_array);
+} catch (...) {
+  return mirt::hresult_from_exception();
+}
+
+HRESULT Self::PutInto(IKorLibDictionary* target, BSTR name, VARIANT_BOOL as_array) {
+  return binding_.put_into(target, name, as_array != VARIANT_FALSE);
+}

@@ -37,6 +37,18 @@ HRESULT Self::On_StartCommand(bool& go_on) {
   return CMirtConcept::On_StartCommand(go_on);
 }
 
+HRESULT Self::read_command() {
+  CComPtr<page::RequestFields::Collection> fields;
+  RETURN_IF_FAILED(fields_.get_submitted(&fields));
+  CComBSTR field;
+  RETURN_IF_FAILED(memory_.get_command_field(&field));
+  CComVariant value;
+  RETURN_IF_FAILED(fields->get_Item(korlib::borrowed(field.get()), &value));
+  RETURN_IF_FAILED(value.change_type(VT_BSTR));
+  command_.attach(std::exchange(value.bstrVal, nullptr));
+  return S_OK;
+}
+
 HRESULT Self::Command(bool& handled) {
   RETURN_IF_FAILED(CMirtConcept::Command(handled));
   if (!handled && command_.empty()) handled = true;
