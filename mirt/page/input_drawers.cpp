@@ -1,12 +1,10 @@
-// The built-in draw events that let form inputs show what is bound to them.
+#include "page/input_drawers.h"
+
 #include "frame/error.h"
 #include "frame/values.h"
-#include "page/mirt_impl.h"
-#include "page/text.h"
 
+namespace page {
 namespace {
-
-using Self = GIMirtImpl<IMirt>;
 
 // Reading an item that is not there would make it: these drawers only look.
 HRESULT look_up(IKorLibDictionary* dictionary, std::wstring_view name, CComVariant* value, bool* exists) {
@@ -54,7 +52,7 @@ class ScopedItem {
 
 HRESULT text_of(const VARIANT& value, CComVariant* text) { return VariantChangeType(text->put(), &value, 0, VT_BSTR); }
 
-// Of whatever type and dimensions the array is. An element without a text form equals nothing.
+// The array may be of any type and have any dimensions. An element without a text form equals nothing.
 bool any_element_is(SAFEARRAY* array, std::wstring_view input) {
   if (!array) return false;
   const mirt::ArrayLock lock(array);
@@ -75,7 +73,7 @@ struct ItemNames {
   std::wstring_view name, value;
 };
 constexpr ItemNames kItemNames[] = {
-    // one for each Source
+    // one for each BoundTo
     {L"_Input_Name", L"_Input_Value"},
     {L"_InputV_Name", L"_InputV_Value"},
     {L"_InputP_Name", L"_InputP_Value"},
@@ -83,13 +81,13 @@ constexpr ItemNames kItemNames[] = {
 
 }  // namespace
 
-HRESULT Self::bound_value(Source source, std::wstring_view name, CComVariant* value, bool* exists) {
+HRESULT InputDrawers::read_bound(BoundTo source, std::wstring_view name, CComVariant* value, bool* exists) {
   *exists = false;
-  if (source == Source::kScript) {
+  if (source == BoundTo::kScript) {
     const CComBSTR member(name);
     if (!member.get()) return E_OUTOFMEMORY;
     CEvent variable;
-    const HRESULT hr = handler_.GetEvent(member, variable);
+    const HRESULT hr = scripts_.GetEvent(member, variable);
     if (hr == DISP_E_UNKNOWNNAME) {
       mirt::forget_error();
       return S_OK;
@@ -101,16 +99,16 @@ HRESULT Self::bound_value(Source source, std::wstring_view name, CComVariant* va
     return S_OK;
   }
   CComPtr<IKorLibDictionary> dictionary = dictionaries_.view;
-  if (source == Source::kBag) RETURN_IF_FAILED(memory_.get_bag(&dictionary));
+  if (source == BoundTo::kBag) RETURN_IF_FAILED(memory_.get_bag(&dictionary));
   if (!dictionary) return E_FAIL;
   return look_up(dictionary.get(), name, value, exists);
 }
 
-HRESULT Self::is_bound(Source source, std::wstring_view name, std::wstring_view input, bool* matches) {
+HRESULT InputDrawers::is_bound(BoundTo source, std::wstring_view name, std::wstring_view input, bool* matches) {
   CComVariant bound;
   bool exists = false;
-  RETURN_IF_FAILED(bound_value(source, name, &bound, &exists));
-  if (!exists && source == Source::kScript) return DISP_E_UNKNOWNNAME;
+  RETURN_IF_FAILED(read_bound(source, name, &bound, &exists));
+  if (!exists && source == BoundTo::kScript) return DISP_E_UNKNOWNNAME;
   CComVariant direct;
   RETURN_IF_FAILED(mirt::copy_followed(&direct, bound));
   if (direct.vt & VT_ARRAY) {
@@ -123,15 +121,13 @@ HRESULT Self::is_bound(Source source, std::wstring_view name, std::wstring_view 
   return S_OK;
 }
 
-// name, value, text if it is the bound one, text if not
-HRESULT Self::draw_input_default(Source source, const MarkParams& params) {
+HRESULT InputDrawers::draw_default(BoundTo source, const MarkParams& params) {
   bool matches = false;
   RETURN_IF_FAILED(is_bound(source, params[0]->view(), params[1]->view(), &matches));
-  return process_nested(*params[matches ? 2 : 3]);
+  return texts_.draw(*params[matches ? 2 : 3]);
 }
 
-// text if not, text if the value told by the drawer around it is the bound one
-HRESULT Self::draw_default(Source source, const MarkParams& params) {
+HRESULT InputDrawers::draw_inner_default(BoundTo source, const MarkParams& params) {
   const CComPtr<IKorLibDictionary> view = dictionaries_.view;
   if (!view) return E_FAIL;
   const ItemNames& items = kItemNames[static_cast<std::size_t>(source)];
@@ -144,24 +140,25 @@ HRESULT Self::draw_default(Source source, const MarkParams& params) {
   RETURN_IF_FAILED(value.change_type(VT_BSTR));
   bool matches = false;
   RETURN_IF_FAILED(is_bound(source, korlib::view_of(name.bstrVal), korlib::view_of(value.bstrVal), &matches));
-  return process_nested(*params[matches ? 1 : 0]);
+  return texts_.draw(*params[matches ? 1 : 0]);
 }
 
-// name, text in which the name and its value are known, text drawn where nothing has that name
-HRESULT Self::draw_input(Source source, const MarkParams& params) {
+HRESULT InputDrawers::draw_input(BoundTo source, const MarkParams& params) {
   const CComPtr<IKorLibDictionary> view = dictionaries_.view;
   if (!view) return E_FAIL;
   const CComBSTR name = bstr_of(*params[0]);
   if (!name.get()) return E_OUTOFMEMORY;
   CComVariant value;
   bool exists = false;
-  RETURN_IF_FAILED(bound_value(source, name.view(), &value, &exists));
-  if (!exists && params.size() == 3) return process_nested(*params[2]);
-  if (!exists && source == Source::kScript) return DISP_E_UNKNOWNNAME;
+  RETURN_IF_FAILED(read_bound(source, name.view(), &value, &exists));
+  if (!exists && params.size() == 3) return texts_.draw(*params[2]);
+  if (!exists && source == BoundTo::kScript) return DISP_E_UNKNOWNNAME;
   const ItemNames& items = kItemNames[static_cast<std::size_t>(source)];
   ScopedItem name_item(view.get(), items.name);
   ScopedItem value_item(view.get(), items.value);
   RETURN_IF_FAILED(name_item.set(korlib::borrowed(name.get())));
   RETURN_IF_FAILED(value_item.set(value));
-  return process_nested(*params[1]);
+  return texts_.draw(*params[1]);
 }
+
+}  // namespace page

@@ -57,7 +57,7 @@ HRESULT Self::dispatch_mark(const CMarkData& mark) {
   if (!name.get()) return E_OUTOFMEMORY;
   switch (kind->source) {
     case MarkSource::kDrawEvent:
-      return OnMarked_Process(mark);
+      return draw_events_.draw(mark);
     case MarkSource::kCommand:
       return OnMarked_Command(name, kind->encode);
     case MarkSource::kTemplate:

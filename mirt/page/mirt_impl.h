@@ -13,7 +13,6 @@
 #pragma once
 
 #include <memory>
-#include <span>
 #include <string_view>
 
 #include <korlib/comvariant.h>
@@ -23,9 +22,9 @@
 #include "frame/intrinsics.h"
 #include "page/binding.h"
 #include "page/dictionaries.h"
+#include "page/draw_events.h"
 #include "page/lifecycle.h"
 #include "page/memory.h"
-#include "page/message_store.h"
 #include "page/request_fields.h"
 #include "templator/templator_concept.h"
 #include "utility/utility_impl.h"
@@ -120,16 +119,6 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   virtual HRESULT PutInto(IKorLibDictionary* target, BSTR name, VARIANT_BOOL as_array);
 
  private:
-  // Where an input drawer finds the value that is bound to a name.
-  enum class Source { kBag, kView, kScript };
-  // A draw event that needs no script function.
-  struct BuiltIn {
-    std::wstring_view name;
-    std::size_t least, most;  // arguments
-    HRESULT (GIMirtImpl::*draw)(Source source, const MarkParams& params);
-    Source source;
-  };
-
   HRESULT InitMultipartForm() { return fields_.read_upload(); }
   HRESULT read_command();
 
@@ -140,30 +129,12 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   HRESULT OnMarked_Command(const CComBSTR& name, VARIANT_BOOL encode);
   HRESULT OnMarked_ChildDynamic(const CComBSTR& name);
 
-  // draw_events.cpp
-  HRESULT OnMarked_Process(const CMarkData& mark);
-  static std::span<const BuiltIn> built_ins();
-  HRESULT process_nested(const std::wstringstream& text);
-  HRESULT process_nested(BSTR text);
-
-  // input_drawers.cpp
-  HRESULT draw_input_default(Source source, const MarkParams& params);
-  HRESULT draw_input(Source source, const MarkParams& params);
-  HRESULT draw_default(Source source, const MarkParams& params);
-  HRESULT bound_value(Source source, std::wstring_view name, CComVariant* value, bool* exists);
-  HRESULT is_bound(Source source, std::wstring_view name, std::wstring_view input, bool* matches);
-
-  // messages.cpp
-  HRESULT draw_message(Source source, const MarkParams& params);
-  HRESULT draw_message_text(Source source, const MarkParams& params);
-
   // template_files.cpp
   HRESULT Draw(BSTR name);
   HRESULT draw_instead_of(std::wstring_view path, HRESULT read);
   HRESULT draw_text(const CComBSTR& path, BSTR text);
   HRESULT draw_cached(const CComBSTR& path, BSTR text);
 
-  CComBSTR draw_prefix_;
   mirt::Intrinsics asp_;  // ahead of the parts that use it
   page::Dictionaries dictionaries_;
   CComBSTR default_template_;
@@ -178,8 +149,9 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   CComBSTR template_ext_;
   CComBSTR template_charset_;
   CComBSTR current_template_path_;  // of the template file being drawn, else empty
-  page::MessageStore messages_;
-  std::shared_ptr<MainLink> child_link_;      // of the templators made; null before the first
-  const VARIANT* current_message_ = nullptr;  // while one is being drawn
-  unsigned nesting_ = 0;                      // of texts drawn by marks
+  page::NestedTexts texts_;
+  page::Messages messages_;
+  page::InputDrawers inputs_;
+  page::DrawEvents draw_events_;
+  std::shared_ptr<MainLink> child_link_;  // of the templators made; null before the first
 };

@@ -42,3 +42,20 @@ STDMETHODIMP Self::AddLog(BSTR first, BSTR second) {
   const CComBSTR line = page::join({L"[", korlib::view_of(first), L":", korlib::view_of(second), L"]"});
   return line ? asp_.response->AppendToLog(line) : E_OUTOFMEMORY;
 }
+
+STDMETHODIMP Self::AddMessage(VARIANT* message, BSTR key) try {
+  return message ? messages_.add(*message, korlib::view_of(key)) : E_POINTER;
+} catch (...) {
+  return mirt::hresult_from_exception();
+}
+
+STDMETHODIMP Self::MessageExists(VARIANT* key, VARIANT_BOOL* exists) try {
+  if (!key || !exists) return E_POINTER;
+  *exists = VARIANT_FALSE;
+  bool exist = false;
+  RETURN_IF_FAILED(messages_.exist(*key, &exist));
+  *exists = exist ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+} catch (...) {
+  return mirt::hresult_from_exception();
+}

@@ -39,11 +39,14 @@ HRESULT get(bool property, VARIANT_BOOL* value) {
 Self::GIMirtImpl()
     : CMirtConcept(this),
       CTemplatorConcept(kMarkTypes<MarkOwner::kPage>.data()),
-      draw_prefix_(L"OnDraw_"),
       fields_(asp_),
       memory_(asp_),
       binding_(handler_, fields_, memory_),
-      template_charset_(L"UTF-8") {}
+      template_charset_(L"UTF-8"),
+      texts_(*this),
+      messages_(texts_),
+      inputs_(handler_, memory_, dictionaries_, texts_),
+      draw_events_(owner_, handler_, inputs_, messages_) {}
 
 // Templators that this page has made may live on.
 Self::~GIMirtImpl() {

@@ -1,7 +1,6 @@
 #include "page/text.h"
 
 #include <algorithm>
-#include <cwctype>
 
 #include "frame/error.h"
 
@@ -23,12 +22,6 @@ CComBSTR copy_of(BSTR text) {
   CComBSTR copy;
   if (text) copy.attach(SysAllocStringByteLen(reinterpret_cast<const char*>(text), SysStringByteLen(text)));
   return copy;
-}
-
-bool equal_ignoring_case(std::wstring_view a, std::wstring_view b) {
-  const auto lower = [](wchar_t c) { return std::towlower(static_cast<std::wint_t>(c)); };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&](wchar_t x, wchar_t y) { return x == y || lower(x) == lower(y); });
 }
 
 HRESULT raise(std::initializer_list<std::wstring_view> parts) {

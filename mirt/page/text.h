@@ -15,9 +15,6 @@ CComBSTR join(std::initializer_list<std::wstring_view> parts);
 // The same bytes, NULs and an odd end included; null for null.
 CComBSTR copy_of(BSTR text);
 
-// Whether two texts are the same when letter case does not count. Looks at the whole texts, NULs too.
-bool equal_ignoring_case(std::wstring_view a, std::wstring_view b);
-
 // Raises E_FAIL with the text, as the controller's own errors are reported, and returns E_FAIL.
 HRESULT raise(std::initializer_list<std::wstring_view> parts);
 

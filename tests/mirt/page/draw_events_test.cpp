@@ -55,6 +55,14 @@ TEST_F(DrawEvents, BuiltInsAreFoundInAnyCaseAndGiveWayToTheScript) {
   EXPECT_EQ(refused(L"_InputDefault"), draw(L"(#%_InputDefault#)"));
 }
 
+TEST_F(DrawEvents, BuiltInsAreFoundByTheirWholeName) {
+  for (const wchar_t* name : {L"_Inpu", L"_Inputx", L"?Input"})
+    EXPECT_EQ(std::wstring(L"<code 80004005>Event 'OnDraw_") + name + L"' not found.",
+              draw(std::wstring(L"(#%") + name + L"#)"));
+  // The error's text ends at the NUL, the name does not.
+  EXPECT_EQ(L"<code 80004005>Event 'OnDraw__Input", draw(std::wstring(L"(#%_Input\0x#)", 13)));
+}
+
 TEST_F(DrawEvents, BuiltInsCountTheirArguments) {
   const struct {
     const wchar_t* event;

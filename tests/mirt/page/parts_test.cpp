@@ -6,7 +6,6 @@
 #include "frame/globals.h"
 #include "page/mirt_session.h"
 #include "page/lifecycle.h"
-#include "page/message_store.h"
 #include "page/mirt_session.h"
 #include "page/template_path.h"
 #include "page/text.h"
@@ -95,14 +94,6 @@ TEST(PageText, JoinsTextsWithWhateverIsInThem) {
   EXPECT_TRUE(page::join({L""}).get() != nullptr);
 }
 
-TEST(PageText, IgnoresCaseOverTheWholeText) {
-  EXPECT_TRUE(page::equal_ignoring_case(L"OnDraw__Input", L"ONDRAW__iNPUT"));
-  EXPECT_TRUE(page::equal_ignoring_case(L"", L""));
-  EXPECT_FALSE(page::equal_ignoring_case(L"a", L"ab"));
-  EXPECT_FALSE(page::equal_ignoring_case(L"a_", L"a?"));
-  EXPECT_FALSE(page::equal_ignoring_case({L"a\0b", 3}, {L"a\0c", 3}));
-}
-
 TEST(PageText, CopiesNullAndOddLengths) {
   EXPECT_EQ(nullptr, page::copy_of(nullptr).get());
   CComBSTR odd;
@@ -164,27 +155,6 @@ TEST(TemplatePath, AppendsTheCanonicalFormAndRefusesANul) {
   EXPECT_EQ(E_FAIL, page::ConvertToCanonicalizedPath(L"/no such folder/no such file", out));
   EXPECT_EQ(L"/", out.view());
   EXPECT_EQ(E_FAIL, page::ConvertToCanonicalizedPath(std::wstring(5000, L'a'), out));
-}
-
-TEST(MessageStore, KeepsCopiesInOrderUnderExactKeys) {
-  page::MessageStore store;
-  EXPECT_TRUE(store.empty());
-  EXPECT_EQ(nullptr, store.find(L"a"));
-  {
-    CComVariant text(L"one");
-    VARIANT reference{};
-    reference.vt = VT_BYREF | VT_BSTR;
-    reference.pbstrVal = &text.bstrVal;
-    EXPECT_EQ(S_OK, store.add(reference, L""));
-  }
-  store.add(CComVariant(LONG{2}), L"");
-  store.add(CComVariant(LONG{3}), L"A");
-  const page::MessageStore::List* list = store.find(L"");
-  ASSERT_TRUE(list && list->size() == 2);
-  EXPECT_EQ(L"one", std::wstring(korlib::view_of((*list)[0].bstrVal)));
-  EXPECT_EQ(2, (*list)[1].lVal);
-  EXPECT_EQ(nullptr, store.find(L"a"));
-  EXPECT_FALSE(store.empty());
 }
 
 class MirtSession : public testing::Test {

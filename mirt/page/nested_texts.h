@@ -1,0 +1,25 @@
+// Template texts that marks draw: the parameters of a draw event, and messages.
+#pragma once
+
+#include "templator/templator_concept.h"
+
+namespace page {
+
+// Draws each text where the engine draws, one inside the other as marks want it. Each level keeps a copy of what lies
+// inside it and takes stack, so there is a deepest one, which no page comes near; beyond it a text is an error.
+class NestedTexts {
+ public:
+  // The engine outlives this.
+  explicit NestedTexts(CTemplatorConcept& engine) : engine_(engine) {}
+  NestedTexts(const NestedTexts&) = delete;
+  NestedTexts& operator=(const NestedTexts&) = delete;
+
+  HRESULT draw(BSTR text);
+  HRESULT draw(const std::wstringstream& text);
+
+ private:
+  CTemplatorConcept& engine_;
+  unsigned depth_ = 0;
+};
+
+}  // namespace page
