@@ -3,7 +3,7 @@
 // The members of its interface are told in mirt/mirt.h. This class keeps the state and the order of
 // things; the bodies lie beside it, one file a noun: properties.cpp, scripts.cpp, steps.cpp,
 // mark_dispatch.cpp,
-// draw_events.cpp, input_drawers.cpp, messages.cpp, template_files.cpp, output.cpp, links.cpp,
+// draw_events.cpp, input_drawers.cpp, messages.cpp, output.cpp, links.cpp,
 // factories.cpp.
 //
 // A script function that is called from here may call back into any member, change any property, run
@@ -26,6 +26,7 @@
 #include "page/lifecycle.h"
 #include "page/memory.h"
 #include "page/request_fields.h"
+#include "page/templates.h"
 #include "templator/templator_concept.h"
 #include "utility/utility_impl.h"
 
@@ -129,26 +130,16 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   HRESULT OnMarked_Command(const CComBSTR& name, VARIANT_BOOL encode);
   HRESULT OnMarked_ChildDynamic(const CComBSTR& name);
 
-  // template_files.cpp
-  HRESULT Draw(BSTR name);
-  HRESULT draw_instead_of(std::wstring_view path, HRESULT read);
-  HRESULT draw_text(const CComBSTR& path, BSTR text);
-  HRESULT draw_cached(const CComBSTR& path, BSTR text);
+  HRESULT draw_instead(bool& is_drawn);
 
   mirt::Intrinsics asp_;  // ahead of the parts that use it
   page::Dictionaries dictionaries_;
-  CComBSTR default_template_;
-  CComBSTR template_permission_path_;
   page::RequestFields fields_;
   page::Memory memory_;
   bool null_is_empty_ = false;
   page::Binding binding_;
-  bool cache_template_ = true;
   bool self_encode_ = false;
-  CComBSTR template_folder_;
-  CComBSTR template_ext_;
-  CComBSTR template_charset_;
-  CComBSTR current_template_path_;  // of the template file being drawn, else empty
+  page::Templates templates_;
   page::NestedTexts texts_;
   page::Messages messages_;
   page::InputDrawers inputs_;

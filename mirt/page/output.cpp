@@ -28,6 +28,13 @@ STDMETHODIMP Self::ProcessTemplate(BSTR text) try {
   return mirt::hresult_from_exception();
 }
 
+STDMETHODIMP Self::DrawTemplate(BSTR name) try {
+  const CComPtr<IDispatch> alive(owner_);
+  return templates_.draw(korlib::view_of(name));
+} catch (...) {
+  return mirt::hresult_from_exception();
+}
+
 STDMETHODIMP Self::Redirect(BSTR url) {
   if (!asp_.response) return E_FAIL;
   const CComBSTR status(L"302 Object moved");

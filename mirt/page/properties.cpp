@@ -42,7 +42,7 @@ Self::GIMirtImpl()
       fields_(asp_),
       memory_(asp_),
       binding_(handler_, fields_, memory_),
-      template_charset_(L"UTF-8"),
+      templates_(*this, [this](bool& is_drawn) { return draw_instead(is_drawn); }),
       texts_(*this),
       messages_(texts_),
       inputs_(handler_, memory_, dictionaries_, texts_),
@@ -71,16 +71,16 @@ STDMETHODIMP Self::put_Command(BSTR value) { return put(command_, value); }
 STDMETHODIMP Self::get_Command(BSTR* value) { return get(command_, value); }
 STDMETHODIMP Self::put_Template(BSTR value) { return put(template_, value); }
 STDMETHODIMP Self::get_Template(BSTR* value) { return get(template_, value); }
-STDMETHODIMP Self::put_TemplateFolder(BSTR value) { return put(template_folder_, value); }
-STDMETHODIMP Self::get_TemplateFolder(BSTR* value) { return get(template_folder_, value); }
-STDMETHODIMP Self::put_TemplateExt(BSTR value) { return put(template_ext_, value); }
-STDMETHODIMP Self::get_TemplateExt(BSTR* value) { return get(template_ext_, value); }
-STDMETHODIMP Self::put_TemplateCharset(BSTR value) { return put(template_charset_, value); }
-STDMETHODIMP Self::get_TemplateCharset(BSTR* value) { return get(template_charset_, value); }
-STDMETHODIMP Self::put_DefaultTemplate(BSTR value) { return put(default_template_, value); }
-STDMETHODIMP Self::get_DefaultTemplate(BSTR* value) { return get(default_template_, value); }
-STDMETHODIMP Self::put_TemplatePermissionPath(BSTR value) { return put(template_permission_path_, value); }
-STDMETHODIMP Self::get_TemplatePermissionPath(BSTR* value) { return get(template_permission_path_, value); }
+STDMETHODIMP Self::put_TemplateFolder(BSTR value) { return put(templates_.folder, value); }
+STDMETHODIMP Self::get_TemplateFolder(BSTR* value) { return get(templates_.folder, value); }
+STDMETHODIMP Self::put_TemplateExt(BSTR value) { return put(templates_.extension, value); }
+STDMETHODIMP Self::get_TemplateExt(BSTR* value) { return get(templates_.extension, value); }
+STDMETHODIMP Self::put_TemplateCharset(BSTR value) { return put(templates_.charset, value); }
+STDMETHODIMP Self::get_TemplateCharset(BSTR* value) { return get(templates_.charset, value); }
+STDMETHODIMP Self::put_DefaultTemplate(BSTR value) { return put(templates_.default_template, value); }
+STDMETHODIMP Self::get_DefaultTemplate(BSTR* value) { return get(templates_.default_template, value); }
+STDMETHODIMP Self::put_TemplatePermissionPath(BSTR value) { return put(templates_.permission_path, value); }
+STDMETHODIMP Self::get_TemplatePermissionPath(BSTR* value) { return get(templates_.permission_path, value); }
 STDMETHODIMP Self::put_CommandName(BSTR value) { return put(memory_.command_name, value); }
 STDMETHODIMP Self::get_CommandName(BSTR* value) { return get(memory_.command_name, value); }
 STDMETHODIMP Self::put_Name(BSTR value) { return put(memory_.name, value); }
@@ -92,7 +92,7 @@ STDMETHODIMP Self::put_NullIsEmpty(VARIANT_BOOL value) { return put(null_is_empt
 STDMETHODIMP Self::get_NullIsEmpty(VARIANT_BOOL* value) { return get(null_is_empty_, value); }
 STDMETHODIMP Self::put_SubmitDecodeOnPutInto(VARIANT_BOOL value) { return put(binding_.decodes, value); }
 STDMETHODIMP Self::get_SubmitDecodeOnPutInto(VARIANT_BOOL* value) { return get(binding_.decodes, value); }
-STDMETHODIMP Self::put_CacheTemplate(VARIANT_BOOL value) { return put(cache_template_, value); }
-STDMETHODIMP Self::get_CacheTemplate(VARIANT_BOOL* value) { return get(cache_template_, value); }
+STDMETHODIMP Self::put_CacheTemplate(VARIANT_BOOL value) { return put(templates_.are_cached, value); }
+STDMETHODIMP Self::get_CacheTemplate(VARIANT_BOOL* value) { return get(templates_.are_cached, value); }
 STDMETHODIMP Self::put_SelfEncode(VARIANT_BOOL value) { return put(self_encode_, value); }
 STDMETHODIMP Self::get_SelfEncode(VARIANT_BOOL* value) { return get(self_encode_, value); }

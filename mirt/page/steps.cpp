@@ -61,7 +61,7 @@ HRESULT Self::On_EndCommand(bool& go_on) {
 }
 
 HRESULT Self::On_StartDraw(bool& go_on) {
-  if (template_.empty()) RETURN_IF_FAILED(put_Template(default_template_));
+  if (template_.empty()) RETURN_IF_FAILED(put_Template(templates_.default_template));
   return CMirtConcept::On_StartDraw(go_on);
 }
 
@@ -78,8 +78,17 @@ HRESULT Self::Draw(bool& handled) {
   if (!drawn && !template_.empty()) {
     const CComBSTR name = template_;
     if (!name.get()) return E_OUTOFMEMORY;
-    RETURN_IF_FAILED(Draw(name));
+    RETURN_IF_FAILED(templates_.draw(name.view()));
   }
   handled = true;
   return S_OK;
+}
+
+// A template file cannot be read. The script may name another template instead, and asks for it by returning False.
+HRESULT Self::draw_instead(bool& is_drawn) {
+  bool is_error = true;
+  RETURN_IF_FAILED(fire(L"On_TemplateNotFound", true, is_error));
+  is_drawn = !is_error;
+  bool handled = false;
+  return is_drawn ? Draw(handled) : S_OK;
 }
