@@ -15,9 +15,9 @@
 #include <mirt/mirt.h>
 
 #include "frame/class_table.h"
-#include "page/mirt_class.h"
+#include "page/mirt_impl.h"
 #include "page/mirt_session.h"
-#include "templator/mirted_templator_class.h"
+#include "templator/mirted_templator_impl.h"
 #include "templator/template_cache.h"
 #include "templator/text_templator_class.h"
 #include "upload/upload_classes.h"

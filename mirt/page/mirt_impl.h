@@ -1,10 +1,8 @@
 // GIMirtImpl: the page controller.
 //
-// The members of its interface are told in mirt/mirt.h. This class keeps the state and the order of
-// things; the bodies lie beside it, one file a noun: properties.cpp, scripts.cpp, steps.cpp,
-// mark_dispatch.cpp,
-// draw_events.cpp, input_drawers.cpp, messages.cpp, output.cpp, links.cpp,
-// factories.cpp.
+// The members of its interface are told in mirt/mirt.h. This class is their shell: the state and the work lie in the
+// parts that it is made of, each with a header of its own. The bodies of the steps of a page are in mirt_steps.cpp,
+// those of marks in mirt_marks.cpp.
 //
 // A script function that is called from here may call back into any member, change any property, run
 // Process again, or give up the last reference to the controller. Members therefore hold themselves and
@@ -13,12 +11,8 @@
 #pragma once
 
 #include <memory>
-#include <string_view>
 
-#include <korlib/comvariant.h>
-#include <korlib/dictionary.h>
-#include <korlib/ptr.h>
-
+#include "frame/class_factory.h"
 #include "frame/intrinsics.h"
 #include "page/binding.h"
 #include "page/dictionaries.h"
@@ -120,17 +114,15 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   virtual HRESULT PutInto(IKorLibDictionary* target, BSTR name, VARIANT_BOOL as_array);
 
  private:
+  class Values;  // what its marks show
+
   HRESULT InitMultipartForm() { return fields_.read_upload(); }
   HRESULT read_command();
-
-  // mark_dispatch.cpp
+  // Asks the script, where a template file cannot be read, for another template.
+  HRESULT draw_instead(bool& is_drawn);
   HRESULT dispatch_mark(const CMarkData& mark);
-
-  class Values;  // what its marks show
   HRESULT OnMarked_Command(const CComBSTR& name, VARIANT_BOOL encode);
   HRESULT OnMarked_ChildDynamic(const CComBSTR& name);
-
-  HRESULT draw_instead(bool& is_drawn);
 
   mirt::Intrinsics asp_;  // ahead of the parts that use it
   page::Dictionaries dictionaries_;
@@ -146,3 +138,10 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   page::DrawEvents draw_events_;
   std::shared_ptr<MainLink> child_link_;  // of the templators made; null before the first
 };
+
+// The class object of "Mirt".
+using CMirt = GDualImplForPool<IMirt, GIMirtImpl<IMirt>, &g_pTI_IMirt, &g_nRefCount>;
+template <>
+IObjectPool* CMirt::s_pPool;
+
+extern KORLIB_API GClassFactoryPooledInContext<CMirt, &g_nRefCount> g_oCF_Mirt;

@@ -18,12 +18,6 @@ CComBSTR join(std::initializer_list<std::wstring_view> parts) {
   return joined;
 }
 
-CComBSTR copy_of(BSTR text) {
-  CComBSTR copy;
-  if (text) copy.attach(SysAllocStringByteLen(reinterpret_cast<const char*>(text), SysStringByteLen(text)));
-  return copy;
-}
-
 HRESULT raise(std::initializer_list<std::wstring_view> parts) {
   const CComBSTR text = join(parts);
   return RaiseError(E_FAIL, L"Mirt", text ? text.get() : L"");

@@ -12,9 +12,6 @@ namespace page {
 // The parts one behind the other; null when memory is short.
 CComBSTR join(std::initializer_list<std::wstring_view> parts);
 
-// The same bytes, NULs and an odd end included; null for null.
-CComBSTR copy_of(BSTR text);
-
 // Raises E_FAIL with the text, as the controller's own errors are reported, and returns E_FAIL.
 HRESULT raise(std::initializer_list<std::wstring_view> parts);
 

@@ -6,6 +6,7 @@
 #include <korlib/dictionary.h>
 #include <mirt/mirt.h>
 
+#include "frame/class_factory.h"
 #include "frame/intrinsics.h"
 #include "templator/templator_base.h"
 
@@ -54,3 +55,11 @@ class GIMirtedTemplatorImpl<IMirtedTemplator> : public GTemplatorImpl<IMirtedTem
   CComPtr<IKorLibDictionary> bag_;
   mirt::Intrinsics asp_;
 };
+
+// The class object of the child templator, which only a page controller uses.
+using CMirtedTemplator =
+    GDualImplForPool<IMirtedTemplator, GIMirtedTemplatorImpl<IMirtedTemplator>, &g_pTI_IMirtedTemplator, &g_nRefCount>;
+template <>
+IObjectPool* CMirtedTemplator::s_pPool;
+
+extern KORLIB_API GClassFactoryPooledInContext<CMirtedTemplator, &g_nRefCount> g_oCF_MirtedTemplator;

@@ -94,13 +94,6 @@ TEST(PageText, JoinsTextsWithWhateverIsInThem) {
   EXPECT_TRUE(page::join({L""}).get() != nullptr);
 }
 
-TEST(PageText, CopiesNullAndOddLengths) {
-  EXPECT_EQ(nullptr, page::copy_of(nullptr).get());
-  CComBSTR odd;
-  odd.attach(SysAllocStringByteLen("abcdefg", 7));
-  EXPECT_EQ(7u, page::copy_of(odd).byte_length());
-}
-
 TEST(TemplatePath, ComposesFolderNameAndExtension) {
   const struct {
     const wchar_t *current, *folder, *name, *extension, *path;

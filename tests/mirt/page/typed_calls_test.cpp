@@ -103,6 +103,15 @@ TEST_F(TypedCalls, ANullTextIsTheEmptyOne) {
   EXPECT_EQ(E_FAIL, typed_->DrawTemplate(nullptr));
 }
 
+TEST_F(TypedCalls, ATextKeepsItsOddLength) {
+  CComBSTR odd;
+  odd.attach(SysAllocStringByteLen("abcdefg", 7));
+  EXPECT_EQ(S_OK, typed_->put_Name(odd));
+  CComBSTR kept;
+  EXPECT_EQ(S_OK, typed_->get_Name(kept.put()));
+  EXPECT_EQ(7u, kept.byte_length());
+}
+
 TEST_F(TypedCalls, AnEventWithoutAnArgumentGetsAnEmptyOne) {
   script().function(L"f", [](const Arguments&) { return CComVariant(L"answer"); });
   VARIANT_BOOL exists = VARIANT_FALSE;

@@ -9,8 +9,8 @@ using Self = GIMirtImpl<IMirt>;
 
 }  // namespace
 
-STDMETHODIMP Self::Process() try { return CMirtConcept::Process(); } catch (...) {
-  return mirt::hresult_from_exception();
+STDMETHODIMP Self::Process() {
+  return mirt::guarded([&] { return CMirtConcept::Process(); });
 }
 
 HRESULT Self::On_StartMirtSession(bool& go_on) { return fire(L"On_FirstAccess", true, go_on); }
@@ -66,8 +66,8 @@ HRESULT Self::On_StartDraw(bool& go_on) {
 }
 
 HRESULT Self::Draw(bool& handled) {
-  // The name outlives the recursion below on purpose: each round takes stack, so that a page which
-  // refuses for ever comes to an end in the host's stack check instead of spinning here.
+  // The name is kept on the stack over the recursion below: a page that refuses for ever ends in the host's check of
+  // the stack, and does not spin here.
   const CComBSTR event_name = page::join({L"OnDrawTemplate_", template_.view()});
   bool accepted = true;
   RETURN_IF_FAILED(fire(event_name, true, accepted));

@@ -1,4 +1,4 @@
-// From a mark's type character to its handler, and what a failing mark is reported as.
+// The controller's marks: from the type to what draws it, and how a failing mark is reported.
 #include <algorithm>
 #include <string>
 
@@ -12,16 +12,17 @@
 namespace {
 
 using Self = GIMirtImpl<IMirt>;
-constexpr std::size_t kMostWords = 1279;  // characters taken of the platform's words for a code
 
-// The platform's words for the code, none where it has none, and the mark behind them.
+constexpr std::size_t kLongestText = 1279;  // characters taken of the platform's text for a code
+
+// The platform's text for the code, if it has one, and the mark behind it.
 HRESULT report_with_mark(HRESULT hr, const CMarkData& mark) {
   // Not on the stack: a mark inside a mark is reported once for each, one frame inside the other.
-  std::wstring words(kMostWords + 1, L'\0');
+  std::wstring buffer(kLongestText + 1, L'\0');
   const DWORD length =
       FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, static_cast<DWORD>(hr),
-                     LOCALE_SYSTEM_DEFAULT, words.data(), static_cast<DWORD>(words.size()), nullptr);
-  const std::wstring_view system_text(words.data(), std::min<std::size_t>(length, kMostWords));
+                     LOCALE_SYSTEM_DEFAULT, buffer.data(), static_cast<DWORD>(buffer.size()), nullptr);
+  const std::wstring_view system_text(buffer.data(), std::min<std::size_t>(length, kLongestText));
   const CComBSTR text = page::join({system_text, L"[(#", {&mark.Type, 1}, mark.Name.view(), L"#)]"});
   return RaiseError(hr, L"Mirt", text ? text.get() : L"");
 }
