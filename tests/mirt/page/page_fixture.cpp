@@ -1,19 +1,6 @@
 #include "mirt/page/page_fixture.h"
 
-#include <unistd.h>
-
-#include <fstream>
-
 namespace test {
-
-PageTest::PageTest() {
-  const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
-  folder_ = std::filesystem::temp_directory_path() /
-            ("mirt_page_" + std::to_string(getpid()) + "_" + info->test_suite_name() + "_" + info->name());
-  std::filesystem::remove_all(folder_);
-}
-
-PageTest::~PageTest() { std::filesystem::remove_all(folder_); }
 
 CComPtr<IDispatch> PageTest::new_page() {
   const korlib_host::ContextScope scope(asp_.context.get());
@@ -71,15 +58,12 @@ std::wstring PageTest::draw_in_process(const std::wstring& text) {
 }
 
 std::wstring PageTest::file(const std::string& name, const std::string& bytes) {
-  const std::filesystem::path path = folder_ / name;
-  std::filesystem::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << bytes;
-  return path.wstring();
+  folder_.write(name, bytes);
+  return folder_.wide(name);
 }
 
 void PageTest::use_folder() {
-  std::filesystem::create_directories(folder_);
-  put(page(), L"TemplateFolder", folder_.wstring());
+  put(page(), L"TemplateFolder", folder_.wide());
   put(page(), L"TemplateExt", L".html");
 }
 

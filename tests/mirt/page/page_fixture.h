@@ -11,14 +11,12 @@
 #include "support/fake_asp.h"
 #include "support/late_bound.h"
 #include "support/module.h"
+#include "support/temporary_folder.h"
 
 namespace test {
 
 class PageTest : public ModuleTest {
  protected:
-  PageTest();
-  ~PageTest() override;
-
   // A new controller bound to `asp_`.
   CComPtr<IDispatch> new_page();
   // Makes the page that `held` alone holds, with a script of its own: its function "leave" lets go of that, its
@@ -47,7 +45,7 @@ class PageTest : public ModuleTest {
   std::wstring file(const std::string& name, const std::string& bytes);
   // Makes that folder the page's template folder, with the extension ".html".
   void use_folder();
-  const std::filesystem::path& folder() const { return folder_; }
+  std::filesystem::path folder() const { return folder_.path(); }
 
   void TearDown() override;
 
@@ -57,7 +55,7 @@ class PageTest : public ModuleTest {
  private:
   std::wstring drawn_by(const wchar_t* member, const std::wstring& argument);
 
-  std::filesystem::path folder_;
+  TemporaryFolder folder_;
   CComPtr<IDispatch> page_;
 };
 
