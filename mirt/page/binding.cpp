@@ -8,7 +8,7 @@
 namespace page {
 namespace {
 
-// Makes *value its text, and that what SubmitDecode makes of it. On failure it stays as far as it got.
+// Replaces *value by its text, and the text by what SubmitDecode returns. A failure leaves it half way.
 HRESULT decode(VARIANT* value) {
   RETURN_IF_FAILED(VariantChangeType(value, value, 0, VT_BSTR));
   CComBSTR decoded;
@@ -22,7 +22,7 @@ HRESULT decode(VARIANT* value) {
 HRESULT Binding::put_into(IKorLibDictionary* target, BSTR name, bool as_array) const {
   CComPtr<Collection> fields;
   RETURN_IF_FAILED(fields_.get_submitted(&fields));
-  // The first character decides, as it does where a text is read up to its terminator.
+  // Empty by its first character, as if the text were read up to its terminator.
   if (!name || !*name) return put_all_fields(fields.get(), target);
   return put_field(fields.get(), target, name, as_array);
 }
@@ -38,7 +38,7 @@ HRESULT Binding::put_field(Collection* fields, IKorLibDictionary* target, BSTR n
   return store(target, name, &value);
 }
 
-// An element that cannot be decoded stays as far as it got; only the last element's failure counts.
+// An element that cannot be decoded stays half way; only the last element's failure counts.
 HRESULT Binding::read_array(IDispatch* field, CComVariant* value) const {
   CComSafeArray array;
   RETURN_IF_FAILED(values_of(field, array.put()));

@@ -63,7 +63,7 @@ HRESULT DrawEvents::draw(const CMarkData& mark) {
   CEvent event;
   const HRESULT found = scripts_.GetEvent(name, event);
   if (SUCCEEDED(found)) return fire_with_texts(event, owner_, mark.Params);
-  if (found == korlib::kOutOfStack) return found;  // nobody could be asked
+  if (found == korlib::kOutOfStack) return found;  // the scripts could not be asked
   mirt::forget_error();
   const BuiltIn* built_in = BuiltIn::find(name.view());
   return built_in ? built_in->draw(*this, mark.Params) : raise({L"Event '", name.view(), L"' not found."});

@@ -24,9 +24,9 @@ class InputDrawers {
   // 4 parameters: name, value, text if it is the bound one, text if not.
   HRESULT draw_default(BoundTo source, const MarkParams& params);
   // 2 or 3 parameters: name, text [, text where nothing has that name]. While the text is drawn, two items of View
-  // tell name and bound value to the draw events in it.
+  // hold the name and the bound value for the draw events in it.
   HRESULT draw_input(BoundTo source, const MarkParams& params);
-  // 2 parameters, inside that text: text if not, text if the value that View tells is the bound one.
+  // 2 parameters, inside that text: text if not, text if the value in View is the bound one.
   HRESULT draw_inner_default(BoundTo source, const MarkParams& params);
 
  private:

@@ -23,8 +23,7 @@ class CMirtConcept {
   explicit CMirtConcept(IDispatch* owner);
   ~CMirtConcept() = default;
 
-  // A step's answer tells whether to go on; for Command and Draw, whether somebody took the command or
-  // the template.
+  // A step answers whether to go on; Command and Draw answer whether the command or template was handled.
   virtual HRESULT On_StartProcess(bool& go_on);
   virtual HRESULT On_EndProcess(bool& go_on);
   virtual HRESULT On_StartCommand(bool& go_on);

@@ -12,7 +12,7 @@ namespace {
 using ZeltoTypeLibrary::ISessionObject;
 using ZeltoTypeLibrary::IVariantDictionary;
 
-// What the Session holds under the name, where that is an object as it is stored here.
+// What the Session holds under the name, if it is a VT_UNKNOWN, as bind() stores it.
 CComPtr<IUnknown> stored_object(ISessionObject* session, const CComBSTR& name) {
   CComVariant value;
   if (!mirt::succeeded_or_forgotten(session->get_Value(name, &value)) || value.vt != VT_UNKNOWN) return nullptr;

@@ -1,7 +1,7 @@
 // What a page remembers from one request to the next, and the request field that carries its command.
 //
-// The memory is a session state (page/mirt_session.h) that lies in the host's Session under the page's name. Without
-// a Session or a name, and before bind(), a state stands in whose every operation asks for the name.
+// The memory is a session state (page/mirt_session.h), stored in the host's Session under the page's name. Without a
+// Session or a name, and before bind(), its operations fail with an error that asks for the name.
 #pragma once
 
 #include <korlib/combstr.h>
@@ -24,10 +24,10 @@ class Memory {
   CComBSTR command_name = L"c";
   bool backable = true;  // false: the field of the command changes its name with every command
 
-  // Takes the state that the Session holds under the name. Where it holds none, stores a new one; *is_new tells. A
-  // state that could not be stored, and an object of another kind under the name, are failures.
+  // Takes the state that the Session holds under the name, or stores a new one there and sets *is_new. Fails if the
+  // state cannot be stored, or if an object of another kind has the name.
   HRESULT bind(bool* is_new);
-  // Whether there should be a state under the name as it is now, and is none: it was abandoned, or never bound.
+  // Whether there should be a state under the current name but is none: it was abandoned, or never bound.
   bool is_lost() const;
   // Takes the state under the name out of the Session; E_FAIL without a Session.
   HRESULT abandon();

@@ -6,7 +6,7 @@
 namespace page {
 namespace {
 
-// What an enclosing drawer shows comes back when an inner one is done.
+// When an inner drawer is done, the message of the enclosing one is the current one again.
 class Shown {
  public:
   Shown(const VARIANT*& slot, const VARIANT* message) : slot_(slot), before_(slot) { slot_ = message; }

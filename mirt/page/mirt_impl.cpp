@@ -283,8 +283,8 @@ STDMETHODIMP Self::NewADOCommand(VARIANT* connection, BSTR text, LONG type, IDis
   });
 }
 
-// The child keeps the view and the bag as they are now. A page without a session state has no bag, which
-// is no failure until a mark asks for it.
+// The child keeps the view and the bag as they are now. A page without a session state has no bag; only a mark that
+// asks for it fails.
 STDMETHODIMP Self::NewTemplator(BSTR prefix, IMirtedTemplator** templator) {
   return guarded(templator, [&] {
     CComPtr<IMirtedTemplator> made;

@@ -1,13 +1,12 @@
 // GIMirtImpl: the page controller.
 //
-// The members of its interface are told in mirt/mirt.h. This class is their shell: the state and the work lie in the
-// parts that it is made of, each with a header of its own. The bodies of the steps of a page are in mirt_steps.cpp,
+// The members of its interface are documented in mirt/mirt.h. This class is their shell: the state and the work lie in
+// the parts that it is made of, each with a header of its own. The bodies of the steps of a page are in mirt_steps.cpp,
 // those of marks in mirt_marks.cpp.
 //
-// A script function that is called from here may call back into any member, change any property, run
-// Process again, or give up the last reference to the controller. Members therefore hold themselves and
-// whatever they use by a reference of their own for the time of the call, and read properties anew
-// after it.
+// A script function that is called from here may call back into any member, change any property, run Process again, or
+// release the last reference to the controller. Members therefore hold a reference to the controller, and to whatever
+// they use, during the call, and read properties again after it.
 #pragma once
 
 #include <memory>

@@ -68,21 +68,19 @@ ULONG CMirtSession::Release() {
 
 HRESULT CMirtSession::get_Bag(IKorLibDictionary** bag) { return bag_.copy_to(bag); }
 
-HRESULT CMirtSession::GetCommandName(BSTR* name) try {
-  if (!name) return E_POINTER;
-  *name = nullptr;
-  *name = page::join({key_, std::to_wstring(counter_)}).detach();
-  return *name ? S_OK : E_OUTOFMEMORY;
-} catch (...) {
-  return mirt::hresult_from_exception();
+HRESULT CMirtSession::GetCommandName(BSTR* name) {
+  return mirt::guarded(name, [&] {
+    *name = page::join({key_, std::to_wstring(counter_)}).detach();
+    return *name ? S_OK : E_OUTOFMEMORY;
+  });
 }
 
-HRESULT CMirtSession::IncrementCommand() try {
-  key_ = next_key();
-  ++counter_;
-  return S_OK;
-} catch (...) {
-  return mirt::hresult_from_exception();
+HRESULT CMirtSession::IncrementCommand() {
+  return mirt::guarded([&] {
+    key_ = next_key();
+    ++counter_;
+    return S_OK;
+  });
 }
 
 HRESULT CMirtSessionNull::QueryInterface(REFIID riid, void** ppv) { return query(this, riid, ppv); }

@@ -1,7 +1,7 @@
 // What a page keeps from one request to the next: a bag of values and a command key.
 //
-// The object lies in the host's Session under the page's Name, so pages of one Name share it. Its count
-// is plain: the host lets the requests of one session run one after the other.
+// The object is stored in the host's Session under the page's Name, so pages of one Name share it. Its count is not
+// atomic: the host runs the requests of one session one after the other.
 #pragma once
 
 #include <cstdint>
@@ -52,7 +52,7 @@ class CMirtSession final : public IMirtSession {
   LONGLONG counter_ = 0;
 };
 
-// Stands in while a page has no Name or the host no Session: every operation asks for the Name.
+// Used while a page has no Name or the host no Session: every operation fails with an error that asks for the Name.
 class CMirtSessionNull final : public IMirtSession {
  public:
   HRESULT QueryInterface(REFIID riid, void** ppv) override;

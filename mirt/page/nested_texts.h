@@ -5,8 +5,8 @@
 
 namespace page {
 
-// Draws each text where the engine draws, one inside the other as marks want it. Each level keeps a copy of what lies
-// inside it and takes stack, so there is a deepest one, which no page comes near; beyond it a text is an error.
+// Draws texts with the engine; the marks of a text may draw further texts. Each level keeps a copy of what lies inside
+// it and takes stack, so their number is limited; no sensible page comes near, and a text beyond the limit is an error.
 class NestedTexts {
  public:
   // The engine outlives this.

@@ -1,7 +1,7 @@
 // From a template's name to the path of its file, and whether that path may be read.
 //
-// Paths are written with backslashes here; what canonicalizes them, and the stream that reads the file,
-// know what to make of those.
+// Paths are written with backslashes here; the functions that canonicalize them, and the stream that reads the file,
+// accept those.
 #pragma once
 
 #include <string_view>
@@ -16,7 +16,8 @@ namespace page {
 CComBSTR compose_path(std::wstring_view current, std::wstring_view folder, std::wstring_view name,
                       std::wstring_view extension);
 
-// Appends the path without "." and ".." to `out`. E_FAIL, without a message, when that cannot be told.
+// Appends the path without "." and ".." to `out`. E_FAIL, without an error text, when the platform cannot canonicalize
+// it.
 HRESULT ConvertToCanonicalizedPath(std::wstring_view path, CComBSTR& out);
 
 // Whether a canonical path lies inside `permitted`, or else inside `folder`; with neither, nothing does.

@@ -51,8 +51,7 @@ HRESULT Templates::draw(std::wstring_view name) {
   return are_cached ? draw_cached(composed, text) : draw_text(composed, text);
 }
 
-// Where the stack is used up, as by a template that draws itself, there is nothing wrong with the file, and no
-// script can be asked.
+// When the stack is used up, as by a template that draws itself, nothing is wrong with the file, and no script can run.
 HRESULT Templates::draw_unreadable(std::wstring_view path, HRESULT read) {
   if (read == korlib::kOutOfStack) return read;
   mirt::forget_error();
@@ -66,8 +65,8 @@ HRESULT Templates::draw_text(const CComBSTR& path, BSTR text) {
   return engine_.Process(text);
 }
 
-// By the composed path: the cache tells a changed file by its time. The text has been read in any case;
-// what is saved is the parsing.
+// The cache goes by the composed path, and notices a changed file by its time. The text has been read in any case: the
+// cache saves the parsing.
 HRESULT Templates::draw_cached(const CComBSTR& path, BSTR text) {
   CTemplate* kept = nullptr;
   g_oTemplateCache.Take(path, &kept);

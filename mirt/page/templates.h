@@ -11,7 +11,7 @@ namespace page {
 
 class Templates {
  public:
-  // Called where a file cannot be read: may draw something instead, which it tells. Its failure is the answer.
+  // Called when a file cannot be read. May draw something instead, and then sets is_drawn; its failure is returned.
   using DrawInstead = std::function<HRESULT(bool& is_drawn)>;
 
   // The engine, which draws, outlives this.
@@ -22,14 +22,14 @@ class Templates {
 
   // Properties of the page.
   CComBSTR default_template;
-  CComBSTR permission_path;  // where templates may lie, or else below the folder
+  CComBSTR permission_path;  // templates must lie below it; if empty, below the folder
   bool are_cached = true;
   CComBSTR folder;
   CComBSTR extension;
   CComBSTR charset = L"UTF-8";
 
-  // Draws the file of that name: beside the file that is being drawn, where there is one, else in the folder. A path
-  // that is not permitted or that nothing can be read from raises an error.
+  // Draws the file of that name, which lies beside the file that is being drawn, if there is one, else in the folder.
+  // Raises an error if the path is not permitted or cannot be read.
   HRESULT draw(std::wstring_view name);
 
  private:

@@ -47,7 +47,7 @@ HRESULT MarkValues::read_value(MarkSource source, BSTR name, CComVariant* value,
     case MarkSource::kRequest:
       return parts_.asp.request ? get_field(name, value, found) : E_FAIL;
     default:
-      return E_UNEXPECTED;  // no source of values
+      return E_UNEXPECTED;  // holds no values
   }
 }
 

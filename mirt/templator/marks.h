@@ -36,17 +36,25 @@ struct MarkKind {
   bool in_templators;   // false: for the page controller alone
 };
 
-// Every source of values has a pair of characters.
+// Every source of values has a pair of types: one writes the encoded text, the other the text as it is.
 inline constexpr MarkKind kMarkKinds[] = {
-    {L'%', MarkSource::kDrawEvent, VARIANT_FALSE, true},   {L';', MarkSource::kScript, VARIANT_TRUE, true},
-    {L':', MarkSource::kScript, VARIANT_FALSE, true},      {L'*', MarkSource::kView, VARIANT_TRUE, true},
-    {L'/', MarkSource::kView, VARIANT_FALSE, true},        {L'=', MarkSource::kSession, VARIANT_TRUE, true},
-    {L'~', MarkSource::kSession, VARIANT_FALSE, true},     {L'+', MarkSource::kApplication, VARIANT_TRUE, true},
-    {L'-', MarkSource::kApplication, VARIANT_FALSE, true}, {L'$', MarkSource::kRequest, VARIANT_TRUE, true},
-    {L'\\', MarkSource::kRequest, VARIANT_FALSE, true},    {L'&', MarkSource::kBag, VARIANT_TRUE, true},
-    {L'|', MarkSource::kBag, VARIANT_FALSE, true},         {L'!', MarkSource::kCommand, VARIANT_TRUE, false},
-    {L'?', MarkSource::kCommand, VARIANT_FALSE, false},    {L'`', MarkSource::kTemplate, VARIANT_FALSE, false},
-    {L'@', MarkSource::kInclude, VARIANT_FALSE, false},
+    {L'%', MarkSource::kDrawEvent, VARIANT_FALSE, true},    // the function writes
+    {L';', MarkSource::kScript, VARIANT_TRUE, true},        // encoded
+    {L':', MarkSource::kScript, VARIANT_FALSE, true},       // raw
+    {L'*', MarkSource::kView, VARIANT_TRUE, true},          // encoded
+    {L'/', MarkSource::kView, VARIANT_FALSE, true},         // raw
+    {L'=', MarkSource::kSession, VARIANT_TRUE, true},       // encoded
+    {L'~', MarkSource::kSession, VARIANT_FALSE, true},      // raw
+    {L'+', MarkSource::kApplication, VARIANT_TRUE, true},   // encoded
+    {L'-', MarkSource::kApplication, VARIANT_FALSE, true},  // raw
+    {L'$', MarkSource::kRequest, VARIANT_TRUE, true},       // encoded
+    {L'\\', MarkSource::kRequest, VARIANT_FALSE, true},     // raw
+    {L'&', MarkSource::kBag, VARIANT_TRUE, true},           // encoded
+    {L'|', MarkSource::kBag, VARIANT_FALSE, true},          // raw
+    {L'!', MarkSource::kCommand, VARIANT_TRUE, false},      // encoded, page controller only
+    {L'?', MarkSource::kCommand, VARIANT_FALSE, false},     // raw, page controller only
+    {L'`', MarkSource::kTemplate, VARIANT_FALSE, false},    // drawn, page controller only
+    {L'@', MarkSource::kInclude, VARIANT_FALSE, false},     // drawn, page controller only
 };
 
 constexpr bool draws(MarkOwner owner, const MarkKind& kind) { return owner == MarkOwner::kPage || kind.in_templators; }
@@ -65,12 +73,11 @@ inline constexpr auto kMarkTypes = [] {
 // Null for a mark without a type, and for a type that the owner does not draw: such marks show nothing.
 const MarkKind* find_mark_kind(wchar_t type, MarkOwner owner);
 
-// Where the marks of one owner find their values. It refers to the owner's parts and looks at them anew for each
-// mark, since a script may have changed them.
+// Where the marks of one owner find their values. It refers to parts of the owner, which a script may change.
 class MarkValues {
  public:
-  // Reads what a mark of that source, which must be one of values, shows. On success *text is a VT_BSTR to be
-  // written, or VT_EMPTY where there is nothing to write.
+  // Reads what a mark shows whose source holds values: kScript, kView … kBag; others are E_UNEXPECTED. On success
+  // *text is a VT_BSTR to be written, or VT_EMPTY if there is nothing to write.
   HRESULT read(MarkSource source, const CMarkData& mark, BSTR name, CComVariant* text) const;
 
  protected:
@@ -85,9 +92,9 @@ class MarkValues {
   ~MarkValues() = default;
 
  private:
-  // Null, with success, where there is none, which fails the mark.
+  // Null with success if there is none; the mark then fails.
   virtual HRESULT get_bag(CComPtr<IKorLibDictionary>* bag) const = 0;
-  // The request is there. A mark whose value is not found shows nothing.
+  // Only called with a request. Where *found becomes false, the mark shows nothing.
   virtual HRESULT get_field(BSTR name, CComVariant* value, bool* found) const = 0;
 
   HRESULT read_value(MarkSource source, BSTR name, CComVariant* value, bool* found) const;

@@ -85,6 +85,6 @@ HRESULT Self::OnMarked_Process(const CMarkData& mark, const CComBSTR& name) {
   CEvent event;
   const HRESULT found = m_oScripts.GetEvent(function.c_str(), event);
   if (SUCCEEDED(found)) return fire_with_texts(event, this, mark.Params);
-  if (found == korlib::kOutOfStack) return found;  // nobody could be asked
+  if (found == korlib::kOutOfStack) return found;  // the scripts could not be asked
   return RaiseError(E_FAIL, L"MirtedTemplator", (L"Event '" + function + L"' not found.").c_str());
 }

@@ -1,4 +1,4 @@
-// The words of a failure: gone when the component goes on from it, kept when it does not.
+// The error text of a failure: gone when the component goes on from it, kept when it does not.
 #include <korlib/activation.h>
 
 #include "mirt/page/page_fixture.h"
@@ -6,11 +6,11 @@
 namespace test {
 namespace {
 
-// Every call here succeeds, and leaves no error object for somebody else's failure to show.
+// Every call here succeeds, and leaves no error object that a later failure would show.
 class GoingOn : public PageTest {
  protected:
   void SetUp() override { asp_.calls->raise_words(); }
-  // A script object whose default member fails in words: a value without a text.
+  // A script object whose default member fails with an error text: a value that cannot be shown.
   CComPtr<FakeScript> without_text() {
     const CComPtr<FakeScript> object = FakeScript::make();
     object->failing(L"", E_FAIL, L"The object's words.");
@@ -18,7 +18,7 @@ class GoingOn : public PageTest {
   }
 };
 
-// A session mark on a page without one fails without words of its own.
+// A session mark on a page without a session fails without an error text.
 const std::wstring kSilent = L"<code 80004005>";
 
 TEST_F(GoingOn, FromCollectionsThatFail) {
@@ -59,7 +59,7 @@ TEST_F(GoingOn, FromATemplateThatIsReplaced) {
   EXPECT_EQ(kSilent + L"other", draw_file(L"page"));
 }
 
-// The event itself fails in silence: the file's words are not its.
+// The event itself fails without a text, and must not show that of the file.
 TEST_F(GoingOn, FromATemplateBeforeTheScriptIsAsked) {
   use_folder();
   std::filesystem::create_directories(folder() / "broken.html");

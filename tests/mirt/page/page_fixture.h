@@ -32,7 +32,7 @@ class PageTest : public ModuleTest {
 
   // Everything written so far.
   std::wstring output() const { return asp_.response->text(); }
-  // What a template text draws: the code and words of a failure, then what was written.
+  // What a template text draws: the code and text of a failure, then what was written.
   std::wstring draw(const std::wstring& text);
   // The same of a template file.
   std::wstring draw_file(const std::wstring& name);

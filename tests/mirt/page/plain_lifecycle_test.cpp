@@ -20,7 +20,7 @@ class PlainLifecycle : public testing::Test, protected CMirtConcept {
   void define(std::initializer_list<const wchar_t*> names) {
     for (const wchar_t* name : names) script_->function(name, [](const Arguments&) { return CComVariant(); });
   }
-  // How Process ends: the words of its error, empty for success.
+  // How Process ends: the text of its error, empty for success.
   std::wstring ending() {
     take_error();
     script_->forget_calls();

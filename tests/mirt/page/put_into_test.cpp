@@ -231,7 +231,7 @@ TEST_F(PutInto, AVariableThatRefusesEndsTheCopying) {
   EXPECT_EQ(VT_EMPTY, script().current(L"d").vt);
 }
 
-// The bag and the name of the command's field are the session's; without one, its words are the failure.
+// The bag and the name of the command's field belong to the session; without one, they fail with its error text.
 TEST_F(PutInto, NeedsASessionForTheBagAndForTheKey) {
   put(page(), L"Name", L"");
   query().set_raw(L"a", CComVariant(L"1"));

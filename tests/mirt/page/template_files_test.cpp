@@ -322,7 +322,7 @@ TEST_F(TemplateFiles, OneThatDrawsItselfFailsCleanly) {
   file("t.html", "(#`t#)");
   for (const bool cached : {true, false}) {
     put(page(), L"CacheTemplate", cached);
-    // "Out of stack space", which this host has no words for.
+    // "Out of stack space", for which this host has no text.
     EXPECT_EQ(L"<code 800A001C>[(#`t#)]", draw_file(L"t"));
   }
   EXPECT_EQ(L"c", draw(L"(#?#)"));

@@ -233,7 +233,7 @@ TEST_F(Child, WritesWhereItIsTold) {
     EXPECT_EQ(S_OK, typed->putref_Stream(nullptr));
     EXPECT_EQ(E_FAIL, call(child_.get(), L"Write", L"x", false).hr);
     asp_.calls->fail("Server.HTMLEncode", E_ACCESSDENIED);
-    EXPECT_EQ(E_FAIL, call(child_.get(), L"Write", L"x", true).hr);  // nothing is encoded for nobody
+    EXPECT_EQ(E_FAIL, call(child_.get(), L"Write", L"x", true).hr);  // without an output nothing is encoded
     EXPECT_EQ(E_FAIL, call(child_.get(), L"ProcessTemplate", L"x").hr);
   });
 }
