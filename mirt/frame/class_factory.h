@@ -123,16 +123,16 @@ class GClassFactoryPooled : public GClassFactory<Object, ModuleCount>, public IO
 template <class Factory, class Object>
 class GClassFactoryInContextImpl : public Factory {
  public:
-  STDMETHODIMP CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override try {
-    RETURN_IF_FAILED(Factory::CreateInstance(outer, riid, ppv));
-    CComPtr<IGetContextProperties> spContext;
-    const HRESULT hr = CoGetObjectContext(IID_IGetContextProperties, spContext.put_void());
-    if (!spContext) return hr;
-    // Each identifier that the object answers to gives the same address.
-    auto* object = static_cast<typename Object::interface_type*>(static_cast<IUnknown*>(*ppv));
-    return static_cast<Object*>(object)->InContext(spContext.get());
-  } catch (...) {
-    return mirt::hresult_from_exception();
+  STDMETHODIMP CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override {
+    return mirt::guarded([&] {
+      RETURN_IF_FAILED(Factory::CreateInstance(outer, riid, ppv));
+      CComPtr<IGetContextProperties> spContext;
+      const HRESULT hr = CoGetObjectContext(IID_IGetContextProperties, spContext.put_void());
+      if (!spContext) return hr;
+      // Each identifier that the object answers to gives the same address.
+      auto* object = static_cast<typename Object::interface_type*>(static_cast<IUnknown*>(*ppv));
+      return static_cast<Object*>(object)->InContext(spContext.get());
+    });
   }
 };
 

@@ -67,15 +67,15 @@ const CComBSTR& CTemplatorConcept::take_escaped(std::wstring_view text, std::siz
   return Escape;
 }
 
-HRESULT CTemplatorConcept::GetMarkData(wchar_t* text, unsigned int& pos, CMarkData& mark) try {
-  if (!is_complete()) return E_OUTOFMEMORY;
-  std::size_t at = pos;
-  MarkScratch scratch;
-  const HRESULT hr = read_mark(delimiters(), korlib::view_of(text), at, mark, scratch);
-  pos = static_cast<unsigned int>(at);
-  return hr;
-} catch (...) {
-  return mirt::hresult_from_exception();
+HRESULT CTemplatorConcept::GetMarkData(wchar_t* text, unsigned int& pos, CMarkData& mark) {
+  return mirt::guarded([&] {
+    if (!is_complete()) return E_OUTOFMEMORY;
+    std::size_t at = pos;
+    MarkScratch scratch;
+    const HRESULT hr = read_mark(delimiters(), korlib::view_of(text), at, mark, scratch);
+    pos = static_cast<unsigned int>(at);
+    return hr;
+  });
 }
 
 HRESULT CTemplatorConcept::read_mark(const Delimiters& d, std::wstring_view text, std::size_t& pos, CMarkData& mark,
@@ -125,36 +125,36 @@ HRESULT CTemplatorConcept::read_mark(const Delimiters& d, std::wstring_view text
   return invalid_mark_order();
 }
 
-HRESULT CTemplatorConcept::Parse(wchar_t* source, CTemplate& tmpl) try {
-  if (!is_complete()) return E_OUTOFMEMORY;
-  const Delimiters d = delimiters();
-  const std::wstring_view text = korlib::view_of(source);
-  std::wstring run;
-  MarkScratch scratch;
-  std::size_t pos = 0;
-  while (pos < text.size()) {
-    const std::size_t start = d.next_start(text, pos);
-    run.append(text, pos, start - pos);
-    pos = start;
-    if (pos == text.size()) break;
-    if (stands_at(text, pos, d.escape)) {
-      run.append(take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose}).view());
-    } else if (stands_at(text, pos, d.mark_open)) {
-      RETURN_IF_FAILED(push_text(tmpl, run));
-      run.clear();
-      pos += d.mark_open.size();
-      auto mark = std::make_unique<CMarkData>();
-      RETURN_IF_FAILED(read_mark(d, text, pos, *mark, scratch));
-      tmpl.Marks.push_back(mark.get());
-      (void)mark.release();
-      pos += d.mark_close.size();
-    } else if (stands_at(text, pos, d.mark_close)) {
-      return invalid_mark_order();
-    } else {
-      run.push_back(text[pos++]);
+HRESULT CTemplatorConcept::Parse(wchar_t* source, CTemplate& tmpl) {
+  return mirt::guarded([&] {
+    if (!is_complete()) return E_OUTOFMEMORY;
+    const Delimiters d = delimiters();
+    const std::wstring_view text = korlib::view_of(source);
+    std::wstring run;
+    MarkScratch scratch;
+    std::size_t pos = 0;
+    while (pos < text.size()) {
+      const std::size_t start = d.next_start(text, pos);
+      run.append(text, pos, start - pos);
+      pos = start;
+      if (pos == text.size()) break;
+      if (stands_at(text, pos, d.escape)) {
+        run.append(take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose}).view());
+      } else if (stands_at(text, pos, d.mark_open)) {
+        RETURN_IF_FAILED(push_text(tmpl, run));
+        run.clear();
+        pos += d.mark_open.size();
+        auto mark = std::make_unique<CMarkData>();
+        RETURN_IF_FAILED(read_mark(d, text, pos, *mark, scratch));
+        tmpl.Marks.push_back(mark.get());
+        (void)mark.release();
+        pos += d.mark_close.size();
+      } else if (stands_at(text, pos, d.mark_close)) {
+        return invalid_mark_order();
+      } else {
+        run.push_back(text[pos++]);
+      }
     }
-  }
-  return push_text(tmpl, run);
-} catch (...) {
-  return mirt::hresult_from_exception();
+    return push_text(tmpl, run);
+  });
 }

@@ -10,11 +10,11 @@
 template <class Interface>
 class GTemplatorImpl : public Interface, protected CTemplatorConcept {
  public:
-  STDMETHODIMP putref_Script(IDispatch* script) override try {
-    m_oScripts.add(script);
-    return S_OK;
-  } catch (...) {
-    return mirt::hresult_from_exception();
+  STDMETHODIMP putref_Script(IDispatch* script) override {
+    return mirt::guarded([&] {
+      m_oScripts.add(script);
+      return S_OK;
+    });
   }
   STDMETHODIMP get_Script(IDispatch** script) override { return CComPtr<IDispatch>(m_oScripts.last()).copy_to(script); }
   STDMETHODIMP putref_Stream(IUnknown* sink) override { return putref_Output(sink); }

@@ -8,9 +8,10 @@
 namespace {
 
 HRESULT copy_text(std::wstring_view text, BSTR* copy) {
-  if (!copy) return E_POINTER;
-  *copy = korlib::new_bstr(text);
-  return *copy ? S_OK : E_OUTOFMEMORY;
+  return mirt::guarded(copy, [&] {
+    *copy = korlib::new_bstr(text);
+    return *copy ? S_OK : E_OUTOFMEMORY;
+  });
 }
 
 }  // namespace
@@ -60,7 +61,5 @@ STDMETHODIMP GIFormFileImpl<IFormFile>::get_ContentType(BSTR* type) {
 }
 
 STDMETHODIMP GIFormFileImpl<IFormFile>::get_Stream(IDispatch** stream) {
-  if (!stream) return E_POINTER;
-  *stream = nullptr;
-  return m_spStream ? m_spStream.query(stream) : E_FAIL;
+  return mirt::guarded(stream, [&] { return m_spStream ? m_spStream.query(stream) : E_FAIL; });
 }

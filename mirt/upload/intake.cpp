@@ -66,27 +66,27 @@ HRESULT read_body(IRequest* request, CComVariant* body) {
 
 }  // namespace
 
-HRESULT read_multipart_form(IRequest* request, IResponse* response, CComPtr<IRequestDictionary>* form) try {
-  if (!request || !response) return E_FAIL;
-  CComVariant type;
-  RETURN_IF_FAILED(mirt::server_variable(request, L"HTTP_CONTENT_TYPE", &type));
-  const std::wstring content_type(korlib::view_of(type.bstrVal));
-  if (!content_type.starts_with(kMultipart)) return S_OK;
-  const std::string delimiter = delimiter_of(content_type);
-  if (delimiter.empty()) return S_OK;
+HRESULT read_multipart_form(IRequest* request, IResponse* response, CComPtr<IRequestDictionary>* form) {
+  return mirt::guarded([&] {
+    if (!request || !response) return E_FAIL;
+    CComVariant type;
+    RETURN_IF_FAILED(mirt::server_variable(request, L"HTTP_CONTENT_TYPE", &type));
+    const std::wstring content_type(korlib::view_of(type.bstrVal));
+    if (!content_type.starts_with(kMultipart)) return S_OK;
+    const std::string delimiter = delimiter_of(content_type);
+    if (delimiter.empty()) return S_OK;
 
-  CComVariant body;
-  RETURN_IF_FAILED(read_body(request, &body));
-  if (body.vt != (VT_ARRAY | VT_UI1) || !body.parray || body.parray->cDims != 1) {
-    if (!*form) *form = SharedForm::find(request);
-    return S_OK;
-  }
-  RETURN_IF_FAILED(g_oCF_MultipartForm.CreateInstance(nullptr, korlib::iid_of<IRequestDictionary>, form->put_void()));
-  LONG code_page = 0;
-  RETURN_IF_FAILED(response->get_CodePage(&code_page));
-  const SAFEARRAY& bytes = *body.parray;
-  return add_parts(static_cast<const char*>(bytes.pvData), bytes.rgsabound[0].cElements, delimiter.c_str(),
-                   static_cast<UINT>(code_page), *static_cast<GMultipartForm*>(form->get()));
-} catch (...) {
-  return mirt::hresult_from_exception();
+    CComVariant body;
+    RETURN_IF_FAILED(read_body(request, &body));
+    if (body.vt != (VT_ARRAY | VT_UI1) || !body.parray || body.parray->cDims != 1) {
+      if (!*form) *form = SharedForm::find(request);
+      return S_OK;
+    }
+    RETURN_IF_FAILED(g_oCF_MultipartForm.CreateInstance(nullptr, korlib::iid_of<IRequestDictionary>, form->put_void()));
+    LONG code_page = 0;
+    RETURN_IF_FAILED(response->get_CodePage(&code_page));
+    const SAFEARRAY& bytes = *body.parray;
+    return add_parts(static_cast<const char*>(bytes.pvData), bytes.rgsabound[0].cElements, delimiter.c_str(),
+                     static_cast<UINT>(code_page), *static_cast<GMultipartForm*>(form->get()));
+  });
 }

@@ -5,31 +5,31 @@
 #include "frame/error.h"
 #include "upload/upload_classes.h"
 
-HRESULT GMultipartForm::add(CComBSTR name, CComVariant value) try {
-  fields_.try_emplace(std::move(name)).first->second.push_back(std::move(value));
-  return S_OK;
-} catch (...) {
-  return mirt::hresult_from_exception();
+HRESULT GMultipartForm::add(CComBSTR name, CComVariant value) {
+  return mirt::guarded([&] {
+    fields_.try_emplace(std::move(name)).first->second.push_back(std::move(value));
+    return S_OK;
+  });
 }
 
 STDMETHODIMP GMultipartForm::get_Item(VARIANT key, VARIANT* value) {
-  if (!value) return E_POINTER;
-  VariantInit(value);
-  CComVariant name;
-  RETURN_IF_FAILED(VariantChangeType(&name, &key, 0, VT_BSTR));
-  CComBSTR wanted;
-  wanted.attach(name.bstrVal);
-  name.vt = VT_EMPTY;
-  const auto field = fields_.find(wanted);
-  if (field == fields_.end() || field->second.empty()) return S_OK;
-  CComPtr<ZeltoTypeLibrary::IStringList> spList;
-  RETURN_IF_FAILED(g_oCF_MultipartFormStringList.CreateInstance(nullptr, korlib::iid_of<ZeltoTypeLibrary::IStringList>,
-                                                                spList.put_void()));
-  static_cast<GMultipartFormStringList*>(spList.get())->show(this, &field->second);
-  value->vt = VT_DISPATCH;
-  // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): it does not see a reference leave in a VARIANT
-  value->pdispVal = spList.detach();
-  return S_OK;
+  return mirt::guarded(value, [&] {
+    CComVariant name;
+    RETURN_IF_FAILED(VariantChangeType(&name, &key, 0, VT_BSTR));
+    CComBSTR wanted;
+    wanted.attach(name.bstrVal);
+    name.vt = VT_EMPTY;
+    const auto field = fields_.find(wanted);
+    if (field == fields_.end() || field->second.empty()) return S_OK;
+    CComPtr<ZeltoTypeLibrary::IStringList> spList;
+    RETURN_IF_FAILED(g_oCF_MultipartFormStringList.CreateInstance(
+        nullptr, korlib::iid_of<ZeltoTypeLibrary::IStringList>, spList.put_void()));
+    static_cast<GMultipartFormStringList*>(spList.get())->show(this, &field->second);
+    value->vt = VT_DISPATCH;
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): it does not see a reference leave in a VARIANT
+    value->pdispVal = spList.detach();
+    return S_OK;
+  });
 }
 
 STDMETHODIMP GMultipartForm::get__NewEnum(IUnknown** names) {
@@ -49,19 +49,19 @@ STDMETHODIMP GMultipartForm::get_Key(VARIANT, VARIANT* key) {
 }
 
 STDMETHODIMP GMultipartFormStringList::get_Item(VARIANT index, VARIANT* value) {
-  if (!value) return E_POINTER;
-  VariantInit(value);
-  if (!values_) return E_UNEXPECTED;
-  if (index.vt != VT_ERROR) {
-    CComVariant number;
-    RETURN_IF_FAILED(VariantChangeType(&number, &index, 0, VT_I4));
-    if (number.lVal < 1 || static_cast<std::size_t>(number.lVal) > values_->size()) return DISP_E_BADINDEX;
-    return VariantCopy(value, &(*values_)[static_cast<std::size_t>(number.lVal) - 1]);
-  }
-  return values_->size() == 1 ? VariantCopy(value, &values_->front()) : joined(value);
+  return mirt::guarded(value, [&] {
+    if (!values_) return E_UNEXPECTED;
+    if (index.vt != VT_ERROR) {
+      CComVariant number;
+      RETURN_IF_FAILED(VariantChangeType(&number, &index, 0, VT_I4));
+      if (number.lVal < 1 || static_cast<std::size_t>(number.lVal) > values_->size()) return DISP_E_BADINDEX;
+      return VariantCopy(value, &(*values_)[static_cast<std::size_t>(number.lVal) - 1]);
+    }
+    return values_->size() == 1 ? VariantCopy(value, &values_->front()) : joined(value);
+  });
 }
 
-HRESULT GMultipartFormStringList::joined(VARIANT* value) const try {
+HRESULT GMultipartFormStringList::joined(VARIANT* value) const {
   std::wstring all;
   for (const CComVariant& one : *values_) {
     CComVariant text;
@@ -74,8 +74,6 @@ HRESULT GMultipartFormStringList::joined(VARIANT* value) const try {
   value->vt = VT_BSTR;
   value->bstrVal = text;
   return S_OK;
-} catch (...) {
-  return mirt::hresult_from_exception();
 }
 
 STDMETHODIMP GMultipartFormStringList::get_Count(int* count) {

@@ -85,23 +85,22 @@ HRESULT add_part(const PartHeaders& headers, std::string_view content, UINT code
 
 }  // namespace
 
-HRESULT add_parts(const char* body, std::size_t length, const char* delimiter, UINT code_page,
-                  GMultipartForm& form) try {
-  constexpr std::size_t kLineEnd = 2;  // the CR LF in front of a delimiter is no content
-  CMultipartParser parser(body, length, delimiter);
-  std::size_t delimiter_at = 0;
-  bool is_last = false;
-  RETURN_IF_FAILED(parser.MoveNextBoundary(delimiter_at, is_last));
-  while (!is_last) {
-    PartHeaders headers;
-    const HRESULT headers_end = headers.read(parser);
-    if (headers_end != S_FALSE) return headers_end;
-    const std::size_t start = parser.position();
+HRESULT add_parts(const char* body, std::size_t length, const char* delimiter, UINT code_page, GMultipartForm& form) {
+  return mirt::guarded([&] {
+    constexpr std::size_t kLineEnd = 2;  // the CR LF in front of a delimiter is no content
+    CMultipartParser parser(body, length, delimiter);
+    std::size_t delimiter_at = 0;
+    bool is_last = false;
     RETURN_IF_FAILED(parser.MoveNextBoundary(delimiter_at, is_last));
-    const std::size_t size = delimiter_at < start + kLineEnd ? 0 : delimiter_at - kLineEnd - start;
-    RETURN_IF_FAILED(add_part(headers, {body + start, size}, code_page, form));
-  }
-  return S_OK;
-} catch (...) {
-  return mirt::hresult_from_exception();
+    while (!is_last) {
+      PartHeaders headers;
+      const HRESULT headers_end = headers.read(parser);
+      if (headers_end != S_FALSE) return headers_end;
+      const std::size_t start = parser.position();
+      RETURN_IF_FAILED(parser.MoveNextBoundary(delimiter_at, is_last));
+      const std::size_t size = delimiter_at < start + kLineEnd ? 0 : delimiter_at - kLineEnd - start;
+      RETURN_IF_FAILED(add_part(headers, {body + start, size}, code_page, form));
+    }
+    return S_OK;
+  });
 }

@@ -13,28 +13,24 @@ namespace {
 using Encoder = HRESULT (*)(const char* bytes, std::size_t n, CComBSTR& out);
 using Decoder = HRESULT (*)(const wchar_t* text, std::size_t n, std::string& out);
 
-HRESULT encode_with(Encoder encoder, const VARIANT* input, LONG charset, BSTR* encoded) try {
-  if (!encoded) return E_POINTER;
-  *encoded = nullptr;
-  InputBytes bytes;
-  RETURN_IF_FAILED(bytes.take(input, charset));
-  CComBSTR text;
-  RETURN_IF_FAILED(encoder(bytes.data(), bytes.size(), text));
-  *encoded = text.detach();
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception();
+HRESULT encode_with(Encoder encoder, const VARIANT* input, LONG charset, BSTR* encoded) {
+  return guarded(encoded, [&] {
+    InputBytes bytes;
+    RETURN_IF_FAILED(bytes.take(input, charset));
+    CComBSTR text;
+    RETURN_IF_FAILED(encoder(bytes.data(), bytes.size(), text));
+    *encoded = text.detach();
+    return S_OK;
+  });
 }
 
-HRESULT decode_with(Decoder decoder, BSTR text, LONG charset, VARIANT* decoded) try {
-  if (!decoded) return E_POINTER;
-  VariantInit(decoded);
-  const std::wstring_view characters = korlib::view_of(text);
-  std::string bytes;
-  RETURN_IF_FAILED(decoder(characters.data(), characters.size(), bytes));
-  return give_decoded(bytes.data(), bytes.size(), charset, decoded);
-} catch (...) {
-  return hresult_from_exception();
+HRESULT decode_with(Decoder decoder, BSTR text, LONG charset, VARIANT* decoded) {
+  return guarded(decoded, [&] {
+    const std::wstring_view characters = korlib::view_of(text);
+    std::string bytes;
+    RETURN_IF_FAILED(decoder(characters.data(), characters.size(), bytes));
+    return give_decoded(bytes.data(), bytes.size(), charset, decoded);
+  });
 }
 
 }  // namespace

@@ -78,12 +78,12 @@ HRESULT SHA1(const unsigned char* bytes, const unsigned int& n, BSTR* out) {
 
 HRESULT digest_with(HRESULT (*worker)(const unsigned char*, const unsigned int&, BSTR*), const VARIANT* input,
                     LONG charset, BSTR* hex) {
-  if (!hex) return E_POINTER;
-  *hex = nullptr;
-  InputBytes bytes;
-  RETURN_IF_FAILED(bytes.take(input, charset));
-  if (bytes.size() > UINT32_MAX) return E_FAIL;
-  return worker(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned int>(bytes.size()), hex);
+  return guarded(hex, [&] {
+    InputBytes bytes;
+    RETURN_IF_FAILED(bytes.take(input, charset));
+    if (bytes.size() > UINT32_MAX) return E_FAIL;
+    return worker(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned int>(bytes.size()), hex);
+  });
 }
 
 }  // namespace

@@ -74,24 +74,24 @@ HRESULT is_among(const VARIANT* text, const Values& values, bool* found) {
 
 }  // namespace
 
-HRESULT find_string(const VARIANT* list, const VARIANT* wanted, VARIANT_BOOL* found) noexcept try {
-  if (!found) return E_POINTER;
-  Values candidates;
-  RETURN_IF_FAILED(candidates.attach(list));
-  Values searched;
-  RETURN_IF_FAILED(searched.attach(wanted));
-  *found = VARIANT_FALSE;
-  // Goes on after a hit: a value behind it that has no text form is still an error.
-  for (const VARIANT& value : searched) {
-    AsText text;
-    RETURN_IF_FAILED(text.take(value));
-    bool is_hit = false;
-    RETURN_IF_FAILED(is_among(text.get(), candidates, &is_hit));
-    if (is_hit) *found = VARIANT_TRUE;
-  }
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception();
+HRESULT find_string(const VARIANT* list, const VARIANT* wanted, VARIANT_BOOL* found) noexcept {
+  return guarded([&] {
+    if (!found) return E_POINTER;
+    Values candidates;
+    RETURN_IF_FAILED(candidates.attach(list));
+    Values searched;
+    RETURN_IF_FAILED(searched.attach(wanted));
+    *found = VARIANT_FALSE;
+    // Goes on after a hit: a value behind it that has no text form is still an error.
+    for (const VARIANT& value : searched) {
+      AsText text;
+      RETURN_IF_FAILED(text.take(value));
+      bool is_hit = false;
+      RETURN_IF_FAILED(is_among(text.get(), candidates, &is_hit));
+      if (is_hit) *found = VARIANT_TRUE;
+    }
+    return S_OK;
+  });
 }
 
 }  // namespace mirt::utility

@@ -98,37 +98,36 @@ std::wstring with_references_decoded(std::wstring_view text) {
 }  // namespace
 
 HRESULT html_encode(BSTR text, BSTR* encoded) noexcept {
-  if (!encoded) return E_POINTER;
-  const std::wstring_view plain = korlib::view_of(text);
-  const wchar_t* const end = plain.data() + plain.size();
-  RETURN_IF_FAILED(new_text(plain.size() + html_growth(plain.data(), end), encoded));
-  put_html(plain.data(), end, *encoded);
-  return S_OK;
+  return guarded(encoded, [&] {
+    const std::wstring_view plain = korlib::view_of(text);
+    const wchar_t* const end = plain.data() + plain.size();
+    RETURN_IF_FAILED(new_text(plain.size() + html_growth(plain.data(), end), encoded));
+    put_html(plain.data(), end, *encoded);
+    return S_OK;
+  });
 }
 
 HRESULT trim(BSTR text, BSTR* trimmed) noexcept {
-  if (!trimmed) return E_POINTER;
-  *trimmed = nullptr;
-  const std::wstring_view whole = korlib::view_of(text);
-  const std::size_t first = whole.find_first_not_of(kTrimmed);
-  if (first == std::wstring_view::npos) return S_OK;  // nothing remains: a null string
-  const std::size_t last = whole.find_last_not_of(kTrimmed);
-  *trimmed = korlib::new_bstr(whole.substr(first, last - first + 1));
-  return *trimmed ? S_OK : E_OUTOFMEMORY;
+  return guarded(trimmed, [&] {
+    const std::wstring_view whole = korlib::view_of(text);
+    const std::size_t first = whole.find_first_not_of(kTrimmed);
+    if (first == std::wstring_view::npos) return S_OK;  // nothing remains: a null string
+    const std::size_t last = whole.find_last_not_of(kTrimmed);
+    *trimmed = korlib::new_bstr(whole.substr(first, last - first + 1));
+    return *trimmed ? S_OK : E_OUTOFMEMORY;
+  });
 }
 
-HRESULT submit_decode(BSTR text, BSTR* decoded) noexcept try {
-  if (!decoded) return E_POINTER;
-  const std::wstring_view characters = korlib::view_of(text);
-  std::wstring built;
-  std::wstring_view result = characters;
-  if (characters.find(L"&#") != std::wstring_view::npos) result = built = with_references_decoded(characters);
-  // Ends at the first character 0, which a reference may have made.
-  *decoded = korlib::new_bstr(result.substr(0, result.find(L'\0')));
-  return *decoded ? S_OK : E_OUTOFMEMORY;
-} catch (...) {
-  *decoded = nullptr;
-  return hresult_from_exception();
+HRESULT submit_decode(BSTR text, BSTR* decoded) noexcept {
+  return guarded(decoded, [&] {
+    const std::wstring_view characters = korlib::view_of(text);
+    std::wstring built;
+    std::wstring_view result = characters;
+    if (characters.find(L"&#") != std::wstring_view::npos) result = built = with_references_decoded(characters);
+    // Ends at the first character 0, which a reference may have made.
+    *decoded = korlib::new_bstr(result.substr(0, result.find(L'\0')));
+    return *decoded ? S_OK : E_OUTOFMEMORY;
+  });
 }
 
 }  // namespace mirt::utility

@@ -2,6 +2,7 @@
 #include <korlib/combstr.h>
 #include <korlib/winapi.h>
 
+#include "frame/error.h"
 #include "utility/bytes.h"
 #include "utility/members.h"
 
@@ -15,17 +16,17 @@ constexpr unsigned int kToFullWidth = 0x80000000u;  // what hosts of this compon
 // The mapping must answer the same size twice, and a fallback that only copies does not. Text that would
 // become nothing is text that the host could not map.
 HRESULT map_width(unsigned int flags, BSTR text, BSTR* mapped) {
-  if (!mapped) return E_POINTER;
-  *mapped = nullptr;
-  const std::wstring_view source = korlib::view_of(text);
-  const int length = static_cast<int>(source.size());
-  const int needed = LCMapStringW(kLocale, flags, source.data(), length, nullptr, 0);
-  if (needed < 0 || (needed == 0 && length != 0)) return E_FAIL;
-  CComBSTR target;
-  RETURN_IF_FAILED(new_text(static_cast<std::size_t>(needed), target.put()));
-  if (LCMapStringW(kLocale, flags, source.data(), length, target.get(), needed) != needed) return E_FAIL;
-  *mapped = target.detach();
-  return S_OK;
+  return guarded(mapped, [&] {
+    const std::wstring_view source = korlib::view_of(text);
+    const int length = static_cast<int>(source.size());
+    const int needed = LCMapStringW(kLocale, flags, source.data(), length, nullptr, 0);
+    if (needed < 0 || (needed == 0 && length != 0)) return E_FAIL;
+    CComBSTR target;
+    RETURN_IF_FAILED(new_text(static_cast<std::size_t>(needed), target.put()));
+    if (LCMapStringW(kLocale, flags, source.data(), length, target.get(), needed) != needed) return E_FAIL;
+    *mapped = target.detach();
+    return S_OK;
+  });
 }
 
 }  // namespace

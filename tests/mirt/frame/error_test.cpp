@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <new>
 #include <stdexcept>
 
@@ -74,17 +75,37 @@ TEST(RaiseErrors, AnswersTheCodeWithoutAnErrorObject) {
 }
 
 TEST(Exceptions, BecomeCodes) {
-  const auto code_of = [](auto exception) {
-    try {
-      throw exception;
-    } catch (...) {
-      return mirt::hresult_from_exception();
-    }
-  };
+  const auto code_of = [](auto exception) { return mirt::guarded([&]() -> HRESULT { throw exception; }); };
   EXPECT_EQ(E_OUTOFMEMORY, code_of(std::bad_alloc()));
   EXPECT_EQ(E_OUTOFMEMORY, code_of(std::length_error("too long")));
   EXPECT_EQ(E_FAIL, code_of(std::runtime_error("other")));
   EXPECT_EQ(E_FAIL, code_of(1));
+}
+
+TEST(Guarded, ClearsTheResultBeforeTheBody) {
+  wchar_t old[] = L"old";
+  BSTR text = old;
+  EXPECT_EQ(E_FAIL, mirt::guarded(&text, [&]() -> HRESULT { throw 1; }));
+  EXPECT_EQ(nullptr, text);
+  VARIANT value;
+  std::memset(static_cast<void*>(&value), 0xA5, sizeof value);
+  EXPECT_EQ(E_ABORT, mirt::guarded(&value, [] { return E_ABORT; }));
+  EXPECT_EQ(VARTYPE{VT_EMPTY}, value.vt);
+  VARIANT_BOOL found = VARIANT_TRUE;
+  EXPECT_EQ(S_FALSE, mirt::guarded(&found, [] { return S_FALSE; }));
+  EXPECT_EQ(VARIANT_FALSE, found);
+}
+
+TEST(Guarded, RunsNoBodyWithoutAPlaceForTheResult) {
+  bool ran = false;
+  const auto body = [&] {
+    ran = true;
+    return S_OK;
+  };
+  EXPECT_EQ(E_POINTER, mirt::guarded(static_cast<BSTR*>(nullptr), body));
+  EXPECT_FALSE(ran);
+  EXPECT_EQ(S_OK, mirt::guarded(body));
+  EXPECT_TRUE(ran);
 }
 
 }  // namespace
