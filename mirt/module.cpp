@@ -11,10 +11,10 @@
 // The order of construction, which is the reverse of that of destruction:
 //   g_oTemplateCache, g_oMirtSessionNull, g_oCF_Mirt, g_oCF_MirtedTemplator, g_oCF_FormFile,
 //   g_oCF_MultipartFormStringList, g_oCF_MultipartForm, g_oCF_TextTemplator, g_oCF_Utility.
-// The type information pointers are set before all of them (frame/load.cpp).
+// The type information pointers are set before all of them (frame/globals.cpp).
 #include <mirt/mirt.h>
 
-#include "frame/class_table.h"
+#include "frame/entry_points.h"
 #include "page/mirt_impl.h"
 #include "page/mirt_session.h"
 #include "templator/mirted_templator_impl.h"

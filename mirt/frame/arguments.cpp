@@ -1,5 +1,17 @@
 #include "frame/arguments.h"
 
+namespace {
+
+// An argument that holds an object of either kind.
+HRESULT object_arg(const DISPPARAMS* params, UINT i, const VARIANT** argument) {
+  *argument = disp_arg(params, i);
+  if (!*argument) return DISP_E_BADPARAMCOUNT;
+  if ((*argument)->vt != VT_DISPATCH && (*argument)->vt != VT_UNKNOWN) return DISP_E_TYPEMISMATCH;
+  return (*argument)->punkVal ? S_OK : E_INVALIDARG;
+}
+
+}  // namespace
+
 VARIANT* disp_arg(const DISPPARAMS* params, UINT i) {
   if (!params || i >= params->cArgs) return nullptr;
   VARIANT* argument = &params->rgvarg[params->cArgs - i - 1];
@@ -15,10 +27,8 @@ HRESULT coerce_arg(const DISPPARAMS* params, UINT i, VARTYPE vt, VARIANT* out) {
 
 HRESULT get_dispatch_arg(const DISPPARAMS* params, UINT i, CComPtr<IDispatch>* out) {
   out->reset();
-  const VARIANT* argument = disp_arg(params, i);
-  if (!argument) return DISP_E_BADPARAMCOUNT;
-  if (argument->vt != VT_DISPATCH && argument->vt != VT_UNKNOWN) return DISP_E_TYPEMISMATCH;
-  if (!argument->punkVal) return E_INVALIDARG;
+  const VARIANT* argument = nullptr;
+  RETURN_IF_FAILED(object_arg(params, i, &argument));
   if (argument->vt == VT_UNKNOWN) return argument->punkVal->QueryInterface(IID_IDispatch, out->put_void());
   *out = argument->pdispVal;
   return S_OK;
@@ -26,10 +36,8 @@ HRESULT get_dispatch_arg(const DISPPARAMS* params, UINT i, CComPtr<IDispatch>* o
 
 HRESULT get_unknown_arg(const DISPPARAMS* params, UINT i, CComPtr<IUnknown>* out) {
   out->reset();
-  const VARIANT* argument = disp_arg(params, i);
-  if (!argument) return DISP_E_BADPARAMCOUNT;
-  if (argument->vt != VT_DISPATCH && argument->vt != VT_UNKNOWN) return DISP_E_TYPEMISMATCH;
-  if (!argument->punkVal) return E_INVALIDARG;
+  const VARIANT* argument = nullptr;
+  RETURN_IF_FAILED(object_arg(params, i, &argument));
   *out = argument->vt == VT_DISPATCH ? static_cast<IUnknown*>(argument->pdispVal) : argument->punkVal;
   return S_OK;
 }

@@ -4,18 +4,16 @@
 // is never freed.
 #pragma once
 
-#include <cstdlib>
+#include <cstddef>
 #include <new>
-#include <vector>
 
 #include <korlib/activation.h>
 #include <korlib/ptr.h>
 #include <zelto/context.h>
 
+#include "frame/block_pool.h"
 #include "frame/dual.h"
 #include "frame/error.h"
-#include "frame/lock.h"
-#include "frame/zero_block.h"
 
 template <class Object, long* ModuleCount>
 class GClassFactory : public IClassFactory {
@@ -59,31 +57,24 @@ class GClassFactory : public IClassFactory {
   }
 };
 
-// Keeps the memory of released objects: last in, first out, without a limit, until the module goes.
-// Any thread may create and release; only the free list is shared, and objects are built and destroyed
-// outside its lock.
+// Keeps the memory of released objects until the module goes. Objects are built and destroyed outside the
+// pool's lock.
 template <class Object, long* ModuleCount>
 class GClassFactoryPooled : public GClassFactory<Object, ModuleCount>, public IObjectPool {
  public:
-  GClassFactoryPooled() = default;
-  ~GClassFactoryPooled() {
-    for (void* block : free_) std::free(block);
-  }
-
   void* Take() override {
-    void* block = take_block();
+    void* block = blocks_.take();
     if (!block) return nullptr;
-    mirt::zero_block(block, sizeof(Object));
     try {
       return ::new (block) Object();
     } catch (...) {
-      keep_block(block);
+      blocks_.keep(block);
       return nullptr;
     }
   }
   void Free(void* object) override {
     static_cast<Object*>(object)->~Object();
-    keep_block(object);
+    blocks_.keep(object);
   }
 
  protected:
@@ -92,28 +83,7 @@ class GClassFactoryPooled : public GClassFactory<Object, ModuleCount>, public IO
  private:
   static_assert(alignof(Object) <= alignof(std::max_align_t), "blocks come from malloc");
 
-  void* take_block() {
-    {
-      std::lock_guard guard(lock_);
-      if (!free_.empty()) {
-        void* block = free_.back();
-        free_.pop_back();
-        return block;
-      }
-    }
-    return std::malloc(sizeof(Object));
-  }
-  void keep_block(void* block) {
-    try {
-      std::lock_guard guard(lock_);
-      free_.push_back(block);
-    } catch (...) {
-      std::free(block);  // no memory to remember it
-    }
-  }
-
-  CCriticalSection lock_;
-  std::vector<void*> free_;
+  mirt::BlockPool blocks_{sizeof(Object)};
 };
 
 // Makes an object as `Factory` does, then binds it to the request that the calling thread runs.

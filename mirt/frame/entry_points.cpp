@@ -1,39 +1,34 @@
 #include "frame/entry_points.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cwchar>
 #include <iterator>
 
 #include <korlib/activation.h>
 #include <korlib/ptr.h>
-#include <mirt/mirt.h>
-#include <zelto/asp.h>
+#include <korlib/typeinfo.h>
 
-#include "frame/class_table.h"
 #include "frame/error.h"
 #include "frame/globals.h"
-#include "frame/host_function.h"
+#include "frame/host.h"
+#include "frame/registration.h"
 
 namespace {
 
 // Takes the type information of one interface; what the pointer held before is static and stays.
-bool take_type_info(ITypeLib* library, REFIID iid, ITypeInfo** slot) {
+bool take_type_info(ITypeLib* library, const mirt::TypeInfoSlot& row) {
   ITypeInfo* info = nullptr;
-  if (!mirt::succeeded_or_forgotten(library->GetTypeInfoOfGuid(iid, &info)) || !info) return false;
-  *slot = info;
+  if (!mirt::succeeded_or_forgotten(library->GetTypeInfoOfGuid(*row.iid, &info)) || !info) return false;
+  *row.slot = info;
   return true;
 }
 
-// In a fixed order, up to the first that is missing.
+// Up to the first that is missing.
 bool take_all_type_infos(ITypeLib* own, ITypeLib* host) {
-  using ZeltoTypeLibrary::IRequestDictionary, ZeltoTypeLibrary::IStringList;
-  return take_type_info(own, korlib::iid_of<IMirt>, &g_pTI_IMirt) &&
-         take_type_info(own, korlib::iid_of<IMirtedTemplator>, &g_pTI_IMirtedTemplator) &&
-         take_type_info(own, korlib::iid_of<IFormFile>, &g_pTI_IFormFile) &&
-         take_type_info(own, korlib::iid_of<ITextTemplator>, &g_pTI_ITextTemplator) &&
-         take_type_info(own, korlib::iid_of<IUtility>, &g_pTI_IUtility) &&
-         take_type_info(host, korlib::iid_of<IStringList>, &g_pTI_IStringList) &&
-         take_type_info(host, korlib::iid_of<IRequestDictionary>, &g_pTI_IRequestDictionary);
+  return std::ranges::all_of(mirt::type_info_slots(), [&](const mirt::TypeInfoSlot& row) {
+    return take_type_info(row.is_of_host ? host : own, row);
+  });
 }
 
 // What the host has behind the path. A host without type libraries exports no LoadTypeLib.
@@ -66,9 +61,8 @@ int attach(void* module) {
 
 // The pointers stay: objects that outlive the detach still answer, and unloading clears them.
 int detach() {
-  for (ITypeInfo* info : {g_pTI_IMirt, g_pTI_IMirtedTemplator, g_pTI_IFormFile, g_pTI_ITextTemplator, g_pTI_IUtility,
-                          g_pTI_IStringList, g_pTI_IRequestDictionary}) {
-    if (info) info->Release();
+  for (const mirt::TypeInfoSlot& row : mirt::type_info_slots()) {
+    if (*row.slot) (*row.slot)->Release();
   }
   return TRUE;
 }
@@ -110,3 +104,7 @@ HRESULT DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
 }
 
 HRESULT DllCanUnloadNow() { return std::atomic_ref(g_nRefCount).load() == 0 ? S_OK : S_FALSE; }
+
+HRESULT DllRegisterServer() { return mirt::register_classes(); }
+
+HRESULT DllUnregisterServer() { return mirt::unregister_classes(); }

@@ -1,7 +1,19 @@
 // The module's entry points. What a host may expect of them is told in korlib/activation.h.
 #pragma once
 
+#include <span>
+
 #include <korlib/unknown.h>
+
+struct ClassEntry {
+  const CLSID* clsid;
+  const wchar_t* name;  // the bare name, for a host without a registry
+  IClassFactory* object;
+};
+
+// The classes that a host can ask for, in the order in which they are searched; an empty name asks for the
+// first. Defined in module.cpp, which alone knows them.
+std::span<const ClassEntry> class_table();
 
 extern "C" {
 // TRUE on attach only when both type libraries were found whole; otherwise the component's own type

@@ -1,8 +1,10 @@
-// The module's own state, exported under plain names.
+// What the module exports besides its entry points, under plain names: its own state.
 //
 // Class objects and the other process-wide objects are declared in the room that knows their type and
 // are defined, in the order that matters, in module.cpp.
 #pragma once
+
+#include <span>
 
 #include <korlib/typeinfo.h>
 #include <korlib/winapi.h>
@@ -20,3 +22,18 @@ extern KORLIB_API ITypeInfo* g_pTI_ITextTemplator;
 extern KORLIB_API ITypeInfo* g_pTI_IUtility;
 extern KORLIB_API ITypeInfo* g_pTI_IStringList;
 extern KORLIB_API ITypeInfo* g_pTI_IRequestDictionary;
+
+namespace mirt {
+
+// One of the seven pointers above.
+struct TypeInfoSlot {
+  ITypeInfo** slot;
+  ITypeInfo* own;   // static; in force from load on
+  const IID* iid;   // under which a type library has what may replace it
+  bool is_of_host;  // described by the host's type library, not by the component's
+};
+
+// In the order in which they are set, replaced and released.
+std::span<const TypeInfoSlot> type_info_slots();
+
+}  // namespace mirt

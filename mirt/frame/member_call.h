@@ -40,27 +40,23 @@ struct Argument<BSTR> {
   }
 };
 
-template <>
-struct Argument<LONG> {
-  LONG value = 0;
+// Converted to `Type`, whose value lies in that field of a VARIANT.
+template <VARTYPE Type, auto Field>
+struct ConvertedArgument {
+  std::remove_reference_t<decltype(std::declval<VARIANT&>().*Field)> value{};
   HRESULT take(const DISPPARAMS* params, UINT i) {
     CComVariant converted;
-    RETURN_IF_FAILED(coerce_arg(params, i, VT_I4, &converted));
-    value = converted.lVal;
+    RETURN_IF_FAILED(coerce_arg(params, i, Type, &converted));
+    value = converted.*Field;
     return S_OK;
   }
 };
 
 template <>
-struct Argument<VARIANT_BOOL> {
-  VARIANT_BOOL value = VARIANT_FALSE;
-  HRESULT take(const DISPPARAMS* params, UINT i) {
-    CComVariant converted;
-    RETURN_IF_FAILED(coerce_arg(params, i, VT_BOOL, &converted));
-    value = converted.boolVal;
-    return S_OK;
-  }
-};
+struct Argument<LONG> : ConvertedArgument<VT_I4, &VARIANT::lVal> {};
+
+template <>
+struct Argument<VARIANT_BOOL> : ConvertedArgument<VT_BOOL, &VARIANT::boolVal> {};
 
 template <>
 struct Argument<VARIANT*> {
@@ -71,41 +67,52 @@ struct Argument<VARIANT*> {
   }
 };
 
-template <>
-struct Argument<IDispatch*> {
-  CComPtr<IDispatch> object;
-  IDispatch* value = nullptr;
+// `Take` fetches the object, which is held for the time of the call.
+template <class Interface, HRESULT (*Take)(const DISPPARAMS*, UINT, CComPtr<Interface>*)>
+struct ObjectArgument {
+  CComPtr<Interface> object;
+  Interface* value = nullptr;
   HRESULT take(const DISPPARAMS* params, UINT i) {
-    RETURN_IF_FAILED(get_dispatch_arg(params, i, &object));
+    RETURN_IF_FAILED(Take(params, i, &object));
     value = object.get();
     return S_OK;
   }
 };
 
 template <>
-struct Argument<IUnknown*> {
-  CComPtr<IUnknown> object;
-  IUnknown* value = nullptr;
-  HRESULT take(const DISPPARAMS* params, UINT i) {
-    RETURN_IF_FAILED(get_unknown_arg(params, i, &object));
-    value = object.get();
-    return S_OK;
-  }
-};
+struct Argument<IDispatch*> : ObjectArgument<IDispatch, get_dispatch_arg> {};
+
+template <>
+struct Argument<IUnknown*> : ObjectArgument<IUnknown, get_unknown_arg> {};
 
 // The result of a member, defined by `Pointee`, the type that its last parameter points to. What a
 // failing member left behind is freed here.
 template <class Pointee>
 struct Result : std::false_type {};
 
-template <>
-struct Result<BSTR> : std::true_type {
-  CComBSTR slot;
-  BSTR* out() { return slot.put(); }
+// `Slot` owns what the member gave until `Set` hands it to the caller's result.
+template <class Slot, auto Set>
+struct OwnedResult : std::true_type {
+  Slot slot;
+  auto out() { return slot.put(); }
   HRESULT store(VARIANT* result) {
-    set_bstr_result(result, slot.detach());
+    Set(result, slot.detach());
     return S_OK;
   }
+};
+
+template <>
+struct Result<BSTR> : OwnedResult<CComBSTR, set_bstr_result> {};
+
+template <>
+struct Result<SAFEARRAY*> : OwnedResult<CComSafeArray, set_array_result> {};
+
+template <>
+struct Result<IUnknown*> : OwnedResult<CComPtr<IUnknown>, set_unknown_result> {};
+
+template <class Interface>
+requires std::is_base_of_v<IDispatch, Interface>
+struct Result<Interface*> : OwnedResult<CComPtr<Interface>, set_dispatch_result> {
 };
 
 template <>
@@ -123,37 +130,6 @@ struct Result<VARIANT> : std::true_type {
   CComVariant slot;
   VARIANT* out() { return &slot; }
   HRESULT store(VARIANT* result) { return set_variant_result(result, slot); }
-};
-
-template <>
-struct Result<SAFEARRAY*> : std::true_type {
-  CComSafeArray slot;
-  SAFEARRAY** out() { return slot.put(); }
-  HRESULT store(VARIANT* result) {
-    set_array_result(result, slot.detach());
-    return S_OK;
-  }
-};
-
-template <>
-struct Result<IUnknown*> : std::true_type {
-  CComPtr<IUnknown> slot;
-  IUnknown** out() { return slot.put(); }
-  HRESULT store(VARIANT* result) {
-    set_unknown_result(result, slot.detach());
-    return S_OK;
-  }
-};
-
-template <class Interface>
-requires std::is_base_of_v<IDispatch, Interface>
-struct Result<Interface*> : std::true_type {
-  CComPtr<Interface> slot;
-  Interface** out() { return slot.put(); }
-  HRESULT store(VARIANT* result) {
-    set_dispatch_result(result, slot.detach());
-    return S_OK;
-  }
 };
 
 // Takes the i-th argument. A caller that gave no *argerr is not told which one did not convert.
@@ -207,10 +183,10 @@ HRESULT call_typed(Object* object, HRESULT (Owner::*member)(Parameters...), cons
                                                    std::make_index_sequence<count - (has_result ? 1 : 0)>());
 }
 
-// One late-bound call of `Member` on `instance`.
-template <class Interface, auto Member>
-HRESULT call(Interface* instance, DISPPARAMS* params, VARIANT* result, UINT* argerr) {
-  return call_typed(instance, Member, params, result, argerr);
+// One late-bound call of the typed member on `instance`, which points at the interface.
+template <class Interface, auto TypedMember>
+HRESULT call(void* instance, DISPPARAMS* params, VARIANT* result, UINT* argerr) {
+  return call_typed(static_cast<Interface*>(instance), TypedMember, params, result, argerr);
 }
 
 }  // namespace mirt::dispatch

@@ -4,7 +4,6 @@
 
 #include <korlib/winapi.h>
 
-#include "frame/entry_points.h"
 #include "frame/globals.h"
 
 namespace {
@@ -66,8 +65,6 @@ HRESULT delete_key(HKEY parent, const wchar_t* name) {
   return RegDeleteKeyW(parent, name) == ERROR_SUCCESS ? S_OK : E_FAIL;
 }
 
-}  // namespace
-
 HRESULT RegistCOM(const wchar_t* progId, const wchar_t* clsid, const wchar_t* threadingModel) {
   const HKEY root = hkey_classes_root();
   Key prog_id_key;
@@ -104,12 +101,14 @@ HRESULT UnregistCOM(const wchar_t* progId, const wchar_t* clsid) {
   return delete_key(classes.get(), clsid);
 }
 
-HRESULT DllRegisterServer() {
+}  // namespace
+
+HRESULT mirt::register_classes() {
   for (const Registration& row : kRegistrations) RETURN_IF_FAILED(RegistCOM(row.prog_id, row.clsid, kThreadingModel));
   return S_OK;
 }
 
-HRESULT DllUnregisterServer() {
+HRESULT mirt::unregister_classes() {
   for (const Registration& row : kRegistrations) RETURN_IF_FAILED(UnregistCOM(row.prog_id, row.clsid));
   return S_OK;
 }

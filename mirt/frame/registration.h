@@ -3,6 +3,11 @@
 
 #include <korlib/hresult.h>
 
-// One class under HKEY_CLASSES_ROOT. E_FAIL at the first step that fails; every key opened is closed.
-HRESULT RegistCOM(const wchar_t* progId, const wchar_t* clsid, const wchar_t* threadingModel);
-HRESULT UnregistCOM(const wchar_t* progId, const wchar_t* clsid);
+namespace mirt {
+
+// Every creatable class under HKEY_CLASSES_ROOT, one after the other. E_FAIL at the first step that fails,
+// and the classes behind it are left alone; every key opened is closed.
+HRESULT register_classes();
+HRESULT unregister_classes();
+
+}  // namespace mirt

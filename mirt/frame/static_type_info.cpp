@@ -1,19 +1,34 @@
 #include "frame/static_type_info.h"
 
-#include <cwchar>
+#include <korlib/ptr.h>
 
-#include "frame/member_table.h"
-
-namespace mirt::dispatch {
-
-bool name_eq(const wchar_t* a, const wchar_t* b) { return wcscasecmp(a, b) == 0; }
-
-}  // namespace mirt::dispatch
+#include "frame/values.h"
 
 namespace {
 
 void give_no_identifiers(UINT count, MEMBERID* ids) {
   for (UINT i = 0; ids && i < count; ++i) ids[i] = DISPID_UNKNOWN;
+}
+
+MEMBERID find_name(const MemberTable& table, std::wstring_view name) {
+  MEMBERID id = table.first;
+  for (const Member& member : table.rows) {
+    if (mirt::equal_ignoring_case(member.name, name)) return id;
+    ++id;
+  }
+  return DISPID_UNKNOWN;
+}
+
+const Member* find_member(const MemberTable& table, MEMBERID id) {
+  const LONGLONG row = LONGLONG{id} - table.first;
+  return row >= 0 && row < std::ssize(table.rows) ? &table.rows[static_cast<std::size_t>(row)] : nullptr;
+}
+
+MemberServer server_of(const Member& member, WORD flags) {
+  if ((flags & DISPATCH_PROPERTYPUTREF) && member.putref) return member.putref;
+  if ((flags & DISPATCH_PROPERTYPUT) && member.put) return member.put;
+  if ((flags & DISPATCH_METHOD) && member.method) return member.method;
+  return flags & DISPATCH_PROPERTYGET ? member.get : nullptr;
 }
 
 }  // namespace
@@ -23,11 +38,26 @@ HRESULT StaticTypeInfo::QueryInterface(REFIID riid, void** ppv) {
   return korlib::query_list<ITypeInfo, IUnknown>(this, riid, ppv);
 }
 
-HRESULT StaticTypeInfo::GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) {
+HRESULT MemberTypeInfo::GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) {
   if (!names || !ids || count == 0 || !names[0]) return E_INVALIDARG;
   give_no_identifiers(count, ids);
-  ids[0] = find_member(names[0]);
-  return ids[0] == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK;
+  for (const MemberTable& table : tables_) {
+    ids[0] = find_name(table, names[0]);
+    if (ids[0] != DISPID_UNKNOWN) return S_OK;
+  }
+  return DISP_E_UNKNOWNNAME;
+}
+
+HRESULT MemberTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO*,
+                               UINT* argerr) {
+  if (result) VariantInit(result);
+  for (const MemberTable& table : tables_) {
+    const Member* member = find_member(table, id);
+    if (!member) continue;
+    const MemberServer serve = server_of(*member, flags);
+    return serve ? serve(instance, params, result, argerr) : DISP_E_MEMBERNOTFOUND;
+  }
+  return DISP_E_MEMBERNOTFOUND;
 }
 
 HRESULT PassiveTypeInfo::GetIDsOfNames(LPOLESTR*, UINT count, MEMBERID* ids) {

@@ -4,8 +4,27 @@
 // The objects are static and hold no state: any thread may use them, and counting changes nothing.
 #pragma once
 
+#include <span>
+
 #include <korlib/plain_typeinfo.h>
-#include <korlib/ptr.h>
+
+// Serves one kind of call of one member. `instance` points at the interface that the member belongs to.
+using MemberServer = HRESULT (*)(void* instance, DISPPARAMS* params, VARIANT* result, UINT* argerr);
+
+// A member, with what serves each kind of call; a kind that is null is not served.
+struct Member {
+  const wchar_t* name;
+  MemberServer method = nullptr;
+  MemberServer get = nullptr;
+  MemberServer put = nullptr;
+  MemberServer putref = nullptr;
+};
+
+// Members whose identifiers follow each other: the first row has the identifier `first`.
+struct MemberTable {
+  DISPID first;
+  std::span<const Member> rows;
+};
 
 class StaticTypeInfo : public korlib::PlainTypeInfo {
  public:
@@ -13,16 +32,26 @@ class StaticTypeInfo : public korlib::PlainTypeInfo {
   ULONG AddRef() override { return 2; }
   ULONG Release() override { return 1; }
 
-  // The first of `names` only, in any letter case; names of arguments get no identifier.
-  STDMETHODIMP GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) override;
-
  protected:
   constexpr StaticTypeInfo() = default;
   ~StaticTypeInfo() = default;
+};
+
+// Knows the members of one interface.
+class MemberTypeInfo final : public StaticTypeInfo {
+ public:
+  // Names are looked for in the order of the tables, which outlive this.
+  explicit constexpr MemberTypeInfo(std::span<const MemberTable> tables) : tables_(tables) {}
+
+  // The first of `names` only, in any letter case; names of arguments get no identifier.
+  STDMETHODIMP GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) override;
+  // Flags are looked at bit by bit, writes before reads: a caller that cannot tell a method from a
+  // property read sets both bits and is served either way.
+  STDMETHODIMP Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
+                      EXCEPINFO* excepinfo, UINT* argerr) override;
 
  private:
-  // DISPID_UNKNOWN when there is no such member.
-  virtual MEMBERID find_member(const wchar_t* name) const = 0;
+  std::span<const MemberTable> tables_;
 };
 
 // Knows no names: for interfaces that are used early-bound, or through the host's type library.
@@ -30,28 +59,6 @@ class PassiveTypeInfo final : public StaticTypeInfo {
  public:
   constexpr PassiveTypeInfo() = default;
   STDMETHODIMP GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) override;
-  STDMETHODIMP Invoke(void*, MEMBERID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override;
-
- private:
-  MEMBERID find_member(const wchar_t*) const override { return DISPID_UNKNOWN; }
+  STDMETHODIMP Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
+                      EXCEPINFO* excepinfo, UINT* argerr) override;
 };
-
-// The type information of an interface whose members are in a table (member_table.h).
-#define MIRT_DECLARE_TYPE_INFO(Name)                                                                  \
-  class Name final : public StaticTypeInfo {                                                          \
-   public:                                                                                            \
-    constexpr Name() = default;                                                                       \
-    STDMETHODIMP Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result, \
-                        EXCEPINFO* excepinfo, UINT* argerr) override;                                 \
-                                                                                                      \
-   private:                                                                                           \
-    MEMBERID find_member(const wchar_t* name) const override;                                         \
-  }
-
-MIRT_DECLARE_TYPE_INFO(MirtTypeInfo);
-MIRT_DECLARE_TYPE_INFO(MirtedTemplatorTypeInfo);
-MIRT_DECLARE_TYPE_INFO(TextTemplatorTypeInfo);
-MIRT_DECLARE_TYPE_INFO(FormFileTypeInfo);
-MIRT_DECLARE_TYPE_INFO(UtilityTypeInfo);
-
-#undef MIRT_DECLARE_TYPE_INFO

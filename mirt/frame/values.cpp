@@ -1,6 +1,8 @@
 #include "frame/values.h"
 
+#include <algorithm>
 #include <cstring>
+#include <cwctype>
 
 namespace mirt {
 
@@ -41,6 +43,12 @@ HRESULT copy_followed(VARIANT* target, const VARIANT& source) {
   direct.vt = static_cast<VARTYPE>(source.vt & ~VT_BYREF);
   std::memcpy(&direct.llVal, source.byref, size_of_type(direct.vt));
   return VariantCopy(target, &direct);
+}
+
+bool equal_ignoring_case(std::wstring_view a, std::wstring_view b) {
+  const auto lower = [](wchar_t c) { return std::towlower(static_cast<std::wint_t>(c)); };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](wchar_t x, wchar_t y) { return x == y || lower(x) == lower(y); });
 }
 
 std::size_t element_count(const SAFEARRAY& array) {

@@ -6,7 +6,7 @@
 #include <korlib/activation.h>
 
 #include "frame/error.h"
-#include "frame/host_stream.h"
+#include "frame/host.h"
 #include "page/template_path.h"
 #include "page/text.h"
 #include "templator/template_cache.h"

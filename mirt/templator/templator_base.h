@@ -2,7 +2,7 @@
 #pragma once
 
 #include "frame/error.h"
-#include "frame/host_stream.h"
+#include "frame/host.h"
 #include "frame/script_event.h"
 #include "templator/templator_concept.h"
 

@@ -5,7 +5,7 @@
 #include <korlib/hresult.h>
 #include <korlib/text.h>
 
-#include "frame/host_function.h"
+#include "frame/host.h"
 
 namespace {
 

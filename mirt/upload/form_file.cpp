@@ -3,7 +3,7 @@
 #include <korlib/comvariant.h>
 
 #include "frame/error.h"
-#include "frame/host_stream.h"
+#include "frame/host.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "frame/host_stream.h"
+#include "frame/host.h"
 
 #include <korlib/activation.h>
 #include <korlib/comvariant.h>

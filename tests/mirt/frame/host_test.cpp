@@ -1,5 +1,5 @@
 // What the component asks of the host's stream class, call by call.
-#include "frame/host_stream.h"
+#include "frame/host.h"
 
 #include <gtest/gtest.h>
 #include <mirt/mirt.h>
