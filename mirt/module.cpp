@@ -3,8 +3,8 @@
 //
 // To add a class object, say of CThing:
 //   1. its room's header names the object type, declares the pool and the class object
-//      (utility/utility_class.h shows how);
-//   2. here, define the class object at its place in the order below, and its s_pPool behind it;
+//      (utility/utility_impl.h shows how, at its end);
+//   2. here, define the class object at its place in the order below, and its s_pPool;
 //   3. if scripts can create it, add a row to class_table() and to the registration table
 //      (frame/registration.cpp).
 //
@@ -19,39 +19,35 @@
 #include "page/mirt_session.h"
 #include "templator/mirted_templator_impl.h"
 #include "templator/template_cache.h"
-#include "templator/text_templator_class.h"
+#include "templator/text_templator_impl.h"
 #include "upload/upload_classes.h"
-#include "utility/utility_class.h"
+#include "utility/utility_impl.h"
 
 CTemplateCache g_oTemplateCache;
 
 CMirtSessionNull g_oMirtSessionNull;
 
 GClassFactoryPooledInContext<CMirt, &g_nRefCount> g_oCF_Mirt;
+GClassFactoryPooledInContext<CMirtedTemplator, &g_nRefCount> g_oCF_MirtedTemplator;
+GClassFactoryPooled<CFormFile, &g_nRefCount> g_oCF_FormFile;
+GClassFactoryPooled<CMultipartFormStringList, &g_nRefCount> g_oCF_MultipartFormStringList;
+GClassFactoryPooled<CMultipartForm, &g_nRefCount> g_oCF_MultipartForm;
+GClassFactoryPooled<CTextTemplator, &g_nRefCount> g_oCF_TextTemplator;
+GClassFactoryPooled<CUtility, &g_nRefCount> g_oCF_Utility;
+
+// Where each kind of object leaves its memory.
 template <>
 constinit IObjectPool* CMirt::s_pPool = &g_oCF_Mirt;
-
-GClassFactoryPooledInContext<CMirtedTemplator, &g_nRefCount> g_oCF_MirtedTemplator;
 template <>
 constinit IObjectPool* CMirtedTemplator::s_pPool = &g_oCF_MirtedTemplator;
-
-GClassFactoryPooled<CFormFile, &g_nRefCount> g_oCF_FormFile;
 template <>
 constinit IObjectPool* CFormFile::s_pPool = &g_oCF_FormFile;
-
-GClassFactoryPooled<CMultipartFormStringList, &g_nRefCount> g_oCF_MultipartFormStringList;
 template <>
 constinit IObjectPool* CMultipartFormStringList::s_pPool = &g_oCF_MultipartFormStringList;
-
-GClassFactoryPooled<CMultipartForm, &g_nRefCount> g_oCF_MultipartForm;
 template <>
 constinit IObjectPool* CMultipartForm::s_pPool = &g_oCF_MultipartForm;
-
-GClassFactoryPooled<CTextTemplator, &g_nRefCount> g_oCF_TextTemplator;
 template <>
 constinit IObjectPool* CTextTemplator::s_pPool = &g_oCF_TextTemplator;
-
-GClassFactoryPooled<CUtility, &g_nRefCount> g_oCF_Utility;
 template <>
 constinit IObjectPool* CUtility::s_pPool = &g_oCF_Utility;
 

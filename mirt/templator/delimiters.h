@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include <korlib/hresult.h>
+#include "frame/error.h"
 
 struct Delimiters {
   std::wstring_view escape;
@@ -39,4 +39,4 @@ inline bool stands_at(std::wstring_view text, std::size_t pos, std::wstring_view
 }
 
 // Raises the one fault that a template can have.
-HRESULT invalid_mark_order();
+inline HRESULT invalid_mark_order() { return RaiseError(E_FAIL, L"Templator", L"Invalid mark order."); }

@@ -13,7 +13,9 @@ using MarkParams = std::vector<std::wstringstream*>;
 // replay, by several threads at once.
 struct CMarkData {
   CMarkData() = default;
-  ~CMarkData();
+  ~CMarkData() {
+    for (std::wstringstream* param : Params) delete param;
+  }
   CMarkData(const CMarkData&) = delete;
   CMarkData& operator=(const CMarkData&) = delete;
 
@@ -23,4 +25,4 @@ struct CMarkData {
 };
 
 // A new BSTR of what a stream holds; null when memory is short, an empty string for an empty stream.
-CComBSTR bstr_of(const std::wstringstream& text);
+inline CComBSTR bstr_of(const std::wstringstream& text) { return CComBSTR(text.view()); }

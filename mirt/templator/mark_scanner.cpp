@@ -45,8 +45,6 @@ HRESULT push_text(CTemplate& tmpl, const std::wstring& run) {
 
 }  // namespace
 
-HRESULT invalid_mark_order() { return RaiseError(E_FAIL, L"Templator", L"Invalid mark order."); }
-
 Delimiters CTemplatorConcept::delimiters() const {
   return {Escape.view(), MarkOpen.view(), MarkClose.view(), NameSeparator.view(), ParamSeparator.view()};
 }

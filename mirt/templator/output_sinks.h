@@ -2,6 +2,7 @@
 #pragma once
 
 #include <korlib/adostream.h>
+#include <korlib/comvariant.h>
 #include <korlib/ptr.h>
 #include <korlib/stream.h>
 #include <korlib/textstream.h>
@@ -34,21 +35,24 @@ class SinkHolder : public ITextStreamWrapper {
 
 class CTS_ASPResponse final : public SinkHolder<ZeltoTypeLibrary::IResponse> {
  public:
-  STDMETHODIMP Write(wchar_t* text) override;
+  STDMETHODIMP Write(wchar_t* text) override { return m_spSink->Write(korlib::borrowed(text)); }
 };
 
 class CTS_ADODBStream final : public SinkHolder<IKorLibStream> {
  public:
-  STDMETHODIMP Write(wchar_t* text) override;
+  STDMETHODIMP Write(wchar_t* text) override { return m_spSink->WriteText(text, adWriteChar); }
 };
 
 class CTS_ScriptingTextStream final : public SinkHolder<Scripting::ITextStream> {
  public:
-  STDMETHODIMP Write(wchar_t* text) override;
+  STDMETHODIMP Write(wchar_t* text) override { return m_spSink->Write(text); }
 };
 
 // The raw bytes of the text as it lies in memory: four little-endian bytes a character.
 class CTS_Stream final : public SinkHolder<IStream> {
  public:
-  STDMETHODIMP Write(wchar_t* text) override;
+  STDMETHODIMP Write(wchar_t* text) override {
+    ULONG written = 0;  // not looked at: a sink that takes less says so with its result
+    return m_spSink->Write(text, SysStringByteLen(text), &written);
+  }
 };

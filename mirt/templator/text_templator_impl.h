@@ -6,6 +6,7 @@
 
 #include <mirt/mirt.h>
 
+#include "frame/class_factory.h"
 #include "templator/templator_base.h"
 
 template <class Interface>
@@ -27,3 +28,11 @@ class GITextTemplatorImpl<ITextTemplator> : public GTemplatorImpl<ITextTemplator
  private:
   HRESULT OnMarked_(const CMarkData& mark);
 };
+
+// The class object of "Mirt.TextTemplator".
+using CTextTemplator =
+    GDualImplForPool<ITextTemplator, GITextTemplatorImpl<ITextTemplator>, &g_pTI_ITextTemplator, &g_nRefCount>;
+template <>
+IObjectPool* CTextTemplator::s_pPool;
+
+extern KORLIB_API GClassFactoryPooled<CTextTemplator, &g_nRefCount> g_oCF_TextTemplator;

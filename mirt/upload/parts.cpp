@@ -1,15 +1,46 @@
 #include "upload/parts.h"
 
-#include <cstring>
+#include <algorithm>
 #include <string>
 #include <string_view>
 
+#include <korlib/text.h>
+
 #include "frame/error.h"
-#include "upload/code_page.h"
+#include "frame/host.h"
 #include "upload/multipart_parser.h"
 #include "upload/upload_classes.h"
 
 namespace {
+
+constexpr UINT kUtf8 = 65001;
+
+using Convert = decltype(codepage_utf32);
+
+bool is_ascii(std::string_view bytes) {
+  return std::ranges::all_of(bytes, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+std::size_t convert(UINT code_page, std::string_view bytes, wchar_t* out, std::size_t capacity) {
+  static Convert* const of_host = mirt::host_function<Convert>("codepage_utf32");
+  if (code_page == kUtf8 || (!of_host && is_ascii(bytes))) {
+    return utf8_utf32(bytes.data(), bytes.size(), out, capacity);
+  }
+  return of_host ? of_host(code_page, bytes.data(), bytes.size(), out, capacity) : kUnknownCodePage;
+}
+
+// The text of the bytes in front of the first NUL. A code page that the host does not know is E_FAIL. So
+// is any but UTF-8 on a host that converts no other, unless the bytes are ASCII and mean the same in all.
+HRESULT bytes_to_text(std::string_view bytes, UINT code_page, CComBSTR* text) {
+  bytes = bytes.substr(0, bytes.find('\0'));
+  const std::size_t length = convert(code_page, bytes, nullptr, 0);
+  if (length == kUnknownCodePage) return E_FAIL;
+  if (length >= kMaxBstrBytes / sizeof(wchar_t)) return E_OUTOFMEMORY;
+  text->attach(SysAllocStringLen(nullptr, static_cast<UINT>(length)));
+  if (!text->get()) return E_OUTOFMEMORY;
+  convert(code_page, bytes, text->get(), length);
+  return S_OK;
+}
 
 // What the headers of a part say about it, in bytes.
 class PartHeaders {

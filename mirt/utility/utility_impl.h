@@ -7,6 +7,7 @@
 
 #include <mirt/mirt.h>
 
+#include "frame/class_factory.h"
 #include "utility/members.h"
 
 template <class Base>
@@ -45,3 +46,10 @@ class GIUtilityImpl : public Base {
  protected:
   ~GIUtilityImpl() = default;
 };
+
+// The class object of "Mirt.Utility".
+using CUtility = GDualImplForPool<IUtility, GIUtilityImpl<IUtility>, &g_pTI_IUtility, &g_nRefCount>;
+template <>
+IObjectPool* CUtility::s_pPool;
+
+extern KORLIB_API GClassFactoryPooled<CUtility, &g_nRefCount> g_oCF_Utility;

@@ -11,7 +11,7 @@
 #include <korlib/comvariant.h>
 #include <korlib/ptr.h>
 
-#include "templator/text_templator_class.h"
+#include "templator/text_templator_impl.h"
 
 namespace {
 
