@@ -8,11 +8,13 @@
 #include <korlib/types.h>
 
 extern "C" {
-// A copy of NUL-terminated text; null for null.
+// A copy of NUL-terminated text, without what lies behind the NUL; null for null.
 KORLIB_API BSTR SysAllocString(const OLECHAR* text);
-// A string of `length` characters: copied from `text`, or left for the caller to fill when null.
+// A string of `length` characters: copied from `text`, NULs included, or left for the caller to fill when that
+// is null. A NUL is put behind them in either case.
 KORLIB_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
-// A string of `bytes` bytes: copied from `data`, or left for the caller to fill when null.
+// A string of `bytes` bytes: copied from `data`, or left for the caller to fill when null. For strings that
+// carry bytes: a byte count that is no multiple of four is kept.
 KORLIB_API BSTR SysAllocStringByteLen(const char* data, UINT bytes);
 // Replaces *target by a new string; the old one is freed. TRUE on success; on failure *target is kept.
 // `text` may point into *target.
@@ -20,7 +22,9 @@ KORLIB_API BOOL SysReAllocString(BSTR* target, const OLECHAR* text);
 // Text that lies in *target ends where *target does; null is *target itself. So a string is made longer or
 // shorter by its own text: what is added is NUL characters.
 KORLIB_API BOOL SysReAllocStringLen(BSTR* target, const OLECHAR* text, UINT length);
+// Frees a string that one of these functions made; null is fine.
 KORLIB_API void SysFreeString(BSTR text);
+// The length without the NUL at the end, 0 for null. Neither looks at the characters.
 KORLIB_API UINT SysStringLen(BSTR text);      // in characters
 KORLIB_API UINT SysStringByteLen(BSTR text);  // in bytes
 }

@@ -7,9 +7,17 @@
 #include <korlib/dispatch.h>
 #include <korlib/variant.h>
 
+// A VARIANT that clears itself. It is one, so `&value` and `value` are what functions take; by value they
+// receive the bits and own nothing.
+//
+// Conversions from plain values are explicit, since `CComVariant(0)` and `CComVariant(false)` are different
+// values to a script. What cannot be copied, because memory is short or the source is not valid, leaves
+// VT_EMPTY; text that cannot, a VT_BSTR of null.
 class CComVariant : public VARIANT {
  public:
+  // VT_EMPTY: no value.
   CComVariant() noexcept : VARIANT{} { VariantInit(this); }
+  // Plain values: VT_I4, VT_R8 and VT_BOOL.
   explicit CComVariant(LONG value) noexcept : CComVariant() {
     vt = VT_I4;
     lVal = value;
@@ -22,11 +30,13 @@ class CComVariant : public VARIANT {
     vt = VT_BOOL;
     boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
   }
+  // A VT_BSTR with a copy of the text; null text gives an empty string.
   explicit CComVariant(std::wstring_view text) : CComVariant() {
     vt = VT_BSTR;
     bstrVal = korlib::new_bstr(text);
   }
   explicit CComVariant(const wchar_t* text) : CComVariant(std::wstring_view(text ? text : L"")) {}
+  // VT_DISPATCH or VT_UNKNOWN with a reference of its own; a null object is legal.
   explicit CComVariant(IDispatch* object) noexcept : CComVariant() {
     vt = VT_DISPATCH;
     pdispVal = object;
@@ -37,8 +47,10 @@ class CComVariant : public VARIANT {
     punkVal = object;
     if (object) object->AddRef();
   }
+  // Deep copies: strings and arrays are duplicated, objects counted. References (VT_BYREF) stay references.
   CComVariant(const CComVariant& other) : CComVariant() { VariantCopy(this, &other); }
   explicit CComVariant(const VARIANT& other) : CComVariant() { VariantCopy(this, &other); }
+  // Moving takes the value over and leaves VT_EMPTY.
   CComVariant(CComVariant&& other) noexcept : VARIANT(static_cast<VARIANT&&>(other)) {}
   ~CComVariant() { VariantClear(this); }
 
@@ -58,7 +70,9 @@ class CComVariant : public VARIANT {
     return *this;
   }
 
+  // Frees the value: VT_EMPTY.
   void reset() noexcept { VariantClear(this); }
+  // For `member(value.put())`: empty until the callee fills it, and what it fills in is owned here.
   VARIANT* put() noexcept {
     reset();
     return this;
@@ -77,12 +91,14 @@ class CComVariant : public VARIANT {
     target->llVal = llVal;
     vt = VT_EMPTY;
   }
+  // Converts in place, by the rules of VariantChangeType. After a failure the value is the old one.
   HRESULT change_type(VARTYPE type) { return VariantChangeType(this, this, 0, type); }
 };
 
 namespace korlib {
 
-// A VARIANT for the duration of a call: refers to the text or object, owns and counts nothing.
+// A VARIANT for the duration of a call: refers to the text or object, owns and counts nothing. Never clear it,
+// and never return it: a callee that keeps the value copies it.
 inline VARIANT borrowed(BSTR text) noexcept {
   VARIANT v{};
   v.vt = VT_BSTR;
@@ -95,13 +111,15 @@ inline VARIANT borrowed(IDispatch* object) noexcept {
   v.pdispVal = object;
   return v;
 }
+// A VT_I4, which owns nothing either.
 inline VARIANT long_variant(LONG value) noexcept {
   VARIANT v{};
   v.vt = VT_I4;
   v.lVal = value;
   return v;
 }
-// An argument that the caller left out.
+// An argument that the caller left out, as late-bound callers pass it: VT_ERROR with DISP_E_PARAMNOTFOUND.
+// Members that make an argument optional look for it with is_omitted.
 inline VARIANT omitted() noexcept {
   VARIANT v{};
   v.vt = VT_ERROR;
@@ -112,9 +130,12 @@ inline bool is_omitted(const VARIANT& v) noexcept { return v.vt == VT_ERROR && v
 
 }  // namespace korlib
 
+// An owned SAFEARRAY, or none. End every lock before the owner goes: a locked array cannot be freed.
 class CComSafeArray {
  public:
   CComSafeArray() noexcept = default;
+  // A new zero-based array of one dimension, its elements zero (VT_EMPTY, null). None when memory is short:
+  // look with `if (!array)`.
   CComSafeArray(VARTYPE vt, ULONG elements) : array_(SafeArrayCreateVector(vt, 0, elements)) {}
   CComSafeArray(CComSafeArray&& other) noexcept : array_(std::exchange(other.array_, nullptr)) {}
   CComSafeArray& operator=(CComSafeArray&& other) noexcept {
@@ -125,13 +146,17 @@ class CComSafeArray {
   CComSafeArray& operator=(const CComSafeArray&) = delete;
   ~CComSafeArray() { SafeArrayDestroy(array_); }
 
+  // The array itself, still owned here; null when there is none.
   SAFEARRAY* get() const noexcept { return array_; }
   explicit operator bool() const noexcept { return array_ != nullptr; }
+  // Takes over an array that the caller owned, in place of the one held.
   void attach(SAFEARRAY* array) noexcept {
     SafeArrayDestroy(array_);
     array_ = array;
   }
+  // Gives the array away; none is left.
   [[nodiscard]] SAFEARRAY* detach() noexcept { return std::exchange(array_, nullptr); }
+  // For `member(array.put())`.
   SAFEARRAY** put() noexcept {
     attach(nullptr);
     return &array_;

@@ -9,7 +9,8 @@
 
 #include <korlib/types.h>
 
-// RFC 4122 identifier in its in-memory form: the first three fields are little-endian on this machine.
+// An identifier of 128 bits (RFC 4122) in its in-memory form: the first three fields are numbers of this
+// machine, lowest byte first, the last is eight bytes in the order of writing. Equal when all bytes are.
 struct GUID {
   std::uint32_t Data1;
   std::uint16_t Data2;
@@ -20,6 +21,8 @@ struct GUID {
 };
 static_assert(sizeof(GUID) == 16, "compared as 16 bytes");
 
+// What a GUID identifies: an interface, a class. The REF… forms are how functions take one; none keeps the
+// reference beyond the call.
 using IID = GUID;
 using CLSID = GUID;
 using REFGUID = const GUID&;
@@ -29,6 +32,8 @@ using REFCLSID = const CLSID&;
 namespace korlib {
 
 namespace detail {
+// The value of a digit. Text that is no identifier does not compile: a throw in a consteval function is an
+// error.
 consteval std::uint8_t hex_digit(char c) {
   if (c >= '0' && c <= '9') return static_cast<std::uint8_t>(c - '0');
   if (c >= 'A' && c <= 'F') return static_cast<std::uint8_t>(c - 'A' + 10);
@@ -36,6 +41,7 @@ consteval std::uint8_t hex_digit(char c) {
   throw "not a hexadecimal digit";
 }
 
+// The number that the next digits are, most significant first.
 consteval std::uint64_t hex_run(const char* text, int digits) {
   std::uint64_t value = 0;
   for (int i = 0; i < digits; ++i) value = value << 4 | hex_digit(text[i]);
@@ -61,6 +67,7 @@ template <class Interface>
 struct IidOf;  // no definition: an interface without an identifier is a compile error
 }  // namespace detail
 
+// The identifier of an interface type, one object for the whole process.
 template <class Interface>
 inline constexpr const GUID& iid_of = detail::IidOf<Interface>::value;
 
@@ -73,6 +80,8 @@ inline constexpr const GUID& iid_of = detail::IidOf<Interface>::value;
     static constexpr GUID value = korlib::guid(text); \
   }
 
+// The identifier of all zeros: of nothing. As a CLSID it asks a module for a class by name (activation.h); as
+// an interface it stands where the automation functions have a reserved argument.
 inline constexpr GUID GUID_NULL{};
 inline constexpr GUID IID_NULL{};
 inline constexpr GUID CLSID_NULL{};
