@@ -3,11 +3,15 @@
 
 #include <korlib/dispatch.h>
 
-// The three setters that the component calls. Every other member (Execute, Parameters …) is reached
-// late-bound. The connection is a connection object or a connection string.
+// A statement for a database. The three setters that the component calls; every other member (Execute,
+// Parameters …) is reached late-bound.
 struct IKorDBCommand : IDispatch {
+  // A connection object, or a connection string as text, which the command opens for itself. An empty value
+  // takes the connection away. A database that cannot be opened is an error with the driver's words.
   virtual HRESULT put_ActiveConnection(VARIANT connection) = 0;
+  // How the text is meant: 1 a statement, 2 a table's name, 4 a procedure's name, 8 unknown.
   virtual HRESULT put_CommandType(LONG type) = 0;
+  // The text, copied. It is not looked at before the command is executed.
   virtual HRESULT put_CommandText(BSTR text) = 0;
 
  protected:

@@ -1,12 +1,21 @@
 // The error object of a thread: what failed, in words. The host supplies the functions.
+//
+// A member that fails with something to say makes an error object, sets it for its thread and answers the code.
+// Whoever reports the failure takes the object away; whoever goes on from the failure clears it, or a later
+// failure without words would show them.
 #pragma once
 
 #include <korlib/dispatch.h>
 
+// The words of one failure. Strings are new ones, the caller's to free; what was not set is null or zero.
 struct IErrorInfo : IUnknown {
+  // The interface that failed, GUID_NULL where nobody said.
   virtual HRESULT GetGUID(GUID* guid) = 0;
+  // Who failed: a ProgID as a rule, "Mirt".
   virtual HRESULT GetSource(BSTR* source) = 0;
+  // What is to be shown to a person.
   virtual HRESULT GetDescription(BSTR* description) = 0;
+  // Where more is written; not used here.
   virtual HRESULT GetHelpFile(BSTR* file) = 0;
   virtual HRESULT GetHelpContext(DWORD* context) = 0;
 
@@ -15,6 +24,8 @@ struct IErrorInfo : IUnknown {
 };
 KORLIB_IID(IErrorInfo, "1CF2B120-547D-101B-8E65-08002B2BD119");
 
+// An error object that is being made. It answers to IErrorInfo as well, which is what SetErrorInfo takes. Text
+// is copied; it is not written to, though its type would allow that.
 struct ICreateErrorInfo : IUnknown {
   virtual HRESULT SetGUID(REFGUID guid) = 0;
   virtual HRESULT SetSource(LPOLESTR source) = 0;
@@ -30,9 +41,11 @@ KORLIB_IID(ICreateErrorInfo, "22F03340-547D-101B-8E65-08002B2BD119");
 inline constexpr const GUID& IID_IErrorInfo = korlib::iid_of<IErrorInfo>;
 
 extern "C" {
+// A new error object without words; the caller's. On failure *info is null.
 KORLIB_API HRESULT CreateErrorInfo(ICreateErrorInfo** info);
-// Replaces the calling thread's error object; null clears it. `reserved` is 0.
+// Replaces the calling thread's error object, which is counted; null clears it. `reserved` is 0.
 KORLIB_API HRESULT SetErrorInfo(ULONG reserved, IErrorInfo* info);
-// Moves the calling thread's error object out; S_FALSE and null when there is none.
+// Moves the calling thread's error object out: the caller owns it and the thread has none any more. S_FALSE and
+// null when there is none. `reserved` is 0.
 KORLIB_API HRESULT GetErrorInfo(ULONG reserved, IErrorInfo** info);
 }

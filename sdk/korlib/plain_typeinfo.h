@@ -6,12 +6,15 @@
 
 namespace korlib {
 
-// Left to the class: IUnknown, GetIDsOfNames, Invoke.
+// A base for type information that maps names and calls and describes nothing. Left to the class: IUnknown,
+// GetIDsOfNames, Invoke. It holds no state, so that a static object can be built by the compiler, and counts
+// nothing: whether references are counted is the class's choice too.
 class PlainTypeInfo : public ITypeInfo {
  public:
   PlainTypeInfo(const PlainTypeInfo&) = delete;
   PlainTypeInfo& operator=(const PlainTypeInfo&) = delete;
 
+  // Results are not touched: a caller that ignores the code must not read them.
   HRESULT GetTypeAttr(TYPEATTR**) override { return E_NOTIMPL; }
   HRESULT GetTypeComp(ITypeComp**) override { return E_NOTIMPL; }
   HRESULT GetFuncDesc(UINT, FUNCDESC**) override { return E_NOTIMPL; }
@@ -35,7 +38,8 @@ class PlainTypeInfo : public ITypeInfo {
   ~PlainTypeInfo() = default;
 };
 
-// Left to the class: IUnknown, GetTypeInfoOfGuid, and the two that count and number where it can tell.
+// A base for libraries that find type information by identifier. Left to the class: IUnknown,
+// GetTypeInfoOfGuid, and the two that count and number where it can tell.
 class PlainTypeLib : public ITypeLib {
  public:
   PlainTypeLib(const PlainTypeLib&) = delete;

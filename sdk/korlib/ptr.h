@@ -1,7 +1,4 @@
 // Smart pointers over interfaces, and QueryInterface as a list.
-//
-// put() releases what is held and lends the slot to an out-parameter; attach() and detach() move a
-// reference without counting; get() and -> peek. Both pointers are as cheap as a raw one.
 #pragma once
 
 #include <initializer_list>
@@ -9,16 +6,24 @@
 
 #include <korlib/unknown.h>
 
+// An interface pointer that counts its reference, or null. As cheap as a raw one.
+//
+// put() releases what is held and lends the slot to an out-parameter; attach() and detach() move a reference
+// without counting; get() and -> peek. Calling through a null pointer is the caller's mistake, as with a raw
+// one.
 template <class Interface>
 class CComPtr {
  public:
   CComPtr() noexcept = default;
   CComPtr(std::nullptr_t) noexcept {}
+  // A reference of its own to the object; the caller's stays the caller's. Use attach() for a result that was
+  // counted already.
   CComPtr(Interface* object) noexcept : object_(object) { add_ref(); }
   CComPtr(const CComPtr& other) noexcept : object_(other.object_) { add_ref(); }
   CComPtr(CComPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   ~CComPtr() { reset(); }
 
+  // The new object is held before the old one is let go, which may end the owner of this pointer.
   CComPtr& operator=(CComPtr other) noexcept {
     std::swap(object_, other.object_);
     return *this;
@@ -29,18 +34,22 @@ class CComPtr {
   Interface& operator*() const noexcept { return *object_; }
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
+  // Releases; the pointer is null before the object is told.
   void reset() noexcept {
     if (Interface* held = std::exchange(object_, nullptr)) held->Release();
   }
+  // For `member(object.put())` and, where the member takes void**, put_void().
   Interface** put() noexcept {
     reset();
     return &object_;
   }
   void** put_void() noexcept { return reinterpret_cast<void**>(put()); }
+  // Takes over a counted reference.
   void attach(Interface* object) noexcept {
     reset();
     object_ = object;
   }
+  // Gives the reference away; null is left.
   [[nodiscard]] Interface* detach() noexcept { return std::exchange(object_, nullptr); }
 
   // A counted copy into an out-parameter, null included.
@@ -51,7 +60,7 @@ class CComPtr {
     return S_OK;
   }
 
-  // The same object as another interface.
+  // The same object as another interface: a counted reference in *out. Null has no interface: E_NOINTERFACE.
   template <class Other>
   HRESULT query(Other** out) const {
     if (!out) return E_POINTER;
@@ -60,6 +69,7 @@ class CComPtr {
     return object_->QueryInterface(korlib::iid_of<Other>, reinterpret_cast<void**>(out));
   }
 
+  // The same pointer. Whether two interfaces are one object only their IUnknown tells.
   friend bool operator==(const CComPtr& a, const CComPtr& b) noexcept { return a.object_ == b.object_; }
 
  private:
@@ -85,6 +95,7 @@ class CComQIPtr : public CComPtr<Interface> {
     return *this;
   }
 
+  // What the object answered, S_OK for null. What was held is released in any case.
   HRESULT assign(IUnknown* object) {
     CComPtr<Interface> asked;
     HRESULT hr = S_OK;
@@ -97,9 +108,10 @@ class CComQIPtr : public CComPtr<Interface> {
 
 namespace korlib {
 
-// QueryInterface over a list of interfaces:
+// QueryInterface over a list of interfaces, for the objects that implement it:
 //   return korlib::query_list<IThing, IDispatch, IUnknown>(this, riid, ppv);
-// The first interface stands for every one it derives from; list the most derived one first.
+// The first interface stands for every one it derives from; list the most derived one first. A null ppv is
+// E_POINTER; on failure *ppv is null.
 template <class First, class... Rest, class Object>
 HRESULT query_list(Object* object, REFIID riid, void** ppv) {
   if (!ppv) return E_POINTER;

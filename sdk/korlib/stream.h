@@ -4,8 +4,10 @@
 
 #include <korlib/unknown.h>
 
+// What Stat would fill; never defined here.
 struct STATSTG;
 
+// 64-bit numbers of bytes, signed and not, as these interfaces pass them by value.
 union LARGE_INTEGER {
   LONGLONG QuadPart;
 };
@@ -13,8 +15,14 @@ union ULARGE_INTEGER {
   ULONGLONG QuadPart;
 };
 
+// Bytes one behind the other. A template can be drawn into one: it receives the characters as they lie in
+// memory, four bytes each, lowest first.
 struct ISequentialStream : IUnknown {
+  // Copies up to `bytes` bytes into the caller's buffer. S_FALSE when fewer were left; *read, which may be
+  // null, tells how many there were.
   virtual HRESULT Read(void* buffer, ULONG bytes, ULONG* read) = 0;
+  // Takes a copy of the bytes. A stream that takes fewer says so with its result; *written, which may be null,
+  // tells how many it took.
   virtual HRESULT Write(const void* data, ULONG bytes, ULONG* written) = 0;
 
  protected:
@@ -22,15 +30,22 @@ struct ISequentialStream : IUnknown {
 };
 KORLIB_IID(ISequentialStream, "0C733A30-2A1C-11CE-ADE5-00AA0044773D");
 
+// The same with a position and a size. The component writes and does nothing else, so a sink may answer
+// E_NOTIMPL to all that follows.
 struct IStream : ISequentialStream {
+  // `origin` is 0 from the beginning, 1 from the position, 2 from the end; *position, which may be null, is the
+  // new one from the beginning.
   virtual HRESULT Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* position) = 0;
   virtual HRESULT SetSize(ULARGE_INTEGER size) = 0;
+  // From the position on, into another stream. Either count may be null.
   virtual HRESULT CopyTo(IStream* target, ULARGE_INTEGER bytes, ULARGE_INTEGER* read, ULARGE_INTEGER* written) = 0;
+  // Transactions, locks and descriptions.
   virtual HRESULT Commit(DWORD flags) = 0;
   virtual HRESULT Revert() = 0;
   virtual HRESULT LockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER bytes, DWORD type) = 0;
   virtual HRESULT UnlockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER bytes, DWORD type) = 0;
   virtual HRESULT Stat(STATSTG* stat, DWORD flags) = 0;
+  // Another stream over the same bytes with a position of its own.
   virtual HRESULT Clone(IStream** copy) = 0;
 
  protected:

@@ -11,6 +11,8 @@
 #include <korlib/types.h>
 
 extern "C" {
+// Between the text of this system and UTF-8: `length` counts characters in the one, bytes in the other. `text`
+// and `bytes` may be null with a length of 0, `out` with a capacity of 0.
 KORLIB_API std::size_t utf32_utf8(const wchar_t* text, std::size_t length, char* out, std::size_t capacity);
 KORLIB_API std::size_t utf8_utf32(const char* bytes, std::size_t length, wchar_t* out, std::size_t capacity);
 // From the Windows code page of that number (65001 is UTF-8, 932 Shift_JIS, 1252 Western …); bytes that
@@ -20,4 +22,5 @@ KORLIB_API std::size_t codepage_utf32(UINT code_page, const char* bytes, std::si
                                       std::size_t capacity);
 }
 
+// What no size can be: the code page has no conversion.
 inline constexpr std::size_t kUnknownCodePage = static_cast<std::size_t>(-1);
