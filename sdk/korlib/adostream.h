@@ -72,7 +72,7 @@ struct IKorLibStream : IDispatch {
   virtual HRESULT CopyTo(IKorLibStream* target, LONG count) = 0;
   // Nothing is held back, so there is nothing to do.
   virtual HRESULT Flush() = 0;
-  // Writes all bytes to a file and rewinds. A failure leaves an existing file as it was.
+  // Writes all bytes to a file and rewinds. A disk without room leaves an existing file as it was.
   virtual HRESULT SaveToFile(BSTR path, LONG options) = 0;
   // Replaces the contents by a file's and rewinds. Errors name the file. The path is taken as it is: whoever
   // passes one that a request chose has checked it.

@@ -14,6 +14,7 @@
 // that for an empty string looks at get().
 class CComBSTR {
  public:
+  // Null, which reads as the empty string.
   CComBSTR() noexcept = default;
   // A copy of NUL-terminated text; null stays null.
   CComBSTR(const wchar_t* text) : text_(SysAllocString(text)) {}
@@ -25,6 +26,7 @@ class CComBSTR {
                   : nullptr) {}
   // A copy of the same bytes.
   CComBSTR(const CComBSTR& other) : text_(other.copy()) {}
+  // Takes the string over and leaves null.
   CComBSTR(CComBSTR&& other) noexcept : text_(std::exchange(other.text_, nullptr)) {}
   ~CComBSTR() { SysFreeString(text_); }
   // Takes the value that was made for the argument: a copy, or what was moved into it.
@@ -48,6 +50,7 @@ class CComBSTR {
     reset();
     return &text_;
   }
+  // Frees the string: null.
   void reset() noexcept { SysFreeString(std::exchange(text_, nullptr)); }
   // Takes over a string that the caller owned.
   void attach(BSTR text) noexcept {

@@ -54,6 +54,7 @@ class CComVariant : public VARIANT {
   CComVariant(CComVariant&& other) noexcept : VARIANT(static_cast<VARIANT&&>(other)) {}
   ~CComVariant() { VariantClear(this); }
 
+  // Assigning frees what was held. A value assigned to itself stays.
   CComVariant& operator=(const CComVariant& other) {
     if (this != &other) VariantCopy(this, &other);
     return *this;
@@ -131,6 +132,11 @@ inline bool is_omitted(const VARIANT& v) noexcept { return v.vt == VT_ERROR && v
 }  // namespace korlib
 
 // An owned SAFEARRAY, or none. End every lock before the owner goes: a locked array cannot be freed.
+//
+//   CComSafeArray rows(VT_VARIANT, 3);
+//   if (!rows) return E_OUTOFMEMORY;
+//   CComVariant(L"first").detach_to(rows.data<VARIANT>());
+//   rows.detach_to(pVal);
 class CComSafeArray {
  public:
   CComSafeArray() noexcept = default;
@@ -148,6 +154,7 @@ class CComSafeArray {
 
   // The array itself, still owned here; null when there is none.
   SAFEARRAY* get() const noexcept { return array_; }
+  // Whether there is an array; one without elements is one.
   explicit operator bool() const noexcept { return array_ != nullptr; }
   // Takes over an array that the caller owned, in place of the one held.
   void attach(SAFEARRAY* array) noexcept {

@@ -19,6 +19,8 @@ struct IKorDBCommand : IDispatch {
 };
 KORLIB_IID(IKorDBCommand, "5A684353-552E-4F43-84F0-783D67235AEE");
 
+// The classes of the host's database: a command, a connection, a set of rows. For CoCreateInstance; the last
+// two are used late-bound only.
 inline constexpr GUID CLSID_KorDBCommand = korlib::guid("6C4D6CA3-7C7F-40D0-849C-9FF08BF9116E");
 inline constexpr GUID CLSID_KorDBConnection = korlib::guid("EF9EEE12-F7FA-48C1-895E-7E9A0EA8682F");
 inline constexpr GUID CLSID_KorDBRecordset = korlib::guid("D4EC3202-E3CD-42BC-8F05-80932EC09205");

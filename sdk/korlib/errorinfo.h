@@ -38,6 +38,7 @@ struct ICreateErrorInfo : IUnknown {
 };
 KORLIB_IID(ICreateErrorInfo, "22F03340-547D-101B-8E65-08002B2BD119");
 
+// The identifier under its usual name.
 inline constexpr const GUID& IID_IErrorInfo = korlib::iid_of<IErrorInfo>;
 
 extern "C" {

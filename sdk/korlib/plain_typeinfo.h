@@ -6,9 +6,17 @@
 
 namespace korlib {
 
-// A base for type information that maps names and calls and describes nothing. Left to the class: IUnknown,
-// GetIDsOfNames, Invoke. It holds no state, so that a static object can be built by the compiler, and counts
-// nothing: whether references are counted is the class's choice too.
+// A base for type information that maps names and calls and describes nothing:
+//
+//   class ThingTypeInfo final : public korlib::PlainTypeInfo {
+//     // QueryInterface, AddRef, Release: as for any object, or without counting for a static one
+//     HRESULT GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) override;
+//     HRESULT Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
+//                    EXCEPINFO* excepinfo, UINT* argerr) override;
+//   };
+//
+// It holds no state, so that a static object can be built by the compiler. Whether references are counted is
+// the class's choice.
 class PlainTypeInfo : public ITypeInfo {
  public:
   PlainTypeInfo(const PlainTypeInfo&) = delete;
@@ -45,6 +53,7 @@ class PlainTypeLib : public ITypeLib {
   PlainTypeLib(const PlainTypeLib&) = delete;
   PlainTypeLib& operator=(const PlainTypeLib&) = delete;
 
+  // A library that cannot count says that it has none.
   UINT GetTypeInfoCount() override { return 0; }
   HRESULT GetTypeInfo(UINT, ITypeInfo**) override { return E_NOTIMPL; }
   HRESULT GetTypeInfoType(UINT, TYPEKIND*) override { return E_NOTIMPL; }

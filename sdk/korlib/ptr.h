@@ -29,9 +29,11 @@ class CComPtr {
     return *this;
   }
 
+  // The object, still held here; good as long as this pointer is not changed.
   Interface* get() const noexcept { return object_; }
   Interface* operator->() const noexcept { return object_; }
   Interface& operator*() const noexcept { return *object_; }
+  // Whether there is an object.
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
   // Releases; the pointer is null before the object is told.
@@ -85,6 +87,7 @@ template <class Interface>
 class CComQIPtr : public CComPtr<Interface> {
  public:
   CComQIPtr() noexcept = default;
+  // Asks the object for the interface: `if (const CComQIPtr<IThing> thing(object)) …`.
   CComQIPtr(IUnknown* object) { assign(object); }
   template <class Other>
   CComQIPtr(const CComPtr<Other>& other) {

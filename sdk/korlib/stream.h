@@ -36,6 +36,7 @@ struct IStream : ISequentialStream {
   // `origin` is 0 from the beginning, 1 from the position, 2 from the end; *position, which may be null, is the
   // new one from the beginning.
   virtual HRESULT Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* position) = 0;
+  // Makes it longer, by bytes of any value, or shorter. The position stays.
   virtual HRESULT SetSize(ULARGE_INTEGER size) = 0;
   // From the position on, into another stream. Either count may be null.
   virtual HRESULT CopyTo(IStream* target, ULARGE_INTEGER bytes, ULARGE_INTEGER* read, ULARGE_INTEGER* written) = 0;

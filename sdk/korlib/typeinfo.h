@@ -41,6 +41,7 @@ struct ITypeInfo : IUnknown {
   // DISP_E_MEMBERNOTFOUND.
   virtual HRESULT Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
                          EXCEPINFO* excepinfo, UINT* argerr) = 0;
+  // Texts about members, where they are implemented, and types that they refer to.
   virtual HRESULT GetDocumentation(MEMBERID id, BSTR* name, BSTR* doc, DWORD* help, BSTR* file) = 0;
   virtual HRESULT GetDllEntry(MEMBERID id, INVOKEKIND kind, BSTR* dll, BSTR* name, WORD* ordinal) = 0;
   virtual HRESULT GetRefTypeInfo(DWORD type, ITypeInfo** info) = 0;
@@ -64,6 +65,7 @@ struct ITypeLib : IUnknown {
   // How many interfaces are described, and one of them by number, counted.
   virtual UINT GetTypeInfoCount() = 0;
   virtual HRESULT GetTypeInfo(UINT index, ITypeInfo** info) = 0;
+  // What the interface of that number is.
   virtual HRESULT GetTypeInfoType(UINT index, TYPEKIND* kind) = 0;
   // The type information of an interface, counted; the caller releases it. TYPE_E_ELEMENTNOTFOUND and null when
   // the library does not describe that interface.
@@ -81,6 +83,7 @@ struct ITypeLib : IUnknown {
 };
 KORLIB_IID(ITypeLib, "00020402-0000-0000-C000-000000000046");
 
+// The identifier under its usual name.
 inline constexpr const GUID& IID_ITypeInfo = korlib::iid_of<ITypeInfo>;
 
 extern "C" {

@@ -96,6 +96,7 @@ inline constexpr ULONG NORM_IGNORECASE = 1;
 // is overwritten without a look at its old bits, and then the caller's to clear.
 struct VARIANT {
   VARTYPE vt;
+  // Neither read nor kept. They place the value at eight bytes.
   WORD wReserved1;
   WORD wReserved2;
   WORD wReserved3;
@@ -105,16 +106,20 @@ struct VARIANT {
     ULONGLONG ullVal;
     signed char cVal;
     BYTE bVal;
+    // VT_I2 and VT_UI2.
     SHORT iVal;
     USHORT uiVal;
+    // VT_I4, VT_UI4, VT_INT and VT_UINT.
     LONG lVal;
     ULONG ulVal;
     INT intVal;
     UINT uintVal;
+    // VT_R4 and VT_R8.
     float fltVal;
     double dblVal;
     VARIANT_BOOL boolVal;
     SCODE scode;
+    // VT_CY and VT_DATE.
     CY cyVal;
     DATE date;
     // What a value owns: a string, an object, an array. Null is legal in all of them.
@@ -140,6 +145,7 @@ struct VARIANT {
     BSTR* pbstrVal;
     IUnknown** ppunkVal;
     IDispatch** ppdispVal;
+    // VT_BYREF | VT_ARRAY with an element type, VT_BYREF | VT_VARIANT, and any reference without its type.
     SAFEARRAY** pparray;
     VARIANT* pvarVal;
     void* byref;

@@ -21,23 +21,38 @@ struct IMirt;
 // negative value a string whose memory is the bytes.
 template <class Base>
 struct UtilityMembers : Base {
-  // `length` characters drawn from `alphabet`, from a generator seeded with the clock: an identifier,
-  // not a secret.
+  // `length` characters drawn from `alphabet`, from a generator seeded with the clock: an identifier, not a
+  // secret. A negative length or an empty alphabet is E_INVALIDARG.
   virtual HRESULT MakeKey(LONG length, BSTR alphabet, BSTR* key) = 0;
-  // Braced, or the bare 32 digits when `bare` is VARIANT_TRUE.
+  // A random identifier: "{XXXXXXXX-…}" with braces and dashes, or the bare 32 digits when `bare` is
+  // VARIANT_TRUE.
   virtual HRESULT MakeGUID(VARIANT_BOOL bare, BSTR* guid) = 0;
+  // Keeps the calling thread, and with it the request, waiting.
   virtual HRESULT Sleep(LONG milliseconds) = 0;
-  virtual HRESULT MD5(VARIANT* input, LONG charset, BSTR* hex) = 0;   // RFC 1321, lower-case hexadecimal
+  // The digest of the input's bytes in lower-case hexadecimal: MD5 (RFC 1321), SHA-1 (FIPS 180). An input that
+  // is neither text nor a byte array is E_INVALIDARG.
+  virtual HRESULT MD5(VARIANT* input, LONG charset, BSTR* hex) = 0;
   virtual HRESULT SHA1(VARIANT* input, LONG charset, BSTR* hex) = 0;  // FIPS 180, likewise
-  // Whether two values, or arrays of values, have an element in common, compared as text.
+  // Whether two values, or arrays of values, have an element in common, compared as text, letter case included.
+  // A value without a text form is its conversion's failure; *found then tells what was found before it.
   virtual HRESULT FindString(VARIANT* list, VARIANT* wanted, VARIANT_BOOL* found) = 0;
+  // Between half-width and full-width forms, as the host maps them; E_FAIL on a host that cannot.
   virtual HRESULT HanToZen(BSTR text, BSTR* wide) = 0;
   virtual HRESULT ZenToHan(BSTR text, BSTR* narrow) = 0;
+  // Turns "&#number;" and "&#xnumber;" back into the characters that a browser could not send otherwise. The
+  // result ends at the first character 0.
   virtual HRESULT SubmitDecode(BSTR text, BSTR* decoded) = 0;
+  // Without the blanks (also U+3000), tabs and line ends at both ends; null when nothing remains.
   virtual HRESULT Trim(BSTR text, BSTR* trimmed) = 0;
+  // With references for the four characters that HTML reads as markup: the angle brackets, the double quote and
+  // the ampersand.
   virtual HRESULT HTMLEncode(BSTR text, BSTR* encoded) = 0;
-  virtual HRESULT Base64Encode(VARIANT* input, LONG charset, BSTR* encoded) = 0;  // RFC 4648, section 4
-  virtual HRESULT URLEncode(VARIANT* input, LONG charset, BSTR* encoded) = 0;     // RFC 3986 percent-encoding
+  // The bytes of the input as base64 (RFC 4648, section 4) on one line, and percent-encoded (RFC 3986): every
+  // byte but letters, digits and "-", "_", ".", "~" as "%" and two upper-case digits.
+  virtual HRESULT Base64Encode(VARIANT* input, LONG charset, BSTR* encoded) = 0;
+  virtual HRESULT URLEncode(VARIANT* input, LONG charset, BSTR* encoded) = 0;  // RFC 3986 percent-encoding
+  // Back to text or bytes. What cannot be decoded is E_FAIL: base64 that is empty or unfinished, and in
+  // percent-encoding any character that would have been encoded, "+" included.
   virtual HRESULT Base64Decode(BSTR text, LONG charset, VARIANT* decoded) = 0;
   virtual HRESULT URLDecode(BSTR text, LONG charset, VARIANT* decoded) = 0;
 
@@ -45,49 +60,74 @@ struct UtilityMembers : Base {
   ~UtilityMembers() = default;
 };
 
+// The utility object, "Mirt.Utility": the members above and nothing else.
 struct IUtility : UtilityMembers<IDispatch> {
  protected:
   ~IUtility() = default;
 };
 KORLIB_IID(IUtility, "1C042E3B-E315-4D29-992F-4851DDF01EF1");
 
-// One uploaded file. The client chose its names: store it under a name of your own.
+// One uploaded file. The client chose its names: store it under a name of your own. Every property can be read
+// again and again; strings are new ones.
 struct IFormFile : IDispatch {
-  virtual HRESULT get_FileName(BSTR* name) = 0;   // as the browser sent it
-  virtual HRESULT get_FileName2(BSTR* name) = 0;  // behind its last '\', else its last '/': may still hold a '/'
+  // As the browser sent it, a path perhaps.
+  virtual HRESULT get_FileName(BSTR* name) = 0;
+  // What stands behind its last '\', else its last '/'. It may still hold a '/', or be "..".
+  virtual HRESULT get_FileName2(BSTR* name) = 0;
+  // What the browser says that it is; empty when it said nothing.
   virtual HRESULT get_ContentType(BSTR* type) = 0;
-  virtual HRESULT get_Stream(IDispatch** stream) = 0;  // the bytes, positioned at 0
+  // The bytes, as an open binary stream (korlib/adostream.h) positioned at 0 when the request is read; every
+  // caller gets the same one. E_FAIL where the host could not make one.
+  virtual HRESULT get_Stream(IDispatch** stream) = 0;
 
  protected:
   ~IFormFile() = default;
 };
 KORLIB_IID(IFormFile, "B7B7E305-18A2-4190-9BF6-2E7172F8C03A");
 
-// The stand-alone text templator.
+// The stand-alone text templator, "Mirt.TextTemplator". A mark names a variable or function of its scripts, or
+// a key of their default members; a mark that begins with a blank or a line end is a comment.
+//
+// A template that is malformed, "Invalid mark order.", fails when the fault is met: what stands before it has
+// been drawn.
 struct ITextTemplator : IDispatch {
-  virtual HRESULT putref_Script(IDispatch* script) = 0;  // adds; the last one added is asked first
+  // Adds a script object; the last one added is asked first. Null is taken and knows no name.
+  virtual HRESULT putref_Script(IDispatch* script) = 0;
+  // The one added last, null when there is none.
   virtual HRESULT get_Script(IDispatch** script) = 0;
+  // Where text goes: a stream in memory at first. A Response, a stream (korlib/adostream.h), a text stream or an
+  // IStream does as well; null is no output, another object is E_INVALIDARG and leaves none.
   virtual HRESULT putref_Stream(IUnknown* sink) = 0;
   virtual HRESULT get_Stream(IUnknown** sink) = 0;
+  // Draws a file, read each time in that character set. The path is taken as it is.
   virtual HRESULT ProcessTemplateFile(BSTR path, BSTR charset) = 0;
   virtual HRESULT ProcessTemplate(BSTR text) = 0;
+  // Writes the text as it is; E_FAIL without an output, as drawing.
   virtual HRESULT Write(BSTR text) = 0;
-  virtual HRESULT Flush(BSTR* text) = 0;  // everything written so far; nothing is removed
+  // Everything written to the stream so far; nothing is removed. E_FAIL when the output is none.
+  virtual HRESULT Flush(BSTR* text) = 0;
 
  protected:
   ~ITextTemplator() = default;
 };
 KORLIB_IID(ITextTemplator, "54709AC5-EFD1-4D7E-A2E9-378EBFB3FF17");
 
-// The child templator of a page controller. It does not keep that alive: once it is gone, Main is E_FAIL.
+// The child templator of a page controller, which NewTemplator makes. It draws with the controller's data: marks
+// begin with a character that says where their value comes from, and whether it is encoded.
+//
+// It does not keep the controller alive: once that is gone, Main is E_FAIL.
 struct IMirtedTemplator : IDispatch {
+  // As the text templator's. Its scripts are its own: the controller's are not asked.
   virtual HRESULT putref_Script(IDispatch* script) = 0;
   virtual HRESULT get_Script(IDispatch** script) = 0;
+  // The page controller, counted.
   virtual HRESULT get_Main(IMirt** main) = 0;
   virtual HRESULT putref_Stream(IUnknown* sink) = 0;
   virtual HRESULT get_Stream(IUnknown** sink) = 0;
   virtual HRESULT ProcessTemplateFile(BSTR path, BSTR charset) = 0;
   virtual HRESULT ProcessTemplate(BSTR text) = 0;
+  // Encoded for HTML for any value but VARIANT_FALSE: by the controller where its SelfEncode is set, else by the
+  // Server.
   virtual HRESULT Write(BSTR text, VARIANT_BOOL encode) = 0;
   virtual HRESULT Flush(BSTR* text) = 0;
 
@@ -98,92 +138,127 @@ KORLIB_IID(IMirtedTemplator, "FBB21FA5-D144-4303-AA67-323AEE297098");
 
 // The page controller's own members, in the order of their dispatch identifiers.
 //
-// Strings are copied in and out, null as null. Booleans are true only for VARIANT_TRUE; every other
-// value, 1 included, is false.
+// Strings are copied in and out, null as null. Booleans are true only for VARIANT_TRUE; every other value, 1
+// included, is false. Settings may be changed at any time; where a step of Process uses one, the value at that
+// moment counts.
 struct MirtMembers : IDispatch {
   // The dictionary that outlives the request. Needs a Name and a Session, and Process to have begun.
   virtual HRESULT get_Bag(IDispatch** bag) = 0;
-  virtual HRESULT putref_Script(IDispatch* script) = 0;  // as AddScript
-  virtual HRESULT get_Script(IDispatch** script) = 0;    // the one added last; untouched when there is none
-  // Taken from the request when empty; a script may choose another until it runs.
+  // As AddScript, and the one added last: untouched when there is none.
+  virtual HRESULT putref_Script(IDispatch* script) = 0;
+  virtual HRESULT get_Script(IDispatch** script) = 0;
+  // The command that the page runs. Taken from the request when empty; a script may choose another until it
+  // runs.
   virtual HRESULT put_Command(BSTR value) = 0;
   virtual HRESULT get_Command(BSTR* value) = 0;
-  virtual HRESULT put_Template(BSTR value) = 0;  // DefaultTemplate when empty as drawing begins
+  // The template that the page draws, without folder and extension; DefaultTemplate when empty as drawing
+  // begins.
+  virtual HRESULT put_Template(BSTR value) = 0;
   virtual HRESULT get_Template(BSTR* value) = 0;
-  virtual HRESULT put_TemplateFolder(BSTR value) = 0;  // where template files are, and may be read
+  // The folder where template files are, and may be read.
+  virtual HRESULT put_TemplateFolder(BSTR value) = 0;
   virtual HRESULT get_TemplateFolder(BSTR* value) = 0;
-  virtual HRESULT put_TemplateExt(BSTR value) = 0;  // with its dot
+  // What is put behind a template's name, with its dot.
+  virtual HRESULT put_TemplateExt(BSTR value) = 0;
   virtual HRESULT get_TemplateExt(BSTR* value) = 0;
-  virtual HRESULT put_TemplateCharset(BSTR value) = 0;  // "UTF-8" at first
+  // The character set of template files, "UTF-8" at first.
+  virtual HRESULT put_TemplateCharset(BSTR value) = 0;
   virtual HRESULT get_TemplateCharset(BSTR* value) = 0;
+  // What is drawn when nobody chose a Template.
   virtual HRESULT put_DefaultTemplate(BSTR value) = 0;
   virtual HRESULT get_DefaultTemplate(BSTR* value) = 0;
-  virtual HRESULT put_TemplatePermissionPath(BSTR value) = 0;  // the folder files may be read from instead
+  // The folder from which files may be read, in place of TemplateFolder.
+  virtual HRESULT put_TemplatePermissionPath(BSTR value) = 0;
   virtual HRESULT get_TemplatePermissionPath(BSTR* value) = 0;
-  virtual HRESULT put_CommandName(BSTR value) = 0;  // the request field of the command, "c" at first
+  // The request field of the command, "c" at first.
+  virtual HRESULT put_CommandName(BSTR value) = 0;
   virtual HRESULT get_CommandName(BSTR* value) = 0;
-  // The Response at first. A stream, a text stream or an IStream does as well; another object is
-  // E_INVALIDARG and leaves no output.
+  // Where the page is drawn: the Response at first. A stream, a text stream or an IStream does as well; another
+  // object is E_INVALIDARG and leaves no output.
   virtual HRESULT putref_Output(IUnknown* sink) = 0;
   virtual HRESULT get_Output(IUnknown** sink) = 0;
-  virtual HRESULT get_View(IDispatch** view) = 0;        // E_FAIL and null outside Process
-  virtual HRESULT get_Include(IDispatch** include) = 0;  // S_OK and null outside Process
+  // The dictionaries of one run, made when Process begins and dropped when it ends: what templates show, and
+  // what is the scripts' own. Outside Process View is E_FAIL and null, Include S_OK and null.
+  virtual HRESULT get_View(IDispatch** view) = 0;
+  virtual HRESULT get_Include(IDispatch** include) = 0;
   // The submitted fields: of the form for a POST of one, of the query string otherwise.
   virtual HRESULT get_Request(IDispatch** request) = 0;
-  virtual HRESULT put_Name(BSTR value) = 0;  // what the page's state is kept under; pages may share it
+  // What the page's state is kept under in the Session; pages may share it.
+  virtual HRESULT put_Name(BSTR value) = 0;
   virtual HRESULT get_Name(BSTR* value) = 0;
-  // False: the command comes in a field whose name changes with every command, so that a page from the
-  // browser's history cannot repeat one.
+  // True at first. False: the command comes in a field whose name changes with every command, so that a page
+  // from the browser's history cannot repeat one.
   virtual HRESULT put_Backable(VARIANT_BOOL value) = 0;
   virtual HRESULT get_Backable(VARIANT_BOOL* value) = 0;
-  virtual HRESULT put_NullIsEmpty(VARIANT_BOOL value) = 0;  // a mark's value without a text draws nothing
+  // A mark's value without a text form draws nothing, where it would fail otherwise. False at first.
+  virtual HRESULT put_NullIsEmpty(VARIANT_BOOL value) = 0;
   virtual HRESULT get_NullIsEmpty(VARIANT_BOOL* value) = 0;
+  // Fields are passed through SubmitDecode as they are copied. False at first.
   virtual HRESULT put_SubmitDecodeOnPutInto(VARIANT_BOOL value) = 0;
   virtual HRESULT get_SubmitDecodeOnPutInto(VARIANT_BOOL* value) = 0;
+  // Parsed templates are kept for all pages of the process until their file changes. True at first.
   virtual HRESULT put_CacheTemplate(VARIANT_BOOL value) = 0;
   virtual HRESULT get_CacheTemplate(VARIANT_BOOL* value) = 0;
-  virtual HRESULT put_SelfEncode(VARIANT_BOOL value) = 0;  // encode with HTMLEncode below, not the Server's
+  // Encode with HTMLEncode above, not with the Server's. False at first.
+  virtual HRESULT put_SelfEncode(VARIANT_BOOL value) = 0;
   virtual HRESULT get_SelfEncode(VARIANT_BOOL* value) = 0;
-  virtual HRESULT AddScript(IDispatch* script) = 0;  // the one added last is asked first
-  // Copy the named request field, or every field when the name is empty, to the Bag, the View or the
-  // script's variables. `as_array` keeps a named field's values apart.
+  // Adds an object whose members are the page's functions and variables; it is held until the controller goes.
+  // The one added last is asked first.
+  virtual HRESULT AddScript(IDispatch* script) = 0;
+  // Copy the named request field, or every field when the name is empty, to the Bag, the View or the script's
+  // variables. `as_array` keeps a named field's values apart.
   virtual HRESULT PutIntoBag(BSTR name, VARIANT_BOOL as_array) = 0;
   virtual HRESULT PutIntoView(BSTR name, VARIANT_BOOL as_array) = 0;
   virtual HRESULT PutIntoProp(BSTR name, VARIANT_BOOL as_array) = 0;
-  virtual HRESULT Write(BSTR text, VARIANT_BOOL encode) = 0;  // for HTML, for any value but VARIANT_FALSE
-  virtual HRESULT Abandon() = 0;                              // gives up what is kept under Name
-  virtual HRESULT AddLog(BSTR first, BSTR second) = 0;        // "[first:second]" to the host's log
-  // Calls a function of the script with (controller, argument by reference). *exists tells whether there
-  // is one, also when it fails; without one *result stays as it is.
+  // Writes to the output, encoded for HTML for any value but VARIANT_FALSE.
+  virtual HRESULT Write(BSTR text, VARIANT_BOOL encode) = 0;
+  // Gives up what is kept under Name; the Session stays. E_FAIL where the page has no Session.
+  virtual HRESULT Abandon() = 0;
+  // "[first:second]" to the host's log.
+  virtual HRESULT AddLog(BSTR first, BSTR second) = 0;
+  // Calls a function of the script with (controller, argument by reference). *exists tells whether there is
+  // one, also when it fails; without one *result stays as it is.
   virtual HRESULT FireEvent(BSTR name, VARIANT* argument, VARIANT* result, VARIANT_BOOL* exists) = 0;
-  virtual HRESULT AddMessage(VARIANT* message, BSTR key) = 0;  // a copy, for the message drawers
-  // A VT_BSTR asks for one key, a VT_ERROR (the argument omitted) for any; others are E_INVALIDARG.
+  // Keeps a copy under the key, behind those that are there, for the message drawers.
+  virtual HRESULT AddMessage(VARIANT* message, BSTR key) = 0;
+  // Whether there is a message. A VT_BSTR asks for one key, a VT_ERROR (the argument omitted) for any; others
+  // are E_INVALIDARG.
   virtual HRESULT MessageExists(VARIANT* key, VARIANT_BOOL* exists) = 0;
-  virtual HRESULT ProcessTemplate(BSTR text) = 0;  // draws the text; no event of the lifecycle is fired
-  virtual HRESULT Process() = 0;                   // runs the page
-  // The values of a request field. One that cannot be read stays empty; a list that cannot be counted
-  // is S_OK and leaves *array as it is.
+  // Draws the text; no event of the lifecycle is fired.
+  virtual HRESULT ProcessTemplate(BSTR text) = 0;
+  // Runs the page: start, command, drawing, end, each with the script functions of that name. The first failure
+  // ends it and is answered.
+  virtual HRESULT Process() = 0;
+  // The values of a request field as a new array of variants. One that cannot be read stays empty; a list that
+  // cannot be counted is S_OK and leaves *array as it is.
   virtual HRESULT ToArray(IDispatch* collection, SAFEARRAY** array) = 0;
-  virtual HRESULT ToCommand(BSTR command, BSTR* link) = 0;  // "?field=command&", URL-encoded by the Server
-  virtual HRESULT ToParameter(BSTR name, BSTR value, BSTR* parameter) = 0;  // "name=value&", likewise
-  virtual HRESULT Redirect(BSTR url) = 0;                                   // status and Location; the page goes on
-  virtual HRESULT DrawTemplate(BSTR name) = 0;  // a file, beside the one being drawn or in TemplateFolder
+  // The beginning of a link that runs the command, "?field=command&", and a further part of it, "name=value&";
+  // URL-encoded by the Server.
+  virtual HRESULT ToCommand(BSTR command, BSTR* link) = 0;
+  virtual HRESULT ToParameter(BSTR name, BSTR value, BSTR* parameter) = 0;
+  // Sets status and Location; the page goes on.
+  virtual HRESULT Redirect(BSTR url) = 0;
+  // Draws a file: one beside the file that is being drawn, or in TemplateFolder.
+  virtual HRESULT DrawTemplate(BSTR name) = 0;
+  // A database command with connection, text and type set (korlib/dbcommand.h).
   virtual HRESULT NewADOCommand(VARIANT* connection, BSTR text, LONG type, IDispatch** command) = 0;
-  // For rows and other parts of the page. `prefix` begins the names of its draw functions.
+  // A child templator, for rows and other parts of the page. `prefix` begins the names of its draw functions.
   virtual HRESULT NewTemplator(BSTR prefix, IMirtedTemplator** templator) = 0;
-  virtual HRESULT NewMail(BSTR server, LONG port, IDispatch** mail) = 0;  // not implemented
+  // Not implemented: E_NOTIMPL.
+  virtual HRESULT NewMail(BSTR server, LONG port, IDispatch** mail) = 0;
 
  protected:
   ~MirtMembers() = default;
 };
 
+// The page controller, "Mirt": one for each page that is run, bound to the request in which it is made.
 struct IMirt : UtilityMembers<MirtMembers> {
  protected:
   ~IMirt() = default;
 };
 KORLIB_IID(IMirt, "A3B7006E-AE12-46B5-A908-98133BA64CF1");
 
-// Exported by the module.
+// The identifiers, exported by the module. The other two interfaces have no class that can be asked for.
 extern "C" {
 extern KORLIB_API const CLSID CLSID_Mirt;
 extern KORLIB_API const CLSID CLSID_TextTemplator;
