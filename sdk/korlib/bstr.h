@@ -1,6 +1,6 @@
 // Counted strings (BSTR). The host supplies these functions.
 //
-// A BSTR may hold embedded NULs and, when made from bytes, a length that is no multiple of four; the
+// A BSTR may hold embedded NULs and, when made from bytes, a length that is not a multiple of four; the
 // character length is then rounded down. All functions accept null as the empty string. Allocation
 // failure, and a length that cannot be represented, give null (or FALSE).
 #pragma once
@@ -14,7 +14,7 @@ KORLIB_API BSTR SysAllocString(const OLECHAR* text);
 // is null. A NUL is put behind them in either case.
 KORLIB_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
 // A string of `bytes` bytes: copied from `data`, or left for the caller to fill when null. For strings that
-// carry bytes: a byte count that is no multiple of four is kept.
+// carry bytes: a byte count that is not a multiple of four is kept.
 KORLIB_API BSTR SysAllocStringByteLen(const char* data, UINT bytes);
 // Replaces *target by a new string; the old one is freed. TRUE on success; on failure *target is kept.
 // `text` may point into *target.

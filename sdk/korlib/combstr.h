@@ -12,6 +12,10 @@
 //
 // Constructors that copy are null when memory is short or the text is too long: a member that must not mistake
 // that for an empty string looks at get().
+//
+//   CComBSTR name;
+//   RETURN_IF_FAILED(file->get_FileName(name.put()));
+//   return name.view().starts_with(L"image") ? S_OK : S_FALSE;
 class CComBSTR {
  public:
   // Null, which reads as the empty string.

@@ -13,6 +13,11 @@
 // Conversions from plain values are explicit, since `CComVariant(0)` and `CComVariant(false)` are different
 // values to a script. What cannot be copied, because memory is short or the source is not valid, leaves
 // VT_EMPTY; text that cannot, a VT_BSTR of null.
+//
+//   CComVariant value;
+//   RETURN_IF_FAILED(dictionary->get_Item(korlib::borrowed(key), value.put()));
+//   RETURN_IF_FAILED(value.change_type(VT_BSTR));
+//   return sink->Write(value.bstrVal);
 class CComVariant : public VARIANT {
  public:
   // VT_EMPTY: no value.

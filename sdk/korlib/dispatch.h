@@ -77,8 +77,8 @@ struct IDispatch : IUnknown {
 };
 KORLIB_IID(IDispatch, "00020400-0000-0000-C000-000000000046");
 
-// Steps through the values of a collection; what a collection's _NewEnum gives. A snapshot or a live view:
-// what happens to a collection that changes meanwhile is its own affair.
+// Steps through the values of a collection; what a collection's _NewEnum gives. Whether it sees what changes in the
+// collection meanwhile is up to the collection.
 struct IEnumVARIANT : IUnknown {
   // Up to `count` values into `values`, whose old bits are not looked at; they are the caller's to clear.
   // S_FALSE when fewer were left. *fetched, which may be null when `count` is 1, is how many there are.

@@ -1,15 +1,15 @@
 // The error object of a thread: what failed, in words. The host supplies the functions.
 //
 // A member that fails with something to say makes an error object, sets it for its thread and answers the code.
-// Whoever reports the failure takes the object away; whoever goes on from the failure clears it, or a later
-// failure without words would show them.
+// A caller that reports the failure takes the object away; one that goes on after the failure clears it, or a
+// later failure without a text would show the old one.
 #pragma once
 
 #include <korlib/dispatch.h>
 
 // The words of one failure. Strings are new ones, the caller's to free; what was not set is null or zero.
 struct IErrorInfo : IUnknown {
-  // The interface that failed, GUID_NULL where nobody said.
+  // The interface that failed, GUID_NULL where it was not set.
   virtual HRESULT GetGUID(GUID* guid) = 0;
   // Who failed: a ProgID as a rule, "Mirt".
   virtual HRESULT GetSource(BSTR* source) = 0;

@@ -32,7 +32,7 @@ using REFCLSID = const CLSID&;
 namespace korlib {
 
 namespace detail {
-// The value of a digit. Text that is no identifier does not compile: a throw in a consteval function is an
+// The value of a digit. Text that is not an identifier does not compile: a throw in a consteval function is an
 // error.
 consteval std::uint8_t hex_digit(char c) {
   if (c >= '0' && c <= '9') return static_cast<std::uint8_t>(c - '0');

@@ -21,7 +21,7 @@ constexpr bool SUCCEEDED(HRESULT hr) { return hr >= 0; }
 constexpr bool FAILED(HRESULT hr) { return hr < 0; }
 
 // Leaves the calling function with the expression's result when that is a failure. The expression is evaluated
-// once. What the function owns must free itself: there is no other way out.
+// once. What the function owns is freed by destructors.
 #define RETURN_IF_FAILED(expr)                             \
   do {                                                     \
     const HRESULT hr_once_ = ::korlib::only_hresult(expr); \

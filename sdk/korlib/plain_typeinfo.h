@@ -1,4 +1,4 @@
-// Type information and type libraries without descriptions: bases for those who serve names and calls,
+// Type information and type libraries without descriptions: bases for classes that serve names and calls,
 // and look-up by identifier, which is all that this system asks for. The rest answers E_NOTIMPL.
 #pragma once
 

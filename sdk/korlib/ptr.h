@@ -11,6 +11,10 @@
 // put() releases what is held and lends the slot to an out-parameter; attach() and detach() move a reference
 // without counting; get() and -> peek. Calling through a null pointer is the caller's mistake, as with a raw
 // one.
+//
+//   CComPtr<IThing> thing;
+//   RETURN_IF_FAILED(factory->CreateInstance(nullptr, korlib::iid_of<IThing>, thing.put_void()));
+//   return thing.query(out);  // another interface of it, counted for the caller
 template <class Interface>
 class CComPtr {
  public:

@@ -2,7 +2,7 @@
 //
 // All three answer the size that the whole result needs, in units of the target, and write at most
 // `capacity` of them; ask with capacity 0 for the size. No terminator is read or written: lengths are
-// explicit. What is no character (a surrogate, a value above U+10FFFF, a malformed or overlong byte
+// explicit. What is not a character (a surrogate, a value above U+10FFFF, a malformed or overlong byte
 // sequence) becomes U+FFFD, one per maximal ill-formed subsequence as the Unicode Standard (chapter 3,
 // "U+FFFD Substitution of Maximal Subparts") recommends. A target cut short by `capacity` ends between
 // characters.

@@ -30,7 +30,7 @@ using BOOL = std::int32_t;
 // a value, in a VARIANT of type VT_ERROR.
 using HRESULT = std::int32_t;
 using SCODE = std::int32_t;
-// A locale by number. The component passes one on and looks at none.
+// A locale by number. The component passes it on and never looks at it.
 using LCID = std::uint32_t;
 // The number of a member of an object, as GetIDsOfNames gives it. Negative ones have a meaning of their own
 // (dispatch.h).

@@ -55,7 +55,7 @@ enum VARENUM : VARTYPE {
 };
 
 extern "C" {
-// Makes `v` VT_EMPTY without looking at what it held: for memory that is no value yet.
+// Makes `v` VT_EMPTY without looking at what it held: for memory that does not hold a value yet.
 KORLIB_API void VariantInit(VARIANT* v);
 // Frees what `v` owns and makes it VT_EMPTY: strings and arrays are freed, objects released, references left
 // alone. DISP_E_ARRAYISLOCKED leaves `v` as it was; a type that does not exist is DISP_E_BADVARTYPE.
@@ -89,7 +89,7 @@ inline constexpr HRESULT VARCMP_GT = 2;
 inline constexpr HRESULT VARCMP_NULL = 3;
 inline constexpr ULONG NORM_IGNORECASE = 1;
 
-// A value: its type, and the field of the union that the type chooses. Two hosts' worth of code read it in
+// A value: its type, and the field of the union that the type chooses. Host and component, built apart, read it in
 // memory, so nothing may be added.
 //
 // As an argument by value it is bits that the caller owns: a callee copies what it keeps. As an out-argument it

@@ -17,7 +17,7 @@
 using CRITICAL_SECTION = pthread_mutex_t;
 
 // The handle that is none: not null.
-// NOLINTNEXTLINE(performance-no-int-to-ptr): a value that is no address, by convention
+// NOLINTNEXTLINE(performance-no-int-to-ptr): not an address, by convention
 inline HANDLE invalid_handle() { return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)); }
 
 // The one way in which the component opens a file: an existing one, to read.
@@ -63,7 +63,7 @@ KORLIB_API long InterlockedIncrement(long volatile* value);
 KORLIB_API long InterlockedDecrement(long volatile* value);
 // Waits at least that long; 0 gives way to others.
 KORLIB_API void Sleep(unsigned int milliseconds);
-// Milliseconds of a clock that never goes back, from an origin of its own.
+// Milliseconds of a clock that never goes back, counted from an unspecified moment.
 KORLIB_API unsigned long GetTickCount();
 // The module wants no calls of DllMain for threads. TRUE.
 KORLIB_API BOOL DisableThreadLibraryCalls(void* module);
@@ -120,7 +120,7 @@ KORLIB_API BOOL GetFileTime(HANDLE handle, FILETIME* creation, FILETIME* access,
 // Below, at or above 0 as `a` is earlier, equal or later.
 KORLIB_API LONG CompareFileTime(const FILETIME* a, const FILETIME* b);
 // The path of a module into `buffer`, which has room for `size` characters with the NUL: its length, or 0 when
-// nobody knows it.
+// it is not known.
 KORLIB_API DWORD GetModuleFileNameW(void* module, wchar_t* buffer, DWORD size);
 // The canonical form of `source`, free of "." and "..", into `target`, which has room for MAX_PATH characters
 // with the NUL; a longer one is cut. FALSE where it has none. Permission to read a file is judged by the

@@ -13,7 +13,7 @@ using HCRYPTPROV = void*;
 using HCRYPTHASH = void*;
 using ALG_ID = unsigned int;
 
-// What a provider is asked for with: no keys, nobody's container.
+// What a provider is asked for with: no keys and no container.
 inline constexpr DWORD PROV_RSA_FULL = 1;
 inline constexpr DWORD CRYPT_VERIFYCONTEXT = 0xF0000000u;
 inline constexpr DWORD CRYPT_MACHINE_KEYSET = 0x20;

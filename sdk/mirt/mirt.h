@@ -96,7 +96,7 @@ struct ITextTemplator : IDispatch {
   // The one added last, null when there is none.
   virtual HRESULT get_Script(IDispatch** script) = 0;
   // Where text goes: a stream in memory at first. A Response, a stream (korlib/adostream.h), a text stream or an
-  // IStream does as well; null is no output, another object is E_INVALIDARG and leaves none.
+  // IStream does as well; null leaves none; another object is E_INVALIDARG and leaves none as well.
   virtual HRESULT putref_Stream(IUnknown* sink) = 0;
   virtual HRESULT get_Stream(IUnknown** sink) = 0;
   // Draws a file, read each time in that character set. The path is taken as it is.
@@ -164,7 +164,7 @@ struct MirtMembers : IDispatch {
   // The character set of template files, "UTF-8" at first.
   virtual HRESULT put_TemplateCharset(BSTR value) = 0;
   virtual HRESULT get_TemplateCharset(BSTR* value) = 0;
-  // What is drawn when nobody chose a Template.
+  // What is drawn when no Template is set.
   virtual HRESULT put_DefaultTemplate(BSTR value) = 0;
   virtual HRESULT get_DefaultTemplate(BSTR* value) = 0;
   // The folder from which files may be read, in place of TemplateFolder.

@@ -52,7 +52,7 @@ struct IVariantDictionary : IDispatch {
   virtual HRESULT get_Key(VARIANT index, VARIANT* key) = 0;
   virtual HRESULT get_Count(int* count) = 0;
   virtual HRESULT get__NewEnum(IUnknown** names) = 0;
-  // A name that is missing is no error.
+  // A missing name is not an error.
   virtual HRESULT Remove(VARIANT index) = 0;
   virtual HRESULT RemoveAll() = 0;
 
@@ -130,7 +130,7 @@ struct IServer : IDispatch {
 };
 
 // What the host keeps for one visitor between requests. Requests of one session never overlap, so that no
-// locking is needed; what is kept must bear being used by one thread after another.
+// locking is needed; an object that is kept must work on any thread, one at a time.
 struct ISessionObject : IDispatch {
   // A text that is the same for all requests of the session. Asking for it keeps the session, and so does
   // storing a value.
