@@ -115,8 +115,8 @@ std::size_t next_group(Decoding& decoding, std::uint8_t (&group)[4]) {
   return 4;
 }
 
-// Each of the last two places is judged by itself: "=" there leaves its byte out, also in the middle of
-// the text ("QQ=A" is two bytes). False for a character that has no business where it stands.
+// Each of the last two places counts on its own: "=" there leaves its byte out, also in the middle of
+// the text ("QQ=A" is two bytes). False for a character that is not allowed at its place.
 bool decode_group(const std::uint8_t (&group)[4], Decoding& decoding) {
   const auto [a, b, c, d] = group;
   if (((a | b) & kNoSextet) || c == kInvalid || d == kInvalid) return false;
@@ -166,7 +166,7 @@ MIRT_WEAK BOOL CryptBinaryToStringW(const BYTE* bytes, DWORD count, DWORD flags,
   return TRUE;
 }
 
-// A length of 0 means up to the NUL, and a NUL ends the text in any case. An empty text is no base64.
+// A length of 0 means up to the NUL, and a NUL ends the text in any case. Empty text is not valid base64.
 MIRT_WEAK BOOL CryptStringToBinaryW(const wchar_t* text, DWORD length, DWORD flags, BYTE* bytes, DWORD* size, DWORD*,
                                     DWORD*) {
   if (!size || !text || !(flags & CRYPT_STRING_BASE64)) return FALSE;

@@ -19,7 +19,7 @@ bool is_slash(wchar_t c) { return c == L'/' || c == L'\\'; }
 // A host may replace it; the bytes decide.
 MIRT_WEAK BOOL IsEqualGUID(REFGUID a, REFGUID b) { return std::memcmp(&a, &b, sizeof(GUID)) == 0 ? TRUE : FALSE; }
 
-// Compares letter case too, whatever its name says. A host that folds case here changes what compares
+// Letter case counts, whatever the name says. A host that folds case here changes what compares
 // equal in this component.
 MIRT_WEAK int _wcsicmp(const wchar_t* a, const wchar_t* b) { return std::wcscmp(a, b); }
 
@@ -77,8 +77,8 @@ MIRT_WEAK int sscanf_s(const char* text, const char* format, ...) {
   return conversions;
 }
 
-// Maps nothing: copies. Its size query counts the NUL and its result does not, so whoever asks for a
-// size and then insists on it is refused; a host that wants width conversions supplies a mapping whose
+// Maps nothing: copies. Its size query counts the NUL and its result does not, so a caller that asks for
+// the size and then insists on it is refused; a host that wants width conversions supplies a mapping whose
 // two answers are both the exact length.
 MIRT_WEAK int LCMapStringW(unsigned int, unsigned int, const wchar_t* source, int source_length, wchar_t* target,
                            int target_length) {

@@ -8,7 +8,7 @@
 
 namespace mirt {
 
-// Last in, first out, without a limit, until the pool goes; blocks that are out then are nobody's. Any
+// Last in, first out, without a limit, until the pool goes; blocks still in use then are not tracked. Any
 // thread may call both operations.
 class BlockPool {
  public:

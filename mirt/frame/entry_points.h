@@ -1,4 +1,4 @@
-// The module's entry points. What a host may expect of them is told in korlib/activation.h.
+// The module's entry points. korlib/activation.h says what a host may expect of them.
 #pragma once
 
 #include <span>

@@ -12,11 +12,11 @@ int RaiseError(int hr, const wchar_t* source, const wchar_t* description);
 
 namespace mirt {
 
-// Takes the words of a failure off the thread: for whoever goes on from it. A later failure that has no
-// words of its own would show them.
+// Clears the thread's error object, for a caller that goes on after a failure. A later failure without a text
+// would show the old one.
 void forget_error() noexcept;
 
-// SUCCEEDED, for a call whose failure is gone on from.
+// SUCCEEDED, for a call after whose failure the caller goes on.
 inline bool succeeded_or_forgotten(HRESULT hr) noexcept {
   if (FAILED(hr)) forget_error();
   return SUCCEEDED(hr);

@@ -10,7 +10,7 @@
 #include <korlib/winapi.h>
 
 extern KORLIB_API HMODULE g_hDLL;                // as given to DllMain on attach
-extern KORLIB_API wchar_t g_aDLLPath[MAX_PATH];  // the module's own path, empty where nobody knows it
+extern KORLIB_API wchar_t g_aDLLPath[MAX_PATH];  // the module's own path, empty where the host does not tell
 extern KORLIB_API long g_nRefCount;              // live objects and class-object references; interlocked
 
 // What each object's late-bound side forwards to: the component's own type information, or the one that

@@ -46,7 +46,7 @@ HRESULT write_view(void* instance, DISPPARAMS* params, VARIANT*, UINT*) {
 }
 
 // The third argument goes in and comes out, when it is a reference. One by value belongs to the caller,
-// who is not told what became of it: the member works on a copy.
+// who sees no change: the member works on a copy.
 HRESULT fire_event(void* instance, DISPPARAMS* params, VARIANT* result, UINT* argerr) {
   Argument<BSTR> name;
   RETURN_IF_FAILED(take_one(name, params, 0, argerr));

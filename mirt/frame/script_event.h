@@ -1,6 +1,6 @@
 // Functions and variables of the page's script, found by name at the moment they are needed.
 //
-// Used by the page controller and by the templators alike; whoever fires an event passes itself as owner.
+// Used by the page controller and by the templators; the object that fires an event passes itself as owner.
 #pragma once
 
 #include <sstream>

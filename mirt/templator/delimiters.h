@@ -38,5 +38,5 @@ inline bool stands_at(std::wstring_view text, std::size_t pos, std::wstring_view
   return true;
 }
 
-// Raises the one fault that a template can have.
+// Raises the only error that a template can contain.
 inline HRESULT invalid_mark_order() { return RaiseError(E_FAIL, L"Templator", L"Invalid mark order."); }

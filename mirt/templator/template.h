@@ -8,7 +8,7 @@
 #include "templator/mark_data.h"
 
 // Reads Texts[0], Marks[0], Texts[1] … Marks[n-1], Texts[n] once it is parsed; what a failed parse leaves
-// behind is shorter and good for nothing but Release.
+// behind is shorter and can only be released.
 //
 // Reference-counted: a holder makes one with new, shares it with AddRef and gives it up with Release. Any
 // thread may count; the contents are not changed once others can see them.

@@ -16,7 +16,7 @@ class TemplateFile {
   TemplateFile(const TemplateFile&) = delete;
   TemplateFile& operator=(const TemplateFile&) = delete;
 
-  // False when nobody can tell; the time is then left alone.
+  // False when the time is not known; *written is then left alone.
   bool last_write(FILETIME* written) const {
     if (!is_open()) return false;
     FILETIME created{};

@@ -28,7 +28,7 @@ class CTemplatorConcept {
   virtual HRESULT OnMarked(CMarkData& mark) = 0;
 
   // Where templates are drawn: an ASP response, an ADO-style stream, a text stream or an IStream, tried in
-  // this order; another object is E_INVALIDARG and leaves no output. Null is no output.
+  // this order; another object is E_INVALIDARG and leaves no output. Null leaves none.
   HRESULT putref_Output(IUnknown* sink);
   HRESULT get_Output(IUnknown** sink);
   // Writes to the current output; E_FAIL without one.

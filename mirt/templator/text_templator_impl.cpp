@@ -27,7 +27,7 @@ HRESULT GITextTemplatorImpl<ITextTemplator>::OnMarked_(const CMarkData& mark) {
   CComVariant text;
   CEvent member;
   const HRESULT found = m_oScripts.GetEvent(name, member);
-  if (found == korlib::kOutOfStack) return found;  // nobody could be asked
+  if (found == korlib::kOutOfStack) return found;  // no script was asked
   if (SUCCEEDED(found)) {
     RETURN_IF_FAILED(script_member_text(member, this, mark, false, &text));
   } else {

@@ -8,7 +8,7 @@ namespace {
 
 void skip_blanks(std::string_view& text) { text.remove_prefix(std::min(text.find_first_not_of(' '), text.size())); }
 
-// What stands before the next `mark`, which is gone over as well; all of the text when there is none.
+// What stands before the next `mark`, and skips that; all of the text when there is none.
 std::string_view take_until(std::string_view& text, char mark) {
   const std::size_t end = text.find(mark);
   const std::string_view taken = text.substr(0, end);

@@ -118,7 +118,7 @@ HRESULT add_part(const PartHeaders& headers, std::string_view content, UINT code
 
 HRESULT add_parts(const char* body, std::size_t length, const char* delimiter, UINT code_page, GMultipartForm& form) {
   return mirt::guarded([&] {
-    constexpr std::size_t kLineEnd = 2;  // the CR LF in front of a delimiter is no content
+    constexpr std::size_t kLineEnd = 2;  // the CR LF in front of a delimiter is not content
     CMultipartParser parser(body, length, delimiter);
     std::size_t delimiter_at = 0;
     bool is_last = false;

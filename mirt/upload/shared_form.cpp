@@ -28,7 +28,7 @@ void SharedForm::share(ZeltoTypeLibrary::IRequest* request, ZeltoTypeLibrary::IR
 }
 
 void SharedForm::withdraw() {
-  if (!form_) return;  // as most are: their request is no upload
+  if (!form_) return;  // as for most: their request is not an upload
   const std::lock_guard guard(list_lock);
   for (SharedForm** at = &first; *at; at = &(*at)->next_) {
     if (*at != this) continue;

@@ -18,7 +18,7 @@ class SharedForm {
   // that a later request cannot be taken for this one.
   void share(ZeltoTypeLibrary::IRequest* request, ZeltoTypeLibrary::IRequestDictionary* form);
 
-  // What somebody shares for the request, null when nobody does. Any thread may ask; what it is given
+  // The form shared for the request, null when there is none. Any thread may ask; what it is given
   // belongs to the request's.
   static CComPtr<ZeltoTypeLibrary::IRequestDictionary> find(ZeltoTypeLibrary::IRequest* request);
 

@@ -120,7 +120,7 @@ HRESULT URLDecode(const wchar_t* text, std::size_t n, std::string& out) {
     const unsigned int high = kDigitValues[low_byte(text[i + 1])];
     const unsigned int low = kDigitValues[low_byte(text[i + 2])];
     if (high == kNoDigit) return E_FAIL;
-    // The number ends at the first character that is no digit: "%4z" is the byte 4.
+    // The number ends at the first character that is not a digit: "%4z" is the byte 4.
     out[written++] = static_cast<char>(low == kNoDigit ? high : high << 4 | low);
     i += 2;
   }

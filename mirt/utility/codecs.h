@@ -1,4 +1,4 @@
-// Base64 and percent-encoding between bytes and text, free of strings' and values' types at the surface.
+// Base64 and percent-encoding between bytes and text.
 // An encoder makes its string once, at its exact size.
 #pragma once
 
@@ -19,7 +19,7 @@ bool URL_is_unreserved(unsigned char byte);
 // Every other byte becomes "%" and two upper-case digits; a space too.
 HRESULT URLEncode(const char* bytes, std::size_t n, CComBSTR& out);
 // Takes each character by its low eight bits. E_FAIL for a "%" without two characters behind it or with
-// a first one that is no hexadecimal digit, and for any reserved character: "+" is no space.
+// a first one that is not a hexadecimal digit, and for any reserved character: "+" is not a space.
 HRESULT URLDecode(const wchar_t* text, std::size_t n, std::string& out);
 
 }  // namespace mirt::utility

@@ -10,8 +10,7 @@ namespace mirt::utility {
 namespace {
 
 // The values of an argument: the elements of the array that it holds, or the one value that it is.
-// An array stays where it is and cannot be resized in the meantime, by a default member that a
-// conversion calls, say.
+// An array stays where it is, locked: a conversion may call a default member that would resize it.
 class Values {
  public:
   HRESULT attach(const VARIANT* argument) {

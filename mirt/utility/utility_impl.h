@@ -2,7 +2,7 @@
 //
 //   class GIMirtImpl : public GIUtilityImpl<IMirt> …
 //
-// Each member forwards to a function of utility/members.h. What the members do is told in mirt/mirt.h.
+// Each member forwards to a function of utility/members.h. mirt/mirt.h says what the members do.
 #pragma once
 
 #include <mirt/mirt.h>
