@@ -8,6 +8,7 @@
 #include <string>
 
 #include "mirt/compat/fallbacks.h"
+#include "support/temporary_folder.h"
 
 namespace test {
 namespace {
@@ -22,20 +23,7 @@ FILETIME file_time(ULONGLONG ticks) { return {static_cast<DWORD>(ticks), static_
 
 class FileFallbacks : public Fallbacks {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "mirt-files-XXXXXX").string();
-    ASSERT_NE(nullptr, mkdtemp(pattern.data()));
-    folder_ = fs::canonical(pattern);
-  }
-  void TearDown() override {
-    fs::remove_all(folder_);
-    ModuleTest::TearDown();
-  }
-  fs::path make(const fs::path& name) {
-    fs::create_directories((folder_ / name).parent_path());
-    std::ofstream(folder_ / name) << "content";
-    return folder_ / name;
-  }
+  fs::path make(const std::string& name) { return folder_.write(name, "content"); }
   HANDLE open(const std::wstring& path) {
     return FALLBACK(CreateFileW)(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                  FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -49,12 +37,12 @@ class FileFallbacks : public Fallbacks {
     return done ? target : L"<none>";
   }
 
-  fs::path folder_;
+  TemporaryFolder folder_;
 };
 
 TEST_F(FileFallbacks, FilesAreOpenedForReadingOnly) {
   make("\u00FC\u3042.txt");
-  const std::wstring file = folder_.wstring() + L"/\u00FC\u3042.txt";
+  const std::wstring file = folder_.wide() + L"/\u00FC\u3042.txt";
   HANDLE handle = FALLBACK(CreateFileW)(file.c_str(), 0x40000000u, 0, nullptr, 2, 0, nullptr);
   ASSERT_NE(invalid_handle(), handle);
   char text[8] = {};
@@ -65,7 +53,7 @@ TEST_F(FileFallbacks, FilesAreOpenedForReadingOnly) {
 }
 
 TEST_F(FileFallbacks, NothingIsCreated) {
-  const fs::path missing = folder_ / "missing";
+  const fs::path missing = folder_.path("missing");
   for (const DWORD creation : {1u, 2u, 3u, 4u, 5u}) {
     EXPECT_EQ(invalid_handle(),
               FALLBACK(CreateFileW)(missing.wstring().c_str(), 0xC0000000u, 0, nullptr, creation, 0, nullptr));
@@ -161,9 +149,9 @@ TEST_F(FileFallbacks, TheModuleKnowsNoPathOfItsOwn) {
 
 TEST_F(FileFallbacks, PathsAreResolvedAgainstTheFileSystem) {
   make("dir/f");
-  fs::create_directories(folder_ / "dir/sub");
-  fs::create_symlink("dir", folder_ / "link");
-  const std::wstring root = folder_.wstring();
+  fs::create_directories(folder_.path("dir/sub"));
+  fs::create_symlink("dir", folder_.path("link"));
+  const std::wstring root = folder_.wide();
   const std::wstring file = root + L"/dir/f";
   EXPECT_EQ(file, canonical(file));
   EXPECT_EQ(file, canonical(root + L"\\dir\\sub\\..\\f"));
@@ -182,7 +170,7 @@ TEST_F(FileFallbacks, PathsAreResolvedAgainstTheFileSystem) {
 
 // Callers hold MAX_PATH characters; the NUL is one of them.
 TEST_F(FileFallbacks, LongCanonicalPathsAreCutToTheirRoom) {
-  const fs::path deep = make(fs::path(std::string(120, 'a')) / std::string(120, 'b') / std::string(120, 'c'));
+  const fs::path deep = make(std::string(120, 'a') + "/" + std::string(120, 'b') + "/" + std::string(120, 'c'));
   const std::wstring cut = canonical(deep.wstring());
   EXPECT_EQ(259u, cut.size());
   EXPECT_EQ(deep.wstring().substr(0, 259), cut);
