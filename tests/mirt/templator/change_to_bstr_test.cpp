@@ -141,7 +141,7 @@ TEST_F(ChangeToBSTR, ReportsTheFirstStepThatFails) {
       {"into bytes", value_of(std::vector<std::uint8_t>{1, 2}), {L"0"}, DISP_E_TYPEMISMATCH},
       {"into no object", value_of(static_cast<IDispatch*>(nullptr)), {L"x"}, DISP_E_TYPEMISMATCH},
       {"beyond an element", three, {L"0", L"x"}, DISP_E_TYPEMISMATCH},
-      {"a name that nobody knows", value_of(record()), {L"nickname"}, DISP_E_UNKNOWNNAME},
+      {"an unknown name", value_of(record()), {L"nickname"}, DISP_E_UNKNOWNNAME},
       {"an object that refuses", value_of(refusing), {L"name"}, DISP_E_DIVBYZERO},
       {"a property that refuses", value_of(functions), {L"name"}, DISP_E_OVERFLOW},
   };

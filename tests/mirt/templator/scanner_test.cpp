@@ -76,7 +76,7 @@ const std::vector<Case>& cases() {
       {"with a carriage return", L"(#\r\nx#)", {L"", L""}, {{L'\r', L"\nx", {}}}, kTextTypes},
       {"with a line feed", L"(#\nx#)", {L"", L""}, {{L'\n', L"x", {}}}, kTextTypes},
       {"the text templator has no other types", L"(#%x#)", {L"", L""}, {{0, L"%x", {}}}, kTextTypes},
-      {"a bar first, where it is no type", L"(#|a#)", {L"", L""}, {{0, L"", {L"a"}}}, kTextTypes},
+      {"a bar first, where it is not a type", L"(#|a#)", {L"", L""}, {{0, L"", {L"a"}}}, kTextTypes},
 
       {"characters beyond 16 bits",
        L"\U0001F600(#%\U0001F601|\U0001F602#)",

@@ -15,6 +15,8 @@
 #include <thread>
 #include <vector>
 
+#include "support/temporary_folder.h"
+
 namespace test {
 namespace {
 
@@ -27,22 +29,16 @@ CTemplate* new_template(const wchar_t* text = L"") {
 
 class TemplateCache : public testing::Test {
  protected:
-  void SetUp() override {
-    folder_ = std::filesystem::temp_directory_path() / ("template_cache_" + std::to_string(getpid()));
-    std::filesystem::create_directories(folder_);
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
-
   // A file that was last written `seconds` after 2001-09-09.
   CComBSTR write_file(const std::string& name, int seconds = 0) {
-    std::ofstream(folder_ / name) << "text";
+    folder_.write(name, "text");
     set_time(name, seconds);
     return path_of(name);
   }
-  CComBSTR path_of(const std::string& name) const { return CComBSTR((folder_ / name).wstring().c_str()); }
+  CComBSTR path_of(const std::string& name) const { return CComBSTR(folder_.wide(name).c_str()); }
   void set_time(const std::string& name, int seconds, long nanoseconds = 0) const {
     const timespec times[2] = {{1'000'000'000, 0}, {1'000'000'000 + seconds, nanoseconds}};
-    ASSERT_EQ(0, utimensat(AT_FDCWD, (folder_ / name).c_str(), times, 0));
+    ASSERT_EQ(0, utimensat(AT_FDCWD, folder_.path(name).c_str(), times, 0));
   }
 
   // What Take answers, as plain facts; the reference is given back.
@@ -53,7 +49,7 @@ class TemplateCache : public testing::Test {
     return found;
   }
 
-  std::filesystem::path folder_;
+  TemporaryFolder folder_;
   CTemplateCache cache_;
 };
 
@@ -110,7 +106,7 @@ TEST_F(TemplateCache, KeepsServingAFileThatIsGone) {
   const CComBSTR path = write_file("a");
   CTemplate* tmpl = new_template();
   cache_.Store(path, tmpl);
-  std::filesystem::remove(folder_ / "a");
+  std::filesystem::remove(folder_.path("a"));
   EXPECT_EQ(tmpl, take(path));
   EXPECT_EQ(tmpl, take(path));
   write_file("a", 7);  // and finds it changed when it is back

@@ -1,50 +1,17 @@
 // "Mirt.TextTemplator" as a script uses it.
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <utility>
 
-#include <korlib/adostream.h>
 #include <korlib/dictionary.h>
 #include <mirt/mirt.h>
 
-#include "mirt/templator/recording_sink.h"
+#include "mirt/templator/text_templator_fixture.h"
 #include "support/fake.h"
 #include "support/fake_script.h"
 #include "support/module.h"
 
 namespace test {
 namespace {
-
-class TextTemplator : public ModuleTest {
- protected:
-  void SetUp() override { templator_ = module_.create(L"TextTemplator"); }
-  void TearDown() override {
-    script_->forget_calls();
-    templator_.reset();
-    script_.reset();
-    EXPECT_EQ(0, FakeScript::alive()) << "a script is still held";
-    ModuleTest::TearDown();
-  }
-
-  void add(const CComPtr<FakeScript>& script) { EXPECT_EQ(S_OK, putref(templator_.get(), L"Script", script).hr); }
-  Answer process(const wchar_t* text) { return call(templator_.get(), L"ProcessTemplate", text); }
-  std::wstring flush() { return text_of(call(templator_.get(), L"Flush")); }
-  // What a template draws with the fixture's script, or the code of its failure.
-  std::wstring draw(const wchar_t* text) {
-    if (!has_script_) add(script_);
-    has_script_ = true;
-    const std::size_t before = flush().size();
-    const Answer answer = process(text);
-    return FAILED(answer.hr) ? text_of(answer) : flush().substr(before);
-  }
-
-  CComPtr<IDispatch> templator_;
-  CComPtr<FakeScript> script_ = FakeScript::make();
-  bool has_script_ = false;
-};
 
 TEST_F(TextTemplator, HoldsNothingAtFirst) { EXPECT_EQ(L"", flush()); }
 
@@ -248,116 +215,6 @@ TEST_F(TextTemplator, AsksAnObjectForItsLateBoundSide) {
   Front bare(nullptr);
   EXPECT_EQ(E_NOINTERFACE, putref(templator_.get(), L"Script", static_cast<IUnknown*>(&bare)).hr);
   EXPECT_EQ(script_.get(), object_of(get(templator_.get(), L"Script")).get());
-}
-
-class TextTemplatorOutput : public TextTemplator {
- protected:
-  void SetUp() override {
-    TextTemplator::SetUp();
-    ASSERT_EQ(S_OK, templator_.query(typed_.put()));
-  }
-  void TearDown() override {
-    typed_.reset();
-    TextTemplator::TearDown();
-  }
-
-  CComPtr<ITextTemplator> typed_;
-};
-
-TEST_F(TextTemplatorOutput, IsAStreamInMemoryAtFirst) {
-  const CComPtr<IDispatch> stream = object_of(get(templator_.get(), L"Stream"));
-  CComPtr<IUnknown> unknown;
-  EXPECT_EQ(S_OK, typed_->get_Stream(unknown.put()));
-  CComPtr<IKorLibStream> ado;
-  EXPECT_EQ(S_OK, unknown.query(ado.put()));
-}
-
-TEST_F(TextTemplatorOutput, FailsWhereThereIsNone) {
-  EXPECT_EQ(S_OK, typed_->putref_Stream(nullptr));
-  EXPECT_EQ(E_FAIL, call(templator_.get(), L"Write", L"x").hr);
-  EXPECT_EQ(E_FAIL, process(L"x").hr);
-  BSTR text = reinterpret_cast<BSTR>(this);  // poison
-  EXPECT_EQ(E_FAIL, typed_->Flush(&text));
-  EXPECT_EQ(nullptr, text);
-  EXPECT_EQ(E_POINTER, typed_->Flush(nullptr));
-  IUnknown* sink = typed_.get();  // poison
-  EXPECT_EQ(S_OK, typed_->get_Stream(&sink));
-  EXPECT_EQ(nullptr, sink);
-}
-
-TEST_F(TextTemplatorOutput, CannotBeFlushedWhereItIsNoStream) {
-  for (const unsigned kind : {kResponse, kTextStream, kRawStream}) {
-    const CComPtr<RecordingSink> sink = RecordingSink::make(kind);
-    EXPECT_EQ(S_OK, typed_->putref_Stream(sink->unknown()));
-    EXPECT_EQ(S_OK, process(L"ab").hr);
-    EXPECT_EQ(L"ab", sink->text());
-    EXPECT_EQ(E_FAIL, call(templator_.get(), L"Flush").hr);
-    EXPECT_EQ(S_OK, typed_->putref_Stream(nullptr));
-    EXPECT_EQ(1u, sink->references());
-  }
-}
-
-TEST_F(TextTemplatorOutput, MayBeAStreamOfTheCaller) {
-  CComPtr<IKorLibStream> stream;
-  ASSERT_EQ(S_OK, CoCreateInstance(CLSID_KorLibStream, nullptr, CLSCTX_INPROC_SERVER, korlib::iid_of<IKorLibStream>,
-                                   stream.put_void()));
-  ASSERT_EQ(S_OK, stream->Open(korlib::omitted(), 0, -1, nullptr, nullptr));
-  ASSERT_EQ(S_OK, stream->WriteText(CComBSTR(L"before "), adWriteChar));
-  EXPECT_EQ(S_OK, putref(templator_.get(), L"Stream", stream).hr);
-  EXPECT_EQ(S_OK, process(L"x").hr);
-  EXPECT_EQ(L"before x", flush());
-}
-
-TEST_F(TextTemplatorOutput, RefusesAnObjectThatCannotBeWritten) {
-  EXPECT_EQ(E_INVALIDARG, putref(templator_.get(), L"Stream", script_).hr);
-  EXPECT_EQ(E_FAIL, call(templator_.get(), L"Write", L"x").hr);
-}
-
-class TextTemplatorFile : public TextTemplator {
- protected:
-  std::wstring write_file(const char* name, const std::string& bytes) {
-    std::filesystem::create_directories(folder_);
-    std::ofstream(folder_ / name, std::ios::binary) << bytes;
-    return (folder_ / name).wstring();
-  }
-  Answer process_file(const std::wstring& path, const wchar_t* charset) {
-    return call(templator_.get(), L"ProcessTemplateFile", path, charset);
-  }
-  void TearDown() override {
-    std::filesystem::remove_all(folder_);
-    TextTemplator::TearDown();
-  }
-
-  const std::filesystem::path folder_ =
-      std::filesystem::temp_directory_path() / ("text_templator_" + std::to_string(getpid()));
-};
-
-TEST_F(TextTemplatorFile, IsReadInItsCharacterSet) {
-  script_->value(L"Name", L"x");
-  add(script_);
-  EXPECT_EQ(S_OK, process_file(write_file("u.txt", "\xC3\xA9(#Name#)\xE4\xB8\x96"), L"UTF-8").hr);
-  EXPECT_EQ(S_OK, process_file(write_file("l.txt", "\xE9(#Name#)"), L"ISO-8859-1").hr);
-  EXPECT_EQ(S_OK, process_file(write_file("j.txt", "\x93\xFA(#Name#)"), L"Shift_JIS").hr);
-  EXPECT_EQ(L"\u00e9x\u4e16\u00e9x\u65e5x", flush());
-}
-
-TEST_F(TextTemplatorFile, IsTakenAsThePathSays) {
-  write_file("a.txt", "text");
-  EXPECT_EQ(S_OK, process_file((folder_ / "." / "a.txt").wstring(), L"UTF-8").hr);
-  EXPECT_EQ(L"text", flush());
-}
-
-TEST_F(TextTemplatorFile, FailsWhereItCannotBeRead) {
-  EXPECT_TRUE(FAILED(process_file((folder_ / "missing").wstring(), L"UTF-8").hr));
-  EXPECT_TRUE(FAILED(process_file(std::filesystem::temp_directory_path().wstring(), L"UTF-8").hr));
-  EXPECT_TRUE(FAILED(process_file(write_file("a.txt", "a"), L"no such character set").hr));
-  EXPECT_EQ(L"", flush());
-}
-
-TEST_F(TextTemplatorFile, IsReadAnewEachTime) {
-  EXPECT_EQ(S_OK, process_file(write_file("a.txt", "1"), L"UTF-8").hr);
-  EXPECT_EQ(S_OK, process_file(write_file("a.txt", "2"), L"UTF-8").hr);
-  EXPECT_EQ(L"12", flush());
 }
 
 TEST_F(TextTemplator, ComesOutOfThePoolLikeNew) {

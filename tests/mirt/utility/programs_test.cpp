@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <random>
 #include <sstream>
 #include <string>
@@ -13,6 +14,7 @@
 
 #include "support/late_bound.h"
 #include "support/module.h"
+#include "support/temporary_folder.h"
 
 namespace test {
 namespace {
@@ -27,22 +29,19 @@ class OtherPrograms : public ModuleTest {
  protected:
   // The inputs lie in a folder of files, written once for all tests.
   static void SetUpTestSuite() {
-    std::string pattern = (fs::temp_directory_path() / "mirt-inputs-XXXXXX").string();
-    ASSERT_NE(nullptr, mkdtemp(pattern.data()));
-    folder_ = pattern;
+    folder_.emplace();
     std::mt19937 random(20240229);  // the same inputs each time
     for (std::size_t i = 0; i < kInputs; ++i) {
       Bytes bytes(i % (kLongest + 1));
       for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random());
       char name[16];
       std::snprintf(name, sizeof name, "%05zu", i);
-      std::ofstream(folder_ / name, std::ios::binary)
-          .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+      folder_->write(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
       inputs_.push_back(std::move(bytes));
     }
   }
   static void TearDownTestSuite() {
-    fs::remove_all(folder_);
+    folder_.reset();
     inputs_.clear();
   }
 
@@ -54,7 +53,7 @@ class OtherPrograms : public ModuleTest {
 
   // The first word of each line that the command writes, run in the folder of the inputs.
   std::vector<std::wstring> first_words(const std::string& command) {
-    const std::string line = "cd '" + folder_.string() + "' && " + command;
+    const std::string line = "cd '" + folder_->path().string() + "' && " + command;
     const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(line.c_str(), "r"), pclose);
     std::vector<std::wstring> words;
     std::array<char, 1024> text;
@@ -74,7 +73,7 @@ class OtherPrograms : public ModuleTest {
     }
   }
 
-  inline static fs::path folder_;
+  inline static std::optional<TemporaryFolder> folder_;
   inline static std::vector<Bytes> inputs_;
   CComPtr<IDispatch> utility_;
 };
@@ -96,7 +95,7 @@ TEST_F(OtherPrograms, Base64Agrees) {
 // One process decodes what was encoded of all inputs: a padded line may stand before others.
 TEST_F(OtherPrograms, Base64DecodesWhatWasEncoded) {
   Bytes all;
-  const fs::path encoded = folder_ / "encoded";
+  const fs::path encoded = folder_->path("encoded");
   std::ofstream lines(encoded);
   for (const Bytes& input : inputs_) {
     const std::wstring line = text_of(call(utility_.get(), L"Base64Encode", input, 0));
