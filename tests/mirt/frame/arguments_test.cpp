@@ -11,7 +11,7 @@
 namespace test {
 namespace {
 
-// What was freed while a test looks, which is nobody's any more and only named here.
+// What was freed while a test looks: addresses to compare with, not to read.
 std::vector<const void*>* freed = nullptr;
 
 bool was_freed(const std::vector<const void*>& all, const void* memory) {
@@ -101,7 +101,7 @@ TEST(CoerceArg, ConvertsOrSaysWhy) {
   EXPECT_EQ(DISP_E_BADPARAMCOUNT, coerce_arg(nullptr, 0, VT_I4, converted.put()));
 }
 
-// Who calls for the effect alone takes no result; the value is the callee's to free then.
+// A caller that wants only the effect passes no result; the value is then the callee's to free.
 TEST(Results, AreFreedWhereNobodyWantsThem) {
   std::vector<const void*> all;
   freed = &all;
@@ -118,7 +118,7 @@ TEST(Results, AreFreedWhereNobodyWantsThem) {
   EXPECT_TRUE(was_freed(all, array));
 }
 
-// Scripts know no array that is null: there is no value.
+// Scripts have no null array: it becomes no value.
 TEST(Results, AreEmptyWithoutAnArray) {
   VARIANT result;
   result.vt = 0xA5A5;

@@ -18,7 +18,7 @@ namespace {
 enum class ErrorObjects { kOfTheHost, kNone, kNoneWithSuccess, kWriteOnly };
 ErrorObjects error_objects = ErrorObjects::kOfTheHost;
 
-// Takes text and shows it to nobody.
+// Takes text and cannot be read.
 class WriteOnlyError final : public ICreateErrorInfo {
  public:
   HRESULT QueryInterface(REFIID riid, void** ppv) override {

@@ -1,4 +1,4 @@
-// Class objects and pools over object kinds made for the test.
+// Pools over object kinds made for the test.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -10,18 +10,13 @@
 #include <thread>
 #include <vector>
 
-#include <korlib_host/context.h>
-#include <mirt/mirt.h>
-
-#include "frame/class_factory.h"
-#include "frame/entry_points.h"
+#include "mirt/frame/pooled_kind.h"
 #include "support/late_bound.h"
 
 namespace {
 
 int sections_alive = 0;
 thread_local int sections_entered = 0;  // ever
-thread_local int sections_held = 0;     // now
 
 }  // namespace
 
@@ -36,58 +31,23 @@ void DeleteCriticalSection(CRITICAL_SECTION* section) {
 }
 void EnterCriticalSection(CRITICAL_SECTION* section) {
   ++sections_entered;
-  ++sections_held;
+  ++test::sections_held;
   pthread_mutex_lock(section);
 }
 void LeaveCriticalSection(CRITICAL_SECTION* section) {
-  --sections_held;
+  --test::sections_held;
   pthread_mutex_unlock(section);
 }
 
 namespace test {
 
-// With external linkage, so that the compiler does not know that it stays null.
-extern ITypeInfo* no_type_info;
 ITypeInfo* no_type_info = nullptr;
 
 namespace {
 
-long live_count = 0;
-
-int constructions_to_fail = 0;
-thread_local int last_seen_in_memory = 0;
-
-// Looks at its memory before anything was stored in it, and at what is locked meanwhile.
-class Kind : public IDispatch {
- public:
-  Kind() {
-    EXPECT_EQ(0, sections_held);
-    if (constructions_to_fail && --constructions_to_fail == 0) throw std::bad_alloc();
-  }
-  int untouched;  // by the constructor; what the pool left there
-  HRESULT InContext(IGetContextProperties*) { return in_context; }
-  static inline HRESULT in_context = S_OK;
-
- protected:
-  ~Kind() {
-    EXPECT_EQ(0, sections_held);
-    last_seen_in_memory = untouched;
-  }
-};
-
-using Pooled = GDualImplForPool<IDispatch, Kind, &no_type_info, &live_count>;
 using Plain = GDualImpl<IDispatch, Kind, &no_type_info, &live_count>;
 
 class PlainObject final : public Plain {};
-
-}  // namespace
-}  // namespace test
-
-template <>
-IObjectPool* test::Pooled::s_pPool;
-
-namespace test {
-namespace {
 
 GClassFactoryPooled<Pooled, &live_count> pooled_class;
 GClassFactory<PlainObject, &live_count> plain_class;
@@ -100,20 +60,6 @@ constinit IObjectPool* test::Pooled::s_pPool = &test::pooled_class;
 
 namespace test {
 namespace {
-
-// A context object that has nothing.
-class Context : public IGetContextProperties {
- public:
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<IGetContextProperties, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return ++references; }
-  ULONG Release() override { return --references; }
-  HRESULT Count(LONG*) override { return E_NOTIMPL; }
-  HRESULT GetProperty(BSTR, VARIANT*) override { return E_NOTIMPL; }
-  HRESULT EnumNames(IUnknown**) override { return E_NOTIMPL; }
-  ULONG references = 1;
-};
 
 TEST(Pools, ZeroTheMemoryOfAnObjectBeforeItIsBuilt) {
   CComPtr<IDispatch> object;
@@ -141,7 +87,7 @@ TEST(Pools, KeepABlockWhoseObjectCouldNotBeBuilt) {
   EXPECT_EQ(S_OK, pooled_class.CreateInstance(nullptr, IID_IDispatch, after.put_void()));
 }
 
-// It serves the next object: one that went to nobody could not be given out again.
+// It serves the next object: a lost one could not be given out again.
 TEST(Pools, GiveTheBlockOfAFailedConstructionNext) {
   void* address = nullptr;
   {
@@ -294,66 +240,6 @@ TEST(Pools, GiveAnObjectToOneThreadOnly) {
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(0, faults);
   EXPECT_EQ(0, live_count);
-}
-
-class InContextClasses : public testing::Test {
- protected:
-  HRESULT create(IDispatch** object) {
-    return class_.CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(object));
-  }
-  GClassFactoryPooledInContext<Pooled, &live_count> class_;
-};
-
-TEST_F(InContextClasses, BindObjectsToTheRequest) {
-  Context context;
-  {
-    const korlib_host::ContextScope scope(&context);
-    for (const HRESULT code : {S_OK, S_FALSE, E_FAIL, E_ACCESSDENIED}) {
-      Kind::in_context = code;
-      CComPtr<IDispatch> object;
-      EXPECT_EQ(code, create(object.put()));
-      EXPECT_TRUE(object) << "the caller releases it, also after a failure";
-    }
-    Kind::in_context = S_OK;
-    void* none = &context;
-    EXPECT_EQ(E_NOINTERFACE, class_.CreateInstance(nullptr, IID_IClassFactory, &none));
-    EXPECT_EQ(nullptr, none);
-    EXPECT_EQ(CLASS_E_NOAGGREGATION, class_.CreateInstance(&context, IID_IDispatch, &none));
-  }
-  EXPECT_EQ(1u, context.references);
-  EXPECT_EQ(0, live_count);
-}
-
-// A host that says it has a context, and gives none: what it said is the answer, and nothing is bound.
-TEST_F(InContextClasses, AnswerTheHostsCodeWithoutAContextObject) {
-  class Silent final : public Context {
-   public:
-    HRESULT QueryInterface(REFIID, void** ppv) override {
-      *ppv = nullptr;
-      return answer;
-    }
-    HRESULT answer = S_OK;
-  } context;
-  const korlib_host::ContextScope scope(&context);
-  Kind::in_context = E_ACCESSDENIED;  // of a binding
-  for (const HRESULT code : {S_OK, S_FALSE, E_NOINTERFACE}) {
-    context.answer = code;
-    CComPtr<IDispatch> object;
-    EXPECT_EQ(code, create(object.put()));
-    EXPECT_TRUE(object);
-  }
-  Kind::in_context = S_OK;
-}
-
-TEST_F(InContextClasses, AnswerTheHostsCodeOutsideOfARequest) {
-  CComPtr<IDispatch> object;
-  EXPECT_EQ(CONTEXT_E_NOCONTEXT, create(object.put()));
-  EXPECT_TRUE(object);
-}
-
-TEST(ClassObjects, NeedAPlaceToGoTo) {
-  EXPECT_EQ(E_POINTER, DllGetClassObject(CLSID_Utility, IID_IClassFactory, nullptr));
-  EXPECT_EQ(E_POINTER, DllGetClassObject(CLSID_NULL, IID_IClassFactory, nullptr));
 }
 
 }  // namespace
