@@ -15,7 +15,7 @@ namespace test {
 
 IUnknown* object_context = nullptr;
 
-// The runtime is opened for this program alone: nobody else sees its names.
+// The runtime is opened for this program alone: nothing else sees its names.
 void* runtime_function(const char* name) {
   static void* const runtime = dlopen(KORLIB_PATH, RTLD_NOW | RTLD_LOCAL);
   void* const found = runtime ? dlsym(runtime, name) : nullptr;

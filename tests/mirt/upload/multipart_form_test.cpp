@@ -82,7 +82,7 @@ TEST_F(ValueList, CountsFromOne) {
     EXPECT_EQ(VT_EMPTY, value.vt);
   }
   CComVariant second;
-  const CComVariant two = value_of(L"2");  // named: an argument taken from a temporary is freed by nobody
+  const CComVariant two = value_of(L"2");  // named: an argument taken from a temporary is never freed
   const CComVariant no_number = value_of(L"x");
   EXPECT_EQ(S_OK, values->get_Item(two, &second));
   EXPECT_EQ(L"b", std::wstring(korlib::view_of(second.bstrVal)));

@@ -98,7 +98,7 @@ TEST(GetHeader, SplitsALine) {
       {"nothing but a colon", ":", "", "", {}},
       {"no blank behind the colon", "X:y;a=b", "X", "y", {{"a", "b"}}},
       {"many blanks", "X:   y;   a=b;   c=d", "X", "y", {{"a", "b"}, {"c", "d"}}},
-      {"a tab is no blank", "X:\ty;\ta=b", "X", "\ty", {{"\ta", "b"}}},
+      {"a tab is not a blank", "X:\ty;\ta=b", "X", "\ty", {{"\ta", "b"}}},
       {"the name is kept as it is", " x Y : z", " x Y ", "z", {}},
       {"blanks at the end are kept", "X: y ; a=b ; c=d ", "X", "y ", {{"a", "b "}, {"c", "d "}}},
       {"a second colon is text", "X: y:z", "X", "y:z", {}},

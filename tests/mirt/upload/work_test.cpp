@@ -17,7 +17,7 @@ namespace {
 using ZeltoTypeLibrary::IRequestDictionary;
 using ZeltoTypeLibrary::IStringList;
 
-// A body is gone over once, what is taken from it copied, and a list of what came grows by doubling. A
+// A body is read once, what is taken from it copied, and a list of what came grows by doubling. A
 // pass over all of it for every line of it is more than a hundred times as much.
 std::size_t allowed(const std::string& body) { return 4 * (body.size() / kPage) + 1500; }
 
