@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 
-namespace zelto::script {
+#include "base/letter_case.h"
+
+namespace zelto::language {
 namespace {
 
 constexpr auto kKeywords = std::to_array<std::wstring_view>(
@@ -22,11 +24,11 @@ constexpr auto kPunctuators = std::to_array<std::wstring_view>(
 
 template <class List>
 bool contains(const List& list, std::wstring_view word) {
-  return std::find(list.begin(), list.end(), word) != list.end();
+  return std::ranges::find(list, word) != list.end();
 }
 
 wchar_t char_at(std::wstring_view text, std::size_t at) { return at < text.size() ? text[at] : L'\0'; }
-bool is_exponent(wchar_t c) { return c == L'e' || c == L'E'; }
+bool is_exponent(wchar_t c) { return base::ascii_lower(c) == L'e'; }
 
 // Digits, letters and, where the number may have one, an exponent with its sign.
 std::size_t past_digits(std::wstring_view text, std::size_t at, bool has_exponent) {
@@ -46,13 +48,24 @@ bool is_blank(wchar_t c) {
 }
 
 bool is_word(wchar_t c) {
-  return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || is_digit(c) || c == L'_' || c == L'$' || c == L'\\' ||
+  const wchar_t lower = base::ascii_lower(c);
+  return (lower >= L'a' && lower <= L'z') || is_digit(c) || c == L'_' || c == L'$' || c == L'\\' ||
          (c >= 0x80 && !is_blank(c) && !is_line_end(c));
 }
 
 bool is_keyword(std::wstring_view word) { return contains(kKeywords, word); }
 bool is_operand_word(std::wstring_view word) { return contains(kOperandWords, word); }
 bool is_control_word(std::wstring_view word) { return contains(kControlWords, word); }
+
+bool is_plain_name(std::wstring_view text) {
+  const auto is_letter = [](wchar_t c) {
+    const wchar_t lower = base::ascii_lower(c);
+    return (lower >= L'a' && lower <= L'z') || c == L'_' || c == L'$' || (c >= 0xAA && c < 0x2000);
+  };
+  if (text.empty() || is_digit(text.front()) || text.starts_with(L"$zelto")) return false;
+  if (!std::ranges::all_of(text, [&](wchar_t c) { return is_letter(c) || is_digit(c); })) return false;
+  return !is_keyword(text) && !is_operand_word(text) && text != L"enum";
+}
 
 std::size_t past_string(std::wstring_view text, std::size_t at) {
   const wchar_t quote = text[at];
@@ -124,4 +137,4 @@ std::wstring_view punctuator_at(std::wstring_view text, std::size_t at) {
   return text.substr(at, 1);
 }
 
-}  // namespace zelto::script
+}  // namespace zelto::language

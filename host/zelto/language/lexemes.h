@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace zelto::script {
+namespace zelto::language {
 
 inline constexpr std::size_t kOpen = std::wstring_view::npos;  // the text ends before the word does
 
@@ -23,6 +23,8 @@ bool is_word(wchar_t c);  // may stand in a name; a backslash begins an escape i
 bool is_keyword(std::wstring_view word);  // reserved, and no operand
 bool is_operand_word(std::wstring_view word);
 bool is_control_word(std::wstring_view word);  // has parentheses behind it, and a statement behind those
+// Whether it can be put into source text as a name of the page's own. Letters beyond U+1FFF do not count.
+bool is_plain_name(std::wstring_view text);
 
 // Each begins at `at` and answers one past the end; kOpen where that is missing.
 std::size_t past_string(std::wstring_view text, std::size_t at);
@@ -35,4 +37,4 @@ std::size_t past_line(std::wstring_view text, std::size_t at);
 
 std::wstring_view punctuator_at(std::wstring_view text, std::size_t at);
 
-}  // namespace zelto::script
+}  // namespace zelto::language

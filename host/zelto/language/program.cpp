@@ -1,12 +1,13 @@
 #include "language/program.h"
 
+#include <korlib_host/unicode.h>
+
 #include <algorithm>
 
 #include "language/lexemes.h"
 #include "language/rewriter.h"
-#include "script/text.h"
 
-namespace zelto::script {
+namespace zelto::language {
 namespace {
 
 // The engine counts units of UTF-16 from 1: in characters from 0.
@@ -18,7 +19,7 @@ int to_characters(std::u16string_view text, int line, int column) {
     start = at + 1;
   }
   const std::u16string_view before = text.substr(start, static_cast<std::size_t>(column) - 1);
-  return static_cast<int>(to_wide(before).size());
+  return static_cast<int>(korlib::utf32_length(before));
 }
 
 // Without what stands only in the script. A place within that is the place in front of it.
@@ -51,10 +52,10 @@ std::shared_ptr<const Program> compile(std::wstring_view text, std::string url) 
   Rewritten rewritten = rewrite(text);
   auto program = std::make_shared<Program>();
   program->url = std::move(url);
-  program->text = to_utf16(rewritten.text);
+  program->text = korlib::to_utf16(rewritten.text);
   program->shifts = std::move(rewritten.shifts);
   program->declares_lexical_names = rewritten.declares_lexical_names;
   return program;
 }
 
-}  // namespace zelto::script
+}  // namespace zelto::language

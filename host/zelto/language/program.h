@@ -7,7 +7,7 @@
 
 #include <korlib/combstr.h>
 
-namespace zelto::script {
+namespace zelto::language {
 
 // Where a line of the script comes from.
 struct SourceLine {
@@ -50,4 +50,4 @@ SourcePlace source_place(const Program& program, int line, int column);
 // it is run.
 std::shared_ptr<const Program> compile(std::wstring_view text, std::string url);
 
-}  // namespace zelto::script
+}  // namespace zelto::language

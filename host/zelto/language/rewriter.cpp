@@ -4,10 +4,11 @@
 #include <array>
 #include <utility>
 
-#include "language/lexemes.h"
+#include "base/letter_case.h"
+#include "language/source_edits.h"
 #include "language/tokens.h"
 
-namespace zelto::script {
+namespace zelto::language {
 namespace {
 
 constexpr auto kAssignments =
@@ -15,30 +16,15 @@ constexpr auto kAssignments =
                                       L"|=", L"^=", L"&&=", L"||=", L"?\?="});
 
 // Properties without arguments that pages also write in small letters, with parentheses behind them.
-constexpr auto kProperties = std::to_array<std::wstring_view>({L"absolutepage",  L"absoluteposition",
-                                                               L"actualsize",    L"bof",
-                                                               L"buffer",        L"charset",
-                                                               L"codepage",      L"commandtext",
-                                                               L"contents",      L"contenttype",
-                                                               L"cookies",       L"count",
-                                                               L"definedsize",   L"editmode",
-                                                               L"eof",           L"eos",
-                                                               L"errors",        L"expires",
-                                                               L"fields",        L"form",
-                                                               L"haskeys",       L"lcid",
-                                                               L"line",          L"mode",
-                                                               L"name",          L"number",
-                                                               L"pagecount",     L"pagesize",
-                                                               L"parameters",    L"position",
-                                                               L"properties",    L"provider",
-                                                               L"querystring",   L"recordcount",
-                                                               L"scripttimeout", L"servervariables",
-                                                               L"sessionid",     L"size",
-                                                               L"sort",          L"source",
-                                                               L"state",         L"status",
-                                                               L"timeout",       L"totalbytes",
-                                                               L"type",          L"value",
-                                                               L"version"});
+// clang-format off
+constexpr auto kProperties = std::to_array<std::wstring_view>(
+    {L"absolutepage", L"absoluteposition", L"actualsize", L"bof", L"buffer", L"charset", L"codepage",
+     L"commandtext", L"contents", L"contenttype", L"cookies", L"count", L"definedsize", L"editmode", L"eof", L"eos",
+     L"errors", L"expires", L"fields", L"form", L"haskeys", L"lcid", L"line", L"mode", L"name", L"number",
+     L"pagecount", L"pagesize", L"parameters", L"position", L"properties", L"provider", L"querystring",
+     L"recordcount", L"scripttimeout", L"servervariables", L"sessionid", L"size", L"sort", L"source", L"state",
+     L"status", L"timeout", L"totalbytes", L"type", L"value", L"version"});
+// clang-format on
 
 static_assert(std::ranges::is_sorted(kProperties));
 
@@ -46,14 +32,12 @@ static_assert(std::ranges::is_sorted(kProperties));
 // capital one: so what the language is asked to do again and again stays as it is.
 bool may_be_property(std::wstring_view name) {
   if (name.front() >= L'A' && name.front() <= L'Z') return true;
-  std::wstring lower(name);
-  std::ranges::transform(lower, lower.begin(), [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c - L'A' + L'a' : c; });
-  return std::ranges::binary_search(kProperties, lower);
+  return std::ranges::binary_search(kProperties, base::ascii_lowered(name));
 }
 
 class Rewriter {
  public:
-  Rewriter(std::wstring_view text, const std::vector<Token>& tokens) : text_(text), tokens_(tokens) {}
+  Rewriter(std::wstring_view text, const std::vector<Token>& tokens) : text_(text), tokens_(tokens), edits_(text) {}
 
   Rewritten run() {
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
@@ -67,8 +51,8 @@ class Rewriter {
         read_item(i);
       }
     }
-    apply();
-    return std::move(result_);
+    auto [text, shifts] = edits_.apply();
+    return {std::move(text), declares_lexical_names_, std::move(shifts), {}};
   }
 
  private:
@@ -76,9 +60,9 @@ class Rewriter {
     const std::wstring_view text = word(i);
     switch (tokens_[i].kind) {
       case Token::keyword:
-        if (text == L"throw" && tokens_[i].statement_start) insert(tokens_[i].end, L" $zelto.thrown =");
+        if (text == L"throw" && tokens_[i].statement_start) edits_.insert(tokens_[i].end, L" $zelto.thrown =");
         if (text == L"return" && !line_ends_behind(i)) read_value(i + 1, L")");
-        if ((text == L"const" || text == L"class") && top_level(i)) result_.declares_lexical_names = true;
+        if ((text == L"const" || text == L"class") && top_level(i)) declares_lexical_names_ = true;
         break;
       case Token::punctuator:
         if (is_assignment(i)) read_value(i + 1, L")");
@@ -87,7 +71,7 @@ class Rewriter {
       case Token::open:
         if (is_call(i) || is_condition(i)) read_value(i + 1, L")");
         if (is_new_error(i)) make_error(i);
-        if (is_catch_body(i)) insert(tokens_[i].end, L" $zelto_caught(" + std::wstring(word(i - 2)) + L");");
+        if (is_catch_body(i)) edits_.insert(tokens_[i].end, L" $zelto_caught(" + std::wstring(word(i - 2)) + L");");
         enclosing_.push_back(std::exchange(around_, i));
         break;
       case Token::close:
@@ -98,7 +82,7 @@ class Rewriter {
         if (text.front() == L'"' || text.front() == L'\'') escape_line_ends(i);
         break;
       case Token::name:
-        if (text == L"let" && top_level(i)) result_.declares_lexical_names = true;
+        if (text == L"let" && top_level(i)) declares_lexical_names_ = true;
         break;
     }
   }
@@ -112,15 +96,6 @@ class Rewriter {
   bool is_assignment(std::size_t i) const {
     return tokens_[i].kind == Token::punctuator &&
            std::find(kAssignments.begin(), kAssignments.end(), word(i)) != kAssignments.end();
-  }
-
-  void insert(std::size_t at, std::wstring text) { edits_.push_back({at, 0, std::move(text)}); }
-  void replace(std::size_t at, std::size_t length, std::wstring text) {
-    edits_.push_back({at, length, std::move(text)});
-  }
-  // What opens a wrapping that closes at `end`: of several at one place the outermost comes first.
-  void open_wrapping(std::size_t at, std::size_t end, std::wstring text) {
-    edits_.push_back({at, 0, std::move(text), end});
   }
 
   // The `(` of an argument list: what stands before it is a value, and no header or parameter list.
@@ -169,8 +144,8 @@ class Rewriter {
     if (end < first + 3 || !is(end - 2, L".")) return;
     const bool in_list = is(end, L",") && !tokens_[first].statement_start;
     if (!expression_ends(end) && !in_list) return;
-    open_wrapping(tokens_[first].begin, tokens_[end - 1].end, L"$zelto_value(");
-    insert(tokens_[end - 1].end, tail);
+    edits_.open_wrapping(tokens_[first].begin, tokens_[end - 1].end, L"$zelto_value(");
+    edits_.insert(tokens_[end - 1].end, tail);
     read_.push_back(end - 1);
   }
 
@@ -210,9 +185,9 @@ class Rewriter {
 
   void assign_call(std::size_t close) {
     const std::size_t open = tokens_[close].partner;
-    open_wrapping(tokens_[chain_start(open - 1)].begin, tokens_[close].end, L"$zelto.at(");
-    replace(tokens_[open].begin, 1, L",");
-    insert(tokens_[close].end, L".v");
+    edits_.open_wrapping(tokens_[chain_start(open - 1)].begin, tokens_[close].end, L"$zelto.at(");
+    edits_.replace(tokens_[open].begin, 1, L",");
+    edits_.insert(tokens_[close].end, L".v");
   }
 
   // `o.Name()`, where the name may be that of a property; `i` is the closing parenthesis.
@@ -263,8 +238,8 @@ class Rewriter {
 
   void read_item(std::size_t i) {
     if (std::ranges::find(read_, i) != read_.end()) return;
-    open_wrapping(tokens_[chain_start(i)].begin, tokens_[i].end, L"$zelto_value(");
-    insert(tokens_[i].end, L")");
+    edits_.open_wrapping(tokens_[chain_start(i)].begin, tokens_[i].end, L"$zelto_value(");
+    edits_.insert(tokens_[i].end, L")");
   }
 
   // What the author called in front of the dot at `dot`, where it can be said in a few words.
@@ -279,13 +254,13 @@ class Rewriter {
   }
 
   void call_bare(std::size_t close) {
-    open_wrapping(tokens_[chain_start(close - 2)].begin, tokens_[close].end, L"$zelto_call(");
-    replace(tokens_[close - 3].begin, 1, L", ");
-    insert(tokens_[close - 2].begin, L"\"");
-    insert(tokens_[close - 2].end, L"\"");
-    replace(tokens_[close - 1].begin, 1, L"");
+    edits_.open_wrapping(tokens_[chain_start(close - 2)].begin, tokens_[close].end, L"$zelto_call(");
+    edits_.replace(tokens_[close - 3].begin, 1, L", ");
+    edits_.insert(tokens_[close - 2].begin, L"\"");
+    edits_.insert(tokens_[close - 2].end, L"\"");
+    edits_.replace(tokens_[close - 1].begin, 1, L"");
     const std::wstring_view called = receiver(chain_start(close - 2), close - 3);
-    if (!called.empty()) insert(tokens_[close].begin, L", \"" + std::wstring(called) + L"\"");
+    if (!called.empty()) edits_.insert(tokens_[close].begin, L", \"" + std::wstring(called) + L"\"");
   }
 
   // The parenthesis of `new Error(number, description)`.
@@ -298,11 +273,12 @@ class Rewriter {
   }
 
   void make_error(std::size_t open) {
-    replace(tokens_[open - 2].begin, 3, L"$zelto_error(");
-    replace(tokens_[open].begin, 1, L",");
+    edits_.replace(tokens_[open - 2].begin, 3, L"$zelto_error(");
+    edits_.replace(tokens_[open].begin, 1, L",");
   }
 
-  // The brace of `} catch (name) {`. A method of that name and place in a class gets the same, and is none the worse.
+  // The brace of `} catch (name) {`. A class method called `catch`
+  // in that place gets the same, which does no harm.
   bool is_catch_body(std::size_t open) const {
     return open >= 5 && is(open, L"{") && is(open - 1, L")") && tokens_[open - 2].kind == Token::name &&
            is(open - 3, L"(") && is(open - 4, L"catch") && tokens_[open - 4].kind == Token::keyword &&
@@ -316,55 +292,18 @@ class Rewriter {
       if (text_[at] == L'\\') {
         ++at;
       } else if (text_[at] == 0x2028 || text_[at] == 0x2029) {
-        insert(at, text_[at] == 0x2028 ? L"\\u2028\\" : L"\\u2029\\");
+        edits_.insert(at, text_[at] == 0x2028 ? L"\\u2028\\" : L"\\u2029\\");
       }
     }
   }
-
-  void apply() {
-    std::stable_sort(edits_.begin(), edits_.end(), [](const Edit& a, const Edit& b) {
-      if (a.at != b.at) return a.at < b.at;
-      if (a.wraps_to == 0 || b.wraps_to == 0) return a.wraps_to == 0 && b.wraps_to != 0;
-      return a.wraps_to > b.wraps_to;
-    });
-    std::size_t at = 0;
-    for (const Edit& edit : edits_) {
-      copy(at, edit.at);
-      const auto column = static_cast<int>(result_.text.size() - line_start_);
-      result_.shifts.push_back({line_, column, static_cast<int>(edit.text.size()), static_cast<int>(edit.length)});
-      result_.text += edit.text;
-      at = edit.at + edit.length;
-    }
-    copy(at, text_.size());
-  }
-
-  // Text that stays as it is, and in it the lines as the engine counts them.
-  void copy(std::size_t from, std::size_t to) {
-    const std::size_t begin = result_.text.size();
-    result_.text.append(text_.substr(from, to - from));
-    for (std::size_t at = from; at < to; ++at) {
-      if (!ends_line(text_, at)) continue;
-      ++line_;
-      line_start_ = begin + (at - from) + 1;
-    }
-  }
-
-  struct Edit {
-    std::size_t at;
-    std::size_t length;
-    std::wstring text;
-    std::size_t wraps_to = 0;  // of what opens a wrapping: where that closes
-  };
 
   std::wstring_view text_;
   const std::vector<Token>& tokens_;
   std::size_t around_ = Token::kNone;   // the bracket that is open
   std::vector<std::size_t> enclosing_;  // those around it, outermost first
   std::vector<std::size_t> read_;       // the last tokens of chains that read_value has wrapped
-  std::vector<Edit> edits_;
-  Rewritten result_;
-  int line_ = 1;
-  std::size_t line_start_ = 0;  // in the result
+  SourceEdits edits_;
+  bool declares_lexical_names_ = false;
 };
 
 }  // namespace
@@ -377,4 +316,4 @@ Rewritten rewrite(std::wstring_view text) {
   return rewritten;
 }
 
-}  // namespace zelto::script
+}  // namespace zelto::language

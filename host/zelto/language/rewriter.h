@@ -25,7 +25,7 @@
 
 #include "language/program.h"
 
-namespace zelto::script {
+namespace zelto::language {
 
 struct Rewritten {
   std::wstring text;
@@ -37,4 +37,4 @@ struct Rewritten {
 // Text that cannot be cut into tokens comes back as it was, for the engine to complain about.
 Rewritten rewrite(std::wstring_view text);
 
-}  // namespace zelto::script
+}  // namespace zelto::language

@@ -5,7 +5,7 @@
 
 #include "language/lexemes.h"
 
-namespace zelto::script {
+namespace zelto::language {
 namespace {
 
 // What a bracket was opened for; decides what follows its closing one.
@@ -319,4 +319,4 @@ std::optional<Tokens> tokenize(std::wstring_view text) {
   return tokenizer.take();
 }
 
-}  // namespace zelto::script
+}  // namespace zelto::language

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace zelto::script {
+namespace zelto::language {
 
 struct Token {
   enum Kind : unsigned char {
@@ -44,4 +44,4 @@ struct Tokens {
 // one: the engine then says what is wrong with it.
 std::optional<Tokens> tokenize(std::wstring_view text);
 
-}  // namespace zelto::script
+}  // namespace zelto::language

@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-namespace zelto::script {
+namespace zelto::language {
 namespace {
 
 constexpr std::size_t kNone = std::wstring::npos;
@@ -95,4 +95,4 @@ std::wstring as_written(std::wstring message) {
   return message;
 }
 
-}  // namespace zelto::script
+}  // namespace zelto::language

@@ -3,10 +3,10 @@
 
 #include <string>
 
-namespace zelto::script {
+namespace zelto::language {
 
 // A message without the words that the rewriter put into the source (rewriter.h):
 // "$zelto_call(a, \"B\").c is not a function" is "a.B().c is not a function".
 std::wstring as_written(std::wstring message);
 
-}  // namespace zelto::script
+}  // namespace zelto::language

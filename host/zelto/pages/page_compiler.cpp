@@ -10,7 +10,6 @@
 #include "language/rewriter.h"
 #include "pages/page_scanner.h"
 #include "pages/tag_attributes.h"
-#include "script/text.h"
 #include "text/charset.h"
 
 namespace zelto::pages {
@@ -30,11 +29,11 @@ class Compiler {
 
   CompiledPage compile(const std::string& physical) {
     add_file({physical, physical}, Piece::include, 0);
-    script::Rewritten rewritten = script::rewrite(text_);
+    language::Rewritten rewritten = language::rewrite(text_);
     for (const std::size_t comment : rewritten.markup_comments) refuse_include(comment);
-    auto program = std::make_shared<script::Program>(std::move(program_));
+    auto program = std::make_shared<language::Program>(std::move(program_));
     program->url = physical;
-    program->text = script::to_utf16(rewritten.text);
+    program->text = korlib::to_utf16(rewritten.text);
     program->shifts = std::move(rewritten.shifts);
     program->declares_lexical_names = rewritten.declares_lexical_names;
     page_.program = std::move(program);
@@ -191,8 +190,8 @@ class Compiler {
   void refuse_include(std::size_t comment) const {
     if (!has_word(text_, skip_blanks(text_, comment + 4), L"#include")) return;
     std::size_t line = 0;
-    for (std::size_t at = 0; at < comment; ++at) line += script::ends_line(std::wstring_view(text_), at);
-    const script::SourceLine& from = program_.lines[line];
+    for (std::size_t at = 0; at < comment; ++at) line += language::ends_line(std::wstring_view(text_), at);
+    const language::SourceLine& from = program_.lines[line];
     throw PageSourceError("An include cannot stand inside script: put \"%>\" in front of it and \"<%\" behind it.",
                           program_.files[from.file], from.line);
   }
@@ -241,7 +240,7 @@ class Compiler {
 
   const std::string& root_;
   std::wstring text_;
-  script::Program program_;
+  language::Program program_;
   CompiledPage page_;
   LONG code_page_ = kUtf8CodePage;                     // of every file without a byte-order mark
   std::vector<std::string> open_;                      // the files that are being read, outermost first

@@ -19,7 +19,7 @@
 namespace zelto::pages {
 
 struct CompiledPage {
-  std::shared_ptr<const script::Program> program;
+  std::shared_ptr<const language::Program> program;
   Directive directive;
   std::vector<std::pair<std::string, FileStamp>> files;  // what it was made of
   bool is_settled = true;                                // the stamps of `files` will tell of any change

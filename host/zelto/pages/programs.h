@@ -8,14 +8,14 @@
 #include <unordered_map>
 
 #include "language/program.h"
+#include "language/script_error.h"
 #include "pages/page_compiler.h"
-#include "script/outcome.h"
 
 namespace zelto {
 
 struct LoadedPage {
-  std::shared_ptr<const script::Program> program;  // null with `error`
-  std::optional<script::ScriptError> error;        // a directive, include or delimiter that is wrong
+  std::shared_ptr<const language::Program> program;  // null with `error`
+  std::optional<language::ScriptError> error;        // a directive, include or delimiter that is wrong
   pages::Directive directive;
 };
 

@@ -33,7 +33,7 @@ void Realm::set_output(IDispatch* response) { state_->set_output(response); }
 
 void Realm::set_log(LogSink sink) { state_->set_log(std::move(sink)); }
 
-Outcome Realm::run(const std::shared_ptr<const Program>& program) { return state_->run(program); }
+Outcome Realm::run(const std::shared_ptr<const language::Program>& program) { return state_->run(program); }
 
 Outcome Realm::call(std::wstring_view function) { return state_->call(function); }
 

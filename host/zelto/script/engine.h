@@ -110,7 +110,7 @@ class Realm {
   void set_log(LogSink sink);
 
   // Runs the program to its end. May be called from within a member that a script is calling.
-  Outcome run(const std::shared_ptr<const Program>& program);
+  Outcome run(const std::shared_ptr<const language::Program>& program);
 
   // Calls a function of the script without arguments, if there is one: `Session_OnStart`. A missing one
   // is `completed`.

@@ -180,7 +180,7 @@ void EngineState::realm_has_ended() {
   if (is_exhausted_ && realms_.empty()) collect_garbage(idle_context_);
 }
 
-const ParsedScript& EngineState::parsed(const std::shared_ptr<const Program>& program) {
+const ParsedScript& EngineState::parsed(const std::shared_ptr<const language::Program>& program) {
   if (scripts_.size() >= kCachedScripts) {
     std::erase_if(scripts_, [](const auto& entry) { return entry.second.program.expired(); });
   }

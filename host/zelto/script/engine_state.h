@@ -90,7 +90,7 @@ class EngineState {
   // What it held is garbage now. The next page shall not be blamed for it where it was too much.
   void realm_has_ended();
 
-  const ParsedScript& parsed(const std::shared_ptr<const Program>& program);
+  const ParsedScript& parsed(const std::shared_ptr<const language::Program>& program);
   MemberCache& members() noexcept { return members_; }
 
   // From finalizers, on any thread: the object is let go at the next opportunity on the engine's thread.
@@ -144,10 +144,10 @@ class EngineState {
   std::vector<RealmState*> realms_;
   MemberCache members_;
   struct CachedScript {
-    std::weak_ptr<const Program> program;
+    std::weak_ptr<const language::Program> program;
     std::unique_ptr<ParsedScript> parsed;
   };
-  std::unordered_map<const Program*, CachedScript> scripts_;
+  std::unordered_map<const language::Program*, CachedScript> scripts_;
   Departed departed_;
   std::mutex buried_lock_;
   std::vector<Held*> buried_;

@@ -40,7 +40,7 @@ void write(RealmState& realm, const VARIANT& value, JSValueRef* exception) {
 JSValueRef html(RealmState& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
   if (!realm.may_call(exception)) return nullptr;
   const double number = count > 0 ? JSValueToNumber(realm.context(), values[0], nullptr) : -1;
-  const Program* program = realm.running();
+  const language::Program* program = realm.running();
   if (!program || !(number >= 0) || number >= static_cast<double>(program->literals.size())) return nullptr;
   write(realm, korlib::borrowed(program->literals[static_cast<std::size_t>(number)]), exception);
   return nullptr;

@@ -1,22 +1,20 @@
 #include "script/missing_member.h"
 
-#include <algorithm>
-#include <cwctype>
 #include <vector>
 
 #include <korlib/combstr.h>
 #include <korlib/ptr.h>
 #include <korlib/typeinfo.h>
 
+#include "language/name_distance.h"
 #include "script/errors.h"
 #include "script/text.h"
 
 namespace zelto::script {
 namespace {
 
-constexpr MEMBERID kType = -1;            // MEMBERID_NIL
-constexpr MEMBERID kMostMembers = 200;    // identifiers of members are small numbers
-constexpr std::size_t kLongestName = 64;  // a longer one is no slip of the pen
+constexpr MEMBERID kType = -1;          // MEMBERID_NIL
+constexpr MEMBERID kMostMembers = 200;  // identifiers of members are small numbers
 
 CComPtr<ITypeInfo> type_of(IDispatch* object) {
   CComPtr<ITypeInfo> info;
@@ -40,19 +38,6 @@ std::vector<std::wstring> names_of(ITypeInfo* info) {
   return names;
 }
 
-std::wstring nearest(const std::vector<std::wstring>& names, std::wstring_view wanted) {
-  if (wanted.size() > kLongestName) return {};
-  std::wstring best;
-  std::size_t least = wanted.size() / 3 + 1;  // further away it is another word
-  for (const std::wstring& name : names) {
-    const std::size_t distance = name_distance(name, wanted);
-    if (distance >= least + (best.empty() ? 1 : 0)) continue;
-    least = distance;
-    best = name;
-  }
-  return best;
-}
-
 bool has_name(IDispatch* object, std::wstring name) {
   LPOLESTR text = name.data();
   DISPID id = DISPID_UNKNOWN;
@@ -62,7 +47,7 @@ bool has_name(IDispatch* object, std::wstring name) {
 // A name of the object that differs in one letter.
 std::wstring guessed(IDispatch* object, std::wstring_view wanted) {
   constexpr std::wstring_view kLetters = L"etaoinshrdlucmfwypvbgkqjxz0123456789_";
-  if (wanted.size() > kLongestName) return {};
+  if (wanted.size() > language::kLongestMistypedName) return {};
   for (std::size_t at = 0; at <= wanted.size(); ++at) {
     std::wstring other(wanted);
     if (at + 1 < wanted.size()) {
@@ -86,32 +71,12 @@ std::wstring guessed(IDispatch* object, std::wstring_view wanted) {
 
 }  // namespace
 
-std::size_t name_distance(std::wstring_view a, std::wstring_view b) {
-  const auto same = [](wchar_t x, wchar_t y) { return std::towlower(x) == std::towlower(y); };
-  std::vector<std::size_t> before_last(b.size() + 1);
-  std::vector<std::size_t> last(b.size() + 1);
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) last[j] = j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (same(a[i - 1], b[j - 1]) ? 0 : 1)});
-      if (i > 1 && j > 1 && same(a[i - 1], b[j - 2]) && same(a[i - 2], b[j - 1])) {
-        row[j] = std::min(row[j], before_last[j - 2] + 1);
-      }
-    }
-    before_last.swap(last);
-    last.swap(row);
-  }
-  return last[b.size()];
-}
-
 std::wstring describe_missing(IDispatch* object, std::wstring_view kind, std::wstring_view name) {
   const CComPtr<ITypeInfo> info = type_of(object);
   std::wstring owner = kind_of(info.get());
   if (owner.empty()) owner = kind;
   const std::vector<std::wstring> names = names_of(info.get());
-  const std::wstring near = names.empty() ? guessed(object, name) : nearest(names, name);
+  const std::wstring near = names.empty() ? guessed(object, name) : language::nearest_name(names, name);
   std::wstring member = L"'" + (owner.empty() ? L"" : owner + L".") + std::wstring(name) + L"'";
   if (!near.empty()) member += L", did you mean '" + near + L"'?";
   return describe(DISP_E_UNKNOWNNAME, L"Object doesn't support this property or method: " + member, {});

@@ -14,8 +14,4 @@ namespace zelto::script {
 // `kind`, which may be empty, and is asked for the names that one slip of the pen makes this one of.
 std::wstring describe_missing(IDispatch* object, std::wstring_view kind, std::wstring_view name);
 
-// How many letters have to be changed, added, left out or exchanged with their neighbour to make the one name of
-// the other; letter case does not count.
-std::size_t name_distance(std::wstring_view a, std::wstring_view b);
-
 }  // namespace zelto::script

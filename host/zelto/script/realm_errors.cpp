@@ -136,7 +136,7 @@ void RealmState::put_into_words(std::wstring_view name, ScriptError* error) cons
     return;
   }
   error->number = number_of_engine_error(name, error->message);
-  error->message = as_written(std::move(error->message));
+  error->message = language::as_written(std::move(error->message));
 }
 
 HRESULT RealmState::failure_of(JSValueRef exception) {
@@ -167,7 +167,7 @@ bool RealmState::read_words(JSValueRef exception, ScriptError* out) {
   if (JSValueIsString(context_, source)) out->source = text_of(source);
   if (JSValueRef number = property(object, JsString("number")); JSValueIsNumber(context_, number)) {
     out->number = JSValueToInt32(context_, number, nullptr);
-    out->message = as_written(std::move(out->message));
+    out->message = language::as_written(std::move(out->message));
     return true;
   }
   ScriptError known{out->message, {}, S_OK, {}, 0, 0};
@@ -201,7 +201,7 @@ ScriptError RealmState::describe_exception(JSValueRef exception) {
   return error;
 }
 
-ScriptError RealmState::describe_syntax(const Program& program, const ParsedScript& parsed) {
+ScriptError RealmState::describe_syntax(const language::Program& program, const ParsedScript& parsed) {
   ScriptError error;
   error.message = parsed.message();
   error.source = L"SyntaxError";
@@ -216,8 +216,8 @@ void RealmState::place_like(const ScriptError& other, ScriptError* out) {
   out->column = other.column;
 }
 
-void RealmState::place(const Program& program, int line, int column, ScriptError* out) {
-  SourcePlace found = source_place(program, line, column);
+void RealmState::place(const language::Program& program, int line, int column, ScriptError* out) {
+  language::SourcePlace found = language::source_place(program, line, column);
   out->file = std::move(found.file);
   out->line = found.line;
   out->column = found.column;

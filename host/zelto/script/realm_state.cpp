@@ -90,15 +90,15 @@ void RealmState::set_output(IDispatch* response) {
   if (response) response->QueryInterface(korlib::iid_of<ZeltoTypeLibrary::IResponse>, output_.put_void());
 }
 
-void RealmState::remember(const std::shared_ptr<const Program>& program) {
+void RealmState::remember(const std::shared_ptr<const language::Program>& program) {
   programs_[program->url] = program;
   running_ = program.get();
   has_lexical_names_ = has_lexical_names_ || program->declares_lexical_names;
 }
 
-Outcome RealmState::run(const std::shared_ptr<const Program>& program) {
+Outcome RealmState::run(const std::shared_ptr<const language::Program>& program) {
   const EngineState::Run run(engine_);
-  const Program* previous = running_;
+  const language::Program* previous = running_;
   remember(program);
   const ParsedScript& parsed = engine_.parsed(program);
   if (!parsed.get()) return {Outcome::failed, describe_syntax(*program, parsed)};
@@ -168,30 +168,11 @@ bool RealmState::declares(const JsString& name, bool* is_lexical) {
   return *is_lexical;
 }
 
-namespace {
-
-// Words that mean something else in source text than a name, some of them in strict or module code only.
-bool is_reserved(std::u16string_view name) {
-  const std::wstring word = to_wide(name);
-  return is_keyword(word) || is_operand_word(word) || word == L"enum";
-}
-
-// A name that can be put into source text: what clients send as field names is looked up as well.
-bool is_identifier(std::u16string_view name) {
-  const auto letter = [](char16_t c) {
-    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_' || c == u'$' || (c >= 0xAA && c < 0x2000);
-  };
-  const auto word = [&](char16_t c) { return letter(c) || (c >= u'0' && c <= u'9'); };
-  return !name.empty() && letter(name.front()) && std::all_of(name.begin(), name.end(), word) &&
-         !name.starts_with(u"$zelto") && !is_reserved(name);
-}
-
-}  // namespace
-
 // `typeof` a name tells a declared one from a global of the engine only by where it lives, so the
 // question is asked of a name that the global object does not have.
 JSValueRef RealmState::lexical_value(const JsString& name, JSValueRef* exception) {
-  if (!is_identifier(name.view()) || JSObjectHasProperty(context_, global_, name.get())) return nullptr;
+  if (!language::is_plain_name(to_wide(name.view())) || JSObjectHasProperty(context_, global_, name.get()))
+    return nullptr;
   return JSEvaluateScript(context_, name.get(), nullptr, nullptr, 1, exception);
 }
 

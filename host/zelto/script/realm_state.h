@@ -45,9 +45,9 @@ class RealmState {
   void set_output(IDispatch* response);
   ZeltoTypeLibrary::IResponse* output() const noexcept { return output_.get(); }
   IDispatch* server() const noexcept { return server_.get(); }
-  Outcome run(const std::shared_ptr<const Program>& program);
+  Outcome run(const std::shared_ptr<const language::Program>& program);
   Outcome call(std::wstring_view function);
-  const Program* running() const noexcept { return running_; }
+  const language::Program* running() const noexcept { return running_; }
   bool has_lexical_names() const noexcept { return has_lexical_names_; }
 
   // Values. A failure is left in *exception (never null) and answered with false or null.
@@ -114,10 +114,10 @@ class RealmState {
   Outcome outcome_of(JSValueRef exception);
   bool read_words(JSValueRef exception, ScriptError* out);
   ScriptError describe_exception(JSValueRef exception);
-  ScriptError describe_syntax(const Program& program, const ParsedScript& parsed);
+  ScriptError describe_syntax(const language::Program& program, const ParsedScript& parsed);
   bool locate(JSValueRef error, ScriptError* out) const;
   static void place_like(const ScriptError& other, ScriptError* out);
-  static void place(const Program& program, int line, int column, ScriptError* out);
+  static void place(const language::Program& program, int line, int column, ScriptError* out);
   HRESULT invoke_once(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, UINT* refused);
   std::wstring words_for_missing() const;
   bool is_about_missing(std::wstring_view message) const;
@@ -126,7 +126,7 @@ class RealmState {
   void disconnect_wrappers();
   void release_foreign_wrappers();
   JSObjectRef make_error(ErrorKind kind, std::wstring_view message);
-  void remember(const std::shared_ptr<const Program>& program);
+  void remember(const std::shared_ptr<const language::Program>& program);
 
   EngineState& engine_;
   JSGlobalContextRef context_;
@@ -142,8 +142,8 @@ class RealmState {
   Held* held_ = nullptr;
   CComPtr<ZeltoTypeLibrary::IResponse> output_;
   CComPtr<IDispatch> server_;
-  std::unordered_map<std::string, std::shared_ptr<const Program>> programs_;
-  const Program* running_ = nullptr;
+  std::unordered_map<std::string, std::shared_ptr<const language::Program>> programs_;
+  const language::Program* running_ = nullptr;
   bool has_lexical_names_ = false;
   std::u16string unknown_name_;  // the last that a component asked for in vain, in the call that runs
   struct Missing {

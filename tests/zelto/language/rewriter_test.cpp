@@ -1,13 +1,13 @@
 #include "language/rewriter.h"
 
 #include <gtest/gtest.h>
+#include <korlib_host/unicode.h>
 
 #include <algorithm>
 
 #include "language/tokens.h"
-#include "script/text.h"
 
-namespace zelto::script {
+namespace zelto::language {
 namespace {
 
 struct Row {
@@ -17,7 +17,7 @@ struct Row {
 
 class Rewriter : public ::testing::TestWithParam<Row> {};
 
-std::string narrow(std::wstring_view text) { return to_utf8(text); }
+std::string narrow(std::wstring_view text) { return korlib::to_utf8(text); }
 
 TEST_P(Rewriter, PutsItIntoWordsOfTheEngine) {
   const Row& row = GetParam();
@@ -239,4 +239,4 @@ TEST(Tokens, StayWithinTheTextWhereverItEnds) {
 }
 
 }  // namespace
-}  // namespace zelto::script
+}  // namespace zelto::language

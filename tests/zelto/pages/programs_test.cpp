@@ -23,7 +23,7 @@ class ProgramsTest : public test::SiteFolder {
     return all;
   }
   // Loads until two loads give one program: then all files have been left alone for long enough.
-  std::shared_ptr<const script::Program> settle() {
+  std::shared_ptr<const language::Program> settle() {
     while (true) {
       auto program = load().program;
       if (program == load().program) return program;

@@ -1,25 +1,11 @@
 // Members that an object does not have, and the numbers of errors in `catch`.
-#include "script/missing_member.h"
-
-#include "language/written_source.h"
 #include "zelto/script/script_test.h"
 
 namespace test {
 namespace {
 
 using MissingMember = ScriptTest;
-using zelto::script::name_distance;
 using zelto::script::Outcome;
-
-// Letters changed, added, left out, exchanged with a neighbour.
-TEST(NameDistance, CountsSlipsOfThePen) {
-  EXPECT_EQ(0U, name_distance(L"MoveNext", L"movenext"));
-  EXPECT_EQ(1U, name_distance(L"MoveNext", L"MoveNex"));
-  EXPECT_EQ(1U, name_distance(L"MoveNext", L"MoveNxet"));
-  EXPECT_EQ(1U, name_distance(L"Write", L"Wriite"));
-  EXPECT_EQ(3U, name_distance(L"kitten", L"sitting"));
-  EXPECT_EQ(3U, name_distance(L"", L"abc"));
-}
 
 TEST_F(MissingMember, IsUndefinedWhenItIsRead) {
   EXPECT_EQ("undefined,true,2,false,true",
@@ -105,10 +91,6 @@ TEST_F(MissingMember, LeavesNoWordOfTheHostInMessages) {
     EXPECT_EQ(row.message,
               text(L"(function () { try { " + std::wstring(row.script) + L" } catch (e) { return e.message } })()"));
   }
-  EXPECT_EQ("a.b(c(1),d) is 1; a.B()",
-            narrow(zelto::script::as_written(L"$zelto.at(a.b,c(1),d).v is 1; $zelto_call(a ,  \"B\" /* c */  )")));
-  EXPECT_EQ("a.b.C().D()", narrow(zelto::script::as_written(L"$zelto_call($zelto_call(a.b, \"C\", \"a.b\"), \"D\")")));
-  EXPECT_EQ("cut in '$zelto_call(a, \"B", narrow(zelto::script::as_written(L"cut in '$zelto_call(a, \"B")));
 }
 
 TEST_F(MissingMember, HasTheNumbersOfTheOlderDialectWhenCaught) {

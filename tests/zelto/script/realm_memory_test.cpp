@@ -16,7 +16,7 @@ using RealmMemory = ScriptTest;
 TEST_F(RealmMemory, IsFreeOnceThePageHasEnded) {
   constexpr std::size_t kPages = 50;
   zelto::script::EngineState& state = engine.state();
-  const auto program = zelto::script::compile(L"function f() { return 1; } Promise.resolve().then(f);", "/page.asp");
+  const auto program = zelto::language::compile(L"function f() { return 1; } Promise.resolve().then(f);", "/page.asp");
   std::vector<JSWeakRef> globals;
   for (std::size_t i = 0; i < kPages; ++i) {
     zelto::script::RealmState page_realm(state);

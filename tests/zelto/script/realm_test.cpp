@@ -15,11 +15,11 @@ namespace test {
 namespace {
 
 using namespace std::chrono_literals;
-using zelto::script::compile;
+using zelto::language::compile;
+using zelto::language::Program;
 using zelto::script::Engine;
 using zelto::script::kPageStopped;
 using zelto::script::Outcome;
-using zelto::script::Program;
 using RealmLife = ScriptTest;
 
 TEST_F(RealmLife, StartsAfreshForEachRequest) {

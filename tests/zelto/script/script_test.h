@@ -27,7 +27,7 @@ class ScriptTest : public ::testing::Test {
   }
 
   zelto::script::Outcome run(std::wstring_view script) {
-    return realm->run(zelto::script::compile(script, "/site/page.asp"));
+    return realm->run(zelto::language::compile(script, "/site/page.asp"));
   }
 
   // Runs the script, which is to complete.

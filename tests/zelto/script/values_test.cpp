@@ -282,7 +282,7 @@ class LocalTime : public Values {
     local.set_object(L"Response", page.get());
     local.set_output(page.get());
     page->text.clear();
-    local.run(zelto::script::compile(L"$zelto.out(" + std::wstring(expression) + L")", "/site/page.asp"));
+    local.run(zelto::language::compile(L"$zelto.out(" + std::wstring(expression) + L")", "/site/page.asp"));
     probe->kept.reset();
     return narrow(page->text);
   }
@@ -313,10 +313,10 @@ TEST_F(LocalTime, IsWhatTheClockOnTheWallSays) {
   zelto::script::Engine there;
   zelto::script::Realm local(there);
   local.set_object(L"o", probe.get());
-  local.run(zelto::script::compile(L"o.Keep(new Date(Date.UTC(2024, 6, 15, 10)))", "/site/page.asp"));
+  local.run(zelto::language::compile(L"o.Keep(new Date(Date.UTC(2024, 6, 15, 10)))", "/site/page.asp"));
   EXPECT_EQ(VT_DATE, probe->kept.vt);
   EXPECT_DOUBLE_EQ(probe->kept.date, 45488.5);  // 2024-07-15 12:00
-  local.run(zelto::script::compile(L"o.Keep(new Date(Date.UTC(2024, 0, 15, 11)))", "/site/page.asp"));
+  local.run(zelto::language::compile(L"o.Keep(new Date(Date.UTC(2024, 0, 15, 11)))", "/site/page.asp"));
   EXPECT_DOUBLE_EQ(probe->kept.date, 45306.5);  // 2024-01-15 12:00
   // An hour that the clock skips is the next one.
   probe->kept = made_double(VT_DATE, 45382 + 2.5 / 24);  // 2024-03-31 02:30

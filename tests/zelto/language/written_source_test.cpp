@@ -1,0 +1,15 @@
+#include "language/written_source.h"
+
+#include <gtest/gtest.h>
+
+namespace zelto::language {
+namespace {
+
+TEST(WrittenSource, HasNoWordOfTheHost) {
+  EXPECT_EQ(L"a.b(c(1),d) is 1; a.B()", as_written(L"$zelto.at(a.b,c(1),d).v is 1; $zelto_call(a ,  \"B\" /* c */  )"));
+  EXPECT_EQ(L"a.b.C().D()", as_written(L"$zelto_call($zelto_call(a.b, \"C\", \"a.b\"), \"D\")"));
+  EXPECT_EQ(L"cut in '$zelto_call(a, \"B", as_written(L"cut in '$zelto_call(a, \"B"));
+}
+
+}  // namespace
+}  // namespace zelto::language
