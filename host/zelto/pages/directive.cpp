@@ -1,5 +1,6 @@
 #include "pages/directive.h"
 
+#include "base/letter_case.h"
 #include "pages/tag_attributes.h"
 #include "text/charset.h"
 #include "text/locale.h"
@@ -12,7 +13,7 @@ namespace {
 LONG read_code_page(std::wstring_view value) {
   const std::optional<LONG> number = parse_number<LONG>(to_utf8(value));
   if (!number || !charset_of(*number)) {
-    throw "CodePage=\"" + ascii(value) + "\" is no code page that this host knows; 65001 is UTF-8.";
+    throw "CodePage=\"" + ascii(value) + "\" is not a code page that this host knows; 65001 is UTF-8.";
   }
   return *number;
 }
@@ -20,14 +21,14 @@ LONG read_code_page(std::wstring_view value) {
 LONG read_locale(std::wstring_view value) {
   const std::optional<LONG> number = parse_number<LONG>(to_utf8(value));
   if (!number || !is_locale(*number)) {
-    throw "LCID=\"" + ascii(value) + "\" is no locale that this host knows; 2048 is the neutral form.";
+    throw "LCID=\"" + ascii(value) + "\" is not a locale that this host knows; 2048 is the neutral form.";
   }
   return *number;
 }
 
 bool read_boolean(std::wstring_view name, std::wstring_view value) {
-  if (same_word(value, L"true")) return true;
-  if (same_word(value, L"false")) return false;
+  if (base::equal_ascii(value, L"true")) return true;
+  if (base::equal_ascii(value, L"false")) return false;
   throw ascii(name) + "=\"" + ascii(value) + "\" is neither True nor False.";
 }
 
@@ -39,19 +40,19 @@ Directive read_directive(std::wstring_view text) {
   if (!attributes) throw std::string("A directive is written <%@ Name=\"value\" … %>.");
   Directive directive;
   for (const auto& [name, value] : *attributes) {
-    if (same_word(name, L"language")) {
+    if (base::equal_ascii(name, L"language")) {
       if (!is_javascript(value)) {
         throw "This host runs pages in JavaScript only: Language=\"" + ascii(value) + "\" cannot be run.";
       }
-    } else if (same_word(name, L"codepage")) {
+    } else if (base::equal_ascii(name, L"codepage")) {
       directive.code_page = read_code_page(value);
-    } else if (same_word(name, L"enablesessionstate")) {
+    } else if (base::equal_ascii(name, L"enablesessionstate")) {
       directive.uses_session = read_boolean(name, value);
-    } else if (same_word(name, L"lcid")) {
+    } else if (base::equal_ascii(name, L"lcid")) {
       directive.lcid = read_locale(value);
-    } else if (!same_word(name, L"transaction")) {
+    } else if (!base::equal_ascii(name, L"transaction")) {
       throw "\"" + ascii(name) +
-          "\" is no directive: Language, CodePage, EnableSessionState, LCID and Transaction are.";
+          "\" is not a directive: Language, CodePage, EnableSessionState, LCID and Transaction are.";
     }
   }
   return directive;

@@ -7,16 +7,24 @@
 #pragma once
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "language/program.h"
 #include "pages/directive.h"
-#include "pages/page_error.h"
 #include "pages/source_file.h"
 
 namespace zelto::pages {
+
+// What is wrong with a page before any of it runs.
+struct PageSourceError : std::runtime_error {
+  PageSourceError(const std::string& what, std::string in_file, int at_line)
+      : std::runtime_error(what), file(std::move(in_file)), line(at_line) {}
+  std::string file;  // its physical path
+  int line;          // from 1
+};
 
 struct CompiledPage {
   std::shared_ptr<const language::Program> program;

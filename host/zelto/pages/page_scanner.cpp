@@ -1,5 +1,6 @@
 #include "pages/page_scanner.h"
 
+#include "base/letter_case.h"
 #include "pages/tag_attributes.h"
 
 namespace zelto::pages {
@@ -74,7 +75,7 @@ class Scanner {
     if (!is_script && !has_word(text_, at_ + 1, L"object")) return false;
     const std::size_t open = at_;
     const std::optional<TagAttributes> tag = read_tag(text_, open + 7);
-    if (!tag || !same_word(tag->value_of(L"runat"), L"server")) return false;
+    if (!tag || !base::equal_ascii(tag->value_of(L"runat"), L"server")) return false;
     if (!is_script) {
       throw ScanFault{"<object runat=\"server\"> is not known here: use Server.CreateObject.", open};
     }
@@ -137,8 +138,8 @@ std::vector<Piece> scan_page(std::wstring_view text) { return Scanner(text).scan
 
 void LineCounter::move_to(std::size_t offset) {
   for (; at_ < offset && at_ < text_.size(); ++at_) {
-    const bool ends_line = text_[at_] == L'\n' || (text_[at_] == L'\r' && !text_.substr(at_ + 1).starts_with(L'\n'));
-    if (!ends_line) continue;
+    const bool is_return = text_[at_] == L'\r' && !text_.substr(at_ + 1).starts_with(L'\n');
+    if (text_[at_] != L'\n' && !is_return) continue;
     ++line_;
     line_start_ = at_ + 1;
   }

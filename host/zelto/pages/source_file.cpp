@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <ctime>
 
+#include "base/file_descriptor.h"
 #include "text/charset.h"
 
 namespace zelto::pages {
@@ -36,22 +37,6 @@ bool is_settled(const FileStamp& stamp) {
   return age > kTick || age < -kAhead;
 }
 
-class OpenFile {
- public:
-  // Without O_NONBLOCK a named pipe would hold the page up until someone writes into it.
-  explicit OpenFile(const std::string& path)
-      : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  ~OpenFile() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  int get() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
-
 }  // namespace
 
 std::optional<FileStamp> stamp_of(const std::string& path) {
@@ -61,9 +46,10 @@ std::optional<FileStamp> stamp_of(const std::string& path) {
 }
 
 std::optional<SourceBytes> read_source(const std::string& path) {
-  const OpenFile file(path);
+  // Without O_NONBLOCK a named pipe would hold the page up until someone writes into it.
+  const base::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   struct stat status {};
-  if (file.get() < 0 || ::fstat(file.get(), &status) != 0) return std::nullopt;
+  if (!file || ::fstat(file.get(), &status) != 0) return std::nullopt;
   const std::optional<FileStamp> stamp = regular_file_stamp(status);
   if (!stamp || stamp->size > kMaxSource) return std::nullopt;
   SourceBytes source{std::string(static_cast<std::size_t>(stamp->size), '\0'), *stamp, is_settled(*stamp)};

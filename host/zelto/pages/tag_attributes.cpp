@@ -2,11 +2,12 @@
 
 #include <algorithm>
 
+#include "base/letter_case.h"
+
 namespace zelto::pages {
 
 namespace {
 
-wchar_t lower(wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c; }
 bool is_blank(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\r' || c == L'\n' || c == L'\f'; }
 bool is_name(wchar_t c) { return !is_blank(c) && c != L'=' && c != L'>' && c != L'"' && c != L'\'' && c != L'/'; }
 
@@ -29,12 +30,12 @@ bool read_one(std::wstring_view text, std::size_t& at, Attribute& attribute) {
 }  // namespace
 
 bool TagAttributes::has(std::wstring_view name) const {
-  return std::ranges::any_of(all, [&](const Attribute& attribute) { return same_word(attribute.name, name); });
+  return std::ranges::any_of(all, [&](const Attribute& attribute) { return base::equal_ascii(attribute.name, name); });
 }
 
 std::wstring_view TagAttributes::value_of(std::wstring_view name) const {
   const auto found =
-      std::ranges::find_if(all, [&](const Attribute& attribute) { return same_word(attribute.name, name); });
+      std::ranges::find_if(all, [&](const Attribute& attribute) { return base::equal_ascii(attribute.name, name); });
   return found == all.end() ? std::wstring_view() : found->value;
 }
 
@@ -44,14 +45,12 @@ std::size_t skip_blanks(std::wstring_view text, std::size_t at) {
 }
 
 bool has_word(std::wstring_view text, std::size_t at, std::wstring_view word) {
-  if (at > text.size() || !same_word(text.substr(at, word.size()), word)) return false;
+  if (at > text.size() || !base::equal_ascii(text.substr(at, word.size()), word)) return false;
   const std::size_t end = at + word.size();
   if (end >= text.size()) return true;
-  const wchar_t next = lower(text[end]);
+  const wchar_t next = base::ascii_lower(text[end]);
   return !((next >= L'a' && next <= L'z') || (next >= L'0' && next <= L'9') || next == L'-' || next == L'_');
 }
-
-bool same_word(std::wstring_view a, std::wstring_view b) { return std::ranges::equal(a, b, {}, lower, lower); }
 
 std::string ascii(std::wstring_view text) {
   std::string out;
@@ -62,7 +61,7 @@ std::string ascii(std::wstring_view text) {
 bool is_javascript(std::wstring_view language) {
   return std::ranges::any_of(
       std::initializer_list<std::wstring_view>{L"javascript", L"jscript", L"ecmascript", L"livescript"},
-      [&](std::wstring_view known) { return same_word(language, known); });
+      [&](std::wstring_view known) { return base::equal_ascii(language, known); });
 }
 
 std::optional<AttributeValue> read_attribute_value(std::wstring_view text, std::size_t at) {

@@ -30,8 +30,7 @@ struct TagAttributes {
 std::size_t skip_blanks(std::wstring_view text, std::size_t at);
 // Whether the word stands there, in any letter case, and ends there.
 bool has_word(std::wstring_view text, std::size_t at, std::wstring_view word);
-bool same_word(std::wstring_view a, std::wstring_view b);  // ASCII letter case ignored
-std::string ascii(std::wstring_view text);                 // for messages; other characters become '?'
+std::string ascii(std::wstring_view text);  // for messages; other characters become '?'
 bool is_javascript(std::wstring_view language);
 
 // `= value`, from the equals sign or the blanks before it. Nothing without an equals sign or a closing quote.

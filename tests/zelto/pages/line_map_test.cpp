@@ -1,13 +1,13 @@
 // Compiled pages, run: what they write, and where their errors are said to be.
 #include "pages/programs.h"
-#include "zelto/pages/site_folder.h"
+#include "zelto/pages/site_fixture.h"
 #include "zelto/script/script_test.h"
 
 namespace {
 
 using zelto::script::Outcome;
 
-class RunPage : public test::SiteFolder {
+class LineMap : public test::SiteFolder {
  protected:
   Outcome run(std::string_view text) {
     write("page.asp", text);
@@ -22,13 +22,13 @@ class RunPage : public test::SiteFolder {
   std::string written(std::string_view text) {
     const Outcome outcome = run(text);
     if (outcome.error) return "error: " + where(outcome);
-    return zelto::script::to_utf8(page_->text);
+    return korlib::to_utf8(page_->text);
   }
   // "file:line message"
   std::string where(const Outcome& outcome) {
     if (!outcome.error) return "no error";
     return outcome.error->file.substr(root.size()) + ":" + std::to_string(outcome.error->line) + " " +
-           zelto::script::to_utf8(outcome.error->message);
+           korlib::to_utf8(outcome.error->message);
   }
   std::string place(std::string_view text) {
     const std::string all = where(run(text));
@@ -44,7 +44,7 @@ class RunPage : public test::SiteFolder {
   std::unique_ptr<zelto::Programs> programs_;
 };
 
-TEST_F(RunPage, WritesTextAndExpressions) {
+TEST_F(LineMap, WritesTextAndExpressions) {
   const struct {
     const char* page;
     const char* output;
@@ -80,7 +80,7 @@ TEST_F(RunPage, WritesTextAndExpressions) {
   for (const auto& row : rows) EXPECT_EQ(row.output, written(row.page)) << row.page;
 }
 
-TEST_F(RunPage, PutsRuntimeErrorsOnTheirLine) {
+TEST_F(LineMap, PutsRuntimeErrorsOnTheirLine) {
   for (const std::string end : {"\n", "\r\n", "\r"}) {
     const auto lines = [&](std::string text) {
       for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += end.size())
@@ -101,7 +101,7 @@ TEST_F(RunPage, PutsRuntimeErrorsOnTheirLine) {
   }
 }
 
-TEST_F(RunPage, PutsErrorsOfIncludesIntoTheInclude) {
+TEST_F(LineMap, PutsErrorsOfIncludesIntoTheInclude) {
   write("lib/f.inc", "<%\nfunction f() {\n  missing();\n}\n%>");
   EXPECT_EQ("/lib/f.inc:3", place("a\n<!--#include file=lib/f.inc-->\n<% f(); %>"));
   EXPECT_EQ("/page.asp:3", place("a\n<!--#include file=lib/f.inc-->\n<% missing(); %>"));
@@ -109,7 +109,7 @@ TEST_F(RunPage, PutsErrorsOfIncludesIntoTheInclude) {
   EXPECT_EQ("/lib/f.inc:3", place("<!--#include file=outer.inc-->"));
 }
 
-TEST_F(RunPage, PutsErrorsOfScriptFilesIntoTheScriptFile) {
+TEST_F(LineMap, PutsErrorsOfScriptFilesIntoTheScriptFile) {
   write("lib/f.js", "function f() {\r\n\r\n  missing();\r\n}");
   write("bad.js", "var a;\nvar = 3;");
   const std::string tag = "<script language=JScript runat=server src=lib/f.js></script>";
@@ -126,7 +126,7 @@ TEST_F(RunPage, PutsErrorsOfScriptFilesIntoTheScriptFile) {
   EXPECT_EQ("g--", written("<% Response.Write(g()); %>-<script runat=server src=g.js></script>-"));
 }
 
-TEST_F(RunPage, PutsSyntaxErrorsOnTheirLine) {
+TEST_F(LineMap, PutsSyntaxErrorsOnTheirLine) {
   write("bad.inc", "\n\n<% var = 3; %>");
   EXPECT_EQ("/page.asp:2", place("a\n<% var = 3; %>\nb"));
   EXPECT_EQ("/bad.inc:3", place("a\n<!--#include file=bad.inc-->"));
@@ -137,7 +137,7 @@ TEST_F(RunPage, PutsSyntaxErrorsOnTheirLine) {
 }
 
 // The engine ends lines at two characters that no editor ends them at.
-TEST_F(RunPage, PutsErrorsOnTheLineThatAnEditorShows) {
+TEST_F(LineMap, PutsErrorsOnTheLineThatAnEditorShows) {
   for (const std::string end : {"\xE2\x80\xA8", "\xE2\x80\xA9"}) {
     EXPECT_EQ("/page.asp:2", place("<% var s = 'a" + end + "b';\nmissing(); %>"));
     EXPECT_EQ("/page.asp:2", place("<% var s = 'a\\" + end + "b\\'';\nmissing(); %>"));
@@ -151,7 +151,7 @@ TEST_F(RunPage, PutsErrorsOnTheLineThatAnEditorShows) {
 
 // Columns count characters from 1. The engine points at the end of a name that is missing, at the dot of a
 // member that cannot be had.
-TEST_F(RunPage, PutsErrorsIntoTheirColumn) {
+TEST_F(LineMap, PutsErrorsIntoTheirColumn) {
   const struct {
     const char* page;
     int line;
@@ -187,7 +187,7 @@ TEST_F(RunPage, PutsErrorsIntoTheirColumn) {
   }
 }
 
-TEST_F(RunPage, RunsALargePageOfManyIncludes) {
+TEST_F(LineMap, RunsALargePageOfManyIncludes) {
   write("a.inc", "<% n++; %>");
   std::string page = "<% var n = 0; %>";
   for (int i = 0; i < 10'000; ++i) page += "<!--#include file=a.inc-->";

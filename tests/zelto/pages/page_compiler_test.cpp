@@ -1,9 +1,10 @@
 #include "pages/page_compiler.h"
 
+#include <korlib_host/unicode.h>
+
 #include <thread>
 
-#include "script/text.h"
-#include "zelto/pages/site_folder.h"
+#include "zelto/pages/site_fixture.h"
 
 namespace zelto::pages {
 namespace {
@@ -142,7 +143,7 @@ TEST_F(PageCompiler, ReportsFaultsInIncludesThere) {
   EXPECT_EQ("/two.inc:2 A page has one directive only.", fault_of_text("<!--#include file=two.inc-->"));
   EXPECT_EQ("/other.inc:3 This host runs pages in JavaScript only: Language=\"VBScript\" cannot be run.",
             fault_of_text("<!--#include file=other.inc-->"));
-  EXPECT_EQ("/nowhere.inc:2 LCID=\"99999\" is no locale that this host knows; 2048 is the neutral form.",
+  EXPECT_EQ("/nowhere.inc:2 LCID=\"99999\" is not a locale that this host knows; 2048 is the neutral form.",
             fault_of_text("<!--#include file=nowhere.inc-->"));
   EXPECT_EQ("/empty.inc:2 <%= %> holds no expression.", fault_of_text("<!--#include file=empty.inc-->"));
 }
@@ -191,7 +192,9 @@ TEST_F(PageCompiler, TakesScriptFilesAsTheScriptThatTheyAre) {
         "<script runat=server src='/b.js'></script>");
   const CompiledPage page = compile("page.asp");
   EXPECT_EQ(L"--", literals(page));
-  const std::string text = script::to_utf8(script::to_wide(page.program->text));
+  std::wstring wide;
+  korlib::append_utf16(wide, page.program->text);
+  const std::string text = korlib::to_utf8(wide);
   EXPECT_NE(std::string::npos, text.find("var a = '<%= no page %>';\n")) << text;
   EXPECT_NE(std::string::npos, text.find("var b = 1 // the end\n")) << text;
   ASSERT_EQ(3u, page.files.size());  // an edit of any makes the page anew

@@ -6,8 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "script/text.h"
-#include "zelto/pages/site_folder.h"
+#include "zelto/pages/site_fixture.h"
 
 namespace zelto {
 namespace {

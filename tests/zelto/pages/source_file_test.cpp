@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "zelto/pages/site_folder.h"
+#include "zelto/pages/site_fixture.h"
 
 namespace zelto::pages {
 namespace {
