@@ -1,7 +1,7 @@
 // Compiled pages, run: what they write, and where their errors are said to be.
 #include "pages/programs.h"
 #include "zelto/pages/site_fixture.h"
-#include "zelto/script/script_test.h"
+#include "zelto/script/script_fixture.h"
 
 namespace {
 

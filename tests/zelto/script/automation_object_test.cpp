@@ -1,4 +1,4 @@
-#include "zelto/script/script_test.h"
+#include "zelto/script/script_fixture.h"
 
 namespace test {
 namespace {

@@ -1,5 +1,5 @@
 // Calls as an automation object receives them, flag by flag.
-#include "zelto/script/script_test.h"
+#include "zelto/script/script_fixture.h"
 
 namespace test {
 namespace {

@@ -1,6 +1,6 @@
 // What native code holds of the script while the engine collects its garbage.
 #include "script/engine_state.h"
-#include "zelto/script/script_test.h"
+#include "zelto/script/script_fixture.h"
 
 extern "C" JS_EXPORT void JSSynchronousGarbageCollectForDebugging(JSContextRef ctx);
 

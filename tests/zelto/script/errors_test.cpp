@@ -1,5 +1,5 @@
 // What goes wrong, on both sides of the border and across it.
-#include "zelto/script/script_test.h"
+#include "zelto/script/script_fixture.h"
 
 namespace test {
 namespace {

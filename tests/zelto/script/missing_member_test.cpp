@@ -1,5 +1,5 @@
 // Members that an object does not have, and the numbers of errors in `catch`.
-#include "zelto/script/script_test.h"
+#include "zelto/script/script_fixture.h"
 
 namespace test {
 namespace {

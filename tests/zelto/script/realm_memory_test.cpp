@@ -3,7 +3,7 @@
 
 #include "script/engine_state.h"
 #include "script/realm_state.h"
-#include "zelto/script/script_test.h"
+#include "zelto/script/script_fixture.h"
 
 extern "C" JS_EXPORT void JSSynchronousGarbageCollectForDebugging(JSContextRef ctx);
 

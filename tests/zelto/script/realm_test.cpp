@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "zelto/script/script_test.h"
+#include "zelto/script/script_fixture.h"
 
 namespace test {
 namespace {

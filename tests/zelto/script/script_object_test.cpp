@@ -3,7 +3,7 @@
 #include <thread>
 #include <vector>
 
-#include "zelto/script/script_test.h"
+#include "zelto/script/script_fixture.h"
 
 namespace test {
 namespace {

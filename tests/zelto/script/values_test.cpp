@@ -1,47 +1,18 @@
-// Every row of the table in engine.h, both ways, through real calls.
+// Every row of the table in values.h, both ways, through real calls.
 #include <cmath>
-#include <cstdlib>
 #include <limits>
-#include <optional>
-#include <type_traits>
 
-#include "zelto/script/script_test.h"
+#include "zelto/script/values_fixture.h"
 
 namespace test {
 namespace {
 
-class Values : public ScriptTest {
- protected:
-  // What the expression makes of `v`, which a component hands to the script.
-  std::string text_of(const VARIANT& v, std::wstring_view expression) {
-    must_run(L"o.Keep((v, p) => String(" + std::wstring(expression) + L"))");
-    CComVariant reversed[] = {CComVariant(static_cast<IDispatch*>(other.get())), CComVariant(v)};
-    DISPPARAMS params{reversed, nullptr, 2, 0};
-    CComVariant result;
-    EXPECT_EQ(S_OK, probe->kept.pdispVal->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD, &params, &result, nullptr,
-                                                 nullptr));
-    probe->kept.reset();
-    return result.vt == VT_BSTR ? narrow(korlib::view_of(result.bstrVal)) : "no text";
-  }
-};
+using Values = ValuesTest;
 
 struct Outward {
   const wchar_t* expression;
   VARTYPE type;
 };
-
-// A vector of the values' type; what they point to is copied.
-template <class Value>
-SAFEARRAY* vector_of(VARTYPE type, LONG lower, std::vector<Value> values) {
-  SAFEARRAY* array = SafeArrayCreateVector(type, lower, static_cast<ULONG>(values.size()));
-  for (std::size_t i = 0; array && i < values.size(); ++i) {
-    const LONG index = lower + static_cast<LONG>(i);
-    void* value = &values[i];
-    if constexpr (std::is_pointer_v<Value>) value = values[i];  // BSTR, IDispatch*
-    EXPECT_EQ(S_OK, SafeArrayPutElement(array, &index, value));
-  }
-  return array;
-}
 
 TEST_F(Values, HaveTheTypeThatTheirKindSays) {
   const Outward rows[] = {
@@ -128,12 +99,6 @@ VARIANT made(VARTYPE type, LONGLONG bits) {
   VARIANT value{};
   value.vt = type;
   value.llVal = bits;
-  return value;
-}
-VARIANT made_double(VARTYPE type, double number) {
-  VARIANT value{};
-  value.vt = type;
-  value.dblVal = number;
   return value;
 }
 
@@ -240,178 +205,6 @@ TEST_F(Values, ThatAreReferencesToEachTypeAreFollowed) {
     EXPECT_EQ("true", text_of(reference, row.expression)) << row.type << ' ' << narrow(row.expression);
   }
   SafeArrayDestroy(array);
-}
-
-TEST_F(Values, ThatAreDatesKeepTheirLocalTime) {
-  // 2001-02-03 04:05:06.789 by the calendar of automation.
-  const double date = 36925 + (((4 * 60 + 5) * 60 + 6) * 1000 + 789) / 86400000.0;
-  probe->kept = made_double(VT_DATE, date);
-  EXPECT_EQ("2001,1,3,4,5,6,789",
-            text(L"(d => [d.getFullYear(), d.getMonth(), d.getDate(), d.getHours(), d.getMinutes(), d.getSeconds(), "
-                 L"d.getMilliseconds()])(o.Give())"));
-  must_run(L"o.Keep(new Date(2001, 1, 3, 4, 5, 6, 789))");
-  EXPECT_NEAR(probe->kept.date, date, 1e-9);
-  // Before the calendar's day 0 the time of day still counts forwards: -1.25 is six in the morning.
-  probe->kept = made_double(VT_DATE, -1.25);
-  EXPECT_EQ("1899,11,29,6", text(L"(d => [d.getFullYear(), d.getMonth(), d.getDate(), d.getHours()])(o.Give())"));
-  must_run(L"o.Keep(new Date(1899, 11, 29, 6))");
-  EXPECT_DOUBLE_EQ(probe->kept.date, -1.25);
-  EXPECT_EQ("TypeError: An invalid date has no value outside of the script at /site/page.asp:1",
-            error_of(L"o.Keep(new Date(NaN))"));
-}
-
-class LocalTime : public Values {
- protected:
-  void SetUp() override {
-    if (const char* zone = std::getenv("TZ")) before_ = zone;
-  }
-  void TearDown() override {
-    realm.reset();
-    if (before_) {
-      ::setenv("TZ", before_->c_str(), 1);
-    } else {
-      ::unsetenv("TZ");
-    }
-  }
-  // What the script gives with that time zone, which an engine reads once.
-  std::string text_in(const char* zone, std::wstring_view expression) {
-    ::setenv("TZ", zone, 1);
-    zelto::script::Engine there;
-    zelto::script::Realm local(there);
-    local.set_object(L"o", probe.get());
-    local.set_object(L"Response", page.get());
-    local.set_output(page.get());
-    page->text.clear();
-    local.run(zelto::language::compile(L"$zelto.out(" + std::wstring(expression) + L")", "/site/page.asp"));
-    probe->kept.reset();
-    return narrow(page->text);
-  }
-
- private:
-  std::optional<std::string> before_;
-};
-
-TEST_F(LocalTime, ComesBackFromEveryZoneAndSeason) {
-  for (const char* zone : {"UTC", "Europe/Berlin", "America/New_York", "Asia/Kolkata", "Pacific/Chatham"}) {
-    for (const wchar_t* date : {L"2024, 0, 15, 12, 30, 15, 250", L"2024, 6, 15, 12, 30, 15, 250", L"2024, 2, 31, 3, 0",
-                                L"2024, 2, 10, 1, 59", L"2024, 9, 27, 3, 0", L"1969, 11, 31, 23, 59, 59, 999",
-                                L"1900, 0, 1", L"1899, 11, 30, 6", L"9999, 11, 31", L"100, 0, 1"}) {
-      EXPECT_EQ("0",
-                text_in(zone, L"(d => { o.Keep(d); return +o.Give() - d })(new Date(" + std::wstring(date) + L"))"))
-          << zone << ' ' << narrow(date);
-    }
-  }
-}
-
-TEST_F(LocalTime, IsWhatTheClockOnTheWallSays) {
-  // Noon in winter and in summer is noon.
-  for (const wchar_t* month : {L"0", L"6"}) {
-    const std::wstring noon = L"(o.Keep(new Date(2024, " + std::wstring(month) + L", 15, 12)), ";
-    EXPECT_EQ("12", text_in("Europe/Berlin", noon + L"o.Give().getHours())"));
-  }
-  ::setenv("TZ", "Europe/Berlin", 1);
-  zelto::script::Engine there;
-  zelto::script::Realm local(there);
-  local.set_object(L"o", probe.get());
-  local.run(zelto::language::compile(L"o.Keep(new Date(Date.UTC(2024, 6, 15, 10)))", "/site/page.asp"));
-  EXPECT_EQ(VT_DATE, probe->kept.vt);
-  EXPECT_DOUBLE_EQ(probe->kept.date, 45488.5);  // 2024-07-15 12:00
-  local.run(zelto::language::compile(L"o.Keep(new Date(Date.UTC(2024, 0, 15, 11)))", "/site/page.asp"));
-  EXPECT_DOUBLE_EQ(probe->kept.date, 45306.5);  // 2024-01-15 12:00
-  // An hour that the clock skips is the next one.
-  probe->kept = made_double(VT_DATE, 45382 + 2.5 / 24);  // 2024-03-31 02:30
-  EXPECT_EQ("3:30", text_in("Europe/Berlin", L"(d => d.getHours() + ':' + d.getMinutes())(o.Give())"));
-  // A zone whose clocks were half a minute off.
-  EXPECT_EQ("0", text_in("Africa/Monrovia", L"(d => { o.Keep(d); return +o.Give() - d })(new Date(1960, 6, 1))"));
-}
-
-TEST_F(Values, ThatAreBytesAreCopied) {
-  must_run(L"var b = new Uint8Array([1, 2, 255]); o.Keep(b); b[0] = 9");
-  EXPECT_EQ("1,2,255", text(L"(v => v instanceof Uint8Array && v.join())(o.Give())"));
-  must_run(L"o.Keep(new Uint8Array([1, 2, 3, 4]).subarray(1, 3))");
-  EXPECT_EQ("2,3", text(L"o.Give().join()"));
-  must_run(L"o.Keep(new Uint8Array(new Uint8Array([5, 6, 7, 8]).buffer, 2))");
-  EXPECT_EQ("7,8", text(L"o.Give().join()"));
-  must_run(L"o.Keep(new Int8Array(new Uint8Array([0, 255, 1]).buffer, 1, 1))");
-  EXPECT_EQ("255", text(L"o.Give().join()"));
-  must_run(L"o.Keep(new Uint16Array(new Uint16Array([1, 2, 3]).buffer, 2, 2))");
-  EXPECT_EQ("2,3", text(L"o.Give() instanceof Uint8Array || o.Give().join()"));
-  must_run(L"o.Keep(new Uint8Array([7, 8]).buffer)");
-  EXPECT_EQ("7,8", text(L"o.Give().join()"));
-  must_run(L"o.Keep(new ArrayBuffer(0))");
-  EXPECT_EQ("0", text(L"o.Give().length"));
-}
-
-TEST_F(Values, ThatAreArraysNestAndAreCopied) {
-  must_run(L"var a = [1, 'b', [true, null, undefined], {}]; o.Keep(a); a[0] = 2");
-  EXPECT_EQ("1b3truenullundefinedtrue",
-            text(L"(v => v[0] + v[1] + v[2].length + v[2][0] + v[2][1] + v[2][2] + (v[3] === a[3]))(o.Give())"));
-  must_run(L"o.Keep([1,,3])");
-  EXPECT_EQ("1||3", text(L"o.Give().join('|')"));
-}
-
-TEST_F(Values, ThatAreArraysOfOneTypeComeBackAsArrays) {
-  CComBSTR a(L"a");
-  CComBSTR b(L"b");
-  IDispatch* object = other.get();
-  const LONG last = std::numeric_limits<LONG>::max();
-  const struct {
-    SAFEARRAY* array;
-    const wchar_t* expression;
-  } rows[] = {
-      {vector_of<SHORT>(VT_I2, 0, {1, -2}), L"v.join() === '1,-2'"},
-      {vector_of<LONG>(VT_I4, 5, {1, 2, 3}), L"v.join() === '1,2,3'"},
-      {vector_of<LONG>(VT_I4, last - 1, {1, 2}), L"v.join() === '1,2'"},
-      {vector_of<LONG>(VT_I4, 0, {}), L"Array.isArray(v) && v.length === 0"},
-      {vector_of<double>(VT_R8, 0, {0.5, 1e300}), L"v[0] === 0.5 && v[1] === 1e300"},
-      {vector_of<LONGLONG>(VT_CY, 0, {12345}), L"v[0] === 1.2345"},
-      {vector_of<DATE>(VT_DATE, 0, {36925}), L"v[0].getFullYear() === 2001"},
-      {vector_of<VARIANT_BOOL>(VT_BOOL, 0, {VARIANT_TRUE, VARIANT_FALSE}), L"v.join() === 'true,false'"},
-      {vector_of<BSTR>(VT_BSTR, 1, {a, b}), L"v.join() === 'a,b'"},
-      {vector_of<IDispatch*>(VT_DISPATCH, 0, {object, object}), L"v[0] === p && v[1] === p"},
-      {vector_of<BYTE>(VT_UI1, 0, {1, 255}), L"v instanceof Uint8Array && v.join() === '1,255'"},
-      {vector_of<signed char>(VT_I1, 0, {1, -1}), L"v.join() === '1,-1'"},
-      {nullptr, L"Array.isArray(v) && v.length === 0"},
-  };
-  for (const auto& row : rows) {
-    CComVariant value;
-    value.put()->vt = static_cast<VARTYPE>(row.array ? VT_ARRAY | row.array->vtElement : VT_ARRAY | VT_VARIANT);
-    value.parray = row.array;
-    EXPECT_EQ("true", text_of(value, row.expression)) << narrow(row.expression);
-  }
-}
-
-TEST_F(Values, OfComponentsNest) {
-  CComVariant inner(L"deep");
-  for (int i = 0; i < 3; ++i) {
-    SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, 2);
-    const LONG index = 1;
-    ASSERT_EQ(S_OK, SafeArrayPutElement(array, &index, &inner));
-    inner.reset();
-    inner.put()->vt = VT_ARRAY | VT_VARIANT;
-    inner.parray = array;
-  }
-  EXPECT_EQ("[null,[null,[null,\"deep\"]]]", text_of(inner, L"JSON.stringify(v)"));
-}
-
-TEST_F(Values, OfSeveralDimensionsNestFromTheFirst) {
-  const SAFEARRAYBOUND bounds[] = {{2, 0}, {3, 1}};
-  SAFEARRAY* array = SafeArrayCreate(VT_I4, 2, bounds);
-  ASSERT_NE(nullptr, array);
-  for (LONG x = 0; x < 2; ++x) {
-    for (LONG y = 1; y < 4; ++y) {
-      const LONG indices[] = {x, y};
-      LONG value = x * 10 + y;
-      ASSERT_EQ(S_OK, SafeArrayPutElement(array, indices, &value));
-    }
-  }
-  probe->kept.put()->vt = VT_ARRAY | VT_I4;
-  probe->kept.parray = array;
-  EXPECT_EQ("[[1,2,3],[11,12,13]]", text(L"JSON.stringify(o.Give())"));
-  EXPECT_EQ(
-      "2;1;2;0;13;1,11,2,12,3,13",
-      text(L"(b => [b.dimensions(), b.ubound(1), b.ubound(2), b.lbound(), b.getItem(1, 2), b.toArray()].join(';'))"
-           L"(new VBArray(o.Give()))"));
 }
 
 TEST_F(Values, ThatHaveNoFormOutsideAreRefused) {
