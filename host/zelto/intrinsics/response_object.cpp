@@ -9,7 +9,7 @@
 #include "intrinsics/arguments.h"
 #include "intrinsics/response_cookies.h"
 #include "intrinsics/value_text.h"
-#include "script/engine.h"
+#include "script/script_object.h"
 #include "text/characters.h"
 #include "text/charset.h"
 #include "text/http_date.h"

@@ -1,7 +1,7 @@
 #include "intrinsics/variant_store.h"
 
 #include "base/letter_case.h"
-#include "script/engine.h"
+#include "script/script_object.h"
 
 namespace zelto {
 

@@ -3,10 +3,13 @@
 #include <cstring>
 #include <vector>
 
+#include "script/stack.h"
+#include "script/text.h"
+
 namespace zelto::script {
 namespace {
 
-// A script can name a length of four milliards without having the elements.
+// A script can name a length of four billion without having the elements.
 constexpr double kMostElements = 1 << 24;
 constexpr int kDeepest = 200;  // an array may contain itself
 
@@ -19,12 +22,12 @@ class Nesting {
   Nesting(const Nesting&) = delete;
   Nesting& operator=(const Nesting&) = delete;
   // Raises what forbids this level, if anything does.
-  static bool is_allowed(RealmState& realm, JSValueRef* exception) {
+  static bool is_allowed(Values& values, JSValueRef* exception) {
     const bool is_too_deep = t_depth > kDeepest;
     if (is_too_deep) {
-      realm.raise_text(L"The array is nested too deeply", E_INVALIDARG, exception);
+      values.errors().raise_text(L"The array is nested too deeply", E_INVALIDARG, exception);
     } else if (stack_is_low()) {
-      realm.raise_out_of_stack(exception);
+      values.errors().raise_out_of_stack(exception);
     }
     return !*exception;
   }
@@ -51,21 +54,21 @@ JSValueRef bytes_to_script(JSContextRef ctx, SAFEARRAY* array, JSValueRef* excep
 // Bounds are kept with the last dimension first.
 const SAFEARRAYBOUND& bound_of(SAFEARRAY* array, UINT dim) { return array->rgsabound[array->cDims - dim]; }
 
-JSValueRef dimension_to_script(RealmState& realm, SAFEARRAY* array, UINT dim, std::vector<LONG>& indices,
+JSValueRef dimension_to_script(Values& values, SAFEARRAY* array, UINT dim, std::vector<LONG>& indices,
                                JSValueRef* exception) {
-  JSContextRef ctx = realm.context();
+  JSContextRef ctx = values.context();
   const SAFEARRAYBOUND& bound = bound_of(array, dim);
   JSObjectRef out = JSObjectMakeArray(ctx, 0, nullptr, exception);
   for (ULONG i = 0; out && i < bound.cElements; ++i) {
     indices[dim - 1] = static_cast<LONG>(static_cast<ULONG>(bound.lLbound) + i);
     JSValueRef value = nullptr;
     if (dim < indices.size()) {
-      value = dimension_to_script(realm, array, dim + 1, indices, exception);
+      value = dimension_to_script(values, array, dim + 1, indices, exception);
     } else {
       CComVariant element;
       const HRESULT hr = read_element(array, indices.data(), &element);
-      if (FAILED(hr)) realm.raise(hr, {}, exception);
-      if (SUCCEEDED(hr)) value = realm.to_script(element, exception);
+      if (FAILED(hr)) values.errors().raise(hr, {}, exception);
+      if (SUCCEEDED(hr)) value = values.to_script(element, exception);
     }
     if (!value) return nullptr;
     JSObjectSetPropertyAtIndex(ctx, out, i, value, exception);
@@ -76,31 +79,31 @@ JSValueRef dimension_to_script(RealmState& realm, SAFEARRAY* array, UINT dim, st
 
 }  // namespace
 
-bool array_to_variant(RealmState& realm, JSObjectRef array, VARIANT* out, JSValueRef* exception) {
-  JSContextRef ctx = realm.context();
+bool array_to_variant(Values& values, JSObjectRef array, VARIANT* out, JSValueRef* exception) {
+  JSContextRef ctx = values.context();
   const Nesting nesting;
-  const double length = JSValueToNumber(ctx, realm.property(array, JsString("length")), exception);
+  const double length = JSValueToNumber(ctx, property(ctx, array, "length"), exception);
   if (*exception) return false;
-  if (!Nesting::is_allowed(realm, exception)) return false;
+  if (!Nesting::is_allowed(values, exception)) return false;
   if (!(length <= kMostElements)) {
-    realm.raise_text(L"The array is too long", E_INVALIDARG, exception);
+    values.errors().raise_text(L"The array is too long", E_INVALIDARG, exception);
     return false;
   }
   CComSafeArray elements(VT_VARIANT, static_cast<ULONG>(length));
   if (!elements) {
-    realm.raise(E_OUTOFMEMORY, {}, exception);
+    values.errors().raise(E_OUTOFMEMORY, {}, exception);
     return false;
   }
   for (ULONG i = 0; i < elements.size(); ++i) {
     JSValueRef value = JSObjectGetPropertyAtIndex(ctx, array, i, exception);
-    if (*exception || !realm.to_variant(value, elements.data<VARIANT>() + i, exception)) return false;
+    if (*exception || !values.to_variant(value, elements.data<VARIANT>() + i, exception)) return false;
   }
   elements.detach_to(out);
   return true;
 }
 
-bool bytes_to_variant(RealmState& realm, JSObjectRef bytes, VARIANT* out, JSValueRef* exception) {
-  JSContextRef ctx = realm.context();
+bool bytes_to_variant(Values& values, JSObjectRef bytes, VARIANT* out, JSValueRef* exception) {
+  JSContextRef ctx = values.context();
   const bool is_buffer = JSValueGetTypedArrayType(ctx, bytes, nullptr) == kJSTypedArrayTypeArrayBuffer;
   const std::size_t length = is_buffer ? JSObjectGetArrayBufferByteLength(ctx, bytes, exception)
                                        : JSObjectGetTypedArrayByteLength(ctx, bytes, exception);
@@ -108,7 +111,7 @@ bool bytes_to_variant(RealmState& realm, JSObjectRef bytes, VARIANT* out, JSValu
   CComSafeArray copy;
   if (length <= kMaxBstrBytes) copy = CComSafeArray(VT_UI1, static_cast<ULONG>(length));
   if (!copy) {
-    realm.raise(E_OUTOFMEMORY, {}, exception);
+    values.errors().raise(E_OUTOFMEMORY, {}, exception);
     return false;
   }
   // The bytes of a view are those of its whole buffer.
@@ -120,14 +123,14 @@ bool bytes_to_variant(RealmState& realm, JSObjectRef bytes, VARIANT* out, JSValu
   return !*exception;
 }
 
-JSValueRef array_to_script(RealmState& realm, SAFEARRAY* array, JSValueRef* exception) {
+JSValueRef array_to_script(Values& values, SAFEARRAY* array, JSValueRef* exception) {
   const UINT dims = SafeArrayGetDim(array);
-  if (dims == 0) return JSObjectMakeArray(realm.context(), 0, nullptr, exception);
-  if (dims == 1 && array->vtElement == VT_UI1) return bytes_to_script(realm.context(), array, exception);
+  if (dims == 0) return JSObjectMakeArray(values.context(), 0, nullptr, exception);
+  if (dims == 1 && array->vtElement == VT_UI1) return bytes_to_script(values.context(), array, exception);
   const Nesting nesting;
-  if (!Nesting::is_allowed(realm, exception)) return nullptr;
+  if (!Nesting::is_allowed(values, exception)) return nullptr;
   std::vector<LONG> indices(dims);
-  return dimension_to_script(realm, array, 1, indices, exception);
+  return dimension_to_script(values, array, 1, indices, exception);
 }
 
 }  // namespace zelto::script

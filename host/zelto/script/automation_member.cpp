@@ -1,28 +1,48 @@
-// A method, or a property with arguments, that was read without being called.
-#include "script/arguments.h"
-#include "script/script_classes.h"
+#include "script/automation_member.h"
+
+#include "script/realm.h"
+#include "script/rooted_values.h"
 
 namespace zelto::script {
 namespace {
 
 JSValueRef call(JSContextRef ctx, JSObjectRef function, JSObjectRef, std::size_t count, const JSValueRef* values,
                 JSValueRef* exception) {
-  auto* held = held_by<AutomationMember>(function);
-  if (!held) {
-    raise_ended(ctx, exception);
-    return JSValueMakeUndefined(ctx);
-  }
-  const CComPtr<IDispatch> dispatch = held->dispatch();
-  const std::wstring name = held->name();
-  return call_member(*held->realm(), dispatch.get(), held->id(), name, count, values, exception);
+  auto* held = living<AutomationMember>(ctx, function, exception);
+  if (!held) return JSValueMakeUndefined(ctx);
+  const CallTarget target = held->target();
+  return held->realm()->calls().call(target, count, values, exception);
 }
 
 // In text and sums the member stands for what it gives without arguments.
 JSValueRef convert(JSContextRef ctx, JSObjectRef function, JSType, JSValueRef* exception) {
   JSValueRef value = call(ctx, function, nullptr, 0, nullptr, exception);
   if (!value || *exception || !JSValueIsObject(ctx, value)) return value;
-  const JsString text(JSValueToStringCopy(ctx, value, exception));
-  return text.get() ? JSValueMakeString(ctx, text.get()) : nullptr;
+  return to_string_value(ctx, value, exception);
+}
+
+bool is_value(JSStringRef name) { return JsString::view_of(name) == u"v"; }
+
+JSValueRef get_referenced(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef* exception) {
+  const RootedObject root(object);  // the call may collect a reference that it was the last to need
+  auto* held = static_cast<CallReference*>(living_host_object(object));
+  if (!held || !is_value(name)) return nullptr;
+  ObjectCalls& calls = held->realm()->calls();
+  JSValueRef value = calls.may_call(exception) ? calls.call(held->target(), held->arguments(), exception) : nullptr;
+  return value || !*exception ? value : JSValueMakeUndefined(ctx);
+}
+
+bool set_referenced(JSContextRef, JSObjectRef object, JSStringRef name, JSValueRef value, JSValueRef* exception) {
+  const RootedObject root(object);
+  auto* held = static_cast<CallReference*>(living_host_object(object));
+  if (!held || !is_value(name)) return false;
+  Realm& realm = *held->realm();
+  CComVariant converted;
+  if (!realm.calls().may_call(exception) || !realm.values().to_variant(value, &converted, exception)) return true;
+  const CallTarget& target = held->target();
+  const HRESULT hr = realm.calls().put(target.object.get(), target.id, held->arguments(), converted);
+  realm.errors().check(hr, target.name, exception);
+  return true;
 }
 
 }  // namespace
@@ -30,9 +50,18 @@ JSValueRef convert(JSContextRef ctx, JSObjectRef function, JSType, JSValueRef* e
 JSClassRef make_member_class() {
   JSClassDefinition definition = kJSClassDefinitionEmpty;
   definition.className = "Function";
-  definition.finalize = finalize_held;
+  definition.finalize = finalize_host_object;
   definition.callAsFunction = call;
   definition.convertToType = convert;
+  return JSClassCreate(&definition);
+}
+
+JSClassRef make_reference_class() {
+  JSClassDefinition definition = kJSClassDefinitionEmpty;
+  definition.className = "Reference";
+  definition.finalize = finalize_host_object;
+  definition.getProperty = get_referenced;
+  definition.setProperty = set_referenced;
   return JSClassCreate(&definition);
 }
 

@@ -1,9 +1,10 @@
-// An automation object as the script sees it.
+#include "script/automation_object.h"
+
 #include <algorithm>
 #include <array>
 
-#include "script/arguments.h"
-#include "script/script_classes.h"
+#include "script/automation_member.h"
+#include "script/realm.h"
 
 namespace zelto::script {
 namespace {
@@ -15,8 +16,7 @@ constexpr auto kLanguageNames = std::to_array<std::u16string_view>(
      u"__lookupSetter__", u"then", u"toJSON"});
 
 bool is_language_name(std::u16string_view name) {
-  return name.starts_with(u"Symbol.") ||
-         std::find(kLanguageNames.begin(), kLanguageNames.end(), name) != kLanguageNames.end();
+  return name.starts_with(u"Symbol.") || std::ranges::find(kLanguageNames, name) != kLanguageNames.end();
 }
 
 bool is_index(std::u16string_view name, LONG* index) {
@@ -29,29 +29,29 @@ bool is_index(std::u16string_view name, LONG* index) {
   return true;
 }
 
-JSValueRef member_function(RealmState& realm, JSObjectRef object, AutomationObject& held, DISPID id, JSStringRef name) {
+JSValueRef member_function(Realm& realm, JSObjectRef object, AutomationObject& held, DISPID id, JSStringRef name) {
   if (JSValueRef known = JSObjectGetPrivateProperty(realm.context(), object, name);
       known && JSValueIsObject(realm.context(), known)) {
     return known;
   }
-  JSObjectRef member =
-      realm.make(realm.engine().classes().member,
-                 std::make_unique<AutomationMember>(realm, held.dispatch(), id, to_wide(JsString::view_of(name))));
+  JSObjectRef member = realm.wrappers().make(
+      realm.engine().classes().member,
+      std::make_unique<AutomationMember>(realm, CallTarget{held.dispatch(), id, to_wide(JsString::view_of(name))}));
   JSObjectSetPrivateProperty(realm.context(), object, name, member);
   return member;
 }
 
 // Undefined when the object cannot be indexed by what it enumerates: for-in itself asks this way whether
 // the name still exists.
-JSValueRef item_of_key(RealmState& realm, IDispatch* dispatch, JSStringRef name, JSValueRef* exception) {
+JSValueRef item_of_key(Realm& realm, const CComPtr<IDispatch>& dispatch, JSStringRef name, JSValueRef* exception) {
   JSValueRef key = JSValueMakeString(realm.context(), name);
   JSValueRef failure = nullptr;
-  JSValueRef value = call_member(realm, dispatch, DISPID_VALUE, {}, 1, &key, &failure);
+  JSValueRef value = realm.calls().call({dispatch, DISPID_VALUE, {}}, 1, &key, &failure);
   if (failure && is_unwinding()) *exception = failure;
   return value ? value : JSValueMakeUndefined(realm.context());
 }
 
-JSValueRef read_member(RealmState& realm, JSObjectRef object, AutomationObject& held, JSStringRef name,
+JSValueRef read_member(Realm& realm, JSObjectRef object, AutomationObject& held, JSStringRef name,
                        JSValueRef* exception) {
   const std::u16string_view text = JsString::view_of(name);
   const CComPtr<IDispatch> dispatch = held.dispatch();
@@ -59,24 +59,23 @@ JSValueRef read_member(RealmState& realm, JSObjectRef object, AutomationObject& 
   const MemberName* known = held.names().find(dispatch.get(), text, &hr);
   if (!known) {
     if (FAILED(hr)) {
-      realm.raise(hr, to_wide(text), exception);
+      realm.errors().raise(hr, to_wide(text), exception);
     } else if (held.has_key(text)) {
-      return item_of_key(realm, dispatch.get(), name, exception);
+      return item_of_key(realm, dispatch, name, exception);
     } else if (!is_language_name(text)) {
-      realm.note_missing(held, text);
+      realm.missing().note(held.dispatch(), held.kind(), text);
     }
     return nullptr;  // as for any name that an object does not have: its prototype's, or undefined
   }
   const DISPID id = known->id;
   if (!known->is_function) {
     CComVariant value;
-    DISPPARAMS none{};
-    hr = realm.invoke(dispatch.get(), id, DISPATCH_PROPERTYGET, &none, &value);
+    hr = realm.calls().get(dispatch.get(), id, DISPATCH_PROPERTYGET, &value);
     if (is_unwinding() || (FAILED(hr) && !is_refused(hr))) {
-      realm.raise(hr, to_wide(text), exception);
+      realm.errors().raise(hr, to_wide(text), exception);
       return nullptr;
     }
-    if (SUCCEEDED(hr)) return realm.to_script(value, exception);
+    if (SUCCEEDED(hr)) return realm.values().to_script(value, exception);
     held.names().mark_function(text);
   }
   return member_function(realm, object, held, id, name);
@@ -85,18 +84,15 @@ JSValueRef read_member(RealmState& realm, JSObjectRef object, AutomationObject& 
 JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef* exception) {
   const std::u16string_view text = JsString::view_of(name);
   if (text.starts_with(u"Symbol.")) return nullptr;
-  auto* held = held_by<AutomationObject>(object);
-  if (!held) {
-    raise_ended(ctx, exception);
-    return JSValueMakeUndefined(ctx);
-  }
-  RealmState& realm = *held->realm();
-  if (!realm.may_call(exception)) return JSValueMakeUndefined(ctx);
+  auto* held = living<AutomationObject>(ctx, object, exception);
+  if (!held) return JSValueMakeUndefined(ctx);
+  Realm& realm = *held->realm();
+  if (!realm.calls().may_call(exception)) return JSValueMakeUndefined(ctx);
   LONG index = 0;
   JSValueRef value = nullptr;
   if (is_index(text, &index)) {
     JSValueRef argument = JSValueMakeNumber(ctx, index);
-    value = call_member(realm, held->dispatch().get(), DISPID_VALUE, to_wide(text), 1, &argument, exception);
+    value = realm.calls().call({held->dispatch(), DISPID_VALUE, to_wide(text)}, 1, &argument, exception);
   } else {
     value = read_member(realm, object, *held, name, exception);
   }
@@ -104,91 +100,83 @@ JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, 
 }
 
 bool set_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef value, JSValueRef* exception) {
-  auto* held = held_by<AutomationObject>(object);
-  if (!held) {
-    raise_ended(ctx, exception);
-    return true;
-  }
-  RealmState& realm = *held->realm();
+  auto* held = living<AutomationObject>(ctx, object, exception);
+  if (!held) return true;
+  Realm& realm = *held->realm();
   const std::u16string_view text = JsString::view_of(name);
-  if (text.starts_with(u"Symbol.") || !realm.may_call(exception)) return true;
+  if (text.starts_with(u"Symbol.") || !realm.calls().may_call(exception)) return true;
   const CComPtr<IDispatch> dispatch = held->dispatch();
-  std::vector<CComVariant> arguments;
+  CallArguments arguments;
   DISPID id = DISPID_VALUE;
   HRESULT hr = S_OK;
   LONG index = 0;
   if (is_index(text, &index)) {
-    arguments.emplace_back(index);
+    arguments = CallArguments(index);
   } else if (const MemberName* known = held->names().find(dispatch.get(), text, &hr)) {
     id = known->id;
   } else if (SUCCEEDED(hr)) {
-    realm.note_missing(*held, text);
-    realm.raise_missing(exception);
+    realm.missing().note(held->dispatch(), held->kind(), text);
+    realm.errors().raise_missing(exception);
     return true;
   }
   CComVariant converted;
   if (SUCCEEDED(hr)) {
-    if (!realm.to_variant(value, &converted, exception)) return true;
-    hr = put_member(realm, dispatch.get(), id, arguments, converted);
+    if (!realm.values().to_variant(value, &converted, exception)) return true;
+    hr = realm.calls().put(dispatch.get(), id, arguments, converted);
   }
-  if (FAILED(hr) || is_unwinding()) realm.raise(hr, to_wide(text), exception);
+  if (FAILED(hr) || is_unwinding()) realm.errors().raise(hr, to_wide(text), exception);
   return true;
 }
 
 JSValueRef call_object(JSContextRef ctx, JSObjectRef object, JSObjectRef, std::size_t count, const JSValueRef* values,
                        JSValueRef* exception) {
-  auto* held = held_by<AutomationObject>(object);
-  if (!held) {
-    raise_ended(ctx, exception);
-    return JSValueMakeUndefined(ctx);
-  }
-  const CComPtr<IDispatch> dispatch = held->dispatch();
-  RealmState& realm = *held->realm();
-  if (count > 0) return call_member(realm, dispatch.get(), DISPID_VALUE, {}, count, values, exception);
+  auto* held = living<AutomationObject>(ctx, object, exception);
+  if (!held) return JSValueMakeUndefined(ctx);
+  const CallTarget target{held->dispatch(), DISPID_VALUE, {}};
+  ObjectCalls& calls = held->realm()->calls();
+  if (count > 0) return calls.call(target, count, values, exception);
   // rs.Fields() is the object that rs.Fields is, where that gives nothing without arguments.
-  return call_bare(realm, dispatch.get(), DISPID_VALUE, {}, object, exception);
+  return calls.call_bare(target, object, exception);
 }
 
 JSValueRef convert_object(JSContextRef ctx, JSObjectRef object, JSType, JSValueRef* exception) {
-  auto* held = held_by<AutomationObject>(object);
-  if (!held) {
-    raise_ended(ctx, exception);
-    return nullptr;
-  }
+  auto* held = living<AutomationObject>(ctx, object, exception);
+  if (!held) return nullptr;
   const CComPtr<IDispatch> dispatch = held->dispatch();
-  JSValueRef value = default_value(*held->realm(), dispatch.get(), exception);
+  JSValueRef value = held->realm()->calls().default_value(dispatch.get(), exception);
   if (*exception) return nullptr;
-  if (!value) return JSValueMakeString(ctx, JsString("[object Object]").get());
+  if (!value) return string_value(ctx, L"[object Object]");
   if (!JSValueIsObject(ctx, value)) return value;
-  const JsString text(JSValueToStringCopy(ctx, value, exception));
-  return text.get() ? JSValueMakeString(ctx, text.get()) : nullptr;
+  return to_string_value(ctx, value, exception);
 }
 
 JSValueRef object_to_string(JSContextRef ctx, JSObjectRef, JSObjectRef self, std::size_t, const JSValueRef*,
                             JSValueRef* exception) {
-  const JsString text(JSValueToStringCopy(ctx, self, exception));
-  return text.get() ? JSValueMakeString(ctx, text.get()) : JSValueMakeUndefined(ctx);
+  JSValueRef text = to_string_value(ctx, self, exception);
+  return text ? text : JSValueMakeUndefined(ctx);
 }
 
 JSValueRef object_value_of(JSContextRef ctx, JSObjectRef, JSObjectRef self, std::size_t, const JSValueRef*,
                            JSValueRef* exception) {
-  RealmState* realm = EngineState::current()->realm_of(ctx);
-  if (!realm || !JSValueIsObjectOfClass(ctx, self, realm->engine().classes().object)) return self;
+  const Engine* engine = Engine::current();
+  if (!engine || !engine->realm_of(ctx) || !engine->classes().is_automation_object(ctx, self)) return self;
   JSValueRef value = convert_object(ctx, self, kJSTypeNumber, exception);
   return value ? value : JSValueMakeUndefined(ctx);
 }
 
 // for-in goes through what the collection enumerates, as text.
 void get_property_names(JSContextRef ctx, JSObjectRef object, JSPropertyNameAccumulatorRef names) {
-  auto* held = held_by<AutomationObject>(object);
+  auto* held = static_cast<AutomationObject*>(living_host_object(object));
   if (!held) return;
   std::vector<CComVariant> items;
   const CComPtr<IDispatch> dispatch = held->dispatch();
   JSValueRef refused = nullptr;
-  if (!held->realm()->may_call(&refused) || FAILED(collect_items(*held->realm(), dispatch.get(), &items))) return;
+  if (!held->realm()->calls().may_call(&refused) ||
+      FAILED(held->realm()->calls().collect_items(dispatch.get(), &items)))
+    return;
   for (const CComVariant& item : items) {
     JSValueRef exception = nullptr;
-    JSValueRef value = held->realm()->to_script(item, &exception);
+    JSValueRef value = held->realm()->values().to_script(item, &exception);
     const JsString text(value ? JSValueToStringCopy(ctx, value, &exception) : nullptr);
     if (!text.get()) continue;
     held->add_key(std::u16string(text.view()));
@@ -197,6 +185,29 @@ void get_property_names(JSContextRef ctx, JSObjectRef object, JSPropertyNameAccu
 }
 
 }  // namespace
+
+AutomationObject::AutomationObject(Realm& realm, CComPtr<IUnknown> identity, CComPtr<IDispatch> dispatch)
+    : HostObject(realm), identity_(std::move(identity)), dispatch_(std::move(dispatch)) {}
+
+AutomationObject::~AutomationObject() {
+  if (realm()) realm()->wrappers().forget(this);
+  AutomationObject::release();
+}
+
+void AutomationObject::release() {
+  if (weak_) JSWeakRelease(engine().group(), weak_);
+  weak_ = nullptr;
+  identity_.reset();
+  dispatch_.reset();
+}
+
+MemberNames& AutomationObject::names() {
+  if (!class_names_ && !own_names_) {
+    class_names_ = engine().members().of(dispatch_.get());
+    if (!class_names_) own_names_ = std::make_unique<MemberNames>(false);
+  }
+  return class_names_ ? *class_names_ : *own_names_;
+}
 
 JSClassRef make_object_class() {
   static const JSStaticFunction functions[] = {
@@ -207,7 +218,7 @@ JSClassRef make_object_class() {
   JSClassDefinition definition = kJSClassDefinitionEmpty;
   definition.className = "Object";
   definition.staticFunctions = functions;
-  definition.finalize = finalize_held;
+  definition.finalize = finalize_host_object;
   definition.getProperty = get_property;
   definition.setProperty = set_property;
   definition.getPropertyNames = get_property_names;

@@ -1,44 +1,110 @@
 #include "script/engine.h"
 
-#include "script/engine_state.h"
-#include "script/realm_state.h"
-#include "script/script_object.h"
+#include <jsc/jsc.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <mutex>
+
+#include "script/prelude.h"
+#include "script/realm.h"
 
 namespace zelto::script {
 namespace {
 
-thread_local Engine* t_engine = nullptr;
+thread_local Engine* t_current = nullptr;
+
+// To look at the stacks of the program's threads, the engine sends them a signal. Its handler takes any that comes for
+// one of these, and would end the program over one from elsewhere.
+// The engine's own choice, SIGUSR1, is what others send to have a program do something; nothing sends this one. A
+// real-time signal would not do: sending it fails where the limit of those that wait is low.
+constexpr int kEngineSignal = SIGSTKFLT;
+
+struct sigaction engine_action {};  // what the engine has installed; written before on_signal is
+
+// The kernel hands what is sent to the process to its first thread, which runs no scripts: one that the engine has
+// stopped, and that any handler would wake, does not get it.
+void on_signal(int number, siginfo_t* info, void* context) {
+  const bool is_engines = info->si_code == SI_TKILL && info->si_pid == ::getpid();
+  if (is_engines) engine_action.sa_sigaction(number, info, context);
+}
+
+// From here on the engine's handler gets none from elsewhere. Called once there is an engine.
+void guard_engine_signal() {
+  if (::sigaction(kEngineSignal, nullptr, &engine_action) != 0 || (engine_action.sa_flags & SA_SIGINFO) == 0) return;
+  struct sigaction guarded = engine_action;
+  guarded.sa_sigaction = on_signal;
+  ::sigaction(kEngineSignal, &guarded, nullptr);
+}
+
+// The time limit ends a script where it looks for it itself, not by a signal to its thread: a signal would
+// also interrupt what an object is waiting for.
+JSContextGroupRef create_group() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    JSConfigureSignalForGC(kEngineSignal);
+    jsc_options_set_boolean("usePollingTraps", TRUE);
+  });
+  JSContextGroupRef group = JSContextGroupCreate();
+  static std::once_flag guarded;
+  std::call_once(guarded, guard_engine_signal);
+  return group;
+}
+
+JSValueRef do_nothing(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t, const JSValueRef*, JSValueRef*) {
+  return JSValueMakeUndefined(ctx);
+}
 
 }  // namespace
 
-Engine::Engine() : state_(std::make_unique<EngineState>()), previous_(t_engine) { t_engine = this; }
+Engine::Engine()
+    : group_(create_group()),
+      previous_(t_current),
+      idle_context_(JSGlobalContextCreateInGroup(group_, nullptr)),
+      idle_function_(JSObjectMakeFunctionWithCallback(idle_context_, nullptr, do_nothing)),
+      watchdog_(group_, idle_context_),
+      scripts_(group_) {
+  JSValueProtect(idle_context_, idle_function_);
+  prelude_ = std::make_unique<ParsedScript>(group_, Prelude::source(), "zelto");
+  t_current = this;
+}
 
-Engine::~Engine() { t_engine = previous_; }
+Engine::~Engine() {
+  departed_.forget();
+  scripts_.clear();
+  prelude_.reset();
+  JSValueUnprotect(idle_context_, idle_function_);
+  JSGlobalContextRelease(idle_context_);
+  JSContextGroupRelease(group_);
+  release_buried();
+  t_current = previous_;
+}
 
-Engine* Engine::current() noexcept { return t_engine; }
+Engine* Engine::current() noexcept { return t_current; }
 
-void Engine::set_time_limit(std::chrono::milliseconds limit) { state_->set_time_limit(limit); }
+Realm* Engine::realm_of(JSContextRef ctx) const {
+  JSGlobalContextRef global = JSContextGetGlobalContext(ctx);
+  for (auto realm = realms_.rbegin(); realm != realms_.rend(); ++realm) {
+    if ((*realm)->context() == global) return *realm;
+  }
+  return nullptr;
+}
 
-void Engine::set_memory_limit(std::size_t bytes) { state_->set_memory_limit(bytes); }
+void Engine::bury(HostObject* object) noexcept {
+  const std::lock_guard lock(buried_lock_);
+  buried_.push_back(object);
+  has_buried_ = true;
+}
 
-std::chrono::milliseconds Engine::time_limit() const noexcept { return state_->time_limit(); }
-
-Realm::Realm(Engine& engine) : state_(std::make_unique<RealmState>(engine.state())) {}
-
-Realm::~Realm() = default;
-
-void Realm::set_object(std::wstring_view name, IDispatch* object) { state_->set_object(name, object); }
-
-void Realm::set_output(IDispatch* response) { state_->set_output(response); }
-
-void Realm::set_log(LogSink sink) { state_->set_log(std::move(sink)); }
-
-Outcome Realm::run(const std::shared_ptr<const language::Program>& program) { return state_->run(program); }
-
-Outcome Realm::call(std::wstring_view function) { return state_->call(function); }
-
-IDispatch* Realm::global() { return state_->unwrap(state_->global_object()).detach(); }
-
-bool is_script_object(IUnknown* object) noexcept { return script_object_behind(object) != nullptr; }
+void Engine::release_buried() {
+  if (!has_buried_) return;
+  std::vector<HostObject*> taken;
+  {
+    const std::lock_guard lock(buried_lock_);
+    taken.swap(buried_);
+    has_buried_ = false;
+  }
+  for (HostObject* object : taken) delete object;
+}
 
 }  // namespace zelto::script

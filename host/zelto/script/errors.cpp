@@ -1,89 +1,110 @@
 #include "script/errors.h"
 
-#include <korlib/combstr.h>
+#include <korlib_host/errors.h>
 
-#include <array>
-#include <cstdio>
 #include <utility>
 
+#include "script/error_text.h"
 #include "script/stack.h"
-#include "script/unwind.h"
+#include "script/text.h"
 
 namespace zelto::script {
 namespace {
 
-struct Row {
-  HRESULT code;
-  const wchar_t* text;
-};
-constexpr std::array kTexts{
-    Row{DISP_E_UNKNOWNNAME, L"Object doesn't support this property or method"},
-    Row{DISP_E_MEMBERNOTFOUND, L"Object doesn't support this property or method"},
-    Row{DISP_E_PARAMNOTFOUND, L"Argument missing"},
-    Row{DISP_E_BADPARAMCOUNT, L"Wrong number of arguments"},
-    Row{DISP_E_TYPEMISMATCH, L"Type mismatch"},
-    Row{DISP_E_OVERFLOW, L"Overflow"},
-    Row{DISP_E_BADINDEX, L"Subscript out of range"},
-    Row{DISP_E_BADVARTYPE, L"Invalid value type"},
-    Row{DISP_E_DIVBYZERO, L"Division by zero"},
-    Row{DISP_E_EXCEPTION, L"Exception occurred"},
-    Row{DISP_E_ARRAYISLOCKED, L"The array is locked"},
-    Row{E_NOTIMPL, L"Not implemented"},
-    Row{E_NOINTERFACE, L"No such interface supported"},
-    Row{E_POINTER, L"Invalid pointer"},
-    Row{E_ABORT, L"Operation aborted"},
-    Row{E_FAIL, L"Unspecified error"},
-    Row{E_UNEXPECTED, L"Unexpected failure"},
-    Row{E_ACCESSDENIED, L"Access is denied"},
-    Row{E_OUTOFMEMORY, L"Out of memory"},
-    Row{E_INVALIDARG, L"Invalid argument"},
-    Row{REGDB_E_CLASSNOTREG, L"Class not registered"},
-    Row{CO_E_CLASSSTRING, L"Invalid class string"},
-    Row{CO_E_DLLNOTFOUND, L"The component's library was not found"},
-    Row{CO_E_ERRORINDLL, L"The component's library is damaged"},
-    Row{CLASS_E_CLASSNOTAVAILABLE, L"The component does not have this class"},
-    Row{kOutOfStack, L"Out of stack space"},
-    Row{kPageStopped, L"The page has ended"},
-};
+// The result that stands for an error of that number. Two codes are answers to whoever asks for a member,
+// not failures of it: "read it as a function" and "the page is being left".
+HRESULT code_for(HRESULT number) {
+  return FAILED(number) && number != DISP_E_MEMBERNOTFOUND && number != kPageStopped ? number : E_FAIL;
+}
+
+// Whether a failing call only hands on the exception that it met in the script. E_FAIL is everybody's code, so
+// the error object has to be the exception's own; with another code a component may have put its words around it.
+bool passes_on(const DepartedException::Departure& departed, HRESULT hr, const ErrorText& text) {
+  if (!departed.exception || hr != departed.code) return false;
+  return hr != E_FAIL || (text.info && text.info.get() == departed.info.get());
+}
 
 }  // namespace
 
-HRESULT set_error(HRESULT hr, std::wstring_view source, std::wstring_view description,
-                  CComPtr<IErrorInfo>* made) noexcept {
-  CComPtr<ICreateErrorInfo> creator;
-  if (FAILED(CreateErrorInfo(creator.put()))) return hr;
-  creator->SetSource(CComBSTR(source));
-  creator->SetDescription(CComBSTR(description));
-  CComPtr<IErrorInfo> info;
-  if (SUCCEEDED(creator.query(info.put()))) SetErrorInfo(0, info.get());
-  if (made) *made = std::move(info);
-  return hr;
+void Errors::begin_call() {
+  clear_error();
+  engine_.departed().forget();
+  unknown_name_.clear();
 }
 
-ErrorText take_error() {
-  ErrorText text;
-  if (GetErrorInfo(0, text.info.put()) != S_OK || !text.info) return text;
-  CComBSTR part;
-  if (SUCCEEDED(text.info->GetSource(part.put()))) text.source = part.view();
-  if (SUCCEEDED(text.info->GetDescription(part.put()))) text.description = part.view();
-  return text;
+bool Errors::check(HRESULT hr, std::wstring_view member, JSValueRef* exception) {
+  const Watchdog& watchdog = engine_.watchdog();
+  if (SUCCEEDED(hr) && !(watchdog.is_running() && watchdog.is_unwinding())) return true;
+  raise(hr, member, exception);
+  return false;
 }
 
-void clear_error() noexcept { SetErrorInfo(0, nullptr); }
+JSObjectRef Errors::make(ErrorKind kind, std::wstring_view message, HRESULT number) const {
+  JSObjectRef error = prelude_.make_error(kind, message);
+  set_hidden(context_, error, "number", JSValueMakeNumber(context_, number));
+  return error;
+}
 
-std::wstring describe(HRESULT hr, std::wstring_view member) {
-  std::wstring text = L"Automation error";
-  for (const Row& row : kTexts) {
-    if (row.code == hr) text = row.text;
+void Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception) {
+  Watchdog& watchdog = engine_.watchdog();
+  if (watchdog.is_unwinding() || hr == kPageStopped) {
+    if (watchdog.is_unwinding()) watchdog.terminate_soon();
+    *exception = prelude_.make_error(ErrorKind::plain, L"The page has ended");
+    return;
   }
-  return describe(hr, std::move(text), member);
+  const ErrorText text = take_error();
+  if (hr == kOutOfStack) return raise_out_of_stack(exception);
+  const DepartedException::Departure& departed = engine_.departed().last();
+  ScriptError failure{text.description, text.source, hr, {}, 0, 0};
+  if (passes_on(departed, hr, text)) failure = departed.words;
+  if (failure.message.empty()) failure.message = words_for(hr, member);
+  JSObjectRef error = make(ErrorKind::plain, failure.message, failure.number);
+  set_hidden(context_, error, "source", string_value(context_, failure.source));
+  if (departed.exception) set_hidden(context_, error, "cause", departed.exception);
+  engine_.departed().forget();
+  *exception = error;
 }
 
-std::wstring describe(HRESULT hr, std::wstring text, std::wstring_view member) {
-  if (!member.empty()) text.append(L": '").append(member).append(L"'");
-  std::array<wchar_t, 16> code{};
-  std::swprintf(code.data(), code.size(), L" (0x%08X)", static_cast<unsigned>(hr));
-  return text.append(code.data());
+std::wstring Errors::words_for(HRESULT hr, std::wstring_view member) const {
+  if (hr != DISP_E_UNKNOWNNAME || unknown_name_.empty()) return describe(hr, member);
+  return describe(hr, L"The script does not declare '" + to_wide(unknown_name_) + L"'", member);
+}
+
+void Errors::raise_text(const wchar_t* text, HRESULT hr, JSValueRef* exception) {
+  *exception = make(ErrorKind::plain, text, hr);
+}
+
+void Errors::raise_type_error(const wchar_t* text, JSValueRef* exception) {
+  *exception = make(ErrorKind::type, text, DISP_E_TYPEMISMATCH);
+}
+
+void Errors::raise_reference_error(const wchar_t* text, JSValueRef* exception) {
+  *exception = prelude_.make_error(ErrorKind::reference, text);
+}
+
+void Errors::raise_out_of_stack(JSValueRef* exception) {
+  *exception = make(ErrorKind::range, L"Out of stack space", kOutOfStack);
+}
+
+void Errors::raise_missing(JSValueRef* exception) {
+  if (!missing_.take_fresh()) return;
+  JSObjectRef error = make(ErrorKind::plain, missing_.words(), DISP_E_UNKNOWNNAME);
+  set_hidden(context_, error, "source", string_value(context_, L""));
+  *exception = error;
+}
+
+HRESULT Errors::failure_of(JSValueRef exception) {
+  if (engine_.watchdog().is_unwinding()) return kPageStopped;
+  if (!exception) return E_FAIL;
+  DepartedException::Departure departure{context_, exception, E_FAIL, {}, {}};
+  const bool has_number = reports_.read(exception, &departure.words);
+  // The number of an error of the engine is for pages to look at, no result that components know.
+  if (has_number) departure.code = code_for(departure.words.number);
+  const HRESULT code = korlib::raise(departure.code, departure.words.source, departure.words.message);
+  // Looking at the error object takes it from the thread.
+  if (GetErrorInfo(0, departure.info.put()) == S_OK) SetErrorInfo(0, departure.info.get());
+  engine_.departed().remember(std::move(departure));
+  return code;
 }
 
 }  // namespace zelto::script

@@ -1,34 +1,52 @@
-// The thread's error object and the words for result codes.
+// Failures across the border: results become exceptions of the script, exceptions become results.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-#include <korlib/errorinfo.h>
-#include <korlib/hresult.h>
-#include <korlib/ptr.h>
+#include "script/engine.h"
+#include "script/error_reports.h"
+#include "script/prelude.h"
 
 namespace zelto::script {
 
-// A wrapper was used after its page, on either side of the border.
-inline constexpr HRESULT kDisconnected = korlib::hresult(0x80010108);
+// Makes the errors of one realm. Where a function raises, *exception is not null afterwards.
+class Errors {
+ public:
+  Errors(Engine& engine, JSGlobalContextRef context, const Prelude& prelude, const ErrorReports& reports,
+         MissingMember& missing)
+      : engine_(engine), context_(context), prelude_(prelude), reports_(reports), missing_(missing) {}
 
-// Fills the thread's error object; answers `hr`. `made` receives the object, for who has to know it again.
-HRESULT set_error(HRESULT hr, std::wstring_view source, std::wstring_view description,
-                  CComPtr<IErrorInfo>* made = nullptr) noexcept;
+  // Before each call of an object: words of a failure that the script went on from are over.
+  void begin_call();
+  // After it: false with an exception when it failed, or the page was ended in it. `member` is for the words.
+  bool check(HRESULT hr, std::wstring_view member, JSValueRef* exception);
 
-struct ErrorText {
-  std::wstring source;
-  std::wstring description;  // empty: the failing member said nothing
-  CComPtr<IErrorInfo> info;  // the object that said it
+  // The exception for a failing result, with the words of the thread's error object.
+  void raise(HRESULT hr, std::wstring_view member, JSValueRef* exception);
+  void raise_text(const wchar_t* text, HRESULT hr, JSValueRef* exception);
+  void raise_type_error(const wchar_t* text, JSValueRef* exception);
+  void raise_reference_error(const wchar_t* text, JSValueRef* exception);
+  void raise_out_of_stack(JSValueRef* exception);
+  // For the member that was found missing, if it was read just now; else nothing is raised.
+  void raise_missing(JSValueRef* exception);
+
+  // The other way: a failing result with the thread's error object, the exception kept as cause.
+  HRESULT failure_of(JSValueRef exception);
+
+  // A component asked for a name that the script does not have: should the call fail for that, it is named.
+  void note_unknown(std::u16string name) { unknown_name_ = std::move(name); }
+
+ private:
+  JSObjectRef make(ErrorKind kind, std::wstring_view message, HRESULT number) const;
+  std::wstring words_for(HRESULT hr, std::wstring_view member) const;
+
+  Engine& engine_;
+  JSGlobalContextRef context_;
+  const Prelude& prelude_;
+  const ErrorReports& reports_;
+  MissingMember& missing_;
+  std::u16string unknown_name_;  // the last that a component asked for in vain, in the call that runs
 };
-// Moves the thread's error object out.
-ErrorText take_error();
-void clear_error() noexcept;
-
-// "Type mismatch: 'name' (0x80020005)".
-std::wstring describe(HRESULT hr, std::wstring_view member);
-// The same with other words than the code's own.
-std::wstring describe(HRESULT hr, std::wstring words, std::wstring_view member);
 
 }  // namespace zelto::script

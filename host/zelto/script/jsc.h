@@ -31,4 +31,13 @@ JS_EXPORT JSValueRef JSObjectGetPrivateProperty(JSContextRef ctx, JSObjectRef ob
 // Has the engine stop its threads by that signal. False when it has chosen one already.
 JS_EXPORT bool JSConfigureSignalForGC(int signal);
 
+// `function` is called with each promise that is rejected while nobody listens, and the reason. The context never
+// lets go of it.
+JS_EXPORT void JSGlobalContextSetUnhandledRejectionCallback(JSGlobalContextRef ctx, JSObjectRef function,
+                                                            JSValueRef* exception);
+
+// An object with numbers, "heapCapacity" in bytes among them. The engine counts all objects one by one for it.
+JS_EXPORT JSObjectRef JSGetMemoryUsageStatistics(JSContextRef ctx);
+JS_EXPORT void JSSynchronousGarbageCollectForDebugging(JSContextRef ctx);
+
 }  // extern "C"

@@ -7,7 +7,7 @@
 #include <korlib/typeinfo.h>
 
 #include "language/name_distance.h"
-#include "script/errors.h"
+#include "script/error_text.h"
 #include "script/text.h"
 
 namespace zelto::script {
@@ -80,6 +80,25 @@ std::wstring describe_missing(IDispatch* object, std::wstring_view kind, std::ws
   std::wstring member = L"'" + (owner.empty() ? L"" : owner + L".") + std::wstring(name) + L"'";
   if (!near.empty()) member += L", did you mean '" + near + L"'?";
   return describe(DISP_E_UNKNOWNNAME, L"Object doesn't support this property or method: " + member, {});
+}
+
+void MissingMember::note(CComPtr<IDispatch> object, std::wstring_view kind, std::u16string_view name) {
+  object_ = std::move(object);
+  kind_ = kind;
+  name_ = name;
+  is_fresh_ = true;
+}
+
+std::wstring MissingMember::words() const { return describe_missing(object_.get(), kind_, to_wide(name_)); }
+
+// The engine says of a call "…o.Name is not a function. (In '…', '…o.Name' is undefined)", and of what lies behind
+// it "undefined is not an object (evaluating '…o.Name.x')".
+bool MissingMember::is_about(std::wstring_view message) const {
+  if (name_.empty()) return false;
+  const std::wstring name = L"." + to_wide(name_);
+  if (message.ends_with(name + L"' is undefined)")) return true;
+  return message.starts_with(L"undefined is not an object (evaluating '") &&
+         message.substr(0, message.find_last_of(L".[(")).ends_with(name);
 }
 
 }  // namespace zelto::script

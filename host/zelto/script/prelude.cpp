@@ -1,8 +1,9 @@
 #include "script/prelude.h"
 
 namespace zelto::script {
+namespace {
 
-const std::u16string_view kPrelude =
+constexpr std::u16string_view kSource =
     uR"js((function (native, prototype) {
 "use strict";
 const define = (target, name, value) =>
@@ -167,5 +168,54 @@ const has_name = (object, name) => {
 const kinds = [Error, RangeError, TypeError, ReferenceError];
 return [(kind, message) => new kinds[kind](message), collection => Array.from(collection), has_name, root];
 }))js";
+
+constexpr JSPropertyAttributes kFixed =
+    kJSPropertyAttributeDontEnum | kJSPropertyAttributeReadOnly | kJSPropertyAttributeDontDelete;
+
+}  // namespace
+
+std::u16string_view Prelude::source() { return kSource; }
+
+Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
+  JSObjectRef builtins = JSObjectMake(context_, engine.classes().builtins, nullptr);
+  JSObjectRef sample = JSObjectMake(context_, engine.classes().object, nullptr);
+  JSValueRef arguments[] = {builtins, JSObjectGetPrototype(context_, sample)};
+  JSValueRef function = JSScriptEvaluate(context_, engine.prelude(), nullptr, nullptr);
+  JSValueRef made = JSObjectCallAsFunction(context_, object_of(function), nullptr, 2, arguments, nullptr);
+  unsigned at = 0;
+  for (JSObjectRef* kept : {&make_error_, &make_array_, &has_name_, &object_prototype_}) {
+    *kept = object_of(JSObjectGetPropertyAtIndex(context_, object_of(made), at++, nullptr));
+    JSValueProtect(context_, *kept);
+  }
+  JSObjectRef global = JSContextGetGlobalObject(context_);
+  JSObjectSetProperty(context_, global, JsString("$zelto").get(), builtins, kFixed, nullptr);
+}
+
+Prelude::~Prelude() {
+  for (JSObjectRef kept : {make_error_, make_array_, has_name_, object_prototype_}) JSValueUnprotect(context_, kept);
+}
+
+JSObjectRef Prelude::make_error(ErrorKind kind, std::wstring_view message) const {
+  JSValueRef arguments[] = {JSValueMakeNumber(context_, static_cast<int>(kind)), string_value(context_, message)};
+  JSValueRef error = kind == ErrorKind::plain
+                         ? nullptr
+                         : JSObjectCallAsFunction(context_, make_error_, nullptr, 2, arguments, nullptr);
+  // Making the nicer kind can fail for want of stack.
+  if (!error || !JSValueIsObject(context_, error)) error = JSObjectMakeError(context_, 1, &arguments[1], nullptr);
+  return object_of(error);
+}
+
+JSValueRef Prelude::items_of(JSObjectRef object, JSValueRef* exception) const {
+  JSValueRef argument = object;
+  return JSObjectCallAsFunction(context_, make_array_, nullptr, 1, &argument, exception);
+}
+
+bool Prelude::has_own_name(JSObjectRef object, const JsString& name) const {
+  if (!JSObjectHasProperty(context_, object, name.get())) return false;
+  if (!JSObjectHasProperty(context_, object_prototype_, name.get())) return true;
+  JSValueRef arguments[] = {object, JSValueMakeString(context_, name.get())};
+  JSValueRef answer = JSObjectCallAsFunction(context_, has_name_, nullptr, 2, arguments, nullptr);
+  return answer && JSValueToBoolean(context_, answer);
+}
 
 }  // namespace zelto::script

@@ -1,13 +1,11 @@
 #include "script/script_object.h"
 
 #include <korlib_host/enumerator.h>
+#include <korlib_host/errors.h>
 
-#include <span>
-
-#include "script/arguments.h"
-#include "script/errors.h"
+#include "script/call_arguments.h"
+#include "script/error_text.h"
 #include "script/stack.h"
-#include "script/unwind.h"
 
 namespace zelto::script {
 namespace {
@@ -16,8 +14,8 @@ constexpr HRESULT kWrongThread = korlib::hresult(0x8001010E);
 
 }  // namespace
 
-ScriptObject::ScriptObject(RealmState& realm, JSObjectRef object)
-    : realm_(&realm), object_(object), graveyard_(realm.graveyard()) {
+ScriptObject::ScriptObject(Realm& realm, JSObjectRef object)
+    : realm_(&realm), object_(object), graveyard_(realm.wrappers().graveyard()) {
   JSValueProtect(realm.context(), object_);
 }
 
@@ -46,7 +44,7 @@ ULONG ScriptObject::Release() {
   const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
   if (left > 0) return left;
   if (is_own_thread()) {
-    if (realm_) realm_->forget(this);
+    if (realm_) realm_->wrappers().forget(this);
     delete this;
     return 0;
   }
@@ -74,16 +72,16 @@ HRESULT ScriptObject::GetTypeInfo(UINT, LCID, ITypeInfo** info) {
 
 HRESULT ScriptObject::check_callable() const {
   if (!is_own_thread()) {
-    return set_error(kWrongThread, L"Zelto", L"A script object can only be used in the request that made it");
+    return korlib::raise(kWrongThread, L"Zelto", L"A script object can only be used in the request that made it");
   }
-  if (!realm_) return set_error(kDisconnected, L"Zelto", L"The page that made this script object has ended");
-  if (realm_->engine().is_running() && realm_->engine().must_unwind()) return kPageStopped;
+  if (!realm_) return korlib::raise(kDisconnected, L"Zelto", L"The page that made this script object has ended");
+  if (realm_->engine().watchdog().is_running() && realm_->engine().watchdog().must_unwind()) return kPageStopped;
   return check_stack();
 }
 
 bool ScriptObject::has_name(const JsString& name, bool* is_lexical) {
   *is_lexical = false;
-  return is_global() ? realm_->declares(name, is_lexical) : realm_->has_own_name(object_, name);
+  return is_global() ? realm_->names().contains(name, is_lexical) : realm_->prelude().has_own_name(object_, name);
 }
 
 HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) {
@@ -96,7 +94,7 @@ HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LC
   JsString text(std::u16string_view{key});
   bool is_lexical = false;
   if (!has_name(text, &is_lexical)) {
-    realm_->note_unknown(key);
+    realm_->errors().note_unknown(key);
     return DISP_E_UNKNOWNNAME;
   }
   const auto [known, is_new] = ids_.try_emplace(key, static_cast<DISPID>(names_.size() + 1));
@@ -111,8 +109,8 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
   if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
   RETURN_IF_FAILED(check_callable());
   const CComPtr<IDispatch> alive(this);
-  EngineState& engine = realm_->engine();
-  const EngineState::Run run(engine);
+  Engine& engine = realm_->engine();
+  const Engine::Run run(engine);
   clear_error();  // words of a failure that the caller went on from
   HRESULT hr = E_OUTOFMEMORY;
   try {
@@ -120,18 +118,18 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
   } catch (const std::bad_alloc&) {
     hr = E_OUTOFMEMORY;
   }
-  if (!engine.is_unwinding()) return hr;
+  if (!engine.watchdog().is_unwinding()) return hr;
   if (result) VariantClear(result);
   return kPageStopped;
 }
 
 HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result) {
-  const auto given = params ? std::span<const VARIANT>(params->rgvarg, params->cArgs) : std::span<const VARIANT>();
+  const auto given = CallArguments::in_order(params);
   RootedValues arguments(realm_->context(), given.size());
   JSValueRef exception = nullptr;
-  for (auto argument = given.rbegin(); argument != given.rend(); ++argument) {
-    JSValueRef value = realm_->to_script(*argument, &exception);
-    if (!value) return realm_->failure_of(exception);
+  for (const VARIANT& argument : given) {
+    JSValueRef value = realm_->values().to_script(argument, &exception);
+    if (!value) return realm_->errors().failure_of(exception);
     arguments.push_back(value);
   }
   const bool puts = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
@@ -144,13 +142,13 @@ HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIAN
   const Name& name = names_[static_cast<std::size_t>(id) - 1];
   if (puts) return put(name, arguments);
   JSValueRef value = read(name, &exception);
-  if (exception) return realm_->failure_of(exception);
-  if (realm_->is_function(value)) {
-    auto* function = const_cast<JSObjectRef>(value);
+  if (exception) return realm_->errors().failure_of(exception);
+  if (realm_->engine().classes().is_function(realm_->context(), value)) {
+    auto* function = object_of(value);
     return (flags & DISPATCH_METHOD) ? call(function, object_, arguments, result) : DISP_E_MEMBERNOTFOUND;
   }
   if (!(flags & DISPATCH_PROPERTYGET)) {
-    return set_error(DISP_E_MEMBERNOTFOUND, L"Zelto", L"'" + to_wide(name.text.view()) + L"' is not a function");
+    return korlib::raise(DISP_E_MEMBERNOTFOUND, L"Zelto", L"'" + to_wide(name.text.view()) + L"' is not a function");
   }
   return arguments.empty() ? deliver(value, result) : get_indexed(value, arguments, result);
 }
@@ -159,21 +157,21 @@ HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIAN
 HRESULT ScriptObject::get_indexed(JSValueRef value, const RootedValues& arguments, VARIANT* result) {
   JSContextRef ctx = realm_->context();
   if (!JSValueIsObject(ctx, value)) return DISP_E_BADPARAMCOUNT;
-  auto* object = const_cast<JSObjectRef>(value);
-  if (JSValueIsObjectOfClass(ctx, value, realm_->engine().classes().object)) {
+  auto* object = object_of(value);
+  if (realm_->engine().classes().is_automation_object(ctx, value)) {
     return call(object, nullptr, arguments, result);
   }
   if (arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
   JSValueRef exception = nullptr;
   const JsString name(JSValueToStringCopy(ctx, arguments[0], &exception));
-  if (!name.get()) return realm_->failure_of(exception);
-  if (!realm_->has_own_name(object, name)) return DISP_E_MEMBERNOTFOUND;
+  if (!name.get()) return realm_->errors().failure_of(exception);
+  if (!realm_->prelude().has_own_name(object, name)) return DISP_E_MEMBERNOTFOUND;
   value = JSObjectGetProperty(ctx, object, name.get(), &exception);
-  return exception ? realm_->failure_of(exception) : deliver(value, result);
+  return exception ? realm_->errors().failure_of(exception) : deliver(value, result);
 }
 
 JSValueRef ScriptObject::read(const Name& name, JSValueRef* exception) {
-  if (name.is_lexical) return realm_->lexical_value(name.text, exception);
+  if (name.is_lexical) return realm_->names().lexical_value(name.text, exception);
   return JSObjectGetProperty(realm_->context(), object_, name.text.get(), exception);
 }
 
@@ -181,12 +179,12 @@ HRESULT ScriptObject::put(const Name& name, const RootedValues& arguments) {
   if (arguments.size() != 1) return DISP_E_BADPARAMCOUNT;
   JSValueRef exception = nullptr;
   if (name.is_lexical) {
-    realm_->set_lexical_value(name.text, arguments[0], &exception);
+    realm_->names().set_lexical_value(name.text, arguments[0], &exception);
   } else {
     JSObjectSetProperty(realm_->context(), object_, name.text.get(), arguments[0], kJSPropertyAttributeNone,
                         &exception);
   }
-  return exception ? realm_->failure_of(exception) : S_OK;
+  return exception ? realm_->errors().failure_of(exception) : S_OK;
 }
 
 // o(key) = value makes a name where there is none, but for those that mean something else on every object.
@@ -195,12 +193,12 @@ HRESULT ScriptObject::put_default(const RootedValues& arguments) {
   JSContextRef ctx = realm_->context();
   JSValueRef exception = nullptr;
   const JsString name(JSValueToStringCopy(ctx, arguments[0], &exception));
-  if (!name.get()) return realm_->failure_of(exception);
-  if (JSObjectHasProperty(ctx, object_, name.get()) && !realm_->has_own_name(object_, name)) {
+  if (!name.get()) return realm_->errors().failure_of(exception);
+  if (JSObjectHasProperty(ctx, object_, name.get()) && !realm_->prelude().has_own_name(object_, name)) {
     return DISP_E_MEMBERNOTFOUND;
   }
   JSObjectSetProperty(ctx, object_, name.get(), arguments[1], kJSPropertyAttributeNone, &exception);
-  return exception ? realm_->failure_of(exception) : S_OK;
+  return exception ? realm_->errors().failure_of(exception) : S_OK;
 }
 
 HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VARIANT* result) {
@@ -209,23 +207,24 @@ HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VA
   if ((flags & DISPATCH_METHOD) && JSObjectIsFunction(ctx, object_)) return call(object_, nullptr, arguments, result);
   if (arguments.empty()) {
     const JsString text(JSValueToStringCopy(ctx, object_, &exception));
-    if (!text.get()) return realm_->failure_of(exception);
+    if (!text.get()) return realm_->errors().failure_of(exception);
     return deliver(JSValueMakeString(ctx, text.get()), result);
   }
   if (arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
   Name name{JsString(JSValueToStringCopy(ctx, arguments[0], &exception)), false};
-  if (!name.text.get()) return realm_->failure_of(exception);
+  if (!name.text.get()) return realm_->errors().failure_of(exception);
   if (!has_name(name.text, &name.is_lexical)) return DISP_E_MEMBERNOTFOUND;
   JSValueRef value = read(name, &exception);
-  if (exception) return realm_->failure_of(exception);
-  return realm_->is_function(value) ? DISP_E_MEMBERNOTFOUND : deliver(value, result);
+  if (exception) return realm_->errors().failure_of(exception);
+  return realm_->engine().classes().is_function(realm_->context(), value) ? DISP_E_MEMBERNOTFOUND
+                                                                          : deliver(value, result);
 }
 
 HRESULT ScriptObject::call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, VARIANT* result) {
   JSValueRef exception = nullptr;
   JSValueRef value =
       JSObjectCallAsFunction(realm_->context(), function, self, arguments.size(), arguments.data(), &exception);
-  if (!value || exception) return realm_->failure_of(exception);
+  if (!value || exception) return realm_->errors().failure_of(exception);
   return deliver(value, result);
 }
 
@@ -233,7 +232,7 @@ HRESULT ScriptObject::deliver(JSValueRef value, VARIANT* result) {
   if (!result) return S_OK;
   JSValueRef exception = nullptr;
   CComVariant converted;
-  if (!realm_->to_variant(value, &converted, &exception)) return realm_->failure_of(exception);
+  if (!realm_->values().to_variant(value, &converted, &exception)) return realm_->errors().failure_of(exception);
   converted.detach_to(result);
   return S_OK;
 }
@@ -242,8 +241,9 @@ HRESULT ScriptObject::enumerate(VARIANT* result) {
   if (!result) return E_POINTER;
   JSValueRef exception = nullptr;
   CComVariant array;
-  JSValueRef values = realm_->items_of(object_, &exception);
-  if (!values || !realm_->to_variant(values, &array, &exception)) return realm_->failure_of(exception);
+  JSValueRef values = realm_->prelude().items_of(object_, &exception);
+  if (!values || !realm_->values().to_variant(values, &array, &exception))
+    return realm_->errors().failure_of(exception);
   std::vector<CComVariant> items;
   if (array.vt == (VT_ARRAY | VT_VARIANT)) {
     auto* first = static_cast<VARIANT*>(array.parray->pvData);

@@ -9,7 +9,7 @@
 
 #include <korlib/dispatch.h>
 
-#include "script/realm_state.h"
+#include "script/realm.h"
 #include "script/rooted_values.h"
 
 namespace zelto::script {
@@ -34,13 +34,13 @@ struct IScriptObject : IDispatch {
 // has ended, calls fail with a text that says so.
 class ScriptObject final : public IScriptObject {
  public:
-  ScriptObject(RealmState& realm, JSObjectRef object);
+  ScriptObject(Realm& realm, JSObjectRef object);
   ScriptObject(const ScriptObject&) = delete;
   ScriptObject& operator=(const ScriptObject&) = delete;
   ~ScriptObject();
 
   JSObjectRef object() const noexcept { return object_; }
-  RealmState* realm() const noexcept { return realm_; }  // null once it has ended
+  Realm* realm() const noexcept { return realm_; }  // null once it has ended
   bool is_own_thread() const noexcept { return std::this_thread::get_id() == thread_; }
   void end_of_realm();
   // Another reference, unless the last one has gone and destruction is under way.
@@ -62,7 +62,7 @@ class ScriptObject final : public IScriptObject {
   };
 
   HRESULT check_callable() const;
-  bool is_global() const { return object_ == realm_->global_object(); }
+  bool is_global() const { return object_ == realm_->globals().object(); }
   HRESULT dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result);
   HRESULT get_indexed(JSValueRef value, const RootedValues& arguments, VARIANT* result);
   HRESULT put_default(const RootedValues& arguments);
@@ -75,7 +75,7 @@ class ScriptObject final : public IScriptObject {
   JSValueRef read(const Name& name, JSValueRef* exception);
 
   std::atomic<ULONG> references_{1};
-  RealmState* realm_;
+  Realm* realm_;
   JSObjectRef object_;
   std::thread::id thread_ = std::this_thread::get_id();
   std::shared_ptr<Graveyard> graveyard_;
@@ -85,6 +85,10 @@ class ScriptObject final : public IScriptObject {
 
 // The wrapper behind a pointer, null when it is another object. Not counted.
 ScriptObject* script_object_behind(IUnknown* object) noexcept;
+
+// Whether the object is a wrapper of a script's object, which does not outlive its realm: a store that
+// outlives requests refuses it.
+inline bool is_script_object(IUnknown* object) noexcept { return script_object_behind(object) != nullptr; }
 
 }  // namespace zelto::script
 

@@ -39,6 +39,26 @@ std::wstring to_wide(std::u16string_view text) {
   return out;
 }
 
+JSValueRef property(JSContextRef ctx, JSObjectRef object, const JsString& name) {
+  JSValueRef exception = nullptr;
+  JSValueRef value = JSObjectGetProperty(ctx, object, name.get(), &exception);
+  return value && !exception ? value : JSValueMakeUndefined(ctx);
+}
+
+void set_hidden(JSContextRef ctx, JSObjectRef object, const JsString& name, JSValueRef value) {
+  JSObjectSetProperty(ctx, object, name.get(), value, kJSPropertyAttributeDontEnum, nullptr);
+}
+
+std::wstring text_of(JSContextRef ctx, JSValueRef value) {
+  const JsString text(JSValueToStringCopy(ctx, value, nullptr));
+  return text.get() ? to_wide(text.view()) : std::wstring();
+}
+
+JSValueRef to_string_value(JSContextRef ctx, JSValueRef value, JSValueRef* exception) {
+  const JsString text(JSValueToStringCopy(ctx, value, exception));
+  return text.get() ? JSValueMakeString(ctx, text.get()) : nullptr;
+}
+
 BSTR new_bstr(std::u16string_view text) {
   const bool plain = !has_surrogates(text);
   const std::size_t length = plain ? text.size() : korlib::utf32_length(text);

@@ -44,4 +44,24 @@ using korlib::to_utf8;
 std::wstring to_wide(std::u16string_view text);  // lone surrogates become U+FFFD
 BSTR new_bstr(std::u16string_view text);         // null when memory is short
 
+// Of a value that is known to be an object.
+inline JSObjectRef object_of(JSValueRef value) { return const_cast<JSObjectRef>(value); }
+inline JSValueRef string_value(JSContextRef ctx, std::wstring_view text) {
+  return JSValueMakeString(ctx, JsString(text).get());
+}
+// Undefined when there is none or it cannot be read.
+JSValueRef property(JSContextRef ctx, JSObjectRef object, const JsString& name);
+inline JSValueRef property(JSContextRef ctx, JSObjectRef object, const char* name) {
+  return property(ctx, object, JsString(name));
+}
+// A property that for-in passes over.
+void set_hidden(JSContextRef ctx, JSObjectRef object, const JsString& name, JSValueRef value);
+inline void set_hidden(JSContextRef ctx, JSObjectRef object, const char* name, JSValueRef value) {
+  set_hidden(ctx, object, JsString(name), value);
+}
+// What String(value) is; empty when that fails.
+std::wstring text_of(JSContextRef ctx, JSValueRef value);
+// The same as a value of the script; null with an exception when that fails.
+JSValueRef to_string_value(JSContextRef ctx, JSValueRef value, JSValueRef* exception);
+
 }  // namespace zelto::script

@@ -14,6 +14,7 @@
 #include "intrinsics/server_object.h"
 #include "intrinsics/session_object.h"
 #include "pages/programs.h"
+#include "script/realm.h"
 #include "site/error_page.h"
 #include "site/static_files.h"
 #include "text/characters.h"

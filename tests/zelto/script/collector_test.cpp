@@ -1,8 +1,5 @@
 // What native code holds of the script while the engine collects its garbage.
-#include "script/engine_state.h"
 #include "zelto/script/script_fixture.h"
-
-extern "C" JS_EXPORT void JSSynchronousGarbageCollectForDebugging(JSContextRef ctx);
 
 namespace test {
 namespace {
@@ -31,7 +28,7 @@ struct Collecting final : IDispatch {
 
 class Collector : public ScriptTest {
  protected:
-  Collector() : context(JSGlobalContextCreateInGroup(engine.state().group(), nullptr)), collecting(context) {}
+  Collector() : context(JSGlobalContextCreateInGroup(engine.group(), nullptr)), collecting(context) {}
   ~Collector() override {
     realm.reset();
     JSGlobalContextRelease(context);

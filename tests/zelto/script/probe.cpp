@@ -2,7 +2,7 @@
 
 #include <korlib/errorinfo.h>
 
-#include "script/engine.h"
+#include "script/realm.h"
 
 namespace test {
 

@@ -1,5 +1,5 @@
 // Life of a realm: what it gives to a script, how pages end, and that nothing stays behind.
-#include "script/engine.h"
+#include "script/realm.h"
 
 #include <pthread.h>
 

@@ -8,7 +8,7 @@
 
 #include <korlib/comvariant.h>
 
-#include "script/engine.h"
+#include "script/realm.h"
 #include "script/text.h"
 #include "zelto/script/probe.h"
 

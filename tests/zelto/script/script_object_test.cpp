@@ -3,6 +3,7 @@
 #include <thread>
 #include <vector>
 
+#include "script/script_object.h"
 #include "zelto/script/script_fixture.h"
 
 namespace test {

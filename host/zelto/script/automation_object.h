@@ -1,0 +1,66 @@
+// An automation object as the script sees it.
+//
+// What the script expects of an automation object, be it of the host or of a component:
+//   - GetIDsOfNames finds members in any letter case and answers DISP_E_UNKNOWNNAME otherwise. Reading such a
+//     name gives undefined, as pages that test for features expect; setting or calling it is an error whose words
+//     name the object's kind and the nearest name, as far as GetTypeInfo tells them (GetDocumentation of
+//     MEMBERID_NIL, GetNames of small identifiers);
+//   - a member that is a method answers DISP_E_MEMBERNOTFOUND to DISPATCH_PROPERTYGET: `o.Close` is then a
+//     function. A property that needs arguments answers DISP_E_BADPARAMCOUNT without them: `o.Item(1)`;
+//   - `o.Name()` calls a method, and reads a property that takes no arguments: `rs.EOF()`. That holds for names that
+//     begin with a capital letter, and for some that pages write in small ones (rewriter.h);
+//   - `typeof o` is "function", because the object can be called: the engine has no object that can be called and
+//     is "object". `o instanceof Function` is false;
+//   - `o(args)` and `o[1]` invoke DISPID_VALUE, `o(args) = v` puts it; `for (x of o)` and Enumerator ask
+//     for DISPID_NEWENUM; text and numbers are made from DISPID_VALUE without arguments;
+//   - names are resolved once for each ITypeInfo that GetTypeInfo answers, so objects that share one must
+//     share their members; objects without one are asked once for each name and object.
+//
+// How calls pass their arguments, and fail: object_calls.h.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+#include <korlib/dispatch.h>
+
+#include "script/host_object.h"
+#include "script/member_names.h"
+
+namespace zelto::script {
+
+class AutomationObject final : public HostObject {
+ public:
+  AutomationObject(Realm& realm, CComPtr<IUnknown> identity, CComPtr<IDispatch> dispatch);
+  ~AutomationObject() override;
+
+  void set_weak(JSWeakRef weak) noexcept { weak_ = weak; }
+  JSObjectRef script_object() const { return weak_ ? JSWeakGetObject(weak_) : nullptr; }
+  const CComPtr<IDispatch>& dispatch() const noexcept { return dispatch_; }
+  IUnknown* identity() const noexcept { return identity_.get(); }
+  MemberNames& names();
+  // What messages call the object when it has no type information that says so; empty when unknown.
+  const std::wstring& kind() const noexcept { return kind_; }
+  void set_kind(std::wstring kind) { kind_ = std::move(kind); }
+  // What for-in went through: these names index the object.
+  void add_key(std::u16string key) { keys_.insert(std::move(key)); }
+  bool has_key(std::u16string_view key) const { return !keys_.empty() && keys_.contains(std::u16string(key)); }
+
+ protected:
+  void release() override;
+
+ private:
+  CComPtr<IUnknown> identity_;
+  CComPtr<IDispatch> dispatch_;
+  JSWeakRef weak_ = nullptr;
+  MemberNames* class_names_ = nullptr;
+  std::unique_ptr<MemberNames> own_names_;
+  std::wstring kind_;
+  std::unordered_set<std::u16string> keys_;
+};
+
+JSClassRef make_object_class();
+
+}  // namespace zelto::script

@@ -1,0 +1,56 @@
+// The arguments of one call. Automation has them in reverse; that order is known in here only.
+#pragma once
+
+#include <ranges>
+#include <span>
+#include <vector>
+
+#include <korlib/comvariant.h>
+#include <korlib/dispatch.h>
+
+#include "script/values.h"
+
+namespace zelto::script {
+
+class CallArguments {
+ public:
+  CallArguments() = default;
+  explicit CallArguments(LONG index) { reversed_.emplace_back(index); }
+
+  // From the script: undefined is an omitted argument. False with an exception when one has no form over there.
+  bool convert(Values& values, std::size_t count, const JSValueRef* given, JSValueRef* exception);
+
+  bool empty() const noexcept { return reversed_.empty(); }
+  // Refers to these.
+  DISPPARAMS params() noexcept { return {reversed_.data(), nullptr, static_cast<UINT>(reversed_.size()), 0}; }
+
+  // What a component gave, the first argument first.
+  static auto in_order(const DISPPARAMS* params) {
+    const auto all = params ? std::span<const VARIANT>(params->rgvarg, params->cArgs) : std::span<const VARIANT>();
+    return std::ranges::reverse_view(all);
+  }
+
+  // Makes an omitted argument, which Invoke refused by this index (*puArgErr), the empty value. False when it names
+  // none, or one that was given.
+  static bool fill_omitted(DISPPARAMS* params, UINT refused);
+
+ private:
+  friend class PutArguments;
+  std::vector<CComVariant> reversed_;
+};
+
+// The same for an assignment of a value, which goes with them. Both are borrowed.
+class PutArguments {
+ public:
+  PutArguments(const CallArguments& arguments, const VARIANT& value);
+  PutArguments(const PutArguments&) = delete;
+  PutArguments& operator=(const PutArguments&) = delete;
+
+  DISPPARAMS params() noexcept { return {all_.data(), &named_, static_cast<UINT>(all_.size()), 1}; }
+
+ private:
+  std::vector<VARIANT> all_;
+  DISPID named_ = DISPID_PROPERTYPUT;
+};
+
+}  // namespace zelto::script

@@ -1,0 +1,53 @@
+// What is wrong in a script, in words and with its place in the page's source.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "language/program.h"
+#include "script/jsc.h"
+#include "script/missing_member.h"
+#include "script/outcome.h"
+#include "script/parsed_scripts.h"
+
+namespace zelto::script {
+
+// Reads the exceptions of one realm.
+class ErrorReports {
+ public:
+  ErrorReports(JSContextRef context, const MissingMember& missing) : context_(context), missing_(missing) {}
+
+  // A program whose places in the engine's stacks are known from here on.
+  void remember(const std::shared_ptr<const language::Program>& program) { programs_[program->url] = program; }
+  // Before each run: what the last one threw and rejected is over.
+  void begin_run();
+
+  // Without a place. False when the error is one of the engine that has no number of its own.
+  bool read(JSValueRef exception, ScriptError* out) const;
+  ScriptError describe(JSValueRef exception) const;
+  static ScriptError describe_syntax(const language::Program& program, const ParsedScript& parsed);
+  // Of an error of the engine, with its message: that as the page's author would have it, and the number that older
+  // pages know, or 0.
+  void put_into_words(std::wstring_view name, ScriptError* error) const;
+  // The place that the script has reached; nothing but that is set.
+  ScriptError here() const;
+
+  // Where something that is no Error was thrown.
+  void note_throw(JSValueRef value);
+  // A promise was rejected with nobody listening: the first is the page's error.
+  void note_rejection(JSValueRef reason);
+  const ScriptError* rejection() const noexcept { return rejection_.get(); }
+
+ private:
+  bool locate(JSValueRef error, ScriptError* out) const;
+
+  JSContextRef context_;
+  const MissingMember& missing_;
+  std::unordered_map<std::string, std::shared_ptr<const language::Program>> programs_;  // by what stacks call them
+  std::unique_ptr<ScriptError> thrown_at_;  // the place of the last throw that was of no Error
+  std::unique_ptr<ScriptError> rejection_;
+};
+
+}  // namespace zelto::script

@@ -1,0 +1,59 @@
+#include "script/host_object.h"
+
+#include "script/automation_member.h"
+#include "script/automation_object.h"
+#include "script/error_text.h"
+#include "script/realm.h"
+#include "script/script_builtins.h"
+
+namespace zelto::script {
+namespace {
+
+JSClassRef make_opaque_class() {
+  JSClassDefinition definition = kJSClassDefinitionEmpty;
+  definition.className = "Object";
+  definition.finalize = finalize_host_object;
+  return JSClassCreate(&definition);
+}
+
+}  // namespace
+
+HostObject::HostObject(Realm& realm) : engine_(realm.engine()), realm_(&realm) { realm.wrappers().adopt(this); }
+
+HostObject::~HostObject() {
+  if (realm_) realm_->wrappers().abandon(this);
+}
+
+void HostObject::end_of_realm() {
+  realm_ = nullptr;
+  release();
+}
+
+HostClasses::HostClasses()
+    : object(make_object_class()),
+      member(make_member_class()),
+      reference(make_reference_class()),
+      opaque(make_opaque_class()),
+      builtins(make_builtins_class()) {}
+
+HostClasses::~HostClasses() {
+  for (JSClassRef made : {object, member, reference, opaque, builtins}) JSClassRelease(made);
+}
+
+void finalize_host_object(JSObjectRef object) {
+  if (auto* held = static_cast<HostObject*>(JSObjectGetPrivate(object))) held->engine().bury(held);
+}
+
+HostObject* living_host_object(JSObjectRef object) {
+  auto* held = static_cast<HostObject*>(JSObjectGetPrivate(object));
+  return held && held->realm() ? held : nullptr;
+}
+
+void raise_ended(JSContextRef ctx, JSValueRef* exception) {
+  JSValueRef text = string_value(ctx, L"The page that made this object has ended");
+  JSObjectRef error = JSObjectMakeError(ctx, 1, &text, nullptr);
+  set_hidden(ctx, error, "number", JSValueMakeNumber(ctx, kDisconnected));
+  *exception = error;
+}
+
+}  // namespace zelto::script

@@ -1,0 +1,88 @@
+#include "script/realm.h"
+
+namespace zelto::script {
+namespace {
+
+JSValueRef on_unhandled_rejection(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count,
+                                  const JSValueRef* values, JSValueRef*) {
+  Realm* realm = Realm::of(ctx);
+  if (realm && count > 1 && !realm->engine().watchdog().is_unwinding()) realm->reports().note_rejection(values[1]);
+  return JSValueMakeUndefined(ctx);
+}
+
+}  // namespace
+
+Realm::Context::~Context() {
+  // The engine never lets go of this callback: a function of this realm would keep all of it in memory.
+  JSGlobalContextSetUnhandledRejectionCallback(context_, engine_.idle_function(), nullptr);
+  JSGlobalContextRelease(context_);
+  if (!engine_.has_realms()) engine_.watchdog().free_garbage();
+}
+
+Realm::Realm(Engine& engine)
+    : engine_(engine),
+      context_(engine),
+      prelude_(engine, context_.get()),
+      reports_(context_.get(), missing_),
+      errors_(engine, context_.get(), prelude_, reports_, missing_),
+      wrappers_(*this),
+      values_(context_.get(), engine.classes(), errors_, wrappers_),
+      globals_(context_.get(), wrappers_, reports_),
+      names_(context_.get(), prelude_),
+      calls_(*this) {
+  JSObjectRef rejected = JSObjectMakeFunctionWithCallback(context_.get(), nullptr, on_unhandled_rejection);
+  JSGlobalContextSetUnhandledRejectionCallback(context_.get(), rejected, nullptr);
+  engine_.add_realm(this);
+}
+
+Realm::~Realm() {
+  engine_.departed().forget();
+  engine_.release_buried();
+  wrappers_.end();
+  engine_.remove_realm(this);
+}
+
+Realm* Realm::of(JSContextRef ctx) {
+  Engine* engine = Engine::current();
+  return engine ? engine->realm_of(ctx) : nullptr;
+}
+
+Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
+  const Engine::Run run(engine_);
+  reports_.remember(program);
+  names_.remember(*program);
+  const ParsedScript& parsed = engine_.scripts().of(program);
+  if (!parsed.get()) return {Outcome::failed, ErrorReports::describe_syntax(*program, parsed)};
+  const language::Program* previous = running_;
+  running_ = program.get();
+  reports_.begin_run();
+  JSValueRef exception = nullptr;
+  JSScriptEvaluate(context_.get(), parsed.get(), nullptr, &exception);
+  Outcome outcome = outcome_of(exception);
+  if (previous) running_ = previous;
+  return outcome;
+}
+
+Outcome Realm::call(std::wstring_view function) {
+  const Engine::Run run(engine_);
+  const JsString name(function);
+  bool is_lexical = false;
+  if (!names_.contains(name, &is_lexical)) return {};
+  reports_.begin_run();
+  JSValueRef exception = nullptr;
+  JSValueRef value = is_lexical ? names_.lexical_value(name, &exception) : property(context(), globals_.object(), name);
+  if (value && !exception && engine_.classes().is_function(context(), value)) {
+    JSObjectCallAsFunction(context(), object_of(value), nullptr, 0, nullptr, &exception);
+  }
+  return outcome_of(exception);
+}
+
+Outcome Realm::outcome_of(JSValueRef exception) {
+  engine_.release_buried();
+  if (engine_.watchdog().is_unwinding()) return {engine_.watchdog().ending(), {}};
+  if (exception) return {Outcome::failed, reports_.describe(exception)};
+  if (const ScriptError* rejection = reports_.rejection()) return {Outcome::failed, *rejection};
+  return {};
+}
+
+}  // namespace zelto::script

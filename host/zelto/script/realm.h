@@ -1,0 +1,107 @@
+// A page's world in the script engine: a global object of its own with everything that a script makes in it.
+//
+//   Engine engine;                        // on the worker's thread, for as long as it lives
+//   engine.set_time_limit(90s);
+//   {
+//     Realm realm(engine);
+//     realm.set_object(L"Response", response);
+//     realm.set_output(response);
+//     Outcome outcome = realm.run(program);
+//   }                                     // everything that the script held has been released here
+//
+// How values cross between script and objects: values.h. What a script expects of an object: automation_object.h.
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "script/declared_names.h"
+#include "script/engine.h"
+#include "script/errors.h"
+#include "script/globals.h"
+#include "script/object_calls.h"
+#include "script/values.h"
+#include "script/wrappers.h"
+
+namespace zelto::script {
+
+// A page that is executed by another one gets a realm of the same engine while the first still runs.
+class Realm {
+ public:
+  explicit Realm(Engine& engine);
+  // Releases every object that the script holds. Wrappers of script objects that somebody kept, in a
+  // Session say, stay safe to call and to release from any thread, and answer a clear error.
+  ~Realm();
+  Realm(const Realm&) = delete;
+  Realm& operator=(const Realm&) = delete;
+
+  // A global name for an object, e.g. L"Response". The script may shadow it.
+  void set_object(std::wstring_view name, IDispatch* object) { globals_.set_object(name, object); }
+
+  // Where page text and `<%= %>` go: the object's ZeltoTypeLibrary::IResponse. Null is allowed.
+  void set_output(IDispatch* response) { globals_.set_output(response); }
+
+  // Where `console.log` and its like go; nowhere without one.
+  void set_log(LogSink sink) { globals_.set_log(std::move(sink)); }
+
+  // Runs the program to its end. May be called from within a member that a script is calling.
+  Outcome run(const std::shared_ptr<const language::Program>& program);
+
+  // Calls a function of the script without arguments, if there is one: `Session_OnStart`. A missing one
+  // is `completed`.
+  Outcome call(std::wstring_view function);
+
+  // What the script declared, as the object that `this` is at top level: var, function, let, const and
+  // class names; the engine's own globals and the names given with set_object are not among them. The
+  // caller releases it.
+  IDispatch* global() { return wrappers_.to_automation(globals_.object()).detach(); }
+
+  // The realm's parts, for this room.
+  static Realm* of(JSContextRef ctx);  // the one whose code is running; null for one that is gone
+  Engine& engine() noexcept { return engine_; }
+  JSContextRef context() const noexcept { return context_.get(); }
+  const Prelude& prelude() const noexcept { return prelude_; }
+  MissingMember& missing() noexcept { return missing_; }
+  ErrorReports& reports() noexcept { return reports_; }
+  Errors& errors() noexcept { return errors_; }
+  Wrappers& wrappers() noexcept { return wrappers_; }
+  Values& values() noexcept { return values_; }
+  Globals& globals() noexcept { return globals_; }
+  const DeclaredNames& names() const noexcept { return names_; }
+  ObjectCalls& calls() noexcept { return calls_; }
+  // The program whose code runs, or ran last; null before the first.
+  const language::Program* running() const noexcept { return running_; }
+
+ private:
+  // The engine's context: the first of the realm's parts, and the last to go.
+  class Context {
+   public:
+    explicit Context(Engine& engine)
+        : engine_(engine), context_(JSGlobalContextCreateInGroup(engine.group(), nullptr)) {}
+    ~Context();
+    Context(const Context&) = delete;
+    Context& operator=(const Context&) = delete;
+    JSGlobalContextRef get() const noexcept { return context_; }
+
+   private:
+    Engine& engine_;
+    JSGlobalContextRef context_;
+  };
+
+  Outcome outcome_of(JSValueRef exception);
+
+  Engine& engine_;
+  Context context_;
+  Prelude prelude_;
+  MissingMember missing_;
+  ErrorReports reports_;
+  Errors errors_;
+  Wrappers wrappers_;
+  Values values_;
+  Globals globals_;
+  DeclaredNames names_;
+  ObjectCalls calls_;
+  const language::Program* running_ = nullptr;
+};
+
+}  // namespace zelto::script

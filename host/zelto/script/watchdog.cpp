@@ -1,0 +1,143 @@
+#include "script/watchdog.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+#include "script/engine.h"
+#include "script/text.h"
+
+namespace zelto::script {
+namespace {
+
+// The engine's own watchdog cannot be started later when it was not running as the script was entered, so there is
+// always one; this is "no limit".
+constexpr double kUnlimitedSeconds = 1e7;
+
+// How often a script that has limits is looked at. In seconds of its own: the engine counts the time that the
+// processor gives it, while the limit of time is one of the clock on the wall.
+constexpr double kLookEvery = 0.25;
+
+// How long a script that ought to end may go on without calling an object. Not nothing: the engine aborts
+// when its watchdog fires in the moment in which the machine is destroyed, and a page that ends itself is
+// often the last thing that a process does.
+constexpr double kGraceSeconds = 0.2;
+
+// Of the whole process; 0 when it is unknown.
+std::size_t resident_bytes() {
+  std::FILE* file = std::fopen("/proc/self/statm", "re");
+  if (!file) return 0;
+  unsigned long pages = 0;
+  const bool is_read = std::fscanf(file, "%*s %lu", &pages) == 1;
+  std::fclose(file);
+  return is_read ? pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)) : 0;
+}
+
+// What the engine has taken for objects and their contents, garbage among them.
+double heap_bytes(JSContextRef ctx) {
+  return JSValueToNumber(ctx, property(ctx, JSGetMemoryUsageStatistics(ctx), "heapCapacity"), nullptr);
+}
+
+// Whether the virtual machine needs more than that for its objects; garbage is freed before it counts.
+bool heap_exceeds(JSContextRef ctx, std::size_t bytes) {
+  // Asking the engine is expensive, so it is asked only when it may matter.
+  if (resident_bytes() <= bytes || heap_bytes(ctx) <= static_cast<double>(bytes)) return false;
+  JSSynchronousGarbageCollectForDebugging(ctx);
+  return heap_bytes(ctx) > static_cast<double>(bytes);
+}
+
+}  // namespace
+
+Watchdog::Watchdog(JSContextGroupRef group, JSContextRef idle) : group_(group), idle_(idle) { arm(kUnlimitedSeconds); }
+
+void Watchdog::arm(double seconds) { JSContextGroupSetExecutionTimeLimit(group_, seconds, &Watchdog::on_time, this); }
+
+void Watchdog::enter() {
+  if (depth_++ > 0) return;
+  ending_ = Outcome::completed;
+  start_ = std::chrono::steady_clock::now();
+  is_terminating_ = false;
+  start();
+}
+
+bool Watchdog::leave() {
+  if (--depth_ > 0) return false;
+  if (is_unwinding()) settle();
+  return true;
+}
+
+// A termination that was asked for just before the script ended by itself would hit the next one: let it
+// hit an empty one instead.
+void Watchdog::settle() {
+  constexpr int kEnough = 4;
+  arm(kUnlimitedSeconds);
+  const JsString nothing("0");
+  for (int i = 0; i < kEnough; ++i) {
+    JSValueRef exception = nullptr;
+    JSEvaluateScript(idle_, nothing.get(), nullptr, nullptr, 1, &exception);
+    if (!exception) return;
+  }
+}
+
+void Watchdog::set_time_limit(std::chrono::milliseconds limit) {
+  time_limit_ = limit;
+  if (is_running() && !is_unwinding()) start();
+}
+
+void Watchdog::start() {
+  double seconds = memory_limit_ > 0 ? kLookEvery : kUnlimitedSeconds;
+  if (time_limit_.count() > 0) {
+    const auto left = time_limit_ - (std::chrono::steady_clock::now() - start_);
+    seconds = std::clamp(std::chrono::duration<double>(left).count(), 0.0, kLookEvery);
+  }
+  arm(seconds);
+}
+
+bool Watchdog::on_time(JSContextRef ctx, void* watchdog) {
+  auto& self = *static_cast<Watchdog*>(watchdog);
+  if (!self.is_running()) return false;
+  if (self.must_unwind()) {
+    self.is_terminating_ = false;
+    return true;
+  }
+  if (self.memory_limit_ > 0 && heap_exceeds(ctx, self.memory_limit_)) {
+    self.ending_ = Outcome::out_of_memory;
+  } else {
+    self.start();  // each is good for one look
+  }
+  return self.is_unwinding();
+}
+
+bool Watchdog::must_unwind() {
+  if (!is_unwinding() && is_late()) ending_ = Outcome::timed_out;
+  return is_unwinding();
+}
+
+void Watchdog::stop() noexcept {
+  if (!is_running() || is_unwinding()) return;
+  ending_ = Outcome::stopped;
+  terminate_soon();
+}
+
+void Watchdog::terminate_soon() {
+  if (std::exchange(is_terminating_, true)) return;  // asking again would put it off
+  arm(kGraceSeconds);
+}
+
+void Watchdog::free_garbage() {
+  if (ending_ == Outcome::out_of_memory) JSSynchronousGarbageCollectForDebugging(idle_);
+}
+
+HRESULT stop_page() noexcept {
+  if (Engine* engine = Engine::current()) engine->watchdog().stop();
+  return kPageStopped;
+}
+
+bool is_unwinding() noexcept {
+  const Engine* engine = Engine::current();
+  return engine && engine->watchdog().is_running() && engine->watchdog().is_unwinding();
+}
+
+}  // namespace zelto::script

@@ -1,0 +1,77 @@
+// Ending a page from inside one of its calls.
+//
+// Response.End, Response.Redirect, a time-out and a heap that is too large leave the script from the middle of a call,
+// through whatever component frames lie between. The engine remembers that it is unwinding; until the outermost
+// Realm::run() returns, every call between script and objects, in either direction, is refused with
+// kPageStopped. A component that replaces the code by one of its own therefore cannot bring the page back.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+
+#include <korlib/hresult.h>
+
+#include "script/jsc.h"
+#include "script/outcome.h"
+
+namespace zelto::script {
+
+// Private to this host; no component gives it a meaning.
+inline constexpr HRESULT kPageStopped = korlib::hresult(0x8004E0F1);
+
+// For a member that ends the page: `return script::stop_page();`. In the page the call throws; page code
+// that catches this gets the same again at its next call of any object, and code that calls none is
+// terminated shortly after. Does nothing but answer the code when no script runs on this thread.
+HRESULT stop_page() noexcept;
+
+// True from stop_page(), a time-out or a heap that is too large until the outermost run has returned.
+bool is_unwinding() noexcept;
+
+// The limits of one virtual machine, and how its page is being left. For the engine's thread only.
+class Watchdog {
+ public:
+  // `idle` is a context of the group in which no page runs.
+  Watchdog(JSContextGroupRef group, JSContextRef idle);
+  Watchdog(const Watchdog&) = delete;
+  Watchdog& operator=(const Watchdog&) = delete;
+
+  // Zero or less: no limit. One that is set while a script runs counts from the same start.
+  void set_time_limit(std::chrono::milliseconds limit);
+  std::chrono::milliseconds time_limit() const noexcept { return time_limit_; }
+  void set_memory_limit(std::size_t bytes) { memory_limit_ = bytes; }
+
+  // Around each level of running script. The outermost starts the clock and forgets how the last page ended.
+  void enter();
+  // True for the outermost.
+  bool leave();
+  bool is_running() const noexcept { return depth_ > 0; }
+
+  // How the page is being left; `completed` while it is not. What the last page ended by, when none runs.
+  Outcome::Kind ending() const noexcept { return ending_; }
+  bool is_unwinding() const noexcept { return ending_ != Outcome::completed; }
+  // Looks at the clock as well: time spent in objects counts.
+  bool must_unwind();
+  void stop() noexcept;
+  // Has the virtual machine end the script soon, whatever it catches.
+  void terminate_soon();
+  // After the last realm of a page that took too much memory: the next page shall not be blamed for its garbage.
+  void free_garbage();
+
+ private:
+  void start();
+  void settle();
+  void arm(double seconds);
+  bool is_late() const { return time_limit_.count() > 0 && std::chrono::steady_clock::now() - start_ >= time_limit_; }
+  static bool on_time(JSContextRef ctx, void* watchdog);
+
+  JSContextGroupRef group_;
+  JSContextRef idle_;
+  std::chrono::milliseconds time_limit_{0};
+  std::size_t memory_limit_ = 0;
+  std::chrono::steady_clock::time_point start_;
+  int depth_ = 0;
+  Outcome::Kind ending_ = Outcome::completed;
+  bool is_terminating_ = false;  // the engine has been asked for the end of a script that goes on
+};
+
+}  // namespace zelto::script

@@ -1,0 +1,115 @@
+#include "script/wrappers.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "script/automation_object.h"
+#include "script/realm.h"
+#include "script/script_object.h"
+
+namespace zelto::script {
+
+JSValueRef Wrappers::to_script(IUnknown* object) {
+  if (!object) return JSValueMakeNull(realm_.context());
+  ScriptObject* script_object = script_object_behind(object);
+  if (script_object && script_object->is_own_thread() && script_object->realm() &&
+      &script_object->realm()->engine() == &realm_.engine()) {
+    return script_object->object();
+  }
+  CComQIPtr<IDispatch> dispatch(object);
+  if (dispatch) return wrap(dispatch.get());
+  return make(realm_.engine().classes().opaque, std::make_unique<OpaqueObject>(realm_, CComPtr<IUnknown>(object)));
+}
+
+JSObjectRef Wrappers::wrap(IDispatch* object) {
+  CComPtr<IUnknown> identity;
+  if (FAILED(object->QueryInterface(korlib::iid_of<IUnknown>, identity.put_void()))) identity = object;
+  if (const auto known = automation_objects_.find(identity.get()); known != automation_objects_.end()) {
+    if (JSObjectRef wrapper = known->second->script_object()) return wrapper;
+  }
+  auto held = std::make_unique<AutomationObject>(realm_, identity, CComPtr<IDispatch>(object));
+  AutomationObject* kept = held.get();
+  JSObjectRef wrapper = make(realm_.engine().classes().object, std::move(held));
+  kept->set_weak(JSWeakCreate(realm_.engine().group(), wrapper));
+  automation_objects_[identity.get()] = kept;
+  return wrapper;
+}
+
+JSObjectRef Wrappers::make(JSClassRef jsclass, std::unique_ptr<HostObject> object) {
+  return JSObjectMake(realm_.context(), jsclass, object.release());
+}
+
+CComPtr<IDispatch> Wrappers::to_automation(JSObjectRef object) {
+  release_foreign();
+  CComPtr<IDispatch> wrapper;
+  for (auto [known, end] = script_objects_.equal_range(object); known != end; ++known) {
+    if (!known->second->try_add_ref()) continue;
+    wrapper.attach(known->second);
+    return wrapper;
+  }
+  auto* made = new ScriptObject(realm_, object);
+  wrapper.attach(made);
+  script_objects_.emplace(object, made);
+  return wrapper;
+}
+
+void Wrappers::end() {
+  disconnect_script_objects();
+  automation_objects_.clear();
+  // Letting go of one object may let go of others, or call back for the last time.
+  while (HostObject* object = first_) {
+    abandon(object);
+    object->end_of_realm();
+  }
+}
+
+void Wrappers::adopt(HostObject* object) noexcept {
+  object->next_ = first_;
+  if (first_) first_->previous_ = object;
+  first_ = object;
+}
+
+void Wrappers::abandon(HostObject* object) noexcept {
+  (object->previous_ ? object->previous_->next_ : first_) = object->next_;
+  if (object->next_) object->next_->previous_ = object->previous_;
+  object->previous_ = object->next_ = nullptr;
+}
+
+void Wrappers::forget(AutomationObject* object) noexcept {
+  const auto known = automation_objects_.find(object->identity());
+  if (known != automation_objects_.end() && known->second == object) automation_objects_.erase(known);
+}
+
+void Wrappers::forget(ScriptObject* object) noexcept {
+  const auto [first, last] = script_objects_.equal_range(object->object());
+  const auto known = std::find_if(first, last, [&](const auto& entry) { return entry.second == object; });
+  if (known != last) script_objects_.erase(known);
+}
+
+// With the lock held: a wrapper whose last reference goes elsewhere in this moment is either still waiting
+// for the realm or finds itself disconnected.
+void Wrappers::disconnect_script_objects() {
+  release_foreign();
+  std::vector<ScriptObject*> dead;
+  {
+    const std::lock_guard lock(graveyard_->lock);
+    for (const auto& [object, wrapper] : std::exchange(script_objects_, {})) wrapper->end_of_realm();
+    dead.swap(graveyard_->dead);
+    graveyard_->closed = true;
+  }
+  for (ScriptObject* object : dead) delete object;
+}
+
+void Wrappers::release_foreign() {
+  std::vector<ScriptObject*> dead;
+  {
+    const std::lock_guard lock(graveyard_->lock);
+    dead.swap(graveyard_->dead);
+  }
+  for (ScriptObject* object : dead) {
+    forget(object);
+    delete object;
+  }
+}
+
+}  // namespace zelto::script
