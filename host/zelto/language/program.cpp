@@ -49,12 +49,9 @@ SourcePlace source_place(const Program& program, int line, int column) {
 }
 
 std::shared_ptr<const Program> compile(std::wstring_view text, std::string url) {
-  Rewritten rewritten = rewrite(text);
   auto program = std::make_shared<Program>();
   program->url = std::move(url);
-  program->text = korlib::to_utf16(rewritten.text);
-  program->shifts = std::move(rewritten.shifts);
-  program->declares_lexical_names = rewritten.declares_lexical_names;
+  set_text(*program, rewrite(text));
   return program;
 }
 

@@ -1,5 +1,7 @@
 #include "language/rewriter.h"
 
+#include <korlib_host/unicode.h>
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -314,6 +316,12 @@ Rewritten rewrite(std::wstring_view text) {
   Rewritten rewritten = Rewriter(text, tokens->all).run();
   rewritten.markup_comments = tokens->markup_comments;
   return rewritten;
+}
+
+void set_text(Program& program, Rewritten rewritten) {
+  program.text = korlib::to_utf16(rewritten.text);
+  program.shifts = std::move(rewritten.shifts);
+  program.declares_lexical_names = rewritten.declares_lexical_names;
 }
 
 }  // namespace zelto::language

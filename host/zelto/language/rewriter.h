@@ -15,7 +15,7 @@
 // $zelto_value calls a method of an automation object, if it needs no arguments, and passes everything
 // else through. Elsewhere such a method stands for itself, and gives its value where one is needed: as
 // text, as a number, as an argument of an automation call. $zelto.at throws the usual ReferenceError for
-// what is no automation object. Only insertions within a line are made, so lines keep their numbers.
+// what is not an automation object. Only insertions within a line are made, so lines keep their numbers.
 #pragma once
 
 #include <cstddef>
@@ -36,5 +36,7 @@ struct Rewritten {
 
 // Text that cannot be cut into tokens comes back as it was, for the engine to complain about.
 Rewritten rewrite(std::wstring_view text);
+// Makes it the program's text.
+void set_text(Program& program, Rewritten rewritten);
 
 }  // namespace zelto::language

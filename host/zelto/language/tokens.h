@@ -14,7 +14,7 @@ namespace zelto::language {
 
 struct Token {
   enum Kind : unsigned char {
-    name,        // identifier that is no keyword here, also #private and a member name behind a dot
+    name,        // identifier that is not a keyword here, also #private and a member name behind a dot
     keyword,     // reserved word that is not an operand
     literal,     // number, string, regular expression, template without substitutions, this, null …
     punctuator,  // operators, commas, semicolons

@@ -31,12 +31,9 @@ class Compiler {
     add_file({physical, physical}, Piece::include, 0);
     language::Rewritten rewritten = language::rewrite(text_);
     for (const std::size_t comment : rewritten.markup_comments) refuse_include(comment);
-    auto program = std::make_shared<language::Program>(std::move(program_));
-    program->url = physical;
-    program->text = korlib::to_utf16(rewritten.text);
-    program->shifts = std::move(rewritten.shifts);
-    program->declares_lexical_names = rewritten.declares_lexical_names;
-    page_.program = std::move(program);
+    language::set_text(program_, std::move(rewritten));
+    program_.url = physical;
+    page_.program = std::make_shared<const language::Program>(std::move(program_));
     return std::move(page_);
   }
 
@@ -91,7 +88,7 @@ class Compiler {
       place.lines.move_to(piece.offset);
       switch (piece.kind) {
         case Piece::literal:
-          // The line that holds nothing but the directive is no part of what the page writes.
+          // The line that holds nothing but the directive is not written.
           if (piece.offset == behind_directive) drop_line_end(piece.text);
           add_literal(piece.text, place);
           break;
@@ -149,7 +146,7 @@ class Compiler {
   }
 
   void add_expression(std::wstring_view text, const Place& place) {
-    // A semicolon that ends a statement elsewhere is no part of the expression.
+    // A semicolon that ends a statement elsewhere is not part of the expression.
     const std::size_t last = text.find_last_not_of(L" \t\r\n\f;");
     if (last == std::wstring_view::npos) fail("<%= %> holds no expression.", place);
     text = text.substr(0, last + 1);

@@ -19,7 +19,7 @@ constexpr LONG kUtf16BigEndian = 1201;
 
 // File systems take their times from a clock that ticks some hundred times a second.
 constexpr long long kTick = 100'000'000;
-// A time further ahead is no clock's inaccuracy but wrong, and would never settle.
+// A time further ahead comes from a wrong clock, and would never settle.
 constexpr long long kAhead = 2'000'000'000;
 
 long long nanoseconds(const timespec& time) { return time.tv_sec * 1'000'000'000LL + time.tv_nsec; }

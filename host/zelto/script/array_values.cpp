@@ -85,15 +85,9 @@ bool array_to_variant(Values& values, JSObjectRef array, VARIANT* out, JSValueRe
   const double length = JSValueToNumber(ctx, property(ctx, array, "length"), exception);
   if (*exception) return false;
   if (!Nesting::is_allowed(values, exception)) return false;
-  if (!(length <= kMostElements)) {
-    values.errors().raise_text(L"The array is too long", E_INVALIDARG, exception);
-    return false;
-  }
+  if (!(length <= kMostElements)) return values.errors().raise_text(L"The array is too long", E_INVALIDARG, exception);
   CComSafeArray elements(VT_VARIANT, static_cast<ULONG>(length));
-  if (!elements) {
-    values.errors().raise(E_OUTOFMEMORY, {}, exception);
-    return false;
-  }
+  if (!elements) return values.errors().raise(E_OUTOFMEMORY, {}, exception);
   for (ULONG i = 0; i < elements.size(); ++i) {
     JSValueRef value = JSObjectGetPropertyAtIndex(ctx, array, i, exception);
     if (*exception || !values.to_variant(value, elements.data<VARIANT>() + i, exception)) return false;
@@ -110,10 +104,7 @@ bool bytes_to_variant(Values& values, JSObjectRef bytes, VARIANT* out, JSValueRe
   if (*exception) return false;
   CComSafeArray copy;
   if (length <= kMaxBstrBytes) copy = CComSafeArray(VT_UI1, static_cast<ULONG>(length));
-  if (!copy) {
-    values.errors().raise(E_OUTOFMEMORY, {}, exception);
-    return false;
-  }
+  if (!copy) return values.errors().raise(E_OUTOFMEMORY, {}, exception);
   // The bytes of a view are those of its whole buffer.
   const std::size_t offset = is_buffer ? 0 : JSObjectGetTypedArrayByteOffset(ctx, bytes, exception);
   const void* data = is_buffer ? JSObjectGetArrayBufferBytesPtr(ctx, bytes, exception)

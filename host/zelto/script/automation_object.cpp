@@ -71,10 +71,7 @@ JSValueRef read_member(Realm& realm, JSObjectRef object, AutomationObject& held,
   if (!known->is_function) {
     CComVariant value;
     hr = realm.calls().get(dispatch.get(), id, DISPATCH_PROPERTYGET, &value);
-    if (is_unwinding() || (FAILED(hr) && !is_refused(hr))) {
-      realm.errors().raise(hr, to_wide(text), exception);
-      return nullptr;
-    }
+    if (is_unwinding() || (FAILED(hr) && !is_refused(hr))) return realm.errors().raise(hr, to_wide(text), exception);
     if (SUCCEEDED(hr)) return realm.values().to_script(value, exception);
     held.names().mark_function(text);
   }

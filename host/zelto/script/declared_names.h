@@ -17,7 +17,7 @@ class DeclaredNames {
   // A program that runs from here on.
   void remember(const language::Program& program) { has_lexical_ |= program.declares_lexical_names; }
 
-  // Whether the page has declared the name; `is_lexical` when it is no property of the global object.
+  // Whether the page has declared the name; `is_lexical` when it is not a property of the global object.
   bool contains(const JsString& name, bool* is_lexical) const;
   // Of a name that is lexical, as contains() said. Null, with an exception or not, where it cannot be read.
   JSValueRef lexical_value(const JsString& name, JSValueRef* exception) const;

@@ -35,8 +35,7 @@ void Errors::begin_call() {
 bool Errors::check(HRESULT hr, std::wstring_view member, JSValueRef* exception) {
   const Watchdog& watchdog = engine_.watchdog();
   if (SUCCEEDED(hr) && !(watchdog.is_running() && watchdog.is_unwinding())) return true;
-  raise(hr, member, exception);
-  return false;
+  return raise(hr, member, exception);
 }
 
 JSObjectRef Errors::make(ErrorKind kind, std::wstring_view message, HRESULT number) const {
@@ -45,12 +44,12 @@ JSObjectRef Errors::make(ErrorKind kind, std::wstring_view message, HRESULT numb
   return error;
 }
 
-void Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception) {
+Raised Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception) {
   Watchdog& watchdog = engine_.watchdog();
   if (watchdog.is_unwinding() || hr == kPageStopped) {
     if (watchdog.is_unwinding()) watchdog.terminate_soon();
     *exception = prelude_.make_error(ErrorKind::plain, L"The page has ended");
-    return;
+    return {};
   }
   const ErrorText text = take_error();
   if (hr == kOutOfStack) return raise_out_of_stack(exception);
@@ -63,6 +62,7 @@ void Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception) 
   if (departed.exception) set_hidden(context_, error, "cause", departed.exception);
   engine_.departed().forget();
   *exception = error;
+  return {};
 }
 
 std::wstring Errors::words_for(HRESULT hr, std::wstring_view member) const {
@@ -70,20 +70,24 @@ std::wstring Errors::words_for(HRESULT hr, std::wstring_view member) const {
   return describe(hr, L"The script does not declare '" + to_wide(unknown_name_) + L"'", member);
 }
 
-void Errors::raise_text(const wchar_t* text, HRESULT hr, JSValueRef* exception) {
+Raised Errors::raise_text(const wchar_t* text, HRESULT hr, JSValueRef* exception) {
   *exception = make(ErrorKind::plain, text, hr);
+  return {};
 }
 
-void Errors::raise_type_error(const wchar_t* text, JSValueRef* exception) {
+Raised Errors::raise_type_error(const wchar_t* text, JSValueRef* exception) {
   *exception = make(ErrorKind::type, text, DISP_E_TYPEMISMATCH);
+  return {};
 }
 
-void Errors::raise_reference_error(const wchar_t* text, JSValueRef* exception) {
+Raised Errors::raise_reference_error(const wchar_t* text, JSValueRef* exception) {
   *exception = prelude_.make_error(ErrorKind::reference, text);
+  return {};
 }
 
-void Errors::raise_out_of_stack(JSValueRef* exception) {
+Raised Errors::raise_out_of_stack(JSValueRef* exception) {
   *exception = make(ErrorKind::range, L"Out of stack space", kOutOfStack);
+  return {};
 }
 
 void Errors::raise_missing(JSValueRef* exception) {

@@ -10,6 +10,12 @@
 
 namespace zelto::script {
 
+// What is answered by who has raised: `return errors.raise(…)` is null where a value was wanted, else false.
+struct Raised {
+  operator JSValueRef() const noexcept { return nullptr; }
+  operator bool() const noexcept { return false; }
+};
+
 // Makes the errors of one realm. Where a function raises, *exception is not null afterwards.
 class Errors {
  public:
@@ -23,11 +29,11 @@ class Errors {
   bool check(HRESULT hr, std::wstring_view member, JSValueRef* exception);
 
   // The exception for a failing result, with the words of the thread's error object.
-  void raise(HRESULT hr, std::wstring_view member, JSValueRef* exception);
-  void raise_text(const wchar_t* text, HRESULT hr, JSValueRef* exception);
-  void raise_type_error(const wchar_t* text, JSValueRef* exception);
-  void raise_reference_error(const wchar_t* text, JSValueRef* exception);
-  void raise_out_of_stack(JSValueRef* exception);
+  Raised raise(HRESULT hr, std::wstring_view member, JSValueRef* exception);
+  Raised raise_text(const wchar_t* text, HRESULT hr, JSValueRef* exception);
+  Raised raise_type_error(const wchar_t* text, JSValueRef* exception);
+  Raised raise_reference_error(const wchar_t* text, JSValueRef* exception);
+  Raised raise_out_of_stack(JSValueRef* exception);
   // For the member that was found missing, if it was read just now; else nothing is raised.
   void raise_missing(JSValueRef* exception);
 

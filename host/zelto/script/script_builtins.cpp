@@ -23,12 +23,13 @@ JSValueRef entry(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count, 
   return value ? value : JSValueMakeUndefined(ctx);
 }
 
-void write(Realm& realm, const VARIANT& value, JSValueRef* exception) {
+JSValueRef write(Realm& realm, const VARIANT& value, JSValueRef* exception) {
   CComPtr<ZeltoTypeLibrary::IResponse> output(realm.globals().output());
   if (!output) return realm.errors().raise_text(L"This script has no page to write to", E_UNEXPECTED, exception);
   clear_error();
   const HRESULT hr = output->Write(value);
   realm.errors().check(hr, L"Write", exception);
+  return nullptr;
 }
 
 // html(n): the program's n-th piece of page text.
@@ -37,16 +38,14 @@ JSValueRef html(Realm& realm, std::size_t count, const JSValueRef* values, JSVal
   const double number = count > 0 ? JSValueToNumber(realm.context(), values[0], nullptr) : -1;
   const language::Program* program = realm.running();
   if (!program || !(number >= 0) || number >= static_cast<double>(program->literals.size())) return nullptr;
-  write(realm, korlib::borrowed(program->literals[static_cast<std::size_t>(number)]), exception);
-  return nullptr;
+  return write(realm, korlib::borrowed(program->literals[static_cast<std::size_t>(number)]), exception);
 }
 
 // out(value): `<%= value %>` is Response.Write(value), for every kind of value.
 JSValueRef out(Realm& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
   if (count == 0 || !realm.calls().may_call(exception)) return nullptr;
   CComVariant value;
-  if (realm.values().to_variant(values[0], &value, exception)) write(realm, value, exception);
-  return nullptr;
+  return realm.values().to_variant(values[0], &value, exception) ? write(realm, value, exception) : nullptr;
 }
 
 // at(callee, ...arguments): a reference to the call.

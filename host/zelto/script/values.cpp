@@ -74,10 +74,8 @@ bool Values::date_to_variant(JSObjectRef date, VARIANT* out, JSValueRef* excepti
 bool Values::bigint_to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception) {
   const std::int64_t number = JSValueToInt64(context_, value, exception);
   if (*exception) return false;
-  if (JSValueCompareInt64(context_, value, number, exception) != kJSRelationConditionEqual) {
-    errors_.raise(DISP_E_OVERFLOW, {}, exception);
-    return false;
-  }
+  if (JSValueCompareInt64(context_, value, number, exception) != kJSRelationConditionEqual)
+    return errors_.raise(DISP_E_OVERFLOW, {}, exception);
   out->vt = VT_I8;
   out->llVal = number;
   return true;
@@ -87,10 +85,7 @@ bool Values::string_to_variant(JSValueRef value, VARIANT* out, JSValueRef* excep
   const JsString text(JSValueToStringCopy(context_, value, exception));
   if (!text.get()) return false;
   out->bstrVal = new_bstr(text.view());
-  if (!out->bstrVal) {
-    errors_.raise(E_OUTOFMEMORY, {}, exception);
-    return false;
-  }
+  if (!out->bstrVal) return errors_.raise(E_OUTOFMEMORY, {}, exception);
   out->vt = VT_BSTR;
   return true;
 }
@@ -143,8 +138,7 @@ JSValueRef Values::number_to_script(const VARIANT& value, JSValueRef* exception)
   CComVariant number;
   const HRESULT hr = VariantChangeType(&number, &value, 0, VT_R8);
   if (SUCCEEDED(hr)) return JSValueMakeNumber(context_, number.dblVal);
-  errors_.raise(hr, {}, exception);
-  return nullptr;
+  return errors_.raise(hr, {}, exception);
 }
 
 // What a value points to.
@@ -160,8 +154,7 @@ JSValueRef Values::referenced_to_script(const VARIANT& value, JSValueRef* except
   CComVariant copy;
   const HRESULT hr = VariantCopyInd(&copy, &value);
   if (SUCCEEDED(hr)) return to_script(copy, exception);
-  errors_.raise(hr, {}, exception);
-  return nullptr;
+  return errors_.raise(hr, {}, exception);
 }
 
 bool Values::to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception) {
@@ -188,8 +181,7 @@ bool Values::to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception) {
     case kJSTypeSymbol:
       break;
   }
-  errors_.raise_type_error(L"A symbol has no value outside of the script", exception);
-  return false;
+  return errors_.raise_type_error(L"A symbol has no value outside of the script", exception);
 }
 
 JSValueRef Values::to_script(const VARIANT& value, JSValueRef* exception) {

@@ -106,7 +106,7 @@ TEST_F(RealmLife, StopsAScriptThatTakesTooMuchMemory) {
     EXPECT_EQ(Outcome::out_of_memory, run(script).kind) << narrow(script);
     realm.reset();
     open_realm();
-    // What the last page held is no fault of the next one, but for a little that the engine takes for reachable
+    // The next page is not blamed for what the last one held, but for a little that the engine takes for reachable
     // because an old address lies on the stack. Garbage, here some 300 MB of it, is none either.
     engine.set_memory_limit(std::size_t{160} << 20);
     must_run(L"for (var i = 0; i < 3e6; i++) ({ list: [i] })");

@@ -151,7 +151,7 @@ TEST_F(Values, ThatAreReferencesAreFollowed) {
   outer.pvarVal = &inner;
   CComPtr<IDispatch> function;
   must_run(L"var got; function take(v) { got = v }");
-  const CComVariant take = global(L"take");  // a function is no property that can be read
+  const CComVariant take = global(L"take");  // a function cannot be read as a property
   EXPECT_EQ(VT_EMPTY, take.vt);
   must_run(L"o.Keep(take)");
   DISPPARAMS params{&outer, nullptr, 1, 0};
