@@ -6,8 +6,10 @@
 #include <cerrno>
 #include <climits>
 #include <deque>
+#include <ranges>
 
 #include "text/charset.h"
+#include "text/path_segments.h"
 
 namespace zelto {
 
@@ -17,14 +19,7 @@ constexpr int kMostLinks = 40;
 
 // Puts the segments of `path` in front of those that are still to be walked.
 void push_segments(std::deque<std::string>& ahead, std::string_view path) {
-  std::deque<std::string> segments;
-  while (!path.empty()) {
-    const std::size_t end = path.find('/');
-    const std::string_view segment = path.substr(0, end);
-    path.remove_prefix(end == std::string_view::npos ? path.size() : end + 1);
-    if (!segment.empty() && segment != ".") segments.emplace_back(segment);
-  }
-  ahead.insert(ahead.begin(), segments.begin(), segments.end());
+  for (const std::string_view segment : path_segments(path) | std::views::reverse) ahead.emplace_front(segment);
 }
 
 std::optional<std::string> current_folder() {
@@ -70,6 +65,7 @@ std::optional<std::string> canonical_path(std::string_view path) {
   while (!ahead.empty()) {
     const std::string segment = std::move(ahead.front());
     ahead.pop_front();
+    if (segment == ".") continue;
     if (segment == "..") {
       walked.resize(walked.empty() ? 0 : walked.rfind('/'));
       continue;
