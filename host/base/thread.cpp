@@ -2,7 +2,9 @@
 
 #include <pthread.h>
 
+#include <condition_variable>
 #include <exception>
+#include <mutex>
 #include <system_error>
 #include <utility>
 
@@ -46,6 +48,13 @@ void run_on_thread(std::size_t stack_bytes, const std::function<void()>& body) {
     });
   }
   if (thrown) std::rethrow_exception(thrown);
+}
+
+bool wait_unless_stopped(const std::stop_token& stop, std::chrono::milliseconds time) {
+  std::mutex mutex;
+  std::condition_variable_any never;
+  std::unique_lock lock(mutex);
+  return !never.wait_for(lock, stop, time, [&] { return stop.stop_requested(); });
 }
 
 }  // namespace base

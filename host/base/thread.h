@@ -1,9 +1,12 @@
-// A thread with a stack of a given size, which the standard library's threads cannot have.
+// Threads: one with a stack of a given size, which those of the standard library cannot have, and pauses that end
+// early.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <stop_token>
 
 namespace base {
 
@@ -23,5 +26,8 @@ class Thread {
 
 // Runs `body` on a thread of its own with that much stack, and waits for it. What it throws is thrown here.
 void run_on_thread(std::size_t stack_bytes, const std::function<void()>& body);
+
+// Waits. True once the time is over, false as soon as the thread is asked to stop.
+bool wait_unless_stopped(const std::stop_token& stop, std::chrono::milliseconds time);
 
 }  // namespace base

@@ -4,29 +4,17 @@
 
 #include <utility>
 
+#include "base/thread.h"
+
 namespace zelto {
 
 SessionSweeper::SessionSweeper(SessionStore& store, std::chrono::milliseconds pause, Log log)
-    : store_(store), pause_(pause), log_(std::move(log)), thread_([this] { run(); }) {}
-
-SessionSweeper::~SessionSweeper() {
-  {
-    const std::scoped_lock guard(mutex_);
-    stops_ = true;
-  }
-  stop_asked_.notify_all();
-  thread_.join();
-}
-
-void SessionSweeper::run() {
-  std::unique_lock guard(mutex_);
-  while (!stop_asked_.wait_for(guard, pause_, [this] { return stops_; })) {
-    guard.unlock();
-    store_.sweep(SessionStore::Clock::now());
-    report();
-    guard.lock();
-  }
-}
+    : store_(store), log_(std::move(log)), thread_([this, pause](const std::stop_token& stop) {
+        while (base::wait_unless_stopped(stop, pause)) {
+          store_.sweep(SessionStore::Clock::now());
+          report();
+        }
+      }) {}
 
 void SessionSweeper::report() const {
   const std::size_t evicted = store_.take_evicted();

@@ -2,9 +2,7 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <string_view>
 #include <thread>
 
@@ -17,21 +15,13 @@ class SessionSweeper {
   // `log` is called on that thread, with a line without its end.
   using Log = std::function<void(std::string_view)>;
   SessionSweeper(SessionStore& store, std::chrono::milliseconds pause, Log log);
-  ~SessionSweeper();
-  SessionSweeper(const SessionSweeper&) = delete;
-  SessionSweeper& operator=(const SessionSweeper&) = delete;
 
  private:
-  void run();
   void report() const;
 
   SessionStore& store_;
-  const std::chrono::milliseconds pause_;
   const Log log_;
-  std::mutex mutex_;
-  std::condition_variable stop_asked_;
-  bool stops_ = false;
-  std::thread thread_;
+  std::jthread thread_;
 };
 
 }  // namespace zelto
