@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <string>
 
-#include "http/head_scanner.h"
 #include "http/request_parser.h"
 #include "text_input.h"
 

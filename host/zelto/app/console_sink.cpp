@@ -17,17 +17,16 @@ void ConsoleSink::start(ResponseHead head, std::uint64_t) {
 
 void ConsoleSink::write(std::string_view bytes) { std::fwrite(bytes.data(), 1, bytes.size(), out_); }
 
-void ConsoleSink::write_file(int file, std::uint64_t offset, std::uint64_t length) {
+void ConsoleSink::write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) {
   std::array<char, 16384> piece{};
   while (length > 0) {
     const std::size_t wanted = std::min<std::uint64_t>(length, piece.size());
-    const ssize_t got = pread(file, piece.data(), wanted, static_cast<off_t>(offset));
+    const ssize_t got = pread(file.get(), piece.data(), wanted, static_cast<off_t>(offset));
     if (got <= 0) break;
     write({piece.data(), static_cast<std::size_t>(got)});
     offset += static_cast<std::uint64_t>(got);
     length -= static_cast<std::uint64_t>(got);
   }
-  close(file);
 }
 
 void ConsoleSink::append_to_log(std::string_view text) {

@@ -13,7 +13,7 @@ class ConsoleSink final : public ResponseSink {
 
   void start(ResponseHead head, std::uint64_t length) override;
   void write(std::string_view bytes) override;
-  void write_file(int file, std::uint64_t offset, std::uint64_t length) override;
+  void write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) override;
   void append_to_log(std::string_view text) override;
   void finish() override { std::fflush(out_); }
   void break_off() override { finish(); }

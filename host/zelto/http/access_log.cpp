@@ -1,9 +1,7 @@
 #include "http/access_log.h"
 
-#include <algorithm>
-#include <array>
-#include <cstdio>
-#include <ctime>
+#include <fmt/chrono.h>
+
 #include <string_view>
 
 #include "text/characters.h"
@@ -28,28 +26,14 @@ std::string escaped(std::string_view text, Text whose = Text::kClients) {
   return out.empty() ? "-" : out;
 }
 
-std::string log_date(std::chrono::system_clock::time_point when) {
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(when);
-  std::tm parts{};
-  gmtime_r(&seconds, &parts);
-  std::array<char, 64> text{};
-  const std::size_t length = std::strftime(text.data(), text.size(), "%d/%b/%Y:%H:%M:%S +0000", &parts);
-  return {text.data(), length};
-}
-
-std::string seconds_text(std::chrono::microseconds taken) {
-  std::array<char, 32> text{};
-  const int length = std::snprintf(text.data(), text.size(), "%.3f", static_cast<double>(taken.count()) / 1e6);
-  return {text.data(), static_cast<std::size_t>(std::max(length, 0))};
-}
-
 }  // namespace
 
 std::string combined_line(const AccessRecord& record) {
-  std::string line = escaped(record.remote_address);
-  line += " - - [" + log_date(record.received) + "] \"" + escaped(record.request_line) + "\" ";
-  line += std::to_string(record.status) + ' ' + std::to_string(record.body_bytes);
-  line += " \"" + escaped(record.referer) + "\" \"" + escaped(record.user_agent) + "\" " + seconds_text(record.taken);
+  const std::tm received = fmt::gmtime(std::chrono::system_clock::to_time_t(record.received));
+  std::string line = fmt::format("{} - - [{:%d/%b/%Y:%H:%M:%S} +0000] \"{}\" {} {} \"{}\" \"{}\" {:.3f}",
+                                 escaped(record.remote_address), received, escaped(record.request_line), record.status,
+                                 record.body_bytes, escaped(record.referer), escaped(record.user_agent),
+                                 static_cast<double>(record.taken.count()) / 1e6);
   if (!record.note.empty()) line += ' ' + escaped(record.note, Text::kPages);
   return line;
 }

@@ -38,12 +38,12 @@ void AnswerSender::send_bytes(const std::shared_ptr<void>& owner) {
 
 void AnswerSender::send_file(const std::shared_ptr<void>& owner) {
   Unsent& rest = sink_.unsent();
-  if (rest.file < 0) return on_sent_();
+  if (!rest.file) return on_sent_();
   std::size_t pass = 0;
   while (rest.length > 0 && pass < kFilePass) {
     auto offset = static_cast<off_t>(rest.offset);
     const auto most = static_cast<std::size_t>(std::min<std::uint64_t>(rest.length, kFilePass));
-    const ssize_t sent = ::sendfile(socket_.native_handle(), rest.file, &offset, most);
+    const ssize_t sent = ::sendfile(socket_.native_handle(), rest.file.get(), &offset, most);
     if (sent < 0 && errno == EINTR) continue;
     if (sent < 0 && errno == EAGAIN) break;
     if (sent <= 0) {  // the client has gone, or the file has become shorter

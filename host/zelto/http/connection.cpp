@@ -13,7 +13,7 @@
 
 #include "base/letter_case.h"
 #include "http/framing.h"
-#include "site/static_files.h"
+#include "http/status.h"
 
 namespace zelto {
 
@@ -25,15 +25,7 @@ constexpr std::size_t kReadSize = std::size_t{16} * 1024;
 constexpr std::size_t kBodyReadSize = std::size_t{64} * 1024;
 constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
 
-constexpr int kOk = 200;
-constexpr int kBadRequest = 400;
-constexpr int kRequestTimeout = 408;
-constexpr int kTargetTooLong = 414;
-constexpr int kHeadTooLarge = 431;
-constexpr int kServerError = 500;
-constexpr int kUnavailable = 503;
-
-// What a proxy says about its own client. Two opinions may be one of the client's own.
+// What a proxy says about its own client. Of two headers, one may have come from that client.
 bool came_encrypted(const HttpRequest& request, const std::vector<std::string>& trusted_proxies) {
   if (std::ranges::find(trusted_proxies, request.remote_address) == trusted_proxies.end()) return false;
   const auto is_said = [](const Header& header) { return base::equal_ascii(header.name, "X-Forwarded-Proto"); };
@@ -56,6 +48,7 @@ Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> ter
       terms_(std::move(terms)),
       shared_(shared),
       deadline_(socket_.get_executor(), [this] { on_timeout(); }),
+      reader_(limits()),
       read_rate_(limits().body_timeout, limits().body_rate),
       sender_(socket_, sink_, deadline_, limits().send_timeout, [this] { on_sent(); }) {}
 
@@ -68,7 +61,6 @@ void Connection::start() {
 void Connection::begin() {
   Error ignored;
   socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
-  scanner_.emplace(limits().header_bytes, limits().header_lines);
   arm(limits().header_timeout);
   read_head();
 }
@@ -76,7 +68,7 @@ void Connection::begin() {
 void Connection::answer_busy() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     self->fill_record("-");
-    self->answer_plainly(kUnavailable, {{"Retry-After", "5"}}, false);
+    self->answer_plainly(status::kUnavailable, {{"Retry-After", "5"}}, false);
   });
 }
 
@@ -103,12 +95,10 @@ void Connection::abort() {
 // --- receiving
 
 void Connection::receive(Step next) {
-  held_ = input_.size();
-  const std::size_t more = phase_ == Phase::kBody ? kBodyReadSize : kReadSize;
-  input_.resize(held_ + more);
-  socket_.async_read_some(asio::buffer(input_.data() + held_, more),
+  const auto room = reader_.room(phase_ == Phase::kBody ? kBodyReadSize : kReadSize);
+  socket_.async_read_some(asio::buffer(room.data(), room.size()),
                           [self = shared_from_this(), next](const Error& error, std::size_t count) {
-                            self->input_.resize(self->held_ + count);
+                            self->reader_.received(count);
                             self->on_received(error, next);
                           });
 }
@@ -116,42 +106,22 @@ void Connection::receive(Step next) {
 void Connection::on_received(const Error& error, Step next) {
   if (phase_ == Phase::kClosed) return;
   if (timed_out_)
-    refuse(kRequestTimeout);
+    refuse(status::kRequestTimeout);
   else if (error)
     close();
   else
     (this->*next)();
 }
 
-// Some clients end a body with a line break too many.
-void Connection::skip_line_breaks() {
-  std::size_t skipped = 0;
-  while (std::string_view(input_).substr(skipped).starts_with("\r\n")) skipped += 2;
-  if (skipped == 0) return;
-  input_.erase(0, skipped);
-  scanner_.emplace(limits().header_bytes, limits().header_lines);
-}
-
 void Connection::read_head() {
-  skip_line_breaks();
-  if (input_.empty()) return receive(&Connection::read_head);
-  if (phase_ == Phase::kIdle) {
+  const auto progress = reader_.read_head();
+  if (phase_ == Phase::kIdle && (reader_.has_begun() || progress != RequestReader::Progress::kMore)) {
     phase_ = Phase::kHead;
     arm(limits().header_timeout);
   }
-  switch (scanner_->scan(input_)) {
-    case HeadScanner::Verdict::kMore:
-      return receive(&Connection::read_head);
-    case HeadScanner::Verdict::kComplete:
-      return on_head(scanner_->size());
-    case HeadScanner::Verdict::kTargetTooLong:
-      return refuse(kTargetTooLong);
-    case HeadScanner::Verdict::kTooLarge:
-      return refuse(kHeadTooLarge);
-    case HeadScanner::Verdict::kBareLineFeed:
-    case HeadScanner::Verdict::kFolded:
-      return refuse(kBadRequest);
-  }
+  if (progress == RequestReader::Progress::kMore) return receive(&Connection::read_head);
+  if (progress == RequestReader::Progress::kRefused) return refuse(reader_.status());
+  on_head();
 }
 
 void Connection::fill_record(std::string_view request_line) {
@@ -164,19 +134,14 @@ void Connection::fill_record(std::string_view request_line) {
   began_ = Clock::now();
 }
 
-void Connection::on_head(std::size_t size) {
-  const std::string_view head = std::string_view(input_).substr(0, size);
-  fill_record(head.substr(0, head.find('\r')));
-  parser_.emplace(limits());
-  const int status = parser_->parse_head(head);
-  input_.erase(0, size);
-  if (status != kOk) return refuse(status);
-  const HttpRequest& request = parser_->request();
+void Connection::on_head() {
+  fill_record(reader_.request_line());
+  const HttpRequest& request = reader_.request();
   if (const auto* referer = request.header("Referer")) record_.referer = *referer;
   if (const auto* agent = request.header("User-Agent")) record_.user_agent = *agent;
   ++served_;
   last_ |= !wants_keep_alive(request) || served_ >= limits().keep_alive_requests;
-  if (parser_->needs_body())
+  if (reader_.needs_body())
     begin_body();
   else
     submit();
@@ -185,12 +150,9 @@ void Connection::on_head(std::size_t size) {
 void Connection::begin_body() {
   phase_ = Phase::kBody;
   read_rate_.begin(Clock::now());
-  if (!expects_continue(parser_->request()) || !input_.empty()) return read_body();
+  if (!reader_.awaits_continue()) return read_body();
   std::size_t used = 0;
-  if (parser_->parse_body({}, used) == RequestParser::Progress::kTooLarge) {
-    unread_input_ = true;
-    return submit();
-  }
+  if (reader_.read_body(used) == RequestReader::Progress::kTooLarge) return submit_unread();
   arm(limits().send_timeout);
   asio::async_write(socket_, asio::buffer(kContinue.data(), kContinue.size()),
                     [self = shared_from_this()](const Error& error, std::size_t) {
@@ -200,32 +162,32 @@ void Connection::begin_body() {
 
 void Connection::read_body() {
   std::size_t used = 0;
-  const auto progress = parser_->parse_body(input_, used);
-  input_.erase(0, used);
-  switch (progress) {
-    case RequestParser::Progress::kDone:
+  switch (reader_.read_body(used)) {
+    case RequestReader::Progress::kDone:
       return submit();
-    case RequestParser::Progress::kBad:
-      return refuse(kBadRequest);
-    case RequestParser::Progress::kTooLarge:
-      unread_input_ = true;
-      return submit();
-    case RequestParser::Progress::kMore:
+    case RequestReader::Progress::kTooLarge:
+      return submit_unread();
+    case RequestReader::Progress::kRefused:
+      return refuse(reader_.status());
+    case RequestReader::Progress::kMore:
       break;
   }
-  // What is left now is one chunk's line or a trailer.
-  if (input_.size() > limits().header_bytes) return refuse(kBadRequest);
-  if (read_rate_.is_too_slow(used, Clock::now())) return refuse(kRequestTimeout);
+  if (read_rate_.is_too_slow(used, Clock::now())) return refuse(status::kRequestTimeout);
   arm(limits().body_timeout);
   receive(&Connection::read_body);
 }
 
 // --- answering
 
+void Connection::submit_unread() {
+  unread_input_ = true;
+  submit();
+}
+
 void Connection::submit() {
   phase_ = Phase::kAnswering;
   arm(Duration::zero());
-  HttpRequest& request = parser_->request();
+  HttpRequest& request = reader_.request();
   Error error;
   const auto local = socket_.local_endpoint(error);
   if (!error) request.local_address = local.address().to_string();
@@ -242,17 +204,17 @@ void Connection::submit() {
   in_worker_ = true;
   if (shared_.pool.submit(shared_from_this())) return;
   in_worker_ = false;
-  answer_plainly(kUnavailable, {{"Retry-After", "1"}}, !last_ && !unread_input_);
+  answer_plainly(status::kUnavailable, {{"Retry-After", "1"}}, !last_ && !unread_input_);
 }
 
 void Connection::run(Worker& worker) {
   try {
     try {
-      worker.handle(std::move(parser_->request()), sink_);
+      worker.handle(std::move(reader_.request()), sink_);
     } catch (...) {
       if (sink_.started()) sink_.abandon();
     }
-    if (!sink_.started()) serve_status(sink_, kServerError, "The page gave no answer.");
+    if (!sink_.started()) serve_status(sink_, status::kServerError, "The page gave no answer.");
     if (!sink_.finished()) sink_.abandon();
   } catch (...) {
     sink_.abandon();
@@ -270,15 +232,13 @@ void Connection::on_answered() {
 
 void Connection::refuse(int status) {
   timed_out_ = false;
-  if (phase_ == Phase::kHead && record_.request_line.empty())
-    fill_record(std::string_view(input_).substr(0, input_.find_first_of("\r\n")));
+  if (phase_ == Phase::kHead && record_.request_line.empty()) fill_record(reader_.request_line());
   unread_input_ = true;
   answer_plainly(status, {}, false);
 }
 
 void Connection::answer_plainly(int status, std::vector<Header> headers, bool keep_alive) {
-  const bool head_only = parser_ && parser_->request().method == "HEAD";
-  sink_.reset(socket_.native_handle(), {.head_only = head_only,
+  sink_.reset(socket_.native_handle(), {.head_only = reader_.asks_head_only(),
                                         .keep_alive = keep_alive,
                                         .stopping = &shared_.stopping,
                                         .send_timeout = limits().send_timeout});
@@ -308,13 +268,10 @@ void Connection::on_sent() {
 
 void Connection::next_request() {
   sink_.reset(-1, {});
-  parser_.reset();
+  reader_.next();
   record_ = AccessRecord();
-  if (input_.empty() && input_.capacity() > kReadSize) std::string().swap(input_);
-  scanner_.emplace(limits().header_bytes, limits().header_lines);
   phase_ = Phase::kIdle;
   arm(limits().keep_alive_timeout);
-  held_ = input_.size();
   // Through the queue: a client may have sent any number of requests at once.
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     if (self->phase_ == Phase::kIdle) self->read_head();
@@ -333,9 +290,8 @@ void Connection::drain() {
 }
 
 void Connection::drain_more() {
-  const std::size_t read = input_.size();
+  const std::size_t read = reader_.drop();
   drained_ += read;
-  input_.clear();
   if (drained_ > limits().drain_bytes || read_rate_.is_too_slow(read, Clock::now())) return close();
   arm(limits().drain_timeout);
   receive(&Connection::drain_more);
@@ -361,6 +317,6 @@ void Connection::on_timeout() {
   socket_.cancel();  // whatever waits for the client now fails
 }
 
-bool Connection::is_idle() const { return phase_ == Phase::kIdle || (phase_ == Phase::kHead && held_ == 0); }
+bool Connection::is_idle() const { return phase_ == Phase::kIdle || (phase_ == Phase::kHead && !reader_.has_begun()); }
 
 }  // namespace zelto

@@ -6,16 +6,14 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "http/access_log.h"
 #include "http/answer_sender.h"
 #include "http/deadline.h"
-#include "http/head_scanner.h"
-#include "http/read_rate.h"
-#include "http/request_parser.h"
-#include "http/server.h"
+#include "http/limits.h"
+#include "http/request_reader.h"
 #include "http/socket_sink.h"
 #include "http/worker_pool.h"
 
@@ -64,16 +62,16 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   enum class Phase { kIdle, kHead, kBody, kAnswering, kSending, kDraining, kClosed };
 
   void begin();
-  void skip_line_breaks();
-  void read_head();
-  void on_head(std::size_t size);
-  void begin_body();
-  void read_body();
   void receive(Step next);
   void on_received(const Error& error, Step next);
+  void read_head();
+  void on_head();
+  void begin_body();
+  void read_body();
 
   void fill_record(std::string_view request_line);
   void submit();
+  void submit_unread();
   void on_answered();
   void refuse(int status);
   void answer_plainly(int status, std::vector<Header> headers, bool keep_alive);
@@ -105,10 +103,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
 
   Clock::time_point began_;
 
-  std::string input_;     // received and not yet consumed, with room behind it while more is awaited
-  std::size_t held_ = 0;  // the part of it that is received, meanwhile
-  std::optional<HeadScanner> scanner_;
-  std::optional<RequestParser> parser_;
+  RequestReader reader_;
   ReadRate read_rate_;  // of a body, or of what is drained
   std::uint64_t drained_ = 0;
   AccessRecord record_;

@@ -1,14 +1,16 @@
-// The moment by which a connection's client must have done something.
+// How long a connection's client is waited for.
 #pragma once
 
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
 namespace zelto {
 
+// The moment by which the client must have done something.
 // One timer, moved only when the deadline comes nearer: a request arms several, and mostly meets them all.
 // Everything happens on the executor, which must be a strand.
 class Deadline {
@@ -31,6 +33,27 @@ class Deadline {
   Clock::time_point at_ = Clock::time_point::max();
   Clock::time_point timer_at_ = Clock::time_point::max();
   bool stopped_ = false;
+};
+
+// Whether a client sends fast enough to be waited for.
+// Judges one span of time after the other, each by itself: what a client sent quickly at first buys it no
+// patience later on.
+class ReadRate {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  // `least` bytes a second in every `span`. A span of zero asks for nothing.
+  ReadRate(std::chrono::milliseconds span, std::uint64_t least) : span_(span), least_(least) {}
+
+  void begin(Clock::time_point now);
+  // Counts what was read. True when that ends a span in which it was too little.
+  bool is_too_slow(std::uint64_t bytes, Clock::time_point now);
+
+ private:
+  std::chrono::milliseconds span_;
+  std::uint64_t least_;
+  Clock::time_point began_;
+  std::uint64_t bytes_ = 0;
 };
 
 }  // namespace zelto

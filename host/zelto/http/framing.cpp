@@ -5,17 +5,13 @@
 #include <string_view>
 
 #include "base/letter_case.h"
-#include "http/host_name.h"
+#include "http/status.h"
+#include "http/target.h"
 #include "text/http_grammar.h"
 
 namespace zelto {
 
 namespace {
-
-constexpr int kOk = 200;
-constexpr int kBadRequest = 400;
-constexpr int kExpectationFailed = 417;
-constexpr int kNotImplemented = 501;
 
 std::ptrdiff_t count_of(const HttpRequest& request, std::string_view name) {
   return std::ranges::count_if(request.headers, [&](const Header& h) { return base::equal_ascii(h.name, name); });
@@ -47,32 +43,32 @@ int check_transfer_coding(const HttpRequest& request) {
         ++unknown;
     });
   }
-  if (!present) return kOk;
-  if (request.minor_version == 0 || request.header("Content-Length")) return kBadRequest;
-  if (unknown > 0) return kNotImplemented;
-  return chunked == 1 && others == 0 ? kOk : kBadRequest;
+  if (!present) return status::kOk;
+  if (request.minor_version == 0 || request.header("Content-Length")) return status::kBadRequest;
+  if (unknown > 0) return status::kNotImplemented;
+  return chunked == 1 && others == 0 ? status::kOk : status::kBadRequest;
 }
 
 int check_length(const HttpRequest& request) {
-  if (count_of(request, "Content-Length") > 1) return kBadRequest;
+  if (count_of(request, "Content-Length") > 1) return status::kBadRequest;
   const std::string* length = request.header("Content-Length");
   const auto digit = [](char c) { return c >= '0' && c <= '9'; };
-  return !length || (!length->empty() && std::ranges::all_of(*length, digit)) ? kOk : kBadRequest;
+  return !length || (!length->empty() && std::ranges::all_of(*length, digit)) ? status::kOk : status::kBadRequest;
 }
 
 int check_host(const HttpRequest& request) {
   const auto hosts = count_of(request, "Host");
-  if (hosts > 1 || (hosts == 0 && request.minor_version > 0)) return kBadRequest;
-  if (hosts == 0) return kOk;
-  return is_host(*request.header("Host")) ? kOk : kBadRequest;
+  if (hosts > 1 || (hosts == 0 && request.minor_version > 0)) return status::kBadRequest;
+  if (hosts == 0) return status::kOk;
+  return is_host(*request.header("Host")) ? status::kOk : status::kBadRequest;
 }
 
 int check_expectation(const HttpRequest& request) {
-  if (request.minor_version == 0) return kOk;  // such a client cannot expect anything
+  if (request.minor_version == 0) return status::kOk;  // such a client cannot expect anything
   const auto is_unknown = [](const Header& header) {
     return base::equal_ascii(header.name, "Expect") && !base::equal_ascii(header.value, "100-continue");
   };
-  return std::ranges::none_of(request.headers, is_unknown) ? kOk : kExpectationFailed;
+  return std::ranges::none_of(request.headers, is_unknown) ? status::kOk : status::kExpectationFailed;
 }
 
 }  // namespace
@@ -80,8 +76,8 @@ int check_expectation(const HttpRequest& request) {
 int check_framing(const HttpRequest& request) {
   constexpr std::array<std::string_view, 7> kMethods = {"GET", "HEAD", "POST", "PUT", "DELETE", "PATCH", "OPTIONS"};
   for (const auto check : {check_transfer_coding, check_length, check_host})
-    if (const int status = check(request); status != kOk) return status;
-  if (std::ranges::find(kMethods, request.method) == kMethods.end()) return kNotImplemented;
+    if (const int status = check(request); status != status::kOk) return status;
+  if (std::ranges::find(kMethods, request.method) == kMethods.end()) return status::kNotImplemented;
   return check_expectation(request);
 }
 

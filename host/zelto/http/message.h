@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/file_descriptor.h"
 #include "http/body.h"
 
 namespace zelto {
@@ -39,10 +40,13 @@ struct HttpRequest {
   const std::string* header(std::string_view name) const;
 };
 
+// Whether the connection alone writes headers of that name: one from a page would repeat or contradict its own.
+bool is_connection_header(std::string_view name);
+
 struct ResponseHead {
   int status = 200;
   std::string reason = "OK";
-  std::vector<Header> headers;  // without Content-Length, Transfer-Encoding, Connection, Date, Server
+  std::vector<Header> headers;  // those of the connection are not sent
 };
 
 // Where a response goes. One thread calls it, in the order start, write…, finish or break_off. A client that has
@@ -56,9 +60,8 @@ class ResponseSink {
   virtual void start(ResponseHead head, std::uint64_t length) = 0;
   // Blocks while the client is slow, up to the send time-out.
   virtual void write(std::string_view bytes) = 0;
-  // In place of the last write: `length` bytes of the file from `offset`. The sink owns `file` from here
-  // and sends it without keeping the calling thread.
-  virtual void write_file(int file, std::uint64_t offset, std::uint64_t length) = 0;
+  // In place of the last write: `length` bytes of the file from `offset`, sent without keeping the calling thread.
+  virtual void write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) = 0;
   virtual void finish() = 0;
   // In place of finish(), when the response cannot be completed: sends what was written, then ends the connection so
   // that the client sees that the rest is missing.

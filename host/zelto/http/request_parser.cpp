@@ -7,6 +7,7 @@
 
 #include "base/letter_case.h"
 #include "http/framing.h"
+#include "http/status.h"
 #include "http/target.h"
 
 namespace zelto {
@@ -15,10 +16,6 @@ namespace beast = boost::beast;
 namespace http = beast::http;
 
 namespace {
-
-constexpr int kOk = 200;
-constexpr int kBadRequest = 400;
-constexpr int kVersionNotSupported = 505;
 
 std::string_view to_view(beast::string_view text) { return {text.data(), text.size()}; }
 
@@ -45,6 +42,22 @@ void set_host(HttpRequest& request, std::string&& host) {
 }
 
 }  // namespace
+
+HeadScanner::Verdict HeadScanner::scan(std::string_view received) {
+  for (;;) {
+    const auto end = received.find('\n', scanned_);
+    const std::size_t seen = end == std::string_view::npos ? received.size() : end + 1;
+    if (seen > most_bytes_) return lines_ == 0 ? Verdict::kTargetTooLong : Verdict::kTooLarge;
+    scanned_ = seen;
+    if (end == std::string_view::npos) return Verdict::kMore;
+    if (end == line_begin_ || received[end - 1] != '\r') return Verdict::kBareLineFeed;
+    const std::string_view line = received.substr(line_begin_, end - 1 - line_begin_);
+    line_begin_ = seen;
+    if (line.empty()) return Verdict::kComplete;
+    if (lines_ > 0 && (line.front() == ' ' || line.front() == '\t')) return Verdict::kFolded;
+    if (lines_++ > most_lines_) return Verdict::kTooLarge;
+  }
+}
 
 class RequestParser::Impl : public http::basic_parser<true> {
  public:
@@ -121,10 +134,10 @@ RequestParser::~RequestParser() = default;
 int RequestParser::parse_head(std::string_view head) {
   beast::error_code ec;
   impl_->put(boost::asio::buffer(head.data(), head.size()), ec);
-  if (ec == http::error::bad_version && names_a_version(head)) return kVersionNotSupported;
-  if (ec || !impl_->is_header_done()) return kBadRequest;
+  if (ec == http::error::bad_version && names_a_version(head)) return status::kVersionNotSupported;
+  if (ec || !impl_->is_header_done()) return status::kBadRequest;
   HttpRequest& request = impl_->request;
-  if (const int status = check_framing(request); status != kOk) return status;
+  if (const int status = check_framing(request); status != status::kOk) return status;
   Target target = parse_target(request.target);
   request.path = std::move(target.path);
   request.query = std::move(target.query);
@@ -149,5 +162,7 @@ RequestParser::Progress RequestParser::parse_body(std::string_view received, std
 }
 
 HttpRequest& RequestParser::request() { return impl_->request; }
+
+const HttpRequest& RequestParser::request() const { return impl_->request; }
 
 }  // namespace zelto

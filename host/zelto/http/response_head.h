@@ -9,12 +9,6 @@
 
 namespace zelto {
 
-// The standard reason of a status, "Not Found"; "Unknown" for others.
-std::string_view reason_of(int status);
-
-// True for the answers that never have a body.
-constexpr bool is_bodiless(int status) { return status / 100 == 1 || status == 204 || status == 304; }
-
 enum class Framing { kLength, kChunked, kUntilClose, kNone };
 
 // The head as sent, with its empty line. The connection's own headers are written by it alone: those of

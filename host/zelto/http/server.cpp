@@ -73,7 +73,6 @@ class Server::Impl {
     for (const auto& connection : connections()) connection->abort();
     pool_.stop();
     io_.stop();
-    for (std::thread& thread : threads_) thread.join();
     threads_.clear();
     return all_answered_;
   }
@@ -143,11 +142,11 @@ class Server::Impl {
   }
 
   std::vector<std::shared_ptr<Connection>> connections() {
-    std::vector<std::shared_ptr<Connection>> held;
+    std::vector<std::shared_ptr<Connection>> alive;
     const std::lock_guard lock(lock_);
     for (const auto& [key, weak] : connections_)
-      if (auto connection = weak.lock()) held.push_back(std::move(connection));
-    return held;
+      if (auto connection = weak.lock()) alive.push_back(std::move(connection));
+    return alive;
   }
 
   void forget(Connection* connection) {
@@ -175,7 +174,7 @@ class Server::Impl {
   asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};
   tcp::acceptor acceptor_{io_};
   asio::steady_timer retry_{io_};
-  std::vector<std::thread> threads_;
+  std::vector<std::jthread> threads_;
   std::uint16_t port_ = 0;
   bool stopped_ = false;
   bool all_answered_ = true;

@@ -3,14 +3,15 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <utility>
 
 #include "http/response_head.h"
+#include "http/status.h"
 
 namespace zelto {
 
@@ -29,15 +30,7 @@ std::string chunk_header(std::size_t size) {
 
 }  // namespace
 
-SocketSink::~SocketSink() { drop_file(); }
-
-void SocketSink::drop_file() {
-  if (unsent_.file >= 0) ::close(unsent_.file);
-  unsent_.file = -1;
-}
-
 void SocketSink::reset(int socket, const Terms& terms) {
-  drop_file();
   socket_ = socket;
   terms_ = terms;
   started_ = finished_ = failed_ = broken_off_ = chunked_ = until_close_ = false;
@@ -85,12 +78,9 @@ void SocketSink::write(std::string_view bytes) {
   if (chunked_) unsent_.bytes += "\r\n";
 }
 
-void SocketSink::write_file(int file, std::uint64_t offset, std::uint64_t length) {
-  if (!started_ || finished_ || failed_ || !has_body_ || chunked_ || length > remaining_ || unsent_.file >= 0) {
-    ::close(file);
-    return;
-  }
-  unsent_.file = file;
+void SocketSink::write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) {
+  if (!started_ || finished_ || failed_ || !has_body_ || chunked_ || length > remaining_ || unsent_.file) return;
+  unsent_.file = std::move(file);
   unsent_.offset = offset;
   unsent_.length = length;
   if (remaining_ != kUnknownLength) remaining_ -= length;
@@ -171,8 +161,7 @@ void SocketSink::wait_writable() {
 
 void SocketSink::fail() {
   failed_ = true;
-  unsent_.bytes.clear();
-  drop_file();
+  unsent_ = Unsent();
 }
 
 bool SocketSink::connected() const {

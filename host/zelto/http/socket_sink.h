@@ -15,7 +15,7 @@ namespace zelto {
 // end of an answer that is complete.
 struct Unsent {
   std::string bytes;
-  int file = -1;
+  base::FileDescriptor file;
   std::uint64_t offset = 0;
   std::uint64_t length = 0;
 };
@@ -23,11 +23,6 @@ struct Unsent {
 class SocketSink final : public ResponseSink {
  public:
   using Duration = std::chrono::milliseconds;
-
-  SocketSink() = default;
-  ~SocketSink() override;
-  SocketSink(const SocketSink&) = delete;
-  SocketSink& operator=(const SocketSink&) = delete;
 
   struct Terms {
     bool head_only = false;
@@ -43,7 +38,7 @@ class SocketSink final : public ResponseSink {
 
   void start(ResponseHead head, std::uint64_t length) override;
   void write(std::string_view bytes) override;
-  void write_file(int file, std::uint64_t offset, std::uint64_t length) override;
+  void write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) override;
   void finish() override;
   void break_off() override;
   bool connected() const override;
@@ -67,7 +62,6 @@ class SocketSink final : public ResponseSink {
   bool send_some(std::string_view& first, std::string_view& second);
   void wait_writable();
   void fail();
-  void drop_file();
 
   int socket_ = -1;
   Terms terms_;

@@ -1,28 +1,29 @@
 #include "http/target.h"
 
+#include <korlib_host/unicode.h>
+
+#include <algorithm>
 #include <optional>
-#include <vector>
+#include <utility>
 
 #include "base/letter_case.h"
-#include "http/host_name.h"
+#include "http/status.h"
 #include "text/characters.h"
+#include "text/path_segments.h"
 #include "text/percent_coding.h"
 
 namespace zelto {
 
 namespace {
 
-constexpr int kBadRequest = 400;
-constexpr int kNotFound = 404;
-
-// Decodes one segment; nothing when an escape is malformed or stands for a character that no segment has.
-std::optional<std::string> decode_segment(std::string_view segment) {
+// Decodes the path once; nothing when an escape is malformed or stands for a character that no path has.
+std::optional<std::string> decode_path(std::string_view path) {
   std::string decoded;
-  decoded.reserve(segment.size());
-  for (std::size_t at = 0; at < segment.size(); ++at) {
-    char c = segment[at];
+  decoded.reserve(path.size());
+  for (std::size_t at = 0; at < path.size(); ++at) {
+    char c = path[at];
     if (c == '%') {
-      const auto byte = escaped_byte(segment.substr(at));
+      const auto byte = escaped_byte(path.substr(at));
       if (!byte || *byte == '/') return std::nullopt;
       c = *byte;
       at += 2;
@@ -35,29 +36,8 @@ std::optional<std::string> decode_segment(std::string_view segment) {
   return decoded;
 }
 
-// The length of the well-formed UTF-8 sequence at the front of `text`, 0 when there is none.
-std::size_t sequence_length(std::string_view text) {
-  const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-  const unsigned char lead = byte(0);
-  if (lead < 0x80) return 1;
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
-  for (std::size_t at = 1; at < length; ++at)
-    if ((byte(at) & 0xC0) != 0x80) return 0;
-  const bool overlong = (lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xF0 && byte(1) < 0x90);
-  const bool surrogate = lead == 0xED && byte(1) > 0x9F;
-  const bool beyond = lead == 0xF4 && byte(1) > 0x8F;
-  return overlong || surrogate || beyond ? 0 : length;
-}
-
-bool is_utf8(std::string_view text) {
-  while (!text.empty()) {
-    const std::size_t length = sequence_length(text);
-    if (length == 0) return false;
-    text.remove_prefix(length);
-  }
-  return true;
-}
+// What is not well-formed comes back as a replacement character.
+bool is_utf8(std::string_view text) { return korlib::to_utf8(korlib::to_wide(text)) == text; }
 
 // Names that other systems map onto an existing file: "page.asp.", "page.asp ", "page.asp::$DATA".
 bool is_alias_name(std::string_view name) {
@@ -68,6 +48,21 @@ Target refused(int status) {
   Target target;
   target.status = status;
   return target;
+}
+
+bool is_host_name(std::string_view name) {
+  constexpr std::string_view kNever = "/\\@?#,;\"'<>(){}|^` :[]";
+  return std::ranges::all_of(name,
+                             [&](char c) { return c > ' ' && c < 0x7F && kNever.find(c) == std::string_view::npos; });
+}
+
+// What stands between the brackets of "[::1]".
+bool is_bracketed_address(std::string_view address) {
+  return !address.empty() && address.find_first_not_of("0123456789abcdefABCDEF:.") == std::string_view::npos;
+}
+
+bool is_port(std::string_view rest) {
+  return rest.empty() || (rest.front() == ':' && rest.find_first_not_of("0123456789", 1) == std::string_view::npos);
 }
 
 // Takes "http://host" off the front of an absolute target; nothing when it is no such target.
@@ -85,42 +80,38 @@ std::optional<std::string_view> take_authority(std::string_view& target) {
 
 }  // namespace
 
+// By hand, not with Boost.URL: that one refuses characters that clients send as they are ("{", "|", "^"), and would
+// leave all of what is refused here to be found afterwards.
 Target parse_target(std::string_view text) {
-  if (text.empty()) return refused(kBadRequest);
+  if (text.empty()) return refused(status::kBadRequest);
   Target target;
   if (text.front() != '/') {
     const auto authority = take_authority(text);
-    if (!authority) return refused(kBadRequest);
+    if (!authority) return refused(status::kBadRequest);
     target.authority = *authority;
   }
-  if (text.find('#') != std::string_view::npos) return refused(kBadRequest);
+  if (text.find('#') != std::string_view::npos) return refused(status::kBadRequest);
   const auto question = text.find('?');
   if (question != std::string_view::npos) target.query = text.substr(question + 1);
-  std::string_view path = text.substr(0, question);
-
-  std::vector<std::string> kept;
-  bool ends_open = true;  // whether the path ends with a slash
-  while (!path.empty()) {
-    path.remove_prefix(path.front() == '/' ? 1 : 0);
-    const auto slash = std::min(path.find('/'), path.size());
-    auto segment = decode_segment(path.substr(0, slash));
-    path.remove_prefix(slash);
-    if (!segment || !is_utf8(*segment)) return refused(kBadRequest);
-    ends_open = segment->empty() || *segment == "." || *segment == "..";
-    if (*segment == "..") {
-      if (kept.empty()) return refused(kBadRequest);
-      kept.pop_back();
-    } else if (!ends_open) {
-      kept.push_back(std::move(*segment));
-    }
-  }
-  for (const auto& segment : kept) {
-    if (is_alias_name(segment)) return refused(kNotFound);
-    target.path += '/';
-    target.path += segment;
-  }
-  if (ends_open || kept.empty()) target.path += '/';
+  const auto path = decode_path(text.substr(0, question));
+  if (!path || !is_utf8(*path)) return refused(status::kBadRequest);
+  auto resolved = resolve_dots(*path);
+  if (!resolved) return refused(status::kBadRequest);
+  if (std::ranges::any_of(path_segments(*resolved), is_alias_name)) return refused(status::kNotFound);
+  target.path = std::move(*resolved);
+  const std::string_view last = std::string_view(*path).substr(path->rfind('/') + 1);
+  if (target.path.empty() || last.empty() || last == "." || last == "..") target.path += '/';
   return target;
+}
+
+bool is_host(std::string_view text) {
+  if (text.starts_with('[')) {
+    const auto end = text.find(']');
+    return end != std::string_view::npos && is_bracketed_address(text.substr(1, end - 1)) &&
+           is_port(text.substr(end + 1));
+  }
+  const auto colon = std::min(text.find(':'), text.size());
+  return is_host_name(text.substr(0, colon)) && is_port(text.substr(colon));
 }
 
 std::string encode_path(std::string_view path) {

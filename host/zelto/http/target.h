@@ -18,6 +18,10 @@ struct Target {
 // ".." that would leave the root are refused. Empty and "." segments go; a final slash stays.
 Target parse_target(std::string_view target);
 
+// Whether the text can stand in a Host header: a name or an address, then perhaps a colon and a port. An
+// empty one is allowed there.
+bool is_host(std::string_view text);
+
 // The path with everything but unreserved characters and '/' percent-encoded.
 std::string encode_path(std::string_view path);
 

@@ -1,6 +1,5 @@
 #include "http/worker_pool.h"
 
-#include <system_error>
 #include <utility>
 
 namespace zelto {
@@ -11,23 +10,13 @@ WorkerPool::WorkerPool(WorkerFactory factory, unsigned threads, std::size_t stac
 WorkerPool::~WorkerPool() { stop(); }
 
 void WorkerPool::start() {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  int error = pthread_attr_setstacksize(&attributes, stack_);
   // One after the other: engines initialise process-wide state with the first worker.
-  for (unsigned i = 0; i < count_ && error == 0; ++i) {
-    pthread_t thread{};
-    error = pthread_create(&thread, &attributes, &WorkerPool::thread_main, this);
-    if (error != 0) break;
-    threads_.push_back(thread);
+  for (unsigned i = 0; i < count_; ++i) {
+    threads_.emplace_back(stack_, [this] { run(); });
     std::unique_lock lock(lock_);
     changed_.wait(lock, [&] { return ready_ == i + 1 || failure_; });
-    if (failure_) break;
+    if (failure_) std::rethrow_exception(failure_);
   }
-  pthread_attr_destroy(&attributes);
-  if (error != 0) throw std::system_error(error, std::generic_category(), "starting a worker thread");
-  const std::lock_guard lock(lock_);
-  if (failure_) std::rethrow_exception(failure_);
 }
 
 bool WorkerPool::submit(std::shared_ptr<Job> job) {
@@ -48,13 +37,7 @@ void WorkerPool::stop() {
     dropped.swap(queue_);
   }
   changed_.notify_all();
-  for (const pthread_t thread : threads_) pthread_join(thread, nullptr);
   threads_.clear();
-}
-
-void* WorkerPool::thread_main(void* pool) {
-  static_cast<WorkerPool*>(pool)->run();
-  return nullptr;
 }
 
 void WorkerPool::run() {

@@ -7,12 +7,10 @@
 #include <exception>
 #include <memory>
 #include <mutex>
-#include <thread>
 #include <vector>
 
-#include <pthread.h>
-
-#include "http/server.h"
+#include "base/thread.h"
+#include "http/worker.h"
 
 namespace zelto {
 
@@ -38,7 +36,6 @@ class WorkerPool {
   void stop();
 
  private:
-  static void* thread_main(void* pool);
   void run();
   std::shared_ptr<Job> next();
 
@@ -46,7 +43,7 @@ class WorkerPool {
   const unsigned count_;
   const std::size_t stack_;
   const std::size_t queue_limit_;
-  std::vector<pthread_t> threads_;
+  std::vector<base::Thread> threads_;
 
   std::mutex lock_;  // guards what follows
   std::condition_variable changed_;

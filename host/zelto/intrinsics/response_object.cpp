@@ -47,12 +47,6 @@ HRESULT header_value(std::wstring_view member, BSTR text, std::string& value) {
   return S_OK;
 }
 
-// The connection frames the body; a page that sets these would either repeat or contradict it.
-bool is_framing_header(std::string_view name) {
-  constexpr std::string_view kFraming[] = {"Content-Length", "Transfer-Encoding", "Connection", "Date", "Server"};
-  return std::ranges::any_of(kFraming, [name](std::string_view framing) { return base::equal_ascii(framing, name); });
-}
-
 // The date so many minutes from now; the clock that is put forward or back until then does not change it.
 double date_in(double minutes) {
   constexpr double kBeyondAllDates = 1e12;
@@ -150,7 +144,7 @@ HRESULT ResponseObject::AddHeader(BSTR name, BSTR value) {
       return korlib::raise(E_INVALIDARG, kSource, L"AddHeader: \"" + to_wide(header) + L"\" is not a header name.");
     }
     RETURN_IF_FAILED(header_value(L"AddHeader", value, text));
-    if (is_framing_header(header)) return S_OK;
+    if (is_connection_header(header)) return S_OK;
     if (base::equal_ascii(header, "Content-Type")) {
       response.content_type = text;
     } else if (base::equal_ascii(header, "Cache-Control")) {

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "http/response_head.h"
+#include "http/status.h"
 #include "intrinsics/application_object.h"
 #include "intrinsics/page_context.h"
 #include "intrinsics/request_object.h"
@@ -25,11 +25,6 @@ namespace zelto {
 namespace {
 
 constexpr const wchar_t* kSessionCookie = L"zelto_session";
-constexpr int kTooLarge = 413;
-constexpr int kServerError = 500;
-constexpr int kUnavailable = 503;
-
-std::string status_line(int status) { return std::to_string(status) + " " + std::string(reason_of(status)); }
 
 std::string_view site_path(std::string_view file, const Site& site) {
   if (file.starts_with(site.root() + "/")) file.remove_prefix(site.root().size());
@@ -110,7 +105,7 @@ int PageRun::run() {
     return answer();
   }
   if (loaded.directive.uses_session && !open_session()) {
-    page_->response.set_status(status_line(kUnavailable));
+    page_->response.set_status(status_line(status::kUnavailable));
     page_->response.write(L"Another request of this session is taking too long.");
     return answer();
   }
@@ -265,15 +260,15 @@ int PageRun::answer() {
   // A head that has gone out says that all is well: only the connection can tell that it is not.
   const bool breaks = error_ && response.head_sent();
   if (error_) answer_error(*error_);
-  const int status = error_ ? kServerError : response.status;
+  const int status = error_ ? status::kServerError : response.status;
   breaks ? response.break_off() : response.finish();
   return status;
 }
 
 // A page that gave up over a body or a session that it cannot have is not to blame.
 int PageRun::error_status() const {
-  if (page_->request.http().body_too_large) return kTooLarge;
-  return no_session_left_ ? kUnavailable : kServerError;
+  if (page_->request.http().body_too_large) return status::kContentTooLarge;
+  return no_session_left_ ? status::kUnavailable : status::kServerError;
 }
 
 void PageRun::answer_error(const PageError& error) {

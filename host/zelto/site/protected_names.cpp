@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/letter_case.h"
-#include "site/content_types.h"
+#include "text/path_segments.h"
 
 namespace zelto {
 
@@ -38,12 +38,11 @@ bool ProtectedNames::covers(std::string_view name, bool last, bool well_known) c
 std::string_view ProtectedNames::find_in(std::string_view path) const {
   constexpr std::string_view kWellKnown = "/.well-known/";
   const bool well_known = path.starts_with(kWellKnown);
-  if (well_known) path.remove_prefix(kWellKnown.size() - 1);
-  while (!path.empty()) {
-    path.remove_prefix(1);
-    const std::string_view name = path.substr(0, path.find('/'));
-    path.remove_prefix(name.size());
-    if (!name.empty() && covers(name, path.empty(), well_known)) return name;
+  if (well_known) path.remove_prefix(kWellKnown.size());
+  const std::vector<std::string_view> names = path_segments(path);
+  for (const std::string_view& name : names) {
+    const bool last = &name == &names.back() && !path.ends_with('/');
+    if (covers(name, last, well_known)) return name;
   }
   return {};
 }

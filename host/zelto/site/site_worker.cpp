@@ -4,14 +4,13 @@
 #include <string>
 #include <utility>
 
+#include "http/status.h"
 #include "text/charset.h"
 #include "text/html.h"
 
 namespace zelto {
 
 namespace {
-
-constexpr int kNotFound = 404;
 
 // For the author, who may look for the mistake in the file's place or permissions.
 std::string protected_text(const std::string& name) {
@@ -36,7 +35,7 @@ void SiteWorker::answer(HttpRequest&& request, ResponseSink& sink) {
   const auto settings = site_.settings();
   const FoundFile found = settings->files.find(request.path);
   if (found.kind == FoundFile::Kind::kProtected && settings->options.debug && !request.body_too_large) {
-    serve_status(sink, kNotFound, protected_text(found.path));
+    serve_status(sink, status::kNotFound, protected_text(found.path));
     return;
   }
   if (found.kind != FoundFile::Kind::kPage) {

@@ -1,7 +1,7 @@
 // Answers the requests of a site: pages, files, and what is neither.
 #pragma once
 
-#include "http/server.h"
+#include "http/worker.h"
 #include "site/page_run.h"
 
 namespace zelto {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/file_descriptor.h"
 #include "http/message.h"
 #include "site/protected_names.h"
 
@@ -29,13 +30,11 @@ struct FoundFile {
 
 class StaticFiles {
  public:
+  // Throws std::system_error when the folder cannot be opened.
   explicit StaticFiles(StaticOptions options);
-  ~StaticFiles();
-  StaticFiles(const StaticFiles&) = delete;
-  StaticFiles& operator=(const StaticFiles&) = delete;
 
   // `path` as HttpRequest::path. A folder gives its default document, or a redirect when its final slash
-  // is missing. Nothing outside the root is ever found, through symbolic links neither.
+  // is missing. Nothing outside the root is ever found, not through symbolic links either.
   FoundFile find(std::string_view path) const;
 
   // Answers with what find() gave, other than a page: the file, whole or in part, a redirect, or 404. To a client,
@@ -43,13 +42,10 @@ class StaticFiles {
   void serve(const HttpRequest& request, const FoundFile& found, ResponseSink& sink) const;
 
  private:
-  int open_beneath(const std::string& relative, int flags) const;
+  base::FileDescriptor open_beneath(const std::string& relative, int flags) const;
 
   StaticOptions options_;
-  int root_ = -1;
+  base::FileDescriptor root_;
 };
-
-// Answers with a small HTML page that says `status` and `text`, and nothing about the inside.
-void serve_status(ResponseSink& sink, int status, std::string_view text, std::vector<Header> headers = {});
 
 }  // namespace zelto

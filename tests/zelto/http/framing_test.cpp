@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "http/host_name.h"
+#include "http/target.h"
 #include "zelto/http/client.h"
 #include "zelto/http/test_server.h"
 

@@ -4,11 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include "http/server.h"
+#include "http/status.h"
+#include "support/temporary_folder.h"
 #include "text/http_date.h"
 #include "zelto/http/client.h"
 
@@ -35,9 +35,6 @@ class SiteWorker final : public Worker {
 class StaticFilesTest : public testing::Test {
  protected:
   StaticFilesTest() {
-    std::string pattern = (fs::temp_directory_path() / "static-files-XXXXXX").string();
-    base_ = ::mkdtemp(pattern.data());
-    root_ = base_ / "site";
     write("index.html", "home");
     write("style.css", "0123456789");
     write("page.asp", "<% %>");
@@ -59,19 +56,15 @@ class StaticFilesTest : public testing::Test {
     write("sub dir/a.txt", "a");
     write("empty/.keep", "");
     write("asa.txt", "fine");
-    std::ofstream(base_ / "outside.txt") << "secret";
+    base_.write("outside.txt", "secret");
     fs::create_symlink("../outside.txt", root_ / "leak.txt");
-    fs::create_symlink(base_ / "outside.txt", root_ / "absolute.txt");
+    fs::create_symlink(base_.path("outside.txt"), root_ / "absolute.txt");
     fs::create_symlink("..", root_ / "up");
     fs::create_symlink("style.css", root_ / "alias.css");
     EXPECT_EQ(0, ::mkfifo((root_ / "pipe.txt").c_str(), 0600));
   }
-  ~StaticFilesTest() override { fs::remove_all(base_); }
 
-  void write(const std::string& name, const std::string& text) {
-    fs::create_directories((root_ / name).parent_path());
-    std::ofstream(root_ / name, std::ios::binary) << text;
-  }
+  void write(const std::string& name, const std::string& text) { base_.write("site/" + name, text); }
 
   StaticOptions options() const {
     StaticOptions options;
@@ -79,8 +72,8 @@ class StaticFilesTest : public testing::Test {
     return options;
   }
 
-  fs::path base_;
-  fs::path root_;
+  const test::TemporaryFolder base_;
+  const fs::path root_ = base_.path("site");
 };
 
 TEST_F(StaticFilesTest, FindsWhatAPathNames) {
@@ -103,7 +96,7 @@ TEST_F(StaticFilesTest, FindsWhatAPathNames) {
     EXPECT_EQ(row.kind, found.kind);
     EXPECT_EQ(row.found, found.path);
     const bool exists = row.kind != Kind::kRedirect;
-    EXPECT_EQ(exists ? fs::canonical(root_).string() + row.found : "", found.physical);
+    EXPECT_EQ(exists ? root_.string() + row.found : "", found.physical);
   }
 }
 
@@ -253,7 +246,7 @@ TEST_F(StaticHttp, SendsOneRange) {
             ask("GET", "/style.css", "Range: bytes=2-4\r\nIf-Range: " + part.header("Last-Modified") + "\r\n").body);
 }
 
-TEST_F(StaticHttp, AnswersWhatIsNoFile) {
+TEST_F(StaticHttp, AnswersWhatIsNotAFile) {
   EXPECT_EQ(404, ask("GET", "/missing").status);
   EXPECT_EQ(404, ask("GET", "/Templates/list.html").status);
   EXPECT_EQ("/sub/", ask("GET", "/sub").header("Location"));

@@ -1,4 +1,4 @@
-#include "site/byte_range.h"
+#include "site/file_answer.h"
 
 #include <gtest/gtest.h>
 
@@ -38,10 +38,19 @@ TEST(ByteRange, TellsWhatCannotBeSatisfied) {
   EXPECT_FALSE(parse_range("bytes=-1", 0)->satisfiable);
 }
 
-TEST(ByteRange, IgnoresWhatIsNoSingleRange) {
+TEST(ByteRange, IgnoresWhatIsNotASingleRange) {
   for (const char* header : {"", "bytes", "bytes=", "bytes=-", "bytes=a-b", "bytes=1-b", "bytes=5-2", "bytes=1",
                              "bytes=0-1,3-4", "lines=1-2", "bytes=+1-2", "bytes=1-2-3"})
     EXPECT_EQ(false, parse_range(header, 10).has_value()) << header;
+}
+
+TEST(FileAnswer, TellsTheTypeByTheLastExtensionInAnyCase) {
+  EXPECT_EQ("text/css; charset=utf-8", content_type_of("a.css"));
+  EXPECT_EQ("application/gzip", content_type_of("/dir.html/A.TAR.GZ"));
+  EXPECT_EQ("application/zip", content_type_of("x.Zip"));
+  EXPECT_EQ("image/avif", content_type_of("x.avif"));
+  for (const char* unknown : {"", "css", ".", "a.", "a.unknown"})
+    EXPECT_EQ("application/octet-stream", content_type_of(unknown)) << unknown;
 }
 
 }  // namespace

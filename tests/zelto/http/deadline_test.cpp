@@ -1,4 +1,4 @@
-#include "http/read_rate.h"
+#include "http/deadline.h"
 
 #include <gtest/gtest.h>
 

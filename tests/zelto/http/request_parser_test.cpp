@@ -1,4 +1,4 @@
-#include "http/head_scanner.h"
+#include "http/request_parser.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,30 @@
+// What a client may ask for, and how long it may take.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+namespace zelto {
+
+// A zero duration switches a limit off.
+struct HttpLimits {
+  using Duration = std::chrono::milliseconds;
+
+  std::size_t header_bytes = 16'384;  // request line and headers
+  std::size_t header_lines = 100;
+  std::size_t chunk_extension_bytes = 4'096;
+  std::uint64_t body_bytes = std::uint64_t{16} * 1024 * 1024;
+  Duration header_timeout = std::chrono::seconds(10);
+  Duration body_timeout = std::chrono::seconds(30);  // between two reads
+  std::uint64_t body_rate = 256;                     // bytes a second, in every span of body_timeout
+  Duration send_timeout = std::chrono::seconds(30);  // between two writes
+  Duration keep_alive_timeout = std::chrono::seconds(15);
+  unsigned keep_alive_requests = 1000;
+  // Reading on after an answer that came too early: between two reads, and in all.
+  Duration drain_timeout = std::chrono::seconds(5);
+  std::uint64_t drain_bytes = std::uint64_t{1} << 30;
+  std::size_t connections = 4096;
+};
+
+}  // namespace zelto

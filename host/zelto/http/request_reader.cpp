@@ -1,0 +1,105 @@
+#include "http/request_reader.h"
+
+#include "http/framing.h"
+#include "http/status.h"
+
+namespace zelto {
+
+namespace {
+
+// What of the room for received bytes is kept from one request to the next.
+constexpr std::size_t kKeptRoom = std::size_t{16} * 1024;
+
+}  // namespace
+
+std::span<char> RequestReader::room(std::size_t size) {
+  input_.resize(received_ + size);
+  return std::span(input_).subspan(received_);
+}
+
+void RequestReader::received(std::size_t count) {
+  received_ += count;
+  input_.resize(received_);
+}
+
+std::size_t RequestReader::drop() {
+  const std::size_t dropped = received_;
+  erase(dropped);
+  return dropped;
+}
+
+void RequestReader::erase(std::size_t count) {
+  input_.erase(0, count);
+  received_ = input_.size();
+}
+
+RequestReader::Progress RequestReader::refuse(int status) {
+  status_ = status;
+  return Progress::kRefused;
+}
+
+// Some clients end a body with a line break too many.
+void RequestReader::skip_line_breaks() {
+  std::size_t skipped = 0;
+  while (std::string_view(input_).substr(skipped).starts_with("\r\n")) skipped += 2;
+  if (skipped == 0) return;
+  erase(skipped);
+  scanner_.emplace(limits_.header_bytes, limits_.header_lines);
+}
+
+RequestReader::Progress RequestReader::read_head() {
+  skip_line_breaks();
+  if (input_.empty()) return Progress::kMore;
+  switch (scanner_->scan(input_)) {
+    case HeadScanner::Verdict::kMore:
+      return Progress::kMore;
+    case HeadScanner::Verdict::kComplete:
+      break;
+    case HeadScanner::Verdict::kTargetTooLong:
+      return refuse(status::kTargetTooLong);
+    case HeadScanner::Verdict::kTooLarge:
+      return refuse(status::kHeadTooLarge);
+    case HeadScanner::Verdict::kBareLineFeed:
+    case HeadScanner::Verdict::kFolded:
+      return refuse(status::kBadRequest);
+  }
+  request_line_ = request_line();
+  parser_.emplace(limits_);
+  const int status = parser_->parse_head(std::string_view(input_).substr(0, scanner_->size()));
+  erase(scanner_->size());
+  return status == status::kOk ? Progress::kDone : refuse(status);
+}
+
+RequestReader::Progress RequestReader::read_body(std::size_t& used) {
+  const auto progress = parser_->parse_body(input_, used);
+  erase(used);
+  switch (progress) {
+    case RequestParser::Progress::kDone:
+      return Progress::kDone;
+    case RequestParser::Progress::kTooLarge:
+      return Progress::kTooLarge;
+    case RequestParser::Progress::kBad:
+      return refuse(status::kBadRequest);
+    case RequestParser::Progress::kMore:
+      break;
+  }
+  // What is left now is one chunk's line or a trailer.
+  return input_.size() > limits_.header_bytes ? refuse(status::kBadRequest) : Progress::kMore;
+}
+
+void RequestReader::next() {
+  parser_.reset();
+  request_line_.clear();
+  if (input_.empty() && input_.capacity() > kKeptRoom) std::string().swap(input_);
+  scanner_.emplace(limits_.header_bytes, limits_.header_lines);
+}
+
+bool RequestReader::awaits_continue() const { return input_.empty() && expects_continue(parser_->request()); }
+
+std::string_view RequestReader::request_line() const {
+  if (!request_line_.empty()) return request_line_;
+  const std::string_view received = std::string_view(input_).substr(0, received_);
+  return received.substr(0, received.find_first_of("\r\n"));
+}
+
+}  // namespace zelto

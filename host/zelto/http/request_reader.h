@@ -1,0 +1,64 @@
+// Reads the requests of one client, one after the other, from the bytes that arrive, however they are cut.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "http/limits.h"
+#include "http/message.h"
+#include "http/request_parser.h"
+
+namespace zelto {
+
+// Knows neither socket nor clock: its owner receives into room(), calls received(), and then what it called before.
+class RequestReader {
+ public:
+  // kMore: bytes are missing. kRefused: status() tells why, and the rest must not be read. kTooLarge: so is the body;
+  // the request says so and can be answered, but the rest must not be read.
+  enum class Progress { kMore, kDone, kTooLarge, kRefused };
+
+  explicit RequestReader(const HttpLimits& limits) : limits_(limits) { next(); }
+
+  // Room behind what has been received, until received() tells how much of it was used.
+  std::span<char> room(std::size_t size);
+  void received(std::size_t count);
+  // Forgets what has been received; answers how many bytes that was.
+  std::size_t drop();
+
+  // The head, after kDone with path and query; addresses are the caller's.
+  Progress read_head();
+  // More of the body; `used` tells how many bytes that took.
+  Progress read_body(std::size_t& used);
+  // Gets ready for the next request, of which something may have been received already.
+  void next();
+
+  // Something of the request has been received, as far as read_head() has seen.
+  bool has_begun() const { return received_ > 0; }
+  // After the head.
+  bool needs_body() const { return parser_->needs_body(); }
+  // The client waits for "100 Continue", and has sent nothing of the body yet.
+  bool awaits_continue() const;
+  // As far as it has come, also of a head that was refused.
+  std::string_view request_line() const;
+  bool asks_head_only() const { return parser_ && parser_->request().method == "HEAD"; }
+  HttpRequest& request() { return parser_->request(); }
+  int status() const { return status_; }
+
+ private:
+  Progress refuse(int status);
+  void skip_line_breaks();
+  void erase(std::size_t count);
+
+  const HttpLimits& limits_;
+  std::string input_;         // what was received and not yet consumed, with room behind it while more is awaited
+  std::size_t received_ = 0;  // the part of it that is received
+  std::string request_line_;  // of a head that is complete
+  std::optional<HeadScanner> scanner_;
+  std::optional<RequestParser> parser_;
+  int status_ = 0;
+};
+
+}  // namespace zelto

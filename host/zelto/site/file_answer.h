@@ -1,0 +1,29 @@
+// The answer that gives a client a file: whole, in part, or the word that it has it already.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "http/message.h"
+
+namespace zelto {
+
+// Sends the file of that name, which tells its type, as the request's conditions and its Range ask for it. Anything but
+// an open regular file is answered with 404.
+void send_file(const HttpRequest& request, std::string_view name, base::FileDescriptor file, ResponseSink& sink);
+
+// The Content-Type of a file name, "application/octet-stream" when the extension says nothing.
+std::string_view content_type_of(std::string_view file_name);
+
+struct ByteRange {
+  bool satisfiable = true;
+  std::uint64_t first = 0;
+  std::uint64_t length = 0;
+};
+
+// What the one range of a Range header asks for of a file of `size` bytes. Nothing when the whole file is to be sent:
+// another unit, several ranges, or text that is not a range.
+std::optional<ByteRange> parse_range(std::string_view header, std::uint64_t size);
+
+}  // namespace zelto

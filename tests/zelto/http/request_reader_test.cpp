@@ -1,0 +1,156 @@
+#include "http/request_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "http/status.h"
+
+namespace zelto {
+namespace {
+
+using Progress = RequestReader::Progress;
+
+const std::string kPost = "POST /a?b HTTP/1.1\r\nHost: h\r\nContent-Length: 4\r\n\r\nbody";
+
+HttpLimits small_limits() {
+  HttpLimits limits;
+  limits.header_bytes = 200;
+  limits.header_lines = 3;
+  limits.body_bytes = 10;
+  return limits;
+}
+
+class RequestReaderTest : public testing::Test {
+ protected:
+  void receive(std::string_view bytes) {
+    const auto room = reader.room(bytes.size() + 5);
+    std::ranges::copy(bytes, room.begin());
+    reader.received(bytes.size());
+  }
+  Progress read_body() {
+    std::size_t used = 0;
+    const Progress progress = reader.read_body(used);
+    used_in_all += used;
+    return progress;
+  }
+
+  const HttpLimits limits = small_limits();
+  RequestReader reader{limits};
+  std::size_t used_in_all = 0;
+};
+
+TEST_F(RequestReaderTest, ReadsTheSameRequestHoweverItIsCut) {
+  const std::size_t head = kPost.find("body");
+  for (std::size_t cut = 1; cut < kPost.size(); ++cut) {
+    SCOPED_TRACE(cut);
+    used_in_all = 0;
+    receive(kPost.substr(0, cut));
+    EXPECT_EQ(cut < head ? Progress::kMore : Progress::kDone, reader.read_head());
+    EXPECT_EQ(cut != head, reader.has_begun());
+    if (cut < head) {
+      receive(kPost.substr(cut));
+      ASSERT_EQ(Progress::kDone, reader.read_head());
+    } else {
+      EXPECT_EQ(Progress::kMore, read_body());
+      receive(kPost.substr(cut));
+    }
+    EXPECT_EQ("POST /a?b HTTP/1.1", reader.request_line());
+    EXPECT_TRUE(reader.needs_body());
+    ASSERT_EQ(Progress::kDone, read_body());
+    EXPECT_EQ("body", std::string_view(reader.request().body));
+    EXPECT_EQ("/a", reader.request().path);
+    EXPECT_EQ(4u, used_in_all);
+    reader.next();
+    EXPECT_EQ("", reader.request_line());
+  }
+}
+
+TEST_F(RequestReaderTest, KeepsWhatCameOfTheNextRequest) {
+  receive(kPost + "\r\nHEAD / HTTP/1.1\r\nHost: h\r\n\r\nGE");
+  ASSERT_EQ(Progress::kDone, reader.read_head());
+  ASSERT_EQ(Progress::kDone, read_body());
+  EXPECT_FALSE(reader.asks_head_only());
+  reader.next();
+  EXPECT_FALSE(reader.asks_head_only());
+  ASSERT_EQ(Progress::kDone, reader.read_head());
+  EXPECT_FALSE(reader.needs_body());
+  EXPECT_TRUE(reader.asks_head_only());
+  reader.next();
+  EXPECT_EQ(Progress::kMore, reader.read_head());
+  EXPECT_EQ("GE", reader.request_line());
+  EXPECT_EQ(2u, reader.drop());
+  EXPECT_FALSE(reader.has_begun());
+  EXPECT_EQ(0u, reader.drop());
+}
+
+TEST_F(RequestReaderTest, TakesALineBreakForNoBeginning) {
+  receive("\r\n\r\n");
+  EXPECT_EQ(Progress::kMore, reader.read_head());
+  EXPECT_FALSE(reader.has_begun());
+  receive("\r");
+  EXPECT_EQ(Progress::kMore, reader.read_head());
+  receive("\n" + kPost);
+  EXPECT_EQ(Progress::kDone, reader.read_head());
+}
+
+TEST_F(RequestReaderTest, RefusesAHeadAndStillTellsItsRequestLine) {
+  struct Row {
+    std::string head;
+    int status;
+    std::string request_line;
+  };
+  const std::string line = "GET / HTTP/1.1";
+  const Row rows[] = {
+      {line + "\n", status::kBadRequest, line},
+      {line + "\r\nA: b\r\n c\r\n", status::kBadRequest, line},
+      {line + "\r\n\r\n", status::kBadRequest, line},
+      {line + "\r\nA: b\r\nA: b\r\nA: b\r\nA: b\r\nA: b\r\n", status::kHeadTooLarge, line},
+      {std::string(201, 'a'), status::kTargetTooLong, std::string(201, 'a')},
+      {"GET /.. HTTP/1.1\r\nHost: h\r\n\r\n", status::kBadRequest, "GET /.. HTTP/1.1"},
+      {"PLAY / HTTP/1.1\r\nHost: h\r\n\r\n", status::kNotImplemented, "PLAY / HTTP/1.1"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.head);
+    reader.drop();
+    reader.next();
+    receive(row.head);
+    EXPECT_EQ(Progress::kRefused, reader.read_head());
+    EXPECT_EQ(row.status, reader.status());
+    EXPECT_EQ(row.request_line, reader.request_line());
+  }
+}
+
+TEST_F(RequestReaderTest, RefusesABodyThatCannotBeUnderstood) {
+  receive("POST / HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\nxyz\r\n");
+  ASSERT_EQ(Progress::kDone, reader.read_head());
+  EXPECT_EQ(Progress::kRefused, read_body());
+  EXPECT_EQ(status::kBadRequest, reader.status());
+}
+
+TEST_F(RequestReaderTest, RefusesAnEndlessChunkLine) {
+  receive("POST / HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\n1;" + std::string(200, 'a'));
+  ASSERT_EQ(Progress::kDone, reader.read_head());
+  EXPECT_EQ(Progress::kRefused, read_body());
+  EXPECT_EQ(status::kBadRequest, reader.status());
+}
+
+TEST_F(RequestReaderTest, TellsOfABodyBeyondTheLimitBeforeItComes) {
+  receive("POST / HTTP/1.1\r\nHost: h\r\nContent-Length: 11\r\nExpect: 100-continue\r\n\r\n");
+  ASSERT_EQ(Progress::kDone, reader.read_head());
+  EXPECT_TRUE(reader.awaits_continue());
+  EXPECT_EQ(Progress::kTooLarge, read_body());
+  EXPECT_TRUE(reader.request().body_too_large);
+  EXPECT_EQ(11u, reader.request().body_length);
+}
+
+TEST_F(RequestReaderTest, SeesThatAClientDoesNotWaitToBeToldToGoOn) {
+  receive("POST / HTTP/1.1\r\nHost: h\r\nContent-Length: 4\r\nExpect: 100-continue\r\n\r\nb");
+  ASSERT_EQ(Progress::kDone, reader.read_head());
+  EXPECT_FALSE(reader.awaits_continue());
+  receive("ody");
+  EXPECT_EQ(Progress::kDone, read_body());
+}
+
+}  // namespace
+}  // namespace zelto
