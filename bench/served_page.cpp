@@ -4,22 +4,19 @@
 #include <benchmark/benchmark.h>
 
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <optional>
 
 #include <korlib/text.h>
 
-#include "app/big_stack.h"
 #include "app/runtime.h"
+#include "base/thread.h"
 #include "http/server.h"
 #include "site/page_run.h"
+#include "support/temporary_folder.h"
 #include "zelto/http/client.h"
 #include "zelto/support/memory_sink.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 struct File {
   const char* name;
@@ -100,36 +97,29 @@ zelto::HttpRequest request_for(const std::string& path) {
 class ListSite {
  public:
   ListSite() {
-    std::string name = (fs::temp_directory_path() / "bench-site-XXXXXX").string();
-    options_.root = fs::canonical(mkdtemp(name.data())).string();
+    options_.root = folder_.path().string();
     options_.log = [](std::string_view) {};
     zelto::set_up_runtime();
-    for (const File& file : kFiles) write(file.name, filled(filled(file.text, "%SCRIPT%", kScript), "%ROW%", kRow));
+    for (const File& file : kFiles)
+      folder_.write(file.name, filled(filled(file.text, "%SCRIPT%", kScript), "%ROW%", kRow));
     site_.emplace(options_);
-    zelto::on_big_stack([this] { list_ = body(zelto::PageWorker(*site_), "list"); });
-    write("plain.html", list_);
+    base::run_on_thread(zelto::kPageStack, [this] {
+      zelto::script::Engine engine;
+      test::MemorySink sink;
+      run(engine, "list", sink);
+      list_ = sink.body;
+    });
+    folder_.write("plain.html", list_);
   }
-  ~ListSite() { fs::remove_all(options_.root); }
-  ListSite(const ListSite&) = delete;
-  ListSite& operator=(const ListSite&) = delete;
 
-  zelto::Site& site() { return *site_; }
   const std::string& list() const { return list_; }
-  int run(zelto::PageWorker& worker, const std::string& page, zelto::ResponseSink& sink) const {
+  int run(zelto::script::Engine& engine, const std::string& page, zelto::ResponseSink& sink) {
     const std::string path = "/" + page + ".asp";
-    return worker.run(request_for(path), path, options_.root + path, sink);
-  }
-  std::string body(zelto::PageWorker&& worker, const std::string& page) const {
-    test::MemorySink sink;
-    run(worker, page, sink);
-    return sink.body;
+    return zelto::run_page(*site_, engine, request_for(path), path, sink);
   }
 
  private:
-  void write(const std::string& name, const std::string& text) const {
-    std::ofstream(options_.root + "/" + name, std::ios::binary) << text;
-  }
-
+  const test::TemporaryFolder folder_;
   zelto::SiteOptions options_;
   std::optional<zelto::Site> site_;
   std::string list_;
@@ -146,11 +136,11 @@ void in_all_threads(benchmark::internal::Benchmark* one) {
 }
 
 void run_page(benchmark::State& state, const char* name, bool prints_list) {
-  zelto::on_big_stack([&] {
-    zelto::PageWorker worker(site().site());
+  base::run_on_thread(zelto::kPageStack, [&] {
+    zelto::script::Engine engine;
     for ([[maybe_unused]] auto _ : state) {
       test::MemorySink sink;
-      const int status = site().run(worker, name, sink);
+      const int status = site().run(engine, name, sink);
       if (status != 200 || (sink.body == site().list()) != prints_list) state.SkipWithError("not the page");
     }
   });
@@ -168,7 +158,7 @@ class ListWorker final : public zelto::Worker {
  public:
   void handle(zelto::HttpRequest&& request, zelto::ResponseSink& sink) override {
     if (request.path == "/list") {
-      site().run(worker_, "list", sink);
+      site().run(engine_, "list", sink);
       return;
     }
     zelto::ResponseHead head;
@@ -179,7 +169,7 @@ class ListWorker final : public zelto::Worker {
   }
 
  private:
-  zelto::PageWorker worker_{site().site()};
+  zelto::script::Engine engine_;
 };
 
 // One client on one connection, which asks for the next page when it has the last.

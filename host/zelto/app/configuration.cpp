@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <thread>
 
-#include "app/big_stack.h"
 #include "app/configuration_file.h"
+#include "site/page_run.h"
 
 namespace zelto {
 

@@ -4,10 +4,10 @@
 #include <iterator>
 #include <optional>
 
-#include "app/big_stack.h"
 #include "app/commands.h"
 #include "app/console_sink.h"
 #include "app/runtime.h"
+#include "base/thread.h"
 #include "platform/canonical_path.h"
 #include "site/page_run.h"
 #include "text/http_grammar.h"
@@ -72,7 +72,10 @@ int run_page_file(const RunCommand& command) {
   ConsoleSink sink(stdout, command.include_headers);
   int status = 0;
   HttpRequest request = make_request(command, path);
-  on_big_stack([&] { status = PageWorker(site).run(std::move(request), path, *page, sink); });
+  base::run_on_thread(kPageStack, [&] {
+    script::Engine engine;
+    status = run_page(site, engine, std::move(request), path, sink);
+  });
   return status < 400 ? kSuccess : kFailure;
 }
 

@@ -1,4 +1,4 @@
-// What a client sees of a page that failed.
+// What a client, and the log, is told of a page that failed.
 #pragma once
 
 #include <string>

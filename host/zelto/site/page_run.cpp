@@ -5,6 +5,8 @@
 #include <korlib_host/errors.h>
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 
 #include "http/status.h"
 #include "intrinsics/application_object.h"
@@ -16,7 +18,7 @@
 #include "pages/programs.h"
 #include "script/realm.h"
 #include "site/error_page.h"
-#include "site/static_files.h"
+#include "site/page_session.h"
 #include "text/characters.h"
 #include "text/charset.h"
 
@@ -24,18 +26,11 @@ namespace zelto {
 
 namespace {
 
-constexpr const wchar_t* kSessionCookie = L"zelto_session";
-
-std::string_view site_path(std::string_view file, const Site& site) {
-  if (file.starts_with(site.root() + "/")) file.remove_prefix(site.root().size());
-  return file;
-}
-
-// "/default.asp:12: console.warn: text", on one line.
+// "/default.asp:12: console.warn: text".
 std::string console_line(const script::LogLine& line, const Site& site) {
-  std::string text(site_path(line.file, site));
+  std::string text(site.path_of(line.file));
   if (line.line > 0) text += ":" + std::to_string(line.line);
-  return plain_line(text + ": console." + line.level + ": " + line.text);
+  return text + ": console." + line.level + ": " + line.text;
 }
 
 PageError page_error(const script::ScriptError& error, const Site& site) {
@@ -44,7 +39,7 @@ PageError page_error(const script::ScriptError& error, const Site& site) {
   made.source = error.source;
   made.description = error.message;
   made.category = L"Script";
-  made.file = to_wide(site_path(error.file, site));
+  made.file = to_wide(site.path_of(error.file));
   made.line = error.line;
   made.column = error.column > 0 ? error.column : -1;
   return made;
@@ -57,7 +52,8 @@ class PageRun final : public PageHost {
         settings_(site.settings()),
         engine_(engine),
         page_(std::make_shared<PageState>(std::move(request), std::move(place), sink, this)),
-        hold_(std::make_shared<ApplicationHold>(site.application())) {}
+        hold_(std::make_shared<ApplicationHold>(site.application())),
+        session_(site.sessions(), *page_) {}
   PageRun(const PageRun&) = delete;
   PageRun& operator=(const PageRun&) = delete;
   // Objects that a component kept find the page gone.
@@ -72,11 +68,7 @@ class PageRun final : public PageHost {
   const PageError* last_error() const override { return error_ ? &*error_ : nullptr; }
 
  private:
-  bool open_session();
   void set_text_forms(const pages::Directive& directive);
-  HRESULT keep_session();
-  HRESULT renew_session();
-  void set_session_cookie();
   void make_objects();
   void run_script(const LoadedPage& loaded);
   script::Outcome run_realm(const LoadedPage& loaded);
@@ -91,10 +83,9 @@ class PageRun final : public PageHost {
   script::Engine& engine_;
   PageStatePtr page_;
   std::shared_ptr<ApplicationHold> hold_;
-  std::optional<SessionHold> session_;
+  PageSession session_;
   PageContext::Objects objects_;
   std::optional<PageError> error_;
-  bool no_session_left_ = false;
 };
 
 int PageRun::run() {
@@ -104,7 +95,7 @@ int PageRun::run() {
     fail(page_error(*loaded.error, site_));
     return answer();
   }
-  if (loaded.directive.uses_session && !open_session()) {
+  if (loaded.directive.uses_session && !session_.open()) {
     page_->response.set_status(status_line(status::kUnavailable));
     page_->response.write(L"Another request of this session is taking too long.");
     return answer();
@@ -113,53 +104,15 @@ int PageRun::run() {
   run_script(loaded);
   const int status = answer();
   hold_->unlock();
-  if (session_) site_.sessions().close(std::move(*session_));
+  session_.close();
   return status;
 }
 
 // The page's directive goes before what its session remembers.
 void PageRun::set_text_forms(const pages::Directive& directive) {
-  page_->set_code_page(directive.code_page.value_or(session_ ? (*session_)->code_page : kUtf8CodePage));
-  page_->response.lcid = directive.lcid.value_or(session_ ? (*session_)->lcid : kNeutralLocale);
-}
-
-bool PageRun::open_session() {
-  const ReceivedCookie* cookie = find_named(page_->request.cookies(), kSessionCookie);
-  session_.emplace(site_.sessions().open(cookie ? to_utf8(cookie->value) : std::string()));
-  if (!*session_) return false;
-  (*session_)->on_keep = [this] { return keep_session(); };
-  (*session_)->on_renew = [this] { return renew_session(); };
-  return true;
-}
-
-HRESULT PageRun::keep_session() {
-  if (page_->response.head_sent()) {
-    return korlib::raise(E_FAIL, L"Session",
-                         L"Nothing can be kept in a new session when the response's head has been sent already.");
-  }
-  if (!site_.sessions().add(session_->state())) {
-    no_session_left_ = true;
-    return korlib::raise(E_FAIL, L"Session",
-                         L"The site keeps as many sessions as its session_limit allows, all of them in use.");
-  }
-  set_session_cookie();
-  return S_OK;
-}
-
-HRESULT PageRun::renew_session() {
-  if (page_->response.head_sent()) {
-    return korlib::raise(E_FAIL, L"Session",
-                         L"RenewID: the client cannot be told when the response's head has been sent already.");
-  }
-  site_.sessions().rename(session_->state());
-  set_session_cookie();
-  return S_OK;
-}
-
-void PageRun::set_session_cookie() {
-  page_->response.session_cookie = to_utf8(kSessionCookie) + "=" + (*session_)->id +
-                                   "; Path=/; HttpOnly; SameSite=Lax" +
-                                   (page_->request.http().secure ? "; Secure" : "");
+  const auto session = session_.state();
+  page_->set_code_page(directive.code_page.value_or(session ? session->code_page : kUtf8CodePage));
+  page_->response.lcid = directive.lcid.value_or(session ? session->lcid : kNeutralLocale);
 }
 
 void PageRun::make_objects() {
@@ -172,7 +125,7 @@ void PageRun::make_objects() {
   add(L"Response", korlib::make<ResponseObject>(page_).detach());
   add(L"Server", korlib::make<ServerObject>(page_).detach());
   add(L"Application", korlib::make<ApplicationObject>(hold_).detach());
-  if (session_) add(L"Session", korlib::make<SessionObject>(session_->state(), page_).detach());
+  if (const auto session = session_.state()) add(L"Session", korlib::make<SessionObject>(session, page_).detach());
 }
 
 void PageRun::run_script(const LoadedPage& loaded) {
@@ -268,7 +221,7 @@ int PageRun::answer() {
 // A page that gave up over a body or a session that it cannot have is not to blame.
 int PageRun::error_status() const {
   if (page_->request.http().body_too_large) return status::kContentTooLarge;
-  return no_session_left_ ? status::kUnavailable : status::kServerError;
+  return session_.was_refused() ? status::kUnavailable : status::kServerError;
 }
 
 void PageRun::answer_error(const PageError& error) {
@@ -289,9 +242,8 @@ void PageRun::answer_error(const PageError& error) {
 
 }  // namespace
 
-int PageWorker::run(HttpRequest request, const std::string& virtual_path, const std::string& physical,
-                    ResponseSink& sink) {
-  return PageRun(site_, engine_, std::move(request), {virtual_path, physical, site_.root()}, sink).run();
+int run_page(Site& site, script::Engine& engine, HttpRequest request, const std::string& path, ResponseSink& sink) {
+  return PageRun(site, engine, std::move(request), {path, site.root() + path, site.root()}, sink).run();
 }
 
 }  // namespace zelto

@@ -1,28 +1,25 @@
 // One request for a page, from its first line to the last byte of its answer.
 #pragma once
 
-#include <memory>
-#include <optional>
+#include <cstddef>
 #include <string>
 
 #include "http/message.h"
-#include "intrinsics/page_state.h"
 #include "script/engine.h"
 #include "site/site.h"
 
 namespace zelto {
 
-// Runs pages of a site on one thread.
-class PageWorker {
- public:
-  explicit PageWorker(Site& site) : site_(site) {}
+// Of the thread that a page runs on: it recurses through native frames.
+#ifdef __SANITIZE_THREAD__
+// That sanitizer keeps the whole chain of calls of every allocation, so that what a runaway recursion takes
+// grows with the square of its depth.
+inline constexpr std::size_t kPageStack = std::size_t{3} << 20;
+#else
+inline constexpr std::size_t kPageStack = std::size_t{16} << 20;
+#endif
 
-  // `physical` is the page's file, `virtual_path` the same from the site's root. Answers the status.
-  int run(HttpRequest request, const std::string& virtual_path, const std::string& physical, ResponseSink& sink);
-
- private:
-  Site& site_;
-  script::Engine engine_;
-};
+// Answers the request with the page that lies at `path` from the site's root, "/a/default.asp". Gives the status.
+int run_page(Site& site, script::Engine& engine, HttpRequest request, const std::string& path, ResponseSink& sink);
 
 }  // namespace zelto

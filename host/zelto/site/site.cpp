@@ -1,5 +1,6 @@
 #include "site/site.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -13,7 +14,7 @@ namespace {
 
 SiteOptions with_canonical_root(SiteOptions options) {
   const auto root = canonical_path(options.root);
-  if (!root) throw std::runtime_error(options.root + " is no folder that can be served");
+  if (!root) throw std::runtime_error(options.root + " is not a folder that can be served");
   options.root = *root == "/" ? "" : *root;
   return options;
 }
@@ -51,8 +52,17 @@ void Site::change(SiteOptions options) {
   settings_.swap(changed);
 }
 
+std::string_view Site::path_of(std::string_view file) const {
+  if (file.starts_with(root_ + "/")) file.remove_prefix(root_.size());
+  return file;
+}
+
 void Site::log(std::string_view line) const {
-  if (log_) log_(line);
+  if (!log_) return;
+  std::string plain(line);
+  std::ranges::replace_if(
+      plain, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+  log_(plain);
 }
 
 std::string Site::notice() const {

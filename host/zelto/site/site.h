@@ -49,6 +49,10 @@ class Site {
   SessionStore& sessions() { return sessions_; }
   const std::shared_ptr<ApplicationState>& application() { return application_; }
   Programs& programs() { return programs_; }
+  // A file's path from the root; as it is when it lies elsewhere.
+  std::string_view path_of(std::string_view file) const;
+  // Parts of a line may be a client's: its control characters become blanks, so that they begin no line of their own
+  // and steer no terminal.
   void log(std::string_view line) const;
   // What the site's author must know at the start: a line, or nothing.
   std::string notice() const;

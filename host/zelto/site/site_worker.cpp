@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "http/status.h"
+#include "site/page_run.h"
 #include "text/charset.h"
 #include "text/html.h"
 
@@ -42,7 +43,7 @@ void SiteWorker::answer(HttpRequest&& request, ResponseSink& sink) {
     settings->files.serve(request, found, sink);
     return;
   }
-  pages_.run(std::move(request), found.path, found.physical, sink);
+  run_page(site_, engine_, std::move(request), found.path, sink);
 }
 
 }  // namespace zelto

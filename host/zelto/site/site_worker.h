@@ -2,13 +2,14 @@
 #pragma once
 
 #include "http/worker.h"
-#include "site/page_run.h"
+#include "script/engine.h"
+#include "site/site.h"
 
 namespace zelto {
 
 class SiteWorker final : public Worker {
  public:
-  explicit SiteWorker(Site& site) : site_(site), pages_(site) {}
+  explicit SiteWorker(Site& site) : site_(site) {}
 
   void handle(HttpRequest&& request, ResponseSink& sink) override;
 
@@ -16,7 +17,7 @@ class SiteWorker final : public Worker {
   void answer(HttpRequest&& request, ResponseSink& sink);
 
   Site& site_;
-  PageWorker pages_;
+  script::Engine engine_;
 };
 
 }  // namespace zelto

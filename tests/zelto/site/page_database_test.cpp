@@ -1,65 +1,60 @@
 // What a page leaves behind in a database, however it ends.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include <korlib_host/database.h>
 #include <korlib_host/diagnostics.h>
 
-#include "app/big_stack.h"
 #include "app/runtime.h"
+#include "base/thread.h"
 #include "site/page_run.h"
+#include "support/temporary_folder.h"
 #include "zelto/support/memory_sink.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // Pages of a site over an SQLite file, one after the other on the thread of one worker. Each has `open()`,
 // a connection to that file.
 class PageDatabase : public testing::Test {
  protected:
   PageDatabase() {
-    std::string name = (fs::temp_directory_path() / "zelto-database-XXXXXX").string();
-    options_.root = fs::canonical(mkdtemp(name.data())).string();
+    options_.root = folder_.path().string();
     options_.log = [](std::string_view) {};
     options_.script_timeout = std::chrono::seconds(1);
     zelto::set_up_runtime();
   }
-  ~PageDatabase() override { fs::remove_all(options_.root); }
 
   void pages(const std::function<void()>& body) {
     site_.emplace(options_);
-    zelto::on_big_stack([&] {
-      zelto::PageWorker worker(*site_);
-      worker_ = &worker;
+    base::run_on_thread(zelto::kPageStack, [&] {
+      zelto::script::Engine engine;
+      engine_ = &engine;
       body();
     });
-    worker_ = nullptr;
+    engine_ = nullptr;
   }
   // The body of the page's answer.
   std::string run(const std::string& script) {
     const std::string file = "/page" + std::to_string(++pages_) + ".asp";
-    std::ofstream(options_.root + file) << "<% function open() { var c = Server.CreateObject('ADODB.Connection'); "
-                                           "c.Open('Driver=SQLite3;Database=" +
-                                               options_.root + "/test.db'); c.CommandTimeout = 1; return c; } " +
-                                               script + " %>";
+    folder_.write("page" + std::to_string(pages_) + ".asp",
+                  "<% function open() { var c = Server.CreateObject('ADODB.Connection'); "
+                  "c.Open('Driver=SQLite3;Database=" +
+                      options_.root + "/test.db'); c.CommandTimeout = 1; return c; } " + script + " %>");
     zelto::HttpRequest request;
     request.method = "GET";
     request.path = request.target = file;
     if (!cookie_.empty()) request.headers.push_back({"Cookie", cookie_});
     test::MemorySink sink;
-    worker_->run(std::move(request), file, options_.root + file, sink);
+    zelto::run_page(*site_, *engine_, std::move(request), file, sink);
     for (const std::string& set : sink.header("Set-Cookie")) cookie_ = set.substr(0, set.find(';'));
     return sink.body;
   }
 
+  const test::TemporaryFolder folder_;
   zelto::SiteOptions options_;
 
  private:
   std::optional<zelto::Site> site_;
-  zelto::PageWorker* worker_ = nullptr;
+  zelto::script::Engine* engine_ = nullptr;
   std::string cookie_;
   int pages_ = 0;
 };
