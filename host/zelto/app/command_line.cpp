@@ -1,9 +1,13 @@
+#include "app/command_line.h"
+
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
 
-#include "app/commands.h"
 #include "app/configuration_file.h"
+#include "app/run_command.h"
+#include "app/runtime.h"
+#include "app/serve_command.h"
 #include "site/protected_names.h"
 
 #ifndef ZELTO_VERSION

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "app/command_line.h"
 #include "app/configuration_file.h"
 #include "site/page_run.h"
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "app/commands.h"
+#include "app/serve_command.h"
 #include "http/server.h"
 #include "site/site.h"
 

@@ -10,7 +10,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "app/commands.h"
+#include "app/command_line.h"
 
 namespace zelto {
 

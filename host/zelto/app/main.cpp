@@ -1,3 +1,3 @@
-#include "app/commands.h"
+#include "app/command_line.h"
 
 int main(int argc, char** argv) { return zelto::run_command_line(argc, argv); }

@@ -1,11 +1,17 @@
+#include "app/run_command.h"
+
+#include <spdlog/logger.h>
+
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <optional>
 
-#include "app/commands.h"
+#include "app/command_line.h"
 #include "app/console_sink.h"
+#include "app/log_sink.h"
 #include "app/runtime.h"
 #include "base/thread.h"
 #include "platform/canonical_path.h"
@@ -64,9 +70,10 @@ int run_page_file(const RunCommand& command) {
   SiteOptions options;
   options.root = command.site.empty() ? page->substr(0, page->rfind('/') + 1) : command.site;
   options.debug = command.debug;
-  options.log = [](std::string_view line) { std::cerr << "zelto: " << line << "\n"; };
+  spdlog::logger log("zelto", std::make_shared<LogSink>());
+  options.log = [&log](std::string_view line) { log.info("zelto: {}", line); };
   Site site(std::move(options));
-  if (const std::string notice = site.notice(); !notice.empty()) std::cerr << notice << "\n";
+  if (const std::string notice = site.notice(); !notice.empty()) log.info(notice);
   if (!page->starts_with(site.root() + "/")) throw WrongUse("'" + command.page + "' does not lie in the site");
   const std::string path = page->substr(site.root().size());
   ConsoleSink sink(stdout, command.include_headers);

@@ -1,14 +1,21 @@
 #include "app/runtime.h"
 
+#include <fmt/format.h>
+#include <korlib/combstr.h>
+#include <korlib/errorinfo.h>
+#include <korlib/ptr.h>
 #include <korlib_host/modules.h>
 #include <korlib_host/registry_store.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <mutex>
 
+#include "app/command_line.h"
 #include "platform/type_libraries.h"
+#include "text/charset.h"
 
 namespace zelto {
 
@@ -44,11 +51,30 @@ void set_up() {
       component_file(), {{L"Mirt", L"Mirt"}, {L"Mirt.TextTemplator", L"TextTemplator"}, {L"Mirt.Utility", L"Utility"}});
 }
 
+int report(HRESULT hr, const std::string& library) {
+  if (SUCCEEDED(hr)) return kSuccess;
+  CComPtr<IErrorInfo> info;
+  CComBSTR text;
+  if (GetErrorInfo(0, info.put()) == S_OK && info) info->GetDescription(text.put());
+  std::cerr << fmt::format("zelto: {}: {} (0x{:08X})\n", library, to_utf8(text.view()), static_cast<std::uint32_t>(hr));
+  return kFailure;
+}
+
 }  // namespace
 
 void set_up_runtime() {
   static std::once_flag once;
   std::call_once(once, set_up);
+}
+
+int register_library(const std::string& library) {
+  set_up_runtime();
+  return report(korlib_host::register_module(std::filesystem::absolute(library)), library);
+}
+
+int unregister_library(const std::string& library) {
+  set_up_runtime();
+  return report(korlib_host::unregister_module(std::filesystem::absolute(library)), library);
 }
 
 }  // namespace zelto

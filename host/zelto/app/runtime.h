@@ -1,10 +1,16 @@
-// What the process sets up once, before any page runs.
+// The component runtime of this process, and the libraries that are registered with it.
 #pragma once
+
+#include <string>
 
 namespace zelto {
 
-// The registry store, the type libraries, and the component that lies beside this program. Calling it
-// again does nothing.
+// Sets up the registry store, the type libraries, and the component that lies beside this program. Must be called
+// before any page runs; calling it again does nothing.
 void set_up_runtime();
+
+// `zelto register` and `zelto unregister`: the exit code. What fails is written to standard error.
+int register_library(const std::string& library);
+int unregister_library(const std::string& library);
 
 }  // namespace zelto

@@ -1,25 +1,28 @@
+#include "app/serve_command.h"
+
 #include <fmt/format.h>
+#include <korlib/activation.h>
+#include <korlib_host/diagnostics.h>
+#include <korlib_host/modules.h>
+#include <spdlog/logger.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
 #include <iostream>
-#include <optional>
+#include <memory>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 
-#include <korlib/activation.h>
-#include <korlib_host/diagnostics.h>
-#include <korlib_host/modules.h>
-
-#include "app/commands.h"
+#include "app/command_line.h"
 #include "app/configuration.h"
-#include "app/connection_room.h"
-#include "app/last_resort.h"
-#include "app/log.h"
+#include "app/log_sink.h"
+#include "app/open_file_limit.h"
 #include "app/runtime.h"
 #include "app/signals.h"
-#include "http/access_log.h"
+#include "base/thread.h"
+#include "http/server.h"
 #include "site/session_sweeper.h"
 #include "site/site_worker.h"
 
@@ -33,11 +36,11 @@ std::string shown_address(const ServerOptions& options, std::uint16_t port) {
   return fmt::format("http://{}:{}/", host, port);
 }
 
-void make_room(HttpLimits& limits, Log& log) {
-  const std::size_t fit = make_room_for_connections(limits.connections);
+void limit_connections(HttpLimits& limits, spdlog::logger& log) {
+  const std::size_t fit = raise_open_file_limit(limits.connections);
   if (fit < limits.connections) {
-    log.line(fmt::format("zelto: {} connections at a time in place of {}: the limit of open files (ulimit -n) is low",
-                         fit, limits.connections));
+    log.info("zelto: {} connections at a time in place of {}: the limit of open files (ulimit -n) is low", fit,
+             limits.connections);
   }
   limits.connections = fit;
 }
@@ -54,46 +57,50 @@ void start(Server& server) {
 }
 
 // A site that was written for another host may count on it.
-void give_notice(const Site& site, Log& log, bool log_is_file) {
+void give_notice(const Site& site, spdlog::logger& log, bool log_is_file) {
   const std::string notice = site.notice();
   if (notice.empty()) return;
-  log.line(notice);
+  log.info(notice);
   if (log_is_file) std::cerr << notice << std::endl;
 }
 
 // What zelto.toml says now holds from here on, as far as that goes without a restart.
-void reread(const ServeCommand& command, Configuration& running, Site& site, Server& server, Log& log) {
+void reread(const ServeCommand& command, Configuration& running, Site& site, Server& server, LogSink& sink,
+            spdlog::logger& log) {
   try {
     Configuration fresh = read_configuration(command);
     const auto kept = keep_until_restart(fresh, running);
-    log.open(fresh.log);
+    sink.open(fresh.log);
     site.change(fresh.site);
     server.change(fresh.server.limits, fresh.server.trusted_proxies);
     running = std::move(fresh);
-    log.line("zelto: zelto.toml is read again");
-    for (const std::string_view key : kept) log.line(fmt::format("zelto: {} takes a restart to change", key));
+    log.info("zelto: zelto.toml is read again");
+    for (const std::string_view key : kept) log.info("zelto: {} takes a restart to change", key);
   } catch (const std::exception& error) {
     try {
-      log.open(running.log);
+      sink.open(running.log);
     } catch (const std::exception& gone) {
-      log.line(fmt::format("zelto: {}", gone.what()));
+      log.info("zelto: {}", gone.what());
     }
-    log.line(fmt::format("zelto: {}; the settings stay as they were", error.what()));
+    log.info("zelto: {}; the settings stay as they were", error.what());
   }
 }
 
-[[noreturn]] void end_at_once(Log& log) {
-  log.line("zelto: ending without pages that still run after stop_timeout");
+// A page may loop, or wait for a database, long after its client has been told goodbye: a thread cannot be stopped
+// from outside, but the program can.
+void exit_after(std::chrono::milliseconds patience, const std::stop_token& stop, spdlog::logger& log) {
+  if (!base::wait_unless_stopped(stop, patience)) return;
+  log.info("zelto: ending without pages that still run after stop_timeout");
   ::_exit(kFailure);
 }
 
 // Once workers, sessions and the application have gone, no object may be alive and no module in use.
-bool nothing_is_left(Log& log) {
+bool nothing_is_left(spdlog::logger& log) {
   CoFreeUnusedLibraries();
   const auto objects = korlib_host::live_objects();
   const auto modules = korlib_host::open_modules();
   if (objects == 0 && modules == 0) return true;
-  log.line(fmt::format("zelto: {} objects are still alive, {} component modules in use", objects, modules));
+  log.info("zelto: {} objects are still alive, {} component modules in use", objects, modules);
   return false;
 }
 
@@ -106,14 +113,15 @@ int serve_site(const ServeCommand& command) {
   if (!std::filesystem::is_directory(command.site, error)) throw WrongUse("'" + command.site + "' is no folder");
   const OperatorSignals signals;
   set_up_runtime();
-  Log log;
+  const auto sink = std::make_shared<LogSink>();
+  spdlog::logger log("zelto", sink);
   Configuration configuration = read_configuration(command);
-  log.open(configuration.log);
-  configuration.site.log = [&log](std::string_view line) { log.line(line); };
-  configuration.server.on_access = [&log](const AccessRecord& record) { log.line(combined_line(record)); };
-  make_room(configuration.server.limits, log);
+  sink->open(configuration.log);
+  configuration.site.log = [&log](std::string_view line) { log.info(line); };
+  configuration.server.on_access = [&log](const AccessRecord& record) { log.info(combined_line(record)); };
+  limit_connections(configuration.server.limits, log);
   bool all_answered = false;
-  std::optional<LastResort> last_resort;
+  std::jthread exit_timer;
   {
     Site site(configuration.site);
     const SessionSweeper sweeper(site.sessions(), kSweepPause, configuration.site.log);
@@ -121,10 +129,12 @@ int serve_site(const ServeCommand& command) {
     start(server);
     give_notice(site, log, !configuration.log.empty());
     std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;
-    while (signals.wait() == OperatorSignals::Wish::kReread) reread(command, configuration, site, server, log);
+    while (signals.wait() == OperatorSignals::Wish::kReread) reread(command, configuration, site, server, *sink, log);
     std::cout << "Stopping once every request is answered, or when asked again" << std::endl;
     signals.let_end_through();
-    last_resort.emplace(configuration.stop_timeout + kForce, [&log] { end_at_once(log); });
+    exit_timer = std::jthread([&log, patience = configuration.stop_timeout + kForce](const std::stop_token& stop) {
+      exit_after(patience, stop, log);
+    });
     all_answered = server.stop(configuration.stop_timeout);
   }
   if (!nothing_is_left(log)) return kLeftOver;

@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
+#include "app/command_line.h"
 #include "app/configuration_file.h"
-#include "app/connection_room.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -14,14 +14,10 @@ namespace fs = std::filesystem;
 
 class Configuration : public testing::Test {
  protected:
-  Configuration() {
-    std::string name = (fs::temp_directory_path() / "zelto-conf-XXXXXX").string();
-    command.site = mkdtemp(name.data());
-  }
-  ~Configuration() override { fs::remove_all(command.site); }
+  Configuration() { command.site = folder.path().string(); }
 
   zelto::Configuration read(const std::string& text) {
-    std::ofstream(command.site + "/zelto.toml") << text;
+    folder.write("zelto.toml", text);
     return zelto::read_configuration(command);
   }
   std::string problem(const std::string& text) {
@@ -33,6 +29,7 @@ class Configuration : public testing::Test {
     return "none";
   }
 
+  const test::TemporaryFolder folder;
   zelto::ServeCommand command;
 };
 
@@ -177,13 +174,5 @@ TEST_F(Configuration, SaysThatItsFileCannotBeRead) {
 
 // Every key that the help lists is one, and its example is right.
 TEST_F(Configuration, TakesWhatItsHelpShows) { EXPECT_EQ("none", problem(zelto::ConfigurationFile::help())); }
-
-TEST(ConnectionRoom, LeavesFilesForPages) {
-  EXPECT_EQ(4096u, zelto::connections_that_fit(20'000, 4096));
-  EXPECT_EQ(4096u, zelto::connections_that_fit(5120, 4096));
-  EXPECT_EQ(2559u, zelto::connections_that_fit(5119, 4096));
-  EXPECT_EQ(50u, zelto::connections_that_fit(100, 4096));
-  EXPECT_EQ(10u, zelto::connections_that_fit(100, 10));
-}
 
 }  // namespace

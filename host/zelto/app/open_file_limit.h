@@ -1,4 +1,4 @@
-// How many connections fit into what the system lets the program open.
+// How many files the system lets the program open, and how many connections that is.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +11,6 @@ std::size_t connections_that_fit(std::size_t files, std::size_t wanted);
 
 // Raises the number of files that the program may open as far as it needs, and answers how many
 // connections there can be: `wanted`, or fewer.
-std::size_t make_room_for_connections(std::size_t wanted);
+std::size_t raise_open_file_limit(std::size_t wanted);
 
 }  // namespace zelto

@@ -1,4 +1,4 @@
-#include "app/connection_room.h"
+#include "app/open_file_limit.h"
 
 #include <sys/resource.h>
 
@@ -16,7 +16,7 @@ std::size_t connections_that_fit(std::size_t files, std::size_t wanted) {
   return files >= wanted + kForPages ? wanted : std::min(wanted, files / 2);
 }
 
-std::size_t make_room_for_connections(std::size_t wanted) {
+std::size_t raise_open_file_limit(std::size_t wanted) {
   rlimit files{};
   if (getrlimit(RLIMIT_NOFILE, &files) != 0) return wanted;
   const rlim_t needed = wanted + kForPages;
