@@ -7,11 +7,11 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "site/program.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -30,16 +30,11 @@ std::vector<std::string> options_in(const std::string& help) {
 
 class Command : public testing::Test {
  protected:
-  Command() {
-    std::string name = (fs::temp_directory_path() / "zelto-command-XXXXXX").string();
-    folder_ = mkdtemp(name.data());
-  }
-  ~Command() override { fs::remove_all(folder_); }
-
   Ran run(const std::vector<std::string>& words) const { return test::run_program(words, folder_, folder_); }
-  void file(const char* name, const char* text) const { std::ofstream(folder_ / name, std::ios::binary) << text; }
+  void file(const char* name, const char* text) const { temporary_.write(name, text); }
 
-  fs::path folder_;
+  const test::TemporaryFolder temporary_;
+  const fs::path folder_ = temporary_.path();
 };
 
 TEST_F(Command, TellsItsVersionAndItsUse) {
@@ -113,18 +108,18 @@ TEST_F(Command, RefusesWrongUse) {
 TEST_F(Command, SaysWhyItCannotServe) {
   const Ran listen = run({"serve", ".", "--listen", "nowhere"});
   EXPECT_EQ(2, listen.status);
-  EXPECT_EQ("zelto: 'nowhere' is no ADDRESS:PORT\n", listen.error);
+  EXPECT_EQ("zelto: 'nowhere' is not an ADDRESS:PORT\n", listen.error);
   file("zelto.toml", "colour = 1\n");
   const Ran configured = run({"serve", "."});
   EXPECT_EQ(2, configured.status);
   EXPECT_EQ("zelto: ./zelto.toml:1: colour is not known; zelto serve --help lists what is\n", configured.error);
-  EXPECT_EQ("zelto: 'none' is no folder\n", run({"serve", "none"}).error);
-  EXPECT_EQ("zelto: '' is no folder\n", run({"serve", ""}).error);
+  EXPECT_EQ("zelto: 'none' is not a folder\n", run({"serve", "none"}).error);
+  EXPECT_EQ("zelto: '' is not a folder\n", run({"serve", ""}).error);
   fs::remove(folder_ / "zelto.toml");
   fs::create_directory(folder_ / "zelto.toml");
   const Ran unreadable = run({"serve", "."});
   EXPECT_EQ(2, unreadable.status);
-  EXPECT_EQ("zelto: ./zelto.toml is no file\n", unreadable.error);
+  EXPECT_EQ("zelto: ./zelto.toml is not a file\n", unreadable.error);
 }
 
 TEST_F(Command, SaysThatAnAddressIsNotItsOwn) {
@@ -155,8 +150,7 @@ TEST_F(Command, SaysThatAnAddressIsTaken) {
 
 TEST_F(Command, RegistersALibraryAndTakesItBack) {
   EXPECT_EQ(0, run({"register", MIRT_LIBRARY}).status);
-  std::ifstream in(folder_ / "registry.json");
-  const std::string store(std::istreambuf_iterator<char>(in), {});
+  const std::string store = temporary_.read("registry.json");
   EXPECT_NE(std::string::npos, store.find("717FA104-3BC5-4b9e-8112-106B75FD22C4"));
   EXPECT_NE(std::string::npos, store.find("Apartment"));
   EXPECT_NE(std::string::npos, store.find(MIRT_LIBRARY));
@@ -175,7 +169,7 @@ TEST_F(Command, SaysWhichLibraryItCannotRegister) {
 // A module asks for its own path with room for 260 characters, the NUL among them.
 TEST_F(Command, RefusesALibraryWithAPathOf260Characters) {
   const auto library_at = [&](std::size_t length) {
-    fs::path folder = fs::canonical(folder_);
+    fs::path folder = folder_;
     const std::size_t missing = length - folder.string().size() - std::string("//a.so").size();
     folder /= std::string(std::min<std::size_t>(missing, 200), 'x');
     if (missing > 200) folder /= std::string(missing - 201, 'y');
@@ -196,10 +190,10 @@ TEST_F(Command, RefusesALibraryWithAPathOf260Characters) {
   EXPECT_EQ("zelto: " + too_long + ": " + words + " (0x800401F9)\n", refused.error);
 
   // A module that lies there all the same, as one that was moved, is told to the page that needs it.
-  std::string store = test::read(folder_ / "registry.json").value_or("");
+  std::string store = temporary_.read("registry.json");
   for (std::size_t at = store.find(longest); at != std::string::npos; at = store.find(longest, at + 1))
     store.replace(at, longest.size(), too_long);
-  std::ofstream(folder_ / "registry.json", std::ios::binary) << store;
+  temporary_.write("registry.json", store);
   file("page.asp", "<% try { Server.CreateObject('Mirt.Utility'); } catch (e) { Response.Write(e.message); } %>");
   EXPECT_EQ(words, run({"run", "page.asp"}).output);
 }

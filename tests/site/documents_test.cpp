@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "site/program.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -46,17 +47,15 @@ std::string without_end(std::string text) {
 }
 
 TEST(Documents, ShowPagesWithWhatTheyPrint) {
-  std::string name = (fs::temp_directory_path() / "zelto-documents-XXXXXX").string();
-  const fs::path folder = mkdtemp(name.data());
+  const test::TemporaryFolder folder;
   const std::vector<Example> examples = examples_in(fs::path(DOCUMENTS) / "pages.md");
   EXPECT_GE(examples.size(), 4U);
   for (const Example& example : examples) {
-    std::ofstream(folder / "page.asp", std::ios::binary) << example.page;
-    const test::Ran ran = test::run_program({"run", "page.asp"}, folder, folder);
+    folder.write("page.asp", example.page);
+    const test::Ran ran = test::run_program({"run", "page.asp"}, folder.path(), folder.path());
     EXPECT_EQ(without_end(example.output), without_end(ran.output)) << "pages.md:" << example.line;
     EXPECT_EQ("", ran.error) << "pages.md:" << example.line;
   }
-  fs::remove_all(folder);
 }
 
 }  // namespace

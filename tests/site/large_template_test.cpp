@@ -1,14 +1,10 @@
 // Template files of a size that nobody writes, drawn by a page.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "site/program.h"
+#include "support/temporary_folder.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr char kPage[] = R"(<%
 var mirt = Server.CreateObject("Mirt");
@@ -22,24 +18,16 @@ try { mirt.DrawTemplate("large"); } catch (e) { Response.Write(e.message.slice(0
 
 class LargeTemplate : public testing::TestWithParam<const char*> {
  protected:
-  LargeTemplate() {
-    std::string name = (fs::temp_directory_path() / "zelto-template-XXXXXX").string();
-    folder_ = mkdtemp(name.data());
-    write("page.asp", kPage);
-  }
-  ~LargeTemplate() override { fs::remove_all(folder_); }
+  LargeTemplate() { folder_.write("page.asp", kPage); }
 
-  void write(const char* name, const std::string& text) const {
-    std::ofstream(folder_ / name, std::ios::binary) << text;
-  }
   std::string drawn(const std::string& text) const {
-    write("large.html", text);
-    test::Ran ran = test::run_program({"run", "page.asp", "--query", GetParam()}, folder_, folder_);
+    folder_.write("large.html", text);
+    test::Ran ran = test::run_program({"run", "page.asp", "--query", GetParam()}, folder_.path(), folder_.path());
     EXPECT_EQ(0, ran.status) << ran.error;
     return std::move(ran.output);
   }
 
-  fs::path folder_;
+  const test::TemporaryFolder folder_;
 };
 INSTANTIATE_TEST_SUITE_P(EachMode, LargeTemplate, testing::Values("cached=0", "cached=1"),
                          [](const auto& one) { return one.index == 0 ? "Streamed" : "Cached"; });

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -16,6 +15,7 @@
 #include <vector>
 
 #include "site/program.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -33,17 +33,13 @@ std::vector<std::string> lines_of(const fs::path& file) {
 
 class Case : public testing::Test {
  public:
-  explicit Case(fs::path folder) : folder_(std::move(folder)) {
-    std::string name = (fs::temp_directory_path() / "zelto-site-XXXXXX").string();
-    scratch_ = mkdtemp(name.data());
-  }
-  ~Case() override { fs::remove_all(scratch_); }
+  explicit Case(fs::path folder) : folder_(std::move(folder)) {}
 
   void TestBody() override {
     std::vector<std::string> words{"run", "page.asp"};
     for (const std::string& word : lines_of(folder_ / "arguments")) words.push_back(word);
-    fs::copy(folder_, scratch_ / "case", fs::copy_options::recursive);
-    const test::Ran ran = test::run_program(words, scratch_ / "case", scratch_);
+    fs::copy(folder_, scratch_.path("case"), fs::copy_options::recursive);
+    const test::Ran ran = test::run_program(words, scratch_.path("case"), scratch_.path());
     const int status = std::stoi(read(folder_ / "status").value_or("0"));
     EXPECT_EQ(status, ran.status) << ran.error;
     if (const auto output = read(folder_ / "output")) {
@@ -58,7 +54,7 @@ class Case : public testing::Test {
 
  private:
   fs::path folder_;
-  fs::path scratch_;
+  test::TemporaryFolder scratch_;
 };
 
 // Tests are named after their folders: "upload_two_files" is Site.upload_two_files.

@@ -88,11 +88,11 @@ void set_listen_address(const std::string& text, ServerOptions& options) {
   if (address.starts_with('[') && address.ends_with(']')) address = address.substr(1, address.size() - 2);
   const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), options.port);
   if (port.empty() || error != std::errc{} || end != port.data() + port.size()) {
-    throw WrongUse("'" + text + "' is no ADDRESS:PORT");
+    throw WrongUse("'" + text + "' is not an ADDRESS:PORT");
   }
   if (address == "localhost") address = "127.0.0.1";
   options.address = address.empty() ? "0.0.0.0" : address;
-  if (!is_address(options.address)) throw WrongUse("'" + address + "' is no address to listen on");
+  if (!is_address(options.address)) throw WrongUse("'" + address + "' is not an address to listen on");
 }
 
 Configuration read_configuration(const ServeCommand& command) {

@@ -48,7 +48,7 @@ toml::table parse(const std::string& name) {
   std::error_code error;
   const auto status = std::filesystem::status(name, error);
   if (status.type() == std::filesystem::file_type::not_found) return {};
-  if (!error && !std::filesystem::is_regular_file(status)) throw WrongUse(name + " is no file");
+  if (!error && !std::filesystem::is_regular_file(status)) throw WrongUse(name + " is not a file");
   std::ifstream in(name);
   if (!in) throw WrongUse(name + " cannot be read: " + std::generic_category().message(errno));
   try {

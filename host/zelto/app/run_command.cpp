@@ -32,17 +32,17 @@ std::string read_body(const std::string& file) {
 Header parse_header(const std::string& line) {
   const std::size_t colon = line.find(':');
   Header header{line.substr(0, colon), ""};
-  if (colon == std::string::npos || !is_token(header.name)) throw WrongUse("'" + line + "' is no header");
+  if (colon == std::string::npos || !is_token(header.name)) throw WrongUse("'" + line + "' is not a header");
   const std::size_t start = line.find_first_not_of(" \t", colon + 1);
   if (start != std::string::npos) header.value = line.substr(start);
-  if (!is_field_value(header.value)) throw WrongUse("'" + line + "' is no header");
+  if (!is_field_value(header.value)) throw WrongUse("'" + line + "' is not a header");
   return header;
 }
 
 HttpRequest make_request(const RunCommand& command, const std::string& path) {
   HttpRequest request;
   request.method = !command.method.empty() ? command.method : command.body_file.empty() ? "GET" : "POST";
-  if (!is_token(request.method)) throw WrongUse("'" + request.method + "' is no method");
+  if (!is_token(request.method)) throw WrongUse("'" + request.method + "' is not a method");
   request.path = path;
   request.query = command.query;
   request.target = path + (command.query.empty() ? "" : "?" + command.query);
@@ -66,7 +66,7 @@ int run_page_file(const RunCommand& command) {
   set_up_runtime();
   const auto page = canonical_path(command.page);
   if (!page || !std::filesystem::is_regular_file(*page))
-    throw WrongUse("'" + command.page + "' is no file that can be read");
+    throw WrongUse("'" + command.page + "' is not a file that can be read");
   SiteOptions options;
   options.root = command.site.empty() ? page->substr(0, page->rfind('/') + 1) : command.site;
   options.debug = command.debug;

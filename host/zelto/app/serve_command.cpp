@@ -110,7 +110,7 @@ int serve_site(const ServeCommand& command) {
   constexpr auto kSweepPause = std::chrono::seconds(15);
   constexpr auto kForce = std::chrono::seconds(2);  // for pages that notice that their client has gone
   std::error_code error;
-  if (!std::filesystem::is_directory(command.site, error)) throw WrongUse("'" + command.site + "' is no folder");
+  if (!std::filesystem::is_directory(command.site, error)) throw WrongUse("'" + command.site + "' is not a folder");
   const OperatorSignals signals;
   set_up_runtime();
   const auto sink = std::make_shared<LogSink>();

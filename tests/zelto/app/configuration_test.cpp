@@ -158,15 +158,15 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
   };
   for (const Row& row : rows) EXPECT_EQ(command.site + "/zelto.toml" + row.problem, problem(row.text)) << row.text;
   EXPECT_EQ(0u, problem("a = \n").find(command.site + "/zelto.toml:1: "));
-  EXPECT_EQ("'here' is no ADDRESS:PORT", problem("listen = \"here\""));
-  EXPECT_EQ("'1.2.3.4:70000' is no ADDRESS:PORT", problem("listen = \"1.2.3.4:70000\""));
-  EXPECT_EQ("'example.org' is no address to listen on", problem("listen = \"example.org:80\""));
+  EXPECT_EQ("'here' is not an ADDRESS:PORT", problem("listen = \"here\""));
+  EXPECT_EQ("'1.2.3.4:70000' is not an ADDRESS:PORT", problem("listen = \"1.2.3.4:70000\""));
+  EXPECT_EQ("'example.org' is not an address to listen on", problem("listen = \"example.org:80\""));
 }
 
 TEST_F(Configuration, SaysThatItsFileCannotBeRead) {
   const std::string file = command.site + "/zelto.toml";
   fs::create_directory(file);
-  EXPECT_EQ(file + " is no file", problem(""));
+  EXPECT_EQ(file + " is not a file", problem(""));
   fs::remove(file);
   fs::create_symlink(file, file);
   EXPECT_EQ(file + " cannot be read: Too many levels of symbolic links", problem(""));
