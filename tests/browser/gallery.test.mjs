@@ -171,7 +171,7 @@ test('the page fits a phone', () => inGallery([], async (browser) => {
   await browser.click('#upload button');
   await browser.wait('figure');
   const [visible, needed] = await browser.run('return [innerWidth, document.documentElement.scrollWidth]');
-  assert.ok(visible < 600, `a window of ${visible} is no phone`);
+  assert.ok(visible < 600, `a window of ${visible} is not that of a phone`);
   assert.ok(needed <= visible, `${needed} pixels in a window of ${visible}`);
   const height = await browser.run("return document.querySelector('.file').offsetHeight");
   assert.ok(height < 30, `a long name and the size share a line, which is ${height} pixels high`);

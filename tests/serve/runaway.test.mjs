@@ -37,11 +37,11 @@ fails('a page that fails is an error of its own request', 'runaway', [
   ['recurse', /^\/default\.asp:21: Maximum call stack size exceeded\. \(RangeError, /],
   // Whichever call found the stack used up.
   ['recurse_through_component', /^\/default\.asp:\d+: Out of stack space \(RangeError, /],
-  ['grow', /^\/default\.asp: The page took more memory than it may\. /],
+  ['grow', /^\/default\.asp: The page took more memory than the site allows\. /],
   ['grow_text', /^\/default\.asp:24: Out of memory \(RangeError, /],
 ]);
 
 fails('a page that never ends is an error of its own request', 'endless', [
-  ['script', /^\/default\.asp: The page took longer than it may\. /],
-  ['calls', /^\/default\.asp: The page took longer than it may\. /],
+  ['script', /^\/default\.asp: The page took longer than the site allows\. /],
+  ['calls', /^\/default\.asp: The page took longer than the site allows\. /],
 ]);

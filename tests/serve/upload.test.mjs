@@ -277,7 +277,7 @@ test('a slow upload holds no worker', async () => {
   for (const { closed } of uploads) assert.match(await closed, /"values":\["slow"\]/);
 });
 
-test('a body that is no upload after all is an error without a text', async () => {
+test('a body that is not an upload after all is an error without a text', async () => {
   const answer = await (await fetch(at('a'), {
     method: 'POST', body: 'no delimiter', headers: { 'Content-Type': 'multipart/form-data; boundary=B' },
   })).json();

@@ -18,7 +18,7 @@ namespace zelto {
 
 namespace {
 
-// The library's own reading of a size takes a sign for a number.
+// The library would read the sign as part of the number.
 std::string refuse_sign(const std::string& size) {
   return size.starts_with('-') ? "a size is not negative" : std::string();
 }

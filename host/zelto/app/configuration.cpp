@@ -56,7 +56,7 @@ void read_server(const ConfigurationFile& file, ServerOptions& server) {
   }
 }
 
-// The file's name, seen from the site's folder. Should it lie in there, it is nobody else's.
+// The file's name, relative to the site's folder. A log that lies in there is not served to anyone.
 std::string read_log(const ConfigurationFile& file, const std::string& site, ProtectedNames& protected_names) {
   const auto name = file.text("log");
   if (!name) return {};

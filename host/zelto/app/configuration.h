@@ -19,11 +19,10 @@ struct Configuration {
   std::chrono::seconds stop_timeout{30};  // that running pages get when the host stops
 };
 
-// The command line counts more than the file, the file more than the defaults. Throws WrongUse for what
-// cannot be understood.
+// The command line wins over the file, the file over the defaults. Throws WrongUse for what cannot be understood.
 Configuration read_configuration(const ServeCommand& command);
 
-// Gives `fresh` what only a restart changes from `running`; the keys whose values would have been others.
+// Copies what only a restart can change from `running` to `fresh`; answers the keys whose values differed.
 std::vector<std::string_view> keep_until_restart(Configuration& fresh, const Configuration& running);
 
 // "127.0.0.1:8080", "localhost:8080", "[::1]:8080" or ":8080" (every address). Throws WrongUse.

@@ -13,7 +13,7 @@ namespace zelto {
 
 namespace {
 
-constexpr mode_t kMode = 0640;  // a line may say what is nobody else's business
+constexpr mode_t kMode = 0640;  // a line may hold what others must not read
 
 }  // namespace
 
@@ -30,7 +30,7 @@ void LogSink::open(const std::string& file) {
 void LogSink::sink_it_(const spdlog::details::log_msg& message) {
   spdlog::memory_buf_t line;
   formatter_->format(message, line);
-  // When it fails there is nobody to tell.
+  // A failure cannot be reported anywhere.
   base::write_all(file_ ? file_.get() : STDERR_FILENO, {line.data(), line.size()});
 }
 

@@ -5,8 +5,8 @@
 
 namespace zelto {
 
-// Every connection is an open file, and so is whatever a page opens: a half of them stays for pages when
-// `files` are not enough for both.
+// Connections are open files, and so is what pages open: half of `files` stays for pages when there are not enough
+// for both.
 std::size_t connections_that_fit(std::size_t files, std::size_t wanted);
 
 // Raises the number of files that the program may open as far as it needs, and answers how many

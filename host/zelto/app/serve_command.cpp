@@ -56,7 +56,7 @@ void start(Server& server) {
   }
 }
 
-// A site that was written for another host may count on it.
+// A site that was written for another host may rely on what this one does not do.
 void give_notice(const Site& site, spdlog::logger& log, bool log_is_file) {
   const std::string notice = site.notice();
   if (notice.empty()) return;
@@ -64,7 +64,7 @@ void give_notice(const Site& site, spdlog::logger& log, bool log_is_file) {
   if (log_is_file) std::cerr << notice << std::endl;
 }
 
-// What zelto.toml says now holds from here on, as far as that goes without a restart.
+// Applies what zelto.toml says now, as far as that goes without a restart.
 void reread(const ServeCommand& command, Configuration& running, Site& site, Server& server, LogSink& sink,
             spdlog::logger& log) {
   try {

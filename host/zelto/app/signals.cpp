@@ -8,7 +8,7 @@ namespace zelto {
 
 namespace {
 
-// A handler that is there already is somebody's: a profiler's.
+// A handler that is already installed stays: it may be a profiler's.
 void ignore(int signal) {
   struct sigaction action {};
   if (::sigaction(signal, nullptr, &action) != 0) return;
@@ -40,7 +40,7 @@ OperatorSignals::Wish OperatorSignals::wait() const {
 }
 
 void OperatorSignals::let_end_through() const {
-  // Also one that is waiting, which would end the program when nothing blocks it any more.
+  // A pending one too, which would end the program once it is unblocked.
   std::signal(SIGHUP, SIG_IGN);
   const sigset_t end = set_of({SIGINT, SIGTERM});
   pthread_sigmask(SIG_UNBLOCK, &end, nullptr);

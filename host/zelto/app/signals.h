@@ -5,9 +5,9 @@
 
 namespace zelto {
 
-// SIGTERM and SIGINT end it, SIGHUP has it read its settings again, and what others mean as a message to programs that
-// know it, SIGUSR1 and SIGALRM among them, does nothing. Left as they are: SIGQUIT, SIGABRT and those of faults, which
-// leave a core file, and SIGKILL.
+// SIGTERM and SIGINT end it, SIGHUP makes it read its settings again. Signals that mean nothing to it, SIGUSR1 and
+// SIGALRM among them, are ignored. Left as they are: SIGQUIT, SIGABRT and those of faults, which leave a core file, and
+// SIGKILL.
 // The first three are blocked in every thread that is started while this lives.
 class OperatorSignals {
  public:
@@ -19,7 +19,7 @@ class OperatorSignals {
   OperatorSignals& operator=(const OperatorSignals&) = delete;
 
   Wish wait() const;
-  // From now on another signal to end does so at once; to read settings is too late.
+  // From now on another SIGTERM or SIGINT ends the program at once, and SIGHUP is ignored.
   void let_end_through() const;
 
  private:

@@ -33,9 +33,9 @@ bool came_encrypted(const HttpRequest& request, const std::vector<std::string>& 
          base::equal_ascii(*request.header("X-Forwarded-Proto"), "https");
 }
 
-// Takes the connection from under its socket. The client sees a reset: after a shutdown, a body whose end is that of
-// the connection would look complete. By the system call, which any thread may make while a worker writes: to the
-// thread sanitizer, connect() makes another socket of the number.
+// Takes the connection from under its socket. The client sees a reset: after a shutdown, a body that ends with the
+// connection would look complete. The system call may be made by any thread while a worker writes; connect() would do
+// the same, but the thread sanitizer takes it for the making of another socket.
 void reset_peer(int socket) {
   const sockaddr nobody{.sa_family = AF_UNSPEC, .sa_data = {}};
   ::syscall(SYS_connect, socket, &nobody, sizeof nobody);
@@ -82,7 +82,7 @@ void Connection::close_when_idle() {
 void Connection::abort() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     self->aborted_ = true;
-    // The number must stay taken while a worker may write to it.
+    // The descriptor must stay open while a worker may write to it.
     if (self->in_worker_)
       reset_peer(self->socket_.native_handle());
     else if (self->phase_ == Phase::kSending)
@@ -272,7 +272,7 @@ void Connection::next_request() {
   record_ = AccessRecord();
   phase_ = Phase::kIdle;
   arm(limits().keep_alive_timeout);
-  // Through the queue: a client may have sent any number of requests at once.
+  // Posted, not called: a client may have sent any number of requests at once.
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     if (self->phase_ == Phase::kIdle) self->read_head();
   });
@@ -304,7 +304,7 @@ void Connection::close() {
   socket_.close(ignored);
 }
 
-// Shows the client that the answer is not whole; what it does not read is not kept for it any longer either.
+// Shows the client that the answer is not whole, and drops what it has not read.
 void Connection::reset() {
   Error ignored;
   socket_.set_option(asio::socket_base::linger(true, 0), ignored);

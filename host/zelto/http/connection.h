@@ -94,7 +94,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   Deadline deadline_;
 
   Phase phase_ = Phase::kHead;
-  bool last_ = false;          // close after this answer
+  bool last_ = false;          // the connection closes after this answer
   bool unread_input_ = false;  // the request was answered before it was read to its end
   bool in_worker_ = false;     // or waiting for one
   bool aborted_ = false;

@@ -21,7 +21,7 @@ class Deadline {
   // From now; replaces the deadline before. Zero is none. `owner` holds this object and is kept alive while
   // the timer runs.
   void arm(std::chrono::milliseconds duration, std::shared_ptr<void> owner);
-  // For good: nothing is called any more, and the owner is let go.
+  // For good: nothing is called any more, and the owner is released.
   void stop();
 
  private:
@@ -36,8 +36,7 @@ class Deadline {
 };
 
 // Whether a client sends fast enough to be waited for.
-// Judges one span of time after the other, each by itself: what a client sent quickly at first buys it no
-// patience later on.
+// Each span of time counts by itself: a client that was fast at first may not be slow later.
 class ReadRate {
  public:
   using Clock = std::chrono::steady_clock;

@@ -31,7 +31,7 @@ bool names_a_version(std::string_view head) {
          digit(version[7]);
 }
 
-// A target that names its host counts more than the Host header, which a proxy may have made of something else.
+// A host in the target wins over the Host header, which a proxy may have rewritten.
 void set_host(HttpRequest& request, std::string&& host) {
   const auto named = [](const Header& header) { return base::equal_ascii(header.name, "Host"); };
   const auto found = std::ranges::find_if(request.headers, named);
@@ -62,7 +62,7 @@ HeadScanner::Verdict HeadScanner::scan(std::string_view received) {
 class RequestParser::Impl : public http::basic_parser<true> {
  public:
   explicit Impl(const HttpLimits& limits) : limits_(limits) {
-    body_limit(boost::none);  // ours, below: it must not end the request
+    body_limit(boost::none);  // count_body() has ours: it must not end the request
     header_limit(static_cast<std::uint32_t>(limits.header_bytes));
   }
 

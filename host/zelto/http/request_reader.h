@@ -13,11 +13,12 @@
 
 namespace zelto {
 
-// Knows neither socket nor clock: its owner receives into room(), calls received(), and then what it called before.
+// Knows neither socket nor clock: its owner receives into room(), calls received(), and repeats the call that wanted
+// more.
 class RequestReader {
  public:
-  // kMore: bytes are missing. kRefused: status() tells why, and the rest must not be read. kTooLarge: so is the body;
-  // the request says so and can be answered, but the rest must not be read.
+  // kMore: bytes are missing. kRefused: status() tells why. kTooLarge: the body is over the limit; the request says so
+  // and can be answered. After these two nothing more must be read.
   enum class Progress { kMore, kDone, kTooLarge, kRefused };
 
   explicit RequestReader(const HttpLimits& limits) : limits_(limits) { next(); }

@@ -36,7 +36,7 @@ class Server::Impl {
     try {
       stop(std::chrono::milliseconds(0));
     } catch (...) {
-      std::terminate();  // threads that cannot be joined would go on with what is destroyed here
+      std::terminate();  // threads that cannot be joined would still use what is destroyed here
     }
   }
   Impl(const Impl&) = delete;
@@ -169,7 +169,7 @@ class Server::Impl {
   std::condition_variable none_left_;
   WorkerPool pool_;
   ConnectionShared shared_;
-  // Below what its handlers use: destroying it destroys the connections that are left.
+  // Behind what its handlers use: destroying it destroys the connections that are left.
   asio::io_context io_;
   asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};
   tcp::acceptor acceptor_{io_};

@@ -41,8 +41,8 @@ class Server {
   void start();
   // The port that is listened on.
   std::uint16_t port() const;
-  // Has the connections that come from now on keep these limits, but for their number, and trust these proxies. May be
-  // called from any thread.
+  // Connections that are accepted from now on get these limits, other than their number, and trust these proxies. May
+  // be called from any thread.
   void change(const HttpLimits& limits, std::vector<std::string> trusted_proxies);
   // Accepts no more connections, closes idle ones, lets the requests that were received be answered for up
   // to `grace`, then closes every connection and joins the workers, which end the pages that they run.

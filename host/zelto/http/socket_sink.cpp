@@ -17,8 +17,8 @@ namespace zelto {
 
 namespace {
 
-// Bytes that a response of known length gathers before it is sent in part, and that a client may be behind
-// before its worker waits for it.
+// Bytes that a response of known length collects before it is sent in part, and that may be unsent before the worker
+// waits for the client.
 constexpr std::size_t kGather = std::size_t{64} * 1024;
 constexpr std::size_t kBehind = std::size_t{256} * 1024;
 

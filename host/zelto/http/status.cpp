@@ -10,7 +10,7 @@ namespace zelto {
 namespace http = boost::beast::http;
 
 std::string_view reason_of(int status) {
-  // These two have got new names since the library's were written (RFC 9110).
+  // RFC 9110 renamed these two after the library's names were written.
   if (status == status::kContentTooLarge) return "Content Too Large";
   if (status == 422) return "Unprocessable Content";
   const http::status known = http::int_to_status(static_cast<unsigned>(status));

@@ -1,4 +1,4 @@
-// The statuses of answers, and the page that says nothing but one.
+// Status codes, their reasons, and the small page that shows one.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace zelto {
 
-// Those that the host answers with by itself.
+// Those that the host itself answers with.
 namespace status {
 inline constexpr int kOk = 200;
 inline constexpr int kPartialContent = 206;

@@ -65,7 +65,7 @@ bool is_port(std::string_view rest) {
   return rest.empty() || (rest.front() == ':' && rest.find_first_not_of("0123456789", 1) == std::string_view::npos);
 }
 
-// Takes "http://host" off the front of an absolute target; nothing when it is no such target.
+// Takes "http://host" off the front of an absolute target; nothing when the target is another.
 std::optional<std::string_view> take_authority(std::string_view& target) {
   const auto scheme_end = target.find("://");
   if (scheme_end == std::string_view::npos) return std::nullopt;

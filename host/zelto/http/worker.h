@@ -1,4 +1,4 @@
-// Who answers the requests that the server receives.
+// What answers the requests that the server receives.
 #pragma once
 
 #include <functional>

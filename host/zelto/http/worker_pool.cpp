@@ -62,7 +62,7 @@ void WorkerPool::run() {
     try {
       job->run(*worker);
     } catch (...) {
-      // Not even its end could be reported: out of memory. Letting go of the job closes its connection.
+      // Out of memory: not even its end could be reported. Releasing the job closes its connection.
       continue;
     }
   }

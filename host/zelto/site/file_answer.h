@@ -1,4 +1,4 @@
-// The answer that gives a client a file: whole, in part, or the word that it has it already.
+// The answer to a request for a file: all of it, a part, or that the client has it already.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,8 @@
 
 namespace zelto {
 
-// Sends the file of that name, which tells its type, as the request's conditions and its Range ask for it. Anything but
-// an open regular file is answered with 404.
+// Sends the open file as the request's conditions and its Range ask; the type comes from the name. 404 when it is not
+// open or not a regular file.
 void send_file(const HttpRequest& request, std::string_view name, base::FileDescriptor file, ResponseSink& sink);
 
 // The Content-Type of a file name, "application/octet-stream" when the extension says nothing.

@@ -144,10 +144,10 @@ void PageRun::run_script(const LoadedPage& loaded) {
     case script::Outcome::stopped:
       return;
     case script::Outcome::timed_out:
-      fail_at_limit(E_ABORT, L"The page took longer than it may.");
+      fail_at_limit(E_ABORT, L"The page took longer than the site allows.");
       return;
     case script::Outcome::out_of_memory:
-      fail_at_limit(E_OUTOFMEMORY, L"The page took more memory than it may.");
+      fail_at_limit(E_OUTOFMEMORY, L"The page took more memory than the site allows.");
       return;
     case script::Outcome::failed:
       fail(outcome.error ? page_error(*outcome.error, site_) : PageError());
@@ -193,7 +193,7 @@ HRESULT PageRun::set_script_timeout(LONG seconds) {
   return S_OK;
 }
 
-// Nobody knows which line was one too many.
+// No line is named: a limit can be reached in any.
 void PageRun::fail_at_limit(HRESULT number, const wchar_t* description) {
   PageError error;
   error.number = number;

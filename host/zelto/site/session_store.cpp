@@ -44,7 +44,7 @@ SessionStore::State SessionStore::find(std::string_view id) const {
   return found == sessions_.end() ? nullptr : found->second.session;
 }
 
-// Whether requests still find the session. One that its client came back to is no newcomer any more.
+// Whether requests still find the session, which is no longer a newcomer once its client came back.
 bool SessionStore::recognise(const SessionState& session) {
   const std::scoped_lock guard(mutex_);
   const auto found = sessions_.find(session.id);

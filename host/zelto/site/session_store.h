@@ -18,7 +18,7 @@ namespace zelto {
 // 128 random bits in base64url: what nobody can guess.
 std::string make_session_id();
 
-// A session that a request holds the lock of; none when the turn did not come in time.
+// A session whose lock a request holds; empty when the request did not get the lock in time.
 class SessionHold {
  public:
   SessionHold() = default;
@@ -54,14 +54,13 @@ class SessionStore {
   SessionStore(const SessionStore&) = delete;
   SessionStore& operator=(const SessionStore&) = delete;
 
-  // The session of that identifier, or a new one under a new identifier when there is none, or none any
-  // more. Waits for requests that hold it; when they take too long the hold is empty.
+  // The session of that identifier, or a new one under a new identifier when there is none (any more). Waits for
+  // requests that hold it; when they take too long the hold is empty.
   SessionHold open(std::string_view id, Clock::time_point now = Clock::now());
-  // Has later requests find the session. The caller holds its lock. At the limit the oldest newcomer makes
-  // room: a session whose client has not come back yet, as those that keep no cookies never do. False when
-  // there is none.
+  // Lets later requests find the session. The caller holds its lock. At the limit the oldest newcomer makes room: a
+  // session whose client has not come back yet, as clients without cookies never do. False when there is none.
   bool add(const std::shared_ptr<SessionState>& session);
-  // Has later requests find the session by a new identifier only. The caller holds its lock.
+  // Lets later requests find the session by a new identifier only. The caller holds its lock.
   void rename(const std::shared_ptr<SessionState>& session);
   // The end of a request: an abandoned session ends now, another one counts its time from now.
   void close(SessionHold hold);
@@ -71,7 +70,7 @@ class SessionStore {
   std::size_t sweep(Clock::time_point now);
   std::size_t size() const;
   std::size_t limit() const;
-  // The time of sessions that begin from now on, and how many are kept. Those that there are stay, also beyond the
+  // The time-out of sessions that begin from now on, and how many are kept. Existing sessions stay, even beyond the
   // limit.
   void set_limits(LONG timeout_minutes, std::size_t limit);
   // How many newcomers have made room since this was asked last.

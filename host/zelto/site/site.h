@@ -54,7 +54,7 @@ class Site {
   // Parts of a line may be a client's: its control characters become blanks, so that they begin no line of their own
   // and steer no terminal.
   void log(std::string_view line) const;
-  // What the site's author must know at the start: a line, or nothing.
+  // What the site's author must know at the start: one line, or empty.
   std::string notice() const;
 
  private:

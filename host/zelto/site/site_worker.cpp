@@ -13,10 +13,10 @@ namespace zelto {
 
 namespace {
 
-// For the author, who may look for the mistake in the file's place or permissions.
+// For the author, who would otherwise look for the mistake in the file's place or permissions.
 std::string protected_text(const std::string& name) {
   return to_utf8(html_encode(L"\"" + to_wide(name) + L"\" is a protected name: ", kUtf8CodePage)) +
-         "no client gets what bears it, whether it exists or not. A page can read it all the same. "
+         "nothing of this name is sent to a client, whether it exists or not. Pages can read it. "
          "<code>zelto serve --help</code> lists these names; <code>protect</code> in zelto.toml adds to them.";
 }
 

@@ -37,8 +37,8 @@ class StaticFiles {
   // is missing. Nothing outside the root is ever found, not through symbolic links either.
   FoundFile find(std::string_view path) const;
 
-  // Answers with what find() gave, other than a page: the file, whole or in part, a redirect, or 404. To a client,
-  // what is protected is not there.
+  // Answers with what find() gave, other than a page: the file, whole or in part, a redirect, or 404. For a client
+  // a protected file does not exist.
   void serve(const HttpRequest& request, const FoundFile& found, ResponseSink& sink) const;
 
  private:

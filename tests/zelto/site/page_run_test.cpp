@@ -88,7 +88,7 @@ TEST_F(PageRun, StopsAPageThatRunsTooLong) {
   const MemorySink sink = run("<% while (true) {} %>", "");
   EXPECT_EQ(500, sink.head.status);
   ASSERT_EQ(1u, log.size());
-  EXPECT_NE(std::string::npos, log[0].find("The page took longer than it may."));
+  EXPECT_NE(std::string::npos, log[0].find("The page took longer than the site allows."));
 }
 
 TEST_F(PageRun, StopsAPageThatTakesTooMuchMemory) {
@@ -96,7 +96,7 @@ TEST_F(PageRun, StopsAPageThatTakesTooMuchMemory) {
   const MemorySink sink = run("<% var all = []; for (;;) all.push(new Uint8Array(1e6).fill(1)); %>", "");
   EXPECT_EQ(500, sink.head.status);
   ASSERT_EQ(1u, log.size());
-  EXPECT_EQ("/page.asp: The page took more memory than it may. (Server, 0x8007000E)", log[0]);
+  EXPECT_EQ("/page.asp: The page took more memory than the site allows. (Server, 0x8007000E)", log[0]);
   EXPECT_EQ("still here", body("still <%= 'here' %>"));
 }
 
