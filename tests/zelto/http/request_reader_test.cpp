@@ -6,22 +6,22 @@
 
 #include "http/status.h"
 
-namespace zelto {
 namespace {
 
-using Progress = RequestReader::Progress;
+namespace status = zelto::status;
+using Progress = zelto::RequestReader::Progress;
 
 const std::string kPost = "POST /a?b HTTP/1.1\r\nHost: h\r\nContent-Length: 4\r\n\r\nbody";
 
-HttpLimits small_limits() {
-  HttpLimits limits;
+zelto::HttpLimits small_limits() {
+  zelto::HttpLimits limits;
   limits.header_bytes = 200;
   limits.header_lines = 3;
   limits.body_bytes = 10;
   return limits;
 }
 
-class RequestReaderTest : public testing::Test {
+class RequestReader : public testing::Test {
  protected:
   void receive(std::string_view bytes) {
     const auto room = reader.room(bytes.size() + 5);
@@ -35,12 +35,12 @@ class RequestReaderTest : public testing::Test {
     return progress;
   }
 
-  const HttpLimits limits = small_limits();
-  RequestReader reader{limits};
+  const zelto::HttpLimits limits = small_limits();
+  zelto::RequestReader reader{limits};
   std::size_t used_in_all = 0;
 };
 
-TEST_F(RequestReaderTest, ReadsTheSameRequestHoweverItIsCut) {
+TEST_F(RequestReader, ReadsTheSameRequestHoweverItIsCut) {
   const std::size_t head = kPost.find("body");
   for (std::size_t cut = 1; cut < kPost.size(); ++cut) {
     SCOPED_TRACE(cut);
@@ -66,7 +66,7 @@ TEST_F(RequestReaderTest, ReadsTheSameRequestHoweverItIsCut) {
   }
 }
 
-TEST_F(RequestReaderTest, KeepsWhatCameOfTheNextRequest) {
+TEST_F(RequestReader, KeepsWhatCameOfTheNextRequest) {
   receive(kPost + "\r\nHEAD / HTTP/1.1\r\nHost: h\r\n\r\nGE");
   ASSERT_EQ(Progress::kDone, reader.read_head());
   ASSERT_EQ(Progress::kDone, read_body());
@@ -84,7 +84,7 @@ TEST_F(RequestReaderTest, KeepsWhatCameOfTheNextRequest) {
   EXPECT_EQ(0u, reader.drop());
 }
 
-TEST_F(RequestReaderTest, TakesALineBreakForNoBeginning) {
+TEST_F(RequestReader, TakesALineBreakForNoBeginning) {
   receive("\r\n\r\n");
   EXPECT_EQ(Progress::kMore, reader.read_head());
   EXPECT_FALSE(reader.has_begun());
@@ -94,7 +94,15 @@ TEST_F(RequestReaderTest, TakesALineBreakForNoBeginning) {
   EXPECT_EQ(Progress::kDone, reader.read_head());
 }
 
-TEST_F(RequestReaderTest, RefusesAHeadAndStillTellsItsRequestLine) {
+TEST_F(RequestReader, LooksAtEveryByteBehindALineBreakThatCameInPieces) {
+  receive("\r");
+  EXPECT_EQ(Progress::kMore, reader.read_head());
+  receive("\n\n");
+  EXPECT_EQ(Progress::kRefused, reader.read_head());
+  EXPECT_EQ(status::kBadRequest, reader.status());
+}
+
+TEST_F(RequestReader, RefusesAHeadAndStillTellsItsRequestLine) {
   struct Row {
     std::string head;
     int status;
@@ -121,21 +129,21 @@ TEST_F(RequestReaderTest, RefusesAHeadAndStillTellsItsRequestLine) {
   }
 }
 
-TEST_F(RequestReaderTest, RefusesABodyThatCannotBeUnderstood) {
+TEST_F(RequestReader, RefusesABodyThatCannotBeUnderstood) {
   receive("POST / HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\nxyz\r\n");
   ASSERT_EQ(Progress::kDone, reader.read_head());
   EXPECT_EQ(Progress::kRefused, read_body());
   EXPECT_EQ(status::kBadRequest, reader.status());
 }
 
-TEST_F(RequestReaderTest, RefusesAnEndlessChunkLine) {
+TEST_F(RequestReader, RefusesAnEndlessChunkLine) {
   receive("POST / HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\n1;" + std::string(200, 'a'));
   ASSERT_EQ(Progress::kDone, reader.read_head());
   EXPECT_EQ(Progress::kRefused, read_body());
   EXPECT_EQ(status::kBadRequest, reader.status());
 }
 
-TEST_F(RequestReaderTest, TellsOfABodyBeyondTheLimitBeforeItComes) {
+TEST_F(RequestReader, TellsOfABodyBeyondTheLimitBeforeItComes) {
   receive("POST / HTTP/1.1\r\nHost: h\r\nContent-Length: 11\r\nExpect: 100-continue\r\n\r\n");
   ASSERT_EQ(Progress::kDone, reader.read_head());
   EXPECT_TRUE(reader.awaits_continue());
@@ -144,7 +152,7 @@ TEST_F(RequestReaderTest, TellsOfABodyBeyondTheLimitBeforeItComes) {
   EXPECT_EQ(11u, reader.request().body_length);
 }
 
-TEST_F(RequestReaderTest, SeesThatAClientDoesNotWaitToBeToldToGoOn) {
+TEST_F(RequestReader, SeesThatAClientDoesNotWaitToBeToldToGoOn) {
   receive("POST / HTTP/1.1\r\nHost: h\r\nContent-Length: 4\r\nExpect: 100-continue\r\n\r\nb");
   ASSERT_EQ(Progress::kDone, reader.read_head());
   EXPECT_FALSE(reader.awaits_continue());
@@ -153,4 +161,3 @@ TEST_F(RequestReaderTest, SeesThatAClientDoesNotWaitToBeToldToGoOn) {
 }
 
 }  // namespace
-}  // namespace zelto
