@@ -12,8 +12,8 @@
 
 #include "base/letter_case.h"
 #include "http/status.h"
-#include "text/ascii.h"
 #include "text/http_date.h"
+#include "text/http_grammar.h"
 #include "text/path_segments.h"
 
 namespace zelto {
