@@ -1,7 +1,5 @@
 #include "templator/marks.h"
 
-#include <algorithm>
-
 #include "frame/error.h"
 #include "templator/templator_concept.h"
 
@@ -13,12 +11,21 @@ HRESULT read_host_value(const CComPtr<Values>& values, BSTR name, CComVariant* v
   return values ? values->get_Value(name, value->put()) : E_FAIL;
 }
 
+// The row of each type in kMarkKinds, looked up for every mark that is drawn; the number of rows for other characters.
+constexpr auto kRowOfType = [] {
+  std::array<unsigned char, 128> rows{};
+  rows.fill(std::size(kMarkKinds));
+  for (std::size_t row = 0; row < std::size(kMarkKinds); ++row)
+    rows[static_cast<std::size_t>(kMarkKinds[row].type)] = static_cast<unsigned char>(row);
+  return rows;
+}();
+
 }  // namespace
 
 const MarkKind* find_mark_kind(wchar_t type, MarkOwner owner) {
-  const auto* kind = std::find_if(std::begin(kMarkKinds), std::end(kMarkKinds),
-                                  [type](const MarkKind& candidate) { return candidate.type == type; });
-  return kind != std::end(kMarkKinds) && draws(owner, *kind) ? kind : nullptr;
+  if (type < 0 || static_cast<std::size_t>(type) >= kRowOfType.size()) return nullptr;
+  const std::size_t row = kRowOfType[static_cast<std::size_t>(type)];
+  return row < std::size(kMarkKinds) && draws(owner, kMarkKinds[row]) ? &kMarkKinds[row] : nullptr;
 }
 
 HRESULT MarkValues::read(MarkSource source, const CMarkData& mark, BSTR name, CComVariant* text) const {
@@ -33,12 +40,13 @@ HRESULT MarkValues::read(MarkSource source, const CMarkData& mark, BSTR name, CC
 }
 
 HRESULT MarkValues::read_value(MarkSource source, BSTR name, CComVariant* value, bool* found) const {
-  CComPtr<IKorLibDictionary> items = parts_.view;
+  CComPtr<IKorLibDictionary> items;
   switch (source) {
+    case MarkSource::kView:
+      items = parts_.view;
+      return read_item(items.get(), name, value);
     case MarkSource::kBag:
       RETURN_IF_FAILED(get_bag(&items));
-      [[fallthrough]];
-    case MarkSource::kView:
       return read_item(items.get(), name, value);
     case MarkSource::kSession:
       return read_host_value(parts_.asp.session, name, value);
