@@ -32,7 +32,7 @@ struct UtilityMembers : Base {
   // The digest of the input's bytes in lower-case hexadecimal: MD5 (RFC 1321), SHA-1 (FIPS 180). An input that
   // is neither text nor a byte array is E_INVALIDARG.
   virtual HRESULT MD5(VARIANT* input, LONG charset, BSTR* hex) = 0;
-  virtual HRESULT SHA1(VARIANT* input, LONG charset, BSTR* hex) = 0;  // FIPS 180, likewise
+  virtual HRESULT SHA1(VARIANT* input, LONG charset, BSTR* hex) = 0;
   // Whether two values, or arrays of values, have an element in common, compared as text, letter case included.
   // A value without a text form is its conversion's failure; *found then tells what was found before it.
   virtual HRESULT FindString(VARIANT* list, VARIANT* wanted, VARIANT_BOOL* found) = 0;
