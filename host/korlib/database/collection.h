@@ -27,6 +27,14 @@ class Collection : public DispatchObject<Self> {
   Self& self() { return static_cast<Self&>(*this); }
 };
 
+// A new element as scripts hold it.
+template <class Element, class... Argument>
+CComPtr<IDispatch> make_element(Argument&&... argument) {
+  CComPtr<IDispatch> made;
+  made.attach(make<Element>(std::forward<Argument>(argument)...).detach());
+  return made;
+}
+
 // Sets `at` to the place of the element that a script asks for by number, counted from 0, or by name, in any letter
 // case; `name_of(place)` is an element's name. When there is none, raises kItemNotFound with `missing` before what was
 // asked for, as in: The recordset has no field "price".

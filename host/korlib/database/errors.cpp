@@ -50,9 +50,7 @@ HRESULT ErrorList::get_Item(LONG index, IDispatch** error) {
   return give(element(at).get(), error);
 }
 
-CComPtr<IDispatch> ErrorList::element(std::size_t at) {
-  return CComPtr<IDispatch>(make<ErrorItem>(connection_->errors()[at]).get());
-}
+CComPtr<IDispatch> ErrorList::element(std::size_t at) { return make_element<ErrorItem>(connection_->errors()[at]); }
 
 HRESULT ErrorList::Clear() {
   connection_->errors().clear();

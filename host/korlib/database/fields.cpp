@@ -27,18 +27,16 @@ std::span<const Member> Field::members() {
   return table;
 }
 
-HRESULT Field::find(const odbc::Column*& column) const {
+template <class Use>
+HRESULT Field::with_column(Use use) const {
   RETURN_IF_FAILED(recordset_->need_open());
-  if (column_ >= recordset_->columns().size())
-    return raise(kItemNotFound, L"ADODB.Field", L"The recordset no longer has this field.");
-  column = &recordset_->columns()[column_];
-  return S_OK;
+  const auto& columns = recordset_->columns();
+  if (column_ < columns.size()) return use(columns[column_]);
+  return raise(kItemNotFound, L"ADODB.Field", L"The recordset no longer has this field.");
 }
 
 HRESULT Field::get_Value(VARIANT* value) {
-  const odbc::Column* column = nullptr;
-  RETURN_IF_FAILED(find(column));
-  return recordset_->value_of(column_, value);
+  return with_column([&](const odbc::Column&) { return recordset_->value_of(column_, value); });
 }
 
 HRESULT Field::put_Value(VARIANT) {
@@ -46,27 +44,19 @@ HRESULT Field::put_Value(VARIANT) {
 }
 
 HRESULT Field::get_Name(BSTR* name) {
-  const odbc::Column* column = nullptr;
-  RETURN_IF_FAILED(find(column));
-  return give(column->name, name);
+  return with_column([&](const odbc::Column& column) { return give(column.name, name); });
 }
 
 HRESULT Field::get_Type(LONG* type) {
-  const odbc::Column* column = nullptr;
-  RETURN_IF_FAILED(find(column));
-  return give(type_of(column->kind), type);
+  return with_column([&](const odbc::Column& column) { return give(type_of(column.kind), type); });
 }
 
 HRESULT Field::get_DefinedSize(LONG* size) {
-  const odbc::Column* column = nullptr;
-  RETURN_IF_FAILED(find(column));
-  return give(clamped(column->size), size);
+  return with_column([&](const odbc::Column& column) { return give(clamped(column.size), size); });
 }
 
 HRESULT Field::get_NumericScale(LONG* digits) {
-  const odbc::Column* column = nullptr;
-  RETURN_IF_FAILED(find(column));
-  return give(column->scale, digits);
+  return with_column([&](const odbc::Column& column) { return give(column.scale, digits); });
 }
 
 HRESULT Field::get_ActualSize(LONG* size) {

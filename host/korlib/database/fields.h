@@ -24,7 +24,8 @@ class Field final : public DispatchObject<Field> {
   HRESULT get_NumericScale(LONG* digits);
 
  private:
-  HRESULT find(const odbc::Column*& column) const;
+  template <class Use>
+  HRESULT with_column(Use use) const;
 
   const CComPtr<Recordset> recordset_;
   const std::size_t column_;
@@ -41,7 +42,7 @@ class Fields final : public Collection<Fields> {
 
   // A closed recordset has none.
   std::size_t size() const { return recordset_->is_open() ? recordset_->columns().size() : 0; }
-  CComPtr<IDispatch> element(std::size_t at) { return CComPtr<IDispatch>(make<Field>(recordset_, at).get()); }
+  CComPtr<IDispatch> element(std::size_t at) { return make_element<Field>(recordset_, at); }
 
  private:
   const CComPtr<Recordset> recordset_;
