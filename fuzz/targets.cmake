@@ -3,7 +3,8 @@
 # tests/fuzz, which every test run does.
 
 # The tests' fakes of a request, without the rest of what tests share: the fuzz build has no tests.
-add_library(fake_request STATIC ${PROJECT_SOURCE_DIR}/tests/support/fake_asp.cpp)
+add_library(fake_request STATIC ${PROJECT_SOURCE_DIR}/tests/support/fake_asp.cpp
+                                 ${PROJECT_SOURCE_DIR}/tests/support/fake_request.cpp)
 kor_options(fake_request)
 target_include_directories(fake_request PRIVATE ${PROJECT_SOURCE_DIR}/tests)
 target_link_libraries(fake_request PRIVATE korlib)
