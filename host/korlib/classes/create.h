@@ -10,13 +10,7 @@ namespace korlib {
 
 template <class Object>
 HRESULT create_object(REFIID riid, void** ppv) {
-  if (!ppv) return E_POINTER;
-  *ppv = nullptr;
-  try {
-    return make<Object>()->QueryInterface(riid, ppv);
-  } catch (...) {
-    return hresult_from_exception(L"");
-  }
+  return guarded(L"", ppv, [&] { return make<Object>()->QueryInterface(riid, ppv); });
 }
 
 }  // namespace korlib

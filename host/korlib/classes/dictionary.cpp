@@ -57,69 +57,65 @@ std::span<const Member> Dictionary::members() {
   return table;
 }
 
-STDMETHODIMP Dictionary::get_Item(VARIANT key, VARIANT* value) try {
-  if (!value) return E_POINTER;
-  VariantInit(value);
-  CComVariant owned;
-  KeyView view;
-  RETURN_IF_FAILED(own_key(key, owned, view));
-  const std::lock_guard guard(lock_);
-  if (const OrderedTable::Entry* entry = table_.find(view)) return VariantCopy(value, &entry->value);
-  table_.insert(std::move(owned), view, CComVariant());
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Dictionary::get_Item(VARIANT key, VARIANT* value) {
+  return guarded(kSource, value, [&]() -> HRESULT {
+    CComVariant owned;
+    KeyView view;
+    RETURN_IF_FAILED(own_key(key, owned, view));
+    const std::lock_guard guard(lock_);
+    if (const OrderedTable::Entry* entry = table_.find(view)) return VariantCopy(value, &entry->value);
+    table_.insert(std::move(owned), view, CComVariant());
+    return S_OK;
+  });
 }
 
-STDMETHODIMP Dictionary::put_Item(VARIANT key, VARIANT value) try {
-  CComVariant owned_key;
-  CComVariant owned_value;  // after the exchange the old value, released behind the lock
-  KeyView view;
-  RETURN_IF_FAILED(own_key(key, owned_key, view));
-  RETURN_IF_FAILED(own(value, owned_value));
-  const std::lock_guard guard(lock_);
-  if (OrderedTable::Entry* entry = table_.find(view)) {
-    CComVariant old = std::move(entry->value);
-    entry->value = std::move(owned_value);
-    owned_value = std::move(old);
+STDMETHODIMP Dictionary::put_Item(VARIANT key, VARIANT value) {
+  return guarded(kSource, [&]() -> HRESULT {
+    CComVariant owned_key;
+    CComVariant owned_value;  // after the exchange the old value, released behind the lock
+    KeyView view;
+    RETURN_IF_FAILED(own_key(key, owned_key, view));
+    RETURN_IF_FAILED(own(value, owned_value));
+    const std::lock_guard guard(lock_);
+    if (OrderedTable::Entry* entry = table_.find(view)) {
+      CComVariant old = std::move(entry->value);
+      entry->value = std::move(owned_value);
+      owned_value = std::move(old);
+      return S_OK;
+    }
+    table_.insert(std::move(owned_key), view, std::move(owned_value));
     return S_OK;
-  }
-  table_.insert(std::move(owned_key), view, std::move(owned_value));
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
+  });
 }
 
 STDMETHODIMP Dictionary::putref_Item(VARIANT key, VARIANT value) { return put_Item(key, value); }
 
-STDMETHODIMP Dictionary::Add(VARIANT key, VARIANT value) try {
-  CComVariant owned_key;
-  CComVariant owned_value;
-  KeyView view;
-  RETURN_IF_FAILED(own_key(key, owned_key, view));
-  RETURN_IF_FAILED(own(value, owned_value));
-  bool is_new = false;
-  {
-    const std::lock_guard guard(lock_);
-    is_new = !table_.find(view);
-    if (is_new) table_.insert(std::move(owned_key), view, std::move(owned_value));
-  }
-  return is_new ? S_OK : existing(key);
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Dictionary::Add(VARIANT key, VARIANT value) {
+  return guarded(kSource, [&]() -> HRESULT {
+    CComVariant owned_key;
+    CComVariant owned_value;
+    KeyView view;
+    RETURN_IF_FAILED(own_key(key, owned_key, view));
+    RETURN_IF_FAILED(own(value, owned_value));
+    bool is_new = false;
+    {
+      const std::lock_guard guard(lock_);
+      is_new = !table_.find(view);
+      if (is_new) table_.insert(std::move(owned_key), view, std::move(owned_value));
+    }
+    return is_new ? S_OK : existing(key);
+  });
 }
 
-STDMETHODIMP Dictionary::Exists(VARIANT key, VARIANT_BOOL* exists) try {
-  if (!exists) return E_POINTER;
-  *exists = VARIANT_FALSE;
-  CComVariant owned;
-  KeyView view;
-  RETURN_IF_FAILED(own_key(key, owned, view));
-  const std::lock_guard guard(lock_);
-  *exists = table_.find(view) ? VARIANT_TRUE : VARIANT_FALSE;
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Dictionary::Exists(VARIANT key, VARIANT_BOOL* exists) {
+  return guarded(kSource, exists, [&]() -> HRESULT {
+    CComVariant owned;
+    KeyView view;
+    RETURN_IF_FAILED(own_key(key, owned, view));
+    const std::lock_guard guard(lock_);
+    *exists = table_.find(view) ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+  });
 }
 
 STDMETHODIMP Dictionary::get_Count(LONG* count) {
@@ -157,55 +153,55 @@ STDMETHODIMP Dictionary::Items(VARIANT* items) try { return to_array(Part::kValu
   return hresult_from_exception(kSource);
 }
 
-STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) try {
-  CComVariant owned_key;
-  CComVariant owned_new;
-  KeyView view;
-  KeyView new_view;
-  RETURN_IF_FAILED(own_key(key, owned_key, view));
-  RETURN_IF_FAILED(own_key(new_key, owned_new, new_view));
-  CComVariant old;
-  bool was_found = false;
-  bool is_taken = false;
-  {
-    const std::lock_guard guard(lock_);
-    OrderedTable::Entry* entry = table_.find(view);
-    const OrderedTable::Entry* other = table_.find(new_view);
-    was_found = entry != nullptr;
-    is_taken = other && other != entry;
-    if (was_found && !is_taken) old = table_.rename(*entry, std::move(owned_new), new_view);
-  }
-  if (!was_found) return missing(key);
-  return is_taken ? existing(new_key) : S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
-}
-
-STDMETHODIMP Dictionary::Remove(VARIANT key) try {
-  CComVariant owned;
-  KeyView view;
-  RETURN_IF_FAILED(own_key(key, owned, view));
-  OrderedTable::Entry gone;
-  bool was_found = false;
-  {
-    const std::lock_guard guard(lock_);
-    if (OrderedTable::Entry* entry = table_.find(view)) {
-      was_found = true;
-      gone = table_.take(*entry);
+STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) {
+  return guarded(kSource, [&]() -> HRESULT {
+    CComVariant owned_key;
+    CComVariant owned_new;
+    KeyView view;
+    KeyView new_view;
+    RETURN_IF_FAILED(own_key(key, owned_key, view));
+    RETURN_IF_FAILED(own_key(new_key, owned_new, new_view));
+    CComVariant old;
+    bool was_found = false;
+    bool is_taken = false;
+    {
+      const std::lock_guard guard(lock_);
+      OrderedTable::Entry* entry = table_.find(view);
+      const OrderedTable::Entry* other = table_.find(new_view);
+      was_found = entry != nullptr;
+      is_taken = other && other != entry;
+      if (was_found && !is_taken) old = table_.rename(*entry, std::move(owned_new), new_view);
     }
-  }
-  return was_found ? S_OK : missing(key);
-} catch (...) {
-  return hresult_from_exception(kSource);
+    if (!was_found) return missing(key);
+    return is_taken ? existing(new_key) : S_OK;
+  });
 }
 
-STDMETHODIMP Dictionary::RemoveAll() try {
-  std::vector<OrderedTable::Entry> gone;
-  const std::lock_guard guard(lock_);
-  gone = table_.take_all();
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Dictionary::Remove(VARIANT key) {
+  return guarded(kSource, [&]() -> HRESULT {
+    CComVariant owned;
+    KeyView view;
+    RETURN_IF_FAILED(own_key(key, owned, view));
+    OrderedTable::Entry gone;
+    bool was_found = false;
+    {
+      const std::lock_guard guard(lock_);
+      if (OrderedTable::Entry* entry = table_.find(view)) {
+        was_found = true;
+        gone = table_.take(*entry);
+      }
+    }
+    return was_found ? S_OK : missing(key);
+  });
+}
+
+STDMETHODIMP Dictionary::RemoveAll() {
+  return guarded(kSource, [&]() -> HRESULT {
+    std::vector<OrderedTable::Entry> gone;
+    const std::lock_guard guard(lock_);
+    gone = table_.take_all();
+    return S_OK;
+  });
 }
 
 STDMETHODIMP Dictionary::get_CompareMode(LONG* mode) {
@@ -230,10 +226,8 @@ STDMETHODIMP Dictionary::put_CompareMode(LONG mode) {
   return raise(E_INVALIDARG, kSource, L"CompareMode can be set only while the dictionary is empty.");
 }
 
-STDMETHODIMP Dictionary::get__NewEnum(IUnknown** keys) try {
-  return make_enumerator(snapshot(Part::kKey), keys);
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Dictionary::get__NewEnum(IUnknown** keys) {
+  return guarded(kSource, [&]() -> HRESULT { return make_enumerator(snapshot(Part::kKey), keys); });
 }
 
 }  // namespace korlib

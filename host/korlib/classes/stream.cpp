@@ -107,12 +107,12 @@ STDMETHODIMP Stream::get_Position(LONG* position) {
   return check_open();
 }
 
-STDMETHODIMP Stream::put_Position(LONG position) try {
-  RETURN_IF_FAILED(check_open());
-  if (position < 0) return raise(kInvalidArgument, kSource, L"Position: a negative position.");
-  return store_.move_to(static_cast<std::size_t>(position)) ? S_OK : too_large();
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Stream::put_Position(LONG position) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check_open());
+    if (position < 0) return raise(kInvalidArgument, kSource, L"Position: a negative position.");
+    return store_.move_to(static_cast<std::size_t>(position)) ? S_OK : too_large();
+  });
 }
 
 STDMETHODIMP Stream::get_Type(LONG* type) {
@@ -169,18 +169,18 @@ STDMETHODIMP Stream::get_Charset(BSTR* name) {
   return *name ? S_OK : E_OUTOFMEMORY;
 }
 
-STDMETHODIMP Stream::put_Charset(BSTR name) try {
-  RETURN_IF_FAILED(at_start(L"Charset"));
-  const std::wstring charset(view_of(name));
-  std::unique_ptr<TextCodec> opened = open_codec(charset);
-  if (!opened) {
-    return raise(kInvalidArgument, kSource, L"Charset: '" + charset.substr(0, 60) + L"' is not a known charset.");
-  }
-  codec_ = std::move(opened);
-  charset_ = charset;
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Stream::put_Charset(BSTR name) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(at_start(L"Charset"));
+    const std::wstring charset(view_of(name));
+    std::unique_ptr<TextCodec> opened = open_codec(charset);
+    if (!opened) {
+      return raise(kInvalidArgument, kSource, L"Charset: '" + charset.substr(0, 60) + L"' is not a known charset.");
+    }
+    codec_ = std::move(opened);
+    charset_ = charset;
+    return S_OK;
+  });
 }
 
 STDMETHODIMP Stream::Open(VARIANT source, LONG mode, LONG, BSTR, BSTR) {
@@ -228,13 +228,13 @@ STDMETHODIMP Stream::Write(VARIANT bytes) {
   return byte && store_.put(*byte) ? S_OK : write_array(bytes);
 }
 
-HRESULT Stream::write_array(const VARIANT& bytes) try {
-  RETURN_IF_FAILED(check_writable(adTypeBinary));
-  std::string_view view;
-  RETURN_IF_FAILED(bytes_of(bytes, view));
-  return write_bytes(view);
-} catch (...) {
-  return hresult_from_exception(kSource);
+HRESULT Stream::write_array(const VARIANT& bytes) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check_writable(adTypeBinary));
+    std::string_view view;
+    RETURN_IF_FAILED(bytes_of(bytes, view));
+    return write_bytes(view);
+  });
 }
 
 STDMETHODIMP Stream::SetEOS() {
@@ -243,54 +243,54 @@ STDMETHODIMP Stream::SetEOS() {
   return S_OK;
 }
 
-STDMETHODIMP Stream::CopyTo(IKorLibStream* target, LONG count) try {
-  RETURN_IF_FAILED(check_open());
-  if (!target) return raise(kInvalidArgument, kSource, L"CopyTo: a stream is needed.");
-  if (count < adReadAll) return raise(kInvalidArgument, kSource, L"CopyTo: the count is -1 (all) or a number.");
-  LONG target_type = 0;
-  RETURN_IF_FAILED(target->get_Type(&target_type));
-  if (type_ == adTypeText && target_type == adTypeText) {
-    CComBSTR text;
-    RETURN_IF_FAILED(ReadText(count, text.put()));
-    return text.empty() ? S_OK : target->WriteText(text, adWriteChar);
-  }
-  if (target_type == adTypeText) {
-    return raise(kNotAllowedHere, kSource, L"CopyTo: bytes cannot be copied into a text stream.");
-  }
-  const LONG type = std::exchange(type_, adTypeBinary);
-  CComVariant bytes;
-  const HRESULT hr = Read(count, bytes.put());
-  type_ = type;
-  RETURN_IF_FAILED(hr);
-  return bytes.vt == VT_NULL ? S_OK : target->Write(bytes);
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Stream::CopyTo(IKorLibStream* target, LONG count) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check_open());
+    if (!target) return raise(kInvalidArgument, kSource, L"CopyTo: a stream is needed.");
+    if (count < adReadAll) return raise(kInvalidArgument, kSource, L"CopyTo: the count is -1 (all) or a number.");
+    LONG target_type = 0;
+    RETURN_IF_FAILED(target->get_Type(&target_type));
+    if (type_ == adTypeText && target_type == adTypeText) {
+      CComBSTR text;
+      RETURN_IF_FAILED(ReadText(count, text.put()));
+      return text.empty() ? S_OK : target->WriteText(text, adWriteChar);
+    }
+    if (target_type == adTypeText) {
+      return raise(kNotAllowedHere, kSource, L"CopyTo: bytes cannot be copied into a text stream.");
+    }
+    const LONG type = std::exchange(type_, adTypeBinary);
+    CComVariant bytes;
+    const HRESULT hr = Read(count, bytes.put());
+    type_ = type;
+    RETURN_IF_FAILED(hr);
+    return bytes.vt == VT_NULL ? S_OK : target->Write(bytes);
+  });
 }
 
 STDMETHODIMP Stream::Flush() { return check_open(); }
 
 STDMETHODIMP Stream::Cancel() { return check_open(); }
 
-STDMETHODIMP Stream::SaveToFile(BSTR path, LONG options) try {
-  RETURN_IF_FAILED(check_open());
-  if (options != adSaveCreateNotExist && options != adSaveCreateOverWrite) {
-    return raise(kInvalidArgument, kSource, L"SaveToFile: the option is 1 (a new file) or 2 (replace).");
-  }
-  const bool replace = options == adSaveCreateOverWrite;
-  RETURN_IF_FAILED(save_file(view_of(path), store_.all(), replace, {kSource, kCannotWriteFile}));
-  return put_Position(0);
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Stream::SaveToFile(BSTR path, LONG options) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check_open());
+    if (options != adSaveCreateNotExist && options != adSaveCreateOverWrite) {
+      return raise(kInvalidArgument, kSource, L"SaveToFile: the option is 1 (a new file) or 2 (replace).");
+    }
+    const bool replace = options == adSaveCreateOverWrite;
+    RETURN_IF_FAILED(save_file(view_of(path), store_.all(), replace, {kSource, kCannotWriteFile}));
+    return put_Position(0);
+  });
 }
 
-STDMETHODIMP Stream::LoadFromFile(BSTR path) try {
-  RETURN_IF_FAILED(check_open());
-  FileContents contents;
-  RETURN_IF_FAILED(load_file(view_of(path), {kSource, kCannotOpenFile}, contents));
-  store_.assign(std::move(contents.data), contents.size);
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Stream::LoadFromFile(BSTR path) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check_open());
+    FileContents contents;
+    RETURN_IF_FAILED(load_file(view_of(path), {kSource, kCannotOpenFile}, contents));
+    store_.assign(std::move(contents.data), contents.size);
+    return S_OK;
+  });
 }
 
 }  // namespace korlib

@@ -26,16 +26,16 @@ HRESULT Stream::write_text(std::wstring_view text) {
   return S_OK;
 }
 
-STDMETHODIMP Stream::WriteText(BSTR text, LONG options) try {
-  RETURN_IF_FAILED(check_writable(adTypeText));
-  if (options != adWriteChar && options != adWriteLine) {
-    return raise(kInvalidArgument, kSource, L"WriteText: the option is 0 (text) or 1 (a line).");
-  }
-  if (store_.position() == 0) RETURN_IF_FAILED(write_bytes(codec().mark()));
-  RETURN_IF_FAILED(write_text(view_of(text)));
-  return options == adWriteLine ? write_text(line_end()) : S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Stream::WriteText(BSTR text, LONG options) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check_writable(adTypeText));
+    if (options != adWriteChar && options != adWriteLine) {
+      return raise(kInvalidArgument, kSource, L"WriteText: the option is 0 (text) or 1 (a line).");
+    }
+    if (store_.position() == 0) RETURN_IF_FAILED(write_bytes(codec().mark()));
+    RETURN_IF_FAILED(write_text(view_of(text)));
+    return options == adWriteLine ? write_text(line_end()) : S_OK;
+  });
 }
 
 void Stream::skip_mark() {
@@ -77,32 +77,31 @@ std::wstring Stream::read_characters(LONG count) {
   return text;
 }
 
-STDMETHODIMP Stream::ReadText(LONG count, BSTR* text) try {
-  if (!text) return E_POINTER;
-  *text = nullptr;
-  RETURN_IF_FAILED(check_readable(adTypeText));
-  if (count < adReadLine) {
-    return raise(kInvalidArgument, kSource, L"ReadText: the count is -1 (all), -2 (a line) or a number of characters.");
-  }
-  skip_mark();
-  if (count == adReadLine) return give(read_line(), text);
-  if (count >= 0) return give(read_characters(count), text);
-  const std::string_view bytes = store_.rest();
-  const std::wstring all = codec().read(bytes, decoded_to_ == store_.position());
-  RETURN_IF_FAILED(give(all, text));
-  store_.advance(bytes.size());
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Stream::ReadText(LONG count, BSTR* text) {
+  return guarded(kSource, text, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check_readable(adTypeText));
+    if (count < adReadLine) {
+      return raise(kInvalidArgument, kSource,
+                   L"ReadText: the count is -1 (all), -2 (a line) or a number of characters.");
+    }
+    skip_mark();
+    if (count == adReadLine) return give(read_line(), text);
+    if (count >= 0) return give(read_characters(count), text);
+    const std::string_view bytes = store_.rest();
+    const std::wstring all = codec().read(bytes, decoded_to_ == store_.position());
+    RETURN_IF_FAILED(give(all, text));
+    store_.advance(bytes.size());
+    return S_OK;
+  });
 }
 
-STDMETHODIMP Stream::SkipLine() try {
-  RETURN_IF_FAILED(check_readable(adTypeText));
-  skip_mark();
-  read_line();
-  return S_OK;
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP Stream::SkipLine() {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check_readable(adTypeText));
+    skip_mark();
+    read_line();
+    return S_OK;
+  });
 }
 
 }  // namespace korlib

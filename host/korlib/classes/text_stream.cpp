@@ -33,39 +33,37 @@ HRESULT TextStream::check(bool is_reader) const {
                is_reader ? L"The text stream was opened for writing." : L"The text stream was opened for reading.");
 }
 
-STDMETHODIMP TextStream::Write(BSTR text) try {
-  RETURN_IF_FAILED(check(false));
-  return file_.write(view_of(text));
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP TextStream::Write(BSTR text) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check(false));
+    return file_.write(view_of(text));
+  });
 }
 
-STDMETHODIMP TextStream::WriteLine(BSTR text) try {
-  RETURN_IF_FAILED(check(false));
-  RETURN_IF_FAILED(file_.write(view_of(text)));
-  return file_.write(L"\n");
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP TextStream::WriteLine(BSTR text) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check(false));
+    RETURN_IF_FAILED(file_.write(view_of(text)));
+    return file_.write(L"\n");
+  });
 }
 
-STDMETHODIMP TextStream::WriteBlankLines(LONG lines) try {
-  RETURN_IF_FAILED(check(false));
-  if (lines < 0 || lines > kMostBlankLines) return raise(E_INVALIDARG, kSource, L"WriteBlankLines: a wrong number.");
-  return file_.write(std::wstring(static_cast<std::size_t>(lines), L'\n'));
-} catch (...) {
-  return hresult_from_exception(kSource);
+STDMETHODIMP TextStream::WriteBlankLines(LONG lines) {
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check(false));
+    if (lines < 0 || lines > kMostBlankLines) return raise(E_INVALIDARG, kSource, L"WriteBlankLines: a wrong number.");
+    return file_.write(std::wstring(static_cast<std::size_t>(lines), L'\n'));
+  });
 }
 
 template <class Reader>
-HRESULT TextStream::read(BSTR* text, Reader reader) try {
-  if (!text) return E_POINTER;
-  *text = nullptr;
-  RETURN_IF_FAILED(check(true));
-  if (file_.at_end()) return raise(kPastEndOfFile, kSource, L"The text stream is at its end.");
-  *text = new_bstr(reader());
-  return *text ? S_OK : E_OUTOFMEMORY;
-} catch (...) {
-  return hresult_from_exception(kSource);
+HRESULT TextStream::read(BSTR* text, Reader reader) {
+  return guarded(kSource, text, [&]() -> HRESULT {
+    RETURN_IF_FAILED(check(true));
+    if (file_.at_end()) return raise(kPastEndOfFile, kSource, L"The text stream is at its end.");
+    *text = new_bstr(reader());
+    return *text ? S_OK : E_OUTOFMEMORY;
+  });
 }
 
 STDMETHODIMP TextStream::Read(LONG characters, BSTR* text) {

@@ -1,29 +1,21 @@
 #include <korlib_host/enumerator.h>
 
 #include <algorithm>
-#include <atomic>
 #include <memory>
 
-#include <korlib/ptr.h>
-#include <korlib_host/diagnostics.h>
+#include <korlib_host/counted.h>
 
 namespace korlib {
 namespace {
 
 using Values = std::shared_ptr<const std::vector<CComVariant>>;
 
-class ValueEnumerator final : public IEnumVARIANT {
+class ValueEnumerator final : public Counted<IEnumVARIANT> {
  public:
   ValueEnumerator(Values values, std::size_t at) : values_(std::move(values)), at_(at) {}
 
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
     return query_list<IEnumVARIANT, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return references_.fetch_add(1, std::memory_order_relaxed) + 1; }
-  ULONG Release() override {
-    const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (left == 0) delete this;
-    return left;
   }
 
   HRESULT Next(ULONG count, VARIANT* values, ULONG* fetched) override {
@@ -60,12 +52,8 @@ class ValueEnumerator final : public IEnumVARIANT {
   }
 
  private:
-  ~ValueEnumerator() = default;
-
   const Values values_;
   std::size_t at_;
-  std::atomic<ULONG> references_{1};
-  [[no_unique_address]] korlib_host::LiveObject live_;
 };
 
 }  // namespace

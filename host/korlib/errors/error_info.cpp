@@ -2,31 +2,16 @@
 #include <korlib/errorinfo.h>
 
 #include <korlib/combstr.h>
-#include <korlib/ptr.h>
-#include <korlib_host/diagnostics.h>
+#include <korlib_host/counted.h>
 
-#include <atomic>
 #include <new>
 
 namespace {
 
-// Filled by one thread and read by another at times, so the count is atomic.
-class ErrorInfo final : public IErrorInfo, public ICreateErrorInfo {
+class ErrorInfo final : public korlib::Counted<IErrorInfo, ICreateErrorInfo> {
  public:
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    if (!ppv) return E_POINTER;
-    if (riid == korlib::iid_of<ICreateErrorInfo>) {
-      *ppv = static_cast<ICreateErrorInfo*>(this);
-      AddRef();
-      return S_OK;
-    }
-    return korlib::query_list<IErrorInfo, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return references_.fetch_add(1, std::memory_order_relaxed) + 1; }
-  ULONG Release() override {
-    const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (left == 0) delete this;
-    return left;
+    return korlib::query_list<IErrorInfo, ICreateErrorInfo, IUnknown>(this, riid, ppv);
   }
 
   HRESULT GetGUID(GUID* guid) override {
@@ -56,8 +41,6 @@ class ErrorInfo final : public IErrorInfo, public ICreateErrorInfo {
   }
 
  private:
-  ~ErrorInfo() = default;
-
   static HRESULT give(const CComBSTR& text, BSTR* out) {
     if (!out) return E_POINTER;
     *out = text.copy();
@@ -70,13 +53,11 @@ class ErrorInfo final : public IErrorInfo, public ICreateErrorInfo {
     return S_OK;
   }
 
-  std::atomic<ULONG> references_{1};
   GUID guid_{};
   CComBSTR source_;
   CComBSTR description_;
   CComBSTR help_file_;
   DWORD help_context_ = 0;
-  korlib_host::LiveObject live_;
 };
 
 // Releases the object when the thread ends.

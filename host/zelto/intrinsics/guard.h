@@ -1,4 +1,4 @@
-// Exceptions stop at the typed interfaces.
+// The guard of interface members, and the out-parameter of a member that hands out text.
 #pragma once
 
 #include <korlib_host/errors.h>
@@ -7,15 +7,6 @@
 
 namespace zelto {
 
-// Runs the body of an interface member: what it throws becomes a code, with the exception's text as the
-// error's description.
-template <class Body>
-HRESULT guarded(std::wstring_view source, Body body) noexcept {
-  try {
-    return body();
-  } catch (...) {
-    return korlib::hresult_from_exception(source);
-  }
-}
+using korlib::guarded;
 
 }  // namespace zelto

@@ -12,12 +12,6 @@ HRESULT PageContext::QueryInterface(REFIID riid, void** ppv) {
   return korlib::query_list<IGetContextProperties, IUnknown>(this, riid, ppv);
 }
 
-ULONG PageContext::Release() {
-  const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-  if (left == 0) delete this;
-  return left;
-}
-
 HRESULT PageContext::Count(LONG* count) {
   if (!count) return E_POINTER;
   *count = static_cast<LONG>(objects_.size());

@@ -3,14 +3,13 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <korlib/plain_typeinfo.h>
-#include <korlib/ptr.h>
+#include <korlib_host/counted.h>
 #include <korlib_host/errors.h>
 #include <korlib_host/typelib.h>
 #include <link.h>
 #include <zelto/asp.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -26,18 +25,12 @@ namespace {
 
 using Descriptions = std::vector<std::pair<IID, ITypeInfo*>>;
 
-class TypeLibrary final : public korlib::PlainTypeLib {
+class TypeLibrary final : public korlib::Counted<korlib::PlainTypeLib> {
  public:
   explicit TypeLibrary(Descriptions descriptions) : descriptions_(std::move(descriptions)) {}
 
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
     return korlib::query_list<ITypeLib, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return references_.fetch_add(1, std::memory_order_relaxed) + 1; }
-  ULONG Release() override {
-    const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (left == 0) delete this;
-    return left;
   }
 
   UINT GetTypeInfoCount() override { return static_cast<UINT>(descriptions_.size()); }
@@ -57,10 +50,7 @@ class TypeLibrary final : public korlib::PlainTypeLib {
   }
 
  private:
-  ~TypeLibrary() = default;
-
   Descriptions descriptions_;
-  std::atomic<ULONG> references_{1};
 };
 
 Descriptions host_descriptions() {
@@ -150,12 +140,7 @@ HRESULT load(const OLECHAR* path, ITypeLib** library) {
 }
 
 HRESULT load_type_library(const OLECHAR* path, ITypeLib** library) {
-  *library = nullptr;
-  try {
-    return load(path, library);
-  } catch (...) {
-    return korlib::hresult_from_exception(L"LoadTypeLib");
-  }
+  return korlib::guarded(L"LoadTypeLib", library, [&] { return load(path, library); });
 }
 
 }  // namespace

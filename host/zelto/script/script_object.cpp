@@ -28,25 +28,15 @@ void ScriptObject::end_of_realm() {
   object_ = nullptr;
 }
 
-bool ScriptObject::try_add_ref() noexcept {
-  ULONG count = references_.load(std::memory_order_relaxed);
-  while (count > 0) {
-    if (references_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
-  }
-  return false;
-}
-
 HRESULT ScriptObject::QueryInterface(REFIID riid, void** ppv) {
   return korlib::query_list<IScriptObject, IDispatch, IUnknown>(this, riid, ppv);
 }
 
-ULONG ScriptObject::Release() {
-  const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-  if (left > 0) return left;
+void ScriptObject::on_last_release() {
   if (is_own_thread()) {
     if (realm_) realm_->wrappers().forget(this);
     delete this;
-    return 0;
+    return;
   }
   const std::shared_ptr<Graveyard> graveyard = graveyard_;
   const std::lock_guard lock(graveyard->lock);
@@ -55,7 +45,6 @@ ULONG ScriptObject::Release() {
   } else {
     graveyard->dead.push_back(this);
   }
-  return 0;
 }
 
 HRESULT ScriptObject::GetTypeInfoCount(UINT* count) {

@@ -1,13 +1,13 @@
 // A script's object, as automation sees it.
 #pragma once
 
-#include <atomic>
 #include <deque>
 #include <string>
 #include <thread>
 #include <unordered_map>
 
 #include <korlib/dispatch.h>
+#include <korlib_host/counted.h>
 
 #include "script/realm.h"
 #include "script/rooted_values.h"
@@ -32,23 +32,17 @@ struct IScriptObject : IDispatch {
 //
 // Reference counts may change on any thread; everything else is for the realm's thread. When the realm
 // has ended, calls fail with a text that says so.
-class ScriptObject final : public IScriptObject {
+class ScriptObject final : public korlib::Counted<IScriptObject> {
  public:
   ScriptObject(Realm& realm, JSObjectRef object);
-  ScriptObject(const ScriptObject&) = delete;
-  ScriptObject& operator=(const ScriptObject&) = delete;
-  ~ScriptObject();
+  ~ScriptObject() override;
 
   JSObjectRef object() const noexcept { return object_; }
   Realm* realm() const noexcept { return realm_; }  // null once it has ended
   bool is_own_thread() const noexcept { return std::this_thread::get_id() == thread_; }
   void end_of_realm();
-  // Another reference, unless the last one has gone and destruction is under way.
-  bool try_add_ref() noexcept;
 
   HRESULT QueryInterface(REFIID riid, void** ppv) override;
-  ULONG AddRef() override { return references_.fetch_add(1, std::memory_order_relaxed) + 1; }
-  ULONG Release() override;
   HRESULT GetTypeInfoCount(UINT* count) override;
   HRESULT GetTypeInfo(UINT index, LCID lcid, ITypeInfo** info) override;
   HRESULT GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID lcid, DISPID* ids) override;
@@ -61,6 +55,7 @@ class ScriptObject final : public IScriptObject {
     bool is_lexical;  // of a top-level let, const or class
   };
 
+  void on_last_release() override;
   HRESULT check_callable() const;
   bool is_global() const { return object_ == realm_->globals().object(); }
   HRESULT dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result);
@@ -74,7 +69,6 @@ class ScriptObject final : public IScriptObject {
   bool has_name(const JsString& name, bool* is_lexical);
   JSValueRef read(const Name& name, JSValueRef* exception);
 
-  std::atomic<ULONG> references_{1};
   Realm* realm_;
   JSObjectRef object_;
   std::thread::id thread_ = std::this_thread::get_id();

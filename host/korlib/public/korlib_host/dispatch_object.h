@@ -30,11 +30,9 @@
 // typed interface's functions must not when C++ callers reach them.
 #pragma once
 
-#include <atomic>
-
 #include <korlib/typeinfo.h>
 #include <korlib_host/class_type_info.h>
-#include <korlib_host/diagnostics.h>
+#include <korlib_host/counted.h>
 #include <korlib_host/errors.h>
 #include <korlib_host/thunks.h>
 
@@ -42,19 +40,10 @@ namespace korlib {
 
 // `Interface` is the typed interface, derived from IDispatch; `Extra` are further ones.
 template <class Self, class Interface = IDispatch, class... Extra>
-class DispatchObject : public Interface, public Extra... {
+class DispatchObject : public Counted<Interface, Extra...> {
  public:
-  DispatchObject(const DispatchObject&) = delete;
-  DispatchObject& operator=(const DispatchObject&) = delete;
-
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
     return query_list<Interface, Extra..., IDispatch, IUnknown>(static_cast<Self*>(this), riid, ppv);
-  }
-  ULONG AddRef() override { return references_.fetch_add(1, std::memory_order_relaxed) + 1; }
-  ULONG Release() override {
-    const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (left == 0) delete static_cast<Self*>(this);
-    return left;
   }
 
   HRESULT GetTypeInfoCount(UINT* count) override {
@@ -81,9 +70,6 @@ class DispatchObject : public Interface, public Extra... {
   }
 
  protected:
-  DispatchObject() = default;
-  virtual ~DispatchObject() = default;
-
   // Rows of the member table.
   template <auto function>
   static consteval Member method(const wchar_t* name) {
@@ -117,17 +103,6 @@ class DispatchObject : public Interface, public Extra... {
       return L"";  // messages do without
     }
   }
-
-  std::atomic<ULONG> references_{1};  // the reference that make() attaches
-  [[no_unique_address]] korlib_host::LiveObject live_;
 };
-
-// A new object in the hands of its first holder.
-template <class Object, class... Argument>
-CComPtr<Object> make(Argument&&... argument) {
-  CComPtr<Object> made;
-  made.attach(new Object(std::forward<Argument>(argument)...));
-  return made;
-}
 
 }  // namespace korlib
