@@ -8,14 +8,14 @@
 #include <string>
 
 #include <korlib/ptr.h>
+#include <korlib_host/errors.h>
 #include <korlib_host/modules.h>
 
 #include "activation/class_table.h"
-#include "activation/failure.h"
 #include "activation/module_list.h"
 #include "activation/registry_lookup.h"
-#include "activation/stack_room.h"
 #include "activation/unregistered_modules.h"
+#include "base/stack_room.h"
 
 namespace korlib::activation {
 
@@ -26,7 +26,7 @@ namespace {
 constexpr std::size_t kLeastStackRoom = 192u << 10;  // bytes
 
 HRESULT require_stack_room() {
-  return stack_room() > kLeastStackRoom ? S_OK : fail(kOutOfStack, "Out of stack space.");
+  return base::stack_room() > kLeastStackRoom ? S_OK : raise(kOutOfStack, kSource, L"Out of stack space.");
 }
 
 // The module is held until the caller's call into it is over.
@@ -65,28 +65,20 @@ HRESULT clsid_from_prog_id(const wchar_t* prog_id, CLSID* clsid) {
 
 }  // namespace korlib::activation
 
-HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD, REFIID riid, void** ppv) try {
-  if (!ppv) return E_POINTER;
-  *ppv = nullptr;
-  return korlib::activation::create_instance(clsid, outer, riid, ppv);
-} catch (...) {
-  return E_OUTOFMEMORY;
+HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD, REFIID riid, void** ppv) {
+  using namespace korlib::activation;
+  return korlib::guarded(kSource, ppv, [&] { return create_instance(clsid, outer, riid, ppv); });
 }
 
-HRESULT CoGetClassObject(REFCLSID clsid, DWORD, void*, REFIID riid, void** ppv) try {
-  if (!ppv) return E_POINTER;
-  *ppv = nullptr;
-  return korlib::activation::get_class_object(clsid, riid, ppv);
-} catch (...) {
-  return E_OUTOFMEMORY;
+HRESULT CoGetClassObject(REFCLSID clsid, DWORD, void*, REFIID riid, void** ppv) {
+  using namespace korlib::activation;
+  return korlib::guarded(kSource, ppv, [&] { return get_class_object(clsid, riid, ppv); });
 }
 
-HRESULT CLSIDFromProgID(const OLECHAR* prog_id, CLSID* clsid) try {
-  if (!clsid) return E_POINTER;
-  *clsid = CLSID_NULL;
-  return prog_id ? korlib::activation::clsid_from_prog_id(prog_id, clsid) : CO_E_CLASSSTRING;
-} catch (...) {
-  return E_OUTOFMEMORY;
+HRESULT CLSIDFromProgID(const OLECHAR* prog_id, CLSID* clsid) {
+  using namespace korlib::activation;
+  return korlib::guarded(kSource, clsid,
+                         [&] { return prog_id ? clsid_from_prog_id(prog_id, clsid) : CO_E_CLASSSTRING; });
 }
 
 namespace korlib_host {

@@ -1,15 +1,14 @@
 #include "activation/class_table.h"
 
-#include <atomic>
 #include <mutex>
 #include <new>
 #include <shared_mutex>
 #include <unordered_map>
 
-#include <korlib/ptr.h>
-#include <korlib_host/diagnostics.h>
+#include <korlib_host/counted.h>
 
-#include "activation/names.h"
+#include "activation/guid_hash.h"
+#include "base/letter_case.h"
 
 namespace korlib::activation {
 
@@ -27,18 +26,12 @@ Table& table() {
   return *instance;
 }
 
-class HostClassObject final : public IClassFactory {
+class HostClassObject final : public Counted<IClassFactory> {
  public:
   explicit HostClassObject(CreateFunction create) : create_(create) {}
 
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
     return query_list<IClassFactory, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return references_.fetch_add(1, std::memory_order_relaxed) + 1; }
-  ULONG Release() override {
-    const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (left == 0) delete this;
-    return left;
   }
   HRESULT CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override {
     if (!ppv) return E_POINTER;
@@ -48,11 +41,7 @@ class HostClassObject final : public IClassFactory {
   HRESULT LockServer(BOOL) override { return S_OK; }  // the table is not unloaded
 
  private:
-  ~HostClassObject() = default;
-
-  CreateFunction create_;
-  std::atomic<ULONG> references_{1};
-  korlib_host::LiveObject live_;
+  const CreateFunction create_;
 };
 
 }  // namespace
@@ -66,7 +55,7 @@ CreateFunction find_host_class(REFCLSID clsid) {
 
 bool find_host_prog_id(const wchar_t* prog_id, CLSID* clsid) {
   Table& t = table();
-  const std::wstring name = folded(prog_id);
+  const std::wstring name = base::ascii_lowered(prog_id);
   const std::shared_lock guard(t.lock);
   const auto found = t.prog_ids.find(name);
   if (found == t.prog_ids.end()) return false;
@@ -89,7 +78,7 @@ void register_classes(std::span<const ClassRow> rows) {
   const std::unique_lock guard(t.lock);
   for (const ClassRow& row : rows) {
     t.classes.insert_or_assign(row.clsid, row.create);
-    if (row.prog_id) t.prog_ids.insert_or_assign(korlib::activation::folded(row.prog_id), row.clsid);
+    if (row.prog_id) t.prog_ids.insert_or_assign(base::ascii_lowered(row.prog_id), row.clsid);
   }
 }
 

@@ -2,11 +2,10 @@
 
 #include <dlfcn.h>
 
+#include <korlib_host/errors.h>
 #include <korlib_host/unicode.h>
 
 #include <string>
-
-#include "activation/failure.h"
 
 namespace korlib::activation {
 
@@ -25,6 +24,8 @@ HRESULT require_short_path(const std::filesystem::path& file) {
 
 }  // namespace
 
+HRESULT fail(HRESULT hr, std::string_view description) { return raise(hr, kSource, to_wide(description)); }
+
 HRESULT Module::open(const std::filesystem::path& file, std::shared_ptr<Module>* module) {
   RETURN_IF_FAILED(require_short_path(file));
   void* const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -35,7 +36,7 @@ HRESULT Module::open(const std::filesystem::path& file, std::shared_ptr<Module>*
   std::shared_ptr<Module> opened(new Module(handle));
   opened->get_class_object_ = opened->entry_point<DllGetClassObjectFunction>("DllGetClassObject");
   if (!opened->get_class_object_) {
-    return fail(CO_E_ERRORINDLL, file.string() + " is no component: it does not export DllGetClassObject.");
+    return fail(CO_E_ERRORINDLL, file.string() + " is not a component: it does not export DllGetClassObject.");
   }
   opened->can_unload_now_ = opened->entry_point<DllCanUnloadNowFunction>("DllCanUnloadNow");
   opened->main_ = opened->entry_point<DllMainFunction>("DllMain");

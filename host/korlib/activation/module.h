@@ -3,10 +3,17 @@
 
 #include <filesystem>
 #include <memory>
+#include <string_view>
 
 #include <korlib/activation.h>
 
 namespace korlib::activation {
+
+// The source of the errors of this room.
+inline constexpr std::wstring_view kSource = L"Activation";
+
+// Makes the description (UTF-8) the words of the thread's error and answers `hr`.
+HRESULT fail(HRESULT hr, std::string_view description);
 
 // Open from open() until destruction, which tells the module so and closes it.
 class Module {

@@ -10,7 +10,8 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "activation/names.h"
+#include "base/file_descriptor.h"
+#include "base/letter_case.h"
 
 namespace korlib::activation {
 
@@ -39,13 +40,13 @@ bool key_from_json(const json& object, int depth, RegistryKey* key) {
     for (const auto& [name, text] : values->items()) {
       if (!text.is_string()) return false;
       const std::wstring wide = to_wide(name);
-      key->values[folded(wide)] = {wide, to_wide(text.get_ref<const std::string&>())};
+      key->values[base::ascii_lowered(wide)] = {wide, to_wide(text.get_ref<const std::string&>())};
     }
   }
   if (const auto keys = object.find(kKeys); keys != object.end()) {
     for (const auto& [name, below] : keys->items()) {
       const std::wstring wide = to_wide(name);
-      RegistryKey& child = key->keys[folded(wide)];
+      RegistryKey& child = key->keys[base::ascii_lowered(wide)];
       child.name = wide;
       if (!key_from_json(below, depth + 1, &child)) return false;
     }
@@ -53,14 +54,11 @@ bool key_from_json(const json& object, int depth, RegistryKey* key) {
   return true;
 }
 
-bool write_all(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(descriptor, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return fsync(descriptor) == 0;
+// 0, or the errno of the step that failed.
+int write_through(base::FileDescriptor& file, std::string_view text) {
+  constexpr mode_t kReadableByAll = 0644;
+  if (const int error = base::write_all(file.get(), text)) return error;
+  return fsync(file.get()) == 0 && fchmod(file.get(), kReadableByAll) == 0 && file.close() ? 0 : errno;
 }
 
 bool report(std::string* problem, const std::filesystem::path& file, const std::string& what) {
@@ -91,16 +89,13 @@ bool load_registry(const std::filesystem::path& file, RegistryKey* root, std::st
 bool save_registry(const std::filesystem::path& file, const RegistryKey& root, std::string* problem) {
   const std::string text = key_to_json(root).dump(2) + "\n";
   std::string beside = file.string() + ".XXXXXX";
-  const int descriptor = mkstemp(beside.data());
-  if (descriptor < 0) return report(problem, file, std::strerror(errno));
-  constexpr mode_t kReadableByAll = 0644;
-  const bool is_written = write_all(descriptor, text) && fchmod(descriptor, kReadableByAll) == 0;
-  int failure = is_written ? 0 : errno;
-  if (close(descriptor) != 0 && !failure) failure = errno;
-  if (!failure && rename(beside.c_str(), file.c_str()) != 0) failure = errno;
-  if (!failure) return true;
+  base::FileDescriptor fresh(mkstemp(beside.data()));
+  if (!fresh) return report(problem, file, std::strerror(errno));
+  int error = write_through(fresh, text);
+  if (error == 0 && rename(beside.c_str(), file.c_str()) != 0) error = errno;
+  if (error == 0) return true;
   unlink(beside.c_str());
-  return report(problem, file, std::strerror(failure));
+  return report(problem, file, std::strerror(error));
 }
 
 }  // namespace korlib::activation

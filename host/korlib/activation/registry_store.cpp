@@ -3,17 +3,16 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <mutex>
 #include <vector>
 
-#include "activation/names.h"
 #include "activation/registry_file.h"
+#include "base/file_descriptor.h"
+#include "base/letter_case.h"
 
 namespace korlib_host {
 
-using korlib::activation::folded;
 using korlib::activation::RegistryKey;
 
 namespace {
@@ -38,22 +37,12 @@ struct Stamp {
   }
 };
 
-// Keeps other writing processes out while it lives.
-class WriterTurn {
- public:
-  explicit WriterTurn(const std::filesystem::path& file)
-      : descriptor_(open((file.string() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644)) {
-    if (descriptor_ >= 0) flock(descriptor_, LOCK_EX);
-  }
-  ~WriterTurn() {
-    if (descriptor_ >= 0) close(descriptor_);
-  }
-  WriterTurn(const WriterTurn&) = delete;
-  WriterTurn& operator=(const WriterTurn&) = delete;
-
- private:
-  int descriptor_;
-};
+// Keeps other writing processes out for as long as the result is open.
+base::FileDescriptor wait_for_turn(const std::filesystem::path& file) {
+  base::FileDescriptor turn(open((file.string() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+  if (turn) flock(turn.get(), LOCK_EX);
+  return turn;
+}
 
 // The names of a path; false when one is empty or too long, or when there are too many.
 bool split(std::wstring_view path, std::vector<std::wstring_view>* names) {
@@ -72,7 +61,7 @@ bool split(std::wstring_view path, std::vector<std::wstring_view>* names) {
 RegistryKey* find(RegistryKey& root, const std::vector<std::wstring_view>& names) {
   RegistryKey* at = &root;
   for (const std::wstring_view name : names) {
-    const auto found = at->keys.find(folded(name));
+    const auto found = at->keys.find(base::ascii_lowered(name));
     if (found == at->keys.end()) return nullptr;
     at = &found->second;
   }
@@ -103,7 +92,7 @@ class RegistryStore::Impl {
     const std::lock_guard guard(lock_);
     std::error_code ignored;  // a folder that is missing shows when the file cannot be written
     std::filesystem::create_directories(file_.parent_path(), ignored);
-    const WriterTurn turn(file_);
+    const base::FileDescriptor turn = wait_for_turn(file_);
     refresh();
     if (!problem_.empty()) return E_FAIL;
     RegistryKey copy = root_;
@@ -149,7 +138,7 @@ bool RegistryStore::has_key(std::wstring_view key) const {
 std::optional<std::wstring> RegistryStore::value(std::wstring_view key, std::wstring_view name) const {
   return impl_->read(key, [name](const RegistryKey* found) -> std::optional<std::wstring> {
     if (!found) return std::nullopt;
-    const auto value = found->values.find(folded(name));
+    const auto value = found->values.find(base::ascii_lowered(name));
     return value == found->values.end() ? std::nullopt : std::optional(value->second.text);
   });
 }
@@ -158,7 +147,7 @@ HRESULT RegistryStore::create_key(std::wstring_view key) {
   return impl_->write(key, [](RegistryKey& root, const std::vector<std::wstring_view>& names) {
     RegistryKey* at = &root;
     for (const std::wstring_view name : names) {
-      at = &at->keys[folded(name)];
+      at = &at->keys[base::ascii_lowered(name)];
       if (at->name.empty()) at->name = name;
     }
     return S_OK;
@@ -170,7 +159,7 @@ HRESULT RegistryStore::set_value(std::wstring_view key, std::wstring_view name, 
   return impl_->write(key, [&](RegistryKey& root, const std::vector<std::wstring_view>& names) {
     RegistryKey* const found = find(root, names);
     if (!found) return E_INVALIDARG;
-    auto& value = found->values[folded(name)];
+    auto& value = found->values[base::ascii_lowered(name)];
     if (value.name.empty()) value.name = name;
     value.text = text;
     return S_OK;
@@ -180,7 +169,7 @@ HRESULT RegistryStore::set_value(std::wstring_view key, std::wstring_view name, 
 HRESULT RegistryStore::delete_key(std::wstring_view key) {
   return impl_->write(key, [](RegistryKey& root, std::vector<std::wstring_view> names) {
     if (names.empty()) return E_INVALIDARG;
-    const std::wstring last = folded(names.back());
+    const std::wstring last = base::ascii_lowered(names.back());
     names.pop_back();
     RegistryKey* const parent = find(root, names);
     if (!parent) return E_INVALIDARG;

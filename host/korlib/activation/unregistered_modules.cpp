@@ -8,8 +8,9 @@
 #include <korlib/errorinfo.h>
 #include <korlib_host/modules.h>
 
+#include "activation/guid_hash.h"
 #include "activation/module_list.h"
-#include "activation/names.h"
+#include "base/letter_case.h"
 
 namespace korlib::activation {
 
@@ -50,7 +51,7 @@ std::vector<std::filesystem::path> unregistered_files() {
 
 bool find_unregistered_prog_id(const wchar_t* prog_id, CLSID* clsid) {
   Unregistered& all = unregistered();
-  const std::wstring name = folded(prog_id);
+  const std::wstring name = base::ascii_lowered(prog_id);
   const std::shared_lock guard(all.lock);
   const auto found = all.prog_ids.find(name);
   if (found == all.prog_ids.end()) return false;
@@ -78,14 +79,13 @@ HRESULT unregistered_class_object(REFCLSID clsid, REFIID riid, std::shared_ptr<M
 namespace korlib_host {
 
 void add_unregistered_module(const std::filesystem::path& file, const std::vector<NamedClass>& classes) {
-  using korlib::activation::folded;
   korlib::activation::Unregistered& all = korlib::activation::unregistered();
   const std::unique_lock guard(all.lock);
   all.files.push_back(file);
   for (const NamedClass& named : classes) {
     CLSID clsid;
     if (FAILED(CoCreateGuid(&clsid))) continue;
-    all.prog_ids.insert_or_assign(folded(named.prog_id), clsid);
+    all.prog_ids.insert_or_assign(base::ascii_lowered(named.prog_id), clsid);
     all.classes.insert_or_assign(clsid, korlib::activation::BareClass{file, named.class_name});
   }
 }

@@ -4,19 +4,13 @@
 #include <cstring>
 #include <limits>
 
-#include <unicode/uchar.h>
-
 #include <korlib/ptr.h>
 
+#include "base/letter_case.h"
 #include "classes/keyed_hash.h"
 
 namespace korlib {
 namespace {
-
-wchar_t fold(wchar_t c) {
-  if (c < 0x80) return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + 32) : c;
-  return static_cast<wchar_t>(u_foldCase(static_cast<UChar32>(c), U_FOLD_CASE_DEFAULT));
-}
 
 void view_real(double value, KeyView& view) {
   if (value == std::trunc(value) && std::fabs(value) < 9.0e18) {
@@ -112,7 +106,7 @@ HRESULT view_key(const VARIANT& key, KeyView& view) {
 std::size_t hash_key(const KeyView& view, bool ignore_case) {
   KeyedHash hash(static_cast<std::uint64_t>(view.kind));
   if (view.kind == KeyView::Kind::kText) {
-    for (const wchar_t c : view.text) hash.add(static_cast<std::uint64_t>(ignore_case ? fold(c) : c));
+    for (const wchar_t c : view.text) hash.add(static_cast<std::uint64_t>(ignore_case ? base::fold(c) : c));
   } else {
     hash.add(view.bits);
   }
@@ -121,12 +115,7 @@ std::size_t hash_key(const KeyView& view, bool ignore_case) {
 
 bool same_key(const KeyView& a, const KeyView& b, bool ignore_case) {
   if (a.hash != b.hash || a.kind != b.kind || a.bits != b.bits) return false;
-  if (a.text.size() != b.text.size()) return false;
-  if (!ignore_case) return a.text == b.text;
-  for (std::size_t i = 0; i < a.text.size(); ++i) {
-    if (fold(a.text[i]) != fold(b.text[i])) return false;
-  }
-  return true;
+  return ignore_case ? base::equal_folded(a.text, b.text) : a.text == b.text;
 }
 
 }  // namespace korlib

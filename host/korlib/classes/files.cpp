@@ -12,7 +12,7 @@
 #include <korlib_host/errors.h>
 #include <korlib_host/unicode.h>
 
-#include "classes/descriptor.h"
+#include "base/file_descriptor.h"
 
 namespace korlib {
 namespace {
@@ -25,8 +25,8 @@ std::string to_bytes(std::wstring_view path) {
 }
 
 // Opens without waiting for the other end of a pipe, and without following into a device.
-Descriptor open_regular(const std::string& path, int& error, std::size_t& size) {
-  Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+base::FileDescriptor open_regular(const std::string& path, int& error, std::size_t& size) {
+  base::FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   if (!file || fstat(file.get(), &status) != 0) {
     error = errno;
@@ -58,14 +58,14 @@ int read_all(int file, FileContents& contents) {
   return 0;
 }
 
-int write_and_close(Descriptor& file, std::string_view bytes) {
-  const int error = write_all(file.get(), bytes);
+int write_and_close(base::FileDescriptor& file, std::string_view bytes) {
+  const int error = base::write_all(file.get(), bytes);
   return file.close() || error != 0 ? error : errno;
 }
 
 // 0 or an errno. A file that could not be written whole does not stay.
 int create_file(const std::string& path, std::string_view bytes) {
-  Descriptor file(open(path.c_str(), kWriting | O_CREAT | O_EXCL, 0666));
+  base::FileDescriptor file(open(path.c_str(), kWriting | O_CREAT | O_EXCL, 0666));
   if (!file) return errno;
   const int error = write_and_close(file, bytes);
   if (error != 0) unlink(path.c_str());
@@ -75,7 +75,7 @@ int create_file(const std::string& path, std::string_view bytes) {
 // 0 or an errno. Room for the bytes is made before the first of them is written, so that a disk without it
 // leaves the old contents. They are replaced in place: the file keeps its owner, mode and links.
 int replace_contents(const std::string& path, std::string_view bytes) {
-  Descriptor file(open(path.c_str(), kWriting | O_CREAT, 0666));  // made where a link points to nothing
+  base::FileDescriptor file(open(path.c_str(), kWriting | O_CREAT, 0666));  // made where a link points to nothing
   struct stat before {};
   if (!file || fstat(file.get(), &before) != 0) return errno;
   if (!S_ISREG(before.st_mode)) return write_and_close(file, bytes);
@@ -90,16 +90,6 @@ int replace_contents(const std::string& path, std::string_view bytes) {
 }
 
 }  // namespace
-
-int write_all(int file, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = write(file, bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errno;
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return 0;
-}
 
 std::string system_path(std::wstring_view path) {
   std::string bytes = to_bytes(path);
@@ -123,7 +113,7 @@ HRESULT raise_file_error(std::wstring_view what, std::wstring_view path, int err
 
 HRESULT load_file(std::wstring_view path, const FileFault& fault, FileContents& contents) {
   int error = ENOENT;
-  Descriptor file = open_regular(system_path(path), error, contents.size);
+  base::FileDescriptor file = open_regular(system_path(path), error, contents.size);
   if (!file) return raise_file_error(L"open", path, error, fault);
   contents.data.reset(static_cast<char*>(std::malloc(std::max<std::size_t>(contents.size, 1))));
   if (!contents.data) return E_OUTOFMEMORY;

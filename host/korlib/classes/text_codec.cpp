@@ -6,6 +6,7 @@
 #include <korlib/text.h>
 #include <korlib_host/unicode.h>
 
+#include "base/letter_case.h"
 #include "classes/byte_store.h"
 
 namespace korlib {
@@ -176,7 +177,7 @@ std::string plain_name(std::wstring_view charset) {
   if (charset.size() > 60) return name;
   for (const wchar_t c : charset) {
     if (c <= L' ' || c > L'~' || c == L',') return {};  // a comma would be a converter's option
-    name.push_back(static_cast<char>(c >= L'A' && c <= L'Z' ? c + 32 : c));
+    name.push_back(static_cast<char>(base::ascii_lower(c)));
   }
   return name;
 }

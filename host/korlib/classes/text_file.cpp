@@ -27,7 +27,7 @@ HRESULT TextFile::open_to_read(std::wstring_view path) {
 }
 
 HRESULT TextFile::open(std::wstring_view path, int how) {
-  file_ = Descriptor(::open(system_path(path).c_str(), how | O_WRONLY | O_CLOEXEC | O_NONBLOCK, 0666));
+  file_ = base::FileDescriptor(::open(system_path(path).c_str(), how | O_WRONLY | O_CLOEXEC | O_NONBLOCK, 0666));
   if (!file_) return raise_file_error(L"write", path, errno, fault_);
   path_ = path;
   is_open_ = true;
@@ -55,7 +55,7 @@ HRESULT TextFile::write(std::wstring_view text) {
 }
 
 HRESULT TextFile::flush() {
-  const int error = write_all(file_.get(), unwritten_);
+  const int error = base::write_all(file_.get(), unwritten_);
   unwritten_.clear();
   return error == 0 ? S_OK : raise_file_error(L"write", path_, error, fault_);
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "classes/descriptor.h"
+#include "base/file_descriptor.h"
 #include "classes/files.h"
 
 namespace korlib {
@@ -42,7 +42,7 @@ class TextFile {
 
   FileFault fault_;
   std::wstring path_;
-  Descriptor file_;  // of a writer
+  base::FileDescriptor file_;  // of a writer
   std::string unwritten_;
   std::wstring text_;  // of a reader, whole
   std::size_t at_ = 0;

@@ -3,18 +3,10 @@
 #include <korlib/ptr.h>
 #include <korlib_host/errors.h>
 
+#include "base/letter_case.h"
+
 namespace korlib {
 namespace {
-
-constexpr wchar_t lower(wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c; }
-
-bool same_name(std::wstring_view name, std::wstring_view wanted) {
-  if (name.size() != wanted.size()) return false;
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    if (lower(name[i]) != lower(wanted[i])) return false;
-  }
-  return true;
-}
 
 DISPID id_of(std::span<const Member> members, const Member& member) {
   return member.id != kNumberByPosition ? member.id : static_cast<DISPID>(&member - members.data()) + 1;
@@ -37,12 +29,7 @@ bool fits(const Operation& operation, UINT count) {
 
 HRESULT run(const Operation& operation, const Call& call) {
   const Arguments arguments(*call.params);
-  HRESULT hr = S_OK;
-  try {
-    hr = operation.run(call.self, operation, arguments, call.result);
-  } catch (...) {
-    hr = hresult_from_exception(L"");
-  }
+  const HRESULT hr = guarded(L"", [&] { return operation.run(call.self, operation, arguments, call.result); });
   if (FAILED(hr)) {
     if (call.argerr && arguments.rejected()) *call.argerr = *arguments.rejected();
     if (call.result) VariantClear(call.result);
@@ -125,7 +112,7 @@ HRESULT ids_of_names(std::span<const Member> members, LPOLESTR* names, UINT coun
   if (!names[0]) return DISP_E_UNKNOWNNAME;
   const std::wstring_view wanted = names[0];
   for (const Member& member : members) {
-    if (!same_name(member.name, wanted)) continue;
+    if (!base::equal_ascii(member.name, wanted)) continue;
     ids[0] = id_of(members, member);
     return count == 1 ? S_OK : DISP_E_UNKNOWNNAME;  // arguments have no names
   }

@@ -1,6 +1,7 @@
 #include "variant/change_type.h"
 
 #include <korlib/ptr.h>
+#include <korlib_host/errors.h>
 
 #include "variant/conversion_table.h"
 #include "variant/ownership.h"
@@ -101,18 +102,17 @@ HRESULT PlainValue::load(const VARIANT& source) {
 
 }  // namespace korlib::variants
 
-HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT, VARTYPE vt) try {
+HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT, VARTYPE vt) {
   if (!target || !source) return E_INVALIDARG;
   if (!korlib::variants::is_target(vt)) return DISP_E_BADVARTYPE;
   if (target == source && source->vt == vt) return S_OK;
-
-  VARIANT value;
-  RETURN_IF_FAILED(korlib::variants::follow(*source, &value));
-  CComVariant converted;
-  RETURN_IF_FAILED(korlib::variants::convert(value, vt, &converted));
-  RETURN_IF_FAILED(VariantClear(target));
-  converted.detach_to(target);
-  return S_OK;
-} catch (...) {
-  return E_OUTOFMEMORY;  // the only exception here: text does not fit
+  return korlib::guarded(L"", [&]() -> HRESULT {
+    VARIANT value;
+    RETURN_IF_FAILED(korlib::variants::follow(*source, &value));
+    CComVariant converted;
+    RETURN_IF_FAILED(korlib::variants::convert(value, vt, &converted));
+    RETURN_IF_FAILED(VariantClear(target));
+    converted.detach_to(target);
+    return S_OK;
+  });
 }

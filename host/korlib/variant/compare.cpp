@@ -4,10 +4,9 @@
 // before any text. Objects are compared by their values. Two errors are compared by their codes, so that two
 // omitted arguments are equal. What has no order, such as an array, an error beside anything else or a number
 // that is none, is DISP_E_TYPEMISMATCH.
-#include <unicode/uchar.h>
-
 #include <compare>
 
+#include "base/letter_case.h"
 #include "variant/change_type.h"
 #include "variant/conversion_table.h"
 
@@ -19,16 +18,6 @@ HRESULT as_result(std::partial_ordering order) {
   if (order == std::partial_ordering::unordered) return DISP_E_TYPEMISMATCH;
   if (std::is_lt(order)) return VARCMP_LT;
   return std::is_gt(order) ? VARCMP_GT : VARCMP_EQ;
-}
-
-std::strong_ordering compare_folded(std::wstring_view left, std::wstring_view right) {
-  const auto fold = [](wchar_t c) { return u_foldCase(static_cast<UChar32>(c), U_FOLD_CASE_DEFAULT); };
-  const std::size_t common = std::min(left.size(), right.size());
-  for (std::size_t i = 0; i < common; ++i) {
-    const auto order = fold(left[i]) <=> fold(right[i]);
-    if (std::is_neq(order)) return order;
-  }
-  return left.size() <=> right.size();
 }
 
 // Wide enough that every 64-bit integer, double and currency amount keeps its exact value or, for an
@@ -47,7 +36,7 @@ long double number_of(const Scalar& value) {
 }
 
 std::strong_ordering compare_text(std::wstring_view left, std::wstring_view right, ULONG flags) {
-  return flags & NORM_IGNORECASE ? compare_folded(left, right) : left <=> right;
+  return flags & NORM_IGNORECASE ? base::compare_folded(left, right) : left <=> right;
 }
 
 std::partial_ordering compare(const Scalar& left, const Scalar& right, ULONG flags) {

@@ -6,6 +6,8 @@
 
 #include <korlib/bstr.h>
 
+#include "base/letter_case.h"
+#include "base/serial_date.h"
 #include "variant/date_text.h"
 #include "variant/decimal.h"
 #include "variant/number_text.h"
@@ -30,15 +32,6 @@ Wide divided_half_to_even(Wide value, Wide divisor) {
   const bool rounds_away = twice > divisor || (twice == divisor && quotient % 2 != 0);
   if (!rounds_away) return quotient;
   return value < 0 ? quotient - 1 : quotient + 1;
-}
-
-bool equals_word(std::wstring_view text, std::wstring_view lower) {
-  if (text.size() != lower.size()) return false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const wchar_t c = text[i] >= L'A' && text[i] <= L'Z' ? static_cast<wchar_t>(text[i] | 0x20) : text[i];
-    if (c != lower[i]) return false;
-  }
-  return true;
 }
 
 HRESULT plain_text(const Scalar& value, std::string* text) {
@@ -149,7 +142,7 @@ HRESULT to_currency(const Scalar& value, LONGLONG* ten_thousandths) {
 HRESULT to_date(const Scalar& value, DATE* date) {
   if (value.form == Form::kText) return parse_date(value.text, date);
   RETURN_IF_FAILED(to_real(value, date));
-  if (is_date(*date)) return S_OK;
+  if (base::is_date(*date)) return S_OK;
   *date = 0;
   return DISP_E_OVERFLOW;
 }
@@ -158,8 +151,8 @@ HRESULT to_boolean(const Scalar& value, bool* boolean) {
   *boolean = false;
   if (value.form == Form::kText) {
     const std::wstring_view word = trimmed(value.text);
-    *boolean = equals_word(word, L"true") || word == L"#TRUE#";
-    if (*boolean || equals_word(word, L"false") || word == L"#FALSE#") return S_OK;
+    *boolean = base::equal_ascii(word, L"true") || word == L"#TRUE#";
+    if (*boolean || base::equal_ascii(word, L"false") || word == L"#FALSE#") return S_OK;
   }
   double real = 0;
   RETURN_IF_FAILED(to_real(value, &real));

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <string>
 
+#include "base/serial_date.h"
 #include "variant/decimal.h"
 
 namespace korlib::variants {
@@ -12,7 +13,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::chrono::sys_days kDayZero = std::chrono::year{1899} / 12 / 30;
 constexpr int kFirstYear = 100;
 constexpr int kHour = 3600;
 
@@ -56,7 +56,7 @@ std::optional<int> day_of(int year, int month, int day) {
   const std::chrono::year_month_day date{std::chrono::year{year}, std::chrono::month{static_cast<unsigned>(month)},
                                          std::chrono::day{static_cast<unsigned>(day)}};
   if (year < kFirstYear || !date.ok()) return std::nullopt;
-  return static_cast<int>((std::chrono::sys_days{date} - kDayZero).count());
+  return static_cast<int>((std::chrono::sys_days{date} - base::kDayZero).count());
 }
 
 // Reads item after item; once something does not fit it stops.

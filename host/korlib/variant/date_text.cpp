@@ -7,33 +7,25 @@
 #include <ctime>
 #include <optional>
 
+#include "base/serial_date.h"
 #include "variant/date_parser.h"
 
 namespace korlib::variants {
 
 namespace {
 
-constexpr DATE kFirst = -657434.0;   // 0100-01-01
-constexpr DATE kBeyond = 2958466.0;  // 10000-01-01
-constexpr int kSecondsOfDay = 86400;
-constexpr std::int64_t kDaysTo1970 = 25569;
-constexpr std::chrono::sys_days kDayZero = std::chrono::year{1899} / 12 / 30;
-
-// The fraction counts forward within the day, before day zero as well.
 DATE date_at(std::int64_t day, double seconds) {
-  const double whole = static_cast<double>(day);
-  const double part = seconds / kSecondsOfDay;
-  return day < 0 ? whole - part : whole + part;
+  return base::join({static_cast<double>(day), seconds / base::kSecondsPerDay});
 }
 
-// A moment by the clock of UTC, by the local one.
-DATE local_date(std::int64_t utc_day, std::int64_t utc_seconds, double fraction) {
-  const std::time_t utc = (utc_day - kDaysTo1970) * kSecondsOfDay + utc_seconds;
+// A moment by the clock of UTC, by the local one. Counted in whole seconds, so that a time of day is exact.
+DATE local_date(std::chrono::sys_seconds utc, double fraction) {
+  const std::time_t moment = std::chrono::system_clock::to_time_t(utc);
   std::tm parts{};
-  localtime_r(&utc, &parts);
-  const std::int64_t local = utc + parts.tm_gmtoff + kDaysTo1970 * kSecondsOfDay;
-  const std::int64_t second = (local % kSecondsOfDay + kSecondsOfDay) % kSecondsOfDay;
-  return date_at((local - second) / kSecondsOfDay, static_cast<double>(second) + fraction);
+  localtime_r(&moment, &parts);
+  const auto local = utc + std::chrono::seconds{parts.tm_gmtoff};
+  const auto day = std::chrono::floor<std::chrono::days>(local);
+  return date_at((day - base::kDayZero).count(), static_cast<double>((local - day).count()) + fraction);
 }
 
 int this_year() {
@@ -45,23 +37,15 @@ int this_year() {
 
 }  // namespace
 
-bool is_date(DATE date) { return date > kFirst - 1 && date < kBeyond; }
-
 HRESULT date_text(DATE date, std::string* text) {
-  if (!is_date(date)) return DISP_E_OVERFLOW;
-  // The fraction counts forward within the day, before day zero as well.
-  DATE day = std::trunc(date);
-  auto seconds = static_cast<int>(std::lround(std::abs(date - day) * kSecondsOfDay));
-  if (seconds == kSecondsOfDay) {
-    seconds = 0;
-    day += 1;
-  }
-  if (day >= kBeyond) return DISP_E_OVERFLOW;
+  if (!base::is_date(date)) return DISP_E_OVERFLOW;
+  const auto [day, seconds] = base::nearest_second(date);
+  if (static_cast<DATE>(day) >= base::kDayBeyond) return DISP_E_OVERFLOW;
 
   char buffer[64];
   text->clear();
   if (day != 0) {
-    const std::chrono::year_month_day ymd{kDayZero + std::chrono::days{static_cast<int>(day)}};
+    const std::chrono::year_month_day ymd = base::calendar_day(day);
     std::snprintf(buffer, sizeof buffer, "%04d-%02u-%02u", static_cast<int>(ymd.year()),
                   static_cast<unsigned>(ymd.month()), static_cast<unsigned>(ymd.day()));
     *text = buffer;
@@ -77,13 +61,14 @@ HRESULT parse_date(std::wstring_view text, DATE* date) {
   *date = 0;
   const std::optional<DateParts> parts = parse_date_parts(text, this_year());
   if (!parts) return DISP_E_TYPEMISMATCH;
-  const std::int64_t day = parts->day.value_or(0);
+  const int day = parts->day.value_or(0);
   DATE read = date_at(day, parts->seconds);
   if (parts->offset) {
     const double whole = std::floor(parts->seconds);
-    read = local_date(day, static_cast<std::int64_t>(whole) - *parts->offset, parts->seconds - whole);
+    const auto seconds = std::chrono::seconds{static_cast<std::int64_t>(whole) - *parts->offset};
+    read = local_date(base::kDayZero + std::chrono::days{day} + seconds, parts->seconds - whole);
   }
-  if (!is_date(read)) return DISP_E_TYPEMISMATCH;
+  if (!base::is_date(read)) return DISP_E_TYPEMISMATCH;
   *date = read;
   return S_OK;
 }

@@ -10,9 +10,6 @@
 
 namespace korlib::variants {
 
-// Whether the date lies in the years 100 to 9999, which is what a DATE can express.
-bool is_date(DATE date);
-
 // "2026-11-21 10:00:00", to the nearest second; "2026-11-21" at midnight; "10:00:00" on day zero, which
 // stands for a time without a date. DISP_E_OVERFLOW for what is no date.
 HRESULT date_text(DATE date, std::string* text);

@@ -188,7 +188,7 @@ TEST_F(Activation, SaysThatALibraryIsNoComponent) {
   register_class(L"No.Component", kNowhere, L"libicuuc.so.72");
   CComPtr<ISample> object;
   EXPECT_EQ(CO_E_ERRORINDLL, create(L"No.Component", &object));
-  EXPECT_EQ(L"libicuuc.so.72 is no component: it does not export DllGetClassObject.", last_error());
+  EXPECT_EQ(L"libicuuc.so.72 is not a component: it does not export DllGetClassObject.", last_error());
   EXPECT_EQ(L"Activation", last_source_);
 }
 
