@@ -2,48 +2,40 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 namespace korlib {
 
 bool ByteStore::grow(std::size_t bytes) {
   if (bytes > kMaxSize - position_) return false;
-  const std::size_t wanted = std::max({position_ + bytes, std::min(capacity_ * 2, kMaxSize), std::size_t{256}});
-  // A large block is moved by its pages and not copied, so a stream never takes twice its size meanwhile.
-  char* larger = static_cast<char*>(std::realloc(data_.get(), wanted));
-  if (!larger) throw std::bad_alloc();
-  (void)data_.release();  // realloc took it over
-  data_.reset(larger);
-  capacity_ = wanted;
+  bytes_.grow(std::max({position_ + bytes, std::min(bytes_.capacity() * 2, kMaxSize), std::size_t{256}}));
   return true;
 }
 
 void ByteStore::copy_in(std::string_view bytes) {
   if (bytes.empty()) return;
-  std::memcpy(data_.get() + position_, bytes.data(), bytes.size());
+  std::memcpy(bytes_.data() + position_, bytes.data(), bytes.size());
   position_ += bytes.size();
-  size_ = std::max(size_, position_);
+  bytes_.set_size(std::max(bytes_.size(), position_));
 }
 
 bool ByteStore::move_to(std::size_t position) {
-  if (position > size_) {
+  const std::size_t end = bytes_.size();
+  if (position > end) {
     if (position > kMaxSize) return false;
-    const std::size_t before = position_;
-    position_ = size_;
-    if (position - size_ > capacity_ - size_ && !grow(position - size_)) {
+    const std::size_t before = std::exchange(position_, end);
+    if (position > bytes_.capacity() && !grow(position - end)) {
       position_ = before;
       return false;
     }
-    std::memset(data_.get() + size_, 0, position - size_);
-    size_ = position;
+    std::memset(bytes_.data() + end, 0, position - end);
+    bytes_.set_size(position);
   }
   position_ = position;
   return true;
 }
 
-void ByteStore::assign(Bytes data, std::size_t size) {
-  data_ = std::move(data);
-  capacity_ = size_ = size;
+void ByteStore::assign(base::GrowingBuffer bytes) {
+  bytes_ = std::move(bytes);
   position_ = 0;
 }
 

@@ -2,27 +2,21 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
 #include <string_view>
+
+#include "base/growing_buffer.h"
 
 namespace korlib {
 
 class ByteStore {
  public:
-  struct Free {
-    void operator()(char* bytes) const { std::free(bytes); }
-  };
-  // Memory of std::malloc, so that it can grow where it lies.
-  using Bytes = std::unique_ptr<char, Free>;
   static constexpr std::size_t kMaxSize = 0x7FFFFFFF;  // positions are LONGs
 
-  std::size_t size() const { return size_; }
+  std::size_t size() const { return bytes_.size(); }
   std::size_t position() const { return position_; }
   // From the position to the end.
-  std::string_view rest() const { return {data_.get() + position_, size_ - position_}; }
-  std::string_view all() const { return {data_.get(), size_}; }
+  std::string_view rest() const { return bytes_.view().substr(position_); }
+  std::string_view all() const { return bytes_.view(); }
 
   // Beyond the end, zeros fill the gap. False when the store would become too large; throws bad_alloc.
   [[nodiscard]] bool move_to(std::size_t position);
@@ -30,39 +24,37 @@ class ByteStore {
 
   // Writes at the position, over what is there and beyond the end; moves the position. False as above.
   [[nodiscard]] bool write(std::string_view bytes) {
-    if (bytes.size() > capacity_ - position_ && !grow(bytes.size())) return false;
+    if (bytes.size() > bytes_.capacity() - position_ && !grow(bytes.size())) return false;
     copy_in(bytes);
     return true;
   }
   // The same for one byte where there is room already; false, and nothing written, where there is none.
   [[nodiscard]] bool put(char byte) {
     const std::size_t at = position_;  // a char may alias any member: not read again behind the byte
-    if (at >= capacity_) return false;
-    data_.get()[at] = byte;
+    if (at >= bytes_.capacity()) return false;
+    bytes_.data()[at] = byte;
     position_ = at + 1;
-    if (at >= size_) size_ = at + 1;
+    if (at >= bytes_.size()) bytes_.set_size(at + 1);
     return true;
   }
   // Room for `bytes` at the position, which must be the end; commit() says how many were used. Null when
   // the store would become too large.
   [[nodiscard]] char* room_at_end(std::size_t bytes) {
-    if (bytes > capacity_ - position_ && !grow(bytes)) return nullptr;
-    return data_.get() + position_;
+    if (bytes > bytes_.capacity() - position_ && !grow(bytes)) return nullptr;
+    return bytes_.data() + position_;
   }
-  void commit(std::size_t bytes) { size_ = position_ += bytes; }
+  void commit(std::size_t bytes) { bytes_.set_size(position_ += bytes); }
 
-  void cut_here() { size_ = position_; }
+  void cut_here() { bytes_.set_size(position_); }
   void clear() { *this = {}; }
   // Takes contents over, and rewinds.
-  void assign(Bytes data, std::size_t size);
+  void assign(base::GrowingBuffer bytes);
 
  private:
   bool grow(std::size_t bytes);
   void copy_in(std::string_view bytes);
 
-  Bytes data_;
-  std::size_t capacity_ = 0;
-  std::size_t size_ = 0;
+  base::GrowingBuffer bytes_;
   std::size_t position_ = 0;
 };
 

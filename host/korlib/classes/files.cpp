@@ -6,13 +6,13 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <system_error>
 
 #include <korlib_host/errors.h>
 #include <korlib_host/unicode.h>
 
 #include "base/file_descriptor.h"
+#include "classes/byte_store.h"
 
 namespace korlib {
 namespace {
@@ -45,16 +45,15 @@ base::FileDescriptor open_regular(const std::string& path, int& error, std::size
   return {};
 }
 
-int read_all(int file, FileContents& contents) {
-  std::size_t got = 0;
-  while (got < contents.size) {
-    const ssize_t count = read(file, contents.data.get() + got, contents.size - got);
+// 0 or an errno. A file that became shorter meanwhile gives less.
+int read_all(int file, std::size_t size, base::GrowingBuffer& contents) {
+  while (contents.size() < size) {
+    const ssize_t count = read(file, contents.data() + contents.size(), size - contents.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return errno;
-    if (count == 0) break;  // the file became shorter meanwhile
-    got += static_cast<std::size_t>(count);
+    if (count == 0) break;
+    contents.set_size(contents.size() + static_cast<std::size_t>(count));
   }
-  contents.size = got;
   return 0;
 }
 
@@ -111,13 +110,14 @@ HRESULT raise_file_error(std::wstring_view what, std::wstring_view path, int err
   return raise(special != 0 ? special : fault.hr, fault.source, text + L".");
 }
 
-HRESULT load_file(std::wstring_view path, const FileFault& fault, FileContents& contents) {
+HRESULT load_file(std::wstring_view path, const FileFault& fault, base::GrowingBuffer& contents) {
+  contents = {};
+  std::size_t size = 0;
   int error = ENOENT;
-  base::FileDescriptor file = open_regular(system_path(path), error, contents.size);
+  base::FileDescriptor file = open_regular(system_path(path), error, size);
   if (!file) return raise_file_error(L"open", path, error, fault);
-  contents.data.reset(static_cast<char*>(std::malloc(std::max<std::size_t>(contents.size, 1))));
-  if (!contents.data) return E_OUTOFMEMORY;
-  error = read_all(file.get(), contents);
+  contents.grow(std::max<std::size_t>(size, 1));
+  error = read_all(file.get(), size, contents);
   return error == 0 ? S_OK : raise_file_error(L"read", path, error, fault);
 }
 

@@ -6,14 +6,9 @@
 
 #include <korlib/hresult.h>
 
-#include "classes/byte_store.h"
+#include "base/growing_buffer.h"
 
 namespace korlib {
-
-struct FileContents {
-  ByteStore::Bytes data;
-  std::size_t size = 0;
-};
 
 // Who is speaking in an error, and the numbers that it has there; 0 where `hr` serves as well.
 struct FileFault {
@@ -30,7 +25,7 @@ std::string system_path(std::wstring_view path);
 bool file_exists(std::wstring_view path);
 
 // The whole of a regular file of less than 2 GiB.
-HRESULT load_file(std::wstring_view path, const FileFault& fault, FileContents& contents);
+HRESULT load_file(std::wstring_view path, const FileFault& fault, base::GrowingBuffer& contents);
 
 // Writes a file: a new one, or with `replace` in place of one that is there.
 HRESULT save_file(std::wstring_view path, std::string_view bytes, bool replace, const FileFault& fault);

@@ -286,9 +286,9 @@ STDMETHODIMP Stream::SaveToFile(BSTR path, LONG options) {
 STDMETHODIMP Stream::LoadFromFile(BSTR path) {
   return guarded(kSource, [&]() -> HRESULT {
     RETURN_IF_FAILED(check_open());
-    FileContents contents;
+    base::GrowingBuffer contents;
     RETURN_IF_FAILED(load_file(view_of(path), {kSource, kCannotOpenFile}, contents));
-    store_.assign(std::move(contents.data), contents.size);
+    store_.assign(std::move(contents));
     return S_OK;
   });
 }

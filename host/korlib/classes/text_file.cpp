@@ -15,9 +15,9 @@ constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
 }  // namespace
 
 HRESULT TextFile::open_to_read(std::wstring_view path) {
-  FileContents contents;
+  base::GrowingBuffer contents;
   RETURN_IF_FAILED(load_file(path, fault_, contents));
-  std::string_view bytes(contents.data.get(), contents.size);
+  std::string_view bytes = contents.view();
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
   text_ = to_wide(bytes);
   path_ = path;

@@ -3,33 +3,24 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <string>
 #include <string_view>
+
+#include "base/growing_buffer.h"
 
 namespace zelto {
 
 // A body may be hundreds of megabytes, so there is one of each: it moves and is never copied.
 class Body {
  public:
-  struct Free {
-    void operator()(char* bytes) const { std::free(bytes); }
-  };
-  using Bytes = std::unique_ptr<char, Free>;
+  using Bytes = base::GrowingBuffer::Memory;
 
   Body() = default;
   explicit Body(std::string_view bytes) { append(bytes); }
-  Body(Body&& other) noexcept { swap(other); }
-  Body& operator=(Body&& other) noexcept {
-    Body(std::move(other)).swap(*this);
-    return *this;
-  }
   Body& operator=(std::string_view bytes) { return *this = Body(bytes); }
 
-  operator std::string_view() const { return {bytes_.get(), size_}; }
-  std::size_t size() const { return size_; }
-  std::size_t capacity() const { return capacity_; }
+  operator std::string_view() const { return bytes_.view(); }
+  std::size_t size() const { return bytes_.size(); }
+  std::size_t capacity() const { return bytes_.capacity(); }
 
   // The size that was announced. Nothing is allocated for it, as it may never come; it only keeps the
   // growth from going beyond it.
@@ -37,15 +28,12 @@ class Body {
   // Throws std::bad_alloc, and is unchanged then.
   void append(std::string_view bytes);
   // Gives the memory away, which came from std::malloc; null when there are no bytes.
-  Bytes release();
+  Bytes release() { return bytes_.release(); }
 
  private:
-  void swap(Body& other) noexcept;
   void grow(std::size_t needed);
 
-  Bytes bytes_;
-  std::size_t size_ = 0;
-  std::size_t capacity_ = 0;
+  base::GrowingBuffer bytes_;
   std::uint64_t expected_ = 0;
 };
 
