@@ -35,24 +35,9 @@ class Utf8Codec final : public TextCodec {
     return write_encoded(store, most, [&](char* room) { return utf32_utf8(text.data(), text.size(), room, most); });
   }
   char32_t next(std::string_view& bytes, bool) override {
-    const unsigned lead = static_cast<unsigned char>(bytes[0]);
-    bytes.remove_prefix(1);
-    if (lead < 0x80) return lead;
-    if (lead < 0xC2 || lead > 0xF4) return kReplacement;
-    // What may follow the first byte; an overlong form, a surrogate or a value too large ends there.
-    unsigned lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
-    unsigned highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-    const int following = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-    char32_t c = lead & (0x3Fu >> following);
-    for (int i = 0; i < following; ++i) {
-      const unsigned byte = bytes.empty() ? 0 : static_cast<unsigned char>(bytes[0]);
-      if (byte < lowest || byte > highest) return kReplacement;
-      bytes.remove_prefix(1);
-      c = c << 6 | (byte & 0x3F);
-      lowest = 0x80;
-      highest = 0xBF;
-    }
-    return c;
+    const Utf8Character first = first_utf8(bytes);
+    bytes.remove_prefix(first.length);
+    return first.value;
   }
   std::wstring read(std::string_view bytes, bool) override { return to_wide(bytes); }
 };
@@ -102,7 +87,7 @@ class Utf16Codec final : public TextCodec {
     return static_cast<char32_t>(static_cast<unsigned char>(bytes[low_]) | static_cast<unsigned char>(bytes[high_])
                                                                                << 8);
   }
-  // The number of bytes taken; what is no character stays a replacement.
+  // The number of bytes taken; what is not a character stays a replacement.
   std::size_t decode(std::string_view bytes, char32_t& c) const {
     if (bytes.size() < 2) return 1;
     const char32_t first = unit(bytes);

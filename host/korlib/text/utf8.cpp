@@ -1,6 +1,7 @@
 // UTF-32 to UTF-8 and back. Runs of ASCII, which are most of every page, go sixteen characters at a time
 // through loops that the compiler turns into vector code.
 #include <korlib/text.h>
+#include <korlib_host/unicode.h>
 
 #include <algorithm>
 #include <cstring>
@@ -8,7 +9,8 @@
 namespace {
 
 constexpr std::size_t kBlock = 16;
-constexpr char32_t kReplacement = 0xFFFD;
+using korlib::kReplacement;
+using korlib::Utf8Character;
 
 // Characters below 0x80 at the start of [at, end).
 template <class Unit>
@@ -34,11 +36,6 @@ void copy_ascii(const From* from, std::size_t count, To* to) {
   for (std::size_t i = 0; i < count; ++i) to[i] = static_cast<To>(from[i]);
 }
 
-struct Decoded {
-  char32_t character;
-  std::size_t length;  // bytes read, at least one
-};
-
 struct Lead {
   std::size_t trails;
   unsigned first_low;   // the range that the byte behind the lead must lie in: it is what keeps out
@@ -57,19 +54,18 @@ Lead lead_of(unsigned byte) {
   return {0, 0, 0, 0};
 }
 
-// One character that begins with a byte of 0x80 or above. An ill-formed sequence is read as far as it
-// could have become a character.
-Decoded decode(const unsigned char* at, const unsigned char* end) {
+// One character that begins with a byte of 0x80 or above.
+Utf8Character decode(const unsigned char* at, const unsigned char* end) {
   const Lead lead = lead_of(*at);
-  if (lead.trails == 0) return {kReplacement, 1};
+  if (lead.trails == 0) return {kReplacement, 1, false};
   char32_t character = lead.bits;
   for (std::size_t i = 1; i <= lead.trails; ++i) {
     const unsigned low = i == 1 ? lead.first_low : 0x80;
     const unsigned high = i == 1 ? lead.first_high : 0xBF;
-    if (at + i == end || at[i] < low || at[i] > high) return {kReplacement, i};
+    if (at + i == end || at[i] < low || at[i] > high) return {kReplacement, i, false};
     character = character << 6 | (at[i] & 0x3Fu);
   }
-  return {character, lead.trails + 1};
+  return {character, lead.trails + 1, true};
 }
 
 struct Encoded {
@@ -78,7 +74,6 @@ struct Encoded {
 };
 
 Encoded encode(char32_t c) {
-  if ((c >= 0xD800 && c <= 0xDFFF) || c > 0x10FFFF) c = kReplacement;
   const auto trail = [c](unsigned shift) { return static_cast<char>(0x80u | (c >> shift & 0x3Fu)); };
   if (c < 0x80) return {{static_cast<char>(c)}, 1};
   if (c < 0x800) return {{static_cast<char>(0xC0u | c >> 6), trail(0)}, 2};
@@ -105,7 +100,7 @@ std::size_t utf32_utf8(const wchar_t* text, std::size_t length, char* out, std::
       at += run;
       continue;
     }
-    const Encoded encoded = encode(static_cast<char32_t>(*at++));
+    const Encoded encoded = encode(korlib::scalar(static_cast<wchar_t>(*at++)));
     if (!is_full && encoded.length > capacity - needed) is_full = true;
     if (!is_full) std::memcpy(out + needed, encoded.bytes, encoded.length);
     needed += encoded.length;
@@ -125,10 +120,31 @@ std::size_t utf8_utf32(const char* bytes, std::size_t length, wchar_t* out, std:
       at += run;
       continue;
     }
-    const Decoded decoded = decode(at, end);
-    if (needed < capacity) out[needed] = static_cast<wchar_t>(decoded.character);
+    const Utf8Character decoded = decode(at, end);
+    if (needed < capacity) out[needed] = static_cast<wchar_t>(decoded.value);
     ++needed;
     at += decoded.length;
   }
   return needed;
 }
+
+namespace korlib {
+
+Utf8Character first_utf8(std::string_view bytes) {
+  const auto* const at = reinterpret_cast<const unsigned char*>(bytes.data());
+  return *at < 0x80 ? Utf8Character{*at, 1, true} : decode(at, at + bytes.size());
+}
+
+std::string to_utf8(std::wstring_view text) {
+  std::string bytes(utf32_utf8(text.data(), text.size(), nullptr, 0), '\0');
+  utf32_utf8(text.data(), text.size(), bytes.data(), bytes.size());
+  return bytes;
+}
+
+std::wstring to_wide(std::string_view bytes) {
+  std::wstring text(bytes.size(), L'\0');  // one byte never becomes more than one character
+  text.resize(utf8_utf32(bytes.data(), bytes.size(), text.data(), text.size()));
+  return text;
+}
+
+}  // namespace korlib

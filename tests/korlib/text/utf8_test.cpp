@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include <korlib_host/unicode.h>
+
 namespace {
 
 std::wstring decoded(std::string_view bytes) {
@@ -138,6 +140,32 @@ TEST(Utf8, WritesNothingBehindTheFirstCharacterThatDoesNotFit) {
 TEST(Utf8, AcceptsNoTextAtAll) {
   EXPECT_EQ(0u, utf32_utf8(nullptr, 0, nullptr, 0));
   EXPECT_EQ(0u, utf8_utf32(nullptr, 0, nullptr, 0));
+}
+
+TEST(Utf8, ReadsOneCharacterAtATime) {
+  const struct {
+    std::string_view bytes;
+    char32_t value;
+    std::size_t length;
+    bool is_well_formed;
+  } rows[] = {
+      {"ab", U'a', 1, true},
+      {"\xC3\xA4z", 0xE4, 2, true},
+      {"\xEF\xBF\xBD", 0xFFFD, 3, true},  // the replacement itself
+      {"\xF0\x9F\x98\x80", 0x1F600, 4, true},
+      {"\x80", 0xFFFD, 1, false},
+      {"\xC0\xAF", 0xFFFD, 1, false},          // overlong
+      {"\xED\xA0\x80", 0xFFFD, 1, false},      // a surrogate
+      {"\xF4\x90\x80\x80", 0xFFFD, 1, false},  // above U+10FFFF
+      {"\xE2\x82", 0xFFFD, 2, false},          // cut short
+      {"\xE2\x82z", 0xFFFD, 2, false},
+  };
+  for (const auto& row : rows) {
+    const korlib::Utf8Character read = korlib::first_utf8(row.bytes);
+    EXPECT_EQ(row.value, read.value) << testing::PrintToString(row.bytes);
+    EXPECT_EQ(row.length, read.length) << testing::PrintToString(row.bytes);
+    EXPECT_EQ(row.is_well_formed, read.is_well_formed) << testing::PrintToString(row.bytes);
+  }
 }
 
 }  // namespace
