@@ -43,6 +43,9 @@ inline wchar_t fold(wchar_t c) { return c < 0x80 ? ascii_lower(c) : fold_beyond_
 // The form of a text that is the same for every letter case of it.
 std::wstring folded(std::wstring_view text);
 bool equal_folded(std::wstring_view a, std::wstring_view b);
+struct FoldedEqual {
+  bool operator()(std::wstring_view a, std::wstring_view b) const { return equal_folded(a, b); }
+};
 // By the values of the folded characters.
 std::strong_ordering compare_folded(std::wstring_view a, std::wstring_view b);
 

@@ -1,5 +1,6 @@
 #include "classes/dictionary.h"
 
+#include <optional>
 #include <string>
 
 #include <korlib_host/enumerator.h>
@@ -11,17 +12,16 @@ namespace {
 
 constexpr std::wstring_view kSource = L"Scripting.Dictionary";
 
-// A key or value that owns what it holds, references followed.
-// An omitted argument that a component handed on is no value that anybody could use: the empty one is kept.
-HRESULT own(const VARIANT& value, CComVariant& owned) {
-  return is_omitted(value) ? S_OK : VariantCopyInd(&owned, &value);
-}
-
-HRESULT own_key(const VARIANT& key, CComVariant& owned, KeyView& view) {
-  RETURN_IF_FAILED(own(key, owned));
-  const HRESULT hr = view_key(owned, view);
+HRESULT load(const VARIANT& value, DictionaryKey& key) {
+  const HRESULT hr = key.load(value);
   if (hr != DISP_E_TYPEMISMATCH) return hr;
   return raise(E_INVALIDARG, kSource, L"This value cannot be a key of a dictionary.");
+}
+
+// A value that owns what it holds, references followed. An omitted argument that a component handed on is not a value
+// that anybody could use: the empty one is kept.
+HRESULT own(const VARIANT& value, CComVariant& owned) {
+  return is_omitted(value) ? S_OK : VariantCopyInd(&owned, &value);
 }
 
 std::wstring quoted(const VARIANT& key) {
@@ -57,33 +57,34 @@ std::span<const Member> Dictionary::members() {
   return table;
 }
 
+Dictionary::Entry* Dictionary::find(DictionaryKey& key) {
+  key.prepare(ignores_case_);
+  return table_.find(key);
+}
+
 STDMETHODIMP Dictionary::get_Item(VARIANT key, VARIANT* value) {
   return guarded(kSource, value, [&]() -> HRESULT {
-    CComVariant owned;
-    KeyView view;
-    RETURN_IF_FAILED(own_key(key, owned, view));
+    DictionaryKey wanted;
+    RETURN_IF_FAILED(load(key, wanted));
     const std::lock_guard guard(lock_);
-    if (const OrderedTable::Entry* entry = table_.find(view)) return VariantCopy(value, &entry->value);
-    table_.insert(std::move(owned), view, CComVariant());
+    if (const Entry* entry = find(wanted)) return VariantCopy(value, &entry->value);
+    table_.add({std::move(wanted), {}});
     return S_OK;
   });
 }
 
 STDMETHODIMP Dictionary::put_Item(VARIANT key, VARIANT value) {
   return guarded(kSource, [&]() -> HRESULT {
-    CComVariant owned_key;
-    CComVariant owned_value;  // after the exchange the old value, released behind the lock
-    KeyView view;
-    RETURN_IF_FAILED(own_key(key, owned_key, view));
-    RETURN_IF_FAILED(own(value, owned_value));
+    DictionaryKey wanted;
+    CComVariant owned;  // after the exchange the old value, released behind the lock
+    RETURN_IF_FAILED(load(key, wanted));
+    RETURN_IF_FAILED(own(value, owned));
     const std::lock_guard guard(lock_);
-    if (OrderedTable::Entry* entry = table_.find(view)) {
-      CComVariant old = std::move(entry->value);
-      entry->value = std::move(owned_value);
-      owned_value = std::move(old);
-      return S_OK;
+    if (Entry* entry = find(wanted)) {
+      std::swap(entry->value, owned);
+    } else {
+      table_.add({std::move(wanted), std::move(owned)});
     }
-    table_.insert(std::move(owned_key), view, std::move(owned_value));
     return S_OK;
   });
 }
@@ -92,16 +93,15 @@ STDMETHODIMP Dictionary::putref_Item(VARIANT key, VARIANT value) { return put_It
 
 STDMETHODIMP Dictionary::Add(VARIANT key, VARIANT value) {
   return guarded(kSource, [&]() -> HRESULT {
-    CComVariant owned_key;
-    CComVariant owned_value;
-    KeyView view;
-    RETURN_IF_FAILED(own_key(key, owned_key, view));
-    RETURN_IF_FAILED(own(value, owned_value));
+    DictionaryKey wanted;
+    CComVariant owned;
+    RETURN_IF_FAILED(load(key, wanted));
+    RETURN_IF_FAILED(own(value, owned));
     bool is_new = false;
     {
       const std::lock_guard guard(lock_);
-      is_new = !table_.find(view);
-      if (is_new) table_.insert(std::move(owned_key), view, std::move(owned_value));
+      is_new = !find(wanted);
+      if (is_new) table_.add({std::move(wanted), std::move(owned)});
     }
     return is_new ? S_OK : existing(key);
   });
@@ -109,11 +109,10 @@ STDMETHODIMP Dictionary::Add(VARIANT key, VARIANT value) {
 
 STDMETHODIMP Dictionary::Exists(VARIANT key, VARIANT_BOOL* exists) {
   return guarded(kSource, exists, [&]() -> HRESULT {
-    CComVariant owned;
-    KeyView view;
-    RETURN_IF_FAILED(own_key(key, owned, view));
+    DictionaryKey wanted;
+    RETURN_IF_FAILED(load(key, wanted));
     const std::lock_guard guard(lock_);
-    *exists = table_.find(view) ? VARIANT_TRUE : VARIANT_FALSE;
+    *exists = find(wanted) ? VARIANT_TRUE : VARIANT_FALSE;
     return S_OK;
   });
 }
@@ -129,48 +128,40 @@ std::vector<CComVariant> Dictionary::snapshot(Part part) {
   const std::lock_guard guard(lock_);
   std::vector<CComVariant> values;
   values.reserve(table_.size());
-  table_.for_each(
-      [&](const OrderedTable::Entry& entry) { values.push_back(part == Part::kKey ? entry.key : entry.value); });
+  for (const Entry& entry : table_) values.push_back(part == Part::kKey ? entry.key.value() : entry.value);
   return values;
 }
 
 HRESULT Dictionary::to_array(Part part, VARIANT* array) {
-  if (!array) return E_POINTER;
-  VariantInit(array);
-  std::vector<CComVariant> values = snapshot(part);
-  CComSafeArray filled(VT_VARIANT, static_cast<ULONG>(values.size()));
-  if (!filled) return E_OUTOFMEMORY;
-  for (std::size_t i = 0; i < values.size(); ++i) values[i].detach_to(filled.data<VARIANT>() + i);
-  filled.detach_to(array);
-  return S_OK;
+  return guarded(kSource, array, [&]() -> HRESULT {
+    std::vector<CComVariant> values = snapshot(part);
+    CComSafeArray filled(VT_VARIANT, static_cast<ULONG>(values.size()));
+    if (!filled) return E_OUTOFMEMORY;
+    for (std::size_t i = 0; i < values.size(); ++i) values[i].detach_to(filled.data<VARIANT>() + i);
+    filled.detach_to(array);
+    return S_OK;
+  });
 }
 
-STDMETHODIMP Dictionary::Keys(VARIANT* keys) try { return to_array(Part::kKey, keys); } catch (...) {
-  return hresult_from_exception(kSource);
-}
+STDMETHODIMP Dictionary::Keys(VARIANT* keys) { return to_array(Part::kKey, keys); }
 
-STDMETHODIMP Dictionary::Items(VARIANT* items) try { return to_array(Part::kValue, items); } catch (...) {
-  return hresult_from_exception(kSource);
-}
+STDMETHODIMP Dictionary::Items(VARIANT* items) { return to_array(Part::kValue, items); }
 
 STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) {
   return guarded(kSource, [&]() -> HRESULT {
-    CComVariant owned_key;
-    CComVariant owned_new;
-    KeyView view;
-    KeyView new_view;
-    RETURN_IF_FAILED(own_key(key, owned_key, view));
-    RETURN_IF_FAILED(own_key(new_key, owned_new, new_view));
-    CComVariant old;
+    DictionaryKey wanted;
+    DictionaryKey fresh;
+    RETURN_IF_FAILED(load(key, wanted));
+    RETURN_IF_FAILED(load(new_key, fresh));
     bool was_found = false;
     bool is_taken = false;
     {
       const std::lock_guard guard(lock_);
-      OrderedTable::Entry* entry = table_.find(view);
-      const OrderedTable::Entry* other = table_.find(new_view);
+      Entry* const entry = find(wanted);
+      const Entry* const other = find(fresh);
       was_found = entry != nullptr;
       is_taken = other && other != entry;
-      if (was_found && !is_taken) old = table_.rename(*entry, std::move(owned_new), new_view);
+      if (was_found && !is_taken) wanted = table_.rename(*entry, std::move(fresh));
     }
     if (!was_found) return missing(key);
     return is_taken ? existing(new_key) : S_OK;
@@ -179,27 +170,22 @@ STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) {
 
 STDMETHODIMP Dictionary::Remove(VARIANT key) {
   return guarded(kSource, [&]() -> HRESULT {
-    CComVariant owned;
-    KeyView view;
-    RETURN_IF_FAILED(own_key(key, owned, view));
-    OrderedTable::Entry gone;
-    bool was_found = false;
+    DictionaryKey wanted;
+    RETURN_IF_FAILED(load(key, wanted));
+    std::optional<Entry> gone;
     {
       const std::lock_guard guard(lock_);
-      if (OrderedTable::Entry* entry = table_.find(view)) {
-        was_found = true;
-        gone = table_.take(*entry);
-      }
+      if (Entry* entry = find(wanted)) gone = table_.take(*entry);
     }
-    return was_found ? S_OK : missing(key);
+    return gone ? S_OK : missing(key);
   });
 }
 
 STDMETHODIMP Dictionary::RemoveAll() {
-  return guarded(kSource, [&]() -> HRESULT {
-    std::vector<OrderedTable::Entry> gone;
+  return guarded(kSource, [&] {
+    Table gone;
     const std::lock_guard guard(lock_);
-    gone = table_.take_all();
+    std::swap(gone, table_);
     return S_OK;
   });
 }
@@ -207,19 +193,16 @@ STDMETHODIMP Dictionary::RemoveAll() {
 STDMETHODIMP Dictionary::get_CompareMode(LONG* mode) {
   if (!mode) return E_POINTER;
   const std::lock_guard guard(lock_);
-  *mode = table_.ignores_case() ? 1 : 0;
+  *mode = ignores_case_ ? 1 : 0;
   return S_OK;
 }
 
 STDMETHODIMP Dictionary::put_CompareMode(LONG mode) {
-  if (mode != 0 && mode != 1) {
-    return raise(E_INVALIDARG, kSource, L"CompareMode is 0 (binary) or 1 (text).");
-  }
+  if (mode != 0 && mode != 1) return raise(E_INVALIDARG, kSource, L"CompareMode is 0 (binary) or 1 (text).");
   {
     const std::lock_guard guard(lock_);
-    if (table_.size() == 0) {
-      table_.take_all();
-      table_.ignore_case(mode == 1);
+    if (table_.empty()) {
+      ignores_case_ = mode == 1;
       return S_OK;
     }
   }
@@ -227,7 +210,7 @@ STDMETHODIMP Dictionary::put_CompareMode(LONG mode) {
 }
 
 STDMETHODIMP Dictionary::get__NewEnum(IUnknown** keys) {
-  return guarded(kSource, [&]() -> HRESULT { return make_enumerator(snapshot(Part::kKey), keys); });
+  return guarded(kSource, keys, [&] { return make_enumerator(snapshot(Part::kKey), keys); });
 }
 
 }  // namespace korlib

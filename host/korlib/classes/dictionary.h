@@ -1,12 +1,15 @@
 // Scripting.Dictionary.
 #pragma once
 
+#include <functional>
 #include <mutex>
+#include <vector>
 
 #include <korlib/dictionary.h>
 #include <korlib_host/dispatch_object.h>
 
-#include "classes/ordered_table.h"
+#include "base/ordered_table.h"
+#include "classes/dictionary_key.h"
 
 namespace korlib {
 
@@ -35,11 +38,23 @@ class Dictionary final : public DispatchObject<Dictionary, IKorLibDictionary> {
  private:
   enum class Part { kKey, kValue };
 
+  struct Entry {
+    DictionaryKey key;
+    CComVariant value;
+  };
+  struct KeyHash {
+    std::size_t operator()(const DictionaryKey& key) const { return key.hash(); }
+  };
+  using Table = base::OrderedTable<&Entry::key, KeyHash, std::equal_to<>>;
+
+  // Null when the key is missing. With the lock held.
+  Entry* find(DictionaryKey& key);
   std::vector<CComVariant> snapshot(Part part);
   HRESULT to_array(Part part, VARIANT* array);
 
   std::mutex lock_;
-  OrderedTable table_;
+  Table table_;
+  bool ignores_case_ = false;
 };
 
 }  // namespace korlib

@@ -1,58 +1,56 @@
 #include "classes/dictionary_key.h"
 
+#include <bit>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 #include <korlib/ptr.h>
 
+#include "base/keyed_hash.h"
 #include "base/letter_case.h"
-#include "classes/keyed_hash.h"
 
 namespace korlib {
-namespace {
 
-void view_real(double value, KeyView& view) {
-  if (value == std::trunc(value) && std::fabs(value) < 9.0e18) {
-    view.kind = KeyView::Kind::kInteger;
-    view.bits = static_cast<std::uint64_t>(static_cast<LONGLONG>(value));
+void DictionaryKey::take_real(double number) {
+  if (number == std::trunc(number) && std::fabs(number) < 9.0e18) {
+    kind_ = Kind::kInteger;
+    bits_ = static_cast<std::uint64_t>(static_cast<LONGLONG>(number));
     return;
   }
-  view.kind = KeyView::Kind::kReal;
-  if (std::isnan(value)) value = std::numeric_limits<double>::quiet_NaN();
-  std::memcpy(&view.bits, &value, sizeof value);
+  kind_ = Kind::kReal;
+  bits_ = std::bit_cast<std::uint64_t>(std::isnan(number) ? std::numeric_limits<double>::quiet_NaN() : number);
 }
 
 // Integers of every width, booleans among them.
-HRESULT view_integer(const VARIANT& key, KeyView& view) {
-  if (key.vt == VT_UI8 && key.ullVal > static_cast<ULONGLONG>(INT64_MAX)) {
-    view_real(static_cast<double>(key.ullVal), view);
+HRESULT DictionaryKey::take_integer() {
+  if (value_.vt == VT_UI8 && value_.ullVal > static_cast<ULONGLONG>(INT64_MAX)) {
+    take_real(static_cast<double>(value_.ullVal));
     return S_OK;
   }
-  view.kind = KeyView::Kind::kInteger;
-  if (key.vt == VT_I4) {
-    view.bits = static_cast<std::uint64_t>(LONGLONG{key.lVal});
+  kind_ = Kind::kInteger;
+  if (value_.vt == VT_I4) {
+    bits_ = static_cast<std::uint64_t>(LONGLONG{value_.lVal});
     return S_OK;
   }
   CComVariant wide;
-  RETURN_IF_FAILED(VariantChangeType(&wide, &key, 0, VT_I8));
-  view.bits = static_cast<std::uint64_t>(wide.llVal);
+  RETURN_IF_FAILED(VariantChangeType(&wide, &value_, 0, VT_I8));
+  bits_ = static_cast<std::uint64_t>(wide.llVal);
   return S_OK;
 }
 
-HRESULT view_number(const VARIANT& key, KeyView& view) {
-  switch (key.vt) {
+HRESULT DictionaryKey::look_at_number() {
+  switch (value_.vt) {
     case VT_R4:
-      view_real(static_cast<double>(key.fltVal), view);
+      take_real(static_cast<double>(value_.fltVal));
       return S_OK;
     case VT_R8:
-      view_real(key.dblVal, view);
+      take_real(value_.dblVal);
       return S_OK;
     case VT_DATE:
-      view_real(key.date, view);
+      take_real(value_.date);
       return S_OK;
     case VT_CY:
-      view_real(static_cast<double>(key.cyVal.int64) / 10000.0, view);
+      take_real(static_cast<double>(value_.cyVal.int64) / 10000.0);
       return S_OK;
     case VT_BOOL:
     case VT_I1:
@@ -65,57 +63,57 @@ HRESULT view_number(const VARIANT& key, KeyView& view) {
     case VT_UI8:
     case VT_INT:
     case VT_UINT:
-      return view_integer(key, view);
+      return take_integer();
     default:
       return DISP_E_TYPEMISMATCH;
   }
 }
 
-HRESULT view_value(const VARIANT& key, KeyView& view) {
-  switch (key.vt) {
+HRESULT DictionaryKey::look() {
+  switch (value_.vt) {
     case VT_EMPTY:
-      view.kind = KeyView::Kind::kEmpty;
+      kind_ = Kind::kEmpty;
       return S_OK;
     case VT_NULL:
-      view.kind = KeyView::Kind::kNull;
+      kind_ = Kind::kNull;
       return S_OK;
     case VT_BSTR:
-      view.kind = KeyView::Kind::kText;
-      view.text = view_of(key.bstrVal);
+      kind_ = Kind::kText;
+      text_ = view_of(value_.bstrVal);
       return S_OK;
     case VT_DISPATCH:
     case VT_UNKNOWN: {
-      view.kind = KeyView::Kind::kObject;
+      kind_ = Kind::kObject;
       CComPtr<IUnknown> identity;  // the one pointer that all interfaces of an object agree on
-      if (key.punkVal) RETURN_IF_FAILED(key.punkVal->QueryInterface(IID_IUnknown, identity.put_void()));
-      view.bits = reinterpret_cast<std::uintptr_t>(identity.get());
+      if (value_.punkVal) RETURN_IF_FAILED(value_.punkVal->QueryInterface(IID_IUnknown, identity.put_void()));
+      bits_ = reinterpret_cast<std::uintptr_t>(identity.get());
       return S_OK;
     }
     default:
-      return view_number(key, view);
+      return look_at_number();
   }
 }
 
-}  // namespace
-
-HRESULT view_key(const VARIANT& key, KeyView& view) {
-  view = {};
-  return view_value(key, view);
+HRESULT DictionaryKey::load(const VARIANT& value) {
+  // An omitted argument that a component handed on is the empty key.
+  if (!is_omitted(value)) RETURN_IF_FAILED(VariantCopyInd(&value_, &value));
+  return look();
 }
 
-std::size_t hash_key(const KeyView& view, bool ignore_case) {
-  KeyedHash hash(static_cast<std::uint64_t>(view.kind));
-  if (view.kind == KeyView::Kind::kText) {
-    for (const wchar_t c : view.text) hash.add(static_cast<std::uint64_t>(ignore_case ? base::fold(c) : c));
+void DictionaryKey::prepare(bool ignore_case) {
+  ignores_case_ = ignore_case;
+  base::KeyedHash hash(static_cast<std::uint64_t>(kind_));
+  if (kind_ == Kind::kText) {
+    for (const wchar_t c : text_) hash.add(static_cast<std::uint64_t>(ignore_case ? base::fold(c) : c));
   } else {
-    hash.add(view.bits);
+    hash.add(bits_);
   }
-  return hash.finish();
+  hash_ = hash.finish();
 }
 
-bool same_key(const KeyView& a, const KeyView& b, bool ignore_case) {
-  if (a.hash != b.hash || a.kind != b.kind || a.bits != b.bits) return false;
-  return ignore_case ? base::equal_folded(a.text, b.text) : a.text == b.text;
+bool DictionaryKey::operator==(const DictionaryKey& other) const {
+  if (hash_ != other.hash_ || kind_ != other.kind_ || bits_ != other.bits_) return false;
+  return ignores_case_ ? base::equal_folded(text_, other.text_) : text_ == other.text_;
 }
 
 }  // namespace korlib

@@ -1,4 +1,4 @@
-// What makes two dictionary keys equal.
+// The keys of a dictionary, and what makes two of them equal.
 #pragma once
 
 #include <string_view>
@@ -7,22 +7,35 @@
 
 namespace korlib {
 
-// A key as it is compared: numbers by value whatever their type, objects by identity, text by its
-// characters. Refers to the text of the VARIANT it was made from.
-struct KeyView {
+// A value that can be a key, and the form in which it is compared: numbers by value whatever their type, objects by
+// identity, text by its characters.
+class DictionaryKey {
+ public:
+  // Copies the value, references followed, and looks at it. Asks an object for its identity, so no lock may be held.
+  // DISP_E_TYPEMISMATCH for arrays, error values and what else cannot be a key.
+  HRESULT load(const VARIANT& value);
+  // Chooses how text is compared, and with it the hash; to be called before the key is looked up or stored.
+  void prepare(bool ignore_case);
+
+  const CComVariant& value() const { return value_; }
+  std::size_t hash() const { return hash_; }
+  // Both prepared for the same comparison.
+  bool operator==(const DictionaryKey& other) const;
+
+ private:
   enum class Kind : BYTE { kEmpty, kNull, kText, kInteger, kReal, kObject };
 
-  Kind kind = Kind::kEmpty;
-  std::uint64_t bits = 0;
-  std::wstring_view text;
-  std::size_t hash = 0;
-};
+  HRESULT look();
+  HRESULT look_at_number();
+  HRESULT take_integer();
+  void take_real(double number);
 
-// Everything but the hash. Asks an object for its identity, so no lock may be held. DISP_E_TYPEMISMATCH
-// for arrays, error values and what else cannot be a key.
-HRESULT view_key(const VARIANT& key, KeyView& view);
-std::size_t hash_key(const KeyView& view, bool ignore_case);
-// Both with their hashes.
-bool same_key(const KeyView& a, const KeyView& b, bool ignore_case);
+  CComVariant value_;
+  std::wstring_view text_;  // of value_
+  std::uint64_t bits_ = 0;
+  std::size_t hash_ = 0;
+  Kind kind_ = Kind::kEmpty;
+  bool ignores_case_ = false;
+};
 
 }  // namespace korlib

@@ -3,8 +3,10 @@
 
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
+
+#include "base/keyed_hash.h"
+#include "base/ordered_table.h"
 
 namespace zelto {
 
@@ -16,17 +18,18 @@ struct Field {
 // Fields in the order in which their names first came; names are found in any letter case.
 class FieldTable {
  public:
+  using Fields = base::OrderedTable<&Field::name, base::FoldedHash, base::FoldedEqual, base::ByPlaces>;
+
   void add(std::wstring_view name, std::wstring value);
   // Null when there is no such name; valid while the table is not changed.
-  const Field* find(std::wstring_view name) const;
-  const std::vector<Field>& fields() const { return fields_; }
+  const Field* find(std::wstring_view name) const { return fields_.find(name); }
+  const Fields& fields() const { return fields_; }
 
   // The collection as it was sent, "a=1&b=2".
   std::wstring raw;
 
  private:
-  std::vector<Field> fields_;
-  std::unordered_map<std::wstring, std::size_t> places_;
+  Fields fields_;
 };
 
 }  // namespace zelto

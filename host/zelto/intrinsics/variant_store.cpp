@@ -1,43 +1,31 @@
 #include "intrinsics/variant_store.h"
 
-#include "base/letter_case.h"
 #include "script/script_object.h"
 
 namespace zelto {
 
 HRESULT VariantTable::get(std::wstring_view name, VARIANT* value) const {
   VariantInit(value);
-  const auto place = places_.find(base::folded(name));
-  return place == places_.end() ? S_OK : VariantCopy(value, &entries_[place->second].value);
+  const Entry* const entry = entries_.find(name);
+  return entry ? VariantCopy(value, &entry->value) : S_OK;
 }
 
+// What goes is released when the table is whole again: an object's last release may come back here.
 void VariantTable::put(std::wstring_view name, CComVariant value) {
-  const auto [place, is_new] = places_.try_emplace(base::folded(name), entries_.size());
-  if (is_new) {
-    entries_.push_back({std::wstring(name), std::move(value)});
-    return;
+  if (Entry* const entry = entries_.find(name)) {
+    std::swap(entry->value, value);
+  } else {
+    entries_.add({std::wstring(name), std::move(value)});
   }
-  // The old value dies after the table is whole again: its last breath may come back here.
-  const CComVariant old = std::move(entries_[place->second].value);
-  entries_[place->second].value = std::move(value);
 }
 
 void VariantTable::remove(std::wstring_view name) {
-  const auto found = places_.find(base::folded(name));
-  if (found == places_.end()) return;
-  const std::size_t place = found->second;
-  places_.erase(found);
-  for (auto& [key, later] : places_) {
-    if (later > place) --later;
-  }
-  const Entry removed = std::move(entries_[place]);
-  entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(place));
+  if (Entry* const entry = entries_.find(name)) const Entry removed = entries_.take(*entry);
 }
 
 void VariantTable::clear() {
-  const std::vector<Entry> removed = std::move(entries_);
-  entries_.clear();
-  places_.clear();
+  Entries removed;
+  std::swap(removed, entries_);
 }
 
 std::vector<std::wstring> VariantTable::names() const {

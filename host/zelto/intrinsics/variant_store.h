@@ -5,8 +5,10 @@
 
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
+
+#include "base/keyed_hash.h"
+#include "base/ordered_table.h"
 
 namespace zelto {
 
@@ -26,8 +28,9 @@ class VariantTable {
     std::wstring name;
     CComVariant value;
   };
-  std::vector<Entry> entries_;
-  std::unordered_map<std::wstring, std::size_t> places_;
+  using Entries = base::OrderedTable<&Entry::name, base::FoldedHash, base::FoldedEqual>;
+
+  Entries entries_;
 };
 
 // The store behind a Contents collection. Every call is one step: none sees another one half done.

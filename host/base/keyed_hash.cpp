@@ -1,8 +1,8 @@
-#include "classes/keyed_hash.h"
+#include "base/keyed_hash.h"
 
 #include <random>
 
-namespace korlib {
+namespace base {
 
 const KeyedHash::Key& KeyedHash::key() noexcept {
   static const Key drawn = [] {
@@ -13,4 +13,4 @@ const KeyedHash::Key& KeyedHash::key() noexcept {
   return drawn;
 }
 
-}  // namespace korlib
+}  // namespace base

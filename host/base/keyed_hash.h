@@ -1,15 +1,20 @@
-// A keyed hash (SipHash-1-3), so that a client who chooses the keys of a dictionary cannot make them
-// collide.
+// A keyed hash (SipHash-1-3 over 64-bit words), so that a client who chooses the keys of a table cannot make them
+// collide. The key is drawn at random once a process: hashes are not for keeping. Written out because neither the
+// standard library nor Boost has one.
 #pragma once
 
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
-namespace korlib {
+#include "base/letter_case.h"
+
+namespace base {
 
 class KeyedHash {
  public:
+  // Hashes with different salts have nothing to do with each other.
   explicit KeyedHash(std::uint64_t salt) noexcept
       : v0_(key().low ^ 0x736f6d6570736575u),
         v1_(key().high ^ 0x646f72616e646f6du ^ salt),
@@ -52,4 +57,13 @@ class KeyedHash {
   std::uint64_t v0_, v1_, v2_, v3_;
 };
 
-}  // namespace korlib
+// Of a name that is found in any letter case; what equal_folded() calls equal has one hash.
+struct FoldedHash {
+  std::size_t operator()(std::wstring_view name) const noexcept {
+    KeyedHash hash(0);
+    for (const wchar_t c : name) hash.add(static_cast<std::uint64_t>(fold(c)));
+    return hash.finish();
+  }
+};
+
+}  // namespace base
