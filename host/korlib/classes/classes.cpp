@@ -1,5 +1,6 @@
 // The rows that these classes add to the class table.
-#include "classes/create.h"
+#include <korlib_host/class_table.h>
+
 #include "classes/dictionary.h"
 #include "classes/file_system.h"
 #include "classes/stream.h"

@@ -1,7 +1,7 @@
 // The rows that these classes add to the class table, and what a host may ask of them.
+#include <korlib_host/class_table.h>
 #include <korlib_host/database.h>
 
-#include "classes/create.h"
 #include "database/command.h"
 #include "database/recordset.h"
 #include "odbc/connection_pool.h"

@@ -3,7 +3,19 @@
 
 #include <span>
 
-#include <korlib/unknown.h>
+#include <korlib_host/counted.h>
+#include <korlib_host/errors.h>
+
+namespace korlib {
+
+// A row's `create` for a class that needs nothing to be made: Object has a default constructor and make() makes it
+// (see counted.h).
+template <class Object>
+HRESULT create_object(REFIID riid, void** ppv) {
+  return guarded(L"", ppv, [&] { return make<Object>()->QueryInterface(riid, ppv); });
+}
+
+}  // namespace korlib
 
 namespace korlib_host {
 
@@ -11,8 +23,8 @@ namespace korlib_host {
 // The texts and the function stay valid for as long as the process runs.
 struct ClassRow {
   CLSID clsid;
-  const wchar_t* prog_id;  // null for a class that is only made by identifier
-  HRESULT (*create)(REFIID riid, void** ppv);
+  const wchar_t* prog_id;                      // null for a class that is only made by identifier
+  HRESULT (*create)(REFIID riid, void** ppv);  // called on any thread
 };
 
 // Adds classes; a row whose identifier or ProgID is there already replaces it. CoCreateInstance,

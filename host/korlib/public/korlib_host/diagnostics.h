@@ -24,9 +24,11 @@ class KORLIB_API StringFailure {
   ~StringFailure();
   StringFailure(const StringFailure&) = delete;
   StringFailure& operator=(const StringFailure&) = delete;
+  // Whether that allocation has been asked for, and failed.
   bool has_happened() const noexcept;
 };
 
+// Adds to what live_objects() answers; LiveObject is what calls it.
 KORLIB_API void count_live_object(std::int64_t change) noexcept;
 
 // A member or base of every host object: counts it for as long as it lives.

@@ -38,7 +38,8 @@
 
 namespace korlib {
 
-// `Interface` is the typed interface, derived from IDispatch; `Extra` are further ones.
+// `Interface` is the typed interface, derived from IDispatch; `Extra` are further ones. QueryInterface answers these,
+// IDispatch and IUnknown. Reference counts are safe on any thread; what else is, the class decides.
 template <class Self, class Interface = IDispatch, class... Extra>
 class DispatchObject : public Counted<Interface, Extra...> {
  public:
@@ -46,6 +47,7 @@ class DispatchObject : public Counted<Interface, Extra...> {
     return query_list<Interface, Extra..., IDispatch, IUnknown>(static_cast<Self*>(this), riid, ppv);
   }
 
+  // One type information, over the same table: late binding for callers that go through ITypeInfo.
   HRESULT GetTypeInfoCount(UINT* count) override {
     if (!count) return E_POINTER;
     *count = 1;
@@ -59,6 +61,7 @@ class DispatchObject : public Counted<Interface, Extra...> {
     *info = &class_info;
     return S_OK;
   }
+  // See ids_of_names() and invoke_member() for what these answer; `riid` must be IID_NULL.
   HRESULT GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
     if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     return ids_of_names(Self::members(), names, count, ids);
@@ -70,7 +73,7 @@ class DispatchObject : public Counted<Interface, Extra...> {
   }
 
  protected:
-  // Rows of the member table.
+  // Rows of the member table. A method: what a script calls.
   template <auto function>
   static consteval Member method(const wchar_t* name) {
     Member member;
@@ -78,6 +81,8 @@ class DispatchObject : public Counted<Interface, Extra...> {
     member.method = detail::operation<Self, function, true>();
     return member;
   }
+  // A property: what a script reads and assigns. nullptr for what it cannot do; `reference_setter` takes the
+  // assignment of an object (putref), which `setter` takes where it is missing.
   template <auto getter, auto setter = nullptr, auto reference_setter = nullptr>
   static consteval Member property(const wchar_t* name) {
     Member member;
@@ -87,7 +92,7 @@ class DispatchObject : public Counted<Interface, Extra...> {
     member.putref = detail::operation<Self, reference_setter, false>();
     return member;
   }
-  // `getter` gives an IEnumVARIANT as IUnknown.
+  // What enumerating scripts ask for (DISPID_NEWENUM). `getter` gives an IEnumVARIANT as IUnknown.
   template <auto getter>
   static consteval Member new_enum() {
     Member member = property<getter>(L"_NewEnum").numbered(DISPID_NEWENUM);

@@ -7,7 +7,9 @@
 
 namespace korlib {
 
-// Steps through a snapshot; what happens to the collection afterwards does not show.
+// Gives an enumerator over the values, which it owns from then on: a snapshot, so that what happens to the collection
+// afterwards does not show. Clones share the values and have places of their own. One thread at a time steps through
+// an enumerator. E_POINTER for a null out-argument; throws std::bad_alloc.
 KORLIB_API HRESULT make_enumerator(std::vector<CComVariant> values, IUnknown** enumerator);
 
 }  // namespace korlib

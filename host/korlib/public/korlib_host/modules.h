@@ -26,19 +26,21 @@ struct NamedClass {
 // exist yet; it is opened on first use.
 KORLIB_API void add_unregistered_module(const std::filesystem::path& file, const std::vector<NamedClass>& classes);
 
-// A module's class object by bare name, null for the module's first class.
+// A module's class object by bare name, null for the module's first class; asked for `riid`. The module is opened if
+// need be. Null in *ppv on failure: what opening answered, or the module.
 KORLIB_API HRESULT get_class_object_by_name(const std::filesystem::path& file, const wchar_t* class_name, REFIID riid,
                                             void** ppv);
 
 // Calls DllRegisterServer (or DllUnregisterServer) of the module. CO_E_DLLNOTFOUND, with the reason as
-// error information, when it cannot be opened; CO_E_ERRORINDLL when it is no component.
+// error information, when it cannot be opened; CO_E_ERRORINDLL when it is not a component, or does not export
+// the function; otherwise what the function answered.
 KORLIB_API HRESULT register_module(const std::filesystem::path& file);
 KORLIB_API HRESULT unregister_module(const std::filesystem::path& file);
 
-// The file behind the handle that DllMain was given; empty for a handle that is none.
+// The file behind the handle that DllMain was given; empty for anything else.
 KORLIB_API std::filesystem::path module_file(void* module);
 
-// How many modules are open now.
+// How many modules are open now, in all threads.
 KORLIB_API std::size_t open_modules();
 
 }  // namespace korlib_host

@@ -30,20 +30,24 @@ class KORLIB_API RegistryStore {
   RegistryStore(const RegistryStore&) = delete;
   RegistryStore& operator=(const RegistryStore&) = delete;
 
+  // False for a path that could not be a key.
   bool has_key(std::wstring_view key) const;
+  // The text of a value; nothing where the key or the value is missing.
   std::optional<std::wstring> value(std::wstring_view key, std::wstring_view name) const;
 
   // Makes the key and those above it that are missing; one that is there is left alone. An empty name
   // within the path, or one too long (255 characters), is E_INVALIDARG. E_FAIL when the file cannot be
   // written; nothing is changed then.
   HRESULT create_key(std::wstring_view key);
-  // E_INVALIDARG when the key is not there.
+  // Makes the value or replaces its text. E_INVALIDARG when the key is not there, the name has more than 255 characters
+  // or the text more than 32767. E_FAIL as above.
   HRESULT set_value(std::wstring_view key, std::wstring_view name, std::wstring_view text);
   // E_INVALIDARG when the key is not there, has keys below it, or is the root.
   HRESULT delete_key(std::wstring_view key);
 
   // What is wrong with the file, in words; empty when nothing is.
   std::string problem() const;
+  // Where it lies; the file need not exist.
   const std::filesystem::path& file() const noexcept;
 
  private:
@@ -51,7 +55,8 @@ class KORLIB_API RegistryStore {
   std::unique_ptr<Impl> impl_;
 };
 
-// The store that ProgIDs and class identifiers are looked up in; none at the start.
+// The store that ProgIDs and class identifiers are looked up in; none (null) at the start. Any thread may ask; a store
+// that was replaced lives on for those who hold it.
 KORLIB_API void set_registry(std::shared_ptr<RegistryStore> store);
 KORLIB_API std::shared_ptr<RegistryStore> registry();
 

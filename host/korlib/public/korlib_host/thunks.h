@@ -1,9 +1,21 @@
 // Typed operations made from member functions: arguments converted on the way in, the result on the way
 // out. See dispatch_object.h.
 //
-// Parameters: LONG, LONGLONG, VARIANT_BOOL, double, BSTR, VARIANT (never VT_BYREF), VARIANT* (anywhere but
-// last: the caller's variable, in and out), and pointers to interfaces (null for null and for nothing).
-// Results, as the last parameter: a pointer to any of these, SAFEARRAY**, or none.
+// Parameters of a member function, and what an argument becomes:
+//
+//   LONG, LONGLONG, VARIANT_BOOL, double   converted by VariantChangeType
+//   BSTR                                   the caller's own when it is one, else converted; lives as long as the call
+//   VARIANT                                borrowed from the caller, never VT_BYREF
+//   VARIANT*                               anywhere but last: the caller's variable, in and out
+//   Interface*                             asked of the object, counted for the call; null for null and for nothing
+//   (const Arguments&, VARIANT* result)    all arguments as they came, any number of them
+//
+// The last parameter may be a result: a pointer to any of these, or SAFEARRAY**. It is empty when the function is
+// called. What the function puts there becomes the call's result where the caller wants one, and is released otherwise
+// or when the function fails.
+//
+// All of this is deduced when the program is compiled; the tables hold pointers to the functions made here. Only
+// dispatch_object.h uses this header.
 #pragma once
 
 #include <tuple>
@@ -13,16 +25,20 @@
 
 namespace korlib::detail {
 
+// An argument as one of the types. `keep` holds what had to be made for it and must live as long as `value` is used.
+// DISP_E_PARAMNOTFOUND for an omitted one; otherwise what VariantChangeType answers. A VARIANT is not converted.
 KORLIB_API HRESULT read_variant(const VARIANT& argument, CComVariant& keep, VARIANT& value);
 KORLIB_API HRESULT read_text(const VARIANT& argument, CComVariant& keep, BSTR& value);
 KORLIB_API HRESULT read_long(const VARIANT& argument, LONG& value);
 KORLIB_API HRESULT read_long_long(const VARIANT& argument, LONGLONG& value);
 KORLIB_API HRESULT read_bool(const VARIANT& argument, VARIANT_BOOL& value);
 KORLIB_API HRESULT read_double(const VARIANT& argument, double& value);
-// A counted reference; null for VT_EMPTY, VT_NULL and a null object.
+// A counted reference; null for VT_EMPTY, VT_NULL and a null object. DISP_E_TYPEMISMATCH for what is not an object, or
+// is one without that interface.
 KORLIB_API HRESULT read_object(const VARIANT& argument, REFIID riid, void** object);
 
-// One parameter while a call runs: holds what the converted value lives in.
+// One parameter while a call runs. load() reads its argument, load_default() takes the default of one left out;
+// `value` is then passed to the member function. Holds what the value lives in.
 template <class Parameter>
 struct Slot;
 
@@ -55,7 +71,7 @@ struct Slot<VARIANT> {
   VARIANT value = omitted();
   HRESULT load(const Arguments& arguments, UINT index) {
     if (!is_omitted(arguments[index])) return read_variant(arguments[index], keep, value);
-    value = VARIANT{};  // who has to give a value and gives none gives the empty one
+    value = VARIANT{};  // a value that is required and left out is the empty one
     return S_OK;
   }
   void load_default(LONG) { value = omitted(); }
@@ -84,7 +100,8 @@ struct Slot<Interface*> {
   void load_default(LONG) {}
 };
 
-// Where a result is received and how it becomes a VARIANT.
+// Where a result is received, and how it becomes a VARIANT: the member function writes `value`; move_to() hands it to
+// *result, which is VT_EMPTY before. Releases what was not handed over.
 template <class Value>
 struct Out;
 
@@ -113,7 +130,6 @@ struct Out<VARIANT> {
 
 template <>
 struct Out<BSTR> {
-  CComBSTR text;
   BSTR value = nullptr;
   Out() = default;
   ~Out() { SysFreeString(value); }
@@ -159,6 +175,7 @@ struct Out<Interface*> {
   }
 };
 
+// Whether a parameter, standing last, is a result: a pointer to what Out knows.
 template <class Parameter>
 inline constexpr bool is_result = false;
 template <class Value>
@@ -167,6 +184,7 @@ inline constexpr bool is_result<Value*> =
 template <>
 inline constexpr bool is_result<BSTR> = false;  // wchar_t*: text going in
 
+// The parameters of a member function, as a tuple.
 template <class Function>
 struct Signature;
 template <class Class, class... Parameter>
@@ -179,6 +197,7 @@ struct Signature<HRESULT (Class::*)(Parameter...) noexcept> : Signature<HRESULT 
 template <class Function>
 using ParametersOf = typename Signature<Function>::Parameters;
 
+// Whether the last of the parameters is a result.
 template <class Parameters>
 constexpr bool ends_in_result() {
   constexpr std::size_t count = std::tuple_size_v<Parameters>;
@@ -188,11 +207,14 @@ constexpr bool ends_in_result() {
     return is_result<std::tuple_element_t<count - 1, Parameters>>;
 }
 
+// Whether the function takes its arguments as they came.
 template <class Parameters>
 inline constexpr bool takes_raw = false;
 template <>
 inline constexpr bool takes_raw<std::tuple<const Arguments&, VARIANT*>> = true;
 
+// Fills one slot: from its argument, or from the member's default where an optional one was left out. Notes which
+// argument could not be read.
 template <std::size_t index, class SlotType>
 HRESULT load_slot(SlotType& slot, const Operation& operation, const Arguments& arguments) {
   constexpr UINT at = static_cast<UINT>(index);
@@ -207,6 +229,7 @@ HRESULT load_slot(SlotType& slot, const Operation& operation, const Arguments& a
   return FAILED(hr) ? arguments.reject(at, hr) : S_OK;
 }
 
+// Reads all arguments, in their order and up to the first that cannot be, then calls the function.
 template <class Self, auto function, bool with_result, std::size_t... index>
 HRESULT run_typed(Self& self, const Operation& operation, const Arguments& arguments, VARIANT* result,
                   std::index_sequence<index...>) {
@@ -226,6 +249,7 @@ HRESULT run_typed(Self& self, const Operation& operation, const Arguments& argum
   return hr;
 }
 
+// What a table's Operation::run points to.
 template <class Self, auto function, bool may_have_result>
 HRESULT run(void* self, const Operation& operation, const Arguments& arguments, VARIANT* result) {
   using Parameters = ParametersOf<decltype(function)>;
@@ -241,6 +265,8 @@ HRESULT run(void* self, const Operation& operation, const Arguments& arguments, 
   }
 }
 
+// The row's entry for a member function, or an empty one for nullptr. An assignment has no result: there a pointer that
+// stands last is an argument.
 template <class Self, auto function, bool may_have_result>
 consteval Operation operation() {
   Operation made;
