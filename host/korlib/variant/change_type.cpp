@@ -61,7 +61,7 @@ bool are_same_bits(const TypeRow& from, const TypeRow& to) {
   return from.integer_size != 0 && from.integer_size == to.integer_size;
 }
 
-// `source` is no reference. *target is empty before and, on failure, after.
+// `source` is not a reference. *target is empty before and, on failure, after.
 HRESULT convert(const VARIANT& source, VARTYPE vt, VARIANT* target) {
   if (source.vt == vt) return VariantCopy(target, &source);
   if (vt == VT_EMPTY || vt == VT_NULL) return to_nothing(source, vt, target);

@@ -91,7 +91,7 @@ constexpr std::array<TypeRow, kTypes> make_table() {
   rows[VT_BSTR] = {true, load_text, store_text};
   rows[VT_DISPATCH] = {true, nullptr, nullptr};  // an object's value is asked of the object
   rows[VT_UNKNOWN] = {true, nullptr, nullptr};
-  rows[VT_ERROR] = {true, nullptr, nullptr};  // an argument left out is no value
+  rows[VT_ERROR] = {true, nullptr, nullptr};  // an argument left out has no value
   return rows;
 }
 

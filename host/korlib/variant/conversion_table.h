@@ -13,7 +13,7 @@ struct TypeRow {
   bool exists;
   Scalar (*load)(const VARIANT&);             // null: has no plain value
   HRESULT (*store)(const Scalar&, VARIANT*);  // null: no plain value becomes it
-  std::size_t integer_size = 0;               // in bytes; 0 for what is no integer
+  std::size_t integer_size = 0;               // in bytes; 0 for what is not an integer
 };
 
 // The row of a type without VT_ARRAY and VT_BYREF; one that does not exist has a row saying so.

@@ -12,7 +12,7 @@ struct DateParts {
   std::optional<int> offset;  // what the text's clock is ahead of UTC, in seconds; none: local time
 };
 
-// `this_year` is the year of a date that names none. Nothing for text that is no date.
+// `this_year` is the year of a date that names none. Nothing for text that is not a date.
 std::optional<DateParts> parse_date_parts(std::wstring_view text, int this_year);
 
 }  // namespace korlib::variants

@@ -11,7 +11,7 @@
 namespace korlib::variants {
 
 // "2026-11-21 10:00:00", to the nearest second; "2026-11-21" at midnight; "10:00:00" on day zero, which
-// stands for a time without a date. DISP_E_OVERFLOW for what is no date.
+// stands for a time without a date. DISP_E_OVERFLOW for what is not a date.
 HRESULT date_text(DATE date, std::string* text);
 
 // Reads a date, a time or both, in any order. Blanks and commas part them, and what stands in parentheses is

@@ -32,7 +32,7 @@ std::string currency_text(LONGLONG ten_thousandths);  // no more decimals than n
 // 1234.5  1,234.5  $1,234.50  -$5  $-5  ($5)  (12)  12-  1.5e-3  &HFF
 //
 // Other readers of such text pass over a comma anywhere. That makes 15 of "1,5", which half the world writes
-// for one and a half, without a word; here it is no number. Nor are "NaN" and "Infinity", which a form or a
+// for one and a half, without a word; here it is not a number. Nor are "NaN" and "Infinity", which a form or a
 // query could otherwise put into every sum.
 //
 // Whole numbers give kInteger, others kReal. DISP_E_TYPEMISMATCH for anything else, DISP_E_OVERFLOW beyond

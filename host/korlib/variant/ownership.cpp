@@ -1,4 +1,5 @@
-// Making, clearing and copying VARIANTs.
+// Making, clearing and copying VARIANTs: the functions, and the member operations that host code uses. A component that
+// was built elsewhere carries the same operations and finds these first.
 #include "variant/ownership.h"
 
 #include <cstring>
@@ -122,3 +123,29 @@ HRESULT VariantCopyInd(VARIANT* target, const VARIANT* source) {
   RETURN_IF_FAILED(korlib::variants::follow(*source, &value));
   return target == source && !(source->vt & VT_BYREF) ? S_OK : korlib::variants::replace(target, value);
 }
+
+VARIANT::VARIANT(VARIANT&& source) noexcept {
+  vt = source.vt;
+  wReserved1 = wReserved2 = wReserved3 = 0;
+  llVal = source.llVal;
+  source.vt = VT_EMPTY;
+}
+
+VARIANT& VARIANT::operator=(const VARIANT& source) {
+  if (this != &source) VariantCopy(this, &source);
+  return *this;
+}
+
+VARIANT& VARIANT::operator=(const wchar_t* text) {
+  // The text may lie in the string that goes.
+  const BSTR copy = text ? SysAllocString(text) : nullptr;
+  VariantClear(this);
+  vt = VT_BSTR;
+  bstrVal = copy;
+  return *this;
+}
+
+VARIANTARG::VARIANTARG() { VariantInit(this); }
+
+_variant_t::_variant_t() { VariantInit(this); }
+_variant_t::~_variant_t() { VariantClear(this); }
