@@ -2,13 +2,13 @@
 
 #include <dlfcn.h>
 #include <link.h>
-#include <pthread.h>
 
 #include <fstream>
 
 #include <korlib_host/class_table.h>
 #include <korlib_host/diagnostics.h>
 
+#include "base/thread.h"
 #include "korlib/activation/activation_fixture.h"
 
 namespace {
@@ -320,21 +320,10 @@ HRESULT create_at_depth(int depth) {
 TEST_F(Activation, RefusesBeforeTheStackIsUsedUp) {
   HRESULT hr = S_OK;
   std::wstring description;
-  const auto run = [&] {
+  base::run_on_thread(std::size_t{2} << 20, [&] {
     hr = create_at_depth(100'000);
     description = last_error();
-  };
-  pthread_attr_t attributes;
-  ASSERT_EQ(0, pthread_attr_init(&attributes));
-  ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, 2 << 20));
-  pthread_t thread;
-  const auto start = [](void* function) -> void* {
-    (*static_cast<decltype(run)*>(function))();
-    return nullptr;
-  };
-  ASSERT_EQ(0, pthread_create(&thread, &attributes, start, const_cast<void*>(static_cast<const void*>(&run))));
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
+  });
   EXPECT_EQ(korlib::hresult(0x800A001C), hr);
   EXPECT_EQ(L"Out of stack space.", description);
 }
