@@ -31,7 +31,7 @@ constexpr auto kProperties = std::to_array<std::wstring_view>(
 static_assert(std::ranges::is_sorted(kProperties));
 
 // Methods of the language and of most scripts begin with a small letter, members of automation objects with a
-// capital one: so what the language is asked to do again and again stays as it is.
+// capital one: so the calls that scripts make most stay as they are.
 bool may_be_property(std::wstring_view name) {
   if (name.front() >= L'A' && name.front() <= L'Z') return true;
   return std::ranges::binary_search(kProperties, base::ascii_lowered(name));

@@ -97,7 +97,7 @@ class Scanner {
     return true;
   }
 
-  // Browsers pass over what such an element holds; here somebody would miss it.
+  // Browsers ignore what such an element holds; here its author would miss it.
   void add_script_file(std::wstring_view path, std::wstring_view inside, std::size_t open) {
     if (path.empty()) throw ScanFault{"<script runat=\"server\"> names no file in its src.", open};
     if (skip_blanks(inside, 0) < inside.size()) {

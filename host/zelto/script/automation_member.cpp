@@ -48,18 +48,14 @@ bool set_referenced(JSContextRef, JSObjectRef object, JSStringRef name, JSValueR
 }  // namespace
 
 JSClassRef make_member_class() {
-  JSClassDefinition definition = kJSClassDefinitionEmpty;
-  definition.className = "Function";
-  definition.finalize = finalize_host_object;
+  JSClassDefinition definition = host_class("Function");
   definition.callAsFunction = call;
   definition.convertToType = convert;
   return JSClassCreate(&definition);
 }
 
 JSClassRef make_reference_class() {
-  JSClassDefinition definition = kJSClassDefinitionEmpty;
-  definition.className = "Reference";
-  definition.finalize = finalize_host_object;
+  JSClassDefinition definition = host_class("Reference");
   definition.getProperty = get_referenced;
   definition.setProperty = set_referenced;
   return JSClassCreate(&definition);

@@ -9,7 +9,7 @@
 namespace zelto::script {
 namespace {
 
-// Names that the language itself asks any object for: that an object does not have them tells nobody anything.
+// Names that the language itself asks any object for: a missing one of these is no mistake of the page's.
 constexpr auto kLanguageNames = std::to_array<std::u16string_view>(
     {u"toString", u"toLocaleString", u"valueOf", u"constructor", u"hasOwnProperty", u"isPrototypeOf",
      u"propertyIsEnumerable", u"__proto__", u"__defineGetter__", u"__defineSetter__", u"__lookupGetter__",
@@ -212,10 +212,8 @@ JSClassRef make_object_class() {
       {"valueOf", object_value_of, kJSPropertyAttributeDontEnum},
       {nullptr, nullptr, 0},
   };
-  JSClassDefinition definition = kJSClassDefinitionEmpty;
-  definition.className = "Object";
+  JSClassDefinition definition = host_class("Object");
   definition.staticFunctions = functions;
-  definition.finalize = finalize_host_object;
   definition.getProperty = get_property;
   definition.setProperty = set_property;
   definition.getPropertyNames = get_property_names;

@@ -50,7 +50,7 @@ constexpr std::array kRows{
     Row{L"URIError", L"", 5025},
 };
 
-// "o.f is not a function" is a member that is missing, "f is not a function" a value that is none.
+// "o.f is not a function" is a member that is missing, "f is not a function" a value of another kind.
 unsigned number_of_call(std::wstring_view callee) {
   return callee.find_first_of(L".[") == std::wstring_view::npos ? kFunctionExpected : kNoSuchMember;
 }

@@ -36,7 +36,7 @@ class ErrorReports {
 
   // Where something that is no Error was thrown.
   void note_throw(JSValueRef value);
-  // A promise was rejected with nobody listening: the first is the page's error.
+  // A promise was rejected and nothing handles that: the first is the page's error.
   void note_rejection(JSValueRef reason);
   const ScriptError* rejection() const noexcept { return rejection_.get(); }
 

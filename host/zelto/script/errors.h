@@ -10,7 +10,7 @@
 
 namespace zelto::script {
 
-// What is answered by who has raised: `return errors.raise(…)` is null where a value was wanted, else false.
+// What a function that has raised answers: `return errors.raise(…)` is null where a value was wanted, else false.
 struct Raised {
   operator JSValueRef() const noexcept { return nullptr; }
   operator bool() const noexcept { return false; }

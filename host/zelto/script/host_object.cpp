@@ -9,10 +9,13 @@
 namespace zelto::script {
 namespace {
 
+// Any thread may collect.
+void finalize(JSObjectRef object) {
+  if (auto* held = static_cast<HostObject*>(JSObjectGetPrivate(object))) held->engine().bury(held);
+}
+
 JSClassRef make_opaque_class() {
-  JSClassDefinition definition = kJSClassDefinitionEmpty;
-  definition.className = "Object";
-  definition.finalize = finalize_host_object;
+  const JSClassDefinition definition = host_class("Object");
   return JSClassCreate(&definition);
 }
 
@@ -40,8 +43,11 @@ HostClasses::~HostClasses() {
   for (JSClassRef made : {object, member, reference, opaque, builtins}) JSClassRelease(made);
 }
 
-void finalize_host_object(JSObjectRef object) {
-  if (auto* held = static_cast<HostObject*>(JSObjectGetPrivate(object))) held->engine().bury(held);
+JSClassDefinition host_class(const char* name) {
+  JSClassDefinition definition = kJSClassDefinitionEmpty;
+  definition.className = name;
+  definition.finalize = finalize;
+  return definition;
 }
 
 HostObject* living_host_object(JSObjectRef object) {

@@ -36,7 +36,7 @@ class HostObject {
   HostObject* next_ = nullptr;
 };
 
-// An object without members: what it is worth is that it can be handed back.
+// An object without members. A script can hand it back.
 class OpaqueObject final : public HostObject {
  public:
   OpaqueObject(Realm& realm, CComPtr<IUnknown> object) : HostObject(realm), object_(std::move(object)) {}
@@ -73,8 +73,8 @@ struct HostClasses {
   JSClassRef builtins;   // $zelto
 };
 
-// What such a class calls when the engine has collected an object; any thread may collect.
-void finalize_host_object(JSObjectRef object);
+// What such a class begins with. `name` is what the script sees of it.
+JSClassDefinition host_class(const char* name);
 
 // The private data of an object of one of these classes while its realm lives, else null.
 HostObject* living_host_object(JSObjectRef object);

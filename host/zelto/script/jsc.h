@@ -31,7 +31,7 @@ JS_EXPORT JSValueRef JSObjectGetPrivateProperty(JSContextRef ctx, JSObjectRef ob
 // Has the engine stop its threads by that signal. False when it has chosen one already.
 JS_EXPORT bool JSConfigureSignalForGC(int signal);
 
-// `function` is called with each promise that is rejected while nobody listens, and the reason. The context never
+// `function` is called with each promise that is rejected without a handler, and the reason. The context never
 // lets go of it.
 JS_EXPORT void JSGlobalContextSetUnhandledRejectionCallback(JSGlobalContextRef ctx, JSObjectRef function,
                                                             JSValueRef* exception);

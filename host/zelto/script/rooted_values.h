@@ -16,13 +16,22 @@ namespace zelto::script {
 class RootedValues {
  public:
   // Room for so many.
-  RootedValues(JSContextRef ctx, std::size_t capacity);
-  ~RootedValues();
+  RootedValues(JSContextRef ctx, std::size_t capacity)
+      : ctx_(ctx),
+        protected_(capacity > kOnStack ? capacity : 0),
+        values_(protected_.empty() ? on_stack_.data() : protected_.data()) {}
+  ~RootedValues() {
+    if (protected_.empty()) return;
+    for (std::size_t i = 0; i < size_; ++i) JSValueUnprotect(ctx_, values_[i]);
+  }
   RootedValues(const RootedValues&) = delete;
   RootedValues& operator=(const RootedValues&) = delete;
   static void* operator new(std::size_t) = delete;
 
-  void push_back(JSValueRef value);
+  void push_back(JSValueRef value) {
+    values_[size_++] = value;
+    if (!protected_.empty()) JSValueProtect(ctx_, value);
+  }
   const JSValueRef* data() const noexcept { return values_; }
   std::size_t size() const noexcept { return size_; }
   bool empty() const noexcept { return size_ == 0; }
