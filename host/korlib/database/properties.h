@@ -1,25 +1,16 @@
-// What the members of these classes have in common: handing out the values of properties, and where exceptions stop.
+// What the members of these classes have in common: handing out the values of properties.
 #pragma once
 
 #include <string>
 #include <string_view>
 
 #include <korlib_host/dispatch_object.h>
+#include <korlib_host/errors.h>
 
 #include "classes/script_errors.h"
 #include "database/constants.h"
 
 namespace korlib {
-
-// Runs the body of a member: what it throws becomes a code, with the exception's text as the error's description.
-template <class Body>
-HRESULT guarded(std::wstring_view source, Body body) noexcept {
-  try {
-    return body();
-  } catch (...) {
-    return hresult_from_exception(source);
-  }
-}
 
 // The out-parameter of a property. Text is copied, an object counted.
 inline HRESULT give(LONG number, LONG* out) {

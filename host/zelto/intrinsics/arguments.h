@@ -3,6 +3,7 @@
 
 #include <korlib/comvariant.h>
 #include <korlib_host/enumerator.h>
+#include <korlib_host/errors.h>
 
 #include <functional>
 #include <optional>
@@ -10,8 +11,6 @@
 #include <string_view>
 #include <type_traits>
 #include <vector>
-
-#include "intrinsics/guard.h"
 
 namespace zelto {
 
@@ -27,20 +26,7 @@ HRESULT read_key(const VARIANT& value, std::size_t count, VariantKey& key);
 // As read_key, for what must be a number.
 HRESULT read_place(const VARIANT& value, std::size_t count, std::size_t& place);
 
-inline void clear_result(VARIANT* result) { VariantInit(result); }
-template <class Result>
-void clear_result(Result* result) {
-  *result = Result{};
-}
-
-// As guarded(source, body), for a member with a result: E_POINTER when there is no room for one, and it is empty when
-// the body begins.
-template <class Result, class Body>
-HRESULT guarded(std::wstring_view source, Result* result, Body body) noexcept {
-  if (!result) return E_POINTER;
-  clear_result(result);
-  return guarded(source, body);
-}
+using korlib::guarded;
 
 // Results. Each answers E_POINTER when there is no room for one.
 template <class Result>

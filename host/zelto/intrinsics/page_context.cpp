@@ -1,10 +1,9 @@
 #include "intrinsics/page_context.h"
 
 #include <korlib_host/enumerator.h>
+#include <korlib_host/errors.h>
 
 #include <algorithm>
-
-#include "intrinsics/guard.h"
 
 namespace zelto {
 
@@ -33,7 +32,7 @@ HRESULT PageContext::GetProperty(BSTR name, VARIANT* value) {
 HRESULT PageContext::EnumNames(IUnknown** names) {
   if (!names) return E_POINTER;
   *names = nullptr;
-  return guarded(L"Context", [&] {
+  return korlib::guarded(L"Context", [&] {
     std::vector<CComVariant> values;
     for (const auto& object : objects_) values.emplace_back(std::wstring_view(object.first));
     return korlib::make_enumerator(std::move(values), names);
