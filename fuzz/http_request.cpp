@@ -15,7 +15,7 @@ struct Outcome {
   std::string path;
   std::string body;
   bool too_large = false;
-  RequestParser::Progress progress = RequestParser::Progress::kDone;
+  RequestParser::Progress progress = RequestParser::Progress::done;
 
   bool operator==(const Outcome&) const = default;
 };
@@ -30,12 +30,12 @@ Outcome receive(std::string_view bytes, std::size_t step) {
   Outcome outcome;
   HeadScanner scanner(limits.header_bytes, limits.header_lines);
   std::size_t seen = 0;
-  auto verdict = HeadScanner::Verdict::kMore;
-  while (verdict == HeadScanner::Verdict::kMore && seen < bytes.size()) {
+  auto verdict = HeadScanner::Verdict::more;
+  while (verdict == HeadScanner::Verdict::more && seen < bytes.size()) {
     seen = std::min(seen + step, bytes.size());
     verdict = scanner.scan(bytes.substr(0, seen));
   }
-  if (verdict != HeadScanner::Verdict::kComplete) return outcome;
+  if (verdict != HeadScanner::Verdict::complete) return outcome;
 
   RequestParser parser(limits);
   outcome.status = parser.parse_head(bytes.substr(0, scanner.size()));
@@ -46,9 +46,9 @@ Outcome receive(std::string_view bytes, std::size_t step) {
   fuzz::require(outcome.path.find_first_of(std::string_view("\\\0\r\n", 4)) == std::string::npos, "clean text");
   std::string pending;
   bytes.remove_prefix(scanner.size());
-  outcome.progress = RequestParser::Progress::kMore;
-  if (!parser.needs_body()) outcome.progress = RequestParser::Progress::kDone;
-  while (outcome.progress == RequestParser::Progress::kMore && !bytes.empty()) {
+  outcome.progress = RequestParser::Progress::more;
+  if (!parser.needs_body()) outcome.progress = RequestParser::Progress::done;
+  while (outcome.progress == RequestParser::Progress::more && !bytes.empty()) {
     pending += bytes.substr(0, step);
     bytes.remove_prefix(std::min(step, bytes.size()));
     std::size_t used = 0;

@@ -38,15 +38,15 @@ struct DrawEvents::BuiltIn {
 
   static const BuiltIn* find(std::wstring_view name) {
     static constexpr BuiltIn kBuiltIns[] = {
-        {L"OnDraw__InputDefault", 4, 4, &InputDrawers::draw_default, BoundTo::kBag, {}},
-        {L"OnDraw__InputDefaultV", 4, 4, &InputDrawers::draw_default, BoundTo::kView, {}},
-        {L"OnDraw__InputDefaultP", 4, 4, &InputDrawers::draw_default, BoundTo::kScript, {}},
-        {L"OnDraw__Input", 2, 3, &InputDrawers::draw_input, BoundTo::kBag, {}},
-        {L"OnDraw__Input_Default", 2, 2, &InputDrawers::draw_inner_default, BoundTo::kBag, {}},
-        {L"OnDraw__InputV", 2, 3, &InputDrawers::draw_input, BoundTo::kView, {}},
-        {L"OnDraw__InputV_Default", 2, 2, &InputDrawers::draw_inner_default, BoundTo::kView, {}},
-        {L"OnDraw__InputP", 2, 3, &InputDrawers::draw_input, BoundTo::kScript, {}},
-        {L"OnDraw__InputP_Default", 2, 2, &InputDrawers::draw_inner_default, BoundTo::kScript, {}},
+        {L"OnDraw__InputDefault", 4, 4, &InputDrawers::draw_default, BoundTo::bag, {}},
+        {L"OnDraw__InputDefaultV", 4, 4, &InputDrawers::draw_default, BoundTo::view, {}},
+        {L"OnDraw__InputDefaultP", 4, 4, &InputDrawers::draw_default, BoundTo::script, {}},
+        {L"OnDraw__Input", 2, 3, &InputDrawers::draw_input, BoundTo::bag, {}},
+        {L"OnDraw__Input_Default", 2, 2, &InputDrawers::draw_inner_default, BoundTo::bag, {}},
+        {L"OnDraw__InputV", 2, 3, &InputDrawers::draw_input, BoundTo::view, {}},
+        {L"OnDraw__InputV_Default", 2, 2, &InputDrawers::draw_inner_default, BoundTo::view, {}},
+        {L"OnDraw__InputP", 2, 3, &InputDrawers::draw_input, BoundTo::script, {}},
+        {L"OnDraw__InputP_Default", 2, 2, &InputDrawers::draw_inner_default, BoundTo::script, {}},
         {L"OnDraw__Message", 1, 3, {}, {}, &Messages::draw},
         {L"OnDraw__Message_Text", 0, kAnyNumber, {}, {}, &Messages::draw_current},
     };

@@ -83,7 +83,7 @@ constexpr ItemNames kItemNames[] = {
 
 HRESULT InputDrawers::read_bound(BoundTo source, std::wstring_view name, CComVariant* value, bool* exists) {
   *exists = false;
-  if (source == BoundTo::kScript) {
+  if (source == BoundTo::script) {
     const CComBSTR member(name);
     if (!member.get()) return E_OUTOFMEMORY;
     CEvent variable;
@@ -99,7 +99,7 @@ HRESULT InputDrawers::read_bound(BoundTo source, std::wstring_view name, CComVar
     return S_OK;
   }
   CComPtr<IKorLibDictionary> dictionary = dictionaries_.view;
-  if (source == BoundTo::kBag) RETURN_IF_FAILED(memory_.get_bag(&dictionary));
+  if (source == BoundTo::bag) RETURN_IF_FAILED(memory_.get_bag(&dictionary));
   if (!dictionary) return E_FAIL;
   return look_up(dictionary.get(), name, value, exists);
 }
@@ -108,7 +108,7 @@ HRESULT InputDrawers::is_bound(BoundTo source, std::wstring_view name, std::wstr
   CComVariant bound;
   bool exists = false;
   RETURN_IF_FAILED(read_bound(source, name, &bound, &exists));
-  if (!exists && source == BoundTo::kScript) return DISP_E_UNKNOWNNAME;
+  if (!exists && source == BoundTo::script) return DISP_E_UNKNOWNNAME;
   CComVariant direct;
   RETURN_IF_FAILED(mirt::copy_followed(&direct, bound));
   if (direct.vt & VT_ARRAY) {
@@ -152,7 +152,7 @@ HRESULT InputDrawers::draw_input(BoundTo source, const MarkParams& params) {
   bool exists = false;
   RETURN_IF_FAILED(read_bound(source, name.view(), &value, &exists));
   if (!exists && params.size() == 3) return texts_.draw(*params[2]);
-  if (!exists && source == BoundTo::kScript) return DISP_E_UNKNOWNNAME;
+  if (!exists && source == BoundTo::script) return DISP_E_UNKNOWNNAME;
   const ItemNames& items = kItemNames[static_cast<std::size_t>(source)];
   ScopedItem name_item(view.get(), items.name);
   ScopedItem value_item(view.get(), items.value);

@@ -13,7 +13,7 @@
 namespace page {
 
 // Where the value that is bound to an input's name is found.
-enum class BoundTo { kBag, kView, kScript };
+enum class BoundTo { bag, view, script };
 
 class InputDrawers {
  public:

@@ -55,7 +55,7 @@ HRESULT encoded_pair(ZeltoTypeLibrary::IServer* server, std::wstring_view front,
 
 Self::GIMirtImpl()
     : CMirtConcept(this),
-      CTemplatorConcept(kMarkTypes<MarkOwner::kPage>.data()),
+      CTemplatorConcept(kMarkTypes<MarkOwner::page>.data()),
       fields_(asp_),
       memory_(asp_),
       binding_(handler_, fields_, memory_),

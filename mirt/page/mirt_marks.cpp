@@ -52,18 +52,18 @@ HRESULT Self::OnMarked(CMarkData& mark) {
 }
 
 HRESULT Self::dispatch_mark(const CMarkData& mark) {
-  const MarkKind* kind = find_mark_kind(mark.Type, MarkOwner::kPage);
+  const MarkKind* kind = find_mark_kind(mark.Type, MarkOwner::page);
   if (!kind) return S_OK;
   const CComBSTR name = bstr_of(mark.Name);
   if (!name.get()) return E_OUTOFMEMORY;
   switch (kind->source) {
-    case MarkSource::kDrawEvent:
+    case MarkSource::draw_event:
       return draw_events_.draw(mark);
-    case MarkSource::kCommand:
+    case MarkSource::command:
       return OnMarked_Command(name, kind->encode);
-    case MarkSource::kTemplate:
+    case MarkSource::template_file:
       return DrawTemplate(name);
-    case MarkSource::kInclude:
+    case MarkSource::include:
       return OnMarked_ChildDynamic(name);
     default:
       break;

@@ -29,7 +29,7 @@ const MarkKind* find_mark_kind(wchar_t type, MarkOwner owner) {
 }
 
 HRESULT MarkValues::read(MarkSource source, const CMarkData& mark, BSTR name, CComVariant* text) const {
-  if (source == MarkSource::kScript) {
+  if (source == MarkSource::script) {
     CEvent member;
     RETURN_IF_FAILED(parts_.scripts.GetEvent(name, member));
     return script_member_text(member, parts_.owner, mark, parts_.null_is_empty, text);
@@ -42,17 +42,17 @@ HRESULT MarkValues::read(MarkSource source, const CMarkData& mark, BSTR name, CC
 HRESULT MarkValues::read_value(MarkSource source, BSTR name, CComVariant* value, bool* found) const {
   CComPtr<IKorLibDictionary> items;
   switch (source) {
-    case MarkSource::kView:
+    case MarkSource::view:
       items = parts_.view;
       return read_item(items.get(), name, value);
-    case MarkSource::kBag:
+    case MarkSource::bag:
       RETURN_IF_FAILED(get_bag(&items));
       return read_item(items.get(), name, value);
-    case MarkSource::kSession:
+    case MarkSource::session:
       return read_host_value(parts_.asp.session, name, value);
-    case MarkSource::kApplication:
+    case MarkSource::application:
       return read_host_value(parts_.asp.application, name, value);
-    case MarkSource::kRequest:
+    case MarkSource::request:
       return parts_.asp.request ? get_field(name, value, found) : E_FAIL;
     default:
       return E_UNEXPECTED;  // holds no values

@@ -15,19 +15,19 @@
 #include "templator/mark_data.h"
 
 enum class MarkSource {
-  kDrawEvent,    // a script function, which writes what it wants
-  kScript,       // a variable of the script, or what a function of it answers
-  kView,         // an item of the page's View
-  kSession,      // a value of the host's Session
-  kApplication,  // a value of the host's Application
-  kRequest,      // a field of the request
-  kBag,          // an item of the session's bag
-  kCommand,      // a link that runs a command; without a name, the field that carries one
-  kTemplate,     // the template file of that name
-  kInclude,      // the template file that the page's Include holds under the name
+  draw_event,     // a script function, which writes what it wants
+  script,         // a variable of the script, or what a function of it answers
+  view,           // an item of the page's View
+  session,        // a value of the host's Session
+  application,    // a value of the host's Application
+  request,        // a field of the request
+  bag,            // an item of the session's bag
+  command,        // a link that runs a command; without a name, the field that carries one
+  template_file,  // the template file of that name
+  include,        // the template file that the page's Include holds under the name
 };
 
-enum class MarkOwner { kPage, kTemplator };
+enum class MarkOwner { page, templator };
 
 struct MarkKind {
   wchar_t type;
@@ -38,26 +38,26 @@ struct MarkKind {
 
 // Every source of values has a pair of types: one writes the encoded text, the other the text as it is.
 inline constexpr MarkKind kMarkKinds[] = {
-    {L'%', MarkSource::kDrawEvent, VARIANT_FALSE, true},    // the function writes
-    {L';', MarkSource::kScript, VARIANT_TRUE, true},        // encoded
-    {L':', MarkSource::kScript, VARIANT_FALSE, true},       // raw
-    {L'*', MarkSource::kView, VARIANT_TRUE, true},          // encoded
-    {L'/', MarkSource::kView, VARIANT_FALSE, true},         // raw
-    {L'=', MarkSource::kSession, VARIANT_TRUE, true},       // encoded
-    {L'~', MarkSource::kSession, VARIANT_FALSE, true},      // raw
-    {L'+', MarkSource::kApplication, VARIANT_TRUE, true},   // encoded
-    {L'-', MarkSource::kApplication, VARIANT_FALSE, true},  // raw
-    {L'$', MarkSource::kRequest, VARIANT_TRUE, true},       // encoded
-    {L'\\', MarkSource::kRequest, VARIANT_FALSE, true},     // raw
-    {L'&', MarkSource::kBag, VARIANT_TRUE, true},           // encoded
-    {L'|', MarkSource::kBag, VARIANT_FALSE, true},          // raw
-    {L'!', MarkSource::kCommand, VARIANT_TRUE, false},      // encoded, page controller only
-    {L'?', MarkSource::kCommand, VARIANT_FALSE, false},     // raw, page controller only
-    {L'`', MarkSource::kTemplate, VARIANT_FALSE, false},    // drawn, page controller only
-    {L'@', MarkSource::kInclude, VARIANT_FALSE, false},     // drawn, page controller only
+    {L'%', MarkSource::draw_event, VARIANT_FALSE, true},      // the function writes
+    {L';', MarkSource::script, VARIANT_TRUE, true},           // encoded
+    {L':', MarkSource::script, VARIANT_FALSE, true},          // raw
+    {L'*', MarkSource::view, VARIANT_TRUE, true},             // encoded
+    {L'/', MarkSource::view, VARIANT_FALSE, true},            // raw
+    {L'=', MarkSource::session, VARIANT_TRUE, true},          // encoded
+    {L'~', MarkSource::session, VARIANT_FALSE, true},         // raw
+    {L'+', MarkSource::application, VARIANT_TRUE, true},      // encoded
+    {L'-', MarkSource::application, VARIANT_FALSE, true},     // raw
+    {L'$', MarkSource::request, VARIANT_TRUE, true},          // encoded
+    {L'\\', MarkSource::request, VARIANT_FALSE, true},        // raw
+    {L'&', MarkSource::bag, VARIANT_TRUE, true},              // encoded
+    {L'|', MarkSource::bag, VARIANT_FALSE, true},             // raw
+    {L'!', MarkSource::command, VARIANT_TRUE, false},         // encoded, page controller only
+    {L'?', MarkSource::command, VARIANT_FALSE, false},        // raw, page controller only
+    {L'`', MarkSource::template_file, VARIANT_FALSE, false},  // drawn, page controller only
+    {L'@', MarkSource::include, VARIANT_FALSE, false},        // drawn, page controller only
 };
 
-constexpr bool draws(MarkOwner owner, const MarkKind& kind) { return owner == MarkOwner::kPage || kind.in_templators; }
+constexpr bool draws(MarkOwner owner, const MarkKind& kind) { return owner == MarkOwner::page || kind.in_templators; }
 
 // The type characters that an owner's engine is to know, as a C string.
 template <MarkOwner owner>

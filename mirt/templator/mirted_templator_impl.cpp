@@ -36,7 +36,7 @@ class Self::Values final : public MarkValues {
   const Self& templator_;
 };
 
-Self::GIMirtedTemplatorImpl() : GTemplatorImpl(kMarkTypes<MarkOwner::kTemplator>.data()) {}
+Self::GIMirtedTemplatorImpl() : GTemplatorImpl(kMarkTypes<MarkOwner::templator>.data()) {}
 
 HRESULT Self::bind(BSTR event_prefix, std::shared_ptr<const MainLink> main, IKorLibDictionary* view,
                    IKorLibDictionary* bag) {
@@ -70,11 +70,11 @@ HRESULT Self::html_encode(BSTR text, BSTR* encoded) {
 }
 
 STDMETHODIMP Self::OnMarked(CMarkData& mark) {
-  const MarkKind* kind = find_mark_kind(mark.Type, MarkOwner::kTemplator);
+  const MarkKind* kind = find_mark_kind(mark.Type, MarkOwner::templator);
   if (!kind) return S_OK;
   const CComBSTR name = bstr_of(mark.Name);
   if (!name.get()) return E_OUTOFMEMORY;
-  if (kind->source == MarkSource::kDrawEvent) return OnMarked_Process(mark, name);
+  if (kind->source == MarkSource::draw_event) return OnMarked_Process(mark, name);
   CComVariant text;
   RETURN_IF_FAILED(Values(*this).read(kind->source, mark, name, &text));
   return text.vt == VT_BSTR ? Write(text.bstrVal, kind->encode) : S_OK;

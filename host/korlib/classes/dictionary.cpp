@@ -128,7 +128,7 @@ std::vector<CComVariant> Dictionary::snapshot(Part part) {
   const std::lock_guard guard(lock_);
   std::vector<CComVariant> values;
   values.reserve(table_.size());
-  for (const Entry& entry : table_) values.push_back(part == Part::kKey ? entry.key.value() : entry.value);
+  for (const Entry& entry : table_) values.push_back(part == Part::key ? entry.key.value() : entry.value);
   return values;
 }
 
@@ -143,9 +143,9 @@ HRESULT Dictionary::to_array(Part part, VARIANT* array) {
   });
 }
 
-STDMETHODIMP Dictionary::Keys(VARIANT* keys) { return to_array(Part::kKey, keys); }
+STDMETHODIMP Dictionary::Keys(VARIANT* keys) { return to_array(Part::key, keys); }
 
-STDMETHODIMP Dictionary::Items(VARIANT* items) { return to_array(Part::kValue, items); }
+STDMETHODIMP Dictionary::Items(VARIANT* items) { return to_array(Part::value, items); }
 
 STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) {
   return guarded(kSource, [&]() -> HRESULT {
@@ -210,7 +210,7 @@ STDMETHODIMP Dictionary::put_CompareMode(LONG mode) {
 }
 
 STDMETHODIMP Dictionary::get__NewEnum(IUnknown** keys) {
-  return guarded(kSource, keys, [&] { return make_enumerator(snapshot(Part::kKey), keys); });
+  return guarded(kSource, keys, [&] { return make_enumerator(snapshot(Part::key), keys); });
 }
 
 }  // namespace korlib

@@ -36,7 +36,7 @@ class Dictionary final : public DispatchObject<Dictionary, IKorLibDictionary> {
   HRESULT get__NewEnum(IUnknown** keys) override;
 
  private:
-  enum class Part { kKey, kValue };
+  enum class Part { key, value };
 
   struct Entry {
     DictionaryKey key;

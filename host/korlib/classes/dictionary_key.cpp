@@ -13,11 +13,11 @@ namespace korlib {
 
 void DictionaryKey::take_real(double number) {
   if (number == std::trunc(number) && std::fabs(number) < 9.0e18) {
-    kind_ = Kind::kInteger;
+    kind_ = Kind::integer;
     bits_ = static_cast<std::uint64_t>(static_cast<LONGLONG>(number));
     return;
   }
-  kind_ = Kind::kReal;
+  kind_ = Kind::real;
   bits_ = std::bit_cast<std::uint64_t>(std::isnan(number) ? std::numeric_limits<double>::quiet_NaN() : number);
 }
 
@@ -27,7 +27,7 @@ HRESULT DictionaryKey::take_integer() {
     take_real(static_cast<double>(value_.ullVal));
     return S_OK;
   }
-  kind_ = Kind::kInteger;
+  kind_ = Kind::integer;
   if (value_.vt == VT_I4) {
     bits_ = static_cast<std::uint64_t>(LONGLONG{value_.lVal});
     return S_OK;
@@ -72,18 +72,18 @@ HRESULT DictionaryKey::look_at_number() {
 HRESULT DictionaryKey::look() {
   switch (value_.vt) {
     case VT_EMPTY:
-      kind_ = Kind::kEmpty;
+      kind_ = Kind::empty;
       return S_OK;
     case VT_NULL:
-      kind_ = Kind::kNull;
+      kind_ = Kind::null;
       return S_OK;
     case VT_BSTR:
-      kind_ = Kind::kText;
+      kind_ = Kind::text;
       text_ = view_of(value_.bstrVal);
       return S_OK;
     case VT_DISPATCH:
     case VT_UNKNOWN: {
-      kind_ = Kind::kObject;
+      kind_ = Kind::object;
       CComPtr<IUnknown> identity;  // the one pointer that all interfaces of an object agree on
       if (value_.punkVal) RETURN_IF_FAILED(value_.punkVal->QueryInterface(IID_IUnknown, identity.put_void()));
       bits_ = reinterpret_cast<std::uintptr_t>(identity.get());
@@ -103,7 +103,7 @@ HRESULT DictionaryKey::load(const VARIANT& value) {
 void DictionaryKey::prepare(bool ignore_case) {
   ignores_case_ = ignore_case;
   base::KeyedHash hash(static_cast<std::uint64_t>(kind_));
-  if (kind_ == Kind::kText) {
+  if (kind_ == Kind::text) {
     for (const wchar_t c : text_) hash.add(static_cast<std::uint64_t>(ignore_case ? base::fold(c) : c));
   } else {
     hash.add(bits_);

@@ -23,7 +23,7 @@ class DictionaryKey {
   bool operator==(const DictionaryKey& other) const;
 
  private:
-  enum class Kind : BYTE { kEmpty, kNull, kText, kInteger, kReal, kObject };
+  enum class Kind : BYTE { empty, null, text, integer, real, object };
 
   HRESULT look();
   HRESULT look_at_number();
@@ -34,7 +34,7 @@ class DictionaryKey {
   std::wstring_view text_;  // of value_
   std::uint64_t bits_ = 0;
   std::size_t hash_ = 0;
-  Kind kind_ = Kind::kEmpty;
+  Kind kind_ = Kind::empty;
   bool ignores_case_ = false;
 };
 

@@ -21,7 +21,7 @@ HRESULT TextFile::open_to_read(std::wstring_view path) {
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
   text_ = to_wide(bytes);
   path_ = path;
-  way_ = Way::kRead;
+  way_ = Way::read;
   is_open_ = true;
   return S_OK;
 }
@@ -35,12 +35,12 @@ HRESULT TextFile::open(std::wstring_view path, int how) {
 }
 
 HRESULT TextFile::open_to_write(std::wstring_view path, bool create, bool replace) {
-  way_ = Way::kWrite;
+  way_ = Way::write;
   return open(path, O_TRUNC | (create ? O_CREAT : 0) | (replace ? 0 : O_EXCL));
 }
 
 HRESULT TextFile::open_to_append(std::wstring_view path, bool create) {
-  way_ = Way::kAppend;
+  way_ = Way::append;
   return open(path, O_APPEND | (create ? O_CREAT : 0));
 }
 

@@ -11,7 +11,7 @@ namespace korlib {
 
 class TextFile {
  public:
-  enum class Way { kRead, kWrite, kAppend };
+  enum class Way { read, write, append };
 
   explicit TextFile(FileFault fault) : fault_(fault) {}
   ~TextFile() { close(); }
@@ -24,7 +24,7 @@ class TextFile {
   HRESULT open_to_append(std::wstring_view path, bool create);
 
   bool is_open() const { return is_open_; }
-  bool is_reader() const { return way_ == Way::kRead; }
+  bool is_reader() const { return way_ == Way::read; }
   bool at_end() const { return at_ >= text_.size(); }
   LONG line() const { return line_; }
 
@@ -47,7 +47,7 @@ class TextFile {
   std::wstring text_;  // of a reader, whole
   std::size_t at_ = 0;
   LONG line_ = 1;
-  Way way_ = Way::kRead;
+  Way way_ = Way::read;
   bool is_open_ = false;
 };
 

@@ -38,13 +38,13 @@ STDMETHODIMP Command::put_ActiveConnection(VARIANT connection) {
 }
 
 STDMETHODIMP Command::put_CommandType(LONG type) {
-  const CommandType wanted = type == -1 ? CommandType::kUnknown : static_cast<CommandType>(type);
+  const CommandType wanted = type == -1 ? CommandType::unknown : static_cast<CommandType>(type);
   switch (wanted) {
-    case CommandType::kText:
-    case CommandType::kTable:
-    case CommandType::kStoredProcedure:
-    case CommandType::kUnknown:
-    case CommandType::kTableDirect:
+    case CommandType::text:
+    case CommandType::table:
+    case CommandType::stored_procedure:
+    case CommandType::unknown:
+    case CommandType::table_direct:
       type_ = wanted;
       return S_OK;
   }
@@ -83,10 +83,10 @@ HRESULT Command::CreateParameter(BSTR name, LONG type, LONG direction, LONG size
 HRESULT Command::statement_text(std::size_t parameter_count, std::wstring& text) const {
   if (text_.empty()) return raise(kNotAllowedHere, kSource, L"CommandText is empty.");
   text = text_;
-  if (type_ == CommandType::kTable || type_ == CommandType::kTableDirect) text = L"SELECT * FROM " + text_;
-  if (type_ != CommandType::kStoredProcedure) return S_OK;
+  if (type_ == CommandType::table || type_ == CommandType::table_direct) text = L"SELECT * FROM " + text_;
+  if (type_ != CommandType::stored_procedure) return S_OK;
   const auto& items = parameters_->items();
-  const bool has_return = !items.empty() && items[0]->direction() == ParameterDirection::kReturn;
+  const bool has_return = !items.empty() && items[0]->direction() == ParameterDirection::return_value;
   const std::size_t count = parameter_count - (has_return ? 1 : 0);
   text = (has_return ? L"{? = call " : L"{call ") + text_ + L"(";
   for (std::size_t i = 0; i < count; ++i) text += i == 0 ? L"?" : L", ?";
@@ -111,7 +111,7 @@ HRESULT Command::collect(const VARIANT& values, std::vector<odbc::Parameter>& pa
 HRESULT Command::take_results(const std::vector<odbc::Parameter>& parameters) {
   const auto& items = parameters_->items();
   for (std::size_t i = 0; i < items.size() && i < parameters.size(); ++i) {
-    if (parameters[i].direction == ParameterDirection::kIn) continue;
+    if (parameters[i].direction == ParameterDirection::in) continue;
     CComVariant value;
     RETURN_IF_FAILED(to_variant(parameters[i].value, &value));
     RETURN_IF_FAILED(items[i]->put_Value(value));

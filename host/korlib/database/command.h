@@ -41,7 +41,7 @@ class Command final : public DispatchObject<Command, IKorDBCommand, ICommandAcce
   HRESULT put_Prepared(VARIANT_BOOL is_prepared);
   HRESULT get_Name(BSTR* name) { return give(name_, name); }
   HRESULT put_Name(BSTR name) { return keep(name, name_); }
-  HRESULT get_State(LONG* state) { return give(ObjectState::kClosed, state); }
+  HRESULT get_State(LONG* state) { return give(ObjectState::closed, state); }
   HRESULT get_Parameters(IDispatch** parameters) { return give(parameters_.get(), parameters); }
   HRESULT CreateParameter(BSTR name, LONG type, LONG direction, LONG size, VARIANT value, IDispatch** parameter);
   // `values`, when given, stand in for the parameters' own, by position.
@@ -63,7 +63,7 @@ class Command final : public DispatchObject<Command, IKorDBCommand, ICommandAcce
   CComPtr<ParameterList> parameters_ = make<ParameterList>();
   std::wstring text_;
   std::wstring name_;
-  CommandType type_ = CommandType::kUnknown;
+  CommandType type_ = CommandType::unknown;
   LONG timeout_ = -1;  // the connection's time-out
   bool is_prepared_ = false;
 };

@@ -146,7 +146,7 @@ HRESULT set_timeout(std::wstring_view source, LONG seconds, LONG& timeout) {
 }
 
 HRESULT set_cursor_location(std::wstring_view source, LONG number, CursorLocation& location) {
-  return choose(number, CursorLocation::kServer, CursorLocation::kClient, source,
+  return choose(number, CursorLocation::server, CursorLocation::client, source,
                 L"CursorLocation is 2 (server) or 3 (client).", location);
 }
 

@@ -39,7 +39,7 @@ class Connection final : public DispatchObject<Connection, IDispatch, IConnectio
   HRESULT BeginTrans(LONG* level);
   HRESULT CommitTrans();
   HRESULT RollbackTrans();
-  HRESULT get_State(LONG* state) { return give(odbc_ ? ObjectState::kOpen : ObjectState::kClosed, state); }
+  HRESULT get_State(LONG* state) { return give(odbc_ ? ObjectState::open : ObjectState::closed, state); }
   HRESULT get_ConnectionString(BSTR* text) { return give(connection_string_, text); }
   HRESULT put_ConnectionString(BSTR text);
   HRESULT get_CommandTimeout(LONG* seconds) { return give(command_timeout_, seconds); }
@@ -52,7 +52,7 @@ class Connection final : public DispatchObject<Connection, IDispatch, IConnectio
 
   // For the other classes of this folder.
   HRESULT need_open(std::wstring_view source) const;
-  bool keeps_rows() const { return cursor_location_ == CursorLocation::kClient; }
+  bool keeps_rows() const { return cursor_location_ == CursorLocation::client; }
   LONG command_timeout() const { return command_timeout_; }
   std::vector<odbc::Diagnostic>& errors() { return errors_; }
   // Throws odbc::Failure.
@@ -79,7 +79,7 @@ class Connection final : public DispatchObject<Connection, IDispatch, IConnectio
   std::vector<odbc::Diagnostic> errors_;
   LONG command_timeout_ = 30;
   LONG connection_timeout_ = 15;
-  CursorLocation cursor_location_ = CursorLocation::kServer;
+  CursorLocation cursor_location_ = CursorLocation::server;
 };
 
 // The new value of a property; raises kInvalidArgument for what it cannot be. A time-out is a day at most.

@@ -162,29 +162,29 @@ HRESULT from_variant(const VARIANT& variant, odbc::Kind kind, odbc::Value& value
   if (is_nothing(variant)) return S_OK;
   CComVariant result;
   switch (kind) {
-    case odbc::Kind::kBool:
+    case odbc::Kind::boolean:
       RETURN_IF_FAILED(converted(variant, VT_BOOL, result));
       value = result.boolVal != VARIANT_FALSE;
       return S_OK;
-    case odbc::Kind::kInteger:
+    case odbc::Kind::integer:
       return read_integer(variant, false, value);
-    case odbc::Kind::kBigInteger:
+    case odbc::Kind::big_integer:
       return read_integer(variant, true, value);
-    case odbc::Kind::kReal:
+    case odbc::Kind::real:
       RETURN_IF_FAILED(converted(variant, VT_R8, result));
       value = result.dblVal;
       return S_OK;
-    case odbc::Kind::kDecimal:
+    case odbc::Kind::decimal:
       return read_decimal(variant, value);
-    case odbc::Kind::kDate:
-    case odbc::Kind::kTime:
-    case odbc::Kind::kMoment:
+    case odbc::Kind::date:
+    case odbc::Kind::time:
+    case odbc::Kind::moment:
       return read_moment(variant, value);
-    case odbc::Kind::kBinary:
-    case odbc::Kind::kLongBinary:
+    case odbc::Kind::binary:
+    case odbc::Kind::long_binary:
       return read_bytes(variant, value);
-    case odbc::Kind::kText:
-    case odbc::Kind::kLongText:
+    case odbc::Kind::text:
+    case odbc::Kind::long_text:
       break;
   }
   RETURN_IF_FAILED(converted(variant, VT_BSTR, result));

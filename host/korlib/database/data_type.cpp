@@ -13,35 +13,35 @@ struct TypeRow {
 };
 // The first row of a kind is the one that its columns report.
 constexpr TypeRow kTypes[] = {
-    {DataType::kBoolean, Kind::kBool},
-    {DataType::kInteger, Kind::kInteger},
-    {DataType::kBigInt, Kind::kBigInteger},
-    {DataType::kDouble, Kind::kReal},
-    {DataType::kNumeric, Kind::kDecimal},
-    {DataType::kDbDate, Kind::kDate},
-    {DataType::kDbTime, Kind::kTime},
-    {DataType::kDbTimeStamp, Kind::kMoment},
-    {DataType::kVarWChar, Kind::kText},
-    {DataType::kLongVarWChar, Kind::kLongText},
-    {DataType::kVarBinary, Kind::kBinary},
-    {DataType::kLongVarBinary, Kind::kLongBinary},
-    {DataType::kSmallInt, Kind::kInteger},
-    {DataType::kTinyInt, Kind::kInteger},
-    {DataType::kUnsignedTinyInt, Kind::kInteger},
-    {DataType::kUnsignedSmallInt, Kind::kInteger},
-    {DataType::kUnsignedInt, Kind::kBigInteger},
-    {DataType::kUnsignedBigInt, Kind::kBigInteger},
-    {DataType::kSingle, Kind::kReal},
-    {DataType::kCurrency, Kind::kDecimal},
-    {DataType::kDecimal, Kind::kDecimal},
-    {DataType::kDate, Kind::kMoment},
-    {DataType::kBStr, Kind::kText},
-    {DataType::kGuid, Kind::kText},
-    {DataType::kChar, Kind::kText},
-    {DataType::kWChar, Kind::kText},
-    {DataType::kVarChar, Kind::kText},
-    {DataType::kLongVarChar, Kind::kLongText},
-    {DataType::kBinary, Kind::kBinary},
+    {DataType::boolean, Kind::boolean},
+    {DataType::integer, Kind::integer},
+    {DataType::big_int, Kind::big_integer},
+    {DataType::double_precision, Kind::real},
+    {DataType::numeric, Kind::decimal},
+    {DataType::db_date, Kind::date},
+    {DataType::db_time, Kind::time},
+    {DataType::db_time_stamp, Kind::moment},
+    {DataType::var_wide_chars, Kind::text},
+    {DataType::long_var_wide_chars, Kind::long_text},
+    {DataType::var_binary, Kind::binary},
+    {DataType::long_var_binary, Kind::long_binary},
+    {DataType::small_int, Kind::integer},
+    {DataType::tiny_int, Kind::integer},
+    {DataType::unsigned_tiny_int, Kind::integer},
+    {DataType::unsigned_small_int, Kind::integer},
+    {DataType::unsigned_int, Kind::big_integer},
+    {DataType::unsigned_big_int, Kind::big_integer},
+    {DataType::single, Kind::real},
+    {DataType::currency, Kind::decimal},
+    {DataType::decimal, Kind::decimal},
+    {DataType::date, Kind::moment},
+    {DataType::bstr, Kind::text},
+    {DataType::guid, Kind::text},
+    {DataType::chars, Kind::text},
+    {DataType::wide_chars, Kind::text},
+    {DataType::var_chars, Kind::text},
+    {DataType::long_var_chars, Kind::long_text},
+    {DataType::binary, Kind::binary},
 };
 
 }  // namespace
@@ -56,30 +56,30 @@ std::optional<Kind> kind_of(DataType type) {
 Kind kind_of_value(const VARIANT& value) {
   switch (value.vt) {
     case VT_BOOL:
-      return Kind::kBool;
+      return Kind::boolean;
     case VT_I1:
     case VT_UI1:
     case VT_I2:
     case VT_UI2:
     case VT_I4:
     case VT_INT:
-      return Kind::kInteger;
+      return Kind::integer;
     case VT_UI4:
     case VT_UINT:
     case VT_I8:
     case VT_UI8:
-      return Kind::kBigInteger;
+      return Kind::big_integer;
     case VT_R4:
     case VT_R8:
-      return Kind::kReal;
+      return Kind::real;
     case VT_CY:
-      return Kind::kDecimal;
+      return Kind::decimal;
     case VT_DATE:
-      return Kind::kMoment;
+      return Kind::moment;
     case VT_ARRAY | VT_UI1:
-      return Kind::kBinary;
+      return Kind::binary;
     default:
-      return Kind::kText;
+      return Kind::text;
   }
 }
 

@@ -39,7 +39,7 @@ std::span<const Member> ParameterItem::members() {
 
 HRESULT ParameterItem::put_Type(LONG type) {
   const auto wanted = static_cast<DataType>(type);
-  if (wanted != DataType::kEmpty && wanted != DataType::kVariant && !kind_of(wanted)) {
+  if (wanted != DataType::empty && wanted != DataType::variant && !kind_of(wanted)) {
     return raise(kInvalidArgument, kSource, L"Type: " + std::to_wstring(type) + L" is not a data type of a parameter.");
   }
   type_ = wanted;
@@ -47,7 +47,7 @@ HRESULT ParameterItem::put_Type(LONG type) {
 }
 
 HRESULT ParameterItem::put_Direction(LONG direction) {
-  return choose(direction, ParameterDirection::kIn, ParameterDirection::kReturn, kSource,
+  return choose(direction, ParameterDirection::in, ParameterDirection::return_value, kSource,
                 L"Direction is 1 (in), 2 (out), 3 (both) or 4 (return value).", direction_);
 }
 
@@ -71,7 +71,7 @@ HRESULT ParameterItem::AppendChunk(VARIANT piece) {
   if (value_.vt != piece.vt || (piece.vt != VT_BSTR && piece.vt != (VT_ARRAY | VT_UI1))) return put_Value(piece);
   odbc::Value present;
   odbc::Value more;
-  const odbc::Kind kind = piece.vt == VT_BSTR ? odbc::Kind::kText : odbc::Kind::kBinary;
+  const odbc::Kind kind = piece.vt == VT_BSTR ? odbc::Kind::text : odbc::Kind::binary;
   RETURN_IF_FAILED(from_variant(value_, kind, present));
   RETURN_IF_FAILED(from_variant(piece, kind, more));
   if (auto* text = std::get_if<std::wstring>(&present)) text->append(std::get<std::wstring>(more));
@@ -84,7 +84,7 @@ HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, od
   parameter.direction = direction_;
   parameter.size = size_ > 0 ? static_cast<std::size_t>(size_) : 0;
   const std::wstring which = L"Parameter " + std::to_wstring(number) + (name_.empty() ? L"" : L" (" + name_ + L")");
-  if (direction_ == ParameterDirection::kOut || direction_ == ParameterDirection::kReturn) return S_OK;
+  if (direction_ == ParameterDirection::out || direction_ == ParameterDirection::return_value) return S_OK;
   if (FAILED(from_variant(value, parameter.kind, parameter.value))) {
     return raise(kInvalidConversion, kSource, which + L": the value does not fit the parameter's type.");
   }

@@ -54,8 +54,8 @@ class ParameterItem final : public DispatchObject<ParameterItem, IDispatch, IPar
  private:
   std::wstring name_;
   CComVariant value_;
-  DataType type_ = DataType::kEmpty;
-  ParameterDirection direction_ = ParameterDirection::kIn;
+  DataType type_ = DataType::empty;
+  ParameterDirection direction_ = ParameterDirection::in;
   LONG size_ = 0;
   LONG precision_ = 0;
   LONG scale_ = 0;

@@ -82,7 +82,7 @@ HRESULT Recordset::Open(VARIANT source, VARIANT connection, LONG cursor_type, LO
   if (!is_omitted(connection)) RETURN_IF_FAILED(put_ActiveConnection(connection));
   CComPtr<Command> command;
   RETURN_IF_FAILED(command_of(source, options, command));
-  const bool is_kept = cursor_type_ != CursorType::kForwardOnly || cursor_location_ == CursorLocation::kClient ||
+  const bool is_kept = cursor_type_ != CursorType::forward_only || cursor_location_ == CursorLocation::client ||
                        (connection_ && connection_->keeps_rows());
   RETURN_IF_FAILED(command->run(omitted(), is_kept, result_));
   connection_ = command->connection();
@@ -195,22 +195,22 @@ HRESULT Recordset::MovePrevious() {
 
 HRESULT Recordset::Move(LONG rows, VARIANT start) {
   RETURN_IF_FAILED(need_open());
-  Bookmark from = Bookmark::kCurrent;
+  Bookmark from = Bookmark::current;
   if (!is_omitted(start)) {
     CComVariant number;
     RETURN_IF_FAILED(VariantChangeType(&number, &start, 0, VT_I4));
     from = static_cast<Bookmark>(number.lVal);
   }
-  if (!result_->is_kept() && from == Bookmark::kCurrent && rows >= 0) {
+  if (!result_->is_kept() && from == Bookmark::current && rows >= 0) {
     return noting_failures([&] {
       for (LONG i = 0; i < rows && !result_->is_after_last(); ++i) result_->next();
       return S_OK;
     });
   }
   RETURN_IF_FAILED(need_kept());
-  const std::int64_t base = from == Bookmark::kFirst  ? 0
-                            : from == Bookmark::kLast ? result_->size() - 1
-                                                      : result_->position();
+  const std::int64_t base = from == Bookmark::first  ? 0
+                            : from == Bookmark::last ? result_->size() - 1
+                                                     : result_->position();
   return go_to(base + rows);
 }
 
@@ -269,8 +269,8 @@ HRESULT Recordset::get_PageCount(LONG* pages) {
 }
 
 HRESULT Recordset::give_place(std::int64_t place, LONG* out) const {
-  if (result_->is_before_first()) return give(Position::kBeforeFirst, out);
-  if (result_->is_after_last()) return give(Position::kAfterLast, out);
+  if (result_->is_before_first()) return give(Position::before_first, out);
+  if (result_->is_after_last()) return give(Position::after_last, out);
   return give(static_cast<LONG>(place), out);
 }
 
@@ -301,12 +301,12 @@ HRESULT Recordset::put_AbsolutePosition(LONG position) {
 
 HRESULT Recordset::get_CursorType(LONG* type) {
   if (!result_) return give(cursor_type_, type);
-  return give(result_->is_kept() ? CursorType::kStatic : CursorType::kForwardOnly, type);
+  return give(result_->is_kept() ? CursorType::snapshot : CursorType::forward_only, type);
 }
 
 HRESULT Recordset::put_CursorType(LONG type) {
   if (result_) return raise(kObjectOpen, kSource, L"CursorType can be set only while the recordset is closed.");
-  return choose(type, CursorType::kForwardOnly, CursorType::kStatic, kSource,
+  return choose(type, CursorType::forward_only, CursorType::snapshot, kSource,
                 L"CursorType is 0 (forward-only) to 3 (static).", cursor_type_);
 }
 
@@ -316,7 +316,7 @@ HRESULT Recordset::put_CursorLocation(LONG location) {
 }
 
 HRESULT Recordset::put_LockType(LONG type) {
-  return choose(type, LockType::kReadOnly, LockType::kBatchOptimistic, kSource,
+  return choose(type, LockType::read_only, LockType::batch_optimistic, kSource,
                 L"LockType is 1 (read-only) to 4 (batch optimistic).", lock_type_);
 }
 

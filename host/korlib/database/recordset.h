@@ -24,7 +24,7 @@ class Recordset final : public DispatchObject<Recordset> {
   HRESULT Close();
   HRESULT get_EOF(VARIANT_BOOL* at_end);
   HRESULT get_BOF(VARIANT_BOOL* at_start);
-  HRESULT get_State(LONG* state) { return give(result_ ? ObjectState::kOpen : ObjectState::kClosed, state); }
+  HRESULT get_State(LONG* state) { return give(result_ ? ObjectState::open : ObjectState::closed, state); }
   HRESULT get_RecordCount(LONG* count);
   // The fields; with an argument the field of that name or number.
   HRESULT get_Fields(const Arguments& arguments, VARIANT* result);
@@ -76,9 +76,9 @@ class Recordset final : public DispatchObject<Recordset> {
   std::unique_ptr<odbc::ResultSet> result_;   // null while closed
   std::unique_ptr<odbc::Statement> pending_;  // of a batch whose current result gives no rows
   std::wstring source_;
-  CursorType cursor_type_ = CursorType::kForwardOnly;
-  CursorLocation cursor_location_ = CursorLocation::kServer;
-  LockType lock_type_ = LockType::kReadOnly;
+  CursorType cursor_type_ = CursorType::forward_only;
+  CursorLocation cursor_location_ = CursorLocation::server;
+  LockType lock_type_ = LockType::read_only;
   LONG page_size_ = 10;
 };
 

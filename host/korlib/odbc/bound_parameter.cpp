@@ -20,12 +20,12 @@ constexpr std::size_t kMostResultBytes = 16'777'216;
 
 SQLSMALLINT io_type(Direction direction) {
   switch (direction) {
-    case Direction::kIn:
+    case Direction::in:
       return SQL_PARAM_INPUT;
-    case Direction::kInOut:
+    case Direction::in_out:
       return SQL_PARAM_INPUT_OUTPUT;
-    case Direction::kOut:
-    case Direction::kReturn:
+    case Direction::out:
+    case Direction::return_value:
       break;
   }
   return SQL_PARAM_OUTPUT;
@@ -40,27 +40,27 @@ struct Wire {
 
 Wire wire_of(Kind kind) {
   switch (kind) {
-    case Kind::kBool:
+    case Kind::boolean:
       return {SQL_C_BIT, SQL_BIT, 1, 0};
-    case Kind::kInteger:
+    case Kind::integer:
       return {SQL_C_SBIGINT, SQL_INTEGER, 10, 0};
-    case Kind::kBigInteger:
+    case Kind::big_integer:
       return {SQL_C_SBIGINT, SQL_BIGINT, 19, 0};
-    case Kind::kReal:
+    case Kind::real:
       return {SQL_C_DOUBLE, SQL_DOUBLE, 15, 0};
-    case Kind::kDate:
-    case Kind::kTime:
-    case Kind::kMoment:
+    case Kind::date:
+    case Kind::time:
+    case Kind::moment:
       return {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 26, 6};
-    case Kind::kDecimal:
+    case Kind::decimal:
       return {SQL_C_WCHAR, SQL_DECIMAL, 38, 0};
-    case Kind::kText:
+    case Kind::text:
       return {SQL_C_WCHAR, SQL_WVARCHAR, 0, 0};
-    case Kind::kLongText:
+    case Kind::long_text:
       return {SQL_C_WCHAR, SQL_WLONGVARCHAR, 0, 0};
-    case Kind::kBinary:
+    case Kind::binary:
       return {SQL_C_BINARY, SQL_VARBINARY, 0, 0};
-    case Kind::kLongBinary:
+    case Kind::long_binary:
       return {SQL_C_BINARY, SQL_LONGVARBINARY, 0, 0};
   }
   return {SQL_C_WCHAR, SQL_WVARCHAR, 0, 0};
@@ -74,7 +74,7 @@ SQLSMALLINT scale_of(const std::wstring& digits) {
 }  // namespace
 
 void BoundParameter::make_room(const Parameter& parameter, std::size_t unit) {
-  if (parameter.direction == Direction::kIn) return;
+  if (parameter.direction == Direction::in) return;
   const std::size_t wanted = std::min((parameter.size > 0 ? parameter.size : 4000) * unit, kMostResultBytes) + unit;
   buffer_.resize(std::max(buffer_.size(), wanted));
 }
@@ -148,7 +148,7 @@ Value BoundParameter::result(Kind kind) const {
   std::memcpy(units.data(), buffer_.data(), units.size() * sizeof(char16_t));
   std::wstring text;
   append_utf16(text, units);
-  if (kind == Kind::kDecimal) return Decimal{text};
+  if (kind == Kind::decimal) return Decimal{text};
   return text;
 }
 

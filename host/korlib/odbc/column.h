@@ -11,7 +11,7 @@ namespace korlib::odbc {
 
 struct Column {
   std::wstring name;
-  Kind kind = Kind::kText;
+  Kind kind = Kind::text;
   std::size_t size = 0;  // as declared: characters, bytes or digits
   int scale = 0;         // digits behind the decimal point
 };

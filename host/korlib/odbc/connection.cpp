@@ -29,8 +29,8 @@ Connection::Connection(const std::wstring& connection_string, int timeout_second
       text_(text_of_driver(connection_string)),
       is_sqlite_(library_of(connection_string).find("sqlite") != std::string::npos),
       lets_clients_wait_(is_sqlite_ && attribute_of(connection_string, L"Timeout").empty()),
-      environment_(HandleType::kEnvironment, nullptr, text_),
-      handle_(HandleType::kConnection, of_version_3(environment_), text_) {
+      environment_(HandleType::environment, nullptr, text_),
+      handle_(HandleType::connection, of_version_3(environment_), text_) {
   SQLSetConnectAttr(handle_.get(), SQL_ATTR_LOGIN_TIMEOUT,
                     number_as_pointer(static_cast<std::uintptr_t>(timeout_seconds)), 0);
   connect();
@@ -48,7 +48,7 @@ void Connection::connect() {
   if (text.size() > kMost) throw Failure(L"HY090", L"The connection string is too long.");
   const auto size = static_cast<SQLSMALLINT>(text.size());
   const SQLRETURN result =
-      text_ == DriverText::kWide
+      text_ == DriverText::wide
           ? SQLDriverConnectW(handle_.get(), nullptr, text.wide(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT)
           : SQLDriverConnect(handle_.get(), nullptr, text.bytes(), size, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
   if (SQL_SUCCEEDED(result)) return;
@@ -69,7 +69,7 @@ std::wstring Connection::target() const {
 
 // Runs a statement that gives nothing back; false when the database refuses it.
 bool Connection::run_plainly(std::string sql) const {
-  const Handle statement(HandleType::kStatement, &handle_, text_);
+  const Handle statement(HandleType::statement, &handle_, text_);
   return SQL_SUCCEEDED(SQLExecDirect(statement.get(), reinterpret_cast<SQLCHAR*>(sql.data()), SQL_NTS));
 }
 

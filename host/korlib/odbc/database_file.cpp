@@ -12,7 +12,7 @@ DatabaseFile::DatabaseFile(const Handle& connection, DriverText way) {
   char path[4096] = {};
   SQLLEN length = 0;
   SQLCHAR sql[] = "PRAGMA database_list";
-  const Handle statement(HandleType::kStatement, &connection, way);
+  const Handle statement(HandleType::statement, &connection, way);
   const SQLHSTMT handle = statement.get();
   const bool is_found = SQL_SUCCEEDED(SQLExecDirect(handle, sql, SQL_NTS)) && SQL_SUCCEEDED(SQLFetch(handle)) &&
                         SQLGetData(handle, kPathColumn, SQL_C_CHAR, path, sizeof path, &length) == SQL_SUCCESS;

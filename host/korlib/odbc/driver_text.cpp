@@ -63,14 +63,14 @@ DriverText text_of_driver(std::wstring_view connection_string) {
   const std::lock_guard guard(lock);
   const auto found = known.find(library);
   if (found != known.end()) return found->second;
-  const DriverText way = takes_wide_text(library) ? DriverText::kWide : DriverText::kBytes;
+  const DriverText way = takes_wide_text(library) ? DriverText::wide : DriverText::bytes;
   constexpr std::size_t kMostKnown = 100;
   if (known.size() < kMostKnown) known.emplace(library, way);
   return way;
 }
 
 TextIn::TextIn(DriverText way, std::wstring_view text) : way_(way) {
-  if (way == DriverText::kWide) {
+  if (way == DriverText::wide) {
     units_ = to_utf16(text);
   } else {
     bytes_ = to_utf8(text);
@@ -79,7 +79,7 @@ TextIn::TextIn(DriverText way, std::wstring_view text) : way_(way) {
 
 std::wstring TextOut::text(std::int16_t length) const {
   const std::size_t size = static_cast<std::size_t>(std::clamp<std::int16_t>(length, 0, kRoom - 1));
-  if (way_ == DriverText::kWide) {
+  if (way_ == DriverText::wide) {
     std::wstring text;
     append_utf16(text, {reinterpret_cast<const char16_t*>(units_), size});
     return text;

@@ -9,7 +9,7 @@
 
 namespace korlib::odbc {
 
-enum class DriverText { kWide, kBytes };
+enum class DriverText { wide, bytes };
 
 // The path of the library of the driver that a connection string names, as the driver manager finds it; empty when it
 // does not.
@@ -22,7 +22,7 @@ class TextIn {
  public:
   TextIn(DriverText way, std::wstring_view text);
 
-  std::size_t size() const { return way_ == DriverText::kWide ? units_.size() : bytes_.size(); }
+  std::size_t size() const { return way_ == DriverText::wide ? units_.size() : bytes_.size(); }
   unsigned short* wide() { return reinterpret_cast<unsigned short*>(units_.data()); }
   unsigned char* bytes() { return reinterpret_cast<unsigned char*>(bytes_.data()); }
 

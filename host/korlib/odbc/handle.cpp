@@ -8,9 +8,9 @@
 namespace korlib::odbc {
 namespace {
 
-static_assert(static_cast<short>(HandleType::kEnvironment) == SQL_HANDLE_ENV &&
-              static_cast<short>(HandleType::kConnection) == SQL_HANDLE_DBC &&
-              static_cast<short>(HandleType::kStatement) == SQL_HANDLE_STMT);
+static_assert(static_cast<short>(HandleType::environment) == SQL_HANDLE_ENV &&
+              static_cast<short>(HandleType::connection) == SQL_HANDLE_DBC &&
+              static_cast<short>(HandleType::statement) == SQL_HANDLE_STMT);
 
 std::atomic<std::int64_t> g_open[4];  // by type
 
@@ -28,7 +28,7 @@ Handle::Handle(HandleType type, const Handle* parent, DriverText way) : type_(ty
 
 void Handle::free() noexcept {
   if (!handle_) return;
-  if (type_ == HandleType::kConnection) SQLDisconnect(handle_);
+  if (type_ == HandleType::connection) SQLDisconnect(handle_);
   SQLFreeHandle(static_cast<SQLSMALLINT>(type_), handle_);
   handle_ = nullptr;
   count_of(type_).fetch_sub(1, std::memory_order_relaxed);
@@ -49,7 +49,7 @@ std::vector<Diagnostic> Handle::diagnostics() const {
     SQLINTEGER native = 0;
     SQLSMALLINT length = 0;
     const SQLRETURN result =
-        way_ == DriverText::kWide
+        way_ == DriverText::wide
             ? SQLGetDiagRecW(type, handle_, number, state.wide(), &native, text.wide(), TextOut::kRoom, &length)
             : SQLGetDiagRec(type, handle_, number, state.bytes(), &native, text.bytes(), TextOut::kRoom, &length);
     if (!SQL_SUCCEEDED(result)) break;
@@ -59,8 +59,8 @@ std::vector<Diagnostic> Handle::diagnostics() const {
 }
 
 OpenHandles open_handles() noexcept {
-  return {count_of(HandleType::kConnection).load(std::memory_order_relaxed),
-          count_of(HandleType::kStatement).load(std::memory_order_relaxed)};
+  return {count_of(HandleType::connection).load(std::memory_order_relaxed),
+          count_of(HandleType::statement).load(std::memory_order_relaxed)};
 }
 
 }  // namespace korlib::odbc

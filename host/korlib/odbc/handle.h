@@ -9,7 +9,7 @@
 namespace korlib::odbc {
 
 // The numbers are the driver manager's.
-enum class HandleType : std::int16_t { kEnvironment = 1, kConnection = 2, kStatement = 3 };
+enum class HandleType : std::int16_t { environment = 1, connection = 2, statement = 3 };
 
 // Owns one handle. A connection is disconnected, and a statement ended, before it is freed.
 class Handle {

@@ -81,7 +81,7 @@ Value RowReader::read_moment(unsigned short number, Kind kind) const {
     // To SQLite's driver a text that is no date is NULL as well.
     return has_loose_types_ ? read_text(number) : Value();
   }
-  if (kind != Kind::kTime) return moment;
+  if (kind != Kind::time) return moment;
   Moment time;  // on day zero, whatever date the driver adds
   time.hour = moment.hour;
   time.minute = moment.minute;
@@ -96,46 +96,46 @@ Value RowReader::read_moment(unsigned short number, Kind kind) const {
 Value RowReader::read_loose(unsigned short number, const Column& column) const {
   std::string text;
   if (!read_long(number, SQL_C_CHAR, text)) return {};
-  const bool is_integer = column.kind == Kind::kInteger || column.kind == Kind::kBigInteger;
+  const bool is_integer = column.kind == Kind::integer || column.kind == Kind::big_integer;
   std::int64_t integer = 0;
   if (is_integer && read_whole(text, integer)) return integer;
   double real = 0;
   if (!read_whole(text, real)) return to_wide(text);
-  return column.kind == Kind::kDecimal ? Value(Decimal{to_wide(text)}) : Value(real);
+  return column.kind == Kind::decimal ? Value(Decimal{to_wide(text)}) : Value(real);
 }
 
 Value RowReader::read(unsigned short number, const Column& column) const {
-  const bool is_number = column.kind == Kind::kInteger || column.kind == Kind::kBigInteger ||
-                         column.kind == Kind::kReal || column.kind == Kind::kDecimal;
+  const bool is_number = column.kind == Kind::integer || column.kind == Kind::big_integer ||
+                         column.kind == Kind::real || column.kind == Kind::decimal;
   if (is_number && has_loose_types_) return read_loose(number, column);
   switch (column.kind) {
-    case Kind::kBool: {
+    case Kind::boolean: {
       unsigned char bit = 0;
       return read_fixed(number, SQL_C_BIT, bit) ? Value(bit != 0) : Value();
     }
-    case Kind::kInteger:
-    case Kind::kBigInteger: {
+    case Kind::integer:
+    case Kind::big_integer: {
       SQLBIGINT integer = 0;
       return read_fixed(number, SQL_C_SBIGINT, integer) ? Value(std::int64_t{integer}) : Value();
     }
-    case Kind::kReal: {
+    case Kind::real: {
       double real = 0;
       return read_fixed(number, SQL_C_DOUBLE, real) ? Value(real) : Value();
     }
-    case Kind::kDecimal: {
+    case Kind::decimal: {
       Value text = read_text(number);
       if (auto* digits = std::get_if<std::wstring>(&text)) return Decimal{std::move(*digits)};
       return text;
     }
-    case Kind::kDate:
-    case Kind::kTime:
-    case Kind::kMoment:
+    case Kind::date:
+    case Kind::time:
+    case Kind::moment:
       return read_moment(number, column.kind);
-    case Kind::kBinary:
-    case Kind::kLongBinary:
+    case Kind::binary:
+    case Kind::long_binary:
       return read_bytes(number);
-    case Kind::kText:
-    case Kind::kLongText:
+    case Kind::text:
+    case Kind::long_text:
       break;
   }
   return read_text(number);

@@ -78,7 +78,7 @@ void refuse_surplus(const Handle& statement, std::size_t given) {
 
 Statement::Statement(std::shared_ptr<Connection> connection, int timeout_seconds)
     : connection_(std::move(connection)),
-      handle_(HandleType::kStatement, &connection_->handle(), connection_->text()),
+      handle_(HandleType::statement, &connection_->handle(), connection_->text()),
       timeout_(timeout_seconds) {
   connection_->statements_.insert(this);
 }
@@ -113,7 +113,7 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
   std::vector<BoundParameter> bound(parameters.size());
   within_timeout([&] { execute(sql, parameters, bound); });
   for (std::size_t i = 0; i < bound.size(); ++i) {
-    if (parameters[i].direction != Direction::kIn) parameters[i].value = bound[i].result(parameters[i].kind);
+    if (parameters[i].direction != Direction::in) parameters[i].value = bound[i].result(parameters[i].kind);
   }
   SQLFreeStmt(handle_.get(), SQL_RESET_PARAMS);
   describe();
@@ -123,7 +123,7 @@ void Statement::execute(const std::wstring& sql, const std::vector<Parameter>& p
                         std::vector<BoundParameter>& bound) {
   const SQLHSTMT handle = handle_.get();
   TextIn text(connection_->text(), sql);
-  const bool is_wide = connection_->text() == DriverText::kWide;
+  const bool is_wide = connection_->text() == DriverText::wide;
   const auto length = static_cast<SQLINTEGER>(text.size());
   SQLRETURN result = SQL_SUCCESS;
   if (parameters.empty()) {

@@ -32,26 +32,26 @@ using Row = std::vector<Value>;
 
 // What a column or a parameter holds, whatever its database calls the type. kMoment has a date and a time.
 enum class Kind {
-  kBool,
-  kInteger,
-  kBigInteger,
-  kReal,
-  kDecimal,
-  kDate,
-  kTime,
-  kMoment,
-  kText,
-  kLongText,
-  kBinary,
-  kLongBinary
+  boolean,
+  integer,
+  big_integer,
+  real,
+  decimal,
+  date,
+  time,
+  moment,
+  text,
+  long_text,
+  binary,
+  long_binary
 };
 
 // Which way a parameter's value goes. The numbers are those that scripts use.
-enum class Direction : std::int32_t { kIn = 1, kOut = 2, kInOut = 3, kReturn = 4 };
+enum class Direction : std::int32_t { in = 1, out = 2, in_out = 3, return_value = 4 };
 
 struct Parameter {
-  Kind kind = Kind::kText;
-  Direction direction = Direction::kIn;
+  Kind kind = Kind::text;
+  Direction direction = Direction::in;
   std::size_t size = 0;  // room for a result of variable length
   Value value;
 };

@@ -34,7 +34,7 @@ struct FreeList {
   std::size_t count;
 };
 
-enum class State : std::uint8_t { kUnused, kOpen, kClosed };
+enum class State : std::uint8_t { unused, open, closed };
 
 // Trivially destructible, so that it can still be asked while a thread destroys its other locals.
 struct ThreadCache {
@@ -49,7 +49,7 @@ constinit thread_local ThreadCache cache __attribute__((tls_model("initial-exec"
 // Empties the cache when its thread ends; strings freed later go straight to the allocator.
 struct Closer {
   ~Closer() {
-    cache.state = State::kClosed;
+    cache.state = State::closed;
     for (FreeList& list : cache.lists) {
       while (FreeBlock* block = list.head) {
         list.head = block->next;
@@ -58,16 +58,16 @@ struct Closer {
       list.count = 0;
     }
   }
-  void open() const noexcept { cache.state = State::kOpen; }
+  void open() const noexcept { cache.state = State::open; }
 };
 
 bool open_cache() noexcept {
-  if (cache.state == State::kUnused) {
+  if (cache.state == State::unused) {
     // Constructed, and so registered for the end of the thread, by the first use here.
     thread_local const Closer closer;
     closer.open();
   }
-  return cache.state == State::kOpen;
+  return cache.state == State::open;
 }
 
 constexpr std::size_t class_of(std::size_t bytes) { return (bytes - 1) / kStep; }
@@ -91,7 +91,7 @@ void* take_block(std::size_t bytes, std::size_t* usable) noexcept {
 
 void give_block(void* block, std::size_t usable) noexcept {
   const std::size_t index = class_of(usable);
-  if (index >= kClasses || (cache.state != State::kOpen && !open_cache())) return std::free(block);
+  if (index >= kClasses || (cache.state != State::open && !open_cache())) return std::free(block);
   FreeList& list = cache.lists[index];
   if (list.count * usable >= kKeptBytesPerClass) return std::free(block);
   auto* const freed = static_cast<FreeBlock*>(block);

@@ -24,11 +24,11 @@ HRESULT as_result(std::partial_ordering order) {
 // amount, its order among them.
 long double number_of(const Scalar& value) {
   switch (value.form) {
-    case Form::kReal:
-    case Form::kSingle:
-    case Form::kDate:
+    case Form::real:
+    case Form::single:
+    case Form::date:
       return value.real;
-    case Form::kCurrency:
+    case Form::currency:
       return static_cast<long double>(value.integer) / kCurrencyUnit;
     default:
       return static_cast<long double>(value.integer);
@@ -40,11 +40,11 @@ std::strong_ordering compare_text(std::wstring_view left, std::wstring_view righ
 }
 
 std::partial_ordering compare(const Scalar& left, const Scalar& right, ULONG flags) {
-  const bool left_is_text = left.form == Form::kText;
-  const bool right_is_text = right.form == Form::kText;
+  const bool left_is_text = left.form == Form::text;
+  const bool right_is_text = right.form == Form::text;
   if (!left_is_text && !right_is_text) return number_of(left) <=> number_of(right);
   const bool both_read_as_text =
-      (left_is_text || left.form == Form::kEmpty) && (right_is_text || right.form == Form::kEmpty);
+      (left_is_text || left.form == Form::empty) && (right_is_text || right.form == Form::empty);
   if (!both_read_as_text) return left_is_text ? std::partial_ordering::greater : std::partial_ordering::less;
   return compare_text(left.text, right.text, flags);
 }

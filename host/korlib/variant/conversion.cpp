@@ -36,25 +36,25 @@ Wide divided_half_to_even(Wide value, Wide divisor) {
 
 HRESULT plain_text(const Scalar& value, std::string* text) {
   switch (value.form) {
-    case Form::kInteger:
+    case Form::integer:
       *text = integer_text(value.integer);
       return S_OK;
-    case Form::kBoolean:
+    case Form::boolean:
       *text = value.integer ? "True" : "False";
       return S_OK;
-    case Form::kCurrency:
+    case Form::currency:
       *text = currency_text(static_cast<LONGLONG>(value.integer));
       return S_OK;
-    case Form::kReal:
+    case Form::real:
       *text = real_text(value.real);
       return S_OK;
-    case Form::kSingle:
+    case Form::single:
       *text = single_text(static_cast<float>(value.real));
       return S_OK;
-    case Form::kDate:
+    case Form::date:
       return date_text(value.real, text);
-    case Form::kEmpty:
-    case Form::kText:
+    case Form::empty:
+    case Form::text:
       break;
   }
   text->clear();
@@ -66,20 +66,20 @@ HRESULT plain_text(const Scalar& value, std::string* text) {
 HRESULT to_integer(const Scalar& value, Wide* integer) {
   *integer = 0;
   switch (value.form) {
-    case Form::kEmpty:
+    case Form::empty:
       return S_OK;
-    case Form::kInteger:
-    case Form::kBoolean:
+    case Form::integer:
+    case Form::boolean:
       *integer = value.integer;
       return S_OK;
-    case Form::kCurrency:
+    case Form::currency:
       *integer = divided_half_to_even(value.integer, kCurrencyUnit);
       return S_OK;
-    case Form::kReal:
-    case Form::kSingle:
-    case Form::kDate:
+    case Form::real:
+    case Form::single:
+    case Form::date:
       return rounded(value.real, integer);
-    case Form::kText:
+    case Form::text:
       break;
   }
   Scalar number;
@@ -90,21 +90,21 @@ HRESULT to_integer(const Scalar& value, Wide* integer) {
 HRESULT to_real(const Scalar& value, double* real) {
   *real = 0;
   switch (value.form) {
-    case Form::kEmpty:
+    case Form::empty:
       return S_OK;
-    case Form::kInteger:
-    case Form::kBoolean:
+    case Form::integer:
+    case Form::boolean:
       *real = static_cast<double>(value.integer);
       return S_OK;
-    case Form::kCurrency:
+    case Form::currency:
       *real = static_cast<double>(value.integer) / kCurrencyUnit;
       return S_OK;
-    case Form::kReal:
-    case Form::kSingle:
-    case Form::kDate:
+    case Form::real:
+    case Form::single:
+    case Form::date:
       *real = value.real;
       return S_OK;
-    case Form::kText:
+    case Form::text:
       break;
   }
   Scalar number;
@@ -116,20 +116,20 @@ HRESULT to_currency(const Scalar& value, LONGLONG* ten_thousandths) {
   *ten_thousandths = 0;
   Wide units = 0;
   switch (value.form) {
-    case Form::kCurrency:
+    case Form::currency:
       units = value.integer;
       break;
-    case Form::kReal:
-    case Form::kSingle:
-    case Form::kDate:
+    case Form::real:
+    case Form::single:
+    case Form::date:
       RETURN_IF_FAILED(rounded(static_cast<long double>(value.real) * kCurrencyUnit, &units));
       break;
-    case Form::kText:
+    case Form::text:
       RETURN_IF_FAILED(parse_currency(value.text, &units));
       break;
-    case Form::kEmpty:
-    case Form::kInteger:
-    case Form::kBoolean:
+    case Form::empty:
+    case Form::integer:
+    case Form::boolean:
       units = value.integer * kCurrencyUnit;
       break;
   }
@@ -140,7 +140,7 @@ HRESULT to_currency(const Scalar& value, LONGLONG* ten_thousandths) {
 }
 
 HRESULT to_date(const Scalar& value, DATE* date) {
-  if (value.form == Form::kText) return parse_date(value.text, date);
+  if (value.form == Form::text) return parse_date(value.text, date);
   RETURN_IF_FAILED(to_real(value, date));
   if (base::is_date(*date)) return S_OK;
   *date = 0;
@@ -149,7 +149,7 @@ HRESULT to_date(const Scalar& value, DATE* date) {
 
 HRESULT to_boolean(const Scalar& value, bool* boolean) {
   *boolean = false;
-  if (value.form == Form::kText) {
+  if (value.form == Form::text) {
     const std::wstring_view word = trimmed(value.text);
     *boolean = base::equal_ascii(word, L"true") || word == L"#TRUE#";
     if (*boolean || base::equal_ascii(word, L"false") || word == L"#FALSE#") return S_OK;
@@ -163,7 +163,7 @@ HRESULT to_boolean(const Scalar& value, bool* boolean) {
 HRESULT to_text(const Scalar& value, BSTR* text) {
   *text = nullptr;
   std::wstring wide;
-  if (value.form == Form::kText) {
+  if (value.form == Form::text) {
     wide = value.text;
   } else {
     std::string plain;

@@ -16,7 +16,7 @@ Scalar load_empty(const VARIANT&) { return {}; }
 
 template <auto Member>
 Scalar load_integer(const VARIANT& v) {
-  return {.form = Form::kInteger, .integer = v.*Member};
+  return {.form = Form::integer, .integer = v.*Member};
 }
 
 template <auto Member, Form form>
@@ -24,9 +24,9 @@ Scalar load_real(const VARIANT& v) {
   return {.form = form, .real = v.*Member};
 }
 
-Scalar load_boolean(const VARIANT& v) { return {.form = Form::kBoolean, .integer = v.boolVal ? -1 : 0}; }
-Scalar load_currency(const VARIANT& v) { return {.form = Form::kCurrency, .integer = v.cyVal.int64}; }
-Scalar load_text(const VARIANT& v) { return {.form = Form::kText, .text = view_of(v.bstrVal)}; }
+Scalar load_boolean(const VARIANT& v) { return {.form = Form::boolean, .integer = v.boolVal ? -1 : 0}; }
+Scalar load_currency(const VARIANT& v) { return {.form = Form::currency, .integer = v.cyVal.int64}; }
+Scalar load_text(const VARIANT& v) { return {.form = Form::text, .text = view_of(v.bstrVal)}; }
 
 // True has all bits set in every integer type, the unsigned ones included.
 template <auto Member>
@@ -36,7 +36,7 @@ HRESULT store_integer(const Scalar& value, VARIANT* v) {
   Wide integer = 0;
   RETURN_IF_FAILED(to_integer(value, &integer));
   const bool fits = integer >= Limits::min() && integer <= Limits::max();
-  if (!fits && value.form != Form::kBoolean) return DISP_E_OVERFLOW;
+  if (!fits && value.form != Form::boolean) return DISP_E_OVERFLOW;
   v->*Member = static_cast<Integer>(integer);
   return S_OK;
 }
@@ -83,10 +83,10 @@ constexpr std::array<TypeRow, kTypes> make_table() {
   rows[VT_UI4] = integer_row<&VARIANT::ulVal>();
   rows[VT_UI8] = integer_row<&VARIANT::ullVal>();
   rows[VT_UINT] = integer_row<&VARIANT::uintVal>();
-  rows[VT_R4] = {true, load_real<&VARIANT::fltVal, Form::kSingle>, store_single};
-  rows[VT_R8] = {true, load_real<&VARIANT::dblVal, Form::kReal>, store_real};
+  rows[VT_R4] = {true, load_real<&VARIANT::fltVal, Form::single>, store_single};
+  rows[VT_R8] = {true, load_real<&VARIANT::dblVal, Form::real>, store_real};
   rows[VT_CY] = {true, load_currency, store_currency};
-  rows[VT_DATE] = {true, load_real<&VARIANT::date, Form::kDate>, store_date};
+  rows[VT_DATE] = {true, load_real<&VARIANT::date, Form::date>, store_date};
   rows[VT_BOOL] = {true, load_boolean, store_boolean};
   rows[VT_BSTR] = {true, load_text, store_text};
   rows[VT_DISPATCH] = {true, nullptr, nullptr};  // an object's value is asked of the object

@@ -75,7 +75,7 @@ class DateParser {
   }
 
  private:
-  enum class Item { kNone, kNumber, kMonth, kDate, kTime, kZone, kWeekday };
+  enum class Item { none, number, month, date, time, zone, weekday };
 
   wchar_t at(std::size_t place) const { return place < rest_.size() ? rest_[place] : L'\0'; }
 
@@ -132,10 +132,10 @@ class DateParser {
 
   bool read_item() {
     if (is_digit(at(0))) return read_from_number();
-    const bool follows_time = last_ == Item::kTime || last_ == Item::kZone;
+    const bool follows_time = last_ == Item::time || last_ == Item::zone;
     if (follows_time && (at(0) == L'+' || at(0) == L'-')) return read_offset();
     // "4-Jul-2030": the dash between a day, a month's name and a year.
-    if (take(L'-')) return (last_ == Item::kNumber || last_ == Item::kMonth) && at(0) != L'-' && read_item();
+    if (take(L'-')) return (last_ == Item::number || last_ == Item::month) && at(0) != L'-' && read_item();
     return read_from_word();
   }
 
@@ -146,7 +146,7 @@ class DateParser {
     if (has_separator && is_digit(at(1))) return read_date(number);
     if (loose_count_ == loose_.size()) return false;
     loose_[loose_count_++] = number;
-    last_ = Item::kNumber;
+    last_ = Item::number;
     return true;
   }
 
@@ -154,7 +154,7 @@ class DateParser {
     const std::string word = read_word();
     if (word.empty()) return false;
     if (word == "am" || word == "pm") return read_half(word == "pm");
-    if (word == "t" && last_ == Item::kDate) return is_digit(at(0));
+    if (word == "t" && last_ == Item::date) return is_digit(at(0));
     if (const int month = place_of(kMonths, word)) return read_month(month);
     if (place_of(kWeekdays, word)) return read_weekday();
     for (const Zone& zone : kZones) {
@@ -166,7 +166,7 @@ class DateParser {
   bool read_month(int month) {
     if (month_ || parts_.day) return false;
     month_ = month;
-    last_ = Item::kMonth;
+    last_ = Item::month;
     return true;
   }
 
@@ -174,7 +174,7 @@ class DateParser {
   bool read_weekday() {
     if (has_weekday_) return false;
     has_weekday_ = true;
-    last_ = Item::kWeekday;
+    last_ = Item::weekday;
     return true;
   }
 
@@ -187,7 +187,7 @@ class DateParser {
     const bool has_third = at(0) == separator && is_digit(at(1));
     if (has_third) take(separator);
     const Number third = has_third ? read_number() : Number{};
-    last_ = Item::kDate;
+    last_ = Item::date;
     if (first.digits == 4) {
       if (second.is_short() && third.is_short()) parts_.day = day_of(first.value, second.value, third.value);
     } else if (first.is_short() && second.is_short()) {
@@ -228,17 +228,17 @@ class DateParser {
     hours_ = hours;
     parts_.seconds = (hours * 60 + minutes) * 60 + seconds;
     has_time_ = true;
-    last_ = Item::kTime;
+    last_ = Item::time;
   }
 
   // AM or PM, behind a time or behind an hour alone.
   bool read_half(bool is_afternoon) {
-    if (last_ == Item::kNumber && !has_time_) {
+    if (last_ == Item::number && !has_time_) {
       const Number hours = loose_[--loose_count_];
       if (!hours.is_short()) return false;
       set_time(hours.value, 0, 0);
     }
-    if (last_ != Item::kTime || has_half_ || hours_ > 12) return false;
+    if (last_ != Item::time || has_half_ || hours_ > 12) return false;
     has_half_ = true;
     if (hours_ == 12) parts_.seconds -= 12 * kHour;
     if (is_afternoon) parts_.seconds += 12 * kHour;
@@ -246,10 +246,10 @@ class DateParser {
   }
 
   bool read_zone(const Zone& zone) {
-    if (last_ != Item::kTime) return false;
+    if (last_ != Item::time) return false;
     parts_.offset = zone.hours * kHour;
     has_offset_ = !zone.is_base;
-    last_ = Item::kZone;
+    last_ = Item::zone;
     return true;
   }
 
@@ -270,7 +270,7 @@ class DateParser {
     if (hours.digits != 2 || hours.value > 23 || minutes.value > 59) return false;
     parts_.offset = sign * (hours.value * kHour + minutes.value * 60);
     has_offset_ = true;
-    last_ = Item::kZone;
+    last_ = Item::zone;
     return true;
   }
 
@@ -292,7 +292,7 @@ class DateParser {
   std::wstring_view rest_;
   const int this_year_;
   DateParts parts_;
-  Item last_ = Item::kNone;
+  Item last_ = Item::none;
   std::optional<int> month_;
   std::array<Number, 3> loose_{};  // day and year beside a month's name, and an hour whose PM is still to come
   std::size_t loose_count_ = 0;

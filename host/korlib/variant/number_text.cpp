@@ -99,11 +99,11 @@ HRESULT parse_number(std::wstring_view text, Scalar* number) {
   if (decimal.is_whole && decimal.digits.size() <= kDigitsOf64Bits) {
     Wide value = 0;
     for (const char digit : decimal.digits) value = value * 10 + (digit - '0');
-    number->form = Form::kInteger;
+    number->form = Form::integer;
     number->integer = decimal.is_negative ? -value : value;
     return S_OK;
   }
-  number->form = Form::kReal;
+  number->form = Form::real;
   return real_of(decimal, 0, &number->real);
 }
 

@@ -12,18 +12,18 @@ namespace korlib::variants {
 __extension__ typedef __int128 Wide;
 
 enum class Form {
-  kEmpty,
-  kInteger,   // integer
-  kBoolean,   // integer: 0 or -1
-  kCurrency,  // integer: ten-thousandths
-  kReal,      // real
-  kSingle,    // real, but only as exact as a float
-  kDate,      // real: days since 1899-12-30
-  kText,      // text, borrowed from the source
+  empty,
+  integer,   // integer
+  boolean,   // integer: 0 or -1
+  currency,  // integer: ten-thousandths
+  real,      // real
+  single,    // real, but only as exact as a float
+  date,      // real: days since 1899-12-30
+  text,      // text, borrowed from the source
 };
 
 struct Scalar {
-  Form form = Form::kEmpty;
+  Form form = Form::empty;
   Wide integer = 0;
   double real = 0;
   std::wstring_view text{};

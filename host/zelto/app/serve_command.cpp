@@ -129,7 +129,7 @@ int serve_site(const ServeCommand& command) {
     start(server);
     give_notice(site, log, !configuration.log.empty());
     std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;
-    while (signals.wait() == OperatorSignals::Wish::kReread) reread(command, configuration, site, server, *sink, log);
+    while (signals.wait() == OperatorSignals::Wish::reread) reread(command, configuration, site, server, *sink, log);
     std::cout << "Stopping once every request is answered, or when asked again" << std::endl;
     signals.let_end_through();
     exit_timer = std::jthread([&log, patience = configuration.stop_timeout + kForce](const std::stop_token& stop) {

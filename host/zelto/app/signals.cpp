@@ -36,7 +36,7 @@ OperatorSignals::~OperatorSignals() { pthread_sigmask(SIG_SETMASK, &before_, nul
 OperatorSignals::Wish OperatorSignals::wait() const {
   int signal = 0;
   while (sigwait(&awaited_, &signal) != 0) continue;
-  return signal == SIGHUP ? Wish::kReread : Wish::kEnd;
+  return signal == SIGHUP ? Wish::reread : Wish::end;
 }
 
 void OperatorSignals::let_end_through() const {

@@ -11,7 +11,7 @@ namespace zelto {
 // The first three are blocked in every thread that is started while this lives.
 class OperatorSignals {
  public:
-  enum class Wish { kEnd, kReread };
+  enum class Wish { end, reread };
 
   OperatorSignals();
   ~OperatorSignals();

@@ -11,14 +11,14 @@ namespace zelto {
 
 namespace {
 
-enum class Text { kClients, kPages };
+enum class Text { clients, pages };
 
 // A page may write in any language; what a client sends is readable only as far as it is ASCII.
-std::string escaped(std::string_view text, Text whose = Text::kClients) {
+std::string escaped(std::string_view text, Text whose = Text::clients) {
   std::string out;
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    if (is_control(c) || (byte > 0x7F && whose == Text::kClients) || c == '"' || c == '\\')
+    if (is_control(c) || (byte > 0x7F && whose == Text::clients) || c == '"' || c == '\\')
       append_hex(out += "\\x", c);
     else
       out += c;
@@ -34,7 +34,7 @@ std::string combined_line(const AccessRecord& record) {
                                  escaped(record.remote_address), received, escaped(record.request_line), record.status,
                                  record.body_bytes, escaped(record.referer), escaped(record.user_agent),
                                  static_cast<double>(record.taken.count()) / 1e6);
-  if (!record.note.empty()) line += ' ' + escaped(record.note, Text::kPages);
+  if (!record.note.empty()) line += ' ' + escaped(record.note, Text::pages);
   return line;
 }
 

@@ -85,7 +85,7 @@ void Connection::abort() {
     // The descriptor must stay open while a worker may write to it.
     if (self->in_worker_)
       reset_peer(self->socket_.native_handle());
-    else if (self->phase_ == Phase::kSending)
+    else if (self->phase_ == Phase::sending)
       self->reset();
     else
       self->close();
@@ -95,7 +95,7 @@ void Connection::abort() {
 // --- receiving
 
 void Connection::receive(Step next) {
-  const auto room = reader_.room(phase_ == Phase::kBody ? kBodyReadSize : kReadSize);
+  const auto room = reader_.room(phase_ == Phase::body ? kBodyReadSize : kReadSize);
   socket_.async_read_some(asio::buffer(room.data(), room.size()),
                           [self = shared_from_this(), next](const Error& error, std::size_t count) {
                             self->reader_.received(count);
@@ -104,7 +104,7 @@ void Connection::receive(Step next) {
 }
 
 void Connection::on_received(const Error& error, Step next) {
-  if (phase_ == Phase::kClosed) return;
+  if (phase_ == Phase::closed) return;
   if (timed_out_)
     refuse(status::kRequestTimeout);
   else if (error)
@@ -115,12 +115,12 @@ void Connection::on_received(const Error& error, Step next) {
 
 void Connection::read_head() {
   const auto progress = reader_.read_head();
-  if (phase_ == Phase::kIdle && (reader_.has_begun() || progress != RequestReader::Progress::kMore)) {
-    phase_ = Phase::kHead;
+  if (phase_ == Phase::idle && (reader_.has_begun() || progress != RequestReader::Progress::more)) {
+    phase_ = Phase::head;
     arm(limits().header_timeout);
   }
-  if (progress == RequestReader::Progress::kMore) return receive(&Connection::read_head);
-  if (progress == RequestReader::Progress::kRefused) return refuse(reader_.status());
+  if (progress == RequestReader::Progress::more) return receive(&Connection::read_head);
+  if (progress == RequestReader::Progress::refused) return refuse(reader_.status());
   on_head();
 }
 
@@ -148,11 +148,11 @@ void Connection::on_head() {
 }
 
 void Connection::begin_body() {
-  phase_ = Phase::kBody;
+  phase_ = Phase::body;
   read_rate_.begin(Clock::now());
   if (!reader_.awaits_continue()) return read_body();
   std::size_t used = 0;
-  if (reader_.read_body(used) == RequestReader::Progress::kTooLarge) return submit_unread();
+  if (reader_.read_body(used) == RequestReader::Progress::too_large) return submit_unread();
   arm(limits().send_timeout);
   asio::async_write(socket_, asio::buffer(kContinue.data(), kContinue.size()),
                     [self = shared_from_this()](const Error& error, std::size_t) {
@@ -163,13 +163,13 @@ void Connection::begin_body() {
 void Connection::read_body() {
   std::size_t used = 0;
   switch (reader_.read_body(used)) {
-    case RequestReader::Progress::kDone:
+    case RequestReader::Progress::done:
       return submit();
-    case RequestReader::Progress::kTooLarge:
+    case RequestReader::Progress::too_large:
       return submit_unread();
-    case RequestReader::Progress::kRefused:
+    case RequestReader::Progress::refused:
       return refuse(reader_.status());
-    case RequestReader::Progress::kMore:
+    case RequestReader::Progress::more:
       break;
   }
   if (read_rate_.is_too_slow(used, Clock::now())) return refuse(status::kRequestTimeout);
@@ -185,7 +185,7 @@ void Connection::submit_unread() {
 }
 
 void Connection::submit() {
-  phase_ = Phase::kAnswering;
+  phase_ = Phase::answering;
   arm(Duration::zero());
   HttpRequest& request = reader_.request();
   Error error;
@@ -232,7 +232,7 @@ void Connection::on_answered() {
 
 void Connection::refuse(int status) {
   timed_out_ = false;
-  if (phase_ == Phase::kHead && record_.request_line.empty()) fill_record(reader_.request_line());
+  if (phase_ == Phase::head && record_.request_line.empty()) fill_record(reader_.request_line());
   unread_input_ = true;
   answer_plainly(status, {}, false);
 }
@@ -247,7 +247,7 @@ void Connection::answer_plainly(int status, std::vector<Header> headers, bool ke
 }
 
 void Connection::send_rest() {
-  phase_ = Phase::kSending;
+  phase_ = Phase::sending;
   sender_.send(shared_from_this());
 }
 
@@ -270,17 +270,17 @@ void Connection::next_request() {
   sink_.reset(-1, {});
   reader_.next();
   record_ = AccessRecord();
-  phase_ = Phase::kIdle;
+  phase_ = Phase::idle;
   arm(limits().keep_alive_timeout);
   // Posted, not called: a client may have sent any number of requests at once.
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    if (self->phase_ == Phase::kIdle) self->read_head();
+    if (self->phase_ == Phase::idle) self->read_head();
   });
 }
 
 // Closing while the client still sends would reset the connection and lose the answer on its way.
 void Connection::drain() {
-  phase_ = Phase::kDraining;
+  phase_ = Phase::draining;
   sink_.reset(-1, {});
   Error ignored;
   socket_.shutdown(Socket::shutdown_send, ignored);
@@ -298,7 +298,7 @@ void Connection::drain_more() {
 }
 
 void Connection::close() {
-  phase_ = Phase::kClosed;
+  phase_ = Phase::closed;
   deadline_.stop();
   Error ignored;
   socket_.close(ignored);
@@ -312,11 +312,11 @@ void Connection::reset() {
 }
 
 void Connection::on_timeout() {
-  if (is_idle() || phase_ == Phase::kDraining) return close();
-  timed_out_ = phase_ != Phase::kSending;
+  if (is_idle() || phase_ == Phase::draining) return close();
+  timed_out_ = phase_ != Phase::sending;
   socket_.cancel();  // whatever waits for the client now fails
 }
 
-bool Connection::is_idle() const { return phase_ == Phase::kIdle || (phase_ == Phase::kHead && !reader_.has_begun()); }
+bool Connection::is_idle() const { return phase_ == Phase::idle || (phase_ == Phase::head && !reader_.has_begun()); }
 
 }  // namespace zelto

@@ -59,7 +59,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   using Clock = std::chrono::steady_clock;
   using Duration = HttpLimits::Duration;
   using Step = void (Connection::*)();
-  enum class Phase { kIdle, kHead, kBody, kAnswering, kSending, kDraining, kClosed };
+  enum class Phase { idle, head, body, answering, sending, draining, closed };
 
   void begin();
   void receive(Step next);
@@ -93,7 +93,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   ConnectionShared& shared_;
   Deadline deadline_;
 
-  Phase phase_ = Phase::kHead;
+  Phase phase_ = Phase::head;
   bool last_ = false;          // the connection closes after this answer
   bool unread_input_ = false;  // the request was answered before it was read to its end
   bool in_worker_ = false;     // or waiting for one

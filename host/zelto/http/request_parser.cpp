@@ -47,15 +47,15 @@ HeadScanner::Verdict HeadScanner::scan(std::string_view received) {
   for (;;) {
     const auto end = received.find('\n', scanned_);
     const std::size_t seen = end == std::string_view::npos ? received.size() : end + 1;
-    if (seen > most_bytes_) return lines_ == 0 ? Verdict::kTargetTooLong : Verdict::kTooLarge;
+    if (seen > most_bytes_) return lines_ == 0 ? Verdict::target_too_long : Verdict::too_large;
     scanned_ = seen;
-    if (end == std::string_view::npos) return Verdict::kMore;
-    if (end == line_begin_ || received[end - 1] != '\r') return Verdict::kBareLineFeed;
+    if (end == std::string_view::npos) return Verdict::more;
+    if (end == line_begin_ || received[end - 1] != '\r') return Verdict::bare_line_feed;
     const std::string_view line = received.substr(line_begin_, end - 1 - line_begin_);
     line_begin_ = seen;
-    if (line.empty()) return Verdict::kComplete;
-    if (lines_ > 0 && (line.front() == ' ' || line.front() == '\t')) return Verdict::kFolded;
-    if (lines_++ > most_lines_) return Verdict::kTooLarge;
+    if (line.empty()) return Verdict::complete;
+    if (lines_ > 0 && (line.front() == ' ' || line.front() == '\t')) return Verdict::folded;
+    if (lines_++ > most_lines_) return Verdict::too_large;
   }
 }
 
@@ -153,12 +153,12 @@ RequestParser::Progress RequestParser::parse_body(std::string_view received, std
   while (!impl_->is_done()) {
     beast::error_code ec;
     used += impl_->put(boost::asio::buffer(received.data() + used, received.size() - used), ec);
-    if (impl_->too_large) return Progress::kTooLarge;
-    if (ec == http::error::need_more) return Progress::kMore;
-    if (ec) return Progress::kBad;
-    if (used == received.size() && !impl_->is_done()) return Progress::kMore;
+    if (impl_->too_large) return Progress::too_large;
+    if (ec == http::error::need_more) return Progress::more;
+    if (ec) return Progress::bad;
+    if (used == received.size() && !impl_->is_done()) return Progress::more;
   }
-  return Progress::kDone;
+  return Progress::done;
 }
 
 HttpRequest& RequestParser::request() { return impl_->request; }

@@ -14,7 +14,7 @@ namespace zelto {
 // Looks at every byte once, however the head arrives.
 class HeadScanner {
  public:
-  enum class Verdict { kMore, kComplete, kBareLineFeed, kFolded, kTargetTooLong, kTooLarge };
+  enum class Verdict { more, complete, bare_line_feed, folded, target_too_long, too_large };
 
   HeadScanner(std::size_t most_bytes, std::size_t most_lines) : most_bytes_(most_bytes), most_lines_(most_lines) {}
 
@@ -45,7 +45,7 @@ class RequestParser {
 
   // Takes bytes of the body from the front of `received`; `used` tells how many. kTooLarge once the body
   // is known to be over the limit: the request then says so and the rest must not be parsed.
-  enum class Progress { kMore, kDone, kTooLarge, kBad };
+  enum class Progress { more, done, too_large, bad };
   Progress parse_body(std::string_view received, std::size_t& used);
 
   HttpRequest& request();

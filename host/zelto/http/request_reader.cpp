@@ -35,7 +35,7 @@ void RequestReader::erase(std::size_t count) {
 
 RequestReader::Progress RequestReader::refuse(int status) {
   status_ = status;
-  return Progress::kRefused;
+  return Progress::refused;
 }
 
 // Some clients end a body with a line break too many.
@@ -49,42 +49,42 @@ void RequestReader::skip_line_breaks() {
 
 RequestReader::Progress RequestReader::read_head() {
   skip_line_breaks();
-  if (input_.empty()) return Progress::kMore;
+  if (input_.empty()) return Progress::more;
   switch (scanner_->scan(input_)) {
-    case HeadScanner::Verdict::kMore:
-      return Progress::kMore;
-    case HeadScanner::Verdict::kComplete:
+    case HeadScanner::Verdict::more:
+      return Progress::more;
+    case HeadScanner::Verdict::complete:
       break;
-    case HeadScanner::Verdict::kTargetTooLong:
+    case HeadScanner::Verdict::target_too_long:
       return refuse(status::kTargetTooLong);
-    case HeadScanner::Verdict::kTooLarge:
+    case HeadScanner::Verdict::too_large:
       return refuse(status::kHeadTooLarge);
-    case HeadScanner::Verdict::kBareLineFeed:
-    case HeadScanner::Verdict::kFolded:
+    case HeadScanner::Verdict::bare_line_feed:
+    case HeadScanner::Verdict::folded:
       return refuse(status::kBadRequest);
   }
   request_line_ = request_line();
   parser_.emplace(limits_);
   const int status = parser_->parse_head(std::string_view(input_).substr(0, scanner_->size()));
   erase(scanner_->size());
-  return status == status::kOk ? Progress::kDone : refuse(status);
+  return status == status::kOk ? Progress::done : refuse(status);
 }
 
 RequestReader::Progress RequestReader::read_body(std::size_t& used) {
   const auto progress = parser_->parse_body(input_, used);
   erase(used);
   switch (progress) {
-    case RequestParser::Progress::kDone:
-      return Progress::kDone;
-    case RequestParser::Progress::kTooLarge:
-      return Progress::kTooLarge;
-    case RequestParser::Progress::kBad:
+    case RequestParser::Progress::done:
+      return Progress::done;
+    case RequestParser::Progress::too_large:
+      return Progress::too_large;
+    case RequestParser::Progress::bad:
       return refuse(status::kBadRequest);
-    case RequestParser::Progress::kMore:
+    case RequestParser::Progress::more:
       break;
   }
   // What is left now is one chunk's line or a trailer.
-  return input_.size() > limits_.header_bytes ? refuse(status::kBadRequest) : Progress::kMore;
+  return input_.size() > limits_.header_bytes ? refuse(status::kBadRequest) : Progress::more;
 }
 
 void RequestReader::next() {

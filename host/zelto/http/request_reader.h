@@ -19,7 +19,7 @@ class RequestReader {
  public:
   // kMore: bytes are missing. kRefused: status() tells why. kTooLarge: the body is over the limit; the request says so
   // and can be answered. After these two nothing more must be read.
-  enum class Progress { kMore, kDone, kTooLarge, kRefused };
+  enum class Progress { more, done, too_large, refused };
 
   explicit RequestReader(const HttpLimits& limits) : limits_(limits) { next(); }
 

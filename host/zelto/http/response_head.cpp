@@ -43,8 +43,8 @@ std::string write_response_head(const ResponseHead& head, Framing framing, std::
     append_line(out, header.name, header.value);
   }
   if (!sniffing_settled) append_line(out, "X-Content-Type-Options", "nosniff");
-  if (framing == Framing::kLength) append_line(out, "Content-Length", std::to_string(length));
-  if (framing == Framing::kChunked) append_line(out, "Transfer-Encoding", "chunked");
+  if (framing == Framing::length) append_line(out, "Content-Length", std::to_string(length));
+  if (framing == Framing::chunked) append_line(out, "Transfer-Encoding", "chunked");
   append_line(out, "Connection", keep_alive ? "keep-alive" : "close");
   out.append("\r\n");
   return out;

@@ -9,7 +9,7 @@
 
 namespace zelto {
 
-enum class Framing { kLength, kChunked, kUntilClose, kNone };
+enum class Framing { length, chunked, until_close, none };
 
 // The head as sent, with its empty line. The connection's own headers are written by it alone: those of
 // the same name in `head` are dropped, and so is every header with a CR, LF or NUL in it.

@@ -47,15 +47,15 @@ void SocketSink::start(ResponseHead head, std::uint64_t length) {
   status_ = head.status;
   has_body_ = !terms_.head_only && !is_bodiless(head.status);
   if (terms_.stopping && *terms_.stopping) terms_.keep_alive = false;
-  Framing framing = Framing::kLength;
+  Framing framing = Framing::length;
   if (is_bodiless(head.status)) {
-    framing = Framing::kNone;
+    framing = Framing::none;
   } else if (length == kUnknownLength) {
-    framing = terms_.minor_version > 0 ? Framing::kChunked : Framing::kUntilClose;
-    if (framing == Framing::kUntilClose) terms_.keep_alive = false;
+    framing = terms_.minor_version > 0 ? Framing::chunked : Framing::until_close;
+    if (framing == Framing::until_close) terms_.keep_alive = false;
   }
-  chunked_ = framing == Framing::kChunked;
-  until_close_ = framing == Framing::kUntilClose && has_body_;
+  chunked_ = framing == Framing::chunked;
+  until_close_ = framing == Framing::until_close && has_body_;
   remaining_ = length;
   unsent_.bytes = write_response_head(head, framing, length, terms_.keep_alive);
 }

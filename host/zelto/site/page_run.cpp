@@ -167,7 +167,7 @@ script::Outcome PageRun::run_realm(const LoadedPage& loaded) {
 
 HRESULT PageRun::execute(const std::string& virtual_path) {
   const FoundFile found = settings_->files.find(virtual_path);
-  if (found.kind != FoundFile::Kind::kPage) {
+  if (found.kind != FoundFile::Kind::page) {
     return korlib::raise(E_FAIL, L"Server", L"There is no page \"" + to_wide(virtual_path) + L"\".");
   }
   const LoadedPage loaded = site_.programs().load(found.path, found.physical);

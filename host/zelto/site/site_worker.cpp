@@ -35,11 +35,11 @@ void SiteWorker::handle(HttpRequest&& request, ResponseSink& sink) {
 void SiteWorker::answer(HttpRequest&& request, ResponseSink& sink) {
   const auto settings = site_.settings();
   const FoundFile found = settings->files.find(request.path);
-  if (found.kind == FoundFile::Kind::kProtected && settings->options.debug && !request.body_too_large) {
+  if (found.kind == FoundFile::Kind::protected_name && settings->options.debug && !request.body_too_large) {
     serve_status(sink, status::kNotFound, protected_text(found.path));
     return;
   }
-  if (found.kind != FoundFile::Kind::kPage) {
+  if (found.kind != FoundFile::Kind::page) {
     settings->files.serve(request, found, sink);
     return;
   }

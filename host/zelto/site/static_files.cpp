@@ -55,32 +55,32 @@ base::FileDescriptor StaticFiles::open_beneath(const std::string& relative, int 
 FoundFile StaticFiles::find(std::string_view path) const {
   const bool is_folder = path.ends_with('/');
   if (const auto name = options_.protected_names.find_in(path); !name.empty())
-    return {FoundFile::Kind::kProtected, std::string(name), {}};
+    return {FoundFile::Kind::protected_name, std::string(name), {}};
   const std::string relative = "." + std::string(path);
   const base::FileDescriptor file = open_beneath(relative, O_PATH);
   struct stat about {};
   if (!file || ::fstat(file.get(), &about) != 0) return {};
   if (S_ISDIR(about.st_mode)) {
-    if (!is_folder) return {FoundFile::Kind::kRedirect, std::string(path) + "/", {}};
+    if (!is_folder) return {FoundFile::Kind::redirect, std::string(path) + "/", {}};
     for (const std::string& name : options_.default_documents) {
       FoundFile found = find(std::string(path) + name);
-      if (found.kind == FoundFile::Kind::kPage || found.kind == FoundFile::Kind::kFile) return found;
+      if (found.kind == FoundFile::Kind::page || found.kind == FoundFile::Kind::file) return found;
     }
     return {};
   }
   if (!S_ISREG(about.st_mode) || is_folder) return {};
   const bool is_page = base::equal_ascii(extension_of(path), options_.page_extension);
-  return {is_page ? FoundFile::Kind::kPage : FoundFile::Kind::kFile, std::string(path),
+  return {is_page ? FoundFile::Kind::page : FoundFile::Kind::file, std::string(path),
           options_.root + std::string(path)};
 }
 
 void StaticFiles::serve(const HttpRequest& request, const FoundFile& found, ResponseSink& sink) const {
   if (request.body_too_large) return serve_status(sink, status::kContentTooLarge);
-  if (found.kind == FoundFile::Kind::kRedirect) {
+  if (found.kind == FoundFile::Kind::redirect) {
     const std::string query = request.query.empty() ? std::string() : "?" + request.query;
     return serve_status(sink, status::kMovedPermanently, {}, {{"Location", encode_path(found.path) + query}});
   }
-  if (found.kind != FoundFile::Kind::kFile) return serve_status(sink, status::kNotFound);
+  if (found.kind != FoundFile::Kind::file) return serve_status(sink, status::kNotFound);
   if (request.method != "GET" && request.method != "HEAD")
     return serve_status(sink, status::kMethodNotAllowed, {}, {{"Allow", "GET, HEAD"}});
   send_file(request, found.path, open_beneath("." + found.path, O_RDONLY), sink);

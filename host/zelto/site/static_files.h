@@ -21,8 +21,8 @@ struct StaticOptions {
 
 // What a request's path names.
 struct FoundFile {
-  enum class Kind { kNone, kProtected, kPage, kFile, kRedirect };
-  Kind kind = Kind::kNone;
+  enum class Kind { none, protected_name, page, file, redirect };
+  Kind kind = Kind::none;
   std::string path;      // of the page or file, from the root, "/a/default.asp"; for kRedirect the new path,
                          // for kProtected the name that is protected
   std::string physical;  // the same under the site's folder

@@ -30,12 +30,12 @@ TEST_F(InputDrawers, CompareWithTheValueOfTheirSource) {
   CComPtr<IKorLibDictionary> bag;
   ASSERT_EQ(S_OK, memory_.get_bag(&bag));
   set_item(bag.get(), L"n", value_of(std::vector<CComVariant>{CComVariant(L"x"), CComVariant(LONG{7})}));
-  EXPECT_EQ(L"yes", default_of(page::BoundTo::kView, L"12"));
-  EXPECT_EQ(L"no", default_of(page::BoundTo::kView, L"7"));
-  EXPECT_EQ(L"yes", default_of(page::BoundTo::kScript, L"script"));
-  EXPECT_EQ(L"no", default_of(page::BoundTo::kScript, L"Script"));
-  EXPECT_EQ(L"yes", default_of(page::BoundTo::kBag, L"7"));
-  EXPECT_EQ(L"no", default_of(page::BoundTo::kBag, L"12"));
+  EXPECT_EQ(L"yes", default_of(page::BoundTo::view, L"12"));
+  EXPECT_EQ(L"no", default_of(page::BoundTo::view, L"7"));
+  EXPECT_EQ(L"yes", default_of(page::BoundTo::script, L"script"));
+  EXPECT_EQ(L"no", default_of(page::BoundTo::script, L"Script"));
+  EXPECT_EQ(L"yes", default_of(page::BoundTo::bag, L"7"));
+  EXPECT_EQ(L"no", default_of(page::BoundTo::bag, L"12"));
 }
 
 TEST_F(InputDrawers, TellNameAndValueToTheTextInside) {
@@ -44,31 +44,31 @@ TEST_F(InputDrawers, TellNameAndValueToTheTextInside) {
   engine_.on_mark = [this](const Mark&) {
     EXPECT_EQ(L"n", item(dictionaries_.view.get(), L"_InputV_Name"));
     EXPECT_EQ(L"v", item(dictionaries_.view.get(), L"_InputV_Value"));
-    return inputs_.draw_inner_default(page::BoundTo::kView, Params{L"no", L"yes"});
+    return inputs_.draw_inner_default(page::BoundTo::view, Params{L"no", L"yes"});
   };
-  EXPECT_EQ(S_OK, inputs_.draw_input(page::BoundTo::kView, Params{L"n", L"<(#x#)>"}));
+  EXPECT_EQ(S_OK, inputs_.draw_input(page::BoundTo::view, Params{L"n", L"<(#x#)>"}));
   EXPECT_EQ(L"<yes>", drawn());
   EXPECT_EQ(L"outer", item(dictionaries_.view.get(), L"_InputV_Name"));
   EXPECT_EQ(L"(none)", item(dictionaries_.view.get(), L"_InputV_Value"));
   engine_.on_mark = [](const Mark&) { return E_ABORT; };
-  EXPECT_EQ(E_ABORT, inputs_.draw_input(page::BoundTo::kView, Params{L"n", L"<(#x#)>"}));
+  EXPECT_EQ(E_ABORT, inputs_.draw_input(page::BoundTo::view, Params{L"n", L"<(#x#)>"}));
   EXPECT_EQ(L"outer", item(dictionaries_.view.get(), L"_InputV_Name"));
 }
 
 TEST_F(InputDrawers, DrawAnotherTextWhereNothingHasTheName) {
-  EXPECT_EQ(S_OK, inputs_.draw_input(page::BoundTo::kView, Params{L"n", L"text", L"none"}));
-  EXPECT_EQ(S_OK, inputs_.draw_input(page::BoundTo::kScript, Params{L"n", L"text", L"none"}));
+  EXPECT_EQ(S_OK, inputs_.draw_input(page::BoundTo::view, Params{L"n", L"text", L"none"}));
+  EXPECT_EQ(S_OK, inputs_.draw_input(page::BoundTo::script, Params{L"n", L"text", L"none"}));
   EXPECT_EQ(L"nonenone", drawn());
-  EXPECT_EQ(DISP_E_UNKNOWNNAME, inputs_.draw_input(page::BoundTo::kScript, Params{L"n", L"text"}));
-  EXPECT_EQ(DISP_E_UNKNOWNNAME, inputs_.draw_default(page::BoundTo::kScript, Params{L"n", L"", L"", L""}));
+  EXPECT_EQ(DISP_E_UNKNOWNNAME, inputs_.draw_input(page::BoundTo::script, Params{L"n", L"text"}));
+  EXPECT_EQ(DISP_E_UNKNOWNNAME, inputs_.draw_default(page::BoundTo::script, Params{L"n", L"", L"", L""}));
   EXPECT_EQ(L"(none)", item(dictionaries_.view.get(), L"n")) << "looking makes no item";
 }
 
 TEST_F(InputDrawers, NeedTheView) {
   dictionaries_.drop();
-  EXPECT_EQ(E_FAIL, inputs_.draw_input(page::BoundTo::kView, Params{L"n", L"text"}));
-  EXPECT_EQ(E_FAIL, inputs_.draw_inner_default(page::BoundTo::kScript, Params{L"no", L"yes"}));
-  EXPECT_EQ(E_FAIL, inputs_.draw_default(page::BoundTo::kView, Params{L"n", L"v", L"yes", L"no"}));
+  EXPECT_EQ(E_FAIL, inputs_.draw_input(page::BoundTo::view, Params{L"n", L"text"}));
+  EXPECT_EQ(E_FAIL, inputs_.draw_inner_default(page::BoundTo::script, Params{L"no", L"yes"}));
+  EXPECT_EQ(E_FAIL, inputs_.draw_default(page::BoundTo::view, Params{L"n", L"v", L"yes", L"no"}));
 }
 
 TEST(Dictionaries, AreBothMadeAnewOrLeft) {

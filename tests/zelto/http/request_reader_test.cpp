@@ -46,18 +46,18 @@ TEST_F(RequestReader, ReadsTheSameRequestHoweverItIsCut) {
     SCOPED_TRACE(cut);
     used_in_all = 0;
     receive(kPost.substr(0, cut));
-    EXPECT_EQ(cut < head ? Progress::kMore : Progress::kDone, reader.read_head());
+    EXPECT_EQ(cut < head ? Progress::more : Progress::done, reader.read_head());
     EXPECT_EQ(cut != head, reader.has_begun());
     if (cut < head) {
       receive(kPost.substr(cut));
-      ASSERT_EQ(Progress::kDone, reader.read_head());
+      ASSERT_EQ(Progress::done, reader.read_head());
     } else {
-      EXPECT_EQ(Progress::kMore, read_body());
+      EXPECT_EQ(Progress::more, read_body());
       receive(kPost.substr(cut));
     }
     EXPECT_EQ("POST /a?b HTTP/1.1", reader.request_line());
     EXPECT_TRUE(reader.needs_body());
-    ASSERT_EQ(Progress::kDone, read_body());
+    ASSERT_EQ(Progress::done, read_body());
     EXPECT_EQ("body", std::string_view(reader.request().body));
     EXPECT_EQ("/a", reader.request().path);
     EXPECT_EQ(4u, used_in_all);
@@ -68,16 +68,16 @@ TEST_F(RequestReader, ReadsTheSameRequestHoweverItIsCut) {
 
 TEST_F(RequestReader, KeepsWhatCameOfTheNextRequest) {
   receive(kPost + "\r\nHEAD / HTTP/1.1\r\nHost: h\r\n\r\nGE");
-  ASSERT_EQ(Progress::kDone, reader.read_head());
-  ASSERT_EQ(Progress::kDone, read_body());
+  ASSERT_EQ(Progress::done, reader.read_head());
+  ASSERT_EQ(Progress::done, read_body());
   EXPECT_FALSE(reader.asks_head_only());
   reader.next();
   EXPECT_FALSE(reader.asks_head_only());
-  ASSERT_EQ(Progress::kDone, reader.read_head());
+  ASSERT_EQ(Progress::done, reader.read_head());
   EXPECT_FALSE(reader.needs_body());
   EXPECT_TRUE(reader.asks_head_only());
   reader.next();
-  EXPECT_EQ(Progress::kMore, reader.read_head());
+  EXPECT_EQ(Progress::more, reader.read_head());
   EXPECT_EQ("GE", reader.request_line());
   EXPECT_EQ(2u, reader.drop());
   EXPECT_FALSE(reader.has_begun());
@@ -86,19 +86,19 @@ TEST_F(RequestReader, KeepsWhatCameOfTheNextRequest) {
 
 TEST_F(RequestReader, TakesALineBreakForNoBeginning) {
   receive("\r\n\r\n");
-  EXPECT_EQ(Progress::kMore, reader.read_head());
+  EXPECT_EQ(Progress::more, reader.read_head());
   EXPECT_FALSE(reader.has_begun());
   receive("\r");
-  EXPECT_EQ(Progress::kMore, reader.read_head());
+  EXPECT_EQ(Progress::more, reader.read_head());
   receive("\n" + kPost);
-  EXPECT_EQ(Progress::kDone, reader.read_head());
+  EXPECT_EQ(Progress::done, reader.read_head());
 }
 
 TEST_F(RequestReader, LooksAtEveryByteBehindALineBreakThatCameInPieces) {
   receive("\r");
-  EXPECT_EQ(Progress::kMore, reader.read_head());
+  EXPECT_EQ(Progress::more, reader.read_head());
   receive("\n\n");
-  EXPECT_EQ(Progress::kRefused, reader.read_head());
+  EXPECT_EQ(Progress::refused, reader.read_head());
   EXPECT_EQ(status::kBadRequest, reader.status());
 }
 
@@ -123,7 +123,7 @@ TEST_F(RequestReader, RefusesAHeadAndStillTellsItsRequestLine) {
     reader.drop();
     reader.next();
     receive(row.head);
-    EXPECT_EQ(Progress::kRefused, reader.read_head());
+    EXPECT_EQ(Progress::refused, reader.read_head());
     EXPECT_EQ(row.status, reader.status());
     EXPECT_EQ(row.request_line, reader.request_line());
   }
@@ -131,33 +131,33 @@ TEST_F(RequestReader, RefusesAHeadAndStillTellsItsRequestLine) {
 
 TEST_F(RequestReader, RefusesABodyThatCannotBeUnderstood) {
   receive("POST / HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\nxyz\r\n");
-  ASSERT_EQ(Progress::kDone, reader.read_head());
-  EXPECT_EQ(Progress::kRefused, read_body());
+  ASSERT_EQ(Progress::done, reader.read_head());
+  EXPECT_EQ(Progress::refused, read_body());
   EXPECT_EQ(status::kBadRequest, reader.status());
 }
 
 TEST_F(RequestReader, RefusesAnEndlessChunkLine) {
   receive("POST / HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\n1;" + std::string(200, 'a'));
-  ASSERT_EQ(Progress::kDone, reader.read_head());
-  EXPECT_EQ(Progress::kRefused, read_body());
+  ASSERT_EQ(Progress::done, reader.read_head());
+  EXPECT_EQ(Progress::refused, read_body());
   EXPECT_EQ(status::kBadRequest, reader.status());
 }
 
 TEST_F(RequestReader, TellsOfABodyBeyondTheLimitBeforeItComes) {
   receive("POST / HTTP/1.1\r\nHost: h\r\nContent-Length: 11\r\nExpect: 100-continue\r\n\r\n");
-  ASSERT_EQ(Progress::kDone, reader.read_head());
+  ASSERT_EQ(Progress::done, reader.read_head());
   EXPECT_TRUE(reader.awaits_continue());
-  EXPECT_EQ(Progress::kTooLarge, read_body());
+  EXPECT_EQ(Progress::too_large, read_body());
   EXPECT_TRUE(reader.request().body_too_large);
   EXPECT_EQ(11u, reader.request().body_length);
 }
 
 TEST_F(RequestReader, SeesThatAClientDoesNotWaitToBeToldToGoOn) {
   receive("POST / HTTP/1.1\r\nHost: h\r\nContent-Length: 4\r\nExpect: 100-continue\r\n\r\nb");
-  ASSERT_EQ(Progress::kDone, reader.read_head());
+  ASSERT_EQ(Progress::done, reader.read_head());
   EXPECT_FALSE(reader.awaits_continue());
   receive("ody");
-  EXPECT_EQ(Progress::kDone, read_body());
+  EXPECT_EQ(Progress::done, read_body());
 }
 
 }  // namespace

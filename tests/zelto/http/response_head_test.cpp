@@ -27,12 +27,12 @@ TEST(ResponseHead, HoldsWhatThePageAndTheConnectionSay) {
   EXPECT_EQ(
       "HTTP/1.1 404 Not Here\r\nServer: Zelto\r\nSet-Cookie: a=b\r\nSet-Cookie: c=d\r\n"
       "X-Content-Type-Options: nosniff\r\nContent-Length: 12\r\nConnection: keep-alive\r\n\r\n",
-      without_date(write_response_head(head, Framing::kLength, 12, true)));
+      without_date(write_response_head(head, Framing::length, 12, true)));
   head = {200, "OK", {{"x-content-type-options", "other"}}};
   EXPECT_EQ(
       "HTTP/1.1 200 OK\r\nServer: Zelto\r\nx-content-type-options: other\r\n"
       "Transfer-Encoding: chunked\r\nConnection: close\r\n\r\n",
-      without_date(write_response_head(head, Framing::kChunked, 0, false)));
+      without_date(write_response_head(head, Framing::chunked, 0, false)));
 }
 
 TEST(ResponseHead, LeavesOutWhatWouldBeginAnotherLine) {
@@ -46,7 +46,7 @@ TEST(ResponseHead, LeavesOutWhatWouldBeginAnotherLine) {
                            {"", "b"},
                            {"A B", "c"}}};
   EXPECT_EQ("HTTP/1.1 200 OK\r\nServer: Zelto\r\nX-Content-Type-Options: nosniff\r\nConnection: close\r\n\r\n",
-            without_date(write_response_head(head, Framing::kNone, 0, false)));
+            without_date(write_response_head(head, Framing::none, 0, false)));
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ class SiteWorker final : public Worker {
   explicit SiteWorker(const StaticFiles& files) : files_(files) {}
   void handle(HttpRequest&& request, ResponseSink& sink) override {
     const FoundFile found = files_.find(request.path);
-    if (found.kind == Kind::kPage) return serve_status(sink, 200, "page " + found.path);
+    if (found.kind == Kind::page) return serve_status(sink, 200, "page " + found.path);
     files_.serve(request, found, sink);
   }
 
@@ -83,11 +83,11 @@ TEST_F(StaticFilesTest, FindsWhatAPathNames) {
     const char* found;
   };
   const Row rows[] = {
-      {"/", Kind::kFile, "/index.html"},         {"/style.css", Kind::kFile, "/style.css"},
-      {"/alias.css", Kind::kFile, "/alias.css"}, {"/asa.txt", Kind::kFile, "/asa.txt"},
-      {"/a.dbx", Kind::kFile, "/a.dbx"},         {"/page.asp", Kind::kPage, "/page.asp"},
-      {"/UPPER.ASP", Kind::kPage, "/UPPER.ASP"}, {"/sub/", Kind::kPage, "/sub/default.asp"},
-      {"/sub", Kind::kRedirect, "/sub/"},        {"/sub dir", Kind::kRedirect, "/sub dir/"},
+      {"/", Kind::file, "/index.html"},         {"/style.css", Kind::file, "/style.css"},
+      {"/alias.css", Kind::file, "/alias.css"}, {"/asa.txt", Kind::file, "/asa.txt"},
+      {"/a.dbx", Kind::file, "/a.dbx"},         {"/page.asp", Kind::page, "/page.asp"},
+      {"/UPPER.ASP", Kind::page, "/UPPER.ASP"}, {"/sub/", Kind::page, "/sub/default.asp"},
+      {"/sub", Kind::redirect, "/sub/"},        {"/sub dir", Kind::redirect, "/sub dir/"},
   };
   const StaticFiles files(options());
   for (const Row& row : rows) {
@@ -95,7 +95,7 @@ TEST_F(StaticFilesTest, FindsWhatAPathNames) {
     const FoundFile found = files.find(row.path);
     EXPECT_EQ(row.kind, found.kind);
     EXPECT_EQ(row.found, found.path);
-    const bool exists = row.kind != Kind::kRedirect;
+    const bool exists = row.kind != Kind::redirect;
     EXPECT_EQ(exists ? root_.string() + row.found : "", found.physical);
   }
 }
@@ -104,7 +104,7 @@ TEST_F(StaticFilesTest, FindsNothingElse) {
   const StaticFiles files(options());
   for (const char* path : {"/missing", "/page.asp/", "/page.asp/info", "/style.css/", "/empty/", "/leak.txt",
                            "/absolute.txt", "/up/outside.txt", "/up/", "/pipe.txt"})
-    EXPECT_EQ(Kind::kNone, files.find(path).kind) << path;
+    EXPECT_EQ(Kind::none, files.find(path).kind) << path;
 }
 
 TEST_F(StaticFilesTest, FindsNoProtectedName) {
@@ -127,7 +127,7 @@ TEST_F(StaticFilesTest, FindsNoProtectedName) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.path);
     const FoundFile found = files.find(row.path);
-    EXPECT_EQ(Kind::kProtected, found.kind);
+    EXPECT_EQ(Kind::protected_name, found.kind);
     EXPECT_EQ(row.name, found.path);
     EXPECT_EQ("", found.physical);
   }
@@ -138,10 +138,10 @@ TEST_F(StaticFilesTest, TakesNamesToProtectFromTheOptions) {
   for (const char* name : {"sub dir/", "style.css", "*.txt"}) ASSERT_TRUE(own.protected_names.add(name)) << name;
   own.default_documents = {"global.asa", "alias.css"};
   const StaticFiles files(own);
-  EXPECT_EQ(Kind::kProtected, files.find("/sub dir/a.b").kind);
-  EXPECT_EQ(Kind::kProtected, files.find("/Style.css").kind);
-  EXPECT_EQ(Kind::kProtected, files.find("/asa.txt").kind);
-  EXPECT_EQ(Kind::kProtected, files.find("/Templates/list.html").kind);
+  EXPECT_EQ(Kind::protected_name, files.find("/sub dir/a.b").kind);
+  EXPECT_EQ(Kind::protected_name, files.find("/Style.css").kind);
+  EXPECT_EQ(Kind::protected_name, files.find("/asa.txt").kind);
+  EXPECT_EQ(Kind::protected_name, files.find("/Templates/list.html").kind);
   EXPECT_EQ("/alias.css", files.find("/").path);
 }
 
