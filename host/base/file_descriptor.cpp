@@ -13,6 +13,7 @@ int write_all(int number, std::string_view bytes) {
     const ssize_t count = ::write(number, bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return errno;
+    if (count == 0) return EIO;  // a device that takes nothing would be asked for ever
     bytes.remove_prefix(static_cast<std::size_t>(count));
   }
   return 0;

@@ -39,7 +39,7 @@ HRESULT guarded(Body&& body) noexcept {
 
 // The same for a member with a result: without a place for it E_POINTER. The result is cleared before the
 // body runs, whatever bits it held, and the body fills it as its last step, so that it is empty after a
-// failure.
+// failure, unless the member itself says otherwise.
 template <class Out, class Body>
 HRESULT guarded(Out* out, Body&& body) noexcept {
   if (!out) return E_POINTER;

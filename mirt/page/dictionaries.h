@@ -6,7 +6,7 @@
 
 namespace page {
 
-// A new one of the host's dictionary class; null on failure.
+// A new one of the host's dictionary class. `*dictionary` is to be read on success only.
 HRESULT new_dictionary(IKorLibDictionary** dictionary);
 
 // The two that a script fills and marks show, there while Process runs and null otherwise. A script may end a

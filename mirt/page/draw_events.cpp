@@ -1,23 +1,17 @@
 #include "page/draw_events.h"
 
 #include <algorithm>
-#include <cwctype>
 
 #include <korlib/activation.h>
 
 #include "frame/error.h"
+#include "frame/values.h"
 #include "page/text.h"
 
 namespace page {
 namespace {
 
 constexpr std::size_t kAnyNumber = static_cast<std::size_t>(-1);
-
-bool equal_ignoring_case(std::wstring_view a, std::wstring_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](wchar_t x, wchar_t y) {
-    return std::towlower(static_cast<std::wint_t>(x)) == std::towlower(static_cast<std::wint_t>(y));
-  });
-}
 
 }  // namespace
 
@@ -51,7 +45,7 @@ struct DrawEvents::BuiltIn {
         {L"OnDraw__Message_Text", 0, kAnyNumber, {}, {}, &Messages::draw_current},
     };
     const auto* found = std::find_if(std::begin(kBuiltIns), std::end(kBuiltIns), [name](const BuiltIn& built_in) {
-      return equal_ignoring_case(name, built_in.name);
+      return mirt::equal_ignoring_case(name, built_in.name);
     });
     return found == std::end(kBuiltIns) ? nullptr : found;
   }

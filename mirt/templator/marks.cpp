@@ -36,7 +36,11 @@ HRESULT MarkValues::read(MarkSource source, const CMarkData& mark, BSTR name, CC
   }
   bool found = true;
   RETURN_IF_FAILED(read_value(source, name, text, &found));
-  return found ? CTemplatorConcept::ChangeToBSTR(text, &mark.Params, parts_.null_is_empty) : S_OK;
+  if (!found) {
+    text->reset();  // of what was looked at on the way
+    return S_OK;
+  }
+  return CTemplatorConcept::ChangeToBSTR(text, &mark.Params, parts_.null_is_empty);
 }
 
 HRESULT MarkValues::read_value(MarkSource source, BSTR name, CComVariant* value, bool* found) const {

@@ -76,7 +76,7 @@ const MarkKind* find_mark_kind(wchar_t type, MarkOwner owner);
 // Where the marks of one owner find their values. It refers to parts of the owner, which a script may change.
 class MarkValues {
  public:
-  // Reads what a mark shows whose source holds values: kScript, kView … kBag; others are E_UNEXPECTED. On success
+  // Reads what a mark shows whose source holds values: script, view … bag; others are E_UNEXPECTED. On success
   // *text is a VT_BSTR to be written, or VT_EMPTY if there is nothing to write.
   HRESULT read(MarkSource source, const CMarkData& mark, BSTR name, CComVariant* text) const;
 

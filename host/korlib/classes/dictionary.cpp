@@ -155,13 +155,14 @@ STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) {
     RETURN_IF_FAILED(load(new_key, fresh));
     bool was_found = false;
     bool is_taken = false;
+    std::optional<DictionaryKey> old;  // goes when the lock is free: its last release may come back here
     {
       const std::lock_guard guard(lock_);
       Entry* const entry = find(wanted);
       const Entry* const other = find(fresh);
       was_found = entry != nullptr;
       is_taken = other && other != entry;
-      if (was_found && !is_taken) wanted = table_.rename(*entry, std::move(fresh));
+      if (was_found && !is_taken) old = table_.rename(*entry, std::move(fresh));
     }
     if (!was_found) return missing(key);
     return is_taken ? existing(new_key) : S_OK;

@@ -13,7 +13,7 @@ namespace korlib {
 // State of a connection or a recordset. A command runs only during Execute, so it is never seen open.
 enum class ObjectState : LONG { closed = 0, open = 1 };
 
-// What CommandText is; kUnknown is taken as a text, and -1 means kUnknown.
+// What CommandText is; unknown is taken as a text, and -1 means unknown.
 enum class CommandType : LONG { text = 1, table = 2, stored_procedure = 4, unknown = 8, table_direct = 0x200 };
 
 // The last three read all rows at once and move freely.
@@ -34,7 +34,7 @@ enum class Position : LONG { before_first = -2, after_last = -3 };
 // Its numbers are those of scripts.
 using ParameterDirection = odbc::Direction;
 
-// Data types of fields and parameters. kEmpty and kVariant leave a parameter the type of its value.
+// Data types of fields and parameters. empty and variant leave a parameter the type of its value.
 enum class DataType : LONG {
   empty = 0,
   small_int = 2,

@@ -104,12 +104,15 @@ void Connection::roll_back() { end(SQL_ROLLBACK); }
 
 void Connection::make_idle() noexcept {
   while (!statements_.empty()) (*statements_.begin())->drop();
-  try {
-    if (is_changed_) run_plainly("ROLLBACK");  // of a transaction that a statement began
-    if (is_in_transaction_) roll_back();
-  } catch (const std::exception&) {
-    mark_broken();
-  }
+  const auto attempt = [this](auto step) {
+    try {
+      step();
+    } catch (const std::exception&) {
+      mark_broken();
+    }
+  };
+  if (is_changed_) attempt([this] { run_plainly("ROLLBACK"); });  // of a transaction that a statement began
+  if (is_in_transaction_) attempt([this] { roll_back(); });
 }
 
 bool Connection::is_usable() {

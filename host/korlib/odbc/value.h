@@ -30,7 +30,7 @@ struct Decimal {
 using Value = std::variant<std::monostate, bool, std::int64_t, double, Decimal, Moment, std::wstring, Bytes>;
 using Row = std::vector<Value>;
 
-// What a column or a parameter holds, whatever its database calls the type. kMoment has a date and a time.
+// What a column or a parameter holds, whatever its database calls the type. moment has a date and a time.
 enum class Kind {
   boolean,
   integer,

@@ -20,7 +20,8 @@ DATE date_at(std::int64_t day, double seconds) {
 
 // A moment by the clock of UTC, by the local one. Counted in whole seconds, so that a time of day is exact.
 DATE local_date(std::chrono::sys_seconds utc, double fraction) {
-  const std::time_t moment = std::chrono::system_clock::to_time_t(utc);
+  // Not by to_time_t, whose clock counts in nanoseconds: those of the year 3000 do not fit.
+  const std::time_t moment = utc.time_since_epoch().count();
   std::tm parts{};
   localtime_r(&moment, &parts);
   const auto local = utc + std::chrono::seconds{parts.tm_gmtoff};

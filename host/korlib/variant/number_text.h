@@ -35,7 +35,7 @@ std::string currency_text(LONGLONG ten_thousandths);  // no more decimals than n
 // for one and a half, without a word; here it is not a number. Nor are "NaN" and "Infinity", which a form or a
 // query could otherwise put into every sum.
 //
-// Whole numbers give kInteger, others kReal. DISP_E_TYPEMISMATCH for anything else, DISP_E_OVERFLOW beyond
+// Whole numbers give integer, others real. DISP_E_TYPEMISMATCH for anything else, DISP_E_OVERFLOW beyond
 // the range of a double or of 64 bits.
 HRESULT parse_number(std::wstring_view text, Scalar* number);
 

@@ -20,7 +20,7 @@ class HeadScanner {
 
   // `received` is everything received so far, from the first byte of the request line.
   Verdict scan(std::string_view received);
-  // After kComplete: the size of the head with its empty line.
+  // After complete: the size of the head with its empty line.
   std::size_t size() const { return line_begin_; }
 
  private:
@@ -43,7 +43,7 @@ class RequestParser {
   int parse_head(std::string_view head);
   bool needs_body() const;
 
-  // Takes bytes of the body from the front of `received`; `used` tells how many. kTooLarge once the body
+  // Takes bytes of the body from the front of `received`; `used` tells how many. too_large once the body
   // is known to be over the limit: the request then says so and the rest must not be parsed.
   enum class Progress { more, done, too_large, bad };
   Progress parse_body(std::string_view received, std::size_t& used);

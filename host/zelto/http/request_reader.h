@@ -17,7 +17,7 @@ namespace zelto {
 // more.
 class RequestReader {
  public:
-  // kMore: bytes are missing. kRefused: status() tells why. kTooLarge: the body is over the limit; the request says so
+  // more: bytes are missing. refused: status() tells why. too_large: the body is over the limit; the request says so
   // and can be answered. After these two nothing more must be read.
   enum class Progress { more, done, too_large, refused };
 
@@ -29,7 +29,7 @@ class RequestReader {
   // Forgets what has been received; answers how many bytes that was.
   std::size_t drop();
 
-  // The head, after kDone with path and query; addresses are the caller's.
+  // The head, after done with path and query; addresses are the caller's.
   Progress read_head();
   // More of the body; `used` tells how many bytes that took.
   Progress read_body(std::size_t& used);

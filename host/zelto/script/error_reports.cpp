@@ -13,8 +13,6 @@ namespace {
 
 constexpr int kMostCauses = 16;  // errors may be each other's cause
 
-// The numbers that older pages know an error of the engine by: `e.number & 0xFFFF` is 5009 for a name that
-// nobody declared. They are those of that dialect's documentation.
 // Facility "control", in which that dialect counts its errors.
 constexpr HRESULT numbered(unsigned number) { return static_cast<HRESULT>(0x800A0000u | number); }
 
@@ -26,7 +24,8 @@ struct Row {
   std::wstring_view message;  // what stands in it
   unsigned number;
 };
-// The first that fits.
+// The numbers that older pages know an error of the engine by: `e.number & 0xFFFF` is 5009 for a name that
+// nobody declared. They are those of that dialect's documentation. The first that fits.
 constexpr std::array kRows{
     Row{L"ReferenceError", L"Can't find variable: ", 5009},
     Row{L"ReferenceError", L"is not a reference", 5008},

@@ -21,7 +21,7 @@ namespace zelto {
 namespace {
 
 // Digits only; a number too large for us is as good as the largest.
-std::optional<std::uint64_t> parse_number(std::string_view text) {
+std::optional<std::uint64_t> parse_position(std::string_view text) {
   if (text.empty() || !std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; })) return std::nullopt;
   std::uint64_t value = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -66,8 +66,8 @@ std::optional<ByteRange> parse_range(std::string_view header, std::uint64_t size
   const std::string_view range = trim_blanks(header.substr(kUnit.size()));
   const auto dash = range.find('-');
   if (dash == std::string_view::npos || range.find(',') != std::string_view::npos) return std::nullopt;
-  const auto first = parse_number(range.substr(0, dash));
-  const auto last = parse_number(range.substr(dash + 1));
+  const auto first = parse_position(range.substr(0, dash));
+  const auto last = parse_position(range.substr(dash + 1));
   const bool open_start = dash == 0;
   const bool open_end = dash + 1 == range.size();
   if ((!first && !open_start) || (!last && !open_end) || (open_start && open_end)) return std::nullopt;

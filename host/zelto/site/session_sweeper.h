@@ -15,6 +15,8 @@ class SessionSweeper {
   // `log` is called on that thread, with a line without its end.
   using Log = std::function<void(std::string_view)>;
   SessionSweeper(SessionStore& store, std::chrono::milliseconds pause, Log log);
+  SessionSweeper(const SessionSweeper&) = delete;
+  SessionSweeper& operator=(const SessionSweeper&) = delete;
 
  private:
   void report() const;

@@ -1,12 +1,12 @@
 #include "site/site.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
 
 #include "base/letter_case.h"
 #include "platform/canonical_path.h"
+#include "text/characters.h"
 
 namespace zelto {
 
@@ -58,11 +58,7 @@ std::string_view Site::path_of(std::string_view file) const {
 }
 
 void Site::log(std::string_view line) const {
-  if (!log_) return;
-  std::string plain(line);
-  std::ranges::replace_if(
-      plain, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
-  log_(plain);
+  if (log_) log_(plain_line(std::string(line)));
 }
 
 std::string Site::notice() const {

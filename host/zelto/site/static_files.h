@@ -23,8 +23,8 @@ struct StaticOptions {
 struct FoundFile {
   enum class Kind { none, protected_name, page, file, redirect };
   Kind kind = Kind::none;
-  std::string path;      // of the page or file, from the root, "/a/default.asp"; for kRedirect the new path,
-                         // for kProtected the name that is protected
+  std::string path;      // of the page or file, from the root, "/a/default.asp"; for redirect the new path,
+                         // for protected_name the name that is protected
   std::string physical;  // the same under the site's folder
 };
 

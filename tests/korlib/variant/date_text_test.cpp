@@ -218,6 +218,15 @@ TEST(DateReading, CountsForwardFromTheDayBeforeDayZeroInAZoneAsWell) {
   EXPECT_EQ(-1.5, date_of(L"1899-12-29T18:00:00Z"));
 }
 
+TEST(DateReading, KnowsSummerTimeInYearsFarAhead) {
+  const LocalTime zone(kCentralEurope);
+  for (const wchar_t* year : {L"2030", L"2300", L"3000", L"5000", L"9000"}) {
+    const std::wstring text(year);
+    EXPECT_EQ(date_of(text + L"-07-04 12:00:00"), date_of(text + L"-07-04T10:00:00Z"));
+    EXPECT_EQ(date_of(text + L"-01-04 11:00:00"), date_of(text + L"-01-04T10:00:00Z"));
+  }
+}
+
 TEST(DateReading, RefusesMomentsBeyondTheYearsOfADate) {
   const LocalTime zone("XYZ-6");  // six hours ahead
   EXPECT_EQ(2958465 + clock_time(23), date_of(L"9999-12-31T17:00:00Z"));
