@@ -9,7 +9,7 @@
 
 namespace base {
 
-// Who uses it decides by how much it grows. Moves and is never copied: there may be gigabytes in it.
+// The caller decides by how much it grows. Moves and is never copied: there may be gigabytes in it.
 class GrowingBuffer {
  public:
   struct Free {

@@ -15,26 +15,29 @@
 namespace zelto {
 
 char* ByteBuffer::make_room(std::size_t bytes) {
-  if (bytes_.size() - size_ < bytes) bytes_.resize(std::max({size_ + bytes, bytes_.size() * 2, std::size_t{4096}}));
-  return bytes_.data() + size_;
+  const std::size_t size = bytes_.size();
+  const std::size_t capacity = bytes_.capacity();
+  if (capacity - size < bytes) bytes_.grow(std::max({size + bytes, capacity * 2, std::size_t{4096}}));
+  return bytes_.data() + size;
 }
 
 void ByteBuffer::append(std::string_view bytes) {
   if (bytes.empty()) return;
   std::memcpy(make_room(bytes.size()), bytes.data(), bytes.size());
-  size_ += bytes.size();
+  bytes_.set_size(bytes_.size() + bytes.size());
 }
 
 void ByteBuffer::append_utf8(std::wstring_view text) {
   // Templates write their literal text one character at a time.
   if (text.size() == 1 && text[0] >= 0 && text[0] < 0x80) {
     *make_room(1) = static_cast<char>(text[0]);
-    ++size_;
+    bytes_.set_size(bytes_.size() + 1);
     return;
   }
   // A character takes four bytes at most, so one pass is enough.
   const std::size_t room = text.size() * 4;
-  size_ += utf32_utf8(text.data(), text.size(), make_room(room), room);
+  char* const at = make_room(room);
+  bytes_.set_size(bytes_.size() + utf32_utf8(text.data(), text.size(), at, room));
 }
 
 void ResponseState::write(std::wstring_view text) {

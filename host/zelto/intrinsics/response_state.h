@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/growing_buffer.h"
 #include "http/message.h"
 #include "intrinsics/cookies.h"
 #include "text/charset.h"
@@ -15,20 +16,19 @@
 
 namespace zelto {
 
-// Bytes on their way out: grows without zeroing what is overwritten at once.
+// Bytes on their way out; a page appends to them character by character.
 class ByteBuffer {
  public:
-  std::string_view view() const { return {bytes_.data(), size_}; }
-  std::size_t size() const { return size_; }
-  void clear() { size_ = 0; }
+  std::string_view view() const { return bytes_.view(); }
+  std::size_t size() const { return bytes_.size(); }
+  void clear() { bytes_.set_size(0); }
   void append(std::string_view bytes);
   void append_utf8(std::wstring_view text);
 
  private:
   char* make_room(std::size_t bytes);
 
-  std::string bytes_;
-  std::size_t size_ = 0;
+  base::GrowingBuffer bytes_;
 };
 
 // What a page may say of its response, as every page begins.

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <fstream>
 
-#include "text/characters.h"
 #include "text/charset.h"
 #include "text/html.h"
 
@@ -67,8 +66,8 @@ std::string plain_error_page(std::string_view status) {
 std::string error_line(const PageError& error) {
   std::string where = to_utf8(error.file);
   if (error.line > 0) where += ":" + std::to_string(error.line);
-  return plain_line(fmt::format("{}: {} ({}, {})", where, to_utf8(error.description), to_utf8(error.source),
-                                code_text(error.number)));
+  return fmt::format("{}: {} ({}, {})", where, to_utf8(error.description), to_utf8(error.source),
+                     code_text(error.number));
 }
 
 }  // namespace zelto

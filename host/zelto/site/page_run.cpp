@@ -19,7 +19,6 @@
 #include "script/realm.h"
 #include "site/error_page.h"
 #include "site/page_session.h"
-#include "text/characters.h"
 #include "text/charset.h"
 
 namespace zelto {

@@ -37,7 +37,7 @@ class Counted : public Interface... {
     return left;
   }
 
-  // For one who knows the object without holding it: another reference, unless the last one has gone.
+  // For a caller that knows the object without holding it: another reference, unless the last one has gone.
   bool try_add_ref() noexcept {
     ULONG count = references_.load(std::memory_order_relaxed);
     while (count > 0) {
