@@ -12,9 +12,9 @@ import { serve, serveUnder } from './site.mjs';
 
 const folder = fileURLToPath(new URL('host', import.meta.url));
 
-// Serves the folder for one test, and ends it with the exit code that is expected.
+// Serves the folder for one test, and ends it with the exit code that is expected. A test that hangs is told by name.
 const served = (name, body, { options = [], code = 0 } = {}) =>
-  test(name, async () => {
+  test(name, { timeout: 300_000 }, async () => {
     const site = await serve(folder, ...options);
     try {
       await body(site);

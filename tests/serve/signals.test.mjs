@@ -12,9 +12,9 @@ import { serve } from './site.mjs';
 
 const folder = fileURLToPath(new URL('signals', import.meta.url));
 
-// Serves the folder for one test; the host ends in good order, whatever was sent to it.
+// Serves the folder for one test; the host ends in good order, whatever was sent to it. A test that hangs is told by name.
 const served = (name, body, ...options) =>
-  test(name, async () => {
+  test(name, { timeout: 300_000 }, async () => {
     const site = await serve(folder, ...options);
     try {
       await body(site);
@@ -119,6 +119,7 @@ served('a connection keeps the limits that it began with', async (site) => {
 served('SIGHUP leaves alone what has begun', async (site) => {
   const { hostname, port } = new URL(site.address);
   const socket = connect(port, hostname);
+  const closed = once(socket, 'close');
   let received = '';
   socket.on('data', (bytes) => { received += bytes; });
   socket.write('GET /wait.asp HTTP/1.1\r\nHost: a\r\n\r\n');
@@ -127,7 +128,7 @@ served('SIGHUP leaves alone what has begun', async (site) => {
   await hangUp(site);
   assert.match((await ask(site, 'fails.asp')).text, /told to the author/);
   await writeFile(join(site.folder, 'go.txt'), '');
-  await once(socket, 'close');
+  await closed;
   assert.doesNotMatch(received, /told to the author/);
 });
 
