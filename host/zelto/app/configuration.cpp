@@ -50,10 +50,29 @@ void read_server(const ConfigurationFile& file, ServerOptions& server) {
   server.worker_stack = kPageStack;
   const auto limit = file.number("body_limit", 0, kMostBytes);
   if (limit) server.limits.body_bytes = static_cast<std::uint64_t>(*limit);
+  const auto connections = file.number("connections", 1, 1'000'000);
+  if (connections) server.limits.connections = static_cast<std::size_t>(*connections);
+  const auto per_address = file.number("connections_per_address", 0, 1'000'000);
+  if (per_address) server.limits.connections_per_address = static_cast<std::size_t>(*per_address);
+  if (const auto queue = file.number("session_queue", 0, 1000)) server.turn_queue = static_cast<std::size_t>(*queue);
   for (const std::string& proxy : file.texts("trusted_proxies").value_or(std::vector<std::string>())) {
     if (!is_address(proxy)) file.fail("trusted_proxies", "takes addresses, as in \"127.0.0.1\"");
     server.trusted_proxies.push_back(boost::asio::ip::make_address(proxy).to_string());
   }
+}
+
+void read_spool(const ConfigurationFile& file, const std::string& site, SpoolLimits& spool) {
+  constexpr std::int64_t kMostBytes = std::int64_t{1} << 50;
+  if (const auto bytes = file.number("buffer_memory", 0, kMostBytes)) {
+    spool.memory_bytes = static_cast<std::uint64_t>(*bytes);
+  }
+  if (const auto bytes = file.number("spool_limit", 0, kMostBytes))
+    spool.file_bytes = static_cast<std::uint64_t>(*bytes);
+  const auto folder = file.text("spool_folder");
+  if (!folder) return;
+  spool.folder = std::filesystem::path(site) / *folder;
+  std::error_code error;
+  if (!std::filesystem::is_directory(spool.folder, error)) file.fail("spool_folder", "is not a folder");
 }
 
 // The file's name, relative to the site's folder. A log that lies in there is not served to anyone.
@@ -77,6 +96,13 @@ std::vector<std::string_view> keep_until_restart(Configuration& fresh, const Con
   keep("listen", fresh.server.address, running.server.address);
   keep("listen", fresh.server.port, running.server.port);
   keep("workers", fresh.server.workers, running.server.workers);
+  keep("connections", fresh.server.limits.connections, running.server.limits.connections);
+  keep("connections_per_address", fresh.server.limits.connections_per_address,
+       running.server.limits.connections_per_address);
+  keep("session_queue", fresh.server.turn_queue, running.server.turn_queue);
+  keep("buffer_memory", fresh.server.spool.memory_bytes, running.server.spool.memory_bytes);
+  keep("spool_limit", fresh.server.spool.file_bytes, running.server.spool.file_bytes);
+  keep("spool_folder", fresh.server.spool.folder, running.server.spool.folder);
   keep("session_node", fresh.site.session_suffix, running.site.session_suffix);
   return keys;
 }
@@ -102,6 +128,7 @@ Configuration read_configuration(const ServeCommand& command) {
   read_site(file, made.site);
   made.site.debug |= command.debug;
   read_server(file, made.server);
+  read_spool(file, command.site, made.server.spool);
   made.log = read_log(file, command.site, made.site.files.protected_names);
   if (const auto limit = file.number("stop_timeout", 0, 3600)) made.stop_timeout = std::chrono::seconds(*limit);
   if (command.listen) set_listen_address(*command.listen, made.server);

@@ -22,7 +22,7 @@ struct Key {
   std::string_view meaning;
 };
 
-constexpr std::array<Key, 14> kKeys = {{
+constexpr std::array<Key, 20> kKeys = {{
     {"listen", "\"127.0.0.1:8080\"", "where to serve"},
     {"workers", "4", "pages at the same time, by default two a core"},
     {"body_limit", "16777216", "bytes of a request's body"},
@@ -31,10 +31,16 @@ constexpr std::array<Key, 14> kKeys = {{
     {"stop_timeout", "30", "seconds that pages get to end when the host stops"},
     {"session_timeout", "20", "minutes without a request that end a session"},
     {"session_limit", "50000", "sessions at a time"},
+    {"session_queue", "8", "requests that wait for another one of their session"},
     {"session_node", "\"a\"", "ends session identifiers, to tell hosts apart"},
     {"default_documents", "[\"default.asp\"]", "what a folder shows: the first that exists"},
     {"protect", "[\"drafts/\", \"*.cfg\"]", "what is never served, beyond the usual"},
     {"trusted_proxies", "[\"127.0.0.1\"]", "whose X-Forwarded-Proto is believed"},
+    {"connections", "4096", "at a time; those that wait for their client longest give way"},
+    {"connections_per_address", "2048", "of these, 0 for no limit; proxies that are trusted have none"},
+    {"buffer_memory", "134217728", "bytes that wait for slow clients; more waits in files"},
+    {"spool_limit", "4294967296", "bytes in such files"},
+    {"spool_folder", "\"/var/tmp\"", "where they lie, without names"},
     {"log", "\"/var/log/zelto.log\"", "the file of the log, else standard error"},
     {"debug", "false", "error pages show what went wrong"},
 }};

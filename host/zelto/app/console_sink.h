@@ -17,7 +17,8 @@ class ConsoleSink final : public ResponseSink {
   void append_to_log(std::string_view text) override;
   void finish() override { std::fflush(out_); }
   void break_off() override { finish(); }
-  bool connected() const override { return std::ferror(out_) == 0; }
+  bool connected() const override { return !failed(); }
+  bool failed() const override { return std::ferror(out_) != 0; }
 
   int status() const { return status_; }
 

@@ -5,8 +5,8 @@
 
 namespace zelto {
 
-// Connections are open files, and so is what pages open: half of `files` stays for pages when there are not enough
-// for both.
+// A connection may have two files open: itself and what it is sent. Up to 1,024 are for pages, and half of `files` when
+// there are fewer than twice as many.
 std::size_t connections_that_fit(std::size_t files, std::size_t wanted);
 
 // Raises the number of files that the program may open as far as it needs, and answers how many

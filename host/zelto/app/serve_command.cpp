@@ -24,6 +24,7 @@
 #include "base/thread.h"
 #include "http/server.h"
 #include "site/session_sweeper.h"
+#include "site/site_router.h"
 #include "site/site_worker.h"
 
 namespace zelto {
@@ -118,6 +119,7 @@ int serve_site(const ServeCommand& command) {
   Configuration configuration = read_configuration(command);
   sink->open(configuration.log);
   configuration.site.log = [&log](std::string_view line) { log.info(line); };
+  configuration.server.on_problem = [&log](std::string_view problem) { log.info("zelto: {}", problem); };
   configuration.server.on_access = [&log](const AccessRecord& record) { log.info(combined_line(record)); };
   limit_connections(configuration.server.limits, log);
   bool all_answered = false;
@@ -125,7 +127,9 @@ int serve_site(const ServeCommand& command) {
   {
     Site site(configuration.site);
     const SessionSweeper sweeper(site.sessions(), kSweepPause, configuration.site.log);
-    Server server(configuration.server, [&site] { return std::make_unique<SiteWorker>(site); });
+    SiteRouter router(site);
+    Server server(
+        configuration.server, [&site] { return std::make_unique<SiteWorker>(site); }, &router);
     start(server);
     give_notice(site, log, !configuration.log.empty());
     std::cout << "Serving " << site.root() << " at " << shown_address(configuration.server, server.port()) << std::endl;

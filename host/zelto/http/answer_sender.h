@@ -1,41 +1,47 @@
-// Sends the part of an answer that its worker left unsent.
+// Sends what waits in an answer's queue, at the pace of its client.
 #pragma once
 
 #include <boost/asio/ip/tcp.hpp>
 #include <chrono>
-#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
+#include "http/answer_queue.h"
 #include "http/deadline.h"
-#include "http/socket_sink.h"
+#include "http/limits.h"
 
 namespace zelto {
 
-// A client that takes nothing for the send time-out misses the deadline, and whoever watches that cancels the
-// socket's operations. Runs on the socket's strand.
+// Runs on the socket's strand.
 class AnswerSender {
  public:
   using Socket = boost::asio::ip::tcp::socket;
 
-  AnswerSender(Socket& socket, SocketSink& sink, Deadline& deadline, std::chrono::milliseconds timeout,
-               std::function<void()> on_sent)
-      : socket_(socket), sink_(sink), deadline_(deadline), timeout_(timeout), on_sent_(std::move(on_sent)) {}
+  // `on_end` is called once nothing waits any more or the answer has failed; not when the socket is closed meanwhile.
+  AnswerSender(Socket& socket, AnswerQueue& queue, Deadline& deadline, const HttpLimits& limits,
+               std::function<void()> on_end)
+      : socket_(socket), queue_(queue), deadline_(deadline), limits_(limits), on_end_(std::move(on_end)) {}
 
-  // Calls on_sent once everything is sent or the sink has failed; not when the socket is closed meanwhile.
-  // `owner` holds this object and is kept alive until then.
+  // Does nothing when nothing waits, or what waits is being sent. `owner` holds this object and is kept alive until
+  // the end.
   void send(const std::shared_ptr<void>& owner);
+  bool is_active() const { return active_; }
+  // The deadline was missed: gives a client up that has taken too little since then, and waits on for another one.
+  void on_timeout(const std::shared_ptr<void>& owner);
 
  private:
-  void send_bytes(const std::shared_ptr<void>& owner);
-  void send_file(const std::shared_ptr<void>& owner);
+  void step(const std::shared_ptr<void>& owner);
+  void watch(const std::shared_ptr<void>& owner);
 
   Socket& socket_;
-  SocketSink& sink_;
+  AnswerQueue& queue_;
   Deadline& deadline_;
-  const std::chrono::milliseconds timeout_;
-  const std::function<void()> on_sent_;
-  std::size_t sent_ = 0;  // of the bytes
+  const HttpLimits& limits_;
+  const std::function<void()> on_end_;
+  bool active_ = false;
+  std::uint64_t delivered_ = 0;  // when the span began that is watched
+  std::chrono::steady_clock::time_point span_began_;
 };
 
 }  // namespace zelto

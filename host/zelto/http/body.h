@@ -3,9 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "base/growing_buffer.h"
+#include "http/spool.h"
 
 namespace zelto {
 
@@ -18,23 +20,33 @@ class Body {
   explicit Body(std::string_view bytes) { append(bytes); }
   Body& operator=(std::string_view bytes) { return *this = Body(bytes); }
 
+  // Empty while the bytes lie in a file: load() first.
   operator std::string_view() const { return bytes_.view(); }
   std::size_t size() const { return bytes_.size(); }
   std::size_t capacity() const { return bytes_.capacity(); }
 
+  // Where a body waits for its end that is too large for memory, or comes when there is no more. Without a spool it
+  // lies in memory in any case.
+  void use(Spool& spool);
   // The size that was announced. Nothing is allocated for it, as it may never come; it only keeps the
   // growth from going beyond it.
   void expect(std::uint64_t size) { expected_ = size; }
-  // Throws std::bad_alloc, and is unchanged then.
+  // Throws std::bad_alloc, or std::system_error when there is no room in the spool either, and is unchanged then.
   void append(std::string_view bytes);
+  // Brings the bytes into memory that lie in a file. Throws what append() throws.
+  void load();
   // Gives the memory away, which came from std::malloc; null when there are no bytes.
-  Bytes release() { return bytes_.release(); }
+  Bytes release();
 
  private:
-  void grow(std::size_t needed);
+  std::size_t grown_to(std::size_t needed) const;
+  void append_to_file(std::string_view bytes);
 
   base::GrowingBuffer bytes_;
   std::uint64_t expected_ = 0;
+  Spool* spool_ = nullptr;
+  Share share_;
+  std::optional<SpoolFile> file_;  // in place of the memory
 };
 
 }  // namespace zelto

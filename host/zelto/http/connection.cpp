@@ -48,11 +48,17 @@ Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> ter
       terms_(std::move(terms)),
       shared_(shared),
       deadline_(socket_.get_executor(), [this] { on_timeout(); }),
-      reader_(limits()),
+      reader_(limits(), shared.spool),
       read_rate_(limits().body_timeout, limits().body_rate),
-      sender_(socket_, sink_, deadline_, limits().send_timeout, [this] { on_sent(); }) {}
+      // A worker may write, so that sending is left to the strand.
+      queue_(shared.spool, limits().send_memory,
+             [this] { asio::post(socket_.get_executor(), [self = shared_from_this()] { self->sender_.send(self); }); }),
+      sink_(queue_),
+      sender_(socket_, queue_, deadline_, limits(), [this] {
+        if (phase_ == Phase::sending) on_sent();
+      }) {}
 
-Connection::~Connection() { shared_.gone(this); }
+Connection::~Connection() { shared_.table.remove(this); }
 
 void Connection::start() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] { self->begin(); });
@@ -65,23 +71,39 @@ void Connection::begin() {
   read_head();
 }
 
-void Connection::answer_busy() {
+void Connection::turn_away() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     self->fill_record("-");
-    self->answer_plainly(status::kUnavailable, {{"Retry-After", "5"}}, false);
+    self->prepare_sink(false);
+    serve_status(self->sink_, status::kUnavailable, {}, {{"Retry-After", "5"}});
+    self->log_answer();
+    Error ignored;
+    self->socket_.shutdown(Socket::shutdown_send, ignored);
+    // What has come by now is taken, as closing would otherwise reset the connection under the answer.
+    self->socket_.non_blocking(true, ignored);
+    const auto room = self->reader_.room(kReadSize);
+    self->socket_.read_some(asio::buffer(room.data(), room.size()), ignored);
+    self->close();
+  });
+}
+
+void Connection::give_way() {
+  asio::post(socket_.get_executor(), [self = shared_from_this()] {
+    if (self->may_give_way()) self->close();
   });
 }
 
 void Connection::close_when_idle() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     self->last_ = true;
-    if (self->is_idle()) self->close();
+    if (self->is_idle() || self->phase_ == Phase::draining) self->close();
   });
 }
 
 void Connection::abort() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     self->aborted_ = true;
+    if (self->in_worker_ && self->shared_.pool.withdraw(*self, self->turn_)) self->in_worker_ = false;
     // The descriptor must stay open while a worker may write to it.
     if (self->in_worker_)
       reset_peer(self->socket_.native_handle());
@@ -141,6 +163,24 @@ void Connection::on_head() {
   if (const auto* agent = request.header("User-Agent")) record_.user_agent = *agent;
   ++served_;
   last_ |= !wants_keep_alive(request) || served_ >= limits().keep_alive_requests;
+  shared_.table.set_waiting(this, false);
+  route();
+}
+
+void Connection::route() {
+  turn_.clear();
+  if (shared_.router) {
+    prepare_sink(!last_ && !reader_.needs_body());
+    try {
+      auto route = shared_.router->route(reader_.request(), sink_);
+      turn_ = std::move(route.turn);
+      if (route.answered || sink_.started()) return answer_unread();
+    } catch (const std::exception& error) {
+      shared_.report(reader_.request().path + ": " + error.what());
+      sink_.started() ? sink_.abandon() : serve_status(sink_, status::kServerError);
+      return answer_unread();
+    }
+  }
   if (reader_.needs_body())
     begin_body();
   else
@@ -161,6 +201,15 @@ void Connection::begin_body() {
 }
 
 void Connection::read_body() {
+  try {
+    read_more_of_body();
+  } catch (const std::exception& error) {
+    shared_.report(std::string("a request's body is refused: ") + error.what());
+    refuse(status::kUnavailable);
+  }
+}
+
+void Connection::read_more_of_body() {
   std::size_t used = 0;
   switch (reader_.read_body(used)) {
     case RequestReader::Progress::done:
@@ -179,6 +228,13 @@ void Connection::read_body() {
 
 // --- answering
 
+void Connection::prepare_sink(bool keep_alive) {
+  sink_.reset(socket_.native_handle(), {.head_only = reader_.asks_head_only(),
+                                        .minor_version = reader_.minor_version(),
+                                        .keep_alive = keep_alive,
+                                        .stopping = &shared_.stopping});
+}
+
 void Connection::submit_unread() {
   unread_input_ = true;
   submit();
@@ -196,30 +252,41 @@ void Connection::submit() {
   request.remote_address = record_.remote_address;
   if (!error) request.remote_port = remote.port();
   request.secure = came_encrypted(request, terms_->trusted_proxies);
-  sink_.reset(socket_.native_handle(), {.head_only = request.method == "HEAD",
-                                        .minor_version = request.minor_version,
-                                        .keep_alive = !last_ && !unread_input_,
-                                        .stopping = &shared_.stopping,
-                                        .send_timeout = limits().send_timeout});
+  prepare_sink(!last_ && !unread_input_);
   in_worker_ = true;
-  if (shared_.pool.submit(shared_from_this())) return;
+  switch (shared_.pool.submit(shared_from_this(), turn_)) {
+    case WorkerPool::Submitted::queued:
+      return;
+    case WorkerPool::Submitted::waits_for_turn:
+      return arm(limits().turn_timeout);
+    case WorkerPool::Submitted::refused:
+      return refuse_busy();
+  }
+}
+
+void Connection::refuse_busy() {
   in_worker_ = false;
   answer_plainly(status::kUnavailable, {{"Retry-After", "1"}}, !last_ && !unread_input_);
 }
 
 void Connection::run(Worker& worker) {
   try {
-    try {
-      worker.handle(std::move(reader_.request()), sink_);
-    } catch (...) {
-      if (sink_.started()) sink_.abandon();
-    }
-    if (!sink_.started()) serve_status(sink_, status::kServerError, "The page gave no answer.");
-    if (!sink_.finished()) sink_.abandon();
+    handle(worker);
   } catch (...) {
     sink_.abandon();
   }
   asio::post(socket_.get_executor(), [self = shared_from_this()] { self->on_answered(); });
+}
+
+void Connection::handle(Worker& worker) {
+  try {
+    reader_.request().body.load();
+    worker.handle(std::move(reader_.request()), sink_);
+  } catch (...) {
+    if (sink_.started()) sink_.abandon();
+  }
+  if (!sink_.started()) serve_status(sink_, status::kServerError, "The page gave no answer.");
+  if (!sink_.finished()) sink_.abandon();
 }
 
 void Connection::on_answered() {
@@ -227,7 +294,7 @@ void Connection::on_answered() {
   if (aborted_)
     close();
   else
-    send_rest();
+    on_written();
 }
 
 void Connection::refuse(int status) {
@@ -238,25 +305,36 @@ void Connection::refuse(int status) {
 }
 
 void Connection::answer_plainly(int status, std::vector<Header> headers, bool keep_alive) {
-  sink_.reset(socket_.native_handle(), {.head_only = reader_.asks_head_only(),
-                                        .keep_alive = keep_alive,
-                                        .stopping = &shared_.stopping,
-                                        .send_timeout = limits().send_timeout});
+  prepare_sink(keep_alive);
   serve_status(sink_, status, {}, std::move(headers));
-  send_rest();
+  on_written();
 }
 
-void Connection::send_rest() {
+// What was answered before its body was read.
+void Connection::answer_unread() {
+  unread_input_ |= reader_.needs_body();
+  arm(Duration::zero());
+  on_written();
+}
+
+void Connection::on_written() {
   phase_ = Phase::sending;
-  sender_.send(shared_from_this());
+  if (queue_.is_sending())
+    sender_.send(shared_from_this());
+  else
+    on_sent();
 }
 
-void Connection::on_sent() {
+void Connection::log_answer() {
   record_.status = sink_.status();
   record_.body_bytes = sink_.body_bytes();
   record_.note = sink_.note();
   record_.taken = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - began_);
   shared_.log(record_);
+}
+
+void Connection::on_sent() {
+  log_answer();
   if (sink_.must_reset()) {
     reset();
   } else if (last_ || unread_input_ || sink_.must_close()) {
@@ -272,29 +350,30 @@ void Connection::next_request() {
   record_ = AccessRecord();
   phase_ = Phase::idle;
   arm(limits().keep_alive_timeout);
+  shared_.table.set_waiting(this, true);
   // Posted, not called: a client may have sent any number of requests at once.
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     if (self->phase_ == Phase::idle) self->read_head();
   });
 }
 
-// Closing while the client still sends would reset the connection and lose the answer on its way.
+// Closing while the client still sends would reset the connection and lose the answer on its way. So some of that is
+// read and dropped; a client that sends more has until the end of the time to read its answer.
 void Connection::drain() {
   phase_ = Phase::draining;
   sink_.reset(-1, {});
   Error ignored;
   socket_.shutdown(Socket::shutdown_send, ignored);
-  read_rate_.begin(Clock::now());
+  if (shared_.stopping) return close();
+  shared_.table.set_waiting(this, true);
   drained_ = 0;
+  arm(limits().drain_timeout);
   drain_more();
 }
 
 void Connection::drain_more() {
-  const std::size_t read = reader_.drop();
-  drained_ += read;
-  if (drained_ > limits().drain_bytes || read_rate_.is_too_slow(read, Clock::now())) return close();
-  arm(limits().drain_timeout);
-  receive(&Connection::drain_more);
+  drained_ += reader_.drop();
+  if (drained_ < limits().drain_bytes) receive(&Connection::drain_more);
 }
 
 void Connection::close() {
@@ -313,7 +392,12 @@ void Connection::reset() {
 
 void Connection::on_timeout() {
   if (is_idle() || phase_ == Phase::draining) return close();
-  timed_out_ = phase_ != Phase::sending;
+  if (sender_.is_active()) return sender_.on_timeout(shared_from_this());
+  if (phase_ == Phase::answering) {
+    if (shared_.pool.withdraw(*this, turn_)) refuse_busy();
+    return;
+  }
+  timed_out_ = true;
   socket_.cancel();  // whatever waits for the client now fails
 }
 

@@ -1,4 +1,4 @@
-// One client's connection: reads requests, has them answered, writes what a worker left unsent.
+// One client's connection: reads requests, has them answered, and sends the answers at the client's pace.
 #pragma once
 
 #include <atomic>
@@ -7,19 +7,21 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "http/access_log.h"
+#include "http/answer_queue.h"
 #include "http/answer_sender.h"
+#include "http/connection_table.h"
 #include "http/deadline.h"
 #include "http/limits.h"
 #include "http/request_reader.h"
 #include "http/socket_sink.h"
+#include "http/spool.h"
 #include "http/worker_pool.h"
 
 namespace zelto {
-
-class Connection;
 
 // What holds for a connection from its beginning to its end.
 struct ConnectionTerms {
@@ -30,13 +32,16 @@ struct ConnectionTerms {
 // What all connections of a server share; it outlives them.
 struct ConnectionShared {
   WorkerPool& pool;
+  ConnectionTable& table;
+  Spool& spool;
+  Router* router;  // null when workers answer everything
   std::function<void(const AccessRecord&)> log;
-  std::function<void(Connection*)> gone;  // called by its destructor
+  std::function<void(std::string_view)> report;  // of what goes wrong in the server itself
   std::atomic<bool> stopping = false;
 };
 
 // Runs on its socket's strand, except for run(), which a worker's thread calls while the strand does nothing
-// with the request, the sink or the socket but reset it.
+// with the request, the sink or the socket but send what waits, or reset it.
 class Connection final : public Job, public std::enable_shared_from_this<Connection> {
  public:
   using Socket = boost::asio::ip::tcp::socket;
@@ -48,7 +53,8 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
 
   // These may be called from any thread.
   void start();
-  void answer_busy();  // the server has too many connections: says so and closes
+  void turn_away();  // the server has too many connections: says so and closes
+  void give_way();   // to another connection, unless a request has begun meanwhile
   void close_when_idle();
   void abort();
 
@@ -68,15 +74,22 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void on_head();
   void begin_body();
   void read_body();
+  void read_more_of_body();
 
   void fill_record(std::string_view request_line);
+  void route();
+  void prepare_sink(bool keep_alive);
   void submit();
   void submit_unread();
+  void handle(Worker& worker);
   void on_answered();
+  void answer_unread();
   void refuse(int status);
+  void refuse_busy();
   void answer_plainly(int status, std::vector<Header> headers, bool keep_alive);
-  void send_rest();
+  void on_written();
   void on_sent();
+  void log_answer();
   void next_request();
   void drain();
   void drain_more();
@@ -86,6 +99,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void arm(Duration duration) { deadline_.arm(duration, shared_from_this()); }
   void on_timeout();
   bool is_idle() const;
+  bool may_give_way() const { return is_idle() || phase_ == Phase::head || phase_ == Phase::draining; }
   const HttpLimits& limits() const { return terms_->limits; }
 
   Socket socket_;
@@ -104,9 +118,11 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   Clock::time_point began_;
 
   RequestReader reader_;
-  ReadRate read_rate_;  // of a body, or of what is drained
+  ReadRate read_rate_;  // of a body
   std::uint64_t drained_ = 0;
   AccessRecord record_;
+  std::string turn_;  // of the request that is answered
+  AnswerQueue queue_;
   SocketSink sink_;
   AnswerSender sender_;
 };

@@ -18,13 +18,17 @@ struct HttpLimits {
   Duration header_timeout = std::chrono::seconds(10);
   Duration body_timeout = std::chrono::seconds(30);  // between two reads
   std::uint64_t body_rate = 256;                     // bytes a second, in every span of body_timeout
-  Duration send_timeout = std::chrono::seconds(30);  // between two writes
+  Duration send_timeout = std::chrono::seconds(30);  // a span in which a client must take something of its answer
+  std::uint64_t send_rate = 256;                     // bytes a second, in every such span
+  std::size_t send_memory = std::size_t{1} << 20;    // of an answer, before it waits in a file
+  Duration turn_timeout = std::chrono::seconds(30);  // that a request waits for those before it of its session
   Duration keep_alive_timeout = std::chrono::seconds(15);
   unsigned keep_alive_requests = 1000;
-  // Reading on after an answer that came too early: between two reads, and in all.
+  // Reading on after an answer that came too early. Whichever is reached first.
   Duration drain_timeout = std::chrono::seconds(5);
-  std::uint64_t drain_bytes = std::uint64_t{1} << 30;
+  std::uint64_t drain_bytes = std::uint64_t{256} * 1024;
   std::size_t connections = 4096;
+  std::size_t connections_per_address = 2048;  // of an IPv6 client, its /64; zero is no limit
 };
 
 }  // namespace zelto

@@ -35,6 +35,7 @@ struct HttpRequest {
   std::string local_address;
   std::uint16_t local_port = 0;
   bool secure = false;
+  std::string file;  // what the path names, when whoever routed the request knows
 
   // The first header of that name, compared without regard to case; null when there is none.
   const std::string* header(std::string_view name) const;
@@ -58,7 +59,7 @@ class ResponseSink {
   // `length` is the body's size when it is known already, else kUnknownLength: the connection then
   // frames the body itself.
   virtual void start(ResponseHead head, std::uint64_t length) = 0;
-  // Blocks while the client is slow, up to the send time-out.
+  // Does not wait for the client, unless there is no room left for what it has not taken.
   virtual void write(std::string_view bytes) = 0;
   // In place of the last write: `length` bytes of the file from `offset`, sent without keeping the calling thread.
   virtual void write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) = 0;
@@ -68,6 +69,9 @@ class ResponseSink {
   virtual void break_off() = 0;
   // False once the client has closed its side or a write has failed.
   virtual bool connected() const = 0;
+  // Nothing that is written arrives any more: a page need not go on. A client that has only closed its side may still
+  // read.
+  virtual bool failed() const = 0;
   // Text that a page adds to the access log's line of this request.
   virtual void append_to_log(std::string_view text) = 0;
 

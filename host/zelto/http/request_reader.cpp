@@ -65,6 +65,7 @@ RequestReader::Progress RequestReader::read_head() {
   }
   request_line_ = request_line();
   parser_.emplace(limits_);
+  parser_->request().body.use(spool_);
   const int status = parser_->parse_head(std::string_view(input_).substr(0, scanner_->size()));
   erase(scanner_->size());
   return status == status::kOk ? Progress::done : refuse(status);

@@ -21,7 +21,7 @@ class RequestReader {
   // and can be answered. After these two nothing more must be read.
   enum class Progress { more, done, too_large, refused };
 
-  explicit RequestReader(const HttpLimits& limits) : limits_(limits) { next(); }
+  RequestReader(const HttpLimits& limits, Spool& spool) : limits_(limits), spool_(spool) { next(); }
 
   // Room behind what has been received, until received() tells how much of it was used.
   std::span<char> room(std::size_t size);
@@ -44,6 +44,7 @@ class RequestReader {
   bool awaits_continue() const;
   // As far as it has come, also of a head that was refused.
   std::string_view request_line() const;
+  int minor_version() const { return parser_ ? parser_->request().minor_version : 1; }
   bool asks_head_only() const { return parser_ && parser_->request().method == "HEAD"; }
   HttpRequest& request() { return parser_->request(); }
   int status() const { return status_; }
@@ -54,6 +55,7 @@ class RequestReader {
   void erase(std::size_t count);
 
   const HttpLimits& limits_;
+  Spool& spool_;
   std::string input_;         // what was received and not yet consumed, with room behind it while more is awaited
   std::size_t received_ = 0;  // the part of it that is received
   std::string request_line_;  // of a head that is complete

@@ -1,5 +1,7 @@
 #include "http/server.h"
 
+#include <algorithm>
+#include <atomic>
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/address.hpp>
@@ -7,11 +9,9 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/strand.hpp>
-#include <condition_variable>
 #include <mutex>
 #include <system_error>
 #include <thread>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -23,14 +23,27 @@ namespace zelto {
 namespace asio = boost::asio;
 using asio::ip::tcp;
 
+namespace {
+
+// After which what failed for want of memory or files is tried again.
+constexpr std::chrono::milliseconds kPause(20);
+
+}  // namespace
+
 class Server::Impl {
  public:
-  Impl(ServerOptions options, WorkerFactory factory)
+  Impl(ServerOptions options, WorkerFactory factory, Router* router)
       : options_(std::move(options)),
         terms_(std::make_shared<ConnectionTerms>(ConnectionTerms{options_.limits, options_.trusted_proxies})),
-        pool_(std::move(factory), options_.workers, options_.worker_stack, options_.queue),
-        shared_{pool_, [this](const AccessRecord& record) { log(record); },
-                [this](Connection* connection) { forget(connection); }} {}
+        table_({options_.limits.connections, options_.limits.connections_per_address}),
+        spool_(options_.spool),
+        pool_(std::move(factory), {options_.workers, options_.worker_stack, options_.queue, options_.turn_queue}),
+        shared_{pool_,
+                table_,
+                spool_,
+                router,
+                [this](const AccessRecord& record) { log(record); },
+                [this](std::string_view problem) { report(problem); }} {}
 
   ~Impl() {
     try {
@@ -45,7 +58,7 @@ class Server::Impl {
   void start() {
     listen();
     pool_.start();
-    asio::post(io_, [this] { accept(); });
+    accept();
     for (unsigned i = 0; i < std::max(options_.io_threads, 1U); ++i) threads_.emplace_back([this] { run_io(); });
   }
 
@@ -65,12 +78,9 @@ class Server::Impl {
       acceptor_.close(ignored);
       retry_.cancel();
     });
-    for (const auto& connection : connections()) connection->close_when_idle();
-    {
-      std::unique_lock lock(lock_);
-      all_answered_ = threads_.empty() || none_left_.wait_for(lock, grace, [this] { return connections_.empty(); });
-    }
-    for (const auto& connection : connections()) connection->abort();
+    for (const auto& connection : table_.all()) connection->close_when_idle();
+    all_answered_ = threads_.empty() || table_.wait_until_empty(grace);
+    for (const auto& connection : table_.all()) connection->abort();
     pool_.stop();
     io_.stop();
     threads_.clear();
@@ -96,28 +106,42 @@ class Server::Impl {
   void run_io() {
     for (;;) {
       try {
+        if (!accepting_) accept();
         io_.run();
         return;
-      } catch (const std::exception&) {
+      } catch (const std::exception& error) {
         // Out of memory in one connection's step: that connection goes with its handler, the others go on.
-        continue;
+        report(error.what());
+        if (!accepting_) std::this_thread::sleep_for(kPause);
       }
     }
   }
 
+  // Whatever fails in here, someone accepts again.
   void accept() {
-    acceptor_.async_accept(asio::make_strand(io_), [this](const boost::system::error_code& error, tcp::socket socket) {
-      if (shared_.stopping || error == asio::error::operation_aborted) return;
-      if (!error) {
-        adopt(std::move(socket));
-        accept();
-        return;
-      }
-      // Mostly no descriptor left: one becomes free when a connection ends.
-      retry_.expires_after(std::chrono::milliseconds(100));
-      retry_.async_wait([this](const boost::system::error_code& cancelled) {
-        if (!cancelled && !shared_.stopping) accept();
-      });
+    if (accepting_.exchange(true)) return;
+    try {
+      acceptor_.async_accept(asio::make_strand(io_),
+                             [this](const boost::system::error_code& error, tcp::socket socket) {
+                               accepting_ = false;
+                               if (shared_.stopping || error == asio::error::operation_aborted) return;
+                               if (error) return accept_later(error);
+                               accept();
+                               adopt(std::move(socket));
+                             });
+    } catch (...) {
+      accepting_ = false;
+      throw;
+    }
+  }
+
+  // Mostly no descriptor is left: one becomes free when a connection ends.
+  void accept_later(const boost::system::error_code& error) {
+    if (!starved_.exchange(true)) report("accepting a connection: " + error.message());
+    if (const auto connection = table_.longest_waiting()) connection->give_way();
+    retry_.expires_after(kPause);
+    retry_.async_wait([this](const boost::system::error_code& cancelled) {
+      if (!cancelled && !shared_.stopping) accept();
     });
   }
 
@@ -127,32 +151,16 @@ class Server::Impl {
   }
 
   void adopt(tcp::socket socket) {
-    const auto connection = std::make_shared<Connection>(std::move(socket), terms(), shared_);
-    bool busy = false;
-    {
-      const std::lock_guard lock(lock_);
-      if (shared_.stopping) return;
-      busy = connections_.size() >= options_.limits.connections;
-      connections_.emplace(connection.get(), connection);
-    }
-    if (busy)
-      connection->answer_busy();
-    else
-      connection->start();
-  }
-
-  std::vector<std::shared_ptr<Connection>> connections() {
-    std::vector<std::shared_ptr<Connection>> alive;
-    const std::lock_guard lock(lock_);
-    for (const auto& [key, weak] : connections_)
-      if (auto connection = weak.lock()) alive.push_back(std::move(connection));
-    return alive;
-  }
-
-  void forget(Connection* connection) {
-    const std::lock_guard lock(lock_);
-    connections_.erase(connection);
-    if (connections_.empty()) none_left_.notify_all();
+    starved_ = false;
+    boost::system::error_code error;
+    const auto client = socket.remote_endpoint(error).address();
+    if (error || shared_.stopping) return;
+    const auto terms = this->terms();
+    const auto connection = std::make_shared<Connection>(std::move(socket), terms, shared_);
+    const bool is_proxy = std::ranges::find(terms->trusted_proxies, client.to_string()) != terms->trusted_proxies.end();
+    const auto admission = table_.admit(connection, client, !is_proxy);
+    if (admission.gives_way) admission.gives_way->give_way();
+    admission.admitted ? connection->start() : connection->turn_away();
   }
 
   void log(const AccessRecord& record) {
@@ -161,12 +169,16 @@ class Server::Impl {
     options_.on_access(record);
   }
 
+  void report(std::string_view problem) const {
+    if (options_.on_problem) options_.on_problem(problem);
+  }
+
   const ServerOptions options_;
   std::mutex log_lock_;
-  std::mutex lock_;  // guards terms_ and connections_; never held while one of these is released
+  std::mutex lock_;  // guards terms_; never held while they are released
   std::shared_ptr<const ConnectionTerms> terms_;
-  std::unordered_map<Connection*, std::weak_ptr<Connection>> connections_;
-  std::condition_variable none_left_;
+  ConnectionTable table_;
+  Spool spool_;
   WorkerPool pool_;
   ConnectionShared shared_;
   // Behind what its handlers use: destroying it destroys the connections that are left.
@@ -175,13 +187,15 @@ class Server::Impl {
   tcp::acceptor acceptor_{io_};
   asio::steady_timer retry_{io_};
   std::vector<std::jthread> threads_;
+  std::atomic<bool> accepting_ = false;
+  std::atomic<bool> starved_ = false;  // and the log knows
   std::uint16_t port_ = 0;
   bool stopped_ = false;
   bool all_answered_ = true;
 };
 
-Server::Server(ServerOptions options, WorkerFactory factory)
-    : impl_(std::make_unique<Impl>(std::move(options), std::move(factory))) {}
+Server::Server(ServerOptions options, WorkerFactory factory, Router* router)
+    : impl_(std::make_unique<Impl>(std::move(options), std::move(factory), router)) {}
 
 Server::~Server() = default;
 

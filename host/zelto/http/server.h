@@ -1,4 +1,5 @@
-// The HTTP/1.1 server: receives requests on I/O threads and hands each complete one to a worker thread.
+// The HTTP/1.1 server: receives requests and sends answers on I/O threads; what a router does not answer there, a
+// worker thread does.
 #pragma once
 
 #include <chrono>
@@ -7,10 +8,12 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "http/access_log.h"
 #include "http/limits.h"
+#include "http/spool.h"
 #include "http/worker.h"
 
 namespace zelto {
@@ -21,16 +24,21 @@ struct ServerOptions {
   unsigned io_threads = 1;
   unsigned workers = 2;
   std::size_t worker_stack = std::size_t{8} * 1024 * 1024;
-  std::size_t queue = 256;  // requests that may wait for a worker; others get 503
-  // Addresses whose X-Forwarded-Proto is believed, as they are written in AccessRecord.
+  std::size_t queue = 256;     // requests that may wait for a worker; others get 503
+  std::size_t turn_queue = 8;  // requests that may wait for others of their session; others get 503
+  // Addresses whose X-Forwarded-Proto is believed, as they are written in AccessRecord. The limit of connections for
+  // each address does not hold for them.
   std::vector<std::string> trusted_proxies{};
   HttpLimits limits{};
+  SpoolLimits spool{};
   std::function<void(const AccessRecord&)> on_access{};  // called on I/O threads, one call at a time
+  std::function<void(std::string_view)> on_problem{};    // called on any thread: a line for the log
 };
 
 class Server {
  public:
-  Server(ServerOptions options, WorkerFactory factory);
+  // `router` outlives the server; without one, workers answer every request.
+  Server(ServerOptions options, WorkerFactory factory, Router* router = nullptr);
   // Stops at once if stop() was not called.
   ~Server();
   Server(const Server&) = delete;

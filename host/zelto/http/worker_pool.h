@@ -3,10 +3,12 @@
 
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <exception>
+#include <list>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "base/thread.h"
@@ -21,33 +23,53 @@ class Job {
   virtual void run(Worker& worker) = 0;
 };
 
+struct WorkerPoolOptions {
+  unsigned threads = 1;
+  std::size_t stack = std::size_t{8} << 20;
+  std::size_t queue = 256;     // jobs that may wait for a worker
+  std::size_t turn_queue = 8;  // jobs that may wait for one turn
+};
+
+// Jobs of the same turn run one after the other, in the order in which they came. Those that wait for their turn
+// wait here, and hold no worker.
 class WorkerPool {
  public:
-  WorkerPool(WorkerFactory factory, unsigned threads, std::size_t stack, std::size_t queue);
+  WorkerPool(WorkerFactory factory, const WorkerPoolOptions& options);
   ~WorkerPool();
   WorkerPool(const WorkerPool&) = delete;
   WorkerPool& operator=(const WorkerPool&) = delete;
 
   // Starts the threads and waits until each has made its worker. Throws what the factory threw.
   void start();
-  // False when the queue is full or the pool has stopped.
-  bool submit(std::shared_ptr<Job> job);
+  // refused: the queue is full, that of the turn is, or the pool has stopped. A job without a turn, an empty one,
+  // waits for nobody.
+  enum class Submitted { queued, waits_for_turn, refused };
+  Submitted submit(std::shared_ptr<Job> job, const std::string& turn = {});
+  // Takes back a job that waits for its turn; false when there is none such: it has had its turn.
+  bool withdraw(const Job& job, const std::string& turn);
   // Drops the jobs that no worker has begun, waits for the others, and joins the threads.
   void stop();
 
  private:
+  struct Task {
+    std::shared_ptr<Job> job;
+    std::string turn;
+  };
+  using Tasks = std::list<Task>;  // which pass from one to another without taking memory
+
   void run();
-  std::shared_ptr<Job> next();
+  Task next();
+  void end_turn(const std::string& turn);
 
   const WorkerFactory factory_;
-  const unsigned count_;
-  const std::size_t stack_;
-  const std::size_t queue_limit_;
+  const WorkerPoolOptions options_;
   std::vector<base::Thread> threads_;
 
   std::mutex lock_;  // guards what follows
   std::condition_variable changed_;
-  std::deque<std::shared_ptr<Job>> queue_;
+  Tasks queue_;
+  // Of each turn that has a job queued or running: those that wait for it.
+  std::unordered_map<std::string, Tasks> turns_;
   unsigned ready_ = 0;
   bool stopping_ = false;
   std::exception_ptr failure_;

@@ -95,16 +95,19 @@ HRESULT ResponseObject::change_head(std::wstring_view member, Change change) {
   });
 }
 
+// A page whose client has gone ends with what it writes next.
+HRESULT ResponseObject::go_on() { return page_->response.is_lost() ? page_->host->end_page() : S_OK; }
+
 HRESULT ResponseObject::Write(VARIANT value) {
   return guarded(kSource, [&]() -> HRESULT {
     if (value.vt == VT_BSTR) {
       page_->response.write(korlib::view_of(value.bstrVal));
-      return S_OK;
+      return go_on();
     }
     std::wstring text;
     RETURN_IF_FAILED(append_value_text(value, page_->response.lcid, text));
     if (!text.empty()) page_->response.write(text);
-    return S_OK;
+    return go_on();
   });
 }
 
@@ -126,13 +129,13 @@ HRESULT ResponseObject::BinaryWrite(VARIANT bytes) {
     if (value->vt == VT_EMPTY || value->vt == VT_NULL) return S_OK;
     if (value->vt == VT_BSTR) {
       page_->response.write(korlib::view_of(value->bstrVal));
-      return S_OK;
+      return go_on();
     }
     if (!bytes_of(*value, view)) {
       return korlib::raise(DISP_E_TYPEMISMATCH, kSource, L"BinaryWrite takes an array of bytes, or text.");
     }
     page_->response.write_bytes(view);
-    return S_OK;
+    return go_on();
   });
 }
 
@@ -216,7 +219,7 @@ HRESULT ResponseObject::Clear() {
 HRESULT ResponseObject::Flush() {
   if (!page_->response.buffered) return korlib::raise(E_FAIL, kSource, L"Flush needs a buffered response.");
   page_->response.flush();
-  return S_OK;
+  return go_on();
 }
 
 HRESULT ResponseObject::get_Buffer(VARIANT_BOOL* buffered) { return give_bool(page_->response.buffered, buffered); }

@@ -51,6 +51,7 @@ class ResponseObject final : public korlib::DispatchObject<ResponseObject, Zelto
   // Runs change(response) for the member; refuses it when the head has gone out.
   template <class Change>
   HRESULT change_head(std::wstring_view member, Change change);
+  HRESULT go_on();
 
   PageStatePtr page_;
 };

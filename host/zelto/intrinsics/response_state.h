@@ -69,6 +69,8 @@ class ResponseState : public ResponseFields {
 
   bool head_sent() const { return head_sent_; }
   bool connected() const { return sink_ && sink_->connected(); }
+  // What the page writes reaches nobody: its client has gone.
+  bool is_lost() const { return head_sent_ && sink_ && sink_->failed(); }
 
   bool buffered = true;
   std::string session_cookie;  // a whole Set-Cookie value, or empty

@@ -54,4 +54,10 @@ LoadedPage Programs::load(const std::string& virtual_path, const std::string& ph
   return {page->program, std::nullopt, page->directive};
 }
 
+bool Programs::uses_session(const std::string& physical) {
+  const std::lock_guard guard(lock_);
+  const auto found = pages_.find(physical);
+  return found != pages_.end() && found->second->directive.uses_session;
+}
+
 }  // namespace zelto

@@ -28,6 +28,8 @@ class Programs {
 
   // `physical` is the page's canonical path.
   LoadedPage load(const std::string& virtual_path, const std::string& physical);
+  // Whether the page used the session when it was last compiled; false of one that never was.
+  bool uses_session(const std::string& physical);
 
  private:
   std::shared_ptr<const pages::CompiledPage> current(const std::string& physical);

@@ -2,19 +2,34 @@
 
 #include <korlib_host/errors.h>
 
-#include "text/charset.h"
+#include "base/letter_case.h"
+#include "text/http_grammar.h"
 
 namespace zelto {
 
 namespace {
 
-constexpr const wchar_t* kCookie = L"zelto_session";
+constexpr std::string_view kCookie = "zelto_session";
 
 }  // namespace
 
+// Of two, the first counts: it is the one with the longer path.
+std::string_view sent_session(const HttpRequest& request) {
+  std::string_view id;
+  for (const Header& header : request.headers) {
+    if (!base::equal_ascii(header.name, "Cookie")) continue;
+    for_each_piece(header.value, ';', [&](std::string_view piece) {
+      const std::string_view pair = trim_blanks(piece);
+      const std::size_t equals = pair.find('=');
+      if (equals == std::string_view::npos || trim_blanks(pair.substr(0, equals)) != kCookie || !id.empty()) return;
+      id = trim_blanks(pair.substr(equals + 1));
+    });
+  }
+  return id;
+}
+
 bool PageSession::open() {
-  const ReceivedCookie* cookie = find_named(page_.request.cookies(), kCookie);
-  hold_.emplace(store_.open(cookie ? to_utf8(cookie->value) : std::string()));
+  hold_.emplace(store_.open(sent_session(page_.request.http())));
   if (!*hold_) return false;
   (*hold_)->on_keep = [this] { return keep(); };
   (*hold_)->on_renew = [this] { return renew(); };
@@ -51,7 +66,7 @@ HRESULT PageSession::renew() {
 }
 
 void PageSession::set_cookie() {
-  page_.response.session_cookie = to_utf8(kCookie) + "=" + state()->id + "; Path=/; HttpOnly; SameSite=Lax" +
+  page_.response.session_cookie = std::string(kCookie) + "=" + state()->id + "; Path=/; HttpOnly; SameSite=Lax" +
                                   (page_.request.http().secure ? "; Secure" : "");
 }
 

@@ -3,11 +3,15 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
 
 #include "intrinsics/page_state.h"
 #include "site/session_store.h"
 
 namespace zelto {
+
+// The identifier of the session that the request's client says is its own; empty without one.
+std::string_view sent_session(const HttpRequest& request);
 
 // Finds the session by the request's cookie and holds its lock until close(). A new session is kept, and its cookie
 // set, when the page first stores something in it.

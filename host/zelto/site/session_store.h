@@ -57,6 +57,8 @@ class SessionStore {
   // The session of that identifier, or a new one under a new identifier when there is none (any more). Waits for
   // requests that hold it; when they take too long the hold is empty.
   SessionHold open(std::string_view id, Clock::time_point now = Clock::now());
+  // Whether a request with that identifier would find a session.
+  bool has(std::string_view id) const { return find(id) != nullptr; }
   // Lets later requests find the session. The caller holds its lock. At the limit the oldest newcomer makes room: a
   // session whose client has not come back yet, as clients without cookies never do. False when there is none.
   bool add(const std::shared_ptr<SessionState>& session);

@@ -1,4 +1,4 @@
-// Answers the requests of a site: pages, files, and what is neither.
+// Answers the requests for a site's pages, each with the file that the router has found.
 #pragma once
 
 #include "http/worker.h"
@@ -14,8 +14,6 @@ class SiteWorker final : public Worker {
   void handle(HttpRequest&& request, ResponseSink& sink) override;
 
  private:
-  void answer(HttpRequest&& request, ResponseSink& sink);
-
   Site& site_;
   script::Engine engine_;
 };

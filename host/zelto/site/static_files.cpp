@@ -45,6 +45,9 @@ base::FileDescriptor StaticFiles::open_beneath(const std::string& relative, int 
   how.flags = static_cast<std::uint64_t>(flags);
   how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
   const long opened = ::syscall(SYS_openat2, root_.get(), relative.c_str(), &how, sizeof how);
+  if (opened < 0 && (errno == EMFILE || errno == ENFILE)) {
+    throw std::system_error(errno, std::generic_category(), "opening " + relative.substr(1));
+  }
   if (opened >= 0 || (errno != ENOSYS && errno != EPERM)) return base::FileDescriptor(static_cast<int>(opened));
   // An old kernel, or a sandbox that does not know the call: open first, then look where that went.
   base::FileDescriptor file(::openat(root_.get(), relative.c_str(), flags));
@@ -75,7 +78,6 @@ FoundFile StaticFiles::find(std::string_view path) const {
 }
 
 void StaticFiles::serve(const HttpRequest& request, const FoundFile& found, ResponseSink& sink) const {
-  if (request.body_too_large) return serve_status(sink, status::kContentTooLarge);
   if (found.kind == FoundFile::Kind::redirect) {
     const std::string query = request.query.empty() ? std::string() : "?" + request.query;
     return serve_status(sink, status::kMovedPermanently, {}, {{"Location", encode_path(found.path) + query}});

@@ -35,6 +35,7 @@ class StaticFiles {
 
   // `path` as HttpRequest::path. A folder gives its default document, or a redirect when its final slash
   // is missing. Nothing outside the root is ever found, not through symbolic links either.
+  // Throws std::system_error when the system cannot look, because too many files are open.
   FoundFile find(std::string_view path) const;
 
   // Answers with what find() gave, other than a page: the file, whole or in part, a redirect, or 404. For a client

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstring>
+#include <system_error>
+
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -62,6 +66,50 @@ TEST(Body, MovesWithoutACopy) {
   assigned = std::move(moved);
   EXPECT_EQ(at, view(assigned).data());
   EXPECT_EQ("abc", view(assigned));
+}
+
+TEST(Body, WaitsInAFileWhenThereIsNoMoreMemory) {
+  const test::TemporaryFolder folder;
+  zelto::Spool spool({.memory_bytes = 100'000, .file_bytes = 1'000'000, .folder = folder.path()});
+  const std::string all(500'000, 'x');
+  {
+    Body body;
+    body.use(spool);
+    for (std::size_t at = 0; at < all.size(); at += 1000) body.append(std::string_view(all).substr(at, 1000));
+    EXPECT_EQ(0u, body.capacity());
+    EXPECT_EQ(0u, spool.memory.taken());
+    EXPECT_EQ(all.size(), spool.files.taken());
+    Body moved(std::move(body));
+    moved.load();
+    EXPECT_EQ(all, view(moved));
+    EXPECT_EQ(0u, spool.files.taken());
+    EXPECT_NE(nullptr, moved.release());
+  }
+  EXPECT_EQ(0u, spool.memory.taken());
+}
+
+TEST(Body, StaysInMemoryWhenItIsSmall) {
+  zelto::Spool spool({.memory_bytes = 0, .file_bytes = 0, .folder = "/none/of/these"});
+  Body body;
+  body.use(spool);
+  body.append(std::string(65'536, 'x'));
+  EXPECT_EQ(65'536u, body.size());
+}
+
+TEST(Body, SaysThatThereIsNoRoomAndKeepsWhatItHas) {
+  const test::TemporaryFolder folder;
+  zelto::Spool spool({.memory_bytes = 0, .file_bytes = 70'000, .folder = folder.path()});
+  Body body;
+  body.use(spool);
+  body.append(std::string(60'000, 'x'));
+  try {
+    body.append(std::string(20'000, 'y'));
+    FAIL();
+  } catch (const std::system_error& error) {
+    EXPECT_EQ(std::errc(EDQUOT), error.code());
+  }
+  EXPECT_EQ(std::string(60'000, 'x'), view(body));
+  EXPECT_EQ(0u, spool.files.taken());
 }
 
 }  // namespace

@@ -36,7 +36,8 @@ class RequestReader : public testing::Test {
   }
 
   const zelto::HttpLimits limits = small_limits();
-  zelto::RequestReader reader{limits};
+  zelto::Spool spool{{}};
+  zelto::RequestReader reader{limits, spool};
   std::size_t used_in_all = 0;
 };
 

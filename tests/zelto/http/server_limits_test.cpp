@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <memory>
+#include <vector>
 
 #include "http/server.h"
 #include "zelto/http/client.h"
@@ -83,10 +85,11 @@ TEST(ServerLimits, HandABodyThatIsTooLargeToThePageWithoutIt) {
             ask(test.port(), head + "Content-Length: 1000\r\n\r\n" + std::string(1000, 'a')).body);
 
   // The client sends it all before it reads: the answer must survive that.
-  const std::string body(3'000'000, 'a');
+  const std::string body(200'000, 'a');
   Client counted(test.port());
-  ASSERT_TRUE(counted.send(head + "Content-Length: 3000000\r\n\r\n" + body));
-  EXPECT_EQ("POST /echo?|too large 3000000", counted.receive().value().body);
+  ASSERT_TRUE(counted.send(head + "Content-Length: 200000\r\n\r\n" + body));
+  EXPECT_EQ("POST /echo?|too large 200000", counted.receive().value().body);
+  counted.finish_sending();
   EXPECT_TRUE(counted.at_end());
 
   Client chunked(test.port());
@@ -143,9 +146,17 @@ TEST(ServerLimits, AreTheseUnlessSaidOtherwise) {
   EXPECT_EQ(15s, limits.keep_alive_timeout);
   EXPECT_EQ(1000U, limits.keep_alive_requests);
   EXPECT_EQ(5s, limits.drain_timeout);
-  EXPECT_EQ(1'073'741'824U, limits.drain_bytes);
+  EXPECT_EQ(262'144U, limits.drain_bytes);
   EXPECT_EQ(256U, limits.body_rate);
+  EXPECT_EQ(256U, limits.send_rate);
+  EXPECT_EQ(1'048'576U, limits.send_memory);
+  EXPECT_EQ(30s, limits.turn_timeout);
   EXPECT_EQ(4096U, limits.connections);
+  EXPECT_EQ(2048U, limits.connections_per_address);
+  const zelto::SpoolLimits spool;
+  EXPECT_EQ(134'217'728U, spool.memory_bytes);
+  EXPECT_EQ(4'294'967'296U, spool.file_bytes);
+  EXPECT_EQ(8U, zelto::ServerOptions().turn_queue);
 }
 
 TEST(ServerLimits, CloseSilentConnectionsWithoutAWord) {
@@ -174,16 +185,19 @@ TEST(ServerLimits, StopSendingToAClientThatDoesNotRead) {
   }
 }
 
+// It reads its answer, which is not lost for what it goes on to send.
 TEST(ServerLimits, EndTheDrainOfAClientThatNeverStops) {
   zelto::HttpLimits limits;
   limits.body_bytes = 10;
-  limits.drain_bytes = 5'000'000;
+  limits.drain_timeout = milliseconds(300);
   TestServer test(with_limits(limits));
   Client client(test.port());
   client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 99999999999\r\n\r\n");
   EXPECT_EQ("POST /echo?|too large 99999999999", client.receive().value().body);
   const std::string block(100'000, 'a');
-  while (client.send(block)) continue;  // ends when the server has closed
+  std::size_t sent = 0;
+  while (client.send(block)) sent += block.size();  // ends when the server has closed
+  EXPECT_GT(20'000'000u, sent) << "the system's buffers, and no more than the limit of the server";
 }
 
 TEST(ServerLimits, EndTheDrainOfAClientThatNeitherSendsNorCloses) {
@@ -236,15 +250,109 @@ TEST(ServerLimits, AnswerBusyToTooManyConnections) {
   zelto::HttpLimits limits;
   limits.connections = 1;
   TestServer test(with_limits(limits));
-  const std::string request = "GET /echo HTTP/1.1\r\n" + kHost + "\r\n";
   Client first(test.port());
-  first.send(request);
-  EXPECT_EQ(200, first.receive().value().status);
+  first.send("GET /gate HTTP/1.1\r\n" + kHost + "\r\n");
+  test.gate.wait_for(1);
   Client second(test.port());
   EXPECT_EQ(503, second.receive().value().status);
   EXPECT_TRUE(second.at_end());
-  first.send(request);
+  test.gate.open();
   EXPECT_EQ(200, first.receive().value().status);
+}
+
+TEST(ServerLimits, HaveAnIdleConnectionGiveWayToANewOne) {
+  zelto::HttpLimits limits;
+  limits.connections = 2;
+  TestServer test(with_limits(limits));
+  const std::string request = "GET /echo HTTP/1.1\r\n" + kHost + "\r\n";
+  Client silent(test.port());
+  silent.send("GET /ec");
+  Client idle(test.port());
+  idle.send(request);
+  EXPECT_EQ(200, idle.receive().value().status);
+  Client third(test.port());
+  third.send(request);
+  EXPECT_EQ(200, third.receive().value().status);
+  EXPECT_TRUE(silent.at_end()) << "longer than the other one";
+  idle.send(request);
+  EXPECT_EQ(200, idle.receive().value().status);
+  Client fourth(test.port());
+  fourth.send(request);
+  EXPECT_EQ(200, fourth.receive().value().status);
+  EXPECT_TRUE(third.at_end()) << "the other one was answered later";
+}
+
+TEST(ServerLimits, GiveAnAddressItsShareOfConnections) {
+  zelto::ServerOptions options;
+  options.limits.connections_per_address = 1;
+  TestServer test(options);
+  Client first(test.port());
+  first.send("GET /gate HTTP/1.1\r\n" + kHost + "\r\n");
+  test.gate.wait_for(1);
+  Client second(test.port());
+  EXPECT_EQ(503, second.receive().value().status);
+  options.trusted_proxies = {"127.0.0.1"};
+  test.server->change(options.limits, options.trusted_proxies);
+  EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "\r\n").status);
+}
+
+// All of them together hold no worker.
+TEST(ServerLimits, AnswerOthersWhileSlowClientsTakeTheirTime) {
+  zelto::ServerOptions options;
+  options.workers = 1;
+  options.spool.memory_bytes = 2'000'000;
+  TestServer test(options);
+  std::vector<std::unique_ptr<Client>> slow;
+  for (const std::string path : {"/stream?", "/length?", "/stream?", "/length?"}) {
+    slow.push_back(std::make_unique<Client>(test.port()));
+    slow.back()->send("GET " + path + "20000000 HTTP/1.1\r\n" + kHost + "\r\n");
+  }
+  const std::string request = "GET /echo HTTP/1.1\r\n" + kHost + "\r\n";
+  EXPECT_EQ(200, ask(test.port(), request).status);
+  // And they get what they asked for.
+  for (const auto& client : slow) EXPECT_EQ(20'000'000u, client->receive().value().body.size());
+}
+
+TEST(ServerLimits, HaveRequestsOfOneTurnHoldOneWorker) {
+  zelto::ServerOptions options;
+  options.workers = 2;
+  options.turn_queue = 2;
+  options.limits.turn_timeout = milliseconds(50);
+  TestServer test(options);
+  const std::string request = "GET /turn?a HTTP/1.1\r\n" + kHost + "\r\n";
+  Client holder(test.port());
+  holder.send(request);
+  test.gate.wait_for(1);
+  std::vector<std::unique_ptr<Client>> others;
+  for (int i = 0; i < 3; ++i) {
+    others.push_back(std::make_unique<Client>(test.port()));
+    others.back()->send(request);
+  }
+  EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "\r\n").status);
+  // One is too many, and two wait for longer than they may.
+  for (const auto& other : others) {
+    const Answer answer = other->receive().value();
+    EXPECT_EQ(503, answer.status);
+    EXPECT_EQ("1", answer.header("Retry-After"));
+  }
+  test.gate.open();
+  EXPECT_EQ(200, holder.receive().value().status);
+  others[0]->send(request);
+  EXPECT_EQ(200, others[0]->receive().value().status) << "on the same connection, once it is its turn";
+}
+
+TEST(ServerLimits, RefuseABodyForWhichThereIsNoRoom) {
+  zelto::ServerOptions options;
+  options.spool.memory_bytes = 0;
+  options.spool.file_bytes = 100'000;
+  TestServer test(options);
+  const std::string head = "POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: ";
+  const std::string body(90'000, 'a');
+  EXPECT_EQ("POST /echo?|" + body, ask(test.port(), head + "90000\r\n\r\n" + body).body) << "from its file";
+  EXPECT_EQ(503, ask(test.port(), head + "110000\r\n\r\n" + body + std::string(20'000, 'a')).status);
+  test.server->stop(std::chrono::minutes(1));
+  ASSERT_EQ(1u, test.problems.size());
+  EXPECT_EQ("a request's body is refused: keeping a request's body: Disk quota exceeded", test.problems[0]);
 }
 
 }  // namespace

@@ -290,5 +290,32 @@ TEST(Server, DoesNotStartWithoutItsWorkers) {
   EXPECT_THROW(server.start(), std::runtime_error);
 }
 
+TEST(Server, HasTheRouterAnswerBeforeABodyIsReadAndWithoutAWorker) {
+  TestServer test({.workers = 1});
+  Client holder(test.port());
+  holder.send("GET /gate HTTP/1.1\r\nHost: a\r\n\r\n");
+  test.gate.wait_for(1);
+  Client client(test.port());
+  client.send("GET /routed HTTP/1.1\r\nHost: a\r\n\r\nGET /routed HTTP/1.1\r\nHost: a\r\n\r\n");
+  for (int i = 0; i < 2; ++i) EXPECT_EQ("routed", client.receive().value().body);
+  client.send("POST /routed HTTP/1.1\r\nHost: a\r\nContent-Length: 1000\r\nExpect: 100-continue\r\n\r\n");
+  const Answer answer = client.receive().value();
+  EXPECT_EQ(200, answer.status) << "with no 100 before it";
+  EXPECT_EQ("close", answer.header("Connection"));
+  client.send("GET /routed HTTP/1.1\r\nHost: a\r\n\r\n");
+  EXPECT_EQ(std::nullopt, client.receive()) << "this is the body now";
+}
+
+TEST(Server, AnswersARequestThatItsRouterFailsAt) {
+  TestServer test;
+  Client client(test.port());
+  client.send("GET /unroutable HTTP/1.1\r\nHost: a\r\n\r\n");
+  EXPECT_EQ(500, client.receive().value().status);
+  client.send("GET /echo HTTP/1.1\r\nHost: a\r\n\r\n");
+  EXPECT_EQ(200, client.receive().value().status);
+  test.server->stop(std::chrono::minutes(1));
+  EXPECT_EQ(std::vector<std::string>{"/unroutable: not to be routed"}, test.problems);
+}
+
 }  // namespace
 }  // namespace zelto_test

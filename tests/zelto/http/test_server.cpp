@@ -18,7 +18,7 @@ class PathWorker final : public zelto::Worker {
     const HttpRequest received = std::move(request);
     if (received.path == "/throw") throw std::runtime_error("thrown");
     if (received.path == "/silent") return;
-    if (received.path == "/gate") test_.gate.wait_here();
+    if (received.path == "/gate" || received.path == "/turn") test_.gate.wait_here();
     if (received.path == "/gone") return answer_gone(sink);
     if (received.path == "/length") return answer_bytes(received, sink, true);
     if (received.path == "/stream") return answer_bytes(received, sink, false);
@@ -84,6 +84,19 @@ class PathWorker final : public zelto::Worker {
   TestServer& test_;
 };
 
+class PathRouter final : public zelto::Router {
+ public:
+  Route route(HttpRequest& request, ResponseSink& sink) override {
+    if (request.path == "/unroutable") throw std::runtime_error("not to be routed");
+    if (request.path == "/turn") return {.turn = request.query};
+    if (request.path != "/routed") return {};
+    sink.start({}, 6);
+    sink.write("routed");
+    sink.finish();
+    return {.answered = true, .turn = {}};
+  }
+};
+
 }  // namespace
 
 void Gate::wait_here() {
@@ -104,13 +117,18 @@ void Gate::open() {
   changed_.notify_all();
 }
 
-TestServer::TestServer(zelto::ServerOptions options) {
+TestServer::TestServer(zelto::ServerOptions options) : router_(std::make_unique<PathRouter>()) {
+  options.on_problem = [this](std::string_view problem) {
+    const std::lock_guard lock(lock_);
+    problems.emplace_back(problem);
+  };
   options.on_access = [this](const zelto::AccessRecord& record) {
     const std::lock_guard lock(lock_);
     records_.push_back(record);
     changed_.notify_all();
   };
-  server = std::make_unique<zelto::Server>(std::move(options), [this] { return std::make_unique<PathWorker>(*this); });
+  server = std::make_unique<zelto::Server>(
+      std::move(options), [this] { return std::make_unique<PathWorker>(*this); }, router_.get());
   server->start();
 }
 

@@ -29,7 +29,8 @@ class Gate {
 // /stream?N answer N bytes of known or unknown length; /gate waits at the gate; /gone waits at it, then answers
 // whether the client is connected; /encrypted answers whether the request came so; /host answers its Host header;
 // /broken?N breaks off after N bytes; /half waits at the gate in the middle; /throw, /silent, /short misbehave;
-// /status?N answers that status.
+// /status?N answers that status. The router answers /routed itself, fails at /unroutable, and gives /turn?T the turn T
+// before the worker waits at the gate.
 class TestServer {
  public:
   explicit TestServer(zelto::ServerOptions options = {});
@@ -43,9 +44,11 @@ class TestServer {
 
   Gate gate;
   std::vector<bool> connected_before_and_after_gate;
+  std::vector<std::string> problems;  // that the server told, once it has stopped
   std::unique_ptr<zelto::Server> server;
 
  private:
+  std::unique_ptr<zelto::Router> router_;
   std::mutex lock_;
   std::condition_variable changed_;
   std::vector<zelto::AccessRecord> records_;

@@ -197,6 +197,17 @@ TEST_F(Response, KnowsWhetherTheClientIsThere) {
   EXPECT_FALSE(is_true(get(response(), L"IsClientConnected")));
 }
 
+TEST_F(Response, EndsAPageWhoseClientHasGoneWithWhatItWritesNext) {
+  EXPECT_EQ(S_OK, call(response(), L"Write", L"begins").hr);
+  sink.has_failed = true;
+  EXPECT_EQ(S_OK, call(response(), L"Write", L"kept in the buffer").hr);
+  EXPECT_EQ(0, host.ends);
+  EXPECT_EQ(FakePageHost::kEnded, call(response(), L"Flush").hr);
+  EXPECT_EQ(FakePageHost::kEnded, call(response(), L"Write", L"more").hr);
+  EXPECT_EQ(FakePageHost::kEnded, call(response(), L"BinaryWrite", L"more").hr);
+  EXPECT_EQ(3, host.ends);
+}
+
 TEST_F(Response, DropsWhatIsWrittenAfterThePage) {
   page().response.finish();
   page().response.detach();

@@ -29,6 +29,7 @@ class MemorySink final : public zelto::ResponseSink {
   void finish() override { ++finishes; }
   void break_off() override { ++breaks; }
   bool connected() const override { return is_connected; }
+  bool failed() const override { return has_failed; }
   void append_to_log(std::string_view text) override { log += text; }
 
   // The values of a header, in order.
@@ -49,6 +50,7 @@ class MemorySink final : public zelto::ResponseSink {
   int finishes = 0;
   int breaks = 0;
   bool is_connected = true;
+  bool has_failed = false;
 };
 
 }  // namespace test

@@ -1,0 +1,52 @@
+// Where bytes wait for a slow client, or for the rest of a body: in memory as far as all connections together may,
+// beyond that in files.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "base/file_descriptor.h"
+#include "http/quota.h"
+
+namespace zelto {
+
+struct SpoolLimits {
+  std::uint64_t memory_bytes = std::uint64_t{128} << 20;
+  std::uint64_t file_bytes = std::uint64_t{4} << 30;
+  std::string folder;  // of the files; empty for $TMPDIR, else /var/tmp: /tmp is memory on some systems
+};
+
+// Shared by all connections of a server, and outlives them.
+class Spool {
+ public:
+  explicit Spool(const SpoolLimits& limits);
+
+  const std::string folder;
+  Quota memory;
+  Quota files;
+};
+
+// A file without a name: it goes with its holder, however the program ends.
+class SpoolFile {
+ public:
+  // Throws std::system_error when there can be no file.
+  explicit SpoolFile(Spool& spool);
+
+  // False when the disk or the quota is full; errno tells, and what the file held before stays.
+  bool append(std::string_view bytes);
+  // Forgets what lies behind the first `size` bytes.
+  void shrink(std::uint64_t size);
+  std::uint64_t size() const { return size_; }
+  int descriptor() const { return file_.get(); }
+  // Reads from the beginning until the buffer is full. Throws std::system_error.
+  void read(char* buffer, std::size_t size) const;
+
+ private:
+  base::FileDescriptor file_;
+  Share share_;
+  std::uint64_t size_ = 0;
+};
+
+}  // namespace zelto

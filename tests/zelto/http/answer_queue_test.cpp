@@ -1,0 +1,160 @@
+#include "http/answer_queue.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <string>
+#include <thread>
+
+#include "support/temporary_folder.h"
+
+namespace {
+
+using zelto::AnswerQueue;
+using Progress = AnswerQueue::Progress;
+
+// Two ends of a connection whose client reads only when the test does.
+class AnswerQueueTest : public ::testing::Test {
+ protected:
+  AnswerQueueTest() {
+    EXPECT_EQ(0, ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends.data()));
+    const int small = 4096;
+    ::setsockopt(ends[0], SOL_SOCKET, SO_SNDBUF, &small, sizeof small);
+  }
+  ~AnswerQueueTest() override {
+    for (const int end : ends) ::close(end);
+  }
+
+  std::string read_some() {
+    std::array<char, 65536> buffer{};
+    const ssize_t count = ::recv(ends[1], buffer.data(), buffer.size(), MSG_DONTWAIT);
+    return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+  }
+  // Sends and reads by turns until so many bytes have come.
+  std::string read_all(AnswerQueue& queue, std::size_t size) {
+    std::string read;
+    while (read.size() < size && !queue.failed()) {
+      queue.send();
+      read += read_some();
+    }
+    return read;
+  }
+  static std::string pattern(std::size_t size) {
+    std::string bytes;
+    for (std::size_t i = 0; bytes.size() < size; ++i) bytes += std::to_string(i) + ",";
+    bytes.resize(size);
+    return bytes;
+  }
+
+  std::array<int, 2> ends{};
+  test::TemporaryFolder folder;
+  zelto::Spool spool{{.memory_bytes = 200'000, .file_bytes = 10'000'000, .folder = folder.path()}};
+  int called = 0;
+};
+
+TEST_F(AnswerQueueTest, SendsAtOnceWhatIsTaken) {
+  AnswerQueue queue(spool, 100'000, [this] { ++called; });
+  queue.begin(ends[0]);
+  queue.write("head ", "body");
+  EXPECT_EQ("head body", read_some());
+  EXPECT_FALSE(queue.is_sending());
+  EXPECT_EQ(0, called);
+}
+
+TEST_F(AnswerQueueTest, KeepsTheRestInMemoryAndBeyondThatInAFile) {
+  AnswerQueue queue(spool, 100'000, [this] { ++called; });
+  queue.begin(ends[0]);
+  const std::string all = pattern(3'000'000);
+  queue.write(all.substr(0, 50'000));
+  EXPECT_LT(0u, spool.memory.taken());
+  EXPECT_EQ(0u, spool.files.taken());
+  for (std::size_t at = 50'000; at < all.size(); at += 10'000) queue.write(all.substr(at, 10'000));
+  EXPECT_GE(100'000u, spool.memory.taken());
+  EXPECT_LT(2'800'000u, spool.files.taken());
+  EXPECT_EQ(1, called) << "once, as long as something waits";
+  EXPECT_EQ(all, read_all(queue, all.size()));
+  EXPECT_EQ(Progress::sent, queue.send());
+  EXPECT_EQ(0u, spool.memory.taken());
+  EXPECT_EQ(0u, spool.files.taken());
+  queue.write("more");
+  EXPECT_EQ("more", read_some());
+}
+
+TEST_F(AnswerQueueTest, SendsAFileBehindWhatWasWritten) {
+  const std::string file = folder.write("file", "0123456789");
+  AnswerQueue queue(spool, 100'000, [this] { ++called; });
+  queue.begin(ends[0]);
+  const std::string all = pattern(60'000);
+  queue.write(all);
+  queue.write_file(base::FileDescriptor(::open(file.c_str(), O_RDONLY)), 2, 5);
+  EXPECT_EQ(all + "23456", read_all(queue, all.size() + 5));
+  EXPECT_EQ(Progress::sent, queue.send());
+}
+
+TEST_F(AnswerQueueTest, FailsWhenItsFileHasBecomeShorter) {
+  const std::string file = folder.write("file", "0123456789");
+  AnswerQueue queue(spool, 100'000, [] {});
+  queue.begin(ends[0]);
+  queue.write_file(base::FileDescriptor(::open(file.c_str(), O_RDONLY)), 0, 20);
+  EXPECT_EQ(Progress::failed, queue.send());
+  EXPECT_TRUE(queue.failed());
+}
+
+// Others have taken all room, and the writer is slower for it; nothing is lost.
+TEST_F(AnswerQueueTest, HasItsWriterWaitWhenNothingCanBeKept) {
+  zelto::Spool full({.memory_bytes = 0, .file_bytes = 0, .folder = folder.path()});
+  std::atomic<int> wanted = 0;
+  AnswerQueue queue(full, 100'000, [&] { ++wanted; });
+  queue.begin(ends[0]);
+  const std::string all = pattern(1'000'000);
+  std::thread writer(
+      [&] { queue.write(std::string_view(all).substr(0, 300'000), std::string_view(all).substr(300'000)); });
+  EXPECT_EQ(all, read_all(queue, all.size()));
+  writer.join();
+  EXPECT_LT(0, wanted);
+}
+
+TEST_F(AnswerQueueTest, KeepsASmallAnswerInAnyCase) {
+  zelto::Spool full({.memory_bytes = 0, .file_bytes = 0, .folder = folder.path()});
+  AnswerQueue queue(full, 0, [] {});
+  queue.begin(ends[0]);
+  // More than the socket takes, in one thread: waiting would be for good.
+  std::string filler;
+  while (::send(ends[0], "0123456789", 10, MSG_DONTWAIT) > 0) filler += "0123456789";
+  queue.write("small");
+  EXPECT_EQ(filler + "small", read_all(queue, filler.size() + 5));
+}
+
+TEST_F(AnswerQueueTest, LetsItsWriterGoWhenTheClientHasGone) {
+  zelto::Spool full({.memory_bytes = 0, .file_bytes = 0, .folder = folder.path()});
+  std::atomic<bool> waits = false;
+  AnswerQueue queue(full, 0, [&] {
+    waits = true;
+    waits.notify_one();
+  });
+  queue.begin(ends[0]);
+  std::thread writer([&] { queue.write(pattern(1'000'000)); });
+  waits.wait(false);
+  queue.fail();
+  writer.join();
+  EXPECT_TRUE(queue.failed());
+  queue.begin(ends[0]);
+  EXPECT_FALSE(queue.failed());
+}
+
+TEST_F(AnswerQueueTest, TellsWhatHasArrivedNotWhatWasSent) {
+  AnswerQueue queue(spool, 100'000, [] {});
+  queue.begin(ends[0]);
+  queue.write(pattern(80'000));
+  EXPECT_EQ(0u, queue.delivered());
+  const std::size_t read = read_some().size();
+  EXPECT_LT(0u, read);
+  EXPECT_LT(0u, queue.delivered());
+  EXPECT_GE(read, queue.delivered());
+}
+
+}  // namespace
