@@ -7,7 +7,6 @@
 
 #include "base/letter_case.h"
 #include "odbc/bound_parameter.h"
-#include "odbc/row_reader.h"
 #include "odbc/statement_timer.h"
 
 namespace korlib::odbc {
@@ -161,10 +160,10 @@ bool Statement::fetch(Row& row) {
     const SQLRETURN result = SQLFetch(handle_.get());
     if (result == SQL_NO_DATA) return false;
     handle_.check(result);
-    const RowReader reader(handle_, connection_->has_loose_types());
     row.clear();
-    for (std::size_t i = 0; i < columns_.size(); ++i) {
-      row.push_back(reader.read(static_cast<unsigned short>(i + 1), columns_[i]));
+    for (const Column& column : columns_) {
+      const auto number = static_cast<SQLUSMALLINT>(row.size() + 1);
+      row.push_back(read_value(handle_, number, column, connection_->has_loose_types()));
     }
     return true;
   });

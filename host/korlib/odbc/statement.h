@@ -29,9 +29,8 @@ class Statement {
 
   // Empty for a statement that gives no rows.
   const std::vector<Column>& columns() const { return columns_; }
-  std::int64_t affected_rows() const {
-    return affected_;
-  }  // -1 for a statement that gives rows, and where the driver does not tell
+  // -1 for a statement that gives rows, and where the driver does not tell.
+  std::int64_t affected_rows() const { return affected_; }
   // False at the end.
   bool fetch(Row& row);
 
