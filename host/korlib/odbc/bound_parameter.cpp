@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 
 #include <korlib_host/unicode.h>
 
@@ -18,52 +19,35 @@ static_assert(sizeof(Moment) == sizeof(SQL_TIMESTAMP_STRUCT) &&
 
 constexpr std::size_t kMostResultBytes = 16'777'216;
 
-SQLSMALLINT io_type(Direction direction) {
-  switch (direction) {
-    case Direction::in:
-      return SQL_PARAM_INPUT;
-    case Direction::in_out:
-      return SQL_PARAM_INPUT_OUTPUT;
-    case Direction::out:
-    case Direction::return_value:
-      break;
-  }
-  return SQL_PARAM_OUTPUT;
-}
-
 struct Wire {
   SQLSMALLINT c_type;
   SQLSMALLINT sql_type;
-  SQLULEN size;
+  SQLULEN size;  // 0: as long as the value
   SQLSMALLINT digits;
 };
 
-Wire wire_of(Kind kind) {
-  switch (kind) {
-    case Kind::boolean:
-      return {SQL_C_BIT, SQL_BIT, 1, 0};
-    case Kind::integer:
-      return {SQL_C_SBIGINT, SQL_INTEGER, 10, 0};
-    case Kind::big_integer:
-      return {SQL_C_SBIGINT, SQL_BIGINT, 19, 0};
-    case Kind::real:
-      return {SQL_C_DOUBLE, SQL_DOUBLE, 15, 0};
-    case Kind::date:
-    case Kind::time:
-    case Kind::moment:
-      return {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 26, 6};
-    case Kind::decimal:
-      return {SQL_C_WCHAR, SQL_DECIMAL, 38, 0};
-    case Kind::text:
-      return {SQL_C_WCHAR, SQL_WVARCHAR, 0, 0};
-    case Kind::long_text:
-      return {SQL_C_WCHAR, SQL_WLONGVARCHAR, 0, 0};
-    case Kind::binary:
-      return {SQL_C_BINARY, SQL_VARBINARY, 0, 0};
-    case Kind::long_binary:
-      return {SQL_C_BINARY, SQL_LONGVARBINARY, 0, 0};
-  }
-  return {SQL_C_WCHAR, SQL_WVARCHAR, 0, 0};
+// In the order of Kind.
+constexpr Wire kWires[] = {
+    {SQL_C_BIT, SQL_BIT, 1, 0},                         // boolean
+    {SQL_C_SBIGINT, SQL_INTEGER, 10, 0},                // integer
+    {SQL_C_SBIGINT, SQL_BIGINT, 19, 0},                 // big_integer
+    {SQL_C_DOUBLE, SQL_DOUBLE, 15, 0},                  // real
+    {SQL_C_WCHAR, SQL_DECIMAL, 38, 0},                  // decimal
+    {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 26, 6},  // date
+    {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 26, 6},  // time
+    {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 26, 6},  // moment
+    {SQL_C_WCHAR, SQL_WVARCHAR, 0, 0},                  // text
+    {SQL_C_WCHAR, SQL_WLONGVARCHAR, 0, 0},              // long_text
+    {SQL_C_BINARY, SQL_VARBINARY, 0, 0},                // binary
+    {SQL_C_BINARY, SQL_LONGVARBINARY, 0, 0},            // long_binary
+};
+static_assert(std::size(kWires) == static_cast<std::size_t>(Kind::long_binary) + 1);
+
+const Wire& wire_of(Kind kind) { return kWires[static_cast<std::size_t>(kind)]; }
+
+SQLSMALLINT io_type(Direction direction) {
+  if (direction == Direction::in) return SQL_PARAM_INPUT;
+  return direction == Direction::in_out ? SQL_PARAM_INPUT_OUTPUT : SQL_PARAM_OUTPUT;
 }
 
 SQLSMALLINT scale_of(const std::wstring& digits) {
@@ -73,77 +57,52 @@ SQLSMALLINT scale_of(const std::wstring& digits) {
 
 }  // namespace
 
-void BoundParameter::make_room(const Parameter& parameter, std::size_t unit) {
-  if (parameter.direction == Direction::in) return;
-  const std::size_t wanted = std::min((parameter.size > 0 ? parameter.size : 4000) * unit, kMostResultBytes) + unit;
-  buffer_.resize(std::max(buffer_.size(), wanted));
-}
-
-short BoundParameter::bind_text(void* statement, unsigned short number, const Parameter& parameter) {
-  Wire wire = wire_of(parameter.kind);
-  std::u16string units;
-  if (const auto* text = std::get_if<std::wstring>(&parameter.value)) units = to_utf16(*text);
-  if (const auto* decimal = std::get_if<Decimal>(&parameter.value)) {
-    units = to_utf16(decimal->digits);
-    wire.digits = scale_of(decimal->digits);
-  }
-  wire.size = wire.size != 0 ? wire.size : std::max<std::size_t>(units.size(), 1);
-  buffer_.assign(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(char16_t));
-  if (indicator_ != SQL_NULL_DATA) indicator_ = static_cast<SQLLEN>(buffer_.size());
-  make_room(parameter, sizeof(char16_t));
-  return SQLBindParameter(statement, number, io_type(parameter.direction), wire.c_type, wire.sql_type, wire.size,
-                          wire.digits, buffer_.data(), static_cast<SQLLEN>(buffer_.size()), &indicator_);
-}
-
-short BoundParameter::bind_bytes(void* statement, unsigned short number, const Parameter& parameter) {
-  const Wire wire = wire_of(parameter.kind);
-  if (const auto* bytes = std::get_if<Bytes>(&parameter.value)) buffer_ = bytes->data;
-  if (indicator_ != SQL_NULL_DATA) indicator_ = static_cast<SQLLEN>(buffer_.size());
-  const std::size_t size = std::max<std::size_t>(buffer_.size(), 1);
-  make_room(parameter, 1);
-  return SQLBindParameter(statement, number, io_type(parameter.direction), wire.c_type, wire.sql_type, size, 0,
-                          buffer_.data(), static_cast<SQLLEN>(buffer_.size()), &indicator_);
+void BoundParameter::keep(const Value& value) {
+  const auto keep_text = [this](const std::wstring& text) {
+    const std::u16string units = to_utf16(text);
+    buffer_.assign(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(char16_t));
+  };
+  if (const auto* truth = std::get_if<bool>(&value)) bit_ = *truth ? 1 : 0;
+  if (const auto* integer = std::get_if<std::int64_t>(&value)) integer_ = *integer;
+  if (const auto* real = std::get_if<double>(&value)) real_ = *real;
+  if (const auto* decimal = std::get_if<Decimal>(&value)) keep_text(decimal->digits);
+  if (const auto* moment = std::get_if<Moment>(&value)) moment_ = *moment;
+  if (const auto* text = std::get_if<std::wstring>(&value)) keep_text(*text);
+  if (const auto* bytes = std::get_if<Bytes>(&value)) buffer_ = bytes->data;
 }
 
 short BoundParameter::bind(void* statement, unsigned short number, const Parameter& parameter) {
+  Wire wire = wire_of(parameter.kind);
+  keep(parameter.value);
+  if (const auto* decimal = std::get_if<Decimal>(&parameter.value)) wire.digits = scale_of(decimal->digits);
   const bool is_null = std::holds_alternative<std::monostate>(parameter.value);
-  indicator_ = is_null ? SQL_NULL_DATA : 0;
-  const Wire wire = wire_of(parameter.kind);
-  if (wire.c_type == SQL_C_WCHAR) return bind_text(statement, number, parameter);
-  if (wire.c_type == SQL_C_BINARY) return bind_bytes(statement, number, parameter);
-  SQLPOINTER at = &integer_;
-  if (const auto* integer = std::get_if<std::int64_t>(&parameter.value)) integer_ = *integer;
-  if (wire.c_type == SQL_C_DOUBLE) {
-    at = &real_;
-    if (const auto* real = std::get_if<double>(&parameter.value)) real_ = *real;
-  } else if (wire.c_type == SQL_C_BIT) {
-    at = &bit_;
-    if (const auto* truth = std::get_if<bool>(&parameter.value)) bit_ = *truth ? 1 : 0;
-  } else if (wire.c_type == SQL_C_TYPE_TIMESTAMP) {
-    at = &moment_;
-    if (const auto* moment = std::get_if<Moment>(&parameter.value)) moment_ = *moment;
+  indicator_ = is_null ? SQL_NULL_DATA : static_cast<SQLLEN>(buffer_.size());
+  if (wire.c_type == SQL_C_WCHAR || wire.c_type == SQL_C_BINARY) {
+    const std::size_t unit = wire.c_type == SQL_C_BINARY ? 1 : sizeof(char16_t);
+    if (wire.size == 0) wire.size = std::max<std::size_t>(buffer_.size() / unit, 1);
+    if (parameter.direction != Direction::in) {
+      const std::size_t wanted = (parameter.size > 0 ? parameter.size : 4000) * unit;
+      buffer_.resize(std::max(buffer_.size(), std::min(wanted, kMostResultBytes) + unit));
+    }
   }
+  SQLPOINTER at = buffer_.data();
+  if (wire.c_type == SQL_C_BIT) at = &bit_;
+  if (wire.c_type == SQL_C_SBIGINT) at = &integer_;
+  if (wire.c_type == SQL_C_DOUBLE) at = &real_;
+  if (wire.c_type == SQL_C_TYPE_TIMESTAMP) at = &moment_;
   return SQLBindParameter(statement, number, io_type(parameter.direction), wire.c_type, wire.sql_type, wire.size,
-                          wire.digits, at, 0, &indicator_);
+                          wire.digits, at, static_cast<SQLLEN>(buffer_.size()), &indicator_);
 }
 
 Value BoundParameter::result(Kind kind) const {
   if (indicator_ == SQL_NULL_DATA) return {};
-  const Wire wire = wire_of(kind);
-  switch (wire.c_type) {
-    case SQL_C_BIT:
-      return bit_ != 0;
-    case SQL_C_SBIGINT:
-      return integer_;
-    case SQL_C_DOUBLE:
-      return real_;
-    case SQL_C_TYPE_TIMESTAMP:
-      return moment_;
-    default:
-      break;
-  }
+  const SQLSMALLINT c_type = wire_of(kind).c_type;
+  if (c_type == SQL_C_BIT) return bit_ != 0;
+  if (c_type == SQL_C_SBIGINT) return integer_;
+  if (c_type == SQL_C_DOUBLE) return real_;
+  if (c_type == SQL_C_TYPE_TIMESTAMP) return moment_;
   const std::size_t written = std::min(static_cast<std::size_t>(std::max<SQLLEN>(indicator_, 0)), buffer_.size());
-  if (wire.c_type == SQL_C_BINARY) return Bytes{buffer_.substr(0, written)};
+  if (c_type == SQL_C_BINARY) return Bytes{buffer_.substr(0, written)};
   std::u16string units(written / sizeof(char16_t), u'\0');
   std::memcpy(units.data(), buffer_.data(), units.size() * sizeof(char16_t));
   std::wstring text;

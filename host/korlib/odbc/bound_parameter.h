@@ -18,9 +18,7 @@ class BoundParameter {
   Value result(Kind kind) const;
 
  private:
-  short bind_text(void* statement, unsigned short number, const Parameter& parameter);
-  short bind_bytes(void* statement, unsigned short number, const Parameter& parameter);
-  void make_room(const Parameter& parameter, std::size_t unit);
+  void keep(const Value& value);
 
   std::int64_t integer_ = 0;
   double real_ = 0;
