@@ -23,8 +23,8 @@ const korlib_host::ClassRegistration g_classes{kRows};
 namespace korlib_host {
 
 DatabaseHandles database_handles() noexcept {
-  const korlib::odbc::OpenHandles open = korlib::odbc::open_handles();
-  return {open.connections, open.statements};
+  using korlib::odbc::HandleType;
+  return {open_handles(HandleType::connection), open_handles(HandleType::statement)};
 }
 
 void roll_back_transactions() noexcept { korlib::odbc::ConnectionPool::of_this_thread().roll_back_transactions(); }

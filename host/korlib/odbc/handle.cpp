@@ -58,9 +58,6 @@ std::vector<Diagnostic> Handle::diagnostics() const {
   return found;
 }
 
-OpenHandles open_handles() noexcept {
-  return {count_of(HandleType::connection).load(std::memory_order_relaxed),
-          count_of(HandleType::statement).load(std::memory_order_relaxed)};
-}
+std::int64_t open_handles(HandleType type) noexcept { return count_of(type).load(std::memory_order_relaxed); }
 
 }  // namespace korlib::odbc

@@ -34,11 +34,7 @@ class Handle {
   void* handle_ = nullptr;
 };
 
-// Handles of all threads that are not freed yet.
-struct OpenHandles {
-  std::int64_t connections;
-  std::int64_t statements;
-};
-OpenHandles open_handles() noexcept;
+// How many handles of that type are not freed yet, in all threads.
+std::int64_t open_handles(HandleType type) noexcept;
 
 }  // namespace korlib::odbc
