@@ -7,6 +7,7 @@
 #include <mutex>
 #include <set>
 #include <thread>
+#include <utility>
 
 namespace korlib::odbc {
 
@@ -22,25 +23,20 @@ class TimerThread {
     bool is_sooner = false;
     {
       const std::lock_guard guard(lock_);
-      timers_.insert(timer);
+      timers_.emplace(timer->at_, timer);
       is_sooner = next() < waiting_until_;
     }
     if (is_sooner) changed_.notify_one();  // seldom: most statements are over before the time of an earlier one
   }
   void remove(StatementTimer* timer) {
     const std::lock_guard guard(lock_);
-    timers_.erase(timer);
+    timers_.erase({timer->at_, timer});
   }
 
  private:
   using Time = std::chrono::steady_clock::time_point;
-  struct Sooner {
-    bool operator()(const StatementTimer* a, const StatementTimer* b) const {
-      return a->at_ != b->at_ ? a->at_ < b->at_ : a < b;
-    }
-  };
 
-  Time next() const { return timers_.empty() ? Time::max() : (*timers_.begin())->at_; }
+  Time next() const { return timers_.empty() ? Time::max() : timers_.begin()->first; }
 
   void watch(const std::stop_token& stop) {
     std::unique_lock guard(lock_);
@@ -48,18 +44,14 @@ class TimerThread {
       cancel_late();
       waiting_until_ = next();
       const auto is_sooner = [this] { return next() < waiting_until_; };
-      if (timers_.empty()) {
-        changed_.wait(guard, stop, is_sooner);
-      } else {
-        changed_.wait_until(guard, stop, waiting_until_, is_sooner);
-      }
+      changed_.wait_until(guard, stop, waiting_until_, is_sooner);
     }
   }
 
   void cancel_late() {
     const Time now = std::chrono::steady_clock::now();
     while (next() <= now) {
-      StatementTimer* const late = *timers_.begin();
+      StatementTimer* const late = timers_.begin()->second;
       timers_.erase(timers_.begin());
       late->has_run_out_ = true;
       SQLCancel(late->statement_);
@@ -68,7 +60,7 @@ class TimerThread {
 
   std::mutex lock_;
   std::condition_variable_any changed_;
-  std::set<StatementTimer*, Sooner> timers_;
+  std::set<std::pair<Time, StatementTimer*>> timers_;  // the soonest first
   Time waiting_until_ = Time::max();
   std::jthread thread_{[this](const std::stop_token& stop) { watch(stop); }};  // the last member: it uses the others
 };
