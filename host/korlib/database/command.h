@@ -9,25 +9,14 @@
 namespace korlib {
 
 class Command;
-
-struct ICommandAccess : IUnknown {
-  virtual Command* command() = 0;
-
- protected:
-  ~ICommandAccess() = default;
-};
-
-}  // namespace korlib
-KORLIB_IID(korlib::ICommandAccess, "D5C6E0B7-94C4-4A6A-A7B3-2D3B0E6C7F18");
-
-namespace korlib {
+KORLIB_IID(IObjectAccess<Command>, "D5C6E0B7-94C4-4A6A-A7B3-2D3B0E6C7F18");
 
 // A command text with its parameters. Serves one thread at a time.
-class Command final : public DispatchObject<Command, IKorDBCommand, ICommandAccess> {
+class Command final : public DispatchObject<Command, IKorDBCommand, IObjectAccess<Command>> {
  public:
   static constexpr const wchar_t* kClassName = L"Command";
   static std::span<const Member> members();
-  Command* command() override { return this; }
+  Command* object() override { return this; }
 
   HRESULT put_ActiveConnection(VARIANT connection) override;
   HRESULT put_CommandType(LONG type) override;

@@ -159,9 +159,9 @@ HRESULT connection_of(const VARIANT& value, std::wstring_view source, CComPtr<Co
   }
   if (value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN) {
     if (!value.punkVal) return S_OK;
-    CComQIPtr<IConnectionAccess> access(value.punkVal);
+    CComQIPtr<IObjectAccess<Connection>> access(value.punkVal);
     if (access) {
-      connection = access->connection();
+      connection = access->object();
       return S_OK;
     }
   }

@@ -10,28 +10,16 @@
 namespace korlib {
 
 class Connection;
-
-// How the classes of this folder recognise each other's objects.
-struct IConnectionAccess : IUnknown {
-  virtual Connection* connection() = 0;
-
- protected:
-  ~IConnectionAccess() = default;
-};
-
-}  // namespace korlib
-KORLIB_IID(korlib::IConnectionAccess, "1B1C2A5B-6C11-4E8C-9C6B-0F5A3D5B1E8A");
-
-namespace korlib {
+KORLIB_IID(IObjectAccess<Connection>, "1B1C2A5B-6C11-4E8C-9C6B-0F5A3D5B1E8A");
 
 // Serves one thread at a time. Recordsets and commands hold their connection; when the last holder goes,
 // an open transaction is rolled back and the database connection returns to the pool.
-class Connection final : public DispatchObject<Connection, IDispatch, IConnectionAccess> {
+class Connection final : public DispatchObject<Connection, IDispatch, IObjectAccess<Connection>> {
  public:
   static constexpr const wchar_t* kClassName = L"Connection";
   ~Connection() override { close(); }
   static std::span<const Member> members();
-  Connection* connection() override { return this; }
+  Connection* object() override { return this; }
 
   HRESULT Open(BSTR connection_string, BSTR user, BSTR password, LONG options);
   HRESULT Close();

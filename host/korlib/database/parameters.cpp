@@ -121,9 +121,9 @@ HRESULT ParameterList::get_Item(VARIANT index, IDispatch** parameter) {
   return give(items_[at].get(), parameter);
 }
 
-HRESULT ParameterList::Append(IParameterAccess* parameter) {
+HRESULT ParameterList::Append(IObjectAccess<ParameterItem>* parameter) {
   if (!parameter) return raise(kInvalidArgument, kListSource, L"Append: a parameter object is needed.");
-  items_.emplace_back(parameter->parameter());
+  items_.emplace_back(parameter->object());
   return S_OK;
 }
 

@@ -9,25 +9,14 @@
 namespace korlib {
 
 class ParameterItem;
-
-struct IParameterAccess : IUnknown {
-  virtual ParameterItem* parameter() = 0;
-
- protected:
-  ~IParameterAccess() = default;
-};
-
-}  // namespace korlib
-KORLIB_IID(korlib::IParameterAccess, "A0B64D3E-6E57-4E0B-8F7B-6E2B7C9D1C55");
-
-namespace korlib {
+KORLIB_IID(IObjectAccess<ParameterItem>, "A0B64D3E-6E57-4E0B-8F7B-6E2B7C9D1C55");
 
 // One value for a "?" of the command text, in its place by position.
-class ParameterItem final : public DispatchObject<ParameterItem, IDispatch, IParameterAccess> {
+class ParameterItem final : public DispatchObject<ParameterItem, IDispatch, IObjectAccess<ParameterItem>> {
  public:
   static constexpr const wchar_t* kClassName = L"Parameter";
   static std::span<const Member> members();
-  ParameterItem* parameter() override { return this; }
+  ParameterItem* object() override { return this; }
 
   HRESULT get_Name(BSTR* name) { return give(name_, name); }
   HRESULT put_Name(BSTR name) { return keep(name, name_); }
@@ -67,7 +56,7 @@ class ParameterList final : public Collection<ParameterList> {
   static std::span<const Member> members();
 
   HRESULT get_Item(VARIANT index, IDispatch** parameter);
-  HRESULT Append(IParameterAccess* parameter);
+  HRESULT Append(IObjectAccess<ParameterItem>* parameter);
   HRESULT Delete(VARIANT index);
 
   const std::vector<CComPtr<ParameterItem>>& items() const { return items_; }

@@ -12,6 +12,15 @@
 
 namespace korlib {
 
+// How these classes recognise each other's objects among all that a script may pass.
+template <class Object>
+struct IObjectAccess : IUnknown {
+  virtual Object* object() = 0;
+
+ protected:
+  ~IObjectAccess() = default;
+};
+
 // The out-parameter of a property. Text is copied, an object counted.
 inline HRESULT give(LONG number, LONG* out) {
   *out = number;

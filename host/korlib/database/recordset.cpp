@@ -92,9 +92,9 @@ HRESULT Recordset::Open(VARIANT source, VARIANT connection, LONG cursor_type, LO
 
 HRESULT Recordset::command_of(const VARIANT& source, LONG options, CComPtr<Command>& command) {
   if (source.vt == VT_DISPATCH || source.vt == VT_UNKNOWN) {
-    CComQIPtr<ICommandAccess> access(source.punkVal);
+    CComQIPtr<IObjectAccess<Command>> access(source.punkVal);
     if (!access) return raise(kInvalidArgument, kSource, L"Open: a command object or a command text is needed.");
-    command = access->command();
+    command = access->object();
     return S_OK;
   }
   if (!is_omitted(source)) {
