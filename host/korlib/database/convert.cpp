@@ -4,14 +4,39 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "base/serial_date.h"
 #include "variant/number_text.h"
 
 namespace korlib {
 namespace {
+
+struct TypeRow {
+  odbc::Kind kind;
+  std::initializer_list<DataType> types;  // the first one is what columns of the kind report
+};
+constexpr TypeRow kTypes[] = {
+    {odbc::Kind::boolean, {DataType::boolean}},
+    {odbc::Kind::integer,
+     {DataType::integer, DataType::small_int, DataType::tiny_int, DataType::unsigned_tiny_int,
+      DataType::unsigned_small_int}},
+    {odbc::Kind::big_integer, {DataType::big_int, DataType::unsigned_int, DataType::unsigned_big_int}},
+    {odbc::Kind::real, {DataType::double_precision, DataType::single}},
+    {odbc::Kind::decimal, {DataType::numeric, DataType::currency, DataType::decimal}},
+    {odbc::Kind::date, {DataType::db_date}},
+    {odbc::Kind::time, {DataType::db_time}},
+    {odbc::Kind::moment, {DataType::db_time_stamp, DataType::date}},
+    {odbc::Kind::text,
+     {DataType::var_wide_chars, DataType::bstr, DataType::guid, DataType::chars, DataType::wide_chars,
+      DataType::var_chars}},
+    {odbc::Kind::long_text, {DataType::long_var_wide_chars, DataType::long_var_chars}},
+    {odbc::Kind::binary, {DataType::var_binary, DataType::binary}},
+    {odbc::Kind::long_binary, {DataType::long_var_binary}},
+};
 
 HRESULT text_variant(std::wstring_view text, VARIANT* variant) {
   BSTR made = new_bstr(text);
@@ -38,15 +63,11 @@ HRESULT decimal_variant(const std::wstring& digits, VARIANT* variant) {
   return S_OK;
 }
 
-HRESULT converted(const VARIANT& variant, VARTYPE vt, CComVariant& result) {
-  return VariantChangeType(&result, &variant, 0, vt);
-}
-
 HRESULT read_integer(const VARIANT& variant, bool is_wide, odbc::Value& value) {
   // A conversion keeps the bits of an unsigned number; a table would get a negative one.
   if (variant.vt == VT_UI8 && variant.ullVal > std::numeric_limits<std::int64_t>::max()) return DISP_E_OVERFLOW;
   CComVariant number;
-  RETURN_IF_FAILED(converted(variant, VT_I8, number));
+  RETURN_IF_FAILED(VariantChangeType(&number, &variant, 0, VT_I8));
   const bool fits =
       number.llVal >= std::numeric_limits<LONG>::min() && number.llVal <= std::numeric_limits<LONG>::max();
   if (!is_wide && !fits) return DISP_E_OVERFLOW;
@@ -57,13 +78,13 @@ HRESULT read_integer(const VARIANT& variant, bool is_wide, odbc::Value& value) {
 HRESULT read_decimal(const VARIANT& variant, odbc::Value& value) {
   if (variant.vt != VT_BSTR) {
     CComVariant text;
-    RETURN_IF_FAILED(converted(variant, VT_BSTR, text));
+    RETURN_IF_FAILED(VariantChangeType(&text, &variant, 0, VT_BSTR));
     value = odbc::Decimal{std::wstring(view_of(text.bstrVal))};
     return S_OK;
   }
   // Text keeps all its digits when it is a number; drivers do not read currency signs or groups of digits.
   CComVariant number;
-  RETURN_IF_FAILED(converted(variant, VT_R8, number));
+  RETURN_IF_FAILED(VariantChangeType(&number, &variant, 0, VT_R8));
   std::wstring digits;
   RETURN_IF_FAILED(variants::plain_number(view_of(variant.bstrVal), &digits));
   value = odbc::Decimal{std::move(digits)};
@@ -102,7 +123,7 @@ odbc::Moment to_moment(DATE date) {
 
 HRESULT read_moment(const VARIANT& variant, odbc::Value& value) {
   CComVariant date;
-  RETURN_IF_FAILED(converted(variant, VT_DATE, date));
+  RETURN_IF_FAILED(VariantChangeType(&date, &variant, 0, VT_DATE));
   if (!base::is_date(date.date)) return DISP_E_OVERFLOW;
   value = to_moment(date.date);
   return S_OK;
@@ -116,6 +137,23 @@ HRESULT read_bytes(const VARIANT& variant, odbc::Value& value) {
 }
 
 }  // namespace
+
+DataType type_of(odbc::Kind kind) { return *std::ranges::find(kTypes, kind, &TypeRow::kind)->types.begin(); }
+
+std::optional<odbc::Kind> kind_of(DataType type) {
+  for (const TypeRow& row : kTypes) {
+    if (std::ranges::find(row.types, type) != row.types.end()) return row.kind;
+  }
+  return std::nullopt;
+}
+
+odbc::Kind kind_of_value(const VARIANT& value) {
+  if (value.vt == (VT_ARRAY | VT_UI1)) return odbc::Kind::binary;
+  if (value.vt == VT_INT) return odbc::Kind::integer;
+  if (value.vt == VT_UINT) return odbc::Kind::big_integer;
+  // The other types of plain values have their numbers among the data types.
+  return kind_of(static_cast<DataType>(value.vt)).value_or(odbc::Kind::text);
+}
 
 HRESULT elements_of(const VARIANT& given, std::vector<CComVariant>& elements) {
   if (is_nothing(given)) return S_OK;
@@ -163,7 +201,7 @@ HRESULT from_variant(const VARIANT& variant, odbc::Kind kind, odbc::Value& value
   CComVariant result;
   switch (kind) {
     case odbc::Kind::boolean:
-      RETURN_IF_FAILED(converted(variant, VT_BOOL, result));
+      RETURN_IF_FAILED(VariantChangeType(&result, &variant, 0, VT_BOOL));
       value = result.boolVal != VARIANT_FALSE;
       return S_OK;
     case odbc::Kind::integer:
@@ -171,7 +209,7 @@ HRESULT from_variant(const VARIANT& variant, odbc::Kind kind, odbc::Value& value
     case odbc::Kind::big_integer:
       return read_integer(variant, true, value);
     case odbc::Kind::real:
-      RETURN_IF_FAILED(converted(variant, VT_R8, result));
+      RETURN_IF_FAILED(VariantChangeType(&result, &variant, 0, VT_R8));
       value = result.dblVal;
       return S_OK;
     case odbc::Kind::decimal:
@@ -187,9 +225,49 @@ HRESULT from_variant(const VARIANT& variant, odbc::Kind kind, odbc::Value& value
     case odbc::Kind::long_text:
       break;
   }
-  RETURN_IF_FAILED(converted(variant, VT_BSTR, result));
+  RETURN_IF_FAILED(VariantChangeType(&result, &variant, 0, VT_BSTR));
   value = std::wstring(view_of(result.bstrVal));
   return S_OK;
+}
+
+HRESULT rows_as_array(odbc::ResultSet& result, LONG rows, const std::vector<std::size_t>& columns, VARIANT* array) {
+  std::vector<CComVariant> values;
+  ULONG count = 0;
+  for (; (rows < 0 || count < static_cast<ULONG>(rows)) && result.current(); ++count) {
+    for (const std::size_t column : columns) {
+      RETURN_IF_FAILED(to_variant((*result.current())[column], values.emplace_back().put()));
+    }
+    result.next();
+  }
+  const SAFEARRAYBOUND bounds[] = {{static_cast<ULONG>(columns.size()), 0}, {count, 0}};
+  CComSafeArray filled;
+  filled.attach(SafeArrayCreate(VT_VARIANT, 2, bounds));
+  if (!filled) return E_OUTOFMEMORY;
+  for (std::size_t i = 0; i < values.size(); ++i) values[i].detach_to(filled.data<VARIANT>() + i);
+  filled.detach_to(array);
+  return S_OK;
+}
+
+HRESULT rows_as_text(odbc::ResultSet& result, LONG rows, const TextMarks& marks, BSTR* text) {
+  std::wstring all;
+  for (LONG i = 0; (rows < 0 || i < rows) && result.current(); ++i) {
+    bool is_first = true;
+    for (const odbc::Value& value : *result.current()) {
+      CComVariant converted;
+      RETURN_IF_FAILED(to_variant(value, converted.put()));
+      if (!std::exchange(is_first, false)) all += marks.between;
+      if (converted.vt == VT_NULL) {
+        all += marks.null;
+      } else {
+        RETURN_IF_FAILED(converted.change_type(VT_BSTR));
+        all += view_of(converted.bstrVal);
+      }
+    }
+    all += marks.behind;
+    result.next();
+  }
+  *text = new_bstr(all);
+  return *text ? S_OK : E_OUTOFMEMORY;
 }
 
 }  // namespace korlib

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "database/data_type.h"
+#include "database/convert.h"
 
 namespace korlib {
 namespace {

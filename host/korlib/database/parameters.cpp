@@ -1,7 +1,6 @@
 #include "database/parameters.h"
 
 #include "database/convert.h"
-#include "database/data_type.h"
 
 namespace korlib {
 namespace {
@@ -80,7 +79,8 @@ HRESULT ParameterItem::AppendChunk(VARIANT piece) {
 }
 
 HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, odbc::Parameter& parameter) const {
-  parameter.kind = kind_of(type_).value_or(kind_of_value(value));
+  const std::optional<odbc::Kind> declared = kind_of(type_);
+  parameter.kind = declared ? *declared : kind_of_value(value);
   parameter.direction = direction_;
   parameter.size = size_ > 0 ? static_cast<std::size_t>(size_) : 0;
   const std::wstring which = L"Parameter " + std::to_wstring(number) + (name_.empty() ? L"" : L" (" + name_ + L")");

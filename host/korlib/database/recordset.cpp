@@ -3,7 +3,6 @@
 #include "database/command.h"
 #include "database/convert.h"
 #include "database/fields.h"
-#include "database/recordset_rows.h"
 
 namespace korlib {
 namespace {
