@@ -10,9 +10,11 @@
 
 namespace korlib {
 
-// Count and enumeration. Self tells how many elements there are and gives each:
+// Count, enumeration, and elements by number or name. Self tells how many elements there are, gives each, and finds the
+// one that a script asks for, with find_element():
 //   std::size_t size() const;
-//   CComPtr<IDispatch> element(std::size_t at);
+//   CComPtr<Element> element(std::size_t at) const;
+//   HRESULT find(const VARIANT& index, std::size_t& at) const;
 template <class Self>
 class Collection : public DispatchObject<Self> {
  public:
@@ -22,18 +24,15 @@ class Collection : public DispatchObject<Self> {
     for (std::size_t at = 0; at < self().size(); ++at) all.emplace_back(self().element(at).get());
     return make_enumerator(std::move(all), elements);
   }
+  HRESULT get_Item(VARIANT index, IDispatch** item) {
+    std::size_t at = 0;
+    RETURN_IF_FAILED(self().find(index, at));
+    return give(self().element(at).get(), item);
+  }
 
  private:
   Self& self() { return static_cast<Self&>(*this); }
 };
-
-// A new element as scripts hold it.
-template <class Element, class... Argument>
-CComPtr<IDispatch> make_element(Argument&&... argument) {
-  CComPtr<IDispatch> made;
-  made.attach(make<Element>(std::forward<Argument>(argument)...).detach());
-  return made;
-}
 
 // Sets `at` to the place of the element that a script asks for by number, counted from 0, or by name, in any letter
 // case; `name_of(place)` is an element's name. When there is none, raises kItemNotFound with `missing` before what was

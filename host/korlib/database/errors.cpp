@@ -44,13 +44,10 @@ std::span<const Member> ErrorList::members() {
 }
 
 HRESULT ErrorList::get_Item(LONG index, IDispatch** error) {
-  *error = nullptr;
   const auto at = static_cast<std::size_t>(index);
   if (index < 0 || at >= size()) return raise(kItemNotFound, L"ADODB.Errors", L"There is no error of that number.");
   return give(element(at).get(), error);
 }
-
-CComPtr<IDispatch> ErrorList::element(std::size_t at) { return make_element<ErrorItem>(connection_->errors()[at]); }
 
 HRESULT ErrorList::Clear() {
   connection_->errors().clear();

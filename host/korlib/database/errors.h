@@ -35,7 +35,7 @@ class ErrorList final : public Collection<ErrorList> {
   HRESULT Clear();
 
   std::size_t size() const { return connection_->errors().size(); }
-  CComPtr<IDispatch> element(std::size_t at);
+  CComPtr<ErrorItem> element(std::size_t at) const { return make<ErrorItem>(connection_->errors()[at]); }
 
  private:
   const CComPtr<Connection> connection_;

@@ -81,13 +81,6 @@ std::span<const Member> Fields::members() {
   return table;
 }
 
-HRESULT Fields::get_Item(VARIANT index, IDispatch** field) {
-  *field = nullptr;
-  std::size_t at = 0;
-  RETURN_IF_FAILED(recordset_->find_column(index, at));
-  return give(element(at).get(), field);
-}
-
 HRESULT Fields::get__NewEnum(IUnknown** fields) {
   RETURN_IF_FAILED(recordset_->need_open());
   return Collection::get__NewEnum(fields);

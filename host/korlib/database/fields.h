@@ -37,12 +37,12 @@ class Fields final : public Collection<Fields> {
   explicit Fields(CComPtr<Recordset> recordset) : recordset_(std::move(recordset)) {}
   static std::span<const Member> members();
 
-  HRESULT get_Item(VARIANT index, IDispatch** field);
   HRESULT get__NewEnum(IUnknown** fields);
 
   // A closed recordset has none.
   std::size_t size() const { return recordset_->is_open() ? recordset_->columns().size() : 0; }
-  CComPtr<IDispatch> element(std::size_t at) { return make_element<Field>(recordset_, at); }
+  CComPtr<Field> element(std::size_t at) const { return make<Field>(recordset_, at); }
+  HRESULT find(const VARIANT& index, std::size_t& at) const { return recordset_->find_column(index, at); }
 
  private:
   const CComPtr<Recordset> recordset_;

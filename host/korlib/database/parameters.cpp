@@ -114,13 +114,6 @@ HRESULT ParameterList::find(const VARIANT& index, std::size_t& at) const {
   return find_element(index, size(), name_of, kListSource, L"The command has no parameter", at);
 }
 
-HRESULT ParameterList::get_Item(VARIANT index, IDispatch** parameter) {
-  *parameter = nullptr;
-  std::size_t at = 0;
-  RETURN_IF_FAILED(find(index, at));
-  return give(items_[at].get(), parameter);
-}
-
 HRESULT ParameterList::Append(IObjectAccess<ParameterItem>* parameter) {
   if (!parameter) return raise(kInvalidArgument, kListSource, L"Append: a parameter object is needed.");
   items_.emplace_back(parameter->object());

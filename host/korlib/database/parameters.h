@@ -55,17 +55,15 @@ class ParameterList final : public Collection<ParameterList> {
   static constexpr const wchar_t* kClassName = L"Parameters";
   static std::span<const Member> members();
 
-  HRESULT get_Item(VARIANT index, IDispatch** parameter);
   HRESULT Append(IObjectAccess<ParameterItem>* parameter);
   HRESULT Delete(VARIANT index);
 
   const std::vector<CComPtr<ParameterItem>>& items() const { return items_; }
   std::size_t size() const { return items_.size(); }
-  CComPtr<IDispatch> element(std::size_t at) { return CComPtr<IDispatch>(items_[at].get()); }
-
- private:
+  CComPtr<ParameterItem> element(std::size_t at) const { return items_[at]; }
   HRESULT find(const VARIANT& index, std::size_t& at) const;
 
+ private:
   std::vector<CComPtr<ParameterItem>> items_;
 };
 
