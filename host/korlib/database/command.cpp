@@ -69,7 +69,6 @@ HRESULT Command::put_Prepared(VARIANT_BOOL is_prepared) {
 
 HRESULT Command::CreateParameter(BSTR name, LONG type, LONG direction, LONG size, VARIANT value,
                                  IDispatch** parameter) {
-  *parameter = nullptr;
   CComPtr<ParameterItem> made = make<ParameterItem>();
   RETURN_IF_FAILED(made->put_Name(name));
   RETURN_IF_FAILED(made->put_Type(type));
@@ -135,7 +134,6 @@ HRESULT Command::run(const VARIANT& values, bool is_kept, std::unique_ptr<odbc::
 }
 
 HRESULT Command::Execute(VARIANT* affected, VARIANT values, LONG, IDispatch** recordset) {
-  *recordset = nullptr;
   std::unique_ptr<odbc::ResultSet> result;
   RETURN_IF_FAILED(run(values, connection_ && connection_->keeps_rows(), result));
   put_affected(*result, affected);

@@ -72,7 +72,6 @@ HRESULT Connection::Close() {
 }
 
 HRESULT Connection::Execute(BSTR text, VARIANT* affected, LONG, IDispatch** recordset) {
-  *recordset = nullptr;
   RETURN_IF_FAILED(need_open(kSource));
   if (SysStringLen(text) == 0) return raise(kNotAllowedHere, kSource, L"Execute: the command text is empty.");
   return noting_failures(kSource, [&] {
@@ -85,7 +84,6 @@ HRESULT Connection::Execute(BSTR text, VARIANT* affected, LONG, IDispatch** reco
 }
 
 HRESULT Connection::BeginTrans(LONG* level) {
-  *level = 0;
   RETURN_IF_FAILED(need_open(kSource));
   if (odbc_->is_in_transaction()) {
     return raise(kNotInThisContext, kSource, L"BeginTrans: a transaction is open already.");

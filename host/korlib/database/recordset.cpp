@@ -117,13 +117,11 @@ HRESULT Recordset::Close() {
 }
 
 HRESULT Recordset::get_EOF(VARIANT_BOOL* at_end) {
-  *at_end = VARIANT_TRUE;
   RETURN_IF_FAILED(need_open());
   return give(result_->is_after_last(), at_end);
 }
 
 HRESULT Recordset::get_BOF(VARIANT_BOOL* at_start) {
-  *at_start = VARIANT_TRUE;
   RETURN_IF_FAILED(need_open());
   return give(result_->is_before_first(), at_start);
 }
@@ -142,7 +140,6 @@ HRESULT Recordset::get_Fields(const Arguments& arguments, VARIANT* result) {
     return S_OK;
   }
   std::size_t column = 0;
-  RETURN_IF_FAILED(need_open());
   RETURN_IF_FAILED(find_column(arguments[0], column));
   result->vt = VT_DISPATCH;
   result->pdispVal = make<Field>(self, column).detach();
@@ -234,7 +231,6 @@ HRESULT Recordset::GetRows(LONG rows, VARIANT start, VARIANT fields, VARIANT* ar
 }
 
 HRESULT Recordset::GetString(LONG, LONG rows, VARIANT column_end, VARIANT row_end, BSTR null_text, BSTR* text) {
-  *text = nullptr;
   RETURN_IF_FAILED(need_row());
   return noting_failures([&] {
     return rows_as_text(*result_, rows,
@@ -243,7 +239,6 @@ HRESULT Recordset::GetString(LONG, LONG rows, VARIANT column_end, VARIANT row_en
 }
 
 HRESULT Recordset::NextRecordset(VARIANT* affected, IDispatch** next) {
-  *next = nullptr;
   return noting_failures([&] {
     std::unique_ptr<odbc::Statement> statement = result_ ? result_->take_statement() : std::move(pending_);
     const bool is_kept = result_ && result_->is_kept();
