@@ -85,7 +85,7 @@ HRESULT Command::statement_text(std::size_t parameter_count, std::wstring& text)
   if (type_ == CommandType::table || type_ == CommandType::table_direct) text = L"SELECT * FROM " + text_;
   if (type_ != CommandType::stored_procedure) return S_OK;
   const auto& items = parameters_->items();
-  const bool has_return = !items.empty() && items[0]->direction() == ParameterDirection::return_value;
+  const bool has_return = !items.empty() && items[0]->direction() == odbc::Direction::return_value;
   const std::size_t count = parameter_count - (has_return ? 1 : 0);
   text = (has_return ? L"{? = call " : L"{call ") + text_ + L"(";
   for (std::size_t i = 0; i < count; ++i) text += i == 0 ? L"?" : L", ?";
@@ -110,7 +110,7 @@ HRESULT Command::collect(const VARIANT& values, std::vector<odbc::Parameter>& pa
 HRESULT Command::take_results(const std::vector<odbc::Parameter>& parameters) {
   const auto& items = parameters_->items();
   for (std::size_t i = 0; i < items.size() && i < parameters.size(); ++i) {
-    if (parameters[i].direction == ParameterDirection::in) continue;
+    if (parameters[i].direction == odbc::Direction::in) continue;
     CComVariant value;
     RETURN_IF_FAILED(to_variant(parameters[i].value, &value));
     RETURN_IF_FAILED(items[i]->put_Value(value));

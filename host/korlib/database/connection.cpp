@@ -135,12 +135,8 @@ HRESULT Connection::get_Errors(IDispatch** errors) {
 }
 
 HRESULT set_timeout(std::wstring_view source, LONG seconds, LONG& timeout) {
-  constexpr LONG kLongest = 24 * 3600;
-  if (seconds < 0 || seconds > kLongest) {
-    return raise(kInvalidArgument, source, L"A time-out is a number of seconds, a day at most; 0 waits without end.");
-  }
-  timeout = seconds;
-  return S_OK;
+  return choose(seconds, 0, 24 * 3600, source,
+                L"A time-out is a number of seconds, a day at most; 0 waits without end.", timeout);
 }
 
 HRESULT set_cursor_location(std::wstring_view source, LONG number, CursorLocation& location) {

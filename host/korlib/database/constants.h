@@ -2,11 +2,7 @@
 // inside uses the names.
 #pragma once
 
-#include <type_traits>
-
 #include <korlib/types.h>
-
-#include "odbc/value.h"
 
 namespace korlib {
 
@@ -30,9 +26,6 @@ enum class Bookmark : LONG { current = 0, first = 1, last = 2 };
 
 // What AbsolutePage and AbsolutePosition give where there is no current record.
 enum class Position : LONG { before_first = -2, after_last = -3 };
-
-// Its numbers are those of scripts.
-using ParameterDirection = odbc::Direction;
 
 // Data types of fields and parameters. empty and variant leave a parameter the type of its value.
 enum class DataType : LONG {
@@ -68,9 +61,5 @@ enum class DataType : LONG {
   var_binary = 204,
   long_var_binary = 205,
 };
-
-template <class Enum>
-requires std::is_enum_v<Enum>
-constexpr LONG number_of(Enum value) { return static_cast<LONG>(value); }
 
 }  // namespace korlib

@@ -15,9 +15,7 @@ bool is_too_long(const odbc::Value& value, std::size_t size) {
 }
 
 HRESULT set_digits(LONG digits, LONG& slot) {
-  if (digits < 0 || digits > 255) return raise(kInvalidArgument, kSource, L"Precision and NumericScale are 0 to 255.");
-  slot = digits;
-  return S_OK;
+  return choose(digits, 0, 255, kSource, L"Precision and NumericScale are 0 to 255.", slot);
 }
 
 }  // namespace
@@ -46,7 +44,7 @@ HRESULT ParameterItem::put_Type(LONG type) {
 }
 
 HRESULT ParameterItem::put_Direction(LONG direction) {
-  return choose(direction, ParameterDirection::in, ParameterDirection::return_value, kSource,
+  return choose(direction, odbc::Direction::in, odbc::Direction::return_value, kSource,
                 L"Direction is 1 (in), 2 (out), 3 (both) or 4 (return value).", direction_);
 }
 
@@ -84,7 +82,7 @@ HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, od
   parameter.direction = direction_;
   parameter.size = size_ > 0 ? static_cast<std::size_t>(size_) : 0;
   const std::wstring which = L"Parameter " + std::to_wstring(number) + (name_.empty() ? L"" : L" (" + name_ + L")");
-  if (direction_ == ParameterDirection::out || direction_ == ParameterDirection::return_value) return S_OK;
+  if (direction_ == odbc::Direction::out || direction_ == odbc::Direction::return_value) return S_OK;
   if (FAILED(from_variant(value, parameter.kind, parameter.value))) {
     return raise(kInvalidConversion, kSource, which + L": the value does not fit the parameter's type.");
   }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "database/collection.h"
+#include "odbc/value.h"
 
 namespace korlib {
 
@@ -35,7 +36,7 @@ class ParameterItem final : public DispatchObject<ParameterItem, IDispatch, IObj
   HRESULT AppendChunk(VARIANT piece);
 
   const std::wstring& name() const { return name_; }
-  ParameterDirection direction() const { return direction_; }
+  odbc::Direction direction() const { return direction_; }
   const CComVariant& value() const { return value_; }
   // As the statement takes it, with that value; an error names the parameter by `number`, counted from 1.
   HRESULT to_statement(std::size_t number, const VARIANT& value, odbc::Parameter& parameter) const;
@@ -44,7 +45,7 @@ class ParameterItem final : public DispatchObject<ParameterItem, IDispatch, IObj
   std::wstring name_;
   CComVariant value_;
   DataType type_ = DataType::empty;
-  ParameterDirection direction_ = ParameterDirection::in;
+  odbc::Direction direction_ = odbc::Direction::in;
   LONG size_ = 0;
   LONG precision_ = 0;
   LONG scale_ = 0;

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include <korlib_host/dispatch_object.h>
 #include <korlib_host/errors.h>
@@ -27,7 +28,7 @@ inline HRESULT give(LONG number, LONG* out) {
   return S_OK;
 }
 template <class Enum>
-requires std::is_enum_v<Enum> HRESULT give(Enum value, LONG* out) { return give(number_of(value), out); }
+requires std::is_enum_v<Enum> HRESULT give(Enum value, LONG* out) { return give(static_cast<LONG>(value), out); }
 inline HRESULT give(bool is_so, VARIANT_BOOL* out) {
   *out = is_so ? VARIANT_TRUE : VARIANT_FALSE;
   return S_OK;
@@ -38,12 +39,13 @@ inline HRESULT give(std::wstring_view text, BSTR* out) {
 }
 inline HRESULT give(IDispatch* object, IDispatch** out) { return CComPtr<IDispatch>(object).copy_to(out); }
 
-// The new value of a property that is one of the enumerators from `first` to `last`. Another number is refused as
-// kInvalidArgument, with `text`.
-template <class Enum>
-HRESULT choose(LONG number, Enum first, Enum last, std::wstring_view source, std::wstring_view text, Enum& chosen) {
-  if (number < number_of(first) || number > number_of(last)) return raise(kInvalidArgument, source, text);
-  chosen = static_cast<Enum>(number);
+// The new value of a property that is one of the numbers or enumerators from `first` to `last`. Another number is
+// refused as kInvalidArgument, with `text`.
+template <class Value>
+HRESULT choose(LONG number, Value first, Value last, std::wstring_view source, std::wstring_view text, Value& chosen) {
+  const bool is_known = number >= static_cast<LONG>(first) && number <= static_cast<LONG>(last);
+  if (!is_known) return raise(kInvalidArgument, source, text);
+  chosen = static_cast<Value>(number);
   return S_OK;
 }
 

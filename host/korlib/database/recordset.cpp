@@ -1,5 +1,7 @@
 #include "database/recordset.h"
 
+#include <limits>
+
 #include "database/command.h"
 #include "database/convert.h"
 #include "database/fields.h"
@@ -252,9 +254,7 @@ HRESULT Recordset::NextRecordset(VARIANT* affected, IDispatch** next) {
 }
 
 HRESULT Recordset::put_PageSize(LONG rows) {
-  if (rows < 1) return raise(kInvalidArgument, kSource, L"PageSize is 1 or more.");
-  page_size_ = rows;
-  return S_OK;
+  return choose(rows, 1, std::numeric_limits<LONG>::max(), kSource, L"PageSize is 1 or more.", page_size_);
 }
 
 HRESULT Recordset::get_PageCount(LONG* pages) {
