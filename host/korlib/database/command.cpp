@@ -4,11 +4,6 @@
 #include "database/recordset.h"
 
 namespace korlib {
-namespace {
-
-constexpr std::wstring_view kSource = L"ADODB.Command";
-
-}  // namespace
 
 std::span<const Member> Command::members() {
   static constexpr Member table[] = {

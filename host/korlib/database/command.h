@@ -15,6 +15,7 @@ KORLIB_IID(IObjectAccess<Command>, "D5C6E0B7-94C4-4A6A-A7B3-2D3B0E6C7F18");
 class Command final : public DispatchObject<Command, IKorDBCommand, IObjectAccess<Command>> {
  public:
   static constexpr const wchar_t* kClassName = L"Command";
+  static constexpr std::wstring_view kSource = L"ADODB.Command";
   static std::span<const Member> members();
   Command* object() override { return this; }
 

@@ -7,11 +7,6 @@
 #include "odbc/connection_string.h"
 
 namespace korlib {
-namespace {
-
-constexpr std::wstring_view kSource = L"ADODB.Connection";
-
-}  // namespace
 
 std::span<const Member> Connection::members() {
   static constexpr Member table[] = {
@@ -96,22 +91,13 @@ HRESULT Connection::BeginTrans(LONG* level) {
   });
 }
 
-HRESULT Connection::CommitTrans() {
-  RETURN_IF_FAILED(need_open(kSource));
-  if (!odbc_->is_in_transaction()) return raise(kNotInThisContext, kSource, L"CommitTrans: no transaction is open.");
-  return noting_failures(kSource, [&] {
-    odbc_->commit();
-    return S_OK;
-  });
-}
-
-HRESULT Connection::RollbackTrans() {
+HRESULT Connection::end_transaction(const wchar_t* member, void (odbc::Connection::*end)()) {
   RETURN_IF_FAILED(need_open(kSource));
   if (!odbc_->is_in_transaction()) {
-    return raise(kNotInThisContext, kSource, L"RollbackTrans: no transaction is open.");
+    return raise(kNotInThisContext, kSource, member + std::wstring(L": no transaction is open."));
   }
   return noting_failures(kSource, [&] {
-    odbc_->roll_back();
+    (*odbc_.*end)();
     return S_OK;
   });
 }

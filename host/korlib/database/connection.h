@@ -17,6 +17,7 @@ KORLIB_IID(IObjectAccess<Connection>, "1B1C2A5B-6C11-4E8C-9C6B-0F5A3D5B1E8A");
 class Connection final : public DispatchObject<Connection, IDispatch, IObjectAccess<Connection>> {
  public:
   static constexpr const wchar_t* kClassName = L"Connection";
+  static constexpr std::wstring_view kSource = L"ADODB.Connection";
   ~Connection() override { close(); }
   static std::span<const Member> members();
   Connection* object() override { return this; }
@@ -25,8 +26,8 @@ class Connection final : public DispatchObject<Connection, IDispatch, IObjectAcc
   HRESULT Close();
   HRESULT Execute(BSTR text, VARIANT* affected, LONG options, IDispatch** recordset);
   HRESULT BeginTrans(LONG* level);
-  HRESULT CommitTrans();
-  HRESULT RollbackTrans();
+  HRESULT CommitTrans() { return end_transaction(L"CommitTrans", &odbc::Connection::commit); }
+  HRESULT RollbackTrans() { return end_transaction(L"RollbackTrans", &odbc::Connection::roll_back); }
   HRESULT get_State(LONG* state) { return give(odbc_ ? ObjectState::open : ObjectState::closed, state); }
   HRESULT get_ConnectionString(BSTR* text) { return give(connection_string_, text); }
   HRESULT put_ConnectionString(BSTR text);
@@ -60,6 +61,7 @@ class Connection final : public DispatchObject<Connection, IDispatch, IObjectAcc
 
  private:
   void close() noexcept;
+  HRESULT end_transaction(const wchar_t* member, void (odbc::Connection::*end)());
   HRESULT note(std::wstring_view source, const odbc::Failure& failure);
 
   std::shared_ptr<odbc::Connection> odbc_;

@@ -19,7 +19,7 @@ class ErrorItem final : public DispatchObject<ErrorItem> {
   HRESULT get_Number(LONG* number) { return give(LONG{code_of(diagnostic_)}, number); }
   HRESULT get_NativeError(LONG* number) { return give(diagnostic_.native, number); }
   HRESULT get_SQLState(BSTR* state) { return give(diagnostic_.state, state); }
-  HRESULT get_Source(BSTR* source) { return give(L"ADODB.Connection", source); }
+  HRESULT get_Source(BSTR* source) { return give(Connection::kSource, source); }
 
  private:
   const odbc::Diagnostic diagnostic_;
