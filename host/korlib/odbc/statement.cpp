@@ -4,6 +4,7 @@
 #include <sqlext.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "base/letter_case.h"
 #include "odbc/bound_parameter.h"
@@ -25,23 +26,18 @@ bool is_letter(wchar_t c) { return (c >= L'A' && c <= L'Z') || (c >= L'a' && c <
 // The length of a quoted text or a comment that `sql` begins with; 0 when it begins with neither. One
 // without an end goes to the end of the text.
 std::size_t passage(std::wstring_view sql) {
-  struct Pair {
-    std::wstring_view open;
-    std::wstring_view close;
-  };
-  static constexpr Pair kPairs[] = {{L"'", L"'"}, {L"\"", L"\""}, {L"`", L"`"},
-                                    {L"[", L"]"}, {L"--", L"\n"}, {L"/*", L"*/"}};
-  for (const Pair& pair : kPairs) {
-    if (!sql.starts_with(pair.open)) continue;
-    const std::size_t end = sql.find(pair.close, pair.open.size());
-    return end == std::wstring_view::npos ? sql.size() : end + pair.close.size();
+  static constexpr std::pair<std::wstring_view, std::wstring_view> kPairs[] = {
+      {L"'", L"'"}, {L"\"", L"\""}, {L"`", L"`"}, {L"[", L"]"}, {L"--", L"\n"}, {L"/*", L"*/"}};
+  for (const auto& [open, close] : kPairs) {
+    if (!sql.starts_with(open)) continue;
+    const std::size_t end = sql.find(close, open.size());
+    return end == std::wstring_view::npos ? sql.size() : end + close.size();
   }
   return 0;
 }
 
 bool is_harmless(std::wstring_view word) {
-  return std::any_of(std::begin(kHarmless), std::end(kHarmless),
-                     [&](std::wstring_view known) { return base::equal_folded(word, known); });
+  return std::ranges::any_of(kHarmless, [&](std::wstring_view known) { return base::equal_folded(word, known); });
 }
 
 // Whether a command text may leave its connection changed for whoever uses it next: a transaction that
