@@ -6,32 +6,15 @@
 
 #include <korlib/unknown.h>
 
-#include "arrays/bounds.h"
-
 namespace korlib::arrays {
 
 namespace {
 
 HRESULT copy_text(BSTR* target, BSTR source) {
+  *target = nullptr;
   if (!source) return S_OK;
   *target = SysAllocStringByteLen(reinterpret_cast<const char*>(source), SysStringByteLen(source));
   return *target ? S_OK : E_OUTOFMEMORY;
-}
-
-HRESULT copy_one(VARTYPE vt, void* target, const void* source) {
-  switch (vt) {
-    case VT_BSTR:
-      return copy_text(static_cast<BSTR*>(target), *static_cast<const BSTR*>(source));
-    case VT_VARIANT:
-      return VariantCopy(static_cast<VARIANT*>(target), static_cast<const VARIANT*>(source));
-    default: {
-      // Every interface begins as IUnknown does.
-      auto* const object = *static_cast<IUnknown* const*>(source);
-      if (object) object->AddRef();
-      *static_cast<IUnknown**>(target) = object;
-      return S_OK;
-    }
-  }
 }
 
 // An array inside is freed without a second look for locks: looking once at every level would make deep
@@ -61,43 +44,30 @@ void clear_one(VARTYPE vt, void* element) {
 
 }  // namespace
 
-ULONG element_size(VARTYPE vt) {
+std::size_t element_count(const SAFEARRAY& array) {
+  std::size_t count = 1;
+  for (USHORT d = 0; d < array.cDims; ++d) count *= array.rgsabound[d].cElements;
+  return count;
+}
+
+HRESULT copy_element(VARTYPE vt, void* target, const void* source) {
   switch (vt) {
-    case VT_I1:
-    case VT_UI1:
-      return 1;
-    case VT_I2:
-    case VT_UI2:
-    case VT_BOOL:
-      return 2;
-    case VT_I4:
-    case VT_UI4:
-    case VT_INT:
-    case VT_UINT:
-    case VT_R4:
-    case VT_ERROR:
-      return 4;
-    case VT_I8:
-    case VT_UI8:
-    case VT_R8:
-    case VT_CY:
-    case VT_DATE:
-      return 8;
     case VT_BSTR:
-    case VT_DISPATCH:
-    case VT_UNKNOWN:
-      return sizeof(void*);
+      return copy_text(static_cast<BSTR*>(target), *static_cast<const BSTR*>(source));
     case VT_VARIANT:
-      return sizeof(VARIANT);
-    default:
-      return 0;
+      return VariantCopy(static_cast<VARIANT*>(target), static_cast<const VARIANT*>(source));
+    default: {
+      // Every interface begins as IUnknown does.
+      auto* const object = *static_cast<IUnknown* const*>(source);
+      if (object) object->AddRef();
+      *static_cast<IUnknown**>(target) = object;
+      return S_OK;
+    }
   }
 }
 
-bool owns_contents(VARTYPE vt) { return vt == VT_BSTR || vt == VT_DISPATCH || vt == VT_UNKNOWN || vt == VT_VARIANT; }
-
 void clear_elements(VARTYPE vt, void* elements, std::size_t count) {
-  const std::size_t size = element_size(vt);
+  const std::size_t size = element_type(vt).size;
   auto* const first = static_cast<char*>(elements);
   if (owns_contents(vt)) {
     for (std::size_t i = 0; i < count; ++i) clear_one(vt, first + i * size);
@@ -106,7 +76,7 @@ void clear_elements(VARTYPE vt, void* elements, std::size_t count) {
 }
 
 HRESULT copy_elements(VARTYPE vt, void* target, const void* source, std::size_t count) {
-  const std::size_t size = element_size(vt);
+  const std::size_t size = element_type(vt).size;
   auto* const to = static_cast<char*>(target);
   const auto* const from = static_cast<const char*>(source);
   if (!owns_contents(vt)) {
@@ -114,7 +84,7 @@ HRESULT copy_elements(VARTYPE vt, void* target, const void* source, std::size_t 
     return S_OK;
   }
   for (std::size_t i = 0; i < count; ++i) {
-    const HRESULT hr = copy_one(vt, to + i * size, from + i * size);
+    const HRESULT hr = copy_element(vt, to + i * size, from + i * size);
     if (FAILED(hr)) {
       clear_elements(vt, target, i);
       return hr;

@@ -1,4 +1,3 @@
-// Safe arrays as wholes: making, copying, resizing, locking and freeing them.
 #include <korlib/safearray.h>
 #include <korlib_host/byte_array.h>
 
@@ -6,44 +5,20 @@
 #include <cstring>
 #include <limits>
 
-#include "arrays/bounds.h"
 #include "arrays/elements.h"
 
 namespace {
 
-using korlib::arrays::element_count;
-using korlib::arrays::element_size;
+using namespace korlib::arrays;
 
-// What an array owns, in the bits that automation clients look at.
-constexpr USHORT kHasVartype = 0x0080;
-constexpr USHORT kHoldsText = 0x0100;
-constexpr USHORT kHoldsUnknown = 0x0200;
-constexpr USHORT kHoldsDispatch = 0x0400;
-constexpr USHORT kHoldsVariants = 0x0800;
-
+constexpr USHORT kHasVartype = 0x0080;  // in fFeatures, beside what the elements hold
 constexpr UINT kMaxDims = 60;
 constexpr std::size_t kMaxBytes = std::numeric_limits<std::ptrdiff_t>::max();
 
-USHORT features_of(VARTYPE vt) {
-  switch (vt) {
-    case VT_BSTR:
-      return kHasVartype | kHoldsText;
-    case VT_UNKNOWN:
-      return kHasVartype | kHoldsUnknown;
-    case VT_DISPATCH:
-      return kHasVartype | kHoldsDispatch;
-    case VT_VARIANT:
-      return kHasVartype | kHoldsVariants;
-    default:
-      return kHasVartype;
-  }
-}
+// Of an empty dimension, one below the lowest.
+std::int64_t highest_index(const SAFEARRAYBOUND& bound) { return std::int64_t{bound.lLbound} + bound.cElements - 1; }
 
-// The highest index must be a LONG; an empty dimension has none.
-bool is_representable(const SAFEARRAYBOUND& bound) {
-  const std::int64_t upper = std::int64_t{bound.lLbound} + bound.cElements - 1;
-  return upper <= std::numeric_limits<LONG>::max();
-}
+bool is_representable(const SAFEARRAYBOUND& bound) { return highest_index(bound) <= std::numeric_limits<LONG>::max(); }
 
 bool total_bytes(ULONG size, UINT dims, const SAFEARRAYBOUND* bounds, std::size_t* bytes) {
   *bytes = size;
@@ -54,15 +29,30 @@ bool total_bytes(ULONG size, UINT dims, const SAFEARRAYBOUND* bounds, std::size_
   return *bytes <= kMaxBytes;
 }
 
+// A dimension by its number, from 1 in declaration order; they are stored last first.
+const SAFEARRAYBOUND& bound_of(const SAFEARRAY& array, UINT dim) { return array.rgsabound[array.cDims - dim]; }
+
+// One end of a dimension, which `end` takes from its bound.
+template <class End>
+HRESULT read_bound(const SAFEARRAY* array, UINT dim, LONG* index, End end) {
+  if (!index) return E_POINTER;
+  *index = 0;
+  if (!array) return E_INVALIDARG;
+  if (dim < 1 || dim > array->cDims) return DISP_E_BADINDEX;
+  *index = static_cast<LONG>(end(bound_of(*array, dim)));
+  return S_OK;
+}
+
 // An array without elements has an address as well, so that nobody mistakes it for a missing one.
 void* allocate_data(std::size_t bytes) { return std::calloc(bytes ? bytes : 1, 1); }
 
 }  // namespace
 
 SAFEARRAY* SafeArrayCreate(VARTYPE vt, UINT dims, const SAFEARRAYBOUND* bounds) {
-  const ULONG size = element_size(vt);
+  const ElementType type = element_type(vt);
   std::size_t bytes = 0;
-  if (!size || dims == 0 || dims > kMaxDims || !bounds || !total_bytes(size, dims, bounds, &bytes)) return nullptr;
+  if (!type.size || dims == 0 || dims > kMaxDims || !bounds) return nullptr;
+  if (!total_bytes(type.size, dims, bounds, &bytes)) return nullptr;
   void* const block = std::calloc(1, sizeof(SAFEARRAY) + (dims - 1) * sizeof(SAFEARRAYBOUND));
   if (!block) return nullptr;
   auto* const array = static_cast<SAFEARRAY*>(block);
@@ -72,8 +62,8 @@ SAFEARRAY* SafeArrayCreate(VARTYPE vt, UINT dims, const SAFEARRAYBOUND* bounds) 
     return nullptr;
   }
   array->cDims = static_cast<USHORT>(dims);
-  array->fFeatures = features_of(vt);
-  array->cbElements = size;
+  array->fFeatures = kHasVartype | type.holds;
+  array->cbElements = type.size;
   array->vtElement = vt;
   for (UINT i = 0; i < dims; ++i) array->rgsabound[dims - 1 - i] = bounds[i];
   return array;
@@ -96,10 +86,9 @@ SAFEARRAY* korlib_host::adopt_bytes(void* data, std::size_t size) noexcept {
 
 HRESULT SafeArrayDestroy(SAFEARRAY* array) {
   if (!array) return S_OK;
-  const bool is_locked =
-      array->cLocks || !korlib::arrays::can_clear(array->vtElement, array->pvData, element_count(*array));
+  const bool is_locked = array->cLocks || !can_clear(array->vtElement, array->pvData, element_count(*array));
   if (is_locked) return DISP_E_ARRAYISLOCKED;
-  korlib::arrays::free_array(array);
+  free_array(array);
   return S_OK;
 }
 
@@ -111,10 +100,9 @@ HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy) {
   for (UINT i = 0; i < array->cDims; ++i) bounds[i] = array->rgsabound[array->cDims - 1 - i];
   SAFEARRAY* const fresh = SafeArrayCreate(array->vtElement, array->cDims, bounds);
   if (!fresh) return E_OUTOFMEMORY;
-  const HRESULT hr =
-      korlib::arrays::copy_elements(array->vtElement, fresh->pvData, array->pvData, element_count(*array));
+  const HRESULT hr = copy_elements(array->vtElement, fresh->pvData, array->pvData, element_count(*array));
   if (FAILED(hr)) {
-    korlib::arrays::free_array(fresh);
+    free_array(fresh);
     return hr;
   }
   *copy = fresh;
@@ -163,11 +151,11 @@ HRESULT SafeArrayRedim(SAFEARRAY* array, const SAFEARRAYBOUND* last_bound) {
   if (new_bytes < old_bytes) {
     void* const tail = static_cast<char*>(array->pvData) + new_bytes;
     const std::size_t tail_count = (old_bytes - new_bytes) / array->cbElements;
-    if (!korlib::arrays::can_clear(array->vtElement, tail, tail_count)) {
+    if (!can_clear(array->vtElement, tail, tail_count)) {
       std::free(data);
       return DISP_E_ARRAYISLOCKED;
     }
-    korlib::arrays::clear_elements(array->vtElement, tail, tail_count);
+    clear_elements(array->vtElement, tail, tail_count);
   }
   // Elements own what they hold by their bits alone, so moving the bits moves them.
   std::memcpy(data, array->pvData, old_bytes < new_bytes ? old_bytes : new_bytes);
@@ -175,4 +163,69 @@ HRESULT SafeArrayRedim(SAFEARRAY* array, const SAFEARRAYBOUND* last_bound) {
   array->pvData = data;
   last = *last_bound;
   return S_OK;
+}
+
+UINT SafeArrayGetDim(SAFEARRAY* array) { return array ? array->cDims : 0; }
+
+UINT SafeArrayGetElemsize(SAFEARRAY* array) { return array ? array->cbElements : 0; }
+
+HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dim, LONG* lower) {
+  return read_bound(array, dim, lower, [](const SAFEARRAYBOUND& bound) { return bound.lLbound; });
+}
+
+HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dim, LONG* upper) {
+  return read_bound(array, dim, upper, highest_index);
+}
+
+HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* vt) {
+  if (!vt) return E_POINTER;
+  *vt = VT_EMPTY;
+  if (!array) return E_INVALIDARG;
+  *vt = array->vtElement;
+  return S_OK;
+}
+
+HRESULT SafeArrayPtrOfIndex(SAFEARRAY* array, const LONG* indices, void** element) {
+  if (!element) return E_POINTER;
+  *element = nullptr;
+  if (!array || !indices) return E_INVALIDARG;
+  std::size_t offset = 0;
+  std::size_t stride = 1;
+  for (UINT dim = 1; dim <= array->cDims; ++dim) {
+    const SAFEARRAYBOUND& bound = bound_of(*array, dim);
+    const std::int64_t from_lower = std::int64_t{indices[dim - 1]} - bound.lLbound;
+    if (from_lower < 0 || from_lower >= bound.cElements) return DISP_E_BADINDEX;
+    offset += static_cast<std::size_t>(from_lower) * stride;
+    stride *= bound.cElements;
+  }
+  *element = static_cast<char*>(array->pvData) + offset * array->cbElements;
+  return S_OK;
+}
+
+HRESULT SafeArrayPutElement(SAFEARRAY* array, const LONG* indices, void* value) {
+  void* element = nullptr;
+  RETURN_IF_FAILED(SafeArrayPtrOfIndex(array, indices, &element));
+  const VARTYPE vt = array->vtElement;
+  if (vt == VT_VARIANT) {
+    return value ? VariantCopy(static_cast<VARIANT*>(element), static_cast<const VARIANT*>(value)) : E_INVALIDARG;
+  }
+  if (owns_contents(vt)) {
+    // The new one is counted before the old one goes: both may be the same.
+    void* fresh = nullptr;
+    RETURN_IF_FAILED(copy_element(vt, &fresh, &value));
+    clear_elements(vt, element, 1);
+    std::memcpy(element, &fresh, sizeof fresh);
+    return S_OK;
+  }
+  if (!value) return E_INVALIDARG;
+  std::memcpy(element, value, array->cbElements);
+  return S_OK;
+}
+
+HRESULT SafeArrayGetElement(SAFEARRAY* array, const LONG* indices, void* value) {
+  if (!value) return E_POINTER;
+  void* element = nullptr;
+  RETURN_IF_FAILED(SafeArrayPtrOfIndex(array, indices, &element));
+  if (owns_contents(array->vtElement)) std::memset(value, 0, array->cbElements);
+  return copy_elements(array->vtElement, value, element, 1);
 }

@@ -22,35 +22,13 @@ HRESULT copy_bits(const VARIANT& source, VARIANT* target) {
   return S_OK;
 }
 
-HRESULT copy_array(const VARIANT& source, VARIANT* target) {
-  SAFEARRAY* copy = nullptr;
-  if (source.parray) RETURN_IF_FAILED(SafeArrayCopy(source.parray, &copy));
-  target->vt = source.vt;
-  target->parray = copy;
-  return S_OK;
-}
-
-HRESULT copy_text(const VARIANT& source, VARIANT* target) {
-  BSTR copy = nullptr;
-  if (source.bstrVal) {
-    copy = SysAllocStringByteLen(reinterpret_cast<const char*>(source.bstrVal), SysStringByteLen(source.bstrVal));
-    if (!copy) return E_OUTOFMEMORY;
-  }
-  target->vt = VT_BSTR;
-  target->bstrVal = copy;
-  return S_OK;
-}
-
-// Into a target that owns nothing; a failure leaves it as it was.
+// Into a target that owns nothing, and owns nothing after a failure, whatever its bits are then.
 HRESULT copy_value(const VARIANT& source, VARIANT* target) {
   if (!is_variant_type(source.vt)) return DISP_E_BADVARTYPE;
-  if (source.vt & VT_BYREF) return copy_bits(source, target);
-  if (source.vt & VT_ARRAY) return copy_array(source, target);
-  if (source.vt == VT_BSTR) return copy_text(source, target);
-  // An IDispatch begins as IUnknown does.
-  const bool is_object = source.vt == VT_DISPATCH || source.vt == VT_UNKNOWN;
-  if (is_object && source.punkVal) source.punkVal->AddRef();
-  return copy_bits(source, target);
+  copy_bits(source, target);
+  if (source.vt & VT_BYREF) return S_OK;
+  if (source.vt & VT_ARRAY) return source.parray ? SafeArrayCopy(source.parray, &target->parray) : S_OK;
+  return arrays::owns_contents(source.vt) ? arrays::copy_element(source.vt, &target->llVal, &source.llVal) : S_OK;
 }
 
 HRESULT replace(VARIANT* target, const VARIANT& source) {
@@ -72,7 +50,7 @@ bool is_variant_type(VARTYPE vt) {
   const VARTYPE base = base_of(vt);
   if (base == VT_EMPTY || base == VT_NULL) return vt == base;
   if (base == VT_VARIANT) return vt != base;
-  return arrays::element_size(base) != 0;
+  return arrays::element_type(base).size != 0;
 }
 
 HRESULT follow(const VARIANT& source, VARIANT* value) {
@@ -85,7 +63,7 @@ HRESULT follow(const VARIANT& source, VARIANT* value) {
     return inner.vt == source.vt ? E_INVALIDARG : follow(inner, value);
   }
   value->vt = static_cast<VARTYPE>(source.vt & ~VT_BYREF);
-  const std::size_t size = source.vt & VT_ARRAY ? sizeof(void*) : arrays::element_size(value->vt);
+  const std::size_t size = source.vt & VT_ARRAY ? sizeof(void*) : arrays::element_type(value->vt).size;
   std::memcpy(&value->llVal, source.byref, size);
   return S_OK;
 }
