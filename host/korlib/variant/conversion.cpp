@@ -8,6 +8,7 @@
 
 #include "base/letter_case.h"
 #include "base/serial_date.h"
+#include "variant/date_parser.h"
 #include "variant/date_text.h"
 #include "variant/decimal.h"
 #include "variant/number_text.h"

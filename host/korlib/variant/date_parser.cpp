@@ -2,6 +2,10 @@
 
 #include <array>
 #include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <ctime>
+#include <optional>
 #include <string>
 
 #include "base/serial_date.h"
@@ -59,11 +63,19 @@ std::optional<int> day_of(int year, int month, int day) {
   return static_cast<int>((std::chrono::sys_days{date} - base::kDayZero).count());
 }
 
+struct DateParts {
+  std::optional<int> day;     // days since 1899-12-30
+  double seconds = 0;         // of the day
+  std::optional<int> offset;  // what the text's clock is ahead of UTC, in seconds; none: local time
+};
+
 // Reads item after item; once something does not fit it stops.
 class DateParser {
  public:
+  // `this_year` is the year of a date that names none.
   DateParser(std::wstring_view text, int this_year) : rest_(text), this_year_(this_year) {}
 
+  // Nothing for text that is not a date.
   std::optional<DateParts> parse() {
     while (!rest_.empty()) {
       if (!skip_gaps() || (!rest_.empty() && !read_item())) return std::nullopt;
@@ -85,28 +97,16 @@ class DateParser {
     return true;
   }
 
-  // False for a parenthesis that is not closed.
+  // Blanks, commas, and what stands in parentheses. False for a parenthesis that is not closed.
   bool skip_gaps() {
-    for (;;) {
-      if (at(0) == L'(') {
-        if (!skip_comment()) return false;
-      } else if (at(0) == L',' || is_blank(at(0))) {
-        rest_.remove_prefix(1);
-      } else {
-        return true;
-      }
-    }
-  }
-
-  bool skip_comment() {
     std::size_t depth = 0;
-    do {
-      if (rest_.empty()) return false;
-      if (at(0) == L'(') ++depth;
-      if (at(0) == L')') --depth;
-      rest_.remove_prefix(1);
-    } while (depth != 0);
-    return true;
+    for (; !rest_.empty(); rest_.remove_prefix(1)) {
+      const wchar_t c = at(0);
+      if (depth == 0 && c != L'(' && c != L',' && !is_blank(c)) return true;
+      if (c == L'(') ++depth;
+      if (c == L')') --depth;
+    }
+    return depth == 0;
   }
 
   // More digits than a year has are read, to be refused.
@@ -303,10 +303,39 @@ class DateParser {
   bool has_weekday_ = false;
 };
 
+DATE date_at(std::int64_t day, double seconds) {
+  return base::join({static_cast<double>(day), seconds / base::kSecondsPerDay});
+}
+
+// A moment by the clock of UTC, by the local one. Counted in whole seconds, so that a time of day is exact.
+DATE local_date(std::chrono::sys_seconds utc, double fraction) {
+  // Not by to_time_t, whose clock counts in nanoseconds: those of the year 3000 do not fit.
+  const std::time_t moment = utc.time_since_epoch().count();
+  std::tm parts{};
+  localtime_r(&moment, &parts);
+  const auto local = utc + std::chrono::seconds{parts.tm_gmtoff};
+  const auto day = std::chrono::floor<std::chrono::days>(local);
+  return date_at((day - base::kDayZero).count(), static_cast<double>((local - day).count()) + fraction);
+}
+
 }  // namespace
 
-std::optional<DateParts> parse_date_parts(std::wstring_view text, int this_year) {
-  return DateParser(text, this_year).parse();
+HRESULT parse_date(std::wstring_view text, DATE* date) {
+  *date = 0;
+  const auto today = static_cast<std::int64_t>(base::local_date(std::time(nullptr)));
+  const int this_year = static_cast<int>(base::calendar_day(today).year());
+  const std::optional<DateParts> parts = DateParser(text, this_year).parse();
+  if (!parts) return DISP_E_TYPEMISMATCH;
+  const int day = parts->day.value_or(0);
+  DATE read = date_at(day, parts->seconds);
+  if (parts->offset) {
+    const double whole = std::floor(parts->seconds);
+    const auto seconds = std::chrono::seconds{static_cast<std::int64_t>(whole) - *parts->offset};
+    read = local_date(base::kDayZero + std::chrono::days{day} + seconds, parts->seconds - whole);
+  }
+  if (!base::is_date(read)) return DISP_E_TYPEMISMATCH;
+  *date = read;
+  return S_OK;
 }
 
 }  // namespace korlib::variants
