@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "base/serial_date.h"
-#include "variant/number_text.h"
+#include "variant/number_parser.h"
 
 namespace korlib {
 namespace {

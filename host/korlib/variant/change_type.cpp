@@ -3,7 +3,7 @@
 #include <korlib/ptr.h>
 #include <korlib_host/errors.h>
 
-#include "variant/conversion_table.h"
+#include "variant/conversion.h"
 #include "variant/ownership.h"
 
 namespace korlib::variants {
@@ -13,11 +13,6 @@ namespace {
 constexpr int kMaxObjectChain = 16;
 
 bool is_object(VARTYPE vt) { return vt == VT_DISPATCH || vt == VT_UNKNOWN; }
-
-bool is_target(VARTYPE vt) {
-  if (vt & VT_BYREF) return false;
-  return is_variant_type(vt);
-}
 
 // An object that has no default member, or one that wants arguments, has no value.
 bool has_no_value(HRESULT hr) {
@@ -104,7 +99,7 @@ HRESULT PlainValue::load(const VARIANT& source) {
 
 HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT, VARTYPE vt) {
   if (!target || !source) return E_INVALIDARG;
-  if (!korlib::variants::is_target(vt)) return DISP_E_BADVARTYPE;
+  if ((vt & VT_BYREF) || !korlib::variants::is_variant_type(vt)) return DISP_E_BADVARTYPE;
   if (target == source && source->vt == vt) return S_OK;
   return korlib::guarded(L"", [&]() -> HRESULT {
     VARIANT value;

@@ -8,7 +8,7 @@
 
 #include "base/letter_case.h"
 #include "variant/change_type.h"
-#include "variant/conversion_table.h"
+#include "variant/conversion.h"
 
 namespace korlib::variants {
 
@@ -20,33 +20,17 @@ HRESULT as_result(std::partial_ordering order) {
   return std::is_gt(order) ? VARCMP_GT : VARCMP_EQ;
 }
 
-// Wide enough that every 64-bit integer, double and currency amount keeps its exact value or, for an
-// amount, its order among them.
-long double number_of(const Scalar& value) {
-  switch (value.form) {
-    case Form::real:
-    case Form::single:
-    case Form::date:
-      return value.real;
-    case Form::currency:
-      return static_cast<long double>(value.integer) / kCurrencyUnit;
-    default:
-      return static_cast<long double>(value.integer);
-  }
-}
-
 std::strong_ordering compare_text(std::wstring_view left, std::wstring_view right, ULONG flags) {
   return flags & NORM_IGNORECASE ? base::compare_folded(left, right) : left <=> right;
 }
 
 std::partial_ordering compare(const Scalar& left, const Scalar& right, ULONG flags) {
-  const bool left_is_text = left.form == Form::text;
-  const bool right_is_text = right.form == Form::text;
-  if (!left_is_text && !right_is_text) return number_of(left) <=> number_of(right);
-  const bool both_read_as_text =
-      (left_is_text || left.form == Form::empty) && (right_is_text || right.form == Form::empty);
-  if (!both_read_as_text) return left_is_text ? std::partial_ordering::greater : std::partial_ordering::less;
-  return compare_text(left.text, right.text, flags);
+  // Wide enough that every 64-bit integer, double and currency amount keeps its exact value or, for an
+  // amount, its order among them.
+  if (!left.is_text() && !right.is_text()) return left.number<long double>() <=> right.number<long double>();
+  const auto reads_as_text = [](const Scalar& value) { return value.is_text() || value.form == Form::empty; };
+  if (reads_as_text(left) && reads_as_text(right)) return compare_text(left.text, right.text, flags);
+  return left.is_text() ? std::partial_ordering::greater : std::partial_ordering::less;
 }
 
 HRESULT load(const VARIANT& value, Scalar* scalar) {

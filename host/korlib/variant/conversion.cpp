@@ -1,25 +1,26 @@
 #include "variant/conversion.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
 
-#include <korlib/bstr.h>
+#include <korlib/combstr.h>
 
 #include "base/letter_case.h"
 #include "base/serial_date.h"
 #include "variant/date_parser.h"
 #include "variant/date_text.h"
-#include "variant/decimal.h"
+#include "variant/number_parser.h"
 #include "variant/number_text.h"
 
 namespace korlib::variants {
 
 namespace {
 
-constexpr double kBeyond64Bits = 18446744073709551616.0;
-
+// Halves are rounded to the even neighbour.
 HRESULT rounded(long double value, Wide* integer) {
+  constexpr long double kBeyond64Bits = 18446744073709551616.0L;
   // NaN fails the comparison as well.
   if (!(std::abs(value) < kBeyond64Bits)) return DISP_E_OVERFLOW;
   *integer = static_cast<Wide>(std::nearbyint(value));
@@ -35,144 +36,164 @@ Wide divided_half_to_even(Wide value, Wide divisor) {
   return value < 0 ? quotient - 1 : quotient + 1;
 }
 
-HRESULT plain_text(const Scalar& value, std::string* text) {
-  switch (value.form) {
-    case Form::integer:
-      *text = integer_text(value.integer);
-      return S_OK;
-    case Form::boolean:
-      *text = value.integer ? "True" : "False";
-      return S_OK;
-    case Form::currency:
-      *text = currency_text(static_cast<LONGLONG>(value.integer));
-      return S_OK;
-    case Form::real:
-      *text = real_text(value.real);
-      return S_OK;
-    case Form::single:
-      *text = single_text(static_cast<float>(value.real));
-      return S_OK;
-    case Form::date:
-      return date_text(value.real, text);
-    case Form::empty:
-    case Form::text:
-      break;
-  }
-  text->clear();
-  return S_OK;
-}
-
-}  // namespace
-
+// Halves are rounded to the even neighbour. Beyond what a Wide can safely hold is DISP_E_OVERFLOW; the
+// caller checks the range of its own type.
 HRESULT to_integer(const Scalar& value, Wide* integer) {
-  *integer = 0;
-  switch (value.form) {
-    case Form::empty:
-      return S_OK;
-    case Form::integer:
-    case Form::boolean:
-      *integer = value.integer;
-      return S_OK;
-    case Form::currency:
-      *integer = divided_half_to_even(value.integer, kCurrencyUnit);
-      return S_OK;
-    case Form::real:
-    case Form::single:
-    case Form::date:
-      return rounded(value.real, integer);
-    case Form::text:
-      break;
+  if (value.is_text()) {
+    Scalar number;
+    RETURN_IF_FAILED(parse_number(value.text, &number));
+    return to_integer(number, integer);
   }
-  Scalar number;
-  RETURN_IF_FAILED(parse_number(value.text, &number));
-  return to_integer(number, integer);
+  if (value.is_real()) return rounded(value.real, integer);
+  *integer = value.form == Form::currency ? divided_half_to_even(value.integer, kCurrencyUnit) : value.integer;
+  return S_OK;
 }
 
 HRESULT to_real(const Scalar& value, double* real) {
-  *real = 0;
-  switch (value.form) {
-    case Form::empty:
-      return S_OK;
-    case Form::integer:
-    case Form::boolean:
-      *real = static_cast<double>(value.integer);
-      return S_OK;
-    case Form::currency:
-      *real = static_cast<double>(value.integer) / kCurrencyUnit;
-      return S_OK;
-    case Form::real:
-    case Form::single:
-    case Form::date:
-      *real = value.real;
-      return S_OK;
-    case Form::text:
-      break;
+  if (value.is_text()) {
+    Scalar number;
+    RETURN_IF_FAILED(parse_number(value.text, &number));
+    return to_real(number, real);
   }
-  Scalar number;
-  RETURN_IF_FAILED(parse_number(value.text, &number));
-  return to_real(number, real);
-}
-
-HRESULT to_currency(const Scalar& value, LONGLONG* ten_thousandths) {
-  *ten_thousandths = 0;
-  Wide units = 0;
-  switch (value.form) {
-    case Form::currency:
-      units = value.integer;
-      break;
-    case Form::real:
-    case Form::single:
-    case Form::date:
-      RETURN_IF_FAILED(rounded(static_cast<long double>(value.real) * kCurrencyUnit, &units));
-      break;
-    case Form::text:
-      RETURN_IF_FAILED(parse_currency(value.text, &units));
-      break;
-    case Form::empty:
-    case Form::integer:
-    case Form::boolean:
-      units = value.integer * kCurrencyUnit;
-      break;
-  }
-  using Limits = std::numeric_limits<LONGLONG>;
-  if (units < Limits::min() || units > Limits::max()) return DISP_E_OVERFLOW;
-  *ten_thousandths = static_cast<LONGLONG>(units);
+  *real = value.number<double>();
   return S_OK;
 }
 
-HRESULT to_date(const Scalar& value, DATE* date) {
-  if (value.form == Form::text) return parse_date(value.text, date);
-  RETURN_IF_FAILED(to_real(value, date));
-  if (base::is_date(*date)) return S_OK;
-  *date = 0;
-  return DISP_E_OVERFLOW;
+Scalar load_empty(const VARIANT&) { return {}; }
+
+template <auto Member>
+Scalar load_integer(const VARIANT& v) {
+  return {.form = Form::integer, .integer = v.*Member};
 }
 
-HRESULT to_boolean(const Scalar& value, bool* boolean) {
-  *boolean = false;
-  if (value.form == Form::text) {
-    const std::wstring_view word = trimmed(value.text);
-    *boolean = base::equal_ascii(word, L"true") || word == L"#TRUE#";
-    if (*boolean || base::equal_ascii(word, L"false") || word == L"#FALSE#") return S_OK;
-  }
+template <auto Member, Form form>
+Scalar load_real(const VARIANT& v) {
+  return {.form = form, .real = v.*Member};
+}
+
+Scalar load_boolean(const VARIANT& v) { return {.form = Form::boolean, .integer = v.boolVal ? -1 : 0}; }
+Scalar load_currency(const VARIANT& v) { return {.form = Form::currency, .integer = v.cyVal.int64}; }
+Scalar load_text(const VARIANT& v) { return {.form = Form::text, .text = view_of(v.bstrVal)}; }
+
+template <class Integer>
+bool fits(Wide integer) {
+  using Limits = std::numeric_limits<Integer>;
+  return integer >= Limits::min() && integer <= Limits::max();
+}
+
+// True has all bits set in every integer type, the unsigned ones included.
+template <auto Member>
+HRESULT store_integer(const Scalar& value, VARIANT* v) {
+  using Integer = std::remove_reference_t<decltype(v->*Member)>;
+  Wide integer = 0;
+  RETURN_IF_FAILED(to_integer(value, &integer));
+  if (!fits<Integer>(integer) && value.form != Form::boolean) return DISP_E_OVERFLOW;
+  v->*Member = static_cast<Integer>(integer);
+  return S_OK;
+}
+
+HRESULT store_single(const Scalar& value, VARIANT* v) {
   double real = 0;
   RETURN_IF_FAILED(to_real(value, &real));
-  *boolean = real != 0;
+  const auto single = static_cast<float>(real);
+  if (std::isinf(single) && !std::isinf(real)) return DISP_E_OVERFLOW;
+  v->fltVal = single;
   return S_OK;
 }
 
-HRESULT to_text(const Scalar& value, BSTR* text) {
-  *text = nullptr;
-  std::wstring wide;
-  if (value.form == Form::text) {
-    wide = value.text;
-  } else {
-    std::string plain;
-    RETURN_IF_FAILED(plain_text(value, &plain));
-    wide.assign(plain.begin(), plain.end());
+HRESULT store_real(const Scalar& value, VARIANT* v) { return to_real(value, &v->dblVal); }
+
+HRESULT store_currency(const Scalar& value, VARIANT* v) {
+  Wide ten_thousandths = value.form == Form::currency ? value.integer : value.integer * kCurrencyUnit;
+  if (value.is_text() || value.is_real()) {
+    long double exact = static_cast<long double>(value.real) * kCurrencyUnit;
+    if (value.is_text()) RETURN_IF_FAILED(parse_currency(value.text, &exact));
+    RETURN_IF_FAILED(rounded(exact, &ten_thousandths));
   }
-  *text = SysAllocStringLen(wide.c_str(), static_cast<UINT>(wide.size()));
-  return *text ? S_OK : E_OUTOFMEMORY;
+  if (!fits<LONGLONG>(ten_thousandths)) return DISP_E_OVERFLOW;
+  v->cyVal.int64 = static_cast<LONGLONG>(ten_thousandths);
+  return S_OK;
 }
+
+HRESULT store_date(const Scalar& value, VARIANT* v) {
+  if (value.is_text()) return parse_date(value.text, &v->date);
+  RETURN_IF_FAILED(to_real(value, &v->date));
+  return base::is_date(v->date) ? S_OK : DISP_E_OVERFLOW;
+}
+
+// Text is "True" or "False" in any case, "#TRUE#" or "#FALSE#" as files of data have them, or a number. A
+// number is true unless it is 0, NaN included.
+HRESULT store_boolean(const Scalar& value, VARIANT* v) {
+  const std::wstring_view word = trimmed(value.text);
+  const bool is_true = base::equal_ascii(word, L"true") || word == L"#TRUE#";
+  const bool is_false = base::equal_ascii(word, L"false") || word == L"#FALSE#";
+  double real = is_true ? 1 : 0;
+  if (!is_true && !is_false) RETURN_IF_FAILED(to_real(value, &real));
+  v->boolVal = real != 0 ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+}
+
+// Of a value that is neither a date nor text already.
+std::string number_text(const Scalar& value) {
+  switch (value.form) {
+    case Form::integer:
+      return integer_text(value.integer);
+    case Form::boolean:
+      return value.integer ? "True" : "False";
+    case Form::currency:
+      return currency_text(static_cast<LONGLONG>(value.integer));
+    case Form::real:
+      return real_text(value.real);
+    case Form::single:
+      return single_text(static_cast<float>(value.real));
+    default:
+      return {};
+  }
+}
+
+HRESULT store_text(const Scalar& value, VARIANT* v) {
+  std::string text;
+  if (value.form == Form::date) {
+    RETURN_IF_FAILED(date_text(value.real, &text));
+  } else {
+    text = number_text(value);
+  }
+  v->bstrVal = new_bstr(std::wstring(text.begin(), text.end()));
+  return v->bstrVal ? S_OK : E_OUTOFMEMORY;
+}
+
+template <auto Member>
+constexpr TypeRow integer_row() {
+  return {load_integer<Member>, store_integer<Member>, sizeof(VARIANT{}.*Member)};
+}
+
+// An object's value is asked of the object; null and an argument left out (VT_ERROR) have none.
+constexpr auto kTable = [] {
+  std::array<TypeRow, VT_UINT + 1> rows{};
+  rows[VT_EMPTY] = {load_empty};
+  rows[VT_I1] = integer_row<&VARIANT::cVal>();
+  rows[VT_I2] = integer_row<&VARIANT::iVal>();
+  rows[VT_I4] = integer_row<&VARIANT::lVal>();
+  rows[VT_I8] = integer_row<&VARIANT::llVal>();
+  rows[VT_INT] = integer_row<&VARIANT::intVal>();
+  rows[VT_UI1] = integer_row<&VARIANT::bVal>();
+  rows[VT_UI2] = integer_row<&VARIANT::uiVal>();
+  rows[VT_UI4] = integer_row<&VARIANT::ulVal>();
+  rows[VT_UI8] = integer_row<&VARIANT::ullVal>();
+  rows[VT_UINT] = integer_row<&VARIANT::uintVal>();
+  rows[VT_R4] = {load_real<&VARIANT::fltVal, Form::single>, store_single};
+  rows[VT_R8] = {load_real<&VARIANT::dblVal, Form::real>, store_real};
+  rows[VT_CY] = {load_currency, store_currency};
+  rows[VT_DATE] = {load_real<&VARIANT::date, Form::date>, store_date};
+  rows[VT_BOOL] = {load_boolean, store_boolean};
+  rows[VT_BSTR] = {load_text, store_text};
+  return rows;
+}();
+
+constexpr TypeRow kNoPlainType;
+
+}  // namespace
+
+const TypeRow& row_of(VARTYPE vt) { return vt < kTable.size() ? kTable[vt] : kNoPlainType; }
 
 }  // namespace korlib::variants

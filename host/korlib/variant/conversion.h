@@ -1,22 +1,22 @@
-// A scalar as each kind of value: the rules of conversion, which the table of types combines.
+// Conversion of plain values: how the value of each type is read, and how it is written.
 #pragma once
 
-#include <korlib/hresult.h>
+#include <cstddef>
+
+#include <korlib/variant.h>
 
 #include "variant/scalar.h"
 
 namespace korlib::variants {
 
-// Halves are rounded to the even neighbour. Beyond what a Wide can safely hold is DISP_E_OVERFLOW; the
-// caller checks the range of its own type.
-HRESULT to_integer(const Scalar& value, Wide* integer);
-HRESULT to_real(const Scalar& value, double* real);
-HRESULT to_currency(const Scalar& value, LONGLONG* ten_thousandths);
-HRESULT to_date(const Scalar& value, DATE* date);
-// Text is "True" or "False" in any case, "#TRUE#" or "#FALSE#" as files of data have them, or a number. A
-// number is true unless it is 0, NaN included.
-HRESULT to_boolean(const Scalar& value, bool* boolean);
-// A new string for the caller to free.
-HRESULT to_text(const Scalar& value, BSTR* text);
+struct TypeRow {
+  Scalar (*load)(const VARIANT&) = nullptr;             // null: has no plain value
+  HRESULT (*store)(const Scalar&, VARIANT*) = nullptr;  // null: no plain value becomes it
+  std::size_t integer_size = 0;                         // in bytes; 0 for what is not an integer
+};
+
+// The row of a type without VT_ARRAY and VT_BYREF; an empty one for what is no plain type. `store` writes the value
+// only: the type is for the caller to set, once it has succeeded.
+const TypeRow& row_of(VARTYPE vt);
 
 }  // namespace korlib::variants

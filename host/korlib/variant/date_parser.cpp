@@ -9,7 +9,7 @@
 #include <string>
 
 #include "base/serial_date.h"
-#include "variant/decimal.h"
+#include "variant/number_parser.h"
 
 namespace korlib::variants {
 

@@ -3,8 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-
-#include "variant/decimal.h"
+#include <string_view>
 
 namespace korlib::variants {
 
@@ -52,24 +51,6 @@ std::string shortest_text(Real value) {
   return (value < 0 ? "-" : "") + lay_out(digits, exponent + 1);
 }
 
-// The power of ten of the first digit, plus one.
-int magnitude_of(const Decimal& number) { return static_cast<int>(number.digits.size()) + number.exponent; }
-
-// The value times ten to the power of `shift`, correctly rounded. Too small is zero.
-template <class Real>
-HRESULT real_of(const Decimal& number, int shift, Real* value) {
-  *value = 0;
-  if (number.digits.empty()) return S_OK;
-  const std::string text = number.digits + "e" + std::to_string(number.exponent + shift);
-  const auto read = std::from_chars(text.data(), text.data() + text.size(), *value);
-  if (read.ec == std::errc::result_out_of_range) {
-    *value = 0;
-    if (magnitude_of(number) + shift > 0) return DISP_E_OVERFLOW;
-  }
-  if (number.is_negative) *value = -*value;
-  return S_OK;
-}
-
 }  // namespace
 
 std::string real_text(double value) { return shortest_text(value); }
@@ -90,52 +71,6 @@ std::string currency_text(LONGLONG ten_thousandths) {
     text += "." + decimals;
   }
   return (is_negative ? "-" : "") + text;
-}
-
-HRESULT parse_number(std::wstring_view text, Scalar* number) {
-  constexpr std::size_t kDigitsOf64Bits = 20;
-  Decimal decimal;
-  RETURN_IF_FAILED(parse_decimal(text, &decimal));
-  if (decimal.is_whole && decimal.digits.size() <= kDigitsOf64Bits) {
-    Wide value = 0;
-    for (const char digit : decimal.digits) value = value * 10 + (digit - '0');
-    number->form = Form::integer;
-    number->integer = decimal.is_negative ? -value : value;
-    return S_OK;
-  }
-  number->form = Form::real;
-  return real_of(decimal, 0, &number->real);
-}
-
-HRESULT parse_currency(std::wstring_view text, Wide* ten_thousandths) {
-  constexpr int kDecimals = 4;
-  constexpr long double kBeyond64Bits = 18446744073709551616.0L;
-  Decimal decimal;
-  RETURN_IF_FAILED(parse_decimal(text, &decimal));
-  long double value = 0;
-  RETURN_IF_FAILED(real_of(decimal, kDecimals, &value));
-  if (std::abs(value) >= kBeyond64Bits) return DISP_E_OVERFLOW;
-  *ten_thousandths = static_cast<Wide>(std::nearbyint(value));
-  return S_OK;
-}
-
-HRESULT plain_number(std::wstring_view text, std::wstring* plain) {
-  Decimal decimal;
-  RETURN_IF_FAILED(parse_decimal(text, &decimal));
-  std::string digits = decimal.digits.empty() ? "0" : decimal.digits;
-  const int count = static_cast<int>(digits.size());
-  const int decimals = -decimal.exponent;
-  // A long way from the digits to the point is told by an exponent, however it was told in the text.
-  constexpr int kMostZeros = 64;
-  if (decimal.exponent > 0 || decimals > count + kMostZeros) {
-    digits += "e" + std::to_string(decimal.exponent);
-  } else if (decimals > 0) {
-    if (decimals >= count) digits.insert(0, static_cast<std::size_t>(decimals - count) + 1, '0');
-    digits.insert(digits.size() - static_cast<std::size_t>(decimals), 1, '.');
-  }
-  if (decimal.is_negative && !decimal.digits.empty()) digits.insert(0, 1, '-');
-  plain->assign(digits.begin(), digits.end());
-  return S_OK;
 }
 
 }  // namespace korlib::variants

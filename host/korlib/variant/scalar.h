@@ -11,6 +11,8 @@ namespace korlib::variants {
 // Wide enough for every signed and unsigned 64-bit value, and for sums over them.
 __extension__ typedef __int128 Wide;
 
+inline constexpr LONGLONG kCurrencyUnit = 10000;
+
 enum class Form {
   empty,
   integer,   // integer
@@ -27,8 +29,17 @@ struct Scalar {
   Wide integer = 0;
   double real = 0;
   std::wstring_view text{};
-};
 
-inline constexpr LONGLONG kCurrencyUnit = 10000;
+  bool is_text() const { return form == Form::text; }
+  bool is_real() const { return form == Form::real || form == Form::single || form == Form::date; }
+
+  // The number that it is, empty being 0. Not for text, which has to be read as one.
+  template <class Real>
+  Real number() const {
+    if (is_real()) return static_cast<Real>(real);
+    const auto units = static_cast<Real>(integer);
+    return form == Form::currency ? units / static_cast<Real>(kCurrencyUnit) : units;
+  }
+};
 
 }  // namespace korlib::variants

@@ -1,6 +1,7 @@
-#include "variant/decimal.h"
+#include "variant/number_parser.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 
 namespace korlib::variants {
@@ -11,6 +12,14 @@ namespace {
 constexpr int kExponentLimit = 1'000'000'000;
 
 constexpr wchar_t kAnyCurrency = 0xA4;
+
+// digits × 10^exponent.
+struct Decimal {
+  bool is_negative = false;
+  bool is_whole = true;  // neither point nor exponent
+  std::string digits;    // without leading zeros; empty is zero
+  int exponent = 0;
+};
 
 class NumberReader {
  public:
@@ -124,9 +133,66 @@ class NumberReader {
   bool is_negative_ = false;
 };
 
+// The power of ten of the first digit, plus one.
+int magnitude_of(const Decimal& number) { return static_cast<int>(number.digits.size()) + number.exponent; }
+
+// The value times ten to the power of `shift`, correctly rounded. Too small is zero.
+template <class Real>
+HRESULT real_of(const Decimal& number, int shift, Real* value) {
+  *value = 0;
+  if (number.digits.empty()) return S_OK;
+  const std::string text = number.digits + "e" + std::to_string(number.exponent + shift);
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), *value);
+  if (read.ec == std::errc::result_out_of_range) {
+    *value = 0;
+    if (magnitude_of(number) + shift > 0) return DISP_E_OVERFLOW;
+  }
+  if (number.is_negative) *value = -*value;
+  return S_OK;
+}
+
 }  // namespace
 
-HRESULT parse_decimal(std::wstring_view text, Decimal* number) { return NumberReader(text).read(number); }
+HRESULT parse_number(std::wstring_view text, Scalar* number) {
+  constexpr std::size_t kDigitsOf64Bits = 20;
+  Decimal decimal;
+  RETURN_IF_FAILED(NumberReader(text).read(&decimal));
+  if (decimal.is_whole && decimal.digits.size() <= kDigitsOf64Bits) {
+    Wide value = 0;
+    for (const char digit : decimal.digits) value = value * 10 + (digit - '0');
+    number->form = Form::integer;
+    number->integer = decimal.is_negative ? -value : value;
+    return S_OK;
+  }
+  number->form = Form::real;
+  return real_of(decimal, 0, &number->real);
+}
+
+HRESULT parse_currency(std::wstring_view text, long double* ten_thousandths) {
+  constexpr int kDecimals = 4;
+  Decimal decimal;
+  RETURN_IF_FAILED(NumberReader(text).read(&decimal));
+  return real_of(decimal, kDecimals, ten_thousandths);
+}
+
+HRESULT plain_number(std::wstring_view text, std::wstring* plain) {
+  Decimal decimal;
+  RETURN_IF_FAILED(NumberReader(text).read(&decimal));
+  std::string digits = decimal.digits.empty() ? "0" : decimal.digits;
+  const int count = static_cast<int>(digits.size());
+  const int decimals = -decimal.exponent;
+  // A long way from the digits to the point is told by an exponent, however it was told in the text.
+  constexpr int kMostZeros = 64;
+  if (decimal.exponent > 0 || decimals > count + kMostZeros) {
+    digits += "e" + std::to_string(decimal.exponent);
+  } else if (decimals > 0) {
+    if (decimals >= count) digits.insert(0, static_cast<std::size_t>(decimals - count) + 1, '0');
+    digits.insert(digits.size() - static_cast<std::size_t>(decimals), 1, '.');
+  }
+  if (decimal.is_negative && !decimal.digits.empty()) digits.insert(0, 1, '-');
+  plain->assign(digits.begin(), digits.end());
+  return S_OK;
+}
 
 bool is_digit(wchar_t c) { return c >= L'0' && c <= L'9'; }
 
