@@ -10,9 +10,8 @@
 #include "base/letter_case.h"
 #include "base/serial_date.h"
 #include "variant/date_parser.h"
-#include "variant/date_text.h"
 #include "variant/number_parser.h"
-#include "variant/number_text.h"
+#include "variant/scalar_text.h"
 
 namespace korlib::variants {
 
@@ -133,31 +132,9 @@ HRESULT store_boolean(const Scalar& value, VARIANT* v) {
   return S_OK;
 }
 
-// Of a value that is neither a date nor text already.
-std::string number_text(const Scalar& value) {
-  switch (value.form) {
-    case Form::integer:
-      return integer_text(value.integer);
-    case Form::boolean:
-      return value.integer ? "True" : "False";
-    case Form::currency:
-      return currency_text(static_cast<LONGLONG>(value.integer));
-    case Form::real:
-      return real_text(value.real);
-    case Form::single:
-      return single_text(static_cast<float>(value.real));
-    default:
-      return {};
-  }
-}
-
 HRESULT store_text(const Scalar& value, VARIANT* v) {
   std::string text;
-  if (value.form == Form::date) {
-    RETURN_IF_FAILED(date_text(value.real, &text));
-  } else {
-    text = number_text(value);
-  }
+  RETURN_IF_FAILED(scalar_text(value, &text));
   v->bstrVal = new_bstr(std::wstring(text.begin(), text.end()));
   return v->bstrVal ? S_OK : E_OUTOFMEMORY;
 }

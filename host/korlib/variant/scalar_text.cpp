@@ -1,9 +1,12 @@
-#include "variant/number_text.h"
+#include "variant/scalar_text.h"
 
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cmath>
-#include <string_view>
+#include <cstdio>
+
+#include "base/serial_date.h"
 
 namespace korlib::variants {
 
@@ -51,26 +54,66 @@ std::string shortest_text(Real value) {
   return (value < 0 ? "-" : "") + lay_out(digits, exponent + 1);
 }
 
-}  // namespace
-
-std::string real_text(double value) { return shortest_text(value); }
-std::string single_text(float value) { return shortest_text(value); }
-
 std::string integer_text(Wide value) {
   if (value < 0) return "-" + std::to_string(static_cast<std::uint64_t>(-value));
   return std::to_string(static_cast<std::uint64_t>(value));
 }
 
-std::string currency_text(LONGLONG ten_thousandths) {
-  const bool is_negative = ten_thousandths < 0;
-  const Wide magnitude = is_negative ? -Wide{ten_thousandths} : Wide{ten_thousandths};
-  std::string text = integer_text(magnitude / kCurrencyUnit);
-  if (const Wide fraction = magnitude % kCurrencyUnit) {
-    std::string decimals = integer_text(kCurrencyUnit + fraction).substr(1);
-    decimals.erase(decimals.find_last_not_of('0') + 1);
-    text += "." + decimals;
+std::string currency_text(Wide ten_thousandths) {
+  constexpr int kDecimals = 4;
+  std::string digits = integer_text(ten_thousandths < 0 ? -ten_thousandths : ten_thousandths);
+  const int point = static_cast<int>(digits.size()) - kDecimals;
+  digits.erase(digits.find_last_not_of('0') + 1);
+  if (digits.empty()) return "0";
+  return (ten_thousandths < 0 ? "-" : "") + lay_out(digits, point);
+}
+
+HRESULT date_text(DATE date, std::string* text) {
+  if (!base::is_date(date)) return DISP_E_OVERFLOW;
+  const auto [day, seconds] = base::nearest_second(date);
+  if (static_cast<DATE>(day) >= base::kDayBeyond) return DISP_E_OVERFLOW;
+
+  char buffer[64];
+  text->clear();
+  if (day != 0) {
+    const std::chrono::year_month_day ymd = base::calendar_day(day);
+    std::snprintf(buffer, sizeof buffer, "%04d-%02u-%02u", static_cast<int>(ymd.year()),
+                  static_cast<unsigned>(ymd.month()), static_cast<unsigned>(ymd.day()));
+    *text = buffer;
+    if (seconds == 0) return S_OK;
+    *text += ' ';
   }
-  return (is_negative ? "-" : "") + text;
+  std::snprintf(buffer, sizeof buffer, "%02d:%02d:%02d", seconds / 3600, seconds / 60 % 60, seconds % 60);
+  *text += buffer;
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT scalar_text(const Scalar& value, std::string* text) {
+  switch (value.form) {
+    case Form::integer:
+      *text = integer_text(value.integer);
+      break;
+    case Form::boolean:
+      *text = value.integer ? "True" : "False";
+      break;
+    case Form::currency:
+      *text = currency_text(value.integer);
+      break;
+    case Form::real:
+      *text = shortest_text(value.real);
+      break;
+    case Form::single:
+      *text = shortest_text(static_cast<float>(value.real));
+      break;
+    case Form::date:
+      return date_text(value.real, text);
+    case Form::empty:
+    case Form::text:
+      text->clear();
+  }
+  return S_OK;
 }
 
 }  // namespace korlib::variants
