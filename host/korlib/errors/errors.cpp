@@ -1,3 +1,4 @@
+// The error object, the slot that each thread has for one, and what fills it.
 #include <korlib_host/errors.h>
 
 #include <exception>
@@ -5,19 +6,94 @@
 #include <stdexcept>
 #include <string>
 
-#include <korlib/ptr.h>
+#include <korlib/combstr.h>
+#include <korlib_host/counted.h>
+
+namespace {
+
+class ErrorInfo final : public korlib::Counted<IErrorInfo, ICreateErrorInfo> {
+ public:
+  HRESULT QueryInterface(REFIID riid, void** ppv) override {
+    return korlib::query_list<IErrorInfo, ICreateErrorInfo, IUnknown>(this, riid, ppv);
+  }
+
+  HRESULT GetGUID(GUID* guid) override {
+    if (!guid) return E_POINTER;
+    *guid = guid_;
+    return S_OK;
+  }
+  HRESULT GetSource(BSTR* source) override { return give(source_, source); }
+  HRESULT GetDescription(BSTR* description) override { return give(description_, description); }
+  HRESULT GetHelpFile(BSTR* file) override { return give(help_file_, file); }
+  HRESULT GetHelpContext(DWORD* context) override {
+    if (!context) return E_POINTER;
+    *context = help_context_;
+    return S_OK;
+  }
+
+  HRESULT SetGUID(REFGUID guid) override {
+    guid_ = guid;
+    return S_OK;
+  }
+  HRESULT SetSource(LPOLESTR source) override { return keep(source, source_); }
+  HRESULT SetDescription(LPOLESTR description) override { return keep(description, description_); }
+  HRESULT SetHelpFile(LPOLESTR file) override { return keep(file, help_file_); }
+  HRESULT SetHelpContext(DWORD context) override {
+    help_context_ = context;
+    return S_OK;
+  }
+
+ private:
+  static HRESULT give(const CComBSTR& text, BSTR* out) {
+    if (!out) return E_POINTER;
+    *out = text.copy();
+    return *out || !text.get() ? S_OK : E_OUTOFMEMORY;
+  }
+  static HRESULT keep(const OLECHAR* text, CComBSTR& slot) {
+    CComBSTR fresh(text);
+    if (text && !fresh.get()) return E_OUTOFMEMORY;
+    slot = std::move(fresh);
+    return S_OK;
+  }
+
+  GUID guid_{};
+  CComBSTR source_;
+  CComBSTR description_;
+  CComBSTR help_file_;
+  DWORD help_context_ = 0;
+};
+
+// Releases the object when the thread ends.
+thread_local CComPtr<IErrorInfo> current;
+
+}  // namespace
+
+HRESULT CreateErrorInfo(ICreateErrorInfo** info) {
+  if (!info) return E_POINTER;
+  *info = new (std::nothrow) ErrorInfo;
+  return *info ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT SetErrorInfo(ULONG, IErrorInfo* info) {
+  current = CComPtr<IErrorInfo>(info);
+  return S_OK;
+}
+
+HRESULT GetErrorInfo(ULONG, IErrorInfo** info) {
+  if (!info) return E_POINTER;
+  *info = current.detach();
+  return *info ? S_OK : S_FALSE;
+}
 
 namespace korlib {
 
 HRESULT raise(HRESULT hr, std::wstring_view source, std::wstring_view text) {
-  CComPtr<ICreateErrorInfo> filling;
-  if (FAILED(CreateErrorInfo(filling.put()))) return hr;
-  std::wstring source_text(source);
-  std::wstring description(text);
-  filling->SetSource(source_text.data());
-  filling->SetDescription(description.data());
-  CComPtr<IErrorInfo> info;
-  if (SUCCEEDED(filling.query(info.put()))) SetErrorInfo(0, info.get());
+  CComPtr<ErrorInfo> info;
+  info.attach(new (std::nothrow) ErrorInfo);
+  if (!info) return hr;
+  info->SetSource(std::wstring(source).data());
+  info->SetDescription(std::wstring(text).data());
+  SetErrorInfo(0, info.get());
   return hr;
 }
 
