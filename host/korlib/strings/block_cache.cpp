@@ -46,9 +46,10 @@ struct ThreadCache {
 // of a call for every string.
 constinit thread_local ThreadCache cache __attribute__((tls_model("initial-exec"))){};
 
-// Empties the cache when its thread ends; strings freed later go straight to the allocator.
-struct Closer {
-  ~Closer() {
+// Opens the cache, and empties it when its thread ends; strings freed later go straight to the allocator.
+struct Opening {
+  Opening() noexcept { cache.state = State::open; }
+  ~Opening() {
     cache.state = State::closed;
     for (FreeList& list : cache.lists) {
       while (FreeBlock* block = list.head) {
@@ -58,14 +59,12 @@ struct Closer {
       list.count = 0;
     }
   }
-  void open() const noexcept { cache.state = State::open; }
 };
 
 bool open_cache() noexcept {
   if (cache.state == State::unused) {
-    // Constructed, and so registered for the end of the thread, by the first use here.
-    thread_local const Closer closer;
-    closer.open();
+    // Constructed by the first use here, and so destroyed when the thread ends.
+    thread_local const Opening opening;
   }
   return cache.state == State::open;
 }
