@@ -128,13 +128,20 @@ struct Out<VARIANT> {
   void move_to(VARIANT* result) { value.detach_to(result); }
 };
 
+// One that points to something owned, which `release` frees unless it was handed over.
+template <class Pointer, auto release>
+struct PointerOut {
+  Pointer value = nullptr;
+  PointerOut() = default;
+  ~PointerOut() {
+    if (value) release(value);
+  }
+  PointerOut(const PointerOut&) = delete;
+  PointerOut& operator=(const PointerOut&) = delete;
+};
+
 template <>
-struct Out<BSTR> {
-  BSTR value = nullptr;
-  Out() = default;
-  ~Out() { SysFreeString(value); }
-  Out(const Out&) = delete;
-  Out& operator=(const Out&) = delete;
+struct Out<BSTR> : PointerOut<BSTR, SysFreeString> {
   void move_to(VARIANT* result) {
     result->vt = VT_BSTR;
     result->bstrVal = std::exchange(value, nullptr);
@@ -142,12 +149,7 @@ struct Out<BSTR> {
 };
 
 template <>
-struct Out<SAFEARRAY*> {
-  SAFEARRAY* value = nullptr;
-  Out() = default;
-  ~Out() { SafeArrayDestroy(value); }
-  Out(const Out&) = delete;
-  Out& operator=(const Out&) = delete;
+struct Out<SAFEARRAY*> : PointerOut<SAFEARRAY*, SafeArrayDestroy> {
   void move_to(VARIANT* result) {
     if (!value) return;
     result->vt = static_cast<VARTYPE>(VT_ARRAY | value->vtElement);
@@ -155,22 +157,17 @@ struct Out<SAFEARRAY*> {
   }
 };
 
+inline void release_object(IUnknown* object) { object->Release(); }
+
 template <class Interface>
-struct Out<Interface*> {
-  Interface* value = nullptr;
-  Out() = default;
-  ~Out() {
-    if (value) value->Release();
-  }
-  Out(const Out&) = delete;
-  Out& operator=(const Out&) = delete;
+struct Out<Interface*> : PointerOut<Interface*, release_object> {
   void move_to(VARIANT* result) {
     if constexpr (std::is_base_of_v<IDispatch, Interface>) {
       result->vt = VT_DISPATCH;
-      result->pdispVal = std::exchange(value, nullptr);
+      result->pdispVal = std::exchange(this->value, nullptr);
     } else {
       result->vt = VT_UNKNOWN;
-      result->punkVal = std::exchange(value, nullptr);
+      result->punkVal = std::exchange(this->value, nullptr);
     }
   }
 };
@@ -219,10 +216,8 @@ template <std::size_t index, class SlotType>
 HRESULT load_slot(SlotType& slot, const Operation& operation, const Arguments& arguments) {
   constexpr UINT at = static_cast<UINT>(index);
   if (at >= operation.required && is_omitted(arguments[at])) {
-    if constexpr (index < 64) {
-      const UINT which = at - operation.required;
-      slot.load_default(which < kMaxOptional ? operation.defaults[which] : 0);
-    }
+    const UINT which = at - operation.required;
+    slot.load_default(which < kMaxOptional ? operation.defaults[which] : 0);
     return S_OK;
   }
   const HRESULT hr = slot.load(arguments, at);
