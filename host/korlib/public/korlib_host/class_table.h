@@ -1,4 +1,9 @@
 // The classes that this process makes itself, without a module.
+//
+// A host class becomes one that scripts can create by a row in the file that defines it:
+//
+//   constexpr korlib_host::ClassRow kRows[] = {{CLSID_Clock, L"Acme.Clock", &korlib::create_object<Clock>}};
+//   const korlib_host::ClassRegistration g_classes{kRows};
 #pragma once
 
 #include <span>
@@ -9,7 +14,8 @@
 namespace korlib {
 
 // A row's `create` for a class that needs nothing to be made: Object has a default constructor and make() makes it
-// (see counted.h).
+// (see counted.h). What QueryInterface answers, and E_OUTOFMEMORY or another exception's code when it cannot be made;
+// *ppv is null on failure.
 template <class Object>
 HRESULT create_object(REFIID riid, void** ppv) {
   return guarded(L"", ppv, [&] { return make<Object>()->QueryInterface(riid, ppv); });
@@ -28,7 +34,8 @@ struct ClassRow {
 };
 
 // Adds classes; a row whose identifier or ProgID is there already replaces it. CoCreateInstance,
-// CoGetClassObject and CLSIDFromProgID know the rows from then on and prefer them to any registration.
+// CoGetClassObject and CLSIDFromProgID know the rows from then on and prefer them to any registration. Rows cannot be
+// taken out. Any thread may call it. Throws std::bad_alloc.
 KORLIB_API void register_classes(std::span<const ClassRow> rows);
 
 // For a file that brings classes: a constant of this type at namespace scope adds them when the library

@@ -22,6 +22,10 @@ namespace korlib {
 // A new object has one reference, which make() hands to its first holder. References may come and go on any thread;
 // the last one deletes the object on the thread that gave it up. Objects count as live while they exist
 // (korlib_host::live_objects()).
+//
+// The first reference is there before the constructor runs: a constructor may lend the object to a callee that counts
+// it and lets it go again. Objects are never on the stack or members of others: the last reference would
+// delete them.
 template <class... Interface>
 class Counted : public Interface... {
  public:
@@ -37,7 +41,9 @@ class Counted : public Interface... {
     return left;
   }
 
-  // For a caller that knows the object without holding it: another reference, unless the last one has gone.
+  // For a caller that knows the object without holding it, as a cache of wrappers does: another reference, unless the
+  // last one has gone. False then, and the object is about to be deleted, or already waits for it. The caller sees to
+  // it that the memory is still there, by a lock that on_last_release() takes or by being the only thread.
   bool try_add_ref() noexcept {
     ULONG count = references_.load(std::memory_order_relaxed);
     while (count > 0) {
@@ -50,7 +56,8 @@ class Counted : public Interface... {
   Counted() = default;
   virtual ~Counted() = default;
 
-  // Called on the thread that gave the last reference up. An object that may only die elsewhere overrides it.
+  // Called once, on the thread that gave the last reference up. An object that may only die on another thread overrides
+  // it and puts itself where that thread will delete it.
   virtual void on_last_release() { delete this; }
 
  private:
@@ -58,7 +65,11 @@ class Counted : public Interface... {
   [[no_unique_address]] korlib_host::LiveObject live_;
 };
 
-// A new object in the hands of its first holder. Throws std::bad_alloc, and what the constructor throws.
+// A new object in the hands of its first holder, whose reference is the only one. Throws std::bad_alloc, and what the
+// constructor throws.
+//
+//   CComPtr<Clock> clock = korlib::make<Clock>(zone);
+//   return clock->QueryInterface(riid, ppv);  // the caller's reference outlives `clock`
 template <class Object, class... Argument>
 CComPtr<Object> make(Argument&&... argument) {
   CComPtr<Object> made;

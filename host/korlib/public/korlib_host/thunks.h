@@ -1,6 +1,16 @@
 // Typed operations made from member functions: arguments converted on the way in, the result on the way
 // out. See dispatch_object.h.
 //
+// A late-bound call brings VARIANTs; a class has functions with types. Between them stands one Operation a function,
+// which the compiler makes here from the function's signature:
+//
+//   HRESULT Advance(LONG by, LONG* reached);
+//
+//   Operation{.run = &run<Counter, &Counter::Advance, true>, .exists = true, .required = 1, .accepted = 1}
+//
+//   script: counter.Advance("3")  ->  Slot<LONG> reads 3 from the text  ->  Advance(3, &out.value)
+//                                 ->  Out<LONG> makes a VT_I4 of what was reached
+//
 // Parameters of a member function, and what an argument becomes:
 //
 //   LONG, LONGLONG, VARIANT_BOOL, double   converted by VariantChangeType
@@ -10,12 +20,41 @@
 //   Interface*                             asked of the object, counted for the call; null for null and for nothing
 //   (const Arguments&, VARIANT* result)    all arguments as they came, any number of them
 //
+// What a function is given it may use while the call lasts. What it keeps it copies, or counts. A parameter of another
+// type, `const wchar_t*` or a plain `bool` say, does not compile.
+//
+// An argument that is left out but required is VT_EMPTY for a VARIANT and DISP_E_PARAMNOTFOUND for any other type. One
+// that Member::optional() lets be left out is the default given there for a number or a boolean, null for text and
+// objects, and omitted() for a VARIANT.
+//
 // The last parameter may be a result: a pointer to any of these, or SAFEARRAY**. It is empty when the function is
 // called. What the function puts there becomes the call's result where the caller wants one, and is released otherwise
-// or when the function fails.
+// or when the function fails:
 //
-// All of this is deduced when the program is compiled; the tables hold pointers to the functions made here. Only
-// dispatch_object.h uses this header.
+//   LONG, LONGLONG, VARIANT_BOOL, double   VT_I4, VT_I8, VT_BOOL, VT_R8
+//   BSTR                                   VT_BSTR, null included
+//   VARIANT                                itself
+//   SAFEARRAY*                             VT_ARRAY and the type of its elements; null is VT_EMPTY
+//   Interface*                             VT_DISPATCH where the interface derives from IDispatch, else VT_UNKNOWN;
+//                                          null included
+//
+// An assignment (put, putref) has no result: a pointer that stands last is an argument there.
+//
+// Arguments are converted in their order, before the function is called. The first that cannot be ends the call with
+// its code, and the caller learns which it was (argerr). Exceptions, the function's own and std::bad_alloc from here,
+// go on to invoke_member().
+//
+// All of this is deduced when the program is compiled; the tables hold pointers to the functions made here. Classes use
+// it through dispatch_object.h. A table for objects that are not derived from DispatchObject, such as those of a
+// component, is written with operation(), for a ClassTypeInfo over it:
+//
+//   template <auto getter>
+//   consteval korlib::Member read_only(const wchar_t* name) {
+//     korlib::Member member;
+//     member.name = name;
+//     member.get = korlib::detail::operation<IClock, getter, true>();
+//     return member;
+//   }
 #pragma once
 
 #include <tuple>
@@ -25,23 +64,30 @@
 
 namespace korlib::detail {
 
-// An argument as one of the types. `keep` holds what had to be made for it and must live as long as `value` is used.
-// DISP_E_PARAMNOTFOUND for an omitted one; otherwise what VariantChangeType answers. A VARIANT is not converted.
+// An argument as one of the types. `keep` holds what had to be made for it and must live as long as `value` is used,
+// which borrows from it or from the argument. DISP_E_PARAMNOTFOUND for an omitted one; otherwise what VariantChangeType
+// answers: DISP_E_TYPEMISMATCH, DISP_E_OVERFLOW, E_OUTOFMEMORY. After a failure `value` is as it was.
+//
+// A VARIANT is not converted: a reference is followed to a copy, anything else borrowed bit by bit.
 KORLIB_API HRESULT read_variant(const VARIANT& argument, CComVariant& keep, VARIANT& value);
+// The caller's own string when the argument is one, which costs nothing.
 KORLIB_API HRESULT read_text(const VARIANT& argument, CComVariant& keep, BSTR& value);
+// Numbers and booleans. The value itself is taken where it has the type already.
 KORLIB_API HRESULT read_long(const VARIANT& argument, LONG& value);
 KORLIB_API HRESULT read_long_long(const VARIANT& argument, LONGLONG& value);
 KORLIB_API HRESULT read_bool(const VARIANT& argument, VARIANT_BOOL& value);
 KORLIB_API HRESULT read_double(const VARIANT& argument, double& value);
-// A counted reference; null for VT_EMPTY, VT_NULL and a null object. DISP_E_TYPEMISMATCH for what is not an object, or
-// is one without that interface.
+// A counted reference in *object, for the caller to release; null for VT_EMPTY, VT_NULL and a null object, and after a
+// failure. DISP_E_TYPEMISMATCH for what is not an object, or is one without that interface.
 KORLIB_API HRESULT read_object(const VARIANT& argument, REFIID riid, void** object);
 
 // One parameter while a call runs. load() reads its argument, load_default() takes the default of one left out;
-// `value` is then passed to the member function. Holds what the value lives in.
+// `value` is then passed to the member function. Holds what the value lives in, so it outlives the call. A parameter
+// without a specialization below is one that no argument can become.
 template <class Parameter>
 struct Slot;
 
+// Copied out of the argument: nothing is kept.
 template <class Number, HRESULT (*read)(const VARIANT&, Number&)>
 struct NumberSlot {
   Number value{};
@@ -57,6 +103,7 @@ struct Slot<VARIANT_BOOL> : NumberSlot<VARIANT_BOOL, read_bool> {};
 template <>
 struct Slot<double> : NumberSlot<double, read_double> {};
 
+// Null where an optional one is left out, and where the caller's own string is null: both read as empty text.
 template <>
 struct Slot<BSTR> {
   CComVariant keep;
@@ -65,6 +112,7 @@ struct Slot<BSTR> {
   void load_default(LONG) {}
 };
 
+// Passed by value, which means its bits: the function neither clears it nor keeps it.
 template <>
 struct Slot<VARIANT> {
   CComVariant keep;
@@ -77,6 +125,9 @@ struct Slot<VARIANT> {
   void load_default(LONG) { value = omitted(); }
 };
 
+// The caller's variable, for a function that writes its argument back: it clears what is there and leaves a value that
+// the caller owns. Where the argument is left out, a VARIANT that holds omitted(); what is written there is forgotten
+// without being cleared, so it may be a number and no text or object.
 template <>
 struct Slot<VARIANT*> {
   VARIANT left_out = omitted();
@@ -88,6 +139,7 @@ struct Slot<VARIANT*> {
   void load_default(LONG) {}
 };
 
+// Counted for the call, whatever becomes of the argument meanwhile. A function that keeps it counts it again.
 template <class Interface>
 struct Slot<Interface*> {
   CComPtr<Interface> keep;
@@ -101,10 +153,12 @@ struct Slot<Interface*> {
 };
 
 // Where a result is received, and how it becomes a VARIANT: the member function writes `value`; move_to() hands it to
-// *result, which is VT_EMPTY before. Releases what was not handed over.
+// *result, which is VT_EMPTY before, and is called once, after success. The destructor releases what was not handed
+// over: a function that fails may leave something there.
 template <class Value>
 struct Out;
 
+// A number's type of VARIANT, and the field that holds it there.
 template <class Number, VARTYPE type, Number VARIANT::*field>
 struct NumberOut {
   Number value{};
@@ -122,6 +176,7 @@ struct Out<VARIANT_BOOL> : NumberOut<VARIANT_BOOL, VT_BOOL, &VARIANT::boolVal> {
 template <>
 struct Out<double> : NumberOut<double, VT_R8, &VARIANT::dblVal> {};
 
+// Any value, of whatever type the function chose; VT_EMPTY when it wrote none.
 template <>
 struct Out<VARIANT> {
   CComVariant value;
@@ -140,6 +195,7 @@ struct PointerOut {
   PointerOut& operator=(const PointerOut&) = delete;
 };
 
+// A null string stays null: a script reads it as empty text.
 template <>
 struct Out<BSTR> : PointerOut<BSTR, SysFreeString> {
   void move_to(VARIANT* result) {
@@ -148,6 +204,7 @@ struct Out<BSTR> : PointerOut<BSTR, SysFreeString> {
   }
 };
 
+// The array says itself what its elements are.
 template <>
 struct Out<SAFEARRAY*> : PointerOut<SAFEARRAY*, SafeArrayDestroy> {
   void move_to(VARIANT* result) {
@@ -159,6 +216,7 @@ struct Out<SAFEARRAY*> : PointerOut<SAFEARRAY*, SafeArrayDestroy> {
 
 inline void release_object(IUnknown* object) { object->Release(); }
 
+// An object whose interface derives from IDispatch can be called by who receives it; another is passed on only.
 template <class Interface>
 struct Out<Interface*> : PointerOut<Interface*, release_object> {
   void move_to(VARIANT* result) {
@@ -172,7 +230,8 @@ struct Out<Interface*> : PointerOut<Interface*, release_object> {
   }
 };
 
-// Whether a parameter, standing last, is a result: a pointer to what Out knows.
+// Whether a parameter, standing last, is a result: a pointer to what Out knows. An interface pointer is an argument, a
+// pointer to one is a result; a VARIANT* that is to be an argument has another parameter behind it.
 template <class Parameter>
 inline constexpr bool is_result = false;
 template <class Value>
@@ -181,7 +240,8 @@ inline constexpr bool is_result<Value*> =
 template <>
 inline constexpr bool is_result<BSTR> = false;  // wchar_t*: text going in
 
-// The parameters of a member function, as a tuple.
+// The parameters of a member function, as a tuple. It returns an HRESULT and is not const; whether it is noexcept makes
+// no difference.
 template <class Function>
 struct Signature;
 template <class Class, class... Parameter>
@@ -194,7 +254,7 @@ struct Signature<HRESULT (Class::*)(Parameter...) noexcept> : Signature<HRESULT 
 template <class Function>
 using ParametersOf = typename Signature<Function>::Parameters;
 
-// Whether the last of the parameters is a result.
+// Whether the last of the parameters is a result. A function without parameters has none.
 template <class Parameters>
 constexpr bool ends_in_result() {
   constexpr std::size_t count = std::tuple_size_v<Parameters>;
@@ -204,14 +264,14 @@ constexpr bool ends_in_result() {
     return is_result<std::tuple_element_t<count - 1, Parameters>>;
 }
 
-// Whether the function takes its arguments as they came.
+// Whether the function takes its arguments as they came, and with them the care for their number and types.
 template <class Parameters>
 inline constexpr bool takes_raw = false;
 template <>
 inline constexpr bool takes_raw<std::tuple<const Arguments&, VARIANT*>> = true;
 
-// Fills one slot: from its argument, or from the member's default where an optional one was left out. Notes which
-// argument could not be read.
+// Fills one slot: from its argument, or from the member's default where an optional one was left out, at the end of the
+// call or by an omitted argument in its place. Notes which argument could not be read.
 template <std::size_t index, class SlotType>
 HRESULT load_slot(SlotType& slot, const Operation& operation, const Arguments& arguments) {
   constexpr UINT at = static_cast<UINT>(index);
@@ -224,7 +284,8 @@ HRESULT load_slot(SlotType& slot, const Operation& operation, const Arguments& a
   return FAILED(hr) ? arguments.reject(at, hr) : S_OK;
 }
 
-// Reads all arguments, in their order and up to the first that cannot be, then calls the function.
+// Reads all arguments, in their order and up to the first that cannot be, then calls the function. `with_result` says
+// that the parameter behind those of `index` is a result; *result may be null for a caller that wants none.
 template <class Self, auto function, bool with_result, std::size_t... index>
 HRESULT run_typed(Self& self, const Operation& operation, const Arguments& arguments, VARIANT* result,
                   std::index_sequence<index...>) {
@@ -244,7 +305,8 @@ HRESULT run_typed(Self& self, const Operation& operation, const Arguments& argum
   return hr;
 }
 
-// What a table's Operation::run points to.
+// What a table's Operation::run points to. `self` is an object of class Self, as its own address and not that of one of
+// its bases; invoke_member() has counted the arguments already.
 template <class Self, auto function, bool may_have_result>
 HRESULT run(void* self, const Operation& operation, const Arguments& arguments, VARIANT* result) {
   using Parameters = ParametersOf<decltype(function)>;
@@ -260,8 +322,8 @@ HRESULT run(void* self, const Operation& operation, const Arguments& arguments, 
   }
 }
 
-// The row's entry for a member function, or an empty one for nullptr. An assignment has no result: there a pointer that
-// stands last is an argument.
+// The row's entry for a member function, or an empty one for nullptr. An assignment has no result (`may_have_result` is
+// false): there a pointer that stands last is an argument. All arguments are required; Member::optional() lowers that.
 template <class Self, auto function, bool may_have_result>
 consteval Operation operation() {
   Operation made;
