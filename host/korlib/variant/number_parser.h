@@ -31,7 +31,8 @@ namespace korlib::variants {
 // the range of a double or of 64 bits.
 HRESULT parse_number(std::wstring_view text, Scalar* number);
 
-// As parse_number, but in ten-thousandths, and exact to one.
+// As parse_number, but in ten-thousandths, and with all the digits that an amount can have; it is for the caller to
+// round it.
 HRESULT parse_currency(std::wstring_view text, long double* ten_thousandths);
 
 // The number in text for a reader that knows digits, a minus sign, a point and an exponent only. No digit
