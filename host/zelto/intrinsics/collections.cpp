@@ -49,7 +49,7 @@ std::span<const korlib::Member> FieldCollection::members() { return kRequestDict
 
 HRESULT FieldCollection::names(Names& all) {
   RequestState::Fields fields;
-  RETURN_IF_FAILED(source_(page_->request, fields));
+  RETURN_IF_FAILED((page_->request.*source_)(fields));
   all = names_of(fields->fields());
   return S_OK;
 }
@@ -57,7 +57,7 @@ HRESULT FieldCollection::names(Names& all) {
 HRESULT FieldCollection::get_Item(VARIANT key, VARIANT* value) {
   return guarded(kSource, value, [&]() -> HRESULT {
     RequestState::Fields fields;
-    RETURN_IF_FAILED(source_(page_->request, fields));
+    RETURN_IF_FAILED((page_->request.*source_)(fields));
     if (key.vt == VT_ERROR) return give_text(fields->raw, value);
     VariantKey wanted;
     RETURN_IF_FAILED(read_key(key, fields->fields().size(), wanted));

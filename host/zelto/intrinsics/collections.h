@@ -30,7 +30,7 @@ class FieldCollection final : public NamedCollection<FieldCollection, ZeltoTypeL
  public:
   static constexpr const wchar_t* kClassName = L"RequestDictionary";
   static constexpr const wchar_t* kSource = L"Request";
-  using Source = HRESULT (*)(RequestState& request, RequestState::Fields& fields);
+  using Source = HRESULT (RequestState::*)(RequestState::Fields& fields);
   FieldCollection(PageStatePtr page, Source source) : page_(std::move(page)), source_(source) {}
   static std::span<const korlib::Member> members();
 

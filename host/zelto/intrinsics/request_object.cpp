@@ -11,24 +11,8 @@ namespace {
 
 using ZeltoTypeLibrary::IRequestDictionary;
 using Fields = RequestState::Fields;
-using ReadError = RequestState::ReadError;
 
 constexpr std::wstring_view kSource = L"Request";
-
-// In the order of ReadError.
-constexpr std::wstring_view kReadErrors[] = {
-    L"",
-    L"Form cannot be used after BinaryRead.",
-    L"BinaryRead cannot be used after Form.",
-    L"The request's body is larger than the limit.",
-    L"The form has more than 1000 fields.",
-    L"The query string has more than 1000 fields.",
-};
-
-HRESULT raise_read_error(ReadError error) {
-  if (error == ReadError::none) return S_OK;
-  return korlib::raise(E_FAIL, kSource, kReadErrors[static_cast<std::size_t>(error)]);
-}
 
 // The variable that a byte count is read from and goes back to.
 VARIANT* counted_variable(VARIANT* count) {
@@ -82,17 +66,18 @@ HRESULT RequestObject::search(std::wstring_view name, CComPtr<IDispatch>& value)
     return field != nullptr;
   };
   Fields fields;
-  RETURN_IF_FAILED(raise_read_error(request.query(fields)));
+  RETURN_IF_FAILED(request.query(fields));
   if (take(fields)) return S_OK;
   if (request.has_urlencoded_body() && !request.was_read_as_bytes()) {
-    RETURN_IF_FAILED(raise_read_error(request.form(fields)));
+    RETURN_IF_FAILED(request.form(fields));
     if (take(fields)) return S_OK;
   }
   if (const ReceivedCookie* cookie = find_named(request.cookies(), name)) {
     value.attach(static_cast<IRequestDictionary*>(korlib::make<CookieValue>(page_, cookie).detach()));
     return S_OK;
   }
-  take(request.server_variables());
+  RETURN_IF_FAILED(request.server_variables(fields));
+  take(fields);
   return S_OK;
 }
 
@@ -122,31 +107,17 @@ HRESULT RequestObject::give_fields(FieldCollection::Source source, IRequestDicti
 }
 
 HRESULT RequestObject::get_QueryString(IRequestDictionary** values) {
-  return give_fields([](RequestState& request, Fields& fields) { return raise_read_error(request.query(fields)); },
-                     values);
+  return give_fields(&RequestState::query, values);
 }
 
-HRESULT RequestObject::get_Form(IRequestDictionary** values) {
-  return give_fields([](RequestState& request, Fields& fields) { return raise_read_error(request.form(fields)); },
-                     values);
-}
+HRESULT RequestObject::get_Form(IRequestDictionary** values) { return give_fields(&RequestState::form, values); }
 
 HRESULT RequestObject::get_ServerVariables(IRequestDictionary** values) {
-  return give_fields(
-      [](RequestState& request, Fields& fields) {
-        fields = request.server_variables();
-        return S_OK;
-      },
-      values);
+  return give_fields(&RequestState::server_variables, values);
 }
 
 HRESULT RequestObject::get_ClientCertificate(IRequestDictionary** values) {
-  return give_fields(
-      [](RequestState&, Fields& fields) {
-        fields = std::make_shared<const FieldTable>();
-        return S_OK;
-      },
-      values);
+  return give_fields(&RequestState::client_certificate, values);
 }
 
 HRESULT RequestObject::get_Cookies(IRequestDictionary** values) {
@@ -176,9 +147,8 @@ HRESULT RequestObject::read_bytes(VARIANT* count, VARIANT* data) {
     RETURN_IF_FAILED(VariantChangeType(&wanted, variable, 0, VT_I4));
     if (wanted.lVal < 0) return korlib::raise(E_INVALIDARG, kSource, L"BinaryRead: the count is negative.");
     Body bytes;
-    const ReadError error = page_->request.read_bytes(static_cast<std::size_t>(wanted.lVal), bytes);
-    if (error == ReadError::too_large) put_count(variable, 0);
-    if (error != ReadError::none) return raise_read_error(error);
+    if (page_->request.http().body_too_large) put_count(variable, 0);
+    RETURN_IF_FAILED(page_->request.read_bytes(static_cast<std::size_t>(wanted.lVal), bytes));
     const auto read = static_cast<LONG>(bytes.size());
     RETURN_IF_FAILED(give_bytes(std::move(bytes), data));
     put_count(variable, read);

@@ -1,5 +1,7 @@
 #include "intrinsics/request_state.h"
 
+#include <korlib_host/errors.h>
+
 #include <utility>
 
 #include "base/letter_case.h"
@@ -8,25 +10,39 @@
 
 namespace zelto {
 
+namespace {
+
+constexpr std::wstring_view kTooLarge = L"The request's body is larger than the limit.";
+
+HRESULT refuse(std::wstring_view text) { return korlib::raise(E_FAIL, L"Request", text); }
+
+}  // namespace
+
 RequestState::RequestState(HttpRequest request, PagePlace place) : http_(std::move(request)), place_(std::move(place)) {
   if (!http_.body_too_large) http_.body_length = http_.body.size();  // the body may be given away
 }
 
-RequestState::ReadError RequestState::query(Fields& fields) {
+HRESULT RequestState::query(Fields& fields) {
   if (!query_) {
     auto table = parse_form_fields(http_.query, code_page);
-    if (!table) return ReadError::too_many_query_fields;
+    if (!table) return refuse(L"The query string has more than 1000 fields.");
     query_ = std::make_shared<const FieldTable>(std::move(*table));
   }
   fields = query_;
-  return ReadError::none;
+  return S_OK;
 }
 
-RequestState::Fields RequestState::server_variables() {
+HRESULT RequestState::server_variables(Fields& fields) {
   if (!server_variables_) {
     server_variables_ = std::make_shared<const FieldTable>(make_server_variables(http_, place_));
   }
-  return server_variables_;
+  fields = server_variables_;
+  return S_OK;
+}
+
+HRESULT RequestState::client_certificate(Fields& fields) {
+  fields = std::make_shared<const FieldTable>();
+  return S_OK;
 }
 
 const std::vector<ReceivedCookie>& RequestState::cookies() {
@@ -46,35 +62,35 @@ bool RequestState::has_urlencoded_body() const {
   return type && base::equal_ascii(type->substr(0, type->find_first_of("; \t")), "application/x-www-form-urlencoded");
 }
 
-RequestState::ReadError RequestState::form(Fields& fields) {
-  if (use_ == BodyUse::bytes) return ReadError::already_read_as_bytes;
-  if (http_.body_too_large) return ReadError::too_large;
+HRESULT RequestState::form(Fields& fields) {
+  if (use_ == BodyUse::bytes) return refuse(L"Form cannot be used after BinaryRead.");
+  if (http_.body_too_large) return refuse(kTooLarge);
   use_ = BodyUse::form;
   if (!form_) {
     auto table = has_urlencoded_body() ? parse_form_fields(http_.body, code_page) : FieldTable();
-    if (!table) return ReadError::too_many_form_fields;
+    if (!table) return refuse(L"The form has more than 1000 fields.");
     form_ = std::make_shared<const FieldTable>(std::move(*table));
   }
   fields = form_;
-  return ReadError::none;
+  return S_OK;
 }
 
-RequestState::ReadError RequestState::read_bytes(std::size_t count, Body& bytes) {
-  if (use_ == BodyUse::form) return ReadError::already_read_as_form;
-  if (http_.body_too_large) return ReadError::too_large;
+HRESULT RequestState::read_bytes(std::size_t count, Body& bytes) {
+  if (use_ == BodyUse::form) return refuse(L"BinaryRead cannot be used after Form.");
+  if (http_.body_too_large) return refuse(kTooLarge);
   use_ = BodyUse::bytes;
   if (bytes_read_ == 0 && count >= http_.body.size()) {
     bytes = std::exchange(http_.body, Body());
     is_spent_ = true;
-    return ReadError::none;
+    return S_OK;
   }
   bytes = std::string_view(http_.body).substr(bytes_read_, count);
   bytes_read_ += bytes.size();
-  if (bytes_read_ < http_.body.size()) return ReadError::none;
+  if (bytes_read_ < http_.body.size()) return S_OK;
   http_.body = Body();
   bytes_read_ = 0;
   is_spent_ = true;
-  return ReadError::none;
+  return S_OK;
 }
 
 }  // namespace zelto

@@ -25,15 +25,6 @@ struct PagePlace {
 // the request's thread.
 class RequestState {
  public:
-  // Why fields, or bytes of the body, cannot be had.
-  enum class ReadError {
-    none,
-    already_read_as_bytes,
-    already_read_as_form,
-    too_large,
-    too_many_form_fields,
-    too_many_query_fields
-  };
   using Fields = std::shared_ptr<const FieldTable>;
 
   RequestState(HttpRequest request, PagePlace place);
@@ -44,20 +35,21 @@ class RequestState {
   // The code page in which fields are read; it counts for what is read first after it was set.
   LONG code_page = 65001;
 
-  // Each is built when it is first asked for.
-  ReadError query(Fields& fields);
-  Fields server_variables();
+  // Each is built when it is first asked for. Fields, and bytes of the body, that cannot be had fail with a message.
+  HRESULT query(Fields& fields);
+  HRESULT server_variables(Fields& fields);
+  HRESULT client_certificate(Fields& fields);  // none: no client is asked for one
   const std::vector<ReceivedCookie>& cookies();
 
   // The body as a submitted form. Only an urlencoded body has fields; any other reads as an empty form.
   // From then on its bytes can't be read.
-  ReadError form(Fields& fields);
+  HRESULT form(Fields& fields);
   bool has_urlencoded_body() const;
   bool was_read_as_bytes() const { return use_ == BodyUse::bytes; }
 
   // The next bytes of the body, up to `count`. From then on it can't be read as a form. All of it read at
   // once is handed over as it is, not copied, and is no longer held here.
-  ReadError read_bytes(std::size_t count, Body& bytes);
+  HRESULT read_bytes(std::size_t count, Body& bytes);
   // Whether the last byte was handed over; an empty body is spent when it was read once.
   bool is_spent() const { return is_spent_; }
   std::uint64_t total_bytes() const { return http_.body_length; }

@@ -22,7 +22,9 @@ TEST_F(Collections, NameTheServerWithoutItsPort) {
     http.headers = {{"Host", named}};
     http.local_address = "127.0.0.1";
     zelto::RequestState state(std::move(http), {"/a.asp", "/srv/a.asp", "/srv"});
-    return state.server_variables()->find(L"SERVER_NAME")->values.front();
+    zelto::RequestState::Fields variables;
+    EXPECT_EQ(S_OK, state.server_variables(variables));
+    return variables->find(L"SERVER_NAME")->values.front();
   };
   EXPECT_EQ(L"example.org", server_name("example.org:8080"));
   EXPECT_EQ(L"example.org", server_name("example.org"));
