@@ -46,28 +46,23 @@ VARIANT view_of(const SAFEARRAY& array, const void* element) {
   return value;
 }
 
-class Level {
- public:
-  explicit Level(int& depth) : depth_(depth) { ++depth_; }
-  ~Level() { --depth_; }
-  Level(const Level&) = delete;
-  Level& operator=(const Level&) = delete;
-
- private:
-  int& depth_;
+// How many arrays and objects are being written, one inside the other.
+struct Depth {
+  int arrays = 0;
+  int objects = 0;
 };
 
 class Writer {
  public:
   Writer(LONG lcid, std::wstring& text) : lcid_(lcid), text_(text) {}
 
-  HRESULT add(const VARIANT& value) {
+  HRESULT add(const VARIANT& value, Depth depth) {
     if (value.vt & VT_BYREF) {
       CComVariant direct;
       RETURN_IF_FAILED(VariantCopyInd(&direct, &value));
-      return add(direct);
+      return add(direct, depth);
     }
-    if (value.vt & VT_ARRAY) return add_array(value.parray);
+    if (value.vt & VT_ARRAY) return add_array(value.parray, depth);
     switch (value.vt) {
       case VT_EMPTY:
       case VT_NULL:
@@ -82,7 +77,7 @@ class Writer {
         return add_date(value);
       case VT_DISPATCH:
       case VT_UNKNOWN:
-        return add_object(value);
+        return add_object(value, depth);
       default:
         return add_number(value);
     }
@@ -108,57 +103,56 @@ class Writer {
     return S_OK;
   }
 
-  HRESULT add_object(const VARIANT& value) {
-    const Level level(objects_);
-    if (objects_ > kMostObjects) {
+  HRESULT add_object(const VARIANT& value, Depth depth) {
+    if (++depth.objects > kMostObjects) {
       return korlib::raise(E_INVALIDARG, kSource,
                            L"The object's default value is an object, and so on without an end.");
     }
     CComVariant plain;
     bool has_none = false;
     RETURN_IF_FAILED(read_default_value(value, &plain, &has_none));
-    if (!has_none) return add(plain);
+    if (!has_none) return add(plain, depth);
     text_ += L"[object Object]";
     return S_OK;
   }
 
-  HRESULT add_array(SAFEARRAY* array) {
+  HRESULT add_array(SAFEARRAY* array, Depth depth) {
     if (!array || array->cDims == 0) return S_OK;
-    const Level level(arrays_);
-    if (arrays_ > kMostArrays) {
+    if (++depth.arrays > kMostArrays) {
       return korlib::raise(E_INVALIDARG, kSource, L"The array is nested too deeply to be written.");
     }
     std::vector<LONG> indices(array->cDims);
     bool is_first = true;
-    return add_dimension(*array, indices, 0, is_first);
+    return add_dimension(*array, depth, indices, 0, is_first);
   }
 
-  HRESULT add_dimension(SAFEARRAY& array, std::vector<LONG>& indices, std::size_t dimension, bool& is_first) {
+  HRESULT add_dimension(SAFEARRAY& array, Depth depth, std::vector<LONG>& indices, std::size_t dimension,
+                        bool& is_first) {
     const SAFEARRAYBOUND& bound = bound_of(array, dimension);
     for (ULONG i = 0; i < bound.cElements; ++i) {
       indices[dimension] = static_cast<LONG>(static_cast<ULONG>(bound.lLbound) + i);
       if (dimension + 1 < indices.size()) {
-        RETURN_IF_FAILED(add_dimension(array, indices, dimension + 1, is_first));
+        RETURN_IF_FAILED(add_dimension(array, depth, indices, dimension + 1, is_first));
         continue;
       }
       if (!is_first) text_ += L',';
       is_first = false;
       void* element = nullptr;
       RETURN_IF_FAILED(SafeArrayPtrOfIndex(&array, indices.data(), &element));
-      RETURN_IF_FAILED(add(view_of(array, element)));
+      RETURN_IF_FAILED(add(view_of(array, element), depth));
     }
     return S_OK;
   }
 
   LONG lcid_;
   std::wstring& text_;
-  int arrays_ = 0;   // that are being written, one inside the other
-  int objects_ = 0;  // likewise
 };
 
 }  // namespace
 
-HRESULT append_value_text(const VARIANT& value, LONG lcid, std::wstring& text) { return Writer(lcid, text).add(value); }
+HRESULT append_value_text(const VARIANT& value, LONG lcid, std::wstring& text) {
+  return Writer(lcid, text).add(value, {});
+}
 
 HRESULT read_default_value(const VARIANT& value, VARIANT* plain, bool* has_none) {
   VariantInit(plain);
