@@ -26,21 +26,20 @@ std::span<const korlib::Member> ContentsObject::members() {
   return table;
 }
 
-HRESULT ContentsObject::name_of(const VARIANT& index, std::wstring& name) {
-  Names all;
-  RETURN_IF_FAILED(names(all));
-  VariantKey key;
-  RETURN_IF_FAILED(read_key(index, all.size(), key));
-  name = key.place ? all[*key.place] : key.name;
-  return S_OK;
+template <class Body>
+HRESULT ContentsObject::with_name(const VARIANT& index, Body body) {
+  return guarded(kSource, [&]() -> HRESULT {
+    Names all;
+    RETURN_IF_FAILED(names(all));
+    VariantKey key;
+    RETURN_IF_FAILED(read_key(index, all.size(), key));
+    return body(key.place ? all[*key.place] : key.name);
+  });
 }
 
 HRESULT ContentsObject::get_Item(VARIANT index, VARIANT* value) {
-  return guarded(kSource, value, [&]() -> HRESULT {
-    std::wstring name;
-    RETURN_IF_FAILED(name_of(index, name));
-    return store_->get(name, value);
-  });
+  return guarded(kSource, value,
+                 [&] { return with_name(index, [&](const std::wstring& name) { return store_->get(name, value); }); });
 }
 
 HRESULT ContentsObject::put_Item(VARIANT index, VARIANT value) {
@@ -52,19 +51,11 @@ HRESULT ContentsObject::put_Item(VARIANT index, VARIANT value) {
 }
 
 HRESULT ContentsObject::putref_Item(VARIANT index, VARIANT value) {
-  return guarded(kSource, [&]() -> HRESULT {
-    std::wstring name;
-    RETURN_IF_FAILED(name_of(index, name));
-    return store_->put(name, value);
-  });
+  return with_name(index, [&](const std::wstring& name) { return store_->put(name, value); });
 }
 
 HRESULT ContentsObject::Remove(VARIANT index) {
-  return guarded(kSource, [&]() -> HRESULT {
-    std::wstring name;
-    RETURN_IF_FAILED(name_of(index, name));
-    return store_->remove(name);
-  });
+  return with_name(index, [&](const std::wstring& name) { return store_->remove(name); });
 }
 
 HRESULT ContentsObject::RemoveAll() {

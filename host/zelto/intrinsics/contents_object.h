@@ -29,8 +29,9 @@ class ContentsObject final : public NamedCollection<ContentsObject, ZeltoTypeLib
 
  private:
   HRESULT names(Names& all) override { return store_->names(all); }
-  // The name that an index stands for.
-  HRESULT name_of(const VARIANT& index, std::wstring& name);
+  // Answers what `body` does with the name that an index stands for.
+  template <class Body>
+  HRESULT with_name(const VARIANT& index, Body body);
 
   std::shared_ptr<VariantStore> store_;
 };
