@@ -1,7 +1,5 @@
 #include "intrinsics/cookies.h"
 
-#include <algorithm>
-
 #include "intrinsics/form_fields.h"
 #include "text/charset.h"
 #include "text/http_date.h"
@@ -61,10 +59,6 @@ std::string SetCookie::header() const {
   if (http_only) out += "; HttpOnly";
   if (!same_site.empty()) out += "; SameSite=" + same_site;
   return out;
-}
-
-bool is_cookie_attribute(std::string_view text) {
-  return std::ranges::none_of(text, [](char c) { return c == ';' || is_control(c); });
 }
 
 }  // namespace zelto

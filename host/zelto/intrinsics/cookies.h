@@ -51,7 +51,4 @@ struct SetCookie {
   std::string header() const;
 };
 
-// Whether the text can be a Domain or Path attribute: no control character, no ';'.
-bool is_cookie_attribute(std::string_view text);
-
 }  // namespace zelto

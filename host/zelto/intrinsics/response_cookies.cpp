@@ -1,7 +1,10 @@
 #include "intrinsics/response_cookies.h"
 
+#include <algorithm>
+
 #include "base/letter_case.h"
 #include "intrinsics/arguments.h"
+#include "text/characters.h"
 #include "text/charset.h"
 
 namespace zelto {
@@ -17,15 +20,6 @@ HRESULT text_of(const VARIANT& value, std::wstring& text) {
   return S_OK;
 }
 
-HRESULT attribute_of(BSTR text, std::string& attribute) {
-  const std::string bytes = to_utf8(korlib::view_of(text));
-  if (!is_cookie_attribute(bytes)) {
-    return korlib::raise(E_INVALIDARG, kSource, L"A cookie's attribute may hold neither ';' nor control characters.");
-  }
-  attribute = bytes;
-  return S_OK;
-}
-
 }  // namespace
 
 std::span<const korlib::Member> ResponseCookie::members() {
@@ -33,10 +27,10 @@ std::span<const korlib::Member> ResponseCookie::members() {
       property<&ResponseCookie::get_Item, &ResponseCookie::put_Item>(L"_Default").is_default().optional(0),
       property<&ResponseCookie::get_Item, &ResponseCookie::put_Item>(L"Item"),
       property<nullptr, &ResponseCookie::put_Expires>(L"Expires"),
-      property<nullptr, &ResponseCookie::put_Domain>(L"Domain"),
-      property<nullptr, &ResponseCookie::put_Path>(L"Path"),
-      property<nullptr, &ResponseCookie::put_Secure>(L"Secure"),
-      property<nullptr, &ResponseCookie::put_HttpOnly>(L"HttpOnly"),
+      property<nullptr, &ResponseCookie::put_attribute<&SetCookie::domain>>(L"Domain"),
+      property<nullptr, &ResponseCookie::put_attribute<&SetCookie::path>>(L"Path"),
+      property<nullptr, &ResponseCookie::put_flag<&SetCookie::secure>>(L"Secure"),
+      property<nullptr, &ResponseCookie::put_flag<&SetCookie::http_only>>(L"HttpOnly"),
       property<nullptr, &ResponseCookie::put_SameSite>(L"SameSite"),
       property<&ResponseCookie::get_HasKeys>(L"HasKeys"),
   };
@@ -89,20 +83,21 @@ HRESULT ResponseCookie::put_Expires(VARIANT date) {
   });
 }
 
-HRESULT ResponseCookie::put_Domain(BSTR domain) {
-  return change([&](SetCookie& cookie) { return attribute_of(domain, cookie.domain); });
+template <std::string SetCookie::*field>
+HRESULT ResponseCookie::put_attribute(BSTR text) {
+  return change([&](SetCookie& cookie) -> HRESULT {
+    std::string bytes = to_utf8(korlib::view_of(text));
+    if (std::ranges::any_of(bytes, [](char c) { return c == ';' || is_control(c); })) {
+      return korlib::raise(E_INVALIDARG, kSource, L"A cookie's attribute may hold neither ';' nor control characters.");
+    }
+    cookie.*field = std::move(bytes);
+    return S_OK;
+  });
 }
 
-HRESULT ResponseCookie::put_Path(BSTR path) {
-  return change([&](SetCookie& cookie) { return attribute_of(path, cookie.path); });
-}
-
-HRESULT ResponseCookie::put_Secure(VARIANT_BOOL secure) {
-  return change([&](SetCookie& cookie) { return give(secure != VARIANT_FALSE, &cookie.secure); });
-}
-
-HRESULT ResponseCookie::put_HttpOnly(VARIANT_BOOL http_only) {
-  return change([&](SetCookie& cookie) { return give(http_only != VARIANT_FALSE, &cookie.http_only); });
+template <bool SetCookie::*field>
+HRESULT ResponseCookie::put_flag(VARIANT_BOOL is_set) {
+  return change([&](SetCookie& cookie) { return give(is_set != VARIANT_FALSE, &(cookie.*field)); });
 }
 
 HRESULT ResponseCookie::put_SameSite(BSTR policy) {

@@ -17,10 +17,10 @@ class ResponseCookie final : public korlib::DispatchObject<ResponseCookie> {
   HRESULT get_Item(VARIANT key, VARIANT* value);
   HRESULT put_Item(const korlib::Arguments& arguments, VARIANT* unused);
   HRESULT put_Expires(VARIANT date);
-  HRESULT put_Domain(BSTR domain);
-  HRESULT put_Path(BSTR path);
-  HRESULT put_Secure(VARIANT_BOOL secure);
-  HRESULT put_HttpOnly(VARIANT_BOOL http_only);
+  template <std::string SetCookie::*field>
+  HRESULT put_attribute(BSTR text);
+  template <bool SetCookie::*field>
+  HRESULT put_flag(VARIANT_BOOL is_set);
   HRESULT put_SameSite(BSTR policy);
   HRESULT get_HasKeys(VARIANT_BOOL* has_keys);
 
