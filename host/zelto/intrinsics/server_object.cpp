@@ -2,7 +2,6 @@
 
 #include <korlib/activation.h>
 
-#include "intrinsics/arguments.h"
 #include "intrinsics/value_text.h"
 #include "script/stack.h"
 #include "text/charset.h"
@@ -34,9 +33,9 @@ std::span<const korlib::Member> ServerObject::members() {
   using S = ServerObject;
   static constexpr korlib::Member table[] = {
       method<&S::CreateObject>(L"CreateObject"),
-      method<&S::MapPathValue>(L"MapPath"),
-      method<&S::HTMLEncodeValue>(L"HTMLEncode"),
-      method<&S::URLEncodeValue>(L"URLEncode"),
+      method<&S::with_text<&S::MapPath>>(L"MapPath"),
+      method<&S::with_text<&S::HTMLEncode>>(L"HTMLEncode"),
+      method<&S::with_text<&S::URLEncode>>(L"URLEncode"),
       method<&S::Execute>(L"Execute"),
       method<&S::Transfer>(L"Transfer"),
       method<&S::GetLastError>(L"GetLastError"),
@@ -45,7 +44,8 @@ std::span<const korlib::Member> ServerObject::members() {
   return table;
 }
 
-HRESULT ServerObject::with_text(const VARIANT& value, HRESULT (ServerObject::*typed)(BSTR, BSTR*), BSTR* out) {
+template <HRESULT (ServerObject::*typed)(BSTR, BSTR*)>
+HRESULT ServerObject::with_text(VARIANT value, BSTR* out) {
   if (value.vt == VT_BSTR) return (this->*typed)(value.bstrVal, out);
   std::wstring text;
   RETURN_IF_FAILED(append_value_text(value, page_->response.lcid, text));
@@ -134,26 +134,16 @@ std::span<const korlib::Member> AspErrorObject::members() {
   using E = AspErrorObject;
   static constexpr korlib::Member table[] = {
       property<&E::get_ASPCode>(L"ASPCode"),
-      property<&E::get_Number>(L"Number"),
-      property<&E::get_Source>(L"Source"),
-      property<&E::get_Category>(L"Category"),
-      property<&E::get_File>(L"File"),
-      property<&E::get_Line>(L"Line"),
-      property<&E::get_Column>(L"Column"),
-      property<&E::get_Description>(L"Description"),
-      property<&E::get_ASPDescription>(L"ASPDescription"),
+      property<&E::get_number<&PageError::number>>(L"Number"),
+      property<&E::get_text<&PageError::code_line>>(L"Source"),
+      property<&E::get_text<&PageError::category>>(L"Category"),
+      property<&E::get_text<&PageError::file>>(L"File"),
+      property<&E::get_number<&PageError::line>>(L"Line"),
+      property<&E::get_number<&PageError::column>>(L"Column"),
+      property<&E::get_text<&PageError::description>>(L"Description"),
+      property<&E::get_text<&PageError::source>>(L"ASPDescription"),
   };
   return table;
 }
-
-HRESULT AspErrorObject::get_ASPCode(BSTR* code) { return give_text(L"", code); }
-HRESULT AspErrorObject::get_Number(LONG* number) { return give(error_.number, number); }
-HRESULT AspErrorObject::get_Source(BSTR* code_line) { return give_text(error_.code_line, code_line); }
-HRESULT AspErrorObject::get_Category(BSTR* category) { return give_text(error_.category, category); }
-HRESULT AspErrorObject::get_File(BSTR* file) { return give_text(error_.file, file); }
-HRESULT AspErrorObject::get_Line(LONG* line) { return give(error_.line, line); }
-HRESULT AspErrorObject::get_Column(LONG* column) { return give(error_.column, column); }
-HRESULT AspErrorObject::get_Description(BSTR* description) { return give_text(error_.description, description); }
-HRESULT AspErrorObject::get_ASPDescription(BSTR* description) { return give_text(error_.source, description); }
 
 }  // namespace zelto

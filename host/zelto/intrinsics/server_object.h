@@ -4,6 +4,7 @@
 #include <korlib_host/dispatch_object.h>
 #include <zelto/asp.h>
 
+#include "intrinsics/arguments.h"
 #include "intrinsics/page_state.h"
 
 namespace zelto {
@@ -20,9 +21,8 @@ class ServerObject final : public korlib::DispatchObject<ServerObject, ZeltoType
   HRESULT CreateObject(BSTR prog_id, IDispatch** object) override;
 
   // As scripts call the three above: with any value, for its text (value_text.h). Nothing and null are "".
-  HRESULT HTMLEncodeValue(VARIANT value, BSTR* encoded) { return with_text(value, &ServerObject::HTMLEncode, encoded); }
-  HRESULT URLEncodeValue(VARIANT value, BSTR* encoded) { return with_text(value, &ServerObject::URLEncode, encoded); }
-  HRESULT MapPathValue(VARIANT value, BSTR* physical) { return with_text(value, &ServerObject::MapPath, physical); }
+  template <HRESULT (ServerObject::*typed)(BSTR, BSTR*)>
+  HRESULT with_text(VARIANT value, BSTR* out);
 
   HRESULT Execute(BSTR path);
   HRESULT Transfer(BSTR path);
@@ -31,7 +31,6 @@ class ServerObject final : public korlib::DispatchObject<ServerObject, ZeltoType
   HRESULT put_ScriptTimeout(LONG seconds);
 
  private:
-  HRESULT with_text(const VARIANT& value, HRESULT (ServerObject::*typed)(BSTR, BSTR*), BSTR* out);
   HRESULT resolve(std::wstring_view member, BSTR path, std::string& virtual_path) const;
 
   PageStatePtr page_;
@@ -44,17 +43,18 @@ class AspErrorObject final : public korlib::DispatchObject<AspErrorObject> {
   explicit AspErrorObject(PageError error) : error_(std::move(error)) {}
   static std::span<const korlib::Member> members();
 
-  HRESULT get_ASPCode(BSTR* code);
-  HRESULT get_Number(LONG* number);
-  HRESULT get_Source(BSTR* code_line);
-  HRESULT get_Category(BSTR* category);
-  HRESULT get_File(BSTR* file);
-  HRESULT get_Line(LONG* line);
-  HRESULT get_Column(LONG* column);
-  HRESULT get_Description(BSTR* description);
-  HRESULT get_ASPDescription(BSTR* description);
+  HRESULT get_ASPCode(BSTR* code) { return give_text(L"", code); }
 
  private:
+  template <std::wstring PageError::*field>
+  HRESULT get_text(BSTR* text) {
+    return give_text(error_.*field, text);
+  }
+  template <LONG PageError::*field>
+  HRESULT get_number(LONG* number) {
+    return give(error_.*field, number);
+  }
+
   PageError error_;
 };
 
