@@ -1,28 +1,13 @@
 #include "intrinsics/arguments.h"
 
+#include <algorithm>
+
 namespace zelto {
 
 namespace {
 
-bool is_number(const VARIANT& value) {
-  switch (value.vt & ~VT_BYREF) {
-    case VT_I1:
-    case VT_I2:
-    case VT_I4:
-    case VT_I8:
-    case VT_INT:
-    case VT_UI1:
-    case VT_UI2:
-    case VT_UI4:
-    case VT_UI8:
-    case VT_UINT:
-    case VT_R4:
-    case VT_R8:
-      return true;
-    default:
-      return false;
-  }
-}
+constexpr VARTYPE kNumbers[] = {VT_I1,  VT_I2,  VT_I4,  VT_I8,   VT_INT, VT_UI1,
+                                VT_UI2, VT_UI4, VT_UI8, VT_UINT, VT_R4,  VT_R8};
 
 }  // namespace
 
@@ -37,11 +22,8 @@ HRESULT read_place(const VARIANT& value, std::size_t count, std::size_t& place) 
 HRESULT read_key(const VARIANT& value, std::size_t count, VariantKey& key) {
   CComVariant direct;
   RETURN_IF_FAILED(VariantCopyInd(&direct, &value));
-  if (is_number(direct)) {
-    std::size_t place = 0;
-    RETURN_IF_FAILED(read_place(direct, count, place));
-    key.place = place;
-    return S_OK;
+  if (std::ranges::find(kNumbers, direct.vt) != std::end(kNumbers)) {
+    return read_place(direct, count, key.place.emplace());
   }
   RETURN_IF_FAILED(direct.change_type(VT_BSTR));
   key.name = korlib::view_of(direct.bstrVal);
@@ -63,10 +45,7 @@ HRESULT give_text(std::wstring_view text, VARIANT* result) {
 
 HRESULT give_object(IDispatch* object, VARIANT* result) {
   if (!result) return E_POINTER;
-  VariantInit(result);
-  result->vt = VT_DISPATCH;
-  result->pdispVal = object;
-  object->AddRef();
+  CComVariant(object).detach_to(result);
   return S_OK;
 }
 

@@ -43,6 +43,14 @@ HRESULT give_text(std::wstring_view text, VARIANT* result);
 // A further reference.
 HRESULT give_object(IDispatch* object, VARIANT* result);
 
+template <class Rows>
+std::vector<std::wstring> names_of(const Rows& rows) {
+  std::vector<std::wstring> names;
+  names.reserve(rows.size());
+  for (const auto& row : rows) names.push_back(row.name);
+  return names;
+}
+
 // The texts of a list, or what `text_of` makes of each of its rows, as an enumeration.
 template <class Rows, class TextOf = std::identity>
 HRESULT give_texts(const Rows& rows, IUnknown** result, TextOf text_of = {}) {

@@ -1,5 +1,7 @@
 #include "intrinsics/collections.h"
 
+#include <boost/algorithm/string/join.hpp>
+
 #include "platform/collection_type_info.h"
 #include "text/charset.h"
 
@@ -11,19 +13,7 @@ using ZeltoTypeLibrary::IRequestDictionary;
 
 constexpr std::wstring_view kSource = L"Request";
 
-std::wstring joined(const std::vector<std::wstring>& values) {
-  std::wstring text;
-  for (const std::wstring& value : values) text.append(&value == &values.front() ? L"" : L", ").append(value);
-  return text;
-}
-
-template <class Rows>
-std::vector<std::wstring> names_of(const Rows& rows) {
-  std::vector<std::wstring> names;
-  names.reserve(rows.size());
-  for (const auto& row : rows) names.push_back(row.name);
-  return names;
-}
+std::wstring joined(const std::vector<std::wstring>& values) { return boost::algorithm::join(values, L", "); }
 
 }  // namespace
 

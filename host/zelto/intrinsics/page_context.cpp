@@ -1,9 +1,8 @@
 #include "intrinsics/page_context.h"
 
-#include <korlib_host/enumerator.h>
-#include <korlib_host/errors.h>
-
 #include <algorithm>
+
+#include "intrinsics/arguments.h"
 
 namespace zelto {
 
@@ -11,32 +10,18 @@ HRESULT PageContext::QueryInterface(REFIID riid, void** ppv) {
   return korlib::query_list<IGetContextProperties, IUnknown>(this, riid, ppv);
 }
 
-HRESULT PageContext::Count(LONG* count) {
-  if (!count) return E_POINTER;
-  *count = static_cast<LONG>(objects_.size());
-  return S_OK;
-}
+HRESULT PageContext::Count(LONG* count) { return give(static_cast<LONG>(objects_.size()), count); }
 
 HRESULT PageContext::GetProperty(BSTR name, VARIANT* value) {
   if (!value) return E_POINTER;
   VariantInit(value);
   const std::wstring_view wanted = korlib::view_of(name);
   const auto row = std::ranges::find_if(objects_, [&](const auto& object) { return object.first == wanted; });
-  if (row == objects_.end()) return E_INVALIDARG;
-  value->vt = VT_DISPATCH;
-  value->pdispVal = row->second.get();
-  value->pdispVal->AddRef();
-  return S_OK;
+  return row == objects_.end() ? E_INVALIDARG : give_object(row->second.get(), value);
 }
 
 HRESULT PageContext::EnumNames(IUnknown** names) {
-  if (!names) return E_POINTER;
-  *names = nullptr;
-  return korlib::guarded(L"Context", [&] {
-    std::vector<CComVariant> values;
-    for (const auto& object : objects_) values.emplace_back(std::wstring_view(object.first));
-    return korlib::make_enumerator(std::move(values), names);
-  });
+  return guarded(L"Context", names, [&] { return give_texts(objects_, names, &Objects::value_type::first); });
 }
 
 }  // namespace zelto

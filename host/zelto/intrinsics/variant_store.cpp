@@ -1,5 +1,6 @@
 #include "intrinsics/variant_store.h"
 
+#include "intrinsics/arguments.h"
 #include "script/script_object.h"
 
 namespace zelto {
@@ -28,12 +29,7 @@ void VariantTable::clear() {
   std::swap(removed, entries_);
 }
 
-std::vector<std::wstring> VariantTable::names() const {
-  std::vector<std::wstring> names;
-  names.reserve(entries_.size());
-  for (const Entry& entry : entries_) names.push_back(entry.name);
-  return names;
-}
+std::vector<std::wstring> VariantTable::names() const { return names_of(entries_); }
 
 bool holds_script_object(const VARIANT& value) {
   switch (value.vt) {

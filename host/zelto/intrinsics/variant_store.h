@@ -20,7 +20,6 @@ class VariantTable {
   void put(std::wstring_view name, CComVariant value);
   void remove(std::wstring_view name);
   void clear();
-  std::size_t size() const { return entries_.size(); }
   std::vector<std::wstring> names() const;
 
  private:
