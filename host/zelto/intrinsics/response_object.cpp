@@ -23,10 +23,6 @@ namespace {
 constexpr std::wstring_view kSource = L"Response";
 constexpr double kSecondsPerMinute = 60;
 
-HRESULT raise_bad(std::wstring_view member) {
-  return korlib::raise(E_INVALIDARG, kSource, std::wstring(member) + L": the text may hold no control characters.");
-}
-
 // The bytes of a VT_ARRAY | VT_UI1 of one dimension, while it lives.
 bool bytes_of(const VARIANT& value, std::string_view& bytes) {
   if (value.vt != (VT_ARRAY | VT_UI1) || !value.parray || value.parray->cDims != 1) return false;
@@ -42,7 +38,9 @@ bool is_host_object(const VARIANT& value) {
 // The value of a header field that text sets; refuses control characters.
 HRESULT header_value(std::wstring_view member, BSTR text, std::string& value) {
   std::string bytes = to_utf8(korlib::view_of(text));
-  if (!is_field_value(bytes)) return raise_bad(member);
+  if (!is_field_value(bytes)) {
+    return korlib::raise(E_INVALIDARG, kSource, std::wstring(member) + L": the text may hold no control characters.");
+  }
   value = std::move(bytes);
   return S_OK;
 }

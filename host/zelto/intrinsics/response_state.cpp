@@ -11,6 +11,7 @@
 #include "text/charset.h"
 #include "text/http_date.h"
 #include "text/http_grammar.h"
+#include "text/numbers.h"
 
 namespace zelto {
 
@@ -113,11 +114,10 @@ ResponseHead ResponseState::head() const {
 }
 
 bool ResponseState::set_status(std::string_view line) {
-  const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
-  if (line.size() < 3 || !is_digit(line[0]) || !is_digit(line[1]) || !is_digit(line[2])) return false;
-  if (line[0] == '0' || line[0] == '1' || line[0] > '5' || !is_field_value(line)) return false;
+  const std::optional<int> number = parse_number<int>(line.substr(0, 3));
+  if (!number || *number < 200 || *number > 599 || !is_field_value(line)) return false;
   if (line.size() > 3 && line[3] != ' ') return false;
-  status = (line[0] - '0') * 100 + (line[1] - '0') * 10 + (line[2] - '0');
+  status = *number;
   reason = line.size() > 4 ? line.substr(4) : "";
   return true;
 }

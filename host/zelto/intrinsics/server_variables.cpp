@@ -13,13 +13,8 @@ namespace {
 // "Accept-Language" as "HTTP_ACCEPT_LANGUAGE".
 std::string variable_name(std::string_view header) {
   std::string name = "HTTP_";
-  for (const char c : header) {
-    if (c == '-') {
-      name += '_';
-    } else {
-      name += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    }
-  }
+  for (const char c : header) name += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  std::ranges::replace(name, '-', '_');
   return name;
 }
 
@@ -66,13 +61,12 @@ FieldTable make_server_variables(const HttpRequest& request, const PagePlace& pl
   for (const Header& header : request.headers)
     all_raw.append(header.name).append(": ").append(header.value).append("\r\n");
   const std::string content_type = header_or_empty(request, "Content-Type");
-  const std::uint64_t length = request.body_length;
 
   add("ALL_HTTP", all_http);
   add("ALL_RAW", all_raw);
   add("APPL_PHYSICAL_PATH", place.site_root + "/");
   for (const char* name : {"AUTH_PASSWORD", "AUTH_TYPE", "AUTH_USER"}) add(name, "");
-  add("CONTENT_LENGTH", std::to_string(length));
+  add("CONTENT_LENGTH", std::to_string(request.body_length));
   add("CONTENT_TYPE", content_type);
   add("GATEWAY_INTERFACE", "CGI/1.1");
   add("HTTPS", request.secure ? "on" : "off");
