@@ -1,6 +1,5 @@
 #include "intrinsics/cookies.h"
 
-#include "intrinsics/form_fields.h"
 #include "text/charset.h"
 #include "text/http_date.h"
 #include "text/http_grammar.h"

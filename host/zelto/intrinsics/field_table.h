@@ -1,6 +1,10 @@
-// The names and values of one request collection.
+// The names and values of one request collection, and how a form or a query string says them:
+// "application/x-www-form-urlencoded".
 #pragma once
 
+#include <korlib/types.h>
+
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,5 +35,10 @@ class FieldTable {
  private:
   Fields fields_;
 };
+
+inline constexpr std::size_t kMaxFormFields = 1000;
+
+// The fields of "a=1&b=2" in the code page's characters. Nothing when there are more than kMaxFormFields of them.
+std::optional<FieldTable> parse_form_fields(std::string_view text, LONG code_page);
 
 }  // namespace zelto

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "base/letter_case.h"
-#include "intrinsics/form_fields.h"
 #include "intrinsics/server_variables.h"
 
 namespace zelto {
