@@ -1,8 +1,7 @@
 #include "base/thread.h"
 
-#include <pthread.h>
-
 #include <condition_variable>
+#include <cstdint>
 #include <exception>
 #include <mutex>
 #include <system_error>
@@ -10,28 +9,39 @@
 
 namespace base {
 
-struct Thread::State {
-  std::function<void()> body;
-  pthread_t thread{};
+namespace {
 
-  static void* run(void* state) {
-    static_cast<State*>(state)->body();
-    return nullptr;
-  }
-};
+// The lowest address above the guard pages; 0 when the system does not tell.
+std::uintptr_t lowest_address() noexcept {
+  pthread_attr_t attributes;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return 0;
+  void* start = nullptr;
+  std::size_t size = 0;
+  std::size_t guard = 0;
+  const bool is_known = pthread_attr_getstack(&attributes, &start, &size) == 0;
+  pthread_attr_getguardsize(&attributes, &guard);
+  pthread_attr_destroy(&attributes);
+  return is_known ? reinterpret_cast<std::uintptr_t>(start) + guard : 0;
+}
+
+}  // namespace
 
 Thread::Thread(std::size_t stack_bytes, std::function<void()> body)
-    : state_(std::make_unique<State>(State{std::move(body)})) {
+    : body_(std::make_unique<std::function<void()>>(std::move(body))) {
+  const auto run = [](void* of_thread) -> void* {
+    (*static_cast<std::function<void()>*>(of_thread))();
+    return nullptr;
+  };
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
   int error = pthread_attr_setstacksize(&attributes, stack_bytes);
-  if (error == 0) error = pthread_create(&state_->thread, &attributes, &State::run, state_.get());
+  if (error == 0) error = pthread_create(&thread_, &attributes, run, body_.get());
   pthread_attr_destroy(&attributes);
   if (error != 0) throw std::system_error(error, std::generic_category(), "starting a thread");
 }
 
 Thread::~Thread() {
-  if (state_) pthread_join(state_->thread, nullptr);
+  if (body_) pthread_join(thread_, nullptr);
 }
 
 Thread::Thread(Thread&&) noexcept = default;
@@ -55,6 +65,12 @@ bool wait_unless_stopped(const std::stop_token& stop, std::chrono::milliseconds 
   std::condition_variable_any never;
   std::unique_lock lock(mutex);
   return !never.wait_for(lock, stop, time, [&] { return stop.stop_requested(); });
+}
+
+std::size_t stack_room() noexcept {
+  thread_local const std::uintptr_t lowest = lowest_address();
+  const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+  return here > lowest ? here - lowest : 0;
 }
 
 }  // namespace base

@@ -1,6 +1,8 @@
-// Threads: one with a stack of a given size, which those of the standard library cannot have, and pauses that end
-// early.
+// Threads: one with a stack of a given size, which those of the standard library cannot have, pauses that end early,
+// and how deep the calling one may still go.
 #pragma once
+
+#include <pthread.h>
 
 #include <chrono>
 #include <cstddef>
@@ -20,8 +22,8 @@ class Thread {
   Thread& operator=(Thread&&) = delete;
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  std::unique_ptr<std::function<void()>> body_;  // null once it was moved from
+  pthread_t thread_{};
 };
 
 // Runs `body` on a thread of its own with that much stack, and waits for it. What it throws is thrown here.
@@ -29,5 +31,9 @@ void run_on_thread(std::size_t stack_bytes, const std::function<void()>& body);
 
 // Waits. True once the time is over, false as soon as the thread is asked to stop.
 bool wait_unless_stopped(const std::stop_token& stop, std::chrono::milliseconds time);
+
+// Bytes between the caller's frame and the end of its thread's stack that can be used; all of the address space where
+// the system does not tell.
+std::size_t stack_room() noexcept;
 
 }  // namespace base

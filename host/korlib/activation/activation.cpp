@@ -15,7 +15,7 @@
 #include "activation/module_list.h"
 #include "activation/registry_lookup.h"
 #include "activation/unregistered_modules.h"
-#include "base/stack_room.h"
+#include "base/thread.h"
 
 namespace korlib::activation {
 

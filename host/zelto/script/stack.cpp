@@ -2,7 +2,7 @@
 
 #include <korlib_host/errors.h>
 
-#include "base/stack_room.h"
+#include "base/thread.h"
 
 namespace zelto::script {
 namespace {
