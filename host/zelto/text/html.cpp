@@ -1,26 +1,19 @@
 #include "text/html.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "text/charset.h"
 
 namespace zelto {
 
 namespace {
 
-// The character by its name; empty for one that stands for itself.
-std::wstring_view entity_of(wchar_t c) {
-  switch (c) {
-    case L'<':
-      return L"&lt;";
-    case L'>':
-      return L"&gt;";
-    case L'&':
-      return L"&amp;";
-    case L'"':
-      return L"&quot;";
-    default:
-      return {};
-  }
-}
+struct Entity {
+  wchar_t character;
+  std::wstring_view name;
+};
+constexpr Entity kEntities[] = {{L'<', L"&lt;"}, {L'>', L"&gt;"}, {L'&', L"&amp;"}, {L'"', L"&quot;"}};
 
 }  // namespace
 
@@ -28,8 +21,9 @@ std::wstring html_encode(std::wstring_view text, LONG code_page) {
   std::wstring out;
   out.reserve(text.size());
   for (const wchar_t c : text) {
-    if (const std::wstring_view entity = entity_of(c); !entity.empty()) {
-      out += entity;
+    const auto* const entity = std::ranges::find(kEntities, c, &Entity::character);
+    if (entity != std::end(kEntities)) {
+      out += entity->name;
     } else if (encodes(code_page, c)) {
       out += c;
     } else {
