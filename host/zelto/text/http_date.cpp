@@ -1,18 +1,19 @@
 #include "text/http_date.h"
 
+#include <fmt/chrono.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 
 #include "base/serial_date.h"
+#include "text/numbers.h"
 
 namespace zelto {
 
 namespace {
 
-constexpr std::array<const char*, 7> kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
 constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                  "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
@@ -21,26 +22,14 @@ constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "Ma
 std::string http_date(std::time_t when) {
   std::tm parts{};
   gmtime_r(&when, &parts);
-  std::array<char, 64> text{};
-  const int length = std::snprintf(text.data(), text.size(), "%s, %02d %s %04d %02d:%02d:%02d GMT",
-                                   kDays.at(static_cast<std::size_t>(parts.tm_wday)), parts.tm_mday,
-                                   kMonths.at(static_cast<std::size_t>(parts.tm_mon)), parts.tm_year + 1900,
-                                   parts.tm_hour, parts.tm_min, parts.tm_sec);
-  return {text.data(), static_cast<std::size_t>(std::max(length, 0))};
+  return fmt::format("{:%a, %d %b %Y %H:%M:%S} GMT", parts);
 }
 
 std::optional<std::time_t> parse_http_date(std::string_view text) {
-  constexpr std::string_view kShape = "aaa, 00 aaa 0000 00:00:00 GMT";
-  if (text.size() != kShape.size()) return std::nullopt;
+  if (text.size() != std::string_view("Sun, 06 Nov 1994 08:49:37 GMT").size()) return std::nullopt;
   const auto number = [&](std::size_t at, std::size_t digits) {
-    int value = 0;
-    for (std::size_t i = at; i < at + digits; ++i) value = value * 10 + (text[i] - '0');
-    return value;
+    return parse_number<int>(text.substr(at, digits)).value_or(0);
   };
-  for (std::size_t at = 0; at < kShape.size(); ++at) {
-    const bool digit = text[at] >= '0' && text[at] <= '9';
-    if (kShape[at] == '0' ? !digit : kShape[at] != 'a' && kShape[at] != text[at]) return std::nullopt;
-  }
   const auto month = std::ranges::find(kMonths, text.substr(8, 3));
   if (month == kMonths.end()) return std::nullopt;
   std::tm parts{};
@@ -51,6 +40,7 @@ std::optional<std::time_t> parse_http_date(std::string_view text) {
   parts.tm_min = number(20, 2);
   parts.tm_sec = number(23, 2);
   const std::time_t when = timegm(&parts);
+  // Whatever is not written as in that form comes back as another text.
   return http_date(when) == text ? std::optional(when) : std::nullopt;
 }
 
