@@ -6,8 +6,8 @@
 #include "script/stack.h"
 #include "text/charset.h"
 #include "text/html.h"
+#include "text/path_segments.h"
 #include "text/percent_coding.h"
-#include "text/virtual_path.h"
 
 namespace zelto {
 

@@ -15,6 +15,11 @@ std::vector<std::string_view> path_segments(std::string_view path);
 // would leave the root.
 std::optional<std::string> resolve_dots(std::string_view path);
 
+// The path from the site's root that `path` names, as pages write paths: one without a leading slash is relative to
+// the folder of `page`. Backslashes count as slashes; "." and ".." are resolved. Nothing when it leaves the root or
+// holds a NUL.
+std::optional<std::string> resolve_virtual_path(std::string_view path, std::string_view page);
+
 // The extension of a file name with its dot, ".css"; empty when it has none.
 constexpr std::string_view extension_of(std::string_view file_name) {
   const auto dot = file_name.rfind('.');
