@@ -10,19 +10,12 @@ namespace zelto::pages {
 
 namespace {
 
-LONG read_code_page(std::wstring_view value) {
-  const std::optional<LONG> number = parse_number<LONG>(to_utf8(value));
-  if (!number || !charset_of(*number)) {
-    throw "CodePage=\"" + ascii(value) + "\" is not a code page that this host knows; 65001 is UTF-8.";
-  }
-  return *number;
-}
+bool is_code_page(LONG number) { return charset_of(number).has_value(); }
 
-LONG read_locale(std::wstring_view value) {
+// `what` ends the message about a value that is not such a number.
+LONG read_number(const char* name, std::wstring_view value, bool (*is_known)(LONG), const char* what) {
   const std::optional<LONG> number = parse_number<LONG>(to_utf8(value));
-  if (!number || !is_locale(*number)) {
-    throw "LCID=\"" + ascii(value) + "\" is not a locale that this host knows; 2048 is the neutral form.";
-  }
+  if (!number || !is_known(*number)) throw name + ("=\"" + ascii(value)) + "\" is not " + what;
   return *number;
 }
 
@@ -45,11 +38,13 @@ Directive read_directive(std::wstring_view text) {
         throw "This host runs pages in JavaScript only: Language=\"" + ascii(value) + "\" cannot be run.";
       }
     } else if (base::equal_ascii(name, L"codepage")) {
-      directive.code_page = read_code_page(value);
+      directive.code_page =
+          read_number("CodePage", value, is_code_page, "a code page that this host knows; 65001 is UTF-8.");
     } else if (base::equal_ascii(name, L"enablesessionstate")) {
       directive.uses_session = read_boolean(name, value);
     } else if (base::equal_ascii(name, L"lcid")) {
-      directive.lcid = read_locale(value);
+      directive.lcid =
+          read_number("LCID", value, is_locale, "a locale that this host knows; 2048 is the neutral form.");
     } else if (!base::equal_ascii(name, L"transaction")) {
       throw "\"" + ascii(name) +
           "\" is not a directive: Language, CodePage, EnableSessionState, LCID and Transaction are.";
