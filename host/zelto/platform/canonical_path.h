@@ -7,9 +7,6 @@
 
 namespace zelto {
 
-// UTF-8, with slashes for backslashes.
-std::string native_path(std::wstring_view path);
-
 // An absolute path without ".", "..", repeated slashes or symbolic links. Of what does not exist the text
 // is cleaned the same way; whatever does exist along the way is followed, so two paths with a common
 // beginning really lie in one folder. Nothing when links go round in a circle, a folder may not be looked

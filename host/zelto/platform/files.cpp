@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -13,18 +14,14 @@
 #include "platform/canonical_path.h"
 #include "text/charset.h"
 
-extern "C" HANDLE CreateFileW(const wchar_t* path, DWORD, DWORD, void*, DWORD, DWORD, HANDLE) {
-  if (!path) return invalid_handle();
-  const std::string file = zelto::native_path(path);
-  // The component's CloseHandle and GetFileTime take a FILE*.
-  if (FILE* opened = std::fopen(file.c_str(), "rbe")) return opened;
-  // "gone/../list.html" is a file to PathCanonicalizeW, and so it is here. The system looks for "gone".
-  const auto canonical = zelto::canonical_path(file);
-  FILE* opened = canonical ? std::fopen(canonical->c_str(), "rbe") : nullptr;
-  return opened ? opened : invalid_handle();
-}
-
 namespace {
+
+// UTF-8, with slashes for backslashes.
+std::string native_path(std::wstring_view path) {
+  std::string text = zelto::to_utf8(path);
+  std::ranges::replace(text, '\\', '/');
+  return text;
+}
 
 FILETIME to_file_time(const timespec& when) {
   constexpr std::int64_t kTicksPerSecond = 10'000'000;
@@ -34,6 +31,17 @@ FILETIME to_file_time(const timespec& when) {
 }
 
 }  // namespace
+
+extern "C" HANDLE CreateFileW(const wchar_t* path, DWORD, DWORD, void*, DWORD, DWORD, HANDLE) {
+  if (!path) return invalid_handle();
+  const std::string file = native_path(path);
+  // The component's CloseHandle and GetFileTime take a FILE*.
+  if (FILE* opened = std::fopen(file.c_str(), "rbe")) return opened;
+  // "gone/../list.html" is a file to PathCanonicalizeW, and so it is here. The system looks for "gone".
+  const auto canonical = zelto::canonical_path(file);
+  FILE* opened = canonical ? std::fopen(canonical->c_str(), "rbe") : nullptr;
+  return opened ? opened : invalid_handle();
+}
 
 // To the tick: a template that is edited twice in one second shows both times.
 extern "C" BOOL GetFileTime(HANDLE handle, FILETIME* creation, FILETIME* access, FILETIME* write) {
@@ -50,7 +58,7 @@ extern "C" BOOL PathCanonicalizeW(wchar_t* target, const wchar_t* source) {
   if (!target) return FALSE;
   *target = L'\0';
   if (!source) return FALSE;
-  const auto canonical = zelto::canonical_path(zelto::native_path(source));
+  const auto canonical = zelto::canonical_path(native_path(source));
   if (!canonical) return FALSE;
   const std::wstring wide = zelto::to_wide(*canonical);
   if (wide.size() >= MAX_PATH) return FALSE;
