@@ -14,20 +14,17 @@ constexpr LONG kInvalidHandle = 6;
 constexpr LONG kWriteFault = 29;
 constexpr LONG kInvalidParameter = 87;
 
-// What an open key's handle points at.
-struct OpenKey {
-  std::wstring path;
-};
+using OpenKey = std::wstring;  // what an open key's handle points at: its path
 
 // The path of a handle and a name below it; false for a null handle.
 bool path_below(HKEY key, const wchar_t* sub_key, std::wstring& path) {
   if (!key) return false;
-  if (key != hkey_classes_root()) path = static_cast<OpenKey*>(key)->path;
+  if (key != hkey_classes_root()) path = *static_cast<OpenKey*>(key);
   if (sub_key && *sub_key) path.append(path.empty() ? L"" : L"\\").append(sub_key);
   return true;
 }
 
-HKEY open_handle(std::wstring path) { return std::make_unique<OpenKey>(OpenKey{std::move(path)}).release(); }
+HKEY open_handle(std::wstring path) { return std::make_unique<OpenKey>(std::move(path)).release(); }
 
 LONG code_of(HRESULT hr) {
   if (SUCCEEDED(hr)) return ERROR_SUCCESS;
