@@ -2,7 +2,7 @@
 
 #include <boost/algorithm/string/join.hpp>
 
-#include "platform/collection_type_info.h"
+#include "platform/type_libraries.h"
 #include "text/charset.h"
 
 namespace zelto {

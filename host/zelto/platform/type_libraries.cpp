@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <korlib/plain_typeinfo.h>
+#include <korlib_host/class_type_info.h>
 #include <korlib_host/counted.h>
 #include <korlib_host/errors.h>
 #include <korlib_host/typelib.h>
@@ -16,7 +17,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/collection_type_info.h"
 #include "text/charset.h"
 
 namespace zelto {
@@ -144,6 +144,17 @@ HRESULT load_type_library(const OLECHAR* path, ITypeLib** library) {
 }
 
 }  // namespace
+
+ITypeInfo* string_list_type_info() {
+  static korlib::ClassTypeInfo info(L"StringList", kStringListMembers<ZeltoTypeLibrary::IStringList>);
+  return &info;
+}
+
+ITypeInfo* request_dictionary_type_info() {
+  static korlib::ClassTypeInfo info(L"RequestDictionary",
+                                    kRequestDictionaryMembers<ZeltoTypeLibrary::IRequestDictionary>);
+  return &info;
+}
 
 void install_type_libraries() { korlib_host::set_type_library_provider(&load_type_library); }
 

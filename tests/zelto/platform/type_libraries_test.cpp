@@ -1,5 +1,4 @@
 #include "platform/type_libraries.h"
-#include "platform/collection_type_info.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
