@@ -13,26 +13,30 @@ using ZeltoTypeLibrary::IRequestDictionary;
 
 constexpr std::wstring_view kSource = L"Request";
 
+const std::vector<std::wstring> kNoValues;
+
 std::wstring joined(const std::vector<std::wstring>& values) { return boost::algorithm::join(values, L", "); }
 
 }  // namespace
+
+StringList::StringList(RequestState::Fields table, const Field* field)
+    : table_(std::move(table)), values_(field ? field->values : kNoValues) {}
 
 std::span<const korlib::Member> StringList::members() { return kStringListMembers<StringList>; }
 
 HRESULT StringList::get_Item(VARIANT index, VARIANT* value) {
   return guarded(kSource, value, [&]() -> HRESULT {
-    if (index.vt == VT_ERROR) return field_ ? give_text(joined(field_->values), value) : S_OK;
+    if (index.vt == VT_ERROR) return values_.empty() ? S_OK : give_text(joined(values_), value);
     std::size_t place = 0;
-    RETURN_IF_FAILED(read_place(index, field_ ? field_->values.size() : 0, place));
-    return give_text(field_->values[place], value);
+    RETURN_IF_FAILED(read_place(index, values_.size(), place));
+    return give_text(values_[place], value);
   });
 }
 
-HRESULT StringList::get_Count(int* count) { return give(field_ ? static_cast<int>(field_->values.size()) : 0, count); }
+HRESULT StringList::get_Count(int* count) { return give(static_cast<int>(values_.size()), count); }
 
 HRESULT StringList::get__NewEnum(IUnknown** values) {
-  return guarded(kSource, values,
-                 [&] { return give_texts(field_ ? field_->values : std::vector<std::wstring>(), values); });
+  return guarded(kSource, values, [&] { return give_texts(values_, values); });
 }
 
 std::span<const korlib::Member> FieldCollection::members() { return kRequestDictionaryMembers<FieldCollection>; }

@@ -12,7 +12,8 @@ namespace zelto {
 class StringList final : public korlib::DispatchObject<StringList, ZeltoTypeLibrary::IStringList> {
  public:
   static constexpr const wchar_t* kClassName = L"StringList";
-  StringList(RequestState::Fields table, const Field* field) : table_(std::move(table)), field_(field) {}
+  // Null for a name that is missing.
+  StringList(RequestState::Fields table, const Field* field);
   static std::span<const korlib::Member> members();
 
   HRESULT get_Item(VARIANT index, VARIANT* value) override;
@@ -20,8 +21,8 @@ class StringList final : public korlib::DispatchObject<StringList, ZeltoTypeLibr
   HRESULT get__NewEnum(IUnknown** values) override;
 
  private:
-  RequestState::Fields table_;  // keeps the field alive
-  const Field* field_;          // null for a name that is missing
+  RequestState::Fields table_;  // keeps the values alive
+  const std::vector<std::wstring>& values_;
 };
 
 // QueryString, Form, ServerVariables, ClientCertificate. The fields are asked for at every use, since a
