@@ -9,7 +9,7 @@
 #include <optional>
 
 #include "http/status.h"
-#include "intrinsics/application_object.h"
+#include "intrinsics/application.h"
 #include "intrinsics/page_context.h"
 #include "intrinsics/request_object.h"
 #include "intrinsics/response_object.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "intrinsics/application_state.h"
+#include "intrinsics/application.h"
 #include "pages/programs.h"
 #include "site/session_store.h"
 #include "site/static_files.h"

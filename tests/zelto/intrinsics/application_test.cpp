@@ -1,4 +1,4 @@
-#include "intrinsics/application_object.h"
+#include "intrinsics/application.h"
 #include "korlib/dictionary.h"
 #include "zelto/intrinsics/calls.h"
 

@@ -1,4 +1,4 @@
-// The values that all users share, and one page's hold on them.
+// The values that all users share, one page's hold on them, and the object through which it uses them.
 #pragma once
 
 #include <chrono>
@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 
+#include "intrinsics/contents_object.h"
 #include "intrinsics/variant_store.h"
 
 namespace zelto {
@@ -52,6 +53,18 @@ class ApplicationHold final : public VariantStore {
   HRESULT change(Change make);
 
   std::shared_ptr<ApplicationState> state_;
+};
+
+// Application, as one page sees it.
+class ApplicationObject final
+    : public StoreObject<ApplicationObject, ZeltoTypeLibrary::IApplicationObject, ApplicationHold> {
+ public:
+  static constexpr const wchar_t* kClassName = L"Application";
+  using StoreObject::StoreObject;
+  static std::span<const korlib::Member> members();
+
+  HRESULT Lock() override;
+  HRESULT UnLock() override;
 };
 
 }  // namespace zelto
