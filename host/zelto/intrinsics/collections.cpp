@@ -44,7 +44,7 @@ std::span<const korlib::Member> FieldCollection::members() { return kRequestDict
 HRESULT FieldCollection::names(Names& all) {
   RequestState::Fields fields;
   RETURN_IF_FAILED((page_->request.*source_)(fields));
-  all = names_of(fields->fields());
+  all = names_of(*fields);
   return S_OK;
 }
 
@@ -54,8 +54,8 @@ HRESULT FieldCollection::get_Item(VARIANT key, VARIANT* value) {
     RETURN_IF_FAILED((page_->request.*source_)(fields));
     if (key.vt == VT_ERROR) return give_text(fields->raw, value);
     VariantKey wanted;
-    RETURN_IF_FAILED(read_key(key, fields->fields().size(), wanted));
-    const Field* field = wanted.place ? &fields->fields()[*wanted.place] : fields->find(wanted.name);
+    RETURN_IF_FAILED(read_key(key, fields->size(), wanted));
+    const Field* field = wanted.place ? &(*fields)[*wanted.place] : fields->find(wanted.name);
     return give_object(korlib::make<StringList>(std::move(fields), field).get(), value);
   });
 }
@@ -73,7 +73,7 @@ std::span<const korlib::Member> CookieValue::members() {
 }
 
 HRESULT CookieValue::names(Names& all) {
-  if (cookie_) all = names_of(cookie_->keys.fields());
+  if (cookie_) all = names_of(cookie_->keys);
   return S_OK;
 }
 
@@ -85,15 +85,15 @@ HRESULT CookieValue::get_Item(VARIANT key, VARIANT* value) {
     VariantKey wanted;
     RETURN_IF_FAILED(read_key(key, static_cast<std::size_t>(count), wanted));
     if (!cookie_) return give_text(L"", value);
-    const auto& keys = cookie_->keys.fields();
+    const FieldTable& keys = cookie_->keys;
     if (wanted.place && keys.empty()) return give_text(cookie_->value, value);
-    const Field* field = wanted.place ? &keys[*wanted.place] : cookie_->keys.find(wanted.name);
+    const Field* field = wanted.place ? &keys[*wanted.place] : keys.find(wanted.name);
     return give_text(field ? joined(field->values) : std::wstring(), value);
   });
 }
 
 HRESULT CookieValue::get_Count(int* count) {
-  const std::size_t keys = cookie_ ? cookie_->keys.fields().size() : 0;
+  const std::size_t keys = cookie_ ? cookie_->keys.size() : 0;
   return give(keys == 0 && cookie_ ? 1 : static_cast<int>(keys), count);
 }
 
@@ -103,7 +103,7 @@ HRESULT CookieValue::get_Key(VARIANT index, VARIANT* key) {
 }
 
 HRESULT CookieValue::get_HasKeys(VARIANT_BOOL* has_keys) {
-  return give_bool(cookie_ && !cookie_->keys.fields().empty(), has_keys);
+  return give_bool(cookie_ && !cookie_->keys.empty(), has_keys);
 }
 
 std::span<const korlib::Member> CookieCollection::members() { return kRequestDictionaryMembers<CookieCollection>; }
