@@ -89,7 +89,7 @@ class Compiler {
       switch (piece.kind) {
         case Piece::literal:
           // The line that holds nothing but the directive is not written.
-          if (piece.offset == behind_directive) drop_line_end(piece.text);
+          if (piece.offset == behind_directive) piece.text.remove_prefix(line_end(piece.text));
           add_literal(piece.text, place);
           break;
         case Piece::code:
@@ -122,12 +122,10 @@ class Compiler {
     }
   }
 
-  static void drop_line_end(std::wstring_view& text) {
-    if (text.starts_with(L"\r\n")) {
-      text.remove_prefix(2);
-    } else if (text.starts_with(L"\n") || text.starts_with(L"\r")) {
-      text.remove_prefix(1);
-    }
+  // The length of the line end that the text begins with; 0 without one.
+  static std::size_t line_end(std::wstring_view text) {
+    if (text.starts_with(L"\r\n")) return 2;
+    return text.starts_with(L'\n') || text.starts_with(L'\r') ? 1 : 0;
   }
 
   void add_directive(std::wstring_view text, const Place& place, bool is_page) {
@@ -163,7 +161,7 @@ class Compiler {
       const std::size_t end = text.find_first_of(L"\r\n");
       add_line(text.substr(0, end), place, line, column);
       if (end == std::wstring_view::npos) return;
-      text.remove_prefix(end + (text.substr(end).starts_with(L"\r\n") ? 2 : 1));
+      text.remove_prefix(end + line_end(text.substr(end)));
       ++line;
       column = 0;
     }

@@ -11,14 +11,7 @@ namespace zelto {
 namespace {
 
 LoadedPage failed(const std::string& what, const std::string& file, int line) {
-  LoadedPage page;
-  page.error.emplace();
-  page.error->message = to_wide(what);
-  page.error->source = L"Page";
-  page.error->number = E_FAIL;
-  page.error->file = file;
-  page.error->line = line;
-  return page;
+  return {nullptr, language::ScriptError{to_wide(what), L"Page", E_FAIL, file, line, 0}, {}};
 }
 
 bool is_current(const pages::CompiledPage& page) {
