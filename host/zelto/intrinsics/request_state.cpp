@@ -80,14 +80,13 @@ HRESULT RequestState::read_bytes(std::size_t count, Body& bytes) {
   use_ = BodyUse::bytes;
   if (bytes_read_ == 0 && count >= http_.body.size()) {
     bytes = std::exchange(http_.body, Body());
-    is_spent_ = true;
-    return S_OK;
+  } else {
+    bytes = std::string_view(http_.body).substr(bytes_read_, count);
+    bytes_read_ += bytes.size();
+    if (bytes_read_ < http_.body.size()) return S_OK;
+    http_.body = Body();
+    bytes_read_ = 0;
   }
-  bytes = std::string_view(http_.body).substr(bytes_read_, count);
-  bytes_read_ += bytes.size();
-  if (bytes_read_ < http_.body.size()) return S_OK;
-  http_.body = Body();
-  bytes_read_ = 0;
   is_spent_ = true;
   return S_OK;
 }
