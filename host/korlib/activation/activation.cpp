@@ -38,16 +38,14 @@ HRESULT module_class_object(REFCLSID clsid, REFIID riid, std::shared_ptr<Module>
 }
 
 HRESULT get_class_object(REFCLSID clsid, REFIID riid, void** ppv) {
-  if (const CreateFunction create = find_host_class(clsid)) return make_class_object(create, riid, ppv);
+  if (const auto create = host_classes().find(clsid)) return make_class_object(*create, riid, ppv);
   std::shared_ptr<Module> module;
   return module_class_object(clsid, riid, &module, ppv);
 }
 
 HRESULT create_instance(REFCLSID clsid, IUnknown* outer, REFIID riid, void** ppv) {
   RETURN_IF_FAILED(require_stack_room());
-  if (const CreateFunction create = find_host_class(clsid)) {
-    return outer ? CLASS_E_NOAGGREGATION : create(riid, ppv);
-  }
+  if (const auto create = host_classes().find(clsid)) return outer ? CLASS_E_NOAGGREGATION : (*create)(riid, ppv);
   std::shared_ptr<Module> module;
   CComPtr<IClassFactory> class_object;
   RETURN_IF_FAILED(module_class_object(clsid, IID_IClassFactory, &module, class_object.put_void()));
@@ -56,7 +54,7 @@ HRESULT create_instance(REFCLSID clsid, IUnknown* outer, REFIID riid, void** ppv
 }
 
 HRESULT clsid_from_prog_id(const wchar_t* prog_id, CLSID* clsid) {
-  const bool is_known = find_host_prog_id(prog_id, clsid) || find_registered_prog_id(prog_id, clsid) ||
+  const bool is_known = host_classes().find_prog_id(prog_id, clsid) || find_registered_prog_id(prog_id, clsid) ||
                         find_unregistered_prog_id(prog_id, clsid);
   return is_known ? S_OK : CO_E_CLASSSTRING;
 }
