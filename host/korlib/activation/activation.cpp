@@ -12,7 +12,7 @@
 #include <korlib_host/modules.h>
 
 #include "activation/class_table.h"
-#include "activation/module_list.h"
+#include "activation/module.h"
 #include "activation/registry_lookup.h"
 #include "activation/unregistered_modules.h"
 #include "base/thread.h"

@@ -1,4 +1,4 @@
-// One open component module.
+// Component modules: one that is open, and the list of those that are.
 #pragma once
 
 #include <filesystem>
@@ -48,5 +48,8 @@ class Module {
   DllGetClassObjectFunction get_class_object_ = nullptr;
   DllCanUnloadNowFunction can_unload_now_ = nullptr;
 };
+
+// The module of that file, opened if need be. It stays open at least while the caller holds it.
+HRESULT get_module(const std::filesystem::path& file, std::shared_ptr<Module>* module);
 
 }  // namespace korlib::activation

@@ -6,7 +6,6 @@
 #include <korlib_host/modules.h>
 
 #include "activation/class_table.h"
-#include "activation/module_list.h"
 
 namespace korlib::activation {
 
