@@ -9,7 +9,6 @@
 
 #include <korlib/ptr.h>
 #include <korlib_host/errors.h>
-#include <korlib_host/modules.h>
 
 #include "activation/class_table.h"
 #include "activation/module.h"
@@ -18,7 +17,6 @@
 #include "base/thread.h"
 
 namespace korlib::activation {
-
 namespace {
 
 // Objects that make objects can recurse without an end, a template that includes itself for one. An
@@ -60,40 +58,19 @@ HRESULT clsid_from_prog_id(const wchar_t* prog_id, CLSID* clsid) {
 }
 
 }  // namespace
-
 }  // namespace korlib::activation
 
+using namespace korlib::activation;
+
 HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD, REFIID riid, void** ppv) {
-  using namespace korlib::activation;
   return korlib::guarded(kSource, ppv, [&] { return create_instance(clsid, outer, riid, ppv); });
 }
 
 HRESULT CoGetClassObject(REFCLSID clsid, DWORD, void*, REFIID riid, void** ppv) {
-  using namespace korlib::activation;
   return korlib::guarded(kSource, ppv, [&] { return get_class_object(clsid, riid, ppv); });
 }
 
 HRESULT CLSIDFromProgID(const OLECHAR* prog_id, CLSID* clsid) {
-  using namespace korlib::activation;
   return korlib::guarded(kSource, clsid,
                          [&] { return prog_id ? clsid_from_prog_id(prog_id, clsid) : CO_E_CLASSSTRING; });
 }
-
-namespace korlib_host {
-
-namespace {
-
-HRESULT call_registration(const std::filesystem::path& file, const char* entry_point) {
-  std::shared_ptr<korlib::activation::Module> module;
-  RETURN_IF_FAILED(korlib::activation::get_module(file, &module));
-  const auto function = module->entry_point<DllRegisterServerFunction>(entry_point);
-  if (function) return function();
-  return korlib::activation::fail(CO_E_ERRORINDLL, file.string() + " does not export " + entry_point + ".");
-}
-
-}  // namespace
-
-HRESULT register_module(const std::filesystem::path& file) { return call_registration(file, "DllRegisterServer"); }
-HRESULT unregister_module(const std::filesystem::path& file) { return call_registration(file, "DllUnregisterServer"); }
-
-}  // namespace korlib_host

@@ -123,8 +123,33 @@ HRESULT get_module(const std::filesystem::path& file, std::shared_ptr<Module>* m
 
 namespace korlib_host {
 
+using namespace korlib::activation;
+
+namespace {
+
+HRESULT call_registration(const std::filesystem::path& file, const char* entry_point) {
+  std::shared_ptr<Module> module;
+  RETURN_IF_FAILED(get_module(file, &module));
+  const auto function = module->entry_point<DllRegisterServerFunction>(entry_point);
+  return function ? function() : fail(CO_E_ERRORINDLL, file.string() + " does not export " + entry_point + ".");
+}
+
+}  // namespace
+
+HRESULT register_module(const std::filesystem::path& file) { return call_registration(file, "DllRegisterServer"); }
+HRESULT unregister_module(const std::filesystem::path& file) { return call_registration(file, "DllUnregisterServer"); }
+
+HRESULT get_class_object_by_name(const std::filesystem::path& file, const wchar_t* class_name, REFIID riid,
+                                 void** ppv) {
+  if (!ppv) return E_POINTER;
+  *ppv = nullptr;
+  std::shared_ptr<Module> module;
+  RETURN_IF_FAILED(get_module(file, &module));
+  return module->class_object_by_name(class_name, riid, ppv);
+}
+
 std::size_t open_modules() {
-  korlib::activation::Modules& all = korlib::activation::modules();
+  Modules& all = modules();
   const std::lock_guard guard(all.map_lock);
   return all.open.size();
 }

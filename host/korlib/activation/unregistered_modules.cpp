@@ -72,13 +72,4 @@ void add_unregistered_module(const std::filesystem::path& file, const std::vecto
   }
 }
 
-HRESULT get_class_object_by_name(const std::filesystem::path& file, const wchar_t* class_name, REFIID riid,
-                                 void** ppv) {
-  if (!ppv) return E_POINTER;
-  *ppv = nullptr;
-  std::shared_ptr<korlib::activation::Module> module;
-  RETURN_IF_FAILED(korlib::activation::get_module(file, &module));
-  return module->class_object_by_name(class_name, riid, ppv);
-}
-
 }  // namespace korlib_host
