@@ -8,11 +8,13 @@
 #include <string>
 
 #include <korlib/ptr.h>
+#include <korlib_host/context.h>
 #include <korlib_host/errors.h>
+#include <korlib_host/registry_store.h>
+#include <korlib_host/unicode.h>
 
 #include "activation/class_table.h"
 #include "activation/module.h"
-#include "activation/registry_lookup.h"
 #include "activation/unregistered_modules.h"
 #include "base/thread.h"
 
@@ -25,6 +27,23 @@ constexpr std::size_t kLeastStackRoom = 192u << 10;  // bytes
 
 HRESULT require_stack_room() {
   return base::stack_room() > kLeastStackRoom ? S_OK : raise(kOutOfStack, kSource, L"Out of stack space.");
+}
+
+bool find_registered_prog_id(const wchar_t* prog_id, CLSID* clsid) {
+  const auto store = korlib_host::registry();
+  if (!store) return false;
+  const auto text = store->value(std::wstring(prog_id) + L"\\CLSID", L"");
+  return text && SUCCEEDED(CLSIDFromString(text->c_str(), clsid));
+}
+
+// The module that a class is registered to; empty when it is not.
+std::filesystem::path find_registered_module(REFCLSID clsid) {
+  const auto store = korlib_host::registry();
+  if (!store) return {};
+  wchar_t id[39];
+  StringFromGUID2(clsid, id, 39);
+  const auto path = store->value(L"CLSID\\" + std::wstring(id) + L"\\InProcServer32", L"");
+  return path ? std::filesystem::path(to_utf8(*path)) : std::filesystem::path();
 }
 
 // The module is held until the caller's call into it is over.
@@ -57,6 +76,8 @@ HRESULT clsid_from_prog_id(const wchar_t* prog_id, CLSID* clsid) {
   return is_known ? S_OK : CO_E_CLASSSTRING;
 }
 
+thread_local IUnknown* current_context = nullptr;  // counted by the scope that set it
+
 }  // namespace
 }  // namespace korlib::activation
 
@@ -73,4 +94,16 @@ HRESULT CoGetClassObject(REFCLSID clsid, DWORD, void*, REFIID riid, void** ppv) 
 HRESULT CLSIDFromProgID(const OLECHAR* prog_id, CLSID* clsid) {
   return korlib::guarded(kSource, clsid,
                          [&] { return prog_id ? clsid_from_prog_id(prog_id, clsid) : CO_E_CLASSSTRING; });
+}
+
+korlib_host::ContextScope::ContextScope(IUnknown* context) noexcept : context_(context), outer_(current_context) {
+  current_context = context;
+}
+
+korlib_host::ContextScope::~ContextScope() { current_context = outer_; }
+
+HRESULT CoGetObjectContext(REFIID riid, void** ppv) {
+  if (!ppv) return E_POINTER;
+  *ppv = nullptr;
+  return current_context ? current_context->QueryInterface(riid, ppv) : CONTEXT_E_NOCONTEXT;
 }

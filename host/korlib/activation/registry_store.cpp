@@ -68,6 +68,16 @@ RegistryKey* find(RegistryKey& root, const std::vector<std::wstring_view>& names
   return at;
 }
 
+struct Current {
+  std::mutex lock;
+  std::shared_ptr<RegistryStore> store;
+};
+
+Current& current() {
+  static auto* const instance = new Current;
+  return *instance;
+}
+
 }  // namespace
 
 class RegistryStore::Impl {
@@ -182,5 +192,17 @@ HRESULT RegistryStore::delete_key(std::wstring_view key) {
 
 std::string RegistryStore::problem() const { return impl_->problem(); }
 const std::filesystem::path& RegistryStore::file() const noexcept { return impl_->file(); }
+
+void set_registry(std::shared_ptr<RegistryStore> store) {
+  Current& now = current();
+  const std::lock_guard guard(now.lock);
+  now.store = std::move(store);
+}
+
+std::shared_ptr<RegistryStore> registry() {
+  Current& now = current();
+  const std::lock_guard guard(now.lock);
+  return now.store;
+}
 
 }  // namespace korlib_host
