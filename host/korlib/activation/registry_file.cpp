@@ -11,7 +11,6 @@
 #include <nlohmann/json.hpp>
 
 #include "base/file_descriptor.h"
-#include "base/letter_case.h"
 
 namespace korlib::activation {
 
@@ -26,8 +25,8 @@ constexpr std::size_t kMaxFileBytes = 16 << 20;
 
 json key_to_json(const RegistryKey& key) {
   json object = json::object();
-  for (const auto& [folded_name, value] : key.values) object[kValues][to_utf8(value.name)] = to_utf8(value.text);
-  for (const auto& [folded_name, below] : key.keys) object[kKeys][to_utf8(below.name)] = key_to_json(below);
+  for (const auto& [name, text] : key.values) object[kValues][to_utf8(name)] = to_utf8(text);
+  for (const auto& [name, below] : key.keys) object[kKeys][to_utf8(name)] = key_to_json(below);
   return object;
 }
 
@@ -39,16 +38,12 @@ bool key_from_json(const json& object, int depth, RegistryKey* key) {
   if (const auto values = object.find(kValues); values != object.end()) {
     for (const auto& [name, text] : values->items()) {
       if (!text.is_string()) return false;
-      const std::wstring wide = to_wide(name);
-      key->values[base::ascii_lowered(wide)] = {wide, to_wide(text.get_ref<const std::string&>())};
+      key->values[to_wide(name)] = to_wide(text.get_ref<const std::string&>());
     }
   }
   if (const auto keys = object.find(kKeys); keys != object.end()) {
     for (const auto& [name, below] : keys->items()) {
-      const std::wstring wide = to_wide(name);
-      RegistryKey& child = key->keys[base::ascii_lowered(wide)];
-      child.name = wide;
-      if (!key_from_json(below, depth + 1, &child)) return false;
+      if (!key_from_json(below, depth + 1, &key->keys[to_wide(name)])) return false;
     }
   }
   return true;

@@ -1,22 +1,27 @@
 // The registry store's tree, and its form in a file.
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <string>
+#include <string_view>
+
+#include "base/letter_case.h"
 
 namespace korlib::activation {
 
-// Names in letter cases as written; the maps are keyed by their folded form.
-struct RegistryValue {
-  std::wstring name;
-  std::wstring text;
+// Letter case does not matter in names; it is kept as first written.
+struct RegistryNameLess {
+  using is_transparent = void;
+  bool operator()(std::wstring_view a, std::wstring_view b) const {
+    return std::ranges::lexicographical_compare(a, b, {}, base::ascii_lower<wchar_t>, base::ascii_lower<wchar_t>);
+  }
 };
 
 struct RegistryKey {
-  std::wstring name;
-  std::map<std::wstring, RegistryValue> values;
-  std::map<std::wstring, RegistryKey> keys;
+  std::map<std::wstring, std::wstring, RegistryNameLess> values;
+  std::map<std::wstring, RegistryKey, RegistryNameLess> keys;
 };
 
 inline constexpr int kMaxRegistryDepth = 32;

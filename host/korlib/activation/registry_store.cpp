@@ -9,7 +9,6 @@
 
 #include "activation/registry_file.h"
 #include "base/file_descriptor.h"
-#include "base/letter_case.h"
 
 namespace korlib_host {
 
@@ -61,7 +60,7 @@ bool split(std::wstring_view path, std::vector<std::wstring_view>* names) {
 RegistryKey* find(RegistryKey& root, const std::vector<std::wstring_view>& names) {
   RegistryKey* at = &root;
   for (const std::wstring_view name : names) {
-    const auto found = at->keys.find(base::ascii_lowered(name));
+    const auto found = at->keys.find(name);
     if (found == at->keys.end()) return nullptr;
     at = &found->second;
   }
@@ -119,7 +118,6 @@ class RegistryStore::Impl {
     refresh();
     return problem_;
   }
-  const std::filesystem::path& file() const { return file_; }
 
  private:
   void refresh() {
@@ -148,18 +146,15 @@ bool RegistryStore::has_key(std::wstring_view key) const {
 std::optional<std::wstring> RegistryStore::value(std::wstring_view key, std::wstring_view name) const {
   return impl_->read(key, [name](const RegistryKey* found) -> std::optional<std::wstring> {
     if (!found) return std::nullopt;
-    const auto value = found->values.find(base::ascii_lowered(name));
-    return value == found->values.end() ? std::nullopt : std::optional(value->second.text);
+    const auto value = found->values.find(name);
+    return value == found->values.end() ? std::nullopt : std::optional(value->second);
   });
 }
 
 HRESULT RegistryStore::create_key(std::wstring_view key) {
   return impl_->write(key, [](RegistryKey& root, const std::vector<std::wstring_view>& names) {
     RegistryKey* at = &root;
-    for (const std::wstring_view name : names) {
-      at = &at->keys[base::ascii_lowered(name)];
-      if (at->name.empty()) at->name = name;
-    }
+    for (const std::wstring_view name : names) at = &at->keys[std::wstring(name)];
     return S_OK;
   });
 }
@@ -169,9 +164,7 @@ HRESULT RegistryStore::set_value(std::wstring_view key, std::wstring_view name, 
   return impl_->write(key, [&](RegistryKey& root, const std::vector<std::wstring_view>& names) {
     RegistryKey* const found = find(root, names);
     if (!found) return E_INVALIDARG;
-    auto& value = found->values[base::ascii_lowered(name)];
-    if (value.name.empty()) value.name = name;
-    value.text = text;
+    found->values[std::wstring(name)] = text;
     return S_OK;
   });
 }
@@ -179,7 +172,7 @@ HRESULT RegistryStore::set_value(std::wstring_view key, std::wstring_view name, 
 HRESULT RegistryStore::delete_key(std::wstring_view key) {
   return impl_->write(key, [](RegistryKey& root, std::vector<std::wstring_view> names) {
     if (names.empty()) return E_INVALIDARG;
-    const std::wstring last = base::ascii_lowered(names.back());
+    const std::wstring_view last = names.back();
     names.pop_back();
     RegistryKey* const parent = find(root, names);
     if (!parent) return E_INVALIDARG;
@@ -191,7 +184,6 @@ HRESULT RegistryStore::delete_key(std::wstring_view key) {
 }
 
 std::string RegistryStore::problem() const { return impl_->problem(); }
-const std::filesystem::path& RegistryStore::file() const noexcept { return impl_->file(); }
 
 void set_registry(std::shared_ptr<RegistryStore> store) {
   Current& now = current();

@@ -125,9 +125,10 @@ TEST_F(RegistryStoreTest, LeavesNothingBesideTheFileButItsLock) {
 }
 
 TEST_F(RegistryStoreTest, MakesTheFolderOfTheFile) {
-  RegistryStore store(folder_.path() / "a" / "b" / "registry.json");
+  const auto deep = folder_.path() / "a" / "b" / "registry.json";
+  RegistryStore store(deep);
   EXPECT_EQ(S_OK, store.create_key(L"A"));
-  EXPECT_TRUE(std::filesystem::exists(store.file()));
+  EXPECT_TRUE(std::filesystem::exists(deep));
 }
 
 TEST_F(RegistryStoreTest, ChangesNothingWhenTheFileCannotBeWritten) {

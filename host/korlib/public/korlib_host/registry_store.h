@@ -25,6 +25,7 @@ namespace korlib_host {
 // A file that is there but cannot be understood reads as an empty store and is never written over.
 class KORLIB_API RegistryStore {
  public:
+  // The file need not exist.
   explicit RegistryStore(std::filesystem::path file);
   ~RegistryStore();
   RegistryStore(const RegistryStore&) = delete;
@@ -47,8 +48,6 @@ class KORLIB_API RegistryStore {
 
   // What is wrong with the file, in words; empty when nothing is.
   std::string problem() const;
-  // Where it lies; the file need not exist.
-  const std::filesystem::path& file() const noexcept;
 
  private:
   class Impl;
