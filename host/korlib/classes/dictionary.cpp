@@ -4,6 +4,7 @@
 #include <string>
 
 #include <korlib_host/enumerator.h>
+#include <korlib_host/results.h>
 
 #include "classes/script_errors.h"
 
@@ -112,16 +113,13 @@ STDMETHODIMP Dictionary::Exists(VARIANT key, VARIANT_BOOL* exists) {
     DictionaryKey wanted;
     RETURN_IF_FAILED(load(key, wanted));
     const std::lock_guard guard(lock_);
-    *exists = find(wanted) ? VARIANT_TRUE : VARIANT_FALSE;
-    return S_OK;
+    return give(find(wanted) != nullptr, exists);
   });
 }
 
 STDMETHODIMP Dictionary::get_Count(LONG* count) {
-  if (!count) return E_POINTER;
   const std::lock_guard guard(lock_);
-  *count = static_cast<LONG>(table_.size());
-  return S_OK;
+  return give(static_cast<LONG>(table_.size()), count);
 }
 
 std::vector<CComVariant> Dictionary::snapshot(Part part) {
@@ -192,10 +190,8 @@ STDMETHODIMP Dictionary::RemoveAll() {
 }
 
 STDMETHODIMP Dictionary::get_CompareMode(LONG* mode) {
-  if (!mode) return E_POINTER;
   const std::lock_guard guard(lock_);
-  *mode = ignores_case_ ? 1 : 0;
-  return S_OK;
+  return give(ignores_case_ ? 1 : 0, mode);
 }
 
 STDMETHODIMP Dictionary::put_CompareMode(LONG mode) {

@@ -4,6 +4,8 @@
 
 #include <cerrno>
 
+#include <korlib_host/results.h>
+
 #include "classes/script_errors.h"
 #include "classes/text_stream.h"
 
@@ -55,10 +57,7 @@ HRESULT FileSystem::OpenTextFile(BSTR path, LONG mode, VARIANT_BOOL create, LONG
   }
 }
 
-HRESULT FileSystem::FileExists(BSTR path, VARIANT_BOOL* exists) {
-  *exists = file_exists(view_of(path)) ? VARIANT_TRUE : VARIANT_FALSE;
-  return S_OK;
-}
+HRESULT FileSystem::FileExists(BSTR path, VARIANT_BOOL* exists) { return give(file_exists(view_of(path)), exists); }
 
 HRESULT FileSystem::DeleteFile(BSTR path, VARIANT_BOOL) {
   if (unlink(system_path(view_of(path)).c_str()) == 0) return S_OK;

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include <korlib_host/results.h>
+
 #include "classes/files.h"
 #include "classes/script_errors.h"
 
@@ -90,20 +92,17 @@ HRESULT Stream::at_start(std::wstring_view property) const {
 }
 
 STDMETHODIMP Stream::get_Size(LONG* bytes) {
-  if (!bytes) return E_POINTER;
-  *bytes = static_cast<LONG>(store_.size());
+  RETURN_IF_FAILED(give(static_cast<LONG>(store_.size()), bytes));
   return check_open();
 }
 
 STDMETHODIMP Stream::get_EOS(VARIANT_BOOL* at_end) {
-  if (!at_end) return E_POINTER;
-  *at_end = store_.rest().empty() ? VARIANT_TRUE : VARIANT_FALSE;
+  RETURN_IF_FAILED(give(store_.rest().empty(), at_end));
   return check_open();
 }
 
 STDMETHODIMP Stream::get_Position(LONG* position) {
-  if (!position) return E_POINTER;
-  *position = static_cast<LONG>(store_.position());
+  RETURN_IF_FAILED(give(static_cast<LONG>(store_.position()), position));
   return check_open();
 }
 
@@ -115,11 +114,7 @@ STDMETHODIMP Stream::put_Position(LONG position) {
   });
 }
 
-STDMETHODIMP Stream::get_Type(LONG* type) {
-  if (!type) return E_POINTER;
-  *type = type_;
-  return S_OK;
-}
+STDMETHODIMP Stream::get_Type(LONG* type) { return give(type_, type); }
 
 STDMETHODIMP Stream::put_Type(LONG type) {
   if (type != adTypeBinary && type != adTypeText) {
@@ -130,11 +125,7 @@ STDMETHODIMP Stream::put_Type(LONG type) {
   return S_OK;
 }
 
-STDMETHODIMP Stream::get_LineSeparator(LONG* separator) {
-  if (!separator) return E_POINTER;
-  *separator = separator_;
-  return S_OK;
-}
+STDMETHODIMP Stream::get_LineSeparator(LONG* separator) { return give(separator_, separator); }
 
 STDMETHODIMP Stream::put_LineSeparator(LONG separator) {
   if (separator != adCR && separator != adLF && separator != adCRLF) {
@@ -144,17 +135,9 @@ STDMETHODIMP Stream::put_LineSeparator(LONG separator) {
   return S_OK;
 }
 
-STDMETHODIMP Stream::get_State(LONG* state) {
-  if (!state) return E_POINTER;
-  *state = is_open_ ? adStateOpen : adStateClosed;
-  return S_OK;
-}
+STDMETHODIMP Stream::get_State(LONG* state) { return give(is_open_ ? adStateOpen : adStateClosed, state); }
 
-STDMETHODIMP Stream::get_Mode(LONG* mode) {
-  if (!mode) return E_POINTER;
-  *mode = mode_;
-  return S_OK;
-}
+STDMETHODIMP Stream::get_Mode(LONG* mode) { return give(mode_, mode); }
 
 STDMETHODIMP Stream::put_Mode(LONG mode) {
   if (is_open_) return raise(kObjectOpen, kSource, L"Mode can be set only while the stream is closed.");
@@ -163,11 +146,7 @@ STDMETHODIMP Stream::put_Mode(LONG mode) {
   return S_OK;
 }
 
-STDMETHODIMP Stream::get_Charset(BSTR* name) {
-  if (!name) return E_POINTER;
-  *name = new_bstr(charset_);
-  return *name ? S_OK : E_OUTOFMEMORY;
-}
+STDMETHODIMP Stream::get_Charset(BSTR* name) { return give(charset_, name); }
 
 STDMETHODIMP Stream::put_Charset(BSTR name) {
   return guarded(kSource, [&]() -> HRESULT {

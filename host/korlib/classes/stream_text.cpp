@@ -1,4 +1,6 @@
 // The text side of a stream.
+#include <korlib_host/results.h>
+
 #include "classes/script_errors.h"
 #include "classes/stream.h"
 
@@ -6,11 +8,6 @@ namespace korlib {
 namespace {
 
 constexpr std::wstring_view kSource = L"ADODB.Stream";
-
-HRESULT give(std::wstring_view text, BSTR* out) {
-  *out = new_bstr(text);
-  return *out ? S_OK : E_OUTOFMEMORY;
-}
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "classes/text_stream.h"
 
+#include <korlib_host/results.h>
+
 #include "classes/script_errors.h"
 
 namespace korlib {
@@ -61,8 +63,7 @@ HRESULT TextStream::read(BSTR* text, Reader reader) {
   return guarded(kSource, text, [&]() -> HRESULT {
     RETURN_IF_FAILED(check(true));
     if (file_.at_end()) return raise(kPastEndOfFile, kSource, L"The text stream is at its end.");
-    *text = new_bstr(reader());
-    return *text ? S_OK : E_OUTOFMEMORY;
+    return give(reader(), text);
   });
 }
 
@@ -82,18 +83,12 @@ STDMETHODIMP TextStream::ReadAll(BSTR* text) {
 }
 
 STDMETHODIMP TextStream::get_AtEndOfStream(VARIANT_BOOL* at_end) {
-  if (!at_end) return E_POINTER;
-  *at_end = VARIANT_TRUE;
+  RETURN_IF_FAILED(give(true, at_end));
   RETURN_IF_FAILED(check(true));
-  *at_end = file_.at_end() ? VARIANT_TRUE : VARIANT_FALSE;
-  return S_OK;
+  return give(file_.at_end(), at_end);
 }
 
-STDMETHODIMP TextStream::get_Line(LONG* line) {
-  if (!line) return E_POINTER;
-  *line = file_.line();
-  return S_OK;
-}
+STDMETHODIMP TextStream::get_Line(LONG* line) { return give(file_.line(), line); }
 
 STDMETHODIMP TextStream::Close() { return file_.close(); }
 

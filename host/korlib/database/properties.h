@@ -7,6 +7,7 @@
 
 #include <korlib_host/dispatch_object.h>
 #include <korlib_host/errors.h>
+#include <korlib_host/results.h>
 
 #include "classes/script_errors.h"
 #include "database/constants.h"
@@ -22,21 +23,9 @@ struct IObjectAccess : IUnknown {
   ~IObjectAccess() = default;
 };
 
-// The out-parameter of a property. Text is copied, an object counted.
-inline HRESULT give(LONG number, LONG* out) {
-  *out = number;
-  return S_OK;
-}
+// Beside what results.h gives: an enumerator's number, and an object, which is counted.
 template <class Enum>
 requires std::is_enum_v<Enum> HRESULT give(Enum value, LONG* out) { return give(static_cast<LONG>(value), out); }
-inline HRESULT give(bool is_so, VARIANT_BOOL* out) {
-  *out = is_so ? VARIANT_TRUE : VARIANT_FALSE;
-  return S_OK;
-}
-inline HRESULT give(std::wstring_view text, BSTR* out) {
-  *out = new_bstr(text);
-  return *out ? S_OK : E_OUTOFMEMORY;
-}
 inline HRESULT give(IDispatch* object, IDispatch** out) { return CComPtr<IDispatch>(object).copy_to(out); }
 
 // The new value of a property that is one of the numbers or enumerators from `first` to `last`. Another number is

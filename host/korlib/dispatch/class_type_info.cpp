@@ -1,7 +1,7 @@
 #include <korlib_host/class_type_info.h>
 
-#include <korlib/combstr.h>
 #include <korlib/ptr.h>
+#include <korlib_host/results.h>
 
 namespace korlib {
 
@@ -27,8 +27,7 @@ HRESULT ClassTypeInfo::GetDocumentation(MEMBERID id, BSTR* name, BSTR* doc, DWOR
   if (!name) return S_OK;
   UINT count = 0;
   if (id != DISPID_UNKNOWN) return GetNames(id, name, 1, &count);
-  *name = new_bstr(name_);
-  return *name ? S_OK : E_OUTOFMEMORY;
+  return give(name_, name);
 }
 
 HRESULT ClassTypeInfo::GetNames(MEMBERID id, BSTR* names, UINT capacity, UINT* count) {
@@ -38,8 +37,7 @@ HRESULT ClassTypeInfo::GetNames(MEMBERID id, BSTR* names, UINT capacity, UINT* c
   names[0] = nullptr;
   const Member* member = find_member(members_, id);
   if (!member) return TYPE_E_ELEMENTNOTFOUND;
-  names[0] = new_bstr(member->name);
-  if (!names[0]) return E_OUTOFMEMORY;
+  RETURN_IF_FAILED(give(member->name, &names[0]));
   *count = 1;
   return S_OK;
 }
