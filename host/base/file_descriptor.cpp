@@ -19,4 +19,16 @@ int write_all(int number, std::string_view bytes) {
   return 0;
 }
 
+int read_all(int number, std::span<char> room, std::size_t& got) {
+  got = 0;
+  while (got < room.size()) {
+    const ssize_t count = ::read(number, room.data() + got, room.size() - got);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return errno;
+    if (count == 0) break;
+    got += static_cast<std::size_t>(count);
+  }
+  return 0;
+}
+
 }  // namespace base

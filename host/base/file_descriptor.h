@@ -1,6 +1,8 @@
 // An open file of the system, closed when its holder goes.
 #pragma once
 
+#include <cstddef>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -31,5 +33,7 @@ class FileDescriptor {
 
 // Writes all of it, in as many steps as that takes. 0, or the errno of the step that failed.
 int write_all(int number, std::string_view bytes);
+// Fills the room, or what of it the file has: `got` bytes. 0, or the errno of the step that failed.
+int read_all(int number, std::span<char> room, std::size_t& got);
 
 }  // namespace base

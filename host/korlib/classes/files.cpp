@@ -19,41 +19,15 @@ namespace {
 
 constexpr int kWriting = O_WRONLY | O_CLOEXEC | O_NONBLOCK;
 
-std::string to_bytes(std::wstring_view path) {
-  if (path.empty() || path.find(L'\0') != std::wstring_view::npos) return {};
-  return to_utf8(path);
-}
-
-// Opens without waiting for the other end of a pipe, and without following into a device.
-base::FileDescriptor open_regular(const std::string& path, int& error, std::size_t& size) {
-  base::FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+// 0 or an errno. Opens without waiting for the other end of a pipe, and without following into a device.
+int open_regular(const std::string& path, base::FileDescriptor& file, std::size_t& size) {
+  file = base::FileDescriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
-  if (!file || fstat(file.get(), &status) != 0) {
-    error = errno;
-    return {};
-  }
-  if (S_ISDIR(status.st_mode)) {
-    error = EISDIR;
-  } else if (!S_ISREG(status.st_mode)) {
-    error = EINVAL;
-  } else if (static_cast<std::uint64_t>(status.st_size) > ByteStore::kMaxSize) {
-    error = EFBIG;
-  } else {
-    size = static_cast<std::size_t>(status.st_size);
-    return file;
-  }
-  return {};
-}
-
-// 0 or an errno. A file that became shorter meanwhile gives less.
-int read_all(int file, std::size_t size, base::GrowingBuffer& contents) {
-  while (contents.size() < size) {
-    const ssize_t count = read(file, contents.data() + contents.size(), size - contents.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errno;
-    if (count == 0) break;
-    contents.set_size(contents.size() + static_cast<std::size_t>(count));
-  }
+  if (!file || fstat(file.get(), &status) != 0) return errno;
+  if (S_ISDIR(status.st_mode)) return EISDIR;
+  if (!S_ISREG(status.st_mode)) return EINVAL;
+  if (static_cast<std::uint64_t>(status.st_size) > ByteStore::kMaxSize) return EFBIG;
+  size = static_cast<std::size_t>(status.st_size);
   return 0;
 }
 
@@ -91,7 +65,8 @@ int replace_contents(const std::string& path, std::string_view bytes) {
 }  // namespace
 
 std::string system_path(std::wstring_view path) {
-  std::string bytes = to_bytes(path);
+  if (path.find(L'\0') != path.npos) return {};
+  std::string bytes = to_utf8(path);
   if (bytes.find('\\') == std::string::npos || access(bytes.c_str(), F_OK) == 0) return bytes;
   std::replace(bytes.begin(), bytes.end(), '\\', '/');
   return bytes;
@@ -112,12 +87,15 @@ HRESULT raise_file_error(std::wstring_view what, std::wstring_view path, int err
 
 HRESULT load_file(std::wstring_view path, const FileFault& fault, base::GrowingBuffer& contents) {
   contents = {};
+  base::FileDescriptor file;
   std::size_t size = 0;
-  int error = ENOENT;
-  base::FileDescriptor file = open_regular(system_path(path), error, size);
-  if (!file) return raise_file_error(L"open", path, error, fault);
+  if (const int error = open_regular(system_path(path), file, size)) {
+    return raise_file_error(L"open", path, error, fault);
+  }
   contents.grow(std::max<std::size_t>(size, 1));
-  error = read_all(file.get(), size, contents);
+  std::size_t got = 0;
+  const int error = base::read_all(file.get(), {contents.data(), size}, got);
+  contents.set_size(got);
   return error == 0 ? S_OK : raise_file_error(L"read", path, error, fault);
 }
 

@@ -2,9 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <ctime>
 
 #include "base/file_descriptor.h"
@@ -53,15 +51,9 @@ std::optional<SourceBytes> read_source(const std::string& path) {
   const std::optional<FileStamp> stamp = regular_file_stamp(status);
   if (!stamp || stamp->size > kMaxSource) return std::nullopt;
   SourceBytes source{std::string(static_cast<std::size_t>(stamp->size), '\0'), *stamp, is_settled(*stamp)};
-  std::size_t done = 0;
-  while (done < source.bytes.size()) {
-    const ssize_t got = ::read(file.get(), source.bytes.data() + done, source.bytes.size() - done);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return std::nullopt;
-    if (got == 0) break;  // it became shorter; its stamp has changed as well
-    done += static_cast<std::size_t>(got);
-  }
-  source.bytes.resize(done);
+  std::size_t got = 0;  // less where it became shorter; its stamp has changed then as well
+  if (base::read_all(file.get(), source.bytes, got) != 0) return std::nullopt;
+  source.bytes.resize(got);
   return source;
 }
 
