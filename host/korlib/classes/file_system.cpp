@@ -6,6 +6,7 @@
 
 #include <korlib_host/results.h>
 
+#include "classes/files.h"
 #include "classes/script_errors.h"
 #include "classes/text_stream.h"
 

@@ -7,41 +7,44 @@
 
 #include <korlib_host/unicode.h>
 
+#include "classes/files.h"
+#include "classes/script_errors.h"
+
 namespace korlib {
 namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
+constexpr FileFault kFault{L"Scripting.TextStream", kPermissionDenied, kFileNotFound, kFileExists};
 
 }  // namespace
 
 HRESULT TextFile::open_to_read(std::wstring_view path) {
   base::GrowingBuffer contents;
-  RETURN_IF_FAILED(load_file(path, fault_, contents));
+  RETURN_IF_FAILED(load_file(path, kFault, contents));
   std::string_view bytes = contents.view();
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
   text_ = to_wide(bytes);
   path_ = path;
-  way_ = Way::read;
+  is_reader_ = true;
   is_open_ = true;
   return S_OK;
 }
 
-HRESULT TextFile::open(std::wstring_view path, int how) {
-  file_ = base::FileDescriptor(::open(system_path(path).c_str(), how | O_WRONLY | O_CLOEXEC | O_NONBLOCK, 0666));
-  if (!file_) return raise_file_error(L"write", path, errno, fault_);
+HRESULT TextFile::open_writer(std::wstring_view path, int flags) {
+  file_ = base::FileDescriptor(open(system_path(path).c_str(), flags | O_WRONLY | O_CLOEXEC | O_NONBLOCK, 0666));
+  if (!file_) return raise_file_error(L"write", path, errno, kFault);
   path_ = path;
+  is_reader_ = false;
   is_open_ = true;
   return S_OK;
 }
 
 HRESULT TextFile::open_to_write(std::wstring_view path, bool create, bool replace) {
-  way_ = Way::write;
-  return open(path, O_TRUNC | (create ? O_CREAT : 0) | (replace ? 0 : O_EXCL));
+  return open_writer(path, O_TRUNC | (create ? O_CREAT : 0) | (replace ? 0 : O_EXCL));
 }
 
 HRESULT TextFile::open_to_append(std::wstring_view path, bool create) {
-  way_ = Way::append;
-  return open(path, O_APPEND | (create ? O_CREAT : 0));
+  return open_writer(path, O_APPEND | (create ? O_CREAT : 0));
 }
 
 void TextFile::count_lines(std::wstring_view text) {
@@ -57,7 +60,7 @@ HRESULT TextFile::write(std::wstring_view text) {
 HRESULT TextFile::flush() {
   const int error = base::write_all(file_.get(), unwritten_);
   unwritten_.clear();
-  return error == 0 ? S_OK : raise_file_error(L"write", path_, error, fault_);
+  return error == 0 ? S_OK : raise_file_error(L"write", path_, error, kFault);
 }
 
 std::wstring TextFile::read(std::size_t characters) {
@@ -82,7 +85,7 @@ HRESULT TextFile::close() {
   at_ = 0;
   if (is_reader()) return S_OK;
   const HRESULT hr = flush();
-  if (!file_.close() && SUCCEEDED(hr)) return raise_file_error(L"write", path_, errno, fault_);
+  if (!file_.close() && SUCCEEDED(hr)) return raise_file_error(L"write", path_, errno, kFault);
   return hr;
 }
 

@@ -4,16 +4,15 @@
 #include <string>
 #include <string_view>
 
+#include <korlib/hresult.h>
+
 #include "base/file_descriptor.h"
-#include "classes/files.h"
 
 namespace korlib {
 
 class TextFile {
  public:
-  enum class Way { read, write, append };
-
-  explicit TextFile(FileFault fault) : fault_(fault) {}
+  TextFile() = default;
   ~TextFile() { close(); }
   TextFile(const TextFile&) = delete;
   TextFile& operator=(const TextFile&) = delete;
@@ -24,7 +23,7 @@ class TextFile {
   HRESULT open_to_append(std::wstring_view path, bool create);
 
   bool is_open() const { return is_open_; }
-  bool is_reader() const { return way_ == Way::read; }
+  bool is_reader() const { return is_reader_; }
   bool at_end() const { return at_ >= text_.size(); }
   LONG line() const { return line_; }
 
@@ -36,18 +35,17 @@ class TextFile {
   HRESULT close();
 
  private:
-  HRESULT open(std::wstring_view path, int how);
+  HRESULT open_writer(std::wstring_view path, int flags);
   HRESULT flush();
   void count_lines(std::wstring_view text);
 
-  FileFault fault_;
   std::wstring path_;
   base::FileDescriptor file_;  // of a writer
   std::string unwritten_;
   std::wstring text_;  // of a reader, whole
   std::size_t at_ = 0;
   LONG line_ = 1;
-  Way way_ = Way::read;
+  bool is_reader_ = true;
   bool is_open_ = false;
 };
 

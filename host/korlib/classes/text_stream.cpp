@@ -7,11 +7,10 @@
 namespace korlib {
 namespace {
 
+constexpr std::wstring_view kSource = L"Scripting.TextStream";
 constexpr LONG kMostBlankLines = 1'000'000;
 
 }  // namespace
-
-TextStream::TextStream() : file_(FileFault{kSource, kPermissionDenied, kFileNotFound, kFileExists}) {}
 
 std::span<const Member> TextStream::members() {
   static constexpr Member table[] = {

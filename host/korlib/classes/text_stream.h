@@ -13,9 +13,7 @@ class TextStream final : public DispatchObject<TextStream, Scripting::ITextStrea
  public:
   static constexpr const wchar_t* kClassName = L"TextStream";
   static std::span<const Member> members();
-  static constexpr std::wstring_view kSource = L"Scripting.TextStream";
 
-  TextStream();
   TextFile& file() { return file_; }
 
   HRESULT Write(BSTR text) override;
