@@ -74,39 +74,29 @@ STDMETHODIMP Dictionary::get_Item(VARIANT key, VARIANT* value) {
   });
 }
 
-STDMETHODIMP Dictionary::put_Item(VARIANT key, VARIANT value) {
+HRESULT Dictionary::store(const VARIANT& key, const VARIANT& value, bool may_replace) {
   return guarded(kSource, [&]() -> HRESULT {
     DictionaryKey wanted;
     CComVariant owned;  // after the exchange the old value, released behind the lock
     RETURN_IF_FAILED(load(key, wanted));
     RETURN_IF_FAILED(own(value, owned));
-    const std::lock_guard guard(lock_);
-    if (Entry* entry = find(wanted)) {
-      std::swap(entry->value, owned);
-    } else {
-      table_.add({std::move(wanted), std::move(owned)});
-    }
-    return S_OK;
-  });
-}
-
-STDMETHODIMP Dictionary::putref_Item(VARIANT key, VARIANT value) { return put_Item(key, value); }
-
-STDMETHODIMP Dictionary::Add(VARIANT key, VARIANT value) {
-  return guarded(kSource, [&]() -> HRESULT {
-    DictionaryKey wanted;
-    CComVariant owned;
-    RETURN_IF_FAILED(load(key, wanted));
-    RETURN_IF_FAILED(own(value, owned));
-    bool is_new = false;
+    bool is_refused = false;
     {
       const std::lock_guard guard(lock_);
-      is_new = !find(wanted);
-      if (is_new) table_.add({std::move(wanted), std::move(owned)});
+      Entry* const entry = find(wanted);
+      is_refused = entry && !may_replace;
+      if (!entry) table_.add({std::move(wanted), std::move(owned)});
+      if (entry && may_replace) std::swap(entry->value, owned);
     }
-    return is_new ? S_OK : existing(key);
+    return is_refused ? existing(key) : S_OK;
   });
 }
+
+STDMETHODIMP Dictionary::put_Item(VARIANT key, VARIANT value) { return store(key, value, true); }
+
+STDMETHODIMP Dictionary::putref_Item(VARIANT key, VARIANT value) { return store(key, value, true); }
+
+STDMETHODIMP Dictionary::Add(VARIANT key, VARIANT value) { return store(key, value, false); }
 
 STDMETHODIMP Dictionary::Exists(VARIANT key, VARIANT_BOOL* exists) {
   return guarded(kSource, exists, [&]() -> HRESULT {

@@ -49,6 +49,7 @@ class Dictionary final : public DispatchObject<Dictionary, IKorLibDictionary> {
 
   // Null when the key is missing. With the lock held.
   Entry* find(DictionaryKey& key);
+  HRESULT store(const VARIANT& key, const VARIANT& value, bool may_replace);
   std::vector<CComVariant> snapshot(Part part);
   HRESULT to_array(Part part, VARIANT* array);
 
