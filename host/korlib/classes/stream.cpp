@@ -15,7 +15,8 @@ constexpr LONG kModeRead = 1;
 constexpr LONG kModeWrite = 2;
 constexpr LONG kModeReadWrite = 3;
 
-HRESULT too_large() { return raise(E_OUTOFMEMORY, kSource, L"The stream would become too large."); }
+HRESULT invalid(std::wstring_view text) { return raise(kInvalidArgument, kSource, text); }
+HRESULT not_allowed(std::wstring_view text) { return raise(kNotAllowedHere, kSource, text); }
 
 // The bytes of a byte array, however it is passed.
 HRESULT bytes_of(const VARIANT& value, std::string_view& bytes) {
@@ -23,7 +24,7 @@ HRESULT bytes_of(const VARIANT& value, std::string_view& bytes) {
   if (value.vt == (VT_ARRAY | VT_UI1)) array = value.parray;
   if (value.vt == (VT_ARRAY | VT_UI1 | VT_BYREF) && value.pparray) array = *value.pparray;
   if (value.vt == (VT_VARIANT | VT_BYREF) && value.pvarVal) return bytes_of(*value.pvarVal, bytes);
-  if (!array || array->cDims != 1) return raise(kInvalidArgument, kSource, L"Write: a byte array is needed.");
+  if (!array || array->cDims != 1) return invalid(L"Write: a byte array is needed.");
   bytes = {static_cast<const char*>(array->pvData), array->rgsabound[0].cElements};
   return S_OK;
 }
@@ -70,25 +71,23 @@ HRESULT Stream::check_open() const {
 
 HRESULT Stream::check_readable(LONG type) const {
   RETURN_IF_FAILED(check_open());
-  if (mode_ == kModeWrite) return raise(kNotAllowedHere, kSource, L"The stream was opened for writing only.");
+  if (mode_ == kModeWrite) return not_allowed(L"The stream was opened for writing only.");
   if (type_ == type) return S_OK;
-  return raise(kNotAllowedHere, kSource,
-               type == adTypeText ? L"A binary stream is read with Read; set Type to 2 for text."
-                                  : L"A text stream is read with ReadText; set Type to 1 for bytes.");
+  return not_allowed(type == adTypeText ? L"A binary stream is read with Read; set Type to 2 for text."
+                                        : L"A text stream is read with ReadText; set Type to 1 for bytes.");
 }
 
 HRESULT Stream::check_writable(LONG type) const {
   RETURN_IF_FAILED(check_open());
-  if (mode_ == kModeRead) return raise(kNotAllowedHere, kSource, L"The stream was opened for reading only.");
+  if (mode_ == kModeRead) return not_allowed(L"The stream was opened for reading only.");
   if (type_ == type) return S_OK;
-  return raise(kNotAllowedHere, kSource,
-               type == adTypeText ? L"A binary stream is written with Write; set Type to 2 for text."
-                                  : L"A text stream is written with WriteText; set Type to 1 for bytes.");
+  return not_allowed(type == adTypeText ? L"A binary stream is written with Write; set Type to 2 for text."
+                                        : L"A text stream is written with WriteText; set Type to 1 for bytes.");
 }
 
 HRESULT Stream::at_start(std::wstring_view property) const {
   if (store_.position() == 0) return S_OK;
-  return raise(kNotAllowedHere, kSource, std::wstring(property) + L" can be set only at position 0.");
+  return not_allowed(std::wstring(property) + L" can be set only at position 0.");
 }
 
 STDMETHODIMP Stream::get_Size(LONG* bytes) {
@@ -109,17 +108,15 @@ STDMETHODIMP Stream::get_Position(LONG* position) {
 STDMETHODIMP Stream::put_Position(LONG position) {
   return guarded(kSource, [&]() -> HRESULT {
     RETURN_IF_FAILED(check_open());
-    if (position < 0) return raise(kInvalidArgument, kSource, L"Position: a negative position.");
-    return store_.move_to(static_cast<std::size_t>(position)) ? S_OK : too_large();
+    if (position < 0) return invalid(L"Position: a negative position.");
+    return stored(store_.move_to(static_cast<std::size_t>(position)));
   });
 }
 
 STDMETHODIMP Stream::get_Type(LONG* type) { return give(type_, type); }
 
 STDMETHODIMP Stream::put_Type(LONG type) {
-  if (type != adTypeBinary && type != adTypeText) {
-    return raise(kInvalidArgument, kSource, L"Type is 1 (binary) or 2 (text).");
-  }
+  if (type != adTypeBinary && type != adTypeText) return invalid(L"Type is 1 (binary) or 2 (text).");
   RETURN_IF_FAILED(at_start(L"Type"));
   type_ = type;
   return S_OK;
@@ -129,7 +126,7 @@ STDMETHODIMP Stream::get_LineSeparator(LONG* separator) { return give(separator_
 
 STDMETHODIMP Stream::put_LineSeparator(LONG separator) {
   if (separator != adCR && separator != adLF && separator != adCRLF) {
-    return raise(kInvalidArgument, kSource, L"LineSeparator is -1 (CRLF), 10 (LF) or 13 (CR).");
+    return invalid(L"LineSeparator is -1 (CRLF), 10 (LF) or 13 (CR).");
   }
   separator_ = separator;
   return S_OK;
@@ -141,7 +138,7 @@ STDMETHODIMP Stream::get_Mode(LONG* mode) { return give(mode_, mode); }
 
 STDMETHODIMP Stream::put_Mode(LONG mode) {
   if (is_open_) return raise(kObjectOpen, kSource, L"Mode can be set only while the stream is closed.");
-  if (mode < 0) return raise(kInvalidArgument, kSource, L"Mode is 0 (unspecified), 1 (read), 2 (write) or 3 (both).");
+  if (mode < 0) return invalid(L"Mode is 0 (unspecified), 1 (read), 2 (write) or 3 (both).");
   mode_ = mode & kModeReadWrite;
   return S_OK;
 }
@@ -154,7 +151,7 @@ STDMETHODIMP Stream::put_Charset(BSTR name) {
     const std::wstring charset(view_of(name));
     std::unique_ptr<TextCodec> opened = open_codec(charset);
     if (!opened) {
-      return raise(kInvalidArgument, kSource, L"Charset: '" + charset.substr(0, 60) + L"' is not a known charset.");
+      return invalid(L"Charset: '" + charset.substr(0, 60) + L"' is not a known charset.");
     }
     codec_ = std::move(opened);
     charset_ = charset;
@@ -183,7 +180,7 @@ STDMETHODIMP Stream::Read(LONG count, VARIANT* bytes) {
   if (!bytes) return E_POINTER;
   VariantInit(bytes);
   RETURN_IF_FAILED(check_readable(adTypeBinary));
-  if (count < adReadAll) return raise(kInvalidArgument, kSource, L"Read: the count is -1 (all) or a number of bytes.");
+  if (count < adReadAll) return invalid(L"Read: the count is -1 (all) or a number of bytes.");
   const std::string_view rest = store_.rest();
   if (rest.empty()) {
     bytes->vt = VT_NULL;
@@ -198,7 +195,9 @@ STDMETHODIMP Stream::Read(LONG count, VARIANT* bytes) {
   return S_OK;
 }
 
-HRESULT Stream::write_bytes(std::string_view bytes) { return store_.write(bytes) ? S_OK : too_large(); }
+HRESULT Stream::stored(bool has_room) {
+  return has_room ? S_OK : raise(E_OUTOFMEMORY, kSource, L"The stream would become too large.");
+}
 
 // An upload comes in a byte a write: that one is stored here, without a call.
 STDMETHODIMP Stream::Write(VARIANT bytes) {
@@ -212,7 +211,7 @@ HRESULT Stream::write_array(const VARIANT& bytes) {
     RETURN_IF_FAILED(check_writable(adTypeBinary));
     std::string_view view;
     RETURN_IF_FAILED(bytes_of(bytes, view));
-    return write_bytes(view);
+    return stored(store_.write(view));
   });
 }
 
@@ -225,8 +224,8 @@ STDMETHODIMP Stream::SetEOS() {
 STDMETHODIMP Stream::CopyTo(IKorLibStream* target, LONG count) {
   return guarded(kSource, [&]() -> HRESULT {
     RETURN_IF_FAILED(check_open());
-    if (!target) return raise(kInvalidArgument, kSource, L"CopyTo: a stream is needed.");
-    if (count < adReadAll) return raise(kInvalidArgument, kSource, L"CopyTo: the count is -1 (all) or a number.");
+    if (!target) return invalid(L"CopyTo: a stream is needed.");
+    if (count < adReadAll) return invalid(L"CopyTo: the count is -1 (all) or a number.");
     LONG target_type = 0;
     RETURN_IF_FAILED(target->get_Type(&target_type));
     if (type_ == adTypeText && target_type == adTypeText) {
@@ -235,7 +234,7 @@ STDMETHODIMP Stream::CopyTo(IKorLibStream* target, LONG count) {
       return text.empty() ? S_OK : target->WriteText(text, adWriteChar);
     }
     if (target_type == adTypeText) {
-      return raise(kNotAllowedHere, kSource, L"CopyTo: bytes cannot be copied into a text stream.");
+      return not_allowed(L"CopyTo: bytes cannot be copied into a text stream.");
     }
     const LONG type = std::exchange(type_, adTypeBinary);
     CComVariant bytes;
@@ -254,7 +253,7 @@ STDMETHODIMP Stream::SaveToFile(BSTR path, LONG options) {
   return guarded(kSource, [&]() -> HRESULT {
     RETURN_IF_FAILED(check_open());
     if (options != adSaveCreateNotExist && options != adSaveCreateOverWrite) {
-      return raise(kInvalidArgument, kSource, L"SaveToFile: the option is 1 (a new file) or 2 (replace).");
+      return invalid(L"SaveToFile: the option is 1 (a new file) or 2 (replace).");
     }
     const bool replace = options == adSaveCreateOverWrite;
     RETURN_IF_FAILED(save_file(view_of(path), store_.all(), replace, {kSource, kCannotWriteFile}));

@@ -51,8 +51,8 @@ class Stream final : public DispatchObject<Stream, IKorLibStream> {
   HRESULT check_writable(LONG type) const;
   HRESULT at_start(std::wstring_view property) const;
   HRESULT write_array(const VARIANT& bytes);
-  HRESULT write_bytes(std::string_view bytes);
-  HRESULT write_text(std::wstring_view text);
+  // What a write answers; without room the stream would become too large.
+  static HRESULT stored(bool has_room);
   TextCodec& codec();
   bool next_character(char32_t& c);
   void skip_mark();

@@ -18,20 +18,15 @@ TextCodec& Stream::codec() {
 
 std::wstring_view Stream::line_end() const { return separator_ == adCR ? L"\r" : separator_ == adLF ? L"\n" : L"\r\n"; }
 
-HRESULT Stream::write_text(std::wstring_view text) {
-  if (!codec().write(text, store_)) return raise(E_OUTOFMEMORY, kSource, L"The stream would become too large.");
-  return S_OK;
-}
-
 STDMETHODIMP Stream::WriteText(BSTR text, LONG options) {
   return guarded(kSource, [&]() -> HRESULT {
     RETURN_IF_FAILED(check_writable(adTypeText));
     if (options != adWriteChar && options != adWriteLine) {
       return raise(kInvalidArgument, kSource, L"WriteText: the option is 0 (text) or 1 (a line).");
     }
-    if (store_.position() == 0) RETURN_IF_FAILED(write_bytes(codec().mark()));
-    RETURN_IF_FAILED(write_text(view_of(text)));
-    return options == adWriteLine ? write_text(line_end()) : S_OK;
+    if (store_.position() == 0) RETURN_IF_FAILED(stored(store_.write(codec().mark())));
+    RETURN_IF_FAILED(stored(codec().write(view_of(text), store_)));
+    return options == adWriteLine ? stored(codec().write(line_end(), store_)) : S_OK;
   });
 }
 
