@@ -37,21 +37,17 @@ HRESULT run(const Operation& operation, const Call& call) {
   return hr;
 }
 
-// The object that a property without parameters holds.
-HRESULT read_held_object(const Operation& get, const Call& call, CComPtr<IDispatch>& held) {
+// Leaves the call to the object that a property without parameters holds.
+HRESULT pass_on(const Operation& get, const Call& call) {
   DISPPARAMS none{};
   CComVariant value;
   Call reading = call;
   reading.params = &none;
   reading.result = &value;
   RETURN_IF_FAILED(run(get, reading));
-  if ((value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) || !value.punkVal) return DISP_E_BADPARAMCOUNT;
-  return FAILED(value.punkVal->QueryInterface(IID_IDispatch, held.put_void())) ? DISP_E_BADPARAMCOUNT : S_OK;
-}
-
-HRESULT pass_on(const Operation& get, const Call& call) {
-  CComPtr<IDispatch> held;
-  RETURN_IF_FAILED(read_held_object(get, call, held));
+  const bool holds_object = value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN;
+  const CComQIPtr<IDispatch> held(holds_object ? value.punkVal : nullptr);
+  if (!held) return DISP_E_BADPARAMCOUNT;
   return held->Invoke(DISPID_VALUE, IID_NULL, call.lcid, call.flags, call.params, call.result, call.excepinfo,
                       call.argerr);
 }
