@@ -27,6 +27,18 @@ bool write_encoded(ByteStore& store, std::size_t most, Encode encode) {
   return store.write(encoded);
 }
 
+// All characters that the codec's next() finds.
+template <class Codec>
+std::wstring read_each(Codec& codec, std::string_view bytes, bool continues, std::size_t about) {
+  std::wstring text;
+  text.reserve(about);
+  for (; !bytes.empty(); continues = true) {
+    const char32_t c = codec.next(bytes, continues);
+    if (c != kNothing) text.push_back(static_cast<wchar_t>(c));
+  }
+  return text;
+}
+
 class Utf8Codec final : public TextCodec {
  public:
   std::string_view mark() const override { return "\xEF\xBB\xBF"; }
@@ -66,15 +78,8 @@ class Utf16Codec final : public TextCodec {
     bytes.remove_prefix(decode(bytes, c));
     return c;
   }
-  std::wstring read(std::string_view bytes, bool) override {
-    std::wstring text;
-    text.reserve(bytes.size() / 2 + 1);
-    while (!bytes.empty()) {
-      char32_t c = kReplacement;
-      bytes.remove_prefix(decode(bytes, c));
-      text.push_back(static_cast<wchar_t>(c));
-    }
-    return text;
+  std::wstring read(std::string_view bytes, bool continues) override {
+    return read_each(*this, bytes, continues, bytes.size() / 2 + 1);
   }
 
  private:
@@ -139,15 +144,7 @@ class ConverterCodec final : public TextCodec {
     if (status == U_INDEX_OUTOFBOUNDS_ERROR) return kNothing;
     return U_FAILURE(status) ? kReplacement : static_cast<char32_t>(c);
   }
-  std::wstring read(std::string_view bytes, bool continues) override {
-    std::wstring text;
-    while (!bytes.empty()) {
-      const char32_t c = next(bytes, continues);
-      if (c != kNothing) text.push_back(static_cast<wchar_t>(c));
-      continues = true;
-    }
-    return text;
-  }
+  std::wstring read(std::string_view bytes, bool continues) override { return read_each(*this, bytes, continues, 0); }
 
  private:
   struct CloseConverter {
