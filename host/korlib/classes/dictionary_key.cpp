@@ -11,47 +11,57 @@
 
 namespace korlib {
 
-void DictionaryKey::take_real(double number) {
+HRESULT DictionaryKey::take(Kind kind, std::uint64_t bits) {
+  kind_ = kind;
+  bits_ = bits;
+  return S_OK;
+}
+
+HRESULT DictionaryKey::take_real(double number) {
   if (number == std::trunc(number) && std::fabs(number) < 9.0e18) {
-    kind_ = Kind::integer;
-    bits_ = static_cast<std::uint64_t>(static_cast<LONGLONG>(number));
-    return;
+    return take(Kind::integer, static_cast<std::uint64_t>(static_cast<LONGLONG>(number)));
   }
-  kind_ = Kind::real;
-  bits_ = std::bit_cast<std::uint64_t>(std::isnan(number) ? std::numeric_limits<double>::quiet_NaN() : number);
+  const double same = std::isnan(number) ? std::numeric_limits<double>::quiet_NaN() : number;
+  return take(Kind::real, std::bit_cast<std::uint64_t>(same));
 }
 
 // Integers of every width, booleans among them.
 HRESULT DictionaryKey::take_integer() {
   if (value_.vt == VT_UI8 && value_.ullVal > static_cast<ULONGLONG>(INT64_MAX)) {
-    take_real(static_cast<double>(value_.ullVal));
-    return S_OK;
+    return take_real(static_cast<double>(value_.ullVal));
   }
-  kind_ = Kind::integer;
-  if (value_.vt == VT_I4) {
-    bits_ = static_cast<std::uint64_t>(LONGLONG{value_.lVal});
-    return S_OK;
-  }
+  if (value_.vt == VT_I4) return take(Kind::integer, static_cast<std::uint64_t>(LONGLONG{value_.lVal}));
   CComVariant wide;
   RETURN_IF_FAILED(VariantChangeType(&wide, &value_, 0, VT_I8));
-  bits_ = static_cast<std::uint64_t>(wide.llVal);
-  return S_OK;
+  return take(Kind::integer, static_cast<std::uint64_t>(wide.llVal));
 }
 
-HRESULT DictionaryKey::look_at_number() {
+HRESULT DictionaryKey::take_object() {
+  CComPtr<IUnknown> identity;  // the one pointer that all interfaces of an object agree on
+  if (value_.punkVal) RETURN_IF_FAILED(value_.punkVal->QueryInterface(IID_IUnknown, identity.put_void()));
+  return take(Kind::object, reinterpret_cast<std::uintptr_t>(identity.get()));
+}
+
+HRESULT DictionaryKey::look() {
   switch (value_.vt) {
+    case VT_EMPTY:
+      return take(Kind::empty, 0);
+    case VT_NULL:
+      return take(Kind::null, 0);
+    case VT_BSTR:
+      text_ = view_of(value_.bstrVal);
+      return take(Kind::text, 0);
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+      return take_object();
     case VT_R4:
-      take_real(static_cast<double>(value_.fltVal));
-      return S_OK;
+      return take_real(static_cast<double>(value_.fltVal));
     case VT_R8:
-      take_real(value_.dblVal);
-      return S_OK;
+      return take_real(value_.dblVal);
     case VT_DATE:
-      take_real(value_.date);
-      return S_OK;
+      return take_real(value_.date);
     case VT_CY:
-      take_real(static_cast<double>(value_.cyVal.int64) / 10000.0);
-      return S_OK;
+      return take_real(static_cast<double>(value_.cyVal.int64) / 10000.0);
     case VT_BOOL:
     case VT_I1:
     case VT_UI1:
@@ -66,31 +76,6 @@ HRESULT DictionaryKey::look_at_number() {
       return take_integer();
     default:
       return DISP_E_TYPEMISMATCH;
-  }
-}
-
-HRESULT DictionaryKey::look() {
-  switch (value_.vt) {
-    case VT_EMPTY:
-      kind_ = Kind::empty;
-      return S_OK;
-    case VT_NULL:
-      kind_ = Kind::null;
-      return S_OK;
-    case VT_BSTR:
-      kind_ = Kind::text;
-      text_ = view_of(value_.bstrVal);
-      return S_OK;
-    case VT_DISPATCH:
-    case VT_UNKNOWN: {
-      kind_ = Kind::object;
-      CComPtr<IUnknown> identity;  // the one pointer that all interfaces of an object agree on
-      if (value_.punkVal) RETURN_IF_FAILED(value_.punkVal->QueryInterface(IID_IUnknown, identity.put_void()));
-      bits_ = reinterpret_cast<std::uintptr_t>(identity.get());
-      return S_OK;
-    }
-    default:
-      return look_at_number();
   }
 }
 

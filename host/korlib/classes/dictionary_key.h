@@ -26,9 +26,10 @@ class DictionaryKey {
   enum class Kind : BYTE { empty, null, text, integer, real, object };
 
   HRESULT look();
-  HRESULT look_at_number();
+  HRESULT take(Kind kind, std::uint64_t bits);
+  HRESULT take_real(double number);
   HRESULT take_integer();
-  void take_real(double number);
+  HRESULT take_object();
 
   CComVariant value_;
   std::wstring_view text_;  // of value_
