@@ -18,9 +18,25 @@ constexpr LONG kForReading = 1;
 constexpr LONG kForWriting = 2;
 constexpr LONG kForAppending = 8;
 
-HRESULT give(HRESULT hr, CComPtr<TextStream>& made, Scripting::ITextStream** stream) {
-  if (SUCCEEDED(hr)) *stream = made.detach();
-  return hr;
+HRESULT open_file(TextFile& file, std::wstring_view path, LONG mode, bool create, bool replace) {
+  switch (mode) {
+    case kForReading:
+      return file.open_to_read(path);
+    case kForWriting:
+      return file.open_to_write(path, create, replace);
+    case kForAppending:
+      return file.open_to_append(path, create);
+    default:
+      return raise(E_INVALIDARG, kSource, L"OpenTextFile: the mode is 1 (read), 2 (write) or 8 (append).");
+  }
+}
+
+HRESULT open_stream(BSTR path, LONG mode, bool create, bool replace, Scripting::ITextStream** stream) {
+  *stream = nullptr;
+  CComPtr<TextStream> made = make<TextStream>();
+  RETURN_IF_FAILED(open_file(made->file(), view_of(path), mode, create, replace));
+  *stream = made.detach();
+  return S_OK;
 }
 
 }  // namespace
@@ -36,26 +52,11 @@ std::span<const Member> FileSystem::members() {
 }
 
 HRESULT FileSystem::CreateTextFile(BSTR path, VARIANT_BOOL overwrite, VARIANT_BOOL, Scripting::ITextStream** stream) {
-  *stream = nullptr;
-  CComPtr<TextStream> made = make<TextStream>();
-  return give(made->file().open_to_write(view_of(path), true, overwrite != VARIANT_FALSE), made, stream);
+  return open_stream(path, kForWriting, true, overwrite != VARIANT_FALSE, stream);
 }
 
 HRESULT FileSystem::OpenTextFile(BSTR path, LONG mode, VARIANT_BOOL create, LONG, Scripting::ITextStream** stream) {
-  *stream = nullptr;
-  CComPtr<TextStream> made = make<TextStream>();
-  TextFile& file = made->file();
-  const bool may_create = create != VARIANT_FALSE;
-  switch (mode) {
-    case kForReading:
-      return give(file.open_to_read(view_of(path)), made, stream);
-    case kForWriting:
-      return give(file.open_to_write(view_of(path), may_create, true), made, stream);
-    case kForAppending:
-      return give(file.open_to_append(view_of(path), may_create), made, stream);
-    default:
-      return raise(E_INVALIDARG, kSource, L"OpenTextFile: the mode is 1 (read), 2 (write) or 8 (append).");
-  }
+  return open_stream(path, mode, create != VARIANT_FALSE, true, stream);
 }
 
 HRESULT FileSystem::FileExists(BSTR path, VARIANT_BOOL* exists) { return give(file_exists(view_of(path)), exists); }
