@@ -9,19 +9,6 @@ HRESULT convert(const VARIANT& argument, CComVariant& converted, VARTYPE vt) {
   return VariantChangeType(&converted, &argument, 0, vt);
 }
 
-// `field` is where a VARIANT of type `vt` holds its value. One of that type already is not converted.
-template <auto field, class Value>
-HRESULT read_scalar(const VARIANT& argument, VARTYPE vt, Value& value) {
-  if (argument.vt == vt) {
-    value = argument.*field;
-    return S_OK;
-  }
-  CComVariant converted;
-  RETURN_IF_FAILED(convert(argument, converted, vt));
-  value = converted.*field;
-  return S_OK;
-}
-
 }  // namespace
 
 HRESULT read_variant(const VARIANT& argument, CComVariant& keep, VARIANT& value) {
@@ -45,19 +32,22 @@ HRESULT read_text(const VARIANT& argument, CComVariant& keep, BSTR& value) {
   return S_OK;
 }
 
-HRESULT read_long(const VARIANT& argument, LONG& value) { return read_scalar<&VARIANT::lVal>(argument, VT_I4, value); }
-
-HRESULT read_long_long(const VARIANT& argument, LONGLONG& value) {
-  return read_scalar<&VARIANT::llVal>(argument, VT_I8, value);
+template <class Number>
+HRESULT read_number(const VARIANT& argument, Number& value) {
+  constexpr auto field = number_form<Number>.field;
+  if (argument.vt == number_form<Number>.type) {
+    value = argument.*field;
+    return S_OK;
+  }
+  CComVariant converted;
+  RETURN_IF_FAILED(convert(argument, converted, number_form<Number>.type));
+  value = converted.*field;
+  return S_OK;
 }
-
-HRESULT read_bool(const VARIANT& argument, VARIANT_BOOL& value) {
-  return read_scalar<&VARIANT::boolVal>(argument, VT_BOOL, value);
-}
-
-HRESULT read_double(const VARIANT& argument, double& value) {
-  return read_scalar<&VARIANT::dblVal>(argument, VT_R8, value);
-}
+template HRESULT read_number(const VARIANT&, LONG&);
+template HRESULT read_number(const VARIANT&, LONGLONG&);
+template HRESULT read_number(const VARIANT&, VARIANT_BOOL&);
+template HRESULT read_number(const VARIANT&, double&);
 
 HRESULT read_object(const VARIANT& argument, REFIID riid, void** object) {
   *object = nullptr;

@@ -64,6 +64,23 @@
 
 namespace korlib::detail {
 
+// The type of a VARIANT that holds such a number, and where it does.
+template <class Number>
+struct NumberForm {
+  VARTYPE type;
+  Number VARIANT::*field;
+};
+template <class Number>
+inline constexpr auto number_form = nullptr;  // no other number is a parameter
+template <>
+inline constexpr NumberForm<LONG> number_form<LONG>{VT_I4, &VARIANT::lVal};
+template <>
+inline constexpr NumberForm<LONGLONG> number_form<LONGLONG>{VT_I8, &VARIANT::llVal};
+template <>
+inline constexpr NumberForm<VARIANT_BOOL> number_form<VARIANT_BOOL>{VT_BOOL, &VARIANT::boolVal};
+template <>
+inline constexpr NumberForm<double> number_form<double>{VT_R8, &VARIANT::dblVal};
+
 // An argument as one of the types. `keep` holds what had to be made for it and must live as long as `value` is used,
 // which borrows from it or from the argument. DISP_E_PARAMNOTFOUND for an omitted one; otherwise what VariantChangeType
 // answers: DISP_E_TYPEMISMATCH, DISP_E_OVERFLOW, E_OUTOFMEMORY. After a failure `value` is as it was.
@@ -72,11 +89,9 @@ namespace korlib::detail {
 KORLIB_API HRESULT read_variant(const VARIANT& argument, CComVariant& keep, VARIANT& value);
 // The caller's own string when the argument is one, which costs nothing.
 KORLIB_API HRESULT read_text(const VARIANT& argument, CComVariant& keep, BSTR& value);
-// Numbers and booleans. The value itself is taken where it has the type already.
-KORLIB_API HRESULT read_long(const VARIANT& argument, LONG& value);
-KORLIB_API HRESULT read_long_long(const VARIANT& argument, LONGLONG& value);
-KORLIB_API HRESULT read_bool(const VARIANT& argument, VARIANT_BOOL& value);
-KORLIB_API HRESULT read_double(const VARIANT& argument, double& value);
+// Numbers and booleans, those that number_form names. The value itself is taken where it has the type already.
+template <class Number>
+KORLIB_API HRESULT read_number(const VARIANT& argument, Number& value);
 // A counted reference in *object, for the caller to release; null for VT_EMPTY, VT_NULL and a null object, and after a
 // failure. DISP_E_TYPEMISMATCH for what is not an object, or is one without that interface.
 KORLIB_API HRESULT read_object(const VARIANT& argument, REFIID riid, void** object);
@@ -88,20 +103,13 @@ template <class Parameter>
 struct Slot;
 
 // Copied out of the argument: nothing is kept.
-template <class Number, HRESULT (*read)(const VARIANT&, Number&)>
-struct NumberSlot {
+template <class Number>
+requires std::is_arithmetic_v<Number>
+struct Slot<Number> {
   Number value{};
-  HRESULT load(const Arguments& arguments, UINT index) { return read(arguments[index], value); }
+  HRESULT load(const Arguments& arguments, UINT index) { return read_number(arguments[index], value); }
   void load_default(LONG number) { value = static_cast<Number>(number); }
 };
-template <>
-struct Slot<LONG> : NumberSlot<LONG, read_long> {};
-template <>
-struct Slot<LONGLONG> : NumberSlot<LONGLONG, read_long_long> {};
-template <>
-struct Slot<VARIANT_BOOL> : NumberSlot<VARIANT_BOOL, read_bool> {};
-template <>
-struct Slot<double> : NumberSlot<double, read_double> {};
 
 // Null where an optional one is left out, and where the caller's own string is null: both read as empty text.
 template <>
@@ -158,23 +166,15 @@ struct Slot<Interface*> {
 template <class Value>
 struct Out;
 
-// A number's type of VARIANT, and the field that holds it there.
-template <class Number, VARTYPE type, Number VARIANT::*field>
-struct NumberOut {
+template <class Number>
+requires std::is_arithmetic_v<Number>
+struct Out<Number> {
   Number value{};
   void move_to(VARIANT* result) {
-    result->vt = type;
-    result->*field = value;
+    result->vt = number_form<Number>.type;
+    result->*number_form<Number>.field = value;
   }
 };
-template <>
-struct Out<LONG> : NumberOut<LONG, VT_I4, &VARIANT::lVal> {};
-template <>
-struct Out<LONGLONG> : NumberOut<LONGLONG, VT_I8, &VARIANT::llVal> {};
-template <>
-struct Out<VARIANT_BOOL> : NumberOut<VARIANT_BOOL, VT_BOOL, &VARIANT::boolVal> {};
-template <>
-struct Out<double> : NumberOut<double, VT_R8, &VARIANT::dblVal> {};
 
 // Any value, of whatever type the function chose; VT_EMPTY when it wrote none.
 template <>
