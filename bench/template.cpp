@@ -5,32 +5,19 @@
 
 #include <korlib/comvariant.h>
 
+#include "support/still.h"
+#include "support/unused_members.h"
 #include "templator/templator_concept.h"
 
 namespace {
 
 // As a response does it: a copy of each text behind the last.
-class Sink final : public IStream {
+class Sink final : public test::Still<IStream, test::UnusedRawStream> {
  public:
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<IStream, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return 2; }
-  ULONG Release() override { return 1; }
-  HRESULT Read(void*, ULONG, ULONG*) override { return E_NOTIMPL; }
   HRESULT Write(const void* data, ULONG bytes, ULONG*) override {
     text.append(static_cast<const wchar_t*>(data), bytes / sizeof(wchar_t));
     return S_OK;
   }
-  HRESULT Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override { return E_NOTIMPL; }
-  HRESULT SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
-  HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
-  HRESULT Commit(DWORD) override { return E_NOTIMPL; }
-  HRESULT Revert() override { return E_NOTIMPL; }
-  HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
-  HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
-  HRESULT Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
-  HRESULT Clone(IStream**) override { return E_NOTIMPL; }
 
   std::wstring text;
 };

@@ -5,21 +5,14 @@
 
 #include "frame/script_event.h"
 #include "support/failing_allocations.h"
+#include "support/still.h"
 
 namespace test {
 namespace {
 
 // Counts its calls, and looks at nothing.
-class Counting final : public IDispatch {
+class Counting final : public StillDispatch<> {
  public:
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<IDispatch, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return 2; }
-  ULONG Release() override { return 1; }
-  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
   HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
     ++calls;
     return S_OK;

@@ -11,7 +11,7 @@
 #include <korlib/comvariant.h>
 #include <korlib/ptr.h>
 
-#include "support/unused_stream.h"
+#include "support/unused_members.h"
 #include "templator/text_templator_impl.h"
 
 namespace {

@@ -13,32 +13,13 @@
 #include <korlib/activation.h>
 #include <korlib/comvariant.h>
 
+#include "support/still.h"
+#include "support/unused_members.h"
+
 namespace test {
 namespace {
 
 namespace asp = ZeltoTypeLibrary;
-
-// An object that lives on the test's stack, is not counted, and is called by its own interface only.
-template <class Interface>
-class Still : public Interface {
- public:
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<Interface, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return 2; }
-  ULONG Release() override { return 1; }
-};
-
-template <class Interface>
-class StillDispatch : public Still<Interface> {
- public:
-  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return DISP_E_UNKNOWNNAME; }
-  HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-    return DISP_E_MEMBERNOTFOUND;
-  }
-};
 
 class Server final : public StillDispatch<asp::IServer> {
  public:
@@ -58,17 +39,12 @@ class Application final : public StillDispatch<asp::IApplicationObject> {
   HRESULT get_Contents(asp::IVariantDictionary**) override { return E_NOTIMPL; }
 };
 
-class Response final : public StillDispatch<asp::IResponse> {
+class Response final : public UnusedResponse<StillDispatch<asp::IResponse>> {
  public:
   HRESULT Write(VARIANT text) override {
     written += korlib::view_of(text.bstrVal);
     return S_OK;
   }
-  HRESULT BinaryWrite(VARIANT) override { return E_NOTIMPL; }
-  HRESULT AddHeader(BSTR, BSTR) override { return E_NOTIMPL; }
-  HRESULT AppendToLog(BSTR) override { return E_NOTIMPL; }
-  HRESULT get_Status(BSTR*) override { return E_NOTIMPL; }
-  HRESULT put_Status(BSTR) override { return E_NOTIMPL; }
   HRESULT get_CodePage(LONG* page) override {
     *page = code_page;
     return S_OK;

@@ -1,11 +1,12 @@
 // Calls as an automation object receives them, flag by flag.
+#include "support/still.h"
 #include "zelto/script/script_fixture.h"
 
 namespace test {
 namespace {
 
 // Takes down every call. `Value` can be read; `Method` cannot, as a method answers; `Item` needs an argument.
-class Recorder final : public IDispatch {
+class Recorder final : public StillDispatch<> {
  public:
   enum Id : DISPID { item = DISPID_VALUE, value = 1, method = 2 };
   struct Call {
@@ -15,17 +16,6 @@ class Recorder final : public IDispatch {
     bool puts;                           // the first of what was handed over is named DISPID_PROPERTYPUT
   };
 
-  virtual ~Recorder() = default;
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<IDispatch, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return 2; }
-  ULONG Release() override { return 1; }
-  HRESULT GetTypeInfoCount(UINT* count) override {
-    *count = 0;
-    return S_OK;
-  }
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
   HRESULT GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
     const std::wstring_view name(names[0]);
     *ids = name == L"Value" ? value : name == L"Method" ? method : name == L"Item" ? item : DISPID_UNKNOWN;

@@ -1,27 +1,16 @@
 // What native code holds of the script while the engine collects its garbage.
+#include "support/still.h"
 #include "zelto/script/script_fixture.h"
 
 namespace test {
 namespace {
 
 // A script cannot be handed this object without the engine collecting everything that nobody holds.
-struct Collecting final : IDispatch {
+struct Collecting final : StillDispatch<> {
   explicit Collecting(JSContextRef any) : context(any) {}
-  virtual ~Collecting() = default;
   HRESULT QueryInterface(REFIID riid, void** ppv) override {
     JSSynchronousGarbageCollectForDebugging(context);
-    return korlib::query_list<IDispatch, IUnknown>(this, riid, ppv);
-  }
-  ULONG AddRef() override { return 2; }
-  ULONG Release() override { return 1; }
-  HRESULT GetTypeInfoCount(UINT* count) override {
-    *count = 0;
-    return S_OK;
-  }
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return DISP_E_UNKNOWNNAME; }
-  HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-    return DISP_E_MEMBERNOTFOUND;
+    return StillDispatch::QueryInterface(riid, ppv);
   }
   JSContextRef context;
 };

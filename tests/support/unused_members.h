@@ -1,7 +1,8 @@
-// A stream whose members are not expected to be called; a fake overrides those that are.
+// Interfaces whose members are not expected to be called; a fake overrides those that are.
 #pragma once
 
 #include <korlib/adostream.h>
+#include <korlib/stream.h>
 
 namespace test {
 
@@ -40,6 +41,38 @@ class UnusedStream : public IKorLibStream {
 
  protected:
   ~UnusedStream() = default;
+};
+
+class UnusedRawStream : public IStream {
+ public:
+  HRESULT Read(void*, ULONG, ULONG*) override { return E_NOTIMPL; }
+  HRESULT Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+  HRESULT SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
+  HRESULT CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+  HRESULT Commit(DWORD) override { return E_NOTIMPL; }
+  HRESULT Revert() override { return E_NOTIMPL; }
+  HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+  HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+  HRESULT Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
+  HRESULT Clone(IStream**) override { return E_NOTIMPL; }
+
+ protected:
+  ~UnusedRawStream() = default;
+};
+
+// `Response` is IResponse, or what implements its base.
+template <class Response>
+class UnusedResponse : public Response {
+ public:
+  HRESULT BinaryWrite(VARIANT) override { return E_NOTIMPL; }
+  HRESULT AddHeader(BSTR, BSTR) override { return E_NOTIMPL; }
+  HRESULT AppendToLog(BSTR) override { return E_NOTIMPL; }
+  HRESULT get_Status(BSTR*) override { return E_NOTIMPL; }
+  HRESULT put_Status(BSTR) override { return E_NOTIMPL; }
+  HRESULT get_CodePage(LONG*) override { return E_NOTIMPL; }
+
+ protected:
+  ~UnusedResponse() = default;
 };
 
 }  // namespace test
