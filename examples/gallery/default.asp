@@ -51,7 +51,7 @@ function OnCommand_Upload() {
       store.add(file, kind, about);
       say("done", strong(name) + " was added.");
     } else {
-      say("refused", strong(name) + " is no picture: PNG, JPEG and GIF can be shown.");
+      say("refused", strong(name) + " is not a PNG, JPEG or GIF picture.");
     }
   });
   mirt.Redirect("default.asp");

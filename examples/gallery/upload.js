@@ -1,6 +1,5 @@
 // Sends the form in the background to show how far it is, and the names of the files as they are: in the
-// header of a part a browser has to write some characters in another way. Without scripts the form posts
-// itself.
+// header of a part a browser must escape some characters. Without scripts the form posts itself.
 document.addEventListener("submit", (event) => {
   const form = event.target;
   if (form.id !== "upload") return;

@@ -16,7 +16,7 @@ HRESULT hand_out(const CComPtr<IRequestDictionary>& fields, IDispatch** out) {
   return fields ? fields.query(out) : E_FAIL;
 }
 
-// Found is a list of values with something in it.
+// A field is found if it is a list with at least one value.
 bool find_in(IRequestDictionary* fields, BSTR name, CComVariant* value) {
   if (!fields || !mirt::succeeded_or_forgotten(fields->get_Item(korlib::borrowed(name), value->put()))) return false;
   if (value->vt != VT_DISPATCH) return false;

@@ -103,8 +103,8 @@ test('a file of another type is refused and the others are added', () => inGalle
   await browser.click('#upload button');
   await browser.wait('figure');
   assert.deepEqual(await browser.textsOf('#notices .refused'), [
-    'notes.png is no picture: PNG, JPEG and GIF can be shown.',
-    'empty.png is no picture: PNG, JPEG and GIF can be shown.',
+    'notes.png is not a PNG, JPEG or GIF picture.',
+    'empty.png is not a PNG, JPEG or GIF picture.',
   ]);
   assert.deepEqual(await browser.textsOf('#notices .done'), ['dot.png was added.']);
   assert.deepEqual(await browser.textsOf('figcaption'), ['dot.png · 1 KiB\nDownload\nDelete'], 'its name once');

@@ -313,7 +313,7 @@ HRESULT create_at_depth(int depth) {
   if (FAILED(hr)) return hr;
   static_cast<IUnknown*>(object)->Release();
   if (depth == 0) return S_OK;
-  volatile HRESULT below = create_at_depth(depth - 1);  // read again, so that this is no tail call
+  volatile HRESULT below = create_at_depth(depth - 1);  // read again, so that this does not become a tail call
   return below;
 }
 

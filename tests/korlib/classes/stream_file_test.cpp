@@ -68,7 +68,7 @@ TEST_F(StreamFile, NamesTheFileThatItCannotLoad) {
   EXPECT_EQ(10, number(L"Size"));
 }
 
-// Permissions do not bind root, who is somebody else for the time of this object.
+// Root may read and write everything, so the test runs as another user while this object lives.
 class WithoutPrivileges {
  public:
   WithoutPrivileges() : before_(geteuid()) {

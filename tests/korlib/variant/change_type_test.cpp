@@ -55,7 +55,7 @@ TEST(ChangeType, TakesAnyBitOfABooleanAsTrue) {
 
 TEST(ChangeType, ReadsNumbersInText) {
   Row row = small(text(L" 5 "), 5, L" 5 ");
-  row.date_ = Cell(kMismatch);  // a number is no date
+  row.date_ = Cell(kMismatch);  // a number is not a date
   expect_row(row);
   Row minus = negative(text(L"-5"), -5, L"-5");
   minus.date_ = Cell(kMismatch);
@@ -206,7 +206,7 @@ TEST(ChangeType, KeepsTheBitsBetweenIntegersOfOneSize) {
     expect_change(pair.with_sign, pair.without.vt, pair.without);
     expect_change(pair.without, pair.with_sign.vt, pair.with_sign);
   }
-  // Of any other size, and from numbers that are no integers, a value has to fit.
+  // Of any other size, and from numbers that are not integers, a value has to fit.
   expect_change(ui4(0x80004005), VT_I2, kOver);
   expect_change(ui4(0x80004005), VT_I8, i8(0x80004005));
   expect_change(i2(-1), VT_UI4, kOver);

@@ -28,7 +28,7 @@ HRESULT read(std::wstring_view source, CComVariant* target) {
   return VariantChangeType(target, &value, 0, VT_DATE);
 }
 
-// Nothing for text that is no date; that has a code of its own.
+// Nothing for text that is not a date, which has its own code.
 std::optional<DATE> date_of(std::wstring_view source) {
   CComVariant target;
   const HRESULT hr = read(source, &target);

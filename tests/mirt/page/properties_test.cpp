@@ -162,7 +162,7 @@ TEST_F(Binding, NeedsNoSession) {
   EXPECT_EQ(S_OK, create());
 }
 
-// What a host gets that uses an object which could not be bound.
+// What a host gets when it uses an object that could not be bound.
 TEST_F(Binding, AnUnboundPageFailsCleanly) {
   CComPtr<IClassFactory> factory;
   ASSERT_EQ(S_OK, module_.class_object(L"Mirt", factory.put()));

@@ -82,7 +82,7 @@ TEST_F(TemplateFiles, BehindALinkThatLeavesTheFolderAreRefused) {
   EXPECT_EQ(L"<code 80004005>Template file can't obtain.[" + secret + L"]", draw_file(L"link"));
 }
 
-// By its canonical form, whatever it is written like; a path that is not there counts as it is written.
+// By its canonical form, however it is written; a path that does not exist counts as it is written.
 TEST_F(TemplateFiles, ThePermittedFolderMayBeWrittenInOtherWays) {
   file("tpl/sub/in.html", "in");
   std::filesystem::create_directory_symlink(folder() / "tpl", folder() / "link");
@@ -264,8 +264,8 @@ TEST_F(TemplateFiles, ReplayWholeRunsFromTheCacheAndSingleCharactersWithout) {
   EXPECT_EQ((fake::Texts{L"a", L"b", L"c", L"c", L"d"}), asp_.response->writes);
 }
 
-// The cache is asked by the composed path. Its backslashes are no separators to a host that supplies no
-// file functions of its own, so no time is ever compared there and an entry stays.
+// The cache is asked by the composed path. A host without file functions of its own does not take backslashes for
+// separators and cannot open it, so no time is ever compared there and an entry stays.
 TEST_F(TemplateFiles, StayInTheCacheWhereTheHostCannotTellTheirTime) {
   file("t.html", "old");
   EXPECT_EQ(L"old", draw_file(L"t"));

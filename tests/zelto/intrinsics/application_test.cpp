@@ -58,7 +58,7 @@ TEST_F(Application, LetsGoOfTheLockWithThePage) {
 }
 
 TEST_F(Application, CountsRightUnderItsLock) {
-  // Who waits is told; otherwise this takes a day.
+  // A waiting thread is woken when the lock is free; if it were not, this would take a day.
   state = std::make_shared<zelto::ApplicationState>(24h);
   put(page().get(), L"Value", L"n", 0);
   std::vector<std::thread> threads;

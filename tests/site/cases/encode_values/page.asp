@@ -1,5 +1,5 @@
 <%
-// What is missing is no text, for the encoders too.
+// A missing value is not a text, for the encoders too.
 var connection = Server.CreateObject("ADODB.Connection");
 connection.Open("Driver=SQLite3;Database=:memory:");
 var row = connection.Execute("SELECT NULL AS note, '<b>' AS name, x'0041FF' AS picture");

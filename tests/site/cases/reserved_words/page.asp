@@ -1,5 +1,5 @@
 <%
-// Words of the language are no names that a page declares, also where it declares some with let.
+// Words of the language are not names that a page declares, also where it declares some with let.
 let declared = "yes";
 const fixed = 1;
 class Shape {}
