@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <korlib/combstr.h>
+#include <korlib/types.h>
 
 namespace zelto::language {
 
@@ -39,11 +40,18 @@ struct Program {
 
 // Where the script's author finds what the engine finds at a line and column (from 1; 0 is unknown).
 struct SourcePlace {
-  std::string file;
-  int line;
-  int column;
+  std::string file;  // the .asp or included file; empty when unknown
+  int line = 0;      // from 1; 0 when unknown
+  int column = 0;    // from 1; 0 when unknown
 };
 SourcePlace source_place(const Program& program, int line, int column);
+
+// What is wrong with a script, in words, and where in its source.
+struct ScriptError : SourcePlace {
+  std::wstring message;  // without the kind of error in front, unless the script threw no Error
+  std::wstring source;   // whose error it is: that of a component such as "Mirt", or the error's name
+  HRESULT number = 0;    // the failing result, or the error's own `number`
+};
 
 // A program from a piece of script: assignments to calls of automation objects, methods named without
 // parentheses and `throw` are rewritten (rewriter.h); lines stay where they are. Syntax errors show when

@@ -8,7 +8,6 @@
 #include <unordered_map>
 
 #include "language/program.h"
-#include "language/script_error.h"
 #include "pages/page_compiler.h"
 
 namespace zelto {

@@ -71,19 +71,6 @@ int to_int(std::string_view digits) {
   return error == std::errc() && end == digits.data() + digits.size() ? value : 0;
 }
 
-void place_like(const ScriptError& other, ScriptError* out) {
-  out->file = other.file;
-  out->line = other.line;
-  out->column = other.column;
-}
-
-void place(const language::Program& program, int line, int column, ScriptError* out) {
-  language::SourcePlace found = language::source_place(program, line, column);
-  out->file = std::move(found.file);
-  out->line = found.line;
-  out->column = found.column;
-}
-
 }  // namespace
 
 void ErrorReports::begin_run() {
@@ -120,7 +107,7 @@ bool ErrorReports::read(JSValueRef exception, ScriptError* out) const {
     out->message = language::as_written(std::move(out->message));
     return true;
   }
-  ScriptError known{out->message, {}, S_OK, {}, 0, 0};
+  ScriptError known{{}, out->message, {}, S_OK};
   put_into_words(JSValueIsString(context_, name) ? text_of(context_, name) : std::wstring(), &known);
   out->message = std::move(known.message);
   if (FAILED(known.number)) out->number = known.number;
@@ -130,40 +117,34 @@ bool ErrorReports::read(JSValueRef exception, ScriptError* out) const {
 ScriptError ErrorReports::describe(JSValueRef exception) const {
   ScriptError error;
   read(exception, &error);
+  language::SourcePlace& place = error;
   if (!JSValueIsObject(context_, exception)) {
-    if (thrown_at_) place_like(*thrown_at_, &error);
+    if (thrown_at_) place = *thrown_at_;
     return error;
   }
   auto* object = object_of(exception);
   if (JSValueRef name = property(context_, object, "name"); error.source.empty() && JSValueIsString(context_, name)) {
     error.source = text_of(context_, name);
   }
-  if (!JSValueIsString(context_, property(context_, object, "stack")) && thrown_at_) place_like(*thrown_at_, &error);
+  if (!JSValueIsString(context_, property(context_, object, "stack")) && thrown_at_) place = *thrown_at_;
   // The place is where the first of a chain of errors arose.
   JSValueRef link = exception;
   for (int i = 0; i < kMostCauses && JSValueIsObject(context_, link); ++i) {
-    locate(link, &error);
+    locate(link, &place);
     link = property(context_, object_of(link), "cause");
   }
-  if (thrown_at_ && !JSValueIsObject(context_, link) && !JSValueIsUndefined(context_, link)) {
-    place_like(*thrown_at_, &error);
-  }
+  if (thrown_at_ && !JSValueIsObject(context_, link) && !JSValueIsUndefined(context_, link)) place = *thrown_at_;
   return error;
 }
 
 ScriptError ErrorReports::describe_syntax(const language::Program& program, const ParsedScript& parsed) {
-  ScriptError error;
-  error.message = parsed.message();
-  error.source = L"SyntaxError";
-  error.number = E_FAIL;
-  place(program, parsed.line(), 0, &error);
-  return error;
+  return {language::source_place(program, parsed.line(), 0), parsed.message(), L"SyntaxError", E_FAIL};
 }
 
 // The first frame of the stack that is of a program of this realm: "name@url:line:column".
-bool ErrorReports::locate(JSValueRef error, ScriptError* out) const {
+void ErrorReports::locate(JSValueRef error, language::SourcePlace* out) const {
   JSValueRef stack = property(context_, object_of(error), "stack");
-  if (!JSValueIsString(context_, stack)) return false;
+  if (!JSValueIsString(context_, stack)) return;
   const std::string text = to_utf8(text_of(context_, stack));
   for (std::size_t begin = 0; begin < text.size();) {
     const std::size_t end = std::min(text.find('\n', begin), text.size());
@@ -177,16 +158,15 @@ bool ErrorReports::locate(JSValueRef error, ScriptError* out) const {
          at = frame.find('@', at + 1)) {
       const auto program = programs_.find(std::string(frame.substr(at + 1, line_colon - at - 1)));
       if (program == programs_.end()) continue;
-      place(*program->second, to_int(frame.substr(line_colon + 1, column_colon - line_colon - 1)),
-            to_int(frame.substr(column_colon + 1)), out);
-      return true;
+      const int line = to_int(frame.substr(line_colon + 1, column_colon - line_colon - 1));
+      *out = language::source_place(*program->second, line, to_int(frame.substr(column_colon + 1)));
+      return;
     }
   }
-  return false;
 }
 
-ScriptError ErrorReports::here() const {
-  ScriptError place;
+language::SourcePlace ErrorReports::here() const {
+  language::SourcePlace place;
   if (JSObjectRef error = JSObjectMakeError(context_, 0, nullptr, nullptr)) locate(error, &place);
   return place;
 }
@@ -196,12 +176,12 @@ void ErrorReports::note_throw(JSValueRef value) {
   if (JSValueIsObject(context_, value) && JSValueIsString(context_, property(context_, object_of(value), "stack"))) {
     return;
   }
-  ScriptError place = here();
-  if (!place.file.empty()) thrown_at_ = std::make_unique<ScriptError>(std::move(place));
+  language::SourcePlace place = here();
+  if (!place.file.empty()) thrown_at_ = std::move(place);
 }
 
 void ErrorReports::note_rejection(JSValueRef reason) {
-  if (!rejection_) rejection_ = std::make_unique<ScriptError>(describe(reason));
+  if (!rejection_) rejection_ = describe(reason);
 }
 
 }  // namespace zelto::script

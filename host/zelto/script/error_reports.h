@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -31,23 +32,23 @@ class ErrorReports {
   // Of an error of the engine, with its message: that as the page's author would have it, and the number that older
   // pages know, or 0.
   void put_into_words(std::wstring_view name, ScriptError* error) const;
-  // The place that the script has reached; nothing but that is set.
-  ScriptError here() const;
+  // The place that the script has reached.
+  language::SourcePlace here() const;
 
   // Where something that is no Error was thrown.
   void note_throw(JSValueRef value);
   // A promise was rejected and nothing handles that: the first is the page's error.
   void note_rejection(JSValueRef reason);
-  const ScriptError* rejection() const noexcept { return rejection_.get(); }
+  const std::optional<ScriptError>& rejection() const noexcept { return rejection_; }
 
  private:
-  bool locate(JSValueRef error, ScriptError* out) const;
+  void locate(JSValueRef error, language::SourcePlace* out) const;
 
   JSContextRef context_;
   const MissingMember& missing_;
   std::unordered_map<std::string, std::shared_ptr<const language::Program>> programs_;  // by what stacks call them
-  std::unique_ptr<ScriptError> thrown_at_;  // the place of the last throw that was of no Error
-  std::unique_ptr<ScriptError> rejection_;
+  std::optional<language::SourcePlace> thrown_at_;  // the place of the last throw that was of no Error
+  std::optional<ScriptError> rejection_;
 };
 
 }  // namespace zelto::script

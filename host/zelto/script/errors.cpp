@@ -54,7 +54,7 @@ Raised Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception
   const ErrorText text = take_error();
   if (hr == kOutOfStack) return raise_out_of_stack(exception);
   const DepartedException::Departure& departed = engine_.departed().last();
-  ScriptError failure{text.description, text.source, hr, {}, 0, 0};
+  ScriptError failure{{}, text.description, text.source, hr};
   if (passes_on(departed, hr, text)) failure = departed.words;
   if (failure.message.empty()) failure.message = words_for(hr, member);
   JSObjectRef error = make(ErrorKind::plain, failure.message, failure.number);

@@ -17,7 +17,7 @@ void Globals::set_output(IDispatch* response) {
 
 void Globals::log(std::wstring_view level, std::wstring_view text) const {
   if (!log_) return;
-  const ScriptError here = reports_.here();
+  const language::SourcePlace here = reports_.here();
   log_({to_utf8(level), to_utf8(text), here.file, here.line});
 }
 

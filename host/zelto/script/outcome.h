@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "language/script_error.h"
+#include "language/program.h"
 
 namespace zelto::script {
 

@@ -81,7 +81,7 @@ Outcome Realm::outcome_of(JSValueRef exception) {
   engine_.release_buried();
   if (engine_.watchdog().is_unwinding()) return {engine_.watchdog().ending(), {}};
   if (exception) return {Outcome::failed, reports_.describe(exception)};
-  if (const ScriptError* rejection = reports_.rejection()) return {Outcome::failed, *rejection};
+  if (reports_.rejection()) return {Outcome::failed, reports_.rejection()};
   return {};
 }
 
