@@ -1,15 +1,73 @@
 #include "script/errors.h"
 
+#include <fmt/xchar.h>
+#include <korlib/combstr.h>
 #include <korlib_host/errors.h>
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
-#include "script/error_text.h"
 #include "script/stack.h"
 #include "script/text.h"
 
 namespace zelto::script {
 namespace {
+
+struct Row {
+  HRESULT code;
+  const wchar_t* text;
+};
+constexpr std::array kTexts{
+    Row{DISP_E_UNKNOWNNAME, L"Object doesn't support this property or method"},
+    Row{DISP_E_MEMBERNOTFOUND, L"Object doesn't support this property or method"},
+    Row{DISP_E_PARAMNOTFOUND, L"Argument missing"},
+    Row{DISP_E_BADPARAMCOUNT, L"Wrong number of arguments"},
+    Row{DISP_E_TYPEMISMATCH, L"Type mismatch"},
+    Row{DISP_E_OVERFLOW, L"Overflow"},
+    Row{DISP_E_BADINDEX, L"Subscript out of range"},
+    Row{DISP_E_BADVARTYPE, L"Invalid value type"},
+    Row{DISP_E_DIVBYZERO, L"Division by zero"},
+    Row{DISP_E_EXCEPTION, L"Exception occurred"},
+    Row{DISP_E_ARRAYISLOCKED, L"The array is locked"},
+    Row{E_NOTIMPL, L"Not implemented"},
+    Row{E_NOINTERFACE, L"No such interface supported"},
+    Row{E_POINTER, L"Invalid pointer"},
+    Row{E_ABORT, L"Operation aborted"},
+    Row{E_FAIL, L"Unspecified error"},
+    Row{E_UNEXPECTED, L"Unexpected failure"},
+    Row{E_ACCESSDENIED, L"Access is denied"},
+    Row{E_OUTOFMEMORY, L"Out of memory"},
+    Row{E_INVALIDARG, L"Invalid argument"},
+    Row{REGDB_E_CLASSNOTREG, L"Class not registered"},
+    Row{CO_E_CLASSSTRING, L"Invalid class string"},
+    Row{CO_E_DLLNOTFOUND, L"The component's library was not found"},
+    Row{CO_E_ERRORINDLL, L"The component's library is damaged"},
+    Row{CLASS_E_CLASSNOTAVAILABLE, L"The component does not have this class"},
+    Row{kOutOfStack, L"Out of stack space"},
+    Row{kPageStopped, L"The page has ended"},
+};
+
+std::wstring words_of(HRESULT hr) {
+  const auto row = std::ranges::find(kTexts, hr, &Row::code);
+  return row == kTexts.end() ? L"Automation error" : row->text;
+}
+
+struct ErrorText {
+  std::wstring source;
+  std::wstring description;  // empty: the failing member said nothing
+  CComPtr<IErrorInfo> info;  // the object that said it
+};
+
+// Moves the thread's error object out.
+ErrorText take_error() {
+  ErrorText text;
+  if (GetErrorInfo(0, text.info.put()) != S_OK || !text.info) return text;
+  CComBSTR part;
+  if (SUCCEEDED(text.info->GetSource(part.put()))) text.source = part.view();
+  if (SUCCEEDED(text.info->GetDescription(part.put()))) text.description = part.view();
+  return text;
+}
 
 // The result that stands for an error of that number. Two codes are answers to whoever asks for a member,
 // not failures of it: "read it as a function" and "the page is being left".
@@ -26,8 +84,13 @@ bool passes_on(const DepartedException::Departure& departed, HRESULT hr, const E
 
 }  // namespace
 
+std::wstring describe(HRESULT hr, std::wstring words, std::wstring_view member) {
+  if (!member.empty()) words.append(L": '").append(member).append(L"'");
+  return words + fmt::format(L" (0x{:08X})", static_cast<unsigned>(hr));
+}
+
 void Errors::begin_call() {
-  clear_error();
+  SetErrorInfo(0, nullptr);
   engine_.departed().forget();
   unknown_name_.clear();
 }
@@ -66,7 +129,7 @@ Raised Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception
 }
 
 std::wstring Errors::words_for(HRESULT hr, std::wstring_view member) const {
-  if (hr != DISP_E_UNKNOWNNAME || unknown_name_.empty()) return describe(hr, member);
+  if (hr != DISP_E_UNKNOWNNAME || unknown_name_.empty()) return describe(hr, words_of(hr), member);
   return describe(hr, L"The script does not declare '" + to_wide(unknown_name_) + L"'", member);
 }
 

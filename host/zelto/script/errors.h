@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include <korlib/errorinfo.h>
+
 #include "script/engine.h"
 #include "script/error_reports.h"
 #include "script/prelude.h"
@@ -15,6 +17,9 @@ struct Raised {
   operator JSValueRef() const noexcept { return nullptr; }
   operator bool() const noexcept { return false; }
 };
+
+// "Type mismatch: 'name' (0x80020005)", of those words.
+std::wstring describe(HRESULT hr, std::wstring words, std::wstring_view member);
 
 // Makes the errors of one realm. Where a function raises, *exception is not null afterwards.
 class Errors {

@@ -2,7 +2,6 @@
 
 #include "script/automation_member.h"
 #include "script/automation_object.h"
-#include "script/error_text.h"
 #include "script/realm.h"
 #include "script/script_builtins.h"
 

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include <korlib/hresult.h>
 #include <korlib/ptr.h>
 
 #include "script/jsc.h"
@@ -11,6 +12,9 @@ namespace zelto::script {
 
 class Engine;
 class Realm;
+
+// A wrapper was used after its page, on either side of the border.
+inline constexpr HRESULT kDisconnected = korlib::hresult(0x80010108);
 
 // A node of the realm's list of everything held. The realm lets go of the references when it ends; the
 // node itself goes when the engine has collected its object, on the engine's thread.

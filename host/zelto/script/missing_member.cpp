@@ -7,7 +7,7 @@
 #include <korlib/typeinfo.h>
 
 #include "language/name_distance.h"
-#include "script/error_text.h"
+#include "script/errors.h"
 #include "script/text.h"
 
 namespace zelto::script {

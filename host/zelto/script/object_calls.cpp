@@ -6,7 +6,6 @@
 #include <korlib_host/errors.h>
 
 #include "script/automation_object.h"
-#include "script/error_text.h"
 #include "script/realm.h"
 #include "script/stack.h"
 

@@ -4,7 +4,6 @@
 
 #include "script/automation_member.h"
 #include "script/automation_object.h"
-#include "script/error_text.h"
 #include "script/realm.h"
 
 namespace zelto::script {
@@ -26,7 +25,7 @@ JSValueRef entry(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count, 
 JSValueRef write(Realm& realm, const VARIANT& value, JSValueRef* exception) {
   CComPtr<ZeltoTypeLibrary::IResponse> output(realm.globals().output());
   if (!output) return realm.errors().raise_text(L"This script has no page to write to", E_UNEXPECTED, exception);
-  clear_error();
+  SetErrorInfo(0, nullptr);
   const HRESULT hr = output->Write(value);
   realm.errors().check(hr, L"Write", exception);
   return nullptr;
@@ -120,7 +119,7 @@ JSValueRef create(Realm& realm, std::size_t count, const JSValueRef* values, JSV
   if (*exception) return nullptr;
   CComBSTR name;
   if (text.get()) name.attach(new_bstr(text.view()));
-  clear_error();
+  SetErrorInfo(0, nullptr);
   CComPtr<IDispatch> object;
   const HRESULT hr = create_object(realm, name, &object);
   if (!realm.errors().check(hr, name.view(), exception)) return nullptr;

@@ -4,7 +4,6 @@
 #include <korlib_host/errors.h>
 
 #include "script/call_arguments.h"
-#include "script/error_text.h"
 #include "script/stack.h"
 
 namespace zelto::script {
@@ -100,7 +99,7 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
   const CComPtr<IDispatch> alive(this);
   Engine& engine = realm_->engine();
   const Engine::Run run(engine);
-  clear_error();  // words of a failure that the caller went on from
+  SetErrorInfo(0, nullptr);  // words of a failure that the caller went on from
   HRESULT hr = E_OUTOFMEMORY;
   try {
     hr = dispatch(id, flags, params, result);
