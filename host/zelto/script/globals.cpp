@@ -1,5 +1,8 @@
 #include "script/globals.h"
 
+#include <string>
+
+#include "language/lexemes.h"
 #include "script/text.h"
 
 namespace zelto::script {
@@ -10,15 +13,44 @@ void Globals::set_object(std::wstring_view name, IDispatch* object) {
   if (name == L"Server") server_ = object;
 }
 
-void Globals::set_output(IDispatch* response) {
-  output_.reset();
-  if (response) response->QueryInterface(korlib::iid_of<ZeltoTypeLibrary::IResponse>, output_.put_void());
-}
-
 void Globals::log(std::wstring_view level, std::wstring_view text) const {
   if (!log_) return;
   const language::SourcePlace here = reports_.here();
   log_({to_utf8(level), to_utf8(text), here.file, here.line});
+}
+
+bool Globals::declares(const JsString& name, bool* is_lexical) const {
+  *is_lexical = false;
+  if (JSObjectHasProperty(context_, object_, name.get()) && is_enumerable(name)) return true;
+  if (!has_lexical_) return false;
+  JSValueRef exception = nullptr;
+  *is_lexical = lexical_value(name, &exception) && !exception;
+  return *is_lexical;
+}
+
+// The engine's own globals, and the host's objects, are not enumerable; what a script declares is.
+bool Globals::is_enumerable(const JsString& name) const {
+  JSValueRef function = property(context_, prelude_.object_prototype(), "propertyIsEnumerable");
+  if (!JSValueIsObject(context_, function)) return false;
+  JSValueRef argument = JSValueMakeString(context_, name.get());
+  JSValueRef answer = JSObjectCallAsFunction(context_, object_of(function), object_, 1, &argument, nullptr);
+  return answer && JSValueToBoolean(context_, answer);
+}
+
+// `typeof` a name tells a declared one from a global of the engine only by where it lives, so the
+// question is asked of a name that the global object does not have. Clients' field names are looked up as well: only
+// what can stand as a name in source text is put there.
+JSValueRef Globals::lexical_value(const JsString& name, JSValueRef* exception) const {
+  const bool is_name = language::is_plain_name(to_wide(name.view()));
+  if (!is_name || JSObjectHasProperty(context_, object_, name.get())) return nullptr;
+  return JSEvaluateScript(context_, name.get(), nullptr, nullptr, 1, exception);
+}
+
+void Globals::set_lexical_value(const JsString& name, JSValueRef value, JSValueRef* exception) const {
+  const std::u16string source = u"(function(value) { " + std::u16string(name.view()) + u" = value })";
+  JSValueRef setter =
+      JSEvaluateScript(context_, JsString(std::u16string_view(source)).get(), nullptr, nullptr, 1, exception);
+  if (setter) JSObjectCallAsFunction(context_, object_of(setter), nullptr, 1, &value, exception);
 }
 
 }  // namespace zelto::script

@@ -1,4 +1,4 @@
-// What a page finds in its global object of the host's: the objects with a name, its output, its log.
+// A page's global object: the host's objects, output and log that the page finds in it, and what the page declares.
 #pragma once
 
 #include <string_view>
@@ -9,14 +9,19 @@
 
 #include "script/error_reports.h"
 #include "script/outcome.h"
+#include "script/prelude.h"
 #include "script/wrappers.h"
 
 namespace zelto::script {
 
 class Globals {
  public:
-  Globals(JSContextRef context, Wrappers& wrappers, const ErrorReports& reports)
-      : context_(context), object_(JSContextGetGlobalObject(context)), wrappers_(wrappers), reports_(reports) {}
+  Globals(JSContextRef context, const Prelude& prelude, Wrappers& wrappers, const ErrorReports& reports)
+      : context_(context),
+        object_(JSContextGetGlobalObject(context)),
+        prelude_(prelude),
+        wrappers_(wrappers),
+        reports_(reports) {}
 
   JSObjectRef object() const noexcept { return object_; }
 
@@ -24,21 +29,37 @@ class Globals {
   // The object of the name "Server", which makes objects; null without one.
   IDispatch* server() const noexcept { return server_.get(); }
 
-  void set_output(IDispatch* response);
+  void set_output(IDispatch* response) { output_ = response; }
   ZeltoTypeLibrary::IResponse* output() const noexcept { return output_.get(); }
 
   void set_log(LogSink sink) { log_ = std::move(sink); }
   // A line with the place that the script has reached.
   void log(std::wstring_view level, std::wstring_view text) const;
 
+  // What components look up is what the page declares at top level: var and function names are properties of the
+  // global object, names of let, const and class are not. The engine's own globals and the host's objects are not
+  // among them.
+  //
+  // A program that runs from here on.
+  void remember(const language::Program& program) { has_lexical_ |= program.declares_lexical_names; }
+  // Whether the page has declared the name; `is_lexical` when it is not a property of the global object.
+  bool declares(const JsString& name, bool* is_lexical) const;
+  // Of a name that is lexical, as declares() said. Null, with an exception or not, where it cannot be read.
+  JSValueRef lexical_value(const JsString& name, JSValueRef* exception) const;
+  void set_lexical_value(const JsString& name, JSValueRef value, JSValueRef* exception) const;
+
  private:
+  bool is_enumerable(const JsString& name) const;
+
   JSContextRef context_;
   JSObjectRef object_;
+  const Prelude& prelude_;
   Wrappers& wrappers_;
   const ErrorReports& reports_;
   CComPtr<IDispatch> server_;
-  CComPtr<ZeltoTypeLibrary::IResponse> output_;
+  CComQIPtr<ZeltoTypeLibrary::IResponse> output_;
   LogSink log_;
+  bool has_lexical_ = false;
 };
 
 }  // namespace zelto::script

@@ -27,8 +27,7 @@ Realm::Realm(Engine& engine)
       errors_(engine, context_.get(), prelude_, reports_, missing_),
       wrappers_(*this),
       values_(context_.get(), engine.classes(), errors_, wrappers_),
-      globals_(context_.get(), wrappers_, reports_),
-      names_(context_.get(), prelude_),
+      globals_(context_.get(), prelude_, wrappers_, reports_),
       calls_(*this) {
   JSObjectRef rejected = JSObjectMakeFunctionWithCallback(context_.get(), nullptr, on_unhandled_rejection);
   JSGlobalContextSetUnhandledRejectionCallback(context_.get(), rejected, nullptr);
@@ -50,7 +49,7 @@ Realm* Realm::of(JSContextRef ctx) {
 Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
   const Engine::Run run(engine_);
   reports_.remember(program);
-  names_.remember(*program);
+  globals_.remember(*program);
   const ParsedScript& parsed = engine_.scripts().of(program);
   if (!parsed.get()) return {Outcome::failed, ErrorReports::describe_syntax(*program, parsed)};
   const language::Program* previous = running_;
@@ -67,10 +66,11 @@ Outcome Realm::call(std::wstring_view function) {
   const Engine::Run run(engine_);
   const JsString name(function);
   bool is_lexical = false;
-  if (!names_.contains(name, &is_lexical)) return {};
+  if (!globals_.declares(name, &is_lexical)) return {};
   reports_.begin_run();
   JSValueRef exception = nullptr;
-  JSValueRef value = is_lexical ? names_.lexical_value(name, &exception) : property(context(), globals_.object(), name);
+  JSValueRef value =
+      is_lexical ? globals_.lexical_value(name, &exception) : property(context(), globals_.object(), name);
   if (value && !exception && engine_.classes().is_function(context(), value)) {
     JSObjectCallAsFunction(context(), object_of(value), nullptr, 0, nullptr, &exception);
   }

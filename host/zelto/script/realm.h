@@ -15,7 +15,6 @@
 #include <memory>
 #include <string_view>
 
-#include "script/declared_names.h"
 #include "script/engine.h"
 #include "script/errors.h"
 #include "script/globals.h"
@@ -67,7 +66,6 @@ class Realm {
   Wrappers& wrappers() noexcept { return wrappers_; }
   Values& values() noexcept { return values_; }
   Globals& globals() noexcept { return globals_; }
-  const DeclaredNames& names() const noexcept { return names_; }
   ObjectCalls& calls() noexcept { return calls_; }
   // The program whose code runs, or ran last; null before the first.
   const language::Program* running() const noexcept { return running_; }
@@ -99,7 +97,6 @@ class Realm {
   Wrappers wrappers_;
   Values values_;
   Globals globals_;
-  DeclaredNames names_;
   ObjectCalls calls_;
   const language::Program* running_ = nullptr;
 };

@@ -69,7 +69,7 @@ HRESULT ScriptObject::check_callable() const {
 
 bool ScriptObject::has_name(const JsString& name, bool* is_lexical) {
   *is_lexical = false;
-  return is_global() ? realm_->names().contains(name, is_lexical) : realm_->prelude().has_own_name(object_, name);
+  return is_global() ? realm_->globals().declares(name, is_lexical) : realm_->prelude().has_own_name(object_, name);
 }
 
 HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) {
@@ -159,7 +159,7 @@ HRESULT ScriptObject::get_indexed(JSValueRef value, const RootedValues& argument
 }
 
 JSValueRef ScriptObject::read(const Name& name, JSValueRef* exception) {
-  if (name.is_lexical) return realm_->names().lexical_value(name.text, exception);
+  if (name.is_lexical) return realm_->globals().lexical_value(name.text, exception);
   return JSObjectGetProperty(realm_->context(), object_, name.text.get(), exception);
 }
 
@@ -167,7 +167,7 @@ HRESULT ScriptObject::put(const Name& name, const RootedValues& arguments) {
   if (arguments.size() != 1) return DISP_E_BADPARAMCOUNT;
   JSValueRef exception = nullptr;
   if (name.is_lexical) {
-    realm_->names().set_lexical_value(name.text, arguments[0], &exception);
+    realm_->globals().set_lexical_value(name.text, arguments[0], &exception);
   } else {
     JSObjectSetProperty(realm_->context(), object_, name.text.get(), arguments[0], kJSPropertyAttributeNone,
                         &exception);
