@@ -25,7 +25,7 @@ bool is_value(JSStringRef name) { return JsString::view_of(name) == u"v"; }
 
 JSValueRef get_referenced(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef* exception) {
   const RootedObject root(object);  // the call may collect a reference that it was the last to need
-  auto* held = static_cast<CallReference*>(living_host_object(object));
+  auto* held = static_cast<AutomationMember*>(living_host_object(object));
   if (!held || !is_value(name)) return nullptr;
   ObjectCalls& calls = held->realm()->calls();
   JSValueRef value = calls.may_call(exception) ? calls.call(held->target(), held->arguments(), exception) : nullptr;
@@ -34,7 +34,7 @@ JSValueRef get_referenced(JSContextRef ctx, JSObjectRef object, JSStringRef name
 
 bool set_referenced(JSContextRef, JSObjectRef object, JSStringRef name, JSValueRef value, JSValueRef* exception) {
   const RootedObject root(object);
-  auto* held = static_cast<CallReference*>(living_host_object(object));
+  auto* held = static_cast<AutomationMember*>(living_host_object(object));
   if (!held || !is_value(name)) return false;
   Realm& realm = *held->realm();
   CComVariant converted;

@@ -1,4 +1,6 @@
-// A method, or a property with arguments, that was read without being called: a function bound to its object.
+// A member of an automation object that the script holds: a method, or a property with arguments, that was read
+// without being called is a function bound to its object. `o(args)` as the target of an assignment is a reference,
+// which has its arguments as well: its property `v` is read by compound assignments and written by all of them.
 #pragma once
 
 #include "script/host_object.h"
@@ -8,25 +10,9 @@ namespace zelto::script {
 
 class AutomationMember final : public HostObject {
  public:
-  AutomationMember(Realm& realm, CallTarget target) : HostObject(realm), target_(std::move(target)) {}
-  // A copy keeps the object while a call may end the realm.
-  const CallTarget& target() const noexcept { return target_; }
-
- protected:
-  void release() override { target_.object.reset(); }
-
- private:
-  CallTarget target_;
-};
-
-JSClassRef make_member_class();
-
-// `o(args)` as the target of an assignment: its property `v` is read by compound assignments and written by
-// all of them.
-class CallReference final : public HostObject {
- public:
-  CallReference(Realm& realm, CallTarget target, CallArguments arguments)
+  AutomationMember(Realm& realm, CallTarget target, CallArguments arguments = {})
       : HostObject(realm), target_(std::move(target)), arguments_(std::move(arguments)) {}
+  // A copy keeps the object while a call may end the realm.
   const CallTarget& target() const noexcept { return target_; }
   CallArguments& arguments() noexcept { return arguments_; }
 
@@ -41,6 +27,7 @@ class CallReference final : public HostObject {
   CallArguments arguments_;
 };
 
+JSClassRef make_member_class();
 JSClassRef make_reference_class();
 
 }  // namespace zelto::script

@@ -71,8 +71,8 @@ struct HostClasses {
   }
 
   JSClassRef object;     // AutomationObject
-  JSClassRef member;     // AutomationMember
-  JSClassRef reference;  // CallReference
+  JSClassRef member;     // AutomationMember that can be called
+  JSClassRef reference;  // AutomationMember that can be assigned to
   JSClassRef opaque;     // OpaqueObject
   JSClassRef builtins;   // $zelto
 };

@@ -69,7 +69,7 @@ JSValueRef at(Realm& realm, std::size_t count, const JSValueRef* values, JSValue
     return nullptr;
   }
   return realm.wrappers().make(classes.reference,
-                               std::make_unique<CallReference>(realm, std::move(target), std::move(arguments)));
+                               std::make_unique<AutomationMember>(realm, std::move(target), std::move(arguments)));
 }
 
 // read(function, is_statement): calls a member that was named without parentheses. One that needs

@@ -9,7 +9,7 @@ namespace zelto::script {
 //
 //   html(n)                     writes the program's n-th piece of page text
 //   out(value)                  <%= value %>, which is Response.Write(value) for every kind of value
-//   at(callee, ...arguments)    a CallReference to the call
+//   at(callee, ...arguments)    a reference to the call
 //   read(function, statement)   calls a member that was named without parentheses
 //   items(collection)           an automation object's items as an array; null for anything else
 //   create(name)                a new automation object, as Server.CreateObject makes it
