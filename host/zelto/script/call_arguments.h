@@ -1,6 +1,7 @@
 // The arguments of one call. Automation has them in reverse; that order is known in here only.
 #pragma once
 
+#include <ranges>
 #include <span>
 #include <vector>
 
@@ -24,18 +25,11 @@ class CallArguments {
   DISPPARAMS params() noexcept { return {reversed_.data(), nullptr, static_cast<UINT>(reversed_.size()), 0}; }
 
   // What a component gave, the first argument first.
-  class InOrder {
-   public:
-    explicit InOrder(const DISPPARAMS* params) {
-      if (params) all_ = {params->rgvarg, params->cArgs};
-    }
-    std::size_t size() const { return all_.size(); }
-    auto begin() const { return all_.rbegin(); }
-    auto end() const { return all_.rend(); }
-
-   private:
-    std::span<const VARIANT> all_;
-  };
+  static auto in_order(const DISPPARAMS* params) {
+    std::span<const VARIANT> given;
+    if (params) given = {params->rgvarg, params->cArgs};
+    return given | std::views::reverse;
+  }
 
   // Makes an omitted argument, which Invoke refused by this index (*puArgErr), the empty value. False when it names
   // none, or one that was given.

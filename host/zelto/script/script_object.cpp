@@ -112,7 +112,7 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
 }
 
 HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result) {
-  const CallArguments::InOrder given(params);
+  const auto given = CallArguments::in_order(params);
   RootedValues arguments(realm_->context(), given.size());
   JSValueRef exception = nullptr;
   for (const VARIANT& argument : given) {

@@ -36,9 +36,9 @@ TEST_F(CallArgumentsTest, ComeFromAnObjectInTheirOrder) {
   CComVariant reversed[] = {CComVariant(LONG{2}), CComVariant(LONG{1})};
   const DISPPARAMS params{reversed, nullptr, 2, 0};
   LONG expected = 0;
-  for (const VARIANT& argument : CallArguments::InOrder(&params)) EXPECT_EQ(++expected, argument.lVal);
+  for (const VARIANT& argument : CallArguments::in_order(&params)) EXPECT_EQ(++expected, argument.lVal);
   EXPECT_EQ(2, expected);
-  EXPECT_EQ(0U, CallArguments::InOrder(nullptr).size());
+  EXPECT_EQ(0U, CallArguments::in_order(nullptr).size());
 }
 
 TEST_F(CallArgumentsTest, AreFilledWhereOneWasOmittedOnly) {
