@@ -20,11 +20,7 @@ JSClassRef make_opaque_class() {
 
 }  // namespace
 
-HostObject::HostObject(Realm& realm) : engine_(realm.engine()), realm_(&realm) { realm.wrappers().adopt(this); }
-
-HostObject::~HostObject() {
-  if (realm_) realm_->wrappers().abandon(this);
-}
+HostObject::HostObject(Realm& realm) : engine_(realm.engine()), realm_(&realm) { realm.wrappers().adopt(*this); }
 
 void HostObject::end_of_realm() {
   realm_ = nullptr;

@@ -1,6 +1,8 @@
 // What a script holds of the host's world. Each lives as the private data of one engine object.
 #pragma once
 
+#include <boost/intrusive/list_hook.hpp>
+
 #include <utility>
 
 #include <korlib/hresult.h>
@@ -18,10 +20,10 @@ inline constexpr HRESULT kDisconnected = korlib::hresult(0x80010108);
 
 // A node of the realm's list of everything held. The realm lets go of the references when it ends; the
 // node itself goes when the engine has collected its object, on the engine's thread.
-class HostObject {
+class HostObject : public boost::intrusive::list_base_hook<boost::intrusive::link_mode<boost::intrusive::auto_unlink>> {
  public:
   explicit HostObject(Realm& realm);
-  virtual ~HostObject();
+  virtual ~HostObject() = default;
   HostObject(const HostObject&) = delete;
   HostObject& operator=(const HostObject&) = delete;
 
@@ -33,11 +35,8 @@ class HostObject {
   virtual void release() = 0;
 
  private:
-  friend class Wrappers;
   Engine& engine_;
   Realm* realm_;
-  HostObject* previous_ = nullptr;
-  HostObject* next_ = nullptr;
 };
 
 // An object without members. A script can hand it back.

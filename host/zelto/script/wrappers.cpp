@@ -54,25 +54,21 @@ CComPtr<IDispatch> Wrappers::to_automation(JSObjectRef object) {
 }
 
 void Wrappers::end() {
-  disconnect_script_objects();
+  {
+    // With the lock held: a wrapper whose last reference goes elsewhere in this moment is either still waiting
+    // for the realm or finds itself disconnected.
+    const std::lock_guard lock(graveyard_->lock);
+    for (const auto& [object, wrapper] : std::exchange(script_objects_, {})) wrapper->end_of_realm();
+    graveyard_->closed = true;
+  }
+  release_foreign();
   automation_objects_.clear();
   // Letting go of one object may let go of others, or call back for the last time.
-  while (HostObject* object = first_) {
-    abandon(object);
-    object->end_of_realm();
+  while (!held_.empty()) {
+    HostObject& object = held_.front();
+    held_.pop_front();
+    object.end_of_realm();
   }
-}
-
-void Wrappers::adopt(HostObject* object) noexcept {
-  object->next_ = first_;
-  if (first_) first_->previous_ = object;
-  first_ = object;
-}
-
-void Wrappers::abandon(HostObject* object) noexcept {
-  (object->previous_ ? object->previous_->next_ : first_) = object->next_;
-  if (object->next_) object->next_->previous_ = object->previous_;
-  object->previous_ = object->next_ = nullptr;
 }
 
 void Wrappers::forget(AutomationObject* object) noexcept {
@@ -84,20 +80,6 @@ void Wrappers::forget(ScriptObject* object) noexcept {
   const auto [first, last] = script_objects_.equal_range(object->object());
   const auto known = std::find_if(first, last, [&](const auto& entry) { return entry.second == object; });
   if (known != last) script_objects_.erase(known);
-}
-
-// With the lock held: a wrapper whose last reference goes elsewhere in this moment is either still waiting
-// for the realm or finds itself disconnected.
-void Wrappers::disconnect_script_objects() {
-  release_foreign();
-  std::vector<ScriptObject*> dead;
-  {
-    const std::lock_guard lock(graveyard_->lock);
-    for (const auto& [object, wrapper] : std::exchange(script_objects_, {})) wrapper->end_of_realm();
-    dead.swap(graveyard_->dead);
-    graveyard_->closed = true;
-  }
-  for (ScriptObject* object : dead) delete object;
 }
 
 void Wrappers::release_foreign() {

@@ -1,6 +1,8 @@
 // Objects across the border: automation objects as the script sees them, and the script's as automation does.
 #pragma once
 
+#include <boost/intrusive/list.hpp>
+
 #include <memory>
 #include <mutex>
 #include <unordered_map>
@@ -44,18 +46,16 @@ class Wrappers {
   void end();
 
   // For the objects themselves, as they come and go.
-  void adopt(HostObject* object) noexcept;
-  void abandon(HostObject* object) noexcept;
+  void adopt(HostObject& object) noexcept { held_.push_front(object); }
   void forget(AutomationObject* object) noexcept;
   void forget(ScriptObject* object) noexcept;
   const std::shared_ptr<Graveyard>& graveyard() const noexcept { return graveyard_; }
 
  private:
-  void disconnect_script_objects();
   void release_foreign();
 
   Realm& realm_;
-  HostObject* first_ = nullptr;
+  boost::intrusive::list<HostObject, boost::intrusive::constant_time_size<false>> held_;
   std::unordered_map<IUnknown*, AutomationObject*> automation_objects_;  // by identity
   // Several for one object when some are on their way out on other threads.
   std::unordered_multimap<JSObjectRef, ScriptObject*> script_objects_;
