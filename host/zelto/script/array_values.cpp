@@ -23,8 +23,7 @@ class Nesting {
   Nesting& operator=(const Nesting&) = delete;
   // Raises what forbids this level, if anything does.
   static bool is_allowed(Values& values, JSValueRef* exception) {
-    const bool is_too_deep = t_depth > kDeepest;
-    if (is_too_deep) {
+    if (t_depth > kDeepest) {
       values.errors().raise_text(L"The array is nested too deeply", E_INVALIDARG, exception);
     } else if (stack_is_low()) {
       values.errors().raise_out_of_stack(exception);
@@ -67,8 +66,7 @@ JSValueRef dimension_to_script(Values& values, SAFEARRAY* array, UINT dim, std::
     } else {
       CComVariant element;
       const HRESULT hr = read_element(array, indices.data(), &element);
-      if (FAILED(hr)) values.errors().raise(hr, {}, exception);
-      if (SUCCEEDED(hr)) value = values.to_script(element, exception);
+      value = SUCCEEDED(hr) ? values.to_script(element, exception) : values.errors().raise(hr, {}, exception);
     }
     if (!value) return nullptr;
     JSObjectSetPropertyAtIndex(ctx, out, i, value, exception);

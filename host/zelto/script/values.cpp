@@ -90,31 +90,22 @@ bool Values::string_to_variant(JSValueRef value, VARIANT* out, JSValueRef* excep
   return true;
 }
 
-bool Values::host_object_to_variant(JSObjectRef object, VARIANT* out, bool* is_host, JSValueRef* exception) {
-  *is_host = true;
+bool Values::object_to_variant(JSObjectRef object, VARIANT* out, JSValueRef* exception) {
   if (classes_.is_automation_object(context_, object)) {
     auto* held = living<AutomationObject>(context_, object, exception);
-    if (!held) return false;
-    out->vt = VT_DISPATCH;
-    out->pdispVal = CComPtr<IDispatch>(held->dispatch()).detach();
-  } else if (JSValueIsObjectOfClass(context_, object, classes_.opaque)) {
+    if (held) CComVariant(held->dispatch().get()).detach_to(out);
+    return held != nullptr;
+  }
+  if (JSValueIsObjectOfClass(context_, object, classes_.opaque)) {
     auto* held = living<OpaqueObject>(context_, object, exception);
-    if (!held) return false;
-    out->vt = VT_UNKNOWN;
-    out->punkVal = CComPtr<IUnknown>(held->object()).detach();
-  } else if (JSValueIsObjectOfClass(context_, object, classes_.member)) {
+    if (held) CComVariant(held->object().get()).detach_to(out);
+    return held != nullptr;
+  }
+  if (JSValueIsObjectOfClass(context_, object, classes_.member)) {
     // A member that was not called stands for what it gives.
     JSValueRef value = JSObjectCallAsFunction(context_, object, nullptr, 0, nullptr, exception);
     return value && !*exception && to_variant(value, out, exception);
-  } else {
-    *is_host = false;
   }
-  return true;
-}
-
-bool Values::object_to_variant(JSObjectRef object, VARIANT* out, JSValueRef* exception) {
-  bool is_host = false;
-  if (!host_object_to_variant(object, out, &is_host, exception) || is_host) return !*exception;
   if (JSValueIsArray(context_, object)) return array_to_variant(*this, object, out, exception);
   if (JSValueIsDate(context_, object)) return date_to_variant(object, out, exception);
   switch (JSValueGetTypedArrayType(context_, object, nullptr)) {

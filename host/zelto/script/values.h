@@ -35,7 +35,6 @@ class Values {
 
  private:
   bool object_to_variant(JSObjectRef object, VARIANT* out, JSValueRef* exception);
-  bool host_object_to_variant(JSObjectRef object, VARIANT* out, bool* is_host, JSValueRef* exception);
   bool date_to_variant(JSObjectRef date, VARIANT* out, JSValueRef* exception);
   bool bigint_to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception);
   bool string_to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception);
