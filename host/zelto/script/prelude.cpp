@@ -169,9 +169,6 @@ const kinds = [Error, RangeError, TypeError, ReferenceError];
 return [(kind, message) => new kinds[kind](message), collection => Array.from(collection), has_name, root];
 }))js";
 
-constexpr JSPropertyAttributes kFixed =
-    kJSPropertyAttributeDontEnum | kJSPropertyAttributeReadOnly | kJSPropertyAttributeDontDelete;
-
 }  // namespace
 
 std::u16string_view Prelude::source() { return kSource; }

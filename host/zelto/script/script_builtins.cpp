@@ -160,9 +160,6 @@ bool set_thrown(JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef value, JS
   return true;
 }
 
-constexpr JSPropertyAttributes kFixed =
-    kJSPropertyAttributeDontEnum | kJSPropertyAttributeReadOnly | kJSPropertyAttributeDontDelete;
-
 }  // namespace
 
 JSClassRef make_builtins_class() {

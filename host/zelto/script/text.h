@@ -19,7 +19,7 @@ class JsString {
   explicit JsString(JSStringRef owned) : string_(owned) {}
   explicit JsString(std::wstring_view text);
   explicit JsString(std::u16string_view text);
-  explicit JsString(const char* utf8) : string_(JSStringCreateWithUTF8CString(utf8)) {}
+  JsString(const char* utf8) : string_(JSStringCreateWithUTF8CString(utf8)) {}
   JsString(JsString&& other) noexcept : string_(std::exchange(other.string_, nullptr)) {}
   JsString& operator=(JsString&& other) noexcept {
     std::swap(string_, other.string_);
@@ -51,14 +51,11 @@ inline JSValueRef string_value(JSContextRef ctx, std::wstring_view text) {
 }
 // Undefined when there is none or it cannot be read.
 JSValueRef property(JSContextRef ctx, JSObjectRef object, const JsString& name);
-inline JSValueRef property(JSContextRef ctx, JSObjectRef object, const char* name) {
-  return property(ctx, object, JsString(name));
-}
 // A property that for-in passes over.
 void set_hidden(JSContextRef ctx, JSObjectRef object, const JsString& name, JSValueRef value);
-inline void set_hidden(JSContextRef ctx, JSObjectRef object, const char* name, JSValueRef value) {
-  set_hidden(ctx, object, JsString(name), value);
-}
+// Of one that a script cannot change either.
+inline constexpr JSPropertyAttributes kFixed =
+    kJSPropertyAttributeDontEnum | kJSPropertyAttributeReadOnly | kJSPropertyAttributeDontDelete;
 // What String(value) is; empty when that fails.
 std::wstring text_of(JSContextRef ctx, JSValueRef value);
 // The same as a value of the script; null with an exception when that fails.
