@@ -102,7 +102,9 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
   SetErrorInfo(0, nullptr);  // words of a failure that the caller went on from
   HRESULT hr = E_OUTOFMEMORY;
   try {
-    hr = dispatch(id, flags, params, result);
+    JSValueRef exception = nullptr;
+    hr = dispatch(id, flags, params, result, &exception);
+    if (exception) hr = realm_->errors().failure_of(exception);
   } catch (const std::bad_alloc&) {
     hr = E_OUTOFMEMORY;
   }
@@ -111,51 +113,49 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
   return kPageStopped;
 }
 
-HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result) {
+HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, JSValueRef* exception) {
   const auto given = CallArguments::in_order(params);
   RootedValues arguments(realm_->context(), given.size());
-  JSValueRef exception = nullptr;
   for (const VARIANT& argument : given) {
-    JSValueRef value = realm_->values().to_script(argument, &exception);
-    if (!value) return realm_->errors().failure_of(exception);
+    JSValueRef value = realm_->values().to_script(argument, exception);
+    if (!value) return E_FAIL;
     arguments.push_back(value);
   }
   const bool puts = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
-  if (id == DISPID_NEWENUM && !puts) return enumerate(result);
+  if (id == DISPID_NEWENUM && !puts) return enumerate(result, exception);
   if (id == DISPID_VALUE) {
-    if (!puts) return call_default(flags, arguments, result);
-    return put_default(arguments);
+    return puts ? put_default(arguments, exception) : call_default(flags, arguments, result, exception);
   }
   if (id < 1 || static_cast<std::size_t>(id) > names_.size()) return DISP_E_MEMBERNOTFOUND;
   const Name& name = names_[static_cast<std::size_t>(id) - 1];
-  if (puts) return put(name, arguments);
-  JSValueRef value = read(name, &exception);
-  if (exception) return realm_->errors().failure_of(exception);
+  if (puts) return put(name, arguments, exception);
+  JSValueRef value = read(name, exception);
+  if (*exception) return E_FAIL;
   if (realm_->engine().classes().is_function(realm_->context(), value)) {
-    auto* function = object_of(value);
-    return (flags & DISPATCH_METHOD) ? call(function, object_, arguments, result) : DISP_E_MEMBERNOTFOUND;
+    if (!(flags & DISPATCH_METHOD)) return DISP_E_MEMBERNOTFOUND;
+    return call(object_of(value), object_, arguments, result, exception);
   }
   if (!(flags & DISPATCH_PROPERTYGET)) {
     return korlib::raise(DISP_E_MEMBERNOTFOUND, L"Zelto", L"'" + to_wide(name.text.view()) + L"' is not a function");
   }
-  return arguments.empty() ? deliver(value, result) : get_indexed(value, arguments, result);
+  return arguments.empty() ? deliver(value, result, exception) : get_indexed(value, arguments, result, exception);
 }
 
 // The member's value, indexed: an automation object by its default member, an object of the script by name.
-HRESULT ScriptObject::get_indexed(JSValueRef value, const RootedValues& arguments, VARIANT* result) {
+HRESULT ScriptObject::get_indexed(JSValueRef value, const RootedValues& arguments, VARIANT* result,
+                                  JSValueRef* exception) {
   JSContextRef ctx = realm_->context();
   if (!JSValueIsObject(ctx, value)) return DISP_E_BADPARAMCOUNT;
   auto* object = object_of(value);
   if (realm_->engine().classes().is_automation_object(ctx, value)) {
-    return call(object, nullptr, arguments, result);
+    return call(object, nullptr, arguments, result, exception);
   }
   if (arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
-  JSValueRef exception = nullptr;
-  const JsString name(JSValueToStringCopy(ctx, arguments[0], &exception));
-  if (!name.get()) return realm_->errors().failure_of(exception);
+  const JsString name(JSValueToStringCopy(ctx, arguments[0], exception));
+  if (!name.get()) return E_FAIL;
   if (!realm_->prelude().has_own_name(object, name)) return DISP_E_MEMBERNOTFOUND;
-  value = JSObjectGetProperty(ctx, object, name.get(), &exception);
-  return exception ? realm_->errors().failure_of(exception) : deliver(value, result);
+  value = JSObjectGetProperty(ctx, object, name.get(), exception);
+  return *exception ? E_FAIL : deliver(value, result, exception);
 }
 
 JSValueRef ScriptObject::read(const Name& name, JSValueRef* exception) {
@@ -163,84 +163,76 @@ JSValueRef ScriptObject::read(const Name& name, JSValueRef* exception) {
   return JSObjectGetProperty(realm_->context(), object_, name.text.get(), exception);
 }
 
-HRESULT ScriptObject::put(const Name& name, const RootedValues& arguments) {
+HRESULT ScriptObject::put(const Name& name, const RootedValues& arguments, JSValueRef* exception) {
   if (arguments.size() != 1) return DISP_E_BADPARAMCOUNT;
-  JSValueRef exception = nullptr;
   if (name.is_lexical) {
-    realm_->globals().set_lexical_value(name.text, arguments[0], &exception);
+    realm_->globals().set_lexical_value(name.text, arguments[0], exception);
   } else {
-    JSObjectSetProperty(realm_->context(), object_, name.text.get(), arguments[0], kJSPropertyAttributeNone,
-                        &exception);
+    JSObjectSetProperty(realm_->context(), object_, name.text.get(), arguments[0], kJSPropertyAttributeNone, exception);
   }
-  return exception ? realm_->errors().failure_of(exception) : S_OK;
+  return S_OK;
 }
 
 // o(key) = value makes a name where there is none, but for those that mean something else on every object.
-HRESULT ScriptObject::put_default(const RootedValues& arguments) {
+HRESULT ScriptObject::put_default(const RootedValues& arguments, JSValueRef* exception) {
   if (arguments.size() != 2) return DISP_E_BADPARAMCOUNT;
   JSContextRef ctx = realm_->context();
-  JSValueRef exception = nullptr;
-  const JsString name(JSValueToStringCopy(ctx, arguments[0], &exception));
-  if (!name.get()) return realm_->errors().failure_of(exception);
+  const JsString name(JSValueToStringCopy(ctx, arguments[0], exception));
+  if (!name.get()) return E_FAIL;
   if (JSObjectHasProperty(ctx, object_, name.get()) && !realm_->prelude().has_own_name(object_, name)) {
     return DISP_E_MEMBERNOTFOUND;
   }
-  JSObjectSetProperty(ctx, object_, name.get(), arguments[1], kJSPropertyAttributeNone, &exception);
-  return exception ? realm_->errors().failure_of(exception) : S_OK;
+  JSObjectSetProperty(ctx, object_, name.get(), arguments[1], kJSPropertyAttributeNone, exception);
+  return S_OK;
 }
 
-HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VARIANT* result) {
+HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VARIANT* result, JSValueRef* exception) {
   JSContextRef ctx = realm_->context();
-  JSValueRef exception = nullptr;
-  if ((flags & DISPATCH_METHOD) && JSObjectIsFunction(ctx, object_)) return call(object_, nullptr, arguments, result);
+  if ((flags & DISPATCH_METHOD) && JSObjectIsFunction(ctx, object_)) {
+    return call(object_, nullptr, arguments, result, exception);
+  }
   if (arguments.empty()) {
-    const JsString text(JSValueToStringCopy(ctx, object_, &exception));
-    if (!text.get()) return realm_->errors().failure_of(exception);
-    return deliver(JSValueMakeString(ctx, text.get()), result);
+    JSValueRef text = to_string_value(ctx, object_, exception);
+    return text ? deliver(text, result, exception) : E_FAIL;
   }
   if (arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
-  Name name{JsString(JSValueToStringCopy(ctx, arguments[0], &exception)), false};
-  if (!name.text.get()) return realm_->errors().failure_of(exception);
+  Name name{JsString(JSValueToStringCopy(ctx, arguments[0], exception)), false};
+  if (!name.text.get()) return E_FAIL;
   if (!has_name(name.text, &name.is_lexical)) return DISP_E_MEMBERNOTFOUND;
-  JSValueRef value = read(name, &exception);
-  if (exception) return realm_->errors().failure_of(exception);
-  return realm_->engine().classes().is_function(realm_->context(), value) ? DISP_E_MEMBERNOTFOUND
-                                                                          : deliver(value, result);
+  JSValueRef value = read(name, exception);
+  if (*exception) return E_FAIL;
+  if (realm_->engine().classes().is_function(ctx, value)) return DISP_E_MEMBERNOTFOUND;
+  return deliver(value, result, exception);
 }
 
-HRESULT ScriptObject::call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, VARIANT* result) {
-  JSValueRef exception = nullptr;
+HRESULT ScriptObject::call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, VARIANT* result,
+                           JSValueRef* exception) {
   JSValueRef value =
-      JSObjectCallAsFunction(realm_->context(), function, self, arguments.size(), arguments.data(), &exception);
-  if (!value || exception) return realm_->errors().failure_of(exception);
-  return deliver(value, result);
+      JSObjectCallAsFunction(realm_->context(), function, self, arguments.size(), arguments.data(), exception);
+  return value && !*exception ? deliver(value, result, exception) : E_FAIL;
 }
 
-HRESULT ScriptObject::deliver(JSValueRef value, VARIANT* result) {
+HRESULT ScriptObject::deliver(JSValueRef value, VARIANT* result, JSValueRef* exception) {
   if (!result) return S_OK;
-  JSValueRef exception = nullptr;
   CComVariant converted;
-  if (!realm_->values().to_variant(value, &converted, &exception)) return realm_->errors().failure_of(exception);
+  if (!realm_->values().to_variant(value, &converted, exception)) return E_FAIL;
   converted.detach_to(result);
   return S_OK;
 }
 
-HRESULT ScriptObject::enumerate(VARIANT* result) {
+HRESULT ScriptObject::enumerate(VARIANT* result, JSValueRef* exception) {
   if (!result) return E_POINTER;
-  JSValueRef exception = nullptr;
   CComVariant array;
-  JSValueRef values = realm_->prelude().items_of(object_, &exception);
-  if (!values || !realm_->values().to_variant(values, &array, &exception))
-    return realm_->errors().failure_of(exception);
+  JSValueRef values = realm_->prelude().items_of(object_, exception);
+  if (!values || !realm_->values().to_variant(values, &array, exception)) return E_FAIL;
   std::vector<CComVariant> items;
   if (array.vt == (VT_ARRAY | VT_VARIANT)) {
     auto* first = static_cast<VARIANT*>(array.parray->pvData);
-    for (ULONG i = 0; i < array.parray->rgsabound[0].cElements; ++i) items.emplace_back(first[i]);
+    items.assign(first, first + array.parray->rgsabound[0].cElements);
   }
   CComPtr<IUnknown> enumerator;
   RETURN_IF_FAILED(korlib::make_enumerator(std::move(items), enumerator.put()));
-  result->vt = VT_UNKNOWN;
-  result->punkVal = enumerator.detach();
+  CComVariant(enumerator.get()).detach_to(result);
   return S_OK;
 }
 

@@ -58,14 +58,16 @@ class ScriptObject final : public korlib::Counted<IScriptObject> {
   void on_last_release() override;
   HRESULT check_callable() const;
   bool is_global() const { return object_ == realm_->globals().object(); }
-  HRESULT dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result);
-  HRESULT get_indexed(JSValueRef value, const RootedValues& arguments, VARIANT* result);
-  HRESULT put_default(const RootedValues& arguments);
-  HRESULT call_default(WORD flags, const RootedValues& arguments, VARIANT* result);
-  HRESULT enumerate(VARIANT* result);
-  HRESULT put(const Name& name, const RootedValues& arguments);
-  HRESULT call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, VARIANT* result);
-  HRESULT deliver(JSValueRef value, VARIANT* result);
+  // Where these leave an exception of the script, it says how the call failed, and not what they answer.
+  HRESULT dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, JSValueRef* exception);
+  HRESULT get_indexed(JSValueRef value, const RootedValues& arguments, VARIANT* result, JSValueRef* exception);
+  HRESULT put_default(const RootedValues& arguments, JSValueRef* exception);
+  HRESULT call_default(WORD flags, const RootedValues& arguments, VARIANT* result, JSValueRef* exception);
+  HRESULT enumerate(VARIANT* result, JSValueRef* exception);
+  HRESULT put(const Name& name, const RootedValues& arguments, JSValueRef* exception);
+  HRESULT call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, VARIANT* result,
+               JSValueRef* exception);
+  HRESULT deliver(JSValueRef value, VARIANT* result, JSValueRef* exception);
   bool has_name(const JsString& name, bool* is_lexical);
   JSValueRef read(const Name& name, JSValueRef* exception);
 
