@@ -37,17 +37,17 @@ class Tokenizer {
  public:
   explicit Tokenizer(std::wstring_view text) : text_(text) { stack_.push_back({Token::kNone, Role::block, 0}); }
 
-  bool run() {
+  std::optional<Tokens> run() {
     if (text_.starts_with(L"#!")) at_ = past_line(text_, at_);
     for (;;) {
-      if (!skip_blank()) return false;
-      if (at_ >= text_.size()) return stack_.size() == 1;
-      if (!one()) return false;
+      if (!skip_blank()) return std::nullopt;
+      if (at_ >= text_.size()) break;
+      if (!one()) return std::nullopt;
       newline_ = false;
     }
+    if (stack_.size() > 1) return std::nullopt;
+    return Tokens{std::move(tokens_), std::move(markup_comments_)};
   }
-
-  Tokens take() { return {std::move(tokens_), std::move(markup_comments_)}; }
 
  private:
   wchar_t peek(std::size_t ahead = 0) const { return at_ + ahead < text_.size() ? text_[at_ + ahead] : L'\0'; }
@@ -90,6 +90,7 @@ class Tokenizer {
     token.depth = static_cast<unsigned>(stack_.size() - 1);
     token.statement_start = starts_statement(kind, text_.substr(at_, length));
     statement_next_ = false;
+    after_arrow_body_ = false;
     at_ = token.end;
     tokens_.push_back(token);
     return tokens_.back();
@@ -113,7 +114,7 @@ class Tokenizer {
   bool one() {
     const wchar_t c = peek();
     if (c == L'"' || c == L'\'') return operand(past_string(text_, at_));
-    if (c == L'`') return template_part(at_ + 1, Token::open);
+    if (c == L'`') return template_part(at_ + 1, false);
     if (is_digit(c) || (c == L'.' && is_digit(peek(1)))) return operand(past_number(text_, at_));
     if (is_word(c) || c == L'#') return identifier();
     if (c == L'(' || c == L'[' || c == L'{') return open(c);
@@ -132,22 +133,17 @@ class Tokenizer {
   bool operand(std::size_t end) {
     if (end == kOpen) return false;
     add(Token::literal, end - at_).ends_operand = true;
-    after_arrow_body_ = false;
     return true;
   }
 
   // From `from` to the end of the template or to its next substitution.
-  bool template_part(std::size_t from, Token::Kind kind) {
+  bool template_part(std::size_t from, bool continued) {
     const std::size_t end = past_template_part(text_, from);
     if (end == kOpen) return false;
     const bool opens = text_[end - 1] == L'{';
-    const bool continued = kind == Token::close;
     if (opens && !continued) return open_with(end - at_, Role::substitution, L'}');
     if (!opens && !continued) return operand(end);
-    if (!opens) {
-      close_with(end - at_, true);
-      return true;
-    }
+    if (!opens) return close_with(end - at_);
     // `}…${`: closes one substitution and opens the next, as one token that stays open.
     at_ = end;
     after_arrow_body_ = false;
@@ -166,7 +162,6 @@ class Tokenizer {
     if (!member && is_keyword(text)) return keyword(text);
     const bool label = !member && in_statements() && is_label(end);
     add(Token::name, text.size()).ends_operand = true;
-    after_arrow_body_ = false;
     if (label && tokens_.back().statement_start) statement_label_ = true;
     return true;
   }
@@ -178,7 +173,6 @@ class Tokenizer {
 
   bool keyword(std::wstring_view text) {
     Token& token = add(Token::keyword, text.size());
-    after_arrow_body_ = false;
     if (text == L"function" || text == L"class") {
       top().in_header = true;
       top().header_is_class = text == L"class";
@@ -235,7 +229,6 @@ class Tokenizer {
     Token& token = add(Token::open, length);
     token.control = role == Role::control;
     token.function_part = role == Role::parameters || role == Role::body || role == Role::arrow_body;
-    after_arrow_body_ = false;
     stack_.push_back({tokens_.size() - 1, role, closer});
     statement_next_ = in_statements();
     return true;
@@ -243,17 +236,12 @@ class Tokenizer {
 
   bool close(wchar_t c) {
     if (stack_.size() == 1 || top().closer != c) return false;
-    if (top().role != Role::substitution) {
-      close_with(1, true);
-      return true;
-    }
-    return template_part(at_ + 1, Token::close);
+    return top().role == Role::substitution ? template_part(at_ + 1, true) : close_with(1);
   }
 
-  void close_with(std::size_t length, bool ends) {
+  bool close_with(std::size_t length) {
     const Bracket bracket = top();
     stack_.pop_back();
-    statement_next_ = false;
     Token& token = add(Token::close, length);
     token.statement_start = false;
     token.partner = bracket.token;
@@ -261,9 +249,10 @@ class Tokenizer {
     token.function_part = tokens_[bracket.token].function_part;
     tokens_[bracket.token].partner = tokens_.size() - 1;
     const bool statements = bracket.role == Role::block || bracket.role == Role::class_block;
-    token.ends_operand = ends && !statements && bracket.role != Role::control;
+    token.ends_operand = !statements && bracket.role != Role::control;
     after_arrow_body_ = bracket.role == Role::arrow_body;
     statement_next_ = (statements || bracket.role == Role::control) && in_statements();
+    return true;
   }
 
   bool operator_() {
@@ -275,7 +264,6 @@ class Tokenizer {
     Token& token = add(Token::punctuator, text.size());
     token.statement_start = token.statement_start || starts;
     token.ends_operand = postfix;
-    after_arrow_body_ = false;
     if (text == L";") {
       statement_next_ = in_statements();
       top().in_header = false;
@@ -313,10 +301,6 @@ class Tokenizer {
 
 }  // namespace
 
-std::optional<Tokens> tokenize(std::wstring_view text) {
-  Tokenizer tokenizer(text);
-  if (!tokenizer.run()) return std::nullopt;
-  return tokenizer.take();
-}
+std::optional<Tokens> tokenize(std::wstring_view text) { return Tokenizer(text).run(); }
 
 }  // namespace zelto::language
