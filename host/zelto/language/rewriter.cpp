@@ -89,16 +89,17 @@ class Rewriter {
     }
   }
 
+  // Empty where there is no such token; Token::kNone is in front of the first.
   std::wstring_view word(std::size_t i) const {
     return i < tokens_.size() ? text_.substr(tokens_[i].begin, tokens_[i].end - tokens_[i].begin) : std::wstring_view();
   }
-  bool is(std::size_t i, std::wstring_view what) const { return word(i) == what; }
+  // Whether the token is one of these.
+  bool is(std::size_t i, const auto*... words) const { return ((word(i) == words) || ...); }
   bool top_level(std::size_t i) const { return tokens_[i].depth == 0 && tokens_[i].statement_start; }
   bool line_ends_behind(std::size_t i) const { return i + 1 >= tokens_.size() || tokens_[i + 1].newline_before; }
-  bool is_assignment(std::size_t i) const {
-    return tokens_[i].kind == Token::punctuator &&
-           std::find(kAssignments.begin(), kAssignments.end(), word(i)) != kAssignments.end();
-  }
+  bool is_assignment(std::size_t i) const { return std::ranges::find(kAssignments, word(i)) != kAssignments.end(); }
+  // `++` or `--` behind its operand.
+  bool is_postfix(std::size_t i) const { return is(i, L"++", L"--") && tokens_[i].ends_operand; }
 
   // The `(` of an argument list: what stands before it is a value, and no header or parameter list.
   bool is_call(std::size_t open) const {
@@ -109,7 +110,7 @@ class Rewriter {
   }
 
   bool is_condition(std::size_t open) const {
-    return tokens_[open].control && (is(open - 1, L"if") || is(open - 1, L"while") || is(open - 1, L"switch"));
+    return tokens_[open].control && is(open - 1, L"if", L"while", L"switch");
   }
 
   // One past a chain of names, calls and indices that begins at `first`; `first` when there is none.
@@ -123,7 +124,7 @@ class Rewriter {
     while (i < tokens_.size()) {
       if (is(i, L".") && i + 1 < tokens_.size() && tokens_[i + 1].kind == Token::name) {
         i += 2;
-      } else if ((is(i, L"(") || is(i, L"[")) && tokens_[i].kind == Token::open && !tokens_[i].statement_start) {
+      } else if (is(i, L"(", L"[") && tokens_[i].kind == Token::open && !tokens_[i].statement_start) {
         i = tokens_[i].partner + 1;
       } else {
         break;
@@ -157,10 +158,10 @@ class Rewriter {
     for (;;) {
       if (tokens_[i].kind == Token::close) {
         i = tokens_[i].partner;
-        const bool indexes = is(i, L"(") || is(i, L"[") || text_[tokens_[i].begin] == L'`';
+        const bool indexes = is(i, L"(", L"[") || text_[tokens_[i].begin] == L'`';
         if (!indexes || i == 0 || !tokens_[i - 1].ends_operand || tokens_[i].statement_start) return i;
         --i;
-      } else if (i >= 2 && (is(i - 1, L".") || is(i - 1, L"?."))) {
+      } else if (i >= 2 && is(i - 1, L".", L"?.")) {
         i -= 2;
       } else if (tokens_[i].kind == Token::literal && text_[tokens_[i].begin] == L'`' && i > 0 &&
                  tokens_[i - 1].ends_operand) {
@@ -175,13 +176,9 @@ class Rewriter {
   bool is_assigned_call(std::size_t i) const {
     if (!is(i, L")") || tokens_[i].kind != Token::close || !is_call(tokens_[i].partner)) return false;
     const std::size_t start = chain_start(tokens_[i].partner - 1);
-    if (tokens_[start].kind == Token::keyword || is(start, L"{") || (start > 0 && is(start - 1, L"new"))) return false;
-    if (i + 1 < tokens_.size()) {
-      if (is_assignment(i + 1)) return true;
-      if ((is(i + 1, L"++") || is(i + 1, L"--")) && tokens_[i + 1].ends_operand) return true;
-    }
-    const bool prefixed =
-        start > 0 && (is(start - 1, L"++") || is(start - 1, L"--")) && !tokens_[start - 1].ends_operand;
+    if (tokens_[start].kind == Token::keyword || is(start, L"{") || is(start - 1, L"new")) return false;
+    if (is_assignment(i + 1) || is_postfix(i + 1)) return true;
+    const bool prefixed = is(start - 1, L"++", L"--") && !tokens_[start - 1].ends_operand;
     return prefixed && chain_end(start) == i + 1;
   }
 
@@ -197,14 +194,17 @@ class Rewriter {
     if (i < 4 || !is(i, L")") || tokens_[i].partner != i - 1 || !is_call(i - 1)) return false;
     if (tokens_[i - 2].kind != Token::name || !is(i - 3, L".") || !may_be_property(word(i - 2))) return false;
     const std::size_t start = chain_start(i - 2);
-    if (tokens_[start].kind == Token::keyword || is(start, L"{") || is(start, L"super")) return false;
-    if (start > 0 && is(start - 1, L"new")) return false;
-    return !is_optional(start, i);
+    return starts_with_value(start) && !is(start - 1, L"new") && !is_optional(start, i);
+  }
+
+  // Whether a chain that starts there starts with what can be handed to a function.
+  bool starts_with_value(std::size_t start) const {
+    return tokens_[start].kind != Token::keyword && !is(start, L"{", L"super");
   }
 
   // Whether the chain from `start` to `end` may end early: `a?.b.C()` goes no further where there is no `a`.
   bool is_optional(std::size_t start, std::size_t end) const {
-    if (start > 0 && is(start - 1, L"?.")) return true;
+    if (is(start - 1, L"?.")) return true;
     for (std::size_t at = start; at < end; ++at) {
       if (is(at, L"?.")) return true;
     }
@@ -213,19 +213,11 @@ class Rewriter {
 
   // `o.Item` that is neither called nor assigned to, as a value anywhere in an expression; `i` is the name.
   bool is_item(std::size_t i) const {
-    if (i < 2 || tokens_[i].kind != Token::name || !is(i - 1, L".")) return false;
-    if (!is(i, L"Item") && !is(i, L"item")) return false;
-    if (i + 1 < tokens_.size()) {
-      if (is(i + 1, L"(") || is(i + 1, L"=>") || word(i + 1).starts_with(L'`') || is_assignment(i + 1)) return false;
-      if ((is(i + 1, L"++") || is(i + 1, L"--")) && tokens_[i + 1].ends_operand) return false;
-      if (is(i + 1, L"of") || is(i + 1, L"in")) return false;
-    }
+    if (i < 2 || tokens_[i].kind != Token::name || !is(i - 1, L".") || !is(i, L"Item", L"item")) return false;
+    if (is(i + 1, L"(", L"=>", L"of", L"in") || word(i + 1).starts_with(L'`')) return false;
+    if (is_assignment(i + 1) || is_postfix(i + 1)) return false;
     const std::size_t start = chain_start(i);
-    if (tokens_[start].kind == Token::keyword || is(start, L"{") || is(start, L"super")) return false;
-    if (start > 0 &&
-        (is(start - 1, L"new") || is(start - 1, L"delete") || is(start - 1, L"++") || is(start - 1, L"--"))) {
-      return false;
-    }
+    if (!starts_with_value(start) || is(start - 1, L"new", L"delete", L"++", L"--")) return false;
     return !is_optional(start, i) && !is_in_pattern();
   }
 
