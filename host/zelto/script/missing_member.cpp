@@ -48,39 +48,23 @@ bool has_name(IDispatch* object, std::wstring name) {
 std::wstring guessed(IDispatch* object, std::wstring_view wanted) {
   constexpr std::wstring_view kLetters = L"etaoinshrdlucmfwypvbgkqjxz0123456789_";
   if (wanted.size() > language::kLongestMistypedName) return {};
+  std::wstring found;
   for (std::size_t at = 0; at <= wanted.size(); ++at) {
-    std::wstring other(wanted);
-    if (at + 1 < wanted.size()) {
-      std::swap(other[at], other[at + 1]);
-      if (has_name(object, other)) return other;
-      std::swap(other[at], other[at + 1]);
-    }
-    if (at < wanted.size() && has_name(object, std::wstring(wanted).erase(at, 1))) {
-      return std::wstring(wanted).erase(at, 1);
-    }
-    for (const wchar_t letter : kLetters) {
-      if (has_name(object, std::wstring(wanted).insert(at, 1, letter)))
-        return std::wstring(wanted).insert(at, 1, letter);
-      if (at == wanted.size()) continue;
-      other[at] = letter;
-      if (has_name(object, other)) return other;
+    const auto fits_with = [&](std::size_t removed, std::wstring_view inserted) {
+      found = std::wstring(wanted).replace(at, removed, inserted);
+      return has_name(object, found);
+    };
+    const std::size_t left = wanted.size() - at;
+    if (left > 1 && fits_with(2, std::wstring{wanted[at + 1], wanted[at]})) return found;
+    if (left > 0 && fits_with(1, {})) return found;
+    for (const wchar_t& letter : kLetters) {
+      if (fits_with(0, {&letter, 1}) || (left > 0 && fits_with(1, {&letter, 1}))) return found;
     }
   }
   return {};
 }
 
 }  // namespace
-
-std::wstring describe_missing(IDispatch* object, std::wstring_view kind, std::wstring_view name) {
-  const CComPtr<ITypeInfo> info = type_of(object);
-  std::wstring owner = kind_of(info.get());
-  if (owner.empty()) owner = kind;
-  const std::vector<std::wstring> names = names_of(info.get());
-  const std::wstring near = names.empty() ? guessed(object, name) : language::nearest_name(names, name);
-  std::wstring member = L"'" + (owner.empty() ? L"" : owner + L".") + std::wstring(name) + L"'";
-  if (!near.empty()) member += L", did you mean '" + near + L"'?";
-  return describe(DISP_E_UNKNOWNNAME, L"Object doesn't support this property or method: " + member, {});
-}
 
 void MissingMember::note(CComPtr<IDispatch> object, std::wstring_view kind, std::u16string_view name) {
   object_ = std::move(object);
@@ -89,7 +73,17 @@ void MissingMember::note(CComPtr<IDispatch> object, std::wstring_view kind, std:
   is_fresh_ = true;
 }
 
-std::wstring MissingMember::words() const { return describe_missing(object_.get(), kind_, to_wide(name_)); }
+std::wstring MissingMember::words() const {
+  const std::wstring name = to_wide(name_);
+  const CComPtr<ITypeInfo> info = type_of(object_.get());
+  std::wstring owner = kind_of(info.get());
+  if (owner.empty()) owner = kind_;
+  const std::vector<std::wstring> names = names_of(info.get());
+  const std::wstring near = names.empty() ? guessed(object_.get(), name) : language::nearest_name(names, name);
+  std::wstring member = L"'" + (owner.empty() ? L"" : owner + L".") + name + L"'";
+  if (!near.empty()) member += L", did you mean '" + near + L"'?";
+  return describe(DISP_E_UNKNOWNNAME, L"Object doesn't support this property or method: " + member, {});
+}
 
 // The engine says of a call "…o.Name is not a function. (In '…', '…o.Name' is undefined)", and of what lies behind
 // it "undefined is not an object (evaluating '…o.Name.x')".
