@@ -3,7 +3,7 @@
 #include <korlib/activation.h>
 
 #include "intrinsics/value_text.h"
-#include "script/stack.h"
+#include "script/watchdog.h"
 #include "text/charset.h"
 #include "text/html.h"
 #include "text/path_segments.h"

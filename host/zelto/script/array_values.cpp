@@ -3,7 +3,6 @@
 #include <cstring>
 #include <vector>
 
-#include "script/stack.h"
 #include "script/text.h"
 
 namespace zelto::script {

@@ -8,7 +8,6 @@
 #include <array>
 #include <utility>
 
-#include "script/stack.h"
 #include "script/text.h"
 
 namespace zelto::script {

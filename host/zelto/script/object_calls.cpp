@@ -7,7 +7,6 @@
 
 #include "script/automation_object.h"
 #include "script/realm.h"
-#include "script/stack.h"
 
 namespace zelto::script {
 namespace {

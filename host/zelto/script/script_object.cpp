@@ -4,7 +4,6 @@
 #include <korlib_host/errors.h>
 
 #include "script/call_arguments.h"
-#include "script/stack.h"
 
 namespace zelto::script {
 namespace {

@@ -1,11 +1,13 @@
 #include "script/watchdog.h"
 
+#include <korlib_host/errors.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <utility>
 
+#include "base/thread.h"
 #include "script/engine.h"
 #include "script/text.h"
 
@@ -24,6 +26,13 @@ constexpr double kLookEvery = 0.25;
 // when its watchdog fires in the moment in which the machine is destroyed, and a page that ends itself is
 // often the last thing that a process does.
 constexpr double kGraceSeconds = 0.2;
+
+// Of the stack, enough for a few levels of component and engine frames; sanitizers make frames several times larger.
+#ifdef KOR_SANITIZED
+constexpr std::size_t kStackReserve = 2u << 20;
+#else
+constexpr std::size_t kStackReserve = 512u << 10;
+#endif
 
 // Of the whole process; 0 when it is unknown.
 std::size_t resident_bytes() {
@@ -138,6 +147,12 @@ HRESULT stop_page() noexcept {
 bool is_unwinding() noexcept {
   const Engine* engine = Engine::current();
   return engine && engine->watchdog().is_running() && engine->watchdog().is_unwinding();
+}
+
+bool stack_is_low() noexcept { return base::stack_room() < kStackReserve; }
+
+HRESULT check_stack() noexcept {
+  return stack_is_low() ? korlib::raise(kOutOfStack, L"Zelto", L"Out of stack space") : S_OK;
 }
 
 }  // namespace zelto::script

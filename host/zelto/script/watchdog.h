@@ -1,4 +1,4 @@
-// Ending a page from inside one of its calls.
+// What a page may not use up, and ending it from inside one of its calls.
 //
 // Response.End, Response.Redirect, a time-out and a heap that is too large leave the script from the middle of a call,
 // through whatever component frames lie between. The engine remembers that it is unwinding; until the outermost
@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstddef>
 
+#include <korlib/activation.h>
 #include <korlib/hresult.h>
 
 #include "script/jsc.h"
@@ -26,6 +27,14 @@ HRESULT stop_page() noexcept;
 
 // True from stop_page(), a time-out or a heap that is too large until the outermost run has returned.
 bool is_unwinding() noexcept;
+
+// True when another level of calls may not fit on the thread's stack: a page may recurse through native frames (script
+// calls component calls script, or a template that includes itself) where no engine counts. Whoever begins another
+// level asks first and refuses with kOutOfStack, so that the page fails and the process lives.
+using korlib::kOutOfStack;
+bool stack_is_low() noexcept;
+// S_OK, or kOutOfStack with the thread's error object saying so.
+HRESULT check_stack() noexcept;
 
 // The limits of one virtual machine, and how its page is being left. For the engine's thread only.
 class Watchdog {
