@@ -13,14 +13,10 @@ ParsedScript::ParsedScript(JSContextGroupRef group, std::u16string_view text, co
   const JsString source(text);
   const JsString name(url.c_str());
   JSStringRef error = nullptr;
-  script_ = JSScriptCreateFromString(group, name.get(), 1, source.get(), &error, &line_);
+  script_.reset(JSScriptCreateFromString(group, name.get(), 1, source.get(), &error, &line_));
   if (!error) return;
   const JsString owned(error);
   message_ = to_wide(owned.view());
-}
-
-ParsedScript::~ParsedScript() {
-  if (script_) JSScriptRelease(script_);
 }
 
 const ParsedScript& ParsedScripts::of(const std::shared_ptr<const language::Program>& program) {

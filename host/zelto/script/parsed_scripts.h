@@ -14,16 +14,16 @@ namespace zelto::script {
 class ParsedScript {
  public:
   ParsedScript(JSContextGroupRef group, std::u16string_view text, const std::string& url);
-  ParsedScript(const ParsedScript&) = delete;
-  ParsedScript& operator=(const ParsedScript&) = delete;
-  ~ParsedScript();
 
-  JSScriptRef get() const noexcept { return script_; }  // null: a syntax error
+  JSScriptRef get() const noexcept { return script_.get(); }  // null: a syntax error
   const std::wstring& message() const noexcept { return message_; }
   int line() const noexcept { return line_; }
 
  private:
-  JSScriptRef script_ = nullptr;
+  struct Release {
+    void operator()(JSScriptRef script) const { JSScriptRelease(script); }
+  };
+  std::unique_ptr<OpaqueJSScript, Release> script_;
   std::wstring message_;
   int line_ = 0;
 };

@@ -12,16 +12,16 @@ JSValueRef on_unhandled_rejection(JSContextRef ctx, JSObjectRef, JSObjectRef, st
 
 }  // namespace
 
-Realm::Context::~Context() {
+void Realm::ReleaseContext::operator()(JSGlobalContextRef context) const {
   // The engine never lets go of this callback: a function of this realm would keep all of it in memory.
-  JSGlobalContextSetUnhandledRejectionCallback(context_, engine_.idle_function(), nullptr);
-  JSGlobalContextRelease(context_);
-  if (!engine_.has_realms()) engine_.watchdog().free_garbage();
+  JSGlobalContextSetUnhandledRejectionCallback(context, engine.idle_function(), nullptr);
+  JSGlobalContextRelease(context);
+  if (!engine.has_realms()) engine.watchdog().free_garbage();
 }
 
 Realm::Realm(Engine& engine)
     : engine_(engine),
-      context_(engine),
+      context_(JSGlobalContextCreateInGroup(engine.group(), nullptr), ReleaseContext{engine}),
       prelude_(engine, context_.get()),
       reports_(context_.get(), missing_),
       errors_(engine, context_.get(), prelude_, reports_, missing_),

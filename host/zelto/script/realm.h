@@ -71,25 +71,15 @@ class Realm {
   const language::Program* running() const noexcept { return running_; }
 
  private:
-  // The engine's context: the first of the realm's parts, and the last to go.
-  class Context {
-   public:
-    explicit Context(Engine& engine)
-        : engine_(engine), context_(JSGlobalContextCreateInGroup(engine.group(), nullptr)) {}
-    ~Context();
-    Context(const Context&) = delete;
-    Context& operator=(const Context&) = delete;
-    JSGlobalContextRef get() const noexcept { return context_; }
-
-   private:
-    Engine& engine_;
-    JSGlobalContextRef context_;
+  struct ReleaseContext {
+    Engine& engine;
+    void operator()(JSGlobalContextRef context) const;
   };
 
   Outcome outcome_of(JSValueRef exception);
 
   Engine& engine_;
-  Context context_;
+  std::unique_ptr<OpaqueJSContext, ReleaseContext> context_;  // the first of the realm's parts, and the last to go
   Prelude prelude_;
   MissingMember missing_;
   ErrorReports reports_;

@@ -19,7 +19,7 @@ JsString::JsString(std::wstring_view text) {
   const std::size_t length = korlib::utf16_length(text);
   if (length <= buffer.size()) {
     korlib::fill_utf16(text, buffer.data());
-    string_ = JSStringCreateWithCharacters(reinterpret_cast<const JSChar*>(buffer.data()), length);
+    string_.reset(JSStringCreateWithCharacters(reinterpret_cast<const JSChar*>(buffer.data()), length));
   } else {
     *this = JsString(to_utf16(text));
   }

@@ -1,9 +1,9 @@
 // Text between the engine (UTF-16) and the objects (UTF-32).
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include <korlib/bstr.h>
 #include <korlib_host/unicode.h>
@@ -20,23 +20,16 @@ class JsString {
   explicit JsString(std::wstring_view text);
   explicit JsString(std::u16string_view text);
   JsString(const char* utf8) : string_(JSStringCreateWithUTF8CString(utf8)) {}
-  JsString(JsString&& other) noexcept : string_(std::exchange(other.string_, nullptr)) {}
-  JsString& operator=(JsString&& other) noexcept {
-    std::swap(string_, other.string_);
-    return *this;
-  }
-  JsString(const JsString&) = delete;
-  JsString& operator=(const JsString&) = delete;
-  ~JsString() {
-    if (string_) JSStringRelease(string_);
-  }
 
-  JSStringRef get() const noexcept { return string_; }
-  std::u16string_view view() const { return view_of(string_); }
+  JSStringRef get() const noexcept { return string_.get(); }
+  std::u16string_view view() const { return view_of(get()); }
   static std::u16string_view view_of(JSStringRef string);
 
  private:
-  JSStringRef string_ = nullptr;
+  struct Release {
+    void operator()(JSStringRef string) const { JSStringRelease(string); }
+  };
+  std::unique_ptr<OpaqueJSString, Release> string_;
 };
 
 using korlib::to_utf16;
