@@ -70,7 +70,7 @@ JSValueRef read_member(Realm& realm, JSObjectRef object, AutomationObject& held,
   const DISPID id = known->id;
   if (!known->is_function) {
     CComVariant value;
-    hr = realm.calls().get(dispatch.get(), id, DISPATCH_PROPERTYGET, &value);
+    hr = realm.calls().invoke(dispatch.get(), id, DISPATCH_PROPERTYGET, {}, &value);
     if (is_unwinding() || (FAILED(hr) && !is_refused(hr))) return realm.errors().raise(hr, to_wide(text), exception);
     if (SUCCEEDED(hr)) return realm.values().to_script(value, exception);
     held.names().mark_function(text);
@@ -165,15 +165,14 @@ JSValueRef object_value_of(JSContextRef ctx, JSObjectRef, JSObjectRef self, std:
 void get_property_names(JSContextRef ctx, JSObjectRef object, JSPropertyNameAccumulatorRef names) {
   auto* held = static_cast<AutomationObject*>(living_host_object(object));
   if (!held) return;
+  Realm& realm = *held->realm();
   std::vector<CComVariant> items;
   const CComPtr<IDispatch> dispatch = held->dispatch();
   JSValueRef refused = nullptr;
-  if (!held->realm()->calls().may_call(&refused) ||
-      FAILED(held->realm()->calls().collect_items(dispatch.get(), &items)))
-    return;
+  if (!realm.calls().may_call(&refused) || FAILED(realm.calls().collect_items(dispatch.get(), &items))) return;
   for (const CComVariant& item : items) {
     JSValueRef exception = nullptr;
-    JSValueRef value = held->realm()->values().to_script(item, &exception);
+    JSValueRef value = realm.values().to_script(item, &exception);
     const JsString text(value ? JSValueToStringCopy(ctx, value, &exception) : nullptr);
     if (!text.get()) continue;
     held->add_key(std::u16string(text.view()));

@@ -28,25 +28,15 @@ bool ObjectCalls::may_call(JSValueRef* exception) {
   return true;
 }
 
-HRESULT ObjectCalls::invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result) {
+HRESULT ObjectCalls::invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS params, VARIANT* result) {
   const CComPtr<IDispatch> alive(object);
   UINT refused = 0;
-  HRESULT hr = invoke_once(object, id, flags, params, result, &refused);
+  HRESULT hr = invoke_once(object, id, flags, &params, result, &refused);
   // A required argument that was `undefined`: each goes once, so this ends.
-  while (is_bad_argument(hr) && !is_unwinding() && CallArguments::fill_omitted(params, refused)) {
-    hr = invoke_once(object, id, flags, params, result, &refused);
+  while (is_bad_argument(hr) && !is_unwinding() && CallArguments::fill_omitted(&params, refused)) {
+    hr = invoke_once(object, id, flags, &params, result, &refused);
   }
   return hr;
-}
-
-HRESULT ObjectCalls::invoke(IDispatch* object, DISPID id, WORD flags, CallArguments& arguments, VARIANT* result) {
-  DISPPARAMS params = arguments.params();
-  return invoke(object, id, flags, &params, result);
-}
-
-HRESULT ObjectCalls::get(IDispatch* object, DISPID id, WORD flags, VARIANT* result) {
-  DISPPARAMS none{};
-  return invoke(object, id, flags, &none, result);
 }
 
 HRESULT ObjectCalls::invoke_once(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result,
@@ -81,30 +71,29 @@ JSValueRef ObjectCalls::call(const CallTarget& target, std::size_t count, const 
 
 JSValueRef ObjectCalls::call(const CallTarget& target, CallArguments& arguments, JSValueRef* exception) {
   CComVariant result;
-  const HRESULT hr = invoke(target.object.get(), target.id, kCall, arguments, &result);
+  const HRESULT hr = invoke(target.object.get(), target.id, kCall, arguments.params(), &result);
   return realm_.errors().check(hr, target.name, exception) ? realm_.values().to_script(result, exception) : nullptr;
 }
 
 JSValueRef ObjectCalls::call_bare(const CallTarget& target, JSValueRef otherwise, JSValueRef* exception) {
   if (!may_call(exception)) return nullptr;
   CComVariant result;
-  const HRESULT hr = get(target.object.get(), target.id, kCall, &result);
+  const HRESULT hr = invoke(target.object.get(), target.id, kCall, {}, &result);
   if (is_refused(hr) && otherwise && !is_unwinding()) return otherwise;
   return realm_.errors().check(hr, target.name, exception) ? realm_.values().to_script(result, exception) : nullptr;
 }
 
 HRESULT ObjectCalls::put_once(IDispatch* object, DISPID id, const CallArguments& arguments, const VARIANT& value) {
   PutArguments all(arguments, value);
-  DISPPARAMS params = all.params();
   const bool is_object = value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN;
   const WORD flags = is_object ? DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF : DISPATCH_PROPERTYPUT;
-  return invoke(object, id, flags, &params, nullptr);
+  return invoke(object, id, flags, all.params(), nullptr);
 }
 
 HRESULT ObjectCalls::get_object(IDispatch* object, DISPID id, CallArguments& arguments, WORD flags,
                                 CComPtr<IDispatch>* out) {
   CComVariant result;
-  RETURN_IF_FAILED(invoke(object, id, flags, arguments, &result));
+  RETURN_IF_FAILED(invoke(object, id, flags, arguments.params(), &result));
   if (result.vt == VT_DISPATCH) *out = result.pdispVal;
   return *out ? S_OK : DISP_E_MEMBERNOTFOUND;
 }
@@ -128,7 +117,7 @@ JSValueRef ObjectCalls::default_value(IDispatch* object, JSValueRef* exception) 
   CComPtr<IDispatch> current(object);
   for (int i = 0; i < kMostDefaults; ++i) {
     CComVariant result;
-    const HRESULT hr = get(current.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, &result);
+    const HRESULT hr = invoke(current.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {}, &result);
     if (is_refused(hr) && !is_unwinding()) return nullptr;
     if (!realm_.errors().check(hr, {}, exception)) return nullptr;
     if (result.vt != VT_DISPATCH || !result.pdispVal) return realm_.values().to_script(result, exception);
@@ -139,7 +128,7 @@ JSValueRef ObjectCalls::default_value(IDispatch* object, JSValueRef* exception) 
 
 HRESULT ObjectCalls::collect_items(IDispatch* object, std::vector<CComVariant>* items) {
   CComVariant result;
-  RETURN_IF_FAILED(get(object, DISPID_NEWENUM, kCall, &result));
+  RETURN_IF_FAILED(invoke(object, DISPID_NEWENUM, kCall, {}, &result));
   if ((result.vt != VT_UNKNOWN && result.vt != VT_DISPATCH) || !result.punkVal) return DISP_E_TYPEMISMATCH;
   CComPtr<IEnumVARIANT> enumerator;
   RETURN_IF_FAILED(result.punkVal->QueryInterface(korlib::iid_of<IEnumVARIANT>, enumerator.put_void()));

@@ -43,11 +43,9 @@ class ObjectCalls {
   // out of stack.
   bool may_call(JSValueRef* exception);
 
-  // These make the call and answer a failing result as it is. An omitted argument that the object says it cannot
-  // take is VT_EMPTY in `params` afterwards.
-  HRESULT invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result);
-  HRESULT invoke(IDispatch* object, DISPID id, WORD flags, CallArguments& arguments, VARIANT* result);
-  HRESULT get(IDispatch* object, DISPID id, WORD flags, VARIANT* result);  // without arguments
+  // Makes the call and answers a failing result as it is. An omitted argument that the object says it cannot take is
+  // VT_EMPTY afterwards.
+  HRESULT invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS params, VARIANT* result);
 
   JSValueRef call(const CallTarget& target, std::size_t count, const JSValueRef* values, JSValueRef* exception);
   JSValueRef call(const CallTarget& target, CallArguments& arguments, JSValueRef* exception);

@@ -128,8 +128,7 @@ bool Values::object_to_variant(JSObjectRef object, VARIANT* out, JSValueRef* exc
 JSValueRef Values::number_to_script(const VARIANT& value, JSValueRef* exception) {
   CComVariant number;
   const HRESULT hr = VariantChangeType(&number, &value, 0, VT_R8);
-  if (SUCCEEDED(hr)) return JSValueMakeNumber(context_, number.dblVal);
-  return errors_.raise(hr, {}, exception);
+  return SUCCEEDED(hr) ? JSValueMakeNumber(context_, number.dblVal) : errors_.raise(hr, {}, exception);
 }
 
 // What a value points to.
@@ -144,8 +143,7 @@ JSValueRef Values::referenced_to_script(const VARIANT& value, JSValueRef* except
   }
   CComVariant copy;
   const HRESULT hr = VariantCopyInd(&copy, &value);
-  if (SUCCEEDED(hr)) return to_script(copy, exception);
-  return errors_.raise(hr, {}, exception);
+  return SUCCEEDED(hr) ? to_script(copy, exception) : errors_.raise(hr, {}, exception);
 }
 
 bool Values::to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception) {
