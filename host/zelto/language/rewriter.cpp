@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "base/letter_case.h"
-#include "language/source_edits.h"
 #include "language/tokens.h"
 
 namespace zelto::language {
@@ -53,8 +52,7 @@ class Rewriter {
         read_item(i);
       }
     }
-    auto [text, shifts] = edits_.apply();
-    return {std::move(text), declares_lexical_names_, std::move(shifts), {}};
+    return {edits_.apply(), declares_lexical_names_, {}};
   }
 
  private:
@@ -304,7 +302,7 @@ class Rewriter {
 
 Rewritten rewrite(std::wstring_view text) {
   const auto tokens = tokenize(text);
-  if (!tokens) return {std::wstring(text), true, {}, {}};
+  if (!tokens) return {{std::wstring(text), {}}, true, {}};
   Rewritten rewritten = Rewriter(text, tokens->all).run();
   rewritten.markup_comments = tokens->markup_comments;
   return rewritten;

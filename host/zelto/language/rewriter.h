@@ -24,13 +24,12 @@
 #include <vector>
 
 #include "language/program.h"
+#include "language/source_edits.h"
 
 namespace zelto::language {
 
-struct Rewritten {
-  std::wstring text;
+struct Rewritten : EditedText {
   bool declares_lexical_names = false;       // a top-level let, const or class
-  std::vector<ColumnShift> shifts;           // in the order of the text
   std::vector<std::size_t> markup_comments;  // where "<!--" begins a comment in the text that was given
 };
 
