@@ -155,7 +155,7 @@ JSValueRef object_to_string(JSContextRef ctx, JSObjectRef, JSObjectRef self, std
 
 JSValueRef object_value_of(JSContextRef ctx, JSObjectRef, JSObjectRef self, std::size_t, const JSValueRef*,
                            JSValueRef* exception) {
-  Realm* realm = Realm::of(ctx);
+  Realm* realm = Engine::realm_of(ctx);
   if (!realm || !realm->engine().classes().is_automation_object(ctx, self)) return self;
   JSValueRef value = convert_object(ctx, self, kJSTypeNumber, exception);
   return value ? value : JSValueMakeUndefined(ctx);

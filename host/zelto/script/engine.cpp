@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <mutex>
+#include <ranges>
 
 #include "script/prelude.h"
 #include "script/realm.h"
@@ -82,10 +83,11 @@ Engine::~Engine() {
 
 Engine* Engine::current() noexcept { return t_current; }
 
-Realm* Engine::realm_of(JSContextRef ctx) const {
+Realm* Engine::realm_of(JSContextRef ctx) {
+  if (!t_current) return nullptr;
   JSGlobalContextRef global = JSContextGetGlobalContext(ctx);
-  for (auto realm = realms_.rbegin(); realm != realms_.rend(); ++realm) {
-    if ((*realm)->context() == global) return *realm;
+  for (Realm* realm : t_current->realms_ | std::views::reverse) {
+    if (realm->context() == global) return realm;
   }
   return nullptr;
 }

@@ -65,8 +65,8 @@ class Engine {
   ParsedScripts& scripts() noexcept { return scripts_; }
   DepartedException& departed() noexcept { return departed_; }
 
-  // The realm whose code is running; null for one that is gone.
-  Realm* realm_of(JSContextRef ctx) const;
+  // The realm of the calling thread's engine whose code is running; null for one that is gone.
+  static Realm* realm_of(JSContextRef ctx);
   void add_realm(Realm* realm) { realms_.push_back(realm); }
   void remove_realm(Realm* realm) { std::erase(realms_, realm); }
   bool has_realms() const noexcept { return !realms_.empty(); }

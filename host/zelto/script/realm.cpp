@@ -5,7 +5,7 @@ namespace {
 
 JSValueRef on_unhandled_rejection(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count,
                                   const JSValueRef* values, JSValueRef*) {
-  Realm* realm = Realm::of(ctx);
+  Realm* realm = Engine::realm_of(ctx);
   if (realm && count > 1 && !realm->engine().watchdog().is_unwinding()) realm->reports().note_rejection(values[1]);
   return JSValueMakeUndefined(ctx);
 }
@@ -39,11 +39,6 @@ Realm::~Realm() {
   engine_.release_buried();
   wrappers_.end();
   engine_.remove_realm(this);
-}
-
-Realm* Realm::of(JSContextRef ctx) {
-  Engine* engine = Engine::current();
-  return engine ? engine->realm_of(ctx) : nullptr;
 }
 
 Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {

@@ -56,7 +56,6 @@ class Realm {
   IDispatch* global() { return wrappers_.to_automation(globals_.object()).detach(); }
 
   // The realm's parts, for this room.
-  static Realm* of(JSContextRef ctx);  // the one whose code is running; null for one that is gone
   Engine& engine() noexcept { return engine_; }
   JSContextRef context() const noexcept { return context_.get(); }
   const Prelude& prelude() const noexcept { return prelude_; }

@@ -17,7 +17,7 @@ bool is_object_of(Realm& realm, JSValueRef value, JSClassRef jsclass) {
 template <JSValueRef (*function)(Realm&, std::size_t, const JSValueRef*, JSValueRef*)>
 JSValueRef entry(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count, const JSValueRef* values,
                  JSValueRef* exception) {
-  Realm* realm = Realm::of(ctx);
+  Realm* realm = Engine::realm_of(ctx);
   JSValueRef value = realm ? function(*realm, count, values, exception) : nullptr;
   return value ? value : JSValueMakeUndefined(ctx);
 }
@@ -156,7 +156,7 @@ JSValueRef known(Realm& realm, std::size_t count, const JSValueRef* values, JSVa
 }
 
 bool set_thrown(JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef value, JSValueRef*) {
-  if (Realm* realm = Realm::of(ctx)) realm->reports().note_throw(value);
+  if (Realm* realm = Engine::realm_of(ctx)) realm->reports().note_throw(value);
   return true;
 }
 
