@@ -11,7 +11,7 @@ namespace zelto {
 namespace {
 
 LoadedPage failed(const std::string& what, const std::string& file, int line) {
-  return {nullptr, language::ScriptError{to_wide(what), L"Page", E_FAIL, file, line, 0}, {}};
+  return {nullptr, language::ScriptError{{file, line, 0}, to_wide(what), L"Page", E_FAIL}, {}};
 }
 
 bool is_current(const pages::CompiledPage& page) {
