@@ -116,7 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     int count = -1;
     fuzz::require(form && form->get_Count(&count) == S_OK, "a form, whatever the body");
     fuzz::require(count == static_cast<int>(fields.size()), "the number of fields");
-    for (const auto& field : fields) require_field(*form.get(), field, code_page);
+    for (const auto& field : fields) require_field(*form, field, code_page);
   }
   fuzz::require(g_nRefCount == 0, "nothing is held");
   return 0;

@@ -91,13 +91,9 @@ class Reader {
         return true;
       } else if (take_literally(kClose, part)) {
         --depth;
-      } else if (depth == 0 && parts.size() == 1 && take(kName)) {
+      } else if (depth == 0 && ((parts.size() == 1 && take(kName)) || take(kParam))) {
         parts.emplace_back();
-      } else if (take_literally(kName, part)) {
-        continue;
-      } else if (depth == 0 && take(kParam)) {
-        parts.emplace_back();
-      } else if (!take_literally(kParam, part)) {
+      } else if (!take_literally(kName, part) && !take_literally(kParam, part)) {
         take_character(part);
       }
     }

@@ -15,16 +15,18 @@ HRESULT read_host_value(const CComPtr<Values>& values, BSTR name, CComVariant* v
 constexpr auto kRowOfType = [] {
   std::array<unsigned char, 128> rows{};
   rows.fill(std::size(kMarkKinds));
-  for (std::size_t row = 0; row < std::size(kMarkKinds); ++row)
-    rows[static_cast<std::size_t>(kMarkKinds[row].type)] = static_cast<unsigned char>(row);
+  for (std::size_t row = 0; row < std::size(kMarkKinds); ++row) {
+    rows.at(static_cast<char32_t>(kMarkKinds[row].type)) = static_cast<unsigned char>(row);
+  }
   return rows;
 }();
 
 }  // namespace
 
 const MarkKind* find_mark_kind(wchar_t type, MarkOwner owner) {
-  if (type < 0 || static_cast<std::size_t>(type) >= kRowOfType.size()) return nullptr;
-  const std::size_t row = kRowOfType[static_cast<std::size_t>(type)];
+  const auto character = static_cast<char32_t>(type);
+  if (character >= kRowOfType.size()) return nullptr;
+  const std::size_t row = kRowOfType[character];
   return row < std::size(kMarkKinds) && draws(owner, kMarkKinds[row]) ? &kMarkKinds[row] : nullptr;
 }
 

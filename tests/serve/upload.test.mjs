@@ -197,33 +197,20 @@ test('a body at the limit is taken', async () => {
   assert.equal(valuesOf(answer).a[0].length, (16 << 20) - frame);
 });
 
-// Sends a chunked body of so many mebibytes and bytes; answers what came, and the errors that the client saw.
-async function sendChunked(mebibytes, bytes) {
-  const { hostname, port } = new URL(site.address);
-  const socket = connect(port, hostname);
-  const errors = [];
-  let answer = '';
-  socket.on('error', (error) => errors.push(error.code));
-  socket.on('data', (received) => { answer += received; });
+test('a chunked body over the limit is refused without a reset', async () => {
+  const { socket, closed } = dial();
+  const lost = [];
+  socket.on('error', (error) => lost.push(error.code));
   socket.write(head('Transfer-Encoding: chunked\r\n'));
-  for (const size of [...Array(mebibytes).fill(1 << 20), bytes]) {
+  const size = 1 << 20;
+  for (let i = 0; i < 24; ++i) {
     socket.write(`${size.toString(16)}\r\n`);
     socket.write(Buffer.alloc(size, 'x'));
     socket.write('\r\n');
   }
   socket.end('0\r\n\r\n');
-  await new Promise((closed) => socket.on('close', closed));
-  return { answer, errors };
-}
-
-test('a chunked body over the limit is refused without a reset', async () => {
-  const { answer, errors } = await sendChunked(16, 200_000);
-  assert.deepEqual(errors, []);
-  assert.match(answer, /Upload size exceeds maximum limit\.\[16977216B\]/);
-});
-
-test('a client that sends far too much is answered while it does, and cut off', async () => {
-  const { answer } = await sendChunked(40, 1);
+  const answer = await closed;
+  assert.deepEqual(lost, []);
   assert.match(answer, /Upload size exceeds maximum limit\.\[17825792B\]/, 'what was counted until then');
 });
 

@@ -70,9 +70,6 @@ class UnusedResponse : public Response {
   HRESULT get_Status(BSTR*) override { return E_NOTIMPL; }
   HRESULT put_Status(BSTR) override { return E_NOTIMPL; }
   HRESULT get_CodePage(LONG*) override { return E_NOTIMPL; }
-
- protected:
-  ~UnusedResponse() = default;
 };
 
 }  // namespace test

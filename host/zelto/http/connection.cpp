@@ -236,7 +236,7 @@ void Connection::prepare_sink(bool keep_alive) {
 }
 
 void Connection::submit_unread() {
-  unread_input_ = true;
+  unread_input_ = page_answered_ = true;
   submit();
 }
 
@@ -358,7 +358,8 @@ void Connection::next_request() {
 }
 
 // Closing while the client still sends would reset the connection and lose the answer on its way. So some of that is
-// read and dropped; a client that sends more has until the end of the time to read its answer.
+// read and dropped; a client that sends more has until the end of the time to read its answer. Of an upload that is too
+// large everything is: a browser reads the page's answer only when it has sent it all.
 void Connection::drain() {
   phase_ = Phase::draining;
   sink_.reset(-1, {});
@@ -373,7 +374,7 @@ void Connection::drain() {
 
 void Connection::drain_more() {
   drained_ += reader_.drop();
-  if (drained_ < limits().drain_bytes) receive(&Connection::drain_more);
+  if (page_answered_ || drained_ < limits().drain_bytes) receive(&Connection::drain_more);
 }
 
 void Connection::close() {

@@ -108,9 +108,10 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   Deadline deadline_;
 
   Phase phase_ = Phase::head;
-  bool last_ = false;          // the connection closes after this answer
-  bool unread_input_ = false;  // the request was answered before it was read to its end
-  bool in_worker_ = false;     // or waiting for one
+  bool last_ = false;           // the connection closes after this answer
+  bool unread_input_ = false;   // the request was answered before it was read to its end
+  bool page_answered_ = false;  // that request, and not the host
+  bool in_worker_ = false;      // or waiting for one
   bool aborted_ = false;
   bool timed_out_ = false;
   unsigned served_ = 0;

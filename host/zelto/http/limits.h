@@ -24,7 +24,8 @@ struct HttpLimits {
   Duration turn_timeout = std::chrono::seconds(30);  // that a request waits for those before it of its session
   Duration keep_alive_timeout = std::chrono::seconds(15);
   unsigned keep_alive_requests = 1000;
-  // Reading on after an answer that came too early. Whichever is reached first.
+  // Reading on after an answer that came too early: whichever is reached first. The bytes do not count when it was a
+  // page that answered.
   Duration drain_timeout = std::chrono::seconds(5);
   std::uint64_t drain_bytes = std::uint64_t{256} * 1024;
   std::size_t connections = 4096;

@@ -1,7 +1,7 @@
 // The arguments of one call. Automation has them in reverse; that order is known in here only.
 #pragma once
 
-#include <ranges>
+#include <boost/range/iterator_range.hpp>
 #include <span>
 #include <vector>
 
@@ -28,7 +28,7 @@ class CallArguments {
   static auto in_order(const DISPPARAMS* params) {
     std::span<const VARIANT> given;
     if (params) given = {params->rgvarg, params->cArgs};
-    return given | std::views::reverse;
+    return boost::make_iterator_range(given.rbegin(), given.rend());
   }
 
   // Makes an omitted argument, which Invoke refused by this index (*puArgErr), the empty value. False when it names

@@ -145,20 +145,20 @@ TEST(Utf8, AcceptsNoTextAtAll) {
 TEST(Utf8, ReadsOneCharacterAtATime) {
   const struct {
     std::string_view bytes;
-    char32_t value;
     std::size_t length;
+    char32_t value;
     bool is_well_formed;
   } rows[] = {
-      {"ab", U'a', 1, true},
-      {"\xC3\xA4z", 0xE4, 2, true},
-      {"\xEF\xBF\xBD", 0xFFFD, 3, true},  // the replacement itself
-      {"\xF0\x9F\x98\x80", 0x1F600, 4, true},
-      {"\x80", 0xFFFD, 1, false},
-      {"\xC0\xAF", 0xFFFD, 1, false},          // overlong
-      {"\xED\xA0\x80", 0xFFFD, 1, false},      // a surrogate
-      {"\xF4\x90\x80\x80", 0xFFFD, 1, false},  // above U+10FFFF
-      {"\xE2\x82", 0xFFFD, 2, false},          // cut short
-      {"\xE2\x82z", 0xFFFD, 2, false},
+      {"ab", 1, U'a', true},
+      {"\xC3\xA4z", 2, 0xE4, true},
+      {"\xEF\xBF\xBD", 3, 0xFFFD, true},  // the replacement itself
+      {"\xF0\x9F\x98\x80", 4, 0x1F600, true},
+      {"\x80", 1, 0xFFFD, false},
+      {"\xC0\xAF", 1, 0xFFFD, false},          // overlong
+      {"\xED\xA0\x80", 1, 0xFFFD, false},      // a surrogate
+      {"\xF4\x90\x80\x80", 1, 0xFFFD, false},  // above U+10FFFF
+      {"\xE2\x82", 2, 0xFFFD, false},          // cut short
+      {"\xE2\x82z", 2, 0xFFFD, false},
   };
   for (const auto& row : rows) {
     const korlib::Utf8Character read = korlib::first_utf8(row.bytes);

@@ -12,7 +12,7 @@ class GoingOn : public PageTest {
   void SetUp() override { asp_.calls->raise_words(); }
   // A script object whose default member fails with an error text: a value that cannot be shown.
   CComPtr<FakeScript> without_text() {
-    const CComPtr<FakeScript> object = FakeScript::make();
+    CComPtr<FakeScript> object = FakeScript::make();
     object->failing(L"", E_FAIL, L"The object's words.");
     return object;
   }

@@ -9,7 +9,7 @@ CComPtr<IDispatch> PageTest::new_page() {
 
 CComPtr<FakeScript> PageTest::hold_page_that_leaves(CComPtr<IDispatch>& held) {
   held = new_page();
-  const CComPtr<FakeScript> own = FakeScript::make();
+  CComPtr<FakeScript> own = FakeScript::make();
   own->value(L"v", CComVariant(L"v"));
   own->function(L"leave", [&held](const Arguments&) {
     held.reset();

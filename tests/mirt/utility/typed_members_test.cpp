@@ -46,7 +46,8 @@ TEST_F(TypedUtility, NullStringsAreEmpty) {
 }
 
 TEST_F(TypedUtility, FailuresLeaveTheResultsDefined) {
-  auto* const poison = reinterpret_cast<BSTR>(static_cast<std::uintptr_t>(0xA5A5));
+  wchar_t nobodys = 0;
+  const BSTR poison = &nobodys;  // must not be freed
   CComVariant number(LONG{1});
   const auto expect_null = [&](HRESULT hr, BSTR out) {
     EXPECT_TRUE(FAILED(hr));

@@ -57,6 +57,7 @@ class WorkerPoolTest : public ::testing::Test {
   std::vector<std::string> order;
   Gate gate;
   Gate last;
+  Gate done;
   WorkerPool pool{[] { return std::make_unique<IdleWorker>(); }, {.threads = 2, .queue = 3, .turn_queue = 2}};
 };
 
@@ -67,7 +68,6 @@ TEST_F(WorkerPoolTest, HasJobsOfOneTurnWaitWithoutAWorker) {
   EXPECT_EQ(Submitted::waits_for_turn, pool.submit(noting("last"), "one"));
   EXPECT_EQ(Submitted::refused, pool.submit(noting("third"), "one"));
   // The other worker is free for others.
-  Gate done;
   EXPECT_EQ(Submitted::queued, pool.submit(noting("other turn"), "two"));
   EXPECT_EQ(Submitted::queued, pool.submit(job([&] { done.wait_here(); })));
   done.wait_for(1);
