@@ -14,6 +14,7 @@ struct HttpLimits {
   std::size_t header_bytes = 16'384;  // request line and headers
   std::size_t header_lines = 100;
   std::size_t chunk_extension_bytes = 4'096;
+  std::size_t trailer_bytes = 4'096;
   std::uint64_t body_bytes = std::uint64_t{16} * 1024 * 1024;
   Duration header_timeout = std::chrono::seconds(10);
   Duration body_timeout = std::chrono::seconds(30);  // between two reads

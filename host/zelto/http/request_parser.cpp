@@ -50,8 +50,9 @@ HeadScanner::Verdict HeadScanner::scan(std::string_view received) {
     if (seen > most_bytes_) return lines_ == 0 ? Verdict::target_too_long : Verdict::too_large;
     scanned_ = seen;
     if (end == std::string_view::npos) return Verdict::more;
-    if (end == line_begin_ || received[end - 1] != '\r') return Verdict::bare_line_feed;
+    if (end == line_begin_ || received[end - 1] != '\r') return Verdict::bare_line_end;
     const std::string_view line = received.substr(line_begin_, end - 1 - line_begin_);
+    if (line.find('\r') != std::string_view::npos) return Verdict::bare_line_end;
     line_begin_ = seen;
     if (line.empty()) return Verdict::complete;
     if (lines_ > 0 && (line.front() == ' ' || line.front() == '\t')) return Verdict::folded;
@@ -68,6 +69,8 @@ class RequestParser::Impl : public http::basic_parser<true> {
 
   HttpRequest request;
   bool too_large = false;
+  const HttpLimits& limits() const { return limits_; }
+  const char* trailer = nullptr;  // where the trailer began, in the bytes that ended the request
 
  private:
   using Error = beast::error_code;
@@ -91,7 +94,10 @@ class RequestParser::Impl : public http::basic_parser<true> {
 
   void on_field_impl(http::field /*field*/, beast::string_view name, beast::string_view value, Error& /*ec*/) override {
     // A trailer is read and dropped: nothing that decided anything about the request may come after it.
-    if (!in_trailer_) request.headers.push_back({to_string(name), to_string(value)});
+    if (!in_trailer_)
+      request.headers.push_back({to_string(name), to_string(value)});
+    else if (!trailer)
+      trailer = name.data();
   }
 
   void on_header_impl(Error& /*ec*/) override { in_trailer_ = true; }
@@ -146,6 +152,24 @@ int RequestParser::parse_head(std::string_view head) {
   return target.status;
 }
 
+// The trailer as far as it has come, when nothing but the last chunk's line is in front of it: the library takes a
+// trailer only when it has ended.
+std::string_view RequestParser::unended_trailer(std::string_view left) {
+  if (left.starts_with("\r\n")) left.remove_prefix(2);
+  const std::size_t digits = std::min(left.find_first_not_of('0'), left.size());
+  const std::size_t line_end = left.find("\r\n", digits);
+  if (digits == 0 || line_end == std::string_view::npos || (line_end > digits && left[digits] != ';')) return {};
+  return left.substr(line_end + 2);
+}
+
+// The library would unfold a line, and has no limit of its own.
+RequestParser::Progress RequestParser::check_trailer(std::string_view trailer, Progress sound) const {
+  if (trailer.size() > impl_->limits().trailer_bytes) return Progress::trailer_too_large;
+  const bool is_folded =
+      trailer.find("\n ") != std::string_view::npos || trailer.find("\n\t") != std::string_view::npos;
+  return is_folded ? Progress::bad : sound;
+}
+
 bool RequestParser::needs_body() const { return !impl_->is_done(); }
 
 RequestParser::Progress RequestParser::parse_body(std::string_view received, std::size_t& used) {
@@ -154,8 +178,12 @@ RequestParser::Progress RequestParser::parse_body(std::string_view received, std
     beast::error_code ec;
     used += impl_->put(boost::asio::buffer(received.data() + used, received.size() - used), ec);
     if (impl_->too_large) return Progress::too_large;
-    if (ec == http::error::need_more) return Progress::more;
+    if (ec == http::error::need_more) return check_trailer(unended_trailer(received.substr(used)), Progress::more);
     if (ec) return Progress::bad;
+    if (impl_->trailer) {
+      const auto before = static_cast<std::size_t>(impl_->trailer - received.data());
+      return check_trailer(received.substr(before, used - before), Progress::done);
+    }
     if (used == received.size() && !impl_->is_done()) return Progress::more;
   }
   return Progress::done;

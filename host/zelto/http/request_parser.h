@@ -14,7 +14,7 @@ namespace zelto {
 // Looks at every byte once, however the head arrives.
 class HeadScanner {
  public:
-  enum class Verdict { more, complete, bare_line_feed, folded, target_too_long, too_large };
+  enum class Verdict { more, complete, bare_line_end, folded, target_too_long, too_large };
 
   HeadScanner(std::size_t most_bytes, std::size_t most_lines) : most_bytes_(most_bytes), most_lines_(most_lines) {}
 
@@ -45,13 +45,16 @@ class RequestParser {
 
   // Takes bytes of the body from the front of `received`; `used` tells how many. too_large once the body
   // is known to be over the limit: the request then says so and the rest must not be parsed.
-  enum class Progress { more, done, too_large, bad };
+  enum class Progress { more, done, too_large, bad, trailer_too_large };
   Progress parse_body(std::string_view received, std::size_t& used);
 
   HttpRequest& request();
   const HttpRequest& request() const;
 
  private:
+  static std::string_view unended_trailer(std::string_view left);
+  Progress check_trailer(std::string_view trailer, Progress sound) const;
+
   class Impl;
   std::unique_ptr<Impl> impl_;
 };

@@ -59,7 +59,7 @@ RequestReader::Progress RequestReader::read_head() {
       return refuse(status::kTargetTooLong);
     case HeadScanner::Verdict::too_large:
       return refuse(status::kHeadTooLarge);
-    case HeadScanner::Verdict::bare_line_feed:
+    case HeadScanner::Verdict::bare_line_end:
     case HeadScanner::Verdict::folded:
       return refuse(status::kBadRequest);
   }
@@ -81,6 +81,8 @@ RequestReader::Progress RequestReader::read_body(std::size_t& used) {
       return Progress::too_large;
     case RequestParser::Progress::bad:
       return refuse(status::kBadRequest);
+    case RequestParser::Progress::trailer_too_large:
+      return refuse(status::kHeadTooLarge);
     case RequestParser::Progress::more:
       break;
   }

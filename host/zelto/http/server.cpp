@@ -27,6 +27,8 @@ namespace {
 
 // After which what failed for want of memory or files is tried again.
 constexpr std::chrono::milliseconds kPause(20);
+// What connections need to close once they have been told to; nothing waits for a client then.
+constexpr std::chrono::seconds kLastSteps(5);
 
 }  // namespace
 
@@ -82,6 +84,7 @@ class Server::Impl {
     all_answered_ = threads_.empty() || table_.wait_until_empty(grace);
     for (const auto& connection : table_.all()) connection->abort();
     pool_.stop();
+    table_.wait_until_empty(kLastSteps);
     io_.stop();
     threads_.clear();
     return all_answered_;

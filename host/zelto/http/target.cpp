@@ -52,8 +52,12 @@ Target refused(int status) {
 
 bool is_host_name(std::string_view name) {
   constexpr std::string_view kNever = "/\\@?#,;\"'<>(){}|^` :[]";
-  return std::ranges::all_of(name,
-                             [&](char c) { return c > ' ' && c < 0x7F && kNever.find(c) == std::string_view::npos; });
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const char c = name[i];
+    if (c <= ' ' || c >= 0x7F || kNever.find(c) != std::string_view::npos) return false;
+    if (c == '%' && !escaped_byte(name.substr(i))) return false;
+  }
+  return true;
 }
 
 // What stands between the brackets of "[::1]".

@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <string_view>
 
 #include <korlib_host/diagnostics.h>
 
@@ -262,7 +264,7 @@ TEST(SafeArray, AnswersNullPointersWithACode) {
 
 TEST(SafeArray, TakesOverMemoryThatIsThereAlready) {
   char* const bytes = static_cast<char*>(std::malloc(3));
-  std::memcpy(bytes, "abc", 3);
+  std::ranges::copy(std::string_view("abc"), bytes);
   const Array array(korlib_host::adopt_bytes(bytes, 3));
   ASSERT_TRUE(array);
   EXPECT_EQ(bytes, array->pvData);

@@ -26,7 +26,7 @@ void PartsTest::TearDown() {
 }
 
 std::wstring PartsTest::drawn() {
-  const std::wstring text = sink_->text();
+  std::wstring text = sink_->text();
   sink_->outputs.clear();
   return text;
 }

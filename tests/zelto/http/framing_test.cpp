@@ -61,6 +61,9 @@ TEST(Framing, LeavesNoDoubtAboutTheEndOfARequest) {
       {"GET /echo HTTP/1.1\r\nHost: a\r\nX: y\r\n z\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\n X: y\r\nHost: a\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\nHost: a\n\n", 400},
+      {"GET /echo HTTP/1.1\r\r\nHost: a\r\n\r\n", 400},
+      {"GET /echo HTTP/1.1\r\nHost: a\r\r\n\r\n", 400},
+      {"GET /echo HTTP/1.1\r\nHost: a%zz\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\nHost: a\r\nX: y\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\nHost: a\r\nX: y\rz\r\n\r\n", 400},
       {"GET /echo HTTP/1.1\r\nHost: a\r\nX: y\0z\r\n\r\n"s, 400},
@@ -150,10 +153,11 @@ TEST(Framing, LetsATargetThatNamesItsHostCountMoreThanTheHeader) {
 }
 
 TEST(Framing, KnowsWhatAHostIs) {
-  for (const char* host : {"", "a", "a.b-c_d", "a:", "a:80", "192.0.2.1:80", "[::1]", "[::1]:80", "[::ffff:1.2.3.4]"})
+  for (const char* host :
+       {"", "a", "a%20b", "a.b-c_d", "a:", "a:80", "192.0.2.1:80", "[::1]", "[::1]:80", "[::ffff:1.2.3.4]"})
     EXPECT_TRUE(zelto::is_host(host)) << host;
   for (const char* host : {"a b", "a:b", "a:8:0", "a:-1", "[::1", "[]", "[::1]a", "[g]", "::1", "a]", "a\tb", "a@b",
-                           "a/b", "a%\x7F", "\xC3\xA4"})
+                           "a/b", "a%zz", "a%2", "a%\x7F", "\xC3\xA4"})
     EXPECT_FALSE(zelto::is_host(host)) << host;
 }
 

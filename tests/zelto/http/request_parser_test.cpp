@@ -25,10 +25,10 @@ TEST(HeadScanner, RefusesAtOnce) {
     Verdict verdict;
   };
   const Row rows[] = {
-      {"\n", Verdict::bare_line_feed},
-      {"GET / HTTP/1.1\n", Verdict::bare_line_feed},
-      {"GET / HTTP/1.1\r\nA: b\n", Verdict::bare_line_feed},
-      {"GET / HTTP/1.1\r\nA: b\r\n\n", Verdict::bare_line_feed},
+      {"\n", Verdict::bare_line_end},
+      {"GET / HTTP/1.1\n", Verdict::bare_line_end},
+      {"GET / HTTP/1.1\r\nA: b\n", Verdict::bare_line_end},
+      {"GET / HTTP/1.1\r\nA: b\r\n\n", Verdict::bare_line_end},
       {"GET / HTTP/1.1\r\nA: b\r\n c\r\n", Verdict::folded},
       {"GET / HTTP/1.1\r\nA: b\r\n\tc\r\n", Verdict::folded},
       {std::string(101, 'a'), Verdict::target_too_long},

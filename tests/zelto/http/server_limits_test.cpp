@@ -40,7 +40,11 @@ TEST(ServerLimits, RefuseAndClose) {
       {"target", "GET /" + long_text + " HTTP/1.1\r\n" + kHost + "\r\n", 414},
       {"chunk extension", chunked + "1;" + std::string(5000, 'x') + "\r\na\r\n0\r\n\r\n", 400},
       {"chunk line without end", chunked + "1;" + std::string(70'000, 'x'), 400},
-      {"trailer without end", chunked + "0\r\nX: " + std::string(70'000, 'x'), 400},
+      {"trailer without end", chunked + "0\r\nX: " + std::string(70'000, 'x'), 431},
+      {"trailer without end, behind a chunk", chunked + "1\r\na\r\n0;x\r\nX: " + std::string(5'000, 'x'), 431},
+      {"trailer", chunked + "0\r\nX: " + std::string(5'000, 'x') + "\r\n\r\n", 431},
+      {"folded trailer", chunked + "0\r\nX: a\r\n b\r\n\r\n", 400},
+      {"folded trailer without end", chunked + "0\r\nX: a\r\n b", 400},
       {"chunk size", chunked + "g\r\n", 400},
       {"chunk end", chunked + "1\r\nabc\r\n", 400},
       {"expectation", "POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 1\r\nExpect: cake\r\n\r\n", 417},
@@ -74,6 +78,10 @@ TEST(ServerLimits, AllowWhatJustFits) {
             ask(test.port(), "POST /echo HTTP/1.1\r\n" + kHost + "Transfer-Encoding: chunked\r\n\r\n1;" +
                                  std::string(4000, 'x') + "\r\na\r\n0\r\n\r\n")
                 .body);
+  EXPECT_EQ("POST /echo?|a", ask(test.port(), "POST /echo HTTP/1.1\r\n" + kHost +
+                                                  "Transfer-Encoding: chunked\r\n\r\n1\r\na\r\n0\r\nX: " +
+                                                  std::string(4000, 'x') + "\r\nY: z\r\n\r\n")
+                                 .body);
 }
 
 TEST(ServerLimits, HandABodyThatIsTooLargeToThePageWithoutIt) {
@@ -139,6 +147,7 @@ TEST(ServerLimits, AreTheseUnlessSaidOtherwise) {
   EXPECT_EQ(16'384U, limits.header_bytes);
   EXPECT_EQ(100U, limits.header_lines);
   EXPECT_EQ(4'096U, limits.chunk_extension_bytes);
+  EXPECT_EQ(4'096U, limits.trailer_bytes);
   EXPECT_EQ(16'777'216U, limits.body_bytes);
   EXPECT_EQ(10s, limits.header_timeout);
   EXPECT_EQ(30s, limits.body_timeout);

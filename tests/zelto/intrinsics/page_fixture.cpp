@@ -16,7 +16,7 @@ PageTest::~PageTest() {
   if (page_) page_->end();
 }
 
-void PageTest::post_form(std::string body) {
+void PageTest::post_form(std::string_view body) {
   request.method = "POST";
   request.headers.push_back({"Content-Type", "application/x-www-form-urlencoded; charset=utf-8"});
   request.body = zelto::Body(body);

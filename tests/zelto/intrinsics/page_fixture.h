@@ -49,7 +49,7 @@ class PageTest : public testing::Test {
   PageTest();
   ~PageTest() override;
 
-  void post_form(std::string body);
+  void post_form(std::string_view body);
 
   zelto::PageState& page();
   zelto::PageStatePtr page_state() { return page(), page_; }

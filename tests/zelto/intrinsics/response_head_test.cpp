@@ -140,8 +140,8 @@ TEST_F(ResponseHead, WritesMinutesUntilExpiryAsADate) {
     const std::time_t after = std::time(nullptr);
     const auto written = zelto::parse_http_date(zelto::http_date_of(get(response(), L"ExpiresAbsolute").value.date));
     ASSERT_TRUE(written);
-    EXPECT_GE(*written, before + minutes * 60);
-    EXPECT_LE(*written, after + minutes * 60);
+    EXPECT_GE(*written, before + std::time_t{60} * minutes);
+    EXPECT_LE(*written, after + std::time_t{60} * minutes);
   }
   page().response.finish();
   EXPECT_EQ(Strings{zelto::http_date_of(get(response(), L"ExpiresAbsolute").value.date)}, sink.header("Expires"));

@@ -79,12 +79,13 @@ TEST_F(PageDatabase, HoldsNoHandleAfterThePage) {
   pages([this] {
     run("open().Execute('CREATE TABLE t (n INTEGER)'); open().Execute('INSERT INTO t VALUES (1), (2), (3)');");
     const std::int64_t objects = korlib_host::live_objects();
-    for (const char* script :
-         {"var c = open(), rs = c.Execute('SELECT n FROM t'); rs.MoveNext();",
-          "var rs = open().Execute('SELECT n FROM t'); Response.End();", "open().Execute('SELECT nothing');",
-          "var f = open().Execute('SELECT n FROM t').Fields(0); throw f;",
-          "var m = Server.CreateObject('Mirt'); m.Script = this; var q = m.NewADOCommand(open(), 'SELECT n FROM t', 1);"
-          "var rs = q.Execute(); while (true) rs = q.Execute();"}) {
+    for (
+        const char* script :
+        {"var c = open(), rs = c.Execute('SELECT n FROM t'); rs.MoveNext();",
+         "var rs = open().Execute('SELECT n FROM t'); Response.End();", "open().Execute('SELECT nothing');",
+         "var f = open().Execute('SELECT n FROM t').Fields(0); throw f;",
+         R"(var m = Server.CreateObject('Mirt'); m.Script = this; var q = m.NewADOCommand(open(), 'SELECT n FROM t', 1);
+             var rs = q.Execute(); while (true) rs = q.Execute();)"}) {
       run(script);
       EXPECT_EQ(0, korlib_host::database_handles().statements) << script;
       EXPECT_EQ(objects, korlib_host::live_objects()) << script;

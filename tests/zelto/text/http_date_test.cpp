@@ -59,9 +59,9 @@ TEST_F(ScriptDate, StaysWithinTheYearsOfHeaders) {
 
 TEST_F(ScriptDate, IsThatOfAPointInTime) {
   EXPECT_EQ(25569 + 2.0 / 24, base::local_date(0));
-  EXPECT_EQ(25570.0, base::local_date(22 * 3600));
+  EXPECT_EQ(25570.0, base::local_date(std::time_t{22} * 3600));
   EXPECT_EQ(0, moment_of(25569 + 2.0 / 24));
-  EXPECT_EQ(22 * 3600, moment_of(25570.0));
+  EXPECT_EQ(std::time_t{22} * 3600, moment_of(25570.0));
 }
 
 }  // namespace
