@@ -1,0 +1,78 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdint>
+#include <fstream>
+#include <map>
+#include <string>
+
+#include "app/configuration.h"
+#include "http/limits.h"
+#include "http/server.h"
+#include "http/spool.h"
+#include "site/site.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+std::string bytes(std::uint64_t number) {
+  if (number % (1 << 30) == 0) return std::to_string(number >> 30) + " GiB";
+  if (number % (1 << 20) == 0) return std::to_string(number >> 20) + " MiB";
+  return std::to_string(number >> 10) + " KiB";
+}
+std::string rate(std::uint64_t number) { return std::to_string(number) + " B/s"; }
+std::string time(std::chrono::milliseconds duration) { return std::to_string(duration / 1s) + " s"; }
+std::string count(std::uint64_t number) { return std::to_string(number); }
+
+// The rows of docs/limits.md: what is limited, and the default.
+std::map<std::string, std::string> told() {
+  std::ifstream document(LIMITS_DOCUMENT);
+  std::map<std::string, std::string> rows;
+  for (std::string line; std::getline(document, line);) {
+    if (!line.starts_with("| ") || line.starts_with("| limit ")) continue;
+    const auto name_end = line.find(" |", 2);
+    const auto key_end = line.find(" |", name_end + 2);
+    const auto value_end = line.find(" |", key_end + 2);
+    rows[line.substr(2, name_end - 2)] = line.substr(key_end + 3, value_end - key_end - 3);
+  }
+  return rows;
+}
+
+TEST(LimitsDocument, TellsTheLimitsThatHold) {
+  const zelto::ServerOptions server;
+  const zelto::HttpLimits& http = server.limits;
+  const zelto::SiteOptions site;
+  const std::map<std::string, std::string> holds = {
+      {"head of a request", bytes(http.header_bytes)},
+      {"lines of a head", count(http.header_lines)},
+      {"time for a head", time(http.header_timeout)},
+      {"body of a request", bytes(http.body_bytes)},
+      {"silence within a body", time(http.body_timeout)},
+      {"rate of a body, in each such span", rate(http.body_rate)},
+      {"extension of a chunk", bytes(http.chunk_extension_bytes)},
+      {"trailer", bytes(http.trailer_bytes)},
+      {"time in which a client must take something of its answer", time(http.send_timeout)},
+      {"rate at which it must take it, in each such span", rate(http.send_rate)},
+      {"answer that waits in memory for its client", bytes(http.send_memory)},
+      {"all that waits in memory", bytes(server.spool.memory_bytes)},
+      {"all that waits in files", bytes(server.spool.file_bytes)},
+      {"connections", count(http.connections)},
+      {"connections of one address, or one IPv6 /64", count(http.connections_per_address)},
+      {"idle time of a kept connection", time(http.keep_alive_timeout)},
+      {"requests on one connection", count(http.keep_alive_requests)},
+      {"reading on after a refused request", bytes(http.drain_bytes)},
+      {"time for that, and after a page that refused its body", time(http.drain_timeout)},
+      {"requests that wait for a worker", count(server.queue)},
+      {"requests that wait for another one of their session", count(server.turn_queue)},
+      {"time that they wait", time(http.turn_timeout)},
+      {"time of a page", time(site.script_timeout)},
+      {"memory of a page's objects", bytes(site.script_memory)},
+      {"sessions", count(site.session_limit)},
+      {"time without a request that ends a session", count(static_cast<std::uint64_t>(site.session_timeout)) + " min"},
+      {"time that pages get to end when the host stops", time(zelto::Configuration().stop_timeout)},
+  };
+  EXPECT_EQ(holds, told());
+}
+
+}  // namespace
