@@ -54,6 +54,7 @@ void read_server(const ConfigurationFile& file, ServerOptions& server) {
   if (connections) server.limits.connections = static_cast<std::size_t>(*connections);
   const auto per_address = file.number("connections_per_address", 0, 1'000'000);
   if (per_address) server.limits.connections_per_address = static_cast<std::size_t>(*per_address);
+  server.limits.limits_loopback = per_address.has_value();
   if (const auto queue = file.number("session_queue", 0, 1000)) server.turn_queue = static_cast<std::size_t>(*queue);
   for (const std::string& proxy : file.texts("trusted_proxies").value_or(std::vector<std::string>())) {
     if (!is_address(proxy)) file.fail("trusted_proxies", "takes addresses, as in \"127.0.0.1\"");

@@ -37,7 +37,7 @@ constexpr std::array<Key, 20> kKeys = {{
     {"protect", "[\"drafts/\", \"*.cfg\"]", "what is never served, beyond the usual"},
     {"trusted_proxies", "[\"127.0.0.1\"]", "whose X-Forwarded-Proto is believed"},
     {"connections", "4096", "at a time; those that wait for their client longest give way"},
-    {"connections_per_address", "2048", "of these, 0 for no limit; proxies that are trusted have none"},
+    {"connections_per_address", "2048", "of these, 0 for no limit; trusted proxies have none"},
     {"buffer_memory", "134217728", "bytes that wait for slow clients; more waits in files"},
     {"spool_limit", "4294967296", "bytes in such files"},
     {"spool_folder", "\"/var/tmp\"", "where they lie, without names"},

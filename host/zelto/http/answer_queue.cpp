@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <limits>
 #include <system_error>
 #include <utility>
 
@@ -18,19 +19,20 @@ namespace {
 
 // What send() sends before other connections get their turn.
 constexpr std::uint64_t kPass = std::uint64_t{1} << 20;
-// What is kept whatever others have taken: an answer of the host's own is written where nothing may wait.
+// What is kept in memory whatever others have taken.
 constexpr std::size_t kAlwaysKept = std::size_t{16} * 1024;
 
 bool takes_no_more(int error) { return error == EAGAIN || error == EWOULDBLOCK; }
 
 }  // namespace
 
-void AnswerQueue::begin(int socket) {
+void AnswerQueue::begin(int socket, std::chrono::milliseconds patience) {
   const Lock lock(lock_);
   fail_locked();
   failed_ = false;
   socket_ = socket;
-  taken_ = 0;
+  patience_ = patience;
+  may_wait_ = patience.count() > 0;
 }
 
 void AnswerQueue::write(std::string_view first, std::string_view second) {
@@ -64,7 +66,9 @@ void AnswerQueue::wait_until_empty(Lock& lock) {
     on_kept_();
     lock.lock();
   }
-  room_.wait(lock, [this] { return failed_ || is_empty(); });
+  const auto began = std::chrono::steady_clock::now();
+  if (!room_.wait_for(lock, patience_, [this] { return failed_ || is_empty(); })) fail_locked();
+  patience_ -= std::min(patience_, std::chrono::steady_clock::now() - began);
 }
 
 void AnswerQueue::write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) {
@@ -99,32 +103,38 @@ void AnswerQueue::send_now(std::string_view& first, std::string_view& second) {
   }
 }
 
+// In memory as far as one answer may, then in its file, and without one in memory as far as all may. What of the file is
+// sent stays there until all is: the system sends the file's own pages, so that they must not change under it.
 bool AnswerQueue::keep(std::string_view first, std::string_view second) {
-  if (!spooled_ && keep_in_memory(first, second)) return true;
-  return keep_in_file(first, second);
+  constexpr auto kAll = std::numeric_limits<std::size_t>::max();
+  if (!spooled_ && keep_in_memory(first, second, memory_limit_)) return true;
+  return keep_in_file(first, second) || (!spooled_ && keep_in_memory(first, second, kAll));
 }
 
-bool AnswerQueue::keep_in_memory(std::string_view first, std::string_view second) {
+bool AnswerQueue::keep_in_memory(std::string_view first, std::string_view second, std::size_t limit) {
   const std::size_t waiting = memory_.size() - memory_sent_ + first.size() + second.size();
-  if (waiting > std::max(memory_limit_, kAlwaysKept)) return false;
-  if (!share_.resize(waiting) && waiting > kAlwaysKept) return false;
+  const bool is_due = !may_wait_ || waiting <= kAlwaysKept;
+  if (!is_due && (waiting > limit || !share_.resize(waiting))) return false;
   memory_.erase(0, std::exchange(memory_sent_, 0));
   memory_.append(first).append(second);
   return true;
 }
 
 bool AnswerQueue::keep_in_file(std::string_view first, std::string_view second) {
+  const std::uint64_t before = spooled_ ? spooled_->size() : 0;
+  if (before + first.size() + second.size() > spool_.answer_bytes) return false;
   try {
-    const bool is_new = !spooled_;
-    if (is_new) spooled_.emplace(spool_);
-    if (is_new) spooled_sent_ = 0;
-    const std::uint64_t before = spooled_->size();
-    if (spooled_->append(first) && spooled_->append(second)) return true;
-    spooled_->shrink(before);
-    if (is_new) spooled_.reset();
-  } catch (const std::system_error&) {
-    // No file can be made: the writer waits for its client.
+    if (!spooled_) spooled_.emplace(spool_);
+    if (spooled_->append(first) && spooled_->append(second)) {
+      spool_.forget_problem();
+      return true;
+    }
+    throw std::system_error(errno, std::generic_category(), "keeping an answer in " + spool_.folder);
+  } catch (const std::system_error& error) {
+    spool_.tell(error.what());
   }
+  if (spooled_) spooled_->shrink(before);
+  if (before == 0) spooled_.reset();
   return false;
 }
 
@@ -137,7 +147,7 @@ AnswerQueue::Progress AnswerQueue::send() {
       takes = send_memory();
     } else if (spooled_) {
       takes = send_from(spooled_->descriptor(), spooled_sent_, spooled_->size());
-      if (spooled_ && spooled_sent_ == spooled_->size()) spooled_.reset();
+      if (spooled_ && spooled_sent_ == spooled_->size()) drop_file();
     } else {
       takes = send_from(file_.get(), file_offset_, file_end_);
       if (file_offset_ == file_end_) file_.close();
@@ -178,6 +188,11 @@ bool AnswerQueue::send_from(int file, std::uint64_t& offset, std::uint64_t end) 
   return true;
 }
 
+void AnswerQueue::drop_file() {
+  spooled_.reset();
+  spooled_sent_ = 0;
+}
+
 std::uint64_t AnswerQueue::delivered() const {
   const Lock lock(lock_);
   int waiting = 0;
@@ -190,7 +205,7 @@ void AnswerQueue::fail_locked() {
   std::string().swap(memory_);
   memory_sent_ = 0;
   share_.resize(0);
-  spooled_.reset();
+  drop_file();
   file_.close();
   room_.notify_all();
 }

@@ -1,6 +1,7 @@
 // The bytes of an answer on their way: what the client has not taken yet waits here and keeps no worker.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -24,13 +25,13 @@ class AnswerQueue {
   AnswerQueue(Spool& spool, std::size_t memory_bytes, std::function<void()> on_kept)
       : spool_(spool), memory_limit_(memory_bytes), on_kept_(std::move(on_kept)), share_(spool.memory) {}
 
-  // Begins a new answer; forgets what is left of the one before.
-  void begin(int socket);
+  // Begins a new answer; forgets what is left of the one before. Its writer waits for `patience` in all; one with none,
+  // on a thread that must not wait, has all kept in memory.
+  void begin(int socket, std::chrono::milliseconds patience);
 
   // --- the writer
 
-  // Waits only when neither memory nor file can keep the bytes, until the client has taken enough or the answer has
-  // failed. A small answer is always kept.
+  // Waits only when neither memory nor file can keep the bytes. A client that does not take them in that time fails.
   void write(std::string_view first, std::string_view second = {});
   // The answer's end: `length` bytes of the file from `offset`.
   void write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length);
@@ -57,10 +58,11 @@ class AnswerQueue {
   bool keep(std::string_view first, std::string_view second);
   void keep_part(std::string_view& first, std::string_view& second);
   void wait_until_empty(Lock& lock);
-  bool keep_in_memory(std::string_view first, std::string_view second);
+  bool keep_in_memory(std::string_view first, std::string_view second, std::size_t limit);
   bool keep_in_file(std::string_view first, std::string_view second);
   bool send_memory();
   bool send_from(int file, std::uint64_t& offset, std::uint64_t end);
+  void drop_file();
   void fail_locked();
 
   Spool& spool_;
@@ -72,7 +74,9 @@ class AnswerQueue {
   int socket_ = -1;
   bool failed_ = false;
   bool sending_ = false;
-  std::uint64_t taken_ = 0;  // by the socket
+  std::uint64_t taken_ = 0;  // by the socket, of all answers: what it still holds may be another one's
+  std::chrono::steady_clock::duration patience_{};  // that is left
+  bool may_wait_ = false;
 
   // Sent in this order.
   std::string memory_;

@@ -5,7 +5,7 @@
 namespace zelto {
 
 void AnswerSender::send(const std::shared_ptr<void>& owner) {
-  if (active_ || !queue_.is_sending()) return;
+  if (active_ || !socket_.is_open() || !queue_.is_sending()) return;
   active_ = true;
   watch(owner);
   step(owner);

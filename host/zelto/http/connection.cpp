@@ -1,5 +1,6 @@
 #include "http/connection.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -23,6 +24,8 @@ namespace {
 
 constexpr std::size_t kReadSize = std::size_t{16} * 1024;
 constexpr std::size_t kBodyReadSize = std::size_t{64} * 1024;
+// What the end of the server leaves a client to take its last answer.
+constexpr HttpLimits::Duration kLastDrain(250);
 constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
 
 // What a proxy says about its own client. Of two headers, one may have come from that client.
@@ -31,6 +34,11 @@ bool came_encrypted(const HttpRequest& request, const std::vector<std::string>& 
   const auto is_said = [](const Header& header) { return base::equal_ascii(header.name, "X-Forwarded-Proto"); };
   return std::ranges::count_if(request.headers, is_said) == 1 &&
          base::equal_ascii(*request.header("X-Forwarded-Proto"), "https");
+}
+
+bool has_gone(int socket) {
+  pollfd state{socket, 0, 0};
+  return ::poll(&state, 1, 0) > 0 && (state.revents & (POLLERR | POLLHUP)) != 0;
 }
 
 // Takes the connection from under its socket. The client sees a reset: after a shutdown, a body that ends with the
@@ -65,6 +73,7 @@ void Connection::start() {
 }
 
 void Connection::begin() {
+  if (shared_.stopping) return close();
   Error ignored;
   socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
   arm(limits().header_timeout);
@@ -89,7 +98,11 @@ void Connection::turn_away() {
 
 void Connection::give_way() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    if (self->may_give_way()) self->close();
+    if (self->phase_ == Phase::sending)
+      self->cut_off();
+    else if (self->phase_ == Phase::body || self->phase_ == Phase::head || self->is_idle() ||
+             self->phase_ == Phase::draining)
+      self->close();
   });
 }
 
@@ -108,7 +121,7 @@ void Connection::abort() {
     if (self->in_worker_)
       reset_peer(self->socket_.native_handle());
     else if (self->phase_ == Phase::sending)
-      self->reset();
+      self->cut_off();
     else
       self->close();
   });
@@ -163,7 +176,7 @@ void Connection::on_head() {
   if (const auto* agent = request.header("User-Agent")) record_.user_agent = *agent;
   ++served_;
   last_ |= !wants_keep_alive(request) || served_ >= limits().keep_alive_requests;
-  shared_.table.set_waiting(this, false);
+  shared_.table.set_state(this, ConnectionState::busy);
   route();
 }
 
@@ -189,6 +202,7 @@ void Connection::route() {
 
 void Connection::begin_body() {
   phase_ = Phase::body;
+  shared_.table.set_state(this, ConnectionState::exchanging);
   read_rate_.begin(Clock::now());
   if (!reader_.awaits_continue()) return read_body();
   std::size_t used = 0;
@@ -228,10 +242,11 @@ void Connection::read_more_of_body() {
 
 // --- answering
 
-void Connection::prepare_sink(bool keep_alive) {
+void Connection::prepare_sink(bool keep_alive, Duration patience) {
   sink_.reset(socket_.native_handle(), {.head_only = reader_.asks_head_only(),
                                         .minor_version = reader_.minor_version(),
                                         .keep_alive = keep_alive,
+                                        .patience = patience,
                                         .stopping = &shared_.stopping});
 }
 
@@ -242,6 +257,7 @@ void Connection::submit_unread() {
 
 void Connection::submit() {
   phase_ = Phase::answering;
+  shared_.table.set_state(this, ConnectionState::busy);
   arm(Duration::zero());
   HttpRequest& request = reader_.request();
   Error error;
@@ -252,7 +268,7 @@ void Connection::submit() {
   request.remote_address = record_.remote_address;
   if (!error) request.remote_port = remote.port();
   request.secure = came_encrypted(request, terms_->trusted_proxies);
-  prepare_sink(!last_ && !unread_input_);
+  prepare_sink(!last_ && !unread_input_, limits().send_timeout);
   in_worker_ = true;
   switch (shared_.pool.submit(shared_from_this(), turn_)) {
     case WorkerPool::Submitted::queued:
@@ -265,13 +281,17 @@ void Connection::submit() {
 }
 
 void Connection::refuse_busy() {
-  in_worker_ = false;
+  in_worker_ = page_answered_ = false;
   answer_plainly(status::kUnavailable, {{"Retry-After", "1"}}, !last_ && !unread_input_);
 }
 
 void Connection::run(Worker& worker) {
   try {
-    handle(worker);
+    // One that has only closed its side waits for its answer.
+    if (has_gone(socket_.native_handle()))
+      sink_.abandon();
+    else
+      handle(worker);
   } catch (...) {
     sink_.abandon();
   }
@@ -281,6 +301,11 @@ void Connection::run(Worker& worker) {
 void Connection::handle(Worker& worker) {
   try {
     reader_.request().body.load();
+  } catch (const std::exception& error) {
+    shared_.report(std::string("a request's body is lost: ") + error.what());
+    return serve_status(sink_, status::kUnavailable);
+  }
+  try {
     worker.handle(std::move(reader_.request()), sink_);
   } catch (...) {
     if (sink_.started()) sink_.abandon();
@@ -291,10 +316,9 @@ void Connection::handle(Worker& worker) {
 
 void Connection::on_answered() {
   in_worker_ = false;
-  if (aborted_)
-    close();
-  else
-    on_written();
+  if (!aborted_) return on_written();
+  log_answer();
+  close();
 }
 
 void Connection::refuse(int status) {
@@ -319,10 +343,9 @@ void Connection::answer_unread() {
 
 void Connection::on_written() {
   phase_ = Phase::sending;
-  if (queue_.is_sending())
-    sender_.send(shared_from_this());
-  else
-    on_sent();
+  if (!queue_.is_sending()) return on_sent();
+  shared_.table.set_state(this, ConnectionState::exchanging);
+  sender_.send(shared_from_this());
 }
 
 void Connection::log_answer() {
@@ -344,13 +367,18 @@ void Connection::on_sent() {
   }
 }
 
+void Connection::cut_off() {
+  log_answer();
+  reset();
+}
+
 void Connection::next_request() {
   sink_.reset(-1, {});
   reader_.next();
   record_ = AccessRecord();
   phase_ = Phase::idle;
   arm(limits().keep_alive_timeout);
-  shared_.table.set_waiting(this, true);
+  shared_.table.set_state(this, ConnectionState::waiting);
   // Posted, not called: a client may have sent any number of requests at once.
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     if (self->phase_ == Phase::idle) self->read_head();
@@ -365,16 +393,17 @@ void Connection::drain() {
   sink_.reset(-1, {});
   Error ignored;
   socket_.shutdown(Socket::shutdown_send, ignored);
-  if (shared_.stopping) return close();
-  shared_.table.set_waiting(this, true);
+  shared_.table.set_state(this, ConnectionState::waiting);
   drained_ = 0;
-  arm(limits().drain_timeout);
+  arm(shared_.stopping ? kLastDrain : limits().drain_timeout);
   drain_more();
 }
 
 void Connection::drain_more() {
   drained_ += reader_.drop();
-  if (page_answered_ || drained_ < limits().drain_bytes) receive(&Connection::drain_more);
+  if (drained_ < (page_answered_ ? limits().drain_upload_bytes : limits().drain_bytes)) {
+    receive(&Connection::drain_more);
+  }
 }
 
 void Connection::close() {

@@ -78,7 +78,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
 
   void fill_record(std::string_view request_line);
   void route();
-  void prepare_sink(bool keep_alive);
+  void prepare_sink(bool keep_alive, Duration patience = {});
   void submit();
   void submit_unread();
   void handle(Worker& worker);
@@ -90,6 +90,7 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void on_written();
   void on_sent();
   void log_answer();
+  void cut_off();
   void next_request();
   void drain();
   void drain_more();
@@ -99,7 +100,6 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void arm(Duration duration) { deadline_.arm(duration, shared_from_this()); }
   void on_timeout();
   bool is_idle() const;
-  bool may_give_way() const { return is_idle() || phase_ == Phase::head || phase_ == Phase::draining; }
   const HttpLimits& limits() const { return terms_->limits; }
 
   Socket socket_;

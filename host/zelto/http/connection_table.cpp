@@ -23,58 +23,69 @@ ConnectionTable::Admission ConnectionTable::admit(const Pointer& connection, con
   const bool client_is_full =
       is_limited && counts_.per_address > 0 && known != clients_.end() && known->second >= counts_.per_address;
   if (client_is_full || entries_.size() >= counts_.in_all) {
-    admission.gives_way = take_waiting(client_is_full ? &client : nullptr);
+    admission.gives_way = take(client_is_full ? &client : nullptr);
     if (!admission.gives_way) return admission;
   }
   // What can fail comes first.
-  Waiting place(1);
+  List place(1);
   std::size_t& count = clients_[client];
   Entry& entry = entries_[connection.get()];
   ++count;
   entry.connection = connection;
   entry.client = client;
+  entry.since = Clock::now();
+  entry.list = &list_of(entry.state);
   entry.place = place.begin();
   *entry.place = &entry;
-  entry.waits = true;
-  waiting_.splice(waiting_.end(), place);
+  entry.list->splice(entry.list->end(), place);
   admission.admitted = true;
   return admission;
 }
 
-ConnectionTable::Pointer ConnectionTable::longest_waiting() {
+ConnectionTable::Pointer ConnectionTable::take_oldest() {
   const std::lock_guard lock(lock_);
-  return take_waiting(nullptr);
+  return take(nullptr);
 }
 
-// Of that client, or of any. It counts as waiting no longer: it is about to close.
-ConnectionTable::Pointer ConnectionTable::take_waiting(const Client* client) {
-  for (Entry* entry : waiting_) {
+// Of that client, or of any.
+ConnectionTable::Pointer ConnectionTable::take(const Client* client) {
+  const auto now = Clock::now();
+  if (auto taken = take_from(list_of(ConnectionState::waiting), client, now)) return taken;
+  return take_from(list_of(ConnectionState::exchanging), client, now - counts_.exchange);
+}
+
+// The first that has been there since then. It counts as busy from now on: it is about to close.
+ConnectionTable::Pointer ConnectionTable::take_from(List& list, const Client* client, Clock::time_point before) {
+  for (Entry* entry : list) {
+    if (entry->since > before) break;
     if (client && entry->client != *client) continue;
     Pointer taken = entry->connection.lock();
     if (!taken) continue;
-    entry->waits = false;
-    entry->waiting.splice(entry->waiting.end(), waiting_, entry->place);
+    move(*entry, ConnectionState::busy);
     return taken;
   }
   return nullptr;
 }
 
-void ConnectionTable::set_waiting(Connection* connection, bool waits) {
+void ConnectionTable::move(Entry& entry, ConnectionState state) {
+  List& to = list_of(state);
+  to.splice(to.end(), *entry.list, entry.place);
+  entry.list = &to;
+  entry.state = state;
+  entry.since = Clock::now();
+}
+
+void ConnectionTable::set_state(Connection* connection, ConnectionState state) {
   const std::lock_guard lock(lock_);
   const auto found = entries_.find(connection);
-  if (found == entries_.end() || std::exchange(found->second.waits, waits) == waits) return;
-  Entry& entry = found->second;
-  if (waits)
-    waiting_.splice(waiting_.end(), entry.waiting);
-  else
-    entry.waiting.splice(entry.waiting.end(), waiting_, entry.place);
+  if (found != entries_.end() && found->second.state != state) move(found->second, state);
 }
 
 void ConnectionTable::remove(Connection* connection) {
   const std::lock_guard lock(lock_);
   const auto found = entries_.find(connection);
   if (found == entries_.end()) return;
-  if (found->second.waits) waiting_.erase(found->second.place);
+  found->second.list->erase(found->second.place);
   const auto client = clients_.find(found->second.client);
   if (client != clients_.end() && --client->second == 0) clients_.erase(client);
   entries_.erase(found);

@@ -25,12 +25,13 @@ struct HttpLimits {
   Duration turn_timeout = std::chrono::seconds(30);  // that a request waits for those before it of its session
   Duration keep_alive_timeout = std::chrono::seconds(15);
   unsigned keep_alive_requests = 1000;
-  // Reading on after an answer that came too early: whichever is reached first. The bytes do not count when it was a
-  // page that answered.
+  // Reading on after an answer that came too early, whichever is reached first.
   Duration drain_timeout = std::chrono::seconds(5);
   std::uint64_t drain_bytes = std::uint64_t{256} * 1024;
+  std::uint64_t drain_upload_bytes = std::uint64_t{256} << 20;  // when it was a page that answered
   std::size_t connections = 4096;
   std::size_t connections_per_address = 2048;  // of an IPv6 client, its /64; zero is no limit
+  bool limits_loopback = false;                // whether that holds for the machine's own clients, a proxy perhaps
 };
 
 }  // namespace zelto

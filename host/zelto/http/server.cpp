@@ -30,6 +30,11 @@ constexpr std::chrono::milliseconds kPause(20);
 // What connections need to close once they have been told to; nothing waits for a client then.
 constexpr std::chrono::seconds kLastSteps(5);
 
+bool is_loopback(const asio::ip::address& address) {
+  if (!address.is_v6() || !address.to_v6().is_v4_mapped()) return address.is_loopback();
+  return asio::ip::make_address_v4(asio::ip::v4_mapped, address.to_v6()).is_loopback();
+}
+
 }  // namespace
 
 class Server::Impl {
@@ -38,7 +43,7 @@ class Server::Impl {
       : options_(std::move(options)),
         terms_(std::make_shared<ConnectionTerms>(ConnectionTerms{options_.limits, options_.trusted_proxies})),
         table_({options_.limits.connections, options_.limits.connections_per_address}),
-        spool_(options_.spool),
+        spool_(options_.spool, [this](std::string_view problem) { report(problem); }),
         pool_(std::move(factory), {options_.workers, options_.worker_stack, options_.queue, options_.turn_queue}),
         shared_{pool_,
                 table_,
@@ -59,8 +64,8 @@ class Server::Impl {
 
   void start() {
     listen();
+    try_spool();
     pool_.start();
-    accept();
     for (unsigned i = 0; i < std::max(options_.io_threads, 1U); ++i) threads_.emplace_back([this] { run_io(); });
   }
 
@@ -75,7 +80,7 @@ class Server::Impl {
   bool stop(std::chrono::milliseconds grace) {
     if (std::exchange(stopped_, true)) return all_answered_;
     shared_.stopping = true;
-    asio::post(io_, [this] {
+    asio::post(acceptor_.get_executor(), [this] {
       boost::system::error_code ignored;
       acceptor_.close(ignored);
       retry_.cancel();
@@ -106,10 +111,19 @@ class Server::Impl {
     port_ = acceptor_.local_endpoint().port();
   }
 
+  // Better said now than when the first slow client comes.
+  void try_spool() {
+    try {
+      const SpoolFile file(spool_);
+    } catch (const std::system_error& error) {
+      report(std::string(error.what()) + "; what slow clients do not take must fit into memory");
+    }
+  }
+
   void run_io() {
     for (;;) {
       try {
-        if (!accepting_) accept();
+        asio::post(acceptor_.get_executor(), [this] { accept(); });
         io_.run();
         return;
       } catch (const std::exception& error) {
@@ -141,7 +155,7 @@ class Server::Impl {
   // Mostly no descriptor is left: one becomes free when a connection ends.
   void accept_later(const boost::system::error_code& error) {
     if (!starved_.exchange(true)) report("accepting a connection: " + error.message());
-    if (const auto connection = table_.longest_waiting()) connection->give_way();
+    if (const auto connection = table_.take_oldest()) connection->give_way();
     retry_.expires_after(kPause);
     retry_.async_wait([this](const boost::system::error_code& cancelled) {
       if (!cancelled && !shared_.stopping) accept();
@@ -160,8 +174,10 @@ class Server::Impl {
     if (error || shared_.stopping) return;
     const auto terms = this->terms();
     const auto connection = std::make_shared<Connection>(std::move(socket), terms, shared_);
-    const bool is_proxy = std::ranges::find(terms->trusted_proxies, client.to_string()) != terms->trusted_proxies.end();
-    const auto admission = table_.admit(connection, client, !is_proxy);
+    const bool is_exempt =
+        std::ranges::find(terms->trusted_proxies, client.to_string()) != terms->trusted_proxies.end() ||
+        (is_loopback(client) && !options_.limits.limits_loopback);
+    const auto admission = table_.admit(connection, client, !is_exempt);
     if (admission.gives_way) admission.gives_way->give_way();
     admission.admitted ? connection->start() : connection->turn_away();
   }
@@ -187,8 +203,8 @@ class Server::Impl {
   // Behind what its handlers use: destroying it destroys the connections that are left.
   asio::io_context io_;
   asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};
-  tcp::acceptor acceptor_{io_};
-  asio::steady_timer retry_{io_};
+  tcp::acceptor acceptor_{asio::make_strand(io_)};
+  asio::steady_timer retry_{acceptor_.get_executor()};
   std::vector<std::jthread> threads_;
   std::atomic<bool> accepting_ = false;
   std::atomic<bool> starved_ = false;  // and the log knows

@@ -20,8 +20,8 @@ namespace zelto {
 
 struct ServerOptions {
   std::string address = "127.0.0.1";
-  std::uint16_t port = 0;  // 0 takes any free one
-  unsigned io_threads = 1;
+  std::uint16_t port = 0;   // 0 takes any free one
+  unsigned io_threads = 2;  // so that one that writes to a disk holds up no others
   unsigned workers = 2;
   std::size_t worker_stack = std::size_t{8} * 1024 * 1024;
   std::size_t queue = 256;     // requests that may wait for a worker; others get 503

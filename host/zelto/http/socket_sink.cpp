@@ -34,7 +34,7 @@ void SocketSink::reset(int socket, const Terms& terms) {
   status_ = 0;
   note_.clear();
   gathered_.clear();
-  queue_.begin(socket);
+  queue_.begin(socket, terms.patience);
 }
 
 void SocketSink::start(ResponseHead head, std::uint64_t length) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -17,6 +18,7 @@ class SocketSink final : public ResponseSink {
     bool head_only = false;
     int minor_version = 1;
     bool keep_alive = true;
+    std::chrono::milliseconds patience{};         // that a write has for its client; none where nothing may wait
     const std::atomic<bool>* stopping = nullptr;  // asked when the head is written; keeps nothing alive
   };
   explicit SocketSink(AnswerQueue& queue) : queue_(queue) {}

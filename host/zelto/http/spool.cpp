@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 namespace zelto {
 
@@ -29,10 +30,21 @@ base::FileDescriptor open_nameless(const std::string& folder) {
   return file;
 }
 
+// One answer cannot take all room from the others.
+constexpr std::uint64_t kAnswers = 16;
+
 }  // namespace
 
-Spool::Spool(const SpoolLimits& limits)
-    : folder(folder_of(limits)), memory(limits.memory_bytes), files(limits.file_bytes) {}
+Spool::Spool(const SpoolLimits& limits, std::function<void(std::string_view)> report)
+    : folder(folder_of(limits)),
+      answer_bytes(limits.file_bytes / kAnswers),
+      memory(limits.memory_bytes),
+      files(limits.file_bytes),
+      report_(std::move(report)) {}
+
+void Spool::tell(std::string_view problem) {
+  if (report_ && !told_.exchange(true)) report_(problem);
+}
 
 SpoolFile::SpoolFile(Spool& spool) : file_(open_nameless(spool.folder)), share_(spool.files) {
   if (!file_) throw std::system_error(errno, std::generic_category(), "making a file in " + spool.folder);
@@ -50,7 +62,7 @@ bool SpoolFile::append(std::string_view bytes) {
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) {
       const int error = written < 0 ? errno : ENOSPC;
-      share_.resize(size_);
+      shrink(size_);
       errno = error;
       return false;
     }
@@ -61,8 +73,10 @@ bool SpoolFile::append(std::string_view bytes) {
 }
 
 void SpoolFile::shrink(std::uint64_t size) {
+  // A disk that is full must not keep what did not fit. It can always give space back.
+  while (::ftruncate(file_.get(), static_cast<off_t>(size)) != 0 && errno == EINTR) continue;
   size_ = size;
-  share_.resize(size);
+  share_.resize(size_);
 }
 
 void SpoolFile::read(char* buffer, std::size_t size) const {

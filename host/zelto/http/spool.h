@@ -2,8 +2,10 @@
 // beyond that in files.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -21,11 +23,21 @@ struct SpoolLimits {
 // Shared by all connections of a server, and outlives them.
 class Spool {
  public:
-  explicit Spool(const SpoolLimits& limits);
+  // `report` is called with a line for the log, on any thread.
+  explicit Spool(const SpoolLimits& limits, std::function<void(std::string_view)> report = {});
+
+  // Tells that no file can be made or written: once, until one can.
+  void tell(std::string_view problem);
+  void forget_problem() { told_ = false; }
 
   const std::string folder;
+  const std::uint64_t answer_bytes;  // that one answer may have in its file
   Quota memory;
   Quota files;
+
+ private:
+  const std::function<void(std::string_view)> report_;
+  std::atomic<bool> told_ = false;
 };
 
 // A file without a name: it goes with its holder, however the program ends.

@@ -39,6 +39,7 @@ std::optional<std::time_t> parse_http_date(std::string_view text) {
   parts.tm_hour = number(17, 2);
   parts.tm_min = number(20, 2);
   parts.tm_sec = number(23, 2);
+  if (parts.tm_year < -1900) return std::nullopt;  // a sign is not a digit
   const std::time_t when = timegm(&parts);
   // Whatever is not written as in that form comes back as another text.
   return http_date(when) == text ? std::optional(when) : std::nullopt;

@@ -7,8 +7,10 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "support/temporary_folder.h"
 
@@ -16,6 +18,8 @@ namespace {
 
 using zelto::AnswerQueue;
 using Progress = AnswerQueue::Progress;
+
+constexpr std::chrono::minutes kPatience(1);
 
 // Two ends of a connection whose client reads only when the test does.
 class AnswerQueueTest : public ::testing::Test {
@@ -52,13 +56,13 @@ class AnswerQueueTest : public ::testing::Test {
 
   std::array<int, 2> ends{};
   test::TemporaryFolder folder;
-  zelto::Spool spool{{.memory_bytes = 200'000, .file_bytes = 10'000'000, .folder = folder.path()}};
+  zelto::Spool spool{{.memory_bytes = 200'000, .file_bytes = 160'000'000, .folder = folder.path()}};
   int called = 0;
 };
 
 TEST_F(AnswerQueueTest, SendsAtOnceWhatIsTaken) {
   AnswerQueue queue(spool, 100'000, [this] { ++called; });
-  queue.begin(ends[0]);
+  queue.begin(ends[0], kPatience);
   queue.write("head ", "body");
   EXPECT_EQ("head body", read_some());
   EXPECT_FALSE(queue.is_sending());
@@ -67,7 +71,7 @@ TEST_F(AnswerQueueTest, SendsAtOnceWhatIsTaken) {
 
 TEST_F(AnswerQueueTest, KeepsTheRestInMemoryAndBeyondThatInAFile) {
   AnswerQueue queue(spool, 100'000, [this] { ++called; });
-  queue.begin(ends[0]);
+  queue.begin(ends[0], kPatience);
   const std::string all = pattern(3'000'000);
   queue.write(all.substr(0, 50'000));
   EXPECT_LT(0u, spool.memory.taken());
@@ -87,7 +91,7 @@ TEST_F(AnswerQueueTest, KeepsTheRestInMemoryAndBeyondThatInAFile) {
 TEST_F(AnswerQueueTest, SendsAFileBehindWhatWasWritten) {
   const std::string file = folder.write("file", "0123456789");
   AnswerQueue queue(spool, 100'000, [this] { ++called; });
-  queue.begin(ends[0]);
+  queue.begin(ends[0], kPatience);
   const std::string all = pattern(60'000);
   queue.write(all);
   queue.write_file(base::FileDescriptor(::open(file.c_str(), O_RDONLY)), 2, 5);
@@ -98,7 +102,7 @@ TEST_F(AnswerQueueTest, SendsAFileBehindWhatWasWritten) {
 TEST_F(AnswerQueueTest, FailsWhenItsFileHasBecomeShorter) {
   const std::string file = folder.write("file", "0123456789");
   AnswerQueue queue(spool, 100'000, [] {});
-  queue.begin(ends[0]);
+  queue.begin(ends[0], kPatience);
   queue.write_file(base::FileDescriptor(::open(file.c_str(), O_RDONLY)), 0, 20);
   EXPECT_EQ(Progress::failed, queue.send());
   EXPECT_TRUE(queue.failed());
@@ -109,7 +113,7 @@ TEST_F(AnswerQueueTest, HasItsWriterWaitWhenNothingCanBeKept) {
   zelto::Spool full({.memory_bytes = 0, .file_bytes = 0, .folder = folder.path()});
   std::atomic<int> wanted = 0;
   AnswerQueue queue(full, 100'000, [&] { ++wanted; });
-  queue.begin(ends[0]);
+  queue.begin(ends[0], kPatience);
   const std::string all = pattern(1'000'000);
   std::thread writer(
       [&] { queue.write(std::string_view(all).substr(0, 300'000), std::string_view(all).substr(300'000)); });
@@ -121,7 +125,7 @@ TEST_F(AnswerQueueTest, HasItsWriterWaitWhenNothingCanBeKept) {
 TEST_F(AnswerQueueTest, KeepsASmallAnswerInAnyCase) {
   zelto::Spool full({.memory_bytes = 0, .file_bytes = 0, .folder = folder.path()});
   AnswerQueue queue(full, 0, [] {});
-  queue.begin(ends[0]);
+  queue.begin(ends[0], kPatience);
   // More than the socket takes, in one thread: waiting would be for good.
   std::string filler;
   while (::send(ends[0], "0123456789", 10, MSG_DONTWAIT) > 0) filler += "0123456789";
@@ -136,25 +140,78 @@ TEST_F(AnswerQueueTest, LetsItsWriterGoWhenTheClientHasGone) {
     waits = true;
     waits.notify_one();
   });
-  queue.begin(ends[0]);
+  queue.begin(ends[0], kPatience);
   std::thread writer([&] { queue.write(pattern(1'000'000)); });
   waits.wait(false);
   queue.fail();
   writer.join();
   EXPECT_TRUE(queue.failed());
-  queue.begin(ends[0]);
+  queue.begin(ends[0], kPatience);
   EXPECT_FALSE(queue.failed());
+}
+
+TEST_F(AnswerQueueTest, FailsAClientThatDoesNotTakeItInTime) {
+  zelto::Spool full({.memory_bytes = 0, .file_bytes = 0, .folder = folder.path()});
+  AnswerQueue queue(full, 0, [] {});
+  queue.begin(ends[0], std::chrono::milliseconds(20));
+  queue.write(pattern(1'000'000));
+  EXPECT_TRUE(queue.failed());
+}
+
+// As the thread that writes it would have to send it.
+TEST_F(AnswerQueueTest, KeepsAllOfAnAnswerWhoseWriterMustNotWait) {
+  zelto::Spool full({.memory_bytes = 0, .file_bytes = 0, .folder = folder.path()});
+  AnswerQueue queue(full, 0, [] {});
+  queue.begin(ends[0], std::chrono::milliseconds(0));
+  const std::string all = pattern(1'000'000);
+  queue.write(all);
+  EXPECT_EQ(all, read_all(queue, all.size()));
+}
+
+TEST_F(AnswerQueueTest, TakesMoreMemoryWhenThereIsNoFileAndSaysSoOnce) {
+  std::vector<std::string> told;
+  zelto::Spool nowhere({.memory_bytes = 3'000'000, .folder = "/none/of/these"},
+                       [&](std::string_view problem) { told.emplace_back(problem); });
+  AnswerQueue queue(nowhere, 100'000, [] {});
+  queue.begin(ends[0], kPatience);
+  const std::string all = pattern(2'000'000);
+  for (std::size_t at = 0; at < all.size(); at += 10'000) queue.write(all.substr(at, 10'000));
+  EXPECT_EQ(std::vector<std::string>{"making a file in /none/of/these: No such file or directory"}, told);
+  EXPECT_EQ(all, read_all(queue, all.size()));
+}
+
+TEST_F(AnswerQueueTest, LeavesRoomInFilesForOthers) {
+  zelto::Spool small({.memory_bytes = 0, .file_bytes = 16 * 500'000, .folder = folder.path()});
+  AnswerQueue queue(small, 0, [] {});
+  queue.begin(ends[0], std::chrono::milliseconds(20));
+  for (int i = 0; i < 100; ++i) queue.write(pattern(10'000));
+  EXPECT_TRUE(queue.failed());
+  queue.begin(ends[0], kPatience);
+  for (int i = 0; i < 40; ++i) queue.write(pattern(10'000));
+  EXPECT_FALSE(queue.failed());
+  EXPECT_GE(500'000u, small.files.taken());
 }
 
 TEST_F(AnswerQueueTest, TellsWhatHasArrivedNotWhatWasSent) {
   AnswerQueue queue(spool, 100'000, [] {});
-  queue.begin(ends[0]);
+  queue.begin(ends[0], kPatience);
   queue.write(pattern(80'000));
   EXPECT_EQ(0u, queue.delivered());
   const std::size_t read = read_some().size();
   EXPECT_LT(0u, read);
   EXPECT_LT(0u, queue.delivered());
   EXPECT_GE(read, queue.delivered());
+}
+
+// A client that still takes the first of two answers is not one that takes nothing.
+TEST_F(AnswerQueueTest, CountsWhatArrivesOfTheAnswerBefore) {
+  AnswerQueue queue(spool, 100'000, [] {});
+  queue.begin(ends[0], kPatience);
+  queue.write(pattern(1000));
+  queue.begin(ends[0], kPatience);
+  const auto before = queue.delivered();
+  EXPECT_EQ(1000u, read_some().size());
+  EXPECT_LT(before, queue.delivered());
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 namespace {
 
 using zelto::Connection;
+using zelto::ConnectionState;
 using zelto::ConnectionTable;
 
 // The table never looks into a connection: anything with an address of its own stands for one.
@@ -41,26 +42,39 @@ TEST_F(ConnectionTableTest, HasTheOneThatWaitsLongestGiveWay) {
   EXPECT_TRUE(admit(c, "192.0.2.3"));
   EXPECT_TRUE(admit(d, "192.0.2.4"));
   EXPECT_EQ(nullptr, gave_way);
-  table.set_waiting(a.get(), false);
-  table.set_waiting(b.get(), false);
-  table.set_waiting(b.get(), true);  // since later than the others
+  table.set_state(a.get(), ConnectionState::busy);
+  table.set_state(b.get(), ConnectionState::busy);
+  table.set_state(b.get(), ConnectionState::waiting);  // since later than the others
   EXPECT_TRUE(admit(e, "192.0.2.5"));
   EXPECT_EQ(c, gave_way);
-  EXPECT_EQ(d, table.longest_waiting());
-  EXPECT_EQ(b, table.longest_waiting());
-  EXPECT_EQ(e, table.longest_waiting());
-  EXPECT_EQ(nullptr, table.longest_waiting()) << "the first is being answered";
+  EXPECT_EQ(d, table.take_oldest());
+  EXPECT_EQ(b, table.take_oldest());
+  EXPECT_EQ(e, table.take_oldest());
+  EXPECT_EQ(nullptr, table.take_oldest()) << "the first is being answered";
 }
 
 TEST_F(ConnectionTableTest, RefusesWhenAllAreBeingAnswered) {
   int i = 0;
   for (const auto& one : {a, b, c, d}) {
     EXPECT_TRUE(admit(one, "192.0.2." + std::to_string(++i)));
-    table.set_waiting(one.get(), false);
+    table.set_state(one.get(), ConnectionState::busy);
   }
   EXPECT_FALSE(admit(e, "192.0.2.5"));
   table.remove(a.get());
   EXPECT_TRUE(admit(e, "192.0.2.5"));
+}
+
+TEST_F(ConnectionTableTest, HasTheLongestExchangeGiveWayWhenNobodyWaits) {
+  ConnectionTable impatient{{.in_all = 3, .per_address = 0, .exchange = std::chrono::seconds(0)}};
+  ConnectionTable patient{{.in_all = 3, .per_address = 0, .exchange = std::chrono::hours(1)}};
+  for (ConnectionTable* one : {&impatient, &patient}) {
+    for (const auto& some : {a, b, c}) EXPECT_TRUE(one->admit(some, {}, true).admitted);
+    one->set_state(b.get(), ConnectionState::exchanging);
+    one->set_state(a.get(), ConnectionState::exchanging);
+    one->set_state(c.get(), ConnectionState::busy);
+  }
+  EXPECT_EQ(b, impatient.admit(d, {}, true).gives_way);
+  EXPECT_FALSE(patient.admit(d, {}, true).admitted);
 }
 
 TEST_F(ConnectionTableTest, LimitsEachAddressToItsOwn) {
@@ -69,8 +83,8 @@ TEST_F(ConnectionTableTest, LimitsEachAddressToItsOwn) {
   EXPECT_TRUE(admit(c));
   EXPECT_TRUE(admit(d));
   EXPECT_EQ(b, gave_way) << "not the one of another address, which waits longer";
-  table.set_waiting(c.get(), false);
-  table.set_waiting(d.get(), false);
+  table.set_state(c.get(), ConnectionState::busy);
+  table.set_state(d.get(), ConnectionState::busy);
   EXPECT_FALSE(admit(e));
   EXPECT_TRUE(admit(e, "192.0.2.1", false)) << "a proxy's, through which many clients come";
 }

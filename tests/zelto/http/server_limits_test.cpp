@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "http/server.h"
@@ -156,6 +157,7 @@ TEST(ServerLimits, AreTheseUnlessSaidOtherwise) {
   EXPECT_EQ(1000U, limits.keep_alive_requests);
   EXPECT_EQ(5s, limits.drain_timeout);
   EXPECT_EQ(262'144U, limits.drain_bytes);
+  EXPECT_EQ(268'435'456U, limits.drain_upload_bytes);
   EXPECT_EQ(256U, limits.body_rate);
   EXPECT_EQ(256U, limits.send_rate);
   EXPECT_EQ(1'048'576U, limits.send_memory);
@@ -212,6 +214,23 @@ TEST(ServerLimits, EndTheDrainOfAClientThatNeverStops) {
       EXPECT_GT(20'000'000u, sent);
     }
   }
+}
+
+// Overload is no reason to take in more.
+TEST(ServerLimits, DrainNoMoreOfABodyThatNoPageCouldRefuse) {
+  zelto::ServerOptions options;
+  options.workers = 1;
+  options.queue = 0;
+  options.limits.body_bytes = 10;
+  options.limits.drain_timeout = milliseconds(100);
+  TestServer test(options);
+  Client client(test.port());
+  client.send("POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: 99999999999\r\n\r\n");
+  EXPECT_EQ(503, client.receive().value().status);
+  const std::string block(100'000, 'a');
+  std::size_t sent = 0;
+  while (client.send(block)) sent += block.size();
+  EXPECT_GT(20'000'000u, sent);
 }
 
 // A browser does, and then shows what the page says.
@@ -311,6 +330,7 @@ TEST(ServerLimits, HaveAnIdleConnectionGiveWayToANewOne) {
 TEST(ServerLimits, GiveAnAddressItsShareOfConnections) {
   zelto::ServerOptions options;
   options.limits.connections_per_address = 1;
+  options.limits.limits_loopback = true;
   TestServer test(options);
   Client first(test.port());
   first.send("GET /gate HTTP/1.1\r\n" + kHost + "\r\n");
@@ -319,6 +339,17 @@ TEST(ServerLimits, GiveAnAddressItsShareOfConnections) {
   EXPECT_EQ(503, second.receive().value().status);
   options.trusted_proxies = {"127.0.0.1"};
   test.server->change(options.limits, options.trusted_proxies);
+  EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "\r\n").status);
+}
+
+// Through a proxy there, all clients come from one address.
+TEST(ServerLimits, CountNoAddressOfTheMachineItself) {
+  zelto::HttpLimits limits;
+  limits.connections_per_address = 1;
+  TestServer test(with_limits(limits));
+  Client first(test.port());
+  first.send("GET /gate HTTP/1.1\r\n" + kHost + "\r\n");
+  test.gate.wait_for(1);
   EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "\r\n").status);
 }
 
@@ -337,6 +368,23 @@ TEST(ServerLimits, AnswerOthersWhileSlowClientsTakeTheirTime) {
   EXPECT_EQ(200, ask(test.port(), request).status);
   // And they get what they asked for.
   for (const auto& client : slow) EXPECT_EQ(20'000'000u, client->receive().value().body.size());
+}
+
+// More than the connection may keep of an answer, where nothing may wait for room.
+TEST(ServerLimits, KeepWhatTheRouterAnswersWhenThereIsNoRoom) {
+  zelto::ServerOptions options;
+  options.io_threads = 1;
+  options.spool.memory_bytes = options.spool.file_bytes = 0;
+  TestServer test(options);
+  Client slow(test.port());
+  constexpr int kRequests = 1000;
+  std::jthread sender([&] {
+    const std::string request = "GET /routed?" + std::string(8000, 'q') + " HTTP/1.1\r\n" + kHost + "\r\n";
+    for (int i = 0; i < kRequests && slow.send(request); ++i) continue;
+  });
+  EXPECT_EQ(24'006u, slow.receive().value().body.size());
+  EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "\r\n").status);
+  for (int i = 1; i < kRequests; ++i) ASSERT_EQ(24'006u, slow.receive().value().body.size()) << i;
 }
 
 TEST(ServerLimits, HaveRequestsOfOneTurnHoldOneWorker) {

@@ -90,8 +90,10 @@ class PathRouter final : public zelto::Router {
     if (request.path == "/unroutable") throw std::runtime_error("not to be routed");
     if (request.path == "/turn") return {.turn = request.query};
     if (request.path != "/routed") return {};
-    sink.start({}, 6);
-    sink.write("routed");
+    std::string body = "routed";
+    for (int i = 0; i < 3; ++i) body += request.query;
+    sink.start({}, body.size());
+    sink.write(body);
     sink.finish();
     return {.answered = true, .turn = {}};
   }

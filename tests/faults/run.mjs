@@ -1,0 +1,33 @@
+// What the host bears:  node tests/faults/run.mjs [NAME]…
+//
+// Each fault starts a host of its own, does to it what its name says while good clients go on asking, and tells what was
+// measured beside what it must be. The exit code is 1 when one does not hold.
+import { slow } from './slow.mjs';
+import { used_up } from './used_up.mjs';
+import { writes } from './writes.mjs';
+
+const wanted = process.argv.slice(2);
+const faults = { ...slow, ...used_up, ...writes };
+const unknown = wanted.filter((name) => !faults[name]);
+if (unknown.length) {
+  console.error(`there is no fault ${unknown.join(', ')}; there are ${Object.keys(faults).join(', ')}`);
+  process.exit(2);
+}
+
+let failed = 0;
+for (const [name, fault] of Object.entries(faults)) {
+  if (wanted.length && !wanted.includes(name)) continue;
+  const began = performance.now();
+  let rows;
+  try {
+    rows = await fault();
+  } catch (error) {
+    rows = [{ what: 'runs to its end', is: error.message, must: '', holds: false }];
+  }
+  for (const { what, is, must, holds } of rows) {
+    if (!holds) failed++;
+    console.log(`${holds ? 'ok  ' : 'FAIL'}  ${name.padEnd(18)} ${what.padEnd(46)} ${String(is).padStart(14)}  ${must}`);
+  }
+  console.log(`      ${name.padEnd(18)} ${((performance.now() - began) / 1000).toFixed(1)} s`);
+}
+process.exit(failed ? 1 : 0);

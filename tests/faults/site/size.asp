@@ -1,0 +1,3 @@
+<%@ EnableSessionState="False" %><%
+Response.Write(Request.TotalBytes);
+%>

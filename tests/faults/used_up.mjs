@@ -1,0 +1,82 @@
+// Files, memory and disk that are used up.
+import { writeFile } from 'node:fs/promises';
+import { join } from 'node:path';
+import { ask, get, goodClients, pause, slowClients } from './clients.mjs';
+import { allAnswered, latency, residentMemory, row, withHost } from './host.mjs';
+
+// How often each status came, "20 x 200".
+function counted(answers) {
+  const counts = new Map();
+  for (const { status } of answers) counts.set(status, (counts.get(status) ?? 0) + 1);
+  return [...counts].sort().map(([status, times]) => `${times} x ${status}`).join(', ');
+}
+
+async function askTimes(host, times, path) {
+  const answers = [];
+  for (let i = 0; i < times; i++) answers.push(await ask(host.address, path));
+  return answers;
+}
+
+const begun = (path, length) => `POST ${path} HTTP/1.1\r\nHost: a\r\nContent-Length: ${length}\r\n\r\n`;
+
+export const used_up = {
+  downloads_3000: () => withHost(async (host) => {
+    await writeFile(join(host.folder, 'large.bin'), Buffer.alloc(20 << 20, 'x'));
+    const readers = slowClients(host.address, 3000, get('/large.bin'), 1);
+    await pause(6000);
+    const answers = await askTimes(host, 20, '/default.asp');
+    readers.stop();
+    const is = counted(answers);
+    return [row('a page beside 3,000 slow downloads', is, '20 x 200', is === '20 x 200')];
+  }),
+
+  few_files: () => withHost(async (host) => {
+    const readers = slowClients(host.address, 300, get('/large.asp'), 1);
+    await pause(2000);
+    const answers = await askTimes(host, 20, '/default.asp');
+    readers.stop();
+    const wrong = answers.filter(({ status }) => status !== 200 && status !== 503);
+    return [row('a page with 100 files for 300 clients', counted(answers), '200 or 503', wrong.length === 0)];
+  }, { command: ['prlimit', '--nofile=100'] }),
+
+  bodies_for_nothing: () => withHost(async (host) => {
+    const before = await residentMemory(host.pid);
+    const part = Buffer.alloc(15 << 20, 'x');
+    const senders = slowClients(host.address, 80, begun('/missing', 16 << 20));
+    for (const socket of senders.sockets) socket.write(part);
+    await pause(3000);
+    const grown = (await residentMemory(host.pid)) - before;
+    senders.stop();
+    return [row('memory for 80 bodies of a missing target', `${grown.toFixed(0)} MB`, '<= 20 MB', grown <= 20)];
+  }),
+
+  bodies: () => withHost(async (host) => {
+    const before = await residentMemory(host.pid);
+    const part = Buffer.alloc(15 << 20, 'x');
+    const asking = goodClients(host.address, 2, ['/default.asp']);
+    const senders = slowClients(host.address, 80, begun('/size.asp', 16 << 20));
+    for (const socket of senders.sockets) socket.write(part);
+    await pause(6000);
+    const grown = (await residentMemory(host.pid)) - before;
+    for (const socket of senders.sockets) socket.resume().write(Buffer.alloc(1 << 20, 'x'));
+    await pause(2000);
+    senders.stop();
+    const told = await asking.stop();
+    return [allAnswered(told), latency(told),
+      row('memory for 80 bodies of 15 MiB', `${grown.toFixed(0)} MB`, '<= 200 MB', grown <= 200)];
+  }),
+
+  no_spool: () => withHost(async (host) => {
+    const answers = await Promise.all(Array.from({ length: 4 }, () =>
+      ask(host.address, '/size.asp', { method: 'POST', body: Buffer.alloc(4 << 20, 'x') })));
+    const after = await askTimes(host, 5, '/default.asp');
+    const sound = answers.every(({ status }) => status === 503 || status === 0);
+    return [row('bodies without room', counted(answers), '503', sound),
+      row('pages after that', counted(after), '5 x 200', counted(after) === '5 x 200')];
+  }, { lines: ['buffer_memory = 1000000', 'spool_limit = 1000000'] }),
+
+  full_log: () => withHost(async (host) => {
+    const answers = await askTimes(host, 20, '/default.asp');
+    return [row('pages with a log that takes nothing', counted(answers), '20 x 200', counted(answers) === '20 x 200')];
+  }, { lines: ['log = "/dev/full"'] }),
+};
