@@ -20,8 +20,8 @@ inline constexpr auto kElementTypes = [] {
   types[VT_I4] = types[VT_UI4] = types[VT_INT] = types[VT_UINT] = types[VT_R4] = types[VT_ERROR] = {4};
   types[VT_I8] = types[VT_UI8] = types[VT_R8] = types[VT_CY] = types[VT_DATE] = {8};
   types[VT_BSTR] = {sizeof(BSTR), 0x0100};
-  types[VT_UNKNOWN] = {sizeof(IUnknown*), 0x0200};
-  types[VT_DISPATCH] = {sizeof(IDispatch*), 0x0400};
+  types[VT_UNKNOWN] = {sizeof(void*), 0x0200};
+  types[VT_DISPATCH] = {sizeof(void*), 0x0400};
   types[VT_VARIANT] = {sizeof(VARIANT), 0x0800};
   return types;
 }();

@@ -80,7 +80,7 @@ class Server::Impl {
   bool stop(std::chrono::milliseconds grace) {
     if (std::exchange(stopped_, true)) return all_answered_;
     shared_.stopping = true;
-    asio::post(acceptor_.get_executor(), [this] {
+    asio::post(accepting_strand_, [this] {
       boost::system::error_code ignored;
       acceptor_.close(ignored);
       retry_.cancel();
@@ -123,7 +123,7 @@ class Server::Impl {
   void run_io() {
     for (;;) {
       try {
-        asio::post(acceptor_.get_executor(), [this] { accept(); });
+        asio::post(accepting_strand_, [this] { accept(); });
         io_.run();
         return;
       } catch (const std::exception& error) {
@@ -203,8 +203,9 @@ class Server::Impl {
   // Behind what its handlers use: destroying it destroys the connections that are left.
   asio::io_context io_;
   asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};
-  tcp::acceptor acceptor_{asio::make_strand(io_)};
-  asio::steady_timer retry_{acceptor_.get_executor()};
+  asio::strand<asio::io_context::executor_type> accepting_strand_{io_.get_executor()};
+  tcp::acceptor acceptor_{accepting_strand_};
+  asio::steady_timer retry_{accepting_strand_};
   std::vector<std::jthread> threads_;
   std::atomic<bool> accepting_ = false;
   std::atomic<bool> starved_ = false;  // and the log knows

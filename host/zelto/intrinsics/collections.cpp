@@ -9,8 +9,6 @@ namespace zelto {
 
 namespace {
 
-using ZeltoTypeLibrary::IRequestDictionary;
-
 constexpr std::wstring_view kSource = L"Request";
 
 const std::vector<std::wstring> kNoValues;

@@ -3,9 +3,9 @@
 #include <jsc/jsc.h>
 #include <unistd.h>
 
+#include <boost/range/adaptor/reversed.hpp>
 #include <csignal>
 #include <mutex>
-#include <ranges>
 
 #include "script/prelude.h"
 #include "script/realm.h"
@@ -86,7 +86,7 @@ Engine* Engine::current() noexcept { return t_current; }
 Realm* Engine::realm_of(JSContextRef ctx) {
   if (!t_current) return nullptr;
   JSGlobalContextRef global = JSContextGetGlobalContext(ctx);
-  for (Realm* realm : t_current->realms_ | std::views::reverse) {
+  for (Realm* realm : t_current->realms_ | boost::adaptors::reversed) {
     if (realm->context() == global) return realm;
   }
   return nullptr;
