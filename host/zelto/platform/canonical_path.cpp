@@ -1,6 +1,5 @@
 #include "platform/canonical_path.h"
 
-#include <boost/range/adaptor/reversed.hpp>
 #include <climits>
 #include <deque>
 #include <filesystem>
@@ -16,7 +15,8 @@ constexpr int kMostLinks = 40;
 
 // Puts the segments of `path` in front of those that are still to be walked.
 void push_segments(std::deque<std::string>& ahead, std::string_view path) {
-  for (const std::string_view segment : path_segments(path) | boost::adaptors::reversed) ahead.emplace_front(segment);
+  const auto segments = path_segments(path);
+  ahead.insert(ahead.begin(), segments.begin(), segments.end());
 }
 
 // Whether reading a symbolic link failed because none is there: a file of another kind, or nothing at all.
