@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include <korlib_host/dictionaries.h>
 #include <korlib_host/enumerator.h>
 #include <korlib_host/results.h>
 
@@ -58,6 +59,39 @@ std::span<const Member> Dictionary::members() {
   return table;
 }
 
+Dictionary* Dictionary::behind(IUnknown* object) noexcept {
+  const CComQIPtr<IHostDictionary> found(object);
+  return static_cast<Dictionary*>(found.get());
+}
+
+std::vector<CComPtr<IUnknown>> Dictionary::objects() {
+  std::vector<CComPtr<IUnknown>> found;
+  const auto add = [&found](IUnknown* object) { found.emplace_back(object); };
+  const std::lock_guard guard(lock_);
+  for (const Entry& entry : table_) {
+    for_each_object(entry.key.value(), add);
+    for_each_object(entry.value, add);
+  }
+  return found;
+}
+
+HRESULT Dictionary::admit(const VARIANT& value) {
+  if (!may_hold_objects(value)) return S_OK;
+  if (is_shared_) {
+    if (korlib_host::share(value)) return S_OK;
+    return raise(E_INVALIDARG, kSource,
+                 L"A dictionary that the Application keeps takes plain values and dictionaries only.");
+  }
+  const auto look = [this](IUnknown* object) {
+    const Dictionary* const held = object ? behind(object) : nullptr;
+    if (!held) return;
+    holds_dictionaries_ = true;
+    if (held->holds_dictionaries_) enter();  // perhaps it leads back here; if it is this one, it has just been said to
+  };
+  for_each_object(value, look);
+  return S_OK;
+}
+
 Dictionary::Entry* Dictionary::find(DictionaryKey& key) {
   key.prepare(ignores_case_);
   return table_.find(key);
@@ -67,6 +101,7 @@ STDMETHODIMP Dictionary::get_Item(VARIANT key, VARIANT* value) {
   return guarded(kSource, value, [&]() -> HRESULT {
     DictionaryKey wanted;
     RETURN_IF_FAILED(load(key, wanted));
+    RETURN_IF_FAILED(admit(wanted.value()));
     const std::lock_guard guard(lock_);
     if (const Entry* entry = find(wanted)) return VariantCopy(value, &entry->value);
     table_.add({std::move(wanted), {}});
@@ -80,6 +115,8 @@ HRESULT Dictionary::store(const VARIANT& key, const VARIANT& value, bool may_rep
     CComVariant owned;  // after the exchange the old value, released behind the lock
     RETURN_IF_FAILED(load(key, wanted));
     RETURN_IF_FAILED(own(value, owned));
+    RETURN_IF_FAILED(admit(wanted.value()));
+    RETURN_IF_FAILED(admit(owned));
     bool is_refused = false;
     {
       const std::lock_guard guard(lock_);
@@ -141,6 +178,7 @@ STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) {
     DictionaryKey fresh;
     RETURN_IF_FAILED(load(key, wanted));
     RETURN_IF_FAILED(load(new_key, fresh));
+    RETURN_IF_FAILED(admit(fresh.value()));
     bool was_found = false;
     bool is_taken = false;
     std::optional<DictionaryKey> old;  // goes when the lock is free: its last release may come back here

@@ -1,7 +1,6 @@
 #include "intrinsics/application.h"
 
-#include <korlib/dictionary.h>
-#include <korlib/ptr.h>
+#include <korlib_host/dictionaries.h>
 #include <korlib_host/errors.h>
 
 namespace zelto {
@@ -10,15 +9,12 @@ namespace {
 
 constexpr std::wstring_view kSource = L"Application";
 
-// Whether every thread may hold the value.
-bool can_be_shared(const VARIANT& value) {
-  if (value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN) {
-    return !value.punkVal || CComQIPtr<IKorLibDictionary>(value.punkVal);
-  }
-  return !(value.vt & VT_ARRAY) || !holds_script_object(value);
-}
-
 }  // namespace
+
+ApplicationState::~ApplicationState() {
+  values_.clear();
+  korlib_host::free_cycles(korlib_host::CycleReach::all);
+}
 
 template <class Change>
 HRESULT ApplicationHold::change(Change make) {
@@ -51,7 +47,7 @@ HRESULT ApplicationHold::get(std::wstring_view name, VARIANT* value) {
 HRESULT ApplicationHold::put(std::wstring_view name, const VARIANT& value) {
   CComVariant copy;
   RETURN_IF_FAILED(VariantCopyInd(&copy, &value));
-  if (!can_be_shared(copy)) {
+  if (!korlib_host::share(copy)) {
     return korlib::raise(E_INVALIDARG, kSource, L"The Application keeps plain values and dictionaries only.");
   }
   return change([&](ApplicationState& state) { state.values_.put(name, std::move(copy)); });

@@ -13,12 +13,16 @@ namespace zelto {
 
 class ApplicationHold;
 
-// Values are plain ones, and host dictionaries, whose references may be counted by many threads. They are reached
-// through holds.
+// Values are plain ones, and host dictionaries of such values, whose references may be counted by many threads. They
+// are reached through holds.
 class ApplicationState {
  public:
   // `patience` is how long a page waits for a lock that another one has.
   explicit ApplicationState(std::chrono::milliseconds patience) : patience_(patience) {}
+  ApplicationState(const ApplicationState&) = delete;
+  ApplicationState& operator=(const ApplicationState&) = delete;
+  // No other thread may use any dictionary that was in an Application.
+  ~ApplicationState();
 
  private:
   friend class ApplicationHold;

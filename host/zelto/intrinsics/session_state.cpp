@@ -1,5 +1,6 @@
 #include "intrinsics/session_state.h"
 
+#include <korlib_host/dictionaries.h>
 #include <korlib_host/errors.h>
 
 #include <algorithm>
@@ -71,6 +72,7 @@ HRESULT SessionState::remove(std::wstring_view name) {
 
 HRESULT SessionState::clear() {
   values_.clear();
+  korlib_host::free_cycles();
   return S_OK;
 }
 

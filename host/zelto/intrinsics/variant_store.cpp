@@ -1,5 +1,7 @@
 #include "intrinsics/variant_store.h"
 
+#include <korlib_host/dictionaries.h>
+
 #include "intrinsics/arguments.h"
 #include "script/script_object.h"
 
@@ -15,18 +17,23 @@ HRESULT VariantTable::get(std::wstring_view name, VARIANT* value) const {
 void VariantTable::put(std::wstring_view name, CComVariant value) {
   if (Entry* const entry = entries_.find(name)) {
     std::swap(entry->value, value);
+    korlib_host::watch_for_cycles(value);
   } else {
     entries_.add({std::wstring(name), std::move(value)});
   }
 }
 
 void VariantTable::remove(std::wstring_view name) {
-  if (Entry* const entry = entries_.find(name)) const Entry removed = entries_.take(*entry);
+  Entry* const entry = entries_.find(name);
+  if (!entry) return;
+  const Entry removed = entries_.take(*entry);
+  korlib_host::watch_for_cycles(removed.value);
 }
 
 void VariantTable::clear() {
   Entries removed;
   std::swap(removed, entries_);
+  for (const Entry& entry : removed) korlib_host::watch_for_cycles(entry.value);
 }
 
 std::vector<std::wstring> VariantTable::names() const { return names_of(entries_); }

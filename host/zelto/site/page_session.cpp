@@ -1,5 +1,6 @@
 #include "site/page_session.h"
 
+#include <korlib_host/dictionaries.h>
 #include <korlib_host/errors.h>
 
 #include "base/letter_case.h"
@@ -36,7 +37,9 @@ bool PageSession::open() {
   return true;
 }
 
+// What the page leaves behind may hold objects of the session, so it goes before the next request has that.
 void PageSession::close() {
+  korlib_host::free_cycles();
   if (hold_) store_.close(std::move(*hold_));
   hold_.reset();
 }

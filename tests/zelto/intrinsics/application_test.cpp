@@ -1,6 +1,9 @@
 #include "intrinsics/application.h"
-#include "korlib/dictionary.h"
+#include "korlib/classes/dictionary_fixture.h"
 #include "zelto/intrinsics/calls.h"
+
+#include <korlib/safearray.h>
+#include <korlib_host/diagnostics.h>
 
 #include <thread>
 
@@ -32,6 +35,39 @@ TEST_F(Application, RefusesObjectsThatOneThreadOwns) {
   const Answer answer = putref(page().get(), L"Value", L"o", korlib::make<Thing>());
   EXPECT_EQ(E_INVALIDARG, answer.hr);
   EXPECT_EQ(L"The Application keeps plain values and dictionaries only.", answer.description);
+}
+
+TEST_F(Application, RefusesSuchObjectsInArraysAndDictionaries) {
+  const CComPtr<Thing> thing = korlib::make<Thing>();
+  CComSafeArray array(VT_VARIANT, 1);
+  CComVariant(static_cast<IDispatch*>(thing.get())).detach_to(array.data<VARIANT>());
+  CComVariant list;
+  array.detach_to(list.put());
+  EXPECT_EQ(E_INVALIDARG, putref(page().get(), L"Value", L"o", list).hr);
+  const auto dictionary = new_dictionary();
+  EXPECT_EQ(S_OK, call(dictionary.get(), L"Add", L"o", thing).hr);
+  EXPECT_EQ(E_INVALIDARG, putref(page().get(), L"Value", L"o", dictionary).hr);
+  EXPECT_EQ(0, get(object_of(get(page().get(), L"Contents")), L"Count").value.lVal);
+}
+
+TEST_F(Application, HasItsDictionariesRefuseThemToo) {
+  const auto dictionary = new_dictionary();
+  EXPECT_EQ(S_OK, putref(page().get(), L"Value", L"d", dictionary).hr);
+  const auto shared = object_of(get(page().get(), L"Value", L"d"));
+  EXPECT_EQ(E_INVALIDARG, call(shared.get(), L"Add", L"o", korlib::make<Thing>()).hr);
+  EXPECT_EQ(S_OK, call(shared.get(), L"Add", L"n", 1).hr);
+}
+
+TEST_F(Application, FreesADictionaryThatHoldsItselfWhenItEnds) {
+  const std::int64_t before = korlib_host::live_objects();
+  {
+    const auto dictionary = new_dictionary();
+    EXPECT_EQ(S_OK, call(dictionary.get(), L"Add", L"me", dictionary).hr);
+    EXPECT_EQ(S_OK, putref(page().get(), L"Value", L"d", dictionary).hr);
+  }
+  EXPECT_EQ(before + 1, korlib_host::live_objects());
+  state.reset();
+  EXPECT_EQ(before, korlib_host::live_objects());
 }
 
 TEST_F(Application, KeepsOthersFromChangingValuesWhileLocked) {

@@ -1,6 +1,7 @@
 #include "site/page_session.h"
 
 #include <gtest/gtest.h>
+#include <korlib_host/diagnostics.h>
 
 #include <thread>
 
@@ -114,6 +115,67 @@ TEST_F(PageSession, AnswersBusyWhenTheSessionIsHeldForTooLong) {
   body("<% Session('a') = 1; %>");
   const zelto::SessionHold held = site().sessions().open(cookie.substr(cookie.find('=') + 1));
   EXPECT_EQ(503, run("never", cookie).head.status);
+}
+
+TEST_F(PageSession, FreesADictionaryThatHoldsItselfWithTheSession) {
+  site();
+  const std::int64_t before = korlib_host::live_objects();
+  body(
+      "<% var d = Server.CreateObject('Scripting.Dictionary'), e = Server.CreateObject('Scripting.Dictionary');"
+      "d.Add('me', d); d.Add('e', e); e.Add('d', d); Session('d') = d; %>");
+  EXPECT_EQ("2", body("<%= Session('d').Count %>"));
+  EXPECT_EQ(before + 2, korlib_host::live_objects());
+  body("<% Session.Abandon(); %>");
+  EXPECT_EQ(before, korlib_host::live_objects());
+}
+
+TEST_F(PageSession, FreesADictionaryThatHoldsItselfOnceTheSessionForgetsIt) {
+  site();
+  const std::int64_t before = korlib_host::live_objects();
+  const std::string keep =
+      "<% var d = Server.CreateObject('Scripting.Dictionary'); d.Add('me', d); Session('d') = d; %>";
+  for (const char* forget : {"Session('d') = 1;", "Session.Contents.Remove('d');", "Session.Contents.RemoveAll();",
+                             "var d = Session('d'); Session('d') = 1; d.Add('x', d);"}) {
+    body(keep);
+    EXPECT_EQ(before + 1, korlib_host::live_objects());
+    body("<% " + std::string(forget) + " %>");
+    EXPECT_EQ(before, korlib_host::live_objects()) << forget;
+  }
+}
+
+TEST_F(PageSession, FreesADictionaryThatHoldsItselfWithAPageWithoutSession) {
+  site();
+  const std::int64_t before = korlib_host::live_objects();
+  run("<%@ EnableSessionState=False %><% var d = Server.CreateObject('Scripting.Dictionary'); d.Add('me', d); %>", "");
+  EXPECT_EQ(before, korlib_host::live_objects());
+}
+
+TEST_F(PageSession, FreesADictionaryThatHoldsItselfWithAnExpiredSession) {
+  site();
+  const std::int64_t before = korlib_host::live_objects();
+  body("<% var d = Server.CreateObject('Scripting.Dictionary'); d.Add('me', d); Session('d') = d; %>");
+  EXPECT_EQ(before + 1, korlib_host::live_objects());
+  site().sessions().sweep(zelto::SessionStore::Clock::now() + std::chrono::hours(24));
+  EXPECT_EQ(before, korlib_host::live_objects());
+}
+
+// Two requests would count the component's references at once.
+TEST_F(PageSession, LetsNoComponentOrScriptObjectIntoADictionaryOfTheApplication) {
+  const std::string told = "A dictionary that the Application keeps takes plain values and dictionaries only.";
+  body(
+      "<% var d = Server.CreateObject('Scripting.Dictionary');"
+      "d.Add('inner', Server.CreateObject('Scripting.Dictionary')); Application('d') = d; %>");
+  const auto refusal = [&](const std::string& attempt, const std::string& object) {
+    return body("<% var d = Application('d'), o = " + object + "; try { " + attempt +
+                "; } catch (e) { Response.Write(e.message); } %>");
+  };
+  for (const char* object : {"Server.CreateObject('Mirt')", "{a: 1}"}) {
+    EXPECT_EQ(told, refusal("d.Key('inner') = o", object));
+    EXPECT_EQ(told, refusal("d.Item('c') = o", object));
+    EXPECT_EQ(told, refusal("d.Item('inner').Add('c', o)", object));
+    EXPECT_EQ(told, refusal("d.Add('c', [[o]])", object));
+  }
+  EXPECT_EQ("1 0", body("<% var d = Application('d'); Response.Write(d.Count + ' ' + d.Item('inner').Count); %>"));
 }
 
 TEST_F(PageSession, CountsSessionsRightUnderManyClients) {
