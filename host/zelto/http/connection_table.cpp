@@ -4,19 +4,9 @@
 
 namespace zelto {
 
-ConnectionTable::Client ConnectionTable::client_of(const boost::asio::ip::address& address) {
-  if (address.is_v4()) return {false, address.to_v4().to_uint()};
-  const auto v6 = address.to_v6();
-  if (v6.is_v4_mapped()) return {false, boost::asio::ip::make_address_v4(boost::asio::ip::v4_mapped, v6).to_uint()};
-  const auto bytes = v6.to_bytes();
-  std::uint64_t prefix = 0;
-  for (std::size_t i = 0; i < 8; ++i) prefix = prefix << 8 | bytes[i];
-  return {true, prefix};
-}
-
 ConnectionTable::Admission ConnectionTable::admit(const Pointer& connection, const boost::asio::ip::address& address,
                                                   bool is_limited) {
-  const Client client = client_of(address);
+  const ClientAddress client = client_of(address);
   Admission admission;
   const std::lock_guard lock(lock_);
   const auto known = clients_.find(client);
@@ -48,14 +38,14 @@ ConnectionTable::Pointer ConnectionTable::take_oldest() {
 }
 
 // Of that client, or of any.
-ConnectionTable::Pointer ConnectionTable::take(const Client* client) {
+ConnectionTable::Pointer ConnectionTable::take(const ClientAddress* client) {
   const auto now = Clock::now();
   if (auto taken = take_from(list_of(ConnectionState::waiting), client, now)) return taken;
   return take_from(list_of(ConnectionState::exchanging), client, now - counts_.exchange);
 }
 
 // The first that has been there since then. It counts as busy from now on: it is about to close.
-ConnectionTable::Pointer ConnectionTable::take_from(List& list, const Client* client, Clock::time_point before) {
+ConnectionTable::Pointer ConnectionTable::take_from(List& list, const ClientAddress* client, Clock::time_point before) {
   for (Entry* entry : list) {
     if (entry->since > before) break;
     if (client && entry->client != *client) continue;

@@ -12,8 +12,9 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
-#include <utility>
 #include <vector>
+
+#include "http/client_address.h"
 
 namespace zelto {
 
@@ -58,21 +59,19 @@ class ConnectionTable {
   bool wait_until_empty(std::chrono::milliseconds patience);
 
  private:
-  using Client = std::pair<bool, std::uint64_t>;  // IPv6, and the address or the part of it that counts
   struct Entry;
   using List = std::list<Entry*>;  // the longest first
   struct Entry {
     std::weak_ptr<Connection> connection;
-    Client client;
+    ClientAddress client;
     ConnectionState state = ConnectionState::waiting;
     Clock::time_point since;
     List* list = nullptr;  // that this entry is in
     List::iterator place;
   };
 
-  static Client client_of(const boost::asio::ip::address& address);
-  Pointer take(const Client* client);
-  Pointer take_from(List& list, const Client* client, Clock::time_point before);
+  Pointer take(const ClientAddress* client);
+  Pointer take_from(List& list, const ClientAddress* client, Clock::time_point before);
   void move(Entry& entry, ConnectionState state);
   List& list_of(ConnectionState state) { return lists_[static_cast<std::size_t>(state)]; }
 
@@ -80,8 +79,8 @@ class ConnectionTable {
   mutable std::mutex lock_;  // guards what follows; never held while a connection is released
   std::condition_variable emptied_;
   std::unordered_map<Connection*, Entry> entries_;
-  std::map<Client, std::size_t> clients_;  // how many connections each has
-  std::array<List, 3> lists_;              // of each state
+  std::map<ClientAddress, std::size_t> clients_;  // how many connections each has
+  std::array<List, 3> lists_;                     // of each state
 };
 
 }  // namespace zelto

@@ -49,7 +49,7 @@ HRESULT PageSession::keep() {
     return korlib::raise(E_FAIL, L"Session",
                          L"Nothing can be kept in a new session when the response's head has been sent already.");
   }
-  if (!store_.add(state())) {
+  if (!store_.add(state(), page_.request.http().remote_address)) {
     refused_ = true;
     return korlib::raise(E_FAIL, L"Session",
                          L"The site keeps as many sessions as its session_limit allows, all of them in use.");

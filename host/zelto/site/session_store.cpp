@@ -44,30 +44,26 @@ SessionStore::State SessionStore::find(std::string_view id) const {
   return found == sessions_.end() ? nullptr : found->second.session;
 }
 
-// Whether requests still find the session, which is no longer a newcomer once its client came back.
+// Whether requests still find the session, whose client has come back.
 bool SessionStore::recognise(const SessionState& session) {
   const std::scoped_lock guard(mutex_);
   const auto found = sessions_.find(session.id);
   if (found == sessions_.end() || found->second.session.get() != &session) return false;
-  if (const auto newcomer = std::exchange(found->second.newcomer, std::nullopt)) newcomers_.erase(*newcomer);
+  order_.use(found->second.place);
   return true;
 }
 
-// The oldest newcomer that no request uses, locked and no longer found. The caller holds the mutex.
-SessionStore::State SessionStore::take_newcomer() {
-  for (const State& oldest : newcomers_) {
-    if (!oldest->lock.try_lock()) continue;
-    State taken = oldest;
-    erase(taken->id);
-    return taken;
-  }
-  return nullptr;
+// The first to give way that no request uses, locked and no longer found. The caller holds the mutex.
+SessionStore::State SessionStore::take_first() {
+  State first = order_.first([](SessionState& session) { return session.lock.try_lock(); });
+  if (first) erase(first->id);
+  return first;
 }
 
 void SessionStore::erase(const std::string& id) {
   const auto found = sessions_.find(id);
   if (found == sessions_.end()) return;
-  if (found->second.newcomer) newcomers_.erase(*found->second.newcomer);
+  order_.remove(found->second.place);
   sessions_.erase(found);
 }
 
@@ -111,16 +107,18 @@ void SessionStore::set_limits(LONG timeout_minutes, std::size_t limit) {
   limit_ = limit;
 }
 
-bool SessionStore::add(const std::shared_ptr<SessionState>& session) {
+bool SessionStore::add(const std::shared_ptr<SessionState>& session, const std::string& address) {
+  const ClientAddress client = client_of(address);
   State evicted;
   {
     const std::scoped_lock guard(mutex_);
     if (sessions_.size() >= limit_) {
-      evicted = take_newcomer();
+      evicted = take_first();
       if (!evicted) return false;
       ++evicted_;
     }
-    sessions_.emplace(session->id, Entry{session, newcomers_.insert(newcomers_.end(), session)});
+    const auto place = order_.add(session, client);
+    sessions_.emplace(session->id, Entry{session, place});
   }
   if (!evicted) return true;
   const SessionHold hold(std::move(evicted));

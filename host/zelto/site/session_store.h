@@ -3,15 +3,14 @@
 
 #include <chrono>
 #include <limits>
-#include <list>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
 #include "intrinsics/session_state.h"
+#include "site/session_order.h"
 
 namespace zelto {
 
@@ -59,9 +58,9 @@ class SessionStore {
   SessionHold open(std::string_view id, Clock::time_point now = Clock::now());
   // Whether a request with that identifier would find a session.
   bool has(std::string_view id) const { return find(id) != nullptr; }
-  // Lets later requests find the session. The caller holds its lock. At the limit the oldest newcomer makes room: a
-  // session whose client has not come back yet, as clients without cookies never do. False when there is none.
-  bool add(const std::shared_ptr<SessionState>& session);
+  // Lets later requests find the session, which a client at that address has begun. The caller holds its lock. At the
+  // limit the session that SessionOrder tells ends for it. False when requests use every one of them.
+  bool add(const std::shared_ptr<SessionState>& session, const std::string& address = {});
   // Lets later requests find the session by a new identifier only. The caller holds its lock.
   void rename(const std::shared_ptr<SessionState>& session);
   // The end of a request: an abandoned session ends now, another one counts its time from now.
@@ -75,20 +74,19 @@ class SessionStore {
   // The time-out of sessions that begin from now on, and how many are kept. Existing sessions stay, even beyond the
   // limit.
   void set_limits(LONG timeout_minutes, std::size_t limit);
-  // How many newcomers have made room since this was asked last.
+  // How many sessions have given way since this was asked last.
   std::size_t take_evicted();
 
  private:
   using State = std::shared_ptr<SessionState>;
-  using Newcomers = std::list<State>;  // the oldest first
   struct Entry {
     State session;
-    std::optional<Newcomers::iterator> newcomer;
+    SessionOrder::Handle place;
   };
 
   State find(std::string_view id) const;
   bool recognise(const SessionState& session);
-  State take_newcomer();
+  State take_first();
   void erase(const std::string& id);
   std::string make_id() const { return make_session_id() + suffix_; }
   void end(SessionState& session);
@@ -100,7 +98,7 @@ class SessionStore {
   LONG timeout_minutes_;
   std::size_t limit_;
   std::unordered_map<std::string, Entry> sessions_;
-  Newcomers newcomers_;
+  SessionOrder order_;
   std::size_t evicted_ = 0;
 };
 

@@ -19,8 +19,8 @@ SessionSweeper::SessionSweeper(SessionStore& store, std::chrono::milliseconds pa
 void SessionSweeper::report() const {
   const std::size_t evicted = store_.take_evicted();
   if (evicted == 0) return;
-  log_(fmt::format("zelto: session_limit ({}) reached: ended {} whose clients had not come back", store_.limit(),
-                   evicted));
+  log_(fmt::format("zelto: session_limit ({}) reached: ended {} of the addresses with the most sessions",
+                   store_.limit(), evicted));
 }
 
 }  // namespace zelto

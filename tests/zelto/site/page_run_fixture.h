@@ -39,6 +39,7 @@ class PageRunFixture : public testing::Test {
     made.method = "GET";
     made.path = made.target = "/page.asp";
     made.query = query;
+    made.remote_address = address;
     if (!sent.empty()) made.headers.push_back({"Cookie", sent});
     return made;
   }
@@ -71,6 +72,7 @@ class PageRunFixture : public testing::Test {
   std::vector<std::string> log;
   std::string cookie;
   std::string query;
+  std::string address;  // the client's
   bool body_too_large = false;
 
  private:

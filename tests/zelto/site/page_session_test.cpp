@@ -95,11 +95,33 @@ TEST_F(PageSession, KeepsServingWhenARobotFillsTheSessions) {
   EXPECT_EQ("3", body(count));
 }
 
+// Somebody who comes back to each of his sessions cannot lock others out.
+TEST_F(PageSession, ServesANewcomerWhenOneAddressHasAllSessions) {
+  options.session_limit = 3;
+  const std::string count = "<% Session('n') = (Session('n') || 0) + 1; %><%= Session('n') %>";
+  std::vector<std::string> cookies;
+  for (int i = 0; i < 3; ++i) {
+    cookie.clear();
+    EXPECT_EQ("1", body(count));
+    EXPECT_EQ("2", body(count));
+    cookies.push_back(cookie);
+  }
+  address = "192.0.2.7";
+  cookie.clear();
+  EXPECT_EQ("1", body(count));
+  EXPECT_EQ("2", body(count));
+  address.clear();
+  EXPECT_EQ("3", run(count, cookies[1]).body);
+  EXPECT_EQ("1", run(count, cookies[0]).body);
+  EXPECT_EQ("3", body(count));
+}
+
 TEST_F(PageSession, AnswersBusyWhenEverySessionIsInUse) {
   options.session_limit = 1;
   const std::string count = "<% Session('n') = (Session('n') || 0) + 1; %><%= Session('n') %>";
   EXPECT_EQ("1", body(count));
   EXPECT_EQ("2", body(count));
+  auto used = std::make_optional(site().sessions().open(cookie.substr(cookie.find('=') + 1)));
   const MemorySink refused = run(count, "");
   EXPECT_EQ(503, refused.head.status);
   EXPECT_TRUE(refused.header("Set-Cookie").empty());
@@ -107,6 +129,7 @@ TEST_F(PageSession, AnswersBusyWhenEverySessionIsInUse) {
                                      "all of them in use. (Session, 0x80004005)"},
             log);
   EXPECT_EQ("served", run("<% try { Session('n') = 1; } catch (error) {} %>served", "").body);
+  used.reset();
   EXPECT_EQ("3", body(count));
 }
 

@@ -18,9 +18,9 @@ using zelto::SessionHold;
 using zelto::SessionStore;
 
 // A new session that later requests find; its identifier.
-std::string keep_new(SessionStore& store) {
+std::string keep_new(SessionStore& store, const std::string& address = {}) {
   SessionHold hold = store.open("");
-  store.add(hold.state());
+  EXPECT_TRUE(store.add(hold.state(), address));
   std::string id = hold->id;
   EXPECT_EQ(S_OK, hold->put(L"a", korlib::long_variant(1)));
   store.close(std::move(hold));
@@ -183,20 +183,79 @@ TEST(SessionStore, LetsTheOldestNewcomerMakeRoomAtTheLimit) {
   EXPECT_EQ(newest, store.open(newest)->id);
 }
 
-TEST(SessionStore, EndsNoSessionThatSomebodyCameBackToAtTheLimit) {
+TEST(SessionStore, EndsTheLeastRecentlyUsedWhenAllClientsHaveComeBack) {
+  SessionStore store(60s, 20, "", 3);
+  const std::string first = keep_new(store);
+  const std::string second = keep_new(store);
+  const std::string third = keep_new(store);
+  for (const std::string& id : {second, third, first}) store.close(store.open(id));
+  const std::string fourth = keep_new(store);
+  EXPECT_FALSE(store.has(second));
+  for (const std::string& id : {first, third, fourth}) EXPECT_TRUE(store.has(id));
+}
+
+// A visitor with a thousand cookie jars locks nobody out but his own.
+TEST(SessionStore, EndsASessionOfTheAddressWithTheMost) {
+  SessionStore store(60s, 20, "", 4);
+  const std::string honest = keep_new(store, "192.0.2.1");
+  store.close(store.open(honest));
+  std::vector<std::string> many;
+  for (int i = 0; i < 3; ++i) many.push_back(keep_new(store, "192.0.2.9"));
+  for (const std::string& id : many) store.close(store.open(id));
+  const std::string newcomer = keep_new(store, "192.0.2.2");
+  EXPECT_FALSE(store.has(many[0]));
+  for (const std::string& id : {honest, newcomer, many[1], many[2]}) EXPECT_TRUE(store.has(id));
+  const std::string more = keep_new(store, "192.0.2.9");
+  EXPECT_FALSE(store.has(many[1]));
+  for (const std::string& id : {honest, newcomer, many[2], more}) EXPECT_TRUE(store.has(id));
+}
+
+TEST(SessionStore, CountsTheAddressesOfAnIpv6NetworkAsOne) {
+  SessionStore store(60s, 20, "", 3);
+  const std::string honest = keep_new(store, "2001:db8:1:2::1");
+  const std::string one = keep_new(store, "2001:db8:1:1::1");
+  const std::string other = keep_new(store, "2001:db8:1:1:ffff::2");
+  const std::string newcomer = keep_new(store, "2001:db8:1:3::1");
+  EXPECT_FALSE(store.has(one));
+  for (const std::string& id : {honest, other, newcomer}) EXPECT_TRUE(store.has(id));
+}
+
+// Of addresses with as many sessions: the one that was not used for longest.
+TEST(SessionStore, EndsTheLeastRecentlyUsedOfEqualAddresses) {
   SessionStore store(60s, 20, "", 2);
-  const std::string one = keep_new(store);
-  const std::string other = keep_new(store);
-  store.close(store.open(one));
-  SessionHold used = store.open(other);  // renamed, so that nobody has come back to what it is called now
-  store.rename(used.state());
-  const SessionHold refused = store.open("");
-  EXPECT_FALSE(store.add(refused.state()));
-  EXPECT_EQ(2u, store.size());
-  EXPECT_EQ(one, store.open(one)->id);
-  used->abandoned = true;
-  store.close(std::move(used));
-  EXPECT_TRUE(store.add(refused.state()));
+  const std::string first = keep_new(store, "192.0.2.1");
+  const std::string second = keep_new(store, "192.0.2.2");
+  store.close(store.open(first));
+  const std::string third = keep_new(store, "192.0.2.3");
+  EXPECT_FALSE(store.has(second));
+  EXPECT_TRUE(store.has(first));
+  EXPECT_TRUE(store.has(third));
+}
+
+TEST(SessionStore, EndsOneOfAnotherAddressWhenThoseOfTheFirstAreInUse) {
+  SessionStore store(60s, 20, "", 3);
+  const std::string honest = keep_new(store, "192.0.2.1");
+  const SessionHold one = store.open(keep_new(store, "192.0.2.9"));
+  const SessionHold other = store.open(keep_new(store, "192.0.2.9"));
+  const std::string newcomer = keep_new(store, "192.0.2.2");
+  EXPECT_FALSE(store.has(honest));
+  EXPECT_TRUE(store.has(newcomer));
+}
+
+TEST(SessionStore, CountsNoSessionsThatHaveEnded) {
+  SessionStore store(60s, 20, "", 3);
+  for (int i = 0; i < 2; ++i) {
+    SessionHold hold = store.open(keep_new(store, "192.0.2.9"));
+    hold->abandoned = true;
+    store.close(std::move(hold));
+  }
+  const std::string one = keep_new(store, "192.0.2.9");
+  const std::string first = keep_new(store, "192.0.2.1");
+  const std::string second = keep_new(store, "192.0.2.1");
+  keep_new(store, "192.0.2.3");
+  EXPECT_TRUE(store.has(one));
+  EXPECT_FALSE(store.has(first));
+  EXPECT_TRUE(store.has(second));
 }
 
 TEST(SessionStore, SparesANewcomerInUseAtTheLimit) {
@@ -227,7 +286,8 @@ TEST(SessionSweeper, SaysThatSessionsEndedEarly) {
   keep_new(store);
   std::promise<std::string> said;
   const zelto::SessionSweeper sweeper(store, 1ms, [&](std::string_view line) { said.set_value(std::string(line)); });
-  EXPECT_EQ("zelto: session_limit (1) reached: ended 1 whose clients had not come back", said.get_future().get());
+  EXPECT_EQ("zelto: session_limit (1) reached: ended 1 of the addresses with the most sessions",
+            said.get_future().get());
 }
 
 TEST(SessionStore, NeverLetsTwoRequestsOfASessionOverlap) {

@@ -1,0 +1,23 @@
+// Whom an address stands for, when clients are counted.
+#pragma once
+
+#include <boost/asio/ip/address.hpp>
+#include <compare>
+#include <cstdint>
+#include <string>
+
+namespace zelto {
+
+// An IPv4 address, or the /64 of an IPv6 address: one client may use any address of its own /64.
+struct ClientAddress {
+  bool is_v6 = false;
+  std::uint64_t number = 0;
+
+  auto operator<=>(const ClientAddress&) const = default;
+};
+
+ClientAddress client_of(const boost::asio::ip::address& address);
+// What is not an address counts as one client.
+ClientAddress client_of(const std::string& address);
+
+}  // namespace zelto
