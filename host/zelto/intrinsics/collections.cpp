@@ -120,7 +120,7 @@ HRESULT CookieCollection::get_Item(VARIANT key, VARIANT* value) {
     }
     VariantKey wanted;
     RETURN_IF_FAILED(read_key(key, cookies.size(), wanted));
-    const ReceivedCookie* cookie = wanted.place ? &cookies[*wanted.place] : find_named(cookies, wanted.name);
+    const ReceivedCookie* cookie = wanted.place ? &cookies[*wanted.place] : cookies.find(wanted.name);
     return give_object(static_cast<IRequestDictionary*>(korlib::make<CookieValue>(page_, cookie).get()), value);
   });
 }

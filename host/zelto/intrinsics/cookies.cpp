@@ -12,6 +12,8 @@ namespace {
 std::wstring decoded(std::string_view text) { return to_wide(form_decode(text)); }
 std::string encoded(std::wstring_view text) { return form_encode(to_utf8(text)); }
 
+}  // namespace
+
 ReceivedCookie parse_cookie(std::string_view pair) {
   ReceivedCookie cookie;
   const std::size_t equals = pair.find('=');
@@ -25,19 +27,6 @@ ReceivedCookie parse_cookie(std::string_view pair) {
   cookie.value = to_wide(value);
   if (auto keys = parse_form_fields(value, kUtf8CodePage)) cookie.keys = std::move(*keys);
   return cookie;
-}
-
-}  // namespace
-
-std::vector<ReceivedCookie> parse_cookies(std::string_view header) {
-  std::vector<ReceivedCookie> cookies;
-  for_each_piece(header, ';', [&](std::string_view piece) {
-    const std::string_view pair = trim_blanks(piece);
-    if (pair.empty() || pair.front() == '=') return;
-    ReceivedCookie cookie = parse_cookie(pair);
-    if (!find_named(cookies, cookie.name)) cookies.push_back(std::move(cookie));
-  });
-  return cookies;
 }
 
 std::string SetCookie::header() const {

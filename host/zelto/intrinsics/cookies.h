@@ -7,8 +7,11 @@
 #include <string_view>
 #include <vector>
 
+#include "base/keyed_hash.h"
 #include "base/letter_case.h"
+#include "base/ordered_table.h"
 #include "intrinsics/field_table.h"
+#include "text/http_grammar.h"
 
 namespace zelto {
 
@@ -26,9 +29,28 @@ struct ReceivedCookie {
   FieldTable keys;     // the sub-keys, empty for a plain cookie
 };
 
-// The cookies of "a=1; b=k=v&l=w", in their order. Of a name that comes twice the first one counts: it is
-// the one with the longer path.
-std::vector<ReceivedCookie> parse_cookies(std::string_view header);
+// "name=value" of a Cookie header.
+ReceivedCookie parse_cookie(std::string_view pair);
+
+// Cookies in their order, found by name in any letter case, which `Equal` compares. A client may send thousands.
+template <class Equal = base::FoldedEqual>
+class CookieTable : public base::OrderedTable<&ReceivedCookie::name, base::FoldedHash, Equal, base::ByPlaces> {
+ public:
+  // Adds those of "a=1; b=k=v&l=w". Of a name that comes twice the first one counts: it is the one with the longer
+  // path.
+  void add_header(std::string_view header);
+};
+using ReceivedCookies = CookieTable<>;
+
+template <class Equal>
+void CookieTable<Equal>::add_header(std::string_view header) {
+  for_each_piece(header, ';', [&](std::string_view piece) {
+    const std::string_view pair = trim_blanks(piece);
+    if (pair.empty() || pair.front() == '=') return;
+    ReceivedCookie cookie = parse_cookie(pair);
+    if (!this->find(cookie.name)) this->add(std::move(cookie));
+  });
+}
 
 struct CookieKey {
   std::wstring name;

@@ -72,7 +72,7 @@ HRESULT RequestObject::search(std::wstring_view name, CComPtr<IDispatch>& value)
     RETURN_IF_FAILED(request.form(fields));
     if (take(fields)) return S_OK;
   }
-  if (const ReceivedCookie* cookie = find_named(request.cookies(), name)) {
+  if (const ReceivedCookie* cookie = request.cookies().find(name)) {
     value.attach(static_cast<IRequestDictionary*>(korlib::make<CookieValue>(page_, cookie).detach()));
     return S_OK;
   }

@@ -44,14 +44,13 @@ HRESULT RequestState::client_certificate(Fields& fields) {
   return S_OK;
 }
 
-const std::vector<ReceivedCookie>& RequestState::cookies() {
+const ReceivedCookies& RequestState::cookies() {
   if (!cookies_) {
-    std::string joined;
+    auto all = std::make_unique<ReceivedCookies>();
     for (const Header& header : http_.headers) {
-      if (!base::equal_ascii(header.name, "Cookie")) continue;
-      joined.append(joined.empty() ? "" : "; ").append(header.value);
+      if (base::equal_ascii(header.name, "Cookie")) all->add_header(header.value);
     }
-    cookies_ = std::make_unique<std::vector<ReceivedCookie>>(parse_cookies(joined));
+    cookies_ = std::move(all);
   }
   return *cookies_;
 }
@@ -67,6 +66,7 @@ HRESULT RequestState::form(Fields& fields) {
   use_ = BodyUse::form;
   if (!form_) {
     auto table = has_urlencoded_body() ? parse_form_fields(http_.body, code_page) : FieldTable();
+    has_too_many_fields_ = !table;
     if (!table) return refuse(L"The form has more than 1000 fields.");
     form_ = std::make_shared<const FieldTable>(std::move(*table));
   }

@@ -39,13 +39,15 @@ class RequestState {
   HRESULT query(Fields& fields);
   HRESULT server_variables(Fields& fields);
   HRESULT client_certificate(Fields& fields);  // none: no client is asked for one
-  const std::vector<ReceivedCookie>& cookies();
+  const ReceivedCookies& cookies();
 
   // The body as a submitted form. Only an urlencoded body has fields; any other reads as an empty form.
   // From then on its bytes can't be read.
   HRESULT form(Fields& fields);
   bool has_urlencoded_body() const;
   bool was_read_as_bytes() const { return use_ == BodyUse::bytes; }
+  // The body is larger than its limit, or was asked for as a form and has more fields than one may have.
+  bool is_too_large() const { return http_.body_too_large || has_too_many_fields_; }
 
   // The next bytes of the body, up to `count`. From then on it can't be read as a form. All of it read at
   // once is handed over as it is, not copied, and is no longer held here.
@@ -62,10 +64,11 @@ class RequestState {
   Fields query_;
   Fields form_;
   Fields server_variables_;
-  std::unique_ptr<std::vector<ReceivedCookie>> cookies_;
+  std::unique_ptr<ReceivedCookies> cookies_;
   BodyUse use_ = BodyUse::none;
   std::size_t bytes_read_ = 0;
   bool is_spent_ = false;
+  bool has_too_many_fields_ = false;
 };
 
 }  // namespace zelto

@@ -219,7 +219,7 @@ int PageRun::answer() {
 
 // A page that gave up over a body or a session that it cannot have is not to blame.
 int PageRun::error_status() const {
-  if (page_->request.http().body_too_large) return status::kContentTooLarge;
+  if (page_->request.is_too_large()) return status::kContentTooLarge;
   return session_.was_refused() ? status::kUnavailable : status::kServerError;
 }
 

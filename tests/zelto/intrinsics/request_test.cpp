@@ -61,6 +61,27 @@ TEST_F(Request, DecodesAFormInThePagesCodePage) {
   EXPECT_EQ(L"\u3042", text(L"Form", L"name"));
 }
 
+// Compares as std::equal_to would, and counts.
+struct CountingEqual : base::FoldedEqual {
+  template <class A, class B>
+  bool operator()(const A& a, const B& b) const {
+    ++comparisons;
+    return base::FoldedEqual::operator()(a, b);
+  }
+  static inline std::size_t comparisons = 0;
+};
+
+// A request has room for them.
+TEST(RequestCookies, AreReadInLinearTime) {
+  constexpr std::size_t kMany = 4000;
+  std::string header;
+  for (std::size_t i = 0; i < kMany; ++i) header += std::to_string(i) + "=;";
+  zelto::CookieTable<CountingEqual> cookies;
+  cookies.add_header(header + header);
+  EXPECT_EQ(kMany, cookies.size());
+  EXPECT_LT(CountingEqual::comparisons, 4 * kMany);
+}
+
 TEST_F(Request, RefusesAFormOfMoreThanAThousandFields) {
   std::string body;
   for (int i = 0; i <= 1000; ++i) body += "a=1&";

@@ -51,8 +51,13 @@ class PageRunFixture : public testing::Test {
     fs::last_write_time(folder.write("page.asp", text),
                         fs::file_time_type::clock::now() + std::chrono::hours(++pages_));
     zelto::HttpRequest asked = request(sent);
+    if (!form.empty()) {
+      asked.method = "POST";
+      asked.headers.push_back({"Content-Type", "application/x-www-form-urlencoded"});
+      asked.body = form;
+    }
     asked.body_too_large = body_too_large;
-    asked.body_length = body_too_large ? 5 : 0;
+    asked.body_length = body_too_large ? 5 : form.size();
     MemorySink sink;
     base::run_on_thread(zelto::kPageStack, [&] {
       zelto::script::Engine engine;
@@ -73,6 +78,7 @@ class PageRunFixture : public testing::Test {
   std::string cookie;
   std::string query;
   std::string address;  // the client's
+  std::string form;     // what is posted; empty: nothing is
   bool body_too_large = false;
 
  private:

@@ -66,6 +66,14 @@ TEST_F(PageRun, BlamesABodyThatIsTooLargeForTheErrorItCauses) {
   EXPECT_EQ("5", run("<%= Request.TotalBytes %>", "").body);
 }
 
+TEST_F(PageRun, BlamesAFormOfTooManyFieldsForTheErrorItCauses) {
+  for (int i = 0; i <= 1000; ++i) form += "a=1&";
+  EXPECT_EQ(413, run("<%= Request.Form('a') %>", "").head.status);
+  EXPECT_EQ(413, run("<%= Request('a') %>", "").head.status);
+  EXPECT_EQ(200, run("<%= Request.TotalBytes %>", "").head.status);
+  EXPECT_EQ(500, run("<% nonsense(); %>", "").head.status);
+}
+
 TEST_F(PageRun, WritesOneLineAnErrorWhateverIsInIt) {
   query = "a=%0A1%0D2%1B%5B2J";
   run("<% throw new Error(Request.QueryString('a')); %>", "");
