@@ -129,7 +129,7 @@ std::string_view content_type_of(std::string_view file_name) {
     const auto found = std::ranges::lower_bound(kTypes, name, {}, &Row::first);
     if (found != kTypes.end() && found->first == name) return found->second;
   }
-  return "application/octet-stream";
+  return kUnknownType;
 }
 
 void send_file(const HttpRequest& request, std::string_view name, base::FileDescriptor file, ResponseSink& sink) {
@@ -159,7 +159,12 @@ void send_file(const HttpRequest& request, std::string_view name, base::FileDesc
     sink.start(std::move(head), 0);
     return sink.finish();
   }
-  head.headers.push_back({"Content-Type", std::string(content_type_of(name))});
+  const std::string_view type = content_type_of(name);
+  head.headers.push_back({"Content-Type", std::string(type)});
+  if (type == kUnknownType) {
+    head.headers.push_back({"Content-Disposition", "attachment"});
+    head.headers.push_back({"X-Content-Type-Options", "nosniff"});
+  }
   head.headers.push_back({"Accept-Ranges", "bytes"});
   sink.start(std::move(head), range.length);
   sink.write_file(std::move(file), range.first, range.length);

@@ -13,7 +13,9 @@ namespace zelto {
 // open or not a regular file.
 void send_file(const HttpRequest& request, std::string_view name, base::FileDescriptor file, ResponseSink& sink);
 
-// The Content-Type of a file name, "application/octet-stream" when the extension says nothing.
+inline constexpr std::string_view kUnknownType = "application/octet-stream";
+// The Content-Type of a file name, kUnknownType when the extension says nothing. Such a file is sent as a download, so
+// that no browser guesses what to do with it.
 std::string_view content_type_of(std::string_view file_name);
 
 struct ByteRange {

@@ -25,14 +25,24 @@ bool ProtectedNames::add(std::string_view name) {
   return true;
 }
 
+bool ProtectedNames::covers_extension(std::string_view extension) const {
+  return contains(extensions_, extension) || contains(extensions_, extension.substr(0, extension.find('-')));
+}
+
 bool ProtectedNames::covers(std::string_view name, bool last, bool well_known) const {
+  constexpr std::string_view kPage = ".asp";
   if (name.starts_with('.') || name.ends_with('~')) return true;
+  if (name.size() > 1 && name.starts_with('#') && name.ends_with('#')) return true;
   if (name.starts_with('_') && !well_known) return true;
   if (contains(folders_, name)) return true;
   if (!last) return false;
   const std::string_view extension = extension_of(name);
-  return contains(files_, name) || contains(extensions_, extension) ||
-         contains(extensions_, extension.substr(0, extension.find('-')));
+  if (contains(files_, name) || covers_extension(extension)) return true;
+  const std::string_view before = extension_of(name.substr(0, name.size() - extension.size()));
+  const bool behind_page = base::equal_ascii(before, kPage);
+  if (base::equal_ascii(extension, ".txt")) return behind_page;
+  const bool is_number = extension.size() > 1 && extension.find_first_not_of("0123456789", 1) == extension.npos;
+  return is_number && (behind_page || covers_extension(before));
 }
 
 std::string_view ProtectedNames::find_in(std::string_view path) const {

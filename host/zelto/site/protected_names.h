@@ -12,8 +12,10 @@ namespace zelto {
 // besides are names that
 //   - begin with a dot, like ".git" and ".env", but for "/.well-known/", whose content is there for strangers,
 //   - begin with an underscore (below "/.well-known/" they may: tokens of certificate authorities do),
-//   - end with a tilde, as editors name what they saved before,
-//   - have a protected extension with a hyphen and more behind it: the journals of a database, "notes.db-wal".
+//   - end with a tilde, or stand between two "#", as editors name what they saved before,
+//   - have a protected extension with a hyphen and more behind it: the journals of a database, "notes.db-wal", and what
+//     a package manager left, "site.cfg.dpkg-old",
+//   - have a number behind a page's extension or a protected one, "error.log.2", or ".txt" behind a page's: copies.
 class ProtectedNames {
  public:
   // Adds a folder ("drafts/"), an extension ("*.cfg") or a file ("notes.txt"). False for what is none of these.
@@ -27,14 +29,16 @@ class ProtectedNames {
 
  private:
   bool covers(std::string_view name, bool last, bool well_known) const;
+  bool covers_extension(std::string_view extension) const;
 
   // Source, settings, passwords, keys, databases, and what editors and programs leave behind: of sites of this kind,
   // and of others that may lie in the same folder.
   std::vector<std::string> files_ = {"global.asa", "web.config", "zelto.toml"};
   std::vector<std::string> folders_ = {"App_Code", "App_Data", "bin", "includes", "node_modules", "templates"};
-  std::vector<std::string> extensions_ = {".accdb", ".asa", ".asax",   ".bak",     ".config", ".cs",  ".db",   ".env",
-                                          ".inc",   ".ini", ".key",    ".log",     ".mdb",    ".old", ".orig", ".pem",
-                                          ".php",   ".sql", ".sqlite", ".sqlite3", ".swp",    ".tpl", ".udl",  ".vb"};
+  std::vector<std::string> extensions_ = {".1",       ".accdb", ".asa", ".asax", ".aspx", ".bak",  ".config", ".cs",
+                                          ".db",      ".dpkg",  ".env", ".inc",  ".ini",  ".key",  ".log",    ".mdb",
+                                          ".old",     ".orig",  ".pem", ".php",  ".rej",  ".save", ".sql",    ".sqlite",
+                                          ".sqlite3", ".swo",   ".swp", ".tmp",  ".tpl",  ".udl",  ".vb"};
 };
 
 }  // namespace zelto

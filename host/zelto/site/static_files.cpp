@@ -38,12 +38,12 @@ StaticFiles::StaticFiles(StaticOptions options)
   options_.root = path_of(root_.get());
 }
 
-base::FileDescriptor StaticFiles::open_beneath(const std::string& relative, int flags) const {
+base::FileDescriptor StaticFiles::open_beneath(const std::string& relative, int flags, std::uint64_t resolve) const {
   open_how how{};
   // Opened to be read without blocking: a name may be a pipe that nobody writes to.
   flags |= O_CLOEXEC | (flags == O_PATH ? 0 : O_NONBLOCK);
   how.flags = static_cast<std::uint64_t>(flags);
-  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS | resolve;
   const long opened = ::syscall(SYS_openat2, root_.get(), relative.c_str(), &how, sizeof how);
   if (opened < 0 && (errno == EMFILE || errno == ENFILE)) {
     throw std::system_error(errno, std::generic_category(), "opening " + relative.substr(1));
@@ -52,29 +52,58 @@ base::FileDescriptor StaticFiles::open_beneath(const std::string& relative, int 
   // An old kernel, or a sandbox that does not know the call: open first, then look where that went.
   base::FileDescriptor file(::openat(root_.get(), relative.c_str(), flags));
   const std::string path = path_of(file.get());
-  return path == options_.root || path.starts_with(options_.root + "/") ? std::move(file) : base::FileDescriptor();
+  if (path != options_.root && !path.starts_with(options_.root + "/")) return {};
+  if ((resolve & RESOLVE_NO_SYMLINKS) &&
+      path + (relative.ends_with('/') ? "/" : "") != options_.root + relative.substr(1)) {
+    file = {};
+    errno = ELOOP;
+  }
+  return file;
 }
 
 FoundFile StaticFiles::find(std::string_view path) const {
-  const bool is_folder = path.ends_with('/');
   if (const auto name = options_.protected_names.find_in(path); !name.empty())
     return {FoundFile::Kind::protected_name, std::string(name), {}};
-  const std::string relative = "." + std::string(path);
-  const base::FileDescriptor file = open_beneath(relative, O_PATH);
+  const base::FileDescriptor file = open_beneath("." + std::string(path), O_PATH, RESOLVE_NO_SYMLINKS);
+  if (!file && errno == ELOOP) return find_linked(path);
+  return found(path, path, file);
+}
+
+// A link with a harmless name must not open what its own name protects.
+FoundFile StaticFiles::find_linked(std::string_view path) const {
+  const base::FileDescriptor file = open_beneath("." + std::string(path), O_PATH);
+  const std::string real = path_of(file.get());
+  if (!file || !real.starts_with(options_.root + "/")) return {};
+  const std::string_view own = std::string_view(real).substr(options_.root.size());
+  if (const auto name = options_.protected_names.find_in(own); !name.empty())
+    return {FoundFile::Kind::protected_name, std::string(name), {}};
+  return found(path, own, file);
+}
+
+// `real` is the path without links. A link to a page that is not called one is the page that it leads to.
+FoundFile StaticFiles::found(std::string_view path, std::string_view real, const base::FileDescriptor& file) const {
+  const bool is_folder = path.ends_with('/');
   struct stat about {};
   if (!file || ::fstat(file.get(), &about) != 0) return {};
   if (S_ISDIR(about.st_mode)) {
     if (!is_folder) return {FoundFile::Kind::redirect, std::string(path) + "/", {}};
     for (const std::string& name : options_.default_documents) {
-      FoundFile found = find(std::string(path) + name);
-      if (found.kind == FoundFile::Kind::page || found.kind == FoundFile::Kind::file) return found;
+      FoundFile inside = find(std::string(path) + name);
+      if (inside.kind == FoundFile::Kind::page || inside.kind == FoundFile::Kind::file) return inside;
     }
     return {};
   }
   if (!S_ISREG(about.st_mode) || is_folder) return {};
-  const bool is_page = base::equal_ascii(extension_of(path), options_.page_extension);
-  return {is_page ? FoundFile::Kind::page : FoundFile::Kind::file, std::string(path),
-          options_.root + std::string(path)};
+  const auto is_page = [&](std::string_view name) {
+    return base::equal_ascii(extension_of(name), options_.page_extension);
+  };
+  const bool leads_to_page = is_page(real);
+  if (leads_to_page && !is_page(path)) path = real;
+  const auto kind = leads_to_page || is_page(path) ? FoundFile::Kind::page : FoundFile::Kind::file;
+  const bool is_refused =
+      options_.refuses_unknown_types && content_type_of(path) == kUnknownType && !path.starts_with("/.well-known/");
+  if (kind == FoundFile::Kind::file && is_refused) return {};
+  return {kind, std::string(path), options_.root + std::string(path)};
 }
 
 void StaticFiles::serve(const HttpRequest& request, const FoundFile& found, ResponseSink& sink) const {

@@ -1,6 +1,7 @@
 // The files of a site: what a path names, and serving those that are not pages.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,7 @@ struct StaticOptions {
                                                 "index.html",  "default.htm", "index.htm"};
   std::string page_extension = ".asp";
   ProtectedNames protected_names;
+  bool refuses_unknown_types = false;  // files that would be downloads, but for those below "/.well-known/"
 };
 
 // What a request's path names.
@@ -34,7 +36,8 @@ class StaticFiles {
   explicit StaticFiles(StaticOptions options);
 
   // `path` as HttpRequest::path. A folder gives its default document, or a redirect when its final slash
-  // is missing. Nothing outside the root is ever found, not through symbolic links either.
+  // is missing. Nothing outside the root is ever found, not through symbolic links either; what a link leads to is
+  // found as it would be by its own name: not at all, or as a page.
   // Throws std::system_error when the system cannot look, because too many files are open.
   FoundFile find(std::string_view path) const;
 
@@ -43,7 +46,10 @@ class StaticFiles {
   void serve(const HttpRequest& request, const FoundFile& found, ResponseSink& sink) const;
 
  private:
-  base::FileDescriptor open_beneath(const std::string& relative, int flags) const;
+  // `resolve` as of openat2, beyond what is always refused.
+  base::FileDescriptor open_beneath(const std::string& relative, int flags, std::uint64_t resolve = 0) const;
+  FoundFile find_linked(std::string_view path) const;
+  FoundFile found(std::string_view path, std::string_view real, const base::FileDescriptor& file) const;
 
   StaticOptions options_;
   base::FileDescriptor root_;

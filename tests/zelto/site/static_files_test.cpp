@@ -61,6 +61,14 @@ class StaticFilesTest : public testing::Test {
     fs::create_symlink(base_.path("outside.txt"), root_ / "absolute.txt");
     fs::create_symlink("..", root_ / "up");
     fs::create_symlink("style.css", root_ / "alias.css");
+    fs::create_symlink("part.inc", root_ / "notes.txt");
+    fs::create_symlink("notes.txt", root_ / "twice.txt");
+    fs::create_symlink("Templates", root_ / "public");
+    fs::create_symlink("sub dir", root_ / "other");
+    fs::create_symlink("page.asp", root_ / "source.txt");
+    fs::create_symlink("style.css", root_ / "code.asp");
+    write("page.v2", "<% %>");
+    fs::create_symlink("page.v2", root_ / "current.asp");
     EXPECT_EQ(0, ::mkfifo((root_ / "pipe.txt").c_str(), 0600));
   }
 
@@ -98,6 +106,44 @@ TEST_F(StaticFilesTest, FindsWhatAPathNames) {
     const bool exists = row.kind != Kind::redirect;
     EXPECT_EQ(exists ? root_.string() + row.found : "", found.physical);
   }
+}
+
+TEST_F(StaticFilesTest, FindsWhatALinkLeadsToByItsOwnName) {
+  struct Row {
+    const char* path;
+    Kind kind;
+    const char* found;
+  };
+  const Row rows[] = {
+      {"/notes.txt", Kind::protected_name, "part.inc"},
+      {"/twice.txt", Kind::protected_name, "part.inc"},
+      {"/public", Kind::protected_name, "Templates"},
+      {"/public/", Kind::protected_name, "Templates"},
+      {"/public/list.html", Kind::protected_name, "Templates"},
+      {"/other/a.txt", Kind::file, "/other/a.txt"},
+      {"/other", Kind::redirect, "/other/"},
+      {"/source.txt", Kind::page, "/page.asp"},
+      {"/code.asp", Kind::page, "/code.asp"},
+      {"/current.asp", Kind::page, "/current.asp"},
+  };
+  const StaticFiles files(options());
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.path);
+    const FoundFile found = files.find(row.path);
+    EXPECT_EQ(row.kind, found.kind);
+    EXPECT_EQ(row.found, found.path);
+  }
+}
+
+TEST_F(StaticFilesTest, RefusesUnknownTypesWhenAskedTo) {
+  write(".well-known/acme-challenge/token", "token");
+  StaticOptions strict = options();
+  strict.refuses_unknown_types = true;
+  const StaticFiles files(strict);
+  EXPECT_EQ(Kind::none, files.find("/a.dbx").kind);
+  EXPECT_EQ(Kind::file, files.find("/style.css").kind);
+  EXPECT_EQ(Kind::page, files.find("/page.asp").kind);
+  EXPECT_EQ(Kind::file, files.find("/.well-known/acme-challenge/token").kind);
 }
 
 TEST_F(StaticFilesTest, FindsNothingElse) {
@@ -185,6 +231,15 @@ TEST_F(StaticHttp, ServesAFile) {
   const auto head = ask("HEAD", "/style.css");
   EXPECT_EQ(200, head.status);
   EXPECT_EQ("10", head.header("Content-Length"));
+}
+
+TEST_F(StaticHttp, OffersAFileOfUnknownTypeAsADownload) {
+  const auto answer = ask("GET", "/a.dbx");
+  EXPECT_EQ(200, answer.status);
+  EXPECT_EQ("application/octet-stream", answer.header("Content-Type"));
+  EXPECT_EQ("attachment", answer.header("Content-Disposition"));
+  EXPECT_EQ("nosniff", answer.header("X-Content-Type-Options"));
+  EXPECT_EQ("", ask("GET", "/style.css").header("Content-Disposition"));
 }
 
 TEST_F(StaticHttp, ServesLargeFilesWhole) {
