@@ -44,7 +44,9 @@ void SocketSink::start(ResponseHead head, std::uint64_t length) {
   has_body_ = !terms_.head_only && !is_bodiless(head.status);
   if (terms_.stopping && *terms_.stopping) terms_.keep_alive = false;
   Framing framing = Framing::length;
-  if (is_bodiless(head.status)) {
+  if (head.status == status::kResetContent) {
+    length = 0;  // of the answers without a body the one whose end must be told
+  } else if (is_bodiless(head.status)) {
     framing = Framing::none;
   } else if (length == kUnknownLength) {
     framing = terms_.minor_version > 0 ? Framing::chunked : Framing::until_close;

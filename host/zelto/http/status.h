@@ -12,6 +12,7 @@ namespace zelto {
 // Those that the host itself answers with.
 namespace status {
 inline constexpr int kOk = 200;
+inline constexpr int kResetContent = 205;
 inline constexpr int kPartialContent = 206;
 inline constexpr int kMovedPermanently = 301;
 inline constexpr int kNotModified = 304;
@@ -36,7 +37,9 @@ std::string_view reason_of(int status);
 std::string status_line(int status);
 
 // True for the answers that never have a body.
-constexpr bool is_bodiless(int status) { return status / 100 == 1 || status == 204 || status == status::kNotModified; }
+constexpr bool is_bodiless(int status) {
+  return status / 100 == 1 || status == 204 || status == status::kResetContent || status == status::kNotModified;
+}
 
 // Answers with a small HTML page that says `status` and `text`, which is HTML, and nothing about the inside.
 void serve_status(ResponseSink& sink, int status, std::string_view text = {}, std::vector<Header> headers = {});

@@ -15,7 +15,7 @@ TEST(Status, HasAStandardReason) {
 }
 
 TEST(Status, TellsWhichAnswersHaveNoBody) {
-  for (const int bodiless : {100, 101, 204, 304}) EXPECT_TRUE(is_bodiless(bodiless)) << bodiless;
+  for (const int bodiless : {100, 101, 204, 205, 304}) EXPECT_TRUE(is_bodiless(bodiless)) << bodiless;
   for (const int other : {200, 206, 301, 404, 500}) EXPECT_FALSE(is_bodiless(other)) << other;
 }
 
