@@ -37,6 +37,10 @@ void read_site(const ConfigurationFile& file, SiteOptions& site) {
     site.session_suffix = "." + *node;
   }
   if (auto names = file.texts("default_documents")) site.files.default_documents = std::move(*names);
+  if (const auto unknown = file.text("unknown_types")) {
+    if (*unknown != "download" && *unknown != "refuse") file.fail("unknown_types", "is \"download\" or \"refuse\"");
+    site.files.refuses_unknown_types = *unknown == "refuse";
+  }
   for (const std::string& name : file.texts("protect").value_or(std::vector<std::string>())) {
     if (!site.files.protected_names.add(name)) file.fail("protect", "takes \"folder/\", \"*.extension\" or \"file\"");
   }
@@ -50,6 +54,9 @@ void read_server(const ConfigurationFile& file, ServerOptions& server) {
   server.worker_stack = kPageStack;
   const auto limit = file.number("body_limit", 0, kMostBytes);
   if (limit) server.limits.body_bytes = static_cast<std::uint64_t>(*limit);
+  const auto parts = file.number("upload_parts", 1, 10'000'000);
+  if (parts) server.limits.upload_parts = static_cast<std::size_t>(*parts);
+  server.limits.takes_underscores = file.flag("underscore_headers").value_or(false);
   const auto connections = file.number("connections", 1, 1'000'000);
   if (connections) server.limits.connections = static_cast<std::size_t>(*connections);
   const auto per_address = file.number("connections_per_address", 0, 1'000'000);

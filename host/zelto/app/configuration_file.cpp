@@ -22,10 +22,12 @@ struct Key {
   std::string_view meaning;
 };
 
-constexpr std::array<Key, 20> kKeys = {{
+constexpr std::array<Key, 23> kKeys = {{
     {"listen", "\"127.0.0.1:8080\"", "where to serve"},
     {"workers", "4", "pages at the same time, by default two a core"},
     {"body_limit", "16777216", "bytes of a request's body"},
+    {"upload_parts", "20000", "parts of a multipart body"},
+    {"underscore_headers", "false", "take X_User, which pages cannot tell from X-User"},
     {"script_timeout", "90", "seconds that a page may take"},
     {"script_memory", "1073741824", "bytes that a page's objects may take"},
     {"stop_timeout", "30", "seconds that pages get to end when the host stops"},
@@ -35,6 +37,7 @@ constexpr std::array<Key, 20> kKeys = {{
     {"session_node", "\"a\"", "ends session identifiers, to tell hosts apart"},
     {"default_documents", "[\"default.asp\"]", "what a folder shows: the first that exists"},
     {"protect", "[\"drafts/\", \"*.cfg\"]", "what is never served, beyond the usual"},
+    {"unknown_types", "\"download\"", "files whose type is not known; or \"refuse\""},
     {"trusted_proxies", "[\"127.0.0.1\"]", "whose X-Forwarded-Proto is believed"},
     {"connections", "4096", "at a time; those that wait for their client longest give way"},
     {"connections_per_address", "2048", "of these, 0 for no limit; trusted proxies have none"},

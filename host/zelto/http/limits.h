@@ -16,6 +16,8 @@ struct HttpLimits {
   std::size_t chunk_extension_bytes = 4'096;
   std::size_t trailer_bytes = 4'096;
   std::uint64_t body_bytes = std::uint64_t{16} * 1024 * 1024;
+  std::size_t upload_parts = 20'000;  // of a multipart body
+  bool takes_underscores = false;     // in names of headers: pages cannot tell X_User from X-User
   Duration header_timeout = std::chrono::seconds(10);
   Duration body_timeout = std::chrono::seconds(30);  // between two reads
   std::uint64_t body_rate = 256;                     // bytes a second, in every span of body_timeout

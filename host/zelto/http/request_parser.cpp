@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <boost/asio/buffer.hpp>
 #include <boost/beast/http/basic_parser.hpp>
+#include <optional>
 #include <utility>
 
 #include "base/letter_case.h"
 #include "http/framing.h"
+#include "http/part_counter.h"
 #include "http/status.h"
 #include "http/target.h"
 
@@ -69,8 +71,14 @@ class RequestParser::Impl : public http::basic_parser<true> {
 
   HttpRequest request;
   bool too_large = false;
+  bool too_many_parts = false;
   const HttpLimits& limits() const { return limits_; }
   const char* trailer = nullptr;  // where the trailer began, in the bytes that ended the request
+
+  void count_parts() {
+    const std::string* type = request.header("Content-Type");
+    if (type) parts_.emplace(part_delimiter(*type));
+  }
 
  private:
   using Error = beast::error_code;
@@ -94,10 +102,12 @@ class RequestParser::Impl : public http::basic_parser<true> {
 
   void on_field_impl(http::field /*field*/, beast::string_view name, beast::string_view value, Error& /*ec*/) override {
     // A trailer is read and dropped: nothing that decided anything about the request may come after it.
-    if (!in_trailer_)
-      request.headers.push_back({to_string(name), to_string(value)});
-    else if (!trailer)
-      trailer = name.data();
+    if (in_trailer_) {
+      if (!trailer) trailer = name.data();
+      return;
+    }
+    if (!limits_.takes_underscores && name.find('_') != name.npos) return;
+    request.headers.push_back({to_string(name), to_string(value)});
   }
 
   void on_header_impl(Error& /*ec*/) override { in_trailer_ = true; }
@@ -108,8 +118,8 @@ class RequestParser::Impl : public http::basic_parser<true> {
     request.body.expect(*length);
   }
 
-  std::size_t on_body_impl(beast::string_view bytes, Error& /*ec*/) override {
-    request.body.append(to_view(bytes));
+  std::size_t on_body_impl(beast::string_view bytes, Error& ec) override {
+    take(to_view(bytes), ec);
     return bytes.size();
   }
 
@@ -122,14 +132,27 @@ class RequestParser::Impl : public http::basic_parser<true> {
       count_body(size, ec);
   }
 
-  std::size_t on_chunk_body_impl(std::uint64_t /*remain*/, beast::string_view bytes, Error& /*ec*/) override {
-    request.body.append(to_view(bytes));
+  std::size_t on_chunk_body_impl(std::uint64_t /*remain*/, beast::string_view bytes, Error& ec) override {
+    take(to_view(bytes), ec);
     return bytes.size();
+  }
+
+  // A delimiter comes before each part and behind the last one.
+  void take(std::string_view bytes, Error& ec) {
+    if (parts_) parts_->add(bytes);
+    if (parts_ && parts_->count() > limits_.upload_parts + 1) {
+      too_many_parts = true;
+      request.body = Body();
+      ec = http::error::body_limit;
+      return;
+    }
+    request.body.append(bytes);
   }
 
   void on_finish_impl(Error& /*ec*/) override {}
 
   const HttpLimits& limits_;
+  std::optional<PartCounter> parts_;
   bool in_trailer_ = false;
 };
 
@@ -149,6 +172,7 @@ int RequestParser::parse_head(std::string_view head) {
   request.query = std::move(target.query);
   if (!target.authority.empty()) set_host(request, std::move(target.authority));
   impl_->eager(true);
+  impl_->count_parts();
   return target.status;
 }
 
@@ -178,6 +202,7 @@ RequestParser::Progress RequestParser::parse_body(std::string_view received, std
     beast::error_code ec;
     used += impl_->put(boost::asio::buffer(received.data() + used, received.size() - used), ec);
     if (impl_->too_large) return Progress::too_large;
+    if (impl_->too_many_parts) return Progress::too_many_parts;
     if (ec == http::error::need_more) return check_trailer(unended_trailer(received.substr(used)), Progress::more);
     if (ec) return Progress::bad;
     if (impl_->trailer) {

@@ -44,8 +44,9 @@ class RequestParser {
   bool needs_body() const;
 
   // Takes bytes of the body from the front of `received`; `used` tells how many. too_large once the body
-  // is known to be over the limit: the request then says so and the rest must not be parsed.
-  enum class Progress { more, done, too_large, bad, trailer_too_large };
+  // is known to be over the limit: the request then says so and the rest must not be parsed. too_many_parts once it
+  // has more of them than an upload may have.
+  enum class Progress { more, done, too_large, too_many_parts, bad, trailer_too_large };
   Progress parse_body(std::string_view received, std::size_t& used);
 
   HttpRequest& request();

@@ -79,6 +79,8 @@ RequestReader::Progress RequestReader::read_body(std::size_t& used) {
       return Progress::done;
     case RequestParser::Progress::too_large:
       return Progress::too_large;
+    case RequestParser::Progress::too_many_parts:
+      return refuse(status::kContentTooLarge);
     case RequestParser::Progress::bad:
       return refuse(status::kBadRequest);
     case RequestParser::Progress::trailer_too_large:

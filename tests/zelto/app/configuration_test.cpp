@@ -119,6 +119,18 @@ TEST_F(Configuration, KnowsTheNameOfThisMachine) {
   EXPECT_EQ("127.0.0.1", read("listen = \"localhost:81\"").server.address);
 }
 
+TEST_F(Configuration, TellsWhatIsTakenFromClientsAndGivenToThem) {
+  const auto usual = read("");
+  EXPECT_EQ(20'000u, usual.server.limits.upload_parts);
+  EXPECT_FALSE(usual.server.limits.takes_underscores);
+  EXPECT_FALSE(usual.site.files.refuses_unknown_types);
+  const auto made = read("upload_parts = 9\nunderscore_headers = true\nunknown_types = \"refuse\"\n");
+  EXPECT_EQ(9u, made.server.limits.upload_parts);
+  EXPECT_TRUE(made.server.limits.takes_underscores);
+  EXPECT_TRUE(made.site.files.refuses_unknown_types);
+  EXPECT_FALSE(read("unknown_types = \"download\"").site.files.refuses_unknown_types);
+}
+
 TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
   struct Row {
     std::string text;
@@ -141,6 +153,8 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"session_timeout = 1441", ":1: session_timeout is a number from 1 to 1440"},
       {"stop_timeout = -1", ":1: stop_timeout is a number from 0 to 3600"},
       {"session_limit = 0", ":1: session_limit is a number from 1 to 10000000"},
+      {"upload_parts = 0", ":1: upload_parts is a number from 1 to 10000000"},
+      {"unknown_types = \"show\"", ":1: unknown_types is \"download\" or \"refuse\""},
       {"protect = [\"\"]", protect},
       {"protect = [\"/\"]", protect},
       {"protect = [\"*\"]", protect},

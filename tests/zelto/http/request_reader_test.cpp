@@ -153,6 +153,52 @@ TEST_F(RequestReader, TellsOfABodyBeyondTheLimitBeforeItComes) {
   EXPECT_EQ(11u, reader.request().body_length);
 }
 
+TEST_F(RequestReader, DropsHeadersWhoseNamesPagesCannotTellApart) {
+  const std::string head = "GET / HTTP/1.1\r\nHost: h\r\nX_User: root\r\nX-User: ann\r\n\r\n";
+  receive(head);
+  ASSERT_EQ(Progress::done, reader.read_head());
+  EXPECT_EQ(nullptr, reader.request().header("X_User"));
+  EXPECT_EQ("ann", *reader.request().header("X-User"));
+  zelto::HttpLimits lenient = limits;
+  lenient.takes_underscores = true;
+  zelto::RequestReader other(lenient, spool);
+  std::ranges::copy(head, other.room(head.size()).begin());
+  other.received(head.size());
+  ASSERT_EQ(Progress::done, other.read_head());
+  EXPECT_EQ("root", *other.request().header("X_User"));
+}
+
+// Before the body has come: the part that is one too many ends it.
+TEST_F(RequestReader, RefusesTooManyPartsAsTheyArrive) {
+  zelto::HttpLimits two = limits;
+  two.body_bytes = 1000;
+  two.upload_parts = 2;
+  const std::string parts = "--x\r\n\r\na\r\n--x\r\n\r\nb\r\n--x";
+  struct Row {
+    const char* framing;
+    std::string body;
+    Progress progress;
+  };
+  const Row rows[] = {{"Content-Length: 500", parts + "--\r\n", Progress::more},
+                      {"Content-Length: 25", parts + "--", Progress::done},
+                      {"Content-Length: 500", parts + "\r\n\r\nc\r\n--x", Progress::refused},
+                      {"Transfer-Encoding: chunked", "19\r\n" + parts + "--\r\n0\r\n\r\n", Progress::done},
+                      {"Transfer-Encoding: chunked", "18\r\n" + parts + "-\r\n5\r\n--x--\r\n", Progress::refused}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.body);
+    zelto::RequestReader own(two, spool);
+    const std::string sent =
+        std::string("POST / HTTP/1.1\r\nHost: h\r\nContent-Type: multipart/form-data; boundary=x\r\n") + row.framing +
+        "\r\n\r\n" + row.body;
+    std::ranges::copy(sent, own.room(sent.size()).begin());
+    own.received(sent.size());
+    ASSERT_EQ(Progress::done, own.read_head());
+    std::size_t used = 0;
+    EXPECT_EQ(row.progress, own.read_body(used));
+    EXPECT_EQ(row.progress == Progress::refused ? status::kContentTooLarge : 0, own.status());
+  }
+}
+
 TEST_F(RequestReader, SeesThatAClientDoesNotWaitToBeToldToGoOn) {
   receive("POST / HTTP/1.1\r\nHost: h\r\nContent-Length: 4\r\nExpect: 100-continue\r\n\r\nb");
   ASSERT_EQ(Progress::done, reader.read_head());
