@@ -103,6 +103,13 @@ function refusal(message) {
 try {
   mirt.Process();
 } catch (error) {
+  // A link may be old, and anybody can type a command that there is not.
+  if (/^Unknown Command /.test(error.message)) {
+    Response.Clear();
+    Response.Status = "404 Not Found";
+    Response.Write("There is no such page.");
+    Response.End();
+  }
   // An upload that cannot be read fails before the page is asked for anything: there is no command to run.
   if (hasRequest || Request.TotalBytes === 0) throw error;
   say("refused", refusal(error.message));

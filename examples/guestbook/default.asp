@@ -16,7 +16,15 @@ page.DefaultTemplate = "page";
 page.Backable = false;  // a form counts once: what the back button brings back is no longer expected
 page.NullIsEmpty = true;
 page.SubmitDecodeOnPutInto = true;
-page.Process();
+try {
+  page.Process();
+} catch (error) {
+  // A link may be old, and anybody can type a command that there is not.
+  if (!/^Unknown Command /.test(error.message)) throw error;
+  Response.Clear();
+  Response.Status = "404 Not Found";
+  Response.Write("There is no such page.");
+}
 
 // --- commands
 

@@ -9,7 +9,7 @@ var problem = "";  // what keeps an entry from being saved
 var page = newPage(this);
 page.Name = "notebook";
 page.Backable = false;  // a form counts once: what the back button brings back is no longer expected
-page.Process();
+processPage(page);
 
 // --- entries
 

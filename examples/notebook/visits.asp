@@ -6,7 +6,7 @@ var title = "Visits";
 
 var page = newPage(this);
 page.Name = "visits";
-page.Process();
+processPage(page);
 
 function On_FirstAccess(page) { page.Bag.Item("visits") = 0; }
 

@@ -84,5 +84,13 @@ function OnDraw_Conversions() {
   });
 }
 
-mirt.Process();
+try {
+  mirt.Process();
+} catch (error) {
+  // Anybody can type a command, and this page has none.
+  if (!/^Unknown Command /.test(error.message)) throw error;
+  Response.Clear();
+  Response.Status = "404 Not Found";
+  Response.Write("There is no such page.");
+}
 %>

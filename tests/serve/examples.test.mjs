@@ -5,6 +5,7 @@ import { readFile } from 'node:fs/promises';
 import { dirname, join } from 'node:path';
 import { test } from 'node:test';
 import { promisify } from 'node:util';
+import { serve } from './site.mjs';
 
 const hello = join(process.env.EXAMPLES, 'hello');
 const run = promisify(execFile);
@@ -19,3 +20,21 @@ test('the README shows the first page, its template and what it prints', async (
   assert.ok(stdout.includes('<p>'), stdout);
   assert.ok(readme.includes(stdout.trim()), stdout);
 });
+
+for (const [example, page] of [['gallery', ''], ['toolbox', ''], ['notebook', 'visits.asp']]) {
+  test(`a command that ${example} does not have is not found`, async () => {
+    const site = await serve(example);
+    try {
+      const body = new FormData();
+      body.set('c', 'Nonsense');
+      for (const answer of [await fetch(site.address + page + '?c=Nonsense'),
+        await fetch(site.address + page, { method: 'POST', body })]) {
+        assert.equal(answer.status, 404);
+        assert.equal((await answer.text()).trim(), 'There is no such page.');
+      }
+      assert.equal((await fetch(site.address + page)).status, 200);
+    } finally {
+      assert.equal(await site.stop(), 0, site.log.join('\n'));
+    }
+  });
+}

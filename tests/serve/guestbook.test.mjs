@@ -27,6 +27,14 @@ test('entries are seen by everybody, whatever is in them', async () => {
   assert.deepEqual(shown(bob), expected);
 });
 
+test('a command that there is not is not found', async () => {
+  const ann = await arrive();
+  await ann.command('Nonsense<b>', entry);
+  assert.equal(ann.status, 404, ann.page);
+  assert.equal(ann.page, 'There is no such page.');
+  assert.deepEqual((await arrive()).entries, []);
+});
+
 test('a visitor changes and deletes what is theirs, nobody else does', async () => {
   const ann = await arrive();
   await ann.command('Save', entry);

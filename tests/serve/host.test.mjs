@@ -2,7 +2,7 @@
 import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
 import { once } from 'node:events';
-import { cp, mkdtemp, readFile, rm, writeFile } from 'node:fs/promises';
+import { cp, mkdtemp, readFile, rm, symlink, writeFile } from 'node:fs/promises';
 import { connect } from 'node:net';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
@@ -111,6 +111,49 @@ served('an author is told that a name is protected', async (site) => {
   }
   assert.doesNotMatch(await get(site, '/missing'), /protected/);
 }, { options: ['--debug'] });
+
+served('a link shows nothing that is not served under its own name', async (site) => {
+  await writeFile(join(site.folder, 'secret.inc'), 'never served');
+  await symlink('secret.inc', join(site.folder, 'notes.txt'));
+  await symlink('two.asp', join(site.folder, 'source.txt'));
+  const missing = await get(site, '/missing');
+  assert.equal(bodyOf(await get(site, '/notes.txt')), bodyOf(missing));
+  assert.equal(bodyOf(await get(site, '/source.txt')), '2\n');
+});
+
+served('a header that pages could take for another one does not reach them', async (site) => {
+  await writeFile(join(site.folder, 'user.asp'), '<%= Request.ServerVariables("HTTP_X_REMOTE_USER") %>');
+  const ask = (...lines) => raw(site, ['GET /user.asp HTTP/1.1', 'Host: a', ...lines, 'Connection: close', '', ''].join('\r\n'));
+  assert.equal(bodyOf(await ask('X_Remote_User: root')).trim(), '');
+  assert.equal(bodyOf(await ask('X_Remote_User: root', 'X-Remote-User: ann')).trim(), 'ann');
+  await writeFile(join(site.folder, 'zelto.toml'), 'underscore_headers = true\n');
+  process.kill(site.pid, 'SIGHUP');
+  await site.logs(/zelto.toml is read again/);
+  assert.equal(bodyOf(await ask('X_Remote_User: root')).trim(), 'root');
+});
+
+served('an upload of too many parts is refused before a page runs', async (site) => {
+  await writeFile(join(site.folder, 'ran.asp'), '<% Application("ran") = 1; %>');
+  await writeFile(join(site.folder, 'tell.asp'), '<%= Application("ran") === undefined %>');
+  const body = '--x\r\n\r\n'.repeat(20_001) + '--x--\r\n';
+  const head = ['POST /ran.asp HTTP/1.1', 'Host: a', 'Content-Type: multipart/form-data; boundary=x',
+    `Content-Length: ${body.length}`, 'Connection: close', '', ''].join('\r\n');
+  assert.equal(statusOf(await raw(site, head + body)), 413);
+  assert.equal(bodyOf(await get(site, '/tell.asp')).trim(), 'True');
+});
+
+served('a page that writes with a status without a body sends none', async (site) => {
+  for (const status of [204, 205, 304]) {
+    await writeFile(join(site.folder, `s${status}.asp`), `<% Response.Status = "${status} X"; Response.Write("body"); %>`);
+    await writeFile(join(site.folder, `f${status}.asp`),
+      `<% Response.Status = "${status} X"; Response.Write("body"); Response.Flush(); Response.Write("more"); %>`);
+    for (const page of [`/s${status}.asp`, `/f${status}.asp`]) {
+      const answer = await get(site, page);
+      assert.equal(statusOf(answer), status);
+      assert.equal(bodyOf(answer), '', page);
+    }
+  }
+});
 
 served('what takes no body is answered before the body comes', async (site) => {
   await writeFile(join(site.folder, 'plain.txt'), 'plain');

@@ -39,6 +39,15 @@ test('a form that is not complete comes back filled', async () => {
   assert.deepEqual(visitor.entries, []);
 });
 
+test('a command that there is not is not found', async () => {
+  const visitor = new Visitor(site.address);
+  await visitor.open();
+  await visitor.command('Nonsense', { id: '', name: 'Ann', text: 'First' });
+  assert.equal(visitor.status, 404, visitor.page);
+  await visitor.open();
+  assert.deepEqual([visitor.status, visitor.entries], [200, []]);
+});
+
 test('a form counts once', async () => {
   const visitor = new Visitor(site.address);
   await visitor.open();
