@@ -6,9 +6,9 @@
 // Values by key. Keys are values of any type that VarCmp can compare; any other is E_INVALIDARG. Entries keep their
 // insertion order. Keys and values are copied in and out, references followed, objects counted.
 //
-// Any thread may use one: what a page keeps in the application is shared by all. From then on, objects other than
-// dictionaries that hold none are refused as keys and as values (E_INVALIDARG), those in arrays as well. What goes is released when no
-// lock is held. Failures raise words.
+// Any thread may use one: what a page keeps in the application is shared by all. From then on, objects are refused as
+// keys and as values (E_INVALIDARG), in arrays as well, but for dictionaries that hold no others. What goes is released
+// when no lock is held. Failures raise words.
 struct IKorLibDictionary : IDispatch {
   // The value of a key. A key that is missing is created with an empty value, as this class is documented to
   // do; ask Exists first where that matters.

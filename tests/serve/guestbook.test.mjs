@@ -31,7 +31,7 @@ test('a command that there is not is not found', async () => {
   const ann = await arrive();
   await ann.command('Nonsense<b>', entry);
   assert.equal(ann.status, 404, ann.page);
-  assert.equal(ann.page, 'There is no such page.');
+  assert.equal(ann.page.trim(), 'There is no such page.');
   assert.deepEqual((await arrive()).entries, []);
 });
 
