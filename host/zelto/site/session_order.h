@@ -13,8 +13,8 @@ namespace zelto {
 
 // Those of the address with the most sessions give way, so that nobody can fill the site for others: first those whose
 // client has not come back yet, as clients without cookies never do, then the others, each the least recently used
-// first. Of several addresses with as many sessions it is the one that was not used for longest. Not synchronised;
-// whatever is done takes the same time however many sessions there are.
+// first. Of several addresses with as many sessions it is the one that was not used for longest. Not synchronised.
+// Nothing looks at every session; only those that are not accepted cost more.
 class SessionOrder {
  private:
   struct Place;

@@ -117,8 +117,13 @@ bool SessionStore::add(const std::shared_ptr<SessionState>& session, const std::
       if (!evicted) return false;
       ++evicted_;
     }
-    const auto place = order_.add(session, client);
-    sessions_.emplace(session->id, Entry{session, place});
+    const auto entry = sessions_.emplace(session->id, Entry{session, {}}).first;
+    try {
+      entry->second.place = order_.add(session, client);
+    } catch (...) {
+      sessions_.erase(entry);
+      throw;
+    }
   }
   if (!evicted) return true;
   const SessionHold hold(std::move(evicted));

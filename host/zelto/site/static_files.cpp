@@ -100,8 +100,8 @@ FoundFile StaticFiles::found(std::string_view path, std::string_view real, const
   const bool leads_to_page = is_page(real);
   if (leads_to_page && !is_page(path)) path = real;
   const auto kind = leads_to_page || is_page(path) ? FoundFile::Kind::page : FoundFile::Kind::file;
-  const bool is_refused =
-      options_.refuses_unknown_types && content_type_of(path) == kUnknownType && !path.starts_with("/.well-known/");
+  const bool is_unknown = content_type_of(path) == kUnknownType || content_type_of(real) == kUnknownType;
+  const bool is_refused = options_.refuses_unknown_types && is_unknown && !path.starts_with("/.well-known/");
   if (kind == FoundFile::Kind::file && is_refused) return {};
   return {kind, std::string(path), options_.root + std::string(path)};
 }

@@ -140,7 +140,9 @@ TEST_F(StaticFilesTest, RefusesUnknownTypesWhenAskedTo) {
   StaticOptions strict = options();
   strict.refuses_unknown_types = true;
   const StaticFiles files(strict);
+  fs::create_symlink("a.dbx", root_ / "known.txt");
   EXPECT_EQ(Kind::none, files.find("/a.dbx").kind);
+  EXPECT_EQ(Kind::none, files.find("/known.txt").kind);
   EXPECT_EQ(Kind::file, files.find("/style.css").kind);
   EXPECT_EQ(Kind::page, files.find("/page.asp").kind);
   EXPECT_EQ(Kind::file, files.find("/.well-known/acme-challenge/token").kind);
@@ -182,13 +184,14 @@ TEST_F(StaticFilesTest, FindsNoProtectedName) {
 TEST_F(StaticFilesTest, TakesNamesToProtectFromTheOptions) {
   StaticOptions own = options();
   for (const char* name : {"sub dir/", "style.css", "*.txt"}) ASSERT_TRUE(own.protected_names.add(name)) << name;
-  own.default_documents = {"global.asa", "alias.css"};
+  own.default_documents = {"global.asa", "alias.css", "a.dbx"};
   const StaticFiles files(own);
   EXPECT_EQ(Kind::protected_name, files.find("/sub dir/a.b").kind);
   EXPECT_EQ(Kind::protected_name, files.find("/Style.css").kind);
   EXPECT_EQ(Kind::protected_name, files.find("/asa.txt").kind);
   EXPECT_EQ(Kind::protected_name, files.find("/Templates/list.html").kind);
-  EXPECT_EQ("/alias.css", files.find("/").path);
+  EXPECT_EQ(Kind::protected_name, files.find("/alias.css").kind);
+  EXPECT_EQ("/a.dbx", files.find("/").path);
 }
 
 TEST_F(StaticFilesTest, NeedsItsFolder) {
