@@ -5,6 +5,7 @@
 #include "database/command.h"
 #include "database/recordset.h"
 #include "odbc/connection_pool.h"
+#include "odbc/statement_timer.h"
 
 namespace korlib {
 namespace {
@@ -28,6 +29,10 @@ DatabaseHandles database_handles() noexcept {
 }
 
 void roll_back_transactions() noexcept { korlib::odbc::ConnectionPool::of_this_thread().roll_back_transactions(); }
+
+void set_statement_deadline(std::chrono::steady_clock::time_point deadline) noexcept {
+  korlib::odbc::StatementTimer::set_deadline(deadline);
+}
 
 void close_idle_connections() noexcept { korlib::odbc::ConnectionPool::of_this_thread().close_idle(); }
 

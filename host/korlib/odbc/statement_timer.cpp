@@ -3,11 +3,14 @@
 #include <sql.h>
 #include <sqlext.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <set>
 #include <thread>
 #include <utility>
+
+#include "odbc/failure.h"
 
 namespace korlib::odbc {
 
@@ -65,11 +68,29 @@ class TimerThread {
   std::jthread thread_{[this](const std::stop_token& stop) { watch(stop); }};  // the last member: it uses the others
 };
 
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+thread_local Clock::time_point t_deadline = Clock::time_point::max();
+
+Clock::time_point end_of(int seconds) {
+  return seconds > 0 ? std::min(t_deadline, Clock::now() + std::chrono::seconds(seconds)) : t_deadline;
+}
+
+}  // namespace
+
+void StatementTimer::set_deadline(Clock::time_point deadline) noexcept { t_deadline = deadline; }
+
 StatementTimer::StatementTimer(void* statement, int seconds)
-    : statement_(statement),
-      at_(std::chrono::steady_clock::now() + std::chrono::seconds(seconds)),
-      is_set_(seconds > 0) {
-  if (is_set_) TimerThread::instance().add(this);
+    : statement_(statement), at_(end_of(seconds)), is_set_(at_ != Clock::time_point::max()) {
+  if (!is_set_) return;
+  // A cancellation before the driver has begun is forgotten by it: reading many rows would go on, one by one.
+  if (at_ <= Clock::now()) {
+    is_set_ = false;
+    throw Failure(L"HYT00", L"The page took longer than the site allows.");
+  }
+  TimerThread::instance().add(this);
 }
 
 StatementTimer::~StatementTimer() {

@@ -6,7 +6,8 @@
 
 namespace korlib::odbc {
 
-// While it lives, the statement is cancelled once the time is up. 0 seconds: never. A driver's own time-out is not
+// While it lives, the statement is cancelled once the time is up, or the thread's deadline has come. 0 seconds: not
+// before that. A driver's own time-out is not
 // relied on: not every driver has one.
 class StatementTimer {
  public:
@@ -18,6 +19,9 @@ class StatementTimer {
   StatementTimer& operator=(const StatementTimer&) = delete;
 
   bool has_run_out() const { return has_run_out_; }
+
+  // Of what the calling thread begins from now on.
+  static void set_deadline(std::chrono::steady_clock::time_point deadline) noexcept;
 
  private:
   friend class TimerThread;

@@ -102,13 +102,14 @@ bool Errors::check(HRESULT hr, std::wstring_view member, JSValueRef* exception) 
 
 JSObjectRef Errors::make(ErrorKind kind, std::wstring_view message, HRESULT number) const {
   JSObjectRef error = prelude_.make_error(kind, message);
-  set_hidden(context_, error, "number", JSValueMakeNumber(context_, number));
+  // The engine makes none when it ends the script in that moment.
+  if (error) set_hidden(context_, error, "number", JSValueMakeNumber(context_, number));
   return error;
 }
 
 Raised Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception) {
   Watchdog& watchdog = engine_.watchdog();
-  if (watchdog.is_unwinding() || hr == kPageStopped) {
+  if ((watchdog.is_running() && watchdog.must_unwind()) || hr == kPageStopped) {
     if (watchdog.is_unwinding()) watchdog.terminate_soon();
     *exception = prelude_.make_error(ErrorKind::plain, L"The page has ended");
     return {};
@@ -120,8 +121,8 @@ Raised Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception
   if (passes_on(departed, hr, text)) failure = departed.words;
   if (failure.message.empty()) failure.message = words_for(hr, member);
   JSObjectRef error = make(ErrorKind::plain, failure.message, failure.number);
-  set_hidden(context_, error, "source", string_value(context_, failure.source));
-  if (departed.exception) set_hidden(context_, error, "cause", departed.exception);
+  if (error) set_hidden(context_, error, "source", string_value(context_, failure.source));
+  if (error && departed.exception) set_hidden(context_, error, "cause", departed.exception);
   engine_.departed().forget();
   *exception = error;
   return {};

@@ -67,6 +67,7 @@ class PageRun final : public PageHost {
   const PageError* last_error() const override { return error_ ? &*error_ : nullptr; }
 
  private:
+  void set_time_limit(std::chrono::seconds limit);
   void set_text_forms(const pages::Directive& directive);
   void make_objects();
   void run_script(const LoadedPage& loaded);
@@ -85,6 +86,7 @@ class PageRun final : public PageHost {
   PageSession session_;
   PageContext::Objects objects_;
   std::optional<PageError> error_;
+  std::chrono::steady_clock::time_point began_;  // the script
 };
 
 int PageRun::run() {
@@ -129,7 +131,8 @@ void PageRun::make_objects() {
 
 void PageRun::run_script(const LoadedPage& loaded) {
   make_objects();
-  engine_.set_time_limit(settings_->options.script_timeout);
+  began_ = std::chrono::steady_clock::now();
+  set_time_limit(settings_->options.script_timeout);
   engine_.set_memory_limit(settings_->options.script_memory);
   CComPtr<PageContext> context;
   context.attach(new PageContext(objects_));
@@ -137,6 +140,7 @@ void PageRun::run_script(const LoadedPage& loaded) {
   script::Outcome outcome = run_realm(loaded);
   // The last references of most components go here, with the session still locked.
   objects_.clear();
+  korlib_host::set_statement_deadline(std::chrono::steady_clock::time_point::max());
   korlib_host::roll_back_transactions();
   switch (outcome.kind) {
     case script::Outcome::completed:
@@ -187,9 +191,16 @@ HRESULT PageRun::execute(const std::string& virtual_path) {
 }
 
 HRESULT PageRun::set_script_timeout(LONG seconds) {
-  engine_.set_time_limit(
-      std::max<std::chrono::seconds>(std::chrono::seconds(seconds), settings_->options.script_timeout));
+  set_time_limit(std::max<std::chrono::seconds>(std::chrono::seconds(seconds), settings_->options.script_timeout));
   return S_OK;
+}
+
+// For the script and for what it has a database do.
+void PageRun::set_time_limit(std::chrono::seconds limit) {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::chrono::milliseconds kLater{100};  // so that the page is late when the database lets it go
+  engine_.set_time_limit(limit);
+  korlib_host::set_statement_deadline(limit.count() > 0 ? began_ + limit + kLater : Clock::time_point::max());
 }
 
 // No line is named: a limit can be reached in any.

@@ -8,6 +8,7 @@
 // before the next page begins. It may call close_idle_connections() on a thread that will run no page for a while.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 
 #include <korlib/types.h>
@@ -28,6 +29,10 @@ KORLIB_API DatabaseHandles database_handles() noexcept;
 // it, are rolled back, and the recordsets still open on that connection are ended. A connection whose roll-back fails
 // is not used for another page.
 KORLIB_API void roll_back_transactions() noexcept;
+
+// Until when the page on the calling thread may run: what a statement of its does then is cancelled, whatever its own
+// time-out. time_point::max() is without end, as at first.
+KORLIB_API void set_statement_deadline(std::chrono::steady_clock::time_point deadline) noexcept;
 
 // Closes the connections that lie idle in the calling thread's pool. Those in use stay, and return to the pool.
 KORLIB_API void close_idle_connections() noexcept;
