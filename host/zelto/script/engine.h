@@ -38,6 +38,10 @@ class Engine {
   // Zero: no limit.
   void set_memory_limit(std::size_t bytes) { watchdog_.set_memory_limit(bytes); }
 
+  // Frees what no script holds any more. For when no script runs: the engine does not know how much memory its objects
+  // keep outside of its heap, and may leave gigabytes of it for a long time.
+  void collect_garbage() { watchdog_.collect(); }
+
   // What follows is for this room.
 
   // One level of running script.

@@ -136,8 +136,10 @@ void Watchdog::terminate_soon() {
 }
 
 void Watchdog::free_garbage() {
-  if (ending_ == Outcome::out_of_memory) JSSynchronousGarbageCollectForDebugging(idle_);
+  if (ending_ == Outcome::out_of_memory) collect();
 }
+
+void Watchdog::collect() { JSSynchronousGarbageCollectForDebugging(idle_); }
 
 HRESULT stop_page() noexcept {
   if (Engine* engine = Engine::current()) engine->watchdog().stop();

@@ -65,6 +65,7 @@ class Watchdog {
   void terminate_soon();
   // After the last realm of a page that took too much memory: the next page shall not be blamed for its garbage.
   void free_garbage();
+  void collect();
 
  private:
   void start();

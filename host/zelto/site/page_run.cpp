@@ -44,6 +44,17 @@ PageError page_error(const script::ScriptError& error, const Site& site) {
   return made;
 }
 
+// What the page does to databases ends with it, by whatever way it goes.
+struct DatabaseUse {
+  DatabaseUse() = default;
+  ~DatabaseUse() {
+    korlib_host::set_statement_deadline(std::chrono::steady_clock::time_point::max());
+    korlib_host::roll_back_transactions();
+  }
+  DatabaseUse(const DatabaseUse&) = delete;
+  DatabaseUse& operator=(const DatabaseUse&) = delete;
+};
+
 class PageRun final : public PageHost {
  public:
   PageRun(Site& site, script::Engine& engine, HttpRequest request, PagePlace place, ResponseSink& sink)
@@ -132,6 +143,7 @@ void PageRun::make_objects() {
 void PageRun::run_script(const LoadedPage& loaded) {
   make_objects();
   began_ = std::chrono::steady_clock::now();
+  const DatabaseUse database;  // ends behind the objects
   set_time_limit(settings_->options.script_timeout);
   engine_.set_memory_limit(settings_->options.script_memory);
   CComPtr<PageContext> context;
@@ -140,8 +152,6 @@ void PageRun::run_script(const LoadedPage& loaded) {
   script::Outcome outcome = run_realm(loaded);
   // The last references of most components go here, with the session still locked.
   objects_.clear();
-  korlib_host::set_statement_deadline(std::chrono::steady_clock::time_point::max());
-  korlib_host::roll_back_transactions();
   switch (outcome.kind) {
     case script::Outcome::completed:
     case script::Outcome::stopped:
