@@ -9,6 +9,7 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/strand.hpp>
+#include <future>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -80,11 +81,7 @@ class Server::Impl {
   bool stop(std::chrono::milliseconds grace) {
     if (std::exchange(stopped_, true)) return all_answered_;
     shared_.stopping = true;
-    asio::post(accepting_strand_, [this] {
-      boost::system::error_code ignored;
-      acceptor_.close(ignored);
-      retry_.cancel();
-    });
+    stop_accepting();
     for (const auto& connection : table_.all()) connection->close_when_idle();
     all_answered_ = threads_.empty() || table_.wait_until_empty(grace);
     for (const auto& connection : table_.all()) connection->abort();
@@ -109,6 +106,18 @@ class Server::Impl {
       throw std::system_error(std::error_code(error), "listening on " + host + ":" + std::to_string(options_.port));
     }
     port_ = acceptor_.local_endpoint().port();
+  }
+
+  void stop_accepting() {
+    std::promise<void> done;
+    const auto close = [this, &done] {
+      boost::system::error_code ignored;
+      acceptor_.close(ignored);
+      retry_.cancel();
+      done.set_value();
+    };
+    threads_.empty() ? close() : asio::post(accepting_strand_, close);
+    done.get_future().wait();
   }
 
   // Better said now than when the first slow client comes.
