@@ -16,12 +16,16 @@ enum class Text { clients, pages };
 // A page may write in any language; what a client sends is readable only as far as it is ASCII.
 std::string escaped(std::string_view text, Text whose = Text::clients) {
   std::string out;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (is_control(c) || (byte > 0x7F && whose == Text::clients) || c == '"' || c == '\\')
+  std::size_t control = 0;  // bytes of one that are still to come
+  for (; !text.empty(); text.remove_prefix(1)) {
+    const char c = text.front();
+    if (control == 0) control = control_length(text);
+    const bool is_foreign = static_cast<unsigned char>(c) > 0x7F && whose == Text::clients;
+    if (control > 0 || is_foreign || c == '"' || c == '\\')
       append_hex(out += "\\x", c);
     else
       out += c;
+    if (control > 0) --control;
   }
   return out.empty() ? "-" : out;
 }

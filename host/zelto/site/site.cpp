@@ -58,7 +58,7 @@ std::string_view Site::path_of(std::string_view file) const {
 }
 
 void Site::log(std::string_view line) const {
-  if (log_) log_(plain_line(std::string(line)));
+  if (log_) log_(plain_line(line));
 }
 
 std::string Site::notice() const {

@@ -36,6 +36,12 @@ TEST(AccessLog, KeepsOneLineWhateverTheClientSends) {
       "\"-\" 1.235 "
       "a\\x0D\\x0Ab\xC3\xA4",
       combined_line(record));
+  record.request_line = "-";
+  record.note = "a\xC2\x85\xC2\xA0\xE2\x80\xA8\xE2\x80\xAA";
+  EXPECT_EQ(
+      "127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] \"-\" 200 512 \"-\" \"-\" 1.235 "
+      "a\\xC2\\x85\xC2\xA0\\xE2\\x80\\xA8\xE2\x80\xAA",
+      combined_line(record));
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string_view>
+
 namespace zelto {
 namespace {
 
@@ -10,7 +12,22 @@ TEST(Characters, AreControlsBelowTheBlankAndAtTheEndOfAscii) {
   for (const char c : {' ', '~', 'a', '\x80', '\xFF'}) EXPECT_FALSE(is_control(c)) << int{c};
 }
 
-TEST(Characters, MakeOneLineOfATextOfSeveral) { EXPECT_EQ("a  b c \xC3\xA9", plain_line("a\r\nb\tc\x1B\xC3\xA9")); }
+TEST(Characters, AreControlsWhereTerminalsTakeThemForSome) {
+  // Each with how many bytes it has as a control, between its neighbours and what is cut off.
+  struct Row {
+    std::string_view text;
+    std::size_t length;
+  };
+  for (const Row& row : {Row{"\x1B[", 1}, Row{"\xC2\x80", 2}, Row{"\xC2\x9F", 2}, Row{"\xC2\xA0", 0},
+                         Row{"\xC3\x80", 0}, Row{"\xC2", 0}, Row{"\xE2\x80\xA7", 0}, Row{"\xE2\x80\xA8", 3},
+                         Row{"\xE2\x80\xA9", 3}, Row{"\xE2\x80\xAA", 0}, Row{"\xE2\x80", 0}, Row{"", 0}})
+    EXPECT_EQ(row.length, control_length(row.text)) << row.text;
+}
+
+TEST(Characters, MakeOneLineOfATextOfSeveral) {
+  EXPECT_EQ("a  b c \xC3\xA9", plain_line("a\r\nb\tc\x1B\xC3\xA9"));
+  EXPECT_EQ("a b c d \xC2", plain_line("a\xC2\x85" "b\xE2\x80\xA8" "c\xE2\x80\xA9" "d\xC2\x9B\xC2"));
+}
 
 }  // namespace
 }  // namespace zelto
