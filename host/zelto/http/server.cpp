@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "http/connection.h"
+#include "http/listening_socket.h"
 #include "http/worker_pool.h"
 
 namespace zelto {
@@ -26,6 +27,7 @@ using asio::ip::tcp;
 
 namespace {
 
+constexpr std::chrono::seconds kBeat(1);
 // After which what failed for want of memory or files is tried again.
 constexpr std::chrono::milliseconds kPause(20);
 // What connections need to close once they have been told to; nothing waits for a client then.
@@ -94,17 +96,10 @@ class Server::Impl {
 
  private:
   void listen() {
-    boost::system::error_code error;
-    const auto address = asio::ip::make_address(options_.address, error);
-    const tcp::endpoint endpoint(address, options_.port);
-    if (!error) acceptor_.open(endpoint.protocol(), error);
-    if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
-    if (!error) acceptor_.bind(endpoint, error);
-    if (!error) acceptor_.listen(asio::socket_base::max_listen_connections, error);
-    if (error) {
-      const std::string host = address.is_v6() ? "[" + options_.address + "]" : options_.address;
-      throw std::system_error(std::error_code(error), "listening on " + host + ":" + std::to_string(options_.port));
-    }
+    base::FileDescriptor socket(options_.listening_socket);
+    if (!socket) socket = listen_on(options_.address, options_.port);
+    acceptor_.assign(asio::ip::make_address(options_.address).is_v6() ? tcp::v6() : tcp::v4(), socket.get());
+    socket.release();
     port_ = acceptor_.local_endpoint().port();
   }
 
@@ -133,6 +128,7 @@ class Server::Impl {
     for (;;) {
       try {
         asio::post(accepting_strand_, [this] { accept(); });
+        beat();
         io_.run();
         return;
       } catch (const std::exception& error) {
@@ -169,6 +165,21 @@ class Server::Impl {
     retry_.async_wait([this](const boost::system::error_code& cancelled) {
       if (!cancelled && !shared_.stopping) accept();
     });
+  }
+
+  void beat() {
+    if (!options_.on_beat || beating_.exchange(true)) return;
+    try {
+      options_.on_beat();
+      beat_.expires_after(kBeat);
+      beat_.async_wait([this](const boost::system::error_code& cancelled) {
+        beating_ = false;
+        if (!cancelled) beat();
+      });
+    } catch (...) {
+      beating_ = false;
+      throw;
+    }
   }
 
   std::shared_ptr<const ConnectionTerms> terms() {
@@ -215,8 +226,10 @@ class Server::Impl {
   asio::strand<asio::io_context::executor_type> accepting_strand_{io_.get_executor()};
   tcp::acceptor acceptor_{accepting_strand_};
   asio::steady_timer retry_{accepting_strand_};
+  asio::steady_timer beat_{io_};
   std::vector<std::jthread> threads_;
   std::atomic<bool> accepting_ = false;
+  std::atomic<bool> beating_ = false;
   std::atomic<bool> starved_ = false;  // and the log knows
   std::uint16_t port_ = 0;
   bool stopped_ = false;

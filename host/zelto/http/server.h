@@ -20,7 +20,9 @@ namespace zelto {
 
 struct ServerOptions {
   std::string address = "127.0.0.1";
-  std::uint16_t port = 0;   // 0 takes any free one
+  std::uint16_t port = 0;  // 0 takes any free one
+  // A socket that listens at `address` already, which the server takes over; it makes its own when there is none.
+  int listening_socket = -1;
   unsigned io_threads = 2;  // so that one that writes to a disk holds up no others
   unsigned workers = 2;
   std::size_t worker_stack = std::size_t{8} * 1024 * 1024;
@@ -33,6 +35,7 @@ struct ServerOptions {
   SpoolLimits spool{};
   std::function<void(const AccessRecord&)> on_access{};  // called on I/O threads, one call at a time
   std::function<void(std::string_view)> on_problem{};    // called on any thread: a line for the log
+  std::function<void()> on_beat{};                       // called every second on an I/O thread that is not stuck
 };
 
 class Server {

@@ -1,0 +1,14 @@
+// The socket at which clients arrive.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "base/file_descriptor.h"
+
+namespace zelto {
+
+// Bound to the address, and listening; port 0 takes any free one. Throws std::system_error when it cannot be had.
+base::FileDescriptor listen_on(const std::string& address, std::uint16_t port);
+
+}  // namespace zelto
