@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <mutex>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -37,7 +38,9 @@ Thread::Thread(std::size_t stack_bytes, std::function<void()> body)
   int error = pthread_attr_setstacksize(&attributes, stack_bytes);
   if (error == 0) error = pthread_create(&thread_, &attributes, run, body_.get());
   pthread_attr_destroy(&attributes);
-  if (error != 0) throw std::system_error(error, std::generic_category(), "starting a thread");
+  if (error == 0) return;
+  throw std::system_error(error, std::generic_category(),
+                          "starting a thread with a stack of " + std::to_string(stack_bytes >> 10) + " KiB");
 }
 
 Thread::~Thread() {

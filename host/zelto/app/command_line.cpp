@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <new>
 
 #include "app/configuration_file.h"
 #include "app/run_command.h"
@@ -41,6 +42,7 @@ void add_serve(CLI::App& app, ServeCommand& command) {
       ->transform(CLI::Validator(refuse_sign, ""))  // runs before the one above
       ->type_name("SIZE");
   serve->add_flag("--debug", command.debug, "Let error pages show what went wrong");
+  serve->add_flag("--no-supervisor", command.no_supervisor, "Serve in this process: for debuggers");
   serve->footer(
       "The folder's zelto.toml may say, each with its default or an example:\n" + ConfigurationFile::help() +
       "At SIGHUP it is read again, and the log's file opened anew. What it says then holds for requests and\n"
@@ -90,7 +92,7 @@ int run_command_line(int argc, const char* const* argv) {
   app.require_subcommand(1);
   app.footer(
       "serve [SITE] [--listen ADDRESS:PORT] [--workers NUMBER] [--body-limit SIZE]\n"
-      "      [--debug]\n"
+      "      [--debug] [--no-supervisor]\n"
       "run PAGE [--site FOLDER] [--query TEXT] [--method NAME] [--debug]\n"
       "      [--header 'NAME: VALUE']… [--body FILE] [--include-headers]\n"
       "zelto SUBCOMMAND --help tells more; that of serve lists the keys of zelto.toml.\n\n"
@@ -116,6 +118,9 @@ int run_command_line(int argc, const char* const* argv) {
   } catch (const WrongUse& error) {
     std::cerr << "zelto: " << error.what() << "\n";
     return kWrongUse;
+  } catch (const std::bad_alloc&) {
+    std::cerr << "zelto: there is not enough memory\n";
+    return kFailure;
   } catch (const std::exception& error) {
     std::cerr << "zelto: " << error.what() << "\n";
     return kFailure;

@@ -112,6 +112,7 @@ std::vector<std::string_view> keep_until_restart(Configuration& fresh, const Con
   keep("spool_limit", fresh.server.spool.file_bytes, running.server.spool.file_bytes);
   keep("spool_folder", fresh.server.spool.folder, running.server.spool.folder);
   keep("session_node", fresh.site.session_suffix, running.site.session_suffix);
+  keep("supervise", fresh.supervise, running.supervise);
   return keys;
 }
 
@@ -139,6 +140,8 @@ Configuration read_configuration(const ServeCommand& command) {
   read_spool(file, command.site, made.server.spool);
   made.log = read_log(file, command.site, made.site.files.protected_names);
   if (const auto limit = file.number("stop_timeout", 0, 3600)) made.stop_timeout = std::chrono::seconds(*limit);
+  made.supervise = file.flag("supervise").value_or(true) && !command.no_supervisor;
+  if (const auto limit = file.number("hang_timeout", 0, 3600)) made.hang_timeout = std::chrono::seconds(*limit);
   if (command.listen) set_listen_address(*command.listen, made.server);
   if (command.workers) made.server.workers = *command.workers;
   if (command.body_limit) made.server.limits.body_bytes = *command.body_limit;

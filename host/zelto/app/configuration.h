@@ -17,6 +17,8 @@ struct Configuration {
   ServerOptions server;
   std::string log;                        // a file; standard error when empty
   std::chrono::seconds stop_timeout{30};  // that running pages get when the host stops
+  bool supervise = true;                  // a process of its own for the server, which is replaced when it fails
+  std::chrono::seconds hang_timeout{60};  // without a sign of life, after which it has failed; 0: never
 };
 
 // The command line wins over the file, the file over the defaults. Throws WrongUse for what cannot be understood.

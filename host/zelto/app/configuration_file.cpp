@@ -22,7 +22,7 @@ struct Key {
   std::string_view meaning;
 };
 
-constexpr std::array<Key, 23> kKeys = {{
+constexpr std::array<Key, 25> kKeys = {{
     {"listen", "\"127.0.0.1:8080\"", "where to serve"},
     {"workers", "4", "pages at the same time, by default two a core"},
     {"body_limit", "16777216", "bytes of a request's body"},
@@ -31,6 +31,8 @@ constexpr std::array<Key, 23> kKeys = {{
     {"script_timeout", "90", "seconds that a page may take"},
     {"script_memory", "1073741824", "bytes that a page's objects may take"},
     {"stop_timeout", "30", "seconds that pages get to end when the host stops"},
+    {"supervise", "true", "a process for the server, started again when it dies or hangs"},
+    {"hang_timeout", "60", "seconds without a sign of life that are hanging, 0 for never"},
     {"session_timeout", "20", "minutes without a request that end a session"},
     {"session_limit", "50000", "sessions at a time"},
     {"session_queue", "8", "requests that wait for another one of their session"},

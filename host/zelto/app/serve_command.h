@@ -13,6 +13,7 @@ struct ServeCommand {
   std::optional<unsigned> workers;
   std::optional<std::size_t> body_limit;  // bytes
   bool debug = false;
+  bool no_supervisor = false;
 };
 
 // The exit code. Throws WrongUse for what cannot be served, and what keeps the server from starting.

@@ -1,7 +1,9 @@
 // What an operator says to the running host by signals.
 #pragma once
 
+#include <chrono>
 #include <csignal>
+#include <optional>
 
 namespace zelto {
 
@@ -19,6 +21,15 @@ class OperatorSignals {
   OperatorSignals& operator=(const OperatorSignals&) = delete;
 
   Wish wait() const;
+
+  // For a program that has child processes. First await_children(); then, in place of wait(): what is asked for, or
+  // nothing after that time or when a child may have ended.
+  void await_children();
+  std::optional<Wish> wait_for(std::chrono::milliseconds time) const;
+  void wait_for_child(std::chrono::milliseconds time) const;
+  // In a child, which those that end or reread are not for.
+  void enter_child() const;
+
   // From now on another SIGTERM or SIGINT ends the program at once, and SIGHUP is ignored.
   void let_end_through() const;
 

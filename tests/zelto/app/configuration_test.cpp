@@ -44,6 +44,18 @@ TEST_F(Configuration, HasDefaults) {
   EXPECT_EQ(50'000u, made.site.session_limit);
   EXPECT_EQ(std::chrono::seconds(30), made.stop_timeout);
   EXPECT_FALSE(made.site.debug);
+  EXPECT_TRUE(made.supervise);
+  EXPECT_EQ(std::chrono::seconds(60), made.hang_timeout);
+}
+
+TEST_F(Configuration, LetsTheServerBeSupervisedOrNot) {
+  EXPECT_FALSE(read("supervise = false").supervise);
+  EXPECT_EQ(std::chrono::seconds(5), read("hang_timeout = 5").hang_timeout);
+  const auto running = read("supervise = true");
+  command.no_supervisor = true;
+  auto fresh = read("supervise = true");
+  EXPECT_FALSE(fresh.supervise);
+  EXPECT_EQ((std::vector<std::string_view>{"supervise"}), keep_until_restart(fresh, running));
 }
 
 TEST_F(Configuration, ComesFromTheFile) {

@@ -1,0 +1,2 @@
+<%@ EnableSessionState="False" %>
+served
