@@ -19,7 +19,8 @@ if (!(size > 0)) {
 }
 const site = await mkdtemp(join(tmpdir(), 'gallery-'));
 await cp(join(root, 'examples/gallery'), site, { recursive: true });
-const host = spawn(join(root, 'build/release/bin/zelto'), ['serve', site, '--listen', '127.0.0.1:0', '--workers', '1'], {
+const options = ['--listen', '127.0.0.1:0', '--workers', '1', '--no-supervisor'];
+const host = spawn(join(root, 'build/release/bin/zelto'), ['serve', site, ...options], {
   stdio: ['ignore', 'pipe', 'ignore'],
 });
 const address = await new Promise((found) =>

@@ -55,7 +55,7 @@ function ask(site, path = '') {
     socket.on('error', reject);
     socket.on('close', () => resolve(received));
   });
-  answer.catch(() => {});
+  for (const awaited of [connected, answer]) awaited.catch(() => {});
   const begun = new Promise((resolve) => socket.on('data', (bytes) => {
     received += bytes;
     if (received.includes('begun')) resolve();
