@@ -95,6 +95,25 @@ served('a server that dies again and again is started after a growing pause', as
   await site.logs(/^zelto: zelto\.toml is read again/);
 });
 
+test('a server that lives is left alone', limit, async () => {
+  const site = await serve(folder, '--workers', '1');
+  const server = await serverOf(site);
+  await writeFile(join(site.folder, 'zelto.toml'), 'hang_timeout = 5\n');
+  process.kill(site.pid, 'SIGHUP');
+  await site.logs(/^zelto: zelto\.toml is read again/);
+  // Another host's supervisor, which counts as this one does, tells when the limit has passed.
+  const other = await serve(folder, '--workers', '1');
+  await writeFile(join(other.folder, 'zelto.toml'), 'hang_timeout = 8\n');
+  process.kill(other.pid, 'SIGHUP');
+  await other.logs(/^zelto: zelto\.toml is read again/);
+  await freeze(await serverOf(other));
+  await other.logs(/gave no sign of life for 8 s/);
+  assert.equal(await serverOf(site), server);
+  assert.deepEqual(told(site), ['zelto: zelto.toml is read again']);
+  assert.equal(await other.stop(), 0, other.log.join('\n'));
+  assert.equal(await site.stop(), 0, site.log.join('\n'));
+});
+
 test('a server that hangs is replaced', limit, async () => {
   const site = await serve(folder, '--workers', '1');
   await writeFile(join(site.folder, 'zelto.toml'), 'hang_timeout = 4\n');
@@ -206,6 +225,13 @@ const little = ['prlimit', '--as=1000000000'];
 const starts = spawnSync(little[0], [...little.slice(1), process.env.ZELTO, '--version']).status === 0;
 test('a start without memory says so', { ...limit, skip: !starts }, async () => {
   const { code, lines } = await fail(little, '--listen', '127.0.0.1:0');
+  assert.equal(code, 1);
+  assert.equal(lines.length, 1, lines.join('\n'));
+  assert.match(lines[0], /^zelto: .*memory/);
+});
+
+test('a start without room for the stacks of its workers says so', { ...limit, skip: !starts }, async () => {
+  const { code, lines } = await fail(['prlimit', '--as=6000000000'], '--listen', '127.0.0.1:0', '--workers', '1024');
   assert.equal(code, 1);
   assert.equal(lines.length, 1, lines.join('\n'));
   assert.match(lines[0], /^zelto: .*memory/);

@@ -132,7 +132,8 @@ std::optional<Supervisor::Death> Supervisor::watch(const Supervised& supervised)
       tell(kReread);
     }
     silence += time.more();
-    if (std::exchange(beats, vitals_.beats()) != beats) silence = {};
+    const auto before = std::exchange(beats, vitals_.beats());
+    if (beats != before) silence = {};
     const seconds limit = configuration_.hang_timeout;
     if (limit.count() == 0 || silence < limit) continue;
     kill();

@@ -26,7 +26,10 @@ TEST(Characters, AreControlsWhereTerminalsTakeThemForSome) {
 
 TEST(Characters, MakeOneLineOfATextOfSeveral) {
   EXPECT_EQ("a  b c \xC3\xA9", plain_line("a\r\nb\tc\x1B\xC3\xA9"));
-  EXPECT_EQ("a b c d \xC2", plain_line("a\xC2\x85" "b\xE2\x80\xA8" "c\xE2\x80\xA9" "d\xC2\x9B\xC2"));
+  EXPECT_EQ("a b c d \xC2", plain_line("a\xC2\x85"
+                                       "b\xE2\x80\xA8"
+                                       "c\xE2\x80\xA9"
+                                       "d\xC2\x9B\xC2"));
 }
 
 }  // namespace
