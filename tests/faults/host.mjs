@@ -15,7 +15,8 @@ export async function withHost(body, { command = [], lines = [], options = [] } 
   const folder = await mkdtemp(join(tmpdir(), 'fault-'));
   await cp(fileURLToPath(new URL('site', import.meta.url)), folder, { recursive: true });
   await appendFile(join(folder, 'zelto.toml'), lines.join('\n') + '\n');
-  const host = await serveUnder(command, folder, ...options);
+  // Its memory is to be measured, and its end seen: no process in front of it.
+  const host = await serveUnder(command, folder, '--no-supervisor', ...options);
   try {
     return await body(host);
   } finally {

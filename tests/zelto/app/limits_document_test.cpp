@@ -10,6 +10,7 @@
 #include "http/limits.h"
 #include "http/server.h"
 #include "http/spool.h"
+#include "intrinsics/field_table.h"
 #include "site/site.h"
 
 namespace {
@@ -48,6 +49,8 @@ TEST(LimitsDocument, TellsTheLimitsThatHold) {
       {"lines of a head", count(http.header_lines)},
       {"time for a head", time(http.header_timeout)},
       {"body of a request", bytes(http.body_bytes)},
+      {"parts of a multipart body", count(http.upload_parts)},
+      {"fields of a form", count(zelto::kMaxFormFields)},
       {"silence within a body", time(http.body_timeout)},
       {"rate of a body, in each such span", rate(http.body_rate)},
       {"extension of a chunk", bytes(http.chunk_extension_bytes)},
@@ -73,6 +76,7 @@ TEST(LimitsDocument, TellsTheLimitsThatHold) {
       {"sessions", count(site.session_limit)},
       {"time without a request that ends a session", count(static_cast<std::uint64_t>(site.session_timeout)) + " min"},
       {"time that pages get to end when the host stops", time(zelto::Configuration().stop_timeout)},
+      {"time in which the server gives no sign of life", time(zelto::Configuration().hang_timeout)},
   };
   EXPECT_EQ(holds, told());
 }
