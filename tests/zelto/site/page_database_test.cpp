@@ -128,19 +128,17 @@ TEST_F(PageDatabase, LetsAConnectionLiveInTheSession) {
   });
 }
 
-// A statement went on until its own time-out, and one without rows to wait for for ever.
+// None of these ever ends by itself.
 TEST_F(PageDatabase, StopsWhatADatabaseDoesWhenThePageIsLate) {
   std::vector<std::string> log;
   options_.log = [&log](std::string_view line) { log.emplace_back(line); };
   pages([&] {
-    const std::string rows = "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT 200000000) SELECT ";
+    const std::string rows = "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT ";
     for (const std::string& use :
-         {"c.Execute('" + rows + "COUNT(*) FROM n')", "c.Execute('" + rows + "i FROM n').Move(200000000)",
+         {"c.Execute('" + rows + "COUNT(*) FROM n')", "c.Execute('" + rows + "i FROM n').Move(2000000000)",
           "c.Execute('" + rows + "i FROM n').GetRows()", "c.CursorLocation = 3; c.Execute('" + rows + "i FROM n')"}) {
       log.clear();
-      const auto start = std::chrono::steady_clock::now();
       run("var c = open(); c.CommandTimeout = 0; for (;;) try { " + use + " } catch (e) {}");
-      EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15)) << use;
       ASSERT_EQ(1u, log.size()) << use;
       EXPECT_NE(std::string::npos, log[0].find("The page took longer than the site allows.")) << log[0];
     }
