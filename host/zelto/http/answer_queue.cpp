@@ -103,8 +103,8 @@ void AnswerQueue::send_now(std::string_view& first, std::string_view& second) {
   }
 }
 
-// In memory as far as one answer may, then in its file, and without one in memory as far as all may. What of the file is
-// sent stays there until all is: the system sends the file's own pages, so that they must not change under it.
+// In memory as far as one answer may, then in its file, and without one in memory as far as all may. What of the file
+// is sent stays there until all is: the system sends the file's own pages, so that they must not change under it.
 bool AnswerQueue::keep(std::string_view first, std::string_view second) {
   constexpr auto kAll = std::numeric_limits<std::size_t>::max();
   if (!spooled_ && keep_in_memory(first, second, memory_limit_)) return true;

@@ -1,7 +1,6 @@
 // Sends what waits in an answer's queue, at the pace of its client.
 #pragma once
 
-#include <boost/asio/ip/tcp.hpp>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -10,14 +9,13 @@
 #include "http/answer_queue.h"
 #include "http/deadline.h"
 #include "http/limits.h"
+#include "http/peer.h"
 
 namespace zelto {
 
 // Runs on the socket's strand.
 class AnswerSender {
  public:
-  using Socket = boost::asio::ip::tcp::socket;
-
   // `on_end` is called once nothing waits any more or the answer has failed; not when the socket is closed meanwhile.
   AnswerSender(Socket& socket, AnswerQueue& queue, Deadline& deadline, const HttpLimits& limits,
                std::function<void()> on_end)

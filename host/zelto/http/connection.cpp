@@ -1,19 +1,13 @@
 #include "http/connection.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/write.hpp>
 #include <string_view>
 #include <utility>
 
-#include "base/letter_case.h"
 #include "http/framing.h"
+#include "http/peer.h"
 #include "http/status.h"
 
 namespace zelto {
@@ -28,27 +22,6 @@ constexpr std::size_t kBodyReadSize = std::size_t{64} * 1024;
 constexpr HttpLimits::Duration kLastDrain(250);
 constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
 
-// What a proxy says about its own client. Of two headers, one may have come from that client.
-bool came_encrypted(const HttpRequest& request, const std::vector<std::string>& trusted_proxies) {
-  if (std::ranges::find(trusted_proxies, request.remote_address) == trusted_proxies.end()) return false;
-  const auto is_said = [](const Header& header) { return base::equal_ascii(header.name, "X-Forwarded-Proto"); };
-  return std::ranges::count_if(request.headers, is_said) == 1 &&
-         base::equal_ascii(*request.header("X-Forwarded-Proto"), "https");
-}
-
-bool has_gone(int socket) {
-  pollfd state{socket, 0, 0};
-  return ::poll(&state, 1, 0) > 0 && (state.revents & (POLLERR | POLLHUP)) != 0;
-}
-
-// Takes the connection from under its socket. The client sees a reset: after a shutdown, a body that ends with the
-// connection would look complete. The system call may be made by any thread while a worker writes; connect() would do
-// the same, but the thread sanitizer takes it for the making of another socket.
-void reset_peer(int socket) {
-  const sockaddr nobody{.sa_family = AF_UNSPEC, .sa_data = {}};
-  ::syscall(SYS_connect, socket, &nobody, sizeof nobody);
-}
-
 }  // namespace
 
 Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> terms, ConnectionShared& shared)
@@ -62,9 +35,9 @@ Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> ter
       queue_(shared.spool, limits().send_memory,
              [this] { asio::post(socket_.get_executor(), [self = shared_from_this()] { self->sender_.send(self); }); }),
       sink_(queue_),
-      sender_(socket_, queue_, deadline_, limits(), [this] {
-        if (phase_ == Phase::sending) on_sent();
-      }) {}
+      sender_(socket_, queue_, deadline_, limits(), [this] { on_sent(); }),
+      job_(shared.pool, reader_, sink_, shared.report,
+           [this] { asio::post(socket_.get_executor(), [self = shared_from_this()] { self->on_answered(); }); }) {}
 
 Connection::~Connection() { shared_.table.remove(this); }
 
@@ -82,27 +55,20 @@ void Connection::begin() {
 
 void Connection::turn_away() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    self->fill_record("-");
+    self->record_.begin(address_of_peer(self->socket_), "-");
     self->prepare_sink(false);
     serve_status(self->sink_, status::kUnavailable, {}, {{"Retry-After", "5"}});
     self->log_answer();
     Error ignored;
     self->socket_.shutdown(Socket::shutdown_send, ignored);
-    // What has come by now is taken, as closing would otherwise reset the connection under the answer.
-    self->socket_.non_blocking(true, ignored);
-    const auto room = self->reader_.room(kReadSize);
-    self->socket_.read_some(asio::buffer(room.data(), room.size()), ignored);
+    take_received(self->socket_);
     self->close();
   });
 }
 
 void Connection::give_way() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    if (self->phase_ == Phase::sending)
-      self->cut_off();
-    else if (self->phase_ == Phase::body || self->phase_ == Phase::head || self->is_idle() ||
-             self->phase_ == Phase::draining)
-      self->close();
+    if (self->phase_ != Phase::answering) self->cut_off();
   });
 }
 
@@ -116,14 +82,12 @@ void Connection::close_when_idle() {
 void Connection::abort() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     self->aborted_ = true;
-    if (self->in_worker_ && self->shared_.pool.withdraw(*self, self->turn_)) self->in_worker_ = false;
+    self->job_.withdraw();
     // The descriptor must stay open while a worker may write to it.
-    if (self->in_worker_)
+    if (self->job_.is_out())
       reset_peer(self->socket_.native_handle());
-    else if (self->phase_ == Phase::sending)
-      self->cut_off();
     else
-      self->close();
+      self->cut_off();
   });
 }
 
@@ -159,21 +123,10 @@ void Connection::read_head() {
   on_head();
 }
 
-void Connection::fill_record(std::string_view request_line) {
-  Error error;
-  const auto remote = socket_.remote_endpoint(error);
-  record_ = AccessRecord();
-  if (!error) record_.remote_address = remote.address().to_string();
-  record_.request_line = request_line;
-  record_.received = std::chrono::system_clock::now();
-  began_ = Clock::now();
-}
-
 void Connection::on_head() {
-  fill_record(reader_.request_line());
   const HttpRequest& request = reader_.request();
-  if (const auto* referer = request.header("Referer")) record_.referer = *referer;
-  if (const auto* agent = request.header("User-Agent")) record_.user_agent = *agent;
+  record_.begin(address_of_peer(socket_), reader_.request_line());
+  record_.add_client(request);
   ++served_;
   last_ |= !wants_keep_alive(request) || served_ >= limits().keep_alive_requests;
   shared_.table.set_state(this, ConnectionState::busy);
@@ -260,17 +213,11 @@ void Connection::submit() {
   shared_.table.set_state(this, ConnectionState::busy);
   arm(Duration::zero());
   HttpRequest& request = reader_.request();
-  Error error;
-  const auto local = socket_.local_endpoint(error);
-  if (!error) request.local_address = local.address().to_string();
-  if (!error) request.local_port = local.port();
-  const auto remote = socket_.remote_endpoint(error);
-  request.remote_address = record_.remote_address;
-  if (!error) request.remote_port = remote.port();
+  set_addresses(socket_, request);
+  request.remote_address = record_.remote_address();
   request.secure = came_encrypted(request, terms_->trusted_proxies);
   prepare_sink(!last_ && !unread_input_, limits().send_timeout);
-  in_worker_ = true;
-  switch (shared_.pool.submit(shared_from_this(), turn_)) {
+  switch (job_.submit(shared_from_this(), turn_, socket_.native_handle())) {
     case WorkerPool::Submitted::queued:
       return;
     case WorkerPool::Submitted::waits_for_turn:
@@ -281,41 +228,12 @@ void Connection::submit() {
 }
 
 void Connection::refuse_busy() {
-  in_worker_ = page_answered_ = false;
+  page_answered_ = false;
   answer_plainly(status::kUnavailable, {{"Retry-After", "1"}}, !last_ && !unread_input_);
 }
 
-void Connection::run(Worker& worker) {
-  try {
-    // One that has only closed its side waits for its answer.
-    if (has_gone(socket_.native_handle()))
-      sink_.abandon();
-    else
-      handle(worker);
-  } catch (...) {
-    sink_.abandon();
-  }
-  asio::post(socket_.get_executor(), [self = shared_from_this()] { self->on_answered(); });
-}
-
-void Connection::handle(Worker& worker) {
-  try {
-    reader_.request().body.load();
-  } catch (const std::exception& error) {
-    shared_.report(std::string("a request's body is lost: ") + error.what());
-    return serve_status(sink_, status::kUnavailable);
-  }
-  try {
-    worker.handle(std::move(reader_.request()), sink_);
-  } catch (...) {
-    if (sink_.started()) sink_.abandon();
-  }
-  if (!sink_.started()) serve_status(sink_, status::kServerError, "The page gave no answer.");
-  if (!sink_.finished()) sink_.abandon();
-}
-
 void Connection::on_answered() {
-  in_worker_ = false;
+  job_.take_back();
   if (!aborted_) return on_written();
   log_answer();
   close();
@@ -323,7 +241,7 @@ void Connection::on_answered() {
 
 void Connection::refuse(int status) {
   timed_out_ = false;
-  if (phase_ == Phase::head && record_.request_line.empty()) fill_record(reader_.request_line());
+  if (!record_.has_begun()) record_.begin(address_of_peer(socket_), reader_.request_line());
   unread_input_ = true;
   answer_plainly(status, {}, false);
 }
@@ -348,15 +266,10 @@ void Connection::on_written() {
   sender_.send(shared_from_this());
 }
 
-void Connection::log_answer() {
-  record_.status = sink_.status();
-  record_.body_bytes = sink_.body_bytes();
-  record_.note = sink_.note();
-  record_.taken = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - began_);
-  shared_.log(record_);
-}
+void Connection::log_answer() { shared_.log(record_.end(sink_)); }
 
 void Connection::on_sent() {
+  if (phase_ != Phase::sending) return;  // a worker still writes
   log_answer();
   if (sink_.must_reset()) {
     reset();
@@ -368,6 +281,7 @@ void Connection::on_sent() {
 }
 
 void Connection::cut_off() {
+  if (phase_ != Phase::sending) return close();
   log_answer();
   reset();
 }
@@ -375,7 +289,7 @@ void Connection::cut_off() {
 void Connection::next_request() {
   sink_.reset(-1, {});
   reader_.next();
-  record_ = AccessRecord();
+  record_.clear();
   phase_ = Phase::idle;
   arm(limits().keep_alive_timeout);
   shared_.table.set_state(this, ConnectionState::waiting);
@@ -424,7 +338,7 @@ void Connection::on_timeout() {
   if (is_idle() || phase_ == Phase::draining) return close();
   if (sender_.is_active()) return sender_.on_timeout(shared_from_this());
   if (phase_ == Phase::answering) {
-    if (shared_.pool.withdraw(*this, turn_)) refuse_busy();
+    if (job_.withdraw()) refuse_busy();
     return;
   }
   timed_out_ = true;

@@ -16,7 +16,10 @@
 #include "http/connection_table.h"
 #include "http/deadline.h"
 #include "http/limits.h"
+#include "http/page_job.h"
+#include "http/peer.h"
 #include "http/request_reader.h"
+#include "http/request_record.h"
 #include "http/socket_sink.h"
 #include "http/spool.h"
 #include "http/worker_pool.h"
@@ -40,14 +43,12 @@ struct ConnectionShared {
   std::atomic<bool> stopping = false;
 };
 
-// Runs on its socket's strand, except for run(), which a worker's thread calls while the strand does nothing
-// with the request, the sink or the socket but send what waits, or reset it.
-class Connection final : public Job, public std::enable_shared_from_this<Connection> {
+// Runs on its socket's strand. While its job is out, a worker writes the answer, and the strand does nothing with the
+// request, the sink or the socket but send what waits, or reset it.
+class Connection final : public std::enable_shared_from_this<Connection> {
  public:
-  using Socket = boost::asio::ip::tcp::socket;
-
   Connection(Socket socket, std::shared_ptr<const ConnectionTerms> terms, ConnectionShared& shared);
-  ~Connection() override;
+  ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
@@ -57,8 +58,6 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void give_way();   // to another connection, unless a request has begun meanwhile
   void close_when_idle();
   void abort();
-
-  void run(Worker& worker) override;
 
  private:
   using Error = boost::system::error_code;
@@ -76,12 +75,10 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   void read_body();
   void read_more_of_body();
 
-  void fill_record(std::string_view request_line);
   void route();
   void prepare_sink(bool keep_alive, Duration patience = {});
   void submit();
   void submit_unread();
-  void handle(Worker& worker);
   void on_answered();
   void answer_unread();
   void refuse(int status);
@@ -111,21 +108,19 @@ class Connection final : public Job, public std::enable_shared_from_this<Connect
   bool last_ = false;           // the connection closes after this answer
   bool unread_input_ = false;   // the request was answered before it was read to its end
   bool page_answered_ = false;  // that request, and not the host
-  bool in_worker_ = false;      // or waiting for one
   bool aborted_ = false;
   bool timed_out_ = false;
   unsigned served_ = 0;
 
-  Clock::time_point began_;
-
   RequestReader reader_;
   ReadRate read_rate_;  // of a body
   std::uint64_t drained_ = 0;
-  AccessRecord record_;
+  RequestRecord record_;
   std::string turn_;  // of the request that is answered
   AnswerQueue queue_;
   SocketSink sink_;
   AnswerSender sender_;
+  PageJob job_;
 };
 
 }  // namespace zelto

@@ -41,6 +41,10 @@ struct HttpRequest {
   const std::string* header(std::string_view name) const;
 };
 
+// Whether a proxy that is trusted says that its own client's connection was encrypted. `trusted_proxies` are addresses
+// as in remote_address.
+bool came_encrypted(const HttpRequest& request, const std::vector<std::string>& trusted_proxies);
+
 // Whether the connection alone writes headers of that name: one from a page would repeat or contradict its own.
 bool is_connection_header(std::string_view name);
 

@@ -30,8 +30,10 @@ WorkerPool::Submitted WorkerPool::submit(std::shared_ptr<Job> job, const std::st
       return Submitted::waits_for_turn;
     }
     if (queue_.size() >= options_.queue) return Submitted::refused;
-    queue_.push_back({std::move(job), turn});
+    Tasks one;
+    one.push_back({std::move(job), turn});
     if (!turn.empty()) turns_.try_emplace(turn);
+    queue_.splice(queue_.end(), one);
   }
   changed_.notify_one();
   return Submitted::queued;

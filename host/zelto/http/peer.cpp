@@ -1,0 +1,44 @@
+#include "http/peer.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstddef>
+
+namespace zelto {
+
+std::string address_of_peer(const Socket& socket) {
+  boost::system::error_code error;
+  const auto remote = socket.remote_endpoint(error);
+  return error ? std::string() : remote.address().to_string();
+}
+
+void set_addresses(const Socket& socket, HttpRequest& request) {
+  boost::system::error_code error;
+  const auto local = socket.local_endpoint(error);
+  if (!error) request.local_address = local.address().to_string();
+  if (!error) request.local_port = local.port();
+  const auto remote = socket.remote_endpoint(error);
+  if (!error) request.remote_port = remote.port();
+}
+
+bool has_gone(int socket) {
+  pollfd state{socket, 0, 0};
+  return ::poll(&state, 1, 0) > 0 && (state.revents & (POLLERR | POLLHUP)) != 0;
+}
+
+void reset_peer(int socket) {
+  const sockaddr nobody{.sa_family = AF_UNSPEC, .sa_data = {}};
+  // connect() would do the same, but the thread sanitizer takes it for the making of another socket.
+  ::syscall(SYS_connect, socket, &nobody, sizeof nobody);
+}
+
+void take_received(Socket& socket) {
+  std::array<char, std::size_t{16} * 1024> taken{};
+  ::recv(socket.native_handle(), taken.data(), taken.size(), MSG_DONTWAIT);
+}
+
+}  // namespace zelto

@@ -1,0 +1,187 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "http/server.h"
+#include "zelto/http/client.h"
+#include "zelto/http/test_server.h"
+
+namespace zelto_test {
+namespace {
+
+using std::chrono::milliseconds;
+
+const std::string kHost = "Host: test\r\n";
+
+zelto::ServerOptions with_limits(zelto::HttpLimits limits) {
+  zelto::ServerOptions options;
+  options.limits = limits;
+  return options;
+}
+
+TEST(ServerLoad, AnswerBusyWhenTheQueueIsFull) {
+  zelto::ServerOptions options;
+  options.workers = 1;
+  options.queue = 1;
+  TestServer test(options);
+  Client running(test.port());
+  running.send("GET /gate HTTP/1.1\r\n" + kHost + "\r\n");
+  test.gate.wait_for(1);
+  // Both come one after the other on one connection each; one of them waits, the other cannot.
+  Client first(test.port());
+  Client second(test.port());
+  const std::string request = "GET /gate HTTP/1.1\r\n" + kHost + "\r\n";
+  first.send(request);
+  second.send(request);
+  EXPECT_EQ(503, test.wait_for_records(1)[0].status);
+  test.gate.open();
+  const Answer a = first.receive().value();
+  const Answer b = second.receive().value();
+  EXPECT_EQ(200 + 503, a.status + b.status);
+  EXPECT_EQ("1", (a.status == 503 ? a : b).header("Retry-After"));
+  EXPECT_EQ(200, running.receive().value().status);
+}
+
+TEST(ServerLoad, AnswerBusyToTooManyConnections) {
+  zelto::HttpLimits limits;
+  limits.connections = 1;
+  TestServer test(with_limits(limits));
+  Client first(test.port());
+  first.send("GET /gate HTTP/1.1\r\n" + kHost + "\r\n");
+  test.gate.wait_for(1);
+  Client second(test.port());
+  EXPECT_EQ(503, second.receive().value().status);
+  EXPECT_TRUE(second.at_end());
+  test.gate.open();
+  EXPECT_EQ(200, first.receive().value().status);
+}
+
+TEST(ServerLoad, HaveAnIdleConnectionGiveWayToANewOne) {
+  zelto::HttpLimits limits;
+  limits.connections = 2;
+  TestServer test(with_limits(limits));
+  const std::string request = "GET /echo HTTP/1.1\r\n" + kHost + "\r\n";
+  Client silent(test.port());
+  silent.send("GET /ec");
+  Client idle(test.port());
+  idle.send(request);
+  EXPECT_EQ(200, idle.receive().value().status);
+  Client third(test.port());
+  third.send(request);
+  EXPECT_EQ(200, third.receive().value().status);
+  EXPECT_TRUE(silent.at_end()) << "longer than the other one";
+  idle.send(request);
+  EXPECT_EQ(200, idle.receive().value().status);
+  Client fourth(test.port());
+  fourth.send(request);
+  EXPECT_EQ(200, fourth.receive().value().status);
+  EXPECT_TRUE(third.at_end()) << "the other one was answered later";
+}
+
+TEST(ServerLoad, GiveAnAddressItsShareOfConnections) {
+  zelto::ServerOptions options;
+  options.limits.connections_per_address = 1;
+  options.limits.limits_loopback = true;
+  TestServer test(options);
+  Client first(test.port());
+  first.send("GET /gate HTTP/1.1\r\n" + kHost + "\r\n");
+  test.gate.wait_for(1);
+  Client second(test.port());
+  EXPECT_EQ(503, second.receive().value().status);
+  options.trusted_proxies = {"127.0.0.1"};
+  test.server->change(options.limits, options.trusted_proxies);
+  EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "\r\n").status);
+}
+
+// Through a proxy there, all clients come from one address.
+TEST(ServerLoad, CountNoAddressOfTheMachineItself) {
+  zelto::HttpLimits limits;
+  limits.connections_per_address = 1;
+  TestServer test(with_limits(limits));
+  Client first(test.port());
+  first.send("GET /gate HTTP/1.1\r\n" + kHost + "\r\n");
+  test.gate.wait_for(1);
+  EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "\r\n").status);
+}
+
+// All of them together hold no worker.
+TEST(ServerLoad, AnswerOthersWhileSlowClientsTakeTheirTime) {
+  zelto::ServerOptions options;
+  options.workers = 1;
+  options.spool.memory_bytes = 2'000'000;
+  TestServer test(options);
+  std::vector<std::unique_ptr<Client>> slow;
+  for (const std::string path : {"/stream?", "/length?", "/stream?", "/length?"}) {
+    slow.push_back(std::make_unique<Client>(test.port()));
+    slow.back()->send("GET " + path + "20000000 HTTP/1.1\r\n" + kHost + "\r\n");
+  }
+  const std::string request = "GET /echo HTTP/1.1\r\n" + kHost + "\r\n";
+  EXPECT_EQ(200, ask(test.port(), request).status);
+  // And they get what they asked for.
+  for (const auto& client : slow) EXPECT_EQ(20'000'000u, client->receive().value().body.size());
+}
+
+// More than the connection may keep of an answer, where nothing may wait for room.
+TEST(ServerLoad, KeepWhatTheRouterAnswersWhenThereIsNoRoom) {
+  zelto::ServerOptions options;
+  options.io_threads = 1;
+  options.spool.memory_bytes = options.spool.file_bytes = 0;
+  TestServer test(options);
+  Client slow(test.port());
+  constexpr int kRequests = 1000;
+  std::jthread sender([&] {
+    const std::string request = "GET /routed?" + std::string(8000, 'q') + " HTTP/1.1\r\n" + kHost + "\r\n";
+    for (int i = 0; i < kRequests && slow.send(request); ++i) continue;
+  });
+  EXPECT_EQ(24'006u, slow.receive().value().body.size());
+  EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "\r\n").status);
+  for (int i = 1; i < kRequests; ++i) ASSERT_EQ(24'006u, slow.receive().value().body.size()) << i;
+}
+
+TEST(ServerLoad, HaveRequestsOfOneTurnHoldOneWorker) {
+  zelto::ServerOptions options;
+  options.workers = 2;
+  options.turn_queue = 2;
+  options.limits.turn_timeout = milliseconds(50);
+  TestServer test(options);
+  const std::string request = "GET /turn?a HTTP/1.1\r\n" + kHost + "\r\n";
+  Client holder(test.port());
+  holder.send(request);
+  test.gate.wait_for(1);
+  std::vector<std::unique_ptr<Client>> others;
+  for (int i = 0; i < 3; ++i) {
+    others.push_back(std::make_unique<Client>(test.port()));
+    others.back()->send(request);
+  }
+  EXPECT_EQ(200, ask(test.port(), "GET /echo HTTP/1.1\r\n" + kHost + "\r\n").status);
+  // One is too many, and two wait for longer than they may.
+  for (const auto& other : others) {
+    const Answer answer = other->receive().value();
+    EXPECT_EQ(503, answer.status);
+    EXPECT_EQ("1", answer.header("Retry-After"));
+  }
+  test.gate.open();
+  EXPECT_EQ(200, holder.receive().value().status);
+  others[0]->send(request);
+  EXPECT_EQ(200, others[0]->receive().value().status) << "on the same connection, once it is its turn";
+}
+
+TEST(ServerLoad, RefuseABodyForWhichThereIsNoRoom) {
+  zelto::ServerOptions options;
+  options.spool.memory_bytes = 0;
+  options.spool.file_bytes = 100'000;
+  TestServer test(options);
+  const std::string head = "POST /echo HTTP/1.1\r\n" + kHost + "Content-Length: ";
+  const std::string body(90'000, 'a');
+  EXPECT_EQ("POST /echo?|" + body, ask(test.port(), head + "90000\r\n\r\n" + body).body) << "from its file";
+  EXPECT_EQ(503, ask(test.port(), head + "110000\r\n\r\n" + body + std::string(20'000, 'a')).status);
+  test.server->stop(std::chrono::minutes(1));
+  ASSERT_EQ(1u, test.problems.size());
+  EXPECT_EQ("a request's body is refused: keeping a request's body: Disk quota exceeded", test.problems[0]);
+}
+
+}  // namespace
+}  // namespace zelto_test
