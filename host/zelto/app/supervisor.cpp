@@ -124,7 +124,7 @@ std::optional<Supervisor::Death> Supervisor::watch(const Supervised& supervised)
   Duration silence{};
   auto beats = vitals_.beats();
   for (;;) {
-    if (const auto death = reap(WNOHANG)) return death;
+    if (auto death = reap(WNOHANG)) return death;
     const auto wish = signals_.wait_for(kLook);
     if (wish == OperatorSignals::Wish::end) return std::nullopt;
     if (wish == OperatorSignals::Wish::reread) {

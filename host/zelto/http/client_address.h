@@ -2,9 +2,9 @@
 #pragma once
 
 #include <boost/asio/ip/address.hpp>
-#include <compare>
 #include <cstdint>
 #include <string>
+#include <tuple>
 
 namespace zelto {
 
@@ -13,7 +13,10 @@ struct ClientAddress {
   bool is_v6 = false;
   std::uint64_t number = 0;
 
-  auto operator<=>(const ClientAddress&) const = default;
+  bool operator==(const ClientAddress&) const = default;
+  bool operator<(const ClientAddress& other) const {
+    return std::tie(is_v6, number) < std::tie(other.is_v6, other.number);
+  }
 };
 
 ClientAddress client_of(const boost::asio::ip::address& address);
