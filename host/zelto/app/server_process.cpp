@@ -19,6 +19,7 @@
 #include "app/reread.h"
 #include "app/runtime.h"
 #include "base/thread.h"
+#include "http/listening_socket.h"
 #include "http/server.h"
 #include "site/session_sweeper.h"
 #include "site/site_router.h"
@@ -65,12 +66,6 @@ WorkerFactory worker_factory(Site& site, Vitals* vitals) {
     vitals->beat();
     return worker;
   };
-}
-
-std::string shown_address(const ServerOptions& options, std::uint16_t port) {
-  const bool is_v6 = options.address.find(':') != std::string::npos;
-  const std::string host = is_v6 ? "[" + options.address + "]" : options.address;
-  return fmt::format("http://{}:{}/", host, port);
 }
 
 void start(Server& server) {
@@ -131,7 +126,8 @@ int run_server(const ServeCommand& command, Configuration& configuration, LogSin
     start(server);
     if (!orders.vitals || orders.vitals->become_ready()) {
       give_notice(site, log, !configuration.log.empty());
-      say(fmt::format("Serving {} at {}", site.root(), shown_address(configuration.server, server.port())));
+      say(fmt::format("Serving {} at http://{}/", site.root(),
+                      address_and_port(configuration.server.address, server.port())));
     }
     while (orders.next_wish() == OperatorSignals::Wish::reread) {
       const auto told = reread(command, configuration, sink, [&](const Configuration& fresh) {

@@ -19,6 +19,9 @@ struct ClientAddress {
   }
 };
 
+// The IPv4 address that an IPv6 socket shows as ::ffff:a.b.c.d; any other as it is.
+boost::asio::ip::address unmapped(const boost::asio::ip::address& address);
+
 ClientAddress client_of(const boost::asio::ip::address& address);
 // What is not an address counts as one client.
 ClientAddress client_of(const std::string& address);

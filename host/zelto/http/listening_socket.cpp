@@ -27,15 +27,20 @@ base::FileDescriptor open_at(const tcp::endpoint& endpoint) {
 
 }  // namespace
 
+std::string address_and_port(const std::string& address, std::uint16_t port) {
+  const bool is_v6 = address.find(':') != std::string::npos;
+  return (is_v6 ? "[" + address + "]" : address) + ":" + std::to_string(port);
+}
+
 base::FileDescriptor listen_on(const std::string& address, std::uint16_t port) {
   boost::system::error_code error;
   const auto parsed = asio::ip::make_address(address, error);
-  const std::string place = (parsed.is_v6() ? "[" + address + "]" : address) + ":" + std::to_string(port);
-  if (error) throw std::system_error(std::error_code(error), "listening on " + place);
+  const std::string what = "listening on " + address_and_port(address, port);
+  if (error) throw std::system_error(std::error_code(error), what);
   try {
     return open_at({parsed, port});
   } catch (const std::system_error& failed) {
-    throw std::system_error(failed.code(), "listening on " + place);
+    throw std::system_error(failed.code(), what);
   }
 }
 

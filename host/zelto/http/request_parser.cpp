@@ -43,6 +43,16 @@ void set_host(HttpRequest& request, std::string&& host) {
     found->value = std::move(host);
 }
 
+// The trailer as far as it has come, when nothing but the last chunk's line is in front of it: the library takes a
+// trailer only when it has ended.
+std::string_view unended_trailer(std::string_view left) {
+  if (left.starts_with("\r\n")) left.remove_prefix(2);
+  const std::size_t digits = std::min(left.find_first_not_of('0'), left.size());
+  const std::size_t line_end = left.find("\r\n", digits);
+  if (digits == 0 || line_end == std::string_view::npos || (line_end > digits && left[digits] != ';')) return {};
+  return left.substr(line_end + 2);
+}
+
 }  // namespace
 
 HeadScanner::Verdict HeadScanner::scan(std::string_view received) {
@@ -72,12 +82,18 @@ class RequestParser::Impl : public http::basic_parser<true> {
   HttpRequest request;
   bool too_large = false;
   bool too_many_parts = false;
-  const HttpLimits& limits() const { return limits_; }
   const char* trailer = nullptr;  // where the trailer began, in the bytes that ended the request
 
   void count_parts() {
     const std::string* type = request.header("Content-Type");
     if (type) parts_.emplace(part_delimiter(*type));
+  }
+
+  // The library would unfold a line of a trailer, and has no limit of its own.
+  Progress check_trailer(std::string_view text, Progress sound) const {
+    if (text.size() > limits_.trailer_bytes) return Progress::trailer_too_large;
+    const bool is_folded = text.find("\n ") != std::string_view::npos || text.find("\n\t") != std::string_view::npos;
+    return is_folded ? Progress::bad : sound;
   }
 
  private:
@@ -176,24 +192,6 @@ int RequestParser::parse_head(std::string_view head) {
   return target.status;
 }
 
-// The trailer as far as it has come, when nothing but the last chunk's line is in front of it: the library takes a
-// trailer only when it has ended.
-std::string_view RequestParser::unended_trailer(std::string_view left) {
-  if (left.starts_with("\r\n")) left.remove_prefix(2);
-  const std::size_t digits = std::min(left.find_first_not_of('0'), left.size());
-  const std::size_t line_end = left.find("\r\n", digits);
-  if (digits == 0 || line_end == std::string_view::npos || (line_end > digits && left[digits] != ';')) return {};
-  return left.substr(line_end + 2);
-}
-
-// The library would unfold a line, and has no limit of its own.
-RequestParser::Progress RequestParser::check_trailer(std::string_view trailer, Progress sound) const {
-  if (trailer.size() > impl_->limits().trailer_bytes) return Progress::trailer_too_large;
-  const bool is_folded =
-      trailer.find("\n ") != std::string_view::npos || trailer.find("\n\t") != std::string_view::npos;
-  return is_folded ? Progress::bad : sound;
-}
-
 bool RequestParser::needs_body() const { return !impl_->is_done(); }
 
 RequestParser::Progress RequestParser::parse_body(std::string_view received, std::size_t& used) {
@@ -203,11 +201,12 @@ RequestParser::Progress RequestParser::parse_body(std::string_view received, std
     used += impl_->put(boost::asio::buffer(received.data() + used, received.size() - used), ec);
     if (impl_->too_large) return Progress::too_large;
     if (impl_->too_many_parts) return Progress::too_many_parts;
-    if (ec == http::error::need_more) return check_trailer(unended_trailer(received.substr(used)), Progress::more);
+    if (ec == http::error::need_more)
+      return impl_->check_trailer(unended_trailer(received.substr(used)), Progress::more);
     if (ec) return Progress::bad;
     if (impl_->trailer) {
       const auto before = static_cast<std::size_t>(impl_->trailer - received.data());
-      return check_trailer(received.substr(before, used - before), Progress::done);
+      return impl_->check_trailer(received.substr(before, used - before), Progress::done);
     }
     if (used == received.size() && !impl_->is_done()) return Progress::more;
   }

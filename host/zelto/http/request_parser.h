@@ -53,9 +53,6 @@ class RequestParser {
   const HttpRequest& request() const;
 
  private:
-  static std::string_view unended_trailer(std::string_view left);
-  Progress check_trailer(std::string_view trailer, Progress sound) const;
-
   class Impl;
   std::unique_ptr<Impl> impl_;
 };

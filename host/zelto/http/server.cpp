@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "http/client_address.h"
 #include "http/connection.h"
 #include "http/listening_socket.h"
 #include "http/worker_pool.h"
@@ -32,11 +33,6 @@ constexpr std::chrono::seconds kBeat(1);
 constexpr std::chrono::milliseconds kPause(20);
 // What connections need to close once they have been told to; nothing waits for a client then.
 constexpr std::chrono::seconds kLastSteps(5);
-
-bool is_loopback(const asio::ip::address& address) {
-  if (!address.is_v6() || !address.to_v6().is_v4_mapped()) return address.is_loopback();
-  return asio::ip::make_address_v4(asio::ip::v4_mapped, address.to_v6()).is_loopback();
-}
 
 }  // namespace
 
@@ -196,7 +192,7 @@ class Server::Impl {
     const auto connection = std::make_shared<Connection>(std::move(socket), terms, shared_);
     const bool is_exempt =
         std::ranges::find(terms->trusted_proxies, client.to_string()) != terms->trusted_proxies.end() ||
-        (is_loopback(client) && !options_.limits.limits_loopback);
+        (unmapped(client).is_loopback() && !options_.limits.limits_loopback);
     const auto admission = table_.admit(connection, client, !is_exempt);
     if (admission.gives_way) admission.gives_way->give_way();
     admission.admitted ? connection->start() : connection->turn_away();

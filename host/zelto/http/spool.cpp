@@ -21,11 +21,11 @@ std::string folder_of(const SpoolLimits& limits) {
 
 base::FileDescriptor open_nameless(const std::string& folder) {
   constexpr mode_t kMode = 0600;
-  base::FileDescriptor file(::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, kMode));
+  base::FileDescriptor file(::open(folder.c_str(), O_TMPFILE | O_RDWR | O_APPEND | O_CLOEXEC, kMode));
   if (file || (errno != EOPNOTSUPP && errno != EISDIR && errno != ENOENT)) return file;
   // A file system that makes no file without a name: one with a name, which is taken away at once.
   std::string name = folder + "/zelto-XXXXXX";
-  file = base::FileDescriptor(::mkostemp(name.data(), O_CLOEXEC));
+  file = base::FileDescriptor(::mkostemp(name.data(), O_APPEND | O_CLOEXEC));
   if (file) ::unlink(name.c_str());
   return file;
 }
@@ -51,25 +51,14 @@ SpoolFile::SpoolFile(Spool& spool) : file_(open_nameless(spool.folder)), share_(
 }
 
 bool SpoolFile::append(std::string_view bytes) {
-  if (!share_.resize(size_ + bytes.size())) {
-    errno = EDQUOT;
-    return false;
+  const int error = share_.resize(size_ + bytes.size()) ? base::write_all(file_.get(), bytes) : EDQUOT;
+  if (error == 0) {
+    size_ += bytes.size();
+    return true;
   }
-  std::string_view left = bytes;
-  while (!left.empty()) {
-    const ssize_t written =
-        ::pwrite(file_.get(), left.data(), left.size(), static_cast<off_t>(size_ + bytes.size() - left.size()));
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) {
-      const int error = written < 0 ? errno : ENOSPC;
-      shrink(size_);
-      errno = error;
-      return false;
-    }
-    left.remove_prefix(static_cast<std::size_t>(written));
-  }
-  size_ += bytes.size();
-  return true;
+  shrink(size_);
+  errno = error;
+  return false;
 }
 
 void SpoolFile::shrink(std::uint64_t size) {
@@ -80,12 +69,11 @@ void SpoolFile::shrink(std::uint64_t size) {
 }
 
 void SpoolFile::read(char* buffer, std::size_t size) const {
-  for (std::size_t read = 0; read < size;) {
-    const ssize_t count = ::pread(file_.get(), buffer + read, size - read, static_cast<off_t>(read));
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) throw std::system_error(count < 0 ? errno : EIO, std::generic_category(), "reading a spool file");
-    read += static_cast<std::size_t>(count);
-  }
+  ::lseek(file_.get(), 0, SEEK_SET);
+  std::size_t got = 0;
+  int error = base::read_all(file_.get(), {buffer, size}, got);
+  if (error == 0 && got < size) error = EIO;
+  if (error != 0) throw std::system_error(error, std::generic_category(), "reading a spool file");
 }
 
 }  // namespace zelto

@@ -12,14 +12,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-const std::string kHost = "Host: test\r\n";
-
-zelto::ServerOptions with_limits(zelto::HttpLimits limits) {
-  zelto::ServerOptions options;
-  options.limits = limits;
-  return options;
-}
-
 // The whole request, its answer, and the closing of the connection.
 struct Refused {
   const char* what;

@@ -14,14 +14,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-const std::string kHost = "Host: test\r\n";
-
-zelto::ServerOptions with_limits(zelto::HttpLimits limits) {
-  zelto::ServerOptions options;
-  options.limits = limits;
-  return options;
-}
-
 TEST(ServerLoad, AnswerBusyWhenTheQueueIsFull) {
   zelto::ServerOptions options;
   options.workers = 1;

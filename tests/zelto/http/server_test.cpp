@@ -13,8 +13,6 @@
 namespace zelto_test {
 namespace {
 
-const std::string kHost = "Host: test\r\n";
-
 std::string get(const std::string& target) { return "GET " + target + " HTTP/1.1\r\n" + kHost + "\r\n"; }
 
 TEST(Server, AnswersARequest) {

@@ -119,6 +119,12 @@ void Gate::open() {
   changed_.notify_all();
 }
 
+zelto::ServerOptions with_limits(const zelto::HttpLimits& limits) {
+  zelto::ServerOptions options;
+  options.limits = limits;
+  return options;
+}
+
 TestServer::TestServer(zelto::ServerOptions options) : router_(std::make_unique<PathRouter>()) {
   options.on_problem = [this](std::string_view problem) {
     const std::lock_guard lock(lock_);

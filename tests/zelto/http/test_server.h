@@ -11,6 +11,11 @@
 
 namespace zelto_test {
 
+// A header line that every request needs.
+inline const std::string kHost = "Host: test\r\n";
+
+zelto::ServerOptions with_limits(const zelto::HttpLimits& limits);
+
 // Where workers wait until a test lets them go on.
 class Gate {
  public:
