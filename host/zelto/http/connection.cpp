@@ -26,6 +26,7 @@ constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
 
 Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> terms, ConnectionShared& shared)
     : socket_(std::move(socket)),
+      ends_(ends_of(socket_)),
       terms_(std::move(terms)),
       shared_(shared),
       deadline_(socket_.get_executor(), [this] { on_timeout(); }),
@@ -55,7 +56,7 @@ void Connection::begin() {
 
 void Connection::turn_away() {
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    self->record_.begin(address_of_peer(self->socket_), "-");
+    self->record_.begin(self->ends_.remote_address, "-");
     self->prepare_sink(false);
     serve_status(self->sink_, status::kUnavailable, {}, {{"Retry-After", "5"}});
     self->log_answer();
@@ -125,7 +126,7 @@ void Connection::read_head() {
 
 void Connection::on_head() {
   const HttpRequest& request = reader_.request();
-  record_.begin(address_of_peer(socket_), reader_.request_line());
+  record_.begin(ends_.remote_address, reader_.request_line());
   record_.add_client(request);
   ++served_;
   last_ |= !wants_keep_alive(request) || served_ >= limits().keep_alive_requests;
@@ -213,8 +214,10 @@ void Connection::submit() {
   shared_.table.set_state(this, ConnectionState::busy);
   arm(Duration::zero());
   HttpRequest& request = reader_.request();
-  set_addresses(socket_, request);
-  request.remote_address = record_.remote_address();
+  request.remote_address = ends_.remote_address;
+  request.remote_port = ends_.remote_port;
+  request.local_address = ends_.local_address;
+  request.local_port = ends_.local_port;
   request.secure = came_encrypted(request, terms_->trusted_proxies);
   prepare_sink(!last_ && !unread_input_, limits().send_timeout);
   switch (job_.submit(shared_from_this(), turn_, socket_.native_handle())) {
@@ -241,7 +244,7 @@ void Connection::on_answered() {
 
 void Connection::refuse(int status) {
   timed_out_ = false;
-  if (!record_.has_begun()) record_.begin(address_of_peer(socket_), reader_.request_line());
+  if (!record_.has_begun()) record_.begin(ends_.remote_address, reader_.request_line());
   unread_input_ = true;
   answer_plainly(status, {}, false);
 }
@@ -293,6 +296,7 @@ void Connection::next_request() {
   phase_ = Phase::idle;
   arm(limits().keep_alive_timeout);
   shared_.table.set_state(this, ConnectionState::waiting);
+  if (!reader_.has_begun()) return read_head();
   // Posted, not called: a client may have sent any number of requests at once.
   asio::post(socket_.get_executor(), [self = shared_from_this()] {
     if (self->phase_ == Phase::idle) self->read_head();

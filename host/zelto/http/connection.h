@@ -100,6 +100,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   const HttpLimits& limits() const { return terms_->limits; }
 
   Socket socket_;
+  const Ends ends_;
   const std::shared_ptr<const ConnectionTerms> terms_;
   ConnectionShared& shared_;
   Deadline deadline_;

@@ -10,19 +10,13 @@
 
 namespace zelto {
 
-std::string address_of_peer(const Socket& socket) {
+Ends ends_of(const Socket& socket) {
   boost::system::error_code error;
   const auto remote = socket.remote_endpoint(error);
-  return error ? std::string() : remote.address().to_string();
-}
-
-void set_addresses(const Socket& socket, HttpRequest& request) {
-  boost::system::error_code error;
+  if (error) return {};
   const auto local = socket.local_endpoint(error);
-  if (!error) request.local_address = local.address().to_string();
-  if (!error) request.local_port = local.port();
-  const auto remote = socket.remote_endpoint(error);
-  if (!error) request.remote_port = remote.port();
+  if (error) return {};
+  return {remote.address().to_string(), local.address().to_string(), remote.port(), local.port()};
 }
 
 bool has_gone(int socket) {

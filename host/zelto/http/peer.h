@@ -2,18 +2,21 @@
 #pragma once
 
 #include <boost/asio/ip/tcp.hpp>
+#include <cstdint>
 #include <string>
-
-#include "http/message.h"
 
 namespace zelto {
 
 using Socket = boost::asio::ip::tcp::socket;
 
-// The client's address, "192.0.2.1"; empty when it has gone.
-std::string address_of_peer(const Socket& socket);
-// Writes both ends of the connection into the request.
-void set_addresses(const Socket& socket, HttpRequest& request);
+// Both ends of a connection: "192.0.2.1" and a port. Empty and 0 when the client has gone already.
+struct Ends {
+  std::string remote_address;
+  std::string local_address;
+  std::uint16_t remote_port = 0;
+  std::uint16_t local_port = 0;
+};
+Ends ends_of(const Socket& socket);
 
 // Whether the client has ended the connection as a whole. One that has only closed its side waits for its answer. May
 // be called by any thread.

@@ -18,7 +18,6 @@ class RequestRecord {
   // What the client says of itself.
   void add_client(const HttpRequest& request);
   bool has_begun() const { return !record_.request_line.empty(); }
-  const std::string& remote_address() const { return record_.remote_address; }
 
   // The whole, once the answer has been sent or cut off.
   const AccessRecord& end(const SocketSink& sink);
