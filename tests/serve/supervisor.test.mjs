@@ -128,6 +128,24 @@ test('a server that hangs is replaced', limit, async () => {
   assert.equal(await site.stop(), 0, site.log.join('\n'));
 });
 
+// Another worker's page is answered first, and nobody is refused.
+test('a server is replaced when a page goes on after its time', limit, async () => {
+  const site = await serve(folder, '--workers', '2');
+  await writeFile(join(site.folder, 'zelto.toml'), 'hang_timeout = 2\nscript_timeout = 1\n');
+  process.kill(site.pid, 'SIGHUP');
+  await site.logs(/^zelto: zelto\.toml is read again/);
+  const server = await serverOf(site);
+  const stuck = ask(site, 'stuck.asp');
+  await stuck.begun;
+  await isServed(ask(site));
+  await site.logs(/started again$/);
+  await isServed(ask(site));
+  assert.notEqual(await serverOf(site), server);
+  assert.equal(told(site).at(-1), 'zelto: the server could not end a page whose time was over, and was ended ' +
+    'while it ran GET /stuck.asp; it is started again');
+  assert.equal(await site.stop(), 0, site.log.join('\n'));
+});
+
 served('a server starts again with the settings that were last right', async (site) => {
   await writeFile(join(site.folder, 'zelto.toml'), 'default_documents = ["wait.asp"]\n');
   await writeFile(join(site.folder, 'go.txt'), '');
@@ -259,7 +277,6 @@ test('a log that cannot be written stops nothing, and says how much it lacks', l
 test('a log that nobody reads stops nothing, and says how much it lacks', limit, async () => {
   const place = await mkdtemp(join(tmpdir(), 'unread-'));
   const pipe = join(place, 'pipe');
-  execFileSync('mkfifo', [pipe]);
   const reader = openSync(pipe, constants.O_RDONLY | constants.O_NONBLOCK);
   const host = await serveUnder(['sh', '-c', `exec "$0" "$@" 2> ${pipe}`], folder, '--workers', '2');
   const path = '?' + 'x'.repeat(7000);

@@ -32,7 +32,8 @@ namespace {
 // Shows which page it runs.
 class NotedWorker final : public Worker {
  public:
-  NotedWorker(Site& site, Vitals& vitals, unsigned number) : worker_(site), vitals_(vitals), number_(number) {}
+  NotedWorker(Site& site, Vitals& vitals, unsigned number)
+      : worker_(site, vitals.deadline(number)), vitals_(vitals), number_(number) {}
 
   void handle(HttpRequest&& request, ResponseSink& sink) override {
     const Note note(*this, request);
@@ -110,6 +111,7 @@ int run_server(const ServeCommand& command, Configuration& configuration, LogSin
                const ServerOrders& orders) {
   constexpr auto kSweepPause = std::chrono::seconds(15);
   constexpr auto kForce = std::chrono::seconds(2);  // for pages that notice that their client has gone
+  constexpr std::chrono::milliseconds kSoon(2000);  // for the pages beside one that does not end
   set_up_runtime();
   sink.set_when_full(LogSink::WhenFull::keep);
   configuration.site.log = [&log](std::string_view line) { log.info(line); };
@@ -129,7 +131,8 @@ int run_server(const ServeCommand& command, Configuration& configuration, LogSin
       say(fmt::format("Serving {} at http://{}/", site.root(),
                       address_and_port(configuration.server.address, server.port())));
     }
-    while (orders.next_wish() == OperatorSignals::Wish::reread) {
+    auto wish = orders.next_wish();
+    for (; wish == OperatorSignals::Wish::reread; wish = orders.next_wish()) {
       const auto told = reread(command, configuration, sink, [&](const Configuration& fresh) {
         site.change(fresh.site);
         server.change(fresh.server.limits, fresh.server.trusted_proxies);
@@ -137,10 +140,11 @@ int run_server(const ServeCommand& command, Configuration& configuration, LogSin
       for (const std::string& line : told) log.info(line);
     }
     orders.on_end();
-    exit_timer = std::jthread([&log, patience = configuration.stop_timeout + kForce](const std::stop_token& stop) {
-      exit_after(patience, stop, log);
-    });
-    all_answered = server.stop(configuration.stop_timeout);
+    const bool is_soon = wish == OperatorSignals::Wish::end_soon;
+    const auto patience = is_soon ? kSoon : configuration.stop_timeout;
+    exit_timer = std::jthread(
+        [&log, all = is_soon ? kSoon : patience + kForce](const std::stop_token& stop) { exit_after(all, stop, log); });
+    all_answered = server.stop(patience);
   }
   if (!nothing_is_left(log)) return kLeftOver;
   return all_answered ? kSuccess : kFailure;

@@ -13,7 +13,7 @@ namespace zelto {
 // The first three are blocked in every thread that is started while this lives.
 class OperatorSignals {
  public:
-  enum class Wish { end, reread };
+  enum class Wish { end, end_soon, reread };  // end_soon is its supervisor's: without a page that does not end
 
   OperatorSignals();
   ~OperatorSignals();

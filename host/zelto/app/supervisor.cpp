@@ -25,7 +25,9 @@ using std::chrono::seconds;
 
 constexpr char kReread = 'r';
 constexpr char kEnd = 'e';
+constexpr char kEndSoon = 's';
 constexpr seconds kLook(1);
+constexpr seconds kToEndSoon(5);
 constexpr seconds kToEnd(5);  // beyond stop_timeout: what closing all, and ending without some pages, takes
 constexpr std::size_t kMostPages = 16;
 
@@ -40,6 +42,21 @@ class SeenTime {
 
  private:
   Clock::time_point last_ = Clock::now();
+};
+
+// How long the page that ought to have ended first has been seen to go on after that.
+class Lateness {
+ public:
+  // That has passed since it was asked last.
+  Clock::duration after(Clock::duration passed, Clock::time_point deadline) {
+    const bool is_same = std::exchange(deadline_, deadline) == deadline;
+    late_ = is_same && Clock::now() >= deadline ? late_ + passed : Clock::duration{};
+    return late_;
+  }
+
+ private:
+  Clock::time_point deadline_;
+  Clock::duration late_{};
 };
 
 std::string signal_name(int signal) {
@@ -115,13 +132,15 @@ void Supervisor::enter_server(pid_t supervisor) {
 OperatorSignals::Wish Supervisor::next_wish() const {
   char wish = kEnd;
   while (::read(wishes_in_.get(), &wish, 1) < 0 && errno == EINTR) continue;
-  return wish == kReread ? OperatorSignals::Wish::reread : OperatorSignals::Wish::end;
+  if (wish == kReread) return OperatorSignals::Wish::reread;
+  return wish == kEndSoon ? OperatorSignals::Wish::end_soon : OperatorSignals::Wish::end;
 }
 
 // Nothing once the operator wants the end.
 std::optional<Supervisor::Death> Supervisor::watch(const Supervised& supervised) {
   SeenTime time;
   Duration silence{};
+  Lateness lateness;
   auto beats = vitals_.beats();
   for (;;) {
     if (auto death = reap(WNOHANG)) return death;
@@ -131,13 +150,18 @@ std::optional<Supervisor::Death> Supervisor::watch(const Supervised& supervised)
       supervised.reread(true);
       tell(kReread);
     }
-    silence += time.more();
+    const auto passed = time.more();
+    silence += passed;
     const auto before = std::exchange(beats, vitals_.beats());
     if (beats != before) silence = {};
+    const auto late = lateness.after(passed, vitals_.first_deadline());
     const seconds limit = configuration_.hang_timeout;
-    if (limit.count() == 0 || silence < limit) continue;
-    kill();
-    return Death{fmt::format("gave no sign of life for {} s and was ended", limit.count()), kFailure};
+    if (limit.count() == 0) continue;
+    if (silence >= limit) {
+      kill();
+      return Death{fmt::format("gave no sign of life for {} s and was ended", limit.count()), kFailure};
+    }
+    if (late >= limit) return replace();
   }
 }
 
@@ -198,6 +222,18 @@ std::optional<Supervisor::Death> Supervisor::reap(int options) {
 Supervisor::Death Supervisor::kill() {
   ::kill(server_, SIGKILL);
   return reap(0).value_or(Death{"", kFailure});
+}
+
+// What other workers do may end first. Newcomers wait.
+Supervisor::Death Supervisor::replace() {
+  tell(kEndSoon);
+  SeenTime time;
+  for (Duration waited{}; server_ > 0 && waited < kToEndSoon; waited += time.more()) {
+    signals_.wait_for_child(kLook);
+    reap(WNOHANG);
+  }
+  if (server_ > 0) kill();
+  return {"could not end a page whose time was over, and was ended", kFailure};
 }
 
 void Supervisor::report(const Death& death, const std::string& consequence) {

@@ -54,6 +54,7 @@ class Supervisor {
   void tell(char wish) const;
   std::optional<Death> reap(int options);
   Death kill();
+  Death replace();
   void report(const Death& death, const std::string& consequence);
 
   const Configuration& configuration_;

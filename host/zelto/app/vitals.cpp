@@ -60,9 +60,22 @@ std::vector<std::string> Vitals::pages() const {
   return pages;
 }
 
+std::chrono::steady_clock::time_point Vitals::first_deadline() const noexcept {
+  using Clock = std::chrono::steady_clock;
+  auto first = Clock::time_point::max();
+  for (const Note& note : notes_) {
+    const std::chrono::nanoseconds deadline(note.deadline.load(std::memory_order_relaxed));
+    if (deadline.count() != 0) first = std::min(first, Clock::time_point(deadline));
+  }
+  return first;
+}
+
 void Vitals::clear() noexcept {
   life_->is_ready = false;
-  for (Note& note : notes_) note.length = 0;
+  for (Note& note : notes_) {
+    note.length = 0;
+    note.deadline = 0;
+  }
 }
 
 }  // namespace zelto

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -24,12 +25,17 @@ class Vitals {
   // By the worker of that number, from 0 on, before and after each page.
   void begin_page(unsigned worker, std::string_view method, std::string_view path) noexcept;
   void end_page(unsigned worker) noexcept { notes_[worker].length.store(0, std::memory_order_release); }
+  // By when that worker's page must have ended: nanoseconds of the steady clock, which all processes share; 0 for
+  // never.
+  std::atomic<std::int64_t>& deadline(unsigned worker) noexcept { return notes_[worker].deadline; }
 
   // The supervisor.
   std::uint32_t beats() const noexcept { return life_->beats; }
   bool is_ready() const noexcept { return life_->is_ready; }
   // "GET /default.asp", of each worker that runs a page.
   std::vector<std::string> pages() const;
+  // The first of all pages'; the greatest time point when there is none.
+  std::chrono::steady_clock::time_point first_deadline() const noexcept;
   // Before another process starts.
   void clear() noexcept;
 
@@ -41,9 +47,11 @@ class Vitals {
   };
   struct Note {
     std::atomic<std::uint32_t> length;  // 0 while no page runs; else the text is there, as far as it fits
-    char text[252];
+    char text[244];
+    std::atomic<std::int64_t> deadline;
   };
-  static_assert(std::atomic<std::uint32_t>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
+  static_assert(std::atomic<std::uint32_t>::is_always_lock_free && std::atomic<bool>::is_always_lock_free &&
+                    std::atomic<std::int64_t>::is_always_lock_free,
                 "a lock that died with its holder would be held for ever");
   struct Unmap {
     std::size_t bytes;

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -37,6 +38,10 @@ class Engine {
   // How much memory, in bytes, the objects of scripts may take, looked at a few times a second while a script runs.
   // Zero: no limit.
   void set_memory_limit(std::size_t bytes) { watchdog_.set_memory_limit(bytes); }
+
+  // For whoever watches over the thread from outside: keeps there by when the script that runs must have ended, in
+  // nanoseconds of the steady clock, 0 for never or when none runs. The place outlives the engine.
+  void show_deadline(std::atomic<std::int64_t>& place) { watchdog_.show_deadline(place); }
 
   // Frees what no script holds any more. For when no script runs: the engine does not know how much memory its objects
   // keep outside of its heap, and may leave gigabytes of it for a long time.

@@ -69,10 +69,12 @@ void Watchdog::enter() {
   start_ = std::chrono::steady_clock::now();
   is_terminating_ = false;
   start();
+  update_shown();
 }
 
 bool Watchdog::leave() {
   if (--depth_ > 0) return false;
+  update_shown();
   if (is_unwinding()) settle();
   return true;
 }
@@ -93,6 +95,14 @@ void Watchdog::settle() {
 void Watchdog::set_time_limit(std::chrono::milliseconds limit) {
   time_limit_ = limit;
   if (is_running() && !is_unwinding()) start();
+  update_shown();
+}
+
+void Watchdog::update_shown() noexcept {
+  if (!shown_) return;
+  using std::chrono::nanoseconds;
+  const auto deadline = std::chrono::duration_cast<nanoseconds>((start_ + time_limit_).time_since_epoch());
+  shown_->store(is_running() && time_limit_.count() > 0 ? deadline.count() : 0, std::memory_order_relaxed);
 }
 
 void Watchdog::start() {

@@ -6,8 +6,10 @@
 // kPageStopped. A component that replaces the code by one of its own therefore cannot bring the page back.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 
 #include <korlib/activation.h>
 #include <korlib/hresult.h>
@@ -49,6 +51,9 @@ class Watchdog {
   std::chrono::milliseconds time_limit() const noexcept { return time_limit_; }
   void set_memory_limit(std::size_t bytes) { memory_limit_ = bytes; }
 
+  // Keeps there by when the script must have ended: nanoseconds of the steady clock, 0 while none runs or for never.
+  void show_deadline(std::atomic<std::int64_t>& place) { shown_ = &place; }
+
   // Around each level of running script. The outermost starts the clock and forgets how the last page ended.
   void enter();
   // True for the outermost.
@@ -69,6 +74,7 @@ class Watchdog {
 
  private:
   void start();
+  void update_shown() noexcept;
   void settle();
   void arm(double seconds);
   bool is_late() const { return time_limit_.count() > 0 && std::chrono::steady_clock::now() - start_ >= time_limit_; }
@@ -81,6 +87,7 @@ class Watchdog {
   std::chrono::steady_clock::time_point start_;
   int depth_ = 0;
   Outcome::Kind ending_ = Outcome::completed;
+  std::atomic<std::int64_t>* shown_ = nullptr;
   bool is_terminating_ = false;  // the engine has been asked for the end of a script that goes on
 };
 

@@ -1,6 +1,9 @@
 // Answers the requests for a site's pages, each with the file that the router has found.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
+
 #include "http/worker.h"
 #include "script/engine.h"
 #include "site/site.h"
@@ -10,6 +13,8 @@ namespace zelto {
 class SiteWorker final : public Worker {
  public:
   explicit SiteWorker(Site& site) : site_(site) {}
+  // With a place for its engine's deadline (Engine::show_deadline).
+  SiteWorker(Site& site, std::atomic<std::int64_t>& deadline) : site_(site) { engine_.show_deadline(deadline); }
 
   void handle(HttpRequest&& request, ResponseSink& sink) override;
 

@@ -77,6 +77,7 @@ TEST(LimitsDocument, TellsTheLimitsThatHold) {
       {"time without a request that ends a session", count(static_cast<std::uint64_t>(site.session_timeout)) + " min"},
       {"time that pages get to end when the host stops", time(zelto::Configuration().stop_timeout)},
       {"time in which the server gives no sign of life", time(zelto::Configuration().hang_timeout)},
+      {"time that a page goes on after its own is over", time(zelto::Configuration().hang_timeout)},
   };
   EXPECT_EQ(holds, told());
 }

@@ -45,10 +45,24 @@ TEST(Vitals, CutWhatIsTooLongAtACharacter) {
     std::string path(before, '/');
     while (path.size() < 400) path += "\xC3\xA9";
     vitals.begin_page(0, "GET", path);
-    EXPECT_EQ("GET " + path.substr(0, 248 - before), vitals.pages().at(0));
+    EXPECT_EQ("GET " + path.substr(0, 240 - before), vitals.pages().at(0));
   }
   vitals.begin_page(0, std::string(1000, 'G'), "/");
-  EXPECT_EQ(std::string(252, 'G'), vitals.pages().at(0));
+  EXPECT_EQ(std::string(244, 'G'), vitals.pages().at(0));
+}
+
+TEST(Vitals, TellTheFirstDeadlineOfAProcessThatWasKilled) {
+  using std::chrono::nanoseconds;
+  using Time = std::chrono::steady_clock::time_point;
+  zelto::Vitals vitals(3);
+  EXPECT_EQ(Time::max(), vitals.first_deadline());
+  die_after([&] {
+    vitals.deadline(0) = 3000;
+    vitals.deadline(2) = 2000;
+  });
+  EXPECT_EQ(Time(nanoseconds(2000)), vitals.first_deadline());
+  vitals.clear();
+  EXPECT_EQ(Time::max(), vitals.first_deadline());
 }
 
 TEST(Vitals, KnowWhichProcessWasReadyFirst) {

@@ -1,6 +1,10 @@
 // How a page is left, as the watchdog knows it.
 #include "script/watchdog.h"
 
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+
 #include "zelto/script/script_fixture.h"
 
 namespace test {
@@ -45,6 +49,32 @@ TEST_F(WatchdogTest, KeepsTheFirstReason) {
   EXPECT_TRUE(watchdog.must_unwind());
   EXPECT_EQ(Outcome::stopped, watchdog.ending());
   EXPECT_TRUE(watchdog.leave());
+}
+
+TEST_F(WatchdogTest, ShowsByWhenTheScriptMustHaveEnded) {
+  using std::chrono::hours;
+  using Clock = std::chrono::steady_clock;
+  std::atomic<std::int64_t> shown = 0;
+  const auto deadline = [&] { return Clock::time_point(std::chrono::nanoseconds(shown)); };
+  engine.show_deadline(shown);
+  engine.set_time_limit(hours(1));
+  EXPECT_EQ(0, shown);
+  const auto before = Clock::now();
+  watchdog.enter();
+  const auto after = Clock::now();
+  EXPECT_LE(before + hours(1), deadline());
+  EXPECT_GE(after + hours(1), deadline());
+  const auto first = deadline();
+  watchdog.enter();
+  engine.set_time_limit(hours(2));
+  EXPECT_EQ(first + hours(1), deadline());
+  watchdog.leave();
+  EXPECT_EQ(first + hours(1), deadline());
+  engine.set_time_limit(hours(0));
+  EXPECT_EQ(0, shown) << "it may go on for ever";
+  engine.set_time_limit(hours(1));
+  watchdog.leave();
+  EXPECT_EQ(0, shown);
 }
 
 TEST_F(WatchdogTest, LeavesNoTerminationForTheNextPage) {
