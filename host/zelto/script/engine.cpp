@@ -45,6 +45,8 @@ JSContextGroupRef create_group() {
   std::call_once(once, [] {
     JSConfigureSignalForGC(kEngineSignal);
     jsc_options_set_boolean("usePollingTraps", TRUE);
+    // Nothing ends a loop in such code. Versions of the engine differ in the option's name.
+    for (const char* name : {"useWasm", "useWebAssembly"}) jsc_options_set_boolean(name, FALSE);
   });
   JSContextGroupRef group = JSContextGroupCreate();
   static std::once_flag guarded;

@@ -18,9 +18,10 @@ namespace {
 // always one; this is "no limit".
 constexpr double kUnlimitedSeconds = 1e7;
 
-// How often a script that has limits is looked at. In seconds of its own: the engine counts the time that the
-// processor gives it, while the limit of time is one of the clock on the wall.
+// How often a script that has limits is looked at (processor_clock.cpp), and how soon at the earliest: the engine may
+// abort when it is asked for a look while it ends the one before.
 constexpr double kLookEvery = 0.25;
+constexpr double kLookAgain = 0.02;
 
 // How long a script that ought to end may go on without calling an object. Not nothing: the engine aborts
 // when its watchdog fires in the moment in which the machine is destroyed, and a page that ends itself is
@@ -109,7 +110,7 @@ void Watchdog::start() {
   double seconds = memory_limit_ > 0 ? kLookEvery : kUnlimitedSeconds;
   if (time_limit_.count() > 0) {
     const auto left = time_limit_ - (std::chrono::steady_clock::now() - start_);
-    seconds = std::clamp(std::chrono::duration<double>(left).count(), 0.0, kLookEvery);
+    seconds = std::clamp(std::chrono::duration<double>(left).count(), kLookAgain, kLookEvery);
   }
   arm(seconds);
 }

@@ -95,6 +95,33 @@ TEST_F(RealmLife, StopsARunawayScript) {
   must_run(L"var x = 1");
 }
 
+// Each job of a promise is short: no time-out came, and the worker was lost.
+TEST_F(RealmLife, StopsChainsOfPromises) {
+  engine.set_time_limit(50ms);
+  for (const wchar_t* script :
+       {L"function f() { Promise.resolve().then(f) }\nf()", L"(async () => { for (;;) await null })()",
+        L"function f() { Promise.resolve().then(f) }\nfor (var i = 0; i < 1000; i++) f()",
+        L"function f() { Promise.resolve().then(f); Promise.resolve().then(f) }\nf()",
+        L"var endless = { then(resolve) { resolve(endless) } }; Promise.resolve(endless)",
+        L"(async () => { for (;;) try { await null } catch (e) {} finally { continue } })()",
+        L"(async () => { for (;;) try { await o.Close() } catch (e) {} })()"}) {
+    EXPECT_EQ(Outcome::timed_out, run(script).kind) << narrow(script);
+  }
+  EXPECT_EQ(Outcome::stopped,
+            run(L"(async () => { for (;;) try { await null; Response.End() } catch (e) {} })()").kind);
+  engine.set_time_limit(0ms);
+  must_run(L"var n = 0; (async () => { for (var i = 0; i < 1000; i++) await n++ })()");
+  EXPECT_EQ("1000", text(L"n")) << "and none of their jobs is left for the next page";
+}
+
+TEST_F(RealmLife, StopsPromisesThatTakeTooMuchMemory) {
+  engine.set_memory_limit(std::size_t{64} << 20);
+  EXPECT_EQ(Outcome::out_of_memory, run(L"var a = []; (async () => { for (;;) a.push([await a.length]) })()").kind);
+}
+
+// No limit ends a loop in compiled code that the engine did not make itself.
+TEST_F(RealmLife, OffersNoForeignCode) { EXPECT_EQ("undefined", text(L"typeof WebAssembly")); }
+
 // The process took all memory of the machine, and was ended by it.
 TEST_F(RealmLife, StopsAScriptThatTakesTooMuchMemory) {
   for (const wchar_t* script :
