@@ -97,6 +97,8 @@ class RecordingSink final : public UnusedResponse<ZeltoTypeLibrary::IResponse>,
   HRESULT Close() override { return E_NOTIMPL; }
   HRESULT WriteLine(BSTR) override { return E_NOTIMPL; }
   HRESULT WriteBlankLines(LONG) override { return E_NOTIMPL; }
+  using UnusedRawStream::Read;
+  using UnusedStream::Read;
   HRESULT Read(LONG, BSTR*) override { return E_NOTIMPL; }
   HRESULT ReadLine(BSTR*) override { return E_NOTIMPL; }
   HRESULT ReadAll(BSTR*) override { return E_NOTIMPL; }
