@@ -142,6 +142,22 @@ served('an upload of too many parts is refused before a page runs', async (site)
   assert.equal(bodyOf(await get(site, '/tell.asp')).trim(), 'True');
 });
 
+served('a query string or a form of too many fields is refused in its own words', async (site) => {
+  await writeFile(join(site.folder, 'ask.asp'), '<%= Request.QueryString("a").Count %>');
+  await writeFile(join(site.folder, 'asks.asp'), '<%= Request.Form("a").Count %>');
+  const post = (body) => raw(site, ['POST /asks.asp HTTP/1.1', 'Host: a', 'Content-Type: application/x-www-form-urlencoded',
+    `Content-Length: ${body.length}`, 'Connection: close', '', body].join('\r\n'));
+  assert.equal(bodyOf(await get(site, `/ask.asp?${'a&'.repeat(1000)}`)).trim(), '1000');
+  assert.equal(bodyOf(await post('a&'.repeat(1000))).trim(), '1000');
+  const asked = await get(site, `/ask.asp?${'a&'.repeat(1001)}`);
+  assert.equal(statusOf(asked), 414);
+  assert.match(bodyOf(asked), /414 URI Too Long/);
+  await site.logs(/ask\.asp.*The query string has more than 1000 fields\./);
+  assert.equal(statusOf(await post('a&'.repeat(1001))), 413);
+  await site.logs(/asks\.asp.*The form has more than 1000 fields\./);
+  assert.equal(statusOf(await get(site, `/two.asp?${'a&'.repeat(1001)}`)), 200);
+});
+
 served('a page that writes with a status without a body sends none', async (site) => {
   for (const status of [204, 205, 304]) {
     await writeFile(join(site.folder, `s${status}.asp`), `<% Response.Status = "${status} X"; Response.Write("body"); %>`);

@@ -24,6 +24,7 @@ RequestState::RequestState(HttpRequest request, PagePlace place) : http_(std::mo
 HRESULT RequestState::query(Fields& fields) {
   if (!query_) {
     auto table = parse_form_fields(http_.query, code_page);
+    has_too_long_query_ = !table;
     if (!table) return refuse(L"The query string has more than 1000 fields.");
     query_ = std::make_shared<const FieldTable>(std::move(*table));
   }

@@ -48,6 +48,8 @@ class RequestState {
   bool was_read_as_bytes() const { return use_ == BodyUse::bytes; }
   // The body is larger than its limit, or was asked for as a form and has more fields than one may have.
   bool is_too_large() const { return http_.body_too_large || has_too_many_fields_; }
+  // The query string was asked for and has more fields than one may have.
+  bool has_too_long_query() const { return has_too_long_query_; }
 
   // The next bytes of the body, up to `count`. From then on it can't be read as a form. All of it read at
   // once is handed over as it is, not copied, and is no longer held here.
@@ -69,6 +71,7 @@ class RequestState {
   std::size_t bytes_read_ = 0;
   bool is_spent_ = false;
   bool has_too_many_fields_ = false;
+  bool has_too_long_query_ = false;
 };
 
 }  // namespace zelto

@@ -238,9 +238,10 @@ int PageRun::answer() {
   return status;
 }
 
-// A page that gave up over a body or a session that it cannot have is not to blame.
+// A page that gave up over a body, a query string or a session that it cannot have is not to blame.
 int PageRun::error_status() const {
   if (page_->request.is_too_large()) return status::kContentTooLarge;
+  if (page_->request.has_too_long_query()) return status::kTargetTooLong;
   return session_.was_refused() ? status::kUnavailable : status::kServerError;
 }
 

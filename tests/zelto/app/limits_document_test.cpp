@@ -51,6 +51,7 @@ TEST(LimitsDocument, TellsTheLimitsThatHold) {
       {"body of a request", bytes(http.body_bytes)},
       {"parts of a multipart body", count(http.upload_parts)},
       {"fields of a form", count(zelto::kMaxFormFields)},
+      {"fields of a query string", count(zelto::kMaxFormFields)},
       {"silence within a body", time(http.body_timeout)},
       {"rate of a body, in each such span", rate(http.body_rate)},
       {"extension of a chunk", bytes(http.chunk_extension_bytes)},

@@ -74,6 +74,15 @@ TEST_F(PageRun, BlamesAFormOfTooManyFieldsForTheErrorItCauses) {
   EXPECT_EQ(500, run("<% nonsense(); %>", "").head.status);
 }
 
+TEST_F(PageRun, BlamesAQueryStringOfTooManyFieldsForTheErrorItCauses) {
+  for (int i = 0; i <= 1000; ++i) query += "a&";
+  EXPECT_EQ(414, run("<%= Request.QueryString('a') %>", "").head.status);
+  EXPECT_EQ(414, run("<%= Request('a') %>", "").head.status);
+  EXPECT_EQ(200, run("<% try { Request('a') } catch (e) { Response.Write(e.message) } %>", "").head.status);
+  EXPECT_EQ(200, run("<%= Request.ServerVariables('QUERY_STRING') %>", "").head.status);
+  EXPECT_EQ(500, run("<% nonsense(); %>", "").head.status);
+}
+
 TEST_F(PageRun, WritesOneLineAnErrorWhateverIsInIt) {
   query = "a=%0A1%0D2%1B%5B2J";
   run("<% throw new Error(Request.QueryString('a')); %>", "");
