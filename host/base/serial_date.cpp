@@ -9,7 +9,12 @@ DayAndPart split(double date) {
   return {day, std::abs(date - day)};
 }
 
-double join(DayAndPart when) { return when.day < 0 ? when.day - when.part : when.day + when.part; }
+double join(DayAndPart when) {
+  if (when.day >= 0) return when.day + when.part;
+  const double date = when.day - when.part;
+  // A part that no double of that size can tell from a whole day would name the day before instead of the next one.
+  return date > when.day - 1 ? date : when.day + 1;
+}
 
 DayAndSecond nearest_second(double date) {
   const auto [day, part] = split(date);

@@ -25,6 +25,7 @@ struct DayAndPart {
   double part;
 };
 DayAndPart split(double date);
+// The next day where a double cannot tell the part from a whole one.
 double join(DayAndPart when);
 
 // To the nearest second, which may be the first of the next day. The date must be one.

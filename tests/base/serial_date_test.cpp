@@ -2,6 +2,7 @@
 // The header stands alone when it is included first.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdlib>
 
 namespace {
@@ -13,6 +14,17 @@ TEST(SerialDate, CountsTheTimeOfDayForwardBeforeDayZeroAsWell) {
   for (const double date : {0.0, 0.75, 1.0, 36526.5, -1.0, -1.25, -657434.5}) {
     EXPECT_EQ(date, base::join(base::split(date))) << date;
   }
+}
+
+TEST(SerialDate, IsTheNextDayWhereThePartIsAsGoodAsAWholeOne) {
+  const double nearly = std::nextafter(1.0, 0.0);
+  const struct {
+    double day;
+    double part;
+    double date;
+  } rows[] = {{5, nearly, 6}, {-5, nearly, -4}, {-5, 1, -4}, {-1, 1, 0}, {-657434, nearly, -657433}};
+  for (const auto& row : rows) EXPECT_EQ(row.date, base::join({row.day, row.part})) << row.day;
+  EXPECT_EQ(0, base::from_linear(-1e-20));
 }
 
 TEST(SerialDate, IsLinearOnlyAfterItWasMadeSo) {

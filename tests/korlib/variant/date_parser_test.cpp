@@ -227,6 +227,14 @@ TEST(DateReading, KnowsSummerTimeInYearsFarAhead) {
   }
 }
 
+// 1899-12-25 is five days before day zero.
+TEST(DateReading, CarriesAFractionOfTheLastSecondIntoTheNextDay) {
+  EXPECT_EQ(-4, date_of(L"1899-12-25 23:59:59.99999999999999999999"));
+  EXPECT_EQ(0, date_of(L"1899-12-29 23:59:59.99999999999999999999"));
+  EXPECT_EQ(kDay + 1, date_of(L"2030-07-04 23:59:59.99999999999999999999"));
+  EXPECT_EQ(std::nullopt, date_of(L"9999-12-31 23:59:59.99999999999999999999"));
+}
+
 TEST(DateReading, RefusesMomentsBeyondTheYearsOfADate) {
   const LocalTime zone("XYZ-6");  // six hours ahead
   EXPECT_EQ(2958465 + clock_time(23), date_of(L"9999-12-31T17:00:00Z"));
