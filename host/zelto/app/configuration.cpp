@@ -15,6 +15,10 @@ namespace zelto {
 
 namespace {
 
+struct NoListenAddress : WrongUse {
+  using WrongUse::WrongUse;
+};
+
 bool is_address(const std::string& text) {
   boost::system::error_code error;
   boost::asio::ip::make_address(text, error);
@@ -46,10 +50,18 @@ void read_site(const ConfigurationFile& file, SiteOptions& site) {
   }
 }
 
+void read_listen(const ConfigurationFile& file, ServerOptions& server) {
+  try {
+    set_listen_address(file.text("listen").value_or("127.0.0.1:8080"), server);
+  } catch (const NoListenAddress& error) {
+    file.fail("listen", std::string("names no place to serve: ") + error.what());
+  }
+}
+
 void read_server(const ConfigurationFile& file, ServerOptions& server) {
   constexpr std::int64_t kMostBytes = std::int64_t{1} << 40;
   const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
-  set_listen_address(file.text("listen").value_or("127.0.0.1:8080"), server);
+  read_listen(file, server);
   server.workers = static_cast<unsigned>(file.number("workers", 1, 1024).value_or(std::int64_t{2} * cores));
   server.worker_stack = kPageStack;
   const auto limit = file.number("body_limit", 0, kMostBytes);
@@ -123,11 +135,11 @@ void set_listen_address(const std::string& text, ServerOptions& options) {
   if (address.starts_with('[') && address.ends_with(']')) address = address.substr(1, address.size() - 2);
   const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), options.port);
   if (port.empty() || error != std::errc{} || end != port.data() + port.size()) {
-    throw WrongUse("'" + text + "' is not an ADDRESS:PORT");
+    throw NoListenAddress("'" + text + "' is not an ADDRESS:PORT");
   }
   if (address == "localhost") address = "127.0.0.1";
-  options.address = address.empty() ? "0.0.0.0" : address;
-  if (!is_address(options.address)) throw WrongUse("'" + address + "' is not an address to listen on");
+  options.address = colon == 0 || colon == std::string::npos ? "0.0.0.0" : address;
+  if (!is_address(options.address)) throw NoListenAddress("'" + address + "' is not an address to listen on");
 }
 
 Configuration read_configuration(const ServeCommand& command) {

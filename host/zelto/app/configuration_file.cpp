@@ -8,9 +8,11 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <system_error>
 
 #include "app/command_line.h"
+#include "text/characters.h"
 
 namespace zelto {
 
@@ -55,6 +57,37 @@ const Key* find_key(std::string_view name) {
   return found == kKeys.end() ? nullptr : found;
 }
 
+// Where the comment or string at the front of the text ends, the character `before` being in front of it; 1 for any
+// other character, and for a quote where no string can begin.
+std::size_t past_piece(std::string_view text, char before) {
+  if (text.front() == '#') return std::min(text.find('\n'), text.size());
+  const char quote = text.front();
+  if (quote != '"' && quote != '\'') return 1;
+  if (std::string_view(" \t\r\n=[,.{").find(before) == std::string_view::npos) return 1;
+  const std::string three(3, quote);
+  const bool has_lines = text.starts_with(three);
+  const std::string_view close = has_lines ? std::string_view(three) : std::string_view(three).substr(2);
+  std::size_t at = close.size();
+  while (at < text.size() && !text.substr(at).starts_with(close)) {
+    if (!has_lines && text[at] == '\n') return at;  // it is not closed, which the library tells
+    at += quote == '"' && text[at] == '\\' ? 2 : 1;
+  }
+  at = std::min(at + close.size(), text.size());
+  for (int more = 0; has_lines && more < 2 && at < text.size() && text[at] == quote; ++more) ++at;
+  return at;
+}
+
+// Outside of strings and comments the format has ASCII alone. What the library does with other characters there is
+// not defined, so it is not shown them.
+void check_characters(const std::string& name, std::string_view text) {
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+  for (std::size_t at = 0; at < text.size(); at += past_piece(text.substr(at), at > 0 ? text[at - 1] : '\n')) {
+    if (static_cast<unsigned char>(text[at]) < 0x80) continue;
+    const auto line = 1 + std::ranges::count(text.substr(0, at), '\n');
+    throw WrongUse(fmt::format("{}:{}: a character beyond ASCII stands outside of quotes", name, line));
+  }
+}
+
 toml::table parse(const std::string& name) {
   std::error_code error;
   const auto status = std::filesystem::status(name, error);
@@ -62,10 +95,13 @@ toml::table parse(const std::string& name) {
   if (!error && !std::filesystem::is_regular_file(status)) throw WrongUse(name + " is not a file");
   std::ifstream in(name);
   if (!in) throw WrongUse(name + " cannot be read: " + std::generic_category().message(errno));
+  const std::string text{std::istreambuf_iterator<char>(in), {}};
+  check_characters(name, text);
   try {
-    return toml::parse(in, name);
+    return toml::parse(text, name);
   } catch (const toml::parse_error& problem) {
-    throw WrongUse(fmt::format("{}:{}: {}", name, problem.source().begin.line, std::string(problem.description())));
+    throw WrongUse(
+        plain_line(fmt::format("{}:{}: {}", name, problem.source().begin.line, std::string(problem.description()))));
   }
 }
 
@@ -76,7 +112,7 @@ class ConfigurationFile::Impl {
   explicit Impl(const std::string& file) : name(file), table(parse(file)) {}
 
   [[noreturn]] void fail(std::string_view key, std::string_view what) const {
-    throw WrongUse(fmt::format("{}:{}: {} {}", name, table.get(key)->source().begin.line, key, what));
+    throw WrongUse(plain_line(fmt::format("{}:{}: {} {}", name, table.get(key)->source().begin.line, key, what)));
   }
   [[noreturn]] void fail_type(std::string_view key) const {
     fail(key, fmt::format("has a value of the wrong type; a right one is {}", find_key(key)->value));

@@ -155,6 +155,16 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"debug = true\nworkers = \"3\"", ":2: workers has a value of the wrong type; a right one is 4"},
       {"workers = 3.0", ":1: workers has a value of the wrong type; a right one is 4"},
       {"debug = 1", ":1: debug has a value of the wrong type; a right one is false"},
+      {"listen = \"here\"", ":1: listen names no place to serve: 'here' is not an ADDRESS:PORT"},
+      {"\nlisten = \"1.2.3.4:70000\"", ":2: listen names no place to serve: '1.2.3.4:70000' is not an ADDRESS:PORT"},
+      {"listen = \"example.org:80\"",
+       ":1: listen names no place to serve: 'example.org' is not an address to listen on"},
+      {"listen = \"[]:80\"", ":1: listen names no place to serve: '' is not an address to listen on"},
+      {"\"a\\u001B[2J\\nb\" = 1", ":1: a [2J b is not known; zelto serve --help lists what is"},
+      {"debug = true\nprot\u00E9g = []", ":2: a character beyond ASCII stands outside of quotes"},
+      {"\xEF\xBB\xBF\u00A0"
+       "debug = true",
+       ":1: a character beyond ASCII stands outside of quotes"},
       {"listen = 80", ":1: listen has a value of the wrong type; a right one is \"127.0.0.1:8080\""},
       {"protect = \"a\"", ":1: protect has a value of the wrong type; a right one is [\"drafts/\", \"*.cfg\"]"},
       {"protect = [1]", ":1: protect has a value of the wrong type; a right one is [\"drafts/\", \"*.cfg\"]"},
@@ -184,9 +194,6 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
   };
   for (const Row& row : rows) EXPECT_EQ(command.site + "/zelto.toml" + row.problem, problem(row.text)) << row.text;
   EXPECT_EQ(0u, problem("a = \n").find(command.site + "/zelto.toml:1: "));
-  EXPECT_EQ("'here' is not an ADDRESS:PORT", problem("listen = \"here\""));
-  EXPECT_EQ("'1.2.3.4:70000' is not an ADDRESS:PORT", problem("listen = \"1.2.3.4:70000\""));
-  EXPECT_EQ("'example.org' is not an address to listen on", problem("listen = \"example.org:80\""));
 }
 
 TEST_F(Configuration, SaysThatItsFileCannotBeRead) {
@@ -199,6 +206,15 @@ TEST_F(Configuration, SaysThatItsFileCannotBeRead) {
 }
 
 // Every key that the help lists is one, and its example is right.
+TEST_F(Configuration, TakesAnyCharacterInQuotesAndRemarks) {
+  const auto log = [this](const std::string& text) { return fs::path(read(text).log).filename().string(); };
+  EXPECT_EQ("\u00E9", log("\xEF\xBB\xBF# \u00E9 \"\r\nlog = \"\u00E9\" # \u3042"));
+  EXPECT_EQ("\\\u00E9", log("log = '\\\u00E9'"));
+  EXPECT_EQ("\"\u00E9\"", log("log = \"\\\"\u00E9\\\"\""));
+  EXPECT_EQ("\"\u00E9\"'", log("log = \"\"\"\n\"\u00E9\"'\"\"\""));
+  EXPECT_EQ("\u00E9''", log("log = '''\u00E9'''''"));
+}
+
 TEST_F(Configuration, TakesWhatItsHelpShows) { EXPECT_EQ("none", problem(zelto::ConfigurationFile::help())); }
 
 }  // namespace
