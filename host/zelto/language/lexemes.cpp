@@ -104,10 +104,13 @@ std::size_t past_regular_expression(std::wstring_view text, std::size_t at) {
 }
 
 std::size_t past_word(std::wstring_view text, std::size_t at) {
-  for (++at; at < text.size() && is_word(text[at]); ++at) {
-    if (text[at] == L'\\' && char_at(text, at + 2) == L'{') at = std::min(text.find(L'}', at), text.size() - 1);
+  const std::size_t begin = at;
+  for (; at < text.size() && (at == begin || is_word(text[at])); ++at) {
+    if (text[at] != L'\\' || char_at(text, at + 2) != L'{') continue;
+    at = text.find(L'}', at);
+    if (at == kOpen) return kOpen;
   }
-  return std::min(at, text.size());
+  return at;
 }
 
 std::size_t past_template_part(std::wstring_view text, std::size_t from) {

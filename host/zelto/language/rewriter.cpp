@@ -38,7 +38,13 @@ bool may_be_property(std::wstring_view name) {
 
 class Rewriter {
  public:
-  Rewriter(std::wstring_view text, const std::vector<Token>& tokens) : text_(text), tokens_(tokens), edits_(text) {}
+  Rewriter(std::wstring_view text, const std::vector<Token>& tokens)
+      : text_(text),
+        tokens_(tokens),
+        chain_starts_(tokens.size(), Token::kNone),
+        chain_ends_(tokens.size(), Token::kNone),
+        is_read_(tokens.size()),
+        edits_(text) {}
 
   Rewritten run() {
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
@@ -67,14 +73,17 @@ class Rewriter {
       case Token::punctuator:
         if (is_assignment(i)) read_value(i + 1, L")");
         if (text == L"," && is_call(around_)) read_value(i + 1, L")");
+        if (text == L"?.") last_optional_ = i;
         break;
       case Token::open:
         if (is_call(i) || is_condition(i)) read_value(i + 1, L")");
         if (is_new_error(i)) make_error(i);
         if (is_catch_body(i)) edits_.insert(tokens_[i].end, L" $zelto_caught(" + std::wstring(word(i - 2)) + L");");
         enclosing_.push_back(std::exchange(around_, i));
+        if (is_pattern(i)) ++patterns_;
         break;
       case Token::close:
+        if (is_pattern(around_)) --patterns_;
         around_ = enclosing_.back();
         enclosing_.pop_back();
         break;
@@ -114,6 +123,11 @@ class Rewriter {
   // One past a chain of names, calls and indices that begins at `first`; `first` when there is none.
   std::size_t chain_end(std::size_t first) const {
     if (first >= tokens_.size()) return first;
+    std::size_t& known = chain_ends_[first];
+    if (known == Token::kNone) known = find_chain_end(first);
+    return known;
+  }
+  std::size_t find_chain_end(std::size_t first) const {
     const Token& token = tokens_[first];
     const bool starts =
         token.kind == Token::name || is(first, L"this") || (is(first, L"(") && !token.control && !token.function_part);
@@ -147,19 +161,21 @@ class Rewriter {
     if (!expression_ends(end) && !in_list) return;
     edits_.open_wrapping(tokens_[first].begin, tokens_[end - 1].end, L"$zelto_value(");
     edits_.insert(tokens_[end - 1].end, tail);
-    read_.push_back(end - 1);
+    is_read_[end - 1] = true;
   }
 
   // The first token of the chain that `last` ends.
-  std::size_t chain_start(std::size_t last) const {
+  std::size_t chain_start(std::size_t last) const { return chain_starts_[last] = find_chain_start(last); }
+  std::size_t find_chain_start(std::size_t last) const {
     std::size_t i = last;
     for (;;) {
+      if (chain_starts_[i] != Token::kNone) return chain_starts_[i];
       if (tokens_[i].kind == Token::close) {
         i = tokens_[i].partner;
         const bool indexes = is(i, L"(", L"[") || text_[tokens_[i].begin] == L'`';
         if (!indexes || i == 0 || !tokens_[i - 1].ends_operand || tokens_[i].statement_start) return i;
         --i;
-      } else if (i >= 2 && is(i - 1, L".", L"?.")) {
+      } else if (i >= 2 && is(i - 1, L".", L"?.") && tokens_[i - 2].ends_operand) {
         i -= 2;
       } else if (tokens_[i].kind == Token::literal && text_[tokens_[i].begin] == L'`' && i > 0 &&
                  tokens_[i - 1].ends_operand) {
@@ -174,7 +190,7 @@ class Rewriter {
   bool is_assigned_call(std::size_t i) const {
     if (!is(i, L")") || tokens_[i].kind != Token::close || !is_call(tokens_[i].partner)) return false;
     const std::size_t start = chain_start(tokens_[i].partner - 1);
-    if (tokens_[start].kind == Token::keyword || is(start, L"{") || is(start - 1, L"new")) return false;
+    if (!is_operand(start) || is(start, L"{") || is(start - 1, L"new")) return false;
     if (is_assignment(i + 1) || is_postfix(i + 1)) return true;
     const bool prefixed = is(start - 1, L"++", L"--") && !tokens_[start - 1].ends_operand;
     return prefixed && chain_end(start) == i + 1;
@@ -192,21 +208,22 @@ class Rewriter {
     if (i < 4 || !is(i, L")") || tokens_[i].partner != i - 1 || !is_call(i - 1)) return false;
     if (tokens_[i - 2].kind != Token::name || !is(i - 3, L".") || !may_be_property(word(i - 2))) return false;
     const std::size_t start = chain_start(i - 2);
-    return starts_with_value(start) && !is(start - 1, L"new") && !is_optional(start, i);
+    return starts_with_value(start) && !is(start - 1, L"new") && !is_optional(start);
+  }
+
+  // Whether a chain starts there with a value. The tokens may be no script: a dot may stand behind none.
+  bool is_operand(std::size_t start) const {
+    const Token::Kind kind = tokens_[start].kind;
+    return kind != Token::keyword && kind != Token::punctuator && !is(start - 1, L".", L"?.");
   }
 
   // Whether a chain that starts there starts with what can be handed to a function.
-  bool starts_with_value(std::size_t start) const {
-    return tokens_[start].kind != Token::keyword && !is(start, L"{", L"super");
-  }
+  bool starts_with_value(std::size_t start) const { return is_operand(start) && !is(start, L"{", L"super"); }
 
-  // Whether the chain from `start` to `end` may end early: `a?.b.C()` goes no further where there is no `a`.
-  bool is_optional(std::size_t start, std::size_t end) const {
-    if (is(start - 1, L"?.")) return true;
-    for (std::size_t at = start; at < end; ++at) {
-      if (is(at, L"?.")) return true;
-    }
-    return false;
+  // Whether the chain from `start` to the present token may end early: `a?.b.C()` goes no further where there is no
+  // `a`.
+  bool is_optional(std::size_t start) const {
+    return is(start - 1, L"?.") || (last_optional_ != Token::kNone && last_optional_ >= start);
   }
 
   // `o.Item` that is neither called nor assigned to, as a value anywhere in an expression; `i` is the name.
@@ -216,20 +233,17 @@ class Rewriter {
     if (is_assignment(i + 1) || is_postfix(i + 1)) return false;
     const std::size_t start = chain_start(i);
     if (!starts_with_value(start) || is(start - 1, L"new", L"delete", L"++", L"--")) return false;
-    return !is_optional(start, i) && !is_in_pattern();
+    return !is_optional(start) && patterns_ == 0;
   }
 
-  // Inside of `[…] =` or `{…} =`: what stands there may be assigned to.
-  bool is_in_pattern() const {
-    const auto is_pattern = [this](std::size_t open) {
-      const std::size_t close = open == Token::kNone ? Token::kNone : tokens_[open].partner;
-      return close != Token::kNone && close + 1 < tokens_.size() && !is(open, L"(") && is(close + 1, L"=");
-    };
-    return is_pattern(around_) || std::ranges::any_of(enclosing_, is_pattern);
+  // `[…] =` or `{…} =`: what stands inside may be assigned to.
+  bool is_pattern(std::size_t open) const {
+    const std::size_t close = tokens_[open].partner;
+    return !is(open, L"(") && is(close + 1, L"=");
   }
 
   void read_item(std::size_t i) {
-    if (std::ranges::find(read_, i) != read_.end()) return;
+    if (is_read_[i]) return;
     edits_.open_wrapping(tokens_[chain_start(i)].begin, tokens_[i].end, L"$zelto_value(");
     edits_.insert(tokens_[i].end, L")");
   }
@@ -259,7 +273,8 @@ class Rewriter {
   bool is_new_error(std::size_t open) const {
     if (open < 2 || !is(open, L"(") || !is(open - 1, L"Error") || !is(open - 2, L"new")) return false;
     for (std::size_t i = open + 1; i < tokens_[open].partner; ++i) {
-      if (is(i, L",") && tokens_[i].depth == tokens_[open].depth + 1) return true;
+      if (is(i, L",")) return true;
+      if (tokens_[i].kind == Token::open) i = tokens_[i].partner;
     }
     return false;
   }
@@ -291,9 +306,14 @@ class Rewriter {
 
   std::wstring_view text_;
   const std::vector<Token>& tokens_;
-  std::size_t around_ = Token::kNone;   // the bracket that is open
-  std::vector<std::size_t> enclosing_;  // those around it, outermost first
-  std::vector<std::size_t> read_;       // the last tokens of chains that read_value has wrapped
+  std::size_t around_ = Token::kNone;         // the bracket that is open
+  std::vector<std::size_t> enclosing_;        // those around it, outermost first
+  unsigned patterns_ = 0;                     // of these
+  std::size_t last_optional_ = Token::kNone;  // the "?." that came last
+  // What was found out of chains, so that long ones and those inside each other are walked once.
+  mutable std::vector<std::size_t> chain_starts_;  // kNone where it was not asked for
+  mutable std::vector<std::size_t> chain_ends_;    // likewise
+  std::vector<bool> is_read_;                      // the last tokens of chains that read_value has wrapped
   SourceEdits edits_;
   bool declares_lexical_names_ = false;
 };

@@ -156,6 +156,7 @@ class Tokenizer {
 
   bool identifier() {
     const std::size_t end = past_word(text_, at_);
+    if (end == kOpen) return false;
     const std::wstring_view text = text_.substr(at_, end - at_);
     const bool member = previous_is(L".") || previous_is(L"?.");
     if (!member && is_operand_word(text)) return operand(end);

@@ -15,5 +15,20 @@ TEST(Lexemes, TellWhatCanStandAsANameInSourceText) {
   }
 }
 
+TEST(Lexemes, TakeEscapesIntoAName) {
+  const struct {
+    std::wstring_view text;
+    std::size_t length;
+  } rows[] = {{L"ab.c", 2},
+              {L"#a=", 2},
+              {L"a\\u0062;", 7},
+              {L"\\u{61}b.c", 7},
+              {L"a\\u{62}c\\u{64} ", 14},
+              {L"\\u{61", kOpen},
+              {L"a\\u{\n\u2028", kOpen},
+              {L"a\\", 2}};
+  for (const auto& row : rows) EXPECT_EQ(row.length, past_word(row.text, 0)) << row.length;
+}
+
 }  // namespace
 }  // namespace zelto::language
