@@ -9,6 +9,10 @@ namespace {
 
 constexpr std::size_t kNone = std::wstring::npos;
 
+// A longer message is hardly the engine's, which quotes an expression at most: a page may have put into it what a
+// client sent. Each piece that is unwrapped moves all behind it.
+constexpr std::size_t kLongest = 16384;
+
 // What stands between the parenthesis that ends before `begin` and its partner: its end.
 std::size_t end_of_inside(std::wstring_view text, std::size_t begin) {
   int depth = 1;
@@ -88,7 +92,7 @@ bool unwrap(std::wstring& text, const Wrapping& wrapping) {
 }  // namespace
 
 std::wstring as_written(std::wstring message) {
-  if (message.find(L"$zelto") == kNone) return message;
+  if (message.size() > kLongest || message.find(L"$zelto") == kNone) return message;
   for (const Wrapping& wrapping : kWrappings) {
     while (unwrap(message, wrapping)) continue;
   }

@@ -9,7 +9,7 @@ namespace {
 
 class Scanner {
  public:
-  explicit Scanner(std::wstring_view text) : text_(text) {}
+  explicit Scanner(std::wstring_view text) : text_(text), tags_(text) {}
 
   std::vector<Piece> scan() {
     while (at_ < text_.size()) {
@@ -74,8 +74,8 @@ class Scanner {
     const bool is_script = has_word(text_, at_ + 1, L"script");
     if (!is_script && !has_word(text_, at_ + 1, L"object")) return false;
     const std::size_t open = at_;
-    const std::optional<TagAttributes> tag = read_tag(text_, open + 7);
-    if (!tag || !base::equal_ascii(tag->value_of(L"runat"), L"server")) return false;
+    const std::optional<TagAttributes> tag = tags_.read(open + 7);
+    if (!tag) return false;
     if (!is_script) {
       throw ScanFault{"<object runat=\"server\"> is not known here: use Server.CreateObject.", open};
     }
@@ -127,6 +127,7 @@ class Scanner {
   void resume(std::size_t at) { at_ = literal_ = at; }
 
   std::wstring_view text_;
+  ServerTags tags_;
   std::size_t at_ = 0;
   std::size_t literal_ = 0;  // where the literal text that is being read began
   std::vector<Piece> pieces_;

@@ -101,6 +101,32 @@ std::optional<TagAttributes> read_tag(std::wstring_view text, std::size_t at) {
   return tag;
 }
 
+std::optional<TagAttributes> ServerTags::read(std::size_t at) {
+  known_.resize(text_.size() + 1);
+  const std::size_t begin = at;
+  std::vector<std::size_t> places;
+  bool is_for_server = false;
+  const auto remember = [&](Known known) {
+    for (const std::size_t place : places) known_[place] = known;
+    return std::nullopt;
+  };
+  while (true) {
+    at = skip_blanks(text_, at);
+    if (at >= text_.size() || known_[at] == endless) return remember(endless);
+    if (!is_for_server && known_[at] == of_others) return remember(of_others);
+    places.push_back(at);
+    if (text_[at] == L'>') break;
+    Attribute attribute;
+    if (!read_one(text_, at, attribute)) {
+      ++at;
+    } else if (!is_for_server && base::equal_ascii(attribute.name, L"runat")) {
+      is_for_server = base::equal_ascii(attribute.value, L"server");
+      if (!is_for_server) return remember(of_others);
+    }
+  }
+  return is_for_server ? read_tag(text_, begin) : remember(of_others);
+}
+
 std::optional<std::vector<Attribute>> read_attributes(std::wstring_view text) {
   std::vector<Attribute> all;
   for (std::size_t at = skip_blanks(text, 0); at < text.size(); at = skip_blanks(text, at)) {

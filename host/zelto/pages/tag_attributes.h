@@ -37,6 +37,26 @@ bool is_javascript(std::wstring_view language);
 std::optional<AttributeValue> read_attribute_value(std::wstring_view text, std::size_t at);
 // The attributes of a tag from behind its name. Nothing when the tag has no end.
 std::optional<TagAttributes> read_tag(std::wstring_view text, std::size_t at);
+// Finds the tags of one text that are for the server. Remembers where it was in those that are not, so that a text of
+// nothing but beginnings of tags is not read again for each of them.
+class ServerTags {
+ public:
+  explicit ServerTags(std::wstring_view text) : text_(text) {}
+
+  // As read_tag(), of a tag with runat="server". Nothing for any other, and when the tag has no end.
+  std::optional<TagAttributes> read(std::size_t at);
+
+ private:
+  enum Known : unsigned char {
+    nothing,
+    of_others,  // a tag whose attributes are read from here on, without a "runat" before, is not for the server
+    endless,    // it has no end either
+  };
+
+  std::wstring_view text_;
+  std::vector<Known> known_;  // of the places where attributes begin
+};
+
 // The attributes of a text that holds nothing else. Nothing when it cannot be read as such.
 std::optional<std::vector<Attribute>> read_attributes(std::wstring_view text);
 

@@ -225,6 +225,48 @@ TEST(RewriterScope, SeesNamesThatAreNoPropertiesOfTheGlobalObject) {
   EXPECT_FALSE(rewrite(L"var a; function b() { let c } { const d = 1 } x = class { }").declares_lexical_names);
 }
 
+// These would take minutes if a chain, or what is around an item, were walked again for each of its parts.
+TEST(Rewriter, WalksLongScriptsOnce) {
+  const struct {
+    const wchar_t* begin;
+    const wchar_t* part;
+    const wchar_t* end;
+    const wchar_t* inserted;  // at least once for each part
+    wchar_t close = 0;        // likewise, behind the end
+  } rows[] = {
+      {L"a", L".B()", L"", L"$zelto_call("},
+      {L"a", L"(1)", L" = 2", L""},
+      {L"++a", L"(++b(1))", L"", L"$zelto.at("},
+      {L"x = a", L".b.Item", L".c", L"$zelto_value("},
+      {L"x = 0", L"+ [a.Item", L"", L"$zelto_value(", L']'},
+      {L"", L"rs.Item;", L"", L"$zelto_value("},
+      {L"f(", L"a.Item,", L"b)", L"$zelto_value("},
+      {L"", L"new Error(", L"", L"", L')'},
+      {L"", L"new Error(1, ", L"0", L"$zelto_error(", L')'},
+      {L"", L"((((", L"a", L"", 0},
+      {L"x?.y", L".C()", L"", L""},
+      {L"a", L"`b`", L".C()", L""},
+      {L"a = ", L"b = ", L"c", L""},
+      {L"", L"\"'\" + '\"' + /[/]/ / ", L"1", L""},
+      {L"", L";", L"", L""},
+      {L"", L"a:", L"b", L""},
+      {L"", L"\\u{61} ", L"", L""},
+  };
+  for (const auto& row : rows) {
+    std::wstring text = row.begin;
+    std::size_t parts = 0;
+    for (; text.size() < 500'000; ++parts) text += row.part;
+    text += row.end;
+    if (row.close) text.append(parts, row.close);
+    const std::wstring rewritten = rewrite(text).text;
+    std::size_t found = 0;
+    const std::wstring_view word = row.inserted;
+    for (std::size_t at = 0; !word.empty() && (at = rewritten.find(word, at)) != std::wstring::npos; ++at) ++found;
+    EXPECT_GE(found, word.empty() ? 0 : parts) << narrow(row.part);
+    EXPECT_GE(rewritten.size(), text.size());
+  }
+}
+
 // However a text is cut, the tokenizer ends, and what it answers lies within the text.
 TEST(Tokens, StayWithinTheTextWhereverItEnds) {
   const std::wstring text =

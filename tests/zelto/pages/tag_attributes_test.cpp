@@ -38,6 +38,19 @@ TEST(TagAttributes, NeedsAnEnd) {
   EXPECT_FALSE(read_tag(L"", 0));
 }
 
+TEST(ServerTags, AreReadAsEachIsByItself) {
+  const std::wstring_view text = L" a=1 <b c='<d runat=server>' runat=client e> runat=\"server\" f> runat=server g='";
+  ServerTags tags(text);
+  for (const std::size_t at : {5, 0, 7, 11, 14, 28, 42, 44, 61, 66, 79, 44}) {
+    const auto expected = read_tag(text, at);
+    const bool is_for_server = expected && expected->value_of(L"runat") == L"server";
+    const auto tag = tags.read(at);
+    ASSERT_EQ(is_for_server, tag.has_value()) << at;
+    if (!tag) continue;
+    EXPECT_EQ(expected->end, tag->end) << at;
+  }
+}
+
 TEST(TagAttributes, MatchesWholeWordsInAnyLetterCase) {
   EXPECT_TRUE(has_word(L"xSCRIPT ", 1, L"script"));
   EXPECT_TRUE(has_word(L"script", 0, L"script"));
