@@ -1,10 +1,12 @@
 // What a fuzz target makes of its bytes, and how it says that a rule was broken.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 namespace fuzz {
@@ -21,6 +23,13 @@ inline std::wstring text_from(const std::uint8_t* data, std::size_t size) {
     }
   }
   return text;
+}
+
+// Any double: the first eight bytes, as this machine keeps them.
+inline double double_from(const std::uint8_t* data, std::size_t size) {
+  double value = 0;
+  if (size > 0) std::memcpy(&value, data, std::min(size, sizeof value));
+  return value;
 }
 
 inline void require(bool holds, const char* rule) {
