@@ -57,8 +57,11 @@ const Key* find_key(std::string_view name) {
   return found == kKeys.end() ? nullptr : found;
 }
 
+bool is_beyond_ascii(char c) { return static_cast<unsigned char>(c) >= 0x80; }
+
 // Where the comment or string at the front of the text ends, the character `before` being in front of it; 1 for any
-// other character, and for a quote where no string can begin.
+// other character, and for a quote where no string can begin. A string is left early at a character beyond ASCII that
+// follows a continued line, because the library reads it as it reads those outside of strings.
 std::size_t past_piece(std::string_view text, char before) {
   if (text.front() == '#') return std::min(text.find('\n'), text.size());
   const char quote = text.front();
@@ -70,7 +73,11 @@ std::size_t past_piece(std::string_view text, char before) {
   std::size_t at = close.size();
   while (at < text.size() && !text.substr(at).starts_with(close)) {
     if (!has_lines && text[at] == '\n') return at;  // it is not closed, which the library tells
-    at += quote == '"' && text[at] == '\\' ? 2 : 1;
+    const bool is_escape = quote == '"' && text[at] == '\\';
+    const std::size_t next = std::min(text.find_first_not_of(" \t\r\n", at + 1), text.size());
+    const bool is_continued = is_escape && has_lines && next > at + 1;
+    if (is_continued && next < text.size() && is_beyond_ascii(text[next])) return next;
+    at += is_escape ? 2 : 1;
   }
   at = std::min(at + close.size(), text.size());
   for (int more = 0; has_lines && more < 2 && at < text.size() && text[at] == quote; ++more) ++at;
@@ -82,9 +89,10 @@ std::size_t past_piece(std::string_view text, char before) {
 void check_characters(const std::string& name, std::string_view text) {
   if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
   for (std::size_t at = 0; at < text.size(); at += past_piece(text.substr(at), at > 0 ? text[at - 1] : '\n')) {
-    if (static_cast<unsigned char>(text[at]) < 0x80) continue;
+    if (!is_beyond_ascii(text[at])) continue;
     const auto line = 1 + std::ranges::count(text.substr(0, at), '\n');
-    throw WrongUse(fmt::format("{}:{}: a character beyond ASCII stands outside of quotes", name, line));
+    throw WrongUse(
+        fmt::format("{}:{}: a character beyond ASCII stands outside of quotes or behind a continued line", name, line));
   }
 }
 

@@ -161,10 +161,13 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
        ":1: listen names no place to serve: 'example.org' is not an address to listen on"},
       {"listen = \"[]:80\"", ":1: listen names no place to serve: '' is not an address to listen on"},
       {"\"a\\u001B[2J\\nb\" = 1", ":1: a [2J b is not known; zelto serve --help lists what is"},
-      {"debug = true\nprot\u00E9g = []", ":2: a character beyond ASCII stands outside of quotes"},
+      {"debug = true\nprot\u00E9g = []",
+       ":2: a character beyond ASCII stands outside of quotes or behind a continued line"},
       {"\xEF\xBB\xBF\u00A0"
        "debug = true",
-       ":1: a character beyond ASCII stands outside of quotes"},
+       ":1: a character beyond ASCII stands outside of quotes or behind a continued line"},
+      {"log = \"\"\"a\\ \n\t\u00E9\"\"\"",
+       ":2: a character beyond ASCII stands outside of quotes or behind a continued line"},
       {"listen = 80", ":1: listen has a value of the wrong type; a right one is \"127.0.0.1:8080\""},
       {"protect = \"a\"", ":1: protect has a value of the wrong type; a right one is [\"drafts/\", \"*.cfg\"]"},
       {"protect = [1]", ":1: protect has a value of the wrong type; a right one is [\"drafts/\", \"*.cfg\"]"},
@@ -212,6 +215,7 @@ TEST_F(Configuration, TakesAnyCharacterInQuotesAndRemarks) {
   EXPECT_EQ("\\\u00E9", log("log = '\\\u00E9'"));
   EXPECT_EQ("\"\u00E9\"", log("log = \"\\\"\u00E9\\\"\""));
   EXPECT_EQ("\"\u00E9\"'", log("log = \"\"\"\n\"\u00E9\"'\"\"\""));
+  EXPECT_EQ("ab\\\u00E9", log("log = \"\"\"a\\\n  b\\\\\u00E9\"\"\""));
   EXPECT_EQ("\u00E9''", log("log = '''\u00E9'''''"));
 }
 
