@@ -146,7 +146,7 @@ void check_set(SetCookie cookie, double expires) {
   fuzz::require(zelto::parse_http_date(parts[1].substr(9)) == zelto::moment_of(expires), "as a date that HTTP reads");
 
   ReceivedCookies back;
-  back.add_header("a_=1; " + parts[0] + "; z_=1");
+  back.add_header(parts[0] + "; z=1");
   const ReceivedCookie* received = back.find(cookie.name);
   fuzz::require(received && received->name == cookie.name, "its name comes back");
   if (cookie.keys.empty()) {

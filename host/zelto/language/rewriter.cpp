@@ -207,6 +207,7 @@ class Rewriter {
   bool is_bare_call(std::size_t i) const {
     if (i < 4 || !is(i, L")") || tokens_[i].partner != i - 1 || !is_call(i - 1)) return false;
     if (tokens_[i - 2].kind != Token::name || !is(i - 3, L".") || !may_be_property(word(i - 2))) return false;
+    if (word(i - 2).ends_with(L'\\')) return false;  // would not end the string that it becomes
     const std::size_t start = chain_start(i - 2);
     return starts_with_value(start) && !is(start - 1, L"new") && !is_optional(start);
   }

@@ -50,6 +50,7 @@ constexpr Row kAssignments[] = {
     {L"x => Session('a') = 1", L"x => $zelto.at(Session,'a').v = 1"},
     {L"f`t`(1) = 2", L"$zelto.at(f`t`,1).v = 2"},
     {L"new Foo(1) = 2", nullptr},
+    {L"[.a(1) = 2, .b.C(), / .Item]; o.Count\\()", nullptr},
     {L"if (a == b) c = d", nullptr},
     {L"while (x) = 1", nullptr},
     {L"function f(a, b = g(1)) { return a }", nullptr},
