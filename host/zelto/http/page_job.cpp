@@ -11,7 +11,7 @@ WorkerPool::Submitted PageJob::submit(const std::shared_ptr<void>& owner, std::s
   turn_ = std::move(turn);
   socket_ = socket;
   is_out_ = true;
-  const auto submitted = pool_.submit(std::shared_ptr<Job>(owner, this), turn_);
+  const auto submitted = pool_.submit(std::shared_ptr<Job>(owner, this), turn_, reader_.request().file);
   if (submitted == WorkerPool::Submitted::refused) is_out_ = false;
   return submitted;
 }

@@ -5,38 +5,75 @@
 
 namespace zelto {
 
+namespace {
+
+// Of workers and of places in the queue, the part that long jobs leave to the others.
+constexpr unsigned kLeftPart = 4;
+
+}  // namespace
+
 WorkerPool::WorkerPool(WorkerFactory factory, const WorkerPoolOptions& options)
-    : factory_(std::move(factory)), options_(options) {}
+    : factory_(std::move(factory)), options_(options), times_(options.threads) {}
 
 WorkerPool::~WorkerPool() { stop(); }
 
 void WorkerPool::start() {
   // One after the other: engines initialise process-wide state with the first worker.
   for (unsigned i = 0; i < options_.threads; ++i) {
-    threads_.emplace_back(options_.stack, [this] { run(); });
+    threads_.emplace_back(options_.stack, [this, i] { run(i); });
     std::unique_lock lock(lock_);
     changed_.wait(lock, [&] { return ready_ == i + 1 || failure_; });
     if (failure_) std::rethrow_exception(failure_);
   }
 }
 
-WorkerPool::Submitted WorkerPool::submit(std::shared_ptr<Job> job, const std::string& turn) {
+WorkerPool::Submitted WorkerPool::submit(std::shared_ptr<Job> job, const std::string& turn, const std::string& kind) {
+  const auto now = Clock::now();
   {
     const std::lock_guard lock(lock_);
     if (stopping_) return Submitted::refused;
     if (const auto taken = turn.empty() ? turns_.end() : turns_.find(turn); taken != turns_.end()) {
       if (taken->second.size() >= options_.turn_queue) return Submitted::refused;
-      taken->second.push_back({std::move(job), turn});
+      taken->second.push_back({std::move(job), turn, kind});
       return Submitted::waits_for_turn;
     }
-    if (queue_.size() >= options_.queue) return Submitted::refused;
+    const bool is_long = times_.is_long(kind, now);
+    if (!has_room(is_long)) return Submitted::refused;
     Tasks one;
-    one.push_back({std::move(job), turn});
+    one.push_back({std::move(job), turn, kind});
     if (!turn.empty()) turns_.try_emplace(turn);
-    queue_.splice(queue_.end(), one);
+    queue(one, is_long, now);
   }
   changed_.notify_one();
   return Submitted::queued;
+}
+
+bool WorkerPool::has_room(bool is_long) const {
+  const std::size_t left = is_long ? options_.queue / kLeftPart : 0;
+  return short_.size() + long_.size() < options_.queue && long_.size() < options_.queue - left;
+}
+
+// The first of these tasks. The caller holds the lock.
+void WorkerPool::queue(Tasks& from, bool is_long, Clock::time_point now) {
+  Task& task = from.front();
+  task.is_long = is_long;
+  task.number = queued_++;
+  if (!task.is_long) last_short_ = now;
+  Tasks& to = task.is_long ? long_ : short_;
+  to.splice(to.end(), from, from.begin());
+}
+
+bool WorkerPool::may_begin_long(Clock::time_point now) const {
+  const unsigned left = now - last_short_ < options_.left_for ? std::max(options_.threads / kLeftPart, 1U) : 0;
+  return times_.long_running(now) < std::max(options_.threads - std::min(left, options_.threads), 1U);
+}
+
+// The one whose first task may begin now; null when there is none.
+WorkerPool::Tasks* WorkerPool::first_queue(Clock::time_point now) {
+  if (long_.empty()) return short_.empty() ? nullptr : &short_;
+  const bool is_first = short_.empty() || long_.front().number < short_.front().number;
+  if (is_first && may_begin_long(now)) return &long_;
+  return short_.empty() ? nullptr : &short_;
 }
 
 bool WorkerPool::withdraw(const Job& job, const std::string& turn) {
@@ -61,25 +98,28 @@ void WorkerPool::end_turn(const std::string& turn) {
       turns_.erase(taken);
       return;
     }
-    queue_.splice(queue_.end(), taken->second, taken->second.begin());
+    const auto now = Clock::now();
+    queue(taken->second, times_.is_long(taken->second.front().kind, now), now);
   }
   changed_.notify_one();
 }
 
 void WorkerPool::stop() {
   Tasks dropped;
+  Tasks dropped_long;
   std::unordered_map<std::string, Tasks> dropped_turns;
   {
     const std::lock_guard lock(lock_);
     stopping_ = true;
-    dropped.swap(queue_);
+    dropped.swap(short_);
+    dropped_long.swap(long_);
     dropped_turns.swap(turns_);
   }
   changed_.notify_all();
   threads_.clear();
 }
 
-void WorkerPool::run() {
+void WorkerPool::run(unsigned number) {
   std::unique_ptr<Worker> worker;
   std::exception_ptr failure;
   try {
@@ -96,7 +136,7 @@ void WorkerPool::run() {
   }
   changed_.notify_all();
   while (worker) {
-    const Task task = next();
+    const Task task = next(number);
     if (!task.job) break;
     try {
       task.job->run(*worker);
@@ -107,13 +147,24 @@ void WorkerPool::run() {
   }
 }
 
-WorkerPool::Task WorkerPool::next() {
+// Once the worker has ended the one before.
+WorkerPool::Task WorkerPool::next(unsigned worker) {
   std::unique_lock lock(lock_);
-  changed_.wait(lock, [&] { return stopping_ || !queue_.empty(); });
-  if (queue_.empty()) return {};
-  Task task = std::move(queue_.front());
-  queue_.pop_front();
-  return task;
+  times_.end(worker, Clock::now());
+  for (;;) {
+    const auto now = Clock::now();
+    if (Tasks* first = first_queue(now)) {
+      Task task = std::move(first->front());
+      first->pop_front();
+      times_.begin(worker, task.kind, task.is_long, now);
+      return task;
+    }
+    if (stopping_) return {};
+    if (long_.empty())
+      changed_.wait(lock);
+    else
+      changed_.wait_for(lock, options_.left_for);
+  }
 }
 
 }  // namespace zelto

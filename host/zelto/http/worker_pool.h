@@ -1,8 +1,10 @@
 // The threads that answer requests.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <list>
 #include <memory>
@@ -12,6 +14,7 @@
 #include <vector>
 
 #include "base/thread.h"
+#include "http/hold_times.h"
 #include "http/worker.h"
 
 namespace zelto {
@@ -28,10 +31,16 @@ struct WorkerPoolOptions {
   std::size_t stack = std::size_t{8} << 20;
   std::size_t queue = 256;     // jobs that may wait for a worker
   std::size_t turn_queue = 8;  // jobs that may wait for one turn
+  // For so long after the last short job, long ones leave something to the next.
+  std::chrono::milliseconds left_for{1000};
 };
 
 // Jobs of the same turn run one after the other, in the order in which they came. Those that wait for their turn
 // wait here, and hold no worker.
+//
+// Jobs run in the order in which they came, but those of a long kind leave a worker in four to the others, and a place
+// in four of the queue: a few visitors of a page that takes its time would else have everybody wait for it. While no
+// short job comes they may have all.
 class WorkerPool {
  public:
   WorkerPool(WorkerFactory factory, const WorkerPoolOptions& options);
@@ -42,24 +51,33 @@ class WorkerPool {
   // Starts the threads and waits until each has made its worker. Throws what the factory threw.
   void start();
   // refused: the queue is full, that of the turn is, or the pool has stopped. A job without a turn, an empty one,
-  // waits for nobody.
+  // waits for nobody. `kind` tells which jobs take about the same time; one without is never long.
   enum class Submitted { queued, waits_for_turn, refused };
-  Submitted submit(std::shared_ptr<Job> job, const std::string& turn = {});
+  Submitted submit(std::shared_ptr<Job> job, const std::string& turn = {}, const std::string& kind = {});
   // Takes back a job that waits for its turn; false when there is none such: it has had its turn.
   bool withdraw(const Job& job, const std::string& turn);
   // Drops the jobs that no worker has begun, waits for the others, and joins the threads.
   void stop();
 
  private:
+  using Clock = HoldTimes::Clock;
+
   struct Task {
     std::shared_ptr<Job> job;
     std::string turn;
+    std::string kind;
+    bool is_long = false;
+    std::uint64_t number = 0;  // in the order in which tasks were queued
   };
   using Tasks = std::list<Task>;  // which pass from one to another without taking memory
 
-  void run();
-  Task next();
+  void run(unsigned number);
+  Task next(unsigned worker);
   void end_turn(const std::string& turn);
+  bool has_room(bool is_long) const;
+  void queue(Tasks& from, bool is_long, Clock::time_point now);
+  bool may_begin_long(Clock::time_point now) const;
+  Tasks* first_queue(Clock::time_point now);
 
   const WorkerFactory factory_;
   const WorkerPoolOptions options_;
@@ -67,7 +85,11 @@ class WorkerPool {
 
   std::mutex lock_;  // guards what follows
   std::condition_variable changed_;
-  Tasks queue_;
+  Tasks short_;
+  Tasks long_;
+  std::uint64_t queued_ = 0;
+  HoldTimes times_;
+  Clock::time_point last_short_;
   // Of each turn that has a job queued or running: those that wait for it.
   std::unordered_map<std::string, Tasks> turns_;
   unsigned ready_ = 0;

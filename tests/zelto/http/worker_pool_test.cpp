@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -114,6 +115,50 @@ TEST_F(WorkerPoolTest, DropsWhatWaitsWhenItStops) {
   stopper.join();
   EXPECT_EQ(1, waiting.use_count());
   EXPECT_EQ(0, std::ranges::count(order, "waiting"));
+}
+
+// Jobs of a kind that has never ended are long.
+TEST_F(WorkerPoolTest, HasLongJobsLeaveAWorkerToShortOnes) {
+  WorkerPool fair([] { return std::make_unique<IdleWorker>(); },
+                  {.threads = 2, .queue = 8, .left_for = std::chrono::hours(1)});
+  fair.start();
+  EXPECT_EQ(Submitted::queued, fair.submit(noting("first")));
+  EXPECT_EQ(Submitted::queued, fair.submit(holding(), {}, "long"));
+  gate.wait_for(1);
+  EXPECT_EQ(Submitted::queued, fair.submit(noting("long"), {}, "long"));
+  EXPECT_EQ(Submitted::queued, fair.submit(noting("last")));
+  last.wait_here();  // no worker would be left for it
+  {
+    const std::lock_guard lock(lock_);
+    EXPECT_EQ((std::vector<std::string>{"first", "last"}), order);
+  }
+  EXPECT_EQ(Submitted::queued, fair.submit(job([&] { done.wait_here(); }), {}, "long"));
+  gate.open();
+  done.wait_for(1);  // what was left waiting has its turn
+  done.open();
+  fair.stop();
+  EXPECT_EQ((std::vector<std::string>{"first", "last", "long"}), order);
+}
+
+TEST_F(WorkerPoolTest, GivesLongJobsAllWorkersWhileNoShortOneComes) {
+  WorkerPool fair([] { return std::make_unique<IdleWorker>(); }, {.threads = 2, .queue = 8, .left_for = {}});
+  fair.start();
+  EXPECT_EQ(Submitted::queued, fair.submit(holding(), {}, "long"));
+  EXPECT_EQ(Submitted::queued, fair.submit(holding(), {}, "long"));
+  gate.wait_for(2);
+  gate.open();
+}
+
+TEST_F(WorkerPoolTest, KeepsAPartOfTheQueueForShortJobs) {
+  WorkerPool fair([] { return std::make_unique<IdleWorker>(); }, {.threads = 1, .queue = 4});
+  fair.start();
+  EXPECT_EQ(Submitted::queued, fair.submit(holding()));
+  gate.wait_for(1);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(Submitted::queued, fair.submit(noting("long"), {}, "long"));
+  EXPECT_EQ(Submitted::refused, fair.submit(noting("long"), {}, "long"));
+  EXPECT_EQ(Submitted::queued, fair.submit(noting("short")));
+  EXPECT_EQ(Submitted::refused, fair.submit(noting("short")));
+  gate.open();
 }
 
 }  // namespace

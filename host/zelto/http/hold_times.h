@@ -1,0 +1,42 @@
+// How long the jobs of each kind hold a worker: whether one more of a kind is a long one.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace zelto {
+
+// Without a lock of its own. Jobs without a kind, an empty one, are never long.
+class HoldTimes {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  explicit HoldTimes(unsigned workers) : running_(workers) {}
+
+  // The worker begins a job, or ends the one that it has begun. Where memory has run out, nothing is learnt.
+  void begin(unsigned worker, const std::string& kind, bool is_long, Clock::time_point now) noexcept;
+  void end(unsigned worker, Clock::time_point now) noexcept;
+
+  // What mostly held a worker for long, or does so now; also what has never ended yet.
+  bool is_long(const std::string& kind, Clock::time_point now) const;
+  // Workers that run what was long when it began, or has become so.
+  std::size_t long_running(Clock::time_point now) const;
+
+ private:
+  struct Running {
+    std::string kind;
+    bool is_long = false;
+    bool is_busy = false;
+    Clock::time_point began;
+  };
+
+  void learn(const std::string& kind, Clock::duration taken);
+
+  std::unordered_map<std::string, Clock::duration> averages_;  // of the last few of each kind
+  std::vector<Running> running_;
+};
+
+}  // namespace zelto
