@@ -11,12 +11,12 @@ const { serveUnder } = await import('../serve/site.mjs');
 
 // Runs `body` with a host on a copy of the site, `lines` added to its zelto.toml, started by `command`. The files of
 // the site, its database too, are in the host's `folder` until the end.
-export async function withHost(body, { command = [], lines = [], options = [] } = {}) {
+export async function withHost(body, { command = [], lines = [], options = [], supervised = false } = {}) {
   const folder = await mkdtemp(join(tmpdir(), 'fault-'));
   await cp(fileURLToPath(new URL('site', import.meta.url)), folder, { recursive: true });
   await appendFile(join(folder, 'zelto.toml'), lines.join('\n') + '\n');
-  // Its memory is to be measured, and its end seen: no process in front of it.
-  const host = await serveUnder(command, folder, '--no-supervisor', ...options);
+  // Mostly its memory is to be measured, and its end seen: no process in front of it.
+  const host = await serveUnder(command, folder, ...(supervised ? [] : ['--no-supervisor']), ...options);
   try {
     return await body(host);
   } finally {

@@ -1,0 +1,3 @@
+<%@ EnableSessionState="False" %><%
+Response.Redirect("plain.txt");
+%>

@@ -1,0 +1,3 @@
+<%@ EnableSessionState="False" %><%
+for (;;);
+%>

@@ -1,0 +1,4 @@
+<%@ EnableSessionState="False" %><%
+Response.Write("begins");
+nowhere.to.be.found();
+%>

@@ -1,0 +1,5 @@
+<%
+Session("n") = (Session("n") || 0) + 1;
+Session.Abandon();
+Response.Write("left");
+%>

@@ -1,0 +1,5 @@
+<%@ EnableSessionState="False" %><table>
+<% for (var row = 1; row <= 200; row++) { %>
+<tr><td><%= row %></td><td><%= Server.HTMLEncode("<row " + row + ">") %></td></tr>
+<% } %>
+</table>
