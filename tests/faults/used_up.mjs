@@ -1,8 +1,10 @@
 // Files, memory and disk that are used up.
-import { writeFile } from 'node:fs/promises';
+import { execFileSync } from 'node:child_process';
+import { readFile, writeFile } from 'node:fs/promises';
 import { join } from 'node:path';
 import { ask, get, goodClients, pause, slowClients } from './clients.mjs';
 import { allAnswered, latency, residentMemory, row, withHost } from './host.mjs';
+import { family } from './processes.mjs';
 
 // How often each status came, "20 x 200".
 function counted(answers) {
@@ -18,6 +20,36 @@ async function askTimes(host, times, path) {
 }
 
 const begun = (path, length) => `POST ${path} HTTP/1.1\r\nHost: a\r\nContent-Length: ${length}\r\n\r\n`;
+
+// The server may take so many bytes more than it has now. One that is started again has no limit: it stands for the
+// machine on which memory is free again.
+async function limitMemory(pid, more) {
+  const status = await readFile(`/proc/${pid}/status`, 'utf8');
+  execFileSync('prlimit', ['--pid', String(pid), `--as=${Number(status.match(/^VmSize:\s+(\d+)/m)[1]) * 1024 + more}`]);
+}
+
+// Requests that take all memory: each is refused or fails, or the server dies of them and is there again at once.
+const withoutMemory = (more, requests) => withHost(async (host) => {
+  await askTimes(host, 20, '/default.asp');
+  const [, server] = await family(host.pid);
+  await limitMemory(server, more);
+  const asking = goodClients(host.address, 4, ['/default.asp']);
+  const answers = await Promise.all(requests.map(([path, how]) => ask(host.address, path, how)));
+  await pause(1000);
+  const after = counted(await askTimes(host, 5, '/default.asp'));
+  const told = await asking.stop();
+  const isAnother = (await family(host.pid))[1] !== server;
+  const wrong = answers.filter(({ status }) => status !== 500 && status !== 503 && !(status === 0 && isAnother));
+  const worst = Math.max(told.worst, ...answers.map(({ took }) => took));
+  return [row(`they${isAnother ? ', by whom the server died' : ''}`, counted(answers),
+    'failed or refused', wrong.length === 0),
+  row('good clients meanwhile', told.others || 'all answered', isAnother ? 'broken off once' : 'all answered',
+    !told.others || (isAnother && /^[1-4] x 0$/.test(told.others))),
+  row('slowest answer of all', `${worst.toFixed(0)} ms`, '<= 10 s', worst <= 10000),
+  row('pages after that', after, '5 x 200', after === '5 x 200')];
+}, { supervised: true, lines: ['script_timeout = 20'] });
+
+const taking = (kind) => () => withoutMemory(300 << 20, Array(3).fill([`/takes.asp?kind=${kind}`]));
 
 export const used_up = {
   downloads_3000: () => withHost(async (host) => {
@@ -74,6 +106,13 @@ export const used_up = {
     return [row('bodies without room', counted(answers), '503', sound),
       row('pages after that', counted(after), '5 x 200', counted(after) === '5 x 200')];
   }, { lines: ['buffer_memory = 1000000', 'spool_limit = 1000000'] }),
+
+  memory_objects: taking('objects'),
+  memory_text: taking('text'),
+  memory_dictionary: taking('dictionary'),
+  memory_stream: taking('stream'),
+  memory_bodies: () => withoutMemory(48 << 20,
+    Array(8).fill(['/size.asp', { method: 'POST', body: Buffer.alloc(15 << 20, 'x') }])),
 
   full_log: () => withHost(async (host) => {
     const answers = await askTimes(host, 20, '/default.asp');
