@@ -3,6 +3,7 @@
 // Each fault starts a host of its own, does to it what its name says while good clients go on asking, and tells what was
 // measured beside what it must be. The exit code is 1 when one does not hold. A number is for the fault before it; what
 // takes many minutes runs only when it is named: soak [REQUESTS].
+import { clocks } from './clock.mjs';
 import { slow } from './slow.mjs';
 import { soaks } from './soak.mjs';
 import { used_up } from './used_up.mjs';
@@ -14,7 +15,7 @@ for (const word of process.argv.slice(2)) {
   if (/^\d+$/.test(word) && last) wanted.set(last, Number(word));
   else wanted.set(word, undefined);
 }
-const usual = { ...slow, ...used_up, ...writes };
+const usual = { ...slow, ...used_up, ...writes, ...clocks };
 const faults = { ...usual, ...soaks };
 const unknown = [...wanted.keys()].filter((name) => !faults[name]);
 if (unknown.length) {
