@@ -67,8 +67,11 @@ export const used_up = {
     await pause(2000);
     const answers = await askTimes(host, 20, '/default.asp');
     readers.stop();
+    await pause(1000);
+    const after = counted(await askTimes(host, 20, '/default.asp'));
     const wrong = answers.filter(({ status }) => status !== 200 && status !== 503);
-    return [row('a page with 100 files for 300 clients', counted(answers), '200 or 503', wrong.length === 0)];
+    return [row('a page with 100 files for 300 clients', counted(answers), '200 or 503', wrong.length === 0),
+      row('once they have gone', after, '20 x 200', after === '20 x 200')];
   }, { command: ['prlimit', '--nofile=100'] }),
 
   bodies_for_nothing: () => withHost(async (host) => {
@@ -106,6 +109,22 @@ export const used_up = {
     return [row('bodies without room', counted(answers), '503', sound),
       row('pages after that', counted(after), '5 x 200', counted(after) === '5 x 200')];
   }, { lines: ['buffer_memory = 1000000', 'spool_limit = 1000000'] }),
+
+  // A file may have 1 MB, as on a disk that is then full.
+  full_spool: () => withHost(async (host) => {
+    const readers = slowClients(host.address, 4, get('/large.asp'), 1000);
+    const answers = await Promise.all(Array.from({ length: 4 }, () =>
+      ask(host.address, '/size.asp', { method: 'POST', body: Buffer.alloc(4 << 20, 'x') })));
+    readers.stop();
+    const whole = await ask(host.address, '/large.asp');
+    const after = counted(await askTimes(host, 5, '/default.asp'));
+    const sound = answers.every(({ status }) => status === 503 || status === 0);
+    const told = host.log.filter((line) => /^zelto: .*File too large/.test(line)).length;
+    return [row('bodies without room on the disk', counted(answers), '503', sound),
+      row('a large answer for one who takes it', whole.text.trim().length, '20000000', whole.text.trim().length === 20000000),
+      row('pages after that', after, '5 x 200', after === '5 x 200'),
+      row('lines of the log about it', told, 'some', told > 0)];
+  }, { command: ['prlimit', '--fsize=1000000'], lines: ['buffer_memory = 1000000'] }),
 
   memory_objects: taking('objects'),
   memory_text: taking('text'),
