@@ -32,7 +32,7 @@ export async function residentMemory(pid) {
 }
 
 export const row = (what, is, must, holds) => ({ what, is, must, holds });
-export const latency = ({ worst }) =>
-  row('worst latency of a good client', `${worst.toFixed(0)} ms`, '<= 250 ms', worst <= 250);
+export const latency = ({ worst, late }) =>
+  row(`worst latency of a good client (late by ${late.toFixed(0)})`, `${worst.toFixed(0)} ms`, '<= 250 ms', worst <= 250);
 export const allAnswered = ({ answered, others }) =>
   row('good clients answered with 200', others || answered, 'all', answered > 0 && !others);

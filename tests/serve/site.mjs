@@ -26,7 +26,8 @@ export async function serveUnder(command, example, ...options) {
   // A test that is ended takes its host along.
   const end = () => program.kill('SIGKILL');
   process.once('exit', end);
-  process.once('SIGTERM', () => process.exit(1));
+  const leave = () => process.exit(1);
+  process.once('SIGTERM', leave);
   const log = [];
   // Gathers the stream's lines; what waits for one that matches, among those gathered as well.
   const gather = (stream, lines) => {
@@ -50,6 +51,7 @@ export async function serveUnder(command, example, ...options) {
     program.kill(by);
     const [code, signal] = await exited;
     process.off('exit', end);
+    process.off('SIGTERM', leave);
     await rm(folder, { recursive: true });
     return signal ?? code;
   };
