@@ -82,6 +82,7 @@ async function setWhileServing(host, clock, seconds, name) {
   const [server] = (await family(host.pid)).slice(1);
   const [, cookie] = await visit(host);
   const first = await draws(host, clock, `before ${name}`);
+  const kept = [await ask(host.address, `/write.asp?n=${seconds}`)];
   const asking = goodClients(host.address, 4, ['/default.asp', '/drawn.asp']);
   const endless = timed(within(ask(host.address, '/endless.asp'), 20000));
   const silent = timed(within(status(host.address, 'GET / HTTP/1.1\r\nHos'), 20000));
@@ -94,6 +95,7 @@ async function setWhileServing(host, clock, seconds, name) {
     cookie: wrongBy(clock, Date.parse(told.headers.get('set-cookie').match(/expires=([^;]*)/i)[1]), 3600),
   };
   const [second] = await visit(host, cookie);
+  kept.push(await ask(host.address, `/write.asp?n=${seconds + 1}`));
   const drawn = [first, await draws(host, clock, `after ${name}`)];
   wrong.log = wrongBy(clock, await nextLog(host));
   const [page, pageTook] = await endless;
@@ -102,12 +104,14 @@ async function setWhileServing(host, clock, seconds, name) {
   const [third] = await visit(host, cookie);
   const good = await asking.stop();
   const same = (await family(host.pid))[1] === server;
+  const statuses = kept.map(({ status: is }) => is).join(', ');
   const drawnRight = `before ${name}, after ${name}`;
   return [allAnswered(good), latency(good),
     row(`${name}: the Date of an answer is wrong by`, wrong.date || 'nothing', 'nothing', !wrong.date),
     row(`${name}: the end of a cookie by`, wrong.cookie || 'nothing', 'nothing', !wrong.cookie),
     row(`${name}: the first line of a new log by`, wrong.log || 'nothing', 'nothing', !wrong.log),
     row(`${name}: a session's visits, 20 s apart`, `${second}, ${third}`, '2, 3', second === '2' && third === '3'),
+    row(`${name}: writes to a database`, statuses, '200, 200', statuses === '200, 200'),
     row(`${name}: a template, changed`, drawn.join(', '), drawnRight, drawn.join(', ') === drawnRight),
     row(`${name}: a page with 2 s ends`, `${page.status} in ${pageTook.toFixed(1)} s`, '500, <= 4 s',
       page.status === 500 && pageTook <= 4),
