@@ -131,7 +131,8 @@ async function diesAndReturns(host) {
       await pause(20);
     }
   })(), 20000));
-  return row('a server that is killed is back', `${answer} in ${took.toFixed(1)} s`, '200, <= 2 s', answer === 200 && took <= 2);
+  return row('a server that is killed is back', `${answer} in ${took.toFixed(1)} s`, '200, <= 2 s',
+    answer === 200 && took <= 2);
 }
 
 export const clocks = {

@@ -22,7 +22,8 @@ export async function holdings(pids) {
       const file = `/proc/${pid}/fd/${number}`;
       const name = await readlink(file).catch(() => '');
       if (name) held.files++;
-      if (name.startsWith('/') && name.endsWith(' (deleted)')) held.spooled += (await stat(file).catch(() => ({ size: 0 }))).size;
+      if (!name.startsWith('/') || !name.endsWith(' (deleted)')) continue;
+      held.spooled += (await stat(file).catch(() => ({ size: 0 }))).size;
     }
   }
   return held;

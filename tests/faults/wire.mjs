@@ -3,6 +3,7 @@ import { connect } from 'node:net';
 
 const endOfHead = Buffer.from('\r\n\r\n');
 const none = Buffer.alloc(0);
+const nothing = { status: 0, head: '', text: '' };
 
 export class Wire {
   constructor(address) {
@@ -14,14 +15,14 @@ export class Wire {
     this.socket = connect({ host: hostname, port, noDelay: true });
     this.socket.on('data', (bytes) => this.take(bytes));
     this.socket.on('error', () => {});
-    this.socket.on('close', () => this.waiting.splice(0).forEach(({ resolve }) => resolve({ status: 0, head: '', text: '' })));
+    this.socket.on('close', () => this.waiting.splice(0).forEach(({ resolve }) => resolve(nothing)));
   }
 
   // The answer's status, 0 when none came, its head, and its text where that is `wanted`.
   ask(bytes, { wanted = false } = {}) {
     this.asked++;
     return new Promise((resolve) => {
-      if (this.socket.destroyed) return resolve({ status: 0, head: '', text: '' });
+      if (this.socket.destroyed) return resolve(nothing);
       this.waiting.push({ resolve, wanted, bodiless: bytes.subarray(0, 5).toString() === 'HEAD ' });
       this.socket.write(bytes);
     });
