@@ -16,7 +16,7 @@ const request = (path, { method = 'GET', headers = '', body } = {}) => Buffer.co
     (body ? `Content-Length: ${body.length}\r\n\r\n` : '\r\n')), ...(body ? [body] : [])]);
 
 const part = 'Content-Type: multipart/form-data; boundary=cut\r\n';
-function upload(size) {
+export function upload(size) {
   const head = '--cut\r\nContent-Disposition: form-data; name="file"; filename="a.bin"\r\n' +
     'Content-Type: application/octet-stream\r\n\r\n';
   return request('/upload.asp', { method: 'POST', headers: part,

@@ -4,17 +4,18 @@ import { loadavg } from 'node:os';
 import { join } from 'node:path';
 import { pause } from './clients.mjs';
 import { row, withHost } from './host.mjs';
-import { Client } from './mix.mjs';
+import { Client, upload } from './mix.mjs';
 import { family, holdings, proportionalMemory } from './processes.mjs';
+import { Wire } from './wire.mjs';
 
 const clients = 48;
-const samples = 200;
+const collectors = 12;  // for four workers
+const samples = 40;
 
 const median = (values) => [...values].sort((a, b) => a - b)[values.length >> 1];
 
-// Between the two spans of a million lie 650,000 requests: one that kept 10 bytes would show as 6 MiB, 5 % of what the
-// host needs. A single sample is off by up to 10 %, which is garbage of the script engine; the medians of 40 and 60 are
-// off by 1 to 2 %.
+// Between the two spans of a million lie 650,000 requests: one that kept 8 bytes would show as 5 MiB, 5 % of what the
+// host needs.
 const mostGrown = 5;
 // Of fewer requests it is told, and not judged: the two spans are seconds apart.
 const fewest = 100000;
@@ -30,16 +31,27 @@ async function settled(pids, before) {
   return held;
 }
 
+// All clients rest while a sample is taken.
 async function drive(address, counts, total, onSample) {
   const all = Array.from({ length: clients }, (_, seed) => new Client(address, seed, counts));
-  let next = 1;
-  await Promise.all(all.map(async (client) => {
-    while (counts.made < total) {
-      await client.go();
-      while (next <= samples && counts.made >= (total * next) / samples) await onSample(next++);
-    }
-  }));
+  for (let next = 1; next <= samples; next++) {
+    await Promise.all(all.map(async (client) => {
+      while (counts.made < (total * next) / samples) await client.go();
+    }));
+    await onSample(next);
+  }
   all.forEach((client) => client.close());
+}
+
+// What is left once garbage has gone: by itself the script engine's heaps hold 15 MiB of it or none. A worker collects it
+// behind a large upload. Long pages may have every worker a second after the last short one.
+async function restingMemory(address, pids) {
+  await pause(1500);
+  const all = Array.from({ length: collectors }, () => new Wire(address));
+  for (let round = 0; round < 3; round++) await Promise.all(all.map((wire) => wire.ask(upload(2 << 20))));
+  all.forEach((wire) => wire.close());
+  await pause(500);
+  return proportionalMemory(pids);
 }
 
 const settings = {
@@ -72,7 +84,7 @@ async function soak(host, total) {
   const errors = [];
   const began = performance.now();
   await drive(host.address, counts, total, async (number) => {
-    memory[number] = await proportionalMemory(pids);
+    memory[number] = await restingMemory(host.address, pids);
     if (number % (samples / 10) > 0) return;
     console.log(`      soak  ${String((number * 100) / samples).padStart(3)} %  ${memory[number].toFixed(1)} MiB  ` +
       `${((performance.now() - began) / 1000).toFixed(0)} s  load ${loadavg()[0].toFixed(1)}`);
