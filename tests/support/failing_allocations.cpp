@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -10,11 +11,24 @@
 
 namespace {
 
-int allocations_left = -1;  // negative: nothing fails
+std::atomic<int> allocations_left = 0;  // to the first that fails
+std::atomic<int> failures_left = 0;
+std::atomic<bool> has_failed_once = false;
+std::atomic<bool> is_armed_for_all = false;
+thread_local bool is_armed = false;
+std::atomic<long> live = 0;
+
+bool take_one(std::atomic<int>& count) {
+  int left = count.load();
+  while (left > 0 && !count.compare_exchange_weak(left, left - 1)) continue;
+  return left > 0;
+}
 
 bool runs_out() {
-  if (allocations_left < 0) return false;
-  return allocations_left-- == 0;
+  if (!is_armed && !is_armed_for_all.load(std::memory_order_relaxed)) return false;
+  if (take_one(allocations_left) || !take_one(failures_left)) return false;
+  has_failed_once = true;
+  return true;
 }
 
 template <class Function>
@@ -22,13 +36,37 @@ Function* host_function(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+void* allocate(std::size_t bytes) {
+  void* const block = runs_out() ? nullptr : std::malloc(bytes ? bytes : 1);
+  if (block) live.fetch_add(1, std::memory_order_relaxed);
+  return block;
+}
+
+void release(void* block) {
+  if (block) live.fetch_sub(1, std::memory_order_relaxed);
+  std::free(block);
+}
+
 }  // namespace
 
 namespace test {
 
-FailingAllocation::FailingAllocation(int n) { allocations_left = n; }
-FailingAllocation::~FailingAllocation() { allocations_left = -1; }
-bool FailingAllocation::has_failed() const { return allocations_left < 0; }
+FailingAllocation::FailingAllocation(int n, int times, On threads) {
+  allocations_left = n;
+  failures_left = times;
+  has_failed_once = false;
+  (threads == On::any_thread ? is_armed_for_all = true : is_armed = true);
+}
+
+FailingAllocation::~FailingAllocation() { is_armed = is_armed_for_all = false; }
+
+bool FailingAllocation::has_failed() const { return has_failed_once; }
+
+void* fallible_malloc(std::size_t bytes) { return runs_out() ? nullptr : std::malloc(bytes); }
+
+void* fallible_realloc(void* block, std::size_t bytes) { return runs_out() ? nullptr : std::realloc(block, bytes); }
+
+long live_allocations() { return live; }
 
 }  // namespace test
 
@@ -47,21 +85,51 @@ extern "C" KORLIB_API BSTR SysAllocStringByteLen(const char* bytes, UINT length)
   return runs_out() ? nullptr : real(bytes, length);
 }
 
+extern "C" KORLIB_API BOOL SysReAllocString(BSTR* target, const OLECHAR* text) {
+  static auto* const real = host_function<BOOL(BSTR*, const OLECHAR*)>("SysReAllocString");
+  return runs_out() ? FALSE : real(target, text);
+}
+
+extern "C" KORLIB_API BOOL SysReAllocStringLen(BSTR* target, const OLECHAR* text, UINT length) {
+  static auto* const real = host_function<BOOL(BSTR*, const OLECHAR*, UINT)>("SysReAllocStringLen");
+  return runs_out() ? FALSE : real(target, text, length);
+}
+
+extern "C" KORLIB_API SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dims, const SAFEARRAYBOUND* bounds) {
+  static auto* const real = host_function<SAFEARRAY*(VARTYPE, UINT, const SAFEARRAYBOUND*)>("SafeArrayCreate");
+  return runs_out() ? nullptr : real(type, dims, bounds);
+}
+
 extern "C" KORLIB_API SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower_bound, ULONG elements) {
   static auto* const real = host_function<SAFEARRAY*(VARTYPE, LONG, ULONG)>("SafeArrayCreateVector");
   return runs_out() ? nullptr : real(type, lower_bound, elements);
 }
 
+// A sanitizer has these to itself.
+#ifndef KOR_SANITIZED
+extern "C" KORLIB_API void* realloc(void* block, std::size_t bytes) noexcept {
+  static auto* const real = host_function<void*(void*, std::size_t)>("realloc");
+  return runs_out() ? nullptr : real(block, bytes);
+}
+
+extern "C" KORLIB_API void* aligned_alloc(std::size_t alignment, std::size_t bytes) noexcept {
+  static auto* const real = host_function<void*(std::size_t, std::size_t)>("aligned_alloc");
+  return runs_out() ? nullptr : real(alignment, bytes);
+}
+#endif
+
 // Not inlined: the compiler would see malloc paired with delete, and object.
 [[gnu::noinline]] void* operator new(std::size_t bytes) {
-  void* block = runs_out() ? nullptr : std::malloc(bytes ? bytes : 1);
+  void* block = allocate(bytes);
   if (!block) throw std::bad_alloc();
   return block;
 }
 
-[[gnu::noinline]] void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-  return runs_out() ? nullptr : std::malloc(bytes ? bytes : 1);
-}
+[[gnu::noinline]] void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return allocate(bytes); }
+[[gnu::noinline]] void* operator new[](std::size_t bytes) { return operator new(bytes); }
+[[gnu::noinline]] void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept { return allocate(bytes); }
 
-[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block) noexcept { release(block); }
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { release(block); }
+[[gnu::noinline]] void operator delete[](void* block) noexcept { release(block); }
+[[gnu::noinline]] void operator delete[](void* block, std::size_t) noexcept { release(block); }
