@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <new>
+#include <string_view>
 
 #include <korlib/safearray.h>
 #include <korlib/types.h>
@@ -14,7 +15,8 @@ namespace {
 std::atomic<int> allocations_left = 0;  // to the first that fails
 std::atomic<int> failures_left = 0;
 std::atomic<bool> has_failed_once = false;
-std::atomic<bool> is_armed_for_all = false;
+std::atomic<bool> is_armed_elsewhere = false;
+thread_local bool has_armed_elsewhere = false;
 thread_local bool is_armed = false;
 std::atomic<long> live = 0;
 
@@ -24,8 +26,19 @@ bool take_one(std::atomic<int>& count) {
   return left > 0;
 }
 
-bool runs_out() {
-  if (!is_armed && !is_armed_for_all.load(std::memory_order_relaxed)) return false;
+// The script engine and what it stands on end the program where they get no memory.
+bool belongs_to_engine(const void* code) {
+  Dl_info module{};
+  if (!dladdr(code, &module) || !module.dli_fname) return false;
+  const std::string_view name = module.dli_fname;
+  return name.find("libjavascriptcoregtk") != name.npos || name.find("libglib-") != name.npos ||
+         name.find("libgobject-") != name.npos;
+}
+
+// `caller` is the place in the program that asks.
+bool runs_out(const void* caller = nullptr) {
+  if (!is_armed && (has_armed_elsewhere || !is_armed_elsewhere)) return false;
+  if (caller && belongs_to_engine(caller)) return false;
   if (take_one(allocations_left) || !take_one(failures_left)) return false;
   has_failed_once = true;
   return true;
@@ -36,8 +49,8 @@ Function* host_function(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-void* allocate(std::size_t bytes) {
-  void* const block = runs_out() ? nullptr : std::malloc(bytes ? bytes : 1);
+void* allocate(std::size_t bytes, const void* caller) {
+  void* const block = runs_out(caller) ? nullptr : std::malloc(bytes ? bytes : 1);
   if (block) live.fetch_add(1, std::memory_order_relaxed);
   return block;
 }
@@ -55,10 +68,12 @@ FailingAllocation::FailingAllocation(int n, int times, On threads) {
   allocations_left = n;
   failures_left = times;
   has_failed_once = false;
-  (threads == On::any_thread ? is_armed_for_all = true : is_armed = true);
+  is_armed = threads == On::this_thread;
+  has_armed_elsewhere = threads == On::other_threads;
+  is_armed_elsewhere = has_armed_elsewhere;
 }
 
-FailingAllocation::~FailingAllocation() { is_armed = is_armed_for_all = false; }
+FailingAllocation::~FailingAllocation() { is_armed = has_armed_elsewhere = is_armed_elsewhere = false; }
 
 bool FailingAllocation::has_failed() const { return has_failed_once; }
 
@@ -109,25 +124,33 @@ extern "C" KORLIB_API SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower_
 #ifndef KOR_SANITIZED
 extern "C" KORLIB_API void* realloc(void* block, std::size_t bytes) noexcept {
   static auto* const real = host_function<void*(void*, std::size_t)>("realloc");
-  return runs_out() ? nullptr : real(block, bytes);
+  return runs_out(__builtin_return_address(0)) ? nullptr : real(block, bytes);
 }
 
 extern "C" KORLIB_API void* aligned_alloc(std::size_t alignment, std::size_t bytes) noexcept {
   static auto* const real = host_function<void*(std::size_t, std::size_t)>("aligned_alloc");
-  return runs_out() ? nullptr : real(alignment, bytes);
+  return runs_out(__builtin_return_address(0)) ? nullptr : real(alignment, bytes);
 }
 #endif
 
 // Not inlined: the compiler would see malloc paired with delete, and object.
 [[gnu::noinline]] void* operator new(std::size_t bytes) {
-  void* block = allocate(bytes);
+  void* block = allocate(bytes, __builtin_return_address(0));
   if (!block) throw std::bad_alloc();
   return block;
 }
 
-[[gnu::noinline]] void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return allocate(bytes); }
-[[gnu::noinline]] void* operator new[](std::size_t bytes) { return operator new(bytes); }
-[[gnu::noinline]] void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept { return allocate(bytes); }
+[[gnu::noinline]] void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  return allocate(bytes, __builtin_return_address(0));
+}
+[[gnu::noinline]] void* operator new[](std::size_t bytes) {
+  void* block = allocate(bytes, __builtin_return_address(0));
+  if (!block) throw std::bad_alloc();
+  return block;
+}
+[[gnu::noinline]] void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+  return allocate(bytes, __builtin_return_address(0));
+}
 
 [[gnu::noinline]] void operator delete(void* block) noexcept { release(block); }
 [[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { release(block); }

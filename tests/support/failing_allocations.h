@@ -19,11 +19,11 @@
 namespace test {
 
 // While one lives, the allocation behind `n` others fails, and `times - 1` behind it: of the thread that made it, or of
-// any. Those of `operator new`, of the runtime's strings and arrays, and, in builds without sanitizers, of realloc and
-// aligned_alloc.
+// all others. Those of `operator new`, of the runtime's strings and arrays, and, in builds without sanitizers, of
+// realloc and aligned_alloc.
 class FailingAllocation {
  public:
-  enum class On { this_thread, any_thread };
+  enum class On { this_thread, other_threads };
   static constexpr int kAll = std::numeric_limits<int>::max();
 
   explicit FailingAllocation(int n, int times = 1, On threads = On::this_thread);

@@ -77,11 +77,15 @@ SAFEARRAY* SafeArrayCreateVector(VARTYPE vt, LONG lower, ULONG elements) {
 SAFEARRAY* korlib_host::adopt_bytes(void* data, std::size_t size) noexcept {
   if (size > static_cast<std::size_t>(std::numeric_limits<LONG>::max())) return nullptr;
   SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, 0);
-  if (!array || !data) return array;
-  std::free(array->pvData);
-  array->pvData = data;
-  array->rgsabound[0].cElements = static_cast<ULONG>(size);
+  if (array) adopt_bytes(*array, data, size);
   return array;
+}
+
+void korlib_host::adopt_bytes(SAFEARRAY& empty, void* data, std::size_t size) noexcept {
+  if (!data) return;
+  std::free(empty.pvData);
+  empty.pvData = data;
+  empty.rgsabound[0].cElements = static_cast<ULONG>(size);
 }
 
 HRESULT SafeArrayDestroy(SAFEARRAY* array) {

@@ -7,8 +7,12 @@ namespace korlib {
 
 bool ByteStore::grow(std::size_t bytes) {
   if (bytes > kMaxSize - position_) return false;
-  bytes_.grow(std::max({position_ + bytes, std::min(bytes_.capacity() * 2, kMaxSize), std::size_t{256}}));
+  grow_to(position_ + bytes);
   return true;
+}
+
+void ByteStore::grow_to(std::size_t size) {
+  bytes_.grow(std::max({size, std::min(bytes_.capacity() * 2, kMaxSize), std::size_t{256}}));
 }
 
 void ByteStore::copy_in(std::string_view bytes) {
@@ -22,11 +26,7 @@ bool ByteStore::move_to(std::size_t position) {
   const std::size_t end = bytes_.size();
   if (position > end) {
     if (position > kMaxSize) return false;
-    const std::size_t before = std::exchange(position_, end);
-    if (position > bytes_.capacity() && !grow(position - end)) {
-      position_ = before;
-      return false;
-    }
+    if (position > bytes_.capacity()) grow_to(position);
     std::memset(bytes_.data() + end, 0, position - end);
     bytes_.set_size(position);
   }

@@ -45,6 +45,18 @@ class ByteStore {
   }
   void commit(std::size_t bytes) { bytes_.set_size(position_ += bytes); }
 
+  // Where a sequence of writes or reads began, for going back there when it cannot be ended. Bytes that were
+  // overwritten stay so; what was added goes.
+  struct Place {
+    std::size_t position;
+    std::size_t size;
+  };
+  Place place() const { return {position_, size()}; }
+  void go_back(const Place& place) {
+    position_ = place.position;
+    bytes_.set_size(place.size);
+  }
+
   void cut_here() { bytes_.set_size(position_); }
   void clear() { *this = {}; }
   // Takes contents over, and rewinds.
@@ -52,6 +64,7 @@ class ByteStore {
 
  private:
   bool grow(std::size_t bytes);
+  void grow_to(std::size_t size);
   void copy_in(std::string_view bytes);
 
   base::GrowingBuffer bytes_;

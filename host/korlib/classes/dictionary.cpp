@@ -1,5 +1,6 @@
 #include "classes/dictionary.h"
 
+#include <new>
 #include <optional>
 #include <string>
 
@@ -153,7 +154,11 @@ std::vector<CComVariant> Dictionary::snapshot(Part part) {
   const std::lock_guard guard(lock_);
   std::vector<CComVariant> values;
   values.reserve(table_.size());
-  for (const Entry& entry : table_) values.push_back(part == Part::key ? entry.key.value() : entry.value);
+  for (const Entry& entry : table_) {
+    const VARIANT& value = part == Part::key ? entry.key.value() : entry.value;
+    const HRESULT hr = VariantCopy(&values.emplace_back(), &value);
+    if (FAILED(hr)) throw std::bad_alloc();  // a value that is held can be copied
+  }
   return values;
 }
 
@@ -210,11 +215,28 @@ STDMETHODIMP Dictionary::Remove(VARIANT key) {
 
 STDMETHODIMP Dictionary::RemoveAll() {
   return guarded(kSource, [&] {
-    Table gone;
+    // All at once, or one by one where there is no memory for a table to put them into.
+    std::optional<Table> gone;
+    try {
+      gone.emplace();
+    } catch (const std::bad_alloc&) {
+      return remove_each();
+    }
     const std::lock_guard guard(lock_);
-    std::swap(gone, table_);
+    std::swap(*gone, table_);
     return S_OK;
   });
+}
+
+HRESULT Dictionary::remove_each() {
+  std::unique_lock guard(lock_);
+  for (std::size_t left = table_.size(); left > 0 && !table_.empty(); --left) {
+    std::optional<Entry> gone = table_.take_first();
+    guard.unlock();
+    gone.reset();
+    guard.lock();
+  }
+  return S_OK;
 }
 
 STDMETHODIMP Dictionary::get_CompareMode(LONG* mode) {

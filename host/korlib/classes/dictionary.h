@@ -77,6 +77,7 @@ class Dictionary final : public DispatchObject<Dictionary, IHostDictionary>, pub
   // Whether a key or value may come in.
   HRESULT admit(const VARIANT& value);
   std::vector<CComVariant> snapshot(Part part);
+  HRESULT remove_each();
   HRESULT to_array(Part part, VARIANT* array);
 
   std::mutex lock_;

@@ -45,7 +45,7 @@ class CandidateList {
   std::vector<CComPtr<Dictionary>> take() {
     std::vector<CComPtr<Dictionary>> taken;
     const std::lock_guard guard(g_candidates_lock);
-    taken.reserve(list_.size());
+    taken.reserve(list_.size());  // all that can fail
     while (!list_.empty()) {
       auto& dictionary = static_cast<Dictionary&>(list_.front());
       list_.pop_front();
@@ -75,12 +75,9 @@ class DictionaryGraph {
  public:
   explicit DictionaryGraph(korlib_host::CycleReach reach) : reach_(reach) {}
 
-  void add(Dictionary* dictionary) {
-    if (dictionary->is_shared() && reach_ != korlib_host::CycleReach::all) return;
-    const auto [place, is_new] = nodes_.try_emplace(dictionary);
-    if (!is_new) return;
-    place->second.dictionary = dictionary;
-    unvisited_.push_back(dictionary);
+  // One that the caller holds until garbage() has answered.
+  void add_candidate(Dictionary* dictionary) {
+    if (Node* const node = add(dictionary)) ++node->held_aside;
   }
 
   // Adds what those that were added hold.
@@ -91,19 +88,18 @@ class DictionaryGraph {
       for (const CComPtr<IUnknown>& object : holder->objects()) {
         Dictionary* const held = object ? Dictionary::behind(object.get()) : nullptr;
         if (!held) continue;
-        add(held);
-        const auto node = nodes_.find(held);
-        if (node == nodes_.end()) continue;
-        ++node->second.held_inside;
+        Node* const node = add(held);
+        if (!node) continue;
+        ++node->held_inside;
         nodes_.at(holder).holds.push_back(held);
       }
     }
   }
 
-  // Those that nobody holds but the others and this graph, not even through what somebody holds.
+  // Those that nobody holds but the others, this graph and its caller, not even through what somebody holds.
   std::vector<CComPtr<Dictionary>> garbage() {
     for (auto& [dictionary, node] : nodes_) {
-      if (references(*dictionary) > node.held_inside + 1) reach(node);
+      if (references(*dictionary) > node.held_inside + node.held_aside) reach(node);
     }
     while (!unvisited_.empty()) {
       const Node& holder = nodes_.at(unvisited_.back());
@@ -121,10 +117,21 @@ class DictionaryGraph {
   struct Node {
     CComPtr<Dictionary> dictionary;
     ULONG held_inside = 0;
+    ULONG held_aside = 1;  // here
     bool is_reached = false;
     std::vector<Dictionary*> holds;
   };
 
+  // Null for one that other threads may be using.
+  Node* add(Dictionary* dictionary) {
+    if (dictionary->is_shared() && reach_ != korlib_host::CycleReach::all) return nullptr;
+    const auto [place, is_new] = nodes_.try_emplace(dictionary);
+    if (is_new) {
+      place->second.dictionary = dictionary;
+      unvisited_.push_back(dictionary);
+    }
+    return &place->second;
+  }
   static ULONG references(Dictionary& dictionary) {
     dictionary.AddRef();
     return dictionary.Release();
@@ -145,13 +152,16 @@ bool free_some_cycles(korlib_host::CycleReach reach) {
   std::vector<CComPtr<Dictionary>> candidates = CandidateList::of_thread().take();
   if (candidates.empty()) return false;
   std::vector<CComPtr<Dictionary>> garbage;
-  {
+  try {
     DictionaryGraph graph(reach);
-    for (const CComPtr<Dictionary>& candidate : candidates) graph.add(candidate.get());
-    candidates.clear();  // the graph's are the only references that are not somebody's
+    for (const CComPtr<Dictionary>& candidate : candidates) graph.add_candidate(candidate.get());
     graph.visit();
     garbage = graph.garbage();
+  } catch (const std::bad_alloc&) {
+    for (const CComPtr<Dictionary>& candidate : candidates) candidate->enter();
+    throw;
   }
+  candidates.clear();
   for (const CComPtr<Dictionary>& dictionary : garbage) dictionary->RemoveAll();
   return !garbage.empty();
 }
@@ -195,7 +205,7 @@ void free_cycles(CycleReach reach) noexcept {
     while (korlib::free_some_cycles(reach)) {
     }
   } catch (const std::bad_alloc&) {
-    return;  // what is left over takes less than what could not be had
+    return;  // the next call looks at them again
   }
 }
 

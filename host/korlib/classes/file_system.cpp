@@ -32,11 +32,12 @@ HRESULT open_file(TextFile& file, std::wstring_view path, LONG mode, bool create
 }
 
 HRESULT open_stream(BSTR path, LONG mode, bool create, bool replace, Scripting::ITextStream** stream) {
-  *stream = nullptr;
-  CComPtr<TextStream> made = make<TextStream>();
-  RETURN_IF_FAILED(open_file(made->file(), view_of(path), mode, create, replace));
-  *stream = made.detach();
-  return S_OK;
+  return guarded(kSource, stream, [&]() -> HRESULT {
+    CComPtr<TextStream> made = make<TextStream>();
+    RETURN_IF_FAILED(open_file(made->file(), view_of(path), mode, create, replace));
+    *stream = made.detach();
+    return S_OK;
+  });
 }
 
 }  // namespace
@@ -59,11 +60,15 @@ HRESULT FileSystem::OpenTextFile(BSTR path, LONG mode, VARIANT_BOOL create, LONG
   return open_stream(path, mode, create != VARIANT_FALSE, true, stream);
 }
 
-HRESULT FileSystem::FileExists(BSTR path, VARIANT_BOOL* exists) { return give(file_exists(view_of(path)), exists); }
+HRESULT FileSystem::FileExists(BSTR path, VARIANT_BOOL* exists) {
+  return guarded(kSource, exists, [&] { return give(file_exists(view_of(path)), exists); });
+}
 
 HRESULT FileSystem::DeleteFile(BSTR path, VARIANT_BOOL) {
-  if (unlink(system_path(view_of(path)).c_str()) == 0) return S_OK;
-  return raise_file_error(L"delete", view_of(path), errno, {kSource, kPermissionDenied, kFileNotFound});
+  return guarded(kSource, [&]() -> HRESULT {
+    if (unlink(system_path(view_of(path)).c_str()) == 0) return S_OK;
+    return raise_file_error(L"delete", view_of(path), errno, {kSource, kPermissionDenied, kFileNotFound});
+  });
 }
 
 }  // namespace korlib

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <system_error>
 
 #include <korlib_host/errors.h>
@@ -77,12 +78,18 @@ bool file_exists(std::wstring_view path) {
   return stat(system_path(path).c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
 }
 
-HRESULT raise_file_error(std::wstring_view what, std::wstring_view path, int error, const FileFault& fault) {
-  const std::string reason = error == EINVAL ? "Not a regular file" : std::generic_category().message(error);
-  std::wstring text = L"Cannot ";
-  text.append(what).append(L" '").append(path).append(L"': ").append(reason.begin(), reason.end());
+// Also while a file is closed because its object goes, where nothing may be thrown.
+HRESULT raise_file_error(std::wstring_view what, std::wstring_view path, int error, const FileFault& fault) noexcept {
   const HRESULT special = error == ENOENT ? fault.missing : error == EEXIST ? fault.existing : 0;
-  return raise(special != 0 ? special : fault.hr, fault.source, text + L".");
+  const HRESULT hr = special != 0 ? special : fault.hr;
+  try {
+    const std::string reason = error == EINVAL ? "Not a regular file" : std::generic_category().message(error);
+    std::wstring text = L"Cannot ";
+    text.append(what).append(L" '").append(path).append(L"': ").append(reason.begin(), reason.end());
+    return raise(hr, fault.source, text + L".");
+  } catch (const std::bad_alloc&) {
+    return hr;  // without words
+  }
 }
 
 HRESULT load_file(std::wstring_view path, const FileFault& fault, base::GrowingBuffer& contents) {

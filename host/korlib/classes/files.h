@@ -31,6 +31,6 @@ HRESULT load_file(std::wstring_view path, const FileFault& fault, base::GrowingB
 HRESULT save_file(std::wstring_view path, std::string_view bytes, bool replace, const FileFault& fault);
 
 // Fails with "Cannot … 'path': reason".
-HRESULT raise_file_error(std::wstring_view what, std::wstring_view path, int error, const FileFault& fault);
+HRESULT raise_file_error(std::wstring_view what, std::wstring_view path, int error, const FileFault& fault) noexcept;
 
 }  // namespace korlib

@@ -117,9 +117,11 @@ STDMETHODIMP Stream::get_Type(LONG* type) { return give(type_, type); }
 
 STDMETHODIMP Stream::put_Type(LONG type) {
   if (type != adTypeBinary && type != adTypeText) return invalid(L"Type is 1 (binary) or 2 (text).");
-  RETURN_IF_FAILED(at_start(L"Type"));
-  type_ = type;
-  return S_OK;
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(at_start(L"Type"));
+    type_ = type;
+    return S_OK;
+  });
 }
 
 STDMETHODIMP Stream::get_LineSeparator(LONG* separator) { return give(separator_, separator); }
@@ -148,13 +150,13 @@ STDMETHODIMP Stream::get_Charset(BSTR* name) { return give(charset_, name); }
 STDMETHODIMP Stream::put_Charset(BSTR name) {
   return guarded(kSource, [&]() -> HRESULT {
     RETURN_IF_FAILED(at_start(L"Charset"));
-    const std::wstring charset(view_of(name));
+    std::wstring charset(view_of(name));
     std::unique_ptr<TextCodec> opened = open_codec(charset);
     if (!opened) {
       return invalid(L"Charset: '" + charset.substr(0, 60) + L"' is not a known charset.");
     }
     codec_ = std::move(opened);
-    charset_ = charset;
+    charset_ = std::move(charset);
     return S_OK;
   });
 }
@@ -229,19 +231,23 @@ STDMETHODIMP Stream::CopyTo(IKorLibStream* target, LONG count) {
     LONG target_type = 0;
     RETURN_IF_FAILED(target->get_Type(&target_type));
     if (type_ == adTypeText && target_type == adTypeText) {
-      CComBSTR text;
-      RETURN_IF_FAILED(ReadText(count, text.put()));
-      return text.empty() ? S_OK : target->WriteText(text, adWriteChar);
+      return wholly([&]() -> HRESULT {
+        CComBSTR text;
+        RETURN_IF_FAILED(ReadText(count, text.put()));
+        return text.empty() ? S_OK : target->WriteText(text, adWriteChar);
+      });
     }
     if (target_type == adTypeText) {
       return not_allowed(L"CopyTo: bytes cannot be copied into a text stream.");
     }
-    const LONG type = std::exchange(type_, adTypeBinary);
-    CComVariant bytes;
-    const HRESULT hr = Read(count, bytes.put());
-    type_ = type;
-    RETURN_IF_FAILED(hr);
-    return bytes.vt == VT_NULL ? S_OK : target->Write(bytes);
+    return wholly([&]() -> HRESULT {
+      const LONG type = std::exchange(type_, adTypeBinary);
+      CComVariant bytes;
+      const HRESULT hr = Read(count, bytes.put());
+      type_ = type;
+      RETURN_IF_FAILED(hr);
+      return bytes.vt == VT_NULL ? S_OK : target->Write(bytes);
+    });
   });
 }
 

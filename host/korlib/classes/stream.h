@@ -1,6 +1,7 @@
 // ADODB.Stream.
 #pragma once
 
+#include <new>
 #include <string>
 
 #include <korlib/adostream.h>
@@ -53,12 +54,17 @@ class Stream final : public DispatchObject<Stream, IKorLibStream> {
   HRESULT write_array(const VARIANT& bytes);
   // What a write answers; without room the stream would become too large.
   static HRESULT stored(bool has_room);
+  // Calls the body, and goes back to where the stream was when that fails.
+  template <class Body>
+  HRESULT wholly(Body body);
   TextCodec& codec();
   bool next_character(char32_t& c);
   void skip_mark();
   std::wstring read_line();
   std::wstring read_characters(LONG count);
   std::wstring_view line_end() const;
+
+  static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 
   ByteStore store_;
   std::unique_ptr<TextCodec> codec_;  // of charset_, once it was needed
@@ -69,5 +75,20 @@ class Stream final : public DispatchObject<Stream, IKorLibStream> {
   LONG mode_ = 0;
   bool is_open_ = false;
 };
+
+template <class Body>
+HRESULT Stream::wholly(Body body) {
+  const ByteStore::Place before = store_.place();
+  HRESULT hr = E_OUTOFMEMORY;
+  try {
+    hr = body();
+  } catch (const std::bad_alloc&) {
+    hr = E_OUTOFMEMORY;
+  }
+  if (SUCCEEDED(hr)) return hr;
+  store_.go_back(before);
+  decoded_to_ = kNowhere;
+  return hr;
+}
 
 }  // namespace korlib

@@ -24,9 +24,11 @@ STDMETHODIMP Stream::WriteText(BSTR text, LONG options) {
     if (options != adWriteChar && options != adWriteLine) {
       return raise(kInvalidArgument, kSource, L"WriteText: the option is 0 (text) or 1 (a line).");
     }
-    if (store_.position() == 0) RETURN_IF_FAILED(stored(store_.write(codec().mark())));
-    RETURN_IF_FAILED(stored(codec().write(view_of(text), store_)));
-    return options == adWriteLine ? stored(codec().write(line_end(), store_)) : S_OK;
+    return wholly([&]() -> HRESULT {
+      if (store_.position() == 0) RETURN_IF_FAILED(stored(store_.write(codec().mark())));
+      RETURN_IF_FAILED(stored(codec().write(view_of(text), store_)));
+      return options == adWriteLine ? stored(codec().write(line_end(), store_)) : S_OK;
+    });
   });
 }
 
@@ -76,23 +78,27 @@ STDMETHODIMP Stream::ReadText(LONG count, BSTR* text) {
       return raise(kInvalidArgument, kSource,
                    L"ReadText: the count is -1 (all), -2 (a line) or a number of characters.");
     }
-    skip_mark();
-    if (count == adReadLine) return give(read_line(), text);
-    if (count >= 0) return give(read_characters(count), text);
-    const std::string_view bytes = store_.rest();
-    const std::wstring all = codec().read(bytes, decoded_to_ == store_.position());
-    RETURN_IF_FAILED(give(all, text));
-    store_.advance(bytes.size());
-    return S_OK;
+    return wholly([&]() -> HRESULT {
+      skip_mark();
+      if (count == adReadLine) return give(read_line(), text);
+      if (count >= 0) return give(read_characters(count), text);
+      const std::string_view bytes = store_.rest();
+      const std::wstring all = codec().read(bytes, decoded_to_ == store_.position());
+      RETURN_IF_FAILED(give(all, text));
+      store_.advance(bytes.size());
+      return S_OK;
+    });
   });
 }
 
 STDMETHODIMP Stream::SkipLine() {
   return guarded(kSource, [&]() -> HRESULT {
     RETURN_IF_FAILED(check_readable(adTypeText));
-    skip_mark();
-    read_line();
-    return S_OK;
+    return wholly([&] {
+      skip_mark();
+      read_line();
+      return S_OK;
+    });
   });
 }
 

@@ -3,6 +3,9 @@
 #include <unicode/ucnv.h>
 #include <unicode/utf16.h>
 
+#include <new>
+#include <utility>
+
 #include <korlib/text.h>
 #include <korlib_host/unicode.h>
 
@@ -111,11 +114,21 @@ class Utf16Codec final : public TextCodec {
   std::size_t high_;
 };
 
+struct CloseConverter {
+  void operator()(UConverter* converter) const { ucnv_close(converter); }
+};
+using Converter = std::unique_ptr<UConverter, CloseConverter>;
+
+void check_memory(UErrorCode status) {
+  if (status == U_MEMORY_ALLOCATION_ERROR) throw std::bad_alloc();
+}
+
 class ConverterCodec final : public TextCodec {
  public:
-  explicit ConverterCodec(UConverter* converter) : converter_(converter) {
+  explicit ConverterCodec(Converter converter) : converter_(std::move(converter)) {
     UErrorCode status = U_ZERO_ERROR;
-    ucnv_setSubstString(converter, u"?", 1, &status);
+    ucnv_setSubstString(converter_.get(), u"?", 1, &status);
+    check_memory(status);
   }
 
   bool write(std::wstring_view text, ByteStore& store) override {
@@ -124,6 +137,7 @@ class ConverterCodec final : public TextCodec {
     const UChar* at = units.data();
     const UChar* const end = at + units.size();
     UErrorCode status = U_ZERO_ERROR;
+    ucnv_resetFromUnicode(converter_.get());
     do {
       char buffer[1024];
       char* to = buffer;
@@ -131,7 +145,7 @@ class ConverterCodec final : public TextCodec {
       ucnv_fromUnicode(converter_.get(), &to, buffer + sizeof buffer, &at, end, nullptr, true, &status);
       encoded.append(buffer, to);
     } while (status == U_BUFFER_OVERFLOW_ERROR);
-    ucnv_resetFromUnicode(converter_.get());
+    check_memory(status);
     return store.write(encoded);
   }
   char32_t next(std::string_view& bytes, bool continues) override {
@@ -147,10 +161,7 @@ class ConverterCodec final : public TextCodec {
   std::wstring read(std::string_view bytes, bool continues) override { return read_each(*this, bytes, continues, 0); }
 
  private:
-  struct CloseConverter {
-    void operator()(UConverter* converter) const { ucnv_close(converter); }
-  };
-  std::unique_ptr<UConverter, CloseConverter> converter_;
+  Converter converter_;
 };
 
 // ASCII letters and digits in lower case; empty when the name holds anything that no charset name does.
@@ -173,9 +184,10 @@ std::unique_ptr<TextCodec> open_codec(std::wstring_view charset) {
   if (name == "unicodefffe" || name == "utf-16be") return std::make_unique<Utf16Codec>(true);
   if (name == "utf-8" || name == "utf8") return std::make_unique<Utf8Codec>();
   UErrorCode status = U_ZERO_ERROR;
-  UConverter* converter = ucnv_open(name.c_str(), &status);
+  Converter converter(ucnv_open(name.c_str(), &status));
+  check_memory(status);
   if (U_FAILURE(status) || !converter) return nullptr;
-  return std::make_unique<ConverterCodec>(converter);
+  return std::make_unique<ConverterCodec>(std::move(converter));
 }
 
 }  // namespace korlib

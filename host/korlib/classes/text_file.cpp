@@ -31,9 +31,9 @@ HRESULT TextFile::open_to_read(std::wstring_view path) {
 }
 
 HRESULT TextFile::open_writer(std::wstring_view path, int flags) {
+  path_ = path;
   file_ = base::FileDescriptor(open(system_path(path).c_str(), flags | O_WRONLY | O_CLOEXEC | O_NONBLOCK, 0666));
   if (!file_) return raise_file_error(L"write", path, errno, kFault);
-  path_ = path;
   is_reader_ = false;
   is_open_ = true;
   return S_OK;
@@ -51,9 +51,10 @@ void TextFile::count_lines(std::wstring_view text) {
   line_ += static_cast<LONG>(std::count(text.begin(), text.end(), L'\n'));
 }
 
-HRESULT TextFile::write(std::wstring_view text) {
-  unwritten_ += to_utf8(text);
-  count_lines(text);
+HRESULT TextFile::write(std::wstring_view text, std::string_view line_end) {
+  const std::string bytes = to_utf8(text).append(line_end);
+  unwritten_ += bytes;
+  line_ += static_cast<LONG>(std::ranges::count(bytes, '\n'));
   return unwritten_.size() < kBufferSize ? S_OK : flush();
 }
 

@@ -27,11 +27,22 @@ class TextFile {
   bool at_end() const { return at_ >= text_.size(); }
   LONG line() const { return line_; }
 
-  HRESULT write(std::wstring_view text);
+  // Both, or nothing.
+  HRESULT write(std::wstring_view text, std::string_view line_end = {});
   // Up to `characters`; without a limit by default.
   std::wstring read(std::size_t characters = std::wstring::npos);
   // Without its line end, which is LF or CR LF.
   std::wstring read_line();
+  // What was read is handed out, or else not read.
+  struct Place {
+    std::size_t at;
+    LONG line;
+  };
+  Place place() const { return {at_, line_}; }
+  void go_back(const Place& place) {
+    at_ = place.at;
+    line_ = place.line;
+  }
   HRESULT close();
 
  private:

@@ -44,8 +44,7 @@ STDMETHODIMP TextStream::Write(BSTR text) {
 STDMETHODIMP TextStream::WriteLine(BSTR text) {
   return guarded(kSource, [&]() -> HRESULT {
     RETURN_IF_FAILED(check(false));
-    RETURN_IF_FAILED(file_.write(view_of(text)));
-    return file_.write(L"\n");
+    return file_.write(view_of(text), "\n");
   });
 }
 
@@ -62,7 +61,10 @@ HRESULT TextStream::read(BSTR* text, Reader reader) {
   return guarded(kSource, text, [&]() -> HRESULT {
     RETURN_IF_FAILED(check(true));
     if (file_.at_end()) return raise(kPastEndOfFile, kSource, L"The text stream is at its end.");
-    return give(reader(), text);
+    const TextFile::Place before = file_.place();
+    const HRESULT hr = give(reader(), text);
+    if (FAILED(hr)) file_.go_back(before);
+    return hr;
   });
 }
 
@@ -89,6 +91,8 @@ STDMETHODIMP TextStream::get_AtEndOfStream(VARIANT_BOOL* at_end) {
 
 STDMETHODIMP TextStream::get_Line(LONG* line) { return give(file_.line(), line); }
 
-STDMETHODIMP TextStream::Close() { return file_.close(); }
+STDMETHODIMP TextStream::Close() {
+  return guarded(kSource, [&] { return file_.close(); });
+}
 
 }  // namespace korlib

@@ -43,6 +43,13 @@ class ErrorInfo final : public korlib::Counted<IErrorInfo, ICreateErrorInfo> {
     return S_OK;
   }
 
+  // False when there is no memory for them.
+  bool set_words(std::wstring_view source, std::wstring_view description) noexcept {
+    source_.attach(korlib::new_bstr(source.substr(0, source.find(L'\0'))));
+    description_.attach(korlib::new_bstr(description.substr(0, description.find(L'\0'))));
+    return source_.get() && description_.get();
+  }
+
  private:
   static HRESULT give(const CComBSTR& text, BSTR* out) {
     if (!out) return E_POINTER;
@@ -87,16 +94,27 @@ HRESULT GetErrorInfo(ULONG, IErrorInfo** info) {
 
 namespace korlib {
 
+// Throws nothing: members that need no guard otherwise end with it.
 HRESULT raise(HRESULT hr, std::wstring_view source, std::wstring_view text) {
   CComPtr<ErrorInfo> info;
   info.attach(new (std::nothrow) ErrorInfo);
-  if (!info) return hr;
-  info->SetSource(std::wstring(source).data());
-  info->SetDescription(std::wstring(text).data());
-  SetErrorInfo(0, info.get());
+  if (info && info->set_words(source, text)) SetErrorInfo(0, info.get());
   return hr;
 }
 
+namespace {
+
+HRESULT raise_what(std::wstring_view source, std::string_view what) {
+  try {
+    return raise(E_FAIL, source, std::wstring(what.begin(), what.end()));
+  } catch (const std::bad_alloc&) {
+    return E_FAIL;  // without words
+  }
+}
+
+}  // namespace
+
+// Nor does this, where exceptions end.
 HRESULT hresult_from_exception(std::wstring_view source) {
   try {
     throw;
@@ -105,8 +123,7 @@ HRESULT hresult_from_exception(std::wstring_view source) {
   } catch (const std::length_error&) {
     return E_OUTOFMEMORY;
   } catch (const std::exception& problem) {
-    const std::string_view what = problem.what();
-    return raise(E_FAIL, source, std::wstring(what.begin(), what.end()));
+    return raise_what(source, problem.what());
   } catch (...) {
     return E_UNEXPECTED;
   }

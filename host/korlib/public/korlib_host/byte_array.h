@@ -23,5 +23,8 @@ namespace korlib_host {
 // Null when there is no memory, or when `size` is above 2147483647, so that the highest index would not be a LONG:
 // `data` is still the caller's then. Any thread may call it.
 KORLIB_API SAFEARRAY* adopt_bytes(void* data, std::size_t size) noexcept;
+// The same into such an array that is there already and has no elements: for bytes that must not be lost where there is
+// no memory for one. Nothing can fail; `size` is not above 2147483647.
+KORLIB_API void adopt_bytes(SAFEARRAY& empty, void* data, std::size_t size) noexcept;
 
 }  // namespace korlib_host

@@ -29,7 +29,7 @@ enum class CycleReach {
 
 // Empties the dictionaries that only dictionaries hold any more, of those that this thread has put into each other or
 // watched since the last call; they go then. To be called while whatever they hold may be released. When memory is
-// short nothing is freed.
+// short what is left is looked at by the next call.
 KORLIB_API void free_cycles(CycleReach reach = CycleReach::own_thread) noexcept;
 
 }  // namespace korlib_host
