@@ -7,7 +7,13 @@
 
 HRESULT GMultipartForm::add(CComBSTR name, CComVariant value) {
   return mirt::guarded([&] {
-    fields_.try_emplace(std::move(name)).first->second.push_back(std::move(value));
+    const auto [field, is_new] = fields_.try_emplace(std::move(name));
+    try {
+      field->second.push_back(std::move(value));
+    } catch (...) {
+      if (is_new) fields_.erase(field);
+      throw;
+    }
     return S_OK;
   });
 }
