@@ -1,5 +1,6 @@
 #include "script/automation_member.h"
 
+#include "script/callback.h"
 #include "script/realm.h"
 #include "script/rooted_values.h"
 
@@ -49,15 +50,15 @@ bool set_referenced(JSContextRef, JSObjectRef object, JSStringRef name, JSValueR
 
 JSClassRef make_member_class() {
   JSClassDefinition definition = host_class("Function");
-  definition.callAsFunction = call;
-  definition.convertToType = convert;
+  definition.callAsFunction = callback<call>;
+  definition.convertToType = callback<convert>;
   return JSClassCreate(&definition);
 }
 
 JSClassRef make_reference_class() {
   JSClassDefinition definition = host_class("Reference");
-  definition.getProperty = get_referenced;
-  definition.setProperty = set_referenced;
+  definition.getProperty = callback<get_referenced>;
+  definition.setProperty = callback<set_referenced>;
   return JSClassCreate(&definition);
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "script/automation_member.h"
+#include "script/callback.h"
 #include "script/realm.h"
 
 namespace zelto::script {
@@ -207,17 +208,17 @@ MemberNames& AutomationObject::names() {
 
 JSClassRef make_object_class() {
   static const JSStaticFunction functions[] = {
-      {"toString", object_to_string, kJSPropertyAttributeDontEnum},
-      {"valueOf", object_value_of, kJSPropertyAttributeDontEnum},
+      {"toString", callback<object_to_string>, kJSPropertyAttributeDontEnum},
+      {"valueOf", callback<object_value_of>, kJSPropertyAttributeDontEnum},
       {nullptr, nullptr, 0},
   };
   JSClassDefinition definition = host_class("Object");
   definition.staticFunctions = functions;
-  definition.getProperty = get_property;
-  definition.setProperty = set_property;
-  definition.getPropertyNames = get_property_names;
-  definition.callAsFunction = call_object;
-  definition.convertToType = convert_object;
+  definition.getProperty = callback<get_property>;
+  definition.setProperty = callback<set_property>;
+  definition.getPropertyNames = callback<get_property_names>;
+  definition.callAsFunction = callback<call_object>;
+  definition.convertToType = callback<convert_object>;
   return JSClassCreate(&definition);
 }
 

@@ -6,6 +6,7 @@
 #include <boost/range/adaptor/reversed.hpp>
 #include <csignal>
 #include <mutex>
+#include <utility>
 
 #include "script/prelude.h"
 #include "script/realm.h"
@@ -96,19 +97,19 @@ Realm* Engine::realm_of(JSContextRef ctx) {
 
 void Engine::bury(HostObject* object) noexcept {
   const std::lock_guard lock(buried_lock_);
-  buried_.push_back(object);
+  object->next_buried_ = std::exchange(buried_, object);
   has_buried_ = true;
 }
 
 void Engine::release_buried() {
   if (!has_buried_) return;
-  std::vector<HostObject*> taken;
+  HostObject* object = nullptr;
   {
     const std::lock_guard lock(buried_lock_);
-    taken.swap(buried_);
+    object = std::exchange(buried_, nullptr);
     has_buried_ = false;
   }
-  for (HostObject* object : taken) delete object;
+  while (object) delete std::exchange(object, object->next_buried_);
 }
 
 }  // namespace zelto::script

@@ -97,7 +97,7 @@ class Engine {
   MemberCache members_;
   DepartedException departed_;
   std::mutex buried_lock_;
-  std::vector<HostObject*> buried_;
+  HostObject* buried_ = nullptr;  // a list of them
   std::atomic<bool> has_buried_ = false;
 };
 

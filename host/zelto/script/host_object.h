@@ -35,8 +35,11 @@ class HostObject : public boost::intrusive::list_base_hook<boost::intrusive::lin
   virtual void release() = 0;
 
  private:
+  friend class Engine;
+
   Engine& engine_;
   Realm* realm_;
+  HostObject* next_buried_ = nullptr;  // kept by the engine: a finalizer must not fail for want of memory
 };
 
 // An object without members. A script can hand it back.

@@ -134,8 +134,7 @@ HRESULT ObjectCalls::collect_items(IDispatch* object, std::vector<CComVariant>* 
   RETURN_IF_FAILED(result.punkVal->QueryInterface(korlib::iid_of<IEnumVARIANT>, enumerator.put_void()));
   for (;;) {
     if (realm_.engine().watchdog().must_unwind()) return kPageStopped;
-    std::array<VARIANT, kBatch> batch;
-    for (VARIANT& item : batch) VariantInit(&item);
+    std::array<CComVariant, kBatch> batch;
     ULONG fetched = 0;
     const HRESULT hr = enumerator->Next(kBatch, batch.data(), &fetched);
     for (ULONG i = 0; i < fetched && i < kBatch; ++i) items->emplace_back().attach(&batch[i]);

@@ -1,5 +1,7 @@
 #include "script/realm.h"
 
+#include "script/callback.h"
+
 namespace zelto::script {
 namespace {
 
@@ -29,7 +31,7 @@ Realm::Realm(Engine& engine)
       values_(context_.get(), engine.classes(), errors_, wrappers_),
       globals_(context_.get(), prelude_, wrappers_, reports_),
       calls_(*this) {
-  JSObjectRef rejected = JSObjectMakeFunctionWithCallback(context_.get(), nullptr, on_unhandled_rejection);
+  JSObjectRef rejected = JSObjectMakeFunctionWithCallback(context_.get(), nullptr, callback<on_unhandled_rejection>);
   JSGlobalContextSetUnhandledRejectionCallback(context_.get(), rejected, nullptr);
   engine_.add_realm(this);
 }

@@ -4,6 +4,7 @@
 
 #include "script/automation_member.h"
 #include "script/automation_object.h"
+#include "script/callback.h"
 #include "script/realm.h"
 
 namespace zelto::script {
@@ -164,14 +165,15 @@ bool set_thrown(JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef value, JS
 
 JSClassRef make_builtins_class() {
   static const JSStaticFunction functions[] = {
-      {"html", entry<html>, kFixed}, {"out", entry<out>, kFixed},     {"at", entry<at>, kFixed},
-      {"read", entry<read>, kFixed}, {"items", entry<items>, kFixed}, {"create", entry<create>, kFixed},
-      {"has", entry<has>, kFixed},   {"log", entry<log>, kFixed},     {"known", entry<known>, kFixed},
-      {nullptr, nullptr, 0},
+      {"html", callback<entry<html>>, kFixed},   {"out", callback<entry<out>>, kFixed},
+      {"at", callback<entry<at>>, kFixed},       {"read", callback<entry<read>>, kFixed},
+      {"items", callback<entry<items>>, kFixed}, {"create", callback<entry<create>>, kFixed},
+      {"has", callback<entry<has>>, kFixed},     {"log", callback<entry<log>>, kFixed},
+      {"known", callback<entry<known>>, kFixed}, {nullptr, nullptr, 0},
   };
   static const JSStaticValue values[] = {
       {"thrown", [](JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef*) { return JSValueMakeUndefined(ctx); },
-       set_thrown, kJSPropertyAttributeDontEnum | kJSPropertyAttributeDontDelete},
+       callback<set_thrown>, kJSPropertyAttributeDontEnum | kJSPropertyAttributeDontDelete},
       {nullptr, nullptr, nullptr, 0},
   };
   JSClassDefinition definition = kJSClassDefinitionEmpty;

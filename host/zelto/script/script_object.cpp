@@ -41,7 +41,7 @@ void ScriptObject::on_last_release() {
   if (graveyard->closed) {
     delete this;
   } else {
-    graveyard->dead.push_back(this);
+    next_dead_ = std::exchange(graveyard->dead, this);
   }
 }
 
@@ -76,18 +76,28 @@ HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LC
   if (!names || !ids || count == 0 || !names[0]) return E_INVALIDARG;
   for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
   RETURN_IF_FAILED(check_callable());
-  const std::wstring_view name(names[0]);
-  const std::u16string key = to_utf16(name);
-  JsString text(std::u16string_view{key});
-  bool is_lexical = false;
-  if (!has_name(text, &is_lexical)) {
-    realm_->errors().note_unknown(key);
-    return DISP_E_UNKNOWNNAME;
+  return korlib::guarded(L"Zelto", [&]() -> HRESULT {
+    const std::u16string key = to_utf16(std::wstring_view(names[0]));
+    JsString text(std::u16string_view{key});
+    bool is_lexical = false;
+    if (!has_name(text, &is_lexical)) {
+      realm_->errors().note_unknown(key);
+      return DISP_E_UNKNOWNNAME;
+    }
+    ids[0] = id_of(key, {std::move(text), is_lexical});
+    return count == 1 ? S_OK : DISP_E_UNKNOWNNAME;
+  });
+}
+
+DISPID ScriptObject::id_of(const std::u16string& key, Name name) {
+  if (const auto known = ids_.find(key); known != ids_.end()) return known->second;
+  names_.push_back(std::move(name));
+  try {
+    return ids_.emplace(key, static_cast<DISPID>(names_.size())).first->second;
+  } catch (...) {
+    names_.pop_back();
+    throw;
   }
-  const auto [known, is_new] = ids_.try_emplace(key, static_cast<DISPID>(names_.size() + 1));
-  if (is_new) names_.push_back({std::move(text), is_lexical});
-  ids[0] = known->second;
-  return count == 1 ? S_OK : DISP_E_UNKNOWNNAME;
 }
 
 HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO*,
@@ -99,14 +109,11 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
   Engine& engine = realm_->engine();
   const Engine::Run run(engine);
   SetErrorInfo(0, nullptr);  // words of a failure that the caller went on from
-  HRESULT hr = E_OUTOFMEMORY;
-  try {
+  const HRESULT hr = korlib::guarded(L"Zelto", [&] {
     JSValueRef exception = nullptr;
-    hr = dispatch(id, flags, params, result, &exception);
-    if (exception) hr = realm_->errors().failure_of(exception);
-  } catch (const std::bad_alloc&) {
-    hr = E_OUTOFMEMORY;
-  }
+    const HRESULT answer = dispatch(id, flags, params, result, &exception);
+    return exception ? realm_->errors().failure_of(exception) : answer;
+  });
   if (!engine.watchdog().is_unwinding()) return hr;
   if (result) VariantClear(result);
   return kPageStopped;
@@ -227,7 +234,8 @@ HRESULT ScriptObject::enumerate(VARIANT* result, JSValueRef* exception) {
   std::vector<CComVariant> items;
   if (array.vt == (VT_ARRAY | VT_VARIANT)) {
     auto* first = static_cast<VARIANT*>(array.parray->pvData);
-    items.assign(first, first + array.parray->rgsabound[0].cElements);
+    items.resize(array.parray->rgsabound[0].cElements);
+    for (CComVariant& item : items) item.attach(first++);
   }
   CComPtr<IUnknown> enumerator;
   RETURN_IF_FAILED(korlib::make_enumerator(std::move(items), enumerator.put()));

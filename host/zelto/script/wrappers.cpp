@@ -83,12 +83,13 @@ void Wrappers::forget(ScriptObject* object) noexcept {
 }
 
 void Wrappers::release_foreign() {
-  std::vector<ScriptObject*> dead;
+  ScriptObject* dead = nullptr;
   {
     const std::lock_guard lock(graveyard_->lock);
-    dead.swap(graveyard_->dead);
+    dead = std::exchange(graveyard_->dead, nullptr);
   }
-  for (ScriptObject* object : dead) {
+  while (dead) {
+    ScriptObject* const object = std::exchange(dead, dead->next_dead());
     forget(object);
     delete object;
   }

@@ -22,8 +22,8 @@ class ScriptObject;
 // Wrappers whose last reference went on another thread, waiting for the realm's own.
 struct Graveyard {
   std::mutex lock;
-  std::vector<ScriptObject*> dead;
-  bool closed = false;  // the realm is gone: wrappers free themselves
+  ScriptObject* dead = nullptr;  // a list of them
+  bool closed = false;           // the realm is gone: wrappers free themselves
 };
 
 // Those of one realm: while somebody holds a wrapper, the same object gets the same one.
