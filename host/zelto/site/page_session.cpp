@@ -3,6 +3,9 @@
 #include <korlib_host/dictionaries.h>
 #include <korlib_host/errors.h>
 
+#include <string>
+#include <utility>
+
 #include "base/letter_case.h"
 #include "text/http_grammar.h"
 
@@ -49,12 +52,14 @@ HRESULT PageSession::keep() {
     return korlib::raise(E_FAIL, L"Session",
                          L"Nothing can be kept in a new session when the response's head has been sent already.");
   }
+  // What can fail comes first: a session that is kept must be told to its client.
+  std::string cookie = cookie_for(state()->id);
   if (!store_.add(state(), page_.request.http().remote_address)) {
     refused_ = true;
     return korlib::raise(E_FAIL, L"Session",
                          L"The site keeps as many sessions as its session_limit allows, all of them in use.");
   }
-  set_cookie();
+  page_.response.session_cookie = std::move(cookie);
   return S_OK;
 }
 
@@ -63,14 +68,16 @@ HRESULT PageSession::renew() {
     return korlib::raise(E_FAIL, L"Session",
                          L"RenewID: the client cannot be told when the response's head has been sent already.");
   }
-  store_.rename(state());
-  set_cookie();
+  std::string id = store_.make_id();
+  std::string cookie = cookie_for(id);
+  store_.rename(state(), std::move(id));
+  page_.response.session_cookie = std::move(cookie);
   return S_OK;
 }
 
-void PageSession::set_cookie() {
-  page_.response.session_cookie = std::string(kCookie) + "=" + state()->id + "; Path=/; HttpOnly; SameSite=Lax" +
-                                  (page_.request.http().secure ? "; Secure" : "");
+std::string PageSession::cookie_for(const std::string& id) const {
+  return std::string(kCookie) + "=" + id + "; Path=/; HttpOnly; SameSite=Lax" +
+         (page_.request.http().secure ? "; Secure" : "");
 }
 
 }  // namespace zelto

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "intrinsics/page_state.h"
@@ -35,7 +36,7 @@ class PageSession {
  private:
   HRESULT keep();
   HRESULT renew();
-  void set_cookie();
+  std::string cookie_for(const std::string& id) const;
 
   SessionStore& store_;
   PageState& page_;

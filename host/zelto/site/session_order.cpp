@@ -9,23 +9,23 @@ SessionOrder::Handle SessionOrder::add(const State& session, const ClientAddress
   const auto known = addresses_.find(client);
   if (known == addresses_.end()) {
     Addresses fresh(1);
-    Addresses& singles = with(1);
+    if (by_size_.empty()) by_size_.emplace_back();
     place->address = fresh.begin();
     place->address->client = client;
     addresses_.emplace(client, place->address);
-    singles.splice(singles.end(), fresh);
+    with(1).splice(with(1).end(), fresh);
     place->address->newcomers.splice(place->address->newcomers.end(), made);
     return place;
   }
   place->address = known->second;
   const std::size_t before = known->second->size();
-  with(before + 1);
+  if (by_size_.size() == before) by_size_.emplace_back();
   place->address->newcomers.splice(place->address->newcomers.end(), made);
   rank(place->address, before);
   return place;
 }
 
-void SessionOrder::use(Handle session) {
+void SessionOrder::use(Handle session) noexcept {
   Address& address = *session->address;
   Sessions& from = session->has_returned ? address.returned : address.newcomers;
   address.returned.splice(address.returned.end(), from, session);
@@ -33,24 +33,23 @@ void SessionOrder::use(Handle session) {
   rank(session->address, address.size());
 }
 
-void SessionOrder::remove(Handle session) {
+void SessionOrder::remove(Handle session) noexcept {
   const auto address = session->address;
   const std::size_t before = address->size();
-  if (before > 1) with(before - 1);
   (session->has_returned ? address->returned : address->newcomers).erase(session);
   rank(address, before);
 }
 
-void SessionOrder::rank(Addresses::iterator address, std::size_t before) {
-  const auto from = by_size_.find(before);
+void SessionOrder::rank(Addresses::iterator address, std::size_t before) noexcept {
+  Addresses& from = with(before);
   if (address->size() == 0) {
     addresses_.erase(address->client);
-    from->second.erase(address);
+    from.erase(address);
   } else {
     Addresses& to = with(address->size());
-    to.splice(to.end(), from->second, address);
+    to.splice(to.end(), from, address);
   }
-  if (from->second.empty()) by_size_.erase(from);
+  while (!by_size_.empty() && by_size_.back().empty()) by_size_.pop_back();
 }
 
 }  // namespace zelto

@@ -5,6 +5,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <vector>
 
 #include "http/client_address.h"
 #include "intrinsics/session_state.h"
@@ -33,9 +34,8 @@ class SessionOrder {
   // A session that begins now, of a client at that address. Throws std::bad_alloc, and is unchanged then.
   Handle add(const State& session, const ClientAddress& client);
   // Its client has come back.
-  void use(Handle session);
-  // Throws std::bad_alloc, and nothing is changed then.
-  void remove(Handle session);
+  void use(Handle session) noexcept;
+  void remove(Handle session) noexcept;
 
   // The first that gives way and that `accepts` says true of; null when there is none.
   template <class Accepts>
@@ -55,18 +55,19 @@ class SessionOrder {
   };
 
   // Puts the address, which had `before` sessions, behind those with as many as it has now. Forgets it without any.
-  void rank(Addresses::iterator address, std::size_t before);
+  void rank(Addresses::iterator address, std::size_t before) noexcept;
   // The list of the addresses with that many sessions.
-  Addresses& with(std::size_t sessions) { return by_size_[sessions]; }
+  Addresses& with(std::size_t sessions) { return by_size_[sessions - 1]; }
 
   std::map<ClientAddress, Addresses::iterator> addresses_;
-  std::map<std::size_t, Addresses> by_size_;
+  // Of the addresses with 1, 2, 3 … sessions, up to the most that any has: what loses one finds its list.
+  std::vector<Addresses> by_size_;
 };
 
 template <class Accepts>
 SessionOrder::State SessionOrder::first(Accepts accepts) const {
   for (auto addresses = by_size_.rbegin(); addresses != by_size_.rend(); ++addresses) {
-    for (const Address& address : addresses->second) {
+    for (const Address& address : *addresses) {
       for (const Sessions* sessions : {&address.newcomers, &address.returned}) {
         for (const Place& place : *sessions) {
           if (accepts(*place.session)) return place.session;

@@ -53,14 +53,12 @@ bool SessionStore::recognise(const SessionState& session) {
   return true;
 }
 
-// The first to give way that no request uses, locked and no longer found. The caller holds the mutex.
-SessionStore::State SessionStore::take_first() {
-  State first = order_.first([](SessionState& session) { return session.lock.try_lock(); });
-  if (first) erase(first->id);
-  return first;
+// The first to give way that no request uses. The caller holds the mutex.
+SessionHold SessionStore::lock_first() const {
+  return SessionHold(order_.first([](SessionState& session) { return session.lock.try_lock(); }));
 }
 
-void SessionStore::erase(const std::string& id) {
+void SessionStore::erase(const std::string& id) noexcept {
   const auto found = sessions_.find(id);
   if (found == sessions_.end()) return;
   order_.remove(found->second.place);
@@ -80,12 +78,12 @@ void SessionStore::end(SessionState& session) {
 SessionHold SessionStore::open(std::string_view id, Clock::time_point now) {
   if (const std::shared_ptr<SessionState> known = find(id)) {
     if (!known->lock.lock(patience_)) return {};
+    SessionHold hold(known);
     // While this request waited, the session may have ended or got another identifier.
     if (known->id == id && recognise(*known)) {
-      if (!has_expired(*known, now)) return SessionHold(known);
+      if (!has_expired(*known, now)) return hold;
       end(*known);
     }
-    known->lock.unlock();
   }
   auto made = std::make_shared<SessionState>(make_id());
   {
@@ -109,13 +107,12 @@ void SessionStore::set_limits(LONG timeout_minutes, std::size_t limit) {
 
 bool SessionStore::add(const std::shared_ptr<SessionState>& session, const std::string& address) {
   const ClientAddress client = client_of(address);
-  State evicted;
+  SessionHold evicted;  // let go behind the mutex
   {
     const std::scoped_lock guard(mutex_);
     if (sessions_.size() >= limit_) {
-      evicted = take_first();
+      evicted = lock_first();
       if (!evicted) return false;
-      ++evicted_;
     }
     const auto entry = sessions_.emplace(session->id, Entry{session, {}}).first;
     try {
@@ -124,18 +121,21 @@ bool SessionStore::add(const std::shared_ptr<SessionState>& session, const std::
       sessions_.erase(entry);
       throw;
     }
+    if (evicted) {
+      erase(evicted->id);
+      ++evicted_;
+    }
   }
-  if (!evicted) return true;
-  const SessionHold hold(std::move(evicted));
-  hold->clear();
+  if (evicted) evicted->clear();
   return true;
 }
 
-void SessionStore::rename(const std::shared_ptr<SessionState>& session) {
-  const std::string id = make_id();
+void SessionStore::rename(const std::shared_ptr<SessionState>& session, std::string id) {
+  std::string key = id;
   const std::scoped_lock guard(mutex_);
   auto entry = sessions_.extract(session->id);
-  session->id = entry.key() = id;
+  session->id = std::move(id);
+  entry.key() = std::move(key);
   sessions_.insert(std::move(entry));
 }
 
@@ -150,6 +150,7 @@ std::size_t SessionStore::sweep(Clock::time_point now) {
   std::vector<std::shared_ptr<SessionState>> all;
   {
     const std::scoped_lock guard(mutex_);
+    all.reserve(sessions_.size());
     for (const auto& [id, entry] : sessions_) all.push_back(entry.session);
   }
   std::size_t ended = 0;

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "intrinsics/session_state.h"
 #include "site/session_order.h"
@@ -23,7 +24,10 @@ class SessionHold {
   SessionHold() = default;
   explicit SessionHold(std::shared_ptr<SessionState> locked) : state_(std::move(locked)) {}
   SessionHold(SessionHold&& other) noexcept = default;
-  SessionHold& operator=(SessionHold&& other) = delete;
+  SessionHold& operator=(SessionHold&& other) noexcept {
+    std::swap(state_, other.state_);
+    return *this;
+  }
   ~SessionHold() {
     if (state_) state_->lock.unlock();
   }
@@ -61,8 +65,9 @@ class SessionStore {
   // Lets later requests find the session, which a client at that address has begun. The caller holds its lock. At the
   // limit the session that SessionOrder tells ends for it. False when requests use every one of them.
   bool add(const std::shared_ptr<SessionState>& session, const std::string& address = {});
-  // Lets later requests find the session by a new identifier only. The caller holds its lock.
-  void rename(const std::shared_ptr<SessionState>& session);
+  // Lets later requests find the session by a new identifier only, from make_id(). The caller holds its lock.
+  void rename(const std::shared_ptr<SessionState>& session, std::string id);
+  std::string make_id() const { return make_session_id() + suffix_; }
   // The end of a request: an abandoned session ends now, another one counts its time from now.
   void close(SessionHold hold);
 
@@ -86,9 +91,8 @@ class SessionStore {
 
   State find(std::string_view id) const;
   bool recognise(const SessionState& session);
-  State take_first();
-  void erase(const std::string& id);
-  std::string make_id() const { return make_session_id() + suffix_; }
+  SessionHold lock_first() const;
+  void erase(const std::string& id) noexcept;
   void end(SessionState& session);
   void forget(const SessionState& session);
 

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <new>
 #include <utility>
 
 #include "base/thread.h"
@@ -11,8 +12,12 @@ namespace zelto {
 SessionSweeper::SessionSweeper(SessionStore& store, std::chrono::milliseconds pause, Log log)
     : store_(store), log_(std::move(log)), thread_([this, pause](const std::stop_token& stop) {
         while (base::wait_unless_stopped(stop, pause)) {
-          store_.sweep(SessionStore::Clock::now());
-          report();
+          try {
+            store_.sweep(SessionStore::Clock::now());
+            report();
+          } catch (const std::bad_alloc&) {
+            continue;  // there may be memory the next time
+          }
         }
       }) {}
 

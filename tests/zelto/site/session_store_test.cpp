@@ -76,7 +76,7 @@ TEST(SessionStore, FindsARenamedSessionByItsNewIdentifierOnly) {
   SessionStore store(60s, 20);
   const std::string before = keep_new(store);
   SessionHold hold = store.open(before);
-  store.rename(hold.state());
+  store.rename(hold.state(), store.make_id());
   const std::string after = hold->id;
   EXPECT_NE(after, before);
   store.close(std::move(hold));
@@ -94,7 +94,7 @@ TEST(SessionStore, TurnsAwayWhoWaitedWithTheIdentifierBefore) {
   std::string got;
   std::thread waiter([&] { got = store.open(before)->id; });
   while (hold->lock.waiting() == 0) std::this_thread::yield();
-  store.rename(hold.state());
+  store.rename(hold.state(), store.make_id());
   const std::string after = hold->id;
   store.close(std::move(hold));
   waiter.join();
