@@ -56,7 +56,10 @@ template <class Rows, class TextOf = std::identity>
 HRESULT give_texts(const Rows& rows, IUnknown** result, TextOf text_of = {}) {
   std::vector<CComVariant> values;
   values.reserve(rows.size());
-  for (const auto& row : rows) values.emplace_back(std::wstring_view(std::invoke(text_of, row)));
+  for (const auto& row : rows) {
+    values.emplace_back(std::wstring_view(std::invoke(text_of, row)));
+    if (!values.back().bstrVal) return E_OUTOFMEMORY;
+  }
   return korlib::make_enumerator(std::move(values), result);
 }
 

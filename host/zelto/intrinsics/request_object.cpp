@@ -29,18 +29,6 @@ void put_count(VARIANT* count, LONG value) {
   count->lVal = value;
 }
 
-// The array takes the memory of the bytes over: the body of a large upload exists once.
-HRESULT give_bytes(Body bytes, VARIANT* data) {
-  const std::size_t size = bytes.size();
-  Body::Bytes memory = bytes.release();
-  SAFEARRAY* array = korlib_host::adopt_bytes(memory.get(), size);
-  if (!array) return E_OUTOFMEMORY;
-  (void)memory.release();
-  data->vt = VT_ARRAY | VT_UI1;
-  data->parray = array;
-  return S_OK;
-}
-
 }  // namespace
 
 std::span<const korlib::Member> RequestObject::members() {
@@ -146,12 +134,17 @@ HRESULT RequestObject::read_bytes(VARIANT* count, VARIANT* data) {
     CComVariant wanted;
     RETURN_IF_FAILED(VariantChangeType(&wanted, variable, 0, VT_I4));
     if (wanted.lVal < 0) return korlib::raise(E_INVALIDARG, kSource, L"BinaryRead: the count is negative.");
-    Body bytes;
     if (page_->request.http().body_too_large) put_count(variable, 0);
+    // Made first: what has been read is gone from the request. The array takes the memory of the bytes over, so that
+    // the body of a large upload exists once.
+    CComSafeArray array(VT_UI1, 0);
+    if (!array) return E_OUTOFMEMORY;
+    Body bytes;
     RETURN_IF_FAILED(page_->request.read_bytes(static_cast<std::size_t>(wanted.lVal), bytes));
-    const auto read = static_cast<LONG>(bytes.size());
-    RETURN_IF_FAILED(give_bytes(std::move(bytes), data));
-    put_count(variable, read);
+    const std::size_t read = bytes.size();
+    korlib_host::adopt_bytes(*array.get(), bytes.release().release(), read);
+    array.detach_to(data);
+    put_count(variable, static_cast<LONG>(read));
     return S_OK;
   });
 }

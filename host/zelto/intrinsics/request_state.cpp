@@ -64,9 +64,9 @@ bool RequestState::has_urlencoded_body() const {
 HRESULT RequestState::form(Fields& fields) {
   if (use_ == BodyUse::bytes) return refuse(L"Form cannot be used after BinaryRead.");
   if (http_.body_too_large) return refuse(kTooLarge);
-  use_ = BodyUse::form;
   if (!form_) {
     auto table = has_urlencoded_body() ? parse_form_fields(http_.body, code_page) : FieldTable();
+    use_ = BodyUse::form;
     has_too_many_fields_ = !table;
     if (!table) return refuse(L"The form has more than 1000 fields.");
     form_ = std::make_shared<const FieldTable>(std::move(*table));
@@ -78,11 +78,12 @@ HRESULT RequestState::form(Fields& fields) {
 HRESULT RequestState::read_bytes(std::size_t count, Body& bytes) {
   if (use_ == BodyUse::form) return refuse(L"BinaryRead cannot be used after Form.");
   if (http_.body_too_large) return refuse(kTooLarge);
-  use_ = BodyUse::bytes;
   if (bytes_read_ == 0 && count >= http_.body.size()) {
+    use_ = BodyUse::bytes;
     bytes = std::exchange(http_.body, Body());
   } else {
     bytes = std::string_view(http_.body).substr(bytes_read_, count);
+    use_ = BodyUse::bytes;
     bytes_read_ += bytes.size();
     if (bytes_read_ < http_.body.size()) return S_OK;
     http_.body = Body();

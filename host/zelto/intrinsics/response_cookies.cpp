@@ -39,8 +39,15 @@ std::span<const korlib::Member> ResponseCookie::members() {
 
 template <class Change>
 HRESULT ResponseCookie::change(Change change) {
-  RETURN_IF_FAILED(page_->response.check_head(kSource));
-  return change(page_->response.cookie(name_));
+  return guarded(kSource, [&]() -> HRESULT {
+    RETURN_IF_FAILED(page_->response.check_head(kSource));
+    const SetCookie* const known = find_named(page_->response.cookies, name_);
+    SetCookie changed = known ? *known : SetCookie();
+    if (!known) changed.name = name_;
+    RETURN_IF_FAILED(change(changed));
+    page_->response.set_cookie(std::move(changed));
+    return S_OK;
+  });
 }
 
 HRESULT ResponseCookie::get_Item(VARIANT key, VARIANT* value) {

@@ -199,9 +199,9 @@ HRESULT ResponseObject::Redirect(BSTR url) {
     std::string target;
     RETURN_IF_FAILED(header_value(L"Redirect", url, target));
     if (target.empty()) return korlib::raise(E_INVALIDARG, kSource, L"Redirect needs an address.");
+    response.headers.push_back({"Location", escape_url(target)});
     response.clear();
     response.set_status("302 Found");
-    response.headers.push_back({"Location", escape_url(target)});
     return page_->host->end_page();
   });
 }
@@ -216,8 +216,10 @@ HRESULT ResponseObject::Clear() {
 
 HRESULT ResponseObject::Flush() {
   if (!page_->response.buffered) return korlib::raise(E_FAIL, kSource, L"Flush needs a buffered response.");
-  page_->response.flush();
-  return go_on();
+  return guarded(kSource, [&] {
+    page_->response.flush();
+    return go_on();
+  });
 }
 
 HRESULT ResponseObject::get_Buffer(VARIANT_BOOL* buffered) { return give_bool(page_->response.buffered, buffered); }

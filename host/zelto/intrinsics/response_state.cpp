@@ -117,15 +117,17 @@ bool ResponseState::set_status(std::string_view line) {
   const std::optional<int> number = parse_number<int>(line.substr(0, 3));
   if (!number || *number < 200 || *number > 599 || !is_field_value(line)) return false;
   if (line.size() > 3 && line[3] != ' ') return false;
+  reason = line.size() > 4 ? line.substr(4) : "";  // which can fail
   status = *number;
-  reason = line.size() > 4 ? line.substr(4) : "";
   return true;
 }
 
-SetCookie& ResponseState::cookie(std::wstring_view name) {
-  if (SetCookie* found = find_named(cookies, name)) return *found;
-  cookies.emplace_back().name = name;
-  return cookies.back();
+void ResponseState::set_cookie(SetCookie cookie) {
+  if (SetCookie* found = find_named(cookies, cookie.name)) {
+    *found = std::move(cookie);
+  } else {
+    cookies.push_back(std::move(cookie));
+  }
 }
 
 }  // namespace zelto

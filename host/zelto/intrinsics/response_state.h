@@ -81,7 +81,7 @@ class ResponseState : public ResponseFields {
   HRESULT check_head(std::wstring_view source, std::wstring_view member = {}) const;
   // "404 Not Found"; false for a text that is not a status line.
   bool set_status(std::string_view line);
-  SetCookie& cookie(std::wstring_view name);  // made when it is missing
+  void set_cookie(SetCookie cookie);  // in place of the one of its name, or behind the others
 
  private:
   void sent_on();

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <new>
 #include <string>
 #include <system_error>
 
@@ -32,7 +33,9 @@ FILETIME to_file_time(const timespec& when) {
 
 }  // namespace
 
-extern "C" HANDLE CreateFileW(const wchar_t* path, DWORD, DWORD, void*, DWORD, DWORD, HANDLE) {
+// The component expects no exceptions of any of these.
+
+extern "C" HANDLE CreateFileW(const wchar_t* path, DWORD, DWORD, void*, DWORD, DWORD, HANDLE) try {
   if (!path) return invalid_handle();
   const std::string file = native_path(path);
   // The component's CloseHandle and GetFileTime take a FILE*.
@@ -41,6 +44,8 @@ extern "C" HANDLE CreateFileW(const wchar_t* path, DWORD, DWORD, void*, DWORD, D
   const auto canonical = zelto::canonical_path(file);
   FILE* opened = canonical ? std::fopen(canonical->c_str(), "rbe") : nullptr;
   return opened ? opened : invalid_handle();
+} catch (const std::bad_alloc&) {
+  return invalid_handle();
 }
 
 // To the tick: a template that is edited twice in one second shows both times.
@@ -54,7 +59,7 @@ extern "C" BOOL GetFileTime(HANDLE handle, FILETIME* creation, FILETIME* access,
   return TRUE;
 }
 
-extern "C" BOOL PathCanonicalizeW(wchar_t* target, const wchar_t* source) {
+extern "C" BOOL PathCanonicalizeW(wchar_t* target, const wchar_t* source) try {
   if (!target) return FALSE;
   *target = L'\0';
   if (!source) return FALSE;
@@ -64,10 +69,12 @@ extern "C" BOOL PathCanonicalizeW(wchar_t* target, const wchar_t* source) {
   if (wide.size() >= MAX_PATH) return FALSE;
   target[wide.copy(target, wide.size())] = L'\0';
   return TRUE;
+} catch (const std::bad_alloc&) {
+  return FALSE;
 }
 
 // Of a null handle the program's own path. 0 and an empty text when the path does not fit.
-extern "C" DWORD GetModuleFileNameW(void* module, wchar_t* buffer, DWORD size) {
+extern "C" DWORD GetModuleFileNameW(void* module, wchar_t* buffer, DWORD size) try {
   if (!buffer || size == 0) return 0;
   *buffer = L'\0';
   std::error_code error;
@@ -77,4 +84,6 @@ extern "C" DWORD GetModuleFileNameW(void* module, wchar_t* buffer, DWORD size) {
   if (path.size() >= size) return 0;
   buffer[path.copy(buffer, path.size())] = L'\0';
   return static_cast<DWORD>(path.size());
+} catch (const std::bad_alloc&) {
+  return 0;
 }

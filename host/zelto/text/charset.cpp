@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <new>
+#include <utility>
 
 namespace zelto {
 
@@ -34,6 +36,10 @@ struct CloseConverter {
 };
 using Converter = std::unique_ptr<UConverter, CloseConverter>;
 
+void check_memory(UErrorCode status) {
+  if (status == U_MEMORY_ALLOCATION_ERROR) throw std::bad_alloc();
+}
+
 // A converter keeps state, so each thread has its own; opening one is expensive.
 UConverter* converter_for(LONG code_page) {
   thread_local LONG open_page = 0;
@@ -41,11 +47,10 @@ UConverter* converter_for(LONG code_page) {
   if (open_page != code_page) {
     const auto charset = charset_of(code_page);
     UErrorCode status = U_ZERO_ERROR;
-    converter.reset(charset ? ucnv_open(charset->c_str(), &status) : nullptr);
-    if (U_FAILURE(status)) converter.reset();
-    if (converter) {
-      ucnv_setSubstString(converter.get(), u"?", 1, &status);
-    }
+    Converter opened(charset ? ucnv_open(charset->c_str(), &status) : nullptr);
+    if (opened) ucnv_setSubstString(opened.get(), u"?", 1, &status);
+    check_memory(status);
+    converter = std::move(opened);
     open_page = code_page;
   }
   return converter.get();
@@ -67,6 +72,7 @@ std::wstring decode(LONG code_page, std::string_view bytes) {
   if (code_page == kUtf8CodePage) return to_wide(bytes);
   const auto page = static_cast<UINT>(code_page);
   const std::size_t length = codepage_utf32(page, bytes.data(), bytes.size(), nullptr, 0);
+  if (length == kUnknownCodePage && charset_of(code_page)) throw std::bad_alloc();  // its converter could not be had
   if (length == kUnknownCodePage) return to_wide(bytes);
   std::wstring out(length, L'\0');
   codepage_utf32(page, bytes.data(), bytes.size(), out.data(), out.size());
@@ -81,9 +87,11 @@ std::string encode(LONG code_page, std::wstring_view text) {
   UErrorCode status = U_ZERO_ERROR;
   const auto length = static_cast<int32_t>(units.size());
   const int32_t size = ucnv_fromUChars(converter, nullptr, 0, units.data(), length, &status);
+  check_memory(status);
   std::string out(static_cast<std::size_t>(size), '\0');
   status = U_ZERO_ERROR;
   ucnv_fromUChars(converter, out.data(), size, units.data(), length, &status);
+  check_memory(status);
   return out;
 }
 

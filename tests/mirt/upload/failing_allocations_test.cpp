@@ -1,4 +1,5 @@
 // Memory that runs out at any point of an intake: a clear answer, what was read before it, and nothing lost.
+#include <algorithm>
 #include <new>
 #include <string>
 
@@ -57,6 +58,9 @@ TEST(FailingUpload, IsAnAnswerAtEveryPointAndKeepsWhatWasRead) {
     const int values = count_of(form.get(), L"a field that no small buffer holds") + count_of(form.get(), L"f");
     EXPECT_GE(values, before) << n;
     EXPECT_EQ(SUCCEEDED(hr), values == 3) << n;
+    int fields = -1;
+    EXPECT_EQ(S_OK, form->get_Count(&fields));
+    EXPECT_EQ(std::min(values, 2), fields) << n << ": a field that has no value is not there";
     before = values;
     if (FAILED(hr)) {
       EXPECT_TRUE(hr == E_OUTOFMEMORY || hr == E_FAIL) << n << ": a file without its stream is E_FAIL";
