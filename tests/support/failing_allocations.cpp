@@ -120,16 +120,11 @@ extern "C" KORLIB_API SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower_
   return runs_out() ? nullptr : real(type, lower_bound, elements);
 }
 
-// A sanitizer has these to itself.
+// A sanitizer has it to itself.
 #ifndef KOR_SANITIZED
 extern "C" KORLIB_API void* realloc(void* block, std::size_t bytes) noexcept {
   static auto* const real = host_function<void*(void*, std::size_t)>("realloc");
   return runs_out(__builtin_return_address(0)) ? nullptr : real(block, bytes);
-}
-
-extern "C" KORLIB_API void* aligned_alloc(std::size_t alignment, std::size_t bytes) noexcept {
-  static auto* const real = host_function<void*(std::size_t, std::size_t)>("aligned_alloc");
-  return runs_out(__builtin_return_address(0)) ? nullptr : real(alignment, bytes);
 }
 #endif
 

@@ -35,7 +35,17 @@ void AnswerQueue::begin(int socket, std::chrono::milliseconds patience) {
   may_wait_ = patience.count() > 0;
 }
 
+// What goes on behind bytes that could not be kept would be another answer.
 void AnswerQueue::write(std::string_view first, std::string_view second) {
+  try {
+    write_or_keep(first, second);
+  } catch (...) {
+    fail();
+    throw;
+  }
+}
+
+void AnswerQueue::write_or_keep(std::string_view first, std::string_view second) {
   {
     Lock lock(lock_);
     if (!failed_ && is_empty()) send_now(first, second);
@@ -80,7 +90,12 @@ void AnswerQueue::write_file(base::FileDescriptor file, std::uint64_t offset, st
     file_end_ = offset + length;
     if (std::exchange(sending_, true)) return;
   }
-  on_kept_();
+  try {
+    on_kept_();
+  } catch (...) {
+    fail();
+    throw;
+  }
 }
 
 // Until the socket takes no more.

@@ -54,6 +54,7 @@ class AnswerQueue {
   using Lock = std::unique_lock<std::mutex>;
 
   bool is_empty() const { return memory_sent_ == memory_.size() && !spooled_ && !file_; }
+  void write_or_keep(std::string_view first, std::string_view second);
   void send_now(std::string_view& first, std::string_view& second);
   bool keep(std::string_view first, std::string_view second);
   void keep_part(std::string_view& first, std::string_view& second);

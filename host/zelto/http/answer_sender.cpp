@@ -1,6 +1,7 @@
 #include "http/answer_sender.h"
 
 #include <algorithm>
+#include <new>
 
 namespace zelto {
 
@@ -13,10 +14,14 @@ void AnswerSender::send(const std::shared_ptr<void>& owner) {
 
 void AnswerSender::step(const std::shared_ptr<void>& owner) {
   if (queue_.send() == AnswerQueue::Progress::waits) {
-    socket_.async_wait(Socket::wait_write, [this, owner](const boost::system::error_code&) {
-      if (socket_.is_open()) step(owner);
-    });
-    return;
+    try {
+      socket_.async_wait(Socket::wait_write, [this, owner](const boost::system::error_code&) {
+        if (socket_.is_open()) step(owner);
+      });
+      return;
+    } catch (const std::bad_alloc&) {
+      queue_.fail();
+    }
   }
   active_ = false;
   deadline_.arm(HttpLimits::Duration::zero(), owner);

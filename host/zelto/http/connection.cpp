@@ -3,6 +3,7 @@
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/write.hpp>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -29,21 +30,28 @@ Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> ter
       ends_(ends_of(socket_)),
       terms_(std::move(terms)),
       shared_(shared),
-      deadline_(socket_.get_executor(), [this] { on_timeout(); }),
+      deadline_(socket_.get_executor(), [this] { guarded([this] { on_timeout(); }); }),
       reader_(limits(), shared.spool),
       read_rate_(limits().body_timeout, limits().body_rate),
       // A worker may write, so that sending is left to the strand.
-      queue_(shared.spool, limits().send_memory,
-             [this] { asio::post(socket_.get_executor(), [self = shared_from_this()] { self->sender_.send(self); }); }),
+      queue_(shared.spool, limits().send_memory, [this] { post(&Connection::send); }),
       sink_(queue_),
       sender_(socket_, queue_, deadline_, limits(), [this] { on_sent(); }),
-      job_(shared.pool, reader_, sink_, shared.report,
-           [this] { asio::post(socket_.get_executor(), [self = shared_from_this()] { self->on_answered(); }); }) {}
+      job_(shared.pool, reader_, sink_, shared.report, [this] { post(&Connection::on_answered); }) {}
 
-Connection::~Connection() { shared_.table.remove(this); }
+Connection::~Connection() {
+  shared_.table.remove(this);
+  shared_.give_strand_back(socket_.get_executor());
+}
 
-void Connection::start() {
-  asio::post(socket_.get_executor(), [self = shared_from_this()] { self->begin(); });
+void Connection::start() { post(&Connection::begin); }
+void Connection::turn_away() { post(&Connection::answer_too_many); }
+void Connection::give_way() { post(&Connection::close_unless_answering); }
+void Connection::close_when_idle() { post(&Connection::close_soon); }
+void Connection::abort() { post(&Connection::end_at_once); }
+
+void Connection::post(Step step) {
+  asio::post(socket_.get_executor(), [self = shared_from_this(), step] { self->guarded([&] { (*self.*step)(); }); });
 }
 
 void Connection::begin() {
@@ -54,42 +62,27 @@ void Connection::begin() {
   read_head();
 }
 
-void Connection::turn_away() {
-  asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    self->record_.begin(self->ends_.remote_address, "-");
-    self->prepare_sink(false);
-    serve_status(self->sink_, status::kUnavailable, {}, {{"Retry-After", "5"}});
-    self->log_answer();
-    Error ignored;
-    self->socket_.shutdown(Socket::shutdown_send, ignored);
-    take_received(self->socket_);
-    self->close();
-  });
+void Connection::answer_too_many() {
+  record_.begin(ends_.remote_address, "-");
+  prepare_sink(false);
+  serve_status(sink_, status::kUnavailable, {}, {{"Retry-After", "5"}});
+  log_answer();
+  Error ignored;
+  socket_.shutdown(Socket::shutdown_send, ignored);
+  take_received(socket_);
+  close();
 }
 
-void Connection::give_way() {
-  asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    if (self->phase_ != Phase::answering) self->cut_off();
-  });
+void Connection::close_soon() {
+  last_ = true;
+  if (is_idle() || phase_ == Phase::draining) close();
 }
 
-void Connection::close_when_idle() {
-  asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    self->last_ = true;
-    if (self->is_idle() || self->phase_ == Phase::draining) self->close();
-  });
-}
-
-void Connection::abort() {
-  asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    self->aborted_ = true;
-    self->job_.withdraw();
-    // The descriptor must stay open while a worker may write to it.
-    if (self->job_.is_out())
-      reset_peer(self->socket_.native_handle());
-    else
-      self->cut_off();
-  });
+void Connection::end_at_once() {
+  aborted_ = true;
+  job_.withdraw();
+  // The descriptor must stay open while a worker may write to it.
+  job_.is_out() ? reset_peer(socket_.native_handle()) : cut_off();
 }
 
 // --- receiving
@@ -99,7 +92,7 @@ void Connection::receive(Step next) {
   socket_.async_read_some(asio::buffer(room.data(), room.size()),
                           [self = shared_from_this(), next](const Error& error, std::size_t count) {
                             self->reader_.received(count);
-                            self->on_received(error, next);
+                            self->guarded([&] { self->on_received(error, next); });
                           });
 }
 
@@ -164,7 +157,7 @@ void Connection::begin_body() {
   arm(limits().send_timeout);
   asio::async_write(socket_, asio::buffer(kContinue.data(), kContinue.size()),
                     [self = shared_from_this()](const Error& error, std::size_t) {
-                      self->on_received(error, &Connection::read_body);
+                      self->guarded([&] { self->on_received(error, &Connection::read_body); });
                     });
 }
 
@@ -266,10 +259,17 @@ void Connection::on_written() {
   phase_ = Phase::sending;
   if (!queue_.is_sending()) return on_sent();
   shared_.table.set_state(this, ConnectionState::exchanging);
-  sender_.send(shared_from_this());
+  send();
 }
 
-void Connection::log_answer() { shared_.log(record_.end(sink_)); }
+// A line that there is no memory for is lost; the connection goes on.
+void Connection::log_answer() {
+  try {
+    shared_.log(record_.end(sink_));
+  } catch (const std::bad_alloc& problem) {
+    shared_.report(problem.what());
+  }
+}
 
 void Connection::on_sent() {
   if (phase_ != Phase::sending) return;  // a worker still writes
@@ -298,9 +298,7 @@ void Connection::next_request() {
   shared_.table.set_state(this, ConnectionState::waiting);
   if (!reader_.has_begun()) return read_head();
   // Posted, not called: a client may have sent any number of requests at once.
-  asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    if (self->phase_ == Phase::idle) self->read_head();
-  });
+  post(&Connection::read_next);
 }
 
 // Closing while the client still sends would reset the connection and lose the answer on its way. So some of that is

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <boost/asio/ip/tcp.hpp>
 #include <chrono>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <string>
@@ -40,6 +41,7 @@ struct ConnectionShared {
   Router* router;  // null when workers answer everything
   std::function<void(const AccessRecord&)> log;
   std::function<void(std::string_view)> report;  // of what goes wrong in the server itself
+  std::function<void(const boost::asio::any_io_executor&)> give_strand_back;
   std::atomic<bool> stopping = false;
 };
 
@@ -66,7 +68,18 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   using Step = void (Connection::*)();
   enum class Phase { idle, head, body, answering, sending, draining, closed };
 
+  void post(Step step);
+  // A step that fails, for want of memory, ends the connection: nothing would wake it again.
+  template <class Function>
+  void guarded(Function step) noexcept;
+
   void begin();
+  void answer_too_many();
+  void close_unless_answering() {
+    if (phase_ != Phase::answering) cut_off();
+  }
+  void close_soon();
+  void end_at_once();
   void receive(Step next);
   void on_received(const Error& error, Step next);
   void read_head();
@@ -85,10 +98,14 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   void refuse_busy();
   void answer_plainly(int status, std::vector<Header> headers, bool keep_alive);
   void on_written();
+  void send() { sender_.send(shared_from_this()); }
   void on_sent();
   void log_answer();
   void cut_off();
   void next_request();
+  void read_next() {
+    if (phase_ == Phase::idle) read_head();
+  }
   void drain();
   void drain_more();
   void close();
@@ -123,5 +140,15 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   AnswerSender sender_;
   PageJob job_;
 };
+
+template <class Function>
+void Connection::guarded(Function step) noexcept {
+  try {
+    step();
+  } catch (const std::exception& problem) {
+    shared_.report(problem.what());
+    end_at_once();
+  }
+}
 
 }  // namespace zelto

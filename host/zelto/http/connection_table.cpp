@@ -9,17 +9,31 @@ ConnectionTable::Admission ConnectionTable::admit(const Pointer& connection, con
   const ClientAddress client = client_of(address);
   Admission admission;
   const std::lock_guard lock(lock_);
-  const auto known = clients_.find(client);
-  const bool client_is_full =
-      is_limited && counts_.per_address > 0 && known != clients_.end() && known->second >= counts_.per_address;
-  if (client_is_full || entries_.size() >= counts_.in_all) {
-    admission.gives_way = take(client_is_full ? &client : nullptr);
-    if (!admission.gives_way) return admission;
-  }
-  // What can fail comes first.
+  // What can fail comes first, before anybody has given way.
   List place(1);
-  std::size_t& count = clients_[client];
-  Entry& entry = entries_[connection.get()];
+  const auto known = clients_.try_emplace(client).first;
+  std::size_t& count = known->second;
+  const auto forget_client = [&] {
+    if (count == 0) clients_.erase(known);
+  };
+  const bool client_is_full = is_limited && counts_.per_address > 0 && count >= counts_.per_address;
+  const bool is_full = client_is_full || entries_.size() >= counts_.in_all;
+  auto made = entries_.end();
+  try {
+    made = entries_.try_emplace(connection.get()).first;
+  } catch (...) {
+    forget_client();
+    throw;
+  }
+  if (is_full) {
+    admission.gives_way = take(client_is_full ? &client : nullptr);
+    if (!admission.gives_way) {
+      entries_.erase(made);
+      forget_client();
+      return admission;
+    }
+  }
+  Entry& entry = made->second;
   ++count;
   entry.connection = connection;
   entry.client = client;

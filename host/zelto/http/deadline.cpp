@@ -15,8 +15,8 @@ void Deadline::stop() {
 }
 
 void Deadline::watch(std::shared_ptr<void> owner) {
-  timer_at_ = at_;
-  timer_.expires_at(timer_at_);
+  timer_at_ = Clock::time_point::max();  // none runs when the next one cannot be started
+  timer_.expires_at(at_);
   timer_.async_wait([this, owner = std::move(owner)](const boost::system::error_code& error) mutable {
     if (error || stopped_) return;
     timer_at_ = Clock::time_point::max();
@@ -25,6 +25,7 @@ void Deadline::watch(std::shared_ptr<void> owner) {
     at_ = Clock::time_point::max();
     on_missed_();
   });
+  timer_at_ = timer_.expiry();
 }
 
 void ReadRate::begin(Clock::time_point now) {

@@ -11,7 +11,13 @@ WorkerPool::Submitted PageJob::submit(const std::shared_ptr<void>& owner, std::s
   turn_ = std::move(turn);
   socket_ = socket;
   is_out_ = true;
-  const auto submitted = pool_.submit(std::shared_ptr<Job>(owner, this), turn_, reader_.request().file);
+  auto submitted = WorkerPool::Submitted::refused;
+  try {
+    submitted = pool_.submit(std::shared_ptr<Job>(owner, this), turn_, reader_.request().file);
+  } catch (...) {
+    is_out_ = false;
+    throw;
+  }
   if (submitted == WorkerPool::Submitted::refused) is_out_ = false;
   return submitted;
 }
@@ -31,7 +37,12 @@ void PageJob::run(Worker& worker) {
   } catch (...) {
     sink_.abandon();
   }
-  on_done_();
+  try {
+    on_done_();
+  } catch (...) {
+    reset_peer(socket_);  // nobody else will: the client must not wait for the rest
+    throw;
+  }
 }
 
 void PageJob::handle(Worker& worker) {

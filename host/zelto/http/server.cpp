@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/address.hpp>
@@ -9,7 +10,9 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/strand.hpp>
+#include <exception>
 #include <future>
+#include <memory>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -31,8 +34,16 @@ namespace {
 constexpr std::chrono::seconds kBeat(1);
 // After which what failed for want of memory or files is tried again.
 constexpr std::chrono::milliseconds kPause(20);
+// Made beforehand for connections beyond the limit, which are turned away, and those that are about to go.
+constexpr std::size_t kSpareStrands = 64;
 // What connections need to close once they have been told to; nothing waits for a client then.
 constexpr std::chrono::seconds kLastSteps(5);
+
+// Goes with a handler, called or not: one that no memory could be had for is dropped.
+struct Reset {
+  void operator()(std::atomic<bool>* is_waiting) const { *is_waiting = false; }
+};
+using Waiting = std::unique_ptr<std::atomic<bool>, Reset>;
 
 }  // namespace
 
@@ -49,7 +60,8 @@ class Server::Impl {
                 spool_,
                 router,
                 [this](const AccessRecord& record) { log(record); },
-                [this](std::string_view problem) { report(problem); }} {}
+                [this](std::string_view problem) { report(problem); },
+                [this](const asio::any_io_executor& strand) { give_strand_back(strand); }} {}
 
   ~Impl() {
     try {
@@ -64,6 +76,7 @@ class Server::Impl {
   void start() {
     listen();
     try_spool();
+    make_strands();
     pool_.start();
     for (unsigned i = 0; i < std::max(options_.io_threads, 1U); ++i) threads_.emplace_back([this] { run_io(); });
   }
@@ -87,10 +100,14 @@ class Server::Impl {
     table_.wait_until_empty(kLastSteps);
     io_.stop();
     threads_.clear();
+    const std::lock_guard lock(strands_lock_);
+    io_has_ended_ = true;
     return all_answered_;
   }
 
  private:
+  using Strand = asio::strand<asio::io_context::executor_type>;
+
   void listen() {
     base::FileDescriptor socket(options_.listening_socket);
     if (!socket) socket = listen_on(options_.address, options_.port);
@@ -135,22 +152,38 @@ class Server::Impl {
     }
   }
 
+  // None is made while connections are accepted: the library crashes where there is no memory for half of one.
+  void make_strands() {
+    strands_.reserve(options_.limits.connections + kSpareStrands);
+    while (strands_.size() < strands_.capacity()) strands_.push_back(asio::make_strand(io_));
+  }
+
+  Strand take_strand() {
+    const std::lock_guard lock(strands_lock_);
+    if (strands_.empty()) return asio::make_strand(io_);
+    Strand taken = std::move(strands_.back());
+    strands_.pop_back();
+    return taken;
+  }
+
+  void give_strand_back(const asio::any_io_executor& executor) noexcept {
+    const Strand* const strand = executor.target<Strand>();
+    const std::lock_guard lock(strands_lock_);
+    if (strand && !io_has_ended_ && strands_.size() < strands_.capacity()) strands_.push_back(*strand);
+  }
+
   // Whatever fails in here, someone accepts again.
   void accept() {
     if (accepting_.exchange(true)) return;
-    try {
-      acceptor_.async_accept(asio::make_strand(io_),
-                             [this](const boost::system::error_code& error, tcp::socket socket) {
-                               accepting_ = false;
-                               if (shared_.stopping || error == asio::error::operation_aborted) return;
-                               if (error) return accept_later(error);
-                               accept();
-                               adopt(std::move(socket));
-                             });
-    } catch (...) {
-      accepting_ = false;
-      throw;
-    }
+    Waiting waiting(&accepting_);
+    acceptor_.async_accept(take_strand(), [this, waiting = std::move(waiting)](const boost::system::error_code& error,
+                                                                               tcp::socket socket) mutable {
+      waiting.reset();
+      if (shared_.stopping || error == asio::error::operation_aborted) return;
+      if (error) return accept_later(error);
+      accept();
+      adopt(std::move(socket));
+    });
   }
 
   // Mostly no descriptor is left: one becomes free when a connection ends.
@@ -165,17 +198,13 @@ class Server::Impl {
 
   void beat() {
     if (!options_.on_beat || beating_.exchange(true)) return;
-    try {
-      options_.on_beat();
-      beat_.expires_after(kBeat);
-      beat_.async_wait([this](const boost::system::error_code& cancelled) {
-        beating_ = false;
-        if (!cancelled) beat();
-      });
-    } catch (...) {
-      beating_ = false;
-      throw;
-    }
+    Waiting waiting(&beating_);
+    options_.on_beat();
+    beat_.expires_after(kBeat);
+    beat_.async_wait([this, waiting = std::move(waiting)](const boost::system::error_code& cancelled) mutable {
+      waiting.reset();
+      if (!cancelled) beat();
+    });
   }
 
   std::shared_ptr<const ConnectionTerms> terms() {
@@ -204,8 +233,13 @@ class Server::Impl {
     options_.on_access(record);
   }
 
-  void report(std::string_view problem) const {
-    if (options_.on_problem) options_.on_problem(problem);
+  // Called where an exception has just been caught: what cannot be told must not end the program.
+  void report(std::string_view problem) const noexcept {
+    try {
+      if (options_.on_problem) options_.on_problem(problem);
+    } catch (const std::exception&) {
+      return;
+    }
   }
 
   const ServerOptions options_;
@@ -216,16 +250,19 @@ class Server::Impl {
   Spool spool_;
   WorkerPool pool_;
   ConnectionShared shared_;
+  std::atomic<bool> accepting_ = false;
+  std::atomic<bool> beating_ = false;
+  std::mutex strands_lock_;
+  bool io_has_ended_ = false;  // what of connections is left goes with io_, behind the strands
   // Behind what its handlers use: destroying it destroys the connections that are left.
   asio::io_context io_;
   asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};
-  asio::strand<asio::io_context::executor_type> accepting_strand_{io_.get_executor()};
+  Strand accepting_strand_{io_.get_executor()};
+  std::vector<Strand> strands_;  // of no connection
   tcp::acceptor acceptor_{accepting_strand_};
   asio::steady_timer retry_{accepting_strand_};
   asio::steady_timer beat_{io_};
   std::vector<std::jthread> threads_;
-  std::atomic<bool> accepting_ = false;
-  std::atomic<bool> beating_ = false;
   std::atomic<bool> starved_ = false;  // and the log knows
   std::uint16_t port_ = 0;
   bool stopped_ = false;

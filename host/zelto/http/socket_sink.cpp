@@ -39,8 +39,6 @@ void SocketSink::reset(int socket, const Terms& terms) {
 
 void SocketSink::start(ResponseHead head, std::uint64_t length) {
   if (started_) return;
-  started_ = true;
-  status_ = head.status;
   has_body_ = !terms_.head_only && !is_bodiless(head.status);
   if (terms_.stopping && *terms_.stopping) terms_.keep_alive = false;
   Framing framing = Framing::length;
@@ -56,10 +54,22 @@ void SocketSink::start(ResponseHead head, std::uint64_t length) {
   until_close_ = framing == Framing::until_close && has_body_;
   remaining_ = length;
   gathered_ = write_response_head(head, framing, length, terms_.keep_alive);
+  status_ = head.status;
+  started_ = true;
 }
 
+// An answer that lacks bytes fails: others behind it would be taken for them.
 void SocketSink::write(std::string_view bytes) {
   if (!started_ || finished_ || !has_body_ || bytes.empty()) return;
+  try {
+    write_body(bytes);
+  } catch (...) {
+    queue_.fail();
+    throw;
+  }
+}
+
+void SocketSink::write_body(std::string_view bytes) {
   if (chunked_) {
     gathered_ += chunk_header(bytes.size());
   } else if (remaining_ != kUnknownLength) {

@@ -48,6 +48,7 @@ class SocketSink final : public ResponseSink {
   const std::string& note() const { return note_; }
 
  private:
+  void write_body(std::string_view bytes);
   void send(std::string_view bytes);
 
   AnswerQueue& queue_;
