@@ -6,6 +6,7 @@
 import { clocks } from './clock.mjs';
 import { slow } from './slow.mjs';
 import { soaks } from './soak.mjs';
+import { uploads_left } from './uploads.mjs';
 import { used_up } from './used_up.mjs';
 import { writes } from './writes.mjs';
 
@@ -15,7 +16,7 @@ for (const word of process.argv.slice(2)) {
   if (/^\d+$/.test(word) && last) wanted.set(last, Number(word));
   else wanted.set(word, undefined);
 }
-const usual = { ...slow, ...used_up, ...writes, ...clocks };
+const usual = { ...slow, ...used_up, ...uploads_left, ...writes, ...clocks };
 const faults = { ...usual, ...soaks };
 const unknown = [...wanted.keys()].filter((name) => !faults[name]);
 if (unknown.length) {

@@ -1,0 +1,4 @@
+<%@ EnableSessionState="False" %><%
+// Answers how many bytes of the body the page has had in its hands.
+Response.Write(Request.BinaryRead(Request.TotalBytes).length);
+%>
