@@ -159,7 +159,7 @@ HRESULT ResponseObject::AddHeader(BSTR name, BSTR value) {
 
 HRESULT ResponseObject::AppendToLog(BSTR text) {
   return guarded(kSource, [&] {
-    page_->response.log_note += plain_line(to_utf8(korlib::view_of(text)));
+    page_->response.append_to_log(plain_line(to_utf8(korlib::view_of(text))));
     return S_OK;
   });
 }

@@ -79,8 +79,17 @@ void ResponseState::flush() {
 void ResponseState::end(void (ResponseSink::*how)()) {
   if (!sink_) return;
   send(buffer_.size());
-  if (!log_note.empty()) sink_->append_to_log(log_note);
+  if (!log_note_.empty()) sink_->append_to_log(log_note_);
   (std::exchange(sink_, nullptr)->*how)();
+}
+
+void ResponseState::append_to_log(std::string_view text) {
+  if (is_log_note_full_) return;
+  std::size_t room = kLogNoteLimit - log_note_.size();
+  is_log_note_full_ = text.size() > room;
+  const auto is_inside_character = [text](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
+  while (is_log_note_full_ && room > 0 && is_inside_character(room)) --room;
+  log_note_ += text.substr(0, room);
 }
 
 bool ResponseState::reset() {

@@ -52,6 +52,8 @@ class ResponseState : public ResponseFields {
  public:
   // A body beyond this is sent on as it comes.
   static constexpr std::size_t kBufferLimit = std::size_t{4} * 1024 * 1024;
+  // Of what the page adds to its line of the log; what is more is left out.
+  static constexpr std::size_t kLogNoteLimit = std::size_t{8} * 1024;
 
   explicit ResponseState(ResponseSink& sink) : sink_(&sink) {}
 
@@ -66,6 +68,7 @@ class ResponseState : public ResponseFields {
   // Forgets the body and what the page said of it, as for an error page. False when the head has gone out already.
   bool reset();
   void detach() { sink_ = nullptr; }
+  void append_to_log(std::string_view utf8);
 
   bool head_sent() const { return head_sent_; }
   bool connected() const { return sink_ && sink_->connected(); }
@@ -74,7 +77,6 @@ class ResponseState : public ResponseFields {
 
   bool buffered = true;
   std::string session_cookie;  // a whole Set-Cookie value, or empty
-  std::string log_note;
 
   // Once the head has gone out, so that it cannot be changed any more: fails with a message that begins with the
   // member.
@@ -92,6 +94,8 @@ class ResponseState : public ResponseFields {
 
   ResponseSink* sink_;
   ByteBuffer buffer_;
+  std::string log_note_;
+  bool is_log_note_full_ = false;
   bool head_sent_ = false;
 };
 

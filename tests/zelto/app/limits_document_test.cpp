@@ -11,6 +11,7 @@
 #include "http/server.h"
 #include "http/spool.h"
 #include "intrinsics/field_table.h"
+#include "intrinsics/response_state.h"
 #include "site/site.h"
 
 namespace {
@@ -74,6 +75,8 @@ TEST(LimitsDocument, TellsTheLimitsThatHold) {
       {"time that they wait", time(http.turn_timeout)},
       {"time of a page", time(site.script_timeout)},
       {"memory of a page's objects", bytes(site.script_memory)},
+      {"answer that a page has buffered", bytes(zelto::ResponseState::kBufferLimit)},
+      {"what a page adds to its line of the log", bytes(zelto::ResponseState::kLogNoteLimit)},
       {"sessions", count(site.session_limit)},
       {"time without a request that ends a session", count(static_cast<std::uint64_t>(site.session_timeout)) + " min"},
       {"time that pages get to end when the host stops", time(zelto::Configuration().stop_timeout)},

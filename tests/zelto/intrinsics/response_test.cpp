@@ -191,6 +191,15 @@ TEST_F(Response, AppendsOneLineToTheLog) {
   EXPECT_EQ("a  b", sink.log);
 }
 
+// A page that calls it without end filled the memory, and its line the log.
+TEST_F(Response, LeavesOutWhatIsTooMuchForALineOfTheLog) {
+  const std::wstring piece(1000, L'\u00E9');
+  for (int i = 0; i < 5; ++i) call(response(), L"AppendToLog", L"a" + piece);
+  page().response.finish();
+  EXPECT_EQ(8191u, sink.log.size()) << "half a character is none";
+  EXPECT_TRUE(sink.log.ends_with("\xC3\xA9"));
+}
+
 TEST_F(Response, KnowsWhetherTheClientIsThere) {
   EXPECT_TRUE(is_true(get(response(), L"IsClientConnected")));
   sink.is_connected = false;
