@@ -38,6 +38,8 @@ fails('a page that fails is an error of its own request', 'runaway', [
   // Whichever call found the stack used up.
   ['recurse_through_component', /^\/default\.asp:\d+: Out of stack space \(RangeError, /],
   ['grow', /^\/default\.asp: The page took more memory than the site allows\. /],
+  ['grow_dictionary', /^\/default\.asp: The page took more memory than the site allows\. /],
+  ['grow_component', /^\/default\.asp: The page took more memory than the site allows\. /],
   ['grow_text', /^\/default\.asp:24: Out of memory \(RangeError, /],
 ]);
 

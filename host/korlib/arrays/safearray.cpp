@@ -1,5 +1,6 @@
 #include <korlib/safearray.h>
 #include <korlib_host/byte_array.h>
+#include <korlib_host/memory_limit.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -44,7 +45,9 @@ HRESULT read_bound(const SAFEARRAY* array, UINT dim, LONG* index, End end) {
 }
 
 // An array without elements has an address as well, so that nobody mistakes it for a missing one.
-void* allocate_data(std::size_t bytes) { return std::calloc(bytes ? bytes : 1, 1); }
+void* allocate_data(std::size_t bytes) {
+  return korlib_host::may_take(bytes) ? std::calloc(bytes ? bytes : 1, 1) : nullptr;
+}
 
 }  // namespace
 

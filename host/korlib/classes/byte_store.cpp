@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
+
+#include <korlib_host/memory_limit.h>
 
 namespace korlib {
 
@@ -12,7 +15,9 @@ bool ByteStore::grow(std::size_t bytes) {
 }
 
 void ByteStore::grow_to(std::size_t size) {
-  bytes_.grow(std::max({size, std::min(bytes_.capacity() * 2, kMaxSize), std::size_t{256}}));
+  const std::size_t capacity = std::max({size, std::min(bytes_.capacity() * 2, kMaxSize), std::size_t{256}});
+  if (!korlib_host::may_take(capacity - bytes_.capacity())) throw std::bad_alloc();
+  bytes_.grow(capacity);
 }
 
 void ByteStore::copy_in(std::string_view bytes) {

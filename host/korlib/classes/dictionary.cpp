@@ -6,6 +6,7 @@
 
 #include <korlib_host/dictionaries.h>
 #include <korlib_host/enumerator.h>
+#include <korlib_host/kept_values.h>
 #include <korlib_host/results.h>
 
 #include "classes/script_errors.h"
@@ -118,15 +119,20 @@ HRESULT Dictionary::store(const VARIANT& key, const VARIANT& value, bool may_rep
     RETURN_IF_FAILED(own(value, owned));
     RETURN_IF_FAILED(admit(wanted.value()));
     RETURN_IF_FAILED(admit(owned));
+    const bool is_full =
+        is_shared_ && !korlib_host::may_keep();  // a number takes the place of another one all the same
     bool is_refused = false;
+    bool has_room = true;
     {
       const std::lock_guard guard(lock_);
       Entry* const entry = find(wanted);
       is_refused = entry && !may_replace;
-      if (!entry) table_.add({std::move(wanted), std::move(owned)});
-      if (entry && may_replace) std::swap(entry->value, owned);
+      has_room = !is_full || (entry && !korlib_host::owns_memory(owned));
+      if (!entry && has_room) table_.add({std::move(wanted), std::move(owned)});
+      if (entry && may_replace && has_room) std::swap(entry->value, owned);
     }
-    return is_refused ? existing(key) : S_OK;
+    if (is_refused) return existing(key);
+    return has_room ? S_OK : korlib_host::raise_full(kSource);
   });
 }
 

@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include <korlib_host/errors.h>
+#include <korlib_host/memory_limit.h>
 #include <korlib_host/unicode.h>
 
 #include "base/file_descriptor.h"
@@ -99,6 +100,7 @@ HRESULT load_file(std::wstring_view path, const FileFault& fault, base::GrowingB
   if (const int error = open_regular(system_path(path), file, size)) {
     return raise_file_error(L"open", path, error, fault);
   }
+  if (!korlib_host::may_take(size)) return E_OUTOFMEMORY;
   contents.grow(std::max<std::size_t>(size, 1));
   std::size_t got = 0;
   const int error = base::read_all(file.get(), {contents.data(), size}, got);

@@ -9,6 +9,8 @@
 #include <string>
 #include <utility>
 
+#include <korlib_host/memory_limit.h>
+
 #include "base/serial_date.h"
 #include "variant/number_parser.h"
 
@@ -136,6 +138,13 @@ HRESULT read_bytes(const VARIANT& variant, odbc::Value& value) {
   return S_OK;
 }
 
+// Asked behind each row: rows that are kept come without the database, which would be stopped.
+bool is_memory_used_up(LONG row) {
+  constexpr LONG kEvery = 256;
+  korlib_host::MemoryLimit* const limit = row % kEvery == 0 ? korlib_host::memory_limit() : nullptr;
+  return limit && limit->is_exceeded();
+}
+
 }  // namespace
 
 DataType type_of(odbc::Kind kind) { return *std::ranges::find(kTypes, kind, &TypeRow::kind)->types.begin(); }
@@ -237,6 +246,7 @@ HRESULT rows_as_array(odbc::ResultSet& result, LONG rows, const std::vector<std:
     for (const std::size_t column : columns) {
       RETURN_IF_FAILED(to_variant((*result.current())[column], values.emplace_back().put()));
     }
+    if (is_memory_used_up(static_cast<LONG>(count))) return E_OUTOFMEMORY;
     result.next();
   }
   const SAFEARRAYBOUND bounds[] = {{static_cast<ULONG>(columns.size()), 0}, {count, 0}};
@@ -264,6 +274,7 @@ HRESULT rows_as_text(odbc::ResultSet& result, LONG rows, const TextMarks& marks,
       }
     }
     all += marks.behind;
+    if (is_memory_used_up(i)) return E_OUTOFMEMORY;
     result.next();
   }
   *text = new_bstr(all);

@@ -90,11 +90,19 @@ void Statement::need_handle() const {
 template <class Body>
 auto Statement::within_timeout(Body body) {
   const StatementTimer timer(handle_.get(), timeout_);
+  // A cancellation may reach the server when the statement is over, and would hit the connection's next one.
+  const struct Mark {
+    const StatementTimer& timer;
+    Connection& connection;
+    ~Mark() {
+      if (timer.has_cancelled()) connection.mark_broken();
+    }
+  } mark{timer, *connection_};
   try {
     return body();
   } catch (const Failure& failure) {
-    if (failure.is_connection_lost() || timer.has_run_out()) connection_->mark_broken();
-    if (timer.has_run_out()) throw Failure(L"HYT00", L"The command took longer than its time-out.");
+    if (failure.is_connection_lost()) connection_->mark_broken();
+    if (timer.has_cancelled()) timer.fail();
     throw;
   }
 }
@@ -136,11 +144,13 @@ void Statement::execute(const std::wstring& sql, const std::vector<Parameter>& p
 
 bool Statement::next_result() {
   need_handle();
-  const SQLRETURN result = SQLMoreResults(handle_.get());
-  if (result == SQL_NO_DATA) return false;
-  handle_.check(result);
-  describe();
-  return true;
+  return within_timeout([&] {
+    const SQLRETURN result = SQLMoreResults(handle_.get());
+    if (result == SQL_NO_DATA) return false;
+    handle_.check(result);
+    describe();
+    return true;
+  });
 }
 
 void Statement::describe() {

@@ -51,13 +51,19 @@ class TimerThread {
     }
   }
 
+  // One that was cancelled is looked at again: a driver forgets a cancellation that comes between two of its steps.
   void cancel_late() {
     const Time now = std::chrono::steady_clock::now();
     while (next() <= now) {
-      StatementTimer* const late = timers_.begin()->second;
-      timers_.erase(timers_.begin());
-      late->has_run_out_ = true;
-      SQLCancel(late->statement_);
+      StatementTimer* const due = timers_.begin()->second;
+      auto place = timers_.extract(timers_.begin());
+      if (const auto cause = due->look(now); cause != StatementTimer::Cause::none) {
+        due->cause_ = cause;
+        SQLCancel(due->statement_);
+      }
+      due->at_ = due->next_look(now);
+      place.value().first = due->at_;
+      timers_.insert(std::move(place));
     }
   }
 
@@ -78,23 +84,53 @@ Clock::time_point end_of(int seconds) {
   return seconds > 0 ? std::min(t_deadline, Clock::now() + std::chrono::seconds(seconds)) : t_deadline;
 }
 
+constexpr std::chrono::milliseconds kLookEvery{100};  // at a statement whose page has a limit of memory
+constexpr std::chrono::milliseconds kCancelEvery{1000};
+
+constexpr const wchar_t* kPageIsLate = L"The page took longer than the site allows.";
+constexpr const wchar_t* kPageIsFull = L"The page took more memory than the site allows.";
+
 }  // namespace
 
 void StatementTimer::set_deadline(Clock::time_point deadline) noexcept { t_deadline = deadline; }
 
+std::chrono::milliseconds StatementTimer::time_left(int seconds) noexcept {
+  using std::chrono::milliseconds;
+  const milliseconds own = seconds > 0 ? std::chrono::seconds(seconds) : milliseconds::max();
+  if (t_deadline == Clock::time_point::max()) return own;
+  const auto left = std::chrono::duration_cast<milliseconds>(t_deadline - Clock::now());
+  return std::clamp(left, milliseconds(0), own);
+}
+
 StatementTimer::StatementTimer(void* statement, int seconds)
-    : statement_(statement), at_(end_of(seconds)), is_set_(at_ != Clock::time_point::max()) {
-  if (!is_set_) return;
+    : statement_(statement), end_(end_of(seconds)), memory_(korlib_host::memory_limit()) {
+  if (end_ == Clock::time_point::max() && !memory_) return;
   // A cancellation before the driver has begun is forgotten by it: reading many rows would go on, one by one.
-  if (at_ <= Clock::now()) {
-    is_set_ = false;
-    throw Failure(L"HYT00", L"The page took longer than the site allows.");
-  }
+  const Clock::time_point now = Clock::now();
+  if (end_ <= now) throw Failure(L"HYT00", kPageIsLate);
+  if (memory_ && memory_->is_exceeded()) throw Failure(L"HY001", kPageIsFull);
+  at_ = next_look(now);
+  is_set_ = true;
   TimerThread::instance().add(this);
 }
 
 StatementTimer::~StatementTimer() {
   if (is_set_) TimerThread::instance().remove(this);
+}
+
+StatementTimer::Cause StatementTimer::look(Clock::time_point now) const {
+  if (end_ <= now) return Cause::time;
+  return memory_ && memory_->is_exceeded() ? Cause::memory : cause_.load();
+}
+
+StatementTimer::Clock::time_point StatementTimer::next_look(Clock::time_point now) const {
+  if (has_cancelled()) return now + kCancelEvery;
+  return memory_ ? std::min(end_, now + kLookEvery) : end_;
+}
+
+void StatementTimer::fail() const {
+  if (cause_ == Cause::memory) throw Failure(L"HY001", kPageIsFull);
+  throw Failure(L"HYT00", L"The command took longer than its time-out.");
 }
 
 }  // namespace korlib::odbc

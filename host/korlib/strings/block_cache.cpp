@@ -4,13 +4,23 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include <korlib_host/memory_limit.h>
+
 namespace korlib::strings {
+namespace {
+
+// Apart, so that a small block needs no more than a look at its list.
+[[gnu::noinline]] void* take_large(std::size_t bytes) noexcept {
+  return korlib_host::may_take(bytes) ? std::malloc(bytes) : nullptr;
+}
+
+}  // namespace
 
 #ifdef KOR_SANITIZED
 
 void* take_block(std::size_t bytes, std::size_t* usable) noexcept {
   *usable = bytes;
-  return std::malloc(bytes);
+  return take_large(bytes);
 }
 
 void give_block(void* block, std::size_t) noexcept { std::free(block); }
@@ -77,7 +87,7 @@ void* take_block(std::size_t bytes, std::size_t* usable) noexcept {
   const std::size_t index = class_of(bytes);
   if (index >= kClasses) {
     *usable = bytes;
-    return std::malloc(bytes);
+    return take_large(bytes);
   }
   *usable = (index + 1) * kStep;
   FreeList& list = cache.lists[index];

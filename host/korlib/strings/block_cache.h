@@ -9,8 +9,8 @@
 
 namespace korlib::strings {
 
-// At least `bytes` bytes aligned to 16, or null. `*usable` receives what the block really holds, which
-// give_block() wants back.
+// At least `bytes` bytes aligned to 16, or null; the page's limit of memory is asked for a large block. `*usable`
+// receives what the block really holds, which give_block() wants back.
 void* take_block(std::size_t bytes, std::size_t* usable) noexcept;
 void give_block(void* block, std::size_t usable) noexcept;
 

@@ -33,6 +33,8 @@ void read_site(const ConfigurationFile& file, SiteOptions& site) {
   }
   const auto memory = file.number("script_memory", std::int64_t{1} << 24, std::int64_t{1} << 40);
   if (memory) site.script_memory = static_cast<std::size_t>(*memory);
+  const auto kept = file.number("kept_memory", std::int64_t{1} << 24, std::int64_t{1} << 50);
+  if (kept) site.kept_memory = static_cast<std::size_t>(*kept);
   const auto limit = file.number("session_limit", 1, 10'000'000);
   if (limit) site.session_limit = static_cast<std::size_t>(*limit);
   if (const auto node = file.text("session_node")) {

@@ -45,6 +45,7 @@ HRESULT ApplicationHold::get(std::wstring_view name, VARIANT* value) {
 }
 
 HRESULT ApplicationHold::put(std::wstring_view name, const VARIANT& value) {
+  RETURN_IF_FAILED(check_room(value, kSource));
   CComVariant copy;
   RETURN_IF_FAILED(VariantCopyInd(&copy, &value));
   if (!korlib_host::share(copy)) {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/letter_case.h"
+#include "script/thread_memory.h"
 #include "text/charset.h"
 #include "text/http_date.h"
 #include "text/http_grammar.h"
@@ -65,7 +66,9 @@ void ResponseState::sent_on() {
   if (!buffered || buffer_.size() > kBufferLimit) flush();
 }
 
+// What waits for the client is the server's, within limits of its own, and freed by its threads.
 void ResponseState::send(std::uint64_t length) {
+  const TakenForOthers taken;
   if (!head_sent_) sink_->start(head(), length);
   head_sent_ = true;
   if (buffer_.size() > 0) sink_->write(buffer_.view());
@@ -79,6 +82,7 @@ void ResponseState::flush() {
 void ResponseState::end(void (ResponseSink::*how)()) {
   if (!sink_) return;
   send(buffer_.size());
+  const TakenForOthers taken;
   if (!log_note_.empty()) sink_->append_to_log(log_note_);
   (std::exchange(sink_, nullptr)->*how)();
 }

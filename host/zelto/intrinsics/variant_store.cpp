@@ -1,6 +1,7 @@
 #include "intrinsics/variant_store.h"
 
 #include <korlib_host/dictionaries.h>
+#include <korlib_host/kept_values.h>
 
 #include "intrinsics/arguments.h"
 #include "script/script_object.h"
@@ -40,6 +41,10 @@ void VariantTable::clear() {
 }
 
 std::vector<std::wstring> VariantTable::names() const { return names_of(entries_); }
+
+HRESULT check_room(const VARIANT& value, std::wstring_view source) {
+  return !korlib_host::owns_memory(value) || korlib_host::may_keep() ? S_OK : korlib_host::raise_full(source);
+}
 
 bool holds_script_object(const VARIANT& value) {
   switch (value.vt) {

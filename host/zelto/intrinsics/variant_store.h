@@ -44,6 +44,10 @@ class VariantStore {
   virtual HRESULT names(std::vector<std::wstring>& names) = 0;
 };
 
+// Whether another value may be kept, which fails with a message when the program has too much already. One that takes
+// nothing but its place always may.
+HRESULT check_room(const VARIANT& value, std::wstring_view source);
+
 // A script's object dies with its page. Looks into arrays as well.
 bool holds_script_object(const VARIANT& value);
 

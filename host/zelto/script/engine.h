@@ -35,9 +35,10 @@ class Engine {
   void set_time_limit(std::chrono::milliseconds limit) { watchdog_.set_time_limit(limit); }
   std::chrono::milliseconds time_limit() const noexcept { return watchdog_.time_limit(); }
 
-  // How much memory, in bytes, the objects of scripts may take, looked at a few times a second while a script runs.
-  // Zero: no limit.
-  void set_memory_limit(std::size_t bytes) { watchdog_.set_memory_limit(bytes); }
+  // How much memory, in bytes, scripts may take for their objects and have others take, looked at where script and
+  // objects call each other and a few times a second while a script runs; and how much the whole program may have
+  // outside of its engines for a script to keep more beyond its page. Zero: no limit.
+  void set_memory_limit(std::size_t bytes, std::size_t all = 0) { watchdog_.set_memory_limits(bytes, all); }
 
   // For whoever watches over the thread from outside: keeps there by when the script that runs must have ended, in
   // nanoseconds of the steady clock, 0 for never or when none runs. The place outlives the engine.

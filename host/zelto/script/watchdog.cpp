@@ -50,14 +50,6 @@ double heap_bytes(JSContextRef ctx) {
   return JSValueToNumber(ctx, property(ctx, JSGetMemoryUsageStatistics(ctx), "heapCapacity"), nullptr);
 }
 
-// Whether the virtual machine needs more than that for its objects; garbage is freed before it counts.
-bool heap_exceeds(JSContextRef ctx, std::size_t bytes) {
-  // Asking the engine is expensive, so it is asked only when it may matter.
-  if (resident_bytes() <= bytes || heap_bytes(ctx) <= static_cast<double>(bytes)) return false;
-  JSSynchronousGarbageCollectForDebugging(ctx);
-  return heap_bytes(ctx) > static_cast<double>(bytes);
-}
-
 }  // namespace
 
 Watchdog::Watchdog(JSContextGroupRef group, JSContextRef idle) : group_(group), idle_(idle) { arm(kUnlimitedSeconds); }
@@ -69,6 +61,7 @@ void Watchdog::enter() {
   ending_ = Outcome::completed;
   start_ = std::chrono::steady_clock::now();
   is_terminating_ = false;
+  memory_.begin();
   start();
   update_shown();
 }
@@ -76,6 +69,7 @@ void Watchdog::enter() {
 bool Watchdog::leave() {
   if (--depth_ > 0) return false;
   update_shown();
+  memory_.end();
   if (is_unwinding()) settle();
   return true;
 }
@@ -122,7 +116,7 @@ bool Watchdog::on_time(JSContextRef ctx, void* watchdog) {
     self.is_terminating_ = false;
     return true;
   }
-  if (self.memory_limit_ > 0 && heap_exceeds(ctx, self.memory_limit_)) {
+  if (self.memory_limit_ > 0 && self.uses_too_much(ctx)) {
     self.ending_ = Outcome::out_of_memory;
   } else {
     self.start();  // each is good for one look
@@ -131,8 +125,32 @@ bool Watchdog::on_time(JSContextRef ctx, void* watchdog) {
 }
 
 bool Watchdog::must_unwind() {
-  if (!is_unwinding() && is_late()) ending_ = Outcome::timed_out;
+  if (is_unwinding()) return true;
+  if (is_late()) {
+    ending_ = Outcome::timed_out;
+  } else if (memory_.wants_look()) {
+    free_unheld();
+    if (memory_.look()) ending_ = Outcome::out_of_memory;
+  }
   return is_unwinding();
+}
+
+// What the script's objects take and what other objects do; garbage is freed before it counts.
+bool Watchdog::uses_too_much(JSContextRef ctx) {
+  const auto is_too_much = [&] {
+    const auto others = static_cast<double>(std::max<std::int64_t>(memory_.taken(), 0));
+    return heap_bytes(ctx) + others > static_cast<double>(memory_limit_);
+  };
+  // Asking the engine is expensive, so it is asked only when it may matter.
+  if (resident_bytes() <= memory_limit_ || !is_too_much()) return false;
+  free_unheld();
+  return is_too_much();
+}
+
+// Objects that only garbage held go with it.
+void Watchdog::free_unheld() {
+  collect();
+  if (Engine* engine = Engine::current()) engine->release_buried();
 }
 
 void Watchdog::stop() noexcept {

@@ -16,6 +16,7 @@
 
 #include "script/jsc.h"
 #include "script/outcome.h"
+#include "script/page_memory.h"
 
 namespace zelto::script {
 
@@ -49,7 +50,11 @@ class Watchdog {
   // Zero or less: no limit. One that is set while a script runs counts from the same start.
   void set_time_limit(std::chrono::milliseconds limit);
   std::chrono::milliseconds time_limit() const noexcept { return time_limit_; }
-  void set_memory_limit(std::size_t bytes) { memory_limit_ = bytes; }
+  // Zero: no limit. For the page that begins next.
+  void set_memory_limits(std::size_t bytes, std::size_t all) {
+    memory_limit_ = bytes;
+    memory_.set_limits(bytes, all);
+  }
 
   // Keeps there by when the script must have ended: nanoseconds of the steady clock, 0 while none runs or for never.
   void show_deadline(std::atomic<std::int64_t>& place) { shown_ = &place; }
@@ -63,7 +68,7 @@ class Watchdog {
   // How the page is being left; `completed` while it is not. What the last page ended by, when none runs.
   Outcome::Kind ending() const noexcept { return ending_; }
   bool is_unwinding() const noexcept { return ending_ != Outcome::completed; }
-  // Looks at the clock as well: time spent in objects counts.
+  // Looks at the clock as well, and at what objects have taken: both count where no script runs.
   bool must_unwind();
   void stop() noexcept;
   // Has the virtual machine end the script soon, whatever it catches.
@@ -77,6 +82,8 @@ class Watchdog {
   void update_shown() noexcept;
   void settle();
   void arm(double seconds);
+  void free_unheld();
+  bool uses_too_much(JSContextRef ctx);
   bool is_late() const { return time_limit_.count() > 0 && std::chrono::steady_clock::now() - start_ >= time_limit_; }
   static bool on_time(JSContextRef ctx, void* watchdog);
 
@@ -84,6 +91,7 @@ class Watchdog {
   JSContextRef idle_;
   std::chrono::milliseconds time_limit_{0};
   std::size_t memory_limit_ = 0;
+  PageMemory memory_;
   std::chrono::steady_clock::time_point start_;
   int depth_ = 0;
   Outcome::Kind ending_ = Outcome::completed;

@@ -145,7 +145,7 @@ void PageRun::run_script(const LoadedPage& loaded) {
   began_ = std::chrono::steady_clock::now();
   const DatabaseUse database;  // ends behind the objects
   set_time_limit(settings_->options.script_timeout);
-  engine_.set_memory_limit(settings_->options.script_memory);
+  engine_.set_memory_limit(settings_->options.script_memory, settings_->options.kept_memory);
   CComPtr<PageContext> context;
   context.attach(new PageContext(objects_));
   const korlib_host::ContextScope scope(context.get());

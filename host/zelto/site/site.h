@@ -20,7 +20,8 @@ struct SiteOptions {
   StaticOptions files;  // without the root
   bool debug = false;   // error pages tell what went wrong
   std::chrono::seconds script_timeout{90};
-  std::size_t script_memory = std::size_t{1} << 30;  // bytes that the objects of one page may take
+  std::size_t script_memory = std::size_t{1} << 30;  // bytes that one page may take
+  std::size_t kept_memory = std::size_t{4} << 30;    // bytes of the program beyond which pages keep nothing more in it
   LONG session_timeout = 20;                         // minutes
   std::chrono::seconds session_patience{30};         // how long a request waits for its session
   std::string session_suffix;                        // of identifiers

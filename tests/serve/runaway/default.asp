@@ -21,7 +21,13 @@ var ways = {
   recurse: function () { ways.recurse(); },
   recurse_through_component: function () { controller().ProcessTemplate("(#%again#)"); },
   grow: function () { for (var all = [];;) all.push([all.length]); },
-  grow_text: function () { for (var text = "text";;) text += text; }
+  grow_text: function () { for (var text = "text";;) text += text; },
+  grow_dictionary: function () {
+    for (var n = 0, all = Server.CreateObject("Scripting.Dictionary"), text = "text".repeat(1e4);; n++) all.Add(n, text);
+  },
+  grow_component: function () {
+    for (var templator = Server.CreateObject("Mirt.TextTemplator"), text = "text".repeat(1e4);;) templator.Write(text);
+  }
 };
 var way = String(Request.QueryString("way"));
 if (way in ways) ways[way]();

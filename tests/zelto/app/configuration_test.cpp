@@ -61,13 +61,14 @@ TEST_F(Configuration, LetsTheServerBeSupervisedOrNot) {
 TEST_F(Configuration, ComesFromTheFile) {
   const auto made = read(
       "listen = \"[::1]:81\"\nworkers = 3\nbody_limit = 5\nscript_timeout = 7\nstop_timeout = 6\n"
-      "session_timeout = 9\nsession_limit = 8\ndebug = true\nscript_memory = 16777216\n");
+      "session_timeout = 9\nsession_limit = 8\ndebug = true\nscript_memory = 16777216\nkept_memory = 33554432\n");
   EXPECT_EQ("::1", made.server.address);
   EXPECT_EQ(81, made.server.port);
   EXPECT_EQ(3u, made.server.workers);
   EXPECT_EQ(5u, made.server.limits.body_bytes);
   EXPECT_EQ(std::chrono::seconds(7), made.site.script_timeout);
   EXPECT_EQ(16u * 1024 * 1024, made.site.script_memory);
+  EXPECT_EQ(32u * 1024 * 1024, made.site.kept_memory);
   EXPECT_EQ(9, made.site.session_timeout);
   EXPECT_EQ(8u, made.site.session_limit);
   EXPECT_EQ(std::chrono::seconds(6), made.stop_timeout);
@@ -175,6 +176,7 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"body_limit = -1", ":1: body_limit is a number from 0 to 1099511627776"},
       {"script_timeout = 0", ":1: script_timeout is a number from 1 to 86400"},
       {"script_memory = 1", ":1: script_memory is a number from 16777216 to 1099511627776"},
+      {"kept_memory = 1", ":1: kept_memory is a number from 16777216 to 1125899906842624"},
       {"session_timeout = 1441", ":1: session_timeout is a number from 1 to 1440"},
       {"stop_timeout = -1", ":1: stop_timeout is a number from 0 to 3600"},
       {"session_limit = 0", ":1: session_limit is a number from 1 to 10000000"},

@@ -1,79 +1,171 @@
-// Memory that runs out anywhere from the beginning of a request for a page to its end: the session is given back, and
-// the next request is answered.
-#include <gtest/gtest.h>
-#include <korlib_host/diagnostics.h>
+// What a page may have others take for it: components, databases and the host's own objects.
+#include <thread>
 
-#include <filesystem>
-#include <new>
-
-#include "support/failing_allocations.h"
+#include "script/thread_memory.h"
 #include "zelto/site/page_run_fixture.h"
 
 namespace {
 
-using test::each_allocation_failing;
-using test::FailingAllocation;
 using test::MemorySink;
+using zelto::ThreadMemory;
 
-class FailingPage : public test::PageRunFixture {
+constexpr std::int64_t kMebibyte = 1 << 20;
+
+class PageMemory : public test::PageRunFixture {
  protected:
-  FailingPage() { options.session_patience = std::chrono::seconds(0); }
+  static constexpr std::int64_t kLimit = 64 * kMebibyte;
+  // Beyond it, an eighth; and what one call takes for its arguments.
+  static constexpr std::int64_t kMost = kLimit + kLimit / 8 + 4 * kMebibyte;
 
-  // What a worker does. The status that was answered, 0 when nothing was.
-  int run_with_failure(zelto::script::Engine& engine, const std::string& sent, int n, int times, bool& failed,
-                       MemorySink& sink) {
-    zelto::HttpRequest asked = request(sent);
-    log.clear();
-    log.reserve(16);
-    const FailingAllocation failing(n, times);
-    try {
-      zelto::run_page(site(), engine, std::move(asked), "/page.asp", sink);
-    } catch (const std::bad_alloc&) {
-      sink.head.status = 500;  // which the server answers
-    }
-    failed = failing.has_failed();
-    return sink.head.status;
+  PageMemory() {
+    options.script_memory = static_cast<std::size_t>(kLimit);
+    options.script_timeout = std::chrono::seconds(120);
   }
 
-  // Has the page fail at each allocation, with a request of the same session behind each failure.
-  void fail_everywhere(const std::string& page, int times) {
-    folder.write("page.asp", page);
-    base::run_on_thread(zelto::kPageStack, [&] {
-      zelto::script::Engine engine;
-      const auto ask = [&](const std::string& sent) {
-        MemorySink sink;
-        zelto::run_page(site(), engine, request(sent), "/page.asp", sink);
-        for (const std::string& set : sink.header("Set-Cookie")) cookie = set.substr(0, set.find(';'));
-        EXPECT_EQ(200, sink.head.status) << sink.body;
-        return sink.body;
-      };
-      ask("");
-      ask(cookie);
-      engine.collect_garbage();
-      const std::int64_t objects = korlib_host::live_objects();
-      const int failures = each_allocation_failing([&](int n) {
-        MemorySink sink;
-        bool failed = false;
-        const int status = run_with_failure(engine, cookie, n, times, failed, sink);
-        EXPECT_TRUE(status == 200 || status == 500) << n << ": " << status;
-        for (const std::string& set : sink.header("Set-Cookie")) cookie = set.substr(0, set.find(';'));
-        ask(cookie);
-        engine.collect_garbage();
-        EXPECT_EQ(objects, korlib_host::live_objects()) << n;
-        EXPECT_EQ(1u, site().sessions().size()) << n;
-        return failed && !HasFailure();
+  static std::string with_tools(const std::string& script) {
+    return "<% var n = 0, big = 'x'.repeat(1e5), bytes = new Uint8Array(1e5), dictionary = "
+           "function () { return Server.CreateObject('Scripting.Dictionary'); }, d = dictionary(), stream = "
+           "function (type) { var s = Server.CreateObject('ADODB.Stream'); s.Type = type; s.Open(); return s; };" +
+           script + " %>";
+  }
+
+  static const std::string& full() {
+    static const std::string line = "/page.asp: The page took more memory than the site allows. (Server, 0x8007000E)";
+    return line;
+  }
+
+  // The most that the program had while the body ran, beyond what it had before, as far as looking now and then tells.
+  template <class Body>
+  static std::int64_t most_taken(Body body) {
+    const std::int64_t before = ThreadMemory::of_all_threads();
+    std::int64_t most = before;
+    {
+      const std::jthread looker([&most](const std::stop_token& stop) {
+        while (!stop.stop_requested()) {
+          most = std::max(most, ThreadMemory::of_all_threads());
+          std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
       });
-      EXPECT_GT(failures, 20);
-    });
+      body();
+    }
+    return most - before;
+  }
+
+  // The page fails for its memory, which stays near the limit, and nothing of it is left afterwards.
+  void ends_at_the_limit(const std::string& script) {
+    body("warm");
+    const std::int64_t before = ThreadMemory::of_all_threads();
+    log.clear();
+    MemorySink sink;
+    const std::int64_t most = most_taken([&] { sink = run(with_tools(script), cookie); });
+    EXPECT_EQ(500, sink.head.status) << script;
+    EXPECT_EQ(std::vector<std::string>{full()}, log) << script;
+    EXPECT_LE(most, kMost) << script;
+    sink = {};
+    restart();
+    EXPECT_EQ("still here", body("still <%= 'here' %>")) << script;
+    EXPECT_LE(ThreadMemory::of_all_threads() - before, 2 * kMebibyte) << script;
   }
 };
 
-TEST_F(FailingPage, GivesItsSessionBack) {
-  fail_everywhere("<% Session('n') = (Session('n') || 0) + 1; %><%= Session('n') %>", 1);
+TEST_F(PageMemory, CountsWhatObjectsKeep) {
+  for (const char* script : {"for (;;) d.Add(n++, big);", "for (;;) d.Add(n++ + big, 0);", "for (;;) d.Item(n++) = n;",
+                             "for (;;) d.Add(n++, bytes);", "for (;;) d.Add(n++, [n, [big]]);",
+                             "for (var first = d;;) { d.Add(0, dictionary()); d = d.Item(0); d.Add(1, big); }",
+                             "for (var s = stream(2);;) s.WriteText(big);", "for (var s = stream(1);;) s.Write(bytes);",
+                             "for (var all = [];; all.push(s)) { var s = stream(1); s.Write(bytes); }",
+                             "for (;;) Response.AddHeader('X-A', big);", "for (;;) Response.Cookies('n' + n++) = big;",
+                             "for (var t = Server.CreateObject('Mirt.TextTemplator');;) t.Write(big);"}) {
+    ends_at_the_limit(script);
+  }
 }
 
-TEST_F(FailingPage, GivesItsSessionBackWhenMemoryIsShortForAWhile) {
-  fail_everywhere("<% Session('n') = (Session('n') || 0) + 1; %><%= Session('n') %>", 5);
+TEST_F(PageMemory, CountsWhatOutlivesThePage) {
+  for (const char* script : {"for (;;) Application('x' + n++) = big;", "for (;;) Session('x' + n++) = big;",
+                             "Application('d') = d; for (d = Application('d');;) d.Add(n++, big);"}) {
+    ends_at_the_limit(script);
+  }
+}
+
+// No call that comes between takes the page beyond its limit.
+TEST_F(PageMemory, RefusesABlockThatIsTooLarge) {
+  for (const char* script :
+       {"stream(1).Position = 2000000000; Response.Write('reached');",
+        "for (;;) try { stream(1).Position = 2000000000; } catch (e) {}",
+        "var s = stream(1); s.Position = 3e7; s.Position = 0; d.Add(1, s.Read()); d.Add(2, d.Item(1));"
+        "Response.Write('reached');"}) {
+    ends_at_the_limit(script);
+  }
+}
+
+TEST_F(PageMemory, EndsAPageThatCatchesEverything) {
+  ends_at_the_limit("for (;;) try { for (;;) d.Add(n++, big); } catch (e) {} finally { continue; }");
+}
+
+TEST_F(PageMemory, CountsRowsThatADatabaseGives) {
+  const std::string open =
+      "var c = Server.CreateObject('ADODB.Connection'); c.Open('Driver=SQLite3;Database=" + options.root +
+      "/test.db'); c.CommandTimeout = 0; var rows = 'WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
+      "SELECT i, hex(zeroblob(500)) FROM n';";
+  for (const char* use : {"c.Execute(rows)", "c.Execute(rows).GetRows()", "c.CursorLocation = 3; c.Execute(rows)",
+                          "c.Close(); c.Open(c.ConnectionString + ';StepAPI=1'); c.Execute(rows).GetRows()",
+                          "c.Close(); c.Open(c.ConnectionString + ';StepAPI=1'); c.Execute(rows).GetString()"}) {
+    for (const bool catches : {false, true}) {
+      log.clear();
+      const std::string script = catches ? std::string("for (;;) try { ") + use + "; } catch (e) {}" : use;
+      EXPECT_EQ(500, run(with_tools(open + script + "; Response.Write(1);"), "").head.status) << script;
+      EXPECT_EQ(std::vector<std::string>{full()}, log) << script;
+    }
+  }
+  EXPECT_EQ("5", body(with_tools(open + "Response.Write(c.Execute('SELECT 5')(0).Value);")));
+}
+
+// The rows that it keeps, some 48 MB, are within the limit; the array of them would not be.
+TEST_F(PageMemory, CountsRowsThatAreCopied) {
+  ends_at_the_limit(
+      "var c = Server.CreateObject('ADODB.Connection'); c.Open('Driver=SQLite3;StepAPI=1;Database=" + options.root +
+      "/test.db'); c.CursorLocation = 3; var rs = c.Execute('WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 "
+      "FROM n LIMIT 12000) SELECT hex(zeroblob(500)) FROM n'); rs.GetRows(); Response.Write('reached');");
+}
+
+TEST_F(PageMemory, LeavesAPageAloneThatStaysBelow) {
+  EXPECT_EQ("done", body(with_tools("while (n < 100) d.Add(n++, big); Response.Write('done');"))) << "40 MB";
+  EXPECT_EQ("done",
+            body(with_tools("for (; n < 2000; n++) { d.RemoveAll(); d.Add(n, big); } Response.Write('done');")));
+  EXPECT_EQ(std::vector<std::string>{}, log);
+}
+
+// Some 400 MB, of which the script engine knows nothing.
+TEST_F(PageMemory, DoesNotCountGarbage) {
+  EXPECT_EQ("done", body(with_tools("for (; n < 200; n++) { var g = stream(1); for (var i = 0; i < 20; i++) "
+                                    "g.Write(bytes); } Response.Write('done');")));
+  EXPECT_EQ(std::vector<std::string>{}, log);
+}
+
+// It waits for the client within limits of its own.
+TEST_F(PageMemory, DoesNotCountAnAnswerThatHasBeenSent) {
+  const MemorySink sink = run(with_tools("for (; n < 1000; n++) Response.Write(big);"), "");
+  EXPECT_EQ(std::size_t{100'000'000}, sink.body.size());
+  EXPECT_EQ(std::vector<std::string>{}, log);
+}
+
+TEST_F(PageMemory, KeepsNothingMoreOfAProgramThatHasTooMuch) {
+  body(
+      "<% Application('d') = Server.CreateObject('Scripting.Dictionary'); Application('d').Add('n', 'text');"
+      "Session('s') = 'text'; %>");
+  zelto::SiteOptions changed = options;
+  changed.kept_memory = 1;
+  site().change(changed);
+  const std::string tries =
+      "<% function t(f) { try { f(); Response.Write('kept;') } catch (e) { Response.Write(e.message + ';') } }"
+      "var d = Application('d');";
+  const std::string no = "Nothing more can be kept: the site has all the memory that it may have.;";
+  EXPECT_EQ(no + no + no, body(tries + "t(function () { Application('t') = 'text' });"
+                                       "t(function () { Session('s') = 'other' });"
+                                       "t(function () { d.Add('m', 1) }); %>"));
+  EXPECT_EQ("kept;kept;kept;text text",
+            body(tries + "t(function () { Application('n') = 1 }); t(function () { Session('n') = 1 });"
+                         "t(function () { d.Remove('n'); }); %><%= Session('s') + ' text' %>"));
 }
 
 }  // namespace
