@@ -7,6 +7,7 @@
 
 #include "odbc/connection_string.h"
 #include "odbc/statement.h"
+#include "odbc/statement_timer.h"
 
 namespace korlib::odbc {
 namespace {
@@ -79,12 +80,19 @@ void Connection::set_autocommit(bool is_on) {
 }
 
 void Connection::wait_for_locks(int seconds) {
-  if (!lets_clients_wait_ || seconds == lock_seconds_) return;
-  constexpr int kLongest = 24 * 3600;
+  if (!lets_clients_wait_) return;
+  using std::chrono::milliseconds;
+  constexpr milliseconds kLongest = std::chrono::hours(24);
+  const milliseconds wait = std::min(StatementTimer::time_left(seconds), kLongest);
+  // A page's time left is another one for every statement, and telling the database costs as much as one: where this
+  // is what counts, what it knows may differ a little, as long as the page is not kept beyond it.
+  const bool is_cut = seconds == 0 ? wait < kLongest : wait < std::chrono::seconds(seconds);
+  const bool is_known = is_cut ? lock_wait_ * 9 <= wait * 10 && lock_wait_ * 4 >= wait * 3 : lock_wait_ == wait;
+  lock_seconds_ = seconds;
+  if (is_known) return;
   // A little less than half the time for each of the driver's two tries, so that the error tells of the
   // lock.
-  const int milliseconds = (seconds > 0 ? std::min(seconds, kLongest) : kLongest) * 450;
-  if (run_plainly("PRAGMA busy_timeout = " + std::to_string(milliseconds))) lock_seconds_ = seconds;
+  if (run_plainly("PRAGMA busy_timeout = " + std::to_string((wait * 9 / 20).count()))) lock_wait_ = wait;
 }
 
 void Connection::begin() {
@@ -98,7 +106,10 @@ void Connection::end(std::int16_t how) {
   set_autocommit(true);
 }
 
-void Connection::commit() { end(SQL_COMMIT); }
+void Connection::commit() {
+  if (lock_seconds_ >= 0) wait_for_locks(lock_seconds_);
+  end(SQL_COMMIT);
+}
 
 void Connection::roll_back() { end(SQL_ROLLBACK); }
 

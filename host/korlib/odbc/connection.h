@@ -1,6 +1,7 @@
 // A connection to a database, as the pool keeps it.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <set>
 #include <string>
@@ -31,7 +32,7 @@ class Connection {
   bool is_in_transaction() const { return is_in_transaction_; }
 
   // How many seconds a statement waits for another's lock, where the database leaves that to its clients; 0 is
-  // without end.
+  // without end. It is less when the page on the thread has less time left.
   void wait_for_locks(int seconds);
 
   // Whether columns may hold values of other types than their own, as SQLite's may.
@@ -63,7 +64,8 @@ class Connection {
   const Handle handle_;
   std::set<Statement*> statements_;
   DatabaseFile file_;
-  int lock_seconds_ = -1;
+  int lock_seconds_ = -1;                   // as asked for
+  std::chrono::milliseconds lock_wait_{0};  // as the database knows it
   bool is_in_transaction_ = false;
   bool is_broken_ = false;
   bool is_changed_ = false;
