@@ -21,7 +21,7 @@ async function upload(host, path, headers, body, expected) {
 }
 
 const uploads = (path, headers, body, expected) => () => withHost(async (host) => {
-  const most = 256;
+  const most = 200;
   const wrong = await upload(host, path, headers, body, expected);
   let left = await residentMemory(host.pid);
   for (let waited = 0; left > most && waited < 5000; waited += 100) {
