@@ -105,8 +105,12 @@ toml::table parse(const std::string& name) {
   std::ifstream in(name);
   if (!in) throw WrongUse(name + " cannot be read: " + std::generic_category().message(errno));
   const std::string text{std::istreambuf_iterator<char>(in), {}};
-  check_characters(name, text);
   try {
+    // With any letter for each of them first: then the characters' places are known to be those of the format.
+    std::string in_ascii = text.substr(text.starts_with("\xEF\xBB\xBF") ? 3 : 0);
+    std::ranges::replace_if(in_ascii, is_beyond_ascii, 'x');
+    if (in_ascii != text) (void)toml::parse(in_ascii, name);
+    check_characters(name, text);
     return toml::parse(text, name);
   } catch (const toml::parse_error& problem) {
     throw WrongUse(
