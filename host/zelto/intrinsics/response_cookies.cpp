@@ -44,9 +44,10 @@ HRESULT ResponseCookie::change(Change change) {
     const SetCookie* const known = find_named(page_->response.cookies, name_);
     SetCookie changed = known ? *known : SetCookie();
     if (!known) changed.name = name_;
-    RETURN_IF_FAILED(change(changed));
-    page_->response.set_cookie(std::move(changed));
-    return S_OK;
+    const HRESULT hr = change(changed);
+    // What is refused leaves a cookie that has been named, without it.
+    if (hr != E_OUTOFMEMORY) page_->response.set_cookie(std::move(changed));
+    return hr;
   });
 }
 
