@@ -6,23 +6,28 @@ namespace page {
 namespace {
 
 constexpr unsigned kDeepest = 256;
+constexpr std::size_t kMostCharacters = std::size_t{32} << 20;
 
-class Level {
+// By an amount while this lives.
+template <class Count>
+class Raised {
  public:
-  explicit Level(unsigned& depth) : depth_(++depth) {}
-  ~Level() { --depth_; }
-  Level(const Level&) = delete;
-  Level& operator=(const Level&) = delete;
+  Raised(Count& count, Count amount) : count_(count), amount_(amount) { count_ += amount_; }
+  ~Raised() { count_ -= amount_; }
+  Raised(const Raised&) = delete;
+  Raised& operator=(const Raised&) = delete;
 
  private:
-  unsigned& depth_;
+  Count& count_;
+  const Count amount_;
 };
 
 }  // namespace
 
 HRESULT NestedTexts::draw(BSTR text) {
-  const Level level(depth_);
-  if (depth_ > kDeepest) return raise({L"Template text is nested too deeply."});
+  const Raised<unsigned> level(depth_, 1);
+  const Raised<std::size_t> room(characters_, SysStringLen(text));
+  if (depth_ > kDeepest || characters_ > kMostCharacters) return raise({L"Template text is nested too deeply."});
   return engine_.Process(text);
 }
 

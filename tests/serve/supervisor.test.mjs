@@ -277,6 +277,7 @@ test('a log that cannot be written stops nothing, and says how much it lacks', l
 test('a log that nobody reads stops nothing, and says how much it lacks', limit, async () => {
   const place = await mkdtemp(join(tmpdir(), 'unread-'));
   const pipe = join(place, 'pipe');
+  execFileSync('mkfifo', [pipe]);
   const reader = openSync(pipe, constants.O_RDONLY | constants.O_NONBLOCK);
   const host = await serveUnder(['sh', '-c', `exec "$0" "$@" 2> ${pipe}`], folder, '--workers', '2');
   const path = '?' + 'x'.repeat(7000);

@@ -90,10 +90,11 @@ void ResponseState::end(void (ResponseSink::*how)()) {
 void ResponseState::append_to_log(std::string_view text) {
   if (is_log_note_full_) return;
   std::size_t room = kLogNoteLimit - log_note_.size();
-  is_log_note_full_ = text.size() > room;
+  const bool is_too_much = text.size() > room;
   const auto is_inside_character = [text](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
-  while (is_log_note_full_ && room > 0 && is_inside_character(room)) --room;
+  while (is_too_much && room > 0 && is_inside_character(room)) --room;
   log_note_ += text.substr(0, room);
+  is_log_note_full_ = is_too_much;
 }
 
 bool ResponseState::reset() {

@@ -69,6 +69,7 @@ class ResponseState : public ResponseFields {
   bool reset();
   void detach() { sink_ = nullptr; }
   void append_to_log(std::string_view utf8);
+  const std::string& log_note() const { return log_note_; }
 
   bool head_sent() const { return head_sent_; }
   bool connected() const { return sink_ && sink_->connected(); }

@@ -218,7 +218,7 @@ TEST_F(FailingIntrinsics, WriteToTheResponseWhollyOrNot) {
       return Step{[=, &member] { return member(*response.get()); },
                   [=] {
                     const zelto::ResponseState& state = page->response;
-                    const std::string all = std::to_string(state.status) + state.reason + state.log_note +
+                    const std::string all = std::to_string(state.status) + state.reason + state.log_note() +
                                             std::to_string(state.headers.size());
                     return std::wstring(all.begin(), all.end());
                   }};

@@ -31,7 +31,7 @@ tell("nested drawers", function () {
   return drawn(repeat("(#%_InputDefaultP|v#|#v#|#", 20) + "x" + repeat("#|#no#)", 20));
 });
 tell("nested too deep", function () {
-  return drawn(repeat("(#%_InputDefaultP|v#|#v#|#", 2000) + "x" + repeat("#|#no#)", 2000));
+  return drawn(repeat("(#%_InputDefaultP|v#|#v#|#", 10000) + "x" + repeat("#|#no#)", 10000));
 });
 tell("100,000 marks", function () { return drawn(repeat("(#;v#)", 100000)).length; });
 tell("unpaired", function () { return drawn("(#;v\uD800#)").length; });
