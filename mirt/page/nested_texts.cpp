@@ -27,7 +27,8 @@ class Raised {
 HRESULT NestedTexts::draw(BSTR text) {
   const Raised<unsigned> level(depth_, 1);
   const Raised<std::size_t> room(characters_, SysStringLen(text));
-  if (depth_ > kDeepest || characters_ > kMostCharacters) return raise({L"Template text is nested too deeply."});
+  const bool is_too_deep = depth_ > kDeepest || (depth_ > 1 && characters_ > kMostCharacters);
+  if (is_too_deep) return raise({L"Template text is nested too deeply."});
   return engine_.Process(text);
 }
 

@@ -15,7 +15,10 @@ bool ByteStore::grow(std::size_t bytes) {
 }
 
 void ByteStore::grow_to(std::size_t size) {
-  const std::size_t capacity = std::max({size, std::min(bytes_.capacity() * 2, kMaxSize), std::size_t{256}});
+  // A large block is moved by its pages: it need not grow by much, and a page may have only so much.
+  constexpr std::size_t kLarge = std::size_t{16} << 20;
+  const std::size_t more = bytes_.capacity() < kLarge ? bytes_.capacity() : bytes_.capacity() / 8;
+  const std::size_t capacity = std::max({size, std::min(bytes_.capacity() + more, kMaxSize), std::size_t{256}});
   if (!korlib_host::may_take(capacity - bytes_.capacity())) throw std::bad_alloc();
   bytes_.grow(capacity);
 }

@@ -119,14 +119,14 @@ HRESULT Dictionary::store(const VARIANT& key, const VARIANT& value, bool may_rep
     RETURN_IF_FAILED(own(value, owned));
     RETURN_IF_FAILED(admit(wanted.value()));
     RETURN_IF_FAILED(admit(owned));
-    const bool is_full =
-        is_shared_ && !korlib_host::may_keep();  // a number takes the place of another one all the same
+    const bool is_full = is_shared_ && !korlib_host::may_keep();
     bool is_refused = false;
     bool has_room = true;
     {
       const std::lock_guard guard(lock_);
       Entry* const entry = find(wanted);
       is_refused = entry && !may_replace;
+      // A number takes the place of another value all the same.
       has_room = !is_full || (entry && !korlib_host::owns_memory(owned));
       if (!entry && has_room) table_.add({std::move(wanted), std::move(owned)});
       if (entry && may_replace && has_room) std::swap(entry->value, owned);

@@ -8,6 +8,7 @@
 
 #include <korlib/combstr.h>
 #include <korlib_host/counted.h>
+#include <korlib_host/kept_values.h>
 
 namespace {
 
@@ -130,3 +131,12 @@ HRESULT hresult_from_exception(std::wstring_view source) {
 }
 
 }  // namespace korlib
+
+namespace korlib_host {
+
+HRESULT raise_full(std::wstring_view source) noexcept {
+  return korlib::raise(E_OUTOFMEMORY, source,
+                       L"Nothing more can be kept: the site has all the memory that it may have.");
+}
+
+}  // namespace korlib_host

@@ -89,18 +89,20 @@ void Statement::need_handle() const {
 
 template <class Body>
 auto Statement::within_timeout(Body body) {
-  const StatementTimer timer(handle_.get(), timeout_);
+  StatementTimer timer(handle_.get(), timeout_);
   // A cancellation may reach the server when the statement is over, and would hit the connection's next one.
   const struct Mark {
-    const StatementTimer& timer;
+    StatementTimer& timer;
     Connection& connection;
     ~Mark() {
+      timer.stop();
       if (timer.has_cancelled()) connection.mark_broken();
     }
   } mark{timer, *connection_};
   try {
     return body();
   } catch (const Failure& failure) {
+    timer.stop();
     if (failure.is_connection_lost()) connection_->mark_broken();
     if (timer.has_cancelled()) timer.fail();
     throw;

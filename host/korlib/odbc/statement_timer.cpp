@@ -32,7 +32,8 @@ class TimerThread {
     if (is_sooner) changed_.notify_one();  // seldom: most statements are over before the time of an earlier one
   }
   void remove(StatementTimer* timer) {
-    const std::lock_guard guard(lock_);
+    std::unique_lock guard(lock_);
+    cancelled_.wait(guard, [&] { return in_hand_ != timer; });
     timers_.erase({timer->at_, timer});
   }
 
@@ -44,7 +45,7 @@ class TimerThread {
   void watch(const std::stop_token& stop) {
     std::unique_lock guard(lock_);
     while (!stop.stop_requested()) {
-      cancel_late();
+      cancel_late(guard);
       waiting_until_ = next();
       const auto is_sooner = [this] { return next() < waiting_until_; };
       changed_.wait_until(guard, stop, waiting_until_, is_sooner);
@@ -52,14 +53,14 @@ class TimerThread {
   }
 
   // One that was cancelled is looked at again: a driver forgets a cancellation that comes between two of its steps.
-  void cancel_late() {
+  void cancel_late(std::unique_lock<std::mutex>& guard) {
     const Time now = std::chrono::steady_clock::now();
     while (next() <= now) {
       StatementTimer* const due = timers_.begin()->second;
       auto place = timers_.extract(timers_.begin());
       if (const auto cause = due->look(now); cause != StatementTimer::Cause::none) {
         due->cause_ = cause;
-        SQLCancel(due->statement_);
+        cancel(*due, guard);
       }
       due->at_ = due->next_look(now);
       place.value().first = due->at_;
@@ -67,8 +68,20 @@ class TimerThread {
     }
   }
 
+  // Some drivers ask their server to cancel, which may be long in answering: nobody else waits for that.
+  void cancel(StatementTimer& due, std::unique_lock<std::mutex>& guard) {
+    in_hand_ = &due;
+    guard.unlock();
+    SQLCancel(due.statement_);
+    guard.lock();
+    in_hand_ = nullptr;
+    cancelled_.notify_all();
+  }
+
   std::mutex lock_;
   std::condition_variable_any changed_;
+  std::condition_variable cancelled_;
+  const StatementTimer* in_hand_ = nullptr;            // whose statement is being cancelled
   std::set<std::pair<Time, StatementTimer*>> timers_;  // the soonest first
   Time waiting_until_ = Time::max();
   std::jthread thread_{[this](const std::stop_token& stop) { watch(stop); }};  // the last member: it uses the others
@@ -114,8 +127,8 @@ StatementTimer::StatementTimer(void* statement, int seconds)
   TimerThread::instance().add(this);
 }
 
-StatementTimer::~StatementTimer() {
-  if (is_set_) TimerThread::instance().remove(this);
+void StatementTimer::stop() noexcept {
+  if (std::exchange(is_set_, false)) TimerThread::instance().remove(this);
 }
 
 StatementTimer::Cause StatementTimer::look(Clock::time_point now) const {

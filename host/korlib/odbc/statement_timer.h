@@ -15,11 +15,13 @@ class StatementTimer {
  public:
   // `statement` is a statement's handle.
   StatementTimer(void* statement, int seconds);
-  // The statement is not touched any more when it is gone.
-  ~StatementTimer();
+  ~StatementTimer() { stop(); }
   StatementTimer(const StatementTimer&) = delete;
   StatementTimer& operator=(const StatementTimer&) = delete;
 
+  // From here on the statement is not touched any more.
+  void stop() noexcept;
+  // For good once it has been stopped.
   bool has_cancelled() const { return cause_ != Cause::none; }
   // In the words for the reason why the statement was cancelled.
   [[noreturn]] void fail() const;

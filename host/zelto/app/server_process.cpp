@@ -89,9 +89,10 @@ void give_notice(const Site& site, spdlog::logger& log, bool log_is_file) {
 
 // A page may loop, or wait for a database, long after its client has been told goodbye: a thread cannot be stopped
 // from outside, but the program can.
-void exit_after(std::chrono::milliseconds patience, const std::stop_token& stop, spdlog::logger& log) {
+void exit_after(std::chrono::milliseconds patience, std::string_view what, const std::stop_token& stop,
+                spdlog::logger& log) {
   if (!base::wait_unless_stopped(stop, patience)) return;
-  log.info("zelto: ending without pages that still run after stop_timeout");
+  log.info("zelto: ending without {}", what);
   ::_exit(kFailure);
 }
 
@@ -142,8 +143,10 @@ int run_server(const ServeCommand& command, Configuration& configuration, LogSin
     orders.on_end();
     const bool is_soon = wish == OperatorSignals::Wish::end_soon;
     const auto patience = is_soon ? kSoon : configuration.stop_timeout;
-    exit_timer = std::jthread(
-        [&log, all = is_soon ? kSoon : patience + kForce](const std::stop_token& stop) { exit_after(all, stop, log); });
+    exit_timer = std::jthread([&log, is_soon, patience, kForce](const std::stop_token& stop) {
+      is_soon ? exit_after(patience, "the page whose time was over", stop, log)
+              : exit_after(patience + kForce, "pages that still run after stop_timeout", stop, log);
+    });
     all_answered = server.stop(patience);
   }
   if (!nothing_is_left(log)) return kLeftOver;

@@ -53,6 +53,7 @@ class Vitals {
   static_assert(std::atomic<std::uint32_t>::is_always_lock_free && std::atomic<bool>::is_always_lock_free &&
                     std::atomic<std::int64_t>::is_always_lock_free,
                 "a lock that died with its holder would be held for ever");
+  static_assert(sizeof(Life) % alignof(Note) == 0, "the notes follow it");
   struct Unmap {
     std::size_t bytes;
     void operator()(void* memory) const noexcept;

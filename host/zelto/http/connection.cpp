@@ -67,8 +67,7 @@ void Connection::answer_too_many() {
   prepare_sink(false);
   serve_status(sink_, status::kUnavailable, {}, {{"Retry-After", "5"}});
   log_answer();
-  Error ignored;
-  socket_.shutdown(Socket::shutdown_send, ignored);
+  end_sending(socket_);
   take_received(socket_);
   close();
 }
@@ -307,8 +306,7 @@ void Connection::next_request() {
 void Connection::drain() {
   phase_ = Phase::draining;
   sink_.reset(-1, {});
-  Error ignored;
-  socket_.shutdown(Socket::shutdown_send, ignored);
+  end_sending(socket_);
   shared_.table.set_state(this, ConnectionState::waiting);
   drained_ = 0;
   arm(shared_.stopping ? kLastDrain : limits().drain_timeout);

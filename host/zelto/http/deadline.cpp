@@ -1,5 +1,6 @@
 #include "http/deadline.h"
 
+#include <new>
 #include <utility>
 
 namespace zelto {
@@ -21,11 +22,21 @@ void Deadline::watch(std::shared_ptr<void> owner) {
     if (error || stopped_) return;
     timer_at_ = Clock::time_point::max();
     if (at_ == Clock::time_point::max()) return;
-    if (at_ > Clock::now()) return watch(std::move(owner));
+    if (at_ > Clock::now() && goes_on(std::move(owner))) return;
     at_ = Clock::time_point::max();
     on_missed_();
   });
   timer_at_ = timer_.expiry();
+}
+
+// Without memory for it, the client has been waited for long enough.
+bool Deadline::goes_on(std::shared_ptr<void> owner) {
+  try {
+    watch(std::move(owner));
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }
 
 void ReadRate::begin(Clock::time_point now) {

@@ -27,6 +27,7 @@ class Deadline {
  private:
   using Clock = std::chrono::steady_clock;
   void watch(std::shared_ptr<void> owner);
+  bool goes_on(std::shared_ptr<void> owner);
 
   boost::asio::steady_timer timer_;
   std::function<void()> on_missed_;

@@ -30,6 +30,11 @@ void reset_peer(int socket) {
   ::syscall(SYS_connect, socket, &nobody, sizeof nobody);
 }
 
+void end_sending(Socket& socket) {
+  boost::system::error_code ignored;
+  socket.shutdown(Socket::shutdown_send, ignored);
+}
+
 void take_received(Socket& socket) {
   std::array<char, std::size_t{16} * 1024> taken{};
   ::recv(socket.native_handle(), taken.data(), taken.size(), MSG_DONTWAIT);

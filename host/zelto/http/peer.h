@@ -24,6 +24,8 @@ bool has_gone(int socket);
 // Takes the connection from under its socket. The client sees a reset: after a shutdown, a body that ends with the
 // connection would look complete. May be called by any thread while a worker writes.
 void reset_peer(int socket);
+// Tells the client that nothing more comes.
+void end_sending(Socket& socket);
 // Takes what has come by now, up to 16 KiB: closing would otherwise reset the connection under an answer.
 void take_received(Socket& socket);
 

@@ -179,6 +179,7 @@ class Server::Impl {
     acceptor_.async_accept(take_strand(), [this, waiting = std::move(waiting)](const boost::system::error_code& error,
                                                                                tcp::socket socket) mutable {
       waiting.reset();
+      if (error) give_strand_back(socket.get_executor());
       if (shared_.stopping || error == asio::error::operation_aborted) return;
       if (error) return accept_later(error);
       accept();
@@ -216,7 +217,7 @@ class Server::Impl {
     starved_ = false;
     boost::system::error_code error;
     const auto client = socket.remote_endpoint(error).address();
-    if (error || shared_.stopping) return;
+    if (error || shared_.stopping) return give_strand_back(socket.get_executor());
     const auto terms = this->terms();
     const auto connection = std::make_shared<Connection>(std::move(socket), terms, shared_);
     const bool is_exempt =

@@ -157,6 +157,8 @@ WorkerPool::Task WorkerPool::next(unsigned worker) {
       Task task = std::move(first->front());
       first->pop_front();
       times_.begin(worker, task.kind, task.is_long, now);
+      // A worker that found only long ones when it could not have them may have them now.
+      if (!long_.empty()) changed_.notify_one();
       return task;
     }
     if (stopping_) return {};

@@ -40,7 +40,7 @@ struct WorkerPoolOptions {
 //
 // Jobs run in the order in which they came, but those of a long kind leave a worker in four to the others, and a place
 // in four of the queue: a few visitors of a page that takes its time would else have everybody wait for it. While no
-// short job comes they may have all.
+// short job comes they may have all workers.
 class WorkerPool {
  public:
   WorkerPool(WorkerFactory factory, const WorkerPoolOptions& options);

@@ -44,8 +44,13 @@ HRESULT ApplicationHold::get(std::wstring_view name, VARIANT* value) {
   return state_->values_.get(name, value);
 }
 
+bool ApplicationHold::has(std::wstring_view name) {
+  const std::scoped_lock guard(state_->mutex_);
+  return state_->values_.has(name);
+}
+
 HRESULT ApplicationHold::put(std::wstring_view name, const VARIANT& value) {
-  RETURN_IF_FAILED(check_room(value, kSource));
+  RETURN_IF_FAILED(check_room(value, !has(name), kSource));
   CComVariant copy;
   RETURN_IF_FAILED(VariantCopyInd(&copy, &value));
   if (!korlib_host::share(copy)) {

@@ -50,6 +50,7 @@ class ApplicationHold final : public VariantStore {
   HRESULT remove(std::wstring_view name) override;
   HRESULT clear() override;
   HRESULT names(std::vector<std::wstring>& names) override;
+  bool has(std::wstring_view name);
 
  private:
   // Makes the change once no other page has the lock.

@@ -58,7 +58,7 @@ HRESULT SessionState::put(std::wstring_view name, const VARIANT& value) {
     return korlib::raise(E_INVALIDARG, L"Session",
                          L"A script's object ends with its page and cannot be kept in the Session.");
   }
-  RETURN_IF_FAILED(check_room(value, L"Session"));
+  RETURN_IF_FAILED(check_room(value, !values_.has(name), L"Session"));
   CComVariant copy;
   RETURN_IF_FAILED(VariantCopyInd(&copy, &value));
   RETURN_IF_FAILED(keep());

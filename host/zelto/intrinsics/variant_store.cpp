@@ -42,8 +42,9 @@ void VariantTable::clear() {
 
 std::vector<std::wstring> VariantTable::names() const { return names_of(entries_); }
 
-HRESULT check_room(const VARIANT& value, std::wstring_view source) {
-  return !korlib_host::owns_memory(value) || korlib_host::may_keep() ? S_OK : korlib_host::raise_full(source);
+HRESULT check_room(const VARIANT& value, bool is_new, std::wstring_view source) {
+  return (!is_new && !korlib_host::owns_memory(value)) || korlib_host::may_keep() ? S_OK
+                                                                                  : korlib_host::raise_full(source);
 }
 
 bool holds_script_object(const VARIANT& value) {

@@ -17,6 +17,7 @@ class VariantTable {
  public:
   // A copy of the value; VT_EMPTY for a name that is missing.
   HRESULT get(std::wstring_view name, VARIANT* value) const;
+  bool has(std::wstring_view name) const { return entries_.find(name) != nullptr; }
   void put(std::wstring_view name, CComVariant value);
   void remove(std::wstring_view name);
   void clear();
@@ -44,9 +45,9 @@ class VariantStore {
   virtual HRESULT names(std::vector<std::wstring>& names) = 0;
 };
 
-// Whether another value may be kept, which fails with a message when the program has too much already. One that takes
-// nothing but its place always may.
-HRESULT check_room(const VARIANT& value, std::wstring_view source);
+// Whether a value may be kept, under a name that is new or not, which fails with a message when the program has too
+// much already. One that takes only the place of another always may.
+HRESULT check_room(const VARIANT& value, bool is_new, std::wstring_view source);
 
 // A script's object dies with its page. Looks into arrays as well.
 bool holds_script_object(const VARIANT& value);

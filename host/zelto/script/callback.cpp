@@ -9,6 +9,7 @@ namespace zelto::script {
 // Without memory of the host's own, which may be what was short.
 void raise_caught(JSContextRef ctx, JSValueRef* exception) noexcept {
   const HRESULT hr = korlib::hresult_from_exception(L"Zelto");
+  SetErrorInfo(0, nullptr);  // the script has the failure from here on
   if (!exception) return;
   const JsString words(hr == E_OUTOFMEMORY ? "Out of memory (0x8007000E)" : "Unexpected failure (0x8000FFFF)");
   JSValueRef text = JSValueMakeString(ctx, words.get());

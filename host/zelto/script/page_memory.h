@@ -17,7 +17,8 @@ namespace zelto::script {
 //
 // Wrappers that no script holds any more keep their objects until the engine collects garbage, and the engine does not
 // know how large these are. So long before a page has all that it may take, and again whenever it has taken a part
-// more, its garbage is freed; only what is left then is held against it.
+// more, its garbage is freed; only what is left then is held against it. While a statement of a database runs or gives
+// rows nothing can be freed, and all counts.
 class PageMemory final : public korlib_host::MemoryLimit {
  public:
   PageMemory() = default;

@@ -61,7 +61,8 @@ void on_give(const volatile void* block) {
 #else
 
 // In front of the C library's functions of these names, for the whole process: it lets a program do that, and keeps its
-// own under the other names. They must be all that give memory which free() takes.
+// own under the other names. They are all that give memory which free() takes, but valloc and pvalloc, which the C
+// library itself calls obsolete.
 extern "C" {
 
 void* __libc_malloc(std::size_t bytes) noexcept;                           // NOLINT(*-reserved-identifier)

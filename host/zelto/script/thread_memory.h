@@ -14,7 +14,7 @@ namespace zelto {
 class ThreadMemory {
  public:
   static ThreadMemory& of_this_thread() noexcept;
-  // What all threads have taken, of those that live to within 64 KiB each.
+  // What all threads have taken, each to within 64 KiB.
   static std::int64_t of_all_threads() noexcept;
 
   constexpr ThreadMemory() = default;

@@ -192,6 +192,9 @@ TEST_F(FailingIntrinsics, SetACookieOrNone) {
 }
 
 TEST_F(FailingIntrinsics, WriteToTheResponseWhollyOrNot) {
+#ifdef KOR_SANITIZED
+  GTEST_SKIP() << "a sanitizer has realloc to itself, where the response gets its memory";
+#endif
   const CComBSTR text(std::wstring(3000, L'\x3042').c_str());
   const CComBSTR place(L"/another/page/of/this/site.asp");
   const CComBSTR header(L"X-A-Header-Of-A-Long-Name");

@@ -1,4 +1,6 @@
 // What a page may have others take for it: components, databases and the host's own objects.
+#include <cstdlib>
+#include <memory>
 #include <thread>
 
 #include "script/thread_memory.h"
@@ -15,7 +17,12 @@ class PageMemory : public test::PageRunFixture {
  protected:
   static constexpr std::int64_t kLimit = 64 * kMebibyte;
   // Beyond it, an eighth; and what one call takes for its arguments.
+#ifdef KOR_SANITIZED
+  // A sanitizer's realloc has the old block beside the new one for a moment.
+  static constexpr std::int64_t kMost = 2 * (kLimit + kLimit / 8);
+#else
   static constexpr std::int64_t kMost = kLimit + kLimit / 8 + 4 * kMebibyte;
+#endif
 
   PageMemory() {
     options.script_memory = static_cast<std::size_t>(kLimit);
@@ -150,9 +157,12 @@ TEST_F(PageMemory, DoesNotCountAnAnswerThatHasBeenSent) {
 }
 
 TEST_F(PageMemory, KeepsNothingMoreOfAProgramThatHasTooMuch) {
+  // Counted and never written. Without it the sum may be small: what was taken before counting began is freed
+  // meanwhile.
+  const std::unique_ptr<void, void (*)(void*)> much(std::malloc(std::size_t{1} << 30), std::free);
   body(
       "<% Application('d') = Server.CreateObject('Scripting.Dictionary'); Application('d').Add('n', 'text');"
-      "Session('s') = 'text'; %>");
+      "Application('n') = Session('n') = 0; Session('s') = 'text'; %>");
   zelto::SiteOptions changed = options;
   changed.kept_memory = 1;
   site().change(changed);
@@ -160,9 +170,11 @@ TEST_F(PageMemory, KeepsNothingMoreOfAProgramThatHasTooMuch) {
       "<% function t(f) { try { f(); Response.Write('kept;') } catch (e) { Response.Write(e.message + ';') } }"
       "var d = Application('d');";
   const std::string no = "Nothing more can be kept: the site has all the memory that it may have.;";
-  EXPECT_EQ(no + no + no, body(tries + "t(function () { Application('t') = 'text' });"
-                                       "t(function () { Session('s') = 'other' });"
-                                       "t(function () { d.Add('m', 1) }); %>"));
+  EXPECT_EQ(no + no + no + no + no, body(tries + "t(function () { Application('t') = 'text' });"
+                                                 "t(function () { Application('number') = 1 });"
+                                                 "t(function () { Session('number') = 1 });"
+                                                 "t(function () { Session('s') = 'other' });"
+                                                 "t(function () { d.Add('m', 1) }); %>"));
   EXPECT_EQ("kept;kept;kept;text text",
             body(tries + "t(function () { Application('n') = 1 }); t(function () { Session('n') = 1 });"
                          "t(function () { d.Remove('n'); }); %><%= Session('s') + ' text' %>"));
