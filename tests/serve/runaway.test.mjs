@@ -47,5 +47,7 @@ fails('a page that never ends is an error of its own request', 'endless', [
   ['script', /^\/default\.asp: The page took longer than the site allows\. /],
   ['promises', /^\/default\.asp: The page took longer than the site allows\. /],
   ['awaits', /^\/default\.asp: The page took longer than the site allows\. /],
+  ['thenable', /^\/default\.asp: The page took longer than the site allows\. /],
+  ['transfer', /^\/default\.asp: The page took longer than the site allows\. /],
   ['calls', /^\/default\.asp: The page took longer than the site allows\. /],
 ]);

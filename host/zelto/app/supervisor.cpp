@@ -92,7 +92,8 @@ int Supervisor::run(const Supervised& supervised) {
       report(*death, "it has never been ready; too little memory may be the reason");
       return kFailure;
     }
-    const auto time = restart_pause_.after(Clock::now() - began);
+    // One that could not end a page is well otherwise, and a visitor may be behind it: nobody is to wait for the next.
+    const auto time = death->pages.empty() ? restart_pause_.after(Clock::now() - began) : seconds(0);
     report(*death,
            time.count() == 0 ? "it is started again" : fmt::format("it is started again in {} s", time.count()));
     if (!pause(time, supervised)) return kSuccess;
@@ -226,6 +227,7 @@ Supervisor::Death Supervisor::kill() {
 
 // What other workers do may end first. Newcomers wait.
 Supervisor::Death Supervisor::replace() {
+  const std::vector<std::string> pages = vitals_.pages();
   tell(kEndSoon);
   SeenTime time;
   for (Duration waited{}; server_ > 0 && waited < kToEndSoon; waited += time.more()) {
@@ -233,12 +235,13 @@ Supervisor::Death Supervisor::replace() {
     reap(WNOHANG);
   }
   if (server_ > 0) kill();
-  return {"could not end a page whose time was over, and was ended", kFailure};
+  return {"could not end a page whose time was over, and was ended", kFailure, pages};
 }
 
 void Supervisor::report(const Death& death, const std::string& consequence) {
   const std::string how = death.how.empty() ? fmt::format("ended with exit code {}", death.code) : death.how;
-  log_.info("zelto: the server {}{}; {}", how, while_it_ran(vitals_.pages()), consequence);
+  log_.info("zelto: the server {}{}; {}", how, while_it_ran(death.pages.empty() ? vitals_.pages() : death.pages),
+            consequence);
 }
 
 }  // namespace zelto

@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/configuration.h"
 #include "app/restart_pause.h"
@@ -42,8 +43,9 @@ class Supervisor {
  private:
   using Duration = std::chrono::steady_clock::duration;
   struct Death {
-    std::string how;  // "was ended by SIGSEGV"
-    int code;         // that the program ends with if it was the last one
+    std::string how;                      // "was ended by SIGSEGV"
+    int code;                             // that the program ends with if it was the last one
+    std::vector<std::string> pages = {};  // that it ran when it was found to be unable to end one
   };
 
   bool start();

@@ -1,5 +1,7 @@
 #include "script/prelude.h"
 
+#include <new>
+
 namespace zelto::script {
 namespace {
 
@@ -178,7 +180,9 @@ Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
   JSObjectRef sample = JSObjectMake(context_, engine.classes().object, nullptr);
   JSValueRef arguments[] = {builtins, JSObjectGetPrototype(context_, sample)};
   JSValueRef function = JSScriptEvaluate(context_, engine.prelude(), nullptr, nullptr);
-  JSValueRef made = JSObjectCallAsFunction(context_, object_of(function), nullptr, 2, arguments, nullptr);
+  JSValueRef made =
+      function ? JSObjectCallAsFunction(context_, object_of(function), nullptr, 2, arguments, nullptr) : nullptr;
+  if (!made) throw std::bad_alloc();  // or without stack
   unsigned at = 0;
   for (JSObjectRef* kept : {&make_error_, &make_array_, &has_name_, &object_prototype_}) {
     *kept = object_of(JSObjectGetPropertyAtIndex(context_, object_of(made), at++, nullptr));

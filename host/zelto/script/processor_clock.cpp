@@ -1,22 +1,46 @@
-// The clock by which the engine would count a script's time.
+// The engine looks at its watchdog when a timer is up, which it sets when a script is entered. Jobs of promises are
+// each entered anew when the script has ended, in a fraction of a microsecond, and so a chain of jobs that make jobs
+// would go on for ever, for two reasons:
 //
-// The engine looks at its watchdog when a timer is up, and then asks whether the script has also had as much of the
-// processor since it was entered. Jobs of promises are each entered anew when the script has ended, so that a chain of
-// jobs that make jobs would never have had enough: it would go on for ever. Our limit is one of the clock on the wall,
-// which the watchdog reads itself (watchdog.h); the engine need not count as well, and offers no way to say so. But it
-// has nothing to ask except this clock of its thread, which nothing else in this program reads: here, a second passes
-// from one reading to the next, more than the watchdog ever waits between two looks.
+// - The engine asks whether the script has also had as much time of the processor since it was entered. No job has.
+// - It takes a timer that was set before the last entry for an old one. Each job that is entered between the timer's
+// end
+//   and the look sets it anew.
+//
+// Our limit is one of the clock on the wall, which the watchdog reads itself (watchdog.h): it wants to be asked
+// whenever a timer is up. The engine offers no way to say so, but it has nothing to ask except clocks. When it sets a
+// timer it reads that of its thread's processor time, which nothing else in this program reads: there a second passes
+// from one reading to the next, more than the watchdog ever waits between two looks. Then it reads what time it is, and
+// is told what it was a second ago: so no timer is an old one when it is up.
+#include "script/processor_clock.h"
+
 #include <dlfcn.h>
 
 #include <atomic>
 #include <ctime>
 
-// Found in the program before the C library's, where the other clocks are read as ever.
+namespace {
+
+thread_local bool t_sets_timer = false;
+
+}  // namespace
+
+void zelto::script::end_engine_reading() noexcept { t_sets_timer = false; }
+
+// Found in the program before the C library's, where other clocks are read as ever.
 extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* time) noexcept {
   using Function = int(clockid_t, timespec*);
   static auto* const real = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, "clock_gettime"));
-  if (clock != CLOCK_THREAD_CPUTIME_ID) return real(clock, time);
-  static std::atomic<time_t> seconds = 0;
-  *time = {.tv_sec = seconds.fetch_add(1, std::memory_order_relaxed), .tv_nsec = 0};
-  return 0;
+  if (clock == CLOCK_THREAD_CPUTIME_ID) {
+    static std::atomic<time_t> seconds = 0;
+    *time = {.tv_sec = seconds.fetch_add(1, std::memory_order_relaxed), .tv_nsec = 0};
+    t_sets_timer = true;
+    return 0;
+  }
+  const int result = real(clock, time);
+  if (t_sets_timer && clock == CLOCK_MONOTONIC) {
+    t_sets_timer = false;
+    time->tv_sec -= 1;
+  }
+  return result;
 }

@@ -24,6 +24,7 @@ void Realm::ReleaseContext::operator()(JSGlobalContextRef context) const {
 Realm::Realm(Engine& engine)
     : engine_(engine),
       context_(JSGlobalContextCreateInGroup(engine.group(), nullptr), ReleaseContext{engine}),
+      quiet_(std::in_place, engine.watchdog()),
       prelude_(engine, context_.get()),
       reports_(context_.get(), missing_),
       errors_(engine, context_.get(), prelude_, reports_, missing_),
@@ -34,6 +35,7 @@ Realm::Realm(Engine& engine)
   JSObjectRef rejected = JSObjectMakeFunctionWithCallback(context_.get(), nullptr, callback<on_unhandled_rejection>);
   JSGlobalContextSetUnhandledRejectionCallback(context_.get(), rejected, nullptr);
   engine_.add_realm(this);
+  quiet_.reset();
 }
 
 Realm::~Realm() {

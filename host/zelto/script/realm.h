@@ -13,6 +13,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "script/engine.h"
@@ -79,6 +80,7 @@ class Realm {
 
   Engine& engine_;
   std::unique_ptr<OpaqueJSContext, ReleaseContext> context_;  // the first of the realm's parts, and the last to go
+  std::optional<Watchdog::Quiet> quiet_;                      // while the realm is being made: a half one is of no use
   Prelude prelude_;
   MissingMember missing_;
   ErrorReports reports_;

@@ -9,6 +9,7 @@
 
 #include "base/thread.h"
 #include "script/engine.h"
+#include "script/processor_clock.h"
 #include "script/text.h"
 
 namespace zelto::script {
@@ -110,8 +111,13 @@ void Watchdog::start() {
 }
 
 bool Watchdog::on_time(JSContextRef ctx, void* watchdog) {
+  end_engine_reading();
   auto& self = *static_cast<Watchdog*>(watchdog);
   if (!self.is_running()) return false;
+  if (self.quiet_ > 0) {
+    self.arm(kLookAgain);
+    return false;
+  }
   if (self.must_unwind()) {
     self.is_terminating_ = false;
     return true;

@@ -65,6 +65,18 @@ class Watchdog {
   bool leave();
   bool is_running() const noexcept { return depth_ > 0; }
 
+  // While one lives, nothing is ended: what the engine runs then is the host's own, and short.
+  class Quiet {
+   public:
+    explicit Quiet(Watchdog& watchdog) : watchdog_(watchdog) { ++watchdog_.quiet_; }
+    ~Quiet() { --watchdog_.quiet_; }
+    Quiet(const Quiet&) = delete;
+    Quiet& operator=(const Quiet&) = delete;
+
+   private:
+    Watchdog& watchdog_;
+  };
+
   // How the page is being left; `completed` while it is not. What the last page ended by, when none runs.
   Outcome::Kind ending() const noexcept { return ending_; }
   bool is_unwinding() const noexcept { return ending_ != Outcome::completed; }
@@ -96,6 +108,7 @@ class Watchdog {
   int depth_ = 0;
   Outcome::Kind ending_ = Outcome::completed;
   std::atomic<std::int64_t>* shown_ = nullptr;
+  int quiet_ = 0;
   bool is_terminating_ = false;  // the engine has been asked for the end of a script that goes on
 };
 

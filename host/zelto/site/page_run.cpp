@@ -188,6 +188,8 @@ HRESULT PageRun::execute(const std::string& virtual_path) {
   if (loaded.error) {
     outcome.kind = script::Outcome::failed;
     outcome.error = loaded.error;
+  } else if (script::is_unwinding()) {
+    return script::kPageStopped;
   } else {
     outcome = run_realm(loaded);
   }

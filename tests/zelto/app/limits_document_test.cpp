@@ -72,7 +72,7 @@ TEST(LimitsDocument, TellsTheLimitsThatHold) {
       {"time for these two", time(http.drain_timeout)},
       {"requests that wait for a worker", count(server.queue)},
       {"requests that wait for another one of their session", count(server.turn_queue)},
-      {"time that they wait", time(http.turn_timeout)},
+      {"time that the latter wait", time(http.turn_timeout)},
       {"time of a page", time(site.script_timeout)},
       {"memory of a page", bytes(site.script_memory)},
       {"memory of all that the program has outside of the script engine", bytes(site.kept_memory)},
