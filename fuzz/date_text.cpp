@@ -11,6 +11,7 @@
 #include <fmt/xchar.h>
 #include <korlib/comvariant.h>
 
+#include "conversion.h"
 #include "text/charset.h"
 #include "text/http_date.h"
 #include "text/locale.h"
@@ -21,16 +22,8 @@ namespace {
 constexpr double kFirst = -657434;
 constexpr double kBeyond = 2958466;
 
-struct Converted {
-  HRESULT hr = E_UNEXPECTED;
-  CComVariant value;
-};
-
-Converted convert(const VARIANT& value, VARTYPE type) {
-  Converted made;
-  made.hr = VariantChangeType(&made.value, &value, 0, type);
-  return made;
-}
+using fuzz::convert;
+using fuzz::Converted;
 Converted read(std::wstring_view text) { return convert(CComVariant(text), VT_DATE); }
 
 CComVariant date_value(double date) {

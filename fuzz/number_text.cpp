@@ -11,6 +11,7 @@
 
 #include <korlib/comvariant.h>
 
+#include "conversion.h"
 #include "text/charset.h"
 #include "text/locale.h"
 #include "text_input.h"
@@ -18,18 +19,8 @@
 
 namespace {
 
-struct Converted {
-  HRESULT hr = E_UNEXPECTED;
-  CComVariant value;
-};
-
-Converted convert(const VARIANT& value, VARTYPE type) {
-  Converted made;
-  made.hr = VariantChangeType(&made.value, &value, 0, type);
-  fuzz::require(made.hr == S_OK || made.hr == DISP_E_TYPEMISMATCH || made.hr == DISP_E_OVERFLOW, "one of three ends");
-  fuzz::require(made.value.vt == (made.hr == S_OK ? type : VARTYPE{VT_EMPTY}), "a value of the type, or none");
-  return made;
-}
+using fuzz::convert;
+using fuzz::Converted;
 
 std::wstring text_of(const VARIANT& value) {
   const Converted text = convert(value, VT_BSTR);

@@ -1,14 +1,13 @@
 #include "classes/text_codec.h"
 
-#include <unicode/ucnv.h>
 #include <unicode/utf16.h>
 
-#include <new>
 #include <utility>
 
 #include <korlib/text.h>
 #include <korlib_host/unicode.h>
 
+#include "base/converter.h"
 #include "base/letter_case.h"
 #include "classes/byte_store.h"
 
@@ -114,22 +113,9 @@ class Utf16Codec final : public TextCodec {
   std::size_t high_;
 };
 
-struct CloseConverter {
-  void operator()(UConverter* converter) const { ucnv_close(converter); }
-};
-using Converter = std::unique_ptr<UConverter, CloseConverter>;
-
-void check_memory(UErrorCode status) {
-  if (status == U_MEMORY_ALLOCATION_ERROR) throw std::bad_alloc();
-}
-
 class ConverterCodec final : public TextCodec {
  public:
-  explicit ConverterCodec(Converter converter) : converter_(std::move(converter)) {
-    UErrorCode status = U_ZERO_ERROR;
-    ucnv_setSubstString(converter_.get(), u"?", 1, &status);
-    check_memory(status);
-  }
+  explicit ConverterCodec(base::Converter converter) : converter_(std::move(converter)) {}
 
   bool write(std::wstring_view text, ByteStore& store) override {
     const std::u16string units = to_utf16(text);
@@ -145,7 +131,7 @@ class ConverterCodec final : public TextCodec {
       ucnv_fromUnicode(converter_.get(), &to, buffer + sizeof buffer, &at, end, nullptr, true, &status);
       encoded.append(buffer, to);
     } while (status == U_BUFFER_OVERFLOW_ERROR);
-    check_memory(status);
+    base::check_memory(status);
     return store.write(encoded);
   }
   char32_t next(std::string_view& bytes, bool continues) override {
@@ -161,7 +147,7 @@ class ConverterCodec final : public TextCodec {
   std::wstring read(std::string_view bytes, bool continues) override { return read_each(*this, bytes, continues, 0); }
 
  private:
-  Converter converter_;
+  base::Converter converter_;
 };
 
 // ASCII letters and digits in lower case; empty when the name holds anything that no charset name does.
@@ -183,11 +169,8 @@ std::unique_ptr<TextCodec> open_codec(std::wstring_view charset) {
   if (name == "unicode" || name == "utf-16" || name == "utf-16le") return std::make_unique<Utf16Codec>(false);
   if (name == "unicodefffe" || name == "utf-16be") return std::make_unique<Utf16Codec>(true);
   if (name == "utf-8" || name == "utf8") return std::make_unique<Utf8Codec>();
-  UErrorCode status = U_ZERO_ERROR;
-  Converter converter(ucnv_open(name.c_str(), &status));
-  check_memory(status);
-  if (U_FAILURE(status) || !converter) return nullptr;
-  return std::make_unique<ConverterCodec>(std::move(converter));
+  base::Converter converter = base::open_converter(name);
+  return converter ? std::make_unique<ConverterCodec>(std::move(converter)) : nullptr;
 }
 
 }  // namespace korlib

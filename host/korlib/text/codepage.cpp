@@ -1,14 +1,14 @@
 // Windows code pages over ICU.
 #include <korlib/text.h>
 
-#include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>
 #include <unicode/utf16.h>
 
 #include <array>
-#include <memory>
 #include <string>
 #include <vector>
+
+#include "base/converter.h"
 
 namespace {
 
@@ -30,10 +30,7 @@ constexpr UINT kUtf8 = 65001;
 constexpr UINT kLatinFirst = 28591;  // ISO-8859-1
 constexpr UINT kLatinLast = 28605;   // ISO-8859-15
 
-struct CloseConverter {
-  void operator()(UConverter* converter) const { ucnv_close(converter); }
-};
-using Converter = std::unique_ptr<UConverter, CloseConverter>;
+using base::Converter;
 
 // ICU would write a control character for some pages' undefined bytes.
 void replace_undefined(const void*, UConverterToUnicodeArgs* arguments, const char*, std::int32_t,

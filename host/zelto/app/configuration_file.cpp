@@ -88,7 +88,6 @@ std::size_t past_piece(std::string_view text, char before) {
 // Outside of strings and comments the format has ASCII alone. What the library does with other characters there is
 // not defined, so it is not shown them.
 void check_characters(const std::string& name, std::string_view text) {
-  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
   for (std::size_t at = 0; at < text.size(); at += past_piece(text.substr(at), at > 0 ? text[at - 1] : '\n')) {
     if (!is_beyond_ascii(text[at])) continue;
     const auto line = 1 + std::ranges::count(text.substr(0, at), '\n');
@@ -104,10 +103,11 @@ toml::table parse(const std::string& name) {
   if (!error && !std::filesystem::is_regular_file(status)) throw WrongUse(name + " is not a file");
   std::ifstream in(name);
   if (!in) throw WrongUse(name + " cannot be read: " + std::generic_category().message(errno));
-  const std::string text{std::istreambuf_iterator<char>(in), {}};
+  std::string text{std::istreambuf_iterator<char>(in), {}};
+  if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
   try {
     // With any letter for each of them first: then the characters' places are known to be those of the format.
-    std::string in_ascii = text.substr(text.starts_with("\xEF\xBB\xBF") ? 3 : 0);
+    std::string in_ascii = text;
     std::ranges::replace_if(in_ascii, is_beyond_ascii, 'x');
     if (in_ascii != text) (void)toml::parse(in_ascii, name);
     check_characters(name, text);

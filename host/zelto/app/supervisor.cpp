@@ -27,8 +27,7 @@ constexpr char kReread = 'r';
 constexpr char kEnd = 'e';
 constexpr char kEndSoon = 's';
 constexpr seconds kLook(1);
-constexpr seconds kToEndSoon(5);
-constexpr seconds kToEnd(5);  // beyond stop_timeout: what closing all, and ending without some pages, takes
+constexpr seconds kToEnd(5);  // beyond the time that pages get: what closing all, and ending without some pages, takes
 constexpr std::size_t kMostPages = 16;
 
 // Time that this process has seen pass: when it was itself stopped, or the whole machine, the server had none either.
@@ -230,7 +229,7 @@ Supervisor::Death Supervisor::replace() {
   const std::vector<std::string> pages = vitals_.pages();
   tell(kEndSoon);
   SeenTime time;
-  for (Duration waited{}; server_ > 0 && waited < kToEndSoon; waited += time.more()) {
+  for (Duration waited{}; server_ > 0 && waited < kToEnd; waited += time.more()) {
     signals_.wait_for_child(kLook);
     reap(WNOHANG);
   }

@@ -152,7 +152,8 @@ class Server::Impl {
     }
   }
 
-  // None is made while connections are accepted: the library crashes where there is no memory for half of one.
+  // Before connections are accepted: the library crashes where there is no memory for half of one. More are made only
+  // while more connections are about to go than are spare.
   void make_strands() {
     strands_.reserve(options_.limits.connections + kSpareStrands);
     while (strands_.size() < strands_.capacity()) strands_.push_back(asio::make_strand(io_));

@@ -50,9 +50,9 @@ class ApplicationHold final : public VariantStore {
   HRESULT remove(std::wstring_view name) override;
   HRESULT clear() override;
   HRESULT names(std::vector<std::wstring>& names) override;
-  bool has(std::wstring_view name);
 
  private:
+  bool has(std::wstring_view name);
   // Makes the change once no other page has the lock.
   template <class Change>
   HRESULT change(Change make);

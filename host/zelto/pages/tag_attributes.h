@@ -37,6 +37,7 @@ bool is_javascript(std::wstring_view language);
 std::optional<AttributeValue> read_attribute_value(std::wstring_view text, std::size_t at);
 // The attributes of a tag from behind its name. Nothing when the tag has no end.
 std::optional<TagAttributes> read_tag(std::wstring_view text, std::size_t at);
+
 // Finds the tags of one text that are for the server. Remembers where it was in those that are not, so that a text of
 // nothing but beginnings of tags is not read again for each of them.
 class ServerTags {

@@ -1,11 +1,8 @@
 // The engine looks at its watchdog when a timer is up, which it sets when a script is entered. Jobs of promises are
 // each entered anew when the script has ended, in a fraction of a microsecond, and so a chain of jobs that make jobs
-// would go on for ever, for two reasons:
-//
-// - The engine asks whether the script has also had as much time of the processor since it was entered. No job has.
-// - It takes a timer that was set before the last entry for an old one. Each job that is entered between the timer's
-// end
-//   and the look sets it anew.
+// would go on for ever. First, the engine asks whether the script has also had as much time of the processor since it
+// was entered, which no job has. Second, it takes a timer that was set before the last entry for an old one, and each
+// job that is entered between the timer's end and the look sets it anew.
 //
 // Our limit is one of the clock on the wall, which the watchdog reads itself (watchdog.h): it wants to be asked
 // whenever a timer is up. The engine offers no way to say so, but it has nothing to ask except clocks. When it sets a

@@ -2,13 +2,12 @@
 
 #include <korlib/text.h>
 #include <korlib_host/errors.h>
-#include <unicode/ucnv.h>
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <new>
-#include <utility>
+
+#include "base/converter.h"
 
 namespace zelto {
 
@@ -31,26 +30,13 @@ constexpr std::array kCodePages{
     CodePage{1258, "windows-1258"}, CodePage{874, "windows-874"},
 };
 
-struct CloseConverter {
-  void operator()(UConverter* converter) const { ucnv_close(converter); }
-};
-using Converter = std::unique_ptr<UConverter, CloseConverter>;
-
-void check_memory(UErrorCode status) {
-  if (status == U_MEMORY_ALLOCATION_ERROR) throw std::bad_alloc();
-}
-
 // A converter keeps state, so each thread has its own; opening one is expensive.
 UConverter* converter_for(LONG code_page) {
   thread_local LONG open_page = 0;
-  thread_local Converter converter;
+  thread_local base::Converter converter;
   if (open_page != code_page) {
     const auto charset = charset_of(code_page);
-    UErrorCode status = U_ZERO_ERROR;
-    Converter opened(charset ? ucnv_open(charset->c_str(), &status) : nullptr);
-    if (opened) ucnv_setSubstString(opened.get(), u"?", 1, &status);
-    check_memory(status);
-    converter = std::move(opened);
+    converter = charset ? base::open_converter(*charset) : nullptr;
     open_page = code_page;
   }
   return converter.get();
@@ -87,11 +73,11 @@ std::string encode(LONG code_page, std::wstring_view text) {
   UErrorCode status = U_ZERO_ERROR;
   const auto length = static_cast<int32_t>(units.size());
   const int32_t size = ucnv_fromUChars(converter, nullptr, 0, units.data(), length, &status);
-  check_memory(status);
+  base::check_memory(status);
   std::string out(static_cast<std::size_t>(size), '\0');
   status = U_ZERO_ERROR;
   ucnv_fromUChars(converter, out.data(), size, units.data(), length, &status);
-  check_memory(status);
+  base::check_memory(status);
   return out;
 }
 

@@ -26,6 +26,17 @@ const bool has_own_memory = [] {
   return U_SUCCESS(status);
 }();
 
+// What a member has answered with `hr` and the text, as an operation's outcome.
+HRESULT give(CComBSTR& text, HRESULT hr, VARIANT* out) {
+  if (FAILED(hr)) {
+    EXPECT_EQ(nullptr, text.get());
+    return hr;
+  }
+  out->vt = VT_BSTR;
+  out->bstrVal = text.detach();
+  return hr;
+}
+
 class FailingStream : public test::StreamFixture {
  protected:
   void make(const wchar_t* charset) {
@@ -61,15 +72,6 @@ class FailingStream : public test::StreamFixture {
       stream_.reset();
       target_.reset();
     });
-  }
-  static HRESULT give(CComBSTR& text, HRESULT hr, VARIANT* out) {
-    if (FAILED(hr)) {
-      EXPECT_EQ(nullptr, text.get());
-      return hr;
-    }
-    out->vt = VT_BSTR;
-    out->bstrVal = text.detach();
-    return hr;
   }
   HRESULT read_text(LONG count, VARIANT* out) {
     CComBSTR text;
@@ -212,15 +214,6 @@ class FailingTextStream : public testing::Test {
     };
     test::expect_all_or_nothing({{name, [&, mode] { open(mode); }, std::move(run), state}}, [&] { stream_.reset(); });
   }
-  HRESULT read(HRESULT hr, CComBSTR& text, VARIANT* out) {
-    if (FAILED(hr)) {
-      EXPECT_EQ(nullptr, text.get());
-      return hr;
-    }
-    out->vt = VT_BSTR;
-    out->bstrVal = text.detach();
-    return hr;
-  }
 
   const test::TemporaryFolder folder_;
   const CComBSTR path_{std::wstring_view(folder_.wide("a file.txt"))};
@@ -235,17 +228,17 @@ TEST_F(FailingTextStream, ReadsWhollyOrNot) {
   expect_all_or_nothing("Read", kRead, [&](VARIANT* out) {
     CComBSTR text;
     const HRESULT hr = stream_->Read(20, text.put());
-    return read(hr, text, out);
+    return give(text, hr, out);
   });
   expect_all_or_nothing("ReadLine", kRead, [&](VARIANT* out) {
     CComBSTR text;
     const HRESULT hr = stream_->ReadLine(text.put());
-    return read(hr, text, out);
+    return give(text, hr, out);
   });
   expect_all_or_nothing("ReadAll", kRead, [&](VARIANT* out) {
     CComBSTR text;
     const HRESULT hr = stream_->ReadAll(text.put());
-    return read(hr, text, out);
+    return give(text, hr, out);
   });
 }
 
