@@ -13,7 +13,7 @@
 
 namespace zelto {
 
-// Runs on the socket's strand.
+// Runs on the socket's loop.
 class AnswerSender {
  public:
   // `on_end` is called once nothing waits any more or the answer has failed; not when the socket is closed meanwhile.

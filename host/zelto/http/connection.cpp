@@ -1,6 +1,7 @@
 #include "http/connection.h"
 
 #include <boost/asio/buffer.hpp>
+#include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/write.hpp>
 #include <new>
@@ -33,16 +34,13 @@ Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> ter
       deadline_(socket_.get_executor(), [this] { guarded([this] { on_timeout(); }); }),
       reader_(limits(), shared.spool),
       read_rate_(limits().body_timeout, limits().body_rate),
-      // A worker may write, so that sending is left to the strand.
+      // A worker may write, so that sending is left to the loop.
       queue_(shared.spool, limits().send_memory, [this] { post(&Connection::send); }),
       sink_(queue_),
       sender_(socket_, queue_, deadline_, limits(), [this] { on_sent(); }),
       job_(shared.pool, reader_, sink_, shared.report, [this] { post(&Connection::on_answered); }) {}
 
-Connection::~Connection() {
-  shared_.table.remove(this);
-  shared_.give_strand_back(socket_.get_executor());
-}
+Connection::~Connection() { shared_.table.remove(this); }
 
 void Connection::start() { post(&Connection::begin); }
 void Connection::turn_away() { post(&Connection::answer_too_many); }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <atomic>
-#include <boost/asio/ip/tcp.hpp>
+#include <boost/system/error_code.hpp>
 #include <chrono>
 #include <exception>
 #include <functional>
@@ -41,11 +41,10 @@ struct ConnectionShared {
   Router* router;  // null when workers answer everything
   std::function<void(const AccessRecord&)> log;
   std::function<void(std::string_view)> report;  // of what goes wrong in the server itself
-  std::function<void(const boost::asio::any_io_executor&)> give_strand_back;
   std::atomic<bool> stopping = false;
 };
 
-// Runs on its socket's strand. While its job is out, a worker writes the answer, and the strand does nothing with the
+// Runs on its socket's loop. While its job is out, a worker writes the answer, and the loop does nothing with the
 // request, the sink or the socket but send what waits, or reset it.
 class Connection final : public std::enable_shared_from_this<Connection> {
  public:

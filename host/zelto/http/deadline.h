@@ -1,22 +1,26 @@
 // How long a connection's client is waited for.
 #pragma once
 
-#include <boost/asio/any_io_executor.hpp>
-#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/basic_waitable_timer.hpp>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 
+#include "http/io_loop.h"
+
 namespace zelto {
+
+using Timer = boost::asio::basic_waitable_timer<std::chrono::steady_clock,
+                                                boost::asio::wait_traits<std::chrono::steady_clock>, IoLoop::Executor>;
 
 // The moment by which the client must have done something.
 // One timer, moved only when the deadline comes nearer: a request arms several, and mostly meets them all.
-// Everything happens on the executor, which must be a strand.
+// Everything happens on its loop.
 class Deadline {
  public:
-  Deadline(const boost::asio::any_io_executor& strand, std::function<void()> on_missed)
-      : timer_(strand), on_missed_(std::move(on_missed)) {}
+  Deadline(const IoLoop::Executor& loop, std::function<void()> on_missed)
+      : timer_(loop), on_missed_(std::move(on_missed)) {}
 
   // From now; replaces the deadline before. Zero is none. `owner` holds this object and is kept alive while
   // the timer runs.
@@ -29,7 +33,7 @@ class Deadline {
   void watch(std::shared_ptr<void> owner);
   bool goes_on(std::shared_ptr<void> owner);
 
-  boost::asio::steady_timer timer_;
+  Timer timer_;
   std::function<void()> on_missed_;
   Clock::time_point at_ = Clock::time_point::max();
   Clock::time_point timer_at_ = Clock::time_point::max();

@@ -12,7 +12,7 @@
 
 namespace zelto {
 
-// Belongs to the strand of its connection, but for run(), which a worker's thread calls.
+// Belongs to the loop of its connection, but for run(), which a worker's thread calls.
 class PageJob final : public Job {
  public:
   // `report` is called with a line for the log, and `on_done` when the worker has written what it could, both by the

@@ -1,13 +1,16 @@
 // The other end of a connection: where it is, whether it is there, and how to be rid of it.
 #pragma once
 
+#include <boost/asio/basic_stream_socket.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <cstdint>
 #include <string>
 
+#include "http/io_loop.h"
+
 namespace zelto {
 
-using Socket = boost::asio::ip::tcp::socket;
+using Socket = boost::asio::basic_stream_socket<boost::asio::ip::tcp, IoLoop::Executor>;
 
 // Both ends of a connection: "192.0.2.1" and a port. Empty and 0 when the client has gone already.
 struct Ends {

@@ -13,24 +13,16 @@ constexpr std::size_t kKeptRoom = std::size_t{16} * 1024;
 }  // namespace
 
 std::span<char> RequestReader::room(std::size_t size) {
-  input_.resize(received_ + size);
-  return std::span(input_).subspan(received_);
+  const auto room = input_.prepare(size);
+  return {static_cast<char*>(room.data()), room.size()};
 }
 
-void RequestReader::received(std::size_t count) {
-  received_ += count;
-  input_.resize(received_);
-}
+void RequestReader::received(std::size_t count) { input_.commit(count); }
 
 std::size_t RequestReader::drop() {
-  const std::size_t dropped = received_;
-  erase(dropped);
+  const std::size_t dropped = input_.size();
+  input_.consume(dropped);
   return dropped;
-}
-
-void RequestReader::erase(std::size_t count) {
-  input_.erase(0, count);
-  received_ = input_.size();
 }
 
 RequestReader::Progress RequestReader::refuse(int status) {
@@ -41,16 +33,16 @@ RequestReader::Progress RequestReader::refuse(int status) {
 // Some clients end a body with a line break too many.
 void RequestReader::skip_line_breaks() {
   std::size_t skipped = 0;
-  while (std::string_view(input_).substr(skipped).starts_with("\r\n")) skipped += 2;
+  while (input().substr(skipped).starts_with("\r\n")) skipped += 2;
   if (skipped == 0) return;
-  erase(skipped);
+  input_.consume(skipped);
   scanner_.emplace(limits_.header_bytes, limits_.header_lines);
 }
 
 RequestReader::Progress RequestReader::read_head() {
   skip_line_breaks();
-  if (input_.empty()) return Progress::more;
-  switch (scanner_->scan(input_)) {
+  if (input_.size() == 0) return Progress::more;
+  switch (scanner_->scan(input())) {
     case HeadScanner::Verdict::more:
       return Progress::more;
     case HeadScanner::Verdict::complete:
@@ -66,14 +58,14 @@ RequestReader::Progress RequestReader::read_head() {
   request_line_ = request_line();
   parser_.emplace(limits_);
   parser_->request().body.use(spool_);
-  const int status = parser_->parse_head(std::string_view(input_).substr(0, scanner_->size()));
-  erase(scanner_->size());
+  const int status = parser_->parse_head(input().substr(0, scanner_->size()));
+  input_.consume(scanner_->size());
   return status == status::kOk ? Progress::done : refuse(status);
 }
 
 RequestReader::Progress RequestReader::read_body(std::size_t& used) {
-  const auto progress = parser_->parse_body(input_, used);
-  erase(used);
+  const auto progress = parser_->parse_body(input(), used);
+  input_.consume(used);
   switch (progress) {
     case RequestParser::Progress::done:
       return Progress::done;
@@ -95,16 +87,15 @@ RequestReader::Progress RequestReader::read_body(std::size_t& used) {
 void RequestReader::next() {
   parser_.reset();
   request_line_.clear();
-  if (input_.empty() && input_.capacity() > kKeptRoom) std::string().swap(input_);
+  if (input_.size() == 0 && input_.capacity() > kKeptRoom) input_ = {};
   scanner_.emplace(limits_.header_bytes, limits_.header_lines);
 }
 
-bool RequestReader::awaits_continue() const { return input_.empty() && expects_continue(parser_->request()); }
+bool RequestReader::awaits_continue() const { return input_.size() == 0 && expects_continue(parser_->request()); }
 
 std::string_view RequestReader::request_line() const {
   if (!request_line_.empty()) return request_line_;
-  const std::string_view received = std::string_view(input_).substr(0, received_);
-  return received.substr(0, received.find_first_of("\r\n"));
+  return input().substr(0, input().find_first_of("\r\n"));
 }
 
 }  // namespace zelto

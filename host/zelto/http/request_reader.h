@@ -1,6 +1,7 @@
 // Reads the requests of one client, one after the other, from the bytes that arrive, however they are cut.
 #pragma once
 
+#include <boost/beast/core/flat_buffer.hpp>
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -37,7 +38,7 @@ class RequestReader {
   void next();
 
   // Something of the request has been received, as far as read_head() has seen.
-  bool has_begun() const { return received_ > 0; }
+  bool has_begun() const { return input_.size() > 0; }
   // After the head.
   bool needs_body() const { return parser_->needs_body(); }
   // The client waits for "100 Continue", and has sent nothing of the body yet.
@@ -52,13 +53,15 @@ class RequestReader {
  private:
   Progress refuse(int status);
   void skip_line_breaks();
-  void erase(std::size_t count);
+  std::string_view input() const {
+    const auto bytes = input_.cdata();
+    return {static_cast<const char*>(bytes.data()), bytes.size()};
+  }
 
   const HttpLimits& limits_;
   Spool& spool_;
-  std::string input_;         // what was received and not yet consumed, with room behind it while more is awaited
-  std::size_t received_ = 0;  // the part of it that is received
-  std::string request_line_;  // of a head that is complete
+  boost::beast::flat_buffer input_;  // what was received and not yet consumed
+  std::string request_line_;         // of a head that is complete
   std::optional<HeadScanner> scanner_;
   std::optional<RequestParser> parser_;
   int status_ = 0;

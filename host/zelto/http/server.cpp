@@ -2,14 +2,11 @@
 
 #include <algorithm>
 #include <atomic>
-#include <boost/asio/any_io_executor.hpp>
-#include <boost/asio/executor_work_guard.hpp>
-#include <boost/asio/io_context.hpp>
+#include <boost/asio/basic_socket_acceptor.hpp>
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/asio/steady_timer.hpp>
-#include <boost/asio/strand.hpp>
+#include <deque>
 #include <exception>
 #include <future>
 #include <memory>
@@ -21,7 +18,10 @@
 
 #include "http/client_address.h"
 #include "http/connection.h"
+#include "http/deadline.h"
+#include "http/io_loop.h"
 #include "http/listening_socket.h"
+#include "http/peer.h"
 #include "http/worker_pool.h"
 
 namespace zelto {
@@ -31,11 +31,8 @@ using asio::ip::tcp;
 
 namespace {
 
-constexpr std::chrono::seconds kBeat(1);
 // After which what failed for want of memory or files is tried again.
 constexpr std::chrono::milliseconds kPause(20);
-// Made beforehand for connections beyond the limit, which are turned away, and those that are about to go.
-constexpr std::size_t kSpareStrands = 64;
 // What connections need to close once they have been told to; nothing waits for a client then.
 constexpr std::chrono::seconds kLastSteps(5);
 
@@ -60,8 +57,11 @@ class Server::Impl {
                 spool_,
                 router,
                 [this](const AccessRecord& record) { log(record); },
-                [this](std::string_view problem) { report(problem); },
-                [this](const asio::any_io_executor& strand) { give_strand_back(strand); }} {}
+                [this](std::string_view problem) { report(problem); }},
+        loops_(std::max(options_.io_threads, 1U)),
+        acceptor_(loops_.front().executor()),
+        retry_(loops_.front().executor()),
+        beat_(loops_.front().executor()) {}
 
   ~Impl() {
     try {
@@ -76,9 +76,11 @@ class Server::Impl {
   void start() {
     listen();
     try_spool();
-    make_strands();
     pool_.start();
-    for (unsigned i = 0; i < std::max(options_.io_threads, 1U); ++i) threads_.emplace_back([this] { run_io(); });
+    for (IoLoop& loop : loops_) {
+      loop.start([this] { serve(); }, [this](std::string_view problem) { on_failure(problem); });
+      started_ = true;
+    }
   }
 
   std::uint16_t port() const { return port_; }
@@ -94,20 +96,15 @@ class Server::Impl {
     shared_.stopping = true;
     stop_accepting();
     for (const auto& connection : table_.all()) connection->close_when_idle();
-    all_answered_ = threads_.empty() || table_.wait_until_empty(grace);
+    all_answered_ = !started_ || table_.wait_until_empty(grace);
     for (const auto& connection : table_.all()) connection->abort();
     pool_.stop();
     table_.wait_until_empty(kLastSteps);
-    io_.stop();
-    threads_.clear();
-    const std::lock_guard lock(strands_lock_);
-    io_has_ended_ = true;
+    for (IoLoop& loop : loops_) loop.stop();
     return all_answered_;
   }
 
  private:
-  using Strand = asio::strand<asio::io_context::executor_type>;
-
   void listen() {
     base::FileDescriptor socket(options_.listening_socket);
     if (!socket) socket = listen_on(options_.address, options_.port);
@@ -124,7 +121,7 @@ class Server::Impl {
       retry_.cancel();
       done.set_value();
     };
-    threads_.empty() ? close() : asio::post(accepting_strand_, close);
+    started_ ? asio::post(loops_.front().executor(), close) : close();
     done.get_future().wait();
   }
 
@@ -137,50 +134,27 @@ class Server::Impl {
     }
   }
 
-  void run_io() {
-    for (;;) {
-      try {
-        asio::post(accepting_strand_, [this] { accept(); });
-        beat();
-        io_.run();
-        return;
-      } catch (const std::exception& error) {
-        // Out of memory in one connection's step: that connection goes with its handler, the others go on.
-        report(error.what());
-        if (!accepting_) std::this_thread::sleep_for(kPause);
-      }
-    }
+  // What keeps the server listening, on the first loop, whichever begins or begins again.
+  void serve() {
+    asio::post(loops_.front().executor(), [this] {
+      accept();
+      beat();
+    });
   }
 
-  // Before connections are accepted: the library crashes where there is no memory for half of one. More are made only
-  // while more connections are about to go than are spare.
-  void make_strands() {
-    strands_.reserve(options_.limits.connections + kSpareStrands);
-    while (strands_.size() < strands_.capacity()) strands_.push_back(asio::make_strand(io_));
-  }
-
-  Strand take_strand() {
-    const std::lock_guard lock(strands_lock_);
-    if (strands_.empty()) return asio::make_strand(io_);
-    Strand taken = std::move(strands_.back());
-    strands_.pop_back();
-    return taken;
-  }
-
-  void give_strand_back(const asio::any_io_executor& executor) noexcept {
-    const Strand* const strand = executor.target<Strand>();
-    const std::lock_guard lock(strands_lock_);
-    if (strand && !io_has_ended_ && strands_.size() < strands_.capacity()) strands_.push_back(*strand);
+  void on_failure(std::string_view problem) {
+    report(problem);
+    if (!accepting_) std::this_thread::sleep_for(kPause);
   }
 
   // Whatever fails in here, someone accepts again.
   void accept() {
     if (accepting_.exchange(true)) return;
     Waiting waiting(&accepting_);
-    acceptor_.async_accept(take_strand(), [this, waiting = std::move(waiting)](const boost::system::error_code& error,
-                                                                               tcp::socket socket) mutable {
+    IoLoop& loop = loops_[next_loop_++ % loops_.size()];
+    acceptor_.async_accept(loop.executor(), [this, waiting = std::move(waiting)](const boost::system::error_code& error,
+                                                                                 Socket socket) mutable {
       waiting.reset();
-      if (error) give_strand_back(socket.get_executor());
       if (shared_.stopping || error == asio::error::operation_aborted) return;
       if (error) return accept_later(error);
       accept();
@@ -190,7 +164,7 @@ class Server::Impl {
 
   // Mostly no descriptor is left: one becomes free when a connection ends.
   void accept_later(const boost::system::error_code& error) {
-    if (!starved_.exchange(true)) report("accepting a connection: " + error.message());
+    if (!std::exchange(starved_, true)) report("accepting a connection: " + error.message());
     if (const auto connection = table_.take_oldest()) connection->give_way();
     retry_.expires_after(kPause);
     retry_.async_wait([this](const boost::system::error_code& cancelled) {
@@ -198,14 +172,22 @@ class Server::Impl {
     });
   }
 
+  // Goes through all loops, so that it stays away while one of them is stuck.
   void beat() {
     if (!options_.on_beat || beating_.exchange(true)) return;
     Waiting waiting(&beating_);
     options_.on_beat();
-    beat_.expires_after(kBeat);
+    beat_.expires_after(options_.beat);
     beat_.async_wait([this, waiting = std::move(waiting)](const boost::system::error_code& cancelled) mutable {
+      if (!cancelled) pass_beat_on(1, std::move(waiting));
+    });
+  }
+
+  void pass_beat_on(std::size_t loop, Waiting waiting) {
+    asio::post(loops_[loop % loops_.size()].executor(), [this, loop, waiting = std::move(waiting)]() mutable {
+      if (loop < loops_.size()) return pass_beat_on(loop + 1, std::move(waiting));
       waiting.reset();
-      if (!cancelled) beat();
+      beat();
     });
   }
 
@@ -214,11 +196,11 @@ class Server::Impl {
     return terms_;
   }
 
-  void adopt(tcp::socket socket) {
+  void adopt(Socket socket) {
     starved_ = false;
     boost::system::error_code error;
     const auto client = socket.remote_endpoint(error).address();
-    if (error || shared_.stopping) return give_strand_back(socket.get_executor());
+    if (error || shared_.stopping) return;
     const auto terms = this->terms();
     const auto connection = std::make_shared<Connection>(std::move(socket), terms, shared_);
     const bool is_exempt =
@@ -254,18 +236,15 @@ class Server::Impl {
   ConnectionShared shared_;
   std::atomic<bool> accepting_ = false;
   std::atomic<bool> beating_ = false;
-  std::mutex strands_lock_;
-  bool io_has_ended_ = false;  // what of connections is left goes with io_, behind the strands
-  // Behind what its handlers use: destroying it destroys the connections that are left.
-  asio::io_context io_;
-  asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};
-  Strand accepting_strand_{io_.get_executor()};
-  std::vector<Strand> strands_;  // of no connection
-  tcp::acceptor acceptor_{accepting_strand_};
-  asio::steady_timer retry_{accepting_strand_};
-  asio::steady_timer beat_{io_};
-  std::vector<std::jthread> threads_;
-  std::atomic<bool> starved_ = false;  // and the log knows
+  bool started_ = false;
+  // Behind what their handlers use: destroying them destroys the connections that are left. The first one accepts for
+  // all, and goes first.
+  std::deque<IoLoop> loops_;
+  std::size_t next_loop_ = 0;
+  asio::basic_socket_acceptor<tcp, IoLoop::Executor> acceptor_;
+  Timer retry_;
+  Timer beat_;
+  bool starved_ = false;  // and the log knows
   std::uint16_t port_ = 0;
   bool stopped_ = false;
   bool all_answered_ = true;

@@ -35,7 +35,8 @@ struct ServerOptions {
   SpoolLimits spool{};
   std::function<void(const AccessRecord&)> on_access{};  // called on I/O threads, one call at a time
   std::function<void(std::string_view)> on_problem{};    // called on any thread: a line for the log
-  std::function<void()> on_beat{};                       // called every second on an I/O thread that is not stuck
+  std::function<void()> on_beat{};                       // called every `beat` while no I/O thread is stuck
+  std::chrono::milliseconds beat{1000};
 };
 
 class Server {

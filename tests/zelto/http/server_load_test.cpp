@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <thread>
@@ -114,6 +115,39 @@ TEST(ServerLoad, AnswerOthersWhileSlowClientsTakeTheirTime) {
   EXPECT_EQ(200, ask(test.port(), request).status);
   // And they get what they asked for.
   for (const auto& client : slow) EXPECT_EQ(20'000'000u, client->receive().value().body.size());
+}
+
+// The second connection's loop is stuck; the first one's answers on, but the server as a whole is not well.
+TEST(ServerLoad, BeatsOnlyWhileEveryLoopRuns) {
+  std::atomic<unsigned> beats = 0;
+  zelto::ServerOptions options;
+  options.io_threads = 2;
+  options.beat = milliseconds(1);
+  options.on_beat = [&beats] {
+    ++beats;
+    beats.notify_all();
+  };
+  TestServer test(options);
+  const auto wait_for_more_than = [&beats](unsigned seen) {
+    for (unsigned now = beats; now <= seen; now = beats) beats.wait(now);
+  };
+  wait_for_more_than(2);
+  const std::string echo = "GET /echo HTTP/1.1\r\n" + kHost + "\r\n";
+  Client first(test.port());
+  first.send(echo);
+  EXPECT_EQ(200, first.receive().value().status);
+  Client second(test.port());
+  second.send("GET /stuck HTTP/1.1\r\n" + kHost + "\r\n");
+  test.gate.wait_for(1);
+  const unsigned before = beats;
+  for (int i = 0; i < 200; ++i) {
+    first.send(echo);
+    EXPECT_EQ(200, first.receive().value().status);
+  }
+  EXPECT_LE(beats, before + 1) << "one may have been on its way";
+  test.gate.open();
+  EXPECT_EQ(200, second.receive().value().status);
+  wait_for_more_than(before + 1);
 }
 
 // More than the connection may keep of an answer, where nothing may wait for room.

@@ -86,9 +86,12 @@ class PathWorker final : public zelto::Worker {
 
 class PathRouter final : public zelto::Router {
  public:
+  explicit PathRouter(Gate& gate) : gate_(gate) {}
+
   Route route(HttpRequest& request, ResponseSink& sink) override {
     if (request.path == "/unroutable") throw std::runtime_error("not to be routed");
     if (request.path == "/turn") return {.turn = request.query};
+    if (request.path == "/stuck") gate_.wait_here();
     if (request.path != "/routed") return {};
     std::string body = "routed";
     for (int i = 0; i < 3; ++i) body += request.query;
@@ -97,6 +100,9 @@ class PathRouter final : public zelto::Router {
     sink.finish();
     return {.answered = true, .turn = {}};
   }
+
+ private:
+  Gate& gate_;
 };
 
 }  // namespace
@@ -108,9 +114,9 @@ void Gate::wait_here() {
   changed_.wait(lock, [this] { return open_; });
 }
 
-void Gate::wait_for(int workers) {
+void Gate::wait_for(int threads) {
   std::unique_lock lock(lock_);
-  changed_.wait(lock, [&] { return waiting_ >= workers; });
+  changed_.wait(lock, [&] { return waiting_ >= threads; });
 }
 
 void Gate::open() {
@@ -125,7 +131,7 @@ zelto::ServerOptions with_limits(const zelto::HttpLimits& limits) {
   return options;
 }
 
-TestServer::TestServer(zelto::ServerOptions options) : router_(std::make_unique<PathRouter>()) {
+TestServer::TestServer(zelto::ServerOptions options) : router_(std::make_unique<PathRouter>(gate)) {
   options.on_problem = [this](std::string_view problem) {
     const std::lock_guard lock(lock_);
     problems.emplace_back(problem);

@@ -16,11 +16,11 @@ inline const std::string kHost = "Host: test\r\n";
 
 zelto::ServerOptions with_limits(const zelto::HttpLimits& limits);
 
-// Where workers wait until a test lets them go on.
+// Where threads wait until a test lets them go on.
 class Gate {
  public:
-  void wait_here();            // called by a worker
-  void wait_for(int workers);  // until that many workers wait
+  void wait_here();            // called by a server's thread
+  void wait_for(int threads);  // until that many wait
   void open();
 
  private:
@@ -35,7 +35,7 @@ class Gate {
 // whether the client is connected; /encrypted answers whether the request came so; /host answers its Host header;
 // /broken?N breaks off after N bytes; /half waits at the gate in the middle; /throw, /silent, /short misbehave;
 // /status?N answers that status. The router answers /routed itself, the query thrice behind it, fails at /unroutable,
-// and gives /turn?T the turn T before the worker waits at the gate.
+// gives /turn?T the turn T before the worker waits at the gate, and waits at it itself, on an I/O thread, for /stuck.
 class TestServer {
  public:
   explicit TestServer(zelto::ServerOptions options = {});
