@@ -20,26 +20,26 @@ static_assert(sizeof(Moment) == sizeof(SQL_TIMESTAMP_STRUCT) &&
 constexpr std::size_t kMostResultBytes = 16'777'216;
 
 struct Wire {
+  SQLULEN size;  // 0: as long as the value
   SQLSMALLINT c_type;
   SQLSMALLINT sql_type;
-  SQLULEN size;  // 0: as long as the value
   SQLSMALLINT digits;
 };
 
 // In the order of Kind.
 constexpr Wire kWires[] = {
-    {SQL_C_BIT, SQL_BIT, 1, 0},                         // boolean
-    {SQL_C_SBIGINT, SQL_INTEGER, 10, 0},                // integer
-    {SQL_C_SBIGINT, SQL_BIGINT, 19, 0},                 // big_integer
-    {SQL_C_DOUBLE, SQL_DOUBLE, 15, 0},                  // real
-    {SQL_C_WCHAR, SQL_DECIMAL, 38, 0},                  // decimal
-    {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 26, 6},  // date
-    {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 26, 6},  // time
-    {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 26, 6},  // moment
-    {SQL_C_WCHAR, SQL_WVARCHAR, 0, 0},                  // text
-    {SQL_C_WCHAR, SQL_WLONGVARCHAR, 0, 0},              // long_text
-    {SQL_C_BINARY, SQL_VARBINARY, 0, 0},                // binary
-    {SQL_C_BINARY, SQL_LONGVARBINARY, 0, 0},            // long_binary
+    {1, SQL_C_BIT, SQL_BIT, 0},                         // boolean
+    {10, SQL_C_SBIGINT, SQL_INTEGER, 0},                // integer
+    {19, SQL_C_SBIGINT, SQL_BIGINT, 0},                 // big_integer
+    {15, SQL_C_DOUBLE, SQL_DOUBLE, 0},                  // real
+    {38, SQL_C_WCHAR, SQL_DECIMAL, 0},                  // decimal
+    {26, SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 6},  // date
+    {26, SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 6},  // time
+    {26, SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 6},  // moment
+    {0, SQL_C_WCHAR, SQL_WVARCHAR, 0},                  // text
+    {0, SQL_C_WCHAR, SQL_WLONGVARCHAR, 0},              // long_text
+    {0, SQL_C_BINARY, SQL_VARBINARY, 0},                // binary
+    {0, SQL_C_BINARY, SQL_LONGVARBINARY, 0},            // long_binary
 };
 static_assert(std::size(kWires) == static_cast<std::size_t>(Kind::long_binary) + 1);
 
