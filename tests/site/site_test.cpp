@@ -5,6 +5,9 @@
 //   output        standard output, to the byte (optional: not looked at when missing)
 //   error         text that standard error must hold, one piece a line (optional: must be empty when missing)
 //   status        the exit code (optional, 0)
+//   once          is there where the page cannot be asked for again: it leaves something that it finds the next time
+//
+// Each is asked for once, and four times by the same program: the last answer is as the first.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -36,10 +39,18 @@ class Case : public testing::Test {
   explicit Case(fs::path folder) : folder_(std::move(folder)) {}
 
   void TestBody() override {
+    run({});
+    if (!fs::exists(folder_ / "once")) run({"--times", "4"});
+  }
+
+ private:
+  void run(const std::vector<std::string>& how) {
+    const test::TemporaryFolder scratch;
     std::vector<std::string> words{"run", "page.asp"};
+    words.insert(words.end(), how.begin(), how.end());
     for (const std::string& word : lines_of(folder_ / "arguments")) words.push_back(word);
-    fs::copy(folder_, scratch_.path("case"), fs::copy_options::recursive);
-    const test::Ran ran = test::run_program(words, scratch_.path("case"), scratch_.path());
+    fs::copy(folder_, scratch.path("case"), fs::copy_options::recursive);
+    const test::Ran ran = test::run_program(words, scratch.path("case"), scratch.path());
     const int status = std::stoi(read(folder_ / "status").value_or("0"));
     EXPECT_EQ(status, ran.status) << ran.error;
     if (const auto output = read(folder_ / "output")) {
@@ -52,9 +63,7 @@ class Case : public testing::Test {
     for (const std::string& piece : pieces) EXPECT_NE(std::string::npos, ran.error.find(piece)) << ran.error;
   }
 
- private:
   fs::path folder_;
-  test::TemporaryFolder scratch_;
 };
 
 // Tests are named after their folders: "upload_two_files" is Site.upload_two_files.

@@ -66,6 +66,9 @@ void add_run(CLI::App& app, RunCommand& command) {
   run->add_option("--body", command.body_file, "A file with the request's body; - is standard input")
       ->type_name("FILE");
   run->add_flag("--include-headers", command.include_headers, "Print the response's head as well");
+  run->add_option("--times", command.times, "Ask for it so often, as one server; the last answer is printed")
+      ->check(CLI::Range(1U, 1'000'000'000U))
+      ->type_name("NUMBER");
   run->add_flag("--debug", command.debug, "Let error pages show what went wrong");
 }
 
@@ -94,7 +97,7 @@ int run_command_line(int argc, const char* const* argv) {
       "serve [SITE] [--listen ADDRESS:PORT] [--workers NUMBER] [--body-limit SIZE]\n"
       "      [--debug] [--no-supervisor]\n"
       "run PAGE [--site FOLDER] [--query TEXT] [--method NAME] [--debug]\n"
-      "      [--header 'NAME: VALUE']… [--body FILE] [--include-headers]\n"
+      "      [--header 'NAME: VALUE']… [--body FILE] [--include-headers] [--times NUMBER]\n"
       "zelto SUBCOMMAND --help tells more; that of serve lists the keys of zelto.toml.\n\n"
       "Exit code: 0 done, 1 failed (of run: also a status from 400), 2 wrong use or\n"
       "zelto.toml, 3 serve has ended and something that its pages made was left over.");

@@ -15,7 +15,9 @@ void ConsoleSink::start(ResponseHead head, std::uint64_t) {
   write("\r\n");
 }
 
-void ConsoleSink::write(std::string_view bytes) { std::fwrite(bytes.data(), 1, bytes.size(), out_); }
+void ConsoleSink::write(std::string_view bytes) {
+  if (out_) std::fwrite(bytes.data(), 1, bytes.size(), out_);
+}
 
 void ConsoleSink::write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) {
   std::array<char, 16384> piece{};
@@ -30,6 +32,7 @@ void ConsoleSink::write_file(base::FileDescriptor file, std::uint64_t offset, st
 }
 
 void ConsoleSink::append_to_log(std::string_view text) {
+  if (!out_) return;
   std::fwrite(text.data(), 1, text.size(), stderr);
   std::fputc('\n', stderr);
 }

@@ -8,6 +8,8 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <string_view>
+#include <utility>
 
 #include "app/command_line.h"
 #include "app/console_sink.h"
@@ -39,7 +41,7 @@ Header parse_header(const std::string& line) {
   return header;
 }
 
-HttpRequest make_request(const RunCommand& command, const std::string& path) {
+HttpRequest make_request(const RunCommand& command, const std::string& path, std::string_view body) {
   HttpRequest request;
   request.method = !command.method.empty() ? command.method : command.body_file.empty() ? "GET" : "POST";
   if (!is_token(request.method)) throw WrongUse("'" + request.method + "' is not a method");
@@ -49,7 +51,7 @@ HttpRequest make_request(const RunCommand& command, const std::string& path) {
   for (const std::string& line : command.headers) request.headers.push_back(parse_header(line));
   if (!request.header("Host")) request.headers.insert(request.headers.begin(), {"Host", "localhost"});
   if (!command.body_file.empty()) {
-    request.body = Body(read_body(command.body_file));
+    request.body = body;
     request.body_length = request.body.size();
     if (!request.header("Content-Type")) {
       request.headers.push_back({"Content-Type", "application/x-www-form-urlencoded"});
@@ -76,11 +78,16 @@ int run_page_file(const RunCommand& command) {
   if (const std::string notice = site.notice(); !notice.empty()) log.info(notice);
   if (!page->starts_with(site.root() + "/")) throw WrongUse("'" + command.page + "' does not lie in the site");
   const std::string path = page->substr(site.root().size());
-  ConsoleSink sink(stdout, command.include_headers);
+  const std::string body = command.body_file.empty() ? std::string() : read_body(command.body_file);
   int status = 0;
-  HttpRequest request = make_request(command, path);
+  HttpRequest request = make_request(command, path, body);
   base::run_on_thread(kPageStack, [&] {
     script::Engine engine;
+    for (unsigned left = command.times; left > 1; --left) {
+      ConsoleSink nowhere(nullptr, false);
+      run_page(site, engine, std::exchange(request, make_request(command, path, body)), path, nowhere);
+    }
+    ConsoleSink sink(stdout, command.include_headers);
     status = run_page(site, engine, std::move(request), path, sink);
   });
   return status < 400 ? kSuccess : kFailure;

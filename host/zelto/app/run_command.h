@@ -14,10 +14,11 @@ struct RunCommand {
   std::vector<std::string> headers;
   std::string body_file;  // "-" is standard input; empty for none
   bool include_headers = false;
+  unsigned times = 1;  // the page is asked for; the last answer is printed
   bool debug = false;
 };
 
-// Prints the page's answer. The exit code; throws WrongUse for what cannot be run.
+// Prints the page's answer. The exit code, of the last answer; throws WrongUse for what cannot be run.
 int run_page_file(const RunCommand& command);
 
 }  // namespace zelto

@@ -8,6 +8,8 @@
 #include <korlib/combstr.h>
 #include <korlib/types.h>
 
+#include "language/page_scope.h"
+
 namespace zelto::language {
 
 // Where a line of the script comes from.
@@ -36,6 +38,9 @@ struct Program {
   std::vector<CComBSTR> literals;   // page text that the script writes by number
   // Some top-level `let`, `const` or `class` makes a name that is not a property of the global object.
   bool declares_lexical_names = false;
+  // The first line of `text` is empty, for whoever makes it a function.
+  bool has_spare_line = false;
+  PageScope scope;
 };
 
 // Where the script's author finds what the engine finds at a line and column (from 1; 0 is unknown).

@@ -58,7 +58,7 @@ class Rewriter {
         read_item(i);
       }
     }
-    return {edits_.apply(), declares_lexical_names_, {}};
+    return {edits_.apply(), declares_lexical_names_, {}, {}};
   }
 
  private:
@@ -323,8 +323,9 @@ class Rewriter {
 
 Rewritten rewrite(std::wstring_view text) {
   const auto tokens = tokenize(text);
-  if (!tokens) return {{std::wstring(text), {}}, true, {}};
+  if (!tokens) return {{std::wstring(text), {}}, true, {}, {}};
   Rewritten rewritten = Rewriter(text, tokens->all).run();
+  rewritten.scope = page_scope(text, tokens->all);
   rewritten.markup_comments = tokens->markup_comments;
   return rewritten;
 }
@@ -333,6 +334,7 @@ void set_text(Program& program, Rewritten rewritten) {
   program.text = korlib::to_utf16(rewritten.text);
   program.shifts = std::move(rewritten.shifts);
   program.declares_lexical_names = rewritten.declares_lexical_names;
+  program.scope = std::move(rewritten.scope);
 }
 
 }  // namespace zelto::language

@@ -75,7 +75,9 @@ Engine::Engine()
 
 Engine::~Engine() {
   departed_.forget();
+  worlds_.clear();
   scripts_.clear();
+  built_ins_.reset();
   prelude_.reset();
   JSValueUnprotect(idle_context_, idle_function_);
   JSGlobalContextRelease(idle_context_);
@@ -85,6 +87,16 @@ Engine::~Engine() {
 }
 
 Engine* Engine::current() noexcept { return t_current; }
+
+JSScriptRef Engine::built_ins() {
+  if (!std::exchange(has_looked_at_built_ins_, true)) {
+    const World model(*this);
+    property(model.context(), JSContextGetGlobalObject(model.context()), "console");
+    const std::u16string source = BuiltIns::source(model.context());
+    if (BuiltIns::can_tell(model.context())) built_ins_ = std::make_unique<ParsedScript>(group_, source, "zelto");
+  }
+  return built_ins_ ? built_ins_->get() : nullptr;
+}
 
 Realm* Engine::realm_of(JSContextRef ctx) {
   if (!t_current) return nullptr;

@@ -14,6 +14,7 @@
 #include "script/member_names.h"
 #include "script/parsed_scripts.h"
 #include "script/watchdog.h"
+#include "script/worlds.h"
 
 namespace zelto::script {
 
@@ -69,6 +70,9 @@ class Engine {
   JSObjectRef idle_function() const noexcept { return idle_function_; }
   const HostClasses& classes() const noexcept { return classes_; }
   JSScriptRef prelude() const noexcept { return prelude_->get(); }
+  // What BuiltIns needs; null when worlds cannot be kept with this version of the engine.
+  JSScriptRef built_ins();
+  Worlds& worlds() noexcept { return worlds_; }
   Watchdog& watchdog() noexcept { return watchdog_; }
   const Watchdog& watchdog() const noexcept { return watchdog_; }
   MemberCache& members() noexcept { return members_; }
@@ -94,6 +98,9 @@ class Engine {
   Watchdog watchdog_;
   ParsedScripts scripts_;
   std::unique_ptr<ParsedScript> prelude_;
+  std::unique_ptr<ParsedScript> built_ins_;
+  bool has_looked_at_built_ins_ = false;
+  Worlds worlds_{*this};
   std::vector<Realm*> realms_;
   MemberCache members_;
   DepartedException departed_;

@@ -21,8 +21,13 @@ void Globals::log(std::wstring_view level, std::wstring_view text) const {
 
 bool Globals::declares(const JsString& name, bool* is_lexical) const {
   *is_lexical = false;
+  if (const unsigned* known = page_ ? page_->find(name.view()) : nullptr) {
+    JSValueRef exception = nullptr;
+    *is_lexical = page_->read(*known, &exception) && !exception;
+    return *is_lexical;
+  }
   if (JSObjectHasProperty(context_, object_, name.get()) && is_enumerable(name)) return true;
-  if (!has_lexical_) return false;
+  if (!has_lexical_ || page_) return false;
   JSValueRef exception = nullptr;
   *is_lexical = lexical_value(name, &exception) && !exception;
   return *is_lexical;
@@ -41,12 +46,20 @@ bool Globals::is_enumerable(const JsString& name) const {
 // question is asked of a name that the global object does not have. Clients' field names are looked up as well: only
 // what can stand as a name in source text is put there.
 JSValueRef Globals::lexical_value(const JsString& name, JSValueRef* exception) const {
+  if (page_) {
+    const unsigned* const known = page_->find(name.view());
+    return known ? page_->read(*known, exception) : nullptr;
+  }
   const bool is_name = language::is_plain_name(to_wide(name.view()));
   if (!is_name || JSObjectHasProperty(context_, object_, name.get())) return nullptr;
   return JSEvaluateScript(context_, name.get(), nullptr, nullptr, 1, exception);
 }
 
 void Globals::set_lexical_value(const JsString& name, JSValueRef value, JSValueRef* exception) const {
+  if (page_) {
+    if (const unsigned* known = page_->find(name.view())) page_->write(*known, value, exception);
+    return;
+  }
   const std::u16string source = u"(function(value) { " + std::u16string(name.view()) + u" = value })";
   JSValueRef setter =
       JSEvaluateScript(context_, JsString(std::u16string_view(source)).get(), nullptr, nullptr, 1, exception);

@@ -9,6 +9,7 @@
 
 #include "script/error_reports.h"
 #include "script/outcome.h"
+#include "script/page_function.h"
 #include "script/prelude.h"
 #include "script/wrappers.h"
 
@@ -42,7 +43,10 @@ class Globals {
   //
   // A program that runs from here on.
   void remember(const language::Program& program) { has_lexical_ |= program.declares_lexical_names; }
-  // Whether the page has declared the name; `is_lexical` when it is not a property of the global object.
+  // Where the page runs as a function, its names are asked for there; null otherwise.
+  void set_page(const PageFunction* page) { page_ = page; }
+  // Whether the page has declared the name; `is_lexical` when it is not a property of the global object, or not found
+  // there first.
   bool declares(const JsString& name, bool* is_lexical) const;
   // Of a name that is lexical, as declares() said. Null, with an exception or not, where it cannot be read.
   JSValueRef lexical_value(const JsString& name, JSValueRef* exception) const;
@@ -60,6 +64,7 @@ class Globals {
   CComQIPtr<ZeltoTypeLibrary::IResponse> output_;
   LogSink log_;
   bool has_lexical_ = false;
+  const PageFunction* page_ = nullptr;
 };
 
 }  // namespace zelto::script

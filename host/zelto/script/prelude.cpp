@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "script/engine.h"
+
 namespace zelto::script {
 namespace {
 
@@ -155,6 +157,7 @@ define_fixed("$zelto_value", (value, is_statement) =>
 define_fixed("$zelto_call", call);
 define_fixed("$zelto_error", make);
 define_fixed("$zelto_caught", caught);
+define_fixed("$zelto_object", prototype);  // so that all that a page can reach is reached from the global object
 define(prototype, Symbol.iterator, function () { return items(this)[Symbol.iterator](); });
 
 // A name of the object's own or of its class; a class's "constructor" is the language's.

@@ -4,10 +4,12 @@
 
 #include <string_view>
 
-#include "script/engine.h"
+#include "script/jsc.h"
 #include "script/text.h"
 
 namespace zelto::script {
+
+class Engine;
 
 enum class ErrorKind { plain, range, type, reference };
 

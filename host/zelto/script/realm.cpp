@@ -3,39 +3,18 @@
 #include "script/callback.h"
 
 namespace zelto::script {
-namespace {
 
-JSValueRef on_unhandled_rejection(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count,
-                                  const JSValueRef* values, JSValueRef*) {
-  Realm* realm = Engine::realm_of(ctx);
-  if (realm && count > 1 && !realm->engine().watchdog().is_unwinding()) realm->reports().note_rejection(values[1]);
-  return JSValueMakeUndefined(ctx);
-}
-
-}  // namespace
-
-void Realm::ReleaseContext::operator()(JSGlobalContextRef context) const {
-  // The engine never lets go of this callback: a function of this realm would keep all of it in memory.
-  JSGlobalContextSetUnhandledRejectionCallback(context, engine.idle_function(), nullptr);
-  JSGlobalContextRelease(context);
-  if (!engine.has_realms()) engine.watchdog().free_garbage();
-}
-
-Realm::Realm(Engine& engine)
+Realm::Realm(Engine& engine, std::shared_ptr<const language::Program> page)
     : engine_(engine),
-      context_(JSGlobalContextCreateInGroup(engine.group(), nullptr), ReleaseContext{engine}),
-      quiet_(std::in_place, engine.watchdog()),
-      prelude_(engine, context_.get()),
-      reports_(context_.get(), missing_),
-      errors_(engine, context_.get(), prelude_, reports_, missing_),
+      page_(std::move(page)),
+      world_(engine.worlds().take(page_)),
+      reports_(context(), missing_),
+      errors_(engine, world_->context(), prelude(), reports_, missing_),
       wrappers_(*this),
-      values_(context_.get(), engine.classes(), errors_, wrappers_),
-      globals_(context_.get(), prelude_, wrappers_, reports_),
+      values_(context(), engine.classes(), errors_, wrappers_),
+      globals_(context(), prelude(), wrappers_, reports_),
       calls_(*this) {
-  JSObjectRef rejected = JSObjectMakeFunctionWithCallback(context_.get(), nullptr, callback<on_unhandled_rejection>);
-  JSGlobalContextSetUnhandledRejectionCallback(context_.get(), rejected, nullptr);
   engine_.add_realm(this);
-  quiet_.reset();
 }
 
 Realm::~Realm() {
@@ -43,6 +22,16 @@ Realm::~Realm() {
   engine_.release_buried();
   wrappers_.end();
   engine_.remove_realm(this);
+  const Outcome::Kind ending = engine_.watchdog().ending();
+  const bool is_whole =
+      ending == Outcome::completed || (ending == Outcome::stopped && !engine_.watchdog().is_running());
+  engine_.worlds().give_back(std::move(world_), page_, is_whole);
+  if (!engine_.has_realms()) engine_.watchdog().free_garbage();
+}
+
+void Realm::set_object(std::wstring_view name, IDispatch* object) {
+  globals_.set_object(name, object);
+  host_names_.push_back(to_utf16(name));
 }
 
 Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
@@ -54,8 +43,14 @@ Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
   const language::Program* previous = running_;
   running_ = program.get();
   reports_.begin_run();
+  world_->set_host_names(host_names_);
+  PageFunction* const page = program == page_ ? world_->page_of(*program) : nullptr;
+  globals_.set_page(page);
   JSValueRef exception = nullptr;
-  JSScriptEvaluate(context_.get(), parsed.get(), nullptr, &exception);
+  if (page)
+    page->call(&exception);
+  else
+    JSScriptEvaluate(context(), parsed.get(), nullptr, &exception);
   Outcome outcome = outcome_of(exception);
   if (previous) running_ = previous;
   return outcome;

@@ -13,14 +13,16 @@
 #pragma once
 
 #include <memory>
-#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "script/engine.h"
 #include "script/errors.h"
 #include "script/globals.h"
 #include "script/object_calls.h"
 #include "script/values.h"
+#include "script/world.h"
 #include "script/wrappers.h"
 
 namespace zelto::script {
@@ -28,7 +30,8 @@ namespace zelto::script {
 // A page that is executed by another one gets a realm of the same engine while the first still runs.
 class Realm {
  public:
-  explicit Realm(Engine& engine);
+  // `page` is the only program that runs in it, which may then have been prepared for; null for any.
+  explicit Realm(Engine& engine, std::shared_ptr<const language::Program> page = nullptr);
   // Releases every object that the script holds. Wrappers of script objects that somebody kept, in a
   // Session say, stay safe to call and to release from any thread, and answer a clear error.
   ~Realm();
@@ -36,7 +39,7 @@ class Realm {
   Realm& operator=(const Realm&) = delete;
 
   // A global name for an object, e.g. L"Response". The script may shadow it.
-  void set_object(std::wstring_view name, IDispatch* object) { globals_.set_object(name, object); }
+  void set_object(std::wstring_view name, IDispatch* object);
 
   // Where page text and `<%= %>` go: the object's ZeltoTypeLibrary::IResponse. Null is allowed.
   void set_output(IDispatch* response) { globals_.set_output(response); }
@@ -58,8 +61,8 @@ class Realm {
 
   // The realm's parts, for this room.
   Engine& engine() noexcept { return engine_; }
-  JSContextRef context() const noexcept { return context_.get(); }
-  const Prelude& prelude() const noexcept { return prelude_; }
+  JSContextRef context() const noexcept { return world_->context(); }
+  const Prelude& prelude() const noexcept { return world_->prelude(); }
   MissingMember& missing() noexcept { return missing_; }
   ErrorReports& reports() noexcept { return reports_; }
   Errors& errors() noexcept { return errors_; }
@@ -71,17 +74,12 @@ class Realm {
   const language::Program* running() const noexcept { return running_; }
 
  private:
-  struct ReleaseContext {
-    Engine& engine;
-    void operator()(JSGlobalContextRef context) const;
-  };
-
   Outcome outcome_of(JSValueRef exception);
 
   Engine& engine_;
-  std::unique_ptr<OpaqueJSContext, ReleaseContext> context_;  // the first of the realm's parts, and the last to go
-  std::optional<Watchdog::Quiet> quiet_;                      // while the realm is being made: a half one is of no use
-  Prelude prelude_;
+  const std::shared_ptr<const language::Program> page_;
+  std::unique_ptr<World> world_;
+  std::vector<std::u16string> host_names_;
   MissingMember missing_;
   ErrorReports reports_;
   Errors errors_;

@@ -169,7 +169,7 @@ void PageRun::run_script(const LoadedPage& loaded) {
 }
 
 script::Outcome PageRun::run_realm(const LoadedPage& loaded) {
-  script::Realm realm(engine_);
+  script::Realm realm(engine_, loaded.program);
   for (const auto& [name, object] : objects_) {
     realm.set_object(name, object.get());
     if (name == L"Response") realm.set_output(object.get());

@@ -1,0 +1,24 @@
+// What the script of a page must be like for it to run as one function, whose locals are all that the page declares.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "language/tokens.h"
+
+namespace zelto::language {
+
+// A function cannot be seen from code that is made of text while it runs, and what it has others run behind its back
+// may outlive it: a page that may do either runs as a script, in a world of its own.
+struct PageScope {
+  bool can_be_function = false;
+  bool is_strict = false;
+  // Among these are the names of let, const and class at top level, in the order of the text.
+  std::vector<std::u16string> lexical_candidates;
+};
+
+// Errs on the side of a world of its own.
+PageScope page_scope(std::wstring_view text, const std::vector<Token>& tokens);
+
+}  // namespace zelto::language

@@ -1,0 +1,191 @@
+#include "script/page_function.h"
+
+#include <algorithm>
+#include <new>
+
+#include "language/lexemes.h"
+#include "script/engine.h"
+#include "script/text.h"
+
+namespace zelto::script {
+namespace {
+
+// A function of (the names of var and function, the host's names, whether values are kept). It answers: what the page
+// hands its names to, read, write, and restore. What it uses it has taken before any page could change it; reading a
+// property of an object without a prototype is nobody else's to change either.
+constexpr std::u16string_view kSupport =
+    uR"js((function (declared, hosts, values_are_kept) {
+"use strict";
+const { apply, defineProperty, deleteProperty, getOwnPropertyDescriptor, isExtensible, ownKeys } = Reflect;
+const { exec } = RegExp.prototype, blank = /(?:)/, Matches = RegExp, world = globalThis;
+let names;
+for (let i = 0; i < declared.length; i++) {
+  defineProperty(world, declared[i], {
+    get: () => names === undefined ? undefined : names(i),
+    set: value => { if (names !== undefined) names(i, value, true); },
+    enumerable: true,
+  });
+}
+const known = { __proto__: null };
+const first_keys = ownKeys(world);
+for (let i = 0; i < first_keys.length; i++) known[first_keys[i]] = true;
+const count = first_keys.length;
+
+const are_keys_kept = () => {
+  const keys = ownKeys(world);
+  if (keys.length === count) return true;
+  for (let i = 0; i < keys.length; i++) if (known[keys[i]] === undefined) deleteProperty(world, keys[i]);
+  return ownKeys(world).length === count;
+};
+const is_plain = name => {
+  const found = getOwnPropertyDescriptor(world, name);
+  return found !== undefined && found.writable === true && found.configurable === true;
+};
+const restore = () => {
+  names = undefined;
+  if (!are_keys_kept() || !isExtensible(world)) return false;
+  for (let i = 0; i < hosts.length; i++) if (!is_plain(hosts[i])) return false;
+  apply(exec, blank, [""]);
+  Matches.input = "";
+  Matches.multiline = false;
+  return values_are_kept();
+};
+return [given => { names = given; }, i => names(i), (i, value) => { names(i, value, true); }, restore];
+}))js";
+
+// In front of the page's text, on its spare first line; "$zelto_i" is the number of a name.
+std::u16string source_of(const language::Program& program, const PageFunction::Names& names) {
+  std::u16string source = u"($zelto_page) => {";
+  if (program.scope.is_strict) source += u" \"use strict\";";
+  source += u" $zelto_page(($zelto_i, $zelto_v, $zelto_w) => { switch ($zelto_i) {";
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::string digits = std::to_string(i);
+    source += u" case " + std::u16string(digits.begin(), digits.end()) + u": return $zelto_w ? " + names[i] +
+              u" = $zelto_v : " + names[i] + u";";
+  }
+  return source + u" } });" + program.text + u"\n}";
+}
+
+JSValueRef evaluate(JSContextRef context, std::u16string_view source, JSValueRef* exception) {
+  return JSEvaluateScript(context, JsString(source).get(), nullptr, nullptr, 1, exception);
+}
+
+struct Declared {
+  PageFunction::Names properties;  // of var and function
+  PageFunction::Names lexical;     // of let, const and class
+};
+
+PageFunction::Names keys_of(JSContextRef context, JSObjectRef object) {
+  PageFunction::Names keys;
+  JSPropertyNameArrayRef names = JSObjectCopyPropertyNames(context, object);
+  for (std::size_t i = 0; i < JSPropertyNameArrayGetCount(names); ++i) {
+    keys.emplace_back(JsString::view_of(JSPropertyNameArrayGetNameAtIndex(names, i)));
+  }
+  JSPropertyNameArrayRelease(names);
+  return keys;
+}
+
+// The names of the language go first: a variable of such a name would otherwise not show.
+constexpr std::u16string_view kEmpty = u"for (const name of Reflect.ownKeys(this)) delete this[name]";
+
+// What a script declares is there before its first statement runs; so it is begun in a global object of its own, with
+// a statement that ends it. A lexical name that has no value yet fails in other words than one that nobody declared.
+// False when the text is no script, however well it would do as a function: one with a return, say.
+bool find_declared(Engine& engine, const language::Program& program, Declared* declared) {
+  struct Release {
+    void operator()(JSGlobalContextRef context) const { JSGlobalContextRelease(context); }
+  };
+  const std::unique_ptr<OpaqueJSContext, Release> scratch(JSGlobalContextCreateInGroup(engine.group(), nullptr));
+  JSContextRef context = scratch.get();
+  evaluate(context, kEmpty, nullptr);
+  JSValueRef thrown = nullptr;
+  evaluate(context, (program.scope.is_strict ? u"\"use strict\"; throw 0;" : u"throw 0;") + program.text, &thrown);
+  if (!thrown || !JSValueIsNumber(context, thrown)) return false;
+  declared->properties = keys_of(context, JSContextGetGlobalObject(context));
+  for (const std::u16string& name : program.scope.lexical_candidates) {
+    if (std::ranges::find(declared->lexical, name) != declared->lexical.end()) continue;
+    JSValueRef failure = nullptr;
+    evaluate(context, name, &failure);
+    if (failure && text_of(context, failure).find(L"Can't find variable") == std::wstring::npos) {
+      declared->lexical.push_back(name);
+    }
+  }
+  return true;
+}
+
+JSValueRef array_of(JSContextRef context, const PageFunction::Names& names) {
+  JSObjectRef array = JSObjectMakeArray(context, 0, nullptr, nullptr);
+  for (unsigned i = 0; i < names.size(); ++i) {
+    JSObjectSetPropertyAtIndex(context, array, i,
+                               JSValueMakeString(context, JsString(std::u16string_view(names[i])).get()), nullptr);
+  }
+  return array;
+}
+
+}  // namespace
+
+std::unique_ptr<PageFunction> PageFunction::make(Engine& engine, JSGlobalContextRef context,
+                                                 const language::Program& program, const Surroundings& around) {
+  Declared declared;
+  if (!program.scope.can_be_function || !program.has_spare_line || !find_declared(engine, program, &declared)) {
+    return nullptr;
+  }
+  JSObjectRef global = JSContextGetGlobalObject(context);
+  for (const std::u16string& name : declared.properties) {
+    // As a property of the global object it would have had that value.
+    if (JSObjectHasProperty(context, global, JsString(std::u16string_view(name)).get())) return nullptr;
+  }
+  Names names = declared.properties;
+  names.insert(names.end(), declared.lexical.begin(), declared.lexical.end());
+  const ParsedScript parsed(engine.group(), source_of(program, names), program.url);
+  if (!parsed.get()) return nullptr;
+  JSValueRef page = JSScriptEvaluate(context, parsed.get(), nullptr, nullptr);
+  JSValueRef make_support = evaluate(context, kSupport, nullptr);
+  if (!page || !make_support) return nullptr;
+  JSValueRef arguments[] = {array_of(context, declared.properties), array_of(context, around.hosts),
+                            around.values_check};
+  JSValueRef support = JSObjectCallAsFunction(context, object_of(make_support), nullptr, 3, arguments, nullptr);
+  if (!support) return nullptr;
+  return std::unique_ptr<PageFunction>(new PageFunction(context, names, object_of(page), object_of(support)));
+}
+
+PageFunction::PageFunction(JSGlobalContextRef context, const Names& names, JSObjectRef page, JSObjectRef support)
+    : context_(context), page_(page) {
+  for (unsigned i = 0; i < names.size(); ++i) names_.emplace(names[i], i);
+  unsigned at = 0;
+  for (JSObjectRef* kept : {&hand_out_, &read_, &write_, &restore_}) {
+    *kept = object_of(JSObjectGetPropertyAtIndex(context, support, at++, nullptr));
+  }
+  for (JSObjectRef kept : {page_, hand_out_, read_, write_, restore_}) JSValueProtect(context_, kept);
+}
+
+PageFunction::~PageFunction() {
+  for (JSObjectRef kept : {page_, hand_out_, read_, write_, restore_}) JSValueUnprotect(context_, kept);
+}
+
+void PageFunction::call(JSValueRef* exception) {
+  JSValueRef argument = hand_out_;
+  JSObjectCallAsFunction(context_, page_, nullptr, 1, &argument, exception);
+}
+
+bool PageFunction::restore() {
+  JSValueRef kept = JSObjectCallAsFunction(context_, restore_, nullptr, 0, nullptr, nullptr);
+  return kept && JSValueToBoolean(context_, kept);
+}
+
+const unsigned* PageFunction::find(std::u16string_view name) const {
+  const auto found = names_.find(name);
+  return found == names_.end() ? nullptr : &found->second;
+}
+
+JSValueRef PageFunction::read(unsigned name, JSValueRef* exception) const {
+  JSValueRef index = JSValueMakeNumber(context_, name);
+  return JSObjectCallAsFunction(context_, read_, nullptr, 1, &index, exception);
+}
+
+void PageFunction::write(unsigned name, JSValueRef value, JSValueRef* exception) const {
+  JSValueRef arguments[] = {JSValueMakeNumber(context_, name), value};
+  JSObjectCallAsFunction(context_, write_, nullptr, 2, arguments, exception);
+}
+
+}  // namespace zelto::script

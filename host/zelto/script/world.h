@@ -1,0 +1,60 @@
+// A global object of the script engine with what every page finds there, to be used by one realm at a time.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "script/built_ins.h"
+#include "script/jsc.h"
+#include "script/page_function.h"
+#include "script/prelude.h"
+
+namespace zelto::script {
+
+class Engine;
+
+// Most last for one page. One that is kept belongs to a program, which runs in it as a function: what the page declares
+// goes with each call, and what else it does to the world is looked for afterwards.
+class World {
+ public:
+  explicit World(Engine& engine);
+  ~World();
+  World(const World&) = delete;
+  World& operator=(const World&) = delete;
+
+  JSGlobalContextRef context() const noexcept { return context_.get(); }
+  const Prelude& prelude() const noexcept { return *prelude_; }
+
+  // Before anything runs: the program that does is the only one.
+  void set_kept() noexcept { is_kept_ = true; }
+  bool is_kept() const noexcept { return is_kept_; }
+
+  // Names that the host has put into the global object for the page that is about to run, in place of those of the
+  // page before.
+  void set_host_names(const std::vector<std::u16string>& names);
+  // Of a world that is kept: the program as a function, made when it first runs, with the host's names in place. Null
+  // when it cannot be one: it may still run here, once.
+  PageFunction* page_of(const language::Program& program);
+  PageFunction* page() const noexcept { return page_.get(); }
+
+  // Once the page has ended: false when it left anything behind that the next one could see.
+  bool restore();
+
+ private:
+  struct Release {
+    Engine& engine;
+    void operator()(JSGlobalContextRef context) const;
+  };
+
+  Engine& engine_;
+  std::unique_ptr<OpaqueJSContext, Release> context_;
+  std::unique_ptr<Prelude> prelude_;
+  std::vector<std::u16string> host_names_;
+  std::unique_ptr<BuiltIns> built_ins_;
+  std::unique_ptr<PageFunction> page_;
+  bool is_kept_ = false;
+};
+
+}  // namespace zelto::script
