@@ -49,7 +49,7 @@ std::vector<std::string> pieces_of(std::string_view text, char separator) {
   return pieces;
 }
 
-std::string without_blanks(std::string text) {
+std::string without_blanks(const std::string& text) {
   const std::size_t first = text.find_first_not_of(" \t");
   if (first == std::string::npos) return {};
   return text.substr(first, text.find_last_not_of(" \t") + 1 - first);

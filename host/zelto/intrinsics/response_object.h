@@ -5,10 +5,12 @@
 #include <zelto/asp.h>
 
 #include "intrinsics/page_state.h"
+#include "script/page_output.h"
 
 namespace zelto {
 
-class ResponseObject final : public korlib::DispatchObject<ResponseObject, ZeltoTypeLibrary::IResponse> {
+class ResponseObject final
+    : public korlib::DispatchObject<ResponseObject, ZeltoTypeLibrary::IResponse, script::IPageOutput> {
  public:
   static constexpr const wchar_t* kClassName = L"Response";
   explicit ResponseObject(PageStatePtr page) : page_(std::move(page)) {}
@@ -23,6 +25,8 @@ class ResponseObject final : public korlib::DispatchObject<ResponseObject, Zelto
   HRESULT get_Status(BSTR* status) override;
   HRESULT put_Status(BSTR status) override;
   HRESULT get_CodePage(LONG* code_page) override;
+
+  bool may_wait() const noexcept override { return page_->response.buffered; }
 
   // What only scripts use.
   HRESULT put_CodePage(LONG code_page);

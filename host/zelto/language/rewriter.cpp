@@ -29,6 +29,17 @@ constexpr auto kProperties = std::to_array<std::wstring_view>(
 
 static_assert(std::ranges::is_sorted(kProperties));
 
+struct Function {
+  std::wstring_view object;
+  std::wstring_view member;
+  const wchar_t* name;
+};
+constexpr Function kFunctions[] = {
+    {L"Response", L"Write", L"$zelto_write"},
+    {L"Server", L"HTMLEncode", L"$zelto_html_encode"},
+    {L"Server", L"URLEncode", L"$zelto_url_encode"},
+};
+
 // Methods of the language and of most scripts begin with a small letter, members of automation objects with a
 // capital one: so the calls that scripts make most stay as they are.
 bool may_be_property(std::wstring_view name) {
@@ -50,7 +61,9 @@ class Rewriter {
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
       rewrite_token(i);
       if (tokens_[i].statement_start) read_value(i, L", 1)");
-      if (is_assigned_call(i)) {
+      if (const wchar_t* function = function_of(i)) {
+        call_function(i, function);
+      } else if (is_assigned_call(i)) {
         assign_call(i);
       } else if (is_bare_call(i)) {
         call_bare(i);
@@ -210,6 +223,30 @@ class Rewriter {
     if (word(i - 2).ends_with(L'\\')) return false;  // would not end the string that it becomes
     const std::size_t start = chain_start(i - 2);
     return starts_with_value(start) && !is(start - 1, L"new") && !is_optional(start);
+  }
+
+  // `Response.Write(x)` and the like, which a function of the language does for texts; `i` is the closing parenthesis.
+  // Null for any other.
+  const wchar_t* function_of(std::size_t i) const {
+    if (!is(i, L")") || tokens_[i].kind != Token::close || tokens_[i].partner + 1 >= i) return nullptr;
+    const std::size_t open = tokens_[i].partner;
+    if (open < 3 || !is_call(open) || !is(open - 2, L".") || is(open - 4, L".", L"?.", L"new")) return nullptr;
+    if (tokens_[open].newline_before || tokens_[open - 1].newline_before || tokens_[open - 2].newline_before) {
+      return nullptr;
+    }
+    if (is_assignment(i + 1) || is(i + 1, L"++", L"--") || is(open - 4, L"++", L"--")) return nullptr;
+    for (const Function& function : kFunctions) {
+      if (word(open - 3) == function.object && word(open - 1) == function.member) return function.name;
+    }
+    return nullptr;
+  }
+
+  void call_function(std::size_t close, const wchar_t* function) {
+    const std::size_t open = tokens_[close].partner;
+    edits_.open_wrapping(tokens_[open - 3].begin, tokens_[close].end, std::wstring(function) + L"(");
+    for (const std::size_t i : {open - 2, open - 1})
+      edits_.replace(tokens_[i].begin, tokens_[i].end - tokens_[i].begin, L"");
+    edits_.replace(tokens_[open].begin, 1, L",");
   }
 
   // Whether a chain starts there with a value. The tokens may be no script: a dot may stand behind none.

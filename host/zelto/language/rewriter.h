@@ -8,6 +8,8 @@
 //   rs.EOF()                  $zelto_call(rs, "EOF", "rs")     a method is called, a property read; for names that
 //                             begin with a capital letter, and for the properties of classic objects in any
 //                             letter case
+//   Response.Write(x)         $zelto_write(Response,x)         in the language, as far as that can; so are Server's
+//                             HTMLEncode and URLEncode, in exactly that spelling
 //   new Error(5, "text")      $zelto_error(Error,5, "text")    with its number
 //   throw x;                  throw $zelto.thrown = x;         remembers where something was thrown
 //   catch (e) {               catch (e) { $zelto_caught(e);   gives it the number that older pages know

@@ -52,6 +52,17 @@ std::wstring error(std::wstring_view inside) {
   return L"new Error(" + std::wstring(inside.substr(comma + 1)) + L")";
 }
 
+// object,arguments
+template <const wchar_t* member>
+std::wstring method(std::wstring_view inside) {
+  const std::size_t comma = inside.find(L',');
+  if (comma == kNone) return std::wstring(inside);
+  return std::wstring(inside.substr(0, comma)) + member + L"(" + std::wstring(inside.substr(comma + 1)) + L")";
+}
+constexpr wchar_t kWrite[] = L".Write";
+constexpr wchar_t kHtmlEncode[] = L".HTMLEncode";
+constexpr wchar_t kUrlEncode[] = L".URLEncode";
+
 // callee,arguments
 std::wstring reference(std::wstring_view inside) {
   int depth = 0;
@@ -73,6 +84,9 @@ constexpr std::array kWrappings{
     Wrapping{L"$zelto_call(", L"", call},
     Wrapping{L"$zelto_value(", L"", value},
     Wrapping{L"$zelto_error(", L"", error},
+    Wrapping{L"$zelto_write(", L"", method<kWrite>},
+    Wrapping{L"$zelto_html_encode(", L"", method<kHtmlEncode>},
+    Wrapping{L"$zelto_url_encode(", L"", method<kUrlEncode>},
     Wrapping{L"$zelto.at(", L".v", reference},
 };
 

@@ -142,7 +142,7 @@ class Compiler {
 
   void add_literal(std::wstring_view text, const Place& place) {
     if (text.empty()) return;
-    add_generated(L"$zelto.html(" + std::to_wstring(program_.literals.size()) + L");", place);
+    add_generated(L"$zelto_html(" + std::to_wstring(program_.literals.size()) + L");", place);
     program_.literals.emplace_back(text);
   }
 
@@ -151,7 +151,7 @@ class Compiler {
     const std::size_t last = text.find_last_not_of(L" \t\r\n\f;");
     if (last == std::wstring_view::npos) fail("<%= %> holds no expression.", place);
     text = text.substr(0, last + 1);
-    add_generated(L"$zelto.out((", place);
+    add_generated(L"$zelto_out((", place);
     add_code(text, place);
     add_generated(L"));", place);
   }

@@ -10,6 +10,7 @@
 #include "script/error_reports.h"
 #include "script/outcome.h"
 #include "script/page_function.h"
+#include "script/page_output.h"
 #include "script/prelude.h"
 #include "script/wrappers.h"
 
@@ -30,7 +31,15 @@ class Globals {
   // The object of the name "Server", which makes objects; null without one.
   IDispatch* server() const noexcept { return server_.get(); }
 
-  void set_output(IDispatch* response) { output_ = response; }
+  void set_output(IDispatch* response) {
+    output_ = response;
+    page_output_ = response;
+  }
+  // Whether what the script writes may be collected.
+  bool may_collect() const noexcept { return page_output_ && page_output_->may_wait(); }
+  // The objects that are called Response and Server, as the script has them; null without them.
+  JSValueRef response() { return output_ ? wrappers_.wrap(output_.get()) : nullptr; }
+  JSValueRef server_object() { return server_ ? wrappers_.wrap(server_.get()) : nullptr; }
   ZeltoTypeLibrary::IResponse* output() const noexcept { return output_.get(); }
 
   void set_log(LogSink sink) { log_ = std::move(sink); }
@@ -62,6 +71,7 @@ class Globals {
   const ErrorReports& reports_;
   CComPtr<IDispatch> server_;
   CComQIPtr<ZeltoTypeLibrary::IResponse> output_;
+  CComQIPtr<IPageOutput> page_output_;
   LogSink log_;
   bool has_lexical_ = false;
   const PageFunction* page_ = nullptr;

@@ -25,7 +25,29 @@ bool ObjectCalls::may_call(JSValueRef* exception) {
   realm_.missing().pass();
   if (realm_.engine().watchdog().must_unwind()) return realm_.errors().raise(kPageStopped, {}, exception);
   if (stack_is_low()) return realm_.errors().raise_out_of_stack(exception);
-  return true;
+  return hand_text_over(exception);
+}
+
+// What the object has done may have changed that.
+void ObjectCalls::limit_collecting() {
+  constexpr std::int32_t kMostText = 32768;
+  realm_.prelude().set_most_text(realm_.globals().may_collect() ? kMostText : -1);
+}
+
+bool ObjectCalls::write(const VARIANT& value, JSValueRef* exception) {
+  const CComPtr<ZeltoTypeLibrary::IResponse> output(realm_.globals().output());
+  if (!output) return realm_.errors().raise_text(L"This script has no page to write to", E_UNEXPECTED, exception);
+  SetErrorInfo(0, nullptr);
+  const HRESULT hr = output->Write(value);
+  return realm_.errors().check(hr, L"Write", exception);
+}
+
+bool ObjectCalls::hand_text_over(JSValueRef* exception) {
+  if (!realm_.prelude().has_text()) return true;
+  JSValueRef text = realm_.prelude().take_text();
+  CComVariant value;
+  if (!text) return realm_.errors().raise(E_OUTOFMEMORY, {}, exception);
+  return realm_.values().to_variant(text, &value, exception) && write(value, exception);
 }
 
 HRESULT ObjectCalls::invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS params, VARIANT* result) {
@@ -46,6 +68,7 @@ HRESULT ObjectCalls::invoke_once(IDispatch* object, DISPID id, WORD flags, DISPP
   EXCEPINFO info{};
   *refused = kNone;
   HRESULT hr = object->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, params, result, &info, refused);
+  limit_collecting();
   if (hr == DISP_E_EXCEPTION) {
     if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
     if (info.bstrDescription) {

@@ -39,9 +39,16 @@ class ObjectCalls {
  public:
   explicit ObjectCalls(Realm& realm) : realm_(realm) {}
 
-  // Every call of an object passes here first; false with an exception when the page is over, late, or
-  // out of stack.
+  // Every call of an object passes here first, and what the script has collected for the page goes out before it; false
+  // with an exception when the page is over, late, or out of stack.
   bool may_call(JSValueRef* exception);
+
+  // Writes to the page.
+  bool write(const VARIANT& value, JSValueRef* exception);
+  // Writes what the script has collected. True when there is nothing.
+  bool hand_text_over(JSValueRef* exception);
+  // Tells the script how much it may collect.
+  void limit_collecting();
 
   // Makes the call and answers a failing result as it is. An omitted argument that the object says it cannot take is
   // VT_EMPTY afterwards.

@@ -1,5 +1,6 @@
 #include "script/prelude.h"
 
+#include <memory>
 #include <new>
 
 #include "script/engine.h"
@@ -8,7 +9,7 @@ namespace zelto::script {
 namespace {
 
 constexpr std::u16string_view kSource =
-    uR"js((function (native, prototype) {
+    uR"js((function (native, prototype, state) {
 "use strict";
 const define = (target, name, value) =>
   Object.defineProperty(target, name, { value, writable: true, configurable: true });
@@ -148,6 +149,78 @@ const make = (constructor, number, description, ...rest) => {
   return error;
 };
 
+// Page text is collected here, and handed over in one piece before anything else may write, or once it is long: a call
+// of the host for each piece takes longer than most pieces. state[0] tells the host that there is some, state[1] how
+// long it may get: nothing where all is to go out at once.
+let text = "", literals = [], response, server;
+const put = piece => {
+  text += piece;
+  state[0] = 1;
+  if (text.length > state[1]) native.hand_over();
+};
+const put_value = value => {
+  if (typeof value === "string") put(value);
+  else if (typeof value === "number" && (value | 0) === value) put(`${value | 0}`);
+  else if (typeof value === "boolean") put(value ? "True" : "False");
+  else if (value !== undefined && value !== null) native.out(value);
+};
+const put_literal = number => {
+  let piece = literals[number];
+  if (piece === undefined) piece = literals[number] = native.literal(number);
+  if (piece !== undefined) put(piece);
+};
+// Response.Write(value)
+const write = function (object, value) {
+  if (object === response && arguments.length === 2 && (typeof value === "string" || typeof value === "number")) {
+    put_value(value);
+    return undefined;
+  }
+  return apply(object.Write, object, Array.from(arguments).slice(1));
+};
+const char_code_at = String.prototype.charCodeAt, slice = String.prototype.slice;
+const is_untouched = value => typeof value === "string" && value.charCodeAt === char_code_at && value.slice === slice;
+// The text with what stands for some of its characters; undefined for one that is not all ASCII, and of more the host
+// knows. Most texts stay as they are.
+const encoded = (value, text_of) => {
+  let made = "", from = 0;
+  for (let i = 0; i < value.length; i++) {
+    const code = value.charCodeAt(i);
+    if (code > 127) return undefined;
+    const instead = text_of(code);
+    if (instead === undefined) continue;
+    made += value.slice(from, i) + instead;
+    from = i + 1;
+  }
+  return from === 0 ? value : made + value.slice(from);
+};
+const html_of = code =>
+  code === 38 ? "&amp;" : code === 60 ? "&lt;" : code === 62 ? "&gt;" : code === 34 ? "&quot;" : undefined;
+const digits = "0123456789ABCDEF";
+const url_of = code => {
+  if ((code >= 97 && code <= 122) || (code >= 48 && code <= 57) || (code >= 65 && code <= 90)) return undefined;
+  if (code === 45 || code === 46 || code === 95) return undefined;
+  return code === 32 ? "+" : "%" + digits[code >> 4] + digits[code & 15];
+};
+// Server.HTMLEncode(value), Server.URLEncode(value)
+const encoder = (name, text_of) => function (object, value) {
+  if (object === server && arguments.length === 2 && is_untouched(value)) {
+    const made = encoded(value, text_of);
+    if (made !== undefined) return made;
+  }
+  return apply(object[name], object, Array.from(arguments).slice(1));
+};
+const begin = (new_response, new_server, is_other_program) => {
+  response = new_response;
+  server = new_server;
+  text = "";
+  if (is_other_program) literals = [];
+};
+const take = () => {
+  const taken = text;
+  text = "";
+  return taken;
+};
+
 define(globalThis, "Enumerator", Enumerator);
 define(globalThis, "VBArray", VBArray);
 define(globalThis, "ActiveXObject", function ActiveXObject(name) { return native.create(name); });
@@ -157,6 +230,11 @@ define_fixed("$zelto_value", (value, is_statement) =>
 define_fixed("$zelto_call", call);
 define_fixed("$zelto_error", make);
 define_fixed("$zelto_caught", caught);
+define_fixed("$zelto_html", put_literal);
+define_fixed("$zelto_out", put_value);
+define_fixed("$zelto_write", write);
+define_fixed("$zelto_html_encode", encoder("HTMLEncode", html_of));
+define_fixed("$zelto_url_encode", encoder("URLEncode", url_of));
 define_fixed("$zelto_object", prototype);  // so that all that a page can reach is reached from the global object
 define(prototype, Symbol.iterator, function () { return items(this)[Symbol.iterator](); });
 
@@ -171,7 +249,7 @@ const has_name = (object, name) => {
 };
 
 const kinds = [Error, RangeError, TypeError, ReferenceError];
-return [(kind, message) => new kinds[kind](message), collection => Array.from(collection), has_name, root];
+return [(kind, message) => new kinds[kind](message), collection => Array.from(collection), has_name, root, begin, take];
 }))js";
 
 }  // namespace
@@ -181,13 +259,19 @@ std::u16string_view Prelude::source() { return kSource; }
 Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
   JSObjectRef builtins = JSObjectMake(context_, engine.classes().builtins, nullptr);
   JSObjectRef sample = JSObjectMake(context_, engine.classes().object, nullptr);
-  JSValueRef arguments[] = {builtins, JSObjectGetPrototype(context_, sample)};
+  auto state = std::make_unique<std::int32_t[]>(2);
+  state_ = state.get();
+  const auto release = [](void* bytes, void*) { delete[] static_cast<std::int32_t*>(bytes); };
+  JSObjectRef shared = JSObjectMakeTypedArrayWithBytesNoCopy(context_, kJSTypedArrayTypeInt32Array, state.release(),
+                                                             2 * sizeof(std::int32_t), release, nullptr, nullptr);
+  if (!shared) throw std::bad_alloc();
+  JSValueRef arguments[] = {builtins, JSObjectGetPrototype(context_, sample), shared};
   JSValueRef function = JSScriptEvaluate(context_, engine.prelude(), nullptr, nullptr);
   JSValueRef made =
-      function ? JSObjectCallAsFunction(context_, object_of(function), nullptr, 2, arguments, nullptr) : nullptr;
+      function ? JSObjectCallAsFunction(context_, object_of(function), nullptr, 3, arguments, nullptr) : nullptr;
   if (!made) throw std::bad_alloc();  // or without stack
   unsigned at = 0;
-  for (JSObjectRef* kept : {&make_error_, &make_array_, &has_name_, &object_prototype_}) {
+  for (JSObjectRef* kept : {&make_error_, &make_array_, &has_name_, &object_prototype_, &begin_, &take_}) {
     *kept = object_of(JSObjectGetPropertyAtIndex(context_, object_of(made), at++, nullptr));
     JSValueProtect(context_, *kept);
   }
@@ -196,7 +280,9 @@ Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
 }
 
 Prelude::~Prelude() {
-  for (JSObjectRef kept : {make_error_, make_array_, has_name_, object_prototype_}) JSValueUnprotect(context_, kept);
+  for (JSObjectRef kept : {make_error_, make_array_, has_name_, object_prototype_, begin_, take_}) {
+    JSValueUnprotect(context_, kept);
+  }
 }
 
 JSObjectRef Prelude::make_error(ErrorKind kind, std::wstring_view message) const {
@@ -220,6 +306,19 @@ bool Prelude::has_own_name(JSObjectRef object, const JsString& name) const {
   JSValueRef arguments[] = {object, JSValueMakeString(context_, name.get())};
   JSValueRef answer = JSObjectCallAsFunction(context_, has_name_, nullptr, 2, arguments, nullptr);
   return answer && JSValueToBoolean(context_, answer);
+}
+
+void Prelude::begin(JSValueRef response, JSValueRef server, bool is_other_program) const {
+  JSValueRef undefined = JSValueMakeUndefined(context_);
+  JSValueRef arguments[] = {response ? response : undefined, server ? server : undefined,
+                            JSValueMakeBoolean(context_, is_other_program)};
+  state_[0] = 0;
+  JSObjectCallAsFunction(context_, begin_, nullptr, 3, arguments, nullptr);
+}
+
+JSValueRef Prelude::take_text() const {
+  state_[0] = 0;
+  return JSObjectCallAsFunction(context_, take_, nullptr, 0, nullptr, nullptr);
 }
 
 }  // namespace zelto::script

@@ -2,6 +2,7 @@
 // language itself.
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 #include "script/jsc.h"
@@ -16,10 +17,11 @@ enum class ErrorKind { plain, range, type, reference };
 // Runs in a new realm, before anything of the page, and keeps the functions of its that the host calls.
 class Prelude {
  public:
-  // A function of (native, prototype): $zelto, and the prototype of automation objects. It answers, as an array, three
-  // functions and an object: one that makes errors, of (kind, message) with the numbers of ErrorKind, one that makes
-  // an array of anything that can be stepped through, one that tells whether an object has a name that is not every
-  // object's, of (object, name), and the prototype that every object has.
+  // A function of (native, prototype, state): $zelto, the prototype of automation objects, and what it shares with the
+  // host about collected text. It answers, as an array: a function that makes errors, of (kind, message) with the
+  // numbers of ErrorKind, one that makes an array of anything that can be stepped through, one that tells whether an
+  // object has a name that is not every object's, of (object, name), the prototype that every object has, and what
+  // begin() and take_text() call.
   static std::u16string_view source();
 
   Prelude(Engine& engine, JSContextRef context);
@@ -33,6 +35,17 @@ class Prelude {
   // Whether an object of the script has the name, itself or by its class: what every object has is not the
   // script's.
   bool has_own_name(JSObjectRef object, const JsString& name) const;
+  // --- page text, which the script collects
+
+  // Before a program runs: the objects that are called Response and Server, null for none, and whether it is another
+  // program than the one before.
+  void begin(JSValueRef response, JSValueRef server, bool is_other_program) const;
+  // How much may be collected before the script hands it over, in units of UTF-16; -1 for nothing at all.
+  void set_most_text(std::int32_t units) const noexcept { state_[1] = units; }
+  bool has_text() const noexcept { return state_[0] != 0; }
+  // What has been collected since; null with no memory or stack for it.
+  JSValueRef take_text() const;
+
   // The one that every object inherits from.
   JSObjectRef object_prototype() const noexcept { return object_prototype_; }
 
@@ -42,6 +55,9 @@ class Prelude {
   JSObjectRef make_array_;
   JSObjectRef has_name_;
   JSObjectRef object_prototype_;
+  JSObjectRef begin_;
+  JSObjectRef take_;
+  std::int32_t* state_;  // lives as long as the context
 };
 
 }  // namespace zelto::script

@@ -46,6 +46,8 @@ Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
   world_->set_host_names(host_names_);
   PageFunction* const page = program == page_ ? world_->page_of(*program) : nullptr;
   globals_.set_page(page);
+  world_->begin(*program, globals_.response(), globals_.server_object());
+  calls_.limit_collecting();
   JSValueRef exception = nullptr;
   if (page)
     page->call(&exception);
@@ -73,6 +75,10 @@ Outcome Realm::call(std::wstring_view function) {
 
 Outcome Realm::outcome_of(JSValueRef exception) {
   engine_.release_buried();
+  if (!engine_.watchdog().is_unwinding()) {
+    JSValueRef failure = nullptr;
+    if (!calls_.hand_text_over(&failure) && !exception) exception = failure;
+  }
   if (engine_.watchdog().is_unwinding()) return {engine_.watchdog().ending(), {}};
   if (exception) return {Outcome::failed, reports_.describe(exception)};
   if (reports_.rejection()) return {Outcome::failed, reports_.rejection()};

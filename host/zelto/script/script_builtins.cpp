@@ -23,29 +23,26 @@ JSValueRef entry(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count, 
   return value ? value : JSValueMakeUndefined(ctx);
 }
 
-JSValueRef write(Realm& realm, const VARIANT& value, JSValueRef* exception) {
-  CComPtr<ZeltoTypeLibrary::IResponse> output(realm.globals().output());
-  if (!output) return realm.errors().raise_text(L"This script has no page to write to", E_UNEXPECTED, exception);
-  SetErrorInfo(0, nullptr);
-  const HRESULT hr = output->Write(value);
-  realm.errors().check(hr, L"Write", exception);
-  return nullptr;
-}
-
-// html(n): the program's n-th piece of page text.
-JSValueRef html(Realm& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
-  if (!realm.calls().may_call(exception)) return nullptr;
+// literal(n): the program's n-th piece of page text.
+JSValueRef literal(Realm& realm, std::size_t count, const JSValueRef* values, JSValueRef*) {
   const double number = count > 0 ? JSValueToNumber(realm.context(), values[0], nullptr) : -1;
   const language::Program* program = realm.running();
   if (!program || !(number >= 0) || number >= static_cast<double>(program->literals.size())) return nullptr;
-  return write(realm, korlib::borrowed(program->literals[static_cast<std::size_t>(number)]), exception);
+  return string_value(realm.context(), program->literals[static_cast<std::size_t>(number)].view());
 }
 
-// out(value): `<%= value %>` is Response.Write(value), for every kind of value.
+// hand_over(): the text that the script has collected has become long. It goes with any call.
+JSValueRef hand_over(Realm& realm, std::size_t, const JSValueRef*, JSValueRef* exception) {
+  realm.calls().may_call(exception);
+  return nullptr;
+}
+
+// out(value): `<%= value %>` is Response.Write(value), for the kinds of values that the script does not collect.
 JSValueRef out(Realm& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
   if (count == 0 || !realm.calls().may_call(exception)) return nullptr;
   CComVariant value;
-  return realm.values().to_variant(values[0], &value, exception) ? write(realm, value, exception) : nullptr;
+  if (realm.values().to_variant(values[0], &value, exception)) realm.calls().write(value, exception);
+  return nullptr;
 }
 
 // at(callee, ...arguments): a reference to the call.
@@ -165,11 +162,17 @@ bool set_thrown(JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef value, JS
 
 JSClassRef make_builtins_class() {
   static const JSStaticFunction functions[] = {
-      {"html", callback<entry<html>>, kFixed},   {"out", callback<entry<out>>, kFixed},
-      {"at", callback<entry<at>>, kFixed},       {"read", callback<entry<read>>, kFixed},
-      {"items", callback<entry<items>>, kFixed}, {"create", callback<entry<create>>, kFixed},
-      {"has", callback<entry<has>>, kFixed},     {"log", callback<entry<log>>, kFixed},
-      {"known", callback<entry<known>>, kFixed}, {nullptr, nullptr, 0},
+      {"literal", callback<entry<literal>>, kFixed},
+      {"hand_over", callback<entry<hand_over>>, kFixed},
+      {"out", callback<entry<out>>, kFixed},
+      {"at", callback<entry<at>>, kFixed},
+      {"read", callback<entry<read>>, kFixed},
+      {"items", callback<entry<items>>, kFixed},
+      {"create", callback<entry<create>>, kFixed},
+      {"has", callback<entry<has>>, kFixed},
+      {"log", callback<entry<log>>, kFixed},
+      {"known", callback<entry<known>>, kFixed},
+      {nullptr, nullptr, 0},
   };
   static const JSStaticValue values[] = {
       {"thrown", [](JSContextRef ctx, JSObjectRef, JSStringRef, JSValueRef*) { return JSValueMakeUndefined(ctx); },

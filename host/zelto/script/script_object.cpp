@@ -112,6 +112,7 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
   const HRESULT hr = korlib::guarded(L"Zelto", [&] {
     JSValueRef exception = nullptr;
     const HRESULT answer = dispatch(id, flags, params, result, &exception);
+    if (!exception && !engine.watchdog().is_unwinding()) realm_->calls().hand_text_over(&exception);
     return exception ? realm_->errors().failure_of(exception) : answer;
   });
   if (!engine.watchdog().is_unwinding()) return hr;

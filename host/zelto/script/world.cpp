@@ -1,6 +1,7 @@
 #include "script/world.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "script/callback.h"
 #include "script/realm.h"
@@ -51,6 +52,10 @@ PageFunction* World::page_of(const language::Program& program) {
   built_ins_ = std::make_unique<BuiltIns>(source, context());
   page_ = PageFunction::make(engine_, context(), program, {host_names_, built_ins_->values_check()});
   return page_.get();
+}
+
+void World::begin(const language::Program& program, JSValueRef response, JSValueRef server) {
+  prelude_->begin(response, server, std::exchange(last_program_, &program) != &program);
 }
 
 bool World::restore() {

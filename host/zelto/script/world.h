@@ -39,6 +39,9 @@ class World {
   PageFunction* page_of(const language::Program& program);
   PageFunction* page() const noexcept { return page_.get(); }
 
+  // Before a program runs, with the objects that it knows as Response and Server.
+  void begin(const language::Program& program, JSValueRef response, JSValueRef server);
+
   // Once the page has ended: false when it left anything behind that the next one could see.
   bool restore();
 
@@ -55,6 +58,7 @@ class World {
   std::unique_ptr<BuiltIns> built_ins_;
   std::unique_ptr<PageFunction> page_;
   bool is_kept_ = false;
+  const language::Program* last_program_ = nullptr;
 };
 
 }  // namespace zelto::script

@@ -61,6 +61,30 @@ constexpr Row kAssignments[] = {
 };
 INSTANTIATE_TEST_SUITE_P(AssignmentsToCalls, Rewriter, ::testing::ValuesIn(kAssignments));
 
+constexpr Row kFunctions[] = {
+    {L"Response.Write(a)", L"$zelto_write(Response,a)"},
+    {L"Response.Write(a.b, c.d)", L"$zelto_write(Response,$zelto_value(a.b), $zelto_value(c.d))"},
+    {L"Response . Write /* c */ (a)", L"$zelto_write(Response   /* c */ ,a)"},
+    {L"Response.Write(Server.HTMLEncode(a))", L"$zelto_write(Response,$zelto_html_encode(Server,a))"},
+    {L"t += Server.URLEncode(a) + '='", L"t += $zelto_url_encode(Server,a) + '='"},
+    {L"Response.Write(a).b", L"$zelto_value($zelto_write(Response,a).b, 1)"},
+    {L"Response.Write(...a)", L"$zelto_write(Response,...a)"},
+    {L"(Response.Write)(a)", nullptr},
+    {L"Response\n.Write(a)", nullptr},
+    {L"Response.Write\n(a)", nullptr},
+    {L"Response.write(a)", nullptr},
+    {L"response.Write(a)", nullptr},
+    {L"page.Response.Write(a)", nullptr},
+    {L"page?.Response.Write(a)", nullptr},
+    {L"Response?.Write(a)", nullptr},
+    {L"new Response.Write(a)", nullptr},
+    {L"Response.Write(a) = b", L"$zelto.at(Response.Write,a).v = b"},
+    {L"Response.Write(a)++", L"$zelto.at(Response.Write,a).v++"},
+    {L"++Response.Write(a)", L"++$zelto.at(Response.Write,a).v"},
+    {L"Response.Flush(a)", nullptr},
+};
+INSTANTIATE_TEST_SUITE_P(FunctionsOfTheLanguage, Rewriter, ::testing::ValuesIn(kFunctions));
+
 constexpr Row kReads[] = {
     {L"rs.Close;", L"$zelto_value(rs.Close, 1);"},
     {L"rs.Close\nrs.Open", L"$zelto_value(rs.Close, 1)\n$zelto_value(rs.Open, 1)"},

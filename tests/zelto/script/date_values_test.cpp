@@ -49,7 +49,7 @@ class LocalTime : public ValuesTest {
     local.set_object(L"Response", page.get());
     local.set_output(page.get());
     page->text.clear();
-    local.run(zelto::language::compile(L"$zelto.out(" + std::wstring(expression) + L")", "/site/page.asp"));
+    local.run(zelto::language::compile(L"$zelto_out(" + std::wstring(expression) + L")", "/site/page.asp"));
     probe->kept.reset();
     return narrow(page->text);
   }

@@ -29,8 +29,8 @@ TEST_F(RealmLife, StartsAfreshForEachRequest) {
 
 TEST_F(RealmLife, WritesTextOfThePageAndExpressions) {
   auto program =
-      std::make_shared<Program>(*compile(L"$zelto.html(1); $zelto.out(1 + 1); $zelto.out(undefined); "
-                                         L"$zelto.out(null); $zelto.out(true); $zelto.html(0); $zelto.html(9)",
+      std::make_shared<Program>(*compile(L"$zelto_html(1); $zelto_out(1 + 1); $zelto_out(undefined); "
+                                         L"$zelto_out(null); $zelto_out(true); $zelto_html(0); $zelto_html(9)",
                                          "/site/page.asp"));
   program->literals.emplace_back(L"end");
   program->literals.emplace_back(L"<p>\U0001F600");

@@ -1,0 +1,19 @@
+// What the host's Response tells a realm besides what automation knows of it.
+#pragma once
+
+#include <korlib/types.h>
+#include <korlib/unknown.h>
+
+namespace zelto::script {
+
+struct IPageOutput : IUnknown {
+  // Whether what is written may wait for the end of the page, or for a call that sends it.
+  virtual bool may_wait() const noexcept = 0;
+
+ protected:
+  ~IPageOutput() = default;
+};
+
+}  // namespace zelto::script
+
+KORLIB_IID(zelto::script::IPageOutput, "0B1D0F6E-5E7C-4B55-9D0C-6E8A1F1B7F53");

@@ -1,0 +1,1 @@
+<% String.prototype.charCodeAt = function () { return 60; }; %>changed: <%= Server.HTMLEncode("a<") %>

@@ -1,0 +1,69 @@
+#include "language/page_scope.h"
+
+#include <gtest/gtest.h>
+#include <korlib_host/unicode.h>
+
+namespace zelto::language {
+namespace {
+
+PageScope scope_of(std::wstring_view text) { return page_scope(text, tokenize(text).value().all); }
+
+TEST(PageScope, LetsMostPagesBeFunctions) {
+  for (const wchar_t* text :
+       {L"", L"var a = 1; function f() {}", L"x = 1", L"a instanceof Function", L"Function.prototype.call.call(f)",
+        L"// eval", L"a = 'eval(1)'", L"class A { constructor() {} }", L"o.evaluate()", L"with (a) b = 1",
+        L"this.constructor", L"var s = \"a constructor\""}) {
+    EXPECT_TRUE(scope_of(text).can_be_function) << korlib::to_utf8(text);
+  }
+}
+
+TEST(PageScope, KeepsCodeMadeOfTextOutOfFunctions) {
+  for (const wchar_t* text : {L"eval('1')",
+                              L"(0, eval)('1')",
+                              L"this.eval('1')",
+                              L"this['eval']('1')",
+                              L"var e = eval",
+                              L"`eval`",
+                              L"new Function('a', 'return a')",
+                              L"Function('return 1')",
+                              L"var F = Function",
+                              L"Function.call",
+                              L"Function.prototype.constructor('1')",
+                              L"f.constructor('return 1')()",
+                              L"f.constructor.call()",
+                              L"f['constructor']('return 1')()",
+                              L"import('x')",
+                              L"new WeakRef(a)",
+                              L"new FinalizationRegistry(f)",
+                              L"Atomics.wait(a)",
+                              L"new SharedArrayBuffer(1)",
+                              L"ev\\u0061l('1')"}) {
+    EXPECT_FALSE(scope_of(text).can_be_function) << korlib::to_utf8(text);
+  }
+}
+
+TEST(PageScope, FindsWhatMayBeLexicalNames) {
+  const auto names = [](std::wstring_view text) {
+    std::u16string all;
+    for (const std::u16string& name : scope_of(text).lexical_candidates) all += name + u" ";
+    return korlib::to_utf8(std::wstring(all.begin(), all.end()));
+  };
+  EXPECT_EQ("a ", names(L"let a"));
+  EXPECT_EQ("a b ", names(L"const a = b; var c"));
+  EXPECT_EQ("a b c d ", names(L"let { a, b: [c] } = d")) << "a key and a value are among them";
+  EXPECT_EQ("A ", names(L"class A extends B { m() { let inner } }"));
+  EXPECT_EQ("a b ", names(L"let a\nlet b\nc"));
+  EXPECT_EQ("", names(L"var a; function f() { let b } { let c } for (let d;;) {}"));
+}
+
+TEST(PageScope, KnowsStrictPages) {
+  EXPECT_TRUE(scope_of(L"'use strict'; a").is_strict);
+  EXPECT_TRUE(scope_of(L"\n\"use strict\"\nvar a").is_strict);
+  EXPECT_FALSE(scope_of(L"a; 'use strict'").is_strict);
+  EXPECT_FALSE(scope_of(L"'use strict' + a").is_strict);
+  EXPECT_TRUE(scope_of(L"'use strict' + a").can_be_function);
+  EXPECT_FALSE(scope_of(L"'use loose'; 'use strict'").can_be_function) << "which the function's text would not show";
+}
+
+}  // namespace
+}  // namespace zelto::language
