@@ -109,6 +109,13 @@ HRESULT ResponseObject::Write(VARIANT value) {
   });
 }
 
+HRESULT ResponseObject::write_text(std::u16string_view text) {
+  return guarded(kSource, [&]() -> HRESULT {
+    page_->response.write(text);
+    return go_on();
+  });
+}
+
 HRESULT ResponseObject::BinaryWrite(VARIANT bytes) {
   return guarded(kSource, [&]() -> HRESULT {
     CComVariant held;

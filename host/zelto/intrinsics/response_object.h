@@ -27,6 +27,7 @@ class ResponseObject final
   HRESULT get_CodePage(LONG* code_page) override;
 
   bool may_wait() const noexcept override { return page_->response.buffered; }
+  HRESULT write_text(std::u16string_view text) override;
 
   // What only scripts use.
   HRESULT put_CodePage(LONG code_page);

@@ -2,6 +2,7 @@
 
 #include <korlib/text.h>
 #include <korlib_host/errors.h>
+#include <korlib_host/unicode.h>
 
 #include <algorithm>
 #include <cstring>
@@ -40,6 +41,45 @@ void ByteBuffer::append_utf8(std::wstring_view text) {
   const std::size_t room = text.size() * 4;
   char* const at = make_room(room);
   bytes_.set_size(bytes_.size() + utf32_utf8(text.data(), text.size(), at, room));
+}
+
+std::size_t ByteBuffer::append_ascii(std::u16string_view text) {
+  // In blocks, whose loops are vectorised.
+  constexpr std::size_t kBlock = 64;
+  char* at = make_room(text.size());
+  std::size_t done = 0;
+  while (done < text.size()) {
+    const std::u16string_view block = text.substr(done, kBlock);
+    char16_t seen = 0;
+    for (const char16_t unit : block) seen |= unit;
+    if (seen >= 0x80) break;
+    for (const char16_t unit : block) *at++ = static_cast<char>(unit);
+    done += block.size();
+  }
+  bytes_.set_size(bytes_.size() + done);
+  return done;
+}
+
+// Nearly all of most pages is ASCII, and the same in every code page.
+void ResponseState::write(std::u16string_view text) {
+  constexpr std::size_t kPiece = std::size_t{64} * 1024;
+  constexpr std::size_t kOther = 256;
+  if (!sink_) return;
+  do {
+    const std::u16string_view piece = text.substr(0, kPiece);
+    std::size_t done = code_page == kUtf8CodePage ? buffer_.append_ascii(piece) : 0;
+    if (done < piece.size()) {
+      std::size_t other = std::min(kOther, piece.size() - done);
+      if (korlib::is_surrogate_pair(text, done + other - 1)) ++other;
+      std::wstring wide;
+      korlib::append_utf16(wide, text.substr(done, other));
+      done += other;
+      write(std::wstring_view(wide));
+    } else {
+      sent_on();
+    }
+    text.remove_prefix(done);
+  } while (!text.empty());
 }
 
 void ResponseState::write(std::wstring_view text) {

@@ -24,6 +24,8 @@ class ByteBuffer {
   void clear() { bytes_.set_size(0); }
   void append(std::string_view bytes);
   void append_utf8(std::wstring_view text);
+  // The ASCII that the text begins with; how long that is.
+  std::size_t append_ascii(std::u16string_view text);
 
  private:
   char* make_room(std::size_t bytes);
@@ -58,6 +60,7 @@ class ResponseState : public ResponseFields {
   explicit ResponseState(ResponseSink& sink) : sink_(&sink) {}
 
   void write(std::wstring_view text);  // in the code page
+  void write(std::u16string_view text);
   void write_bytes(std::string_view bytes);
   void flush();  // sends the head, once, and what is buffered
   void clear() { buffer_.clear(); }

@@ -12,6 +12,11 @@ namespace {
 constexpr auto kUnsafe = std::to_array<std::wstring_view>(
     {L"Atomics", L"FinalizationRegistry", L"Function", L"SharedArrayBuffer", L"WeakRef", L"eval", L"import"});
 
+constexpr auto kHiding = std::to_array<std::wstring_view>(
+    {L"Symbol", L"__defineGetter__", L"__defineSetter__", L"defineProperties", L"defineProperty"});
+
+bool is_among(const auto& words, std::wstring_view text) { return std::ranges::find(words, text) != words.end(); }
+
 class ScopeReader {
  public:
   ScopeReader(std::wstring_view text, const std::vector<Token>& tokens) : text_(text), tokens_(tokens) {}
@@ -21,6 +26,8 @@ class ScopeReader {
     scope.can_be_function = true;
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
       if (is_unsafe(i)) scope.can_be_function = false;
+      if (is_among(kHiding, tokens_[i].kind == Token::literal ? inside_of(word(i)) : word(i)))
+        scope.may_hide_names = true;
       if (declares_lexically(i)) add_candidates(i, &scope.lexical_candidates);
     }
     read_directive(&scope);
@@ -40,15 +47,20 @@ class ScopeReader {
     if (found == L"Function") return !is_harmless_function(i);
     // (function () {}).constructor("…")
     if (found == L"constructor") return word(i - 1) == L"." && (word(i + 1) == L"(" || word(i + 1) == L".");
-    return std::ranges::find(kUnsafe, found) != kUnsafe.end();
+    return is_among(kUnsafe, found);
   }
 
   // globalThis["eval"]
   static bool is_unsafe_text(std::wstring_view literal) {
-    if (literal.size() < 2 || (literal.front() != L'"' && literal.front() != L'\'' && literal.front() != L'`'))
-      return false;
-    const std::wstring_view inside = literal.substr(1, literal.size() - 2);
-    return inside == L"constructor" || std::ranges::find(kUnsafe, inside) != kUnsafe.end();
+    const std::wstring_view inside = inside_of(literal);
+    return inside == L"constructor" || is_among(kUnsafe, inside);
+  }
+
+  // Of a string; empty for any other literal.
+  static std::wstring_view inside_of(std::wstring_view literal) {
+    const bool is_string =
+        literal.size() >= 2 && std::wstring_view(L"\"'`").find(literal.front()) != std::wstring::npos;
+    return is_string ? literal.substr(1, literal.size() - 2) : std::wstring_view();
   }
 
   // `x instanceof Function`, Function.prototype.

@@ -15,6 +15,12 @@ class AutomationMember final : public HostObject {
   // A copy keeps the object while a call may end the realm.
   const CallTarget& target() const noexcept { return target_; }
   CallArguments& arguments() noexcept { return arguments_; }
+  // The member of that name of another object.
+  void bind(Realm& realm, CComPtr<IDispatch> object, DISPID id) {
+    begin_again(realm);
+    target_.object = std::move(object);
+    target_.id = id;
+  }
 
  protected:
   void release() override {

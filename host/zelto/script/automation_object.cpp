@@ -33,6 +33,9 @@ bool is_index(std::u16string_view name, LONG* index) {
 JSValueRef member_function(Realm& realm, JSObjectRef object, AutomationObject& held, DISPID id, JSStringRef name) {
   if (JSValueRef known = JSObjectGetPrivateProperty(realm.context(), object, name);
       known && JSValueIsObject(realm.context(), known)) {
+    if (!living_host_object(object_of(known))) {
+      static_cast<AutomationMember*>(JSObjectGetPrivate(object_of(known)))->bind(realm, held.dispatch(), id);
+    }
     return known;
   }
   JSObjectRef member = realm.wrappers().make(
@@ -191,6 +194,16 @@ AutomationObject::~AutomationObject() {
   AutomationObject::release();
 }
 
+void AutomationObject::bind(Realm& realm, CComPtr<IUnknown> identity, CComPtr<IDispatch> dispatch) {
+  begin_again(realm);
+  identity_ = std::move(identity);
+  dispatch_ = std::move(dispatch);
+  keys_.clear();
+  if (class_ == *reinterpret_cast<const void* const*>(dispatch_.get())) return;
+  class_names_ = nullptr;
+  own_names_.reset();
+}
+
 void AutomationObject::release() {
   if (weak_) JSWeakRelease(engine().group(), weak_);
   weak_ = nullptr;
@@ -201,6 +214,7 @@ void AutomationObject::release() {
 MemberNames& AutomationObject::names() {
   if (!class_names_ && !own_names_) {
     class_names_ = engine().members().of(dispatch_.get());
+    class_ = class_names_ ? *reinterpret_cast<const void* const*>(dispatch_.get()) : nullptr;
     if (!class_names_) own_names_ = std::make_unique<MemberNames>(false);
   }
   return class_names_ ? *class_names_ : *own_names_;

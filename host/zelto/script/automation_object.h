@@ -37,7 +37,10 @@ class AutomationObject final : public HostObject {
   ~AutomationObject() override;
 
   void set_weak(JSWeakRef weak) noexcept { weak_ = weak; }
-  JSObjectRef script_object() const { return weak_ ? JSWeakGetObject(weak_) : nullptr; }
+  // The wrapper lives as long as its world, and stands for one object after the other.
+  void set_kept(JSObjectRef wrapper) noexcept { kept_ = wrapper; }
+  void bind(Realm& realm, CComPtr<IUnknown> identity, CComPtr<IDispatch> dispatch);
+  JSObjectRef script_object() const { return kept_ ? kept_ : weak_ ? JSWeakGetObject(weak_) : nullptr; }
   const CComPtr<IDispatch>& dispatch() const noexcept { return dispatch_; }
   IUnknown* identity() const noexcept { return identity_.get(); }
   MemberNames& names();
@@ -55,6 +58,8 @@ class AutomationObject final : public HostObject {
   CComPtr<IUnknown> identity_;
   CComPtr<IDispatch> dispatch_;
   JSWeakRef weak_ = nullptr;
+  JSObjectRef kept_ = nullptr;
+  const void* class_ = nullptr;  // what class_names_ are of
   MemberNames* class_names_ = nullptr;
   std::unique_ptr<MemberNames> own_names_;
   std::wstring kind_;

@@ -89,8 +89,6 @@ JSValueRef evaluate(JSContextRef context, std::u16string_view source) {
   return JSEvaluateScript(context, JsString(source).get(), nullptr, nullptr, 1, nullptr);
 }
 
-const std::uint32_t* first_word(JSValueRef object) { return reinterpret_cast<const std::uint32_t*>(object); }
-
 std::uint32_t read_word(const std::uint32_t* word) {
   std::uint32_t value = 0;
   std::memcpy(&value, word, sizeof value);
@@ -109,7 +107,7 @@ std::u16string BuiltIns::source(JSContextRef context) {
 bool BuiltIns::can_tell(JSContextRef context) {
   JSValueRef object = evaluate(context, u"Object.getOwnPropertyDescriptors(Map.prototype), Map.prototype");
   if (!object || !JSValueIsObject(context, object)) return false;
-  const std::uint32_t* const structure = first_word(object);
+  const std::uint32_t* const structure = structure_of(object);
   evaluate(context, u"for (let i = 0; i < 100; i++) new Map([[i, i]]).get(i)");
   std::uint32_t known = read_word(structure);
   evaluate(context, u"new Map().has(1); Map.prototype.size");
@@ -132,7 +130,7 @@ BuiltIns::BuiltIns(JSScriptRef found, JSContextRef context) : context_(context) 
   const auto count = static_cast<unsigned>(JSValueToNumber(context, property(context, objects_, "length"), nullptr));
   cells_.reserve(count);
   for (unsigned i = 1; i < count; ++i) {
-    const std::uint32_t* const structure = first_word(JSObjectGetPropertyAtIndex(context, objects_, i, nullptr));
+    const std::uint32_t* const structure = structure_of(JSObjectGetPropertyAtIndex(context, objects_, i, nullptr));
     cells_.push_back({structure, read_word(structure)});
   }
   JSValueProtect(context_, objects_);

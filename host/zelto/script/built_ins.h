@@ -9,6 +9,9 @@
 
 namespace zelto::script {
 
+// An object's first word, which names its structure.
+inline const std::uint32_t* structure_of(JSValueRef object) { return reinterpret_cast<const std::uint32_t*>(object); }
+
 // Objects are compared in two ways. Names that come or go, getters, attributes and prototypes show in an object's
 // structure, which the engine names in the first word of the object: a word that is read here, because asking for all
 // of that takes longer than a page. That it does so is tried out once (can_tell()). A value that takes the place of

@@ -7,9 +7,11 @@
 
 namespace zelto::script {
 
-void Globals::set_object(std::wstring_view name, IDispatch* object) {
-  JSValueRef value = object ? static_cast<JSValueRef>(wrappers_.wrap(object)) : JSValueMakeNull(context_);
-  set_hidden(context_, object_, JsString(name), value);
+void Globals::set_object(std::wstring_view name, IDispatch* object, bool is_new) {
+  if (is_new || !object) {
+    JSValueRef value = object ? static_cast<JSValueRef>(wrappers_.wrap(object)) : JSValueMakeNull(context_);
+    set_hidden(context_, object_, JsString(name), value);
+  }
   if (name == L"Server") server_ = object;
 }
 

@@ -27,7 +27,8 @@ class Globals {
 
   JSObjectRef object() const noexcept { return object_; }
 
-  void set_object(std::wstring_view name, IDispatch* object);
+  // `is_new` where the script does not have its wrapper by that name already.
+  void set_object(std::wstring_view name, IDispatch* object, bool is_new);
   // The object of the name "Server", which makes objects; null without one.
   IDispatch* server() const noexcept { return server_.get(); }
 
@@ -35,6 +36,7 @@ class Globals {
     output_ = response;
     page_output_ = response;
   }
+  IPageOutput* page_output() const noexcept { return page_output_.get(); }
   // Whether what the script writes may be collected.
   bool may_collect() const noexcept { return page_output_ && page_output_->may_wait(); }
   // The objects that are called Response and Server, as the script has them; null without them.

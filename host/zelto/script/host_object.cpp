@@ -27,6 +27,11 @@ void HostObject::end_of_realm() {
   release();
 }
 
+void HostObject::begin_again(Realm& realm) {
+  realm_ = &realm;
+  realm.wrappers().adopt(*this);
+}
+
 HostClasses::HostClasses()
     : object(make_object_class()),
       member(make_member_class()),

@@ -30,6 +30,8 @@ class HostObject : public boost::intrusive::list_base_hook<boost::intrusive::lin
   Engine& engine() const noexcept { return engine_; }
   Realm* realm() const noexcept { return realm_; }  // null once it has ended
   void end_of_realm();
+  // For an object whose realm has ended, and whose place in the script another realm finds again.
+  void begin_again(Realm& realm);
 
  protected:
   virtual void release() = 0;

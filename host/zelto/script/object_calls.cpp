@@ -44,10 +44,13 @@ bool ObjectCalls::write(const VARIANT& value, JSValueRef* exception) {
 
 bool ObjectCalls::hand_text_over(JSValueRef* exception) {
   if (!realm_.prelude().has_text()) return true;
-  JSValueRef text = realm_.prelude().take_text();
-  CComVariant value;
-  if (!text) return realm_.errors().raise(E_OUTOFMEMORY, {}, exception);
-  return realm_.values().to_variant(text, &value, exception) && write(value, exception);
+  JSValueRef taken = realm_.prelude().take_text();
+  const JsString text(taken ? JSValueToStringCopy(realm_.context(), taken, exception) : nullptr);
+  if (!text.get()) return *exception ? false : realm_.errors().raise(E_OUTOFMEMORY, {}, exception);
+  const CComPtr<IPageOutput> output(realm_.globals().page_output());
+  if (!output) return write(korlib::borrowed(CComBSTR(to_wide(text.view()))), exception);
+  SetErrorInfo(0, nullptr);
+  return realm_.errors().check(output->write_text(text.view()), L"Write", exception);
 }
 
 HRESULT ObjectCalls::invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS params, VARIANT* result) {

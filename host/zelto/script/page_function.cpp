@@ -10,13 +10,15 @@
 namespace zelto::script {
 namespace {
 
-// A function of (the names of var and function, the host's names, whether values are kept). It answers: what the page
-// hands its names to, read, write, and restore. What it uses it has taken before any page could change it; reading a
-// property of an object without a prototype is nobody else's to change either.
+// A function of (the names of var and function, the host's names, whether values are kept, whether the page may make
+// names that are not shown). It answers: what the page hands its names to, read, write, and restore. What it uses it
+// has taken before any page could change it; reading a property of an object without a prototype is nobody else's to
+// change either.
 constexpr std::u16string_view kSupport =
-    uR"js((function (declared, hosts, values_are_kept) {
+    uR"js((function (declared, hosts, values_are_kept, may_hide) {
 "use strict";
 const { apply, defineProperty, deleteProperty, getOwnPropertyDescriptor, isExtensible, ownKeys } = Reflect;
+const visible_keys = Object.keys;
 const { exec } = RegExp.prototype, blank = /(?:)/, Matches = RegExp, world = globalThis;
 let names;
 for (let i = 0; i < declared.length; i++) {
@@ -31,20 +33,27 @@ const first_keys = ownKeys(world);
 for (let i = 0; i < first_keys.length; i++) known[first_keys[i]] = true;
 const count = first_keys.length;
 
+// Names that are not shown, which few pages make, are looked for where the page has the words for it, and now and then.
+const visible_count = visible_keys(world).length;
+let looks = 0;
 const are_keys_kept = () => {
+  if (!may_hide && (++looks & 63) !== 0 && visible_keys(world).length === visible_count) return true;
   const keys = ownKeys(world);
   if (keys.length === count) return true;
   for (let i = 0; i < keys.length; i++) if (known[keys[i]] === undefined) deleteProperty(world, keys[i]);
   return ownKeys(world).length === count;
 };
-const is_plain = name => {
-  const found = getOwnPropertyDescriptor(world, name);
-  return found !== undefined && found.writable === true && found.configurable === true;
+const host_values = hosts.map(name => world[name]);
+const is_host_kept = i => {
+  const found = getOwnPropertyDescriptor(world, hosts[i]);
+  if (found === undefined || found.writable !== true || found.configurable !== true) return false;
+  if (found.value !== host_values[i]) world[hosts[i]] = host_values[i];
+  return true;
 };
 const restore = () => {
   names = undefined;
   if (!are_keys_kept() || !isExtensible(world)) return false;
-  for (let i = 0; i < hosts.length; i++) if (!is_plain(hosts[i])) return false;
+  for (let i = 0; i < hosts.length; i++) if (!is_host_kept(i)) return false;
   apply(exec, blank, [""]);
   Matches.input = "";
   Matches.multiline = false;
@@ -143,8 +152,8 @@ std::unique_ptr<PageFunction> PageFunction::make(Engine& engine, JSGlobalContext
   JSValueRef make_support = evaluate(context, kSupport, nullptr);
   if (!page || !make_support) return nullptr;
   JSValueRef arguments[] = {array_of(context, declared.properties), array_of(context, around.hosts),
-                            around.values_check};
-  JSValueRef support = JSObjectCallAsFunction(context, object_of(make_support), nullptr, 3, arguments, nullptr);
+                            around.values_check, JSValueMakeBoolean(context, program.scope.may_hide_names)};
+  JSValueRef support = JSObjectCallAsFunction(context, object_of(make_support), nullptr, 4, arguments, nullptr);
   if (!support) return nullptr;
   return std::unique_ptr<PageFunction>(new PageFunction(context, names, object_of(page), object_of(support)));
 }

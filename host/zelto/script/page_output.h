@@ -4,11 +4,15 @@
 #include <korlib/types.h>
 #include <korlib/unknown.h>
 
+#include <string_view>
+
 namespace zelto::script {
 
 struct IPageOutput : IUnknown {
   // Whether what is written may wait for the end of the page, or for a call that sends it.
   virtual bool may_wait() const noexcept = 0;
+  // Response.Write of a text, in UTF-16.
+  virtual HRESULT write_text(std::u16string_view text) = 0;
 
  protected:
   ~IPageOutput() = default;

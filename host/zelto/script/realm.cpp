@@ -30,8 +30,9 @@ Realm::~Realm() {
 }
 
 void Realm::set_object(std::wstring_view name, IDispatch* object) {
-  globals_.set_object(name, object);
-  host_names_.push_back(to_utf16(name));
+  AutomationObject* const kept = world_->set_host(to_utf16(name));
+  if (kept && object) wrappers_.bind(*kept, object);
+  globals_.set_object(name, object, !kept);
 }
 
 Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
@@ -43,7 +44,6 @@ Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
   const language::Program* previous = running_;
   running_ = program.get();
   reports_.begin_run();
-  world_->set_host_names(host_names_);
   PageFunction* const page = program == page_ ? world_->page_of(*program) : nullptr;
   globals_.set_page(page);
   world_->begin(*program, globals_.response(), globals_.server_object());

@@ -79,7 +79,6 @@ class Realm {
   Engine& engine_;
   const std::shared_ptr<const language::Program> page_;
   std::unique_ptr<World> world_;
-  std::vector<std::u16string> host_names_;
   MissingMember missing_;
   ErrorReports reports_;
   Errors errors_;

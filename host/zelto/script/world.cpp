@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "script/automation_object.h"
 #include "script/callback.h"
 #include "script/realm.h"
 
@@ -32,25 +33,60 @@ World::World(Engine& engine)
   JSGlobalContextSetUnhandledRejectionCallback(context(), rejected, nullptr);
 }
 
-World::~World() = default;
-
-void World::set_host_names(const std::vector<std::u16string>& names) {
-  JSObjectRef global = JSContextGetGlobalObject(context());
-  for (const std::u16string& name : host_names_) {
-    if (std::ranges::find(names, name) != names.end()) continue;
-    JSObjectDeleteProperty(context(), global, JsString(std::u16string_view(name)).get(), nullptr);
+World::~World() {
+  for (const Host& host : hosts_) {
+    if (host.wrapper) JSValueUnprotect(context(), host.wrapper);
   }
-  if (host_names_ != names) host_names_ = names;
+}
+
+AutomationObject* World::set_host(std::u16string_view name) {
+  auto host = std::ranges::find(hosts_, name, &Host::name);
+  if (host == hosts_.end()) {
+    host = hosts_.insert(host, Host{.name = std::u16string(name)});
+    has_other_hosts_ |= page_ != nullptr;
+  }
+  host->is_set = true;
+  return host->object;
+}
+
+// A name that this page does not have: a session that could not be opened, say.
+void World::drop_missing_hosts() {
+  JSObjectRef global = JSContextGetGlobalObject(context());
+  std::erase_if(hosts_, [&](const Host& host) {
+    if (host.is_set) return false;
+    has_other_hosts_ = true;
+    JSObjectDeleteProperty(context(), global, JsString(std::u16string_view(host.name)).get(), nullptr);
+    if (host.wrapper) JSValueUnprotect(context(), host.wrapper);
+    return true;
+  });
+}
+
+void World::keep_hosts() {
+  JSObjectRef global = JSContextGetGlobalObject(context());
+  for (Host& host : hosts_) {
+    JSValueRef value = property(context(), global, JsString(std::u16string_view(host.name)));
+    if (!engine_.classes().is_automation_object(context(), value)) continue;
+    host.wrapper = object_of(value);
+    JSValueProtect(context(), host.wrapper);
+    host.object = static_cast<AutomationObject*>(static_cast<HostObject*>(JSObjectGetPrivate(host.wrapper)));
+    host.object->set_kept(host.wrapper);
+    host.structure = structure_of(host.wrapper);
+    host.known = *host.structure;
+  }
 }
 
 PageFunction* World::page_of(const language::Program& program) {
+  if (page_) drop_missing_hosts();
   if (page_ || !is_kept_) return page_.get();
   const Watchdog::Quiet quiet(engine_.watchdog());
   JSScriptRef source = engine_.built_ins();
   if (!source) return nullptr;
   property(context(), JSContextGetGlobalObject(context()), "console");  // made when it is first asked for
   built_ins_ = std::make_unique<BuiltIns>(source, context());
-  page_ = PageFunction::make(engine_, context(), program, {host_names_, built_ins_->values_check()});
+  keep_hosts();
+  PageFunction::Names names;
+  for (const Host& host : hosts_) names.push_back(host.name);
+  page_ = PageFunction::make(engine_, context(), program, {names, built_ins_->values_check()});
   return page_.get();
 }
 
@@ -59,7 +95,12 @@ void World::begin(const language::Program& program, JSValueRef response, JSValue
 }
 
 bool World::restore() {
+  if (has_other_hosts_) return false;
   const Watchdog::Quiet quiet(engine_.watchdog());
+  for (Host& host : hosts_) {
+    host.is_set = false;
+    if (host.structure && *host.structure != host.known) return false;
+  }
   return built_ins_->are_structures_kept() && page_->restore() && built_ins_->are_structures_kept();
 }
 

@@ -1,6 +1,7 @@
 // A global object of the script engine with what every page finds there, to be used by one realm at a time.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -13,6 +14,7 @@
 
 namespace zelto::script {
 
+class AutomationObject;
 class Engine;
 
 // Most last for one page. One that is kept belongs to a program, which runs in it as a function: what the page declares
@@ -31,9 +33,18 @@ class World {
   void set_kept() noexcept { is_kept_ = true; }
   bool is_kept() const noexcept { return is_kept_; }
 
-  // Names that the host has put into the global object for the page that is about to run, in place of those of the
-  // page before.
-  void set_host_names(const std::vector<std::u16string>& names);
+  // A name of the host's in the global object, whose wrapper stays there from page to page. It belongs to the script.
+  struct Host {
+    std::u16string name;
+    JSObjectRef wrapper = nullptr;  // null until the world is kept, and for what is no object; else protected
+    AutomationObject* object = nullptr;
+    const std::uint32_t* structure = nullptr;  // see BuiltIns
+    std::uint32_t known = 0;
+    bool is_set = false;  // for the page that is about to run, or runs
+  };
+  // The name is set for the page that is about to run; where the wrapper of an earlier page can stand for its object,
+  // that one.
+  AutomationObject* set_host(std::u16string_view name);
   // Of a world that is kept: the program as a function, made when it first runs, with the host's names in place. Null
   // when it cannot be one: it may still run here, once.
   PageFunction* page_of(const language::Program& program);
@@ -42,10 +53,23 @@ class World {
   // Before a program runs, with the objects that it knows as Response and Server.
   void begin(const language::Program& program, JSValueRef response, JSValueRef server);
 
+  // Of a world whose page has ended, until it is looked at: for Worlds.
+  struct Ended {
+    std::shared_ptr<const language::Program> program;
+    bool whole = false;
+    std::unique_ptr<World> next;
+  };
+  Ended ended;
+
+  // The names that the host has set are no longer those for which the page was prepared: this is its last one.
+  bool has_other_hosts() const noexcept { return has_other_hosts_; }
   // Once the page has ended: false when it left anything behind that the next one could see.
   bool restore();
 
  private:
+  void keep_hosts();
+  void drop_missing_hosts();
+
   struct Release {
     Engine& engine;
     void operator()(JSGlobalContextRef context) const;
@@ -54,10 +78,11 @@ class World {
   Engine& engine_;
   std::unique_ptr<OpaqueJSContext, Release> context_;
   std::unique_ptr<Prelude> prelude_;
-  std::vector<std::u16string> host_names_;
+  std::vector<Host> hosts_;
   std::unique_ptr<BuiltIns> built_ins_;
   std::unique_ptr<PageFunction> page_;
   bool is_kept_ = false;
+  bool has_other_hosts_ = false;
   const language::Program* last_program_ = nullptr;
 };
 

@@ -58,26 +58,32 @@ Worlds::Entry* Worlds::find(const ProgramPtr& program) {
   return found != entries_.end() && found->second.program.lock() == program ? &found->second : nullptr;
 }
 
-void Worlds::give_back(std::unique_ptr<World> world, const ProgramPtr& program, bool whole) {
+void Worlds::give_back(std::unique_ptr<World> world, ProgramPtr program, bool whole) noexcept {
   if (!world->is_kept()) return;
-  waiting_.push_back({std::move(world), program, whole});
+  world->ended = {std::move(program), whole, std::move(waiting_)};
+  waiting_ = std::move(world);
   if (engine_.watchdog().is_running()) return;
-  for (Ended& ended : std::exchange(waiting_, {})) settle(std::move(ended));
+  while (waiting_) {
+    std::unique_ptr<World> next = std::move(waiting_->ended.next);
+    settle(std::exchange(waiting_, std::move(next)));
+  }
 }
 
-void Worlds::settle(Ended ended) {
-  const bool could_run = ended.world->page() != nullptr;
-  const bool is_as_before = could_run && ended.whole && ended.world->restore();
-  Entry* const entry = find(ended.program);
+void Worlds::settle(std::unique_ptr<World> ended) noexcept {
+  const bool could_run = ended->page() != nullptr;
+  const bool whole = ended->ended.whole;
+  const bool has_other_hosts = ended->has_other_hosts();
+  const bool is_as_before = could_run && whole && ended->restore();
+  Entry* const entry = find(std::exchange(ended->ended.program, nullptr));
   if (!entry) return;
   if (is_as_before) {
-    entry->world = std::move(ended.world);
+    entry->world = std::move(ended);
     return;
   }
   entry->is_kept = false;
   if (!could_run) {
     entry->fresh_for = std::numeric_limits<std::uint32_t>::max();
-  } else if (ended.whole) {
+  } else if (whole && !has_other_hosts) {
     entry->penalty = std::clamp(entry->penalty * 2, kFirstPenalty, kLastPenalty);
     entry->fresh_for = entry->penalty;
   }
@@ -89,7 +95,7 @@ void Worlds::sweep() {
 }
 
 void Worlds::clear() {
-  waiting_.clear();
+  waiting_.reset();
   entries_.clear();
 }
 

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
-#include <vector>
 
 #include "language/program.h"
 #include "script/world.h"
@@ -24,7 +23,7 @@ class Worlds {
   std::unique_ptr<World> take(const ProgramPtr& program);
   // The world's page has ended. `whole` is false where it was broken off, which may have happened anywhere. While
   // another page still runs, the world waits: what this one has begun may go on until then.
-  void give_back(std::unique_ptr<World> world, const ProgramPtr& program, bool whole);
+  void give_back(std::unique_ptr<World> world, ProgramPtr program, bool whole) noexcept;
   void clear();
 
  private:
@@ -36,20 +35,14 @@ class Worlds {
     std::uint32_t fresh_for = 0;   // so many times more it gets a fresh one
     std::uint32_t penalty = 0;     // what that was the last time
   };
-  struct Ended {
-    std::unique_ptr<World> world;
-    ProgramPtr program;
-    bool whole;
-  };
-
   Entry* find(const ProgramPtr& program);
   bool may_keep(const Entry& entry);
-  void settle(Ended ended);
+  void settle(std::unique_ptr<World> ended) noexcept;
   void sweep();
 
   Engine& engine_;
   std::unordered_map<const language::Program*, Entry> entries_;
-  std::vector<Ended> waiting_;
+  std::unique_ptr<World> waiting_;  // a list of them, which takes no memory
   std::uint64_t taken_ = 0;
 };
 

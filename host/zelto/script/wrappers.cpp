@@ -9,6 +9,16 @@
 
 namespace zelto::script {
 
+namespace {
+
+CComPtr<IUnknown> identity_of(IDispatch* object) {
+  CComPtr<IUnknown> identity;
+  if (FAILED(object->QueryInterface(korlib::iid_of<IUnknown>, identity.put_void()))) identity = object;
+  return identity;
+}
+
+}  // namespace
+
 JSValueRef Wrappers::to_script(IUnknown* object) {
   if (!object) return JSValueMakeNull(realm_.context());
   ScriptObject* script_object = script_object_behind(object);
@@ -21,9 +31,14 @@ JSValueRef Wrappers::to_script(IUnknown* object) {
   return make(realm_.engine().classes().opaque, std::make_unique<OpaqueObject>(realm_, CComPtr<IUnknown>(object)));
 }
 
+void Wrappers::bind(AutomationObject& kept, IDispatch* object) {
+  CComPtr<IUnknown> identity = identity_of(object);
+  automation_objects_[identity.get()] = &kept;
+  kept.bind(realm_, std::move(identity), CComPtr<IDispatch>(object));
+}
+
 JSObjectRef Wrappers::wrap(IDispatch* object) {
-  CComPtr<IUnknown> identity;
-  if (FAILED(object->QueryInterface(korlib::iid_of<IUnknown>, identity.put_void()))) identity = object;
+  const CComPtr<IUnknown> identity = identity_of(object);
   if (const auto known = automation_objects_.find(identity.get()); known != automation_objects_.end()) {
     if (JSObjectRef wrapper = known->second->script_object()) return wrapper;
   }

@@ -37,6 +37,8 @@ class Wrappers {
   // engine is itself again.
   JSValueRef to_script(IUnknown* object);
   JSObjectRef wrap(IDispatch* object);
+  // A wrapper that the world has kept stands for the object from here on.
+  void bind(AutomationObject& kept, IDispatch* object);
   JSObjectRef make(JSClassRef jsclass, std::unique_ptr<HostObject> object);
   // The counted wrapper of a script's object.
   CComPtr<IDispatch> to_automation(JSObjectRef object);

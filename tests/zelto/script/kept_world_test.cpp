@@ -269,6 +269,34 @@ TEST_F(KeptWorld, LosesNothingToAPageThatIsBrokenOff) {
   for (int i = 0; i < 3; ++i) EXPECT_EQ("undefined", ask(program));
 }
 
+// The wrapper of Response, say, stays in the world; what it stands for does not.
+TEST_F(KeptWorld, HasTheObjectsOfTheRequest) {
+  const ProgramPtr program = page_of(L"Response.Write(o.Name + typeof p); var close = [o][0].Close; close(); o.Close()");
+  const CComPtr<Probe> first = probe;
+  for (int i = 0; i < 6; ++i) {
+    probe = korlib::make<Probe>();
+    probe->name = (L"probe " + std::to_wstring(i)).c_str();
+    EXPECT_EQ("probe " + std::to_string(i) + "undefined", ask(program)) << i;
+    EXPECT_EQ(2, probe->closed) << i;
+  }
+  EXPECT_EQ(0, first->closed);
+}
+
+TEST_F(KeptWorld, HasOnlyTheNamesThatAreSet) {
+  const ProgramPtr program = page_of(L"Response.Write(typeof p); p = 5; Response.Write(typeof p)");
+  const auto ask_with = [&](bool has_p) {
+    page->text.clear();
+    open(program);
+    if (has_p) realm->set_object(L"p", other.get());
+    EXPECT_EQ(Outcome::completed, realm->run(program).kind);
+    realm.reset();
+    return narrow(page->text);
+  };
+  for (int i = 0; i < 4; ++i) EXPECT_EQ("functionnumber", ask_with(true)) << i;
+  for (int i = 0; i < 4; ++i) EXPECT_EQ("undefinednumber", ask_with(false)) << i;
+  for (int i = 0; i < 4; ++i) EXPECT_EQ("functionnumber", ask_with(true)) << i;
+}
+
 TEST_F(KeptWorld, IsThePagesOwn) {
   const ProgramPtr a = page_of(L"function name() { return 'a' } Response.Write(name())", "/site/a.asp");
   const ProgramPtr b = page_of(L"function name() { return 'b' } Response.Write(name())", "/site/b.asp");
