@@ -9,10 +9,9 @@
 // A figure is the median of nine repetitions, taken in random order so that a slow spell of the machine
 // does not fall on one benchmark alone; the spread is half the distance from the fastest to the slowest.
 import { execFileSync } from 'node:child_process';
-import { readFileSync, writeFileSync } from 'node:fs';
-import { cpus } from 'node:os';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
+import { fill, machine } from './document.mjs';
 
 const scripts = dirname(fileURLToPath(import.meta.url));
 const programs = join(scripts, '../build/release/bench');
@@ -121,21 +120,15 @@ function shown(name) {
   return `\`\`\`\n${execFileSync('node', [join(scripts, script), ...args], { encoding: 'utf8' })}\`\`\``;
 }
 
-const machine = () =>
-  `${new Date().toISOString().slice(0, 10)}, ${cpus()[0].model.trim()}, ${cpus().length} cores, Debian 12, release build.`;
-
-function fill(document, names) {
-  const text = readFileSync(document, 'utf8');
-  writeFileSync(document, text.replace(/(<!-- (\w[^>]*) -->\n)[^]*?(<!-- end -->)/g, (whole, start, name, end) => {
-    if (names.length && !names.includes(name)) return whole;
-    console.log(name);
-    return `${start}\n${shown(name)}\n\nMeasured ${machine()}\n\n${end}`;
-  }));
-}
-
 const [first, ...rest] = process.argv.slice(2);
 if (first === '--into') {
-  fill(rest[0], rest.slice(1));
+  const [document, ...names] = rest;
+  fill(document, (name) => {
+    // That one installs what it compares with, so it is run by itself: `./dev bench peers --into DOCUMENT`.
+    if (name === 'peers' || (names.length && !names.includes(name))) return undefined;
+    console.log(name);
+    return shown(name);
+  });
 } else {
   for (const name of [first, ...rest].filter(Boolean)) console.log(`${name}\n\n${shown(name)}\n\n${machine()}\n`);
 }
