@@ -49,6 +49,9 @@ class Engine {
   // keep outside of its heap, and may leave gigabytes of it for a long time.
   void collect_garbage() { watchdog_.collect(); }
 
+  // See Worlds.
+  void set_on_undeclared(Worlds::OnUndeclared told) { worlds_.set_on_undeclared(std::move(told)); }
+
   // What follows is for this room.
 
   // One level of running script.

@@ -35,12 +35,16 @@ const count = first_keys.length;
 
 // Names that are not shown, which few pages make, are looked for where the page has the words for it, and now and then.
 const visible_count = visible_keys(world).length;
-let looks = 0;
+let looks = 0, has_told = false, undeclared = "";
 const are_keys_kept = () => {
   if (!may_hide && (++looks & 63) !== 0 && visible_keys(world).length === visible_count) return true;
   const keys = ownKeys(world);
   if (keys.length === count) return true;
-  for (let i = 0; i < keys.length; i++) if (known[keys[i]] === undefined) deleteProperty(world, keys[i]);
+  for (let i = 0; i < keys.length; i++) {
+    if (known[keys[i]] !== undefined) continue;
+    if (!has_told && typeof keys[i] === "string") undeclared += (undeclared === "" ? "" : ", ") + keys[i];
+    deleteProperty(world, keys[i]);
+  }
   return ownKeys(world).length === count;
 };
 const host_values = hosts.map(name => world[name]);
@@ -57,7 +61,10 @@ const restore = () => {
   apply(exec, blank, [""]);
   Matches.input = "";
   Matches.multiline = false;
-  return values_are_kept();
+  if (!values_are_kept()) return false;
+  if (has_told || undeclared === "") return true;
+  has_told = true;
+  return undeclared;
 };
 return [given => { names = given; }, i => names(i), (i, value) => { names(i, value, true); }, restore];
 }))js";
@@ -177,9 +184,12 @@ void PageFunction::call(JSValueRef* exception) {
   JSObjectCallAsFunction(context_, page_, nullptr, 1, &argument, exception);
 }
 
-bool PageFunction::restore() {
+PageFunction::Left PageFunction::restore() {
   JSValueRef kept = JSObjectCallAsFunction(context_, restore_, nullptr, 0, nullptr, nullptr);
-  return kept && JSValueToBoolean(context_, kept);
+  if (!kept || !JSValueToBoolean(context_, kept)) return {.nothing = false, .undeclared = {}};
+  return {
+      .nothing = true,
+      .undeclared = JsString(JSValueIsString(context_, kept) ? JSValueToStringCopy(context_, kept, nullptr) : nullptr)};
 }
 
 const unsigned* PageFunction::find(std::u16string_view name) const {

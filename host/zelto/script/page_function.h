@@ -9,6 +9,7 @@
 
 #include "language/program.h"
 #include "script/jsc.h"
+#include "script/text.h"
 
 namespace zelto::script {
 
@@ -34,8 +35,12 @@ class PageFunction {
 
   // Runs the page to its end.
   void call(JSValueRef* exception);
-  // Forgets what the page declared, and removes what it made without declaring it. False when it left anything else.
-  bool restore();
+  struct Left {
+    bool nothing;         // that the next page could see
+    JsString undeclared;  // the first time that there are any, the names that were removed: "a, b"; else null
+  };
+  // Forgets what the page declared, and removes what it made without declaring it.
+  Left restore();
 
   // Of a name that the page declares; null for any other.
   const unsigned* find(std::u16string_view name) const;

@@ -101,7 +101,10 @@ bool World::restore() {
     host.is_set = false;
     if (host.structure && *host.structure != host.known) return false;
   }
-  return built_ins_->are_structures_kept() && page_->restore() && built_ins_->are_structures_kept();
+  if (!built_ins_->are_structures_kept()) return false;
+  PageFunction::Left left = page_->restore();
+  undeclared_ = std::move(left.undeclared);
+  return left.nothing && built_ins_->are_structures_kept();
 }
 
 }  // namespace zelto::script

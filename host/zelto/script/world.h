@@ -65,6 +65,8 @@ class World {
   bool has_other_hosts() const noexcept { return has_other_hosts_; }
   // Once the page has ended: false when it left anything behind that the next one could see.
   bool restore();
+  // What that has removed: see PageFunction::Left.
+  const JsString& undeclared() const noexcept { return undeclared_; }
 
  private:
   void keep_hosts();
@@ -81,6 +83,7 @@ class World {
   std::vector<Host> hosts_;
   std::unique_ptr<BuiltIns> built_ins_;
   std::unique_ptr<PageFunction> page_;
+  JsString undeclared_;
   bool is_kept_ = false;
   bool has_other_hosts_ = false;
   const language::Program* last_program_ = nullptr;

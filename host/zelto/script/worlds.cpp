@@ -1,6 +1,7 @@
 #include "script/worlds.h"
 
 #include <algorithm>
+#include <exception>
 #include <limits>
 #include <utility>
 
@@ -74,9 +75,11 @@ void Worlds::settle(std::unique_ptr<World> ended) noexcept {
   const bool whole = ended->ended.whole;
   const bool has_other_hosts = ended->has_other_hosts();
   const bool is_as_before = could_run && whole && ended->restore();
-  Entry* const entry = find(std::exchange(ended->ended.program, nullptr));
+  const ProgramPtr program = std::exchange(ended->ended.program, nullptr);
+  Entry* const entry = find(program);
   if (!entry) return;
   if (is_as_before) {
+    tell(*ended, program->url);
     entry->world = std::move(ended);
     return;
   }
@@ -86,6 +89,16 @@ void Worlds::settle(std::unique_ptr<World> ended) noexcept {
   } else if (whole && !has_other_hosts) {
     entry->penalty = std::clamp(entry->penalty * 2, kFirstPenalty, kLastPenalty);
     entry->fresh_for = entry->penalty;
+  }
+}
+
+// What there is no memory for stays untold.
+void Worlds::tell(const World& world, const std::string& url) const noexcept {
+  if (!on_undeclared_ || !world.undeclared().get()) return;
+  try {
+    on_undeclared_(url, world.undeclared().view());
+  } catch (const std::exception&) {
+    return;
   }
 }
 

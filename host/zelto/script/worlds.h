@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "language/program.h"
@@ -26,6 +29,11 @@ class Worlds {
   void give_back(std::unique_ptr<World> world, ProgramPtr program, bool whole) noexcept;
   void clear();
 
+  // Called with the url of a page and the names that it assigns without declaring them, "a, b": once a page, as far as
+  // they are seen together.
+  using OnUndeclared = std::function<void(const std::string& url, std::u16string_view names)>;
+  void set_on_undeclared(OnUndeclared on_undeclared) { on_undeclared_ = std::move(on_undeclared); }
+
  private:
   struct Entry {
     std::weak_ptr<const language::Program> program;
@@ -38,12 +46,14 @@ class Worlds {
   Entry* find(const ProgramPtr& program);
   bool may_keep(const Entry& entry);
   void settle(std::unique_ptr<World> ended) noexcept;
+  void tell(const World& world, const std::string& url) const noexcept;
   void sweep();
 
   Engine& engine_;
   std::unordered_map<const language::Program*, Entry> entries_;
   std::unique_ptr<World> waiting_;  // a list of them, which takes no memory
   std::uint64_t taken_ = 0;
+  OnUndeclared on_undeclared_;
 };
 
 }  // namespace zelto::script

@@ -1,5 +1,6 @@
 #include "site/site_worker.h"
 
+#include <korlib_host/unicode.h>
 #include <malloc.h>
 
 #include <cstdint>
@@ -8,6 +9,7 @@
 #include <utility>
 
 #include "site/page_run.h"
+#include "text/charset.h"
 
 namespace zelto {
 namespace {
@@ -16,6 +18,16 @@ namespace {
 constexpr std::uint64_t kLargeBody = 1u << 20;
 
 }  // namespace
+
+SiteWorker::SiteWorker(Site& site) : site_(site) {
+  engine_.set_on_undeclared([&site](const std::string& url, std::u16string_view names) {
+    if (!site.settings()->options.debug) return;
+    std::wstring wide;
+    korlib::append_utf16(wide, names);
+    site.log(std::string(site.path_of(url)) + ": not declared: " + to_utf8(wide) +
+             "; with var, let or const in front of the first use the page is faster");
+  });
+}
 
 void SiteWorker::handle(HttpRequest&& request, ResponseSink& sink) {
   const std::string path = request.file;

@@ -12,9 +12,9 @@ namespace zelto {
 
 class SiteWorker final : public Worker {
  public:
-  explicit SiteWorker(Site& site) : site_(site) {}
+  explicit SiteWorker(Site& site);
   // With a place for its engine's deadline (Engine::show_deadline).
-  SiteWorker(Site& site, std::atomic<std::int64_t>& deadline) : site_(site) { engine_.show_deadline(deadline); }
+  SiteWorker(Site& site, std::atomic<std::int64_t>& deadline) : SiteWorker(site) { engine_.show_deadline(deadline); }
 
   void handle(HttpRequest&& request, ResponseSink& sink) override;
 

@@ -145,6 +145,16 @@ TEST_F(KeptWorld, ForgetsWhatWasNotDeclared) {
          L"var s = Symbol.for('s'); Response.Write(typeof this[s]); this[s] = 6; Response.Write(this[s])");
 }
 
+TEST_F(KeptWorld, TellsOnceWhatWasNotDeclared) {
+  std::string told;
+  engine.set_on_undeclared([&told](const std::string& url, std::u16string_view names) {
+    told += url + ": " + zelto::script::to_utf8(std::wstring(names.begin(), names.end())) + ";";
+  });
+  const ProgramPtr program = page_of(L"var d = 1; a = 1; function f() { b = 2 } f(); this[Symbol.for('s')] = 3");
+  for (int i = 0; i < 5; ++i) ask(program);
+  EXPECT_EQ("/site/page.asp: a, b;", told);
+}
+
 TEST_F(KeptWorld, ShowsWhatIsDeclaredInTheGlobalObject) {
   always("1f", L"var a = 1; function f() { return 'f' } Response.Write(this.a + this['f']())");
   always("2", L"var a = 1; this.a = 2; Response.Write(a)");
@@ -271,7 +281,8 @@ TEST_F(KeptWorld, LosesNothingToAPageThatIsBrokenOff) {
 
 // The wrapper of Response, say, stays in the world; what it stands for does not.
 TEST_F(KeptWorld, HasTheObjectsOfTheRequest) {
-  const ProgramPtr program = page_of(L"Response.Write(o.Name + typeof p); var close = [o][0].Close; close(); o.Close()");
+  const ProgramPtr program =
+      page_of(L"Response.Write(o.Name + typeof p); var close = [o][0].Close; close(); o.Close()");
   const CComPtr<Probe> first = probe;
   for (int i = 0; i < 6; ++i) {
     probe = korlib::make<Probe>();
