@@ -7,6 +7,17 @@
 #include <korlib/dispatch.h>
 #include <korlib/variant.h>
 
+namespace korlib {
+
+// VariantInit where it is used: over whatever the bits are.
+inline void make_empty(VARIANT* v) noexcept {
+  v->vt = VT_EMPTY;
+  v->wReserved1 = v->wReserved2 = v->wReserved3 = 0;
+  v->llVal = 0;
+}
+
+}  // namespace korlib
+
 // A VARIANT that clears itself. It is one, so `&value` and `value` are what functions take; by value they
 // receive the bits and own nothing.
 //
@@ -21,7 +32,7 @@
 class CComVariant : public VARIANT {
  public:
   // VT_EMPTY: no value.
-  CComVariant() noexcept : VARIANT{} { VariantInit(this); }
+  CComVariant() noexcept : VARIANT{} {}
   // Plain values: VT_I4, VT_R8 and VT_BOOL.
   explicit CComVariant(LONG value) noexcept : CComVariant() {
     vt = VT_I4;
@@ -57,7 +68,9 @@ class CComVariant : public VARIANT {
   explicit CComVariant(const VARIANT& other) : CComVariant() { VariantCopy(this, &other); }
   // Moving takes the value over and leaves VT_EMPTY.
   CComVariant(CComVariant&& other) noexcept : VARIANT(static_cast<VARIANT&&>(other)) {}
-  ~CComVariant() { VariantClear(this); }
+  ~CComVariant() {
+    if (!is_plain()) VariantClear(this);
+  }
 
   // Assigning frees what was held. A value assigned to itself stays.
   CComVariant& operator=(const CComVariant& other) {
@@ -77,7 +90,13 @@ class CComVariant : public VARIANT {
   }
 
   // Frees the value: VT_EMPTY.
-  void reset() noexcept { VariantClear(this); }
+  void reset() noexcept {
+    if (is_plain()) {
+      korlib::make_empty(this);
+    } else {
+      VariantClear(this);
+    }
+  }
   // For `member(value.put())`: empty until the callee fills it, and what it fills in is owned here.
   VARIANT* put() noexcept {
     reset();
@@ -92,13 +111,17 @@ class CComVariant : public VARIANT {
   }
   // Gives the value away into an out-parameter, whose old bits are not looked at.
   void detach_to(VARIANT* target) noexcept {
-    VariantInit(target);
+    korlib::make_empty(target);
     target->vt = vt;
     target->llVal = llVal;
     vt = VT_EMPTY;
   }
   // Converts in place, by the rules of VariantChangeType. After a failure the value is the old one.
   HRESULT change_type(VARTYPE type) { return VariantChangeType(this, this, 0, type); }
+
+ private:
+  // Nothing, or a number that owns no memory: most of what comes and goes, and it does so without a call.
+  bool is_plain() const noexcept { return vt < VT_BSTR; }
 };
 
 namespace korlib {

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include <korlib/comvariant.h>
 #include <korlib/unknown.h>
 
 #include "arrays/elements.h"
@@ -24,6 +25,7 @@ HRESULT copy_bits(const VARIANT& source, VARIANT* target) {
 
 // Into a target that owns nothing, and owns nothing after a failure, whatever its bits are then.
 HRESULT copy_value(const VARIANT& source, VARIANT* target) {
+  if (source.vt < VT_BSTR) return copy_bits(source, target);
   if (!is_variant_type(source.vt)) return DISP_E_BADVARTYPE;
   copy_bits(source, target);
   if (source.vt & VT_BYREF) return S_OK;
@@ -33,8 +35,7 @@ HRESULT copy_value(const VARIANT& source, VARIANT* target) {
 
 HRESULT replace(VARIANT* target, const VARIANT& source) {
   // Copied before the target is cleared: the source may lie in an array that the target owns.
-  VARIANT copy;
-  VariantInit(&copy);
+  VARIANT copy{};
   RETURN_IF_FAILED(copy_value(source, &copy));
   const HRESULT hr = VariantClear(target);
   if (FAILED(hr)) {
@@ -54,7 +55,8 @@ bool is_variant_type(VARTYPE vt) {
 }
 
 HRESULT follow(const VARIANT& source, VARIANT* value) {
-  VariantInit(value);
+  make_empty(value);
+  if (source.vt <= VT_BSTR) return copy_bits(source, value);
   if (!is_variant_type(source.vt)) return DISP_E_BADVARTYPE;
   if (!(source.vt & VT_BYREF)) return copy_bits(source, value);
   if (!source.byref) return E_INVALIDARG;
@@ -71,20 +73,21 @@ HRESULT follow(const VARIANT& source, VARIANT* value) {
 }  // namespace korlib::variants
 
 void VariantInit(VARIANT* v) {
-  if (!v) return;
-  v->vt = VT_EMPTY;
-  v->wReserved1 = v->wReserved2 = v->wReserved3 = 0;
-  v->llVal = 0;
+  if (v) korlib::make_empty(v);
 }
 
 HRESULT VariantClear(VARIANT* v) {
   if (!v) return E_INVALIDARG;
-  if (!korlib::variants::is_variant_type(v->vt)) return DISP_E_BADVARTYPE;
   const VARIANT old = *v;
+  if (old.vt <= VT_BSTR) {  // nothing, numbers, text: nearly all there are
+    korlib::make_empty(v);
+    if (old.vt == VT_BSTR) SysFreeString(old.bstrVal);
+    return S_OK;
+  }
+  if (!korlib::variants::is_variant_type(old.vt)) return DISP_E_BADVARTYPE;
   if ((old.vt & VT_ARRAY) && !(old.vt & VT_BYREF)) RETURN_IF_FAILED(SafeArrayDestroy(old.parray));
   // Empty before anything is released: a destructor that comes back here finds nothing twice.
-  VariantInit(v);
-  if (old.vt == VT_BSTR) SysFreeString(old.bstrVal);
+  korlib::make_empty(v);
   const bool is_object = old.vt == VT_DISPATCH || old.vt == VT_UNKNOWN;
   if (is_object && old.punkVal) old.punkVal->Release();
   return S_OK;
