@@ -15,16 +15,21 @@ namespace base {
 class KeyedHash {
  public:
   // Hashes with different salts have nothing to do with each other.
-  explicit KeyedHash(std::uint64_t salt) noexcept
-      : v0_(key().low ^ 0x736f6d6570736575u),
-        v1_(key().high ^ 0x646f72616e646f6du ^ salt),
-        v2_(key().low ^ 0x6c7967656e657261u),
-        v3_(key().high ^ 0x7465646279746573u) {}
+  explicit KeyedHash(std::uint64_t salt) noexcept : KeyedHash(key(), salt) {}
 
   void add(std::uint64_t word) noexcept {
     v3_ ^= word;
     round();
     v0_ ^= word;
+  }
+  // Two characters a word, each as `map` has it, and the length: texts of different lengths never make the same words.
+  template <class Map>
+  void add_text(std::wstring_view text, Map map) noexcept {
+    const auto code = [&map](wchar_t c) { return std::uint64_t{static_cast<std::uint32_t>(map(c))}; };
+    std::size_t i = 0;
+    for (; i + 1 < text.size(); i += 2) add(code(text[i]) << 32 | code(text[i + 1]));
+    const std::uint64_t rest = i < text.size() ? code(text[i]) : 0;
+    add(rest << 32 | static_cast<std::uint32_t>(text.size()));
   }
   std::size_t finish() noexcept {
     v2_ ^= 0xff;
@@ -40,6 +45,12 @@ class KeyedHash {
     std::uint64_t high;
   };
   static const Key& key() noexcept;  // random, drawn once a process
+
+  KeyedHash(const Key& key, std::uint64_t salt) noexcept
+      : v0_(key.low ^ 0x736f6d6570736575u),
+        v1_(key.high ^ 0x646f72616e646f6du ^ salt),
+        v2_(key.low ^ 0x6c7967656e657261u),
+        v3_(key.high ^ 0x7465646279746573u) {}
 
   void round() noexcept {
     v0_ += v1_;
@@ -61,7 +72,7 @@ class KeyedHash {
 struct FoldedHash {
   std::size_t operator()(std::wstring_view name) const noexcept {
     KeyedHash hash(0);
-    for (const wchar_t c : name) hash.add(static_cast<std::uint64_t>(fold(c)));
+    hash.add_text(name, fold);
     return hash.finish();
   }
 };

@@ -27,6 +27,27 @@ TEST(KeyedHash, SpreadsNumbersInARow) {
   EXPECT_LT(3800u, low_bits.size());
 }
 
+TEST(KeyedHash, TellsTextsApartByEveryCharacterAndTheirNumber) {
+  const auto of = [](std::wstring_view text) {
+    base::KeyedHash hash(0);
+    hash.add_text(text, [](wchar_t c) { return c; });
+    return hash.finish();
+  };
+  const std::wstring_view zeros(L"\0\0\0", 3);
+  const std::set<std::size_t> hashes = {of(L""),
+                                        of(zeros.substr(0, 1)),
+                                        of(zeros.substr(0, 2)),
+                                        of(zeros),
+                                        of(L"a"),
+                                        of(L"ab"),
+                                        of(L"ba"),
+                                        of(L"abc"),
+                                        of(L"abd"),
+                                        of(L"acb")};
+  EXPECT_EQ(10u, hashes.size());
+  EXPECT_EQ(of(L"abc"), of(std::wstring(L"abc")));
+}
+
 TEST(KeyedHash, OfANameIsTheSameInAnyLetterCase) {
   const base::FoldedHash hash;
   EXPECT_EQ(hash(L"stra\u00DFe \u00C4"), hash(L"STRA\u00DFE \u00E4"));

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::wstring_view kSource = L"Scripting.Dictionary";
 
-HRESULT load(const VARIANT& value, DictionaryKey& key) {
+HRESULT load(const VARIANT& value, WantedKey& key) {
   const HRESULT hr = key.load(value);
   if (hr != DISP_E_TYPEMISMATCH) return hr;
   return raise(E_INVALIDARG, kSource, L"This value cannot be a key of a dictionary.");
@@ -94,26 +94,33 @@ HRESULT Dictionary::admit(const VARIANT& value) {
   return S_OK;
 }
 
-Dictionary::Entry* Dictionary::find(DictionaryKey& key) {
+Dictionary::Entry* Dictionary::find(WantedKey& key) {
   key.prepare(ignores_case_);
   return table_.find(key);
 }
 
+// The caller still holds what key and value refer to, so a failure here releases nothing for the last time.
+HRESULT Dictionary::add(const WantedKey& key, CComVariant value) {
+  DictionaryKey kept;
+  RETURN_IF_FAILED(kept.copy(key));
+  table_.add({std::move(kept), std::move(value)});
+  return S_OK;
+}
+
 STDMETHODIMP Dictionary::get_Item(VARIANT key, VARIANT* value) {
   return guarded(kSource, value, [&]() -> HRESULT {
-    DictionaryKey wanted;
+    WantedKey wanted;
     RETURN_IF_FAILED(load(key, wanted));
     RETURN_IF_FAILED(admit(wanted.value()));
     const std::lock_guard guard(lock_);
     if (const Entry* entry = find(wanted)) return VariantCopy(value, &entry->value);
-    table_.add({std::move(wanted), {}});
-    return S_OK;
+    return add(wanted, {});
   });
 }
 
 HRESULT Dictionary::store(const VARIANT& key, const VARIANT& value, bool may_replace) {
   return guarded(kSource, [&]() -> HRESULT {
-    DictionaryKey wanted;
+    WantedKey wanted;
     CComVariant owned;  // after the exchange the old value, released behind the lock
     RETURN_IF_FAILED(load(key, wanted));
     RETURN_IF_FAILED(own(value, owned));
@@ -128,7 +135,7 @@ HRESULT Dictionary::store(const VARIANT& key, const VARIANT& value, bool may_rep
       is_refused = entry && !may_replace;
       // A number takes the place of another value all the same.
       has_room = !is_full || (entry && !korlib_host::owns_memory(owned));
-      if (!entry && has_room) table_.add({std::move(wanted), std::move(owned)});
+      if (!entry && has_room) RETURN_IF_FAILED(add(wanted, std::move(owned)));
       if (entry && may_replace && has_room) std::swap(entry->value, owned);
     }
     if (is_refused) return existing(key);
@@ -144,7 +151,7 @@ STDMETHODIMP Dictionary::Add(VARIANT key, VARIANT value) { return store(key, val
 
 STDMETHODIMP Dictionary::Exists(VARIANT key, VARIANT_BOOL* exists) {
   return guarded(kSource, exists, [&]() -> HRESULT {
-    DictionaryKey wanted;
+    WantedKey wanted;
     RETURN_IF_FAILED(load(key, wanted));
     const std::lock_guard guard(lock_);
     return give(find(wanted) != nullptr, exists);
@@ -185,8 +192,8 @@ STDMETHODIMP Dictionary::Items(VARIANT* items) { return to_array(Part::value, it
 
 STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) {
   return guarded(kSource, [&]() -> HRESULT {
-    DictionaryKey wanted;
-    DictionaryKey fresh;
+    WantedKey wanted;
+    WantedKey fresh;
     RETURN_IF_FAILED(load(key, wanted));
     RETURN_IF_FAILED(load(new_key, fresh));
     RETURN_IF_FAILED(admit(fresh.value()));
@@ -199,7 +206,11 @@ STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) {
       const Entry* const other = find(fresh);
       was_found = entry != nullptr;
       is_taken = other && other != entry;
-      if (was_found && !is_taken) old = table_.rename(*entry, std::move(fresh));
+      if (was_found && !is_taken) {
+        DictionaryKey kept;
+        RETURN_IF_FAILED(kept.copy(fresh));
+        old = table_.rename(*entry, std::move(kept));
+      }
     }
     if (!was_found) return missing(key);
     return is_taken ? existing(new_key) : S_OK;
@@ -208,7 +219,7 @@ STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) {
 
 STDMETHODIMP Dictionary::Remove(VARIANT key) {
   return guarded(kSource, [&]() -> HRESULT {
-    DictionaryKey wanted;
+    WantedKey wanted;
     RETURN_IF_FAILED(load(key, wanted));
     std::optional<Entry> gone;
     {

@@ -67,12 +67,14 @@ class Dictionary final : public DispatchObject<Dictionary, IHostDictionary>, pub
     CComVariant value;
   };
   struct KeyHash {
-    std::size_t operator()(const DictionaryKey& key) const { return key.hash(); }
+    std::size_t operator()(const KeyForm& key) const { return key.hash(); }
   };
   using Table = base::OrderedTable<&Entry::key, KeyHash, std::equal_to<>>;
 
   // Null when the key is missing. With the lock held.
-  Entry* find(DictionaryKey& key);
+  Entry* find(WantedKey& key);
+  // Behind the others, under a key that none of them has. With the lock held.
+  HRESULT add(const WantedKey& key, CComVariant value);
   HRESULT store(const VARIANT& key, const VARIANT& value, bool may_replace);
   // Whether a key or value may come in.
   HRESULT admit(const VARIANT& value);

@@ -7,36 +7,68 @@
 
 namespace korlib {
 
-// A value that can be a key, and the form in which it is compared: numbers by value whatever their type, objects by
-// identity, text by its characters.
-class DictionaryKey {
+// The form in which keys are compared: numbers by value whatever their type, objects by identity, text by its
+// characters. Text is referred to where it lies.
+class KeyForm {
  public:
-  // Copies the value, references followed, and looks at it. Asks an object for its identity, so no lock may be held.
-  // DISP_E_TYPEMISMATCH for arrays, error values and what else cannot be a key.
-  HRESULT load(const VARIANT& value);
   // Chooses how text is compared, and with it the hash; to be called before the key is looked up or stored.
   void prepare(bool ignore_case);
 
-  const CComVariant& value() const { return value_; }
   std::size_t hash() const { return hash_; }
   // Both prepared for the same comparison.
-  bool operator==(const DictionaryKey& other) const;
+  bool operator==(const KeyForm& other) const;
+
+ protected:
+  KeyForm() = default;
+  KeyForm(const KeyForm&) = default;
+  KeyForm& operator=(const KeyForm&) = default;
+  ~KeyForm() = default;
+
+  // Asks an object for its identity, so no lock may be held. DISP_E_TYPEMISMATCH for arrays, error values and what else
+  // cannot be a key.
+  HRESULT look(const VARIANT& value);
+  void set_text(std::wstring_view text) { text_ = text; }
 
  private:
   enum class Kind : BYTE { empty, null, text, integer, real, object };
 
-  HRESULT look();
   HRESULT take(Kind kind, std::uint64_t bits);
   HRESULT take_real(double number);
-  HRESULT take_integer();
-  HRESULT take_object();
+  HRESULT take_integer(const VARIANT& value);
+  HRESULT take_object(IUnknown* object);
 
-  CComVariant value_;
-  std::wstring_view text_;  // of value_
+  std::wstring_view text_;
   std::uint64_t bits_ = 0;
   std::size_t hash_ = 0;
   Kind kind_ = Kind::empty;
   bool ignores_case_ = false;
+};
+
+// A key to be looked up. It refers to the caller's value: most keys are only read, and are then not copied.
+class WantedKey : public KeyForm {
+ public:
+  WantedKey() = default;
+  WantedKey(const WantedKey&) = delete;
+  WantedKey& operator=(const WantedKey&) = delete;
+
+  // `value` outlives this, references followed. Fails as look() does.
+  HRESULT load(const VARIANT& value);
+  const VARIANT& value() const { return *value_; }
+
+ private:
+  CComVariant held_;  // what a reference led to
+  const VARIANT* value_ = &held_;
+};
+
+// A key that a dictionary keeps.
+class DictionaryKey : public KeyForm {
+ public:
+  // A copy of the value, prepared as the wanted key is.
+  HRESULT copy(const WantedKey& wanted);
+  const VARIANT& value() const { return value_; }
+
+ private:
+  CComVariant value_;
 };
 
 }  // namespace korlib
