@@ -96,7 +96,9 @@ HRESULT ResponseObject::change_head(std::wstring_view member, Change change) {
 // A page whose client has gone ends with what it writes next.
 HRESULT ResponseObject::go_on() { return page_->response.is_lost() ? page_->host->end_page() : S_OK; }
 
+// The head of a page that still fills its buffer has not been sent, so it cannot have lost its client.
 HRESULT ResponseObject::Write(VARIANT value) {
+  if (value.vt == VT_BSTR && page_->response.put(korlib::view_of(value.bstrVal))) return S_OK;
   return guarded(kSource, [&]() -> HRESULT {
     if (value.vt == VT_BSTR) {
       page_->response.write(korlib::view_of(value.bstrVal));

@@ -31,12 +31,6 @@ void ByteBuffer::append(std::string_view bytes) {
 }
 
 void ByteBuffer::append_utf8(std::wstring_view text) {
-  // Templates write their literal text one character at a time.
-  if (text.size() == 1 && text[0] >= 0 && text[0] < 0x80) {
-    *make_room(1) = static_cast<char>(text[0]);
-    bytes_.set_size(bytes_.size() + 1);
-    return;
-  }
   // A character takes four bytes at most, so one pass is enough.
   const std::size_t room = text.size() * 4;
   char* const at = make_room(room);

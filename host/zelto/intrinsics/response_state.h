@@ -26,6 +26,14 @@ class ByteBuffer {
   void append_utf8(std::wstring_view text);
   // The ASCII that the text begins with; how long that is.
   std::size_t append_ascii(std::u16string_view text);
+  // One byte where there is room already; false, and nothing appended, where there is none.
+  bool put(char byte) {
+    const std::size_t at = bytes_.size();  // a char may alias any member: not read again behind the byte
+    if (at >= bytes_.capacity()) return false;
+    bytes_.data()[at] = byte;
+    bytes_.set_size(at + 1);
+    return true;
+  }
 
  private:
   char* make_room(std::size_t bytes);
@@ -61,6 +69,14 @@ class ResponseState : public ResponseFields {
 
   void write(std::wstring_view text);  // in the code page
   void write(std::u16string_view text);
+  // A single character of ASCII into a buffer that has room, as templates write their literal text; false, and nothing
+  // written, for any other text and in every other state.
+  bool put(std::wstring_view text) {
+    constexpr std::uint32_t kAsciiEnd = 0x80;
+    const bool is_ascii = text.size() == 1 && static_cast<std::uint32_t>(text[0]) < kAsciiEnd;
+    const bool is_kept = sink_ && buffered && !head_sent_ && code_page == kUtf8CodePage;
+    return is_ascii && is_kept && buffer_.size() < kBufferLimit && buffer_.put(static_cast<char>(text[0]));
+  }
   void write_bytes(std::string_view bytes);
   void flush();  // sends the head, once, and what is buffered
   void clear() { buffer_.clear(); }

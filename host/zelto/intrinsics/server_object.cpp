@@ -54,8 +54,12 @@ HRESULT ServerObject::with_text(VARIANT value, BSTR* out) {
 }
 
 HRESULT ServerObject::HTMLEncode(BSTR text, BSTR* encoded) {
-  return guarded(kSource, encoded,
-                 [&] { return give_text(html_encode(korlib::view_of(text), page_->response.code_page), encoded); });
+  return guarded(kSource, encoded, [&] {
+    const std::wstring_view plain = korlib::view_of(text);
+    const LONG code_page = page_->response.code_page;
+    return is_plain_html(plain, code_page) ? give_text(plain, encoded)
+                                           : give_text(html_encode(plain, code_page), encoded);
+  });
 }
 
 HRESULT ServerObject::URLEncode(BSTR text, BSTR* encoded) {

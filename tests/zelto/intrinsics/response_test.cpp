@@ -206,6 +206,26 @@ TEST_F(Response, KnowsWhetherTheClientIsThere) {
   EXPECT_FALSE(is_true(get(response(), L"IsClientConnected")));
 }
 
+// A template's literal text comes like this: some of it has a way of its own, and all must come out alike.
+TEST_F(Response, TakesTextACharacterAtATime) {
+  const std::wstring_view text = L"<p>a\u00E9\u3042\x7F\x80</p>";
+  const auto write_each = [&] {
+    for (const wchar_t c : text) EXPECT_EQ(S_OK, call(response(), L"Write", std::wstring(1, c)).hr);
+  };
+  const std::string bytes = "<p>a\xC3\xA9\xE3\x81\x82\x7F\xC2\x80</p>";
+  write_each();
+  EXPECT_EQ(0, sink.starts);
+  call(response(), L"Flush");
+  EXPECT_EQ(bytes, sink.body);
+  write_each();
+  EXPECT_EQ(bytes, sink.body);
+  page().response.buffered = false;
+  write_each();
+  EXPECT_EQ(bytes + bytes + bytes, sink.body);
+  page().response.finish();
+  EXPECT_EQ(bytes + bytes + bytes, sink.body);
+}
+
 TEST_F(Response, EndsAPageWhoseClientHasGoneWithWhatItWritesNext) {
   EXPECT_EQ(S_OK, call(response(), L"Write", L"begins").hr);
   sink.has_failed = true;
