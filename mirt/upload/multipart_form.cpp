@@ -1,13 +1,24 @@
 #include "upload/multipart_form.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <string>
+#include <utility>
 
 #include "frame/error.h"
 #include "upload/upload_classes.h"
 
+GMultipartForm::Name::Name(CComBSTR text) : text_(std::move(text)) {
+  constexpr std::size_t kPrime = 0x100000001b3;
+  const std::wstring_view whole = text_.view();
+  length_ = std::min(whole.find(L'\0'), whole.size());
+  number_ = length_;
+  for (const wchar_t c : view()) number_ = (number_ ^ static_cast<std::uint32_t>(c)) * kPrime;
+}
+
 HRESULT GMultipartForm::add(CComBSTR name, CComVariant value) {
   return mirt::guarded([&] {
-    const auto [field, is_new] = fields_.try_emplace(std::move(name));
+    const auto [field, is_new] = fields_.try_emplace(Name(std::move(name)));
     try {
       field->second.push_back(std::move(value));
     } catch (...) {
@@ -25,7 +36,7 @@ STDMETHODIMP GMultipartForm::get_Item(VARIANT key, VARIANT* value) {
     CComBSTR wanted;
     wanted.attach(name.bstrVal);
     name.vt = VT_EMPTY;
-    const auto field = fields_.find(wanted);
+    const auto field = fields_.find(Name(std::move(wanted)));
     if (field == fields_.end() || field->second.empty()) return S_OK;
     CComPtr<ZeltoTypeLibrary::IStringList> spList;
     RETURN_IF_FAILED(g_oCF_MultipartFormStringList.CreateInstance(

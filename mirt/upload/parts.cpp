@@ -18,7 +18,9 @@ constexpr UINT kUtf8 = 65001;
 using Convert = decltype(codepage_utf32);
 
 bool is_ascii(std::string_view bytes) {
-  return std::ranges::all_of(bytes, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  unsigned int all = 0;
+  for (const char c : bytes) all |= static_cast<unsigned char>(c);
+  return all < 0x80;
 }
 
 std::size_t convert(UINT code_page, std::string_view bytes, wchar_t* out, std::size_t capacity) {
@@ -33,7 +35,9 @@ std::size_t convert(UINT code_page, std::string_view bytes, wchar_t* out, std::s
 // is any but UTF-8 on a host that converts no other, unless the bytes are ASCII and mean the same in all.
 HRESULT bytes_to_text(std::string_view bytes, UINT code_page, CComBSTR* text) {
   bytes = bytes.substr(0, bytes.find('\0'));
-  const std::size_t length = convert(code_page, bytes, nullptr, 0);
+  // ASCII, as most of it is, has a character a byte.
+  const std::size_t length =
+      code_page == kUtf8 && is_ascii(bytes) ? bytes.size() : convert(code_page, bytes, nullptr, 0);
   if (length == kUnknownCodePage) return E_FAIL;
   if (length >= kMaxBstrBytes / sizeof(wchar_t)) return E_OUTOFMEMORY;
   text->attach(SysAllocStringLen(nullptr, static_cast<UINT>(length)));
@@ -45,8 +49,9 @@ HRESULT bytes_to_text(std::string_view bytes, UINT code_page, CComBSTR* text) {
 // What the headers of a part say about it, in bytes.
 class PartHeaders {
  public:
-  // S_FALSE when they are complete.
+  // Of the next part, in place of those before. S_FALSE when they are complete.
   HRESULT read(CMultipartParser& parser) {
+    clear();
     HRESULT hr = S_OK;
     while ((hr = parser.GetHeader(header_)) == S_OK) take_line();
     return hr;
@@ -57,6 +62,17 @@ class PartHeaders {
   const std::string& content_type() const { return content_type_; }
 
  private:
+  // What the texts have taken of memory stays for the next part.
+  void clear() {
+    header_.name.clear();
+    header_.value.clear();
+    header_.params.clear();
+    field_name_.clear();
+    file_name_.clear();
+    content_type_.clear();
+    is_field_name_new_ = is_file_name_new_ = false;
+  }
+
   // Parameters count from every line of the part, but only when the next disposition line comes. A value
   // is copied at most once each time it was sent, or many short lines would copy a long one over and over.
   void take_line() {
@@ -123,8 +139,8 @@ HRESULT add_parts(const char* body, std::size_t length, const char* delimiter, U
     std::size_t delimiter_at = 0;
     bool is_last = false;
     RETURN_IF_FAILED(parser.MoveNextBoundary(delimiter_at, is_last));
+    PartHeaders headers;
     while (!is_last) {
-      PartHeaders headers;
       const HRESULT headers_end = headers.read(parser);
       if (headers_end != S_FALSE) return headers_end;
       const std::size_t start = parser.position();

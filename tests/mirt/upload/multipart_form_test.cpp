@@ -32,6 +32,11 @@ TEST_F(MultipartForm, FindsNamesExactly) {
   EXPECT_EQ(VT_EMPTY, nothing.vt);
 }
 
+TEST_F(MultipartForm, FindsANameUpToItsFirstNul) {
+  ASSERT_EQ(S_OK, upload(text_part("n", "value") + kEnd));
+  EXPECT_EQ(L"value", text(std::wstring(L"n\0more", 6)));
+}
+
 TEST_F(MultipartForm, RefusesAKeyWithoutText) {
   ASSERT_EQ(S_OK, upload(kEnd));
   const CComVariant key = null_value();
