@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+#include "compat/sha1_rounds.h"
+
 namespace kor_compat {
 
 namespace {
@@ -113,12 +115,27 @@ void sha1_block(State<5>& state, const unsigned char* block) {
   for (std::size_t i = 0; i < 5; ++i) state[i] += s[i];
 }
 
+template <std::size_t Words>
+using Compress = void (*)(State<Words>& state, const unsigned char* data, std::size_t blocks);
+
+template <std::size_t Words, void (*block)(State<Words>&, const unsigned char*)>
+void each_block(State<Words>& state, const unsigned char* data, std::size_t blocks) {
+  for (; blocks > 0; --blocks, data += kBlock) block(state, data);
+}
+
+Compress<5> sha1_compress() {
+#ifdef MIRT_X86
+  if (has_sha()) return sha1_rounds;
+#endif
+  return each_block<5, sha1_block>;
+}
+
 // Whole blocks where they lie, then the rest with its padding: a one bit, zeros, the length in bits.
 template <std::endian Order, std::size_t Words>
-std::array<unsigned char, Words * 4> digest(State<Words> state, void (*compress)(State<Words>&, const unsigned char*),
-                                            const unsigned char* data, std::size_t n) {
+std::array<unsigned char, Words * 4> digest(State<Words> state, Compress<Words> compress, const unsigned char* data,
+                                            std::size_t n) {
   const std::size_t whole = n / kBlock * kBlock;
-  for (std::size_t at = 0; at < whole; at += kBlock) compress(state, data + at);
+  compress(state, data, whole / kBlock);
 
   std::vector<unsigned char> tail;
   tail.reserve(2 * kBlock);
@@ -127,11 +144,16 @@ std::array<unsigned char, Words * 4> digest(State<Words> state, void (*compress)
   while (tail.size() % kBlock != kBlock - kLengthField) tail.push_back(0);
   const std::uint64_t bits = std::uint64_t{n} * 8;
   Order == std::endian::little ? append_le64(tail, bits) : append_be64(tail, bits);
-  for (std::size_t at = 0; at < tail.size(); at += kBlock) compress(state, tail.data() + at);
+  compress(state, tail.data(), tail.size() / kBlock);
 
   std::array<unsigned char, Words * 4> bytes;
   for (std::size_t i = 0; i < Words; ++i) store32<Order>(bytes.data() + 4 * i, state[i]);
   return bytes;
+}
+
+std::array<unsigned char, 20> sha1_with(Compress<5> compress, const unsigned char* data, std::size_t n) {
+  const State<5> start = {0x67452301u, 0xefcdab89u, 0x98badcfeu, 0x10325476u, 0xc3d2e1f0u};
+  return digest<std::endian::big, 5>(start, compress, data, n);
 }
 
 }  // namespace
@@ -147,12 +169,16 @@ void append_be64(std::vector<unsigned char>& bytes, std::uint64_t value) {
 
 std::array<unsigned char, 16> md5_digest(const unsigned char* data, std::size_t n) {
   const State<4> start = {0x67452301u, 0xefcdab89u, 0x98badcfeu, 0x10325476u};
-  return digest<std::endian::little>(start, md5_block, data, n);
+  return digest<std::endian::little, 4>(start, each_block<4, md5_block>, data, n);
 }
 
 std::array<unsigned char, 20> sha1_digest(const unsigned char* data, std::size_t n) {
-  const State<5> start = {0x67452301u, 0xefcdab89u, 0x98badcfeu, 0x10325476u, 0xc3d2e1f0u};
-  return digest<std::endian::big>(start, sha1_block, data, n);
+  static const Compress<5> compress = sha1_compress();
+  return sha1_with(compress, data, n);
+}
+
+std::array<unsigned char, 20> sha1_digest_plainly(const unsigned char* data, std::size_t n) {
+  return sha1_with(each_block<5, sha1_block>, data, n);
 }
 
 }  // namespace kor_compat

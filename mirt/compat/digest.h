@@ -10,6 +10,8 @@ namespace kor_compat {
 
 std::array<unsigned char, 16> md5_digest(const unsigned char* data, std::size_t n);
 std::array<unsigned char, 20> sha1_digest(const unsigned char* data, std::size_t n);
+// The same without the instructions that some processors have for it.
+std::array<unsigned char, 20> sha1_digest_plainly(const unsigned char* data, std::size_t n);
 
 constexpr unsigned int rotl32(unsigned int x, unsigned int n) { return x << (n & 31) | x >> (-n & 31); }
 

@@ -1,6 +1,8 @@
 #include <cstring>
 #include <cwchar>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "mirt/compat/fallbacks.h"
@@ -191,4 +193,65 @@ TEST_F(CryptFallbacks, Base64DropsBlanksAndEndsAtANul) {
 }
 
 }  // namespace
+// Long enough for the steps of many characters that decoding takes, with what ends such a step at every place.
+class LongBase64 : public CryptFallbacks {
+ protected:
+  using Bytes = std::vector<BYTE>;
+
+  LongBase64() : bytes_(kBytes) {
+    for (std::size_t i = 0; i < kBytes; ++i) bytes_[i] = static_cast<BYTE>(i * 167 + 13);
+    DWORD size = kCharacters + 1;
+    EXPECT_TRUE(FALLBACK(CryptBinaryToStringW)(bytes_.data(), kBytes, CRYPT_STRING_BASE64, text_.data(), &size));
+    text_.pop_back();
+  }
+  // The bytes, or none for text that is not base64. Nothing is written behind them.
+  std::optional<Bytes> decoded(const std::wstring& text, DWORD room) {
+    Bytes out(room + 1, 0xEE);
+    DWORD size = room;
+    if (!decode(text.c_str(), static_cast<DWORD>(text.size()), out.data(), &size)) return std::nullopt;
+    EXPECT_EQ(Bytes(out.size() - size, 0xEE), Bytes(out.begin() + size, out.end()));
+    out.resize(size);
+    return out;
+  }
+
+  static constexpr DWORD kBytes = 96;
+  static constexpr DWORD kCharacters = 128;
+  Bytes bytes_;
+  std::wstring text_ = std::wstring(kCharacters + 1, L' ');
+};
+
+TEST_F(LongBase64, DropsABlankWhereverItStands) {
+  for (const DWORD room : {kBytes, kBytes + 40}) {  // the room that is just enough, and more than the text can need
+    EXPECT_EQ(bytes_, decoded(text_, room));
+    for (std::size_t at = 0; at <= kCharacters; ++at) {
+      EXPECT_EQ(bytes_, decoded(std::wstring(text_).insert(at, 1, L'\n'), room)) << at;
+    }
+  }
+}
+
+TEST_F(LongBase64, EndsAtANulWhereverItStands) {
+  for (std::size_t at = 0; at < kCharacters; ++at) {
+    std::wstring ended = text_;
+    ended[at] = L'\0';
+    std::optional<Bytes> whole_groups;
+    if (at > 0 && at % 4 == 0) whole_groups = Bytes(bytes_.begin(), bytes_.begin() + static_cast<long>(at / 4 * 3));
+    EXPECT_EQ(whole_groups, decoded(ended, kBytes)) << at;
+  }
+}
+
+TEST_F(LongBase64, RefusesEveryCharacterThatIsNotOfTheAlphabet) {
+  std::vector<wchar_t> others = {L'A' + 0x100, L'A' + 0x10000, L'a' + 0x8000, L'\x7FFFFFFF', static_cast<wchar_t>(-1)};
+  const std::wstring_view known = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/= \t\r\n";
+  for (wchar_t c = 1; c < 0x200; ++c) {
+    if (known.find(c) == known.npos) others.push_back(c);
+  }
+  for (const wchar_t other : others) {
+    for (const std::size_t at : {0u, 31u, 32u, 77u, 127u}) {
+      std::wstring wrong = text_;
+      wrong[at] = other;
+      EXPECT_EQ(std::nullopt, decoded(wrong, kBytes)) << std::hex << static_cast<long>(other) << " at " << at;
+    }
+  }
+}
+
 }  // namespace test

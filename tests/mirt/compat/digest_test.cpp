@@ -66,5 +66,16 @@ TEST(Digest, PadsWhateverTheLength) {
   EXPECT_EQ("da39a3ee5e6b4b0d3255bfef95601890afd80709", hexadecimal(kor_compat::sha1_digest(nullptr, 0)));
 }
 
+// Where a processor has instructions for SHA-1, they are what is compared here.
+TEST(Digest, IsTheSameWithAndWithoutTheProcessorsHelp) {
+  Bytes bytes;
+  for (unsigned int i = 0; i < 300; ++i) {
+    EXPECT_EQ(hexadecimal(kor_compat::sha1_digest_plainly(bytes.data(), bytes.size())),
+              hexadecimal(kor_compat::sha1_digest(bytes.data(), bytes.size())))
+        << i;
+    bytes.push_back(static_cast<unsigned char>(i * 131 + 7));
+  }
+}
+
 }  // namespace
 }  // namespace test
