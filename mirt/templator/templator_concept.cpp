@@ -45,15 +45,16 @@ HRESULT CTemplatorConcept::Process(wchar_t* source) {
     if (!m_pOutput) return E_FAIL;
     // One string for every literal character: a sink takes a copy of what it is given.
     const CComBSTR one(std::wstring_view(L" "));
-    if (!one.get() || !is_complete()) return E_OUTOFMEMORY;
+    const BSTR letter = one.get();
+    if (!letter || !is_complete()) return E_OUTOFMEMORY;
     const Delimiters d = delimiters();
     const std::wstring_view text = korlib::view_of(source);
     std::optional<IdleMarks::Lease> lease;  // of one mark, which is filled again and again
     std::size_t pos = 0;
     while (pos < text.size()) {
       for (const std::size_t literal_end = d.next_start(text, pos); pos < literal_end; ++pos) {
-        one.get()[0] = text[pos];
-        RETURN_IF_FAILED(write_output(one.get()));
+        *letter = text[pos];
+        RETURN_IF_FAILED(write_output(letter));
       }
       if (pos == text.size()) break;
       if (stands_at(text, pos, d.escape)) {
@@ -68,8 +69,8 @@ HRESULT CTemplatorConcept::Process(wchar_t* source) {
       } else if (stands_at(text, pos, d.mark_close)) {
         return invalid_mark_order();
       } else {
-        one.get()[0] = text[pos++];
-        RETURN_IF_FAILED(write_output(one.get()));
+        *letter = text[pos++];
+        RETURN_IF_FAILED(write_output(letter));
       }
     }
     return S_OK;
