@@ -69,6 +69,10 @@ function strings() {
 
 constexpr char kRow[] = R"html(<tr><td>(#*id#)</td><td>(#*name#)</td><td><a href="(#*link#)">edit</a></td></tr>)html";
 
+// After the page, the same file as often as this, so that what drawing it once takes can be told.
+constexpr char kFilesScript[] =
+    "function On_EndDraw(page) { for (var i = 0; i < 100; i++) page.DrawTemplate('short'); }";
+
 constexpr File kFiles[] = {
     {"nothing.asp", "<% %>"},
     {"script.asp", "<% %SCRIPT% %>"},
@@ -76,6 +80,8 @@ constexpr File kFiles[] = {
     {"template.asp", "<% %SCRIPT% controller('plain'); %>"},
     {"list.asp", "<% %SCRIPT% controller('list'); %>"},
     {"called.asp", "<% %SCRIPT% controller('called'); %>"},
+    {"files.asp", "<% %SCRIPT% %FILES% controller('plain'); %>"},
+    {"short.html", "<p>An entry that nobody has changed since.</p>\n"},
     {"strings.asp", "<% %SCRIPT% strings(); %>"},
     {"list.html", "<!DOCTYPE html><title>Entries</title><table>\n(#%Rows|%ROW%\n#)</table>\n"},
     {"called.html", "<!DOCTYPE html><title>Entries</title><table>\n(#%CalledRows|<tr>(#%Cells#)</tr>\n#)</table>\n"},
@@ -101,7 +107,8 @@ class ListSite {
     options_.log = [](std::string_view) {};
     zelto::set_up_runtime();
     for (const File& file : kFiles)
-      folder_.write(file.name, filled(filled(file.text, "%SCRIPT%", kScript), "%ROW%", kRow));
+      folder_.write(file.name,
+                    filled(filled(filled(file.text, "%SCRIPT%", kScript), "%FILES%", kFilesScript), "%ROW%", kRow));
     site_.emplace(options_);
     base::run_on_thread(zelto::kPageStack, [this] {
       zelto::script::Engine engine;
@@ -149,6 +156,7 @@ BENCHMARK_CAPTURE(run_page, 1_realm, "nothing", false)->Apply(in_all_threads);
 BENCHMARK_CAPTURE(run_page, 2_and_script, "script", false)->Apply(in_all_threads);
 BENCHMARK_CAPTURE(run_page, 3_and_controller, "controller", false)->Apply(in_all_threads);
 BENCHMARK_CAPTURE(run_page, 4_and_template_file, "template", true)->Apply(in_all_threads);
+BENCHMARK_CAPTURE(run_page, 4_and_a_file_100_times, "files", false)->Apply(in_all_threads);
 BENCHMARK_CAPTURE(run_page, 5_and_rows_of_marks, "list", true)->Apply(in_all_threads);
 BENCHMARK_CAPTURE(run_page, 5_and_rows_by_function, "called", true)->Apply(in_all_threads);
 BENCHMARK_CAPTURE(run_page, strings_instead, "strings", true)->Apply(in_all_threads);

@@ -29,6 +29,7 @@ MIRT_WEAK int _wcsnicmp(const wchar_t* a, const wchar_t* b, std::size_t count) {
   if (!a || !b) return a == b ? 0 : (a ? 1 : -1);
   for (std::size_t i = 0; i < count; ++i) {
     if (!a[i] || !b[i]) return a[i] == b[i] ? 0 : (a[i] > b[i] ? 1 : -1);
+    if (a[i] == b[i]) continue;
     const std::wint_t left = lower(a[i]);
     const std::wint_t right = lower(b[i]);
     if (left == right || (is_slash(a[i]) && is_slash(b[i]))) continue;

@@ -83,8 +83,9 @@ STDMETHODIMP Stream::ReadText(LONG count, BSTR* text) {
       if (count == adReadLine) return give(read_line(), text);
       if (count >= 0) return give(read_characters(count), text);
       const std::string_view bytes = store_.rest();
-      const std::wstring all = codec().read(bytes, decoded_to_ == store_.position());
-      RETURN_IF_FAILED(give(all, text));
+      CComBSTR all = codec().read(bytes, decoded_to_ == store_.position());
+      if (!all.get()) return E_OUTOFMEMORY;
+      *text = all.detach();
       store_.advance(bytes.size());
       return S_OK;
     });

@@ -31,14 +31,14 @@ bool write_encoded(ByteStore& store, std::size_t most, Encode encode) {
 
 // All characters that the codec's next() finds.
 template <class Codec>
-std::wstring read_each(Codec& codec, std::string_view bytes, bool continues, std::size_t about) {
+CComBSTR read_each(Codec& codec, std::string_view bytes, bool continues, std::size_t about) {
   std::wstring text;
   text.reserve(about);
   for (; !bytes.empty(); continues = true) {
     const char32_t c = codec.next(bytes, continues);
     if (c != kNothing) text.push_back(static_cast<wchar_t>(c));
   }
-  return text;
+  return CComBSTR(std::wstring_view(text));
 }
 
 class Utf8Codec final : public TextCodec {
@@ -53,7 +53,14 @@ class Utf8Codec final : public TextCodec {
     bytes.remove_prefix(first.length);
     return first.value;
   }
-  std::wstring read(std::string_view bytes, bool) override { return to_wide(bytes); }
+  CComBSTR read(std::string_view bytes, bool) override {
+    CComBSTR text;
+    const std::size_t length = utf8_utf32(bytes.data(), bytes.size(), nullptr, 0);
+    if (length >= kMaxBstrBytes / sizeof(wchar_t)) return text;
+    text.attach(SysAllocStringLen(nullptr, static_cast<UINT>(length)));
+    if (text.get()) utf8_utf32(bytes.data(), bytes.size(), text.get(), length);
+    return text;
+  }
 };
 
 class Utf16Codec final : public TextCodec {
@@ -80,7 +87,7 @@ class Utf16Codec final : public TextCodec {
     bytes.remove_prefix(decode(bytes, c));
     return c;
   }
-  std::wstring read(std::string_view bytes, bool continues) override {
+  CComBSTR read(std::string_view bytes, bool continues) override {
     return read_each(*this, bytes, continues, bytes.size() / 2 + 1);
   }
 
@@ -144,7 +151,7 @@ class ConverterCodec final : public TextCodec {
     if (status == U_INDEX_OUTOFBOUNDS_ERROR) return kNothing;
     return U_FAILURE(status) ? kReplacement : static_cast<char32_t>(c);
   }
-  std::wstring read(std::string_view bytes, bool continues) override { return read_each(*this, bytes, continues, 0); }
+  CComBSTR read(std::string_view bytes, bool continues) override { return read_each(*this, bytes, continues, 0); }
 
  private:
   base::Converter converter_;

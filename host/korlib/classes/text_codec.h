@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include <korlib/combstr.h>
+
 namespace korlib {
 
 class ByteStore;
@@ -24,8 +26,8 @@ class TextCodec {
   // Decodes one character, or gives kNothing, and moves `bytes` behind it; `bytes` is not empty. `continues` is true
   // when they follow directly on those decoded last.
   virtual char32_t next(std::string_view& bytes, bool continues) = 0;
-  // Decodes all bytes.
-  virtual std::wstring read(std::string_view bytes, bool continues) = 0;
+  // Decodes all bytes. Null where there is no memory for so long a text.
+  virtual CComBSTR read(std::string_view bytes, bool continues) = 0;
 };
 
 // The charset of that name, in any letter case; null when there is none.

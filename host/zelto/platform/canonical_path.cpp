@@ -1,11 +1,18 @@
 #include "platform/canonical_path.h"
 
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <climits>
-#include <deque>
 #include <filesystem>
 #include <system_error>
 
-#include "text/path_segments.h"
+#include "base/file_descriptor.h"
 
 namespace zelto {
 
@@ -13,49 +20,66 @@ namespace {
 
 constexpr int kMostLinks = 40;
 
-// Puts the segments of `path` in front of those that are still to be walked.
-void push_segments(std::deque<std::string>& ahead, std::string_view path) {
-  const auto segments = path_segments(path);
-  ahead.insert(ahead.begin(), segments.begin(), segments.end());
+// Whether all of the path exists and no part of it is a symbolic link: asked of the system in one call, where it has
+// that, instead of one for each part.
+bool is_free_of_links(const std::string& path) {
+  open_how how{};
+  how.flags = O_PATH | O_CLOEXEC;
+  how.resolve = RESOLVE_NO_SYMLINKS;
+  const base::FileDescriptor found(static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)));
+  return static_cast<bool>(found);
 }
 
 // Whether reading a symbolic link failed because none is there: a file of another kind, or nothing at all.
-bool is_no_link(const std::error_code& error) {
-  return error == std::errc::invalid_argument || error == std::errc::no_such_file_or_directory ||
-         error == std::errc::not_a_directory;
+bool is_no_link(int error) { return error == EINVAL || error == ENOENT || error == ENOTDIR; }
+
+// The target of a link; empty where the path is none. Nothing when that cannot be told.
+std::optional<std::string_view> read_link(const std::string& path, std::array<char, PATH_MAX>& target) {
+  const ssize_t size = ::readlink(path.c_str(), target.data(), target.size());
+  if (size < 0) return is_no_link(errno) ? std::optional(std::string_view()) : std::nullopt;
+  if (static_cast<std::size_t>(size) == target.size()) return std::nullopt;  // cut off
+  return std::string_view(target.data(), static_cast<std::size_t>(size));
+}
+
+// The next name of the path from *at on, which goes behind it; empty at the end.
+std::string_view next_segment(std::string_view path, std::size_t* at) {
+  const std::size_t start = std::min(path.find_first_not_of('/', *at), path.size());
+  *at = std::min(path.find('/', start), path.size());
+  return path.substr(start, *at - start);
 }
 
 }  // namespace
 
 std::optional<std::string> canonical_path(std::string_view path) {
   if (path.empty() || path.size() >= PATH_MAX || path.find('\0') != std::string_view::npos) return std::nullopt;
-  std::deque<std::string> ahead;
-  push_segments(ahead, path);
-  std::error_code error;
+  std::string ahead;
   if (path.front() != '/') {
-    push_segments(ahead, std::filesystem::current_path(error).native());
+    std::error_code error;
+    ahead = std::filesystem::current_path(error).native() + "/";
     if (error) return std::nullopt;
   }
+  ahead += path;
+  const bool has_links = !is_free_of_links(ahead);
+  std::array<char, PATH_MAX> target;
   std::string walked;
   int links = 0;
-  while (!ahead.empty()) {
-    const std::string segment = std::move(ahead.front());
-    ahead.pop_front();
+  std::size_t at = 0;
+  for (std::string_view segment; !(segment = next_segment(ahead, &at)).empty();) {
     if (segment == ".") continue;
+    const std::size_t parent = walked.size();
     if (segment == "..") {
       walked.resize(walked.empty() ? 0 : walked.rfind('/'));
       continue;
     }
-    std::string next = walked;
-    next.append("/").append(segment);
-    const std::string target = std::filesystem::read_symlink(next, error);
-    if (is_no_link(error)) {
-      walked = std::move(next);
-      continue;
-    }
-    if (error || ++links > kMostLinks) return std::nullopt;
-    push_segments(ahead, target);
-    if (target.starts_with('/')) walked.clear();
+    walked.append("/").append(segment);
+    if (!has_links) continue;
+    const auto link = read_link(walked, target);
+    if (!link) return std::nullopt;
+    if (link->empty()) continue;
+    if (++links > kMostLinks) return std::nullopt;
+    walked.resize(link->starts_with('/') ? 0 : parent);
+    ahead = std::string(*link).append(ahead, at);  // behind the name there is a slash or nothing
+    at = 0;
   }
   return walked.empty() ? "/" : walked;
 }
