@@ -97,6 +97,7 @@ void SysFreeString(BSTR text) {
   korlib::strings::give_block(header, header->usable);
 }
 
-UINT SysStringLen(BSTR text) { return SysStringByteLen(text) / static_cast<UINT>(sizeof(wchar_t)); }
+// Not by way of the next one, which would be found by name: asked for every string that is written.
+UINT SysStringLen(BSTR text) { return text ? header_of(text)->bytes / static_cast<UINT>(sizeof(wchar_t)) : 0; }
 
 UINT SysStringByteLen(BSTR text) { return text ? header_of(text)->bytes : 0; }
