@@ -8,12 +8,19 @@
 namespace zelto::language {
 namespace {
 
-// Names that make code of text, or have something happen after the page.
-constexpr auto kUnsafe = std::to_array<std::wstring_view>(
-    {L"Atomics", L"FinalizationRegistry", L"Function", L"SharedArrayBuffer", L"WeakRef", L"eval", L"import"});
-
-constexpr auto kHiding = std::to_array<std::wstring_view>(
-    {L"Symbol", L"__defineGetter__", L"__defineSetter__", L"defineProperties", L"defineProperty"});
+// Names that make code of text, have something happen after the page, or lead to who called it.
+constexpr auto kUnsafe =
+    std::to_array<std::wstring_view>({L"Atomics", L"FinalizationRegistry", L"Function", L"SharedArrayBuffer",
+                                      L"WeakRef", L"caller", L"eval", L"import"});
+// Names that look behind properties: where the global object is handed around, it is seen what is behind them.
+constexpr auto kRevealing = std::to_array<std::wstring_view>(
+    {L"__defineGetter__", L"__defineSetter__", L"__lookupGetter__", L"__lookupSetter__", L"defineProperties",
+     L"defineProperty", L"getOwnPropertyDescriptor", L"getOwnPropertyDescriptors"});
+// Names by which a page may change what is not looked at behind each page.
+constexpr auto kHiding =
+    std::to_array<std::wstring_view>({L"Reflect", L"Symbol", L"__proto__", L"constructor", L"getOwnPropertySymbols"});
+// Names of values that a variable of theirs would hide.
+constexpr auto kConstants = std::to_array<std::wstring_view>({L"Infinity", L"NaN", L"undefined"});
 
 bool is_among(const auto& words, std::wstring_view text) { return std::ranges::find(words, text) != words.end(); }
 
@@ -23,13 +30,25 @@ class ScopeReader {
 
   PageScope read() {
     PageScope scope;
-    scope.can_be_function = true;
+    bool is_unsafe_page = false;
+    bool reveals = false;
+    bool hands_global_around = false;
+    bool makes_code = false;
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
-      if (is_unsafe(i)) scope.can_be_function = false;
-      if (is_among(kHiding, tokens_[i].kind == Token::literal ? inside_of(word(i)) : word(i)))
-        scope.may_hide_names = true;
+      const std::wstring_view named =
+          tokens_[i].kind == Token::literal && !is_constant(i) ? inside_of(word(i)) : word(i);
+      is_unsafe_page |= is_unsafe(i, named);
+      reveals |= is_among(kRevealing, named);
+      hands_global_around |= is_whole_global(i);
+      makes_code |= named == L"constructor" && !is_constructor_member(i);
+      scope.may_hide |= is_among(kHiding, named) || (named == L"Object" && word(i + 1) != L".");
       if (declares_lexically(i)) add_candidates(i, &scope.lexical_candidates);
     }
+    scope.may_hide |= reveals || hands_global_around;
+    // Code that is made of text sees what the global object has, which lexical names are not among.
+    makes_code |= hands_global_around;
+    scope.can_be_function =
+        !is_unsafe_page && !(reveals && hands_global_around) && !(makes_code && !scope.lexical_candidates.empty());
     read_directive(&scope);
     return scope;
   }
@@ -39,21 +58,31 @@ class ScopeReader {
     return i < tokens_.size() ? text_.substr(tokens_[i].begin, tokens_[i].end - tokens_[i].begin) : std::wstring_view();
   }
 
-  bool is_unsafe(std::size_t i) const {
-    const std::wstring_view found = word(i);
-    if (tokens_[i].kind == Token::literal) return is_unsafe_text(found);
-    if (tokens_[i].kind != Token::name && tokens_[i].kind != Token::keyword) return false;
-    if (found.find(L'\\') != std::wstring_view::npos) return true;  // any name may be written so
-    if (found == L"Function") return !is_harmless_function(i);
+  bool is_unsafe(std::size_t i, std::wstring_view named) const {
+    if (is_among(kUnsafe, named)) {
+      return named != L"Function" || tokens_[i].kind == Token::literal || !is_harmless_function(i);
+    }
     // (function () {}).constructor("…")
-    if (found == L"constructor") return word(i - 1) == L"." && (word(i + 1) == L"(" || word(i + 1) == L".");
-    return is_among(kUnsafe, found);
+    if (named == L"constructor" && tokens_[i].kind == Token::literal) return true;
+    if (named == L"constructor" && !is_constructor_member(i)) return word(i + 1) == L"(" || word(i + 1) == L".";
+    if (is_constant(i)) {
+      return word(i - 1) == L"var" || word(i + 1) == L"=" || (word(i - 1) == L"," && word(i + 1) == L",");
+    }
+    if (tokens_[i].kind != Token::name && tokens_[i].kind != Token::keyword) return false;
+    // Any name may be written with a backslash.
+    return named.find(L'\\') != std::wstring_view::npos || named.starts_with(L"$zelto");
+  }
+  bool is_constant(std::size_t i) const { return is_among(kConstants, word(i)); }
+
+  // The global object, but for the name of one of its properties.
+  bool is_whole_global(std::size_t i) const {
+    const std::wstring_view found = word(i);
+    return (found == L"this" || found == L"globalThis") && word(i - 1) != L"." && word(i + 1) != L".";
   }
 
-  // globalThis["eval"]
-  static bool is_unsafe_text(std::wstring_view literal) {
-    const std::wstring_view inside = inside_of(literal);
-    return inside == L"constructor" || is_among(kUnsafe, inside);
+  // constructor() { … } of a class.
+  bool is_constructor_member(std::size_t i) const {
+    return tokens_[i].kind == Token::name && word(i - 1) != L"." && word(i - 1) != L"?." && word(i + 1) == L"(";
   }
 
   // Of a string; empty for any other literal.

@@ -14,7 +14,7 @@ namespace zelto::language {
 struct PageScope {
   bool can_be_function = false;
   bool is_strict = false;
-  bool may_hide_names = false;  // of the global object, from those that its names are asked of
+  bool may_hide = false;  // what it does to the language's objects, from one who looks at what pages mostly do
   // Among these are the names of let, const and class at top level, in the order of the text.
   std::vector<std::u16string> lexical_candidates;
 };

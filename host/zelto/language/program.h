@@ -38,8 +38,6 @@ struct Program {
   std::vector<CComBSTR> literals;   // page text that the script writes by number
   // Some top-level `let`, `const` or `class` makes a name that is not a property of the global object.
   bool declares_lexical_names = false;
-  // The first line of `text` is empty, for whoever makes it a function.
-  bool has_spare_line = false;
   PageScope scope;
 };
 

@@ -28,9 +28,6 @@ class Compiler {
   explicit Compiler(const std::string& root) : root_(root) {}
 
   CompiledPage compile(const std::string& physical) {
-    program_.has_spare_line = true;
-    program_.lines.push_back({0, 1, 0, true});
-    text_ = L"\n";
     add_file({physical, physical}, Piece::include, 0);
     language::Rewritten rewritten = language::rewrite(text_);
     for (const std::size_t comment : rewritten.markup_comments) refuse_include(comment);

@@ -42,6 +42,7 @@ JSValueRef member_function(Realm& realm, JSObjectRef object, AutomationObject& h
       realm.engine().classes().member,
       std::make_unique<AutomationMember>(realm, CallTarget{held.dispatch(), id, to_wide(JsString::view_of(name))}));
   JSObjectSetPrivateProperty(realm.context(), object, name, member);
+  held.add_member(member);
   return member;
 }
 
@@ -202,6 +203,14 @@ void AutomationObject::bind(Realm& realm, CComPtr<IUnknown> identity, CComPtr<ID
   if (class_ == *reinterpret_cast<const void* const*>(dispatch_.get())) return;
   class_names_ = nullptr;
   own_names_.reset();
+}
+
+void AutomationObject::add_member(JSObjectRef member) {
+  if (kept_) members_.emplace_back(member);
+}
+
+bool AutomationObject::are_members_kept() const {
+  return std::ranges::all_of(members_, [](const Structure& member) { return member.is_kept(); });
 }
 
 void AutomationObject::release() {

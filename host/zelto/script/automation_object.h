@@ -23,9 +23,11 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 #include <korlib/dispatch.h>
 
+#include "script/built_ins.h"
 #include "script/host_object.h"
 #include "script/member_names.h"
 
@@ -40,6 +42,9 @@ class AutomationObject final : public HostObject {
   // The wrapper lives as long as its world, and stands for one object after the other.
   void set_kept(JSObjectRef wrapper) noexcept { kept_ = wrapper; }
   void bind(Realm& realm, CComPtr<IUnknown> identity, CComPtr<IDispatch> dispatch);
+  // Of a wrapper that is kept: the functions that stand for its members are, too, and are watched as it is.
+  void add_member(JSObjectRef member);
+  bool are_members_kept() const;
   JSObjectRef script_object() const { return kept_ ? kept_ : weak_ ? JSWeakGetObject(weak_) : nullptr; }
   const CComPtr<IDispatch>& dispatch() const noexcept { return dispatch_; }
   IUnknown* identity() const noexcept { return identity_.get(); }
@@ -59,6 +64,7 @@ class AutomationObject final : public HostObject {
   CComPtr<IDispatch> dispatch_;
   JSWeakRef weak_ = nullptr;
   JSObjectRef kept_ = nullptr;
+  std::vector<Structure> members_;
   const void* class_ = nullptr;  // what class_names_ are of
   MemberNames* class_names_ = nullptr;
   std::unique_ptr<MemberNames> own_names_;

@@ -1,6 +1,5 @@
 #include "script/built_ins.h"
 
-#include <cstring>
 #include <new>
 #include <string>
 
@@ -11,15 +10,19 @@ namespace {
 
 // Writes straight-line code: it runs in each new world, cold, and a loop with a look at each descriptor would take
 // milliseconds there. It goes through all that can be reached from the global object, and from what only the syntax
-// makes. Values of objects other than functions, and of functions those that may be assigned to, are compared.
+// makes. Values that may be assigned to are compared behind every page; the others, names of functions mostly, behind
+// one that has the words to change them.
 constexpr std::u16string_view kWalk =
     uR"js((function () {
 "use strict";
 const hidden = ["function* () {}", "async function () {}", "async function* () {}", "() => 0"];
 const made = ["[][Symbol.iterator]()", "new Map()[Symbol.iterator]()", "new Set()[Symbol.iterator]()",
   "''[Symbol.iterator]()", "/a/[Symbol.matchAll]('a')", "(function* () {})()", "(async function* () {})()",
-  "Int8Array", "(function () { return arguments; })()"];
-const roots = hidden.map(text => `(${text})`).concat(made);
+  "Int8Array", "(function () { return arguments; })()", "[].values().map(x => x)",
+  "Iterator.from({ next() { return { done: true }; } })", "new Intl.Segmenter('en').segment('a')",
+  "new Intl.Segmenter('en').segment('a')[Symbol.iterator]()"];
+const exists = text => { try { (0, eval)(text); return true; } catch { return false; } };
+const roots = hidden.map(text => `(${text})`).concat(made.filter(exists));
 const objects = [], places = [], of = new Map();
 const add = (object, place) => {
   if ((typeof object !== "object" && typeof object !== "function") || object === null || of.has(object)) return;
@@ -38,7 +41,7 @@ for (const root of roots) {
     add(o, place);
   }
 }
-const values = [];
+const values = [], fixed = [];
 for (let i = 0; i < objects.length; i++) {
   const object = objects[i];
   const is_function = typeof object === "function";
@@ -55,24 +58,25 @@ for (let i = 0; i < objects.length; i++) {
     add(d.value, `o[${i}][${k}]`);
     // What the last match of any page was is forgotten, not compared.
     const is_match = object === RegExp && typeof d.value !== "function";
-    const is_fixed = !d.writable && (is_function || !d.configurable);
-    if (!is_match && !is_fixed && d.value === d.value) values.push([i, k]);
+    if (is_match || d.value !== d.value || (!d.writable && !d.configurable)) continue;
+    (d.writable ? values : fixed).push([i, k]);
   }
 }
 let source = "(function () {\"use strict\";const proto = Object.getPrototypeOf," +
   " desc = Object.getOwnPropertyDescriptor, o = [];\n";
 places.forEach((place, i) => { source += `o[${i}] = ${place};\n`; });
-source += "const v = [" + values.map(([i, k]) => `o[${i}][${k}]`).join(",\n") + "];\nconst checks = [";
-let at = 0;
-while (at < values.length) {
-  const i = values[at][0];
-  source += `() => { const x = o[${i}]; return true`;
-  for (; at < values.length && values[at][0] === i; at++) source += ` && x[${values[at][1]}] === v[${at}]`;
-  source += "; },\n";
-}
-source += "];\nconst count = checks.length;\n" +
-  "return [o, () => { for (let i = 0; i < count; i++) if (!checks[i]()) return false; return true; }];\n})()";
-return source;
+const check = places => {
+  let text = "(() => {\nconst v = [" + places.map(([i, k]) => `o[${i}][${k}]`).join(",\n") + "];\nconst checks = [";
+  for (let at = 0; at < places.length;) {
+    const i = places[at][0];
+    text += `() => { const x = o[${i}]; return true`;
+    for (; at < places.length && places[at][0] === i; at++) text += ` && x[${places[at][1]}] === v[${at}]`;
+    text += "; },\n";
+  }
+  return text + "];\nconst count = checks.length;\n" +
+    "return () => { for (let i = 0; i < count; i++) if (!checks[i]()) return false; return true; };\n})()";
+};
+return source + `return [o, ${check(values)}, ${check(fixed)}];\n})()`;
 })())js";
 
 // Whether these are noticed, one after the other, in an object that the language has.
@@ -89,12 +93,6 @@ JSValueRef evaluate(JSContextRef context, std::u16string_view source) {
   return JSEvaluateScript(context, JsString(source).get(), nullptr, nullptr, 1, nullptr);
 }
 
-std::uint32_t read_word(const std::uint32_t* word) {
-  std::uint32_t value = 0;
-  std::memcpy(&value, word, sizeof value);
-  return value;
-}
-
 }  // namespace
 
 std::u16string BuiltIns::source(JSContextRef context) {
@@ -107,16 +105,14 @@ std::u16string BuiltIns::source(JSContextRef context) {
 bool BuiltIns::can_tell(JSContextRef context) {
   JSValueRef object = evaluate(context, u"Object.getOwnPropertyDescriptors(Map.prototype), Map.prototype");
   if (!object || !JSValueIsObject(context, object)) return false;
-  const std::uint32_t* const structure = structure_of(object);
   evaluate(context, u"for (let i = 0; i < 100; i++) new Map([[i, i]]).get(i)");
-  std::uint32_t known = read_word(structure);
-  evaluate(context, u"new Map().has(1); Map.prototype.size");
-  if (read_word(structure) != known) return false;
+  const Structure before(object);
+  evaluate(context, u"new Map().has(1)");
+  if (!before.is_kept()) return false;
   for (const std::u16string_view change : kChanges) {
+    const Structure known(object);
     evaluate(context, change);
-    const std::uint32_t now = read_word(structure);
-    if (now == known) return false;
-    known = now;
+    if (known.is_kept()) return false;
   }
   return true;
 }
@@ -127,24 +123,26 @@ BuiltIns::BuiltIns(JSScriptRef found, JSContextRef context) : context_(context) 
   JSObjectRef pair = object_of(answer);
   objects_ = object_of(JSObjectGetPropertyAtIndex(context, pair, 0, nullptr));
   values_check_ = object_of(JSObjectGetPropertyAtIndex(context, pair, 1, nullptr));
+  fixed_check_ = object_of(JSObjectGetPropertyAtIndex(context, pair, 2, nullptr));
   const auto count = static_cast<unsigned>(JSValueToNumber(context, property(context, objects_, "length"), nullptr));
-  cells_.reserve(count);
+  structures_.reserve(count);
   for (unsigned i = 1; i < count; ++i) {
-    const std::uint32_t* const structure = structure_of(JSObjectGetPropertyAtIndex(context, objects_, i, nullptr));
-    cells_.push_back({structure, read_word(structure)});
+    structures_.emplace_back(JSObjectGetPropertyAtIndex(context, objects_, i, nullptr));
   }
   JSValueProtect(context_, objects_);
   JSValueProtect(context_, values_check_);
+  JSValueProtect(context_, fixed_check_);
 }
 
 BuiltIns::~BuiltIns() {
   JSValueUnprotect(context_, objects_);
   JSValueUnprotect(context_, values_check_);
+  JSValueUnprotect(context_, fixed_check_);
 }
 
 bool BuiltIns::are_structures_kept() const {
   bool kept = true;  // no early exit: nearly always all are looked at
-  for (const Cell& cell : cells_) kept &= read_word(cell.structure) == cell.known;
+  for (const Structure& structure : structures_) kept &= structure.is_kept();
   return kept;
 }
 

@@ -9,8 +9,17 @@
 
 namespace zelto::script {
 
-// An object's first word, which names its structure.
-inline const std::uint32_t* structure_of(JSValueRef object) { return reinterpret_cast<const std::uint32_t*>(object); }
+// What an object's structure was. The engine names it in the object's first word: see BuiltIns.
+class Structure {
+ public:
+  Structure() = default;
+  explicit Structure(JSValueRef object) : word_(reinterpret_cast<const std::uint32_t*>(object)), known_(*word_) {}
+  bool is_kept() const noexcept { return !word_ || *word_ == known_; }
+
+ private:
+  const std::uint32_t* word_ = nullptr;
+  std::uint32_t known_ = 0;
+};
 
 // Objects are compared in two ways. Names that come or go, getters, attributes and prototypes show in an object's
 // structure, which the engine names in the first word of the object: a word that is read here, because asking for all
@@ -34,20 +43,17 @@ class BuiltIns {
 
   // Of every object but the global one, whose structure does not tell.
   bool are_structures_kept() const;
-  // A function without arguments that tells whether every value is what it was.
+  // Functions without arguments that tell whether every value is what it was: of those that may be assigned to, and of
+  // those that may only be defined anew.
   JSObjectRef values_check() const noexcept { return values_check_; }
+  JSObjectRef fixed_check() const noexcept { return fixed_check_; }
 
  private:
-  // The first word of an object.
-  struct Cell {
-    const std::uint32_t* structure;
-    std::uint32_t known;
-  };
-
   JSContextRef context_;
   JSObjectRef objects_;  // an array; it and the function are protected
   JSObjectRef values_check_;
-  std::vector<Cell> cells_;
+  JSObjectRef fixed_check_;
+  std::vector<Structure> structures_;
 };
 
 }  // namespace zelto::script

@@ -159,7 +159,9 @@ void ErrorReports::locate(JSValueRef error, language::SourcePlace* out) const {
       const auto program = programs_.find(std::string(frame.substr(at + 1, line_colon - at - 1)));
       if (program == programs_.end()) continue;
       const int line = to_int(frame.substr(line_colon + 1, column_colon - line_colon - 1));
-      *out = language::source_place(*program->second, line, to_int(frame.substr(column_colon + 1)));
+      int column = to_int(frame.substr(column_colon + 1));
+      if (line == 1 && program->second.get() == in_function_) column = std::max(column - opening_length_, 1);
+      *out = language::source_place(*program->second, line, column);
       return;
     }
   }

@@ -22,6 +22,11 @@ class ErrorReports {
 
   // A program whose places in the engine's stacks are known from here on.
   void remember(const std::shared_ptr<const language::Program>& program) { programs_[program->url] = program; }
+  // The program runs as a function, which has so many units in its first line in front of it.
+  void set_opening(const language::Program* program, int length) noexcept {
+    in_function_ = program;
+    opening_length_ = length;
+  }
   // Before each run: what the last one threw and rejected is over.
   void begin_run();
 
@@ -47,6 +52,8 @@ class ErrorReports {
   JSContextRef context_;
   const MissingMember& missing_;
   std::unordered_map<std::string, std::shared_ptr<const language::Program>> programs_;  // by what stacks call them
+  const language::Program* in_function_ = nullptr;
+  int opening_length_ = 0;
   std::optional<language::SourcePlace> thrown_at_;  // the place of the last throw that was of no Error
   std::optional<ScriptError> rejection_;
 };

@@ -10,23 +10,26 @@
 namespace zelto::script {
 namespace {
 
-// A function of (the names of var and function, the host's names, whether values are kept, whether the page may make
-// names that are not shown). It answers: what the page hands its names to, read, write, and restore. What it uses it
-// has taken before any page could change it; reading a property of an object without a prototype is nobody else's to
-// change either.
+// A function of (the names of var and function, the host's names, whether values are kept, of those that may be
+// assigned to and of the others, whether the page may hide what it does). It answers: what the page hands its names
+// to, read, write, and restore. What it uses it has taken before any page could change it; reading a property of an
+// object without a prototype is nobody else's to change either.
 constexpr std::u16string_view kSupport =
-    uR"js((function (declared, hosts, values_are_kept, may_hide) {
+    uR"js((function (declared, hosts, values_are_kept, fixed_are_kept, may_hide) {
 "use strict";
 const { apply, defineProperty, deleteProperty, getOwnPropertyDescriptor, isExtensible, ownKeys } = Reflect;
-const visible_keys = Object.keys;
+const { freeze, keys: visible_keys } = Object;
 const { exec } = RegExp.prototype, blank = /(?:)/, Matches = RegExp, world = globalThis;
 let names;
 for (let i = 0; i < declared.length; i++) {
-  defineProperty(world, declared[i], {
-    get: () => names === undefined ? undefined : names(i),
-    set: value => { if (names !== undefined) names(i, value, true); },
-    enumerable: true,
-  });
+  const name = declared[i];
+  // An object that inherits from the global one gets a property of its own.
+  const own = { set(value) {
+    if (this !== world) defineProperty(this, name, { value, writable: true, enumerable: true, configurable: true });
+    else if (names !== undefined) names(i, value, true);
+  } };
+  const get = freeze(() => names === undefined ? undefined : names(i));
+  defineProperty(world, name, { get, set: freeze(own.set), enumerable: true });
 }
 const known = { __proto__: null };
 const first_keys = ownKeys(world);
@@ -36,8 +39,23 @@ const count = first_keys.length;
 // Names that are not shown, which few pages make, are looked for where the page has the words for it, and now and then.
 const visible_count = visible_keys(world).length;
 let looks = 0, has_told = false, undeclared = "";
-const are_keys_kept = () => {
-  if (!may_hide && (++looks & 63) !== 0 && visible_keys(world).length === visible_count) return true;
+// Of the language's own names in the global object: its structure does not tell of changes.
+const descriptors = { __proto__: null };
+for (let i = 0; i < first_keys.length; i++) descriptors[first_keys[i]] = getOwnPropertyDescriptor(world, first_keys[i]);
+for (let i = 0; i < hosts.length; i++) descriptors[hosts[i]] = undefined;
+const are_globals_plain = () => {
+  for (let i = 0; i < first_keys.length; i++) {
+    const before = descriptors[first_keys[i]];
+    if (before === undefined) continue;
+    const now = getOwnPropertyDescriptor(world, first_keys[i]);
+    if (now === undefined || (now.value !== before.value && before.value === before.value) || now.get !== before.get ||
+        now.set !== before.set || now.writable !== before.writable || now.enumerable !== before.enumerable ||
+        now.configurable !== before.configurable) return false;
+  }
+  return true;
+};
+const are_keys_kept = whole => {
+  if (!whole && visible_keys(world).length === visible_count) return true;
   const keys = ownKeys(world);
   if (keys.length === count) return true;
   for (let i = 0; i < keys.length; i++) {
@@ -50,13 +68,16 @@ const are_keys_kept = () => {
 const host_values = hosts.map(name => world[name]);
 const is_host_kept = i => {
   const found = getOwnPropertyDescriptor(world, hosts[i]);
-  if (found === undefined || found.writable !== true || found.configurable !== true) return false;
+  if (found === undefined || found.writable !== true || found.configurable !== true || found.enumerable) return false;
   if (found.value !== host_values[i]) world[hosts[i]] = host_values[i];
   return true;
 };
 const restore = () => {
   names = undefined;
-  if (!are_keys_kept() || !isExtensible(world)) return false;
+  // All of it behind pages that have the words to hide something, and now and then.
+  const whole = may_hide || (++looks & 63) === 0;
+  if (!are_keys_kept(whole) || !isExtensible(world)) return false;
+  if (whole && (!are_globals_plain() || !fixed_are_kept())) return false;
   for (let i = 0; i < hosts.length; i++) if (!is_host_kept(i)) return false;
   apply(exec, blank, [""]);
   Matches.input = "";
@@ -66,11 +87,11 @@ const restore = () => {
   has_told = true;
   return undeclared;
 };
-return [given => { names = given; }, i => names(i), (i, value) => { names(i, value, true); }, restore];
+return [freeze(given => { names = given; }), i => names(i), (i, value) => { names(i, value, true); }, restore];
 }))js";
 
-// In front of the page's text, on its spare first line; "$zelto_i" is the number of a name.
-std::u16string source_of(const language::Program& program, const PageFunction::Names& names) {
+// What stands in front of the page's text, in its first line; "$zelto_i" is the number of a name.
+std::u16string opening_of(const language::Program& program, const PageFunction::Names& names) {
   std::u16string source = u"($zelto_page) => {";
   if (program.scope.is_strict) source += u" \"use strict\";";
   source += u" $zelto_page(($zelto_i, $zelto_v, $zelto_w) => { switch ($zelto_i) {";
@@ -79,7 +100,7 @@ std::u16string source_of(const language::Program& program, const PageFunction::N
     source += u" case " + std::u16string(digits.begin(), digits.end()) + u": return $zelto_w ? " + names[i] +
               u" = $zelto_v : " + names[i] + u";";
   }
-  return source + u" } });" + program.text + u"\n}";
+  return source + u" } });";
 }
 
 JSValueRef evaluate(JSContextRef context, std::u16string_view source, JSValueRef* exception) {
@@ -143,7 +164,7 @@ JSValueRef array_of(JSContextRef context, const PageFunction::Names& names) {
 std::unique_ptr<PageFunction> PageFunction::make(Engine& engine, JSGlobalContextRef context,
                                                  const language::Program& program, const Surroundings& around) {
   Declared declared;
-  if (!program.scope.can_be_function || !program.has_spare_line || !find_declared(engine, program, &declared)) {
+  if (!program.scope.can_be_function || !find_declared(engine, program, &declared)) {
     return nullptr;
   }
   JSObjectRef global = JSContextGetGlobalObject(context);
@@ -153,20 +174,24 @@ std::unique_ptr<PageFunction> PageFunction::make(Engine& engine, JSGlobalContext
   }
   Names names = declared.properties;
   names.insert(names.end(), declared.lexical.begin(), declared.lexical.end());
-  const ParsedScript parsed(engine.group(), source_of(program, names), program.url);
+  const std::u16string opening = opening_of(program, names);
+  const ParsedScript parsed(engine.group(), opening + program.text + u"\n}", program.url);
   if (!parsed.get()) return nullptr;
   JSValueRef page = JSScriptEvaluate(context, parsed.get(), nullptr, nullptr);
   JSValueRef make_support = evaluate(context, kSupport, nullptr);
   if (!page || !make_support) return nullptr;
   JSValueRef arguments[] = {array_of(context, declared.properties), array_of(context, around.hosts),
-                            around.values_check, JSValueMakeBoolean(context, program.scope.may_hide_names)};
-  JSValueRef support = JSObjectCallAsFunction(context, object_of(make_support), nullptr, 4, arguments, nullptr);
+                            around.values_check, around.fixed_check,
+                            JSValueMakeBoolean(context, program.scope.may_hide)};
+  JSValueRef support = JSObjectCallAsFunction(context, object_of(make_support), nullptr, 5, arguments, nullptr);
   if (!support) return nullptr;
-  return std::unique_ptr<PageFunction>(new PageFunction(context, names, object_of(page), object_of(support)));
+  return std::unique_ptr<PageFunction>(
+      new PageFunction(context, names, object_of(page), object_of(support), static_cast<int>(opening.size())));
 }
 
-PageFunction::PageFunction(JSGlobalContextRef context, const Names& names, JSObjectRef page, JSObjectRef support)
-    : context_(context), page_(page) {
+PageFunction::PageFunction(JSGlobalContextRef context, const Names& names, JSObjectRef page, JSObjectRef support,
+                           int opening_length)
+    : context_(context), opening_length_(opening_length), page_(page) {
   for (unsigned i = 0; i < names.size(); ++i) names_.emplace(names[i], i);
   unsigned at = 0;
   for (JSObjectRef* kept : {&hand_out_, &read_, &write_, &restore_}) {

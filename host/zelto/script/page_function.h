@@ -24,7 +24,8 @@ class PageFunction {
 
   struct Surroundings {
     const Names& hosts;        // names of the global object that the host sets for each page
-    JSObjectRef values_check;  // tells whether the language's values are as they were
+    JSObjectRef values_check;  // these tell whether the language's values are as they were: see BuiltIns
+    JSObjectRef fixed_check;
   };
   // Null when the program cannot be one.
   static std::unique_ptr<PageFunction> make(Engine& engine, JSGlobalContextRef context,
@@ -42,6 +43,9 @@ class PageFunction {
   // Forgets what the page declared, and removes what it made without declaring it.
   Left restore();
 
+  // How many units of UTF-16 the function has in its first line in front of the page's text.
+  int opening_length() const noexcept { return opening_length_; }
+
   // Of a name that the page declares; null for any other.
   const unsigned* find(std::u16string_view name) const;
   // What the name stands for while the page runs, or its functions do. Null, with an exception, where it has no value
@@ -54,9 +58,11 @@ class PageFunction {
     using is_transparent = void;
     std::size_t operator()(std::u16string_view name) const { return std::hash<std::u16string_view>()(name); }
   };
-  PageFunction(JSGlobalContextRef context, const Names& names, JSObjectRef page, JSObjectRef support);
+  PageFunction(JSGlobalContextRef context, const Names& names, JSObjectRef page, JSObjectRef support,
+               int opening_length);
 
   JSGlobalContextRef context_;
+  const int opening_length_;
   std::unordered_map<std::u16string, unsigned, Hash, std::equal_to<>> names_;
   JSObjectRef page_;  // these are protected
   JSObjectRef hand_out_;

@@ -9,7 +9,7 @@ namespace zelto::script {
 namespace {
 
 constexpr std::u16string_view kSource =
-    uR"js((function (native, prototype, state) {
+    uR"js((function (native, prototypes, state) {
 "use strict";
 const define = (target, name, value) =>
   Object.defineProperty(target, name, { value, writable: true, configurable: true });
@@ -19,6 +19,7 @@ const { getPrototypeOf, hasOwn } = Object;
 const { apply } = Reflect;
 const { stringify } = JSON;
 const root = Object.prototype;
+const prototype = prototypes[0];
 
 // The values of a collection, an array or anything else that can be stepped through, as an array.
 const items = collection =>
@@ -152,7 +153,7 @@ const make = (constructor, number, description, ...rest) => {
 // Page text is collected here, and handed over in one piece before anything else may write, or once it is long: a call
 // of the host for each piece takes longer than most pieces. state[0] tells the host that there is some, state[1] how
 // long it may get: nothing where all is to go out at once.
-let text = "", literals = [], response, server;
+let text = "", literals = { __proto__: null }, response, server;
 const put = piece => {
   text += piece;
   state[0] = 1;
@@ -169,13 +170,22 @@ const put_literal = number => {
   if (piece === undefined) piece = literals[number] = native.literal(number);
   if (piece !== undefined) put(piece);
 };
+// What the script would have called.
+const method_of = (object, receiver, name) => {
+  const callee = `${receiver}.${name}`;
+  if (object === null || object === undefined) throw new TypeError(`${object} is not an object (evaluating '${callee}')`);
+  const member = object[name];
+  if (typeof member === "function") return member;
+  throw new TypeError(`${callee} is not a function. (In '${callee}(…)', '${callee}' is ${typeof member === "object" &&
+    member !== null ? "an object" : String(member)})`);
+};
 // Response.Write(value)
-const write = function (object, value) {
-  if (object === response && arguments.length === 2 && (typeof value === "string" || typeof value === "number")) {
-    put_value(value);
-    return undefined;
+const write = (object, ...values) => {
+  if (object === response && values.length === 1) {
+    const value = values[0];
+    if (typeof value === "string" || typeof value === "number") return put_value(value);
   }
-  return apply(object.Write, object, Array.from(arguments).slice(1));
+  return apply(method_of(object, "Response", "Write"), object, values);
 };
 const char_code_at = String.prototype.charCodeAt, slice = String.prototype.slice;
 const is_untouched = value => typeof value === "string" && value.charCodeAt === char_code_at && value.slice === slice;
@@ -202,18 +212,18 @@ const url_of = code => {
   return code === 32 ? "+" : "%" + digits[code >> 4] + digits[code & 15];
 };
 // Server.HTMLEncode(value), Server.URLEncode(value)
-const encoder = (name, text_of) => function (object, value) {
-  if (object === server && arguments.length === 2 && is_untouched(value)) {
-    const made = encoded(value, text_of);
+const encoder = (name, text_of) => (object, ...values) => {
+  if (object === server && values.length === 1 && is_untouched(values[0])) {
+    const made = encoded(values[0], text_of);
     if (made !== undefined) return made;
   }
-  return apply(object[name], object, Array.from(arguments).slice(1));
+  return apply(method_of(object, "Server", name), object, values);
 };
 const begin = (new_response, new_server, is_other_program) => {
   response = new_response;
   server = new_server;
   text = "";
-  if (is_other_program) literals = [];
+  if (is_other_program) literals = { __proto__: null };
 };
 const take = () => {
   const taken = text;
@@ -235,7 +245,7 @@ define_fixed("$zelto_out", put_value);
 define_fixed("$zelto_write", write);
 define_fixed("$zelto_html_encode", encoder("HTMLEncode", html_of));
 define_fixed("$zelto_url_encode", encoder("URLEncode", url_of));
-define_fixed("$zelto_object", prototype);  // so that all that a page can reach is reached from the global object
+define_fixed("$zelto_objects", prototypes);  // so that all that a page can reach is reached from the global object
 define(prototype, Symbol.iterator, function () { return items(this)[Symbol.iterator](); });
 
 // A name of the object's own or of its class; a class's "constructor" is the language's.
@@ -258,14 +268,20 @@ std::u16string_view Prelude::source() { return kSource; }
 
 Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
   JSObjectRef builtins = JSObjectMake(context_, engine.classes().builtins, nullptr);
-  JSObjectRef sample = JSObjectMake(context_, engine.classes().object, nullptr);
+  const HostClasses& classes = engine.classes();
+  JSObjectRef prototypes = JSObjectMakeArray(context_, 0, nullptr, nullptr);
+  unsigned count = 0;
+  for (JSClassRef made : {classes.object, classes.member, classes.reference, classes.opaque}) {
+    JSValueRef prototype = JSObjectGetPrototype(context_, JSObjectMake(context_, made, nullptr));
+    JSObjectSetPropertyAtIndex(context_, prototypes, count++, prototype, nullptr);
+  }
   auto state = std::make_unique<std::int32_t[]>(2);
   state_ = state.get();
   const auto release = [](void* bytes, void*) { delete[] static_cast<std::int32_t*>(bytes); };
   JSObjectRef shared = JSObjectMakeTypedArrayWithBytesNoCopy(context_, kJSTypedArrayTypeInt32Array, state.release(),
                                                              2 * sizeof(std::int32_t), release, nullptr, nullptr);
   if (!shared) throw std::bad_alloc();
-  JSValueRef arguments[] = {builtins, JSObjectGetPrototype(context_, sample), shared};
+  JSValueRef arguments[] = {builtins, prototypes, shared};
   JSValueRef function = JSScriptEvaluate(context_, engine.prelude(), nullptr, nullptr);
   JSValueRef made =
       function ? JSObjectCallAsFunction(context_, object_of(function), nullptr, 3, arguments, nullptr) : nullptr;

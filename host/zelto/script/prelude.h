@@ -17,11 +17,11 @@ enum class ErrorKind { plain, range, type, reference };
 // Runs in a new realm, before anything of the page, and keeps the functions of its that the host calls.
 class Prelude {
  public:
-  // A function of (native, prototype, state): $zelto, the prototype of automation objects, and what it shares with the
-  // host about collected text. It answers, as an array: a function that makes errors, of (kind, message) with the
-  // numbers of ErrorKind, one that makes an array of anything that can be stepped through, one that tells whether an
-  // object has a name that is not every object's, of (object, name), the prototype that every object has, and what
-  // begin() and take_text() call.
+  // A function of (native, prototypes, state): $zelto, the prototypes of what stands for objects, that of automation
+  // objects first, and what it shares with the host about collected text. It answers, as an array: a function that
+  // makes errors, of (kind, message) with the numbers of ErrorKind, one that makes an array of anything that can be
+  // stepped through, one that tells whether an object has a name that is not every object's, of (object, name), the
+  // prototype that every object has, and what begin() and take_text() call.
   static std::u16string_view source();
 
   Prelude(Engine& engine, JSContextRef context);

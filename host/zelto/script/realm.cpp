@@ -46,6 +46,7 @@ Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
   reports_.begin_run();
   PageFunction* const page = program == page_ ? world_->page_of(*program) : nullptr;
   globals_.set_page(page);
+  reports_.set_opening(page ? program.get() : nullptr, page ? page->opening_length() : 0);
   world_->begin(*program, globals_.response(), globals_.server_object());
   calls_.limit_collecting();
   JSValueRef exception = nullptr;
@@ -75,7 +76,8 @@ Outcome Realm::call(std::wstring_view function) {
 
 Outcome Realm::outcome_of(JSValueRef exception) {
   engine_.release_buried();
-  if (!engine_.watchdog().is_unwinding()) {
+  // Of a page that ended itself nothing is left to write: what it called to do so came behind that.
+  if (engine_.watchdog().ending() != Outcome::stopped) {
     JSValueRef failure = nullptr;
     if (!calls_.hand_text_over(&failure) && !exception) exception = failure;
   }

@@ -70,8 +70,7 @@ void World::keep_hosts() {
     JSValueProtect(context(), host.wrapper);
     host.object = static_cast<AutomationObject*>(static_cast<HostObject*>(JSObjectGetPrivate(host.wrapper)));
     host.object->set_kept(host.wrapper);
-    host.structure = structure_of(host.wrapper);
-    host.known = *host.structure;
+    host.structure = Structure(host.wrapper);
   }
 }
 
@@ -86,7 +85,8 @@ PageFunction* World::page_of(const language::Program& program) {
   keep_hosts();
   PageFunction::Names names;
   for (const Host& host : hosts_) names.push_back(host.name);
-  page_ = PageFunction::make(engine_, context(), program, {names, built_ins_->values_check()});
+  page_ =
+      PageFunction::make(engine_, context(), program, {names, built_ins_->values_check(), built_ins_->fixed_check()});
   return page_.get();
 }
 
@@ -99,7 +99,7 @@ bool World::restore() {
   const Watchdog::Quiet quiet(engine_.watchdog());
   for (Host& host : hosts_) {
     host.is_set = false;
-    if (host.structure && *host.structure != host.known) return false;
+    if (!host.structure.is_kept() || (host.object && !host.object->are_members_kept())) return false;
   }
   if (!built_ins_->are_structures_kept()) return false;
   PageFunction::Left left = page_->restore();

@@ -1,7 +1,6 @@
 // A global object of the script engine with what every page finds there, to be used by one realm at a time.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -38,8 +37,7 @@ class World {
     std::u16string name;
     JSObjectRef wrapper = nullptr;  // null until the world is kept, and for what is no object; else protected
     AutomationObject* object = nullptr;
-    const std::uint32_t* structure = nullptr;  // see BuiltIns
-    std::uint32_t known = 0;
+    Structure structure{};
     bool is_set = false;  // for the page that is about to run, or runs
   };
   // The name is set for the page that is about to run; where the wrapper of an earlier page can stand for its object,

@@ -42,6 +42,30 @@ TEST(PageScope, KeepsCodeMadeOfTextOutOfFunctions) {
   }
 }
 
+TEST(PageScope, KeepsPagesOutOfFunctionsThatWouldSeeOne) {
+  for (const wchar_t* text :
+       {L"f.caller", L"f['caller']", L"var undefined", L"var a, NaN, b", L"undefined = 1", L"var $zelto_v",
+        L"Object.defineProperty(this, 'a', {})", L"var t = this; Object.getOwnPropertyDescriptor(t, 'a')",
+        L"globalThis['__defineGetter__']('a', f)", L"let a; this['e' + 'val']('a')", L"let a; f.constructor"}) {
+    EXPECT_FALSE(scope_of(text).can_be_function) << korlib::to_utf8(text);
+  }
+  for (const wchar_t* text : {L"a === undefined", L"f(a, undefined)", L"[NaN, 1]", L"this.a = 1", L"var t = this",
+                              L"Object.defineProperty(o, 'a', {})", L"x.constructor === Array"}) {
+    EXPECT_TRUE(scope_of(text).can_be_function) << korlib::to_utf8(text);
+  }
+}
+
+TEST(PageScope, KnowsWhichPagesMayHideSomething) {
+  for (const wchar_t* text : {L"Symbol('a')", L"Reflect.ownKeys(a)", L"var O = Object", L"Object['a']", L"var t = this",
+                              L"this['a']", L"a.constructor", L"a.__proto__", L"a['__proto__']",
+                              L"Object.defineProperty(a, 'b', {})", L"Object.getOwnPropertySymbols(a)"}) {
+    EXPECT_TRUE(scope_of(text).may_hide) << korlib::to_utf8(text);
+  }
+  for (const wchar_t* text : {L"", L"this.a = 1", L"Object.keys(a)", L"'Symbol of'"}) {
+    EXPECT_FALSE(scope_of(text).may_hide) << korlib::to_utf8(text);
+  }
+}
+
 TEST(PageScope, FindsWhatMayBeLexicalNames) {
   const auto names = [](std::wstring_view text) {
     std::u16string all;

@@ -17,14 +17,7 @@ class KeptWorld : public ScriptTest {
   static ProgramPtr page_of(const std::wstring& script, const std::string& url = "/site/page.asp") {
     auto program = std::make_shared<Program>();
     program->url = url;
-    program->has_spare_line = true;
-    program->lines.push_back({0, 1, 0, true});
-    program->files = {url};
-    int line = 0;
-    for (const wchar_t c : script + L"\n") {
-      if (c == L'\n') program->lines.push_back({0, ++line, 0, false});
-    }
-    zelto::language::set_text(*program, zelto::language::rewrite(L"\n" + script));
+    zelto::language::set_text(*program, zelto::language::rewrite(script));
     return program;
   }
 
@@ -91,35 +84,44 @@ TEST_F(KeptWorld, IsNoneWhereAPageMayReachBehindItsFunction) {
 }
 
 TEST_F(KeptWorld, IsGivenUpWhenThePageHasChangedIt) {
-  for (const wchar_t* script : {L"Array.prototype.last = function () {}",
-                                L"delete Array.prototype.push",
-                                L"String.prototype.trim = 1",
-                                L"Math.max = Math.min",
-                                L"Math.max.cache = 1",
-                                L"Object.freeze(Array.prototype)",
-                                L"Object.freeze(Math)",
-                                L"Object.defineProperty(Map.prototype, 'size', { get() { return 1 } })",
-                                L"Object.setPrototypeOf(Array.prototype, {})",
-                                L"Object.prototype.x = 1",
-                                L"parseInt = 1",
-                                L"Object.defineProperty(this, 'hidden', { value: 1 })",
-                                L"delete this.escape",
-                                L"Object.freeze(this)",
-                                L"Object.preventExtensions(this)",
-                                L"Error.stackTraceLimit = 1",
-                                L"console.log = 1",
-                                L"Object.getPrototypeOf(function* () {}).x = 1",
-                                L"Object.getPrototypeOf([][Symbol.iterator]()).next = 1",
-                                L"Object.getPrototypeOf(Response).x = 1",
-                                L"Object.defineProperty(this, 'Response', { get() {} })",
-                                L"Object.prototype.__proto__ = null; ({}).constructor.x = 1",
-                                L"$zelto_call.x = 1",
-                                L"Array.prototype[1] = 1",
-                                L"Array.prototype.length = 3",
-                                L"Array.prototype[Symbol.iterator] = 1",
-                                L"var a = {}; a['__proto__']['polluted'] = 1",
-                                L"({}).toString.cache = 1",
-                                L"Object.prototype.__defineGetter__('late', function () { return 1 })"}) {
+  for (const wchar_t* script :
+       {L"Array.prototype.last = function () {}",
+        L"delete Array.prototype.push",
+        L"String.prototype.trim = 1",
+        L"Math.max = Math.min",
+        L"Math.max.cache = 1",
+        L"Object.freeze(Array.prototype)",
+        L"Object.freeze(Math)",
+        L"Object.defineProperty(Map.prototype, 'size', { get() { return 1 } })",
+        L"Object.setPrototypeOf(Array.prototype, {})",
+        L"Object.prototype.x = 1",
+        L"parseInt = 1",
+        L"Object.defineProperty(this, 'hidden', { value: 1 })",
+        L"delete this.escape",
+        L"Object.freeze(this)",
+        L"Object.preventExtensions(this)",
+        L"Error.stackTraceLimit = 1",
+        L"console.log = 1",
+        L"Object.getPrototypeOf(function* () {}).x = 1",
+        L"Object.getPrototypeOf([][Symbol.iterator]()).next = 1",
+        L"Object.getPrototypeOf(Response).x = 1",
+        L"Object.defineProperty(this, 'Response', { get() {} })",
+        L"Object.prototype.__proto__ = null; ({}).constructor.x = 1",
+        L"$zelto_call.x = 1",
+        L"Array.prototype[1] = 1",
+        L"Array.prototype.length = 3",
+        L"Array.prototype[Symbol.iterator] = 1",
+        L"var a = {}; a['__proto__']['polluted'] = 1",
+        L"({}).toString.cache = 1",
+        L"Object.prototype.__defineGetter__('late', function () { return 1 })",
+        L"[o][0].Close.cache = 1",
+        L"Object.getPrototypeOf([o][0].Close).x = 1",
+        L"Object.getPrototypeOf([].values().map(function (x) { return x })).x = 1",
+        L"Object.getPrototypeOf(new Intl.Segmenter('en').segment('a')).x = 1",
+        L"Object.defineProperty(Math.max, 'name', { value: 'x' })",
+        L"var O = Object; O['define' + 'Property'](globalThis, 'escape', { get() { for (;;); } })",
+        L"var O = Object; O['define' + 'Property'](globalThis, 'escape', { enumerable: true })",
+        L"var O = Object; O['define' + 'Property'](globalThis, 'Response', { enumerable: true })"}) {
     EXPECT_FALSE(is_kept(script)) << narrow(script);
   }
 }
@@ -163,6 +165,25 @@ TEST_F(KeptWorld, ShowsWhatIsDeclaredInTheGlobalObject) {
   always("undefined", L"let a = 1; Response.Write(typeof this.a)");
   always("FalseFalse", L"var a = 1; Response.Write(delete this.a); Response.Write(delete globalThis.a)");
   always("True", L"var a; Response.Write('a' in this)");
+}
+
+TEST_F(KeptWorld, LeavesObjectsAloneThatInheritFromTheGlobalOne) {
+  always("15", L"var x = 1; var child = Object.create(this); child.x = 5; Response.Write(x + '' + child.x)");
+  always("19", L"var x = 1; function K() { this.x = 9 } K.prototype = this; Response.Write(x + '' + new K().x)");
+}
+
+TEST_F(KeptWorld, KeepsNoHiddenNames) {
+  always("undefined",
+         L"var s = Object.getOwnPropertySymbols(Array.prototype)[0]; Response.Write(typeof globalThis[s]);"
+         L"globalThis[s] = 'leak'");
+  always("undefined",
+         L"function me() { return me.caller } var c = me(); Response.Write(String(c && c.seen || undefined));"
+         L"if (c) c.seen = 1");
+}
+
+TEST_F(KeptWorld, HasTheConstantsOfTheLanguage) {
+  always("NaN", L"var NaN; Response.Write(String(NaN))");
+  always("undefined", L"var undefined = 4; Response.Write(typeof undefined)");
 }
 
 TEST_F(KeptWorld, KnowsNothingOfTheLastMatch) {
