@@ -76,8 +76,9 @@ Outcome Realm::call(std::wstring_view function) {
 
 Outcome Realm::outcome_of(JSValueRef exception) {
   engine_.release_buried();
-  // Of a page that ended itself nothing is left to write: what it called to do so came behind that.
-  if (engine_.watchdog().ending() != Outcome::stopped) {
+  // An engine that ends a page at its limit must not be called, for the last of its text either. A page that ended
+  // itself has none: what it called to do so came behind that.
+  if (!engine_.watchdog().is_unwinding()) {
     JSValueRef failure = nullptr;
     if (!calls_.hand_text_over(&failure) && !exception) exception = failure;
   }

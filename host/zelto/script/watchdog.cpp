@@ -119,6 +119,10 @@ bool Watchdog::on_time(JSContextRef ctx, void* watchdog) {
     self.arm(kLookAgain);
     return false;
   }
+  // By the exact clock: a look that came just before the end would have to be followed by another one at once.
+  const bool is_over =
+      self.time_limit_.count() > 0 && std::chrono::steady_clock::now() - self.start_ >= self.time_limit_;
+  if (is_over && !self.is_unwinding()) self.ending_ = Outcome::timed_out;
   if (self.must_unwind()) {
     self.is_terminating_ = false;
     return true;
