@@ -19,6 +19,8 @@ constexpr auto kRevealing = std::to_array<std::wstring_view>(
 // Names by which a page may change what is not looked at behind each page.
 constexpr auto kHiding =
     std::to_array<std::wstring_view>({L"Reflect", L"Symbol", L"__proto__", L"constructor", L"getOwnPropertySymbols"});
+// Names of the function that the page becomes.
+constexpr auto kOfFunction = std::to_array<std::wstring_view>({L"$zelto_i", L"$zelto_page", L"$zelto_v", L"$zelto_w"});
 // Names of values that a variable of theirs would hide.
 constexpr auto kConstants = std::to_array<std::wstring_view>({L"Infinity", L"NaN", L"undefined"});
 
@@ -70,7 +72,7 @@ class ScopeReader {
     }
     if (tokens_[i].kind != Token::name && tokens_[i].kind != Token::keyword) return false;
     // Any name may be written with a backslash.
-    return named.find(L'\\') != std::wstring_view::npos || named.starts_with(L"$zelto");
+    return named.find(L'\\') != std::wstring_view::npos || is_among(kOfFunction, named);
   }
   bool is_constant(std::size_t i) const { return is_among(kConstants, word(i)); }
 

@@ -47,6 +47,15 @@ TEST_F(PageCompiler, KeepsTextAsItStands) {
   EXPECT_EQ(std::wstring(L"a\0b", 3), literals_of("a\0b"sv));
 }
 
+TEST_F(PageCompiler, MakesScriptsThatMayRunAsFunctions) {
+  const auto scope_of = [this](std::string_view text) { return compile_text(text).program->scope; };
+  EXPECT_TRUE(scope_of("").can_be_function);
+  EXPECT_TRUE(scope_of("<p><%= Server.HTMLEncode(a) %></p><% Response.Write(b); rs.Close; try { } catch (e) { } %>")
+                  .can_be_function);
+  EXPECT_FALSE(scope_of("<p><%= a %></p>").may_hide);
+  EXPECT_FALSE(scope_of("<p><%= eval('1') %></p>").can_be_function);
+}
+
 TEST_F(PageCompiler, DropsTheLineEndBehindADirective) {
   for (const char* line_end : {"\n", "\r\n", "\r"}) {
     EXPECT_EQ(std::wstring(line_end, line_end + std::string_view(line_end).size()) + L"a",
