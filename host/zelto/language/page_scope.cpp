@@ -42,13 +42,13 @@ class ScopeReader {
       is_unsafe_page |= is_unsafe(i, named);
       reveals |= is_among(kRevealing, named);
       hands_global_around |= is_whole_global(i);
-      makes_code |= named == L"constructor" && !is_constructor_member(i);
+      // Code that is made of text sees what the global object has, which lexical names are not among.
+      makes_code |=
+          (named == L"constructor" && !is_constructor_member(i)) || (is_whole_global(i) && word(i + 1) == L"[");
       scope.may_hide |= is_among(kHiding, named) || (named == L"Object" && word(i + 1) != L".");
       if (declares_lexically(i)) add_candidates(i, &scope.lexical_candidates);
     }
     scope.may_hide |= reveals || hands_global_around;
-    // Code that is made of text sees what the global object has, which lexical names are not among.
-    makes_code |= hands_global_around;
     scope.can_be_function =
         !is_unsafe_page && !(reveals && hands_global_around) && !(makes_code && !scope.lexical_candidates.empty());
     read_directive(&scope);

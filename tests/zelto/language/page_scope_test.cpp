@@ -50,7 +50,8 @@ TEST(PageScope, KeepsPagesOutOfFunctionsThatWouldSeeOne) {
     EXPECT_FALSE(scope_of(text).can_be_function) << korlib::to_utf8(text);
   }
   for (const wchar_t* text : {L"a === undefined", L"f(a, undefined)", L"[NaN, 1]", L"this.a = 1", L"var t = this",
-                              L"Object.defineProperty(o, 'a', {})", L"x.constructor === Array"}) {
+                              L"Object.defineProperty(o, 'a', {})", L"x.constructor === Array",
+                              L"const page = Server.CreateObject('Mirt'); page.AddScript(this)"}) {
     EXPECT_TRUE(scope_of(text).can_be_function) << korlib::to_utf8(text);
   }
 }
