@@ -48,7 +48,7 @@ class ScopeReader {
       scope.may_hide |= is_among(kHiding, named) || (named == L"Object" && word(i + 1) != L".");
       if (declares_lexically(i)) add_candidates(i, &scope.lexical_candidates);
     }
-    scope.may_hide |= reveals || hands_global_around;
+    scope.may_hide |= reveals || makes_code;
     scope.can_be_function =
         !is_unsafe_page && !(reveals && hands_global_around) && !(makes_code && !scope.lexical_candidates.empty());
     read_directive(&scope);
