@@ -9,12 +9,13 @@ namespace zelto::script {
 namespace {
 
 // Writes straight-line code: it runs in each new world, cold, and a loop with a look at each descriptor would take
-// milliseconds there. It goes through all that can be reached from the global object, and from what only the syntax
-// makes. Values that may be assigned to are compared behind every page; the others, names of functions mostly, behind
-// one that has the words to change them.
+// milliseconds there. console, which is made when it is first asked for, is there before anything else. It goes through
+// all that can be reached from the global object, and from what only the syntax makes. Values that may be assigned to
+// are compared behind every page; the others, names of functions mostly, behind one that has the words to change them.
 constexpr std::u16string_view kWalk =
     uR"js((function () {
 "use strict";
+console;
 const hidden = ["function* () {}", "async function () {}", "async function* () {}", "() => 0"];
 const made = ["[][Symbol.iterator]()", "new Map()[Symbol.iterator]()", "new Set()[Symbol.iterator]()",
   "''[Symbol.iterator]()", "/a/[Symbol.matchAll]('a')", "(function* () {})()", "(async function* () {})()",
@@ -62,7 +63,7 @@ for (let i = 0; i < objects.length; i++) {
     (d.writable ? values : fixed).push([i, k]);
   }
 }
-let source = "(function () {\"use strict\";const proto = Object.getPrototypeOf," +
+let source = "(function () {\"use strict\";console;const proto = Object.getPrototypeOf," +
   " desc = Object.getOwnPropertyDescriptor, o = [];\n";
 places.forEach((place, i) => { source += `o[${i}] = ${place};\n`; });
 const check = places => {
@@ -88,10 +89,6 @@ constexpr std::u16string_view kChanges[] = {
     u"Object.defineProperty(Map.prototype, 'has', { writable: false })",
     u"Object.freeze(Map.prototype)",
 };
-
-JSValueRef evaluate(JSContextRef context, std::u16string_view source) {
-  return JSEvaluateScript(context, JsString(source).get(), nullptr, nullptr, 1, nullptr);
-}
 
 }  // namespace
 

@@ -91,7 +91,6 @@ Engine* Engine::current() noexcept { return t_current; }
 JSScriptRef Engine::built_ins() {
   if (!std::exchange(has_looked_at_built_ins_, true)) {
     const World model(*this);
-    property(model.context(), JSContextGetGlobalObject(model.context()), "console");
     const std::u16string source = BuiltIns::source(model.context());
     if (BuiltIns::can_tell(model.context())) built_ins_ = std::make_unique<ParsedScript>(group_, source, "zelto");
   }

@@ -63,8 +63,7 @@ void Globals::set_lexical_value(const JsString& name, JSValueRef value, JSValueR
     return;
   }
   const std::u16string source = u"(function(value) { " + std::u16string(name.view()) + u" = value })";
-  JSValueRef setter =
-      JSEvaluateScript(context_, JsString(std::u16string_view(source)).get(), nullptr, nullptr, 1, exception);
+  JSValueRef setter = evaluate(context_, source, exception);
   if (setter) JSObjectCallAsFunction(context_, object_of(setter), nullptr, 1, &value, exception);
 }
 

@@ -1,9 +1,7 @@
 #include "script/page_function.h"
 
 #include <algorithm>
-#include <new>
 
-#include "language/lexemes.h"
 #include "script/engine.h"
 #include "script/text.h"
 
@@ -103,10 +101,6 @@ std::u16string opening_of(const language::Program& program, const PageFunction::
   return source + u" } });";
 }
 
-JSValueRef evaluate(JSContextRef context, std::u16string_view source, JSValueRef* exception) {
-  return JSEvaluateScript(context, JsString(source).get(), nullptr, nullptr, 1, exception);
-}
-
 struct Declared {
   PageFunction::Names properties;  // of var and function
   PageFunction::Names lexical;     // of let, const and class
@@ -134,7 +128,7 @@ bool find_declared(Engine& engine, const language::Program& program, Declared* d
   };
   const std::unique_ptr<OpaqueJSContext, Release> scratch(JSGlobalContextCreateInGroup(engine.group(), nullptr));
   JSContextRef context = scratch.get();
-  evaluate(context, kEmpty, nullptr);
+  evaluate(context, kEmpty);
   JSValueRef thrown = nullptr;
   evaluate(context, (program.scope.is_strict ? u"\"use strict\"; throw 0;" : u"throw 0;") + program.text, &thrown);
   if (!thrown || !JSValueIsNumber(context, thrown)) return false;
@@ -178,7 +172,7 @@ std::unique_ptr<PageFunction> PageFunction::make(Engine& engine, JSGlobalContext
   const ParsedScript parsed(engine.group(), opening + program.text + u"\n}", program.url);
   if (!parsed.get()) return nullptr;
   JSValueRef page = JSScriptEvaluate(context, parsed.get(), nullptr, nullptr);
-  JSValueRef make_support = evaluate(context, kSupport, nullptr);
+  JSValueRef make_support = evaluate(context, kSupport);
   if (!page || !make_support) return nullptr;
   JSValueRef arguments[] = {array_of(context, declared.properties), array_of(context, around.hosts),
                             around.values_check, around.fixed_check,

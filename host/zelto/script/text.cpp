@@ -39,6 +39,10 @@ std::wstring to_wide(std::u16string_view text) {
   return out;
 }
 
+JSValueRef evaluate(JSContextRef ctx, std::u16string_view source, JSValueRef* exception) {
+  return JSEvaluateScript(ctx, JsString(source).get(), nullptr, nullptr, 1, exception);
+}
+
 JSValueRef property(JSContextRef ctx, JSObjectRef object, const JsString& name) {
   JSValueRef exception = nullptr;
   JSValueRef value = JSObjectGetProperty(ctx, object, name.get(), &exception);

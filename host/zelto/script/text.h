@@ -42,6 +42,8 @@ inline JSObjectRef object_of(JSValueRef value) { return const_cast<JSObjectRef>(
 inline JSValueRef string_value(JSContextRef ctx, std::wstring_view text) {
   return JSValueMakeString(ctx, JsString(text).get());
 }
+// Runs a piece of script. Null when it fails, with the exception where that is wanted.
+JSValueRef evaluate(JSContextRef ctx, std::u16string_view source, JSValueRef* exception = nullptr);
 // Undefined when there is none or it cannot be read.
 JSValueRef property(JSContextRef ctx, JSObjectRef object, const JsString& name);
 // A property that for-in passes over.

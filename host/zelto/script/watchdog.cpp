@@ -120,9 +120,8 @@ bool Watchdog::on_time(JSContextRef ctx, void* watchdog) {
     return false;
   }
   // By the exact clock: a look that came just before the end would have to be followed by another one at once.
-  const bool is_over =
-      self.time_limit_.count() > 0 && std::chrono::steady_clock::now() - self.start_ >= self.time_limit_;
-  if (is_over && !self.is_unwinding()) self.ending_ = Outcome::timed_out;
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  if (self.is_over(now) && !self.is_unwinding()) self.ending_ = Outcome::timed_out;
   if (self.must_unwind()) {
     self.is_terminating_ = false;
     return true;
@@ -151,8 +150,7 @@ bool Watchdog::is_late() const noexcept {
   if (time_limit_.count() <= 0) return false;
   timespec now{};
   ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-  const auto since_boot = std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
-  return since_boot - start_.time_since_epoch() >= time_limit_;
+  return is_over(std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec));
 }
 
 // What the script's objects take and what other objects do; garbage is freed before it counts.

@@ -96,6 +96,9 @@ class Watchdog {
   void arm(double seconds);
   void free_unheld();
   bool uses_too_much(JSContextRef ctx);
+  bool is_over(std::chrono::nanoseconds now) const noexcept {
+    return time_limit_.count() > 0 && now - start_.time_since_epoch() >= time_limit_;
+  }
   bool is_late() const noexcept;
   static bool on_time(JSContextRef ctx, void* watchdog);
 

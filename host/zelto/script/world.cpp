@@ -80,7 +80,6 @@ PageFunction* World::page_of(const language::Program& program) {
   const Watchdog::Quiet quiet(engine_.watchdog());
   JSScriptRef source = engine_.built_ins();
   if (!source) return nullptr;
-  property(context(), JSContextGetGlobalObject(context()), "console");  // made when it is first asked for
   built_ins_ = std::make_unique<BuiltIns>(source, context());
   keep_hosts();
   PageFunction::Names names;
