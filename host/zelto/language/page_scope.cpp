@@ -26,12 +26,13 @@ constexpr auto kConstants = std::to_array<std::wstring_view>({L"Infinity", L"NaN
 
 bool is_among(const auto& words, std::wstring_view text) { return std::ranges::find(words, text) != words.end(); }
 
-class ScopeReader {
+class ScopeReader : private TokenText {
  public:
-  ScopeReader(std::wstring_view text, const std::vector<Token>& tokens) : text_(text), tokens_(tokens) {}
+  using TokenText::TokenText;
 
   PageScope read() {
     PageScope scope;
+    scope.declares_lexical_names = false;
     bool is_unsafe_page = false;
     bool reveals = false;
     bool hands_global_around = false;
@@ -46,7 +47,9 @@ class ScopeReader {
       makes_code |=
           (named == L"constructor" && !is_constructor_member(i)) || (is_whole_global(i) && word(i + 1) == L"[");
       scope.may_hide |= is_among(kHiding, named) || (named == L"Object" && word(i + 1) != L".");
-      if (declares_lexically(i)) add_candidates(i, &scope.lexical_candidates);
+      if (!declares_lexically(i)) continue;
+      scope.declares_lexical_names = true;
+      add_candidates(i, &scope.lexical_candidates);
     }
     scope.may_hide |= reveals || makes_code;
     scope.can_be_function =
@@ -56,10 +59,6 @@ class ScopeReader {
   }
 
  private:
-  std::wstring_view word(std::size_t i) const {
-    return i < tokens_.size() ? text_.substr(tokens_[i].begin, tokens_[i].end - tokens_[i].begin) : std::wstring_view();
-  }
-
   bool is_unsafe(std::size_t i, std::wstring_view named) const {
     if (is_among(kUnsafe, named)) {
       return named != L"Function" || tokens_[i].kind == Token::literal || !is_harmless_function(i);
@@ -128,9 +127,6 @@ class ScopeReader {
   bool ends_statement(std::size_t i) const {
     return i >= tokens_.size() || tokens_[i].statement_start || word(i) == L";";
   }
-
-  std::wstring_view text_;
-  const std::vector<Token>& tokens_;
 };
 
 }  // namespace

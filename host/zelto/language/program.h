@@ -36,8 +36,6 @@ struct Program {
   std::vector<SourceLine> lines;    // of each line of `text`; empty: `url` and the line itself
   std::vector<ColumnShift> shifts;  // in the order of the text
   std::vector<CComBSTR> literals;   // page text that the script writes by number
-  // Some top-level `let`, `const` or `class` makes a name that is not a property of the global object.
-  bool declares_lexical_names = false;
   PageScope scope;
 };
 

@@ -7,14 +7,10 @@
 #include <utility>
 
 #include "base/letter_case.h"
-#include "language/tokens.h"
+#include "language/chains.h"
 
 namespace zelto::language {
 namespace {
-
-constexpr auto kAssignments =
-    std::to_array<std::wstring_view>({L"=", L"+=", L"-=", L"*=", L"/=", L"%=", L"**=", L"<<=", L">>=", L">>>=", L"&=",
-                                      L"|=", L"^=", L"&&=", L"||=", L"?\?="});
 
 // Properties without arguments that pages also write in small letters, with parentheses behind them.
 // clang-format off
@@ -47,15 +43,10 @@ bool may_be_property(std::wstring_view name) {
   return std::ranges::binary_search(kProperties, base::ascii_lowered(name));
 }
 
-class Rewriter {
+class Rewriter : private Chains {
  public:
   Rewriter(std::wstring_view text, const std::vector<Token>& tokens)
-      : text_(text),
-        tokens_(tokens),
-        chain_starts_(tokens.size(), Token::kNone),
-        chain_ends_(tokens.size(), Token::kNone),
-        is_read_(tokens.size()),
-        edits_(text) {}
+      : Chains(text, tokens), is_read_(tokens.size()), edits_(text) {}
 
   Rewritten run() {
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
@@ -71,7 +62,7 @@ class Rewriter {
         read_item(i);
       }
     }
-    return {edits_.apply(), declares_lexical_names_, {}, {}};
+    return {edits_.apply(), {}, {}};
   }
 
  private:
@@ -81,7 +72,6 @@ class Rewriter {
       case Token::keyword:
         if (text == L"throw" && tokens_[i].statement_start) edits_.insert(tokens_[i].end, L" $zelto.thrown =");
         if (text == L"return" && !line_ends_behind(i)) read_value(i + 1, L")");
-        if ((text == L"const" || text == L"class") && top_level(i)) declares_lexical_names_ = true;
         break;
       case Token::punctuator:
         if (is_assignment(i)) read_value(i + 1, L")");
@@ -104,71 +94,18 @@ class Rewriter {
         if (text.front() == L'"' || text.front() == L'\'') escape_line_ends(i);
         break;
       case Token::name:
-        if (text == L"let" && top_level(i)) declares_lexical_names_ = true;
         break;
     }
   }
 
-  // Empty where there is no such token; Token::kNone is in front of the first.
-  std::wstring_view word(std::size_t i) const {
-    return i < tokens_.size() ? text_.substr(tokens_[i].begin, tokens_[i].end - tokens_[i].begin) : std::wstring_view();
-  }
-  // Whether the token is one of these.
-  bool is(std::size_t i, const auto*... words) const { return ((word(i) == words) || ...); }
-  bool top_level(std::size_t i) const { return tokens_[i].depth == 0 && tokens_[i].statement_start; }
   bool line_ends_behind(std::size_t i) const { return i + 1 >= tokens_.size() || tokens_[i + 1].newline_before; }
-  bool is_assignment(std::size_t i) const { return std::ranges::find(kAssignments, word(i)) != kAssignments.end(); }
-  // `++` or `--` behind its operand.
-  bool is_postfix(std::size_t i) const { return is(i, L"++", L"--") && tokens_[i].ends_operand; }
-
-  // The `(` of an argument list: what stands before it is a value, and no header or parameter list.
-  bool is_call(std::size_t open) const {
-    if (open == Token::kNone) return false;
-    const Token& token = tokens_[open];
-    return is(open, L"(") && open > 0 && !token.control && !token.function_part && tokens_[open - 1].ends_operand &&
-           !is(open - 1, L"super");
-  }
-
   bool is_condition(std::size_t open) const {
     return tokens_[open].control && is(open - 1, L"if", L"while", L"switch");
   }
 
-  // One past a chain of names, calls and indices that begins at `first`; `first` when there is none.
-  std::size_t chain_end(std::size_t first) const {
-    if (first >= tokens_.size()) return first;
-    std::size_t& known = chain_ends_[first];
-    if (known == Token::kNone) known = find_chain_end(first);
-    return known;
-  }
-  std::size_t find_chain_end(std::size_t first) const {
-    const Token& token = tokens_[first];
-    const bool starts =
-        token.kind == Token::name || is(first, L"this") || (is(first, L"(") && !token.control && !token.function_part);
-    if (!starts) return first;
-    std::size_t i = (token.kind == Token::open ? token.partner : first) + 1;
-    while (i < tokens_.size()) {
-      if (is(i, L".") && i + 1 < tokens_.size() && tokens_[i + 1].kind == Token::name) {
-        i += 2;
-      } else if (is(i, L"(", L"[") && tokens_[i].kind == Token::open && !tokens_[i].statement_start) {
-        i = tokens_[i].partner + 1;
-      } else {
-        break;
-      }
-    }
-    return i;
-  }
-
-  // Whether an expression that ends before token `i` is complete there.
-  bool expression_ends(std::size_t i) const {
-    if (i >= tokens_.size() || tokens_[i].statement_start) return true;
-    const Token& next = tokens_[i];
-    return is(i, L";") || (next.kind == Token::close && next.end > next.begin) ||
-           (next.newline_before && next.kind == Token::open && is(i, L"{"));
-  }
-
   // Wraps a chain that ends in a member's name and is all of its expression.
   void read_value(std::size_t first, const wchar_t* tail) {
-    const std::size_t end = chain_end(first);
+    const std::size_t end = end_of(first);
     if (end < first + 3 || !is(end - 2, L".")) return;
     const bool in_list = is(end, L",") && !tokens_[first].statement_start;
     if (!expression_ends(end) && !in_list) return;
@@ -177,41 +114,19 @@ class Rewriter {
     is_read_[end - 1] = true;
   }
 
-  // The first token of the chain that `last` ends.
-  std::size_t chain_start(std::size_t last) const { return chain_starts_[last] = find_chain_start(last); }
-  std::size_t find_chain_start(std::size_t last) const {
-    std::size_t i = last;
-    for (;;) {
-      if (chain_starts_[i] != Token::kNone) return chain_starts_[i];
-      if (tokens_[i].kind == Token::close) {
-        i = tokens_[i].partner;
-        const bool indexes = is(i, L"(", L"[") || text_[tokens_[i].begin] == L'`';
-        if (!indexes || i == 0 || !tokens_[i - 1].ends_operand || tokens_[i].statement_start) return i;
-        --i;
-      } else if (i >= 2 && is(i - 1, L".", L"?.") && tokens_[i - 2].ends_operand) {
-        i -= 2;
-      } else if (tokens_[i].kind == Token::literal && text_[tokens_[i].begin] == L'`' && i > 0 &&
-                 tokens_[i - 1].ends_operand) {
-        --i;
-      } else {
-        return i;
-      }
-    }
-  }
-
   // `f(x) =`, `f(x)++`, `++f(x)`; `i` is the closing parenthesis.
   bool is_assigned_call(std::size_t i) const {
     if (!is(i, L")") || tokens_[i].kind != Token::close || !is_call(tokens_[i].partner)) return false;
-    const std::size_t start = chain_start(tokens_[i].partner - 1);
+    const std::size_t start = start_of(tokens_[i].partner - 1);
     if (!is_operand(start) || is(start, L"{") || is(start - 1, L"new")) return false;
     if (is_assignment(i + 1) || is_postfix(i + 1)) return true;
     const bool prefixed = is(start - 1, L"++", L"--") && !tokens_[start - 1].ends_operand;
-    return prefixed && chain_end(start) == i + 1;
+    return prefixed && end_of(start) == i + 1;
   }
 
   void assign_call(std::size_t close) {
     const std::size_t open = tokens_[close].partner;
-    edits_.open_wrapping(tokens_[chain_start(open - 1)].begin, tokens_[close].end, L"$zelto.at(");
+    edits_.open_wrapping(tokens_[start_of(open - 1)].begin, tokens_[close].end, L"$zelto.at(");
     edits_.replace(tokens_[open].begin, 1, L",");
     edits_.insert(tokens_[close].end, L".v");
   }
@@ -221,7 +136,7 @@ class Rewriter {
     if (i < 4 || !is(i, L")") || tokens_[i].partner != i - 1 || !is_call(i - 1)) return false;
     if (tokens_[i - 2].kind != Token::name || !is(i - 3, L".") || !may_be_property(word(i - 2))) return false;
     if (word(i - 2).ends_with(L'\\')) return false;  // would not end the string that it becomes
-    const std::size_t start = chain_start(i - 2);
+    const std::size_t start = start_of(i - 2);
     return starts_with_value(start) && !is(start - 1, L"new") && !is_optional(start);
   }
 
@@ -249,15 +164,6 @@ class Rewriter {
     edits_.replace(tokens_[open].begin, 1, L",");
   }
 
-  // Whether a chain starts there with a value. The tokens may be no script: a dot may stand behind none.
-  bool is_operand(std::size_t start) const {
-    const Token::Kind kind = tokens_[start].kind;
-    return kind != Token::keyword && kind != Token::punctuator && !is(start - 1, L".", L"?.");
-  }
-
-  // Whether a chain that starts there starts with what can be handed to a function.
-  bool starts_with_value(std::size_t start) const { return is_operand(start) && !is(start, L"{", L"super"); }
-
   // Whether the chain from `start` to the present token may end early: `a?.b.C()` goes no further where there is no
   // `a`.
   bool is_optional(std::size_t start) const {
@@ -269,7 +175,7 @@ class Rewriter {
     if (i < 2 || tokens_[i].kind != Token::name || !is(i - 1, L".") || !is(i, L"Item", L"item")) return false;
     if (is(i + 1, L"(", L"=>", L"of", L"in") || word(i + 1).starts_with(L'`')) return false;
     if (is_assignment(i + 1) || is_postfix(i + 1)) return false;
-    const std::size_t start = chain_start(i);
+    const std::size_t start = start_of(i);
     if (!starts_with_value(start) || is(start - 1, L"new", L"delete", L"++", L"--")) return false;
     return !is_optional(start) && patterns_ == 0;
   }
@@ -282,7 +188,7 @@ class Rewriter {
 
   void read_item(std::size_t i) {
     if (is_read_[i]) return;
-    edits_.open_wrapping(tokens_[chain_start(i)].begin, tokens_[i].end, L"$zelto_value(");
+    edits_.open_wrapping(tokens_[start_of(i)].begin, tokens_[i].end, L"$zelto_value(");
     edits_.insert(tokens_[i].end, L")");
   }
 
@@ -298,12 +204,12 @@ class Rewriter {
   }
 
   void call_bare(std::size_t close) {
-    edits_.open_wrapping(tokens_[chain_start(close - 2)].begin, tokens_[close].end, L"$zelto_call(");
+    edits_.open_wrapping(tokens_[start_of(close - 2)].begin, tokens_[close].end, L"$zelto_call(");
     edits_.replace(tokens_[close - 3].begin, 1, L", ");
     edits_.insert(tokens_[close - 2].begin, L"\"");
     edits_.insert(tokens_[close - 2].end, L"\"");
     edits_.replace(tokens_[close - 1].begin, 1, L"");
-    const std::wstring_view called = receiver(chain_start(close - 2), close - 3);
+    const std::wstring_view called = receiver(start_of(close - 2), close - 3);
     if (!called.empty()) edits_.insert(tokens_[close].begin, L", \"" + std::wstring(called) + L"\"");
   }
 
@@ -342,25 +248,19 @@ class Rewriter {
     }
   }
 
-  std::wstring_view text_;
-  const std::vector<Token>& tokens_;
   std::size_t around_ = Token::kNone;         // the bracket that is open
   std::vector<std::size_t> enclosing_;        // those around it, outermost first
   unsigned patterns_ = 0;                     // of these
   std::size_t last_optional_ = Token::kNone;  // the "?." that came last
-  // What was found out of chains, so that long ones and those inside each other are walked once.
-  mutable std::vector<std::size_t> chain_starts_;  // kNone where it was not asked for
-  mutable std::vector<std::size_t> chain_ends_;    // likewise
-  std::vector<bool> is_read_;                      // the last tokens of chains that read_value has wrapped
+  std::vector<bool> is_read_;                 // the last tokens of chains that read_value has wrapped
   SourceEdits edits_;
-  bool declares_lexical_names_ = false;
 };
 
 }  // namespace
 
 Rewritten rewrite(std::wstring_view text) {
   const auto tokens = tokenize(text);
-  if (!tokens) return {{std::wstring(text), {}}, true, {}, {}};
+  if (!tokens) return {{std::wstring(text), {}}, {}, {}};
   Rewritten rewritten = Rewriter(text, tokens->all).run();
   rewritten.scope = page_scope(text, tokens->all);
   rewritten.markup_comments = tokens->markup_comments;
@@ -370,7 +270,6 @@ Rewritten rewrite(std::wstring_view text) {
 void set_text(Program& program, Rewritten rewritten) {
   program.text = korlib::to_utf16(rewritten.text);
   program.shifts = std::move(rewritten.shifts);
-  program.declares_lexical_names = rewritten.declares_lexical_names;
   program.scope = std::move(rewritten.scope);
 }
 

@@ -31,7 +31,6 @@
 namespace zelto::language {
 
 struct Rewritten : EditedText {
-  bool declares_lexical_names = false;  // a top-level let, const or class
   PageScope scope;
   std::vector<std::size_t> markup_comments;  // where "<!--" begins a comment in the text that was given
 };

@@ -40,6 +40,25 @@ struct Tokens {
   std::vector<std::size_t> markup_comments;  // where "<!--" begins a comment that ends with its line
 };
 
+// Tokens beside the text that they were cut from, which both outlive it.
+class TokenText {
+ public:
+  TokenText(std::wstring_view text, const std::vector<Token>& tokens) noexcept : text_(text), tokens_(tokens) {}
+
+  std::wstring_view text() const noexcept { return text_; }
+  const std::vector<Token>& tokens() const noexcept { return tokens_; }
+  // Empty where there is no such token; Token::kNone is in front of the first.
+  std::wstring_view word(std::size_t i) const {
+    return i < tokens_.size() ? text_.substr(tokens_[i].begin, tokens_[i].end - tokens_[i].begin) : std::wstring_view();
+  }
+  // Whether the token is one of these.
+  bool is(std::size_t i, const auto*... words) const { return ((word(i) == words) || ...); }
+
+ protected:
+  std::wstring_view text_;
+  const std::vector<Token>& tokens_;
+};
+
 // Nothing when the text ends inside a string, a comment, a template or a bracket, or closes the wrong
 // one: the engine then says what is wrong with it.
 std::optional<Tokens> tokenize(std::wstring_view text);

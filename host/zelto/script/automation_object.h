@@ -27,9 +27,9 @@
 
 #include <korlib/dispatch.h>
 
-#include "script/built_ins.h"
 #include "script/host_object.h"
 #include "script/member_names.h"
+#include "script/world/built_ins.h"
 
 namespace zelto::script {
 

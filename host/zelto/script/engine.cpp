@@ -8,8 +8,8 @@
 #include <mutex>
 #include <utility>
 
-#include "script/prelude.h"
 #include "script/realm.h"
+#include "script/world/prelude.h"
 
 namespace zelto::script {
 namespace {

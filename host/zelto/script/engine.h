@@ -14,7 +14,7 @@
 #include "script/member_names.h"
 #include "script/parsed_scripts.h"
 #include "script/watchdog.h"
-#include "script/worlds.h"
+#include "script/world/worlds.h"
 
 namespace zelto::script {
 

@@ -8,7 +8,7 @@
 
 #include "script/engine.h"
 #include "script/error_reports.h"
-#include "script/prelude.h"
+#include "script/world/prelude.h"
 
 namespace zelto::script {
 

@@ -3,7 +3,7 @@
 #include "script/automation_member.h"
 #include "script/automation_object.h"
 #include "script/realm.h"
-#include "script/script_builtins.h"
+#include "script/world/script_builtins.h"
 
 namespace zelto::script {
 namespace {

@@ -19,10 +19,10 @@
 
 #include "script/engine.h"
 #include "script/errors.h"
-#include "script/globals.h"
 #include "script/object_calls.h"
 #include "script/values.h"
-#include "script/world.h"
+#include "script/world/globals.h"
+#include "script/world/world.h"
 #include "script/wrappers.h"
 
 namespace zelto::script {

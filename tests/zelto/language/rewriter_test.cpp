@@ -244,10 +244,10 @@ constexpr Row kBroken[] = {
 INSTANTIATE_TEST_SUITE_P(Broken, Rewriter, ::testing::ValuesIn(kBroken));
 
 TEST(RewriterScope, SeesNamesThatAreNoPropertiesOfTheGlobalObject) {
-  EXPECT_TRUE(rewrite(L"let a = 1").declares_lexical_names);
-  EXPECT_TRUE(rewrite(L"const a = 1").declares_lexical_names);
-  EXPECT_TRUE(rewrite(L"class A { }").declares_lexical_names);
-  EXPECT_FALSE(rewrite(L"var a; function b() { let c } { const d = 1 } x = class { }").declares_lexical_names);
+  EXPECT_TRUE(rewrite(L"let a = 1").scope.declares_lexical_names);
+  EXPECT_TRUE(rewrite(L"const a = 1").scope.declares_lexical_names);
+  EXPECT_TRUE(rewrite(L"class A { }").scope.declares_lexical_names);
+  EXPECT_FALSE(rewrite(L"var a; function b() { let c } { const d = 1 } x = class { }").scope.declares_lexical_names);
 }
 
 // These would take minutes if a chain, or what is around an item, were walked again for each of its parts.

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "script/built_ins.h"
 #include "script/jsc.h"
-#include "script/page_function.h"
-#include "script/prelude.h"
+#include "script/world/built_ins.h"
+#include "script/world/page_function.h"
+#include "script/world/prelude.h"
 
 namespace zelto::script {
 

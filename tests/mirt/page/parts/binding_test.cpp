@@ -1,6 +1,6 @@
 #include "page/binding.h"
 
-#include "mirt/page/parts_fixture.h"
+#include "mirt/page/parts/parts_fixture.h"
 #include "utility/members.h"
 
 namespace test {

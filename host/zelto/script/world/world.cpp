@@ -1,4 +1,4 @@
-#include "script/world.h"
+#include "script/world/world.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "script/worlds.h"
+#include "script/world/worlds.h"
 
 #include <algorithm>
 #include <exception>

@@ -1,4 +1,4 @@
-#include "script/prelude.h"
+#include "script/world/prelude.h"
 
 #include <memory>
 #include <new>

@@ -9,9 +9,9 @@
 
 #include "script/error_reports.h"
 #include "script/outcome.h"
-#include "script/page_function.h"
 #include "script/page_output.h"
-#include "script/prelude.h"
+#include "script/world/page_function.h"
+#include "script/world/prelude.h"
 #include "script/wrappers.h"
 
 namespace zelto::script {
@@ -53,7 +53,7 @@ class Globals {
   // among them.
   //
   // A program that runs from here on.
-  void remember(const language::Program& program) { has_lexical_ |= program.declares_lexical_names; }
+  void remember(const language::Program& program) { has_lexical_ |= program.scope.declares_lexical_names; }
   // Where the page runs as a function, its names are asked for there; null otherwise.
   void set_page(const PageFunction* page) { page_ = page; }
   // Whether the page has declared the name; `is_lexical` when it is not a property of the global object, or not found

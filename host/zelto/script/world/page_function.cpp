@@ -1,4 +1,4 @@
-#include "script/page_function.h"
+#include "script/world/page_function.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "mirt/page/parts_fixture.h"
+#include "mirt/page/parts/parts_fixture.h"
 
 #include "page/dictionaries.h"
 

@@ -1,4 +1,4 @@
-#include "script/script_builtins.h"
+#include "script/world/script_builtins.h"
 
 #include <korlib/activation.h>
 

@@ -1,7 +1,7 @@
 #include "page/input_drawers.h"
 
 #include "mirt/page/dictionary_class.h"
-#include "mirt/page/parts_fixture.h"
+#include "mirt/page/parts/parts_fixture.h"
 
 namespace test {
 namespace {

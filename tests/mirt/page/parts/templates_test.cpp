@@ -1,6 +1,6 @@
 #include "page/templates.h"
 
-#include "mirt/page/parts_fixture.h"
+#include "mirt/page/parts/parts_fixture.h"
 #include "support/temporary_folder.h"
 
 namespace test {

@@ -1,4 +1,4 @@
-#include "script/globals.h"
+#include "script/world/globals.h"
 
 #include <string>
 

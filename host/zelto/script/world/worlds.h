@@ -9,7 +9,7 @@
 #include <unordered_map>
 
 #include "language/program.h"
-#include "script/world.h"
+#include "script/world/world.h"
 
 namespace zelto::script {
 

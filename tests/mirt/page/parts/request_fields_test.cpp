@@ -1,6 +1,6 @@
 #include "page/request_fields.h"
 
-#include "mirt/page/parts_fixture.h"
+#include "mirt/page/parts/parts_fixture.h"
 
 namespace test {
 namespace {

@@ -1,4 +1,4 @@
-#include "script/built_ins.h"
+#include "script/world/built_ins.h"
 
 #include <new>
 #include <string>
