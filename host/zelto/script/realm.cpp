@@ -30,9 +30,22 @@ Realm::~Realm() {
 }
 
 void Realm::set_object(std::wstring_view name, IDispatch* object) {
+  const Watchdog::Quiet quiet(engine_.watchdog());
   AutomationObject* const kept = world_->set_host(to_utf16(name));
   if (kept && object) wrappers_.bind(*kept, object);
   globals_.set_object(name, object, !kept);
+}
+
+// A page whose time is over meanwhile is ended in its own script: what is left half done here would be missed there.
+PageFunction* Realm::prepare(const language::Program& program) {
+  const Watchdog::Quiet quiet(engine_.watchdog());
+  reports_.begin_run();
+  PageFunction* const page = &program == page_.get() ? world_->page_of(program) : nullptr;
+  globals_.set_page(page);
+  reports_.set_opening(page ? &program : nullptr, page ? page->opening_length() : 0);
+  world_->begin(program, globals_.response(), globals_.server_object());
+  calls_.limit_collecting();
+  return page;
 }
 
 Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
@@ -43,12 +56,7 @@ Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
   if (!parsed.get()) return {Outcome::failed, ErrorReports::describe_syntax(*program, parsed)};
   const language::Program* previous = running_;
   running_ = program.get();
-  reports_.begin_run();
-  PageFunction* const page = program == page_ ? world_->page_of(*program) : nullptr;
-  globals_.set_page(page);
-  reports_.set_opening(page ? program.get() : nullptr, page ? page->opening_length() : 0);
-  world_->begin(*program, globals_.response(), globals_.server_object());
-  calls_.limit_collecting();
+  PageFunction* const page = prepare(*program);
   JSValueRef exception = nullptr;
   if (page)
     page->call(&exception);

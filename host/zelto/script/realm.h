@@ -74,6 +74,7 @@ class Realm {
   const language::Program* running() const noexcept { return running_; }
 
  private:
+  PageFunction* prepare(const language::Program& program);
   Outcome outcome_of(JSValueRef exception);
 
   Engine& engine_;

@@ -12,6 +12,7 @@ namespace {
 using namespace std::chrono_literals;
 using zelto::script::kPageStopped;
 using zelto::script::Outcome;
+using zelto::script::Realm;
 using RealmLimits = ScriptTest;
 
 TEST_F(RealmLimits, StopsARunawayScript) {
@@ -145,6 +146,24 @@ TEST_F(RealmLimits, StopsWhereTheProcessorIsBusy) {
   engine.set_time_limit(20ms);
   EXPECT_EQ(Outcome::timed_out, run(L"for (;;) { try { o.Close() } catch (e) {} }").kind);
   is_over = true;
+}
+
+// The end may come at any moment while the host makes another page's realm, which is of no use half made.
+TEST_F(RealmLimits, StopsAPageThatKeepsOpeningOthers) {
+  const auto open_realm_and_run = [&](const auto& program) {
+    Realm opened(engine, program);
+    opened.set_object(L"Response", page.get());
+    opened.run(program);
+  };
+  const auto inner = zelto::language::compile(L"var x = 1", "/site/inner.asp");
+  probe->action = [&] {
+    EXPECT_NO_THROW(open_realm_and_run(inner));
+    return S_OK;
+  };
+  for (int i = 0; i < 50; ++i) {
+    engine.set_time_limit(std::chrono::milliseconds(20 + i % 7));
+    EXPECT_EQ(Outcome::timed_out, run(L"for (;;) o.Act()").kind) << i;
+  }
 }
 
 TEST_F(RealmLimits, StopsWhenAnObjectHidesTheCode) {

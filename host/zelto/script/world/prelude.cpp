@@ -270,6 +270,7 @@ Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
   JSObjectRef builtins = JSObjectMake(context_, engine.classes().builtins, nullptr);
   const HostClasses& classes = engine.classes();
   JSObjectRef prototypes = JSObjectMakeArray(context_, 0, nullptr, nullptr);
+  if (!prototypes) throw std::bad_alloc();
   unsigned count = 0;
   for (JSClassRef made : {classes.object, classes.member, classes.reference, classes.opaque}) {
     JSValueRef prototype = JSObjectGetPrototype(context_, JSObjectMake(context_, made, nullptr));

@@ -25,9 +25,9 @@ void World::Release::operator()(JSGlobalContextRef context) const {
   JSGlobalContextRelease(context);
 }
 
-World::World(Engine& engine)
-    : engine_(engine), context_(JSGlobalContextCreateInGroup(engine.group(), nullptr), Release{engine}) {
+World::World(Engine& engine) : engine_(engine), context_(nullptr, Release{engine}) {
   const Watchdog::Quiet quiet(engine.watchdog());  // a half one is of no use
+  context_.reset(JSGlobalContextCreateInGroup(engine.group(), nullptr));
   prelude_ = std::make_unique<Prelude>(engine, context());
   JSObjectRef rejected = JSObjectMakeFunctionWithCallback(context(), nullptr, callback<on_unhandled_rejection>);
   JSGlobalContextSetUnhandledRejectionCallback(context(), rejected, nullptr);
@@ -77,7 +77,6 @@ void World::keep_hosts() {
 PageFunction* World::page_of(const language::Program& program) {
   if (page_) drop_missing_hosts();
   if (page_ || !is_kept_) return page_.get();
-  const Watchdog::Quiet quiet(engine_.watchdog());
   JSScriptRef source = engine_.built_ins();
   if (!source) return nullptr;
   built_ins_ = std::make_unique<BuiltIns>(source, context());
