@@ -9,10 +9,10 @@ namespace {
 
 JSValueRef call(JSContextRef ctx, JSObjectRef function, JSObjectRef, std::size_t count, const JSValueRef* values,
                 JSValueRef* exception) {
+  const RootedObject root(function);
   auto* held = living<AutomationMember>(ctx, function, exception);
   if (!held) return JSValueMakeUndefined(ctx);
-  const CallTarget target = held->target();
-  return held->realm()->calls().call(target, count, values, exception);
+  return held->realm()->calls().call(held->target(), count, values, exception);
 }
 
 // In text and sums the member stands for what it gives without arguments.

@@ -12,7 +12,7 @@ class AutomationMember final : public HostObject {
  public:
   AutomationMember(Realm& realm, CallTarget target, CallArguments arguments = {})
       : HostObject(realm), target_(std::move(target)), arguments_(std::move(arguments)) {}
-  // A copy keeps the object while a call may end the realm.
+  // Lasts as long as the function does.
   const CallTarget& target() const noexcept { return target_; }
   CallArguments& arguments() noexcept { return arguments_; }
   // The member of that name of another object.

@@ -16,6 +16,9 @@ constexpr auto kLanguageNames = std::to_array<std::u16string_view>(
      u"propertyIsEnumerable", u"__proto__", u"__defineGetter__", u"__defineSetter__", u"__lookupGetter__",
      u"__lookupSetter__", u"then", u"toJSON"});
 
+// More than a page calls of one object, and few enough to look through.
+constexpr std::size_t kMostFunctions = 16;
+
 bool is_language_name(std::u16string_view name) {
   return name.starts_with(u"Symbol.") || std::ranges::find(kLanguageNames, name) != kLanguageNames.end();
 }
@@ -36,6 +39,7 @@ JSValueRef member_function(Realm& realm, JSObjectRef object, AutomationObject& h
     if (!living_host_object(object_of(known))) {
       static_cast<AutomationMember*>(JSObjectGetPrivate(object_of(known)))->bind(realm, held.dispatch(), id);
     }
+    held.remember_function(JsString::view_of(name), object_of(known));
     return known;
   }
   JSObjectRef member = realm.wrappers().make(
@@ -43,6 +47,7 @@ JSValueRef member_function(Realm& realm, JSObjectRef object, AutomationObject& h
       std::make_unique<AutomationMember>(realm, CallTarget{held.dispatch(), id, to_wide(JsString::view_of(name))}));
   JSObjectSetPrivateProperty(realm.context(), object, name, member);
   held.add_member(member);
+  held.remember_function(JsString::view_of(name), member);
   return member;
 }
 
@@ -84,11 +89,17 @@ JSValueRef read_member(Realm& realm, JSObjectRef object, AutomationObject& held,
 }
 
 JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef* exception) {
-  const std::u16string_view text = JsString::view_of(name);
+  const ShortText short_text(name);
+  const std::u16string_view text = short_text.view();
   if (text.starts_with(u"Symbol.")) return nullptr;
   auto* held = living<AutomationObject>(ctx, object, exception);
   if (!held) return JSValueMakeUndefined(ctx);
   Realm& realm = *held->realm();
+  // A function does nothing before it is called.
+  if (JSObjectRef function = held->function(text)) {
+    realm.missing().pass();
+    return function;
+  }
   if (!realm.calls().may_call(exception)) return JSValueMakeUndefined(ctx);
   LONG index = 0;
   JSValueRef value = nullptr;
@@ -105,7 +116,8 @@ bool set_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValu
   auto* held = living<AutomationObject>(ctx, object, exception);
   if (!held) return true;
   Realm& realm = *held->realm();
-  const std::u16string_view text = JsString::view_of(name);
+  const ShortText short_text(name);
+  const std::u16string_view text = short_text.view();
   if (text.starts_with(u"Symbol.") || !realm.calls().may_call(exception)) return true;
   const CComPtr<IDispatch> dispatch = held->dispatch();
   CallArguments arguments;
@@ -200,9 +212,19 @@ void AutomationObject::bind(Realm& realm, CComPtr<IUnknown> identity, CComPtr<ID
   identity_ = std::move(identity);
   dispatch_ = std::move(dispatch);
   keys_.clear();
+  functions_.clear();
   if (class_ == *reinterpret_cast<const void* const*>(dispatch_.get())) return;
   class_names_ = nullptr;
   own_names_.reset();
+}
+
+JSObjectRef AutomationObject::function(std::u16string_view name) const {
+  const auto found = std::ranges::find(functions_, name, &Function::name);
+  return found == functions_.end() ? nullptr : found->function;
+}
+
+void AutomationObject::remember_function(std::u16string_view name, JSObjectRef function) {
+  if (functions_.size() < kMostFunctions) functions_.push_back({std::u16string(name), function});
 }
 
 void AutomationObject::add_member(JSObjectRef member) {

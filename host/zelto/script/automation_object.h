@@ -45,6 +45,9 @@ class AutomationObject final : public HostObject {
   // Of a wrapper that is kept: the functions that stand for its members are, too, and are watched as it is.
   void add_member(JSObjectRef member);
   bool are_members_kept() const;
+  // The function that stands for a member, where the script has got it before; null for any other name.
+  JSObjectRef function(std::u16string_view name) const;
+  void remember_function(std::u16string_view name, JSObjectRef function);
   JSObjectRef script_object() const { return kept_ ? kept_ : weak_ ? JSWeakGetObject(weak_) : nullptr; }
   const CComPtr<IDispatch>& dispatch() const noexcept { return dispatch_; }
   IUnknown* identity() const noexcept { return identity_.get(); }
@@ -60,12 +63,18 @@ class AutomationObject final : public HostObject {
   void release() override;
 
  private:
+  struct Function {
+    std::u16string name;
+    JSObjectRef function;
+  };
+
   CComPtr<IUnknown> identity_;
   CComPtr<IDispatch> dispatch_;
   JSWeakRef weak_ = nullptr;
   JSObjectRef kept_ = nullptr;
   std::vector<Structure> members_;
-  const void* class_ = nullptr;  // what class_names_ are of
+  std::vector<Function> functions_;  // some; the wrapper keeps them alive
+  const void* class_ = nullptr;      // what class_names_ are of
   MemberNames* class_names_ = nullptr;
   std::unique_ptr<MemberNames> own_names_;
   std::wstring kind_;

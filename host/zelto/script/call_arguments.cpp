@@ -3,6 +3,7 @@
 namespace zelto::script {
 
 bool CallArguments::convert(Values& values, std::size_t count, const JSValueRef* given, JSValueRef* exception) {
+  const EngineLock lock(values.context());
   reversed_.resize(count);
   for (std::size_t i = 0; i < count; ++i) {
     CComVariant& slot = reversed_[count - 1 - i];

@@ -32,7 +32,8 @@ class DepartedException {
     last_ = std::move(departure);
   }
   void forget() {
-    if (last_.exception) JSValueUnprotect(last_.context, last_.exception);
+    if (!last_.exception) return;
+    JSValueUnprotect(last_.context, last_.exception);
     last_ = {};
   }
   const Departure& last() const noexcept { return last_; }

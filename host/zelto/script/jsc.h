@@ -28,6 +28,10 @@ JS_EXPORT void JSWeakRelease(JSContextGroupRef group, JSWeakRef weak);
 JS_EXPORT bool JSObjectSetPrivateProperty(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef value);
 JS_EXPORT JSValueRef JSObjectGetPrivateProperty(JSContextRef ctx, JSObjectRef object, JSStringRef name);
 
+// The engine's lock, which the same thread may take more than once.
+JS_EXPORT void JSLock(JSContextRef ctx);
+JS_EXPORT void JSUnlock(JSContextRef ctx);
+
 // Has the engine stop its threads by that signal. False when it has chosen one already.
 JS_EXPORT bool JSConfigureSignalForGC(int signal);
 
@@ -41,3 +45,21 @@ JS_EXPORT JSObjectRef JSGetMemoryUsageStatistics(JSContextRef ctx);
 JS_EXPORT void JSSynchronousGarbageCollectForDebugging(JSContextRef ctx);
 
 }  // extern "C"
+
+namespace zelto::script {
+
+// While one lives, the engine's lock is taken. The engine gives it away before it calls a function, and each call of
+// the engine takes it and gives it back, which takes longer than most of these calls. Nothing else is called meanwhile:
+// the engine counts the depth of the stack from where its lock was taken.
+class EngineLock {
+ public:
+  explicit EngineLock(JSContextRef ctx) : ctx_(ctx) { JSLock(ctx); }
+  ~EngineLock() { JSUnlock(ctx_); }
+  EngineLock(const EngineLock&) = delete;
+  EngineLock& operator=(const EngineLock&) = delete;
+
+ private:
+  JSContextRef ctx_;
+};
+
+}  // namespace zelto::script

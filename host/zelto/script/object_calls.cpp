@@ -42,10 +42,15 @@ bool ObjectCalls::write(const VARIANT& value, JSValueRef* exception) {
   return realm_.errors().check(hr, L"Write", exception);
 }
 
+JsString ObjectCalls::take_text(JSValueRef* exception) const {
+  const EngineLock lock(realm_.context());
+  JSValueRef taken = realm_.prelude().take_text();
+  return JsString(taken ? JSValueToStringCopy(realm_.context(), taken, exception) : nullptr);
+}
+
 bool ObjectCalls::hand_text_over(JSValueRef* exception) {
   if (!realm_.prelude().has_text()) return true;
-  JSValueRef taken = realm_.prelude().take_text();
-  const JsString text(taken ? JSValueToStringCopy(realm_.context(), taken, exception) : nullptr);
+  const JsString text = take_text(exception);
   if (!text.get()) return *exception ? false : realm_.errors().raise(E_OUTOFMEMORY, {}, exception);
   const CComPtr<IPageOutput> output(realm_.globals().page_output());
   if (!output) return write(korlib::borrowed(CComBSTR(to_wide(text.view()))), exception);

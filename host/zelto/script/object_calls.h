@@ -73,6 +73,7 @@ class ObjectCalls {
   void note_kind(JSValueRef object, JSValueRef name);
 
  private:
+  JsString take_text(JSValueRef* exception) const;
   HRESULT invoke_once(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, UINT* refused);
   HRESULT put_once(IDispatch* object, DISPID id, const CallArguments& arguments, const VARIANT& value);
   HRESULT get_object(IDispatch* object, DISPID id, CallArguments& arguments, WORD flags, CComPtr<IDispatch>* out);

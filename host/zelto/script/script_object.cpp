@@ -78,6 +78,7 @@ HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LC
   RETURN_IF_FAILED(check_callable());
   return korlib::guarded(L"Zelto", [&]() -> HRESULT {
     const std::u16string key = to_utf16(std::wstring_view(names[0]));
+    const EngineLock lock(realm_->context());
     JsString text(std::u16string_view{key});
     bool is_lexical = false;
     if (!has_name(text, &is_lexical)) {
@@ -121,6 +122,7 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
 }
 
 HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, JSValueRef* exception) {
+  const EngineLock lock(realm_->context());
   const auto given = CallArguments::in_order(params);
   RootedValues arguments(realm_->context(), given.size());
   for (const VARIANT& argument : given) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <span>
 
 namespace zelto::script {
 namespace {
@@ -12,10 +14,55 @@ bool has_surrogates(std::u16string_view text) {
   return found;
 }
 
+// What is short goes through a buffer of so many characters.
+constexpr std::size_t kShort = 256;
+
+// The text, where it fits into the buffer behind its last NUL and is all ASCII; else nothing.
+std::string_view short_ascii(JSStringRef string, std::span<char> buffer) {
+  const std::size_t length = JSStringGetLength(string);
+  if (length >= buffer.size()) return {};
+  const bool is_ascii = JSStringGetUTF8CString(string, buffer.data(), buffer.size()) == length + 1;
+  return is_ascii ? std::string_view(buffer.data(), length) : std::string_view();
+}
+
+// The same the other way; false where the text is no such text, or has a NUL.
+bool fill_ascii(std::wstring_view text, std::span<char> buffer) {
+  if (text.size() >= buffer.size()) return false;
+  wchar_t all = 0;
+  bool has_nul = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    all |= text[i];
+    has_nul |= text[i] == 0;
+    buffer[i] = static_cast<char>(text[i]);
+  }
+  buffer[text.size()] = '\0';
+  return static_cast<std::uint32_t>(all) < 0x80 && !has_nul;
+}
+
+BSTR new_bstr(std::u16string_view text) {
+  const bool plain = !has_surrogates(text);
+  const std::size_t length = plain ? text.size() : korlib::utf32_length(text);
+  if (length >= kMaxBstrBytes / sizeof(wchar_t)) return nullptr;
+  BSTR out = SysAllocStringLen(nullptr, static_cast<UINT>(length));
+  if (!out) return nullptr;
+  if (plain) {
+    std::copy(text.begin(), text.end(), out);
+  } else {
+    korlib::fill_utf32(text, out);
+  }
+  return out;
+}
+
 }  // namespace
 
+// The engine keeps ASCII in half the space when it is made of bytes.
 JsString::JsString(std::wstring_view text) {
-  std::array<char16_t, 256> buffer;
+  std::array<char, kShort> bytes;
+  if (fill_ascii(text, bytes)) {
+    string_.reset(JSStringCreateWithUTF8CString(bytes.data()));
+    return;
+  }
+  std::array<char16_t, kShort> buffer;
   const std::size_t length = korlib::utf16_length(text);
   if (length <= buffer.size()) {
     korlib::fill_utf16(text, buffer.data());
@@ -30,6 +77,13 @@ JsString::JsString(std::u16string_view text)
 
 std::u16string_view JsString::view_of(JSStringRef string) {
   return {reinterpret_cast<const char16_t*>(JSStringGetCharactersPtr(string)), JSStringGetLength(string)};
+}
+
+ShortText::ShortText(JSStringRef string) {
+  std::array<char, std::tuple_size_v<decltype(copy_)>> bytes;
+  const std::string_view ascii = short_ascii(string, bytes);
+  std::ranges::copy(ascii, copy_.begin());
+  view_ = ascii.empty() ? JsString::view_of(string) : std::u16string_view(copy_.data(), ascii.size());
 }
 
 std::wstring to_wide(std::u16string_view text) {
@@ -63,17 +117,12 @@ JSValueRef to_string_value(JSContextRef ctx, JSValueRef value, JSValueRef* excep
   return text.get() ? JSValueMakeString(ctx, text.get()) : nullptr;
 }
 
-BSTR new_bstr(std::u16string_view text) {
-  const bool plain = !has_surrogates(text);
-  const std::size_t length = plain ? text.size() : korlib::utf32_length(text);
-  if (length >= kMaxBstrBytes / sizeof(wchar_t)) return nullptr;
-  BSTR out = SysAllocStringLen(nullptr, static_cast<UINT>(length));
-  if (!out) return nullptr;
-  if (plain) {
-    std::copy(text.begin(), text.end(), out);
-  } else {
-    korlib::fill_utf32(text, out);
-  }
+BSTR new_bstr(JSStringRef text) {
+  std::array<char, kShort> bytes;
+  const std::string_view ascii = short_ascii(text, bytes);
+  if (ascii.empty()) return new_bstr(JsString::view_of(text));
+  BSTR out = SysAllocStringLen(nullptr, static_cast<UINT>(ascii.size()));
+  if (out) std::ranges::copy(ascii, out);
   return out;
 }
 

@@ -1,6 +1,7 @@
 // Text between the engine (UTF-16) and the objects (UTF-32).
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -32,10 +33,24 @@ class JsString {
   std::unique_ptr<OpaqueJSString, Release> string_;
 };
 
+// The characters of an engine string, which outlives it. Asking the engine for them makes a copy of 16-bit characters
+// for most strings; of a short one, which mostly is all ASCII, they are copied into this object.
+class ShortText {
+ public:
+  explicit ShortText(JSStringRef string);
+  ShortText(const ShortText&) = delete;
+  ShortText& operator=(const ShortText&) = delete;
+  std::u16string_view view() const noexcept { return view_; }
+
+ private:
+  std::array<char16_t, 64> copy_;
+  std::u16string_view view_;
+};
+
 using korlib::to_utf16;
 using korlib::to_utf8;
 std::wstring to_wide(std::u16string_view text);  // lone surrogates become U+FFFD
-BSTR new_bstr(std::u16string_view text);         // null when memory is short
+BSTR new_bstr(JSStringRef text);                 // null when memory is short
 
 // Of a value that is known to be an object.
 inline JSObjectRef object_of(JSValueRef value) { return const_cast<JSObjectRef>(value); }

@@ -84,7 +84,7 @@ bool Values::bigint_to_variant(JSValueRef value, VARIANT* out, JSValueRef* excep
 bool Values::string_to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception) {
   const JsString text(JSValueToStringCopy(context_, value, exception));
   if (!text.get()) return false;
-  out->bstrVal = new_bstr(text.view());
+  out->bstrVal = new_bstr(text.get());
   if (!out->bstrVal) return errors_.raise(E_OUTOFMEMORY, {}, exception);
   out->vt = VT_BSTR;
   return true;

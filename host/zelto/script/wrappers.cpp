@@ -42,6 +42,7 @@ JSObjectRef Wrappers::wrap(IDispatch* object) {
   if (const auto known = automation_objects_.find(identity.get()); known != automation_objects_.end()) {
     if (JSObjectRef wrapper = known->second->script_object()) return wrapper;
   }
+  const EngineLock lock(realm_.context());
   auto held = std::make_unique<AutomationObject>(realm_, identity, CComPtr<IDispatch>(object));
   AutomationObject* kept = held.get();
   JSObjectRef wrapper = make(realm_.engine().classes().object, std::move(held));

@@ -116,7 +116,7 @@ JSValueRef create(Realm& realm, std::size_t count, const JSValueRef* values, JSV
   const JsString text(count > 0 ? JSValueToStringCopy(realm.context(), values[0], exception) : nullptr);
   if (*exception) return nullptr;
   CComBSTR name;
-  if (text.get()) name.attach(new_bstr(text.view()));
+  if (text.get()) name.attach(new_bstr(text.get()));
   SetErrorInfo(0, nullptr);
   CComPtr<IDispatch> object;
   const HRESULT hr = create_object(realm, name, &object);
