@@ -19,11 +19,11 @@ void ConsoleSink::write(std::string_view bytes) {
   if (out_) std::fwrite(bytes.data(), 1, bytes.size(), out_);
 }
 
-void ConsoleSink::write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) {
+void ConsoleSink::write_file(SharedFile file, std::uint64_t offset, std::uint64_t length) {
   std::array<char, 16384> piece{};
   while (length > 0) {
     const std::size_t wanted = std::min<std::uint64_t>(length, piece.size());
-    const ssize_t got = pread(file.get(), piece.data(), wanted, static_cast<off_t>(offset));
+    const ssize_t got = pread(file->get(), piece.data(), wanted, static_cast<off_t>(offset));
     if (got <= 0) break;
     write({piece.data(), static_cast<std::size_t>(got)});
     offset += static_cast<std::uint64_t>(got);

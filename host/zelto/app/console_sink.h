@@ -14,7 +14,7 @@ class ConsoleSink final : public ResponseSink {
 
   void start(ResponseHead head, std::uint64_t length) override;
   void write(std::string_view bytes) override;
-  void write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) override;
+  void write_file(SharedFile file, std::uint64_t offset, std::uint64_t length) override;
   void append_to_log(std::string_view text) override;
   void finish() override {
     if (out_) std::fflush(out_);

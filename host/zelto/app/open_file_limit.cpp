@@ -8,8 +8,8 @@ namespace zelto {
 
 namespace {
 
-constexpr std::size_t kForPages = 1024;
-constexpr std::size_t kFilesEach = 2;  // the connection, and the file that it is sent
+constexpr std::size_t kForPages = 1024;  // and for files that are kept open, an eighth of it
+constexpr std::size_t kFilesEach = 2;    // the connection, and the file that it is sent
 
 }  // namespace
 

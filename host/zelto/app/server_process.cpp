@@ -123,7 +123,8 @@ int run_server(const ServeCommand& command, Configuration& configuration, LogSin
   std::jthread exit_timer;
   {
     Site site(configuration.site);
-    const SessionSweeper sweeper(site.sessions(), kSweepPause, configuration.site.log);
+    const SessionSweeper sweeper(site.sessions(), kSweepPause, configuration.site.log,
+                                 [&site] { site.settings()->files.close_unused(); });
     SiteRouter router(site);
     Server server(configuration.server, worker_factory(site, orders.vitals), &router);
     start(server);

@@ -36,19 +36,19 @@ void AnswerQueue::begin(int socket, std::chrono::milliseconds patience) {
 }
 
 // What goes on behind bytes that could not be kept would be another answer.
-void AnswerQueue::write(std::string_view first, std::string_view second) {
+void AnswerQueue::write(std::string_view first, std::string_view second, bool file_follows) {
   try {
-    write_or_keep(first, second);
+    write_or_keep(first, second, file_follows ? MSG_MORE : 0);
   } catch (...) {
     fail();
     throw;
   }
 }
 
-void AnswerQueue::write_or_keep(std::string_view first, std::string_view second) {
+void AnswerQueue::write_or_keep(std::string_view first, std::string_view second, int flags) {
   {
     Lock lock(lock_);
-    if (!failed_ && is_empty()) send_now(first, second);
+    if (!failed_ && is_empty()) send_now(first, second, flags);
     if (failed_ || (first.empty() && second.empty())) return;
     while (!keep(first, second)) {
       if (is_empty()) keep_part(first, second);
@@ -81,7 +81,7 @@ void AnswerQueue::wait_until_empty(Lock& lock) {
   patience_ -= std::min(patience_, std::chrono::steady_clock::now() - began);
 }
 
-void AnswerQueue::write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) {
+void AnswerQueue::write_file(SharedFile file, std::uint64_t offset, std::uint64_t length) {
   {
     const Lock lock(lock_);
     if (failed_ || file_ || length == 0) return;
@@ -99,7 +99,7 @@ void AnswerQueue::write_file(base::FileDescriptor file, std::uint64_t offset, st
 }
 
 // Until the socket takes no more.
-void AnswerQueue::send_now(std::string_view& first, std::string_view& second) {
+void AnswerQueue::send_now(std::string_view& first, std::string_view& second, int flags) {
   while (!first.empty() || !second.empty()) {
     // sendmsg does not write through these.
     std::array<iovec, 2> parts = {iovec{const_cast<char*>(first.data()), first.size()},
@@ -107,7 +107,7 @@ void AnswerQueue::send_now(std::string_view& first, std::string_view& second) {
     msghdr message{};
     message.msg_iov = parts.data();
     message.msg_iovlen = parts.size();
-    const ssize_t sent = ::sendmsg(socket_, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
+    const ssize_t sent = ::sendmsg(socket_, &message, MSG_NOSIGNAL | MSG_DONTWAIT | flags);
     if (sent < 0 && errno == EINTR) continue;
     if (sent < 0 && takes_no_more(errno)) return;
     if (sent < 0) return fail_locked();
@@ -164,8 +164,8 @@ AnswerQueue::Progress AnswerQueue::send() {
       takes = send_from(spooled_->descriptor(), spooled_sent_, spooled_->size());
       if (spooled_ && spooled_sent_ == spooled_->size()) drop_file();
     } else {
-      takes = send_from(file_.get(), file_offset_, file_end_);
-      if (file_offset_ == file_end_) file_.close();
+      takes = send_from(file_->get(), file_offset_, file_end_);
+      if (file_offset_ == file_end_) file_.reset();
     }
   }
   room_.notify_all();
@@ -221,7 +221,7 @@ void AnswerQueue::fail_locked() {
   memory_sent_ = 0;
   share_.resize(0);
   drop_file();
-  file_.close();
+  file_.reset();
   room_.notify_all();
 }
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/file_descriptor.h"
+#include "http/message.h"
 #include "http/spool.h"
 
 namespace zelto {
@@ -32,9 +32,10 @@ class AnswerQueue {
   // --- the writer
 
   // Waits only when neither memory nor file can keep the bytes. A client that does not take them in that time fails.
-  void write(std::string_view first, std::string_view second = {});
+  // With `file_follows`, what write_file() is given next travels in the same packets.
+  void write(std::string_view first, std::string_view second = {}, bool file_follows = false);
   // The answer's end: `length` bytes of the file from `offset`.
-  void write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length);
+  void write_file(SharedFile file, std::uint64_t offset, std::uint64_t length);
 
   // --- the sender
 
@@ -54,8 +55,8 @@ class AnswerQueue {
   using Lock = std::unique_lock<std::mutex>;
 
   bool is_empty() const { return memory_sent_ == memory_.size() && !spooled_ && !file_; }
-  void write_or_keep(std::string_view first, std::string_view second);
-  void send_now(std::string_view& first, std::string_view& second);
+  void write_or_keep(std::string_view first, std::string_view second, int flags);
+  void send_now(std::string_view& first, std::string_view& second, int flags = 0);
   bool keep(std::string_view first, std::string_view second);
   void keep_part(std::string_view& first, std::string_view& second);
   void wait_until_empty(Lock& lock);
@@ -85,7 +86,7 @@ class AnswerQueue {
   Share share_;
   std::optional<SpoolFile> spooled_;
   std::uint64_t spooled_sent_ = 0;
-  base::FileDescriptor file_;
+  SharedFile file_;
   std::uint64_t file_offset_ = 0;
   std::uint64_t file_end_ = 0;
 };

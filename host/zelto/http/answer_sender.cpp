@@ -8,13 +8,14 @@ namespace zelto {
 void AnswerSender::send(const std::shared_ptr<void>& owner) {
   if (active_ || !socket_.is_open() || !queue_.is_sending()) return;
   active_ = true;
-  watch(owner);
+  watched_ = false;
   step(owner);
 }
 
 void AnswerSender::step(const std::shared_ptr<void>& owner) {
   if (queue_.send() == AnswerQueue::Progress::waits) {
     try {
+      if (!watched_) watch(owner);
       socket_.async_wait(Socket::wait_write, [this, owner](const boost::system::error_code&) {
         if (socket_.is_open()) step(owner);
       });
@@ -29,6 +30,7 @@ void AnswerSender::step(const std::shared_ptr<void>& owner) {
 }
 
 void AnswerSender::watch(const std::shared_ptr<void>& owner) {
+  watched_ = true;
   delivered_ = queue_.delivered();
   span_began_ = std::chrono::steady_clock::now();
   deadline_.arm(limits_.send_timeout, owner);

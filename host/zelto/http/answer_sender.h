@@ -38,6 +38,7 @@ class AnswerSender {
   const HttpLimits& limits_;
   const std::function<void()> on_end_;
   bool active_ = false;
+  bool watched_ = false;
   std::uint64_t delivered_ = 0;  // when the span began that is watched
   std::chrono::steady_clock::time_point span_began_;
 };

@@ -34,8 +34,11 @@ Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> ter
       deadline_(socket_.get_executor(), [this] { guarded([this] { on_timeout(); }); }),
       reader_(limits(), shared.spool),
       read_rate_(limits().body_timeout, limits().body_rate),
-      // A worker may write, so that sending is left to the loop.
-      queue_(shared.spool, limits().send_memory, [this] { post(&Connection::send); }),
+      // While a worker writes, sending is left to the loop; what the loop itself has written, on_written() sends.
+      queue_(shared.spool, limits().send_memory,
+             [this] {
+               if (job_.is_out()) post(&Connection::send);
+             }),
       sink_(queue_),
       sender_(socket_, queue_, deadline_, limits(), [this] { on_sent(); }),
       job_(shared.pool, reader_, sink_, shared.report, [this] { post(&Connection::on_answered); }) {}
@@ -255,8 +258,8 @@ void Connection::answer_unread() {
 void Connection::on_written() {
   phase_ = Phase::sending;
   if (!queue_.is_sending()) return on_sent();
-  shared_.table.set_state(this, ConnectionState::exchanging);
   send();
+  if (sender_.is_active()) shared_.table.set_state(this, ConnectionState::exchanging);
 }
 
 // A line that there is no memory for is lost; the connection goes on.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -52,7 +53,12 @@ struct ResponseHead {
   int status = 200;
   std::string reason = "OK";
   std::vector<Header> headers;  // those of the connection are not sent
+  // In front of these: what write_header_lines() once wrote, for answers that are alike. Read by start() only.
+  std::string_view lines = {};
 };
+
+// A file that several answers may be sent from at a time.
+using SharedFile = std::shared_ptr<const base::FileDescriptor>;
 
 // Where a response goes. One thread calls it, in the order start, write…, finish or break_off. A client that has
 // gone makes the calls do nothing; connected() tells.
@@ -66,7 +72,7 @@ class ResponseSink {
   // Does not wait for the client, unless there is no room left for what it has not taken.
   virtual void write(std::string_view bytes) = 0;
   // In place of the last write: `length` bytes of the file from `offset`, sent without keeping the calling thread.
-  virtual void write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) = 0;
+  virtual void write_file(SharedFile file, std::uint64_t offset, std::uint64_t length) = 0;
   virtual void finish() = 0;
   // In place of finish(), when the response cannot be completed: sends what was written, then ends the connection so
   // that the client sees that the rest is missing.

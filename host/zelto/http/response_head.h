@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,10 @@
 namespace zelto {
 
 enum class Framing { length, chunked, until_close, none };
+
+// Headers as ResponseHead::lines takes them. Those that write_response_head() drops are not among them, and what it
+// says of guessing types is.
+std::string write_header_lines(std::span<const Header> headers);
 
 // The head as sent, with its empty line. The connection's own headers are written by it alone: those of
 // the same name in `head` are dropped, and so is every header with a CR, LF or NUL in it.

@@ -86,14 +86,14 @@ void SocketSink::write_body(std::string_view bytes) {
   if (chunked_) gathered_ += "\r\n";
 }
 
-void SocketSink::send(std::string_view bytes) {
-  queue_.write(gathered_, bytes);
+void SocketSink::send(std::string_view bytes, bool file_follows) {
+  queue_.write(gathered_, bytes, file_follows);
   gathered_.clear();
 }
 
-void SocketSink::write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) {
+void SocketSink::write_file(SharedFile file, std::uint64_t offset, std::uint64_t length) {
   if (!started_ || finished_ || !has_body_ || chunked_ || length > remaining_) return;
-  send({});
+  send({}, length > 0);
   queue_.write_file(std::move(file), offset, length);
   if (remaining_ != kUnknownLength) remaining_ -= length;
   body_bytes_ += length;

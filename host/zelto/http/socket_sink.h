@@ -30,7 +30,7 @@ class SocketSink final : public ResponseSink {
 
   void start(ResponseHead head, std::uint64_t length) override;
   void write(std::string_view bytes) override;
-  void write_file(base::FileDescriptor file, std::uint64_t offset, std::uint64_t length) override;
+  void write_file(SharedFile file, std::uint64_t offset, std::uint64_t length) override;
   void finish() override;
   void break_off() override;
   bool connected() const override;
@@ -49,7 +49,7 @@ class SocketSink final : public ResponseSink {
 
  private:
   void write_body(std::string_view bytes);
-  void send(std::string_view bytes);
+  void send(std::string_view bytes, bool file_follows = false);
 
   AnswerQueue& queue_;
   int socket_ = -1;

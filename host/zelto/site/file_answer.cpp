@@ -1,7 +1,6 @@
 #include "site/file_answer.h"
 
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
@@ -9,8 +8,10 @@
 #include <ctime>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "base/letter_case.h"
+#include "http/response_head.h"
 #include "http/status.h"
 #include "text/http_date.h"
 #include "text/http_grammar.h"
@@ -132,42 +133,49 @@ std::string_view content_type_of(std::string_view file_name) {
   return kUnknownType;
 }
 
-void send_file(const HttpRequest& request, std::string_view name, base::FileDescriptor file, ResponseSink& sink) {
-  struct stat about {};
-  if (!file || ::fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode))
-    return serve_status(sink, status::kNotFound);
-  const auto size = static_cast<std::uint64_t>(about.st_size);
-  const std::string tag = entity_tag(about);
-  const std::string modified = http_date(about.st_mtim.tv_sec);
+std::shared_ptr<const OpenFile> describe_file(std::string_view name, base::FileDescriptor file) {
+  auto described = std::make_shared<OpenFile>();
+  struct stat& about = described->about;
+  if (!file || ::fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode)) return nullptr;
+  described->descriptor = std::move(file);
+  described->tag = entity_tag(about);
+  described->modified = http_date(about.st_mtim.tv_sec);
+  std::vector<Header> headers = {
+      {"ETag", described->tag}, {"Last-Modified", described->modified}, {"Cache-Control", "no-cache"}};
+  described->lines_alone = write_header_lines(headers);
+  const std::string_view type = content_type_of(name);
+  headers.push_back({"Content-Type", std::string(type)});
+  if (type == kUnknownType) headers.push_back({"Content-Disposition", "attachment"});
+  headers.push_back({"Accept-Ranges", "bytes"});
+  described->lines = write_header_lines(headers);
+  return described;
+}
+
+void send_file(const HttpRequest& request, const std::shared_ptr<const OpenFile>& file, ResponseSink& sink) {
+  if (!file) return serve_status(sink, status::kNotFound);
+  const auto size = static_cast<std::uint64_t>(file->about.st_size);
   ResponseHead head;
-  head.headers = {{"ETag", tag}, {"Last-Modified", modified}, {"Cache-Control", "no-cache"}};
-  const bool is_known = is_unmodified(request, tag, about.st_mtim.tv_sec);
-  ByteRange range{true, 0, size};
-  if (is_known) {
+  if (is_unmodified(request, file->tag, file->about.st_mtim.tv_sec)) {
     head.status = status::kNotModified;
-  } else if (const auto wanted = wanted_range(request, tag, modified, size)) {
+    head.reason = reason_of(head.status);
+    head.lines = file->lines_alone;
+    sink.start(std::move(head), 0);
+    return sink.finish();
+  }
+  ByteRange range{true, 0, size};
+  if (const auto wanted = wanted_range(request, file->tag, file->modified, size)) {
     if (!wanted->satisfiable) {
       return serve_status(sink, status::kRangeNotSatisfiable, {}, {{"Content-Range", fmt::format("bytes */{}", size)}});
     }
     range = *wanted;
     head.status = status::kPartialContent;
+    head.reason = reason_of(head.status);
     head.headers.push_back(
         {"Content-Range", fmt::format("bytes {}-{}/{}", range.first, range.first + range.length - 1, size)});
   }
-  head.reason = reason_of(head.status);
-  if (is_known) {
-    sink.start(std::move(head), 0);
-    return sink.finish();
-  }
-  const std::string_view type = content_type_of(name);
-  head.headers.push_back({"Content-Type", std::string(type)});
-  if (type == kUnknownType) {
-    head.headers.push_back({"Content-Disposition", "attachment"});
-    head.headers.push_back({"X-Content-Type-Options", "nosniff"});
-  }
-  head.headers.push_back({"Accept-Ranges", "bytes"});
+  head.lines = file->lines;
   sink.start(std::move(head), range.length);
-  sink.write_file(std::move(file), range.first, range.length);
+  sink.write_file(SharedFile(file, &file->descriptor), range.first, range.length);
   sink.finish();
 }
 

@@ -1,17 +1,34 @@
 // The answer to a request for a file: all of it, a part, or that the client has it already.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "http/message.h"
 
 namespace zelto {
 
-// Sends the open file as the request's conditions and its Range ask; the type comes from the name. 404 when it is not
-// open or not a regular file.
-void send_file(const HttpRequest& request, std::string_view name, base::FileDescriptor file, ResponseSink& sink);
+// A file with what its answers say of it, as it was when it was opened.
+struct OpenFile {
+  base::FileDescriptor descriptor;
+  struct stat about {};
+  std::string tag;
+  std::string modified;
+  // Of the heads of answers with content and without, as in ResponseHead.
+  std::string lines;
+  std::string lines_alone;
+};
+
+// The type comes from the name. Null when the file is not open or not a regular file.
+std::shared_ptr<const OpenFile> describe_file(std::string_view name, base::FileDescriptor file);
+
+// Sends the file as the request's conditions and its Range ask; 404 without one.
+void send_file(const HttpRequest& request, const std::shared_ptr<const OpenFile>& file, ResponseSink& sink);
 
 inline constexpr std::string_view kUnknownType = "application/octet-stream";
 // The Content-Type of a file name, kUnknownType when the extension says nothing. Such a file is sent as a download, so

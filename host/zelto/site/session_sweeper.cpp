@@ -9,12 +9,14 @@
 
 namespace zelto {
 
-SessionSweeper::SessionSweeper(SessionStore& store, std::chrono::milliseconds pause, Log log)
-    : store_(store), log_(std::move(log)), thread_([this, pause](const std::stop_token& stop) {
+SessionSweeper::SessionSweeper(SessionStore& store, std::chrono::milliseconds pause, Log log,
+                               std::function<void()> also)
+    : store_(store), log_(std::move(log)), also_(std::move(also)), thread_([this, pause](const std::stop_token& stop) {
         while (base::wait_unless_stopped(stop, pause)) {
           try {
             store_.sweep(SessionStore::Clock::now());
             report();
+            if (also_) also_();
           } catch (const std::bad_alloc&) {
             continue;  // there may be memory the next time
           }

@@ -1,4 +1,4 @@
-// Ends the sessions that nobody uses any more, on a thread of its own.
+// Ends the sessions that nobody uses any more, and what else is to end so, on a thread of its own.
 #pragma once
 
 #include <chrono>
@@ -12,9 +12,9 @@ namespace zelto {
 
 class SessionSweeper {
  public:
-  // `log` is called on that thread, with a line without its end.
+  // Both are called on that thread: `log` with a line without its end, `also` in every sweep.
   using Log = std::function<void(std::string_view)>;
-  SessionSweeper(SessionStore& store, std::chrono::milliseconds pause, Log log);
+  SessionSweeper(SessionStore& store, std::chrono::milliseconds pause, Log log, std::function<void()> also = {});
   SessionSweeper(const SessionSweeper&) = delete;
   SessionSweeper& operator=(const SessionSweeper&) = delete;
 
@@ -23,6 +23,7 @@ class SessionSweeper {
 
   SessionStore& store_;
   const Log log_;
+  const std::function<void()> also_;
   std::jthread thread_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <linux/openat2.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -30,24 +31,56 @@ std::string path_of(int descriptor) {
   return {path.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
 }
 
+// So that, where few may be open, most are left to clients and pages.
+std::size_t files_to_keep(std::size_t wanted) {
+  rlimit files{};
+  return ::getrlimit(RLIMIT_NOFILE, &files) == 0 ? std::min<rlim_t>(wanted, files.rlim_cur / 16) : wanted;
+}
+
+// From here on opening the file is cheaper than looking at every folder on the way.
+constexpr std::ptrdiff_t kMostLooks = 3;
+
+bool same_time(const timespec& one, const timespec& other) {
+  return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
+}
+
+// The same file, and nothing has been written to it or changed about who may read it. As long as one is open, no other
+// file gets its number.
+bool is_unchanged(const struct stat& then, const struct stat& now) {
+  return then.st_ino == now.st_ino && then.st_dev == now.st_dev && then.st_mode == now.st_mode &&
+         then.st_uid == now.st_uid && then.st_gid == now.st_gid && then.st_size == now.st_size &&
+         same_time(then.st_mtim, now.st_mtim) && same_time(then.st_ctim, now.st_ctim);
+}
+
 }  // namespace
 
 StaticFiles::StaticFiles(StaticOptions options)
-    : options_(std::move(options)), root_(::open(options_.root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+    : options_(std::move(options)),
+      root_(::open(options_.root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
+      open_files_(files_to_keep(options_.open_files)) {
   if (!root_) throw std::system_error(errno, std::generic_category(), "opening the site " + options_.root);
   options_.root = path_of(root_.get());
 }
 
 base::FileDescriptor StaticFiles::open_beneath(const std::string& relative, int flags, std::uint64_t resolve) const {
+  const auto has_failed = [](const base::FileDescriptor& file) {
+    return !file && (errno == EMFILE || errno == ENFILE);
+  };
+  base::FileDescriptor file = try_open(relative, flags, resolve);
+  if (!has_failed(file)) return file;
+  open_files_.close_all();
+  file = try_open(relative, flags, resolve);
+  if (has_failed(file)) throw std::system_error(errno, std::generic_category(), "opening " + relative.substr(1));
+  return file;
+}
+
+base::FileDescriptor StaticFiles::try_open(const std::string& relative, int flags, std::uint64_t resolve) const {
   open_how how{};
   // Opened to be read without blocking: a name may be a pipe that nobody writes to.
   flags |= O_CLOEXEC | (flags == O_PATH ? 0 : O_NONBLOCK);
   how.flags = static_cast<std::uint64_t>(flags);
   how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS | resolve;
   const long opened = ::syscall(SYS_openat2, root_.get(), relative.c_str(), &how, sizeof how);
-  if (opened < 0 && (errno == EMFILE || errno == ENFILE)) {
-    throw std::system_error(errno, std::generic_category(), "opening " + relative.substr(1));
-  }
   if (opened >= 0 || (errno != ENOSYS && errno != EPERM)) return base::FileDescriptor(static_cast<int>(opened));
   // An old kernel, or a sandbox that does not know the call: open first, then look where that went.
   base::FileDescriptor file(::openat(root_.get(), relative.c_str(), flags));
@@ -61,7 +94,37 @@ base::FileDescriptor StaticFiles::open_beneath(const std::string& relative, int 
   return file;
 }
 
+// What the path names, when there is no link on the way.
+std::optional<struct stat> StaticFiles::look(std::string_view path) const {
+  struct stat about {};
+  if (std::ranges::count(path, '/') > kMostLooks) {
+    const base::FileDescriptor file = open_beneath("." + std::string(path), O_PATH, RESOLVE_NO_SYMLINKS);
+    return file && ::fstat(file.get(), &about) == 0 ? std::optional(about) : std::nullopt;
+  }
+  std::string name(path.substr(1));
+  for (auto slash = name.find('/'); slash != std::string::npos; slash = name.find('/', slash + 1)) {
+    name[slash] = '\0';
+    if (::fstatat(root_.get(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISDIR(about.st_mode)) return {};
+    name[slash] = '/';
+  }
+  return ::fstatat(root_.get(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0 ? std::optional(about) : std::nullopt;
+}
+
+// What was found under that path before, as a file that is not protected and not reached through a link, and is still
+// that very file.
+FoundFile StaticFiles::find_open(std::string_view path) const {
+  auto file = open_files_.find(path);
+  if (!file) return {};
+  const auto now = look(path);
+  if (!now || !is_unchanged(file->about, *now)) {
+    open_files_.forget(path);
+    return {};
+  }
+  return {FoundFile::Kind::file, std::string(path), options_.root + std::string(path), false, std::move(file)};
+}
+
 FoundFile StaticFiles::find(std::string_view path) const {
+  if (FoundFile open = find_open(path); open.open) return open;
   if (const auto name = options_.protected_names.find_in(path); !name.empty())
     return {FoundFile::Kind::protected_name, std::string(name), {}};
   const base::FileDescriptor file = open_beneath("." + std::string(path), O_PATH, RESOLVE_NO_SYMLINKS);
@@ -103,7 +166,7 @@ FoundFile StaticFiles::found(std::string_view path, std::string_view real, const
   const bool is_unknown = content_type_of(path) == kUnknownType || content_type_of(real) == kUnknownType;
   const bool is_refused = options_.refuses_unknown_types && is_unknown && !path.starts_with("/.well-known/");
   if (kind == FoundFile::Kind::file && is_refused) return {};
-  return {kind, std::string(path), options_.root + std::string(path)};
+  return {kind, std::string(path), options_.root + std::string(path), path != real};
 }
 
 void StaticFiles::serve(const HttpRequest& request, const FoundFile& found, ResponseSink& sink) const {
@@ -114,7 +177,10 @@ void StaticFiles::serve(const HttpRequest& request, const FoundFile& found, Resp
   if (found.kind != FoundFile::Kind::file) return serve_status(sink, status::kNotFound);
   if (request.method != "GET" && request.method != "HEAD")
     return serve_status(sink, status::kMethodNotAllowed, {}, {{"Allow", "GET, HEAD"}});
-  send_file(request, found.path, open_beneath("." + found.path, O_RDONLY), sink);
+  if (found.open) return send_file(request, found.open, sink);
+  const auto file = describe_file(found.path, open_beneath("." + found.path, O_RDONLY));
+  if (file && !found.is_linked) open_files_.keep(found.path, file);
+  send_file(request, file, sink);
 }
 
 }  // namespace zelto

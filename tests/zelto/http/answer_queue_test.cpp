@@ -8,6 +8,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -46,6 +47,9 @@ class AnswerQueueTest : public ::testing::Test {
       read += read_some();
     }
     return read;
+  }
+  static zelto::SharedFile opened(const std::string& path) {
+    return std::make_shared<const base::FileDescriptor>(::open(path.c_str(), O_RDONLY));
   }
   static std::string pattern(std::size_t size) {
     std::string bytes;
@@ -94,7 +98,7 @@ TEST_F(AnswerQueueTest, SendsAFileBehindWhatWasWritten) {
   queue.begin(ends[0], kPatience);
   const std::string all = pattern(60'000);
   queue.write(all);
-  queue.write_file(base::FileDescriptor(::open(file.c_str(), O_RDONLY)), 2, 5);
+  queue.write_file(opened(file), 2, 5);
   EXPECT_EQ(all + "23456", read_all(queue, all.size() + 5));
   EXPECT_EQ(Progress::sent, queue.send());
 }
@@ -103,7 +107,7 @@ TEST_F(AnswerQueueTest, FailsWhenItsFileHasBecomeShorter) {
   const std::string file = folder.write("file", "0123456789");
   AnswerQueue queue(spool, 100'000, [] {});
   queue.begin(ends[0], kPatience);
-  queue.write_file(base::FileDescriptor(::open(file.c_str(), O_RDONLY)), 0, 20);
+  queue.write_file(opened(file), 0, 20);
   EXPECT_EQ(Progress::failed, queue.send());
   EXPECT_TRUE(queue.failed());
 }

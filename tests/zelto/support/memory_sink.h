@@ -23,9 +23,7 @@ class MemorySink final : public zelto::ResponseSink {
     body += bytes;
     writes.emplace_back(bytes);
   }
-  void write_file(base::FileDescriptor, std::uint64_t, std::uint64_t) override {
-    ADD_FAILURE() << "no page sends files";
-  }
+  void write_file(zelto::SharedFile, std::uint64_t, std::uint64_t) override { ADD_FAILURE() << "no page sends files"; }
   void finish() override { ++finishes; }
   void break_off() override { ++breaks; }
   bool connected() const override { return is_connected; }
