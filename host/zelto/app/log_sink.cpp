@@ -59,8 +59,17 @@ void LogSink::open(const std::string& file) {
 void LogSink::sink_it_(const spdlog::details::log_msg& message) {
   std::string line = plain_line({message.payload.data(), message.payload.size()});
   line += '\n';
+  take(std::move(line), 1);
+}
+
+void LogSink::write_lines(std::string_view lines, std::size_t count) {
+  const std::scoped_lock guard(mutex_);
+  take(std::string(lines), count);
+}
+
+void LogSink::take(std::string text, std::uint64_t lines) {
   tell_lost();
-  add(std::move(line), 1);
+  add(std::move(text), lines);
   write();
   if (!lines_.empty()) added_.notify_all();
 }

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <thread>
 
 #include "app/outlet.h"
@@ -41,16 +42,20 @@ class LogSink final : public spdlog::sinks::base_sink<std::mutex> {
   // std::system_error, and goes on as before, when it cannot be opened.
   void open(const std::string& file);
 
+  // So many lines, each with its end and nothing in it that a line must not have, in one piece.
+  void write_lines(std::string_view lines, std::size_t count);
+
  private:
   struct Line {
     std::string text;
-    std::uint64_t lost;  // lines, if this one is
+    std::uint64_t lost;  // lines of the log, if this one is
   };
 
   void sink_it_(const spdlog::details::log_msg& message) override;
   void flush_() override {}
 
   // Called with the mutex locked.
+  void take(std::string text, std::uint64_t lines);
   void add(std::string text, std::uint64_t lost);
   void tell_lost();
   void write();

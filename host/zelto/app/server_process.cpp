@@ -117,7 +117,9 @@ int run_server(const ServeCommand& command, Configuration& configuration, LogSin
   sink.set_when_full(LogSink::WhenFull::keep);
   configuration.site.log = [&log](std::string_view line) { log.info(line); };
   configuration.server.on_problem = [&log](std::string_view problem) { log.info("zelto: {}", problem); };
-  configuration.server.on_access = [&log](const AccessRecord& record) { log.info(combined_line(record)); };
+  configuration.server.on_access_lines = [&sink](std::string_view lines, std::size_t count) {
+    sink.write_lines(lines, count);
+  };
   if (orders.vitals) configuration.server.on_beat = [vitals = orders.vitals] { vitals->beat(); };
   bool all_answered = false;
   std::jthread exit_timer;

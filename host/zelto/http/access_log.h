@@ -24,5 +24,6 @@ struct AccessRecord {
 // Quotes, backslashes and control characters, each byte of one, are written as \xHH; so is what is not ASCII in the
 // text of a client.
 std::string combined_line(const AccessRecord& record);
+void append_combined_line(std::string& out, const AccessRecord& record);
 
 }  // namespace zelto

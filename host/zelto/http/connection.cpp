@@ -265,7 +265,7 @@ void Connection::on_written() {
 // A line that there is no memory for is lost; the connection goes on.
 void Connection::log_answer() {
   try {
-    shared_.log(record_.end(sink_));
+    shared_.log(record_.end(sink_), socket_.get_executor());
   } catch (const std::bad_alloc& problem) {
     shared_.report(problem.what());
   }

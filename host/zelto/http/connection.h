@@ -39,7 +39,7 @@ struct ConnectionShared {
   ConnectionTable& table;
   Spool& spool;
   Router* router;  // null when workers answer everything
-  std::function<void(const AccessRecord&)> log;
+  std::function<void(const AccessRecord&, const IoLoop::Executor& loop)> log;
   std::function<void(std::string_view)> report;  // of what goes wrong in the server itself
   std::atomic<bool> stopping = false;
 };

@@ -5,9 +5,13 @@
 
 namespace zelto {
 
-void IoLoop::start(std::function<void()> on_begin, std::function<void(std::string_view)> on_failure) {
+void IoLoop::start(std::function<void()> on_begin, std::function<void(std::string_view)> on_failure,
+                   std::function<void()> on_end) {
   thread_ = std::jthread(
-      [this, on_begin = std::move(on_begin), on_failure = std::move(on_failure)] { run(on_begin, on_failure); });
+      [this, on_begin = std::move(on_begin), on_failure = std::move(on_failure), on_end = std::move(on_end)] {
+        run(on_begin, on_failure);
+        on_end();
+      });
 }
 
 void IoLoop::stop() {

@@ -19,8 +19,9 @@ class IoLoop {
 
   // `on_begin` is called on the thread before anything else, and again after each failure. A handler that throws, for
   // want of memory, is a failure: what it worked for goes with it, and the others go on. `on_failure` is told what went
-  // wrong, and may wait.
-  void start(std::function<void()> on_begin, std::function<void(std::string_view)> on_failure);
+  // wrong, and may wait. `on_end` is called on the thread once no handler runs any more.
+  void start(std::function<void()> on_begin, std::function<void(std::string_view)> on_failure,
+             std::function<void()> on_end);
   // Lets the handler that runs end, drops the others, and joins the thread.
   void stop();
 

@@ -11,11 +11,13 @@
 #include <future>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "http/access_lines.h"
 #include "http/client_address.h"
 #include "http/connection.h"
 #include "http/deadline.h"
@@ -56,12 +58,15 @@ class Server::Impl {
                 table_,
                 spool_,
                 router,
-                [this](const AccessRecord& record) { log(record); },
+                [this](const AccessRecord& record, const IoLoop::Executor& loop) { log(record, loop); },
                 [this](std::string_view problem) { report(problem); }},
         loops_(std::max(options_.io_threads, 1U)),
         acceptor_(loops_.front().executor()),
         retry_(loops_.front().executor()),
-        beat_(loops_.front().executor()) {}
+        beat_(loops_.front().executor()) {
+    for (IoLoop& loop : loops_)
+      lines_.emplace_back(loop.executor(), [this](std::string_view lines, std::size_t count) { log(lines, count); });
+  }
 
   ~Impl() {
     try {
@@ -77,8 +82,9 @@ class Server::Impl {
     listen();
     try_spool();
     pool_.start();
-    for (IoLoop& loop : loops_) {
-      loop.start([this] { serve(); }, [this](std::string_view problem) { on_failure(problem); });
+    for (std::size_t i = 0; i < loops_.size(); ++i) {
+      loops_[i].start([this] { serve(); }, [this](std::string_view problem) { on_failure(problem); },
+                      [this, i] { lines_[i].flush(); });
       started_ = true;
     }
   }
@@ -211,10 +217,22 @@ class Server::Impl {
     admission.admitted ? connection->start() : connection->turn_away();
   }
 
-  void log(const AccessRecord& record) {
+  void log(const AccessRecord& record, const IoLoop::Executor& loop) {
+    if (options_.on_access_lines) {
+      const auto found = std::ranges::find_if(loops_, [&](IoLoop& one) { return one.executor() == loop; });
+      lines_[static_cast<std::size_t>(found - loops_.begin())].add(record);
+    }
     if (!options_.on_access) return;
     const std::lock_guard lock(log_lock_);
     options_.on_access(record);
+  }
+
+  void log(std::string_view lines, std::size_t count) const {
+    try {
+      options_.on_access_lines(lines, count);
+    } catch (const std::bad_alloc& problem) {
+      report(problem.what());
+    }
   }
 
   // Called where an exception has just been caught: what cannot be told must not end the program.
@@ -237,6 +255,7 @@ class Server::Impl {
   std::atomic<bool> accepting_ = false;
   std::atomic<bool> beating_ = false;
   bool started_ = false;
+  std::deque<AccessLines> lines_;  // of each loop
   // Behind what their handlers use: destroying them destroys the connections that are left. The first one accepts for
   // all, and goes first.
   std::deque<IoLoop> loops_;

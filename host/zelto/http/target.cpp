@@ -37,7 +37,10 @@ std::optional<std::string> decode_path(std::string_view path) {
 }
 
 // What is not well-formed comes back as a replacement character.
-bool is_utf8(std::string_view text) { return korlib::to_utf8(korlib::to_wide(text)) == text; }
+bool is_utf8(std::string_view text) {
+  const bool is_ascii = std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  return is_ascii || korlib::to_utf8(korlib::to_wide(text)) == text;
+}
 
 // Names that other systems map onto an existing file: "page.asp.", "page.asp ", "page.asp::$DATA".
 bool is_alias_name(std::string_view name) {

@@ -102,6 +102,14 @@ TEST_F(LogSink, OutlivesAFileThatTakesNothing) {
 }
 
 // A file that may not grow takes a part of a line; once it may, the next one begins at its beginning.
+TEST_F(LogSink, WritesManyLinesAtOnceAndCountsThoseThatAreLost) {
+  sink->open("/dev/full");
+  sink->write_lines("a\nb\n", 2);
+  sink->open(file);
+  sink->write_lines("c\nd\n", 2);
+  EXPECT_EQ("zelto: 2 lines of the log lost: No space left on device\nc\nd\n", folder.read("host.log"));
+}
+
 TEST_F(LogSink, GoesOnInAFileThatWasFull) {
   sink->open(file);
   log.info("before");
