@@ -1,10 +1,10 @@
 // What a page costs here and elsewhere:  node bench/peers.mjs [SECONDS] [--no-growth] [--into DOCUMENT]
 //
 // One table of 100 rows with four cells, two of them escaped: as pages of ours, by node, by PHP-FPM, and as a file. The
-// bytes of all answers are the same, which is checked. Beside them the examples, two workers, and how the time of a
-// row, of a template and of a session grows with their number.
+// bytes of all answers are the same, which is checked. Beside them the examples, two workers, few and many connections,
+// and how the time of a row, of a template and of a session grows with their number.
 //
-// A server runs on one core and wrk on another, with 16 connections; with two workers both have both. Rows take turns
+// A server runs on one core and wrk on another, with 16 connections where nothing else is said; with two workers both have both. Rows take turns
 // for that long (3 seconds), five times; each figure is the median, and the spread half the distance from the least to
 // the most. The processors' time is that of all processes of a server, what the system did for them included. With
 // --into, the figures go into the document's section `<!-- peers -->`, and a chart of them, peers.svg, beside it.
@@ -17,7 +17,7 @@ import { fill, machine } from './document.mjs';
 import { chart } from './peers/chart.mjs';
 import { growth } from './peers/growth.mjs';
 import { cores } from './peers/processes.mjs';
-import { figures, goals, grown } from './peers/report.mjs';
+import { crowds, figures, goals, grown } from './peers/report.mjs';
 import { measure, requestFile } from './peers/rounds.mjs';
 import { example, newSessions, nginxFiles, node, php, table, zelto } from './peers/servers.mjs';
 
@@ -99,6 +99,15 @@ async function check(rows, same) {
   }
 }
 
+// The same rows with so many connections. Of requests for pages no more than 256 may wait: others are refused.
+async function crowded(rows, counts) {
+  const some = ['nginx', 'file', 'hello'].map((key) => rows.find((row) => row.key === key));
+  const asked = some.flatMap((row) => counts.map((count) => ({
+    ...row, connections: row.path.includes('.asp') ? Math.min(count, 256) : count,
+  })));
+  return crowds(counts, await measure(asked, { rounds: 3, seconds }));
+}
+
 const wanted = [
   ...['plain', 'text'].map((row) => ({ row, must: { times: 1, of: 'php' }, reach: { times: 1.5, of: 'eta' } })),
   { row: 'marks', must: { times: 1, of: 'express' }, reach: { times: 1.5, of: 'php' } },
@@ -114,6 +123,8 @@ const all = [await tables(), await examples()];
 await check(all[0], true);
 await check(all[1], false);
 const found = await measure(all.flat(), { rounds, seconds, tell });
+tell('few and many connections');
+const crowd = await crowded(all.flat(), [1, 32, 512]);
 await Promise.all(found.map((row) => row.server.end()));
 const parts = [];
 function add(title, ...tables) {
@@ -122,6 +133,7 @@ function add(title, ...tables) {
 }
 add(`What a request takes, in ${rounds} rounds of ${seconds} s:`, figures(found));
 add('The processors\' time as goals:', goals(found, wanted));
+add('The processors\' time (µs) of one, and how many a second, with so many connections:', crowd);
 if (!options['no-growth']) {
   const grow = await growth(one, other, { rounds: 3, seconds, tell });
   add('The processors\' time of one when there are many:', ...grow.map(grown));

@@ -35,6 +35,16 @@ export function goals(rows, list) {
   ]);
 }
 
+// `rows` has those of each name one after the other, in the order of the counts.
+export function crowds(counts, rows) {
+  const cell = ({ processor, spread, rate, connections }, at) =>
+    `${micro(processor)} ${percent(spread)}, ${rate.toFixed(0)}${connections === counts[at] ? '' : ` (${connections})`}`;
+  const lines = [];
+  for (let at = 0; at < rows.length; at += counts.length)
+    lines.push([rows[at].name, ...rows.slice(at, at + counts.length).map(cell)]);
+  return table([['', ...counts.map(String)], ...lines]);
+}
+
 export function grown({ title, unit, counts, whats, results }) {
   const cell = (what, count) => {
     const { processor, units, spread } = results.find((one) => one.what === what && one.count === count);
