@@ -35,10 +35,7 @@ Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> ter
       reader_(limits(), shared.spool),
       read_rate_(limits().body_timeout, limits().body_rate),
       // While a worker writes, sending is left to the loop; what the loop itself has written, on_written() sends.
-      queue_(shared.spool, limits().send_memory,
-             [this] {
-               if (job_.is_out()) post(&Connection::send);
-             }),
+      queue_(shared.spool, limits().send_memory, [this] { send_for_worker(); }),
       sink_(queue_),
       sender_(socket_, queue_, deadline_, limits(), [this] { on_sent(); }),
       job_(shared.pool, reader_, sink_, shared.report, [this] { post(&Connection::on_answered); }) {}
@@ -263,9 +260,9 @@ void Connection::on_written() {
 }
 
 // A line that there is no memory for is lost; the connection goes on.
-void Connection::log_answer() {
+void Connection::log_answer(bool is_last) {
   try {
-    shared_.log(record_.end(sink_), socket_.get_executor());
+    shared_.log(record_.end(sink_), socket_.get_executor(), is_last);
   } catch (const std::bad_alloc& problem) {
     shared_.report(problem.what());
   }
@@ -273,10 +270,11 @@ void Connection::log_answer() {
 
 void Connection::on_sent() {
   if (phase_ != Phase::sending) return;  // a worker still writes
-  log_answer();
+  const bool is_last = last_ || unread_input_ || sink_.must_close();
+  log_answer(is_last);
   if (sink_.must_reset()) {
     reset();
-  } else if (last_ || unread_input_ || sink_.must_close()) {
+  } else if (is_last) {
     drain();
   } else {
     next_request();

@@ -39,7 +39,8 @@ struct ConnectionShared {
   ConnectionTable& table;
   Spool& spool;
   Router* router;  // null when workers answer everything
-  std::function<void(const AccessRecord&, const IoLoop::Executor& loop)> log;
+  // `at_once`: before whoever sees the connection's end looks for the line.
+  std::function<void(const AccessRecord&, const IoLoop::Executor& loop, bool at_once)> log;
   std::function<void(std::string_view)> report;  // of what goes wrong in the server itself
   std::atomic<bool> stopping = false;
 };
@@ -98,8 +99,11 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   void answer_plainly(int status, std::vector<Header> headers, bool keep_alive);
   void on_written();
   void send() { sender_.send(shared_from_this()); }
+  void send_for_worker() {
+    if (job_.is_out()) post(&Connection::send);
+  }
   void on_sent();
-  void log_answer();
+  void log_answer(bool is_last = true);
   void cut_off();
   void next_request();
   void read_next() {

@@ -58,7 +58,9 @@ class Server::Impl {
                 table_,
                 spool_,
                 router,
-                [this](const AccessRecord& record, const IoLoop::Executor& loop) { log(record, loop); },
+                [this](const AccessRecord& record, const IoLoop::Executor& loop, bool at_once) {
+                  log(record, loop, at_once);
+                },
                 [this](std::string_view problem) { report(problem); }},
         loops_(std::max(options_.io_threads, 1U)),
         acceptor_(loops_.front().executor()),
@@ -217,10 +219,12 @@ class Server::Impl {
     admission.admitted ? connection->start() : connection->turn_away();
   }
 
-  void log(const AccessRecord& record, const IoLoop::Executor& loop) {
+  void log(const AccessRecord& record, const IoLoop::Executor& loop, bool at_once) {
     if (options_.on_access_lines) {
       const auto found = std::ranges::find_if(loops_, [&](IoLoop& one) { return one.executor() == loop; });
-      lines_[static_cast<std::size_t>(found - loops_.begin())].add(record);
+      AccessLines& lines = lines_[static_cast<std::size_t>(found - loops_.begin())];
+      lines.add(record);
+      if (at_once) lines.flush();
     }
     if (!options_.on_access) return;
     const std::lock_guard lock(log_lock_);

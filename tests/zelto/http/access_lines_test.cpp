@@ -5,8 +5,14 @@
 #include <boost/asio/post.hpp>
 #include <climits>
 #include <future>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
+
+#include "http/server.h"
+#include "http/status.h"
+#include "zelto/http/client.h"
 
 namespace {
 
@@ -79,6 +85,30 @@ TEST_F(AccessLinesTest, HandsOnAtTheEndWhatWaits) {
   lines.flush();
   ASSERT_EQ(1u, calls.size());
   EXPECT_EQ(1u, calls[0].count);
+}
+
+class Greeter final : public zelto::Worker {
+ public:
+  void handle(zelto::HttpRequest&& /*request*/, zelto::ResponseSink& sink) override { zelto::serve_status(sink, 200); }
+};
+
+TEST(AccessLog, HasTheLineOfAConnectionThatHasEnded) {
+  std::mutex lock;
+  std::size_t count = 0;
+  zelto::ServerOptions options;
+  options.on_access_lines = [&](std::string_view /*lines*/, std::size_t more) {
+    const std::lock_guard guard(lock);
+    count += more;
+  };
+  zelto::Server server(options, [] { return std::make_unique<Greeter>(); });
+  server.start();
+  for (std::size_t asked = 1; asked <= 200; ++asked) {
+    zelto_test::Client client(server.port());
+    client.send("GET / HTTP/1.1\r\nHost: a\r\nConnection: close\r\n\r\n");
+    client.read_to_end();
+    const std::lock_guard guard(lock);
+    ASSERT_EQ(asked, count);
+  }
 }
 
 TEST(IoLoop, TellsOfItsEndWhenNoHandlerRunsAnyMore) {
