@@ -19,7 +19,7 @@ constexpr auto kEntities = [] {
 }();
 
 bool stands_for_itself(wchar_t c, LONG code_page) {
-  const auto code = static_cast<std::uint32_t>(c);
+  const auto code = static_cast<char32_t>(c);
   return code < kEntities.size() ? kEntities[code].empty() : encodes(code_page, c);
 }
 
@@ -38,7 +38,7 @@ std::wstring html_encode(std::wstring_view text, LONG code_page) {
     const std::size_t special = find_special(text, at, code_page);
     out.append(text, at, special - at);
     if (special == text.size()) return out;
-    const auto code = static_cast<std::uint32_t>(text[special]);
+    const auto code = static_cast<char32_t>(text[special]);
     if (code < kEntities.size()) {
       out += kEntities[code];
     } else {

@@ -13,7 +13,6 @@ namespace {
 
 using test::each_allocation_failing;
 using test::FailingAllocation;
-using test::Operation;
 
 void* library_malloc(const void*, std::size_t bytes) { return test::fallible_malloc(bytes); }
 void* library_realloc(const void*, void* block, std::size_t bytes) { return test::fallible_realloc(block, bytes); }

@@ -185,7 +185,7 @@ TEST_F(AnswerQueueTest, TakesMoreMemoryWhenThereIsNoFileAndSaysSoOnce) {
 }
 
 TEST_F(AnswerQueueTest, LeavesRoomInFilesForOthers) {
-  zelto::Spool small({.memory_bytes = 0, .file_bytes = 16 * 500'000, .folder = folder.path()});
+  zelto::Spool small({.memory_bytes = 0, .file_bytes = 8'000'000, .folder = folder.path()});
   AnswerQueue queue(small, 0, [] {});
   queue.begin(ends[0], std::chrono::milliseconds(20));
   for (int i = 0; i < 100; ++i) queue.write(pattern(10'000));

@@ -218,7 +218,7 @@ TEST_F(FailingIntrinsics, WriteToTheResponseWhollyOrNot) {
     expect_all_or_nothing("a member", [&] {
       const auto page = new_page(form_request(kForm));
       const auto response = korlib::make<zelto::ResponseObject>(page);
-      return Step{[=, &member] { return member(*response.get()); },
+      return Step{[=, &member] { return member(*response); },
                   [=] {
                     const zelto::ResponseState& state = page->response;
                     const std::string all = std::to_string(state.status) + state.reason + state.log_note() +

@@ -10,7 +10,6 @@ namespace test {
 namespace {
 
 using namespace std::chrono_literals;
-using zelto::script::kPageStopped;
 using zelto::script::Outcome;
 using zelto::script::Realm;
 using RealmLimits = ScriptTest;
