@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "http/access_log.h"
 #include "http/io_loop.h"
@@ -18,7 +19,7 @@ class AccessLines {
   // So many whole lines, each with its end: no more than other writers of a pipe leave in one piece.
   using Take = std::function<void(std::string_view lines, std::size_t count)>;
 
-  AccessLines(IoLoop::Executor loop, Take take) : loop_(loop), take_(std::move(take)) {}
+  AccessLines(IoLoop::Executor loop, Take take) : loop_(std::move(loop)), take_(std::move(take)) {}
 
   // Handed on when the handlers that are ready now have run, or before. Throws std::bad_alloc.
   void add(const AccessRecord& record);

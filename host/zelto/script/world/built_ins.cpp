@@ -1,8 +1,11 @@
 #include "script/world/built_ins.h"
 
+#include <algorithm>
 #include <new>
+#include <span>
 #include <string>
 
+#include "script/rooted_values.h"
 #include "script/text.h"
 
 namespace zelto::script {
@@ -10,8 +13,9 @@ namespace {
 
 // Writes straight-line code: it runs in each new world, cold, and a loop with a look at each descriptor would take
 // milliseconds there. console, which is made when it is first asked for, is there before anything else. It goes through
-// all that can be reached from the global object, and from what only the syntax makes. Values that may be assigned to
-// are compared behind every page; the others, names of functions mostly, behind one that has the words to change them.
+// all that can be reached from the global object, and from what only the syntax makes. Its answer: the objects, the
+// global one first; the values; of each value the number of its object; of each object how many keys it has; and what
+// makes a function that compares the values of those numbers.
 constexpr std::u16string_view kWalk =
     uR"js((function () {
 "use strict";
@@ -42,12 +46,12 @@ for (const root of roots) {
     add(o, place);
   }
 }
-const values = [], fixed = [];
+const all = [], counts = [];
 for (let i = 0; i < objects.length; i++) {
-  const object = objects[i];
-  const is_function = typeof object === "function";
+  const object = objects[i], keys = Reflect.ownKeys(object);
   add(Object.getPrototypeOf(object), `proto(o[${i}])`);
-  for (const key of Reflect.ownKeys(object)) {
+  counts.push(keys.length);
+  for (const key of keys) {
     if (!is_known(key)) continue;
     const d = Object.getOwnPropertyDescriptor(object, key), k = key_text(key);
     if (d === undefined) continue;
@@ -59,25 +63,28 @@ for (let i = 0; i < objects.length; i++) {
     add(d.value, `o[${i}][${k}]`);
     // What the last match of any page was is forgotten, not compared.
     const is_match = object === RegExp && typeof d.value !== "function";
-    if (is_match || d.value !== d.value || (!d.writable && !d.configurable)) continue;
-    (d.writable ? values : fixed).push([i, k]);
+    if (!is_match && d.value === d.value && (d.writable || d.configurable)) all.push([i, k]);
   }
 }
 let source = "(function () {\"use strict\";console;const proto = Object.getPrototypeOf," +
   " desc = Object.getOwnPropertyDescriptor, o = [];\n";
 places.forEach((place, i) => { source += `o[${i}] = ${place};\n`; });
-const check = places => {
-  let text = "(() => {\nconst v = [" + places.map(([i, k]) => `o[${i}][${k}]`).join(",\n") + "];\nconst checks = [";
-  for (let at = 0; at < places.length;) {
-    const i = places[at][0];
-    text += `() => { const x = o[${i}]; return true`;
-    for (; at < places.length && places[at][0] === i; at++) text += ` && x[${places[at][1]}] === v[${at}]`;
-    text += "; },\n";
+source += `const v = [${all.map(([i, k]) => `o[${i}][${k}]`).join(",\n")}];\n`;
+source += `const k = [${all.map(([, k]) => k).join(",\n")}];\n`;
+source += `const at = new Int32Array([${all.map(([i]) => i)}]), counts = new Int32Array([${counts}]);\n`;
+return source + `const check = numbers => {
+  const list = [], count = numbers.length;
+  for (let i = 0; i < count; i++) {
+    const n = numbers[i];
+    list[i] = { object: o[at[n]], key: k[n], value: v[n] };
   }
-  return text + "];\nconst count = checks.length;\n" +
-    "return () => { for (let i = 0; i < count; i++) if (!checks[i]()) return false; return true; };\n})()";
+  return () => {
+    for (let i = 0; i < count; i++) if (list[i].object[list[i].key] !== list[i].value) return false;
+    return true;
+  };
 };
-return source + `return [o, ${check(values)}, ${check(fixed)}];\n})()`;
+return [o, v, at, counts, check];
+})()`;
 })())js";
 
 // Whether these are noticed, one after the other, in an object that the language has.
@@ -89,6 +96,27 @@ constexpr std::u16string_view kChanges[] = {
     u"Object.defineProperty(Map.prototype, 'has', { writable: false })",
     u"Object.freeze(Map.prototype)",
 };
+
+// About as many as Set.prototype has.
+constexpr int kMostTried = 12;
+
+// The engine keeps the values of properties in front of where the object's second word points to, beyond one word, the
+// first property last. They stay there as long as the structure does. False where the value is not among so many.
+bool add_slot(JSObjectRef object, JSValueRef value, int keys, std::vector<Slot>* slots) {
+  const auto* const words = reinterpret_cast<const std::uintptr_t*>(object);
+  const auto* const storage = reinterpret_cast<const std::uintptr_t*>(words[1]);
+  const auto wanted = reinterpret_cast<std::uintptr_t>(value);
+  if (!storage) return false;
+  // The object's others are the last ones.
+  const auto others = std::span(*slots).last(std::min(slots->size(), static_cast<std::size_t>(keys)));
+  for (int i = 0; i < keys; ++i) {
+    const std::uintptr_t* const place = storage - 2 - i;
+    if (*place != wanted || std::ranges::find(others, place, &Slot::place) != others.end()) continue;
+    slots->push_back({place, wanted});
+    return true;
+  }
+  return false;
+}
 
 }  // namespace
 
@@ -111,30 +139,65 @@ bool BuiltIns::can_tell(JSContextRef context) {
     evaluate(context, change);
     if (known.is_kept()) return false;
   }
-  return true;
+  // A value that takes the place of another one.
+  JSValueRef other = evaluate(context, u"Set.prototype");
+  JSValueRef value = evaluate(context, u"Set.prototype.has");
+  std::vector<Slot> slots;
+  if (!other || !value || !add_slot(object_of(other), value, kMostTried, &slots)) return false;
+  const Structure known(other);
+  evaluate(context, u"Set.prototype.has = Set.prototype.add");
+  return known.is_kept() && !slots[0].is_kept();
 }
 
 BuiltIns::BuiltIns(JSScriptRef found, JSContextRef context) : context_(context) {
   JSValueRef answer = JSScriptEvaluate(context, found, nullptr, nullptr);
   if (!answer || !JSValueIsObject(context, answer)) throw std::bad_alloc();
-  JSObjectRef pair = object_of(answer);
-  objects_ = object_of(JSObjectGetPropertyAtIndex(context, pair, 0, nullptr));
-  values_check_ = object_of(JSObjectGetPropertyAtIndex(context, pair, 1, nullptr));
-  fixed_check_ = object_of(JSObjectGetPropertyAtIndex(context, pair, 2, nullptr));
-  const auto count = static_cast<unsigned>(JSValueToNumber(context, property(context, objects_, "length"), nullptr));
-  structures_.reserve(count);
-  for (unsigned i = 1; i < count; ++i) {
-    structures_.emplace_back(JSObjectGetPropertyAtIndex(context, objects_, i, nullptr));
+  const RootedObject root(object_of(answer));
+  const auto part = [&](unsigned i) {
+    return object_of(JSObjectGetPropertyAtIndex(context, object_of(answer), i, nullptr));
+  };
+  objects_ = part(0);
+  values_ = part(1);
+  const std::vector<JSValueRef> rest = find_slots(part(2), part(3));
+  JSValueRef numbers = JSObjectMakeArray(context, rest.size(), rest.data(), nullptr);
+  JSValueRef check = JSObjectCallAsFunction(context, part(4), nullptr, 1, &numbers, nullptr);
+  if (!check) throw std::bad_alloc();
+  rest_check_ = object_of(check);
+  for (JSObjectRef kept : {objects_, values_, rest_check_}) JSValueProtect(context_, kept);
+}
+
+// Answers the numbers of the values that were not found.
+std::vector<JSValueRef> BuiltIns::find_slots(JSObjectRef owners, JSObjectRef counts) {
+  const std::size_t object_count = JSObjectGetTypedArrayLength(context_, counts, nullptr);
+  const std::size_t value_count = JSObjectGetTypedArrayLength(context_, owners, nullptr);
+  const auto* owner = static_cast<const std::int32_t*>(JSObjectGetTypedArrayBytesPtr(context_, owners, nullptr));
+  const auto* count = static_cast<const std::int32_t*>(JSObjectGetTypedArrayBytesPtr(context_, counts, nullptr));
+  if (!owner || !count) throw std::bad_alloc();
+  std::vector<JSObjectRef> objects;
+  objects.reserve(object_count);
+  for (unsigned i = 0; i < object_count; ++i) {
+    objects.push_back(object_of(JSObjectGetPropertyAtIndex(context_, objects_, i, nullptr)));
+    if (i > 0) structures_.emplace_back(objects.back());
   }
-  JSValueProtect(context_, objects_);
-  JSValueProtect(context_, values_check_);
-  JSValueProtect(context_, fixed_check_);
+  std::vector<JSValueRef> rest;
+  slots_.reserve(value_count);
+  for (unsigned i = 0; i < value_count; ++i) {
+    const auto of = static_cast<std::size_t>(owner[i]);
+    JSValueRef value = JSObjectGetPropertyAtIndex(context_, values_, i, nullptr);
+    const bool is_found = of > 0 && add_slot(objects[of], value, count[of], &slots_);
+    if (!is_found) rest.push_back(JSValueMakeNumber(context_, i));
+  }
+  return rest;
 }
 
 BuiltIns::~BuiltIns() {
-  JSValueUnprotect(context_, objects_);
-  JSValueUnprotect(context_, values_check_);
-  JSValueUnprotect(context_, fixed_check_);
+  for (JSObjectRef kept : {objects_, values_, rest_check_}) JSValueUnprotect(context_, kept);
+}
+
+bool BuiltIns::are_slots_kept() const {
+  bool kept = true;
+  for (const Slot& slot : slots_) kept &= slot.is_kept();
+  return kept;
 }
 
 bool BuiltIns::are_structures_kept() const {

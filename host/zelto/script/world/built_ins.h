@@ -21,10 +21,20 @@ class Structure {
   std::uint32_t known_ = 0;
 };
 
-// Objects are compared in two ways. Names that come or go, getters, attributes and prototypes show in an object's
-// structure, which the engine names in the first word of the object: a word that is read here, because asking for all
-// of that takes longer than a page. That it does so is tried out once (can_tell()). A value that takes the place of
-// another one does not show there: those are compared in the language.
+// Where an object has the value of one of its properties, as long as its structure stays, and the value that was there:
+// see BuiltIns.
+struct Slot {
+  const std::uintptr_t* place;
+  std::uintptr_t known;
+  bool is_kept() const noexcept { return *place == known; }
+};
+
+// Names that come or go, getters, attributes and prototypes show in an object's structure, which the engine names in
+// the first word of the object; a value that takes the place of another one shows where the engine has it. Both are
+// words that are read here, because asking the engine for some two thousand values takes longer than a page, and code
+// in the language that compares them takes megabytes once the engine has compiled it for each world. That they tell is
+// tried out once (can_tell()). The values that are not found that way, and those of the global object, whose structure
+// does not tell, are compared in the language.
 class BuiltIns {
  public:
   // Whether an object's first word tells of a change to it, in this version of the engine. Where it does not, no page
@@ -41,19 +51,22 @@ class BuiltIns {
   BuiltIns(const BuiltIns&) = delete;
   BuiltIns& operator=(const BuiltIns&) = delete;
 
-  // Of every object but the global one, whose structure does not tell.
+  // Of every object but the global one.
   bool are_structures_kept() const;
-  // Functions without arguments that tell whether every value is what it was: of those that may be assigned to, and of
-  // those that may only be defined anew.
-  JSObjectRef values_check() const noexcept { return values_check_; }
-  JSObjectRef fixed_check() const noexcept { return fixed_check_; }
+  // Whether the values are what they were, as long as the structures are kept.
+  bool are_slots_kept() const;
+  // A function without arguments that tells the same of the rest.
+  JSObjectRef rest_check() const noexcept { return rest_check_; }
 
  private:
+  std::vector<JSValueRef> find_slots(JSObjectRef owners, JSObjectRef counts);
+
   JSContextRef context_;
-  JSObjectRef objects_;  // an array; it and the function are protected
-  JSObjectRef values_check_;
-  JSObjectRef fixed_check_;
+  JSObjectRef objects_;  // an array, as is values_: while a value lives, no other one can take its place unseen
+  JSObjectRef values_;   // these are protected
+  JSObjectRef rest_check_;
   std::vector<Structure> structures_;
+  std::vector<Slot> slots_;
 };
 
 }  // namespace zelto::script

@@ -13,7 +13,7 @@ namespace {
 // to, read, write, and restore. What it uses it has taken before any page could change it; reading a property of an
 // object without a prototype is nobody else's to change either.
 constexpr std::u16string_view kSupport =
-    uR"js((function (declared, hosts, values_are_kept, fixed_are_kept, may_hide) {
+    uR"js((function (declared, hosts, values_are_kept, may_hide) {
 "use strict";
 const { apply, defineProperty, deleteProperty, getOwnPropertyDescriptor, isExtensible, ownKeys } = Reflect;
 const { freeze, keys: visible_keys } = Object;
@@ -75,7 +75,7 @@ const restore = () => {
   // All of it behind pages that have the words to hide something, and now and then.
   const whole = may_hide || (++looks & 63) === 0;
   if (!are_keys_kept(whole) || !isExtensible(world)) return false;
-  if (whole && (!are_globals_plain() || !fixed_are_kept())) return false;
+  if (whole && !are_globals_plain()) return false;
   for (let i = 0; i < hosts.length; i++) if (!is_host_kept(i)) return false;
   apply(exec, blank, [""]);
   Matches.input = "";
@@ -175,9 +175,8 @@ std::unique_ptr<PageFunction> PageFunction::make(Engine& engine, JSGlobalContext
   JSValueRef make_support = evaluate(context, kSupport);
   if (!page || !make_support) return nullptr;
   JSValueRef arguments[] = {array_of(context, declared.properties), array_of(context, around.hosts),
-                            around.values_check, around.fixed_check,
-                            JSValueMakeBoolean(context, program.scope.may_hide)};
-  JSValueRef support = JSObjectCallAsFunction(context, object_of(make_support), nullptr, 5, arguments, nullptr);
+                            around.values_check, JSValueMakeBoolean(context, program.scope.may_hide)};
+  JSValueRef support = JSObjectCallAsFunction(context, object_of(make_support), nullptr, 4, arguments, nullptr);
   if (!support) return nullptr;
   return std::unique_ptr<PageFunction>(
       new PageFunction(context, names, object_of(page), object_of(support), static_cast<int>(opening.size())));

@@ -24,8 +24,7 @@ class PageFunction {
 
   struct Surroundings {
     const Names& hosts;        // names of the global object that the host sets for each page
-    JSObjectRef values_check;  // these tell whether the language's values are as they were: see BuiltIns
-    JSObjectRef fixed_check;
+    JSObjectRef values_check;  // tells whether the language's values are as they were: see BuiltIns::rest_check
   };
   // Null when the program cannot be one.
   static std::unique_ptr<PageFunction> make(Engine& engine, JSGlobalContextRef context,

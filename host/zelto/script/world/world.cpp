@@ -83,8 +83,7 @@ PageFunction* World::page_of(const language::Program& program) {
   keep_hosts();
   PageFunction::Names names;
   for (const Host& host : hosts_) names.push_back(host.name);
-  page_ =
-      PageFunction::make(engine_, context(), program, {names, built_ins_->values_check(), built_ins_->fixed_check()});
+  page_ = PageFunction::make(engine_, context(), program, {names, built_ins_->rest_check()});
   return page_.get();
 }
 
@@ -102,7 +101,7 @@ bool World::restore() {
   if (!built_ins_->are_structures_kept()) return false;
   PageFunction::Left left = page_->restore();
   undeclared_ = std::move(left.undeclared);
-  return left.nothing && built_ins_->are_structures_kept();
+  return left.nothing && built_ins_->are_structures_kept() && built_ins_->are_slots_kept();
 }
 
 }  // namespace zelto::script
