@@ -1,6 +1,7 @@
 #include "script/world/built_ins.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <span>
 #include <string>
@@ -103,8 +104,8 @@ constexpr int kMostTried = 12;
 // The engine keeps the values of properties in front of where the object's second word points to, beyond one word, the
 // first property last. They stay there as long as the structure does. False where the value is not among so many.
 bool add_slot(JSObjectRef object, JSValueRef value, int keys, std::vector<Slot>* slots) {
-  const auto* const words = reinterpret_cast<const std::uintptr_t*>(object);
-  const auto* const storage = reinterpret_cast<const std::uintptr_t*>(words[1]);
+  const std::uintptr_t* storage = nullptr;
+  std::memcpy(&storage, reinterpret_cast<const std::uintptr_t*>(object) + 1, sizeof storage);
   const auto wanted = reinterpret_cast<std::uintptr_t>(value);
   if (!storage) return false;
   // The object's others are the last ones.
