@@ -20,15 +20,10 @@ namespace {
 // always one; this is "no limit".
 constexpr double kUnlimitedSeconds = 1e7;
 
-// How often a script that has limits is looked at (processor_clock.cpp), and how soon at the earliest: the engine may
-// abort when it is asked for a look while it ends the one before.
+// How often a script that has limits is looked at (processor_clock.cpp), and how long one that ought to end may go on
+// without calling an object. One time for everything: a shorter one would start a second timer beside the one that the
+// engine has running, and it aborts when one of them fires while it still handles the other.
 constexpr double kLookEvery = 0.25;
-constexpr double kLookAgain = 0.02;
-
-// How long a script that ought to end may go on without calling an object. Not nothing: the engine aborts
-// when its watchdog fires in the moment in which the machine is destroyed, and a page that ends itself is
-// often the last thing that a process does.
-constexpr double kGraceSeconds = 0.2;
 
 // Of the stack, enough for a few levels of component and engine frames; sanitizers make frames several times larger.
 #ifdef KOR_SANITIZED
@@ -102,21 +97,14 @@ void Watchdog::update_shown() noexcept {
   shown_->store(is_running() && time_limit_.count() > 0 ? deadline.count() : 0, std::memory_order_relaxed);
 }
 
-void Watchdog::start() {
-  double seconds = memory_limit_ > 0 ? kLookEvery : kUnlimitedSeconds;
-  if (time_limit_.count() > 0) {
-    const auto left = time_limit_ - (std::chrono::steady_clock::now() - start_);
-    seconds = std::clamp(std::chrono::duration<double>(left).count(), kLookAgain, kLookEvery);
-  }
-  arm(seconds);
-}
+void Watchdog::start() { arm(memory_limit_ > 0 || time_limit_.count() > 0 ? kLookEvery : kUnlimitedSeconds); }
 
 bool Watchdog::on_time(JSContextRef ctx, void* watchdog) {
   end_engine_reading();
   auto& self = *static_cast<Watchdog*>(watchdog);
   if (!self.is_running()) return false;
   if (self.quiet_ > 0) {
-    self.arm(kLookAgain);
+    self.arm(kLookEvery);
     return false;
   }
   // By the exact clock: a look that came just before the end would have to be followed by another one at once.
@@ -179,7 +167,7 @@ void Watchdog::stop() noexcept {
 
 void Watchdog::terminate_soon() {
   if (std::exchange(is_terminating_, true)) return;  // asking again would put it off
-  arm(kGraceSeconds);
+  arm(kLookEvery);
 }
 
 void Watchdog::free_garbage() {
