@@ -1,8 +1,12 @@
 #include "base/thread.h"
 // The header stands alone when it is included first.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
+#include <cstdint>
 #include <limits>
 #include <stdexcept>
 #include <system_error>
@@ -48,6 +52,17 @@ TEST(Thread, HandsOnWhatIsThrownOnAThreadThatIsWaitedFor) {
   }
 }
 
+TEST(Thread, GivesItsStackBack) {
+  void* page = nullptr;  // of its stack
+  base::run_on_thread(kStack, [&page] {
+    const auto size = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+    page = reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) / size * size);
+    EXPECT_EQ(0, ::msync(page, 1, MS_ASYNC));
+  });
+  EXPECT_EQ(-1, ::msync(page, 1, MS_ASYNC));
+  EXPECT_EQ(ENOMEM, errno) << "nothing is mapped there";
+}
+
 [[gnu::noinline]] std::size_t room_below(std::size_t bytes) {
   volatile char block[64 * 1024];
   block[0] = 0;
@@ -79,6 +94,13 @@ TEST(StackRoom, IsOneThreadsOwn) {
   base::run_on_thread(kStack, [&] { small = base::stack_room(); });
   base::run_on_thread(2 * kStack, [&] { large = base::stack_room(); });
   EXPECT_LT(small + kStack / 2, large);
+}
+
+TEST(StackRoom, IsNotThatOfAnotherThreadThatHasEnded) {
+  base::run_on_thread(kStack, [] {});
+  std::size_t room = 0;
+  base::run_on_thread(kStack / 2, [&] { room = base::stack_room(); });
+  EXPECT_GT(kStack / 2, room);
 }
 
 }  // namespace
