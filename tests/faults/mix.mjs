@@ -73,7 +73,7 @@ const mostOnOneWire = 900;  // the host closes behind 1,000
 const endlessEach = 100000;
 
 export class Client {
-  // `counts` is shared: { made, unexpected }, the latter by kind and status.
+  // `counts` is shared: { made, endless, unexpected }, the last by kind and status.
   constructor(address, seed, counts) {
     this.address = address;
     this.counts = counts;
@@ -100,7 +100,6 @@ export class Client {
       this.wire.close();
       this.wire = new Wire(this.address);
     }
-    const before = this.counts.made;
     if (this.below(1000) < 40) {
       this.counts.made += await this.pick(steps, weights.steps)[1](this);
     } else {
@@ -108,7 +107,8 @@ export class Client {
       await Promise.all(some.map(([, kind, expected, bytes]) => this.one(kind, expected, bytes)));
       this.counts.made += some.length;
     }
-    if (Math.floor(before / endlessEach) === Math.floor(this.counts.made / endlessEach)) return;
+    if (this.counts.made < (this.counts.endless + 1) * endlessEach) return;
+    this.counts.endless++;
     this.counts.made += await this.one('endless page', 500, request('/endless.asp'));
   }
 

@@ -61,7 +61,7 @@ async function restingMemory(address, pids) {
 
 const settings = {
   supervised: true,
-  lines: ['script_timeout = 3', 'session_limit = 1000', 'session_timeout = 1', 'log = "soak.log"'],
+  lines: ['script_timeout = 3', 'session_limit = 10000', 'session_timeout = 1', 'log = "soak.log"'],
 };
 
 // What pages failed of that are not meant to, as the log has it; the log is begun anew.
@@ -79,9 +79,9 @@ async function soak(host, total) {
     await cp(join(process.env.EXAMPLES, example), join(host.folder, example), { recursive: true });
   await writeFile(join(host.folder, 'plain.txt'), 'plain');
   const pids = await family(host.pid);
-  const counts = { made: 0, unexpected: new Map() };
+  const counts = { made: 0, endless: 0, unexpected: new Map() };
   // Every page, cache and thread, and what the script engine's heap has when it is warm.
-  await drive(host.address, { made: 0, unexpected: new Map() }, Math.max(total / 50, 20000), () => {});
+  await drive(host.address, { ...counts, unexpected: new Map() }, Math.max(total / 50, 20000), () => {});
   await pause(1000);
   const before = await holdings(pids);
 
