@@ -10,7 +10,7 @@
 
 #include "base/thread.h"
 #include "script/engine.h"
-#include "script/processor_clock.h"
+#include "script/engine_clock.h"
 #include "script/text.h"
 
 namespace zelto::script {
@@ -20,9 +20,9 @@ namespace {
 // always one; this is "no limit".
 constexpr double kUnlimitedSeconds = 1e7;
 
-// How often a script that has limits is looked at (processor_clock.cpp), and how long one that ought to end may go on
-// without calling an object. One time for everything: a shorter one would start a second timer beside the one that the
-// engine has running, and it aborts when one of them fires while it still handles the other.
+// How often a script that has limits is looked at, and how long one that ought to end may go on without calling an
+// object. One time for everything: a shorter one would start a second timer beside the one that the engine has running
+// (engine_clock.cpp).
 constexpr double kLookEvery = 0.25;
 
 // Of the stack, enough for a few levels of component and engine frames; sanitizers make frames several times larger.
@@ -49,9 +49,15 @@ double heap_bytes(JSContextRef ctx) {
 
 }  // namespace
 
-Watchdog::Watchdog(JSContextGroupRef group, JSContextRef idle) : group_(group), idle_(idle) { arm(kUnlimitedSeconds); }
+Watchdog::Watchdog(JSContextGroupRef group, JSContextRef idle) : group_(group), idle_(idle) {
+  end_engine_reading();  // of an engine before
+  arm(kUnlimitedSeconds);
+}
 
-void Watchdog::arm(double seconds) { JSContextGroupSetExecutionTimeLimit(group_, seconds, &Watchdog::on_time, this); }
+void Watchdog::arm(double seconds) {
+  set_engine_timer(std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds)));
+  JSContextGroupSetExecutionTimeLimit(group_, seconds, &Watchdog::on_time, this);
+}
 
 void Watchdog::enter() {
   if (depth_++ > 0) return;
@@ -59,6 +65,7 @@ void Watchdog::enter() {
   start_ = std::chrono::steady_clock::now();
   is_terminating_ = false;
   memory_.begin();
+  begin_engine_run();
   start();
   update_shown();
 }
@@ -104,7 +111,7 @@ bool Watchdog::on_time(JSContextRef ctx, void* watchdog) {
   auto& self = *static_cast<Watchdog*>(watchdog);
   if (!self.is_running()) return false;
   if (self.quiet_ > 0) {
-    self.arm(kLookEvery);
+    self.start();
     return false;
   }
   // By the exact clock: a look that came just before the end would have to be followed by another one at once.

@@ -1,11 +1,34 @@
 // How a page is left, as the watchdog knows it.
 #include "script/watchdog.h"
 
+#include <dlfcn.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <thread>
+#include <vector>
+
+#include "base/thread.h"
 
 #include "zelto/script/script_fixture.h"
+
+namespace {
+
+std::atomic<int> g_timers_set = 0;
+
+}  // namespace
+
+// The engine's timers are sources of its main loop; those of the watchdog are known by how long they run.
+extern "C" __attribute__((visibility("default"))) void g_source_set_ready_time(void* source,
+                                                                               std::int64_t microseconds) {
+  using Function = void(void*, std::int64_t);
+  static auto* const real = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, "g_source_set_ready_time"));
+  const std::chrono::steady_clock::time_point at{std::chrono::microseconds(microseconds)};
+  const auto left = at - std::chrono::steady_clock::now();
+  if (left > std::chrono::milliseconds(245) && left <= std::chrono::milliseconds(250)) ++g_timers_set;
+  real(source, microseconds);
+}
 
 namespace test {
 namespace {
@@ -82,6 +105,46 @@ TEST_F(WatchdogTest, LeavesNoTerminationForTheNextPage) {
   watchdog.stop();
   watchdog.leave();
   must_run(L"for (var i = 0; i < 1e6; ++i) ;");
+}
+
+// It aborts when two of its timers are up at once, one of them while it handles the other.
+class EngineTimers : public ScriptTest {
+ protected:
+  static constexpr auto kLook = std::chrono::milliseconds(250);
+
+  EngineTimers() { engine.set_time_limit(std::chrono::hours(1)); }
+  // How many timers the engine sets meanwhile.
+  template <class Function>
+  static int set_by(Function function) {
+    const int before = g_timers_set;
+    function();
+    return g_timers_set - before;
+  }
+  // Runs it again and again, each time as a page of its own.
+  void run_for(std::chrono::milliseconds time, std::wstring_view script) {
+    const auto program = zelto::language::compile(script, "/site/page.asp");
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (std::chrono::steady_clock::now() < end) EXPECT_EQ(Outcome::completed, realm->run(program).kind);
+  }
+};
+
+TEST_F(EngineTimers, AreOneAtATimeBehindAPause) {
+  for (int round = 0; round < 3; ++round) {
+    // What it has set is up while nothing runs.
+    std::this_thread::sleep_for(kLook + std::chrono::milliseconds(50));
+    EXPECT_EQ(1, set_by([this] { run_for(kLook / 2, L"for (var i = 0; i < 100; i++) (function () {})()"); }));
+  }
+}
+
+TEST_F(EngineTimers, AreOneAtATimeInALongScript) {
+  EXPECT_GE(3, set_by([this] { must_run(L"for (var end = Date.now() + 600; Date.now() < end;);"); }));
+}
+
+TEST_F(EngineTimers, AreOneAtATimeInAChainOfPromises) {
+  EXPECT_GE(
+      3, set_by([this] {
+        must_run(L"var end = Date.now() + 600; function f() { if (Date.now() < end) Promise.resolve().then(f) } f()");
+      }));
 }
 
 }  // namespace
