@@ -4,10 +4,11 @@
 // bytes of all answers are the same, which is checked. Beside them the examples, two workers, few and many connections,
 // and how the time of a row, of a template and of a session grows with their number.
 //
-// A server runs on one core and wrk on another, with 16 connections where nothing else is said; with two workers both have both. Rows take turns
-// for that long (3 seconds), five times; each figure is the median, and the spread half the distance from the least to
-// the most. The processors' time is that of all processes of a server, what the system did for them included. With
-// --into, the figures go into the document's section `<!-- peers -->`, and a chart of them, peers.svg, beside it.
+// A server runs on one core and wrk on another, with 16 connections where nothing else is said; with two workers both
+// have both. Rows take turns for that long (3 seconds), five times; each figure is the median, and the spread half the
+// distance from the least to the most. The processors' time is that of all processes of a server, what the system did
+// for them included. With --into, the figures go into the document's section `<!-- peers -->`, and a chart of them,
+// peers.svg, beside it.
 //
 // `./dev bench peers` installs what this needs.
 import { writeFile } from 'node:fs/promises';

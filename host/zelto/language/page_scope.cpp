@@ -44,9 +44,8 @@ class ScopeReader : private TokenText {
       reveals |= is_among(kRevealing, named);
       hands_global_around |= is_whole_global(i);
       // Code that is made of text sees what the global object has, which lexical names are not among.
-      makes_code |=
-          (named == L"constructor" && !is_constructor_member(i)) || (is_whole_global(i) && word(i + 1) == L"[");
-      scope.may_hide |= is_among(kHiding, named) || (named == L"Object" && word(i + 1) != L".");
+      makes_code |= (named == L"constructor" && !is_constructor_member(i)) || (is_whole_global(i) && is(i + 1, L"["));
+      scope.may_hide |= is_among(kHiding, named) || (named == L"Object" && !is(i + 1, L"."));
       if (!declares_lexically(i)) continue;
       scope.declares_lexical_names = true;
       add_candidates(i, &scope.lexical_candidates);
@@ -65,9 +64,9 @@ class ScopeReader : private TokenText {
     }
     // (function () {}).constructor("…")
     if (named == L"constructor" && tokens_[i].kind == Token::literal) return true;
-    if (named == L"constructor" && !is_constructor_member(i)) return word(i + 1) == L"(" || word(i + 1) == L".";
+    if (named == L"constructor" && !is_constructor_member(i)) return is(i + 1, L"(", L".");
     if (is_constant(i)) {
-      return word(i - 1) == L"var" || word(i + 1) == L"=" || (word(i - 1) == L"," && word(i + 1) == L",");
+      return is(i - 1, L"var") || is(i + 1, L"=") || (is(i - 1, L",") && is(i + 1, L","));
     }
     if (tokens_[i].kind != Token::name && tokens_[i].kind != Token::keyword) return false;
     // Any name may be written with a backslash.
@@ -77,13 +76,12 @@ class ScopeReader : private TokenText {
 
   // The global object, but for the name of one of its properties.
   bool is_whole_global(std::size_t i) const {
-    const std::wstring_view found = word(i);
-    return (found == L"this" || found == L"globalThis") && word(i - 1) != L"." && word(i + 1) != L".";
+    return is(i, L"this", L"globalThis") && !is(i - 1, L".") && !is(i + 1, L".");
   }
 
   // constructor() { … } of a class.
   bool is_constructor_member(std::size_t i) const {
-    return tokens_[i].kind == Token::name && word(i - 1) != L"." && word(i - 1) != L"?." && word(i + 1) == L"(";
+    return tokens_[i].kind == Token::name && !is(i - 1, L".", L"?.") && is(i + 1, L"(");
   }
 
   // Of a string; empty for any other literal.
@@ -95,14 +93,12 @@ class ScopeReader : private TokenText {
 
   // `x instanceof Function`, Function.prototype.
   bool is_harmless_function(std::size_t i) const {
-    if (i > 0 && word(i - 1) == L"instanceof") return true;
-    return word(i + 1) == L"." && word(i + 2) == L"prototype" && word(i + 3) != L".constructor";
+    if (is(i - 1, L"instanceof")) return true;
+    return is(i + 1, L".") && is(i + 2, L"prototype");
   }
 
   bool declares_lexically(std::size_t i) const {
-    const std::wstring_view found = word(i);
-    return tokens_[i].depth == 0 && tokens_[i].statement_start &&
-           (found == L"let" || found == L"const" || found == L"class");
+    return tokens_[i].depth == 0 && tokens_[i].statement_start && is(i, L"let", L"const", L"class");
   }
 
   // Names that are none of the declaration's are found out by whoever asks for them.
@@ -110,8 +106,8 @@ class ScopeReader : private TokenText {
     for (std::size_t i = declaration + 1; i < tokens_.size(); ++i) {
       const Token& token = tokens_[i];
       if (token.depth == 0 && token.statement_start) return;
-      if (token.kind == Token::name && word(i - 1) != L".") names->push_back(korlib::to_utf16(word(i)));
-      if (word(declaration) == L"class" && token.kind == Token::name) return;
+      if (token.kind == Token::name && !is(i - 1, L".")) names->push_back(korlib::to_utf16(word(i)));
+      if (is(declaration, L"class") && token.kind == Token::name) return;
     }
   }
 
@@ -124,9 +120,7 @@ class ScopeReader : private TokenText {
     if (!scope->is_strict && ends_statement(1)) scope->can_be_function = false;
   }
 
-  bool ends_statement(std::size_t i) const {
-    return i >= tokens_.size() || tokens_[i].statement_start || word(i) == L";";
-  }
+  bool ends_statement(std::size_t i) const { return i >= tokens_.size() || tokens_[i].statement_start || is(i, L";"); }
 };
 
 }  // namespace

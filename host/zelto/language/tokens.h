@@ -45,8 +45,6 @@ class TokenText {
  public:
   TokenText(std::wstring_view text, const std::vector<Token>& tokens) noexcept : text_(text), tokens_(tokens) {}
 
-  std::wstring_view text() const noexcept { return text_; }
-  const std::vector<Token>& tokens() const noexcept { return tokens_; }
   // Empty where there is no such token; Token::kNone is in front of the first.
   std::wstring_view word(std::size_t i) const {
     return i < tokens_.size() ? text_.substr(tokens_[i].begin, tokens_[i].end - tokens_[i].begin) : std::wstring_view();

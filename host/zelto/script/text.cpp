@@ -17,7 +17,7 @@ bool has_surrogates(std::u16string_view text) {
 // What is short goes through a buffer of so many characters.
 constexpr std::size_t kShort = 256;
 
-// The text, where it fits into the buffer behind its last NUL and is all ASCII; else nothing.
+// The text, in the buffer, where it fits in with a NUL behind it and is all ASCII; else nothing.
 std::string_view short_ascii(JSStringRef string, std::span<char> buffer) {
   const std::size_t length = JSStringGetLength(string);
   if (length >= buffer.size()) return {};
@@ -93,6 +93,15 @@ std::wstring to_wide(std::u16string_view text) {
   return out;
 }
 
+BSTR new_bstr(JSStringRef text) {
+  std::array<char, kShort> bytes;
+  const std::string_view ascii = short_ascii(text, bytes);
+  if (ascii.empty()) return new_bstr(JsString::view_of(text));
+  BSTR out = SysAllocStringLen(nullptr, static_cast<UINT>(ascii.size()));
+  if (out) std::ranges::copy(ascii, out);
+  return out;
+}
+
 JSValueRef evaluate(JSContextRef ctx, std::u16string_view source, JSValueRef* exception) {
   return JSEvaluateScript(ctx, JsString(source).get(), nullptr, nullptr, 1, exception);
 }
@@ -115,15 +124,6 @@ std::wstring text_of(JSContextRef ctx, JSValueRef value) {
 JSValueRef to_string_value(JSContextRef ctx, JSValueRef value, JSValueRef* exception) {
   const JsString text(JSValueToStringCopy(ctx, value, exception));
   return text.get() ? JSValueMakeString(ctx, text.get()) : nullptr;
-}
-
-BSTR new_bstr(JSStringRef text) {
-  std::array<char, kShort> bytes;
-  const std::string_view ascii = short_ascii(text, bytes);
-  if (ascii.empty()) return new_bstr(JsString::view_of(text));
-  BSTR out = SysAllocStringLen(nullptr, static_cast<UINT>(ascii.size()));
-  if (out) std::ranges::copy(ascii, out);
-  return out;
 }
 
 }  // namespace zelto::script
