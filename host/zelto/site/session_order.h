@@ -1,6 +1,7 @@
 // Which session gives way when there are too many.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <list>
 #include <map>
@@ -14,8 +15,9 @@ namespace zelto {
 
 // Those of the address with the most sessions give way, so that nobody can fill the site for others: first those whose
 // client has not come back yet, as clients without cookies never do, then the others, each the least recently used
-// first. Of several addresses with as many sessions it is the one that was not used for longest. Not synchronised.
-// Nothing looks at every session; only those that are not accepted cost more.
+// first. A quarter of an address's places is left to the former: where visitors fill them all, the next one could
+// otherwise not come back before another one does. Of several addresses with as many sessions it is the one that was
+// not used for longest. Not synchronised. Nothing looks at every session; only those that are not accepted cost more.
 class SessionOrder {
  private:
   struct Place;
@@ -52,6 +54,12 @@ class SessionOrder {
     Sessions newcomers;  // the least recently used first, as in all of these lists
     Sessions returned;
     std::size_t size() const { return newcomers.size() + returned.size(); }
+    // Those that give way first, and those that do when all of these are in use.
+    std::array<const Sessions*, 2> in_order() const {
+      constexpr std::size_t kLeftPart = 4;
+      if (newcomers.size() < size() / kLeftPart) return {&returned, &newcomers};
+      return {&newcomers, &returned};
+    }
   };
 
   // Puts the address, which had `before` sessions, behind those with as many as it has now. Forgets it without any.
@@ -68,7 +76,7 @@ template <class Accepts>
 SessionOrder::State SessionOrder::first(Accepts accepts) const {
   for (auto addresses = by_size_.rbegin(); addresses != by_size_.rend(); ++addresses) {
     for (const Address& address : *addresses) {
-      for (const Sessions* sessions : {&address.newcomers, &address.returned}) {
+      for (const Sessions* sessions : address.in_order()) {
         for (const Place& place : *sessions) {
           if (accepts(*place.session)) return place.session;
         }

@@ -194,6 +194,26 @@ TEST(SessionStore, EndsTheLeastRecentlyUsedWhenAllClientsHaveComeBack) {
   for (const std::string& id : {first, third, fourth}) EXPECT_TRUE(store.has(id));
 }
 
+// Where those who have come back had all places, the session of a newcomer ended with the next newcomer, and nobody
+// could log in any more.
+TEST(SessionStore, LeavesAQuarterToNewcomers) {
+  SessionStore store(60s, 20, "", 8);
+  std::vector<std::string> returned;
+  for (int i = 0; i < 8; ++i) returned.push_back(keep_new(store));
+  for (const std::string& id : returned) store.close(store.open(id));
+  const std::string first = keep_new(store);
+  const std::string second = keep_new(store);
+  EXPECT_TRUE(store.has(first));
+  EXPECT_TRUE(store.has(second));
+  EXPECT_FALSE(store.has(returned[0]));
+  EXPECT_FALSE(store.has(returned[1]));
+  const std::string third = keep_new(store);
+  EXPECT_FALSE(store.has(first)) << "a flood of newcomers gets no more than that";
+  EXPECT_TRUE(store.has(second));
+  EXPECT_TRUE(store.has(third));
+  for (int i = 2; i < 8; ++i) EXPECT_TRUE(store.has(returned[static_cast<std::size_t>(i)])) << i;
+}
+
 // A visitor with a thousand cookie jars locks nobody out but his own.
 TEST(SessionStore, EndsASessionOfTheAddressWithTheMost) {
   SessionStore store(60s, 20, "", 4);
