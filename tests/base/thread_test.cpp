@@ -55,8 +55,8 @@ TEST(Thread, HandsOnWhatIsThrownOnAThreadThatIsWaitedFor) {
 TEST(Thread, GivesItsStackBack) {
   void* page = nullptr;  // of its stack
   base::run_on_thread(kStack, [&page] {
-    const auto size = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-    page = reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) / size * size);
+    auto* const here = static_cast<char*>(__builtin_frame_address(0));
+    page = here - reinterpret_cast<std::uintptr_t>(here) % static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
     EXPECT_EQ(0, ::msync(page, 1, MS_ASYNC));
   });
   EXPECT_EQ(-1, ::msync(page, 1, MS_ASYNC));
