@@ -12,7 +12,7 @@ namespace korlib::activation {
 // The source of the errors of this room.
 inline constexpr std::wstring_view kSource = L"Activation";
 
-// Makes the description (UTF-8) the words of the thread's error and answers `hr`.
+// Sets the thread's error object to the description (UTF-8) and returns `hr`.
 HRESULT fail(HRESULT hr, std::string_view description);
 
 // Open from open() until destruction, which tells the module so and closes it.

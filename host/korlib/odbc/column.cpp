@@ -140,7 +140,7 @@ Value read_decimal(const Handle& statement, SQLUSMALLINT number) {
 Value read_moment(const Handle& statement, SQLUSMALLINT number, Kind kind, bool has_loose_types) {
   Value value = read_fixed<Moment>(statement, number, SQL_C_TYPE_TIMESTAMP);
   auto* moment = std::get_if<Moment>(&value);
-  // To SQLite's driver a text that is no date is NULL as well.
+  // To SQLite's driver a text that is not a date is NULL as well.
   if (!moment && has_loose_types) return read_text(statement, number);
   // A time lies on day zero, whatever date the driver adds.
   if (moment && kind == Kind::time) {

@@ -15,7 +15,7 @@ struct TypeRow {
   std::size_t integer_size = 0;                         // in bytes; 0 for what is not an integer
 };
 
-// The row of a type without VT_ARRAY and VT_BYREF; an empty one for what is no plain type. `store` writes the value
+// The row of a type without VT_ARRAY and VT_BYREF; an empty one for what is not a plain type. `store` writes the value
 // only: the type is for the caller to set, once it has succeeded.
 const TypeRow& row_of(VARTYPE vt);
 

@@ -1,4 +1,4 @@
-// A file, pipe, socket or terminal that is written without waiting for whoever reads it.
+// A file, pipe, socket or terminal that is written without waiting for its reader.
 #pragma once
 
 #include <chrono>

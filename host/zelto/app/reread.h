@@ -1,4 +1,4 @@
-// Takes up what zelto.toml says by now.
+// Applies what has changed in zelto.toml to a server that runs.
 #pragma once
 
 #include <functional>

@@ -7,6 +7,8 @@
 #include <new>
 #include <system_error>
 
+#include "text/characters.h"
+
 namespace zelto {
 
 namespace {
@@ -16,13 +18,6 @@ void* share(std::size_t bytes) {
   void* memory = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "sharing memory with the server");
   return memory;
-}
-
-// The beginning of it that has room, without a part of a character.
-std::string_view cut(std::string_view text, std::size_t room) {
-  if (text.size() <= room) return text;
-  while (room > 0 && (static_cast<unsigned char>(text[room]) & 0xC0) == 0x80) --room;
-  return text.substr(0, room);
 }
 
 }  // namespace
@@ -38,7 +33,7 @@ void Vitals::begin_page(unsigned worker, std::string_view method, std::string_vi
   Note& note = notes_[worker];
   std::span<char> room(note.text);
   for (const std::string_view part : {method, std::string_view(" "), path}) {
-    const std::string_view fits = cut(part, room.size());
+    const std::string_view fits = beginning_of(part, room.size());
     std::ranges::copy(fits, room.begin());
     room = room.subspan(fits.size());
   }

@@ -64,10 +64,4 @@ void append_combined_line(std::string& out, const AccessRecord& record) {
   append_escaped(out, record.note, Text::pages);
 }
 
-std::string combined_line(const AccessRecord& record) {
-  std::string line;
-  append_combined_line(line, record);
-  return line;
-}
-
 }  // namespace zelto

@@ -23,7 +23,6 @@ struct AccessRecord {
 //   127.0.0.1 - - [21/Nov/2026:10:00:00 +0000] "GET / HTTP/1.1" 200 512 "-" "agent" 0.004 note
 // Quotes, backslashes and control characters, each byte of one, are written as \xHH; so is what is not ASCII in the
 // text of a client.
-std::string combined_line(const AccessRecord& record);
 void append_combined_line(std::string& out, const AccessRecord& record);
 
 }  // namespace zelto

@@ -34,7 +34,7 @@ struct ServerOptions {
   HttpLimits limits{};
   SpoolLimits spool{};
   std::function<void(const AccessRecord&)> on_access{};  // called on I/O threads, one call at a time
-  // The same as combined_line() writes it, many at a time; called on any I/O thread, see AccessLines::Take.
+  // The same as append_combined_line() writes it, many at a time; called on any I/O thread, see AccessLines::Take.
   std::function<void(std::string_view lines, std::size_t count)> on_access_lines{};
   std::function<void(std::string_view)> on_problem{};  // called on any thread: a line for the log
   std::function<void()> on_beat{};                     // called every `beat` while no I/O thread is stuck

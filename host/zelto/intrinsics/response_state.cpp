@@ -10,6 +10,7 @@
 
 #include "base/letter_case.h"
 #include "script/thread_memory.h"
+#include "text/characters.h"
 #include "text/charset.h"
 #include "text/http_date.h"
 #include "text/http_grammar.h"
@@ -123,12 +124,9 @@ void ResponseState::end(void (ResponseSink::*how)()) {
 
 void ResponseState::append_to_log(std::string_view text) {
   if (is_log_note_full_) return;
-  std::size_t room = kLogNoteLimit - log_note_.size();
-  const bool is_too_much = text.size() > room;
-  const auto is_inside_character = [text](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
-  while (is_too_much && room > 0 && is_inside_character(room)) --room;
-  log_note_ += text.substr(0, room);
-  is_log_note_full_ = is_too_much;
+  const std::string_view kept = beginning_of(text, kLogNoteLimit - log_note_.size());
+  log_note_ += kept;
+  is_log_note_full_ = kept.size() < text.size();
 }
 
 bool ResponseState::reset() {

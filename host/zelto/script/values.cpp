@@ -11,7 +11,7 @@
 namespace zelto::script {
 namespace {
 
-constexpr double kMillisecondsADay = 86400000;
+constexpr double kMillisecondsADay = 1000.0 * base::kSecondsPerDay;
 constexpr LONGLONG kLargestExact = (1LL << 53) - 1;  // of the integers that a number tells apart
 
 void number_to_variant(double number, VARIANT* out) {

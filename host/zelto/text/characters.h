@@ -26,6 +26,13 @@ constexpr std::size_t control_length(std::string_view rest) {
   return 0;
 }
 
+// The beginning of this UTF-8 text that fits into so many bytes, without a part of a character.
+constexpr std::string_view beginning_of(std::string_view text, std::size_t room) {
+  if (text.size() <= room) return text;
+  while (room > 0 && (static_cast<unsigned char>(text[room]) & 0xC0) == 0x80) --room;
+  return text.substr(0, room);
+}
+
 // The text as one line of a log, with blanks for its control characters: parts of it may be a client's.
 inline std::string plain_line(std::string_view text) {
   std::string line;

@@ -47,7 +47,7 @@ std::optional<std::time_t> parse_http_date(std::string_view text) {
 
 std::time_t moment_of(double date) {
   constexpr double kFirst = -109205;  // 1601-01-01
-  constexpr double kLast = 2958465;   // 9999-12-31
+  constexpr double kLast = base::kDayBeyond - 1;
   const auto [day, second] = base::nearest_second(std::isfinite(date) ? std::clamp(date, kFirst, kLast) : kFirst);
   const std::time_t as_if_utc = (day - static_cast<std::int64_t>(base::kDaysTo1970)) * base::kSecondsPerDay + second;
   std::tm parts{};

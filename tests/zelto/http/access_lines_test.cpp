@@ -31,7 +31,11 @@ class AccessLinesTest : public testing::Test {
     record.request_line = request_line;
     return record;
   }
-  static std::string line(const std::string& request_line) { return combined_line(record(request_line)) + '\n'; }
+  static std::string line(const std::string& request_line) {
+    std::string made;
+    append_combined_line(made, record(request_line));
+    return made + '\n';
+  }
   void answer(const std::string& request_line) {
     boost::asio::post(io, [this, request_line] { lines.add(record(request_line)); });
   }

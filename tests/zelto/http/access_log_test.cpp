@@ -16,6 +16,12 @@ AccessRecord example() {
   return record;
 }
 
+std::string combined_line(const AccessRecord& record) {
+  std::string line;
+  append_combined_line(line, record);
+  return line;
+}
+
 TEST(AccessLog, WritesTheCombinedFormAndTheTime) {
   AccessRecord record = example();
   EXPECT_EQ(R"(127.0.0.1 - - [06/Nov/1994:08:49:37 +0000] "GET / HTTP/1.1" 200 512 "-" "-" 1.235)",

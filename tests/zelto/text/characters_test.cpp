@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <string_view>
 
 namespace zelto {
@@ -30,6 +31,15 @@ TEST(Characters, MakeOneLineOfATextOfSeveral) {
                                        "b\xE2\x80\xA8"
                                        "c\xE2\x80\xA9"
                                        "d\xC2\x9B\xC2"));
+}
+
+TEST(Characters, AreNeverCutInTheMiddle) {
+  const std::string_view text = "a\xC3\xA4\xE2\x82\xAC!";  // of 1, 2, 3 and 1 bytes
+  const std::size_t kept[] = {0, 1, 1, 3, 3, 3, 6, 7, 7};
+  for (std::size_t room = 0; room < std::size(kept); ++room) {
+    EXPECT_EQ(text.substr(0, kept[room]), beginning_of(text, room)) << room;
+  }
+  EXPECT_EQ("", beginning_of("\x80\x80\x80", 2)) << "text that is not UTF-8 begins nowhere";
 }
 
 }  // namespace
