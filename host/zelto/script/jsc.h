@@ -49,8 +49,8 @@ JS_EXPORT void JSSynchronousGarbageCollectForDebugging(JSContextRef ctx);
 namespace zelto::script {
 
 // While one lives, the engine's lock is taken. The engine gives it away before it calls a function, and each call of
-// the engine takes it and gives it back, which takes longer than most of these calls. No
-// component is called while it is held: the engine counts the depth of the stack from where its lock was taken.
+// the engine takes it and gives it back, which takes longer than most of these calls. No component is called while
+// it is held: the engine counts the depth of the stack from where its lock was taken.
 class EngineLock {
  public:
   explicit EngineLock(JSContextRef ctx) : ctx_(ctx) { JSLock(ctx); }

@@ -22,7 +22,8 @@ constexpr double kUnlimitedSeconds = 1e7;
 
 // How often a script that has limits is looked at, and how long one that ought to end may go on without calling an
 // object. One time for everything: a shorter one would start a second timer beside the one that the engine has running
-// (engine_clock.cpp).
+// (engine_clock.cpp). Nor may it be nothing: the engine aborts when its watchdog fires while the machine is destroyed,
+// and a page that ends itself is often the last thing that a process does.
 constexpr double kLookEvery = 0.25;
 
 // Of the stack, enough for a few levels of component and engine frames; sanitizers make frames several times larger.

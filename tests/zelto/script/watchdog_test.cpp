@@ -7,9 +7,6 @@
 #include <chrono>
 #include <cstdint>
 #include <thread>
-#include <vector>
-
-#include "base/thread.h"
 
 #include "zelto/script/script_fixture.h"
 
