@@ -11,7 +11,7 @@
 
 namespace {
 
-// As a response does it: a copy of each text behind the last.
+// As a response does it: a copy of each text after the last.
 class Sink final : public test::Still<IStream, test::UnusedRawStream> {
  public:
   HRESULT Write(const void* data, ULONG bytes, ULONG*) override {

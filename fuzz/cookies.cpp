@@ -57,7 +57,7 @@ std::string without_blanks(const std::string& text) {
 
 struct Expected {
   std::wstring name;
-  std::string raw;  // what stands behind the equals sign, without quotes
+  std::string raw;  // what stands after the equals sign, without quotes
 };
 
 std::vector<Expected> by_the_rules(std::string_view header) {
@@ -107,7 +107,7 @@ void check_received(std::string_view header) {
     }
   }
 
-  // Two headers are one that is cut behind a semicolon.
+  // Two headers are one that is cut after a semicolon.
   const std::size_t cut = header.find(';', header.size() / 2);
   if (cut == std::string_view::npos) return;
   ReceivedCookies halves;
@@ -117,7 +117,7 @@ void check_received(std::string_view header) {
                 "in two headers");
 }
 
-// The first line names the cookie, each further one a sub-key and, behind a tab, its value.
+// The first line names the cookie, each further one a sub-key and, after a tab, its value.
 SetCookie cookie_of(std::string_view bytes) {
   SetCookie cookie;
   for (const std::string& line : pieces_of(bytes, '\n')) {

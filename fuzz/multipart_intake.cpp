@@ -32,7 +32,7 @@ void require_text(const CComBSTR& text, const std::optional<std::wstring>& expec
   fuzz::require(text.view() == expected, rule);
 }
 
-// Behind the last backslash, or behind the last slash where there is none.
+// After the last backslash, or after the last slash where there is none.
 std::wstring last_name_of(const std::wstring& name) {
   const std::size_t at = name.rfind(name.find(L'\\') == name.npos ? L'/' : L'\\');
   return at == name.npos ? name : name.substr(at + 1);

@@ -16,7 +16,7 @@ namespace {
 
 using zelto::language::Program;
 
-// Cut where `ends(i)` says that a line ends behind its i-th unit; without what ends them.
+// Cut where `ends(i)` says that a line ends after its i-th unit; without what ends them.
 template <class Char, class Ends>
 std::vector<std::basic_string_view<Char>> lines_of(std::basic_string_view<Char> text, Ends ends) {
   std::vector<std::basic_string_view<Char>> lines;

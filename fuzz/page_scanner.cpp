@@ -45,13 +45,13 @@ std::size_t end_of(std::wstring_view text, std::size_t from, const Piece& piece)
     const std::wstring_view mark = before.substr(2);
     switch (piece.kind) {
       case Piece::code:
-        fuzz::require(mark.empty() && !piece.text.starts_with(L'='), "code begins behind its delimiter");
+        fuzz::require(mark.empty() && !piece.text.starts_with(L'='), "code begins after its delimiter");
         break;
       case Piece::expression:
-        fuzz::require(mark == L"=", "an expression begins behind its equals sign");
+        fuzz::require(mark == L"=", "an expression begins after its equals sign");
         break;
       default:
-        fuzz::require(piece.kind == Piece::directive && mark.ends_with(L'@'), "a directive begins behind its sign");
+        fuzz::require(piece.kind == Piece::directive && mark.ends_with(L'@'), "a directive begins after its sign");
         fuzz::require(mark.find_first_not_of(L" \t\r\n\f") == mark.size() - 1, "with blanks in front of it alone");
     }
     fuzz::require(behind.starts_with(L"%>") && piece.text.find(L"%>") == std::wstring_view::npos, "up to the first");
@@ -78,7 +78,7 @@ void same(const Piece& expected, const Piece& found, std::size_t moved) {
   fuzz::require(expected.text == found.text && expected.offset == found.offset + moved, "of the same text");
 }
 
-// Whether text may hold a tag that ends elsewhere, or nowhere, when the text is cut: a quote may be closed behind it.
+// Whether text may hold a tag that ends elsewhere, or nowhere, when the text is cut: a quote may be closed after it.
 bool has_tag(std::wstring_view text) {
   const std::wstring lowered = base::ascii_lowered(text);
   return lowered.find(L"<script") != std::wstring::npos || lowered.find(L"<object") != std::wstring::npos;
@@ -97,7 +97,7 @@ void check_pieces(std::wstring_view text, const std::vector<Piece>& pieces) {
   // Cut between any two pieces, the text is cut into the same ones: here in the middle, and in front of the last one.
   for (const std::size_t cut : {pieces.size() / 2, pieces.size() - (pieces.empty() ? 0 : 1)}) {
     const Scan back = scan(text.substr(ends[cut]));
-    fuzz::require(!back.fault && back.pieces.size() == pieces.size() - cut, "as many behind");
+    fuzz::require(!back.fault && back.pieces.size() == pieces.size() - cut, "as many after");
     for (std::size_t i = cut; i < pieces.size(); ++i) same(pieces[i], back.pieces[i - cut], ends[cut]);
     if (has_tag(text.substr(0, ends[cut]))) continue;
     const Scan front = scan(text.substr(0, ends[cut]));

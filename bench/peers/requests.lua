@@ -1,4 +1,4 @@
--- Sends the requests of a file in turn, over and over: each line is a path, and a cookie or nothing behind a tab.
+-- Sends the requests of a file in turn, over and over: each line is a path, and a cookie or nothing after a tab.
 local requests, at = {}, 0
 
 function init(arguments)

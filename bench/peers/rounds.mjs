@@ -22,7 +22,7 @@ async function wrk({ url, connections = 16, requests }, on, seconds) {
   };
 }
 
-// The file of requests for `wrk`, from lines of a path, and of a cookie or nothing behind a tab.
+// The file of requests for `wrk`, from lines of a path, and of a cookie or nothing after a tab.
 let files = 0;
 export async function requestFile(lines) {
   const file = join(temporaryFolder(), `requests${files++}`);

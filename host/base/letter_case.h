@@ -11,12 +11,9 @@
 #include <string>
 #include <string_view>
 
-namespace base {
+#include "base/ascii.h"
 
-template <class Char>
-constexpr Char ascii_lower(Char c) {
-  return c >= Char{'A'} && c <= Char{'Z'} ? static_cast<Char>(c | 0x20) : c;
-}
+namespace base {
 
 constexpr bool equal_ascii(std::string_view a, std::string_view b) {
   return std::ranges::equal(a, b, {}, ascii_lower<char>, ascii_lower<char>);

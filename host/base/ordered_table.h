@@ -14,7 +14,7 @@
 namespace base {
 
 // How the order is kept. By links, an entry comes and goes at the same cost wherever it stands; by places, the n-th is
-// found at once, and taking one moves those behind it up.
+// found at once, and taking one moves those after it up.
 using ByLinks = boost::multi_index::sequenced<>;
 using ByPlaces = boost::multi_index::random_access<>;
 

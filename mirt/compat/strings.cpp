@@ -68,7 +68,7 @@ MIRT_WEAK int swprintf_s(wchar_t* buffer, std::size_t count, const wchar_t* form
   return written < 0 ? 1 : 0;
 }
 
-// A replacement owes the number of conversions done. This one takes no sizes behind %s and %c.
+// A replacement owes the number of conversions done. This one takes no sizes after %s and %c.
 MIRT_WEAK int sscanf_s(const char* text, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);

@@ -31,7 +31,7 @@ bool take_all_type_infos(ITypeLib* own, ITypeLib* host) {
   });
 }
 
-// What the host has behind the path. A host without type libraries exports no LoadTypeLib.
+// What the host has after the path. A host without type libraries exports no LoadTypeLib.
 CComPtr<ITypeLib> load_type_library(const wchar_t* path) {
   CComPtr<ITypeLib> spLibrary;
   const auto load = mirt::host_function<decltype(LoadTypeLib)>("LoadTypeLib");

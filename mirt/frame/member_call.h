@@ -149,7 +149,7 @@ HRESULT take_all(const DISPPARAMS* params, std::tuple<Arguments...>& arguments, 
   return hr;
 }
 
-// Calls with the inputs Is of Parameters, and a result behind them when there is one parameter more.
+// Calls with the inputs Is of Parameters, and a result after them when there is one parameter more.
 template <class Object, class Member, class Parameters, std::size_t... Is>
 HRESULT call_with(Object* object, Member member, const DISPPARAMS* params, VARIANT* result, UINT* argerr,
                   std::index_sequence<Is...>) {

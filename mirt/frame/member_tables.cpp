@@ -134,7 +134,7 @@ constexpr Member kPage[] = {
     method<IMirt, &IMirt::NewMail>(L"NewMail"),
 };
 
-// The same for the utility object and for the page controller, behind whose own members they stand.
+// The same for the utility object and for the page controller, after whose own members they stand.
 template <class I>
 constexpr Member kUtility[] = {
     method<I, &I::MakeKey>(L"MakeKey"),

@@ -20,7 +20,7 @@ class Messages {
   Messages(const Messages&) = delete;
   Messages& operator=(const Messages&) = delete;
 
-  // Keeps a copy of the value behind the other messages of the key. References are followed: what they refer to is
+  // Keeps a copy of the value after the other messages of the key. References are followed: what they refer to is
   // gone when the caller returns.
   HRESULT add(const VARIANT& message, std::wstring_view key);
   // Whether there is a message under a VT_BSTR key, or with VT_ERROR, an omitted key, any at all. Other keys are

@@ -15,7 +15,7 @@ using Self = GIMirtImpl<IMirt>;
 
 constexpr std::size_t kLongestText = 1279;  // characters taken of the platform's text for a code
 
-// The platform's text for the code, if it has one, and the mark behind it.
+// The platform's text for the code, if it has one, and the mark after it.
 HRESULT report_with_mark(HRESULT hr, const CMarkData& mark) {
   // Not on the stack: a mark inside a mark is reported once for each, one frame inside the other.
   std::wstring buffer(kLongestText + 1, L'\0');

@@ -11,7 +11,7 @@
 namespace page {
 namespace {
 
-// A host may fill MAX_PATH characters and put the NUL behind them.
+// A host may fill MAX_PATH characters and put the NUL after them.
 constexpr std::size_t kPathCapacity = 4 * MAX_PATH;
 
 bool is_separator(wchar_t c) { return c == L'\\' || c == L'/'; }
@@ -32,7 +32,7 @@ CComBSTR compose_path(std::wstring_view current, std::wstring_view folder, std::
 }
 
 HRESULT ConvertToCanonicalizedPath(std::wstring_view path, CComBSTR& out) {
-  // The file system would end the path at a NUL, and the extension behind it would be lost.
+  // The file system would end the path at a NUL, and the extension after it would be lost.
   if (path.find(L'\0') != std::wstring_view::npos) return E_FAIL;
   std::wstring source(path);
   std::replace(source.begin(), source.end(), L'/', L'\\');

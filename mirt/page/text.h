@@ -9,7 +9,7 @@
 
 namespace page {
 
-// The parts one behind the other; null when memory is short.
+// The parts one after the other; null when memory is short.
 CComBSTR join(std::initializer_list<std::wstring_view> parts);
 
 // Raises E_FAIL with the text, as the controller's own errors are reported, and returns E_FAIL.

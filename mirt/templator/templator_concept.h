@@ -2,7 +2,7 @@
 //
 // A template is plain text with marks in it:
 //   (# [type character] name [| first parameter] [#|# further parameter]… #)
-// A mark is replaced by whatever the owner's OnMarked writes for it. ^ protects the delimiter behind it.
+// A mark is replaced by whatever the owner's OnMarked writes for it. ^ protects the delimiter after it.
 // Marks inside a mark are text of the name or parameter in which they stand.
 #pragma once
 
@@ -43,7 +43,7 @@ class CTemplatorConcept {
   HRESULT Process(CTemplate& tmpl);
   // Reads a whole template into a fresh `tmpl`. On failure that holds what came before the fault.
   HRESULT Parse(wchar_t* text, CTemplate& tmpl);
-  // Reads one mark: `pos` goes from behind the opening delimiter to the closing one.
+  // Reads one mark: `pos` goes from past the opening delimiter to the closing one.
   HRESULT GetMarkData(wchar_t* text, unsigned int& pos, CMarkData& mark);
 
   // Makes *value the text that a mark shows: each entry of the path (null for none) indexes the value or

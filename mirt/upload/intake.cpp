@@ -23,7 +23,7 @@ namespace {
 constexpr std::wstring_view kMultipart = L"multipart/form-data;";
 constexpr std::wstring_view kBoundary = L"boundary=";
 
-// "--" and everything behind "boundary=", quotes and further parameters included; empty when there is
+// "--" and everything after "boundary=", quotes and further parameters included; empty when there is
 // nothing. A boundary that is too long is cut and then matches no delimiter line.
 std::string delimiter_of(const std::wstring& content_type) {
   const std::size_t at = content_type.find(kBoundary);

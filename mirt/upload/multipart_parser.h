@@ -15,7 +15,7 @@
 // and value are those of the last line with a colon.
 struct CMultipartHeader {
   std::string name;                           // before the first ':', as sent
-  std::string value;                          // behind it, without leading blanks, up to the first ';'
+  std::string value;                          // after it, without leading blanks, up to the first ';'
   std::map<std::string, std::string> params;  // a later key replaces an earlier one
 
   // What the last line brought, so that a reader of very many lines copies only what is new: whether it
@@ -30,10 +30,10 @@ class CMultipartParser {
  public:
   CMultipartParser(const char* body, std::size_t length, const char* boundary);
 
-  // Moves behind the next delimiter, wherever in a line it stands, and the CR LF (or "--", then it is the
+  // Moves past the next delimiter, wherever in a line it stands, and the CR LF (or "--", then it is the
   // last) that must follow it. E_FAIL when there is none, or when something else follows.
   HRESULT MoveNextBoundary(std::size_t& boundaryStart, bool& isLast);
-  // Moves behind the header line at hand. S_FALSE for the empty line that ends the headers, E_FAIL when no
+  // Moves past the header line at hand. S_FALSE for the empty line that ends the headers, E_FAIL when no
   // line end is left or a NUL lies before it.
   HRESULT GetHeader(CMultipartHeader& header);
 

@@ -18,7 +18,7 @@ HRESULT Base64Decode(const wchar_t* text, std::size_t n, std::string& out);
 bool URL_is_unreserved(unsigned char byte);
 // Every other byte becomes "%" and two upper-case digits; a space too.
 HRESULT URLEncode(const char* bytes, std::size_t n, CComBSTR& out);
-// Takes each character by its low eight bits. E_FAIL for a "%" without two characters behind it or with
+// Takes each character by its low eight bits. E_FAIL for a "%" without two characters after it or with
 // a first one that is not a hexadecimal digit, and for any reserved character: "+" is not a space.
 HRESULT URLDecode(const wchar_t* text, std::size_t n, std::string& out);
 

@@ -81,7 +81,7 @@ HRESULT find_string(const VARIANT* list, const VARIANT* wanted, VARIANT_BOOL* fo
     Values searched;
     RETURN_IF_FAILED(searched.attach(wanted));
     *found = VARIANT_FALSE;
-    // Goes on after a hit: a value behind it that has no text form is still an error.
+    // Goes on after a hit: a value after it that has no text form is still an error.
     for (const VARIANT& value : searched) {
       AsText text;
       RETURN_IF_FAILED(text.take(value));

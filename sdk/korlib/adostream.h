@@ -9,7 +9,7 @@ inline constexpr LONG adTypeText = 2;
 // The count of a read: all that is left, and for text one line.
 inline constexpr LONG adReadAll = -1;
 inline constexpr LONG adReadLine = -2;
-// The options of WriteText: the text alone, or with a line separator behind it.
+// The options of WriteText: the text alone, or with a line separator after it.
 inline constexpr LONG adWriteChar = 0;
 inline constexpr LONG adWriteLine = 1;
 // LineSeparator. Reading a line looks for this one only.
@@ -32,7 +32,7 @@ struct IKorLibStream : IDispatch {
   // How many bytes there are; and whether the position is at their end.
   virtual HRESULT get_Size(LONG* bytes) = 0;
   virtual HRESULT get_EOS(VARIANT_BOOL* at_end) = 0;
-  // Where the next read or write begins, from 0. A position behind the end makes the stream longer: zeros are
+  // Where the next read or write begins, from 0. A position beyond the end makes the stream longer: zeros are
   // between.
   virtual HRESULT get_Position(LONG* position) = 0;
   virtual HRESULT put_Position(LONG position) = 0;
@@ -60,12 +60,12 @@ struct IKorLibStream : IDispatch {
   virtual HRESULT Open(VARIANT source, LONG mode, LONG options, BSTR user, BSTR password) = 0;
   // Drops the bytes.
   virtual HRESULT Close() = 0;
-  // Moves behind the next line separator.
+  // Moves past the next line separator.
   virtual HRESULT SkipLine() = 0;
   // Copies a byte array of one dimension to the position, over what is there. One of a single byte costs a few
   // nanoseconds.
   virtual HRESULT Write(VARIANT bytes) = 0;
-  // Drops what lies behind the position.
+  // Drops what lies beyond the position.
   virtual HRESULT SetEOS() = 0;
   // Moves `count` bytes, or characters when both are text, or adReadAll, to the position of another stream.
   // Bytes cannot be copied into text.

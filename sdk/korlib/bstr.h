@@ -8,10 +8,10 @@
 #include <korlib/types.h>
 
 extern "C" {
-// A copy of NUL-terminated text, without what lies behind the NUL; null for null.
+// A copy of NUL-terminated text, without what follows the NUL; null for null.
 KORLIB_API BSTR SysAllocString(const OLECHAR* text);
 // A string of `length` characters: copied from `text`, NULs included, or left for the caller to fill when that
-// is null. A NUL is put behind them in either case.
+// is null. A NUL is put after them in either case.
 KORLIB_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
 // A string of `bytes` bytes: copied from `data`, or left for the caller to fill when null. For strings that
 // carry bytes: a byte count that is not a multiple of four is kept.

@@ -27,9 +27,13 @@ KORLIB_IID(IErrorInfo, "1CF2B120-547D-101B-8E65-08002B2BD119");
 // An error object that is being made. It answers to IErrorInfo as well, which is what SetErrorInfo takes. Text
 // is copied; it is not written to, though its type would allow that.
 struct ICreateErrorInfo : IUnknown {
+  // The interface that failed.
   virtual HRESULT SetGUID(REFGUID guid) = 0;
+  // Who failed: a ProgID as a rule. Null takes the text away, here and below. E_OUTOFMEMORY leaves the old one.
   virtual HRESULT SetSource(LPOLESTR source) = 0;
+  // What is to be shown to a person.
   virtual HRESULT SetDescription(LPOLESTR description) = 0;
+  // Where more is written: the path of a help file, and a page's number in it. The component sets neither.
   virtual HRESULT SetHelpFile(LPOLESTR file) = 0;
   virtual HRESULT SetHelpContext(DWORD context) = 0;
 

@@ -73,7 +73,7 @@ inline constexpr const GUID& iid_of = detail::IidOf<Interface>::value;
 
 }  // namespace korlib
 
-// Gives an interface its identifier; used at namespace scope, right behind the interface.
+// Gives an interface its identifier; used at namespace scope, right after the interface.
 //   struct IThing : IUnknown { … };
 //   KORLIB_IID(IThing, "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX");
 #define KORLIB_IID(Interface, text)                   \

@@ -33,7 +33,7 @@ struct SAFEARRAY {
   // The element type, as SafeArrayGetVartype answers it: a plain type, VT_BSTR, VT_DISPATCH, VT_UNKNOWN or
   // VT_VARIANT.
   VARTYPE vtElement;
-  // The elements, one behind the other; never null, also when there are none.
+  // The elements, one after the other; never null, also when there are none.
   void* pvData;
   // The bounds, cDims of them, the LAST dimension first.
   SAFEARRAYBOUND rgsabound[1];

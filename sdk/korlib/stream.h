@@ -15,7 +15,7 @@ union ULARGE_INTEGER {
   ULONGLONG QuadPart;
 };
 
-// Bytes one behind the other. A template can be drawn into one: it receives the characters as they lie in
+// Bytes one after the other. A template can be drawn into one: it receives the characters as they lie in
 // memory, four bytes each, lowest first.
 struct ISequentialStream : IUnknown {
   // Copies up to `bytes` bytes into the caller's buffer. S_FALSE when fewer were left; *read, which may be
@@ -40,11 +40,17 @@ struct IStream : ISequentialStream {
   virtual HRESULT SetSize(ULARGE_INTEGER size) = 0;
   // From the position on, into another stream. Either count may be null.
   virtual HRESULT CopyTo(IStream* target, ULARGE_INTEGER bytes, ULARGE_INTEGER* read, ULARGE_INTEGER* written) = 0;
-  // Transactions, locks and descriptions.
+  // Of a stream with transactions: makes what was written lasting, in the manner that `flags` says, 0 being the usual
+  // one.
   virtual HRESULT Commit(DWORD flags) = 0;
+  // Drops what was written since the last Commit.
   virtual HRESULT Revert() = 0;
+  // Keeps others from a range of bytes, counted from the beginning; `type` says from what: 1 from writing, 2 from all,
+  // 4 from locking it as well.
   virtual HRESULT LockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER bytes, DWORD type) = 0;
+  // Takes a lock back; the arguments are those that LockRegion was given.
   virtual HRESULT UnlockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER bytes, DWORD type) = 0;
+  // Fills *stat with the stream's name, size and times; `flags` of 1 leaves the name out.
   virtual HRESULT Stat(STATSTG* stat, DWORD flags) = 0;
   // Another stream over the same bytes with a position of its own.
   virtual HRESULT Clone(IStream** copy) = 0;

@@ -52,7 +52,7 @@ using LPOLESTR = OLECHAR*;
 using LPCOLESTR = const OLECHAR*;
 
 // A counted string: points at the first character, the length in bytes lies in the four bytes before
-// it, a NUL character behind it. Made and freed by the Sys… functions only (bstr.h). Null is a legal
+// it, a NUL character after it. Made and freed by the Sys… functions only (bstr.h). Null is a legal
 // value and reads as the empty string.
 // A string in a variable belongs to whoever holds the variable. As an argument it stays the caller's; as a
 // result it becomes the caller's, who frees it with SysFreeString.

@@ -82,7 +82,7 @@ KORLIB_API int memcpy_s(void* target, std::size_t target_size, const void* sourc
 // Formats into a buffer of `count` characters with the NUL. 0, or 1 when the text does not fit; never the
 // number of characters.
 KORLIB_API int swprintf_s(wchar_t* buffer, std::size_t count, const wchar_t* format, ...);
-// Reads by a format; the number of conversions done. No sizes stand behind %s and %c.
+// Reads by a format; the number of conversions done. No sizes stand after %s and %c.
 KORLIB_API int sscanf_s(const char* text, const char* format, ...) __attribute__((format(scanf, 2, 3)));
 
 // Maps text by `flags` (LCMAP_…). A negative source length means up to the NUL. A null target or a size below 1

@@ -36,7 +36,7 @@ KORLIB_API BOOL CryptReleaseContext(HCRYPTPROV provider, DWORD flags);
 KORLIB_API BOOL CryptCreateHash(HCRYPTPROV provider, ALG_ID algorithm, void* key, DWORD flags, HCRYPTHASH* hash);
 // Adds bytes.
 KORLIB_API BOOL CryptHashData(HCRYPTHASH hash, const BYTE* data, DWORD bytes, DWORD flags);
-// The digest of all bytes so far; more may be added behind it. With a null buffer *size becomes the length and
+// The digest of all bytes so far; more may be added after it. With a null buffer *size becomes the length and
 // the answer is TRUE; with one that is too small, the length and FALSE.
 KORLIB_API BOOL CryptGetHashParam(HCRYPTHASH hash, DWORD parameter, BYTE* buffer, DWORD* size, DWORD flags);
 // Null is fine.

@@ -72,7 +72,7 @@ KORLIB_IID(IUtility, "1C042E3B-E315-4D29-992F-4851DDF01EF1");
 struct IFormFile : IDispatch {
   // As the browser sent it, a path perhaps.
   virtual HRESULT get_FileName(BSTR* name) = 0;
-  // What stands behind its last '\', else its last '/'. It may still hold a '/', or be "..".
+  // What stands after its last '\', else its last '/'. It may still hold a '/', or be "..".
   virtual HRESULT get_FileName2(BSTR* name) = 0;
   // What the browser says that it is; empty when it said nothing.
   virtual HRESULT get_ContentType(BSTR* type) = 0;
@@ -158,7 +158,7 @@ struct MirtMembers : IDispatch {
   // The folder where template files are, and may be read.
   virtual HRESULT put_TemplateFolder(BSTR value) = 0;
   virtual HRESULT get_TemplateFolder(BSTR* value) = 0;
-  // What is put behind a template's name, with its dot.
+  // What is put after a template's name, with its dot.
   virtual HRESULT put_TemplateExt(BSTR value) = 0;
   virtual HRESULT get_TemplateExt(BSTR* value) = 0;
   // The character set of template files, "UTF-8" at first.
@@ -219,7 +219,7 @@ struct MirtMembers : IDispatch {
   // Calls a function of the script with (controller, argument by reference). *exists tells whether there is
   // one, also when it fails; without one *result stays as it is.
   virtual HRESULT FireEvent(BSTR name, VARIANT* argument, VARIANT* result, VARIANT_BOOL* exists) = 0;
-  // Keeps a copy under the key, behind those that are there, for the message drawers.
+  // Keeps a copy under the key, after those that are there, for the message drawers.
   virtual HRESULT AddMessage(VARIANT* message, BSTR key) = 0;
   // Whether there is a message. A VT_BSTR asks for one key, a VT_ERROR (the argument omitted) for any; others
   // are E_INVALIDARG.

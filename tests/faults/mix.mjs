@@ -69,7 +69,7 @@ const steps = [
 const sum = (table) => table.reduce((all, [weight]) => all + weight, 0);
 const weights = { single: sum(single), steps: sum(steps) };
 const pipelined = 4;
-const mostOnOneWire = 900;  // the host closes behind 1,000
+const mostOnOneWire = 900;  // the host closes after 1,000
 const endlessEach = 100000;
 
 export class Client {

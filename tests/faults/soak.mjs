@@ -44,7 +44,7 @@ async function drive(address, counts, total, onSample) {
 }
 
 // What is left once garbage has gone: by itself the script engine's heaps hold 15 MiB of it or none. A worker collects it
-// behind a large upload. Long pages may have every worker a second after the last short one.
+// after a large upload. Long pages may have every worker a second after the last short one.
 async function restingMemory(address, pids) {
   await pause(1500);
   const all = Array.from({ length: collectors }, () => new Wire(address));

@@ -34,7 +34,7 @@ export function png(width, height, [red, green, blue]) {
   return Buffer.concat([signature, chunk('IHDR', header), chunk('IDAT', zlib.deflateSync(lines)), chunk('IEND', Buffer.alloc(0))]);
 }
 
-// The beginning of a PNG and any bytes behind it, the same ones for the same size.
+// The beginning of a PNG and any bytes after it, the same ones for the same size.
 export function largePicture(size) {
   const bytes = new Uint32Array(Math.ceil(size / 4));
   let state = 1;

@@ -19,7 +19,7 @@ struct Example {
   int line = 0;  // of the document, where the page begins
 };
 
-// Every block of ```asp, with the block of ```text behind it.
+// Every block of ```asp, with the block of ```text after it.
 std::vector<Example> examples_in(const fs::path& document) {
   std::vector<Example> examples;
   std::string* block = nullptr;

@@ -18,7 +18,7 @@
 
 namespace test {
 
-// While one lives, the allocation behind `n` others fails, and `times - 1` behind it: of the thread that made it, or of
+// While one lives, the allocation after `n` others fails, and `times - 1` after it: of the thread that made it, or of
 // all others. Those of `operator new`, of the runtime's strings and arrays, and, in builds without sanitizers, of
 // realloc. Not of aligned_alloc: the network library takes memory for its own steps there, and does not stand that it
 // fails.

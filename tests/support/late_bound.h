@@ -68,7 +68,7 @@ template <class... Arguments>
 Answer get(IDispatch* object, const wchar_t* name, const Arguments&... arguments) {
   return invoke(object, name, DISPATCH_PROPERTYGET, {value_of(arguments)...});
 }
-// The value last, behind the property's arguments.
+// The value last, after the property's arguments.
 template <class... Arguments>
 Answer put(IDispatch* object, const wchar_t* name, const Arguments&... arguments) {
   return invoke(object, name, DISPATCH_PROPERTYPUT, {value_of(arguments)...});

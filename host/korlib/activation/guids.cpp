@@ -5,6 +5,8 @@
 
 #include <korlib/activation.h>
 
+#include "base/ascii.h"
+
 namespace {
 
 constexpr int kTextLength = 38;
@@ -14,20 +16,14 @@ constexpr int kOrder[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15
 
 bool has_dash_before(int byte) { return byte == 4 || byte == 6 || byte == 8 || byte == 10; }
 
-int digit_value(wchar_t c) {
-  if (c >= L'0' && c <= L'9') return static_cast<int>(c - L'0');
-  const auto lower = static_cast<wchar_t>(c | 0x20);
-  return lower >= L'a' && lower <= L'f' ? static_cast<int>(lower - L'a') + 10 : -1;
-}
-
 // Stops at the first character that does not belong, a NUL included, so it never reads beyond the text.
 bool read_guid(const OLECHAR* at, unsigned char* bytes) {
   if (*at++ != L'{') return false;
   for (int i = 0; i < 16; ++i) {
     if (has_dash_before(i) && *at++ != L'-') return false;
-    const int high = digit_value(*at);
+    const int high = base::hex_value(*at);
     if (high < 0) return false;
-    const int low = digit_value(at[1]);
+    const int low = base::hex_value(at[1]);
     if (low < 0) return false;
     bytes[kOrder[i]] = static_cast<unsigned char>(high << 4 | low);
     at += 2;

@@ -30,7 +30,7 @@ class ByteStore {
   }
   // The same for one byte where there is room already; false, and nothing written, where there is none.
   [[nodiscard]] bool put(char byte) {
-    const std::size_t at = position_;  // a char may alias any member: not read again behind the byte
+    const std::size_t at = position_;  // a char may alias any member: not read again once the byte is written
     if (at >= bytes_.capacity()) return false;
     bytes_.data()[at] = byte;
     position_ = at + 1;

@@ -121,7 +121,7 @@ STDMETHODIMP Dictionary::get_Item(VARIANT key, VARIANT* value) {
 HRESULT Dictionary::store(const VARIANT& key, const VARIANT& value, bool may_replace) {
   return guarded(kSource, [&]() -> HRESULT {
     WantedKey wanted;
-    CComVariant owned;  // after the exchange the old value, released behind the lock
+    CComVariant owned;  // after the exchange the old value, released after the lock has gone
     RETURN_IF_FAILED(load(key, wanted));
     RETURN_IF_FAILED(own(value, owned));
     RETURN_IF_FAILED(admit(wanted.value()));

@@ -8,12 +8,14 @@
 #include <cerrno>
 #include <new>
 #include <system_error>
+#include <utility>
 
 #include <korlib_host/errors.h>
 #include <korlib_host/memory_limit.h>
 #include <korlib_host/unicode.h>
 
 #include "base/file_descriptor.h"
+#include "base/path_text.h"
 #include "classes/byte_store.h"
 
 namespace korlib {
@@ -70,8 +72,7 @@ std::string system_path(std::wstring_view path) {
   if (path.find(L'\0') != path.npos) return {};
   std::string bytes = to_utf8(path);
   if (bytes.find('\\') == std::string::npos || access(bytes.c_str(), F_OK) == 0) return bytes;
-  std::replace(bytes.begin(), bytes.end(), '\\', '/');
-  return bytes;
+  return base::with_slashes(std::move(bytes));
 }
 
 bool file_exists(std::wstring_view path) {

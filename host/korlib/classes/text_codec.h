@@ -23,7 +23,7 @@ class TextCodec {
   virtual std::string_view mark() const { return {}; }
   // Appends or overwrites at the store's position. False when the store would become too large.
   [[nodiscard]] virtual bool write(std::wstring_view text, ByteStore& store) = 0;
-  // Decodes one character, or gives kNothing, and moves `bytes` behind it; `bytes` is not empty. `continues` is true
+  // Decodes one character, or gives kNothing, and moves `bytes` past it; `bytes` is not empty. `continues` is true
   // when they follow directly on those decoded last.
   virtual char32_t next(std::string_view& bytes, bool continues) = 0;
   // Decodes all bytes. Null where there is no memory for so long a text.

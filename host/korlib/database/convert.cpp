@@ -11,6 +11,7 @@
 
 #include <korlib_host/memory_limit.h>
 
+#include "base/ascii.h"
 #include "base/serial_date.h"
 #include "variant/number_parser.h"
 
@@ -58,7 +59,7 @@ HRESULT bytes_variant(const std::string& bytes, VARIANT* variant) {
 
 // A double holds any 15 digits; what has more would change.
 HRESULT decimal_variant(const std::wstring& digits, VARIANT* variant) {
-  const auto count = std::count_if(digits.begin(), digits.end(), [](wchar_t c) { return c >= L'0' && c <= L'9'; });
+  const auto count = std::ranges::count_if(digits, base::is_digit<wchar_t>);
   if (count > 15) return text_variant(digits, variant);
   variant->vt = VT_R8;
   variant->dblVal = std::wcstod(digits.c_str(), nullptr);
@@ -138,7 +139,7 @@ HRESULT read_bytes(const VARIANT& variant, odbc::Value& value) {
   return S_OK;
 }
 
-// Asked behind each row: rows that are kept come without the database, which would be stopped.
+// Asked after each row: rows that are kept come without the database, which would be stopped.
 bool is_memory_used_up(LONG row) {
   constexpr LONG kEvery = 256;
   korlib_host::MemoryLimit* const limit = row % kEvery == 0 ? korlib_host::memory_limit() : nullptr;

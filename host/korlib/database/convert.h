@@ -39,7 +39,7 @@ HRESULT from_variant(const VARIANT& variant, odbc::Kind kind, odbc::Value& value
 
 // An array of two dimensions, columns and rows, counted from 0, of the chosen columns in that order.
 HRESULT rows_as_array(odbc::ResultSet& result, LONG rows, const std::vector<std::size_t>& columns, VARIANT* array);
-// What stands between the columns, behind each row, and for NULL.
+// What stands between the columns, after each row, and for NULL.
 struct TextMarks {
   std::wstring between;
   std::wstring behind;

@@ -13,7 +13,7 @@ struct Column {
   std::wstring name;
   Kind kind = Kind::text;
   std::size_t size = 0;  // as declared: characters, bytes or digits
-  int scale = 0;         // digits behind the decimal point
+  int scale = 0;         // digits after the decimal point
 };
 
 // The columns of a statement's current result; none when it gives no rows. With `has_loose_types` a column whose type

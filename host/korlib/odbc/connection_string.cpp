@@ -2,18 +2,17 @@
 
 #include <algorithm>
 
+#include "base/ascii.h"
 #include "base/letter_case.h"
 
 namespace korlib::odbc {
 namespace {
 
 std::wstring_view trimmed(std::wstring_view text) {
-  while (!text.empty() && text.front() == L' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == L' ') text.remove_suffix(1);
-  return text;
+  return base::trimmed(text, [](wchar_t c) { return c == L' '; });
 }
 
-// Takes one attribute's value off the front of `rest`, and the semicolon behind it.
+// Takes one attribute's value off the front of `rest`, and the semicolon after it.
 std::wstring take_value(std::wstring_view& rest) {
   std::wstring value;
   if (rest.starts_with(L'{')) {

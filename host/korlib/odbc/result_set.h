@@ -21,10 +21,10 @@ class ResultSet {
 
   bool is_before_first() const { return is_kept_ ? at_ < 0 || rows_.empty() : is_empty_; }
   bool is_after_last() const;
-  const Row* current() const;  // null before the first and behind the last row
+  const Row* current() const;  // null before the first and after the last row
 
   void next();
-  // Of a kept result; clamped to one before the first and one behind the last row.
+  // Of a kept result; clamped to one before the first and one after the last row.
   void go_to(std::int64_t row);
   std::int64_t position() const { return at_; }  // counted from 0
   std::int64_t size() const { return is_kept_ ? static_cast<std::int64_t>(rows_.size()) : -1; }

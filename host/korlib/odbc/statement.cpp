@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/ascii.h"
 #include "base/letter_case.h"
 #include "odbc/bound_parameter.h"
 #include "odbc/statement_timer.h"
@@ -20,8 +21,6 @@ constexpr std::wstring_view kHarmless[] = {L"ALTER",   L"ANALYZE",  L"CALL",   L
                                            L"EXPLAIN", L"GRANT",    L"INSERT", L"MERGE",   L"REINDEX", L"REPLACE",
                                            L"REVOKE",  L"ROLLBACK", L"SELECT", L"SHOW",    L"TABLE",   L"TRUNCATE",
                                            L"UPDATE",  L"VACUUM",   L"VALUES", L"WITH"};
-
-bool is_letter(wchar_t c) { return (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z'); }
 
 // The length of a quoted text or a comment that `sql` begins with; 0 when it begins with neither. One
 // without an end goes to the end of the text.
@@ -50,8 +49,8 @@ bool may_change_connection(std::wstring_view sql) {
       at += skipped;
       continue;
     }
-    if (is_at_start && is_letter(sql[at])) {
-      const auto* const end = std::find_if_not(sql.begin() + at, sql.end(), is_letter);
+    if (is_at_start && base::is_letter(sql[at])) {
+      const auto* const end = std::find_if_not(sql.begin() + at, sql.end(), base::is_letter<wchar_t>);
       if (!is_harmless({sql.begin() + at, end})) return true;
       is_at_start = false;
     }

@@ -20,7 +20,7 @@ static_assert(sizeof(Header) == 8 && alignof(wchar_t) <= 8, "the length lies in 
 
 Header* header_of(BSTR text) { return reinterpret_cast<Header*>(text) - 1; }
 
-// The text is left for the caller to fill; only what lies behind it is written.
+// The text is left for the caller to fill; only what lies after it is written.
 BSTR allocate(std::size_t bytes) {
   if (bytes >= kMaxBstrBytes) return nullptr;
   if (korlib_host::kCountsStrings && korlib_host::shall_string_fail()) return nullptr;

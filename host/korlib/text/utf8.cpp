@@ -38,7 +38,7 @@ void copy_ascii(const From* from, std::size_t count, To* to) {
 
 struct Lead {
   std::size_t trails;
-  unsigned first_low;   // the range that the byte behind the lead must lie in: it is what keeps out
+  unsigned first_low;   // the range that the byte after the lead must lie in: it is what keeps out
   unsigned first_high;  // overlong forms, surrogates and values above U+10FFFF
   char32_t bits;
 };
@@ -87,7 +87,7 @@ std::size_t utf32_utf8(const wchar_t* text, std::size_t length, char* out, std::
   const auto* at = reinterpret_cast<const std::uint32_t*>(text);
   const auto* const end = at + length;
   std::size_t needed = 0;
-  bool is_full = false;  // set by the first character that does not fit: nothing behind it is written
+  bool is_full = false;  // set by the first character that does not fit: nothing after it is written
   while (at != end) {
     if (*at < 0x80) {
       const std::size_t run = ascii_run(at, end);

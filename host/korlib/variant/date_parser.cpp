@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "base/ascii.h"
 #include "base/serial_date.h"
 #include "variant/number_parser.h"
 
@@ -112,7 +113,7 @@ class DateParser {
   // More digits than a year has are read, to be refused.
   Number read_number() {
     Number number;
-    while (is_digit(at(0)) && number.digits < 5) {
+    while (base::is_digit(at(0)) && number.digits < 5) {
       number.value = number.value * 10 + static_cast<int>(at(0) - L'0');
       ++number.digits;
       rest_.remove_prefix(1);
@@ -123,15 +124,12 @@ class DateParser {
   // In lower case.
   std::string read_word() {
     std::string word;
-    for (int c = at(0) | 0x20; c >= 'a' && c <= 'z'; c = at(0) | 0x20) {
-      word += static_cast<char>(c);
-      rest_.remove_prefix(1);
-    }
+    for (; base::is_letter(at(0)); rest_.remove_prefix(1)) word += static_cast<char>(base::ascii_lower(at(0)));
     return word;
   }
 
   bool read_item() {
-    if (is_digit(at(0))) return read_from_number();
+    if (base::is_digit(at(0))) return read_from_number();
     const bool follows_time = last_ == Item::time || last_ == Item::zone;
     if (follows_time && (at(0) == L'+' || at(0) == L'-')) return read_offset();
     // "4-Jul-2030": the dash between a day, a month's name and a year.
@@ -143,7 +141,7 @@ class DateParser {
     const Number number = read_number();
     if (at(0) == L':') return read_time(number);
     const bool has_separator = at(0) == L'/' || (at(0) == L'-' && !month_);
-    if (has_separator && is_digit(at(1))) return read_date(number);
+    if (has_separator && base::is_digit(at(1))) return read_date(number);
     if (loose_count_ == loose_.size()) return false;
     loose_[loose_count_++] = number;
     last_ = Item::number;
@@ -154,7 +152,7 @@ class DateParser {
     const std::string word = read_word();
     if (word.empty()) return false;
     if (word == "am" || word == "pm") return read_half(word == "pm");
-    if (word == "t" && last_ == Item::date) return is_digit(at(0));
+    if (word == "t" && last_ == Item::date) return base::is_digit(at(0));
     if (const int month = place_of(kMonths, word)) return read_month(month);
     if (place_of(kWeekdays, word)) return read_weekday();
     for (const Zone& zone : kZones) {
@@ -184,7 +182,7 @@ class DateParser {
     const wchar_t separator = at(0);
     take(separator);
     const Number second = read_number();
-    const bool has_third = at(0) == separator && is_digit(at(1));
+    const bool has_third = at(0) == separator && base::is_digit(at(1));
     if (has_third) take(separator);
     const Number third = has_third ? read_number() : Number{};
     last_ = Item::date;
@@ -216,8 +214,8 @@ class DateParser {
   }
 
   bool read_fraction(double* seconds) {
-    if (!is_digit(at(0))) return false;
-    for (double unit = 0.1; is_digit(at(0)); unit /= 10) {
+    if (!base::is_digit(at(0))) return false;
+    for (double unit = 0.1; base::is_digit(at(0)); unit /= 10) {
       *seconds += unit * static_cast<double>(at(0) - L'0');
       rest_.remove_prefix(1);
     }
@@ -231,7 +229,7 @@ class DateParser {
     last_ = Item::time;
   }
 
-  // AM or PM, behind a time or behind an hour alone.
+  // AM or PM, after a time or after an hour alone.
   bool read_half(bool is_afternoon) {
     if (last_ == Item::number && !has_time_) {
       const Number hours = loose_[--loose_count_];
@@ -253,7 +251,7 @@ class DateParser {
     return true;
   }
 
-  // "+02:00", "+0200", "+02", behind a time or behind GMT and its like.
+  // "+02:00", "+0200", "+02", after a time or after GMT and its like.
   bool read_offset() {
     if (has_offset_) return false;
     const int sign = take(L'-') ? -1 : 1;

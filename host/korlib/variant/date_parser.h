@@ -23,7 +23,7 @@ namespace korlib::variants {
 //             10:30 PM  10 pm                   hours 0 to 12
 //             "T" may join a time to the date in front of it.
 //   zone      Z  GMT  UTC  UT  +02:00  +0200  +02  GMT+0200  EST EDT CST CDT MST MDT PST PDT
-//             behind the time of a date: the moment is given in local time, as every DATE is. Without a zone
+//             after the time of a date: the moment is given in local time, as every DATE is. Without a zone
 //             the text is local time already.
 //
 // So 2030-07-04T10:00:00.000Z is read, and what a script's toString, toGMTString, toUTCString, toISOString,

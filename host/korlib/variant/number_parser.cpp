@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cstdint>
 
+#include "base/ascii.h"
+
 namespace korlib::variants {
 
 namespace {
@@ -62,14 +64,14 @@ class NumberReader {
   }
 
   bool take_prefix(wchar_t letter) {
-    if (rest_.size() < 2 || rest_[0] != L'&' || (rest_[1] & ~0x20) != letter) return false;
+    if (rest_.size() < 2 || rest_[0] != L'&' || base::ascii_upper(rest_[1]) != letter) return false;
     rest_.remove_prefix(2);
     return true;
   }
 
   std::size_t take_digits(Decimal* number) {
     const std::size_t before = rest_.size();
-    while (!rest_.empty() && is_digit(rest_[0])) {
+    while (!rest_.empty() && base::is_digit(rest_[0])) {
       if (!number->digits.empty() || rest_[0] != L'0') number->digits += static_cast<char>(rest_[0]);
       rest_.remove_prefix(1);
     }
@@ -101,9 +103,9 @@ class NumberReader {
     number->is_whole = false;
     const bool is_negative = take(L'-');
     if (!is_negative) take(L'+');
-    if (rest_.empty() || !is_digit(rest_[0])) return DISP_E_TYPEMISMATCH;
+    if (rest_.empty() || !base::is_digit(rest_[0])) return DISP_E_TYPEMISMATCH;
     int exponent = 0;
-    for (; !rest_.empty() && is_digit(rest_[0]); rest_.remove_prefix(1)) {
+    for (; !rest_.empty() && base::is_digit(rest_[0]); rest_.remove_prefix(1)) {
       exponent = std::min(exponent, kExponentLimit / 10 - 1) * 10 + static_cast<int>(rest_[0] - L'0');
     }
     number->exponent += is_negative ? -exponent : exponent;
@@ -114,12 +116,10 @@ class NumberReader {
     if (rest_.empty()) return DISP_E_TYPEMISMATCH;
     std::uint64_t value = 0;
     for (; !rest_.empty(); rest_.remove_prefix(1)) {
-      const wchar_t c = is_digit(rest_[0]) ? rest_[0] : static_cast<wchar_t>(rest_[0] | 0x20);
-      const bool is_letter = c >= L'a' && c <= L'f';
-      const auto digit = static_cast<std::uint64_t>(is_letter ? c - L'a' + 10 : c - L'0');
-      if ((!is_letter && !is_digit(c)) || digit >> bits) return DISP_E_TYPEMISMATCH;
+      const int digit = base::hex_value(rest_[0]);
+      if (digit < 0 || digit >> bits) return DISP_E_TYPEMISMATCH;
       if (value >> (64 - bits)) return DISP_E_OVERFLOW;
-      value = value << bits | digit;
+      value = value << bits | static_cast<std::uint64_t>(digit);
     }
     if (value) number->digits = std::to_string(value);
     number->is_negative = is_negative_;
@@ -194,15 +194,9 @@ HRESULT plain_number(std::wstring_view text, std::wstring* plain) {
   return S_OK;
 }
 
-bool is_digit(wchar_t c) { return c >= L'0' && c <= L'9'; }
-
 // Unicode's narrow one stands between a time and its AM or PM.
 bool is_blank(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r') || c == 0xA0 || c == 0x202F || c == 0x3000; }
 
-std::wstring_view trimmed(std::wstring_view text) {
-  while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
-  return text;
-}
+std::wstring_view trimmed(std::wstring_view text) { return base::trimmed(text, is_blank); }
 
 }  // namespace korlib::variants

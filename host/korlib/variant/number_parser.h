@@ -39,7 +39,6 @@ HRESULT parse_currency(std::wstring_view text, long double* ten_thousandths);
 // that counts is lost.
 HRESULT plain_number(std::wstring_view text, std::wstring* plain);
 
-bool is_digit(wchar_t c);
 bool is_blank(wchar_t c);
 
 // Without the blanks, tabs and line ends around it.

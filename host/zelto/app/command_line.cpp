@@ -122,7 +122,7 @@ int run_command_line(int argc, const char* const* argv) {
     std::cerr << "zelto: " << error.what() << "\n";
     return kWrongUse;
   } catch (const std::bad_alloc&) {
-    std::cerr << "zelto: there is not enough memory\n";
+    std::cerr << "zelto: out of memory\n";
     return kFailure;
   } catch (const std::exception& error) {
     std::cerr << "zelto: " << error.what() << "\n";

@@ -92,7 +92,7 @@ void check_characters(const std::string& name, std::string_view text) {
     if (!is_beyond_ascii(text[at])) continue;
     const auto line = 1 + std::ranges::count(text.substr(0, at), '\n');
     throw WrongUse(
-        fmt::format("{}:{}: a character beyond ASCII stands outside of quotes or behind a continued line", name, line));
+        fmt::format("{}:{}: a character beyond ASCII stands outside of quotes or after a continued line", name, line));
   }
 }
 

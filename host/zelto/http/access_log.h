@@ -19,7 +19,7 @@ struct AccessRecord {
   std::chrono::microseconds taken{};
 };
 
-// The "combined" form with the seconds that the answer took behind it, and what the page appended:
+// The "combined" form with the seconds that the answer took after it, and what the page appended:
 //   127.0.0.1 - - [21/Nov/2026:10:00:00 +0000] "GET / HTTP/1.1" 200 512 "-" "agent" 0.004 note
 // Quotes, backslashes and control characters, each byte of one, are written as \xHH; so is what is not ASCII in the
 // text of a client.

@@ -35,7 +35,7 @@ void AnswerQueue::begin(int socket, std::chrono::milliseconds patience) {
   may_wait_ = patience.count() > 0;
 }
 
-// What goes on behind bytes that could not be kept would be another answer.
+// What goes on after bytes that could not be kept would be another answer.
 void AnswerQueue::write(std::string_view first, std::string_view second, bool file_follows) {
   try {
     write_or_keep(first, second, file_follows ? MSG_MORE : 0);

@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "base/ascii.h"
 #include "base/letter_case.h"
 #include "http/status.h"
 #include "http/target.h"
@@ -52,8 +53,8 @@ int check_transfer_coding(const HttpRequest& request) {
 int check_length(const HttpRequest& request) {
   if (count_of(request, "Content-Length") > 1) return status::kBadRequest;
   const std::string* length = request.header("Content-Length");
-  const auto digit = [](char c) { return c >= '0' && c <= '9'; };
-  return !length || (!length->empty() && std::ranges::all_of(*length, digit)) ? status::kOk : status::kBadRequest;
+  return !length || (!length->empty() && std::ranges::all_of(*length, base::is_digit<char>)) ? status::kOk
+                                                                                             : status::kBadRequest;
 }
 
 int check_host(const HttpRequest& request) {

@@ -17,7 +17,7 @@ class PartCounter {
   explicit PartCounter(std::string delimiter) : delimiter_(std::move(delimiter)) {}
 
   void add(std::string_view bytes);
-  // How many delimiters there have been: one before each part, and one behind the last.
+  // How many delimiters there have been: one before each part, and one after the last.
   std::size_t count() const { return count_; }
 
  private:

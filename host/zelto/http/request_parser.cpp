@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/ascii.h"
 #include "base/letter_case.h"
 #include "http/framing.h"
 #include "http/part_counter.h"
@@ -26,11 +27,10 @@ std::string to_string(beast::string_view text) { return {text.data(), text.size(
 // True when the request line ends as one of another version would: "GET / HTTP/2.0".
 bool names_a_version(std::string_view head) {
   const std::string_view line = head.substr(0, head.find('\r'));
-  const auto digit = [](char c) { return c >= '0' && c <= '9'; };
   if (std::ranges::count(line, ' ') != 2) return false;
   const std::string_view version = line.substr(line.rfind(' ') + 1);
-  return version.size() == 8 && version.starts_with("HTTP/") && digit(version[5]) && version[6] == '.' &&
-         digit(version[7]);
+  return version.size() == 8 && version.starts_with("HTTP/") && base::is_digit(version[5]) && version[6] == '.' &&
+         base::is_digit(version[7]);
 }
 
 // A host in the target wins over the Host header, which a proxy may have rewritten.
@@ -153,7 +153,7 @@ class RequestParser::Impl : public http::basic_parser<true> {
     return bytes.size();
   }
 
-  // A delimiter comes before each part and behind the last one.
+  // A delimiter comes before each part and after the last one.
   void take(std::string_view bytes, Error& ec) {
     if (parts_) parts_->add(bytes);
     if (parts_ && parts_->count() > limits_.upload_parts + 1) {

@@ -24,7 +24,7 @@ class RequestReader {
 
   RequestReader(const HttpLimits& limits, Spool& spool) : limits_(limits), spool_(spool) { next(); }
 
-  // Room behind what has been received, until received() tells how much of it was used.
+  // Room after what has been received, until received() tells how much of it was used.
   std::span<char> room(std::size_t size);
   void received(std::size_t count);
   // Forgets what has been received; answers how many bytes that was.

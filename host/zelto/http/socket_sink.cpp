@@ -58,7 +58,7 @@ void SocketSink::start(ResponseHead head, std::uint64_t length) {
   started_ = true;
 }
 
-// An answer that lacks bytes fails: others behind it would be taken for them.
+// An answer that lacks bytes fails: others after it would be taken for them.
 void SocketSink::write(std::string_view bytes) {
   if (!started_ || finished_ || !has_body_ || bytes.empty()) return;
   try {

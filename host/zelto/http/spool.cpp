@@ -13,7 +13,7 @@ namespace zelto {
 
 namespace {
 
-std::string folder_of(const SpoolLimits& limits) {
+std::string spool_folder(const SpoolLimits& limits) {
   if (!limits.folder.empty()) return limits.folder;
   const char* given = std::getenv("TMPDIR");
   return given && *given ? given : "/var/tmp";
@@ -36,7 +36,7 @@ constexpr std::uint64_t kAnswers = 16;
 }  // namespace
 
 Spool::Spool(const SpoolLimits& limits, std::function<void(std::string_view)> report)
-    : folder(folder_of(limits)),
+    : folder(spool_folder(limits)),
       answer_bytes(limits.file_bytes / kAnswers),
       memory(limits.memory_bytes),
       files(limits.file_bytes),

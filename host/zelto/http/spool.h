@@ -48,7 +48,7 @@ class SpoolFile {
 
   // False when the disk or the quota is full; errno tells, and what the file held before stays.
   bool append(std::string_view bytes);
-  // Forgets what lies behind the first `size` bytes.
+  // Forgets what lies after the first `size` bytes.
   void shrink(std::uint64_t size);
   std::uint64_t size() const { return size_; }
   int descriptor() const { return file_.get(); }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/ascii.h"
 #include "base/letter_case.h"
 #include "http/status.h"
 #include "text/characters.h"
@@ -122,8 +123,9 @@ bool is_host(std::string_view text) {
 }
 
 std::string encode_path(std::string_view path) {
-  return percent_encode(
-      path, [](char c) { return is_alphanumeric(c) || std::string_view("-._~/").find(c) != std::string_view::npos; });
+  return percent_encode(path, [](char c) {
+    return base::is_alphanumeric(c) || std::string_view("-._~/").find(c) != std::string_view::npos;
+  });
 }
 
 }  // namespace zelto

@@ -28,7 +28,7 @@ class ByteBuffer {
   std::size_t append_ascii(std::u16string_view text);
   // One byte where there is room already; false, and nothing appended, where there is none.
   bool put(char byte) {
-    const std::size_t at = bytes_.size();  // a char may alias any member: not read again behind the byte
+    const std::size_t at = bytes_.size();  // a char may alias any member: not read again once the byte is written
     if (at >= bytes_.capacity()) return false;
     bytes_.data()[at] = byte;
     bytes_.set_size(at + 1);
@@ -103,7 +103,7 @@ class ResponseState : public ResponseFields {
   HRESULT check_head(std::wstring_view source, std::wstring_view member = {}) const;
   // "404 Not Found"; false for a text that is not a status line.
   bool set_status(std::string_view line);
-  void set_cookie(SetCookie cookie);  // in place of the one of its name, or behind the others
+  void set_cookie(SetCookie cookie);  // in place of the one of its name, or after the others
 
  private:
   void sent_on();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/ascii.h"
 #include "base/letter_case.h"
 #include "intrinsics/request_state.h"
 #include "text/charset.h"
@@ -13,7 +14,7 @@ namespace {
 // "Accept-Language" as "HTTP_ACCEPT_LANGUAGE".
 std::string variable_name(std::string_view header) {
   std::string name = "HTTP_";
-  for (const char c : header) name += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  for (const char c : header) name += base::ascii_upper(c);
   std::ranges::replace(name, '-', '_');
   return name;
 }

@@ -9,7 +9,7 @@
 
 namespace zelto::language {
 
-// Answers for token `i` of a text that may be no script at all: a dot may stand behind nothing.
+// Answers for token `i` of a text that may be no script at all: a dot may stand after nothing.
 class Chains : public TokenText {
  public:
   Chains(std::wstring_view text, const std::vector<Token>& tokens)
@@ -28,7 +28,7 @@ class Chains : public TokenText {
   bool is_call(std::size_t open) const;
   // `=`, `+=` and the like.
   bool is_assignment(std::size_t i) const;
-  // `++` or `--` behind its operand.
+  // `++` or `--` after its operand.
   bool is_postfix(std::size_t i) const { return is(i, L"++", L"--") && tokens_[i].ends_operand; }
   // Whether an expression that ends before token `i` is complete there.
   bool expression_ends(std::size_t i) const;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "base/letter_case.h"
+#include "base/ascii.h"
 
 namespace zelto::language {
 namespace {
@@ -48,8 +48,7 @@ bool is_blank(wchar_t c) {
 }
 
 bool is_word(wchar_t c) {
-  const wchar_t lower = base::ascii_lower(c);
-  return (lower >= L'a' && lower <= L'z') || is_digit(c) || c == L'_' || c == L'$' || c == L'\\' ||
+  return base::is_alphanumeric(c) || c == L'_' || c == L'$' || c == L'\\' ||
          (c >= 0x80 && !is_blank(c) && !is_line_end(c));
 }
 
@@ -58,12 +57,11 @@ bool is_operand_word(std::wstring_view word) { return contains(kOperandWords, wo
 bool is_control_word(std::wstring_view word) { return contains(kControlWords, word); }
 
 bool is_plain_name(std::wstring_view text) {
-  const auto is_letter = [](wchar_t c) {
-    const wchar_t lower = base::ascii_lower(c);
-    return (lower >= L'a' && lower <= L'z') || c == L'_' || c == L'$' || (c >= 0xAA && c < 0x2000);
+  const auto may_stand_in_name = [](wchar_t c) {
+    return base::is_alphanumeric(c) || c == L'_' || c == L'$' || (c >= 0xAA && c < 0x2000);
   };
-  if (text.empty() || is_digit(text.front()) || text.starts_with(L"$zelto")) return false;
-  if (!std::ranges::all_of(text, [&](wchar_t c) { return is_letter(c) || is_digit(c); })) return false;
+  if (text.empty() || base::is_digit(text.front()) || text.starts_with(L"$zelto")) return false;
+  if (!std::ranges::all_of(text, may_stand_in_name)) return false;
   return !is_keyword(text) && !is_operand_word(text) && text != L"enum";
 }
 
@@ -80,8 +78,8 @@ std::size_t past_string(std::wstring_view text, std::size_t at) {
 
 std::size_t past_number(std::wstring_view text, std::size_t at) {
   const wchar_t second = char_at(text, at + 1);
-  const bool prefixed = text[at] == L'0' && is_word(second) && !is_digit(second) && !is_exponent(second);
-  const bool octal = text[at] == L'0' && is_digit(second);
+  const bool prefixed = text[at] == L'0' && is_word(second) && !base::is_digit(second) && !is_exponent(second);
+  const bool octal = text[at] == L'0' && base::is_digit(second);
   const bool decimal = !prefixed && !octal;
   const std::size_t end = past_digits(text, at, decimal);
   const bool whole = text.substr(at, end - at).find_first_of(L"eEn") == std::wstring_view::npos;
@@ -134,7 +132,7 @@ std::size_t past_line(std::wstring_view text, std::size_t at) {
 std::wstring_view punctuator_at(std::wstring_view text, std::size_t at) {
   for (const std::wstring_view known : kPunctuators) {
     if (!text.substr(at).starts_with(known)) continue;
-    if (known == L"?." && is_digit(char_at(text, at + 2))) continue;  // a ? .5 : 1
+    if (known == L"?." && base::is_digit(char_at(text, at + 2))) continue;  // a ? .5 : 1
     return known;
   }
   return text.substr(at, 1);

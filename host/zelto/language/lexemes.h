@@ -17,12 +17,11 @@ constexpr bool ends_line(std::basic_string_view<Char> text, std::size_t at) {
          !(text[at] == '\r' && at + 1 < text.size() && text[at + 1] == '\n');
 }
 bool is_blank(wchar_t c);  // and no line end
-constexpr bool is_digit(wchar_t c) { return c >= L'0' && c <= L'9'; }
-bool is_word(wchar_t c);  // may stand in a name; a backslash begins an escape in one
+bool is_word(wchar_t c);   // may stand in a name; a backslash begins an escape in one
 
 bool is_keyword(std::wstring_view word);  // reserved, and no operand
 bool is_operand_word(std::wstring_view word);
-bool is_control_word(std::wstring_view word);  // has parentheses behind it, and a statement behind those
+bool is_control_word(std::wstring_view word);  // has parentheses after it, and a statement after those
 // Whether it can be put into source text as a name of the page's own. Letters beyond U+1FFF do not count.
 bool is_plain_name(std::wstring_view text);
 
@@ -31,7 +30,7 @@ std::size_t past_string(std::wstring_view text, std::size_t at);
 std::size_t past_number(std::wstring_view text, std::size_t at);
 std::size_t past_regular_expression(std::wstring_view text, std::size_t at);
 std::size_t past_word(std::wstring_view text, std::size_t at);
-// From inside of a template to behind its end, or behind the "${" of its next substitution.
+// From inside of a template to past its end, or past the "${" of its next substitution.
 std::size_t past_template_part(std::wstring_view text, std::size_t from);
 std::size_t past_line(std::wstring_view text, std::size_t at);
 

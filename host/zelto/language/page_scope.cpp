@@ -16,7 +16,7 @@ constexpr auto kUnsafe =
 constexpr auto kRevealing = std::to_array<std::wstring_view>(
     {L"__defineGetter__", L"__defineSetter__", L"__lookupGetter__", L"__lookupSetter__", L"defineProperties",
      L"defineProperty", L"getOwnPropertyDescriptor", L"getOwnPropertyDescriptors"});
-// Names by which a page may change what is not looked at behind each page.
+// Names by which a page may change what is not looked at after each page.
 constexpr auto kHiding =
     std::to_array<std::wstring_view>({L"Reflect", L"Symbol", L"__proto__", L"constructor", L"getOwnPropertySymbols"});
 // Names of the function that the page becomes.
@@ -116,7 +116,7 @@ class ScopeReader : private TokenText {
     const std::wstring_view first = word(0);
     if (first.front() != L'"' && first.front() != L'\'') return;
     scope->is_strict = first.substr(1, first.size() - 2) == L"use strict" && ends_statement(1);
-    // A directive that is not known may have another one behind it.
+    // A directive that is not known may have another one after it.
     if (!scope->is_strict && ends_statement(1)) scope->can_be_function = false;
   }
 

@@ -12,7 +12,7 @@
 namespace zelto::language {
 namespace {
 
-// Properties without arguments that pages also write in small letters, with parentheses behind them.
+// Properties without arguments that pages also write in small letters, with parentheses after them.
 // clang-format off
 constexpr auto kProperties = std::to_array<std::wstring_view>(
     {L"absolutepage", L"absoluteposition", L"actualsize", L"bof", L"buffer", L"charset", L"codepage",

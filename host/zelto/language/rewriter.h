@@ -2,7 +2,7 @@
 //
 //   Session("x") = v          $zelto.at(Session, "x").v = v    also with +=, ++ and the like
 //   rs.Close;                 $zelto_value(rs.Close, 1);       a method, called without parentheses
-//   t = stream.ReadText;      t = $zelto_value(stream.ReadText);   likewise behind `return`, as an
+//   t = stream.ReadText;      t = $zelto_value(stream.ReadText);   likewise after `return`, as an
 //                             argument of a call and as the condition of if, while and switch
 //   if (!list.Item)           if (!$zelto_value(list.Item))    Item without an index, anywhere
 //   rs.EOF()                  $zelto_call(rs, "EOF", "rs")     a method is called, a property read; for names that

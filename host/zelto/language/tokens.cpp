@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/ascii.h"
 #include "language/lexemes.h"
 
 namespace zelto::language {
@@ -104,7 +105,7 @@ class Tokenizer {
   bool starts_statement(Token::Kind kind, std::wstring_view text) {
     if (!in_statements()) return false;
     if (statement_next_ || !previous()) return true;
-    // An operand on a new line behind an operand: the line end was a semicolon.
+    // An operand on a new line after an operand: the line end was a semicolon.
     const bool operand = (kind == Token::literal && text[0] != L'`') || kind == Token::name ||
                          (kind == Token::keyword && text != L"in" && text != L"instanceof");
     const bool restricted = previous_is(L"return") || previous_is(L"break") || previous_is(L"continue");
@@ -115,7 +116,7 @@ class Tokenizer {
     const wchar_t c = peek();
     if (c == L'"' || c == L'\'') return operand(past_string(text_, at_));
     if (c == L'`') return template_part(at_ + 1, false);
-    if (is_digit(c) || (c == L'.' && is_digit(peek(1)))) return operand(past_number(text_, at_));
+    if (base::is_digit(c) || (c == L'.' && base::is_digit(peek(1)))) return operand(past_number(text_, at_));
     if (is_word(c) || c == L'#') return identifier();
     if (c == L'(' || c == L'[' || c == L'{') return open(c);
     if (c == L')' || c == L']' || c == L'}') return close(c);

@@ -14,12 +14,12 @@ namespace zelto::language {
 
 struct Token {
   enum Kind : unsigned char {
-    name,        // identifier that is not a keyword here, also #private and a member name behind a dot
+    name,        // identifier that is not a keyword here, also #private and a member name after a dot
     keyword,     // reserved word that is not an operand
     literal,     // number, string, regular expression, template without substitutions, this, null …
     punctuator,  // operators, commas, semicolons
     open,        // ( [ { and the part of a template up to a substitution
-    close,       // ) ] } and the part of a template behind a substitution
+    close,       // ) ] } and the part of a template after a substitution
   };
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 

@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t kNone = std::wstring::npos;
 
 // A longer message is hardly the engine's, which quotes an expression at most: a page may have put into it what a
-// client sent. Each piece that is unwrapped moves all behind it.
+// client sent. Each piece that is unwrapped moves all after it.
 constexpr std::size_t kLongest = 16384;
 
 // What stands between the parenthesis that ends before `begin` and its partner: its end.
@@ -77,7 +77,7 @@ std::wstring reference(std::wstring_view inside) {
 
 struct Wrapping {
   std::wstring_view opening;
-  std::wstring_view tail;  // behind the closing parenthesis
+  std::wstring_view tail;  // after the closing parenthesis
   std::wstring (*as_written)(std::wstring_view inside);
 };
 constexpr std::array kWrappings{

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "base/path_text.h"
 #include "language/lexemes.h"
 #include "language/rewriter.h"
 #include "pages/page_scanner.h"
@@ -21,7 +22,7 @@ constexpr std::size_t kMaxNesting = 100;                   // files that are ope
 constexpr std::size_t kMaxSize = std::size_t{128} << 20;   // characters of all files, each as often as included
 constexpr std::size_t kMaxScript = std::size_t{64} << 20;  // characters
 
-std::string folder_of(const std::string& path) { return path.substr(0, path.rfind('/')); }
+std::string folder_of_file(const std::string& path) { return path.substr(0, path.rfind('/')); }
 
 class Compiler {
  public:
@@ -153,7 +154,7 @@ class Compiler {
     add_generated(L"));", place);
   }
 
-  // Line by line, so that each line of the script has one line of the page behind it.
+  // Line by line, so that each line of the script is backed by one line of the page.
   void add_code(std::wstring_view text, const Place& place) {
     int line = place.lines.line();
     int column = place.lines.column();
@@ -187,17 +188,16 @@ class Compiler {
     std::size_t line = 0;
     for (std::size_t at = 0; at < comment; ++at) line += language::ends_line(std::wstring_view(text_), at);
     const language::SourceLine& from = program_.lines[line];
-    throw PageSourceError("An include cannot stand inside script: put \"%>\" in front of it and \"<%\" behind it.",
+    throw PageSourceError("An include cannot stand inside script: put \"%>\" before it and \"<%\" after it.",
                           program_.files[from.file], from.line);
   }
 
   FileName resolve(const Piece& piece, const Place& place) {
-    std::string name = to_utf8(piece.text);
-    std::ranges::replace(name, '\\', '/');
+    const std::string name = base::with_slashes(to_utf8(piece.text));
     if (name.find('\0') != std::string::npos) fail("The name of an include file holds a zero character.", place);
     if (piece.is_virtual && !name.starts_with('/'))
       fail("A virtual include begins with \"/\": \"" + name + "\".", place);
-    const std::string path = (piece.is_virtual ? root_ : folder_of(place.file) + "/") + name;
+    const std::string path = (piece.is_virtual ? root_ : folder_of_file(place.file) + "/") + name;
     char found[PATH_MAX];
     if (!::realpath(path.c_str(), found)) {
       fail("The include file \"" + name + "\" was not found.", place);

@@ -1,7 +1,7 @@
 // Turns a page and what it includes into one script.
 //
 // Literal text becomes a call that writes it by number, so that a block opened in one <% %> may be closed
-// behind it; code stands in the script as it is, and so does a file that a <script runat="server" src="…">
+// after it; code stands in the script as it is, and so does a file that a <script runat="server" src="…">
 // names, by the rules of an include. The script's lines remember the file and line that they
 // come from.
 #pragma once

@@ -31,7 +31,7 @@ class Scanner {
     flush(open);
     std::size_t inside = open + 2;
     Piece::Kind kind = Piece::code;
-    // No script begins with "@", so a directive may stand behind blanks.
+    // No script begins with "@", so a directive may stand after blanks.
     const std::size_t first = skip_blanks(text_, inside);
     if (first < text_.size() && text_[first] == L'@') {
       kind = Piece::directive;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/ascii.h"
 #include "base/letter_case.h"
 
 namespace zelto::pages {
@@ -11,7 +12,7 @@ namespace {
 bool is_blank(wchar_t c) { return c == L' ' || c == L'\t' || c == L'\r' || c == L'\n' || c == L'\f'; }
 bool is_name(wchar_t c) { return !is_blank(c) && c != L'=' && c != L'>' && c != L'"' && c != L'\'' && c != L'/'; }
 
-// Reads one attribute; `at` moves behind it. False when there is none.
+// Reads one attribute; `at` moves past it. False when there is none.
 bool read_one(std::wstring_view text, std::size_t& at, Attribute& attribute) {
   const std::size_t begin = at;
   while (at < text.size() && is_name(text[at])) ++at;
@@ -48,8 +49,7 @@ bool has_word(std::wstring_view text, std::size_t at, std::wstring_view word) {
   if (at > text.size() || !base::equal_ascii(text.substr(at, word.size()), word)) return false;
   const std::size_t end = at + word.size();
   if (end >= text.size()) return true;
-  const wchar_t next = base::ascii_lower(text[end]);
-  return !((next >= L'a' && next <= L'z') || (next >= L'0' && next <= L'9') || next == L'-' || next == L'_');
+  return !base::is_alphanumeric(text[end]) && text[end] != L'-' && text[end] != L'_';
 }
 
 std::string ascii(std::wstring_view text) {

@@ -16,12 +16,12 @@ struct Attribute {
 
 struct AttributeValue {
   std::wstring_view text;
-  std::size_t end;  // behind the value and its closing quote
+  std::size_t end;  // after the value and its closing quote
 };
 
 struct TagAttributes {
   std::vector<Attribute> all;
-  std::size_t end;  // behind the '>'
+  std::size_t end;  // after the '>'
 
   bool has(std::wstring_view name) const;
   std::wstring_view value_of(std::wstring_view name) const;  // of the first of that name in any letter case
@@ -35,7 +35,7 @@ bool is_javascript(std::wstring_view language);
 
 // `= value`, from the equals sign or the blanks before it. Nothing without an equals sign or a closing quote.
 std::optional<AttributeValue> read_attribute_value(std::wstring_view text, std::size_t at);
-// The attributes of a tag from behind its name. Nothing when the tag has no end.
+// The attributes of a tag from past its name. Nothing when the tag has no end.
 std::optional<TagAttributes> read_tag(std::wstring_view text, std::size_t at);
 
 // Finds the tags of one text that are for the server. Remembers where it was in those that are not, so that a text of

@@ -5,7 +5,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -13,6 +12,7 @@
 #include <system_error>
 
 #include "base/file_descriptor.h"
+#include "base/path_text.h"
 
 namespace zelto {
 
@@ -41,13 +41,6 @@ std::optional<std::string_view> read_link(const std::string& path, std::array<ch
   return std::string_view(target.data(), static_cast<std::size_t>(size));
 }
 
-// The next name of the path from *at on, which goes behind it; empty at the end.
-std::string_view next_segment(std::string_view path, std::size_t* at) {
-  const std::size_t start = std::min(path.find_first_not_of('/', *at), path.size());
-  *at = std::min(path.find('/', start), path.size());
-  return path.substr(start, *at - start);
-}
-
 }  // namespace
 
 std::optional<std::string> canonical_path(std::string_view path) {
@@ -64,7 +57,7 @@ std::optional<std::string> canonical_path(std::string_view path) {
   std::string walked;
   int links = 0;
   std::size_t at = 0;
-  for (std::string_view segment; !(segment = next_segment(ahead, &at)).empty();) {
+  for (std::string_view segment; !(segment = base::next_segment(ahead, &at)).empty();) {
     if (segment == ".") continue;
     const std::size_t parent = walked.size();
     if (segment == "..") {
@@ -78,7 +71,7 @@ std::optional<std::string> canonical_path(std::string_view path) {
     if (link->empty()) continue;
     if (++links > kMostLinks) return std::nullopt;
     walked.resize(link->starts_with('/') ? 0 : parent);
-    ahead = std::string(*link).append(ahead, at);  // behind the name there is a slash or nothing
+    ahead = std::string(*link).append(ahead, at);  // after the name there is a slash or nothing
     at = 0;
   }
   return walked.empty() ? "/" : walked;

@@ -4,7 +4,6 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -12,17 +11,14 @@
 #include <string>
 #include <system_error>
 
+#include "base/path_text.h"
 #include "platform/canonical_path.h"
 #include "text/charset.h"
 
 namespace {
 
 // UTF-8, with slashes for backslashes.
-std::string native_path(std::wstring_view path) {
-  std::string text = zelto::to_utf8(path);
-  std::ranges::replace(text, '\\', '/');
-  return text;
-}
+std::string native_path(std::wstring_view path) { return base::with_slashes(zelto::to_utf8(path)); }
 
 FILETIME to_file_time(const timespec& when) {
   constexpr std::int64_t kTicksPerSecond = 10'000'000;

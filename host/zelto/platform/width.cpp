@@ -79,7 +79,7 @@ class Target {
   std::size_t size_ = 0;
 };
 
-// A mark behind a kana that has a voiced form becomes one character with it.
+// A mark after a kana that has a voiced form becomes one character with it.
 void put_full(const Forms& forms, std::wstring_view text, Target& target) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const wchar_t full = in(forms.full, text[i]);

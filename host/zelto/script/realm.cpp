@@ -85,7 +85,7 @@ Outcome Realm::call(std::wstring_view function) {
 Outcome Realm::outcome_of(JSValueRef exception) {
   engine_.release_buried();
   // An engine that ends a page at its limit must not be called, for the last of its text either. A page that ended
-  // itself has none: what it called to do so came behind that.
+  // itself has none: what it called to do so came after that.
   if (!engine_.watchdog().is_unwinding()) {
     JSValueRef failure = nullptr;
     if (!calls_.hand_text_over(&failure) && !exception) exception = failure;

@@ -17,7 +17,7 @@ bool has_surrogates(std::u16string_view text) {
 // What is short goes through a buffer of so many characters.
 constexpr std::size_t kShort = 256;
 
-// The text, in the buffer, where it fits in with a NUL behind it and is all ASCII; else nothing.
+// The text, in the buffer, where it fits in with a NUL after it and is all ASCII; else nothing.
 std::string_view short_ascii(JSStringRef string, std::span<char> buffer) {
   const std::size_t length = JSStringGetLength(string);
   if (length >= buffer.size()) return {};

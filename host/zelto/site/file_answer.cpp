@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/ascii.h"
 #include "base/letter_case.h"
 #include "http/response_head.h"
 #include "http/status.h"
@@ -23,7 +24,7 @@ namespace {
 
 // Digits only; a number too large for us is as good as the largest.
 std::optional<std::uint64_t> parse_position(std::string_view text) {
-  if (text.empty() || !std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; })) return std::nullopt;
+  if (text.empty() || !std::ranges::all_of(text, base::is_digit<char>)) return std::nullopt;
   std::uint64_t value = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   return result.ec == std::errc() ? value : ~std::uint64_t{0};

@@ -143,7 +143,7 @@ void PageRun::make_objects() {
 void PageRun::run_script(const LoadedPage& loaded) {
   make_objects();
   began_ = std::chrono::steady_clock::now();
-  const DatabaseUse database;  // ends behind the objects
+  const DatabaseUse database;  // ends after the objects
   set_time_limit(settings_->options.script_timeout);
   engine_.set_memory_limit(settings_->options.script_memory, settings_->options.kept_memory);
   CComPtr<PageContext> context;

@@ -13,9 +13,9 @@ namespace zelto {
 //   - begin with a dot, like ".git" and ".env", but for "/.well-known/", whose content is there for strangers,
 //   - begin with an underscore (below "/.well-known/" they may: tokens of certificate authorities do),
 //   - end with a tilde, or stand between two "#", as editors name what they saved before,
-//   - have a protected extension with a hyphen and more behind it: the journals of a database, "notes.db-wal", and what
+//   - have a protected extension with a hyphen and more after it: the journals of a database, "notes.db-wal", and what
 //     a package manager left, "site.cfg.dpkg-old",
-//   - have a number behind a page's extension or a protected one, "error.log.2", or ".txt" behind a page's: copies.
+//   - have a number after a page's extension or a protected one, "error.log.2", or ".txt" after a page's: copies.
 class ProtectedNames {
  public:
   // Adds a folder ("drafts/"), an extension ("*.cfg") or a file ("notes.txt"). False for what is none of these.

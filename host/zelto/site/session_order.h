@@ -62,7 +62,7 @@ class SessionOrder {
     }
   };
 
-  // Puts the address, which had `before` sessions, behind those with as many as it has now. Forgets it without any.
+  // Puts the address, which had `before` sessions, after those with as many as it has now. Forgets it without any.
   void rank(Addresses::iterator address, std::size_t before) noexcept;
   // The list of the addresses with that many sessions.
   Addresses& with(std::size_t sessions) { return by_size_[sessions - 1]; }

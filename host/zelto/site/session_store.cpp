@@ -107,7 +107,7 @@ void SessionStore::set_limits(LONG timeout_minutes, std::size_t limit) {
 
 bool SessionStore::add(const std::shared_ptr<SessionState>& session, const std::string& address) {
   const ClientAddress client = client_of(address);
-  SessionHold evicted;  // let go behind the mutex
+  SessionHold evicted;  // let go once the mutex is free
   {
     const std::scoped_lock guard(mutex_);
     if (sessions_.size() >= limit_) {

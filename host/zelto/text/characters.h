@@ -11,10 +11,6 @@ namespace zelto {
 // What of ASCII steers a terminal, or begins another line, instead of being shown: NUL to US, and DEL.
 constexpr bool is_control(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
 
-constexpr bool is_alphanumeric(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-
 // How many bytes the control character has with which the rest of this UTF-8 text begins; 0 when it begins with
 // another one. Beside those of ASCII, U+0080 to U+009F steer terminals, and U+2028 and U+2029 begin another line.
 constexpr std::size_t control_length(std::string_view rest) {

@@ -4,21 +4,20 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/ascii.h"
 #include "text/characters.h"
 
 namespace zelto {
 
 // Without the blanks and tabs around it.
 constexpr std::string_view trim_blanks(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-  return text;
+  return base::trimmed(text, [](char c) { return c == ' ' || c == '\t'; });
 }
 
 // What names of header fields, and methods, are made of.
 constexpr bool is_token(std::string_view text) {
   const auto is_token_character = [](char c) {
-    return is_alphanumeric(c) || std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos;
+    return base::is_alphanumeric(c) || std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos;
   };
   return !text.empty() && std::ranges::all_of(text, is_token_character);
 }

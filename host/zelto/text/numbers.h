@@ -8,7 +8,7 @@
 
 namespace zelto {
 
-// The integer that is the whole text, digits behind a "-" at most; nothing for any other text, and for a number that
+// The integer that is the whole text, digits after a "-" at most; nothing for any other text, and for a number that
 // the type cannot hold. An unsigned type takes no "-".
 template <class Number>
 std::optional<Number> parse_number(std::string_view text, int base = 10) {

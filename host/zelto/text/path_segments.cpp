@@ -1,16 +1,13 @@
 #include "text/path_segments.h"
 
-#include <algorithm>
+#include "base/path_text.h"
 
 namespace zelto {
 
 std::vector<std::string_view> path_segments(std::string_view path) {
   std::vector<std::string_view> segments;
-  while (!path.empty()) {
-    const std::string_view segment = path.substr(0, path.find('/'));
-    path.remove_prefix(std::min(segment.size() + 1, path.size()));
-    if (!segment.empty()) segments.push_back(segment);
-  }
+  std::size_t at = 0;
+  for (std::string_view segment; !(segment = base::next_segment(path, &at)).empty();) segments.push_back(segment);
   return segments;
 }
 
@@ -32,9 +29,8 @@ std::optional<std::string> resolve_dots(std::string_view path) {
 }
 
 std::optional<std::string> resolve_virtual_path(std::string_view path, std::string_view page) {
-  std::string whole(path);
-  if (whole.find('\0') != std::string::npos) return std::nullopt;
-  std::ranges::replace(whole, '\\', '/');
+  if (path.find('\0') != std::string_view::npos) return std::nullopt;
+  std::string whole = base::with_slashes(std::string(path));
   if (!whole.starts_with('/')) whole.insert(0, page.substr(0, page.rfind('/') + 1));
   auto resolved = resolve_dots(whole);
   if (resolved && (resolved->empty() || whole.ends_with('/'))) *resolved += '/';

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "text/characters.h"
+#include "base/ascii.h"
 #include "text/numbers.h"
 
 namespace zelto {
@@ -40,8 +40,8 @@ std::string percent_encode(std::string_view bytes, bool (*stays)(char)) {
 }
 
 std::string form_encode(std::string_view bytes) {
-  std::string out =
-      percent_encode(bytes, [](char c) { return is_alphanumeric(c) || c == '-' || c == '_' || c == '.' || c == ' '; });
+  std::string out = percent_encode(
+      bytes, [](char c) { return base::is_alphanumeric(c) || c == '-' || c == '_' || c == '.' || c == ' '; });
   std::ranges::replace(out, ' ', '+');
   return out;
 }

@@ -11,7 +11,7 @@ namespace zelto {
 void append_hex(std::string& out, char byte);
 
 // The byte that the escape at the front of the text stands for; nothing when there is no "%" with two hexadecimal
-// digits behind it. The escape is three characters long.
+// digits after it. The escape is three characters long.
 std::optional<char> escaped_byte(std::string_view text);
 
 // Every byte for which `stays` is false becomes an escape.

@@ -28,7 +28,7 @@ inline std::wstring shown(const VARIANT& value) {
                                                                  : L"type " + std::to_wstring(value.vt);
 }
 
-// Each allocation fails in its turn, alone and with those behind it: the call answers E_OUTOFMEMORY, gives nothing and
+// Each allocation fails in its turn, alone and with those after it: the call answers E_OUTOFMEMORY, gives nothing and
 // leaves the object as it was, or does all that it does with memory; called once more it does. How many failed alone.
 inline int expect_all_or_nothing(const Operation& operation) {
   operation.prepare();

@@ -44,7 +44,7 @@ class FailingStream : public test::StreamFixture {
     SetUp();
     EXPECT_EQ(S_OK, stream_->put_Charset(CComBSTR(charset)));
   }
-  // Text of several lines with the position behind the first.
+  // Text of several lines with the position after the first.
   void fill_text(const wchar_t* charset) {
     make(charset);
     EXPECT_EQ(S_OK, stream_->WriteText(CComBSTR(L"a first line \x3042\r\nthe second line \x3044\r\nthe third"), 0));
@@ -91,9 +91,9 @@ TEST_F(FailingStream, WritesTextWhollyOrNot) {
     expect_all_or_nothing("WriteText", prepare, [&](VARIANT*) { return stream_->WriteText(text, adWriteChar); });
     expect_all_or_nothing("WriteText of a line", prepare,
                           [&](VARIANT*) { return stream_->WriteText(text, adWriteLine); });
-    // The shorter text's room lies behind what is there.
+    // The shorter text's room lies after what is there.
     expect_all_or_nothing(
-        "WriteText behind",
+        "WriteText after",
         [&] {
           fill_text(charset);
           rewind();

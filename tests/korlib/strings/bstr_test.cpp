@@ -79,7 +79,7 @@ TEST(Bstr, RoundsAnOddByteLengthDownToCharacters) {
     EXPECT_EQ(c.bytes, SysStringByteLen(text));
     EXPECT_EQ(c.characters, SysStringLen(text));
     EXPECT_EQ(0, std::memcmp(text, "abcdefgh", c.bytes));
-    // A NUL character behind the bytes, wherever the last of them ends.
+    // A NUL character after the bytes, wherever the last of them ends.
     const char* const behind = reinterpret_cast<const char*>(text) + c.bytes;
     EXPECT_EQ(std::string(4, '\0'), std::string(behind, 4)) << c.bytes;
     SysFreeString(text);

@@ -12,7 +12,7 @@ namespace {
 
 class CryptFallbacks : public Fallbacks {
  protected:
-  // Also sees that the two arguments behind the size are left alone.
+  // Also sees that the two arguments after the size are left alone.
   BOOL decode(const wchar_t* text, DWORD length, BYTE* bytes, DWORD* size) {
     DWORD skip = 77;
     DWORD flags = 77;
@@ -162,7 +162,7 @@ TEST_F(CryptFallbacks, Base64BytesFollowTheSizeProtocol) {
   EXPECT_FALSE(decode(cut, 6, bytes, &size));  // nor beyond a NUL
   EXPECT_EQ(0u, size);
 
-  // U+0141 is 0x100 behind an "A".
+  // U+0141 is 0x100 after an "A".
   for (const wchar_t* bad : {L"", L"QQ", L" \r\n\t", L"=QQQ", L"QQQ!", L"Q===", L"\u3042QQQ", L"QQQ\u0141", L"QQ==\f",
                              L"QQ==\v", L"QQ==\u3000"}) {
     size = 8;
@@ -204,7 +204,7 @@ class LongBase64 : public CryptFallbacks {
     EXPECT_TRUE(FALLBACK(CryptBinaryToStringW)(bytes_.data(), kBytes, CRYPT_STRING_BASE64, text_.data(), &size));
     text_.pop_back();
   }
-  // The bytes, or none for text that is not base64. Nothing is written behind them.
+  // The bytes, or none for text that is not base64. Nothing is written after them.
   std::optional<Bytes> decoded(const std::wstring& text, DWORD room) {
     Bytes out(room + 1, 0xEE);
     DWORD size = room;

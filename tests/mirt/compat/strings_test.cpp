@@ -137,7 +137,7 @@ TEST_F(StringFallbacks, LCMapStringCopies) {
   const auto map = [this](const wchar_t* source, int length, int room) {
     std::vector<wchar_t> target(static_cast<std::size_t>(room) + 1, L'#');
     const int result = FALLBACK(LCMapStringW)(0, 0x80000000u, source, length, target.data(), room);
-    EXPECT_EQ(L'#', target.back()) << "written behind the buffer";
+    EXPECT_EQ(L'#', target.back()) << "written beyond the buffer";
     return std::pair<int, std::wstring>(result, target.data());
   };
   using Mapped = std::pair<int, std::wstring>;

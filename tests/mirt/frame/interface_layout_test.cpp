@@ -67,7 +67,7 @@ TEST(InterfaceLayout, IsThatOfTheContract) {
       SLOT(ITextTemplator, ProcessTemplate, 12),
       SLOT(ITextTemplator, Write, 13),
       SLOT(ITextTemplator, Flush, 14),
-      {"OnMarked behind them", Opened<GITextTemplatorImpl<ITextTemplator>>::slot_of_on_marked(), 15},
+      {"OnMarked after them", Opened<GITextTemplatorImpl<ITextTemplator>>::slot_of_on_marked(), 15},
 
       SLOT(IMirtedTemplator, putref_Script, 7),
       SLOT(IMirtedTemplator, get_Script, 8),
@@ -78,7 +78,7 @@ TEST(InterfaceLayout, IsThatOfTheContract) {
       SLOT(IMirtedTemplator, ProcessTemplate, 13),
       SLOT(IMirtedTemplator, Write, 14),
       SLOT(IMirtedTemplator, Flush, 15),
-      {"OnMarked behind them", Opened<GIMirtedTemplatorImpl<IMirtedTemplator>>::slot_of_on_marked(), 16},
+      {"OnMarked after them", Opened<GIMirtedTemplatorImpl<IMirtedTemplator>>::slot_of_on_marked(), 16},
 
       SLOT(CTemplatorConcept, OnMarked, 0),
       SLOT(CTemplatorConcept::ITextStreamWrapper, putref_Substance, 0),

@@ -80,7 +80,7 @@ TEST_F(Registration, IsTakenOut) {
   EXPECT_EQ(0, registry.open_keys);
 }
 
-// At whichever step: nothing behind it is tried, and every key is closed.
+// At whichever step: nothing after it is tried, and every key is closed.
 TEST_F(Registration, StopsAtTheFirstStepThatFails) {
   const Calls all = all_of(registration_of);
   for (std::size_t step = 1; step <= all.size(); ++step) {

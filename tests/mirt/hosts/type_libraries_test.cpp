@@ -196,7 +196,7 @@ TEST_F(TypeLibraries, ServeUpToTheFirstInterfaceThatIsMissing) {
   }
 }
 
-// The path fills the buffer to its last character; the host's library is still asked for behind it.
+// The path fills the buffer to its last character; the host's library is still asked for after it.
 TEST_F(TypeLibraries, ALongModulePathIsCutSafely) {
   module_path = std::wstring(400, L'p');
   Module module;

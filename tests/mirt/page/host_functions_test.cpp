@@ -125,7 +125,7 @@ TEST_F(HostFunctions, ATemplateWhoseTimeIsTheSameComesFromTheCache) {
 TEST_F(HostFunctions, PathsAreCanonicalizedWithBackslashes) {
   put(page(), L"TemplateFolder", L"/no/such");
   draw_file(L"sub/../t");
-  EXPECT_EQ(L"\\no\\such", asked_path) << "the base comes behind the path";
+  EXPECT_EQ(L"\\no\\such", asked_path) << "the base comes after the path";
   put(page(), L"TemplateFolder", L"");
   draw_file(L"sub/../t");
   EXPECT_EQ(L"sub\\..\\t", asked_path);

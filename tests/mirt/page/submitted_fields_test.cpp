@@ -86,7 +86,7 @@ TEST_F(SubmittedFields, WhatTheHostFailsWithIsPassedOn) {
     asp_.calls->succeed(name);
   }
   asp_.calls->fail("ServerVariables.Item", E_ABORT, 1);
-  EXPECT_EQ(E_ABORT, get(page(), L"Request").hr) << "the type, behind the method";
+  EXPECT_EQ(E_ABORT, get(page(), L"Request").hr) << "the type, after the method";
   asp_.calls->succeed("ServerVariables.Item");
   for (const wchar_t* name : {L"HTTP_CONTENT_TYPE", L"HTTP_METHOD"}) {
     asp_.request->server_variables->set_raw(name, null_value());

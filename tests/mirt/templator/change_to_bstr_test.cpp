@@ -129,7 +129,7 @@ TEST_F(ChangeToBSTR, ReportsTheFirstStepThatFails) {
     HRESULT hr;
   };
   const Row rows[] = {
-      {"behind the end", three, {L"3"}, DISP_E_BADINDEX},
+      {"after the end", three, {L"3"}, DISP_E_BADINDEX},
       {"before the beginning", three, {L"-1"}, DISP_E_BADINDEX},
       {"an empty array", array_from(0, {}), {L"0"}, DISP_E_BADINDEX},
       {"no number", three, {L"x"}, DISP_E_TYPEMISMATCH},

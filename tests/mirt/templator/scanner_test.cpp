@@ -48,7 +48,7 @@ const std::vector<Case>& cases() {
       {"a further bar is text", L"(#%x|a|b#)", {L"", L""}, {{L'%', L"x", {L"a|b"}}}},
       {"two parameters", L"(#%x|a#|#b#)", {L"", L""}, {{L'%', L"x", {L"a", L"b"}}}},
       {"parameters without a bar", L"(#%x#|#a#|#b#)", {L"", L""}, {{L'%', L"x", {L"a", L"b"}}}},
-      {"a bar behind a parameter separator", L"(#%x#|#a|b#)", {L"", L""}, {{L'%', L"x", {L"a|b"}}}},
+      {"a bar after a parameter separator", L"(#%x#|#a|b#)", {L"", L""}, {{L'%', L"x", {L"a|b"}}}},
       {"empty parameters", L"(#%x|#|##|##)", {L"", L""}, {{L'%', L"x", {L"", L"", L""}}}},
       {"an empty name with a parameter", L"(#%|a#)", {L"", L""}, {{L'%', L"", {L"a"}}}},
       {"blanks belong to parameters", L"(#%x| a #|# b #)", {L"", L""}, {{L'%', L"x", {L" a ", L" b "}}}},

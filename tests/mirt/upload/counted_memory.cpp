@@ -44,7 +44,7 @@ void set_access(char* page, std::size_t pages, int access) {
   std::abort();
 }
 
-// Called where a program comes to a closed page; it tries again behind this.
+// Called where a program comes to a closed page; it tries again after this.
 void visit(int, siginfo_t* info, void*) {
   if (!is_ours(info->si_addr)) {
     sigaction(SIGSEGV, &action_before, nullptr);

@@ -170,7 +170,7 @@ TEST_F(Intake, KeepsEveryByteOfAFile) {
   EXPECT_EQ(bytes, bytes_of(file(L"f").get()));
 }
 
-// A part's lines may come in either order, and the type stays when the disposition comes behind it.
+// A part's lines may come in either order, and the type stays when the disposition comes after it.
 TEST_F(Intake, KeepsATypeThatComesAheadOfTheDisposition) {
   const std::string disposition = "Content-Disposition: form-data; name=\"f\"; filename=\"a\"\r\n";
   const std::string type = "Content-Type: image/png\r\n";

@@ -96,7 +96,7 @@ TEST(GetHeader, SplitsALine) {
       {"no parameters", "Content-Type: text/plain", "Content-Type", "text/plain", {}},
       {"no value", "X:", "X", "", {}},
       {"nothing but a colon", ":", "", "", {}},
-      {"no blank behind the colon", "X:y;a=b", "X", "y", {{"a", "b"}}},
+      {"no blank after the colon", "X:y;a=b", "X", "y", {{"a", "b"}}},
       {"many blanks", "X:   y;   a=b;   c=d", "X", "y", {{"a", "b"}, {"c", "d"}}},
       {"a tab is not a blank", "X:\ty;\ta=b", "X", "\ty", {{"\ta", "b"}}},
       {"the name is kept as it is", " x Y : z", " x Y ", "z", {}},

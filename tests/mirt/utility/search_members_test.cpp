@@ -65,7 +65,7 @@ TEST_P(SearchMembers, FindStringFailsWithTheConversion) {
   EXPECT_EQ(code, call(L"FindString", L"a", object).hr);
   EXPECT_EQ(code, call(L"FindString", object, L"a").hr);
   EXPECT_EQ(code, call(L"FindString", L"a", List{value_of(L"a"), object}).hr);
-  // An element behind the one that matches is not looked at.
+  // An element after the one that matches is not looked at.
   EXPECT_TRUE(is_true(call(L"FindString", List{value_of(L"a"), object}, L"a")));
 }
 

@@ -147,7 +147,7 @@ TEST_F(Configuration, TellsWhatIsTakenFromClientsAndGivenToThem) {
 TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
   struct Row {
     std::string text;
-    std::string problem;  // behind the file's name
+    std::string problem;  // after the file's name
   };
   const std::string protect = ":1: protect takes \"folder/\", \"*.extension\" or \"file\"";
   const std::vector<Row> rows = {
@@ -163,12 +163,12 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"listen = \"[]:80\"", ":1: listen names no place to serve: '' is not an address to listen on"},
       {"\"a\\u001B[2J\\nb\" = 1", ":1: a [2J b is not known; zelto serve --help lists what is"},
       {"debug = true\nprot\u00E9g = []",
-       ":2: a character beyond ASCII stands outside of quotes or behind a continued line"},
+       ":2: a character beyond ASCII stands outside of quotes or after a continued line"},
       {"\xEF\xBB\xBF\u00A0"
        "debug = true",
-       ":1: a character beyond ASCII stands outside of quotes or behind a continued line"},
+       ":1: a character beyond ASCII stands outside of quotes or after a continued line"},
       {"log = \"\"\"a\\ \n\t\u00E9\"\"\"",
-       ":2: a character beyond ASCII stands outside of quotes or behind a continued line"},
+       ":2: a character beyond ASCII stands outside of quotes or after a continued line"},
       {"listen = 80", ":1: listen has a value of the wrong type; a right one is \"127.0.0.1:8080\""},
       {"protect = \"a\"", ":1: protect has a value of the wrong type; a right one is [\"drafts/\", \"*.cfg\"]"},
       {"protect = [1]", ":1: protect has a value of the wrong type; a right one is [\"drafts/\", \"*.cfg\"]"},

@@ -32,7 +32,7 @@ TEST(ServerLimits, RefuseAndClose) {
       {"chunk extension", chunked + "1;" + std::string(5000, 'x') + "\r\na\r\n0\r\n\r\n", 400},
       {"chunk line without end", chunked + "1;" + std::string(70'000, 'x'), 400},
       {"trailer without end", chunked + "0\r\nX: " + std::string(70'000, 'x'), 431},
-      {"trailer without end, behind a chunk", chunked + "1\r\na\r\n0;x\r\nX: " + std::string(5'000, 'x'), 431},
+      {"trailer without end, after a chunk", chunked + "1\r\na\r\n0;x\r\nX: " + std::string(5'000, 'x'), 431},
       {"trailer", chunked + "0\r\nX: " + std::string(5'000, 'x') + "\r\n\r\n", 431},
       {"folded trailer", chunked + "0\r\nX: a\r\n b\r\n\r\n", 400},
       {"folded trailer without end", chunked + "0\r\nX: a\r\n b", 400},

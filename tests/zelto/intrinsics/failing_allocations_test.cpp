@@ -16,7 +16,7 @@ namespace {
 using test::each_allocation_failing;
 using test::FailingAllocation;
 
-// What one attempt does, and what there is to see behind it.
+// What one attempt does, and what there is to see after it.
 struct Step {
   std::function<HRESULT()> run;
   std::function<std::wstring()> state;
@@ -24,7 +24,7 @@ struct Step {
 
 class FailingIntrinsics : public test::PageTest {
  protected:
-  // Each allocation fails in its turn, alone and with all behind it; `prepare` begins anew each time.
+  // Each allocation fails in its turn, alone and with all after it; `prepare` begins anew each time.
   static void expect_all_or_nothing(const char* name, const std::function<Step()>& prepare) {
     const Step whole = prepare();
     const std::wstring before = whole.state();

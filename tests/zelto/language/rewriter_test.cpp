@@ -189,7 +189,7 @@ constexpr Row kErrors[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Errors, Rewriter, ::testing::ValuesIn(kErrors));
 
-// Each holds `f(x) = 1` once as code, behind something that a careless reader takes the wrong way.
+// Each holds `f(x) = 1` once as code, after something that a careless reader takes the wrong way.
 constexpr Row kSlashes[] = {
     {L"a = b / c / d; f(x) = 1", L"a = b / c / d; $zelto.at(f,x).v = 1"},
     {L"a = /[/]'/; f(x) = 1", L"a = /[/]'/; $zelto.at(f,x).v = 1"},
@@ -257,7 +257,7 @@ TEST(Rewriter, WalksLongScriptsOnce) {
     const wchar_t* part;
     const wchar_t* end;
     const wchar_t* inserted;  // at least once for each part
-    wchar_t close = 0;        // likewise, behind the end
+    wchar_t close = 0;        // likewise, after the end
   } rows[] = {
       {L"a", L".B()", L"", L"$zelto_call("},
       {L"a", L"(1)", L" = 2", L""},

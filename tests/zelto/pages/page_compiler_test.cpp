@@ -160,7 +160,7 @@ TEST_F(PageCompiler, ReportsFaultsInIncludesThere) {
 // In script the engine would take it for a comment, and the page would run without the file.
 TEST_F(PageCompiler, RefusesAnIncludeInsideScript) {
   write("a.inc", "<% var a; %>");
-  const std::string said = " An include cannot stand inside script: put \"%>\" in front of it and \"<%\" behind it.";
+  const std::string said = " An include cannot stand inside script: put \"%>\" before it and \"<%\" after it.";
   EXPECT_EQ("/page.asp:3" + said, fault_of_text("x\n<% var b;\n<!--#include file=\"a.inc\"-->\n%>"));
   EXPECT_EQ("/page.asp:1" + said, fault_of_text("<% var b; <!-- #INCLUDE virtual='/a.inc' --> %>"));
   EXPECT_EQ("/page.asp:2" + said, fault_of_text("<%=\n<!--#include file=a.inc--> %>"));
@@ -226,7 +226,7 @@ TEST_F(PageCompiler, RefusesScriptFilesAsIncludes) {
   EXPECT_EQ("/page.asp:1 The file \"/sub\" cannot be read.", fault_of_text("<script runat=server src=sub></script>"));
   EXPECT_EQ("/sub/loop.inc:1 An include never ends: /sub/loop.inc includes /sub/loop.inc.", fault_of("sub/loop.inc"));
   write("inc.js", "var a;\n<!-- #include file=b.js -->");
-  EXPECT_EQ("/inc.js:2 An include cannot stand inside script: put \"%>\" in front of it and \"<%\" behind it.",
+  EXPECT_EQ("/inc.js:2 An include cannot stand inside script: put \"%>\" before it and \"<%\" after it.",
             fault_of_text("<script runat=server src=inc.js></script>"));
 }
 

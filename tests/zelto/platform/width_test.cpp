@@ -14,7 +14,7 @@ std::wstring map(unsigned int flags, const std::wstring& text) {
   const int size = LCMapStringW(0x110000, flags, text.data(), length, nullptr, 0);
   std::wstring mapped(static_cast<std::size_t>(size) + 1, L'#');
   EXPECT_EQ(size, LCMapStringW(0x110000, flags, text.data(), length, mapped.data(), size));
-  EXPECT_EQ(L'#', mapped.back()) << "written behind the buffer";
+  EXPECT_EQ(L'#', mapped.back()) << "written beyond the buffer";
   mapped.pop_back();
   return mapped;
 }

@@ -35,7 +35,7 @@ class FailingPage : public test::PageRunFixture {
     return sink.head.status;
   }
 
-  // Has the page fail at each allocation, with a request of the same session behind each failure.
+  // Has the page fail at each allocation, with a request of the same session after each failure.
   void fail_everywhere(const std::string& page, int times) {
     folder.write("page.asp", page);
     base::run_on_thread(zelto::kPageStack, [&] {

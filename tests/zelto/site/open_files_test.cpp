@@ -175,7 +175,7 @@ TEST_F(OpenFilesTest, KeepsSoManyAndNoneForLong) {
     write(name, name);
     EXPECT_EQ(name, ask("/" + name).body);
   }
-  ask("/missing");  // behind it the answer before has let go of its file
+  ask("/missing");  // after it the answer before has let go of its file
   EXPECT_EQ(open_before + static_cast<std::ptrdiff_t>(most), files_that_are_open());
   EXPECT_FALSE(files_.find("/0.txt").open);
   EXPECT_TRUE(files_.find("/" + std::to_string(most) + ".txt").open) << "and it is the last to go";

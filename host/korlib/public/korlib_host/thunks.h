@@ -231,7 +231,7 @@ struct Out<Interface*> : PointerOut<Interface*, release_object> {
 };
 
 // Whether a parameter, standing last, is a result: a pointer to what Out knows. An interface pointer is an argument, a
-// pointer to one is a result; a VARIANT* that is to be an argument has another parameter behind it.
+// pointer to one is a result; a VARIANT* that is to be an argument has another parameter after it.
 template <class Parameter>
 inline constexpr bool is_result = false;
 template <class Value>
@@ -285,7 +285,7 @@ HRESULT load_slot(SlotType& slot, const Operation& operation, const Arguments& a
 }
 
 // Reads all arguments, in their order and up to the first that cannot be, then calls the function. `with_result` says
-// that the parameter behind those of `index` is a result; *result may be null for a caller that wants none.
+// that the parameter after those of `index` is a result; *result may be null for a caller that wants none.
 template <class Self, auto function, bool with_result, std::size_t... index>
 HRESULT run_typed(Self& self, const Operation& operation, const Arguments& arguments, VARIANT* result,
                   std::index_sequence<index...>) {

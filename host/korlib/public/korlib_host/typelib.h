@@ -1,7 +1,7 @@
 // How a host brings type libraries.
 //
 // A component looks for type information when it is loaded, through LoadTypeLib (korlib/typeinfo.h): for that of its
-// own interfaces by the path of its module, for that of the host by the same path with "\2" behind it. A host that
+// own interfaces by the path of its module, for that of the host by the same path with "\2" after it. A host that
 // brings none still loads components; objects that can be bound late only through type information then cannot.
 #pragma once
 

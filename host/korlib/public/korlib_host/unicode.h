@@ -4,7 +4,7 @@
 // No text is refused. What is not a character (a surrogate on its own, a value above U+10FFFF, an ill-formed sequence
 // of bytes) becomes U+FFFD. Lengths are counted in units: characters, bytes, or the 16-bit units of UTF-16. Any thread
 // may call anything here; std::bad_alloc is the only exception. NULs are characters as any other, and nothing writes
-// one behind its result.
+// one after its result.
 //
 // The forms are those of the Unicode Standard, chapter 3.9: UTF-32 (D90), UTF-16 (D91), UTF-8 (D92). In UTF-16 a
 // character above U+FFFF is a pair of surrogates: its value less 0x10000 has twenty bits, of which the upper ten are
@@ -73,7 +73,7 @@ inline std::u16string to_utf16(std::wstring_view text) {
   return units;
 }
 
-// Whether a character above U+FFFF stands at that place: the first surrogate of a pair with the second behind it. False
+// Whether a character above U+FFFF stands at that place: the first surrogate of a pair with the second after it. False
 // at the second of a pair, at a surrogate without its partner, and at and beyond the end.
 constexpr bool is_surrogate_pair(std::u16string_view units, std::size_t at) {
   return at + 1 < units.size() && (units[at] & 0xFC00) == 0xD800 && (units[at + 1] & 0xFC00) == 0xDC00;
@@ -99,7 +99,7 @@ inline void fill_utf32(std::u16string_view units, wchar_t* out) {
   }
 }
 
-// Puts the units' characters behind a text, which grows once.
+// Puts the units' characters after a text, which grows once.
 inline void append_utf16(std::wstring& text, std::u16string_view units) {
   const std::size_t length = text.size();
   text.resize(length + utf32_length(units));

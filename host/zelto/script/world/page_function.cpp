@@ -72,7 +72,7 @@ const is_host_kept = i => {
 };
 const restore = () => {
   names = undefined;
-  // All of it behind pages that have the words to hide something, and now and then.
+  // All of it after pages that have the words to hide something, and now and then.
   const whole = may_hide || (++looks & 63) === 0;
   if (!are_keys_kept(whole) || !isExtensible(world)) return false;
   if (whole && !are_globals_plain()) return false;

@@ -67,7 +67,7 @@ TEST_F(Binding, WritesTheScriptsVariablesWithoutATarget) {
   script_->value(L"d", L"before");
   EXPECT_EQ(DISP_E_UNKNOWNNAME, put(L""));
   EXPECT_EQ(L"1", std::wstring(korlib::view_of(script_->current(L"a").bstrVal)));
-  EXPECT_EQ(L"before", std::wstring(korlib::view_of(script_->current(L"d").bstrVal))) << "behind the failure";
+  EXPECT_EQ(L"before", std::wstring(korlib::view_of(script_->current(L"d").bstrVal))) << "after the failure";
 }
 
 TEST_F(Binding, CountsOnlyTheLastElementsFailure) {
