@@ -4,6 +4,7 @@
 
 #include <boost/multi_index/hashed_index.hpp>
 #include <boost/multi_index/member.hpp>
+#include <boost/multi_index/ordered_index.hpp>
 #include <boost/multi_index/random_access_index.hpp>
 #include <boost/multi_index/sequenced_index.hpp>
 #include <boost/multi_index_container.hpp>
@@ -18,16 +19,30 @@ namespace base {
 using ByLinks = boost::multi_index::sequenced<>;
 using ByPlaces = boost::multi_index::random_access<>;
 
-// `key` is the member of the entries that they are found by, such as &Field::name; no two are equal under `Equal`, and
-// equal ones have one `Hash`. Both may take other types than the key's, which find() then takes as well.
+// How entries are found. By a hash: at the same cost however many there are; a table takes half a kibibyte before the
+// first. By sorting: for tables of a few entries of which there may be very many. No two keys are equal under `Equal`,
+// and equal ones have one `Hash`; `Less` tells equal ones by neither being the lesser. All may take other types than
+// the key's, which find() then takes as well.
+template <class Hash, class Equal>
+struct ByHash {
+  template <class KeyOf>
+  using Index = boost::multi_index::hashed_unique<KeyOf, Hash, Equal>;
+};
+template <class Less>
+struct BySorting {
+  template <class KeyOf>
+  using Index = boost::multi_index::ordered_unique<KeyOf, Less>;
+};
+
+// `key` is the member of the entries that they are found by, such as &Field::name.
 //
 // Not synchronised. An entry stays where it is in memory until it is taken. Everything that changes the table is done
 // wholly or, with std::bad_alloc, not at all.
-template <auto key, class Hash, class Equal, class Order = ByLinks>
+template <auto key, class Lookup, class Order = ByLinks>
 class OrderedTable;
 
-template <class EntryType, class Key, Key EntryType::*key, class Hash, class Equal, class Order>
-class OrderedTable<key, Hash, Equal, Order> {
+template <class EntryType, class Key, Key EntryType::*key, class Lookup, class Order>
+class OrderedTable<key, Lookup, Order> {
  public:
   using Entry = EntryType;
 
@@ -66,8 +81,9 @@ class OrderedTable<key, Hash, Equal, Order> {
   }
 
  private:
-  using Index = boost::multi_index::indexed_by<
-      Order, boost::multi_index::hashed_unique<boost::multi_index::member<Entry, Key, key>, Hash, Equal>>;
+  using Index =
+      boost::multi_index::indexed_by<Order,
+                                     typename Lookup::template Index<boost::multi_index::member<Entry, Key, key>>>;
 
   auto& by_key() { return entries_.template get<1>(); }
 

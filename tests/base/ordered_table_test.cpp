@@ -16,10 +16,13 @@ struct Entry {
   std::unique_ptr<int> value;  // entries need not be copied
 };
 
-template <class Order>
+using Hashed = base::ByHash<base::FoldedHash, base::FoldedEqual>;
+using Sorted = base::BySorting<base::FoldedLess>;
+
+template <class Kind>
 class OrderedTable : public testing::Test {
  protected:
-  using Table = base::OrderedTable<&Entry::name, base::FoldedHash, base::FoldedEqual, Order>;
+  using Table = Kind;
 
   void add(const wchar_t* name, int value = 0) { table_.add({name, std::make_unique<int>(value)}); }
   std::wstring names() const {
@@ -31,8 +34,10 @@ class OrderedTable : public testing::Test {
   Table table_;
 };
 
-using Orders = testing::Types<base::ByLinks, base::ByPlaces>;
-TYPED_TEST_SUITE(OrderedTable, Orders);
+using Kinds = testing::Types<base::OrderedTable<&Entry::name, Hashed>, base::OrderedTable<&Entry::name, Sorted>,
+                             base::OrderedTable<&Entry::name, Hashed, base::ByPlaces>,
+                             base::OrderedTable<&Entry::name, Sorted, base::ByPlaces>>;
+TYPED_TEST_SUITE(OrderedTable, Kinds);
 
 TYPED_TEST(OrderedTable, FindsEntriesByTheirKeys) {
   EXPECT_TRUE(this->table_.empty());
@@ -109,7 +114,7 @@ TYPED_TEST(OrderedTable, StaysRightThroughManyChanges) {
 }
 
 TEST(OrderedTableByPlaces, FindsTheNthEntry) {
-  base::OrderedTable<&Entry::name, base::FoldedHash, base::FoldedEqual, base::ByPlaces> table;
+  base::OrderedTable<&Entry::name, Hashed, base::ByPlaces> table;
   for (const wchar_t* name : {L"a", L"b", L"c"}) table.add({name, nullptr});
   EXPECT_EQ(L"c", table[2].name);
   table.take(*table.find(L"a"));

@@ -40,7 +40,7 @@ SessionStore::~SessionStore() {
 
 SessionStore::State SessionStore::find(std::string_view id) const {
   const std::scoped_lock guard(mutex_);
-  const auto found = sessions_.find(std::string(id));
+  const auto found = sessions_.find(id);
   return found == sessions_.end() ? nullptr : found->second.session;
 }
 
@@ -58,7 +58,7 @@ SessionHold SessionStore::lock_first() const {
   return SessionHold(order_.first([](SessionState& session) { return session.lock.try_lock(); }));
 }
 
-void SessionStore::erase(const std::string& id) noexcept {
+void SessionStore::erase(std::string_view id) noexcept {
   const auto found = sessions_.find(id);
   if (found == sessions_.end()) return;
   order_.remove(found->second.place);
@@ -131,11 +131,10 @@ bool SessionStore::add(const std::shared_ptr<SessionState>& session, const std::
 }
 
 void SessionStore::rename(const std::shared_ptr<SessionState>& session, std::string id) {
-  std::string key = id;
   const std::scoped_lock guard(mutex_);
   auto entry = sessions_.extract(session->id);
   session->id = std::move(id);
-  entry.key() = std::move(key);
+  entry.key() = session->id;
   sessions_.insert(std::move(entry));
 }
 

@@ -92,7 +92,7 @@ class SessionStore {
   State find(std::string_view id) const;
   bool recognise(const SessionState& session);
   SessionHold lock_first() const;
-  void erase(const std::string& id) noexcept;
+  void erase(std::string_view id) noexcept;
   void end(SessionState& session);
   void forget(const SessionState& session);
 
@@ -101,7 +101,7 @@ class SessionStore {
   mutable std::mutex mutex_;  // guards what follows
   LONG timeout_minutes_;
   std::size_t limit_;
-  std::unordered_map<std::string, Entry> sessions_;
+  std::unordered_map<std::string_view, Entry> sessions_;  // by the identifiers that the sessions themselves have
   SessionOrder order_;
   std::size_t evicted_ = 0;
 };
