@@ -2,7 +2,7 @@
 //
 // Each fault starts a host of its own, does to it what its name says while good clients go on asking, and tells what was
 // measured beside what it must be. The exit code is 1 when one does not hold. A number is for the fault before it; what
-// takes many minutes runs only when it is named: soak [REQUESTS].
+// takes many minutes runs only when it is named: soak [REQUESTS], soak_of_two_workers [REQUESTS].
 import { clocks } from './clock.mjs';
 import { slow } from './slow.mjs';
 import { soaks } from './soak.mjs';

@@ -19,6 +19,7 @@
 #include "script/realm.h"
 #include "site/error_page.h"
 #include "site/page_session.h"
+#include "text/characters.h"
 #include "text/charset.h"
 
 namespace zelto {
@@ -83,6 +84,7 @@ class PageRun final : public PageHost {
   void make_objects();
   void run_script(const LoadedPage& loaded);
   script::Outcome run_realm(const LoadedPage& loaded);
+  void log_console(const script::LogLine& line);
   void fail(PageError error);
   void fail_at_limit(HRESULT number, const wchar_t* description);
   int answer();
@@ -98,6 +100,8 @@ class PageRun final : public PageHost {
   PageContext::Objects objects_;
   std::optional<PageError> error_;
   std::chrono::steady_clock::time_point began_;  // the script
+  std::size_t console_room_ = kConsoleLimit;
+  bool is_console_full_ = false;
 };
 
 int PageRun::run() {
@@ -174,8 +178,19 @@ script::Outcome PageRun::run_realm(const LoadedPage& loaded) {
     realm.set_object(name, object.get());
     if (name == L"Response") realm.set_output(object.get());
   }
-  realm.set_log([this](const script::LogLine& line) { site_.log(console_line(line, site_)); });
+  realm.set_log([this](const script::LogLine& line) { log_console(line); });
   return realm.run(loaded.program);
+}
+
+void PageRun::log_console(const script::LogLine& line) {
+  if (is_console_full_) return;
+  const std::string text = console_line(line, site_);
+  const std::string_view kept = beginning_of(text, console_room_);
+  console_room_ -= kept.size();
+  is_console_full_ = kept.size() < text.size();
+  site_.log(kept);
+  if (is_console_full_)
+    site_.log(std::string(site_.path_of(line.file)) + ": the rest of this page's console is left out");
 }
 
 HRESULT PageRun::execute(const std::string& virtual_path) {

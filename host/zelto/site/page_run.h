@@ -19,6 +19,9 @@ inline constexpr std::size_t kPageStack = std::size_t{3} << 20;
 inline constexpr std::size_t kPageStack = std::size_t{16} << 20;
 #endif
 
+// How much of what a page writes to its console goes to the log: a loop that tells of each turn fills no disk.
+inline constexpr std::size_t kConsoleLimit = std::size_t{64} << 10;
+
 // Answers the request with the page that lies at `path` from the site's root, "/a/default.asp". Gives the status.
 int run_page(Site& site, script::Engine& engine, HttpRequest request, const std::string& path, ResponseSink& sink);
 

@@ -12,6 +12,7 @@
 #include "http/spool.h"
 #include "intrinsics/field_table.h"
 #include "intrinsics/response_state.h"
+#include "site/page_run.h"
 #include "site/site.h"
 
 namespace {
@@ -78,6 +79,7 @@ TEST(LimitsDocument, TellsTheLimitsThatHold) {
       {"memory of all that the program has outside of the script engine", bytes(site.kept_memory)},
       {"answer that a page has buffered", bytes(zelto::ResponseState::kBufferLimit)},
       {"what a page adds to its line of the log", bytes(zelto::ResponseState::kLogNoteLimit)},
+      {"what a page writes to its console", bytes(zelto::kConsoleLimit)},
       {"sessions", count(site.session_limit)},
       {"time without a request that ends a session", count(static_cast<std::uint64_t>(site.session_timeout)) + " min"},
       {"time that pages get to end when the host stops", time(zelto::Configuration().stop_timeout)},

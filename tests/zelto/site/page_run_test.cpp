@@ -117,6 +117,18 @@ TEST_F(PageRun, StopsAPageThatTakesTooMuchMemory) {
   EXPECT_EQ("still here", body("still <%= 'here' %>"));
 }
 
+TEST_F(PageRun, LeavesOutWhatAPageWritesToItsConsoleWithoutEnd) {
+  EXPECT_EQ("done", body("<% for (var i = 0; i < 20000; i++) console.log('turn'); console.warn('last'); %>done"));
+  constexpr std::size_t kRoom = 64 * 1024;  // of lines such as the first one
+  const std::string first = "/page.asp:1: console.log: turn";
+  ASSERT_EQ(kRoom / first.size() + 2, log.size());  // a last one in part, and what says so
+  EXPECT_EQ(first, log.front());
+  EXPECT_EQ(first.substr(0, kRoom % first.size()), log[log.size() - 2]);
+  EXPECT_EQ("/page.asp: the rest of this page's console is left out", log.back());
+  EXPECT_EQ("again", body("<% console.log('turn'); %>again"));
+  EXPECT_EQ(first, log.back());
+}
+
 TEST_F(PageRun, LetsGoOfTheApplicationsLock) {
   body("<% Application.Lock(); Application('n') = 1; %>");
   EXPECT_EQ("2", body("<% Application('n') = Application('n') + 1; %><%= Application('n') %>"));
