@@ -45,8 +45,5 @@ struct FoldedEqual {
 };
 // By the values of the folded characters.
 std::strong_ordering compare_folded(std::wstring_view a, std::wstring_view b);
-struct FoldedLess {
-  bool operator()(std::wstring_view a, std::wstring_view b) const { return compare_folded(a, b) < 0; }
-};
 
 }  // namespace base

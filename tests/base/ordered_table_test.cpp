@@ -16,13 +16,10 @@ struct Entry {
   std::unique_ptr<int> value;  // entries need not be copied
 };
 
-using Hashed = base::ByHash<base::FoldedHash, base::FoldedEqual>;
-using Sorted = base::BySorting<base::FoldedLess>;
-
-template <class Kind>
+template <class Order>
 class OrderedTable : public testing::Test {
  protected:
-  using Table = Kind;
+  using Table = base::OrderedTable<&Entry::name, base::FoldedHash, base::FoldedEqual, Order>;
 
   void add(const wchar_t* name, int value = 0) { table_.add({name, std::make_unique<int>(value)}); }
   std::wstring names() const {
@@ -34,10 +31,8 @@ class OrderedTable : public testing::Test {
   Table table_;
 };
 
-using Kinds = testing::Types<base::OrderedTable<&Entry::name, Hashed>, base::OrderedTable<&Entry::name, Sorted>,
-                             base::OrderedTable<&Entry::name, Hashed, base::ByPlaces>,
-                             base::OrderedTable<&Entry::name, Sorted, base::ByPlaces>>;
-TYPED_TEST_SUITE(OrderedTable, Kinds);
+using Orders = testing::Types<base::ByLinks, base::ByPlaces>;
+TYPED_TEST_SUITE(OrderedTable, Orders);
 
 TYPED_TEST(OrderedTable, FindsEntriesByTheirKeys) {
   EXPECT_TRUE(this->table_.empty());
@@ -114,7 +109,7 @@ TYPED_TEST(OrderedTable, StaysRightThroughManyChanges) {
 }
 
 TEST(OrderedTableByPlaces, FindsTheNthEntry) {
-  base::OrderedTable<&Entry::name, Hashed, base::ByPlaces> table;
+  base::OrderedTable<&Entry::name, base::FoldedHash, base::FoldedEqual, base::ByPlaces> table;
   for (const wchar_t* name : {L"a", L"b", L"c"}) table.add({name, nullptr});
   EXPECT_EQ(L"c", table[2].name);
   table.take(*table.find(L"a"));

@@ -231,28 +231,9 @@ STDMETHODIMP Dictionary::Remove(VARIANT key) {
 }
 
 STDMETHODIMP Dictionary::RemoveAll() {
-  return guarded(kSource, [&] {
-    // All at once, or one by one where there is no memory for a table to put them into.
-    std::optional<Table> gone;
-    try {
-      gone.emplace();
-    } catch (const std::bad_alloc&) {
-      return remove_each();
-    }
-    const std::lock_guard guard(lock_);
-    std::swap(*gone, table_);
-    return S_OK;
-  });
-}
-
-HRESULT Dictionary::remove_each() {
-  std::unique_lock guard(lock_);
-  for (std::size_t left = table_.size(); left > 0 && !table_.empty(); --left) {
-    std::optional<Entry> gone = table_.take_first();
-    guard.unlock();
-    gone.reset();
-    guard.lock();
-  }
+  Table gone;  // the entries are released when the lock is free
+  const std::lock_guard guard(lock_);
+  std::swap(gone, table_);
   return S_OK;
 }
 

@@ -69,7 +69,7 @@ class Dictionary final : public DispatchObject<Dictionary, IHostDictionary>, pub
   struct KeyHash {
     std::size_t operator()(const KeyForm& key) const { return key.hash(); }
   };
-  using Table = base::OrderedTable<&Entry::key, base::ByHash<KeyHash, std::equal_to<>>>;
+  using Table = base::OrderedTable<&Entry::key, KeyHash, std::equal_to<>>;
 
   // Null when the key is missing. With the lock held.
   Entry* find(WantedKey& key);
@@ -79,7 +79,6 @@ class Dictionary final : public DispatchObject<Dictionary, IHostDictionary>, pub
   // Whether a key or value may come in.
   HRESULT admit(const VARIANT& value);
   std::vector<CComVariant> snapshot(Part part);
-  HRESULT remove_each();
   HRESULT to_array(Part part, VARIANT* array);
 
   std::mutex lock_;

@@ -34,8 +34,7 @@ ReceivedCookie parse_cookie(std::string_view pair);
 
 // Cookies in their order, found by name in any letter case, which `Equal` compares. A client may send thousands.
 template <class Equal = base::FoldedEqual>
-class CookieTable
-    : public base::OrderedTable<&ReceivedCookie::name, base::ByHash<base::FoldedHash, Equal>, base::ByPlaces> {
+class CookieTable : public base::OrderedTable<&ReceivedCookie::name, base::FoldedHash, Equal, base::ByPlaces> {
  public:
   // Adds those of "a=1; b=k=v&l=w". Of a name that comes twice the first one counts: it is the one with the longer
   // path.

@@ -20,8 +20,7 @@ struct Field {
 };
 
 // Fields in the order in which their names first came; names are found in any letter case.
-class FieldTable
-    : public base::OrderedTable<&Field::name, base::ByHash<base::FoldedHash, base::FoldedEqual>, base::ByPlaces> {
+class FieldTable : public base::OrderedTable<&Field::name, base::FoldedHash, base::FoldedEqual, base::ByPlaces> {
  public:
   void add(std::wstring_view name, std::wstring value);
   // The collection as it was sent, "a=1&b=2".

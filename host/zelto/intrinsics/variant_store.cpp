@@ -31,13 +31,10 @@ void VariantTable::remove(std::wstring_view name) {
   korlib_host::watch_for_cycles(removed.value);
 }
 
-// One by one, since a table to put them all into would be asked for when memory is short as well. Those that come back
-// in what is released stay.
+// Those that come back in what is released stay.
 void VariantTable::clear() {
-  for (std::size_t left = entries_.size(); left > 0 && !entries_.empty(); --left) {
-    const Entry removed = entries_.take_first();
-    korlib_host::watch_for_cycles(removed.value);
-  }
+  const Entries removed = std::exchange(entries_, {});
+  for (const Entry& entry : removed) korlib_host::watch_for_cycles(entry.value);
 }
 
 std::vector<std::wstring> VariantTable::names() const { return names_of(entries_); }

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/letter_case.h"
+#include "base/keyed_hash.h"
 #include "base/ordered_table.h"
 
 namespace zelto {
@@ -28,7 +28,7 @@ class VariantTable {
     std::wstring name;
     CComVariant value;
   };
-  using Entries = base::OrderedTable<&Entry::name, base::BySorting<base::FoldedLess>>;
+  using Entries = base::OrderedTable<&Entry::name, base::FoldedHash, base::FoldedEqual>;
 
   Entries entries_;
 };
