@@ -17,8 +17,8 @@ std::wstring joined(const std::vector<std::wstring>& values) { return boost::alg
 
 }  // namespace
 
-StringList::StringList(RequestState::Fields table, const Field* field)
-    : table_(std::move(table)), values_(field ? field->values : kNoValues) {}
+StringList::StringList(std::shared_ptr<const Field> field)
+    : field_(std::move(field)), values_(field_ ? field_->values : kNoValues) {}
 
 std::span<const korlib::Member> StringList::members() { return kStringListMembers<StringList>; }
 
@@ -48,13 +48,17 @@ HRESULT FieldCollection::names(Names& all) {
 
 HRESULT FieldCollection::get_Item(VARIANT key, VARIANT* value) {
   return guarded(kSource, value, [&]() -> HRESULT {
+    if (key.vt == VT_BSTR && source_ == &RequestState::server_variables) {
+      auto field = page_->request.server_variable(korlib::view_of(key.bstrVal));
+      return give_object(korlib::make<StringList>(std::move(field)).get(), value);
+    }
     RequestState::Fields fields;
     RETURN_IF_FAILED((page_->request.*source_)(fields));
     if (key.vt == VT_ERROR) return give_text(fields->raw, value);
     VariantKey wanted;
     RETURN_IF_FAILED(read_key(key, fields->size(), wanted));
     const Field* field = wanted.place ? &(*fields)[*wanted.place] : fields->find(wanted.name);
-    return give_object(korlib::make<StringList>(std::move(fields), field).get(), value);
+    return give_object(korlib::make<StringList>(std::shared_ptr<const Field>(fields, field)).get(), value);
   });
 }
 

@@ -13,7 +13,7 @@ class StringList final : public korlib::DispatchObject<StringList, ZeltoTypeLibr
  public:
   static constexpr const wchar_t* kClassName = L"StringList";
   // Null for a name that is missing.
-  StringList(RequestState::Fields table, const Field* field);
+  explicit StringList(std::shared_ptr<const Field> field);
   static std::span<const korlib::Member> members();
 
   HRESULT get_Item(VARIANT index, VARIANT* value) override;
@@ -21,7 +21,7 @@ class StringList final : public korlib::DispatchObject<StringList, ZeltoTypeLibr
   HRESULT get__NewEnum(IUnknown** values) override;
 
  private:
-  RequestState::Fields table_;  // keeps the values alive
+  std::shared_ptr<const Field> field_;  // keeps the values alive
   const std::vector<std::wstring>& values_;
 };
 

@@ -50,7 +50,7 @@ HRESULT RequestObject::search(std::wstring_view name, CComPtr<IDispatch>& value)
   RequestState& request = page_->request;
   const auto take = [&](const Fields& fields) {
     const Field* field = fields->find(name);
-    if (field) value = korlib::make<StringList>(fields, field).get();
+    if (field) value = korlib::make<StringList>(std::shared_ptr<const Field>(fields, field)).get();
     return field != nullptr;
   };
   Fields fields;
@@ -64,8 +64,7 @@ HRESULT RequestObject::search(std::wstring_view name, CComPtr<IDispatch>& value)
     value.attach(static_cast<IRequestDictionary*>(korlib::make<CookieValue>(page_, cookie).detach()));
     return S_OK;
   }
-  RETURN_IF_FAILED(request.server_variables(fields));
-  take(fields);
+  if (auto variable = request.server_variable(name)) value = korlib::make<StringList>(std::move(variable)).get();
   return S_OK;
 }
 
@@ -73,7 +72,7 @@ HRESULT RequestObject::get_Item(BSTR name, IDispatch** value) {
   return guarded(kSource, value, [&]() -> HRESULT {
     CComPtr<IDispatch> found;
     RETURN_IF_FAILED(search(korlib::view_of(name), found));
-    if (!found) found = korlib::make<StringList>(Fields(), nullptr).get();
+    if (!found) found = korlib::make<StringList>(nullptr).get();
     return give(found.detach(), value);
   });
 }

@@ -40,6 +40,11 @@ HRESULT RequestState::server_variables(Fields& fields) {
   return S_OK;
 }
 
+std::shared_ptr<const Field> RequestState::server_variable(std::wstring_view name) const {
+  if (server_variables_) return {server_variables_, server_variables_->find(name)};
+  return make_server_variable(http_, place_, name);
+}
+
 HRESULT RequestState::client_certificate(Fields& fields) {
   fields = std::make_shared<const FieldTable>();
   return S_OK;

@@ -38,6 +38,8 @@ class RequestState {
   // Each is built when it is first asked for. Fields, and bytes of the body, that cannot be had fail with a message.
   HRESULT query(Fields& fields);
   HRESULT server_variables(Fields& fields);
+  // One of them, null where there is none. Every page of the component asks for some, and few need them all.
+  std::shared_ptr<const Field> server_variable(std::wstring_view name) const;
   HRESULT client_certificate(Fields& fields);  // none: no client is asked for one
   const ReceivedCookies& cookies();
 

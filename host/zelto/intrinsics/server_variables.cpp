@@ -1,6 +1,7 @@
 #include "intrinsics/server_variables.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "base/ascii.h"
 #include "base/letter_case.h"
@@ -48,52 +49,98 @@ std::vector<std::pair<std::string, std::string>> header_variables(const HttpRequ
   return variables;
 }
 
+std::string all_http(const HttpRequest& request) {
+  std::string all;
+  for (const auto& [name, value] : header_variables(request)) all.append(name).append(":").append(value).append("\n");
+  return all;
+}
+
+std::string all_raw(const HttpRequest& request) {
+  std::string all;
+  for (const Header& header : request.headers) all.append(header.name).append(": ").append(header.value).append("\r\n");
+  return all;
+}
+
+struct Variable {
+  std::wstring_view name;
+  std::string (*value)(const HttpRequest& request, const PagePlace& place);
+};
+
+using Http = const HttpRequest&;
+using Place = const PagePlace&;
+
+std::string none(Http, Place) { return {}; }
+std::string content_type(Http request, Place) { return header_or_empty(request, "Content-Type"); }
+std::string method(Http request, Place) { return request.method; }
+std::string remote_address(Http request, Place) { return request.remote_address; }
+std::string virtual_path(Http, Place place) { return place.virtual_path; }
+
+constexpr Variable kVariables[] = {
+    {L"ALL_HTTP", [](Http request, Place) { return all_http(request); }},
+    {L"ALL_RAW", [](Http request, Place) { return all_raw(request); }},
+    {L"APPL_PHYSICAL_PATH", [](Http, Place place) { return place.site_root + "/"; }},
+    {L"AUTH_PASSWORD", none},
+    {L"AUTH_TYPE", none},
+    {L"AUTH_USER", none},
+    {L"CONTENT_LENGTH", [](Http request, Place) { return std::to_string(request.body_length); }},
+    {L"CONTENT_TYPE", content_type},
+    {L"GATEWAY_INTERFACE", [](Http, Place) { return std::string("CGI/1.1"); }},
+    {L"HTTPS", [](Http request, Place) { return std::string(request.secure ? "on" : "off"); }},
+    {L"LOCAL_ADDR", [](Http request, Place) { return request.local_address; }},
+    {L"LOGON_USER", none},
+    {L"PATH_INFO", virtual_path},
+    {L"PATH_TRANSLATED", [](Http, Place place) { return place.physical_path; }},
+    {L"QUERY_STRING", [](Http request, Place) { return request.query; }},
+    {L"REMOTE_ADDR", remote_address},
+    {L"REMOTE_HOST", remote_address},
+    {L"REMOTE_PORT", [](Http request, Place) { return std::to_string(request.remote_port); }},
+    {L"REMOTE_USER", none},
+    {L"REQUEST_METHOD", method},
+    {L"SCRIPT_NAME", virtual_path},
+    {L"SERVER_NAME", [](Http request, Place) { return server_name(request); }},
+    {L"SERVER_PORT", [](Http request, Place) { return std::to_string(request.local_port); }},
+    {L"SERVER_PORT_SECURE", [](Http request, Place) { return std::string(request.secure ? "1" : "0"); }},
+    {L"SERVER_PROTOCOL",
+     [](Http request, Place) { return std::string(request.minor_version == 0 ? "HTTP/1.0" : "HTTP/1.1"); }},
+    {L"SERVER_SOFTWARE", [](Http, Place) { return std::string("Zelto"); }},
+    {L"URL", virtual_path},
+    {L"HTTP_METHOD", method},
+    {L"HTTP_CONTENT_TYPE", content_type},
+};
+
+const Variable* find_fixed(std::wstring_view name) {
+  const auto found =
+      std::ranges::find_if(kVariables, [&](const Variable& one) { return base::equal_folded(one.name, name); });
+  return found == std::end(kVariables) ? nullptr : found;
+}
+
+std::shared_ptr<const Field> make_field(std::wstring_view name, std::string_view value) {
+  auto field = std::make_shared<Field>();
+  field->name = name;
+  field->values.push_back(to_wide(value));
+  return field;
+}
+
 }  // namespace
 
 FieldTable make_server_variables(const HttpRequest& request, const PagePlace& place) {
   FieldTable table;
-  const auto add = [&table](std::string_view name, std::string_view value) {
-    table.add(to_wide(name), to_wide(value));
-  };
-  const auto headers = header_variables(request);
-  std::string all_http;
-  for (const auto& [name, value] : headers) all_http.append(name).append(":").append(value).append("\n");
-  std::string all_raw;
-  for (const Header& header : request.headers)
-    all_raw.append(header.name).append(": ").append(header.value).append("\r\n");
-  const std::string content_type = header_or_empty(request, "Content-Type");
-
-  add("ALL_HTTP", all_http);
-  add("ALL_RAW", all_raw);
-  add("APPL_PHYSICAL_PATH", place.site_root + "/");
-  for (const char* name : {"AUTH_PASSWORD", "AUTH_TYPE", "AUTH_USER"}) add(name, "");
-  add("CONTENT_LENGTH", std::to_string(request.body_length));
-  add("CONTENT_TYPE", content_type);
-  add("GATEWAY_INTERFACE", "CGI/1.1");
-  add("HTTPS", request.secure ? "on" : "off");
-  add("LOCAL_ADDR", request.local_address);
-  add("LOGON_USER", "");
-  add("PATH_INFO", place.virtual_path);
-  add("PATH_TRANSLATED", place.physical_path);
-  add("QUERY_STRING", request.query);
-  add("REMOTE_ADDR", request.remote_address);
-  add("REMOTE_HOST", request.remote_address);
-  add("REMOTE_PORT", std::to_string(request.remote_port));
-  add("REMOTE_USER", "");
-  add("REQUEST_METHOD", request.method);
-  add("SCRIPT_NAME", place.virtual_path);
-  add("SERVER_NAME", server_name(request));
-  add("SERVER_PORT", std::to_string(request.local_port));
-  add("SERVER_PORT_SECURE", request.secure ? "1" : "0");
-  add("SERVER_PROTOCOL", request.minor_version == 0 ? "HTTP/1.0" : "HTTP/1.1");
-  add("SERVER_SOFTWARE", "Zelto");
-  add("URL", place.virtual_path);
-  add("HTTP_METHOD", request.method);
-  add("HTTP_CONTENT_TYPE", content_type);
-  for (const auto& [name, value] : headers) {
-    if (name != "HTTP_METHOD" && name != "HTTP_CONTENT_TYPE") add(name, value);
+  for (const auto& [name, value] : kVariables) table.add(name, to_wide(value(request, place)));
+  for (const auto& [header, value] : header_variables(request)) {
+    const std::wstring name = to_wide(header);
+    if (!find_fixed(name)) table.add(name, to_wide(value));
   }
   return table;
+}
+
+std::shared_ptr<const Field> make_server_variable(const HttpRequest& request, const PagePlace& place,
+                                                  std::wstring_view name) {
+  if (const Variable* fixed = find_fixed(name)) return make_field(fixed->name, fixed->value(request, place));
+  for (const auto& [header, value] : header_variables(request)) {
+    const std::wstring wide = to_wide(header);
+    if (base::equal_folded(wide, name)) return make_field(wide, value);
+  }
+  return nullptr;
 }
 
 }  // namespace zelto
