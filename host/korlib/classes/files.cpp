@@ -17,6 +17,7 @@
 #include "base/file_descriptor.h"
 #include "base/path_text.h"
 #include "classes/byte_store.h"
+#include "classes/recent_files.h"
 
 namespace korlib {
 namespace {
@@ -24,15 +25,12 @@ namespace {
 constexpr int kWriting = O_WRONLY | O_CLOEXEC | O_NONBLOCK;
 
 // 0 or an errno. Opens without waiting for the other end of a pipe, and without following into a device.
-int open_regular(const std::string& path, base::FileDescriptor& file, std::size_t& size) {
+int open_regular(const std::string& path, base::FileDescriptor& file, struct stat& status) {
   file = base::FileDescriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  struct stat status {};
   if (!file || fstat(file.get(), &status) != 0) return errno;
   if (S_ISDIR(status.st_mode)) return EISDIR;
   if (!S_ISREG(status.st_mode)) return EINVAL;
-  if (static_cast<std::uint64_t>(status.st_size) > ByteStore::kMaxSize) return EFBIG;
-  size = static_cast<std::size_t>(status.st_size);
-  return 0;
+  return static_cast<std::uint64_t>(status.st_size) > ByteStore::kMaxSize ? EFBIG : 0;
 }
 
 int write_and_close(base::FileDescriptor& file, std::string_view bytes) {
@@ -96,17 +94,26 @@ HRESULT raise_file_error(std::wstring_view what, std::wstring_view path, int err
 
 HRESULT load_file(std::wstring_view path, const FileFault& fault, base::GrowingBuffer& contents) {
   contents = {};
-  base::FileDescriptor file;
-  std::size_t size = 0;
-  if (const int error = open_regular(system_path(path), file, size)) {
-    return raise_file_error(L"open", path, error, fault);
+  const std::string name = system_path(path);
+  RecentFiles& recent = RecentFiles::instance();
+  if (const auto known = recent.find(name)) {
+    contents.grow(std::max<std::size_t>(known->size(), 1));
+    std::ranges::copy(*known, contents.data());
+    contents.set_size(known->size());
+    return S_OK;
   }
+  base::FileDescriptor file;
+  struct stat status {};
+  if (const int error = open_regular(name, file, status)) return raise_file_error(L"open", path, error, fault);
+  const auto size = static_cast<std::size_t>(status.st_size);
   if (!korlib_host::may_take(size)) return E_OUTOFMEMORY;
   contents.grow(std::max<std::size_t>(size, 1));
   std::size_t got = 0;
   const int error = base::read_all(file.get(), {contents.data(), size}, got);
   contents.set_size(got);
-  return error == 0 ? S_OK : raise_file_error(L"read", path, error, fault);
+  if (error != 0) return raise_file_error(L"read", path, error, fault);
+  recent.keep(name, status, contents.view());
+  return S_OK;
 }
 
 HRESULT save_file(std::wstring_view path, std::string_view bytes, bool replace, const FileFault& fault) {

@@ -3,8 +3,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <ctime>
-
 #include "base/file_descriptor.h"
 #include "text/charset.h"
 
@@ -15,24 +13,9 @@ namespace {
 constexpr LONG kUtf16LittleEndian = 1200;
 constexpr LONG kUtf16BigEndian = 1201;
 
-// File systems take their times from a clock that ticks some hundred times a second.
-constexpr long long kTick = 100'000'000;
-// A time further ahead comes from a wrong clock, and would never settle.
-constexpr long long kAhead = 2'000'000'000;
-
-long long nanoseconds(const timespec& time) { return time.tv_sec * 1'000'000'000LL + time.tv_nsec; }
-
 std::optional<FileStamp> regular_file_stamp(const struct stat& status) {
   if (!S_ISREG(status.st_mode)) return std::nullopt;
-  return FileStamp{status.st_dev, status.st_ino, status.st_size, nanoseconds(status.st_mtim),
-                   nanoseconds(status.st_ctim)};
-}
-
-bool is_settled(const FileStamp& stamp) {
-  timespec now{};
-  ::clock_gettime(CLOCK_REALTIME, &now);
-  const long long age = nanoseconds(now) - stamp.changed;
-  return age > kTick || age < -kAhead;
+  return FileStamp::of(status);
 }
 
 }  // namespace
@@ -50,7 +33,7 @@ std::optional<SourceBytes> read_source(const std::string& path) {
   if (!file || ::fstat(file.get(), &status) != 0) return std::nullopt;
   const std::optional<FileStamp> stamp = regular_file_stamp(status);
   if (!stamp || stamp->size > kMaxSource) return std::nullopt;
-  SourceBytes source{std::string(static_cast<std::size_t>(stamp->size), '\0'), *stamp, is_settled(*stamp)};
+  SourceBytes source{std::string(static_cast<std::size_t>(stamp->size), '\0'), *stamp, stamp->is_settled()};
   std::size_t got = 0;  // less where it became shorter; its stamp has changed then as well
   if (base::read_all(file.get(), source.bytes, got) != 0) return std::nullopt;
   source.bytes.resize(got);

@@ -1,27 +1,17 @@
 // A page's or include's file: its text, and how to tell that it has changed.
 #pragma once
 
-#include <sys/types.h>
-
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include <korlib/types.h>
 
+#include "base/file_stamp.h"
+
 namespace zelto::pages {
 
-// Everything that changes when a file is edited or replaced. Two equal stamps are the same contents, unless
-// both were taken within a tick of the file system's clock (SourceBytes::is_settled).
-struct FileStamp {
-  dev_t device = 0;
-  ino_t inode = 0;
-  off_t size = 0;
-  long long modified = 0;  // nanoseconds
-  long long changed = 0;   // likewise, of the entry itself: an edit that restores the time shows here
-
-  friend bool operator==(const FileStamp&, const FileStamp&) = default;
-};
+using base::FileStamp;
 
 // Nothing when there is no such regular file.
 std::optional<FileStamp> stamp_of(const std::string& path);
@@ -29,7 +19,7 @@ std::optional<FileStamp> stamp_of(const std::string& path);
 struct SourceBytes {
   std::string bytes;
   FileStamp stamp;
-  bool is_settled = true;  // not changed so lately that a further change could leave the stamp as it is
+  bool is_settled = true;  // the stamp was, when it was taken
 };
 
 // Nothing when it cannot be read. Larger files than kMaxSource are refused likewise.

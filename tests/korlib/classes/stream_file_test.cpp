@@ -6,12 +6,15 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <thread>
 
+#include "base/file_stamp.h"
 #include "korlib/classes/stream_fixture.h"
 #include "support/temporary_folder.h"
 
 namespace {
 
+using test::Bytes;
 using test::call;
 using test::put;
 using test::text_of;
@@ -39,6 +42,42 @@ TEST_F(StreamFile, LoadsAFileOfNoBytes) {
   EXPECT_EQ(L"", text_of(call(object_, L"ReadText")));
   call(object_, L"WriteText", L"x");
   EXPECT_EQ(4, number(L"Size"));
+}
+
+// What has been there for a while is not read again; any change of it is seen at once.
+TEST_F(StreamFile, LoadsAnEditedFileAnew) {
+  const auto path = folder_.path("a.txt");
+  const auto text = [&] {
+    EXPECT_EQ(S_OK, load(path.wstring()).hr);
+    const Bytes bytes = contents();
+    return std::string(bytes.begin(), bytes.end());
+  };
+  const auto settle = [&] {
+    struct stat status {};
+    do {
+      std::this_thread::yield();
+      ASSERT_EQ(0, ::stat(path.c_str(), &status));
+    } while (!base::FileStamp::of(status).is_settled());
+  };
+  folder_.write("a.txt", "one");
+  settle();
+  EXPECT_EQ("one", text());
+  EXPECT_EQ("one", text());
+  const auto time = std::filesystem::last_write_time(path);
+  folder_.write("a.txt", "two");
+  std::filesystem::last_write_time(path, time);
+  EXPECT_EQ("two", text()) << "of the same size, and its time restored";
+  folder_.write("a.txt", "six");
+  EXPECT_EQ("six", text()) << "soon after another change";
+  settle();
+  EXPECT_EQ("six", text());
+  folder_.write("b.txt", "new");
+  std::filesystem::rename(folder_.path("b.txt"), path);
+  EXPECT_EQ("new", text()) << "another file in its place";
+  settle();
+  EXPECT_EQ("new", text());
+  std::filesystem::remove(path);
+  EXPECT_TRUE(FAILED(load(path.wstring()).hr));
 }
 
 TEST_F(StreamFile, OpensPathsWithBackslashes) {
