@@ -109,8 +109,8 @@ KORLIB_API LONG RegDeleteKeyW(HKEY key, const wchar_t* sub_key);
 KORLIB_API LONG RegCloseKey(HKEY key);
 
 // Files and paths. Opens an existing file to read; invalid_handle() when that is not possible, and the caller
-// closes what it got. Handles are whatever the pair CreateFileW / CloseHandle agrees on; a host that supplies
-// CreateFileW returns a FILE* so that the other two functions serve it as well.
+// closes what it got. Handles are whatever CreateFileW, CloseHandle and GetFileTime agree on; a host that supplies
+// CreateFileW alone returns a FILE*, which the other two take.
 KORLIB_API HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD share, void* security, DWORD creation,
                               DWORD flags, HANDLE pattern);
 KORLIB_API BOOL CloseHandle(HANDLE handle);

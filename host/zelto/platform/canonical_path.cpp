@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <linux/openat2.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -19,15 +20,34 @@ namespace zelto {
 namespace {
 
 constexpr int kMostLinks = 40;
+constexpr std::size_t kMostRemembered = 16;  // paths of a request
+
+thread_local PathMemory* t_memory = nullptr;
 
 // Whether all of the path exists and no part of it is a symbolic link: asked of the system in one call, where it has
 // that, instead of one for each part.
-bool is_free_of_links(const std::string& path) {
+bool look_for_links(const std::string& path) {
   open_how how{};
   how.flags = O_PATH | O_CLOEXEC;
   how.resolve = RESOLVE_NO_SYMLINKS;
   const base::FileDescriptor found(static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)));
   return static_cast<bool>(found);
+}
+
+// The same of a name in a folder that is known to be free of them.
+bool look_at_last_name(const std::string& path) {
+  struct stat about {};
+  return ::lstat(path.c_str(), &about) == 0 && !S_ISLNK(about.st_mode);
+}
+
+bool is_free_of_links(const std::string& path) {
+  PathMemory* const memory = PathMemory::of_this_thread();
+  if (!memory) return look_for_links(path);
+  if (memory->has(path)) return true;
+  const bool is_free =
+      memory->has(std::string_view(path).substr(0, path.rfind('/'))) ? look_at_last_name(path) : look_for_links(path);
+  if (is_free) memory->add(path);
+  return is_free;
 }
 
 // Whether reading a symbolic link failed because none is there: a file of another kind, or nothing at all.
@@ -43,6 +63,22 @@ std::optional<std::string_view> read_link(const std::string& path, std::array<ch
 
 }  // namespace
 
+PathMemory::PathMemory() : outer_(t_memory) { t_memory = this; }
+
+PathMemory::~PathMemory() { t_memory = outer_; }
+
+PathMemory* PathMemory::of_this_thread() { return t_memory; }
+
+bool PathMemory::has(std::string_view path) const {
+  return !path.empty() && std::ranges::any_of(paths_, [path](std::string_view known) {
+    return known.starts_with(path) && (known.size() == path.size() || path.back() == '/' || known[path.size()] == '/');
+  });
+}
+
+void PathMemory::add(const std::string& path) {
+  if (paths_.size() < kMostRemembered) paths_.push_back(path);
+}
+
 std::optional<std::string> canonical_path(std::string_view path) {
   if (path.empty() || path.size() >= PATH_MAX || path.find('\0') != std::string_view::npos) return std::nullopt;
   std::string ahead;
@@ -55,6 +91,7 @@ std::optional<std::string> canonical_path(std::string_view path) {
   const bool has_links = !is_free_of_links(ahead);
   std::array<char, PATH_MAX> target;
   std::string walked;
+  walked.reserve(ahead.size());
   int links = 0;
   std::size_t at = 0;
   for (std::string_view segment; !(segment = base::next_segment(ahead, &at)).empty();) {

@@ -1,11 +1,10 @@
-// Files as the component opens them, whose composed paths hold backslashes, and where its own file lies.
+// Files as the component looks at them, whose composed paths hold backslashes, and where its own file lies.
 #include <korlib/winapi.h>
 #include <korlib_host/modules.h>
 
 #include <sys/stat.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <new>
 #include <string>
@@ -27,31 +26,46 @@ FILETIME to_file_time(const timespec& when) {
   return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32U)};
 }
 
+// What CreateFileW answers with.
+struct Times {
+  FILETIME changed;
+  FILETIME read;
+  FILETIME written;
+};
+
 }  // namespace
 
 // The component expects no exceptions of any of these.
 
+// The component opens a file for its times alone, of each template that it draws: a handle is what one look at the path
+// has told, and no file is opened.
 extern "C" HANDLE CreateFileW(const wchar_t* path, DWORD, DWORD, void*, DWORD, DWORD, HANDLE) try {
   if (!path) return invalid_handle();
   const std::string file = native_path(path);
-  // The component's CloseHandle and GetFileTime take a FILE*.
-  if (FILE* opened = std::fopen(file.c_str(), "rbe")) return opened;
-  // "gone/../list.html" is a file to PathCanonicalizeW, and so it is here. The system looks for "gone".
-  const auto canonical = zelto::canonical_path(file);
-  FILE* opened = canonical ? std::fopen(canonical->c_str(), "rbe") : nullptr;
-  return opened ? opened : invalid_handle();
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) {
+    // "gone/../list.html" is a file to PathCanonicalizeW, and so it is here. The system looks for "gone".
+    const auto canonical = zelto::canonical_path(file);
+    if (!canonical || ::stat(canonical->c_str(), &status) != 0) return invalid_handle();
+  }
+  return new Times{to_file_time(status.st_ctim), to_file_time(status.st_atim), to_file_time(status.st_mtim)};
 } catch (const std::bad_alloc&) {
   return invalid_handle();
+}
+
+extern "C" BOOL CloseHandle(HANDLE handle) {
+  if (!handle || handle == invalid_handle()) return FALSE;
+  delete static_cast<Times*>(handle);
+  return TRUE;
 }
 
 // To the tick: a template that is edited twice in one second shows both times.
 extern "C" BOOL GetFileTime(HANDLE handle, FILETIME* creation, FILETIME* access, FILETIME* write) {
   if (!handle || handle == invalid_handle()) return FALSE;
-  struct stat status {};
-  if (::fstat(::fileno(static_cast<std::FILE*>(handle)), &status) != 0) return FALSE;
-  if (creation) *creation = to_file_time(status.st_ctim);
-  if (access) *access = to_file_time(status.st_atim);
-  if (write) *write = to_file_time(status.st_mtim);
+  const auto& times = *static_cast<const Times*>(handle);
+  if (creation) *creation = times.changed;
+  if (access) *access = times.read;
+  if (write) *write = times.written;
   return TRUE;
 }
 

@@ -16,6 +16,7 @@
 #include "intrinsics/server_object.h"
 #include "intrinsics/session_object.h"
 #include "pages/programs.h"
+#include "platform/canonical_path.h"
 #include "script/realm.h"
 #include "site/error_page.h"
 #include "site/page_session.h"
@@ -148,6 +149,7 @@ void PageRun::run_script(const LoadedPage& loaded) {
   make_objects();
   began_ = std::chrono::steady_clock::now();
   const DatabaseUse database;  // ends after the objects
+  const PathMemory paths;
   set_time_limit(settings_->options.script_timeout);
   engine_.set_memory_limit(settings_->options.script_memory, settings_->options.kept_memory);
   CComPtr<PageContext> context;

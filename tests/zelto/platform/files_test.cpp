@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -30,6 +30,14 @@ class Paths : public testing::Test {
   test::TemporaryFolder folder_;
 };
 
+std::uint64_t ticks(const FILETIME& time) {
+  return std::uint64_t{time.dwHighDateTime} << 32U | std::uint64_t{time.dwLowDateTime};
+}
+
+std::uint64_t ticks(const timespec& time) {
+  return 116'444'736'000'000'000U + static_cast<std::uint64_t>(time.tv_sec * 10'000'000 + time.tv_nsec / 100);
+}
+
 TEST_F(Paths, ResolvesWhatExists) {
   file("dir/sub/f");
   EXPECT_EQ(zelto::to_wide(at("dir/sub/f")), canonicalized(at("dir\\sub\\..\\.\\\\sub/f")));
@@ -49,10 +57,29 @@ TEST_F(Paths, OpensAFileBehindAFolderThatDoesNotExist) {
   for (const char* name : {"dir\\none\\..\\f", "none/../dir/f", "dir/f/../f"}) {
     const HANDLE handle = CreateFileW(zelto::to_wide(at(name)).c_str(), 0, 0, nullptr, 0, 0, nullptr);
     EXPECT_NE(handle, invalid_handle()) << name;
-    if (handle != invalid_handle()) std::fclose(static_cast<std::FILE*>(handle));
+    EXPECT_EQ(handle != invalid_handle() ? TRUE : FALSE, CloseHandle(handle)) << name;
   }
   for (const char* name : {"none/f", "dir/none/../g", "none/../../f"})
     EXPECT_EQ(invalid_handle(), CreateFileW(zelto::to_wide(at(name)).c_str(), 0, 0, nullptr, 0, 0, nullptr)) << name;
+}
+
+// A page asks for the folder of its templates with each template.
+TEST_F(Paths, AreLookedAtOnceWhileTheyAreRemembered) {
+  file("tpl/f");
+  file("other/f");
+  fs::create_symlink("../other/f", at("tpl/link"));
+  const auto as_it_is = [&](const std::string& name) { return zelto::to_wide(at(name)); };
+  {
+    const zelto::PathMemory memory;
+    EXPECT_EQ(as_it_is("tpl/f"), canonicalized(at("tpl/f")));
+    EXPECT_EQ(as_it_is("other/f"), canonicalized(at("tpl/link"))) << "in a folder that is known";
+    EXPECT_EQ(as_it_is("tpl/none"), canonicalized(at("tpl/none")));
+    fs::rename(at("tpl"), at("moved"));
+    fs::create_symlink("other", at("tpl"));
+    EXPECT_EQ(as_it_is("tpl"), canonicalized(at("tpl"))) << "known from the file in it";
+    EXPECT_EQ(as_it_is("tp"), canonicalized(at("tp"))) << "another folder, with the beginning of its name";
+  }
+  EXPECT_EQ(as_it_is("other"), canonicalized(at("tpl"))) << "forgotten";
 }
 
 TEST_F(Paths, FollowsLinksOfThePartThatExists) {
@@ -95,11 +122,15 @@ TEST(CanonicalPath, StopsAtTheRoot) {
 
 TEST_F(Paths, OpensFilesNamedWithBackslashes) {
   file("tpl/list.html");
+  struct stat status {};
+  ASSERT_EQ(0, ::stat(at("tpl/list.html").c_str(), &status));
   const HANDLE handle = CreateFileW(zelto::to_wide(at("tpl\\list.html")).c_str(), GENERIC_READ, FILE_SHARE_READ,
                                     nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   ASSERT_NE(handle, invalid_handle());
-  EXPECT_EQ('t', std::fgetc(static_cast<FILE*>(handle)));
-  std::fclose(static_cast<FILE*>(handle));
+  FILETIME write{};
+  EXPECT_TRUE(GetFileTime(handle, nullptr, nullptr, &write));
+  EXPECT_EQ(ticks(status.st_mtim), ticks(write));
+  EXPECT_TRUE(CloseHandle(handle));
 }
 
 TEST_F(Paths, TellsFileTimesToTheTick) {
@@ -112,12 +143,11 @@ TEST_F(Paths, TellsFileTimesToTheTick) {
   FILETIME access{};
   FILETIME write{};
   EXPECT_TRUE(GetFileTime(handle, nullptr, &access, &write));
-  const auto ticks = [](const FILETIME& time) {
-    return std::uint64_t{time.dwHighDateTime} << 32U | std::uint64_t{time.dwLowDateTime};
-  };
   EXPECT_EQ(116'444'736'000'000'000U + 10'000'002U, ticks(access));
   EXPECT_EQ(116'444'736'000'000'000U + 7'841'117'771'234'567U, ticks(write));
-  std::fclose(static_cast<FILE*>(handle));
+  EXPECT_TRUE(CloseHandle(handle));
+  EXPECT_FALSE(CloseHandle(invalid_handle()));
+  EXPECT_FALSE(CloseHandle(nullptr));
   EXPECT_FALSE(GetFileTime(invalid_handle(), nullptr, nullptr, &write));
   EXPECT_FALSE(GetFileTime(nullptr, nullptr, nullptr, &write));
 }
