@@ -81,13 +81,16 @@ Current& current() {
 
 class RegistryStore::Impl {
  public:
-  explicit Impl(std::filesystem::path file) : file_(std::move(file)) { load(Stamp::of(file_)); }
+  Impl(std::filesystem::path file, std::chrono::milliseconds look_every)
+      : file_(std::move(file)), look_every_(look_every) {
+    load(Stamp::of(file_));
+  }
 
   // Calls `look` with the key, or null, while nothing can change it.
   template <class Look>
   auto read(std::wstring_view path, Look look) {
     const std::lock_guard guard(lock_);
-    refresh();
+    if (Clock::now() - looked_ >= look_every_) refresh();
     std::vector<std::wstring_view> names;
     return look(split(path, &names) ? find(root_, names) : nullptr);
   }
@@ -120,7 +123,10 @@ class RegistryStore::Impl {
   }
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   void refresh() {
+    looked_ = Clock::now();
     const Stamp now = Stamp::of(file_);
     if (!(now == stamp_)) load(now);
   }
@@ -130,13 +136,16 @@ class RegistryStore::Impl {
   }
 
   const std::filesystem::path file_;
+  const std::chrono::milliseconds look_every_;
   std::mutex lock_;
+  Clock::time_point looked_ = Clock::now();
   RegistryKey root_;
   std::string problem_;
   Stamp stamp_;
 };
 
-RegistryStore::RegistryStore(std::filesystem::path file) : impl_(std::make_unique<Impl>(std::move(file))) {}
+RegistryStore::RegistryStore(std::filesystem::path file, std::chrono::milliseconds look_every)
+    : impl_(std::make_unique<Impl>(std::move(file), look_every)) {}
 RegistryStore::~RegistryStore() = default;
 
 bool RegistryStore::has_key(std::wstring_view key) const {

@@ -1,5 +1,6 @@
 #include "activation/unregistered_modules.h"
 
+#include <memory>
 #include <mutex>
 
 #include <korlib/errorinfo.h>
@@ -19,7 +20,7 @@ struct BareClass {
 struct Unregistered {
   std::mutex lock;  // of `files`
   std::vector<std::filesystem::path> files;
-  ClassTable<BareClass> classes;
+  ClassTable<std::shared_ptr<const BareClass>> classes;
 };
 
 Unregistered& unregistered() {
@@ -42,8 +43,8 @@ bool find_unregistered_prog_id(const wchar_t* prog_id, CLSID* clsid) {
 
 HRESULT unregistered_class_object(REFCLSID clsid, REFIID riid, std::shared_ptr<Module>* module, void** ppv) {
   if (const auto bare = unregistered().classes.find(clsid)) {
-    RETURN_IF_FAILED(get_module(bare->file, module));
-    return (*module)->class_object_by_name(bare->name.c_str(), riid, ppv);
+    RETURN_IF_FAILED(get_module((*bare)->file, module));
+    return (*module)->class_object_by_name((*bare)->name.c_str(), riid, ppv);
   }
   for (const std::filesystem::path& file : unregistered_files()) {
     if (FAILED(get_module(file, module))) continue;
@@ -68,7 +69,9 @@ void add_unregistered_module(const std::filesystem::path& file, const std::vecto
   for (const NamedClass& named : classes) {
     CLSID clsid;
     if (FAILED(CoCreateGuid(&clsid))) continue;
-    all.classes.add(clsid, named.prog_id.c_str(), {file, named.class_name});
+    all.classes.add(
+        clsid, named.prog_id.c_str(),
+        std::make_shared<korlib::activation::BareClass>(korlib::activation::BareClass{file, named.class_name}));
   }
 }
 

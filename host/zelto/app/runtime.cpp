@@ -7,6 +7,7 @@
 #include <korlib_host/modules.h>
 #include <korlib_host/registry_store.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -33,6 +34,9 @@ std::filesystem::path registry_file() {
   return home.empty() ? "/var/lib/zelto/registry.json" : home / ".local" / "share" / "zelto" / "registry.json";
 }
 
+// After which a running host sees what another process has registered.
+constexpr std::chrono::milliseconds kLookAtRegistry(100);
+
 // Beside the program, as built; in the library folder next to it, as installed.
 std::filesystem::path component_file() {
   std::error_code error;
@@ -45,7 +49,7 @@ std::filesystem::path component_file() {
 
 void set_up() {
   std::signal(SIGXFSZ, SIG_IGN);  // a page that writes a file beyond the limit of its size gets an error instead
-  korlib_host::set_registry(std::make_shared<korlib_host::RegistryStore>(registry_file()));
+  korlib_host::set_registry(std::make_shared<korlib_host::RegistryStore>(registry_file(), kLookAtRegistry));
   install_type_libraries();
   korlib_host::add_unregistered_module(
       component_file(), {{L"Mirt", L"Mirt"}, {L"Mirt.TextTemplator", L"TextTemplator"}, {L"Mirt.Utility", L"Utility"}});

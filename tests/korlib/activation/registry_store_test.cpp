@@ -5,9 +5,11 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <thread>
 
 #include "support/temporary_folder.h"
 
@@ -115,6 +117,17 @@ TEST_F(RegistryStoreTest, SeesWhatAnotherStoreWrote) {
   EXPECT_TRUE(one.has_key(L"B"));
   std::filesystem::remove(file());
   EXPECT_FALSE(one.has_key(L"A"));
+}
+
+TEST_F(RegistryStoreTest, SeesWhatAnotherStoreWroteOnceItIsTimeToLook) {
+  RegistryStore seldom(file(), std::chrono::hours(1));
+  RegistryStore often(file(), std::chrono::milliseconds(1));
+  RegistryStore other(file());
+  ASSERT_EQ(S_OK, other.create_key(L"A"));
+  EXPECT_FALSE(seldom.has_key(L"A"));
+  while (!often.has_key(L"A")) std::this_thread::yield();
+  EXPECT_EQ(S_OK, seldom.create_key(L"B"));  // a change is made to what is there
+  EXPECT_TRUE(seldom.has_key(L"A"));
 }
 
 TEST_F(RegistryStoreTest, LeavesNothingBesideTheFileButItsLock) {

@@ -1,6 +1,7 @@
 // The registry: where registered classes are written down, a file that the host chooses.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -20,13 +21,15 @@ namespace korlib_host {
 //
 // The file is JSON. Every change is on disk when the call returns, written beside the file and renamed
 // over it, so that a reader sees the old store or the new one. Look-ups notice when another process has
-// replaced the file. Processes that write at the same time take turns. Any thread may call any method.
+// replaced the file, at once or within a time that the host may set. Processes that write at the same time take turns.
+// Any thread may call any method.
 //
 // A file that is there but cannot be understood reads as an empty store and is never written over.
 class KORLIB_API RegistryStore {
  public:
-  // The file need not exist.
-  explicit RegistryStore(std::filesystem::path file);
+  // The file need not exist. A look-up looks at it when the last look is `look_every` ago: a component is asked for
+  // several times a page, and another process seldom registers one.
+  explicit RegistryStore(std::filesystem::path file, std::chrono::milliseconds look_every = {});
   ~RegistryStore();
   RegistryStore(const RegistryStore&) = delete;
   RegistryStore& operator=(const RegistryStore&) = delete;
