@@ -15,14 +15,25 @@ bool has_expired(const SessionState& session, SessionStore::Clock::time_point no
   return now - session.last_used >= std::chrono::minutes(session.timeout_minutes);
 }
 
+// Each number is given once. They are asked for in advance, because most pages make an identifier, kept or not.
+std::array<unsigned char, 16> random_bytes() {
+  constexpr std::size_t kAhead = 16;
+  thread_local std::array<std::array<unsigned char, 16>, kAhead> numbers;
+  thread_local std::size_t left = 0;
+  if (left == 0) {
+    if (getrandom(numbers.data(), sizeof numbers, 0) != static_cast<ssize_t>(sizeof numbers)) {
+      throw std::system_error(errno, std::generic_category(), "no random numbers");
+    }
+    left = numbers.size();
+  }
+  return std::exchange(numbers[--left], {});
+}
+
 }  // namespace
 
 std::string make_session_id() {
   constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
-  std::array<unsigned char, 16> random{};
-  if (getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size())) {
-    throw std::system_error(errno, std::generic_category(), "no random numbers");
-  }
+  const std::array<unsigned char, 16> random = random_bytes();
   std::string id;
   unsigned bits = 0;
   int held = 0;

@@ -127,9 +127,12 @@ FoundFile StaticFiles::find(std::string_view path) const {
   if (FoundFile open = find_open(path); open.open) return open;
   if (const auto name = options_.protected_names.find_in(path); !name.empty())
     return {FoundFile::Kind::protected_name, std::string(name), {}};
+  // Mostly a page, which is not opened here.
+  if (const auto about = look(path); about && S_ISREG(about->st_mode)) return found(path, path, *about);
   const base::FileDescriptor file = open_beneath("." + std::string(path), O_PATH, RESOLVE_NO_SYMLINKS);
   if (!file && errno == ELOOP) return find_linked(path);
-  return found(path, path, file);
+  struct stat about {};
+  return file && ::fstat(file.get(), &about) == 0 ? found(path, path, about) : FoundFile();
 }
 
 // A link with a harmless name must not open what its own name protects.
@@ -140,14 +143,13 @@ FoundFile StaticFiles::find_linked(std::string_view path) const {
   const std::string_view own = std::string_view(real).substr(options_.root.size());
   if (const auto name = options_.protected_names.find_in(own); !name.empty())
     return {FoundFile::Kind::protected_name, std::string(name), {}};
-  return found(path, own, file);
+  struct stat about {};
+  return ::fstat(file.get(), &about) == 0 ? found(path, own, about) : FoundFile();
 }
 
 // `real` is the path without links. A link to a page that is not called one is the page that it leads to.
-FoundFile StaticFiles::found(std::string_view path, std::string_view real, const base::FileDescriptor& file) const {
+FoundFile StaticFiles::found(std::string_view path, std::string_view real, const struct stat& about) const {
   const bool is_folder = path.ends_with('/');
-  struct stat about {};
-  if (!file || ::fstat(file.get(), &about) != 0) return {};
   if (S_ISDIR(about.st_mode)) {
     if (!is_folder) return {FoundFile::Kind::redirect, std::string(path) + "/", {}};
     for (const std::string& name : options_.default_documents) {

@@ -64,7 +64,7 @@ class StaticFiles {
   std::optional<struct stat> look(std::string_view path) const;
   FoundFile find_open(std::string_view path) const;
   FoundFile find_linked(std::string_view path) const;
-  FoundFile found(std::string_view path, std::string_view real, const base::FileDescriptor& file) const;
+  FoundFile found(std::string_view path, std::string_view real, const struct stat& about) const;
 
   StaticOptions options_;
   base::FileDescriptor root_;
