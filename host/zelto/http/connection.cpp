@@ -26,7 +26,7 @@ constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
 
 }  // namespace
 
-Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> terms, ConnectionShared& shared)
+Connection::Connection(Socket socket, Mailbox& mailbox, Terms terms, ConnectionShared& shared)
     : socket_(std::move(socket)),
       ends_(ends_of(socket_)),
       terms_(std::move(terms)),
@@ -38,7 +38,7 @@ Connection::Connection(Socket socket, std::shared_ptr<const ConnectionTerms> ter
       queue_(shared.spool, limits().send_memory, [this] { send_for_worker(); }),
       sink_(queue_),
       sender_(socket_, queue_, deadline_, limits(), [this] { on_sent(); }),
-      job_(shared.pool, reader_, sink_, shared.report, [this] { post(&Connection::on_answered); }) {}
+      job_(shared.pool, reader_, sink_, shared.report, [this, &mailbox] { hand_back(mailbox); }) {}
 
 Connection::~Connection() { shared_.table.remove(this); }
 

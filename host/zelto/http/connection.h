@@ -17,6 +17,7 @@
 #include "http/connection_table.h"
 #include "http/deadline.h"
 #include "http/limits.h"
+#include "http/mailbox.h"
 #include "http/page_job.h"
 #include "http/peer.h"
 #include "http/request_reader.h"
@@ -49,7 +50,9 @@ struct ConnectionShared {
 // request, the sink or the socket but send what waits, or reset it.
 class Connection final : public std::enable_shared_from_this<Connection> {
  public:
-  Connection(Socket socket, std::shared_ptr<const ConnectionTerms> terms, ConnectionShared& shared);
+  // The mailbox is that of the socket's loop.
+  using Terms = std::shared_ptr<const ConnectionTerms>;
+  Connection(Socket socket, Mailbox& mailbox, Terms terms, ConnectionShared& shared);
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -69,6 +72,9 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   enum class Phase { idle, head, body, answering, sending, draining, closed };
 
   void post(Step step);
+  // From the worker to the loop.
+  void hand_back(Mailbox& mailbox) { mailbox.send({shared_from_this(), &open_answered}); }
+  static void open_answered(void* connection) noexcept;
   // A step that fails, for want of memory, ends the connection: nothing would wake it again.
   template <class Function>
   void guarded(Function step) noexcept;
@@ -121,7 +127,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
 
   Socket socket_;
   const Ends ends_;
-  const std::shared_ptr<const ConnectionTerms> terms_;
+  const Terms terms_;
   ConnectionShared& shared_;
   Deadline deadline_;
 
@@ -152,6 +158,11 @@ void Connection::guarded(Function step) noexcept {
     shared_.report(problem.what());
     end_at_once();
   }
+}
+
+inline void Connection::open_answered(void* connection) noexcept {
+  auto* const self = static_cast<Connection*>(connection);
+  self->guarded([self] { self->on_answered(); });
 }
 
 }  // namespace zelto

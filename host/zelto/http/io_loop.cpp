@@ -22,6 +22,7 @@ void IoLoop::stop() {
 void IoLoop::run(const std::function<void()>& on_begin, const std::function<void(std::string_view)>& on_failure) {
   for (;;) {
     try {
+      mailbox_.watch();
       on_begin();
       io_.run();
       return;

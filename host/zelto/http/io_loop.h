@@ -7,6 +7,8 @@
 #include <string_view>
 #include <thread>
 
+#include "http/mailbox.h"
+
 namespace zelto {
 
 // What belongs to one loop runs one after the other, on its thread: it needs neither locks nor strands, and wakes no
@@ -16,6 +18,8 @@ class IoLoop {
   using Executor = boost::asio::io_context::executor_type;
 
   Executor executor() noexcept { return io_.get_executor(); }
+  // For threads that hand over much.
+  Mailbox& mailbox() noexcept { return mailbox_; }
 
   // `on_begin` is called on the thread before anything else, and again after each failure. A handler that throws, for
   // want of memory, is a failure: what it worked for goes with it, and the others go on. `on_failure` is told what went
@@ -30,6 +34,7 @@ class IoLoop {
 
   boost::asio::io_context io_{1};
   boost::asio::executor_work_guard<Executor> work_{io_.get_executor()};
+  Mailbox mailbox_{io_};
   std::jthread thread_;
 };
 

@@ -160,13 +160,13 @@ class Server::Impl {
     if (accepting_.exchange(true)) return;
     Waiting waiting(&accepting_);
     IoLoop& loop = loops_[next_loop_++ % loops_.size()];
-    acceptor_.async_accept(loop.executor(), [this, waiting = std::move(waiting)](const boost::system::error_code& error,
-                                                                                 Socket socket) mutable {
+    acceptor_.async_accept(loop.executor(), [this, &loop, waiting = std::move(waiting)](
+                                                const boost::system::error_code& error, Socket socket) mutable {
       waiting.reset();
       if (shared_.stopping || error == asio::error::operation_aborted) return;
       if (error) return accept_later(error);
       accept();
-      adopt(std::move(socket));
+      adopt(std::move(socket), loop);
     });
   }
 
@@ -204,13 +204,13 @@ class Server::Impl {
     return terms_;
   }
 
-  void adopt(Socket socket) {
+  void adopt(Socket socket, IoLoop& loop) {
     starved_ = false;
     boost::system::error_code error;
     const auto client = socket.remote_endpoint(error).address();
     if (error || shared_.stopping) return;
     const auto terms = this->terms();
-    const auto connection = std::make_shared<Connection>(std::move(socket), terms, shared_);
+    const auto connection = std::make_shared<Connection>(std::move(socket), loop.mailbox(), terms, shared_);
     const bool is_exempt =
         std::ranges::find(terms->trusted_proxies, client.to_string()) != terms->trusted_proxies.end() ||
         (unmapped(client).is_loopback() && !options_.limits.limits_loopback);
