@@ -5,6 +5,7 @@
 #include "database/command.h"
 #include "database/recordset.h"
 #include "odbc/connection_pool.h"
+#include "odbc/kept_statements.h"
 #include "odbc/statement_timer.h"
 
 namespace korlib {
@@ -25,7 +26,8 @@ namespace korlib_host {
 
 DatabaseHandles database_handles() noexcept {
   using korlib::odbc::HandleType;
-  return {open_handles(HandleType::connection), open_handles(HandleType::statement)};
+  const std::int64_t kept = korlib::odbc::kept_statements();
+  return {open_handles(HandleType::connection), open_handles(HandleType::statement) - kept, kept};
 }
 
 void roll_back_transactions() noexcept { korlib::odbc::ConnectionPool::of_this_thread().roll_back_transactions(); }

@@ -81,17 +81,20 @@ HRESULT ParameterItem::to_statement(std::size_t number, const VARIANT& value, od
   parameter.kind = declared ? *declared : kind_of_value(value);
   parameter.direction = direction_;
   parameter.size = size_ > 0 ? static_cast<std::size_t>(size_) : 0;
-  const std::wstring which = L"Parameter " + std::to_wstring(number) + (name_.empty() ? L"" : L" (" + name_ + L")");
+  const auto refuse = [&](std::wstring_view why) {
+    std::wstring which = L"Parameter " + std::to_wstring(number) + (name_.empty() ? L"" : L" (" + name_ + L")");
+    return raise(kInvalidConversion, kSource, which.append(why));
+  };
   if (direction_ == odbc::Direction::out || direction_ == odbc::Direction::return_value) return S_OK;
   if (FAILED(from_variant(value, parameter.kind, parameter.value))) {
-    return raise(kInvalidConversion, kSource, which + L": the value does not fit the parameter's type.");
+    return refuse(L": the value does not fit the parameter's type.");
   }
   const auto* text = std::get_if<std::wstring>(&parameter.value);
   if (text && text->find(L'\0') != std::wstring::npos) {  // drivers would cut it there silently
-    return raise(kInvalidConversion, kSource, which + L": the text holds a NUL character.");
+    return refuse(L": the text holds a NUL character.");
   }
   if (parameter.size > 0 && is_too_long(parameter.value, parameter.size)) {
-    return raise(kInvalidConversion, kSource, which + L": the value is longer than the parameter's Size.");
+    return refuse(L": the value is longer than the parameter's Size.");
   }
   return S_OK;
 }

@@ -128,6 +128,7 @@ void Connection::make_idle() noexcept {
 
 bool Connection::is_usable() {
   if (is_broken_ || is_changed_ || file_.is_replaced()) return false;
+  if (!file_.is_unchanged()) kept_.clear();  // its tables may be others
   SQLUINTEGER is_dead = SQL_CD_FALSE;
   const SQLRETURN result =
       SQLGetConnectAttr(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);

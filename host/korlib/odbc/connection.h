@@ -8,6 +8,7 @@
 
 #include "odbc/database_file.h"
 #include "odbc/handle.h"
+#include "odbc/kept_statements.h"
 
 namespace korlib::odbc {
 
@@ -38,6 +39,9 @@ class Connection {
   // Whether columns may hold values of other types than their own, as SQLite's may.
   bool has_loose_types() const { return is_sqlite_; }
 
+  // Whether its queries stay prepared for the next ones of the same text.
+  bool keeps_statements() const { return is_sqlite_; }
+
   // Ends what is still running on it: statements lose their handles, an open transaction is rolled back.
   void make_idle() noexcept;
   void mark_broken() { is_broken_ = true; }
@@ -63,6 +67,7 @@ class Connection {
   const Handle environment_;
   const Handle handle_;
   std::set<Statement*> statements_;
+  KeptStatements kept_;
   DatabaseFile file_;
   int lock_seconds_ = -1;                   // as asked for
   std::chrono::milliseconds lock_wait_{0};  // as the database knows it

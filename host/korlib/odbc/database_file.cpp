@@ -26,6 +26,14 @@ bool DatabaseFile::is_replaced() {
   std::optional<Identity> present;
   if (stat(path_.c_str(), &found) == 0) present = Identity{found.st_dev, found.st_ino};
   if (!first_seen_) first_seen_ = present;
+  struct stat log = {};
+  if (stat((path_ + "-wal").c_str(), &log) != 0) log = {};
+  const auto stamp = base::FileStamp::of(found);
+  const auto log_stamp = base::FileStamp::of(log);
+  is_unchanged_ = was_settled_ && stamp == stamp_ && log_stamp == log_stamp_;
+  was_settled_ = stamp.is_settled() && log_stamp.is_settled();
+  stamp_ = stamp;
+  log_stamp_ = log_stamp;
   return first_seen_ != present;
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "base/file_stamp.h"
 #include "odbc/handle.h"
 
 namespace korlib::odbc {
@@ -18,7 +19,11 @@ class DatabaseFile {
   // Of SQLite's database on `connection`. Throws Failure.
   DatabaseFile(const Handle& connection, DriverText way);
 
+  // Looks at the file.
   bool is_replaced();
+  // Whether nothing was written between the last look and the one before it. A write may leave no trace when it comes
+  // soon after another one, so that for a while after one the answer is no.
+  bool is_unchanged() const { return path_.empty() || is_unchanged_; }
 
  private:
   struct Identity {
@@ -29,6 +34,10 @@ class DatabaseFile {
 
   std::string path_;
   std::optional<Identity> first_seen_;  // a new database's file may be made late
+  base::FileStamp stamp_;
+  base::FileStamp log_stamp_;  // of the file beside it that new pages may be written to first
+  bool was_settled_ = false;   // both, at the last look
+  bool is_unchanged_ = false;
 };
 
 }  // namespace korlib::odbc

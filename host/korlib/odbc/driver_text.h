@@ -37,7 +37,7 @@ class TextOut {
  public:
   static constexpr std::int16_t kRoom = 2048;  // units or bytes, the NUL included
 
-  explicit TextOut(DriverText way) : way_(way) {}
+  explicit TextOut(DriverText way) : way_(way) { units_[0] = 0; }
   unsigned short* wide() { return units_; }
   unsigned char* bytes() { return bytes_; }
   // Of `length` units or bytes, as the driver has reported.
@@ -45,8 +45,11 @@ class TextOut {
 
  private:
   DriverText way_;
-  unsigned short units_[kRoom] = {};
-  unsigned char bytes_[kRoom] = {};
+  // The driver writes what is read: filling these first would cost more than most of its calls.
+  union {
+    unsigned short units_[kRoom];
+    unsigned char bytes_[kRoom];
+  };
 };
 
 }  // namespace korlib::odbc

@@ -71,24 +71,24 @@ void refuse_surplus(const Handle& statement, std::size_t given) {
 }  // namespace
 
 Statement::Statement(std::shared_ptr<Connection> connection, int timeout_seconds)
-    : connection_(std::move(connection)),
-      handle_(HandleType::statement, &connection_->handle(), connection_->text()),
-      timeout_(timeout_seconds) {
+    : connection_(std::move(connection)), timeout_(timeout_seconds) {
   connection_->statements_.insert(this);
 }
 
 void Statement::drop() noexcept {
   connection_->statements_.erase(this);
-  handle_.free();
+  is_dropped_ = true;
+  if (handle_ && !keep_as_.empty()) connection_->kept_.keep(std::move(keep_as_), std::move(handle_));
+  handle_.reset();
 }
 
 void Statement::need_handle() const {
-  if (!handle_.get()) throw Failure(L"08003", L"The connection was closed.");
+  if (is_dropped_ || !handle_) throw Failure(L"08003", L"The connection was closed.");
 }
 
 template <class Body>
 auto Statement::within_timeout(Body body) {
-  StatementTimer timer(handle_.get(), timeout_);
+  StatementTimer timer(handle_->get(), timeout_);
   // A cancellation may reach the server when the statement is over, and would hit the connection's next one.
   const struct Mark {
     StatementTimer& timer;
@@ -102,6 +102,7 @@ auto Statement::within_timeout(Body body) {
     return body();
   } catch (const Failure& failure) {
     timer.stop();
+    keep_as_.clear();
     if (failure.is_connection_lost()) connection_->mark_broken();
     if (timer.has_cancelled()) timer.fail();
     throw;
@@ -109,68 +110,96 @@ auto Statement::within_timeout(Body body) {
 }
 
 void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters) {
-  need_handle();
+  if (is_dropped_) need_handle();
   if (sql.find(L'\0') != std::wstring::npos) throw Failure(L"42000", L"The command text holds a NUL character.");
   if (parameters.size() > kMostParameters) throw Failure(L"07001", L"There are too many parameters.");
   if (may_change_connection(sql)) connection_->mark_changed();
   connection_->wait_for_locks(timeout_);
-  std::vector<BoundParameter> bound(parameters.size());
-  within_timeout([&] { execute(sql, parameters, bound); });
+  const bool is_kept = connection_->keeps_statements() && may_be_kept(sql);
+  if (!is_kept) connection_->kept_.clear();  // what it changes may be what those were prepared for
+  Bound bound(parameters.size());
+  if (!is_kept || !run_kept(sql, parameters, bound)) run_fresh(sql, parameters, bound, is_kept);
+  if (is_kept) keep_as_ = sql;
   for (std::size_t i = 0; i < bound.size(); ++i) {
     if (parameters[i].direction != Direction::in) parameters[i].value = bound[i].result(parameters[i].kind);
   }
-  SQLFreeStmt(handle_.get(), SQL_RESET_PARAMS);
+  SQLFreeStmt(handle_->get(), SQL_RESET_PARAMS);
   describe();
 }
 
-void Statement::execute(const std::wstring& sql, const std::vector<Parameter>& parameters,
-                        std::vector<BoundParameter>& bound) {
-  const SQLHSTMT handle = handle_.get();
+// False when there is none of that text, or when it fails: a table that is another one by now makes it do so.
+bool Statement::run_kept(const std::wstring& sql, const std::vector<Parameter>& parameters, Bound& bound) {
+  constexpr int kBusy = 5;  // SQLite's codes for locks, which have been waited for
+  constexpr int kLocked = 6;
+  handle_ = connection_->kept_.take(sql);
+  if (!handle_) return false;
+  try {
+    within_timeout([&] { execute(parameters, bound); });
+    return true;
+  } catch (const Failure& failure) {
+    const int code = failure.diagnostics().front().native;
+    if (connection_->is_broken_ || code == kBusy || code == kLocked) throw;
+    return false;
+  }
+}
+
+void Statement::run_fresh(const std::wstring& sql, const std::vector<Parameter>& parameters, Bound& bound,
+                          bool is_kept) {
+  handle_ = std::make_unique<Handle>(HandleType::statement, &connection_->handle(), connection_->text());
   TextIn text(connection_->text(), sql);
   const bool is_wide = connection_->text() == DriverText::wide;
   const auto length = static_cast<SQLINTEGER>(text.size());
-  SQLRETURN result = SQL_SUCCESS;
-  if (parameters.empty()) {
-    result = is_wide ? SQLExecDirectW(handle, text.wide(), length) : SQLExecDirect(handle, text.bytes(), length);
-  } else {
-    handle_.check(is_wide ? SQLPrepareW(handle, text.wide(), length) : SQLPrepare(handle, text.bytes(), length));
-    refuse_surplus(handle_, parameters.size());
-    for (std::size_t i = 0; i < bound.size(); ++i) {
-      handle_.check(bound[i].bind(handle, static_cast<unsigned short>(i + 1), parameters[i]));
+  const SQLHSTMT handle = handle_->get();
+  within_timeout([&] {
+    if (parameters.empty() && !is_kept) {
+      return check_run(is_wide ? SQLExecDirectW(handle, text.wide(), length)
+                               : SQLExecDirect(handle, text.bytes(), length));
     }
-    result = SQLExecute(handle);
-  }
-  if (result != SQL_NO_DATA) handle_.check(result);  // SQL_NO_DATA: an update of no rows
+    handle_->check(is_wide ? SQLPrepareW(handle, text.wide(), length) : SQLPrepare(handle, text.bytes(), length));
+    execute(parameters, bound);
+  });
+}
+
+void Statement::execute(const std::vector<Parameter>& parameters, Bound& bound) {
+  if (!parameters.empty()) refuse_surplus(*handle_, parameters.size());
+  for (std::size_t i = 0; i < bound.size(); ++i)
+    handle_->check(bound[i].bind(handle_->get(), static_cast<unsigned short>(i + 1), parameters[i]));
+  check_run(SQLExecute(handle_->get()));
+}
+
+void Statement::check_run(std::int16_t result) const {
+  if (result != SQL_NO_DATA) handle_->check(result);  // SQL_NO_DATA: an update of no rows
 }
 
 bool Statement::next_result() {
   need_handle();
+  keep_as_.clear();
   return within_timeout([&] {
-    const SQLRETURN result = SQLMoreResults(handle_.get());
+    const SQLRETURN result = SQLMoreResults(handle_->get());
     if (result == SQL_NO_DATA) return false;
-    handle_.check(result);
+    handle_->check(result);
     describe();
     return true;
   });
 }
 
 void Statement::describe() {
-  columns_ = describe_columns(handle_, connection_->text(), connection_->has_loose_types());
+  columns_ = describe_columns(*handle_, connection_->text(), connection_->has_loose_types());
   SQLLEN rows = -1;
-  if (columns_.empty() && !SQL_SUCCEEDED(SQLRowCount(handle_.get(), &rows))) rows = -1;
+  if (columns_.empty() && !SQL_SUCCEEDED(SQLRowCount(handle_->get(), &rows))) rows = -1;
   affected_ = rows;
 }
 
 bool Statement::fetch(Row& row) {
   need_handle();
   return within_timeout([&] {
-    const SQLRETURN result = SQLFetch(handle_.get());
+    const SQLRETURN result = SQLFetch(handle_->get());
     if (result == SQL_NO_DATA) return false;
-    handle_.check(result);
+    handle_->check(result);
     row.clear();
     for (const Column& column : columns_) {
       const auto number = static_cast<SQLUSMALLINT>(row.size() + 1);
-      row.push_back(read_value(handle_, number, column, connection_->has_loose_types()));
+      row.push_back(read_value(*handle_, number, column, connection_->has_loose_types()));
     }
     return true;
   });

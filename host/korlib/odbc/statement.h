@@ -1,6 +1,7 @@
 // One statement on a connection: run, bound, read row by row.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -34,17 +35,24 @@ class Statement {
   // False at the end.
   bool fetch(Row& row);
 
-  void drop() noexcept;  // frees the handle; what follows fails
+  void drop() noexcept;  // frees the handle, or leaves it to the connection; what follows fails
 
  private:
+  using Bound = std::vector<BoundParameter>;
+
   void need_handle() const;
   template <class Body>
   auto within_timeout(Body body);
-  void execute(const std::wstring& sql, const std::vector<Parameter>& parameters, std::vector<BoundParameter>& bound);
+  bool run_kept(const std::wstring& sql, const std::vector<Parameter>& parameters, Bound& bound);
+  void run_fresh(const std::wstring& sql, const std::vector<Parameter>& parameters, Bound& bound, bool is_kept);
+  void execute(const std::vector<Parameter>& parameters, Bound& bound);
+  void check_run(std::int16_t result) const;
   void describe();
 
   std::shared_ptr<Connection> connection_;
-  Handle handle_;
+  std::unique_ptr<Handle> handle_;
+  bool is_dropped_ = false;
+  std::wstring keep_as_;  // the text under which the connection keeps the handle; empty when it does not
   int timeout_;
   std::vector<Column> columns_;
   std::int64_t affected_ = -1;

@@ -16,10 +16,12 @@
 namespace korlib_host {
 
 // Handles of database drivers in all threads. Connections count from the attempt to connect, idle ones in the pools
-// among them; statements from their making until they are freed, run or not.
+// among them; statements from their making until they are freed, run or not, but for queries that are over and stay
+// prepared with their connection, which count for themselves.
 struct DatabaseHandles {
   std::int64_t connections = 0;
   std::int64_t statements = 0;
+  std::int64_t kept_queries = 0;
   bool operator==(const DatabaseHandles&) const = default;
 };
 // As they are now; other threads may have changed them when the caller looks.

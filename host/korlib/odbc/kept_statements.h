@@ -1,0 +1,43 @@
+// Statements that a connection keeps prepared for the next one of the same text.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "odbc/handle.h"
+
+namespace korlib::odbc {
+
+// Whether a handle that was prepared with this text may run again: one query, which changes nothing when it fails half
+// way and is run once more, and which names its columns, since the driver goes on with those that it has found first.
+bool may_be_kept(std::wstring_view sql);
+
+// Preparing a query takes SQLite twice as long as running it. The last few that were used are kept.
+class KeptStatements {
+ public:
+  KeptStatements() = default;
+  ~KeptStatements() { clear(); }
+  KeptStatements(const KeptStatements&) = delete;
+  KeptStatements& operator=(const KeptStatements&) = delete;
+
+  // Null where none of that text is kept. It is the caller's from now on.
+  std::unique_ptr<Handle> take(std::wstring_view sql);
+  // Of a statement that is over; its parameters have been reset.
+  void keep(std::wstring sql, std::unique_ptr<Handle> statement) noexcept;
+  void clear() noexcept;
+
+ private:
+  struct Kept {
+    std::wstring sql;
+    std::unique_ptr<Handle> statement;
+  };
+  std::vector<Kept> kept_;  // the last used behind the others
+};
+
+// How many all connections keep, in all threads.
+std::int64_t kept_statements() noexcept;
+
+}  // namespace korlib::odbc

@@ -1,0 +1,139 @@
+// Queries that stay prepared between pages.
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include <korlib_host/database.h>
+
+#include "base/file_stamp.h"
+#include "korlib/database/database_fixture.h"
+
+namespace {
+
+using test::call;
+
+// A query stays prepared with its connection; the driver would go on with the columns that it has found first.
+class KeptQueries : public Database {
+ protected:
+  void SetUp() override {
+    Database::SetUp();
+    execute(L"CREATE TABLE t (id INTEGER)");
+  }
+  std::filesystem::path file() const { return fresh_.folder().path("test.db"); }
+  void reopen() {
+    connection_.reset();
+    connection_ = open_another();
+  }
+  static constexpr const wchar_t* kQuery = L"SELECT id FROM t WHERE id >= 0";
+  static std::int64_t kept() { return korlib_host::database_handles().kept_queries; }
+
+  // So that the file's time tells of any further change.
+  void settle() {
+    struct stat status {};
+    do {
+      std::this_thread::yield();
+      ASSERT_EQ(0, ::stat(file().c_str(), &status));
+    } while (!base::FileStamp::of(status).is_settled());
+    for (int looks = 0; looks < 2; ++looks) reopen();
+  }
+  // Whatever type the driver takes the column for.
+  std::wstring first_as_text() {
+    CComVariant value = single(kQuery);
+    EXPECT_EQ(S_OK, value.change_type(VT_BSTR));
+    return std::wstring(korlib::view_of(value.bstrVal));
+  }
+  void run_in_another_process(const std::string& sql) {
+    ASSERT_EQ(0, std::system(("sqlite3 '" + file().string() + "' '" + sql + "'").c_str()));
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Only, KeptQueries, testing::Values(databases::Kind::kSqlite), database_name);
+
+TEST_P(KeptQueries, StayPreparedWhileTheFileIsUnchanged) {
+  settle();
+  EXPECT_EQ(0, kept());
+  for (int i = 0; i < 3; ++i) {
+    execute(kQuery);
+    EXPECT_EQ(1, kept());
+    reopen();
+    EXPECT_EQ(1, kept());
+  }
+  execute(L"INSERT INTO t VALUES (1)");
+  EXPECT_EQ(0, kept());
+  EXPECT_EQ(1, single(kQuery).lVal);
+}
+
+TEST_P(KeptQueries, AreGivenUpWhenAnotherProcessHasWritten) {
+  settle();
+  execute(kQuery);
+  reopen();
+  EXPECT_EQ(1, kept());
+  run_in_another_process("INSERT INTO t VALUES (1)");
+  reopen();
+  EXPECT_EQ(0, kept());
+}
+
+TEST_P(KeptQueries, AreOneForEachThatIsRead) {
+  settle();
+  execute(L"INSERT INTO t VALUES (1)");
+  const CComPtr<IDispatch> one = execute(kQuery);
+  const CComPtr<IDispatch> other = execute(kQuery);
+  EXPECT_EQ(1, field(one.get(), L"id").value.lVal);
+  EXPECT_EQ(1, field(other.get(), L"id").value.lVal);
+  EXPECT_EQ(0, kept());
+}
+
+TEST_P(KeptQueries, TakeTheirParametersAnew) {
+  execute(L"INSERT INTO t VALUES (1), (2)");
+  settle();
+  for (const int wanted : {1, 2, 1}) {
+    const CComPtr<IDispatch> asked = command(L"SELECT id FROM t WHERE id = ?");
+    append(asked.get(), 3, 4, CComVariant(wanted));
+    const CComPtr<IDispatch> rows = test::object_of(call(asked.get(), L"Execute"));
+    EXPECT_EQ(wanted, field(rows.get(), L"id").value.lVal);
+  }
+}
+
+TEST_P(KeptQueries, SeeThatATableIsAnother) {
+  settle();
+  execute(kQuery);
+  run_in_another_process("DROP TABLE t; CREATE TABLE t (name TEXT, id TEXT); INSERT INTO t VALUES (1, 23)");
+  reopen();
+  EXPECT_EQ(L"23", first_as_text());
+  settle();
+  execute(kQuery);
+  run_in_another_process("DROP TABLE t; CREATE TABLE t (id INTEGER); INSERT INTO t VALUES (7)");
+  EXPECT_EQ(L"7", first_as_text()) << "within the page";
+  execute(L"ALTER TABLE t ADD COLUMN name TEXT");
+  EXPECT_EQ(L"7", first_as_text());
+  execute(L"DROP TABLE t");
+  EXPECT_TRUE(FAILED(call(connection(), L"Execute", kQuery).hr));
+  test::take_error();
+}
+
+TEST_P(KeptQueries, AreNotThoseForAllColumns) {
+  for (const wchar_t* sql : {L"SELECT * FROM t", L"SELECT t.* FROM t"}) {
+    execute(sql);
+    EXPECT_EQ(0, kept()) << testing::PrintToString(std::wstring(sql));
+  }
+  execute(L" SELECT COUNT(*) FROM t");
+  EXPECT_EQ(1, kept());
+}
+
+TEST_P(KeptQueries, AreThoseThatWereRunLast) {
+  for (int i = 0; i < 40; ++i) execute(L"SELECT id FROM t WHERE id = " + std::to_wstring(i));
+  EXPECT_EQ(16, kept());
+}
+
+TEST_P(KeptQueries, KeepNobodyFromWriting) {
+  execute(L"INSERT INTO t VALUES (1), (2)");
+  settle();
+  execute(kQuery);
+  EXPECT_EQ(1, kept());
+  const CComPtr<IDispatch> other = open_another();
+  execute_on(other.get(), L"INSERT INTO t VALUES (3)");
+  execute_on(other.get(), L"DROP TABLE t");
+}
+
+}  // namespace
