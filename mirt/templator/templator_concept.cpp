@@ -2,9 +2,11 @@
 #include "templator/templator_concept.h"
 
 #include <optional>
+#include <utility>
 
 #include "frame/error.h"
 #include "templator/delimiters.h"
+#include "templator/scanned_text.h"
 
 CTemplatorConcept::CTemplatorConcept(const wchar_t* markTypes)
     : Escape(L"^"),
@@ -40,40 +42,129 @@ IKorLibStream* CTemplatorConcept::stream_output() const noexcept {
   return m_pOutput == &m_oADODBStream ? m_oADODBStream.get() : nullptr;
 }
 
+HRESULT CTemplatorConcept::write_letters(std::wstring_view text, BSTR letter) {
+  for (const wchar_t c : text) {
+    *letter = c;
+    // The output that pages have mostly, without a look into its table.
+    RETURN_IF_FAILED(m_pOutput == &m_oASPResponse ? m_oASPResponse.Write(letter) : write_output(letter));
+  }
+  return S_OK;
+}
+
+// Hands the visitor the text in its order: letters, delimiters that were escaped, and marks, for which it lends the
+// place. An error is met where it stands, when all in front of it has been handed over.
+template <class Visitor>
+HRESULT CTemplatorConcept::scan(const Delimiters& d, std::wstring_view text, Visitor& visitor) {
+  std::size_t pos = 0;
+  while (pos < text.size()) {
+    const std::size_t literal_end = d.next_start(text, pos);
+    if (literal_end > pos) RETURN_IF_FAILED(visitor.on_letters(text.substr(pos, literal_end - pos)));
+    pos = literal_end;
+    if (pos == text.size()) break;
+    if (stands_at(text, pos, d.escape)) {
+      RETURN_IF_FAILED(visitor.on_delimiter(take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose}).get()));
+    } else if (stands_at(text, pos, d.mark_open)) {
+      pos += d.mark_open.size();
+      auto [data, scratch] = visitor.fresh_mark();
+      RETURN_IF_FAILED(read_mark(d, text, pos, data, scratch));
+      RETURN_IF_FAILED(visitor.on_mark());
+      pos += d.mark_close.size();
+    } else if (stands_at(text, pos, d.mark_close)) {
+      return invalid_mark_order();
+    } else {
+      RETURN_IF_FAILED(visitor.on_letters(text.substr(pos++, 1)));
+    }
+  }
+  return S_OK;
+}
+
+// Draws while it scans.
+class CTemplatorConcept::Drawer {
+ public:
+  Drawer(CTemplatorConcept& engine, BSTR letter) : engine_(engine), letter_(letter) {}
+
+  HRESULT on_letters(std::wstring_view text) { return engine_.write_letters(text, letter_); }
+  HRESULT on_delimiter(BSTR delimiter) { return engine_.write_output(delimiter); }
+  std::pair<CMarkData&, MarkScratch&> fresh_mark() {
+    if (!lease_) lease_.emplace(engine_.m_oIdleMarks);
+    mark_ = &lease_->fresh();
+    return {mark_->data, mark_->scratch};
+  }
+  HRESULT on_mark() { return engine_.OnMarked(mark_->data); }
+
+ private:
+  CTemplatorConcept& engine_;
+  const BSTR letter_;
+  std::optional<IdleMarks::Lease> lease_;  // of one mark, which is filled again and again
+  ReusableMark* mark_ = nullptr;
+};
+
+// Keeps what it is handed.
+class CTemplatorConcept::Keeper {
+ public:
+  explicit Keeper(ScannedText& kept) : kept_(kept) {}
+
+  HRESULT on_letters(std::wstring_view text) {
+    kept_.pieces.push_back({text, nullptr, nullptr});
+    return S_OK;
+  }
+  HRESULT on_delimiter(BSTR delimiter) {
+    kept_.pieces.push_back({{}, delimiter, nullptr});
+    return S_OK;
+  }
+  std::pair<CMarkData&, MarkScratch&> fresh_mark() {
+    kept_.pieces.push_back({{}, nullptr, std::make_unique<CMarkData>()});
+    return {*kept_.pieces.back().mark, scratch_};
+  }
+  HRESULT on_mark() { return S_OK; }
+
+ private:
+  ScannedText& kept_;
+  MarkScratch scratch_;
+};
+
+// Null for a text that is not the one that was drawn last, or has an error in it.
+std::shared_ptr<const ScannedText> CTemplatorConcept::scanned_before(const Delimiters& d, std::wstring_view text) {
+  constexpr std::size_t kLongest = 4000;
+  if (m_spScanned && m_spScanned->text == text) return m_spScanned;
+  if (text.size() > kLongest) return nullptr;
+  if (m_lastText != text) {
+    m_lastText = text;
+    return nullptr;
+  }
+  const auto scanned = std::make_shared<ScannedText>();
+  scanned->text = text;
+  Keeper keeper(*scanned);
+  if (!mirt::succeeded_or_forgotten(scan(d, scanned->text, keeper))) return nullptr;
+  m_spScanned = scanned;
+  return scanned;
+}
+
+HRESULT CTemplatorConcept::draw(const ScannedText& scanned, BSTR letter) {
+  for (const ScannedText::Piece& piece : scanned.pieces) {
+    if (piece.mark) {
+      RETURN_IF_FAILED(OnMarked(*piece.mark));
+    } else if (piece.delimiter) {
+      RETURN_IF_FAILED(write_output(piece.delimiter));
+    } else {
+      RETURN_IF_FAILED(write_letters(piece.letters, letter));
+    }
+  }
+  return S_OK;
+}
+
 HRESULT CTemplatorConcept::Process(wchar_t* source) {
   return mirt::guarded([&] {
     if (!m_pOutput) return E_FAIL;
     // One string for every literal character: a sink takes a copy of what it is given.
     const CComBSTR one(std::wstring_view(L" "));
-    const BSTR letter = one.get();
-    if (!letter || !is_complete()) return E_OUTOFMEMORY;
+    if (!one.get() || !is_complete()) return E_OUTOFMEMORY;
     const Delimiters d = delimiters();
     const std::wstring_view text = korlib::view_of(source);
-    std::optional<IdleMarks::Lease> lease;  // of one mark, which is filled again and again
-    std::size_t pos = 0;
-    while (pos < text.size()) {
-      for (const std::size_t literal_end = d.next_start(text, pos); pos < literal_end; ++pos) {
-        *letter = text[pos];
-        RETURN_IF_FAILED(write_output(letter));
-      }
-      if (pos == text.size()) break;
-      if (stands_at(text, pos, d.escape)) {
-        RETURN_IF_FAILED(write_output(take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose}).get()));
-      } else if (stands_at(text, pos, d.mark_open)) {
-        pos += d.mark_open.size();
-        if (!lease) lease.emplace(m_oIdleMarks);
-        ReusableMark& mark = lease->fresh();
-        RETURN_IF_FAILED(read_mark(d, text, pos, mark.data, mark.scratch));
-        RETURN_IF_FAILED(OnMarked(mark.data));
-        pos += d.mark_close.size();
-      } else if (stands_at(text, pos, d.mark_close)) {
-        return invalid_mark_order();
-      } else {
-        *letter = text[pos++];
-        RETURN_IF_FAILED(write_output(letter));
-      }
-    }
-    return S_OK;
+    // Held meanwhile: a mark may draw another text.
+    if (const auto scanned = scanned_before(d, text)) return draw(*scanned, one.get());
+    Drawer drawer(*this, one.get());
+    return scan(d, text, drawer);
   });
 }
 

@@ -7,6 +7,8 @@
 #pragma once
 
 #include <initializer_list>
+#include <memory>
+#include <string>
 #include <string_view>
 
 #include "templator/mark_scratch.h"
@@ -14,6 +16,7 @@
 #include "templator/template.h"
 
 struct Delimiters;
+struct ScannedText;
 
 class CTemplatorConcept {
  public:
@@ -37,7 +40,8 @@ class CTemplatorConcept {
   // The current output where that is an ADO-style stream, else null. Not counted.
   IKorLibStream* stream_output() const noexcept;
 
-  // Streaming: scans and draws in one pass, literal text one character a write.
+  // Streaming: scans and draws in one pass, literal text one character a write. A text that is drawn again and again
+  // is scanned once.
   HRESULT Process(wchar_t* text);
   // Replay: draws a template that Parse has read, each run of literal text in one write.
   HRESULT Process(CTemplate& tmpl);
@@ -57,6 +61,14 @@ class CTemplatorConcept {
  private:
   // False when there was no memory for a delimiter, which then would match everywhere.
   bool is_complete() const;
+  class Drawer;
+  class Keeper;
+
+  HRESULT write_letters(std::wstring_view text, BSTR letter);
+  template <class Visitor>
+  HRESULT scan(const Delimiters& d, std::wstring_view text, Visitor& visitor);
+  HRESULT draw(const ScannedText& scanned, BSTR letter);
+  std::shared_ptr<const ScannedText> scanned_before(const Delimiters& d, std::wstring_view text);
   Delimiters delimiters() const;
   HRESULT read_mark(const Delimiters& d, std::wstring_view text, std::size_t& pos, CMarkData& mark,
                     MarkScratch& scratch) const;
@@ -76,4 +88,6 @@ class CTemplatorConcept {
   CTS_ScriptingTextStream m_oScriptingTextStream;
   CTS_Stream m_oStream;
   IdleMarks m_oIdleMarks;
+  std::wstring m_lastText;  // that was streamed, and not scanned before
+  std::shared_ptr<const ScannedText> m_spScanned;
 };

@@ -52,6 +52,54 @@ TEST(Streaming, WritesNothingForNothing) {
   EXPECT_EQ(Texts{}, drawing.sink->texts());
 }
 
+// The third time it is not scanned any more.
+TEST(Streaming, WritesATextThatComesAgainAsTheFirstTime) {
+  Drawing drawing;
+  Texts expected;
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(S_OK, drawing.engine.stream(L"a^(#b|(#%x|y#)^^c"));
+    for (const wchar_t* text : {L"a", L"(#", L"b", L"|", L"<% x|y>", L"^", L"c"}) expected.emplace_back(text);
+    EXPECT_EQ(expected, drawing.sink->texts()) << i;
+  }
+  const auto& addresses = drawing.sink->addresses;
+  ASSERT_EQ(28u, addresses.size());
+  EXPECT_EQ(addresses[21], addresses[27]) << "one string is lent for all characters";
+}
+
+TEST(Streaming, FailsInTheSamePlaceEachTime) {
+  Drawing drawing;
+  Texts expected;
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(E_FAIL, drawing.engine.stream(L"a(#%x#)b#)c"));
+    for (const wchar_t* text : {L"a", L"<% x>", L"b"}) expected.emplace_back(text);
+    EXPECT_EQ(expected, drawing.sink->texts()) << i;
+  }
+}
+
+TEST(Streaming, GoesOnWithATextWhoseMarkHasDrawnAnother) {
+  Drawing drawing;
+  drawing.engine.on_mark = [&](const Mark& mark) {
+    if (mark.name != L"outer") return drawing.engine.write_output(CComBSTR(L"!"));
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(S_OK, drawing.engine.stream(L"[(#inner#)]"));
+    return S_OK;
+  };
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(S_OK, drawing.engine.stream(L"a(#outer#)b(#outer#)c"));
+  std::wstring expected;
+  for (int i = 0; i < 4; ++i) expected += L"a[!][!][!]b[!][!][!]c";
+  EXPECT_EQ(expected, drawing.sink->text());
+}
+
+TEST(Streaming, AsksForTheOutputAgainBehindEachMark) {
+  Drawing drawing;
+  const CComPtr<RecordingSink> other = RecordingSink::make(kTextStream);
+  drawing.engine.on_mark = [&](const Mark& mark) {
+    return drawing.engine.putref_Output(mark.name == L"other" ? other->unknown() : drawing.sink->unknown());
+  };
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(S_OK, drawing.engine.stream(L"a(#other#)b(#back#)c"));
+  EXPECT_EQ(L"acacac", drawing.sink->text());
+  EXPECT_EQ(L"bbb", other->text());
+}
+
 // Marks are filled again and again; nothing of one is left in the next, nor in the next template.
 TEST(Streaming, HandsEveryMarkOverLikeNew) {
   std::wstring text = L"(#%many";
