@@ -57,6 +57,7 @@ class ResponseObject final
   template <class Change>
   HRESULT change_head(std::wstring_view member, Change change);
   HRESULT go_on();
+  HRESULT write_any(const VARIANT& value);
 
   PageStatePtr page_;
 };

@@ -56,9 +56,9 @@ HRESULT ServerObject::with_text(VARIANT value, BSTR* out) {
 HRESULT ServerObject::HTMLEncode(BSTR text, BSTR* encoded) {
   return guarded(kSource, encoded, [&] {
     const std::wstring_view plain = korlib::view_of(text);
-    const LONG code_page = page_->response.code_page;
-    return is_plain_html(plain, code_page) ? give_text(plain, encoded)
-                                           : give_text(html_encode(plain, code_page), encoded);
+    std::wstring changed;
+    const bool is_changed = html_encode(plain, page_->response.code_page, &changed);
+    return give_text(is_changed ? std::wstring_view(changed) : plain, encoded);
   });
 }
 

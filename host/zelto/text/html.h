@@ -10,7 +10,7 @@ namespace zelto {
 
 // `< > & "` as their names; a character that the code page lacks as &#n;.
 std::wstring html_encode(std::wstring_view text, LONG code_page);
-// Whether that changes nothing.
-bool is_plain_html(std::wstring_view text, LONG code_page);
+// The same, but false, with nothing in *out, where that changes nothing.
+bool html_encode(std::wstring_view text, LONG code_page, std::wstring* out);
 
 }  // namespace zelto
