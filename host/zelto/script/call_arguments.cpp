@@ -1,13 +1,24 @@
 #include "script/call_arguments.h"
 
+#include <optional>
+
+#include "script/small_integer.h"
+
 namespace zelto::script {
 
 bool CallArguments::convert(Values& values, std::size_t count, const JSValueRef* given, JSValueRef* exception) {
-  const EngineLock lock(values.context());
+  JSContextRef ctx = values.context();
+  std::optional<EngineLock> lock;  // for the first that the engine is asked about, and those behind it
   reversed_.resize(count);
   for (std::size_t i = 0; i < count; ++i) {
     CComVariant& slot = reversed_[count - 1 - i];
-    if (JSValueIsUndefined(values.context(), given[i])) {
+    if (const std::optional<LONG> number = small_integer(ctx, given[i])) {
+      slot = CComVariant(*number);
+      continue;
+    }
+    const bool is_repeated = values.is_repeated(given[i]);
+    if (!is_repeated && !lock) lock.emplace(ctx);
+    if (!is_repeated && JSValueIsUndefined(ctx, given[i])) {
       slot = korlib::omitted();
     } else if (!values.to_variant(given[i], &slot, exception)) {
       return false;

@@ -1,9 +1,9 @@
 // The arguments of one call. Automation has them in reverse; that order is known in here only.
 #pragma once
 
+#include <boost/container/small_vector.hpp>
 #include <boost/range/iterator_range.hpp>
 #include <span>
-#include <vector>
 
 #include <korlib/comvariant.h>
 #include <korlib/dispatch.h>
@@ -37,7 +37,7 @@ class CallArguments {
 
  private:
   friend class PutArguments;
-  std::vector<CComVariant> reversed_;
+  boost::container::small_vector<CComVariant, 4> reversed_;
 };
 
 // The same for an assignment of a value, which goes with them. Both are borrowed.
@@ -50,7 +50,7 @@ class PutArguments {
   DISPPARAMS params() noexcept { return {all_.data(), &named_, static_cast<UINT>(all_.size()), 1}; }
 
  private:
-  std::vector<VARIANT> all_;
+  boost::container::small_vector<VARIANT, 4> all_;
   DISPID named_ = DISPID_PROPERTYPUT;
 };
 

@@ -67,7 +67,8 @@ Engine::Engine()
       idle_context_(JSGlobalContextCreateInGroup(group_, nullptr)),
       idle_function_(JSObjectMakeFunctionWithCallback(idle_context_, nullptr, do_nothing)),
       watchdog_(group_, idle_context_),
-      scripts_(group_) {
+      scripts_(group_),
+      texts_(idle_context_) {
   JSValueProtect(idle_context_, idle_function_);
   prelude_ = std::make_unique<ParsedScript>(group_, Prelude::source(), "zelto");
   t_current = this;
@@ -77,6 +78,7 @@ Engine::~Engine() {
   departed_.forget();
   worlds_.clear();
   scripts_.clear();
+  texts_.clear();
   built_ins_.reset();
   prelude_.reset();
   JSValueUnprotect(idle_context_, idle_function_);

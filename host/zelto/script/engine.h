@@ -13,6 +13,7 @@
 #include "script/jsc.h"
 #include "script/member_names.h"
 #include "script/parsed_scripts.h"
+#include "script/repeated_texts.h"
 #include "script/watchdog.h"
 #include "script/world/worlds.h"
 
@@ -80,6 +81,7 @@ class Engine {
   const Watchdog& watchdog() const noexcept { return watchdog_; }
   MemberCache& members() noexcept { return members_; }
   ParsedScripts& scripts() noexcept { return scripts_; }
+  RepeatedTexts& texts() noexcept { return texts_; }
   DepartedException& departed() noexcept { return departed_; }
 
   // The realm of the calling thread's engine whose code is running; null for one that is gone.
@@ -100,6 +102,7 @@ class Engine {
   JSObjectRef idle_function_;
   Watchdog watchdog_;
   ParsedScripts scripts_;
+  RepeatedTexts texts_;
   std::unique_ptr<ParsedScript> prelude_;
   std::unique_ptr<ParsedScript> built_ins_;
   bool has_looked_at_built_ins_ = false;

@@ -11,7 +11,7 @@ Realm::Realm(Engine& engine, std::shared_ptr<const language::Program> page)
       reports_(context(), missing_),
       errors_(engine, world_->context(), prelude(), reports_, missing_),
       wrappers_(*this),
-      values_(context(), engine.classes(), errors_, wrappers_),
+      values_(context(), engine.classes(), engine.texts(), errors_, wrappers_),
       globals_(context(), prelude(), wrappers_, reports_),
       calls_(*this) {
   engine_.add_realm(this);

@@ -8,19 +8,42 @@
 namespace zelto::script {
 namespace {
 
+// Text is gone through in blocks of a fixed size, of which the compiler makes vectors.
+constexpr std::size_t kBlock = 16;
+
+constexpr std::uint16_t surrogate_bit(char16_t c) { return static_cast<std::uint16_t>((c & 0xF800) == 0xD800); }
+
 bool has_surrogates(std::u16string_view text) {
-  bool found = false;  // no early exit: the loop is vectorised
-  for (const char16_t c : text) found |= (c & 0xF800) == 0xD800;
-  return found;
+  std::uint16_t found = 0;
+  while (text.size() >= kBlock) {
+    for (std::size_t i = 0; i < kBlock; ++i) found |= surrogate_bit(text[i]);
+    text.remove_prefix(kBlock);
+  }
+  for (const char16_t c : text) found |= surrogate_bit(c);
+  return found != 0;
+}
+
+// For text without surrogates.
+void widen(std::u16string_view text, wchar_t* out) {
+  while (text.size() >= kBlock) {
+    for (std::size_t i = 0; i < kBlock; ++i) out[i] = text[i];
+    out += kBlock;
+    text.remove_prefix(kBlock);
+  }
+  std::ranges::copy(text, out);
 }
 
 // What is short goes through a buffer of so many characters.
 constexpr std::size_t kShort = 256;
 
-// The text, in the buffer, where it fits in with a NUL after it and is all ASCII; else nothing.
+// Bytes for so many units of UTF-16 and a NUL.
+constexpr std::size_t bytes_for(std::size_t units) { return 3 * units + 1; }
+
+// The text, in the buffer, where there is room for it whatever it is, and it is all ASCII; else nothing. With less room
+// the engine would stop early, after as many bytes perhaps as there are characters.
 std::string_view short_ascii(JSStringRef string, std::span<char> buffer) {
   const std::size_t length = JSStringGetLength(string);
-  if (length >= buffer.size()) return {};
+  if (bytes_for(length) > buffer.size()) return {};
   const bool is_ascii = JSStringGetUTF8CString(string, buffer.data(), buffer.size()) == length + 1;
   return is_ascii ? std::string_view(buffer.data(), length) : std::string_view();
 }
@@ -46,7 +69,7 @@ BSTR new_bstr(std::u16string_view text) {
   BSTR out = SysAllocStringLen(nullptr, static_cast<UINT>(length));
   if (!out) return nullptr;
   if (plain) {
-    std::copy(text.begin(), text.end(), out);
+    widen(text, out);
   } else {
     korlib::fill_utf32(text, out);
   }
@@ -80,7 +103,7 @@ std::u16string_view JsString::view_of(JSStringRef string) {
 }
 
 ShortText::ShortText(JSStringRef string) {
-  std::array<char, std::tuple_size_v<decltype(copy_)>> bytes;
+  std::array<char, bytes_for(std::tuple_size_v<decltype(copy_)>)> bytes;
   const std::string_view ascii = short_ascii(string, bytes);
   std::ranges::copy(ascii, copy_.begin());
   view_ = ascii.empty() ? JsString::view_of(string) : std::u16string_view(copy_.data(), ascii.size());
@@ -93,8 +116,11 @@ std::wstring to_wide(std::u16string_view text) {
   return out;
 }
 
+// The engine converts to UTF-8 a character at a time; beyond a few, the copy of 16-bit characters that it makes
+// otherwise takes less.
 BSTR new_bstr(JSStringRef text) {
-  std::array<char, kShort> bytes;
+  constexpr std::size_t kFew = 16;
+  std::array<char, bytes_for(kFew)> bytes;
   const std::string_view ascii = short_ascii(text, bytes);
   if (ascii.empty()) return new_bstr(JsString::view_of(text));
   BSTR out = SysAllocStringLen(nullptr, static_cast<UINT>(ascii.size()));

@@ -84,8 +84,14 @@ bool Values::bigint_to_variant(JSValueRef value, VARIANT* out, JSValueRef* excep
 bool Values::string_to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception) {
   const JsString text(JSValueToStringCopy(context_, value, exception));
   if (!text.get()) return false;
-  out->bstrVal = new_bstr(text.get());
-  if (!out->bstrVal) return errors_.raise(E_OUTOFMEMORY, {}, exception);
+  BSTR made = new_bstr(text.get());
+  if (made) texts_.note(value, made);
+  return give_text(made, out, exception);
+}
+
+bool Values::give_text(BSTR owned, VARIANT* out, JSValueRef* exception) {
+  if (!owned) return errors_.raise(E_OUTOFMEMORY, {}, exception);
+  out->bstrVal = owned;
   out->vt = VT_BSTR;
   return true;
 }
@@ -148,6 +154,7 @@ JSValueRef Values::referenced_to_script(const VARIANT& value, JSValueRef* except
 
 bool Values::to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception) {
   VariantClear(out);
+  if (BSTR known = texts_.find(value)) return give_text(korlib::new_bstr(korlib::view_of(known)), out, exception);
   switch (JSValueGetType(context_, value)) {
     case kJSTypeUndefined:
       return true;

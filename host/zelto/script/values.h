@@ -16,6 +16,7 @@
 #include <korlib/comvariant.h>
 
 #include "script/errors.h"
+#include "script/repeated_texts.h"
 #include "script/wrappers.h"
 
 namespace zelto::script {
@@ -23,12 +24,14 @@ namespace zelto::script {
 // Those of one realm. A failure is left in *exception, which is not null then, and answered with false or null.
 class Values {
  public:
-  Values(JSContextRef context, const HostClasses& classes, Errors& errors, Wrappers& wrappers)
-      : context_(context), classes_(classes), errors_(errors), wrappers_(wrappers) {}
+  Values(JSContextRef context, const HostClasses& classes, RepeatedTexts& texts, Errors& errors, Wrappers& wrappers)
+      : context_(context), classes_(classes), texts_(texts), errors_(errors), wrappers_(wrappers) {}
 
   JSContextRef context() const noexcept { return context_; }
   Errors& errors() const noexcept { return errors_; }
 
+  // Whether to_variant() answers without asking the engine.
+  bool is_repeated(JSValueRef value) const noexcept { return texts_.find(value) != nullptr; }
   // *out is a value that is cleared first.
   bool to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception);
   JSValueRef to_script(const VARIANT& value, JSValueRef* exception);
@@ -38,11 +41,13 @@ class Values {
   bool date_to_variant(JSObjectRef date, VARIANT* out, JSValueRef* exception);
   bool bigint_to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception);
   bool string_to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception);
+  bool give_text(BSTR owned, VARIANT* out, JSValueRef* exception);
   JSValueRef referenced_to_script(const VARIANT& value, JSValueRef* exception);
   JSValueRef number_to_script(const VARIANT& value, JSValueRef* exception);
 
   JSContextRef context_;
   const HostClasses& classes_;
+  RepeatedTexts& texts_;
   Errors& errors_;
   Wrappers& wrappers_;
 };

@@ -51,6 +51,7 @@ class Calls : public ScriptTest {
     return std::move(recorder.calls.back());
   }
   Recorder recorder;
+  Recorder others[4];
 };
 
 constexpr WORD kGet = DISPATCH_PROPERTYGET;
@@ -107,6 +108,105 @@ TEST_F(Calls, HandOverBooleansAsTheTwoThatThereAre) {
   EXPECT_EQ(VARIANT_TRUE, call_of(L"r.Method(true)").arguments[0].boolVal);
   EXPECT_EQ(VARIANT_FALSE, call_of(L"r.Method(false)").arguments[0].boolVal);
   EXPECT_EQ(static_cast<unsigned short>(VARIANT_TRUE), 0xFFFF);
+}
+
+// Often enough for whatever is kept at hand.
+TEST_F(Calls, ReachTheirObjectHoweverOften) {
+  for (std::size_t i = 0; i < std::size(others); ++i) realm->set_object(L"r" + std::to_wstring(i), &others[i]);
+  must_run(
+      L"for (var i = 0; i < 100; i++) { r.Method(i); r0.Method(-i); r1.Method('r1'); r2.Method(i / 2);"
+      L" r3.Method(); r1.Method(i) }");
+  ASSERT_EQ(100U, recorder.calls.size());
+  for (LONG i = 0; i < 100; ++i) {
+    const auto at = static_cast<std::size_t>(i);
+    EXPECT_EQ(i, recorder.calls[at].arguments.at(0).lVal);
+    EXPECT_EQ(-i, others[0].calls.at(at).arguments.at(0).lVal);
+    EXPECT_EQ(L"r1", korlib::view_of(others[1].calls.at(2 * at).arguments.at(0).bstrVal));
+    EXPECT_EQ(i, others[1].calls.at(2 * at + 1).arguments.at(0).lVal);
+    EXPECT_EQ(0U, others[3].calls.at(at).arguments.size());
+  }
+}
+
+TEST_F(Calls, FindAnObjectAsItIsHoweverOftenItsMethodsAreCalled) {
+  must_run(L"function often(o) { for (var i = 0; i < 50; i++) o.Method(i) } often(r)");
+  EXPECT_EQ("no property,undefined,function,true", text(L"['Other' in r ? 'a property' : 'no property', typeof r.Other,"
+                                                        L" typeof r.Method, r.hasOwnProperty('Method')]"));
+  EXPECT_EQ(kPut, call_of(L"r.Method = 1").flags);
+  EXPECT_EQ("7,7", text(L"(() => { var own = { Method(x) { this.x = x; return x } }; often(own);"
+                        L" return [own.Method(7), own.x] })()"));
+  must_run(
+      L"var both = [r, { Method() { return 'own' } }], given = '';"
+      L"for (var i = 0; i < 40; i++) { var each = both[i % 2]; given = each.Method(i) }");
+  EXPECT_EQ("own", text(L"given"));
+  EXPECT_EQ("TypeError: Object doesn't support this property or method: 'Other' (0x80020006) at /site/page.asp:1",
+            error_of(L"r.Other(1)"));
+}
+
+TEST_F(Calls, HandOverTextsThatComeAgainAsTheyAre) {
+  must_run(
+      L"var t = ['a', 'a much longer text, of more characters than fit into a small buffer', '\\u{E4}\\u{1F600}', ''];"
+      L"for (var i = 0; i < 400; i++) { for (var j = 0; j < 4; j++) r.Method(t[j]); r.Method('x' + i) }");
+  const std::wstring_view texts[] = {L"a", L"a much longer text, of more characters than fit into a small buffer",
+                                     L"\xE4\U0001F600", L""};
+  ASSERT_EQ(2000U, recorder.calls.size());
+  for (std::size_t i = 0; i < recorder.calls.size(); ++i) {
+    const CComVariant& given = recorder.calls[i].arguments.at(0);
+    ASSERT_EQ(VT_BSTR, given.vt);
+    const std::wstring own = L"x" + std::to_wstring(i / 5);
+    ASSERT_EQ(i % 5 == 4 ? std::wstring_view(own) : texts[i % 5], korlib::view_of(given.bstrVal)) << i;
+  }
+}
+
+// However much room there is for it in UTF-8.
+TEST_F(Calls, HandOverTextsOfAnyLength) {
+  must_run(
+      L"for (var n = 1; n < 300; n++) for (var k = 0; k < 4; k++) if (k < n)"
+      L" r.Method('\\u3000'.repeat(k) + 'x'.repeat(n - k)), r.Method('x'.repeat(n - k) + '\\u3000'.repeat(k))");
+  auto call = recorder.calls.begin();
+  for (std::size_t n = 1; n < 300; ++n) {
+    for (std::size_t k = 0; k < 4 && k < n; ++k) {
+      const std::wstring wide(k, L'\x3000');
+      const std::wstring rest(n - k, L'x');
+      ASSERT_LT(call, recorder.calls.end() - 1);
+      ASSERT_EQ(wide + rest, korlib::view_of((call++)->arguments.at(0).bstrVal)) << n << ' ' << k;
+      ASSERT_EQ(rest + wide, korlib::view_of((call++)->arguments.at(0).bstrVal)) << n << ' ' << k;
+    }
+  }
+}
+
+// Strings come and go, and others come to be where they were.
+TEST_F(Calls, HandOverWhatTheScriptHasWhileItsStringsAreCollected) {
+  for (int round = 0; round < 5; ++round) {
+    must_run(L"for (var i = 0; i < 50; i++) { var t = 'again ' + i; for (var j = 0; j < 5; j++) r.Method(t) }");
+    engine.collect_garbage();
+    recorder.calls.clear();
+    must_run(L"for (var i = 0; i < 5000; i++) r.Method('once ' + i)");
+    ASSERT_EQ(5000U, recorder.calls.size());
+    for (std::size_t at = 0; at < recorder.calls.size(); ++at) {
+      ASSERT_EQ(L"once " + std::to_wstring(at), korlib::view_of(recorder.calls[at].arguments.at(0).bstrVal));
+    }
+  }
+}
+
+TEST_F(Calls, HandOverNumbersAsIntegersWhereTheyAre) {
+  struct {
+    const wchar_t* number;
+    VARTYPE type;
+    double value;
+  } const rows[] = {{L"0", VT_I4, 0},
+                    {L"-1", VT_I4, -1},
+                    {L"2147483647", VT_I4, 2147483647.0},
+                    {L"-2147483648", VT_I4, -2147483648.0},
+                    {L"2147483648", VT_R8, 2147483648.0},
+                    {L"0.5", VT_R8, 0.5},
+                    {L"4 / 2", VT_I4, 2},
+                    {L"-4294967296", VT_R8, -4294967296.0}};
+  for (const auto& row : rows) {
+    const Recorder::Call call = call_of(L"r.Method(" + std::wstring(row.number) + L")");
+    ASSERT_EQ(1U, call.arguments.size());
+    EXPECT_EQ(row.type, call.arguments[0].vt) << narrow(row.number);
+    EXPECT_EQ(row.value, row.type == VT_I4 ? call.arguments[0].lVal : call.arguments[0].dblVal) << narrow(row.number);
+  }
 }
 
 TEST_F(Calls, CompoundAssignmentsReadAndPut) {

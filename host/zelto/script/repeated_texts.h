@@ -1,0 +1,52 @@
+// Texts that a script passes to objects again and again, as names and templates in a loop are, converted once.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include <korlib/combstr.h>
+
+#include "script/jsc.h"
+
+namespace zelto::script {
+
+// Those of one virtual machine. A string of the script is known by its place in the engine's heap: while it is
+// protected, no other value takes that place.
+class RepeatedTexts {
+ public:
+  // `idle` is a context of the group that outlives this.
+  explicit RepeatedTexts(JSContextRef idle) : idle_(idle) {}
+  ~RepeatedTexts() { clear(); }
+  RepeatedTexts(const RepeatedTexts&) = delete;
+  RepeatedTexts& operator=(const RepeatedTexts&) = delete;
+
+  // The text of a string that has been noted often enough; null for any other value. For the caller to copy.
+  BSTR find(JSValueRef value) const noexcept {
+    const Entry& entry = entries_[place_of(value)];
+    return entry.value == value ? entry.text.get() : nullptr;
+  }
+  // A string that has just been converted.
+  void note(JSValueRef string, BSTR text);
+  void clear() noexcept;
+
+ private:
+  struct Entry {
+    JSValueRef value = nullptr;  // protected
+    CComBSTR text;
+    JSValueRef candidate = nullptr;  // the one that was noted last; only its address, which may be another's by now
+  };
+
+  static constexpr std::size_t kEntries = 64;
+  static constexpr std::size_t kLongest = 2000;  // characters: all of them take half a megabyte at most
+
+  static std::size_t place_of(JSValueRef value) noexcept {
+    const auto word = reinterpret_cast<std::uintptr_t>(value) >> 4;
+    return (word ^ (word >> 6)) % kEntries;
+  }
+
+  JSContextRef idle_;
+  std::array<Entry, kEntries> entries_;
+};
+
+}  // namespace zelto::script
