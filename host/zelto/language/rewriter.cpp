@@ -58,6 +58,8 @@ class Rewriter : private Chains {
         assign_call(i);
       } else if (is_bare_call(i)) {
         call_bare(i);
+      } else if (is_member_call(i)) {
+        call_member(i);
       } else if (is_item(i)) {
         read_item(i);
       }
@@ -140,16 +142,39 @@ class Rewriter : private Chains {
     return starts_with_value(start) && !is(start - 1, L"new") && !is_optional(start);
   }
 
+  // `o.Name(x)` in one line, of a name and nothing in front of it; `i` is the closing parenthesis.
+  bool is_short_call(std::size_t i) const {
+    if (!is(i, L")") || tokens_[i].kind != Token::close || tokens_[i].partner + 1 >= i) return false;
+    const std::size_t open = tokens_[i].partner;
+    if (open < 3 || !is_call(open) || !is(open - 2, L".") || is(open - 4, L".", L"?.", L"new")) return false;
+    if (tokens_[open].newline_before || tokens_[open - 1].newline_before || tokens_[open - 2].newline_before) {
+      return false;
+    }
+    return !is_assignment(i + 1) && !is(i + 1, L"++", L"--") && !is(open - 4, L"++", L"--");
+  }
+
+  // The same, where the name may be that of an automation object's member.
+  bool is_member_call(std::size_t i) const {
+    if (!is_short_call(i)) return false;
+    const std::size_t open = tokens_[i].partner;
+    const std::wstring_view member = word(open - 1);
+    return tokens_[open - 3].kind == Token::name && tokens_[open - 1].kind == Token::name &&
+           starts_with_value(open - 3) && member.front() >= L'A' && member.front() <= L'Z' &&
+           member.find(L'\\') == std::wstring_view::npos;
+  }
+
+  void call_member(std::size_t close) {
+    const std::size_t open = tokens_[close].partner;
+    const Token& object = tokens_[open - 3];
+    edits_.open_wrapping(object.begin, object.end, L"$zelto_of(");
+    edits_.insert(object.end, L",\"" + std::wstring(word(open - 1)) + L"\")");
+  }
+
   // `Response.Write(x)` and the like, which a function of the language does for texts; `i` is the closing parenthesis.
   // Null for any other.
   const wchar_t* function_of(std::size_t i) const {
-    if (!is(i, L")") || tokens_[i].kind != Token::close || tokens_[i].partner + 1 >= i) return nullptr;
+    if (!is_short_call(i)) return nullptr;
     const std::size_t open = tokens_[i].partner;
-    if (open < 3 || !is_call(open) || !is(open - 2, L".") || is(open - 4, L".", L"?.", L"new")) return nullptr;
-    if (tokens_[open].newline_before || tokens_[open - 1].newline_before || tokens_[open - 2].newline_before) {
-      return nullptr;
-    }
-    if (is_assignment(i + 1) || is(i + 1, L"++", L"--") || is(open - 4, L"++", L"--")) return nullptr;
     for (const Function& function : kFunctions) {
       if (word(open - 3) == function.object && word(open - 1) == function.member) return function.name;
     }

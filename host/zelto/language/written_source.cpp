@@ -45,6 +45,9 @@ std::wstring value(std::wstring_view inside) {
   return std::wstring(inside);
 }
 
+// object,"Name"
+std::wstring owner(std::wstring_view inside) { return std::wstring(inside.substr(0, inside.rfind(L','))); }
+
 // Error,number, text
 std::wstring error(std::wstring_view inside) {
   const std::size_t comma = inside.find(L',');
@@ -81,6 +84,7 @@ struct Wrapping {
   std::wstring (*as_written)(std::wstring_view inside);
 };
 constexpr std::array kWrappings{
+    Wrapping{L"$zelto_of(", L"", owner},
     Wrapping{L"$zelto_call(", L"", call},
     Wrapping{L"$zelto_value(", L"", value},
     Wrapping{L"$zelto_error(", L"", error},

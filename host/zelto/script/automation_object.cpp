@@ -19,6 +19,9 @@ constexpr auto kLanguageNames = std::to_array<std::u16string_view>(
 // More than a page calls of one object, and few enough to look through.
 constexpr std::size_t kMostFunctions = 16;
 
+// What is asked for so often may be so in a loop.
+constexpr unsigned kOften = 8;
+
 bool is_language_name(std::u16string_view name) {
   return name.starts_with(u"Symbol.") || std::ranges::find(kLanguageNames, name) != kLanguageNames.end();
 }
@@ -39,7 +42,7 @@ JSValueRef member_function(Realm& realm, JSObjectRef object, AutomationObject& h
     if (!living_host_object(object_of(known))) {
       static_cast<AutomationMember*>(JSObjectGetPrivate(object_of(known)))->bind(realm, held.dispatch(), id);
     }
-    held.remember_function(JsString::view_of(name), object_of(known));
+    held.remember_function(name, object_of(known));
     return known;
   }
   JSObjectRef member = realm.wrappers().make(
@@ -47,7 +50,7 @@ JSValueRef member_function(Realm& realm, JSObjectRef object, AutomationObject& h
       std::make_unique<AutomationMember>(realm, CallTarget{held.dispatch(), id, to_wide(JsString::view_of(name))}));
   JSObjectSetPrivateProperty(realm.context(), object, name, member);
   held.add_member(member);
-  held.remember_function(JsString::view_of(name), member);
+  held.remember_function(name, member);
   return member;
 }
 
@@ -89,17 +92,22 @@ JSValueRef read_member(Realm& realm, JSObjectRef object, AutomationObject& held,
 }
 
 JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValueRef* exception) {
+  auto* const found = static_cast<AutomationObject*>(living_host_object(object));
+  // A function does nothing before it is called.
+  if (AutomationObject::Function* known = found ? found->function(name) : nullptr) {
+    found->realm()->missing().pass();
+    if (++known->uses % kOften == 0) {
+      const Watchdog::Quiet quiet(found->engine().watchdog());
+      found->realm()->prelude().keep_method(object, name, known->function);
+    }
+    return known->function;
+  }
   const ShortText short_text(name);
   const std::u16string_view text = short_text.view();
   if (text.starts_with(u"Symbol.")) return nullptr;
   auto* held = living<AutomationObject>(ctx, object, exception);
   if (!held) return JSValueMakeUndefined(ctx);
   Realm& realm = *held->realm();
-  // A function does nothing before it is called.
-  if (JSObjectRef function = held->function(text)) {
-    realm.missing().pass();
-    return function;
-  }
   if (!realm.calls().may_call(exception)) return JSValueMakeUndefined(ctx);
   LONG index = 0;
   JSValueRef value = nullptr;
@@ -218,13 +226,18 @@ void AutomationObject::bind(Realm& realm, CComPtr<IUnknown> identity, CComPtr<ID
   own_names_.reset();
 }
 
-JSObjectRef AutomationObject::function(std::u16string_view name) const {
-  const auto found = std::ranges::find(functions_, name, &Function::name);
-  return found == functions_.end() ? nullptr : found->function;
+// The engine compares two of its strings without making a copy of either.
+AutomationObject::Function* AutomationObject::function(JSStringRef name) {
+  if (functions_.empty()) return nullptr;
+  const std::size_t length = JSStringGetLength(name);
+  const auto found = std::ranges::find_if(
+      functions_, [&](const Function& one) { return one.length == length && JSStringIsEqual(one.name.get(), name); });
+  return found == functions_.end() ? nullptr : &*found;
 }
 
-void AutomationObject::remember_function(std::u16string_view name, JSObjectRef function) {
-  if (functions_.size() < kMostFunctions) functions_.push_back({std::u16string(name), function});
+void AutomationObject::remember_function(JSStringRef name, JSObjectRef function) {
+  if (functions_.size() >= kMostFunctions) return;
+  functions_.push_back({JsString(JSStringRetain(name)), JSStringGetLength(name), function, 0});
 }
 
 void AutomationObject::add_member(JSObjectRef member) {

@@ -29,6 +29,7 @@
 
 #include "script/host_object.h"
 #include "script/member_names.h"
+#include "script/text.h"
 #include "script/world/built_ins.h"
 
 namespace zelto::script {
@@ -45,9 +46,15 @@ class AutomationObject final : public HostObject {
   // Of a wrapper that is kept: the functions that stand for its members are, too, and are watched as it is.
   void add_member(JSObjectRef member);
   bool are_members_kept() const;
+  struct Function {
+    JsString name;
+    std::size_t length;
+    JSObjectRef function;
+    unsigned uses;
+  };
   // The function that stands for a member, where the script has got it before; null for any other name.
-  JSObjectRef function(std::u16string_view name) const;
-  void remember_function(std::u16string_view name, JSObjectRef function);
+  Function* function(JSStringRef name);
+  void remember_function(JSStringRef name, JSObjectRef function);
   JSObjectRef script_object() const { return kept_ ? kept_ : weak_ ? JSWeakGetObject(weak_) : nullptr; }
   const CComPtr<IDispatch>& dispatch() const noexcept { return dispatch_; }
   IUnknown* identity() const noexcept { return identity_.get(); }
@@ -63,11 +70,6 @@ class AutomationObject final : public HostObject {
   void release() override;
 
  private:
-  struct Function {
-    std::u16string name;
-    JSObjectRef function;
-  };
-
   CComPtr<IUnknown> identity_;
   CComPtr<IDispatch> dispatch_;
   JSWeakRef weak_ = nullptr;

@@ -39,7 +39,8 @@ constexpr Row kAssignments[] = {
     {L"Session('x')++; ++Session('x'); --a.b('y')",
      L"$zelto.at(Session,'x').v++; ++$zelto.at(Session,'x').v; --$zelto.at(a.b,'y').v"},
     {L"Session('a')\n++\nx", nullptr},
-    {L"Response.Cookies('a')('b') = 'v' + g(1)", L"$zelto.at(Response.Cookies('a'),'b').v = 'v' + g(1)"},
+    {L"Response.Cookies('a')('b') = 'v' + g(1)",
+     L"$zelto.at($zelto_of(Response,\"Cookies\").Cookies('a'),'b').v = 'v' + g(1)"},
     {L"f(x)(y)[z](w) = v", L"$zelto.at(f(x)(y)[z],w).v = v"},
     {L"a[i('x') = 1](2) = 3", L"$zelto.at(a[$zelto.at(i,'x').v = 1],2).v = 3"},
     {L"(Session)('x') = 1", L"$zelto.at((Session),'x').v = 1"},
@@ -73,7 +74,7 @@ constexpr Row kFunctions[] = {
     {L"Response\n.Write(a)", nullptr},
     {L"Response.Write\n(a)", nullptr},
     {L"Response.write(a)", nullptr},
-    {L"response.Write(a)", nullptr},
+    {L"response.Write(a)", L"$zelto_of(response,\"Write\").Write(a)"},
     {L"page.Response.Write(a)", nullptr},
     {L"page?.Response.Write(a)", nullptr},
     {L"Response?.Write(a)", nullptr},
@@ -81,9 +82,24 @@ constexpr Row kFunctions[] = {
     {L"Response.Write(a) = b", L"$zelto.at(Response.Write,a).v = b"},
     {L"Response.Write(a)++", L"$zelto.at(Response.Write,a).v++"},
     {L"++Response.Write(a)", L"++$zelto.at(Response.Write,a).v"},
-    {L"Response.Flush(a)", nullptr},
+    {L"Response.Flush(a)", L"$zelto_of(Response,\"Flush\").Flush(a)"},
 };
 INSTANTIATE_TEST_SUITE_P(FunctionsOfTheLanguage, Rewriter, ::testing::ValuesIn(kFunctions));
+
+constexpr Row kMemberCalls[] = {
+    {L"page.SetView(a, b)", L"$zelto_of(page,\"SetView\").SetView(a, b)"},
+    {L"t = page . View /* c */ (a)", L"t = $zelto_of(page,\"View\") . View /* c */ (a)"},
+    {L"page.SetView(a.b, c.D(e))", L"$zelto_of(page,\"SetView\").SetView($zelto_value(a.b), $zelto_of(c,\"D\").D(e))"},
+    {L"rs.Fields('x').Value = 1", L"$zelto_of(rs,\"Fields\").Fields('x').Value = 1"},
+    {L"rs.Fields('x').Close;", L"$zelto_value($zelto_of(rs,\"Fields\").Fields('x').Close, 1);"},
+    {L"rs.Fields('x').Value()", L"$zelto_call($zelto_of(rs,\"Fields\").Fields('x'), \"Value\")"},
+    {L"rs.Fields('x')('y') = 1", L"$zelto.at($zelto_of(rs,\"Fields\").Fields('x'),'y').v = 1"},
+    {L"page.View('x') = 1", L"$zelto.at(page.View,'x').v = 1"},
+    {L"page.setView(a); a.page.SetView(b); this.SetView(a); super.SetView(a); (page).SetView(a)", nullptr},
+    {L"page?.SetView(a); page.View?.(a); a?.page.SetView(b); new page.View(a); page.\\u0041(a)", nullptr},
+    {L"page\n.SetView(a)\npage.\nSetView(a)\npage.SetView\n(a)", nullptr},
+};
+INSTANTIATE_TEST_SUITE_P(CallsOfMembers, Rewriter, ::testing::ValuesIn(kMemberCalls));
 
 constexpr Row kReads[] = {
     {L"rs.Close;", L"$zelto_value(rs.Close, 1);"},
@@ -157,7 +173,7 @@ constexpr Row kBareCalls[] = {
     {L"a.b.c.D()", L"$zelto_call(a.b.c, \"D\", \"a.b.c\")"},
     {L"throw(a).B()", L"throw $zelto.thrown =$zelto_call((a), \"B\")"},
     {L"this.Name()", L"$zelto_call(this, \"Name\", \"this\")"},
-    {L"a.B(1); a.b(); a.trim(); s.toString(); B()", nullptr},
+    {L"a.B(1); a.b(); a.trim(); s.toString(); B()", L"$zelto_of(a,\"B\").B(1); a.b(); a.trim(); s.toString(); B()"},
     {L"new a.B(); new a.B().C()", nullptr},
     {L"a?.B(); a?.b.C(); a[b?.c].D()", nullptr},
     {L"a?.['b'].C(); a?.[0][0].D(); a?.(1).E(); a.f?.(2).G()", nullptr},
@@ -173,7 +189,9 @@ constexpr Row kItems[] = {
     {L"q('a').Item.length + q('a').Item.split(',')[0]",
      L"$zelto_value(q('a').Item).length + $zelto_value(q('a').Item).split(',')[0]"},
     {L"v = l.Item; l.Item;", L"v = $zelto_value(l.Item); $zelto_value(l.Item, 1);"},
-    {L"l.Item(1); l.Item = 1; l.Item += 1; l.Item++; --l.Item; delete l.Item; new l.Item; l?.Item; a?.b.Item", nullptr},
+    {L"l.Item(1); l.Item = 1; l.Item += 1; l.Item++; --l.Item; delete l.Item; new l.Item; l?.Item; a?.b.Item",
+     L"$zelto_of(l,\"Item\").Item(1); l.Item = 1; l.Item += 1; l.Item++; --l.Item; delete l.Item; new l.Item; "
+     L"l?.Item; a?.b.Item"},
     {L"[l.item] = v; ({ a: l.item } = v)", nullptr},
     {L"for (l.item of v) ;", nullptr},
 };

@@ -21,7 +21,7 @@ class Prelude {
   // objects first, and what it shares with the host about collected text. It answers, as an array: a function that
   // makes errors, of (kind, message) with the numbers of ErrorKind, one that makes an array of anything that can be
   // stepped through, one that tells whether an object has a name that is not every object's, of (object, name), the
-  // prototype that every object has, and what begin() and take_text() call.
+  // prototype that every object has, and what begin(), take_text() and keep_method() call.
   static std::u16string_view source();
 
   Prelude(Engine& engine, JSContextRef context);
@@ -46,6 +46,10 @@ class Prelude {
   // What has been collected since; null with no memory or stack for it.
   JSValueRef take_text() const;
 
+  // A method that the page has called often enough is found without the host from here on, until begin(), where it is
+  // called by that name on what a name stands for.
+  void keep_method(JSObjectRef object, JSStringRef name, JSObjectRef method) const;
+
   // The one that every object inherits from.
   JSObjectRef object_prototype() const noexcept { return object_prototype_; }
 
@@ -57,6 +61,7 @@ class Prelude {
   JSObjectRef object_prototype_;
   JSObjectRef begin_;
   JSObjectRef take_;
+  JSObjectRef keep_method_;
   std::int32_t* state_;  // lives as long as the context
 };
 

@@ -143,6 +143,20 @@ TEST_F(KeptWorld, HasTheObjectsOfTheRequest) {
   EXPECT_EQ(0, first->closed);
 }
 
+// What the page before had at hand is not the next one's.
+TEST_F(KeptWorld, CallsTheMethodsOfTheRequestsOwnObject) {
+  const ProgramPtr program = page_of(L"for (var i = 0; i < 40; i++) o.Keep('x' + i); Response.Write(o.Give())");
+  for (LONG i = 0; i < 5; ++i) {
+    const CComPtr<Probe> before = probe;
+    probe = korlib::make<Probe>();
+    EXPECT_EQ("x39", ask(program));
+    EXPECT_EQ(L"x39", korlib::view_of(probe->kept.bstrVal));
+    before->kept.reset();
+    EXPECT_EQ("x39", ask(program));
+    EXPECT_EQ(VT_EMPTY, before->kept.vt);
+  }
+}
+
 TEST_F(KeptWorld, HasOnlyTheNamesThatAreSet) {
   const ProgramPtr program = page_of(L"Response.Write(typeof p); p = 5; Response.Write(typeof p)");
   const auto ask_with = [&](bool has_p) {
