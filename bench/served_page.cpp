@@ -73,6 +73,16 @@ constexpr char kRow[] = R"html(<tr><td>(#*id#)</td><td>(#*name#)</td><td><a href
 constexpr char kFilesScript[] =
     "function On_EndDraw(page) { for (var i = 0; i < 100; i++) page.DrawTemplate('short'); }";
 
+// One thing, so often that the page around it does not count.
+constexpr int kCalls = 10'000;
+constexpr char kMethodPage[] = "<% for (var i = 0; i < 10000; i++) Response.Clear(); %>";
+constexpr char kViewPage[] =
+    "<% %SCRIPT% function On_EndDraw(page) { for (var i = 0; i < 10000; i++) page.SetView('name', 'an entry'); }"
+    " controller('short'); %>";
+constexpr char kFunctionPage[] =
+    "<% %SCRIPT% var all = '(#%Nothing#)'.repeat(100); function OnDraw_Nothing() {}"
+    " function On_EndDraw(page) { for (var i = 0; i < 100; i++) page.ProcessTemplate(all); } controller('short'); %>";
+
 constexpr File kFiles[] = {
     {"nothing.asp", "<% %>"},
     {"script.asp", "<% %SCRIPT% %>"},
@@ -82,6 +92,9 @@ constexpr File kFiles[] = {
     {"called.asp", "<% %SCRIPT% controller('called'); %>"},
     {"files.asp", "<% %SCRIPT% %FILES% controller('plain'); %>"},
     {"short.html", "<p>An entry that nobody has changed since.</p>\n"},
+    {"method.asp", kMethodPage},
+    {"view.asp", kViewPage},
+    {"function.asp", kFunctionPage},
     {"strings.asp", "<% %SCRIPT% strings(); %>"},
     {"list.html", "<!DOCTYPE html><title>Entries</title><table>\n(#%Rows|%ROW%\n#)</table>\n"},
     {"called.html", "<!DOCTYPE html><title>Entries</title><table>\n(#%CalledRows|<tr>(#%Cells#)</tr>\n#)</table>\n"},
@@ -160,6 +173,16 @@ BENCHMARK_CAPTURE(run_page, 4_and_a_file_100_times, "files", false)->Apply(in_al
 BENCHMARK_CAPTURE(run_page, 5_and_rows_of_marks, "list", true)->Apply(in_all_threads);
 BENCHMARK_CAPTURE(run_page, 5_and_rows_by_function, "called", true)->Apply(in_all_threads);
 BENCHMARK_CAPTURE(run_page, strings_instead, "strings", true)->Apply(in_all_threads);
+
+// What crossing from script to component or back takes: `each` is one call.
+void calls(benchmark::State& state, const char* name) {
+  run_page(state, name, false);
+  using benchmark::Counter;
+  state.counters["each"] = Counter(kCalls, Counter::kIsIterationInvariantRate | Counter::kInvert);
+}
+BENCHMARK_CAPTURE(calls, method_without_arguments, "method")->Apply(in_all_threads);
+BENCHMARK_CAPTURE(calls, set_view, "view")->Apply(in_all_threads);
+BENCHMARK_CAPTURE(calls, script_function_by_a_mark, "function")->Apply(in_all_threads);
 
 // Answers "/list" with the page, all else with the text that the page prints.
 class ListWorker final : public zelto::Worker {
