@@ -16,8 +16,8 @@ struct FileStamp {
   long long changed = 0;   // likewise, of the entry itself: an edit that restores the time shows here
 
   static FileStamp of(const struct stat& status);
-  // Not of a change so late that a further one could leave the stamp as it is: what was read after this was said shows
-  // by its stamp when it is out of date.
+  // False while the last change is so recent that another one might leave the stamp as it is. What is read once this
+  // is true shows by its stamp when it is out of date.
   bool is_settled() const;
 
   friend bool operator==(const FileStamp&, const FileStamp&) = default;

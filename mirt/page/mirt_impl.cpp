@@ -138,8 +138,7 @@ STDMETHODIMP Self::get_Bag(IDispatch** bag) {
 STDMETHODIMP Self::get_View(IDispatch** view) {
   if (!view) return E_INVALIDARG;
   *view = nullptr;
-  // A dictionary is an IDispatch itself: asked for at every SetView.
-  return dictionaries_.view ? CComPtr<IDispatch>(dictionaries_.view.get()).copy_to(view) : E_FAIL;
+  return dictionaries_.view ? dictionaries_.view.query(view) : E_FAIL;
 }
 
 STDMETHODIMP Self::get_Include(IDispatch** include) {

@@ -47,7 +47,7 @@ class CTemplatorConcept {
   HRESULT Process(CTemplate& tmpl);
   // Reads a whole template into a fresh `tmpl`. On failure that holds what came before the fault.
   HRESULT Parse(wchar_t* text, CTemplate& tmpl);
-  // Reads one mark: `pos` goes from past the opening delimiter to the closing one.
+  // Reads one mark: `pos` goes from the end of the opening delimiter to the closing one.
   HRESULT GetMarkData(wchar_t* text, unsigned int& pos, CMarkData& mark);
 
   // Makes *value the text that a mark shows: each entry of the path (null for none) indexes the value or

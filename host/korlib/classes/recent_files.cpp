@@ -30,7 +30,7 @@ RecentFiles::Contents RecentFiles::find(const std::string& path) {
 
 void RecentFiles::keep(const std::string& path, const struct stat& status, std::string_view bytes) {
   const base::FileStamp stamp = base::FileStamp::of(status);
-  if (bytes.size() > kLargest || bytes.size() != static_cast<std::size_t>(stamp.size) || !stamp.is_settled()) return;
+  if (bytes.size() > kLargest || bytes.size() != static_cast<std::size_t>(stamp.size)) return;
   try {
     auto contents = std::make_shared<const std::string>(bytes);
     const std::lock_guard guard(lock_);

@@ -274,7 +274,7 @@ HRESULT rows_as_text(odbc::ResultSet& result, LONG rows, const TextMarks& marks,
         all += view_of(converted.bstrVal);
       }
     }
-    all += marks.behind;
+    all += marks.after;
     if (is_memory_used_up(i)) return E_OUTOFMEMORY;
     result.next();
   }

@@ -42,7 +42,7 @@ HRESULT rows_as_array(odbc::ResultSet& result, LONG rows, const std::vector<std:
 // What stands between the columns, after each row, and for NULL.
 struct TextMarks {
   std::wstring between;
-  std::wstring behind;
+  std::wstring after;
   std::wstring null;
 };
 HRESULT rows_as_text(odbc::ResultSet& result, LONG rows, const TextMarks& marks, BSTR* text);

@@ -126,9 +126,20 @@ void Connection::make_idle() noexcept {
   if (is_in_transaction_) attempt([this] { roll_back(); });
 }
 
+void Connection::forget_kept() noexcept {
+  kept_.clear();
+  for (Statement* const statement : statements_) statement->forget();
+}
+
+bool Connection::is_file_unchanged() {
+  if (!file_.is_replaced() && file_.is_unchanged()) return true;
+  forget_kept();
+  return false;
+}
+
 bool Connection::is_usable() {
   if (is_broken_ || is_changed_ || file_.is_replaced()) return false;
-  if (!file_.is_unchanged()) kept_.clear();  // its tables may be others
+  if (!file_.is_unchanged()) forget_kept();
   SQLUINTEGER is_dead = SQL_CD_FALSE;
   const SQLRETURN result =
       SQLGetConnectAttr(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);

@@ -58,6 +58,10 @@ class Connection {
   void end(std::int16_t how);
   void set_autocommit(bool is_on);
   bool run_plainly(std::string sql) const;
+  // No query that was prepared until now is run again.
+  void forget_kept() noexcept;
+  // Looks at the file, and forgets them where it was written to: its tables may be others.
+  bool is_file_unchanged();
 
   const std::wstring connection_string_;
   const DriverText text_;

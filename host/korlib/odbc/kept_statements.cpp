@@ -1,12 +1,14 @@
 #include "odbc/kept_statements.h"
 
 #include <sql.h>
+#include <sqlext.h>
 
 #include <algorithm>
 #include <atomic>
 #include <new>
 #include <utility>
 
+#include "base/ascii.h"
 #include "base/letter_case.h"
 
 namespace korlib::odbc {
@@ -31,6 +33,36 @@ bool may_be_kept(std::wstring_view sql) {
   sql.remove_prefix(std::min(sql.find_first_not_of(L" \t\r\n"), sql.size()));
   return sql.size() <= kLongest && base::equal_ascii(sql.substr(0, kQuery.size()), kQuery) &&
          sql.find(L';') == sql.npos && !asks_for_all_columns(sql);
+}
+
+bool are_columns_of_tables(const Handle& statement, std::size_t count) {
+  for (std::size_t column = 1; column <= count; ++column) {
+    char name[8] = {};
+    SQLSMALLINT length = 0;
+    const SQLRETURN result = SQLColAttribute(statement.get(), static_cast<SQLUSMALLINT>(column), SQL_DESC_TABLE_NAME,
+                                             name, sizeof name, &length, nullptr);
+    if (!SQL_SUCCEEDED(result) || length == 0) return false;
+  }
+  return true;
+}
+
+bool counts_rows(std::wstring_view sql) {
+  constexpr std::wstring_view kCount = L"select count(*) ";
+  const std::wstring lowered = base::ascii_lowered(sql);
+  std::wstring_view rest = lowered;
+  rest.remove_prefix(std::min(rest.find_first_not_of(L" \t\r\n"), rest.size()));
+  if (!rest.starts_with(kCount)) return false;
+  rest.remove_prefix(kCount.size());
+  if (rest.starts_with(L"as ")) {
+    rest.remove_prefix(3);
+    while (!rest.empty() && (base::is_alphanumeric(rest.front()) || rest.front() == L'_')) rest.remove_prefix(1);
+    if (!rest.starts_with(L' ')) return false;
+    rest.remove_prefix(1);
+  }
+  // With one of the other words there may be no row, or rows of another query.
+  constexpr std::wstring_view kOthers[] = {L"union", L"except", L"intersect", L"group", L"having", L"limit", L"offset"};
+  return rest.starts_with(L"from ") &&
+         std::ranges::none_of(kOthers, [&](std::wstring_view word) { return rest.find(word) != rest.npos; });
 }
 
 std::unique_ptr<Handle> KeptStatements::take(std::wstring_view sql) {

@@ -1,6 +1,7 @@
 // Statements that a connection keeps prepared for the next one of the same text.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -14,6 +15,11 @@ namespace korlib::odbc {
 // Whether a handle that was prepared with this text may run again: one query, which changes nothing when it fails half
 // way and is run once more, and which names its columns, since the driver goes on with those that it has found first.
 bool may_be_kept(std::wstring_view sql);
+
+// Of what a statement gives, once it is run: of a column that is no table's, an expression's say, the driver takes the
+// type from the first row that it meets, and goes on with that. A number of rows is one whatever there is.
+bool are_columns_of_tables(const Handle& statement, std::size_t count);
+bool counts_rows(std::wstring_view sql);
 
 // Preparing a query takes SQLite twice as long as running it. The last few that were used are kept.
 class KeptStatements {
@@ -34,7 +40,7 @@ class KeptStatements {
     std::wstring sql;
     std::unique_ptr<Handle> statement;
   };
-  std::vector<Kept> kept_;  // the last used behind the others
+  std::vector<Kept> kept_;  // the last used comes last
 };
 
 // How many all connections keep, in all threads.

@@ -116,21 +116,23 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
   if (may_change_connection(sql)) connection_->mark_changed();
   connection_->wait_for_locks(timeout_);
   const bool is_kept = connection_->keeps_statements() && may_be_kept(sql);
-  if (!is_kept) connection_->kept_.clear();  // what it changes may be what those were prepared for
+  if (!is_kept) connection_->forget_kept();  // what it changes may be what those were prepared for
   Bound bound(parameters.size());
-  if (!is_kept || !run_kept(sql, parameters, bound)) run_fresh(sql, parameters, bound, is_kept);
-  if (is_kept) keep_as_ = sql;
+  const bool runs_again = is_kept && run_kept(sql, parameters, bound);
+  if (!runs_again) run_fresh(sql, parameters, bound, is_kept);
   for (std::size_t i = 0; i < bound.size(); ++i) {
     if (parameters[i].direction != Direction::in) parameters[i].value = bound[i].result(parameters[i].kind);
   }
   SQLFreeStmt(handle_->get(), SQL_RESET_PARAMS);
   describe();
+  if (runs_again || (is_kept && (counts_rows(sql) || are_columns_of_tables(*handle_, columns_.size())))) keep_as_ = sql;
 }
 
 // False when there is none of that text, or when it fails: a table that is another one by now makes it do so.
 bool Statement::run_kept(const std::wstring& sql, const std::vector<Parameter>& parameters, Bound& bound) {
   constexpr int kBusy = 5;  // SQLite's codes for locks, which have been waited for
   constexpr int kLocked = 6;
+  if (!connection_->is_file_unchanged()) return false;
   handle_ = connection_->kept_.take(sql);
   if (!handle_) return false;
   try {

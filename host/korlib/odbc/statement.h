@@ -35,7 +35,8 @@ class Statement {
   // False at the end.
   bool fetch(Row& row);
 
-  void drop() noexcept;  // frees the handle, or leaves it to the connection; what follows fails
+  void forget() noexcept { keep_as_.clear(); }  // its handle is not run again
+  void drop() noexcept;                         // frees the handle, or leaves it to the connection; what follows fails
 
  private:
   using Bound = std::vector<BoundParameter>;

@@ -167,7 +167,7 @@ class Rewriter : private Chains {
     const std::size_t open = tokens_[close].partner;
     const Token& object = tokens_[open - 3];
     edits_.open_wrapping(object.begin, object.end, L"$zelto_of(");
-    edits_.insert(object.end, L",\"" + std::wstring(word(open - 1)) + L"\")");
+    edits_.insert(object.end, L",\"" + std::wstring(word(open - 1)) + L"\",\"" + std::wstring(word(open - 3)) + L"\")");
   }
 
   // `Response.Write(x)` and the like, which a function of the language does for texts; `i` is the closing parenthesis.

@@ -45,8 +45,8 @@ std::wstring value(std::wstring_view inside) {
   return std::wstring(inside);
 }
 
-// object,"Name"
-std::wstring owner(std::wstring_view inside) { return std::wstring(inside.substr(0, inside.rfind(L','))); }
+// object,"Name","object", where the object is a name
+std::wstring owner(std::wstring_view inside) { return std::wstring(inside.substr(0, inside.find(L','))); }
 
 // Error,number, text
 std::wstring error(std::wstring_view inside) {

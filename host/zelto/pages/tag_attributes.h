@@ -35,7 +35,7 @@ bool is_javascript(std::wstring_view language);
 
 // `= value`, from the equals sign or the blanks before it. Nothing without an equals sign or a closing quote.
 std::optional<AttributeValue> read_attribute_value(std::wstring_view text, std::size_t at);
-// The attributes of a tag from past its name. Nothing when the tag has no end.
+// The attributes of a tag from the end of its name on. Nothing when the tag has no end.
 std::optional<TagAttributes> read_tag(std::wstring_view text, std::size_t at);
 
 // Finds the tags of one text that are for the server. Remembers where it was in those that are not, so that a text of

@@ -8,7 +8,7 @@ namespace zelto::script {
 
 bool CallArguments::convert(Values& values, std::size_t count, const JSValueRef* given, JSValueRef* exception) {
   JSContextRef ctx = values.context();
-  std::optional<EngineLock> lock;  // for the first that the engine is asked about, and those behind it
+  std::optional<EngineLock> lock;  // for the first that the engine is asked about, and all after it
   reversed_.resize(count);
   for (std::size_t i = 0; i < count; ++i) {
     CComVariant& slot = reversed_[count - 1 - i];

@@ -26,7 +26,9 @@ Realm::~Realm() {
   const bool is_whole =
       ending == Outcome::completed || (ending == Outcome::stopped && !engine_.watchdog().is_running());
   engine_.worlds().give_back(std::move(world_), page_, is_whole);
-  if (!engine_.has_realms()) engine_.watchdog().free_garbage();
+  if (engine_.has_realms()) return;
+  engine_.texts().clear();  // one may be a part of a large text, which it keeps
+  engine_.watchdog().free_garbage();
 }
 
 void Realm::set_object(std::wstring_view name, IDispatch* object) {

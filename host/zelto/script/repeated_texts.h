@@ -12,7 +12,8 @@
 namespace zelto::script {
 
 // Those of one virtual machine. A string of the script is known by its place in the engine's heap: while it is
-// protected, no other value takes that place.
+// protected, no other value takes that place. It may be a part of a larger text, which the engine then keeps whole: so
+// they are cleared when the page ends, and when its memory runs short.
 class RepeatedTexts {
  public:
   // `idle` is a context of the group that outlives this.
@@ -38,7 +39,7 @@ class RepeatedTexts {
   };
 
   static constexpr std::size_t kEntries = 64;
-  static constexpr std::size_t kLongest = 2000;  // characters: all of them take half a megabyte at most
+  static constexpr std::size_t kLongest = 2000;  // characters
 
   static std::size_t place_of(JSValueRef value) noexcept {
     const auto word = reinterpret_cast<std::uintptr_t>(value) >> 4;

@@ -163,8 +163,10 @@ bool Watchdog::uses_too_much(JSContextRef ctx) {
 
 // Objects that only garbage held go with it.
 void Watchdog::free_unheld() {
+  Engine* const engine = Engine::current();
+  if (engine) engine->texts().clear();
   collect();
-  if (Engine* engine = Engine::current()) engine->release_buried();
+  if (engine) engine->release_buried();
 }
 
 void Watchdog::stop() noexcept {

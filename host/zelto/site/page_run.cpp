@@ -190,7 +190,7 @@ void PageRun::log_console(const script::LogLine& line) {
   const std::string_view kept = beginning_of(text, console_room_);
   console_room_ -= kept.size();
   is_console_full_ = kept.size() < text.size();
-  site_.log(kept);
+  if (!kept.empty()) site_.log(kept);
   if (is_console_full_)
     site_.log(std::string(site_.path_of(line.file)) + ": the rest of this page's console is left out");
 }

@@ -68,7 +68,8 @@ bool html_encode(std::wstring_view text, LONG code_page, std::wstring* out) {
 
 std::wstring html_encode(std::wstring_view text, LONG code_page) {
   std::wstring encoded;
-  return html_encode(text, code_page, &encoded) ? encoded : std::wstring(text);
+  if (!html_encode(text, code_page, &encoded)) return std::wstring(text);
+  return encoded;
 }
 
 }  // namespace zelto

@@ -81,6 +81,9 @@ TEST_F(Errors, OfTheScriptHaveTheirPlace) {
     const char* said;
   } const rows[] = {
       {L"\nnull.x", "TypeError: null is not an object (evaluating 'null.x') at /site/page.asp:2"},
+      {L"var n = null;\nn.Method(1)", "TypeError: null is not an object (evaluating 'n.Method') at /site/page.asp:2"},
+      {L"var m; try { m.Method(1) } catch ({ message }) { throw message }",
+       ": undefined is not an object (evaluating 'm.Method') at /site/page.asp:1"},
       {L"\n\nthrow new RangeError('far')", "RangeError: far at /site/page.asp:3"},
       {L"function f() {\n throw 'text'\n}\nf()", ": text at /site/page.asp:2"},
       {L"\nthrow { message: 'made', number: 7, source: 'me' }", "me: made at /site/page.asp:2"},

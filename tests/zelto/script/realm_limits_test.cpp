@@ -71,6 +71,18 @@ TEST_F(RealmLimits, StopsAScriptThatTakesTooMuchMemory) {
   }
 }
 
+// A part of a large text keeps all of it.
+TEST_F(RealmLimits, DoesNotBlameAPageForTextsThatTheLastOneRepeated) {
+  engine.set_memory_limit(std::size_t{512} << 20);
+  must_run(
+      L"for (var k = 0; k < 16; k++) { var part = new Array(8e6).join('x').substr(1000 * k, 300);"
+      L" for (var i = 0; i < 3; i++) o.TypeOf(part); }");
+  realm.reset();
+  open_realm();
+  engine.set_memory_limit(std::size_t{96} << 20);
+  must_run(L"for (var i = 0; i < 3e6; i++) ({ list: [i] })");
+}
+
 TEST_F(RealmLimits, CountsTheTimeThatObjectsTake) {
   engine.set_time_limit(50ms);
   probe->action = [] {

@@ -142,7 +142,10 @@ const keep_method = (object, name, method) => {
   methods[name] = method;
 };
 // object.Name(…)
-const owner = (object, name) => {
+const owner = (object, name, receiver) => {
+  if (object === null || object === undefined) {
+    throw new TypeError(`${object} is not an object (evaluating '${receiver}.${name}')`);
+  }
   const methods = methods_of(object);
   return methods !== undefined && methods[name] !== undefined ? methods : object;
 };
