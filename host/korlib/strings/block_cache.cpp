@@ -31,9 +31,9 @@ namespace {
 
 constexpr std::size_t kStep = 32;
 constexpr std::size_t kClasses = 32;  // blocks of 32, 64 … 1024 bytes
-// Enough for the strings of an array or a dictionary: hundreds that live at once and go together. All
-// classes full are 2 MiB a thread.
-constexpr std::size_t kKeptBytesPerClass = 65536;
+// Enough for the strings of a row or a form: many that live at once and go together. All classes full are half a
+// mebibyte a thread, which the allocator can neither give back nor use for anything else.
+constexpr std::size_t kKeptBytesPerClass = 16384;
 
 struct FreeBlock {
   FreeBlock* next;

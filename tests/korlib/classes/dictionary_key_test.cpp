@@ -92,6 +92,7 @@ TEST_F(DictionaryKey, KnowsAnObjectByAnyOfItsSides) {
   put(object_, L"Item", static_cast<IDispatch*>(&object), 1);
   EXPECT_TRUE(has(static_cast<IUnknown*>(static_cast<IClassFactory*>(&object))));
   EXPECT_EQ(1, count());
+  EXPECT_EQ(S_OK, dictionary_->RemoveAll());  // the object ends before the dictionary
 }
 
 TEST_F(DictionaryKey, QuotesALongKeyInPart) {
