@@ -37,7 +37,6 @@ struct ByPlaces {
     using const_iterator = boost::indirect_iterator<typename std::vector<Node*>::const_iterator, const Node>;
     const_iterator begin() const { return nodes_.begin(); }
     const_iterator end() const { return nodes_.end(); }
-    Node& front() { return *nodes_.front(); }
     const Node& operator[](std::size_t place) const { return *nodes_[place]; }
     void reserve_one_more() {
       if (nodes_.size() == nodes_.capacity()) nodes_.reserve(std::max<std::size_t>(4, nodes_.size() * 2));
@@ -106,10 +105,12 @@ class OrderedTable<key, Hash, Equal, Order> {
   }
 
   // Takes one of the table's entries out; the caller holds what it held.
-  Entry take(Entry& entry) { return unlink(static_cast<Node&>(entry)); }
-
-  // The first, of a table that is not empty. Neither asks for memory.
-  Entry take_first() { return unlink(held_->order.front()); }
+  Entry take(Entry& entry) {
+    const std::unique_ptr<Node> node(&static_cast<Node&>(entry));
+    held_->index.erase(held_->index.iterator_to(*node));
+    held_->order.remove(*node);
+    return std::move(entry);
+  }
 
   // Gives an entry of the table another key, which no other has, and answers the old one. The entry keeps its place.
   Key rename(Entry& entry, Key fresh) {
@@ -162,13 +163,6 @@ class OrderedTable<key, Hash, Equal, Order> {
     Index index{Buckets(first.data(), first.size())};
     Sequence order;
   };
-
-  Entry unlink(Node& node) {
-    const std::unique_ptr<Node> taken(&node);
-    held_->index.erase(held_->index.iterator_to(node));
-    held_->order.remove(node);
-    return std::move(static_cast<Entry&>(node));
-  }
 
   std::unique_ptr<Held> held_;
 };

@@ -9,6 +9,7 @@
 
 #include "activation/registry_file.h"
 #include "base/file_descriptor.h"
+#include "base/file_stamp.h"
 
 namespace korlib_host {
 
@@ -19,22 +20,11 @@ namespace {
 constexpr std::size_t kMaxNameLength = 255;
 constexpr std::size_t kMaxTextLength = 32767;
 
-// What tells one state of a file from another; a file that is renamed over another has its own inode.
-struct Stamp {
-  ino_t inode = 0;
-  off_t size = 0;
-  timespec modified{};
-
-  static Stamp of(const std::filesystem::path& file) {
-    struct stat status {};
-    if (stat(file.c_str(), &status) != 0) return {};
-    return {status.st_ino, status.st_size, status.st_mtim};
-  }
-  bool operator==(const Stamp& other) const {
-    return inode == other.inode && size == other.size && modified.tv_sec == other.modified.tv_sec &&
-           modified.tv_nsec == other.modified.tv_nsec;
-  }
-};
+// No file has a stamp of its own.
+base::FileStamp stamp_of(const std::filesystem::path& file) {
+  struct stat status {};
+  return stat(file.c_str(), &status) == 0 ? base::FileStamp::of(status) : base::FileStamp();
+}
 
 // Keeps other writing processes out for as long as the result is open.
 base::FileDescriptor wait_for_turn(const std::filesystem::path& file) {
@@ -83,7 +73,7 @@ class RegistryStore::Impl {
  public:
   Impl(std::filesystem::path file, std::chrono::milliseconds look_every)
       : file_(std::move(file)), look_every_(look_every) {
-    load(Stamp::of(file_));
+    load(stamp_of(file_));
   }
 
   // Calls `look` with the key, or null, while nothing can change it.
@@ -112,7 +102,7 @@ class RegistryStore::Impl {
     std::string problem;
     if (!korlib::activation::save_registry(file_, copy, &problem)) return E_FAIL;
     root_ = std::move(copy);
-    stamp_ = Stamp::of(file_);
+    stamp_ = stamp_of(file_);
     return S_OK;
   }
 
@@ -127,10 +117,10 @@ class RegistryStore::Impl {
 
   void refresh() {
     looked_ = Clock::now();
-    const Stamp now = Stamp::of(file_);
-    if (!(now == stamp_)) load(now);
+    const base::FileStamp now = stamp_of(file_);
+    if (now != stamp_) load(now);
   }
-  void load(const Stamp& stamp) {
+  void load(const base::FileStamp& stamp) {
     stamp_ = stamp;
     korlib::activation::load_registry(file_, &root_, &problem_);
   }
@@ -141,7 +131,7 @@ class RegistryStore::Impl {
   Clock::time_point looked_ = Clock::now();
   RegistryKey root_;
   std::string problem_;
-  Stamp stamp_;
+  base::FileStamp stamp_;
 };
 
 RegistryStore::RegistryStore(std::filesystem::path file, std::chrono::milliseconds look_every)

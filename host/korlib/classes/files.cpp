@@ -15,6 +15,7 @@
 #include <korlib_host/unicode.h>
 
 #include "base/file_descriptor.h"
+#include "base/file_stamp.h"
 #include "base/path_text.h"
 #include "classes/byte_store.h"
 #include "classes/recent_files.h"
@@ -106,14 +107,15 @@ HRESULT load_file(std::wstring_view path, const FileFault& fault, base::GrowingB
   struct stat status {};
   if (const int error = open_regular(name, file, status)) return raise_file_error(L"open", path, error, fault);
   const auto size = static_cast<std::size_t>(status.st_size);
-  const bool is_settled = base::FileStamp::of(status).is_settled();  // asked before it is read
+  const base::FileStamp stamp = base::FileStamp::of(status);
+  const bool is_settled = stamp.is_settled();  // asked before it is read
   if (!korlib_host::may_take(size)) return E_OUTOFMEMORY;
   contents.grow(std::max<std::size_t>(size, 1));
   std::size_t got = 0;
   const int error = base::read_all(file.get(), {contents.data(), size}, got);
   contents.set_size(got);
   if (error != 0) return raise_file_error(L"read", path, error, fault);
-  if (is_settled) recent.keep(name, status, contents.view());
+  if (is_settled) recent.keep(name, stamp, contents.view());
   return S_OK;
 }
 

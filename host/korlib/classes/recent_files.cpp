@@ -1,5 +1,7 @@
 #include "classes/recent_files.h"
 
+#include <sys/stat.h>
+
 #include <new>
 #include <utility>
 
@@ -28,8 +30,7 @@ RecentFiles::Contents RecentFiles::find(const std::string& path) {
   return stat(path.c_str(), &now) == 0 && base::FileStamp::of(now) == file.stamp ? file.contents : nullptr;
 }
 
-void RecentFiles::keep(const std::string& path, const struct stat& status, std::string_view bytes) {
-  const base::FileStamp stamp = base::FileStamp::of(status);
+void RecentFiles::keep(const std::string& path, const base::FileStamp& stamp, std::string_view bytes) {
   if (bytes.size() > kLargest || bytes.size() != static_cast<std::size_t>(stamp.size)) return;
   try {
     auto contents = std::make_shared<const std::string>(bytes);

@@ -1,8 +1,6 @@
 // The contents of small files that were read last.
 #pragma once
 
-#include <sys/stat.h>
-
 #include <memory>
 #include <mutex>
 #include <string>
@@ -22,8 +20,8 @@ class RecentFiles {
   using Contents = std::shared_ptr<const std::string>;
   // Null when the file has to be read.
   Contents find(const std::string& path);
-  // `status` as it was before the bytes were read.
-  void keep(const std::string& path, const struct stat& status, std::string_view bytes);
+  // The stamp as it was before the bytes were read.
+  void keep(const std::string& path, const base::FileStamp& stamp, std::string_view bytes);
 
  private:
   struct File {

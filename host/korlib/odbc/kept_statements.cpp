@@ -26,11 +26,16 @@ bool asks_for_all_columns(std::wstring_view sql) {
   return false;
 }
 
+std::wstring_view without_leading_blanks(std::wstring_view sql) {
+  sql.remove_prefix(std::min(sql.find_first_not_of(L" \t\r\n"), sql.size()));
+  return sql;
+}
+
 }  // namespace
 
 bool may_be_kept(std::wstring_view sql) {
   constexpr std::wstring_view kQuery = L"SELECT";
-  sql.remove_prefix(std::min(sql.find_first_not_of(L" \t\r\n"), sql.size()));
+  sql = without_leading_blanks(sql);
   return sql.size() <= kLongest && base::equal_ascii(sql.substr(0, kQuery.size()), kQuery) &&
          sql.find(L';') == sql.npos && !asks_for_all_columns(sql);
 }
@@ -49,8 +54,7 @@ bool are_columns_of_tables(const Handle& statement, std::size_t count) {
 bool counts_rows(std::wstring_view sql) {
   constexpr std::wstring_view kCount = L"select count(*) ";
   const std::wstring lowered = base::ascii_lowered(sql);
-  std::wstring_view rest = lowered;
-  rest.remove_prefix(std::min(rest.find_first_not_of(L" \t\r\n"), rest.size()));
+  std::wstring_view rest = without_leading_blanks(lowered);
   if (!rest.starts_with(kCount)) return false;
   rest.remove_prefix(kCount.size());
   if (rest.starts_with(L"as ")) {

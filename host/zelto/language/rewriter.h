@@ -10,8 +10,8 @@
 //                             letter case
 //   Response.Write(x)         $zelto_write(Response,x)         in the language, as far as that can; so are Server's
 //                             HTMLEncode and URLEncode, in exactly that spelling
-//   page.SetView(a, b)        $zelto_of(page,"SetView").SetView(a, b)   the object itself, or what has its methods at
-//                             hand; for a plain name and a member that begins with a capital letter
+//   page.SetView(a, b)        $zelto_of(page,"SetView","page").SetView(a, b)   the object itself, or what has its
+//                             methods at hand; for a plain name and a member that begins with a capital letter
 //   new Error(5, "text")      $zelto_error(Error,5, "text")    with its number
 //   throw x;                  throw $zelto.thrown = x;         remembers where something was thrown
 //   catch (e) {               catch (e) { $zelto_caught(e);   gives it the number that older pages know

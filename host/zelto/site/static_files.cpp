@@ -14,6 +14,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/file_stamp.h"
 #include "base/letter_case.h"
 #include "http/status.h"
 #include "http/target.h"
@@ -40,16 +41,11 @@ std::size_t files_to_keep(std::size_t wanted) {
 // From here on opening the file is cheaper than looking at every folder on the way.
 constexpr std::ptrdiff_t kMostLooks = 3;
 
-bool same_time(const timespec& one, const timespec& other) {
-  return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
-}
-
 // The same file, and nothing has been written to it or changed about who may read it. As long as one is open, no other
 // file gets its number.
 bool is_unchanged(const struct stat& then, const struct stat& now) {
-  return then.st_ino == now.st_ino && then.st_dev == now.st_dev && then.st_mode == now.st_mode &&
-         then.st_uid == now.st_uid && then.st_gid == now.st_gid && then.st_size == now.st_size &&
-         same_time(then.st_mtim, now.st_mtim) && same_time(then.st_ctim, now.st_ctim);
+  return base::FileStamp::of(then) == base::FileStamp::of(now) && then.st_mode == now.st_mode &&
+         then.st_uid == now.st_uid && then.st_gid == now.st_gid;
 }
 
 }  // namespace

@@ -38,6 +38,12 @@ class KeptQueries : public Database {
     } while (!base::FileStamp::of(status).is_settled());
     for (int looks = 0; looks < 2; ++looks) reopen();
   }
+  // With a value for its one parameter.
+  CComPtr<IDispatch> asked(const wchar_t* sql, int value) {
+    const CComPtr<IDispatch> command = this->command(sql);
+    append(command.get(), 3, 4, CComVariant(value));
+    return test::object_of(call(command.get(), L"Execute"));
+  }
   // Whatever type the driver takes the column for.
   std::wstring first_as_text() {
     CComVariant value = single(kQuery);
@@ -88,9 +94,7 @@ TEST_P(KeptQueries, TakeTheirParametersAnew) {
   execute(L"INSERT INTO t VALUES (1), (2)");
   settle();
   for (const int wanted : {1, 2, 1}) {
-    const CComPtr<IDispatch> asked = command(L"SELECT id FROM t WHERE id = ?");
-    append(asked.get(), 3, 4, CComVariant(wanted));
-    const CComPtr<IDispatch> rows = test::object_of(call(asked.get(), L"Execute"));
+    const CComPtr<IDispatch> rows = asked(L"SELECT id FROM t WHERE id = ?", wanted);
     EXPECT_EQ(wanted, field(rows.get(), L"id").value.lVal);
   }
 }
@@ -126,9 +130,7 @@ TEST_P(KeptQueries, GiveAnExpressionTheTypeThatItHasEachTime) {
   execute(L"INSERT INTO t VALUES (7)");
   settle();
   for (const auto& [least, type] : {std::pair(8, VT_NULL), std::pair(7, VT_I4), std::pair(8, VT_NULL)}) {
-    const CComPtr<IDispatch> asked = command(L"SELECT max(id) AS v FROM t WHERE id >= ?");
-    append(asked.get(), 3, 4, CComVariant(least));
-    const CComPtr<IDispatch> rows = test::object_of(call(asked.get(), L"Execute"));
+    const CComPtr<IDispatch> rows = asked(L"SELECT max(id) AS v FROM t WHERE id >= ?", least);
     EXPECT_EQ(type, field(rows.get(), L"v").value.vt) << least;
   }
   EXPECT_EQ(0, kept());

@@ -46,8 +46,8 @@ class Prelude {
   // What has been collected since; null with no memory or stack for it.
   JSValueRef take_text() const;
 
-  // A method that the page has called often enough is found without the host from here on, until begin(), where it is
-  // called by that name on what a name stands for.
+  // Until begin(), calls such as page.SetView(…) find the method without the host. For what a page calls again and
+  // again.
   void keep_method(JSObjectRef object, JSStringRef name, JSObjectRef method) const;
 
   // The one that every object inherits from.

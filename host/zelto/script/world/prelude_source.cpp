@@ -111,21 +111,25 @@ Object.defineProperty(globalThis, "console", {
   get() { define(globalThis, "console", make_console()); return console; },
   set(value) { define(globalThis, "console", value); }, configurable: true });
 
+// The messages are the engine's own.
+const need_object = (object, callee) => {
+  if (object === null || object === undefined) throw new TypeError(`${object} is not an object (evaluating '${callee}')`);
+};
+const not_a_function = (callee, parameters, member) => {
+  const value = typeof member === "object" && member !== null ? "an object" : String(member);
+  return new TypeError(`${callee} is not a function. (In '${callee}${parameters}', '${callee}' is ${value})`);
+};
+
 // object.Name(): a method is called, and a property of an automation object is read, as `rs.EOF()` means it.
 const call = (object, name, receiver = "(…)") => {
-  if (object === null || object === undefined) {
-    throw new TypeError(`${object} is not an object (evaluating '${receiver}.${name}')`);
-  }
-  const member = owner(object, name)[name];
+  const member = owner(object, name, receiver)[name];
   if (typeof member === "function") return apply(member, object, []);
   if (native.has(object, name)) return member;
-  const callee = `${receiver}.${name}`;
-  const value = typeof member === "object" && member !== null ? "an object" : String(member);
-  throw new TypeError(`${callee} is not a function. (In '${callee}()', '${callee}' is ${value})`);
+  throw not_a_function(`${receiver}.${name}`, "()", member);
 };
 
 // The methods that a page calls again and again, of a few objects: the host tells them, because asking it for one takes
-// as long as a short call. They know their object, so they may be called on whatever has them.
+// as long as a short call. Each is bound to its object, whatever it is called on.
 let first, second, third, of_first, of_second, of_third, place = 0;
 const methods_of = object =>
   object === first ? of_first : object === second ? of_second : object === third ? of_third : undefined;
@@ -143,9 +147,7 @@ const keep_method = (object, name, method) => {
 };
 // object.Name(…)
 const owner = (object, name, receiver) => {
-  if (object === null || object === undefined) {
-    throw new TypeError(`${object} is not an object (evaluating '${receiver}.${name}')`);
-  }
+  need_object(object, `${receiver}.${name}`);
   const methods = methods_of(object);
   return methods !== undefined && methods[name] !== undefined ? methods : object;
 };
@@ -196,11 +198,10 @@ const put_literal = number => {
 // What the script would have called.
 const method_of = (object, receiver, name) => {
   const callee = `${receiver}.${name}`;
-  if (object === null || object === undefined) throw new TypeError(`${object} is not an object (evaluating '${callee}')`);
+  need_object(object, callee);
   const member = object[name];
   if (typeof member === "function") return member;
-  throw new TypeError(`${callee} is not a function. (In '${callee}(…)', '${callee}' is ${typeof member === "object" &&
-    member !== null ? "an object" : String(member)})`);
+  throw not_a_function(callee, "(…)", member);
 };
 // Response.Write(value)
 const write = (object, ...values) => {
