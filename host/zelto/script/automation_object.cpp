@@ -133,7 +133,7 @@ bool set_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, JSValu
   HRESULT hr = S_OK;
   LONG index = 0;
   if (is_index(text, &index)) {
-    arguments = CallArguments(index);
+    arguments.set_index(index);
   } else if (const MemberName* known = held->names().find(dispatch.get(), text, &hr)) {
     id = known->id;
   } else if (SUCCEEDED(hr)) {

@@ -23,7 +23,7 @@ struct Note {
 
 void send(IoLoop& loop, std::function<void()> read) {
   loop.mailbox().send(
-      {std::make_shared<Note>(std::move(read)), [](void* note) noexcept { static_cast<Note*>(note)->read(); }});
+      {std::make_shared<Note>(Note{std::move(read)}), [](void* note) noexcept { static_cast<Note*>(note)->read(); }});
 }
 
 void start(IoLoop& loop) {

@@ -52,7 +52,7 @@ TEST_F(CallArgumentsTest, AreFilledWhereOneWasOmittedOnly) {
 }
 
 TEST_F(CallArgumentsTest, HaveTheAssignedValueInFront) {
-  arguments = CallArguments(7);
+  arguments.set_index(7);
   const CComVariant value(LONG{9});
   PutArguments put(arguments, value);
   const DISPPARAMS params = put.params();

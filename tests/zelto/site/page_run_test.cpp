@@ -119,7 +119,7 @@ TEST_F(PageRun, StopsAPageThatTakesTooMuchMemory) {
 
 TEST_F(PageRun, LeavesOutWhatAPageWritesToItsConsoleWithoutEnd) {
   EXPECT_EQ("done", body("<% for (var i = 0; i < 20000; i++) console.log('turn'); console.warn('last'); %>done"));
-  constexpr std::size_t kRoom = 64 * 1024;  // of lines such as the first one
+  constexpr std::size_t kRoom = std::size_t{64} * 1024;  // of lines such as the first one
   const std::string first = "/page.asp:1: console.log: turn";
   ASSERT_EQ(kRoom / first.size() + 2, log.size());  // a last one in part, and what says so
   EXPECT_EQ(first, log.front());
