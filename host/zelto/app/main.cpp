@@ -8,7 +8,7 @@ namespace {
 // anything lies behind it: a few uploads would have the program keep their memory for good. Bodies and texts of that
 // size are given back at once instead; smaller ones are taken and freed without a call of the system.
 constexpr int kGivenBack = 512 << 10;
-constexpr int kKept = 4 << 20;  // at the end of an arena
+constexpr int kKept = 1 << 20;  // at the end of an arena
 
 }  // namespace
 
