@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "app/command_line.h"
+#include "app/startup_pages.h"
 
 namespace zelto {
 
@@ -82,6 +83,7 @@ int Supervisor::run(const Supervised& supervised) {
   for (;;) {
     const auto began = Clock::now();
     if (start()) return supervised.serve();
+    give_startup_pages_back();
     const std::optional<Death> death = watch(supervised);
     if (!death) return stop(supervised);
     was_ready_ |= vitals_.is_ready();
