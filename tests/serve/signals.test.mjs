@@ -137,7 +137,8 @@ served('a zelto.toml that is wrong changes nothing', async (site) => {
   await hangUp(site);
   for (const [text, words] of [['debug = maybe\n', /zelto\.toml:1: .*; the settings stay as they were$/],
     ['debug = false\ncolour = 1\n', /zelto\.toml:2: colour is not known; .*; the settings stay as they were$/],
-    ['debug = false\nlog = "none/of/these"\n', /opening the log .*: No such file or directory; the settings stay/]]) {
+    ['debug = false\nlog = "none/of/these"\n', /zelto\.toml:2: log is in a folder that there is not; .*; the settings stay/],
+    ['debug = false\nlog = "."\n', /opening the log .*: Is a directory; the settings stay/]]) {
     await configure(site, text);
     await hangUp(site);
     assert.equal(told(site).length, 1);

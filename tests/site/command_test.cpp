@@ -70,7 +70,6 @@ TEST_F(Command, TellsOfAGlobalAsaThatIsNotRun) {
 TEST_F(Command, RefusesWrongUse) {
   file("page.asp", "x");
   const std::vector<std::vector<std::string>> wrong = {
-      {},
       {"dance"},
       {"run"},
       {"run", "none.asp"},
@@ -105,10 +104,35 @@ TEST_F(Command, RefusesWrongUse) {
   }
 }
 
+TEST_F(Command, TellsWhatThereIsWithoutWords) {
+  const Ran ran = run({});
+  EXPECT_EQ(2, ran.status);
+  EXPECT_EQ(run({"--help"}).output, ran.output);
+  EXPECT_EQ("", ran.error);
+}
+
+TEST_F(Command, SaysWhatWasMeant) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> rows = {
+      {{"srve"}, "there is no command 'srve'; did you mean 'serve'? (zelto --help tells what there is)"},
+      {{"dance"}, "there is no command 'dance' (zelto --help tells what there is)"},
+      {{"serve", ".", "--wrkers", "3"},
+       "there is no option '--wrkers'; did you mean '--workers'? (zelto serve --help tells what there is)"},
+      {{"run", "a.asp", "--qery", "a=b"},
+       "there is no option '--qery'; did you mean '--query'? (zelto run --help tells what there is)"},
+      {{"serve", ".", "--workers", "abc"},
+       "--workers: 'abc' is not a number from 1 to 1024; a right one is 4 (zelto serve --help tells what there is)"},
+      {{"serve", ".", "--workers", "-1"},
+       "--workers: '-1' is not a number from 1 to 1024; a right one is 4 (zelto serve --help tells what there is)"},
+      {{"serve", ".", "--body-limit", "16XB"},
+       "--body-limit: '16XB' is not a size; a right one is 16MiB (zelto serve --help tells what there is)"},
+  };
+  for (const auto& [words, expected] : rows) EXPECT_EQ("zelto: " + expected + "\n", run(words).error);
+}
+
 TEST_F(Command, SaysWhyItCannotServe) {
   const Ran listen = run({"serve", ".", "--listen", "nowhere"});
   EXPECT_EQ(2, listen.status);
-  EXPECT_EQ("zelto: 'nowhere' is not an ADDRESS:PORT\n", listen.error);
+  EXPECT_EQ("zelto: --listen: 'nowhere' is not an ADDRESS:PORT; a right one is 127.0.0.1:8080\n", listen.error);
   file("zelto.toml", "colour = 1\n");
   const Ran configured = run({"serve", "."});
   EXPECT_EQ(2, configured.status);

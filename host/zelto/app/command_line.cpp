@@ -9,6 +9,7 @@
 #include "app/run_command.h"
 #include "app/runtime.h"
 #include "app/serve_command.h"
+#include "app/suggestion.h"
 #include "site/protected_names.h"
 
 #ifndef ZELTO_VERSION
@@ -19,9 +20,47 @@ namespace zelto {
 
 namespace {
 
-// The library would read the sign as part of the number.
-std::string refuse_sign(const std::string& size) {
-  return size.starts_with('-') ? "a size is not negative" : std::string();
+// Checks of an option's text: they answer what is wrong with it, or nothing.
+
+std::string check_workers(const std::string& number) {
+  unsigned workers = 0;
+  if (CLI::detail::lexical_cast(number, workers) && number.front() != '-' && workers >= 1 && workers <= 1024) return {};
+  return "'" + number + "' is not a number from 1 to 1024; a right one is 4";
+}
+
+// The library would read the sign as part of the number, and names every unit that it knows.
+std::string check_size(std::string& size) {
+  std::string bytes = size;
+  try {
+    if (!size.starts_with('-') && CLI::AsSizeValue(false)(bytes).empty()) {
+      size = bytes;
+      return {};
+    }
+  } catch (const CLI::ValidationError&) {  // a unit that there is not
+  }
+  return "'" + size + "' is not a size; a right one is 16MiB";
+}
+
+bool is_option(const std::string& word) { return word.starts_with('-'); }
+
+// What the library says, in full sentences for a word that it does not know.
+std::string failure_message(const CLI::App* app, const CLI::Error& error) {
+  const CLI::App* const command = app->get_subcommands().empty() ? app : app->get_subcommands().front();
+  const std::vector<std::string> unknown = command->remaining();
+  std::string says = error.what();
+  std::vector<std::string> known;
+  if (!unknown.empty() && is_option(unknown.front())) {
+    for (const CLI::Option* option : command->get_options())
+      for (const std::string& name : option->get_lnames()) known.push_back("--" + name);
+    says = "there is no option '" + unknown.front() + "'";
+  } else if (!unknown.empty() && command == app) {
+    for (const CLI::App* one : app->get_subcommands(nullptr)) known.push_back(one->get_name());
+    says = "there is no command '" + unknown.front() + "'";
+  }
+  const std::string meant = known.empty() ? std::string() : suggestion(known, unknown.front());
+  if (!meant.empty()) says += "; " + meant;
+  const std::string help = "zelto " + (command == app ? std::string() : command->get_name() + " ") + "--help";
+  return "zelto: " + says + " (" + help + " tells what there is)\n";
 }
 
 std::string indented(const std::string& lines) {
@@ -33,13 +72,15 @@ std::string indented(const std::string& lines) {
 void add_serve(CLI::App& app, ServeCommand& command) {
   CLI::App* serve = app.add_subcommand("serve", "Serve the pages and files of a folder");
   serve->add_option("SITE", command.site, "The folder, by default this one")->type_name("");
-  serve->add_option("--listen", command.listen, "Where, by default 127.0.0.1:8080")->type_name("ADDRESS:PORT");
+  serve
+      ->add_option("--listen", command.listen,
+                   "Where, by default 127.0.0.1:8080; a port alone is of this machine only, :8080 of every address")
+      ->type_name("ADDRESS:PORT");
   serve->add_option("--workers", command.workers, "How many pages run at the same time, by default two a core")
-      ->check(CLI::Range(1u, 1024u).description(""))
+      ->check(CLI::Validator(check_workers, ""))
       ->type_name("NUMBER");
   serve->add_option("--body-limit", command.body_limit, "The largest request body, as in 256MiB, by default 16MiB")
-      ->transform(CLI::AsSizeValue(false).description(""))
-      ->transform(CLI::Validator(refuse_sign, ""))  // runs before the one above
+      ->transform(CLI::Validator(check_size, ""))
       ->type_name("SIZE");
   serve->add_flag("--debug", command.debug, "Let error pages show what went wrong");
   serve->add_flag("--no-supervisor", command.no_supervisor, "Serve in this process: for debuggers");
@@ -101,9 +142,7 @@ int run_command_line(int argc, const char* const* argv) {
       "zelto SUBCOMMAND --help tells more; that of serve lists the keys of zelto.toml.\n\n"
       "Exit code: 0 done, 1 failed (of run: also a status from 400), 2 wrong use or\n"
       "zelto.toml, 3 serve has ended and something that its pages made was left over.");
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return std::string("zelto: ") + error.what() + " (zelto --help tells what there is)\n";
-  });
+  app.failure_message(failure_message);
   ServeCommand serve;
   RunCommand run;
   std::string library;
@@ -112,9 +151,10 @@ int run_command_line(int argc, const char* const* argv) {
   add_library(app, "register", "Let pages create the classes of a component library", library);
   add_library(app, "unregister", "Take that back", library);
   try {
+    if (argc < 2) app.parse(std::vector<std::string>{"--help"});
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kSuccess : kWrongUse;
+    return app.exit(error) == 0 && argc > 1 ? kSuccess : kWrongUse;
   }
   try {
     return dispatch(app, serve, run, library);

@@ -78,7 +78,7 @@ void read_server(const ConfigurationFile& file, ServerOptions& server) {
   server.limits.limits_loopback = per_address.has_value();
   if (const auto queue = file.number("session_queue", 0, 1000)) server.turn_queue = static_cast<std::size_t>(*queue);
   for (const std::string& proxy : file.texts("trusted_proxies").value_or(std::vector<std::string>())) {
-    if (!is_address(proxy)) file.fail("trusted_proxies", "takes addresses, as in \"127.0.0.1\"");
+    if (!is_address(proxy)) file.fail("trusted_proxies", "takes addresses");
     server.trusted_proxies.push_back(boost::asio::ip::make_address(proxy).to_string());
   }
 }
@@ -103,6 +103,8 @@ std::string read_log(const ConfigurationFile& file, const std::string& site, Pro
   if (!name) return {};
   const std::filesystem::path path = std::filesystem::path(site) / *name;
   if (!path.has_filename()) file.fail("log", "takes the name of a file");
+  std::error_code error;
+  if (!std::filesystem::is_directory(path.parent_path(), error)) file.fail("log", "is in a folder that there is not");
   protected_names.add(path.filename().string());
   return path.string();
 }
@@ -139,8 +141,8 @@ void set_listen_address(const std::string& text, ServerOptions& options) {
   if (port.empty() || error != std::errc{} || end != port.data() + port.size()) {
     throw NoListenAddress("'" + text + "' is not an ADDRESS:PORT");
   }
-  if (address == "localhost") address = "127.0.0.1";
-  options.address = colon == 0 || colon == std::string::npos ? "0.0.0.0" : address;
+  if (colon == std::string::npos || address == "localhost") address = "127.0.0.1";
+  options.address = colon == 0 ? "0.0.0.0" : address;
   if (!is_address(options.address)) throw NoListenAddress("'" + address + "' is not an address to listen on");
 }
 
@@ -156,7 +158,11 @@ Configuration read_configuration(const ServeCommand& command) {
   if (const auto limit = file.number("stop_timeout", 0, 3600)) made.stop_timeout = std::chrono::seconds(*limit);
   made.supervise = file.flag("supervise").value_or(true) && !command.no_supervisor;
   if (const auto limit = file.number("hang_timeout", 0, 3600)) made.hang_timeout = std::chrono::seconds(*limit);
-  if (command.listen) set_listen_address(*command.listen, made.server);
+  try {
+    if (command.listen) set_listen_address(*command.listen, made.server);
+  } catch (const NoListenAddress& error) {
+    throw WrongUse(std::string("--listen: ") + error.what() + "; a right one is 127.0.0.1:8080");
+  }
   if (command.workers) made.server.workers = *command.workers;
   if (command.body_limit) made.server.limits.body_bytes = *command.body_limit;
   return made;

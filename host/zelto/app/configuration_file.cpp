@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "app/command_line.h"
+#include "app/suggestion.h"
 #include "text/characters.h"
 
 namespace zelto {
@@ -127,8 +128,16 @@ class ConfigurationFile::Impl {
   [[noreturn]] void fail(std::string_view key, std::string_view what) const {
     throw WrongUse(plain_line(fmt::format("{}:{}: {} {}", name, table.get(key)->source().begin.line, key, what)));
   }
-  [[noreturn]] void fail_type(std::string_view key) const {
-    fail(key, fmt::format("has a value of the wrong type; a right one is {}", find_key(key)->value));
+  [[noreturn]] void fail_value(std::string_view key, std::string_view what) const {
+    fail(key, fmt::format("{}; a right one is {}", what, find_key(key)->value));
+  }
+  [[noreturn]] void fail_type(std::string_view key) const { fail_value(key, "has a value of the wrong type"); }
+  [[noreturn]] void fail_unknown(std::string_view key) const {
+    std::vector<std::string> known;
+    known.reserve(kKeys.size());
+    for (const Key& one : kKeys) known.emplace_back(one.name);
+    const std::string meant = suggestion(known, key);
+    fail(key, fmt::format("is not known; {}{}zelto serve --help lists what is", meant, meant.empty() ? "" : " "));
   }
   template <class Value>
   std::optional<Value> get(std::string_view key) const {
@@ -145,12 +154,12 @@ class ConfigurationFile::Impl {
 
 ConfigurationFile::ConfigurationFile(const std::string& name) : impl_(std::make_unique<Impl>(name)) {
   for (const auto& [key, value] : impl_->table)
-    if (!find_key(key.str())) fail(key.str(), "is not known; zelto serve --help lists what is");
+    if (!find_key(key.str())) impl_->fail_unknown(key.str());
 }
 
 ConfigurationFile::~ConfigurationFile() = default;
 
-void ConfigurationFile::fail(std::string_view key, std::string_view what) const { impl_->fail(key, what); }
+void ConfigurationFile::fail(std::string_view key, std::string_view what) const { impl_->fail_value(key, what); }
 
 std::optional<bool> ConfigurationFile::flag(std::string_view key) const { return impl_->get<bool>(key); }
 

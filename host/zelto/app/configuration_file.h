@@ -24,7 +24,7 @@ class ConfigurationFile {
   std::optional<std::vector<std::string>> texts(std::string_view key) const;
   std::optional<std::int64_t> number(std::string_view key, std::int64_t least, std::int64_t most) const;
 
-  // Refuses the key's value: "zelto.toml:3: KEY WHAT".
+  // Refuses the key's value: "zelto.toml:3: KEY WHAT; a right one is VALUE".
   [[noreturn]] void fail(std::string_view key, std::string_view what) const;
 
   // A line for every key, with its default or an example, and what it means.

@@ -96,6 +96,7 @@ TEST_F(Configuration, NamesTheNodeOfASession) {
 TEST_F(Configuration, NamesTheLogAndProtectsIt) {
   EXPECT_EQ("", read("").log);
   EXPECT_EQ("/var/log/site.txt", read("log = \"/var/log/site.txt\"").log);
+  fs::create_directory(command.site + "/logs");
   const auto made = read("log = \"logs/lines.txt\"");
   EXPECT_EQ(command.site + "/logs/lines.txt", made.log);
   EXPECT_EQ("lines.txt", made.site.files.protected_names.find_in("/logs/lines.txt"));
@@ -130,6 +131,7 @@ TEST_F(Configuration, LetsTheCommandLineWin) {
 
 TEST_F(Configuration, KnowsTheNameOfThisMachine) {
   EXPECT_EQ("127.0.0.1", read("listen = \"localhost:81\"").server.address);
+  EXPECT_EQ("127.0.0.1", read("listen = \"81\"").server.address);
 }
 
 TEST_F(Configuration, TellsWhatIsTakenFromClientsAndGivenToThem) {
@@ -149,18 +151,23 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
     std::string text;
     std::string problem;  // after the file's name
   };
-  const std::string protect = ":1: protect takes \"folder/\", \"*.extension\" or \"file\"";
+  const std::string protect =
+      ":1: protect takes \"folder/\", \"*.extension\" or \"file\"; a right one is [\"drafts/\", \"*.cfg\"]";
   const std::vector<Row> rows = {
-      {"wrokers = 3", ":1: wrokers is not known; zelto serve --help lists what is"},
+      {"wrokers = 3", ":1: wrokers is not known; did you mean 'workers'? zelto serve --help lists what is"},
       {"\n[server]\nlisten = 1", ":2: server is not known; zelto serve --help lists what is"},
       {"debug = true\nworkers = \"3\"", ":2: workers has a value of the wrong type; a right one is 4"},
       {"workers = 3.0", ":1: workers has a value of the wrong type; a right one is 4"},
       {"debug = 1", ":1: debug has a value of the wrong type; a right one is false"},
-      {"listen = \"here\"", ":1: listen names no place to serve: 'here' is not an ADDRESS:PORT"},
-      {"\nlisten = \"1.2.3.4:70000\"", ":2: listen names no place to serve: '1.2.3.4:70000' is not an ADDRESS:PORT"},
+      {"listen = \"here\"",
+       ":1: listen names no place to serve: 'here' is not an ADDRESS:PORT; a right one is \"127.0.0.1:8080\""},
+      {"\nlisten = \"1.2.3.4:70000\"",
+       ":2: listen names no place to serve: '1.2.3.4:70000' is not an ADDRESS:PORT; a right one is \"127.0.0.1:8080\""},
       {"listen = \"example.org:80\"",
-       ":1: listen names no place to serve: 'example.org' is not an address to listen on"},
-      {"listen = \"[]:80\"", ":1: listen names no place to serve: '' is not an address to listen on"},
+       ":1: listen names no place to serve: 'example.org' is not an address to listen on; a right one is "
+       "\"127.0.0.1:8080\""},
+      {"listen = \"[]:80\"",
+       ":1: listen names no place to serve: '' is not an address to listen on; a right one is \"127.0.0.1:8080\""},
       {"\"a\\u001B[2J\\nb\" = 1", ":1: a [2J b is not known; zelto serve --help lists what is"},
       {"debug = true\nprot\u00E9g = []",
        ":2: a character beyond ASCII stands outside of quotes or after a continued line"},
@@ -172,16 +179,16 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"listen = 80", ":1: listen has a value of the wrong type; a right one is \"127.0.0.1:8080\""},
       {"protect = \"a\"", ":1: protect has a value of the wrong type; a right one is [\"drafts/\", \"*.cfg\"]"},
       {"protect = [1]", ":1: protect has a value of the wrong type; a right one is [\"drafts/\", \"*.cfg\"]"},
-      {"workers = 0", ":1: workers is a number from 1 to 1024"},
-      {"body_limit = -1", ":1: body_limit is a number from 0 to 1099511627776"},
-      {"script_timeout = 0", ":1: script_timeout is a number from 1 to 86400"},
-      {"script_memory = 1", ":1: script_memory is a number from 16777216 to 1099511627776"},
-      {"kept_memory = 1", ":1: kept_memory is a number from 16777216 to 1125899906842624"},
-      {"session_timeout = 1441", ":1: session_timeout is a number from 1 to 1440"},
-      {"stop_timeout = -1", ":1: stop_timeout is a number from 0 to 3600"},
-      {"session_limit = 0", ":1: session_limit is a number from 1 to 10000000"},
-      {"upload_parts = 0", ":1: upload_parts is a number from 1 to 10000000"},
-      {"unknown_types = \"show\"", ":1: unknown_types is \"download\" or \"refuse\""},
+      {"workers = 0", ":1: workers is a number from 1 to 1024; a right one is 4"},
+      {"body_limit = -1", ":1: body_limit is a number from 0 to 1099511627776; a right one is 16777216"},
+      {"script_timeout = 0", ":1: script_timeout is a number from 1 to 86400; a right one is 90"},
+      {"script_memory = 1", ":1: script_memory is a number from 16777216 to 1099511627776; a right one is 1073741824"},
+      {"kept_memory = 1", ":1: kept_memory is a number from 16777216 to 1125899906842624; a right one is 4294967296"},
+      {"session_timeout = 1441", ":1: session_timeout is a number from 1 to 1440; a right one is 20"},
+      {"stop_timeout = -1", ":1: stop_timeout is a number from 0 to 3600; a right one is 30"},
+      {"session_limit = 0", ":1: session_limit is a number from 1 to 10000000; a right one is 50000"},
+      {"upload_parts = 0", ":1: upload_parts is a number from 1 to 10000000; a right one is 20000"},
+      {"unknown_types = \"show\"", ":1: unknown_types is \"download\" or \"refuse\"; a right one is \"download\""},
       {"protect = [\"\"]", protect},
       {"protect = [\"/\"]", protect},
       {"protect = [\"*\"]", protect},
@@ -189,10 +196,11 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"protect = [\"a/b\"]", protect},
       {"protect = [\"a*\"]", protect},
       {"protect = [\"*.a/\"]", protect},
-      {"trusted_proxies = [\"proxy\"]", ":1: trusted_proxies takes addresses, as in \"127.0.0.1\""},
-      {"log = \"logs/\"", ":1: log takes the name of a file"},
-      {"log = \"\"", ":1: log takes the name of a file"},
-      {"session_node = \"a;b\"", ":1: session_node takes letters and digits"},
+      {"trusted_proxies = [\"proxy\"]", ":1: trusted_proxies takes addresses; a right one is [\"127.0.0.1\"]"},
+      {"log = \"logs/\"", ":1: log takes the name of a file; a right one is \"/var/log/zelto.log\""},
+      {"log = \"none/a.log\"", ":1: log is in a folder that there is not; a right one is \"/var/log/zelto.log\""},
+      {"log = \"\"", ":1: log takes the name of a file; a right one is \"/var/log/zelto.log\""},
+      {"session_node = \"a;b\"", ":1: session_node takes letters and digits; a right one is \"a\""},
       {"workers = 1\nworkers = 2",
        ":2: Error while parsing key-value pair: cannot redefine existing integer 'workers'"},
       {"listen = \"\xFF\"", ":1: Encountered invalid utf-8 sequence"},
