@@ -6,6 +6,7 @@
 #include <new>
 
 #include "app/configuration_file.h"
+#include "app/init_command.h"
 #include "app/run_command.h"
 #include "app/runtime.h"
 #include "app/serve_command.h"
@@ -113,6 +114,11 @@ void add_run(CLI::App& app, RunCommand& command) {
   run->add_flag("--debug", command.debug, "Let error pages show what went wrong");
 }
 
+void add_init(CLI::App& app, InitCommand& command) {
+  CLI::App* init = app.add_subcommand("init", "Begin a new site: a page, its template, a database, tests");
+  init->add_option("FOLDER", command.folder, "Where: a new folder, or an empty one")->required()->type_name("");
+}
+
 void add_library(CLI::App& app, const char* name, const char* purpose, std::string& library) {
   CLI::App* command = app.add_subcommand(name, purpose);
   command->add_option("LIBRARY", library, "Its shared object")->required()->type_name("");
@@ -121,9 +127,11 @@ void add_library(CLI::App& app, const char* name, const char* purpose, std::stri
       "user's data folder: $XDG_DATA_HOME, or ~/.local/share. The libmirt.so beside this program needs none.");
 }
 
-int dispatch(const CLI::App& app, const ServeCommand& serve, const RunCommand& run, const std::string& library) {
+int dispatch(const CLI::App& app, const ServeCommand& serve, const RunCommand& run, const InitCommand& init,
+             const std::string& library) {
   if (app.got_subcommand("serve")) return serve_site(serve);
   if (app.got_subcommand("run")) return run_page_file(run);
+  if (app.got_subcommand("init")) return init_site(init);
   if (app.got_subcommand("register")) return register_library(library);
   return unregister_library(library);
 }
@@ -139,15 +147,18 @@ int run_command_line(int argc, const char* const* argv) {
       "      [--debug] [--no-supervisor]\n"
       "run PAGE [--site FOLDER] [--query TEXT] [--method NAME] [--debug]\n"
       "      [--header 'NAME: VALUE']… [--body FILE] [--include-headers] [--times NUMBER]\n"
+      "init FOLDER\n"
       "zelto SUBCOMMAND --help tells more; that of serve lists the keys of zelto.toml.\n\n"
       "Exit code: 0 done, 1 failed (of run: also a status from 400), 2 wrong use or\n"
       "zelto.toml, 3 serve has ended and something that its pages made was left over.");
   app.failure_message(failure_message);
   ServeCommand serve;
   RunCommand run;
+  InitCommand init;
   std::string library;
   add_serve(app, serve);
   add_run(app, run);
+  add_init(app, init);
   add_library(app, "register", "Let pages create the classes of a component library", library);
   add_library(app, "unregister", "Take that back", library);
   try {
@@ -157,7 +168,7 @@ int run_command_line(int argc, const char* const* argv) {
     return app.exit(error) == 0 && argc > 1 ? kSuccess : kWrongUse;
   }
   try {
-    return dispatch(app, serve, run, library);
+    return dispatch(app, serve, run, init, library);
   } catch (const WrongUse& error) {
     std::cerr << "zelto: " << error.what() << "\n";
     return kWrongUse;

@@ -1,0 +1,43 @@
+<%@ Language="JavaScript" CodePage="65001" %>
+<!--#include file="database.inc"-->
+<%
+// The page: a list that visitors add to. The button that was pressed names the command, so that OnCommand_Add or
+// OnCommand_Delete runs; then the template templates/page.html is drawn.
+var page = Server.CreateObject("Mirt");
+page.AddScript(this);
+page.Name = "list";
+page.Backable = false;  // a form counts once, whatever the back button brings back
+page.TemplateFolder = Server.MapPath("templates");
+page.TemplateExt = ".html";
+page.DefaultTemplate = "page";
+page.Process();
+
+// --- commands
+
+// None that this page knows.
+function OnCommand_() {}
+
+function OnCommand_Add(page) {
+  var words = String(Request.Form("words")).trim();
+  if (words == "") page.AddMessage(1, "problem");
+  else if (words.length > 200) page.AddMessage(2, "problem");
+  else database.run("INSERT INTO items (words) VALUES (?)", [words]);
+}
+
+function OnCommand_Delete(page) {
+  database.run("DELETE FROM items WHERE id = ?", [Number(Request.Form("id")) || 0]);
+}
+
+// --- drawing
+
+// (#%Items|…#|#…#) in the template: a row for each item, or what stands there when there is none.
+function OnDraw_Items(page, texts) {
+  var items = database.rows("SELECT id, words FROM items ORDER BY id DESC");
+  if (items.length == 0) page.ProcessTemplate(texts[1]);
+  items.forEach(function (item) {
+    page.SetView("id", item.id);
+    page.SetView("words", item.words);
+    page.ProcessTemplate(texts[0]);
+  });
+}
+%>
