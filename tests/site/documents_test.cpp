@@ -14,22 +14,22 @@ namespace {
 namespace fs = std::filesystem;
 
 struct Example {
-  std::string page;
+  std::string source;
   std::string output;
-  int line = 0;  // of the document, where the page begins
+  int line = 0;  // of the document, where the source begins
 };
 
-// Every block of ```asp, with the block of ```text after it.
-std::vector<Example> examples_in(const fs::path& document) {
+// Every block that begins with the line, with the block of ```text after it.
+std::vector<Example> examples_in(const fs::path& document, const std::string& beginning) {
   std::vector<Example> examples;
   std::string* block = nullptr;
   std::ifstream in(document);
   int number = 0;
   for (std::string line; std::getline(in, line);) {
     ++number;
-    if (line == "```asp") {
-      examples.push_back({.page = {}, .output = {}, .line = number + 1});
-      block = &examples.back().page;
+    if (line == beginning) {
+      examples.push_back({.source = {}, .output = {}, .line = number + 1});
+      block = &examples.back().source;
     } else if (line == "```text" && !examples.empty()) {
       block = &examples.back().output;
     } else if (line == "```") {
@@ -48,13 +48,34 @@ std::string without_end(std::string text) {
 
 TEST(Documents, ShowPagesWithWhatTheyPrint) {
   const test::TemporaryFolder folder;
-  const std::vector<Example> examples = examples_in(fs::path(DOCUMENTS) / "pages.md");
+  const std::vector<Example> examples = examples_in(fs::path(DOCUMENTS) / "pages.md", "```asp");
   EXPECT_GE(examples.size(), 4U);
   for (const Example& example : examples) {
-    folder.write("page.asp", example.page);
+    folder.write("page.asp", example.source);
     const test::Ran ran = test::run_program({"run", "page.asp"}, folder.path(), folder.path());
     EXPECT_EQ(without_end(example.output), without_end(ran.output)) << "pages.md:" << example.line;
     EXPECT_EQ("", ran.error) << "pages.md:" << example.line;
+  }
+}
+
+TEST(Documents, ShowTemplatesWithWhatTheyDraw) {
+  const test::TemporaryFolder folder;
+  const fs::path document = fs::path(DOCUMENTS) / "templates.md";
+  const std::vector<Example> pages = examples_in(document, "```asp");
+  const std::vector<Example> parts = examples_in(document, "```html part");
+  ASSERT_EQ(1U, pages.size());
+  ASSERT_EQ(1U, parts.size());
+  fs::create_directory(folder.path("templates"));
+  folder.write("page.asp", pages[0].source);
+  folder.write("templates/part.html", without_end(parts[0].source));
+  const std::vector<Example> examples = examples_in(document, "```html");
+  EXPECT_GE(examples.size(), 9U);
+  for (const Example& example : examples) {
+    folder.write("templates/example.html", example.source);
+    const test::Ran ran =
+        test::run_program({"run", "page.asp", "--query", "c=Greet&who=<Ann>"}, folder.path(), folder.path());
+    EXPECT_EQ(without_end(example.output), without_end(ran.output)) << "templates.md:" << example.line;
+    EXPECT_EQ("", ran.error) << "templates.md:" << example.line;
   }
 }
 
