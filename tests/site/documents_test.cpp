@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "site/program.h"
@@ -48,13 +49,16 @@ std::string without_end(std::string text) {
 
 TEST(Documents, ShowPagesWithWhatTheyPrint) {
   const test::TemporaryFolder folder;
-  const std::vector<Example> examples = examples_in(fs::path(DOCUMENTS) / "pages.md", "```asp");
-  EXPECT_GE(examples.size(), 4U);
-  for (const Example& example : examples) {
-    folder.write("page.asp", example.source);
-    const test::Ran ran = test::run_program({"run", "page.asp"}, folder.path(), folder.path());
-    EXPECT_EQ(without_end(example.output), without_end(ran.output)) << "pages.md:" << example.line;
-    EXPECT_EQ("", ran.error) << "pages.md:" << example.line;
+  const std::pair<const char*, std::size_t> documents[] = {{"pages.md", 4}, {"controller.md", 2}};
+  for (const auto& [document, least] : documents) {
+    const std::vector<Example> examples = examples_in(fs::path(DOCUMENTS) / document, "```asp");
+    EXPECT_GE(examples.size(), least);
+    for (const Example& example : examples) {
+      folder.write("page.asp", example.source);
+      const test::Ran ran = test::run_program({"run", "page.asp"}, folder.path(), folder.path());
+      EXPECT_EQ(without_end(example.output), without_end(ran.output)) << document << ":" << example.line;
+      EXPECT_EQ("", ran.error) << document << ":" << example.line;
+    }
   }
 }
 
