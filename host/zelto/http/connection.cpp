@@ -2,7 +2,6 @@
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/post.hpp>
 #include <boost/asio/write.hpp>
 #include <new>
 #include <string_view>
@@ -38,6 +37,7 @@ Connection::Connection(Socket socket, Mailbox& mailbox, Terms terms, ConnectionS
       queue_(shared.spool, limits().send_memory, [this] { send_for_worker(); }),
       sink_(queue_),
       sender_(socket_, queue_, deadline_, limits(), [this] { on_sent(); }),
+      watch_(socket_, mailbox, [this] { guarded([this] { read_next(); }); }),
       job_(shared.pool, reader_, sink_, shared.report, [this, &mailbox] { hand_back(mailbox); }) {}
 
 Connection::~Connection() { shared_.table.remove(this); }
@@ -47,10 +47,6 @@ void Connection::turn_away() { post(&Connection::answer_too_many); }
 void Connection::give_way() { post(&Connection::close_unless_answering); }
 void Connection::close_when_idle() { post(&Connection::close_soon); }
 void Connection::abort() { post(&Connection::end_at_once); }
-
-void Connection::post(Step step) {
-  asio::post(socket_.get_executor(), [self = shared_from_this(), step] { self->guarded([&] { (*self.*step)(); }); });
-}
 
 void Connection::begin() {
   if (shared_.stopping) return close();
@@ -71,6 +67,7 @@ void Connection::answer_too_many() {
 }
 
 void Connection::close_soon() {
+  watch_.look();
   last_ = true;
   if (is_idle() || phase_ == Phase::draining) close();
 }
@@ -210,6 +207,7 @@ void Connection::submit() {
   request.local_port = ends_.local_port;
   request.secure = came_encrypted(request, terms_->trusted_proxies);
   prepare_sink(!last_ && !unread_input_, limits().send_timeout);
+  if (!sink_.must_close()) watch_.begin(shared_from_this());
   switch (job_.submit(shared_from_this(), turn_, socket_.native_handle())) {
     case WorkerPool::Submitted::queued:
       return;
@@ -294,9 +292,9 @@ void Connection::next_request() {
   phase_ = Phase::idle;
   arm(limits().keep_alive_timeout);
   shared_.table.set_state(this, ConnectionState::waiting);
-  if (!reader_.has_begun()) return read_head();
   // Posted, not called: a client may have sent any number of requests at once.
-  post(&Connection::read_next);
+  if (reader_.has_begun()) return post(&Connection::read_next);
+  if (!watch_.await()) read_head();
 }
 
 // Closing while the client still sends would reset the connection and lose the answer on its way. So some of that is

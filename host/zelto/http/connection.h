@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <boost/asio/post.hpp>
 #include <boost/system/error_code.hpp>
 #include <chrono>
 #include <exception>
@@ -14,6 +15,7 @@
 #include "http/access_log.h"
 #include "http/answer_queue.h"
 #include "http/answer_sender.h"
+#include "http/client_watch.h"
 #include "http/connection_table.h"
 #include "http/deadline.h"
 #include "http/limits.h"
@@ -73,7 +75,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
 
   void post(Step step);
   // From the worker to the loop.
-  void hand_back(Mailbox& mailbox) { mailbox.send({shared_from_this(), &open_answered}); }
+  void hand_back(Mailbox& mailbox);
   static void open_answered(void* connection) noexcept;
   // A step that fails, for want of memory, ends the connection: nothing would wake it again.
   template <class Function>
@@ -82,6 +84,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   void begin();
   void answer_too_many();
   void close_unless_answering() {
+    watch_.look();
     if (phase_ != Phase::answering) cut_off();
   }
   void close_soon();
@@ -147,6 +150,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   AnswerQueue queue_;
   SocketSink sink_;
   AnswerSender sender_;
+  ClientWatch watch_;
   PageJob job_;
 };
 
@@ -158,6 +162,20 @@ void Connection::guarded(Function step) noexcept {
     shared_.report(problem.what());
     end_at_once();
   }
+}
+
+inline void Connection::post(Step step) {
+  boost::asio::post(socket_.get_executor(),
+                    [self = shared_from_this(), step] { self->guarded([&] { (*self.*step)(); }); });
+}
+
+// What is left to do when the client has all of an answer can wait until it sends more.
+inline void Connection::hand_back(Mailbox& mailbox) {
+  Mailbox::Letter letter{shared_from_this(), &open_answered};
+  if (queue_.is_sending() || sink_.must_close()) return mailbox.send(std::move(letter));
+  record_.stop();
+  shared_.table.set_state(this, ConnectionState::waiting);
+  watch_.leave(std::move(letter));
 }
 
 inline void Connection::open_answered(void* connection) noexcept {

@@ -22,16 +22,18 @@ base::FileDescriptor make_bell() {
 
 }  // namespace
 
-Mailbox::Mailbox(boost::asio::io_context& io) : bell_(io.get_executor()) {
+Mailbox::Mailbox(boost::asio::io_context& io) : bell_(io.get_executor()), timer_(io.get_executor()) {
   base::FileDescriptor bell = make_bell();
   bell_.assign(bell.get());
   bell.release();
 }
 
-void Mailbox::send(Letter letter) {
+// What tells whether the loop looks is asked under the lock that it takes to look.
+void Mailbox::put(Letter letter, const std::atomic<bool>* is_urgent) {
   {
     const std::lock_guard lock(lock_);
     letters_.push_back(std::move(letter));
+    if (is_urgent && !*is_urgent && looks_soon_) return;
     if (std::exchange(is_ringing_, true)) return;
   }
   // It fails only when it has rung 2^64 times and nobody came.
@@ -59,6 +61,17 @@ void Mailbox::open_all() {
   }
   for (const Letter& letter : opened_) letter.open(letter.owner.get());
   opened_.clear();
+}
+
+void Mailbox::look_soon() {
+  constexpr std::chrono::milliseconds kSoon(10);
+  if (looks_soon_) return;
+  timer_.expires_after(kSoon);
+  timer_.async_wait([this](const boost::system::error_code& error) {
+    looks_soon_ = false;
+    if (!error) open_all();
+  });
+  looks_soon_ = true;
 }
 
 }  // namespace zelto

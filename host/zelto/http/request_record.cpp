@@ -5,11 +5,11 @@
 namespace zelto {
 
 void RequestRecord::begin(std::string remote_address, std::string_view request_line) {
-  record_ = {};
+  clear();
   record_.remote_address = std::move(remote_address);
   record_.request_line = request_line;
   record_.received = std::chrono::system_clock::now();
-  began_ = std::chrono::steady_clock::now();
+  began_ = Clock::now();
 }
 
 void RequestRecord::add_client(const HttpRequest& request) {
@@ -21,7 +21,7 @@ const AccessRecord& RequestRecord::end(const SocketSink& sink) {
   record_.status = sink.status();
   record_.body_bytes = sink.body_bytes();
   record_.note = sink.note();
-  record_.taken = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - began_);
+  record_.taken = std::chrono::duration_cast<std::chrono::microseconds>(ended_.value_or(Clock::now()) - began_);
   return record_;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,14 +19,19 @@ class RequestRecord {
   // What the client says of itself.
   void add_client(const HttpRequest& request);
   bool has_begun() const { return !record_.request_line.empty(); }
+  // The answer has been sent. Without this, its time ends with end().
+  void stop() { ended_ = Clock::now(); }
 
   // The whole, once the answer has been sent or cut off.
   const AccessRecord& end(const SocketSink& sink);
-  void clear() { record_ = {}; }
+  void clear() { *this = {}; }
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   AccessRecord record_;
-  std::chrono::steady_clock::time_point began_;
+  Clock::time_point began_;
+  std::optional<Clock::time_point> ended_;
 };
 
 }  // namespace zelto

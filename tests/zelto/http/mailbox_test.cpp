@@ -73,6 +73,28 @@ TEST(Mailbox, TakesLettersFromALetter) {
   loop.stop();
 }
 
+// Leaves a letter, and waits until it is opened.
+void leave_one(IoLoop& loop, bool is_urgent) {
+  const std::atomic<bool> urgent = is_urgent;
+  std::promise<void> opened;
+  loop.mailbox().leave({std::make_shared<Note>([&] { opened.set_value(); }),
+                        [](void* note) noexcept { static_cast<Note*>(note)->read(); }},
+                       urgent);
+  opened.get_future().wait();
+}
+
+TEST(Mailbox, OpensWhatWasLeftWhetherItLooksOrNot) {
+  IoLoop loop;
+  start(loop);
+  for (const bool is_urgent : {false, true}) {
+    leave_one(loop, is_urgent);
+    send(loop, [&] { loop.mailbox().look_soon(); });
+    leave_one(loop, is_urgent);
+    leave_one(loop, is_urgent);
+  }
+  loop.stop();
+}
+
 TEST(Mailbox, LetsGoOfWhatNobodyOpens) {
   const auto held = std::make_shared<int>(1);
   {

@@ -44,6 +44,17 @@ TEST(Server, AnswersPipelinedRequestsInTheirOrder) {
   for (int i = 0; i < 200; ++i) EXPECT_EQ("GET /echo?" + std::to_string(i) + "|", client.receive().value().body);
 }
 
+TEST(Server, AnswersWhatComesWhileItAnswersTheLast) {
+  TestServer test;
+  Client client(test.port());
+  client.send(get("/gate"));
+  test.gate.wait_for(1);
+  client.send(get("/echo?next"));
+  test.gate.open();
+  EXPECT_EQ(200, client.receive().value().status);
+  EXPECT_EQ("GET /echo?next|", client.receive().value().body);
+}
+
 TEST(Server, SkipsALineBreakTooManyBetweenRequests) {
   TestServer test;
   Client client(test.port());
@@ -229,6 +240,14 @@ TEST(Server, WritesOneRecordPerAnswer) {
   EXPECT_EQ(11U, records[0].body_bytes);
   EXPECT_EQ("bad", records[1].request_line);
   EXPECT_EQ(400, records[1].status);
+}
+
+TEST(Server, WritesTheRecordOfAClientThatSaysNoMore) {
+  TestServer test;
+  Client client(test.port());
+  client.send(get("/echo"));
+  client.receive();
+  EXPECT_EQ("GET /echo HTTP/1.1", test.wait_for_records(1).front().request_line);
 }
 
 TEST(Server, BelievesOnlyATrustedProxyThatItsClientCameEncrypted) {
