@@ -168,14 +168,14 @@ Value read_loose(const Handle& statement, SQLUSMALLINT number, Kind kind) {
 
 }  // namespace
 
-std::vector<Column> describe_columns(const Handle& statement, DriverText way, bool has_loose_types) {
+Columns describe_columns(const Handle& statement, DriverText way, bool has_loose_types) {
   SQLSMALLINT count = 0;
   statement.check(SQLNumResultCols(statement.get(), &count));
   std::vector<Column> columns;
   for (SQLSMALLINT number = 1; number <= count; ++number) {
     columns.push_back(describe_column(statement, way, static_cast<SQLUSMALLINT>(number), has_loose_types));
   }
-  return columns;
+  return std::make_shared<const std::vector<Column>>(std::move(columns));
 }
 
 Value read_value(const Handle& statement, unsigned short number, const Column& column, bool has_loose_types) {

@@ -16,7 +16,10 @@ DatabaseFile::DatabaseFile(const Handle& connection, DriverText way) {
   const SQLHSTMT handle = statement.get();
   const bool is_found = SQL_SUCCEEDED(SQLExecDirect(handle, sql, SQL_NTS)) && SQL_SUCCEEDED(SQLFetch(handle)) &&
                         SQLGetData(handle, kPathColumn, SQL_C_CHAR, path, sizeof path, &length) == SQL_SUCCESS;
-  if (is_found && length > 0) path_ = path;
+  if (is_found && length > 0) {
+    path_ = path;
+    log_path_ = path_ + "-wal";
+  }
   is_replaced();
 }
 
@@ -27,7 +30,7 @@ bool DatabaseFile::is_replaced() {
   if (stat(path_.c_str(), &found) == 0) present = Identity{found.st_dev, found.st_ino};
   if (!first_seen_) first_seen_ = present;
   struct stat log = {};
-  if (stat((path_ + "-wal").c_str(), &log) != 0) log = {};
+  if (stat(log_path_.c_str(), &log) != 0) log = {};
   const auto stamp = base::FileStamp::of(found);
   const auto log_stamp = base::FileStamp::of(log);
   is_unchanged_ = was_settled_ && stamp == stamp_ && log_stamp == log_stamp_;

@@ -33,10 +33,11 @@ class DatabaseFile {
   };
 
   std::string path_;
+  std::string log_path_;                // of the file beside it that new pages may be written to first
   std::optional<Identity> first_seen_;  // a new database's file may be made late
   base::FileStamp stamp_;
-  base::FileStamp log_stamp_;  // of the file beside it that new pages may be written to first
-  bool was_settled_ = false;   // both, at the last look
+  base::FileStamp log_stamp_;
+  bool was_settled_ = false;  // both, at the last look
   bool is_unchanged_ = false;
 };
 

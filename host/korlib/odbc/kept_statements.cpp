@@ -69,17 +69,17 @@ bool counts_rows(std::wstring_view sql) {
          std::ranges::none_of(kOthers, [&](std::wstring_view word) { return rest.find(word) != rest.npos; });
 }
 
-std::unique_ptr<Handle> KeptStatements::take(std::wstring_view sql) {
+KeptStatements::Prepared KeptStatements::take(std::wstring_view sql) {
   const auto found = std::ranges::find(kept_, sql, [](const Kept& one) { return std::wstring_view(one.sql); });
-  if (found == kept_.end()) return nullptr;
-  std::unique_ptr<Handle> statement = std::move(found->statement);
+  if (found == kept_.end()) return {};
+  Prepared statement = std::move(found->statement);
   kept_.erase(found);
   --g_kept;
   return statement;
 }
 
-void KeptStatements::keep(std::wstring sql, std::unique_ptr<Handle> statement) noexcept {
-  if (!SQL_SUCCEEDED(SQLFreeStmt(statement->get(), SQL_CLOSE))) return;
+void KeptStatements::keep(std::wstring sql, Prepared statement) noexcept {
+  if (!SQL_SUCCEEDED(SQLFreeStmt(statement.handle->get(), SQL_CLOSE))) return;
   try {
     kept_.push_back({std::move(sql), std::move(statement)});
     ++g_kept;

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "odbc/column.h"
 #include "odbc/handle.h"
 
 namespace korlib::odbc {
@@ -29,16 +30,21 @@ class KeptStatements {
   KeptStatements(const KeptStatements&) = delete;
   KeptStatements& operator=(const KeptStatements&) = delete;
 
-  // Null where none of that text is kept. It is the caller's from now on.
-  std::unique_ptr<Handle> take(std::wstring_view sql);
+  // A handle, and the columns of what it gives, which stay the same.
+  struct Prepared {
+    std::unique_ptr<Handle> handle;
+    Columns columns;
+  };
+  // Without a handle where none of that text is kept. It is the caller's from now on.
+  Prepared take(std::wstring_view sql);
   // Of a statement that is over; its parameters have been reset.
-  void keep(std::wstring sql, std::unique_ptr<Handle> statement) noexcept;
+  void keep(std::wstring sql, Prepared statement) noexcept;
   void clear() noexcept;
 
  private:
   struct Kept {
     std::wstring sql;
-    std::unique_ptr<Handle> statement;
+    Prepared statement;
   };
   std::vector<Kept> kept_;  // the last used comes last
 };

@@ -14,8 +14,8 @@ class ResultSet {
  public:
   ResultSet(std::unique_ptr<Statement> statement, bool is_kept);
 
-  bool has_columns() const { return !columns_.empty(); }
-  const std::vector<Column>& columns() const { return columns_; }
+  bool has_columns() const { return !columns_->empty(); }
+  const std::vector<Column>& columns() const { return *columns_; }
   std::int64_t affected_rows() const { return affected_; }
   bool is_kept() const { return is_kept_; }
 
@@ -34,7 +34,7 @@ class ResultSet {
 
  private:
   std::unique_ptr<Statement> statement_;
-  std::vector<Column> columns_;
+  const Columns columns_;
   std::int64_t affected_;
   std::vector<Row> rows_;
   Row row_;  // of a forward-only result

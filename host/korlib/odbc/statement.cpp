@@ -78,7 +78,7 @@ Statement::Statement(std::shared_ptr<Connection> connection, int timeout_seconds
 void Statement::drop() noexcept {
   connection_->statements_.erase(this);
   is_dropped_ = true;
-  if (handle_ && !keep_as_.empty()) connection_->kept_.keep(std::move(keep_as_), std::move(handle_));
+  if (handle_ && !keep_as_.empty()) connection_->kept_.keep(std::move(keep_as_), {std::move(handle_), columns_});
   handle_.reset();
 }
 
@@ -113,9 +113,10 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
   if (is_dropped_) need_handle();
   if (sql.find(L'\0') != std::wstring::npos) throw Failure(L"42000", L"The command text holds a NUL character.");
   if (parameters.size() > kMostParameters) throw Failure(L"07001", L"There are too many parameters.");
-  if (may_change_connection(sql)) connection_->mark_changed();
+  const bool is_one_query = may_be_kept(sql);
+  if (!is_one_query && may_change_connection(sql)) connection_->mark_changed();
   connection_->wait_for_locks(timeout_);
-  const bool is_kept = connection_->keeps_statements() && may_be_kept(sql);
+  const bool is_kept = connection_->keeps_statements() && is_one_query;
   if (!is_kept) connection_->forget_kept();  // what it changes may be what those were prepared for
   Bound bound(parameters.size());
   const bool runs_again = is_kept && run_kept(sql, parameters, bound);
@@ -124,8 +125,9 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
     if (parameters[i].direction != Direction::in) parameters[i].value = bound[i].result(parameters[i].kind);
   }
   SQLFreeStmt(handle_->get(), SQL_RESET_PARAMS);
-  describe();
-  if (runs_again || (is_kept && (counts_rows(sql) || are_columns_of_tables(*handle_, columns_.size())))) keep_as_ = sql;
+  if (!runs_again) describe();
+  if (runs_again || (is_kept && (counts_rows(sql) || are_columns_of_tables(*handle_, columns_->size()))))
+    keep_as_ = sql;
 }
 
 // False when there is none of that text, or when it fails: a table that is another one by now makes it do so.
@@ -133,8 +135,10 @@ bool Statement::run_kept(const std::wstring& sql, const std::vector<Parameter>& 
   constexpr int kBusy = 5;  // SQLite's codes for locks, which have been waited for
   constexpr int kLocked = 6;
   if (!connection_->is_file_unchanged()) return false;
-  handle_ = connection_->kept_.take(sql);
-  if (!handle_) return false;
+  auto kept = connection_->kept_.take(sql);
+  if (!kept.handle) return false;
+  handle_ = std::move(kept.handle);
+  columns_ = std::move(kept.columns);
   try {
     within_timeout([&] { execute(parameters, bound); });
     return true;
@@ -188,7 +192,7 @@ bool Statement::next_result() {
 void Statement::describe() {
   columns_ = describe_columns(*handle_, connection_->text(), connection_->has_loose_types());
   SQLLEN rows = -1;
-  if (columns_.empty() && !SQL_SUCCEEDED(SQLRowCount(handle_->get(), &rows))) rows = -1;
+  if (columns_->empty() && !SQL_SUCCEEDED(SQLRowCount(handle_->get(), &rows))) rows = -1;
   affected_ = rows;
 }
 
@@ -199,7 +203,7 @@ bool Statement::fetch(Row& row) {
     if (result == SQL_NO_DATA) return false;
     handle_->check(result);
     row.clear();
-    for (const Column& column : columns_) {
+    for (const Column& column : *columns_) {
       const auto number = static_cast<SQLUSMALLINT>(row.size() + 1);
       row.push_back(read_value(*handle_, number, column, connection_->has_loose_types()));
     }

@@ -29,7 +29,7 @@ class Statement {
   bool next_result();
 
   // Empty for a statement that gives no rows.
-  const std::vector<Column>& columns() const { return columns_; }
+  const Columns& columns() const { return columns_; }
   // -1 for a statement that gives rows, and where the driver does not tell.
   std::int64_t affected_rows() const { return affected_; }
   // False at the end.
@@ -55,7 +55,7 @@ class Statement {
   bool is_dropped_ = false;
   std::wstring keep_as_;  // the text under which the connection keeps the handle; empty when it does not
   int timeout_;
-  std::vector<Column> columns_;
+  Columns columns_ = std::make_shared<const std::vector<Column>>();
   std::int64_t affected_ = -1;
 };
 
