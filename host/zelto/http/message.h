@@ -3,11 +3,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/file_descriptor.h"
+#include "base/file_stamp.h"
 #include "http/body.h"
 
 namespace zelto {
@@ -36,7 +38,8 @@ struct HttpRequest {
   std::string local_address;
   std::uint16_t local_port = 0;
   bool secure = false;
-  std::string file;  // what the path names, when whoever routed the request knows
+  std::string file;                           // what the path names, when whoever routed the request knows
+  std::optional<base::FileStamp> file_stamp;  // as it was then
 
   // The first header of that name, compared without regard to case; null when there is none.
   const std::string* header(std::string_view name) const;

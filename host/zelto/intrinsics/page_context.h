@@ -4,7 +4,7 @@
 #include <korlib_host/counted.h>
 #include <zelto/context.h>
 
-#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -12,7 +12,8 @@ namespace zelto {
 
 class PageContext final : public korlib::Counted<IGetContextProperties> {
  public:
-  using Objects = std::vector<std::pair<std::wstring, CComPtr<IDispatch>>>;
+  // Their names outlive it.
+  using Objects = std::vector<std::pair<std::wstring_view, CComPtr<IDispatch>>>;
   explicit PageContext(Objects objects) : objects_(std::move(objects)) {}
 
   HRESULT QueryInterface(REFIID riid, void** ppv) override;

@@ -14,25 +14,30 @@ LoadedPage failed(const std::string& what, const std::string& file, int line) {
   return {nullptr, language::ScriptError{{file, line, 0}, to_wide(what), L"Page", E_FAIL}, {}};
 }
 
-bool is_current(const pages::CompiledPage& page) {
-  return page.is_settled &&
-         std::ranges::all_of(page.files, [](const auto& file) { return pages::stamp_of(file.first) == file.second; });
+bool is_current(const pages::CompiledPage& page, const std::string& physical,
+                const std::optional<pages::FileStamp>& seen) {
+  return page.is_settled && std::ranges::all_of(page.files, [&](const auto& file) {
+           const auto& [path, stamp] = file;
+           return (seen == stamp && path == physical) || pages::stamp_of(path) == stamp;
+         });
 }
 
 }  // namespace
 
 // The compiled page if none of its files has changed. They are looked at outside the lock.
-std::shared_ptr<const pages::CompiledPage> Programs::current(const std::string& physical) {
+std::shared_ptr<const pages::CompiledPage> Programs::current(const std::string& physical,
+                                                             const std::optional<pages::FileStamp>& seen) {
   std::shared_ptr<const pages::CompiledPage> page;
   {
     std::lock_guard guard(lock_);
     if (const auto found = pages_.find(physical); found != pages_.end()) page = found->second;
   }
-  return page && is_current(*page) ? page : nullptr;
+  return page && is_current(*page, physical, seen) ? page : nullptr;
 }
 
-LoadedPage Programs::load(const std::string& virtual_path, const std::string& physical) {
-  std::shared_ptr<const pages::CompiledPage> page = current(physical);
+LoadedPage Programs::load(const std::string& virtual_path, const std::string& physical,
+                          const std::optional<pages::FileStamp>& seen) {
+  std::shared_ptr<const pages::CompiledPage> page = current(physical, seen);
   if (!page) {
     try {
       page = std::make_shared<pages::CompiledPage>(pages::compile_page(root_, physical));

@@ -25,13 +25,16 @@ class Programs {
  public:
   explicit Programs(std::string root) : root_(std::move(root)) {}
 
-  // `physical` is the page's canonical path.
-  LoadedPage load(const std::string& virtual_path, const std::string& physical);
+  // `physical` is the page's canonical path, and `seen` the stamp that its file had when the request came: what was
+  // compiled of that is not looked at again.
+  LoadedPage load(const std::string& virtual_path, const std::string& physical,
+                  const std::optional<pages::FileStamp>& seen = std::nullopt);
   // Whether the page used the session when it was last compiled; false of one that never was.
   bool uses_session(const std::string& physical);
 
  private:
-  std::shared_ptr<const pages::CompiledPage> current(const std::string& physical);
+  std::shared_ptr<const pages::CompiledPage> current(const std::string& physical,
+                                                     const std::optional<pages::FileStamp>& seen);
 
   std::string root_;
   std::mutex lock_;

@@ -107,7 +107,7 @@ class PageRun final : public PageHost {
 
 int PageRun::run() {
   const PagePlace& place = page_->request.place();
-  LoadedPage loaded = site_.programs().load(place.virtual_path, place.physical_path);
+  LoadedPage loaded = site_.programs().load(place.virtual_path, place.physical_path, page_->request.http().file_stamp);
   if (loaded.error) {
     fail(page_error(*loaded.error, site_));
     return answer();
@@ -133,10 +133,10 @@ void PageRun::set_text_forms(const pages::Directive& directive) {
 }
 
 void PageRun::make_objects() {
+  constexpr std::size_t kMost = 5;
+  objects_.reserve(kMost);
   const auto add = [this](const wchar_t* name, IDispatch* made) {
-    CComPtr<IDispatch> object;
-    object.attach(made);
-    objects_.emplace_back(name, std::move(object));
+    objects_.emplace_back(name, nullptr).second.attach(made);
   };
   add(L"Request", korlib::make<RequestObject>(page_).detach());
   add(L"Response", korlib::make<ResponseObject>(page_).detach());

@@ -27,6 +27,7 @@ Router::Route SiteRouter::route(HttpRequest& request, ResponseSink& sink) {
     const FoundFile found = settings->files.find(request.path);
     if (found.kind == FoundFile::Kind::page) {
       request.file = found.path;
+      request.file_stamp = found.stamp;
       return {.turn = session_of(request, found.physical)};
     }
     if (found.kind == FoundFile::Kind::protected_name && settings->options.debug)

@@ -164,7 +164,9 @@ FoundFile StaticFiles::found(std::string_view path, std::string_view real, const
   const bool is_unknown = content_type_of(path) == kUnknownType || content_type_of(real) == kUnknownType;
   const bool is_refused = options_.refuses_unknown_types && is_unknown && !path.starts_with("/.well-known/");
   if (kind == FoundFile::Kind::file && is_refused) return {};
-  return {kind, std::string(path), options_.root + std::string(path), path != real};
+  FoundFile found{kind, std::string(path), options_.root + std::string(path), path != real};
+  if (kind == FoundFile::Kind::page) found.stamp = base::FileStamp::of(about);
+  return found;
 }
 
 void StaticFiles::serve(const HttpRequest& request, const FoundFile& found, ResponseSink& sink) const {

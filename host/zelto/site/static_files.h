@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "base/file_descriptor.h"
+#include "base/file_stamp.h"
 #include "http/message.h"
 #include "site/open_files.h"
 #include "site/protected_names.h"
@@ -37,6 +38,7 @@ struct FoundFile {
   std::string physical;    // the same under the site's folder
   bool is_linked = false;  // a link leads there
   std::shared_ptr<const OpenFile> open = {};  // of a file that was open already
+  std::optional<base::FileStamp> stamp = {};  // of a page
 };
 
 class StaticFiles {

@@ -74,6 +74,27 @@ TEST_F(ProgramsTest, SeesAnEditThatRestoresSizeAndTime) {
   EXPECT_EQ(L"two", text());
 }
 
+TEST_F(ProgramsTest, TakesThePageThatWasSeenWhenTheRequestCame) {
+  write("page.asp", "one<!--#include file=a.inc-->");
+  write("a.inc", "");
+  const auto one = settle();
+  const auto seen = pages::stamp_of(path_of("page.asp"));
+  const auto load_seen = [&] { return programs().load("/page.asp", path_of("page.asp"), seen).program; };
+  write("page.asp", "another");
+  EXPECT_EQ(one, load_seen());
+  EXPECT_EQ(L"another", text());
+  EXPECT_NE(one, load_seen()) << "it is not compiled from what is no longer there";
+}
+
+TEST_F(ProgramsTest, SeesAChangedIncludeOfAPageThatWasSeen) {
+  write("page.asp", "one<!--#include file=a.inc-->");
+  write("a.inc", "");
+  const auto one = settle();
+  write("a.inc", "changed");
+  const auto seen = pages::stamp_of(path_of("page.asp"));
+  EXPECT_NE(one, programs().load("/page.asp", path_of("page.asp"), seen).program);
+}
+
 TEST_F(ProgramsTest, SeesAChangedIncludeOfAnInclude) {
   write("page.asp", "<!--#include file=a.inc-->");
   write("a.inc", "<!--#include file=b.inc-->");
