@@ -16,15 +16,17 @@
 namespace {
 
 using zelto::IoLoop;
+using zelto::Mailbox;
 
 struct Note {
   std::function<void()> read;
 };
 
-void send(IoLoop& loop, std::function<void()> read) {
-  loop.mailbox().send(
-      {std::make_shared<Note>(Note{std::move(read)}), [](void* note) noexcept { static_cast<Note*>(note)->read(); }});
+Mailbox::Letter letter(std::function<void()> read) {
+  return {std::make_shared<Note>(Note{std::move(read)}), [](void* note) noexcept { static_cast<Note*>(note)->read(); }};
 }
+
+void send(IoLoop& loop, std::function<void()> read) { loop.mailbox().send(letter(std::move(read))); }
 
 void start(IoLoop& loop) {
   loop.start([] {}, [](std::string_view) {}, [] {});
@@ -77,9 +79,7 @@ TEST(Mailbox, TakesLettersFromALetter) {
 void leave_one(IoLoop& loop, bool is_urgent) {
   const std::atomic<bool> urgent = is_urgent;
   std::promise<void> opened;
-  loop.mailbox().leave({std::make_shared<Note>([&] { opened.set_value(); }),
-                        [](void* note) noexcept { static_cast<Note*>(note)->read(); }},
-                       urgent);
+  loop.mailbox().leave(letter([&] { opened.set_value(); }), urgent);
   opened.get_future().wait();
 }
 
