@@ -102,7 +102,7 @@ function takeForm(page) {
 
 function On_StartDraw(page) {
   var seen = "hidden = 0 OR owner = ?", owner = page.Bag("owner");
-  var count = database.rows(page, "SELECT COUNT(*) AS entries FROM entries WHERE " + seen, [owner])[0].entries;
+  var count = database.value(page, "SELECT COUNT(*) FROM entries WHERE " + seen, [owner]);
   pageCount = Math.max(1, Math.ceil(count / perPage));
   listPage = Math.min(pageCount, Math.max(1, parseInt(Request.QueryString("p"), 10) || 1));
   page.SetView("count", count);
