@@ -93,6 +93,12 @@ class OrderedTable<key, Hash, Equal, Order> {
   const Entry* find(const Wanted& wanted) const {
     return const_cast<OrderedTable*>(this)->find(wanted);
   }
+  // The first that the condition holds for, without a look at the hashes.
+  template <class Condition>
+  Entry* find_if(Condition condition) {
+    const auto found = std::find_if(begin(), end(), condition);
+    return found == end() ? nullptr : const_cast<Node*>(&*found);
+  }
 
   // After the others. No entry may have its key.
   Entry& add(Entry entry) {

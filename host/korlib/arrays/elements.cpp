@@ -5,17 +5,11 @@
 #include <utility>
 
 #include <korlib/unknown.h>
+#include <korlib_host/own_strings.h>
 
 namespace korlib::arrays {
 
 namespace {
-
-HRESULT copy_text(BSTR* target, BSTR source) {
-  *target = nullptr;
-  if (!source) return S_OK;
-  *target = SysAllocStringByteLen(reinterpret_cast<const char*>(source), SysStringByteLen(source));
-  return *target ? S_OK : E_OUTOFMEMORY;
-}
 
 // An array inside is freed without a second look for locks: looking once at every level would make deep
 // nesting slow.
@@ -43,6 +37,13 @@ void clear_one(VARTYPE vt, void* element) {
 }
 
 }  // namespace
+
+HRESULT copy_text(BSTR* target, BSTR source) {
+  *target = nullptr;
+  if (!source) return S_OK;
+  *target = SysAllocStringByteLen(reinterpret_cast<const char*>(source), korlib_host::byte_length_of(source));
+  return *target ? S_OK : E_OUTOFMEMORY;
+}
 
 std::size_t element_count(const SAFEARRAY& array) {
   std::size_t count = 1;

@@ -31,6 +31,9 @@ constexpr bool owns_contents(VARTYPE vt) { return element_type(vt).holds != 0; }
 
 std::size_t element_count(const SAFEARRAY& array);
 
+// A new string of the same bytes, null for null.
+HRESULT copy_text(BSTR* target, BSTR source);
+
 // Copies one element of a type that owns its contents, deeply, over bits that own nothing.
 HRESULT copy_element(VARTYPE vt, void* target, const void* source);
 

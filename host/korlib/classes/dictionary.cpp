@@ -7,14 +7,17 @@
 #include <korlib_host/dictionaries.h>
 #include <korlib_host/enumerator.h>
 #include <korlib_host/kept_values.h>
+#include <korlib_host/own_strings.h>
 #include <korlib_host/results.h>
 
 #include "classes/script_errors.h"
+#include "strings/write_over.h"
 
 namespace korlib {
 namespace {
 
 constexpr std::wstring_view kSource = L"Scripting.Dictionary";
+constexpr UINT kShortText = 1024;  // bytes
 
 HRESULT load(const VARIANT& value, WantedKey& key) {
   const HRESULT hr = key.load(value);
@@ -27,6 +30,9 @@ HRESULT load(const VARIANT& value, WantedKey& key) {
 HRESULT own(const VARIANT& value, CComVariant& owned) {
   return is_omitted(value) ? S_OK : VariantCopyInd(&owned, &value);
 }
+
+// True when the text now stands in the string that the other value has, which nobody else refers to.
+bool write_over(BSTR text, VARIANT& value) { return value.vt == VT_BSTR && strings::write_over(text, value.bstrVal); }
 
 std::wstring quoted(const VARIANT& key) {
   CComVariant text;
@@ -95,13 +101,18 @@ HRESULT Dictionary::admit(const VARIANT& value) {
 }
 
 Dictionary::Entry* Dictionary::find(WantedKey& key) {
+  constexpr std::size_t kFew = 8;
+  if (table_.size() <= kFew) {
+    return table_.find_if([&](const Entry& entry) { return key.is_same(entry.key, ignores_case_); });
+  }
   key.prepare(ignores_case_);
   return table_.find(key);
 }
 
 // The caller still holds what key and value refer to, so a failure here releases nothing for the last time.
-HRESULT Dictionary::add(const WantedKey& key, CComVariant value) {
+HRESULT Dictionary::add(WantedKey& key, CComVariant value) {
   DictionaryKey kept;
+  key.prepare(ignores_case_);
   RETURN_IF_FAILED(kept.copy(key));
   table_.add({std::move(kept), std::move(value)});
   return S_OK;
@@ -122,8 +133,10 @@ HRESULT Dictionary::store(const VARIANT& key, const VARIANT& value, bool may_rep
   return guarded(kSource, [&]() -> HRESULT {
     WantedKey wanted;
     CComVariant owned;  // after the exchange the old value, released after the lock has gone
+    // A short text is copied with the lock held: that calls nobody, and there may be a string to copy it into.
+    const bool is_text = value.vt == VT_BSTR && korlib_host::byte_length_of(value.bstrVal) <= kShortText;
     RETURN_IF_FAILED(load(key, wanted));
-    RETURN_IF_FAILED(own(value, owned));
+    if (!is_text) RETURN_IF_FAILED(own(value, owned));
     RETURN_IF_FAILED(admit(wanted.value()));
     RETURN_IF_FAILED(admit(owned));
     const bool is_full = is_shared_ && !korlib_host::may_keep();
@@ -133,6 +146,10 @@ HRESULT Dictionary::store(const VARIANT& key, const VARIANT& value, bool may_rep
       const std::lock_guard guard(lock_);
       Entry* const entry = find(wanted);
       is_refused = entry && !may_replace;
+      if (is_text) {
+        if (entry && may_replace && !is_full && write_over(value.bstrVal, entry->value)) return S_OK;
+        RETURN_IF_FAILED(own(value, owned));
+      }
       // A number takes the place of another value all the same.
       has_room = !is_full || (entry && !korlib_host::owns_memory(owned));
       if (!entry && has_room) RETURN_IF_FAILED(add(wanted, std::move(owned)));
@@ -208,6 +225,7 @@ STDMETHODIMP Dictionary::put_Key(VARIANT key, VARIANT new_key) {
       is_taken = other && other != entry;
       if (was_found && !is_taken) {
         DictionaryKey kept;
+        fresh.prepare(ignores_case_);
         RETURN_IF_FAILED(kept.copy(fresh));
         old = table_.rename(*entry, std::move(kept));
       }

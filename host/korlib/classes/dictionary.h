@@ -74,7 +74,7 @@ class Dictionary final : public DispatchObject<Dictionary, IHostDictionary>, pub
   // Null when the key is missing. With the lock held.
   Entry* find(WantedKey& key);
   // Behind the others, under a key that none of them has. With the lock held.
-  HRESULT add(const WantedKey& key, CComVariant value);
+  HRESULT add(WantedKey& key, CComVariant value);
   HRESULT store(const VARIANT& key, const VARIANT& value, bool may_replace);
   // Whether a key or value may come in.
   HRESULT admit(const VARIANT& value);

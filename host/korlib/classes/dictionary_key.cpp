@@ -3,8 +3,10 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include <korlib/ptr.h>
+#include <korlib_host/own_strings.h>
 
 #include "base/keyed_hash.h"
 #include "base/letter_case.h"
@@ -49,7 +51,7 @@ HRESULT KeyForm::look(const VARIANT& value) {
     case VT_NULL:
       return take(Kind::null, 0);
     case VT_BSTR:
-      text_ = view_of(value.bstrVal);
+      text_ = korlib_host::characters_of(value.bstrVal);
       return take(Kind::text, 0);
     case VT_DISPATCH:
     case VT_UNKNOWN:
@@ -80,6 +82,7 @@ HRESULT KeyForm::look(const VARIANT& value) {
 }
 
 void KeyForm::prepare(bool ignore_case) {
+  if (std::exchange(is_prepared_, true)) return;
   ignores_case_ = ignore_case;
   base::KeyedHash hash(static_cast<std::uint64_t>(kind_));
   if (kind_ == Kind::text) {
@@ -94,9 +97,9 @@ void KeyForm::prepare(bool ignore_case) {
   hash_ = hash.finish();
 }
 
-bool KeyForm::operator==(const KeyForm& other) const {
-  if (hash_ != other.hash_ || kind_ != other.kind_ || bits_ != other.bits_) return false;
-  return ignores_case_ ? base::equal_folded(text_, other.text_) : text_ == other.text_;
+bool KeyForm::is_same(const KeyForm& other, bool ignore_case) const {
+  if (kind_ != other.kind_ || bits_ != other.bits_ || text_.size() != other.text_.size()) return false;
+  return ignore_case ? base::equal_folded(text_, other.text_) : text_ == other.text_;
 }
 
 HRESULT WantedKey::load(const VARIANT& value) {
@@ -113,7 +116,7 @@ HRESULT WantedKey::load(const VARIANT& value) {
 HRESULT DictionaryKey::copy(const WantedKey& wanted) {
   RETURN_IF_FAILED(VariantCopy(&value_, &wanted.value()));
   KeyForm::operator=(wanted);
-  if (value_.vt == VT_BSTR) set_text(view_of(value_.bstrVal));
+  if (value_.vt == VT_BSTR) set_text(korlib_host::characters_of(value_.bstrVal));
   return S_OK;
 }
 

@@ -11,12 +11,15 @@ namespace korlib {
 // characters. Text is referred to where it lies.
 class KeyForm {
  public:
-  // Chooses how text is compared, and with it the hash; to be called before the key is looked up or stored.
+  // Chooses how text is compared, and with it the hash: for the first time only. To be called before the key is looked
+  // up by its hash, or stored.
   void prepare(bool ignore_case);
 
   std::size_t hash() const { return hash_; }
   // Both prepared for the same comparison.
-  bool operator==(const KeyForm& other) const;
+  bool operator==(const KeyForm& other) const { return hash_ == other.hash_ && is_same(other, ignores_case_); }
+  // Without a hash: for a few keys, which it takes less time to look through.
+  bool is_same(const KeyForm& other, bool ignore_case) const;
 
  protected:
   KeyForm() = default;
@@ -42,6 +45,7 @@ class KeyForm {
   std::size_t hash_ = 0;
   Kind kind_ = Kind::empty;
   bool ignores_case_ = false;
+  bool is_prepared_ = false;
 };
 
 // A key to be looked up. It refers to the caller's value: most keys are only read, and are then not copied.

@@ -25,6 +25,8 @@ void* take_block(std::size_t bytes, std::size_t* usable) noexcept {
 
 void give_block(void* block, std::size_t) noexcept { std::free(block); }
 
+std::size_t usable_for(std::size_t bytes) noexcept { return bytes; }
+
 #else
 
 namespace {
@@ -107,6 +109,11 @@ void give_block(void* block, std::size_t usable) noexcept {
   freed->next = list.head;
   list.head = freed;
   ++list.count;
+}
+
+std::size_t usable_for(std::size_t bytes) noexcept {
+  const std::size_t index = class_of(bytes);
+  return index < kClasses ? (index + 1) * kStep : bytes;
 }
 
 #endif

@@ -13,5 +13,7 @@ namespace korlib::strings {
 // receives what the block really holds, which give_block() wants back.
 void* take_block(std::size_t bytes, std::size_t* usable) noexcept;
 void give_block(void* block, std::size_t usable) noexcept;
+// What a block for so many bytes would hold.
+std::size_t usable_for(std::size_t bytes) noexcept;
 
 }  // namespace korlib::strings

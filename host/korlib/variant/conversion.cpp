@@ -1,5 +1,6 @@
 #include "variant/conversion.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -135,8 +136,10 @@ HRESULT store_boolean(const Scalar& value, VARIANT* v) {
 HRESULT store_text(const Scalar& value, VARIANT* v) {
   std::string text;
   RETURN_IF_FAILED(scalar_text(value, &text));
-  v->bstrVal = new_bstr(std::wstring(text.begin(), text.end()));
-  return v->bstrVal ? S_OK : E_OUTOFMEMORY;
+  v->bstrVal = SysAllocStringLen(nullptr, static_cast<UINT>(text.size()));
+  if (!v->bstrVal) return E_OUTOFMEMORY;
+  std::ranges::copy(text, v->bstrVal);  // all ASCII
+  return S_OK;
 }
 
 template <auto Member>

@@ -26,6 +26,10 @@ HRESULT copy_bits(const VARIANT& source, VARIANT* target) {
 // Into a target that owns nothing, and owns nothing after a failure, whatever its bits are then.
 HRESULT copy_value(const VARIANT& source, VARIANT* target) {
   if (source.vt < VT_BSTR) return copy_bits(source, target);
+  if (source.vt == VT_BSTR) {
+    target->vt = VT_BSTR;
+    return arrays::copy_text(&target->bstrVal, source.bstrVal);
+  }
   if (!is_variant_type(source.vt)) return DISP_E_BADVARTYPE;
   copy_bits(source, target);
   if (source.vt & VT_BYREF) return S_OK;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string>
 
 #include "korlib/classes/dictionary_fixture.h"
 #include "support/fake.h"
@@ -38,6 +39,33 @@ TEST_F(DictionaryKey, FindsNumbersByValueWhateverTheirType) {
   EXPECT_FALSE(has(false));
   put(object_, L"Item", typed(VT_I8, 9007199254740993), L"large");
   EXPECT_FALSE(has(9007199254740992.0));
+}
+
+// A few are looked through one after the other.
+TEST_F(DictionaryKey, FindsEachOfFewAndOfMany) {
+  for (const LONG mode : {0, 1}) {
+    call(object_, L"RemoveAll");
+    put(object_, L"CompareMode", static_cast<int>(mode));
+    for (int last = 1; last <= 20; ++last) {
+      put(object_, L"Item", L"Key " + std::to_wstring(last), last);
+      put(object_, L"Item", 100 + last, -last);
+      for (int i = 1; i <= last; ++i) {
+        EXPECT_EQ(i, get(object_, L"Item", L"Key " + std::to_wstring(i)).value.lVal) << last;
+        EXPECT_EQ(-i, get(object_, L"Item", 100 + i).value.lVal) << last;
+        EXPECT_EQ(mode == 1, has(L"KEY " + std::to_wstring(i))) << last;
+      }
+      EXPECT_FALSE(has(L"Key " + std::to_wstring(last + 1)));
+      EXPECT_FALSE(has(100));
+      EXPECT_EQ(2 * last, count());
+    }
+    put(object_, L"Key", L"Key 20", L"Key 0");
+    for (int i = 1; i < 20; ++i) EXPECT_EQ(S_OK, call(object_, L"Remove", L"Key " + std::to_wstring(i)).hr);
+    for (int i = 1; i < 20; ++i) EXPECT_EQ(S_OK, call(object_, L"Remove", 100 + i).hr);
+    EXPECT_EQ(20, get(object_, L"Item", L"Key 0").value.lVal);
+    put(object_, L"Key", L"Key 0", L"Key 1");  // found by its hash again, when there are many
+    for (int i = 0; i < 20; ++i) put(object_, L"Item", i, i);
+    EXPECT_EQ(20, get(object_, L"Item", L"Key 1").value.lVal);
+  }
 }
 
 TEST_F(DictionaryKey, FindsLargeNumbersAndThoseThatAreNone) {

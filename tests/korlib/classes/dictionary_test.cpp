@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <thread>
 
@@ -50,6 +51,50 @@ TEST_F(Dictionary, KeepsValuesByKeyInInsertionOrder) {
   EXPECT_EQ(3, count());
   EXPECT_TRUE(has(L"a"));
   EXPECT_FALSE(has(L"A"));
+}
+
+// A text takes the place of another in the string of that one, where it fits.
+TEST_F(Dictionary, KeepsATextOfItsOwn) {
+  const CComVariant key(L"key");
+  const CComVariant next(L"next");
+  CComVariant given;
+  for (const wchar_t* text : {L"text", L"word", L"", L"a text that takes more room than the one before it", L"text"}) {
+    given = CComVariant(text);
+    EXPECT_EQ(S_OK, dictionary_->put_Item(key, given));
+    const test::Answer read = get(object_, L"Item", L"key");
+    EXPECT_EQ(text, text_of(read));
+    EXPECT_EQ(S_OK, dictionary_->put_Item(key, next));
+    EXPECT_EQ(text, text_of(read));
+  }
+  EXPECT_EQ(S_OK, dictionary_->put_Item(key, given));
+  given.bstrVal[0] = L'n';
+  EXPECT_EQ(L"text", text_of(get(object_, L"Item", L"key")));
+}
+
+TEST_F(Dictionary, KeepsANullText) {
+  const CComVariant key(L"key");
+  for (const wchar_t* before : {L"text", L""}) {
+    put(object_, L"Item", L"key", before);
+    EXPECT_EQ(S_OK, dictionary_->put_Item(key, korlib::borrowed(BSTR{})));
+    const test::Answer read = get(object_, L"Item", L"key");
+    EXPECT_EQ(VT_BSTR, read.value.vt);
+    EXPECT_EQ(nullptr, read.value.bstrVal);
+  }
+  put(object_, L"Item", L"key", L"text");
+  EXPECT_EQ(L"text", text_of(get(object_, L"Item", L"key")));
+}
+
+TEST_F(Dictionary, KeepsAllBytesOfAText) {
+  CComBSTR bytes;
+  bytes.attach(SysAllocStringByteLen("\1\2\3\4\5", 5));
+  const CComVariant key(L"key");
+  put(object_, L"Item", L"key", L"x");
+  EXPECT_EQ(S_OK, dictionary_->put_Item(key, korlib::borrowed(bytes.get())));
+  const test::Answer read = get(object_, L"Item", L"key");
+  ASSERT_EQ(VT_BSTR, read.value.vt);
+  ASSERT_EQ(5U, SysStringByteLen(read.value.bstrVal));
+  EXPECT_EQ(0, std::memcmp(bytes.get(), read.value.bstrVal, 5));
+  EXPECT_EQ(0, read.value.bstrVal[2]);  // the NUL behind it
 }
 
 TEST_F(Dictionary, HasItemAsItsDefaultMember) {

@@ -83,7 +83,7 @@ TEST(FailingAllocations, AreAnAnswerWhereAValueBecomesText) {
       ++failures;
     }
   }
-  EXPECT_GT(failures, 1);
+  EXPECT_GE(failures, 1);
 }
 
 }  // namespace
