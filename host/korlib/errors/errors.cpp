@@ -5,6 +5,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <korlib/combstr.h>
 #include <korlib_host/counted.h>
@@ -71,8 +72,14 @@ class ErrorInfo final : public korlib::Counted<IErrorInfo, ICreateErrorInfo> {
   DWORD help_context_ = 0;
 };
 
+// Counted. Looked at before every call of an object, so that it lies at a fixed offset: the library is loaded with the
+// program.
+constinit thread_local IErrorInfo* current __attribute__((tls_model("initial-exec"))) = nullptr;
+
 // Releases the object when the thread ends.
-thread_local CComPtr<IErrorInfo> current;
+struct Ending {
+  ~Ending() { SetErrorInfo(0, nullptr); }
+};
 
 }  // namespace
 
@@ -83,13 +90,17 @@ HRESULT CreateErrorInfo(ICreateErrorInfo** info) {
 }
 
 HRESULT SetErrorInfo(ULONG, IErrorInfo* info) {
-  current = CComPtr<IErrorInfo>(info);
+  if (info) {
+    thread_local const Ending ending;
+    info->AddRef();
+  }
+  if (IErrorInfo* const last = std::exchange(current, info)) last->Release();
   return S_OK;
 }
 
 HRESULT GetErrorInfo(ULONG, IErrorInfo** info) {
   if (!info) return E_POINTER;
-  *info = current.detach();
+  *info = std::exchange(current, nullptr);
   return *info ? S_OK : S_FALSE;
 }
 
