@@ -120,8 +120,8 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   // Asks the script, where a template file cannot be read, for another template.
   HRESULT draw_instead(bool& is_drawn);
   HRESULT dispatch_mark(const CMarkData& mark);
-  HRESULT OnMarked_Command(const CComBSTR& name, VARIANT_BOOL encode);
-  HRESULT OnMarked_ChildDynamic(const CComBSTR& name);
+  HRESULT OnMarked_Command(const MarkName& name, VARIANT_BOOL encode);
+  HRESULT OnMarked_ChildDynamic(const MarkName& name);
 
   mirt::Intrinsics asp_;  // ahead of the parts that use it
   page::Dictionaries dictionaries_;

@@ -54,7 +54,7 @@ HRESULT Self::OnMarked(CMarkData& mark) {
 HRESULT Self::dispatch_mark(const CMarkData& mark) {
   const MarkKind* kind = find_mark_kind(mark.Type, MarkOwner::page);
   if (!kind) return S_OK;
-  const CComBSTR name = bstr_of(mark.Name);
+  const MarkName name(mark);
   if (!name.get()) return E_OUTOFMEMORY;
   switch (kind->source) {
     case MarkSource::draw_event:
@@ -73,13 +73,13 @@ HRESULT Self::dispatch_mark(const CMarkData& mark) {
   return text.vt == VT_BSTR ? Write(text.bstrVal, kind->encode) : S_OK;
 }
 
-HRESULT Self::OnMarked_Command(const CComBSTR& name, VARIANT_BOOL encode) {
+HRESULT Self::OnMarked_Command(const MarkName& name, VARIANT_BOOL encode) {
   CComBSTR text;
   RETURN_IF_FAILED(name.empty() ? memory_.get_command_field(&text) : ToCommand(name, text.put()));
   return Write(text, encode);
 }
 
-HRESULT Self::OnMarked_ChildDynamic(const CComBSTR& name) {
+HRESULT Self::OnMarked_ChildDynamic(const MarkName& name) {
   const CComPtr<IKorLibDictionary> include = dictionaries_.include;
   CComVariant value;
   RETURN_IF_FAILED(read_item(include.get(), name, &value));

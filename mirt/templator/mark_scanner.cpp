@@ -26,6 +26,7 @@ class MarkWriter {
   }
   void finish() {
     target_->str(scratch_.gathered);
+    if (target_ == &mark_.Name) mark_.Key = CComBSTR(std::wstring_view(scratch_.gathered));
     scratch_.gathered.clear();
   }
 

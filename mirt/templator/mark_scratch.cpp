@@ -16,6 +16,7 @@ std::unique_ptr<std::wstringstream> MarkScratch::take_param() {
 void ReusableMark::reset() {
   data.Type = 0;
   data.Name.str({});
+  data.Key.reset();
   scratch.spare_params.reserve(kMostSpareParams);
   while (!data.Params.empty()) {
     std::unique_ptr<std::wstringstream> param(data.Params.back());

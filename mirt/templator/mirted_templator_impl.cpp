@@ -72,7 +72,7 @@ HRESULT Self::html_encode(BSTR text, BSTR* encoded) {
 STDMETHODIMP Self::OnMarked(CMarkData& mark) {
   const MarkKind* kind = find_mark_kind(mark.Type, MarkOwner::templator);
   if (!kind) return S_OK;
-  const CComBSTR name = bstr_of(mark.Name);
+  const MarkName name(mark);
   if (!name.get()) return E_OUTOFMEMORY;
   if (kind->source == MarkSource::draw_event) return OnMarked_Process(mark, name);
   CComVariant text;
@@ -80,7 +80,7 @@ STDMETHODIMP Self::OnMarked(CMarkData& mark) {
   return text.vt == VT_BSTR ? Write(text.bstrVal, kind->encode) : S_OK;
 }
 
-HRESULT Self::OnMarked_Process(const CMarkData& mark, const CComBSTR& name) {
+HRESULT Self::OnMarked_Process(const CMarkData& mark, const MarkName& name) {
   const std::wstring function = std::wstring(event_prefix_.view()).append(name.view());
   CEvent event;
   const HRESULT found = m_oScripts.GetEvent(function.c_str(), event);

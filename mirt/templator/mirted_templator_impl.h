@@ -44,7 +44,7 @@ class GIMirtedTemplatorImpl<IMirtedTemplator> : public GTemplatorImpl<IMirtedTem
  private:
   class Values;  // what its marks show
 
-  HRESULT OnMarked_Process(const CMarkData& mark, const CComBSTR& name);
+  HRESULT OnMarked_Process(const CMarkData& mark, const MarkName& name);
   HRESULT html_encode(BSTR text, BSTR* encoded);
   // Null when no page controller has made this, or the one that did has gone.
   IMirt* main() const { return main_ ? main_->page : nullptr; }

@@ -22,7 +22,7 @@ STDMETHODIMP GITextTemplatorImpl<ITextTemplator>::OnMarked(CMarkData& mark) {
 }
 
 HRESULT GITextTemplatorImpl<ITextTemplator>::OnMarked_(const CMarkData& mark) {
-  const CComBSTR name = bstr_of(mark.Name);
+  const MarkName name(mark);
   if (!name.get()) return E_OUTOFMEMORY;
   CComVariant text;
   CEvent member;
