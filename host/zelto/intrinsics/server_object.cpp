@@ -55,10 +55,8 @@ HRESULT ServerObject::with_text(VARIANT value, BSTR* out) {
 
 HRESULT ServerObject::HTMLEncode(BSTR text, BSTR* encoded) {
   return guarded(kSource, encoded, [&] {
-    const std::wstring_view plain = korlib::view_of(text);
-    std::wstring changed;
-    const bool is_changed = html_encode(plain, page_->response.code_page, &changed);
-    return give_text(is_changed ? std::wstring_view(changed) : plain, encoded);
+    *encoded = html_encoded(korlib::view_of(text), page_->response.code_page);
+    return *encoded ? S_OK : E_OUTOFMEMORY;
   });
 }
 

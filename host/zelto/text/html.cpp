@@ -1,7 +1,15 @@
 #include "text/html.h"
 
+#include <korlib/combstr.h>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+#include <algorithm>
 #include <array>
-#include <cstdint>
+#include <bit>
+#include <string>
 
 #include "text/charset.h"
 
@@ -24,51 +32,71 @@ bool stands_for_itself(wchar_t c, LONG code_page) {
   return code < kEntities.size() ? kEntities[code].empty() : encodes(code_page, c);
 }
 
-// Text is gone through in blocks of a fixed size, of which the compiler makes vectors.
-constexpr std::size_t kBlock = 16;
-
-// Whether all of them are ASCII that stands for itself. The characters that do not are two pairs, each of which differs
-// in one bit.
-bool is_plain_block(const wchar_t* block) {
-  std::uint32_t found = 0;
-  for (std::size_t i = 0; i < kBlock; ++i) {
-    const auto code = static_cast<char32_t>(block[i]);
-    found |= (code & ~char32_t{0x7F}) | static_cast<std::uint32_t>((code & ~2U) == U'<') |
-             static_cast<std::uint32_t>((code & ~4U) == U'"');
+// A number of characters at the start that are ASCII and stand for themselves, four at a time: behind them is one that
+// does not, or fewer than four. Every processor of this kind can; others look at each character.
+std::size_t plain_run([[maybe_unused]] std::wstring_view text) {
+  std::size_t done = 0;
+#ifdef __SSE2__
+  // The characters that have names are two pairs, each of which differs in one bit.
+  const auto is_other = [](__m128i four) {
+    const auto without = [&](int bits) { return _mm_andnot_si128(_mm_set1_epi32(bits), four); };
+    const auto is = [](__m128i all, int code) { return _mm_cmpeq_epi32(all, _mm_set1_epi32(code)); };
+    const __m128i is_named = _mm_or_si128(is(without(2), '<'), is(without(4), '"'));
+    return _mm_or_si128(is_named, is(is(without(0x7F), 0), 0));
+  };
+  for (; text.size() - done >= 4; done += 4) {
+    const auto* const at = reinterpret_cast<const __m128i*>(text.data() + done);
+    const int found = _mm_movemask_ps(_mm_castsi128_ps(is_other(_mm_loadu_si128(at))));
+    if (found) return done + static_cast<std::size_t>(std::countr_zero(static_cast<unsigned int>(found)));
   }
-  return found == 0;
+#endif
+  return done;
 }
 
 std::size_t find_special(std::wstring_view text, std::size_t from, LONG code_page) {
-  while (text.size() - from >= kBlock && is_plain_block(text.data() + from)) from += kBlock;
-  while (from < text.size() && stands_for_itself(text[from], code_page)) ++from;
+  while (from < text.size()) {
+    from += plain_run(text.substr(from));
+    if (from == text.size() || !stands_for_itself(text[from], code_page)) break;
+    ++from;
+  }
   return from;
 }
 
-}  // namespace
-
-bool html_encode(std::wstring_view text, LONG code_page, std::wstring* out) {
-  constexpr std::size_t kRoom = 32;  // for some of the longer forms
-  std::size_t special = find_special(text, 0, code_page);
-  if (special == text.size()) return false;
-  out->reserve(text.size() + kRoom);
+// Hands over the encoded text in pieces. `special` is where the first character lies that is not written as it is.
+template <class Take>
+void encode(std::wstring_view text, std::size_t special, LONG code_page, Take take) {
   for (std::size_t at = 0;;) {
-    out->append(text, at, special - at);
-    if (special == text.size()) return true;
+    take(text.substr(at, special - at));
+    if (special == text.size()) return;
     const auto code = static_cast<char32_t>(text[special]);
     if (code < kEntities.size()) {
-      *out += kEntities[code];
+      take(kEntities[code]);
     } else {
-      *out += L"&#" + std::to_wstring(code) + L";";
+      take(L"&#" + std::to_wstring(code) + L";");
     }
     at = special + 1;
     special = find_special(text, at, code_page);
   }
 }
 
+}  // namespace
+
+BSTR html_encoded(std::wstring_view text, LONG code_page) {
+  const std::size_t special = find_special(text, 0, code_page);
+  if (special == text.size()) return korlib::new_bstr(text);
+  std::size_t length = 0;
+  encode(text, special, code_page, [&](std::wstring_view part) { length += part.size(); });
+  if (length >= kMaxBstrBytes / sizeof(wchar_t)) return nullptr;
+  BSTR encoded = SysAllocStringLen(nullptr, static_cast<UINT>(length));
+  if (!encoded) return nullptr;
+  encode(text, special, code_page,
+         [at = encoded](std::wstring_view part) mutable { at = std::ranges::copy(part, at).out; });
+  return encoded;
+}
+
 std::wstring html_encode(std::wstring_view text, LONG code_page) {
   std::wstring encoded;
-  if (!html_encode(text, code_page, &encoded)) return std::wstring(text);
+  encode(text, find_special(text, 0, code_page), code_page, [&](std::wstring_view part) { encoded += part; });
   return encoded;
 }
 

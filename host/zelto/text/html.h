@@ -10,7 +10,7 @@ namespace zelto {
 
 // `< > & "` as their names; a character that the code page lacks as &#n;.
 std::wstring html_encode(std::wstring_view text, LONG code_page);
-// The same, but false, with nothing in *out, where that changes nothing.
-bool html_encode(std::wstring_view text, LONG code_page, std::wstring* out);
+// The same as a string for an out-argument; null when memory is short.
+BSTR html_encoded(std::wstring_view text, LONG code_page);
 
 }  // namespace zelto
