@@ -1,5 +1,7 @@
 #include "intrinsics/response_object.h"
 
+#include <korlib_host/own_strings.h>
+
 #include <algorithm>
 #include <cmath>
 #include <ctime>
@@ -98,11 +100,12 @@ HRESULT ResponseObject::go_on() { return page_->response.is_lost() ? page_->host
 
 // The head of a page that still fills its buffer has not been sent, so it cannot have lost its client.
 HRESULT ResponseObject::Write(VARIANT value) {
-  return value.vt == VT_BSTR && page_->response.put(korlib::view_of(value.bstrVal)) ? S_OK : write_any(value);
+  return value.vt == VT_BSTR && page_->response.put(korlib_host::characters_of(value.bstrVal)) ? S_OK
+                                                                                               : write_any(value);
 }
 
-// Apart, so that a character needs no more than a look at the buffer.
-HRESULT ResponseObject::write_any(const VARIANT& value) {
+// Apart, so that a character needs no more than a look at the buffer, and no registers saved for it.
+[[gnu::noinline]] HRESULT ResponseObject::write_any(const VARIANT& value) {
   return guarded(kSource, [&]() -> HRESULT {
     if (value.vt == VT_BSTR) {
       page_->response.write(korlib::view_of(value.bstrVal));
