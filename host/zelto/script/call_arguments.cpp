@@ -8,6 +8,7 @@ namespace zelto::script {
 
 bool CallArguments::convert(Values& values, std::size_t count, const JSValueRef* given, JSValueRef* exception) {
   JSContextRef ctx = values.context();
+  JSValueRef const undefined = JSValueMakeUndefined(ctx);  // always the same
   std::optional<EngineLock> lock;  // for the first that the engine is asked about, and all after it
   reversed_.resize(count);
   for (std::size_t i = 0; i < count; ++i) {
@@ -16,13 +17,12 @@ bool CallArguments::convert(Values& values, std::size_t count, const JSValueRef*
       slot = CComVariant(*number);
       continue;
     }
-    const bool is_repeated = values.is_repeated(given[i]);
-    if (!is_repeated && !lock) lock.emplace(ctx);
-    if (!is_repeated && JSValueIsUndefined(ctx, given[i])) {
+    if (given[i] == undefined) {
       slot = korlib::omitted();
-    } else if (!values.to_variant(given[i], &slot, exception)) {
-      return false;
+      continue;
     }
+    if (!lock && !values.is_repeated(given[i])) lock.emplace(ctx);
+    if (!values.to_variant(given[i], &slot, exception)) return false;
   }
   return true;
 }

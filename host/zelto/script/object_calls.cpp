@@ -84,9 +84,9 @@ HRESULT ObjectCalls::invoke_once(IDispatch* object, DISPID id, WORD flags, DISPP
     }
     if (FAILED(info.scode)) hr = info.scode;
   }
-  SysFreeString(info.bstrSource);
-  SysFreeString(info.bstrDescription);
-  SysFreeString(info.bstrHelpFile);
+  for (BSTR text : {info.bstrSource, info.bstrDescription, info.bstrHelpFile}) {
+    if (text) SysFreeString(text);
+  }
   return hr;
 }
 

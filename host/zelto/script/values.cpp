@@ -153,7 +153,7 @@ JSValueRef Values::referenced_to_script(const VARIANT& value, JSValueRef* except
 }
 
 bool Values::to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception) {
-  VariantClear(out);
+  if (out->vt != VT_EMPTY) VariantClear(out);
   if (BSTR known = texts_.find(value)) return give_text(korlib::new_bstr(korlib::view_of(known)), out, exception);
   switch (JSValueGetType(context_, value)) {
     case kJSTypeUndefined:
