@@ -157,7 +157,7 @@ HRESULT CTemplatorConcept::Process(wchar_t* source) {
   return mirt::guarded([&] {
     if (!m_pOutput) return E_FAIL;
     // One string for every literal character: a sink takes a copy of what it is given.
-    const CComBSTR one(std::wstring_view(L" "));
+    const CComBSTR one(std::wstring_view(L" ", 1));
     if (!one.get() || !is_complete()) return E_OUTOFMEMORY;
     const Delimiters d = delimiters();
     const std::wstring_view text = korlib::view_of(source);

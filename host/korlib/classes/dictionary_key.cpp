@@ -97,8 +97,7 @@ void KeyForm::prepare(bool ignore_case) {
   hash_ = hash.finish();
 }
 
-bool KeyForm::is_same(const KeyForm& other, bool ignore_case) const {
-  if (kind_ != other.kind_ || bits_ != other.bits_ || text_.size() != other.text_.size()) return false;
+bool KeyForm::has_text_of(const KeyForm& other, bool ignore_case) const {
   return ignore_case ? base::equal_folded(text_, other.text_) : text_ == other.text_;
 }
 

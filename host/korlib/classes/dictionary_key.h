@@ -19,7 +19,10 @@ class KeyForm {
   // Both prepared for the same comparison.
   bool operator==(const KeyForm& other) const { return hash_ == other.hash_ && is_same(other, ignores_case_); }
   // Without a hash: for a few keys, which it takes less time to look through.
-  bool is_same(const KeyForm& other, bool ignore_case) const;
+  bool is_same(const KeyForm& other, bool ignore_case) const {
+    return kind_ == other.kind_ && bits_ == other.bits_ && text_.size() == other.text_.size() &&
+           (kind_ != Kind::text || has_text_of(other, ignore_case));
+  }
 
  protected:
   KeyForm() = default;
@@ -35,6 +38,7 @@ class KeyForm {
  private:
   enum class Kind : BYTE { empty, null, text, integer, real, object };
 
+  bool has_text_of(const KeyForm& other, bool ignore_case) const;
   HRESULT take(Kind kind, std::uint64_t bits);
   HRESULT take_real(double number);
   HRESULT take_integer(const VARIANT& value);

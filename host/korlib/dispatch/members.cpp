@@ -29,7 +29,7 @@ bool fits(const Operation& operation, UINT count) {
 
 HRESULT run(const Operation& operation, const Call& call) {
   const Arguments arguments(*call.params);
-  const HRESULT hr = guarded(L"", [&] { return operation.run(call.self, operation, arguments, call.result); });
+  const HRESULT hr = guarded({}, [&] { return operation.run(call.self, operation, arguments, call.result); });
   if (FAILED(hr)) {
     if (call.argerr && arguments.rejected()) *call.argerr = *arguments.rejected();
     if (call.result) VariantClear(call.result);

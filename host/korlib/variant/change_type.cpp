@@ -101,7 +101,7 @@ HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT, VARTYP
   if (!target || !source) return E_INVALIDARG;
   if ((vt & VT_BYREF) || !korlib::variants::is_variant_type(vt)) return DISP_E_BADVARTYPE;
   if (target == source && source->vt == vt) return S_OK;
-  return korlib::guarded(L"", [&]() -> HRESULT {
+  return korlib::guarded({}, [&]() -> HRESULT {
     VARIANT value;
     RETURN_IF_FAILED(korlib::variants::follow(*source, &value));
     CComVariant converted;
