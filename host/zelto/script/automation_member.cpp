@@ -1,5 +1,7 @@
 #include "script/automation_member.h"
 
+#include <boost/unordered/unordered_flat_map.hpp>
+
 #include "script/callback.h"
 #include "script/realm.h"
 #include "script/rooted_values.h"
@@ -7,11 +9,26 @@
 namespace zelto::script {
 namespace {
 
+// What each direct function calls, for those of the thread's engine. They have no place of their own for it.
+thread_local boost::unordered_flat_map<JSObjectRef, AutomationMember*> t_called;
+
 JSValueRef call(JSContextRef ctx, JSObjectRef function, JSObjectRef, std::size_t count, const JSValueRef* values,
                 JSValueRef* exception) {
   const RootedObject root(function);
   auto* held = living<AutomationMember>(ctx, function, exception);
   if (!held) return JSValueMakeUndefined(ctx);
+  return held->realm()->calls().call(held->target(), count, values, exception);
+}
+
+JSValueRef call_direct(JSContextRef ctx, JSObjectRef function, JSObjectRef, std::size_t count, const JSValueRef* values,
+                       JSValueRef* exception) {
+  const auto found = t_called.find(function);
+  AutomationMember* const held = found == t_called.end() ? nullptr : found->second;
+  if (!held || !held->realm()) {
+    raise_ended(ctx, exception);
+    return JSValueMakeUndefined(ctx);
+  }
+  const RootedObject root(held->function());
   return held->realm()->calls().call(held->target(), count, values, exception);
 }
 
@@ -47,6 +64,19 @@ bool set_referenced(JSContextRef, JSObjectRef object, JSStringRef name, JSValueR
 }
 
 }  // namespace
+
+AutomationMember::~AutomationMember() {
+  if (direct_) t_called.erase(direct_);
+}
+
+JSObjectRef AutomationMember::direct(JSContextRef ctx, JSObjectRef function, JSStringRef name) {
+  if (direct_) return direct_;
+  JSObjectRef made = JSObjectMakeFunctionWithCallback(ctx, name, callback<call_direct>);
+  if (!made || !JSObjectSetPrivateProperty(ctx, function, JsString("direct").get(), made)) return function;
+  t_called[made] = this;
+  function_ = function;
+  return direct_ = made;
+}
 
 JSClassRef make_member_class() {
   JSClassDefinition definition = host_class("Function");

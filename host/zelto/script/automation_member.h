@@ -12,6 +12,7 @@ class AutomationMember final : public HostObject {
  public:
   AutomationMember(Realm& realm, CallTarget target, CallArguments arguments = {})
       : HostObject(realm), target_(std::move(target)), arguments_(std::move(arguments)) {}
+  ~AutomationMember() override;
   // Lasts as long as the function does.
   const CallTarget& target() const noexcept { return target_; }
   CallArguments& arguments() noexcept { return arguments_; }
@@ -21,6 +22,11 @@ class AutomationMember final : public HostObject {
     target_.object = std::move(object);
     target_.id = id;
   }
+  // The same as a function of the kind that the engine's compiled code calls straight away: to call an object of a
+  // class it first has to find out how. For calls only: `function`, the member's own, is what a script sees, and keeps
+  // it.
+  JSObjectRef direct(JSContextRef ctx, JSObjectRef function, JSStringRef name);
+  JSObjectRef function() const noexcept { return function_; }
 
  protected:
   void release() override {
@@ -31,6 +37,8 @@ class AutomationMember final : public HostObject {
  private:
   CallTarget target_;
   CallArguments arguments_;
+  JSObjectRef function_ = nullptr;  // these two when direct() has been asked for
+  JSObjectRef direct_ = nullptr;
 };
 
 JSClassRef make_member_class();

@@ -98,7 +98,8 @@ JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, 
     found->realm()->missing().pass();
     if (++known->uses % kOften == 0) {
       const Watchdog::Quiet quiet(found->engine().watchdog());
-      found->realm()->prelude().keep_method(object, name, known->function);
+      auto* const member = static_cast<AutomationMember*>(JSObjectGetPrivate(known->function));
+      found->realm()->prelude().keep_method(object, name, member->direct(ctx, known->function, name));
     }
     return known->function;
   }

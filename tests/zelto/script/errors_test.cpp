@@ -33,6 +33,16 @@ TEST_F(Errors, WithoutWordsNameMemberAndCode) {
   for (const auto& row : rows) EXPECT_EQ(row.said, error_of(row.script));
 }
 
+// Often enough for whatever is kept at hand.
+TEST_F(Errors, AreTheSameHoweverOftenTheMethodHasBeenCalled) {
+  EXPECT_EQ("50,50", text(L"(() => { var right = 0, ended = 0; for (var i = 0; i < 50; i++) {"
+                          L" try { o.Fail(-2147467259, 'it broke') } catch (e) {"
+                          L" if (e.message + e.source + e.number === 'it brokeProbe-2147467259') right++ }"
+                          L" finally { ended++ } } return [right, ended] })()"));
+  EXPECT_EQ("Probe: it broke at /site/page.asp:3",
+            error_of(L"for (var i = 0; i <= 40; i++)\n\n  o.Fail(i < 40 ? 0 : -2147467259, 'it broke')"));
+}
+
 TEST_F(Errors, DoNotInheritTheWordsOfAnEarlierOne) {
   must_run(L"try { o.Fail(-2147467259, 'first') } catch (e) {}");
   EXPECT_EQ("Error: Unspecified error: 'Fail' (0x80004005) at /site/page.asp:1", error_of(L"o.Fail(-2147467259)"));
