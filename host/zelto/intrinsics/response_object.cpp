@@ -108,7 +108,7 @@ HRESULT ResponseObject::Write(VARIANT value) {
 [[gnu::noinline]] HRESULT ResponseObject::write_any(const VARIANT& value) {
   return guarded(kSource, [&]() -> HRESULT {
     if (value.vt == VT_BSTR) {
-      page_->response.write(korlib::view_of(value.bstrVal));
+      page_->response.write(korlib_host::characters_of(value.bstrVal));
       return go_on();
     }
     std::wstring text;

@@ -26,7 +26,7 @@ class ResponseObject final
   HRESULT put_Status(BSTR status) override;
   HRESULT get_CodePage(LONG* code_page) override;
 
-  bool may_wait() const noexcept override { return page_->response.buffered; }
+  const bool& may_wait() const noexcept override { return page_->response.buffered; }
   HRESULT write_text(std::u16string_view text) override;
 
   // What only scripts use.

@@ -14,7 +14,8 @@ bool CallArguments::convert(Values& values, std::size_t count, const JSValueRef*
   for (std::size_t i = 0; i < count; ++i) {
     CComVariant& slot = reversed_[count - 1 - i];
     if (const std::optional<LONG> number = small_integer(ctx, given[i])) {
-      slot = CComVariant(*number);
+      slot.vt = VT_I4;
+      slot.lVal = *number;
       continue;
     }
     if (given[i] == undefined) {

@@ -114,8 +114,7 @@ void Engine::bury(HostObject* object) noexcept {
   has_buried_ = true;
 }
 
-void Engine::release_buried() {
-  if (!has_buried_) return;
+void Engine::release_all_buried() {
   HostObject* object = nullptr;
   {
     const std::lock_guard lock(buried_lock_);

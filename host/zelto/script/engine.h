@@ -92,9 +92,13 @@ class Engine {
 
   // From finalizers, on any thread: the object is let go at the next opportunity on the engine's thread.
   void bury(HostObject* object) noexcept;
-  void release_buried();
+  void release_buried() {
+    if (has_buried_) release_all_buried();
+  }
 
  private:
+  void release_all_buried();
+
   JSContextGroupRef group_;
   Engine* previous_;
   HostClasses classes_;

@@ -48,8 +48,9 @@ JsString ObjectCalls::take_text(JSValueRef* exception) const {
   return JsString(taken ? JSValueToStringCopy(realm_.context(), taken, exception) : nullptr);
 }
 
-bool ObjectCalls::hand_text_over(JSValueRef* exception) {
-  if (!realm_.prelude().has_text()) return true;
+bool ObjectCalls::has_text() const noexcept { return realm_.prelude().has_text(); }
+
+bool ObjectCalls::write_collected(JSValueRef* exception) {
   const JsString text = take_text(exception);
   if (!text.get()) return *exception ? false : realm_.errors().raise(E_OUTOFMEMORY, {}, exception);
   const CComPtr<IPageOutput> output(realm_.globals().page_output());

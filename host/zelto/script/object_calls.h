@@ -46,7 +46,7 @@ class ObjectCalls {
   // Writes to the page.
   bool write(const VARIANT& value, JSValueRef* exception);
   // Writes what the script has collected. True when there is nothing.
-  bool hand_text_over(JSValueRef* exception);
+  bool hand_text_over(JSValueRef* exception) { return !has_text() || write_collected(exception); }
   // Tells the script how much it may collect.
   void limit_collecting();
 
@@ -73,6 +73,8 @@ class ObjectCalls {
   void note_kind(JSValueRef object, JSValueRef name);
 
  private:
+  bool has_text() const noexcept;
+  bool write_collected(JSValueRef* exception);
   JsString take_text(JSValueRef* exception) const;
   HRESULT invoke_once(IDispatch* object, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, UINT* refused);
   HRESULT put_once(IDispatch* object, DISPID id, const CallArguments& arguments, const VARIANT& value);

@@ -9,8 +9,9 @@
 namespace zelto::script {
 
 struct IPageOutput : IUnknown {
-  // Whether what is written may wait for the end of the page, or for a call that sends it.
-  virtual bool may_wait() const noexcept = 0;
+  // Where it is kept whether what is written may wait for the end of the page, or for a call that sends it. Any call
+  // may change that; the place lasts as long as the object.
+  virtual const bool& may_wait() const noexcept = 0;
   // Response.Write of a text, in UTF-16.
   virtual HRESULT write_text(std::u16string_view text) = 0;
 

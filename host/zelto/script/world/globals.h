@@ -35,10 +35,11 @@ class Globals {
   void set_output(IDispatch* response) {
     output_ = response;
     page_output_ = response;
+    may_wait_ = page_output_ ? &page_output_->may_wait() : nullptr;
   }
   IPageOutput* page_output() const noexcept { return page_output_.get(); }
   // Whether what the script writes may be collected.
-  bool may_collect() const noexcept { return page_output_ && page_output_->may_wait(); }
+  bool may_collect() const noexcept { return may_wait_ && *may_wait_; }
   // The objects that are called Response and Server, as the script has them; null without them.
   JSValueRef response() { return output_ ? wrappers_.wrap(output_.get()) : nullptr; }
   JSValueRef server_object() { return server_ ? wrappers_.wrap(server_.get()) : nullptr; }
@@ -74,6 +75,7 @@ class Globals {
   CComPtr<IDispatch> server_;
   CComQIPtr<ZeltoTypeLibrary::IResponse> output_;
   CComQIPtr<IPageOutput> page_output_;
+  const bool* may_wait_ = nullptr;  // the output's
   LogSink log_;
   bool has_lexical_ = false;
   const PageFunction* page_ = nullptr;
