@@ -65,8 +65,10 @@ bool set_referenced(JSContextRef, JSObjectRef object, JSStringRef name, JSValueR
 
 }  // namespace
 
+// Members go some time after their functions, when another function may lie where the own one was.
 AutomationMember::~AutomationMember() {
-  if (direct_) t_called.erase(direct_);
+  const auto found = t_called.find(direct_);
+  if (found != t_called.end() && found->second == this) t_called.erase(found);
 }
 
 JSObjectRef AutomationMember::direct(JSContextRef ctx, JSObjectRef function, JSStringRef name) {
