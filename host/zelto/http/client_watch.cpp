@@ -5,10 +5,11 @@
 
 namespace zelto {
 
-void ClientWatch::begin(const std::shared_ptr<void>& owner) {
+void ClientWatch::begin(const std::shared_ptr<void>& owner, bool has_sent_more) {
+  has_come_ = has_sent_more;
+  if (has_sent_more) return;  // what is left rings
   mailbox_.look_soon();
   if (is_watching_) return;
-  has_come_ = false;
   socket_.async_wait(Socket::wait_read, [this, owner](const boost::system::error_code&) {
     is_watching_ = false;
     has_come_ = true;  // before the letters are opened: what is left after that rings

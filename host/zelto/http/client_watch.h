@@ -20,9 +20,9 @@ class ClientWatch {
   ClientWatch(Socket& socket, Mailbox& mailbox, std::function<void()> on_next)
       : socket_(socket), mailbox_(mailbox), on_next_(std::move(on_next)) {}
 
-  // Before a worker gets the request. `owner` holds this object, and is kept alive until the client sends something or
-  // is gone.
-  void begin(const std::shared_ptr<void>& owner);
+  // Before a worker gets the request; `has_sent_more` when some of the next one has been read already. `owner` holds
+  // this object, and is kept alive until the client sends something or is gone.
+  void begin(const std::shared_ptr<void>& owner, bool has_sent_more);
   // By the worker, of an answer that the client has been sent to its end.
   void leave(Mailbox::Letter letter) { mailbox_.leave(std::move(letter), has_come_); }
   // At what has been left.

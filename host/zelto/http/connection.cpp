@@ -143,6 +143,7 @@ void Connection::route() {
 
 void Connection::begin_body() {
   phase_ = Phase::body;
+  reader_.request().file_stamp.reset();  // a body may take long
   shared_.table.set_state(this, ConnectionState::exchanging);
   read_rate_.begin(Clock::now());
   if (!reader_.awaits_continue()) return read_body();
@@ -207,7 +208,7 @@ void Connection::submit() {
   request.local_port = ends_.local_port;
   request.secure = came_encrypted(request, terms_->trusted_proxies);
   prepare_sink(!last_ && !unread_input_, limits().send_timeout);
-  if (!sink_.must_close()) watch_.begin(shared_from_this());
+  if (!sink_.must_close()) watch_.begin(shared_from_this(), reader_.has_begun());
   switch (job_.submit(shared_from_this(), turn_, socket_.native_handle())) {
     case WorkerPool::Submitted::queued:
       return;

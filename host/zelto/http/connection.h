@@ -85,7 +85,8 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   void answer_too_many();
   void close_unless_answering() {
     watch_.look();
-    if (phase_ != Phase::answering) cut_off();
+    if (phase_ != Phase::answering) return cut_off();
+    last_ = true;  // its worker is about to hand it back
   }
   void close_soon();
   void end_at_once();
@@ -169,7 +170,7 @@ inline void Connection::post(Step step) {
                     [self = shared_from_this(), step] { self->guarded([&] { (*self.*step)(); }); });
 }
 
-// What is left to do when the client has all of an answer can wait until it sends more.
+// What is left to do when the socket has taken all of an answer can wait until the client sends more.
 inline void Connection::hand_back(Mailbox& mailbox) {
   Mailbox::Letter letter{shared_from_this(), &open_answered};
   if (queue_.is_sending() || sink_.must_close()) return mailbox.send(std::move(letter));

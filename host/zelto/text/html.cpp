@@ -32,8 +32,8 @@ bool stands_for_itself(wchar_t c, LONG code_page) {
   return code < kEntities.size() ? kEntities[code].empty() : encodes(code_page, c);
 }
 
-// A number of characters at the start that are ASCII and stand for themselves, four at a time: behind them is one that
-// does not, or fewer than four. Every processor of this kind can; others look at each character.
+// A number of characters at the start that are ASCII and stand for themselves: behind them is one that does not, or
+// fewer than four. With SSE2, which all of x86-64 have; elsewhere none, and the caller looks at each character.
 std::size_t plain_run([[maybe_unused]] std::wstring_view text) {
   std::size_t done = 0;
 #ifdef __SSE2__
@@ -54,10 +54,15 @@ std::size_t plain_run([[maybe_unused]] std::wstring_view text) {
 }
 
 std::size_t find_special(std::wstring_view text, std::size_t from, LONG code_page) {
+  const auto is_beyond_ascii = [&] { return static_cast<char32_t>(text[from]) >= kEntities.size(); };
   while (from < text.size()) {
     from += plain_run(text.substr(from));
-    if (from == text.size() || !stands_for_itself(text[from], code_page)) break;
-    ++from;
+    if (from == text.size()) break;
+    // In most languages that have such a character the next one is of its kind.
+    do {
+      if (!stands_for_itself(text[from], code_page)) return from;
+      ++from;
+    } while (from < text.size() && is_beyond_ascii());
   }
   return from;
 }
@@ -84,6 +89,8 @@ void encode(std::wstring_view text, std::size_t special, LONG code_page, Take ta
 BSTR html_encoded(std::wstring_view text, LONG code_page) {
   const std::size_t special = find_special(text, 0, code_page);
   if (special == text.size()) return korlib::new_bstr(text);
+  // Whether a code page has a character takes longer to tell than a copy of it.
+  if (code_page != kUtf8CodePage) return korlib::new_bstr(html_encode(text, code_page));
   std::size_t length = 0;
   encode(text, special, code_page, [&](std::wstring_view part) { length += part.size(); });
   if (length >= kMaxBstrBytes / sizeof(wchar_t)) return nullptr;
