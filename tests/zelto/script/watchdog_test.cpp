@@ -129,7 +129,11 @@ TEST_F(EngineTimers, AreOneAtATimeBehindAPause) {
   for (int round = 0; round < 3; ++round) {
     // What it has set is up while nothing runs.
     std::this_thread::sleep_for(kLook + std::chrono::milliseconds(50));
-    EXPECT_EQ(1, set_by([this] { run_for(kLook / 2, L"for (var i = 0; i < 100; i++) (function () {})()"); }));
+    const auto began = std::chrono::steady_clock::now();
+    const int set = set_by([this] { run_for(kLook / 2, L"for (var i = 0; i < 100; i++) (function () {})()"); });
+    EXPECT_GE(set, 1);
+    // One more for each that has run out, on a machine that is busy with other things.
+    EXPECT_LE(set, 1 + (std::chrono::steady_clock::now() - began) / kLook);
   }
 }
 
