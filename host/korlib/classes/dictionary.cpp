@@ -100,6 +100,21 @@ HRESULT Dictionary::admit(const VARIANT& value) {
   return S_OK;
 }
 
+// Those that are in one another end one after the other: each in the end of the one around it would take as much stack
+// as they are deep.
+void Dictionary::on_last_release() {
+  thread_local bool is_ending = false;
+  thread_local Dictionary* ended = nullptr;
+  leave();
+  next_ended_ = std::exchange(ended, this);
+  if (std::exchange(is_ending, true)) return;
+  while (Dictionary* const one = ended) {
+    ended = one->next_ended_;
+    delete one;
+  }
+  is_ending = false;
+}
+
 Dictionary::Entry* Dictionary::find(WantedKey& key) {
   constexpr std::size_t kFew = 8;
   if (table_.size() <= kFew) {

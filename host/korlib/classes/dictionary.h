@@ -59,6 +59,9 @@ class Dictionary final : public DispatchObject<Dictionary, IHostDictionary>, pub
   HRESULT put_CompareMode(LONG mode) override;
   HRESULT get__NewEnum(IUnknown** keys) override;
 
+ protected:
+  void on_last_release() override;
+
  private:
   enum class Part { key, value };
 
@@ -84,6 +87,7 @@ class Dictionary final : public DispatchObject<Dictionary, IHostDictionary>, pub
   std::mutex lock_;
   Table table_;
   bool ignores_case_ = false;
+  Dictionary* next_ended_ = nullptr;  // while it waits for its end
   std::atomic<bool> is_shared_{false};
   std::atomic<bool> holds_dictionaries_{false};
 };

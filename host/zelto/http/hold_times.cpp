@@ -44,22 +44,35 @@ void HoldTimes::end(unsigned worker, Clock::time_point now) noexcept {
 }
 
 void HoldTimes::learn(const std::string& kind, Clock::duration taken) {
-  if (const auto known = averages_.find(kind); known != averages_.end()) {
-    known->second += (std::min(taken, kMostCounted) - known->second) / kWeight;
+  const bool has_held = taken >= kOverdue;
+  if (const auto known = known_.find(kind); known != known_.end()) {
+    known->second.average += (std::min(taken, kMostCounted) - known->second.average) / kWeight;
+    known->second.has_held = has_held;
     return;
   }
-  if (averages_.size() >= kMostKinds) averages_.clear();
+  if (known_.size() >= kMostKinds) known_.clear();
   // The first one has been compiled, and may be long for that alone: the next one tells.
-  averages_.emplace(kind, std::min<Clock::duration>(taken, kLong));
+  known_.emplace(kind, Known{std::min<Clock::duration>(taken, kLong), has_held});
+}
+
+// One of the kind that began then, or before.
+bool HoldTimes::runs(const std::string& kind, Clock::time_point since) const {
+  return std::ranges::any_of(running_, [&](const Running& running) {
+    return running.is_busy && running.began <= since && running.kind == kind;
+  });
 }
 
 bool HoldTimes::is_long(const std::string& kind, Clock::time_point now) const {
   if (kind.empty()) return false;
-  const auto known = averages_.find(kind);
-  if (known == averages_.end() || known->second >= kLong) return true;
-  return std::ranges::any_of(running_, [&](const Running& running) {
-    return running.is_busy && now - running.began >= kOverdue && running.kind == kind;
-  });
+  const auto known = known_.find(kind);
+  return known == known_.end() || known->second.average >= kLong || runs(kind, now - kOverdue);
+}
+
+bool HoldTimes::may_hold(const std::string& kind, Clock::time_point now) const {
+  if (kind.empty()) return false;
+  const auto known = known_.find(kind);
+  if (known == known_.end()) return runs(kind, now);
+  return known->second.has_held || runs(kind, now - kOverdue);
 }
 
 std::size_t HoldTimes::long_running(Clock::time_point now) const {

@@ -22,6 +22,9 @@ class HoldTimes {
 
   // What mostly held a worker for long, or does so now; also what has never ended yet.
   bool is_long(const std::string& kind, Clock::time_point now) const;
+  // Whether one more may hold its worker for as long as its client likes, or nearly: one of its kind does so now or did
+  // so last, or is the first that runs at all.
+  bool may_hold(const std::string& kind, Clock::time_point now) const;
   // Workers that run what was long when it began, or has become so.
   std::size_t long_running(Clock::time_point now) const;
 
@@ -33,9 +36,15 @@ class HoldTimes {
     Clock::time_point began;
   };
 
-  void learn(const std::string& kind, Clock::duration taken);
+  struct Known {
+    Clock::duration average;  // of the last few
+    bool has_held;            // the last one, for long
+  };
 
-  std::unordered_map<std::string, Clock::duration> averages_;  // of the last few of each kind
+  void learn(const std::string& kind, Clock::duration taken);
+  bool runs(const std::string& kind, Clock::time_point since) const;
+
+  std::unordered_map<std::string, Known> known_;
   std::vector<Running> running_;
 };
 

@@ -12,6 +12,14 @@ constexpr unsigned kLeftPart = 4;
 
 }  // namespace
 
+// What the job of a thread has taken besides its own turn.
+struct WorkerPool::Running {
+  WorkerPool& pool;
+  std::vector<std::string> turns;
+  static thread_local Running* of_this_thread;
+};
+thread_local WorkerPool::Running* WorkerPool::Running::of_this_thread = nullptr;
+
 WorkerPool::WorkerPool(WorkerFactory factory, const WorkerPoolOptions& options)
     : factory_(std::move(factory)), options_(options), times_(options.threads) {}
 
@@ -63,17 +71,35 @@ void WorkerPool::queue(Tasks& from, bool is_long, Clock::time_point now) {
   to.splice(to.end(), from, from.begin());
 }
 
-bool WorkerPool::may_begin_long(Clock::time_point now) const {
-  const unsigned left = now - last_short_ < options_.left_for ? std::max(options_.threads / kLeftPart, 1U) : 0;
+bool WorkerPool::may_begin_long(const Task& task, Clock::time_point now) const {
+  const bool leaves = now - last_short_ < options_.left_for || times_.may_hold(task.kind, now);
+  const unsigned left = leaves ? std::max(options_.threads / kLeftPart, 1U) : 0;
   return times_.long_running(now) < std::max(options_.threads - std::min(left, options_.threads), 1U);
 }
 
-// The one whose first task may begin now; null when there is none.
-WorkerPool::Tasks* WorkerPool::first_queue(Clock::time_point now) {
-  if (long_.empty()) return short_.empty() ? nullptr : &short_;
-  const bool is_first = short_.empty() || long_.front().number < short_.front().number;
-  if (is_first && may_begin_long(now)) return &long_;
-  return short_.empty() ? nullptr : &short_;
+// False when there is none that may begin now.
+bool WorkerPool::take_first(Clock::time_point now, Task* first) {
+  const auto may_begin = [&](const Task& task) { return may_begin_long(task, now); };
+  const auto first_long = std::ranges::find_if(long_, may_begin);
+  const bool is_long = first_long != long_.end() && (short_.empty() || first_long->number < short_.front().number);
+  if (!is_long && short_.empty()) return false;
+  Tasks& from = is_long ? long_ : short_;
+  const auto taken = is_long ? first_long : short_.begin();
+  *first = std::move(*taken);
+  from.erase(taken);
+  return true;
+}
+
+void WorkerPool::take_turn(const std::string& turn) noexcept {
+  Running* const running = Running::of_this_thread;
+  if (!running) return;
+  try {
+    running->turns.push_back(turn);
+    const std::lock_guard lock(running->pool.lock_);
+    if (!running->pool.turns_.try_emplace(turn).second) running->turns.pop_back();
+  } catch (const std::bad_alloc&) {
+    if (!running->turns.empty() && running->turns.back() == turn) running->turns.pop_back();
+  }
 }
 
 bool WorkerPool::withdraw(const Job& job, const std::string& turn) {
@@ -138,12 +164,16 @@ void WorkerPool::run(unsigned number) {
   while (worker) {
     const Task task = next(number);
     if (!task.job) break;
+    Running running{*this, {}};
+    Running::of_this_thread = &running;
     try {
       task.job->run(*worker);
     } catch (...) {
       // Out of memory: not even its end could be reported. Releasing the job closes its connection.
     }
+    Running::of_this_thread = nullptr;
     end_turn(task.turn);
+    for (const std::string& turn : running.turns) end_turn(turn);
   }
 }
 
@@ -153,9 +183,7 @@ WorkerPool::Task WorkerPool::next(unsigned worker) {
   times_.end(worker, Clock::now());
   for (;;) {
     const auto now = Clock::now();
-    if (Tasks* first = first_queue(now)) {
-      Task task = std::move(first->front());
-      first->pop_front();
+    if (Task task; take_first(now, &task)) {
       times_.begin(worker, task.kind, task.is_long, now);
       // A worker that found only long ones when it could not have them may have them now.
       if (!long_.empty()) changed_.notify_one();

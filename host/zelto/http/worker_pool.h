@@ -40,7 +40,7 @@ struct WorkerPoolOptions {
 //
 // Jobs run in the order in which they came, but those of a long kind leave a worker in four to the others, and a place
 // in four of the queue: a few visitors of a page that takes its time would else have everybody wait for it. While no
-// short job comes they may have all workers.
+// short job comes they may have all workers, but not those that may hold them for as long as a client likes.
 class WorkerPool {
  public:
   WorkerPool(WorkerFactory factory, const WorkerPoolOptions& options);
@@ -56,6 +56,9 @@ class WorkerPool {
   Submitted submit(std::shared_ptr<Job> job, const std::string& turn = {}, const std::string& kind = {});
   // Takes back a job that waits for its turn; false when there is none such: it has had its turn.
   bool withdraw(const Job& job, const std::string& turn);
+  // By the job that the calling thread runs: until it ends, others of that turn wait for it as well. A turn that has
+  // jobs already stays as it is. Outside of a job, or where memory has run out, nothing happens.
+  static void take_turn(const std::string& turn) noexcept;
   // Drops the jobs that no worker has begun, waits for the others, and joins the threads.
   void stop();
 
@@ -76,8 +79,9 @@ class WorkerPool {
   void end_turn(const std::string& turn);
   bool has_room(bool is_long) const;
   void queue(Tasks& from, bool is_long, Clock::time_point now);
-  bool may_begin_long(Clock::time_point now) const;
-  Tasks* first_queue(Clock::time_point now);
+  bool may_begin_long(const Task& task, Clock::time_point now) const;
+  bool take_first(Clock::time_point now, Task* first);
+  struct Running;
 
   const WorkerFactory factory_;
   const WorkerPoolOptions options_;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/letter_case.h"
+#include "http/worker_pool.h"
 #include "text/http_grammar.h"
 
 namespace zelto {
@@ -60,6 +61,7 @@ HRESULT PageSession::keep() {
                          L"The site keeps as many sessions as its session_limit allows, all of them in use.");
   }
   page_.response.session_cookie = std::move(cookie);
+  WorkerPool::take_turn(state()->id);  // its client may come back before this page ends
   return S_OK;
 }
 
@@ -71,6 +73,7 @@ HRESULT PageSession::renew() {
   std::string id = store_.make_id();
   std::string cookie = cookie_for(id);
   store_.rename(state(), std::move(id));
+  WorkerPool::take_turn(state()->id);
   page_.response.session_cookie = std::move(cookie);
   return S_OK;
 }

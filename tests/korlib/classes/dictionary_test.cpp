@@ -6,6 +6,7 @@
 #include <cstring>
 #include <functional>
 #include <thread>
+#include <utility>
 
 #include <korlib_host/diagnostics.h>
 #include <korlib_host/dispatch_object.h>
@@ -39,6 +40,19 @@ TEST_F(Dictionary, IsFoundByItsProgId) {
   CLSID clsid{};
   EXPECT_EQ(S_OK, CLSIDFromProgID(L"Scripting.Dictionary", &clsid));
   EXPECT_EQ(CLSID_ScriptingDictionary, clsid);
+}
+
+// Each in the end of the one around it would take as much stack as they are deep.
+TEST_F(Dictionary, EndsHoweverDeepItHoldsOthers) {
+  const auto before = korlib_host::live_objects();
+  {
+    auto outermost = new_dictionary();
+    for (int i = 0; i < 300'000; ++i) {
+      const auto inner = std::exchange(outermost, new_dictionary());
+      EXPECT_EQ(S_OK, call(outermost.get(), L"Add", L"in", inner.get()).hr);
+    }
+  }
+  EXPECT_EQ(before, korlib_host::live_objects());
 }
 
 TEST_F(Dictionary, KeepsValuesByKeyInInsertionOrder) {

@@ -5,8 +5,8 @@
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/asio/use_future.hpp>
 #include <boost/asio/write.hpp>
+#include <functional>
 #include <future>
 #include <memory>
 
@@ -29,9 +29,10 @@ class ClientWatchTest : public testing::Test {
   }
   ~ClientWatchTest() override { loop_.stop(); }
 
-  template <class Function>
-  auto on_loop(Function function) {
-    return asio::post(loop_.executor(), asio::use_future([&] { return function(); })).get();
+  bool on_loop(const std::function<bool()>& function) {
+    std::promise<bool> answer;
+    asio::post(loop_.executor(), [&] { answer.set_value(function()); });
+    return answer.get_future().get();
   }
 
   IoLoop loop_;

@@ -70,6 +70,24 @@ TEST_F(HoldTimesTest, TakesWhatDoesNotEndForLong) {
   EXPECT_EQ(0U, times.long_running(now));
 }
 
+TEST_F(HoldTimesTest, TellsWhatMayHoldAWorker) {
+  EXPECT_FALSE(times.may_hold("page", now)) << "the first one is to run";
+  times.begin(1, "page", true, now);
+  EXPECT_TRUE(times.may_hold("page", now)) << "nobody knows how long that takes";
+  EXPECT_FALSE(times.may_hold("other", now));
+  EXPECT_FALSE(times.may_hold("", now));
+  times.end(1, now + milliseconds(30));
+  EXPECT_FALSE(times.may_hold("page", now)) << "long, and it ended by itself";
+  times.begin(1, "page", true, now);
+  EXPECT_FALSE(times.may_hold("page", now));
+  now += milliseconds(1000);
+  EXPECT_TRUE(times.may_hold("page", now));
+  times.end(1, now);
+  EXPECT_TRUE(times.may_hold("page", now)) << "as the last one did";
+  run("page", milliseconds(30));
+  EXPECT_FALSE(times.may_hold("page", now));
+}
+
 TEST_F(HoldTimesTest, CountsTheWorkersOfLongOnes) {
   times.begin(0, "page", true, now);
   times.begin(1, "", false, now);

@@ -144,9 +144,43 @@ TEST_F(WorkerPoolTest, GivesLongJobsAllWorkersWhileNoShortOneComes) {
   WorkerPool fair([] { return std::make_unique<IdleWorker>(); }, {.threads = 2, .queue = 8, .left_for = {}});
   fair.start();
   EXPECT_EQ(Submitted::queued, fair.submit(holding(), {}, "long"));
-  EXPECT_EQ(Submitted::queued, fair.submit(holding(), {}, "long"));
+  EXPECT_EQ(Submitted::queued, fair.submit(holding(), {}, "other"));
   gate.wait_for(2);
   gate.open();
+}
+
+TEST_F(WorkerPoolTest, GivesThemNotAllWhereTheyMayHoldThem) {
+  WorkerPool fair([] { return std::make_unique<IdleWorker>(); }, {.threads = 2, .queue = 8, .left_for = {}});
+  fair.start();
+  EXPECT_EQ(Submitted::queued, fair.submit(holding(), {}, "long"));
+  gate.wait_for(1);
+  EXPECT_EQ(Submitted::queued, fair.submit(noting("last"), {}, "long"));
+  // Another kind that nobody knows yet goes past it, and so does a short one.
+  for (const char* kind : {"other", ""}) {
+    EXPECT_EQ(Submitted::queued, fair.submit(job([&] { done.wait_here(); }), {}, kind));
+    done.wait_for(*kind ? 1 : 2);
+    done.open();
+  }
+  {
+    const std::lock_guard lock(lock_);
+    EXPECT_TRUE(order.empty());
+  }
+  gate.open();
+  last.wait_here();
+  fair.stop();
+}
+
+TEST_F(WorkerPoolTest, HasOthersWaitForATurnThatAJobTookMeanwhile) {
+  EXPECT_EQ(Submitted::queued, pool.submit(job([&] {
+    WorkerPool::take_turn("one");
+    gate.wait_here();
+  })));
+  gate.wait_for(1);
+  EXPECT_EQ(Submitted::waits_for_turn, pool.submit(noting("last"), "one"));
+  gate.open();
+  last.wait_here();
+  WorkerPool::take_turn("two");  // by no job
+  EXPECT_EQ(Submitted::queued, pool.submit(noting("other"), "two"));
 }
 
 TEST_F(WorkerPoolTest, KeepsAPartOfTheQueueForShortJobs) {
