@@ -260,9 +260,16 @@ class Server::Impl {
   std::atomic<bool> beating_ = false;
   bool started_ = false;
   std::deque<AccessLines> lines_;  // of each loop
+  // A deque by itself destroys its elements in an order of its own.
+  struct Loops : std::deque<IoLoop> {
+    using std::deque<IoLoop>::deque;
+    ~Loops() {
+      while (!empty()) pop_front();
+    }
+  };
   // Behind what their handlers use: destroying them destroys the connections that are left. The first one accepts for
-  // all, and goes first.
-  std::deque<IoLoop> loops_;
+  // all, and goes first: what it holds may be a socket of any other.
+  Loops loops_;
   std::size_t next_loop_ = 0;
   asio::basic_socket_acceptor<tcp, IoLoop::Executor> acceptor_;
   Timer retry_;

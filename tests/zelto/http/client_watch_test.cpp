@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/post.hpp>
 #include <boost/asio/write.hpp>
 #include <functional>
 #include <future>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -31,7 +31,8 @@ class ClientWatchTest : public testing::Test {
 
   bool on_loop(const std::function<bool()>& function) {
     std::promise<bool> answer;
-    asio::post(loop_.executor(), [&] { answer.set_value(function()); });
+    auto ask = std::make_shared<std::function<void()>>([&] { answer.set_value(function()); });
+    loop_.mailbox().send({std::move(ask), [](void* held) noexcept { (*static_cast<std::function<void()>*>(held))(); }});
     return answer.get_future().get();
   }
 
