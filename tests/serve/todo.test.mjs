@@ -4,34 +4,20 @@ import { readdir } from 'node:fs/promises';
 import { join } from 'node:path';
 import { test } from 'node:test';
 import { serve } from './site.mjs';
+import { Visitor } from './visitor.mjs';
 
 const png = Buffer.from('iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNkYPhfDwAChwGA60e6kgAAAABJRU5ErkJggg==',
   'base64');
 
-class Visitor {
-  cookies = new Map();
-  constructor(address) { this.address = address; }
-
-  async ask(path = 'default.asp', body = undefined) {
-    const cookie = [...this.cookies].map((pair) => pair.join('=')).join('; ');
-    const response = await fetch(new URL(path, this.address), { method: body ? 'POST' : 'GET', body, headers: { cookie } });
-    for (const set of response.headers.getSetCookie()) this.cookies.set(...set.match(/^([^=]+)=([^;]*)/).slice(1));
-    this.status = response.status;
-    this.type = response.headers.get('content-type');
-    this.bytes = Buffer.from(await response.arrayBuffer());
-    this.page = this.bytes.toString();
-    return this.page;
-  }
-
+class Author extends Visitor {
   // The name of the buttons in the page that was drawn last.
-  get button() { return this.page.match(/<button[^>]* name="([A-Z0-9]+)"/)[1]; }
-  command(name, fields = {}) { return this.ask('default.asp', new URLSearchParams({ ...fields, [this.button]: name })); }
+  get commandField() { return this.page.match(/<button[^>]* name="([A-Z0-9]+)"/)[1]; }
   add(words, picture) {
     const form = new FormData();
     form.set('words', words);
     form.set('picture', picture ? new Blob([picture]) : new Blob([]), picture ? 'a.png' : '');
-    form.set(this.button, 'Add');
-    return this.ask('default.asp', form);
+    form.set(this.commandField, 'Add');
+    return this.request('default.asp', form);
   }
   get items() {
     return [...this.page.matchAll(/<li class="(open|done)">[^]*?name="id" value="(\d+)"[^]*?<span>(.*?)<\/span>([^]*?)<\/li>/g)]
@@ -42,8 +28,8 @@ class Visitor {
 test('a list is kept for whoever knows the password', async () => {
   const site = await serve('todo');
   try {
-    const ann = new Visitor(site.address);
-    assert.match(await ann.ask(), /<button name="[A-Z0-9]+" value="Login">/);
+    const ann = new Author(site.address);
+    assert.match(await ann.open(), /<button name="[A-Z0-9]+" value="Login">/);
     assert.match(await ann.command('Add', { words: 'no' }), /value="Login"/, 'who is not known changes nothing');
     assert.match(await ann.command('Login', { password: 'wrong' }), /That is not the password\./);
     const before = new Map(ann.cookies);
@@ -61,25 +47,25 @@ test('a list is kept for whoever knows the password', async () => {
 
     await ann.command('Done', { id: paint.id });
     assert.deepEqual(ann.items.map(({ id, state }) => [id, state]), [[water.id, 'open'], [paint.id, 'done']]);
-    await ann.ask(`picture.asp?id=${paint.id}`);
-    assert.equal(ann.type, 'image/png');
+    await ann.request(`picture.asp?id=${paint.id}`);
+    assert.equal(ann.headers.get('content-type'), 'image/png');
     assert.deepEqual(ann.bytes, png);
-    await ann.ask(`picture.asp?id=${water.id}`);
+    await ann.request(`picture.asp?id=${water.id}`);
     assert.equal(ann.status, 404);
 
-    const bob = new Visitor(site.address);
-    await bob.ask(`picture.asp?id=${paint.id}`);
+    const bob = new Author(site.address);
+    await bob.request(`picture.asp?id=${paint.id}`);
     assert.equal(bob.status, 404, 'who is not known sees no picture');
 
-    await ann.ask();
+    await ann.open();
     await ann.command('Delete', { id: paint.id });
     assert.deepEqual(ann.items.map(({ id }) => id), [water.id]);
     assert.deepEqual((await readdir(join(site.folder, 'app_data'))).filter((name) => name.endsWith('.png')), []);
     await ann.command('Delete', { id: '1 OR 1' });
     assert.equal(ann.items.length, 1);
-    await ann.ask('default.asp?' + new URLSearchParams({ [ann.button]: 'Nonsense' }));
+    await ann.request('default.asp?' + new URLSearchParams({ [ann.commandField]: 'Nonsense' }));
     assert.equal(ann.status, 404);
-    await ann.ask();
+    await ann.open();
     assert.match(await ann.command('Logout'), /value="Login"/);
   } finally {
     assert.equal(await site.stop(), 0, site.log.join('\n'));

@@ -1,4 +1,4 @@
-// A visitor of the guest book or the notebook without a browser: keeps cookies and reads the page.
+// A visitor of an example without a browser: keeps cookies and reads the page.
 export class Visitor {
   constructor(address) {
     this.address = address;
@@ -10,7 +10,7 @@ export class Visitor {
     if (this.cookies.size > 0) headers.cookie = [...this.cookies].map(([name, value]) => `${name}=${value}`).join('; ');
     const response = await fetch(new URL(target, this.address), {
       method: form ? 'POST' : 'GET',
-      body: form && new URLSearchParams(form),
+      body: form instanceof FormData ? form : form && new URLSearchParams(form),
       headers,
       redirect: 'manual',
     });
@@ -21,7 +21,8 @@ export class Visitor {
     }
     this.status = response.status;
     this.headers = response.headers;
-    this.page = await response.text();
+    this.bytes = Buffer.from(await response.arrayBuffer());
+    this.page = this.bytes.toString();
     return this.page;
   }
 

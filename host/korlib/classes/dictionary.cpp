@@ -31,9 +31,6 @@ HRESULT own(const VARIANT& value, CComVariant& owned) {
   return is_omitted(value) ? S_OK : VariantCopyInd(&owned, &value);
 }
 
-// True when the text now stands in the string that the other value has, which nobody else refers to.
-bool write_over(BSTR text, VARIANT& value) { return value.vt == VT_BSTR && strings::write_over(text, value.bstrVal); }
-
 std::wstring quoted(const VARIANT& key) {
   CComVariant text;
   if (FAILED(VariantChangeType(&text, &key, 0, VT_BSTR))) return L"";
@@ -162,7 +159,9 @@ HRESULT Dictionary::store(const VARIANT& key, const VARIANT& value, bool may_rep
       Entry* const entry = find(wanted);
       is_refused = entry && !may_replace;
       if (is_text) {
-        if (entry && may_replace && !is_full && write_over(value.bstrVal, entry->value)) return S_OK;
+        const bool has_string = entry && entry->value.vt == VT_BSTR;  // which nobody else refers to
+        if (has_string && may_replace && !is_full && strings::write_over(value.bstrVal, entry->value.bstrVal))
+          return S_OK;
         RETURN_IF_FAILED(own(value, owned));
       }
       // A number takes the place of another value all the same.

@@ -30,7 +30,7 @@ constexpr std::size_t padded(std::size_t bytes) {
 
 constexpr std::size_t block_size(std::size_t bytes) { return sizeof(Header) + padded(bytes) + sizeof(wchar_t); }
 
-// Zeros to the end of the last character, and the NUL after it: a store each, where a call would take longer.
+// Zeros to the end of the last character, which whole strings need not, and the NUL after it.
 void terminate(char* data, std::size_t bytes) {
   constexpr wchar_t kNul = 0;
   if (const std::size_t rest = bytes % sizeof(wchar_t)) std::memset(data + bytes, 0, sizeof(wchar_t) - rest);

@@ -42,15 +42,13 @@ std::string check_size(std::string& size) {
   return "'" + size + "' is not a size; a right one is 16MiB";
 }
 
-bool is_option(const std::string& word) { return word.starts_with('-'); }
-
 // What the library says, in full sentences for a word that it does not know.
 std::string failure_message(const CLI::App* app, const CLI::Error& error) {
   const CLI::App* const command = app->get_subcommands().empty() ? app : app->get_subcommands().front();
   const std::vector<std::string> unknown = command->remaining();
   std::string says = error.what();
   std::vector<std::string> known;
-  if (!unknown.empty() && is_option(unknown.front())) {
+  if (!unknown.empty() && unknown.front().starts_with('-')) {
     for (const CLI::Option* option : command->get_options())
       for (const std::string& name : option->get_lnames()) known.push_back("--" + name);
     says = "there is no option '" + unknown.front() + "'";

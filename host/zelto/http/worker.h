@@ -29,8 +29,9 @@ class Router {
     std::string turn;  // requests of the same turn are handled one after the other; empty: whenever there is a worker
   };
   // Answers what needs neither a body nor a worker, whole, through the sink; else tells in whose turn a worker handles
-  // it. May leave in the request's `file_stamp` what it has found out. Called on any I/O thread, which must not wait: a
-  // file is given to the sink, not read. A request that fails here with an exception gets a plain 500 answer.
+  // it. May leave in the request's `file` and `file_stamp` what it has found out. Called on any I/O thread, which must
+  // not wait: a file is given to the sink, not read. A request that fails here with an exception gets a plain 500
+  // answer.
   virtual Route route(HttpRequest& request, ResponseSink& sink) = 0;
 };
 

@@ -71,16 +71,18 @@ void WorkerPool::queue(Tasks& from, bool is_long, Clock::time_point now) {
   to.splice(to.end(), from, from.begin());
 }
 
-bool WorkerPool::may_begin_long(const Task& task, Clock::time_point now) const {
-  const bool leaves = now - last_short_ < options_.left_for || times_.may_hold(task.kind, now);
-  const unsigned left = leaves ? std::max(options_.threads / kLeftPart, 1U) : 0;
-  return times_.long_running(now) < std::max(options_.threads - std::min(left, options_.threads), 1U);
+// The first long one that may begin now; the end when there is none.
+WorkerPool::Tasks::iterator WorkerPool::first_long(Clock::time_point now) {
+  const std::size_t busy = times_.long_running(now);
+  const unsigned left = std::max(options_.threads / kLeftPart, 1U);
+  if (busy < std::max(options_.threads - std::min(left, options_.threads), 1U)) return long_.begin();
+  if (busy >= options_.threads || now - last_short_ < options_.left_for) return long_.end();
+  return std::ranges::find_if(long_, [&](const Task& task) { return !times_.may_hold(task.kind, now); });
 }
 
 // False when there is none that may begin now.
 bool WorkerPool::take_first(Clock::time_point now, Task* first) {
-  const auto may_begin = [&](const Task& task) { return may_begin_long(task, now); };
-  const auto first_long = std::ranges::find_if(long_, may_begin);
+  const auto first_long = this->first_long(now);
   const bool is_long = first_long != long_.end() && (short_.empty() || first_long->number < short_.front().number);
   if (!is_long && short_.empty()) return false;
   Tasks& from = is_long ? long_ : short_;
@@ -94,11 +96,12 @@ void WorkerPool::take_turn(const std::string& turn) noexcept {
   Running* const running = Running::of_this_thread;
   if (!running) return;
   try {
-    running->turns.push_back(turn);
+    std::string kept = turn;
+    running->turns.reserve(running->turns.size() + 1);  // nothing fails once the turn is taken
     const std::lock_guard lock(running->pool.lock_);
-    if (!running->pool.turns_.try_emplace(turn).second) running->turns.pop_back();
+    if (running->pool.turns_.try_emplace(turn).second) running->turns.push_back(std::move(kept));
   } catch (const std::bad_alloc&) {
-    if (!running->turns.empty() && running->turns.back() == turn) running->turns.pop_back();
+    return;
   }
 }
 

@@ -79,7 +79,7 @@ class WorkerPool {
   void end_turn(const std::string& turn);
   bool has_room(bool is_long) const;
   void queue(Tasks& from, bool is_long, Clock::time_point now);
-  bool may_begin_long(const Task& task, Clock::time_point now) const;
+  Tasks::iterator first_long(Clock::time_point now);
   bool take_first(Clock::time_point now, Task* first);
   struct Running;
 

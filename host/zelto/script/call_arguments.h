@@ -12,7 +12,8 @@
 
 namespace zelto::script {
 
-// Moving asks for no memory: what is inside the vector moves into the other's inside. The check does not see that.
+// Moving takes no memory: a few elements are moved one by one, more of them with the memory that they are in. The check
+// does not see that.
 class CallArguments {  // NOLINT(bugprone-exception-escape)
  public:
   // Nothing but the index of an element.
