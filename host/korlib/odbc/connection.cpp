@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "base/ascii.h"
 #include "odbc/connection_string.h"
 #include "odbc/statement.h"
 #include "odbc/statement_timer.h"
@@ -23,13 +24,21 @@ const Handle* of_version_3(const Handle& environment) {
   return &environment;
 }
 
+// As the connection string says; a day where it does not.
+std::chrono::milliseconds longest_lock_wait(std::wstring_view connection_string) {
+  constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24);
+  const std::wstring given = attribute_of(connection_string, L"Timeout");
+  if (given.empty() || given.size() > 9 || !std::ranges::all_of(given, base::is_digit<wchar_t>)) return kLongest;
+  return std::min(std::chrono::milliseconds(std::stoi(given)), kLongest);
+}
+
 }  // namespace
 
 Connection::Connection(const std::wstring& connection_string, int timeout_seconds)
     : connection_string_(connection_string),
       text_(text_of_driver(connection_string)),
       is_sqlite_(library_of(connection_string).find("sqlite") != std::string::npos),
-      lets_clients_wait_(is_sqlite_ && attribute_of(connection_string, L"Timeout").empty()),
+      longest_lock_wait_(longest_lock_wait(connection_string)),
       environment_(HandleType::environment, nullptr, text_),
       handle_(HandleType::connection, of_version_3(environment_), text_) {
   SQLSetConnectAttr(handle_.get(), SQL_ATTR_LOGIN_TIMEOUT,
@@ -42,10 +51,10 @@ Connection::~Connection() { make_idle(); }
 
 void Connection::connect() {
   constexpr std::size_t kMost = 16'384;
-  // SQLite's driver waits for locks by itself, for 100 seconds and without heeding SQLCancel, unless it is
-  // told how long. Told one millisecond, it leaves the wait to the database, where wait_for_locks() sets it,
-  // and tries once more.
-  TextIn text(text_, (lets_clients_wait_ ? L"Timeout=1;" : L"") + connection_string_);
+  // SQLite's driver waits for locks by itself, for as long as it is told, else for 100 seconds, and without heeding
+  // SQLCancel. Told one millisecond, before any other word about it, it leaves the wait to the database, where
+  // wait_for_locks() sets it, and tries once more.
+  TextIn text(text_, (is_sqlite_ ? L"Timeout=1;" : L"") + connection_string_);
   if (text.size() > kMost) throw Failure(L"HY090", L"The connection string is too long.");
   const auto size = static_cast<SQLSMALLINT>(text.size());
   const SQLRETURN result =
@@ -80,13 +89,13 @@ void Connection::set_autocommit(bool is_on) {
 }
 
 void Connection::wait_for_locks(int seconds) {
-  if (!lets_clients_wait_) return;
+  if (!is_sqlite_) return;
   using std::chrono::milliseconds;
-  constexpr milliseconds kLongest = std::chrono::hours(24);
-  const milliseconds wait = std::min(StatementTimer::time_left(seconds), kLongest);
+  const milliseconds wait = std::min(StatementTimer::time_left(seconds), longest_lock_wait_);
   // A page's time left is another one for every statement, and telling the database costs as much as one: where this
   // is what counts, what it knows may differ a little, as long as the page is not kept beyond it.
-  const bool is_cut = seconds == 0 ? wait < kLongest : wait < std::chrono::seconds(seconds);
+  const bool is_cut = wait < (seconds == 0 ? longest_lock_wait_
+                                           : std::min(longest_lock_wait_, milliseconds(std::chrono::seconds(seconds))));
   const bool is_known = is_cut ? lock_wait_ * 9 <= wait * 10 && lock_wait_ * 4 >= wait * 3 : lock_wait_ == wait;
   lock_seconds_ = seconds;
   if (is_known) return;
@@ -131,15 +140,27 @@ void Connection::forget_kept() noexcept {
   for (Statement* const statement : statements_) statement->forget();
 }
 
-bool Connection::is_file_unchanged() {
-  if (!file_.is_replaced() && file_.is_unchanged()) return true;
-  forget_kept();
-  return false;
+bool Connection::is_file_still_the_same() {
+  const bool is_replaced = file_.is_replaced();
+  if (is_replaced || !file_.is_unchanged()) {
+    forget_kept();
+    knows_tables_ = false;
+  }
+  return !is_replaced;
+}
+
+void Connection::know_tables() {
+  if (!is_sqlite_) return;
+  is_file_still_the_same();
+  if (knows_tables_) return;
+  SQLCHAR sql[] = "SELECT 1 FROM sqlite_master LIMIT 1";
+  const Handle statement(HandleType::statement, &handle_, text_);
+  statement.check(SQLExecDirect(statement.get(), sql, SQL_NTS));
+  knows_tables_ = true;
 }
 
 bool Connection::is_usable() {
-  if (is_broken_ || is_changed_ || file_.is_replaced()) return false;
-  if (!file_.is_unchanged()) forget_kept();
+  if (is_broken_ || is_changed_ || !is_file_still_the_same()) return false;
   SQLUINTEGER is_dead = SQL_CD_FALSE;
   const SQLRETURN result =
       SQLGetConnectAttr(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);

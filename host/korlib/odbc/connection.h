@@ -60,13 +60,17 @@ class Connection {
   bool run_plainly(std::string sql) const;
   // No query that was prepared until now is run again.
   void forget_kept() noexcept;
-  // Looks at the file, and forgets them where it was written to: its tables may be others.
-  bool is_file_unchanged();
+  // Looks at the file; where it was written to, they are forgotten.
+  bool is_file_still_the_same();
+  // Before a query: where the file was written to, the tables may be others. The driver takes the types of columns from
+  // what the database knows of them when it prepares the query, and the database looks only when it runs. Throws
+  // Failure.
+  void know_tables();
 
   const std::wstring connection_string_;
   const DriverText text_;
   const bool is_sqlite_;
-  const bool lets_clients_wait_;
+  const std::chrono::milliseconds longest_lock_wait_;
   // Each connection has an environment of its own: the driver manager may serialise the calls within one.
   const Handle environment_;
   const Handle handle_;
@@ -75,6 +79,7 @@ class Connection {
   DatabaseFile file_;
   int lock_seconds_ = -1;                   // as asked for
   std::chrono::milliseconds lock_wait_{0};  // as the database knows it
+  bool knows_tables_ = false;
   bool is_in_transaction_ = false;
   bool is_broken_ = false;
   bool is_changed_ = false;

@@ -31,13 +31,17 @@ std::wstring_view without_leading_blanks(std::wstring_view sql) {
   return sql;
 }
 
+bool begins_with(std::wstring_view sql, std::wstring_view word) {
+  return base::equal_ascii(without_leading_blanks(sql).substr(0, word.size()), word);
+}
+
 }  // namespace
 
+bool is_query(std::wstring_view sql) { return begins_with(sql, L"SELECT") || begins_with(sql, L"WITH"); }
+
 bool may_be_kept(std::wstring_view sql) {
-  constexpr std::wstring_view kQuery = L"SELECT";
-  sql = without_leading_blanks(sql);
-  return sql.size() <= kLongest && base::equal_ascii(sql.substr(0, kQuery.size()), kQuery) &&
-         sql.find(L';') == sql.npos && !asks_for_all_columns(sql);
+  return sql.size() <= kLongest && begins_with(sql, L"SELECT") && sql.find(L';') == sql.npos &&
+         !asks_for_all_columns(sql);
 }
 
 bool are_columns_of_tables(const Handle& statement, std::size_t count) {

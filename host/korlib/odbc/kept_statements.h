@@ -13,6 +13,9 @@
 
 namespace korlib::odbc {
 
+// Whether a command text asks for rows, as far as its first word tells.
+bool is_query(std::wstring_view sql);
+
 // Whether a handle that was prepared with this text may run again: one query, which changes nothing when it fails half
 // way and is run once more, and which names its columns, since the driver goes on with those that it has found first.
 bool may_be_kept(std::wstring_view sql);

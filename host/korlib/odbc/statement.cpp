@@ -116,6 +116,7 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
   const bool is_one_query = may_be_kept(sql);
   if (!is_one_query && may_change_connection(sql)) connection_->mark_changed();
   connection_->wait_for_locks(timeout_);
+  if (is_query(sql)) connection_->know_tables();
   const bool is_kept = connection_->keeps_statements() && is_one_query;
   if (!is_kept) connection_->forget_kept();  // what it changes may be what those were prepared for
   Bound bound(parameters.size());
@@ -134,7 +135,6 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
 bool Statement::run_kept(const std::wstring& sql, const std::vector<Parameter>& parameters, Bound& bound) {
   constexpr int kBusy = 5;  // SQLite's codes for locks, which have been waited for
   constexpr int kLocked = 6;
-  if (!connection_->is_file_unchanged()) return false;
   auto kept = connection_->kept_.take(sql);
   if (!kept.handle) return false;
   handle_ = std::move(kept.handle);

@@ -151,6 +151,7 @@ int run_server(const ServeCommand& command, Configuration& configuration, LogSin
               : exit_after(patience + kForce, "pages that still run after stop_timeout", stop, log);
     });
     all_answered = server.stop(patience);
+    if (!all_answered) log.info("zelto: answers were broken off that did not end within stop_timeout");
   }
   if (!nothing_is_left(log)) return kLeftOver;
   return all_answered ? kSuccess : kFailure;

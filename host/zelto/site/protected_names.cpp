@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/ascii.h"
 #include "base/letter_case.h"
 #include "text/path_segments.h"
 
@@ -29,20 +30,32 @@ bool ProtectedNames::covers_extension(std::string_view extension) const {
   return contains(extensions_, extension) || contains(extensions_, extension.substr(0, extension.find('-')));
 }
 
+// Whether what stands in front of the last extension is the name of a source or of a protected file. That it is written
+// in front of one of the site's own, as in "app.config.js", tells nothing.
+bool ProtectedNames::is_copy(std::string_view name) const {
+  constexpr std::string_view kSources[] = {".asp", ".asa", ".inc"};
+  const auto goes_on_after = [name](std::size_t end) { return end < name.size() && !base::is_letter(name[end]); };
+  for (std::size_t dot = name.find('.'); dot != name.npos; dot = name.find('.', dot + 1)) {
+    for (const std::string_view source : kSources)
+      if (base::equal_ascii(name.substr(dot, source.size()), source) && goes_on_after(dot + source.size())) return true;
+  }
+  return std::ranges::any_of(files_, [&](const std::string& file) {
+    return base::equal_ascii(name.substr(0, file.size()), file) && goes_on_after(file.size());
+  });
+}
+
 bool ProtectedNames::covers(std::string_view name, bool last, bool well_known) const {
-  constexpr std::string_view kPage = ".asp";
   if (name.starts_with('.') || name.ends_with('~')) return true;
   if (name.size() > 1 && name.starts_with('#') && name.ends_with('#')) return true;
   if (name.starts_with('_') && !well_known) return true;
   if (contains(folders_, name)) return true;
   if (!last) return false;
   const std::string_view extension = extension_of(name);
-  if (contains(files_, name) || covers_extension(extension)) return true;
-  const std::string_view before = extension_of(name.substr(0, name.size() - extension.size()));
-  const bool behind_page = base::equal_ascii(before, kPage);
-  if (base::equal_ascii(extension, ".txt")) return behind_page;
-  const bool is_number = extension.size() > 1 && extension.find_first_not_of("0123456789", 1) == extension.npos;
-  return is_number && (behind_page || covers_extension(before));
+  if (contains(files_, name) || covers_extension(extension) || is_copy(name)) return true;
+  // "shop.db.2", "notes.bak1": a number after what is protected.
+  const std::string_view unnumbered = name.substr(0, name.find_last_not_of("0123456789") + 1);
+  return unnumbered.size() < name.size() &&
+         covers_extension(extension_of(unnumbered.substr(0, unnumbered.size() - unnumbered.ends_with('.'))));
 }
 
 std::string_view ProtectedNames::find_in(std::string_view path) const {

@@ -15,7 +15,9 @@ namespace zelto {
 //   - end with a tilde, or stand between two "#", as editors name what they saved before,
 //   - have a protected extension with a hyphen and more after it: the journals of a database, "notes.db-wal", and what
 //     a package manager left, "site.cfg.dpkg-old",
-//   - have a number after a page's extension or a protected one, "error.log.2", or ".txt" after a page's: copies.
+//   - have a number after a protected extension, "error.log.2", "notes.bak1": older ones,
+//   - go on, but with a letter, after a source's extension or a protected file: "list.asp.txt", "list.asp - Copy",
+//     "zelto.toml.html".
 class ProtectedNames {
  public:
   // Adds a folder ("drafts/"), an extension ("*.cfg") or a file ("notes.txt"). False for what is none of these.
@@ -29,16 +31,18 @@ class ProtectedNames {
 
  private:
   bool covers(std::string_view name, bool last, bool well_known) const;
+  bool is_copy(std::string_view name) const;
   bool covers_extension(std::string_view extension) const;
 
   // Source, settings, passwords, keys, databases, and what editors and programs leave behind: of sites of this kind,
   // and of others that may lie in the same folder.
   std::vector<std::string> files_ = {"global.asa", "web.config", "zelto.toml"};
   std::vector<std::string> folders_ = {"App_Code", "App_Data", "bin", "includes", "node_modules", "templates"};
-  std::vector<std::string> extensions_ = {".1",       ".accdb", ".asa", ".asax", ".aspx", ".bak",  ".config", ".cs",
-                                          ".db",      ".dpkg",  ".env", ".inc",  ".ini",  ".key",  ".log",    ".mdb",
-                                          ".old",     ".orig",  ".pem", ".php",  ".rej",  ".save", ".sql",    ".sqlite",
-                                          ".sqlite3", ".swo",   ".swp", ".tmp",  ".tpl",  ".udl",  ".vb"};
+  std::vector<std::string> extensions_ = {
+      ".1",   ".accdb",  ".asa",      ".asax", ".ascx", ".aspx", ".backup", ".bak",     ".config",  ".copy",
+      ".cs",  ".db",     ".disabled", ".dpkg", ".env",  ".inc",  ".ini",    ".key",     ".log",     ".mdb",
+      ".new", ".old",    ".orig",     ".pem",  ".php",  ".rej",  ".rpmnew", ".rpmorig", ".rpmsave", ".save",
+      ".sql", ".sqlite", ".sqlite3",  ".swo",  ".swp",  ".tmp",  ".tpl",    ".udl",     ".vb"};
 };
 
 }  // namespace zelto

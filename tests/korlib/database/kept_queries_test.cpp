@@ -116,6 +116,22 @@ TEST_P(KeptQueries, SeeThatATableIsAnother) {
   test::take_error();
 }
 
+// The driver asks for the columns' types before the database has looked at its tables again.
+TEST_P(KeptQueries, HaveTheTypesOfATableThatAnotherProcessHasMadeAnew) {
+  execute(L"INSERT INTO t VALUES (1)");
+  settle();
+  for (const wchar_t* sql : {kQuery, L"SELECT * FROM t", L"WITH all_of AS (SELECT id FROM t) SELECT id FROM all_of"}) {
+    run_in_another_process("DROP TABLE t; CREATE TABLE t (id INTEGER); INSERT INTO t VALUES (1)");
+    EXPECT_EQ(VT_I4, single(sql).vt);
+    run_in_another_process("DROP TABLE t; CREATE TABLE t (id TEXT); INSERT INTO t VALUES (\"0x\")");
+    for (int i = 0; i < 2; ++i) {
+      const CComVariant value = single(sql);
+      ASSERT_EQ(VT_BSTR, value.vt) << testing::PrintToString(std::wstring(sql));
+      EXPECT_EQ(L"0x", korlib::view_of(value.bstrVal));
+    }
+  }
+}
+
 TEST_P(KeptQueries, AreNotThoseForAllColumns) {
   for (const wchar_t* sql : {L"SELECT * FROM t", L"SELECT t.* FROM t"}) {
     execute(sql);

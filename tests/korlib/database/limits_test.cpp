@@ -45,6 +45,25 @@ TEST_P(Limits, StopsACommandThatWaitsForALock) {
   EXPECT_EQ(1, single(L"SELECT id FROM t").lVal);
 }
 
+// The database would sleep for as long as the connection string says, and heed no cancellation.
+TEST_P(Limits, StopsACommandThatWaitsForALockAsTheConnectionStringSays) {
+  if (!is_sqlite()) GTEST_SKIP() << "the word is of SQLite's driver";
+  execute(L"CREATE TABLE t (id INTEGER)");
+  call(connection(), L"BeginTrans");
+  execute(L"INSERT INTO t VALUES (1)");
+  const auto attempt = [this](const std::wstring& milliseconds, int seconds) {
+    CComPtr<IDispatch> other = databases::create(CLSID_KorDBConnection);
+    call(other.get(), L"Open", connection_string() + L";Timeout=" + milliseconds);
+    put(other.get(), L"CommandTimeout", seconds);
+    const test::Answer answer = call(other.get(), L"Execute", L"BEGIN IMMEDIATE");
+    const bool is_locked = answer.description.find(L"locked") != std::wstring::npos || code(answer) == kTimedOut;
+    return FAILED(answer.hr) && is_locked;
+  };
+  EXPECT_TRUE(attempt(L"86400000", 1));
+  EXPECT_TRUE(attempt(L"1", 0)) << "without end, but for the connection string";
+  call(connection(), L"RollbackTrans");
+}
+
 TEST_P(Limits, SaysWhatAConstraintForbids) {
   execute(L"CREATE TABLE t (id INTEGER PRIMARY KEY)");
   execute(L"INSERT INTO t VALUES (1)");

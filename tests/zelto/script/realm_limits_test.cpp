@@ -58,6 +58,7 @@ TEST_F(RealmLimits, StopsAScriptThatTakesTooMuchMemory) {
   for (const wchar_t* script :
        {L"var a = []; for (;;) a.push({ n: a.length })", L"var a = []; for (;;) a.push(new Uint8Array(1e6).fill(1))",
         L"var m = new Map(); for (var i = 0;; i++) m.set(i, 'text ' + i)",
+        L"for (var i = 0, a = 'a'.repeat(1000);; i++) Symbol.for(a + i)",
         L"var a = []; for (;;) { try { for (;;) a.push([a.length]) } catch (e) {} finally { continue } }",
         L"var a = []; function f() { for (;;) a.push([a.length]) }\ntry { o.Call(f, 1) } catch (e) {} for (;;) {}"}) {
     engine.set_memory_limit(std::size_t{64} << 20);

@@ -6,6 +6,11 @@
 #include "script/engine.h"
 
 namespace zelto::script {
+namespace {
+
+constexpr std::size_t kStates = 3;  // numbers that the script and the host share
+
+}  // namespace
 
 Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
   JSObjectRef builtins = JSObjectMake(context_, engine.classes().builtins, nullptr);
@@ -17,11 +22,11 @@ Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
     JSValueRef prototype = JSObjectGetPrototype(context_, JSObjectMake(context_, made, nullptr));
     JSObjectSetPropertyAtIndex(context_, prototypes, count++, prototype, nullptr);
   }
-  auto state = std::make_unique<std::int32_t[]>(2);
+  auto state = std::make_unique<std::int32_t[]>(kStates);
   state_ = state.get();
   const auto release = [](void* bytes, void*) { delete[] static_cast<std::int32_t*>(bytes); };
   JSObjectRef shared = JSObjectMakeTypedArrayWithBytesNoCopy(context_, kJSTypedArrayTypeInt32Array, state.release(),
-                                                             2 * sizeof(std::int32_t), release, nullptr, nullptr);
+                                                             kStates * sizeof(std::int32_t), release, nullptr, nullptr);
   if (!shared) throw std::bad_alloc();
   JSValueRef arguments[] = {builtins, prototypes, shared};
   JSValueRef function = JSScriptEvaluate(context_, engine.prelude(), nullptr, nullptr);
@@ -78,6 +83,10 @@ void Prelude::begin(JSValueRef response, JSValueRef server, bool is_other_progra
                             JSValueMakeBoolean(context_, is_other_program)};
   state_[0] = 0;
   JSObjectCallAsFunction(context_, begin_, nullptr, 3, arguments, nullptr);
+}
+
+void Prelude::end() const {
+  if (state_[2] != 0) begin(nullptr, nullptr, false);
 }
 
 JSValueRef Prelude::take_text() const {

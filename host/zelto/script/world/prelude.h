@@ -40,6 +40,8 @@ class Prelude {
   // Before a program runs: the objects that are called Response and Server, null for none, and whether it is another
   // program than the one before.
   void begin(JSValueRef response, JSValueRef server, bool is_other_program) const;
+  // Once it has ended: forgets what it has left here.
+  void end() const;
   // How much may be collected before the script hands it over, in units of UTF-16; -1 for nothing at all.
   void set_most_text(std::int32_t units) const noexcept { state_[1] = units; }
   bool has_text() const noexcept { return state_[0] != 0; }

@@ -9,7 +9,7 @@ constexpr std::u16string_view kSource =
 const define = (target, name, value) =>
   Object.defineProperty(target, name, { value, writable: true, configurable: true });
 // What the page may replace later.
-const { Error, Object, String, TypeError, RangeError, ReferenceError, Array } = globalThis;
+const { Error, Object, String, Symbol, TypeError, RangeError, ReferenceError, Array } = globalThis;
 const { getPrototypeOf, hasOwn } = Object;
 const { apply } = Reflect;
 const { stringify } = JSON;
@@ -177,7 +177,7 @@ const make = (constructor, number, description, ...rest) => {
 
 // Page text is collected here, and handed over in one piece before anything else may write, or once it is long: a call
 // of the host for each piece takes longer than most pieces. state[0] tells the host that there is some, state[1] how
-// long it may get: nothing where all is to go out at once.
+// long it may get: nothing where all is to go out at once; state[2] that the page has left more than text here.
 let text = "", literals = { __proto__: null }, response, server;
 const put = piece => {
   text += piece;
@@ -243,10 +243,35 @@ const encoder = (name, text_of) => (object, ...values) => {
   }
   return apply(method_of(object, "Server", name), object, values);
 };
+// Symbol.for(key) and Symbol.keyFor(symbol): the engine keeps what it has made for them for good, and a page may take
+// the keys from its visitors. Here they last as long as the page.
+let symbols, keys;
+const forget_symbols = () => { symbols = keys = undefined; };
+const { for: shared_symbol, keyFor: key_of_symbol } = {
+  for(key) {
+    const text = `${key}`;
+    symbols ??= { __proto__: null };
+    state[2] = 1;
+    if (symbols[text] !== undefined) return symbols[text];
+    const symbol = Symbol(text);
+    keys ??= { __proto__: null };
+    keys[symbol] = text;
+    return symbols[text] = symbol;
+  },
+  keyFor(symbol) {
+    if (typeof symbol !== "symbol") throw new TypeError("Symbol.keyFor requires that the first argument be a symbol");
+    return keys === undefined ? undefined : keys[symbol];
+  },
+};
+define(Symbol, "for", shared_symbol);
+define(Symbol, "keyFor", key_of_symbol);
+
 const begin = (new_response, new_server, is_other_program) => {
   response = new_response;
   server = new_server;
   text = "";
+  state[2] = 0;
+  forget_symbols();
   forget_methods();
   if (is_other_program) literals = { __proto__: null };
 };

@@ -94,6 +94,7 @@ void World::begin(const language::Program& program, JSValueRef response, JSValue
 bool World::restore() {
   if (has_other_hosts_) return false;
   const Watchdog::Quiet quiet(engine_.watchdog());
+  prelude_->end();
   for (Host& host : hosts_) {
     host.is_set = false;
     if (!host.structure.is_kept() || (host.object && !host.object->are_members_kept())) return false;

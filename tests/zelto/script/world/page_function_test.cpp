@@ -61,6 +61,20 @@ TEST_F(PageFunction, KeepsNoHiddenNames) {
          L"if (c) c.seen = 1");
 }
 
+TEST_F(PageFunction, HasSymbolsThatItsFunctionsShareByAKey) {
+  always("true,k,,,Symbol(k)",
+         L"var s = Symbol.for('k'); Response.Write(String([s === Symbol.for('k'), Symbol.keyFor(s), "
+         L"Symbol.keyFor(Symbol('k')),"
+         L"Symbol.keyFor(Symbol.iterator), String(s)]))");
+  always("true,__proto__,true",
+         L"var s = Symbol.for('__proto__'); Response.Write(String([s === Symbol.for('__proto__'),"
+         L"Symbol.keyFor(s), Symbol.for(1) === Symbol.for('1')]))");
+  always("TypeError,TypeError,1,for,1,keyFor",
+         L"var told = []; for (var f of [Symbol.for, Symbol.keyFor]) { try { f(f === Symbol.for ? Symbol() : 'k') }"
+         L"catch (e) { told.push(e.name) } } told.push(Symbol.for.length, Symbol.for.name, Symbol.keyFor.length,"
+         L"Symbol.keyFor.name); Response.Write(String(told))");
+}
+
 TEST_F(PageFunction, HasTheConstantsOfTheLanguage) {
   always("NaN", L"var NaN; Response.Write(String(NaN))");
   always("undefined", L"var undefined = 4; Response.Write(typeof undefined)");
