@@ -144,8 +144,8 @@ bool AnswerQueue::keep_in_file(std::string_view first, std::string_view second) 
       spool_.forget_problem();
       return true;
     }
-    throw std::system_error(errno, std::generic_category(), "keeping an answer in " + spool_.folder);
-  } catch (const std::system_error& error) {
+    spool_.tell(spooled_->failure("keeping an answer in " + spool_.folder).what());
+  } catch (const std::system_error& error) {  // there can be no file
     spool_.tell(error.what());
   }
   if (spooled_) spooled_->shrink(before);

@@ -1,7 +1,6 @@
 #include "http/body.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -48,9 +47,9 @@ void Body::append_to_file(std::string_view bytes) {
   if (is_new) file_.emplace(*spool_);
   const bool fits = (!is_new || file_->append(bytes_.view())) && file_->append(bytes);
   if (!fits) {
-    const int error = errno;
+    const std::system_error failure = file_->failure("keeping a request's body");
     if (is_new) file_.reset();
-    throw std::system_error(error, std::generic_category(), "keeping a request's body");
+    throw failure;
   }
   if (!is_new) return;
   bytes_ = {};

@@ -51,14 +51,19 @@ SpoolFile::SpoolFile(Spool& spool) : file_(open_nameless(spool.folder)), share_(
 }
 
 bool SpoolFile::append(std::string_view bytes) {
-  const int error = share_.resize(size_ + bytes.size()) ? base::write_all(file_.get(), bytes) : EDQUOT;
-  if (error == 0) {
+  const bool has_share = share_.resize(size_ + bytes.size());
+  error_ = has_share ? base::write_all(file_.get(), bytes) : 0;
+  if (has_share && error_ == 0) {
     size_ += bytes.size();
     return true;
   }
   shrink(size_);
-  errno = error;
   return false;
+}
+
+std::system_error SpoolFile::failure(const std::string& task) const {
+  if (error_ == 0) return {EDQUOT, std::generic_category(), task + ": no room is left of spool_limit"};
+  return {error_, std::generic_category(), task};
 }
 
 void SpoolFile::shrink(std::uint64_t size) {

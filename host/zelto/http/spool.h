@@ -8,6 +8,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "base/file_descriptor.h"
 #include "http/quota.h"
@@ -46,8 +47,10 @@ class SpoolFile {
   // Throws std::system_error when there can be no file.
   explicit SpoolFile(Spool& spool);
 
-  // False when the disk or the quota is full; errno tells, and what the file held before stays.
+  // False when the disk or the quota is full; what the file held before stays.
   bool append(std::string_view bytes);
+  // What the last append() has failed of; `task` says what it was for.
+  std::system_error failure(const std::string& task) const;
   // Forgets what lies after the first `size` bytes.
   void shrink(std::uint64_t size);
   std::uint64_t size() const { return size_; }
@@ -59,6 +62,7 @@ class SpoolFile {
   base::FileDescriptor file_;
   Share share_;
   std::uint64_t size_ = 0;
+  int error_ = 0;  // of the system; 0 for none, or when the share was not to be had
 };
 
 }  // namespace zelto

@@ -49,10 +49,18 @@ bool PageMemory::allows(std::size_t bytes) noexcept {
   return false;
 }
 
+bool PageMemory::bears(std::size_t bytes) noexcept {
+  const std::int64_t most = 2 * limit_ - std::max<std::int64_t>(taken(), 0);
+  if (most > 0 && bytes <= static_cast<std::size_t>(most)) return true;
+  is_over_ = true;
+  is_refused_ = true;
+  return false;
+}
+
 bool PageMemory::may_keep() noexcept { return ThreadMemory::of_all_threads() <= all_; }
 
 bool PageMemory::is_exceeded() noexcept {
-  if (taken() <= limit_) return false;
+  if (taken() <= limit_ && !is_over_) return false;
   is_over_ = true;
   is_refused_ = true;
   return true;

@@ -38,6 +38,8 @@ class PageMemory final : public korlib_host::MemoryLimit {
   bool look() noexcept;
 
   bool allows(std::size_t bytes) noexcept override;
+  // Up to twice the limit: garbage may be among what it has.
+  bool bears(std::size_t bytes) noexcept override;
   bool may_keep() noexcept override;
   bool is_exceeded() noexcept override;
 
@@ -50,7 +52,7 @@ class PageMemory final : public korlib_host::MemoryLimit {
   std::int64_t next_look_ = kNone;
   std::int64_t refused_ = 0;              // bytes of the largest block that the page did not get
   std::atomic<bool> is_refused_ = false;  // something that the page wanted
-  std::atomic<bool> is_over_ = false;     // a statement of the page has been cancelled
+  std::atomic<bool> is_over_ = false;     // a statement has been cancelled, or a block not given, for that
 
   static constexpr std::int64_t kNone = INT64_MAX;
 };

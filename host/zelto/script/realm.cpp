@@ -92,6 +92,8 @@ Outcome Realm::outcome_of(JSValueRef exception) {
     JSValueRef failure = nullptr;
     if (!calls_.hand_text_over(&failure) && !exception) exception = failure;
   }
+  // What the engine could not have because the page may not is the page's limit, not the machine's.
+  if (exception) engine_.watchdog().must_unwind();
   if (engine_.watchdog().is_unwinding()) return {engine_.watchdog().ending(), {}};
   if (exception) return {Outcome::failed, reports_.describe(exception)};
   if (reports_.rejection()) return {Outcome::failed, reports_.rejection()};

@@ -1,7 +1,11 @@
 #include "script/thread_memory.h"
 
 #include <korlib/types.h>
+#include <korlib_host/memory_limit.h>
 #include <malloc.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstddef>
@@ -83,15 +87,28 @@ void* counted(void* block) {
   return block;
 }
 
+// What a page may not take is not there, as if all memory were used up.
+bool refuses(std::size_t bytes) noexcept {
+  if (bytes < korlib_host::kLargeBlock) return false;
+  korlib_host::MemoryLimit* const limit = korlib_host::memory_limit();
+  if (!limit || limit->bears(bytes)) return false;
+  errno = ENOMEM;
+  return true;
+}
+
 constexpr bool is_power_of_two(std::size_t number) { return number != 0 && (number & (number - 1)) == 0; }
 
 }  // namespace
 
 extern "C" {
 
-KORLIB_API void* malloc(std::size_t bytes) noexcept { return counted(__libc_malloc(bytes)); }
+KORLIB_API void* malloc(std::size_t bytes) noexcept { return refuses(bytes) ? nullptr : counted(__libc_malloc(bytes)); }
 
-KORLIB_API void* calloc(std::size_t count, std::size_t bytes) noexcept { return counted(__libc_calloc(count, bytes)); }
+KORLIB_API void* calloc(std::size_t count, std::size_t bytes) noexcept {
+  std::size_t all = 0;  // too large for a number: the C library refuses it
+  if (!__builtin_mul_overflow(count, bytes, &all) && refuses(all)) return nullptr;
+  return counted(__libc_calloc(count, bytes));
+}
 
 KORLIB_API void free(void* block) noexcept {
   zelto::t_memory.count(-size_of(block));
@@ -102,25 +119,42 @@ KORLIB_API void free(void* block) noexcept {
 // Weak, because a test has one that fails in its place.
 [[gnu::weak]] KORLIB_API void* realloc(void* block, std::size_t bytes) noexcept {
   const std::int64_t before = size_of(block);
+  if (static_cast<std::int64_t>(bytes) > before && refuses(bytes - static_cast<std::size_t>(before))) return nullptr;
   void* const fresh = __libc_realloc(block, bytes);
   if (fresh || bytes == 0) zelto::t_memory.count(size_of(fresh) - before);
   return fresh;
 }
 
 KORLIB_API void* memalign(std::size_t alignment, std::size_t bytes) noexcept {
-  return counted(__libc_memalign(alignment, bytes));
+  return refuses(bytes) ? nullptr : counted(__libc_memalign(alignment, bytes));
 }
 
 KORLIB_API void* aligned_alloc(std::size_t alignment, std::size_t bytes) noexcept {
-  return counted(__libc_memalign(alignment, bytes));
+  return refuses(bytes) ? nullptr : counted(__libc_memalign(alignment, bytes));
 }
 
 KORLIB_API int posix_memalign(void** block, std::size_t alignment, std::size_t bytes) noexcept {
   if (alignment % sizeof(void*) != 0 || !is_power_of_two(alignment)) return EINVAL;
-  void* const fresh = counted(__libc_memalign(alignment, bytes));
+  void* const fresh = refuses(bytes) ? nullptr : counted(__libc_memalign(alignment, bytes));
   if (!fresh) return ENOMEM;
   *block = fresh;
   return 0;
+}
+
+// The engine has its large strings and tables straight from the system, and one of its operations may fill the machine
+// with them before the page is looked at. It tells the page where it asked for very much and did not get it; where a
+// table grew it ends the process.
+KORLIB_API void* mmap(void* place, std::size_t bytes, int protection, int flags, int file, off_t offset) noexcept {
+  constexpr std::size_t kLarge = std::size_t{16} << 20;  // what it takes ahead for small ones is less
+  if ((flags & MAP_ANONYMOUS) != 0 && (flags & MAP_STACK) == 0 && bytes >= kLarge && refuses(bytes))
+    return MAP_FAILED;
+  // The C library's own stands behind this one.
+  const long result = ::syscall(SYS_mmap, place, bytes, protection, flags, file, offset);
+  return reinterpret_cast<void*>(result);  // NOLINT(performance-no-int-to-ptr): so it is told
+}
+
+KORLIB_API void* mmap64(void* place, std::size_t bytes, int protection, int flags, int file, off64_t offset) noexcept {
+  return mmap(place, bytes, protection, flags, file, offset);
 }
 
 }  // extern "C"

@@ -3,8 +3,11 @@
 // The program's malloc and free are the C library's with a count around them. So whatever anybody takes for a page, the
 // component, a database driver or the host itself, is counted where it is taken, and nothing that grows needs to report
 // it. Counting costs one or two nanoseconds a block. What the script engine takes for its objects is not among it: that
-// comes from the system, and the engine tells how much it is.
+// comes from the system, and the engine tells how much it is. A large block that the page on the thread may not take
+// (korlib_host/memory_limit.h) is refused as if there were no more memory, to the engine as well.
 #pragma once
+
+#include <korlib_host/memory_limit.h>
 
 #include <atomic>
 #include <cstdint>
@@ -44,14 +47,21 @@ class ThreadMemory {
 // What the thread takes while it lives is for others, who will free it, and does not count as its own.
 class TakenForOthers {
  public:
-  TakenForOthers() noexcept : memory_(ThreadMemory::of_this_thread()), before_(memory_.taken()) {}
-  ~TakenForOthers() { memory_.set_taken(before_); }
+  TakenForOthers() noexcept
+      : memory_(ThreadMemory::of_this_thread()), before_(memory_.taken()), limit_(korlib_host::memory_limit()) {
+    korlib_host::set_memory_limit(nullptr);
+  }
+  ~TakenForOthers() {
+    korlib_host::set_memory_limit(limit_);
+    memory_.set_taken(before_);
+  }
   TakenForOthers(const TakenForOthers&) = delete;
   TakenForOthers& operator=(const TakenForOthers&) = delete;
 
  private:
   ThreadMemory& memory_;
   const std::int64_t before_;
+  korlib_host::MemoryLimit* const limit_;
 };
 
 }  // namespace zelto

@@ -45,7 +45,9 @@ std::size_t resident_bytes() {
 
 // What the engine has taken for objects and their contents, garbage among them.
 double heap_bytes(JSContextRef ctx) {
-  return JSValueToNumber(ctx, property(ctx, JSGetMemoryUsageStatistics(ctx), "heapCapacity"), nullptr);
+  JSObjectRef statistics = JSGetMemoryUsageStatistics(ctx);
+  const auto number = [&](const char* name) { return JSValueToNumber(ctx, property(ctx, statistics, name), nullptr); };
+  return number("heapCapacity") + number("extraMemorySize");
 }
 
 }  // namespace

@@ -206,7 +206,9 @@ TEST(ServerLoad, RefuseABodyForWhichThereIsNoRoom) {
   EXPECT_EQ(503, ask(test.port(), head + "110000\r\n\r\n" + body + std::string(20'000, 'a')).status);
   test.server->stop(std::chrono::minutes(1));
   ASSERT_EQ(1u, test.problems.size());
-  EXPECT_EQ("a request's body is refused: keeping a request's body: Disk quota exceeded", test.problems[0]);
+  EXPECT_EQ(
+      "a request's body is refused: keeping a request's body: no room is left of spool_limit: Disk quota exceeded",
+      test.problems[0]);
 }
 
 }  // namespace

@@ -59,7 +59,8 @@ TEST(SpoolFile, TakesNoMoreThanAllFilesMay) {
     zelto::SpoolFile file(spool);
     EXPECT_TRUE(file.append("01234567"));
     EXPECT_FALSE(file.append("890"));
-    EXPECT_EQ(EDQUOT, errno);
+    EXPECT_EQ(std::errc(EDQUOT), file.failure("task").code());
+    EXPECT_STREQ("task: no room is left of spool_limit: Disk quota exceeded", file.failure("task").what());
     EXPECT_EQ(8u, file.size());
     file.shrink(3);
     EXPECT_EQ(3u, spool.files.taken());

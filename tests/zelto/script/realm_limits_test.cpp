@@ -1,6 +1,8 @@
 // How a page ends that takes too much time or memory, or that is told to end, whatever it does against it.
 #include <algorithm>
 #include <atomic>
+#include <fstream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -53,12 +55,43 @@ TEST_F(RealmLimits, StopsPromisesThatTakeTooMuchMemory) {
 // No limit ends a loop in compiled code that the engine did not make itself.
 TEST_F(RealmLimits, OffersNoForeignCode) { EXPECT_EQ("undefined", text(L"typeof WebAssembly")); }
 
+// The most that the process has had since start_peak(), in MiB.
+void start_peak() { std::ofstream("/proc/self/clear_refs") << 5; }
+long peak() {
+  std::ifstream status("/proc/self/status");
+  std::string word;
+  while (status >> word && word != "VmHWM:") continue;
+  long kib = 0;
+  status >> kib;
+  return kib / 1024;
+}
+
+// Each is one operation of the engine: there was no look at the page in between, and it took gigabytes.
+TEST_F(RealmLimits, StopsAnOperationThatTakesTooMuchMemory) {
+#ifdef KOR_SANITIZED
+  GTEST_SKIP() << "the sanitizer's allocator is in the place of the one that refuses";
+#endif
+  for (const wchar_t* script :
+       {L"'x'.repeat(6e8).toUpperCase()", L"'a,'.repeat(2e8).split(',')", L"'\\ufdfa'.repeat(4e7).normalize('NFKD')",
+        L"encodeURIComponent('\\u00e4'.repeat(2e8))", L"JSON.parse('[' + '1.5,'.repeat(1e8) + '1]')",
+        L"new Array(1e8).fill('abcd').join('-')", L"'b'.repeat(3e8).replaceAll('b', 'cc')", L"new Array(3e8).fill(1.5)",
+        L"try { 'x'.repeat(6e8).toUpperCase() } catch (e) {} o.Close(); shown = 1"}) {
+    engine.set_memory_limit(std::size_t{64} << 20);
+    start_peak();
+    const long before = peak();
+    EXPECT_EQ(Outcome::out_of_memory, run(script).kind) << narrow(script);
+    EXPECT_LE(peak() - before, 400) << narrow(script);
+    EXPECT_EQ("undefined", text(L"typeof shown")) << narrow(script);
+  }
+}
+
 // The process took all memory of the machine, and was ended by it.
 TEST_F(RealmLimits, StopsAScriptThatTakesTooMuchMemory) {
   for (const wchar_t* script :
        {L"var a = []; for (;;) a.push({ n: a.length })", L"var a = []; for (;;) a.push(new Uint8Array(1e6).fill(1))",
         L"var m = new Map(); for (var i = 0;; i++) m.set(i, 'text ' + i)",
         L"for (var i = 0, a = 'a'.repeat(1000);; i++) Symbol.for(a + i)",
+        L"var m = {}; for (var i = 0;; i++) m['k' + i] = i",
         L"var a = []; for (;;) { try { for (;;) a.push([a.length]) } catch (e) {} finally { continue } }",
         L"var a = []; function f() { for (;;) a.push([a.length]) }\ntry { o.Call(f, 1) } catch (e) {} for (;;) {}"}) {
     engine.set_memory_limit(std::size_t{64} << 20);

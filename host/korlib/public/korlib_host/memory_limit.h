@@ -2,7 +2,8 @@
 //
 // A host that limits its pages counts what they take, and looks at the count where script and objects call each other.
 // Between two such looks, a database may give rows without end, or a stream may be told to be two gigabytes long: there
-// the runtime asks. Without a limit it takes what there is.
+// the runtime asks. Without a limit it takes what there is. What other libraries take for a page, a driver or the script
+// engine, the host's allocator asks for, late.
 #pragma once
 
 #include <cstddef>
@@ -14,6 +15,9 @@ class MemoryLimit {
   // Whether the page may take a block of so many bytes more. Asked on the page's thread, which goes on without the
   // block when it may not.
   virtual bool allows(std::size_t bytes) noexcept = 0;
+  // Whether the program's allocator may give it such a block. No code asks for itself: without the block, it goes on as
+  // without memory, and the page ends for that. Asked on the page's thread.
+  virtual bool bears(std::size_t bytes) noexcept = 0;
   // Whether something more may be kept where it outlives the page. Asked on the page's thread.
   virtual bool may_keep() noexcept = 0;
   // Whether the page has taken more than it may: then it ends, as soon as the statement that took it has been
