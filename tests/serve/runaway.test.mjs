@@ -37,17 +37,17 @@ fails('a page that fails is an error of its own request', 'runaway', [
   ['recurse', /^\/default\.asp:21: Maximum call stack size exceeded\. \(RangeError, /],
   // Whichever call found the stack used up.
   ['recurse_through_component', /^\/default\.asp:\d+: Out of stack space \(RangeError, /],
-  ['grow', /^\/default\.asp: The page took more memory than the site allows\. /],
-  ['grow_dictionary', /^\/default\.asp: The page took more memory than the site allows\. /],
-  ['grow_component', /^\/default\.asp: The page took more memory than the site allows\. /],
+  ['grow', /^\/default\.asp:\d+: The page took more memory than the site allows\. /],
+  ['grow_dictionary', /^\/default\.asp:\d+: The page took more memory than the site allows\. /],
+  ['grow_component', /^\/default\.asp:\d+: The page took more memory than the site allows\. /],
   ['grow_text', /^\/default\.asp:24: Out of memory \(RangeError, /],
 ]);
 
 fails('a page that never ends is an error of its own request', 'endless', [
-  ['script', /^\/default\.asp: The page took longer than the site allows\. /],
-  ['promises', /^\/default\.asp: The page took longer than the site allows\. /],
-  ['awaits', /^\/default\.asp: The page took longer than the site allows\. /],
-  ['thenable', /^\/default\.asp: The page took longer than the site allows\. /],
-  ['transfer', /^\/default\.asp: The page took longer than the site allows\. /],
-  ['calls', /^\/default\.asp: The page took longer than the site allows\. /],
+  ['script', /^\/default\.asp:\d+: The page took longer than the site allows\. /],
+  ['promises', /^\/default\.asp:\d+: The page took longer than the site allows\. /],
+  ['awaits', /^\/default\.asp:\d+: The page took longer than the site allows\. /],
+  ['thenable', /^\/default\.asp:\d+: The page took longer than the site allows\. /],
+  ['transfer', /^\/default\.asp:\d+: The page took longer than the site allows\. /],
+  ['calls', /^\/default\.asp:\d+: The page took longer than the site allows\. /],
 ]);

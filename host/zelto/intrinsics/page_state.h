@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "intrinsics/request_state.h"
 #include "intrinsics/response_state.h"
@@ -21,6 +22,16 @@ struct PageError {
   std::wstring file;         // virtual path of the page or included file
   LONG line = 0;             // from 1; 0 when it is not known
   LONG column = -1;
+
+  // For those who look into it.
+  struct Call {
+    std::wstring function;  // empty for what stands outside of every function
+    std::wstring file;
+    LONG line = 0;
+  };
+  std::vector<Call> calls;           // from its place outwards
+  std::vector<std::wstring> causes;  // what it says that it comes from
+  std::string reference;             // what a visitor is told in place of all this
 };
 
 // What the intrinsic objects ask of whoever runs the page. Of itself it answers for a page that has ended.

@@ -47,11 +47,18 @@ struct SourcePlace {
 };
 SourcePlace source_place(const Program& program, int line, int column);
 
+// A function that was running, and how far it had come.
+struct Frame : SourcePlace {
+  std::wstring function;  // empty for what stands outside of every function
+};
+
 // What is wrong with a script, in words, and where in its source.
 struct ScriptError : SourcePlace {
-  std::wstring message;  // without the kind of error in front, unless the script threw no Error
-  std::wstring source;   // whose error it is: that of a component such as "Mirt", or the error's name
-  HRESULT number = 0;    // the failing result, or the error's own `number`
+  std::wstring message;                   // without the kind of error in front, unless the script threw no Error
+  std::wstring source;                    // whose error it is: that of a component such as "Mirt", or the error's name
+  HRESULT number = 0;                     // the failing result, or the error's own `number`
+  std::vector<Frame> calls = {};          // from that place outwards
+  std::vector<std::wstring> causes = {};  // what the error says that it comes from, the nearest first
 };
 
 // A program from a piece of script: assignments to calls of automation objects, methods named without

@@ -50,6 +50,14 @@ class Tokenizer {
     return Tokens{std::move(tokens_), std::move(markup_comments_)};
   }
 
+  // Once run() has come to an end too early.
+  std::optional<std::size_t> open_bracket() const {
+    const bool is_bracket =
+        at_ >= text_.size() || std::wstring_view(L")]}").find(text_[at_]) != std::wstring_view::npos;
+    if (!is_bracket || stack_.size() < 2) return std::nullopt;
+    return tokens_[stack_.back().token].begin;
+  }
+
  private:
   wchar_t peek(std::size_t ahead = 0) const { return at_ + ahead < text_.size() ? text_[at_ + ahead] : L'\0'; }
   bool looking_at(std::wstring_view what) const { return text_.substr(at_).starts_with(what); }
@@ -304,5 +312,10 @@ class Tokenizer {
 }  // namespace
 
 std::optional<Tokens> tokenize(std::wstring_view text) { return Tokenizer(text).run(); }
+
+std::optional<std::size_t> unclosed_bracket(std::wstring_view text) {
+  Tokenizer tokenizer(text);
+  return tokenizer.run() ? std::nullopt : tokenizer.open_bracket();
+}
 
 }  // namespace zelto::language

@@ -108,6 +108,13 @@ Realm* Engine::realm_of(JSContextRef ctx) {
   return nullptr;
 }
 
+ScriptError Engine::reached() const {
+  ScriptError reached;
+  if (!realms_.empty()) reached.calls = realms_.back()->reports().calls();
+  if (!reached.calls.empty()) static_cast<language::SourcePlace&>(reached) = reached.calls.front();
+  return reached;
+}
+
 void Engine::bury(HostObject* object) noexcept {
   const std::lock_guard lock(buried_lock_);
   object->next_buried_ = std::exchange(buried_, object);

@@ -89,6 +89,8 @@ class Engine {
   void add_realm(Realm* realm) { realms_.push_back(realm); }
   void remove_realm(Realm* realm) { std::erase(realms_, realm); }
   bool has_realms() const noexcept { return !realms_.empty(); }
+  // How far the script has come that runs, or has an object called.
+  ScriptError reached() const;
 
   // From finalizers, on any thread: the object is let go at the next opportunity on the engine's thread.
   void bury(HostObject* object) noexcept;

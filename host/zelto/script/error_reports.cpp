@@ -1,10 +1,13 @@
 #include "script/error_reports.h"
 
+#include <fmt/xchar.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <utility>
 
+#include "language/tokens.h"
 #include "language/written_source.h"
 #include "script/text.h"
 
@@ -12,6 +15,7 @@ namespace zelto::script {
 namespace {
 
 constexpr int kMostCauses = 16;  // errors may be each other's cause
+constexpr std::size_t kMostCalls = 32;
 
 // Facility "control", in which that dialect counts its errors.
 constexpr HRESULT numbered(unsigned number) { return static_cast<HRESULT>(0x800A0000u | number); }
@@ -65,6 +69,8 @@ HRESULT number_of(std::wstring_view name, std::wstring_view message) {
   return S_OK;
 }
 
+std::wstring wide(const std::string& utf8) { return to_wide(JsString(utf8.c_str()).view()); }
+
 int to_int(std::string_view digits) {
   int value = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
@@ -114,15 +120,34 @@ bool ErrorReports::read(JSValueRef exception, ScriptError* out) const {
   return known.number == DISP_E_UNKNOWNNAME;
 }
 
+// Of what says nothing itself.
+std::wstring ErrorReports::words_of_thrown(JSValueRef exception) const {
+  constexpr std::size_t kMost = 200;
+  if (!JSValueIsObject(context_, exception)) return L"The script threw " + text_of(context_, exception) + L".";
+  auto* object = object_of(exception);
+  if (JSValueIsString(context_, property(context_, object, "stack"))) {
+    JSValueRef name = property(context_, object, "name");
+    return L"The script threw an error without a message" +
+           (JSValueIsString(context_, name) ? L": " + text_of(context_, name) : std::wstring()) + L".";
+  }
+  const JsString json(JSValueCreateJSONString(context_, exception, 0, nullptr));
+  std::wstring text = json.get() ? to_wide(json.view()) : L"an object";
+  if (text.size() > kMost) text.replace(kMost, text.npos, L"…");
+  return L"The script threw " + text + L".";
+}
+
 ScriptError ErrorReports::describe(JSValueRef exception) const {
   ScriptError error;
   read(exception, &error);
   language::SourcePlace& place = error;
   if (!JSValueIsObject(context_, exception)) {
+    if (!JSValueIsString(context_, exception) || error.message.empty()) error.message = words_of_thrown(exception);
     if (thrown_at_) place = *thrown_at_;
     return error;
   }
   auto* object = object_of(exception);
+  JSValueRef message = property(context_, object, "message");
+  if (error.message.empty() || !JSValueIsString(context_, message)) error.message = words_of_thrown(exception);
   if (JSValueRef name = property(context_, object, "name"); error.source.empty() && JSValueIsString(context_, name)) {
     error.source = text_of(context_, name);
   }
@@ -130,41 +155,80 @@ ScriptError ErrorReports::describe(JSValueRef exception) const {
   // The place is where the first of a chain of errors arose.
   JSValueRef link = exception;
   for (int i = 0; i < kMostCauses && JSValueIsObject(context_, link); ++i) {
-    locate(link, &place);
+    if (locate(link, &place)) error.calls = frames_of(link, kMostCalls);
     link = property(context_, object_of(link), "cause");
+    add_cause(link, &error);
   }
   if (thrown_at_ && !JSValueIsObject(context_, link) && !JSValueIsUndefined(context_, link)) place = *thrown_at_;
   return error;
 }
 
-ScriptError ErrorReports::describe_syntax(const language::Program& program, const ParsedScript& parsed) {
-  return {language::source_place(program, parsed.line(), 0), parsed.message(), L"SyntaxError", E_FAIL};
+// What an error hands on from another one needs not be said twice.
+void ErrorReports::add_cause(JSValueRef cause, ScriptError* error) const {
+  if (!cause || JSValueIsUndefined(context_, cause) || JSValueIsNull(context_, cause)) return;
+  ScriptError read_cause;
+  read(cause, &read_cause);
+  const std::wstring& known = error->causes.empty() ? error->message : error->causes.back();
+  if (!read_cause.message.empty() && known.find(read_cause.message) == known.npos)
+    error->causes.push_back(std::move(read_cause.message));
 }
 
-// The first frame of the stack that is of a program of this realm: "name@url:line:column".
-void ErrorReports::locate(JSValueRef error, language::SourcePlace* out) const {
-  JSValueRef stack = property(context_, object_of(error), "stack");
-  if (!JSValueIsString(context_, stack)) return;
-  const std::string text = to_utf8(text_of(context_, stack));
-  for (std::size_t begin = 0; begin < text.size();) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    const std::string_view frame = std::string_view(text).substr(begin, end - begin);
-    begin = end + 1;
-    const std::size_t column_colon = frame.rfind(':');
-    if (column_colon == std::string_view::npos || column_colon == 0) continue;
-    const std::size_t line_colon = frame.rfind(':', column_colon - 1);
-    if (line_colon == std::string_view::npos) continue;
-    for (std::size_t at = frame.find('@'); at != std::string_view::npos && at < line_colon;
-         at = frame.find('@', at + 1)) {
-      const auto program = programs_.find(std::string(frame.substr(at + 1, line_colon - at - 1)));
-      if (program == programs_.end()) continue;
-      const int line = to_int(frame.substr(line_colon + 1, column_colon - line_colon - 1));
-      int column = to_int(frame.substr(column_colon + 1));
-      if (line == 1 && program->second.get() == in_function_) column = std::max(column - opening_length_, 1);
-      *out = language::source_place(*program->second, line, column);
-      return;
-    }
+ScriptError ErrorReports::describe_syntax(const language::Program& program, const ParsedScript& parsed) {
+  ScriptError error{language::source_place(program, parsed.line(), 0), parsed.message(), L"SyntaxError", E_FAIL};
+  const std::wstring text = to_wide(program.text);
+  const auto open = language::unclosed_bracket(text);
+  if (!open) return error;
+  const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(*open), L'\n');
+  const language::SourcePlace place = language::source_place(program, static_cast<int>(line), 0);
+  const std::wstring of_file =
+      place.file == error.file ? L"" : L" of " + wide(place.file.substr(place.file.rfind('/') + 1));
+  error.message += fmt::format(L". The '{}' in line {}{} is not closed", text[*open], place.line, of_file);
+  return error;
+}
+
+// Of a program of this realm: "name@url:line:column".
+std::optional<language::Frame> ErrorReports::read_frame(std::string_view text) const {
+  const std::size_t column_colon = text.rfind(':');
+  if (column_colon == std::string_view::npos || column_colon == 0) return {};
+  const std::size_t line_colon = text.rfind(':', column_colon - 1);
+  if (line_colon == std::string_view::npos) return {};
+  for (std::size_t at = text.find('@'); at != std::string_view::npos && at < line_colon; at = text.find('@', at + 1)) {
+    const auto program = programs_.find(std::string(text.substr(at + 1, line_colon - at - 1)));
+    if (program == programs_.end()) continue;
+    const int line = to_int(text.substr(line_colon + 1, column_colon - line_colon - 1));
+    int column = to_int(text.substr(column_colon + 1));
+    if (line == 1 && program->second.get() == in_function_) column = std::max(column - opening_length_, 1);
+    const std::string_view name = text.substr(0, at);
+    const bool is_outside = name.ends_with(" code");
+    return language::Frame{language::source_place(*program->second, line, column),
+                           is_outside ? std::wstring() : wide(std::string(name))};
   }
+  return {};
+}
+
+// From the innermost on.
+std::vector<language::Frame> ErrorReports::frames_of(JSValueRef error, std::size_t most) const {
+  std::vector<language::Frame> frames;
+  JSValueRef stack = property(context_, object_of(error), "stack");
+  if (!JSValueIsString(context_, stack)) return frames;
+  const std::string text = to_utf8(text_of(context_, stack));
+  for (std::size_t begin = 0; begin < text.size() && frames.size() < most;) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    if (auto frame = read_frame(std::string_view(text).substr(begin, end - begin))) frames.push_back(std::move(*frame));
+    begin = end + 1;
+  }
+  return frames;
+}
+
+bool ErrorReports::locate(JSValueRef error, language::SourcePlace* out) const {
+  const std::vector<language::Frame> first = frames_of(error, 1);
+  if (!first.empty()) *out = first.front();
+  return !first.empty();
+}
+
+std::vector<language::Frame> ErrorReports::calls() const {
+  JSObjectRef error = JSObjectMakeError(context_, 0, nullptr, nullptr);
+  return error ? frames_of(error, kMostCalls) : std::vector<language::Frame>();
 }
 
 language::SourcePlace ErrorReports::here() const {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "language/program.h"
 #include "script/jsc.h"
@@ -39,6 +40,8 @@ class ErrorReports {
   void put_into_words(std::wstring_view name, ScriptError* error) const;
   // The place that the script has reached.
   language::SourcePlace here() const;
+  // And the functions that it is in.
+  std::vector<language::Frame> calls() const;
 
   // Where something that is no Error was thrown.
   void note_throw(JSValueRef value);
@@ -47,7 +50,11 @@ class ErrorReports {
   const std::optional<ScriptError>& rejection() const noexcept { return rejection_; }
 
  private:
-  void locate(JSValueRef error, language::SourcePlace* out) const;
+  std::vector<language::Frame> frames_of(JSValueRef error, std::size_t most) const;
+  std::optional<language::Frame> read_frame(std::string_view text) const;
+  bool locate(JSValueRef error, language::SourcePlace* out) const;
+  std::wstring words_of_thrown(JSValueRef exception) const;
+  void add_cause(JSValueRef cause, ScriptError* error) const;
 
   JSContextRef context_;
   const MissingMember& missing_;

@@ -20,7 +20,8 @@ struct Outcome {
     failed,         // `error` says why
   };
   Kind kind = completed;
-  std::optional<ScriptError> error;  // with `failed`
+  std::optional<ScriptError>
+      error;  // with `failed`; at a limit, its place and calls are those that the script had reached
 };
 
 // A line that a script writes with console.log and the like.

@@ -94,7 +94,7 @@ Outcome Realm::outcome_of(JSValueRef exception) {
   }
   // What the engine could not have because the page may not is the page's limit, not the machine's.
   if (exception) engine_.watchdog().must_unwind();
-  if (engine_.watchdog().is_unwinding()) return {engine_.watchdog().ending(), {}};
+  if (engine_.watchdog().is_unwinding()) return {engine_.watchdog().ending(), engine_.watchdog().ended_at()};
   if (exception) return {Outcome::failed, reports_.describe(exception)};
   if (reports_.rejection()) return {Outcome::failed, reports_.rejection()};
   return {};

@@ -146,8 +146,7 @@ KORLIB_API int posix_memalign(void** block, std::size_t alignment, std::size_t b
 // table grew it ends the process.
 KORLIB_API void* mmap(void* place, std::size_t bytes, int protection, int flags, int file, off_t offset) noexcept {
   constexpr std::size_t kLarge = std::size_t{16} << 20;  // what it takes ahead for small ones is less
-  if ((flags & MAP_ANONYMOUS) != 0 && (flags & MAP_STACK) == 0 && bytes >= kLarge && refuses(bytes))
-    return MAP_FAILED;
+  if ((flags & MAP_ANONYMOUS) != 0 && (flags & MAP_STACK) == 0 && bytes >= kLarge && refuses(bytes)) return MAP_FAILED;
   // The C library's own stands behind this one.
   const long result = ::syscall(SYS_mmap, place, bytes, protection, flags, file, offset);
   return reinterpret_cast<void*>(result);  // NOLINT(performance-no-int-to-ptr): so it is told

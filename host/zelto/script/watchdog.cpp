@@ -65,6 +65,7 @@ void Watchdog::arm(double seconds) {
 void Watchdog::enter() {
   if (depth_++ > 0) return;
   ending_ = Outcome::completed;
+  ended_at_ = {};
   start_ = std::chrono::steady_clock::now();
   is_terminating_ = false;
   memory_.begin();
@@ -119,13 +120,13 @@ bool Watchdog::on_time(JSContextRef ctx, void* watchdog) {
   }
   // By the exact clock: a look that came just before the end would have to be followed by another one at once.
   const auto now = std::chrono::steady_clock::now().time_since_epoch();
-  if (self.is_over(now) && !self.is_unwinding()) self.ending_ = Outcome::timed_out;
+  if (self.is_over(now) && !self.is_unwinding()) self.end_by(Outcome::timed_out);
   if (self.must_unwind()) {
     self.is_terminating_ = false;
     return true;
   }
   if (self.memory_limit_ > 0 && self.uses_too_much(ctx)) {
-    self.ending_ = Outcome::out_of_memory;
+    self.end_by(Outcome::out_of_memory);
   } else {
     self.start();  // each is good for one look
   }
@@ -135,12 +136,23 @@ bool Watchdog::on_time(JSContextRef ctx, void* watchdog) {
 bool Watchdog::must_unwind() {
   if (is_unwinding()) return true;
   if (is_late()) {
-    ending_ = Outcome::timed_out;
+    end_by(Outcome::timed_out);
   } else if (memory_.wants_look()) {
     free_unheld();
-    if (memory_.look()) ending_ = Outcome::out_of_memory;
+    if (memory_.look()) end_by(Outcome::out_of_memory);
   }
   return is_unwinding();
+}
+
+// Without memory for its place, it ends without one.
+void Watchdog::end_by(Outcome::Kind kind) noexcept {
+  Engine* const engine = Engine::current();
+  try {
+    if (engine) ended_at_ = engine->reached();
+  } catch (const std::exception&) {
+    ended_at_ = {};
+  }
+  ending_ = kind;
 }
 
 // Asked at every call of an object: a clock that is a few milliseconds behind is read in a fifth of the time.

@@ -79,6 +79,8 @@ class Watchdog {
 
   // How the page is being left; `completed` while it is not. What the last page ended by, when none runs.
   Outcome::Kind ending() const noexcept { return ending_; }
+  // Where the script was when it came to its limit.
+  const ScriptError& ended_at() const noexcept { return ended_at_; }
   bool is_unwinding() const noexcept { return ending_ != Outcome::completed; }
   // Looks at the clock as well, and at what objects have taken: both count where no script runs.
   bool must_unwind();
@@ -100,6 +102,7 @@ class Watchdog {
     return time_limit_.count() > 0 && now - start_.time_since_epoch() >= time_limit_;
   }
   bool is_late() const noexcept;
+  void end_by(Outcome::Kind kind) noexcept;
   static bool on_time(JSContextRef ctx, void* watchdog);
 
   JSContextGroupRef group_;
@@ -110,6 +113,7 @@ class Watchdog {
   std::chrono::steady_clock::time_point start_;
   int depth_ = 0;
   Outcome::Kind ending_ = Outcome::completed;
+  ScriptError ended_at_;
   std::atomic<std::int64_t>* shown_ = nullptr;
   int quiet_ = 0;
   bool is_terminating_ = false;  // the engine has been asked for the end of a script that goes on

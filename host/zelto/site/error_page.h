@@ -8,13 +8,17 @@
 
 namespace zelto {
 
-// For the author: message, source, code, file, line and the lines around it, which are read from
-// `physical` when that is not empty.
-std::string debug_error_page(const PageError& error, const std::string& physical);
-// For everybody else: the status, as in "500 Internal Server Error", and no more.
-std::string plain_error_page(std::string_view status);
+// For the author: message, source, code, what was asked for, file, line and the lines around it, which are read from
+// `physical` when that is not empty, and the functions that were running.
+std::string debug_error_page(const PageError& error, const std::string& physical, std::string_view target);
+// For everybody else: the status, as in "500 Internal Server Error", and by what the log knows it.
+std::string plain_error_page(std::string_view status, std::string_view reference);
 
-// "guestbook.asp:12: message (Mirt, 0x80004005)", for the log.
+// For PageError::reference: eight digits that no other error of this process has soon.
+std::string new_reference();
+
+// "guestbook.asp:12: message (Mirt, 0x80004005) [1f0a9c44]", for the log, where there is a reference. The causes follow
+// the message.
 std::string error_line(const PageError& error);
 
 }  // namespace zelto

@@ -1,5 +1,6 @@
 #include "site/page_run.h"
 
+#include <fmt/xchar.h>
 #include <korlib_host/context.h>
 #include <korlib_host/database.h>
 #include <korlib_host/errors.h>
@@ -43,6 +44,9 @@ PageError page_error(const script::ScriptError& error, const Site& site) {
   made.file = to_wide(site.path_of(error.file));
   made.line = error.line;
   made.column = error.column > 0 ? error.column : -1;
+  for (const zelto::language::Frame& call : error.calls)
+    made.calls.push_back({call.function, to_wide(site.path_of(call.file)), call.line});
+  made.causes = error.causes;
   return made;
 }
 
@@ -87,7 +91,7 @@ class PageRun final : public PageHost {
   script::Outcome run_realm(const LoadedPage& loaded);
   void log_console(const script::LogLine& line);
   void fail(PageError error);
-  void fail_at_limit(HRESULT number, const wchar_t* description);
+  void fail_at_limit(HRESULT number, std::wstring description, const std::optional<script::ScriptError>& place);
   int answer();
   int error_status() const;
   void answer_error(const PageError& error);
@@ -163,10 +167,18 @@ void PageRun::run_script(const LoadedPage& loaded) {
     case script::Outcome::stopped:
       return;
     case script::Outcome::timed_out:
-      fail_at_limit(E_ABORT, L"The page took longer than the site allows.");
+      fail_at_limit(E_ABORT,
+                    fmt::format(L"The page took longer than the site allows. Its limit is {} s: script_timeout, or "
+                                L"Server.ScriptTimeout where that is more.",
+                                script_timeout()),
+                    outcome.error);
       return;
     case script::Outcome::out_of_memory:
-      fail_at_limit(E_OUTOFMEMORY, L"The page took more memory than the site allows.");
+      fail_at_limit(
+          E_OUTOFMEMORY,
+          fmt::format(L"The page took more memory than the site allows. Its limit is {} bytes: script_memory.",
+                      settings_->options.script_memory),
+          outcome.error);
       return;
     case script::Outcome::failed:
       fail(outcome.error ? page_error(*outcome.error, site_) : PageError());
@@ -232,17 +244,19 @@ void PageRun::set_time_limit(std::chrono::seconds limit) {
   korlib_host::set_statement_deadline(limit.count() > 0 ? began_ + limit + kLater : Clock::time_point::max());
 }
 
-// No line is named: a limit can be reached in any.
-void PageRun::fail_at_limit(HRESULT number, const wchar_t* description) {
-  PageError error;
+// The line is the one that the script had come to: it may have little to do with why it took so much.
+void PageRun::fail_at_limit(HRESULT number, std::wstring description, const std::optional<script::ScriptError>& place) {
+  PageError error = place ? page_error(*place, site_) : PageError();
   error.number = number;
   error.source = L"Server";
-  error.description = description;
-  error.file = to_wide(page_->request.place().virtual_path);
+  error.category = L"Server";
+  error.description = std::move(description);
+  if (error.file.empty()) error.file = to_wide(page_->request.place().virtual_path);
   fail(std::move(error));
 }
 
 void PageRun::fail(PageError error) {
+  if (!settings_->options.debug) error.reference = new_reference();
   site_.log(error_line(error));
   error_ = std::move(error);
 }
@@ -275,9 +289,9 @@ void PageRun::answer_error(const PageError& error) {
   }
   const std::string physical = error.file.empty() ? std::string() : site_.root() + to_utf8(error.file);
   if (debug)
-    response.write_bytes(debug_error_page(error, physical));
+    response.write_bytes(debug_error_page(error, physical, page_->request.http().target));
   else if (begins)
-    response.write_bytes(plain_error_page(status_line(status)));
+    response.write_bytes(plain_error_page(status_line(status), error.reference));
 }
 
 }  // namespace

@@ -36,10 +36,8 @@ class PageMemory : public test::PageRunFixture {
            script + " %>";
   }
 
-  static const std::string& full() {
-    static const std::string line = "/page.asp: The page took more memory than the site allows. (Server, 0x8007000E)";
-    return line;
-  }
+  static constexpr const char* kFull =
+      "/page.asp: The page took more memory than the site allows. Its limit. (Server, 0x8007000E)";
 
   // The most that the program had while the body ran, beyond what it had before, as far as looking now and then tells.
   template <class Body>
@@ -66,7 +64,7 @@ class PageMemory : public test::PageRunFixture {
     MemorySink sink;
     const std::int64_t most = most_taken([&] { sink = run(with_tools(script), cookie); });
     EXPECT_EQ(500, sink.head.status) << script;
-    EXPECT_EQ(std::vector<std::string>{full()}, log) << script;
+    EXPECT_EQ(kFull, told_of_limit()) << script;
     EXPECT_LE(most, kMost) << script;
     sink = {};
     restart();
@@ -121,7 +119,7 @@ TEST_F(PageMemory, CountsRowsThatADatabaseGives) {
       log.clear();
       const std::string script = catches ? std::string("for (;;) try { ") + use + "; } catch (e) {}" : use;
       EXPECT_EQ(500, run(with_tools(open + script + "; Response.Write(1);"), "").head.status) << script;
-      EXPECT_EQ(std::vector<std::string>{full()}, log) << script;
+      EXPECT_EQ(kFull, told_of_limit()) << script;
     }
   }
   EXPECT_EQ("5", body(with_tools(open + "Response.Write(c.Execute('SELECT 5')(0).Value);")));

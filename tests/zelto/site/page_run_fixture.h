@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <optional>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -21,13 +23,32 @@ class PageRunFixture : public testing::Test {
  protected:
   PageRunFixture() {
     options.root = folder.path().string();
-    options.log = [this](std::string_view line) { log.emplace_back(line); };
+    options.log = [this](std::string_view line) { log.push_back(without_reference(line)); };
     zelto::set_up_runtime();
   }
 
   zelto::Site& site() {
     if (!site_) site_.emplace(options);
     return *site_;
+  }
+
+  // "/page.asp:1: words (Error, 0x80004005) [1f0a9c44]" without its end, which is another one each time.
+  std::string without_reference(std::string_view line) {
+    const std::size_t begin = line.size() - std::min<std::size_t>(line.size(), 11);
+    if (!line.ends_with(']') || !line.substr(begin).starts_with(" [")) return std::string(line);
+    reference = line.substr(begin + 2, 8);
+    return std::string(line.substr(0, begin));
+  }
+
+  // The one line of the log without the words about the limit's size, and without the line that the page had come to.
+  std::string told_of_limit() const {
+    if (log.size() != 1) return std::to_string(log.size()) + " lines";
+    static const std::regex kPlace("^(/[^:]*)(:[0-9]+)?: ");
+    static const std::regex kSize(
+        " Its limit is ([0-9]+ s: script_timeout, or Server.ScriptTimeout where that is more|[0-9]+ bytes: "
+        "script_memory)"
+        "\\.");
+    return std::regex_replace(std::regex_replace(log[0], kPlace, "$1: "), kSize, " Its limit.");
   }
 
   // Has the options as they are now hold.
@@ -75,6 +96,7 @@ class PageRunFixture : public testing::Test {
   const TemporaryFolder folder;
   zelto::SiteOptions options;
   std::vector<std::string> log;
+  std::string reference;  // of the last line that had one
   std::string cookie;
   std::string query;
   std::string address;  // the client's

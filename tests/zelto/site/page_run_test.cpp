@@ -94,26 +94,96 @@ TEST_F(PageRun, TellsTheAuthorWhatWentWrong) {
   options.debug = true;
   const MemorySink sink = run("one\n<%\nsecretName('<b>');\n%>\n", "");
   EXPECT_EQ(500, sink.head.status);
-  for (const char* piece : {"secretName", "/page.asp", "0x8", "<dt>Line</dt><dd>3</dd>",
-                            "<span class=\"here\">    3  secretName('&lt;b&gt;');</span>"}) {
+  for (const char* piece :
+       {"secretName", "<dt>Request</dt><dd>/page.asp</dd>", "/page.asp", "0x8", "<dt>Line</dt><dd>3, column 11</dd>",
+        "<span class=\"here\">    3  secretName('&lt;b&gt;');\n                 ^</span>"}) {
     EXPECT_NE(std::string::npos, sink.body.find(piece)) << piece;
   }
 }
 
+TEST_F(PageRun, TellsTheAuthorWhichFunctionsWereRunning) {
+  options.debug = true;
+  folder.write("part.inc", "<%\nfunction inner(x) { return x.y.z }\n%>");
+  const MemorySink sink =
+      run("<!--#include file=\"part.inc\"-->\n<% function outer(x) { return inner(x) } %>\n"
+          "<%= outer({}) %>\n",
+          "");
+  EXPECT_NE(std::string::npos, sink.body.find("<li>inner(), /part.inc:2</li>\n<li>outer(), /page.asp:2</li>\n"
+                                              "<li>the page, /page.asp:3</li>\n</ol>"))
+      << sink.body;
+  EXPECT_EQ(std::string::npos, run("<% null.x %>", "").body.find("Calls")) << "of one place there is no list";
+}
+
+TEST_F(PageRun, PutsWhatWasThrownIntoWords) {
+  constexpr struct {
+    const char* thrown;
+    const char* words;
+  } kRows[] = {
+      {"'a text'", "a text (, 0x80004005)"},
+      {"undefined", "The script threw undefined. (, 0x80004005)"},
+      {"5", "The script threw 5. (, 0x80004005)"},
+      {"{ code: 5 }", "The script threw {\"code\":5}. (, 0x80004005)"},
+      {"new Error()", "The script threw an error without a message: Error. (Error, 0x80004005)"},
+      {"new RangeError('')", "The script threw an error without a message: RangeError. (RangeError, 0x80004005)"},
+      {"new Error('outer', { cause: new TypeError('inner') })", "outer; caused by: inner (Error, 0x80004005)"},
+      {"new Error('outer: inner', { cause: new TypeError('inner') })", "outer: inner (Error, 0x80004005)"},
+      {"new Error('a', { cause: new Error('b', { cause: 'c' }) })",
+       "a; caused by: b; caused by: c (Error, 0x80004005)"},
+  };
+  for (const auto& row : kRows) {
+    log.clear();
+    run(std::string("<% throw ") + row.thrown + " %>", "");
+    EXPECT_EQ(std::vector<std::string>{std::string("/page.asp:1: ") + row.words}, log) << row.thrown;
+  }
+}
+
+TEST_F(PageRun, SaysWhichBracketIsNotClosed) {
+  constexpr struct {
+    const char* page;
+    const char* words;
+  } kRows[] = {
+      {"<% function a() {\n  if (1) {\n    a();\n}\n%>", "Unexpected end of script. The '{' in line 1 is not closed"},
+      {"text\n<% if (1) { %>\nmore\n", "Unexpected end of script. The '{' in line 2 is not closed"},
+      {"<% var a = [1,\n2;\n%>",
+       "Unexpected token ';'. Expected either a closing ']' or a ',' following an array "
+       "element."},
+  };
+  for (const auto& row : kRows) {
+    log.clear();
+    run(row.page, "");
+    ASSERT_EQ(1u, log.size()) << row.page;
+    EXPECT_NE(std::string::npos, log[0].find(row.words)) << log[0];
+  }
+}
+
+// What the log has of it is not for everybody.
+TEST_F(PageRun, TellsAVisitorByWhatTheLogKnowsTheError) {
+  const MemorySink sink = run("<% secretName() %>", "");
+  ASSERT_EQ(8u, reference.size());
+  EXPECT_NE(std::string::npos, sink.body.find("<p>Reference: " + reference + "</p>")) << sink.body;
+  EXPECT_EQ(std::string::npos, sink.body.find("secretName"));
+  const std::string first = reference;
+  run("<% secretName() %>", "");
+  EXPECT_NE(first, reference);
+}
+
 TEST_F(PageRun, StopsAPageThatRunsTooLong) {
   options.script_timeout = std::chrono::seconds(1);
-  const MemorySink sink = run("<% while (true) {} %>", "");
+  const MemorySink sink = run("<%\nfunction f() { while (true) {} }\nf() %>", "");
   EXPECT_EQ(500, sink.head.status);
-  ASSERT_EQ(1u, log.size());
-  EXPECT_NE(std::string::npos, log[0].find("The page took longer than the site allows."));
+  EXPECT_EQ(std::vector<std::string>{"/page.asp:2: The page took longer than the site allows. Its limit is 1 s: "
+                                     "script_timeout, or Server.ScriptTimeout where that is more. "
+                                     "(Server, 0x80004004)"},
+            log);
 }
 
 TEST_F(PageRun, StopsAPageThatTakesTooMuchMemory) {
   options.script_memory = std::size_t{64} << 20;
   const MemorySink sink = run("<% var all = []; for (;;) all.push(new Uint8Array(1e6).fill(1)); %>", "");
   EXPECT_EQ(500, sink.head.status);
-  ASSERT_EQ(1u, log.size());
-  EXPECT_EQ("/page.asp: The page took more memory than the site allows. (Server, 0x8007000E)", log[0]);
+  EXPECT_EQ(std::vector<std::string>{"/page.asp:1: The page took more memory than the site allows. Its limit is "
+                                     "67108864 bytes: script_memory. (Server, 0x8007000E)"},
+            log);
   EXPECT_EQ("still here", body("still <%= 'here' %>"));
 }
 
