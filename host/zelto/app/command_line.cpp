@@ -5,6 +5,7 @@
 #include <iostream>
 #include <new>
 
+#include "app/check_command.h"
 #include "app/configuration_file.h"
 #include "app/init_command.h"
 #include "app/run_command.h"
@@ -112,6 +113,16 @@ void add_run(CLI::App& app, RunCommand& command) {
   run->add_flag("--debug", command.debug, "Let error pages show what went wrong");
 }
 
+void add_check(CLI::App& app, CheckCommand& command) {
+  CLI::App* check = app.add_subcommand("check", "Say what is wrong with the pages and templates of a site");
+  check->add_option("SITE", command.site, "The folder, by default this one")->type_name("");
+  check->add_flag("--json", command.json, "Print one JSON object, for programs");
+  check->add_flag("--strict", command.strict, "Fail for warnings as well");
+  check->footer(
+      "Nothing is run. One line for each thing found, FILE:LINE:COLUMN: error: TEXT, or warning.\n"
+      "Exit code: 0 nothing or warnings, 1 errors, 2 wrong use.");
+}
+
 void add_init(CLI::App& app, InitCommand& command) {
   CLI::App* init = app.add_subcommand("init", "Begin a new site: a page, its template, a database, tests");
   init->add_option("FOLDER", command.folder, "Where: a new folder, or an empty one")->required()->type_name("");
@@ -126,10 +137,11 @@ void add_library(CLI::App& app, const char* name, const char* purpose, std::stri
 }
 
 int dispatch(const CLI::App& app, const ServeCommand& serve, const RunCommand& run, const InitCommand& init,
-             const std::string& library) {
+             const CheckCommand& check, const std::string& library) {
   if (app.got_subcommand("serve")) return serve_site(serve);
   if (app.got_subcommand("run")) return run_page_file(run);
   if (app.got_subcommand("init")) return init_site(init);
+  if (app.got_subcommand("check")) return check_site(check);
   if (app.got_subcommand("register")) return register_library(library);
   return unregister_library(library);
 }
@@ -146,6 +158,7 @@ int run_command_line(int argc, const char* const* argv) {
       "run PAGE [--site FOLDER] [--query TEXT] [--method NAME] [--debug]\n"
       "      [--header 'NAME: VALUE']… [--body FILE] [--include-headers] [--times NUMBER]\n"
       "init FOLDER\n"
+      "check [SITE] [--json] [--strict]\n"
       "zelto SUBCOMMAND --help tells more; that of serve lists the keys of zelto.toml.\n\n"
       "Exit code: 0 done, 1 failed (of run: also a status from 400), 2 wrong use or\n"
       "zelto.toml, 3 serve has ended and something that its pages made was left over.");
@@ -153,10 +166,12 @@ int run_command_line(int argc, const char* const* argv) {
   ServeCommand serve;
   RunCommand run;
   InitCommand init;
+  CheckCommand check;
   std::string library;
   add_serve(app, serve);
   add_run(app, run);
   add_init(app, init);
+  add_check(app, check);
   add_library(app, "register", "Let pages create the classes of a component library", library);
   add_library(app, "unregister", "Take that back", library);
   try {
@@ -166,7 +181,7 @@ int run_command_line(int argc, const char* const* argv) {
     return app.exit(error) == 0 && argc > 1 ? kSuccess : kWrongUse;
   }
   try {
-    return dispatch(app, serve, run, init, library);
+    return dispatch(app, serve, run, init, check, library);
   } catch (const WrongUse& error) {
     std::cerr << "zelto: " << error.what() << "\n";
     return kWrongUse;

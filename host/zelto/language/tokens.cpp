@@ -39,26 +39,27 @@ class Tokenizer {
   explicit Tokenizer(std::wstring_view text) : text_(text) { stack_.push_back({Token::kNone, Role::block, 0}); }
 
   std::optional<Tokens> run() {
-    if (text_.starts_with(L"#!")) at_ = past_line(text_, at_);
-    for (;;) {
-      if (!skip_blank()) return std::nullopt;
-      if (at_ >= text_.size()) break;
-      if (!one()) return std::nullopt;
-      newline_ = false;
-    }
-    if (stack_.size() > 1) return std::nullopt;
+    if (!cut() || stack_.size() > 1) return std::nullopt;
     return Tokens{std::move(tokens_), std::move(markup_comments_)};
   }
 
-  // Once run() has come to an end too early.
-  std::optional<std::size_t> open_bracket() const {
-    const bool is_bracket =
-        at_ >= text_.size() || std::wstring_view(L")]}").find(text_[at_]) != std::wstring_view::npos;
-    if (!is_bracket || stack_.size() < 2) return std::nullopt;
-    return tokens_[stack_.back().token].begin;
+  std::optional<std::size_t> unclosed() {
+    if (!cut() || stack_.size() == 1) return std::nullopt;
+    return tokens_[top().token].begin;
   }
 
  private:
+  // False when the text ends inside a word, or closes the wrong bracket.
+  bool cut() {
+    if (text_.starts_with(L"#!")) at_ = past_line(text_, at_);
+    for (;;) {
+      if (!skip_blank()) return false;
+      if (at_ >= text_.size()) return true;
+      if (!one()) return false;
+      newline_ = false;
+    }
+  }
+
   wchar_t peek(std::size_t ahead = 0) const { return at_ + ahead < text_.size() ? text_[at_ + ahead] : L'\0'; }
   bool looking_at(std::wstring_view what) const { return text_.substr(at_).starts_with(what); }
   Bracket& top() { return stack_.back(); }
@@ -313,9 +314,6 @@ class Tokenizer {
 
 std::optional<Tokens> tokenize(std::wstring_view text) { return Tokenizer(text).run(); }
 
-std::optional<std::size_t> unclosed_bracket(std::wstring_view text) {
-  Tokenizer tokenizer(text);
-  return tokenizer.run() ? std::nullopt : tokenizer.open_bracket();
-}
+std::optional<std::size_t> unclosed_bracket(std::wstring_view text) { return Tokenizer(text).unclosed(); }
 
 }  // namespace zelto::language

@@ -61,8 +61,8 @@ class TokenText {
 // one: the engine then says what is wrong with it.
 std::optional<Tokens> tokenize(std::wstring_view text);
 
-// Where the bracket begins that is still open where the text ends, or where one of another kind is closed. Nothing when
-// there is none, or when something else is wrong first.
+// Where the innermost bracket stands that is still open at the end of the text; nothing when there is none, or the text
+// cannot be cut as far as that.
 std::optional<std::size_t> unclosed_bracket(std::wstring_view text);
 
 }  // namespace zelto::language

@@ -1,14 +1,12 @@
 #include "pages/page_compiler.h"
 
 #include <algorithm>
-#include <climits>
-#include <cstdlib>
 #include <unordered_map>
 #include <unordered_set>
 
-#include "base/path_text.h"
 #include "language/lexemes.h"
 #include "language/rewriter.h"
+#include "pages/include_file.h"
 #include "pages/page_scanner.h"
 #include "pages/tag_attributes.h"
 #include "text/charset.h"
@@ -22,27 +20,25 @@ constexpr std::size_t kMaxNesting = 100;                   // files that are ope
 constexpr std::size_t kMaxSize = std::size_t{128} << 20;   // characters of all files, each as often as included
 constexpr std::size_t kMaxScript = std::size_t{64} << 20;  // characters
 
-std::string folder_of_file(const std::string& path) { return path.substr(0, path.rfind('/')); }
-
 class Compiler {
  public:
   explicit Compiler(const std::string& root) : root_(root) {}
 
-  CompiledPage compile(const std::string& physical) {
-    add_file({physical, physical}, Piece::include, 0);
+  CompiledPage compile(const std::string& physical, std::wstring* written) {
+    add_file({physical, physical}, Piece::include, {});
     language::Rewritten rewritten = language::rewrite(text_);
     for (const std::size_t comment : rewritten.markup_comments) refuse_include(comment);
     language::set_text(program_, std::move(rewritten));
     program_.url = physical;
+    if (written) *written = std::move(text_);
     page_.program = std::make_shared<const language::Program>(std::move(program_));
     return std::move(page_);
   }
 
  private:
-  // A file as the page names it and what it is behind symbolic links.
-  struct FileName {
-    std::string named;
-    std::string canonical;
+  struct Point {
+    int line = 0;
+    int column = 0;
   };
 
   struct Place {
@@ -51,26 +47,28 @@ class Compiler {
     LineCounter lines;
   };
 
-  // Adds the file where the script has got to: its pieces, or as the script that it is. `from_line` is where
+  // Adds the file where the script has got to: its pieces, or as the script that it is. `from` is where
   // it is included.
-  void add_file(const FileName& name, Piece::Kind as, int from_line) {
+  void add_file(const FileName& name, Piece::Kind as, Point from) {
     const std::string& path = name.canonical;
     const bool is_page = open_.empty();
     const std::string& includer = is_page ? path : open_.back();
-    if (std::ranges::find(open_, path) != open_.end()) fail_cycle(path, from_line);
+    if (std::ranges::find(open_, path) != open_.end()) fail_cycle(path, from);
     if (open_.size() > kMaxNesting) {
       throw PageSourceError("Includes are nested more than " + std::to_string(kMaxNesting) + " deep.", includer,
-                            from_line);
+                            from.line, from.column);
     }
     if (!is_page && ++includes_ > kMaxIncludes) {
       throw PageSourceError("The page includes more than " + std::to_string(kMaxIncludes) + " files.", includer,
-                            from_line);
+                            from.line, from.column);
     }
     std::optional<SourceBytes> source = read_source(path);
-    if (!source) throw PageSourceError("The file \"" + shown(path) + "\" cannot be read.", includer, from_line);
+    if (!source)
+      throw PageSourceError("The file \"" + shown(path) + "\" cannot be read.", includer, from.line, from.column);
     if (is_page) code_page_ = code_page_of_source(source->bytes);
     const std::wstring text = decode_source(source->bytes, code_page_);
-    if ((size_ += text.size()) > kMaxSize) throw PageSourceError("The page is too large.", includer, from_line);
+    if ((size_ += text.size()) > kMaxSize)
+      throw PageSourceError("The page is too large.", includer, from.line, from.column);
     watch(name.named, *source);
     const unsigned index = number_of(path);
     open_.push_back(path);
@@ -106,7 +104,7 @@ class Compiler {
           break;
         case Piece::include:
         case Piece::script:
-          add_file(resolve(piece, place), piece.kind, place.lines.line());
+          add_file(resolve(piece, place), piece.kind, point_of(place));
           break;
       }
       if (text_.size() > kMaxScript) fail("The page is too large.", place);
@@ -119,7 +117,7 @@ class Compiler {
     } catch (const ScanFault& fault) {
       LineCounter lines(text);
       lines.move_to(fault.offset);
-      throw PageSourceError(fault.what, place.file, lines.line());
+      throw PageSourceError(fault.what, place.file, lines.line(), lines.column() + 1);
     }
   }
 
@@ -192,20 +190,12 @@ class Compiler {
                           program_.files[from.file], from.line);
   }
 
-  FileName resolve(const Piece& piece, const Place& place) {
-    const std::string name = base::with_slashes(to_utf8(piece.text));
-    if (name.find('\0') != std::string::npos) fail("The name of an include file holds a zero character.", place);
-    if (piece.is_virtual && !name.starts_with('/'))
-      fail("A virtual include begins with \"/\": \"" + name + "\".", place);
-    const std::string path = (piece.is_virtual ? root_ : folder_of_file(place.file) + "/") + name;
-    char found[PATH_MAX];
-    if (!::realpath(path.c_str(), found)) {
-      fail("The include file \"" + name + "\" was not found.", place);
+  FileName resolve(const Piece& piece, const Place& place) const {
+    try {
+      return find_include(root_, place.file, piece);
+    } catch (const std::string& what) {
+      fail(what, place);
     }
-    if (!std::string_view(found).starts_with(root_ + "/")) {
-      fail("The include file \"" + name + "\" lies outside the site.", place);
-    }
-    return {path, found};
   }
 
   // By the name that the page uses: a symbolic link that leads elsewhere later is a change.
@@ -220,14 +210,15 @@ class Compiler {
     return place->second;
   }
 
-  [[noreturn]] void fail_cycle(const std::string& path, int line) const {
+  [[noreturn]] void fail_cycle(const std::string& path, Point from) const {
     std::string chain;
     for (auto it = std::ranges::find(open_, path); it != open_.end(); ++it) chain += shown(*it) + " includes ";
-    throw PageSourceError("An include never ends: " + chain + shown(path) + ".", open_.back(), line);
+    throw PageSourceError("An include never ends: " + chain + shown(path) + ".", open_.back(), from.line, from.column);
   }
   [[noreturn]] static void fail(const std::string& what, const Place& place) {
-    throw PageSourceError(what, place.file, place.lines.line());
+    throw PageSourceError(what, place.file, place.lines.line(), place.lines.column() + 1);
   }
+  static Point point_of(const Place& place) { return {place.lines.line(), place.lines.column() + 1}; }
   // A path as the site's author knows it.
   std::string shown(const std::string& path) const {
     return path.starts_with(root_ + "/") ? path.substr(root_.size()) : path;
@@ -247,8 +238,8 @@ class Compiler {
 
 }  // namespace
 
-CompiledPage compile_page(const std::string& root, const std::string& physical) {
-  return Compiler(root).compile(physical);
+CompiledPage compile_page(const std::string& root, const std::string& physical, std::wstring* written) {
+  return Compiler(root).compile(physical, written);
 }
 
 }  // namespace zelto::pages

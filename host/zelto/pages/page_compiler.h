@@ -20,10 +20,11 @@ namespace zelto::pages {
 
 // What is wrong with a page before any of it runs.
 struct PageSourceError : std::runtime_error {
-  PageSourceError(const std::string& what, std::string in_file, int at_line)
-      : std::runtime_error(what), file(std::move(in_file)), line(at_line) {}
+  PageSourceError(const std::string& what, std::string in_file, int at_line, int at_column = 0)
+      : std::runtime_error(what), file(std::move(in_file)), line(at_line), column(at_column) {}
   std::string file;  // its physical path
   int line;          // from 1
+  int column;        // from 1; 0 when unknown
 };
 
 struct CompiledPage {
@@ -34,6 +35,7 @@ struct CompiledPage {
 };
 
 // `root` is the site's folder and `physical` the page's file, both canonical. Throws PageSourceError.
-CompiledPage compile_page(const std::string& root, const std::string& physical);
+// `written` receives the script as it stands in the files, in the lines of the program and without its shifts.
+CompiledPage compile_page(const std::string& root, const std::string& physical, std::wstring* written = nullptr);
 
 }  // namespace zelto::pages

@@ -1,0 +1,45 @@
+// What `zelto check` has found in the files of a site.
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <set>
+#include <string>
+
+namespace zelto::check {
+
+enum class Severity { error, warning };
+
+struct Place {
+  std::string file;  // its physical path
+  int line = 1;      // from 1
+  int column = 1;    // from 1
+
+  friend auto operator<=>(const Place&, const Place&) = default;
+};
+
+struct Finding {
+  Place place;
+  Severity severity = Severity::error;
+  std::string text;  // one line, a sentence
+
+  friend auto operator<=>(const Finding&, const Finding&) = default;
+};
+
+// In the order of files, lines and columns. What is found twice, because several pages include a file, is kept once.
+class Findings {
+ public:
+  void error(Place place, std::string text) { add(std::move(place), Severity::error, std::move(text)); }
+  void warning(Place place, std::string text) { add(std::move(place), Severity::warning, std::move(text)); }
+
+  const std::set<Finding>& all() const { return all_; }
+  std::size_t count(Severity severity) const;
+  bool has_error_in(const std::string& file) const;
+
+ private:
+  void add(Place place, Severity severity, std::string text);
+
+  std::set<Finding> all_;
+};
+
+}  // namespace zelto::check

@@ -1,0 +1,69 @@
+#include "app/check/page_check.h"
+
+#include <vector>
+
+#include "app/check/page_script.h"
+#include "language/tokens.h"
+#include "pages/include_file.h"
+#include "pages/page_scanner.h"
+#include "pages/source_file.h"
+#include "text/charset.h"
+
+namespace zelto::check {
+
+// The compiler stops at the first include that there is not; this finds all of them, in the files that they name too.
+void PageCheck::check_includes(const std::string& file) {
+  std::vector<std::string> waiting = {file};
+  while (!waiting.empty()) {
+    const std::string current = std::move(waiting.back());
+    waiting.pop_back();
+    if (!scanned_.insert(current).second) continue;
+    const auto source = pages::read_source(current);
+    if (!source) continue;
+    const std::wstring text = pages::decode_source(source->bytes, pages::code_page_of_source(source->bytes));
+    pages::LineCounter lines(text);
+    try {
+      for (const pages::Piece& piece : pages::scan_page(text)) {
+        if (piece.kind != pages::Piece::include && piece.kind != pages::Piece::script) continue;
+        lines.move_to(piece.offset);
+        try {
+          std::string found = pages::find_include(root_, current, piece).canonical;
+          included_.insert(found);
+          if (piece.kind == pages::Piece::include) waiting.push_back(std::move(found));
+        } catch (const std::string& what) {
+          findings_.error({current, lines.line(), lines.column() + 1}, what);
+        }
+      }
+    } catch (const pages::ScanFault&) {
+      continue;  // the compiler tells
+    }
+  }
+}
+
+// That a script ends too early says nothing; which bracket is open does.
+void PageCheck::tell(const language::ScriptError& error, const PageScript& script) {
+  if (error.message == L"Unexpected end of script") {
+    if (const auto bracket = language::unclosed_bracket(script.written)) {
+      const wchar_t shown = script.written[*bracket];
+      findings_.error(WrittenPlaces(script).at(*bracket),
+                      to_utf8(std::wstring(L"This \"") + shown + L"\" is never closed."));
+      return;
+    }
+  }
+  findings_.error({error.file, error.line, error.column}, to_utf8(error.message));
+}
+
+std::optional<PageScript> PageCheck::check(const std::string& page) {
+  check_includes(page);
+  try {
+    PageScript script;
+    script.page = pages::compile_page(root_, page, &script.written);
+    if (const auto error = syntax_.check(*script.page.program)) tell(*error, script);
+    return script;
+  } catch (const pages::PageSourceError& error) {
+    findings_.error({error.file, error.line, error.column}, error.what());
+    return std::nullopt;
+  }
+}
+
+}  // namespace zelto::check
