@@ -1,6 +1,13 @@
 #include "app/check/site_check.h"
 
+#include "app/check/link_check.h"
+#include "app/check/member_check.h"
+#include "app/check/script_words.h"
 #include "base/letter_case.h"
+#include "language/tokens.h"
+#include "pages/directive.h"
+#include "pages/source_file.h"
+#include "text/charset.h"
 
 namespace zelto::check {
 
@@ -9,7 +16,8 @@ SiteCheck::SiteCheck(const std::string& root, const StaticOptions& options, Find
       options_(options),
       findings_(findings),
       files_(SiteFiles::of(root, options.protected_names, options.page_extension)),
-      page_check_(root_, findings_) {}
+      page_check_(root_, findings_),
+      template_check_(root_, options_.protected_names, findings_) {}
 
 void SiteCheck::check_global_file() {
   for (const std::string& file : files_in(root_)) {
@@ -19,9 +27,28 @@ void SiteCheck::check_global_file() {
   }
 }
 
+void SiteCheck::check_links_of(const std::string& file, bool is_page) {
+  const auto source = pages::read_source(file);
+  if (!source) return;
+  const LONG code_page = is_page ? pages::code_page_of_source(source->bytes) : kUtf8CodePage;
+  check_links(file, pages::decode_source(source->bytes, code_page), is_page, options_.protected_names, findings_);
+}
+
+void SiteCheck::check_page(const std::string& page) {
+  check_links_of(page, true);
+  const auto script = page_check_.check(page);
+  if (!script) return;
+  const auto tokens = language::tokenize(script->written);
+  if (!tokens) return;
+  check_members(*script, tokens->all, findings_);
+  template_check_.check_page(page, words_of(*script, tokens->all));
+}
+
 void SiteCheck::run() {
   check_global_file();
-  for (const std::string& page : files_.pages) page_check_.check(page);
+  for (const std::string& page : files_.pages) check_page(page);
+  for (const std::string& document : files_.documents) check_links_of(document, false);
+  template_check_.check_all(files_.folders);
 }
 
 }  // namespace zelto::check

@@ -1,0 +1,154 @@
+#include "app/check/member_check.h"
+
+#include <korlib/activation.h>
+#include <korlib/combstr.h>
+
+#include <algorithm>
+#include <set>
+#include <span>
+#include <string>
+
+#include "app/check/script_words.h"
+#include "app/suggestion.h"
+#include "base/letter_case.h"
+#include "intrinsics/application.h"
+#include "intrinsics/request_object.h"
+#include "intrinsics/response_object.h"
+#include "intrinsics/server_object.h"
+#include "intrinsics/session_object.h"
+#include "language/chains.h"
+#include "text/charset.h"
+
+namespace zelto::check {
+
+namespace {
+
+using language::Token;
+
+struct Object {
+  std::wstring_view name;
+  std::span<const korlib::Member> members;
+};
+
+const std::vector<Object>& objects() {
+  static const std::vector<Object> all = {{L"Request", RequestObject::members()},
+                                          {L"Response", ResponseObject::members()},
+                                          {L"Server", ServerObject::members()},
+                                          {L"Session", SessionObject::members()},
+                                          {L"Application", ApplicationObject::members()}};
+  return all;
+}
+
+// What a class that there is not may have been meant to be; whether one is there, the runtime knows.
+const std::vector<std::string>& usual_classes() {
+  static const std::vector<std::string> all = {"ADODB.Command", "ADODB.Connection",     "ADODB.Recordset",
+                                               "ADODB.Stream",  "Scripting.Dictionary", "Scripting.FileSystemObject",
+                                               "Mirt",          "Mirt.TextTemplator",   "Mirt.Utility"};
+  return all;
+}
+
+bool has_class(std::wstring_view name) {
+  CLSID clsid{};
+  const CComBSTR text(name);
+  return SUCCEEDED(CLSIDFromProgID(text.get(), &clsid)) || SUCCEEDED(CLSIDFromString(text.get(), &clsid));
+}
+
+std::string ending(const std::string& meant) { return meant.empty() ? "." : "; " + meant; }
+
+class MemberReader : language::Chains {
+ public:
+  MemberReader(const PageScript& script, const std::vector<Token>& tokens, Findings& findings)
+      : Chains(script.written, tokens), places_(script), findings_(findings) {}
+
+  void read() {
+    find_own_names();
+    for (std::size_t i = 0; i < tokens_.size(); ++i) {
+      if (tokens_[i].kind != Token::name) continue;
+      if (is_object(i)) read_member(i);
+      if (base::equal_ascii(word(i), L"CreateObject") || base::equal_ascii(word(i), L"ActiveXObject")) read_class(i);
+    }
+  }
+
+ private:
+  // A name that the script declares, in that spelling, is its own: var, function, or a parameter.
+  void find_own_names() {
+    std::vector<bool> in_parameters = {false};
+    for (std::size_t i = 0; i < tokens_.size(); ++i) {
+      const Token& token = tokens_[i];
+      if (token.kind == Token::open) in_parameters.push_back(token.function_part && is(i, L"("));
+      if (token.kind == Token::close && in_parameters.size() > 1) in_parameters.pop_back();
+      if (token.kind != Token::name) continue;
+      const bool is_catch = i > 1 && is(i - 1, L"(") && is(i - 2, L"catch");
+      if (in_parameters.back() || is_catch || is(i + 1, L"=>") || is_declared(i)) own_.emplace(word(i));
+    }
+  }
+  bool is_declared(std::size_t i) const {
+    if (i == 0) return false;
+    if (is(i - 1, L"var", L"let", L"const", L"function", L"class")) return true;
+    return is(i - 1, L",") && is(i + 1, L"=", L",", L";");  // one of several
+  }
+
+  bool is_object(std::size_t i) const {
+    if ((i > 0 && is(i - 1, L".", L"?.")) || !is(i + 1, L".", L"?.")) return false;
+    return tokens_.size() > i + 2 && tokens_[i + 2].kind == Token::name && !own_.contains(std::wstring(word(i)));
+  }
+
+  void read_member(std::size_t i) {
+    const auto object =
+        std::ranges::find_if(objects(), [&](const Object& one) { return base::equal_ascii(one.name, word(i)); });
+    if (object == objects().end()) return;
+    const std::wstring_view member = word(i + 2);
+    std::vector<std::string> names;
+    for (const korlib::Member& one : object->members) {
+      if (base::equal_ascii(one.name, member)) return;
+      names.push_back(to_utf8(one.name));
+    }
+    if (is_of_every_object(member)) return;
+    const std::string name = to_utf8(member);
+    const std::string what = to_utf8(object->name) + " has no member '" + name + "'" + ending(suggestion(names, name));
+    const bool is_used = is(i + 3, L"(") || (i + 3 < tokens_.size() && (is_assignment(i + 3) || is_postfix(i + 3)));
+    if (is_used) {
+      findings_.error(places_.at(tokens_[i + 2].begin), what);
+    } else {
+      findings_.warning(places_.at(tokens_[i + 2].begin), what);
+    }
+  }
+
+  // Of the language, by its exact name.
+  static bool is_of_every_object(std::wstring_view member) {
+    static constexpr std::wstring_view kNames[] = {L"constructor",
+                                                   L"hasOwnProperty",
+                                                   L"isPrototypeOf",
+                                                   L"toString",
+                                                   L"propertyIsEnumerable",
+                                                   L"toLocaleString",
+                                                   L"valueOf",
+                                                   L"__proto__",
+                                                   L"call",
+                                                   L"apply",
+                                                   L"bind"};
+    return std::ranges::find(kNames, member) != std::end(kNames);
+  }
+
+  void read_class(std::size_t i) {
+    const std::wstring_view name = literal_text(word(i + 2));
+    if (!is(i + 1, L"(") || !is(i + 3, L")") || name.empty() || has_class(name)) return;
+    std::vector<std::string> known;
+    for (const std::string& one : usual_classes())
+      if (has_class(to_wide(one))) known.push_back(one);
+    findings_.error(places_.at(tokens_[i + 2].begin),
+                    "No class is registered as '" + to_utf8(name) + "'" + ending(suggestion(known, to_utf8(name))));
+  }
+
+  WrittenPlaces places_;
+  Findings& findings_;
+  std::set<std::wstring> own_;
+};
+
+}  // namespace
+
+void check_members(const PageScript& script, const std::vector<Token>& tokens, Findings& findings) {
+  MemberReader(script, tokens, findings).read();
+}
+
+}  // namespace zelto::check
