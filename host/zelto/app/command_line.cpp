@@ -7,6 +7,7 @@
 
 #include "app/check_command.h"
 #include "app/configuration_file.h"
+#include "app/help_command.h"
 #include "app/init_command.h"
 #include "app/run_command.h"
 #include "app/runtime.h"
@@ -123,6 +124,13 @@ void add_check(CLI::App& app, CheckCommand& command) {
       "Exit code: 0 nothing or warnings, 1 errors, 2 wrong use.");
 }
 
+void add_help(CLI::App& app, HelpCommand& command) {
+  CLI::App* help = app.add_subcommand("help", "Say what the documents tell of a member, mark, event or key");
+  help->add_option("NAME", command.names, "As in Response.Write, SetView, '(#*#)', OnCommand_Save, body_limit")
+      ->required()
+      ->type_name("");
+}
+
 void add_init(CLI::App& app, InitCommand& command) {
   CLI::App* init = app.add_subcommand("init", "Begin a new site: a page, its template, a database, tests");
   init->add_option("FOLDER", command.folder, "Where: a new folder, or an empty one")->required()->type_name("");
@@ -137,11 +145,12 @@ void add_library(CLI::App& app, const char* name, const char* purpose, std::stri
 }
 
 int dispatch(const CLI::App& app, const ServeCommand& serve, const RunCommand& run, const InitCommand& init,
-             const CheckCommand& check, const std::string& library) {
+             const CheckCommand& check, const HelpCommand& help, const std::string& library) {
   if (app.got_subcommand("serve")) return serve_site(serve);
   if (app.got_subcommand("run")) return run_page_file(run);
   if (app.got_subcommand("init")) return init_site(init);
   if (app.got_subcommand("check")) return check_site(check);
+  if (app.got_subcommand("help")) return print_help(help);
   if (app.got_subcommand("register")) return register_library(library);
   return unregister_library(library);
 }
@@ -159,6 +168,7 @@ int run_command_line(int argc, const char* const* argv) {
       "      [--header 'NAME: VALUE']… [--body FILE] [--include-headers] [--times NUMBER]\n"
       "init FOLDER\n"
       "check [SITE] [--json] [--strict]\n"
+      "help NAME\n"
       "zelto SUBCOMMAND --help tells more; that of serve lists the keys of zelto.toml.\n\n"
       "Exit code: 0 done, 1 failed (of run: also a status from 400), 2 wrong use or\n"
       "zelto.toml, 3 serve has ended and something that its pages made was left over.");
@@ -167,11 +177,13 @@ int run_command_line(int argc, const char* const* argv) {
   RunCommand run;
   InitCommand init;
   CheckCommand check;
+  HelpCommand help;
   std::string library;
   add_serve(app, serve);
   add_run(app, run);
   add_init(app, init);
   add_check(app, check);
+  add_help(app, help);
   add_library(app, "register", "Let pages create the classes of a component library", library);
   add_library(app, "unregister", "Take that back", library);
   try {
@@ -181,7 +193,7 @@ int run_command_line(int argc, const char* const* argv) {
     return app.exit(error) == 0 && argc > 1 ? kSuccess : kWrongUse;
   }
   try {
-    return dispatch(app, serve, run, init, check, library);
+    return dispatch(app, serve, run, init, check, help, library);
   } catch (const WrongUse& error) {
     std::cerr << "zelto: " << error.what() << "\n";
     return kWrongUse;

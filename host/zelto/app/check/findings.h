@@ -1,10 +1,10 @@
 // What `zelto check` has found in the files of a site.
 #pragma once
 
-#include <compare>
 #include <cstddef>
 #include <set>
 #include <string>
+#include <tuple>
 
 namespace zelto::check {
 
@@ -15,7 +15,9 @@ struct Place {
   int line = 1;      // from 1
   int column = 1;    // from 1
 
-  friend auto operator<=>(const Place&, const Place&) = default;
+  friend bool operator<(const Place& a, const Place& b) {
+    return std::tie(a.file, a.line, a.column) < std::tie(b.file, b.line, b.column);
+  }
 };
 
 struct Finding {
@@ -23,7 +25,9 @@ struct Finding {
   Severity severity = Severity::error;
   std::string text;  // one line, a sentence
 
-  friend auto operator<=>(const Finding&, const Finding&) = default;
+  friend bool operator<(const Finding& a, const Finding& b) {
+    return std::tie(a.place, a.severity, a.text) < std::tie(b.place, b.severity, b.text);
+  }
 };
 
 // In the order of files, lines and columns. What is found twice, because several pages include a file, is kept once.

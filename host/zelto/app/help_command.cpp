@@ -1,0 +1,65 @@
+#include "app/help_command.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include "app/command_line.h"
+#include "app/help/entries.h"
+#include "app/suggestion.h"
+#include "text/characters.h"
+
+namespace zelto {
+
+namespace {
+
+constexpr std::size_t kWidth = 96;
+
+// Lines of whole words, each with two blanks in front.
+std::string wrapped(std::string_view text) {
+  std::string lines = " ";
+  std::size_t column = 1;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find(' ', at), text.size());
+    const std::string_view word = text.substr(at, end - at);
+    at = end + 1;
+    if (word.empty()) continue;
+    if (column > 1 && column + 1 + word.size() > kWidth) {
+      lines += "\n ";
+      column = 1;
+    }
+    lines.append(" ").append(word);
+    column += 1 + word.size();
+  }
+  return lines + "\n";
+}
+
+bool print_one(const std::vector<help::Entry>& entries, const std::string& name) {
+  const std::vector<const help::Entry*> found = help::find(entries, name);
+  for (const help::Entry* entry : found)
+    std::cout << "docs/" << entry->file << ", " << entry->heading << ":\n" << wrapped(entry->text) << "\n";
+  if (!found.empty()) return true;
+  std::vector<std::string> known;
+  for (const help::Entry& entry : entries) known.insert(known.end(), entry.names.begin(), entry.names.end());
+  const std::string_view member = std::string_view(name).substr(name.rfind('.') + 1);
+  std::string meant = suggestion(known, name);
+  if (meant.empty()) meant = suggestion(known, member);
+  std::cerr << "zelto: the documents say nothing about '" << plain_line(name) << "'" << (meant.empty() ? "" : "; ")
+            << meant << "\n";
+  return false;
+}
+
+}  // namespace
+
+int print_help(const HelpCommand& command) {
+  std::vector<help::Entry> entries;
+  for (const help::Page& page : help::pages()) {
+    std::vector<help::Entry> of_page = help::entries_of(page);
+    entries.insert(entries.end(), std::make_move_iterator(of_page.begin()), std::make_move_iterator(of_page.end()));
+  }
+  int code = kSuccess;
+  for (const std::string& name : command.names)
+    if (!print_one(entries, name)) code = kFailure;
+  return code;
+}
+
+}  // namespace zelto

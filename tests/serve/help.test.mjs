@@ -1,0 +1,81 @@
+// `zelto help` has an entry for whatever a page can name.
+import assert from 'node:assert/strict';
+import { execFile } from 'node:child_process';
+import { readFile, readdir } from 'node:fs/promises';
+import { join } from 'node:path';
+import { test } from 'node:test';
+import { fileURLToPath } from 'node:url';
+
+const root = fileURLToPath(new URL('../..', import.meta.url));
+const source = (name) => readFile(join(root, name), 'utf8');
+const help = (...names) => new Promise((resolve) => {
+  execFile(process.env.ZELTO, ['help', '--', ...names], (error, stdout, stderr) => resolve({ code: error?.code ?? 0, stdout, stderr }));
+});
+const matches = (text, pattern) => [...text.matchAll(pattern)].map(([, name]) => name);
+
+async function haveEntries(names) {
+  const { code, stderr } = await help(...names);
+  assert.equal(code, 0, stderr);
+}
+
+test('every member of the component', async () => {
+  const tables = await source('mirt/frame/member_tables.cpp');
+  const names = matches(tables, /\(L"(\w+)"\)|\.name = L"(\w+)"/g).concat(matches(tables, /\.name = L"(\w+)"/g)).filter(Boolean);
+  assert.ok(names.length > 60 && names.includes('SetView') && names.includes('ToCommand'), names.join());
+  await haveEntries(names);
+});
+
+for (const [object, file] of [['Request', 'request_object'], ['Response', 'response_object'], ['Server', 'server_object'],
+  ['Session', 'session_object'], ['Application', 'application']]) {
+  test(`every member of ${object}`, async () => {
+    const table = (await source(`host/zelto/intrinsics/${file}.cpp`)).match(/korlib::Member table\[\] = \{([^]*?)\n {2}\};/)[1];
+    const names = matches(table, /\(L"(\w+)"\)/g);
+    assert.ok(names.length > 3, table);
+    await haveEntries(names.map((name) => `${object}.${name}`));
+  });
+}
+
+test('every type of mark', async () => {
+  const types = matches(await source('mirt/templator/marks.h'), /\{L'(\\?.)', MarkSource/g).map((type) => type.at(-1));
+  assert.equal(types.length, 17);
+  await haveEntries(types);
+  await haveEntries(types.map((type) => `(#${type}name#)`));
+});
+
+test('every event', async () => {
+  const names = new Set();
+  for (const file of await readdir(join(root, 'mirt/page')))
+    for (const name of matches(await source(join('mirt/page', file)), /L"(On(?:Command|DrawTemplate|Template|Draw|_\w+)_?\w*)"/g)) names.add(name);
+  assert.ok(names.has('On_StartDraw') && names.has('OnCommand_'), [...names].join());
+  // What the component draws itself stands in marks without what begins the name of a script's function.
+  await haveEntries([...names].map((name) => (name.endsWith('_') ? `${name}Name` : name.replace(/^OnDraw_(?=_)/, ''))));
+});
+
+test('every key of zelto.toml', async () => {
+  const { stdout } = await new Promise((resolve) => {
+    execFile(process.env.ZELTO, ['serve', '--help'], (error, out) => resolve({ stdout: out }));
+  });
+  const keys = matches(stdout, /^ {2}(\w+) = /gm);
+  assert.ok(keys.length > 20, stdout);
+  await haveEntries(keys);
+});
+
+test('an entry says where it stands, in any letter case', async () => {
+  for (const name of ['Response.Redirect', 'rESPONSE.redirect']) {
+    const { stdout } = await help(name);
+    assert.equal(stdout, 'docs/objects.md, Response:\n  Redirect(url): answers 302 and ends the page\n\n');
+  }
+});
+
+test('a member that several objects have is told of all', async () => {
+  const { stdout } = await help('LCID');
+  assert.deepEqual(matches(stdout, /^docs\/(.*):$/gm), ['objects.md, Response', 'objects.md, Session and Application']);
+});
+
+test('a mistyped name is told the nearest', async () => {
+  const { code, stdout, stderr } = await help('SetVeiw');
+  assert.equal(code, 1);
+  assert.equal(stdout, '');
+  assert.equal(stderr, "zelto: the documents say nothing about 'SetVeiw'; did you mean 'SetView'?\n");
+  assert.equal((await help('Response.SetView')).code, 1);
+});
