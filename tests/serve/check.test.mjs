@@ -1,10 +1,12 @@
 // `zelto check`, as a person and a program read it.
 import assert from 'node:assert/strict';
 import { execFile } from 'node:child_process';
-import { mkdtemp, readdir, rm, writeFile } from 'node:fs/promises';
+import { mkdir, mkdtemp, readFile, readdir, rm, writeFile } from 'node:fs/promises';
 import { tmpdir } from 'node:os';
-import { join } from 'node:path';
+import { dirname, join } from 'node:path';
 import { test } from 'node:test';
+import { fileURLToPath } from 'node:url';
+import { promisify } from 'node:util';
 
 const check = (...words) => new Promise((resolve) => {
   execFile(process.env.ZELTO, ['check', ...words], (error, stdout, stderr) => resolve({ code: error?.code ?? 0, stdout, stderr }));
@@ -13,7 +15,10 @@ const check = (...words) => new Promise((resolve) => {
 async function withSite(files, use) {
   const folder = await mkdtemp(join(tmpdir(), 'check-'));
   try {
-    for (const [name, text] of Object.entries(files)) await writeFile(join(folder, name), text);
+    for (const [name, text] of Object.entries(files)) {
+      await mkdir(dirname(join(folder, name)), { recursive: true });
+      await writeFile(join(folder, name), text);
+    }
     await use(folder);
   } finally {
     await rm(folder, { recursive: true });
@@ -60,3 +65,19 @@ test('the examples have no faults', async () => {
     assert.equal(code, 0, stdout);
   }
 });
+
+test('what docs/check.md shows is what is printed', () => withSite({
+  'shop/inc/db.inc': '',
+  'shop/cart.asp': '\n\n<!-- #include file="Inc/db.inc" -->',
+  'shop/default.asp': `${'\n'.repeat(11)}Response.Wrte(1);
+page.TemplateFolder = Server.MapPath("templates"); page.TemplateExt = ".html"; page.DefaultTemplate = "list"; var title;%>`
+    .replace(/^/, '<%'),
+  'shop/templates/list.html': `${'\n'.repeat(6)}  (#;titel#)`,
+}, async (folder) => {
+  const document = await readFile(fileURLToPath(new URL('../../docs/check.md', import.meta.url)), 'utf8');
+  const shown = document.match(/^```\n(shop[^]*?)^```/m)[1];
+  await assert.rejects(promisify(execFile)(process.env.ZELTO, ['check', 'shop'], { cwd: folder }), ({ stdout }) => {
+    assert.equal(stdout, shown);
+    return true;
+  });
+}));

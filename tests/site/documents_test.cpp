@@ -50,7 +50,7 @@ std::string without_end(std::string text) {
 TEST(Documents, ShowPagesWithWhatTheyPrint) {
   const test::TemporaryFolder folder;
   const std::pair<const char*, std::size_t> documents[] = {
-      {"pages.md", 4}, {"controller.md", 2}, {"objects.md", 1}, {"databases.md", 3}};
+      {"pages.md", 4}, {"controller.md", 2}, {"objects.md", 1}, {"databases.md", 3}, {"moving.md", 1}};
   for (const auto& [document, least] : documents) {
     const std::vector<Example> examples = examples_in(fs::path(DOCUMENTS) / document, "```asp");
     EXPECT_GE(examples.size(), least);

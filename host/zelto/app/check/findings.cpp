@@ -6,7 +6,7 @@
 
 namespace zelto::check {
 
-void Findings::add(Place place, Severity severity, std::string text) {
+void Findings::add(Place place, Severity severity, const std::string& text) {
   // The beginning of the file where a place is not known.
   place.line = std::max(place.line, 1);
   place.column = std::max(place.column, 1);

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <tuple>
+#include <utility>
 
 namespace zelto::check {
 
@@ -33,15 +34,15 @@ struct Finding {
 // In the order of files, lines and columns. What is found twice, because several pages include a file, is kept once.
 class Findings {
  public:
-  void error(Place place, std::string text) { add(std::move(place), Severity::error, std::move(text)); }
-  void warning(Place place, std::string text) { add(std::move(place), Severity::warning, std::move(text)); }
+  void error(Place place, const std::string& text) { add(std::move(place), Severity::error, text); }
+  void warning(Place place, const std::string& text) { add(std::move(place), Severity::warning, text); }
 
   const std::set<Finding>& all() const { return all_; }
   std::size_t count(Severity severity) const;
   bool has_error_in(const std::string& file) const;
 
  private:
-  void add(Place place, Severity severity, std::string text);
+  void add(Place place, Severity severity, const std::string& text);
 
   std::set<Finding> all_;
 };
