@@ -128,7 +128,8 @@ function OnDraw_Entries(page, texts) {
   });
 }
 
-function Row_Written(row) { row.Write(String(page.View("row_written")).replace("T", ", "), true); }
+// The visitor's time zone is not known here.
+function Row_Written(row) { row.Write(String(page.View("row_written")).replace("T", ", ") + " UTC", true); }
 
 function Row_IfMine(row, texts) { if (page.View("row_is_mine")) row.ProcessTemplate(texts[0]); }
 

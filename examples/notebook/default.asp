@@ -94,7 +94,7 @@ function OnDraw_Entries(page, texts) {
     page.SetView("Id", entry.id);
     page.SetView("Name", entry.name);
     page.SetView("Text", entry.text);
-    page.SetView("When", entry.when.replace("T", ", "));
+    page.SetView("When", entry.when.replace("T", ", ") + " UTC");
     page.DrawTemplate("entry");
   });
 }
