@@ -34,6 +34,21 @@ TEST_F(CheckedPages, TellTheFaultOfAnIncludeOnceAndInItsFile) {
   EXPECT_EQ("inc/a.inc:2:12: error: Unexpected token ';'\n", found());
 }
 
+TEST_F(CheckedPages, ThatOthersIncludeMayBeParts) {
+  write("header.asp", "<% if (true) { %><h1></h1>");
+  write("page.asp", "<!-- #include file=\"header.asp\" -->\n<% } %>");
+  EXPECT_EQ(
+      "header.asp:1:14: warning: Asked for by itself, a page that others include fails: This \"{\" is never closed.\n",
+      found());
+}
+
+TEST_F(CheckedPages, TellTheColumnInALongLine) {
+  std::string line;
+  for (int i = 0; i < 5'000; ++i) line += "f({});";
+  write("a.asp", "<% " + line + "f({)}; " + line + "%>");
+  EXPECT_EQ(0U, found().find("a.asp:1:30007: error: Unexpected token ')'."));
+}
+
 TEST_F(CheckedPages, NameEachIncludeThatThereIsNot) {
   write("a.asp", "<!-- #include file=\"b.inc\" -->\n<!-- #include virtual=\"/none.inc\" -->");
   write("b.inc", "\n <!-- #include file=\"Sub/C.inc\" -->");

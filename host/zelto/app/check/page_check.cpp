@@ -1,5 +1,6 @@
 #include "app/check/page_check.h"
 
+#include <utility>
 #include <vector>
 
 #include "app/check/page_script.h"
@@ -12,8 +13,8 @@
 namespace zelto::check {
 
 // The compiler stops at the first include that there is not; this finds all of them, in the files that they name too.
-void PageCheck::check_includes(const std::string& file) {
-  std::vector<std::string> waiting = {file};
+void PageCheck::check_includes(const std::string& page) {
+  std::vector<std::string> waiting = {page};
   while (!waiting.empty()) {
     const std::string current = std::move(waiting.back());
     waiting.pop_back();
@@ -40,21 +41,28 @@ void PageCheck::check_includes(const std::string& file) {
   }
 }
 
+void PageCheck::tell(const std::string& page, Place place, const std::string& text) {
+  if (included_.contains(page)) {
+    findings_.warning(std::move(place), "Asked for by itself, a page that others include fails: " + text);
+  } else {
+    findings_.error(std::move(place), text);
+  }
+}
+
 // That a script ends too early says nothing; which bracket is open does.
 void PageCheck::tell(const language::ScriptError& error, const PageScript& script) {
   if (error.message == L"Unexpected end of script") {
     if (const auto bracket = language::unclosed_bracket(script.written)) {
       const wchar_t shown = script.written[*bracket];
-      findings_.error(WrittenPlaces(script).at(*bracket),
-                      to_utf8(std::wstring(L"This \"") + shown + L"\" is never closed."));
+      tell(script.page.program->url, WrittenPlaces(script).at(*bracket),
+           to_utf8(std::wstring(L"This \"") + shown + L"\" is never closed."));
       return;
     }
   }
-  findings_.error({error.file, error.line, error.column}, to_utf8(error.message));
+  tell(script.page.program->url, {error.file, error.line, error.column}, to_utf8(error.message));
 }
 
 std::optional<PageScript> PageCheck::check(const std::string& page) {
-  check_includes(page);
   try {
     PageScript script;
     script.page = pages::compile_page(root_, page, &script.written);

@@ -16,15 +16,15 @@ class PageCheck {
   // All outlive it; the root is canonical.
   PageCheck(const std::string& root, Findings& findings) : root_(root), findings_(findings) {}
 
-  // The page's script, with whatever is wrong in it told; nothing when it has none.
+  // Of all pages first: tells the includes of the page, and of what it includes, that there are not.
+  void check_includes(const std::string& page);
+  // The page's script, with whatever is wrong in it told; nothing when it has none. A page that others include may be
+  // a part that makes no sense by itself: that it fails then is a warning.
   std::optional<PageScript> check(const std::string& page);
 
-  // Whether some page has included the file.
-  bool is_included(const std::string& file) const { return included_.contains(file); }
-
  private:
-  void check_includes(const std::string& file);
   void tell(const language::ScriptError& error, const PageScript& script);
+  void tell(const std::string& page, Place place, const std::string& text);
 
   const std::string& root_;
   Findings& findings_;

@@ -46,6 +46,7 @@ void SiteCheck::check_page(const std::string& page) {
 
 void SiteCheck::run() {
   check_global_file();
+  for (const std::string& page : files_.pages) page_check_.check_includes(page);
   for (const std::string& page : files_.pages) check_page(page);
   for (const std::string& document : files_.documents) check_links_of(document, false);
   template_check_.check_all(files_.folders);

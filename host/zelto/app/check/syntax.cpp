@@ -1,6 +1,7 @@
 #include "app/check/syntax.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "language/lexemes.h"
 #include "language/written_source.h"
@@ -9,9 +10,6 @@
 namespace zelto::check {
 
 namespace {
-
-// The engine names a token's line alone; it is looked for at so many places of the line.
-constexpr int kMostPlaces = 64;
 
 // The token that a message names: "Unexpected token ';'", "Unexpected identifier 'b'".
 std::wstring_view token_in(std::wstring_view message) {
@@ -58,19 +56,21 @@ std::optional<Syntax::Fault> Syntax::fault_of(std::u16string_view text) const {
   return fault;
 }
 
-// From 1; 0 when it is not known. The text up to a token, that one included, fails in the same way as all of it when
-// the token is the one that cannot stand there.
+// From 1; 0 when it is not known. The text up to the token that cannot stand there, that one included, fails in the
+// same way as all of it, and so does every longer part; no shorter one does.
 int Syntax::find_column(std::u16string_view text, const Fault& fault) const {
   const std::u16string token = korlib::to_utf16(token_in(fault.message));
   if (token.empty()) return 0;
   const Line line = line_at(text, fault.line);
-  std::size_t at = text.find(token, line.begin);
-  for (int places = 0; places < kMostPlaces && at < line.end; ++places, at = text.find(token, at + 1)) {
-    const auto part = fault_of(text.substr(0, at + token.size()));
-    if (part && part->message == fault.message && part->line == fault.line)
-      return static_cast<int>(at - line.begin) + 1;
-  }
-  return 0;
+  std::vector<std::size_t> ends;
+  for (std::size_t at = text.find(token, line.begin); at < line.end; at = text.find(token, at + 1))
+    ends.push_back(at + token.size());
+  const auto comes_before = [&](std::size_t end) {
+    const auto part = fault_of(text.substr(0, end));
+    return !part || part->message != fault.message || part->line != fault.line;
+  };
+  const auto found = std::ranges::partition_point(ends, comes_before);
+  return found == ends.end() ? 0 : static_cast<int>(*found - token.size() - line.begin) + 1;
 }
 
 std::optional<language::ScriptError> Syntax::check(const language::Program& program) const {

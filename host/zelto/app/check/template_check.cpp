@@ -26,22 +26,14 @@ namespace fs = std::filesystem;
 // What a template mostly ends with, beside what the pages of the site say.
 constexpr std::string_view kExtensions[] = {".html", ".htm", ".tpl", ".txt", ".xml"};
 
+constexpr std::size_t kMostSuggestions = 200;
+
 std::string_view name_of(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 std::string folder_of_file(const std::string& path) { return path.substr(0, path.rfind('/')); }
 
 bool is_file(const std::string& path) {
   std::error_code error;
   return fs::is_regular_file(path, error);
-}
-
-std::string meant_ending(const std::wstring& nearest) {
-  return nearest.empty() ? "." : "; did you mean '" + to_utf8(nearest) + "'?";
-}
-
-std::wstring nearest_of(const std::unordered_set<std::wstring>& words, const std::wstring& wanted) {
-  std::vector<std::wstring> names(words.begin(), words.end());
-  std::ranges::sort(names);  // so that of two that are as near the same one is named each time
-  return language::nearest_name(names, wanted);
 }
 
 bool has_draw_function(const ScriptWords& words, const std::wstring& name) {
@@ -102,6 +94,16 @@ const TemplateCheck::Template& TemplateCheck::read(const std::string& path) {
   return made;
 }
 
+// "." or "; did you mean 'title'?", for the first of the names that there are not: looking at all words takes long.
+std::string TemplateCheck::meant(const ScriptWords& words, const std::wstring& wanted) {
+  if (suggestions_ >= kMostSuggestions) return ".";
+  ++suggestions_;
+  std::vector<std::wstring> names(words.all.begin(), words.all.end());
+  std::ranges::sort(names);  // so that of two that are as near the same one is named each time
+  const std::wstring nearest = language::nearest_name(names, wanted);
+  return nearest.empty() ? "." : "; did you mean '" + to_utf8(nearest) + "'?";
+}
+
 // Functions and variables that the words do not have.
 void TemplateCheck::check_names(const Template& drawn, const ScriptWords& words, const std::string& whose) {
   const bool is_all = &words == &site_;
@@ -111,13 +113,11 @@ void TemplateCheck::check_names(const Template& drawn, const ScriptWords& words,
     if (names_of(mark.type) == MarkNames::draw_function) {
       if (words.makes_draw_functions || name.starts_with(L'_') || has_draw_function(words, name)) continue;
       told_.insert(place);
-      findings_.warning(place, whose + " function 'OnDraw_" + to_utf8(name) + "'" +
-                                   meant_ending(nearest_of(words.all, L"OnDraw_" + name)));
+      findings_.warning(place, whose + " function 'OnDraw_" + to_utf8(name) + "'" + meant(words, L"OnDraw_" + name));
     } else if (names_of(mark.type) == MarkNames::variable) {
       if (words.makes_variables || words.all.contains(name) || !language::is_plain_name(name)) continue;
       told_.insert(place);
-      findings_.warning(
-          place, whose + " variable or function '" + to_utf8(name) + "'" + meant_ending(nearest_of(words.all, name)));
+      findings_.warning(place, whose + " variable or function '" + to_utf8(name) + "'" + meant(words, name));
     }
   }
 }

@@ -41,6 +41,7 @@ class TemplateCheck {
 
   const Template& read(const std::string& path);
   void tell_marks(const std::string& path, const std::wstring& text, const ScannedMarks& scanned, Template& made);
+  std::string meant(const ScriptWords& words, const std::wstring& wanted);
   void check_names(const Template& drawn, const ScriptWords& words, const std::string& whose);
   void check_parts(const std::string& path, const Template& drawn);
   std::vector<std::string> folder_of(const std::string& page, const ScriptWords& words) const;
@@ -55,6 +56,7 @@ class TemplateCheck {
   std::unordered_set<std::string> folders_;     // that pages have named
   std::unordered_set<std::string> extensions_;  // likewise
   std::set<Place> told_;                        // of names that a page does not have
+  std::size_t suggestions_ = 0;                 // that were looked for
   std::size_t count_ = 0;
 };
 
