@@ -18,11 +18,15 @@ TEST_F(CheckedPages, TellWhereTheirSyntaxIsWrong) {
   write("c.asp", "<%= y y %>");
   write("sub/d.asp", "<p></p>\n<% if (1) { %>\n<p>\n");
   write("e.asp", "one\ntwo <% three");
+  write("f.asp", "<% f(1, 2 %>");
+  write("g.asp", "<% var a = 1 # 2; %>");
   EXPECT_EQ(
       "a.asp:2:14: error: Unexpected token ';'. Expected ')' to end a compound expression.\n"
       "b.asp:1:47: error: Unexpected identifier 'b'. Expected '}' to end an object literal.\n"
       "c.asp:1:7: error: Unexpected identifier 'y'. Expected ')' to end a compound expression.\n"
       "e.asp:2:5: error: This \"<%\" is not closed with \"%>\".\n"
+      "f.asp:1:5: error: This \"(\" is never closed.\n"
+      "g.asp:1:14: error: Invalid character: '#'\n"
       "sub/d.asp:2:11: error: This \"{\" is never closed.\n",
       found());
 }

@@ -11,10 +11,11 @@ namespace zelto::check {
 
 namespace {
 
-// The token that a message names: "Unexpected token ';'", "Unexpected identifier 'b'".
+// The token that a message names: "Unexpected token ';'", "Unexpected identifier 'b'", "Invalid character: '#'".
 std::wstring_view token_in(std::wstring_view message) {
   const std::size_t open = message.find(L'\'');
-  if (!message.starts_with(L"Unexpected ") || open == std::wstring_view::npos) return {};
+  if (open == std::wstring_view::npos) return {};
+  if (!message.starts_with(L"Unexpected ") && !message.starts_with(L"Invalid character")) return {};
   const std::size_t close = std::min(message.find(L"'. ", open + 1), message.rfind(L'\''));
   if (close <= open + 1) return {};
   return message.substr(open + 1, close - open - 1);
