@@ -26,7 +26,7 @@ TEST_F(CheckedScripts, NameMembersThatTheHostLacks) {
 
 TEST_F(CheckedScripts, MayHaveObjectsOfTheirOwnByThatName) {
   write("a.asp",
-        "<% function f(request) { return request.go(); }\nvar session = {}; session.x = 1;\n"
+        "<% function f(request) { return request.go(); }\nvar session = {}; session.x = 1; server = 2; server.y();\n"
         "list.forEach(response => response.close()); page.Request.foo(); var a = { Server: 1 }; %>");
   EXPECT_EQ("", found());
 }

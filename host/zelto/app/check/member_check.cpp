@@ -83,9 +83,9 @@ class MemberReader : language::Chains {
     }
   }
   bool is_declared(std::size_t i) const {
-    if (i == 0) return false;
     if (is(i - 1, L"var", L"let", L"const", L"function", L"class")) return true;
-    return is(i - 1, L",") && is(i + 1, L"=", L",", L";");  // one of several
+    if (is(i + 1, L"=") && !is(i - 1, L".", L"?.")) return true;  // also without a declaration
+    return is(i - 1, L",") && is(i + 1, L",", L";");              // one of several
   }
 
   bool is_object(std::size_t i) const {
