@@ -236,9 +236,12 @@ AutomationObject::Function* AutomationObject::function(JSStringRef name) {
   return found == functions_.end() ? nullptr : &*found;
 }
 
+// With a copy of the name: the engine's own may be one that it has in a table of such strings, and whoever is the last
+// to release it outside of the engine, as here later, leaves it there for the next use of that name.
 void AutomationObject::remember_function(JSStringRef name, JSObjectRef function) {
   if (functions_.size() >= kMostFunctions) return;
-  functions_.push_back({JsString(JSStringRetain(name)), JSStringGetLength(name), function, 0});
+  const ShortText text(name);
+  functions_.push_back({JsString(to_utf8(text.view()).c_str()), JSStringGetLength(name), function, 0});
 }
 
 void AutomationObject::add_member(JSObjectRef member) {
