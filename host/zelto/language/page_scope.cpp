@@ -19,6 +19,9 @@ constexpr auto kRevealing = std::to_array<std::wstring_view>(
 // Names by which a page may change what is not looked at after each page.
 constexpr auto kHiding =
     std::to_array<std::wstring_view>({L"Reflect", L"Symbol", L"__proto__", L"constructor", L"getOwnPropertySymbols"});
+// Names that lead to the global object: also what a method's super stands for, where that is called as a function, and
+// what an object's valueOf answers then.
+constexpr auto kLeadingToGlobal = std::to_array<std::wstring_view>({L"globalThis", L"super", L"this", L"valueOf"});
 // Names of the function that the page becomes.
 constexpr auto kOfFunction = std::to_array<std::wstring_view>({L"$zelto_i", L"$zelto_page", L"$zelto_v", L"$zelto_w"});
 // Names of values that a variable of theirs would hide.
@@ -37,12 +40,14 @@ class ScopeReader : private TokenText {
     bool reveals = false;
     bool hands_global_around = false;
     bool makes_code = false;
+    bool leads_to_global = false;
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
       const std::wstring_view named =
           tokens_[i].kind == Token::literal && !is_constant(i) ? inside_of(word(i)) : word(i);
       is_unsafe_page |= is_unsafe(i, named);
       reveals |= is_among(kRevealing, named);
       hands_global_around |= is_whole_global(i);
+      leads_to_global |= is_among(kLeadingToGlobal, named) || is_among(kLeadingToGlobal, word(i));
       // Code that is made of text sees what the global object has, which lexical names are not among.
       makes_code |= (named == L"constructor" && !is_constructor_member(i)) || (is_whole_global(i) && is(i + 1, L"["));
       scope.may_hide |= is_among(kHiding, named) || (named == L"Object" && !is(i + 1, L"."));
@@ -54,6 +59,7 @@ class ScopeReader : private TokenText {
     scope.can_be_function =
         !is_unsafe_page && !(reveals && hands_global_around) && !(makes_code && !scope.lexical_candidates.empty());
     read_directive(&scope);
+    scope.may_share_world = scope.can_be_function && !scope.may_hide && !leads_to_global;
     return scope;
   }
 

@@ -15,6 +15,8 @@ struct PageScope {
   bool can_be_function = false;
   bool is_strict = false;
   bool may_hide = false;  // what it does to the language's objects, from one who looks at what pages mostly do
+  // Nothing in it leads to the global object: whether its names are properties there cannot be told.
+  bool may_share_world = false;
   // Some let, const or class at top level makes a name that is not a property of the global object.
   bool declares_lexical_names = true;
   // Among these are the names of let, const and class at top level, in the order of the text.

@@ -42,10 +42,10 @@ void Realm::set_object(std::wstring_view name, IDispatch* object) {
 PageFunction* Realm::prepare(const language::Program& program) {
   const Watchdog::Quiet quiet(engine_.watchdog());
   reports_.begin_run();
-  PageFunction* const page = &program == page_.get() ? world_->page_of(program) : nullptr;
+  PageFunction* const page = &program == page_.get() ? world_->page_of(page_) : nullptr;
   globals_.set_page(page);
   reports_.set_opening(page ? &program : nullptr, page ? page->opening_length() : 0);
-  world_->begin(program, globals_.response(), globals_.server_object());
+  world_->begin(program, page, globals_.response(), globals_.server_object());
   calls_.limit_collecting();
   return page;
 }

@@ -67,6 +67,19 @@ TEST(PageScope, KnowsWhichPagesMayHideSomething) {
   }
 }
 
+TEST(PageScope, KnowsWhichPagesCannotSeeTheGlobalObject) {
+  for (const wchar_t* text : {L"", L"var a = 1; function f() {}", L"x = 1", L"let a; class C {}", L"a.thisOne",
+                              L"'use strict'; var a", L"// this", L"a = 'is this it?'", L"Object.keys(a)"}) {
+    EXPECT_TRUE(scope_of(text).may_share_world) << korlib::to_utf8(text);
+  }
+  for (const wchar_t* text :
+       {L"this.a", L"f(this)", L"function f() { return this }", L"() => this", L"`${this}`", L"globalThis",
+        L"a.globalThis", L"a['globalThis']", L"({ m() { super.x = 1 } })", L"var v = o.valueOf; v()", L"o['valueOf']",
+        L"eval('a')", L"var O = Object", L"f.constructor", L"Symbol('a')", L"a.__proto__"}) {
+    EXPECT_FALSE(scope_of(text).may_share_world) << korlib::to_utf8(text);
+  }
+}
+
 TEST(PageScope, FindsWhatMayBeLexicalNames) {
   const auto names = [](std::wstring_view text) {
     std::u16string all;

@@ -77,16 +77,16 @@ bool Prelude::has_own_name(JSObjectRef object, const JsString& name) const {
   return answer && JSValueToBoolean(context_, answer);
 }
 
-void Prelude::begin(JSValueRef response, JSValueRef server, bool is_other_program) const {
+void Prelude::begin(JSValueRef response, JSValueRef server, JSValueRef literals) const {
   JSValueRef undefined = JSValueMakeUndefined(context_);
   JSValueRef arguments[] = {response ? response : undefined, server ? server : undefined,
-                            JSValueMakeBoolean(context_, is_other_program)};
+                            literals ? literals : undefined};
   state_[0] = 0;
   JSObjectCallAsFunction(context_, begin_, nullptr, 3, arguments, nullptr);
 }
 
 void Prelude::end() const {
-  if (state_[2] != 0) begin(nullptr, nullptr, false);
+  if (state_[2] != 0) begin(nullptr, nullptr, nullptr);
 }
 
 JSValueRef Prelude::take_text() const {

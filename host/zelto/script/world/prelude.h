@@ -37,9 +37,10 @@ class Prelude {
   bool has_own_name(JSObjectRef object, const JsString& name) const;
   // --- page text, which the script collects
 
-  // Before a program runs: the objects that are called Response and Server, null for none, and whether it is another
-  // program than the one before.
-  void begin(JSValueRef response, JSValueRef server, bool is_other_program) const;
+  // Before a program runs: the objects that are called Response and Server, null for none, and where its pieces of page
+  // text are kept that it has had: an object without a prototype, the script's null for a new one, null for that of the
+  // program before.
+  void begin(JSValueRef response, JSValueRef server, JSValueRef literals) const;
   // Once it has ended: forgets what it has left here.
   void end() const;
   // How much may be collected before the script hands it over, in units of UTF-16; -1 for nothing at all.

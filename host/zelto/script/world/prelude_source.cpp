@@ -266,14 +266,14 @@ const { for: shared_symbol, keyFor: key_of_symbol } = {
 define(Symbol, "for", shared_symbol);
 define(Symbol, "keyFor", key_of_symbol);
 
-const begin = (new_response, new_server, is_other_program) => {
+const begin = (new_response, new_server, new_literals) => {
   response = new_response;
   server = new_server;
   text = "";
   state[2] = 0;
   forget_symbols();
   forget_methods();
-  if (is_other_program) literals = { __proto__: null };
+  if (new_literals !== undefined) literals = new_literals ?? { __proto__: null };
 };
 const take = () => {
   const taken = text;

@@ -1,6 +1,7 @@
 #include "script/world/world.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "script/automation_object.h"
@@ -43,7 +44,8 @@ AutomationObject* World::set_host(std::u16string_view name) {
   auto host = std::ranges::find(hosts_, name, &Host::name);
   if (host == hosts_.end()) {
     host = hosts_.insert(host, Host{.name = std::u16string(name)});
-    has_other_hosts_ |= page_ != nullptr;
+    has_other_hosts_ |= surroundings_ != nullptr;
+    host_names_.append(name) += u' ';
   }
   host->is_set = true;
   return host->object;
@@ -74,21 +76,65 @@ void World::keep_hosts() {
   }
 }
 
-PageFunction* World::page_of(const language::Program& program) {
-  if (page_) drop_missing_hosts();
-  if (page_ || !is_kept_) return page_.get();
+bool World::prepare(const DeclaredNames& declared) {
   JSScriptRef source = engine_.built_ins();
-  if (!source) return nullptr;
+  if (!source) return false;
   built_ins_ = std::make_unique<BuiltIns>(source, context());
   keep_hosts();
-  PageFunction::Names names;
-  for (const Host& host : hosts_) names.push_back(host.name);
-  page_ = PageFunction::make(engine_, context(), program, {names, built_ins_->rest_check()});
-  return page_.get();
+  Names hosts;
+  for (const Host& host : hosts_) hosts.push_back(host.name);
+  surroundings_ = std::make_unique<Surroundings>(context(), use_ == Use::own ? declared.properties : Names(), hosts,
+                                                 built_ins_->rest_check());
+  return true;
 }
 
-void World::begin(const language::Program& program, JSValueRef response, JSValueRef server) {
-  prelude_->begin(response, server, std::exchange(last_program_, &program) != &program);
+PageFunction* World::function_of(const ProgramPtr& program) {
+  const Watchdog::Quiet quiet(engine_.watchdog());
+  const auto known = std::ranges::find(pages_, program.get(), &Page::key);
+  if (known != pages_.end()) return known->function.get();
+  const std::optional<DeclaredNames> declared = DeclaredNames::of(engine_, *program);
+  if (!declared || !declared->are_free(context()) || (!surroundings_ && !prepare(*declared))) return nullptr;
+  std::unique_ptr<PageFunction> made = PageFunction::make(engine_, context(), *surroundings_, *program, *declared);
+  if (!made) return nullptr;
+  pages_.push_back({program, program.get(), std::move(made)});
+  return pages_.back().function.get();
+}
+
+PageFunction* World::page_of(const ProgramPtr& program) {
+  if (surroundings_) drop_missing_hosts();
+  page_ = use_ == Use::once ? nullptr : function_of(program);
+  return page_;
+}
+
+bool World::has(const ProgramPtr& program) const noexcept {
+  return std::ranges::any_of(pages_,
+                             [&](const Page& one) { return one.key == program.get() && !one.program.expired(); });
+}
+
+std::vector<const language::Program*> World::programs() const {
+  std::vector<const language::Program*> all;
+  for (const Page& one : pages_) all.push_back(one.key);
+  return all;
+}
+
+template <class Test>
+void World::drop_if(Test test) noexcept {
+  page_ = nullptr;
+  std::erase_if(pages_, test);
+}
+
+void World::drop(const language::Program* program) noexcept {
+  drop_if([&](const Page& one) { return one.key == program; });
+}
+
+void World::drop_ended() noexcept {
+  drop_if([](const Page& one) { return one.program.expired(); });
+}
+
+void World::begin(const language::Program& program, const PageFunction* page, JSValueRef response, JSValueRef server) {
+  const bool is_other = std::exchange(last_program_, page ? nullptr : &program) != &program;
+  JSValueRef literals = page ? page->literals() : is_other ? JSValueMakeNull(context()) : nullptr;
+  prelude_->begin(response, server, literals);
 }
 
 bool World::restore() {
@@ -100,7 +146,7 @@ bool World::restore() {
     if (!host.structure.is_kept() || (host.object && !host.object->are_members_kept())) return false;
   }
   if (!built_ins_->are_structures_kept()) return false;
-  PageFunction::Left left = page_->restore();
+  Surroundings::Left left = page_->restore();
   undeclared_ = std::move(left.undeclared);
   return left.nothing && built_ins_->are_structures_kept() && built_ins_->are_slots_kept();
 }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "script/jsc.h"
@@ -16,10 +17,13 @@ namespace zelto::script {
 class AutomationObject;
 class Engine;
 
-// Most last for one page. One that is kept belongs to a program, which runs in it as a function: what the page declares
-// goes with each call, and what else it does to the world is looked for afterwards.
+// Most last for one page. Programs run in one that is kept as functions: what a page declares goes with each call, and
+// what else it does to the world is looked for afterwards. One that is kept belongs to a program, or is shared by many
+// that cannot tell (PageScope::may_share_world).
 class World {
  public:
+  using ProgramPtr = std::shared_ptr<const language::Program>;
+
   explicit World(Engine& engine);
   ~World();
   World(const World&) = delete;
@@ -28,9 +32,11 @@ class World {
   JSGlobalContextRef context() const noexcept { return context_.get(); }
   const Prelude& prelude() const noexcept { return *prelude_; }
 
-  // Before anything runs: the program that does is the only one.
-  void set_kept() noexcept { is_kept_ = true; }
-  bool is_kept() const noexcept { return is_kept_; }
+  // What becomes of it when a page has ended.
+  enum class Use { once, own, shared };
+  // Before anything runs.
+  void set_use(Use use) noexcept { use_ = use; }
+  Use use() const noexcept { return use_; }
 
   // A name of the host's in the global object, whose wrapper stays there from page to page. It belongs to the script.
   struct Host {
@@ -43,30 +49,52 @@ class World {
   // The name is set for the page that is about to run; where the wrapper of an earlier page can stand for its object,
   // that one.
   AutomationObject* set_host(std::u16string_view name);
+  // The names that the host has set, one after the other.
+  const std::u16string& host_names() const noexcept { return host_names_; }
+  std::u16string take_host_names() noexcept { return std::move(host_names_); }
+
   // Of a world that is kept: the program as a function, made when it first runs, with the host's names in place. Null
   // when it cannot be one: it may still run here, once.
-  PageFunction* page_of(const language::Program& program);
-  PageFunction* page() const noexcept { return page_.get(); }
+  PageFunction* page_of(const ProgramPtr& program);
+  PageFunction* page() const noexcept { return page_; }
 
-  // Before a program runs, with the objects that it knows as Response and Server.
-  void begin(const language::Program& program, JSValueRef response, JSValueRef server);
+  // Of one that is shared, and that a page has run in. Makes the program a function beside the others; false when it
+  // cannot be one.
+  bool add(const ProgramPtr& program) { return function_of(program) != nullptr; }
+  bool has(const ProgramPtr& program) const noexcept;
+  std::vector<const language::Program*> programs() const;
+  // Of one program, or of those that nobody will run again.
+  void drop(const language::Program* program) noexcept;
+  void drop_ended() noexcept;
+
+  // Before a program runs, as a function or as a script, with the objects that it knows as Response and Server.
+  void begin(const language::Program& program, const PageFunction* page, JSValueRef response, JSValueRef server);
 
   // Of a world whose page has ended, until it is looked at: for Worlds.
   struct Ended {
-    std::shared_ptr<const language::Program> program;
+    ProgramPtr program;
     bool whole = false;
     std::unique_ptr<World> next;
   };
   Ended ended;
 
-  // The names that the host has set are no longer those for which the page was prepared: this is its last one.
+  // The names that the host has set are no longer those for which the world was prepared: this page is its last one.
   bool has_other_hosts() const noexcept { return has_other_hosts_; }
   // Once the page has ended: false when it left anything behind that the next one could see.
   bool restore();
-  // What that has removed: see PageFunction::Left.
+  // What that has removed: see PageFunction::restore().
   const JsString& undeclared() const noexcept { return undeclared_; }
 
  private:
+  struct Page {
+    std::weak_ptr<const language::Program> program;
+    const language::Program* key;
+    std::unique_ptr<PageFunction> function;
+  };
+  PageFunction* function_of(const ProgramPtr& program);
+  bool prepare(const DeclaredNames& declared);
+  template <class Test>
+  void drop_if(Test test) noexcept;
   void keep_hosts();
   void drop_missing_hosts();
 
@@ -80,11 +108,14 @@ class World {
   std::unique_ptr<Prelude> prelude_;
   std::vector<Host> hosts_;
   std::unique_ptr<BuiltIns> built_ins_;
-  std::unique_ptr<PageFunction> page_;
+  std::u16string host_names_;
+  std::unique_ptr<Surroundings> surroundings_;
+  std::vector<Page> pages_;
+  PageFunction* page_ = nullptr;  // the one that runs, or ran last
   JsString undeclared_;
-  bool is_kept_ = false;
+  Use use_ = Use::once;
   bool has_other_hosts_ = false;
-  const language::Program* last_program_ = nullptr;
+  const language::Program* last_program_ = nullptr;  // that ran as a script
 };
 
 }  // namespace zelto::script

@@ -11,7 +11,11 @@ namespace zelto::script {
 namespace {
 
 // Each takes some 1.3 MB with what the engine compiles for it.
-constexpr std::ptrdiff_t kMostWorlds = 32;
+constexpr std::ptrdiff_t kMostWorlds = 28;
+// Two suffice, for pages with a session and without one; pages that execute others need more at a time.
+constexpr std::ptrdiff_t kMostShared = 4;
+// That each of these has functions of.
+constexpr std::size_t kMostPages = 32;
 // After so many requests what came before counts half.
 constexpr std::uint64_t kSweepEvery = 4096;
 // How often a page that has changed its world gets a fresh one before it may try again: twice as often each time.
@@ -27,17 +31,67 @@ std::unique_ptr<World> Worlds::take(const ProgramPtr& program) {
   if (entry.program.lock() != program) {
     entry = Entry();
     entry.program = program;
+    entry.may_share = program->scope.may_share_world;
   }
   ++entry.taken;
   if (entry.world) return std::move(entry.world);
-  auto world = std::make_unique<World>(engine_);
   if (entry.fresh_for > 0) {
     --entry.fresh_for;
+  } else if (entry.may_share) {
+    if (entry.taken > 1 && !entry.is_sharing) return take_shared(program, entry);
   } else if (may_keep(entry)) {
-    world->set_kept();
+    auto world = std::make_unique<World>(engine_);
+    world->set_use(World::Use::own);
     entry.is_kept = true;
+    return world;
   }
+  return std::make_unique<World>(engine_);
+}
+
+// One that has the page's function, if there is one, so that not each gets one.
+std::unique_ptr<World> Worlds::take_shared(const ProgramPtr& program, Entry& entry) {
+  const auto is_fit = [&](const auto& one) { return one->host_names() == entry.host_names; };
+  auto found = std::ranges::find_if(shared_, [&](const auto& one) { return is_fit(one) && one->has(program); });
+  if (found == shared_.end()) {
+    found = std::ranges::find_if(shared_, is_fit);
+    if (found == shared_.end()) return make_shared_world(entry);
+    if (!make_room(**found, entry)) return std::make_unique<World>(engine_);
+    if (!(*found)->add(program)) {
+      entry.fresh_for = std::numeric_limits<std::uint32_t>::max();
+      return std::make_unique<World>(engine_);
+    }
+  }
+  std::unique_ptr<World> world = std::move(*found);
+  shared_.erase(found);
+  entry.is_sharing = true;
   return world;
+}
+
+// The one that was used longest ago gives way, which is for other names of the host's.
+std::unique_ptr<World> Worlds::make_shared_world(Entry& entry) {
+  auto world = std::make_unique<World>(engine_);
+  if (shared_count_ == kMostShared) {
+    if (shared_.empty()) return world;
+    shared_.erase(shared_.begin());
+    --shared_count_;
+  }
+  shared_.reserve(kMostShared);
+  world->set_use(World::Use::shared);
+  ++shared_count_;
+  entry.is_sharing = true;
+  return world;
+}
+
+// Of the pages that have a function there, the one that came least gives way to one that came more.
+bool Worlds::make_room(World& world, const Entry& entry) {
+  world.drop_ended();
+  const std::vector<const language::Program*> programs = world.programs();
+  if (programs.size() < kMostPages) return true;
+  const auto taken = [&](const language::Program* program) { return entries_[program].taken; };
+  const language::Program* const least = *std::ranges::min_element(programs, {}, taken);
+  if (taken(least) >= entry.taken) return false;
+  world.drop(least);
+  return true;
 }
 
 // Of those that are not used, the one that came least gives way to one that came more.
@@ -60,7 +114,10 @@ Worlds::Entry* Worlds::find(const ProgramPtr& program) {
 }
 
 void Worlds::give_back(std::unique_ptr<World> world, ProgramPtr program, bool whole) noexcept {
-  if (!world->is_kept()) return;
+  if (world->use() == World::Use::once) {
+    if (Entry* const entry = find(program)) entry->host_names = world->take_host_names();
+    return;
+  }
   world->ended = {std::move(program), whole, std::move(waiting_)};
   waiting_ = std::move(world);
   if (engine_.watchdog().is_running()) return;
@@ -71,19 +128,26 @@ void Worlds::give_back(std::unique_ptr<World> world, ProgramPtr program, bool wh
 }
 
 void Worlds::settle(std::unique_ptr<World> ended) noexcept {
+  const bool is_shared = ended->use() == World::Use::shared;
   const bool could_run = ended->page() != nullptr;
   const bool whole = ended->ended.whole;
   const bool has_other_hosts = ended->has_other_hosts();
   const bool is_as_before = could_run && whole && ended->restore();
   const ProgramPtr program = std::exchange(ended->ended.program, nullptr);
   Entry* const entry = find(program);
-  if (!entry) return;
+  if (entry && is_shared) entry->is_sharing = false;
   if (is_as_before) {
     tell(*ended, program->url);
-    entry->world = std::move(ended);
+    if (is_shared)
+      shared_.push_back(std::move(ended));
+    else if (entry)
+      entry->world = std::move(ended);
     return;
   }
+  if (is_shared) --shared_count_;
+  if (!entry) return;
   entry->is_kept = false;
+  entry->may_share = false;
   if (!could_run) {
     entry->fresh_for = std::numeric_limits<std::uint32_t>::max();
   } else if (whole && !has_other_hosts) {
@@ -103,12 +167,14 @@ void Worlds::tell(const World& world, const std::string& url) const noexcept {
 }
 
 void Worlds::sweep() {
+  for (const std::unique_ptr<World>& world : shared_) world->drop_ended();
   std::erase_if(entries_, [](const auto& one) { return one.second.program.expired(); });
   for (auto& [key, one] : entries_) one.taken /= 2;
 }
 
 void Worlds::clear() {
   waiting_.reset();
+  shared_.clear();
   entries_.clear();
 }
 
