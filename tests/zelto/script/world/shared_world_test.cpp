@@ -82,6 +82,8 @@ TEST_F(SharedWorld, ShowsNothingOfAnotherPage) {
            {L"var s = Symbol.for('k'); Array.prototype[s] = 1", L"Response.Write(typeof [][Symbol.for('k')])",
             "undefined"},
            {L"Promise.resolve().then(function () { late = 1 })", L"Response.Write(typeof late)", "undefined"},
+           {L"Promise.resolve().then(function () { late = 1 }); Response.End()", L"Response.Write(typeof late)",
+            "undefined"},
            {L"throw new Error('x')", L"missing()", " ReferenceError: Can't find variable: missing at /site/b.asp:1"},
            {L"return", L"Response.Write(1)", "1"},
            {L"var Response", L"Response.Write(1)", "1"},
