@@ -15,7 +15,7 @@ constexpr std::ptrdiff_t kMostWorlds = 28;
 // Two suffice, for pages with a session and without one; pages that execute others need more at a time.
 constexpr std::ptrdiff_t kMostShared = 4;
 // That each of these has functions of.
-constexpr std::size_t kMostPages = 32;
+constexpr std::size_t kMostPages = 128;
 // After so many requests what came before counts half.
 constexpr std::uint64_t kSweepEvery = 4096;
 // How often a page that has changed its world gets a fresh one before it may try again: twice as often each time.

@@ -183,9 +183,9 @@ TEST_F(KeptWorld, IsThePagesOwn) {
 
 TEST_F(KeptWorld, HasRoomForTheBusiestPages) {
   std::vector<ProgramPtr> pages;
-  for (int i = 0; i < 100; ++i) pages.push_back(page_of(L"var n = " + std::to_wstring(i) + L"; Response.Write(n)"));
+  for (int i = 0; i < 200; ++i) pages.push_back(page_of(L"var n = " + std::to_wstring(i) + L"; Response.Write(n)"));
   for (int round = 0; round < 4; ++round) {
-    for (int i = 0; i < 100; ++i) EXPECT_EQ(std::to_string(i), ask(pages[static_cast<std::size_t>(i)]));
+    for (int i = 0; i < 200; ++i) EXPECT_EQ(std::to_string(i), ask(pages[static_cast<std::size_t>(i)]));
   }
 }
 
