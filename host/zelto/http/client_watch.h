@@ -23,6 +23,10 @@ class ClientWatch {
   // Before a worker gets the request; `has_sent_more` when some of the next one has been read already. `owner` holds
   // this object, and is kept alive until the client sends something or is gone.
   void begin(const std::shared_ptr<void>& owner, bool has_sent_more);
+  // The same of a client that is not watched: what it does meanwhile nobody hears.
+  void forgo() { has_come_ = true; }
+  // Whether the client may be gone; false is certain but for what the loop is just about to hear. Of any thread.
+  bool may_have_gone() const { return has_come_; }
   // By the worker, of an answer that the client has been sent to its end.
   void leave(Mailbox::Letter letter) { mailbox_.leave(std::move(letter), has_come_); }
   // At what has been left.

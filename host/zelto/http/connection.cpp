@@ -38,15 +38,9 @@ Connection::Connection(Socket socket, Mailbox& mailbox, Terms terms, ConnectionS
       sink_(queue_),
       sender_(socket_, queue_, deadline_, limits(), [this] { on_sent(); }),
       watch_(socket_, mailbox, [this] { guarded([this] { read_next(); }); }),
-      job_(shared.pool, reader_, sink_, shared.report, [this, &mailbox] { hand_back(mailbox); }) {}
+      job_(shared.pool, reader_, sink_, watch_, shared.report, [this, &mailbox] { hand_back(mailbox); }) {}
 
 Connection::~Connection() { shared_.table.remove(this); }
-
-void Connection::start() { post(&Connection::begin); }
-void Connection::turn_away() { post(&Connection::answer_too_many); }
-void Connection::give_way() { post(&Connection::close_unless_answering); }
-void Connection::close_when_idle() { post(&Connection::close_soon); }
-void Connection::abort() { post(&Connection::end_at_once); }
 
 void Connection::begin() {
   if (shared_.stopping) return close();
@@ -80,6 +74,14 @@ void Connection::end_at_once() {
 }
 
 // --- receiving
+
+// The client has sent something, mostly a whole request. To read it at once spares the loop a round.
+void Connection::read_next() {
+  if (phase_ != Phase::idle) return;
+  const auto room = reader_.room(kReadSize);
+  reader_.received(receive_now(socket_, room));
+  read_head();
+}
 
 void Connection::receive(Step next) {
   const auto room = reader_.room(phase_ == Phase::body ? kBodyReadSize : kReadSize);
@@ -208,7 +210,7 @@ void Connection::submit() {
   request.local_port = ends_.local_port;
   request.secure = came_encrypted(request, terms_->trusted_proxies);
   prepare_sink(!last_ && !unread_input_, limits().send_timeout);
-  if (!sink_.must_close()) watch_.begin(shared_from_this(), reader_.has_begun());
+  sink_.must_close() ? watch_.forgo() : watch_.begin(shared_from_this(), reader_.has_begun());
   switch (job_.submit(shared_from_this(), turn_, socket_.native_handle())) {
     case WorkerPool::Submitted::queued:
       return;
@@ -342,7 +344,5 @@ void Connection::on_timeout() {
   timed_out_ = true;
   socket_.cancel();  // whatever waits for the client now fails
 }
-
-bool Connection::is_idle() const { return phase_ == Phase::idle || (phase_ == Phase::head && !reader_.has_begun()); }
 
 }  // namespace zelto

@@ -60,11 +60,13 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   Connection& operator=(const Connection&) = delete;
 
   // These may be called from any thread.
-  void start();
-  void turn_away();  // the server has too many connections: says so and closes
-  void give_way();   // to another connection, unless a request has begun meanwhile
-  void close_when_idle();
-  void abort();
+  void start() { post(&Connection::begin); }
+  // The server has too many connections: says so and closes.
+  void turn_away() { post(&Connection::answer_too_many); }
+  // To another connection, unless a request has begun meanwhile.
+  void give_way() { post(&Connection::close_unless_answering); }
+  void close_when_idle() { post(&Connection::close_soon); }
+  void abort() { post(&Connection::end_at_once); }
 
  private:
   using Error = boost::system::error_code;
@@ -116,9 +118,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   void log_answer(bool is_last = true);
   void cut_off();
   void next_request();
-  void read_next() {
-    if (phase_ == Phase::idle) read_head();
-  }
+  void read_next();
   void drain();
   void drain_more();
   void close();
@@ -126,7 +126,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
 
   void arm(Duration duration) { deadline_.arm(duration, shared_from_this()); }
   void on_timeout();
-  bool is_idle() const;
+  bool is_idle() const { return phase_ == Phase::idle || (phase_ == Phase::head && !reader_.has_begun()); }
   const HttpLimits& limits() const { return terms_->limits; }
 
   Socket socket_;

@@ -30,7 +30,7 @@ bool PageJob::withdraw() {
 
 void PageJob::run(Worker& worker) {
   try {
-    if (has_gone(socket_))
+    if (watch_.may_have_gone() && has_gone(socket_))
       sink_.abandon();
     else
       handle(worker);

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "http/client_watch.h"
 #include "http/request_reader.h"
 #include "http/socket_sink.h"
 #include "http/worker_pool.h"
@@ -17,9 +18,14 @@ class PageJob final : public Job {
  public:
   // `report` is called with a line for the log, and `on_done` when the worker has written what it could, both by the
   // worker's thread.
-  PageJob(WorkerPool& pool, RequestReader& reader, SocketSink& sink, std::function<void(std::string_view)> report,
-          std::function<void()> on_done)
-      : pool_(pool), reader_(reader), sink_(sink), report_(std::move(report)), on_done_(std::move(on_done)) {}
+  PageJob(WorkerPool& pool, RequestReader& reader, SocketSink& sink, const ClientWatch& watch,
+          std::function<void(std::string_view)> report, std::function<void()> on_done)
+      : pool_(pool),
+        reader_(reader),
+        sink_(sink),
+        watch_(watch),
+        report_(std::move(report)),
+        on_done_(std::move(on_done)) {}
 
   // The request has been read, and the sink begun on that socket. `owner` holds this job and is kept alive until it is
   // done, withdrawn or dropped by a pool that stops.
@@ -39,6 +45,7 @@ class PageJob final : public Job {
   WorkerPool& pool_;
   RequestReader& reader_;
   SocketSink& sink_;
+  const ClientWatch& watch_;
   const std::function<void(std::string_view)> report_;
   const std::function<void()> on_done_;
   std::string turn_;

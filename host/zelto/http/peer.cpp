@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstddef>
 
 namespace zelto {
 
@@ -17,6 +16,11 @@ Ends ends_of(const Socket& socket) {
   const auto local = socket.local_endpoint(error);
   if (error) return {};
   return {remote.address().to_string(), local.address().to_string(), remote.port(), local.port()};
+}
+
+std::size_t receive_now(Socket& socket, std::span<char> room) {
+  const ssize_t count = ::recv(socket.native_handle(), room.data(), room.size(), MSG_DONTWAIT);
+  return count > 0 ? static_cast<std::size_t>(count) : 0;
 }
 
 bool has_gone(int socket) {

@@ -3,7 +3,9 @@
 
 #include <boost/asio/basic_stream_socket.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "http/io_loop.h"
@@ -21,6 +23,9 @@ struct Ends {
 };
 Ends ends_of(const Socket& socket);
 
+// What has come by now, as far as there is room for it: how much that is. 0 as well when it cannot be read, which
+// whoever waits for more finds out.
+std::size_t receive_now(Socket& socket, std::span<char> room);
 // Whether the client has ended the connection as a whole. One that has only closed its side waits for its answer. May
 // be called by any thread.
 bool has_gone(int socket);
