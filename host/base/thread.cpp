@@ -1,5 +1,6 @@
 #include "base/thread.h"
 
+#include <sched.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -103,6 +104,11 @@ void run_on_thread(std::size_t stack_bytes, const std::function<void()>& body) {
     });
   }
   if (thrown) std::rethrow_exception(thrown);
+}
+
+void wake_without_interrupting() noexcept {
+  const sched_param unused{};
+  ::sched_setscheduler(0, SCHED_BATCH, &unused);
 }
 
 bool wait_unless_stopped(const std::stop_token& stop, std::chrono::milliseconds time) {

@@ -1,5 +1,5 @@
 // Threads: one with a stack of a given size, which those of the standard library cannot have, pauses that end early,
-// and how deep the calling one may still go.
+// how the calling one is woken, and how deep it may still go.
 #pragma once
 
 #include <pthread.h>
@@ -29,6 +29,12 @@ class Thread {
 
 // Runs `body` on a thread of its own with that much stack, and waits for it. What it throws is thrown here.
 void run_on_thread(std::size_t stack_bytes, const std::function<void()>& body);
+
+// From now on the calling thread does not interrupt another one when it is woken, nor do those that it starts: it has
+// its turn once a processor is free, or at the end of the other's. Where threads hand much to each other on one
+// processor, each then finds more to do at once, and the processor changes between them less often. A system that
+// refuses leaves the thread as it is.
+void wake_without_interrupting() noexcept;
 
 // Waits. True once the time is over, false as soon as the thread is asked to stop.
 bool wait_unless_stopped(const std::stop_token& stop, std::chrono::milliseconds time);

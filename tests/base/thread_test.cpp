@@ -1,6 +1,7 @@
 #include "base/thread.h"
 // The header stands alone when it is included first.
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -101,6 +102,19 @@ TEST(StackRoom, IsNotThatOfAnotherThreadThatHasEnded) {
   std::size_t room = 0;
   base::run_on_thread(kStack / 2, [&] { room = base::stack_room(); });
   EXPECT_GT(kStack / 2, room);
+}
+
+TEST(Waking, InterruptsNobodyOnceAThreadHasSaidSo) {
+  int own = -1;
+  int of_its_thread = -1;
+  base::run_on_thread(kStack, [&] {
+    base::wake_without_interrupting();
+    own = ::sched_getscheduler(0);
+    base::run_on_thread(kStack, [&] { of_its_thread = ::sched_getscheduler(0); });
+  });
+  EXPECT_EQ(SCHED_BATCH, own);
+  EXPECT_EQ(SCHED_BATCH, of_its_thread);
+  EXPECT_EQ(SCHED_OTHER, ::sched_getscheduler(0)) << "of the thread that began it";
 }
 
 }  // namespace

@@ -3,12 +3,15 @@
 #include <exception>
 #include <utility>
 
+#include "base/thread.h"
+
 namespace zelto {
 
 void IoLoop::start(std::function<void()> on_begin, std::function<void(std::string_view)> on_failure,
                    std::function<void()> on_end) {
   thread_ = std::jthread(
       [this, on_begin = std::move(on_begin), on_failure = std::move(on_failure), on_end = std::move(on_end)] {
+        base::wake_without_interrupting();
         run(on_begin, on_failure);
         on_end();
       });

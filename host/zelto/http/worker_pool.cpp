@@ -149,6 +149,7 @@ void WorkerPool::stop() {
 }
 
 void WorkerPool::run(unsigned number) {
+  base::wake_without_interrupting();
   std::unique_ptr<Worker> worker;
   std::exception_ptr failure;
   try {
