@@ -1,7 +1,10 @@
 #include "http/access_lines.h"
 
-#include <boost/asio/post.hpp>
+#include <chrono>
 #include <climits>
+#include <memory>
+
+#include "http/deadline.h"
 
 namespace zelto {
 
@@ -16,12 +19,18 @@ void AccessLines::add(const AccessRecord& record) {
   }
   ++count_;
   if (lines_.size() > PIPE_BUF && before > 0) hand_on(before, count_ - 1);
-  if (is_posted_) return;
-  boost::asio::post(loop_, [this] {
-    is_posted_ = false;
+  if (!is_waiting_) wait();
+}
+
+// The timer lives as long as its handler: the loop, with which these go, may be gone before this object.
+void AccessLines::wait() {
+  constexpr std::chrono::milliseconds kSoon(10);
+  const auto timer = std::make_shared<Timer>(loop_, kSoon);
+  timer->async_wait([this, timer](const boost::system::error_code&) {
+    is_waiting_ = false;
     flush();
   });
-  is_posted_ = true;
+  is_waiting_ = true;
 }
 
 void AccessLines::flush() {

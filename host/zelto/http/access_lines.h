@@ -12,8 +12,8 @@
 
 namespace zelto {
 
-// Where many clients are answered in one round of the loop, a write for each line costs more than the rest of the log.
-// Everything happens on the loop.
+// Where many clients are answered, a write for each line, and a round of the loop to make it in, cost more than the
+// rest of the log. Everything happens on the loop.
 class AccessLines {
  public:
   // So many whole lines, each with its end: no more than other writers of a pipe leave in one piece.
@@ -21,19 +21,20 @@ class AccessLines {
 
   AccessLines(IoLoop::Executor loop, Take take) : loop_(std::move(loop)), take_(std::move(take)) {}
 
-  // Handed on when the handlers that are ready now have run, or before. Throws std::bad_alloc.
+  // Handed on in a hundredth of a second at the latest. Throws std::bad_alloc.
   void add(const AccessRecord& record);
   // Hands on what there is.
   void flush();
 
  private:
+  void wait();
   void hand_on(std::size_t bytes, std::size_t count);
 
   const IoLoop::Executor loop_;
   const Take take_;
   std::string lines_;
   std::size_t count_ = 0;
-  bool is_posted_ = false;
+  bool is_waiting_ = false;
 };
 
 }  // namespace zelto

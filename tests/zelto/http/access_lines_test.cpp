@@ -47,8 +47,10 @@ class AccessLinesTest : public testing::Test {
                     }};
 };
 
-TEST_F(AccessLinesTest, HandsOnWhatWasAnsweredInOneRound) {
+TEST_F(AccessLinesTest, HandsOnTogetherWhatWasAnsweredInSomeRounds) {
   answer("one");
+  io.poll();
+  EXPECT_TRUE(calls.empty());
   answer("two");
   io.run();
   ASSERT_EQ(1u, calls.size());
