@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include <korlib_host/file_look.h>
 #include <korlib_host/results.h>
 
 #include "classes/files.h"
@@ -66,6 +67,7 @@ HRESULT FileSystem::FileExists(BSTR path, VARIANT_BOOL* exists) {
 
 HRESULT FileSystem::DeleteFile(BSTR path, VARIANT_BOOL) {
   return guarded(kSource, [&]() -> HRESULT {
+    korlib_host::forget_look();
     if (unlink(system_path(view_of(path)).c_str()) == 0) return S_OK;
     return raise_file_error(L"delete", view_of(path), errno, {kSource, kPermissionDenied, kFileNotFound});
   });

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include <korlib_host/errors.h>
+#include <korlib_host/file_look.h>
 #include <korlib_host/memory_limit.h>
 #include <korlib_host/unicode.h>
 
@@ -120,6 +121,7 @@ HRESULT load_file(std::wstring_view path, const FileFault& fault, base::GrowingB
 }
 
 HRESULT save_file(std::wstring_view path, std::string_view bytes, bool replace, const FileFault& fault) {
+  korlib_host::forget_look();
   const std::string file = system_path(path);
   int error = create_file(file, bytes);
   if (error == EEXIST && replace) error = replace_contents(file, bytes);

@@ -3,7 +3,10 @@
 #include <sys/stat.h>
 
 #include <new>
+#include <optional>
 #include <utility>
+
+#include <korlib_host/file_look.h>
 
 namespace korlib {
 namespace {
@@ -26,8 +29,9 @@ RecentFiles::Contents RecentFiles::find(const std::string& path) {
     if (found == files_.end()) return nullptr;
     file = found->second;
   }
-  struct stat now {};
-  return stat(path.c_str(), &now) == 0 && base::FileStamp::of(now) == file.stamp ? file.contents : nullptr;
+  std::optional<struct stat> now = korlib_host::take_look(path, korlib_host::LookFor::contents);
+  if (!now && stat(path.c_str(), &now.emplace()) != 0) return nullptr;
+  return base::FileStamp::of(*now) == file.stamp ? file.contents : nullptr;
 }
 
 void RecentFiles::keep(const std::string& path, const base::FileStamp& stamp, std::string_view bytes) {

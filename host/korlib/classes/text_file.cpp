@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include <korlib_host/file_look.h>
 #include <korlib_host/unicode.h>
 
 #include "classes/files.h"
@@ -31,6 +32,7 @@ HRESULT TextFile::open_to_read(std::wstring_view path) {
 }
 
 HRESULT TextFile::open_writer(std::wstring_view path, int flags) {
+  korlib_host::forget_look();
   path_ = path;
   file_ = base::FileDescriptor(open(system_path(path).c_str(), flags | O_WRONLY | O_CLOEXEC | O_NONBLOCK, 0666));
   if (!file_) return raise_file_error(L"write", path, errno, kFault);
@@ -59,6 +61,7 @@ HRESULT TextFile::write(std::wstring_view text, std::string_view line_end) {
 }
 
 HRESULT TextFile::flush() {
+  korlib_host::forget_look();
   const int error = base::write_all(file_.get(), unwritten_);
   unwritten_.clear();
   return error == 0 ? S_OK : raise_file_error(L"write", path_, error, kFault);

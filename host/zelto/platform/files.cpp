@@ -1,5 +1,6 @@
 // Files as the component looks at them, whose composed paths hold backslashes, and where its own file lies.
 #include <korlib/winapi.h>
+#include <korlib_host/file_look.h>
 #include <korlib_host/modules.h>
 
 #include <sys/stat.h>
@@ -7,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -42,13 +44,13 @@ struct Times {
 extern "C" HANDLE CreateFileW(const wchar_t* path, DWORD, DWORD, void*, DWORD, DWORD, HANDLE) try {
   if (!path) return invalid_handle();
   const std::string file = native_path(path);
-  struct stat status {};
-  if (::stat(file.c_str(), &status) != 0) {
+  std::optional<struct stat> status = korlib_host::take_look(file, korlib_host::LookFor::times);
+  if (!status && ::stat(file.c_str(), &status.emplace()) != 0) {
     // "gone/../list.html" is a file to PathCanonicalizeW, and so it is here. The system looks for "gone".
     const auto canonical = zelto::canonical_path(file);
-    if (!canonical || ::stat(canonical->c_str(), &status) != 0) return invalid_handle();
+    if (!canonical || ::stat(canonical->c_str(), &*status) != 0) return invalid_handle();
   }
-  return new Times{to_file_time(status.st_ctim), to_file_time(status.st_atim), to_file_time(status.st_mtim)};
+  return new Times{to_file_time(status->st_ctim), to_file_time(status->st_atim), to_file_time(status->st_mtim)};
 } catch (const std::bad_alloc&) {
   return invalid_handle();
 }

@@ -8,6 +8,8 @@
 #include <csignal>
 #include <thread>
 
+#include <korlib_host/file_look.h>
+
 #include "base/file_stamp.h"
 #include "korlib/classes/stream_fixture.h"
 #include "support/temporary_folder.h"
@@ -42,6 +44,28 @@ TEST_F(StreamFile, LoadsAFileOfNoBytes) {
   EXPECT_EQ(L"", text_of(call(object_, L"ReadText")));
   call(object_, L"WriteText", L"x");
   EXPECT_EQ(4, number(L"Size"));
+}
+
+// What a page has seen of a file just before it writes the file is no longer so.
+TEST_F(StreamFile, LoadsWhatThePageItselfHasWritten) {
+  const std::string path = folder_.write("a.txt", "old");
+  const auto load_text = [&] {
+    EXPECT_EQ(S_OK, load(folder_.wide("a.txt")).hr);
+    const Bytes bytes = contents();
+    return std::string(bytes.begin(), bytes.end());
+  };
+  struct stat seen {};
+  do {
+    std::this_thread::yield();
+    ASSERT_EQ(0, ::stat(path.c_str(), &seen));
+  } while (!base::FileStamp::of(seen).is_settled());
+  EXPECT_EQ("old", load_text());
+  korlib_host::leave_look(path, seen);
+  EXPECT_EQ("old", load_text());
+  korlib_host::leave_look(path, seen);
+  fill({'n', 'e', 'w'});
+  ASSERT_EQ(S_OK, call(object_, L"SaveToFile", folder_.wide("a.txt"), 2).hr);
+  EXPECT_EQ("new", load_text());
 }
 
 // What has been there for a while is not read again; any change of it is seen at once.

@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <thread>
 
+#include "base/file_stamp.h"
 #include "platform/canonical_path.h"
 #include "support/temporary_folder.h"
 #include "text/charset.h"
@@ -80,6 +82,65 @@ TEST_F(Paths, AreLookedAtOnceWhileTheyAreRemembered) {
     EXPECT_EQ(as_it_is("tp"), canonicalized(at("tp"))) << "another folder, with the beginning of its name";
   }
   EXPECT_EQ(as_it_is("other"), canonicalized(at("tpl"))) << "forgotten";
+}
+
+// Whatever takes a file's place between two requests is seen by the second.
+TEST_F(Paths, FindsTheLinkThatHasTakenAFilesPlace) {
+  file("tpl/f");
+  file("other/f");
+  const auto found_in_a_request = [&](const std::string& name) {
+    const zelto::PathMemory memory;
+    return canonicalized(at(name));
+  };
+  const auto settle = [&] {
+    struct stat status {};
+    do {
+      std::this_thread::yield();
+      ASSERT_EQ(0, ::stat(at("tpl/f").c_str(), &status));
+    } while (!base::FileStamp::of(status).is_settled());
+  };
+  settle();
+  EXPECT_EQ(zelto::to_wide(at("tpl/f")), found_in_a_request("tpl/f"));
+  EXPECT_EQ(zelto::to_wide(at("tpl/f")), found_in_a_request("tpl/f"));
+  fs::rename(at("tpl"), at("moved"));
+  fs::create_symlink("other", at("tpl"));
+  EXPECT_EQ(zelto::to_wide(at("other/f")), found_in_a_request("tpl/f"));
+  fs::remove(at("tpl"));
+  fs::rename(at("moved"), at("tpl"));
+  EXPECT_EQ(zelto::to_wide(at("tpl/f")), found_in_a_request("tpl/f"));
+  fs::rename(at("tpl/f"), at("outside"));
+  fs::create_symlink("../outside", at("tpl/f"));
+  EXPECT_EQ(zelto::to_wide(at("outside")), found_in_a_request("tpl/f")) << "the same file, moved away";
+}
+
+TEST_F(Paths, TellTheTimeThatWasSeenWithThePathOnceAndThenAnew) {
+  file("f");
+  const auto set_time = [&](time_t seconds) {
+    const timespec times[2] = {{seconds, 0}, {seconds, 0}};
+    ASSERT_EQ(0, ::utimensat(AT_FDCWD, at("f").c_str(), times, 0));
+  };
+  const auto told_time = [&] {
+    const HANDLE handle = CreateFileW(zelto::to_wide(at("f")).c_str(), 0, 0, nullptr, 0, 0, nullptr);
+    FILETIME write{};
+    EXPECT_TRUE(GetFileTime(handle, nullptr, nullptr, &write));
+    CloseHandle(handle);
+    return ticks(write) - ticks(timespec{});
+  };
+  constexpr std::uint64_t kSecond = 10'000'000;
+  set_time(1000);
+  {
+    const zelto::PathMemory memory;
+    canonicalized(at("f"));
+    set_time(2000);
+    EXPECT_EQ(1000 * kSecond, told_time()) << "no second call of the system";
+    EXPECT_EQ(2000 * kSecond, told_time());
+  }
+  {
+    const zelto::PathMemory memory;
+    canonicalized(at("f"));
+  }
+  set_time(3000);
+  EXPECT_EQ(3000 * kSecond, told_time()) << "in the next request";
 }
 
 TEST_F(Paths, FollowsLinksOfThePartThatExists) {
