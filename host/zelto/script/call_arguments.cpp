@@ -6,7 +6,8 @@
 
 namespace zelto::script {
 
-bool CallArguments::convert(Values& values, std::size_t count, const JSValueRef* given, JSValueRef* exception) {
+bool CallArguments::convert(Values& values, std::size_t count, const JSValueRef* given, JSValueRef* exception,
+                            RepeatedTexts::Loan* loan) {
   JSContextRef ctx = values.context();
   JSValueRef const undefined = JSValueMakeUndefined(ctx);  // always the same
   std::optional<EngineLock> lock;  // for the first that the engine is asked about, and all after it
@@ -22,7 +23,8 @@ bool CallArguments::convert(Values& values, std::size_t count, const JSValueRef*
       slot = korlib::omitted();
       continue;
     }
-    if (!lock && !values.is_repeated(given[i])) lock.emplace(ctx);
+    if (loan && loan->lend(given[i], &slot)) continue;
+    if (!lock) lock.emplace(ctx);
     if (!values.to_variant(given[i], &slot, exception)) return false;
   }
   return true;

@@ -19,7 +19,9 @@ class CallArguments {  // NOLINT(bugprone-exception-escape)
   // Nothing but the index of an element.
   void set_index(LONG index) { reversed_.assign(1, CComVariant(index)); }
   // From the script: undefined is an omitted argument. False with an exception when one has no form over there.
-  bool convert(Values& values, std::size_t count, const JSValueRef* given, JSValueRef* exception);
+  // Repeated texts are lent where there is a loan, which goes before these do, and these are then not moved.
+  bool convert(Values& values, std::size_t count, const JSValueRef* given, JSValueRef* exception,
+               RepeatedTexts::Loan* loan = nullptr);
 
   bool empty() const noexcept { return reversed_.empty(); }
   // Refers to these.

@@ -94,7 +94,8 @@ HRESULT ObjectCalls::invoke_once(IDispatch* object, DISPID id, WORD flags, DISPP
 JSValueRef ObjectCalls::call(const CallTarget& target, std::size_t count, const JSValueRef* values,
                              JSValueRef* exception) {
   CallArguments arguments;
-  if (!may_call(exception) || !arguments.convert(realm_.values(), count, values, exception)) return nullptr;
+  RepeatedTexts::Loan loan(realm_.values().texts());
+  if (!may_call(exception) || !arguments.convert(realm_.values(), count, values, exception, &loan)) return nullptr;
   JSValueRef value = call(target, arguments, exception);
   // Of what Server gives for one argument, only a created object is an object.
   if (value && target.object.get() == realm_.globals().server() && count == 1) note_kind(value, values[0]);

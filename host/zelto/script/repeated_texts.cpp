@@ -6,7 +6,7 @@ namespace zelto::script {
 
 void RepeatedTexts::note(JSValueRef string, BSTR text) {
   Entry& entry = entries_[place_of(string)];
-  if (std::exchange(entry.candidate, string) != string || SysStringLen(text) > kLongest) return;
+  if (std::exchange(entry.candidate, string) != string || SysStringLen(text) > kLongest || entry.loans > 0) return;
   CComBSTR copy(korlib::view_of(text));
   if (!copy.get()) return;
   JSValueProtect(idle_, string);
@@ -17,6 +17,7 @@ void RepeatedTexts::note(JSValueRef string, BSTR text) {
 
 void RepeatedTexts::clear() noexcept {
   for (Entry& entry : entries_) {
+    if (entry.loans > 0) continue;
     if (entry.value) JSValueUnprotect(idle_, entry.value);
     entry = {};
   }

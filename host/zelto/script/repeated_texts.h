@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include <korlib/combstr.h>
+#include <korlib/comvariant.h>
 
 #include "script/jsc.h"
 
@@ -27,6 +28,8 @@ class RepeatedTexts {
     const Entry& entry = entries_[place_of(value)];
     return entry.value == value ? entry.text.get() : nullptr;
   }
+  // What find() gives, as an argument that is not the caller's own: it stays here until it is taken back.
+  class Loan;
   // A string that has just been converted.
   void note(JSValueRef string, BSTR text);
   void clear() noexcept;
@@ -35,6 +38,7 @@ class RepeatedTexts {
   struct Entry {
     JSValueRef value = nullptr;  // protected
     CComBSTR text;
+    unsigned loans = 0;
     JSValueRef candidate = nullptr;  // the one that was noted last; only its address, which may be another's by now
   };
 
@@ -48,6 +52,43 @@ class RepeatedTexts {
 
   JSContextRef idle_;
   std::array<Entry, kEntries> entries_;
+};
+
+// The texts that are lent for the time of one call.
+class RepeatedTexts::Loan {
+ public:
+  explicit Loan(RepeatedTexts& owner) noexcept : owner_(owner) {}
+  // The arguments are empty then: they must not free what they do not own.
+  ~Loan() {
+    while (count_ > 0) {
+      auto& [argument, entry] = lent_[--count_];
+      argument->vt = VT_EMPTY;
+      --entry->loans;
+    }
+  }
+  Loan(const Loan&) = delete;
+  Loan& operator=(const Loan&) = delete;
+
+  // Into an argument that is empty and stays where it is. False for a value that is not repeated, and beyond a few.
+  bool lend(JSValueRef value, VARIANT* argument) noexcept {
+    Entry& entry = owner_.entries_[place_of(value)];
+    if (entry.value != value || count_ == lent_.size()) return false;
+    argument->vt = VT_BSTR;
+    argument->bstrVal = entry.text.get();
+    ++entry.loans;
+    lent_[count_++] = {argument, &entry};
+    return true;
+  }
+
+ private:
+  struct Lent {
+    VARIANT* argument;
+    Entry* entry;
+  };
+
+  RepeatedTexts& owner_;
+  std::array<Lent, 4> lent_;
+  std::size_t count_ = 0;
 };
 
 }  // namespace zelto::script

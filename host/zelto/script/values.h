@@ -30,8 +30,7 @@ class Values {
   JSContextRef context() const noexcept { return context_; }
   Errors& errors() const noexcept { return errors_; }
 
-  // Whether to_variant() answers without asking the engine.
-  bool is_repeated(JSValueRef value) const noexcept { return texts_.find(value) != nullptr; }
+  RepeatedTexts& texts() const noexcept { return texts_; }
   // *out is a value that is cleared first.
   bool to_variant(JSValueRef value, VARIANT* out, JSValueRef* exception);
   JSValueRef to_script(const VARIANT& value, JSValueRef* exception);

@@ -1,4 +1,6 @@
 // Calls as an automation object receives them, flag by flag.
+#include <functional>
+
 #include "support/still.h"
 #include "zelto/script/script_fixture.h"
 
@@ -25,6 +27,7 @@ class Recorder final : public StillDispatch<> {
                  UINT*) override {
     if (flags == DISPATCH_PROPERTYGET && id == method) return DISP_E_MEMBERNOTFOUND;
     if (flags == DISPATCH_PROPERTYGET && id == item) return DISP_E_BADPARAMCOUNT;
+    if (meanwhile) meanwhile(*params);
     Call call{id, flags, {}, params->cNamedArgs == 1 && params->rgdispidNamedArgs[0] == DISPID_PROPERTYPUT};
     for (UINT i = params->cArgs; i-- > 0;) call.arguments.emplace_back(params->rgvarg[i]);
     calls.push_back(std::move(call));
@@ -33,6 +36,7 @@ class Recorder final : public StillDispatch<> {
     return answer_code;
   }
 
+  std::function<void(const DISPPARAMS&)> meanwhile;  // called before anything is taken down
   std::vector<Call> calls;
   CComVariant answer;
   HRESULT answer_code = S_OK;
@@ -154,6 +158,40 @@ TEST_F(Calls, HandOverTextsThatComeAgainAsTheyAre) {
     ASSERT_EQ(VT_BSTR, given.vt);
     const std::wstring own = L"x" + std::to_wstring(i / 5);
     ASSERT_EQ(i % 5 == 4 ? std::wstring_view(own) : texts[i % 5], korlib::view_of(given.bstrVal)) << i;
+  }
+}
+
+TEST_F(Calls, KeepTheirTextsWhateverIsCalledMeanwhile) {
+  constexpr std::wstring_view kText = L"a text that comes again";
+  const auto run = [&] {
+    must_run(
+        L"var t = 'a text that comes again';"
+        L"function others() {"
+        L" for (var i = 100; i < 300; i++) { var u = 'another text, it is ' + i; for (var j = 0; j < 3; j++) "
+        L"r.Method(u) } }"
+        L"for (var i = 0; i < 5; i++) { r.Method(t); r.Method(t); r.Method(t); r.Method(t, others) }");
+  };
+  const auto call_function = [](const DISPPARAMS& params) {
+    if (params.cArgs < 2) return;
+    DISPPARAMS none{};
+    EXPECT_EQ(S_OK, params.rgvarg[0].pdispVal->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD,
+                                                      &none, nullptr, nullptr, nullptr));
+  };
+  const auto forget = [&](const DISPPARAMS& params) {
+    call_function(params);
+    if (params.cArgs == 2) engine.texts().clear();  // as when memory is short
+  };
+  for (const bool forgets : {false, true}) {
+    if (forgets)
+      recorder.meanwhile = forget;
+    else
+      recorder.meanwhile = call_function;
+    recorder.calls.clear();
+    run();
+    ASSERT_EQ(5U * (3 + 600 + 1), recorder.calls.size());
+    for (std::size_t at = 603; at < recorder.calls.size(); at += 604) {
+      EXPECT_EQ(kText, korlib::view_of(recorder.calls[at].arguments.at(0).bstrVal)) << at;
+    }
   }
 }
 
