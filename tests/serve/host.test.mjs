@@ -230,7 +230,8 @@ served('an error is told to nobody but the log, in one line', async (site) => {
   assert.equal(statusOf(answer), 500);
   assert.doesNotMatch(answer, /secret|fails\.asp/);
   const about = site.log.filter((line) => line.includes('secret') && !line.includes('GET '));
-  assert.deepEqual(about, ['/fails.asp:4: secret line (Error, 0x80004005)']);
+  const [, reference] = answer.match(/Reference: ([0-9a-f]{8})</);
+  assert.deepEqual(about, [`/fails.asp:4: secret line (Error, 0x80004005) [${reference}]`]);
   assert.match(site.log.find((line) => line.includes('GET /fails.asp')),
     /^127\.0\.0\.1 - - \[.*\] "GET \/fails\.asp\?text=secret%0aline HTTP\/1\.1" 500 \d+ "-" "-" \d+\.\d{3} noted$/);
 });

@@ -166,10 +166,8 @@ int run_command_line(int argc, const char* const* argv) {
       "      [--debug] [--no-supervisor]\n"
       "run PAGE [--site FOLDER] [--query TEXT] [--method NAME] [--debug]\n"
       "      [--header 'NAME: VALUE']… [--body FILE] [--include-headers] [--times NUMBER]\n"
-      "init FOLDER\n"
-      "check [SITE] [--json] [--strict]\n"
-      "help NAME\n"
-      "zelto SUBCOMMAND --help tells more; that of serve lists the keys of zelto.toml.\n\n"
+      "init FOLDER; check [SITE] [--json] [--strict]; help NAME\n"
+      "zelto SUBCOMMAND --help tells more; that of serve lists the keys of zelto.toml.\n"
       "Exit code: 0 done, 1 failed (of run: also a status from 400), 2 wrong use or\n"
       "zelto.toml, 3 serve has ended and something that its pages made was left over.");
   app.failure_message(failure_message);

@@ -241,7 +241,7 @@ AutomationObject::Function* AutomationObject::function(JSStringRef name) {
 void AutomationObject::remember_function(JSStringRef name, JSObjectRef function) {
   if (functions_.size() >= kMostFunctions) return;
   const ShortText text(name);
-  functions_.push_back({JsString(to_utf8(text.view()).c_str()), JSStringGetLength(name), function, 0});
+  functions_.push_back({JsString(text.view()), JSStringGetLength(name), function, 0});
 }
 
 void AutomationObject::add_member(JSObjectRef member) {

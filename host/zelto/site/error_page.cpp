@@ -20,7 +20,8 @@ constexpr std::size_t kNumberWidth = 7;  // of a line's number and the blanks af
 constexpr std::string_view kStyle =
     "body{font:16px/1.5 system-ui,sans-serif;margin:2rem auto;max-width:60rem;padding:0 1rem;color:#222}"
     "h1{font-size:1.4rem;color:#a11}dt{color:#666;float:left;width:6rem}dd{margin-left:6rem}"
-    "pre{background:#f6f6f4;padding:1rem;overflow:auto}.here{background:#ffe1dc;display:block}h2{font-size:1.1rem}";
+    "pre{background:#f6f6f4;padding:1rem;overflow:auto}.here,.caret{background:#ffe1dc;display:block}h2{font-size:1."
+    "1rem}";
 
 std::string html(std::wstring_view text) { return to_utf8(html_encode(text, kUtf8CodePage)); }
 
@@ -39,7 +40,7 @@ std::string caret_line(std::string_view line, LONG column) {
   if (column < 1 || static_cast<std::size_t>(column) > text.size() + 1) return {};
   std::string blank(kNumberWidth, ' ');
   for (const wchar_t c : text.substr(0, static_cast<std::size_t>(column) - 1)) blank += c == L'\t' ? '\t' : ' ';
-  return "\n" + blank + "^";
+  return "<span class=\"caret\">" + blank + "^</span>";
 }
 
 std::string source_lines(const std::string& physical, LONG wanted, LONG column) {
@@ -50,7 +51,7 @@ std::string source_lines(const std::string& physical, LONG wanted, LONG column) 
     if (number < wanted - kLinesAround) continue;
     if (line.ends_with('\r')) line.pop_back();
     const std::string row = fmt::format("{:5}  {}", number, html(to_wide(line)));
-    lines += number == wanted ? "<span class=\"here\">" + row + caret_line(line, column) + "</span>" : row + "\n";
+    lines += number == wanted ? "<span class=\"here\">" + row + "</span>" + caret_line(line, column) : row + "\n";
   }
   return lines.empty() ? lines : "<pre>" + lines + "</pre>";
 }
@@ -82,8 +83,8 @@ std::string debug_error_page(const PageError& error, const std::string& physical
   row("Code", code_text(error.number));
   row("Request", html(to_wide(target)));
   row("File", html(error.file));
-  if (error.line > 0)
-    row("Line", std::to_string(error.line) + (error.column > 0 ? fmt::format(", column {}", error.column) : ""));
+  if (error.line > 0) row("Line", std::to_string(error.line));
+  if (error.line > 0 && error.column > 0) row("Column", std::to_string(error.column));
   body += "</dl>\n";
   if (!physical.empty() && error.line > 0) body += source_lines(physical, error.line, error.column);
   body += call_list(error.calls);

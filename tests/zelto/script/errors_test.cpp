@@ -97,7 +97,7 @@ TEST_F(Errors, OfTheScriptHaveTheirPlace) {
       {L"\n\nthrow new RangeError('far')", "RangeError: far at /site/page.asp:3"},
       {L"function f() {\n throw 'text'\n}\nf()", ": text at /site/page.asp:2"},
       {L"\nthrow { message: 'made', number: 7, source: 'me' }", "me: made at /site/page.asp:2"},
-      {L"\nthrow 5", ": 5 at /site/page.asp:2"},
+      {L"\nthrow 5", ": The script threw 5. at /site/page.asp:2"},
       {L"\nvar a = ;", "SyntaxError: Unexpected token ';' at /site/page.asp:2"},
       {L"f(1) = 2; function f() {}", "ReferenceError: Left side of assignment is not a reference. at /site/page.asp:1"},
       {L"nowhere(1) = 2", "ReferenceError: Can't find variable: nowhere at /site/page.asp:1"},

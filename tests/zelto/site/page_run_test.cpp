@@ -95,8 +95,9 @@ TEST_F(PageRun, TellsTheAuthorWhatWentWrong) {
   const MemorySink sink = run("one\n<%\nsecretName('<b>');\n%>\n", "");
   EXPECT_EQ(500, sink.head.status);
   for (const char* piece :
-       {"secretName", "<dt>Request</dt><dd>/page.asp</dd>", "/page.asp", "0x8", "<dt>Line</dt><dd>3, column 11</dd>",
-        "<span class=\"here\">    3  secretName('&lt;b&gt;');\n                 ^</span>"}) {
+       {"secretName", "<dt>Request</dt><dd>/page.asp</dd>", "/page.asp", "0x8", "<dt>Line</dt><dd>3</dd>",
+        "<dt>Column</dt><dd>11</dd>",
+        "<span class=\"here\">    3  secretName('&lt;b&gt;');</span><span class=\"caret\">                 ^</span>"}) {
     EXPECT_NE(std::string::npos, sink.body.find(piece)) << piece;
   }
 }

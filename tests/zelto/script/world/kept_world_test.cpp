@@ -88,6 +88,22 @@ TEST_F(KeptWorld, ReleasesTheObjectsOfEachRequest) {
   }
 }
 
+// The engine keeps names in a table of its own, and whoever releases one last has to be inside of it.
+TEST_F(KeptWorld, LetsGoOfTheNamesThatAPageHasMade) {
+  const ProgramPtr program = page_of(
+      L"o.Act(); var p = o.Inner, found = 0; for (var i = 0; i < 16; i++) { var name = '';"
+      L"for (var at = 0; at < 5; at++) { var c = 'close'[at]; name += i >> at & 1 ? c.toUpperCase() : c }"
+      L"found += typeof p[name] == 'function' } Response.Write(String(found))");
+  probe->action = [&] {
+    probe->inner.attach(new test::Probe());
+    return S_OK;
+  };
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ("16", ask(program));
+    engine.collect_garbage();
+  }
+}
+
 TEST_F(KeptWorld, IsAnotherForAPageThatRunsInItself) {
   const ProgramPtr program =
       page_of(L"var depth = typeof depth; Response.Write(depth); o.Act(); Response.Write(depth)");
