@@ -2,8 +2,8 @@
 //
 // A host that limits its pages counts what they take, and looks at the count where script and objects call each other.
 // Between two such looks, a database may give rows without end, or a stream may be told to be two gigabytes long: there
-// the runtime asks. Without a limit it takes what there is. What other libraries take for a page, a driver or the script
-// engine, the host's allocator asks for, late.
+// the runtime asks. Without a limit it takes what there is. What other libraries take for a page, a driver or the
+// script engine, the host's allocator asks for, late.
 #pragma once
 
 #include <cstddef>
