@@ -98,23 +98,23 @@ void ErrorReports::put_into_words(std::wstring_view name, ScriptError* error) co
 bool ErrorReports::read(JSValueRef exception, ScriptError* out) const {
   out->number = E_FAIL;
   if (!JSValueIsObject(context_, exception)) {
-    out->message = text_of(context_, exception);
+    out->message = message_of(context_, exception);
     return true;
   }
   auto* object = object_of(exception);
   JSValueRef message = property(context_, object, "message");
-  out->message = text_of(context_, JSValueIsString(context_, message) ? message : exception);
+  out->message = message_of(context_, JSValueIsString(context_, message) ? message : exception);
   JSValueRef name = property(context_, object, "name");
   JSValueRef source = property(context_, object, "source");
   if (!JSValueIsString(context_, source)) source = name;
-  if (JSValueIsString(context_, source)) out->source = text_of(context_, source);
+  if (JSValueIsString(context_, source)) out->source = message_of(context_, source);
   if (JSValueRef number = property(context_, object, "number"); JSValueIsNumber(context_, number)) {
     out->number = JSValueToInt32(context_, number, nullptr);
     out->message = language::as_written(std::move(out->message));
     return true;
   }
   ScriptError known{{}, out->message, {}, S_OK};
-  put_into_words(JSValueIsString(context_, name) ? text_of(context_, name) : std::wstring(), &known);
+  put_into_words(JSValueIsString(context_, name) ? message_of(context_, name) : std::wstring(), &known);
   out->message = std::move(known.message);
   if (FAILED(known.number)) out->number = known.number;
   return known.number == DISP_E_UNKNOWNNAME;
@@ -123,12 +123,12 @@ bool ErrorReports::read(JSValueRef exception, ScriptError* out) const {
 // Of what says nothing itself.
 std::wstring ErrorReports::words_of_thrown(JSValueRef exception) const {
   constexpr std::size_t kMost = 200;
-  if (!JSValueIsObject(context_, exception)) return L"The script threw " + text_of(context_, exception) + L".";
+  if (!JSValueIsObject(context_, exception)) return L"The script threw " + message_of(context_, exception) + L".";
   auto* object = object_of(exception);
   if (JSValueIsString(context_, property(context_, object, "stack"))) {
     JSValueRef name = property(context_, object, "name");
     return L"The script threw an error without a message" +
-           (JSValueIsString(context_, name) ? L": " + text_of(context_, name) : std::wstring()) + L".";
+           (JSValueIsString(context_, name) ? L": " + message_of(context_, name) : std::wstring()) + L".";
   }
   const JsString json(JSValueCreateJSONString(context_, exception, 0, nullptr));
   std::wstring text = json.get() ? to_wide(json.view()) : L"an object";
@@ -149,7 +149,7 @@ ScriptError ErrorReports::describe(JSValueRef exception) const {
   JSValueRef message = property(context_, object, "message");
   if (error.message.empty() || !JSValueIsString(context_, message)) error.message = words_of_thrown(exception);
   if (JSValueRef name = property(context_, object, "name"); error.source.empty() && JSValueIsString(context_, name)) {
-    error.source = text_of(context_, name);
+    error.source = message_of(context_, name);
   }
   if (!JSValueIsString(context_, property(context_, object, "stack")) && thrown_at_) place = *thrown_at_;
   // The place is where the first of a chain of errors arose.

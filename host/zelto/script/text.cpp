@@ -147,6 +147,17 @@ std::wstring text_of(JSContextRef ctx, JSValueRef value) {
   return text.get() ? to_wide(text.view()) : std::wstring();
 }
 
+std::wstring message_of(JSContextRef ctx, JSValueRef value) {
+  constexpr std::size_t kMost = std::size_t{16} << 10;  // units of UTF-16, and bytes of UTF-8
+  const JsString text(JSValueToStringCopy(ctx, value, nullptr));
+  if (!text.get()) return {};
+  if (JSStringGetLength(text.get()) <= kMost) return to_wide(text.view());
+  std::string beginning(kMost, '\0');
+  const std::size_t length = JSStringGetUTF8CString(text.get(), beginning.data(), beginning.size());
+  beginning.resize(length > 0 ? length - 1 : 0);
+  return korlib::to_wide(beginning) + L"…";
+}
+
 JSValueRef to_string_value(JSContextRef ctx, JSValueRef value, JSValueRef* exception) {
   const JsString text(JSValueToStringCopy(ctx, value, exception));
   return text.get() ? JSValueMakeString(ctx, text.get()) : nullptr;

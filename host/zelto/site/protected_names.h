@@ -39,10 +39,11 @@ class ProtectedNames {
   std::vector<std::string> files_ = {"global.asa", "web.config", "zelto.toml"};
   std::vector<std::string> folders_ = {"App_Code", "App_Data", "bin", "includes", "node_modules", "templates"};
   std::vector<std::string> extensions_ = {
-      ".1",   ".accdb",  ".asa",      ".asax", ".ascx", ".aspx", ".backup", ".bak",     ".config",  ".copy",
-      ".cs",  ".db",     ".disabled", ".dpkg", ".env",  ".inc",  ".ini",    ".key",     ".log",     ".mdb",
-      ".new", ".old",    ".orig",     ".pem",  ".php",  ".rej",  ".rpmnew", ".rpmorig", ".rpmsave", ".save",
-      ".sql", ".sqlite", ".sqlite3",  ".swo",  ".swp",  ".tmp",  ".tpl",    ".udl",     ".vb"};
+      ".1",       ".accdb",    ".asa",      ".asax",    ".ascx",   ".aspx", ".backup", ".bak", ".config", ".copy",
+      ".cs",      ".db",       ".disabled", ".dpkg",    ".duckdb", ".env",  ".inc",    ".ini", ".key",    ".laccdb",
+      ".ldb",     ".log",      ".mdb",      ".new",     ".old",    ".orig", ".p12",    ".pem", ".pfx",    ".php",
+      ".rej",     ".rpmnew",   ".rpmorig",  ".rpmsave", ".s3db",   ".save", ".sdb",    ".sl3", ".sql",    ".sqlite",
+      ".sqlite3", ".sqlitedb", ".swo",      ".swp",     ".tmp",    ".tpl",  ".udl",    ".vb"};
 };
 
 }  // namespace zelto

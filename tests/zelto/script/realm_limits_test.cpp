@@ -85,6 +85,24 @@ TEST_F(RealmLimits, StopsAnOperationThatTakesTooMuchMemory) {
   }
 }
 
+// The engine ends the process where it has no memory to give out a text that the host asks for.
+TEST_F(RealmLimits, NeedsNoMoreOfAMessageThanItsBeginning) {
+  constexpr std::size_t kMost = 20'000;
+  for (const wchar_t* script :
+       {L"throw new Error('x'.repeat(3e7))", L"throw 'x'.repeat(3e7)", L"throw { message: 'x'.repeat(3e7) }",
+        L"throw new Error('a', { cause: new Error('x'.repeat(3e7)) })", L"throw new Error('x'.repeat(1e6) + '\\u00e4')",
+        L"var e = new Error('a'); e.name = e.source = 'x'.repeat(3e7); throw e"}) {
+    engine.set_memory_limit(std::size_t{100} << 20);
+    const Outcome outcome = run(script);
+    ASSERT_EQ(Outcome::failed, outcome.kind) << narrow(script);
+    EXPECT_LE(outcome.error->message.size(), kMost) << narrow(script);
+    EXPECT_LE(outcome.error->source.size(), kMost) << narrow(script);
+    for (const std::wstring& cause : outcome.error->causes) EXPECT_LE(cause.size(), kMost) << narrow(script);
+  }
+  EXPECT_EQ("30000000",
+            text(L"(() => { try { throw new Error('x'.repeat(3e7)) } catch (e) { return e.message.length } })()"));
+}
+
 // The process took all memory of the machine, and was ended by it.
 TEST_F(RealmLimits, StopsAScriptThatTakesTooMuchMemory) {
   for (const wchar_t* script :

@@ -158,7 +158,7 @@ const caught = error => {
   try {
     if (typeof error !== "object" || error === null || "number" in error) return;
     const { name, message } = error;
-    if (typeof name !== "string" || typeof message !== "string") return;
+    if (typeof name !== "string" || typeof message !== "string" || name.length + message.length > 10000) return;
     const known = native.known(name, message);
     if (known[1] !== message) error.message = known[1];
     if (known[0] !== 0) define(error, "number", known[0]);
