@@ -3,6 +3,7 @@
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 #include "base/letter_case.h"
@@ -29,8 +30,7 @@ std::optional<std::string> entry_like(const std::string& folder, std::string_vie
   return std::nullopt;
 }
 
-}  // namespace
-
+// The path below `root` of what the path names when letter case does not count; nothing when there is nothing.
 std::optional<std::string> path_in_other_case(const std::string& root, const std::string& path) {
   if (path.size() > kLongestPath || !path.starts_with(root + "/")) return std::nullopt;
   const auto resolved = resolve_dots(std::string_view(path).substr(root.size()));
@@ -50,6 +50,13 @@ std::optional<std::string> path_in_other_case(const std::string& root, const std
   return found;
 }
 
+}  // namespace
+
+std::string end_of_missing(const std::string& root, const std::string& path) {
+  const auto other = path_in_other_case(root, path);
+  return other ? "; in other letter case there is \"" + *other + "\"." : ".";
+}
+
 FileName find_include(const std::string& root, const std::string& includer, const Piece& piece) {
   const std::string name = base::with_slashes(to_utf8(piece.text));
   if (name.find('\0') != std::string::npos) throw std::string("The name of an include file holds a zero character.");
@@ -57,9 +64,7 @@ FileName find_include(const std::string& root, const std::string& includer, cons
   const std::string path = (piece.is_virtual ? root : includer.substr(0, includer.rfind('/')) + "/") + name;
   char found[PATH_MAX];
   if (!::realpath(path.c_str(), found)) {
-    const std::string missing = "The include file \"" + name + "\" was not found";
-    const auto other = path_in_other_case(root, path);
-    throw missing + (other ? "; in other letter case there is \"" + *other + "\"." : ".");
+    throw "The include file \"" + name + "\" was not found" + end_of_missing(root, path);
   }
   if (!std::string_view(found).starts_with(root + "/")) {
     throw "The include file \"" + name + "\" lies outside the site.";

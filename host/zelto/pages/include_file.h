@@ -1,7 +1,6 @@
 // The file that an include, or a <script runat="server" src="…">, names.
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "pages/page_scanner.h"
@@ -18,7 +17,8 @@ struct FileName {
 // sentence, when there is no such file in the site.
 FileName find_include(const std::string& root, const std::string& includer, const Piece& piece);
 
-// The path below `root` of what the path names when letter case does not count; nothing when there is nothing.
-std::optional<std::string> path_in_other_case(const std::string& root, const std::string& path);
+// How a sentence ends that says that nothing is at the path: "." or, where letter case alone differs, "; in other
+// letter case there is "/inc/Menu.inc"."
+std::string end_of_missing(const std::string& root, const std::string& path);
 
 }  // namespace zelto::pages

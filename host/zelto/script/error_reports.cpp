@@ -7,6 +7,7 @@
 #include <charconv>
 #include <utility>
 
+#include "language/lexemes.h"
 #include "language/tokens.h"
 #include "language/written_source.h"
 #include "script/text.h"
@@ -15,7 +16,6 @@ namespace zelto::script {
 namespace {
 
 constexpr int kMostCauses = 16;  // errors may be each other's cause
-constexpr std::size_t kMostCalls = 32;
 
 // Facility "control", in which that dialect counts its errors.
 constexpr HRESULT numbered(unsigned number) { return static_cast<HRESULT>(0x800A0000u | number); }
@@ -131,7 +131,7 @@ std::wstring ErrorReports::words_of_thrown(JSValueRef exception) const {
            (JSValueIsString(context_, name) ? L": " + message_of(context_, name) : std::wstring()) + L".";
   }
   const JsString json(JSValueCreateJSONString(context_, exception, 0, nullptr));
-  std::wstring text = json.get() ? to_wide(json.view()) : L"an object";
+  std::wstring text = json.get() ? beginning_of(json.get()) : L"an object";
   if (text.size() > kMost) text.replace(kMost, text.npos, L"…");
   return L"The script threw " + text + L".";
 }
@@ -155,7 +155,10 @@ ScriptError ErrorReports::describe(JSValueRef exception) const {
   // The place is where the first of a chain of errors arose.
   JSValueRef link = exception;
   for (int i = 0; i < kMostCauses && JSValueIsObject(context_, link); ++i) {
-    if (locate(link, &place)) error.calls = frames_of(link, kMostCalls);
+    if (auto frames = frames_of(link, kMostCalls); !frames.empty()) {
+      place = frames.front();
+      error.calls = std::move(frames);
+    }
     link = property(context_, object_of(link), "cause");
     add_cause(link, &error);
   }
@@ -178,8 +181,9 @@ ScriptError ErrorReports::describe_syntax(const language::Program& program, cons
   const std::wstring text = to_wide(program.text);
   const auto open = language::unclosed_bracket(text);
   if (!open) return error;
-  const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(*open), L'\n');
-  const language::SourcePlace place = language::source_place(program, static_cast<int>(line), 0);
+  int line = 1;
+  for (std::size_t at = 0; at < *open; ++at) line += language::ends_line(std::wstring_view(text), at);
+  const language::SourcePlace place = language::source_place(program, line, 0);
   const std::wstring of_file =
       place.file == error.file ? L"" : L" of " + wide(place.file.substr(place.file.rfind('/') + 1));
   error.message += fmt::format(L". The '{}' in line {}{} is not closed", text[*open], place.line, of_file);
@@ -211,7 +215,7 @@ std::vector<language::Frame> ErrorReports::frames_of(JSValueRef error, std::size
   std::vector<language::Frame> frames;
   JSValueRef stack = property(context_, object_of(error), "stack");
   if (!JSValueIsString(context_, stack)) return frames;
-  const std::string text = to_utf8(text_of(context_, stack));
+  const std::string text = to_utf8(message_of(context_, stack));
   for (std::size_t begin = 0; begin < text.size() && frames.size() < most;) {
     const std::size_t end = std::min(text.find('\n', begin), text.size());
     if (auto frame = read_frame(std::string_view(text).substr(begin, end - begin))) frames.push_back(std::move(*frame));
@@ -220,21 +224,15 @@ std::vector<language::Frame> ErrorReports::frames_of(JSValueRef error, std::size
   return frames;
 }
 
-bool ErrorReports::locate(JSValueRef error, language::SourcePlace* out) const {
-  const std::vector<language::Frame> first = frames_of(error, 1);
-  if (!first.empty()) *out = first.front();
-  return !first.empty();
-}
-
-std::vector<language::Frame> ErrorReports::calls() const {
+std::vector<language::Frame> ErrorReports::calls(std::size_t most) const {
   JSObjectRef error = JSObjectMakeError(context_, 0, nullptr, nullptr);
-  return error ? frames_of(error, kMostCalls) : std::vector<language::Frame>();
+  return error ? frames_of(error, most) : std::vector<language::Frame>();
 }
 
 language::SourcePlace ErrorReports::here() const {
-  language::SourcePlace place;
-  if (JSObjectRef error = JSObjectMakeError(context_, 0, nullptr, nullptr)) locate(error, &place);
-  return place;
+  const std::vector<language::Frame> innermost = calls(1);
+  if (innermost.empty()) return {};
+  return innermost.front();
 }
 
 void ErrorReports::note_throw(JSValueRef value) {

@@ -41,7 +41,7 @@ class ErrorReports {
   // The place that the script has reached.
   language::SourcePlace here() const;
   // And the functions that it is in.
-  std::vector<language::Frame> calls() const;
+  std::vector<language::Frame> calls(std::size_t most = kMostCalls) const;
 
   // Where something that is no Error was thrown.
   void note_throw(JSValueRef value);
@@ -50,9 +50,10 @@ class ErrorReports {
   const std::optional<ScriptError>& rejection() const noexcept { return rejection_; }
 
  private:
+  static constexpr std::size_t kMostCalls = 32;
+
   std::vector<language::Frame> frames_of(JSValueRef error, std::size_t most) const;
   std::optional<language::Frame> read_frame(std::string_view text) const;
-  bool locate(JSValueRef error, language::SourcePlace* out) const;
   std::wstring words_of_thrown(JSValueRef exception) const;
   void add_cause(JSValueRef cause, ScriptError* error) const;
 

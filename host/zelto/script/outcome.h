@@ -20,8 +20,7 @@ struct Outcome {
     failed,         // `error` says why
   };
   Kind kind = completed;
-  std::optional<ScriptError>
-      error;  // with `failed`; at a limit, its place and calls are those that the script had reached
+  std::optional<ScriptError> error;  // with `failed`; at a limit, only the place and the calls that it had come to
 };
 
 // A line that a script writes with console.log and the like.

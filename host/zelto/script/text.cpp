@@ -148,12 +148,15 @@ std::wstring text_of(JSContextRef ctx, JSValueRef value) {
 }
 
 std::wstring message_of(JSContextRef ctx, JSValueRef value) {
-  constexpr std::size_t kMost = std::size_t{16} << 10;  // units of UTF-16, and bytes of UTF-8
   const JsString text(JSValueToStringCopy(ctx, value, nullptr));
-  if (!text.get()) return {};
-  if (JSStringGetLength(text.get()) <= kMost) return to_wide(text.view());
+  return text.get() ? beginning_of(text.get()) : std::wstring();
+}
+
+std::wstring beginning_of(JSStringRef text) {
+  constexpr std::size_t kMost = std::size_t{16} << 10;  // units of UTF-16, and bytes of UTF-8
+  if (JSStringGetLength(text) <= kMost) return to_wide(JsString::view_of(text));
   std::string beginning(kMost, '\0');
-  const std::size_t length = JSStringGetUTF8CString(text.get(), beginning.data(), beginning.size());
+  const std::size_t length = JSStringGetUTF8CString(text, beginning.data(), beginning.size());
   beginning.resize(length > 0 ? length - 1 : 0);
   return korlib::to_wide(beginning) + L"…";
 }

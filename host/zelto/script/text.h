@@ -71,6 +71,7 @@ std::wstring text_of(JSContextRef ctx, JSValueRef value);
 // Of a longer one the beginning, with an ellipsis: for messages, which may be as long as a page likes. To give out all
 // of a text, the engine makes a copy, and ends the process where there is no memory for it.
 std::wstring message_of(JSContextRef ctx, JSValueRef value);
+std::wstring beginning_of(JSStringRef text);
 // The same as a value of the script; null with an exception when that fails.
 JSValueRef to_string_value(JSContextRef ctx, JSValueRef value, JSValueRef* exception);
 

@@ -56,8 +56,9 @@ std::string source_lines(const std::string& physical, LONG wanted, LONG column) 
   return lines.empty() ? lines : "<pre>" + lines + "</pre>";
 }
 
-std::string place_text(const PageError::Call& call) {
-  return html(call.file) + (call.line > 0 ? ":" + std::to_string(call.line) : "");
+// "guestbook.asp:12"
+std::wstring place_text(std::wstring_view file, LONG line) {
+  return std::wstring(file) + (line > 0 ? L":" + std::to_wstring(line) : L"");
 }
 
 // One call alone is the place of the error itself.
@@ -66,7 +67,7 @@ std::string call_list(const std::vector<PageError::Call>& calls) {
   std::string list;
   for (const PageError::Call& call : calls) {
     const std::string name = call.function.empty() ? "the page" : html(call.function) + "()";
-    list += fmt::format("<li>{}, {}</li>\n", name, place_text(call));
+    list += fmt::format("<li>{}, {}</li>\n", name, html(place_text(call.file, call.line)));
   }
   return "<h2>Calls, the last one first</h2>\n<ol>\n" + list + "</ol>\n";
 }
@@ -104,8 +105,7 @@ std::string new_reference() {
 }
 
 std::string error_line(const PageError& error) {
-  std::string where = to_utf8(error.file);
-  if (error.line > 0) where += ":" + std::to_string(error.line);
+  const std::string where = to_utf8(place_text(error.file, error.line));
   std::string words = to_utf8(error.description);
   for (const std::wstring& cause : error.causes) words += "; caused by: " + to_utf8(cause);
   std::string line = fmt::format("{}: {} ({}, {})", where, words, to_utf8(error.source), code_text(error.number));

@@ -51,7 +51,7 @@ void PageCheck::tell(const std::string& page, Place place, const std::string& te
 
 // That a script ends too early says nothing; which bracket is open does.
 void PageCheck::tell(const language::ScriptError& error, const PageScript& script) {
-  if (error.message.starts_with(L"Unexpected end of script") || error.message.starts_with(L"Unexpected EOF")) {
+  if (error.message == L"Unexpected end of script" || error.message.starts_with(L"Unexpected EOF")) {
     if (const auto bracket = language::unclosed_bracket(script.written)) {
       const wchar_t shown = script.written[*bracket];
       tell(script.page.program->url, WrittenPlaces(script).at(*bracket),

@@ -130,9 +130,8 @@ void TemplateCheck::check_parts(const std::string& path, const Template& drawn) 
     if (name.starts_with('/')) name.erase(0, 1);
     const std::string wanted = folder_of_file(path) + "/" + name + std::string(extension_of(name_of(path)));
     if (name.find('\0') != std::string::npos || is_file(wanted)) continue;
-    const auto other = pages::path_in_other_case(root_, wanted);
-    findings_.warning(place, "There is no template '" + name + "' beside this one" +
-                                 (other ? "; in other letter case there is \"" + *other + "\"." : "."));
+    findings_.warning(place,
+                      "There is no template '" + name + "' beside this one" + pages::end_of_missing(root_, wanted));
   }
 }
 
@@ -167,9 +166,8 @@ void TemplateCheck::check_page(const std::string& page, const ScriptWords& words
       check_names(drawn, words,
                   "The script of \"" + page.substr(root_.size()) + "\", which draws this template, has no");
     } else if (!words.all.contains(L"On_TemplateNotFound") && !words.all.contains(L"OnTemplate_" + name)) {
-      const auto other = pages::path_in_other_case(root_, path);
-      findings_.warning(place, "There is no template \"" + path.substr(root_.size()) + "\"" +
-                                   (other ? "; in other letter case there is \"" + *other + "\"." : "."));
+      findings_.warning(
+          place, "There is no template \"" + path.substr(root_.size()) + "\"" + pages::end_of_missing(root_, path));
     }
   }
 }

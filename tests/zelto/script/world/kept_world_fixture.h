@@ -44,6 +44,15 @@ class KeptWorldTest : public ScriptTest {
     realm->set_output(page.get());
   }
 
+  // As an object does that a page calls.
+  HRESULT run_within(const ProgramPtr& program) {
+    Realm inner(engine, program);
+    inner.set_object(L"Response", page.get());
+    inner.set_object(L"o", probe.get());
+    inner.set_output(page.get());
+    return inner.run(program).kind == Outcome::completed ? S_OK : E_FAIL;
+  }
+
   // Asked for again and again, with another page in between, the page answers the same.
   void always(const std::string& expected, const std::wstring& script) {
     const ProgramPtr program = page_of(script);

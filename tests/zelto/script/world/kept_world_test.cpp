@@ -108,14 +108,7 @@ TEST_F(KeptWorld, IsAnotherForAPageThatRunsInItself) {
   const ProgramPtr program =
       page_of(L"var depth = typeof depth; Response.Write(depth); o.Act(); Response.Write(depth)");
   int depth = 0;
-  probe->action = [&] {
-    if (++depth > 2) return S_OK;
-    Realm inner(engine, program);
-    inner.set_object(L"Response", page.get());
-    inner.set_object(L"o", probe.get());
-    inner.set_output(page.get());
-    return inner.run(program).kind == Outcome::completed ? S_OK : E_FAIL;
-  };
+  probe->action = [&] { return ++depth > 2 ? S_OK : run_within(program); };
   for (int i = 0; i < 4; ++i) {
     depth = 0;
     EXPECT_EQ("undefinedundefinedundefinedundefinedundefinedundefined", ask(program)) << i;

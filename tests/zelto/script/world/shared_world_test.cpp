@@ -102,13 +102,7 @@ TEST_F(SharedWorld, ShowsNothingOfAnotherPage) {
 TEST_F(SharedWorld, ShowsNothingOfThePageThatExecutesAnother) {
   const ProgramPtr inner = b_page(L"Response.Write(typeof n + typeof u); n = 3; var u = 4; Response.Write(n + u)");
   const ProgramPtr outer = a_page(L"var n = 1; u = 2; o.Act(); Response.Write(n + u); o.Act()");
-  probe->action = [&] {
-    Realm realm_of_inner(engine, inner);
-    realm_of_inner.set_object(L"Response", page.get());
-    realm_of_inner.set_object(L"o", probe.get());
-    realm_of_inner.set_output(page.get());
-    return realm_of_inner.run(inner).kind == Outcome::completed ? S_OK : E_FAIL;
-  };
+  probe->action = [&] { return run_within(inner); };
   for (int i = 0; i < 4; ++i) {
     EXPECT_EQ("undefinedundefined73undefinedundefined7", ask(outer)) << i;
     EXPECT_EQ("undefinedundefined7", ask(inner)) << i;
