@@ -16,10 +16,11 @@ class AutomationMember final : public HostObject {
   // Lasts as long as the function does.
   const CallTarget& target() const noexcept { return target_; }
   CallArguments& arguments() noexcept { return arguments_; }
-  // The member of that name of another object.
-  void bind(Realm& realm, CComPtr<IDispatch> object, DISPID id) {
-    begin_again(realm);
-    target_.object = std::move(object);
+  // Of a realm that has ended: the member of that name of another object.
+  void bind(Realm& new_realm, const CComPtr<IDispatch>& object, DISPID id) {
+    if (realm()) return;
+    begin_again(new_realm);
+    target_.object = object;
     target_.id = id;
   }
   // The same as a function of the kind that the engine's compiled code calls straight away: to call an object of a

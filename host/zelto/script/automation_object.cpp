@@ -16,8 +16,8 @@ constexpr auto kLanguageNames = std::to_array<std::u16string_view>(
      u"propertyIsEnumerable", u"__proto__", u"__defineGetter__", u"__defineSetter__", u"__lookupGetter__",
      u"__lookupSetter__", u"then", u"toJSON"});
 
-// More than a page calls of one object, and few enough to look through.
-constexpr std::size_t kMostFunctions = 16;
+// More than pages call of one object, and few enough to look through.
+constexpr std::size_t kMostFunctions = 32;
 
 // What is asked for so often may be so in a loop.
 constexpr unsigned kOften = 8;
@@ -39,19 +39,19 @@ bool is_index(std::u16string_view name, LONG* index) {
 JSValueRef member_function(Realm& realm, JSObjectRef object, AutomationObject& held, DISPID id, JSStringRef name) {
   if (JSValueRef known = JSObjectGetPrivateProperty(realm.context(), object, name);
       known && JSValueIsObject(realm.context(), known)) {
-    if (!living_host_object(object_of(known))) {
-      static_cast<AutomationMember*>(JSObjectGetPrivate(object_of(known)))->bind(realm, held.dispatch(), id);
-    }
-    held.remember_function(name, object_of(known));
+    auto* const member = static_cast<AutomationMember*>(JSObjectGetPrivate(object_of(known)));
+    member->bind(realm, held.dispatch(), id);
+    held.remember_function(name, object_of(known), member);
     return known;
   }
-  JSObjectRef member = realm.wrappers().make(
-      realm.engine().classes().member,
-      std::make_unique<AutomationMember>(realm, CallTarget{held.dispatch(), id, to_wide(JsString::view_of(name))}));
-  JSObjectSetPrivateProperty(realm.context(), object, name, member);
-  held.add_member(member);
-  held.remember_function(name, member);
-  return member;
+  auto made =
+      std::make_unique<AutomationMember>(realm, CallTarget{held.dispatch(), id, to_wide(JsString::view_of(name))});
+  AutomationMember* const member = made.get();
+  JSObjectRef function = realm.wrappers().make(realm.engine().classes().member, std::move(made));
+  JSObjectSetPrivateProperty(realm.context(), object, name, function);
+  held.add_member(function);
+  held.remember_function(name, function, member);
+  return function;
 }
 
 // Undefined when the object cannot be indexed by what it enumerates: for-in itself asks this way whether
@@ -95,11 +95,12 @@ JSValueRef get_property(JSContextRef ctx, JSObjectRef object, JSStringRef name, 
   auto* const found = static_cast<AutomationObject*>(living_host_object(object));
   // A function does nothing before it is called.
   if (AutomationObject::Function* known = found ? found->function(name) : nullptr) {
-    found->realm()->missing().pass();
+    Realm& realm = *found->realm();
+    realm.missing().pass();
+    known->member->bind(realm, found->dispatch(), known->member->target().id);
     if (++known->uses % kOften == 0) {
       const Watchdog::Quiet quiet(found->engine().watchdog());
-      auto* const member = static_cast<AutomationMember*>(JSObjectGetPrivate(known->function));
-      found->realm()->prelude().keep_method(object, name, member->direct(ctx, known->function, name));
+      realm.prelude().keep_method(object, name, known->member->direct(ctx, known->function, name));
     }
     return known->function;
   }
@@ -221,8 +222,10 @@ void AutomationObject::bind(Realm& realm, CComPtr<IUnknown> identity, CComPtr<ID
   identity_ = std::move(identity);
   dispatch_ = std::move(dispatch);
   keys_.clear();
-  functions_.clear();
+  kind_.clear();
+  for (Function& one : functions_) one.uses = 0;
   if (class_ == *reinterpret_cast<const void* const*>(dispatch_.get())) return;
+  functions_.clear();
   class_names_ = nullptr;
   own_names_.reset();
 }
@@ -238,10 +241,10 @@ AutomationObject::Function* AutomationObject::function(JSStringRef name) {
 
 // With a copy of the name: the engine's own may be one that it has in a table of such strings, and whoever is the last
 // to release it outside of the engine, as here later, leaves it there for the next use of that name.
-void AutomationObject::remember_function(JSStringRef name, JSObjectRef function) {
+void AutomationObject::remember_function(JSStringRef name, JSObjectRef function, AutomationMember* member) {
   if (functions_.size() >= kMostFunctions) return;
   const ShortText text(name);
-  functions_.push_back({JsString(text.view()), JSStringGetLength(name), function, 0});
+  functions_.push_back({JsString(text.view()), JSStringGetLength(name), function, member, 0});
 }
 
 void AutomationObject::add_member(JSObjectRef member) {

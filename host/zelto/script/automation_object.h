@@ -34,6 +34,8 @@
 
 namespace zelto::script {
 
+class AutomationMember;
+
 class AutomationObject final : public HostObject {
  public:
   AutomationObject(Realm& realm, CComPtr<IUnknown> identity, CComPtr<IDispatch> dispatch);
@@ -50,11 +52,12 @@ class AutomationObject final : public HostObject {
     JsString name;
     std::size_t length;
     JSObjectRef function;
+    AutomationMember* member;  // of the function
     unsigned uses;
   };
   // The function that stands for a member, where the script has got it before; null for any other name.
   Function* function(JSStringRef name);
-  void remember_function(JSStringRef name, JSObjectRef function);
+  void remember_function(JSStringRef name, JSObjectRef function, AutomationMember* member);
   JSObjectRef script_object() const { return kept_ ? kept_ : weak_ ? JSWeakGetObject(weak_) : nullptr; }
   const CComPtr<IDispatch>& dispatch() const noexcept { return dispatch_; }
   IUnknown* identity() const noexcept { return identity_.get(); }

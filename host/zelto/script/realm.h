@@ -62,6 +62,7 @@ class Realm {
   // The realm's parts, for this room.
   Engine& engine() noexcept { return engine_; }
   JSContextRef context() const noexcept { return world_->context(); }
+  World& world() noexcept { return *world_; }
   const Prelude& prelude() const noexcept { return world_->prelude(); }
   MissingMember& missing() noexcept { return missing_; }
   ErrorReports& reports() noexcept { return reports_; }

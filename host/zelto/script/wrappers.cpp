@@ -42,12 +42,22 @@ JSObjectRef Wrappers::wrap(IDispatch* object) {
   if (const auto known = automation_objects_.find(identity.get()); known != automation_objects_.end()) {
     if (JSObjectRef wrapper = known->second->script_object()) return wrapper;
   }
+  KeptWrappers* const kept = realm_.world().kept_wrappers();
+  const MemberNames* const of_class = kept ? realm_.engine().members().of(object) : nullptr;
+  if (AutomationObject* const free = of_class ? kept->find(of_class) : nullptr) {
+    bind(*free, object);
+    return free->script_object();
+  }
   const EngineLock lock(realm_.context());
-  auto held = std::make_unique<AutomationObject>(realm_, identity, CComPtr<IDispatch>(object));
-  AutomationObject* kept = held.get();
-  JSObjectRef wrapper = make(realm_.engine().classes().object, std::move(held));
-  kept->set_weak(JSWeakCreate(realm_.engine().group(), wrapper));
-  automation_objects_[identity.get()] = kept;
+  auto made = std::make_unique<AutomationObject>(realm_, identity, CComPtr<IDispatch>(object));
+  AutomationObject* const held = made.get();
+  JSObjectRef wrapper = make(realm_.engine().classes().object, std::move(made));
+  if (of_class && kept->has_room(of_class)) {
+    kept->keep(wrapper, held, of_class);
+  } else {
+    held->set_weak(JSWeakCreate(realm_.engine().group(), wrapper));
+  }
+  automation_objects_[identity.get()] = held;
   return wrapper;
 }
 

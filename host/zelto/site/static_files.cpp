@@ -103,7 +103,9 @@ std::optional<struct stat> StaticFiles::look(std::string_view path) const {
     if (::fstatat(root_.get(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISDIR(about.st_mode)) return {};
     name[slash] = '/';
   }
-  return ::fstatat(root_.get(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0 ? std::optional(about) : std::nullopt;
+  // The root's own name is empty.
+  const int looked = ::fstatat(root_.get(), name.c_str(), &about, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH);
+  return looked == 0 ? std::optional(about) : std::nullopt;
 }
 
 // What was found under that path before, as a file that is not protected and not reached through a link, and is still
@@ -123,8 +125,9 @@ FoundFile StaticFiles::find(std::string_view path) const {
   if (FoundFile open = find_open(path); open.open) return open;
   if (const auto name = options_.protected_names.find_in(path); !name.empty())
     return {FoundFile::Kind::protected_name, std::string(name), {}};
-  // Mostly a page, which is not opened here.
-  if (const auto about = look(path); about && S_ISREG(about->st_mode)) return found(path, path, *about);
+  // Mostly a page, which is not opened here, or a folder with one.
+  const auto seen = look(path);
+  if (seen && (S_ISREG(seen->st_mode) || S_ISDIR(seen->st_mode))) return found(path, path, *seen);
   const base::FileDescriptor file = open_beneath("." + std::string(path), O_PATH, RESOLVE_NO_SYMLINKS);
   if (!file && errno == ELOOP) return find_linked(path);
   struct stat about {};

@@ -18,6 +18,11 @@ JSValueRef on_unhandled_rejection(JSContextRef ctx, JSObjectRef, JSObjectRef, st
   return JSValueMakeUndefined(ctx);
 }
 
+JSGlobalContextRef make_context(Engine& engine) {
+  const Watchdog::Quiet quiet(engine.watchdog());
+  return JSGlobalContextCreateInGroup(engine.group(), nullptr);
+}
+
 }  // namespace
 
 void World::Release::operator()(JSGlobalContextRef context) const {
@@ -26,9 +31,9 @@ void World::Release::operator()(JSGlobalContextRef context) const {
   JSGlobalContextRelease(context);
 }
 
-World::World(Engine& engine) : engine_(engine), context_(nullptr, Release{engine}) {
+World::World(Engine& engine)
+    : engine_(engine), context_(make_context(engine), Release{engine}), kept_wrappers_(context()) {
   const Watchdog::Quiet quiet(engine.watchdog());  // a half one is of no use
-  context_.reset(JSGlobalContextCreateInGroup(engine.group(), nullptr));
   prelude_ = std::make_unique<Prelude>(engine, context());
   JSObjectRef rejected = JSObjectMakeFunctionWithCallback(context(), nullptr, callback<on_unhandled_rejection>);
   JSGlobalContextSetUnhandledRejectionCallback(context(), rejected, nullptr);
@@ -145,6 +150,7 @@ bool World::restore() {
     host.is_set = false;
     if (!host.structure.is_kept() || (host.object && !host.object->are_members_kept())) return false;
   }
+  kept_wrappers_.restore();
   if (!built_ins_->are_structures_kept()) return false;
   Surroundings::Left left = page_->restore();
   undeclared_ = std::move(left.undeclared);

@@ -9,6 +9,7 @@
 
 #include "script/jsc.h"
 #include "script/world/built_ins.h"
+#include "script/world/kept_wrappers.h"
 #include "script/world/page_function.h"
 #include "script/world/prelude.h"
 
@@ -49,6 +50,8 @@ class World {
   // The name is set for the page that is about to run; where the wrapper of an earlier page can stand for its object,
   // that one.
   AutomationObject* set_host(std::u16string_view name);
+  // Where wrappers of other objects stay from page to page; null where they do not.
+  KeptWrappers* kept_wrappers() noexcept { return use_ == Use::once ? nullptr : &kept_wrappers_; }
   // The names that the host has set, one after the other.
   const std::u16string& host_names() const noexcept { return host_names_; }
   std::u16string take_host_names() noexcept { return std::move(host_names_); }
@@ -107,6 +110,7 @@ class World {
   std::unique_ptr<OpaqueJSContext, Release> context_;
   std::unique_ptr<Prelude> prelude_;
   std::vector<Host> hosts_;
+  KeptWrappers kept_wrappers_;
   std::unique_ptr<BuiltIns> built_ins_;
   std::u16string host_names_;
   std::unique_ptr<Surroundings> surroundings_;
