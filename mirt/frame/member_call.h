@@ -166,21 +166,28 @@ HRESULT call_with(Object* object, Member member, const DISPPARAMS* params, VARIA
   }
 }
 
+// How many of a member's parameters are arguments of a call.
+template <class... Parameters>
+constexpr std::size_t count_inputs() {
+  constexpr std::size_t count = sizeof...(Parameters);
+  if constexpr (count == 0) {
+    return 0;
+  } else {
+    using Last = std::tuple_element_t<count - 1, std::tuple<Parameters...>>;
+    return count - (std::is_pointer_v<Last> && Result<std::remove_pointer_t<Last>>::value ? 1 : 0);
+  }
+}
+
+template <class Owner, class... Parameters>
+constexpr UINT inputs_of(HRESULT (Owner::*)(Parameters...)) {
+  return count_inputs<Parameters...>();
+}
+
 template <class Object, class Owner, class... Parameters>
 HRESULT call_typed(Object* object, HRESULT (Owner::*member)(Parameters...), const DISPPARAMS* params, VARIANT* result,
                    UINT* argerr) {
-  using List = std::tuple<Parameters...>;
-  constexpr std::size_t count = sizeof...(Parameters);
-  constexpr bool has_result = [] {
-    if constexpr (count == 0) {
-      return false;
-    } else {
-      using Last = std::tuple_element_t<count - 1, List>;
-      return std::is_pointer_v<Last> && Result<std::remove_pointer_t<Last>>::value;
-    }
-  }();
-  return call_with<Object, decltype(member), List>(object, member, params, result, argerr,
-                                                   std::make_index_sequence<count - (has_result ? 1 : 0)>());
+  return call_with<Object, decltype(member), std::tuple<Parameters...>>(
+      object, member, params, result, argerr, std::make_index_sequence<count_inputs<Parameters...>()>());
 }
 
 // One late-bound call of the typed member on `instance`, which points at the interface.

@@ -75,7 +75,7 @@ HRESULT message_exists(void* instance, DISPPARAMS* params, VARIANT* result, UINT
 
 template <class Interface, auto M>
 constexpr Member method(const wchar_t* name) {
-  return {.name = name, .method = &call<Interface, M>};
+  return {.name = name, .method = &call<Interface, M>, .takes = inputs_of(M)};
 }
 template <class Interface, auto Get>
 constexpr Member property(const wchar_t* name) {
@@ -103,7 +103,7 @@ constexpr Member kPage[] = {
     property<IMirt, &IMirt::get_CommandName, &IMirt::put_CommandName>(L"CommandName"),
     object_property<IMirt, &IMirt::get_Output, &IMirt::putref_Output>(L"Output"),
     {.name = L"View", .get = read_view, .put = write_view, .putref = write_view},
-    {.name = L"SetView", .method = write_view},
+    {.name = L"SetView", .method = write_view, .takes = 2},
     property<IMirt, &IMirt::get_Include>(L"Include"),
     property<IMirt, &IMirt::get_Request>(L"Request"),
     property<IMirt, &IMirt::get_Name, &IMirt::put_Name>(L"Name"),
@@ -119,7 +119,7 @@ constexpr Member kPage[] = {
     method<IMirt, &IMirt::Write>(L"Write"),
     method<IMirt, &IMirt::Abandon>(L"Abandon"),
     method<IMirt, &IMirt::AddLog>(L"AddLog"),
-    {.name = L"FireEvent", .method = fire_event},
+    {.name = L"FireEvent", .method = fire_event, .takes = 3},
     method<IMirt, &IMirt::AddMessage>(L"AddMessage"),
     {.name = L"MessageExists", .method = message_exists},
     method<IMirt, &IMirt::ProcessTemplate>(L"ProcessTemplate"),

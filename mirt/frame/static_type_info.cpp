@@ -2,6 +2,9 @@
 
 #include <korlib/ptr.h>
 
+#include <string>
+
+#include "frame/error.h"
 #include "frame/values.h"
 
 namespace {
@@ -22,6 +25,14 @@ MEMBERID find_name(const MemberTable& table, std::wstring_view name) {
 const Member* find_member(const MemberTable& table, MEMBERID id) {
   const LONGLONG row = LONGLONG{id} - table.first;
   return row >= 0 && row < std::ssize(table.rows) ? &table.rows[static_cast<std::size_t>(row)] : nullptr;
+}
+
+HRESULT refuse_count(const Member& member, UINT given) {
+  return mirt::guarded([&] {
+    const std::wstring words = std::wstring(L"Wrong number of arguments: '") + member.name + L"' takes " +
+                               std::to_wstring(member.takes) + L", not " + std::to_wstring(given);
+    return RaiseError(DISP_E_BADPARAMCOUNT, L"Mirt", words.c_str());
+  });
 }
 
 MemberServer server_of(const Member& member, WORD flags) {
@@ -55,7 +66,10 @@ HRESULT MemberTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARA
     const Member* member = find_member(table, id);
     if (!member) continue;
     const MemberServer serve = server_of(*member, flags);
-    return serve ? serve(instance, params, result, argerr) : DISP_E_MEMBERNOTFOUND;
+    if (!serve) return DISP_E_MEMBERNOTFOUND;
+    const HRESULT hr = serve(instance, params, result, argerr);
+    const UINT given = params ? params->cArgs : 0;
+    return hr == DISP_E_BADPARAMCOUNT && given < member->takes ? refuse_count(*member, given) : hr;
   }
   return DISP_E_MEMBERNOTFOUND;
 }

@@ -18,6 +18,7 @@ struct Member {
   MemberServer get = nullptr;
   MemberServer put = nullptr;
   MemberServer putref = nullptr;
+  UINT takes = 0;  // how many arguments the method needs, for what is said of a call with fewer
 };
 
 // Members whose identifiers follow each other: the first row has the identifier `first`.
@@ -46,7 +47,8 @@ class MemberTypeInfo final : public StaticTypeInfo {
   // The first of `names` only, in any letter case; names of arguments get no identifier.
   STDMETHODIMP GetIDsOfNames(LPOLESTR* names, UINT count, MEMBERID* ids) override;
   // Flags are looked at bit by bit, writes before reads: a caller that cannot tell a method from a
-  // property read sets both bits and is served either way.
+  // property read sets both bits and is served either way. A method that was called with too few arguments says how
+  // many it takes.
   STDMETHODIMP Invoke(void* instance, MEMBERID id, WORD flags, DISPPARAMS* params, VARIANT* result,
                       EXCEPINFO* excepinfo, UINT* argerr) override;
 

@@ -5,9 +5,12 @@
 // object is kept: each counts as a reference to its module, and asking again costs a look-up.
 #include <korlib/activation.h>
 
+#include <algorithm>
 #include <string>
+#include <utility>
 
 #include <korlib/ptr.h>
+#include <korlib_host/class_table.h>
 #include <korlib_host/context.h>
 #include <korlib_host/errors.h>
 #include <korlib_host/registry_store.h>
@@ -94,6 +97,19 @@ HRESULT CoGetClassObject(REFCLSID clsid, DWORD, void*, REFIID riid, void** ppv) 
 HRESULT CLSIDFromProgID(const OLECHAR* prog_id, CLSID* clsid) {
   return korlib::guarded(kSource, clsid,
                          [&] { return prog_id ? clsid_from_prog_id(prog_id, clsid) : CO_E_CLASSSTRING; });
+}
+
+std::vector<std::wstring> korlib_host::prog_ids() {
+  std::vector<std::wstring> names;
+  host_classes().list_prog_ids(&names);
+  list_unregistered_prog_ids(&names);
+  if (const auto store = registry()) {
+    for (std::wstring& key : store->keys(L"")) {
+      if (store->has_key(key + L"\\CLSID")) names.push_back(std::move(key));
+    }
+  }
+  std::ranges::sort(names);
+  return names;
 }
 
 korlib_host::ContextScope::ContextScope(IUnknown* context) noexcept : context_(context), outer_(current_context) {

@@ -7,6 +7,7 @@
 #include <shared_mutex>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include <korlib_host/class_table.h>
 
@@ -23,7 +24,7 @@ class ClassTable {
   void add(REFCLSID clsid, const wchar_t* prog_id, Row row) {
     const std::unique_lock guard(lock_);
     rows_.insert_or_assign(clsid, std::move(row));
-    if (prog_id) prog_ids_.insert_or_assign(base::ascii_lowered(prog_id), clsid);
+    if (prog_id) prog_ids_.insert_or_assign(base::ascii_lowered(prog_id), Named{prog_id, clsid});
   }
 
   // A copy: modules may add classes while others are being asked.
@@ -37,8 +38,13 @@ class ClassTable {
     const std::shared_lock guard(lock_);
     const auto found = prog_ids_.find(name);
     if (found == prog_ids_.end()) return false;
-    *clsid = found->second;
+    *clsid = found->second.clsid;
     return true;
+  }
+  // Those that there are, as they were written last, after what is in `names`.
+  void list_prog_ids(std::vector<std::wstring>* names) const {
+    const std::shared_lock guard(lock_);
+    for (const auto& [key, named] : prog_ids_) names->push_back(named.prog_id);
   }
 
  private:
@@ -51,9 +57,14 @@ class ClassTable {
     }
   };
 
+  struct Named {
+    std::wstring prog_id;
+    CLSID clsid;
+  };
+
   mutable std::shared_mutex lock_;
   std::unordered_map<CLSID, Row, Hash> rows_;
-  std::unordered_map<std::wstring, CLSID> prog_ids_;
+  std::unordered_map<std::wstring, Named> prog_ids_;  // by name in small letters
 };
 
 using CreateFunction = HRESULT (*)(REFIID riid, void** ppv);

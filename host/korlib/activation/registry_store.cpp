@@ -150,6 +150,15 @@ std::optional<std::wstring> RegistryStore::value(std::wstring_view key, std::wst
   });
 }
 
+std::vector<std::wstring> RegistryStore::keys(std::wstring_view key) const {
+  return impl_->read(key, [](const RegistryKey* found) {
+    std::vector<std::wstring> names;
+    if (!found) return names;
+    for (const auto& [name, below] : found->keys) names.push_back(name);
+    return names;
+  });
+}
+
 HRESULT RegistryStore::create_key(std::wstring_view key) {
   return impl_->write(key, [](RegistryKey& root, const std::vector<std::wstring_view>& names) {
     RegistryKey* at = &root;

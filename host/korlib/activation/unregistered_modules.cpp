@@ -41,6 +41,8 @@ bool find_unregistered_prog_id(const wchar_t* prog_id, CLSID* clsid) {
   return unregistered().classes.find_prog_id(prog_id, clsid);
 }
 
+void list_unregistered_prog_ids(std::vector<std::wstring>* names) { unregistered().classes.list_prog_ids(names); }
+
 HRESULT unregistered_class_object(REFCLSID clsid, REFIID riid, std::shared_ptr<Module>* module, void** ppv) {
   if (const auto bare = unregistered().classes.find(clsid)) {
     RETURN_IF_FAILED(get_module((*bare)->file, module));

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "activation/module.h"
 
@@ -9,6 +11,9 @@ namespace korlib::activation {
 
 // The identifier made up for a ProgID of such a module.
 bool find_unregistered_prog_id(const wchar_t* prog_id, CLSID* clsid);
+
+// All such ProgIDs, after what is in `names`.
+void list_unregistered_prog_ids(std::vector<std::wstring>* names);
 
 // The class object behind a made-up identifier, or from the first such module that knows the identifier.
 // REGDB_E_CLASSNOTREG when none does. A module that is not there is passed over unless the identifier is

@@ -2,6 +2,7 @@
 
 #include "database/convert.h"
 #include "database/errors.h"
+#include "database/failed_statement.h"
 #include "database/recordset.h"
 #include "odbc/connection_pool.h"
 #include "odbc/connection_string.h"
@@ -43,9 +44,14 @@ void Connection::close() noexcept {
 std::unique_ptr<odbc::ResultSet> Connection::run(const std::wstring& sql, std::vector<odbc::Parameter>& parameters,
                                                  LONG timeout, bool is_kept) {
   errors_.clear();
-  auto statement = std::make_unique<odbc::Statement>(odbc_, timeout);
-  statement->run(sql, parameters);
-  return std::make_unique<odbc::ResultSet>(std::move(statement), is_kept);
+  try {
+    auto statement = std::make_unique<odbc::Statement>(odbc_, timeout);
+    statement->run(sql, parameters);
+    return std::make_unique<odbc::ResultSet>(std::move(statement), is_kept);
+  } catch (const odbc::Failure& failure) {
+    remember_failed_statement(sql, parameters, failure.text());
+    throw;
+  }
 }
 
 HRESULT Connection::Open(BSTR connection_string, BSTR user, BSTR password, LONG) {

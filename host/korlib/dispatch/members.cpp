@@ -1,5 +1,7 @@
 #include <korlib_host/members.h>
 
+#include <string>
+
 #include <korlib/ptr.h>
 #include <korlib_host/errors.h>
 
@@ -25,6 +27,22 @@ struct Call {
 
 bool fits(const Operation& operation, UINT count) {
   return operation.run && count >= operation.required && count <= operation.accepted;
+}
+
+// For a call, in words. Who reads goes on from that.
+HRESULT refuse_count(const Member& member, const Operation& operation, const Call& call) {
+  if ((call.flags & DISPATCH_METHOD) == 0) return DISP_E_BADPARAMCOUNT;
+  return guarded({}, [&] {
+    std::wstring takes = operation.accepted == 0 ? L"none" : std::to_wstring(operation.required);
+    if (operation.accepted == kAnyNumber) {
+      takes += L" or more";
+    } else if (operation.accepted > operation.required) {
+      takes += L" to " + std::to_wstring(operation.accepted);
+    }
+    std::wstring words = L"Wrong number of arguments: '";
+    words.append(member.name).append(L"' takes ").append(takes);
+    return raise(DISP_E_BADPARAMCOUNT, {}, words.append(L", not ").append(std::to_wstring(call.params->cArgs)));
+  });
 }
 
 HRESULT run(const Operation& operation, const Call& call) {
@@ -77,13 +95,13 @@ HRESULT call_or_get(const Member& member, const Call& call) {
   if (call.params->cNamedArgs != 0) return DISP_E_NONAMEDARGS;
   const UINT count = call.params->cArgs;
   if ((call.flags & DISPATCH_METHOD) && member.method.run) {
-    return fits(member.method, count) ? run(member.method, call) : DISP_E_BADPARAMCOUNT;
+    return fits(member.method, count) ? run(member.method, call) : refuse_count(member, member.method, call);
   }
   if ((call.flags & DISPATCH_PROPERTYGET) && member.get.run) {
     const bool is_read = (call.flags & DISPATCH_METHOD) == 0;
     if (is_read && count < member.get.required_to_read) return DISP_E_BADPARAMCOUNT;
     if (fits(member.get, count)) return run(member.get, call);
-    return member.get.accepted == 0 ? pass_on(member.get, call) : DISP_E_BADPARAMCOUNT;
+    return member.get.accepted == 0 ? pass_on(member.get, call) : refuse_count(member, member.get, call);
   }
   return DISP_E_MEMBERNOTFOUND;
 }

@@ -1,5 +1,6 @@
 #include "variant/change_type.h"
 
+#include <korlib/errorinfo.h>
 #include <korlib/ptr.h>
 #include <korlib_host/errors.h>
 
@@ -28,7 +29,9 @@ HRESULT default_member(const VARIANT& object, CComVariant* value) {
   const WORD flags = DISPATCH_PROPERTYGET | DISPATCH_METHOD;
   const HRESULT hr =
       dispatch->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, &none, value->put(), nullptr, nullptr);
-  return has_no_value(hr) ? DISP_E_TYPEMISMATCH : hr;
+  if (!has_no_value(hr)) return hr;
+  SetErrorInfo(0, nullptr);  // its words are not about the conversion
+  return DISP_E_TYPEMISMATCH;
 }
 
 HRESULT to_interface(const VARIANT& source, VARTYPE vt, VARIANT* target) {

@@ -1,8 +1,10 @@
 #include "intrinsics/server_object.h"
 
 #include <korlib/activation.h>
+#include <korlib_host/class_table.h>
 
 #include "intrinsics/value_text.h"
+#include "language/name_distance.h"
 #include "script/watchdog.h"
 #include "text/charset.h"
 #include "text/html.h"
@@ -16,6 +18,12 @@ namespace {
 constexpr std::wstring_view kSource = L"Server";
 
 std::wstring quoted(std::wstring_view text) { return L"\"" + std::wstring(text) + L"\""; }
+
+std::wstring no_class(std::wstring_view name) {
+  const std::wstring meant = language::nearest_name(korlib_host::prog_ids(), name);
+  return L"CreateObject: no class is registered as " + quoted(name) +
+         (meant.empty() ? L"." : L"; did you mean " + quoted(meant) + L"?");
+}
 
 // Keeps the error object that the failing call has set; without one, sets one with this text.
 HRESULT raise_unless_said(HRESULT hr, std::wstring_view text) {
@@ -93,7 +101,7 @@ HRESULT ServerObject::CreateObject(BSTR prog_id, IDispatch** object) {
     CLSID clsid{};
     HRESULT hr = CLSIDFromProgID(CComBSTR(name), &clsid);
     if (FAILED(hr)) hr = CLSIDFromString(CComBSTR(name), &clsid);
-    if (FAILED(hr)) return raise_unless_said(hr, L"CreateObject: no class is registered as " + quoted(name) + L".");
+    if (FAILED(hr)) return raise_unless_said(hr, no_class(name));
     CComPtr<IDispatch> made;
     hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch, made.put_void());
     if (FAILED(hr)) return raise_unless_said(hr, L"CreateObject: an object of " + quoted(name) + L" cannot be made.");

@@ -142,6 +142,7 @@ HRESULT ObjectCalls::put(IDispatch* object, DISPID id, CallArguments& arguments,
   if (SUCCEEDED(get_object(object, id, arguments, kCall, &inner))) {
     return put_once(inner.get(), DISPID_VALUE, none, value);
   }
+  SetErrorInfo(0, nullptr);  // the words are about what was tried last
   return hr;
 }
 

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <link.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include <korlib_host/class_table.h>
@@ -49,6 +50,18 @@ TEST_F(Activation, PutsHostClassesFirst) {
   CComPtr<IClassFactory> factory;
   EXPECT_EQ(S_OK, CoGetClassObject(kHostClass, kContext, nullptr, IID_IClassFactory, factory.put_void()));
   EXPECT_EQ(Steps(), take_steps()) << "the module was opened";
+}
+
+TEST_F(Activation, ListsTheProgIdsThatItKnows) {
+  register_class(L"Registered.Here", sample::kFirst, sample_file().wstring());
+  EXPECT_EQ(S_OK, store_->create_key(L"Not.A.Class\\Other"));
+  const std::vector<std::wstring> all = korlib_host::prog_ids();
+  for (const wchar_t* name : {L"Test.HostClass", L"Registered.Here"}) {
+    EXPECT_EQ(1, std::ranges::count(all, name));
+  }
+  EXPECT_EQ(0, std::ranges::count(all, L"Not.A.Class"));
+  EXPECT_EQ(0, std::ranges::count(all, L"CLSID"));
+  EXPECT_TRUE(std::ranges::is_sorted(all));
 }
 
 TEST_F(Activation, TakesTheRowOfAHostClassThatCameLast) {
@@ -290,6 +303,7 @@ TEST_F(Activation, FindsAModuleThatIsNotRegistered) {
   register_class(L"Bare", sample::kSecond, sample_file().wstring());
   ASSERT_EQ(S_OK, create(L"Bare", &object));
   EXPECT_EQ(2, number_of(object));
+  EXPECT_EQ(1, std::ranges::count(korlib_host::prog_ids(), L"Bare.Second"));
 }
 
 TEST_F(Activation, KnowsTheFileOfAModule) {

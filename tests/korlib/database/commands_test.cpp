@@ -49,6 +49,29 @@ TEST_P(Commands, TakeTheirOwnValuesWhereExecuteGivesNone) {
   EXPECT_EQ(L"one;two;", names(query.get(), omitted(), second)) << "an element that is left out";
 }
 
+TEST_P(Commands, TellTheStatementThatWasRefused) {
+  korlib_host::take_failed_statement();
+  EXPECT_EQ(L"one;", names(command(L"SELECT name FROM item WHERE id = 1").get()));
+  EXPECT_FALSE(korlib_host::take_failed_statement());
+  const std::wstring sql = L"INSERT INTO nowhere VALUES (?, ?, ?)";
+  const CComPtr<IDispatch> refused = command(sql.c_str());
+  append(refused.get(), kInteger, 0, CComVariant(LONG{7}));
+  append(refused.get(), kText, 500, CComVariant(std::wstring_view(std::wstring(300, L'x'))));
+  append(refused.get(), kText, 50, test::null_value());
+  const test::Answer answer = call(refused.get(), L"Execute");
+  EXPECT_TRUE(FAILED(answer.hr));
+  const auto failed = korlib_host::take_failed_statement();
+  ASSERT_TRUE(failed);
+  EXPECT_EQ(sql, failed->text);
+  EXPECT_EQ((std::vector<std::wstring>{L"7", L"'" + std::wstring(200, L'x') + L"…'", L"NULL"}), failed->parameters);
+  EXPECT_EQ(answer.description, failed->error);
+  EXPECT_FALSE(korlib_host::take_failed_statement()) << "it was taken";
+  // Another page is not told.
+  call(refused.get(), L"Execute");
+  korlib_host::roll_back_transactions();
+  EXPECT_FALSE(korlib_host::take_failed_statement());
+}
+
 TEST_P(Commands, GiveATableByItsName) {
   for (const LONG type : {2, 512}) {
     const CComPtr<IDispatch> table = command(L"item");

@@ -7,6 +7,7 @@
 
 #include <korlib/activation.h>
 #include <korlib/dbcommand.h>
+#include <korlib_host/database.h>
 
 #include "support/late_bound.h"
 #include "support/temporary_folder.h"

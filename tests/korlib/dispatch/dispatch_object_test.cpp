@@ -134,6 +134,19 @@ TEST_F(DispatchObject, FillsInOptionalArguments) {
   EXPECT_EQ(DISP_E_PARAMNOTFOUND, call(object(), L"Add", left_out()).hr);
 }
 
+TEST_F(DispatchObject, SaysHowManyArgumentsACallTakes) {
+  const auto words = [&](const auto&... arguments) {
+    const test::Answer answer = call(object(), arguments...);
+    EXPECT_EQ(DISP_E_BADPARAMCOUNT, answer.hr);
+    return answer.description;
+  };
+  EXPECT_EQ(L"Wrong number of arguments: 'Add' takes 1 to 4, not 0", words(L"Add"));
+  EXPECT_EQ(L"Wrong number of arguments: 'Add' takes 1 to 4, not 5", words(L"Add", 1, 2, 3, 4, 5));
+  EXPECT_EQ(L"Wrong number of arguments: 'Take' takes 1, not 2", words(L"Take", 1, 2));
+  // A reader goes on from it.
+  EXPECT_EQ(L"", get(object(), L"Slots", 1, 2).description);
+}
+
 TEST_F(DispatchObject, FollowsReferences) {
   CComVariant variable(LONG{5});
   EXPECT_EQ(VT_I4, number_of(call(object(), L"Describe", test::by_reference(&variable))));

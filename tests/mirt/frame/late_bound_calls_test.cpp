@@ -97,6 +97,23 @@ TEST_F(LateBoundCalls, NameTheArgumentThatDoesNotConvert) {
   }
 }
 
+TEST_F(LateBoundCalls, SayHowManyArgumentsAMethodTakes) {
+  RecordingMirt page;
+  void* instance = static_cast<IMirt*>(&page);
+  const CComVariant one(L"1");
+  const auto words = [&](DISPID id, WORD kind, std::vector<CComVariant> arguments) {
+    SetErrorInfo(0, nullptr);
+    EXPECT_EQ(DISP_E_BADPARAMCOUNT, invoke(info("g_pTI_IMirt"), instance, id, kind, arguments).hr);
+    return test::take_error().description;
+  };
+  EXPECT_EQ(L"Wrong number of arguments: 'Write' takes 2, not 1", words(25, M, {one}));
+  EXPECT_EQ(L"Wrong number of arguments: 'SetView' takes 2, not 0", words(12, M, {}));
+  EXPECT_EQ(L"Wrong number of arguments: 'FireEvent' takes 3, not 2", words(28, M, {one, one}));
+  // A member's own refusal is told in its own words, or none.
+  page.answer = DISP_E_BADPARAMCOUNT;
+  EXPECT_EQ(L"", words(36, M, {one}));
+}
+
 TEST_F(LateBoundCalls, NameNoArgumentWhenTheMemberItselfRefuses) {
   RecordingMirt page;
   page.answer = DISP_E_TYPEMISMATCH;

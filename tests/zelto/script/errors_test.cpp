@@ -24,9 +24,9 @@ TEST_F(Errors, WithoutWordsNameMemberAndCode) {
       {L"o.Fail(-2147352571)", "Error: Type mismatch: 'Fail' (0x80020005) at /site/page.asp:1"},
       {L"o.Fail(-2147024809)", "Error: Invalid argument: 'Fail' (0x80070057) at /site/page.asp:1"},
       {L"o.Fail(-2147220000)", "Error: Automation error: 'Fail' (0x800405E0) at /site/page.asp:1"},
-      {L"o.Keep()", "Error: Wrong number of arguments: 'Keep' (0x8002000E) at /site/page.asp:1"},
-      {L"o.Keep(1, 2)", "Error: Wrong number of arguments: 'Keep' (0x8002000E) at /site/page.asp:1"},
-      {L"o.Keep;", "Error: Wrong number of arguments: 'Keep' (0x8002000E) at /site/page.asp:1"},
+      {L"o.Keep()", "Error: Wrong number of arguments: 'Keep' takes 1, not 0 at /site/page.asp:1"},
+      {L"o.Keep(1, 2)", "Error: Wrong number of arguments: 'Keep' takes 1, not 2 at /site/page.asp:1"},
+      {L"o.Keep;", "Error: Wrong number of arguments: 'Keep' takes 1, not 0 at /site/page.asp:1"},
       {L"o.Inner = 1",
        "Error: Object doesn't support this property or method: 'Inner' (0x80020003) at /site/page.asp:1"},
   };

@@ -7,6 +7,8 @@
 #pragma once
 
 #include <span>
+#include <string>
+#include <vector>
 
 #include <korlib_host/counted.h>
 #include <korlib_host/errors.h>
@@ -37,6 +39,11 @@ struct ClassRow {
 // CoGetClassObject and CLSIDFromProgID know the rows from then on and prefer them to any registration. Rows cannot be
 // taken out. Any thread may call it. Throws std::bad_alloc.
 KORLIB_API void register_classes(std::span<const ClassRow> rows);
+
+// The ProgIDs that CLSIDFromProgID knows: host classes, what is registered, and modules that are found without being
+// registered. Sorted; for what is said of a name that is none of them. Any thread may call it. Throws
+// std::bad_alloc.
+KORLIB_API std::vector<std::wstring> prog_ids();
 
 // For a file that brings classes: a constant of this type at namespace scope adds them when the library
 // is loaded.

@@ -48,6 +48,9 @@ class Arguments {
 // How many arguments of a member may be optional.
 inline constexpr std::size_t kMaxOptional = 6;
 
+// As the largest number of arguments: any.
+inline constexpr BYTE kAnyNumber = 255;
+
 // One thing that a member can do: be called, read, assigned, or assigned by reference. `run` is null when it cannot.
 struct Operation {
   // Converts the arguments, calls the member function of `self` and puts its result into *result, which is VT_EMPTY
@@ -57,7 +60,7 @@ struct Operation {
   Run run = nullptr;
   bool exists = false;               // with sanitizers the compiler does not compare `run` in a constant expression
   BYTE required = 0;                 // the least number of arguments
-  BYTE accepted = 0;                 // the largest; 255 for any number
+  BYTE accepted = 0;                 // the largest, or kAnyNumber
   BYTE required_to_read = 0;         // of a property that is read and not called (DISPATCH_PROPERTYGET alone)
   LONG defaults[kMaxOptional] = {};  // for the arguments from `required` on
 };
@@ -121,7 +124,9 @@ KORLIB_API HRESULT ids_of_names(std::span<const Member> members, LPOLESTR* names
 // argument is VT_EMPTY for a VARIANT that is required, and DISP_E_PARAMNOTFOUND for any other type. The index of an
 // argument that cannot be converted goes to *argerr, which is left alone otherwise: the member has not run then. A put
 // with both put bits set stores an object with putref where the member has it, with put otherwise. A
-// failing member's code is returned unchanged; its words are in the thread's error object.
+// failing member's code is returned unchanged; its words are in the thread's error object. So are those of a call with
+// a wrong number of arguments, which say how many the member takes; a read that finds that there should be some has
+// none.
 KORLIB_API HRESULT invoke_member(std::span<const Member> members, void* self, DISPID id, REFIID riid, LCID lcid,
                                  WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO* excepinfo, UINT* argerr);
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <korlib/hresult.h>
 #include <korlib/types.h>
@@ -38,6 +39,8 @@ class KORLIB_API RegistryStore {
   bool has_key(std::wstring_view key) const;
   // The text of a value; nothing where the key or the value is missing.
   std::optional<std::wstring> value(std::wstring_view key, std::wstring_view name) const;
+  // The names of the keys right below it; none where it is missing.
+  std::vector<std::wstring> keys(std::wstring_view key) const;
 
   // Makes the key and those above it that are missing; one that is there is left alone. An empty name
   // within the path, or one too long (255 characters), is E_INVALIDARG. E_FAIL when the file cannot be

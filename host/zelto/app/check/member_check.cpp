@@ -2,6 +2,7 @@
 
 #include <korlib/activation.h>
 #include <korlib/combstr.h>
+#include <korlib_host/class_table.h>
 
 #include <algorithm>
 #include <set>
@@ -36,14 +37,6 @@ const std::vector<Object>& objects() {
                                           {L"Server", ServerObject::members()},
                                           {L"Session", SessionObject::members()},
                                           {L"Application", ApplicationObject::members()}};
-  return all;
-}
-
-// What a class that there is not may have been meant to be; whether one is there, the runtime knows.
-const std::vector<std::string>& usual_classes() {
-  static const std::vector<std::string> all = {"ADODB.Command", "ADODB.Connection",     "ADODB.Recordset",
-                                               "ADODB.Stream",  "Scripting.Dictionary", "Scripting.FileSystemObject",
-                                               "Mirt",          "Mirt.TextTemplator",   "Mirt.Utility"};
   return all;
 }
 
@@ -134,8 +127,7 @@ class MemberReader : language::Chains {
     const std::wstring_view name = literal_text(word(i + 2));
     if (!is(i + 1, L"(") || !is(i + 3, L")") || name.empty() || has_class(name)) return;
     std::vector<std::string> known;
-    for (const std::string& one : usual_classes())
-      if (has_class(to_wide(one))) known.push_back(one);
+    for (const std::wstring& one : korlib_host::prog_ids()) known.push_back(to_utf8(one));
     findings_.error(places_.at(tokens_[i + 2].begin),
                     "No class is registered as '" + to_utf8(name) + "'" + ending(suggestion(known, to_utf8(name))));
   }

@@ -46,9 +46,9 @@ TEST_F(KeptWrappers, AreLetGoWhenThePageHasChangedThem) {
        {L"Object.setPrototypeOf(i, { x: 1 })", L"Object.defineProperty(i, 'x', { value: 1 })", L"Object.freeze(i)",
         L"close.x = 1", L"Object.setPrototypeOf(close, { x: 1 })", L"Object.preventExtensions(close)"}) {
     const std::wstring look =
-        L"var close = [i][0].Close; var seen = '' + i.x + close.x + Object.isExtensible(i) + Object.isExtensible(close);";
-    const ProgramPtr program =
-        page_of(L"o.Act(); var i = o.Inner;" + look + change + L"; Response.Write(seen)");
+        L"var close = [i][0].Close; var seen = '' + i.x + close.x + Object.isExtensible(i) + "
+        L"Object.isExtensible(close);";
+    const ProgramPtr program = page_of(L"o.Act(); var i = o.Inner;" + look + change + L"; Response.Write(seen)");
     const std::string untouched = "undefinedundefinedtruetrue";
     wrapper_after(program, untouched);
     JSObjectRef wrapper = wrapper_after(program, untouched);
@@ -101,8 +101,8 @@ TEST_F(KeptWrappers, AnswerAPageThatHasEndedThatItHas) {
     ask(program);
     DISPPARAMS none{};
     if (!held) continue;
-    EXPECT_TRUE(FAILED(
-        held->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr)));
+    EXPECT_TRUE(FAILED(held->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &none, nullptr,
+                                    nullptr, nullptr)));
     EXPECT_EQ(0, static_cast<Probe*>(probe->inner.get())->closed);
   }
 }
