@@ -5,6 +5,7 @@
 #include <korlib/winapi.h>
 
 #include "frame/error.h"
+#include "frame/error_places.h"
 #include "page/mirt_impl.h"
 #include "page/text.h"
 #include "templator/marks.h"
@@ -24,7 +25,7 @@ HRESULT report_with_mark(HRESULT hr, const CMarkData& mark) {
                      LOCALE_SYSTEM_DEFAULT, buffer.data(), static_cast<DWORD>(buffer.size()), nullptr);
   const std::wstring_view system_text(buffer.data(), std::min<std::size_t>(length, kLongestText));
   const CComBSTR text = page::join({system_text, L"[(#", {&mark.Type, 1}, mark.Name.view(), L"#)]"});
-  return RaiseError(hr, L"Mirt", text ? text.get() : L"");
+  return mirt::raise_around(hr, L"Mirt", text ? text.get() : L"");
 }
 
 }  // namespace

@@ -48,7 +48,7 @@ HRESULT Templates::draw(std::wstring_view name) {
   const CComBSTR read_as = charset;
   const HRESULT read = read_text_file(canonical, read_as, text.put());
   if (FAILED(read)) return draw_unreadable(canonical.view(), read);
-  return are_cached ? draw_cached(composed, text) : draw_text(composed, text);
+  return are_cached ? draw_cached(composed, canonical, text) : draw_text(composed, canonical, text);
 }
 
 // When the stack is used up, as by a template that draws itself, nothing is wrong with the file, and no script can run.
@@ -60,24 +60,24 @@ HRESULT Templates::draw_unreadable(std::wstring_view path, HRESULT read) {
   return is_drawn ? S_OK : raise({L"Template file can't read.[", path, L"]"});
 }
 
-HRESULT Templates::draw_text(const CComBSTR& path, BSTR text) {
+HRESULT Templates::draw_text(const CComBSTR& path, const CComBSTR& file, BSTR text) {
   current_ = path;
-  return engine_.Process(text);
+  return engine_.Process(text, file.view());
 }
 
 // The cache goes by the composed path, and notices a changed file by its time. The text has been read in any case: the
 // cache saves the parsing.
-HRESULT Templates::draw_cached(const CComBSTR& path, BSTR text) {
+HRESULT Templates::draw_cached(const CComBSTR& path, const CComBSTR& file, BSTR text) {
   CTemplate* kept = nullptr;
   g_oTemplateCache.Take(path, &kept);
   TemplateRef parsed(kept);
   if (!parsed) {
     parsed.reset(new CTemplate);
-    RETURN_IF_FAILED(engine_.Parse(text, *parsed));
+    RETURN_IF_FAILED(engine_.Parse(text, *parsed, file.view()));
     g_oTemplateCache.Store(path, parsed.get());
   }
   current_ = path;
-  return engine_.Process(*parsed);
+  return engine_.Process(*parsed, korlib::view_of(text), file.view());
 }
 
 }  // namespace page

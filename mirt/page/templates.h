@@ -34,8 +34,9 @@ class Templates {
 
  private:
   HRESULT draw_unreadable(std::wstring_view path, HRESULT read);
-  HRESULT draw_text(const CComBSTR& path, BSTR text);
-  HRESULT draw_cached(const CComBSTR& path, BSTR text);
+  // `file` is the canonical form of the path, by which errors name the template.
+  HRESULT draw_text(const CComBSTR& path, const CComBSTR& file, BSTR text);
+  HRESULT draw_cached(const CComBSTR& path, const CComBSTR& file, BSTR text);
 
   CTemplatorConcept& engine_;
   DrawInstead draw_instead_;

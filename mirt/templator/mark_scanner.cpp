@@ -124,36 +124,44 @@ HRESULT CTemplatorConcept::read_mark(const Delimiters& d, std::wstring_view text
   return invalid_mark_order();
 }
 
-HRESULT CTemplatorConcept::Parse(wchar_t* source, CTemplate& tmpl) {
+HRESULT CTemplatorConcept::parse(const Delimiters& d, CTemplate& tmpl, Progress& progress) {
+  const std::wstring_view text = progress.text;
+  std::wstring run;
+  MarkScratch scratch;
+  std::size_t pos = 0;
+  while (pos < text.size()) {
+    const std::size_t start = d.next_start(text, pos);
+    run.append(text, pos, start - pos);
+    pos = start;
+    if (pos == text.size()) break;
+    if (stands_at(text, pos, d.escape)) {
+      run.append(take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose}).view());
+    } else if (stands_at(text, pos, d.mark_open)) {
+      RETURN_IF_FAILED(push_text(tmpl, run));
+      run.clear();
+      progress.mark = pos;
+      pos += d.mark_open.size();
+      auto mark = std::make_unique<CMarkData>();
+      RETURN_IF_FAILED(read_mark(d, text, pos, *mark, scratch));
+      tmpl.Marks.push_back(mark.get());
+      (void)mark.release();
+      pos += d.mark_close.size();
+      progress.mark = Progress::kNowhere;
+    } else if (stands_at(text, pos, d.mark_close)) {
+      progress.mark = pos;
+      return invalid_mark_order();
+    } else {
+      run.push_back(text[pos++]);
+    }
+  }
+  return push_text(tmpl, run);
+}
+
+HRESULT CTemplatorConcept::Parse(wchar_t* source, CTemplate& tmpl, std::wstring_view file) {
   return mirt::guarded([&] {
     if (!is_complete()) return E_OUTOFMEMORY;
-    const Delimiters d = delimiters();
-    const std::wstring_view text = korlib::view_of(source);
-    std::wstring run;
-    MarkScratch scratch;
-    std::size_t pos = 0;
-    while (pos < text.size()) {
-      const std::size_t start = d.next_start(text, pos);
-      run.append(text, pos, start - pos);
-      pos = start;
-      if (pos == text.size()) break;
-      if (stands_at(text, pos, d.escape)) {
-        run.append(take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose}).view());
-      } else if (stands_at(text, pos, d.mark_open)) {
-        RETURN_IF_FAILED(push_text(tmpl, run));
-        run.clear();
-        pos += d.mark_open.size();
-        auto mark = std::make_unique<CMarkData>();
-        RETURN_IF_FAILED(read_mark(d, text, pos, *mark, scratch));
-        tmpl.Marks.push_back(mark.get());
-        (void)mark.release();
-        pos += d.mark_close.size();
-      } else if (stands_at(text, pos, d.mark_close)) {
-        return invalid_mark_order();
-      } else {
-        run.push_back(text[pos++]);
-      }
-    }
-    return push_text(tmpl, run);
+    Progress progress{korlib::view_of(source), file};
+    const HRESULT hr = parse(delimiters(), tmpl, progress);
+    return SUCCEEDED(hr) ? hr : fail_at(hr, progress);
   });
 }

@@ -10,9 +10,9 @@
 #include "templator/mark_data.h"
 
 struct ScannedText {
-  // One of the three.
+  // One of the three; a mark has letters too.
   struct Piece {
-    std::wstring_view letters;        // of `text`, written one by one
+    std::wstring_view letters;        // of `text`, written one by one; of a mark, what it is written as
     BSTR delimiter = nullptr;         // an escaped one, or the escape itself, written whole; the engine's
     std::unique_ptr<CMarkData> mark;  // drawn
   };

@@ -23,10 +23,11 @@ class GTemplatorImpl : public Interface, protected CTemplatorConcept {
   STDMETHODIMP ProcessTemplateFile(BSTR path, BSTR charset) override {
     CComBSTR text;
     RETURN_IF_FAILED(GetTemplate(path, charset, text.put()));
-    return ProcessTemplate(text);
+    const CComPtr<IDispatch> self(this);  // a script may let go of it meanwhile
+    return Process(text, korlib::view_of(path));
   }
   STDMETHODIMP ProcessTemplate(BSTR text) override {
-    const CComPtr<IDispatch> self(this);  // a script may let go of it meanwhile
+    const CComPtr<IDispatch> self(this);
     return Process(text);
   }
 

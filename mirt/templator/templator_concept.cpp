@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "frame/error.h"
-#include "templator/delimiters.h"
+#include "templator/scan.h"
 #include "templator/scanned_text.h"
 
 CTemplatorConcept::CTemplatorConcept(const wchar_t* markTypes)
@@ -51,33 +51,6 @@ HRESULT CTemplatorConcept::write_letters(std::wstring_view text, BSTR letter) {
   return S_OK;
 }
 
-// Hands the visitor the text in its order: letters, delimiters that were escaped, and marks, for which it lends the
-// place. An error is met where it stands, when all in front of it has been handed over.
-template <class Visitor>
-HRESULT CTemplatorConcept::scan(const Delimiters& d, std::wstring_view text, Visitor& visitor) {
-  std::size_t pos = 0;
-  while (pos < text.size()) {
-    const std::size_t literal_end = d.next_start(text, pos);
-    if (literal_end > pos) RETURN_IF_FAILED(visitor.on_letters(text.substr(pos, literal_end - pos)));
-    pos = literal_end;
-    if (pos == text.size()) break;
-    if (stands_at(text, pos, d.escape)) {
-      RETURN_IF_FAILED(visitor.on_delimiter(take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose}).get()));
-    } else if (stands_at(text, pos, d.mark_open)) {
-      pos += d.mark_open.size();
-      auto [data, scratch] = visitor.fresh_mark();
-      RETURN_IF_FAILED(read_mark(d, text, pos, data, scratch));
-      RETURN_IF_FAILED(visitor.on_mark());
-      pos += d.mark_close.size();
-    } else if (stands_at(text, pos, d.mark_close)) {
-      return invalid_mark_order();
-    } else {
-      RETURN_IF_FAILED(visitor.on_letters(text.substr(pos++, 1)));
-    }
-  }
-  return S_OK;
-}
-
 // Draws while it scans.
 class CTemplatorConcept::Drawer {
  public:
@@ -90,7 +63,7 @@ class CTemplatorConcept::Drawer {
     mark_ = &lease_->fresh();
     return {mark_->data, mark_->scratch};
   }
-  HRESULT on_mark() { return engine_.OnMarked(mark_->data); }
+  HRESULT on_mark(std::wstring_view) { return engine_.OnMarked(mark_->data); }
 
  private:
   CTemplatorConcept& engine_;
@@ -116,7 +89,10 @@ class CTemplatorConcept::Keeper {
     kept_.pieces.push_back({{}, nullptr, std::make_unique<CMarkData>()});
     return {*kept_.pieces.back().mark, scratch_};
   }
-  HRESULT on_mark() { return S_OK; }
+  HRESULT on_mark(std::wstring_view text) {
+    kept_.pieces.back().letters = text;
+    return S_OK;
+  }
 
  private:
   ScannedText& kept_;
@@ -135,15 +111,18 @@ std::shared_ptr<const ScannedText> CTemplatorConcept::scanned_before(const Delim
   const auto scanned = std::make_shared<ScannedText>();
   scanned->text = text;
   Keeper keeper(*scanned);
-  if (!mirt::succeeded_or_forgotten(scan(d, scanned->text, keeper))) return nullptr;
+  Progress progress{scanned->text, {}};
+  if (!mirt::succeeded_or_forgotten(scan(d, progress, keeper))) return nullptr;
   m_spScanned = scanned;
   return scanned;
 }
 
-HRESULT CTemplatorConcept::draw(const ScannedText& scanned, BSTR letter) {
+HRESULT CTemplatorConcept::draw(const ScannedText& scanned, BSTR letter, Progress& progress) {
   for (const ScannedText::Piece& piece : scanned.pieces) {
     if (piece.mark) {
+      progress.mark = static_cast<std::size_t>(piece.letters.data() - scanned.text.data());
       RETURN_IF_FAILED(OnMarked(*piece.mark));
+      progress.mark = Progress::kNowhere;
     } else if (piece.delimiter) {
       RETURN_IF_FAILED(write_output(piece.delimiter));
     } else {
@@ -153,29 +132,38 @@ HRESULT CTemplatorConcept::draw(const ScannedText& scanned, BSTR letter) {
   return S_OK;
 }
 
-HRESULT CTemplatorConcept::Process(wchar_t* source) {
+HRESULT CTemplatorConcept::Process(wchar_t* source, std::wstring_view file) {
   return mirt::guarded([&] {
     if (!m_pOutput) return E_FAIL;
     // One string for every literal character: a sink takes a copy of what it is given.
     const CComBSTR one(std::wstring_view(L" ", 1));
     if (!one.get() || !is_complete()) return E_OUTOFMEMORY;
     const Delimiters d = delimiters();
-    const std::wstring_view text = korlib::view_of(source);
+    Progress progress{korlib::view_of(source), file};
+    HRESULT hr = S_OK;
     // Held meanwhile: a mark may draw another text.
-    if (const auto scanned = scanned_before(d, text)) return draw(*scanned, one.get());
-    Drawer drawer(*this, one.get());
-    return scan(d, text, drawer);
+    if (const auto scanned = scanned_before(d, progress.text)) {
+      hr = draw(*scanned, one.get(), progress);
+    } else {
+      Drawer drawer(*this, one.get());
+      hr = scan(d, progress, drawer);
+    }
+    return SUCCEEDED(hr) ? hr : fail_at(hr, progress);
   });
 }
 
-HRESULT CTemplatorConcept::Process(CTemplate& tmpl) {
+HRESULT CTemplatorConcept::Process(CTemplate& tmpl, std::wstring_view text, std::wstring_view file) {
   return mirt::guarded([&] {
     if (tmpl.Texts.size() != tmpl.Marks.size() + 1) return E_UNEXPECTED;  // what a failed parse left behind
+    std::size_t drawn = 0;
+    bool is_mark = false;
     HRESULT hr = write_output(tmpl.Texts[0]);
-    for (std::size_t i = 0; SUCCEEDED(hr) && i < tmpl.Marks.size(); ++i) {
-      hr = OnMarked(*tmpl.Marks[i]);
-      if (SUCCEEDED(hr)) hr = write_output(tmpl.Texts[i + 1]);
+    for (; SUCCEEDED(hr) && drawn < tmpl.Marks.size(); ++drawn) {
+      hr = OnMarked(*tmpl.Marks[drawn]);
+      is_mark = FAILED(hr);
+      if (is_mark) break;
+      hr = write_output(tmpl.Texts[drawn + 1]);
     }
-    return hr;
+    return is_mark ? fail_at(hr, tmpl, drawn, {text, file}) : hr;
   });
 }

@@ -40,13 +40,17 @@ class CTemplatorConcept {
   // The current output where that is an ADO-style stream, else null. Not counted.
   IKorLibStream* stream_output() const noexcept;
 
+  // The three below tell the thread's error object which mark failed, and where it stands (mirt/template_places.h).
+  // `file` is what the text was read from; empty for a text of another origin.
+
   // Streaming: scans and draws in one pass, literal text one character a write. A text that is drawn again and again
   // is scanned once.
-  HRESULT Process(wchar_t* text);
-  // Replay: draws a template that Parse has read, each run of literal text in one write.
-  HRESULT Process(CTemplate& tmpl);
+  HRESULT Process(wchar_t* text, std::wstring_view file = {});
+  // Replay: draws a template that Parse has read, each run of literal text in one write. A parsed template does not
+  // know where its marks stood: that is looked up in the text, where that is given and still has the mark.
+  HRESULT Process(CTemplate& tmpl, std::wstring_view text = {}, std::wstring_view file = {});
   // Reads a whole template into a fresh `tmpl`. On failure that holds what came before the fault.
-  HRESULT Parse(wchar_t* text, CTemplate& tmpl);
+  HRESULT Parse(wchar_t* text, CTemplate& tmpl, std::wstring_view file = {});
   // Reads one mark: `pos` goes from the end of the opening delimiter to the closing one.
   HRESULT GetMarkData(wchar_t* text, unsigned int& pos, CMarkData& mark);
 
@@ -63,15 +67,32 @@ class CTemplatorConcept {
   bool is_complete() const;
   class Drawer;
   class Keeper;
+  class Finder;
+
+  // A text that is drawn or parsed, and the offset of the mark that it has come to; nowhere between marks.
+  struct Progress {
+    static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
+    std::wstring_view text;
+    std::wstring_view file;
+    std::size_t mark = kNowhere;
+  };
 
   HRESULT write_letters(std::wstring_view text, BSTR letter);
   template <class Visitor>
-  HRESULT scan(const Delimiters& d, std::wstring_view text, Visitor& visitor);
-  HRESULT draw(const ScannedText& scanned, BSTR letter);
+  HRESULT scan(const Delimiters& d, Progress& progress, Visitor& visitor);
+  HRESULT draw(const ScannedText& scanned, BSTR letter, Progress& progress);
   std::shared_ptr<const ScannedText> scanned_before(const Delimiters& d, std::wstring_view text);
   Delimiters delimiters() const;
   HRESULT read_mark(const Delimiters& d, std::wstring_view text, std::size_t& pos, CMarkData& mark,
                     MarkScratch& scratch) const;
+  HRESULT parse(const Delimiters& d, CTemplate& tmpl, Progress& progress);
+  // Adds the place of the mark that has failed to the thread's error; answers `hr`.
+  HRESULT fail_at(HRESULT hr, const Progress& progress) noexcept;
+  HRESULT fail_at(HRESULT hr, const CTemplate& tmpl, std::size_t mark, Progress progress) noexcept;
+  std::wstring place_of(const Progress& progress) const;
+  std::wstring described_mark(const Progress& progress) const;
+  // Where a mark of a parsed template stands in the text; nowhere if that is another text.
+  std::size_t find_mark(const CTemplate& tmpl, std::size_t mark, std::wstring_view text);
   // Goes over an escape at `pos` and over what it protects; the delimiter that the two stand for.
   const CComBSTR& take_escaped(std::wstring_view text, std::size_t& pos,
                                std::initializer_list<const CComBSTR*> protectable) const;

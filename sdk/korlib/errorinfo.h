@@ -15,7 +15,7 @@ struct IErrorInfo : IUnknown {
   virtual HRESULT GetSource(BSTR* source) = 0;
   // What is to be shown to a person.
   virtual HRESULT GetDescription(BSTR* description) = 0;
-  // Where more is written; not used here.
+  // Where more is written: see mirt/template_places.h.
   virtual HRESULT GetHelpFile(BSTR* file) = 0;
   virtual HRESULT GetHelpContext(DWORD* context) = 0;
 
@@ -33,7 +33,7 @@ struct ICreateErrorInfo : IUnknown {
   virtual HRESULT SetSource(LPOLESTR source) = 0;
   // What is to be shown to a person.
   virtual HRESULT SetDescription(LPOLESTR description) = 0;
-  // Where more is written: the path of a help file, and a page's number in it. The component sets neither.
+  // Where more is written: the path of a help file, and a page's number in it, or what the number says.
   virtual HRESULT SetHelpFile(LPOLESTR file) = 0;
   virtual HRESULT SetHelpContext(DWORD context) = 0;
 

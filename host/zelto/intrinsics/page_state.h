@@ -29,7 +29,15 @@ struct PageError {
     std::wstring file;
     LONG line = 0;
   };
-  std::vector<Call> calls;           // from its place outwards
+  std::vector<Call> calls;  // from its place outwards
+  struct Template {
+    std::wstring file;  // virtual path; "(text)" for a template that comes from no file
+    LONG line = 0;      // from 1, like the column
+    LONG column = 0;
+    std::wstring mark;      // as it is written
+    std::size_t calls = 0;  // how many of the calls were running inside of the mark
+  };
+  std::vector<Template> templates;   // that were being drawn, the innermost first
   std::vector<std::wstring> causes;  // what it says that it comes from
   std::string reference;             // what a visitor is told in place of all this
 };

@@ -52,6 +52,12 @@ struct Frame : SourcePlace {
   std::wstring function;  // empty for what stands outside of every function
 };
 
+// A mark that failed in a template, or in which a script function failed.
+struct TemplatePlace : SourcePlace {
+  std::wstring mark;      // as it is written
+  std::size_t calls = 0;  // how many of the error's calls were running inside of the mark
+};
+
 // What is wrong with a script, in words, and where in its source.
 struct ScriptError : SourcePlace {
   std::wstring message;                   // without the kind of error in front, unless the script threw no Error
@@ -59,6 +65,7 @@ struct ScriptError : SourcePlace {
   HRESULT number = 0;                     // the failing result, or the error's own `number`
   std::vector<Frame> calls = {};          // from that place outwards
   std::vector<std::wstring> causes = {};  // what the error says that it comes from, the nearest first
+  std::vector<TemplatePlace> templates = {};  // that were being drawn, the innermost first
 };
 
 // A program from a piece of script: assignments to calls of automation objects, methods named without

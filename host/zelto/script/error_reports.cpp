@@ -10,6 +10,7 @@
 #include "language/lexemes.h"
 #include "language/tokens.h"
 #include "language/written_source.h"
+#include "script/template_places.h"
 #include "script/text.h"
 
 namespace zelto::script {
@@ -163,7 +164,28 @@ ScriptError ErrorReports::describe(JSValueRef exception) const {
     add_cause(link, &error);
   }
   if (thrown_at_ && !JSValueIsObject(context_, link) && !JSValueIsUndefined(context_, link)) place = *thrown_at_;
+  add_places(exception, &error);
   return error;
+}
+
+// Between the functions that were running: an error that comes out of a mark has all places so far, and is raised in
+// the function that drew the template, which has fewer functions around it than the cause that it had inside.
+void ErrorReports::add_places(JSValueRef exception, ScriptError* error) const {
+  constexpr std::size_t kMostFrames = 100;                 // as many as the engine keeps
+  std::vector<std::pair<std::size_t, std::size_t>> links;  // places and functions
+  JSValueRef link = exception;
+  for (int i = 0; i < kMostCauses && JSValueIsObject(context_, link); ++i) {
+    std::vector<TemplatePlace> places = read_places(own_places_of(context_, link));
+    const std::size_t count = places.size();
+    if (error->templates.empty()) error->templates = std::move(places);
+    links.emplace_back(count, frames_of(link, kMostFrames).size());
+    link = property(context_, object_of(link), "cause");
+  }
+  const std::size_t innermost = links.empty() ? 0 : links.back().second;
+  for (std::size_t i = 0; i < error->templates.size(); ++i) {
+    const auto has_it = std::find_if(links.rbegin(), links.rend(), [i](const auto& each) { return each.first > i; });
+    error->templates[i].calls = has_it == links.rend() ? 0 : innermost - std::min(innermost, has_it->second);
+  }
 }
 
 // What an error hands on from another one needs not be said twice.

@@ -56,6 +56,7 @@ class ErrorReports {
   std::optional<language::Frame> read_frame(std::string_view text) const;
   std::wstring words_of_thrown(JSValueRef exception) const;
   void add_cause(JSValueRef cause, ScriptError* error) const;
+  void add_places(JSValueRef exception, ScriptError* error) const;
 
   JSContextRef context_;
   const MissingMember& missing_;

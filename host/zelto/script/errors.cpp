@@ -8,6 +8,7 @@
 #include <array>
 #include <utility>
 
+#include "script/template_places.h"
 #include "script/text.h"
 
 namespace zelto::script {
@@ -115,13 +116,19 @@ Raised Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception
     return {};
   }
   const ErrorText text = take_error();
-  if (hr == kOutOfStack) return raise_out_of_stack(exception);
+  const std::wstring places = template_places_of(text.info.get(), root_);
+  if (hr == kOutOfStack) {
+    raise_out_of_stack(exception);
+    if (*exception) set_list(context_, object_of(*exception), places);
+    return {};
+  }
   const DepartedException::Departure& departed = engine_.departed().last();
   ScriptError failure{{}, text.description, text.source, hr};
   if (passes_on(departed, hr, text)) failure = departed.words;
   if (failure.message.empty()) failure.message = words_for(hr, member);
   JSObjectRef error = make(ErrorKind::plain, failure.message, failure.number);
   if (error) set_hidden(context_, error, "source", string_value(context_, failure.source));
+  if (error) set_places(context_, error, places);
   if (error && departed.exception) set_hidden(context_, error, "cause", departed.exception);
   engine_.departed().forget();
   *exception = error;
@@ -168,6 +175,7 @@ HRESULT Errors::failure_of(JSValueRef exception) {
   // The number of an error of the engine is for pages to look at, no result that components know.
   if (has_number) departure.code = code_for(departure.words.number);
   const HRESULT code = korlib::raise(departure.code, departure.words.source, departure.words.message);
+  hand_on(places_of(context_, exception));
   // Looking at the error object takes it from the thread.
   if (GetErrorInfo(0, departure.info.put()) == S_OK) SetErrorInfo(0, departure.info.get());
   engine_.departed().remember(std::move(departure));

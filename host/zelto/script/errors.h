@@ -42,6 +42,9 @@ class Errors {
   // For the member that was found missing, if it was read just now; else nothing is raised.
   void raise_missing(JSValueRef* exception);
 
+  // Below which templates are named from there on; outlives this.
+  void set_root(std::string_view root) noexcept { root_ = root; }
+
   // The other way: a failing result with the thread's error object, the exception kept as cause.
   HRESULT failure_of(JSValueRef exception);
 
@@ -57,6 +60,7 @@ class Errors {
   const Prelude& prelude_;
   const ErrorReports& reports_;
   MissingMember& missing_;
+  std::string_view root_;
   std::u16string unknown_name_;  // the last that a component asked for in vain, in the call that runs
 };
 

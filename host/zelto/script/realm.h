@@ -47,6 +47,9 @@ class Realm {
   // Where `console.log` and its like go; nowhere without one.
   void set_log(LogSink sink) { globals_.set_log(std::move(sink)); }
 
+  // The folder that templates of the site lie below, by which errors name them. Outlives the realm.
+  void set_root(std::string_view root) noexcept { errors_.set_root(root); }
+
   // Runs the program to its end. May be called from within a member that a script is calling.
   Outcome run(const std::shared_ptr<const language::Program>& program);
 

@@ -2,10 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <fstream>
 #include <random>
+
+#include <mirt/template_places.h>
 
 #include "text/charset.h"
 #include "text/html.h"
@@ -13,6 +16,8 @@
 namespace zelto {
 
 namespace {
+
+using mirt::kTextTemplate;
 
 constexpr LONG kLinesAround = 5;
 constexpr std::size_t kNumberWidth = 7;  // of a line's number and the blanks after it
@@ -61,20 +66,54 @@ std::wstring place_text(std::wstring_view file, LONG line) {
   return std::wstring(file) + (line > 0 ? L":" + std::to_wstring(line) : L"");
 }
 
-// One call alone is the place of the error itself.
-std::string call_list(const std::vector<PageError::Call>& calls) {
-  if (calls.size() < 2) return {};
+std::wstring place_text(const PageError::Template& place) {
+  return place_text(place.file, place.line) + L":" + std::to_wstring(place.column);
+}
+
+// Marks stand where they were drawn: around the calls that they made. One call alone is the place of the error itself.
+std::string call_list(const PageError& error) {
+  const auto& templates = error.templates;
+  if (error.calls.size() + templates.size() < 2) return {};
   std::string list;
-  for (const PageError::Call& call : calls) {
+  auto next = templates.begin();
+  for (std::size_t inside = 0; inside <= error.calls.size(); ++inside) {
+    const bool is_last = inside == error.calls.size();
+    for (; next != templates.end() && (is_last || next->calls <= inside); ++next)
+      list += fmt::format("<li><code>{}</code>, {}</li>\n", html(next->mark), html(place_text(*next)));
+    if (is_last) break;
+    const PageError::Call& call = error.calls[inside];
     const std::string name = call.function.empty() ? "the page" : html(call.function) + "()";
     list += fmt::format("<li>{}, {}</li>\n", name, html(place_text(call.file, call.line)));
   }
-  return "<h2>Calls, the last one first</h2>\n<ol>\n" + list + "</ol>\n";
+  const std::string_view title = templates.empty() ? "Calls" : "Marks and calls";
+  return fmt::format("<h2>{}, the last one first</h2>\n<ol>\n{}</ol>\n", title, list);
+}
+
+// Of the innermost template that has a file. One outside of the site is named by its path.
+std::string template_lines(const PageError& error, const std::string& root) {
+  const auto place = std::ranges::find_if(error.templates, [](const auto& each) { return each.file != kTextTemplate; });
+  if (place == error.templates.end()) return {};
+  const std::string file = to_utf8(place->file);
+  std::string lines = source_lines(root + file, place->line, place->column);
+  if (lines.empty()) lines = source_lines(file, place->line, place->column);
+  return lines.empty() ? lines : fmt::format("<h2>{}</h2>\n{}", html(place->file), lines);
+}
+
+// Marks are the template's author's, and as long as he likes.
+std::string templates_line(const PageError& error) {
+  constexpr std::size_t kMost = 8;
+  const std::size_t count = error.templates.size();
+  std::string line;
+  for (std::size_t i = 0; i < std::min(count, kMost); ++i) {
+    const PageError::Template& place = error.templates[i];
+    line += (i == 0 ? "; in " : ", ") + to_utf8(place_text(place) + L" " + place.mark);
+  }
+  return count <= kMost ? line : line + fmt::format(" and {} more", count - kMost);
 }
 
 }  // namespace
 
-std::string debug_error_page(const PageError& error, const std::string& physical, std::string_view target) {
+std::string debug_error_page(const PageError& error, const std::string& root, std::string_view target) {
   std::string body = fmt::format("<h1>{}</h1>\n<dl>", html(error.description));
   const auto row = [&body](std::string_view name, const std::string& value) {
     if (!value.empty()) body += fmt::format("<dt>{}</dt><dd>{}</dd>\n", name, value);
@@ -83,12 +122,21 @@ std::string debug_error_page(const PageError& error, const std::string& physical
   row("Source", html(error.source));
   row("Code", code_text(error.number));
   row("Request", html(to_wide(target)));
+  if (!error.templates.empty()) {
+    row("Template", html(place_text(error.templates.front())));
+    row("Mark", "<code>" + html(error.templates.front().mark) + "</code>");
+  }
   row("File", html(error.file));
   if (error.line > 0) row("Line", std::to_string(error.line));
   if (error.line > 0 && error.column > 0) row("Column", std::to_string(error.column));
   body += "</dl>\n";
-  if (!physical.empty() && error.line > 0) body += source_lines(physical, error.line, error.column);
-  body += call_list(error.calls);
+  const std::string drawn = template_lines(error, root);
+  body += drawn;
+  if (!error.file.empty() && error.line > 0) {
+    if (!drawn.empty()) body += fmt::format("<h2>{}</h2>\n", html(error.file));
+    body += source_lines(root + to_utf8(error.file), error.line, error.column);
+  }
+  body += call_list(error);
   return page("Error in a page", body);
 }
 
@@ -108,6 +156,7 @@ std::string error_line(const PageError& error) {
   const std::string where = to_utf8(place_text(error.file, error.line));
   std::string words = to_utf8(error.description);
   for (const std::wstring& cause : error.causes) words += "; caused by: " + to_utf8(cause);
+  words += templates_line(error);
   std::string line = fmt::format("{}: {} ({}, {})", where, words, to_utf8(error.source), code_text(error.number));
   if (!error.reference.empty()) line += " [" + error.reference + "]";
   return line;

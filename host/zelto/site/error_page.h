@@ -8,9 +8,9 @@
 
 namespace zelto {
 
-// For the author: message, source, code, what was asked for, file, line and the lines around it, which are read from
-// `physical` when that is not empty, and the functions that were running.
-std::string debug_error_page(const PageError& error, const std::string& physical, std::string_view target);
+// For the author: message, source, code, what was asked for, the mark that failed in a template, file and line, the
+// lines around both, which are read below the site's root, and the marks and functions that were running.
+std::string debug_error_page(const PageError& error, const std::string& root, std::string_view target);
 // For everybody else: the status, as in "500 Internal Server Error", and by what the log knows it.
 std::string plain_error_page(std::string_view status, std::string_view reference);
 
@@ -18,7 +18,7 @@ std::string plain_error_page(std::string_view status, std::string_view reference
 std::string new_reference();
 
 // "guestbook.asp:12: message (Mirt, 0x80004005) [1f0a9c44]", for the log, where there is a reference. The causes follow
-// the message.
+// the message, and then "; in row.html:3:7 (#;name#), page.html:1:1 (#`row#)" those templates that were being drawn.
 std::string error_line(const PageError& error);
 
 }  // namespace zelto

@@ -19,6 +19,7 @@
 #include "pages/programs.h"
 #include "platform/canonical_path.h"
 #include "script/realm.h"
+#include "script/template_places.h"
 #include "site/error_page.h"
 #include "site/page_session.h"
 #include "text/characters.h"
@@ -47,6 +48,8 @@ PageError page_error(const script::ScriptError& error, const Site& site) {
   for (const zelto::language::Frame& call : error.calls)
     made.calls.push_back({call.function, to_wide(site.path_of(call.file)), call.line});
   made.causes = error.causes;
+  for (const script::TemplatePlace& place : error.templates)
+    made.templates.push_back({to_wide(site.path_of(place.file)), place.line, place.column, place.mark, place.calls});
   return made;
 }
 
@@ -192,6 +195,7 @@ script::Outcome PageRun::run_realm(const LoadedPage& loaded) {
     realm.set_object(name, object.get());
     if (name == L"Response") realm.set_output(object.get());
   }
+  realm.set_root(site_.root());
   realm.set_log([this](const script::LogLine& line) { log_console(line); });
   return realm.run(loaded.program);
 }
@@ -228,7 +232,9 @@ HRESULT PageRun::execute(const std::string& virtual_path) {
   const HRESULT hr = FAILED(error.number) ? error.number : E_FAIL;
   const std::wstring where =
       error.line > 0 ? L" (" + error.file + L", line " + std::to_wstring(error.line) + L")" : L"";
-  return korlib::raise(hr, error.source, error.description + where);
+  korlib::raise(hr, error.source, error.description + where);
+  if (outcome.error) script::hand_on(script::list_of(outcome.error->templates));
+  return hr;
 }
 
 HRESULT PageRun::set_script_timeout(LONG seconds) {
@@ -287,9 +293,8 @@ void PageRun::answer_error(const PageError& error) {
     response.set_status(status_line(status));
     response.cache_control = "no-store";
   }
-  const std::string physical = error.file.empty() ? std::string() : site_.root() + to_utf8(error.file);
   if (debug)
-    response.write_bytes(debug_error_page(error, physical, page_->request.http().target));
+    response.write_bytes(debug_error_page(error, site_.root(), page_->request.http().target));
   else if (begins)
     response.write_bytes(plain_error_page(status_line(status), error.reference));
 }

@@ -129,7 +129,7 @@ TEST(Exports, FallbacksAreWeak) {
   }
 }
 
-// What a host has to export. LoadTypeLib belongs to it too, but is looked for when it is needed.
+// What a host has to export. LoadTypeLib and GetErrorInfo belong to it too, but are looked for when they are needed.
 const std::set<std::string> kRuntime = {"CoCreateInstance",
                                         "CoGetObjectContext",
                                         "CreateErrorInfo",

@@ -3,6 +3,7 @@
 
 #include "mirt/templator/engine.h"
 #include "support/failing_allocations.h"
+#include "support/template_places.h"
 
 namespace test {
 namespace {
@@ -63,6 +64,40 @@ TEST(FailingAllocations, AreAnAnswerAtEveryPoint) {
     EXPECT_EQ(1u, sink->references());
   }
   EXPECT_GT(failures, 10);
+}
+
+// A place that cannot be told is left away, and the failure is the one that it was.
+TEST(FailingAllocations, LeaveAFailingMarkItsOwnFailure) {
+  class Refusing final : public CTemplatorConcept {
+   public:
+    Refusing() : CTemplatorConcept(kChildTypes) {}
+    HRESULT OnMarked(CMarkData&) override {
+      was_reached = true;
+      return E_ABORT;
+    }
+    bool was_reached = false;
+  };
+  const CComBSTR text(L"text (#%name of some length|first parameter of some length#)");
+  bool was_told = false;
+  for (int n = 0; !was_told; ++n) {
+    ASSERT_LT(n, 1000);
+    const auto sink = ready_sink();
+    Refusing engine;
+    ASSERT_EQ(S_OK, engine.putref_Output(sink->unknown()));
+    CTemplate tmpl;
+    ASSERT_EQ(S_OK, engine.Parse(text.get(), tmpl));
+    SetErrorInfo(0, nullptr);
+    HRESULT hr = S_OK;
+    bool failed = false;
+    {
+      const FailingAllocation failing(n);
+      hr = engine.Process(tmpl, text.view());
+      failed = failing.has_failed();
+    }
+    EXPECT_EQ(engine.was_reached ? E_ABORT : E_OUTOFMEMORY, hr) << n;
+    was_told = !failed;
+  }
+  EXPECT_EQ(L"(text):1:6: (#%name of some length|first parameter of some length#)", take_placed_error().places);
 }
 
 TEST(FailingAllocations, AreAnAnswerWhereAValueBecomesText) {

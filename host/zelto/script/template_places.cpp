@@ -1,0 +1,134 @@
+#include "script/template_places.h"
+
+#include <fmt/xchar.h>
+#include <korlib/combstr.h>
+#include <korlib/ptr.h>
+#include <mirt/template_places.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "script/text.h"
+
+namespace zelto::script {
+namespace {
+
+constexpr int kMostCauses = 16;  // errors may be each other's cause
+
+// The number at the front, which is taken from the text; 0 when there is none.
+int take_number(std::wstring_view& text) {
+  constexpr int kMost = 100'000'000;
+  int number = 0;
+  while (!text.empty() && text.front() >= L'0' && text.front() <= L'9' && number < kMost) {
+    number = number * 10 + (text.front() - L'0');
+    text.remove_prefix(1);
+  }
+  return number;
+}
+
+bool take(std::wstring_view& text, std::wstring_view wanted) {
+  if (!text.starts_with(wanted)) return false;
+  text.remove_prefix(wanted.size());
+  return true;
+}
+
+// As the script's own files are named: components write paths with backslashes.
+std::string site_path(std::string file, std::string_view root) {
+  std::ranges::replace(file, '\\', '/');
+  if (!root.empty() && file.starts_with(root) && file.substr(root.size()).starts_with('/')) file.erase(0, root.size());
+  return file;
+}
+
+// Nothing when the line is none.
+std::optional<TemplatePlace> read_place(std::wstring_view line) {
+  for (std::size_t colon = line.find(L':'); colon != line.npos; colon = line.find(L':', colon + 1)) {
+    std::wstring_view rest = line.substr(colon + 1);
+    TemplatePlace place;
+    place.line = take_number(rest);
+    if (place.line == 0 || !take(rest, L":")) continue;
+    place.column = take_number(rest);
+    if (place.column == 0 || !take(rest, L": ")) continue;
+    place.file = to_utf8(line.substr(0, colon));
+    place.mark = rest;
+    return place;
+  }
+  return {};
+}
+
+}  // namespace
+
+std::vector<TemplatePlace> read_places(std::wstring_view list) {
+  std::vector<TemplatePlace> places;
+  while (!list.empty() && places.size() < mirt::kMostTemplatePlaces) {
+    const std::size_t end = std::min(list.find(L'\n'), list.size());
+    if (auto place = read_place(list.substr(0, end))) places.push_back(std::move(*place));
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return places;
+}
+
+std::wstring list_of(const std::vector<TemplatePlace>& places) {
+  std::wstring list;
+  for (const TemplatePlace& place : places) {
+    if (!list.empty()) list += L'\n';
+    list += korlib::to_wide(place.file) + fmt::format(L":{}:{}: ", place.line, place.column) + place.mark;
+  }
+  return list;
+}
+
+std::wstring template_places_of(IErrorInfo* info, std::string_view root) {
+  DWORD context = 0;
+  CComBSTR list;
+  if (!info || FAILED(info->GetHelpContext(&context)) || context != mirt::kTemplatePlaces) return {};
+  if (FAILED(info->GetHelpFile(list.put()))) return {};
+  // The list of an error that comes out of one function after the other is as it should be but for its last line.
+  const bool is_as_it_should = list.view().find(L'\\') == std::wstring_view::npos &&
+                               list.view().find(korlib::to_wide(root)) == std::wstring_view::npos;
+  if (is_as_it_should) return std::wstring(list.view());
+  std::vector<TemplatePlace> places = read_places(list.view());
+  for (TemplatePlace& place : places) place.file = site_path(std::move(place.file), root);
+  return list_of(places);
+}
+
+void hand_on(std::wstring list) {
+  CComPtr<IErrorInfo> info;
+  if (list.empty() || GetErrorInfo(0, info.put()) != S_OK) return;
+  CComPtr<ICreateErrorInfo> made;
+  if (SUCCEEDED(info.query(made.put())) && SUCCEEDED(made->SetHelpFile(list.data())))
+    made->SetHelpContext(mirt::kTemplatePlaces);
+  SetErrorInfo(0, info.get());
+}
+
+void set_list(JSContextRef context, JSObjectRef error, std::wstring_view list) {
+  if (!list.empty()) set_hidden(context, error, "templates", string_value(context, list));
+}
+
+void set_places(JSContextRef context, JSObjectRef error, std::wstring_view list) {
+  const auto innermost = read_place(list.substr(0, list.find(L'\n')));
+  if (!innermost) return;
+  set_list(context, error, list);
+  set_hidden(context, error, "template", string_value(context, korlib::to_wide(innermost->file)));
+  set_hidden(context, error, "line", JSValueMakeNumber(context, innermost->line));
+  set_hidden(context, error, "column", JSValueMakeNumber(context, innermost->column));
+  set_hidden(context, error, "mark", string_value(context, innermost->mark));
+}
+
+// A script may have given its exception such a property too: what is no list of places is not read.
+std::wstring own_places_of(JSContextRef context, JSValueRef exception) {
+  if (!exception || !JSValueIsObject(context, exception)) return {};
+  JSValueRef list = property(context, object_of(exception), "templates");
+  if (!JSValueIsString(context, list)) return {};
+  std::wstring text = message_of(context, list);
+  return read_place(std::wstring_view(text).substr(0, text.find(L'\n'))) ? text : std::wstring();
+}
+
+std::wstring places_of(JSContextRef context, JSValueRef exception) {
+  JSValueRef link = exception;
+  for (int i = 0; i < kMostCauses && link && JSValueIsObject(context, link); ++i) {
+    if (std::wstring list = own_places_of(context, link); !list.empty()) return list;
+    link = property(context, object_of(link), "cause");
+  }
+  return {};
+}
+
+}  // namespace zelto::script
