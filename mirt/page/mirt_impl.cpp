@@ -72,6 +72,7 @@ Self::~GIMirtImpl() {
 
 HRESULT Self::InContext(IGetContextProperties* context) {
   RETURN_IF_FAILED(asp_.take_from(context));
+  set_response(asp_.response.get());
   CComPtr<IUnknown> output;
   RETURN_IF_FAILED(asp_.response.query(output.put()));
   return CTemplatorConcept::putref_Output(output.get());

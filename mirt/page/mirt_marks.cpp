@@ -33,7 +33,7 @@ HRESULT report_with_mark(HRESULT hr, const CMarkData& mark) {
 class Self::Values final : public MarkValues {
  public:
   explicit Values(Self& page)
-      : MarkValues({page.owner_, page.handler_, page.dictionaries_.view, page.asp_, page.null_is_empty_}),
+      : MarkValues({page.owner_, page.handler_, page.dictionaries_.view, page.asp_, page.null_is_empty_, page}),
         page_(page) {}
 
  private:
@@ -54,7 +54,10 @@ HRESULT Self::OnMarked(CMarkData& mark) {
 
 HRESULT Self::dispatch_mark(const CMarkData& mark) {
   const MarkKind* kind = find_mark_kind(mark.Type, MarkOwner::page);
-  if (!kind) return S_OK;
+  if (!kind) {
+    note_mark_without_type(*this, mark);
+    return S_OK;
+  }
   const MarkName name(mark);
   if (!name.get()) return E_OUTOFMEMORY;
   switch (kind->source) {
@@ -84,5 +87,7 @@ HRESULT Self::OnMarked_ChildDynamic(const MarkName& name) {
   const CComPtr<IKorLibDictionary> include = dictionaries_.include;
   CComVariant value;
   RETURN_IF_FAILED(read_item(include.get(), name, &value));
-  return value.vt == VT_BSTR ? DrawTemplate(value.bstrVal) : S_OK;
+  if (value.vt == VT_BSTR) return DrawTemplate(value.bstrVal);
+  note_slip(TemplateSlip::no_include, name, include.get());
+  return S_OK;
 }

@@ -81,28 +81,42 @@ std::wstring CTemplatorConcept::described_mark(const Progress& progress) const {
   return quoted(text.substr(progress.mark, pos + d.mark_close.size() - progress.mark));
 }
 
-std::wstring CTemplatorConcept::place_of(const Progress& progress) const {
+std::wstring CTemplatorConcept::place_of(Progress progress) {
+  if (progress.parsed) progress.mark = find_mark(*progress.parsed, progress.index, progress.text);
+  if (progress.mark == Progress::kNowhere) return {};
   const std::wstring file(progress.file.empty() ? mirt::kTextTemplate : progress.file);
   return file + L":" + line_at(progress.text, progress.mark) + L": " + described_mark(progress);
 }
 
 // Where there is no memory to tell the place, the failure is that which it was.
 HRESULT CTemplatorConcept::fail_at(HRESULT hr, const Progress& progress) noexcept try {
-  if (progress.mark == Progress::kNowhere) return hr;
+  if (!progress.is_in_mark()) return hr;
   mirt::ErrorInHand error;
-  if (error.has_room()) error.add(place_of(progress));
+  if (!error.has_room()) return hr;
+  if (const std::wstring place = place_of(progress); !place.empty()) error.add(place);
   return hr;
 } catch (...) {
   return hr;
 }
 
-HRESULT CTemplatorConcept::fail_at(HRESULT hr, const CTemplate& tmpl, std::size_t mark, Progress progress) noexcept
-    try {
-  mirt::ErrorInHand error;
-  if (!error.has_room()) return hr;
-  progress.mark = find_mark(tmpl, mark, progress.text);
-  if (progress.mark != Progress::kNowhere) error.add(place_of(progress));
-  return hr;
+// Null where the host does not want to know.
+ITemplateNotes* CTemplatorConcept::notes() noexcept {
+  if (!m_hasAskedForNotes) m_spNotes.assign(m_pResponse);
+  m_hasAskedForNotes = true;
+  return m_spNotes.get();
+}
+
+// What cannot be told is left away: the page is drawn all the same.
+void CTemplatorConcept::note_slip(TemplateSlip slip, BSTR name, IUnknown* values) noexcept try {
+  if (!notes() || !m_pProgress || !m_pProgress->is_in_mark()) return;
+  const mirt::ErrorInHand untouched;
+  m_spNotes->NoteSlip(slip, name, CComBSTR(std::wstring_view(place_of(*m_pProgress))), values);
 } catch (...) {
-  return hr;
+  return;
+}
+
+void CTemplatorConcept::note_template(BSTR file) noexcept {
+  if (!notes()) return;
+  const mirt::ErrorInHand untouched;
+  m_spNotes->NoteTemplate(file);
 }

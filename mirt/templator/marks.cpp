@@ -38,6 +38,7 @@ HRESULT MarkValues::read(MarkSource source, const CMarkData& mark, BSTR name, CC
   }
   bool found = true;
   RETURN_IF_FAILED(read_value(source, name, text, &found));
+  if (text->vt == VT_EMPTY && parts_.engine.takes_notes()) note_nothing(source, name);
   if (!found) {
     text->reset();  // of what was looked at on the way
     return S_OK;
@@ -63,6 +64,33 @@ HRESULT MarkValues::read_value(MarkSource source, BSTR name, CComVariant* value,
     default:
       return E_UNEXPECTED;  // holds no values
   }
+}
+
+// A field of the request is not there as often as not.
+void MarkValues::note_nothing(MarkSource source, BSTR name) const {
+  CComPtr<IKorLibDictionary> bag;
+  switch (source) {
+    case MarkSource::view:
+      return parts_.engine.note_slip(TemplateSlip::no_item, name, parts_.view.get());
+    case MarkSource::bag:
+      if (mirt::succeeded_or_forgotten(get_bag(&bag)))
+        parts_.engine.note_slip(TemplateSlip::no_bag_item, name, bag.get());
+      return;
+    case MarkSource::session:
+      return parts_.engine.note_slip(TemplateSlip::no_session_value, name);
+    case MarkSource::application:
+      return parts_.engine.note_slip(TemplateSlip::no_application_value, name);
+    default:
+      return;
+  }
+}
+
+// A blank behind the opening is how notes are written.
+void note_mark_without_type(CTemplatorConcept& engine, const CMarkData& mark) {
+  if (!engine.takes_notes()) return;
+  const std::wstring_view text = mark.Name.view();
+  if (text.empty() || text.front() <= L' ') return;
+  engine.note_slip(TemplateSlip::without_type, MarkName(mark));
 }
 
 HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, const bool& empty_on_fail,

@@ -14,6 +14,8 @@
 #include "frame/script_event.h"
 #include "templator/mark_data.h"
 
+class CTemplatorConcept;
+
 enum class MarkSource {
   draw_event,     // a script function, which writes what it wants
   script,         // a variable of the script, or what a function of it answers
@@ -87,6 +89,7 @@ class MarkValues {
     const CComPtr<IKorLibDictionary>& view;
     const mirt::Intrinsics& asp;
     const bool& null_is_empty;  // a value without a text form shows as nothing, instead of failing the mark
+    CTemplatorConcept& engine;  // that draws the mark
   };
   explicit MarkValues(const Parts& parts) : parts_(parts) {}
   ~MarkValues() = default;
@@ -98,9 +101,13 @@ class MarkValues {
   virtual HRESULT get_field(BSTR name, CComVariant* value, bool* found) const = 0;
 
   HRESULT read_value(MarkSource source, BSTR name, CComVariant* value, bool* found) const;
+  void note_nothing(MarkSource source, BSTR name) const;
 
   Parts parts_;
 };
+
+// Tells the host of a mark that shows nothing because it has no type, unless it looks like a note.
+void note_mark_without_type(CTemplatorConcept& engine, const CMarkData& mark);
 
 // The text of a mark that names a script member: a variable's value, walked by the mark's parameters, or
 // what a function answers when it is called with (owner, parameters). *text becomes a VT_BSTR.

@@ -18,7 +18,7 @@ constexpr bool kNullIsEmpty = false;
 class Self::Values final : public MarkValues {
  public:
   explicit Values(Self& templator)
-      : MarkValues({&templator, templator.m_oScripts, templator.view_, templator.asp_, kNullIsEmpty}),
+      : MarkValues({&templator, templator.m_oScripts, templator.view_, templator.asp_, kNullIsEmpty, templator}),
         templator_(templator) {}
 
  private:
@@ -37,6 +37,12 @@ class Self::Values final : public MarkValues {
 };
 
 Self::GIMirtedTemplatorImpl() : GTemplatorImpl(kMarkTypes<MarkOwner::templator>.data()) {}
+
+HRESULT Self::InContext(IGetContextProperties* context) {
+  RETURN_IF_FAILED(asp_.take_from(context));
+  set_response(asp_.response.get());
+  return S_OK;
+}
 
 HRESULT Self::bind(BSTR event_prefix, std::shared_ptr<const MainLink> main, IKorLibDictionary* view,
                    IKorLibDictionary* bag) {
@@ -71,7 +77,10 @@ HRESULT Self::html_encode(BSTR text, BSTR* encoded) {
 
 STDMETHODIMP Self::OnMarked(CMarkData& mark) {
   const MarkKind* kind = find_mark_kind(mark.Type, MarkOwner::templator);
-  if (!kind) return S_OK;
+  if (!kind) {
+    note_mark_without_type(*this, mark);
+    return S_OK;
+  }
   const MarkName name(mark);
   if (!name.get()) return E_OUTOFMEMORY;
   if (kind->source == MarkSource::draw_event) return OnMarked_Process(mark, name);

@@ -27,7 +27,7 @@ class GIMirtedTemplatorImpl<IMirtedTemplator> : public GTemplatorImpl<IMirtedTem
   GIMirtedTemplatorImpl();
 
   // Takes the objects of the request. The class object calls it on activation.
-  HRESULT InContext(IGetContextProperties* context) { return asp_.take_from(context); }
+  HRESULT InContext(IGetContextProperties* context);
 
   // Makes this the child of a page controller. View and bag may be null; their marks then fail.
   HRESULT bind(BSTR event_prefix, std::shared_ptr<const MainLink> main, IKorLibDictionary* view,

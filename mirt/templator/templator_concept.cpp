@@ -51,6 +51,19 @@ HRESULT CTemplatorConcept::write_letters(std::wstring_view text, BSTR letter) {
   return S_OK;
 }
 
+class CTemplatorConcept::Drawing {
+ public:
+  Drawing(CTemplatorConcept& engine, const Progress& progress)
+      : engine_(engine), outer_(std::exchange(engine.m_pProgress, &progress)) {}
+  ~Drawing() { engine_.m_pProgress = outer_; }
+  Drawing(const Drawing&) = delete;
+  Drawing& operator=(const Drawing&) = delete;
+
+ private:
+  CTemplatorConcept& engine_;
+  const Progress* outer_;
+};
+
 // Draws while it scans.
 class CTemplatorConcept::Drawer {
  public:
@@ -140,6 +153,7 @@ HRESULT CTemplatorConcept::Process(wchar_t* source, std::wstring_view file) {
     if (!one.get() || !is_complete()) return E_OUTOFMEMORY;
     const Delimiters d = delimiters();
     Progress progress{korlib::view_of(source), file};
+    const Drawing drawing(*this, progress);
     HRESULT hr = S_OK;
     // Held meanwhile: a mark may draw another text.
     if (const auto scanned = scanned_before(d, progress.text)) {
@@ -155,15 +169,16 @@ HRESULT CTemplatorConcept::Process(wchar_t* source, std::wstring_view file) {
 HRESULT CTemplatorConcept::Process(CTemplate& tmpl, std::wstring_view text, std::wstring_view file) {
   return mirt::guarded([&] {
     if (tmpl.Texts.size() != tmpl.Marks.size() + 1) return E_UNEXPECTED;  // what a failed parse left behind
-    std::size_t drawn = 0;
-    bool is_mark = false;
+    Progress progress{text, file};
+    progress.parsed = &tmpl;
+    const Drawing drawing(*this, progress);
     HRESULT hr = write_output(tmpl.Texts[0]);
-    for (; SUCCEEDED(hr) && drawn < tmpl.Marks.size(); ++drawn) {
-      hr = OnMarked(*tmpl.Marks[drawn]);
-      is_mark = FAILED(hr);
-      if (is_mark) break;
-      hr = write_output(tmpl.Texts[drawn + 1]);
+    for (std::size_t i = 0; SUCCEEDED(hr) && i < tmpl.Marks.size(); ++i) {
+      progress.index = i;
+      hr = OnMarked(*tmpl.Marks[i]);
+      if (FAILED(hr)) return fail_at(hr, progress);
+      hr = write_output(tmpl.Texts[i + 1]);
     }
-    return is_mark ? fail_at(hr, tmpl, drawn, {text, file}) : hr;
+    return hr;
   });
 }

@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include <mirt/template_notes.h>
+
 #include "templator/mark_scratch.h"
 #include "templator/output_sinks.h"
 #include "templator/template.h"
@@ -59,6 +61,14 @@ class CTemplatorConcept {
   // failure, or an empty text when `emptyOnFail` is set.
   static HRESULT ChangeToBSTR(VARIANT* value, const MarkParams* path, bool emptyOnFail);
 
+  // The request's Response, which may want to be told (mirt/template_notes.h). Not counted: the owner holds it.
+  void set_response(IUnknown* response) noexcept { m_pResponse = response; }
+  // Whether it does.
+  bool takes_notes() noexcept { return notes() != nullptr; }
+  // That the mark which is being drawn shows nothing.
+  void note_slip(TemplateSlip slip, BSTR name, IUnknown* values = nullptr) noexcept;
+  void note_template(BSTR file) noexcept;
+
  protected:
   ~CTemplatorConcept() = default;
 
@@ -69,14 +79,22 @@ class CTemplatorConcept {
   class Keeper;
   class Finder;
 
-  // A text that is drawn or parsed, and the offset of the mark that it has come to; nowhere between marks.
+  // A text that is drawn or parsed, and the offset of the mark that it has come to; nowhere between marks. Of a
+  // template that was parsed before, the number of that mark.
   struct Progress {
     static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
     std::wstring_view text;
     std::wstring_view file;
     std::size_t mark = kNowhere;
-  };
+    const CTemplate* parsed = nullptr;
+    std::size_t index = kNowhere;
 
+    bool is_in_mark() const noexcept { return mark != kNowhere || index != kNowhere; }
+  };
+  // While it lives, the engine draws that.
+  class Drawing;
+
+  ITemplateNotes* notes() noexcept;
   HRESULT write_letters(std::wstring_view text, BSTR letter);
   template <class Visitor>
   HRESULT scan(const Delimiters& d, Progress& progress, Visitor& visitor);
@@ -88,8 +106,8 @@ class CTemplatorConcept {
   HRESULT parse(const Delimiters& d, CTemplate& tmpl, Progress& progress);
   // Adds the place of the mark that has failed to the thread's error; answers `hr`.
   HRESULT fail_at(HRESULT hr, const Progress& progress) noexcept;
-  HRESULT fail_at(HRESULT hr, const CTemplate& tmpl, std::size_t mark, Progress progress) noexcept;
-  std::wstring place_of(const Progress& progress) const;
+  // As the lists of mirt/template_places.h have it; empty when it cannot be found.
+  std::wstring place_of(Progress progress);
   std::wstring described_mark(const Progress& progress) const;
   // Where a mark of a parsed template stands in the text; nowhere if that is another text.
   std::size_t find_mark(const CTemplate& tmpl, std::size_t mark, std::wstring_view text);
@@ -111,4 +129,8 @@ class CTemplatorConcept {
   IdleMarks m_oIdleMarks;
   std::wstring m_lastText;  // that was streamed, and not scanned before
   std::shared_ptr<const ScannedText> m_spScanned;
+  const Progress* m_pProgress = nullptr;  // of the innermost text that is being drawn
+  IUnknown* m_pResponse = nullptr;
+  bool m_hasAskedForNotes = false;
+  CComQIPtr<ITemplateNotes> m_spNotes;
 };

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <korlib/comvariant.h>
+#include <mirt/template_notes.h>
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "intrinsics/request_state.h"
@@ -54,6 +56,11 @@ class PageHost {
   virtual LONG script_timeout() const { return 0; }  // seconds
   virtual HRESULT set_script_timeout(LONG /*seconds*/) { return S_OK; }
   virtual const PageError* last_error() const { return nullptr; }  // null when there was none
+  // Whether it wants to know of templates, and what the component then has to say.
+  virtual bool takes_notes() const { return false; }
+  virtual void note_template(std::wstring_view /*file*/) {}
+  virtual void note_slip(TemplateSlip /*slip*/, std::wstring_view /*name*/, std::wstring_view /*place*/,
+                         IUnknown* /*values*/) {}
 };
 
 // Belongs to the request's thread. Objects may outlive the page.

@@ -10,11 +10,16 @@
 namespace zelto {
 
 class ResponseObject final
-    : public korlib::DispatchObject<ResponseObject, ZeltoTypeLibrary::IResponse, script::IPageOutput> {
+    : public korlib::DispatchObject<ResponseObject, ZeltoTypeLibrary::IResponse, script::IPageOutput, ITemplateNotes> {
  public:
   static constexpr const wchar_t* kClassName = L"Response";
   explicit ResponseObject(PageStatePtr page) : page_(std::move(page)) {}
   static std::span<const korlib::Member> members();
+
+  // What is to be said of templates is for a page whose host wants to know.
+  HRESULT QueryInterface(REFIID riid, void** ppv) override;
+  HRESULT NoteTemplate(BSTR file) override;
+  HRESULT NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnknown* values) override;
 
   // Writes what value_text.h says, dates and numbers as LCID has them.
   HRESULT Write(VARIANT value) override;

@@ -32,13 +32,6 @@ bool take(std::wstring_view& text, std::wstring_view wanted) {
   return true;
 }
 
-// As the script's own files are named: components write paths with backslashes.
-std::string site_path(std::string file, std::string_view root) {
-  std::ranges::replace(file, '\\', '/');
-  if (!root.empty() && file.starts_with(root) && file.substr(root.size()).starts_with('/')) file.erase(0, root.size());
-  return file;
-}
-
 // Nothing when the line is none.
 std::optional<TemplatePlace> read_place(std::wstring_view line) {
   for (std::size_t colon = line.find(L':'); colon != line.npos; colon = line.find(L':', colon + 1)) {
@@ -56,6 +49,12 @@ std::optional<TemplatePlace> read_place(std::wstring_view line) {
 }
 
 }  // namespace
+
+std::string site_path(std::string file, std::string_view root) {
+  std::ranges::replace(file, '\\', '/');
+  if (!root.empty() && file.starts_with(root) && file.substr(root.size()).starts_with('/')) file.erase(0, root.size());
+  return file;
+}
 
 std::vector<TemplatePlace> read_places(std::wstring_view list) {
   std::vector<TemplatePlace> places;
@@ -76,18 +75,20 @@ std::wstring list_of(const std::vector<TemplatePlace>& places) {
   return list;
 }
 
+// The list of an error that comes out of one function after the other is as it should be but for its last line.
+std::wstring named_from_root(std::wstring_view list, std::string_view root) {
+  const bool is_named = list.find(L'\\') == list.npos && list.find(korlib::to_wide(root)) == list.npos;
+  if (is_named) return std::wstring(list);
+  std::vector<TemplatePlace> places = read_places(list);
+  for (TemplatePlace& place : places) place.file = site_path(std::move(place.file), root);
+  return list_of(places);
+}
+
 std::wstring template_places_of(IErrorInfo* info, std::string_view root) {
   DWORD context = 0;
   CComBSTR list;
   if (!info || FAILED(info->GetHelpContext(&context)) || context != mirt::kTemplatePlaces) return {};
-  if (FAILED(info->GetHelpFile(list.put()))) return {};
-  // The list of an error that comes out of one function after the other is as it should be but for its last line.
-  const bool is_as_it_should = list.view().find(L'\\') == std::wstring_view::npos &&
-                               list.view().find(korlib::to_wide(root)) == std::wstring_view::npos;
-  if (is_as_it_should) return std::wstring(list.view());
-  std::vector<TemplatePlace> places = read_places(list.view());
-  for (TemplatePlace& place : places) place.file = site_path(std::move(place.file), root);
-  return list_of(places);
+  return SUCCEEDED(info->GetHelpFile(list.put())) ? named_from_root(list.view(), root) : std::wstring();
 }
 
 void hand_on(std::wstring list) {

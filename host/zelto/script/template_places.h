@@ -19,6 +19,9 @@ using language::TemplatePlace;
 
 // The list of an error object, which may be null. Files below the root are named from there, with slashes.
 std::wstring template_places_of(IErrorInfo* info, std::string_view root);
+// A template's path as the script's own files are named: components write it with backslashes.
+std::string site_path(std::string file, std::string_view root);
+std::wstring named_from_root(std::wstring_view list, std::string_view root);
 // Has the thread's error object hand the list on.
 void hand_on(std::wstring list);
 

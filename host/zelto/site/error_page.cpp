@@ -113,7 +113,8 @@ std::string templates_line(const PageError& error) {
 
 }  // namespace
 
-std::string debug_error_page(const PageError& error, const std::string& root, std::string_view target) {
+std::string debug_error_page(const PageError& error, const std::string& root, std::string_view target,
+                             std::string_view foot) {
   std::string body = fmt::format("<h1>{}</h1>\n<dl>", html(error.description));
   const auto row = [&body](std::string_view name, const std::string& value) {
     if (!value.empty()) body += fmt::format("<dt>{}</dt><dd>{}</dd>\n", name, value);
@@ -137,6 +138,7 @@ std::string debug_error_page(const PageError& error, const std::string& root, st
     body += source_lines(root + to_utf8(error.file), error.line, error.column);
   }
   body += call_list(error);
+  body += foot;
   return page("Error in a page", body);
 }
 

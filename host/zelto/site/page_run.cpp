@@ -21,6 +21,7 @@
 #include "script/realm.h"
 #include "script/template_places.h"
 #include "site/error_page.h"
+#include "site/page_notes.h"
 #include "site/page_session.h"
 #include "text/characters.h"
 #include "text/charset.h"
@@ -72,7 +73,9 @@ class PageRun final : public PageHost {
         engine_(engine),
         page_(std::make_shared<PageState>(std::move(request), std::move(place), sink, this)),
         hold_(std::make_shared<ApplicationHold>(site.application())),
-        session_(site.sessions(), *page_) {}
+        session_(site.sessions(), *page_) {
+    if (settings_->options.debug) notes_.emplace();
+  }
   PageRun(const PageRun&) = delete;
   PageRun& operator=(const PageRun&) = delete;
   // Objects that a component kept find the page gone.
@@ -85,6 +88,9 @@ class PageRun final : public PageHost {
   LONG script_timeout() const override { return static_cast<LONG>(engine_.time_limit().count() / 1000); }
   HRESULT set_script_timeout(LONG seconds) override;
   const PageError* last_error() const override { return error_ ? &*error_ : nullptr; }
+  bool takes_notes() const override { return notes_.has_value(); }
+  void note_template(std::wstring_view file) override;
+  void note_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place, IUnknown* values) override;
 
  private:
   void set_time_limit(std::chrono::seconds limit);
@@ -93,6 +99,7 @@ class PageRun final : public PageHost {
   void run_script(const LoadedPage& loaded);
   script::Outcome run_realm(const LoadedPage& loaded);
   void log_console(const script::LogLine& line);
+  void warn_of_slips();
   void fail(PageError error);
   void fail_at_limit(HRESULT number, std::wstring description, const std::optional<script::ScriptError>& place);
   int answer();
@@ -107,6 +114,7 @@ class PageRun final : public PageHost {
   PageSession session_;
   PageContext::Objects objects_;
   std::optional<PageError> error_;
+  std::optional<PageNotes> notes_;               // where the site shows its errors
   std::chrono::steady_clock::time_point began_;  // the script
   std::size_t console_room_ = kConsoleLimit;
   bool is_console_full_ = false;
@@ -125,7 +133,9 @@ int PageRun::run() {
     return answer();
   }
   set_text_forms(loaded.directive);
+  if (notes_) notes_->end_phase("Compiling");
   run_script(loaded);
+  warn_of_slips();
   const int status = answer();
   hold_->unlock();
   session_.close();
@@ -207,8 +217,28 @@ void PageRun::log_console(const script::LogLine& line) {
   console_room_ -= kept.size();
   is_console_full_ = kept.size() < text.size();
   if (!kept.empty()) site_.log(kept);
+  if (notes_) notes_->add_console(kept);
   if (is_console_full_)
     site_.log(std::string(site_.path_of(line.file)) + ": the rest of this page's console is left out");
+}
+
+void PageRun::note_template(std::wstring_view file) {
+  if (notes_) notes_->add_template(script::site_path(to_utf8(file), site_.root()));
+}
+
+void PageRun::note_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place, IUnknown* values) {
+  if (!notes_) return;
+  std::vector<std::wstring> names = keys_of(values);
+  if (const auto session = session_.state(); session && slip == TemplateSlip::no_session_value) session->names(names);
+  if (slip == TemplateSlip::no_application_value) hold_->names(names);
+  notes_->add_slip(slip, name, script::named_from_root(place, site_.root()), names);
+}
+
+void PageRun::warn_of_slips() {
+  if (!notes_) return;
+  notes_->end_phase("Script and templates");
+  const std::string warning = notes_->warning(page_->request.place().virtual_path);
+  if (!warning.empty()) site_.log(warning);
 }
 
 HRESULT PageRun::execute(const std::string& virtual_path) {
@@ -294,7 +324,8 @@ void PageRun::answer_error(const PageError& error) {
     response.cache_control = "no-store";
   }
   if (debug)
-    response.write_bytes(debug_error_page(error, site_.root(), page_->request.http().target));
+    response.write_bytes(debug_error_page(error, site_.root(), page_->request.http().target,
+                                          notes_ ? notes_->panel(session_.state().get()) : std::string()));
   else if (begins)
     response.write_bytes(plain_error_page(status_line(status), error.reference));
 }

@@ -4,6 +4,7 @@
 #include "frame/error.h"
 #include "frame/error_places.h"
 #include "mirt/templator/engine.h"
+#include "support/still.h"
 #include "support/template_places.h"
 
 namespace test {
@@ -136,6 +137,49 @@ TEST_F(MarkPlaces, LeaveTheErrorObjectTheSame) {
   CComPtr<IErrorInfo> left;
   ASSERT_EQ(S_OK, GetErrorInfo(0, left.put()));
   EXPECT_EQ(own.get(), left.get());
+}
+
+// A host that wants to know of marks that show nothing.
+class Notes final : public Still<ITemplateNotes> {
+ public:
+  HRESULT NoteTemplate(BSTR file) override {
+    noted.emplace_back(korlib::view_of(file));
+    return S_OK;
+  }
+  HRESULT NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnknown*) override {
+    noted.push_back(std::to_wstring(static_cast<int>(slip)) + L" " + std::wstring(korlib::view_of(name)) + L" " +
+                    std::wstring(korlib::view_of(place)));
+    return S_OK;
+  }
+
+  std::vector<std::wstring> noted;
+};
+
+TEST_F(MarkPlaces, AreToldOfMarksThatShowNothing) {
+  Notes notes;
+  engine_.set_response(&notes);
+  engine_.on_mark = [&](const Mark&) {
+    RaiseError(E_FAIL, L"Mirt", L"words");
+    engine_.note_slip(TemplateSlip::without_type, CComBSTR(L"name"));
+    EXPECT_EQ(L"words", take_placed_error().description) << "what a mark has said is another's";
+    return S_OK;
+  };
+  EXPECT_EQ(S_OK, engine_.stream(L"\n (#name#)"));
+  replayed(L"(#a#)\n(#b#)", L"(#a#)\n(#b#)", L"row.html");
+  replayed(L"(#a#)", L"other");
+  engine_.note_slip(TemplateSlip::without_type, CComBSTR(L"name"));  // outside of any mark
+  engine_.note_template(CComBSTR(L"file.html"));
+  EXPECT_EQ((std::vector<std::wstring>{L"1 name (text):2:2: (#name#)", L"1 name row.html:1:1: (#a#)",
+                                       L"1 name row.html:2:1: (#b#)", L"1 name ", L"file.html"}),
+            notes.noted);
+}
+
+TEST_F(MarkPlaces, AreToldToNobodyWhoDoesNotWantToKnow) {
+  EXPECT_FALSE(engine_.takes_notes());
+  Engine other;
+  other.set_response(sink_->unknown());
+  EXPECT_FALSE(other.takes_notes());
+  other.note_template(CComBSTR(L"file.html"));
 }
 
 TEST(ErrorPlaces, StayWhenTheWordsAreReplaced) {

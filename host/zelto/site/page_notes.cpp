@@ -1,0 +1,141 @@
+#include "site/page_notes.h"
+
+#include <fmt/format.h>
+#include <korlib/combstr.h>
+#include <korlib/comvariant.h>
+#include <korlib/dictionary.h>
+#include <korlib/ptr.h>
+
+#include <algorithm>
+
+#include "language/name_distance.h"
+#include "text/charset.h"
+#include "text/html.h"
+
+namespace zelto {
+
+namespace {
+
+constexpr std::size_t kLongestValue = 200;  // characters of one that the panel shows
+
+std::string html(std::wstring_view text) { return to_utf8(html_encode(text, kUtf8CodePage)); }
+
+struct Words {
+  std::wstring holder;  // of the value
+  bool must_be_there;
+};
+
+Words words_of(TemplateSlip slip) {
+  switch (slip) {
+    case TemplateSlip::no_item:
+      return {L"View", true};
+    case TemplateSlip::no_include:
+      return {L"Include", true};
+    case TemplateSlip::no_bag_item:
+      return {L"the bag", false};
+    case TemplateSlip::no_session_value:
+      return {L"the session", false};
+    case TemplateSlip::no_application_value:
+      return {L"the application", false};
+    default:
+      return {L"", true};
+  }
+}
+
+std::wstring text_of(const VARIANT& value) {
+  CComVariant text;
+  if (value.vt == VT_EMPTY) return L"nothing";
+  if (value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN) return L"an object";
+  if (value.vt & VT_ARRAY) return L"an array";
+  if (FAILED(VariantChangeType(&text, &value, 0, VT_BSTR))) return L"a value without text";
+  const std::wstring_view all = korlib::view_of(text.bstrVal);
+  return std::wstring(all.substr(0, kLongestValue)) + (all.size() > kLongestValue ? L"…" : L"");
+}
+
+std::string section(std::string_view title, std::string_view rows) {
+  return rows.empty() ? std::string() : fmt::format("<h2>{}</h2>\n<ul>\n{}</ul>\n", title, rows);
+}
+
+std::string row(std::string_view text) { return fmt::format("<li>{}</li>\n", text); }
+
+}  // namespace
+
+void PageNotes::add_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place,
+                         const std::vector<std::wstring>& names) {
+  const std::wstring mark = place.empty() ? L"(#" + std::wstring(name) + L"#)" : std::wstring(place);
+  std::wstring words = mark + L" has no type character";
+  if (slip != TemplateSlip::without_type) {
+    std::vector<std::wstring> others = names;  // without its own, which a dictionary has got by being asked
+    std::erase(others, name);
+    const std::wstring near = language::nearest_name(others, name);
+    const auto [holder, must_be_there] = words_of(slip);
+    if (near.empty() && !must_be_there) return;
+    words = mark + L" shows nothing: " + holder + L" has no '" + std::wstring(name) + L"'";
+    if (!near.empty()) words += L", did you mean '" + near + L"'?";
+  }
+  if (std::ranges::find(slips_, words) != slips_.end()) return;
+  if (slips_.size() < kMostSlips)
+    slips_.push_back(std::move(words));
+  else
+    ++more_slips_;
+}
+
+void PageNotes::add_template(const std::string& file) {
+  const auto known = std::ranges::find(templates_, file, [](const auto& each) { return each.first; });
+  if (known != templates_.end()) {
+    ++known->second;
+  } else if (templates_.size() < kMostTemplates) {
+    templates_.emplace_back(file, 1);
+  }
+}
+
+void PageNotes::add_console(std::string_view line) { console_ += row(html(to_wide(line))); }
+
+void PageNotes::end_phase(std::string_view name) {
+  const Clock::time_point now = Clock::now();
+  phases_.emplace_back(name, now - std::exchange(phase_began_, now));
+}
+
+std::string PageNotes::warning(std::string_view page) const {
+  if (slips_.empty()) return {};
+  std::string line = std::string(page) + ": warning: ";
+  for (std::size_t i = 0; i < slips_.size(); ++i) line += (i == 0 ? "" : "; ") + to_utf8(slips_[i]);
+  return more_slips_ == 0 ? line : line + fmt::format(" and {} more", more_slips_);
+}
+
+std::string PageNotes::panel(VariantStore* session) const {
+  std::string slips;
+  for (const std::wstring& slip : slips_) slips += row(html(slip));
+  if (more_slips_ > 0) slips += row(fmt::format("and {} more", more_slips_));
+  std::string templates;
+  for (const auto& [file, count] : templates_)
+    templates += row(html(to_wide(file)) + (count > 1 ? fmt::format(", {} times", count) : std::string()));
+  std::string phases;
+  for (const auto& [name, took] : phases_)
+    phases += row(fmt::format("{}: {:.1f} ms", name, std::chrono::duration<double, std::milli>(took).count()));
+  std::string values;
+  std::vector<std::wstring> names;
+  if (session && SUCCEEDED(session->names(names))) {
+    for (const std::wstring& name : names) {
+      CComVariant value;
+      if (SUCCEEDED(session->get(name, &value))) values += row(html(name + L": " + text_of(value)));
+    }
+  }
+  return section("Warnings", slips) + section("Console", console_) + section("Templates", templates) +
+         section("Time", phases) + section("Session", values);
+}
+
+std::vector<std::wstring> keys_of(IUnknown* values) {
+  std::vector<std::wstring> keys;
+  const CComQIPtr<IKorLibDictionary> dictionary(values);
+  CComVariant all;
+  if (!dictionary || FAILED(dictionary->Keys(&all)) || all.vt != (VT_ARRAY | VT_VARIANT)) return keys;
+  const SAFEARRAY& array = *all.parray;
+  const auto* key = static_cast<const VARIANT*>(array.pvData);
+  for (ULONG i = 0; i < array.rgsabound[0].cElements; ++i, ++key) {
+    if (key->vt == VT_BSTR) keys.emplace_back(korlib::view_of(key->bstrVal));
+  }
+  return keys;
+}
+
+}  // namespace zelto

@@ -1,0 +1,51 @@
+// What an author wants to know of a page besides its error: gathered where the site shows its errors, and only there.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <mirt/template_notes.h>
+
+#include "intrinsics/variant_store.h"
+
+namespace zelto {
+
+class PageNotes {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  // A mark that shows nothing. `place` is "/row.html:3:7: (#*nmae#)"; of `names`, the nearest to its own is the one
+  // that was meant. A value of session, application or bag need not be there: it is a slip if one has nearly that name.
+  void add_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place,
+                const std::vector<std::wstring>& names);
+  // A template that it drew; how often is counted.
+  void add_template(const std::string& file);
+  // A line that the page wrote to its console.
+  void add_console(std::string_view line);
+  // What the page was at until now.
+  void end_phase(std::string_view name);
+
+  // One line for the log; empty when there are no slips.
+  std::string warning(std::string_view page) const;
+  // The foot of the error's page. The values are those of its session, where it has one.
+  std::string panel(VariantStore* session) const;
+
+ private:
+  static constexpr std::size_t kMostSlips = 20;
+  static constexpr std::size_t kMostTemplates = 100;
+
+  std::vector<std::wstring> slips_;  // in words
+  std::size_t more_slips_ = 0;
+  std::vector<std::pair<std::string, std::size_t>> templates_;  // how often
+  std::string console_;
+  std::vector<std::pair<std::string, Clock::duration>> phases_;
+  Clock::time_point phase_began_ = Clock::now();
+};
+
+// The keys of a dictionary; none of another object.
+std::vector<std::wstring> keys_of(IUnknown* values);
+
+}  // namespace zelto

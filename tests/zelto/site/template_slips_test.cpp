@@ -1,0 +1,96 @@
+// Marks that show nothing by mistake, as the author is told of them: in the log, and at the foot of an error's page.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "zelto/site/page_run_fixture.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class TemplateSlips : public test::PageRunFixture {
+ protected:
+  TemplateSlips() { options.debug = true; }
+
+  // What a page answers that draws the template, with that script before it.
+  std::string drawn(const std::string& text, const std::string& script = {}) {
+    folder.write("tpl/main.html", text);
+    log.clear();
+    restart();
+    return body(
+        "<% var m = Server.CreateObject('Mirt'); m.Script = this; m.TemplateFolder = Server.MapPath('tpl');"
+        "m.TemplateExt = '.html'; m.DefaultTemplate = 'main'; m.Name = 'app';" +
+        script + " m.Process(); %>");
+  }
+  static bool has(const std::string& text, const std::string& piece) { return text.find(piece) != text.npos; }
+};
+
+TEST_F(TemplateSlips, AreMarksWithoutAType) {
+  EXPECT_EQ("\n .", drawn("\n (#title#)."));
+  EXPECT_EQ(Lines{"/page.asp: warning: /tpl/main.html:2:2: (#title#) has no type character"}, log);
+  drawn("(# a note #)(##)(#\tanother#)");
+  EXPECT_EQ(Lines{}, log);
+}
+
+TEST_F(TemplateSlips, AreItemsThatViewAndIncludeDoNotHave) {
+  drawn("(#*titel#)\n(#/rows#)(#@sied#)(#*there#)",
+        "function On_StartDraw(m) { m.SetView('title', 'T'); m.SetView('there', 'x'); m.Include('side') = 'part'; }");
+  EXPECT_EQ(Lines{"/page.asp: warning: /tpl/main.html:1:1: (#*titel#) shows nothing: View has no 'titel', did you mean "
+                  "'title'?; /tpl/main.html:2:1: (#/rows#) shows nothing: View has no 'rows'; "
+                  "/tpl/main.html:2:10: (#@sied#) shows nothing: Include has no 'sied', did you mean 'side'?"},
+            log);
+}
+
+// Others are optional as often as not.
+TEST_F(TemplateSlips, AreValuesOfNearlyTheNameOfAnother) {
+  const std::string script =
+      "Session('visits') = 3; Application('site') = 'Books';"
+      "function On_StartDraw(m) { m.Bag('name') = 'Bo'; }";
+  drawn("(#=visist#)(#+siet#)(#&naem#)", script);
+  EXPECT_EQ(
+      Lines{"/page.asp: warning: /tpl/main.html:1:1: (#=visist#) shows nothing: the session has no 'visist', did "
+            "you mean 'visits'?; /tpl/main.html:1:12: (#+siet#) shows nothing: the application has no 'siet', did "
+            "you mean 'site'?; /tpl/main.html:1:21: (#&naem#) shows nothing: the bag has no 'naem', did you mean "
+            "'name'?"},
+      log);
+  drawn("(#=unrelated#)(#+unrelated#)(#&unrelated#)(#$unrelated#)", script);
+  EXPECT_EQ(Lines{}, log);
+}
+
+TEST_F(TemplateSlips, AreToldOnceAPage) {
+  drawn("(#%Rows|(#*nmae#)#)(#%Rows|(#*nmae#)#)",
+        "function OnDraw_Rows(m, texts) { m.ProcessTemplate(texts[0]); m.ProcessTemplate(texts[0]); }");
+  EXPECT_EQ(Lines{"/page.asp: warning: (text):1:1: (#*nmae#) shows nothing: View has no 'nmae'"}, log);
+  std::string many;
+  for (int i = 0; i < 30; ++i) many += "(#x" + std::to_string(i) + "#)";
+  drawn(many);
+  ASSERT_EQ(1u, log.size());
+  EXPECT_TRUE(log[0].ends_with("(#x19#) has no type character and 10 more")) << log[0];
+}
+
+TEST_F(TemplateSlips, AreNotLookedForWhereTheSiteShowsNoErrors) {
+  options.debug = false;
+  EXPECT_EQ(".", drawn("(#title#)(#*rows#)."));
+  EXPECT_EQ(Lines{}, log);
+}
+
+TEST_F(TemplateSlips, StandAtTheFootOfAnErrorsPageWithItsConsoleTemplatesTimesAndSession) {
+  folder.write("tpl/part.html", "part");
+  const std::string shown = drawn("(#title<b#)(#`part#)(#`part#)(#;nothing#)",
+                                  "Session('visits') = 3; Session('list') = [1]; console.warn('<late>');");
+  for (const char* piece :
+       {"<h2>Warnings</h2>\n<ul>\n<li>/tpl/main.html:1:1: (#title&lt;b#) has no type character</li>\n</ul>",
+        "<h2>Console</h2>\n<ul>\n<li>/page.asp:1: console.warn: &lt;late&gt;</li>\n</ul>",
+        "<h2>Templates</h2>\n<ul>\n<li>/tpl/main.html</li>\n<li>/tpl/part.html, 2 times</li>\n</ul>",
+        "<h2>Time</h2>\n<ul>\n<li>", "<h2>Session</h2>\n<ul>\n<li>visits: 3</li>\n<li>list: an array</li>\n"}) {
+    EXPECT_TRUE(has(shown, piece)) << piece << "\n" << shown;
+  }
+  EXPECT_LT(shown.find("Marks and calls"), shown.find("<h2>Warnings</h2>"));
+  EXPECT_EQ(3u, log.size());
+}
+
+TEST_F(TemplateSlips, LeaveTheAnswerOfAPageAsItIs) { EXPECT_FALSE(has(drawn("<html>(#title#)</html>"), "Warnings")); }
+
+}  // namespace
