@@ -3,6 +3,8 @@
 #include <sql.h>
 #include <sqlext.h>
 
+#include <korlib_host/statement_listener.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -15,6 +17,25 @@ namespace korlib::odbc {
 namespace {
 
 constexpr std::size_t kMostParameters = 32'767;
+
+constinit thread_local korlib_host::StatementListener* t_listener = nullptr;
+
+// Tells the thread's listener of a statement when that is over.
+class Told {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  explicit Told(std::wstring_view sql) : sql_(sql), began_(t_listener ? Clock::now() : Clock::time_point()) {}
+  ~Told() {
+    if (t_listener) t_listener->on_statement(sql_, Clock::now() - began_);
+  }
+  Told(const Told&) = delete;
+  Told& operator=(const Told&) = delete;
+
+ private:
+  const std::wstring_view sql_;
+  const Clock::time_point began_;
+};
 
 constexpr std::wstring_view kHarmless[] = {L"ALTER",   L"ANALYZE",  L"CALL",   L"COMMENT", L"COMMIT",  L"CREATE",
                                            L"DELETE",  L"DESCRIBE", L"DROP",   L"END",     L"EXEC",    L"EXECUTE",
@@ -113,6 +134,7 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
   if (is_dropped_) need_handle();
   if (sql.find(L'\0') != std::wstring::npos) throw Failure(L"42000", L"The command text holds a NUL character.");
   if (parameters.size() > kMostParameters) throw Failure(L"07001", L"There are too many parameters.");
+  const Told told(sql);
   const bool is_one_query = may_be_kept(sql);
   if (!is_one_query && may_change_connection(sql)) connection_->mark_changed();
   connection_->wait_for_locks(timeout_);
@@ -212,3 +234,5 @@ bool Statement::fetch(Row& row) {
 }
 
 }  // namespace korlib::odbc
+
+void korlib_host::set_statement_listener(StatementListener* listener) noexcept { korlib::odbc::t_listener = listener; }

@@ -16,7 +16,7 @@ namespace zelto {
 
 namespace {
 
-constexpr std::size_t kLongestValue = 200;  // characters of one that the panel shows
+constexpr std::size_t kLongestText = 200;  // characters of a value or statement
 
 std::string html(std::wstring_view text) { return to_utf8(html_encode(text, kUtf8CodePage)); }
 
@@ -42,14 +42,21 @@ Words words_of(TemplateSlip slip) {
   }
 }
 
+std::wstring shortened(std::wstring_view text) {
+  return std::wstring(text.substr(0, kLongestText)) + (text.size() > kLongestText ? L"…" : L"");
+}
+
+std::string milliseconds(PageNotes::Clock::duration time) {
+  return fmt::format("{:.1f} ms", std::chrono::duration<double, std::milli>(time).count());
+}
+
 std::wstring text_of(const VARIANT& value) {
   CComVariant text;
   if (value.vt == VT_EMPTY) return L"nothing";
   if (value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN) return L"an object";
   if (value.vt & VT_ARRAY) return L"an array";
   if (FAILED(VariantChangeType(&text, &value, 0, VT_BSTR))) return L"a value without text";
-  const std::wstring_view all = korlib::view_of(text.bstrVal);
-  return std::wstring(all.substr(0, kLongestValue)) + (all.size() > kLongestValue ? L"…" : L"");
+  return shortened(korlib::view_of(text.bstrVal));
 }
 
 std::string section(std::string_view title, std::string_view rows) {
@@ -89,6 +96,15 @@ void PageNotes::add_template(const std::string& file) {
   }
 }
 
+void PageNotes::on_statement(std::wstring_view sql, Clock::duration took) noexcept try {
+  if (statements_.size() < kMostStatements)
+    statements_.push_back(row(fmt::format("<code>{}</code>, {}", html(shortened(sql)), milliseconds(took))));
+  else
+    ++more_statements_;
+} catch (...) {
+  ++more_statements_;  // there was no memory for its words
+}
+
 void PageNotes::add_console(std::string_view line) { console_ += row(html(to_wide(line))); }
 
 void PageNotes::end_phase(std::string_view name) {
@@ -111,8 +127,10 @@ std::string PageNotes::panel(VariantStore* session) const {
   for (const auto& [file, count] : templates_)
     templates += row(html(to_wide(file)) + (count > 1 ? fmt::format(", {} times", count) : std::string()));
   std::string phases;
-  for (const auto& [name, took] : phases_)
-    phases += row(fmt::format("{}: {:.1f} ms", name, std::chrono::duration<double, std::milli>(took).count()));
+  for (const auto& [name, took] : phases_) phases += row(fmt::format("{}: {}", name, milliseconds(took)));
+  std::string statements;
+  for (const std::string& each : statements_) statements += each;
+  if (more_statements_ > 0) statements += row(fmt::format("and {} more", more_statements_));
   std::string values;
   std::vector<std::wstring> names;
   if (session && SUCCEEDED(session->names(names))) {
@@ -122,7 +140,7 @@ std::string PageNotes::panel(VariantStore* session) const {
     }
   }
   return section("Warnings", slips) + section("Console", console_) + section("Templates", templates) +
-         section("Time", phases) + section("Session", values);
+         section("Statements", statements) + section("Time", phases) + section("Session", values);
 }
 
 std::vector<std::wstring> keys_of(IUnknown* values) {

@@ -7,15 +7,22 @@
 #include <utility>
 #include <vector>
 
+#include <korlib_host/statement_listener.h>
 #include <mirt/template_notes.h>
 
 #include "intrinsics/variant_store.h"
 
 namespace zelto {
 
-class PageNotes {
+// Belongs to the thread that the page runs on, whose statements it is told of.
+class PageNotes final : public korlib_host::StatementListener {
  public:
   using Clock = std::chrono::steady_clock;
+
+  PageNotes() { korlib_host::set_statement_listener(this); }
+  ~PageNotes() { korlib_host::set_statement_listener(nullptr); }
+  PageNotes(const PageNotes&) = delete;
+  PageNotes& operator=(const PageNotes&) = delete;
 
   // A mark that shows nothing. `place` is "/row.html:3:7: (#*nmae#)"; of `names`, the nearest to its own is the one
   // that was meant. A value of session, application or bag need not be there: it is a slip if one has nearly that name.
@@ -23,6 +30,7 @@ class PageNotes {
                 const std::vector<std::wstring>& names);
   // A template that it drew; how often is counted.
   void add_template(const std::string& file);
+  void on_statement(std::wstring_view sql, Clock::duration took) noexcept override;
   // A line that the page wrote to its console.
   void add_console(std::string_view line);
   // What the page was at until now.
@@ -36,10 +44,13 @@ class PageNotes {
  private:
   static constexpr std::size_t kMostSlips = 20;
   static constexpr std::size_t kMostTemplates = 100;
+  static constexpr std::size_t kMostStatements = 100;
 
   std::vector<std::wstring> slips_;  // in words
   std::size_t more_slips_ = 0;
   std::vector<std::pair<std::string, std::size_t>> templates_;  // how often
+  std::vector<std::string> statements_;                         // in HTML
+  std::size_t more_statements_ = 0;
   std::string console_;
   std::vector<std::pair<std::string, Clock::duration>> phases_;
   Clock::time_point phase_began_ = Clock::now();

@@ -72,13 +72,19 @@ TEST_F(TemplateErrors, TellOfEachKindOfFailure) {
       {"(#;nothing#)", "Type mismatch.[(#;nothing#)]"},
       {"(#;towns|7#)", "Invalid index.[(#;towns#)]"},
       {"(#;towns|x#)", "Type mismatch.[(#;towns#)]"},
-      {"(#&item#)", "Could not get Bag. Please specify property 'Name'."},
+      {"(#|item#)", "Could not get Bag. Please specify property 'Name'."},
       {"(#%_Input|one#)", "Invalid OnDraw__Input param length."},
+      {"(#`nowhere#)", "Template file can't read.["},
+      {"(#`..\\..\\secret#)", "Template file can't obtain.["},
   };
   for (const auto& row : kRows) {
     folder.write("tpl/main.html", "\n " + std::string(row.mark) + "\n");
     restart();
-    failed(page("var nothing = null, towns = ['Rome'];"));
+    const std::string shown = failed(page("var nothing = null, towns = ['Rome'];"));
+    EXPECT_TRUE(has(shown, "<dt>Template</dt><dd>/tpl/main.html:2:2</dd>\n<dt>Mark</dt><dd><code>" +
+                               std::string(row.mark) + "</code>"))
+        << shown;
+    EXPECT_TRUE(has(shown, "<span class=\"caret\">        ^</span>")) << shown;
     EXPECT_TRUE(has(log[0], std::string("; in /tpl/main.html:2:2 ") + row.mark + " (")) << log[0];
     EXPECT_TRUE(log[0].starts_with(std::string("/page.asp:1: ") + row.words)) << log[0];
   }
@@ -136,10 +142,11 @@ TEST_F(TemplateErrors, StandAmongTheFunctionsThatWereRunning) {
 
 TEST_F(TemplateErrors, AreToldOfChildAndStandAloneTemplators) {
   folder.write("tpl/child.html", "a\n (#:nothing#)");
-  failed(
-      page("function On_StartDraw(m) { var c = m.NewTemplator('Draw_'); c.Script = globalThis;"
-           "c.ProcessTemplateFile(Server.MapPath('tpl/child.html'), 'UTF-8'); }"));
+  const std::string shown =
+      failed(page("function On_StartDraw(m) { var c = m.NewTemplator('Draw_'); c.Script = globalThis;"
+                  "c.ProcessTemplateFile(Server.MapPath('tpl/child.html'), 'UTF-8'); }"));
   EXPECT_TRUE(has(log[0], "; in /tpl/child.html:2:2 (#:nothing#) (")) << log[0];
+  EXPECT_TRUE(has(shown, "<dt>Template</dt><dd>/tpl/child.html:2:2</dd>")) << shown;
   failed(
       "<% var t = Server.CreateObject('Mirt.TextTemplator'); t.Script = this; t.ProcessTemplate('x(#nothing#)'); %>");
   EXPECT_TRUE(has(log[0], "; in (text):1:2 (#nothing#) (")) << log[0];

@@ -91,6 +91,17 @@ TEST_F(TemplateSlips, StandAtTheFootOfAnErrorsPageWithItsConsoleTemplatesTimesAn
   EXPECT_EQ(3u, log.size());
 }
 
+TEST_F(TemplateSlips, StandWithTheStatementsOfAnErrorsPage) {
+  const std::string script =
+      "var c = Server.CreateObject('ADODB.Connection'); c.Open('Driver=SQLite3;Database=:memory:');"
+      "c.Execute('CREATE TABLE t (a INT)'); c.Execute('SELECT a FROM t WHERE a < 5');";
+  const std::string shown = drawn("(#;nothing#)", script);
+  EXPECT_TRUE(has(shown, "<h2>Statements</h2>\n<ul>\n<li><code>CREATE TABLE t (a INT)</code>, ")) << shown;
+  EXPECT_TRUE(has(shown, "<li><code>SELECT a FROM t WHERE a &lt; 5</code>, ")) << shown;
+  options.debug = false;
+  EXPECT_FALSE(has(drawn("(#;nothing#)", script), "CREATE TABLE"));
+}
+
 TEST_F(TemplateSlips, LeaveTheAnswerOfAPageAsItIs) { EXPECT_FALSE(has(drawn("<html>(#title#)</html>"), "Warnings")); }
 
 }  // namespace
