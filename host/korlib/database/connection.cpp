@@ -2,8 +2,8 @@
 
 #include "database/convert.h"
 #include "database/errors.h"
-#include "database/failed_statement.h"
 #include "database/recordset.h"
+#include "database/refused_statement.h"
 #include "odbc/connection_pool.h"
 #include "odbc/connection_string.h"
 
@@ -49,7 +49,7 @@ std::unique_ptr<odbc::ResultSet> Connection::run(const std::wstring& sql, std::v
     statement->run(sql, parameters);
     return std::make_unique<odbc::ResultSet>(std::move(statement), is_kept);
   } catch (const odbc::Failure& failure) {
-    remember_failed_statement(sql, parameters, failure.text());
+    tell_refused(sql, parameters, failure.text());
     throw;
   }
 }

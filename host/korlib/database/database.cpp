@@ -3,7 +3,6 @@
 #include <korlib_host/database.h>
 
 #include "database/command.h"
-#include "database/failed_statement.h"
 #include "database/recordset.h"
 #include "odbc/connection_pool.h"
 #include "odbc/kept_statements.h"
@@ -31,10 +30,7 @@ DatabaseHandles database_handles() noexcept {
   return {open_handles(HandleType::connection), open_handles(HandleType::statement) - kept, kept};
 }
 
-void roll_back_transactions() noexcept {
-  korlib::forget_failed_statement();
-  korlib::odbc::ConnectionPool::of_this_thread().roll_back_transactions();
-}
+void roll_back_transactions() noexcept { korlib::odbc::ConnectionPool::of_this_thread().roll_back_transactions(); }
 
 void set_statement_deadline(std::chrono::steady_clock::time_point deadline) noexcept {
   korlib::odbc::StatementTimer::set_deadline(deadline);

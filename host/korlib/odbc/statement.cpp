@@ -236,3 +236,5 @@ bool Statement::fetch(Row& row) {
 }  // namespace korlib::odbc
 
 void korlib_host::set_statement_listener(StatementListener* listener) noexcept { korlib::odbc::t_listener = listener; }
+
+korlib_host::StatementListener* korlib_host::statement_listener() noexcept { return korlib::odbc::t_listener; }

@@ -16,7 +16,8 @@ namespace zelto {
 
 namespace {
 
-constexpr std::size_t kLongestText = 200;  // characters of a value or statement
+constexpr std::size_t kLongestText = 200;          // characters of a value or statement
+constexpr std::size_t kLongestStatement = 16'384;  // of the one that failed
 
 std::string html(std::wstring_view text) { return to_utf8(html_encode(text, kUtf8CodePage)); }
 
@@ -103,6 +104,24 @@ void PageNotes::on_statement(std::wstring_view sql, Clock::duration took) noexce
     ++more_statements_;
 } catch (...) {
   ++more_statements_;  // there was no memory for its words
+}
+
+void PageNotes::on_refused(std::wstring_view sql, const std::vector<std::wstring>& parameters,
+                           std::wstring_view error) noexcept try {
+  refused_statement_.clear();
+  refused_ = error;
+  std::string statement =
+      fmt::format("<h2>The statement</h2>\n<pre>{}</pre>\n", html(sql.substr(0, kLongestStatement)));
+  std::string values;
+  for (const std::wstring& value : parameters) values += row(html(value));
+  if (!values.empty()) statement += fmt::format("<h2>Its parameters</h2>\n<ol>\n{}</ol>\n", values);
+  refused_statement_ = std::move(statement);
+} catch (...) {
+  return;  // there was no memory for it
+}
+
+std::string PageNotes::refused(std::wstring_view error) const {
+  return error == refused_ ? refused_statement_ : std::string();
 }
 
 void PageNotes::add_console(std::string_view line) { console_ += row(html(to_wide(line))); }

@@ -31,6 +31,8 @@ class PageNotes final : public korlib_host::StatementListener {
   // A template that it drew; how often is counted.
   void add_template(const std::string& file);
   void on_statement(std::wstring_view sql, Clock::duration took) noexcept override;
+  void on_refused(std::wstring_view sql, const std::vector<std::wstring>& parameters,
+                  std::wstring_view error) noexcept override;
   // A line that the page wrote to its console.
   void add_console(std::string_view line);
   // What the page was at until now.
@@ -38,6 +40,8 @@ class PageNotes final : public korlib_host::StatementListener {
 
   // One line for the log; empty when there are no slips.
   std::string warning(std::string_view page) const;
+  // The statement that failed with these words, with its parameters, if one did: for the error's page.
+  std::string refused(std::wstring_view error) const;
   // The foot of the error's page. The values are those of its session, where it has one.
   std::string panel(VariantStore* session) const;
 
@@ -51,6 +55,8 @@ class PageNotes final : public korlib_host::StatementListener {
   std::vector<std::pair<std::string, std::size_t>> templates_;  // how often
   std::vector<std::string> statements_;                         // in HTML
   std::size_t more_statements_ = 0;
+  std::wstring refused_;           // what the script was told of the last one
+  std::string refused_statement_;  // in HTML
   std::string console_;
   std::vector<std::pair<std::string, Clock::duration>> phases_;
   Clock::time_point phase_began_ = Clock::now();

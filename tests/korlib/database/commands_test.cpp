@@ -49,10 +49,23 @@ TEST_P(Commands, TakeTheirOwnValuesWhereExecuteGivesNone) {
   EXPECT_EQ(L"one;two;", names(query.get(), omitted(), second)) << "an element that is left out";
 }
 
-TEST_P(Commands, TellTheStatementThatWasRefused) {
-  korlib_host::take_failed_statement();
+TEST_P(Commands, TellTheThreadsListenerWhichOneWasRefused) {
+  struct Listener final : korlib_host::StatementListener {
+    Listener() { korlib_host::set_statement_listener(this); }
+    ~Listener() { korlib_host::set_statement_listener(nullptr); }
+    void on_statement(std::wstring_view, std::chrono::steady_clock::duration) noexcept override {}
+    void on_refused(std::wstring_view sql, const std::vector<std::wstring>& parameters,
+                    std::wstring_view error) noexcept override {
+      told = sql;
+      values = parameters;
+      words = error;
+    }
+    std::wstring told;
+    std::vector<std::wstring> values;
+    std::wstring words;
+  } listener;
   EXPECT_EQ(L"one;", names(command(L"SELECT name FROM item WHERE id = 1").get()));
-  EXPECT_FALSE(korlib_host::take_failed_statement());
+  EXPECT_EQ(L"", listener.told);
   const std::wstring sql = L"INSERT INTO nowhere VALUES (?, ?, ?)";
   const CComPtr<IDispatch> refused = command(sql.c_str());
   append(refused.get(), kInteger, 0, CComVariant(LONG{7}));
@@ -60,16 +73,9 @@ TEST_P(Commands, TellTheStatementThatWasRefused) {
   append(refused.get(), kText, 50, test::null_value());
   const test::Answer answer = call(refused.get(), L"Execute");
   EXPECT_TRUE(FAILED(answer.hr));
-  const auto failed = korlib_host::take_failed_statement();
-  ASSERT_TRUE(failed);
-  EXPECT_EQ(sql, failed->text);
-  EXPECT_EQ((std::vector<std::wstring>{L"7", L"'" + std::wstring(200, L'x') + L"…'", L"NULL"}), failed->parameters);
-  EXPECT_EQ(answer.description, failed->error);
-  EXPECT_FALSE(korlib_host::take_failed_statement()) << "it was taken";
-  // Another page is not told.
-  call(refused.get(), L"Execute");
-  korlib_host::roll_back_transactions();
-  EXPECT_FALSE(korlib_host::take_failed_statement());
+  EXPECT_EQ(sql, listener.told);
+  EXPECT_EQ((std::vector<std::wstring>{L"7", L"'" + std::wstring(200, L'x') + L"…'", L"NULL"}), listener.values);
+  EXPECT_EQ(answer.description, listener.words);
 }
 
 TEST_P(Commands, GiveATableByItsName) {

@@ -7,7 +7,7 @@
 
 #include <korlib/activation.h>
 #include <korlib/dbcommand.h>
-#include <korlib_host/database.h>
+#include <korlib_host/statement_listener.h>
 
 #include "support/late_bound.h"
 #include "support/temporary_folder.h"

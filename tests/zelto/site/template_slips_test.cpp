@@ -102,6 +102,23 @@ TEST_F(TemplateSlips, StandWithTheStatementsOfAnErrorsPage) {
   EXPECT_FALSE(has(drawn("(#;nothing#)", script), "CREATE TABLE"));
 }
 
+TEST_F(TemplateSlips, StandAfterTheStatementThatFailed) {
+  const std::string script =
+      "var c = Server.CreateObject('ADODB.Connection'); c.Open('Driver=SQLite3;Database=:memory:');"
+      "var q = Server.CreateObject('ADODB.Command'); q.ActiveConnection = c;"
+      "q.CommandText = 'INSERT INTO <nowhere> VALUES (?)';"
+      "q.Parameters.Append(q.CreateParameter('a', 202, 1, 50, 'O<ne'));";
+  const std::string shown = drawn("", script + "q.Execute();");
+  EXPECT_TRUE(has(shown,
+                  "<h2>The statement</h2>\n<pre>INSERT INTO &lt;nowhere&gt; VALUES (?)</pre>\n"
+                  "<h2>Its parameters</h2>\n<ol>\n<li>'O&lt;ne'</li>\n</ol>\n"))
+      << shown;
+  // Nor is it shown with another error than its own.
+  EXPECT_FALSE(has(drawn("", script + "try { q.Execute() } catch (e) {} throw new Error('other')"), "The statement"));
+  options.debug = false;
+  EXPECT_FALSE(has(drawn("", script + "q.Execute();"), "nowhere"));
+}
+
 TEST_F(TemplateSlips, LeaveTheAnswerOfAPageAsItIs) { EXPECT_FALSE(has(drawn("<html>(#title#)</html>"), "Warnings")); }
 
 }  // namespace

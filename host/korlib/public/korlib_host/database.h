@@ -10,9 +10,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include <korlib/types.h>
 
@@ -31,18 +28,9 @@ struct DatabaseHandles {
 KORLIB_API DatabaseHandles database_handles() noexcept;
 
 // Ends the page that ran on the calling thread: transactions that it began and left open, on a connection that outlives
-// it, are rolled back, and the recordsets still open on that connection are ended; its failed statement is forgotten. A
+// it, are rolled back, and the recordsets still open on that connection are ended. A
 // connection whose roll-back fails is not used for another page.
 KORLIB_API void roll_back_transactions() noexcept;
-
-// A statement that a database has refused.
-struct FailedStatement {
-  std::wstring text;                     // of a long one the beginning, with an ellipsis
-  std::vector<std::wstring> parameters;  // their values as text, 'in quotes' where they are text
-  std::wstring error;                    // what the script was told
-};
-// The last one on the calling thread, of the page that runs; a second call gives none.
-KORLIB_API std::optional<FailedStatement> take_failed_statement() noexcept;
 
 // Until when the page on the calling thread may run: what a statement of its does then is cancelled, whatever its own
 // time-out. time_point::max() is without end, as at first.
