@@ -12,6 +12,7 @@
 
 #include <korlib/activation.h>
 #include <korlib/comvariant.h>
+#include <korlib/errorinfo.h>
 
 #include "support/still.h"
 #include "support/unused_members.h"
@@ -210,6 +211,24 @@ TEST_F(ExactHost, DrawsTemplates) {
   CComBSTR drawn;
   EXPECT_EQ(S_OK, templator->Flush(drawn.put()));
   EXPECT_EQ(L"xy", std::wstring(drawn.view()));
+}
+
+// It does not give error objects out, so the places in templates are left away, and the words stay.
+TEST_F(ExactHost, LearnsTheWordsOfAFailingMark) {
+  EXPECT_EQ(nullptr, dlsym(RTLD_DEFAULT, "GetErrorInfo"));
+  const auto take = reinterpret_cast<decltype(GetErrorInfo)*>(runtime_function("GetErrorInfo"));
+  object_context = &context_;
+  const CComPtr<IMirt> page = create<IMirt>(L"Mirt");
+  const CComBSTR text(L"a(#%Nobody#)b");
+  EXPECT_EQ(E_FAIL, page->ProcessTemplate(text));
+  CComPtr<IErrorInfo> error;
+  ASSERT_EQ(S_OK, take(0, error.put()));
+  CComBSTR words;
+  EXPECT_EQ(S_OK, error->GetDescription(words.put()));
+  EXPECT_EQ(L"Event 'OnDraw_Nobody' not found.", std::wstring(words.view()));
+  CComBSTR places;
+  EXPECT_EQ(S_OK, error->GetHelpFile(places.put()));
+  EXPECT_EQ(nullptr, places.get());
 }
 
 // U+00E9 is C3 A9 in UTF-8. A host that converts no other code page has ASCII in all of them.
