@@ -3,6 +3,7 @@
 //   page.asp      the page that is run; everything else in the folder is there for it
 //   arguments     further arguments of `zelto run`, one a line (optional); the copy is the current folder
 //   output        standard output, to the byte (optional: not looked at when missing)
+//   output_begins what standard output begins with, to the byte (optional): what follows differs each time
 //   error         text that standard error must hold, one piece a line (optional: must be empty when missing)
 //   status        the exit code (optional, 0)
 //   once          is there where the page cannot be asked for again: it leaves something that it finds the next time
@@ -55,6 +56,9 @@ class Case : public testing::Test {
     EXPECT_EQ(status, ran.status) << ran.error;
     if (const auto output = read(folder_ / "output")) {
       EXPECT_EQ(*output, ran.output);
+    }
+    if (const auto beginning = read(folder_ / "output_begins")) {
+      EXPECT_EQ(*beginning, ran.output.substr(0, beginning->size()));
     }
     const auto pieces = lines_of(folder_ / "error");
     if (pieces.empty()) {
