@@ -39,6 +39,7 @@ class NotedWorker final : public Worker {
     const Note note(*this, request);
     worker_.handle(std::move(request), sink);
   }
+  void rest() override { worker_.rest(); }
 
  private:
   class Note {

@@ -16,6 +16,8 @@ class Worker {
   // Answers the request through the sink: start, any writes, finish. A request that was not answered
   // when this returns or throws gets a plain 500 answer.
   virtual void handle(HttpRequest&& request, ResponseSink& sink) = 0;
+  // It has answered requests, and there are none: time for what would else have one of them wait.
+  virtual void rest() {}
 };
 using WorkerFactory = std::function<std::unique_ptr<Worker>()>;
 

@@ -165,24 +165,34 @@ void WorkerPool::run(unsigned number) {
       ++ready_;
   }
   changed_.notify_all();
+  constexpr auto kNever = Clock::time_point::max();
+  auto rests_from = Clock::time_point::min();
+  auto until = kNever;
   while (worker) {
-    const Task task = next(number);
-    if (!task.job) break;
+    const std::optional<Task> task = next(number, until);
+    if (!task) {
+      worker->rest();
+      rests_from = Clock::now() + options_.rest_every;
+      until = kNever;
+      continue;
+    }
+    if (!task->job) break;
     Running running{*this, {}};
     Running::of_this_thread = &running;
     try {
-      task.job->run(*worker);
+      task->job->run(*worker);
     } catch (...) {
       // Out of memory: not even its end could be reported. Releasing the job closes its connection.
     }
     Running::of_this_thread = nullptr;
-    end_turn(task.turn);
+    end_turn(task->turn);
     for (const std::string& turn : running.turns) end_turn(turn);
+    until = std::max(Clock::now() + options_.rest_after, rests_from);
   }
 }
 
 // Once the worker has ended the one before.
-WorkerPool::Task WorkerPool::next(unsigned worker) {
+std::optional<WorkerPool::Task> WorkerPool::next(unsigned worker, Clock::time_point until) {
   std::unique_lock lock(lock_);
   times_.end(worker, Clock::now());
   for (;;) {
@@ -193,11 +203,14 @@ WorkerPool::Task WorkerPool::next(unsigned worker) {
       if (!long_.empty()) changed_.notify_one();
       return task;
     }
-    if (stopping_) return {};
-    if (long_.empty())
+    if (stopping_) return Task();
+    if (now >= until) return std::nullopt;
+    if (!long_.empty())
+      changed_.wait_for(lock, options_.left_for);
+    else if (until == Clock::time_point::max())
       changed_.wait(lock);
     else
-      changed_.wait_for(lock, options_.left_for);
+      changed_.wait_until(lock, until);
   }
 }
 

@@ -9,6 +9,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -33,6 +34,9 @@ struct WorkerPoolOptions {
   std::size_t turn_queue = 8;  // jobs that may wait for one turn
   // For so long after the last short job, long ones leave something to the next.
   std::chrono::milliseconds left_for{1000};
+  // A worker that has had jobs, and nothing to do for so long, rests once, but not again this soon.
+  std::chrono::milliseconds rest_after{1000};
+  std::chrono::milliseconds rest_every{10000};
 };
 
 // Jobs of the same turn run one after the other, in the order in which they came. Those that wait for their turn
@@ -75,7 +79,8 @@ class WorkerPool {
   using Tasks = std::list<Task>;  // which pass from one to another without taking memory
 
   void run(unsigned number);
-  Task next(unsigned worker);
+  // One without a job: there are none any more. Nothing: none has come until then.
+  std::optional<Task> next(unsigned worker, Clock::time_point until);
   void end_turn(const std::string& turn);
   bool has_room(bool is_long) const;
   void queue(Tasks& from, bool is_long, Clock::time_point now);

@@ -38,7 +38,11 @@ void SiteWorker::handle(HttpRequest&& request, ResponseSink& sink) {
     site_.log("zelto: " + path + ": " + error.what());
     throw;
   }
-  if (!is_large) return;
+  if (is_large) give_memory_back();
+}
+
+// What pages leave stays otherwise until as much again has come: the engine collects when its heap has grown.
+void SiteWorker::give_memory_back() {
   engine_.collect_garbage();
   ::malloc_trim(0);  // the allocator keeps what the threads of uploads have freed
 }

@@ -17,8 +17,11 @@ class SiteWorker final : public Worker {
   SiteWorker(Site& site, std::atomic<std::int64_t>& deadline) : SiteWorker(site) { engine_.show_deadline(deadline); }
 
   void handle(HttpRequest&& request, ResponseSink& sink) override;
+  void rest() override { give_memory_back(); }
 
  private:
+  void give_memory_back();
+
   Site& site_;
   script::Engine engine_;
 };

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -23,6 +24,20 @@ using Submitted = WorkerPool::Submitted;
 class IdleWorker final : public zelto::Worker {
  public:
   void handle(zelto::HttpRequest&& /*request*/, zelto::ResponseSink& /*sink*/) override {}
+};
+
+// Notes how often it has rested.
+class RestingWorker final : public zelto::Worker {
+ public:
+  explicit RestingWorker(std::atomic<int>& rests) : rests_(rests) {}
+  void handle(zelto::HttpRequest&& /*request*/, zelto::ResponseSink& /*sink*/) override {}
+  void rest() override {
+    ++rests_;
+    rests_.notify_all();
+  }
+
+ private:
+  std::atomic<int>& rests_;
 };
 
 class FunctionJob final : public zelto::Job {
@@ -115,6 +130,44 @@ TEST_F(WorkerPoolTest, DropsWhatWaitsWhenItStops) {
   stopper.join();
   EXPECT_EQ(1, waiting.use_count());
   EXPECT_EQ(0, std::ranges::count(order, "waiting"));
+}
+
+TEST_F(WorkerPoolTest, HasAWorkerRestOnceItHasNothingMoreToDo) {
+  using std::chrono::milliseconds;
+  std::atomic<int> rests = 0;
+  WorkerPool one([&] { return std::make_unique<RestingWorker>(rests); },
+                 {.threads = 1, .rest_after = milliseconds(0), .rest_every = milliseconds(0)});
+  one.start();
+  EXPECT_EQ(Submitted::queued, one.submit(holding()));
+  EXPECT_EQ(Submitted::queued, one.submit(noting("second")));
+  gate.wait_for(1);
+  EXPECT_EQ(0, rests) << "it has not had a job, and has two now";
+  gate.open();
+  rests.wait(0);
+  EXPECT_EQ(Submitted::queued, one.submit(noting("third")));
+  rests.wait(1);
+  one.stop();
+  EXPECT_EQ(2, rests);
+  EXPECT_EQ((std::vector<std::string>{"second", "third"}), order);
+}
+
+TEST_F(WorkerPoolTest, HasAWorkerNotRestAgainAtOnce) {
+  std::atomic<int> rests = 0;
+  WorkerPool one([&] { return std::make_unique<RestingWorker>(rests); },
+                 {.threads = 1, .rest_after = std::chrono::milliseconds(0), .rest_every = std::chrono::hours(1)});
+  one.start();
+  EXPECT_EQ(Submitted::queued, one.submit(noting("first")));
+  rests.wait(0);
+  std::atomic<int> runs = 0;
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(Submitted::queued, one.submit(job([&] {
+      ++runs;
+      runs.notify_all();
+    })));
+    runs.wait(i);
+  }
+  one.stop();
+  EXPECT_EQ(1, rests);
 }
 
 // Jobs of a kind that has never ended are long.
