@@ -47,7 +47,8 @@ class ScopeReader : private TokenText {
       is_unsafe_page |= is_unsafe(i, named);
       reveals |= is_among(kRevealing, named);
       hands_global_around |= is_whole_global(i);
-      leads_to_global |= is_among(kLeadingToGlobal, named) || is_among(kLeadingToGlobal, word(i));
+      leads_to_global |= is_among(kLeadingToGlobal, named) ||
+                         (is_among(kLeadingToGlobal, word(i)) && taker_of_this(*this, i) == Token::kNone);
       // Code that is made of text sees what the global object has, which lexical names are not among.
       makes_code |= (named == L"constructor" && !is_constructor_member(i)) || (is_whole_global(i) && is(i + 1, L"["));
       scope.may_hide |= is_among(kHiding, named) || (named == L"Object" && !is(i + 1, L"."));
@@ -125,11 +126,23 @@ class ScopeReader : private TokenText {
     // A directive that is not known may have another one after it.
     if (!scope->is_strict && ends_statement(1)) scope->can_be_function = false;
   }
-
-  bool ends_statement(std::size_t i) const { return i >= tokens_.size() || tokens_[i].statement_start || is(i, L";"); }
 };
 
 }  // namespace
+
+std::size_t taker_of_this(const TokenText& text, std::size_t i) {
+  if (!text.is(i, L"this")) return Token::kNone;
+  const bool is_given = text.is(i - 1, L"(") && text.is(i + 1, L")");
+  const bool is_set = text.is(i - 1, L"=") && text.ends_statement(i + 1);
+  if (i < 4 || (!is_given && !is_set)) return Token::kNone;
+  const std::size_t taker = i - 4;
+  const bool is_statement = text.token(taker).statement_start;
+  const wchar_t first = text.word(i - 2).front();
+  const bool is_member =
+      text.is(i - 3, L".") && text.token(i - 2).kind == Token::name && first >= L'A' && first <= L'Z';
+  const bool is_object = text.token(taker).kind == Token::name && !text.is(taker - 1, L".", L"?.", L"new");
+  return is_member && is_object && (is_given || is_statement) ? taker : Token::kNone;
+}
 
 PageScope page_scope(std::wstring_view text, const std::vector<Token>& tokens) {
   return ScopeReader(text, tokens).read();

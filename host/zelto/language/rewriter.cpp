@@ -94,10 +94,18 @@ class Rewriter : private Chains {
         break;
       case Token::literal:
         if (text.front() == L'"' || text.front() == L'\'') escape_line_ends(i);
+        if (text == L"this") hand_over(i);
         break;
       case Token::name:
         break;
     }
+  }
+
+  void hand_over(std::size_t i) {
+    const std::size_t taker = taker_of_this(*this, i);
+    if (taker == Token::kNone) return;
+    edits_.open_wrapping(tokens_[i].begin, tokens_[i].end, L"$zelto_given(");
+    edits_.insert(tokens_[i].end, L"," + std::wstring(word(taker)) + L")");
   }
 
   bool line_ends_behind(std::size_t i) const { return i + 1 >= tokens_.size() || tokens_[i + 1].newline_before; }

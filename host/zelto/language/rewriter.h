@@ -12,6 +12,7 @@
 //                             HTMLEncode and URLEncode, in exactly that spelling
 //   page.SetView(a, b)        $zelto_of(page,"SetView","page").SetView(a, b)   the object itself, or what has its
 //                             methods at hand; for a plain name and a member that begins with a capital letter
+//   page.AddScript(this)      …AddScript($zelto_given(this,page))    so that it is seen whether an object gets it
 //   new Error(5, "text")      $zelto_error(Error,5, "text")    with its number
 //   throw x;                  throw $zelto.thrown = x;         remembers where something was thrown
 //   catch (e) {               catch (e) { $zelto_caught(e);   gives it the number that older pages know

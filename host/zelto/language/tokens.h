@@ -49,6 +49,11 @@ class TokenText {
   std::wstring_view word(std::size_t i) const {
     return i < tokens_.size() ? text_.substr(tokens_[i].begin, tokens_[i].end - tokens_[i].begin) : std::wstring_view();
   }
+  const Token& token(std::size_t i) const { return tokens_[i]; }
+  // Whether a statement ends in front of token `i`, or with it.
+  bool ends_statement(std::size_t i) const {
+    return i >= tokens_.size() || tokens_[i].statement_start || is(i, L";", L"}");
+  }
   // Whether the token is one of these.
   bool is(std::size_t i, const auto*... words) const { return ((word(i) == words) || ...); }
 

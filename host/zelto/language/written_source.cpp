@@ -45,7 +45,7 @@ std::wstring value(std::wstring_view inside) {
   return std::wstring(inside);
 }
 
-// object,"Name","object", where the object is a name
+// object,"Name","object", where the object is a name, or this,object
 std::wstring owner(std::wstring_view inside) { return std::wstring(inside.substr(0, inside.find(L','))); }
 
 // Error,number, text
@@ -85,6 +85,7 @@ struct Wrapping {
 };
 constexpr std::array kWrappings{
     Wrapping{L"$zelto_of(", L"", owner},
+    Wrapping{L"$zelto_given(", L"", owner},
     Wrapping{L"$zelto_call(", L"", call},
     Wrapping{L"$zelto_value(", L"", value},
     Wrapping{L"$zelto_error(", L"", error},

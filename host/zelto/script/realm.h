@@ -73,6 +73,8 @@ class Realm {
   Wrappers& wrappers() noexcept { return wrappers_; }
   Values& values() noexcept { return values_; }
   Globals& globals() noexcept { return globals_; }
+  // Before its script gets hold of the global object, be it from an object.
+  void show_global() { world_->show_global(); }
   ObjectCalls& calls() noexcept { return calls_; }
   // The program whose code runs, or ran last; null before the first.
   const language::Program* running() const noexcept { return running_; }

@@ -185,6 +185,7 @@ HRESULT ScriptObject::put(const Name& name, const RootedValues& arguments, JSVal
 // o(key) = value makes a name where there is none, but for those that mean something else on every object.
 HRESULT ScriptObject::put_default(const RootedValues& arguments, JSValueRef* exception) {
   if (arguments.size() != 2) return DISP_E_BADPARAMCOUNT;
+  if (is_global()) realm_->show_global();  // it may be a name of the page's
   JSContextRef ctx = realm_->context();
   const JsString name(JSValueToStringCopy(ctx, arguments[0], exception));
   if (!name.get()) return E_FAIL;
@@ -231,6 +232,7 @@ HRESULT ScriptObject::deliver(JSValueRef value, VARIANT* result, JSValueRef* exc
 
 HRESULT ScriptObject::enumerate(VARIANT* result, JSValueRef* exception) {
   if (!result) return E_POINTER;
+  if (is_global()) realm_->show_global();
   CComVariant array;
   JSValueRef values = realm_->prelude().items_of(object_, exception);
   if (!values || !realm_->values().to_variant(values, &array, exception)) return E_FAIL;

@@ -41,6 +41,8 @@ class ScriptObject final : public korlib::Counted<IScriptObject> {
   Realm* realm() const noexcept { return realm_; }  // null once it has ended
   bool is_own_thread() const noexcept { return std::this_thread::get_id() == thread_; }
   void end_of_realm();
+  // Of a realm that has not ended.
+  bool is_global() const { return object_ == realm_->globals().object(); }
   // The one before it in its graveyard, under that one's lock or once it was taken from there.
   ScriptObject* next_dead() const noexcept { return next_dead_; }
 
@@ -60,7 +62,6 @@ class ScriptObject final : public korlib::Counted<IScriptObject> {
   void on_last_release() override;
   HRESULT check_callable() const;
   DISPID id_of(const std::u16string& key, Name name);
-  bool is_global() const { return object_ == realm_->globals().object(); }
   // Where these leave an exception of the script, it says how the call failed, and not what they answer.
   HRESULT dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, JSValueRef* exception);
   HRESULT get_indexed(JSValueRef value, const RootedValues& arguments, VARIANT* result, JSValueRef* exception);

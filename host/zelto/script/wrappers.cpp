@@ -24,6 +24,7 @@ JSValueRef Wrappers::to_script(IUnknown* object) {
   ScriptObject* script_object = script_object_behind(object);
   if (script_object && script_object->is_own_thread() && script_object->realm() &&
       &script_object->realm()->engine() == &realm_.engine()) {
+    if (script_object->is_global()) script_object->realm()->show_global();
     return script_object->object();
   }
   CComQIPtr<IDispatch> dispatch(object);

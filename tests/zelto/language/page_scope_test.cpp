@@ -68,14 +68,41 @@ TEST(PageScope, KnowsWhichPagesMayHideSomething) {
 }
 
 TEST(PageScope, KnowsWhichPagesCannotSeeTheGlobalObject) {
-  for (const wchar_t* text : {L"", L"var a = 1; function f() {}", L"x = 1", L"let a; class C {}", L"a.thisOne",
-                              L"'use strict'; var a", L"// this", L"a = 'is this it?'", L"Object.keys(a)"}) {
+  for (const wchar_t* text :
+       {L"", L"var a = 1; function f() {}", L"x = 1", L"let a; class C {}", L"a.thisOne", L"'use strict'; var a",
+        L"// this", L"a = 'is this it?'", L"Object.keys(a)", L"page.AddScript(this)", L"row.Script = this; f()",
+        L"row.Script = this\nf()", L"function f() { if (a) row.Script = this }"}) {
     EXPECT_TRUE(scope_of(text).may_share_world) << korlib::to_utf8(text);
   }
-  for (const wchar_t* text :
-       {L"this.a", L"f(this)", L"function f() { return this }", L"() => this", L"`${this}`", L"globalThis",
-        L"a.globalThis", L"a['globalThis']", L"({ m() { super.x = 1 } })", L"var v = o.valueOf; v()", L"o['valueOf']",
-        L"eval('a')", L"var O = Object", L"f.constructor", L"Symbol('a')", L"a.__proto__"}) {
+  for (const wchar_t* text : {L"this.a",
+                              L"f(this)",
+                              L"function f() { return this }",
+                              L"() => this",
+                              L"`${this}`",
+                              L"globalThis",
+                              L"a.globalThis",
+                              L"a['globalThis']",
+                              L"({ m() { super.x = 1 } })",
+                              L"var v = o.valueOf; v()",
+                              L"o['valueOf']",
+                              L"eval('a')",
+                              L"var O = Object",
+                              L"f.constructor",
+                              L"Symbol('a')",
+                              L"a.__proto__",
+                              L"a.add(this)",
+                              L"a.Add(1, this)",
+                              L"a.Add(this.b)",
+                              L"a.b.Add(this)",
+                              L"f().Add(this)",
+                              L"a?.Add(this)",
+                              L"new a.Add(this)",
+                              L"b = a.Script = this",
+                              L"() => a.Script = this",
+                              L"a.Script = this.b",
+                              L"a.Script = this\n[0]",
+                              L"a.Script += this",
+                              L"Script = this"}) {
     EXPECT_FALSE(scope_of(text).may_share_world) << korlib::to_utf8(text);
   }
 }

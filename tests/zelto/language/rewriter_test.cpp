@@ -88,6 +88,8 @@ INSTANTIATE_TEST_SUITE_P(FunctionsOfTheLanguage, Rewriter, ::testing::ValuesIn(k
 
 constexpr Row kMemberCalls[] = {
     {L"page.SetView(a, b)", L"$zelto_of(page,\"SetView\",\"page\").SetView(a, b)"},
+    {L"page.AddScript(this)", L"$zelto_of(page,\"AddScript\",\"page\").AddScript($zelto_given(this,page))"},
+    {L"row.Script = this; b = row.Script = this", L"row.Script = $zelto_given(this,row); b = row.Script = this"},
     {L"t = page . View /* c */ (a)", L"t = $zelto_of(page,\"View\",\"page\") . View /* c */ (a)"},
     {L"page.SetView(a.b, c.D(e))",
      L"$zelto_of(page,\"SetView\",\"page\").SetView($zelto_value(a.b), $zelto_of(c,\"D\",\"c\").D(e))"},

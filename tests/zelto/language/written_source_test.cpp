@@ -13,6 +13,7 @@ TEST(WrittenSource, HasNoWordOfTheHost) {
   EXPECT_EQ(L"a.B(c.D(1)) is 1; a.B(1).C()",
             as_written(L"$zelto_of(a,\"B\",\"a\").B($zelto_of(c,\"D\",\"c\").D(1)) is 1; "
                        L"$zelto_call($zelto_of(a,\"B\",\"a\").B(1), \"C\")"));
+  EXPECT_EQ(L"a.Add(this)", as_written(L"$zelto_of(a,\"Add\",\"a\").Add($zelto_given(this,a))"));
   EXPECT_EQ(L"cut in '$zelto_call(a, \"B", as_written(L"cut in '$zelto_call(a, \"B"));
 }
 

@@ -82,6 +82,7 @@ std::unique_ptr<PageFunction> PageFunction::make(Engine& engine, JSGlobalContext
       new PageFunction(context, around, object_of(function), object_of(literals), static_cast<int>(opening.size())));
   page->may_hide_ = program.scope.may_hide;
   for (unsigned i = 0; i < names.size(); ++i) page->names_.emplace(names[i], i);
+  page->properties_ = declared.properties;
   return page;
 }
 

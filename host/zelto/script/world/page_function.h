@@ -50,6 +50,10 @@ class PageFunction {
   // See Prelude::begin().
   JSObjectRef literals() const noexcept { return literals_; }
 
+  // Those of its names that are properties of the global object where it is a script. Not those of let, const and
+  // class.
+  void show_names() const { around_.show(properties_); }
+
   // Of a name that the page declares; null for any other.
   const unsigned* find(std::u16string_view name) const;
   // What the name stands for while the page runs, or its functions do. Null, with an exception, where it has no value
@@ -73,6 +77,7 @@ class PageFunction {
   bool may_hide_ = false;
   bool has_told_ = false;
   std::unordered_map<std::u16string, unsigned, Hash, std::equal_to<>> names_;
+  Names properties_;  // the first of them
 };
 
 }  // namespace zelto::script

@@ -152,6 +152,13 @@ const owner = (object, name, receiver) => {
   return methods !== undefined && methods[name] !== undefined ? methods : object;
 };
 
+// The global object is handed to an object: one of the script finds more there than the host's objects do.
+const world = globalThis;
+const given = (value, object) => {
+  if (value === world) native.hand_global(object);
+  return value;
+};
+
 // What a page caught: an error of the engine gets what an older page looks at. In the language, so that a page whose
 // time is up ends here as well. Nothing that the error itself does may show.
 const caught = error => {
@@ -289,6 +296,7 @@ define_fixed("$zelto_value", (value, is_statement) =>
   typeof value === "function" || (is_statement && value === undefined) ? native.read(value, is_statement) : value);
 define_fixed("$zelto_call", call);
 define_fixed("$zelto_of", owner);
+define_fixed("$zelto_given", given);
 define_fixed("$zelto_error", make);
 define_fixed("$zelto_caught", caught);
 define_fixed("$zelto_html", put_literal);

@@ -135,6 +135,13 @@ JSValueRef has(Realm& realm, std::size_t count, const JSValueRef* values, JSValu
   return JSValueMakeBoolean(ctx, is_automation);
 }
 
+// hand_global(object): the global object is handed to it.
+JSValueRef hand_global(Realm& realm, std::size_t count, const JSValueRef* values, JSValueRef*) {
+  const bool is_automation = count > 0 && is_object_of(realm, values[0], realm.engine().classes().object);
+  if (!is_automation) realm.show_global();
+  return nullptr;
+}
+
 // log(level, text): a line in the host's log.
 JSValueRef log(Realm& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
   if (count > 1 && realm.calls().may_call(exception))
@@ -170,6 +177,7 @@ JSClassRef make_builtins_class() {
       {"items", callback<entry<items>>, kFixed},
       {"create", callback<entry<create>>, kFixed},
       {"has", callback<entry<has>>, kFixed},
+      {"hand_global", callback<entry<hand_global>>, kFixed},
       {"log", callback<entry<log>>, kFixed},
       {"known", callback<entry<known>>, kFixed},
       {nullptr, nullptr, 0},

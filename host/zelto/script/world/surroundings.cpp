@@ -7,8 +7,8 @@ namespace zelto::script {
 namespace {
 
 // A function of (the names that are shown, the host's names, whether values are kept). It answers: what the page hands
-// its names to, read, write, and restore. What it uses it has taken before any page could change it; reading a property
-// of an object without a prototype is nobody else's to change either.
+// its names to, read, write, restore, and show, of more names to show. What it uses it has taken before any page could
+// change it; reading a property of an object without a prototype is nobody else's to change either.
 constexpr std::u16string_view kSupport =
     uR"js((function (shown, hosts, values_are_kept) {
 "use strict";
@@ -16,16 +16,19 @@ const { apply, defineProperty, deleteProperty, getOwnPropertyDescriptor, isExten
 const { freeze, keys: visible_keys } = Object;
 const { exec } = RegExp.prototype, blank = /(?:)/, Matches = RegExp, world = globalThis;
 let names;
-for (let i = 0; i < shown.length; i++) {
-  const name = shown[i];
-  // An object that inherits from the global one gets a property of its own.
-  const own = { set(value) {
-    if (this !== world) defineProperty(this, name, { value, writable: true, enumerable: true, configurable: true });
-    else if (names !== undefined) names(i, value, true);
-  } };
-  const get = freeze(() => names === undefined ? undefined : names(i));
-  defineProperty(world, name, { get, set: freeze(own.set), enumerable: true });
-}
+const show = shown => {
+  for (let i = 0; i < shown.length; i++) {
+    const name = shown[i];
+    // An object that inherits from the global one gets a property of its own.
+    const own = { set(value) {
+      if (this !== world) defineProperty(this, name, { value, writable: true, enumerable: true, configurable: true });
+      else if (names !== undefined) names(i, value, true);
+    } };
+    const get = freeze(() => names === undefined ? undefined : names(i));
+    defineProperty(world, name, { get, set: freeze(own.set), enumerable: true });
+  }
+};
+show(shown);
 const known = { __proto__: null };
 const first_keys = ownKeys(world);
 for (let i = 0; i < first_keys.length; i++) known[first_keys[i]] = true;
@@ -81,7 +84,7 @@ const restore = (may_hide, wants_undeclared) => {
   if (!values_are_kept()) return false;
   return undeclared === "" || !wants_undeclared || undeclared;
 };
-return [freeze(given => { names = given; }), i => names(i), (i, value) => { names(i, value, true); }, restore];
+return [freeze(given => { names = given; }), i => names(i), (i, value) => { names(i, value, true); }, restore, show];
 }))js";
 
 JSValueRef array_of(JSContextRef context, const Names& names) {
@@ -102,14 +105,14 @@ Surroundings::Surroundings(JSGlobalContextRef context, const Names& shown, const
   JSValueRef made = make ? JSObjectCallAsFunction(context, object_of(make), nullptr, 3, arguments, nullptr) : nullptr;
   if (!made) throw std::bad_alloc();  // or without stack
   unsigned at = 0;
-  for (JSObjectRef* kept : {&hand_out_, &read_, &write_, &restore_}) {
+  for (JSObjectRef* kept : {&hand_out_, &read_, &write_, &restore_, &show_}) {
     *kept = object_of(JSObjectGetPropertyAtIndex(context, object_of(made), at++, nullptr));
     JSValueProtect(context_, *kept);
   }
 }
 
 Surroundings::~Surroundings() {
-  for (JSObjectRef kept : {hand_out_, read_, write_, restore_}) JSValueUnprotect(context_, kept);
+  for (JSObjectRef kept : {hand_out_, read_, write_, restore_, show_}) JSValueUnprotect(context_, kept);
 }
 
 JSValueRef Surroundings::read(unsigned name, JSValueRef* exception) const {
@@ -120,6 +123,11 @@ JSValueRef Surroundings::read(unsigned name, JSValueRef* exception) const {
 void Surroundings::write(unsigned name, JSValueRef value, JSValueRef* exception) const {
   JSValueRef arguments[] = {JSValueMakeNumber(context_, name), value};
   JSObjectCallAsFunction(context_, write_, nullptr, 2, arguments, exception);
+}
+
+void Surroundings::show(const Names& names) const {
+  JSValueRef shown = array_of(context_, names);
+  JSObjectCallAsFunction(context_, show_, nullptr, 1, &shown, nullptr);
 }
 
 Surroundings::Left Surroundings::restore(bool may_hide, bool wants_undeclared) const {

@@ -28,6 +28,9 @@ class Surroundings {
   JSValueRef read(unsigned name, JSValueRef* exception) const;
   void write(unsigned name, JSValueRef value, JSValueRef* exception) const;
 
+  // Has the running page's first names be properties of the global object as well, from here on.
+  void show(const Names& names) const;
+
   struct Left {
     bool nothing;         // that the next page could see
     JsString undeclared;  // the names that were removed, "a, b", where these are wanted; null for none
@@ -41,6 +44,7 @@ class Surroundings {
   JSObjectRef read_;
   JSObjectRef write_;
   JSObjectRef restore_;
+  JSObjectRef show_;
 };
 
 }  // namespace zelto::script

@@ -142,8 +142,14 @@ void World::begin(const language::Program& program, const PageFunction* page, JS
   prelude_->begin(response, server, literals);
 }
 
+void World::show_global() {
+  if (use_ != Use::shared || !page_ || std::exchange(is_shown_, true)) return;
+  const Watchdog::Quiet quiet(engine_.watchdog());
+  page_->show_names();
+}
+
 bool World::restore() {
-  if (has_other_hosts_) return false;
+  if (has_other_hosts_ || is_shown_) return false;
   const Watchdog::Quiet quiet(engine_.watchdog());
   prelude_->end();
   for (Host& host : hosts_) {

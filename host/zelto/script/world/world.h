@@ -83,6 +83,10 @@ class World {
 
   // The names that the host has set are no longer those for which the world was prepared: this page is its last one.
   bool has_other_hosts() const noexcept { return has_other_hosts_; }
+  // Where the page shares the world, and its script gets hold of the global object after all: it finds its names there,
+  // as it would in a world of its own, and this page is the last one.
+  void show_global();
+  bool is_shown() const noexcept { return is_shown_; }
   // Once the page has ended: false when it left anything behind that the next one could see.
   bool restore();
   // What that has removed: see PageFunction::restore().
@@ -119,6 +123,7 @@ class World {
   JsString undeclared_;
   Use use_ = Use::once;
   bool has_other_hosts_ = false;
+  bool is_shown_ = false;
   const language::Program* last_program_ = nullptr;  // that ran as a script
 };
 

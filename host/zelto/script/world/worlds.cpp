@@ -131,7 +131,7 @@ void Worlds::settle(std::unique_ptr<World> ended) noexcept {
   const bool is_shared = ended->use() == World::Use::shared;
   const bool could_run = ended->page() != nullptr;
   const bool whole = ended->ended.whole;
-  const bool has_other_hosts = ended->has_other_hosts();
+  const bool may_have_own = ended->has_other_hosts() || ended->is_shown();
   const bool is_as_before = could_run && whole && ended->restore();
   const ProgramPtr program = std::exchange(ended->ended.program, nullptr);
   Entry* const entry = find(program);
@@ -150,7 +150,7 @@ void Worlds::settle(std::unique_ptr<World> ended) noexcept {
   entry->may_share = false;
   if (!could_run) {
     entry->fresh_for = std::numeric_limits<std::uint32_t>::max();
-  } else if (whole && !has_other_hosts) {
+  } else if (whole && !may_have_own) {
     entry->penalty = std::clamp(entry->penalty * 2, kFirstPenalty, kLastPenalty);
     entry->fresh_for = entry->penalty;
   }

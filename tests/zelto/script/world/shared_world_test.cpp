@@ -62,6 +62,56 @@ TEST_F(SharedWorld, IsNoneForPagesThatCanTell) {
   }
 }
 
+TEST_F(SharedWorld, IsUsedByPagesThatHandItToObjects) {
+  const ProgramPtr a = a_page(L"var n = 6; function f() { return n + 1 } let l = 5; o.Hold(this); o.Act()");
+  const ProgramPtr b = b_page(L"o.Act()");
+  std::vector<LONG> answers;
+  probe->action = [&] {
+    const CComPtr<IDispatch> held = std::exchange(probe->held, nullptr);
+    for (const wchar_t* name : {L"f", L"n", L"l"}) {
+      CComVariant answer;
+      const bool is_found = held && SUCCEEDED(probe->CallMember(held.get(), CComBSTR(name), &answer));
+      answers.push_back(is_found ? answer.lVal : 0);
+    }
+    return S_OK;
+  };
+  warm(a, b);
+  EXPECT_EQ(world_of(a), world_of(b));
+  answers.clear();
+  ask(a);
+  ask(b);
+  EXPECT_EQ((std::vector<LONG>{7, 6, 5, 0, 0, 0}), answers);
+}
+
+TEST_F(SharedWorld, ShowsThePagesNamesWhereTheScriptGetsHoldOfIt) {
+  always("1function25",
+         L"var n = 1; function f() {} u = 2; o.Keep(this); var g = o.Give(); "
+         L"Response.Write(g.n + typeof g.f + g.u); g.n = 5; Response.Write(n)");
+  always("a,g", L"var a, g; let l; o.Keep(this); Response.Write(Object.keys(o.Give()).join())");
+  always("3", L"var n = 3, x = { Take: function (g) { Response.Write(g.n) } }; x.Take(this)");
+  always("4", L"var n = 4, x = {}; x.Self = this; Response.Write(x.Self.n)");
+  always("5", L"var n = 5, x = {}; function f() { x.Self = this } f(); Response.Write(x.Self.n)");
+  always("6", L"var n = 6; o.Keep(this); o.Call(function (g) { Response.Write(g.n) }, o.Give())");
+  always("undefined", L"var n = 7, x = { m: function () { x.Self = this } }; x.m(); Response.Write(typeof x.Self.n)");
+}
+
+TEST_F(SharedWorld, HasAnObjectSetThePagesNamesByTheirValue) {
+  probe->action = [&] {
+    VARIANT given[2]{};
+    const CComBSTR name(L"n");
+    given[1].vt = VT_BSTR;
+    given[1].bstrVal = name;
+    given[0].vt = VT_I4;
+    given[0].lVal = 8;
+    DISPID put = DISPID_PROPERTYPUT;
+    DISPPARAMS params{given, &put, 2, 1};
+    const CComPtr<IDispatch> held = std::exchange(probe->held, nullptr);
+    return held->Invoke(DISPID_VALUE, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_PROPERTYPUT, &params, nullptr, nullptr,
+                        nullptr);
+  };
+  always("8", L"var n = 7; o.Hold(this); o.Act(); Response.Write(n)");
+}
+
 TEST_F(SharedWorld, ShowsNothingOfAnotherPage) {
   struct Pair {
     const wchar_t* first;
@@ -164,6 +214,10 @@ TEST_F(SharedWorld, IsSpoiledOnceByAPage) {
   const ProgramPtr b = b_page(L"var n = typeof [].x; Response.Write(n)");
   const ProgramPtr changing = a_page(L"Array.prototype.x = 1");
   EXPECT_LE(worlds_lost_by(b, [&] { ask(changing); }), 1);
+  const ProgramPtr taking = a_page(L"var m = 1, x = {}; x.Self = this");
+  EXPECT_LE(worlds_lost_by(b, [&] { ask(taking); }), 1);
+  JSContextRef own = world_of(taking);
+  EXPECT_EQ(own, world_of(taking));
   const ProgramPtr no_script = a_page(L"return 1");
   EXPECT_EQ(0, worlds_lost_by(b, [&] { ask(no_script); }));
   const ProgramPtr endless = a_page(L"for (;;);");
