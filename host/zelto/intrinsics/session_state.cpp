@@ -9,21 +9,26 @@ namespace zelto {
 
 bool FifoLock::lock(std::chrono::milliseconds patience) {
   std::unique_lock guard(mutex_);
-  const std::uint64_t ticket = next_ticket_++;
-  waiting_.push_back(ticket);
-  const bool came = turn_came_.wait_for(guard, patience, [&] { return !is_held_ && waiting_.front() == ticket; });
-  std::erase(waiting_, ticket);
-  if (came) {
-    is_held_ = true;
-  } else {
-    turn_came_.notify_all();  // the next one may have been waiting for this ticket
+  if (!is_held_ && !is_waited_for()) return is_held_ = true;
+  if (!queue_) queue_ = std::make_unique<Queue>();
+  Queue& queue = *queue_;
+  const std::uint64_t ticket = queue.next_ticket++;
+  queue.tickets.push_back(ticket);
+  const bool came =
+      queue.turn_came.wait_for(guard, patience, [&] { return !is_held_ && queue.tickets.front() == ticket; });
+  std::erase(queue.tickets, ticket);
+  if (came) is_held_ = true;
+  if (queue.tickets.empty()) {
+    queue_.reset();
+  } else if (!came) {
+    queue.turn_came.notify_all();  // the next one may have been waiting for this ticket
   }
   return came;
 }
 
 bool FifoLock::try_lock() {
   const std::scoped_lock guard(mutex_);
-  if (is_held_ || !waiting_.empty()) return false;
+  if (is_held_ || is_waited_for()) return false;
   is_held_ = true;
   return true;
 }
@@ -31,24 +36,24 @@ bool FifoLock::try_lock() {
 void FifoLock::unlock() {
   const std::scoped_lock guard(mutex_);
   is_held_ = false;
-  turn_came_.notify_all();
+  if (queue_) queue_->turn_came.notify_all();
 }
 
 std::size_t FifoLock::waiting() const {
   const std::scoped_lock guard(mutex_);
-  return waiting_.size();
+  return queue_ ? queue_->tickets.size() : 0;
 }
 
 HRESULT SessionState::keep() {
-  if (kept || !on_keep) return S_OK;
-  RETURN_IF_FAILED(on_keep());
+  if (kept || !client) return S_OK;
+  RETURN_IF_FAILED(client->keep());
   kept = true;
   return S_OK;
 }
 
 HRESULT SessionState::renew() {
   if (!kept) return keep();  // under an identifier that nobody has seen yet
-  return on_renew ? on_renew() : S_OK;
+  return client ? client->renew() : S_OK;
 }
 
 HRESULT SessionState::get(std::wstring_view name, VARIANT* value) { return values_.get(name, value); }

@@ -4,9 +4,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "intrinsics/variant_store.h"
 #include "text/charset.h"
@@ -14,7 +15,8 @@
 
 namespace zelto {
 
-// First come, first served, so that no request of a busy session starves.
+// First come, first served, so that no request of a busy session starves. Small while nobody waits: a site has as many
+// as sessions.
 class FifoLock {
  public:
   // False when the turn did not come in time.
@@ -24,11 +26,27 @@ class FifoLock {
   std::size_t waiting() const;
 
  private:
+  struct Queue {
+    std::condition_variable turn_came;
+    std::vector<std::uint64_t> tickets;  // in order
+    std::uint64_t next_ticket = 0;
+  };
+  bool is_waited_for() const { return queue_ && !queue_->tickets.empty(); }
+
   mutable std::mutex mutex_;
-  std::condition_variable turn_came_;
-  std::vector<std::uint64_t> waiting_;  // tickets, in order
-  std::uint64_t next_ticket_ = 0;
+  std::unique_ptr<Queue> queue_;  // while somebody waits
   bool is_held_ = false;
+};
+
+// The client of the request that has a session.
+class SessionClient {
+ public:
+  // Has the client come back to the session, or come back with another identifier.
+  virtual HRESULT keep() = 0;
+  virtual HRESULT renew() = 0;
+
+ protected:
+  ~SessionClient() = default;
 };
 
 // Objects in a session may count their references plainly, so every touch, the last release included,
@@ -61,8 +79,7 @@ class SessionState final : public VariantStore {
   LONG lcid = kNeutralLocale;
   bool abandoned = false;  // ends with the request
   bool kept = false;
-  std::function<HRESULT()> on_keep;  // these two are set while a request runs
-  std::function<HRESULT()> on_renew;
+  SessionClient* client = nullptr;  // while a request runs
   Clock::time_point last_used = Clock::now();
 
  private:

@@ -36,8 +36,7 @@ std::string_view sent_session(const HttpRequest& request) {
 bool PageSession::open() {
   hold_.emplace(store_.open(sent_session(page_.request.http())));
   if (!*hold_) return false;
-  (*hold_)->on_keep = [this] { return keep(); };
-  (*hold_)->on_renew = [this] { return renew(); };
+  (*hold_)->client = this;
   return true;
 }
 

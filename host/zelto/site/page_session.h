@@ -16,7 +16,7 @@ std::string_view sent_session(const HttpRequest& request);
 
 // Finds the session by the request's cookie and holds its lock until close(). A new session is kept, and its cookie
 // set, when the page first stores something in it.
-class PageSession {
+class PageSession final : private SessionClient {
  public:
   PageSession(SessionStore& store, PageState& page) : store_(store), page_(page) {}
   ~PageSession() { close(); }
@@ -34,8 +34,8 @@ class PageSession {
   bool was_refused() const { return refused_; }
 
  private:
-  HRESULT keep();
-  HRESULT renew();
+  HRESULT keep() override;
+  HRESULT renew() override;
   std::string cookie_for(const std::string& id) const;
 
   SessionStore& store_;

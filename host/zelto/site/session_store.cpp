@@ -151,7 +151,7 @@ void SessionStore::rename(const std::shared_ptr<SessionState>& session, std::str
 
 void SessionStore::close(SessionHold hold) {
   if (!hold) return;
-  hold->on_keep = hold->on_renew = nullptr;
+  hold->client = nullptr;
   hold->last_used = Clock::now();
   if (hold->abandoned) end(*hold.state());
 }

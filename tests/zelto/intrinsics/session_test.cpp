@@ -9,10 +9,20 @@ namespace {
 using namespace test;
 using namespace std::chrono_literals;
 
+// Notes what it is asked for.
+struct Client final : zelto::SessionClient {
+  HRESULT keep() override { return ++kept, answer; }
+  HRESULT renew() override { return ++renewed, answer; }
+  HRESULT answer = S_OK;
+  int kept = 0;
+  int renewed = 0;
+};
+
 class Session : public testing::Test {
  protected:
   std::shared_ptr<zelto::SessionState> state = std::make_shared<zelto::SessionState>("id");
   CComPtr<zelto::SessionObject> session = korlib::make<zelto::SessionObject>(state);
+  Client client;
 };
 
 // An object whose default member is its text.
@@ -93,44 +103,34 @@ TEST_F(Session, RemovesAndCountsContents) {
 }
 
 TEST_F(Session, IsKeptOnlyOnceSomethingIsStored) {
-  int kept = 0;
-  state->on_keep = [&kept] {
-    ++kept;
-    return S_OK;
-  };
+  state->client = &client;
   get(session.get(), L"Value", L"a");
   get(object_of(get(session.get(), L"Contents")), L"Count");
-  EXPECT_EQ(0, kept);
+  EXPECT_EQ(0, client.kept);
   put(session.get(), L"Value", L"a", 1);
   put(session.get(), L"Value", L"b", 2);
-  EXPECT_EQ(1, kept);
+  EXPECT_EQ(1, client.kept);
 }
 
 TEST_F(Session, IsKeptOnceItsIdentifierIsRead) {
-  int kept = 0;
-  state->on_keep = [&kept] {
-    ++kept;
-    return S_OK;
-  };
+  state->client = &client;
   EXPECT_EQ(L"id", text_of(get(session.get(), L"SessionID")));
-  EXPECT_EQ(1, kept);
+  EXPECT_EQ(1, client.kept);
 }
 
 TEST_F(Session, IsKeptInsteadOfRenewedWhileNobodyKnowsItsIdentifier) {
-  int kept = 0;
-  int renewed = 0;
-  state->on_keep = [&kept] { return ++kept, S_OK; };
-  state->on_renew = [&renewed] { return ++renewed, S_OK; };
+  state->client = &client;
   EXPECT_EQ(S_OK, call(session.get(), L"RenewID").hr);
-  EXPECT_EQ(1, kept);
-  EXPECT_EQ(0, renewed);
+  EXPECT_EQ(1, client.kept);
+  EXPECT_EQ(0, client.renewed);
   EXPECT_EQ(S_OK, call(session.get(), L"RenewID").hr);
-  EXPECT_EQ(1, kept);
-  EXPECT_EQ(1, renewed);
+  EXPECT_EQ(1, client.kept);
+  EXPECT_EQ(1, client.renewed);
 }
 
 TEST_F(Session, StoresNothingWhenItCannotBeKept) {
-  state->on_keep = [] { return E_FAIL; };
+  state->client = &client;
+  client.answer = E_FAIL;
   EXPECT_EQ(E_FAIL, put(session.get(), L"Value", L"a", 1).hr);
   EXPECT_EQ(VT_EMPTY, get(session.get(), L"Value", L"a").value.vt);
 }
@@ -167,18 +167,14 @@ TEST_F(Session, RefusesACodePageAndALocaleThatItDoesNotKnow) {
 
 // Many pages begin by setting what is so already; their visitors need no cookie for it.
 TEST_F(Session, IsKeptForACodePageOrLocaleOnlyWhenItIsAnother) {
-  int kept = 0;
-  state->on_keep = [&kept] {
-    ++kept;
-    return S_OK;
-  };
+  state->client = &client;
   put(session.get(), L"CodePage", 65001);
   put(session.get(), L"LCID", 2048);
-  EXPECT_EQ(0, kept);
+  EXPECT_EQ(0, client.kept);
   put(session.get(), L"LCID", 1041);
-  EXPECT_EQ(1, kept);
+  EXPECT_EQ(1, client.kept);
   state->kept = false;
-  state->on_keep = [] { return E_FAIL; };
+  client.answer = E_FAIL;
   EXPECT_EQ(E_FAIL, put(session.get(), L"CodePage", 932).hr);
   EXPECT_EQ(65001, state->code_page);
 }
@@ -203,6 +199,17 @@ TEST_F(Session, KeepsItsValuesToTheEndOfThePageWhenAbandoned) {
   EXPECT_EQ(S_OK, call(session.get(), L"Abandon").hr);
   EXPECT_EQ(1, get(session.get(), L"Value", L"a").value.lVal);
   EXPECT_TRUE(state->abandoned);
+}
+
+TEST(FifoLock, IsThereForTheNextOnceNobodyWaits) {
+  zelto::FifoLock lock;
+  ASSERT_TRUE(lock.try_lock());
+  EXPECT_FALSE(lock.lock(1ms));
+  EXPECT_FALSE(lock.try_lock());
+  lock.unlock();
+  EXPECT_TRUE(lock.lock(1ms));
+  lock.unlock();
+  EXPECT_TRUE(lock.try_lock());
 }
 
 TEST(FifoLock, LetsWaitersInInTheirOrder) {
