@@ -29,14 +29,14 @@ const fails = (name, folder, rows) =>
   });
 
 fails('a page that fails is an error of its own request', 'runaway', [
-  ['callback', /^\/default\.asp:9: thrown in a callback \(TypeError, /],
+  ['callback', /^\/default\.asp:9: thrown in a callback; in \(text\):1:1 \(#%thrown#\) \(TypeError, /],
   ['keep_in_session', /^\/default\.asp:13: A script's object ends with its page and cannot be kept in the Session\./],
   ['keep_in_application', /^\/default\.asp:14: The Application keeps plain values and dictionaries only\./],
   ['keep_hidden'],
   ['use_hidden', /^\/default\.asp:20: The page that made this script object has ended /],
   ['recurse', /^\/default\.asp:21: Maximum call stack size exceeded\. \(RangeError, /],
   // Whichever call found the stack used up.
-  ['recurse_through_component', /^\/default\.asp:\d+: Out of stack space \(RangeError, /],
+  ['recurse_through_component', /^\/default\.asp:\d+: Out of stack space; in \(text\):1:1 \(#%again#\), .* \(RangeError, /],
   ['grow', /^\/default\.asp:\d+: The page took more memory than the site allows\. /],
   ['grow_dictionary', /^\/default\.asp:\d+: The page took more memory than the site allows\. /],
   ['grow_component', /^\/default\.asp:\d+: The page took more memory than the site allows\. /],
