@@ -10,7 +10,14 @@ using Self = GIMirtImpl<IMirt>;
 }  // namespace
 
 STDMETHODIMP Self::Process() {
-  return mirt::guarded([&] { return CMirtConcept::Process(); });
+  return mirt::guarded([&] {
+    if (!takes_notes()) return CMirtConcept::Process();
+    const CComPtr<IDispatch> alive(owner_);
+    const HRESULT hr = CMirtConcept::Process();
+    CComPtr<IKorLibDictionary> bag;
+    if (SUCCEEDED(memory_.get_bag_if_bound(&bag)) && bag) note_bag(memory_.name.get(), bag.get());
+    return hr;
+  });
 }
 
 HRESULT Self::On_StartMirtSession(bool& go_on) { return fire(L"On_FirstAccess", true, go_on); }

@@ -120,3 +120,9 @@ void CTemplatorConcept::note_template(BSTR file) noexcept {
   const mirt::ErrorInHand untouched;
   m_spNotes->NoteTemplate(file);
 }
+
+void CTemplatorConcept::note_bag(BSTR page, IUnknown* bag) noexcept {
+  if (!notes()) return;
+  const mirt::ErrorInHand untouched;
+  m_spNotes->NoteBag(page, bag);
+}

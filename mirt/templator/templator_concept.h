@@ -68,6 +68,7 @@ class CTemplatorConcept {
   // That the mark which is being drawn shows nothing.
   void note_slip(TemplateSlip slip, BSTR name, IUnknown* values = nullptr) noexcept;
   void note_template(BSTR file) noexcept;
+  void note_bag(BSTR page, IUnknown* bag) noexcept;
 
  protected:
   ~CTemplatorConcept() = default;

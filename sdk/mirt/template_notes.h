@@ -21,6 +21,8 @@ struct ITemplateNotes : IUnknown {
   // `name` is the mark's; `place` its line as in mirt/template_places.h, empty where that is not known. `values` is the
   // dictionary that was asked, which may have the name by now, or null.
   virtual HRESULT NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnknown* values) = 0;
+  // The bag of the controller of that name, whose Process has ended, well or not.
+  virtual HRESULT NoteBag(BSTR page, IUnknown* bag) = 0;
 
  protected:
   ~ITemplateNotes() = default;

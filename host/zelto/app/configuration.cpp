@@ -27,6 +27,7 @@ bool is_address(const std::string& text) {
 
 void read_site(const ConfigurationFile& file, SiteOptions& site) {
   site.debug = file.flag("debug").value_or(false);
+  site.debug_panel = file.flag("debug_panel").value_or(false);
   if (const auto limit = file.number("script_timeout", 1, 86400)) site.script_timeout = std::chrono::seconds(*limit);
   if (const auto minutes = file.number("session_timeout", 1, 1440)) {
     site.session_timeout = static_cast<LONG>(*minutes);

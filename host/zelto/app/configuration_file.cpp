@@ -25,7 +25,7 @@ struct Key {
   std::string_view meaning;
 };
 
-constexpr std::array<Key, 26> kKeys = {{
+constexpr std::array<Key, 27> kKeys = {{
     {"listen", "\"127.0.0.1:8080\"", "where to serve"},
     {"workers", "4", "pages at the same time, by default two a core"},
     {"body_limit", "16777216", "bytes of a request's body"},
@@ -52,6 +52,7 @@ constexpr std::array<Key, 26> kKeys = {{
     {"spool_folder", "\"/var/tmp\"", "where they lie, without names"},
     {"log", "\"/var/log/zelto.log\"", "the file of the log, else standard error"},
     {"debug", "false", "error pages show what went wrong"},
+    {"debug_panel", "false", "with debug, pages end with what they did"},
 }};
 
 const Key* find_key(std::string_view name) {

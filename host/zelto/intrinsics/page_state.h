@@ -61,6 +61,7 @@ class PageHost {
   virtual void note_template(std::wstring_view /*file*/) {}
   virtual void note_slip(TemplateSlip /*slip*/, std::wstring_view /*name*/, std::wstring_view /*place*/,
                          IUnknown* /*values*/) {}
+  virtual void note_bag(std::wstring_view /*page*/, IUnknown* /*bag*/) {}
 };
 
 // Belongs to the request's thread. Objects may outlive the page.

@@ -99,28 +99,6 @@ HRESULT ResponseObject::change_head(std::wstring_view member, Change change) {
 HRESULT ResponseObject::go_on() { return page_->response.is_lost() ? page_->host->end_page() : S_OK; }
 
 // The head of a page that still fills its buffer has not been sent, so it cannot have lost its client.
-HRESULT ResponseObject::QueryInterface(REFIID riid, void** ppv) {
-  if (riid == korlib::iid_of<ITemplateNotes> && !page_->host->takes_notes()) {
-    *ppv = nullptr;
-    return E_NOINTERFACE;
-  }
-  return DispatchObject::QueryInterface(riid, ppv);
-}
-
-HRESULT ResponseObject::NoteTemplate(BSTR file) try {
-  page_->host->note_template(korlib::view_of(file));
-  return S_OK;
-} catch (...) {
-  return korlib::hresult_from_exception(kSource);
-}
-
-HRESULT ResponseObject::NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnknown* values) try {
-  page_->host->note_slip(slip, korlib::view_of(name), korlib::view_of(place), values);
-  return S_OK;
-} catch (...) {
-  return korlib::hresult_from_exception(kSource);
-}
-
 HRESULT ResponseObject::Write(VARIANT value) {
   return value.vt == VT_BSTR && page_->response.put(korlib_host::characters_of(value.bstrVal)) ? S_OK
                                                                                                : write_any(value);

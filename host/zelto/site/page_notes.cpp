@@ -51,10 +51,30 @@ std::string milliseconds(PageNotes::Clock::duration time) {
   return fmt::format("{:.1f} ms", std::chrono::duration<double, std::milli>(time).count());
 }
 
+std::wstring text_of(const VARIANT& value);
+
+// Of a page's bag, say: "{name: Ann, visits: 3}".
+std::wstring text_of(IKorLibDictionary& dictionary) {
+  constexpr std::size_t kMostItems = 20;
+  const std::vector<std::wstring> keys = keys_of(&dictionary);
+  std::wstring text;
+  for (std::size_t i = 0; i < std::min(keys.size(), kMostItems); ++i) {
+    const CComBSTR key(keys[i]);
+    CComVariant value;
+    if (FAILED(dictionary.get_Item(korlib::borrowed(key.get()), &value))) continue;
+    const bool is_object = value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN;
+    text += (text.empty() ? L"" : L", ") + keys[i] + L": " + (is_object ? std::wstring(L"an object") : text_of(value));
+  }
+  return L"{" + text + (keys.size() > kMostItems ? L", …}" : L"}");
+}
+
 std::wstring text_of(const VARIANT& value) {
   CComVariant text;
   if (value.vt == VT_EMPTY) return L"nothing";
-  if (value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN) return L"an object";
+  if (value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN) {
+    const CComQIPtr<IKorLibDictionary> dictionary(value.punkVal);
+    return dictionary ? text_of(*dictionary.get()) : L"an object";
+  }
   if (value.vt & VT_ARRAY) return L"an array";
   if (FAILED(VariantChangeType(&text, &value, 0, VT_BSTR))) return L"a value without text";
   return shortened(korlib::view_of(text.bstrVal));
@@ -124,6 +144,13 @@ std::string PageNotes::refused(std::wstring_view error) const {
   return error == refused_ ? refused_statement_ : std::string();
 }
 
+void PageNotes::add_bag(std::wstring_view page, IUnknown* bag) {
+  const CComQIPtr<IKorLibDictionary> dictionary(bag);
+  if (!dictionary) return;
+  std::erase_if(bags_, [page](const auto& each) { return each.first == page; });
+  bags_.emplace_back(page, text_of(*dictionary.get()));
+}
+
 void PageNotes::add_console(std::string_view line) { console_ += row(html(to_wide(line))); }
 
 void PageNotes::end_phase(std::string_view name) {
@@ -150,6 +177,8 @@ std::string PageNotes::panel(VariantStore* session) const {
   std::string statements;
   for (const std::string& each : statements_) statements += each;
   if (more_statements_ > 0) statements += row(fmt::format("and {} more", more_statements_));
+  std::string bags;
+  for (const auto& [name, items] : bags_) bags += row(html(name + L": " + items));
   std::string values;
   std::vector<std::wstring> names;
   if (session && SUCCEEDED(session->names(names))) {
@@ -159,7 +188,15 @@ std::string PageNotes::panel(VariantStore* session) const {
     }
   }
   return section("Warnings", slips) + section("Console", console_) + section("Templates", templates) +
-         section("Statements", statements) + section("Time", phases) + section("Session", values);
+         section("Statements", statements) + section("Time", phases) + section("Session", values) +
+         section("Bags", bags);
+}
+
+std::string PageNotes::panel_of_page(VariantStore* session) const {
+  return "\n<section id=\"zelto-debug\" style=\"all: revert; clear: both; margin: 2em 0 0; padding: 1em; border-top: "
+         "2px "
+         "solid #999; background: #f4f4f4; color: #222; font: 14px/1.4 sans-serif; text-align: left\">\n" +
+         panel(session) + "</section>\n";
 }
 
 std::vector<std::wstring> keys_of(IUnknown* values) {

@@ -33,6 +33,8 @@ class PageNotes final : public korlib_host::StatementListener {
   void on_statement(std::wstring_view sql, Clock::duration took) noexcept override;
   void on_refused(std::wstring_view sql, const std::vector<std::wstring>& parameters,
                   std::wstring_view error) noexcept override;
+  // The bag of a controller, as it is now; of the same one the last counts.
+  void add_bag(std::wstring_view page, IUnknown* bag);
   // A line that the page wrote to its console.
   void add_console(std::string_view line);
   // What the page was at until now.
@@ -44,6 +46,8 @@ class PageNotes final : public korlib_host::StatementListener {
   std::string refused(std::wstring_view error) const;
   // The foot of the error's page. The values are those of its session, where it has one.
   std::string panel(VariantStore* session) const;
+  // The same for the foot of a page of the site's own.
+  std::string panel_of_page(VariantStore* session) const;
 
  private:
   static constexpr std::size_t kMostSlips = 20;
@@ -55,8 +59,9 @@ class PageNotes final : public korlib_host::StatementListener {
   std::vector<std::pair<std::string, std::size_t>> templates_;  // how often
   std::vector<std::string> statements_;                         // in HTML
   std::size_t more_statements_ = 0;
-  std::wstring refused_;           // what the script was told of the last one
-  std::string refused_statement_;  // in HTML
+  std::wstring refused_;                                     // what the script was told of the last one
+  std::string refused_statement_;                            // in HTML
+  std::vector<std::pair<std::wstring, std::wstring>> bags_;  // as text
   std::string console_;
   std::vector<std::pair<std::string, Clock::duration>> phases_;
   Clock::time_point phase_began_ = Clock::now();

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+#include "base/letter_case.h"
 #include "http/status.h"
 #include "intrinsics/application.h"
 #include "intrinsics/page_context.h"
@@ -91,6 +92,9 @@ class PageRun final : public PageHost {
   bool takes_notes() const override { return notes_.has_value(); }
   void note_template(std::wstring_view file) override;
   void note_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place, IUnknown* values) override;
+  void note_bag(std::wstring_view page, IUnknown* bag) override {
+    if (notes_) notes_->add_bag(page, bag);
+  }
 
  private:
   void set_time_limit(std::chrono::seconds limit);
@@ -104,6 +108,7 @@ class PageRun final : public PageHost {
   void fail_at_limit(HRESULT number, std::wstring description, const std::optional<script::ScriptError>& place);
   int answer();
   int error_status() const;
+  bool shows_panel() const;
   void answer_error(const PageError& error);
 
   Site& site_;
@@ -302,9 +307,17 @@ int PageRun::answer() {
   // A head that has gone out says that all is well: only the connection can tell that it is not.
   const bool breaks = error_ && response.head_sent();
   if (error_) answer_error(*error_);
+  if (!error_ && shows_panel()) response.write_bytes(notes_->panel_of_page(session_.state().get()));
   const int status = error_ ? status::kServerError : response.status;
   breaks ? response.break_off() : response.finish();
   return status;
+}
+
+// A redirection, a text or a picture has no foot.
+bool PageRun::shows_panel() const {
+  const ResponseState& response = page_->response;
+  return notes_ && settings_->options.debug_panel && response.status == status::kOk &&
+         base::equal_ascii(response.content_type, "text/html");
 }
 
 // A page that gave up over a body, a query string or a session that it cannot have is not to blame.

@@ -17,8 +17,9 @@ namespace zelto {
 
 struct SiteOptions {
   std::string root;
-  StaticOptions files;  // without the root
-  bool debug = false;   // error pages tell what went wrong
+  StaticOptions files;       // without the root
+  bool debug = false;        // error pages tell what went wrong
+  bool debug_panel = false;  // with it, HTML answers end with what the page did
   std::chrono::seconds script_timeout{90};
   std::size_t script_memory = std::size_t{1} << 30;  // bytes that one page may take
   std::size_t kept_memory = std::size_t{4} << 30;    // bytes of the program beyond which pages keep nothing more in it

@@ -156,6 +156,7 @@ class Notes final : public Still<ITemplateNotes> {
                     std::wstring(korlib::view_of(place)));
     return S_OK;
   }
+  HRESULT NoteBag(BSTR, IUnknown*) override { return S_OK; }
 
   std::vector<std::wstring> noted;
 };

@@ -102,6 +102,22 @@ TEST_F(TemplateSlips, StandWithTheStatementsOfAnErrorsPage) {
   EXPECT_FALSE(has(drawn("(#;nothing#)", script), "CREATE TABLE"));
 }
 
+TEST_F(TemplateSlips, StandAtTheFootOfEveryHtmlPageWhereTheSiteWantsThat) {
+  const std::string bag = "function On_StartDraw(m) { m.Bag('visits') = 3; m.Bag('name') = 'A<n'; }";
+  const std::string foot =
+      "<h2>Warnings</h2>\n<ul>\n<li>/tpl/main.html:1:7: (#title#) has no type character</li>\n</ul>";
+  EXPECT_EQ("<html></html>", drawn("<html>(#title#)</html>", bag));
+  options.debug_panel = true;
+  const std::string shown = drawn("<html>(#title#)</html>", bag);
+  EXPECT_TRUE(shown.starts_with("<html></html>\n<section id=\"zelto-debug\"")) << shown;
+  EXPECT_TRUE(has(shown, foot)) << shown;
+  EXPECT_TRUE(has(shown, "<h2>Bags</h2>\n<ul>\n<li>app: {visits: 3, name: A&lt;n}</li>\n</ul>")) << shown;
+  EXPECT_EQ(".", drawn(".", "Response.ContentType = 'text/plain';"));
+  EXPECT_FALSE(has(drawn("", "Response.Redirect('/');"), "zelto-debug"));
+  options.debug = false;
+  EXPECT_EQ("<html></html>", drawn("<html>(#title#)</html>"));
+}
+
 TEST_F(TemplateSlips, StandAfterTheStatementThatFailed) {
   const std::string script =
       "var c = Server.CreateObject('ADODB.Connection'); c.Open('Driver=SQLite3;Database=:memory:');"
