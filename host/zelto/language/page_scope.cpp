@@ -51,7 +51,8 @@ class ScopeReader : private TokenText {
                          (is_among(kLeadingToGlobal, word(i)) && taker_of_this(*this, i) == Token::kNone);
       // Code that is made of text sees what the global object has, which lexical names are not among.
       makes_code |= (named == L"constructor" && !is_constructor_member(i)) || (is_whole_global(i) && is(i + 1, L"["));
-      scope.may_hide |= is_among(kHiding, named) || (named == L"Object" && !is(i + 1, L"."));
+      scope.may_hide |=
+          is_among(kHiding, named) || (named == L"Object" && !is(i + 1, L".")) || is(i, L"super") || is_made_name(i);
       if (!declares_lexically(i)) continue;
       scope.declares_lexical_names = true;
       add_candidates(i, &scope.lexical_candidates);
@@ -84,6 +85,23 @@ class ScopeReader : private TokenText {
   // The global object, but for the name of one of its properties.
   bool is_whole_global(std::size_t i) const {
     return is(i, L"this", L"globalThis") && !is(i - 1, L".") && !is(i + 1, L".");
+  }
+
+  // Whether a name is put together in brackets, o["define" + what], or looked up in what an expression gives,
+  // (function () {})[name]: it may be any.
+  bool is_made_name(std::size_t i) const {
+    if (!is(i, L"[") || i == 0) return false;
+    if (tokens_[i - 1].kind != Token::name && !is(i - 1, L")", L"]", L"}", L"?.")) return false;
+    const bool is_single = is(i + 2, L"]");
+    if (is_single && tokens_[i + 1].kind == Token::literal) return false;
+    if (is(i - 1, L")", L"}")) return true;
+    for (std::size_t at = i + 1, open = 1; at < tokens_.size() && !is_single; ++at) {
+      open += is(at, L"[");
+      open -= is(at, L"]");
+      if (open == 0) return false;
+      if (std::wstring_view(L"\"'`").find(word(at).front()) != std::wstring_view::npos) return true;
+    }
+    return false;
   }
 
   // constructor() { … } of a class.

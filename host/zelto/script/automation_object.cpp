@@ -251,8 +251,11 @@ void AutomationObject::add_member(JSObjectRef member) {
   if (kept_) members_.emplace_back(member);
 }
 
+// A name in each of its letter cases has a function of its own, and visitors may choose some.
 bool AutomationObject::are_members_kept() const {
-  return std::ranges::all_of(members_, [](const Structure& member) { return member.is_kept(); });
+  constexpr std::size_t kMostMembers = 400;
+  return members_.size() <= kMostMembers &&
+         std::ranges::all_of(members_, [](const Structure& member) { return member.is_kept(); });
 }
 
 void AutomationObject::release() {

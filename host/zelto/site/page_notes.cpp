@@ -90,10 +90,14 @@ std::string row(std::string_view text) { return fmt::format("<li>{}</li>\n", tex
 
 void PageNotes::add_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place,
                          const std::vector<std::wstring>& names) {
+  if (slips_.size() == kMostSlips) {  // to look for what each may mean takes long
+    ++more_slips_;
+    return;
+  }
   const std::wstring mark = place.empty() ? L"(#" + std::wstring(name) + L"#)" : std::wstring(place);
   std::wstring words = mark + L" has no type character";
   if (slip != TemplateSlip::without_type) {
-    std::vector<std::wstring> others = names;  // without its own, which a dictionary has got by being asked
+    std::vector<std::wstring> others = names;
     std::erase(others, name);
     const std::wstring near = language::nearest_name(others, name);
     const auto [holder, must_be_there] = words_of(slip);
@@ -101,11 +105,7 @@ void PageNotes::add_slip(TemplateSlip slip, std::wstring_view name, std::wstring
     words = mark + L" shows nothing: " + holder + L" has no '" + std::wstring(name) + L"'";
     if (!near.empty()) words += L", did you mean '" + near + L"'?";
   }
-  if (std::ranges::find(slips_, words) != slips_.end()) return;
-  if (slips_.size() < kMostSlips)
-    slips_.push_back(std::move(words));
-  else
-    ++more_slips_;
+  if (std::ranges::find(slips_, words) == slips_.end()) slips_.push_back(std::move(words));
 }
 
 void PageNotes::add_template(const std::string& file) {
@@ -140,8 +140,10 @@ void PageNotes::on_refused(std::wstring_view sql, const std::vector<std::wstring
   return;  // there was no memory for it
 }
 
-std::string PageNotes::refused(std::wstring_view error) const {
-  return error == refused_ ? refused_statement_ : std::string();
+std::string PageNotes::refused(const PageError& error) const {
+  const auto is_told = [this](const std::wstring& words) { return words.find(refused_) != words.npos; };
+  const bool is_this = !refused_.empty() && (is_told(error.description) || std::ranges::any_of(error.causes, is_told));
+  return is_this ? refused_statement_ : std::string();
 }
 
 void PageNotes::add_bag(std::wstring_view page, IUnknown* bag) {
@@ -207,7 +209,9 @@ std::vector<std::wstring> keys_of(IUnknown* values) {
   const SAFEARRAY& array = *all.parray;
   const auto* key = static_cast<const VARIANT*>(array.pvData);
   for (ULONG i = 0; i < array.rgsabound[0].cElements; ++i, ++key) {
-    if (key->vt == VT_BSTR) keys.emplace_back(korlib::view_of(key->bstrVal));
+    CComVariant value;
+    const bool is_there = key->vt == VT_BSTR && SUCCEEDED(dictionary->get_Item(*key, &value)) && value.vt != VT_EMPTY;
+    if (is_there) keys.emplace_back(korlib::view_of(key->bstrVal));
   }
   return keys;
 }

@@ -10,6 +10,7 @@
 #include <korlib_host/statement_listener.h>
 #include <mirt/template_notes.h>
 
+#include "intrinsics/page_state.h"
 #include "intrinsics/variant_store.h"
 
 namespace zelto {
@@ -42,8 +43,9 @@ class PageNotes final : public korlib_host::StatementListener {
 
   // One line for the log; empty when there are no slips.
   std::string warning(std::string_view page) const;
-  // The statement that failed with these words, with its parameters, if one did: for the error's page.
-  std::string refused(std::wstring_view error) const;
+  // The statement that failed with these words, or one that the error comes of, with its parameters, if one did: for
+  // the error's page.
+  std::string refused(const PageError& error) const;
   // The foot of the error's page. The values are those of its session, where it has one.
   std::string panel(VariantStore* session) const;
   // The same for the foot of a page of the site's own.
@@ -67,7 +69,8 @@ class PageNotes final : public korlib_host::StatementListener {
   Clock::time_point phase_began_ = Clock::now();
 };
 
-// The keys of a dictionary; none of another object.
+// The keys of a dictionary under which there is something: by being asked for a name it gets that with nothing. None of
+// another object.
 std::vector<std::wstring> keys_of(IUnknown* values);
 
 }  // namespace zelto

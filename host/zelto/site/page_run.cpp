@@ -337,9 +337,9 @@ void PageRun::answer_error(const PageError& error) {
     response.cache_control = "no-store";
   }
   if (debug)
-    response.write_bytes(debug_error_page(
-        error, site_.root(), page_->request.http().target,
-        notes_ ? notes_->refused(error.description) + notes_->panel(session_.state().get()) : std::string()));
+    response.write_bytes(
+        debug_error_page(error, site_.root(), page_->request.http().target,
+                         notes_ ? notes_->refused(error) + notes_->panel(session_.state().get()) : std::string()));
   else if (begins)
     response.write_bytes(plain_error_page(status_line(status), error.reference));
 }

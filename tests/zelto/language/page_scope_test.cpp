@@ -59,10 +59,13 @@ TEST(PageScope, KeepsPagesOutOfFunctionsThatWouldSeeOne) {
 TEST(PageScope, KnowsWhichPagesMayHideSomething) {
   for (const wchar_t* text :
        {L"Symbol('a')", L"Reflect.ownKeys(a)", L"var O = Object", L"Object['a']", L"this['a']", L"a.constructor",
-        L"a.__proto__", L"a['__proto__']", L"Object.defineProperty(a, 'b', {})", L"Object.getOwnPropertySymbols(a)"}) {
+        L"a.__proto__", L"a['__proto__']", L"a['x' + b]", L"a[b + 'x']", L"f()[a]", L"({})[a]", L"a[`${b}`]",
+        L"({ m() { super.a = 1 } })", L"Object.defineProperty(a, 'b', {})", L"Object.getOwnPropertySymbols(a)"}) {
     EXPECT_TRUE(scope_of(text).may_hide) << korlib::to_utf8(text);
   }
-  for (const wchar_t* text : {L"", L"this.a = 1", L"page.AddScript(this)", L"Object.keys(a)", L"'Symbol of'"}) {
+  for (const wchar_t* text :
+       {L"", L"this.a = 1", L"page.AddScript(this)", L"Object.keys(a)", L"'Symbol of'", L"a[0]", L"a[i]", L"a['x']",
+        L"a[i + 1]", L"f(['x' + b])", L"a = ['x' + b, f()]", L"f()['x']", L"a[b[i]]"}) {
     EXPECT_FALSE(scope_of(text).may_hide) << korlib::to_utf8(text);
   }
 }

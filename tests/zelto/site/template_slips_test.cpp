@@ -70,6 +70,14 @@ TEST_F(TemplateSlips, AreToldOnceAPage) {
   EXPECT_TRUE(log[0].ends_with("(#x19#) has no type character and 10 more")) << log[0];
 }
 
+// A dictionary gets a name by being asked for it.
+TEST_F(TemplateSlips, AreNotTakenForTheNameThatWasMeant) {
+  drawn("(#*titel#)(#*title#)");
+  EXPECT_EQ(Lines{"/page.asp: warning: /tpl/main.html:1:1: (#*titel#) shows nothing: View has no 'titel'; "
+                  "/tpl/main.html:1:11: (#*title#) shows nothing: View has no 'title'"},
+            log);
+}
+
 TEST_F(TemplateSlips, AreNotLookedForWhereTheSiteShowsNoErrors) {
   options.debug = false;
   EXPECT_EQ(".", drawn("(#title#)(#*rows#)."));
@@ -129,7 +137,9 @@ TEST_F(TemplateSlips, StandAfterTheStatementThatFailed) {
                   "<h2>The statement</h2>\n<pre>INSERT INTO &lt;nowhere&gt; VALUES (?)</pre>\n"
                   "<h2>Its parameters</h2>\n<ol>\n<li>'O&lt;ne'</li>\n</ol>\n"))
       << shown;
-  // Nor is it shown with another error than its own.
+  EXPECT_TRUE(has(drawn("", script + "try { q.Execute() } catch (e) { throw new Error('not saved', { cause: e }) }"),
+                  "<pre>INSERT INTO &lt;nowhere&gt; VALUES (?)</pre>"));
+  // It is not shown with another error than its own.
   EXPECT_FALSE(has(drawn("", script + "try { q.Execute() } catch (e) {} throw new Error('other')"), "The statement"));
   options.debug = false;
   EXPECT_FALSE(has(drawn("", script + "q.Execute();"), "nowhere"));

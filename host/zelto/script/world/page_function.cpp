@@ -88,7 +88,12 @@ std::unique_ptr<PageFunction> PageFunction::make(Engine& engine, JSGlobalContext
 
 PageFunction::PageFunction(JSGlobalContextRef context, const Surroundings& around, JSObjectRef function,
                            JSObjectRef literals, int opening_length)
-    : context_(context), around_(around), function_(function), literals_(literals), opening_length_(opening_length) {
+    : context_(context),
+      around_(around),
+      function_(function),
+      literals_(literals),
+      structure_(function),
+      opening_length_(opening_length) {
   for (JSObjectRef kept : {function_, literals_}) JSValueProtect(context_, kept);
 }
 
@@ -101,8 +106,9 @@ void PageFunction::call(JSValueRef* exception) {
   JSObjectCallAsFunction(context_, function_, nullptr, 1, &argument, exception);
 }
 
-Surroundings::Left PageFunction::restore() {
-  Surroundings::Left left = around_.restore(may_hide_, !has_told_);
+Surroundings::Left PageFunction::restore(bool may_hide) {
+  Surroundings::Left left = around_.restore(may_hide_ || may_hide, !has_told_);
+  left.nothing &= structure_.is_kept();
   has_told_ |= left.undeclared.get() != nullptr;
   return left;
 }

@@ -10,6 +10,7 @@
 #include "language/program.h"
 #include "script/jsc.h"
 #include "script/text.h"
+#include "script/world/built_ins.h"
 #include "script/world/surroundings.h"
 
 namespace zelto::script {
@@ -41,8 +42,9 @@ class PageFunction {
 
   // Runs the page to its end.
   void call(JSValueRef* exception);
-  // Afterwards. The names that the page has not declared are told the first time that there are any.
-  Surroundings::Left restore();
+  // Afterwards. The names that the page has not declared are told the first time that there are any. `may_hide`: others
+  // than the page have run in its world.
+  Surroundings::Left restore(bool may_hide);
 
   // How many units of UTF-16 the function has in its first line in front of the page's text.
   int opening_length() const noexcept { return opening_length_; }
@@ -73,6 +75,7 @@ class PageFunction {
   const Surroundings& around_;
   JSObjectRef function_;  // protected, as are literals_
   JSObjectRef literals_;
+  const Structure structure_;  // a function that the page calls may get hold of it
   const int opening_length_;
   bool may_hide_ = false;
   bool has_told_ = false;

@@ -52,16 +52,19 @@ const are_globals_plain = () => {
   }
   return true;
 };
+const are_shown_kept = () => visible_keys(world).length === visible_count;
 const are_keys_kept = whole => {
-  if (!whole && visible_keys(world).length === visible_count) return true;
+  if (!whole && are_shown_kept()) return true;
   const keys = ownKeys(world);
-  if (keys.length === count) return true;
-  for (let i = 0; i < keys.length; i++) {
-    if (known[keys[i]] !== undefined) continue;
-    if (typeof keys[i] === "string") undeclared += (undeclared === "" ? "" : ", ") + keys[i];
-    deleteProperty(world, keys[i]);
+  if (keys.length !== count) {
+    for (let i = 0; i < keys.length; i++) {
+      if (known[keys[i]] !== undefined) continue;
+      if (typeof keys[i] === "string") undeclared += (undeclared === "" ? "" : ", ") + keys[i];
+      deleteProperty(world, keys[i]);
+    }
+    if (ownKeys(world).length !== count) return false;
   }
-  return ownKeys(world).length === count;
+  return are_shown_kept();  // as many names may be others, or one that was deleted and assigned anew
 };
 const host_values = hosts.map(name => world[name]);
 const is_host_kept = i => {

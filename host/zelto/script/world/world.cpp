@@ -148,7 +148,7 @@ void World::show_global() {
   page_->show_names();
 }
 
-bool World::restore() {
+bool World::restore(bool may_hide) {
   if (has_other_hosts_ || is_shown_) return false;
   const Watchdog::Quiet quiet(engine_.watchdog());
   prelude_->end();
@@ -158,7 +158,7 @@ bool World::restore() {
   }
   kept_wrappers_.restore();
   if (!built_ins_->are_structures_kept()) return false;
-  Surroundings::Left left = page_->restore();
+  Surroundings::Left left = page_->restore(may_hide);
   undeclared_ = std::move(left.undeclared);
   return left.nothing && built_ins_->are_structures_kept() && built_ins_->are_slots_kept();
 }

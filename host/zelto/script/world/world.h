@@ -88,7 +88,7 @@ class World {
   void show_global();
   bool is_shown() const noexcept { return is_shown_; }
   // Once the page has ended: false when it left anything behind that the next one could see.
-  bool restore();
+  bool restore(bool may_hide);
   // What that has removed: see PageFunction::restore().
   const JsString& undeclared() const noexcept { return undeclared_; }
 

@@ -115,16 +115,21 @@ Worlds::Entry* Worlds::find(const ProgramPtr& program) {
 
 void Worlds::give_back(std::unique_ptr<World> world, ProgramPtr program, bool whole) noexcept {
   if (world->use() == World::Use::once) {
+    had_inner_ |= engine_.watchdog().is_running();
     if (Entry* const entry = find(program)) entry->host_names = world->take_host_names();
     return;
   }
   world->ended = {std::move(program), whole, std::move(waiting_)};
   waiting_ = std::move(world);
-  if (engine_.watchdog().is_running()) return;
+  if (engine_.watchdog().is_running()) {
+    had_inner_ = true;
+    return;
+  }
   while (waiting_) {
     std::unique_ptr<World> next = std::move(waiting_->ended.next);
     settle(std::exchange(waiting_, std::move(next)));
   }
+  had_inner_ = false;
 }
 
 void Worlds::settle(std::unique_ptr<World> ended) noexcept {
@@ -132,7 +137,7 @@ void Worlds::settle(std::unique_ptr<World> ended) noexcept {
   const bool could_run = ended->page() != nullptr;
   const bool whole = ended->ended.whole;
   const bool may_have_own = ended->has_other_hosts() || ended->is_shown();
-  const bool is_as_before = could_run && whole && ended->restore();
+  const bool is_as_before = could_run && whole && ended->restore(had_inner_);
   const ProgramPtr program = std::exchange(ended->ended.program, nullptr);
   Entry* const entry = find(program);
   if (entry && is_shared) entry->is_sharing = false;

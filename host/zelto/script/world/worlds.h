@@ -64,6 +64,7 @@ class Worlds {
   std::vector<std::unique_ptr<World>> shared_;  // those that are not used, the last one used last
   std::ptrdiff_t shared_count_ = 0;             // be they used or not
   std::unique_ptr<World> waiting_;              // a list of them, which takes no memory
+  bool had_inner_ = false;                      // of what ran last together, some ran within others
   std::uint64_t taken_ = 0;
   OnUndeclared on_undeclared_;
 };

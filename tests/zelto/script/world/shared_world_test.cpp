@@ -95,6 +95,30 @@ TEST_F(SharedWorld, ShowsThePagesNamesWhereTheScriptGetsHoldOfIt) {
   always("undefined", L"var n = 7, x = { m: function () { x.Self = this } }; x.m(); Response.Write(typeof x.Self.n)");
 }
 
+// A page that another one executes gets hold of that one's world by an object of it.
+TEST_F(SharedWorld, ShowsNothingThatAnInnerPageHasHidden) {
+  const ProgramPtr inner = b_page(
+      L"Object.defineProperty(o.Give().constructor.constructor('return this')(), 'escape', { writable: false })");
+  const ProgramPtr outer = a_page(L"o.Keep({}); o.Act()");
+  const ProgramPtr third = page_of(L"escape = 1; Response.Write(typeof escape)", "/site/c.asp");
+  probe->action = [&] { return run_within(inner); };
+  for (int i = 0; i < 4; ++i) {
+    ask(outer);
+    EXPECT_EQ("number", ask(third)) << i;
+  }
+}
+
+TEST_F(SharedWorld, ShowsNothingThatAPageHasHiddenByNamesThatItMade) {
+  const ProgramPtr hiding = a_page(
+      L"var k = 'constr' + 'uctor', g = (function () {})[k]('return this')(), O = ({})[k];"
+      L"O['define' + 'Property'](g, 'hidden', { value: 1, configurable: true })");
+  const ProgramPtr third = b_page(L"Response.Write(typeof hidden)");
+  for (int i = 0; i < 4; ++i) {
+    ask(hiding);
+    EXPECT_EQ("undefined", ask(third)) << i;
+  }
+}
+
 TEST_F(SharedWorld, HasAnObjectSetThePagesNamesByTheirValue) {
   probe->action = [&] {
     VARIANT given[2]{};
