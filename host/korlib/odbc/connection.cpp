@@ -160,7 +160,7 @@ void Connection::know_tables() {
 }
 
 bool Connection::is_usable() {
-  if (is_broken_ || is_changed_ || !is_file_still_the_same()) return false;
+  if (is_broken_ || is_changed_ || (is_sqlite_ && !file_.exists()) || !is_file_still_the_same()) return false;
   SQLUINTEGER is_dead = SQL_CD_FALSE;
   const SQLRETURN result =
       SQLGetConnectAttr(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);

@@ -21,6 +21,8 @@ class DatabaseFile {
 
   // Looks at the file.
   bool is_replaced();
+  // Whether there is one: a database in memory is the connection's own.
+  bool exists() const { return !path_.empty(); }
   // Whether nothing was written between the last look and the one before it. A write may leave no trace when it comes
   // soon after another one, so that for a while after one the answer is no.
   bool is_unchanged() const { return path_.empty() || is_unchanged_; }

@@ -28,6 +28,21 @@ TEST_P(Pool, HandsOutAConnectionAgain) {
   EXPECT_EQ(1, connections());
 }
 
+// What one page has put there is not another one's.
+TEST_P(Pool, DoesNotHandOutADatabaseInMemory) {
+  const auto open = [] {
+    CComPtr<IDispatch> made = databases::create(CLSID_KorDBConnection);
+    EXPECT_EQ(S_OK, call(made.get(), L"Open", L"Driver=SQLite3;Database=:memory:").hr);
+    return made;
+  };
+  CComPtr<IDispatch> memory = open();
+  EXPECT_EQ(S_OK, call(memory.get(), L"Execute", L"CREATE TABLE mine (id INTEGER)").hr);
+  EXPECT_EQ(S_OK, call(memory.get(), L"Execute", L"SELECT * FROM mine").hr);
+  memory.reset();
+  memory = open();
+  EXPECT_TRUE(FAILED(call(memory.get(), L"Execute", L"SELECT * FROM mine").hr));
+}
+
 TEST_P(Pool, KeepsConnectionStringsApart) {
   execute(L"CREATE TEMPORARY TABLE mine (id INTEGER)");
   connection_.reset();
