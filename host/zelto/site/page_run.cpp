@@ -329,17 +329,15 @@ int PageRun::error_status() const {
 
 void PageRun::answer_error(const PageError& error) {
   ResponseState& response = page_->response;
-  const bool debug = settings_->options.debug;
   const bool begins = response.reset();
   const int status = error_status();
   if (begins) {
     response.set_status(status_line(status));
     response.cache_control = "no-store";
   }
-  if (debug)
-    response.write_bytes(
-        debug_error_page(error, site_.root(), page_->request.http().target,
-                         notes_ ? notes_->refused(error) + notes_->panel(session_.state().get()) : std::string()));
+  if (notes_)
+    response.write_bytes(debug_error_page(error, site_.root(), page_->request.http().target,
+                                          notes_->refused(error) + notes_->panel(session_.state().get())));
   else if (begins)
     response.write_bytes(plain_error_page(status_line(status), error.reference));
 }

@@ -114,17 +114,15 @@ Worlds::Entry* Worlds::find(const ProgramPtr& program) {
 }
 
 void Worlds::give_back(std::unique_ptr<World> world, ProgramPtr program, bool whole) noexcept {
+  const bool is_inner = engine_.watchdog().is_running();
+  had_inner_ |= is_inner;
   if (world->use() == World::Use::once) {
-    had_inner_ |= engine_.watchdog().is_running();
     if (Entry* const entry = find(program)) entry->host_names = world->take_host_names();
     return;
   }
   world->ended = {std::move(program), whole, std::move(waiting_)};
   waiting_ = std::move(world);
-  if (engine_.watchdog().is_running()) {
-    had_inner_ = true;
-    return;
-  }
+  if (is_inner) return;
   while (waiting_) {
     std::unique_ptr<World> next = std::move(waiting_->ended.next);
     settle(std::exchange(waiting_, std::move(next)));
