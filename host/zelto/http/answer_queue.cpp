@@ -45,6 +45,34 @@ void AnswerQueue::write(std::string_view first, std::string_view second, bool fi
   }
 }
 
+void AnswerQueue::write_last(std::string bytes) {
+  if (!bytes.empty() && may_hold_ && may_hold_()) {
+    const Lock lock(lock_);
+    if (failed_) return;
+    if (is_empty()) {
+      memory_ = std::move(bytes);
+      held_ = true;
+      return;
+    }
+  }
+  write(bytes);
+}
+
+bool AnswerQueue::is_held() const {
+  const Lock lock(lock_);
+  return held_;
+}
+
+void AnswerQueue::release() {
+  {
+    const Lock lock(lock_);
+    if (!std::exchange(held_, false)) return;
+    send_memory();
+    if (failed_ || is_empty() || std::exchange(sending_, true)) return;
+  }
+  on_kept_();
+}
+
 void AnswerQueue::write_or_keep(std::string_view first, std::string_view second, int flags) {
   {
     Lock lock(lock_);
@@ -217,6 +245,7 @@ std::uint64_t AnswerQueue::delivered() const {
 
 void AnswerQueue::fail_locked() {
   failed_ = true;
+  held_ = false;
   std::string().swap(memory_);
   memory_sent_ = 0;
   share_.resize(0);

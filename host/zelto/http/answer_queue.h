@@ -22,8 +22,14 @@ class AnswerQueue {
  public:
   // `on_kept` is called by the writer's thread when bytes wait and nobody sends: send() must then be called until it
   // has sent everything.
-  AnswerQueue(Spool& spool, std::size_t memory_bytes, std::function<void()> on_kept)
-      : spool_(spool), memory_limit_(memory_bytes), on_kept_(std::move(on_kept)), share_(spool.memory) {}
+  // `may_hold` is asked, by the writer's thread, whether somebody will call release() soon.
+  AnswerQueue(Spool& spool, std::size_t memory_bytes, std::function<void()> on_kept,
+              std::function<bool()> may_hold = nullptr)
+      : spool_(spool),
+        memory_limit_(memory_bytes),
+        on_kept_(std::move(on_kept)),
+        may_hold_(std::move(may_hold)),
+        share_(spool.memory) {}
 
   // Begins a new answer; forgets what is left of the one before. Its writer waits for `patience` in all; one with none,
   // on a thread that must not wait, has all kept in memory.
@@ -34,8 +40,17 @@ class AnswerQueue {
   // Waits only when neither memory nor file can keep the bytes. A client that does not take them in that time fails.
   // With `file_follows`, what write_file() is given next travels in the same packets.
   void write(std::string_view first, std::string_view second = {}, bool file_follows = false);
+  // The answer's end, which is held until release() where that may be: to send several answers one after the other
+  // wakes their clients' side once. Nothing is held behind bytes that wait.
+  void write_last(std::string bytes);
+  bool is_held() const;
   // The answer's end: `length` bytes of the file from `offset`.
   void write_file(SharedFile file, std::uint64_t offset, std::uint64_t length);
+
+  // --- of any thread
+
+  // Sends what is held. What the socket does not take waits as what was written does.
+  void release();
 
   // --- the sender
 
@@ -70,12 +85,14 @@ class AnswerQueue {
   Spool& spool_;
   const std::size_t memory_limit_;
   const std::function<void()> on_kept_;
+  const std::function<bool()> may_hold_;
 
   mutable std::mutex lock_;  // guards what follows
   std::condition_variable room_;
   int socket_ = -1;
   bool failed_ = false;
   bool sending_ = false;
+  bool held_ = false;  // in memory_, which holds nothing else
   std::uint64_t taken_ = 0;  // by the socket, of all answers: what it still holds may be another one's
   std::chrono::steady_clock::duration patience_{};  // that is left
   bool may_wait_ = false;

@@ -28,7 +28,7 @@ class ClientWatch {
   // Whether the client may be gone; false is certain but for what the loop is just about to hear. Of any thread.
   bool may_have_gone() const { return has_come_; }
   // By the worker, of an answer that the client has been sent to its end.
-  void leave(Mailbox::Letter letter) { mailbox_.leave(std::move(letter), has_come_); }
+  void leave(Letter letter) { mailbox_.leave(std::move(letter), has_come_); }
   // At what has been left.
   void look() { mailbox_.open_all(); }
   // The answer is over. True when `on_next` will be called, once, as soon as there is something to read; false when

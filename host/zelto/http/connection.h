@@ -79,6 +79,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
   // From the worker to the loop.
   void hand_back(Mailbox& mailbox);
   static void open_answered(void* connection) noexcept;
+  static void release_answer(void* connection) noexcept;
   // A step that fails, for want of memory, ends the connection: nothing would wake it again.
   template <class Function>
   void guarded(Function step) noexcept;
@@ -172,7 +173,8 @@ inline void Connection::post(Step step) {
 
 // What is left to do when the socket has taken all of an answer can wait until the client sends more.
 inline void Connection::hand_back(Mailbox& mailbox) {
-  Mailbox::Letter letter{shared_from_this(), &open_answered};
+  Letter letter{shared_from_this(), &open_answered};
+  if (queue_.is_held()) WorkerPool::put_off({letter.owner, &release_answer});
   if (queue_.is_sending() || sink_.must_close()) return mailbox.send(std::move(letter));
   record_.stop();
   shared_.table.set_state(this, ConnectionState::waiting);
@@ -181,7 +183,19 @@ inline void Connection::hand_back(Mailbox& mailbox) {
 
 inline void Connection::open_answered(void* connection) noexcept {
   auto* const self = static_cast<Connection*>(connection);
-  self->guarded([self] { self->on_answered(); });
+  self->guarded([self] {
+    self->queue_.release();  // before the worker does: from now on it leaves the socket alone
+    self->on_answered();
+  });
+}
+
+inline void Connection::release_answer(void* connection) noexcept {
+  auto* const self = static_cast<Connection*>(connection);
+  try {
+    self->queue_.release();
+  } catch (const std::bad_alloc&) {
+    self->queue_.fail();  // the loop finds that out when it looks for what the worker has left
+  }
 }
 
 }  // namespace zelto

@@ -10,6 +10,7 @@ namespace {
 
 // From here on it matters to those behind that a page holds its worker.
 constexpr std::chrono::milliseconds kLong(20);
+constexpr std::chrono::milliseconds kQuick(1);
 // One that has not ended by then is long, whatever those before took.
 constexpr std::chrono::milliseconds kOverdue(200);
 // Weighs the last one against all before, and no single one counts for more than this: on a busy machine any page may
@@ -66,6 +67,11 @@ bool HoldTimes::is_long(const std::string& kind, Clock::time_point now) const {
   if (kind.empty()) return false;
   const auto known = known_.find(kind);
   return known == known_.end() || known->second.average >= kLong || runs(kind, now - kOverdue);
+}
+
+bool HoldTimes::is_quick(const std::string& kind) const {
+  const auto known = known_.find(kind);
+  return known != known_.end() && known->second.average < kQuick && !known->second.has_held;
 }
 
 bool HoldTimes::may_hold(const std::string& kind, Clock::time_point now) const {

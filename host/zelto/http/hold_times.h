@@ -22,6 +22,8 @@ class HoldTimes {
 
   // What mostly held a worker for long, or does so now; also what has never ended yet.
   bool is_long(const std::string& kind, Clock::time_point now) const;
+  // What mostly takes so little time that somebody may wait for its end.
+  bool is_quick(const std::string& kind) const;
   // Whether one more may hold its worker for as long as its client likes, or nearly: one of its kind does so now or did
   // so last, or is the first that runs at all.
   bool may_hold(const std::string& kind, Clock::time_point now) const;

@@ -64,7 +64,7 @@ void Mailbox::open_all() {
 }
 
 void Mailbox::look_soon() {
-  constexpr std::chrono::milliseconds kSoon(10);
+  constexpr std::chrono::milliseconds kSoon(2);
   if (looks_soon_) return;
   timer_.expires_after(kSoon);
   timer_.async_wait([this](const boost::system::error_code& error) {

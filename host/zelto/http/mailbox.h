@@ -7,10 +7,11 @@
 #include <boost/asio/posix/basic_stream_descriptor.hpp>
 #include <chrono>
 #include <cstdint>
-#include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
+
+#include "http/letter.h"
 
 namespace zelto {
 
@@ -19,17 +20,11 @@ namespace zelto {
 // all letters that come until it looks.
 class Mailbox {
  public:
-  // Opened on the loop, which keeps `owner` until then. It must not throw.
-  struct Letter {
-    std::shared_ptr<void> owner;
-    void (*open)(void* owner) noexcept;
-  };
-
   explicit Mailbox(boost::asio::io_context& io);
   Mailbox(const Mailbox&) = delete;
   Mailbox& operator=(const Mailbox&) = delete;
 
-  // From any thread. Those of one thread are opened in their order. Throws std::bad_alloc.
+  // From any thread, to be opened on the loop. Those of one thread are opened in their order. Throws std::bad_alloc.
   void send(Letter letter) { put(std::move(letter), nullptr); }
   // The same of a letter that need not wake the loop, if that looks soon, unless `is_urgent` has been set.
   void leave(Letter letter, const std::atomic<bool>& is_urgent) { put(std::move(letter), &is_urgent); }
@@ -39,7 +34,7 @@ class Mailbox {
 
   // On the loop.
   void open_all();
-  // In a hundredth of a second at the latest.
+  // In 2 ms at the latest.
   void look_soon();
 
  private:

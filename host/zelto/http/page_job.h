@@ -1,6 +1,7 @@
 // The part of an exchange that a worker does: it gets the request, and writes its answer.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -50,7 +51,7 @@ class PageJob final : public Job {
   const std::function<void()> on_done_;
   std::string turn_;
   int socket_ = -1;
-  bool is_out_ = false;
+  std::atomic<bool> is_out_ = false;
 };
 
 }  // namespace zelto

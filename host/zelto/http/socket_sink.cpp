@@ -104,7 +104,9 @@ void SocketSink::finish() {
   finished_ = true;
   if (has_body_ && chunked_) gathered_ += "0\r\n\r\n";
   if (has_body_ && !chunked_ && remaining_ != 0 && remaining_ != kUnknownLength) return queue_.fail();
-  send({});
+  if (!terms_.keep_alive) return send({});
+  queue_.write_last(std::move(gathered_));
+  gathered_.clear();
 }
 
 void SocketSink::break_off() {

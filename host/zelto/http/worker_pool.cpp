@@ -12,9 +12,10 @@ constexpr unsigned kLeftPart = 4;
 
 }  // namespace
 
-// What the job of a thread has taken besides its own turn.
+// What the job of a thread has taken besides its own turn, and what it and those before have put off.
 struct WorkerPool::Running {
   WorkerPool& pool;
+  PutOff& put_off;
   std::vector<std::string> turns;
   static thread_local Running* of_this_thread;
 };
@@ -65,6 +66,7 @@ bool WorkerPool::has_room(bool is_long) const {
 void WorkerPool::queue(Tasks& from, bool is_long, Clock::time_point now) {
   Task& task = from.front();
   task.is_long = is_long;
+  task.is_quick = times_.is_quick(task.kind);
   task.number = queued_++;
   if (!task.is_long) last_short_ = now;
   Tasks& to = task.is_long ? long_ : short_;
@@ -103,6 +105,18 @@ void WorkerPool::take_turn(const std::string& turn) noexcept {
   } catch (const std::bad_alloc&) {
     return;
   }
+}
+
+bool WorkerPool::is_followed() noexcept {
+  const Running* const running = Running::of_this_thread;
+  if (!running || !running->put_off.takes_more(Clock::now())) return false;
+  WorkerPool& pool = running->pool;
+  const std::lock_guard lock(pool.lock_);
+  return !pool.short_.empty() && pool.short_.front().is_quick;
+}
+
+void WorkerPool::put_off(Letter letter) noexcept {
+  Running::of_this_thread->put_off.add(std::move(letter), Clock::now());
 }
 
 bool WorkerPool::withdraw(const Job& job, const std::string& turn) {
@@ -168,8 +182,9 @@ void WorkerPool::run(unsigned number) {
   constexpr auto kNever = Clock::time_point::max();
   auto rests_from = Clock::time_point::min();
   auto until = kNever;
+  PutOff put_off;
   while (worker) {
-    const std::optional<Task> task = next(number, until);
+    const std::optional<Task> task = next(number, until, &put_off);
     if (!task) {
       worker->rest();
       rests_from = Clock::now() + options_.rest_every;
@@ -177,7 +192,7 @@ void WorkerPool::run(unsigned number) {
       continue;
     }
     if (!task->job) break;
-    Running running{*this, {}};
+    Running running{*this, put_off, {}};
     Running::of_this_thread = &running;
     try {
       task->job->run(*worker);
@@ -192,7 +207,7 @@ void WorkerPool::run(unsigned number) {
 }
 
 // Once the worker has ended the one before.
-std::optional<WorkerPool::Task> WorkerPool::next(unsigned worker, Clock::time_point until) {
+std::optional<WorkerPool::Task> WorkerPool::next(unsigned worker, Clock::time_point until, PutOff* put_off) {
   std::unique_lock lock(lock_);
   times_.end(worker, Clock::now());
   for (;;) {
@@ -201,7 +216,15 @@ std::optional<WorkerPool::Task> WorkerPool::next(unsigned worker, Clock::time_po
       times_.begin(worker, task.kind, task.is_long, now);
       // A worker that found only long ones when it could not have them may have them now.
       if (!long_.empty()) changed_.notify_one();
+      lock.unlock();
+      if (!task.is_quick || !put_off->takes_more(now)) put_off->do_all();
       return task;
+    }
+    if (!put_off->is_empty()) {
+      lock.unlock();
+      put_off->do_all();
+      lock.lock();
+      continue;
     }
     if (stopping_) return Task();
     if (now >= until) return std::nullopt;

@@ -16,6 +16,8 @@
 
 #include "base/thread.h"
 #include "http/hold_times.h"
+#include "http/letter.h"
+#include "http/put_off.h"
 #include "http/worker.h"
 
 namespace zelto {
@@ -63,6 +65,11 @@ class WorkerPool {
   // By the job that the calling thread runs: until it ends, others of that turn wait for it as well. A turn that has
   // jobs already stays as it is. Outside of a job, or where memory has run out, nothing happens.
   static void take_turn(const std::string& turn) noexcept;
+  // By a job: whether another one that takes little time follows it at once, so that put_off() may be called.
+  static bool is_followed() noexcept;
+  // By such a job: opened by its thread, with those of other jobs, before that waits or begins a job that may take
+  // time, and mostly within a millisecond.
+  static void put_off(Letter letter) noexcept;
   // Drops the jobs that no worker has begun, waits for the others, and joins the threads.
   void stop();
 
@@ -74,13 +81,14 @@ class WorkerPool {
     std::string turn;
     std::string kind;
     bool is_long = false;
+    bool is_quick = false;
     std::uint64_t number = 0;  // in the order in which tasks were queued
   };
   using Tasks = std::list<Task>;  // which pass from one to another without taking memory
 
   void run(unsigned number);
   // One without a job: there are none any more. Nothing: none has come until then.
-  std::optional<Task> next(unsigned worker, Clock::time_point until);
+  std::optional<Task> next(unsigned worker, Clock::time_point until, PutOff* put_off);
   void end_turn(const std::string& turn);
   bool has_room(bool is_long) const;
   void queue(Tasks& from, bool is_long, Clock::time_point now);

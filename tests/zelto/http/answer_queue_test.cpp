@@ -73,6 +73,59 @@ TEST_F(AnswerQueueTest, SendsAtOnceWhatIsTaken) {
   EXPECT_EQ(0, called);
 }
 
+TEST_F(AnswerQueueTest, HoldsAnEndUntilItIsReleased) {
+  bool may_hold = true;
+  AnswerQueue queue(spool, 100'000, [this] { ++called; }, [&] { return may_hold; });
+  queue.begin(ends[0], kPatience);
+  queue.write("part ");
+  EXPECT_EQ("part ", read_some());
+  queue.write_last("end");
+  EXPECT_TRUE(queue.is_held());
+  EXPECT_EQ("", read_some());
+  queue.release();
+  EXPECT_FALSE(queue.is_held());
+  EXPECT_EQ("end", read_some());
+  queue.release();
+  EXPECT_EQ("", read_some()) << "it is sent once";
+  may_hold = false;
+  queue.begin(ends[0], kPatience);
+  queue.write_last("another end");
+  EXPECT_FALSE(queue.is_held());
+  EXPECT_EQ("another end", read_some());
+  EXPECT_EQ(0, called);
+}
+
+TEST_F(AnswerQueueTest, HoldsNothingBehindWhatWaits) {
+  AnswerQueue queue(spool, 100'000, [this] { ++called; }, [] { return true; });
+  queue.begin(ends[0], kPatience);
+  const std::string much = pattern(20'000);
+  queue.write(much);
+  queue.write_last("end");
+  EXPECT_FALSE(queue.is_held());
+  EXPECT_EQ(much + "end", read_all(queue, much.size() + 3));
+}
+
+TEST_F(AnswerQueueTest, KeepsWhatOfAReleasedEndIsNotTaken) {
+  AnswerQueue queue(spool, 100'000, [this] { ++called; }, [] { return true; });
+  queue.begin(ends[0], kPatience);
+  const std::string much = pattern(60'000);
+  queue.write_last(much);
+  EXPECT_EQ(0, called);
+  queue.release();
+  EXPECT_EQ(1, called);
+  EXPECT_TRUE(queue.is_sending());
+  EXPECT_EQ(much, read_all(queue, much.size()));
+}
+
+TEST_F(AnswerQueueTest, SendsNothingOfAHeldEndThatFails) {
+  AnswerQueue queue(spool, 100'000, [this] { ++called; }, [] { return true; });
+  queue.begin(ends[0], kPatience);
+  queue.write_last("end");
+  queue.fail();
+  queue.release();
+  EXPECT_EQ("", read_some());
+}
+
 TEST_F(AnswerQueueTest, KeepsTheRestInMemoryAndBeyondThatInAFile) {
   AnswerQueue queue(spool, 100'000, [this] { ++called; });
   queue.begin(ends[0], kPatience);

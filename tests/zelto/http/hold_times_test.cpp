@@ -57,6 +57,19 @@ TEST_F(HoldTimesTest, TellsWhatHasBecomeLong) {
   EXPECT_FALSE(is_long("page"));
 }
 
+TEST_F(HoldTimesTest, TellsWhatIsOverAtOnce) {
+  const auto is_quick = [this] { return times.is_quick("page"); };
+  EXPECT_FALSE(is_quick()) << "nobody knows";
+  for (int i = 0; i < 40; ++i) run("page", milliseconds(0));
+  EXPECT_TRUE(is_quick());
+  run("page", milliseconds(500));
+  EXPECT_FALSE(is_quick()) << "it may do so again";
+  for (int i = 0; i < 40; ++i) run("page", milliseconds(0));
+  EXPECT_TRUE(is_quick());
+  for (int i = 0; i < 40; ++i) run("page", milliseconds(2));
+  EXPECT_FALSE(is_quick());
+}
+
 TEST_F(HoldTimesTest, TakesWhatDoesNotEndForLong) {
   run("page", milliseconds(1));
   times.begin(1, "page", false, now);

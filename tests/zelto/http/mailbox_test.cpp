@@ -16,13 +16,12 @@
 namespace {
 
 using zelto::IoLoop;
-using zelto::Mailbox;
 
 struct Note {
   std::function<void()> read;
 };
 
-Mailbox::Letter letter(std::function<void()> read) {
+zelto::Letter letter(std::function<void()> read) {
   return {std::make_shared<Note>(Note{std::move(read)}), [](void* note) noexcept { static_cast<Note*>(note)->read(); }};
 }
 

@@ -150,6 +150,49 @@ TEST(ServerLoad, BeatsOnlyWhileEveryLoopRuns) {
   wait_for_more_than(before + 1);
 }
 
+// Its worker goes on at once with a page that is mostly over soon, and now is not.
+TEST(ServerLoad, SendAnAnswerWhateverItsWorkerDoesNext) {
+  zelto::ServerOptions options;
+  options.workers = options.io_threads = 1;
+  TestServer test(options);
+  const std::string known = "GET /kind?known HTTP/1.1\r\n" + kHost + "\r\n";
+  for (int i = 0; i < 40; ++i) EXPECT_EQ(200, ask(test.port(), known).status);
+  Client holder(test.port());
+  Client first(test.port());
+  Client second(test.port());
+  Client router(test.port());
+  holder.send("GET /gate HTTP/1.1\r\n" + kHost + "\r\n");
+  test.gate.wait_for(1);
+  first.send(known);
+  second.send("GET /kind?known&wait HTTP/1.1\r\n" + kHost + "\r\n");
+  router.send("GET /routed HTTP/1.1\r\n" + kHost + "\r\n");
+  EXPECT_EQ(200, router.receive().value().status) << "by now the loop has read the others' requests";
+  test.gate.open();
+  EXPECT_EQ(200, holder.receive().value().status);
+  test.other_gate.wait_for(1);
+  EXPECT_EQ("GET /kind?known|", first.receive().value().body);
+  test.other_gate.open();
+  EXPECT_EQ(200, second.receive().value().status);
+}
+
+TEST(ServerLoad, AnswerManyAtOnceEachWithItsOwn) {
+  zelto::ServerOptions options;
+  options.workers = options.io_threads = 1;
+  TestServer test(options);
+  constexpr std::size_t kClients = 30;
+  std::vector<std::unique_ptr<Client>> clients;
+  for (std::size_t i = 0; i < kClients; ++i) clients.push_back(std::make_unique<Client>(test.port()));
+  for (int round = 0; round < 30; ++round) {
+    for (std::size_t i = 0; i < kClients; ++i) {
+      clients[i]->send("GET /kind?known&" + std::to_string(round * 100 + i) + " HTTP/1.1\r\n" + kHost + "\r\n");
+    }
+    for (std::size_t i = 0; i < kClients; ++i) {
+      ASSERT_EQ("GET /kind?known&" + std::to_string(round * 100 + i) + "|", clients[i]->receive().value().body);
+    }
+  }
+  EXPECT_EQ(900u, test.wait_for_records(900).size());
+}
+
 // More than the connection may keep of an answer, where nothing may wait for room.
 TEST(ServerLoad, KeepWhatTheRouterAnswersWhenThereIsNoRoom) {
   zelto::ServerOptions options;

@@ -19,6 +19,7 @@ class PathWorker final : public zelto::Worker {
     if (received.path == "/throw") throw std::runtime_error("thrown");
     if (received.path == "/silent") return;
     if (received.path == "/gate" || received.path == "/turn") test_.gate.wait_here();
+    if (received.path == "/kind" && received.query.ends_with("&wait")) test_.other_gate.wait_here();
     if (received.path == "/gone") return answer_gone(sink);
     if (received.path == "/length") return answer_bytes(received, sink, true);
     if (received.path == "/stream") return answer_bytes(received, sink, false);
@@ -91,6 +92,7 @@ class PathRouter final : public zelto::Router {
   Route route(HttpRequest& request, ResponseSink& sink) override {
     if (request.path == "/unroutable") throw std::runtime_error("not to be routed");
     if (request.path == "/turn") return {.turn = request.query};
+    if (request.path == "/kind") request.file = request.query.substr(0, request.query.find('&'));
     if (request.path == "/stuck") gate_.wait_here();
     if (request.path != "/routed") return {};
     std::string body = "routed";
@@ -148,6 +150,7 @@ TestServer::TestServer(zelto::ServerOptions options) : router_(std::make_unique<
 
 TestServer::~TestServer() {
   gate.open();
+  other_gate.open();
   server.reset();
 }
 

@@ -132,6 +132,99 @@ TEST_F(WorkerPoolTest, DropsWhatWaitsWhenItStops) {
   EXPECT_EQ(0, std::ranges::count(order, "waiting"));
 }
 
+class PutOffTest : public WorkerPoolTest {
+ protected:
+  void SetUp() override { one.start(); }
+
+  // A job that puts a note off where that may be.
+  std::shared_ptr<zelto::Job> putting_off(const std::string& what) {
+    return job([this, what] {
+      note(what);
+      if (!WorkerPool::is_followed()) return note(what + " alone");
+      auto noting = std::make_shared<std::function<void()>>([this, what] { note("later: " + what); });
+      WorkerPool::put_off({noting, [](void* body) noexcept { (*static_cast<std::function<void()>*>(body))(); }});
+    });
+  }
+  void note(const std::string& what) {
+    {
+      const std::lock_guard lock(lock_);
+      order.push_back(what);
+    }
+    ++notes;
+    notes.notify_all();
+  }
+  // Of the order when there are so many.
+  std::vector<std::string> first(int count) {
+    for (int now = notes; now < count; now = notes) notes.wait(now);
+    const std::lock_guard lock(lock_);
+    return order;
+  }
+  // So that the worker finds all that are submitted meanwhile.
+  void hold() {
+    EXPECT_EQ(Submitted::queued, one.submit(holding()));
+    gate.wait_for(1);
+  }
+  // Until it has taken next to no time.
+  void make_known(const std::string& kind) {
+    for (int i = 0; i < 60; ++i) {
+      std::atomic<bool> over = false;
+      EXPECT_EQ(Submitted::queued, one.submit(job([&] {
+                  over = true;
+                  over.notify_all();
+                }),
+                {}, kind));
+      over.wait(false);
+    }
+  }
+
+  std::atomic<int> notes = 0;
+  WorkerPool one{[] { return std::make_unique<IdleWorker>(); }, {.threads = 1, .queue = 20}};
+};
+
+TEST_F(PutOffTest, IsDoneBeforeAWorkerWaits) {
+  make_known("quick");
+  hold();
+  for (const std::string what : {"a", "b"}) EXPECT_EQ(Submitted::queued, one.submit(putting_off(what), {}, "quick"));
+  gate.open();
+  EXPECT_EQ((std::vector<std::string>{"a", "b", "b alone", "later: a"}), first(4));
+}
+
+TEST_F(PutOffTest, IsDoneBeforeWhatMayTakeTime) {
+  make_known("quick");
+  hold();
+  for (const std::string what : {"a", "b"}) EXPECT_EQ(Submitted::queued, one.submit(putting_off(what), {}, "quick"));
+  EXPECT_EQ(Submitted::queued, one.submit(putting_off("unknown"), {}, "new"));
+  gate.open();
+  EXPECT_EQ((std::vector<std::string>{"a", "b", "b alone", "later: a", "unknown", "unknown alone"}), first(6));
+}
+
+TEST_F(PutOffTest, IsDoneForAFewJobsAtATime) {
+  make_known("quick");
+  hold();
+  for (int i = 0; i < 20; ++i) EXPECT_EQ(Submitted::queued, one.submit(putting_off("a"), {}, "quick"));
+  gate.open();
+  std::size_t waiting = 0;
+  for (const std::string& what : first(40)) {
+    if (what == "a") ++waiting;
+    if (what == "later: a" || what == "a alone") --waiting;
+    EXPECT_LE(waiting, 9u);
+  }
+  EXPECT_EQ(0u, waiting);
+}
+
+TEST(PutOff, TakesMoreOnlyForAShortTime) {
+  zelto::PutOff put_off;
+  const zelto::PutOff::Clock::time_point now{std::chrono::hours(1)};
+  EXPECT_TRUE(put_off.takes_more(now));
+  const auto nothing = std::make_shared<int>(0);
+  put_off.add({nothing, [](void*) noexcept {}}, now);
+  EXPECT_TRUE(put_off.takes_more(now + std::chrono::microseconds(400)));
+  EXPECT_FALSE(put_off.takes_more(now + std::chrono::milliseconds(1)));
+  put_off.do_all();
+  EXPECT_TRUE(put_off.takes_more(now + std::chrono::milliseconds(1)));
+  EXPECT_EQ(1, nothing.use_count());
+}
+
 TEST_F(WorkerPoolTest, HasAWorkerRestOnceItHasNothingMoreToDo) {
   using std::chrono::milliseconds;
   std::atomic<int> rests = 0;
