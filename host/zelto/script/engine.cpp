@@ -39,6 +39,11 @@ void guard_engine_signal() {
   ::sigaction(kEngineSignal, &guarded, nullptr);
 }
 
+// What the engine takes the machine's memory for, unless JSC_forceRAMSize says otherwise. From 16 GiB on it lets what
+// nobody holds any more grow to many times what is held, which pages that keep next to nothing do not gain by: each
+// worker would take some 8 MiB more.
+constexpr gsize kMachineMemory = gsize{4} << 30;
+
 // The time limit ends a script where it looks for it itself, not by a signal to its thread: a signal would
 // also interrupt what an object is waiting for.
 JSContextGroupRef create_group() {
@@ -46,6 +51,10 @@ JSContextGroupRef create_group() {
   std::call_once(once, [] {
     JSConfigureSignalForGC(kEngineSignal);
     jsc_options_set_boolean("usePollingTraps", TRUE);
+    gsize memory = 0;
+    if (jsc_options_get_size("forceRAMSize", &memory) && memory == 0) {
+      jsc_options_set_size("forceRAMSize", kMachineMemory);
+    }
     // Nothing ends a loop in such code. Versions of the engine differ in the option's name.
     for (const char* name : {"useWasm", "useWebAssembly"}) jsc_options_set_boolean(name, FALSE);
   });
