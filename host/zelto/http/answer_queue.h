@@ -92,7 +92,7 @@ class AnswerQueue {
   int socket_ = -1;
   bool failed_ = false;
   bool sending_ = false;
-  bool held_ = false;  // in memory_, which holds nothing else
+  bool held_ = false;        // in memory_, which holds nothing else
   std::uint64_t taken_ = 0;  // by the socket, of all answers: what it still holds may be another one's
   std::chrono::steady_clock::duration patience_{};  // that is left
   bool may_wait_ = false;

@@ -34,7 +34,8 @@ Connection::Connection(Socket socket, Mailbox& mailbox, Terms terms, ConnectionS
       reader_(limits(), shared.spool),
       read_rate_(limits().body_timeout, limits().body_rate),
       // While a worker writes, sending is left to the loop; what the loop itself has written, on_written() sends.
-      queue_(shared.spool, limits().send_memory, [this] { send_for_worker(); }, &WorkerPool::is_followed),
+      queue_(
+          shared.spool, limits().send_memory, [this] { send_for_worker(); }, &WorkerPool::is_followed),
       sink_(queue_),
       sender_(socket_, queue_, deadline_, limits(), [this] { on_sent(); }),
       watch_(socket_, mailbox, [this] { guarded([this] { read_next(); }); }),

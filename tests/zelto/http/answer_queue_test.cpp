@@ -75,7 +75,8 @@ TEST_F(AnswerQueueTest, SendsAtOnceWhatIsTaken) {
 
 TEST_F(AnswerQueueTest, HoldsAnEndUntilItIsReleased) {
   bool may_hold = true;
-  AnswerQueue queue(spool, 100'000, [this] { ++called; }, [&] { return may_hold; });
+  AnswerQueue queue(
+      spool, 100'000, [this] { ++called; }, [&] { return may_hold; });
   queue.begin(ends[0], kPatience);
   queue.write("part ");
   EXPECT_EQ("part ", read_some());
@@ -96,7 +97,8 @@ TEST_F(AnswerQueueTest, HoldsAnEndUntilItIsReleased) {
 }
 
 TEST_F(AnswerQueueTest, HoldsNothingBehindWhatWaits) {
-  AnswerQueue queue(spool, 100'000, [this] { ++called; }, [] { return true; });
+  AnswerQueue queue(
+      spool, 100'000, [this] { ++called; }, [] { return true; });
   queue.begin(ends[0], kPatience);
   const std::string much = pattern(20'000);
   queue.write(much);
@@ -106,7 +108,8 @@ TEST_F(AnswerQueueTest, HoldsNothingBehindWhatWaits) {
 }
 
 TEST_F(AnswerQueueTest, KeepsWhatOfAReleasedEndIsNotTaken) {
-  AnswerQueue queue(spool, 100'000, [this] { ++called; }, [] { return true; });
+  AnswerQueue queue(
+      spool, 100'000, [this] { ++called; }, [] { return true; });
   queue.begin(ends[0], kPatience);
   const std::string much = pattern(60'000);
   queue.write_last(much);
@@ -118,7 +121,8 @@ TEST_F(AnswerQueueTest, KeepsWhatOfAReleasedEndIsNotTaken) {
 }
 
 TEST_F(AnswerQueueTest, SendsNothingOfAHeldEndThatFails) {
-  AnswerQueue queue(spool, 100'000, [this] { ++called; }, [] { return true; });
+  AnswerQueue queue(
+      spool, 100'000, [this] { ++called; }, [] { return true; });
   queue.begin(ends[0], kPatience);
   queue.write_last("end");
   queue.fail();

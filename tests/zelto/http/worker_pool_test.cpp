@@ -169,10 +169,10 @@ class PutOffTest : public WorkerPoolTest {
     for (int i = 0; i < 60; ++i) {
       std::atomic<bool> over = false;
       EXPECT_EQ(Submitted::queued, one.submit(job([&] {
-                  over = true;
-                  over.notify_all();
-                }),
-                {}, kind));
+                                                over = true;
+                                                over.notify_all();
+                                              }),
+                                              {}, kind));
       over.wait(false);
     }
   }

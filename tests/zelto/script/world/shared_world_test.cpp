@@ -95,6 +95,32 @@ TEST_F(SharedWorld, ShowsThePagesNamesWhereTheScriptGetsHoldOfIt) {
   always("undefined", L"var n = 7, x = { m: function () { x.Self = this } }; x.m(); Response.Write(typeof x.Self.n)");
 }
 
+// Components ask for names that the page's text does not have, and those may still be there.
+TEST_F(SharedWorld, AnswersForNamesThatThePageMakes) {
+  const ProgramPtr a = a_page(
+      L"var names = ['ma', 'de'], gap = ''; o.Hold(this); o.Keep(this); o.Act(); var g = o.Give(); g[names.join(gap)] "
+      L"= 7;"
+      L"o.Act(); Response.Write(typeof g)");
+  const ProgramPtr b = b_page(L"var turn = 1; o.Hold(this); o.Act(); late = 8; o.Act()");
+  std::vector<VARTYPE> answers;
+  probe->action = [&] {
+    for (const wchar_t* name : {L"made", L"late", L"none"}) {
+      CComVariant answer;
+      const bool is_found = SUCCEEDED(probe->CallMember(probe->held.get(), CComBSTR(name), &answer));
+      answers.push_back(is_found ? answer.vt : static_cast<VARTYPE>(VT_EMPTY));
+    }
+    return S_OK;
+  };
+  for (int i = 0; i < 4; ++i) {
+    answers.clear();
+    EXPECT_EQ("object", ask(a));
+    EXPECT_EQ((std::vector<VARTYPE>{VT_EMPTY, VT_EMPTY, VT_EMPTY, VT_I4, VT_EMPTY, VT_EMPTY}), answers);
+    answers.clear();
+    ask(b);
+    EXPECT_EQ((std::vector<VARTYPE>{VT_EMPTY, VT_EMPTY, VT_EMPTY, VT_EMPTY, VT_I4, VT_EMPTY}), answers);
+  }
+}
+
 // A page that another one executes gets hold of that one's world by an object of it.
 TEST_F(SharedWorld, ShowsNothingThatAnInnerPageHasHidden) {
   const ProgramPtr inner = b_page(
