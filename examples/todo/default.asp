@@ -3,15 +3,15 @@
 <!--#include file="database.inc"-->
 <!--#include file="pictures.inc"-->
 <%
-// A list of things to do. Who knows the password may see and change it.
+// A list that visitors add to. The button that was pressed names the command, so that OnCommand_Add or OnCommand_Delete
+// runs; then the template templates/page.html is drawn.
 var page = Server.CreateObject("Mirt");
 page.AddScript(this);
-page.Name = "todo";
+page.Name = "list";
 page.Backable = false;  // a form counts once, whatever the back button brings back
 page.TemplateFolder = Server.MapPath("templates");
 page.TemplateExt = ".html";
 page.DefaultTemplate = "page";
-page.NullIsEmpty = true;
 try {
   page.Process();
 } catch (error) {
@@ -22,8 +22,6 @@ try {
   Response.Write("There is no such page.");
 }
 
-function isKnown() { return Session("is_known") === true; }
-
 // A field of the form, as text; of several values the first.
 function field(name) {
   var values = page.Request(name);
@@ -31,13 +29,12 @@ function field(name) {
 }
 function itemId() { return /^\d{1,9}$/.test(field("id")) ? Number(field("id")) : 0; }
 
+function isKnown() { return Session("is_known") === true; }
+
 // --- commands
 
 // Who is not known may only log in.
 function On_StartCommand(page) { return isKnown() || page.Command == "Login" || page.Command == ""; }
-
-// None that this page knows.
-function OnCommand_() {}
 
 function OnCommand_Login(page) {
   if (field("password") !== settings.password) return page.AddMessage("That is not the password.", "problem");
@@ -51,16 +48,14 @@ function OnCommand_Add(page) {
   var words = field("words");
   if (words == "") return page.AddMessage(1, "problem");
   if (words.length > 200) return page.AddMessage(2, "problem");
-  // A field without a file arrives as an empty text.
-  var upload = page.Request("picture")(1), picture = null;
-  if (typeof upload !== "string") {
-    picture = pictures.keep(page, upload);
+  // A field without a file arrives as an empty text, or not at all.
+  var uploads = page.Request("picture"), picture = null;
+  if (uploads && uploads.Count > 0 && typeof uploads(1) !== "string") {
+    picture = pictures.keep(page, uploads(1));
     if (!picture) return page.AddMessage(3, "problem");
   }
   database.run("INSERT INTO items (words, picture) VALUES (?, ?)", [words, picture]);
 }
-
-function OnCommand_Done() { database.run("UPDATE items SET done = 1 - done WHERE id = ?", [itemId()]); }
 
 function OnCommand_Delete() {
   var item = database.rows("SELECT picture FROM items WHERE id = ?", [itemId()])[0];
@@ -69,11 +64,17 @@ function OnCommand_Delete() {
   pictures.remove(item.picture);
 }
 
+function OnCommand_Done() { database.run("UPDATE items SET done = 1 - done WHERE id = ?", [itemId()]); }
+
 // --- drawing
 
 // What the layout, templates/page.html, shows where it says (#@content#).
 function On_StartDraw(page) { page.Include("content") = isKnown() ? "list" : "login"; }
 
+function OnDraw_IfKnown(page, texts) { if (isKnown()) page.ProcessTemplate(texts[0]); }
+function OnDraw_IfPicture(page, texts) { if (page.View("has_picture")) page.ProcessTemplate(texts[0]); }
+
+// (#%Items|…#|#…#) in the template: a row for each item, or what stands there when there is none.
 function OnDraw_Items(page, texts) {
   var items = database.rows("SELECT id, words, done, picture FROM items ORDER BY done, id DESC");
   if (items.length == 0) page.ProcessTemplate(texts[1]);
@@ -85,7 +86,4 @@ function OnDraw_Items(page, texts) {
     page.ProcessTemplate(texts[0]);
   });
 }
-
-function OnDraw_IfPicture(page, texts) { if (page.View("has_picture")) page.ProcessTemplate(texts[0]); }
-function OnDraw_IfKnown(page, texts) { if (isKnown()) page.ProcessTemplate(texts[0]); }
 %>

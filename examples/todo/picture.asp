@@ -23,4 +23,5 @@ if (!answer()) {
   Response.Status = "404 Not Found";
   Response.Write("There is no such picture.");
 }
+Response.End();  // a line end behind this would belong to the picture
 %>

@@ -13,13 +13,18 @@ const run = promisify(execFile);
 test('a new site is served, and passes its own test', async () => {
   const folder = await mkdtemp(join(tmpdir(), 'new-'));
   try {
-    const made = join(folder, 'a site');
-    assert.match((await run(process.env.ZELTO, ['init', made])).stdout, /^A new site is in .*\n\n.*zelto serve/s);
+    const made = join(folder, "a site, Ann's");
+    const { stdout } = await run(process.env.ZELTO, ['init', made]);
+    // What it says to type next, a shell reads as it was meant.
+    const [, serving, testing] = stdout.match(/^ {2}zelto serve (.*) --debug {2,}# .*\n {2}sh (.*?) {2,}# /m);
+    assert.equal((await run('sh', ['-c', `printf '%s|' ${serving} ${testing}`])).stdout, `${made}|${made}/test.sh|`);
     const site = await serve(made);
     try {
       const words = (await run('sh', [join(made, 'test.sh'), site.address.replace(/\/$/, '')])).stdout;
-      assert.equal(words.match(/^ok /gm).length, 6, words);
-      await writeFile(join(site.folder, 'templates', 'page.html'), '(#!#)');
+      assert.equal(words.match(/^ok /gm).length, 5, words);
+      for (const own of ['test.sh', 'README.md', 'app_data/list.db'])
+        assert.equal((await fetch(new URL(own, site.address))).status, 404, own);
+      await writeFile(join(site.folder, 'templates', 'page.html'), '<h2>(#!#)');
       await assert.rejects(run('sh', [join(made, 'test.sh'), site.address.replace(/\/$/, '')]), ({ stdout }) => /^FAIL/m.test(stdout));
     } finally {
       assert.equal(await site.stop(), 0, site.log.join('\n'));

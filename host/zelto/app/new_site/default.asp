@@ -1,8 +1,8 @@
 <%@ Language="JavaScript" CodePage="65001" %>
 <!--#include file="database.inc"-->
 <%
-// The page: a list that visitors add to. The button that was pressed names the command, so that OnCommand_Add or
-// OnCommand_Delete runs; then the template templates/page.html is drawn.
+// A list that visitors add to. The button that was pressed names the command, so that OnCommand_Add or OnCommand_Delete
+// runs; then the template templates/page.html is drawn.
 var page = Server.CreateObject("Mirt");
 page.AddScript(this);
 page.Name = "list";
@@ -12,20 +12,24 @@ page.TemplateExt = ".html";
 page.DefaultTemplate = "page";
 page.Process();
 
+// A field of the form, as text; of several values the first.
+function field(name) {
+  var values = page.Request(name);
+  return values && values.Count > 0 ? String(values(1)).trim() : "";
+}
+function itemId() { return /^\d{1,9}$/.test(field("id")) ? Number(field("id")) : 0; }
+
 // --- commands
 
-// None that this page knows.
-function OnCommand_() {}
-
 function OnCommand_Add(page) {
-  var words = String(Request.Form("words")).trim();
-  if (words == "") page.AddMessage(1, "problem");
-  else if (words.length > 200) page.AddMessage(2, "problem");
-  else database.run("INSERT INTO items (words) VALUES (?)", [words]);
+  var words = field("words");
+  if (words == "") return page.AddMessage(1, "problem");
+  if (words.length > 200) return page.AddMessage(2, "problem");
+  database.run("INSERT INTO items (words) VALUES (?)", [words]);
 }
 
-function OnCommand_Delete(page) {
-  database.run("DELETE FROM items WHERE id = ?", [Number(Request.Form("id")) || 0]);
+function OnCommand_Delete() {
+  database.run("DELETE FROM items WHERE id = ?", [itemId()]);
 }
 
 // --- drawing
