@@ -43,7 +43,13 @@ void read_site(const ConfigurationFile& file, SiteOptions& site) {
     if (node->empty() || !std::ranges::all_of(*node, is_plain)) file.fail("session_node", "takes letters and digits");
     site.session_suffix = "." + *node;
   }
-  if (auto names = file.texts("default_documents")) site.files.default_documents = std::move(*names);
+  if (auto names = file.texts("default_documents")) {
+    const auto is_name = [](const std::string& name) {
+      return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+    };
+    if (!std::ranges::all_of(*names, is_name)) file.fail("default_documents", "takes names of files");
+    site.files.default_documents = std::move(*names);
+  }
   if (const auto unknown = file.text("unknown_types")) {
     if (*unknown != "download" && *unknown != "refuse") file.fail("unknown_types", "is \"download\" or \"refuse\"");
     site.files.refuses_unknown_types = *unknown == "refuse";
@@ -95,7 +101,8 @@ void read_spool(const ConfigurationFile& file, const std::string& site, SpoolLim
   if (!folder) return;
   spool.folder = std::filesystem::path(site) / *folder;
   std::error_code error;
-  if (!std::filesystem::is_directory(spool.folder, error)) file.fail("spool_folder", "is not a folder");
+  if (folder->empty() || !std::filesystem::is_directory(spool.folder, error))
+    file.fail("spool_folder", "is not a folder");
 }
 
 // The file's name, relative to the site's folder. A log that lies in there is not served to anyone.

@@ -41,7 +41,7 @@ constexpr std::array<Key, 27> kKeys = {{
     {"session_limit", "50000", "sessions at a time"},
     {"session_queue", "8", "requests that wait for another one of their session"},
     {"session_node", "\"a\"", "ends session identifiers, to tell hosts apart"},
-    {"default_documents", "[\"default.asp\"]", "what a folder shows: the first that exists"},
+    {"default_documents", "[\"default.asp\"]", "what a folder shows: the first that it has; [] for nothing"},
     {"protect", "[\"drafts/\", \"*.cfg\"]", "what is never served, beyond the usual"},
     {"unknown_types", "\"download\"", "files whose type is not known; or \"refuse\""},
     {"trusted_proxies", "[\"127.0.0.1\"]", "whose X-Forwarded-Proto is believed"},
@@ -98,6 +98,20 @@ void check_characters(const std::string& name, std::string_view text) {
   }
 }
 
+// The line of that number, from 1.
+std::string_view line_of(std::string_view text, std::size_t number) {
+  while (--number > 0) text.remove_prefix(std::min(text.find('\n'), text.size() - 1) + 1);
+  return text.substr(0, text.find('\n'));
+}
+
+// What to write in place of a line that the format does not have.
+std::string advice_for(std::string_view problem, std::string_view line) {
+  if (problem.find("cannot redefine") != std::string_view::npos) return "each key stands there once";
+  const std::size_t begin = std::min(line.find_first_not_of(" \t"), line.size());
+  const Key* key = find_key(line.substr(begin, line.find_first_of(" \t=", begin) - begin));
+  return fmt::format("a right line is {} = {}", key ? key->name : kKeys[1].name, key ? key->value : kKeys[1].value);
+}
+
 toml::table parse(const std::string& name) {
   std::error_code error;
   const auto status = std::filesystem::status(name, error);
@@ -115,8 +129,9 @@ toml::table parse(const std::string& name) {
     check_characters(name, text);
     return toml::parse(text, name);
   } catch (const toml::parse_error& problem) {
-    throw WrongUse(
-        plain_line(fmt::format("{}:{}: {}", name, problem.source().begin.line, std::string(problem.description()))));
+    const auto line = problem.source().begin.line;
+    throw WrongUse(plain_line(fmt::format("{}:{}: {}; {}", name, line, std::string(problem.description()),
+                                          advice_for(problem.description(), line_of(text, line)))));
   }
 }
 
@@ -134,6 +149,10 @@ class ConfigurationFile::Impl {
   }
   [[noreturn]] void fail_type(std::string_view key) const { fail_value(key, "has a value of the wrong type"); }
   [[noreturn]] void fail_unknown(std::string_view key) const {
+    const toml::node& value = *table.get(key);
+    if (value.is_table() || value.is_array_of_tables())
+      fail(key,
+           fmt::format("is a table, and this file has none; a right line is {} = {}", kKeys[1].name, kKeys[1].value));
     std::vector<std::string> known;
     known.reserve(kKeys.size());
     for (const Key& one : kKeys) known.emplace_back(one.name);

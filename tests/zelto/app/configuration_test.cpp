@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
+#include <cstdint>
 #include <filesystem>
+#include <limits>
+#include <sstream>
+#include <string>
 
 #include "app/command_line.h"
 #include "app/configuration_file.h"
@@ -11,6 +16,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
 class Configuration : public testing::Test {
  protected:
@@ -81,6 +87,7 @@ TEST_F(Configuration, AddsToWhatIsProtected) {
   for (const char* path : {"/drafts/a", "/a.cfg", "/notes.txt", "/web.config", "/bin/a", "/global.asa"})
     EXPECT_NE("", files.protected_names.find_in(path)) << path;
   EXPECT_EQ(std::vector<std::string>{"a.asp"}, files.default_documents);
+  EXPECT_TRUE(read("default_documents = []").site.files.default_documents.empty());
 }
 
 TEST_F(Configuration, KnowsTheProxiesToTrust) {
@@ -155,7 +162,22 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       ":1: protect takes \"folder/\", \"*.extension\" or \"file\"; a right one is [\"drafts/\", \"*.cfg\"]";
   const std::vector<Row> rows = {
       {"wrokers = 3", ":1: wrokers is not known; did you mean 'workers'? zelto serve --help lists what is"},
-      {"\n[server]\nlisten = 1", ":2: server is not known; zelto serve --help lists what is"},
+      {"\n[server]\nlisten = 1", ":2: server is a table, and this file has none; a right line is workers = 4"},
+      {"[[server]]", ":1: server is a table, and this file has none; a right line is workers = 4"},
+      {"server.workers = 3", ":1: server is a table, and this file has none; a right line is workers = 4"},
+      {"debug = true\n  script_timeout=99999999999999999999",
+       ":2: Error while parsing decimal integer: '99999999999999999999' is not representable in 64 bits; a right line "
+       "is "
+       "script_timeout = 90"},
+      {"debug = True", ":1: Error while parsing boolean: expected 'true', saw 'T'; a right line is debug = false"},
+      {"workers 4", ":1: Error while parsing key-value pair: expected '=', saw '4'; a right line is workers = 4"},
+      {"default_documents = [\"a.asp\", \"\"]",
+       ":1: default_documents takes names of files; a right one is [\"default.asp\"]"},
+      {"default_documents = [\"a/b.asp\"]",
+       ":1: default_documents takes names of files; a right one is [\"default.asp\"]"},
+      {"default_documents = [\"..\"]", ":1: default_documents takes names of files; a right one is [\"default.asp\"]"},
+      {"spool_folder = \"\"", ":1: spool_folder is not a folder; a right one is \"/var/tmp\""},
+      {"spool_folder = \"none\"", ":1: spool_folder is not a folder; a right one is \"/var/tmp\""},
       {"debug = true\nworkers = \"3\"", ":2: workers has a value of the wrong type; a right one is 4"},
       {"workers = 3.0", ":1: workers has a value of the wrong type; a right one is 4"},
       {"debug = 1", ":1: debug has a value of the wrong type; a right one is false"},
@@ -202,11 +224,71 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"log = \"\"", ":1: log takes the name of a file; a right one is \"/var/log/zelto.log\""},
       {"session_node = \"a;b\"", ":1: session_node takes letters and digits; a right one is \"a\""},
       {"workers = 1\nworkers = 2",
-       ":2: Error while parsing key-value pair: cannot redefine existing integer 'workers'"},
-      {"listen = \"\xFF\"", ":1: Encountered invalid utf-8 sequence"},
+       ":2: Error while parsing key-value pair: cannot redefine existing integer 'workers'; each key stands there "
+       "once"},
+      {"listen = \"\xFF\"", ":1: Encountered invalid utf-8 sequence; a right line is listen = \"127.0.0.1:8080\""},
   };
   for (const Row& row : rows) EXPECT_EQ(command.site + "/zelto.toml" + row.problem, problem(row.text)) << row.text;
   EXPECT_EQ(0u, problem("a = \n").find(command.site + "/zelto.toml:1: "));
+}
+
+// A value of each other type than the key's own: with the line, what is wrong and a right value.
+TEST_F(Configuration, RefusesAWrongTypeOfEveryKey) {
+  std::istringstream lines(zelto::ConfigurationFile::help());
+  std::size_t keys = 0;
+  for (std::string line; std::getline(lines, line); ++keys) {
+    const std::size_t equals = line.find(" = ");
+    const std::string key = line.substr(2, equals - 2);
+    const std::string shown = line.substr(equals + 3, line.find('#') - equals - 3);
+    const std::string right = shown.substr(0, shown.find_last_not_of(' ') + 1);
+    ASSERT_FALSE(right.empty()) << line;
+    const char type = "0123456789"s.find(right[0]) != std::string::npos ? '0' : right[0];
+    for (const std::string wrong : {"0", "1.5", "\"a\"", "[1]", "true", "{}", "1979-05-27"}) {
+      const bool is_of_the_type = wrong == "true" ? type == 't' || type == 'f' : wrong[0] == type && wrong.size() == 1;
+      if (is_of_the_type || (wrong == "\"a\"" && type == '"')) continue;
+      EXPECT_EQ(command.site + "/zelto.toml:2: " + key + " has a value of the wrong type; a right one is " + right,
+                problem("# \n" + key + " = " + wrong));
+    }
+  }
+  EXPECT_EQ(27u, keys);
+}
+
+TEST_F(Configuration, TakesEveryNumberWithinItsBoundsAndNoOther) {
+  struct Row {
+    const char* key;
+    std::int64_t least, most;
+  };
+  constexpr std::int64_t kMiB = 1048576;
+  constexpr std::int64_t kTiB = kMiB * kMiB;
+  const Row rows[] = {
+      {"workers", 1, 1024},
+      {"body_limit", 0, kTiB},
+      {"upload_parts", 1, 10'000'000},
+      {"script_timeout", 1, 86'400},
+      {"script_memory", 16 * kMiB, kTiB},
+      {"kept_memory", 16 * kMiB, 1024 * kTiB},
+      {"stop_timeout", 0, 3600},
+      {"hang_timeout", 0, 3600},
+      {"session_timeout", 1, 1440},
+      {"session_limit", 1, 10'000'000},
+      {"session_queue", 0, 1000},
+      {"connections", 1, 1'000'000},
+      {"connections_per_address", 0, 1'000'000},
+      {"buffer_memory", 0, 1024 * kTiB},
+      {"spool_limit", 0, 1024 * kTiB},
+  };
+  std::size_t numbers = 0;
+  std::istringstream help(zelto::ConfigurationFile::help());
+  for (std::string line; std::getline(help, line);) numbers += std::isdigit(line[line.find(" = ") + 3]) != 0;
+  EXPECT_EQ(std::size(rows), numbers);
+  for (const auto& [key, least, most] : rows) {
+    const auto given = [&](std::int64_t value) { return problem(key + (" = " + std::to_string(value))); };
+    for (const std::int64_t right : {least, most}) EXPECT_EQ("none", given(right)) << key;
+    const std::string refused = command.site + "/zelto.toml:1: " + key + " is a number from " + std::to_string(least) +
+                                " to " + std::to_string(most) + "; a right one is ";
+    for (const std::int64_t wrong : {least - 1, most + 1, std::numeric_limits<std::int64_t>::min()})
+      EXPECT_EQ(refused, given(wrong).substr(0, refused.size())) << key;
+  }
 }
 
 TEST_F(Configuration, SaysThatItsFileCannotBeRead) {
@@ -218,7 +300,6 @@ TEST_F(Configuration, SaysThatItsFileCannotBeRead) {
   EXPECT_EQ(file + " cannot be read: Too many levels of symbolic links", problem(""));
 }
 
-// Every key that the help lists is one, and its example is right.
 TEST_F(Configuration, TakesAnyCharacterInQuotesAndRemarks) {
   const auto log = [this](const std::string& text) { return fs::path(read(text).log).filename().string(); };
   EXPECT_EQ("\u00E9", log("\xEF\xBB\xBF# \u00E9 \"\r\nlog = \"\u00E9\" # \u3042"));
@@ -229,6 +310,7 @@ TEST_F(Configuration, TakesAnyCharacterInQuotesAndRemarks) {
   EXPECT_EQ("\u00E9''", log("log = '''\u00E9'''''"));
 }
 
+// Every key that the help lists is one, and its example is right.
 TEST_F(Configuration, TakesWhatItsHelpShows) { EXPECT_EQ("none", problem(zelto::ConfigurationFile::help())); }
 
 }  // namespace
