@@ -60,6 +60,62 @@ test('every key of zelto.toml', async () => {
   await haveEntries(keys);
 });
 
+test('every property of an error in a template', () => haveEntries(['template', 'line', 'column', 'mark', 'templates'].map((name) => `e.${name}`)));
+
+test('every sign that marks are made of', async () => {
+  const { stdout, stderr } = await help('(#', '#)', '#|#', '|', '^', '#');
+  assert.equal(stderr, '');
+  for (const sign of ['(#: opens', '#): closes', '|: begins its first', '#|#: begins each further', '^: in front of', '#: text'])
+    assert.ok(stdout.includes(`docs/templates.md, What a mark is made of:\n  ${sign}`), stdout);
+});
+
+test('an object is told of by its members', async () => {
+  assert.match((await help('console')).stdout, /^docs\/pages\.md, Errors:\n {2}console\.log, info, warn/);
+});
+
+// The lists of docs/README.md for whoever writes pages and runs sites, but for the figures, which benchmarks write.
+const listed = (await source('docs/README.md')).split('To change the programs:')[0];
+const documents = matches(listed, /^- \[(\w+)\.md\]/gm).filter((name) => name !== 'figures');
+
+test('every document, and every word of a title in one', async () => {
+  assert.ok(documents.length > 10, documents.join());
+  await haveEntries(documents);
+  const words = new Set(['sessions', 'uploads', 'caching', 'session', 'upload']);
+  for (const document of documents) {
+    const prose = (await source(`docs/${document}.md`)).replace(/^```[^]*?^```/gm, '');
+    for (const heading of matches(prose, /^#+ (.*)$/gm)) for (const word of heading.match(/[A-Za-z]{4,}/g) ?? []) words.add(word);
+  }
+  await haveEntries([...words]);
+});
+
+test('without a name, the documents are listed', async () => {
+  const { code, stdout } = await help();
+  assert.equal(code, 0);
+  assert.deepEqual(matches(stdout, /^ {2}(\w+) {2,}\S/gm).sort(), documents.sort());
+});
+
+test('a topic is told of by its sections, a section as a whole', async () => {
+  const { stdout: topic } = await help('templates');
+  assert.match(topic, /^docs\/templates\.md, Templates:\n {2}A template is the text of a page/);
+  assert.match(topic, /\n {2}Sections: What a mark is made of, Values, /);
+  const { stdout: section } = await help('uploads');
+  assert.match(section, /^docs\/controller\.md, Uploads:\n/);
+  assert.match(section, /\bFileName2\b/);
+});
+
+for (const command of ['init', 'serve', 'run', 'check', 'help', 'register']) {
+  test(`${command} is told of, with the options that it has`, async () => {
+    const { stdout } = await help(command);
+    assert.match(stdout, new RegExp(`^docs/commands\\.md, ${command}:\n`));
+    const section = stdout.match(/^docs\/commands[^]*?(?=^docs\/|$(?![^]))/m)[0];
+    const usage = await new Promise((resolve) => {
+      execFile(process.env.ZELTO, [command, '--help'], (error, out) => resolve(out));
+    });
+    const options = (text) => matches(text, /^ {2}(--\w[\w-]*)/gm).sort();
+    assert.deepEqual(options(section), options(usage.replace(/--help/g, '')));
+  });
+}
+
 test('an entry says where it stands, in any letter case', async () => {
   for (const name of ['Response.Redirect', 'rESPONSE.redirect']) {
     const { stdout } = await help(name);

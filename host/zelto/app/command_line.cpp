@@ -111,7 +111,8 @@ void add_run(CLI::App& app, RunCommand& command) {
   run->add_option("--times", command.times, "Ask for it so often, as one server; the last answer is printed")
       ->check(CLI::Range(1U, 1'000'000'000U))
       ->type_name("NUMBER");
-  run->add_flag("--debug", command.debug, "Let error pages show what went wrong");
+  run->add_flag("--debug", command.debug,
+                "Let error pages show what went wrong; as zelto.toml is not read, debug_panel adds nothing to others");
 }
 
 void add_check(CLI::App& app, CheckCommand& command) {
@@ -125,9 +126,8 @@ void add_check(CLI::App& app, CheckCommand& command) {
 }
 
 void add_help(CLI::App& app, HelpCommand& command) {
-  CLI::App* help = app.add_subcommand("help", "Say what the documents tell of a member, mark, event or key");
-  help->add_option("NAME", command.names, "As in Response.Write, SetView, '(#*#)', OnCommand_Save, body_limit")
-      ->required()
+  CLI::App* help = app.add_subcommand("help", "Say what the documents tell of a member, mark, event, key or topic");
+  help->add_option("NAME", command.names, "As in Response.Write, '(#*#)', OnCommand_Save, body_limit, uploads")
       ->type_name("");
 }
 
@@ -166,7 +166,7 @@ int run_command_line(int argc, const char* const* argv) {
       "      [--debug] [--no-supervisor]\n"
       "run PAGE [--site FOLDER] [--query TEXT] [--method NAME] [--debug]\n"
       "      [--header 'NAME: VALUE']… [--body FILE] [--include-headers] [--times NUMBER]\n"
-      "init FOLDER; check [SITE] [--json] [--strict]; help NAME\n"
+      "init FOLDER; check [SITE] [--json] [--strict]; help [NAME]\n"
       "zelto SUBCOMMAND --help tells more; that of serve lists the keys of zelto.toml.\n"
       "Exit code: 0 done, 1 failed (of run: also a status from 400), 2 wrong use or\n"
       "zelto.toml, 3 serve has ended and something that its pages made was left over.");

@@ -1,5 +1,7 @@
 #include "app/help_command.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <iostream>
 
@@ -35,17 +37,39 @@ std::string wrapped(std::string_view text) {
 
 bool print_one(const std::vector<help::Entry>& entries, const std::string& name) {
   const std::vector<const help::Entry*> found = help::find(entries, name);
-  for (const help::Entry* entry : found)
-    std::cout << "docs/" << entry->file << ", " << entry->heading << ":\n" << wrapped(entry->text) << "\n";
+  const help::Entry* last = nullptr;
+  for (const help::Entry* entry : found) {
+    const bool goes_on = last && last->file == entry->file && last->heading == entry->heading;
+    if (last) std::cout << "\n";
+    if (!goes_on) std::cout << "docs/" << entry->file << ", " << entry->heading << ":\n";
+    std::cout << wrapped(entry->text);
+    last = entry;
+  }
+  if (last) std::cout << "\n";
   if (!found.empty()) return true;
   std::vector<std::string> known;
-  for (const help::Entry& entry : entries) known.insert(known.end(), entry.names.begin(), entry.names.end());
+  for (const help::Entry& entry : entries) {
+    known.insert(known.end(), entry.names.begin(), entry.names.end());
+    known.push_back(entry.heading);
+    known.emplace_back(entry.file.substr(0, entry.file.rfind('.')));
+  }
   const std::string_view member = std::string_view(name).substr(name.rfind('.') + 1);
   std::string meant = suggestion(known, name);
   if (meant.empty()) meant = suggestion(known, member);
-  std::cerr << "zelto: the documents say nothing about '" << plain_line(name) << "'" << (meant.empty() ? "" : "; ")
-            << meant << "\n";
+  if (meant.empty()) meant = "zelto help lists them";
+  std::cerr << "zelto: the documents say nothing about '" << plain_line(name) << "'; " << meant << "\n";
   return false;
+}
+
+// A line for each document: what to ask for, and its title.
+void print_documents(const std::vector<help::Entry>& entries) {
+  std::cout << "zelto help NAME tells of a member, mark, event, key or command, or of one of these:\n\n";
+  std::string_view last;
+  for (const help::Entry& entry : entries) {
+    if (entry.file == last) continue;
+    last = entry.file;
+    std::cout << fmt::format("  {:<12}{}\n", last.substr(0, last.rfind('.')), entry.heading);
+  }
 }
 
 }  // namespace
@@ -56,6 +80,7 @@ int print_help(const HelpCommand& command) {
     std::vector<help::Entry> of_page = help::entries_of(page);
     entries.insert(entries.end(), std::make_move_iterator(of_page.begin()), std::make_move_iterator(of_page.end()));
   }
+  if (command.names.empty()) print_documents(entries);
   int code = kSuccess;
   for (const std::string& name : command.names)
     if (!print_one(entries, name)) code = kFailure;

@@ -10,7 +10,8 @@ namespace zelto::help {
 
 namespace {
 
-constexpr std::string_view kObjects = "objects.md";  // whose headings name those that every page has
+constexpr std::string_view kObjects = "objects.md";    // whose headings name those that every page has
+constexpr std::string_view kTutorial = "tutorial.md";  // tells of names only what it does with them
 
 constexpr bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 constexpr bool is_name(char c) { return base::is_alphanumeric(c) || c == '_' || c == '.'; }
@@ -49,12 +50,17 @@ std::vector<Span> spans_of(std::string_view text) {
   return spans;
 }
 
-// The name that a piece of code begins with, "Write" of "Write(value)", or the type of a mark; empty for other code.
+// The name that a piece of code begins with, "Write" of "Write(value)", or the type of a mark or another sign of
+// templates; empty for other code, such as a path.
 std::string name_in(std::string_view code) {
+  constexpr std::size_t kLongestSign = 3;
   std::size_t end = 0;
   while (end < code.size() && is_name(code[end])) ++end;
+  if (end < code.size() && end > 0 && code[end] == '/') return {};
   if (end > 0 && !base::is_digit(code[0])) return std::string(code.substr(0, end));
-  return code.size() == 1 ? std::string(code) : std::string();
+  const bool is_sign = code.size() <= kLongestSign &&
+                       std::ranges::none_of(code, [](char c) { return base::is_alphanumeric(c) || is_blank(c); });
+  return is_sign ? std::string(code) : std::string();
 }
 
 // Links as their words, code without its quotes.
@@ -88,10 +94,24 @@ class Reader {
       at = end + 1;
     }
     end_block();
+    if (!sections_.empty()) {
+      heading_ = title_;
+      add({}, {}, "Sections: " + sections_);
+    }
     return std::move(entries_);
   }
 
  private:
+  void begin_section(std::string heading) {
+    end_block();
+    heading_ = std::move(heading);
+    if (title_.empty()) {
+      title_ = heading_;
+    } else {
+      sections_ += (sections_.empty() ? "" : ", ") + heading_;
+    }
+  }
+
   void line(std::string_view text) {
     if (text.starts_with("```")) {
       end_block();
@@ -99,8 +119,7 @@ class Reader {
     } else if (!fence_.empty()) {
       if (fence_ == "```toml") setting(text);
     } else if (text.starts_with("#")) {
-      end_block();
-      heading_ = plain(text.substr(std::min(text.find_first_not_of("# "), text.size())));
+      begin_section(plain(text.substr(std::min(text.find_first_not_of("# "), text.size()))));
     } else if (text.starts_with("|")) {
       row(text);
     } else if (base::trimmed(text, is_blank).empty()) {
@@ -140,7 +159,7 @@ class Reader {
       for (const Span& span : spans) (is_name ? names : mentions).push_back(name_in(span.code));
       const bool has_column = i < columns_.size() && cells.size() > 2 && (i > 0 || is_type(spans));
       if (cells[i].empty()) continue;
-      words += words.empty() ? "" : i == 1 && !is_type(spans_of(cells[0])) ? ": " : "; ";
+      words += words.empty() ? "" : i == 1 && (cells.size() == 2 || !is_type(spans_of(cells[0]))) ? ": " : "; ";
       words += (has_column ? plain(columns_[i]) + ": " : std::string()) + plain(cells[i]);
     }
     add(std::move(names), std::move(mentions), std::move(words));
@@ -152,7 +171,7 @@ class Reader {
     const std::string block = std::exchange(block_, {});
     std::string_view text = block;
     if (text.starts_with("- ")) text.remove_prefix(2);
-    if (text.empty()) return;
+    if (text.empty() || text.starts_with("![")) return;  // a picture
     std::vector<std::string> names, mentions;
     for (const Span& span : spans_of(text)) (span.begin == 0 ? names : mentions).push_back(name_in(span.code));
     add(std::move(names), std::move(mentions), plain(text));
@@ -161,11 +180,14 @@ class Reader {
   void add(std::vector<std::string> names, std::vector<std::string> mentions, std::string text) {
     std::erase(names, "");
     std::erase(mentions, "");
-    if (names.empty() && mentions.empty()) return;
-    entries_.push_back({page_.file, heading_, std::move(names), std::move(mentions), std::move(text)});
+    if (page_.file == kTutorial) names = mentions = {};
+    entries_.push_back(
+        {page_.file, heading_, heading_ == title_, std::move(names), std::move(mentions), std::move(text)});
   }
 
   const Page& page_;
+  std::string title_;     // the first heading
+  std::string sections_;  // the other ones
   std::string heading_;
   std::string_view fence_;  // the line that began the code at hand
   std::vector<std::string_view> columns_;
@@ -175,6 +197,7 @@ class Reader {
 
 // A name as the documents write it: without a call's parentheses, and of a mark its type.
 std::string_view sought(std::string_view name) {
+  if (name == "(#") return name;
   if (name.starts_with("(#")) name = name.substr(2, 1);
   return name.size() > 1 ? name.substr(0, name.find('(')) : name;
 }
@@ -213,24 +236,66 @@ std::vector<const Entry*> entries_with(const std::vector<Entry>& entries, std::s
   return found;
 }
 
+// Those under the heading, or at the beginning of the document, that is called so.
+std::vector<const Entry*> topic_called(const std::vector<Entry>& entries, std::string_view name) {
+  std::vector<const Entry*> found;
+  for (const Entry& entry : entries) {
+    const std::string_view document = entry.file.substr(0, entry.file.rfind('.'));
+    if (base::equal_ascii(entry.heading, name) || (entry.is_opening && base::equal_ascii(document, name)))
+      found.push_back(&entry);
+  }
+  return found;
+}
+
+// Those under headings that have the word, be it one or several: "upload" is found in "Uploads".
+std::vector<const Entry*> topics_about(const std::vector<Entry>& entries, std::string_view name) {
+  const std::string_view single = name.ends_with('s') ? name.substr(0, name.size() - 1) : name;
+  std::vector<const Entry*> found;
+  for (const std::string& word : {std::string(name), std::string(single), std::string(single) + "s"}) {
+    for (const Entry& entry : entries)
+      if (has_word(entry.heading, word)) found.push_back(&entry);
+    if (!found.empty()) break;
+  }
+  return found;
+}
+
+// Members of an object that the documents name in front of them: "console" of "console.log".
+std::vector<const Entry*> members_of(const std::vector<Entry>& entries, std::string_view name) {
+  const std::string beginning = std::string(name) + ".";
+  std::vector<const Entry*> found;
+  for (const Entry& entry : entries) {
+    if (std::ranges::any_of(entry.names, [&](std::string_view one) {
+          return base::equal_ascii(one.substr(0, beginning.size()), beginning);
+        }))
+      found.push_back(&entry);
+  }
+  return found;
+}
+
+std::vector<const Entry*> named(const std::vector<Entry>& entries, std::string_view name, List list) {
+  const std::size_t dot = name.rfind('.');
+  const bool has_object = dot != std::string_view::npos && dot > 0 && dot + 1 < name.size();
+  auto found = entries_with(entries, name, list, {});
+  if (found.empty() && has_object) found = entries_with(entries, name.substr(dot + 1), list, name.substr(0, dot));
+  return found;
+}
+
 }  // namespace
 
 std::vector<Entry> entries_of(const Page& page) { return Reader(page).read(); }
 
 std::vector<const Entry*> find(const std::vector<Entry>& entries, std::string_view name) {
   name = sought(name);
-  const std::size_t dot = name.rfind('.');
-  const bool has_object = dot != std::string_view::npos && dot > 0 && dot + 1 < name.size();
-  for (const List list : {&Entry::names, &Entry::mentions}) {
-    auto found = entries_with(entries, name, list, {});
-    if (found.empty() && has_object) found = entries_with(entries, name.substr(dot + 1), list, name.substr(0, dot));
+  for (auto found : {named(entries, name, &Entry::names), topic_called(entries, name), members_of(entries, name),
+                     named(entries, name, &Entry::mentions), topics_about(entries, name)})
     if (!found.empty()) return found;
-  }
   // Of an object that pages name as they like: "page.SetView".
-  const bool is_known = has_object && std::ranges::any_of(entries, [&](const Entry& entry) {
-                          return entry.file == kObjects && has_word(entry.heading, name.substr(0, dot));
-                        });
-  return has_object && !is_known ? find(entries, name.substr(dot + 1)) : std::vector<const Entry*>();
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size()) return {};
+  const bool is_known = std::ranges::any_of(entries, [&](const Entry& entry) {
+    return entry.file == kObjects && has_word(entry.heading, name.substr(0, dot));
+  });
+  return is_known ? std::vector<const Entry*>() : find(entries, name.substr(dot + 1));
 }
 
 }  // namespace zelto::help
