@@ -7,6 +7,10 @@ page.TemplateExt = ".html";
 page.DefaultTemplate = "hello";
 page.Process();
 
+function OnCommand_(page) {  // no command
+  page.SetView("Who", "stranger");
+}
+
 function OnCommand_Greet(page) {
   page.SetView("Who", String(Request.QueryString("who")));
 }

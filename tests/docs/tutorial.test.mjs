@@ -49,7 +49,7 @@ async function startHost(words) {
 }
 
 // What the build would put in front of the shell's path stands there already.
-const isOfTheBuild = (line) => line === './dev build' || line === 'export PATH="$PWD/build/release/bin:$PATH"';
+const isOfTheBuild = (line) => line === './dev build release zelto mirt' || line === 'export PATH="$PWD/build/release/bin:$PATH"';
 
 async function type({ lines, promise }) {
   for (const line of lines) {

@@ -1,7 +1,8 @@
 // The page that the README shows prints what the README says.
 import assert from 'node:assert/strict';
 import { execFile } from 'node:child_process';
-import { readFile } from 'node:fs/promises';
+import { existsSync } from 'node:fs';
+import { readFile, readdir } from 'node:fs/promises';
 import { dirname, join } from 'node:path';
 import { test } from 'node:test';
 import { promisify } from 'node:util';
@@ -20,6 +21,19 @@ test('the README shows the first page, its template and what it prints', async (
   assert.ok(stdout.includes('<p>'), stdout);
   assert.ok(readme.includes(stdout.trim()), stdout);
 });
+
+for (const { name } of (await readdir(process.env.EXAMPLES, { withFileTypes: true }))) {
+  if (!existsSync(join(process.env.EXAMPLES, name, 'default.asp'))) continue;
+  test(`opening ${name} gives no warning`, async () => {
+    const site = await serve(name, '--debug');
+    try {
+      assert.equal((await fetch(site.address)).status, 200);
+    } finally {
+      assert.equal(await site.stop(), 0, site.log.join('\n'));
+    }
+    assert.deepEqual(site.log.filter((line) => !/ "GET \/ HTTP\/1\.1" 200 /.test(line)), []);
+  });
+}
 
 for (const [example, page] of [['gallery', ''], ['toolbox', ''], ['notebook', 'visits.asp']]) {
   test(`a command that ${example} does not have is not found`, async () => {
