@@ -1,6 +1,7 @@
 #include "pages/page_compiler.h"
 
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -22,7 +23,9 @@ constexpr std::size_t kMaxScript = std::size_t{64} << 20;  // characters
 
 class Compiler {
  public:
-  explicit Compiler(const std::string& root) : root_(root) {}
+  // Includes that are not found fail, or are passed over, which `lacks_includes` receives.
+  explicit Compiler(const std::string& root, bool* lacks_includes = nullptr)
+      : root_(root), lacks_includes_(lacks_includes) {}
 
   CompiledPage compile(const std::string& physical, std::wstring* written) {
     add_file({physical, physical}, Piece::include, {});
@@ -104,7 +107,7 @@ class Compiler {
           break;
         case Piece::include:
         case Piece::script:
-          add_file(resolve(piece, place), piece.kind, point_of(place));
+          if (const auto file = resolve(piece, place)) add_file(*file, piece.kind, point_of(place));
           break;
       }
       if (text_.size() > kMaxScript) fail("The page is too large.", place);
@@ -190,11 +193,13 @@ class Compiler {
                           program_.files[from.file], from.line);
   }
 
-  FileName resolve(const Piece& piece, const Place& place) const {
+  std::optional<FileName> resolve(const Piece& piece, const Place& place) const {
     try {
       return find_include(root_, place.file, piece);
     } catch (const std::string& what) {
-      fail(what, place);
+      if (!lacks_includes_) fail(what, place);
+      *lacks_includes_ = true;
+      return std::nullopt;
     }
   }
 
@@ -225,6 +230,7 @@ class Compiler {
   }
 
   const std::string& root_;
+  bool* const lacks_includes_;
   std::wstring text_;
   language::Program program_;
   CompiledPage page_;
@@ -240,6 +246,12 @@ class Compiler {
 
 CompiledPage compile_page(const std::string& root, const std::string& physical, std::wstring* written) {
   return Compiler(root).compile(physical, written);
+}
+
+CompiledPage compile_present_files(const std::string& root, const std::string& physical, std::wstring& written,
+                                   bool& lacks_includes) {
+  lacks_includes = false;
+  return Compiler(root, &lacks_includes).compile(physical, &written);
 }
 
 }  // namespace zelto::pages

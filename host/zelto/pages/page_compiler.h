@@ -38,4 +38,9 @@ struct CompiledPage {
 // `written` receives the script as it stands in the files, in the lines of the program and without its shifts.
 CompiledPage compile_page(const std::string& root, const std::string& physical, std::wstring* written = nullptr);
 
+// The same for whoever tells of missing includes already: they are passed over, and `lacks_includes` says whether any
+// was.
+CompiledPage compile_present_files(const std::string& root, const std::string& physical, std::wstring& written,
+                                   bool& lacks_includes);
+
 }  // namespace zelto::pages

@@ -66,6 +66,22 @@ TEST_F(CheckedPages, NameEachIncludeThatThereIsNot) {
       found());
 }
 
+TEST_F(CheckedPages, AreLookedAtWithoutTheIncludesThatThereAreNot) {
+  write("a.asp",
+        "<!-- #include file=\"none.inc\" -->\n<% Response.Wrte(1);\npage.TemplateFolder = Server.MapPath('templates');"
+        "page.DefaultTemplate = 'list.html'; Server.CreateObject('ADODB.Recordst') %>");
+  write("templates/list.html", "(#;inNone#) (#%InNone#) (#*open");  // which the include may have
+  write("b.asp", "<script runat=\"server\" src=\"none.js\"></script>\n<% ( %>");
+  EXPECT_EQ(
+      "a.asp:1:21: error: The include file \"none.inc\" was not found.\n"
+      "a.asp:2:13: error: Response has no member 'Wrte'; did you mean 'Write'?\n"
+      "a.asp:3:107: error: No class is registered as 'ADODB.Recordst'; did you mean 'ADODB.Recordset'?\n"
+      "b.asp:1:29: error: The include file \"none.js\" was not found.\n"
+      "b.asp:2:4: error: This \"(\" is never closed.\n"
+      "templates/list.html:1:25: error: This mark is opened here and never closed.\n",
+      found());
+}
+
 TEST_F(CheckedPages, InAnotherLanguageAreNamedOnceEach) {
   write("a.asp", "<%@ Language=\"VBScript\" %>\n<% Dim x\nSet x = Nothing %>");
   write("b.asp", "\n<script language=\"VBScript\" runat=\"server\">Dim y</script>");

@@ -40,8 +40,20 @@ TEST_F(CheckedTemplates, TellMarksWithoutAType) {
       "templates/a.html:1:18: warning: This mark shows nothing: 'w' is no type of mark, which stands in front of the "
       "name.\n",
       found());
-  write("a.asp", "<% Server.CreateObject('Mirt.TextTemplator'); function OnDraw_Rows() {} %>");
-  EXPECT_EQ("", found());
+}
+
+// A templator without a page has no types: its marks name members of its script.
+TEST_F(CheckedTemplates, MayLackTypesWhereATemplatorWithoutAPageDrawsThem) {
+  write("templates/letter.html", "(#name#) (#%Rows|(#naem#)#)");
+  write("a.asp", kPage);
+  write("templates/list.html", "(#name#) (#`part#)");
+  write("templates/part.html", "(#name#)");
+  write("z.asp", "<% Server.CreateObject('Mirt.TextTemplator'); function OnDraw_Rows() {} var name; %>");
+  const auto told = [](const std::string& place, char first) {
+    return "templates/" + place + ": warning: This mark shows nothing: '" + first +
+           "' is no type of mark, which stands in front of the name.\n";
+  };
+  EXPECT_EQ(told("letter.html:1:18", 'n') + told("list.html:1:1", 'n') + told("part.html:1:1", 'n'), found());
 }
 
 TEST_F(CheckedTemplates, TellNamesThatTheirPageDoesNotHave) {

@@ -65,7 +65,7 @@ void PageCheck::tell(const language::ScriptError& error, const PageScript& scrip
 std::optional<PageScript> PageCheck::check(const std::string& page) {
   try {
     PageScript script;
-    script.page = pages::compile_page(root_, page, &script.written);
+    script.page = pages::compile_present_files(root_, page, script.written, script.lacks_includes);
     if (const auto error = syntax_.check(*script.page.program)) tell(*error, script);
     return script;
   } catch (const pages::PageSourceError& error) {

@@ -11,7 +11,8 @@ namespace zelto::check {
 
 struct PageScript {
   pages::CompiledPage page;
-  std::wstring written;  // the script before it was made ready for the engine
+  std::wstring written;         // the script before it was made ready for the engine
+  bool lacks_includes = false;  // that there are not: it may have any name of theirs
 };
 
 // Finds where characters of a script stand in the files, asked for in rising order.

@@ -14,10 +14,11 @@ using language::Token;
 class Reader : language::TokenText {
  public:
   Reader(const PageScript& script, const std::vector<Token>& tokens)
-      : TokenText(script.written, tokens), places_(script) {}
+      : TokenText(script.written, tokens), places_(script), lacks_includes_(script.lacks_includes) {}
 
   ScriptWords read() {
     words_.draw_prefixes.insert(L"OnDraw_");
+    if (lacks_includes_) make_all();
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
       if (tokens_[i].kind == Token::name) read_name(i);
       if (tokens_[i].kind == Token::literal || word(i).starts_with(L'`') || word(i).starts_with(L'}')) split(word(i));
@@ -79,6 +80,7 @@ class Reader : language::TokenText {
   }
 
   WrittenPlaces places_;
+  const bool lacks_includes_;
   ScriptWords words_;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "app/check/link_check.h"
 #include "app/check/site_files.h"
@@ -36,6 +37,17 @@ bool is_file(const std::string& path) {
   return fs::is_regular_file(path, error);
 }
 
+// As a mark names the template that it draws.
+std::string part_name(const Mark& mark) {
+  std::string name = base::with_slashes(to_utf8(mark.name));
+  if (name.starts_with('/')) name.erase(0, 1);
+  return name;
+}
+
+std::string part_of(const std::string& path, const Mark& mark) {
+  return folder_of_file(path) + "/" + part_name(mark) + std::string(extension_of(name_of(path)));
+}
+
 bool has_draw_function(const ScriptWords& words, const std::wstring& name) {
   return std::ranges::any_of(words.draw_prefixes,
                              [&](const std::wstring& prefix) { return words.all.contains(prefix + name); });
@@ -65,10 +77,7 @@ void TemplateCheck::tell_marks(const std::string& path, const std::wstring& text
     const bool is_note = mark->name.empty() || base::trimmed(std::wstring_view(mark->name), [](wchar_t c) {
                                                  return c <= L' ';
                                                }).size() != mark->name.size();
-    if (names == MarkNames::nothing && !is_note && mark->is_literal && !site_.draws_by_itself) {
-      findings_.warning(place, "This mark shows nothing: '" + to_utf8(mark->name.substr(0, 1)) +
-                                   "' is no type of mark, which stands in front of the name.");
-    }
+    if (names == MarkNames::nothing && !is_note && mark->is_literal) made.untyped.push_back({*mark, place});
     if (names != MarkNames::nothing && names != MarkNames::value && mark->is_literal && !mark->name.empty())
       made.named.push_back({*mark, place});
   }
@@ -122,13 +131,35 @@ void TemplateCheck::check_names(const Template& drawn, const ScriptWords& words,
   }
 }
 
+// A templator without a page has marks without types, which name what its script has.
+void TemplateCheck::check_untyped(const Template& drawn) {
+  for (const auto& [mark, place] : drawn.untyped) {
+    if (site_.draws_by_itself && !drawn.is_of_a_page && (site_.makes_variables || site_.all.contains(mark.name)))
+      continue;
+    findings_.warning(place, "This mark shows nothing: '" + to_utf8(mark.name.substr(0, 1)) +
+                                 "' is no type of mark, which stands in front of the name.");
+  }
+}
+
+// What a mark of the template draws is drawn by the page as well.
+void TemplateCheck::mark_parts(const std::string& path) {
+  std::vector<std::string> waiting = {path};
+  while (!waiting.empty()) {
+    const std::string current = std::move(waiting.back());
+    waiting.pop_back();
+    const auto found = templates_.find(current);
+    if (found == templates_.end() || std::exchange(found->second.is_of_a_page, true)) continue;
+    for (const auto& [mark, place] : found->second.named)
+      if (names_of(mark.type) == MarkNames::template_file) waiting.push_back(part_of(current, mark));
+  }
+}
+
 // Templates that are drawn by a mark, from beside the one that names them.
 void TemplateCheck::check_parts(const std::string& path, const Template& drawn) {
   for (const auto& [mark, place] : drawn.named) {
     if (names_of(mark.type) != MarkNames::template_file) continue;
-    std::string name = base::with_slashes(to_utf8(mark.name));
-    if (name.starts_with('/')) name.erase(0, 1);
-    const std::string wanted = folder_of_file(path) + "/" + name + std::string(extension_of(name_of(path)));
+    const std::string wanted = part_of(path, mark);
+    const std::string name = part_name(mark);
     if (name.find('\0') != std::string::npos || is_file(wanted)) continue;
     findings_.warning(place,
                       "There is no template '" + name + "' beside this one" + pages::end_of_missing(root_, wanted));
@@ -163,6 +194,7 @@ void TemplateCheck::check_page(const std::string& page, const ScriptWords& words
     const std::string path = folders.front() + "/" + base::with_slashes(to_utf8(name)) + extension;
     const Template& drawn = read(path);
     if (drawn.is_there) {
+      drawn_.push_back(path);
       check_names(drawn, words,
                   "The script of \"" + page.substr(root_.size()) + "\", which draws this template, has no");
     } else if (!words.all.contains(L"On_TemplateNotFound") && !words.all.contains(L"OnTemplate_" + name)) {
@@ -183,7 +215,9 @@ void TemplateCheck::check_all(const std::vector<std::string>& folders) {
       if (is_template(file)) read(file);
     }
   }
+  for (const std::string& path : drawn_) mark_parts(path);
   for (const auto& [path, drawn] : templates_) {
+    check_untyped(drawn);
     check_names(drawn, site_, "No script of the site has a");
     check_parts(path, drawn);
   }

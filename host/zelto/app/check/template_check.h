@@ -36,7 +36,9 @@ class TemplateCheck {
   };
   struct Template {
     bool is_there = false;
+    bool is_of_a_page = false;  // drawn by a page controller, whose marks have types
     std::vector<NamedMark> named;
+    std::vector<NamedMark> untyped;
   };
 
   const Template& read(const std::string& path);
@@ -44,6 +46,8 @@ class TemplateCheck {
   std::string meant(const ScriptWords& words, const std::wstring& wanted);
   void check_names(const Template& drawn, const ScriptWords& words, const std::string& whose);
   void check_parts(const std::string& path, const Template& drawn);
+  void check_untyped(const Template& drawn);
+  void mark_parts(const std::string& path);
   std::vector<std::string> folder_of(const std::string& page, const ScriptWords& words) const;
   bool is_template(const std::string& file) const;
   void add_words(const ScriptWords& words);
@@ -53,6 +57,7 @@ class TemplateCheck {
   Findings& findings_;
   ScriptWords site_;  // of all pages
   std::unordered_map<std::string, Template> templates_;
+  std::vector<std::string> drawn_;              // that pages draw by their names
   std::unordered_set<std::string> folders_;     // that pages have named
   std::unordered_set<std::string> extensions_;  // likewise
   std::set<Place> told_;                        // of names that a page does not have
