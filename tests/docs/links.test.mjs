@@ -30,3 +30,16 @@ for (const file of documents) {
     }
   });
 }
+
+// So that a reader who came to one page of docs/ finds the others.
+const pages = documents.filter((file) => dirname(file) === 'docs' && file !== 'docs/README.md' && file !== 'docs/figures.md');
+const linksOf = (file) => [...prose(file).matchAll(/\]\((\w+\.md)/g)].map(([, link]) => link);
+test('the index has every page', () => assert.deepEqual([...new Set(linksOf('docs/README.md'))].sort(),
+  [...pages, 'docs/figures.md'].map((file) => file.slice(5)).sort()));
+for (const page of pages) {
+  test(`${page} has a title of its own and leads to its neighbours`, () => {
+    const [, title] = prose(page).match(/^# (.*)\n/);
+    assert.ok(title.split(' ').length >= 4, title);
+    assert.ok(linksOf(page).length > 0);
+  });
+}

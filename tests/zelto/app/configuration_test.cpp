@@ -281,13 +281,13 @@ TEST_F(Configuration, TakesEveryNumberWithinItsBoundsAndNoOther) {
   std::istringstream help(zelto::ConfigurationFile::help());
   for (std::string line; std::getline(help, line);) numbers += std::isdigit(line[line.find(" = ") + 3]) != 0;
   EXPECT_EQ(std::size(rows), numbers);
-  for (const auto& [key, least, most] : rows) {
-    const auto given = [&](std::int64_t value) { return problem(key + (" = " + std::to_string(value))); };
-    for (const std::int64_t right : {least, most}) EXPECT_EQ("none", given(right)) << key;
-    const std::string refused = command.site + "/zelto.toml:1: " + key + " is a number from " + std::to_string(least) +
-                                " to " + std::to_string(most) + "; a right one is ";
-    for (const std::int64_t wrong : {least - 1, most + 1, std::numeric_limits<std::int64_t>::min()})
-      EXPECT_EQ(refused, given(wrong).substr(0, refused.size())) << key;
+  for (const Row& row : rows) {
+    const auto given = [&](std::int64_t value) { return problem(row.key + (" = " + std::to_string(value))); };
+    for (const std::int64_t right : {row.least, row.most}) EXPECT_EQ("none", given(right)) << row.key;
+    const std::string refused = command.site + "/zelto.toml:1: " + row.key + " is a number from " +
+                                std::to_string(row.least) + " to " + std::to_string(row.most) + "; a right one is ";
+    for (const std::int64_t wrong : {row.least - 1, row.most + 1, std::numeric_limits<std::int64_t>::min()})
+      EXPECT_EQ(refused, given(wrong).substr(0, refused.size())) << row.key;
   }
 }
 
