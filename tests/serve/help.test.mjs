@@ -69,6 +69,14 @@ test('every sign that marks are made of', async () => {
     assert.ok(stdout.includes(`docs/templates.md, What a mark is made of:\n  ${sign}`), stdout);
 });
 
+test('a word is found in the text where nothing is called so', async () => {
+  const { code, stdout } = await help('logrotate');
+  assert.equal(code, 0);
+  assert.match(stdout, /^docs\/serving\.md, The log:\n/);
+  assert.equal((await help('ogrotate')).code, 1, 'a part of a word is none');
+  assert.equal((await help('')).code, 1);
+});
+
 test('an object is told of by its members', async () => {
   assert.match((await help('console')).stdout, /^docs\/pages\.md, Errors:\n {2}console\.log, info, warn/);
 });

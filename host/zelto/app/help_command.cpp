@@ -7,6 +7,7 @@
 
 #include "app/command_line.h"
 #include "app/help/entries.h"
+#include "app/help/search.h"
 #include "app/suggestion.h"
 #include "text/characters.h"
 

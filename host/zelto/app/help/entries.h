@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/help/pages.h"
+#include "base/ascii.h"
 
 namespace zelto::help {
 
@@ -21,9 +22,7 @@ struct Entry {
 
 std::vector<Entry> entries_of(const Page& page);
 
-// The entries about a name in any letter case; where there are none, those of the document or section that is called so,
-// those that mention it, and those of sections whose heading has the word. "Response.Write" is a member under a heading
-// that names the object; "(#*text#)" and "*" are the mark, "OnCommand_Save" is the event OnCommand_NAME.
-std::vector<const Entry*> find(const std::vector<Entry>& entries, std::string_view name);
+// What a name is made of: "Response.Write", "body_limit".
+constexpr bool is_name(char c) { return base::is_alphanumeric(c) || c == '_' || c == '.'; }
 
 }  // namespace zelto::help

@@ -1,0 +1,139 @@
+#include "app/help/search.h"
+
+#include <algorithm>
+
+#include "base/ascii.h"
+#include "base/letter_case.h"
+
+namespace zelto::help {
+
+namespace {
+
+constexpr std::string_view kObjects = "objects.md";  // whose headings name those that every page has
+
+// A name as the documents write it: without a call's parentheses, and of a mark its type.
+std::string_view sought(std::string_view name) {
+  if (name == "(#") return name;
+  if (name.starts_with("(#")) name = name.substr(2, 1);
+  return name.size() > 1 ? name.substr(0, name.find('(')) : name;
+}
+
+bool matches(std::string_view written, std::string_view name) {
+  if (base::equal_ascii(written, name)) return true;
+  constexpr std::string_view kAny = "NAME";
+  if (!written.ends_with("_NAME")) return false;
+  written.remove_suffix(kAny.size());
+  return name.size() > written.size() && base::equal_ascii(name.substr(0, written.size()), written);
+}
+
+bool has_word(std::string_view text, std::string_view word) {
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t begin = at;
+    while (at < text.size() && is_name(text[at])) ++at;
+    if (base::equal_ascii(text.substr(begin, at - begin), word)) return true;
+    at += at == begin;
+  }
+  return false;
+}
+
+using List = std::vector<std::string> Entry::*;
+
+std::vector<const Entry*> entries_with(const std::vector<Entry>& entries, std::string_view name, List list,
+                                       std::string_view under) {
+  std::vector<const Entry*> found;
+  for (const Entry& entry : entries) {
+    if (!under.empty() && !has_word(entry.heading, under) &&
+        (list != &Entry::mentions ||
+         std::ranges::none_of(entry.names, [&](const std::string& one) { return base::equal_ascii(one, under); })))
+      continue;
+    if (std::ranges::any_of(entry.*list, [&](const std::string& one) { return matches(one, name); }))
+      found.push_back(&entry);
+  }
+  return found;
+}
+
+// Those under the heading, or at the beginning of the document, that is called so.
+std::vector<const Entry*> topic_called(const std::vector<Entry>& entries, std::string_view name) {
+  std::vector<const Entry*> found;
+  for (const Entry& entry : entries) {
+    const std::string_view document = entry.file.substr(0, entry.file.rfind('.'));
+    if (base::equal_ascii(entry.heading, name) || (entry.is_opening && base::equal_ascii(document, name)))
+      found.push_back(&entry);
+  }
+  return found;
+}
+
+// Those under headings that have the word, be it one or several: "upload" is found in "Uploads".
+std::vector<const Entry*> topics_about(const std::vector<Entry>& entries, std::string_view name) {
+  const std::string_view single = name.ends_with('s') ? name.substr(0, name.size() - 1) : name;
+  std::vector<const Entry*> found;
+  for (const std::string& word : {std::string(name), std::string(single), std::string(single) + "s"}) {
+    for (const Entry& entry : entries)
+      if (has_word(entry.heading, word)) found.push_back(&entry);
+    if (!found.empty()) break;
+  }
+  return found;
+}
+
+// Members of an object that the documents name in front of them: "console" of "console.log".
+std::vector<const Entry*> members_of(const std::vector<Entry>& entries, std::string_view name) {
+  const std::string beginning = std::string(name) + ".";
+  std::vector<const Entry*> found;
+  for (const Entry& entry : entries) {
+    if (std::ranges::any_of(entry.names, [&](std::string_view one) {
+          return base::equal_ascii(one.substr(0, beginning.size()), beginning);
+        }))
+      found.push_back(&entry);
+  }
+  return found;
+}
+
+// The first of those that have the words anywhere, in any letter case.
+std::vector<const Entry*> texts_with(const std::vector<Entry>& entries, std::string_view words) {
+  constexpr std::size_t kMost = 5;
+  std::vector<const Entry*> found;
+  for (const Entry& entry : entries) {
+    const std::string_view text = entry.text;
+    for (std::size_t at = 0; at + words.size() <= text.size() && found.size() < kMost; ++at) {
+      const std::size_t end = at + words.size();
+      if (!base::equal_ascii(text.substr(at, words.size()), words)) continue;
+      if ((at > 0 && base::is_alphanumeric(text[at - 1])) || (end < text.size() && base::is_alphanumeric(text[end])))
+        continue;
+      found.push_back(&entry);
+      break;
+    }
+  }
+  return found;
+}
+
+std::vector<const Entry*> named(const std::vector<Entry>& entries, std::string_view name, List list) {
+  const std::size_t dot = name.rfind('.');
+  const bool has_object = dot != std::string_view::npos && dot > 0 && dot + 1 < name.size();
+  auto found = entries_with(entries, name, list, {});
+  if (found.empty() && has_object) found = entries_with(entries, name.substr(dot + 1), list, name.substr(0, dot));
+  return found;
+}
+
+std::vector<const Entry*> about(const std::vector<Entry>& entries, std::string_view name) {
+  for (auto found : {named(entries, name, &Entry::names), topic_called(entries, name), members_of(entries, name),
+                     named(entries, name, &Entry::mentions), topics_about(entries, name)})
+    if (!found.empty()) return found;
+  // Of an object that pages name as they like: "page.SetView".
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size()) return {};
+  const bool is_known = std::ranges::any_of(entries, [&](const Entry& entry) {
+    return entry.file == kObjects && has_word(entry.heading, name.substr(0, dot));
+  });
+  return is_known ? std::vector<const Entry*>() : about(entries, name.substr(dot + 1));
+}
+
+}  // namespace
+
+std::vector<const Entry*> find(const std::vector<Entry>& entries, std::string_view name) {
+  name = sought(name);
+  if (name.empty()) return {};
+  auto found = about(entries, name);
+  return found.empty() ? texts_with(entries, name) : found;
+}
+
+}  // namespace zelto::help

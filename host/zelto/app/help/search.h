@@ -1,0 +1,18 @@
+// The entries that answer a name.
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "app/help/entries.h"
+
+namespace zelto::help {
+
+// Those about the name, in any letter case; where there are none, those of the document or section that is called so,
+// then those that mention it, those of sections whose heading has the word, and the first that have it in their text.
+//
+// "Response.Write" is a member under a heading that names the object; "(#*text#)" and "*" are the mark,
+// "OnCommand_Save" is the event OnCommand_NAME.
+std::vector<const Entry*> find(const std::vector<Entry>& entries, std::string_view name);
+
+}  // namespace zelto::help
