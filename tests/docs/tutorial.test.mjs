@@ -61,6 +61,7 @@ async function type({ lines, promise }) {
     const words = line.startsWith('sh todo/test.sh') ? `${line} ${reader.address.replace(/\/$/, '')}` : line;
     const { stdout } = await run('sh', ['-c', words], { cwd: folder, env: environment });
     const [, times] = promise.match(/says `ok` (\w+) times/) ?? [];
+    assert.ok(times || !words.startsWith('sh ') || lines.length > 1, `${promise} says nothing of ${line}`);
     if (times) assert.equal(stdout.match(/^ok /gm).length, ['five', 'six', 'seven', 'eight'].indexOf(times) + 5, stdout);
     assert.doesNotMatch(stdout, /^FAIL/m);
   }

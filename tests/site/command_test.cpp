@@ -112,6 +112,7 @@ TEST_F(Command, TellsWhatThereIsWithoutWords) {
 }
 
 TEST_F(Command, SaysWhatWasMeant) {
+  file("a.asp", "x");
   const std::vector<std::pair<std::vector<std::string>, std::string>> rows = {
       {{"srve"}, "there is no command 'srve'; did you mean 'serve'? (zelto --help tells what there is)"},
       {{"dance"}, "there is no command 'dance' (zelto --help tells what there is)"},
@@ -123,6 +124,15 @@ TEST_F(Command, SaysWhatWasMeant) {
        "--workers: 'abc' is not a number from 1 to 1024; a right one is 4 (zelto serve --help tells what there is)"},
       {{"serve", ".", "--workers", "-1"},
        "--workers: '-1' is not a number from 1 to 1024; a right one is 4 (zelto serve --help tells what there is)"},
+      {{"run", "a.asp", "--times", "0"},
+       "--times: '0' is not a number from 1 to 1000000000; a right one is 1000 (zelto run --help tells what there is)"},
+      {{"run", "a.asp", "--header", "x"}, "--header: 'x' is not a header; a right one is 'Accept: text/html'"},
+      {{"run", "a.asp", "--header", "X Y: z"},
+       "--header: 'X Y: z' is not a header; a right one is 'Accept: text/html'"},
+      {{"run", "a.asp", "--method", "G T"}, "--method: 'G T' is not a method; a right one is POST"},
+      {{"run", "a.asp", "--body", "none"}, "--body: 'none' cannot be read"},
+      {{"run", "a.asp", "--site", "none"}, "--site: 'none' is not a folder"},
+      {{"run", "a.asp", "--site", "/usr/include"}, "--site: 'a.asp' does not lie in '/usr/include'"},
       {{"serve", ".", "--body-limit", "16XB"},
        "--body-limit: '16XB' is not a size; a right one is 16MiB (zelto serve --help tells what there is)"},
   };

@@ -1,5 +1,7 @@
 #include "app/command_line.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
@@ -25,10 +27,14 @@ namespace {
 
 // Checks of an option's text: they answer what is wrong with it, or nothing.
 
-std::string check_workers(const std::string& number) {
-  unsigned workers = 0;
-  if (CLI::detail::lexical_cast(number, workers) && number.front() != '-' && workers >= 1 && workers <= 1024) return {};
-  return "'" + number + "' is not a number from 1 to 1024; a right one is 4";
+// A number from 1 to `most`.
+CLI::Validator check_number(unsigned most, unsigned right) {
+  const auto check = [most, right](const std::string& text) -> std::string {
+    unsigned number = 0;
+    if (CLI::detail::lexical_cast(text, number) && text.front() != '-' && number >= 1 && number <= most) return {};
+    return fmt::format("'{}' is not a number from 1 to {}; a right one is {}", text, most, right);
+  };
+  return {check, ""};
 }
 
 // The library would read the sign as part of the number, and names every unit that it knows.
@@ -78,7 +84,7 @@ void add_serve(CLI::App& app, ServeCommand& command) {
                    "Where, by default 127.0.0.1:8080; a port alone is of this machine only, :8080 of every address")
       ->type_name("ADDRESS:PORT");
   serve->add_option("--workers", command.workers, "How many pages run at the same time, by default two a core")
-      ->check(CLI::Validator(check_workers, ""))
+      ->check(check_number(1024, 4))
       ->type_name("NUMBER");
   serve->add_option("--body-limit", command.body_limit, "The largest request body, as in 256MiB, by default 16MiB")
       ->transform(CLI::Validator(check_size, ""))
@@ -109,7 +115,7 @@ void add_run(CLI::App& app, RunCommand& command) {
       ->type_name("FILE");
   run->add_flag("--include-headers", command.include_headers, "Print the response's head as well");
   run->add_option("--times", command.times, "Ask for it so often, as one server; the last answer is printed")
-      ->check(CLI::Range(1U, 1'000'000'000U))
+      ->check(check_number(1'000'000'000, 1000))
       ->type_name("NUMBER");
   run->add_flag("--debug", command.debug,
                 "Let error pages show what went wrong; as zelto.toml is not read, debug_panel adds nothing to others");

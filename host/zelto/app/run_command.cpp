@@ -27,24 +27,29 @@ namespace {
 std::string read_body(const std::string& file) {
   if (file == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
   std::ifstream in(file, std::ios::binary);
-  if (!in) throw WrongUse(file + " cannot be read");
+  if (!in) throw WrongUse("--body: '" + file + "' cannot be read");
   return {std::istreambuf_iterator<char>(in), {}};
+}
+
+[[noreturn]] void refuse_header(const std::string& line) {
+  throw WrongUse("--header: '" + line + "' is not a header; a right one is 'Accept: text/html'");
 }
 
 Header parse_header(const std::string& line) {
   const std::size_t colon = line.find(':');
   Header header{line.substr(0, colon), ""};
-  if (colon == std::string::npos || !is_token(header.name)) throw WrongUse("'" + line + "' is not a header");
+  if (colon == std::string::npos || !is_token(header.name)) refuse_header(line);
   const std::size_t start = line.find_first_not_of(" \t", colon + 1);
   if (start != std::string::npos) header.value = line.substr(start);
-  if (!is_field_value(header.value)) throw WrongUse("'" + line + "' is not a header");
+  if (!is_field_value(header.value)) refuse_header(line);
   return header;
 }
 
 HttpRequest make_request(const RunCommand& command, const std::string& path, std::string_view body) {
   HttpRequest request;
   request.method = !command.method.empty() ? command.method : command.body_file.empty() ? "GET" : "POST";
-  if (!is_token(request.method)) throw WrongUse("'" + request.method + "' is not a method");
+  if (!is_token(request.method))
+    throw WrongUse("--method: '" + request.method + "' is not a method; a right one is POST");
   request.path = path;
   request.query = command.query;
   request.target = path + (command.query.empty() ? "" : "?" + command.query);
@@ -69,6 +74,8 @@ int run_page_file(const RunCommand& command) {
   const auto page = canonical_path(command.page);
   if (!page || !std::filesystem::is_regular_file(*page))
     throw WrongUse("'" + command.page + "' is not a file that can be read");
+  if (!command.site.empty() && !std::filesystem::is_directory(command.site))
+    throw WrongUse("--site: '" + command.site + "' is not a folder");
   SiteOptions options;
   options.root = command.site.empty() ? page->substr(0, page->rfind('/') + 1) : command.site;
   options.debug = command.debug;
@@ -76,7 +83,8 @@ int run_page_file(const RunCommand& command) {
   options.log = [&log](std::string_view line) { log.info("zelto: {}", line); };
   Site site(std::move(options));
   if (const std::string notice = site.notice(); !notice.empty()) log.info(notice);
-  if (!page->starts_with(site.root() + "/")) throw WrongUse("'" + command.page + "' does not lie in the site");
+  if (!page->starts_with(site.root() + "/"))
+    throw WrongUse("--site: '" + command.page + "' does not lie in '" + command.site + "'");
   const std::string path = page->substr(site.root().size());
   const std::string body = command.body_file.empty() ? std::string() : read_body(command.body_file);
   int status = 0;
