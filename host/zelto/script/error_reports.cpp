@@ -168,6 +168,13 @@ ScriptError ErrorReports::describe(JSValueRef exception) const {
   return error;
 }
 
+ScriptError ErrorReports::place_of(JSValueRef exception) const {
+  ScriptError place;
+  if (JSValueIsObject(context_, exception)) place.calls = frames_of(exception, kMostCalls);
+  if (!place.calls.empty()) static_cast<language::SourcePlace&>(place) = place.calls.front();
+  return place;
+}
+
 // Between the functions that were running: an error that comes out of a mark has all places so far, and is raised in
 // the function that drew the template, which has fewer functions around it than the cause that it had inside.
 void ErrorReports::add_places(JSValueRef exception, ScriptError* error) const {

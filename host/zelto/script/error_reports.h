@@ -34,6 +34,8 @@ class ErrorReports {
   // Without a place. False when the error is one of the engine that has no number of its own.
   bool read(JSValueRef exception, ScriptError* out) const;
   ScriptError describe(JSValueRef exception) const;
+  // Only where it was thrown, with the functions that were running.
+  ScriptError place_of(JSValueRef exception) const;
   static ScriptError describe_syntax(const language::Program& program, const ParsedScript& parsed);
   // Of an error of the engine, with its message: that as the page's author would have it, and the number that older
   // pages know, or 0.

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include <korlib/activation.h>
 #include <korlib/hresult.h>
@@ -81,6 +82,7 @@ class Watchdog {
   Outcome::Kind ending() const noexcept { return ending_; }
   // Where the script was when it came to its limit.
   const ScriptError& ended_at() const noexcept { return ended_at_; }
+  void set_ended_at(ScriptError place) noexcept { ended_at_ = std::move(place); }
   bool is_unwinding() const noexcept { return ending_ != Outcome::completed; }
   // Looks at the clock as well, and at what objects have taken: both count where no script runs.
   bool must_unwind();
