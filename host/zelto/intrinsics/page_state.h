@@ -39,9 +39,20 @@ struct PageError {
     std::wstring mark;      // as it is written
     std::size_t calls = 0;  // how many of the calls were running inside of the mark
   };
-  std::vector<Template> templates;   // that were being drawn, the innermost first
-  std::vector<std::wstring> causes;  // what it says that it comes from
-  std::string reference;             // what a visitor is told in place of all this
+  std::vector<Template> templates;  // that were being drawn, the innermost first
+  struct Cause {
+    enum Kind : unsigned char { cause, part, opener };  // language/program.h
+    Kind kind = cause;
+    std::wstring description;
+    std::wstring source;
+    std::wstring file;
+    LONG line = 0;
+    LONG column = 0;
+    std::vector<Call> calls;
+  };
+  std::vector<Cause> causes;  // what it says that it comes from
+  std::size_t more_causes = 0;
+  std::string reference;  // what a visitor is told in place of all this
 };
 
 // What the intrinsic objects ask of whoever runs the page. Of itself it answers for a page that has ended.

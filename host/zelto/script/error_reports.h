@@ -13,6 +13,7 @@
 #include "script/missing_member.h"
 #include "script/outcome.h"
 #include "script/parsed_scripts.h"
+#include "script/thrown_value.h"
 
 namespace zelto::script {
 
@@ -33,10 +34,11 @@ class ErrorReports {
 
   // Without a place. False when the error is one of the engine that has no number of its own.
   bool read(JSValueRef exception, ScriptError* out) const;
-  ScriptError describe(JSValueRef exception) const;
+  // `beginning`: of the words for what has none.
+  ScriptError describe(JSValueRef exception, std::wstring_view beginning = kThrown) const;
   // Only where it was thrown, with the functions that were running.
   ScriptError place_of(JSValueRef exception) const;
-  static ScriptError describe_syntax(const language::Program& program, const ParsedScript& parsed);
+  ScriptError describe_syntax(const language::Program& program, const ParsedScript& parsed) const;
   // Of an error of the engine, with its message: that as the page's author would have it, and the number that older
   // pages know, or 0.
   void put_into_words(std::wstring_view name, ScriptError* error) const;
@@ -56,8 +58,10 @@ class ErrorReports {
 
   std::vector<language::Frame> frames_of(JSValueRef error, std::size_t most) const;
   std::optional<language::Frame> read_frame(std::string_view text) const;
-  std::wstring words_of_thrown(JSValueRef exception) const;
-  void add_cause(JSValueRef cause, ScriptError* error) const;
+  void read_in_words(JSValueRef exception, ScriptError* error, std::wstring_view beginning) const;
+  void add_causes(JSValueRef exception, ScriptError* error) const;
+  void add_parts(JSValueRef exception, ScriptError* error) const;
+  static void set_place(const ScriptError& at, language::Cause* cause);
   void add_places(JSValueRef exception, ScriptError* error) const;
 
   JSContextRef context_;
@@ -65,6 +69,7 @@ class ErrorReports {
   std::unordered_map<std::string, std::shared_ptr<const language::Program>> programs_;  // by what stacks call them
   const language::Program* in_function_ = nullptr;
   int opening_length_ = 0;
+  JSValueRef thrown_ = nullptr;                     // the last, to compare with: it may be garbage by now
   std::optional<language::SourcePlace> thrown_at_;  // the place of the last throw that was of no Error
   std::optional<ScriptError> rejection_;
 };

@@ -57,7 +57,7 @@ Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
   reports_.remember(program);
   globals_.remember(*program);
   const ParsedScript& parsed = engine_.scripts().of(program);
-  if (!parsed.get()) return {Outcome::failed, ErrorReports::describe_syntax(*program, parsed)};
+  if (!parsed.get()) return {Outcome::failed, reports_.describe_syntax(*program, parsed)};
   const language::Program* previous = running_;
   running_ = program.get();
   PageFunction* const page = prepare(*program);

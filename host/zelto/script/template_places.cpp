@@ -8,12 +8,11 @@
 #include <algorithm>
 #include <optional>
 
+#include "script/cause_chain.h"
 #include "script/text.h"
 
 namespace zelto::script {
 namespace {
-
-constexpr int kMostCauses = 16;  // errors may be each other's cause
 
 // The number at the front, which is taken from the text; 0 when there is none.
 int take_number(std::wstring_view& text) {
@@ -124,10 +123,8 @@ std::wstring own_places_of(JSContextRef context, JSValueRef exception) {
 }
 
 std::wstring places_of(JSContextRef context, JSValueRef exception) {
-  JSValueRef link = exception;
-  for (int i = 0; i < kMostCauses && link && JSValueIsObject(context, link); ++i) {
-    if (std::wstring list = own_places_of(context, link); !list.empty()) return list;
-    link = property(context, object_of(link), "cause");
+  for (CauseChain chain(context, exception); chain.link(); chain.advance()) {
+    if (std::wstring list = own_places_of(context, chain.link()); !list.empty()) return list;
   }
   return {};
 }

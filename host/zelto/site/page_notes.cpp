@@ -142,7 +142,9 @@ void PageNotes::on_refused(std::wstring_view sql, const std::vector<std::wstring
 
 std::string PageNotes::refused(const PageError& error) const {
   const auto is_told = [this](const std::wstring& words) { return words.find(refused_) != words.npos; };
-  const bool is_this = !refused_.empty() && (is_told(error.description) || std::ranges::any_of(error.causes, is_told));
+  const bool is_this =
+      !refused_.empty() &&
+      (is_told(error.description) || std::ranges::any_of(error.causes, is_told, &PageError::Cause::description));
   return is_this ? refused_statement_ : std::string();
 }
 

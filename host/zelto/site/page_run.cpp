@@ -22,6 +22,7 @@
 #include "script/realm.h"
 #include "script/template_places.h"
 #include "site/error_page.h"
+#include "site/page_error.h"
 #include "site/page_notes.h"
 #include "site/page_session.h"
 #include "text/characters.h"
@@ -36,23 +37,6 @@ std::string console_line(const script::LogLine& line, const Site& site) {
   std::string text(site.path_of(line.file));
   if (line.line > 0) text += ":" + std::to_string(line.line);
   return text + ": console." + line.level + ": " + line.text;
-}
-
-PageError page_error(const script::ScriptError& error, const Site& site) {
-  PageError made;
-  made.number = error.number;
-  made.source = error.source;
-  made.description = error.message;
-  made.category = L"Script";
-  made.file = to_wide(site.path_of(error.file));
-  made.line = error.line;
-  made.column = error.column > 0 ? error.column : -1;
-  for (const zelto::language::Frame& call : error.calls)
-    made.calls.push_back({call.function, to_wide(site.path_of(call.file)), call.line});
-  made.causes = error.causes;
-  for (const script::TemplatePlace& place : error.templates)
-    made.templates.push_back({to_wide(site.path_of(place.file)), place.line, place.column, place.mark, place.calls});
-  return made;
 }
 
 // What the page does to databases ends with it, by whatever way it goes.
@@ -292,13 +276,14 @@ void PageRun::fail_at_limit(HRESULT number, std::wstring description, const std:
   error.source = L"Server";
   error.category = L"Server";
   error.description = std::move(description);
-  if (error.file.empty()) error.file = to_wide(page_->request.place().virtual_path);
   fail(std::move(error));
 }
 
 void PageRun::fail(PageError error) {
   if (!settings_->options.debug) error.reference = new_reference();
-  site_.log(error_line(error));
+  const std::string& page = page_->request.place().virtual_path;
+  if (error.file.empty()) error.file = to_wide(page);
+  site_.log(error_line(error, page));
   error_ = std::move(error);
 }
 
@@ -340,6 +325,8 @@ void PageRun::answer_error(const PageError& error) {
                                           notes_->refused(error) + notes_->panel(session_.state().get())));
   else if (begins)
     response.write_bytes(plain_error_page(status_line(status), error.reference));
+  else if (base::equal_ascii(response.content_type, "text/html"))
+    response.write_bytes(reference_comment(error.reference));
 }
 
 }  // namespace
