@@ -202,7 +202,8 @@ class Search {
     while (first > 0 && parts_.all[first - 1].begin >= line) --first;
     const std::size_t opener = open_at(first);
     const bool is_open = opener != kNone && !is_generated(opener);
-    if (ends && is_open) return error_at(opener, L"This " + quoted(opener) + L" is never closed: its <%= %> ends before.");
+    if (ends && is_open)
+      return error_at(opener, L"This " + quoted(opener) + L" is never closed: its <%= %> ends before.");
     if (ends) return error_at(at, L"This expression ends too early.");
     language::ScriptError error = error_at(at, L"Page text cannot stand here");
     if (is_open) return with_opener(std::move(error), opener);
@@ -213,10 +214,8 @@ class Search {
   language::ScriptError of_token(std::wstring message, std::size_t token) const {
     const std::size_t at = parts_.all[token].begin;
     const std::size_t opener = open_at(token);
-    if (message == kNoWords)
-      message = L"Unexpected '" + text_.substr(at, parts_.all[token].end - at) + L"'";
-    if (opener == kNone || text_[opener] != L'(')
-      message.resize(std::min(message.find(kMistaken), message.size()));
+    if (message == kNoWords) message = L"Unexpected '" + text_.substr(at, parts_.all[token].end - at) + L"'";
+    if (opener == kNone || text_[opener] != L'(') message.resize(std::min(message.find(kMistaken), message.size()));
     const std::size_t expected = message.find(L". Expected ");
     if (expected == message.npos || opener == kNone) return error_at(at, std::move(message));
     if (is_generated(opener)) {

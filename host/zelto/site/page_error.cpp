@@ -10,6 +10,7 @@ namespace {
 
 std::vector<PageError::Call> calls_of(const std::vector<language::Frame>& frames, const Site& site) {
   std::vector<PageError::Call> calls;
+  calls.reserve(frames.size());
   for (const language::Frame& frame : frames)
     calls.push_back({frame.function, to_wide(site.path_of(frame.file)), frame.line});
   return calls;
@@ -17,6 +18,7 @@ std::vector<PageError::Call> calls_of(const std::vector<language::Frame>& frames
 
 std::vector<PageError::Cause> causes_of(const language::ScriptError& error, const Site& site) {
   std::vector<PageError::Cause> causes;
+  causes.reserve(error.causes.size());
   for (const language::Cause& each : error.causes) {
     const auto kind = each.kind == language::Cause::part     ? PageError::Cause::part
                       : each.kind == language::Cause::opener ? PageError::Cause::opener

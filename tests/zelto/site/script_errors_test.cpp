@@ -114,9 +114,10 @@ TEST_F(ScriptErrors, TellOfEachErrorThatOneStandsFor) {
 }
 
 TEST_F(ScriptErrors, SayHowManyCausesAreNotShown) {
-  EXPECT_TRUE(has(told("<% var e = new Error('e0.'); for (var i = 1; i < 30; i++) e = new Error('e' + i + '.', { cause: "
-                       "e }); throw e %>"),
-                  "/page.asp:1: e29.; caused by: e28."))
+  EXPECT_TRUE(
+      has(told("<% var e = new Error('e0.'); for (var i = 1; i < 30; i++) e = new Error('e' + i + '.', { cause: "
+               "e }); throw e %>"),
+          "/page.asp:1: e29.; caused by: e28."))
       << log[0];
   EXPECT_TRUE(has(log[0], "; caused by: e14. and 14 more (Error, ")) << log[0];
   EXPECT_TRUE(has(shown, "<dt>Causes</dt><dd>and 14 more</dd>")) << shown;
@@ -140,9 +141,10 @@ TEST_F(ScriptErrors, InAnIncludeNameThePageToo) {
 
 TEST_F(ScriptErrors, SayTheirCodeOnceAndNoSourceThatIsEmpty) {
   EXPECT_EQ("/page.asp:1: text (0x80004005)", told("<% throw 'text' %>"));
-  EXPECT_EQ("/page.asp:1: Object doesn't support this property or method: 'Response.Wrte', did you mean 'Write'? "
-            "(0x80020006) (TypeError)",
-            told("<% Response.Wrte(1) %>"));
+  EXPECT_EQ(
+      "/page.asp:1: Object doesn't support this property or method: 'Response.Wrte', did you mean 'Write'? "
+      "(0x80020006) (TypeError)",
+      told("<% Response.Wrte(1) %>"));
 }
 
 // Read from the right, a line told of another page.
@@ -151,9 +153,10 @@ TEST_F(ScriptErrors, TurnNoLineOfTheLog) {
 }
 
 TEST_F(ScriptErrors, OfATextThatIsTooLongNameTheLimits) {
-  EXPECT_EQ("/page.asp:2: Out of memory: a text has 2147483647 characters at most, and what a page takes is limited by "
-            "script_memory (RangeError, 0x800A0007)",
-            told("<%\nfor (var s = 'text';;) s += s %>"));
+  EXPECT_EQ(
+      "/page.asp:2: Out of memory: a text has 2147483647 characters at most, and what a page takes is limited by "
+      "script_memory (RangeError, 0x800A0007)",
+      told("<%\nfor (var s = 'text';;) s += s %>"));
 }
 
 TEST_F(ScriptErrors, AtALimitShowTheLoopThatRan) {

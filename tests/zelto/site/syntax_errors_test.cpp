@@ -61,12 +61,15 @@ TEST_F(SyntaxErrors, OfOneLineSayWhichStringOrBracketIsOpen) {
        "\"[\" in line 2, column 9 is open.",
        "14"},
       {"<% if (a { %>\nabc<% } %>",
-       "/page.asp:1: Unexpected token '{'. Expected ')' to end an 'if' condition: the \"(\" in line 1, column 7 is open.",
+       "/page.asp:1: Unexpected token '{'. Expected ')' to end an 'if' condition: the \"(\" in line 1, column 7 is "
+       "open.",
        "10"},
       {"<% Response.Write(1; %>",
-       "/page.asp:1: Unexpected token ';'. Expected ')' to end an argument list: the \"(\" in line 1, column 18 is open.",
+       "/page.asp:1: Unexpected token ';'. Expected ')' to end an argument list: the \"(\" in line 1, column 18 is "
+       "open.",
        "20"},
-      {"<%\nvar a = {b: 1);\n%>", "/page.asp:2: This \")\" closes nothing: the \"{\" in line 2, column 9 is open.", "14"},
+      {"<%\nvar a = {b: 1);\n%>", "/page.asp:2: This \")\" closes nothing: the \"{\" in line 2, column 9 is open.",
+       "14"},
       {"<% function f() { %>\ntext\n<% } } %>", "/page.asp:3: This \"}\" closes nothing.", "6"},
       {"<% } %>", "/page.asp:1: This \"}\" closes nothing.", "4"},
   };
@@ -109,10 +112,11 @@ TEST_F(SyntaxErrors, AreNotToldInWordsThatTheAuthorHasNotWritten) {
 TEST_F(SyntaxErrors, InAnIncludeNameThePageToo) {
   folder.write("bad.inc", "<%\nvar x = ;\n%>\n");
   const MemorySink sink = run("<!--#include file=\"bad.inc\"-->\nabc\n", "");
-  EXPECT_EQ(std::vector<std::string>{
-                "/bad.inc:2: Unexpected token ';'; in the page /page.asp (SyntaxError, 0x80004005)"},
-            log);
-  EXPECT_TRUE(has(sink.body, "<span class=\"here\">    2  var x = ;</span><span class=\"caret\">               ^</span>"))
+  EXPECT_EQ(
+      std::vector<std::string>{"/bad.inc:2: Unexpected token ';'; in the page /page.asp (SyntaxError, 0x80004005)"},
+      log);
+  EXPECT_TRUE(
+      has(sink.body, "<span class=\"here\">    2  var x = ;</span><span class=\"caret\">               ^</span>"))
       << sink.body;
 }
 
@@ -121,7 +125,8 @@ TEST_F(SyntaxErrors, ShowTheOpenBracketToo) {
   folder.write("open.inc", "<%\n\n  var all = f(\n%>");
   const MemorySink other = run("<!--#include file=\"open.inc\"-->\n<% 1; %>", "");
   ASSERT_EQ(1u, log.size());
-  EXPECT_TRUE(has(log[0], "/page.asp:1: Page text cannot stand here: the \"(\" in line 3, column 14 of open.inc is open."))
+  EXPECT_TRUE(
+      has(log[0], "/page.asp:1: Page text cannot stand here: the \"(\" in line 3, column 14 of open.inc is open."))
       << log[0];
   EXPECT_TRUE(has(other.body, "<h2>Open: &quot;(&quot;</h2>\n<p>/open.inc:3:14</p>\n<pre>")) << other.body;
   EXPECT_TRUE(has(other.body, "<span class=\"here\">    3    var all = f(</span>")) << other.body;
