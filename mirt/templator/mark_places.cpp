@@ -92,8 +92,12 @@ std::wstring CTemplatorConcept::place_of(Progress progress) {
 HRESULT CTemplatorConcept::fail_at(HRESULT hr, const Progress& progress) noexcept try {
   if (!progress.is_in_mark()) return hr;
   mirt::ErrorInHand error;
-  if (!error.has_room()) return hr;
-  if (const std::wstring place = place_of(progress); !place.empty()) error.add(place);
+  if (!error.is_readable()) return hr;
+  if (error.is_full()) {
+    error.add_unlisted();
+  } else if (const std::wstring place = place_of(progress); !place.empty()) {
+    error.add(place);
+  }
   return hr;
 } catch (...) {
   return hr;

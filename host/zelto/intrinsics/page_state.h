@@ -31,7 +31,9 @@ struct PageError {
     std::wstring file;
     LONG line = 0;
   };
-  std::vector<Call> calls;  // from its place outwards
+  std::vector<Call> calls;      // from its place outwards
+  std::size_t more_calls = 0;   // around those
+  bool has_lost_calls = false;  // and others, of which not even the number is known
   struct Template {
     std::wstring file;  // virtual path; "(text)" for a template that comes from no file
     LONG line = 0;      // from 1, like the column
@@ -40,6 +42,7 @@ struct PageError {
     std::size_t calls = 0;  // how many of the calls were running inside of the mark
   };
   std::vector<Template> templates;   // that were being drawn, the innermost first
+  std::size_t more_templates = 0;    // around those
   std::vector<std::wstring> causes;  // what it says that it comes from
   std::string reference;             // what a visitor is told in place of all this
 };

@@ -4,12 +4,14 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/range/adaptor/reversed.hpp>
 #include <charconv>
 #include <utility>
 
 #include "language/lexemes.h"
 #include "language/tokens.h"
 #include "language/written_source.h"
+#include "script/realm.h"
 #include "script/template_places.h"
 #include "script/text.h"
 
@@ -154,31 +156,36 @@ ScriptError ErrorReports::describe(JSValueRef exception) const {
   }
   if (!JSValueIsString(context_, property(context_, object, "stack")) && thrown_at_) place = *thrown_at_;
   // The place is where the first of a chain of errors arose.
+  const ScriptError* inner = nullptr;
   JSValueRef link = exception;
   for (int i = 0; i < kMostCauses && JSValueIsObject(context_, link); ++i) {
-    if (auto frames = frames_of(link, kMostCalls); !frames.empty()) {
-      place = frames.front();
-      error.calls = std::move(frames);
+    if (auto frames = frames_of(link); !frames.listed.empty()) {
+      place = frames.listed.front();
+      set_calls(std::move(frames), &error);
     }
+    if (const ScriptError* found = Engine::current()->executed().behind(link)) inner = found;
     link = property(context_, object_of(link), "cause");
     add_cause(link, &error);
   }
   if (thrown_at_ && !JSValueIsObject(context_, link) && !JSValueIsUndefined(context_, link)) place = *thrown_at_;
   add_places(exception, &error);
+  if (inner) put_inside(*inner, &error);
   return error;
 }
 
 // Between the functions that were running: an error that comes out of a mark has all places so far, and is raised in
 // the function that drew the template, which has fewer functions around it than the cause that it had inside.
 void ErrorReports::add_places(JSValueRef exception, ScriptError* error) const {
-  constexpr std::size_t kMostFrames = 100;                 // as many as the engine keeps
   std::vector<std::pair<std::size_t, std::size_t>> links;  // places and functions
   JSValueRef link = exception;
   for (int i = 0; i < kMostCauses && JSValueIsObject(context_, link); ++i) {
-    std::vector<TemplatePlace> places = read_places(own_places_of(context_, link));
-    const std::size_t count = places.size();
-    if (error->templates.empty()) error->templates = std::move(places);
-    links.emplace_back(count, frames_of(link, kMostFrames).size());
+    TemplatePlaces places = read_places(own_places_of(context_, link));
+    const std::size_t count = places.listed.size();
+    if (error->templates.empty()) {
+      error->templates = std::move(places.listed);
+      error->more_templates = places.more;
+    }
+    links.emplace_back(count, frames_of(link, 0).more);
     link = property(context_, object_of(link), "cause");
   }
   const std::size_t innermost = links.empty() ? 0 : links.back().second;
@@ -213,7 +220,7 @@ ScriptError ErrorReports::describe_syntax(const language::Program& program, cons
 }
 
 // Of a program of this realm: "name@url:line:column".
-std::optional<language::Frame> ErrorReports::read_frame(std::string_view text) const {
+std::optional<language::Frame> ErrorReports::own_frame(std::string_view text) const {
   const std::size_t column_colon = text.rfind(':');
   if (column_colon == std::string_view::npos || column_colon == 0) return {};
   const std::size_t line_colon = text.rfind(':', column_colon - 1);
@@ -232,29 +239,71 @@ std::optional<language::Frame> ErrorReports::read_frame(std::string_view text) c
   return {};
 }
 
+// A page that is executed has the functions of the outer pages around its own.
+std::optional<language::Frame> ErrorReports::read_frame(std::string_view text) const {
+  auto frame = own_frame(text);
+  for (Realm* realm : Engine::current()->realms() | boost::adaptors::reversed) {
+    if (frame) break;
+    frame = realm->reports().own_frame(text);
+  }
+  return frame;
+}
+
+// The first that the stack has, with the lines in front of it; nothing at its end.
+std::optional<language::Frame> ErrorReports::take_frame(std::string_view& stack) const {
+  while (!stack.empty()) {
+    const std::size_t end = std::min(stack.find('\n'), stack.size());
+    auto frame = read_frame(stack.substr(0, end));
+    stack.remove_prefix(std::min(end + 1, stack.size()));
+    if (frame) return frame;
+  }
+  return {};
+}
+
 // From the innermost on.
-std::vector<language::Frame> ErrorReports::frames_of(JSValueRef error, std::size_t most) const {
-  std::vector<language::Frame> frames;
-  JSValueRef stack = property(context_, object_of(error), "stack");
-  if (!JSValueIsString(context_, stack)) return frames;
-  const std::string text = to_utf8(message_of(context_, stack));
-  for (std::size_t begin = 0; begin < text.size() && frames.size() < most;) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    if (auto frame = read_frame(std::string_view(text).substr(begin, end - begin))) frames.push_back(std::move(*frame));
-    begin = end + 1;
+ErrorReports::Frames ErrorReports::read_frames(std::string_view stack, std::size_t most) const {
+  constexpr std::ptrdiff_t kKept = 100;  // lines, by the engine
+  Frames frames;
+  frames.has_lost = std::ranges::count(stack, '\n') + 1 >= kKept;
+  while (auto frame = take_frame(stack)) {
+    if (frames.listed.size() < most)
+      frames.listed.push_back(std::move(*frame));
+    else
+      ++frames.more;
   }
   return frames;
 }
 
-std::vector<language::Frame> ErrorReports::calls(std::size_t most) const {
-  JSObjectRef error = JSObjectMakeError(context_, 0, nullptr, nullptr);
-  return error ? frames_of(error, most) : std::vector<language::Frame>();
+std::string ErrorReports::stack_of(JSValueRef error) const {
+  JSValueRef stack = property(context_, object_of(error), "stack");
+  return JSValueIsString(context_, stack) ? to_utf8(message_of(context_, stack)) : std::string();
 }
 
+std::string ErrorReports::stack_here() const {
+  JSObjectRef error = JSObjectMakeError(context_, 0, nullptr, nullptr);
+  return error ? stack_of(error) : std::string();
+}
+
+ErrorReports::Frames ErrorReports::frames_of(JSValueRef error, std::size_t most) const {
+  return read_frames(stack_of(error), most);
+}
+
+void ErrorReports::set_calls(Frames frames, ScriptError* error) {
+  error->calls = std::move(frames.listed);
+  error->more_calls = frames.more;
+  error->has_lost_calls = frames.has_lost;
+}
+
+void ErrorReports::add_calls(ScriptError* reached) const { set_calls(read_frames(stack_here(), kMostCalls), reached); }
+
+std::size_t ErrorReports::count_calls() const { return read_frames(stack_here(), 0).more; }
+
 language::SourcePlace ErrorReports::here() const {
-  const std::vector<language::Frame> innermost = calls(1);
-  if (innermost.empty()) return {};
-  return innermost.front();
+  const std::string text = stack_here();
+  std::string_view stack = text;
+  const auto frame = take_frame(stack);
+  if (!frame) return {};
+  return *frame;
 }
 
 void ErrorReports::note_throw(JSValueRef value) {

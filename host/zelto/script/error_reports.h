@@ -16,6 +16,9 @@
 
 namespace zelto::script {
 
+// Of the functions that were running, the innermost: the others are counted.
+inline constexpr std::size_t kMostCalls = 32;
+
 // Reads the exceptions of one realm.
 class ErrorReports {
  public:
@@ -40,8 +43,9 @@ class ErrorReports {
   void put_into_words(std::wstring_view name, ScriptError* error) const;
   // The place that the script has reached.
   language::SourcePlace here() const;
-  // And the functions that it is in.
-  std::vector<language::Frame> calls(std::size_t most = kMostCalls) const;
+  // And the functions that it is in, of whatever page.
+  void add_calls(ScriptError* reached) const;
+  std::size_t count_calls() const;
 
   // Where something that is no Error was thrown.
   void note_throw(JSValueRef value);
@@ -50,10 +54,19 @@ class ErrorReports {
   const std::optional<ScriptError>& rejection() const noexcept { return rejection_; }
 
  private:
-  static constexpr std::size_t kMostCalls = 32;
-
-  std::vector<language::Frame> frames_of(JSValueRef error, std::size_t most) const;
+  struct Frames {
+    std::vector<language::Frame> listed;
+    std::size_t more = 0;
+    bool has_lost = false;
+  };
+  Frames frames_of(JSValueRef error, std::size_t most = kMostCalls) const;
+  std::string stack_of(JSValueRef error) const;
+  std::string stack_here() const;
+  Frames read_frames(std::string_view stack, std::size_t most) const;
+  std::optional<language::Frame> take_frame(std::string_view& stack) const;
   std::optional<language::Frame> read_frame(std::string_view text) const;
+  std::optional<language::Frame> own_frame(std::string_view text) const;
+  static void set_calls(Frames frames, ScriptError* error);
   std::wstring words_of_thrown(JSValueRef exception) const;
   void add_cause(JSValueRef cause, ScriptError* error) const;
   void add_places(JSValueRef exception, ScriptError* error) const;

@@ -52,6 +52,7 @@ class Errors {
   void note_unknown(std::u16string name) { unknown_name_ = std::move(name); }
 
  private:
+  void note_left_templates();
   JSObjectRef make(ErrorKind kind, std::wstring_view message, HRESULT number) const;
   std::wstring words_for(HRESULT hr, std::wstring_view member) const;
 

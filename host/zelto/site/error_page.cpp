@@ -70,6 +70,19 @@ std::wstring place_text(const PageError::Template& place) {
   return place_text(place.file, place.line) + L":" + std::to_wstring(place.column);
 }
 
+std::string counted(std::size_t count, std::string_view what) {
+  return count == 0 ? std::string() : fmt::format("{} more {}{}", count, what, count > 1 ? "s" : "");
+}
+
+// "and 24 more marks, at least 68 more calls"
+std::string not_listed(const PageError& error) {
+  const std::string marks = counted(error.more_templates, "mark");
+  std::string calls = counted(error.more_calls, "call");
+  if (error.has_lost_calls) calls = calls.empty() ? "more calls" : "at least " + calls;
+  if (marks.empty() && calls.empty()) return {};
+  return fmt::format("<p>and {}{}{}</p>\n", marks, marks.empty() || calls.empty() ? "" : ", ", calls);
+}
+
 // Marks stand where they were drawn: around the calls that they made. One call alone is the place of the error itself.
 std::string call_list(const PageError& error) {
   const auto& templates = error.templates;
@@ -86,7 +99,7 @@ std::string call_list(const PageError& error) {
     list += fmt::format("<li>{}, {}</li>\n", name, html(place_text(call.file, call.line)));
   }
   const std::string_view title = templates.empty() ? "Calls" : "Marks and calls";
-  return fmt::format("<h2>{}, the last one first</h2>\n<ol>\n{}</ol>\n", title, list);
+  return fmt::format("<h2>{}, the last one first</h2>\n<ol>\n{}</ol>\n{}", title, list, not_listed(error));
 }
 
 // Of the innermost template that has a file. One outside of the site is named by its path.
@@ -108,7 +121,8 @@ std::string templates_line(const PageError& error) {
     const PageError::Template& place = error.templates[i];
     line += (i == 0 ? "; in " : ", ") + to_utf8(place_text(place) + L" " + place.mark);
   }
-  return count <= kMost ? line : line + fmt::format(" and {} more", count - kMost);
+  const std::size_t more = count - std::min(count, kMost) + error.more_templates;
+  return more == 0 ? line : line + fmt::format(" and {} more", more);
 }
 
 }  // namespace

@@ -49,9 +49,12 @@ PageError page_error(const script::ScriptError& error, const Site& site) {
   made.column = error.column > 0 ? error.column : -1;
   for (const zelto::language::Frame& call : error.calls)
     made.calls.push_back({call.function, to_wide(site.path_of(call.file)), call.line});
+  made.more_calls = error.more_calls;
+  made.has_lost_calls = error.has_lost_calls;
   made.causes = error.causes;
   for (const script::TemplatePlace& place : error.templates)
     made.templates.push_back({to_wide(site.path_of(place.file)), place.line, place.column, place.mark, place.calls});
+  made.more_templates = error.more_templates;
   return made;
 }
 
@@ -263,13 +266,7 @@ HRESULT PageRun::execute(const std::string& virtual_path) {
   }
   if (outcome.kind == script::Outcome::completed) return S_OK;
   if (outcome.kind != script::Outcome::failed) return script::kPageStopped;  // still unwinding
-  const PageError error = outcome.error ? page_error(*outcome.error, site_) : PageError();
-  const HRESULT hr = FAILED(error.number) ? error.number : E_FAIL;
-  const std::wstring where =
-      error.line > 0 ? L" (" + error.file + L", line " + std::to_wstring(error.line) + L")" : L"";
-  korlib::raise(hr, error.source, error.description + where);
-  if (outcome.error) script::hand_on(script::list_of(outcome.error->templates));
-  return hr;
+  return engine_.raise_executed(std::move(outcome.error).value_or(script::ScriptError()));
 }
 
 HRESULT PageRun::set_script_timeout(LONG seconds) {

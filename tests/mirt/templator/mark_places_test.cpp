@@ -121,12 +121,17 @@ TEST_F(MarkPlaces, ListTheMarksThatDrawEachOther) {
 }
 
 // The innermost are what the author looks for.
-TEST_F(MarkPlaces, EndWithTheSixteenth) {
-  int depth = 0;
-  engine_.on_mark = [&](const Mark&) { return ++depth == 40 ? E_ABORT : engine_.stream(L"(#%in#)"); };
-  const std::wstring places = streamed(L"\n(#%out#)");
-  EXPECT_EQ(15, std::count(places.begin(), places.end(), L'\n'));
-  EXPECT_EQ(std::wstring::npos, places.find(L"out"));
+TEST_F(MarkPlaces, EndWithTheSixteenthAndTheNumberOfTheOthers) {
+  const auto places_of = [this](int deepest) {
+    int depth = 0;
+    engine_.on_mark = [&, deepest](const Mark&) { return ++depth == deepest ? E_ABORT : engine_.stream(L"(#%in#)"); };
+    return streamed(L"\n(#%out#)");
+  };
+  std::wstring sixteen = L"(text):1:1: (#%in#)";
+  for (int i = 1; i < 16; ++i) sixteen += L"\n(text):1:1: (#%in#)";
+  EXPECT_EQ(sixteen.substr(20) + L"\n(text):2:1: (#%out#)", places_of(16));
+  EXPECT_EQ(sixteen + L"\nand 1 more", places_of(17));
+  EXPECT_EQ(sixteen + L"\nand 24 more", places_of(40));
 }
 
 // A host tells its own error objects by their address.
