@@ -150,7 +150,7 @@ void Errors::note_left_templates() {
 }
 
 std::wstring Errors::words_for(HRESULT hr, std::wstring_view member) const {
-  if (hr != DISP_E_UNKNOWNNAME || unknown_name_.empty()) return describe(hr, words_of(hr), member);
+  if (hr != unknown_code_ || unknown_name_.empty()) return describe(hr, words_of(hr), member);
   return describe(hr, L"The script does not declare '" + to_wide(unknown_name_) + L"'", member);
 }
 

@@ -75,6 +75,36 @@ TEST_F(MarkPlaces, TellWhereAMarkThatIsNotClosedWasOpened) {
   EXPECT_EQ(L"Invalid mark order.", placed_error_of([&] { engine_.stream(text); }).description);
 }
 
+// Of several, the one that an author would close.
+TEST_F(MarkPlaces, TellWhichMarkWithinAnotherIsNotClosed) {
+  const struct {
+    const wchar_t* text;
+    const wchar_t* place;
+  } kRows[] = {
+      {L"(#%Rows|\n <li>(#;cell</li>", L"2:6: (#;cell</li>: opened here, never closed"},
+      {L"(#%Rows|\n <li>(#;cell</li>#)", L"2:6: (#;cell</li>#): opened here, never closed"},
+      {L"(#%Rows|\n <li>(#;cell#)</li>", L"1:1: (#%Rows|: opened here, never closed"},
+      {L"(#;a#)\n(#%Rows|(#;b|<li>#)(#%In|\n(#;c#)", L"2:20: (#%In|: opened here, never closed"},
+      {L"(#%Rows|(#;cell\n<b>(#;other#)#)", L"1:9: (#;cell: opened here, never closed"},
+      {L"(#%Rows|^(#;cell</li>", L"1:1: (#%Rows|^(#;cell</li>: opened here, never closed"},
+      {L"(#%Rows|(#|name|<b>#)", L"1:1: (#%Rows|(#|name|<b>#): opened here, never closed"},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(L"(text):" + std::wstring(row.place), streamed(row.text));
+    EXPECT_EQ(L"(text):" + std::wstring(row.place), parsed(row.text));
+  }
+}
+
+TEST_F(MarkPlaces, TellTheReasonOfAFailureWithoutWords) {
+  engine_.on_mark = [this](const Mark& mark) {
+    if (mark.name == L"bad") engine_.set_reason(L"it is bad");
+    return mark.params.empty() ? E_FAIL : engine_.stream(mark.params[0]);
+  };
+  EXPECT_EQ(L"(text):1:1: (#;bad#): it is bad", streamed(L"(#;bad#)"));
+  EXPECT_EQ(L"(text):1:1: (#;other#)", streamed(L"(#;other#)"));
+  EXPECT_EQ(L"(text):1:1: (#;bad#): it is bad\n(text):1:1: (#;in|(#;bad#)#)", streamed(L"(#;in|(#;bad#)#)"));
+}
+
 TEST_F(MarkPlaces, TellWhatClosesNoMark) {
   EXPECT_EQ(L"(text):2:3: #): closes no mark", streamed(L"^#)\na #) b"));
   EXPECT_EQ(L"(text):2:3: #): closes no mark", parsed(L"^#)\na #) b"));

@@ -103,6 +103,14 @@ TEST_F(TemplateErrors, SayWhereAMarkWasOpened) {
   }
 }
 
+// As zelto check names it.
+TEST_F(TemplateErrors, SayWhichMarkWithinAnotherIsNotClosed) {
+  folder.write("tpl/main.html", "(#%Rows|\n<li>(#;cell</li>\n#)\n");
+  const std::string shown = failed(page());
+  EXPECT_TRUE(has(log[0], "; in /tpl/main.html:2:5 (#;cell</li>: opened here, never closed (")) << log[0];
+  EXPECT_TRUE(has(shown, "<dt>Template</dt><dd>/tpl/main.html:2:5</dd>")) << shown;
+}
+
 TEST_F(TemplateErrors, NameTheTemplatesThatDrawEachOtherCachedAndNot) {
   folder.write("tpl/main.html", "<body>\n(#@side#)");
   folder.write("tpl/parts/list.html", "(#`row#)");
@@ -149,11 +157,20 @@ TEST_F(TemplateErrors, AreToldOfChildAndStandAloneTemplators) {
   EXPECT_TRUE(has(shown, "<dt>Template</dt><dd>/tpl/child.html:2:2</dd>")) << shown;
   failed(
       "<% var t = Server.CreateObject('Mirt.TextTemplator'); t.Script = this; t.ProcessTemplate('x(#nothing#)'); %>");
-  EXPECT_TRUE(has(log[0], "; in (text):1:2 (#nothing#) (")) << log[0];
+  EXPECT_EQ(
+      "/page.asp:1: The script does not declare 'nothing': 'ProcessTemplate' (0x80020003); in (text):1:2 (#nothing#): "
+      "no script of the templator has it (Error, 0x80020003)",
+      log[0]);
+  failed("<% var t = Server.CreateObject('Mirt.TextTemplator'); t.ProcessTemplate('x(#nothing#)'); %>");
+  EXPECT_TRUE(has(log[0], "; in (text):1:2 (#nothing#): the templator has no Script (")) << log[0];
+  failed(page("var c = m.NewTemplator(''); c.ProcessTemplate('(#&item#)');"));
+  EXPECT_TRUE(
+      has(log[0], "; in (text):1:1 (#&item#): the page that has made the templator has no Name, and so no bag ("))
+      << log[0];
   failed(
       "<% var t = Server.CreateObject('Mirt.TextTemplator'); t.Script = this;"
       "t.ProcessTemplateFile(Server.MapPath('tpl/child.html'), 'UTF-8'); %>");
-  EXPECT_TRUE(has(log[0], "; in /tpl/child.html:2:2 (#:nothing#) (")) << log[0];
+  EXPECT_TRUE(has(log[0], "; in /tpl/child.html:2:2 (#:nothing#): no script ")) << log[0];
 }
 
 TEST_F(TemplateErrors, ArePropertiesOfWhatAScriptCatches) {
