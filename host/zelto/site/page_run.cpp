@@ -236,10 +236,13 @@ void PageRun::note_template(std::wstring_view file) {
 
 void PageRun::note_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place, IUnknown* values) {
   if (!notes_) return;
-  std::vector<std::wstring> names = keys_of(values);
-  if (const auto session = session_.state(); session && slip == TemplateSlip::no_session_value) session->names(names);
-  if (slip == TemplateSlip::no_application_value) hold_->names(names);
-  notes_->add_slip(slip, name, script::named_from_root(place, site_.root()), names);
+  const auto names_of = [&] {
+    PageNotes::Names names = keys_of(values);
+    if (const auto session = session_.state(); session && slip == TemplateSlip::no_session_value) session->names(names);
+    if (slip == TemplateSlip::no_application_value) hold_->names(names);
+    return names;
+  };
+  notes_->add_slip(slip, name, script::named_from_root(place, site_.root()), names_of);
 }
 
 void PageRun::warn_of_slips() {
