@@ -164,10 +164,10 @@ void CTemplatorConcept::note_slip(TemplateSlip slip, BSTR name, IUnknown* values
   return;
 }
 
-void CTemplatorConcept::note_template(BSTR file) noexcept {
+void CTemplatorConcept::note_template(BSTR file, BSTR charset) noexcept {
   if (!notes()) return;
   const mirt::ErrorInHand untouched;
-  m_spNotes->NoteTemplate(file);
+  m_spNotes->NoteTemplate(file, charset);
 }
 
 void CTemplatorConcept::note_bag(BSTR page, IUnknown* bag) noexcept {

@@ -71,7 +71,7 @@ class CTemplatorConcept {
   bool takes_notes() noexcept { return notes() != nullptr; }
   // That the mark which is being drawn shows nothing.
   void note_slip(TemplateSlip slip, BSTR name, IUnknown* values = nullptr) noexcept;
-  void note_template(BSTR file) noexcept;
+  void note_template(BSTR file, BSTR charset) noexcept;
   void note_bag(BSTR page, IUnknown* bag) noexcept;
 
  protected:

@@ -1,11 +1,18 @@
 #include "site/error_page.h"
 
 #include <fmt/format.h>
+#include <korlib/activation.h>
+#include <korlib/adostream.h>
+#include <korlib/combstr.h>
+#include <korlib/comvariant.h>
+#include <korlib/errorinfo.h>
+#include <korlib/ptr.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <fstream>
+#include <iterator>
 #include <random>
 
 #include <mirt/template_places.h>
@@ -40,22 +47,44 @@ std::string page(std::string_view title, std::string_view body) {
 }
 
 // A line under the wanted one that shows the column, a tab standing under a tab.
-std::string caret_line(std::string_view line, LONG column) {
-  const std::wstring text = to_wide(line);
-  if (column < 1 || static_cast<std::size_t>(column) > text.size() + 1) return {};
+std::string caret_line(std::wstring_view line, LONG column) {
+  if (column < 1 || static_cast<std::size_t>(column) > line.size() + 1) return {};
   std::string blank(kNumberWidth, ' ');
-  for (const wchar_t c : text.substr(0, static_cast<std::size_t>(column) - 1)) blank += c == L'\t' ? '\t' : ' ';
+  for (const wchar_t c : line.substr(0, static_cast<std::size_t>(column) - 1)) blank += c == L'\t' ? '\t' : ' ';
   return "<span class=\"caret\">" + blank + "^</span>";
 }
 
-std::string source_lines(const std::string& physical, LONG wanted, LONG column) {
+// As the component reads it; nothing when that fails.
+std::wstring text_in_charset(const std::string& physical, std::wstring_view charset) {
+  CComPtr<IKorLibStream> stream;
+  CComBSTR text;
+  const bool is_read = SUCCEEDED(CoCreateInstance(CLSID_KorLibStream, nullptr, CLSCTX_INPROC_SERVER,
+                                                  korlib::iid_of<IKorLibStream>, stream.put_void())) &&
+                       SUCCEEDED(stream->Open(korlib::omitted(), 0, -1, nullptr, nullptr)) &&
+                       SUCCEEDED(stream->put_Charset(CComBSTR(charset))) &&
+                       SUCCEEDED(stream->LoadFromFile(CComBSTR(std::wstring_view(to_wide(physical))))) &&
+                       SUCCEEDED(stream->ReadText(adReadAll, text.put()));
+  SetErrorInfo(0, nullptr);
+  return is_read ? std::wstring(text.view()) : std::wstring();
+}
+
+std::wstring text_of_file(const std::string& physical, std::wstring_view charset) {
+  if (std::wstring text = charset.empty() ? L"" : text_in_charset(physical, charset); !text.empty()) return text;
   std::ifstream file(physical, std::ios::binary);
+  return to_wide(std::string(std::istreambuf_iterator<char>(file), {}));
+}
+
+std::string source_lines(const std::string& physical, LONG wanted, LONG column, std::wstring_view charset = {}) {
+  const std::wstring text = text_of_file(physical, charset);
+  std::wstring_view rest = text;
   std::string lines;
-  std::string line;
-  for (LONG number = 1; number <= wanted + kLinesAround && std::getline(file, line); ++number) {
+  for (LONG number = 1; number <= wanted + kLinesAround && !rest.empty(); ++number) {
+    const std::size_t end = std::min(rest.find(L'\n'), rest.size());
+    std::wstring_view line = rest.substr(0, end);
+    rest.remove_prefix(std::min(end + 1, rest.size()));
     if (number < wanted - kLinesAround) continue;
-    if (line.ends_with('\r')) line.pop_back();
-    const std::string row = fmt::format("{:5}  {}", number, html(to_wide(line)));
+    if (line.ends_with(L'\r')) line.remove_suffix(1);
+    const std::string row = fmt::format("{:5}  {}", number, html(line));
     lines += number == wanted ? "<span class=\"here\">" + row + "</span>" + caret_line(line, column) : row + "\n";
   }
   return lines.empty() ? lines : "<pre>" + lines + "</pre>";
@@ -107,8 +136,8 @@ std::string template_lines(const PageError& error, const std::string& root) {
   const auto place = std::ranges::find_if(error.templates, [](const auto& each) { return each.file != kTextTemplate; });
   if (place == error.templates.end()) return {};
   const std::string file = to_utf8(place->file);
-  std::string lines = source_lines(root + file, place->line, place->column);
-  if (lines.empty()) lines = source_lines(file, place->line, place->column);
+  std::string lines = source_lines(root + file, place->line, place->column, place->charset);
+  if (lines.empty()) lines = source_lines(file, place->line, place->column, place->charset);
   return lines.empty() ? lines : fmt::format("<h2>{}</h2>\n{}", html(place->file), lines);
 }
 

@@ -127,13 +127,19 @@ std::string PageNotes::more_slips() const {
   return more_slips_ == 0 ? std::string() : fmt::format("and {}{} more", is_at_least ? "at least " : "", more_slips_);
 }
 
-void PageNotes::add_template(const std::string& file) {
-  const auto known = std::ranges::find(templates_, file, [](const auto& each) { return each.first; });
+void PageNotes::add_template(const std::string& file, std::wstring_view charset) {
+  const auto known = std::ranges::find(templates_, file, &Drawn::file);
   if (known != templates_.end()) {
-    ++known->second;
+    ++known->times;
+    known->charset = charset;
   } else if (templates_.size() < kMostTemplates) {
-    templates_.emplace_back(file, 1);
+    templates_.push_back({file, std::wstring(charset)});
   }
+}
+
+std::wstring PageNotes::charset_of(std::string_view file) const {
+  const auto known = std::ranges::find(templates_, file, &Drawn::file);
+  return known == templates_.end() ? std::wstring() : known->charset;
 }
 
 void PageNotes::on_statement(std::wstring_view sql, Clock::duration took) noexcept try {
@@ -191,8 +197,8 @@ std::string PageNotes::panel(VariantStore* session) const {
   for (const std::wstring& slip : slips_) slips += row(html(slip));
   if (more_slips_ > 0) slips += row(more_slips());
   std::string templates;
-  for (const auto& [file, count] : templates_)
-    templates += row(html(to_wide(file)) + (count > 1 ? fmt::format(", {} times", count) : std::string()));
+  for (const auto& [file, charset, times] : templates_)
+    templates += row(html(to_wide(file)) + (times > 1 ? fmt::format(", {} times", times) : std::string()));
   std::string phases;
   for (const auto& [name, took] : phases_) phases += row(fmt::format("{}: {}", name, milliseconds(took)));
   std::string statements;

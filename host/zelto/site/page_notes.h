@@ -34,8 +34,10 @@ class PageNotes final : public korlib_host::StatementListener {
   // slip if one has nearly that name.
   void add_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place,
                 const std::function<Names()>& names_of);
-  // A template that it drew; how often is counted.
-  void add_template(const std::string& file);
+  // A template that it drew, in its character set; how often is counted.
+  void add_template(const std::string& file, std::wstring_view charset);
+  // Empty for a template that it did not draw.
+  std::wstring charset_of(std::string_view file) const;
   void on_statement(std::wstring_view sql, Clock::duration took) noexcept override;
   void on_refused(std::wstring_view sql, const std::vector<std::wstring>& parameters,
                   std::wstring_view error) noexcept override;
@@ -67,8 +69,13 @@ class PageNotes final : public korlib_host::StatementListener {
   std::set<std::wstring> known_marks_;  // that show nothing, slips or not
   std::vector<std::wstring> slips_;     // in words
   std::size_t more_slips_ = 0;
-  std::vector<std::pair<std::string, std::size_t>> templates_;  // how often
-  std::vector<std::string> statements_;                         // in HTML
+  struct Drawn {
+    std::string file;
+    std::wstring charset;
+    std::size_t times = 1;
+  };
+  std::vector<Drawn> templates_;
+  std::vector<std::string> statements_;  // in HTML
   std::size_t more_statements_ = 0;
   std::wstring refused_;                                     // what the script was told of the last one
   std::string refused_statement_;                            // in HTML

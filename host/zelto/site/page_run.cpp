@@ -22,10 +22,12 @@
 #include "script/realm.h"
 #include "script/template_places.h"
 #include "site/error_page.h"
+#include "site/page_error.h"
 #include "site/page_notes.h"
 #include "site/page_session.h"
 #include "text/characters.h"
 #include "text/charset.h"
+#include "text/html.h"
 
 namespace zelto {
 
@@ -36,26 +38,6 @@ std::string console_line(const script::LogLine& line, const Site& site) {
   std::string text(site.path_of(line.file));
   if (line.line > 0) text += ":" + std::to_string(line.line);
   return text + ": console." + line.level + ": " + line.text;
-}
-
-PageError page_error(const script::ScriptError& error, const Site& site) {
-  PageError made;
-  made.number = error.number;
-  made.source = error.source;
-  made.description = error.message;
-  made.category = L"Script";
-  made.file = to_wide(site.path_of(error.file));
-  made.line = error.line;
-  made.column = error.column > 0 ? error.column : -1;
-  for (const zelto::language::Frame& call : error.calls)
-    made.calls.push_back({call.function, to_wide(site.path_of(call.file)), call.line});
-  made.more_calls = error.more_calls;
-  made.has_lost_calls = error.has_lost_calls;
-  made.causes = error.causes;
-  for (const script::TemplatePlace& place : error.templates)
-    made.templates.push_back({to_wide(site.path_of(place.file)), place.line, place.column, place.mark, place.calls});
-  made.more_templates = error.more_templates;
-  return made;
 }
 
 // What the page does to databases ends with it, by whatever way it goes.
@@ -93,7 +75,7 @@ class PageRun final : public PageHost {
   HRESULT set_script_timeout(LONG seconds) override;
   const PageError* last_error() const override { return error_ ? &*error_ : nullptr; }
   bool takes_notes() const override { return notes_.has_value(); }
-  void note_template(std::wstring_view file) override;
+  void note_template(std::wstring_view file, std::wstring_view charset) override;
   void note_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place, IUnknown* values) override;
   void note_bag(std::wstring_view page, IUnknown* bag) override {
     if (notes_) notes_->add_bag(page, bag);
@@ -112,6 +94,8 @@ class PageRun final : public PageHost {
   int answer();
   int error_status() const;
   bool shows_panel() const;
+  // In the code page of what the page has written already.
+  void write_html(std::string_view html) { page_->response.write_bytes(html_bytes(html, page_->response.code_page)); }
   void answer_error(const PageError& error);
 
   Site& site_;
@@ -230,8 +214,8 @@ void PageRun::log_console(const script::LogLine& line) {
     site_.log(std::string(site_.path_of(line.file)) + ": the rest of this page's console is left out");
 }
 
-void PageRun::note_template(std::wstring_view file) {
-  if (notes_) notes_->add_template(script::site_path(to_utf8(file), site_.root()));
+void PageRun::note_template(std::wstring_view file, std::wstring_view charset) {
+  if (notes_) notes_->add_template(script::site_path(to_utf8(file), site_.root()), charset);
 }
 
 void PageRun::note_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place, IUnknown* values) {
@@ -298,6 +282,8 @@ void PageRun::fail_at_limit(HRESULT number, std::wstring description, const std:
 
 void PageRun::fail(PageError error) {
   if (!settings_->options.debug) error.reference = new_reference();
+  for (PageError::Template& place : error.templates)
+    if (notes_) place.charset = notes_->charset_of(to_utf8(place.file));
   site_.log(error_line(error));
   error_ = std::move(error);
 }
@@ -307,7 +293,7 @@ int PageRun::answer() {
   // A head that has gone out says that all is well: only the connection can tell that it is not.
   const bool breaks = error_ && response.head_sent();
   if (error_) answer_error(*error_);
-  if (!error_ && shows_panel()) response.write_bytes(notes_->panel_of_page(session_.state().get()));
+  if (!error_ && shows_panel()) write_html(notes_->panel_of_page(session_.state().get()));
   const int status = error_ ? status::kServerError : response.status;
   breaks ? response.break_off() : response.finish();
   return status;
@@ -336,8 +322,8 @@ void PageRun::answer_error(const PageError& error) {
     response.cache_control = "no-store";
   }
   if (notes_)
-    response.write_bytes(debug_error_page(error, site_.root(), page_->request.http().target,
-                                          notes_->refused(error) + notes_->panel(session_.state().get())));
+    write_html(debug_error_page(error, site_.root(), page_->request.http().target,
+                                notes_->refused(error) + notes_->panel(session_.state().get())));
   else if (begins)
     response.write_bytes(plain_error_page(status_line(status), error.reference));
 }

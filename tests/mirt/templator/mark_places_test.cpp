@@ -182,8 +182,8 @@ TEST_F(MarkPlaces, LeaveTheErrorObjectTheSame) {
 // A host that wants to know of marks that show nothing.
 class Notes final : public Still<ITemplateNotes> {
  public:
-  HRESULT NoteTemplate(BSTR file) override {
-    noted.emplace_back(korlib::view_of(file));
+  HRESULT NoteTemplate(BSTR file, BSTR charset) override {
+    noted.push_back(std::wstring(korlib::view_of(file)) + L" in " + std::wstring(korlib::view_of(charset)));
     return S_OK;
   }
   HRESULT NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnknown*) override {
@@ -209,9 +209,9 @@ TEST_F(MarkPlaces, AreToldOfMarksThatShowNothing) {
   replayed(L"(#a#)\n(#b#)", L"(#a#)\n(#b#)", L"row.html");
   replayed(L"(#a#)", L"other");
   engine_.note_slip(TemplateSlip::without_type, CComBSTR(L"name"));  // outside of any mark
-  engine_.note_template(CComBSTR(L"file.html"));
+  engine_.note_template(CComBSTR(L"file.html"), CComBSTR(L"UTF-8"));
   EXPECT_EQ((std::vector<std::wstring>{L"1 name (text):2:2: (#name#)", L"1 name row.html:1:1: (#a#)",
-                                       L"1 name row.html:2:1: (#b#)", L"1 name ", L"file.html"}),
+                                       L"1 name row.html:2:1: (#b#)", L"1 name ", L"file.html in UTF-8"}),
             notes.noted);
 }
 
@@ -220,7 +220,7 @@ TEST_F(MarkPlaces, AreToldToNobodyWhoDoesNotWantToKnow) {
   Engine other;
   other.set_response(sink_->unknown());
   EXPECT_FALSE(other.takes_notes());
-  other.note_template(CComBSTR(L"file.html"));
+  other.note_template(CComBSTR(L"file.html"), CComBSTR(L"UTF-8"));
 }
 
 TEST(ErrorPlaces, StayWhenTheWordsAreReplaced) {

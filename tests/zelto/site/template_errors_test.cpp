@@ -103,6 +103,28 @@ TEST_F(TemplateErrors, SayWhereAMarkWasOpened) {
   }
 }
 
+// In the character set that the page has named, so that the caret stands under the mark.
+TEST_F(TemplateErrors, ShowATemplateInItsCharacterSet) {
+  const struct {
+    const char* charset;
+    std::string bytes;
+    const char* shown;
+  } kRows[] = {
+      {"windows-1251", "\xCF\xF0\xE8 (#;title#)",
+       "    1  При (#;title#)</span><span class=\"caret\">           ^</span>"},
+      {"ISO-8859-1", "\xE9t\xE9 (#;title#)", "    1  été (#;title#)</span><span class=\"caret\">           ^</span>"},
+      {"UTF-16LE", std::string("\xE9\0(\0#\0;\0x\0#\0)\0", 14),
+       "    1  é(#;x#)</span><span class=\"caret\">        ^</span>"},
+      {"UTF-8", "é(#;x#)", "    1  é(#;x#)</span><span class=\"caret\">        ^</span>"},
+  };
+  for (const auto& row : kRows) {
+    folder.write("tpl/main.html", row.bytes);
+    restart();
+    const std::string shown = failed(page(std::string("m.TemplateCharset = '") + row.charset + "';"));
+    EXPECT_TRUE(has(shown, row.shown)) << row.charset << shown;
+  }
+}
+
 // As zelto check names it.
 TEST_F(TemplateErrors, SayWhichMarkWithinAnotherIsNotClosed) {
   folder.write("tpl/main.html", "(#%Rows|\n<li>(#;cell</li>\n#)\n");

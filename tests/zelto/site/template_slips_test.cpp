@@ -148,6 +148,15 @@ TEST_F(TemplateSlips, StandAtTheFootOfEveryHtmlPageWhereTheSiteWantsThat) {
   EXPECT_EQ("<html></html>", drawn("<html>(#title#)</html>"));
 }
 
+TEST_F(TemplateSlips, StandInTheCodePageOfThePage) {
+  options.debug_panel = true;
+  const std::string shown = drawn("(#title#)", "Response.CodePage = 1251; Session('name') = '\u041F\u00E9';");
+  EXPECT_TRUE(has(shown, "<li>name: \xCF&#233;</li>")) << shown;
+  const std::string failed =
+      drawn("(#;nothing#)", "Response.CodePage = 1251; Session('name') = '\u041F'; Response.Flush();");
+  EXPECT_TRUE(has(failed, "<li>name: \xCF</li>")) << failed;
+}
+
 TEST_F(TemplateSlips, StandAfterTheStatementThatFailed) {
   const std::string script =
       "var c = Server.CreateObject('ADODB.Connection'); c.Open('Driver=SQLite3;Database=:memory:');"
