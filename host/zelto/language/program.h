@@ -77,9 +77,12 @@ struct ScriptError : SourcePlace {
   std::wstring source;             // whose error it is: that of a component such as "Mirt", or the error's name
   HRESULT number = 0;              // the failing result, or the error's own `number`
   std::vector<Frame> calls = {};   // from that place outwards
+  std::size_t more_calls = 0;      // around those
+  bool has_lost_calls = false;     // and more that the engine has not kept
   std::vector<Cause> causes = {};  // the nearest first
   std::size_t more_causes = 0;     // that are not among them
   std::vector<TemplatePlace> templates = {};  // that were being drawn, the innermost first
+  std::size_t more_templates = 0;             // around those
 };
 
 // A program from a piece of script: assignments to calls of automation objects, methods named without

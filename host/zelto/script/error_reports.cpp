@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/range/adaptor/reversed.hpp>
 #include <charconv>
 #include <utility>
 
 #include "language/written_source.h"
 #include "script/cause_chain.h"
+#include "script/realm.h"
 #include "script/syntax.h"
 #include "script/template_places.h"
 #include "script/text.h"
@@ -142,16 +144,18 @@ void ErrorReports::read_in_words(JSValueRef exception, ScriptError* error, std::
 ScriptError ErrorReports::describe(JSValueRef exception, std::wstring_view beginning) const {
   ScriptError error;
   read_in_words(exception, &error, beginning);
-  add_causes(exception, &error);
+  const ScriptError* const inner = add_causes(exception, &error);
   add_parts(exception, &error);
   add_places(exception, &error);
+  if (inner) put_inside(*inner, &error);
   return error;
 }
 
 // What hands on the words of its cause is the same failure, and the place is where that arose. So it is where marks
 // were drawn on the way: they and the functions are one list.
-void ErrorReports::add_causes(JSValueRef exception, ScriptError* error) const {
+const ScriptError* ErrorReports::add_causes(JSValueRef exception, ScriptError* error) const {
   const bool is_drawn = !places_of(context_, exception).empty();
+  const ScriptError* inner = nullptr;
   std::wstring known = error->message;
   CauseChain chain(context_, exception);
   for (; chain.link(); chain.advance()) {
@@ -163,6 +167,7 @@ void ErrorReports::add_causes(JSValueRef exception, ScriptError* error) const {
         error->causes.push_back({{}, language::Cause::cause, std::move(cause.message), std::move(cause.source), {}});
       }
     }
+    if (const ScriptError* found = Engine::current()->executed().behind(chain.link())) inner = found;
     ScriptError at = place_of(chain.link());
     const bool was_thrown = chain.is_first() || chain.link() == thrown_;
     if (at.file.empty() && was_thrown && thrown_at_ && !is_error(context_, chain.link()))
@@ -171,9 +176,11 @@ void ErrorReports::add_causes(JSValueRef exception, ScriptError* error) const {
     if (!error->causes.empty()) set_place(at, &error->causes.back());
     if (!error->causes.empty() && !is_drawn) continue;
     static_cast<language::SourcePlace&>(*error) = at;
-    if (!at.calls.empty()) error->calls = std::move(at.calls);
+    if (at.calls.empty()) continue;
+    set_calls({std::move(at.calls), at.more_calls, at.has_lost_calls}, error);
   }
   error->more_causes = chain.count_rest();
+  return inner;
 }
 
 void ErrorReports::set_place(const ScriptError& at, language::Cause* cause) {
@@ -204,7 +211,7 @@ void ErrorReports::add_parts(JSValueRef exception, ScriptError* error) const {
 
 ScriptError ErrorReports::place_of(JSValueRef exception) const {
   ScriptError place;
-  if (JSValueIsObject(context_, exception)) place.calls = frames_of(exception, kMostCalls);
+  if (JSValueIsObject(context_, exception)) set_calls(frames_of(exception), &place);
   if (!place.calls.empty()) static_cast<language::SourcePlace&>(place) = place.calls.front();
   return place;
 }
@@ -212,14 +219,16 @@ ScriptError ErrorReports::place_of(JSValueRef exception) const {
 // Between the functions that were running: an error that comes out of a mark has all places so far, and is raised in
 // the function that drew the template, which has fewer functions around it than the cause that it had inside.
 void ErrorReports::add_places(JSValueRef exception, ScriptError* error) const {
-  constexpr std::size_t kMostFrames = 100;                 // as many as the engine keeps
   std::vector<std::pair<std::size_t, std::size_t>> links;  // places and functions
   for (CauseChain chain(context_, exception); chain.link(); chain.advance()) {
     if (!JSValueIsObject(context_, chain.link())) break;
-    std::vector<TemplatePlace> places = read_places(own_places_of(context_, chain.link()));
-    const std::size_t count = places.size();
-    if (error->templates.empty()) error->templates = std::move(places);
-    links.emplace_back(count, frames_of(chain.link(), kMostFrames).size());
+    TemplatePlaces places = read_places(own_places_of(context_, chain.link()));
+    const std::size_t count = places.listed.size();
+    if (error->templates.empty()) {
+      error->templates = std::move(places.listed);
+      error->more_templates = places.more;
+    }
+    links.emplace_back(count, frames_of(chain.link(), 0).more);
   }
   const std::size_t innermost = links.empty() ? 0 : links.back().second;
   for (std::size_t i = 0; i < error->templates.size(); ++i) {
@@ -234,7 +243,7 @@ ScriptError ErrorReports::describe_syntax(const language::Program& program, cons
 }
 
 // Of a program of this realm: "name@url:line:column".
-std::optional<language::Frame> ErrorReports::read_frame(std::string_view text) const {
+std::optional<language::Frame> ErrorReports::own_frame(std::string_view text) const {
   const std::size_t column_colon = text.rfind(':');
   if (column_colon == std::string_view::npos || column_colon == 0) return {};
   const std::size_t line_colon = text.rfind(':', column_colon - 1);
@@ -253,29 +262,71 @@ std::optional<language::Frame> ErrorReports::read_frame(std::string_view text) c
   return {};
 }
 
+// A page that is executed has the functions of the outer pages around its own.
+std::optional<language::Frame> ErrorReports::read_frame(std::string_view text) const {
+  auto frame = own_frame(text);
+  for (Realm* realm : Engine::current()->realms() | boost::adaptors::reversed) {
+    if (frame) break;
+    frame = realm->reports().own_frame(text);
+  }
+  return frame;
+}
+
+// The first that the stack has, with the lines in front of it; nothing at its end.
+std::optional<language::Frame> ErrorReports::take_frame(std::string_view& stack) const {
+  while (!stack.empty()) {
+    const std::size_t end = std::min(stack.find('\n'), stack.size());
+    auto frame = read_frame(stack.substr(0, end));
+    stack.remove_prefix(std::min(end + 1, stack.size()));
+    if (frame) return frame;
+  }
+  return {};
+}
+
 // From the innermost on.
-std::vector<language::Frame> ErrorReports::frames_of(JSValueRef error, std::size_t most) const {
-  std::vector<language::Frame> frames;
-  JSValueRef stack = property(context_, object_of(error), "stack");
-  if (!JSValueIsString(context_, stack)) return frames;
-  const std::string text = to_utf8(message_of(context_, stack));
-  for (std::size_t begin = 0; begin < text.size() && frames.size() < most;) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    if (auto frame = read_frame(std::string_view(text).substr(begin, end - begin))) frames.push_back(std::move(*frame));
-    begin = end + 1;
+ErrorReports::Frames ErrorReports::read_frames(std::string_view stack, std::size_t most) const {
+  constexpr std::ptrdiff_t kKept = 100;  // lines, by the engine
+  Frames frames;
+  frames.has_lost = std::ranges::count(stack, '\n') + 1 >= kKept;
+  while (auto frame = take_frame(stack)) {
+    if (frames.listed.size() < most)
+      frames.listed.push_back(std::move(*frame));
+    else
+      ++frames.more;
   }
   return frames;
 }
 
-std::vector<language::Frame> ErrorReports::calls(std::size_t most) const {
-  JSObjectRef error = JSObjectMakeError(context_, 0, nullptr, nullptr);
-  return error ? frames_of(error, most) : std::vector<language::Frame>();
+std::string ErrorReports::stack_of(JSValueRef error) const {
+  JSValueRef stack = property(context_, object_of(error), "stack");
+  return JSValueIsString(context_, stack) ? to_utf8(message_of(context_, stack)) : std::string();
 }
 
+std::string ErrorReports::stack_here() const {
+  JSObjectRef error = JSObjectMakeError(context_, 0, nullptr, nullptr);
+  return error ? stack_of(error) : std::string();
+}
+
+ErrorReports::Frames ErrorReports::frames_of(JSValueRef error, std::size_t most) const {
+  return read_frames(stack_of(error), most);
+}
+
+void ErrorReports::set_calls(Frames frames, ScriptError* error) {
+  error->calls = std::move(frames.listed);
+  error->more_calls = frames.more;
+  error->has_lost_calls = frames.has_lost;
+}
+
+void ErrorReports::add_calls(ScriptError* reached) const { set_calls(read_frames(stack_here(), kMostCalls), reached); }
+
+std::size_t ErrorReports::count_calls() const { return read_frames(stack_here(), 0).more; }
+
 language::SourcePlace ErrorReports::here() const {
-  const std::vector<language::Frame> innermost = calls(1);
-  if (innermost.empty()) return {};
-  return innermost.front();
+  const std::string text = stack_here();
+  std::string_view stack = text;
+  const auto frame = take_frame(stack);
+  if (!frame) return {};
+  return *frame;
 }
 
 void ErrorReports::note_throw(JSValueRef value) {

@@ -17,6 +17,9 @@
 
 namespace zelto::script {
 
+// Of the functions that were running, the innermost: the others are counted.
+inline constexpr std::size_t kMostCalls = 32;
+
 // Reads the exceptions of one realm.
 class ErrorReports {
  public:
@@ -44,8 +47,9 @@ class ErrorReports {
   void put_into_words(std::wstring_view name, ScriptError* error) const;
   // The place that the script has reached.
   language::SourcePlace here() const;
-  // And the functions that it is in.
-  std::vector<language::Frame> calls(std::size_t most = kMostCalls) const;
+  // And the functions that it is in, of whatever page.
+  void add_calls(ScriptError* reached) const;
+  std::size_t count_calls() const;
 
   // Where something that is no Error was thrown.
   void note_throw(JSValueRef value);
@@ -54,14 +58,24 @@ class ErrorReports {
   const std::optional<ScriptError>& rejection() const noexcept { return rejection_; }
 
  private:
-  static constexpr std::size_t kMostCalls = 32;
-
-  std::vector<language::Frame> frames_of(JSValueRef error, std::size_t most) const;
+  struct Frames {
+    std::vector<language::Frame> listed;
+    std::size_t more = 0;
+    bool has_lost = false;
+  };
+  Frames frames_of(JSValueRef error, std::size_t most = kMostCalls) const;
+  std::string stack_of(JSValueRef error) const;
+  std::string stack_here() const;
+  Frames read_frames(std::string_view stack, std::size_t most) const;
+  std::optional<language::Frame> take_frame(std::string_view& stack) const;
   std::optional<language::Frame> read_frame(std::string_view text) const;
   void read_in_words(JSValueRef exception, ScriptError* error, std::wstring_view beginning) const;
-  void add_causes(JSValueRef exception, ScriptError* error) const;
+  // What an executed page has told of one of them; null for none.
+  const ScriptError* add_causes(JSValueRef exception, ScriptError* error) const;
   void add_parts(JSValueRef exception, ScriptError* error) const;
   static void set_place(const ScriptError& at, language::Cause* cause);
+  std::optional<language::Frame> own_frame(std::string_view text) const;
+  static void set_calls(Frames frames, ScriptError* error);
   void add_places(JSValueRef exception, ScriptError* error) const;
 
   JSContextRef context_;

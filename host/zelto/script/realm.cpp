@@ -21,6 +21,7 @@ Realm::Realm(Engine& engine, std::shared_ptr<const language::Program> page)
 
 Realm::~Realm() {
   engine_.departed().forget();
+  engine_.executed().forget(world_->context());
   engine_.release_buried();
   wrappers_.end();
   engine_.remove_realm(this);

@@ -82,7 +82,7 @@ HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LC
     JsString text(std::u16string_view{key});
     bool is_lexical = false;
     if (!has_name(text, &is_lexical)) {
-      realm_->errors().note_unknown(key);
+      realm_->errors().note_unknown(key, DISP_E_UNKNOWNNAME);
       return DISP_E_UNKNOWNNAME;
     }
     ids[0] = id_of(key, {std::move(text), is_lexical});
@@ -208,7 +208,10 @@ HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VA
   if (arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
   Name name{JsString(JSValueToStringCopy(ctx, arguments[0], exception)), false};
   if (!name.text.get()) return E_FAIL;
-  if (!has_name(name.text, &name.is_lexical)) return DISP_E_MEMBERNOTFOUND;
+  if (!has_name(name.text, &name.is_lexical)) {
+    realm_->errors().note_unknown(std::u16string(name.text.view()), DISP_E_MEMBERNOTFOUND);
+    return DISP_E_MEMBERNOTFOUND;
+  }
   JSValueRef value = read(name, exception);
   if (*exception) return E_FAIL;
   if (realm_->engine().classes().is_function(ctx, value)) return DISP_E_MEMBERNOTFOUND;

@@ -52,6 +52,19 @@ std::string call_item(const PageError::Call& call) {
   return fmt::format("<li>{}, {}</li>\n", name, html(place_text(call.file, call.line)));
 }
 
+std::string counted(std::size_t count, std::string_view what) {
+  return count == 0 ? std::string() : fmt::format("{} more {}{}", count, what, count > 1 ? "s" : "");
+}
+
+// "and 24 more marks, at least 68 more calls"
+std::string not_listed(const PageError& error) {
+  const std::string marks = counted(error.more_templates, "mark");
+  std::string calls = counted(error.more_calls, "call");
+  if (error.has_lost_calls) calls = calls.empty() ? "more calls" : "at least " + calls;
+  if (marks.empty() && calls.empty()) return {};
+  return fmt::format("<p>and {}{}{}</p>\n", marks, marks.empty() || calls.empty() ? "" : ", ", calls);
+}
+
 // Marks stand where they were drawn: around the calls that they made. One call alone is the place of the error itself.
 std::string call_list(const PageError& error) {
   const auto& templates = error.templates;
@@ -66,7 +79,7 @@ std::string call_list(const PageError& error) {
     list += call_item(error.calls[inside]);
   }
   const std::string_view title = templates.empty() ? "Calls" : "Marks and calls";
-  return fmt::format("<h2>{}, the last one first</h2>\n<ol>\n{}</ol>\n", title, list);
+  return fmt::format("<h2>{}, the last one first</h2>\n<ol>\n{}</ol>\n{}", title, list, not_listed(error));
 }
 
 std::string_view title_of(PageError::Cause::Kind kind) {
@@ -123,8 +136,8 @@ std::string template_lines(const PageError& error, const std::string& root) {
   const auto place = std::ranges::find_if(error.templates, [](const auto& each) { return each.file != kTextTemplate; });
   if (place == error.templates.end()) return {};
   const std::string file = to_utf8(place->file);
-  std::string lines = source_excerpt(root + file, place->line, place->column);
-  if (lines.empty()) lines = source_excerpt(file, place->line, place->column);
+  std::string lines = source_excerpt(root + file, place->line, place->column, place->charset);
+  if (lines.empty()) lines = source_excerpt(file, place->line, place->column, place->charset);
   return lines.empty() ? lines : fmt::format("<h2>{}</h2>\n{}", html(place->file), lines);
 }
 
@@ -137,7 +150,8 @@ std::string templates_line(const PageError& error) {
     const PageError::Template& place = error.templates[i];
     line += (i == 0 ? "; in " : ", ") + to_utf8(place_text(place) + L" " + place.mark);
   }
-  return count <= kMost ? line : line + fmt::format(" and {} more", count - kMost);
+  const std::size_t more = count - std::min(count, kMost) + error.more_templates;
+  return more == 0 ? line : line + fmt::format(" and {} more", more);
 }
 
 }  // namespace

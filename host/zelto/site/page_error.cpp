@@ -41,10 +41,14 @@ PageError page_error(const language::ScriptError& error, const Site& site) {
   made.line = error.line;
   made.column = error.column > 0 ? error.column : -1;
   made.calls = calls_of(error.calls, site);
+  made.more_calls = error.more_calls;
+  made.has_lost_calls = error.has_lost_calls;
   made.causes = causes_of(error, site);
   made.more_causes = error.more_causes;
   for (const language::TemplatePlace& place : error.templates)
-    made.templates.push_back({to_wide(site.path_of(place.file)), place.line, place.column, place.mark, place.calls});
+    made.templates.push_back(
+        {to_wide(site.path_of(place.file)), place.line, place.column, place.mark, place.calls, {}});
+  made.more_templates = error.more_templates;
   return made;
 }
 

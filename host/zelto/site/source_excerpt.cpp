@@ -1,6 +1,12 @@
 #include "site/source_excerpt.h"
 
 #include <fmt/format.h>
+#include <korlib/activation.h>
+#include <korlib/adostream.h>
+#include <korlib/combstr.h>
+#include <korlib/comvariant.h>
+#include <korlib/errorinfo.h>
+#include <korlib/ptr.h>
 
 #include <algorithm>
 #include <string_view>
@@ -64,12 +70,32 @@ std::string caret_line(const Part& part) {
   return "<span class=\"caret\">" + to_utf8(blank) + "^</span>";
 }
 
+// As the component reads it; nothing when that fails.
+std::wstring text_in_charset(const std::string& physical, std::wstring_view charset) {
+  CComPtr<IKorLibStream> stream;
+  CComBSTR text;
+  const bool is_read = SUCCEEDED(CoCreateInstance(CLSID_KorLibStream, nullptr, CLSCTX_INPROC_SERVER,
+                                                  korlib::iid_of<IKorLibStream>, stream.put_void())) &&
+                       SUCCEEDED(stream->Open(korlib::omitted(), 0, -1, nullptr, nullptr)) &&
+                       SUCCEEDED(stream->put_Charset(CComBSTR(charset))) &&
+                       SUCCEEDED(stream->LoadFromFile(CComBSTR(std::wstring_view(to_wide(physical))))) &&
+                       SUCCEEDED(stream->ReadText(adReadAll, text.put()));
+  SetErrorInfo(0, nullptr);
+  return is_read ? std::wstring(text.view()) : std::wstring();
+}
+
+std::wstring text_of_file(const std::string& physical, std::wstring_view charset) {
+  if (std::wstring text = charset.empty() ? L"" : text_in_charset(physical, charset); !text.empty()) return text;
+  const auto source = pages::read_source(physical);
+  if (!source) return {};
+  return pages::decode_source(source->bytes, pages::code_page_of_source(source->bytes));
+}
+
 }  // namespace
 
-std::string source_excerpt(const std::string& physical, LONG line, LONG column) {
-  const auto source = line > 0 ? pages::read_source(physical) : std::nullopt;
-  if (!source) return {};
-  const std::wstring decoded = pages::decode_source(source->bytes, pages::code_page_of_source(source->bytes));
+std::string source_excerpt(const std::string& physical, LONG line, LONG column, std::wstring_view charset) {
+  if (line < 1) return {};
+  const std::wstring decoded = text_of_file(physical, charset);
   std::wstring_view text = decoded;
   std::string lines;
   for (LONG number = 1; number <= line + kLinesAround && !text.empty(); ++number) {
