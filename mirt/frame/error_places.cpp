@@ -1,6 +1,7 @@
 #include "frame/error_places.h"
 
 #include <algorithm>
+#include <cwchar>
 #include <string>
 
 #include <mirt/template_places.h>
@@ -10,6 +11,8 @@
 
 namespace mirt {
 namespace {
+
+constexpr std::wstring_view kMore = L" more";  // ends the line that counts those that are not listed
 
 using GetErrorInfoFunction = decltype(GetErrorInfo);
 
@@ -34,16 +37,26 @@ CComBSTR ErrorInHand::places() const {
   return list;
 }
 
-bool ErrorInHand::has_room() const {
-  if (!is_readable_) return false;
-  const CComBSTR list = places();
-  return list.empty() || std::ranges::count(list.view(), L'\n') + 1 < static_cast<std::ptrdiff_t>(kMostTemplatePlaces);
+bool ErrorInHand::is_full() const {
+  return std::ranges::count(places().view(), L'\n') + 1 >= static_cast<std::ptrdiff_t>(kMostTemplatePlaces);
 }
 
 void ErrorInHand::add(std::wstring_view place) {
   std::wstring list(places().view());
   if (!list.empty()) list += L'\n';
   set_places(list.append(place).data());
+}
+
+void ErrorInHand::add_unlisted() {
+  constexpr std::wstring_view kBefore = L"\nand ";
+  std::wstring list(places().view());
+  const std::size_t last = list.rfind(L'\n');
+  unsigned long count = 0;
+  if (last != list.npos && list.compare(last, kBefore.size(), kBefore) == 0 && list.ends_with(kMore)) {
+    count = std::wcstoul(list.c_str() + last + kBefore.size(), nullptr, 10);
+    list.erase(last);
+  }
+  set_places(list.append(kBefore).append(std::to_wstring(count + 1)).append(kMore).data());
 }
 
 // The object stays the same one: a host may know its own by it.

@@ -20,10 +20,14 @@ class ErrorInHand {
 
   // The list so far; null when there is none.
   CComBSTR places() const;
-  // Whether the list has room for one more. False as well on a host that does not give error objects out.
-  bool has_room() const;
+  // False on a host that does not give error objects out: nothing can be added.
+  bool is_readable() const noexcept { return is_readable_; }
+  // Whether the list has as many places as it may have.
+  bool is_full() const;
   // Puts a place at the list's end; makes an error object without words where there is none.
   void add(std::wstring_view place);
+  // Counts one more, which a full list does not have.
+  void add_unlisted();
   void set_places(LPOLESTR list);
 
  private:

@@ -48,7 +48,7 @@ HRESULT Templates::draw(std::wstring_view name) {
   const CComBSTR read_as = charset;
   const HRESULT read = read_text_file(canonical, read_as, text.put());
   if (FAILED(read)) return draw_unreadable(canonical.view(), read);
-  engine_.note_template(canonical);
+  engine_.note_template(canonical, read_as);
   return are_cached ? draw_cached(composed, canonical, text) : draw_text(composed, canonical, text);
 }
 

@@ -4,10 +4,13 @@
 // the rest is found in the text when something has failed.
 #include <algorithm>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <mirt/template_places.h>
 
 #include "frame/error_places.h"
+#include "templator/delimiters.h"
 #include "templator/scan.h"
 
 namespace {
@@ -69,31 +72,77 @@ std::size_t CTemplatorConcept::find_mark(const CTemplate& tmpl, std::size_t mark
   return is_there ? progress.mark : Progress::kNowhere;
 }
 
-// The mark as it is written, or what is wrong with it.
-std::wstring CTemplatorConcept::described_mark(const Progress& progress) const {
-  const std::wstring_view text = progress.text;
+// Of the marks that are open at the end of the text, the innermost is the one to close. But one inside whose name goes
+// over markup or lines has taken the end of another, and is it.
+std::size_t CTemplatorConcept::find_unclosed(const Delimiters& d, std::wstring_view text, std::size_t outermost) const {
+  struct Open {
+    std::size_t begin;
+    bool is_in_name = true;
+    bool runs_on = false;
+  };
+  std::vector<Open> open;
+  const auto pass = [&](std::wstring_view letters) {
+    if (!open.empty() && open.back().is_in_name && letters.find_first_of(L"<\r\n") != letters.npos)
+      open.back().runs_on = true;
+  };
+  std::size_t pos = outermost;
+  while (pos < text.size()) {
+    const std::size_t start = d.next_start(text, pos);
+    pass(text.substr(pos, start - pos));
+    pos = start;
+    if (pos == text.size()) break;
+    if (stands_at(text, pos, d.escape)) {
+      take_escaped(text, pos, {&Escape, &MarkOpen, &MarkClose, &NameSeparator, &ParamSeparator});
+    } else if (stands_at(text, pos, d.mark_open)) {
+      open.push_back({pos});
+      pos += d.mark_open.size();
+      if (pos < text.size() && MarkTypes.view().find(text[pos]) != std::wstring_view::npos) ++pos;
+    } else if (stands_at(text, pos, d.mark_close)) {
+      if (open.size() > 1 && open.back().runs_on) return open.back().begin;
+      if (!open.empty()) open.pop_back();
+      pos += d.mark_close.size();
+    } else if (stands_at(text, pos, d.name_separator) || stands_at(text, pos, d.param_separator)) {
+      if (!open.empty()) open.back().is_in_name = false;
+      pos += stands_at(text, pos, d.name_separator) ? d.name_separator.size() : d.param_separator.size();
+    } else {
+      pass(text.substr(pos++, 1));
+    }
+  }
+  return open.empty() ? outermost : open.back().begin;
+}
+
+// The mark at `at` as it is written, or what is wrong with it; moves `at` to the one in it that is to be mended.
+std::wstring CTemplatorConcept::described_mark(std::wstring_view text, std::size_t& at) const {
   const Delimiters d = delimiters();
-  if (stands_at(text, progress.mark, d.mark_close)) return std::wstring(d.mark_close) + L": closes no mark";
-  std::size_t pos = progress.mark + d.mark_open.size();
+  if (stands_at(text, at, d.mark_close)) return std::wstring(d.mark_close) + L": closes no mark";
+  std::size_t pos = at + d.mark_open.size();
   ReusableMark mark;
-  if (FAILED(read_mark(d, text, pos, mark.data, mark.scratch)))
-    return quoted(rest_of_line(text, progress.mark)) + L": opened here, never closed";
-  return quoted(text.substr(progress.mark, pos + d.mark_close.size() - progress.mark));
+  if (SUCCEEDED(read_mark(d, text, pos, mark.data, mark.scratch)))
+    return quoted(text.substr(at, pos + d.mark_close.size() - at));
+  at = find_unclosed(d, text, at);
+  return quoted(rest_of_line(text, at)) + L": opened here, never closed";
 }
 
 std::wstring CTemplatorConcept::place_of(Progress progress) {
   if (progress.parsed) progress.mark = find_mark(*progress.parsed, progress.index, progress.text);
   if (progress.mark == Progress::kNowhere) return {};
+  std::size_t at = progress.mark;
+  const std::wstring mark = described_mark(progress.text, at);
   const std::wstring file(progress.file.empty() ? mirt::kTextTemplate : progress.file);
-  return file + L":" + line_at(progress.text, progress.mark) + L": " + described_mark(progress);
+  return file + L":" + line_at(progress.text, at) + L": " + mark;
 }
 
 // Where there is no memory to tell the place, the failure is that which it was.
 HRESULT CTemplatorConcept::fail_at(HRESULT hr, const Progress& progress) noexcept try {
   if (!progress.is_in_mark()) return hr;
+  const wchar_t* const reason = std::exchange(m_reason, nullptr);
   mirt::ErrorInHand error;
-  if (!error.has_room()) return hr;
-  if (const std::wstring place = place_of(progress); !place.empty()) error.add(place);
+  if (!error.is_readable()) return hr;
+  if (error.is_full()) {
+    error.add_unlisted();
+  } else if (const std::wstring place = place_of(progress); !place.empty()) {
+    error.add(reason ? place + L": " + reason : place);
+  }
   return hr;
 } catch (...) {
   return hr;
@@ -115,10 +164,10 @@ void CTemplatorConcept::note_slip(TemplateSlip slip, BSTR name, IUnknown* values
   return;
 }
 
-void CTemplatorConcept::note_template(BSTR file) noexcept {
+void CTemplatorConcept::note_template(BSTR file, BSTR charset) noexcept {
   if (!notes()) return;
   const mirt::ErrorInHand untouched;
-  m_spNotes->NoteTemplate(file);
+  m_spNotes->NoteTemplate(file, charset);
 }
 
 void CTemplatorConcept::note_bag(BSTR page, IUnknown* bag) noexcept {

@@ -11,6 +11,10 @@ HRESULT read_host_value(const CComPtr<Values>& values, BSTR name, CComVariant* v
   return values ? values->get_Value(name, value->put()) : E_FAIL;
 }
 
+constexpr const wchar_t* kNoView = L"there is no View outside of the page's Process";
+constexpr const wchar_t* kNoBag = L"the page that has made the templator has no Name, and so no bag";
+constexpr const wchar_t* kNoSession = L"the page has no session";
+
 // The row of each type in kMarkKinds, looked up for every mark that is drawn; the number of rows for other characters.
 constexpr auto kRowOfType = [] {
   std::array<unsigned char, 128> rows{};
@@ -38,12 +42,14 @@ HRESULT MarkValues::read(MarkSource source, const CMarkData& mark, BSTR name, CC
   }
   bool found = true;
   RETURN_IF_FAILED(read_value(source, name, text, &found));
-  if (text->vt == VT_EMPTY && parts_.engine.takes_notes()) note_nothing(source, name);
   if (!found) {
     text->reset();  // of what was looked at on the way
     return S_OK;
   }
-  return CTemplatorConcept::ChangeToBSTR(text, &mark.Params, parts_.null_is_empty);
+  const bool is_nothing = text->vt == VT_EMPTY;
+  RETURN_IF_FAILED(CTemplatorConcept::ChangeToBSTR(text, &mark.Params, parts_.null_is_empty));
+  if (is_nothing && parts_.engine.takes_notes()) note_nothing(source, name);
+  return S_OK;
 }
 
 HRESULT MarkValues::read_value(MarkSource source, BSTR name, CComVariant* value, bool* found) const {
@@ -51,11 +57,14 @@ HRESULT MarkValues::read_value(MarkSource source, BSTR name, CComVariant* value,
   switch (source) {
     case MarkSource::view:
       items = parts_.view;
+      if (!items) parts_.engine.set_reason(kNoView);
       return read_item(items.get(), name, value);
     case MarkSource::bag:
       RETURN_IF_FAILED(get_bag(&items));
+      if (!items) parts_.engine.set_reason(kNoBag);
       return read_item(items.get(), name, value);
     case MarkSource::session:
+      if (!parts_.asp.session) parts_.engine.set_reason(kNoSession);
       return read_host_value(parts_.asp.session, name, value);
     case MarkSource::application:
       return read_host_value(parts_.asp.application, name, value);

@@ -24,7 +24,7 @@ class GTemplatorImpl : public Interface, protected CTemplatorConcept {
     CComBSTR text;
     RETURN_IF_FAILED(GetTemplate(path, charset, text.put()));
     const CComPtr<IDispatch> self(this);  // a script may let go of it meanwhile
-    note_template(path);
+    note_template(path, charset);
     return Process(text, korlib::view_of(path));
   }
   STDMETHODIMP ProcessTemplate(BSTR text) override {

@@ -61,13 +61,17 @@ class CTemplatorConcept {
   // failure, or an empty text when `emptyOnFail` is set.
   static HRESULT ChangeToBSTR(VARIANT* value, const MarkParams* path, bool emptyOnFail);
 
+  // Why the mark that is being drawn fails, for a failure that has no words of its own: told beside its place. The
+  // text stays where it is.
+  void set_reason(const wchar_t* reason) noexcept { m_reason = reason; }
+
   // The request's Response, which may want to be told (mirt/template_notes.h). Not counted: the owner holds it.
   void set_response(IUnknown* response) noexcept { m_pResponse = response; }
   // Whether it does.
   bool takes_notes() noexcept { return notes() != nullptr; }
   // That the mark which is being drawn shows nothing.
   void note_slip(TemplateSlip slip, BSTR name, IUnknown* values = nullptr) noexcept;
-  void note_template(BSTR file) noexcept;
+  void note_template(BSTR file, BSTR charset) noexcept;
   void note_bag(BSTR page, IUnknown* bag) noexcept;
 
  protected:
@@ -109,7 +113,8 @@ class CTemplatorConcept {
   HRESULT fail_at(HRESULT hr, const Progress& progress) noexcept;
   // As the lists of mirt/template_places.h have it; empty when it cannot be found.
   std::wstring place_of(Progress progress);
-  std::wstring described_mark(const Progress& progress) const;
+  std::wstring described_mark(std::wstring_view text, std::size_t& at) const;
+  std::size_t find_unclosed(const Delimiters& d, std::wstring_view text, std::size_t outermost) const;
   // Where a mark of a parsed template stands in the text; nowhere if that is another text.
   std::size_t find_mark(const CTemplate& tmpl, std::size_t mark, std::wstring_view text);
   // Goes over an escape at `pos` and over what it protects; the delimiter that the two stand for.
@@ -130,6 +135,7 @@ class CTemplatorConcept {
   IdleMarks m_oIdleMarks;
   std::wstring m_lastText;  // that was streamed, and not scanned before
   std::shared_ptr<const ScannedText> m_spScanned;
+  const wchar_t* m_reason = nullptr;
   const Progress* m_pProgress = nullptr;  // of the innermost text that is being drawn
   IUnknown* m_pResponse = nullptr;
   bool m_hasAskedForNotes = false;

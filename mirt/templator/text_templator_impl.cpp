@@ -10,6 +10,9 @@ namespace {
 
 constexpr std::wstring_view kCommentTypes = L" \t\r\n";  // all the types there are
 
+constexpr const wchar_t* kUnknown = L"no script of the templator has it";
+constexpr const wchar_t* kNoScript = L"the templator has no Script";
+
 }  // namespace
 
 GITextTemplatorImpl<ITextTemplator>::GITextTemplatorImpl() : GTemplatorImpl(kCommentTypes.data()) {}
@@ -32,7 +35,9 @@ HRESULT GITextTemplatorImpl<ITextTemplator>::OnMarked_(const CMarkData& mark) {
     RETURN_IF_FAILED(script_member_text(member, this, mark, false, &text));
   } else {
     mirt::forget_error();
-    RETURN_IF_FAILED(m_oScripts.GetValue(name, &text));
+    const HRESULT value = m_oScripts.GetValue(name, &text);
+    if (FAILED(value)) set_reason(m_oScripts.last() ? kUnknown : kNoScript);
+    RETURN_IF_FAILED(value);
     RETURN_IF_FAILED(ChangeToBSTR(&text, nullptr, false));
   }
   return Write(text.bstrVal);

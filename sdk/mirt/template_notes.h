@@ -16,8 +16,8 @@ enum class TemplateSlip : LONG {
 // The component asks the request's Response for this interface. A host that does not want to know answers
 // E_NOINTERFACE, and is not asked again by the same object.
 struct ITemplateNotes : IUnknown {
-  // A template file is about to be drawn.
-  virtual HRESULT NoteTemplate(BSTR file) = 0;
+  // A template file is about to be drawn that was read in that character set.
+  virtual HRESULT NoteTemplate(BSTR file, BSTR charset) = 0;
   // `name` is the mark's; `place` its line as in mirt/template_places.h, empty where that is not known. `values` is the
   // dictionary that was asked, which may have the name by now, or null.
   virtual HRESULT NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnknown* values) = 0;

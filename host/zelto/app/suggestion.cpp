@@ -1,6 +1,6 @@
 #include "app/suggestion.h"
 
-#include "language/name_distance.h"
+#include "base/near_names.h"
 #include "text/charset.h"
 
 namespace zelto {
@@ -9,8 +9,7 @@ std::string suggestion(const std::vector<std::string>& words, std::string_view m
   std::vector<std::wstring> names;
   names.reserve(words.size());
   for (const std::string& word : words) names.push_back(to_wide(word));
-  const std::wstring nearest = language::nearest_name(names, to_wide(mistyped));
-  return nearest.empty() ? std::string() : "did you mean '" + to_utf8(nearest) + "'?";
+  return to_utf8(base::did_you_mean(names, to_wide(mistyped)));
 }
 
 }  // namespace zelto

@@ -31,17 +31,32 @@ struct PageError {
     std::wstring file;
     LONG line = 0;
   };
-  std::vector<Call> calls;  // from its place outwards
+  std::vector<Call> calls;      // from its place outwards
+  std::size_t more_calls = 0;   // around those
+  bool has_lost_calls = false;  // and others, of which not even the number is known
   struct Template {
     std::wstring file;  // virtual path; "(text)" for a template that comes from no file
     LONG line = 0;      // from 1, like the column
     LONG column = 0;
     std::wstring mark;      // as it is written
     std::size_t calls = 0;  // how many of the calls were running inside of the mark
+    std::wstring charset;   // that the file was read in; empty when it is not known
   };
-  std::vector<Template> templates;   // that were being drawn, the innermost first
-  std::vector<std::wstring> causes;  // what it says that it comes from
-  std::string reference;             // what a visitor is told in place of all this
+  std::vector<Template> templates;  // that were being drawn, the innermost first
+  std::size_t more_templates = 0;   // around those
+  struct Cause {
+    enum Kind : unsigned char { cause, part, opener };  // language/program.h
+    Kind kind = cause;
+    std::wstring description;
+    std::wstring source;
+    std::wstring file;
+    LONG line = 0;
+    LONG column = 0;
+    std::vector<Call> calls;
+  };
+  std::vector<Cause> causes;  // what it says that it comes from
+  std::size_t more_causes = 0;
+  std::string reference;  // what a visitor is told in place of all this
 };
 
 // What the intrinsic objects ask of whoever runs the page. Of itself it answers for a page that has ended.
@@ -58,7 +73,7 @@ class PageHost {
   virtual const PageError* last_error() const { return nullptr; }  // null when there was none
   // Whether it wants to know of templates, and what the component then has to say.
   virtual bool takes_notes() const { return false; }
-  virtual void note_template(std::wstring_view /*file*/) {}
+  virtual void note_template(std::wstring_view /*file*/, std::wstring_view /*charset*/) {}
   virtual void note_slip(TemplateSlip /*slip*/, std::wstring_view /*name*/, std::wstring_view /*place*/,
                          IUnknown* /*values*/) {}
   virtual void note_bag(std::wstring_view /*page*/, IUnknown* /*bag*/) {}

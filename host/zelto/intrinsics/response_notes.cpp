@@ -18,8 +18,8 @@ HRESULT ResponseObject::QueryInterface(REFIID riid, void** ppv) {
   return DispatchObject::QueryInterface(riid, ppv);
 }
 
-HRESULT ResponseObject::NoteTemplate(BSTR file) try {
-  page_->host->note_template(korlib::view_of(file));
+HRESULT ResponseObject::NoteTemplate(BSTR file, BSTR charset) try {
+  page_->host->note_template(korlib::view_of(file), korlib::view_of(charset));
   return S_OK;
 } catch (...) {
   return korlib::hresult_from_exception(kSource);

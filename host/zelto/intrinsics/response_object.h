@@ -18,7 +18,7 @@ class ResponseObject final
 
   // What is to be said of templates is for a page whose host wants to know.
   HRESULT QueryInterface(REFIID riid, void** ppv) override;
-  HRESULT NoteTemplate(BSTR file) override;
+  HRESULT NoteTemplate(BSTR file, BSTR charset) override;
   HRESULT NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnknown* values) override;
   HRESULT NoteBag(BSTR page, IUnknown* bag) override;
 

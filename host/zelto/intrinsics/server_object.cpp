@@ -3,8 +3,8 @@
 #include <korlib/activation.h>
 #include <korlib_host/class_table.h>
 
+#include "base/near_names.h"
 #include "intrinsics/value_text.h"
-#include "language/name_distance.h"
 #include "script/watchdog.h"
 #include "text/charset.h"
 #include "text/html.h"
@@ -20,9 +20,8 @@ constexpr std::wstring_view kSource = L"Server";
 std::wstring quoted(std::wstring_view text) { return L"\"" + std::wstring(text) + L"\""; }
 
 std::wstring no_class(std::wstring_view name) {
-  const std::wstring meant = language::nearest_name(korlib_host::prog_ids(), name);
-  return L"CreateObject: no class is registered as " + quoted(name) +
-         (meant.empty() ? L"." : L"; did you mean " + quoted(meant) + L"?");
+  const std::wstring near = base::did_you_mean(korlib_host::prog_ids(), name);
+  return L"CreateObject: no class is registered as " + quoted(name) + (near.empty() ? L"." : L"; " + near);
 }
 
 // Keeps the error object that the failing call has set; without one, sets one with this text.

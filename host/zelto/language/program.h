@@ -58,14 +58,31 @@ struct TemplatePlace : SourcePlace {
   std::size_t calls = 0;  // how many of the error's calls were running inside of the mark
 };
 
+// What an error comes from, consists of, or speaks of beside its own place.
+struct Cause : SourcePlace {
+  enum Kind : unsigned char {
+    cause,
+    part,    // one of several errors that it stands for
+    opener,  // a bracket that is still open
+  };
+  Kind kind = cause;
+  std::wstring message;
+  std::wstring source;
+  std::vector<Frame> calls;  // from that place outwards; nothing when that place says all
+};
+
 // What is wrong with a script, in words, and where in its source.
 struct ScriptError : SourcePlace {
-  std::wstring message;                   // without the kind of error in front, unless the script threw no Error
-  std::wstring source;                    // whose error it is: that of a component such as "Mirt", or the error's name
-  HRESULT number = 0;                     // the failing result, or the error's own `number`
-  std::vector<Frame> calls = {};          // from that place outwards
-  std::vector<std::wstring> causes = {};  // what the error says that it comes from, the nearest first
+  std::wstring message;            // without the kind of error in front, unless the script threw no Error
+  std::wstring source;             // whose error it is: that of a component such as "Mirt", or the error's name
+  HRESULT number = 0;              // the failing result, or the error's own `number`
+  std::vector<Frame> calls = {};   // from that place outwards
+  std::size_t more_calls = 0;      // around those
+  bool has_lost_calls = false;     // and more that the engine has not kept
+  std::vector<Cause> causes = {};  // the nearest first
+  std::size_t more_causes = 0;     // that are not among them
   std::vector<TemplatePlace> templates = {};  // that were being drawn, the innermost first
+  std::size_t more_templates = 0;             // around those
 };
 
 // A program from a piece of script: assignments to calls of automation objects, methods named without

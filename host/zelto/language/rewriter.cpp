@@ -8,6 +8,7 @@
 
 #include "base/letter_case.h"
 #include "language/chains.h"
+#include "language/written_source.h"
 
 namespace zelto::language {
 namespace {
@@ -49,6 +50,7 @@ class Rewriter : private Chains {
       : Chains(text, tokens), is_read_(tokens.size()), edits_(text) {}
 
   Rewritten run() {
+    find_do_loops();
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
       rewrite_token(i);
       if (tokens_[i].statement_start) read_value(i, L", 1)");
@@ -74,6 +76,7 @@ class Rewriter : private Chains {
       case Token::keyword:
         if (text == L"throw" && tokens_[i].statement_start) edits_.insert(tokens_[i].end, L" $zelto.thrown =");
         if (text == L"return" && !line_ends_behind(i)) read_value(i + 1, L")");
+        if (is_loop(i)) place_loop(i);
         break;
       case Token::punctuator:
         if (is_assignment(i)) read_value(i + 1, L")");
@@ -99,6 +102,30 @@ class Rewriter : private Chains {
       case Token::name:
         break;
     }
+  }
+
+  // `do` and its `while` are one loop. Where the two cannot be told by their braces, no `while` is taken for a loop.
+  void find_do_loops() {
+    for (std::size_t i = 0; i < tokens_.size(); ++i) {
+      if (tokens_[i].kind != Token::keyword || !tokens_[i].statement_start || !is(i, L"do")) continue;
+      if (is(i + 1, L"{") && tokens_[i + 1].partner != Token::kNone)
+        ends_of_do_.push_back(tokens_[i + 1].partner + 1);
+      else
+        has_bare_do_ = true;
+    }
+    std::ranges::sort(ends_of_do_);
+  }
+
+  bool is_loop(std::size_t i) const {
+    if (!tokens_[i].statement_start || !is(i, L"for", L"while", L"do")) return false;
+    return !is(i, L"while") || (!has_bare_do_ && !std::ranges::binary_search(ends_of_do_, i));
+  }
+
+  // The engine looks at its limits as each round begins, and takes for its place that of the last expression in front
+  // that may throw. So there is one, which nothing ever reaches. A label belongs to the loop.
+  void place_loop(std::size_t i) {
+    while (i >= 2 && is(i - 1, L":") && tokens_[i - 2].kind == Token::name && tokens_[i - 2].statement_start) i -= 2;
+    edits_.insert(tokens_[i].begin, std::wstring(kLoopPlace));
   }
 
   void hand_over(std::size_t i) {
@@ -285,6 +312,8 @@ class Rewriter : private Chains {
   std::vector<std::size_t> enclosing_;        // those around it, outermost first
   unsigned patterns_ = 0;                     // of these
   std::size_t last_optional_ = Token::kNone;  // the "?." that came last
+  std::vector<std::size_t> ends_of_do_;       // the tokens behind the bodies of `do`
+  bool has_bare_do_ = false;                  // with a body that is no block
   std::vector<bool> is_read_;                 // the last tokens of chains that read_value has wrapped
   SourceEdits edits_;
 };

@@ -43,9 +43,14 @@ class Tokenizer {
     return Tokens{std::move(tokens_), std::move(markup_comments_)};
   }
 
-  std::optional<std::size_t> unclosed() {
-    if (!cut() || stack_.size() == 1) return std::nullopt;
-    return tokens_[top().token].begin;
+  PartialTokens run_partly() {
+    PartialTokens partial;
+    if (!cut())
+      partial.fault = fault();
+    else if (stack_.size() > 1)
+      partial.fault = {TextFault::bracket, tokens_[top().token].begin};
+    partial.all = std::move(tokens_);
+    return partial;
   }
 
  private:
@@ -58,6 +63,20 @@ class Tokenizer {
       if (!one()) return false;
       newline_ = false;
     }
+  }
+
+  // Where cutting has ended.
+  TextFault fault() {
+    const wchar_t c = peek();
+    if (c == L'"' || c == L'\'') return {TextFault::string, at_};
+    if (c == L'`') return {TextFault::template_literal, at_};
+    if (looking_at(L"/*")) return {TextFault::comment, at_};
+    if (c == L'/') return {TextFault::regular_expression, at_};
+    if (c != L')' && c != L']' && c != L'}') return {TextFault::escape, at_};
+    if (stack_.size() == 1) return {TextFault::stray_closer, at_};
+    const std::size_t opener = tokens_[top().token].begin;
+    if (top().role == Role::substitution && top().closer == c) return {TextFault::template_literal, opener};
+    return {TextFault::wrong_closer, at_, opener};
   }
 
   wchar_t peek(std::size_t ahead = 0) const { return at_ + ahead < text_.size() ? text_[at_ + ahead] : L'\0'; }
@@ -314,6 +333,6 @@ class Tokenizer {
 
 std::optional<Tokens> tokenize(std::wstring_view text) { return Tokenizer(text).run(); }
 
-std::optional<std::size_t> unclosed_bracket(std::wstring_view text) { return Tokenizer(text).unclosed(); }
+PartialTokens tokenize_partly(std::wstring_view text) { return Tokenizer(text).run_partly(); }
 
 }  // namespace zelto::language

@@ -66,8 +66,26 @@ class TokenText {
 // one: the engine then says what is wrong with it.
 std::optional<Tokens> tokenize(std::wstring_view text);
 
-// Where the innermost bracket stands that is still open at the end of the text; nothing when there is none, or the text
-// cannot be cut as far as that.
-std::optional<std::size_t> unclosed_bracket(std::wstring_view text);
+// What keeps a text from being cut into tokens.
+struct TextFault {
+  enum Kind : unsigned char {
+    string,              // not closed in its line
+    regular_expression,  // likewise
+    template_literal,    // not closed at all
+    comment,             // likewise
+    bracket,             // likewise
+    wrong_closer,        // closes another bracket than the one that is open
+    stray_closer,        // closes none
+    escape,              // of a name, that does not end
+  };
+  Kind kind;
+  std::size_t at;                     // of strings, comments and the like where they begin
+  std::size_t opener = Token::kNone;  // of a wrong closer: where the open bracket stands
+};
+struct PartialTokens {
+  std::vector<Token> all;  // in front of the fault
+  std::optional<TextFault> fault;
+};
+PartialTokens tokenize_partly(std::wstring_view text);
 
 }  // namespace zelto::language

@@ -111,7 +111,9 @@ bool unwrap(std::wstring& text, const Wrapping& wrapping) {
 }  // namespace
 
 std::wstring as_written(std::wstring message) {
-  if (message.size() > kLongest || message.find(L"$zelto") == kNone) return message;
+  if (message.size() > kLongest) return message;
+  for (std::size_t at = 0; (at = message.find(kLoopPlace, at)) != kNone;) message.erase(at, kLoopPlace.size());
+  if (message.find(L"$zelto") == kNone) return message;
   for (const Wrapping& wrapping : kWrappings) {
     while (unwrap(message, wrapping)) continue;
   }

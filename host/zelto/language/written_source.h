@@ -2,8 +2,12 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace zelto::language {
+
+// Stands in front of a loop: rewriter.h.
+inline constexpr std::wstring_view kLoopPlace = L"if(0)throw 0;else ";
 
 // A message without the words that the rewriter put into the source (rewriter.h):
 // "$zelto_call(a, \"B\").c is not a function" is "a.B().c is not a function".

@@ -10,8 +10,8 @@ namespace zelto {
 
 namespace {
 
-LoadedPage failed(const std::string& what, const std::string& file, int line) {
-  return {nullptr, language::ScriptError{{file, line, 0}, to_wide(what), L"Page", E_FAIL}, {}};
+LoadedPage failed(const std::string& what, const std::string& file, int line, int column) {
+  return {nullptr, language::ScriptError{{file, line, column}, to_wide(what), L"Page", E_FAIL}, {}};
 }
 
 bool is_current(const pages::CompiledPage& page, const std::string& physical,
@@ -42,9 +42,9 @@ LoadedPage Programs::load(const std::string& virtual_path, const std::string& ph
     try {
       page = std::make_shared<pages::CompiledPage>(pages::compile_page(root_, physical));
     } catch (const pages::PageSourceError& error) {
-      return failed(error.what(), error.file, error.line);
+      return failed(error.what(), error.file, error.line, error.column);
     } catch (const std::bad_alloc&) {
-      return failed("There is no memory left to compile " + virtual_path + ".", physical, 0);
+      return failed("There is no memory left to compile " + virtual_path + ".", physical, 0, 0);
     }
     std::lock_guard guard(lock_);
     pages_[physical] = page;

@@ -119,7 +119,7 @@ Realm* Engine::realm_of(JSContextRef ctx) {
 
 ScriptError Engine::reached() const {
   ScriptError reached;
-  if (!realms_.empty()) reached.calls = realms_.back()->reports().calls();
+  if (!realms_.empty()) realms_.back()->reports().add_calls(&reached);
   if (!reached.calls.empty()) static_cast<language::SourcePlace&>(reached) = reached.calls.front();
   return reached;
 }

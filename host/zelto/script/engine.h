@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "script/departed_exception.h"
+#include "script/executed_errors.h"
 #include "script/host_object.h"
 #include "script/jsc.h"
 #include "script/member_names.h"
@@ -53,6 +54,9 @@ class Engine {
   // See Worlds.
   void set_on_undeclared(Worlds::OnUndeclared told) { worlds_.set_on_undeclared(std::move(told)); }
 
+  // The page that has failed so is one that another one executes: the member that does so fails with what this gives.
+  HRESULT raise_executed(ScriptError error) { return executed_.raise(std::move(error)); }
+
   // What follows is for this room.
 
   // One level of running script.
@@ -89,6 +93,8 @@ class Engine {
   void add_realm(Realm* realm) { realms_.push_back(realm); }
   void remove_realm(Realm* realm) { std::erase(realms_, realm); }
   bool has_realms() const noexcept { return !realms_.empty(); }
+  const std::vector<Realm*>& realms() const noexcept { return realms_; }  // of the outermost page first
+  ExecutedErrors& executed() noexcept { return executed_; }
   // How far the script has come that runs, or has an object called.
   ScriptError reached() const;
 
@@ -116,6 +122,7 @@ class Engine {
   std::vector<Realm*> realms_;
   MemberCache members_;
   DepartedException departed_;
+  ExecutedErrors executed_;
   std::mutex buried_lock_;
   HostObject* buried_ = nullptr;  // a list of them
   std::atomic<bool> has_buried_ = false;

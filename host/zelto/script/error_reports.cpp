@@ -4,19 +4,24 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/range/adaptor/reversed.hpp>
 #include <charconv>
 #include <utility>
 
-#include "language/lexemes.h"
-#include "language/tokens.h"
 #include "language/written_source.h"
+#include "script/cause_chain.h"
+#include "script/realm.h"
+#include "script/syntax.h"
 #include "script/template_places.h"
 #include "script/text.h"
+#include "script/thrown_value.h"
 
 namespace zelto::script {
 namespace {
 
-constexpr int kMostCauses = 16;  // errors may be each other's cause
+// Words of the engine for a text that is longer than it may be, or has no memory.
+constexpr std::wstring_view kTextLimit =
+    L": a text has 2147483647 characters at most, and what a page takes is limited by script_memory";
 
 // Facility "control", in which that dialect counts its errors.
 constexpr HRESULT numbered(unsigned number) { return static_cast<HRESULT>(0x800A0000u | number); }
@@ -81,6 +86,7 @@ int to_int(std::string_view digits) {
 }  // namespace
 
 void ErrorReports::begin_run() {
+  thrown_ = nullptr;
   thrown_at_.reset();
   rejection_.reset();
 }
@@ -104,7 +110,8 @@ bool ErrorReports::read(JSValueRef exception, ScriptError* out) const {
   }
   auto* object = object_of(exception);
   JSValueRef message = property(context_, object, "message");
-  out->message = message_of(context_, JSValueIsString(context_, message) ? message : exception);
+  const bool has_words = JSValueIsString(context_, message);
+  out->message = has_words ? message_of(context_, message) : words_of_thrown(context_, exception);
   JSValueRef name = property(context_, object, "name");
   JSValueRef source = property(context_, object, "source");
   if (!JSValueIsString(context_, source)) source = name;
@@ -121,65 +128,107 @@ bool ErrorReports::read(JSValueRef exception, ScriptError* out) const {
   return known.number == DISP_E_UNKNOWNNAME;
 }
 
-// Of what says nothing itself.
-std::wstring ErrorReports::words_of_thrown(JSValueRef exception) const {
-  constexpr std::size_t kMost = 200;
-  if (!JSValueIsObject(context_, exception)) return L"The script threw " + message_of(context_, exception) + L".";
-  auto* object = object_of(exception);
-  if (JSValueIsString(context_, property(context_, object, "stack"))) {
-    JSValueRef name = property(context_, object, "name");
-    return L"The script threw an error without a message" +
-           (JSValueIsString(context_, name) ? L": " + message_of(context_, name) : std::wstring()) + L".";
-  }
-  const JsString json(JSValueCreateJSONString(context_, exception, 0, nullptr));
-  std::wstring text = json.get() ? beginning_of(json.get()) : L"an object";
-  if (text.size() > kMost) text.replace(kMost, text.npos, L"…");
-  return L"The script threw " + text + L".";
+// With words for what has none.
+void ErrorReports::read_in_words(JSValueRef exception, ScriptError* error, std::wstring_view beginning) const {
+  read(exception, error);
+  const bool is_object = JSValueIsObject(context_, exception);
+  const bool has_words =
+      JSValueIsString(context_, is_object ? property(context_, object_of(exception), "message") : exception);
+  if (error->message.empty() || !has_words) error->message = words_of_thrown(context_, exception, beginning);
+  if (error->source == L"RangeError" && error->message == L"Out of memory") error->message += kTextLimit;
+  if (!is_object || !error->source.empty()) return;
+  JSValueRef name = property(context_, object_of(exception), "name");
+  if (JSValueIsString(context_, name)) error->source = message_of(context_, name);
 }
 
-ScriptError ErrorReports::describe(JSValueRef exception) const {
+ScriptError ErrorReports::describe(JSValueRef exception, std::wstring_view beginning) const {
   ScriptError error;
-  read(exception, &error);
-  language::SourcePlace& place = error;
-  if (!JSValueIsObject(context_, exception)) {
-    if (!JSValueIsString(context_, exception) || error.message.empty()) error.message = words_of_thrown(exception);
-    if (thrown_at_) place = *thrown_at_;
-    return error;
-  }
-  auto* object = object_of(exception);
-  JSValueRef message = property(context_, object, "message");
-  if (error.message.empty() || !JSValueIsString(context_, message)) error.message = words_of_thrown(exception);
-  if (JSValueRef name = property(context_, object, "name"); error.source.empty() && JSValueIsString(context_, name)) {
-    error.source = message_of(context_, name);
-  }
-  if (!JSValueIsString(context_, property(context_, object, "stack")) && thrown_at_) place = *thrown_at_;
-  // The place is where the first of a chain of errors arose.
-  JSValueRef link = exception;
-  for (int i = 0; i < kMostCauses && JSValueIsObject(context_, link); ++i) {
-    if (auto frames = frames_of(link, kMostCalls); !frames.empty()) {
-      place = frames.front();
-      error.calls = std::move(frames);
-    }
-    link = property(context_, object_of(link), "cause");
-    add_cause(link, &error);
-  }
-  if (thrown_at_ && !JSValueIsObject(context_, link) && !JSValueIsUndefined(context_, link)) place = *thrown_at_;
+  read_in_words(exception, &error, beginning);
+  const ScriptError* const inner = add_causes(exception, &error);
+  add_parts(exception, &error);
   add_places(exception, &error);
+  if (inner) put_inside(*inner, &error);
   return error;
+}
+
+// What hands on the words of its cause is the same failure, and the place is where that arose. So it is where marks
+// were drawn on the way: they and the functions are one list.
+const ScriptError* ErrorReports::add_causes(JSValueRef exception, ScriptError* error) const {
+  const bool is_drawn = !places_of(context_, exception).empty();
+  const ScriptError* inner = nullptr;
+  std::wstring known = error->message;
+  CauseChain chain(context_, exception);
+  for (; chain.link(); chain.advance()) {
+    if (!chain.is_first()) {
+      ScriptError cause;
+      read_in_words(chain.link(), &cause, kThrown);
+      if (known.find(cause.message) == known.npos) {
+        known = cause.message;
+        error->causes.push_back({{}, language::Cause::cause, std::move(cause.message), std::move(cause.source), {}});
+      }
+    }
+    if (const ScriptError* found = Engine::current()->executed().behind(chain.link())) inner = found;
+    ScriptError at = place_of(chain.link());
+    const bool was_thrown = chain.is_first() || chain.link() == thrown_;
+    if (at.file.empty() && was_thrown && thrown_at_ && !is_error(context_, chain.link()))
+      static_cast<language::SourcePlace&>(at) = *thrown_at_;
+    if (at.file.empty()) continue;
+    if (!error->causes.empty()) set_place(at, &error->causes.back());
+    if (!error->causes.empty() && !is_drawn) continue;
+    static_cast<language::SourcePlace&>(*error) = at;
+    if (at.calls.empty()) continue;
+    set_calls({std::move(at.calls), at.more_calls, at.has_lost_calls}, error);
+  }
+  error->more_causes = chain.count_rest();
+  return inner;
+}
+
+void ErrorReports::set_place(const ScriptError& at, language::Cause* cause) {
+  constexpr std::size_t kMost = 8;
+  static_cast<language::SourcePlace&>(*cause) = at;
+  cause->calls.assign(at.calls.begin(),
+                      at.calls.begin() + static_cast<std::ptrdiff_t>(std::min(at.calls.size(), kMost)));
+}
+
+// The errors that one stands for, as that of Promise.any does.
+void ErrorReports::add_parts(JSValueRef exception, ScriptError* error) const {
+  if (error->source != L"AggregateError" || !JSValueIsObject(context_, exception)) return;
+  JSValueRef errors = property(context_, object_of(exception), "errors");
+  if (!JSValueIsArray(context_, errors)) return;
+  JSValueRef length = property(context_, object_of(errors), "length");
+  const auto count = static_cast<std::size_t>(JSValueToNumber(context_, length, nullptr));
+  const std::size_t room = CauseChain::kMost - std::min(CauseChain::kMost, error->causes.size());
+  for (std::size_t i = 0; i < std::min(count, room); ++i) {
+    JSValueRef part = JSObjectGetPropertyAtIndex(context_, object_of(errors), static_cast<unsigned>(i), nullptr);
+    if (!part) continue;
+    ScriptError words;
+    read_in_words(part, &words, kThrown);
+    error->causes.push_back({{}, language::Cause::part, std::move(words.message), std::move(words.source), {}});
+    set_place(place_of(part), &error->causes.back());
+  }
+  error->more_causes += count - std::min(count, room);
+}
+
+ScriptError ErrorReports::place_of(JSValueRef exception) const {
+  ScriptError place;
+  if (JSValueIsObject(context_, exception)) set_calls(frames_of(exception), &place);
+  if (!place.calls.empty()) static_cast<language::SourcePlace&>(place) = place.calls.front();
+  return place;
 }
 
 // Between the functions that were running: an error that comes out of a mark has all places so far, and is raised in
 // the function that drew the template, which has fewer functions around it than the cause that it had inside.
 void ErrorReports::add_places(JSValueRef exception, ScriptError* error) const {
-  constexpr std::size_t kMostFrames = 100;                 // as many as the engine keeps
   std::vector<std::pair<std::size_t, std::size_t>> links;  // places and functions
-  JSValueRef link = exception;
-  for (int i = 0; i < kMostCauses && JSValueIsObject(context_, link); ++i) {
-    std::vector<TemplatePlace> places = read_places(own_places_of(context_, link));
-    const std::size_t count = places.size();
-    if (error->templates.empty()) error->templates = std::move(places);
-    links.emplace_back(count, frames_of(link, kMostFrames).size());
-    link = property(context_, object_of(link), "cause");
+  for (CauseChain chain(context_, exception); chain.link(); chain.advance()) {
+    if (!JSValueIsObject(context_, chain.link())) break;
+    TemplatePlaces places = read_places(own_places_of(context_, chain.link()));
+    const std::size_t count = places.listed.size();
+    if (error->templates.empty()) {
+      error->templates = std::move(places.listed);
+      error->more_templates = places.more;
+    }
+    links.emplace_back(count, frames_of(chain.link(), 0).more);
   }
   const std::size_t innermost = links.empty() ? 0 : links.back().second;
   for (std::size_t i = 0; i < error->templates.size(); ++i) {
@@ -188,32 +237,13 @@ void ErrorReports::add_places(JSValueRef exception, ScriptError* error) const {
   }
 }
 
-// What an error hands on from another one needs not be said twice.
-void ErrorReports::add_cause(JSValueRef cause, ScriptError* error) const {
-  if (!cause || JSValueIsUndefined(context_, cause) || JSValueIsNull(context_, cause)) return;
-  ScriptError read_cause;
-  read(cause, &read_cause);
-  const std::wstring& known = error->causes.empty() ? error->message : error->causes.back();
-  if (!read_cause.message.empty() && known.find(read_cause.message) == known.npos)
-    error->causes.push_back(std::move(read_cause.message));
-}
-
-ScriptError ErrorReports::describe_syntax(const language::Program& program, const ParsedScript& parsed) {
-  ScriptError error{language::source_place(program, parsed.line(), 0), parsed.message(), L"SyntaxError", E_FAIL};
-  const std::wstring text = to_wide(program.text);
-  const auto open = language::unclosed_bracket(text);
-  if (!open) return error;
-  int line = 1;
-  for (std::size_t at = 0; at < *open; ++at) line += language::ends_line(std::wstring_view(text), at);
-  const language::SourcePlace place = language::source_place(program, line, 0);
-  const std::wstring of_file =
-      place.file == error.file ? L"" : L" of " + wide(place.file.substr(place.file.rfind('/') + 1));
-  error.message += fmt::format(L". The '{}' in line {}{} is not closed", text[*open], place.line, of_file);
-  return error;
+ScriptError ErrorReports::describe_syntax(const language::Program& program, const ParsedScript& parsed) const {
+  if (auto error = syntax_error(context_, program)) return std::move(*error);
+  return {language::source_place(program, parsed.line(), 0), parsed.message(), L"SyntaxError", E_FAIL};
 }
 
 // Of a program of this realm: "name@url:line:column".
-std::optional<language::Frame> ErrorReports::read_frame(std::string_view text) const {
+std::optional<language::Frame> ErrorReports::own_frame(std::string_view text) const {
   const std::size_t column_colon = text.rfind(':');
   if (column_colon == std::string_view::npos || column_colon == 0) return {};
   const std::size_t line_colon = text.rfind(':', column_colon - 1);
@@ -232,42 +262,85 @@ std::optional<language::Frame> ErrorReports::read_frame(std::string_view text) c
   return {};
 }
 
+// A page that is executed has the functions of the outer pages around its own.
+std::optional<language::Frame> ErrorReports::read_frame(std::string_view text) const {
+  auto frame = own_frame(text);
+  for (Realm* realm : Engine::current()->realms() | boost::adaptors::reversed) {
+    if (frame) break;
+    frame = realm->reports().own_frame(text);
+  }
+  return frame;
+}
+
+// The first that the stack has, with the lines in front of it; nothing at its end.
+std::optional<language::Frame> ErrorReports::take_frame(std::string_view& stack) const {
+  while (!stack.empty()) {
+    const std::size_t end = std::min(stack.find('\n'), stack.size());
+    auto frame = read_frame(stack.substr(0, end));
+    stack.remove_prefix(std::min(end + 1, stack.size()));
+    if (frame) return frame;
+  }
+  return {};
+}
+
 // From the innermost on.
-std::vector<language::Frame> ErrorReports::frames_of(JSValueRef error, std::size_t most) const {
-  std::vector<language::Frame> frames;
-  JSValueRef stack = property(context_, object_of(error), "stack");
-  if (!JSValueIsString(context_, stack)) return frames;
-  const std::string text = to_utf8(message_of(context_, stack));
-  for (std::size_t begin = 0; begin < text.size() && frames.size() < most;) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    if (auto frame = read_frame(std::string_view(text).substr(begin, end - begin))) frames.push_back(std::move(*frame));
-    begin = end + 1;
+ErrorReports::Frames ErrorReports::read_frames(std::string_view stack, std::size_t most) const {
+  constexpr std::ptrdiff_t kKept = 100;  // lines, by the engine
+  Frames frames;
+  frames.has_lost = std::ranges::count(stack, '\n') + 1 >= kKept;
+  while (auto frame = take_frame(stack)) {
+    if (frames.listed.size() < most)
+      frames.listed.push_back(std::move(*frame));
+    else
+      ++frames.more;
   }
   return frames;
 }
 
-std::vector<language::Frame> ErrorReports::calls(std::size_t most) const {
-  JSObjectRef error = JSObjectMakeError(context_, 0, nullptr, nullptr);
-  return error ? frames_of(error, most) : std::vector<language::Frame>();
+std::string ErrorReports::stack_of(JSValueRef error) const {
+  JSValueRef stack = property(context_, object_of(error), "stack");
+  return JSValueIsString(context_, stack) ? to_utf8(message_of(context_, stack)) : std::string();
 }
 
+std::string ErrorReports::stack_here() const {
+  JSObjectRef error = JSObjectMakeError(context_, 0, nullptr, nullptr);
+  return error ? stack_of(error) : std::string();
+}
+
+ErrorReports::Frames ErrorReports::frames_of(JSValueRef error, std::size_t most) const {
+  return read_frames(stack_of(error), most);
+}
+
+void ErrorReports::set_calls(Frames frames, ScriptError* error) {
+  error->calls = std::move(frames.listed);
+  error->more_calls = frames.more;
+  error->has_lost_calls = frames.has_lost;
+}
+
+void ErrorReports::add_calls(ScriptError* reached) const { set_calls(read_frames(stack_here(), kMostCalls), reached); }
+
+std::size_t ErrorReports::count_calls() const { return read_frames(stack_here(), 0).more; }
+
 language::SourcePlace ErrorReports::here() const {
-  const std::vector<language::Frame> innermost = calls(1);
-  if (innermost.empty()) return {};
-  return innermost.front();
+  const std::string text = stack_here();
+  std::string_view stack = text;
+  const auto frame = take_frame(stack);
+  if (!frame) return {};
+  return *frame;
 }
 
 void ErrorReports::note_throw(JSValueRef value) {
+  thrown_ = value;
   thrown_at_.reset();
-  if (JSValueIsObject(context_, value) && JSValueIsString(context_, property(context_, object_of(value), "stack"))) {
-    return;
-  }
+  if (is_error(context_, value)) return;
   language::SourcePlace place = here();
   if (!place.file.empty()) thrown_at_ = std::move(place);
 }
 
 void ErrorReports::note_rejection(JSValueRef reason) {
-  if (!rejection_) rejection_ = describe(reason);
+  if (rejection_) return;
+  if (reason != thrown_) thrown_at_.reset();
+  rejection_ = describe(reason, kRejected);
 }
 
 }  // namespace zelto::script

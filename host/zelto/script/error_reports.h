@@ -13,8 +13,12 @@
 #include "script/missing_member.h"
 #include "script/outcome.h"
 #include "script/parsed_scripts.h"
+#include "script/thrown_value.h"
 
 namespace zelto::script {
+
+// Of the functions that were running, the innermost: the others are counted.
+inline constexpr std::size_t kMostCalls = 32;
 
 // Reads the exceptions of one realm.
 class ErrorReports {
@@ -33,15 +37,19 @@ class ErrorReports {
 
   // Without a place. False when the error is one of the engine that has no number of its own.
   bool read(JSValueRef exception, ScriptError* out) const;
-  ScriptError describe(JSValueRef exception) const;
-  static ScriptError describe_syntax(const language::Program& program, const ParsedScript& parsed);
+  // `beginning`: of the words for what has none.
+  ScriptError describe(JSValueRef exception, std::wstring_view beginning = kThrown) const;
+  // Only where it was thrown, with the functions that were running.
+  ScriptError place_of(JSValueRef exception) const;
+  ScriptError describe_syntax(const language::Program& program, const ParsedScript& parsed) const;
   // Of an error of the engine, with its message: that as the page's author would have it, and the number that older
   // pages know, or 0.
   void put_into_words(std::wstring_view name, ScriptError* error) const;
   // The place that the script has reached.
   language::SourcePlace here() const;
-  // And the functions that it is in.
-  std::vector<language::Frame> calls(std::size_t most = kMostCalls) const;
+  // And the functions that it is in, of whatever page.
+  void add_calls(ScriptError* reached) const;
+  std::size_t count_calls() const;
 
   // Where something that is no Error was thrown.
   void note_throw(JSValueRef value);
@@ -50,12 +58,24 @@ class ErrorReports {
   const std::optional<ScriptError>& rejection() const noexcept { return rejection_; }
 
  private:
-  static constexpr std::size_t kMostCalls = 32;
-
-  std::vector<language::Frame> frames_of(JSValueRef error, std::size_t most) const;
+  struct Frames {
+    std::vector<language::Frame> listed;
+    std::size_t more = 0;
+    bool has_lost = false;
+  };
+  Frames frames_of(JSValueRef error, std::size_t most = kMostCalls) const;
+  std::string stack_of(JSValueRef error) const;
+  std::string stack_here() const;
+  Frames read_frames(std::string_view stack, std::size_t most) const;
+  std::optional<language::Frame> take_frame(std::string_view& stack) const;
   std::optional<language::Frame> read_frame(std::string_view text) const;
-  std::wstring words_of_thrown(JSValueRef exception) const;
-  void add_cause(JSValueRef cause, ScriptError* error) const;
+  void read_in_words(JSValueRef exception, ScriptError* error, std::wstring_view beginning) const;
+  // What an executed page has told of one of them; null for none.
+  const ScriptError* add_causes(JSValueRef exception, ScriptError* error) const;
+  void add_parts(JSValueRef exception, ScriptError* error) const;
+  static void set_place(const ScriptError& at, language::Cause* cause);
+  std::optional<language::Frame> own_frame(std::string_view text) const;
+  static void set_calls(Frames frames, ScriptError* error);
   void add_places(JSValueRef exception, ScriptError* error) const;
 
   JSContextRef context_;
@@ -63,6 +83,7 @@ class ErrorReports {
   std::unordered_map<std::string, std::shared_ptr<const language::Program>> programs_;  // by what stacks call them
   const language::Program* in_function_ = nullptr;
   int opening_length_ = 0;
+  JSValueRef thrown_ = nullptr;                     // the last, to compare with: it may be garbage by now
   std::optional<language::SourcePlace> thrown_at_;  // the place of the last throw that was of no Error
   std::optional<ScriptError> rejection_;
 };

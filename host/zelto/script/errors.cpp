@@ -112,6 +112,7 @@ Raised Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception
   Watchdog& watchdog = engine_.watchdog();
   if ((watchdog.is_running() && watchdog.must_unwind()) || hr == kPageStopped) {
     if (watchdog.is_unwinding()) watchdog.terminate_soon();
+    note_left_templates();
     *exception = prelude_.make_error(ErrorKind::plain, L"The page has ended");
     return {};
   }
@@ -129,14 +130,27 @@ Raised Errors::raise(HRESULT hr, std::wstring_view member, JSValueRef* exception
   JSObjectRef error = make(ErrorKind::plain, failure.message, failure.number);
   if (error) set_hidden(context_, error, "source", string_value(context_, failure.source));
   if (error) set_places(context_, error, places);
+  if (const ScriptError* inner = engine_.executed().take_up(text.info.get(), context_, error)) {
+    set_hidden(context_, error, "file", string_value(context_, korlib::to_wide(site_path(inner->file, root_))));
+    if (places.empty()) set_hidden(context_, error, "line", JSValueMakeNumber(context_, inner->line));
+  }
   if (error && departed.exception) set_hidden(context_, error, "cause", departed.exception);
   engine_.departed().forget();
   *exception = error;
   return {};
 }
 
+// A page that is ended at its limit leaves one member after the other, each with the templates that it was drawing.
+void Errors::note_left_templates() {
+  const Outcome::Kind ending = engine_.watchdog().ending();
+  const CComPtr<IErrorInfo> info = take_error().info;
+  if (!info || (ending != Outcome::timed_out && ending != Outcome::out_of_memory)) return;
+  if (const std::wstring list = template_places_of(info.get(), root_); !list.empty())
+    engine_.watchdog().add_left(read_places(list), [this] { return reports_.count_calls(); });
+}
+
 std::wstring Errors::words_for(HRESULT hr, std::wstring_view member) const {
-  if (hr != DISP_E_UNKNOWNNAME || unknown_name_.empty()) return describe(hr, words_of(hr), member);
+  if (hr != unknown_code_ || unknown_name_.empty()) return describe(hr, words_of(hr), member);
   return describe(hr, L"The script does not declare '" + to_wide(unknown_name_) + L"'", member);
 }
 

@@ -48,10 +48,14 @@ class Errors {
   // The other way: a failing result with the thread's error object, the exception kept as cause.
   HRESULT failure_of(JSValueRef exception);
 
-  // A component asked for a name that the script does not have: should the call fail for that, it is named.
-  void note_unknown(std::u16string name) { unknown_name_ = std::move(name); }
+  // A component asked for a name that the script does not have: should the call fail with that code, it is named.
+  void note_unknown(std::u16string name, HRESULT code) {
+    unknown_name_ = std::move(name);
+    unknown_code_ = code;
+  }
 
  private:
+  void note_left_templates();
   JSObjectRef make(ErrorKind kind, std::wstring_view message, HRESULT number) const;
   std::wstring words_for(HRESULT hr, std::wstring_view member) const;
 
@@ -62,6 +66,7 @@ class Errors {
   MissingMember& missing_;
   std::string_view root_;
   std::u16string unknown_name_;  // the last that a component asked for in vain, in the call that runs
+  HRESULT unknown_code_ = S_OK;
 };
 
 }  // namespace zelto::script

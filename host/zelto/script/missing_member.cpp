@@ -6,7 +6,7 @@
 #include <korlib/ptr.h>
 #include <korlib/typeinfo.h>
 
-#include "language/name_distance.h"
+#include "base/near_names.h"
 #include "script/errors.h"
 #include "script/text.h"
 
@@ -47,7 +47,7 @@ bool has_name(IDispatch* object, std::wstring name) {
 // A name of the object that differs in one letter.
 std::wstring guessed(IDispatch* object, std::wstring_view wanted) {
   constexpr std::wstring_view kLetters = L"etaoinshrdlucmfwypvbgkqjxz0123456789_";
-  if (wanted.size() > language::kLongestMistypedName) return {};
+  if (wanted.size() < base::kShortestMistypedName || wanted.size() > base::kLongestMistypedName) return {};
   std::wstring found;
   for (std::size_t at = 0; at <= wanted.size(); ++at) {
     const auto fits_with = [&](std::size_t removed, std::wstring_view inserted) {
@@ -79,9 +79,9 @@ std::wstring MissingMember::words() const {
   std::wstring owner = kind_of(info.get());
   if (owner.empty()) owner = kind_;
   const std::vector<std::wstring> names = names_of(info.get());
-  const std::wstring near = names.empty() ? guessed(object_.get(), name) : language::nearest_name(names, name);
+  const std::wstring near = names.empty() ? guessed(object_.get(), name) : base::nearest_name(names, name);
   std::wstring member = L"'" + (owner.empty() ? L"" : owner + L".") + name + L"'";
-  if (!near.empty()) member += L", did you mean '" + near + L"'?";
+  if (!near.empty()) member += L", " + base::did_you_mean(near);
   return describe(DISP_E_UNKNOWNNAME, L"Object doesn't support this property or method: " + member, {});
 }
 

@@ -23,7 +23,10 @@ constexpr bool is_bad_argument(HRESULT hr) { return hr == DISP_E_TYPEMISMATCH ||
 bool ObjectCalls::may_call(JSValueRef* exception) {
   realm_.engine().release_buried();
   realm_.missing().pass();
-  if (realm_.engine().watchdog().must_unwind()) return realm_.errors().raise(kPageStopped, {}, exception);
+  if (realm_.engine().watchdog().must_unwind()) {
+    SetErrorInfo(0, nullptr);  // an earlier call's
+    return realm_.errors().raise(kPageStopped, {}, exception);
+  }
   if (stack_is_low()) return realm_.errors().raise_out_of_stack(exception);
   return hand_text_over(exception);
 }

@@ -26,8 +26,8 @@ const ParsedScript& ParsedScripts::of(const std::shared_ptr<const language::Prog
   Entry& entry = scripts_[program.get()];
   if (entry.program.lock() != program) {
     // The engine takes a program of nothing but `a.b = literal` for data and runs it without a frame, so
-    // that its errors would have no place. The last line makes it code.
-    entry.parsed = std::make_unique<ParsedScript>(group_, program->text + u"\n0", program->url);
+    // that its errors would have no place. The last line makes it code, and is nothing that the program may lack.
+    entry.parsed = std::make_unique<ParsedScript>(group_, program->text + u"\n;0", program->url);
     entry.program = program;
   }
   return *entry.parsed;

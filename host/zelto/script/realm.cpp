@@ -1,5 +1,7 @@
 #include "script/realm.h"
 
+#include <utility>
+
 #include "script/callback.h"
 
 namespace zelto::script {
@@ -19,6 +21,7 @@ Realm::Realm(Engine& engine, std::shared_ptr<const language::Program> page)
 
 Realm::~Realm() {
   engine_.departed().forget();
+  engine_.executed().forget(world_->context());
   engine_.release_buried();
   wrappers_.end();
   engine_.remove_realm(this);
@@ -55,7 +58,7 @@ Outcome Realm::run(const std::shared_ptr<const language::Program>& program) {
   reports_.remember(program);
   globals_.remember(*program);
   const ParsedScript& parsed = engine_.scripts().of(program);
-  if (!parsed.get()) return {Outcome::failed, ErrorReports::describe_syntax(*program, parsed)};
+  if (!parsed.get()) return {Outcome::failed, reports_.describe_syntax(*program, parsed)};
   const language::Program* previous = running_;
   running_ = program.get();
   PageFunction* const page = prepare(*program);
@@ -92,8 +95,12 @@ Outcome Realm::outcome_of(JSValueRef exception) {
     JSValueRef failure = nullptr;
     if (!calls_.hand_text_over(&failure) && !exception) exception = failure;
   }
-  // What the engine could not have because the page may not is the page's limit, not the machine's.
-  if (exception) engine_.watchdog().must_unwind();
+  // What the engine could not have because the page may not is the page's limit, not the machine's. Nothing of the page
+  // runs any more: its exception alone knows where that was.
+  if (exception && !engine_.watchdog().is_unwinding()) {
+    ScriptError place = reports_.place_of(exception);
+    if (engine_.watchdog().must_unwind()) engine_.watchdog().set_ended_at(std::move(place));
+  }
   if (engine_.watchdog().is_unwinding()) return {engine_.watchdog().ending(), engine_.watchdog().ended_at()};
   if (exception) return {Outcome::failed, reports_.describe(exception)};
   if (reports_.rejection()) return {Outcome::failed, reports_.rejection()};

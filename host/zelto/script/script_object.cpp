@@ -79,7 +79,7 @@ HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LC
   return korlib::guarded(L"Zelto", [&]() -> HRESULT {
     const std::u16string key = to_utf16(std::wstring_view(names[0]));
     const auto unknown = [&] {
-      realm_->errors().note_unknown(key);
+      realm_->errors().note_unknown(key, DISP_E_UNKNOWNNAME);
       return DISP_E_UNKNOWNNAME;
     };
     if (is_global() && realm_->cannot_declare(key)) return unknown();
@@ -210,7 +210,10 @@ HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VA
   if (arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
   Name name{JsString(JSValueToStringCopy(ctx, arguments[0], exception)), false};
   if (!name.text.get()) return E_FAIL;
-  if (!has_name(name.text, &name.is_lexical)) return DISP_E_MEMBERNOTFOUND;
+  if (!has_name(name.text, &name.is_lexical)) {
+    realm_->errors().note_unknown(std::u16string(name.text.view()), DISP_E_MEMBERNOTFOUND);
+    return DISP_E_MEMBERNOTFOUND;
+  }
   JSValueRef value = read(name, exception);
   if (*exception) return E_FAIL;
   if (realm_->engine().classes().is_function(ctx, value)) return DISP_E_MEMBERNOTFOUND;

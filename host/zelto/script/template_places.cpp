@@ -8,12 +8,14 @@
 #include <algorithm>
 #include <optional>
 
+#include "script/cause_chain.h"
 #include "script/text.h"
 
 namespace zelto::script {
 namespace {
 
-constexpr int kMostCauses = 16;  // errors may be each other's cause
+constexpr std::wstring_view kBeforeMore = L"and ";
+constexpr std::wstring_view kMore = L" more";
 
 // The number at the front, which is taken from the text; 0 when there is none.
 int take_number(std::wstring_view& text) {
@@ -48,6 +50,13 @@ std::optional<TemplatePlace> read_place(std::wstring_view line) {
   return {};
 }
 
+// How many places there are more; 0 when the line does not say that.
+std::size_t read_more(std::wstring_view line) {
+  if (!take(line, kBeforeMore)) return 0;
+  const int more = take_number(line);
+  return line == kMore ? static_cast<std::size_t>(more) : 0;
+}
+
 }  // namespace
 
 std::string site_path(std::string file, std::string_view root) {
@@ -56,31 +65,36 @@ std::string site_path(std::string file, std::string_view root) {
   return file;
 }
 
-std::vector<TemplatePlace> read_places(std::wstring_view list) {
-  std::vector<TemplatePlace> places;
-  while (!list.empty() && places.size() < mirt::kMostTemplatePlaces) {
+TemplatePlaces read_places(std::wstring_view list) {
+  TemplatePlaces places;
+  while (!list.empty()) {
     const std::size_t end = std::min(list.find(L'\n'), list.size());
-    if (auto place = read_place(list.substr(0, end))) places.push_back(std::move(*place));
+    const std::wstring_view line = list.substr(0, end);
     list.remove_prefix(std::min(end + 1, list.size()));
+    if (auto place = read_place(line); place && places.listed.size() < mirt::kMostTemplatePlaces) {
+      places.listed.push_back(std::move(*place));
+    } else {
+      places.more += place ? 1 : read_more(line);
+    }
   }
   return places;
 }
 
-std::wstring list_of(const std::vector<TemplatePlace>& places) {
+std::wstring list_of(const TemplatePlaces& places) {
   std::wstring list;
-  for (const TemplatePlace& place : places) {
+  for (const TemplatePlace& place : places.listed) {
     if (!list.empty()) list += L'\n';
     list += korlib::to_wide(place.file) + fmt::format(L":{}:{}: ", place.line, place.column) + place.mark;
   }
-  return list;
+  return places.more == 0 ? list : list + fmt::format(L"\n{}{}{}", kBeforeMore, places.more, kMore);
 }
 
 // The list of an error that comes out of one function after the other is as it should be but for its last line.
 std::wstring named_from_root(std::wstring_view list, std::string_view root) {
   const bool is_named = list.find(L'\\') == list.npos && list.find(korlib::to_wide(root)) == list.npos;
   if (is_named) return std::wstring(list);
-  std::vector<TemplatePlace> places = read_places(list);
-  for (TemplatePlace& place : places) place.file = site_path(std::move(place.file), root);
+  TemplatePlaces places = read_places(list);
+  for (TemplatePlace& place : places.listed) place.file = site_path(std::move(place.file), root);
   return list_of(places);
 }
 
@@ -124,10 +138,8 @@ std::wstring own_places_of(JSContextRef context, JSValueRef exception) {
 }
 
 std::wstring places_of(JSContextRef context, JSValueRef exception) {
-  JSValueRef link = exception;
-  for (int i = 0; i < kMostCauses && link && JSValueIsObject(context, link); ++i) {
-    if (std::wstring list = own_places_of(context, link); !list.empty()) return list;
-    link = property(context, object_of(link), "cause");
+  for (CauseChain chain(context, exception); chain.link(); chain.advance()) {
+    if (std::wstring list = own_places_of(context, chain.link()); !list.empty()) return list;
   }
   return {};
 }

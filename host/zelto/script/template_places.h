@@ -1,7 +1,8 @@
 // The places in templates that an error has gathered on its way (mirt/template_places.h): between the error object of a
 // failing component, the exception of the script, and what the page's author is told.
 //
-// A list of them is a text of lines, "/templates/row.html:3:7: (#;name#)", the innermost first.
+// A list of them is a text of lines, "/templates/row.html:3:7: (#;name#)", the innermost first. The last line of a long
+// one says how many more there are.
 #pragma once
 
 #include <string>
@@ -25,9 +26,13 @@ std::wstring named_from_root(std::wstring_view list, std::string_view root);
 // Has the thread's error object hand the list on.
 void hand_on(std::wstring list);
 
+struct TemplatePlaces {
+  std::vector<TemplatePlace> listed;
+  std::size_t more = 0;
+};
 // Lines that name no place are left out.
-std::vector<TemplatePlace> read_places(std::wstring_view list);
-std::wstring list_of(const std::vector<TemplatePlace>& places);
+TemplatePlaces read_places(std::wstring_view list);
+std::wstring list_of(const TemplatePlaces& places);
 
 // As properties of an exception: `template`, `line`, `column` and `mark` of the innermost place, and `templates`, the
 // list.

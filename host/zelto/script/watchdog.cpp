@@ -1,6 +1,7 @@
 #include "script/watchdog.h"
 
 #include <korlib_host/errors.h>
+#include <mirt/template_places.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -153,6 +154,25 @@ void Watchdog::end_by(Outcome::Kind kind) noexcept {
     ended_at_ = {};
   }
   ending_ = kind;
+}
+
+void Watchdog::add_left(TemplatePlaces left, const std::function<std::size_t()>& count_calls) {
+  std::vector<TemplatePlace>& known = ended_at_.templates;
+  ended_at_.more_templates += left.more;
+  if (known.size() >= mirt::kMostTemplatePlaces) {
+    ended_at_.more_templates += left.listed.size();
+    return;
+  }
+  const std::size_t all = ended_at_.calls.size() + ended_at_.more_calls;
+  const std::size_t inside = all - std::min(all, count_calls());
+  for (TemplatePlace& place : left.listed) {
+    if (known.size() == mirt::kMostTemplatePlaces) {
+      ++ended_at_.more_templates;
+    } else {
+      place.calls = inside;
+      known.push_back(std::move(place));
+    }
+  }
 }
 
 // Asked at every call of an object: a clock that is a few milliseconds behind is read in a fifth of the time.

@@ -10,6 +10,8 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <utility>
 
 #include <korlib/activation.h>
 #include <korlib/hresult.h>
@@ -17,6 +19,7 @@
 #include "script/jsc.h"
 #include "script/outcome.h"
 #include "script/page_memory.h"
+#include "script/template_places.h"
 
 namespace zelto::script {
 
@@ -81,6 +84,10 @@ class Watchdog {
   Outcome::Kind ending() const noexcept { return ending_; }
   // Where the script was when it came to its limit.
   const ScriptError& ended_at() const noexcept { return ended_at_; }
+  void set_ended_at(ScriptError place) noexcept { ended_at_ = std::move(place); }
+  // Templates that were being drawn then, which the page leaves on its way out: around those that it has left before.
+  // `count_calls` says how many functions are still running around them.
+  void add_left(TemplatePlaces left, const std::function<std::size_t()>& count_calls);
   bool is_unwinding() const noexcept { return ending_ != Outcome::completed; }
   // Looks at the clock as well, and at what objects have taken: both count where no script runs.
   bool must_unwind();

@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
-#include <fstream>
 #include <random>
 
 #include <mirt/template_places.h>
 
+#include "site/source_excerpt.h"
 #include "text/charset.h"
 #include "text/html.h"
 
@@ -19,8 +19,7 @@ namespace {
 
 using mirt::kTextTemplate;
 
-constexpr LONG kLinesAround = 5;
-constexpr std::size_t kNumberWidth = 7;  // of a line's number and the blanks after it
+constexpr LONG kLinesAround = 5;  // of the place of an error, that its excerpt shows
 
 constexpr std::string_view kStyle =
     "body{font:16px/1.5 system-ui,sans-serif;margin:2rem auto;max-width:60rem;padding:0 1rem;color:#222}"
@@ -39,28 +38,6 @@ std::string page(std::string_view title, std::string_view body) {
       title, kStyle, body);
 }
 
-// A line under the wanted one that shows the column, a tab standing under a tab.
-std::string caret_line(std::string_view line, LONG column) {
-  const std::wstring text = to_wide(line);
-  if (column < 1 || static_cast<std::size_t>(column) > text.size() + 1) return {};
-  std::string blank(kNumberWidth, ' ');
-  for (const wchar_t c : text.substr(0, static_cast<std::size_t>(column) - 1)) blank += c == L'\t' ? '\t' : ' ';
-  return "<span class=\"caret\">" + blank + "^</span>";
-}
-
-std::string source_lines(const std::string& physical, LONG wanted, LONG column) {
-  std::ifstream file(physical, std::ios::binary);
-  std::string lines;
-  std::string line;
-  for (LONG number = 1; number <= wanted + kLinesAround && std::getline(file, line); ++number) {
-    if (number < wanted - kLinesAround) continue;
-    if (line.ends_with('\r')) line.pop_back();
-    const std::string row = fmt::format("{:5}  {}", number, html(to_wide(line)));
-    lines += number == wanted ? "<span class=\"here\">" + row + "</span>" + caret_line(line, column) : row + "\n";
-  }
-  return lines.empty() ? lines : "<pre>" + lines + "</pre>";
-}
-
 // "guestbook.asp:12"
 std::wstring place_text(std::wstring_view file, LONG line) {
   return std::wstring(file) + (line > 0 ? L":" + std::to_wstring(line) : L"");
@@ -68,6 +45,24 @@ std::wstring place_text(std::wstring_view file, LONG line) {
 
 std::wstring place_text(const PageError::Template& place) {
   return place_text(place.file, place.line) + L":" + std::to_wstring(place.column);
+}
+
+std::string call_item(const PageError::Call& call) {
+  const std::string name = call.function.empty() ? "the page" : html(call.function) + "()";
+  return fmt::format("<li>{}, {}</li>\n", name, html(place_text(call.file, call.line)));
+}
+
+std::string counted(std::size_t count, std::string_view what) {
+  return count == 0 ? std::string() : fmt::format("{} more {}{}", count, what, count > 1 ? "s" : "");
+}
+
+// "and 24 more marks, at least 68 more calls"
+std::string not_listed(const PageError& error) {
+  const std::string marks = counted(error.more_templates, "mark");
+  std::string calls = counted(error.more_calls, "call");
+  if (error.has_lost_calls) calls = calls.empty() ? "more calls" : "at least " + calls;
+  if (marks.empty() && calls.empty()) return {};
+  return fmt::format("<p>and {}{}{}</p>\n", marks, marks.empty() || calls.empty() ? "" : ", ", calls);
 }
 
 // Marks stand where they were drawn: around the calls that they made. One call alone is the place of the error itself.
@@ -81,12 +76,59 @@ std::string call_list(const PageError& error) {
     for (; next != templates.end() && (is_last || next->calls <= inside); ++next)
       list += fmt::format("<li><code>{}</code>, {}</li>\n", html(next->mark), html(place_text(*next)));
     if (is_last) break;
-    const PageError::Call& call = error.calls[inside];
-    const std::string name = call.function.empty() ? "the page" : html(call.function) + "()";
-    list += fmt::format("<li>{}, {}</li>\n", name, html(place_text(call.file, call.line)));
+    list += call_item(error.calls[inside]);
   }
   const std::string_view title = templates.empty() ? "Calls" : "Marks and calls";
-  return fmt::format("<h2>{}, the last one first</h2>\n<ol>\n{}</ol>\n", title, list);
+  return fmt::format("<h2>{}, the last one first</h2>\n<ol>\n{}</ol>\n{}", title, list, not_listed(error));
+}
+
+std::string_view title_of(PageError::Cause::Kind kind) {
+  switch (kind) {
+    case PageError::Cause::cause:
+      return "Caused by";
+    case PageError::Cause::part:
+      return "One of them";
+    case PageError::Cause::opener:
+      break;
+  }
+  return "Open";
+}
+
+// With its own lines, unless the error's show them as well, and functions.
+std::string cause_part(const PageError& error, const PageError::Cause& cause, const std::string& root) {
+  const bool is_shown = cause.file == error.file && std::abs(cause.line - error.line) <= kLinesAround;
+  if (cause.file.empty() || (is_shown && cause.calls.size() < 2)) return {};
+  std::string part = fmt::format("<h2>{}: {}</h2>\n<p>{}</p>\n", title_of(cause.kind), html(cause.description),
+                                 html(place_text(cause.file, cause.line) + L":" + std::to_wstring(cause.column)));
+  if (!is_shown) part += source_excerpt(root + to_utf8(cause.file), cause.line, cause.column);
+  if (cause.calls.size() < 2) return part;
+  part += "<ol>\n";
+  for (const PageError::Call& call : cause.calls) part += call_item(call);
+  return part + "</ol>\n";
+}
+
+// The place of a cause, where that is another one than the error's.
+std::wstring other_place(const PageError& error, const PageError::Cause& cause) {
+  if (cause.file.empty() || (cause.file == error.file && cause.line == error.line)) return {};
+  return L" (" + place_text(cause.file, cause.line) + L")";
+}
+
+std::string causes_line(const PageError& error) {
+  std::string line;
+  for (const PageError::Cause& cause : error.causes) {
+    if (cause.kind == PageError::Cause::opener) continue;
+    line += cause.kind == PageError::Cause::part ? "; one of them: " : "; caused by: ";
+    line += to_utf8(cause.description + other_place(error, cause));
+  }
+  return error.more_causes == 0 ? line : line + fmt::format(" and {} more", error.more_causes);
+}
+
+// Who says so and its code, where the words do not end with that.
+std::string teller(const PageError& error) {
+  std::string text = to_utf8(error.source);
+  const std::string code = code_text(error.number);
+  if (!to_utf8(error.description).ends_with("(" + code + ")")) text += (text.empty() ? "" : ", ") + code;
+  return text.empty() ? text : " (" + text + ")";
 }
 
 // Of the innermost template that has a file. One outside of the site is named by its path.
@@ -94,8 +136,8 @@ std::string template_lines(const PageError& error, const std::string& root) {
   const auto place = std::ranges::find_if(error.templates, [](const auto& each) { return each.file != kTextTemplate; });
   if (place == error.templates.end()) return {};
   const std::string file = to_utf8(place->file);
-  std::string lines = source_lines(root + file, place->line, place->column);
-  if (lines.empty()) lines = source_lines(file, place->line, place->column);
+  std::string lines = source_excerpt(root + file, place->line, place->column, place->charset);
+  if (lines.empty()) lines = source_excerpt(file, place->line, place->column, place->charset);
   return lines.empty() ? lines : fmt::format("<h2>{}</h2>\n{}", html(place->file), lines);
 }
 
@@ -108,7 +150,8 @@ std::string templates_line(const PageError& error) {
     const PageError::Template& place = error.templates[i];
     line += (i == 0 ? "; in " : ", ") + to_utf8(place_text(place) + L" " + place.mark);
   }
-  return count <= kMost ? line : line + fmt::format(" and {} more", count - kMost);
+  const std::size_t more = count - std::min(count, kMost) + error.more_templates;
+  return more == 0 ? line : line + fmt::format(" and {} more", more);
 }
 
 }  // namespace
@@ -119,7 +162,11 @@ std::string debug_error_page(const PageError& error, const std::string& root, st
   const auto row = [&body](std::string_view name, const std::string& value) {
     if (!value.empty()) body += fmt::format("<dt>{}</dt><dd>{}</dd>\n", name, value);
   };
-  for (const std::wstring& cause : error.causes) row("Cause", html(cause));
+  for (const PageError::Cause& cause : error.causes) {
+    if (cause.kind != PageError::Cause::opener)
+      row(cause.kind == PageError::Cause::part ? "Part" : "Cause", html(cause.description + other_place(error, cause)));
+  }
+  if (error.more_causes > 0) row("Causes", fmt::format("and {} more", error.more_causes));
   row("Source", html(error.source));
   row("Code", code_text(error.number));
   row("Request", html(to_wide(target)));
@@ -135,9 +182,10 @@ std::string debug_error_page(const PageError& error, const std::string& root, st
   body += drawn;
   if (!error.file.empty() && error.line > 0) {
     if (!drawn.empty()) body += fmt::format("<h2>{}</h2>\n", html(error.file));
-    body += source_lines(root + to_utf8(error.file), error.line, error.column);
+    body += source_excerpt(root + to_utf8(error.file), error.line, error.column);
   }
   body += call_list(error);
+  for (const PageError::Cause& cause : error.causes) body += cause_part(error, cause, root);
   body += foot;
   return page("Error in a page", body);
 }
@@ -154,14 +202,18 @@ std::string new_reference() {
   return fmt::format("{:08x}", next++);
 }
 
-std::string error_line(const PageError& error) {
-  const std::string where = to_utf8(place_text(error.file, error.line));
-  std::string words = to_utf8(error.description);
-  for (const std::wstring& cause : error.causes) words += "; caused by: " + to_utf8(cause);
-  words += templates_line(error);
-  std::string line = fmt::format("{}: {} ({}, {})", where, words, to_utf8(error.source), code_text(error.number));
+std::string error_line(const PageError& error, std::string_view page) {
+  const std::string file = to_utf8(error.file);
+  std::string line = to_utf8(place_text(error.file, error.line)) + ": " + to_utf8(error.description);
+  line += causes_line(error) + templates_line(error);
+  if (file != page) line += "; in the page " + std::string(page);
+  line += teller(error);
   if (!error.reference.empty()) line += " [" + error.reference + "]";
   return line;
+}
+
+std::string reference_comment(std::string_view reference) {
+  return fmt::format("\n<!-- The page ends here because of an error. Reference: {} -->\n", reference);
 }
 
 }  // namespace zelto

@@ -19,8 +19,12 @@ std::string plain_error_page(std::string_view status, std::string_view reference
 // For PageError::reference: eight digits that no other error of this process has soon.
 std::string new_reference();
 
-// "guestbook.asp:12: message (Mirt, 0x80004005) [1f0a9c44]", for the log, where there is a reference. The causes follow
-// the message, and then "; in row.html:3:7 (#;name#), page.html:1:1 (#`row#)" those templates that were being drawn.
-std::string error_line(const PageError& error);
+// For the end of an HTML page that had begun to go out.
+std::string reference_comment(std::string_view reference);
+
+// "/guestbook.asp:12: message (Mirt, 0x80004005) [1f0a9c44]", for the log, where there is a reference. The causes
+// follow the message, and then "; in row.html:3:7 (#;name#), page.html:1:1 (#`row#)" those templates that were being
+// drawn, and the page that was asked for, where the error is in another file.
+std::string error_line(const PageError& error, std::string_view page);
 
 }  // namespace zelto

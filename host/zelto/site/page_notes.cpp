@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-#include "language/name_distance.h"
+#include "base/near_names.h"
 #include "text/charset.h"
 #include "text/html.h"
 
@@ -53,19 +53,33 @@ std::string milliseconds(PageNotes::Clock::duration time) {
 
 std::wstring text_of(const VARIANT& value);
 
+// What a dictionary has something under, in its order; none of another object.
+std::vector<std::pair<std::wstring, CComVariant>> items_of(IUnknown* values) {
+  std::vector<std::pair<std::wstring, CComVariant>> items;
+  const CComQIPtr<IKorLibDictionary> dictionary(values);
+  CComVariant all;
+  if (!dictionary || FAILED(dictionary->Keys(&all)) || all.vt != (VT_ARRAY | VT_VARIANT)) return items;
+  const SAFEARRAY& array = *all.parray;
+  const auto* key = static_cast<const VARIANT*>(array.pvData);
+  for (ULONG i = 0; i < array.rgsabound[0].cElements; ++i, ++key) {
+    CComVariant value;
+    if (key->vt == VT_BSTR && SUCCEEDED(dictionary->get_Item(*key, &value)) && value.vt != VT_EMPTY)
+      items.emplace_back(korlib::view_of(key->bstrVal), std::move(value));
+  }
+  return items;
+}
+
 // Of a page's bag, say: "{name: Ann, visits: 3}".
 std::wstring text_of(IKorLibDictionary& dictionary) {
   constexpr std::size_t kMostItems = 20;
-  const std::vector<std::wstring> keys = keys_of(&dictionary);
+  const auto items = items_of(&dictionary);
   std::wstring text;
-  for (std::size_t i = 0; i < std::min(keys.size(), kMostItems); ++i) {
-    const CComBSTR key(keys[i]);
-    CComVariant value;
-    if (FAILED(dictionary.get_Item(korlib::borrowed(key.get()), &value))) continue;
+  for (std::size_t i = 0; i < std::min(items.size(), kMostItems); ++i) {
+    const auto& [key, value] = items[i];
     const bool is_object = value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN;
-    text += (text.empty() ? L"" : L", ") + keys[i] + L": " + (is_object ? std::wstring(L"an object") : text_of(value));
+    text += (text.empty() ? L"" : L", ") + key + L": " + (is_object ? std::wstring(L"an object") : text_of(value));
   }
-  return L"{" + text + (keys.size() > kMostItems ? L", …}" : L"}");
+  return L"{" + text + (items.size() > kMostItems ? L", …}" : L"}");
 }
 
 std::wstring text_of(const VARIANT& value) {
@@ -89,32 +103,43 @@ std::string row(std::string_view text) { return fmt::format("<li>{}</li>\n", tex
 }  // namespace
 
 void PageNotes::add_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place,
-                         const std::vector<std::wstring>& names) {
-  if (slips_.size() == kMostSlips) {  // to look for what each may mean takes long
-    ++more_slips_;
-    return;
-  }
+                         const std::function<Names()>& names_of) {
   const std::wstring mark = place.empty() ? L"(#" + std::wstring(name) + L"#)" : std::wstring(place);
+  if (known_marks_.size() == kMostKnownMarks || !known_marks_.insert(mark).second) return;
   std::wstring words = mark + L" has no type character";
   if (slip != TemplateSlip::without_type) {
-    std::vector<std::wstring> others = names;
+    Names others = names_of();
     std::erase(others, name);
-    const std::wstring near = language::nearest_name(others, name);
+    const std::wstring near = base::did_you_mean(others, name);
     const auto [holder, must_be_there] = words_of(slip);
     if (near.empty() && !must_be_there) return;
     words = mark + L" shows nothing: " + holder + L" has no '" + std::wstring(name) + L"'";
-    if (!near.empty()) words += L", did you mean '" + near + L"'?";
+    if (!near.empty()) words += L", " + near;
   }
-  if (std::ranges::find(slips_, words) == slips_.end()) slips_.push_back(std::move(words));
+  if (slips_.size() < kMostSlips)
+    slips_.push_back(std::move(words));
+  else
+    ++more_slips_;
 }
 
-void PageNotes::add_template(const std::string& file) {
-  const auto known = std::ranges::find(templates_, file, [](const auto& each) { return each.first; });
+std::string PageNotes::more_slips() const {
+  const bool is_at_least = known_marks_.size() == kMostKnownMarks;
+  return more_slips_ == 0 ? std::string() : fmt::format("and {}{} more", is_at_least ? "at least " : "", more_slips_);
+}
+
+void PageNotes::add_template(const std::string& file, std::wstring_view charset) {
+  const auto known = std::ranges::find(templates_, file, &Drawn::file);
   if (known != templates_.end()) {
-    ++known->second;
+    ++known->times;
+    known->charset = charset;
   } else if (templates_.size() < kMostTemplates) {
-    templates_.emplace_back(file, 1);
+    templates_.push_back({file, std::wstring(charset)});
   }
+}
+
+std::wstring PageNotes::charset_of(std::string_view file) const {
+  const auto known = std::ranges::find(templates_, file, &Drawn::file);
+  return known == templates_.end() ? std::wstring() : known->charset;
 }
 
 void PageNotes::on_statement(std::wstring_view sql, Clock::duration took) noexcept try {
@@ -142,7 +167,9 @@ void PageNotes::on_refused(std::wstring_view sql, const std::vector<std::wstring
 
 std::string PageNotes::refused(const PageError& error) const {
   const auto is_told = [this](const std::wstring& words) { return words.find(refused_) != words.npos; };
-  const bool is_this = !refused_.empty() && (is_told(error.description) || std::ranges::any_of(error.causes, is_told));
+  const bool is_this =
+      !refused_.empty() &&
+      (is_told(error.description) || std::ranges::any_of(error.causes, is_told, &PageError::Cause::description));
   return is_this ? refused_statement_ : std::string();
 }
 
@@ -164,16 +191,16 @@ std::string PageNotes::warning(std::string_view page) const {
   if (slips_.empty()) return {};
   std::string line = std::string(page) + ": warning: ";
   for (std::size_t i = 0; i < slips_.size(); ++i) line += (i == 0 ? "" : "; ") + to_utf8(slips_[i]);
-  return more_slips_ == 0 ? line : line + fmt::format(" and {} more", more_slips_);
+  return more_slips_ == 0 ? line : line + " " + more_slips();
 }
 
 std::string PageNotes::panel(VariantStore* session) const {
   std::string slips;
   for (const std::wstring& slip : slips_) slips += row(html(slip));
-  if (more_slips_ > 0) slips += row(fmt::format("and {} more", more_slips_));
+  if (more_slips_ > 0) slips += row(more_slips());
   std::string templates;
-  for (const auto& [file, count] : templates_)
-    templates += row(html(to_wide(file)) + (count > 1 ? fmt::format(", {} times", count) : std::string()));
+  for (const auto& [file, charset, times] : templates_)
+    templates += row(html(to_wide(file)) + (times > 1 ? fmt::format(", {} times", times) : std::string()));
   std::string phases;
   for (const auto& [name, took] : phases_) phases += row(fmt::format("{}: {}", name, milliseconds(took)));
   std::string statements;
@@ -201,18 +228,9 @@ std::string PageNotes::panel_of_page(VariantStore* session) const {
          panel(session) + "</section>\n";
 }
 
-std::vector<std::wstring> keys_of(IUnknown* values) {
-  std::vector<std::wstring> keys;
-  const CComQIPtr<IKorLibDictionary> dictionary(values);
-  CComVariant all;
-  if (!dictionary || FAILED(dictionary->Keys(&all)) || all.vt != (VT_ARRAY | VT_VARIANT)) return keys;
-  const SAFEARRAY& array = *all.parray;
-  const auto* key = static_cast<const VARIANT*>(array.pvData);
-  for (ULONG i = 0; i < array.rgsabound[0].cElements; ++i, ++key) {
-    CComVariant value;
-    const bool is_there = key->vt == VT_BSTR && SUCCEEDED(dictionary->get_Item(*key, &value)) && value.vt != VT_EMPTY;
-    if (is_there) keys.emplace_back(korlib::view_of(key->bstrVal));
-  }
+PageNotes::Names keys_of(IUnknown* values) {
+  PageNotes::Names keys;
+  for (auto& [key, value] : items_of(values)) keys.push_back(key);
   return keys;
 }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,12 +27,17 @@ class PageNotes final : public korlib_host::StatementListener {
   PageNotes(const PageNotes&) = delete;
   PageNotes& operator=(const PageNotes&) = delete;
 
-  // A mark that shows nothing. `place` is "/row.html:3:7: (#*nmae#)"; of `names`, the nearest to its own is the one
-  // that was meant. A value of session, application or bag need not be there: it is a slip if one has nearly that name.
+  using Names = std::vector<std::wstring>;
+
+  // A mark that shows nothing, told once. `place` is "/row.html:3:7: (#*nmae#)"; of the names that `names_of` gives,
+  // the nearest to its own is the one that was meant. A value of session, application or bag need not be there: it is a
+  // slip if one has nearly that name.
   void add_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place,
-                const std::vector<std::wstring>& names);
-  // A template that it drew; how often is counted.
-  void add_template(const std::string& file);
+                const std::function<Names()>& names_of);
+  // A template that it drew, in its character set; how often is counted.
+  void add_template(const std::string& file, std::wstring_view charset);
+  // Empty for a template that it did not draw.
+  std::wstring charset_of(std::string_view file) const;
   void on_statement(std::wstring_view sql, Clock::duration took) noexcept override;
   void on_refused(std::wstring_view sql, const std::vector<std::wstring>& parameters,
                   std::wstring_view error) noexcept override;
@@ -52,14 +59,23 @@ class PageNotes final : public korlib_host::StatementListener {
   std::string panel_of_page(VariantStore* session) const;
 
  private:
-  static constexpr std::size_t kMostSlips = 20;
+  static constexpr std::size_t kMostSlips = 20;         // in words
+  static constexpr std::size_t kMostKnownMarks = 1000;  // of a page that draws ever new ones
   static constexpr std::size_t kMostTemplates = 100;
   static constexpr std::size_t kMostStatements = 100;
 
-  std::vector<std::wstring> slips_;  // in words
+  std::string more_slips() const;
+
+  std::set<std::wstring> known_marks_;  // that show nothing, slips or not
+  std::vector<std::wstring> slips_;     // in words
   std::size_t more_slips_ = 0;
-  std::vector<std::pair<std::string, std::size_t>> templates_;  // how often
-  std::vector<std::string> statements_;                         // in HTML
+  struct Drawn {
+    std::string file;
+    std::wstring charset;
+    std::size_t times = 1;
+  };
+  std::vector<Drawn> templates_;
+  std::vector<std::string> statements_;  // in HTML
   std::size_t more_statements_ = 0;
   std::wstring refused_;                                     // what the script was told of the last one
   std::string refused_statement_;                            // in HTML
@@ -71,6 +87,6 @@ class PageNotes final : public korlib_host::StatementListener {
 
 // The keys of a dictionary under which there is something: by being asked for a name it gets that with nothing. None of
 // another object.
-std::vector<std::wstring> keys_of(IUnknown* values);
+PageNotes::Names keys_of(IUnknown* values);
 
 }  // namespace zelto

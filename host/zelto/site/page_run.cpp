@@ -22,10 +22,12 @@
 #include "script/realm.h"
 #include "script/template_places.h"
 #include "site/error_page.h"
+#include "site/page_error.h"
 #include "site/page_notes.h"
 #include "site/page_session.h"
 #include "text/characters.h"
 #include "text/charset.h"
+#include "text/html.h"
 
 namespace zelto {
 
@@ -36,23 +38,6 @@ std::string console_line(const script::LogLine& line, const Site& site) {
   std::string text(site.path_of(line.file));
   if (line.line > 0) text += ":" + std::to_string(line.line);
   return text + ": console." + line.level + ": " + line.text;
-}
-
-PageError page_error(const script::ScriptError& error, const Site& site) {
-  PageError made;
-  made.number = error.number;
-  made.source = error.source;
-  made.description = error.message;
-  made.category = L"Script";
-  made.file = to_wide(site.path_of(error.file));
-  made.line = error.line;
-  made.column = error.column > 0 ? error.column : -1;
-  for (const zelto::language::Frame& call : error.calls)
-    made.calls.push_back({call.function, to_wide(site.path_of(call.file)), call.line});
-  made.causes = error.causes;
-  for (const script::TemplatePlace& place : error.templates)
-    made.templates.push_back({to_wide(site.path_of(place.file)), place.line, place.column, place.mark, place.calls});
-  return made;
 }
 
 // What the page does to databases ends with it, by whatever way it goes.
@@ -90,7 +75,7 @@ class PageRun final : public PageHost {
   HRESULT set_script_timeout(LONG seconds) override;
   const PageError* last_error() const override { return error_ ? &*error_ : nullptr; }
   bool takes_notes() const override { return notes_.has_value(); }
-  void note_template(std::wstring_view file) override;
+  void note_template(std::wstring_view file, std::wstring_view charset) override;
   void note_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place, IUnknown* values) override;
   void note_bag(std::wstring_view page, IUnknown* bag) override {
     if (notes_) notes_->add_bag(page, bag);
@@ -109,6 +94,8 @@ class PageRun final : public PageHost {
   int answer();
   int error_status() const;
   bool shows_panel() const;
+  // In the code page of what the page has written already.
+  void write_html(std::string_view html) { page_->response.write_bytes(html_bytes(html, page_->response.code_page)); }
   void answer_error(const PageError& error);
 
   Site& site_;
@@ -227,16 +214,19 @@ void PageRun::log_console(const script::LogLine& line) {
     site_.log(std::string(site_.path_of(line.file)) + ": the rest of this page's console is left out");
 }
 
-void PageRun::note_template(std::wstring_view file) {
-  if (notes_) notes_->add_template(script::site_path(to_utf8(file), site_.root()));
+void PageRun::note_template(std::wstring_view file, std::wstring_view charset) {
+  if (notes_) notes_->add_template(script::site_path(to_utf8(file), site_.root()), charset);
 }
 
 void PageRun::note_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place, IUnknown* values) {
   if (!notes_) return;
-  std::vector<std::wstring> names = keys_of(values);
-  if (const auto session = session_.state(); session && slip == TemplateSlip::no_session_value) session->names(names);
-  if (slip == TemplateSlip::no_application_value) hold_->names(names);
-  notes_->add_slip(slip, name, script::named_from_root(place, site_.root()), names);
+  const auto names_of = [&] {
+    PageNotes::Names names = keys_of(values);
+    if (const auto session = session_.state(); session && slip == TemplateSlip::no_session_value) session->names(names);
+    if (slip == TemplateSlip::no_application_value) hold_->names(names);
+    return names;
+  };
+  notes_->add_slip(slip, name, script::named_from_root(place, site_.root()), names_of);
 }
 
 void PageRun::warn_of_slips() {
@@ -263,13 +253,7 @@ HRESULT PageRun::execute(const std::string& virtual_path) {
   }
   if (outcome.kind == script::Outcome::completed) return S_OK;
   if (outcome.kind != script::Outcome::failed) return script::kPageStopped;  // still unwinding
-  const PageError error = outcome.error ? page_error(*outcome.error, site_) : PageError();
-  const HRESULT hr = FAILED(error.number) ? error.number : E_FAIL;
-  const std::wstring where =
-      error.line > 0 ? L" (" + error.file + L", line " + std::to_wstring(error.line) + L")" : L"";
-  korlib::raise(hr, error.source, error.description + where);
-  if (outcome.error) script::hand_on(script::list_of(outcome.error->templates));
-  return hr;
+  return engine_.raise_executed(std::move(outcome.error).value_or(script::ScriptError()));
 }
 
 HRESULT PageRun::set_script_timeout(LONG seconds) {
@@ -292,13 +276,16 @@ void PageRun::fail_at_limit(HRESULT number, std::wstring description, const std:
   error.source = L"Server";
   error.category = L"Server";
   error.description = std::move(description);
-  if (error.file.empty()) error.file = to_wide(page_->request.place().virtual_path);
   fail(std::move(error));
 }
 
 void PageRun::fail(PageError error) {
   if (!settings_->options.debug) error.reference = new_reference();
-  site_.log(error_line(error));
+  for (PageError::Template& place : error.templates)
+    if (notes_) place.charset = notes_->charset_of(to_utf8(place.file));
+  const std::string& page = page_->request.place().virtual_path;
+  if (error.file.empty()) error.file = to_wide(page);
+  site_.log(error_line(error, page));
   error_ = std::move(error);
 }
 
@@ -307,7 +294,7 @@ int PageRun::answer() {
   // A head that has gone out says that all is well: only the connection can tell that it is not.
   const bool breaks = error_ && response.head_sent();
   if (error_) answer_error(*error_);
-  if (!error_ && shows_panel()) response.write_bytes(notes_->panel_of_page(session_.state().get()));
+  if (!error_ && shows_panel()) write_html(notes_->panel_of_page(session_.state().get()));
   const int status = error_ ? status::kServerError : response.status;
   breaks ? response.break_off() : response.finish();
   return status;
@@ -336,10 +323,12 @@ void PageRun::answer_error(const PageError& error) {
     response.cache_control = "no-store";
   }
   if (notes_)
-    response.write_bytes(debug_error_page(error, site_.root(), page_->request.http().target,
-                                          notes_->refused(error) + notes_->panel(session_.state().get())));
+    write_html(debug_error_page(error, site_.root(), page_->request.http().target,
+                                notes_->refused(error) + notes_->panel(session_.state().get())));
   else if (begins)
     response.write_bytes(plain_error_page(status_line(status), error.reference));
+  else if (base::equal_ascii(response.content_type, "text/html"))
+    response.write_bytes(reference_comment(error.reference));
 }
 
 }  // namespace

@@ -29,11 +29,37 @@ constexpr std::string_view beginning_of(std::string_view text, std::size_t room)
   return text.substr(0, room);
 }
 
-// The text as one line of a log, with blanks for its control characters: parts of it may be a client's.
+// What shows in place of the character that this UTF-8 text begins with, where it turns the direction of those around
+// it: a line would read as another one. Nothing for every other character.
+constexpr std::string_view direction_escape(std::string_view rest) {
+  struct Row {
+    std::string_view bytes;
+    std::string_view escape;
+  };
+  constexpr Row kRows[] = {
+      {"\xD8\x9C", "\\u061C"},     {"\xE2\x80\x8E", "\\u200E"}, {"\xE2\x80\x8F", "\\u200F"},
+      {"\xE2\x80\xAA", "\\u202A"}, {"\xE2\x80\xAB", "\\u202B"}, {"\xE2\x80\xAC", "\\u202C"},
+      {"\xE2\x80\xAD", "\\u202D"}, {"\xE2\x80\xAE", "\\u202E"}, {"\xE2\x81\xA6", "\\u2066"},
+      {"\xE2\x81\xA7", "\\u2067"}, {"\xE2\x81\xA8", "\\u2068"}, {"\xE2\x81\xA9", "\\u2069"},
+  };
+  if (rest.empty() || (rest[0] != '\xE2' && rest[0] != '\xD8')) return {};
+  for (const Row& row : kRows) {
+    if (rest.starts_with(row.bytes)) return row.escape;
+  }
+  return {};
+}
+
+// The text as one line of a log, with blanks for its control characters, and escapes for those that turn the direction
+// of writing: parts of it may be a client's.
 inline std::string plain_line(std::string_view text) {
   std::string line;
   line.reserve(text.size() + 1);  // for whoever ends it
   while (!text.empty()) {
+    if (const std::string_view escape = direction_escape(text); !escape.empty()) {
+      line += escape;
+      text.remove_prefix(text.front() == '\xD8' ? 2 : 3);
+      continue;
+    }
     const std::size_t control = control_length(text);
     line += control > 0 ? ' ' : text.front();
     text.remove_prefix(std::max<std::size_t>(control, 1));

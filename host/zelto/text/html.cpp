@@ -107,4 +107,16 @@ std::wstring html_encode(std::wstring_view text, LONG code_page) {
   return encoded;
 }
 
+std::string html_bytes(std::string_view html, LONG code_page) {
+  if (code_page == kUtf8CodePage) return std::string(html);
+  std::wstring text;
+  for (const wchar_t c : to_wide(html)) {
+    if (encodes(code_page, c))
+      text += c;
+    else
+      text += L"&#" + std::to_wstring(static_cast<char32_t>(c)) + L";";
+  }
+  return encode(code_page, text);
+}
+
 }  // namespace zelto

@@ -13,4 +13,7 @@ std::wstring html_encode(std::wstring_view text, LONG code_page);
 // The same as a string for an out-argument; null when memory is short.
 BSTR html_encoded(std::wstring_view text, LONG code_page);
 
+// HTML, given in UTF-8, in the code page's bytes; a character that it lacks as &#n;.
+std::string html_bytes(std::string_view html, LONG code_page);
+
 }  // namespace zelto

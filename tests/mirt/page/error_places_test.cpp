@@ -52,9 +52,10 @@ TEST_F(ErrorPlaces, AreToldOfEachKindOfFailure) {
   script().value(L"array", value_of(std::vector<CComVariant>{CComVariant(L"one")}));
   script().value(L"null", null_value());
   for (const wchar_t* mark : {L"(#;nothing#)", L"(#%Nothing#)", L"(#;null#)", L"(#;array|7#)", L"(#;array|x#)",
-                              L"(#&item#)", L"(#%_InputDefault|one#)", L"(#`nowhere#)", L"(#*item#)"}) {
+                              L"(#&item#)", L"(#%_InputDefault|one#)", L"(#`nowhere#)"}) {
     EXPECT_EQ(L"(text):1:2: " + std::wstring(mark), of_text((L"." + std::wstring(mark)).c_str()).places) << mark;
   }
+  EXPECT_EQ(L"(text):1:1: (#*item#): there is no View outside of the page's Process", of_text(L"(#*item#)").places);
 }
 
 TEST_F(ErrorPlaces, TellWhereAMarkWasOpened) {
@@ -96,14 +97,29 @@ TEST_F(ErrorPlaces, AreToldByAChild) {
   EXPECT_EQ(L"", error.description) << "the child has no words of its own";
 }
 
+// It raises no words for them.
+TEST_F(ErrorPlaces, TellWhatAChildDoesNotHave) {
+  const korlib_host::ContextScope scope(asp_.context.get());
+  CComPtr<IMirtedTemplator> child;
+  ASSERT_EQ(S_OK, typed()->NewTemplator(CComBSTR(L"Draw_"), child.put()));
+  const auto error_of = [&](const wchar_t* text) {
+    return placed_error_of([&] { EXPECT_EQ(E_FAIL, child->ProcessTemplate(CComBSTR(text))); });
+  };
+  EXPECT_EQ(L"(text):1:1: (#&item#): the page that has made the templator has no Name, and so no bag",
+            error_of(L"(#&item#)").places);
+  EXPECT_EQ(L"", error_of(L"(#&item#)").description);
+  EXPECT_EQ(L"(text):1:1: (#*item#): there is no View outside of the page's Process", error_of(L"(#*item#)").places);
+}
+
 TEST_F(ErrorPlaces, AreToldByAStandAloneTemplator) {
   const std::wstring path = file("plain.html", "a (#\ncomment#)(#nothing#)");
   CComPtr<ITextTemplator> templator;
   ASSERT_EQ(S_OK, module_.create(L"TextTemplator").query(templator.put()));
   const PlacedError error =
       placed_error_of([&] { templator->ProcessTemplateFile(CComBSTR(std::wstring_view(path)), CComBSTR(L"UTF-8")); });
-  EXPECT_EQ(path + L":2:10: (#nothing#)", error.places);
-  EXPECT_EQ(L"(text):1:1: (#nothing#)",
+  EXPECT_EQ(path + L":2:10: (#nothing#): the templator has no Script", error.places);
+  ASSERT_EQ(S_OK, templator->putref_Script(script_.get()));
+  EXPECT_EQ(L"(text):1:1: (#nothing#): no script of the templator has it",
             placed_error_of([&] { templator->ProcessTemplate(CComBSTR(L"(#nothing#)")); }).places);
 }
 

@@ -75,6 +75,36 @@ TEST_F(MarkPlaces, TellWhereAMarkThatIsNotClosedWasOpened) {
   EXPECT_EQ(L"Invalid mark order.", placed_error_of([&] { engine_.stream(text); }).description);
 }
 
+// Of several, the one that an author would close.
+TEST_F(MarkPlaces, TellWhichMarkWithinAnotherIsNotClosed) {
+  const struct {
+    const wchar_t* text;
+    const wchar_t* place;
+  } kRows[] = {
+      {L"(#%Rows|\n <li>(#;cell</li>", L"2:6: (#;cell</li>: opened here, never closed"},
+      {L"(#%Rows|\n <li>(#;cell</li>#)", L"2:6: (#;cell</li>#): opened here, never closed"},
+      {L"(#%Rows|\n <li>(#;cell#)</li>", L"1:1: (#%Rows|: opened here, never closed"},
+      {L"(#;a#)\n(#%Rows|(#;b|<li>#)(#%In|\n(#;c#)", L"2:20: (#%In|: opened here, never closed"},
+      {L"(#%Rows|(#;cell\n<b>(#;other#)#)", L"1:9: (#;cell: opened here, never closed"},
+      {L"(#%Rows|^(#;cell</li>", L"1:1: (#%Rows|^(#;cell</li>: opened here, never closed"},
+      {L"(#%Rows|(#|name|<b>#)", L"1:1: (#%Rows|(#|name|<b>#): opened here, never closed"},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(L"(text):" + std::wstring(row.place), streamed(row.text));
+    EXPECT_EQ(L"(text):" + std::wstring(row.place), parsed(row.text));
+  }
+}
+
+TEST_F(MarkPlaces, TellTheReasonOfAFailureWithoutWords) {
+  engine_.on_mark = [this](const Mark& mark) {
+    if (mark.name == L"bad") engine_.set_reason(L"it is bad");
+    return mark.params.empty() ? E_FAIL : engine_.stream(mark.params[0]);
+  };
+  EXPECT_EQ(L"(text):1:1: (#;bad#): it is bad", streamed(L"(#;bad#)"));
+  EXPECT_EQ(L"(text):1:1: (#;other#)", streamed(L"(#;other#)"));
+  EXPECT_EQ(L"(text):1:1: (#;bad#): it is bad\n(text):1:1: (#;in|(#;bad#)#)", streamed(L"(#;in|(#;bad#)#)"));
+}
+
 TEST_F(MarkPlaces, TellWhatClosesNoMark) {
   EXPECT_EQ(L"(text):2:3: #): closes no mark", streamed(L"^#)\na #) b"));
   EXPECT_EQ(L"(text):2:3: #): closes no mark", parsed(L"^#)\na #) b"));
@@ -121,12 +151,17 @@ TEST_F(MarkPlaces, ListTheMarksThatDrawEachOther) {
 }
 
 // The innermost are what the author looks for.
-TEST_F(MarkPlaces, EndWithTheSixteenth) {
-  int depth = 0;
-  engine_.on_mark = [&](const Mark&) { return ++depth == 40 ? E_ABORT : engine_.stream(L"(#%in#)"); };
-  const std::wstring places = streamed(L"\n(#%out#)");
-  EXPECT_EQ(15, std::count(places.begin(), places.end(), L'\n'));
-  EXPECT_EQ(std::wstring::npos, places.find(L"out"));
+TEST_F(MarkPlaces, EndWithTheSixteenthAndTheNumberOfTheOthers) {
+  const auto places_of = [this](int deepest) {
+    int depth = 0;
+    engine_.on_mark = [&, deepest](const Mark&) { return ++depth == deepest ? E_ABORT : engine_.stream(L"(#%in#)"); };
+    return streamed(L"\n(#%out#)");
+  };
+  std::wstring sixteen = L"(text):1:1: (#%in#)";
+  for (int i = 1; i < 16; ++i) sixteen += L"\n(text):1:1: (#%in#)";
+  EXPECT_EQ(sixteen.substr(20) + L"\n(text):2:1: (#%out#)", places_of(16));
+  EXPECT_EQ(sixteen + L"\nand 1 more", places_of(17));
+  EXPECT_EQ(sixteen + L"\nand 24 more", places_of(40));
 }
 
 // A host tells its own error objects by their address.
@@ -147,8 +182,8 @@ TEST_F(MarkPlaces, LeaveTheErrorObjectTheSame) {
 // A host that wants to know of marks that show nothing.
 class Notes final : public Still<ITemplateNotes> {
  public:
-  HRESULT NoteTemplate(BSTR file) override {
-    noted.emplace_back(korlib::view_of(file));
+  HRESULT NoteTemplate(BSTR file, BSTR charset) override {
+    noted.push_back(std::wstring(korlib::view_of(file)) + L" in " + std::wstring(korlib::view_of(charset)));
     return S_OK;
   }
   HRESULT NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnknown*) override {
@@ -174,9 +209,9 @@ TEST_F(MarkPlaces, AreToldOfMarksThatShowNothing) {
   replayed(L"(#a#)\n(#b#)", L"(#a#)\n(#b#)", L"row.html");
   replayed(L"(#a#)", L"other");
   engine_.note_slip(TemplateSlip::without_type, CComBSTR(L"name"));  // outside of any mark
-  engine_.note_template(CComBSTR(L"file.html"));
+  engine_.note_template(CComBSTR(L"file.html"), CComBSTR(L"UTF-8"));
   EXPECT_EQ((std::vector<std::wstring>{L"1 name (text):2:2: (#name#)", L"1 name row.html:1:1: (#a#)",
-                                       L"1 name row.html:2:1: (#b#)", L"1 name ", L"file.html"}),
+                                       L"1 name row.html:2:1: (#b#)", L"1 name ", L"file.html in UTF-8"}),
             notes.noted);
 }
 
@@ -185,7 +220,7 @@ TEST_F(MarkPlaces, AreToldToNobodyWhoDoesNotWantToKnow) {
   Engine other;
   other.set_response(sink_->unknown());
   EXPECT_FALSE(other.takes_notes());
-  other.note_template(CComBSTR(L"file.html"));
+  other.note_template(CComBSTR(L"file.html"), CComBSTR(L"UTF-8"));
 }
 
 TEST(ErrorPlaces, StayWhenTheWordsAreReplaced) {

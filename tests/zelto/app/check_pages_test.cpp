@@ -21,9 +21,11 @@ TEST_F(CheckedPages, TellWhereTheirSyntaxIsWrong) {
   write("f.asp", "<% f(1, 2 %>");
   write("g.asp", "<% var a = 1 # 2; %>");
   EXPECT_EQ(
-      "a.asp:2:14: error: Unexpected token ';'. Expected ')' to end a compound expression.\n"
-      "b.asp:1:47: error: Unexpected identifier 'b'. Expected '}' to end an object literal.\n"
-      "c.asp:1:7: error: Unexpected identifier 'y'. Expected ')' to end a compound expression.\n"
+      "a.asp:2:14: error: Unexpected token ';'. Expected ')' to end a compound expression: the \"(\" in line 2, column "
+      "12 is open.\n"
+      "b.asp:1:47: error: Unexpected identifier 'b'. Expected '}' to end an object literal: the \"{\" in line 1, "
+      "column 40 is open.\n"
+      "c.asp:1:7: error: Unexpected identifier 'y': <%= %> takes one expression.\n"
       "e.asp:2:5: error: This \"<%\" is not closed with \"%>\".\n"
       "f.asp:1:5: error: This \"(\" is never closed.\n"
       "g.asp:1:14: error: Invalid character: '#'\n"
@@ -50,7 +52,8 @@ TEST_F(CheckedPages, TellTheColumnInALongLine) {
   std::string line;
   for (int i = 0; i < 5'000; ++i) line += "f({});";
   write("a.asp", "<% " + line + "f({)}; " + line + "%>");
-  EXPECT_EQ(0U, found().find("a.asp:1:30007: error: Unexpected token ')'."));
+  EXPECT_EQ(
+      0U, found().find("a.asp:1:30007: error: This \")\" closes nothing: the \"{\" in line 1, column 30006 is open."));
 }
 
 TEST_F(CheckedPages, NameEachIncludeThatThereIsNot) {

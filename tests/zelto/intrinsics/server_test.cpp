@@ -69,7 +69,7 @@ TEST_F(Server, SaysWhichClassItDoesNotKnow) {
   const Answer answer = call(server_object().get(), L"CreateObject", L"No.Such");
   EXPECT_TRUE(FAILED(answer.hr));
   EXPECT_EQ(L"CreateObject: no class is registered as \"No.Such\".", answer.description);
-  EXPECT_EQ(L"CreateObject: no class is registered as \"Scripting.Dictonary\"; did you mean \"Scripting.Dictionary\"?",
+  EXPECT_EQ(L"CreateObject: no class is registered as \"Scripting.Dictonary\"; did you mean 'Scripting.Dictionary'?",
             call(server_object().get(), L"CreateObject", L"Scripting.Dictonary").description);
 }
 

@@ -99,7 +99,8 @@ TEST_F(RealmLimits, NeedsNoMoreOfAMessageThanItsBeginning) {
     ASSERT_EQ(Outcome::failed, outcome.kind) << narrow(script);
     EXPECT_LE(outcome.error->message.size(), kMost) << narrow(script);
     EXPECT_LE(outcome.error->source.size(), kMost) << narrow(script);
-    for (const std::wstring& cause : outcome.error->causes) EXPECT_LE(cause.size(), kMost) << narrow(script);
+    for (const zelto::language::Cause& cause : outcome.error->causes)
+      EXPECT_LE(cause.message.size(), kMost) << narrow(script);
   }
   EXPECT_EQ("30000000",
             text(L"(() => { try { throw new Error('x'.repeat(3e7)) } catch (e) { return e.message.length } })()"));

@@ -20,13 +20,19 @@ TEST_F(PageRun, BreaksOffWhatFailsOnceTheHeadIsOut) {
     EXPECT_EQ(0, broken.finishes);
     EXPECT_EQ(200, broken.head.status);
     EXPECT_EQ(debug, broken.body.starts_with("begun<!DOCTYPE html>")) << broken.body;
-    EXPECT_EQ(!debug, broken.body == "begun");
+    EXPECT_EQ(!debug,
+              broken.body == "begun\n<!-- The page ends here because of an error. Reference: " + reference + " -->\n")
+        << broken.body;
     const MemorySink told = run("begun<% none.such(); %>", "");
     EXPECT_EQ(1, told.finishes);
     EXPECT_EQ(0, told.breaks);
     EXPECT_EQ(500, told.head.status);
     EXPECT_EQ(std::vector<std::string>{"no-store"}, told.header("Cache-Control")) << "it may be gone with the next try";
   }
+  options.debug = false;
+  restart();
+  EXPECT_EQ("begun",
+            run("<% Response.ContentType = 'text/plain'; %>begun<% Response.Flush(); none.such(); %>", "").body);
   const MemorySink unbuffered = run("<% Response.Buffer = false; none.such(); %>", "");
   EXPECT_EQ(500, unbuffered.head.status) << "nothing was sent that the error page could not take back";
   EXPECT_EQ(1, unbuffered.finishes);
@@ -120,10 +126,10 @@ TEST_F(PageRun, PutsWhatWasThrownIntoWords) {
     const char* thrown;
     const char* words;
   } kRows[] = {
-      {"'a text'", "a text (, 0x80004005)"},
-      {"undefined", "The script threw undefined. (, 0x80004005)"},
-      {"5", "The script threw 5. (, 0x80004005)"},
-      {"{ code: 5 }", "The script threw {\"code\":5}. (, 0x80004005)"},
+      {"'a text'", "a text (0x80004005)"},
+      {"undefined", "The script threw undefined. (0x80004005)"},
+      {"5", "The script threw 5. (0x80004005)"},
+      {"{ code: 5 }", "The script threw {\"code\":5}. (0x80004005)"},
       {"new Error()", "The script threw an error without a message: Error. (Error, 0x80004005)"},
       {"new RangeError('')", "The script threw an error without a message: RangeError. (RangeError, 0x80004005)"},
       {"new Error('outer', { cause: new TypeError('inner') })", "outer; caused by: inner (Error, 0x80004005)"},
@@ -135,25 +141,6 @@ TEST_F(PageRun, PutsWhatWasThrownIntoWords) {
     log.clear();
     run(std::string("<% throw ") + row.thrown + " %>", "");
     EXPECT_EQ(std::vector<std::string>{std::string("/page.asp:1: ") + row.words}, log) << row.thrown;
-  }
-}
-
-TEST_F(PageRun, SaysWhichBracketIsNotClosed) {
-  constexpr struct {
-    const char* page;
-    const char* words;
-  } kRows[] = {
-      {"<% function a() {\n  if (1) {\n    a();\n}\n%>", "Unexpected end of script. The '{' in line 1 is not closed"},
-      {"text\n<% if (1) { %>\nmore\n", "Unexpected end of script. The '{' in line 2 is not closed"},
-      {"<% var a = [1,\n2;\n%>",
-       "Unexpected token ';'. Expected either a closing ']' or a ',' following an array "
-       "element."},
-  };
-  for (const auto& row : kRows) {
-    log.clear();
-    run(row.page, "");
-    ASSERT_EQ(1u, log.size()) << row.page;
-    EXPECT_NE(std::string::npos, log[0].find(row.words)) << log[0];
   }
 }
 

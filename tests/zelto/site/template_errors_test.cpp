@@ -103,6 +103,36 @@ TEST_F(TemplateErrors, SayWhereAMarkWasOpened) {
   }
 }
 
+// In the character set that the page has named, so that the caret stands under the mark.
+TEST_F(TemplateErrors, ShowATemplateInItsCharacterSet) {
+  const struct {
+    const char* charset;
+    std::string bytes;
+    const char* shown;
+  } kRows[] = {
+      {"windows-1251", "\xCF\xF0\xE8 (#;title#)",
+       "    1  При (#;title#)</span><span class=\"caret\">           ^</span>"},
+      {"ISO-8859-1", "\xE9t\xE9 (#;title#)", "    1  été (#;title#)</span><span class=\"caret\">           ^</span>"},
+      {"UTF-16LE", std::string("\xE9\0(\0#\0;\0x\0#\0)\0", 14),
+       "    1  é(#;x#)</span><span class=\"caret\">        ^</span>"},
+      {"UTF-8", "é(#;x#)", "    1  é(#;x#)</span><span class=\"caret\">        ^</span>"},
+  };
+  for (const auto& row : kRows) {
+    folder.write("tpl/main.html", row.bytes);
+    restart();
+    const std::string shown = failed(page(std::string("m.TemplateCharset = '") + row.charset + "';"));
+    EXPECT_TRUE(has(shown, row.shown)) << row.charset << shown;
+  }
+}
+
+// As zelto check names it.
+TEST_F(TemplateErrors, SayWhichMarkWithinAnotherIsNotClosed) {
+  folder.write("tpl/main.html", "(#%Rows|\n<li>(#;cell</li>\n#)\n");
+  const std::string shown = failed(page());
+  EXPECT_TRUE(has(log[0], "; in /tpl/main.html:2:5 (#;cell</li>: opened here, never closed (")) << log[0];
+  EXPECT_TRUE(has(shown, "<dt>Template</dt><dd>/tpl/main.html:2:5</dd>")) << shown;
+}
+
 TEST_F(TemplateErrors, NameTheTemplatesThatDrawEachOtherCachedAndNot) {
   folder.write("tpl/main.html", "<body>\n(#@side#)");
   folder.write("tpl/parts/list.html", "(#`row#)");
@@ -149,11 +179,20 @@ TEST_F(TemplateErrors, AreToldOfChildAndStandAloneTemplators) {
   EXPECT_TRUE(has(shown, "<dt>Template</dt><dd>/tpl/child.html:2:2</dd>")) << shown;
   failed(
       "<% var t = Server.CreateObject('Mirt.TextTemplator'); t.Script = this; t.ProcessTemplate('x(#nothing#)'); %>");
-  EXPECT_TRUE(has(log[0], "; in (text):1:2 (#nothing#) (")) << log[0];
+  EXPECT_EQ(
+      "/page.asp:1: The script does not declare 'nothing': 'ProcessTemplate' (0x80020003); in (text):1:2 (#nothing#): "
+      "no script of the templator has it (Error)",
+      log[0]);
+  failed("<% var t = Server.CreateObject('Mirt.TextTemplator'); t.ProcessTemplate('x(#nothing#)'); %>");
+  EXPECT_TRUE(has(log[0], "; in (text):1:2 (#nothing#): the templator has no Script (")) << log[0];
+  failed(page("var c = m.NewTemplator(''); c.ProcessTemplate('(#&item#)');"));
+  EXPECT_TRUE(
+      has(log[0], "; in (text):1:1 (#&item#): the page that has made the templator has no Name, and so no bag ("))
+      << log[0];
   failed(
       "<% var t = Server.CreateObject('Mirt.TextTemplator'); t.Script = this;"
       "t.ProcessTemplateFile(Server.MapPath('tpl/child.html'), 'UTF-8'); %>");
-  EXPECT_TRUE(has(log[0], "; in /tpl/child.html:2:2 (#:nothing#) (")) << log[0];
+  EXPECT_TRUE(has(log[0], "; in /tpl/child.html:2:2 (#:nothing#): no script ")) << log[0];
 }
 
 TEST_F(TemplateErrors, ArePropertiesOfWhatAScriptCatches) {
@@ -190,19 +229,59 @@ TEST_F(TemplateErrors, AreOverWhenAScriptGoesOn) {
   EXPECT_FALSE(has(log[0], "main.html")) << log[0];
 }
 
-TEST_F(TemplateErrors, AreToldOfAPageThatAnotherOneExecutes) {
-  folder.write("tpl/main.html", "\n(#;title#)");
-  folder.write("inner.asp", page());
-  failed("<% Server.Execute('inner.asp') %>");
-  EXPECT_TRUE(has(log[0], "; in /tpl/main.html:2:1 (#;title#) (")) << log[0];
-}
-
 TEST_F(TemplateErrors, NameATemplateThatDrawsItself) {
   folder.write("tpl/main.html", "\n (#`main#)");
   const std::string shown = failed(page());
   EXPECT_TRUE(has(log[0], "; in /tpl/main.html:2:2 (#`main#), ")) << log[0];
-  EXPECT_TRUE(has(log[0], " and 8 more (")) << log[0];
   EXPECT_TRUE(has(shown, "<dt>Template</dt><dd>/tpl/main.html:2:2</dd>")) << shown;
+}
+
+// What a page draws when it comes to its limit has nothing to do with it, or everything.
+TEST_F(TemplateErrors, TellWhatWasDrawnWhenAPageCameToItsLimit) {
+  options.script_timeout = std::chrono::seconds(1);
+  options.script_memory = std::size_t{48} << 20;
+  folder.write("tpl/main.html", "<p>\n(#`part#)");
+  folder.write("tpl/part.html", " (#%Rows|<li>(#;cell#)</li>#)");
+  for (const std::string endless :
+       {"for (;;);", "for (;;) Server.MapPath('x');", "var a = []; for (;;) a.push('text' + a.length);",
+        "try { for (;;) Server.MapPath('x'); } catch (e) { Server.MapPath('x'); }"}) {
+    const std::string shown = failed(
+        page("function cell() { " + endless + " }\nfunction OnDraw_Rows(m, texts) { m.ProcessTemplate(texts[0]); }\n"));
+    EXPECT_TRUE(has(log[0],
+                    "; in (text):1:5 (#;cell#), /tpl/part.html:1:2 (#%Rows|<li>(#;cell#)</li>#), "
+                    "/tpl/main.html:2:1 (#`part#) (Server, "))
+        << log[0];
+    EXPECT_TRUE(has(shown,
+                    "<ol>\n<li>cell(), /page.asp:1</li>\n<li><code>(#;cell#)</code>, (text):1:5</li>\n"
+                    "<li>OnDraw_Rows(), /page.asp:2</li>\n"
+                    "<li><code>(#%Rows|&lt;li&gt;(#;cell#)&lt;/li&gt;#)</code>, /tpl/part.html:1:2</li>\n"
+                    "<li><code>(#`part#)</code>, /tpl/main.html:2:1</li>\n<li>the page, /page.asp:3</li>\n</ol>"))
+        << endless << shown;
+    EXPECT_TRUE(has(shown, "<h2>/tpl/part.html</h2>\n<pre>")) << shown;
+  }
+}
+
+// One that comes to it somewhere else had drawn all that it had.
+TEST_F(TemplateErrors, TellOfNoTemplateThatIsNotBeingDrawnAtTheLimit) {
+  options.script_timeout = std::chrono::seconds(1);
+  folder.write("tpl/main.html", "(#;nothing#)");
+  failed(page("try { m.DrawTemplate('main') } catch (e) {} for (;;) Server.MapPath('x');"));
+  EXPECT_FALSE(has(log[0], "main.html")) << log[0];
+}
+
+// As many as there are, of marks and of functions.
+TEST_F(TemplateErrors, SayHowManyAreNotListed) {
+  folder.write("tpl/main.html", "(#%Part#)");
+  folder.write("tpl/part.html", "(#;title#)");
+  const std::string script =
+      "var depth = 0;\nfunction OnDraw_Part(m) { m.DrawTemplate(++depth < 25 ? 'main' : 'part') }\n";
+  std::string shown = failed(page(script));
+  EXPECT_TRUE(has(log[0], " and 18 more (")) << log[0];  // 25 and part.html, of which the line has 8
+  EXPECT_TRUE(has(shown, "</ol>\n<p>and 10 more marks</p>\n")) << shown;
+  shown = failed("<% function f(n) { if (n == 0) null.x; f(n - 1) }\nf(39); %>");
+  EXPECT_TRUE(has(shown, "<li>f(), /page.asp:1</li>\n</ol>\n<p>and 9 more calls</p>\n")) << shown;
+  shown = failed("<% function f(n) { if (n == 0) null.x; f(n - 1) }\nf(200); %>");
+  EXPECT_TRUE(has(shown, "<p>and at least 68 more calls</p>\n")) << shown;
 }
 
 TEST_F(TemplateErrors, AreNotShownToVisitors) {

@@ -68,6 +68,28 @@ TEST_F(TemplateSlips, AreToldOnceAPage) {
   drawn(many);
   ASSERT_EQ(1u, log.size());
   EXPECT_TRUE(log[0].ends_with("(#x19#) has no type character and 10 more")) << log[0];
+  // Those that come again are no more.
+  drawn("(#%Rows#)", "var many = '" + many +
+                         "(#=unrelated#)'; function OnDraw_Rows(m) { m.ProcessTemplate(many);"
+                         "m.ProcessTemplate(many); m.ProcessTemplate(many); }");
+  ASSERT_EQ(1u, log.size());
+  EXPECT_TRUE(log[0].ends_with("(#x19#) has no type character and 10 more")) << log[0];
+}
+
+// What fails is told so.
+TEST_F(TemplateSlips, AreNotMarksThatFail) {
+  const std::string shown = drawn("(#*none|way#)");
+  EXPECT_TRUE(has(shown, "<dt>Mark</dt><dd><code>(#*none|way#)</code>")) << shown;
+  EXPECT_FALSE(has(shown, "shows nothing")) << shown;
+  ASSERT_EQ(1u, log.size());
+  EXPECT_EQ(std::string::npos, log[0].find("warning")) << log[0];
+}
+
+TEST_F(TemplateSlips, AskForNoShortNameButInOtherLetterCase) {
+  drawn("(#*a#)\n(#*id#)", "function On_StartDraw(m) { m.SetView('b', 1); m.SetView('ID', 1); }");
+  EXPECT_EQ(Lines{"/page.asp: warning: /tpl/main.html:1:1: (#*a#) shows nothing: View has no 'a'; "
+                  "/tpl/main.html:2:1: (#*id#) shows nothing: View has no 'id', did you mean 'ID'?"},
+            log);
 }
 
 // A dictionary gets a name by being asked for it.
@@ -124,6 +146,15 @@ TEST_F(TemplateSlips, StandAtTheFootOfEveryHtmlPageWhereTheSiteWantsThat) {
   EXPECT_FALSE(has(drawn("", "Response.Redirect('/');"), "zelto-debug"));
   options.debug = false;
   EXPECT_EQ("<html></html>", drawn("<html>(#title#)</html>"));
+}
+
+TEST_F(TemplateSlips, StandInTheCodePageOfThePage) {
+  options.debug_panel = true;
+  const std::string shown = drawn("(#title#)", "Response.CodePage = 1251; Session('name') = '\u041F\u00E9';");
+  EXPECT_TRUE(has(shown, "<li>name: \xCF&#233;</li>")) << shown;
+  const std::string failed =
+      drawn("(#;nothing#)", "Response.CodePage = 1251; Session('name') = '\u041F'; Response.Flush();");
+  EXPECT_TRUE(has(failed, "<li>name: \xCF</li>")) << failed;
 }
 
 TEST_F(TemplateSlips, StandAfterTheStatementThatFailed) {

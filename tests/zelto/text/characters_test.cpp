@@ -33,6 +33,14 @@ TEST(Characters, MakeOneLineOfATextOfSeveral) {
                                        "d\xC2\x9B\xC2"));
 }
 
+// A name in the log read "gpj.exe" from behind.
+TEST(Characters, TurnNoLineOfALog) {
+  EXPECT_EQ("a\\u202Eb\\u2069\\u061C \\u200Fc", plain_line("a\xE2\x80\xAE"
+                                                           "b\xE2\x81\xA9\xD8\x9C \xE2\x80\x8F"
+                                                           "c"));
+  EXPECT_EQ("\xE2\x80\xA6\xD8\xA7\xE2\x80", plain_line("\xE2\x80\xA6\xD8\xA7\xE2\x80")) << "an ellipsis, a letter";
+}
+
 TEST(Characters, AreNeverCutInTheMiddle) {
   const std::string_view text = "a\xC3\xA4\xE2\x82\xAC!";  // of 1, 2, 3 and 1 bytes
   const std::size_t kept[] = {0, 1, 1, 3, 3, 3, 6, 7, 7};

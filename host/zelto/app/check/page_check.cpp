@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "app/check/page_script.h"
-#include "language/tokens.h"
 #include "pages/include_file.h"
 #include "pages/page_scanner.h"
 #include "pages/source_file.h"
@@ -49,24 +48,13 @@ void PageCheck::tell(const std::string& page, Place place, const std::string& te
   }
 }
 
-// That a script ends too early says nothing; which bracket is open does.
-void PageCheck::tell(const language::ScriptError& error, const PageScript& script) {
-  if (error.message == L"Unexpected end of script" || error.message.starts_with(L"Unexpected EOF")) {
-    if (const auto bracket = language::unclosed_bracket(script.written)) {
-      const wchar_t shown = script.written[*bracket];
-      tell(script.page.program->url, WrittenPlaces(script).at(*bracket),
-           to_utf8(std::wstring(L"This \"") + shown + L"\" is never closed."));
-      return;
-    }
-  }
-  tell(script.page.program->url, {error.file, error.line, error.column}, to_utf8(error.message));
-}
-
 std::optional<PageScript> PageCheck::check(const std::string& page) {
   try {
     PageScript script;
     script.page = pages::compile_present_files(root_, page, script.written, script.lacks_includes);
-    if (const auto error = syntax_.check(*script.page.program)) tell(*error, script);
+    if (const auto error = syntax_.check(*script.page.program)) {
+      tell(script.page.program->url, {error->file, error->line, error->column}, to_utf8(error->message));
+    }
     return script;
   } catch (const pages::PageSourceError& error) {
     findings_.error({error.file, error.line, error.column}, error.what());

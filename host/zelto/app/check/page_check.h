@@ -23,7 +23,6 @@ class PageCheck {
   std::optional<PageScript> check(const std::string& page);
 
  private:
-  void tell(const language::ScriptError& error, const PageScript& script);
   void tell(const std::string& page, Place place, const std::string& text);
 
   const std::string& root_;

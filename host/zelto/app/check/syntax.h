@@ -1,9 +1,7 @@
 // What the script engine objects to in a page before it runs.
 #pragma once
 
-#include <memory>
 #include <optional>
-#include <string>
 
 #include "language/program.h"
 #include "script/jsc.h"
@@ -22,13 +20,6 @@ class Syntax {
   std::optional<language::ScriptError> check(const language::Program& program) const;
 
  private:
-  struct Fault {
-    std::wstring message;
-    int line = 0;  // of the program's text, from 1
-  };
-  std::optional<Fault> fault_of(std::u16string_view text) const;
-  int find_column(std::u16string_view text, const Fault& fault) const;
-
   JSGlobalContextRef context_;
 };
 

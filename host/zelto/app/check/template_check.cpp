@@ -9,9 +9,9 @@
 #include "app/check/site_files.h"
 #include "base/ascii.h"
 #include "base/letter_case.h"
+#include "base/near_names.h"
 #include "base/path_text.h"
 #include "language/lexemes.h"
-#include "language/name_distance.h"
 #include "pages/include_file.h"
 #include "pages/page_scanner.h"
 #include "pages/source_file.h"
@@ -109,8 +109,8 @@ std::string TemplateCheck::meant(const ScriptWords& words, const std::wstring& w
   ++suggestions_;
   std::vector<std::wstring> names(words.all.begin(), words.all.end());
   std::ranges::sort(names);  // so that of two that are as near the same one is named each time
-  const std::wstring nearest = language::nearest_name(names, wanted);
-  return nearest.empty() ? "." : "; did you mean '" + to_utf8(nearest) + "'?";
+  const std::wstring near = base::did_you_mean(names, wanted);
+  return near.empty() ? "." : "; " + to_utf8(near);
 }
 
 // Functions and variables that the words do not have.

@@ -1,13 +1,13 @@
-#include "language/name_distance.h"
+#include "base/near_names.h"
 
 #include <algorithm>
 
 #include "base/letter_case.h"
 
-namespace zelto::language {
+namespace base {
 
 std::size_t name_distance(std::wstring_view a, std::wstring_view b) {
-  const auto same = [](wchar_t x, wchar_t y) { return base::fold(x) == base::fold(y); };
+  const auto same = [](wchar_t x, wchar_t y) { return fold(x) == fold(y); };
   std::vector<std::size_t> before_last(b.size() + 1);
   std::vector<std::size_t> last(b.size() + 1);
   std::vector<std::size_t> row(b.size() + 1);
@@ -29,7 +29,8 @@ std::size_t name_distance(std::wstring_view a, std::wstring_view b) {
 std::wstring nearest_name(const std::vector<std::wstring>& names, std::wstring_view wanted) {
   if (wanted.size() > kLongestMistypedName) return {};
   std::wstring best;
-  std::size_t least = wanted.size() / 3 + 1;  // further away it is another word
+  const bool is_short = wanted.size() < kShortestMistypedName;
+  std::size_t least = is_short ? 0 : wanted.size() / 3 + 1;  // further away it is another word
   for (const std::wstring& name : names) {
     const std::size_t distance = name_distance(name, wanted);
     if (distance >= least + (best.empty() ? 1 : 0)) continue;
@@ -39,4 +40,12 @@ std::wstring nearest_name(const std::vector<std::wstring>& names, std::wstring_v
   return best;
 }
 
-}  // namespace zelto::language
+std::wstring did_you_mean(std::wstring_view name) {
+  return name.empty() ? std::wstring() : L"did you mean '" + std::wstring(name) + L"'?";
+}
+
+std::wstring did_you_mean(const std::vector<std::wstring>& names, std::wstring_view wanted) {
+  return did_you_mean(nearest_name(names, wanted));
+}
+
+}  // namespace base
