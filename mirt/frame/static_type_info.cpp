@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "frame/argument_notes.h"
 #include "frame/error.h"
 #include "frame/values.h"
 
@@ -69,6 +70,8 @@ HRESULT MemberTypeInfo::Invoke(void* instance, MEMBERID id, WORD flags, DISPPARA
     if (!serve) return DISP_E_MEMBERNOTFOUND;
     const HRESULT hr = serve(instance, params, result, argerr);
     const UINT given = params ? params->cArgs : 0;
+    if (SUCCEEDED(hr) && serve == member->method && given > member->takes)
+      mirt::note_extra_arguments(member->name, member->takes, given);
     return hr == DISP_E_BADPARAMCOUNT && given < member->takes ? refuse_count(*member, given) : hr;
   }
   return DISP_E_MEMBERNOTFOUND;

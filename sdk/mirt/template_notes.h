@@ -1,5 +1,5 @@
-// What a host may tell the author of a page while it draws: its templates, and marks that show nothing, probably by
-// mistake, and fail nowhere.
+// What a host may tell the author of a page while it draws: its templates, and what is probably a mistake, and fails
+// nowhere: marks that show nothing, arguments that nobody looks at.
 #pragma once
 
 #include <korlib/unknown.h>
@@ -21,6 +21,8 @@ struct ITemplateNotes : IUnknown {
   // `name` is the mark's; `place` its line as in mirt/template_places.h, empty where that is not known. `values` is the
   // dictionary that was asked, which may have the name by now, or null.
   virtual HRESULT NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnknown* values) = 0;
+  // A method was called with more arguments than it takes: it has not looked at the others.
+  virtual HRESULT NoteArguments(BSTR member, ULONG takes, ULONG given) = 0;
   // The bag of the controller of that name, whose Process has ended, well or not.
   virtual HRESULT NoteBag(BSTR page, IUnknown* bag) = 0;
 

@@ -76,6 +76,7 @@ class PageHost {
   virtual void note_template(std::wstring_view /*file*/, std::wstring_view /*charset*/) {}
   virtual void note_slip(TemplateSlip /*slip*/, std::wstring_view /*name*/, std::wstring_view /*place*/,
                          IUnknown* /*values*/) {}
+  virtual void note_arguments(std::wstring_view /*member*/, ULONG /*takes*/, ULONG /*given*/) {}
   virtual void note_bag(std::wstring_view /*page*/, IUnknown* /*bag*/) {}
 };
 

@@ -32,6 +32,13 @@ HRESULT ResponseObject::NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnkn
   return korlib::hresult_from_exception(kSource);
 }
 
+HRESULT ResponseObject::NoteArguments(BSTR member, ULONG takes, ULONG given) try {
+  page_->host->note_arguments(korlib::view_of(member), takes, given);
+  return S_OK;
+} catch (...) {
+  return korlib::hresult_from_exception(kSource);
+}
+
 HRESULT ResponseObject::NoteBag(BSTR page, IUnknown* bag) try {
   page_->host->note_bag(korlib::view_of(page), bag);
   return S_OK;

@@ -20,6 +20,7 @@ class ResponseObject final
   HRESULT QueryInterface(REFIID riid, void** ppv) override;
   HRESULT NoteTemplate(BSTR file, BSTR charset) override;
   HRESULT NoteSlip(TemplateSlip slip, BSTR name, BSTR place, IUnknown* values) override;
+  HRESULT NoteArguments(BSTR member, ULONG takes, ULONG given) override;
   HRESULT NoteBag(BSTR page, IUnknown* bag) override;
 
   // Writes what value_text.h says, dates and numbers as LCID has them.

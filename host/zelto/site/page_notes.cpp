@@ -1,6 +1,6 @@
 #include "site/page_notes.h"
 
-#include <fmt/format.h>
+#include <fmt/xchar.h>
 #include <korlib/combstr.h>
 #include <korlib/comvariant.h>
 #include <korlib/dictionary.h>
@@ -116,6 +116,18 @@ void PageNotes::add_slip(TemplateSlip slip, std::wstring_view name, std::wstring
     words = mark + L" shows nothing: " + holder + L" has no '" + std::wstring(name) + L"'";
     if (!near.empty()) words += L", " + near;
   }
+  add_words(std::move(words));
+}
+
+void PageNotes::add_extra_arguments(std::wstring_view place, std::wstring_view member, std::size_t takes,
+                                    std::size_t given) {
+  std::wstring words =
+      fmt::format(L"{}: '{}' takes {} {}, not {}", place, member, takes == 0 ? L"no" : std::to_wstring(takes),
+                  takes == 1 ? L"argument" : L"arguments", given);
+  if (known_marks_.size() < kMostKnownMarks && known_marks_.insert(words).second) add_words(std::move(words));
+}
+
+void PageNotes::add_words(std::wstring words) {
   if (slips_.size() < kMostSlips)
     slips_.push_back(std::move(words));
   else

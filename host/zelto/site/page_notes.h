@@ -34,6 +34,8 @@ class PageNotes final : public korlib_host::StatementListener {
   // slip if one has nearly that name.
   void add_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place,
                 const std::function<Names()>& names_of);
+  // A call at that place with more arguments than the member takes.
+  void add_extra_arguments(std::wstring_view place, std::wstring_view member, std::size_t takes, std::size_t given);
   // A template that it drew, in its character set; how often is counted.
   void add_template(const std::string& file, std::wstring_view charset);
   // Empty for a template that it did not draw.
@@ -64,6 +66,7 @@ class PageNotes final : public korlib_host::StatementListener {
   static constexpr std::size_t kMostTemplates = 100;
   static constexpr std::size_t kMostStatements = 100;
 
+  void add_words(std::wstring words);
   std::string more_slips() const;
 
   std::set<std::wstring> known_marks_;  // that show nothing, slips or not

@@ -77,6 +77,7 @@ class PageRun final : public PageHost {
   bool takes_notes() const override { return notes_.has_value(); }
   void note_template(std::wstring_view file, std::wstring_view charset) override;
   void note_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place, IUnknown* values) override;
+  void note_arguments(std::wstring_view member, ULONG takes, ULONG given) override;
   void note_bag(std::wstring_view page, IUnknown* bag) override {
     if (notes_) notes_->add_bag(page, bag);
   }
@@ -227,6 +228,13 @@ void PageRun::note_slip(TemplateSlip slip, std::wstring_view name, std::wstring_
     return names;
   };
   notes_->add_slip(slip, name, script::named_from_root(place, site_.root()), names_of);
+}
+
+void PageRun::note_arguments(std::wstring_view member, ULONG takes, ULONG given) {
+  if (!notes_) return;
+  const script::ScriptError here = engine_.reached();
+  notes_->add_extra_arguments(fmt::format(L"{}:{}", to_wide(site_.path_of(here.file)), here.line), member, takes,
+                              given);
 }
 
 void PageRun::warn_of_slips() {

@@ -191,6 +191,7 @@ class Notes final : public Still<ITemplateNotes> {
                     std::wstring(korlib::view_of(place)));
     return S_OK;
   }
+  HRESULT NoteArguments(BSTR, ULONG, ULONG) override { return S_OK; }
   HRESULT NoteBag(BSTR, IUnknown*) override { return S_OK; }
 
   std::vector<std::wstring> noted;

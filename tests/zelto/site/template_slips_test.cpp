@@ -85,6 +85,20 @@ TEST_F(TemplateSlips, AreNotMarksThatFail) {
   EXPECT_EQ(std::string::npos, log[0].find("warning")) << log[0];
 }
 
+// The component does not refuse them.
+TEST_F(TemplateSlips, AreArgumentsThatNobodyLooksAt) {
+  EXPECT_EQ("ab", drawn("",
+                        "\n\nm.Write('ab', false, 1, 2);"
+                        "function On_StartDraw(m) { m.ToCommand('x', 1); m.MakeGUID(true); }"
+                        "\nfor (var i = 0; i < 3; i++) Server.CreateObject('Mirt.Utility').Trim('x', 'y', 'z');"));
+  EXPECT_EQ(Lines{"/page.asp: warning: /page.asp:3: 'Write' takes 2 arguments, not 4; /page.asp:4: 'Trim' takes 1 "
+                  "argument, not 3; /page.asp:3: 'ToCommand' takes 1 argument, not 2"},
+            log);
+  options.debug = false;
+  EXPECT_EQ("ab", drawn("", "m.Write('ab', false, 1, 2);"));
+  EXPECT_EQ(Lines{}, log);
+}
+
 TEST_F(TemplateSlips, AskForNoShortNameButInOtherLetterCase) {
   drawn("(#*a#)\n(#*id#)", "function On_StartDraw(m) { m.SetView('b', 1); m.SetView('ID', 1); }");
   EXPECT_EQ(Lines{"/page.asp: warning: /tpl/main.html:1:1: (#*a#) shows nothing: View has no 'a'; "
