@@ -63,7 +63,7 @@ TEST_F(PageProperties, APageMayBeItsOwnScript) {
   EXPECT_EQ(S_OK, putref(page(), L"Script", page()).hr);
   EXPECT_EQ(page(), object_of(get(page(), L"Script")).get());
   put(page(), L"DefaultTemplate", L"list");
-  call(page(), L"ProcessTemplate", L"(#;DefaultTemplate#)");
+  call(page(), L"ProcessTemplate", L"(#:DefaultTemplate#)");
   EXPECT_EQ(L"list", output());
 }
 
