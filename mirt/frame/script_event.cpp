@@ -6,7 +6,7 @@ namespace {
 
 // Asks the scripts from the last to the first until one succeeds; the answer of the one asked last.
 template <class Ask>
-HRESULT first_success(const std::vector<CComPtr<IDispatch>>& scripts, Ask ask) {
+HRESULT first_success(const std::vector<HeldScript>& scripts, Ask ask) {
   HRESULT hr = DISP_E_UNKNOWNNAME;
   // By index and with a reference of our own: the script asked may add another one.
   for (std::size_t i = scripts.size(); i-- > 0;) {

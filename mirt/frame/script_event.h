@@ -29,6 +29,19 @@ class CEvent {
   HRESULT invoke(WORD flags, DISPPARAMS* params, VARIANT* value);
 };
 
+// A script, counted; but where it is the object that holds it, not: that one would never go.
+class HeldScript {
+ public:
+  HeldScript(IDispatch* script, const IDispatch* holder)
+      : counted_(script == holder ? nullptr : script), script_(script) {}
+
+  IDispatch* get() const noexcept { return script_; }
+
+ private:
+  CComPtr<IDispatch> counted_;
+  IDispatch* script_;
+};
+
 // The script objects of a page. The one added last is asked first, so later scripts shadow earlier ones.
 // A null among them is legal and knows no name.
 class CEventHandler {
@@ -40,11 +53,12 @@ class CEventHandler {
   // so on failure.
   HRESULT GetValue(const wchar_t* name, VARIANT* value) const;
 
-  void add(IDispatch* script) { scripts.emplace_back(script); }
+  // `holder` is the object that this handler is a part of: it may be its own script.
+  void add(IDispatch* script, const IDispatch* holder = nullptr) { scripts.emplace_back(script, holder); }
   // The script added last, null when there is none.
   IDispatch* last() const { return scripts.empty() ? nullptr : scripts.back().get(); }
 
-  std::vector<CComPtr<IDispatch>> scripts;  // in the order in which they were added
+  std::vector<HeldScript> scripts;  // in the order in which they were added
 };
 
 // Calls the event with (owner, array of the texts by reference): how a mark calls a script function.

@@ -114,7 +114,7 @@ STDMETHODIMP Self::get_Output(IUnknown** sink) { return CTemplatorConcept::get_O
 // Scripts, and the dictionaries that they use.
 STDMETHODIMP Self::AddScript(IDispatch* script) {
   return guarded([&] {
-    handler_.add(script);
+    handler_.add(script, owner_);
     return S_OK;
   });
 }

@@ -12,7 +12,7 @@ class GTemplatorImpl : public Interface, protected CTemplatorConcept {
  public:
   STDMETHODIMP putref_Script(IDispatch* script) override {
     return mirt::guarded([&] {
-      m_oScripts.add(script);
+      m_oScripts.add(script, this);
       return S_OK;
     });
   }

@@ -219,7 +219,7 @@ std::string PageNotes::panel(VariantStore* session) const {
   for (const std::string& each : statements_) statements += each;
   if (more_statements_ > 0) statements += row(fmt::format("and {} more", more_statements_));
   std::string bags;
-  for (const auto& [name, items] : bags_) bags += row(html(name + L": " + items));
+  for (const auto& [name, items] : bags_) bags += row(html(fmt::format(L"{}: {}", name, items)));
   std::string values;
   std::vector<std::wstring> names;
   if (session && SUCCEEDED(session->names(names))) {

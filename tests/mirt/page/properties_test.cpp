@@ -57,6 +57,16 @@ TEST_F(PageProperties, ScriptIsTheOneAddedLast) {
   EXPECT_EQ(object_of(get(page(), L"Script")).get(), second.get());
 }
 
+// It was never released then: the fixture looks at what is alive in the end.
+TEST_F(PageProperties, APageMayBeItsOwnScript) {
+  EXPECT_EQ(S_OK, call(page(), L"AddScript", page()).hr);
+  EXPECT_EQ(S_OK, putref(page(), L"Script", page()).hr);
+  EXPECT_EQ(page(), object_of(get(page(), L"Script")).get());
+  put(page(), L"DefaultTemplate", L"list");
+  call(page(), L"ProcessTemplate", L"(#:DefaultTemplate#)");
+  EXPECT_EQ(L"list", output());
+}
+
 TEST_F(PageProperties, ScriptLeavesTheOutArgumentAloneWhenThereIsNone) {
   const CComPtr<IDispatch> empty = new_page();
   CComPtr<IMirt> typed;

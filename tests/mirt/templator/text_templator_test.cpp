@@ -15,6 +15,14 @@ namespace {
 
 TEST_F(TextTemplator, HoldsNothingAtFirst) { EXPECT_EQ(L"", flush()); }
 
+// It was never released then: the fixture looks at what is alive in the end.
+TEST_F(TextTemplator, MayBeItsOwnScript) {
+  EXPECT_EQ(S_OK, putref(templator_.get(), L"Script", templator_).hr);
+  EXPECT_EQ(templator_.get(), object_of(get(templator_.get(), L"Script")).get());
+  process(L"so far(#Flush#)");
+  EXPECT_EQ(L"so farso far", flush());
+}
+
 TEST_F(TextTemplator, FlushesEverythingWrittenSoFar) {
   EXPECT_EQ(S_OK, call(templator_.get(), L"Write", L"a").hr);
   EXPECT_EQ(S_OK, call(templator_.get(), L"Write", L"b").hr);
