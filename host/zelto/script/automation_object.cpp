@@ -188,7 +188,21 @@ JSValueRef object_value_of(JSContextRef ctx, JSObjectRef, JSObjectRef self, std:
   return value ? value : JSValueMakeUndefined(ctx);
 }
 
-// for-in goes through what the collection enumerates, as text.
+// What finds an item in its collection: the name of an object that has one, as fields and parameters have, or the item
+// itself, as text.
+CComVariant key_of(Realm& realm, const CComVariant& item) {
+  if (item.vt != VT_DISPATCH || !item.pdispVal) return item;
+  const CComPtr<IDispatch> object(item.pdispVal);
+  std::wstring text = L"Name";
+  LPOLESTR name = text.data();
+  DISPID id = DISPID_UNKNOWN;
+  CComVariant found;
+  if (FAILED(object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &id))) return item;
+  const HRESULT hr = realm.calls().invoke(object.get(), id, DISPATCH_PROPERTYGET, {}, &found);
+  return SUCCEEDED(hr) && found.vt == VT_BSTR ? found : item;
+}
+
+// for-in goes through what the collection enumerates.
 void get_property_names(JSContextRef ctx, JSObjectRef object, JSPropertyNameAccumulatorRef names) {
   auto* held = static_cast<AutomationObject*>(living_host_object(object));
   if (!held) return;
@@ -199,7 +213,7 @@ void get_property_names(JSContextRef ctx, JSObjectRef object, JSPropertyNameAccu
   if (!realm.calls().may_call(&refused) || FAILED(realm.calls().collect_items(dispatch.get(), &items))) return;
   for (const CComVariant& item : items) {
     JSValueRef exception = nullptr;
-    JSValueRef value = realm.values().to_script(item, &exception);
+    JSValueRef value = realm.values().to_script(key_of(realm, item), &exception);
     const JsString text(value ? JSValueToStringCopy(ctx, value, &exception) : nullptr);
     if (!text.get()) continue;
     held->add_key(std::u16string(text.view()));

@@ -120,6 +120,17 @@ TEST_F(PageDatabase, KeepsTheTransactionOfAPageThatRunsAnother) {
   });
 }
 
+TEST_F(PageDatabase, HasNamesForThoseWhoGoThroughAllFields) {
+  pages([this] {
+    EXPECT_EQ("id=1;Name=a;", run("var rs = open().Execute(\"SELECT 1 AS id, 'a' AS Name\");"
+                                  "for (var k in rs.Fields) Response.Write(k + '=' + rs.Fields(k) + ';')"));
+    EXPECT_EQ("first,second", run("var c = Server.CreateObject('ADODB.Command'), names = [];"
+                                  "['first', 'second'].forEach(function (name) {"
+                                  "  c.Parameters.Append(c.CreateParameter(name, 3)) });"
+                                  "for (var k in c.Parameters) names.push(k); Response.Write(names.join())"));
+  });
+}
+
 TEST_F(PageDatabase, LetsAConnectionLiveInTheSession) {
   pages([this] {
     EXPECT_EQ("", run("Session('c') = open(); Session('c').Execute('CREATE TABLE t (n INTEGER)');"));
