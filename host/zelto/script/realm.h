@@ -75,11 +75,6 @@ class Realm {
   Globals& globals() noexcept { return globals_; }
   // Before its script gets hold of the global object, be it from an object.
   void show_global() { world_->show_global(); }
-  // Certain of a name that the page cannot have declared, and quickly told: components ask for many that it might have.
-  // Of the others its globals tell.
-  bool cannot_declare(std::u16string_view name) const {
-    return world_->hides_global() && globals_.is_beyond_text(name);
-  }
   ObjectCalls& calls() noexcept { return calls_; }
   // The program whose code runs, or ran last; null before the first.
   const language::Program* running() const noexcept { return running_; }

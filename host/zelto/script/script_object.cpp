@@ -78,15 +78,13 @@ HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LC
   RETURN_IF_FAILED(check_callable());
   return korlib::guarded(L"Zelto", [&]() -> HRESULT {
     const std::u16string key = to_utf16(std::wstring_view(names[0]));
-    const auto unknown = [&] {
-      realm_->errors().note_unknown(key, DISP_E_UNKNOWNNAME);
-      return DISP_E_UNKNOWNNAME;
-    };
-    if (is_global() && realm_->cannot_declare(key)) return unknown();
     const EngineLock lock(realm_->context());
     JsString text(std::u16string_view{key});
     bool is_lexical = false;
-    if (!has_name(text, &is_lexical)) return unknown();
+    if (!has_name(text, &is_lexical)) {
+      realm_->errors().note_unknown(key, DISP_E_UNKNOWNNAME);
+      return DISP_E_UNKNOWNNAME;
+    }
     ids[0] = id_of(key, {std::move(text), is_lexical});
     return count == 1 ? S_OK : DISP_E_UNKNOWNNAME;
   });

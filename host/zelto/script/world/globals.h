@@ -54,16 +54,9 @@ class Globals {
   // among them.
   //
   // A program that runs from here on.
-  void remember(const language::Program& program) {
-    has_lexical_ |= program.scope.declares_lexical_names;
-    text_ = !has_run_ && program.scope.may_share_world ? &program.text : nullptr;
-    has_run_ = true;
-  }
+  void remember(const language::Program& program) { has_lexical_ |= program.scope.declares_lexical_names; }
   // Where the page runs as a function, its names are asked for there; null otherwise.
-  void set_page(PageFunction* page) { page_ = page; }
-  // Whether the only program that has run is such a page, and its text neither has the name nor leads to the global
-  // object.
-  bool is_beyond_text(std::u16string_view name) const { return page_ && text_ && page_->lacks(name, *text_); }
+  void set_page(const PageFunction* page) { page_ = page; }
   // Whether the page has declared the name; `is_lexical` when it is not a property of the global object, or not found
   // there first.
   bool declares(const JsString& name, bool* is_lexical) const;
@@ -85,9 +78,7 @@ class Globals {
   const bool* may_wait_ = nullptr;  // the output's
   LogSink log_;
   bool has_lexical_ = false;
-  bool has_run_ = false;
-  const std::u16string* text_ = nullptr;  // of the only program, where that leads to the global object by no way
-  PageFunction* page_ = nullptr;
+  const PageFunction* page_ = nullptr;
 };
 
 }  // namespace zelto::script

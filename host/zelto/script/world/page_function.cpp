@@ -31,9 +31,6 @@ Names keys_of(JSContextRef context, JSObjectRef object) {
   return keys;
 }
 
-// Of a page; the names that components ask for are few, but those of a visitor's fields may be any.
-constexpr std::size_t kMostLacking = 64;
-
 // The names of the language go first: a variable of such a name would otherwise not show.
 constexpr std::u16string_view kEmpty = u"for (const name of Reflect.ownKeys(this)) delete this[name]";
 
@@ -119,13 +116,6 @@ Surroundings::Left PageFunction::restore(bool may_hide) {
 const unsigned* PageFunction::find(std::u16string_view name) const {
   const auto found = names_.find(name);
   return found == names_.end() ? nullptr : &found->second;
-}
-
-bool PageFunction::lacks(std::u16string_view name, std::u16string_view text) {
-  if (const auto known = lacking_.find(name); known != lacking_.end()) return known->second;
-  const bool is_lacking = text.find(name) == std::u16string_view::npos;
-  if (lacking_.size() < kMostLacking) lacking_.emplace(name, is_lacking);
-  return is_lacking;
 }
 
 }  // namespace zelto::script

@@ -58,8 +58,6 @@ class PageFunction {
 
   // Of a name that the page declares; null for any other.
   const unsigned* find(std::u16string_view name) const;
-  // Whether the page's text, which is given, does not have the name. What is found out of the first names is kept.
-  bool lacks(std::u16string_view name, std::u16string_view text);
   // What the name stands for while the page runs, or its functions do. Null, with an exception, where it has no value
   // yet.
   JSValueRef read(unsigned name, JSValueRef* exception) const { return around_.read(name, exception); }
@@ -82,7 +80,6 @@ class PageFunction {
   bool may_hide_ = false;
   bool has_told_ = false;
   std::unordered_map<std::u16string, unsigned, Hash, std::equal_to<>> names_;
-  std::unordered_map<std::u16string, bool, Hash, std::equal_to<>> lacking_;
   Names properties_;  // the first of them
 };
 

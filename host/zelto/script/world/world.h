@@ -87,8 +87,6 @@ class World {
   // as it would in a world of its own, and this page is the last one.
   void show_global();
   bool is_shown() const noexcept { return is_shown_; }
-  // Whether only the names in the pages' texts can have come to the global object.
-  bool hides_global() const noexcept { return use_ == Use::shared && !is_shown_; }
   // Once the page has ended: false when it left anything behind that the next one could see.
   bool restore(bool may_hide);
   // What that has removed: see PageFunction::restore().
