@@ -44,7 +44,8 @@ Connection::Connection(Socket socket, Mailbox& mailbox, Terms terms, ConnectionS
 Connection::~Connection() { shared_.table.remove(this); }
 
 void Connection::begin() {
-  if (shared_.stopping) return close();
+  if (shared_.stopping && !has_received(socket_)) return close();
+  last_ = shared_.stopping;
   Error ignored;
   socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
   arm(limits().header_timeout);
@@ -64,7 +65,8 @@ void Connection::answer_too_many() {
 void Connection::close_soon() {
   watch_.look();
   last_ = true;
-  if (is_idle() || phase_ == Phase::draining) close();
+  // What the client has sent already is still answered.
+  if ((is_idle() && !has_received(socket_)) || phase_ == Phase::draining) close();
 }
 
 void Connection::end_at_once() {

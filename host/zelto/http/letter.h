@@ -8,7 +8,7 @@ namespace zelto {
 // `owner` is kept until the letter is opened, which must not throw.
 struct Letter {
   std::shared_ptr<void> owner;
-  void (*open)(void* owner) noexcept;
+  void (*open)(void* owner) noexcept = nullptr;
 };
 
 }  // namespace zelto

@@ -39,6 +39,11 @@ void end_sending(Socket& socket) {
   socket.shutdown(Socket::shutdown_send, ignored);
 }
 
+bool has_received(const Socket& socket) {
+  boost::system::error_code ignored;
+  return socket.available(ignored) > 0;
+}
+
 void take_received(Socket& socket) {
   std::array<char, std::size_t{16} * 1024> taken{};
   ::recv(socket.native_handle(), taken.data(), taken.size(), MSG_DONTWAIT);

@@ -34,6 +34,8 @@ bool has_gone(int socket);
 void reset_peer(int socket);
 // Tells the client that nothing more comes.
 void end_sending(Socket& socket);
+// Whether something has come that was not received yet.
+bool has_received(const Socket& socket);
 // Takes what has come by now, up to 16 KiB: closing would otherwise reset the connection under an answer.
 void take_received(Socket& socket);
 

@@ -118,11 +118,23 @@ class Rewriter : private Chains {
 
   bool is_loop(std::size_t i) const {
     if (!tokens_[i].statement_start || !is(i, L"for", L"while", L"do")) return false;
+    if (is(i, L"for") && goes_through(i)) return false;
     return !is(i, L"while") || (!has_bare_do_ && !std::ranges::binary_search(ends_of_do_, i));
   }
 
+  // `for (… of …)` asks for the next item in each round, which has a place.
+  bool goes_through(std::size_t loop) const {
+    const std::size_t open = is(loop + 1, L"(") ? loop + 1 : loop + 2;
+    if (!is(open, L"(") || tokens_[open].partner == Token::kNone) return false;
+    for (std::size_t i = open + 2; i < tokens_[open].partner; ++i) {
+      if (is(i, L"of") && tokens_[i].depth == tokens_[open].depth + 1 && tokens_[i].kind == Token::name) return true;
+      if (is(i, L";")) return false;
+    }
+    return false;
+  }
+
   // The engine looks at its limits as each round begins, and takes for its place that of the last expression in front
-  // that may throw. So there is one, which nothing ever reaches. A label belongs to the loop.
+  // that may throw: the name of a value may be unknown, as far as it knows. A label belongs to the loop.
   void place_loop(std::size_t i) {
     while (i >= 2 && is(i - 1, L":") && tokens_[i - 2].kind == Token::name && tokens_[i - 2].statement_start) i -= 2;
     edits_.insert(tokens_[i].begin, std::wstring(kLoopPlace));

@@ -15,7 +15,7 @@
 //   page.AddScript(this)      …AddScript($zelto_given(this,page))    so that it is seen whether an object gets it
 //   new Error(5, "text")      $zelto_error(Error,5, "text")    with its number
 //   throw x;                  throw $zelto.thrown = x;         remembers where something was thrown
-//   while (x) …               if(0)throw 0;else while (x) …   so that a time-out in it finds the line; all loops
+//   while (x) …               if($zelto_never);else while (x) …   so that a time-out in it finds the line
 //   catch (e) {               catch (e) { $zelto_caught(e);   gives it the number that older pages know
 //
 // $zelto_value calls a method of an automation object, if it needs no arguments, and passes everything

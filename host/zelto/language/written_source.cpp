@@ -13,6 +13,9 @@ constexpr std::size_t kNone = std::wstring::npos;
 // client sent. Each piece that is unwrapped moves all after it.
 constexpr std::size_t kLongest = 16384;
 
+// The engine takes the last expression in front for the one that fails where it knows of no other.
+constexpr std::wstring_view kOfLoopPlace = L" (evaluating '$zelto_never')";
+
 // What stands between the parenthesis that ends before `begin` and its partner: its end.
 std::size_t end_of_inside(std::wstring_view text, std::size_t begin) {
   int depth = 1;
@@ -112,7 +115,9 @@ bool unwrap(std::wstring& text, const Wrapping& wrapping) {
 
 std::wstring as_written(std::wstring message) {
   if (message.size() > kLongest) return message;
-  for (std::size_t at = 0; (at = message.find(kLoopPlace, at)) != kNone;) message.erase(at, kLoopPlace.size());
+  for (const std::wstring_view words : {kLoopPlace, kOfLoopPlace}) {
+    for (std::size_t at = 0; (at = message.find(words, at)) != kNone;) message.erase(at, words.size());
+  }
   if (message.find(L"$zelto") == kNone) return message;
   for (const Wrapping& wrapping : kWrappings) {
     while (unwrap(message, wrapping)) continue;

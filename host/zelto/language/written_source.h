@@ -6,8 +6,8 @@
 
 namespace zelto::language {
 
-// Stands in front of a loop: rewriter.h.
-inline constexpr std::wstring_view kLoopPlace = L"if(0)throw 0;else ";
+// Stands in front of a loop: rewriter.h. The name is that of a value that is false.
+inline constexpr std::wstring_view kLoopPlace = L"if($zelto_never);else ";
 
 // A message without the words that the rewriter put into the source (rewriter.h):
 // "$zelto_call(a, \"B\").c is not a function" is "a.B().c is not a function".

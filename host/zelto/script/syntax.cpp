@@ -130,6 +130,12 @@ class Search {
     return open.empty() ? kNone : open.back();
   }
 
+  int line_number(std::size_t at) const {
+    int line = 1;
+    for (std::size_t i = 0; i < at; ++i) line += language::ends_line(std::wstring_view(text_), i);
+    return line;
+  }
+
   language::ScriptError error_at(std::size_t at, std::wstring message) const {
     return {place_of(at), language::as_written(std::move(message)), L"SyntaxError", E_FAIL};
   }
@@ -184,11 +190,12 @@ class Search {
 
   // No token is to blame: the script ends too early.
   language::ScriptError of_end(const Fault& fault) const {
+    const std::size_t last = parts_.all.empty() ? 0 : parts_.all.back().begin;
     if (!is_about_the_end(fault.message)) {
       const std::wstring words = fault.message == kNoWords ? L"The engine does not take this line." : fault.message;
+      if (fault.line > line_number(last)) return error_at(last, words);  // the engine counts a line too many
       return {language::source_place(program_, fault.line, 0), language::as_written(words), L"SyntaxError", E_FAIL};
     }
-    const std::size_t last = parts_.all.empty() ? 0 : parts_.all.back().begin;
     return error_at(last, L"The script ends too early: something is missing behind this.");
   }
 
@@ -217,7 +224,9 @@ class Search {
     if (message == kNoWords) message = L"Unexpected '" + text_.substr(at, parts_.all[token].end - at) + L"'";
     if (opener == kNone || text_[opener] != L'(') message.resize(std::min(message.find(kMistaken), message.size()));
     const std::size_t expected = message.find(L". Expected ");
-    if (expected == message.npos || opener == kNone) return error_at(at, std::move(message));
+    if (opener == kNone) return error_at(at, std::move(message));
+    if (expected == message.npos && !is_generated(opener)) return with_opener(error_at(at, std::move(message)), opener);
+    if (expected == message.npos) return error_at(at, std::move(message));
     if (is_generated(opener)) {
       message.resize(expected);
       return error_at(at, message + (begins_expression(opener) ? L": <%= %> takes one expression." : L"."));

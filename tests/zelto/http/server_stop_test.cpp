@@ -39,6 +39,32 @@ TEST(ServerStop, FinishesWhatRunsAndClosesWhatIsIdle) {
   stopper.join();
 }
 
+// Its loop is busy when the request comes, and is told to stop before it has looked.
+TEST(ServerStop, AnswersWhatHasComeByThen) {
+  zelto::ServerOptions options;
+  options.io_threads = 2;
+  TestServer test(options);
+  std::vector<std::unique_ptr<Client>> clients;  // of the two loops in turn
+  for (int i = 0; i < 4; ++i) {
+    clients.push_back(std::make_unique<Client>(test.port()));
+    clients.back()->send(kEcho);
+    EXPECT_EQ(200, clients.back()->receive().value().status);
+  }
+  Client& late = *clients[1];
+  Client& stuck = *clients[3];
+  stuck.send("GET /stuck HTTP/1.1\r\nHost: test\r\n\r\n");
+  test.gate.wait_for(1);
+  late.send(kEcho);
+  std::thread stopper([&] { EXPECT_TRUE(test.server->stop(kLong)); });
+  EXPECT_TRUE(clients[0]->at_end());
+  test.gate.open();
+  const std::optional<Answer> answer = late.receive();
+  EXPECT_TRUE(answer && answer->status == 200 && answer->header("Connection") == "close");
+  EXPECT_TRUE(late.at_end());
+  clients.clear();
+  stopper.join();
+}
+
 TEST(ServerStop, GivesUpWhatIsNotAnsweredInTime) {
   TestServer test;
   Client running(test.port());

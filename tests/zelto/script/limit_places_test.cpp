@@ -85,6 +85,11 @@ TEST_F(LimitPlaces, DoNotShowInWhatTheScriptDoes) {
                       L" if (0) while (0); else do n++; while (n < 5); do { n++ } while (n < 6) return n })()"));
   EXPECT_EQ("TypeError: f is not a function. (In 'f(function() { for (;;) ; })', 'f' is 1) at /site/page.asp:1",
             error_of(L"var f = 1; f(function() { for (;;) ; })"));
+  EXPECT_EQ("null is not an object (evaluating 'x of list')",
+            text(L"(() => { function f(list) { for (var x of list) ; } try { f(null) } catch (e) { "
+                 L"return e.message } })()"));
+  EXPECT_EQ("null is not an object", text(L"(() => { function f(n) { for (;;) break; var [q] = n } try { f(null) } "
+                                          L"catch (e) { return e.message } })()"));
 }
 
 }  // namespace

@@ -84,6 +84,9 @@ TEST_F(SyntaxErrors, StandUnderTheWordThatCannotBeThere) {
       {"a\r\nb\r\n<%\r\n\tvar = 1;\r\n%>", "/page.asp:4: Unexpected token '='", "6"},
       {"a\rb\r<%\r\tvar = 1;\r%>", "/page.asp:4: Unexpected token '='", "6"},
       {"<% f(1, 1); o.Name(2); a b; %>", "/page.asp:1: Unexpected identifier 'b'", "26"},
+      {"<%\nvar p = { a: function () {\n  if (x) { y();\n}, b: 1 };\n%>",
+       "/page.asp:4: Unexpected token ',': the \"{\" in line 2, column 26 is open.", "2"},
+      {"<%\nbreak;\n%>", "/page.asp:2: 'break' is only valid inside a switch or loop statement.", "6"},
       {"<% let a = 1; let a = 2; %>", "/page.asp:1: Cannot declare a let variable twice: 'a'.", "19"},
       {"<% return 1; %>", "/page.asp:1: Return statements are only valid inside functions.", "4"},
   };

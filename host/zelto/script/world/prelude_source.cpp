@@ -299,6 +299,7 @@ define_fixed("$zelto_of", owner);
 define_fixed("$zelto_given", given);
 define_fixed("$zelto_error", make);
 define_fixed("$zelto_caught", caught);
+define_fixed("$zelto_never", false);
 define_fixed("$zelto_html", put_literal);
 define_fixed("$zelto_out", put_value);
 define_fixed("$zelto_write", write);
