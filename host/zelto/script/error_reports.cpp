@@ -167,8 +167,10 @@ const ScriptError* ErrorReports::add_causes(JSValueRef exception, ScriptError* e
         error->causes.push_back({{}, language::Cause::cause, std::move(cause.message), std::move(cause.source), {}});
       }
     }
-    if (const ScriptError* found = Engine::current()->executed().behind(chain.link())) inner = found;
-    ScriptError at = place_of(chain.link());
+    const ScriptError* const executed = Engine::current()->executed().behind(chain.link());
+    const bool is_of_cause = !error->causes.empty();
+    if (executed && !is_of_cause) inner = executed;
+    ScriptError at = executed && is_of_cause ? *executed : place_of(chain.link());
     const bool was_thrown = chain.is_first() || chain.link() == thrown_;
     if (at.file.empty() && was_thrown && thrown_at_ && !is_error(context_, chain.link()))
       static_cast<language::SourcePlace&>(at) = *thrown_at_;

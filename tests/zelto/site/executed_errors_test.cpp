@@ -98,9 +98,17 @@ TEST_F(ExecutedErrors, StayWithAnErrorThatAScriptThrowsOn) {
   failed(caught + "try { Server.Execute('other.asp') } catch (c) {} throw e; %>");
   EXPECT_TRUE(log[0].starts_with("/child.asp:2: null is not an object (")) << log[0];
   failed(caught + "throw new Error('mine', { cause: e }); %>");
-  EXPECT_TRUE(log[0].starts_with("/child.asp:2: mine; caused by: null is not an object (")) << log[0];
+  EXPECT_TRUE(log[0].starts_with("/page.asp:2: mine; caused by: null is not an object (")) << log[0];
   failed(caught + "throw new Error('mine'); %>");
   EXPECT_EQ("/page.asp:2: mine (Error, 0x80004005)", log[0]);
+}
+
+TEST_F(ExecutedErrors, KeepTheirPlaceAsTheCauseOfAnother) {
+  folder.write("child.asp", "<%\n\n\nthrow new Error('real'); %>");
+  const std::string shown = failed(
+      "<%\ntry { Server.Execute('child.asp'); } catch (e) {\n  throw new Error('wrapped', { cause: e });\n} %>");
+  EXPECT_EQ("/page.asp:3: wrapped; caused by: real (/child.asp:4) (Error, 0x80004005)", log[0]);
+  EXPECT_TRUE(has(shown, "<dt>Line</dt><dd>3</dd>\n")) << shown;
 }
 
 TEST_F(ExecutedErrors, ArePropertiesOfWhatAScriptCatches) {
