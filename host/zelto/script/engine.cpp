@@ -40,8 +40,8 @@ void guard_engine_signal() {
 }
 
 // What the engine takes the machine's memory for, unless JSC_forceRAMSize says otherwise. From 16 GiB on it lets what
-// nobody holds any more grow to many times what is held, which pages that keep next to nothing do not gain by: each
-// worker would take some 8 MiB more.
+// nobody holds any more grow to many times what is held, which pages that keep next to nothing do not gain by: a
+// worker takes up to 10 MiB more then.
 constexpr gsize kMachineMemory = gsize{4} << 30;
 
 // The time limit ends a script where it looks for it itself, not by a signal to its thread: a signal would
