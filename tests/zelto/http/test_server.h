@@ -34,8 +34,9 @@ class Gate {
 // /stream?N answer N bytes of known or unknown length; /gate waits at the gate; /gone waits at it, then answers
 // whether the client is connected; /encrypted answers whether the request came so; /host answers its Host header;
 // /broken?N breaks off after N bytes; /half waits at the gate in the middle; /throw, /silent, /short misbehave;
-// /status?N answers that status; /kind?K is a page of the kind K, which waits at the other gate with "&wait". The router answers /routed itself, the query thrice after it, fails at /unroutable,
-// gives /turn?T the turn T before the worker waits at the gate, and waits at it itself, on an I/O thread, for /stuck.
+// /status?N answers that status; /kind?K is a page of the kind K, which waits at the other gate with "&wait". The
+// router answers /routed itself, the query thrice after it, fails at /unroutable, gives /turn?T the turn T before the
+// worker waits at the gate, and waits at it itself, on an I/O thread, for /stuck.
 class TestServer {
  public:
   explicit TestServer(zelto::ServerOptions options = {});

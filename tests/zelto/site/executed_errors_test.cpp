@@ -105,8 +105,8 @@ TEST_F(ExecutedErrors, StayWithAnErrorThatAScriptThrowsOn) {
 
 TEST_F(ExecutedErrors, KeepTheirPlaceAsTheCauseOfAnother) {
   folder.write("child.asp", "<%\n\n\nthrow new Error('real'); %>");
-  const std::string shown = failed(
-      "<%\ntry { Server.Execute('child.asp'); } catch (e) {\n  throw new Error('wrapped', { cause: e });\n} %>");
+  const std::string shown =
+      failed("<%\ntry { Server.Execute('child.asp'); } catch (e) {\n  throw new Error('wrapped', { cause: e });\n} %>");
   EXPECT_EQ("/page.asp:3: wrapped; caused by: real (/child.asp:4) (Error, 0x80004005)", log[0]);
   EXPECT_TRUE(has(shown, "<dt>Line</dt><dd>3</dd>\n")) << shown;
 }
