@@ -114,11 +114,10 @@ bool unwrap(std::wstring& text, const Wrapping& wrapping) {
 }  // namespace
 
 std::wstring as_written(std::wstring message) {
-  if (message.size() > kLongest) return message;
+  if (message.size() > kLongest || message.find(L"$zelto") == kNone) return message;
   for (const std::wstring_view words : {kLoopPlace, kOfLoopPlace}) {
     for (std::size_t at = 0; (at = message.find(words, at)) != kNone;) message.erase(at, words.size());
   }
-  if (message.find(L"$zelto") == kNone) return message;
   for (const Wrapping& wrapping : kWrappings) {
     while (unwrap(message, wrapping)) continue;
   }

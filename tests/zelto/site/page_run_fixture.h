@@ -63,6 +63,17 @@ class PageRunFixture : public testing::Test {
   // Has the options as they are now hold.
   void restart() { site_.reset(); }
 
+  // Of a page.asp that fails: the answer and, in log, its line.
+  std::string failed(const std::string& text) {
+    log.clear();
+    const MemorySink sink = run(text, "");
+    EXPECT_EQ(500, sink.head.status) << sink.body;
+    EXPECT_EQ(1u, log.size());
+    if (log.empty()) log.emplace_back();
+    return sink.body;
+  }
+  static bool has(const std::string& text, const std::string& piece) { return text.find(piece) != text.npos; }
+
   // For page.asp, with that cookie.
   zelto::HttpRequest request(const std::string& sent) const {
     zelto::HttpRequest made;

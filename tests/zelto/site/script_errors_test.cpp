@@ -14,8 +14,6 @@ class ScriptErrors : public test::PageRunFixture {
  protected:
   ScriptErrors() { options.debug = true; }
 
-  static bool has(const std::string& text, const std::string& piece) { return text.find(piece) != text.npos; }
-
   // The one line of the log; the answer is in `shown`.
   std::string told(const std::string& page) {
     log.clear();

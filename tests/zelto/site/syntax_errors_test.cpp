@@ -20,8 +20,6 @@ class SyntaxErrors : public test::PageRunFixture {
  protected:
   SyntaxErrors() { options.debug = true; }
 
-  static bool has(const std::string& text, const std::string& piece) { return text.find(piece) != text.npos; }
-
   // Runs each: what the log and the page tell.
   template <std::size_t count>
   void expect(const Row (&rows)[count]) {

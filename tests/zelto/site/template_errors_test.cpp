@@ -9,8 +9,6 @@
 
 namespace {
 
-using test::MemorySink;
-
 class TemplateErrors : public test::PageRunFixture {
  protected:
   TemplateErrors() { options.debug = true; }
@@ -21,16 +19,6 @@ class TemplateErrors : public test::PageRunFixture {
            "m.TemplateExt = '.html'; m.DefaultTemplate = 'main';" +
            script + " m.Process(); %>";
   }
-  // The answer and, in log, its line.
-  std::string failed(const std::string& text) {
-    log.clear();
-    const MemorySink sink = run(text, "");
-    EXPECT_EQ(500, sink.head.status) << sink.body;
-    EXPECT_EQ(1u, log.size());
-    if (log.empty()) log.emplace_back();
-    return sink.body;
-  }
-  static bool has(const std::string& text, const std::string& piece) { return text.find(piece) != text.npos; }
 };
 
 TEST_F(TemplateErrors, ShowTheMarkItsPlaceAndTheLinesAroundIt) {

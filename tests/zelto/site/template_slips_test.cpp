@@ -24,7 +24,6 @@ class TemplateSlips : public test::PageRunFixture {
         "m.TemplateExt = '.html'; m.DefaultTemplate = 'main'; m.Name = 'app';" +
         script + " m.Process(); %>");
   }
-  static bool has(const std::string& text, const std::string& piece) { return text.find(piece) != text.npos; }
 };
 
 TEST_F(TemplateSlips, AreMarksWithoutAType) {
