@@ -1,5 +1,6 @@
 // Late-bound calls: which arguments are taken, and the members that have no typed counterpart.
 #include <korlib/activation.h>
+#include <utility>
 
 #include "mirt/frame/type_info_test.h"
 
@@ -103,7 +104,7 @@ TEST_F(LateBoundCalls, SayHowManyArgumentsAMethodTakes) {
   const CComVariant one(L"1");
   const auto words = [&](DISPID id, WORD kind, std::vector<CComVariant> arguments) {
     SetErrorInfo(0, nullptr);
-    EXPECT_EQ(DISP_E_BADPARAMCOUNT, invoke(info("g_pTI_IMirt"), instance, id, kind, arguments).hr);
+    EXPECT_EQ(DISP_E_BADPARAMCOUNT, invoke(info("g_pTI_IMirt"), instance, id, kind, std::move(arguments)).hr);
     return test::take_error().description;
   };
   EXPECT_EQ(L"Wrong number of arguments: 'Write' takes 2, not 1", words(25, M, {one}));
