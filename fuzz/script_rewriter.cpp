@@ -109,7 +109,7 @@ bool is_word_of_host(std::wstring_view text) {
                                      L",",
                                      L"\\u2028\\",
                                      L"\\u2029\\"};
-  if (text == zelto::language::kLoopPlace) return true;
+  if (text == zelto::language::kStatementPlace || text == zelto::language::kPatternPlace) return true;
   if (std::ranges::any_of(kWords, [text](std::wstring_view word) { return word == text; })) return true;
   return (text.starts_with(L" $zelto_caught(") && text.ends_with(L");")) ||
          (text.starts_with(L", \"") && text.ends_with(L'"'));

@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <utility>
 
 #include "base/letter_case.h"
 #include "language/chains.h"
+#include "language/loops.h"
 #include "language/written_source.h"
 
 namespace zelto::language {
@@ -47,10 +49,9 @@ bool may_be_property(std::wstring_view name) {
 class Rewriter : private Chains {
  public:
   Rewriter(std::wstring_view text, const std::vector<Token>& tokens)
-      : Chains(text, tokens), is_read_(tokens.size()), edits_(text) {}
+      : Chains(text, tokens), loops_(text, tokens), is_read_(tokens.size()), edits_(text) {}
 
   Rewritten run() {
-    find_do_loops();
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
       rewrite_token(i);
       if (tokens_[i].statement_start) read_value(i, L", 1)");
@@ -76,10 +77,11 @@ class Rewriter : private Chains {
       case Token::keyword:
         if (text == L"throw" && tokens_[i].statement_start) edits_.insert(tokens_[i].end, L" $zelto.thrown =");
         if (text == L"return" && !line_ends_behind(i)) read_value(i + 1, L")");
-        if (is_loop(i)) place_loop(i);
+        if (loops_.begins(i)) place_loop(i);
         break;
       case Token::punctuator:
         if (is_assignment(i)) read_value(i + 1, L")");
+        if (text == L"=") place_pattern(i);
         if (text == L"," && is_call(around_)) read_value(i + 1, L")");
         if (text == L"?.") last_optional_ = i;
         break;
@@ -100,44 +102,33 @@ class Rewriter : private Chains {
         if (text == L"this") hand_over(i);
         break;
       case Token::name:
+        if (is(i - 1, L"const")) constants_.insert(text);
+        if (sets_constant(i)) edits_.insert(tokens_[i].begin, std::wstring(kStatementPlace));
         break;
     }
-  }
-
-  // `do` and its `while` are one loop. Where the two cannot be told by their braces, no `while` is taken for a loop.
-  void find_do_loops() {
-    for (std::size_t i = 0; i < tokens_.size(); ++i) {
-      if (tokens_[i].kind != Token::keyword || !tokens_[i].statement_start || !is(i, L"do")) continue;
-      if (is(i + 1, L"{") && tokens_[i + 1].partner != Token::kNone)
-        ends_of_do_.push_back(tokens_[i + 1].partner + 1);
-      else
-        has_bare_do_ = true;
-    }
-    std::ranges::sort(ends_of_do_);
-  }
-
-  bool is_loop(std::size_t i) const {
-    if (!tokens_[i].statement_start || !is(i, L"for", L"while", L"do")) return false;
-    if (is(i, L"for") && goes_through(i)) return false;
-    return !is(i, L"while") || (!has_bare_do_ && !std::ranges::binary_search(ends_of_do_, i));
-  }
-
-  // `for (… of …)` asks for the next item in each round, which has a place.
-  bool goes_through(std::size_t loop) const {
-    const std::size_t open = is(loop + 1, L"(") ? loop + 1 : loop + 2;
-    if (!is(open, L"(") || tokens_[open].partner == Token::kNone) return false;
-    for (std::size_t i = open + 2; i < tokens_[open].partner; ++i) {
-      if (is(i, L"of") && tokens_[i].depth == tokens_[open].depth + 1 && tokens_[i].kind == Token::name) return true;
-      if (is(i, L";")) return false;
-    }
-    return false;
   }
 
   // The engine looks at its limits as each round begins, and takes for its place that of the last expression in front
   // that may throw: the name of a value may be unknown, as far as it knows. A label belongs to the loop.
   void place_loop(std::size_t i) {
     while (i >= 2 && is(i - 1, L":") && tokens_[i - 2].kind == Token::name && tokens_[i - 2].statement_start) i -= 2;
-    edits_.insert(tokens_[i].begin, std::wstring(kLoopPlace));
+    edits_.insert(tokens_[i].begin, std::wstring(kStatementPlace));
+  }
+
+  // `NAME = x` of what may be a constant: that it cannot be set has no place of its own. The name may be that of a
+  // variable elsewhere.
+  bool sets_constant(std::size_t i) const {
+    return tokens_[i].statement_start && (is_assignment(i + 1) || is_postfix(i + 1)) && constants_.contains(word(i));
+  }
+
+  // `[a] =` or `{a} =`, but not `list[a] =` nor a class's `[a] =`. What cannot be taken apart has no place of its own
+  // either.
+  void place_pattern(std::size_t sign) {
+    if (sign == 0 || sign + 1 >= tokens_.size() || !is(sign - 1, L"]", L"}")) return;
+    const std::size_t open = tokens_[sign - 1].partner;
+    const bool is_value = open > 0 && !tokens_[open - 1].ends_operand && !is(open - 1, L"{", L"}", L";", L"static");
+    if (tokens_[open].statement_start || is_value || is(open - 1, L"let"))
+      edits_.insert(tokens_[sign + 1].begin, std::wstring(kPatternPlace));
   }
 
   void hand_over(std::size_t i) {
@@ -320,12 +311,12 @@ class Rewriter : private Chains {
     }
   }
 
+  const Loops loops_;
+  std::set<std::wstring_view> constants_;     // names that stood behind `const`
   std::size_t around_ = Token::kNone;         // the bracket that is open
   std::vector<std::size_t> enclosing_;        // those around it, outermost first
   unsigned patterns_ = 0;                     // of these
   std::size_t last_optional_ = Token::kNone;  // the "?." that came last
-  std::vector<std::size_t> ends_of_do_;       // the tokens behind the bodies of `do`
-  bool has_bare_do_ = false;                  // with a body that is no block
   std::vector<bool> is_read_;                 // the last tokens of chains that read_value has wrapped
   SourceEdits edits_;
 };

@@ -14,7 +14,7 @@ constexpr std::size_t kNone = std::wstring::npos;
 constexpr std::size_t kLongest = 16384;
 
 // The engine takes the last expression in front for the one that fails where it knows of no other.
-constexpr std::wstring_view kOfLoopPlace = L" (evaluating '$zelto_never')";
+constexpr std::wstring_view kOfPlace = L" (evaluating '$zelto_never')";
 
 // What stands between the parenthesis that ends before `begin` and its partner: its end.
 std::size_t end_of_inside(std::wstring_view text, std::size_t begin) {
@@ -115,7 +115,7 @@ bool unwrap(std::wstring& text, const Wrapping& wrapping) {
 
 std::wstring as_written(std::wstring message) {
   if (message.size() > kLongest || message.find(L"$zelto") == kNone) return message;
-  for (const std::wstring_view words : {kLoopPlace, kOfLoopPlace}) {
+  for (const std::wstring_view words : {kStatementPlace, kPatternPlace, kOfPlace}) {
     for (std::size_t at = 0; (at = message.find(words, at)) != kNone;) message.erase(at, words.size());
   }
   for (const Wrapping& wrapping : kWrappings) {

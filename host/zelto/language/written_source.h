@@ -6,8 +6,10 @@
 
 namespace zelto::language {
 
-// Stands in front of a loop: rewriter.h. The name is that of a value that is false.
-inline constexpr std::wstring_view kLoopPlace = L"if($zelto_never);else ";
+// Stands in front of a loop, and of what sets a constant: rewriter.h. The name is that of a value that is false.
+inline constexpr std::wstring_view kStatementPlace = L"if($zelto_never);else ";
+// In front of what a pattern takes apart, whatever expression that is.
+inline constexpr std::wstring_view kPatternPlace = L"$zelto_never?0:";
 
 // A message without the words that the rewriter put into the source (rewriter.h):
 // "$zelto_call(a, \"B\").c is not a function" is "a.B().c is not a function".

@@ -142,7 +142,7 @@ constexpr Row kReads[] = {
      L"x = function () { $zelto_value(a.b, 1) }; y = () => { $zelto_value(c.d, 1) }"},
     {L"if (a.b) c", L"if ($zelto_value(a.b)) c"},
     {L"while (a.b) c(); do c(); while (a.b)",
-     L"while ($zelto_value(a.b)) c(); if($zelto_never);else do c(); while ($zelto_value(a.b))"},
+     L"if($zelto_never);else while ($zelto_value(a.b)) c(); if($zelto_never);else do c(); while ($zelto_value(a.b))"},
     {L"switch (a.b) {}", L"switch ($zelto_value(a.b)) {}"},
     {L"with (a.b) c()", nullptr},
     {L"if (a.b && c.d) e", nullptr},
@@ -162,6 +162,32 @@ constexpr Row kReads[] = {
      L"class A { static { $zelto_value(a.b, 1) } x = 1 }\n$zelto_value(c.d, 1)"},
 };
 INSTANTIATE_TEST_SUITE_P(MembersWithoutParentheses, Rewriter, ::testing::ValuesIn(kReads));
+
+constexpr Row kPlaces[] = {
+    {L"var [a] = b.c, {d} = e", L"var [a] = $zelto_never?0:$zelto_value(b.c), {d} = $zelto_never?0:e"},
+    {L"let [a = 1, {b} = c] = d; [a, b] = [b, a]",
+     L"let [a = 1, {b} = $zelto_never?0:c] = $zelto_never?0:d; [a, b] = $zelto_never?0:[b, a]"},
+    {L"({a} = b); x = ({a} = b) => a", L"({a} = $zelto_never?0:b); x = ({a} = $zelto_never?0:b) => a"},
+    {L"a[0] = b; a.b[c] = d; f()[1] = 2; x\n[1] = 2; let = {}", nullptr},
+    {L"class A { [k] = function() {}; static [k] = 1; x; [l] = class {} }", nullptr},
+    {L"const c = 1; function f() { c = 2; if (d) c++; else c(); d = c; e.c = 1 }",
+     L"const c = 1; function f() { if($zelto_never);else c = 2; if (d) if($zelto_never);else c++; else c(); d = c; e.c = "
+     L"1 }"},
+    {L"do a(); while (b) while (c) d()", L"if($zelto_never);else do a(); while (b) if($zelto_never);else while (c) d()"},
+    {L"do do a\nwhile (b)\nwhile (c); while (d);",
+     L"if($zelto_never);else do if($zelto_never);else do a\nwhile (b)\nwhile (c); if($zelto_never);else while (d);"},
+    {L"do if (a) while (b) c(); else l: for (;;) d(); while (e)",
+     L"if($zelto_never);else do if (a) if($zelto_never);else while (b) c(); else if($zelto_never);else l: for (;;) d(); "
+     L"while (e)"},
+    {L"do try { while (a) b() } catch { } finally { } while (c) do switch (d) { case 1: } while (e)",
+     L"if($zelto_never);else do try { if($zelto_never);else while (a) b() } catch { } finally { } while (c) "
+     L"if($zelto_never);else do switch (d) { case 1: } while (e)"},
+    {L"do x = function() { do y(); while (1) }; while (2)",
+     L"if($zelto_never);else do x = function() { if($zelto_never);else do y(); while (1) }; while (2)"},
+    // No script.
+    {L"do a(); b(); while (c) d()", L"if($zelto_never);else do a(); b(); while (c) d()"},
+};
+INSTANTIATE_TEST_SUITE_P(PlacesOfLoopsAndOfWhatFailsWithoutOne, Rewriter, ::testing::ValuesIn(kPlaces));
 
 constexpr Row kBareCalls[] = {
     {L"rs.EOF()", L"$zelto_call(rs, \"EOF\", \"rs\")"},
@@ -197,7 +223,7 @@ constexpr Row kItems[] = {
     {L"l.Item(1); l.Item = 1; l.Item += 1; l.Item++; --l.Item; delete l.Item; new l.Item; l?.Item; a?.b.Item",
      L"$zelto_of(l,\"Item\",\"l\").Item(1); l.Item = 1; l.Item += 1; l.Item++; --l.Item; delete l.Item; new l.Item; "
      L"l?.Item; a?.b.Item"},
-    {L"[l.item] = v; ({ a: l.item } = v)", nullptr},
+    {L"[l.item] = v; ({ a: l.item } = v)", L"[l.item] = $zelto_never?0:v; ({ a: l.item } = $zelto_never?0:v)"},
     {L"for (l.item of v) ;", L"for (l.item of v) ;"},
 };
 INSTANTIATE_TEST_SUITE_P(Items, Rewriter, ::testing::ValuesIn(kItems));

@@ -35,6 +35,7 @@ TEST_F(LimitPlaces, OfATimeOutAreTheLoopThatRan) {
       {L"function f() {\n  var i = 0;\n  while (true) { i++ }\n}\nf()", "3 f 3"},
       {L"var i = 0, k;\nfor (k = 0; k < 100; k++) i--;\nouter:\ndo { i++ } while (true)", "3"},
       {L"var i = 0;\ndo { i++ } while (i < 5)\n\nwhile (i) i++;", "4"},
+      {L"var i = 0;\ndo i++; while (i < 5)\n\nwhile (i) i++;", "4"},
       {L"if (0)\n  for (;;) ;\nelse\n  for (;;) {\n    for (var k = 0; k < 1e12; k++) ;\n  }", "5"},
       {L"\na: b: for (;;) continue a", "2"},
       {L"[2, 1].sort(function by(x, y) {\n  for (;;) ;\n  return x - y\n})", "2 by 2"},

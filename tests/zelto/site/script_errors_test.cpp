@@ -77,6 +77,27 @@ TEST_F(ScriptErrors, OfPromisesHaveAPlaceOrAtLeastAPage) {
   for (const auto& row : kRows) EXPECT_EQ(row.line, told(row.page));
 }
 
+// They were told by the line of what stood in front, a loop for example.
+TEST_F(ScriptErrors, OfWhatCannotBeTakenApartOrSetHaveTheirLine) {
+  constexpr struct {
+    const char* page;
+    const char* line;
+  } kRows[] = {
+      {"<%\nfor (var i = 0; i < 3; i++) {}\nvar [q] = null %>",
+       "/page.asp:3: null is not an object (TypeError, 0x800A138F)"},
+      {"<% function f(n) {\nn + 1;\n\nlet { q } = n }\nf(null) %>",
+       "/page.asp:4: Right side of assignment cannot be destructured (TypeError, 0x80004005)"},
+      {"<% function f(n) {\nwhile (n) {}\nvar q;\n({ q } = n) }\nf(null) %>",
+       "/page.asp:4: Right side of assignment cannot be destructured (TypeError, 0x80004005)"},
+      {"<% function f(n) {\nn + 1;\nconst q = 1;\nq = 2 }\nf(1) %>",
+       "/page.asp:4: Attempted to assign to readonly property. (TypeError, 0x800A1390)"},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(row.line, told(row.page));
+    EXPECT_FALSE(has(shown, "$zelto")) << shown;
+  }
+}
+
 TEST_F(ScriptErrors, TellWhereEachCauseArose) {
   EXPECT_EQ("/page.asp:5: outer; caused by: deep (/page.asp:2) (Error, 0x80004005)",
             told("<%\nfunction a() { throw new Error('deep') }\nfunction b() {\n try { a() } catch (e) {\n"
