@@ -53,6 +53,7 @@ struct PageError {
     LONG line = 0;
     LONG column = 0;
     std::vector<Call> calls;
+    unsigned depth = 0;  // likewise
   };
   std::vector<Cause> causes;  // what it says that it comes from
   std::size_t more_causes = 0;

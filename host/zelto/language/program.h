@@ -69,6 +69,7 @@ struct Cause : SourcePlace {
   std::wstring message;
   std::wstring source;
   std::vector<Frame> calls;  // from that place outwards; nothing when that place says all
+  unsigned depth = 0;        // 1 for what the nearest one of depth 0 in front comes from or consists of, and so on
 };
 
 // What is wrong with a script, in words, and where in its source.
@@ -79,7 +80,7 @@ struct ScriptError : SourcePlace {
   std::vector<Frame> calls = {};   // from that place outwards
   std::size_t more_calls = 0;      // around those
   bool has_lost_calls = false;     // and more that the engine has not kept
-  std::vector<Cause> causes = {};  // the nearest first
+  std::vector<Cause> causes = {};  // a tree, each with its own behind it, the nearest first
   std::size_t more_causes = 0;     // that are not among them
   std::vector<TemplatePlace> templates = {};  // that were being drawn, the innermost first
   std::size_t more_templates = 0;             // around those

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "language/lexemes.h"
 #include "script/text.h"
 
 namespace zelto::script {
@@ -33,6 +34,16 @@ std::size_t CauseChain::count_rest() {
   while (seen_.size() < kEnough && has_next()) step();
   link_ = nullptr;
   return seen_.size() - before;
+}
+
+bool tells(std::wstring_view words, std::wstring_view of_cause) {
+  const auto is_border = [](wchar_t a, wchar_t b) { return !language::is_word(a) || !language::is_word(b); };
+  for (std::size_t at = words.find(of_cause); at != words.npos; at = words.find(of_cause, at + 1)) {
+    const std::size_t end = at + of_cause.size();
+    const bool begins = at == 0 || is_border(words[at - 1], words[at]);
+    if (begins && (end == words.size() || end == 0 || is_border(words[end - 1], words[end]))) return true;
+  }
+  return false;
 }
 
 }  // namespace zelto::script

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 #include <vector>
 
 #include "script/jsc.h"
@@ -32,5 +33,8 @@ class CauseChain {
   JSValueRef link_ = nullptr;
   std::vector<JSValueRef> seen_;  // to compare with: some may be garbage by now
 };
+
+// Whether the words stand among others, as words of their own: "r" is not in "wrapped".
+bool tells(std::wstring_view words, std::wstring_view of_cause);
 
 }  // namespace zelto::script

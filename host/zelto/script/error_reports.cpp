@@ -3,13 +3,13 @@
 #include <fmt/xchar.h>
 
 #include <algorithm>
-#include <array>
 #include <boost/range/adaptor/reversed.hpp>
 #include <charconv>
 #include <utility>
 
 #include "language/written_source.h"
 #include "script/cause_chain.h"
+#include "script/error_numbers.h"
 #include "script/realm.h"
 #include "script/syntax.h"
 #include "script/template_places.h"
@@ -22,58 +22,6 @@ namespace {
 // Words of the engine for a text that is longer than it may be, or has no memory.
 constexpr std::wstring_view kTextLimit =
     L": a text has 2147483647 characters at most, and what a page takes is limited by script_memory";
-
-// Facility "control", in which that dialect counts its errors.
-constexpr HRESULT numbered(unsigned number) { return static_cast<HRESULT>(0x800A0000u | number); }
-
-constexpr unsigned kNoSuchMember = 438;
-constexpr unsigned kFunctionExpected = 5002;
-
-struct Row {
-  std::wstring_view name;     // of the error
-  std::wstring_view message;  // what stands in it
-  unsigned number;
-};
-// The numbers that older pages know an error of the engine by: `e.number & 0xFFFF` is 5009 for a name that
-// nobody declared. They are those of that dialect's documentation. The first that fits.
-constexpr std::array kRows{
-    Row{L"ReferenceError", L"Can't find variable: ", 5009},
-    Row{L"ReferenceError", L"is not a reference", 5008},
-    Row{L"TypeError", L" is not an object", 5007},
-    Row{L"TypeError", L" is not an Object", 5007},
-    Row{L"TypeError", L" is not a constructor", 445},
-    Row{L"TypeError", L"readonly property", 5008},
-    Row{L"TypeError", L"VBArray expected", 5013},
-    Row{L"RangeError", L"Maximum call stack size exceeded", 28},
-    Row{L"RangeError", L"Out of stack space", 28},
-    Row{L"RangeError", L"Subscript out of range", 9},
-    Row{L"RangeError", L"Out of memory", 7},
-    Row{L"RangeError", L"Array length must", 5029},
-    Row{L"RangeError", L"toFixed() ", 5026},
-    Row{L"RangeError", L"toExponential() ", 5026},
-    Row{L"RangeError", L"toPrecision() ", 5027},
-    Row{L"RangeError", L"argument", 5},
-    Row{L"SyntaxError", L"Invalid regular expression", 5017},
-    Row{L"SyntaxError", L"", 1002},
-    Row{L"URIError", L"illegal UTF-16", 5024},
-    Row{L"URIError", L"", 5025},
-};
-
-// "o.f is not a function" is a member that is missing, "f is not a function" a value of another kind.
-unsigned number_of_call(std::wstring_view callee) {
-  return callee.find_first_of(L".[") == std::wstring_view::npos ? kFunctionExpected : kNoSuchMember;
-}
-
-// From the error's name and message; S_OK for one that has none, such as an error that the page made.
-HRESULT number_of(std::wstring_view name, std::wstring_view message) {
-  if (const auto end = message.find(L" is not a function"); name == L"TypeError" && end != std::wstring_view::npos) {
-    return numbered(number_of_call(message.substr(0, end)));
-  }
-  for (const Row& row : kRows) {
-    if (row.name == name && message.find(row.message) != std::wstring_view::npos) return numbered(row.number);
-  }
-  return S_OK;
-}
 
 std::wstring wide(const std::string& utf8) { return to_wide(JsString(utf8.c_str()).view()); }
 
@@ -144,45 +92,79 @@ void ErrorReports::read_in_words(JSValueRef exception, ScriptError* error, std::
 ScriptError ErrorReports::describe(JSValueRef exception, std::wstring_view beginning) const {
   ScriptError error;
   read_in_words(exception, &error, beginning);
-  const ScriptError* const inner = add_causes(exception, &error);
-  add_parts(exception, &error);
-  add_places(exception, &error);
-  if (inner) put_inside(*inner, &error);
+  Telling telling{&error};
+  add_causes(exception, telling);
+  add_places(exception, telling.placed_by, &error);
+  if (telling.inner) put_inside(*telling.inner, &error);
   return error;
 }
 
-// What hands on the words of its cause is the same failure, and the place is where that arose. So it is where marks
-// were drawn on the way: they and the functions are one list.
-const ScriptError* ErrorReports::add_causes(JSValueRef exception, ScriptError* error) const {
-  const bool is_drawn = !places_of(context_, exception).empty();
-  const ScriptError* inner = nullptr;
-  std::wstring known = error->message;
+// What hands on the words of its cause is the same failure, and the place is where that arose.
+void ErrorReports::add_causes(JSValueRef exception, Telling& telling) const {
+  const std::size_t beginning = telling.path.size();
+  const std::size_t teller = telling.told;
+  std::size_t told = teller;
+  std::wstring known = teller == kItself ? telling.error->message : telling.error->causes[teller].message;
+  std::size_t number = 0;
   CauseChain chain(context_, exception);
-  for (; chain.link(); chain.advance()) {
+  for (; chain.link(); chain.advance(), ++number) {
     if (!chain.is_first()) {
       ScriptError cause;
       read_in_words(chain.link(), &cause, kThrown);
-      if (known.find(cause.message) == known.npos) {
+      if (!hands_on(telling.path.back(), known, cause.message)) {
         known = cause.message;
-        error->causes.push_back({{}, language::Cause::cause, std::move(cause.message), std::move(cause.source), {}});
+        if (!tell(std::move(cause), language::Cause::cause, &telling)) break;
+        told = telling.error->causes.size() - 1;
       }
     }
-    const ScriptError* const executed = Engine::current()->executed().behind(chain.link());
-    const bool is_of_cause = !error->causes.empty();
-    if (executed && !is_of_cause) inner = executed;
-    ScriptError at = executed && is_of_cause ? *executed : place_of(chain.link());
-    const bool was_thrown = chain.is_first() || chain.link() == thrown_;
-    if (at.file.empty() && was_thrown && thrown_at_ && !is_error(context_, chain.link()))
-      static_cast<language::SourcePlace&>(at) = *thrown_at_;
-    if (at.file.empty()) continue;
-    if (!error->causes.empty()) set_place(at, &error->causes.back());
-    if (!error->causes.empty() && !is_drawn) continue;
-    static_cast<language::SourcePlace&>(*error) = at;
-    if (at.calls.empty()) continue;
-    set_calls({std::move(at.calls), at.more_calls, at.has_lost_calls}, error);
+    telling.path.push_back(chain.link());
+    set_place_of(chain.link(), told, number, &telling);
+    const unsigned depth = telling.depth;
+    if (told != kItself) telling.depth = telling.error->causes[told].depth + 1;
+    add_parts(chain.link(), telling);
+    telling.depth = depth;
   }
-  error->more_causes = chain.count_rest();
-  return inner;
+  telling.error->more_causes += chain.count_rest();
+  telling.path.resize(beginning);
+}
+
+// False where there is no room for it.
+bool ErrorReports::tell(ScriptError words, language::Cause::Kind kind, Telling* telling) {
+  if (telling->error->causes.size() == CauseChain::kMost) {
+    ++telling->error->more_causes;
+    return false;
+  }
+  telling->error->causes.push_back(
+      {{}, kind, std::move(words.message), std::move(words.source), {}, telling->depth});
+  return true;
+}
+
+// The words of a component stand around those that it has met in a script, with which it fails. A script that makes an
+// error of another one has said more, unless it says just the same.
+bool ErrorReports::hands_on(JSValueRef error, std::wstring_view words, std::wstring_view of_cause) const {
+  if (words == of_cause) return true;
+  const bool is_of_component =
+      JSValueIsObject(context_, error) && JSValueIsString(context_, property(context_, object_of(error), "source"));
+  return is_of_component && tells(words, of_cause);
+}
+
+void ErrorReports::set_place_of(JSValueRef link, std::size_t told, std::size_t number, Telling* telling) const {
+  ScriptError& error = *telling->error;
+  const ScriptError* const executed = Engine::current()->executed().behind(link);
+  if (executed && told == kItself) telling->inner = executed;
+  ScriptError at = executed && told != kItself ? *executed : place_of(link);
+  const bool was_thrown = number == 0 || link == thrown_;
+  if (at.file.empty() && was_thrown && thrown_at_ && !is_error(context_, link))
+    static_cast<language::SourcePlace&>(at) = *thrown_at_;
+  if (at.file.empty()) return;
+  if (told != kItself) {
+    set_place(at, &error.causes[told]);
+    return;
+  }
+  static_cast<language::SourcePlace&>(error) = at;
+  if (at.calls.empty()) return;
+  telling->placed_by = number;
+  set_calls({std::move(at.calls), at.more_calls, at.has_lost_calls}, &error);
 }
 
 void ErrorReports::set_place(const ScriptError& at, language::Cause* cause) {
@@ -192,23 +174,30 @@ void ErrorReports::set_place(const ScriptError& at, language::Cause* cause) {
                       at.calls.begin() + static_cast<std::ptrdiff_t>(std::min(at.calls.size(), kMost)));
 }
 
-// The errors that one stands for, as that of Promise.any does.
-void ErrorReports::add_parts(JSValueRef exception, ScriptError* error) const {
-  if (error->source != L"AggregateError" || !JSValueIsObject(context_, exception)) return;
-  JSValueRef errors = property(context_, object_of(exception), "errors");
+// The errors that one stands for, as that of Promise.any does, each with its own causes.
+void ErrorReports::add_parts(JSValueRef link, Telling& telling) const {
+  if (!JSValueIsObject(context_, link)) return;
+  JSValueRef name = property(context_, object_of(link), "name");
+  if (!JSValueIsString(context_, name) || message_of(context_, name) != L"AggregateError") return;
+  JSValueRef errors = property(context_, object_of(link), "errors");
   if (!JSValueIsArray(context_, errors)) return;
   JSValueRef length = property(context_, object_of(errors), "length");
   const auto count = static_cast<std::size_t>(JSValueToNumber(context_, length, nullptr));
-  const std::size_t room = CauseChain::kMost - std::min(CauseChain::kMost, error->causes.size());
-  for (std::size_t i = 0; i < std::min(count, room); ++i) {
+  for (std::size_t i = 0; i < count; ++i) {
+    if (telling.error->causes.size() == CauseChain::kMost) {
+      telling.error->more_causes += count - i;
+      return;
+    }
     JSValueRef part = JSObjectGetPropertyAtIndex(context_, object_of(errors), static_cast<unsigned>(i), nullptr);
-    if (!part) continue;
+    if (!part || std::ranges::find(telling.path, part) != telling.path.end()) continue;
     ScriptError words;
     read_in_words(part, &words, kThrown);
-    error->causes.push_back({{}, language::Cause::part, std::move(words.message), std::move(words.source), {}});
-    set_place(place_of(part), &error->causes.back());
+    tell(std::move(words), language::Cause::part, &telling);
+    telling.told = telling.error->causes.size() - 1;
+    ++telling.depth;
+    add_causes(part, telling);
+    --telling.depth;
   }
-  error->more_causes += count - std::min(count, room);
 }
 
 ScriptError ErrorReports::place_of(JSValueRef exception) const {
@@ -219,8 +208,9 @@ ScriptError ErrorReports::place_of(JSValueRef exception) const {
 }
 
 // Between the functions that were running: an error that comes out of a mark has all places so far, and is raised in
-// the function that drew the template, which has fewer functions around it than the cause that it had inside.
-void ErrorReports::add_places(JSValueRef exception, ScriptError* error) const {
+// the function that drew the template, which has fewer functions around it than the cause that it had inside. Marks that
+// only a cause has come out of were inside of all functions.
+void ErrorReports::add_places(JSValueRef exception, std::size_t placed_by, ScriptError* error) const {
   std::vector<std::pair<std::size_t, std::size_t>> links;  // places and functions
   for (CauseChain chain(context_, exception); chain.link(); chain.advance()) {
     if (!JSValueIsObject(context_, chain.link())) break;
@@ -232,10 +222,11 @@ void ErrorReports::add_places(JSValueRef exception, ScriptError* error) const {
     }
     links.emplace_back(count, frames_of(chain.link(), 0).more);
   }
-  const std::size_t innermost = links.empty() ? 0 : links.back().second;
+  const std::size_t all = error->calls.size() + error->more_calls;
   for (std::size_t i = 0; i < error->templates.size(); ++i) {
     const auto has_it = std::find_if(links.rbegin(), links.rend(), [i](const auto& each) { return each.first > i; });
-    error->templates[i].calls = has_it == links.rend() ? 0 : innermost - std::min(innermost, has_it->second);
+    const bool is_outside = has_it != links.rend() && static_cast<std::size_t>(links.rend() - has_it) <= placed_by;
+    error->templates[i].calls = is_outside ? all - std::min(all, has_it->second) : 0;
   }
 }
 

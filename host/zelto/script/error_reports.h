@@ -70,13 +70,25 @@ class ErrorReports {
   std::optional<language::Frame> take_frame(std::string_view& stack) const;
   std::optional<language::Frame> read_frame(std::string_view text) const;
   void read_in_words(JSValueRef exception, ScriptError* error, std::wstring_view beginning) const;
-  // What an executed page has told of one of them; null for none.
-  const ScriptError* add_causes(JSValueRef exception, ScriptError* error) const;
-  void add_parts(JSValueRef exception, ScriptError* error) const;
+  // What an error comes from and stands for, which are told one after the other.
+  static constexpr std::size_t kItself = static_cast<std::size_t>(-1);
+  struct Telling {
+    ScriptError* error;
+    std::size_t told = kItself;          // that or one of its causes: what is followed
+    unsigned depth = 0;                  // of what comes next
+    std::vector<JSValueRef> path = {};   // from the error to what is followed
+    std::size_t placed_by = 0;           // the number of the link that has given the error its functions
+    const ScriptError* inner = nullptr;  // what an executed page has told of it
+  };
+  void add_causes(JSValueRef exception, Telling& telling) const;
+  void add_parts(JSValueRef link, Telling& telling) const;
+  static bool tell(ScriptError words, language::Cause::Kind kind, Telling* telling);
+  bool hands_on(JSValueRef error, std::wstring_view words, std::wstring_view of_cause) const;
+  void set_place_of(JSValueRef link, std::size_t told, std::size_t number, Telling* telling) const;
   static void set_place(const ScriptError& at, language::Cause* cause);
   std::optional<language::Frame> own_frame(std::string_view text) const;
   static void set_calls(Frames frames, ScriptError* error);
-  void add_places(JSValueRef exception, ScriptError* error) const;
+  void add_places(JSValueRef exception, std::size_t placed_by, ScriptError* error) const;
 
   JSContextRef context_;
   const MissingMember& missing_;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "script/cause_chain.h"
 #include "script/error_reports.h"
 #include "script/template_places.h"
 
@@ -69,7 +70,8 @@ void put_inside(const ScriptError& inner, ScriptError* outer) {
   }
   for (const language::Cause& cause : inner.causes) {
     const std::wstring& known = outer->causes.empty() ? outer->message : outer->causes.back().message;
-    if (known.find(cause.message) == known.npos) outer->causes.push_back(cause);
+    if (cause.depth > 0 || cause.kind == language::Cause::part || !tells(known, cause.message))
+      outer->causes.push_back(cause);
   }
   outer->more_causes += inner.more_causes;
 }

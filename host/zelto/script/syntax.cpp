@@ -150,7 +150,7 @@ class Search {
     if (error.message.ends_with(L'.')) error.message.pop_back();
     error.message +=
         fmt::format(L": the {} in line {}, column {}{} is open.", quoted(opener), place.line, place.column, of_file);
-    error.causes.push_back({place, language::Cause::opener, quoted(opener), {}, {}});
+    error.causes.push_back({place, language::Cause::opener, quoted(opener), {}, {}, 0});
     return error;
   }
 

@@ -82,6 +82,10 @@ std::string call_list(const PageError& error) {
   return fmt::format("<h2>{}, the last one first</h2>\n<ol>\n{}</ol>\n{}", title, list, not_listed(error));
 }
 
+std::string indented(const std::string& text, unsigned depth) {
+  return depth == 0 ? text : fmt::format("<span style=\"margin-left:{}rem\">{}</span>", 2 * depth, text);
+}
+
 std::string_view title_of(PageError::Cause::Kind kind) {
   switch (kind) {
     case PageError::Cause::cause:
@@ -113,13 +117,20 @@ std::wstring other_place(const PageError& error, const PageError::Cause& cause) 
   return L" (" + place_text(cause.file, cause.line) + L")";
 }
 
+// "; caused by: all [one of them: a; one of them: b (/page.asp:3)]"
 std::string causes_line(const PageError& error) {
   std::string line;
+  unsigned depth = 0;
   for (const PageError::Cause& cause : error.causes) {
     if (cause.kind == PageError::Cause::opener) continue;
-    line += cause.kind == PageError::Cause::part ? "; one of them: " : "; caused by: ";
+    const bool is_deeper = cause.depth > depth;
+    for (; depth < cause.depth; ++depth) line += " [";
+    for (; depth > cause.depth; --depth) line += "]";
+    if (!is_deeper) line += "; ";
+    line += cause.kind == PageError::Cause::part ? "one of them: " : "caused by: ";
     line += to_utf8(cause.description + other_place(error, cause));
   }
+  line.append(depth, ']');
   return error.more_causes == 0 ? line : line + fmt::format(" and {} more", error.more_causes);
 }
 
@@ -163,8 +174,9 @@ std::string debug_error_page(const PageError& error, const std::string& root, st
     if (!value.empty()) body += fmt::format("<dt>{}</dt><dd>{}</dd>\n", name, value);
   };
   for (const PageError::Cause& cause : error.causes) {
-    if (cause.kind != PageError::Cause::opener)
-      row(cause.kind == PageError::Cause::part ? "Part" : "Cause", html(cause.description + other_place(error, cause)));
+    if (cause.kind == PageError::Cause::opener) continue;
+    const std::string text = html(cause.description + other_place(error, cause));
+    row(cause.kind == PageError::Cause::part ? "Part" : "Cause", indented(text, cause.depth));
   }
   if (error.more_causes > 0) row("Causes", fmt::format("and {} more", error.more_causes));
   row("Source", html(error.source));

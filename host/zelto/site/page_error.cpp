@@ -24,7 +24,7 @@ std::vector<PageError::Cause> causes_of(const language::ScriptError& error, cons
                       : each.kind == language::Cause::opener ? PageError::Cause::opener
                                                              : PageError::Cause::cause;
     causes.push_back({kind, each.message, each.source, to_wide(site.path_of(each.file)), each.line, each.column,
-                      calls_of(each.calls, site)});
+                      calls_of(each.calls, site), each.depth});
   }
   return causes;
 }

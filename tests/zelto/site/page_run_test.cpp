@@ -133,7 +133,10 @@ TEST_F(PageRun, PutsWhatWasThrownIntoWords) {
       {"new Error()", "The script threw an error without a message: Error. (Error, 0x80004005)"},
       {"new RangeError('')", "The script threw an error without a message: RangeError. (RangeError, 0x80004005)"},
       {"new Error('outer', { cause: new TypeError('inner') })", "outer; caused by: inner (Error, 0x80004005)"},
-      {"new Error('outer: inner', { cause: new TypeError('inner') })", "outer: inner (Error, 0x80004005)"},
+      {"new Error('outer: inner', { cause: new TypeError('inner') })",
+       "outer: inner; caused by: inner (Error, 0x80004005)"},
+      {"new Error('inner', { cause: new TypeError('inner') })", "inner (Error, 0x80004005)"},
+      {"new Error('wrapped', { cause: new Error('r') })", "wrapped; caused by: r (Error, 0x80004005)"},
       {"new Error('a', { cause: new Error('b', { cause: 'c' }) })",
        "a; caused by: b; caused by: c (Error, 0x80004005)"},
   };

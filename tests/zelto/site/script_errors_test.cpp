@@ -132,6 +132,49 @@ TEST_F(ScriptErrors, TellOfEachErrorThatOneStandsFor) {
       << log[0];
 }
 
+// Of an error that stands for several, and is no more than a cause or a part itself, only the words were told.
+TEST_F(ScriptErrors, TellOfCausesAndPartsAsATree) {
+  EXPECT_EQ(
+      "/page.asp:2: top; caused by: many (/page.asp:3) [one of them: a (/page.asp:4) [caused by: b]; one of them: few "
+      "(/page.asp:5) [one of them: The script threw 5.; one of them: t]]; caused by: c (/page.asp:6) (Error, "
+      "0x80004005)",
+      told("<%\nthrow new Error('top', { cause:\nnew AggregateError([\nnew Error('a', { cause: 'b' }),\n"
+           "new AggregateError([5, 't'], 'few')], 'many', { cause:\nnew Error('c') }) }) %>"));
+  for (const char* piece :
+       {"<dt>Cause</dt><dd>many (/page.asp:3)</dd>",
+        "<dt>Part</dt><dd><span style=\"margin-left:2rem\">a (/page.asp:4)</span></dd>",
+        "<dt>Cause</dt><dd><span style=\"margin-left:4rem\">b</span></dd>",
+        "<dt>Part</dt><dd><span style=\"margin-left:4rem\">t</span></dd>", "<dt>Cause</dt><dd>c (/page.asp:6)</dd>"})
+    EXPECT_TRUE(has(shown, piece)) << piece << shown;
+  EXPECT_EQ(
+      "/page.asp:1: all; one of them: The script threw 1.; one of them: x [caused by: all [one of them: The script "
+      "threw 1.]] (AggregateError, 0x80004005)",
+      told("<% var all = new AggregateError([1], 'all'); all.errors.push(all, new Error('x', { cause: all })); throw "
+           "all %>"));
+  EXPECT_TRUE(has(told("<% throw new AggregateError(Array.from({ length: 12 }, (_, i) => new Error('p' + i, { cause: "
+                       "'c' + i })), 'all') %>"),
+                  "; one of them: p7 [caused by: c7] and 4 more ("))
+      << log[0];
+}
+
+// It was told at the place of its cause.
+TEST_F(ScriptErrors, OutOfAMarkHaveTheirOwnPlaceAndTheirCauseItsOwn) {
+  EXPECT_EQ("/page.asp:5: outer; caused by: deep (/page.asp:3); in (text):1:1 (#%a#) (Error, 0x80004005)",
+            told("<% var m = Server.CreateObject('Mirt'); m.Script = this;\nm.ProcessTemplate('(#%a#)');\n"
+                 "function deep() { throw new Error('deep') }\nfunction OnDraw_a() { try { deep() } catch (e) {\n"
+                 "throw new Error('outer', { cause: e }) } } %>"));
+  for (const char* piece : {"<dt>Line</dt><dd>5</dd>",
+                            "<ol>\n<li>OnDraw_a(), /page.asp:5</li>\n<li><code>(#%a#)</code>, (text):1:1</li>\n"
+                            "<li>the page, /page.asp:2</li>\n</ol>",
+                            "<ol>\n<li>deep(), /page.asp:3</li>\n<li>OnDraw_a(), /page.asp:4</li>\n"})
+    EXPECT_TRUE(has(shown, piece)) << piece << shown;
+  EXPECT_EQ("/page.asp:3: outer; caused by: deep (/page.asp:4); in (text):1:1 (#%a#) (Error, 0x80004005)",
+            told("<% var m = Server.CreateObject('Mirt'); m.Script = this;\ntry { m.ProcessTemplate('(#%a#)') } catch "
+                 "(e) {\nthrow new Error('outer', { cause: e }) }\nfunction OnDraw_a() { throw new Error('deep') } %>"));
+  EXPECT_TRUE(has(shown, "<ol>\n<li><code>(#%a#)</code>, (text):1:1</li>\n<li>the page, /page.asp:3</li>\n</ol>"))
+      << shown;
+}
+
 TEST_F(ScriptErrors, SayHowManyCausesAreNotShown) {
   EXPECT_TRUE(
       has(told("<% var e = new Error('e0.'); for (var i = 1; i < 30; i++) e = new Error('e' + i + '.', { cause: "
