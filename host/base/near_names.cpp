@@ -30,7 +30,7 @@ std::wstring nearest_name(const std::vector<std::wstring>& names, std::wstring_v
   if (wanted.size() > kLongestMistypedName) return {};
   std::wstring best;
   const bool is_short = wanted.size() < kShortestMistypedName;
-  std::size_t least = is_short ? 0 : wanted.size() / 3 + 1;  // further away it is another word
+  std::size_t least = is_short ? 0 : (wanted.size() + 1) / 3;  // further away it is another word
   for (const std::wstring& name : names) {
     const std::size_t distance = name_distance(name, wanted);
     if (distance >= least + (best.empty() ? 1 : 0)) continue;

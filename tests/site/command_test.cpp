@@ -135,8 +135,41 @@ TEST_F(Command, SaysWhatWasMeant) {
       {{"run", "a.asp", "--site", "/usr/include"}, "--site: 'a.asp' does not lie in '/usr/include'"},
       {{"serve", ".", "--body-limit", "16XB"},
        "--body-limit: '16XB' is not a size; a right one is 16MiB (zelto serve --help tells what there is)"},
+      {{"serve", ".", "--debug=5"}, "--debug takes no value (zelto serve --help tells what there is)"},
+      {{"check", "--json=yes"}, "--json takes no value (zelto check --help tells what there is)"},
+      {{"help", "script_timeot"},
+       "the documents say nothing about 'script_timeot'; did you mean 'script_timeout'?"},
+      {{"help", "Response.Wrte"}, "the documents say nothing about 'Response.Wrte'; did you mean 'Response.Write'?"},
+      {{"help", "Resonse.Write"}, "the documents say nothing about 'Resonse.Write'; did you mean 'Response.Write'?"},
+      {{"help", "Foo.Write"}, "the documents say nothing about 'Foo.Write'; did you mean 'Write'?"},
+      {{"help", "foo"}, "the documents say nothing about 'foo'; zelto help lists them"},
+      {{"help", "(#Ax#)"},
+       "the documents say nothing about '(#Ax#)'; no mark has that type: zelto help templates tells which there are"},
   };
-  for (const auto& [words, expected] : rows) EXPECT_EQ("zelto: " + expected + "\n", run(words).error);
+  for (const auto& [words, expected] : rows) {
+    const Ran ran = run(words);
+    EXPECT_EQ("zelto: " + expected + "\n", ran.error);
+    EXPECT_EQ("", ran.output);
+  }
+}
+
+TEST_F(Command, HelpsWithTheClassThatIsNamed) {
+  EXPECT_EQ(0U, run({"help", "ADODB.Connection.Execute"}).output.find("docs/databases.md, Members:\n  connection: "));
+  EXPECT_EQ(0U, run({"help", "Server.Execute"}).output.find("docs/objects.md, Server:\n  Execute(path)"));
+  EXPECT_NE(std::string::npos, run({"help", "page.SetView"}).output.find("SetView(name, value)"));
+}
+
+// It was left unread, and a page ran otherwise than it would be served.
+TEST_F(Command, RunsAPageAsItsSiteSays) {
+  fs::create_directory(folder_ / "sub");
+  file("sub/a.asp", "<%= Server.ScriptTimeout %>");
+  file("zelto.toml", "script_timeout = 77\n");
+  EXPECT_EQ("77", run({"run", "sub/a.asp", "--site", "."}).output);
+  EXPECT_EQ("90", run({"run", "sub/a.asp"}).output);
+  file("zelto.toml", "colour = 1\n");
+  const Ran wrong = run({"run", "sub/a.asp", "--site", "."});
+  EXPECT_EQ(2, wrong.status);
+  EXPECT_EQ("zelto: ./zelto.toml:1: colour is not known; zelto serve --help lists what is\n", wrong.error);
 }
 
 TEST_F(Command, SaysWhyItCannotServe) {

@@ -7,6 +7,7 @@
 #include "app/check/site_check.h"
 #include "app/command_line.h"
 #include "app/configuration.h"
+#include "app/configuration_file.h"
 #include "app/runtime.h"
 #include "base/thread.h"
 #include "platform/canonical_path.h"
@@ -22,18 +23,17 @@ StaticOptions read_options(const CheckCommand& command, const std::string& root,
     ServeCommand serve;
     serve.site = command.site;
     return read_configuration(serve).site.files;
+  } catch (const WrongConfiguration& error) {
+    for (const ConfigurationFault& fault : error.faults)
+      findings.error({root + "/zelto.toml", fault.line, fault.column}, fault.text);
   } catch (const WrongUse& error) {
-    // "site/zelto.toml:3: what"
-    const std::string name = command.site + "/zelto.toml";
+    // "site/zelto.toml cannot be read"
+    const std::string name = command.site + "/zelto.toml ";
     std::string_view words = error.what();
     if (words.starts_with(name)) words.remove_prefix(name.size());
-    const std::size_t number = words.find_first_not_of(":0123456789");
-    const int line = words.starts_with(':') ? std::atoi(std::string(words.substr(1)).c_str()) : 1;
-    if (number != std::string_view::npos) words.remove_prefix(number);
-    while (words.starts_with(' ')) words.remove_prefix(1);
-    findings.error({root + "/zelto.toml", line, 1}, std::string(words));
-    return {};
+    findings.error({root + "/zelto.toml", 1, 1}, std::string(words));
   }
+  return {};
 }
 
 }  // namespace

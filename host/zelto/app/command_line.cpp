@@ -64,6 +64,8 @@ std::string failure_message(const CLI::App* app, const CLI::Error& error) {
     for (const CLI::App* one : app->get_subcommands(nullptr)) known.push_back(one->get_name());
     says = "there is no command '" + unknown.front() + "'";
   }
+  if (const std::size_t end = says.find(" was given a disallowed flag override"); end != std::string::npos)
+    says = "--" + says.substr(0, end) + " takes no value";
   const std::string meant = known.empty() ? std::string() : suggestion(known, unknown.front());
   if (!meant.empty()) says += "; " + meant;
   const std::string help = "zelto " + (command == app ? std::string() : command->get_name() + " ") + "--help";
@@ -117,8 +119,8 @@ void add_run(CLI::App& app, RunCommand& command) {
   run->add_option("--times", command.times, "Ask for it so often, as one server; the last answer is printed")
       ->check(check_number(1'000'000'000, 1000))
       ->type_name("NUMBER");
-  run->add_flag("--debug", command.debug,
-                "Let error pages show what went wrong; as zelto.toml is not read, debug_panel adds nothing to others");
+  run->add_flag("--debug", command.debug, "Let error pages show what went wrong");
+  run->footer("What the site's zelto.toml says of pages holds here too; its log is standard error.\n");
 }
 
 void add_check(CLI::App& app, CheckCommand& command) {
@@ -148,6 +150,13 @@ void add_library(CLI::App& app, const char* name, const char* purpose, std::stri
   command->footer(
       "Registrations are kept in the file that ZELTO_REGISTRY names, by default zelto/registry.json in the\n"
       "user's data folder: $XDG_DATA_HOME, or ~/.local/share. The libmirt.so beside this program needs none.");
+}
+
+// The library would take "--debug=5" for yes.
+void refuse_values_of_switches(CLI::App& app) {
+  for (CLI::Option* option : app.get_options())
+    if (option->get_expected_max() == 0) option->disable_flag_override();
+  for (CLI::App* command : app.get_subcommands({})) refuse_values_of_switches(*command);
 }
 
 int dispatch(const CLI::App& app, const ServeCommand& serve, const RunCommand& run, const InitCommand& init,
@@ -190,6 +199,7 @@ int run_command_line(int argc, const char* const* argv) {
   add_help(app, help);
   add_library(app, "register", "Let pages create the classes of a component library", library);
   add_library(app, "unregister", "Take that back", library);
+  refuse_values_of_switches(app);
   try {
     if (argc < 2) app.parse(std::vector<std::string>{"--help"});
     app.parse(argc, argv);

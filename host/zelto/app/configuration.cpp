@@ -40,30 +40,31 @@ void read_site(const ConfigurationFile& file, SiteOptions& site) {
   if (limit) site.session_limit = static_cast<std::size_t>(*limit);
   if (const auto node = file.text("session_node")) {
     const auto is_plain = [](unsigned char c) { return std::isalnum(c) != 0; };
-    if (node->empty() || !std::ranges::all_of(*node, is_plain)) file.fail("session_node", "takes letters and digits");
+    if (node->empty() || !std::ranges::all_of(*node, is_plain)) file.refuse("session_node", "takes letters and digits");
     site.session_suffix = "." + *node;
   }
   if (auto names = file.texts("default_documents")) {
     const auto is_name = [](const std::string& name) {
       return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
     };
-    if (!std::ranges::all_of(*names, is_name)) file.fail("default_documents", "takes names of files");
+    if (!std::ranges::all_of(*names, is_name)) file.refuse("default_documents", "takes names of files");
     site.files.default_documents = std::move(*names);
   }
   if (const auto unknown = file.text("unknown_types")) {
-    if (*unknown != "download" && *unknown != "refuse") file.fail("unknown_types", "is \"download\" or \"refuse\"");
+    if (*unknown != "download" && *unknown != "refuse") file.refuse("unknown_types", "is \"download\" or \"refuse\"");
     site.files.refuses_unknown_types = *unknown == "refuse";
   }
-  for (const std::string& name : file.texts("protect").value_or(std::vector<std::string>())) {
-    if (!site.files.protected_names.add(name)) file.fail("protect", "takes \"folder/\", \"*.extension\" or \"file\"");
-  }
+  const auto protect = file.texts("protect").value_or(std::vector<std::string>());
+  const auto add = [&site](const std::string& name) { return site.files.protected_names.add(name); };
+  if (!std::ranges::all_of(protect, add))
+    file.refuse("protect", "takes \"folder/\", \"*.extension\" or \"file\"");
 }
 
 void read_listen(const ConfigurationFile& file, ServerOptions& server) {
   try {
     set_listen_address(file.text("listen").value_or("127.0.0.1:8080"), server);
   } catch (const NoListenAddress& error) {
-    file.fail("listen", std::string("names no place to serve: ") + error.what());
+    file.refuse("listen", std::string("names no place to serve: ") + error.what());
   }
 }
 
@@ -84,10 +85,10 @@ void read_server(const ConfigurationFile& file, ServerOptions& server) {
   if (per_address) server.limits.connections_per_address = static_cast<std::size_t>(*per_address);
   server.limits.limits_loopback = per_address.has_value();
   if (const auto queue = file.number("session_queue", 0, 1000)) server.turn_queue = static_cast<std::size_t>(*queue);
-  for (const std::string& proxy : file.texts("trusted_proxies").value_or(std::vector<std::string>())) {
-    if (!is_address(proxy)) file.fail("trusted_proxies", "takes addresses");
+  const auto proxies = file.texts("trusted_proxies").value_or(std::vector<std::string>());
+  if (!std::ranges::all_of(proxies, is_address)) return file.refuse("trusted_proxies", "takes addresses");
+  for (const std::string& proxy : proxies)
     server.trusted_proxies.push_back(boost::asio::ip::make_address(proxy).to_string());
-  }
 }
 
 void read_spool(const ConfigurationFile& file, const std::string& site, SpoolLimits& spool) {
@@ -102,7 +103,7 @@ void read_spool(const ConfigurationFile& file, const std::string& site, SpoolLim
   spool.folder = std::filesystem::path(site) / *folder;
   std::error_code error;
   if (folder->empty() || !std::filesystem::is_directory(spool.folder, error))
-    file.fail("spool_folder", "is not a folder");
+    file.refuse("spool_folder", "is not a folder");
 }
 
 // The file's name, relative to the site's folder. A log that lies in there is not served to anyone.
@@ -110,9 +111,11 @@ std::string read_log(const ConfigurationFile& file, const std::string& site, Pro
   const auto name = file.text("log");
   if (!name) return {};
   const std::filesystem::path path = std::filesystem::path(site) / *name;
-  if (!path.has_filename()) file.fail("log", "takes the name of a file");
   std::error_code error;
-  if (!std::filesystem::is_directory(path.parent_path(), error)) file.fail("log", "is in a folder that there is not");
+  if (!path.has_filename())
+    file.refuse("log", "takes the name of a file");
+  else if (!std::filesystem::is_directory(path.parent_path(), error))
+    file.refuse("log", "is in a folder that there is not");
   protected_names.add(path.filename().string());
   return path.string();
 }
@@ -166,6 +169,7 @@ Configuration read_configuration(const ServeCommand& command) {
   if (const auto limit = file.number("stop_timeout", 0, 3600)) made.stop_timeout = std::chrono::seconds(*limit);
   made.supervise = file.flag("supervise").value_or(true) && !command.no_supervisor;
   if (const auto limit = file.number("hang_timeout", 0, 3600)) made.hang_timeout = std::chrono::seconds(*limit);
+  file.throw_faults();
   try {
     if (command.listen) set_listen_address(*command.listen, made.server);
   } catch (const NoListenAddress& error) {

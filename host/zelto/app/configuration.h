@@ -21,7 +21,8 @@ struct Configuration {
   std::chrono::seconds hang_timeout{60};  // without a sign of life, after which it has failed; 0: never
 };
 
-// The command line wins over the file, the file over the defaults. Throws WrongUse for what cannot be understood.
+// The command line wins over the file, the file over the defaults. Throws WrongUse for what cannot be understood, of
+// the file WrongConfiguration.
 Configuration read_configuration(const ServeCommand& command);
 
 // Copies what only a restart can change from `running` to `fresh`; answers the keys whose values differed.

@@ -87,15 +87,26 @@ std::size_t past_piece(std::string_view text, char before) {
   return at;
 }
 
+using Faults = std::vector<ConfigurationFault>;
+
+int to_int(std::size_t number) { return static_cast<int>(number); }
+
+ConfigurationFault fault_at(const toml::source_position& place, std::string text) {
+  return {to_int(place.line), to_int(place.column), plain_line(text)};
+}
+
 // Outside of strings and comments the format has ASCII alone. What the library does with other characters there is
 // not defined, so it is not shown them.
-void check_characters(const std::string& name, std::string_view text) {
+std::optional<ConfigurationFault> check_characters(std::string_view text) {
   for (std::size_t at = 0; at < text.size(); at += past_piece(text.substr(at), at > 0 ? text[at - 1] : '\n')) {
     if (!is_beyond_ascii(text[at])) continue;
-    const auto line = 1 + std::ranges::count(text.substr(0, at), '\n');
-    throw WrongUse(
-        fmt::format("{}:{}: a character beyond ASCII stands outside of quotes or after a continued line", name, line));
+    const std::string_view before = text.substr(0, at);
+    const auto line = 1 + std::ranges::count(before, '\n');
+    const std::size_t column = at - (before.rfind('\n') + 1) + 1;
+    return ConfigurationFault{static_cast<int>(line), to_int(column),
+                              "a character beyond ASCII stands outside of quotes or after a continued line"};
   }
+  return std::nullopt;
 }
 
 // The line of that number, from 1.
@@ -112,7 +123,48 @@ std::string advice_for(std::string_view problem, std::string_view line) {
   return fmt::format("a right line is {} = {}", key ? key->name : kKeys[1].name, key ? key->value : kKeys[1].value);
 }
 
-toml::table parse(const std::string& name) {
+// Nothing, and the fault, for text that is not of the format.
+std::optional<toml::table> parse_once(const std::string& text, Faults* faults) {
+  try {
+    // With any letter for each of them first: then the characters' places are known to be those of the format.
+    std::string in_ascii = text;
+    std::ranges::replace_if(in_ascii, is_beyond_ascii, 'x');
+    if (in_ascii != text) (void)toml::parse(in_ascii);
+    if (auto fault = check_characters(text)) {
+      faults->push_back(std::move(*fault));
+      return std::nullopt;
+    }
+    return toml::parse(text);
+  } catch (const toml::parse_error& problem) {
+    const auto place = problem.source().begin;
+    faults->push_back(fault_at(place, fmt::format("{}; {}", problem.description(),
+                                                  advice_for(problem.description(), line_of(text, place.line)))));
+    return std::nullopt;
+  }
+}
+
+// Whether the lines from there on can be read without that one: it is no part of a value, and begins none, that has
+// several lines.
+bool stands_alone(const std::string& text, std::string_view line) {
+  Faults in_front;
+  const auto begin = static_cast<std::size_t>(line.data() - text.data());
+  if (line.find_first_not_of(" \t\r") == line.npos || !parse_once(text.substr(0, begin), &in_front)) return false;
+  return std::ranges::count(line, '[') == std::ranges::count(line, ']') && line.find("\"\"\"") == line.npos &&
+         line.find("'''") == line.npos;
+}
+
+// The library ends with the first line that it cannot read.
+toml::table parse_text(std::string text, Faults* faults) {
+  constexpr std::size_t kMost = 20;
+  for (;;) {
+    if (auto table = parse_once(text, faults)) return std::move(*table);
+    const std::string_view line = line_of(text, static_cast<std::size_t>(faults->back().line));
+    if (faults->size() == kMost || !stands_alone(text, line)) return {};
+    text.replace(static_cast<std::size_t>(line.data() - text.data()), line.size(), line.size(), ' ');
+  }
+}
+
+toml::table parse(const std::string& name, Faults* faults) {
   std::error_code error;
   const auto status = std::filesystem::status(name, error);
   if (status.type() == std::filesystem::file_type::not_found) return {};
@@ -121,65 +173,71 @@ toml::table parse(const std::string& name) {
   if (!in) throw WrongUse(name + " cannot be read: " + std::generic_category().message(errno));
   std::string text{std::istreambuf_iterator<char>(in), {}};
   if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
-  try {
-    // With any letter for each of them first: then the characters' places are known to be those of the format.
-    std::string in_ascii = text;
-    std::ranges::replace_if(in_ascii, is_beyond_ascii, 'x');
-    if (in_ascii != text) (void)toml::parse(in_ascii, name);
-    check_characters(name, text);
-    return toml::parse(text, name);
-  } catch (const toml::parse_error& problem) {
-    const auto line = problem.source().begin.line;
-    throw WrongUse(plain_line(fmt::format("{}:{}: {}; {}", name, line, std::string(problem.description()),
-                                          advice_for(problem.description(), line_of(text, line)))));
-  }
+  return parse_text(std::move(text), faults);
 }
 
 }  // namespace
 
+WrongConfiguration::WrongConfiguration(const std::string& name, Faults found)
+    : WrongUse(plain_line(fmt::format("{}:{}: {}{}", name, found.front().line, found.front().text,
+                                      found.size() == 1
+                                          ? ""
+                                          : fmt::format(" (and {} more: zelto check tells them)", found.size() - 1)))),
+      faults(std::move(found)) {}
+
 class ConfigurationFile::Impl {
  public:
-  explicit Impl(const std::string& file) : name(file), table(parse(file)) {}
+  explicit Impl(const std::string& file) : name(file), table(parse(file, &faults)) {}
 
-  [[noreturn]] void fail(std::string_view key, std::string_view what) const {
-    throw WrongUse(plain_line(fmt::format("{}:{}: {} {}", name, table.get(key)->source().begin.line, key, what)));
+  void refuse(std::string_view key, std::string_view what) {
+    const toml::node* const value = table.get(key);
+    faults.push_back(fault_at(value->source().begin, fmt::format("{} {}; a right one is {}", key, what,
+                                                                 find_key(key)->value)));
   }
-  [[noreturn]] void fail_value(std::string_view key, std::string_view what) const {
-    fail(key, fmt::format("{}; a right one is {}", what, find_key(key)->value));
-  }
-  [[noreturn]] void fail_type(std::string_view key) const { fail_value(key, "has a value of the wrong type"); }
-  [[noreturn]] void fail_unknown(std::string_view key) const {
-    const toml::node& value = *table.get(key);
-    if (value.is_table() || value.is_array_of_tables())
-      fail(key,
-           fmt::format("is a table, and this file has none; a right line is {} = {}", kKeys[1].name, kKeys[1].value));
-    std::vector<std::string> known;
-    known.reserve(kKeys.size());
-    for (const Key& one : kKeys) known.emplace_back(one.name);
-    const std::string meant = suggestion(known, key);
-    fail(key, fmt::format("is not known; {}{}zelto serve --help lists what is", meant, meant.empty() ? "" : " "));
+  void refuse_type(std::string_view key) { refuse(key, "has a value of the wrong type"); }
+  void refuse_unknown(const toml::key& key, const toml::node& value) {
+    std::string what;
+    if (value.is_table() || value.is_array_of_tables()) {
+      what =
+          fmt::format("is a table, and this file has none; a right line is {} = {}", kKeys[1].name, kKeys[1].value);
+    } else {
+      std::vector<std::string> known;
+      known.reserve(kKeys.size());
+      for (const Key& one : kKeys) known.emplace_back(one.name);
+      const std::string meant = suggestion(known, key.str());
+      what = fmt::format("is not known; {}{}zelto serve --help lists what is", meant, meant.empty() ? "" : " ");
+    }
+    faults.push_back(fault_at(key.source().begin, fmt::format("{} {}", key.str(), what)));
   }
   template <class Value>
-  std::optional<Value> get(std::string_view key) const {
+  std::optional<Value> get(std::string_view key) {
     const auto node = table[key];
     if (!node) return std::nullopt;
     auto value = node.template value_exact<Value>();
-    if (!value) fail_type(key);
+    if (!value) refuse_type(key);
     return value;
   }
 
   const std::string name;
+  Faults faults;
   const toml::table table;
 };
 
 ConfigurationFile::ConfigurationFile(const std::string& name) : impl_(std::make_unique<Impl>(name)) {
   for (const auto& [key, value] : impl_->table)
-    if (!find_key(key.str())) impl_->fail_unknown(key.str());
+    if (!find_key(key.str())) impl_->refuse_unknown(key, value);
 }
 
 ConfigurationFile::~ConfigurationFile() = default;
 
-void ConfigurationFile::fail(std::string_view key, std::string_view what) const { impl_->fail_value(key, what); }
+void ConfigurationFile::refuse(std::string_view key, std::string_view what) const { impl_->refuse(key, what); }
+
+void ConfigurationFile::throw_faults() const {
+  if (impl_->faults.empty()) return;
+  Faults faults = impl_->faults;
+  std::ranges::stable_sort(faults, {}, &ConfigurationFault::line);
+  throw WrongConfiguration(impl_->name, std::move(faults));
+}
 
 std::optional<bool> ConfigurationFile::flag(std::string_view key) const { return impl_->get<bool>(key); }
 
@@ -189,21 +247,23 @@ std::optional<std::vector<std::string>> ConfigurationFile::texts(std::string_vie
   const auto node = impl_->table[key];
   if (!node) return std::nullopt;
   const toml::array* list = node.as_array();
-  if (!list) impl_->fail_type(key);
   std::vector<std::string> values;
-  for (const auto& element : *list) {
-    const auto text = element.value_exact<std::string>();
-    if (!text) impl_->fail_type(key);
-    values.push_back(*text);
+  bool is_right = list != nullptr;
+  for (std::size_t i = 0; is_right && i < list->size(); ++i) {
+    const auto text = (*list)[i].value_exact<std::string>();
+    is_right = text.has_value();
+    if (is_right) values.push_back(*text);
   }
-  return values;
+  if (!is_right) impl_->refuse_type(key);
+  return is_right ? std::optional(std::move(values)) : std::nullopt;
 }
 
 std::optional<std::int64_t> ConfigurationFile::number(std::string_view key, std::int64_t least,
                                                       std::int64_t most) const {
   const auto value = impl_->get<std::int64_t>(key);
-  if (value && (*value < least || *value > most)) fail(key, fmt::format("is a number from {} to {}", least, most));
-  return value;
+  if (!value || (*value >= least && *value <= most)) return value;
+  refuse(key, fmt::format("is a number from {} to {}", least, most));
+  return std::nullopt;
 }
 
 std::string ConfigurationFile::help() {

@@ -36,8 +36,7 @@ std::string wrapped(std::string_view text) {
   return lines + "\n";
 }
 
-bool print_one(const std::vector<help::Entry>& entries, const std::string& name) {
-  const std::vector<const help::Entry*> found = help::find(entries, name);
+void print_entries(const std::vector<const help::Entry*>& found) {
   const help::Entry* last = nullptr;
   for (const help::Entry* entry : found) {
     const bool goes_on = last && last->file == entry->file && last->heading == entry->heading;
@@ -47,18 +46,42 @@ bool print_one(const std::vector<help::Entry>& entries, const std::string& name)
     last = entry;
   }
   if (last) std::cout << "\n";
-  if (!found.empty()) return true;
+}
+
+// "did you mean 'Response.Write'?" of a name that the documents do not know; or else what to ask for.
+std::string advice(const std::vector<help::Entry>& entries, std::string_view name) {
+  if (name.starts_with("(#")) return "no mark has that type: zelto help templates tells which there are";
   std::vector<std::string> known;
   for (const help::Entry& entry : entries) {
     known.insert(known.end(), entry.names.begin(), entry.names.end());
     known.push_back(entry.heading);
     known.emplace_back(entry.file.substr(0, entry.file.rfind('.')));
   }
-  const std::string_view member = std::string_view(name).substr(name.rfind('.') + 1);
-  std::string meant = suggestion(known, name);
-  if (meant.empty()) meant = suggestion(known, member);
-  if (meant.empty()) meant = "zelto help lists them";
-  std::cerr << "zelto: the documents say nothing about '" << plain_line(name) << "'; " << meant << "\n";
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos) {
+    const std::string meant = suggestion(known, name);
+    return meant.empty() ? "zelto help lists them" : meant;
+  }
+  const std::string_view object = name.substr(0, dot);
+  const std::string_view member = name.substr(dot + 1);
+  if (const std::string one = nearest(help::members_beside(entries, name), member); !one.empty())
+    return fmt::format("did you mean '{}.{}'?", object, one);
+  if (const std::string one = nearest(known, object); !one.empty() && !help::unknown_object(entries, name).empty())
+    return fmt::format("did you mean '{}.{}'?", one, member);
+  for (const help::Entry& entry : entries) known.insert(known.end(), entry.mentions.begin(), entry.mentions.end());
+  const std::string meant = suggestion(known, member);
+  return meant.empty() ? "zelto help lists them" : meant;
+}
+
+// False for what the documents do not know.
+bool print_one(const std::vector<help::Entry>& entries, const std::string& name) {
+  const std::vector<const help::Entry*> found = help::find(entries, name);
+  const std::string_view object = help::unknown_object(entries, name);
+  if (object.empty()) print_entries(found);
+  if (!found.empty() && object.empty()) return true;
+  const std::string shown = plain_line(name);
+  const std::string meant = advice(entries, name);
+  std::cerr << "zelto: the documents say nothing about '" << shown << "'; " << meant << "\n";
   return false;
 }
 

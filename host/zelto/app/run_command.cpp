@@ -2,6 +2,7 @@
 
 #include <spdlog/logger.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -12,6 +13,7 @@
 #include <utility>
 
 #include "app/command_line.h"
+#include "app/configuration.h"
 #include "app/console_sink.h"
 #include "app/log_sink.h"
 #include "app/runtime.h"
@@ -76,9 +78,10 @@ int run_page_file(const RunCommand& command) {
     throw WrongUse("'" + command.page + "' is not a file that can be read");
   if (!command.site.empty() && !std::filesystem::is_directory(command.site))
     throw WrongUse("--site: '" + command.site + "' is not a folder");
-  SiteOptions options;
-  options.root = command.site.empty() ? page->substr(0, page->rfind('/') + 1) : command.site;
-  options.debug = command.debug;
+  ServeCommand serve;
+  serve.site = command.site.empty() ? page->substr(0, std::max<std::size_t>(page->rfind('/'), 1)) : command.site;
+  serve.debug = command.debug;
+  SiteOptions options = read_configuration(serve).site;
   spdlog::logger log("zelto", std::make_shared<LogSink>());
   options.log = [&log](std::string_view line) { log.info("zelto: {}", line); };
   Site site(std::move(options));

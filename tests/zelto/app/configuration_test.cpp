@@ -232,6 +232,33 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
   EXPECT_EQ(0u, problem("a = \n").find(command.site + "/zelto.toml:1: "));
 }
 
+// The first was told alone.
+TEST_F(Configuration, TellsAllThatIsWrongWithItsPlace) {
+  const auto faults = [this](const std::string& text) {
+    folder.write("zelto.toml", text);
+    std::vector<std::string> told;
+    try {
+      zelto::read_configuration(command);
+    } catch (const zelto::WrongConfiguration& error) {
+      for (const zelto::ConfigurationFault& fault : error.faults)
+        told.push_back(std::to_string(fault.line) + ":" + std::to_string(fault.column) + " " +
+                       fault.text.substr(0, fault.text.find(' ')));
+    }
+    return told;
+  };
+  EXPECT_EQ((std::vector<std::string>{"1:1 foo", "2:3 wrokers", "3:9 Error", "4:18 script_timeout", "5:8 Error",
+                                      "7:11 Error", "8:19 trusted_proxies", "9:2 x"}),
+            faults("foo = 1\n  wrokers = 3\ndebug = True\nscript_timeout = \"a\"\nlisten 80\nworkers = 2\n"
+                   "workers = 3\ntrusted_proxies = [\"a\", \"b\"]\n[x]\ny = 1\n"));
+  // What follows may be a part of the same value.
+  EXPECT_EQ((std::vector<std::string>{"2:1 Error"}), faults("protect = [\nworkers = 3\ndebug = 5\n"));
+  EXPECT_EQ((std::vector<std::string>{"1:13 Error"}), faults("protect = [foo,\n\"a\"]\ndebug = 5\n"));
+  EXPECT_EQ(std::vector<std::string>(), faults("workers = 3\n"));
+  EXPECT_EQ(command.site + "/zelto.toml:1: foo is not known; zelto serve --help lists what is (and 1 more: zelto check "
+                           "tells them)",
+            problem("foo = 1\nbar = 2"));
+}
+
 // A value of each other type than the key's own: with the line, what is wrong and a right value.
 TEST_F(Configuration, RefusesAWrongTypeOfEveryKey) {
   std::istringstream lines(zelto::ConfigurationFile::help());

@@ -23,6 +23,8 @@ bool matches(std::string_view written, std::string_view name) {
   constexpr std::string_view kAny = "NAME";
   if (!written.ends_with("_NAME")) return false;
   written.remove_suffix(kAny.size());
+  // One in capitals is looked for as it is: "script_timeot" is no "SCRIPT_NAME".
+  if (std::ranges::none_of(written, [](char c) { return base::ascii_upper(c) != c; }) && !name.starts_with(written)) return false;
   return name.size() > written.size() && base::equal_ascii(name.substr(0, written.size()), written);
 }
 
@@ -36,16 +38,40 @@ bool has_word(std::string_view text, std::string_view word) {
   return false;
 }
 
+bool is_mark(std::string_view name) { return name.size() > 2 && name.starts_with("(#"); }
+
+// "Response" and "Write": of a name without an object, or without a member, nothing and all of it.
+struct Parts {
+  std::string_view object;
+  std::string_view member;
+};
+Parts parts_of(std::string_view name) {
+  const std::size_t dot = name.rfind('.');
+  const bool has_object = dot != std::string_view::npos && dot > 0 && dot + 1 < name.size();
+  return has_object ? Parts{name.substr(0, dot), name.substr(dot + 1)} : Parts{{}, name};
+}
+
+// Whether the entry stands under a heading with the object's name, or is its row in a table of objects: that of
+// "ADODB.Connection" begins with "connection:".
+bool is_of(const Entry& entry, std::string_view object) {
+  const std::string row = std::string(parts_of(object).member) + ":";
+  return has_word(entry.heading, object) || base::equal_ascii(std::string_view(entry.text).substr(0, row.size()), row);
+}
+
+// Whether one of its names is that of the object, or of its class.
+bool is_about(const Entry& entry, std::string_view object) {
+  return std::ranges::any_of(entry.names, [&](const std::string& one) {
+    return base::equal_ascii(one, object) || base::equal_ascii(parts_of(one).member, object);
+  });
+}
+
 using List = std::vector<std::string> Entry::*;
 
 std::vector<const Entry*> entries_with(const std::vector<Entry>& entries, std::string_view name, List list,
                                        std::string_view under) {
   std::vector<const Entry*> found;
   for (const Entry& entry : entries) {
-    if (!under.empty() && !has_word(entry.heading, under) &&
-        (list != &Entry::mentions ||
-         std::ranges::none_of(entry.names, [&](const std::string& one) { return base::equal_ascii(one, under); })))
-      continue;
+    if (!under.empty() && !is_of(entry, under) && (list != &Entry::mentions || !is_about(entry, under))) continue;
     if (std::ranges::any_of(entry.*list, [&](const std::string& one) { return matches(one, name); }))
       found.push_back(&entry);
   }
@@ -107,10 +133,9 @@ std::vector<const Entry*> texts_with(const std::vector<Entry>& entries, std::str
 }
 
 std::vector<const Entry*> named(const std::vector<Entry>& entries, std::string_view name, List list) {
-  const std::size_t dot = name.rfind('.');
-  const bool has_object = dot != std::string_view::npos && dot > 0 && dot + 1 < name.size();
+  const auto [object, member] = parts_of(name);
   auto found = entries_with(entries, name, list, {});
-  if (found.empty() && has_object) found = entries_with(entries, name.substr(dot + 1), list, name.substr(0, dot));
+  if (found.empty() && !object.empty()) found = entries_with(entries, member, list, object);
   return found;
 }
 
@@ -119,21 +144,44 @@ std::vector<const Entry*> about(const std::vector<Entry>& entries, std::string_v
                      named(entries, name, &Entry::mentions), topics_about(entries, name)})
     if (!found.empty()) return found;
   // Of an object that pages name as they like: "page.SetView".
-  const std::size_t dot = name.rfind('.');
-  if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size()) return {};
-  const bool is_known = std::ranges::any_of(entries, [&](const Entry& entry) {
-    return entry.file == kObjects && has_word(entry.heading, name.substr(0, dot));
+  const auto [object, member] = parts_of(name);
+  if (object.empty()) return {};
+  const bool is_known = std::ranges::any_of(entries, [object = object](const Entry& entry) {
+    return entry.file == kObjects && has_word(entry.heading, object);
   });
-  return is_known ? std::vector<const Entry*>() : about(entries, name.substr(dot + 1));
+  return is_known ? std::vector<const Entry*>() : about(entries, member);
 }
 
 }  // namespace
 
 std::vector<const Entry*> find(const std::vector<Entry>& entries, std::string_view name) {
+  const bool is_of_mark = is_mark(name);
   name = sought(name);
   if (name.empty()) return {};
+  if (is_of_mark) return named(entries, name, &Entry::names);
   auto found = about(entries, name);
   return found.empty() ? texts_with(entries, name) : found;
+}
+
+std::string_view unknown_object(const std::vector<Entry>& entries, std::string_view name) {
+  const std::string_view object = parts_of(sought(name)).object;
+  if (is_mark(name) || object.empty() || base::ascii_lower(object.front()) == object.front()) return {};
+  const std::string_view first = object.substr(0, object.find('.'));  // "Session" of "Session.Contents.Remove"
+  const bool is_known = std::ranges::any_of(entries, [&](const Entry& entry) { return is_about(entry, object); }) ||
+                        !members_of(entries, first).empty() || !topics_about(entries, first).empty() ||
+                        !texts_with(entries, first).empty();
+  return is_known ? std::string_view() : object;
+}
+
+std::vector<std::string> members_beside(const std::vector<Entry>& entries, std::string_view name) {
+  const std::string_view object = parts_of(sought(name)).object;
+  std::vector<std::string> members;
+  for (const Entry& entry : entries) {
+    if (object.empty() || (!is_of(entry, object) && !is_about(entry, object))) continue;
+    members.insert(members.end(), entry.names.begin(), entry.names.end());
+    members.insert(members.end(), entry.mentions.begin(), entry.mentions.end());
+  }
+  return members;
 }
 
 }  // namespace zelto::help

@@ -1,6 +1,7 @@
 // The entries that answer a name.
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +14,14 @@ namespace zelto::help {
 //
 // "Response.Write" is a member under a heading that names the object; "(#*text#)" and "*" are the mark,
 // "OnCommand_Save" is the event OnCommand_NAME.
+//
+// A mark is looked for among marks alone.
 std::vector<const Entry*> find(const std::vector<Entry>& entries, std::string_view name);
+
+// "Foo" of "Foo.Write", where the documents know nothing that is called so; else nothing. In small letters it is a
+// variable, which a page calls as it likes.
+std::string_view unknown_object(const std::vector<Entry>& entries, std::string_view name);
+// What they say that the object of "Response.Wrte" has.
+std::vector<std::string> members_beside(const std::vector<Entry>& entries, std::string_view name);
 
 }  // namespace zelto::help
