@@ -53,20 +53,22 @@ Directive read_directive(std::wstring_view text) {
   return directive;
 }
 
-LONG code_page_of_source(std::string_view bytes) {
+std::optional<LONG> written_code_page(std::string_view bytes) {
   for (std::size_t open = 0; (open = bytes.find("<%", open)) != std::string_view::npos;) {
     open = bytes.find_first_not_of(" \t\r\n\f", open + 2);
-    if (open == std::string_view::npos) return kUtf8CodePage;
+    if (open == std::string_view::npos) return std::nullopt;
     if (bytes[open++] != '@') continue;
     const std::size_t close = bytes.find("%>", open);
-    if (close == std::string_view::npos) return kUtf8CodePage;
+    if (close == std::string_view::npos) return std::nullopt;
     try {
-      return read_directive(to_wide(bytes.substr(open, close - open))).code_page.value_or(kUtf8CodePage);
+      return read_directive(to_wide(bytes.substr(open, close - open))).code_page;
     } catch (const std::string&) {
-      return kUtf8CodePage;  // said with its line once the text is known
+      return std::nullopt;  // said with its line once the text is known
     }
   }
-  return kUtf8CodePage;
+  return std::nullopt;
 }
+
+LONG code_page_of_source(std::string_view bytes) { return written_code_page(bytes).value_or(kUtf8CodePage); }
 
 }  // namespace zelto::pages

@@ -19,7 +19,9 @@ struct Directive {
 // obeyed, Transaction accepted. Throws std::string, a sentence, for anything else.
 Directive read_directive(std::wstring_view text);
 
-// The code page that a file's directive asks for, found before the file can be decoded; 65001 without one.
+// The code page that a file's directive asks for, found before the file can be decoded; nothing without one.
+std::optional<LONG> written_code_page(std::string_view bytes);
+// 65001 without one.
 LONG code_page_of_source(std::string_view bytes);
 
 }  // namespace zelto::pages

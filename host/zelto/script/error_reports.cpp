@@ -63,7 +63,9 @@ bool ErrorReports::read(JSValueRef exception, ScriptError* out) const {
   JSValueRef name = property(context_, object, "name");
   JSValueRef source = property(context_, object, "source");
   if (!JSValueIsString(context_, source)) source = name;
-  if (JSValueIsString(context_, source)) out->source = message_of(context_, source);
+  // A function has a name as well, and a regular expression a source.
+  const bool is_said = has_words || is_error(context_, exception);
+  if (is_said && JSValueIsString(context_, source)) out->source = message_of(context_, source);
   if (JSValueRef number = property(context_, object, "number"); JSValueIsNumber(context_, number)) {
     out->number = JSValueToInt32(context_, number, nullptr);
     out->message = language::as_written(std::move(out->message));
@@ -84,7 +86,7 @@ void ErrorReports::read_in_words(JSValueRef exception, ScriptError* error, std::
       JSValueIsString(context_, is_object ? property(context_, object_of(exception), "message") : exception);
   if (error->message.empty() || !has_words) error->message = words_of_thrown(context_, exception, beginning);
   if (error->source == L"RangeError" && error->message == L"Out of memory") error->message += kTextLimit;
-  if (!is_object || !error->source.empty()) return;
+  if (!is_object || !error->source.empty() || (!has_words && !is_error(context_, exception))) return;
   JSValueRef name = property(context_, object_of(exception), "name");
   if (JSValueIsString(context_, name)) error->source = message_of(context_, name);
 }

@@ -45,6 +45,7 @@ bool is_about_the_end(std::wstring_view message) {
   return message == L"Unexpected end of script" || message.starts_with(L"Unexpected EOF");
 }
 constexpr std::wstring_view kNoWords = L"Parser error";
+constexpr std::wstring_view kTooDeep = L"Maximum call stack size exceeded";
 // Of a name that is missing after `var`: no parameters are near.
 constexpr std::wstring_view kMistaken = L". Expected a parameter pattern or a ')' in parameter list";
 
@@ -56,6 +57,7 @@ class Search {
   std::optional<language::ScriptError> run() {
     const auto fault = fault_of(program_.text);
     if (!fault) return std::nullopt;
+    if (fault->message.starts_with(kTooDeep)) return of_depth();
     const std::size_t token = find_token(*fault);
     if (parts_.fault && is_first(*parts_.fault, *fault, token)) return of_text(*parts_.fault);
     if (token == kNone) return of_end(*fault);
@@ -152,6 +154,19 @@ class Search {
         fmt::format(L": the {} in line {}, column {}{} is open.", quoted(opener), place.line, place.column, of_file);
     error.causes.push_back({place, language::Cause::opener, quoted(opener), {}, {}, 0});
     return error;
+  }
+
+  // The engine tells no line. It gives up at the first token up to which the text is too deep.
+  language::ScriptError of_depth() const {
+    constexpr unsigned kMany = 100;
+    const auto fits = [&](const Token& token) {
+      const auto part = fault_of(to_utf16(std::wstring_view(text_).substr(0, token.end)));
+      return !part || !part->message.starts_with(kTooDeep);
+    };
+    const auto found = std::partition_point(parts_.all.begin(), parts_.all.end(), fits);
+    if (found == parts_.all.end()) return error_at(0, L"The script is nested too deeply.");
+    const std::wstring open = found->depth < kMany ? L"" : fmt::format(L": {} brackets are open here", found->depth);
+    return error_at(found->begin, L"The script is nested too deeply" + open + L".");
   }
 
   language::ScriptError of_text(const TextFault& fault) const {

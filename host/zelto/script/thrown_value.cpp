@@ -1,5 +1,6 @@
 #include "script/thrown_value.h"
 
+#include "script/engine.h"
 #include "script/text.h"
 
 namespace zelto::script {
@@ -10,15 +11,31 @@ std::wstring name_in(JSContextRef context, JSObjectRef object) {
   return JSValueIsString(context, name) ? message_of(context, name) : std::wstring();
 }
 
-// "{"code":5}", "Point {"x":1}"
+// What the object says that it is; nothing where that is no more than "[object Map]".
+std::wstring own_text(JSContextRef context, JSObjectRef object) {
+  const JsString text(JSValueToStringCopy(context, object, nullptr));
+  std::wstring own = text.get() ? beginning_of(text.get()) : std::wstring();
+  return own.starts_with(L"[object ") ? std::wstring() : own;
+}
+
+// "{"code":5}", "Point {"x":1}", "/[a-z]/", "the function f"
 std::wstring text_of_object(JSContextRef context, JSObjectRef object) {
   constexpr std::size_t kMost = 200;
-  const JsString json(JSValueCreateJSONString(context, object, 0, nullptr));
-  std::wstring text = json.get() ? beginning_of(json.get()) : L"an object";
-  if (text.size() > kMost) text.replace(kMost, text.npos, L"…");
   JSValueRef maker = property(context, object, "constructor");
   const std::wstring kind = JSValueIsObject(context, maker) ? name_in(context, object_of(maker)) : std::wstring();
-  const bool is_plain = kind.empty() || kind == L"Object" || kind == L"Array";
+  const bool is_of_language = !Engine::current()->classes().is_automation_object(context, object);
+  if (is_of_language && JSObjectIsFunction(context, object)) {
+    const std::wstring name = name_in(context, object);
+    return name.empty() ? L"a function" : L"the function " + name;
+  }
+  const JsString json(JSValueCreateJSONString(context, object, 0, nullptr));
+  std::wstring text = json.get() ? beginning_of(json.get()) : std::wstring();
+  if (is_of_language && (text.empty() || text == L"{}")) {
+    if (std::wstring own = own_text(context, object); !own.empty()) return own.substr(0, kMost);
+  }
+  if (text.empty()) text = L"an object";
+  if (text.size() > kMost) text.replace(kMost, text.npos, L"…");
+  const bool is_plain = !is_of_language || kind.empty() || kind == L"Object" || kind == L"Array";
   return is_plain ? text : kind + L" " + text;
 }
 

@@ -27,8 +27,6 @@ constexpr std::string_view kStyle =
     "pre{background:#f6f6f4;padding:1rem;overflow:auto}.here,.caret{background:#ffe1dc;display:block}h2{font-size:1."
     "1rem}";
 
-std::string html(std::wstring_view text) { return to_utf8(html_encode(text, kUtf8CodePage)); }
-
 std::string code_text(HRESULT number) { return fmt::format("0x{:08X}", static_cast<std::uint32_t>(number)); }
 
 std::string page(std::string_view title, std::string_view body) {
@@ -48,8 +46,8 @@ std::wstring place_text(const PageError::Template& place) {
 }
 
 std::string call_item(const PageError::Call& call) {
-  const std::string name = call.function.empty() ? "the page" : html(call.function) + "()";
-  return fmt::format("<li>{}, {}</li>\n", name, html(place_text(call.file, call.line)));
+  const std::string name = call.function.empty() ? "the page" : shown_as_html(call.function) + "()";
+  return fmt::format("<li>{}, {}</li>\n", name, shown_as_html(place_text(call.file, call.line)));
 }
 
 std::string counted(std::size_t count, std::string_view what) {
@@ -74,7 +72,7 @@ std::string call_list(const PageError& error) {
   for (std::size_t inside = 0; inside <= error.calls.size(); ++inside) {
     const bool is_last = inside == error.calls.size();
     for (; next != templates.end() && (is_last || next->calls <= inside); ++next)
-      list += fmt::format("<li><code>{}</code>, {}</li>\n", html(next->mark), html(place_text(*next)));
+      list += fmt::format("<li><code>{}</code>, {}</li>\n", shown_as_html(next->mark), shown_as_html(place_text(*next)));
     if (is_last) break;
     list += call_item(error.calls[inside]);
   }
@@ -98,13 +96,26 @@ std::string_view title_of(PageError::Cause::Kind kind) {
   return "Open";
 }
 
+// Those that the error's files may be parts of: an executed page stands nearer to its error than the one that was asked
+// for.
+std::vector<std::string> pages_of(const PageError& error, const std::string& root, std::string_view page) {
+  std::vector<std::string> pages;
+  for (const PageError::Call& call : error.calls) {
+    std::string file = root + to_utf8(call.file);
+    if (std::ranges::find(pages, file) == pages.end()) pages.push_back(std::move(file));
+  }
+  pages.push_back(root + std::string(page));
+  return pages;
+}
+
 // With its own lines, unless the error's show them as well, and functions.
-std::string cause_part(const PageError& error, const PageError::Cause& cause, const std::string& root) {
+std::string cause_part(const PageError& error, const PageError::Cause& cause, const std::string& root,
+                       const std::vector<std::string>& pages) {
   const bool is_shown = cause.file == error.file && std::abs(cause.line - error.line) <= kLinesAround;
   if (cause.file.empty() || (is_shown && cause.calls.size() < 2)) return {};
-  std::string part = fmt::format("<h2>{}: {}</h2>\n<p>{}</p>\n", title_of(cause.kind), html(cause.description),
-                                 html(place_text(cause.file, cause.line) + L":" + std::to_wstring(cause.column)));
-  if (!is_shown) part += source_excerpt(root + to_utf8(cause.file), cause.line, cause.column);
+  std::string part = fmt::format("<h2>{}: {}</h2>\n<p>{}</p>\n", title_of(cause.kind), shown_as_html(cause.description),
+                                 shown_as_html(place_text(cause.file, cause.line) + L":" + std::to_wstring(cause.column)));
+  if (!is_shown) part += source_excerpt(root + to_utf8(cause.file), cause.line, cause.column, {{}, pages});
   if (cause.calls.size() < 2) return part;
   part += "<ol>\n";
   for (const PageError::Call& call : cause.calls) part += call_item(call);
@@ -147,9 +158,9 @@ std::string template_lines(const PageError& error, const std::string& root) {
   const auto place = std::ranges::find_if(error.templates, [](const auto& each) { return each.file != kTextTemplate; });
   if (place == error.templates.end()) return {};
   const std::string file = to_utf8(place->file);
-  std::string lines = source_excerpt(root + file, place->line, place->column, place->charset);
-  if (lines.empty()) lines = source_excerpt(file, place->line, place->column, place->charset);
-  return lines.empty() ? lines : fmt::format("<h2>{}</h2>\n{}", html(place->file), lines);
+  std::string lines = source_excerpt(root + file, place->line, place->column, {place->charset, {}});
+  if (lines.empty()) lines = source_excerpt(file, place->line, place->column, {place->charset, {}});
+  return lines.empty() ? lines : fmt::format("<h2>{}</h2>\n{}", shown_as_html(place->file), lines);
 }
 
 // Marks are the template's author's, and as long as he likes.
@@ -167,37 +178,38 @@ std::string templates_line(const PageError& error) {
 
 }  // namespace
 
-std::string debug_error_page(const PageError& error, const std::string& root, std::string_view target,
-                             std::string_view foot) {
-  std::string body = fmt::format("<h1>{}</h1>\n<dl>", html(error.description));
+std::string debug_error_page(const PageError& error, const std::string& root, std::string_view page_path,
+                             std::string_view target, std::string_view foot) {
+  const std::vector<std::string> pages = pages_of(error, root, page_path);
+  std::string body = fmt::format("<h1>{}</h1>\n<dl>", shown_as_html(error.description));
   const auto row = [&body](std::string_view name, const std::string& value) {
     if (!value.empty()) body += fmt::format("<dt>{}</dt><dd>{}</dd>\n", name, value);
   };
   for (const PageError::Cause& cause : error.causes) {
     if (cause.kind == PageError::Cause::opener) continue;
-    const std::string text = html(cause.description + other_place(error, cause));
+    const std::string text = shown_as_html(cause.description + other_place(error, cause));
     row(cause.kind == PageError::Cause::part ? "Part" : "Cause", indented(text, cause.depth));
   }
   if (error.more_causes > 0) row("Causes", fmt::format("and {} more", error.more_causes));
-  row("Source", html(error.source));
+  row("Source", shown_as_html(error.source));
   row("Code", code_text(error.number));
-  row("Request", html(to_wide(target)));
+  row("Request", shown_as_html(to_wide(target)));
   if (!error.templates.empty()) {
-    row("Template", html(place_text(error.templates.front())));
-    row("Mark", "<code>" + html(error.templates.front().mark) + "</code>");
+    row("Template", shown_as_html(place_text(error.templates.front())));
+    row("Mark", "<code>" + shown_as_html(error.templates.front().mark) + "</code>");
   }
-  row("File", html(error.file));
+  row("File", shown_as_html(error.file));
   if (error.line > 0) row("Line", std::to_string(error.line));
   if (error.line > 0 && error.column > 0) row("Column", std::to_string(error.column));
   body += "</dl>\n";
   const std::string drawn = template_lines(error, root);
   body += drawn;
   if (!error.file.empty() && error.line > 0) {
-    if (!drawn.empty()) body += fmt::format("<h2>{}</h2>\n", html(error.file));
-    body += source_excerpt(root + to_utf8(error.file), error.line, error.column);
+    if (!drawn.empty()) body += fmt::format("<h2>{}</h2>\n", shown_as_html(error.file));
+    body += source_excerpt(root + to_utf8(error.file), error.line, error.column, {{}, pages});
   }
   body += call_list(error);
-  for (const PageError::Cause& cause : error.causes) body += cause_part(error, cause, root);
+  for (const PageError::Cause& cause : error.causes) body += cause_part(error, cause, root, pages);
   body += foot;
   return page("Error in a page", body);
 }

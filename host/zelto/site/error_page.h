@@ -11,8 +11,8 @@ namespace zelto {
 // For the author: message, source, code, what was asked for, the mark that failed in a template, file and line, the
 // lines around both, which are read below the site's root, and the marks and functions that were running; then the
 // foot, in HTML.
-std::string debug_error_page(const PageError& error, const std::string& root, std::string_view target,
-                             std::string_view foot);
+std::string debug_error_page(const PageError& error, const std::string& root, std::string_view page_path,
+                             std::string_view target, std::string_view foot);
 // For everybody else: the status, as in "500 Internal Server Error", and by what the log knows it.
 std::string plain_error_page(std::string_view status, std::string_view reference);
 

@@ -19,8 +19,6 @@ namespace {
 constexpr std::size_t kLongestText = 200;          // characters of a value or statement
 constexpr std::size_t kLongestStatement = 16'384;  // of the one that failed
 
-std::string html(std::wstring_view text) { return to_utf8(html_encode(text, kUtf8CodePage)); }
-
 struct Words {
   std::wstring holder;  // of the value
   bool must_be_there;
@@ -156,7 +154,7 @@ std::wstring PageNotes::charset_of(std::string_view file) const {
 
 void PageNotes::on_statement(std::wstring_view sql, Clock::duration took) noexcept try {
   if (statements_.size() < kMostStatements)
-    statements_.push_back(row(fmt::format("<code>{}</code>, {}", html(shortened(sql)), milliseconds(took))));
+    statements_.push_back(row(fmt::format("<code>{}</code>, {}", shown_as_html(shortened(sql)), milliseconds(took))));
   else
     ++more_statements_;
 } catch (...) {
@@ -168,9 +166,9 @@ void PageNotes::on_refused(std::wstring_view sql, const std::vector<std::wstring
   refused_statement_.clear();
   refused_ = error;
   std::string statement =
-      fmt::format("<h2>The statement</h2>\n<pre>{}</pre>\n", html(sql.substr(0, kLongestStatement)));
+      fmt::format("<h2>The statement</h2>\n<pre>{}</pre>\n", shown_as_html(sql.substr(0, kLongestStatement)));
   std::string values;
-  for (const std::wstring& value : parameters) values += row(html(value));
+  for (const std::wstring& value : parameters) values += row(shown_as_html(value));
   if (!values.empty()) statement += fmt::format("<h2>Its parameters</h2>\n<ol>\n{}</ol>\n", values);
   refused_statement_ = std::move(statement);
 } catch (...) {
@@ -192,7 +190,7 @@ void PageNotes::add_bag(std::wstring_view page, IUnknown* bag) {
   bags_.emplace_back(page, text_of(*dictionary.get()));
 }
 
-void PageNotes::add_console(std::string_view line) { console_ += row(html(to_wide(line))); }
+void PageNotes::add_console(std::string_view line) { console_ += row(shown_as_html(to_wide(line))); }
 
 void PageNotes::end_phase(std::string_view name) {
   const Clock::time_point now = Clock::now();
@@ -208,24 +206,24 @@ std::string PageNotes::warning(std::string_view page) const {
 
 std::string PageNotes::panel(VariantStore* session) const {
   std::string slips;
-  for (const std::wstring& slip : slips_) slips += row(html(slip));
+  for (const std::wstring& slip : slips_) slips += row(shown_as_html(slip));
   if (more_slips_ > 0) slips += row(more_slips());
   std::string templates;
   for (const auto& [file, charset, times] : templates_)
-    templates += row(html(to_wide(file)) + (times > 1 ? fmt::format(", {} times", times) : std::string()));
+    templates += row(shown_as_html(to_wide(file)) + (times > 1 ? fmt::format(", {} times", times) : std::string()));
   std::string phases;
   for (const auto& [name, took] : phases_) phases += row(fmt::format("{}: {}", name, milliseconds(took)));
   std::string statements;
   for (const std::string& each : statements_) statements += each;
   if (more_statements_ > 0) statements += row(fmt::format("and {} more", more_statements_));
   std::string bags;
-  for (const auto& [name, items] : bags_) bags += row(html(fmt::format(L"{}: {}", name, items)));
+  for (const auto& [name, items] : bags_) bags += row(shown_as_html(fmt::format(L"{}: {}", name, items)));
   std::string values;
   std::vector<std::wstring> names;
   if (session && SUCCEEDED(session->names(names))) {
     for (const std::wstring& name : names) {
       CComVariant value;
-      if (SUCCEEDED(session->get(name, &value))) values += row(html(name + L": " + text_of(value)));
+      if (SUCCEEDED(session->get(name, &value))) values += row(shown_as_html(name + L": " + text_of(value)));
     }
   }
   return section("Warnings", slips) + section("Console", console_) + section("Templates", templates) +

@@ -331,8 +331,8 @@ void PageRun::answer_error(const PageError& error) {
     response.cache_control = "no-store";
   }
   if (notes_)
-    write_html(debug_error_page(error, site_.root(), page_->request.http().target,
-                                notes_->refused(error) + notes_->panel(session_.state().get())));
+    write_html(debug_error_page(error, site_.root(), page_->request.place().virtual_path,
+                                page_->request.http().target, notes_->refused(error) + notes_->panel(session_.state().get())));
   else if (begins)
     response.write_bytes(plain_error_page(status_line(status), error.reference));
   else if (base::equal_ascii(response.content_type, "text/html"))

@@ -14,6 +14,7 @@
 #include "pages/directive.h"
 #include "pages/source_file.h"
 #include "text/cell_width.h"
+#include "text/characters.h"
 #include "text/charset.h"
 #include "text/html.h"
 
@@ -26,8 +27,7 @@ constexpr std::size_t kNumberWidth = 7;  // of a line's number and the blanks af
 constexpr std::size_t kLongest = 240;    // characters of a line
 constexpr std::size_t kBefore = 120;     // of them, in front of the column
 constexpr std::wstring_view kCut = L"…";
-
-std::string html(std::wstring_view text) { return to_utf8(html_encode(text, kUtf8CodePage)); }
+constexpr wchar_t kReplacement = 0xFFFD;  // what decoding puts in place of bytes that are no character
 
 // Takes a line from the text, which ends as files of any system have it.
 std::wstring_view take_line(std::wstring_view& text) {
@@ -54,6 +54,18 @@ Part part_of(std::wstring_view line, LONG column) {
   if (begin + kLongest < line.size()) part.text += kCut;
   if (part.column > 0 && begin > 0) part.column -= begin - kCut.size();
   return part;
+}
+
+// The same with escapes for what turns the direction of writing.
+Part with_escapes(const Part& part) {
+  Part shown{{}, part.column};
+  for (std::size_t i = 0; i < part.text.size(); ++i) {
+    const wchar_t c = part.text[i];
+    const std::string escape(direction_escape(to_utf8({&c, 1})));
+    shown.text += escape.empty() ? std::wstring(1, c) : to_wide(escape);
+    if (!escape.empty() && i + 1 < part.column) shown.column += escape.size() - 1;
+  }
+  return shown;
 }
 
 // A line under the wanted one: a tab stands under a tab, and what is twice as wide under what is.
@@ -84,25 +96,37 @@ std::wstring text_in_charset(const std::string& physical, std::wstring_view char
   return is_read ? std::wstring(text.view()) : std::wstring();
 }
 
-std::wstring text_of_file(const std::string& physical, std::wstring_view charset) {
+// Which page has included a file is not known: a file that is UTF-8 is read as such.
+LONG code_page_of(const std::string& bytes, const std::vector<std::string>& pages) {
+  if (const auto own = pages::written_code_page(bytes)) return *own;
+  if (to_wide(bytes).find(kReplacement) == std::wstring::npos) return kUtf8CodePage;
+  for (const std::string& page : pages) {
+    const auto source = pages::read_source(page);
+    if (const auto code_page = source ? pages::written_code_page(source->bytes) : std::nullopt) return *code_page;
+  }
+  return kUtf8CodePage;
+}
+
+std::wstring text_of_file(const std::string& physical, const SourceReading& reading) {
+  const std::wstring_view charset = reading.charset;
   if (std::wstring text = charset.empty() ? L"" : text_in_charset(physical, charset); !text.empty()) return text;
   const auto source = pages::read_source(physical);
   if (!source) return {};
-  return pages::decode_source(source->bytes, pages::code_page_of_source(source->bytes));
+  return pages::decode_source(source->bytes, code_page_of(source->bytes, reading.pages));
 }
 
 }  // namespace
 
-std::string source_excerpt(const std::string& physical, LONG line, LONG column, std::wstring_view charset) {
+std::string source_excerpt(const std::string& physical, LONG line, LONG column, const SourceReading& reading) {
   if (line < 1) return {};
-  const std::wstring decoded = text_of_file(physical, charset);
+  const std::wstring decoded = text_of_file(physical, reading);
   std::wstring_view text = decoded;
   std::string lines;
   for (LONG number = 1; number <= line + kLinesAround && !text.empty(); ++number) {
     const std::wstring_view each = take_line(text);
     if (number < line - kLinesAround) continue;
-    const Part part = part_of(each, number == line ? column : 0);
-    const std::string row = fmt::format("{:5}  {}", number, html(part.text));
+    const Part part = with_escapes(part_of(each, number == line ? column : 0));
+    const std::string row = fmt::format("{:5}  {}", number, shown_as_html(part.text));
     lines += number == line ? "<span class=\"here\">" + row + "</span>" + caret_line(part) : row + "\n";
   }
   return lines.empty() ? lines : "<pre>" + lines + "</pre>";

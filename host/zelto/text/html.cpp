@@ -11,6 +11,7 @@
 #include <bit>
 #include <string>
 
+#include "text/characters.h"
 #include "text/charset.h"
 
 namespace zelto {
@@ -117,6 +118,18 @@ std::string html_bytes(std::string_view html, LONG code_page) {
       text += L"&#" + std::to_wstring(static_cast<char32_t>(c)) + L";";
   }
   return encode(code_page, text);
+}
+
+std::string shown_as_html(std::wstring_view text) {
+  const std::string html = to_utf8(html_encode(text, kUtf8CodePage));
+  std::string shown;
+  for (std::size_t at = 0; at < html.size();) {
+    const std::string_view rest = std::string_view(html).substr(at);
+    const std::string_view escape = direction_escape(rest);
+    shown += escape.empty() ? rest.substr(0, 1) : escape;
+    at += escape.empty() ? 1 : rest.front() == '\xD8' ? 2 : 3;
+  }
+  return shown;
 }
 
 }  // namespace zelto

@@ -40,6 +40,13 @@ TEST_F(ScriptErrors, ThatAreNoneHaveTheirWordsAndPlace) {
       {"'text'", "text"},
       {"new (class Fault { constructor() { this.code = 5 } })", "The script threw Fault {\"code\":5}."},
       {"[1, 2]", "The script threw [1,2]."},
+      {"/re/g", "The script threw /re/g."},
+      {"function named() {}", "The script threw the function named."},
+      {"() => 1", "The script threw a function."},
+      {"{ toString() { return 'its own' } }", "The script threw its own."},
+      {"new Map", "The script threw Map {}."},
+      {"{ source: 's', name: 'n' }", "The script threw {\"source\":\"s\",\"name\":\"n\"}."},
+      {"Server", "The script threw an object."},
   };
   for (const auto& row : kRows) {
     EXPECT_EQ(std::string("/page.asp:3: ") + row.words + " (0x80004005)",
@@ -212,6 +219,27 @@ TEST_F(ScriptErrors, SayTheirCodeOnceAndNoSourceThatIsEmpty) {
 // Read from the right, a line told of another page.
 TEST_F(ScriptErrors, TurnNoLineOfTheLog) {
   EXPECT_EQ("/page.asp:1: a\\u202Eb\\u2066 (Error, 0x80004005)", told("<% throw new Error('a\\u202Eb\\u2066') %>"));
+}
+
+// The lines of the page were another matter: there the characters did what they do.
+TEST_F(ScriptErrors, ShowWhatTurnsTheDirectionOfWriting) {
+  told("<%\n// \u061Ca\u202E\nvar x = '\u202E\u2066'; throw new Error('m\u202E') %>");
+  for (const char* piece :
+       {"<h1>m\\u202E</h1>", "    2  // \\u061Ca\\u202E\n",
+        "    3  var x = '\\u202E\\u2066'; throw new Error('m\\u202E') %&gt;</span><span class=\"caret\">       "
+        "                             "})
+    EXPECT_TRUE(has(shown, piece)) << piece << shown;
+}
+
+// An include has no directive of its own: its lines were read as UTF-8.
+TEST_F(ScriptErrors, ShowTheLinesOfAnIncludeInTheCodePageOfItsPage) {
+  folder.write("old.inc", "<% function f() {\n  var s = '\xE4\xF6'; null.x }\n%>");
+  told("<%@ CodePage=1252 %><!--#include file=\"old.inc\"--><% f() %>");
+  EXPECT_TRUE(has(shown, "    2    var s = '\u00E4\u00F6'; null.x }</span>")) << shown;
+  folder.write("new.inc", "<% function f() {\n  var s = '\u00E4'; null.x }\n%>");
+  folder.write("child.asp", "<!--#include file=\"new.inc\"--><% f() %>");
+  told("<%@ CodePage=1252 %><% Server.Execute('child.asp') %>");
+  EXPECT_TRUE(has(shown, "    2    var s = '\u00E4'; null.x }</span>")) << shown;
 }
 
 TEST_F(ScriptErrors, OfATextThatIsTooLongNameTheLimits) {

@@ -153,6 +153,21 @@ TEST_F(SyntaxErrors, ShowAPartOfALongLine) {
   EXPECT_TRUE(has(sink.body, "<span class=\"caret\">" + std::string(7 + 120, ' ') + "^</span>")) << sink.body;
 }
 
+// "Maximum call stack size exceeded." was told, of no line. How deep the engine can go is its own affair.
+TEST_F(SyntaxErrors, OfAScriptThatIsNestedTooDeeplyHaveAPlace) {
+  const auto repeat = [](std::string_view piece, int times) {
+    std::string text;
+    for (int i = 0; i < times; ++i) text += piece;
+    return text;
+  };
+  const std::string brackets = failed("<%\nvar ok;\nvar x = " + repeat("[", 20'000) + repeat("]", 20'000) + "; %>");
+  EXPECT_TRUE(log[0].starts_with("/page.asp:3: The script is nested too deeply: ")) << log[0];
+  EXPECT_TRUE(log[0].ends_with(" brackets are open here. (SyntaxError, 0x80004005)")) << log[0];
+  EXPECT_TRUE(has(brackets, "<span class=\"here\">    3  …[[[")) << brackets;
+  failed("<%\nvar ok;\n" + repeat("if (ok) ", 20'000) + "; %>");
+  EXPECT_EQ("/page.asp:3: The script is nested too deeply. (SyntaxError, 0x80004005)", log[0]);
+}
+
 TEST_F(SyntaxErrors, OfThePageItselfHaveTheirColumn) {
   const MemorySink sink = run("x\n <%= %>\n", "");
   EXPECT_TRUE(has(sink.body, "<dt>Column</dt><dd>5</dd>")) << sink.body;
