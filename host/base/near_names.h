@@ -17,8 +17,8 @@ inline constexpr std::size_t kShortestMistypedName = 3;
 // the other; letter case does not count.
 std::size_t name_distance(std::wstring_view a, std::wstring_view b);
 
-// The name that is nearest to the wanted one; empty when none differs in at most a third of its letters: in one of three
-// or four, two of five to seven.
+// The name that is nearest to the wanted one; empty when none differs in at most a third of its letters: in one of
+// three or four, two of five to seven.
 std::wstring nearest_name(const std::vector<std::wstring>& names, std::wstring_view wanted);
 
 // "did you mean 'serve'?", or nothing for no name.

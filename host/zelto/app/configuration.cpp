@@ -56,8 +56,7 @@ void read_site(const ConfigurationFile& file, SiteOptions& site) {
   }
   const auto protect = file.texts("protect").value_or(std::vector<std::string>());
   const auto add = [&site](const std::string& name) { return site.files.protected_names.add(name); };
-  if (!std::ranges::all_of(protect, add))
-    file.refuse("protect", "takes \"folder/\", \"*.extension\" or \"file\"");
+  if (!std::ranges::all_of(protect, add)) file.refuse("protect", "takes \"folder/\", \"*.extension\" or \"file\"");
 }
 
 void read_listen(const ConfigurationFile& file, ServerOptions& server) {

@@ -179,10 +179,9 @@ toml::table parse(const std::string& name, Faults* faults) {
 }  // namespace
 
 WrongConfiguration::WrongConfiguration(const std::string& name, Faults found)
-    : WrongUse(plain_line(fmt::format("{}:{}: {}{}", name, found.front().line, found.front().text,
-                                      found.size() == 1
-                                          ? ""
-                                          : fmt::format(" (and {} more: zelto check tells them)", found.size() - 1)))),
+    : WrongUse(plain_line(fmt::format(
+          "{}:{}: {}{}", name, found.front().line, found.front().text,
+          found.size() == 1 ? "" : fmt::format(" (and {} more: zelto check tells them)", found.size() - 1)))),
       faults(std::move(found)) {}
 
 class ConfigurationFile::Impl {
@@ -191,15 +190,14 @@ class ConfigurationFile::Impl {
 
   void refuse(std::string_view key, std::string_view what) {
     const toml::node* const value = table.get(key);
-    faults.push_back(fault_at(value->source().begin, fmt::format("{} {}; a right one is {}", key, what,
-                                                                 find_key(key)->value)));
+    faults.push_back(
+        fault_at(value->source().begin, fmt::format("{} {}; a right one is {}", key, what, find_key(key)->value)));
   }
   void refuse_type(std::string_view key) { refuse(key, "has a value of the wrong type"); }
   void refuse_unknown(const toml::key& key, const toml::node& value) {
     std::string what;
     if (value.is_table() || value.is_array_of_tables()) {
-      what =
-          fmt::format("is a table, and this file has none; a right line is {} = {}", kKeys[1].name, kKeys[1].value);
+      what = fmt::format("is a table, and this file has none; a right line is {} = {}", kKeys[1].name, kKeys[1].value);
     } else {
       std::vector<std::string> known;
       known.reserve(kKeys.size());

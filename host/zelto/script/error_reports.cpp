@@ -136,8 +136,7 @@ bool ErrorReports::tell(ScriptError words, language::Cause::Kind kind, Telling* 
     ++telling->error->more_causes;
     return false;
   }
-  telling->error->causes.push_back(
-      {{}, kind, std::move(words.message), std::move(words.source), {}, telling->depth});
+  telling->error->causes.push_back({{}, kind, std::move(words.message), std::move(words.source), {}, telling->depth});
   return true;
 }
 
@@ -210,8 +209,8 @@ ScriptError ErrorReports::place_of(JSValueRef exception) const {
 }
 
 // Between the functions that were running: an error that comes out of a mark has all places so far, and is raised in
-// the function that drew the template, which has fewer functions around it than the cause that it had inside. Marks that
-// only a cause has come out of were inside of all functions.
+// the function that drew the template, which has fewer functions around it than the cause that it had inside. Marks
+// that only a cause has come out of were inside of all functions.
 void ErrorReports::add_places(JSValueRef exception, std::size_t placed_by, ScriptError* error) const {
   std::vector<std::pair<std::size_t, std::size_t>> links;  // places and functions
   for (CauseChain chain(context_, exception); chain.link(); chain.advance()) {

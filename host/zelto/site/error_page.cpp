@@ -72,7 +72,8 @@ std::string call_list(const PageError& error) {
   for (std::size_t inside = 0; inside <= error.calls.size(); ++inside) {
     const bool is_last = inside == error.calls.size();
     for (; next != templates.end() && (is_last || next->calls <= inside); ++next)
-      list += fmt::format("<li><code>{}</code>, {}</li>\n", shown_as_html(next->mark), shown_as_html(place_text(*next)));
+      list +=
+          fmt::format("<li><code>{}</code>, {}</li>\n", shown_as_html(next->mark), shown_as_html(place_text(*next)));
     if (is_last) break;
     list += call_item(error.calls[inside]);
   }
@@ -113,8 +114,9 @@ std::string cause_part(const PageError& error, const PageError::Cause& cause, co
                        const std::vector<std::string>& pages) {
   const bool is_shown = cause.file == error.file && std::abs(cause.line - error.line) <= kLinesAround;
   if (cause.file.empty() || (is_shown && cause.calls.size() < 2)) return {};
-  std::string part = fmt::format("<h2>{}: {}</h2>\n<p>{}</p>\n", title_of(cause.kind), shown_as_html(cause.description),
-                                 shown_as_html(place_text(cause.file, cause.line) + L":" + std::to_wstring(cause.column)));
+  std::string part =
+      fmt::format("<h2>{}: {}</h2>\n<p>{}</p>\n", title_of(cause.kind), shown_as_html(cause.description),
+                  shown_as_html(place_text(cause.file, cause.line) + L":" + std::to_wstring(cause.column)));
   if (!is_shown) part += source_excerpt(root + to_utf8(cause.file), cause.line, cause.column, {{}, pages});
   if (cause.calls.size() < 2) return part;
   part += "<ol>\n";

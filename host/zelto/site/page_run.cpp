@@ -175,8 +175,8 @@ void PageRun::run_script(const LoadedPage& loaded) {
     case script::Outcome::timed_out:
       fail_at_limit(E_ABORT,
                     fmt::format(L"The page took longer than the site allows. Its limit is {} s: script_timeout, or "
-                                L"Server.ScriptTimeout where that is more.",
-                                script_timeout()),
+                                L"Server.ScriptTimeout where that is more.{}",
+                                script_timeout(), words_without_place(outcome.error)),
                     outcome.error);
       return;
     case script::Outcome::out_of_memory:
@@ -331,8 +331,8 @@ void PageRun::answer_error(const PageError& error) {
     response.cache_control = "no-store";
   }
   if (notes_)
-    write_html(debug_error_page(error, site_.root(), page_->request.place().virtual_path,
-                                page_->request.http().target, notes_->refused(error) + notes_->panel(session_.state().get())));
+    write_html(debug_error_page(error, site_.root(), page_->request.place().virtual_path, page_->request.http().target,
+                                notes_->refused(error) + notes_->panel(session_.state().get())));
   else if (begins)
     response.write_bytes(plain_error_page(status_line(status), error.reference));
   else if (base::equal_ascii(response.content_type, "text/html"))

@@ -254,8 +254,9 @@ TEST_F(Configuration, TellsAllThatIsWrongWithItsPlace) {
   EXPECT_EQ((std::vector<std::string>{"2:1 Error"}), faults("protect = [\nworkers = 3\ndebug = 5\n"));
   EXPECT_EQ((std::vector<std::string>{"1:13 Error"}), faults("protect = [foo,\n\"a\"]\ndebug = 5\n"));
   EXPECT_EQ(std::vector<std::string>(), faults("workers = 3\n"));
-  EXPECT_EQ(command.site + "/zelto.toml:1: foo is not known; zelto serve --help lists what is (and 1 more: zelto check "
-                           "tells them)",
+  EXPECT_EQ(command.site +
+                "/zelto.toml:1: foo is not known; zelto serve --help lists what is (and 1 more: zelto check "
+                "tells them)",
             problem("foo = 1\nbar = 2"));
 }
 

@@ -171,13 +171,16 @@ constexpr Row kPlaces[] = {
     {L"a[0] = b; a.b[c] = d; f()[1] = 2; x\n[1] = 2; let = {}", nullptr},
     {L"class A { [k] = function() {}; static [k] = 1; x; [l] = class {} }", nullptr},
     {L"const c = 1; function f() { c = 2; if (d) c++; else c(); d = c; e.c = 1 }",
-     L"const c = 1; function f() { if($zelto_never);else c = 2; if (d) if($zelto_never);else c++; else c(); d = c; e.c = "
+     L"const c = 1; function f() { if($zelto_never);else c = 2; if (d) if($zelto_never);else c++; else c(); d = c; e.c "
+     L"= "
      L"1 }"},
-    {L"do a(); while (b) while (c) d()", L"if($zelto_never);else do a(); while (b) if($zelto_never);else while (c) d()"},
+    {L"do a(); while (b) while (c) d()",
+     L"if($zelto_never);else do a(); while (b) if($zelto_never);else while (c) d()"},
     {L"do do a\nwhile (b)\nwhile (c); while (d);",
      L"if($zelto_never);else do if($zelto_never);else do a\nwhile (b)\nwhile (c); if($zelto_never);else while (d);"},
     {L"do if (a) while (b) c(); else l: for (;;) d(); while (e)",
-     L"if($zelto_never);else do if (a) if($zelto_never);else while (b) c(); else if($zelto_never);else l: for (;;) d(); "
+     L"if($zelto_never);else do if (a) if($zelto_never);else while (b) c(); else if($zelto_never);else l: for (;;) "
+     L"d(); "
      L"while (e)"},
     {L"do try { while (a) b() } catch { } finally { } while (c) do switch (d) { case 1: } while (e)",
      L"if($zelto_never);else do try { if($zelto_never);else while (a) b() } catch { } finally { } while (c) "

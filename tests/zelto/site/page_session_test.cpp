@@ -133,6 +133,25 @@ TEST_F(PageSession, AnswersBusyWhenEverySessionIsInUse) {
   EXPECT_EQ("3", body(count));
 }
 
+TEST_F(PageSession, TellsWhereItWasRefused) {
+  options.session_limit = 1;
+  body("<% Session('n') = 1; %>");
+  const zelto::SessionHold used = site().sessions().open(cookie.substr(cookie.find('=') + 1));
+  folder.write("child.asp", "<%\nvar id = Session.SessionID; %>");
+  constexpr struct {
+    const char* page;
+    const char* place;
+  } kRows[] = {{"<%\nvar id = Session.SessionID; %>", "/page.asp:2: "},
+               {"<% Server.Execute('child.asp') %>", "/child.asp:2: "},
+               {"<% Server.Transfer('child.asp') %>", "/child.asp:2: "}};
+  for (const auto& row : kRows) {
+    log.clear();
+    EXPECT_EQ(503, run(row.page, "").head.status) << row.page;
+    ASSERT_EQ(1u, log.size()) << row.page;
+    EXPECT_TRUE(log[0].starts_with(row.place)) << log[0];
+  }
+}
+
 TEST_F(PageSession, AnswersBusyWhenTheSessionIsHeldForTooLong) {
   options.session_patience = std::chrono::seconds(0);
   body("<% Session('a') = 1; %>");

@@ -175,9 +175,10 @@ TEST_F(ScriptErrors, OutOfAMarkHaveTheirOwnPlaceAndTheirCauseItsOwn) {
                             "<li>the page, /page.asp:2</li>\n</ol>",
                             "<ol>\n<li>deep(), /page.asp:3</li>\n<li>OnDraw_a(), /page.asp:4</li>\n"})
     EXPECT_TRUE(has(shown, piece)) << piece << shown;
-  EXPECT_EQ("/page.asp:3: outer; caused by: deep (/page.asp:4); in (text):1:1 (#%a#) (Error, 0x80004005)",
-            told("<% var m = Server.CreateObject('Mirt'); m.Script = this;\ntry { m.ProcessTemplate('(#%a#)') } catch "
-                 "(e) {\nthrow new Error('outer', { cause: e }) }\nfunction OnDraw_a() { throw new Error('deep') } %>"));
+  EXPECT_EQ(
+      "/page.asp:3: outer; caused by: deep (/page.asp:4); in (text):1:1 (#%a#) (Error, 0x80004005)",
+      told("<% var m = Server.CreateObject('Mirt'); m.Script = this;\ntry { m.ProcessTemplate('(#%a#)') } catch "
+           "(e) {\nthrow new Error('outer', { cause: e }) }\nfunction OnDraw_a() { throw new Error('deep') } %>"));
   EXPECT_TRUE(has(shown, "<ol>\n<li><code>(#%a#)</code>, (text):1:1</li>\n<li>the page, /page.asp:3</li>\n</ol>"))
       << shown;
 }
@@ -247,6 +248,16 @@ TEST_F(ScriptErrors, OfATextThatIsTooLongNameTheLimits) {
       "/page.asp:2: Out of memory: a text has 2147483647 characters at most, and what a page takes is limited by "
       "script_memory (RangeError, 0x800A0007)",
       told("<%\nfor (var s = 'text';;) s += s %>"));
+}
+
+// The engine seldom looks at its clock while the function runs.
+TEST_F(ScriptErrors, AtALimitBetweenPromisesSayThatOrTheLine) {
+  options.script_timeout = std::chrono::seconds(1);
+  const std::string line = told("<%\nasync function f() { for (;;) await null }\nf() %>");
+  EXPECT_TRUE(line.starts_with("/page.asp:2: The page took longer ") ||
+              (line.starts_with("/page.asp: The page took longer ") &&
+               has(line, " It went from one job of its promises to the next. (Server, ")))
+      << line;
 }
 
 TEST_F(ScriptErrors, AtALimitShowTheLoopThatRan) {

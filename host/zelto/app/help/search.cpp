@@ -24,7 +24,8 @@ bool matches(std::string_view written, std::string_view name) {
   if (!written.ends_with("_NAME")) return false;
   written.remove_suffix(kAny.size());
   // One in capitals is looked for as it is: "script_timeot" is no "SCRIPT_NAME".
-  if (std::ranges::none_of(written, [](char c) { return base::ascii_upper(c) != c; }) && !name.starts_with(written)) return false;
+  if (std::ranges::none_of(written, [](char c) { return base::ascii_upper(c) != c; }) && !name.starts_with(written))
+    return false;
   return name.size() > written.size() && base::equal_ascii(name.substr(0, written.size()), written);
 }
 
