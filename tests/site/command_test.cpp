@@ -135,6 +135,8 @@ TEST_F(Command, SaysWhatWasMeant) {
       {{"run", "a.asp", "--site", "/usr/include"}, "--site: 'a.asp' does not lie in '/usr/include'"},
       {{"serve", ".", "--body-limit", "16XB"},
        "--body-limit: '16XB' is not a size; a right one is 16MiB (zelto serve --help tells what there is)"},
+      {{"serve", ".", "--workers"}, "--workers takes NUMBER (zelto serve --help tells what there is)"},
+      {{"run", "a.asp", "b.asp", "c.asp"}, "there is no use for 'b.asp' (zelto run --help tells what there is)"},
       {{"serve", ".", "--debug=5"}, "--debug takes no value (zelto serve --help tells what there is)"},
       {{"check", "--json=yes"}, "--json takes no value (zelto check --help tells what there is)"},
       {{"help", "script_timeot"}, "the documents say nothing about 'script_timeot'; did you mean 'script_timeout'?"},

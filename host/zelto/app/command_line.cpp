@@ -63,6 +63,15 @@ std::string failure_message(const CLI::App* app, const CLI::Error& error) {
   } else if (!unknown.empty() && command == app) {
     for (const CLI::App* one : app->get_subcommands(nullptr)) known.push_back(one->get_name());
     says = "there is no command '" + unknown.front() + "'";
+  } else if (!unknown.empty()) {
+    says = "there is no use for '" + unknown.front() + "'";
+  }
+  // "--workers: 1 required NUMBER missing"
+  constexpr std::string_view kRequired = ": 1 required ";
+  constexpr std::string_view kMissing = " missing";
+  if (const std::size_t at = says.find(kRequired); at != std::string::npos && says.ends_with(kMissing)) {
+    says.resize(says.size() - kMissing.size());
+    says.replace(at, kRequired.size(), " takes ");
   }
   if (const std::size_t end = says.find(" was given a disallowed flag override"); end != std::string::npos)
     says = "--" + says.substr(0, end) + " takes no value";

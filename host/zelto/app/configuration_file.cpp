@@ -91,7 +91,7 @@ using Faults = std::vector<ConfigurationFault>;
 
 int to_int(std::size_t number) { return static_cast<int>(number); }
 
-ConfigurationFault fault_at(const toml::source_position& place, std::string text) {
+ConfigurationFault fault_at(const toml::source_position& place, const std::string& text) {
   return {to_int(place.line), to_int(place.column), plain_line(text)};
 }
 

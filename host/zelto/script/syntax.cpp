@@ -233,9 +233,25 @@ class Search {
     return error;
   }
 
+  // What the engine does not say of words that a page may not use where it does.
+  std::wstring_view rule_of(std::size_t token) const {
+    const auto is = [this](std::size_t i, std::wstring_view word) {
+      return i < parts_.all.size() &&
+             text_.compare(parts_.all[i].begin, parts_.all[i].end - parts_.all[i].begin, word) == 0;
+    };
+    if (token > 0 && is(token - 1, L"await")) return L": await stands in async functions only";
+    if (is(token, L"export") || is(token, L"import") || (token > 0 && is(token - 1, L"import")))
+      return L": a page is no module, and has no import and export";
+    return {};
+  }
+
   language::ScriptError of_token(std::wstring message, std::size_t token) const {
     const std::size_t at = parts_.all[token].begin;
     const std::size_t opener = open_at(token);
+    if (const std::wstring_view rule = rule_of(token); !rule.empty()) {
+      message.resize(std::min({message.find(L". "), message.size() - message.ends_with(L'.'), message.size()}));
+      return error_at(at, message + std::wstring(rule) + L".");
+    }
     if (message == kNoWords) message = L"Unexpected '" + text_.substr(at, parts_.all[token].end - at) + L"'";
     if (opener == kNone || text_[opener] != L'(') message.resize(std::min(message.find(kMistaken), message.size()));
     const std::size_t expected = message.find(L". Expected ");

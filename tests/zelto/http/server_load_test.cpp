@@ -188,7 +188,7 @@ TEST(ServerLoad, AnswerManyAtOnceEachWithItsOwn) {
   constexpr std::size_t kClients = 30;
   std::vector<std::unique_ptr<Client>> clients;
   for (std::size_t i = 0; i < kClients; ++i) clients.push_back(std::make_unique<Client>(test.port()));
-  for (int round = 0; round < 30; ++round) {
+  for (std::size_t round = 0; round < 30; ++round) {
     for (std::size_t i = 0; i < kClients; ++i) {
       clients[i]->send("GET /kind?known&" + std::to_string(round * 100 + i) + " HTTP/1.1\r\n" + kHost + "\r\n");
     }

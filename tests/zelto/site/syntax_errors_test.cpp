@@ -153,6 +153,19 @@ TEST_F(SyntaxErrors, ShowAPartOfALongLine) {
   EXPECT_TRUE(has(sink.body, "<span class=\"caret\">" + std::string(7 + 120, ' ') + "^</span>")) << sink.body;
 }
 
+// "Unexpected identifier 'Promise'" alone helps nobody.
+TEST_F(SyntaxErrors, OfWordsThatAPageMayNotUseThereSayTheRule) {
+  constexpr Row kRows[] = {
+      {"<%\nvar a = await Promise.resolve(1) %>",
+       "/page.asp:2: Unexpected identifier 'Promise': await stands in async functions only.", "15"},
+      {"<%\nimport x from 'y' %>",
+       "/page.asp:2: Unexpected identifier 'x': a page is no module, and has no import and export.", "8"},
+      {"<%\nexport default 1 %>",
+       "/page.asp:2: Unexpected keyword 'export': a page is no module, and has no import and export.", "1"},
+  };
+  expect(kRows);
+}
+
 // "Maximum call stack size exceeded." was told, of no line. How deep the engine can go is its own affair.
 TEST_F(SyntaxErrors, OfAScriptThatIsNestedTooDeeplyHaveAPlace) {
   const auto repeat = [](std::string_view piece, int times) {
