@@ -52,9 +52,4 @@ PageError page_error(const language::ScriptError& error, const Site& site) {
   return made;
 }
 
-const wchar_t* words_without_place(const std::optional<language::ScriptError>& error) {
-  const bool has_place = error && (!error->file.empty() || !error->templates.empty());
-  return has_place ? L"" : L" It went from one job of its promises to the next.";
-}
-
 }  // namespace zelto

@@ -175,8 +175,8 @@ void PageRun::run_script(const LoadedPage& loaded) {
     case script::Outcome::timed_out:
       fail_at_limit(E_ABORT,
                     fmt::format(L"The page took longer than the site allows. Its limit is {} s: script_timeout, or "
-                                L"Server.ScriptTimeout where that is more.{}",
-                                script_timeout(), words_without_place(outcome.error)),
+                                L"Server.ScriptTimeout where that is more.",
+                                script_timeout()),
                     outcome.error);
       return;
     case script::Outcome::out_of_memory:
