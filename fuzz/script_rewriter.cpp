@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "language/lexemes.h"
+#include "language/own_source.h"
 #include "language/program.h"
 #include "language/tokens.h"
 #include "language/written_source.h"
@@ -142,6 +143,7 @@ void check_places(std::wstring_view source, const Changes& changes, const Rewrit
   zelto::language::Program program;
   program.url = "page";
   set_text(program, rewritten);
+  fuzz::require(own_source(program, program.text) == korlib::to_utf16(source), "functions show what was written");
   std::vector<std::size_t> kept;
   for (std::size_t at = 0; at < source.size(); ++at) {
     if (changes.kept[at] != zelto::language::kOpen && !zelto::language::is_line_end(source[at])) kept.push_back(at);

@@ -12,12 +12,21 @@
 
 namespace zelto::language {
 
+// How a line of the script ends in its source.
+enum class LineEnd : unsigned char {
+  newline,          // as in the script
+  carriage_return,  // alone
+  both,             // "\r\n"
+  none,             // the piece of script ends, and "%>" or the like follows
+};
+
 // Where a line of the script comes from.
 struct SourceLine {
   unsigned file = 0;          // index into Program::files
   int line = 0;               // from 1
   int column = 0;             // added to the column within the script's line
-  bool is_generated = false;  // all of it stands for what is at that place
+  bool is_generated = false;  // all of it stands for what is at that place: generated_lines.h
+  LineEnd end = LineEnd::newline;
 };
 
 // A place in a line of the script where its text is not the source's.
@@ -35,6 +44,7 @@ struct Program {
   std::vector<std::string> files;
   std::vector<SourceLine> lines;    // of each line of `text`; empty: `url` and the line itself
   std::vector<ColumnShift> shifts;  // in the order of the text
+  std::wstring removed;             // what they removed, one after the other
   std::vector<CComBSTR> literals;   // page text that the script writes by number
   PageScope scope;
 };

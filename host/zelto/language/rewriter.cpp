@@ -209,10 +209,11 @@ class Rewriter : private Chains {
   }
 
   // `Response.Write(x)` and the like, which a function of the language does for texts; `i` is the closing parenthesis.
-  // Null for any other.
+  // Null for any other, and with blanks around the dot: their places would be lost with it.
   const wchar_t* function_of(std::size_t i) const {
     if (!is_short_call(i)) return nullptr;
     const std::size_t open = tokens_[i].partner;
+    if (tokens_[open - 3].end + 1 != tokens_[open - 1].begin) return nullptr;
     for (const Function& function : kFunctions) {
       if (word(open - 3) == function.object && word(open - 1) == function.member) return function.name;
     }
@@ -271,9 +272,8 @@ class Rewriter : private Chains {
     edits_.replace(tokens_[close - 3].begin, 1, L", ");
     edits_.insert(tokens_[close - 2].begin, L"\"");
     edits_.insert(tokens_[close - 2].end, L"\"");
-    edits_.replace(tokens_[close - 1].begin, 1, L"");
     const std::wstring_view called = receiver(start_of(close - 2), close - 3);
-    if (!called.empty()) edits_.insert(tokens_[close].begin, L", \"" + std::wstring(called) + L"\"");
+    edits_.replace(tokens_[close - 1].begin, 1, called.empty() ? L"," : L", \"" + std::wstring(called) + L"\"");
   }
 
   // The parenthesis of `new Error(number, description)`.
@@ -291,8 +291,7 @@ class Rewriter : private Chains {
     edits_.replace(tokens_[open].begin, 1, L",");
   }
 
-  // The brace of `} catch (name) {`. A class method called `catch`
-  // in that place gets the same, which does no harm.
+  // The brace of `} catch (name) {`. A class method called `catch` in that place gets the same, which does no harm.
   bool is_catch_body(std::size_t open) const {
     return open >= 5 && is(open, L"{") && is(open - 1, L")") && tokens_[open - 2].kind == Token::name &&
            is(open - 3, L"(") && is(open - 4, L"catch") && tokens_[open - 4].kind == Token::keyword &&
@@ -325,7 +324,7 @@ class Rewriter : private Chains {
 
 Rewritten rewrite(std::wstring_view text) {
   const auto tokens = tokenize(text);
-  if (!tokens) return {{std::wstring(text), {}}, {}, {}};
+  if (!tokens) return {{std::wstring(text), {}, {}}, {}, {}};
   Rewritten rewritten = Rewriter(text, tokens->all).run();
   rewritten.scope = page_scope(text, tokens->all);
   rewritten.markup_comments = tokens->markup_comments;
@@ -335,6 +334,7 @@ Rewritten rewrite(std::wstring_view text) {
 void set_text(Program& program, Rewritten rewritten) {
   program.text = korlib::to_utf16(rewritten.text);
   program.shifts = std::move(rewritten.shifts);
+  program.removed = std::move(rewritten.removed);
   program.scope = std::move(rewritten.scope);
 }
 

@@ -24,6 +24,9 @@
 // else through. Elsewhere such a method stands for itself, and gives its value where one is needed: as
 // text, as a number, as an argument of an automation call. $zelto.at throws the usual ReferenceError for
 // what is not an automation object. Only insertions within a line are made, so lines keep their numbers.
+//
+// Different sources never become the same text, unless they have words of this file themselves: so what a function
+// was made of can be told from its text (own_source.h).
 #pragma once
 
 #include <cstddef>

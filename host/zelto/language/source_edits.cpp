@@ -19,6 +19,7 @@ EditedText SourceEdits::apply() {
     const auto column = static_cast<int>(result_.text.size() - line_start_);
     result_.shifts.push_back({line_, column, static_cast<int>(edit.text.size()), static_cast<int>(edit.length)});
     result_.text += edit.text;
+    result_.removed += text_.substr(edit.at, edit.length);
     at = edit.at + edit.length;
   }
   copy(at, text_.size());

@@ -13,6 +13,7 @@ namespace zelto::language {
 struct EditedText {
   std::wstring text;
   std::vector<ColumnShift> shifts;  // in the order of the text
+  std::wstring removed;             // what they removed, one after the other
 };
 
 // Positions count characters of the text that was given, from 0. No change holds a line end, so lines stay where

@@ -26,8 +26,9 @@ std::size_t end_of_inside(std::wstring_view text, std::size_t begin) {
   return kNone;
 }
 
-// object, "Name" or object, "Name", "object"
+// object, "Name", or object, "Name", "object"
 std::wstring call(std::wstring_view inside) {
+  inside = inside.substr(0, inside.find_last_not_of(L", ") + 1);
   if (inside.ends_with(L'"') && std::ranges::count(inside, L'"') >= 4) {
     const std::size_t last = inside.rfind(L", \"");
     const std::wstring_view receiver = inside.substr(last + 3, inside.size() - last - 4);

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "language/generated_lines.h"
 #include "language/lexemes.h"
 #include "language/rewriter.h"
 #include "pages/include_file.h"
@@ -130,6 +131,13 @@ class Compiler {
     return text.starts_with(L'\n') || text.starts_with(L'\r') ? 1 : 0;
   }
 
+  // `at`: nothing where the text ends.
+  static language::LineEnd kind_of_end(std::wstring_view text, std::size_t at) {
+    if (at == std::wstring_view::npos) return language::LineEnd::none;
+    if (text[at] == L'\n') return language::LineEnd::newline;
+    return line_end(text.substr(at)) == 2 ? language::LineEnd::both : language::LineEnd::carriage_return;
+  }
+
   void add_directive(std::wstring_view text, const Place& place, bool is_page) {
     try {
       const Directive directive = read_directive(text);
@@ -141,7 +149,7 @@ class Compiler {
 
   void add_literal(std::wstring_view text, const Place& place) {
     if (text.empty()) return;
-    add_generated(L"$zelto_html(" + std::to_wstring(program_.literals.size()) + L");", place);
+    add_generated(std::wstring(language::kPageText) + std::to_wstring(program_.literals.size()) + L");", place);
     program_.literals.emplace_back(text);
   }
 
@@ -149,10 +157,12 @@ class Compiler {
     // A semicolon that ends a statement elsewhere is not part of the expression.
     const std::size_t last = text.find_last_not_of(L" \t\r\n\f;");
     if (last == std::wstring_view::npos) fail("<%= %> holds no expression.", place);
-    text = text.substr(0, last + 1);
-    add_generated(L"$zelto_out((", place);
-    add_code(text, place);
-    add_generated(L"));", place);
+    std::wstring behind(text.substr(last + 1));
+    std::ranges::replace(behind, L'\r', static_cast<wchar_t>(language::kReturnBehindExpression));
+    std::ranges::replace(behind, L'\n', static_cast<wchar_t>(language::kLineBehindExpression));
+    add_generated(language::kExpressionBegins, place);
+    add_code(text.substr(0, last + 1), place);
+    add_generated(std::wstring(language::kExpressionEnds).append(language::kBehindExpression) + behind, place);
   }
 
   // Line by line, so that each line of the script is backed by one line of the page.
@@ -162,6 +172,7 @@ class Compiler {
     while (true) {
       const std::size_t end = text.find_first_of(L"\r\n");
       add_line(text.substr(0, end), place, line, column);
+      program_.lines.back().end = kind_of_end(text, end);
       if (end == std::wstring_view::npos) return;
       text.remove_prefix(end + line_end(text.substr(end)));
       ++line;

@@ -27,6 +27,7 @@ class ErrorReports {
 
   // A program whose places in the engine's stacks are known from here on.
   void remember(const std::shared_ptr<const language::Program>& program) { programs_[program->url] = program; }
+  const auto& programs() const noexcept { return programs_; }
   // The program runs as a function, which has so many units in its first line in front of it.
   void set_opening(const language::Program* program, int length) noexcept {
     in_function_ = program;

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "language/generated_lines.h"
 #include "language/lexemes.h"
 #include "language/tokens.h"
 #include "language/written_source.h"
@@ -119,7 +120,8 @@ class Search {
     return index < program_.lines.size() && program_.lines[index].is_generated;
   }
   bool begins_expression(std::size_t at) const {
-    return is_generated(at) && text_.compare(line_of(text_, at).begin, kOut.size(), kOut) == 0;
+    return is_generated(at) &&
+           std::wstring_view(text_).substr(line_of(text_, at).begin).starts_with(language::kExpressionBegins);
   }
 
   // The innermost bracket that is open in front of that token.
@@ -268,8 +270,6 @@ class Search {
   }
 
   static wchar_t closer_of(wchar_t open) { return open == L'(' ? L')' : open == L'[' ? L']' : L'}'; }
-
-  static constexpr std::wstring_view kOut = L"$zelto_out(";
 
   JSContextRef context_;
   const language::Program& program_;

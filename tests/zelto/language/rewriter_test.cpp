@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "language/own_source.h"
 #include "language/tokens.h"
 
 namespace zelto::language {
@@ -28,6 +29,12 @@ TEST_P(Rewriter, KeepsLinesWhereTheyAre) {
   const std::wstring text = rewrite(GetParam().source).text;
   const std::wstring_view source = GetParam().source;
   EXPECT_EQ(std::count(source.begin(), source.end(), L'\n'), std::count(text.begin(), text.end(), L'\n'));
+}
+
+TEST_P(Rewriter, LosesNothingOfTheSource) {
+  Program program;
+  set_text(program, rewrite(GetParam().source));
+  EXPECT_EQ(korlib::to_utf16(GetParam().source), own_source(program, program.text));
 }
 
 constexpr Row kAssignments[] = {
@@ -65,7 +72,8 @@ INSTANTIATE_TEST_SUITE_P(AssignmentsToCalls, Rewriter, ::testing::ValuesIn(kAssi
 constexpr Row kFunctions[] = {
     {L"Response.Write(a)", L"$zelto_write(Response,a)"},
     {L"Response.Write(a.b, c.d)", L"$zelto_write(Response,$zelto_value(a.b), $zelto_value(c.d))"},
-    {L"Response . Write /* c */ (a)", L"$zelto_write(Response   /* c */ ,a)"},
+    {L"Response.Write /* c */ (a)", L"$zelto_write(Response /* c */ ,a)"},
+    {L"Response. Write(a)", L"$zelto_of(Response,\"Write\",\"Response\"). Write(a)"},
     {L"Response.Write(Server.HTMLEncode(a))", L"$zelto_write(Response,$zelto_html_encode(Server,a))"},
     {L"t += Server.URLEncode(a) + '='", L"t += $zelto_url_encode(Server,a) + '='"},
     {L"Response.Write(a).b", L"$zelto_value($zelto_write(Response,a).b, 1)"},
@@ -95,7 +103,7 @@ constexpr Row kMemberCalls[] = {
      L"$zelto_of(page,\"SetView\",\"page\").SetView($zelto_value(a.b), $zelto_of(c,\"D\",\"c\").D(e))"},
     {L"rs.Fields('x').Value = 1", L"$zelto_of(rs,\"Fields\",\"rs\").Fields('x').Value = 1"},
     {L"rs.Fields('x').Close;", L"$zelto_value($zelto_of(rs,\"Fields\",\"rs\").Fields('x').Close, 1);"},
-    {L"rs.Fields('x').Value()", L"$zelto_call($zelto_of(rs,\"Fields\",\"rs\").Fields('x'), \"Value\")"},
+    {L"rs.Fields('x').Value()", L"$zelto_call($zelto_of(rs,\"Fields\",\"rs\").Fields('x'), \"Value\",)"},
     {L"rs.Fields('x')('y') = 1", L"$zelto.at($zelto_of(rs,\"Fields\",\"rs\").Fields('x'),'y').v = 1"},
     {L"page.View('x') = 1", L"$zelto.at(page.View,'x').v = 1"},
     {L"page.setView(a); a.page.SetView(b); this.SetView(a); super.SetView(a); (page).SetView(a)", nullptr},
@@ -197,14 +205,14 @@ constexpr Row kBareCalls[] = {
     {L"while (!rs.eof()) rs.MoveNext()",
      L"if($zelto_never);else while (!$zelto_call(rs, \"eof\", \"rs\")) $zelto_call(rs, \"MoveNext\", \"rs\")"},
     {L"d.Count() + d.Keys().length", L"$zelto_call(d, \"Count\", \"d\") + $zelto_call(d, \"Keys\", \"d\").length"},
-    {L"a.B().C()", L"$zelto_call($zelto_call(a, \"B\", \"a\"), \"C\")"},
+    {L"a.B().C()", L"$zelto_call($zelto_call(a, \"B\", \"a\"), \"C\",)"},
     {L"x = a.B().Close;", L"x = $zelto_value($zelto_call(a, \"B\", \"a\").Close);"},
     {L"a.B()('x') = 1", L"$zelto.at($zelto_call(a, \"B\", \"a\"),'x').v = 1"},
-    {L"a('x').B()", L"$zelto_call(a('x'), \"B\")"},
-    {L"a . B /* c */ ( )", L"$zelto_call(a ,  \"B\" /* c */  , \"a\")"},
+    {L"a('x').B()", L"$zelto_call(a('x'), \"B\",)"},
+    {L"a . B /* c */ ( )", L"$zelto_call(a ,  \"B\" /* c */ , \"a\" )"},
     {L"a\n.B()", L"$zelto_call(a\n, \"B\", \"a\")"},
     {L"a.b.c.D()", L"$zelto_call(a.b.c, \"D\", \"a.b.c\")"},
-    {L"throw(a).B()", L"throw $zelto.thrown =$zelto_call((a), \"B\")"},
+    {L"throw(a).B()", L"throw $zelto.thrown =$zelto_call((a), \"B\",)"},
     {L"this.Name()", L"$zelto_call(this, \"Name\", \"this\")"},
     {L"a.B(1); a.b(); a.trim(); s.toString(); B()",
      L"$zelto_of(a,\"B\",\"a\").B(1); a.b(); a.trim(); s.toString(); B()"},

@@ -35,7 +35,7 @@ Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
   if (!made) throw std::bad_alloc();  // or without stack
   unsigned at = 0;
   for (JSObjectRef* kept :
-       {&make_error_, &make_array_, &has_name_, &object_prototype_, &begin_, &take_, &keep_method_}) {
+       {&make_error_, &make_array_, &has_name_, &object_prototype_, &begin_, &take_, &keep_method_, &engine_text_of_}) {
     *kept = object_of(JSObjectGetPropertyAtIndex(context_, object_of(made), at++, nullptr));
     JSValueProtect(context_, *kept);
   }
@@ -44,7 +44,8 @@ Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
 }
 
 Prelude::~Prelude() {
-  for (JSObjectRef kept : {make_error_, make_array_, has_name_, object_prototype_, begin_, take_, keep_method_}) {
+  for (JSObjectRef kept :
+       {make_error_, make_array_, has_name_, object_prototype_, begin_, take_, keep_method_, engine_text_of_}) {
     JSValueUnprotect(context_, kept);
   }
 }
@@ -52,6 +53,10 @@ Prelude::~Prelude() {
 void Prelude::keep_method(JSObjectRef object, JSStringRef name, JSObjectRef method) const {
   JSValueRef arguments[] = {object, JSValueMakeString(context_, name), method};
   JSObjectCallAsFunction(context_, keep_method_, nullptr, 3, arguments, nullptr);
+}
+
+JSValueRef Prelude::engine_text_of(JSObjectRef function, JSValueRef* exception) const {
+  return JSObjectCallAsFunction(context_, engine_text_of_, function, 0, nullptr, exception);
 }
 
 JSObjectRef Prelude::make_error(ErrorKind kind, std::wstring_view message) const {

@@ -21,7 +21,8 @@ class Prelude {
   // objects first, and what it shares with the host about collected text. It answers, as an array: a function that
   // makes errors, of (kind, message) with the numbers of ErrorKind, one that makes an array of anything that can be
   // stepped through, one that tells whether an object has a name that is not every object's, of (object, name), the
-  // prototype that every object has, and what begin(), take_text() and keep_method() call.
+  // prototype that every object has, what begin(), take_text() and keep_method() call, and the language's own
+  // Function.prototype.toString.
   static std::u16string_view source();
 
   Prelude(Engine& engine, JSContextRef context);
@@ -53,6 +54,9 @@ class Prelude {
   // again.
   void keep_method(JSObjectRef object, JSStringRef name, JSObjectRef method) const;
 
+  // As the engine has it: see FunctionText. Null with an exception, as for what is no function.
+  JSValueRef engine_text_of(JSObjectRef function, JSValueRef* exception) const;
+
   // The one that every object inherits from.
   JSObjectRef object_prototype() const noexcept { return object_prototype_; }
 
@@ -65,6 +69,7 @@ class Prelude {
   JSObjectRef begin_;
   JSObjectRef take_;
   JSObjectRef keep_method_;
+  JSObjectRef engine_text_of_;
   std::int32_t* state_;  // lives as long as the context
 };
 

@@ -82,7 +82,8 @@ define(globalThis, "ScriptEngine", () => "JScript");
 define(globalThis, "ScriptEngineMajorVersion", () => 5);
 define(globalThis, "ScriptEngineMinorVersion", () => 8);
 define(globalThis, "ScriptEngineBuildVersion", () => 0);
-define(globalThis, "CollectGarbage", () => undefined);
+// Of such functions no page has the words: function_text.h.
+define(globalThis, "CollectGarbage", () => void native);
 
 // console writes to the host's log: texts as they are, other values so that they can be told apart.
 const log_text = value => {
@@ -103,7 +104,7 @@ const make_console = () => {
     define(made, level, (...values) => { native.log(level, values.map(log_text).join(" ")); });
   }
   for (const name of ["assert", "clear", "count", "dir", "group", "groupEnd", "table", "time", "timeEnd", "trace"]) {
-    define(made, name, () => undefined);
+    define(made, name, () => void native);
   }
   return made;
 };
@@ -318,9 +319,12 @@ const has_name = (object, name) => {
   return false;
 };
 
+const { toString: engine_text_of } = Function.prototype;
+define(Function.prototype, "toString", native.toString);
+
 const kinds = [Error, RangeError, TypeError, ReferenceError];
 return [(kind, message) => new kinds[kind](message), collection => Array.from(collection), has_name, root, begin, take,
-  keep_method];
+  keep_method, engine_text_of];
 }))js";
 
 }  // namespace

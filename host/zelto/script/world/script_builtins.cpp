@@ -6,6 +6,7 @@
 #include "script/automation_object.h"
 #include "script/callback.h"
 #include "script/realm.h"
+#include "script/world/function_text.h"
 
 namespace zelto::script {
 namespace {
@@ -180,6 +181,7 @@ JSClassRef make_builtins_class() {
       {"hand_global", callback<entry<hand_global>>, kFixed},
       {"log", callback<entry<log>>, kFixed},
       {"known", callback<entry<known>>, kFixed},
+      {"toString", callback<function_text>, kFixed},
       {nullptr, nullptr, 0},
   };
   static const JSStaticValue values[] = {

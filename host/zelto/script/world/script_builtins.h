@@ -16,6 +16,7 @@ namespace zelto::script {
 //   has(object, name)           whether an automation object has the member that has just been read
 //   log(level, text)            a line in the host's log
 //   known(name, message)        number and message of an engine's error, as pages know them
+//   toString()                  of a function, as its prototype has it: function_text.h
 //   thrown                      set to what is thrown: its place is remembered
 JSClassRef make_builtins_class();
 
