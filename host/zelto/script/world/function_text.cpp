@@ -7,11 +7,14 @@
 #include "language/own_source.h"
 #include "script/realm.h"
 #include "script/text.h"
+#include "script/world/function_links.h"
 
 namespace zelto::script {
 namespace {
 
-bool is_of_host(std::u16string_view text) { return Prelude::source().find(text) != text.npos; }
+bool is_of_host(std::u16string_view text) {
+  return Prelude::source().find(text) != text.npos || FunctionLinks::source().find(text) != text.npos;
+}
 
 std::optional<std::u16string> own_text(Realm& realm, std::u16string_view text) {
   for (const auto& [name, program] : realm.reports().programs()) {

@@ -8,9 +8,10 @@
 namespace zelto::script {
 namespace {
 
-// What stands in front of the page's text, in its first line; "$zelto_i" is the number of a name.
+// What stands in front of the page's text, in its first line; "$zelto_i" is the number of a name. The function is
+// called what stacks call a script.
 std::u16string opening_of(const language::Program& program, const Names& names) {
-  std::u16string source = u"($zelto_page) => {";
+  std::u16string source = u"({ \"global code\": ($zelto_page) => {";
   if (program.scope.is_strict) source += u" \"use strict\";";
   source += u" $zelto_page(($zelto_i, $zelto_v, $zelto_w) => { switch ($zelto_i) {";
   for (std::size_t i = 0; i < names.size(); ++i) {
@@ -20,6 +21,8 @@ std::u16string opening_of(const language::Program& program, const Names& names) 
   }
   return source + u" } });";
 }
+
+constexpr std::u16string_view kClosing = u"\n} })[\"global code\"]";
 
 Names keys_of(JSContextRef context, JSObjectRef object) {
   Names keys;
@@ -73,7 +76,7 @@ std::unique_ptr<PageFunction> PageFunction::make(Engine& engine, JSGlobalContext
   Names names = declared.properties;
   names.insert(names.end(), declared.lexical.begin(), declared.lexical.end());
   const std::u16string opening = opening_of(program, names);
-  const ParsedScript parsed(engine.group(), opening + program.text + u"\n}", program.url);
+  const ParsedScript parsed(engine.group(), opening + program.text + std::u16string(kClosing), program.url);
   if (!parsed.get()) return nullptr;
   JSValueRef function = JSScriptEvaluate(context, parsed.get(), nullptr, nullptr);
   JSValueRef literals = evaluate(context, u"({ __proto__: null })");
@@ -83,17 +86,13 @@ std::unique_ptr<PageFunction> PageFunction::make(Engine& engine, JSGlobalContext
   page->may_hide_ = program.scope.may_hide;
   for (unsigned i = 0; i < names.size(); ++i) page->names_.emplace(names[i], i);
   page->properties_ = declared.properties;
+  page->lexical_ = declared.lexical;
   return page;
 }
 
 PageFunction::PageFunction(JSGlobalContextRef context, const Surroundings& around, JSObjectRef function,
                            JSObjectRef literals, int opening_length)
-    : context_(context),
-      around_(around),
-      function_(function),
-      literals_(literals),
-      structure_(function),
-      opening_length_(opening_length) {
+    : context_(context), around_(around), function_(function), literals_(literals), opening_length_(opening_length) {
   for (JSObjectRef kept : {function_, literals_}) JSValueProtect(context_, kept);
 }
 
@@ -108,7 +107,6 @@ void PageFunction::call(JSValueRef* exception) {
 
 Surroundings::Left PageFunction::restore(bool may_hide) {
   Surroundings::Left left = around_.restore(may_hide_ || may_hide, !has_told_);
-  left.nothing &= structure_.is_kept();
   has_told_ |= left.undeclared.get() != nullptr;
   return left;
 }

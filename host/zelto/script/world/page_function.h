@@ -10,7 +10,6 @@
 #include "language/program.h"
 #include "script/jsc.h"
 #include "script/text.h"
-#include "script/world/built_ins.h"
 #include "script/world/surroundings.h"
 
 namespace zelto::script {
@@ -46,6 +45,7 @@ class PageFunction {
   // than the page have run in its world.
   Surroundings::Left restore(bool may_hide);
 
+  bool is(JSValueRef value) const noexcept { return value == function_; }
   // How many units of UTF-16 the function has in its first line in front of the page's text.
   int opening_length() const noexcept { return opening_length_; }
 
@@ -55,6 +55,10 @@ class PageFunction {
   // Those of its names that are properties of the global object where it is a script. Not those of let, const and
   // class.
   void show_names() const { around_.show(properties_); }
+  // The others, which no property of the global object stands for in a script either; but code that is made of text
+  // finds them there as well.
+  bool has_lexical_names() const noexcept { return !lexical_.empty(); }
+  void show_lexical_names() const { around_.show_hidden(lexical_, static_cast<unsigned>(properties_.size())); }
 
   // Of a name that the page declares; null for any other.
   const unsigned* find(std::u16string_view name) const;
@@ -75,12 +79,12 @@ class PageFunction {
   const Surroundings& around_;
   JSObjectRef function_;  // protected, as are literals_
   JSObjectRef literals_;
-  const Structure structure_;  // a function that the page calls may get hold of it
   const int opening_length_;
   bool may_hide_ = false;
   bool has_told_ = false;
   std::unordered_map<std::u16string, unsigned, Hash, std::equal_to<>> names_;
   Names properties_;  // the first of them
+  Names lexical_;     // the rest
 };
 
 }  // namespace zelto::script

@@ -143,6 +143,18 @@ JSValueRef hand_global(Realm& realm, std::size_t count, const JSValueRef* values
   return nullptr;
 }
 
+// show_names(): code is about to be made of text, which finds the page's names nowhere but in the global object.
+JSValueRef show_names(Realm& realm, std::size_t, const JSValueRef*, JSValueRef*) {
+  realm.world().show_all_names();
+  return nullptr;
+}
+
+// is_page(value): whether that is the function that the page became.
+JSValueRef is_page(Realm& realm, std::size_t count, const JSValueRef* values, JSValueRef*) {
+  const PageFunction* const page = realm.world().page();
+  return JSValueMakeBoolean(realm.context(), count > 0 && page && page->is(values[0]));
+}
+
 // log(level, text): a line in the host's log.
 JSValueRef log(Realm& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
   if (count > 1 && realm.calls().may_call(exception))
@@ -181,6 +193,8 @@ JSClassRef make_builtins_class() {
       {"hand_global", callback<entry<hand_global>>, kFixed},
       {"log", callback<entry<log>>, kFixed},
       {"known", callback<entry<known>>, kFixed},
+      {"show_names", callback<entry<show_names>>, kFixed},
+      {"is_page", callback<entry<is_page>>, kFixed},
       {"toString", callback<function_text>, kFixed},
       {nullptr, nullptr, 0},
   };

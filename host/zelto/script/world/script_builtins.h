@@ -16,6 +16,8 @@ namespace zelto::script {
 //   has(object, name)           whether an automation object has the member that has just been read
 //   log(level, text)            a line in the host's log
 //   known(name, message)        number and message of an engine's error, as pages know them
+//   show_names()                code is about to be made of text
+//   is_page(value)              whether that is the function that the page became
 //   toString()                  of a function, as its prototype has it: function_text.h
 //   thrown                      set to what is thrown: its place is remembered
 JSClassRef make_builtins_class();

@@ -16,19 +16,20 @@ const { apply, defineProperty, deleteProperty, getOwnPropertyDescriptor, isExten
 const { freeze, keys: visible_keys } = Object;
 const { exec } = RegExp.prototype, blank = /(?:)/, Matches = RegExp, world = globalThis;
 let names;
-const show = shown => {
-  for (let i = 0; i < shown.length; i++) {
-    const name = shown[i];
-    // An object that inherits from the global one gets a property of its own.
+const show = (shown, first, enumerable) => {
+  for (let n = 0; n < shown.length; n++) {
+    const name = shown[n], i = first + n;
+    // An object that inherits from the global one gets a property of its own. Code that is made of text sets the name
+    // alone, of no object.
     const own = { set(value) {
-      if (this !== world) defineProperty(this, name, { value, writable: true, enumerable: true, configurable: true });
+      if (this !== world && this !== undefined) defineProperty(this, name, { value, writable: true, enumerable: true, configurable: true });
       else if (names !== undefined) names(i, value, true);
     } };
     const get = freeze(() => names === undefined ? undefined : names(i));
-    defineProperty(world, name, { get, set: freeze(own.set), enumerable: true });
+    defineProperty(world, name, { get, set: freeze(own.set), enumerable });
   }
 };
-show(shown);
+show(shown, 0, true);
 const known = { __proto__: null };
 const first_keys = ownKeys(world);
 for (let i = 0; i < first_keys.length; i++) known[first_keys[i]] = true;
@@ -129,8 +130,15 @@ void Surroundings::write(unsigned name, JSValueRef value, JSValueRef* exception)
 }
 
 void Surroundings::show(const Names& names) const {
-  JSValueRef shown = array_of(context_, names);
-  JSObjectCallAsFunction(context_, show_, nullptr, 1, &shown, nullptr);
+  JSValueRef arguments[] = {array_of(context_, names), JSValueMakeNumber(context_, 0),
+                            JSValueMakeBoolean(context_, true)};
+  JSObjectCallAsFunction(context_, show_, nullptr, 3, arguments, nullptr);
+}
+
+void Surroundings::show_hidden(const Names& names, unsigned first) const {
+  JSValueRef arguments[] = {array_of(context_, names), JSValueMakeNumber(context_, first),
+                            JSValueMakeBoolean(context_, false)};
+  JSObjectCallAsFunction(context_, show_, nullptr, 3, arguments, nullptr);
 }
 
 Surroundings::Left Surroundings::restore(bool may_hide, bool wants_undeclared) const {

@@ -30,6 +30,8 @@ class Surroundings {
 
   // Has the running page's first names be properties of the global object as well, from here on.
   void show(const Names& names) const;
+  // Likewise of names that are numbered from `first` on. Nothing but their names shows that they are there.
+  void show_hidden(const Names& names, unsigned first) const;
 
   struct Left {
     bool nothing;         // that the next page could see

@@ -7,6 +7,7 @@
 #include "script/automation_object.h"
 #include "script/callback.h"
 #include "script/realm.h"
+#include "script/world/function_links.h"
 
 namespace zelto::script {
 namespace {
@@ -84,6 +85,7 @@ void World::keep_hosts() {
 bool World::prepare(const DeclaredNames& declared) {
   JSScriptRef source = engine_.built_ins();
   if (!source) return false;
+  FunctionLinks::replace(context());
   built_ins_ = std::make_unique<BuiltIns>(source, context());
   keep_hosts();
   Names hosts;
@@ -146,6 +148,14 @@ void World::show_global() {
   if (use_ != Use::shared || !page_ || std::exchange(is_shown_, true)) return;
   const Watchdog::Quiet quiet(engine_.watchdog());
   page_->show_names();
+}
+
+void World::show_all_names() {
+  show_global();
+  if (!page_ || !page_->has_lexical_names() || std::exchange(are_all_shown_, true)) return;
+  const Watchdog::Quiet quiet(engine_.watchdog());
+  is_shown_ = true;
+  page_->show_lexical_names();
 }
 
 bool World::restore(bool may_hide) {

@@ -86,6 +86,9 @@ class World {
   // Where the page shares the world, and its script gets hold of the global object after all: it finds its names there,
   // as it would in a world of its own, and this page is the last one.
   void show_global();
+  // Likewise before code is made of text, which is no part of the page's function, in a world of the page's own too: it
+  // finds the names of let, const and class there as well.
+  void show_all_names();
   bool is_shown() const noexcept { return is_shown_; }
   // Once the page has ended: false when it left anything behind that the next one could see.
   bool restore(bool may_hide);
@@ -124,6 +127,7 @@ class World {
   Use use_ = Use::once;
   bool has_other_hosts_ = false;
   bool is_shown_ = false;
+  bool are_all_shown_ = false;
   const language::Program* last_program_ = nullptr;  // that ran as a script
 };
 

@@ -134,7 +134,7 @@ void Worlds::settle(std::unique_ptr<World> ended) noexcept {
   const bool is_shared = ended->use() == World::Use::shared;
   const bool could_run = ended->page() != nullptr;
   const bool whole = ended->ended.whole;
-  const bool may_have_own = ended->has_other_hosts() || ended->is_shown();
+  const bool may_have_own = ended->has_other_hosts() || (is_shared && ended->is_shown());
   const bool is_as_before = could_run && whole && ended->restore(had_inner_);
   const ProgramPtr program = std::exchange(ended->ended.program, nullptr);
   Entry* const entry = find(program);

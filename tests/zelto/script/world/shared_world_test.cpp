@@ -266,6 +266,8 @@ TEST_F(SharedWorld, IsSpoiledOnceByAPage) {
   EXPECT_LE(worlds_lost_by(b, [&] { ask(changing); }), 1);
   const ProgramPtr taking = a_page(L"var m = 1, x = {}; x.Self = this");
   EXPECT_LE(worlds_lost_by(b, [&] { ask(taking); }), 1);
+  const ProgramPtr making = a_page(L"var m = 1, f = function () {}, k = 'constr' + 'uctor'; f[k]('return m')()");
+  EXPECT_LE(worlds_lost_by(b, [&] { ask(making); }), 1);
   JSContextRef own = world_of(taking);
   EXPECT_EQ(own, world_of(taking));
   const ProgramPtr no_script = a_page(L"return 1");
