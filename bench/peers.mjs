@@ -44,6 +44,7 @@ async function tables() {
   const ours = (key, short, path, workers = 1) => ({ key, short, path, workers, ours: true });
   const pages = [
     ours('plain', 'plain page', 'plain.asp'),
+    ours('basic', 'plain page in VBScript', 'basic.asp'),
     ours('text', 'text built in script', 'text.asp'),
     ours('marks', 'rows of marks', 'marks.asp'),
     ours('plain2', 'plain page, two workers', 'plain.asp', 2),
@@ -111,6 +112,7 @@ async function crowded(rows, counts) {
 
 const wanted = [
   ...['plain', 'text'].map((row) => ({ row, must: { times: 1, of: 'php' }, reach: { times: 1.5, of: 'eta' } })),
+  { row: 'basic', must: { times: 1.3, of: 'plain' } },
   { row: 'marks', must: { times: 1, of: 'express' }, reach: { times: 1.5, of: 'php' } },
   { row: 'hello', must: { seconds: 60e-6 }, reach: { seconds: 30e-6 } },
   { row: 'notebook', must: { seconds: 150e-6 }, reach: { seconds: 75e-6 } },

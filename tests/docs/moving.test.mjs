@@ -15,10 +15,10 @@ const zelto = (line, folder) => new Promise((resolve) => {
   execFile(process.env.ZELTO, words, { cwd: folder }, (error, stdout) => resolve({ code: error?.code ?? 0, stdout }));
 });
 
-const vb = '<%@ Language="VBScript" %>', page = (code) => `<%@ Language="JavaScript" %>\n<%\n${code}\n%>\n`;
+const perl = '<%@ Language="PerlScript" %>', page = (code) => `<%@ Language="JavaScript" %>\n<%\n${code}\n%>\n`;
 // What a site has, and then has in its place. The last of each row: how the check tells of it.
 const faults = [
-  ['old.asp', `${vb}<% Response.Write "a" %>`, page('Response.Write("a");'), /old\.asp:1:\d+: error: .*VBScript/],
+  ['old.asp', `${perl}<% $Response->Write("a"); %>`, page('Response.Write("a");'), /old\.asp:1:\d+: error: .*PerlScript/],
   ['forms.asp', '<!--#include file="Inc/Db.inc"-->', '<!--#include file="inc/db.inc"-->', /forms\.asp:1:\d+: error: .*in other letter case there is "\/inc\/db\.inc"/],
   ['inc/db.inc', '', '', /(?:)/],
   ['list.asp', page('if (true) {'), page('if (true) {}'), /list\.asp:3:\d+: error: This "\{" is never closed\./],

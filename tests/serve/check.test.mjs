@@ -34,7 +34,7 @@ test('a line for each finding, in order, and one that counts', () => withSite({
     `${folder}/a.asp:1:21: error: The include file "none.inc" was not found.`,
     `${folder}/b.asp:2:9: error: Unexpected token ';'`,
     `${folder}/global.asa:1:1: warning: This file is not run: what it declares for the application and its sessions does not happen.`,
-    `${folder}/zelto.toml:2:1: error: workers has a value of the wrong type; a right one is 4`,
+    `${folder}/zelto.toml:2:11: error: workers has a value of the wrong type; a right one is 4`,
     '2 pages, 0 templates: 3 errors, 1 warning', '']);
 }));
 

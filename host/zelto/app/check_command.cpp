@@ -18,11 +18,11 @@ namespace zelto {
 namespace {
 
 // What zelto.toml says of the site; what is wrong there is a finding as well.
-StaticOptions read_options(const CheckCommand& command, const std::string& root, check::Findings& findings) {
+SiteOptions read_options(const CheckCommand& command, const std::string& root, check::Findings& findings) {
   try {
     ServeCommand serve;
     serve.site = command.site;
-    return read_configuration(serve).site.files;
+    return read_configuration(serve).site;
   } catch (const WrongConfiguration& error) {
     for (const ConfigurationFault& fault : error.faults)
       findings.error({root + "/zelto.toml", fault.line, fault.column}, fault.text);
@@ -43,7 +43,7 @@ int check_site(const CheckCommand& command) {
   if (!root || !std::filesystem::is_directory(*root)) throw WrongUse("'" + command.site + "' is not a folder");
   set_up_runtime();  // which knows the classes that pages may make
   check::Findings findings;
-  const StaticOptions options = read_options(command, *root, findings);
+  const SiteOptions options = read_options(command, *root, findings);
   check::Report report{findings, *root, command.site};
   base::run_on_thread(kPageStack, [&] {
     check::SiteCheck check(*root, options, findings);

@@ -26,6 +26,11 @@ bool is_address(const std::string& text) {
 }
 
 void read_site(const ConfigurationFile& file, SiteOptions& site) {
+  if (const auto name = file.text("language")) {
+    const auto language = pages::language_of(to_wide(*name));
+    if (!language) file.refuse("language", "is \"JavaScript\" or \"VBScript\"");
+    site.language = language.value_or(site.language);
+  }
   site.debug = file.flag("debug").value_or(false);
   site.debug_panel = file.flag("debug_panel").value_or(false);
   if (const auto limit = file.number("script_timeout", 1, 86400)) site.script_timeout = std::chrono::seconds(*limit);
@@ -137,6 +142,7 @@ std::vector<std::string_view> keep_until_restart(Configuration& fresh, const Con
   keep("buffer_memory", fresh.server.spool.memory_bytes, running.server.spool.memory_bytes);
   keep("spool_limit", fresh.server.spool.file_bytes, running.server.spool.file_bytes);
   keep("spool_folder", fresh.server.spool.folder, running.server.spool.folder);
+  keep("language", fresh.site.language, running.site.language);
   keep("session_node", fresh.site.session_suffix, running.site.session_suffix);
   keep("supervise", fresh.supervise, running.supervise);
   return keys;

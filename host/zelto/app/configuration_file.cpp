@@ -25,12 +25,13 @@ struct Key {
   std::string_view meaning;
 };
 
-constexpr std::array<Key, 27> kKeys = {{
+constexpr std::array<Key, 28> kKeys = {{
     {"listen", "\"127.0.0.1:8080\"", "where to serve"},
     {"workers", "4", "pages at the same time, by default two a core"},
     {"body_limit", "16777216", "bytes of a request's body"},
     {"upload_parts", "20000", "parts of a multipart body"},
     {"underscore_headers", "false", "take X_User, which pages cannot tell from X-User"},
+    {"language", "\"JavaScript\"", "of pages without a directive that says; or \"VBScript\""},
     {"script_timeout", "90", "seconds that a page may take"},
     {"script_memory", "1073741824", "bytes that a page may take"},
     {"kept_memory", "4294967296", "bytes in all beyond which sessions and Application keep no more"},

@@ -34,6 +34,7 @@ class ResponseObject final
   HRESULT get_CodePage(LONG* code_page) override;
 
   const bool& may_wait() const noexcept override { return page_->response.buffered; }
+  LONG locale() const noexcept override { return page_->response.lcid; }
   HRESULT write_text(std::u16string_view text) override;
 
   // What only scripts use.

@@ -43,6 +43,8 @@ class Reader {
     });
   }
 
+  bool begins_compiled() const { return source_line() && source_line()->is_compiled; }
+
   std::u16string read() {
     while (at_ < end_) {
       if (is_generated())
@@ -188,7 +190,9 @@ class Reader {
 std::optional<std::u16string> own_source(const Program& program, std::u16string_view piece) {
   const std::size_t begin = find(program.text, piece);
   if (begin == kNone) return std::nullopt;
-  return Reader(program, begin, begin + piece.size()).read();
+  Reader reader(program, begin, begin + piece.size());
+  if (reader.begins_compiled()) return std::nullopt;
+  return reader.read();
 }
 
 }  // namespace zelto::language

@@ -10,7 +10,7 @@
 namespace zelto::language {
 
 // Of a piece that the text has, be it in several places: what was rewritten to the same words was the same. Nothing
-// where the text does not have it.
+// where the text does not have it, and of what was compiled from another language.
 //
 // What stands between pieces of script in a page is shown as in its file, `function f() { %><b><% }`. An include shows
 // in the place of its tag, and script in <script runat="server"> as if it stood in <% and %>.

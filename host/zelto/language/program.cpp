@@ -35,6 +35,14 @@ int without_shifts(const std::vector<ColumnShift>& shifts, int line, int column)
 
 }  // namespace
 
+void set_head(std::vector<ColumnShift>& shifts, int length) {
+  for (ColumnShift& shift : shifts) {
+    if (shift.line > 1) break;
+    shift.column += length;
+  }
+  shifts.insert(shifts.begin(), {1, 0, length, 0});
+}
+
 SourcePlace source_place(const Program& program, int line, int column) {
   const int own = column > 0 ? without_shifts(program.shifts, line, to_characters(program.text, line, column)) : -1;
   if (line < 1 || static_cast<std::size_t>(line) > program.lines.size()) return {program.url, line, own + 1};

@@ -26,6 +26,7 @@ struct SourceLine {
   int line = 0;               // from 1
   int column = 0;             // added to the column within the script's line
   bool is_generated = false;  // all of it stands for what is at that place: generated_lines.h
+  bool is_compiled = false;   // it is of another language, and the shifts in it say nothing of its text
   LineEnd end = LineEnd::newline;
 };
 
@@ -35,6 +36,12 @@ struct ColumnShift {
   int column = 0;    // in it, in characters from 0
   int inserted = 0;  // characters there that the source does not have
   int removed = 0;   // characters of the source that are not there
+};
+
+// A name that a script may also be asked for in other letters.
+struct FoldedName {
+  std::u16string folded;
+  std::u16string name;  // as the program's text has it
 };
 
 // Immutable once made; any number of threads may run it at the same time.
@@ -47,7 +54,11 @@ struct Program {
   std::wstring removed;             // what they removed, one after the other
   std::vector<CComBSTR> literals;   // page text that the script writes by number
   PageScope scope;
+  std::vector<FoldedName> folded_names;  // sorted; empty for a script whose names are as they are written
 };
+
+// What is put in front of the first line moves what stands in it.
+void set_head(std::vector<ColumnShift>& shifts, int length);
 
 // Where the script's author finds what the engine finds at a line and column (from 1; 0 is unknown).
 struct SourcePlace {

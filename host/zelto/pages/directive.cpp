@@ -1,7 +1,6 @@
 #include "pages/directive.h"
 
 #include "base/letter_case.h"
-#include "pages/tag_attributes.h"
 #include "text/charset.h"
 #include "text/locale.h"
 #include "text/numbers.h"
@@ -34,8 +33,9 @@ Directive read_directive(std::wstring_view text) {
   Directive directive;
   for (const auto& [name, value] : *attributes) {
     if (base::equal_ascii(name, L"language")) {
-      if (!is_javascript(value)) {
-        throw "This host runs pages in JavaScript only: Language=\"" + ascii(value) + "\" cannot be run.";
+      directive.language = language_of(value);
+      if (!directive.language) {
+        throw "This host runs pages in JavaScript and VBScript: Language=\"" + ascii(value) + "\" cannot be run.";
       }
     } else if (base::equal_ascii(name, L"codepage")) {
       directive.code_page =

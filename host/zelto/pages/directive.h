@@ -7,11 +7,14 @@
 
 #include <korlib/types.h>
 
+#include "pages/tag_attributes.h"
+
 namespace zelto::pages {
 
 struct Directive {
-  std::optional<LONG> code_page;  // nothing when it does not say
-  std::optional<LONG> lcid;       // likewise
+  std::optional<Language> language;  // nothing when it does not say
+  std::optional<LONG> code_page;     // nothing when it does not say
+  std::optional<LONG> lcid;          // likewise
   bool uses_session = true;
 };
 

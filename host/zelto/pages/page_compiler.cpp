@@ -5,11 +5,9 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "language/generated_lines.h"
-#include "language/lexemes.h"
-#include "language/rewriter.h"
 #include "pages/include_file.h"
 #include "pages/page_scanner.h"
+#include "pages/page_text.h"
 #include "pages/tag_attributes.h"
 #include "text/charset.h"
 
@@ -25,16 +23,15 @@ constexpr std::size_t kMaxScript = std::size_t{64} << 20;  // characters
 class Compiler {
  public:
   // Includes that are not found fail, or are passed over, which `lacks_includes` receives.
-  explicit Compiler(const std::string& root, bool* lacks_includes = nullptr)
-      : root_(root), lacks_includes_(lacks_includes) {}
+  Compiler(const std::string& root, Language language, bool* lacks_includes = nullptr)
+      : root_(root), lacks_includes_(lacks_includes), language_(language) {}
 
   CompiledPage compile(const std::string& physical, std::wstring* written) {
     add_file({physical, physical}, Piece::include, {});
-    language::Rewritten rewritten = language::rewrite(text_);
-    for (const std::size_t comment : rewritten.markup_comments) refuse_include(comment);
-    language::set_text(program_, std::move(rewritten));
+    page_.has_vbscript = !script_.of(Language::vbscript).text.empty();
+    script_.finish(language_, program_);
     program_.url = physical;
-    if (written) *written = std::move(text_);
+    if (written) *written = std::move(script_.of(Language::javascript).text);
     page_.program = std::make_shared<const language::Program>(std::move(program_));
     return std::move(page_);
   }
@@ -53,7 +50,7 @@ class Compiler {
 
   // Adds the file where the script has got to: its pieces, or as the script that it is. `from` is where
   // it is included.
-  void add_file(const FileName& name, Piece::Kind as, Point from) {
+  void add_file(const FileName& name, Piece::Kind as, Point from, std::optional<Language> language = std::nullopt) {
     const std::string& path = name.canonical;
     const bool is_page = open_.empty();
     const std::string& includer = is_page ? path : open_.back();
@@ -78,7 +75,7 @@ class Compiler {
     open_.push_back(path);
     const Place place{path, index, LineCounter(text)};
     if (as == Piece::script) {
-      add_code(text, place);
+      add_code(text, place, language.value_or(language_));
     } else {
       add_pieces(text, place, is_page);
     }
@@ -87,7 +84,9 @@ class Compiler {
 
   void add_pieces(const std::wstring& text, Place place, bool is_page) {
     std::optional<std::size_t> behind_directive;
-    for (Piece piece : scan(text, place)) {
+    const std::vector<Piece> pieces = scan(text, place);
+    if (is_page) find_language(pieces);
+    for (Piece piece : pieces) {
       place.lines.move_to(piece.offset);
       switch (piece.kind) {
         case Piece::literal:
@@ -96,7 +95,7 @@ class Compiler {
           add_literal(piece.text, place);
           break;
         case Piece::code:
-          add_code(piece.text, place);
+          add_code(piece.text, place, piece.language.value_or(language_));
           break;
         case Piece::expression:
           add_expression(piece.text, place);
@@ -108,10 +107,10 @@ class Compiler {
           break;
         case Piece::include:
         case Piece::script:
-          if (const auto file = resolve(piece, place)) add_file(*file, piece.kind, point_of(place));
+          if (const auto file = resolve(piece, place)) add_file(*file, piece.kind, point_of(place), piece.language);
           break;
       }
-      if (text_.size() > kMaxScript) fail("The page is too large.", place);
+      if (script_.size() > kMaxScript) fail("The page is too large.", place);
     }
   }
 
@@ -122,6 +121,17 @@ class Compiler {
       LineCounter lines(text);
       lines.move_to(fault.offset);
       throw PageSourceError(fault.what, place.file, lines.line(), lines.column() + 1);
+    }
+  }
+
+  // The pieces in front of the directive are of its language as well.
+  void find_language(const std::vector<Piece>& pieces) {
+    const auto found = std::ranges::find(pieces, Piece::directive, &Piece::kind);
+    if (found == pieces.end()) return;
+    try {
+      language_ = read_directive(found->text).language.value_or(language_);
+    } catch (const std::string&) {
+      return;  // said when it is its turn
     }
   }
 
@@ -149,7 +159,7 @@ class Compiler {
 
   void add_literal(std::wstring_view text, const Place& place) {
     if (text.empty()) return;
-    add_generated(std::wstring(language::kPageText) + std::to_wstring(program_.literals.size()) + L");", place);
+    script_.add_html(language_, program_.literals.size(), text, source_line(place));
     program_.literals.emplace_back(text);
   }
 
@@ -157,22 +167,20 @@ class Compiler {
     // A semicolon that ends a statement elsewhere is not part of the expression.
     const std::size_t last = text.find_last_not_of(L" \t\r\n\f;");
     if (last == std::wstring_view::npos) fail("<%= %> holds no expression.", place);
-    std::wstring behind(text.substr(last + 1));
-    std::ranges::replace(behind, L'\r', static_cast<wchar_t>(language::kReturnBehindExpression));
-    std::ranges::replace(behind, L'\n', static_cast<wchar_t>(language::kLineBehindExpression));
-    add_generated(language::kExpressionBegins, place);
-    add_code(text.substr(0, last + 1), place);
-    add_generated(std::wstring(language::kExpressionEnds).append(language::kBehindExpression) + behind, place);
+    const std::wstring_view behind = text.substr(last + 1);
+    script_.begin_out(language_, source_line(place));
+    add_code(text.substr(0, last + 1), place, language_);
+    script_.end_out(language_, behind, source_line(place));
   }
 
   // Line by line, so that each line of the script is backed by one line of the page.
-  void add_code(std::wstring_view text, const Place& place) {
+  void add_code(std::wstring_view text, const Place& place, Language language) {
     int line = place.lines.line();
     int column = place.lines.column();
     while (true) {
       const std::size_t end = text.find_first_of(L"\r\n");
-      add_line(text.substr(0, end), place, line, column);
-      program_.lines.back().end = kind_of_end(text, end);
+      script_.add_line(language, text.substr(0, end),
+                       {.file = place.index, .line = line, .column = column, .end = kind_of_end(text, end)});
       if (end == std::wstring_view::npos) return;
       text.remove_prefix(end + line_end(text.substr(end)));
       ++line;
@@ -180,28 +188,8 @@ class Compiler {
     }
   }
 
-  // A line of the page. Within it the engine sees further line ends, which no editor shows as such.
-  void add_line(std::wstring_view text, const Place& place, int line, int column) {
-    program_.lines.push_back({place.index, line, column});
-    for (std::size_t at = 0; (at = text.find_first_of(L"\x2028\x2029", at)) != std::wstring_view::npos;) {
-      program_.lines.push_back({place.index, line, column + static_cast<int>(++at)});
-    }
-    text_.append(text).push_back(L'\n');
-  }
-
-  void add_generated(std::wstring_view text, const Place& place) {
-    program_.lines.push_back({place.index, place.lines.line(), place.lines.column(), true});
-    text_.append(text).push_back(L'\n');
-  }
-
-  // In script an include is a comment of the language, and would be passed over without a word.
-  void refuse_include(std::size_t comment) const {
-    if (!has_word(text_, skip_blanks(text_, comment + 4), L"#include")) return;
-    std::size_t line = 0;
-    for (std::size_t at = 0; at < comment; ++at) line += language::ends_line(std::wstring_view(text_), at);
-    const language::SourceLine& from = program_.lines[line];
-    throw PageSourceError("An include cannot stand inside script: put \"%>\" before it and \"<%\" after it.",
-                          program_.files[from.file], from.line);
+  static language::SourceLine source_line(const Place& place) {
+    return {place.index, place.lines.line(), place.lines.column()};
   }
 
   std::optional<FileName> resolve(const Piece& piece, const Place& place) const {
@@ -242,7 +230,8 @@ class Compiler {
 
   const std::string& root_;
   bool* const lacks_includes_;
-  std::wstring text_;
+  Language language_;  // of the page
+  PageText script_;
   language::Program program_;
   CompiledPage page_;
   LONG code_page_ = kUtf8CodePage;                     // of every file without a byte-order mark
@@ -255,14 +244,15 @@ class Compiler {
 
 }  // namespace
 
-CompiledPage compile_page(const std::string& root, const std::string& physical, std::wstring* written) {
-  return Compiler(root).compile(physical, written);
+CompiledPage compile_page(const std::string& root, const std::string& physical, Language language,
+                          std::wstring* written) {
+  return Compiler(root, language).compile(physical, written);
 }
 
-CompiledPage compile_present_files(const std::string& root, const std::string& physical, std::wstring& written,
-                                   bool& lacks_includes) {
+CompiledPage compile_present_files(const std::string& root, const std::string& physical, Language language,
+                                   std::wstring& written, bool& lacks_includes) {
   lacks_includes = false;
-  return Compiler(root, &lacks_includes).compile(physical, &written);
+  return Compiler(root, language, &lacks_includes).compile(physical, &written);
 }
 
 }  // namespace zelto::pages

@@ -3,7 +3,8 @@
 // Literal text becomes a call that writes it by number, so that a block opened in one <% %> may be closed
 // after it; code stands in the script as it is, and so does a file that a <script runat="server" src="…">
 // names, by the rules of an include. The script's lines remember the file and line that they
-// come from.
+// come from. Script in VBScript is compiled (vbscript/compiler.h). Where a page has both languages, they are one
+// script: that of the <script> elements in the other one comes first.
 #pragma once
 
 #include <memory>
@@ -11,6 +12,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <korlib/hresult.h>
 
 #include "language/program.h"
 #include "pages/directive.h"
@@ -25,22 +28,27 @@ struct PageSourceError : std::runtime_error {
   std::string file;  // its physical path
   int line;          // from 1
   int column;        // from 1; 0 when unknown
+  std::wstring source = L"Page";
+  HRESULT number = E_FAIL;
 };
 
 struct CompiledPage {
   std::shared_ptr<const language::Program> program;
   Directive directive;
+  bool has_vbscript = false;
   std::vector<std::pair<std::string, FileStamp>> files;  // what it was made of
   bool is_settled = true;                                // the stamps of `files` will tell of any change
 };
 
-// `root` is the site's folder and `physical` the page's file, both canonical. Throws PageSourceError.
-// `written` receives the script as it stands in the files, in the lines of the program and without its shifts.
-CompiledPage compile_page(const std::string& root, const std::string& physical, std::wstring* written = nullptr);
+// `root` is the site's folder and `physical` the page's file, both canonical; `language` is that of a page without a
+// directive that says. Throws PageSourceError. `written` receives the script as it stands in the files, in the lines of
+// the program and without its shifts.
+CompiledPage compile_page(const std::string& root, const std::string& physical,
+                          Language language = Language::javascript, std::wstring* written = nullptr);
 
 // The same for whoever tells of missing includes already: they are passed over, and `lacks_includes` says whether any
 // was.
-CompiledPage compile_present_files(const std::string& root, const std::string& physical, std::wstring& written,
-                                   bool& lacks_includes);
+CompiledPage compile_present_files(const std::string& root, const std::string& physical, Language language,
+                                   std::wstring& written, bool& lacks_includes);
 
 }  // namespace zelto::pages

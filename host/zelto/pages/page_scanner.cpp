@@ -1,7 +1,6 @@
 #include "pages/page_scanner.h"
 
 #include "base/letter_case.h"
-#include "pages/tag_attributes.h"
 
 namespace zelto::pages {
 
@@ -79,8 +78,10 @@ class Scanner {
     if (!is_script) {
       throw ScanFault{"<object runat=\"server\"> is not known here: use Server.CreateObject.", open};
     }
-    if (tag->has(L"language") && !is_javascript(tag->value_of(L"language"))) {
-      throw ScanFault{"This host runs pages in JavaScript only: <script language=\"" +
+    std::optional<Language> language;
+    if (tag->has(L"language")) language = language_of(tag->value_of(L"language"));
+    if (tag->has(L"language") && !language) {
+      throw ScanFault{"This host runs pages in JavaScript and VBScript: <script language=\"" +
                           ascii(tag->value_of(L"language")) + "\"> cannot be run.",
                       open};
     }
@@ -92,6 +93,7 @@ class Scanner {
     } else {
       add(Piece::code, tag->end, close);
     }
+    pieces_.back().language = language;
     const std::size_t end = text_.find(L'>', close);
     resume(end == std::wstring_view::npos ? text_.size() : end + 1);
     return true;

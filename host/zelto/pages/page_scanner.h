@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "pages/tag_attributes.h"
 
 namespace zelto::pages {
 
@@ -21,6 +24,7 @@ struct Piece {
   std::wstring_view text;   // of the page: what stands inside the delimiters; an include's or script's path
   std::size_t offset = 0;   // of `text` in the page
   bool is_virtual = false;  // the path begins at the site's root
+  std::optional<Language> language = std::nullopt;  // of a <script runat="server"> that says
 };
 
 // What cannot be cut, and where.

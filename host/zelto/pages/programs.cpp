@@ -10,8 +10,11 @@ namespace zelto {
 
 namespace {
 
-LoadedPage failed(const std::string& what, const std::string& file, int line, int column) {
-  return {nullptr, language::ScriptError{{file, line, column}, to_wide(what), L"Page", E_FAIL}, {}};
+LoadedPage failed(const pages::PageSourceError& error) {
+  return {
+      nullptr,
+      language::ScriptError{{error.file, error.line, error.column}, to_wide(error.what()), error.source, error.number},
+      {}};
 }
 
 bool is_current(const pages::CompiledPage& page, const std::string& physical,
@@ -40,11 +43,11 @@ LoadedPage Programs::load(const std::string& virtual_path, const std::string& ph
   std::shared_ptr<const pages::CompiledPage> page = current(physical, seen);
   if (!page) {
     try {
-      page = std::make_shared<pages::CompiledPage>(pages::compile_page(root_, physical));
+      page = std::make_shared<pages::CompiledPage>(pages::compile_page(root_, physical, language_));
     } catch (const pages::PageSourceError& error) {
-      return failed(error.what(), error.file, error.line, error.column);
+      return failed(error);
     } catch (const std::bad_alloc&) {
-      return failed("There is no memory left to compile " + virtual_path + ".", physical, 0, 0);
+      return failed({"There is no memory left to compile " + virtual_path + ".", physical, 0, 0});
     }
     std::lock_guard guard(lock_);
     pages_[physical] = page;

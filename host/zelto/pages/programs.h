@@ -23,7 +23,9 @@ struct LoadedPage {
 // looked at anew each time.
 class Programs {
  public:
-  explicit Programs(std::string root) : root_(std::move(root)) {}
+  // `language` is that of pages that do not say.
+  explicit Programs(std::string root, pages::Language language = pages::Language::javascript)
+      : root_(std::move(root)), language_(language) {}
 
   // `physical` is the page's canonical path, and `seen` the stamp that its file had when the request came: what was
   // compiled of that is not looked at again.
@@ -37,6 +39,7 @@ class Programs {
                                                      const std::optional<pages::FileStamp>& seen);
 
   std::string root_;
+  pages::Language language_;
   std::mutex lock_;
   std::unordered_map<std::string, std::shared_ptr<const pages::CompiledPage>> pages_;
 };

@@ -58,10 +58,12 @@ std::string ascii(std::wstring_view text) {
   return out;
 }
 
-bool is_javascript(std::wstring_view language) {
-  return std::ranges::any_of(
+std::optional<Language> language_of(std::wstring_view name) {
+  if (base::equal_ascii(name, L"vbscript")) return Language::vbscript;
+  const bool is_javascript = std::ranges::any_of(
       std::initializer_list<std::wstring_view>{L"javascript", L"jscript", L"ecmascript", L"livescript"},
-      [&](std::wstring_view known) { return base::equal_ascii(language, known); });
+      [&](std::wstring_view known) { return base::equal_ascii(name, known); });
+  return is_javascript ? std::optional(Language::javascript) : std::nullopt;
 }
 
 std::optional<AttributeValue> read_attribute_value(std::wstring_view text, std::size_t at) {

@@ -19,6 +19,8 @@ struct AttributeValue {
   std::size_t end;  // after the value and its closing quote
 };
 
+enum class Language : unsigned char { javascript, vbscript };
+
 struct TagAttributes {
   std::vector<Attribute> all;
   std::size_t end;  // after the '>'
@@ -31,7 +33,8 @@ std::size_t skip_blanks(std::wstring_view text, std::size_t at);
 // Whether the word stands there, in any letter case, and ends there.
 bool has_word(std::wstring_view text, std::size_t at, std::wstring_view word);
 std::string ascii(std::wstring_view text);  // for messages; other characters become '?'
-bool is_javascript(std::wstring_view language);
+// As a page names it; nothing for one that the host does not run.
+std::optional<Language> language_of(std::wstring_view name);
 
 // `= value`, from the equals sign or the blanks before it. Nothing without an equals sign or a closing quote.
 std::optional<AttributeValue> read_attribute_value(std::wstring_view text, std::size_t at);

@@ -23,6 +23,10 @@ class CallArguments {  // NOLINT(bugprone-exception-escape)
   bool convert(Values& values, std::size_t count, const JSValueRef* given, JSValueRef* exception,
                RepeatedTexts::Loan* loan = nullptr);
 
+  // The other way: so many, each of which the caller sets, the first one first.
+  void resize(std::size_t count) { reversed_.resize(count); }
+  VARIANT& at(std::size_t i) { return reversed_[reversed_.size() - 1 - i]; }
+
   bool empty() const noexcept { return reversed_.empty(); }
   // Refers to these.
   DISPPARAMS params() noexcept { return {reversed_.data(), nullptr, static_cast<UINT>(reversed_.size()), 0}; }

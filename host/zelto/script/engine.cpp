@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "script/realm.h"
+#include "script/vbscript/library.h"
 #include "script/world/prelude.h"
 
 namespace zelto::script {
@@ -88,6 +89,7 @@ Engine::~Engine() {
   worlds_.clear();
   scripts_.clear();
   texts_.clear();
+  vbscript_.reset();
   built_ins_.reset();
   prelude_.reset();
   JSValueUnprotect(idle_context_, idle_function_);
@@ -106,6 +108,11 @@ JSScriptRef Engine::built_ins() {
     if (BuiltIns::can_tell(model.context())) built_ins_ = std::make_unique<ParsedScript>(group_, source, "zelto");
   }
   return built_ins_ ? built_ins_->get() : nullptr;
+}
+
+JSScriptRef Engine::vbscript() {
+  if (!vbscript_) vbscript_ = std::make_unique<ParsedScript>(group_, vbscript::library_source(), "zelto");
+  return vbscript_->get();
 }
 
 Realm* Engine::realm_of(JSContextRef ctx) {

@@ -80,6 +80,8 @@ class Engine {
   JSScriptRef prelude() const noexcept { return prelude_->get(); }
   // What BuiltIns needs; null when worlds cannot be kept with this version of the engine.
   JSScriptRef built_ins();
+  // The library of VBScript: parsed when it is first asked for.
+  JSScriptRef vbscript();
   Worlds& worlds() noexcept { return worlds_; }
   Watchdog& watchdog() noexcept { return watchdog_; }
   const Watchdog& watchdog() const noexcept { return watchdog_; }
@@ -117,6 +119,7 @@ class Engine {
   RepeatedTexts texts_;
   std::unique_ptr<ParsedScript> prelude_;
   std::unique_ptr<ParsedScript> built_ins_;
+  std::unique_ptr<ParsedScript> vbscript_;
   bool has_looked_at_built_ins_ = false;
   Worlds worlds_{*this};
   std::vector<Realm*> realms_;

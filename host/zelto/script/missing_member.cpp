@@ -66,6 +66,8 @@ std::wstring guessed(IDispatch* object, std::wstring_view wanted) {
 
 }  // namespace
 
+std::wstring kind_of(IDispatch* object) { return kind_of(type_of(object).get()); }
+
 void MissingMember::note(CComPtr<IDispatch> object, std::wstring_view kind, std::u16string_view name) {
   object_ = std::move(object);
   kind_ = kind;

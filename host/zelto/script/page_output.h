@@ -12,6 +12,8 @@ struct IPageOutput : IUnknown {
   // Where it is kept whether what is written may wait for the end of the page, or for a call that sends it. Any call
   // may change that; the place lasts as long as the object.
   virtual const bool& may_wait() const noexcept = 0;
+  // The number of the locale that the page writes dates and numbers by.
+  virtual LONG locale() const noexcept = 0;
   // Response.Write of a text, in UTF-16.
   virtual HRESULT write_text(std::u16string_view text) = 0;
 

@@ -4,6 +4,7 @@
 #include <korlib_host/errors.h>
 
 #include "script/call_arguments.h"
+#include "script/vbscript/component_calls.h"
 
 namespace zelto::script {
 namespace {
@@ -68,7 +69,9 @@ HRESULT ScriptObject::check_callable() const {
 
 bool ScriptObject::has_name(const JsString& name, bool* is_lexical) {
   *is_lexical = false;
-  return is_global() ? realm_->globals().declares(name, is_lexical) : realm_->prelude().has_own_name(object_, name);
+  if (is_global()) return realm_->globals().declares(name, is_lexical);
+  if (!vbscript::is_instance(*realm_, object_)) return realm_->prelude().has_own_name(object_, name);
+  return vbscript::has_member(*realm_, object_, JSValueMakeString(realm_->context(), name.get()));
 }
 
 HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* ids) {
@@ -77,7 +80,8 @@ HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LC
   for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
   RETURN_IF_FAILED(check_callable());
   return korlib::guarded(L"Zelto", [&]() -> HRESULT {
-    const std::u16string key = to_utf16(std::wstring_view(names[0]));
+    std::u16string key = to_utf16(std::wstring_view(names[0]));
+    if (is_global()) key = realm_->globals().spelled(std::move(key));
     const EngineLock lock(realm_->context());
     JsString text(std::u16string_view{key});
     bool is_lexical = false;
@@ -123,6 +127,9 @@ HRESULT ScriptObject::Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAM
 
 HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, JSValueRef* exception) {
   const EngineLock lock(realm_->context());
+  if (id != DISPID_NEWENUM && vbscript::is_instance(*realm_, object_)) {
+    return dispatch_instance(id, flags, params, result, exception);
+  }
   const auto given = CallArguments::in_order(params);
   RootedValues arguments(realm_->context(), given.size());
   for (const VARIANT& argument : given) {
@@ -133,16 +140,16 @@ HRESULT ScriptObject::dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIAN
   const bool puts = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
   if (id == DISPID_NEWENUM && !puts) return enumerate(result, exception);
   if (id == DISPID_VALUE) {
-    return puts ? put_default(arguments, exception) : call_default(flags, arguments, result, exception);
+    return puts ? put_default(arguments, exception) : call_default(flags, arguments, params, result, exception);
   }
-  if (id < 1 || static_cast<std::size_t>(id) > names_.size()) return DISP_E_MEMBERNOTFOUND;
-  const Name& name = names_[static_cast<std::size_t>(id) - 1];
+  if (!is_known(id)) return DISP_E_MEMBERNOTFOUND;
+  const Name& name = name_of(id);
   if (puts) return put(name, arguments, exception);
   JSValueRef value = read(name, exception);
   if (*exception) return E_FAIL;
   if (realm_->engine().classes().is_function(realm_->context(), value)) {
     if (!(flags & DISPATCH_METHOD)) return DISP_E_MEMBERNOTFOUND;
-    return call(object_of(value), object_, arguments, result, exception);
+    return call(object_of(value), object_, arguments, params, result, exception);
   }
   if (!(flags & DISPATCH_PROPERTYGET)) {
     return korlib::raise(DISP_E_MEMBERNOTFOUND, L"Zelto", L"'" + to_wide(name.text.view()) + L"' is not a function");
@@ -157,7 +164,7 @@ HRESULT ScriptObject::get_indexed(JSValueRef value, const RootedValues& argument
   if (!JSValueIsObject(ctx, value)) return DISP_E_BADPARAMCOUNT;
   auto* object = object_of(value);
   if (realm_->engine().classes().is_automation_object(ctx, value)) {
-    return call(object, nullptr, arguments, result, exception);
+    return call(object, nullptr, arguments, nullptr, result, exception);
   }
   if (arguments.size() > 1) return DISP_E_BADPARAMCOUNT;
   const JsString name(JSValueToStringCopy(ctx, arguments[0], exception));
@@ -196,10 +203,22 @@ HRESULT ScriptObject::put_default(const RootedValues& arguments, JSValueRef* exc
   return S_OK;
 }
 
-HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VARIANT* result, JSValueRef* exception) {
+// An instance of a class of VBScript's.
+HRESULT ScriptObject::dispatch_instance(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result,
+                                        JSValueRef* exception) {
+  if (id != DISPID_VALUE && !is_known(id)) return DISP_E_MEMBERNOTFOUND;
+  JSContextRef ctx = realm_->context();
+  JSValueRef name = id == DISPID_VALUE ? JSValueMakeUndefined(ctx) : JSValueMakeString(ctx, name_of(id).text.get());
+  JSValueRef value = nullptr;
+  RETURN_IF_FAILED(vbscript::invoke(*realm_, object_, name, flags, params, &value, exception));
+  return value ? deliver(value, result, exception) : S_OK;
+}
+
+HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, DISPPARAMS* params, VARIANT* result,
+                                   JSValueRef* exception) {
   JSContextRef ctx = realm_->context();
   if ((flags & DISPATCH_METHOD) && JSObjectIsFunction(ctx, object_)) {
-    return call(object_, nullptr, arguments, result, exception);
+    return call(object_, nullptr, arguments, params, result, exception);
   }
   if (arguments.empty()) {
     JSValueRef text = to_string_value(ctx, object_, exception);
@@ -218,10 +237,13 @@ HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, VA
   return deliver(value, result, exception);
 }
 
-HRESULT ScriptObject::call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, VARIANT* result,
-                           JSValueRef* exception) {
+// `params` are the arguments as the component gave them; null where the function is none of the script's.
+HRESULT ScriptObject::call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, DISPPARAMS* params,
+                           VARIANT* result, JSValueRef* exception) {
   JSValueRef value =
-      JSObjectCallAsFunction(realm_->context(), function, self, arguments.size(), arguments.data(), exception);
+      params && realm_->prelude().speaks_vbscript()
+          ? vbscript::call(*realm_, function, self, params, exception)
+          : JSObjectCallAsFunction(realm_->context(), function, self, arguments.size(), arguments.data(), exception);
   return value && !*exception ? deliver(value, result, exception) : E_FAIL;
 }
 

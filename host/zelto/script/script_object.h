@@ -66,11 +66,15 @@ class ScriptObject final : public korlib::Counted<IScriptObject> {
   HRESULT dispatch(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, JSValueRef* exception);
   HRESULT get_indexed(JSValueRef value, const RootedValues& arguments, VARIANT* result, JSValueRef* exception);
   HRESULT put_default(const RootedValues& arguments, JSValueRef* exception);
-  HRESULT call_default(WORD flags, const RootedValues& arguments, VARIANT* result, JSValueRef* exception);
+  HRESULT call_default(WORD flags, const RootedValues& arguments, DISPPARAMS* params, VARIANT* result,
+                       JSValueRef* exception);
+  HRESULT dispatch_instance(DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, JSValueRef* exception);
+  bool is_known(DISPID id) const { return id >= 1 && static_cast<std::size_t>(id) <= names_.size(); }
+  const Name& name_of(DISPID id) const { return names_[static_cast<std::size_t>(id) - 1]; }
   HRESULT enumerate(VARIANT* result, JSValueRef* exception);
   HRESULT put(const Name& name, const RootedValues& arguments, JSValueRef* exception);
-  HRESULT call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, VARIANT* result,
-               JSValueRef* exception);
+  HRESULT call(JSObjectRef function, JSObjectRef self, const RootedValues& arguments, DISPPARAMS* params,
+               VARIANT* result, JSValueRef* exception);
   HRESULT deliver(JSValueRef value, VARIANT* result, JSValueRef* exception);
   bool has_name(const JsString& name, bool* is_lexical);
   JSValueRef read(const Name& name, JSValueRef* exception);

@@ -6,7 +6,9 @@
 #include "base/serial_date.h"
 #include "script/array_values.h"
 #include "script/automation_object.h"
+#include "script/realm.h"
 #include "script/text.h"
+#include "script/vbscript/border.h"
 
 namespace zelto::script {
 namespace {
@@ -124,6 +126,9 @@ bool Values::object_to_variant(JSObjectRef object, VARIANT* out, JSValueRef* exc
       return bytes_to_variant(*this, object, out, exception);
     default:
       return array_to_variant(*this, object, out, exception);
+  }
+  if (Realm* realm = Engine::realm_of(context_); realm && vbscript::box_to_variant(*realm, object, out, exception)) {
+    return !*exception;
   }
   out->vt = VT_DISPATCH;
   out->pdispVal = wrappers_.to_automation(object).detach();

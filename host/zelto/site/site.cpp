@@ -35,7 +35,7 @@ Site::Site(SiteOptions options)
       root_(settings_->options.root),
       log_(settings_->options.log),
       application_(std::make_shared<ApplicationState>(settings_->options.session_patience)),
-      programs_(root_),
+      programs_(root_, settings_->options.language),
       sessions_(settings_->options.session_patience, settings_->options.session_timeout,
                 settings_->options.session_suffix, settings_->options.session_limit) {}
 

@@ -17,9 +17,10 @@ namespace zelto {
 
 struct SiteOptions {
   std::string root;
-  StaticOptions files;       // without the root
-  bool debug = false;        // error pages tell what went wrong
-  bool debug_panel = false;  // with it, HTML answers end with what the page did
+  StaticOptions files;                                     // without the root
+  pages::Language language = pages::Language::javascript;  // of pages that do not say
+  bool debug = false;                                      // error pages tell what went wrong
+  bool debug_panel = false;                                // with it, HTML answers end with what the page did
   std::chrono::seconds script_timeout{90};
   std::size_t script_memory = std::size_t{1} << 30;  // bytes that one page may take
   std::size_t kept_memory = std::size_t{4} << 30;    // bytes of the program beyond which pages keep nothing more in it
@@ -44,8 +45,8 @@ class Site {
 
   const std::string& root() const { return root_; }  // canonical, without a slash at its end
   // Any thread may ask for the settings, or change them: requests that have begun keep those that they have. The root,
-  // the log, the sessions' patience and the suffix of their identifiers stay. Throws, and changes nothing, when the
-  // folder has gone.
+  // the pages' language, the log, the sessions' patience and the suffix of their identifiers stay. Throws, and changes
+  // nothing, when the folder has gone.
   std::shared_ptr<const SiteSettings> settings() const;
   void change(SiteOptions options);
   SessionStore& sessions() { return sessions_; }

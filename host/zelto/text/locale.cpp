@@ -117,6 +117,23 @@ bool is_locale(LONG lcid) {
   return is_neutral(lcid) || find_name(lcid, name);
 }
 
+std::string locale_tag(LONG lcid) {
+  LocaleName name;
+  if (is_neutral(lcid)) return "en-US";
+  if (!find_name(lcid, name)) return {};
+  LocaleName tag;
+  UErrorCode status = U_ZERO_ERROR;
+  uloc_toLanguageTag(name.data(), tag.data(), static_cast<int32_t>(tag.size()), false, &status);
+  return U_SUCCESS(status) ? std::string(tag.data()) : std::string();
+}
+
+LONG locale_number(const std::string& tag) {
+  LocaleName name;
+  UErrorCode status = U_ZERO_ERROR;
+  uloc_forLanguageTag(tag.c_str(), name.data(), static_cast<int32_t>(name.size()), nullptr, &status);
+  return U_SUCCESS(status) ? static_cast<LONG>(uloc_getLCID(name.data())) : 0;
+}
+
 HRESULT check_locale(std::wstring_view source, LONG lcid) {
   if (is_locale(lcid)) return S_OK;
   return korlib::raise(

@@ -16,6 +16,10 @@ inline constexpr LONG kNeutralLocale = 2048;
 
 // Whether the number is one of those three or that of a locale that ICU knows.
 bool is_locale(LONG lcid);
+// What the web calls it, "de-DE"; English for the neutral form, and nothing for an unknown number. And back: 0 where
+// there is none.
+std::string locale_tag(LONG lcid);
+LONG locale_number(const std::string& tag);
 // Fails with a message that names the number, for a member of `source` that is given another.
 HRESULT check_locale(std::wstring_view source, LONG lcid);
 

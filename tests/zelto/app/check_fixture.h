@@ -12,7 +12,9 @@ namespace test {
 class CheckedSite : public SiteFolder {
  protected:
   // The lines that are printed, without the last, which counts.
-  std::string found(const zelto::StaticOptions& options = {}) {
+  std::string found(const zelto::StaticOptions& files = {}) {
+    zelto::SiteOptions options;
+    options.files = files;
     zelto::check::Findings findings;
     zelto::check::SiteCheck check(root, options, findings);
     check.run();

@@ -86,11 +86,12 @@ TEST_F(CheckedPages, AreLookedAtWithoutTheIncludesThatThereAreNot) {
 }
 
 TEST_F(CheckedPages, InAnotherLanguageAreNamedOnceEach) {
-  write("a.asp", "<%@ Language=\"VBScript\" %>\n<% Dim x\nSet x = Nothing %>");
-  write("b.asp", "\n<script language=\"VBScript\" runat=\"server\">Dim y</script>");
+  write("a.asp", "<%@ Language=\"PerlScript\" %>\n<% Dim x\nSet x = Nothing %>");
+  write("b.asp", "\n<script language=\"PerlScript\" runat=\"server\">Dim y</script>");
   EXPECT_EQ(
-      "a.asp:1:4: error: This host runs pages in JavaScript only: Language=\"VBScript\" cannot be run.\n"
-      "b.asp:2:1: error: This host runs pages in JavaScript only: <script language=\"VBScript\"> cannot be run.\n",
+      "a.asp:1:4: error: This host runs pages in JavaScript and VBScript: Language=\"PerlScript\" cannot be run.\n"
+      "b.asp:2:1: error: This host runs pages in JavaScript and VBScript: <script language=\"PerlScript\"> cannot be "
+      "run.\n",
       found());
 }
 

@@ -81,6 +81,14 @@ TEST_F(Configuration, ComesFromTheFile) {
   EXPECT_TRUE(made.site.debug);
 }
 
+TEST_F(Configuration, SaysWhichLanguagePagesHave) {
+  EXPECT_EQ(zelto::pages::Language::javascript, read("").site.language);
+  EXPECT_EQ(zelto::pages::Language::vbscript, read("language = \"vbscript\"").site.language);
+  auto fresh = read("language = \"VBScript\"");
+  EXPECT_EQ((std::vector<std::string_view>{"language"}), keep_until_restart(fresh, read("")));
+  EXPECT_EQ(zelto::pages::Language::javascript, fresh.site.language);
+}
+
 TEST_F(Configuration, AddsToWhatIsProtected) {
   const auto files =
       read("protect = [\"drafts/\", \"*.cfg\", \"notes.txt\"]\ndefault_documents = [\"a.asp\"]").site.files;
@@ -204,6 +212,7 @@ TEST_F(Configuration, SaysWhatItDoesNotUnderstand) {
       {"workers = 0", ":1: workers is a number from 1 to 1024; a right one is 4"},
       {"body_limit = -1", ":1: body_limit is a number from 0 to 1099511627776; a right one is 16777216"},
       {"script_timeout = 0", ":1: script_timeout is a number from 1 to 86400; a right one is 90"},
+      {"language = \"Perl\"", ":1: language is \"JavaScript\" or \"VBScript\"; a right one is \"JavaScript\""},
       {"script_memory = 1", ":1: script_memory is a number from 16777216 to 1099511627776; a right one is 1073741824"},
       {"kept_memory = 1", ":1: kept_memory is a number from 16777216 to 1125899906842624; a right one is 4294967296"},
       {"session_timeout = 1441", ":1: session_timeout is a number from 1 to 1440; a right one is 20"},
@@ -278,7 +287,7 @@ TEST_F(Configuration, RefusesAWrongTypeOfEveryKey) {
                 problem("# \n" + key + " = " + wrong));
     }
   }
-  EXPECT_EQ(27u, keys);
+  EXPECT_EQ(28u, keys);
 }
 
 TEST_F(Configuration, TakesEveryNumberWithinItsBoundsAndNoOther) {

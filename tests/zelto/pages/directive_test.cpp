@@ -40,9 +40,9 @@ TEST(Directive, SaysWhatItCannotObey) {
     const wchar_t* text;
     const char* fault;
   } rows[] = {
-      {L"Language=\"VBScript\"", "This host runs pages in JavaScript only: Language=\"VBScript\" cannot be run."},
-      {L"Language=PerlScript", "This host runs pages in JavaScript only: Language=\"PerlScript\" cannot be run."},
-      {L"Language", "This host runs pages in JavaScript only: Language=\"\" cannot be run."},
+      {L"Language=PerlScript",
+       "This host runs pages in JavaScript and VBScript: Language=\"PerlScript\" cannot be run."},
+      {L"Language", "This host runs pages in JavaScript and VBScript: Language=\"\" cannot be run."},
       {L"CodePage=12", "CodePage=\"12\" is not a code page that this host knows; 65001 is UTF-8."},
       {L"CodePage=utf-8", "CodePage=\"utf-8\" is not a code page that this host knows; 65001 is UTF-8."},
       {L"CodePage=99999999999", "CodePage=\"99999999999\" is not a code page that this host knows; 65001 is UTF-8."},

@@ -145,12 +145,12 @@ TEST_F(PageCompiler, ReportsCyclesWhereTheyClose) {
 TEST_F(PageCompiler, ReportsFaultsInIncludesThere) {
   write("open.inc", "\n<% x");
   write("two.inc", "<%@ Language=JScript %>\n<%@ Language=JScript %>");
-  write("other.inc", "\n\n<%@ Language=VBScript %>");
+  write("other.inc", "\n\n<%@ Language=PerlScript %>");
   write("nowhere.inc", "\n<%@ LCID=99999 %>");
   write("empty.inc", "\n<%= ; %>");
   EXPECT_EQ("/open.inc:2 This \"<%\" is not closed with \"%>\".", fault_of_text("<!--#include file=open.inc-->"));
   EXPECT_EQ("/two.inc:2 A page has one directive only.", fault_of_text("<!--#include file=two.inc-->"));
-  EXPECT_EQ("/other.inc:3 This host runs pages in JavaScript only: Language=\"VBScript\" cannot be run.",
+  EXPECT_EQ("/other.inc:3 This host runs pages in JavaScript and VBScript: Language=\"PerlScript\" cannot be run.",
             fault_of_text("<!--#include file=other.inc-->"));
   EXPECT_EQ("/nowhere.inc:2 LCID=\"99999\" is not a locale that this host knows; 2048 is the neutral form.",
             fault_of_text("<!--#include file=nowhere.inc-->"));

@@ -51,7 +51,7 @@ void PageCheck::tell(const std::string& page, Place place, const std::string& te
 std::optional<PageScript> PageCheck::check(const std::string& page) {
   try {
     PageScript script;
-    script.page = pages::compile_present_files(root_, page, script.written, script.lacks_includes);
+    script.page = pages::compile_present_files(root_, page, language_, script.written, script.lacks_includes);
     if (const auto error = syntax_.check(*script.page.program)) {
       tell(script.page.program->url, {error->file, error->line, error->column}, to_utf8(error->message));
     }

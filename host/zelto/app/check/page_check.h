@@ -14,7 +14,9 @@ namespace zelto::check {
 class PageCheck {
  public:
   // All outlive it; the root is canonical.
-  PageCheck(const std::string& root, Findings& findings) : root_(root), findings_(findings) {}
+  // `language` is that of pages that do not say.
+  PageCheck(const std::string& root, pages::Language language, Findings& findings)
+      : root_(root), language_(language), findings_(findings) {}
 
   // Of all pages first: tells the includes of the page, and of what it includes, that there are not.
   void check_includes(const std::string& page);
@@ -26,6 +28,7 @@ class PageCheck {
   void tell(const std::string& page, Place place, const std::string& text);
 
   const std::string& root_;
+  const pages::Language language_;
   Findings& findings_;
   Syntax syntax_;
   std::unordered_set<std::string> scanned_;

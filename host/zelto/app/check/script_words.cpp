@@ -92,6 +92,13 @@ std::wstring_view literal_text(std::wstring_view token) {
   return token.find(L'\\') == std::wstring_view::npos ? token : std::wstring_view();
 }
 
+ScriptWords any_words() {
+  ScriptWords words;
+  words.draw_prefixes.insert(L"OnDraw_");
+  words.makes_variables = words.makes_draw_functions = true;
+  return words;
+}
+
 ScriptWords words_of(const PageScript& script, const std::vector<Token>& tokens) {
   return Reader(script, tokens).read();
 }

@@ -33,6 +33,9 @@ struct ScriptWords {
 // The text of a string literal; empty for any other token, and for one with escapes.
 std::wstring_view literal_text(std::wstring_view token);
 
+// Of a script in which names are not looked at: it may have any.
+ScriptWords any_words();
+
 ScriptWords words_of(const PageScript& script, const std::vector<language::Token>& tokens);
 
 }  // namespace zelto::check

@@ -11,12 +11,12 @@
 
 namespace zelto::check {
 
-SiteCheck::SiteCheck(const std::string& root, const StaticOptions& options, Findings& findings)
+SiteCheck::SiteCheck(const std::string& root, const SiteOptions& options, Findings& findings)
     : root_(root),
-      options_(options),
+      options_(options.files),
       findings_(findings),
-      files_(SiteFiles::of(root, options.protected_names, options.page_extension)),
-      page_check_(root_, findings_),
+      files_(SiteFiles::of(root, options_.protected_names, options_.page_extension)),
+      page_check_(root_, options.language, findings_),
       template_check_(root_, options_.protected_names, findings_) {}
 
 void SiteCheck::check_global_file() {
@@ -38,6 +38,7 @@ void SiteCheck::check_page(const std::string& page) {
   check_links_of(page, true);
   const auto script = page_check_.check(page);
   if (!script) return;
+  if (script->page.has_vbscript) return template_check_.check_page(page, any_words());
   const auto tokens = language::tokenize(script->written);
   if (!tokens) return;
   check_members(*script, tokens->all, findings_);

@@ -7,14 +7,14 @@
 #include "app/check/page_check.h"
 #include "app/check/site_files.h"
 #include "app/check/template_check.h"
-#include "site/static_files.h"
+#include "site/site.h"
 
 namespace zelto::check {
 
 class SiteCheck {
  public:
   // All outlive it; the root is canonical.
-  SiteCheck(const std::string& root, const StaticOptions& options, Findings& findings);
+  SiteCheck(const std::string& root, const SiteOptions& options, Findings& findings);
 
   // Wants the stack that a page has.
   void run();

@@ -159,7 +159,10 @@ std::vector<const Entry*> find(const std::vector<Entry>& entries, std::string_vi
   const bool is_of_mark = is_mark(name);
   name = sought(name);
   if (name.empty()) return {};
-  if (is_of_mark) return named(entries, name, &Entry::names);
+  if (is_of_mark) {
+    auto found = named(entries, name, &Entry::names);
+    return found.empty() ? named(entries, name, &Entry::mentions) : found;
+  }
   auto found = about(entries, name);
   return found.empty() ? texts_with(entries, name) : found;
 }

@@ -1,7 +1,9 @@
 #include "script/world/globals.h"
 
+#include <algorithm>
 #include <string>
 
+#include "base/letter_case.h"
 #include "language/lexemes.h"
 #include "script/text.h"
 
@@ -19,6 +21,13 @@ void Globals::log(std::wstring_view level, std::wstring_view text) const {
   if (!log_) return;
   const language::SourcePlace here = reports_.here();
   log_({to_utf8(level), to_utf8(text), here.file, here.line});
+}
+
+std::u16string Globals::spelled(std::u16string name) const {
+  if (!folded_names_) return name;
+  const std::u16string folded = to_utf16(base::folded(to_wide(name)));
+  const auto found = std::ranges::lower_bound(*folded_names_, folded, {}, &language::FoldedName::folded);
+  return found != folded_names_->end() && found->folded == folded ? found->name : name;
 }
 
 bool Globals::declares(const JsString& name, bool* is_lexical) const {

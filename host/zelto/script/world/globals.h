@@ -54,7 +54,12 @@ class Globals {
   // among them.
   //
   // A program that runs from here on.
-  void remember(const language::Program& program) { has_lexical_ |= program.scope.declares_lexical_names; }
+  void remember(const language::Program& program) {
+    has_lexical_ |= program.scope.declares_lexical_names;
+    if (!program.folded_names.empty()) folded_names_ = &program.folded_names;
+  }
+  // The name as the program has it, where any letter case will do; any other as it is.
+  std::u16string spelled(std::u16string name) const;
   // Where the page runs as a function, its names are asked for there; null otherwise.
   void set_page(const PageFunction* page) { page_ = page; }
   // Whether the page has declared the name; `is_lexical` when it is not a property of the global object, or not found
@@ -78,6 +83,7 @@ class Globals {
   const bool* may_wait_ = nullptr;  // the output's
   LogSink log_;
   bool has_lexical_ = false;
+  const std::vector<language::FoldedName>* folded_names_ = nullptr;  // of the program, which outlives its run
   const PageFunction* page_ = nullptr;
 };
 

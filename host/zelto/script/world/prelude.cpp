@@ -8,7 +8,7 @@
 namespace zelto::script {
 namespace {
 
-constexpr std::size_t kStates = 3;  // numbers that the script and the host share
+constexpr std::size_t kStates = 4;  // numbers that the script and the host share
 
 }  // namespace
 
@@ -86,7 +86,7 @@ void Prelude::begin(JSValueRef response, JSValueRef server, JSValueRef literals)
   JSValueRef undefined = JSValueMakeUndefined(context_);
   JSValueRef arguments[] = {response ? response : undefined, server ? server : undefined,
                             literals ? literals : undefined};
-  state_[0] = 0;
+  state_[0] = state_[3] = 0;
   JSObjectCallAsFunction(context_, begin_, nullptr, 3, arguments, nullptr);
 }
 

@@ -47,6 +47,8 @@ class Prelude {
   // How much may be collected before the script hands it over, in units of UTF-16; -1 for nothing at all.
   void set_most_text(std::int32_t units) const noexcept { state_[1] = units; }
   bool has_text() const noexcept { return state_[0] != 0; }
+  // Whether the program that runs has asked for the library of VBScript.
+  bool speaks_vbscript() const noexcept { return state_[3] != 0; }
   // What has been collected since; null with no memory or stack for it.
   JSValueRef take_text() const;
 

@@ -279,6 +279,7 @@ const begin = (new_response, new_server, new_literals) => {
   server = new_server;
   text = "";
   state[2] = 0;
+  if (begin_library !== undefined) begin_library();
   forget_symbols();
   forget_methods();
   if (new_literals !== undefined) literals = new_literals ?? { __proto__: null };
@@ -289,6 +290,17 @@ const take = () => {
   return taken;
 };
 
+// What compiled VBScript calls, made when the first of it runs in this world: state[3] tells that this page is such a one.
+let library, begin_library;
+const give_library = () => {
+  state[3] = 1;
+  if (library === undefined) {
+    const create = name => native.create(name);
+    [library, begin_library] = native.library({ put, create, response: () => response }, prototype);
+  }
+  return library;
+};
+Object.defineProperty(globalThis, "$zelto_vb", { get: give_library });
 define(globalThis, "Enumerator", Enumerator);
 define(globalThis, "VBArray", VBArray);
 define(globalThis, "ActiveXObject", function ActiveXObject(name) { return native.create(name); });

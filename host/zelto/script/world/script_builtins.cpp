@@ -155,6 +155,14 @@ JSValueRef is_page(Realm& realm, std::size_t count, const JSValueRef* values, JS
   return JSValueMakeBoolean(realm.context(), count > 0 && page && page->is(values[0]));
 }
 
+// library(prelude, prototype): what compiled VBScript calls, and what is called before each program.
+JSValueRef library(Realm& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
+  if (count < 2) return nullptr;
+  const vbscript::Library& made = realm.world().make_library(values[0], values[1]);
+  JSValueRef pair[] = {made.object(), made.begin()};
+  return JSObjectMakeArray(realm.context(), 2, pair, exception);
+}
+
 // log(level, text): a line in the host's log.
 JSValueRef log(Realm& realm, std::size_t count, const JSValueRef* values, JSValueRef* exception) {
   if (count > 1 && realm.calls().may_call(exception))
@@ -191,6 +199,7 @@ JSClassRef make_builtins_class() {
       {"create", callback<entry<create>>, kFixed},
       {"has", callback<entry<has>>, kFixed},
       {"hand_global", callback<entry<hand_global>>, kFixed},
+      {"library", callback<entry<library>>, kFixed},
       {"log", callback<entry<log>>, kFixed},
       {"known", callback<entry<known>>, kFixed},
       {"show_names", callback<entry<show_names>>, kFixed},

@@ -46,6 +46,11 @@ World::~World() {
   }
 }
 
+const vbscript::Library& World::make_library(JSValueRef prelude, JSValueRef host_prototype) {
+  if (!library_) library_ = std::make_unique<vbscript::Library>(engine_, context(), prelude, host_prototype);
+  return *library_;
+}
+
 AutomationObject* World::set_host(std::u16string_view name) {
   auto host = std::ranges::find(hosts_, name, &Host::name);
   if (host == hosts_.end()) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "script/jsc.h"
+#include "script/vbscript/library.h"
 #include "script/world/built_ins.h"
 #include "script/world/kept_wrappers.h"
 #include "script/world/page_function.h"
@@ -32,6 +33,10 @@ class World {
 
   JSGlobalContextRef context() const noexcept { return context_.get(); }
   const Prelude& prelude() const noexcept { return *prelude_; }
+  // What compiled VBScript calls, made when the first of it runs here; null before that.
+  const vbscript::Library* library() const noexcept { return library_.get(); }
+  // `prelude` is what the prelude hands over to it, and the prototype that of automation objects.
+  const vbscript::Library& make_library(JSValueRef prelude, JSValueRef host_prototype);
 
   // What becomes of it when a page has ended.
   enum class Use { once, own, shared };
@@ -116,6 +121,7 @@ class World {
   Engine& engine_;
   std::unique_ptr<OpaqueJSContext, Release> context_;
   std::unique_ptr<Prelude> prelude_;
+  std::unique_ptr<vbscript::Library> library_;
   std::vector<Host> hosts_;
   KeptWrappers kept_wrappers_;
   std::unique_ptr<BuiltIns> built_ins_;

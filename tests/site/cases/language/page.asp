@@ -1,1 +1,1 @@
-<%@ Language="VBScript" %>
+<%@ Language="PerlScript" %>

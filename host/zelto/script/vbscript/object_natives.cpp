@@ -1,0 +1,206 @@
+// Members of automation objects, as VBScript calls them.
+#include <cstring>
+
+#include "script/automation_object.h"
+#include "script/callback.h"
+#include "script/realm.h"
+#include "script/vbscript/border.h"
+#include "script/vbscript/natives.h"
+
+namespace zelto::script::vbscript {
+namespace {
+
+constexpr WORD kCall = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
+constexpr int kMostDefaults = 8;  // a default member that answers an object with a default member …
+
+// What a function is called with.
+struct Given {
+  std::size_t count;
+  const JSValueRef* values;
+  JSValueRef operator[](std::size_t i) const { return values[i]; }
+  Given from(std::size_t first) const {
+    return count > first ? Given{count - first, values + first} : Given{0, nullptr};
+  }
+};
+
+// Every function starts with the realm whose code calls it, and with as many arguments as it needs.
+template <JSValueRef (*function)(Realm&, const Given&, JSValueRef*), std::size_t needed>
+JSValueRef entry(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count, const JSValueRef* values,
+                 JSValueRef* exception) {
+  Realm* realm = Engine::realm_of(ctx);
+  JSValueRef value = realm && count >= needed ? function(*realm, {count, values}, exception) : nullptr;
+  return value ? value : JSValueMakeUndefined(ctx);
+}
+
+AutomationObject* object_behind(Realm& realm, JSValueRef value, JSValueRef* exception) {
+  if (realm.engine().classes().is_automation_object(realm.context(), value))
+    return living<AutomationObject>(realm.context(), object_of(value), exception);
+  realm.errors().raise(DISP_E_TYPEMISMATCH, {}, exception);
+  return nullptr;
+}
+
+struct Target : CallTarget {
+  MemberNames* names = nullptr;  // that the member is one of; null for the default member
+  bool is_function = false;      // known not to be readable without arguments
+};
+
+// The member that a call is for: by its name, or the default member where that is undefined. False with an exception.
+bool find_target(Realm& realm, const Given& given, Target* target, JSValueRef* exception) {
+  AutomationObject* held = object_behind(realm, given[0], exception);
+  if (!held || !realm.calls().may_call(exception)) return false;
+  target->object = held->dispatch();
+  if (!JSValueIsString(realm.context(), given[1])) return true;
+  const JsString name(JSValueToStringCopy(realm.context(), given[1], exception));
+  if (!name.get()) return false;
+  const ShortText text(name.get());
+  HRESULT hr = S_OK;
+  const MemberName* known = held->names().find(target->object.get(), text.view(), &hr);
+  if (!known && FAILED(hr)) return realm.errors().raise(hr, to_wide(text.view()), exception);
+  if (!known) {
+    realm.missing().note(held->dispatch(), held->kind(), text.view());
+    realm.errors().raise_missing(exception);
+    return false;
+  }
+  target->id = known->id;
+  target->names = &held->names();
+  target->is_function = known->is_function;
+  target->name = to_wide(text.view());
+  return true;
+}
+
+bool convert(Realm& realm, const Given& given, CallArguments* arguments, JSValueRef* exception) {
+  arguments->resize(given.count);
+  for (std::size_t i = 0; i < given.count; ++i) {
+    if (!to_variant(realm, given[i], &arguments->at(i), exception)) return false;
+  }
+  return true;
+}
+
+// `rs.Fields("id")`: a property that is read without arguments and is an object is asked for its default member. False
+// for every other member, which takes the arguments itself.
+bool find_indexed(Realm& realm, const Target& target, CComPtr<IDispatch>* indexed) {
+  if (!target.names || target.is_function) return false;
+  CComVariant value;
+  const HRESULT hr = realm.calls().invoke(target.object.get(), target.id, DISPATCH_PROPERTYGET, {}, &value);
+  if (is_refused(hr)) target.names->mark_function(korlib::to_utf16(target.name));
+  if (FAILED(hr)) SetErrorInfo(0, nullptr);
+  if (FAILED(hr) || value.vt != VT_DISPATCH || !value.pdispVal) return false;
+  *indexed = value.pdispVal;
+  return true;
+}
+
+// invoke(object, name, …arguments)
+JSValueRef invoke(Realm& realm, const Given& given, JSValueRef* exception) {
+  Target target;
+  CallArguments arguments;
+  if (!find_target(realm, given, &target, exception) || !convert(realm, given.from(2), &arguments, exception)) {
+    return nullptr;
+  }
+  CComVariant result;
+  CComPtr<IDispatch> indexed;
+  const bool is_indexed = !arguments.empty() && find_indexed(realm, target, &indexed);
+  const HRESULT hr = realm.calls().invoke(is_indexed ? indexed.get() : target.object.get(),
+                                          is_indexed ? DISPID_VALUE : target.id, kCall, arguments.params(), &result);
+  if (!realm.errors().check(hr, target.name, exception)) return nullptr;
+  JSValueRef value = to_script(realm, result, exception);
+  if (value && target.object.get() == realm.globals().server() && given.count == 3) {
+    realm.calls().note_kind(value, given[2]);
+  }
+  return value;
+}
+
+// put(object, name, value, …arguments): what kind of value it is tells how it is put.
+JSValueRef put(Realm& realm, const Given& given, JSValueRef* exception) {
+  Target target;
+  CallArguments arguments;
+  CComVariant value;
+  if (!find_target(realm, given, &target, exception) || !to_variant(realm, given[2], &value, exception) ||
+      !convert(realm, given.from(3), &arguments, exception)) {
+    return nullptr;
+  }
+  CComPtr<IDispatch> indexed;
+  const bool is_indexed = !arguments.empty() && find_indexed(realm, target, &indexed);
+  const HRESULT hr = realm.calls().put(is_indexed ? indexed.get() : target.object.get(),
+                                       is_indexed ? DISPID_VALUE : target.id, arguments, value);
+  realm.errors().check(hr, target.name, exception);
+  return nullptr;
+}
+
+// items(object): what it enumerates, as an array.
+JSValueRef items(Realm& realm, const Given& given, JSValueRef* exception) {
+  AutomationObject* held = object_behind(realm, given[0], exception);
+  if (!held || !realm.calls().may_call(exception)) return nullptr;
+  const CComPtr<IDispatch> dispatch = held->dispatch();
+  std::vector<CComVariant> found;
+  const HRESULT hr = realm.calls().collect_items(dispatch.get(), &found);
+  if (!realm.errors().check(is_refused(hr) ? DISP_E_MEMBERNOTFOUND : hr, L"_NewEnum", exception)) return nullptr;
+  JSObjectRef array = JSObjectMakeArray(realm.context(), 0, nullptr, exception);
+  for (std::size_t i = 0; array && i < found.size(); ++i) {
+    JSValueRef value = to_script(realm, found[i], exception);
+    if (!value) return nullptr;
+    JSObjectSetPropertyAtIndex(realm.context(), array, static_cast<unsigned>(i), value, exception);
+  }
+  return array;
+}
+
+// Of the default member, and that of an object that it answers.
+HRESULT read_default(Realm& realm, CComPtr<IDispatch> current, VARIANT* value) {
+  for (int i = 0; i < kMostDefaults; ++i) {
+    CComVariant result;
+    RETURN_IF_FAILED(realm.calls().invoke(current.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {}, &result));
+    if (result.vt != VT_DISPATCH || !result.pdispVal) {
+      result.detach_to(value);
+      return S_OK;
+    }
+    current = result.pdispVal;
+  }
+  return DISP_E_TYPEMISMATCH;
+}
+
+JSValueRef default_value(Realm& realm, const Given& given, JSValueRef* exception) {
+  AutomationObject* held = object_behind(realm, given[0], exception);
+  if (!held || !realm.calls().may_call(exception)) return nullptr;
+  CComVariant value;
+  const HRESULT hr = read_default(realm, held->dispatch(), &value);
+  if (!realm.errors().check(is_refused(hr) ? DISP_E_MEMBERNOTFOUND : hr, {}, exception)) return nullptr;
+  return to_script(realm, value, exception);
+}
+
+JSValueRef has_default(Realm& realm, const Given& given, JSValueRef* exception) {
+  AutomationObject* held = object_behind(realm, given[0], exception);
+  if (!held || !realm.calls().may_call(exception)) return nullptr;
+  CComVariant value;
+  const HRESULT hr = read_default(realm, held->dispatch(), &value);
+  SetErrorInfo(0, nullptr);
+  return JSValueMakeBoolean(realm.context(), SUCCEEDED(hr));
+}
+
+// What TypeName answers.
+JSValueRef kind_name(Realm& realm, const Given& given, JSValueRef* exception) {
+  AutomationObject* held = object_behind(realm, given[0], exception);
+  if (!held) return nullptr;
+  const std::wstring name = kind_of(held->dispatch().get());
+  return string_value(realm.context(), name.empty() ? L"Object" : std::wstring_view(name));
+}
+
+// check(): raises when the page has ended.
+JSValueRef check(Realm& realm, const Given&, JSValueRef* exception) {
+  realm.calls().may_call(exception);
+  return nullptr;
+}
+
+}  // namespace
+
+void add_object_natives(JSContextRef context, JSObjectRef target) {
+  for (const Native& native : {Native{"invoke", callback<entry<invoke, 2>>},
+                               {"put", callback<entry<put, 3>>},
+                               {"items", callback<entry<items, 1>>},
+                               {"default_value", callback<entry<default_value, 1>>},
+                               {"has_default", callback<entry<has_default, 1>>},
+                               {"kind_name", callback<entry<kind_name, 1>>},
+                               {"check", callback<entry<check, 0>>}}) {
+    add_native(context, target, native);
+  }
+}
+
+}  // namespace zelto::script::vbscript

@@ -1,0 +1,161 @@
+// Writes a script as JavaScript.
+#pragma once
+
+#include <functional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vbscript/scope.h"
+#include "vbscript/script_writer.h"
+#include "vbscript/tree.h"
+
+namespace zelto::vbscript {
+
+// What is generated has names with a dollar in front, which no name of a script has: $add and the like are those of the
+// library (script/vbscript/library.h), $f_left its functions, $t1 values between statements, $L1 labels, $r the result
+// of a function, $resume whether the next statement follows a failing one.
+class Emitter {
+ public:
+  // `is_alone`: nothing but this script knows its variables.
+  Emitter(const ScriptNames& names, bool is_alone) : names_(names), procedure_(&names.top), is_alone_(is_alone) {}
+
+  void emit(Script& script);
+  // Of Eval.
+  void emit_value(Expression& expression) { let_value(expression); }
+
+  // What stands in front of all: the parts of the library that are used, and the variables of the top level.
+  std::wstring head();
+  // What is written stands in code that is made while a script runs.
+  void set_fragment() { is_fragment_ = true; }
+  // Whether the global object goes anywhere but to an object that is told so.
+  bool leaks_global() const { return leaks_global_; }
+  ScriptWriter& writer() { return out_; }
+
+ private:
+  using Emit = std::function<void()>;
+
+  // --- expressions: emit_expression.cpp
+  Type type_of(Expression& e);
+  Type find_type(Expression& e);
+  Type type_of_name(std::wstring_view name);
+  Type type_of_operation(Expression& e);
+  Type type_of_call(const Expression& e);
+  void value(Expression& e);      // as it is: an object, an array of somebody's
+  void let_value(Expression& e);  // what Let assigns
+  void set_value(Expression& e);  // what Set does
+  void condition(Expression& e);
+  void literal(const Expression& e);
+  void number(const Expression& e);
+  void operation(Expression& e);
+  void comparison(Expression& e);
+  void infix(std::wstring_view symbol, Expression& e, std::wstring_view tail = L"");
+  bool is_numeric(Expression& e);
+  static int written_as(const Expression& a, const Expression& b);
+
+  // --- names and calls: emit_call.cpp
+  const Symbol* find(std::wstring_view folded) const;
+  const ClassInfo::Member* find_member(std::wstring_view folded) const;
+  bool is_own_name(std::wstring_view folded) const;  // not of the language or the host
+  void name(Expression& e);
+  void language_name(Expression& e, std::wstring_view folded);
+  void call(Expression& e, bool is_statement);
+  void call_name(Expression& e, Expression& callee);
+  void call_language(Expression& e, std::wstring_view folded);
+  void call_procedure(const ProcedureInfo& procedure, std::wstring_view callee, Expression& e);
+  void call_member(Expression& e, Expression& member, bool is_statement);
+  bool call_known_member(Expression& e, Expression& member, bool is_statement);
+  void member_object(Expression& member);
+  void index(const Emit& what, Expression& e);
+  void arguments(Expression& e, const std::function<bool(std::size_t)>& is_reference);
+  void argument(Expression* e, bool is_reference, const Expression* taker);
+  void reference(Expression& e);
+  void me(const Expression* taker);
+  void instance(const Expression& e);
+  void raise_of(int number, std::wstring_view name);
+  void get_reference(Expression& e);
+  void own_member(const ClassInfo::Member& member, Expression& e, bool has_arguments);
+
+  // --- assignments: emit_assignment.cpp
+  void assign(Expression& target, bool is_set, const Emit& value);
+  void assign_name(Expression& target, bool is_set, const Emit& value);
+  void assign_call(Expression& target, bool is_set, const Emit& value);
+  bool assign_own_member(const ClassInfo::Member* member, Expression* arguments, bool is_set, const Emit& value);
+  std::wstring variable_text(std::wstring_view name);  // empty where it is none
+
+  // --- statements: emit_statement.cpp, emit_block.cpp
+  void block(Block& statements);
+  void statement(Statement& s);
+  void simple(Statement& s);
+  void redim(Statement& s);
+  void erase(Statement& s);
+  void exit(const Statement& s);
+  void execute(Statement& s);
+  void if_(Statement& s);
+  void if_resuming(Statement& s);
+  void select(Statement& s);
+  void test_case(Branch& branch, const std::wstring& subject);
+  void for_(Statement& s);
+  void loop(Statement& s, const Emit& begin, const std::wstring& test, const std::wstring& next,
+            const std::wstring& limit);
+  void for_resuming(Statement& s, const Emit& begin, const std::wstring& test, const std::wstring& step,
+                    const std::wstring& limit);
+  bool is_counter(const Statement& s) const;
+  void for_each(Statement& s);
+  void do_(Statement& s);
+  void with(Statement& s);
+  void guarded(const Emit& what, std::wstring_view otherwise = L"");
+  void loop_label(bool is_for);
+
+  // --- names for code that is made while the script runs: emit_names.cpp
+  void put_names();
+  std::wstring names_of_top();
+  std::wstring entry_of(std::wstring_view folded, const Symbol& symbol);
+
+  // --- procedures and classes: emit_procedure.cpp
+  void procedure(const ProcedureInfo& info, Procedure& tree);
+  void procedure_body(const ProcedureInfo& info, Procedure& tree);
+  void declare_locals(const ProcedureInfo& info);
+  std::wstring initial_of(const Declared& declared);
+  void class_(const ClassInfo& info, Class& tree);
+  void constructor(const ClassInfo& info);
+  void declare_top(std::wstring& text);
+  std::wstring named_procedures();
+
+  bool is_resuming() const { return procedure_->uses.has_resume; }
+  std::wstring temporary();
+  std::wstring label() { return L"$L" + std::to_wstring(++labels_); }
+  // A name of the library, which is made to be known.
+  std::wstring library(std::wstring_view name);
+  std::wstring function(std::wstring_view name);
+  std::wstring boxed(std::wstring_view kind, double value);
+  void put(std::wstring_view text) { out_.put(text); }
+
+  const ScriptNames& names_;
+  const ProcedureInfo* procedure_;
+  const bool is_alone_;
+  ScriptWriter out_;
+  std::set<std::wstring> library_;
+  std::set<std::wstring> functions_;
+  std::vector<std::wstring> boxes_;           // how they are made
+  std::vector<std::wstring> temporaries_;     // of the procedure
+  std::vector<std::wstring> top_variables_;   // those of Dim with what they begin as
+  std::vector<std::wstring> top_references_;  // calls that tell which parameters are references
+  std::vector<std::wstring> withs_;
+  std::vector<std::wstring> counters_;  // folded names that are known to be integers here
+  struct Loop {
+    bool is_for;
+    std::wstring label;
+  };
+  std::vector<Loop> loops_;
+  unsigned labels_ = 0;
+  unsigned temporary_count_ = 0;
+  bool leaks_global_ = false;
+  bool uses_me_ = false;
+  bool names_procedures_ = false;
+  bool names_top_ = false;
+  bool is_fragment_ = false;
+};
+
+}  // namespace zelto::vbscript
