@@ -15,7 +15,7 @@ const blocksOf = (text) => [...text.matchAll(/^```(\w+)(?: (\S+\.\w+))?\n([^]*?)
   .map(([, language, file, code]) => ({ language, file, code }));
 const lines = (text) => text.trim().split('\n').filter((line) => line.trim() !== '');
 
-for (const [document, commands] of [['databases.md', 1], ['controller.md', 2]]) {
+for (const [document, commands] of [['databases.md', 1], ['controller.md', 2], ['vbscript_examples.md', 3]]) {
   test(`${document} shows files, and what running them prints`, async () => {
     const folder = await mkdtemp(join(tmpdir(), 'shown-'));
     try {

@@ -49,8 +49,9 @@ std::string without_end(std::string text) {
 
 TEST(Documents, ShowPagesWithWhatTheyPrint) {
   const test::TemporaryFolder folder;
-  const std::pair<const char*, std::size_t> documents[] = {
-      {"pages.md", 4}, {"controller.md", 2}, {"objects.md", 1}, {"databases.md", 3}, {"moving.md", 1}};
+  const std::pair<const char*, std::size_t> documents[] = {{"pages.md", 4},   {"controller.md", 2},
+                                                           {"objects.md", 1}, {"databases.md", 3},
+                                                           {"moving.md", 1},  {"vbscript_examples.md", 10}};
   for (const auto& [document, least] : documents) {
     const std::vector<Example> examples = examples_in(fs::path(DOCUMENTS) / document, "```asp");
     EXPECT_GE(examples.size(), least);
@@ -63,10 +64,11 @@ TEST(Documents, ShowPagesWithWhatTheyPrint) {
   }
 }
 
-TEST(Documents, ShowTemplatesWithWhatTheyDraw) {
+// The templates of templates.md, drawn by the page that a document has in a block with that beginning.
+void show_templates(const char* of_page, const std::string& beginning) {
   const test::TemporaryFolder folder;
   const fs::path document = fs::path(DOCUMENTS) / "templates.md";
-  const std::vector<Example> pages = examples_in(document, "```asp");
+  const std::vector<Example> pages = examples_in(fs::path(DOCUMENTS) / of_page, beginning);
   const std::vector<Example> parts = examples_in(document, "```html part");
   ASSERT_EQ(1U, pages.size());
   ASSERT_EQ(1U, parts.size());
@@ -79,9 +81,15 @@ TEST(Documents, ShowTemplatesWithWhatTheyDraw) {
     folder.write("templates/example.html", example.source);
     const test::Ran ran =
         test::run_program({"run", "page.asp", "--query", "c=Greet&who=<Ann>"}, folder.path(), folder.path());
-    EXPECT_EQ(without_end(example.output), without_end(ran.output)) << "templates.md:" << example.line;
-    EXPECT_EQ("", ran.error) << "templates.md:" << example.line;
+    EXPECT_EQ(without_end(example.output), without_end(ran.output))
+        << "templates.md:" << example.line << " by the page of " << of_page;
+    EXPECT_EQ("", ran.error) << "templates.md:" << example.line << " by the page of " << of_page;
   }
+}
+
+TEST(Documents, ShowTemplatesWithWhatTheyDraw) {
+  show_templates("templates.md", "```asp");
+  show_templates("vbscript_examples.md", "```asp marks.asp");
 }
 
 }  // namespace
