@@ -38,12 +38,12 @@ class Reader {
       if (ends_line(text_, at)) begin_line(at + 1);
     }
     shift_ = std::ranges::lower_bound(program.shifts, line_, {}, &ColumnShift::line);
-    removed_ = std::accumulate(program.shifts.begin(), shift_, std::size_t{0}, [](std::size_t sum, const auto& shift) {
-      return sum + static_cast<std::size_t>(shift.removed);
+    removed_ = std::accumulate(program.shifts.begin(), shift_, std::size_t{0}, [&](std::size_t sum, const auto& shift) {
+      return sum + (is_compiled(shift.line) ? 0 : static_cast<std::size_t>(shift.removed));
     });
   }
 
-  bool begins_compiled() const { return source_line() && source_line()->is_compiled; }
+  bool begins_compiled() const { return is_compiled(line_); }
 
   std::u16string read() {
     while (at_ < end_) {
@@ -60,10 +60,12 @@ class Reader {
     at_ = at;
     ++line_;
   }
-  const SourceLine* source_line() const {
-    const auto index = static_cast<std::size_t>(line_) - 1;
+  const SourceLine* source_line(int line) const {
+    const auto index = static_cast<std::size_t>(line) - 1;
     return index < program_.lines.size() ? &program_.lines[index] : nullptr;
   }
+  const SourceLine* source_line() const { return source_line(line_); }
+  bool is_compiled(int line) const { return source_line(line) && source_line(line)->is_compiled; }
   bool is_generated() const { return source_line() && source_line()->is_generated; }
   bool line_begins_with(std::wstring_view words) const {
     return std::ranges::equal(text_.substr(at_, words.size()), words);

@@ -51,7 +51,7 @@ struct Program {
   std::vector<std::string> files;
   std::vector<SourceLine> lines;    // of each line of `text`; empty: `url` and the line itself
   std::vector<ColumnShift> shifts;  // in the order of the text
-  std::wstring removed;             // what they removed, one after the other
+  std::wstring removed;             // what they removed, one after the other, but for lines that are compiled
   std::vector<CComBSTR> literals;   // page text that the script writes by number
   PageScope scope;
   std::vector<FoldedName> folded_names;  // sorted; empty for a script whose names are as they are written

@@ -76,20 +76,11 @@ language::PageScope scope_of_both(language::PageScope script, const language::Pa
 }
 
 // `lines`: how many stand in front of those that the shifts are in.
-void add_shifts(std::vector<language::ColumnShift> shifts, std::wstring_view removed, std::size_t lines,
-                language::Program& program) {
+void add_shifts(std::vector<language::ColumnShift> shifts, std::size_t lines, language::Program& program) {
   for (language::ColumnShift& shift : shifts) {
     shift.line += static_cast<int>(lines);
     program.shifts.push_back(shift);
   }
-  program.removed += removed;
-}
-
-// What stands in for the text that VBScript's shifts remove.
-std::wstring filler(const std::vector<language::ColumnShift>& shifts) {
-  std::size_t length = 0;
-  for (const language::ColumnShift& shift : shifts) length += static_cast<std::size_t>(shift.removed);
-  return std::wstring(length, L' ');
 }
 
 }  // namespace
@@ -156,9 +147,10 @@ void PageText::finish(Language language, language::Program& program) {
   const std::wstring_view texts[] = {is_first ? rewritten.text : compiled.text,
                                      is_first ? compiled.text : rewritten.text};
   for (language::SourceLine& line : basic.lines) line.is_compiled = true;
-  if (is_first) add_shifts(rewritten.shifts, rewritten.removed, 0, program);
-  add_shifts(compiled.shifts, filler(compiled.shifts), is_first ? script.lines.size() : 0, program);
-  if (!is_first) add_shifts(rewritten.shifts, rewritten.removed, basic.lines.size(), program);
+  add_shifts(is_first ? rewritten.shifts : compiled.shifts, 0, program);
+  add_shifts(is_first ? compiled.shifts : rewritten.shifts, is_first ? script.lines.size() : basic.lines.size(),
+             program);
+  program.removed = std::move(rewritten.removed);
   language::set_head(program.shifts, static_cast<int>(compiled.head.size()));
   std::wstring text = std::move(compiled.head);
   text.append(texts[0]).append(texts[1]);

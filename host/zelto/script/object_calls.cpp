@@ -149,18 +149,26 @@ HRESULT ObjectCalls::put(IDispatch* object, DISPID id, CallArguments& arguments,
   return hr;
 }
 
-JSValueRef ObjectCalls::default_value(IDispatch* object, JSValueRef* exception) {
-  if (!may_call(exception)) return nullptr;
+HRESULT ObjectCalls::read_default(IDispatch* object, VARIANT* value) {
   CComPtr<IDispatch> current(object);
   for (int i = 0; i < kMostDefaults; ++i) {
     CComVariant result;
-    const HRESULT hr = invoke(current.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {}, &result);
-    if (is_refused(hr) && !is_unwinding()) return nullptr;
-    if (!realm_.errors().check(hr, {}, exception)) return nullptr;
-    if (result.vt != VT_DISPATCH || !result.pdispVal) return realm_.values().to_script(result, exception);
+    RETURN_IF_FAILED(invoke(current.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {}, &result));
+    if (result.vt != VT_DISPATCH || !result.pdispVal) {
+      result.detach_to(value);
+      return S_OK;
+    }
     current = result.pdispVal;
   }
-  return nullptr;
+  return S_FALSE;
+}
+
+JSValueRef ObjectCalls::default_value(IDispatch* object, JSValueRef* exception) {
+  if (!may_call(exception)) return nullptr;
+  CComVariant value;
+  const HRESULT hr = read_default(object, &value);
+  if (hr == S_FALSE || (is_refused(hr) && !is_unwinding())) return nullptr;
+  return realm_.errors().check(hr, {}, exception) ? realm_.values().to_script(value, exception) : nullptr;
 }
 
 HRESULT ObjectCalls::collect_items(IDispatch* object, std::vector<CComVariant>* items) {

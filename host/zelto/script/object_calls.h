@@ -63,6 +63,9 @@ class ObjectCalls {
   // Session.Contents("x") = v, and rs.Fields("x") = v sets the field's value.
   HRESULT put(IDispatch* object, DISPID id, CallArguments& arguments, const VARIANT& value);
 
+  // Of the default member, and of that of an object that it answers, and so on. S_FALSE, with nothing, when there is no
+  // end of objects.
+  HRESULT read_default(IDispatch* object, VARIANT* value);
   // The value that stands for an object in text and sums; null when it has none, or with an exception.
   JSValueRef default_value(IDispatch* object, JSValueRef* exception);
 

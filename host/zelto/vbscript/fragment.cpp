@@ -79,13 +79,10 @@ std::wstring compile_fragment(std::wstring_view text, FragmentKind kind, std::ws
   emitter.set_fragment();
   if (kind == FragmentKind::eval) {
     emitter.emit_value(*script.body[0]->first);
-    // Null and undefined are values as well.
-    std::wstring value = emitter.writer().text();
-    return emitter.head() + L"(" + value + L")";
+    return emitter.head() + L"(" + emitter.writer().text() + L")";
   }
   emitter.emit(script);
-  const std::wstring body = emitter.writer().text();
-  return emitter.head() + body;
+  return emitter.head() + emitter.writer().text();
 }
 
 }  // namespace zelto::vbscript

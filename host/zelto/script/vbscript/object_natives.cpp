@@ -11,7 +11,6 @@ namespace zelto::script::vbscript {
 namespace {
 
 constexpr WORD kCall = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
-constexpr int kMostDefaults = 8;  // a default member that answers an object with a default member …
 
 // What a function is called with.
 struct Given {
@@ -143,25 +142,17 @@ JSValueRef items(Realm& realm, const Given& given, JSValueRef* exception) {
   return array;
 }
 
-// Of the default member, and that of an object that it answers.
-HRESULT read_default(Realm& realm, CComPtr<IDispatch> current, VARIANT* value) {
-  for (int i = 0; i < kMostDefaults; ++i) {
-    CComVariant result;
-    RETURN_IF_FAILED(realm.calls().invoke(current.get(), DISPID_VALUE, DISPATCH_PROPERTYGET, {}, &result));
-    if (result.vt != VT_DISPATCH || !result.pdispVal) {
-      result.detach_to(value);
-      return S_OK;
-    }
-    current = result.pdispVal;
-  }
-  return DISP_E_TYPEMISMATCH;
+HRESULT read_default(Realm& realm, const AutomationObject& held, VARIANT* value) {
+  const CComPtr<IDispatch> dispatch = held.dispatch();
+  const HRESULT hr = realm.calls().read_default(dispatch.get(), value);
+  return hr == S_FALSE ? DISP_E_TYPEMISMATCH : hr;
 }
 
 JSValueRef default_value(Realm& realm, const Given& given, JSValueRef* exception) {
   AutomationObject* held = object_behind(realm, given[0], exception);
   if (!held || !realm.calls().may_call(exception)) return nullptr;
   CComVariant value;
-  const HRESULT hr = read_default(realm, held->dispatch(), &value);
+  const HRESULT hr = read_default(realm, *held, &value);
   if (!realm.errors().check(is_refused(hr) ? DISP_E_MEMBERNOTFOUND : hr, {}, exception)) return nullptr;
   return to_script(realm, value, exception);
 }
@@ -170,7 +161,7 @@ JSValueRef has_default(Realm& realm, const Given& given, JSValueRef* exception) 
   AutomationObject* held = object_behind(realm, given[0], exception);
   if (!held || !realm.calls().may_call(exception)) return nullptr;
   CComVariant value;
-  const HRESULT hr = read_default(realm, held->dispatch(), &value);
+  const HRESULT hr = read_default(realm, *held, &value);
   SetErrorInfo(0, nullptr);
   return JSValueMakeBoolean(realm.context(), SUCCEEDED(hr));
 }
