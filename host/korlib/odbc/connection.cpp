@@ -110,6 +110,7 @@ void Connection::begin() {
 }
 
 void Connection::end(std::int16_t how) {
+  DatabaseFile::note_write();
   handle_.check(SQLEndTran(SQL_HANDLE_DBC, handle_.get(), how));
   is_in_transaction_ = false;
   set_autocommit(true);
@@ -151,7 +152,7 @@ bool Connection::is_file_still_the_same() {
 
 void Connection::know_tables() {
   if (!is_sqlite_) return;
-  is_file_still_the_same();
+  if (!file_.was_just_looked_at()) is_file_still_the_same();
   if (knows_tables_) return;
   SQLCHAR sql[] = "SELECT 1 FROM sqlite_master LIMIT 1";
   const Handle statement(HandleType::statement, &handle_, text_);
@@ -159,16 +160,18 @@ void Connection::know_tables() {
   knows_tables_ = true;
 }
 
-bool Connection::is_usable() {
-  if (is_broken_ || is_changed_ || (is_sqlite_ && !file_.exists()) || !is_file_still_the_same()) return false;
+bool Connection::is_sound() const {
+  if (is_broken_ || is_changed_ || (is_sqlite_ && !file_.exists())) return false;
   SQLUINTEGER is_dead = SQL_CD_FALSE;
   const SQLRETURN result =
       SQLGetConnectAttr(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &is_dead, SQL_IS_UINTEGER, nullptr);
   return !SQL_SUCCEEDED(result) || is_dead != SQL_CD_TRUE;  // not every driver can tell
 }
 
+bool Connection::is_usable() { return is_sound() && file_.is_there(); }
+
 bool Connection::answers() noexcept {
-  if (!is_usable()) return false;
+  if (!is_sound() || !is_file_still_the_same()) return false;
   if (is_sqlite_) return true;  // there is no server that could be gone
   constexpr int kSeconds = 5;
   try {

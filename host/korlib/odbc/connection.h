@@ -48,7 +48,7 @@ class Connection {
   // Its settings may differ from a new connection's: the pool must not hand it out again.
   void mark_changed() { is_changed_ = true; }
   bool is_usable();
-  // Whether the database is still there: a server is asked "SELECT 1".
+  // Whether the database is still there: its file is looked at, a server is asked "SELECT 1".
   bool answers() noexcept;
 
  private:
@@ -57,6 +57,8 @@ class Connection {
   std::wstring target() const;
   void end(std::int16_t how);
   void set_autocommit(bool is_on);
+  // As far as it knows itself.
+  bool is_sound() const;
   bool run_plainly(std::string sql) const;
   // No query that was prepared until now is run again.
   void forget_kept() noexcept;

@@ -1,8 +1,10 @@
 // The file that an embedded database lives in.
 #pragma once
 
-#include <sys/types.h>
+#include <sys/stat.h>
 
+#include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -19,8 +21,16 @@ class DatabaseFile {
   // Of SQLite's database on `connection`. Throws Failure.
   DatabaseFile(const Handle& connection, DriverText way);
 
-  // Looks at the file.
+  // Looks at the file, and at what was written.
   bool is_replaced();
+  // Looks no further than whether it is there.
+  bool is_there();
+  // Whether the last look is so new that another one would be for nothing: no thread of this process has since then run
+  // a statement that may have written, and what other processes write in a millisecond they may as well write after the
+  // next look.
+  bool was_just_looked_at() const;
+  // A statement that may write is run, or a transaction ends, on any connection.
+  static void note_write() noexcept;
   // Whether there is one: a database in memory is the connection's own.
   bool exists() const { return !path_.empty(); }
   // Whether nothing was written between the last look and the one before it. A write may leave no trace when it comes
@@ -34,6 +44,8 @@ class DatabaseFile {
     bool operator==(const Identity&) const = default;
   };
 
+  std::optional<Identity> look(struct stat* found);
+
   std::string path_;
   std::string log_path_;                // of the file beside it that new pages may be written to first
   std::optional<Identity> first_seen_;  // a new database's file may be made late
@@ -41,6 +53,8 @@ class DatabaseFile {
   base::FileStamp log_stamp_;
   bool was_settled_ = false;  // both, at the last look
   bool is_unchanged_ = false;
+  std::chrono::steady_clock::time_point looked_at_;
+  std::uint64_t writes_seen_ = 0;
 };
 
 }  // namespace korlib::odbc

@@ -140,7 +140,10 @@ void Statement::run(const std::wstring& sql, std::vector<Parameter>& parameters)
   connection_->wait_for_locks(timeout_);
   if (is_query(sql)) connection_->know_tables();
   const bool is_kept = connection_->keeps_statements() && is_one_query;
-  if (!is_kept) connection_->forget_kept();  // what it changes may be what those were prepared for
+  if (!is_kept) {
+    connection_->forget_kept();  // what it changes may be what those were prepared for
+    DatabaseFile::note_write();
+  }
   Bound bound(parameters.size());
   const bool runs_again = is_kept && run_kept(sql, parameters, bound);
   if (!runs_again) run_fresh(sql, parameters, bound, is_kept);
