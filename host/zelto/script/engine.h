@@ -8,6 +8,7 @@
 #include <mutex>
 #include <vector>
 
+#include "script/asked_names.h"
 #include "script/departed_exception.h"
 #include "script/executed_errors.h"
 #include "script/host_object.h"
@@ -86,6 +87,7 @@ class Engine {
   Watchdog& watchdog() noexcept { return watchdog_; }
   const Watchdog& watchdog() const noexcept { return watchdog_; }
   MemberCache& members() noexcept { return members_; }
+  AskedNames& asked_names() noexcept { return asked_names_; }
   ParsedScripts& scripts() noexcept { return scripts_; }
   RepeatedTexts& texts() noexcept { return texts_; }
   DepartedException& departed() noexcept { return departed_; }
@@ -124,6 +126,7 @@ class Engine {
   Worlds worlds_{*this};
   std::vector<Realm*> realms_;
   MemberCache members_;
+  AskedNames asked_names_;
   DepartedException departed_;
   ExecutedErrors executed_;
   std::mutex buried_lock_;

@@ -92,7 +92,7 @@ std::wstring describe(HRESULT hr, std::wstring words, std::wstring_view member) 
 void Errors::begin_call() {
   SetErrorInfo(0, nullptr);
   engine_.departed().forget();
-  unknown_name_.clear();
+  unknown_name_ = {};
 }
 
 bool Errors::check(HRESULT hr, std::wstring_view member, JSValueRef* exception) {
@@ -150,8 +150,8 @@ void Errors::note_left_templates() {
 }
 
 std::wstring Errors::words_for(HRESULT hr, std::wstring_view member) const {
-  if (hr != unknown_code_ || unknown_name_.empty()) return describe(hr, words_of(hr), member);
-  return describe(hr, L"The script does not declare '" + to_wide(unknown_name_) + L"'", member);
+  if (hr != unknown_code_ || !unknown_name_.get()) return describe(hr, words_of(hr), member);
+  return describe(hr, L"The script does not declare '" + to_wide(unknown_name_.view()) + L"'", member);
 }
 
 Raised Errors::raise_text(const wchar_t* text, HRESULT hr, JSValueRef* exception) {

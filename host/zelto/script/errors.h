@@ -49,7 +49,7 @@ class Errors {
   HRESULT failure_of(JSValueRef exception);
 
   // A component asked for a name that the script does not have: should the call fail with that code, it is named.
-  void note_unknown(std::u16string name, HRESULT code) {
+  void note_unknown(JsString name, HRESULT code) {
     unknown_name_ = std::move(name);
     unknown_code_ = code;
   }
@@ -65,7 +65,7 @@ class Errors {
   const ErrorReports& reports_;
   MissingMember& missing_;
   std::string_view root_;
-  std::u16string unknown_name_;  // the last that a component asked for in vain, in the call that runs
+  JsString unknown_name_;  // the last that a component asked for in vain, in the call that runs
   HRESULT unknown_code_ = S_OK;
 };
 

@@ -80,15 +80,15 @@ HRESULT ScriptObject::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LC
   for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
   RETURN_IF_FAILED(check_callable());
   return korlib::guarded(L"Zelto", [&]() -> HRESULT {
-    std::u16string key = to_utf16(std::wstring_view(names[0]));
-    if (is_global()) key = realm_->globals().spelled(std::move(key));
     const EngineLock lock(realm_->context());
-    JsString text(std::u16string_view{key});
+    JsString text = realm_->engine().asked_names().of(names[0]);
+    if (is_global()) realm_->globals().spell(text);
     bool is_lexical = false;
     if (!has_name(text, &is_lexical)) {
-      realm_->errors().note_unknown(key, DISP_E_UNKNOWNNAME);
+      realm_->errors().note_unknown(std::move(text), DISP_E_UNKNOWNNAME);
       return DISP_E_UNKNOWNNAME;
     }
+    const std::u16string key(text.view());
     ids[0] = id_of(key, {std::move(text), is_lexical});
     return count == 1 ? S_OK : DISP_E_UNKNOWNNAME;
   });
@@ -228,7 +228,7 @@ HRESULT ScriptObject::call_default(WORD flags, const RootedValues& arguments, DI
   Name name{JsString(JSValueToStringCopy(ctx, arguments[0], exception)), false};
   if (!name.text.get()) return E_FAIL;
   if (!has_name(name.text, &name.is_lexical)) {
-    realm_->errors().note_unknown(std::u16string(name.text.view()), DISP_E_MEMBERNOTFOUND);
+    realm_->errors().note_unknown(name.text.shared(), DISP_E_MEMBERNOTFOUND);
     return DISP_E_MEMBERNOTFOUND;
   }
   JSValueRef value = read(name, exception);

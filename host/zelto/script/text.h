@@ -23,6 +23,7 @@ class JsString {
   JsString(const char* utf8) : string_(JSStringCreateWithUTF8CString(utf8)) {}
 
   JSStringRef get() const noexcept { return string_.get(); }
+  JsString shared() const { return JsString(JSStringRetain(get())); }
   std::u16string_view view() const { return view_of(get()); }
   static std::u16string_view view_of(JSStringRef string);
 

@@ -23,11 +23,11 @@ void Globals::log(std::wstring_view level, std::wstring_view text) const {
   log_({to_utf8(level), to_utf8(text), here.file, here.line});
 }
 
-std::u16string Globals::spelled(std::u16string name) const {
-  if (!folded_names_) return name;
-  const std::u16string folded = to_utf16(base::folded(to_wide(name)));
+void Globals::spell(JsString& name) const {
+  if (!folded_names_) return;
+  const std::u16string folded = to_utf16(base::folded(to_wide(name.view())));
   const auto found = std::ranges::lower_bound(*folded_names_, folded, {}, &language::FoldedName::folded);
-  return found != folded_names_->end() && found->folded == folded ? found->name : name;
+  if (found != folded_names_->end() && found->folded == folded) name = JsString(std::u16string_view(found->name));
 }
 
 bool Globals::declares(const JsString& name, bool* is_lexical) const {

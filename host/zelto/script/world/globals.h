@@ -58,8 +58,8 @@ class Globals {
     has_lexical_ |= program.scope.declares_lexical_names;
     if (!program.folded_names.empty()) folded_names_ = &program.folded_names;
   }
-  // The name as the program has it, where any letter case will do; any other as it is.
-  std::u16string spelled(std::u16string name) const;
+  // Makes the name what the program has, where any letter case will do; any other stays as it is.
+  void spell(JsString& name) const;
   // Where the page runs as a function, its names are asked for there; null otherwise.
   void set_page(const PageFunction* page) { page_ = page; }
   // Whether the page has declared the name; `is_lexical` when it is not a property of the global object, or not found
