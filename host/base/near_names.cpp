@@ -26,13 +26,23 @@ std::size_t name_distance(std::wstring_view a, std::wstring_view b) {
   return last[b.size()];
 }
 
+namespace {
+
+// Whether two letters are what is left of a name of three when one behind the first is left out.
+bool lacks_a_letter(std::wstring_view wanted, std::wstring_view name) {
+  return wanted.size() == 2 && name.size() == 3 && fold(wanted[0]) == fold(name[0]) && name_distance(name, wanted) == 1;
+}
+
+}  // namespace
+
 std::wstring nearest_name(const std::vector<std::wstring>& names, std::wstring_view wanted) {
   if (wanted.size() > kLongestMistypedName) return {};
   std::wstring best;
   const bool is_short = wanted.size() < kShortestMistypedName;
-  std::size_t least = is_short ? 0 : (wanted.size() + 1) / 3;  // further away it is another word
+  std::size_t least = is_short ? 1 : (wanted.size() + 1) / 3;  // further away it is another word
   for (const std::wstring& name : names) {
     const std::size_t distance = name_distance(name, wanted);
+    if (is_short && distance > 0 && !lacks_a_letter(wanted, name)) continue;
     if (distance >= least + (best.empty() ? 1 : 0)) continue;
     least = distance;
     best = name;

@@ -31,6 +31,14 @@ TEST(NearNames, TakeAShortNameForNoneButItselfInOtherLetterCase) {
   EXPECT_EQ(L"uid", nearest_name({L"uid"}, L"udi"));
 }
 
+TEST(NearNames, TakeTwoLettersForThreeOfWhichOneIsLeftOut) {
+  EXPECT_EQ(L"Add", nearest_name({L"Item", L"Add"}, L"Ad"));
+  EXPECT_EQ(L"run", nearest_name({L"run"}, L"rn"));
+  EXPECT_EQ(L"", nearest_name({L"tab"}, L"ab"));
+  EXPECT_EQ(L"", nearest_name({L"Add"}, L"Af"));
+  EXPECT_EQ(L"AD", nearest_name({L"Add", L"AD"}, L"ad")) << "itself comes first";
+}
+
 TEST(NearNames, AreAskedForInWords) {
   EXPECT_EQ(L"did you mean 'MoveNext'?", did_you_mean({L"MoveNext", L"EOF"}, L"MoveNex"));
   EXPECT_EQ(L"", did_you_mean({L"MoveNext", L"EOF"}, L"Close"));
