@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <korlib/activation.h>
+#include <mirt/draw_functions.h>
 
 #include "frame/error.h"
 #include "frame/values.h"
@@ -12,6 +13,7 @@ namespace page {
 namespace {
 
 constexpr std::size_t kAnyNumber = static_cast<std::size_t>(-1);
+constexpr std::wstring_view kPrefix = L"OnDraw_";
 
 }  // namespace
 
@@ -44,6 +46,8 @@ struct DrawEvents::BuiltIn {
         {L"OnDraw__Message", 1, 3, {}, {}, &Messages::draw},
         {L"OnDraw__Message_Text", 0, kAnyNumber, {}, {}, &Messages::draw_current},
     };
+    static_assert(std::ranges::equal(kBuiltIns, mirt::kDrawFunctions, {},
+                                     [](const BuiltIn& one) { return one.name.substr(kPrefix.size()); }));
     const auto* found = std::find_if(std::begin(kBuiltIns), std::end(kBuiltIns), [name](const BuiltIn& built_in) {
       return mirt::equal_ignoring_case(name, built_in.name);
     });
@@ -52,7 +56,7 @@ struct DrawEvents::BuiltIn {
 };
 
 HRESULT DrawEvents::draw(const CMarkData& mark) {
-  const CComBSTR name = join({prefix_.view(), mark.Name.view()});
+  const CComBSTR name = join({kPrefix, mark.Name.view()});
   if (!name) return E_OUTOFMEMORY;
   CEvent event;
   const HRESULT found = scripts_.GetEvent(name, event);

@@ -21,7 +21,6 @@ class DrawEvents {
  private:
   struct BuiltIn;
 
-  CComBSTR prefix_ = L"OnDraw_";
   IDispatch* owner_;
   const CEventHandler& scripts_;
   InputDrawers& inputs_;

@@ -47,6 +47,16 @@ test('one object for programs', () => withSite({ 'b.asp': '<%\nvar a = ;\n%>', '
       text: 'This file is not run: what it declares for the application and its sessions does not happen.' }] });
 }));
 
+test('members of objects that a page makes, of the host and of the component', () => withSite({
+  'a.asp': `<% var page = Server.CreateObject("Mirt"), cn = new ActiveXObject("ADODB.Connection");
+page.Proces(); var rs = cn.Execute("select 1"); rs.MoveNex(); %>`,
+}, async (folder) => {
+  const { stdout } = await check(folder);
+  assert.deepEqual(stdout.split('\n').slice(0, 2), [
+    `${folder}/a.asp:2:6: error: Mirt has no member 'Proces'; did you mean 'Process'?`,
+    `${folder}/a.asp:2:52: error: Recordset has no member 'MoveNex'; did you mean 'MoveNext'?`]);
+}));
+
 test('warnings fail where they are asked to', () => withSite({ 'global.asa': '' }, async (folder) => {
   assert.equal((await check(folder)).code, 0);
   assert.equal((await check(folder, '--strict')).code, 1);

@@ -4,7 +4,6 @@
 #include <korlib/combstr.h>
 #include <korlib/errorinfo.h>
 #include <korlib/ptr.h>
-#include <korlib_host/modules.h>
 #include <korlib_host/registry_store.h>
 
 #include <chrono>
@@ -51,8 +50,7 @@ void set_up() {
   std::signal(SIGXFSZ, SIG_IGN);  // a page that writes a file beyond the limit of its size gets an error instead
   korlib_host::set_registry(std::make_shared<korlib_host::RegistryStore>(registry_file(), kLookAtRegistry));
   install_type_libraries();
-  korlib_host::add_unregistered_module(
-      component_file(), {{L"Mirt", L"Mirt"}, {L"Mirt.TextTemplator", L"TextTemplator"}, {L"Mirt.Utility", L"Utility"}});
+  korlib_host::add_unregistered_module(component_file(), component_classes());
 }
 
 int report(HRESULT hr, const std::string& library) {
@@ -69,6 +67,12 @@ int report(HRESULT hr, const std::string& library) {
 void set_up_runtime() {
   static std::once_flag once;
   std::call_once(once, set_up);
+}
+
+const std::vector<korlib_host::NamedClass>& component_classes() {
+  static const std::vector<korlib_host::NamedClass> classes = {
+      {L"Mirt", L"Mirt"}, {L"Mirt.TextTemplator", L"TextTemplator"}, {L"Mirt.Utility", L"Utility"}};
+  return classes;
 }
 
 int register_library(const std::string& library) {

@@ -10,9 +10,6 @@
 
 namespace zelto::script {
 
-// What an object's type information calls it; nothing where it has none.
-std::wstring kind_of(IDispatch* object);
-
 // The last one of a realm. Reading it gives undefined; whoever calls it, or names it as a statement, learns from the
 // words what is missing.
 class MissingMember {

@@ -68,6 +68,18 @@ TEST_F(CheckedTemplates, TellNamesThatTheirPageDoesNotHave) {
       found());
 }
 
+// Those that the component draws have a name that begins with "_", as the script's may.
+TEST_F(CheckedTemplates, TellFunctionsThatTheComponentDoesNotHave) {
+  write("a.asp", std::string(kPage) + "<% function OnDraw__Mine() {} %>");
+  write("templates/list.html",
+        "(#%_message|a#) (#%_InputV_Default|a|b#) (#%_Mine#)\n(#%_Mesage|a#) (#%_InputX|a#) (#%_CalendarOfMonths#)");
+  const std::string told = ": warning: The script of \"/a.asp\", which draws this template, has no function 'OnDraw_";
+  EXPECT_EQ("templates/list.html:2:1" + told + "_Mesage'; did you mean '_Message'?\n" +  //
+                "templates/list.html:2:16" + told + "_InputX'; did you mean '_Input'?\n" + "templates/list.html:2:31" +
+                told + "_CalendarOfMonths'.\n",
+            found());
+}
+
 TEST_F(CheckedTemplates, TellNamesThatNoPageHas) {
   write("a.asp", kPage);
   write("templates/list.html", "");

@@ -9,15 +9,18 @@
 #include <span>
 #include <string>
 
+#include "app/check/object_classes.h"
 #include "app/check/script_words.h"
 #include "app/suggestion.h"
 #include "base/letter_case.h"
+#include "base/near_names.h"
 #include "intrinsics/application.h"
 #include "intrinsics/request_object.h"
 #include "intrinsics/response_object.h"
 #include "intrinsics/server_object.h"
 #include "intrinsics/session_object.h"
 #include "language/chains.h"
+#include "script/object_type.h"
 #include "text/charset.h"
 
 namespace zelto::check {
@@ -51,13 +54,14 @@ std::string ending(const std::string& meant) { return meant.empty() ? "." : "; "
 class MemberReader : language::Chains {
  public:
   MemberReader(const PageScript& script, const std::vector<Token>& tokens, Findings& findings)
-      : Chains(script.written, tokens), places_(script), findings_(findings) {}
+      : Chains(script.written, tokens), places_(script), findings_(findings), classes_(script, tokens) {}
 
   void read() {
     find_own_names();
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
       if (tokens_[i].kind != Token::name) continue;
       if (is_object(i)) read_member(i);
+      if (is(i - 1, L".", L"?.")) read_member_of_class(i);
       if (base::equal_ascii(word(i), L"CreateObject") || base::equal_ascii(word(i), L"ActiveXObject")) read_class(i);
     }
   }
@@ -90,20 +94,30 @@ class MemberReader : language::Chains {
     const auto object =
         std::ranges::find_if(objects(), [&](const Object& one) { return base::equal_ascii(one.name, word(i)); });
     if (object == objects().end()) return;
-    const std::wstring_view member = word(i + 2);
     std::vector<std::string> names;
     for (const korlib::Member& one : object->members) {
-      if (base::equal_ascii(one.name, member)) return;
+      if (base::equal_ascii(one.name, word(i + 2))) return;
       names.push_back(to_utf8(one.name));
     }
-    if (is_of_every_object(member)) return;
-    const std::string name = to_utf8(member);
-    const std::string what = to_utf8(object->name) + " has no member '" + name + "'" + ending(suggestion(names, name));
-    const bool is_used = is(i + 3, L"(") || (i + 3 < tokens_.size() && (is_assignment(i + 3) || is_postfix(i + 3)));
+    tell_missing(i + 2, to_utf8(object->name), suggestion(names, to_utf8(word(i + 2))));
+  }
+
+  // Of an object that the page has made.
+  void read_member_of_class(std::size_t i) {
+    const ObjectClasses::Class* const made = i > 1 ? classes_.at(i - 2) : nullptr;
+    if (!made || script::has_member(made->object.get(), std::wstring(word(i)))) return;
+    tell_missing(i, to_utf8(made->name),
+                 to_utf8(base::did_you_mean(script::nearest_member(made->object.get(), word(i)))));
+  }
+
+  void tell_missing(std::size_t i, const std::string& owner, const std::string& meant) {
+    if (is_of_every_object(word(i))) return;
+    const std::string what = owner + " has no member '" + to_utf8(word(i)) + "'" + ending(meant);
+    const bool is_used = is(i + 1, L"(") || (i + 1 < tokens_.size() && (is_assignment(i + 1) || is_postfix(i + 1)));
     if (is_used) {
-      findings_.error(places_.at(tokens_[i + 2].begin), what);
+      findings_.error(places_.at(tokens_[i].begin), what);
     } else {
-      findings_.warning(places_.at(tokens_[i + 2].begin), what);
+      findings_.warning(places_.at(tokens_[i].begin), what);
     }
   }
 
@@ -134,6 +148,7 @@ class MemberReader : language::Chains {
 
   WrittenPlaces places_;
   Findings& findings_;
+  ObjectClasses classes_;
   std::set<std::wstring> own_;
 };
 

@@ -1,7 +1,10 @@
 #include "app/check/template_check.h"
 
+#include <mirt/draw_functions.h>
+
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -51,6 +54,16 @@ std::string part_of(const std::string& path, const Mark& mark) {
 bool has_draw_function(const ScriptWords& words, const std::wstring& name) {
   return std::ranges::any_of(words.draw_prefixes,
                              [&](const std::wstring& prefix) { return words.all.contains(prefix + name); });
+}
+
+// A page draws it without a function of the script.
+bool is_of_component(const std::wstring& name) {
+  return std::ranges::any_of(mirt::kDrawFunctions, [&](std::wstring_view one) { return base::equal_ascii(one, name); });
+}
+
+std::wstring near_function_of_component(const std::wstring& name) {
+  if (!name.starts_with(L'_')) return {};
+  return base::did_you_mean({std::begin(mirt::kDrawFunctions), std::end(mirt::kDrawFunctions)}, name);
 }
 
 }  // namespace
@@ -120,9 +133,11 @@ void TemplateCheck::check_names(const Template& drawn, const ScriptWords& words,
     const std::wstring& name = mark.name;
     if (is_all && told_.contains(place)) continue;
     if (names_of(mark.type) == MarkNames::draw_function) {
-      if (words.makes_draw_functions || name.starts_with(L'_') || has_draw_function(words, name)) continue;
+      if (words.makes_draw_functions || has_draw_function(words, name) || is_of_component(name)) continue;
       told_.insert(place);
-      findings_.warning(place, whose + " function 'OnDraw_" + to_utf8(name) + "'" + meant(words, L"OnDraw_" + name));
+      const std::wstring near = near_function_of_component(name);
+      findings_.warning(place, whose + " function 'OnDraw_" + to_utf8(name) + "'" +
+                                   (near.empty() ? meant(words, L"OnDraw_" + name) : "; " + to_utf8(near)));
     } else if (names_of(mark.type) == MarkNames::variable) {
       if (words.makes_variables || words.all.contains(name) || !language::is_plain_name(name)) continue;
       told_.insert(place);

@@ -3,6 +3,7 @@
 
 #include "script/automation_object.h"
 #include "script/callback.h"
+#include "script/object_type.h"
 #include "script/realm.h"
 #include "script/vbscript/border.h"
 #include "script/vbscript/natives.h"
