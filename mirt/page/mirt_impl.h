@@ -120,6 +120,7 @@ class GIMirtImpl<IMirt> : public GIUtilityImpl<IMirt>, private CMirtConcept, pri
   // Asks the script, where a template file cannot be read, for another template.
   HRESULT draw_instead(bool& is_drawn);
   HRESULT dispatch_mark(const CMarkData& mark);
+  HRESULT OnMarked_Event(const CMarkData& mark, const MarkName& name);
   HRESULT OnMarked_Command(const MarkName& name, VARIANT_BOOL encode);
   HRESULT OnMarked_ChildDynamic(const MarkName& name);
 

@@ -14,6 +14,8 @@ namespace {
 
 using Self = GIMirtImpl<IMirt>;
 
+constexpr const wchar_t* kPageHasNoScript = L"the page has no Script";
+
 constexpr std::size_t kLongestText = 1279;  // characters taken of the platform's text for a code
 
 // The platform's text for the code, if it has one, and the mark after it.
@@ -33,7 +35,8 @@ HRESULT report_with_mark(HRESULT hr, const CMarkData& mark) {
 class Self::Values final : public MarkValues {
  public:
   explicit Values(Self& page)
-      : MarkValues({page.owner_, page.handler_, page.dictionaries_.view, page.asp_, page.null_is_empty_, page}),
+      : MarkValues({page.owner_, page.handler_, page.dictionaries_.view, page.asp_, page.null_is_empty_, page,
+                    kPageHasNoScript}),
         page_(page) {}
 
  private:
@@ -62,7 +65,7 @@ HRESULT Self::dispatch_mark(const CMarkData& mark) {
   if (!name.get()) return E_OUTOFMEMORY;
   switch (kind->source) {
     case MarkSource::draw_event:
-      return draw_events_.draw(mark);
+      return OnMarked_Event(mark, name);
     case MarkSource::command:
       return OnMarked_Command(name, kind->encode);
     case MarkSource::template_file:
@@ -75,6 +78,13 @@ HRESULT Self::dispatch_mark(const CMarkData& mark) {
   CComVariant text;
   RETURN_IF_FAILED(Values(*this).read(kind->source, mark, name, &text));
   return text.vt == VT_BSTR ? Write(text.bstrVal, kind->encode) : S_OK;
+}
+
+HRESULT Self::OnMarked_Event(const CMarkData& mark, const MarkName& name) {
+  const HRESULT hr = draw_events_.draw(mark);
+  const bool may_be_built_in = name.view().starts_with(L'_');
+  if (FAILED(hr) && !handler_.last() && !may_be_built_in) set_reason(kPageHasNoScript);
+  return hr;
 }
 
 HRESULT Self::OnMarked_Command(const MarkName& name, VARIANT_BOOL encode) {

@@ -56,18 +56,36 @@ HRESULT step_into(VARIANT* value, const std::wstringstream& entry) {
   return DISP_E_TYPEMISMATCH;
 }
 
+// As far as it goes: `step` is the entry that fails.
+HRESULT walk(VARIANT* value, const MarkParams& path, std::size_t* step) {
+  for (*step = 0; *step < path.size(); ++*step) RETURN_IF_FAILED(step_into(value, *path[*step]));
+  return S_OK;
+}
+
 }  // namespace
 
 HRESULT CTemplatorConcept::ChangeToBSTR(VARIANT* value, const MarkParams* path, bool emptyOnFail) {
   if (!value) return E_POINTER;
-  if (path) {
-    for (const std::wstringstream* entry : *path) RETURN_IF_FAILED(step_into(value, *entry));
-  }
+  std::size_t step = 0;
+  if (path) RETURN_IF_FAILED(walk(value, *path, &step));
   const HRESULT hr = VariantChangeType(value, value, 0, VT_BSTR);
   if (SUCCEEDED(hr) || !emptyOnFail) return hr;
   mirt::forget_error();
   RETURN_IF_FAILED(VariantClear(value));
   value->vt = VT_BSTR;
   value->bstrVal = nullptr;
+  return S_OK;
+}
+
+HRESULT CTemplatorConcept::make_text(VARIANT* value, const CMarkData* mark, bool emptyOnFail) {
+  if (mark) {
+    std::size_t step = 0;
+    const HRESULT hr = walk(value, mark->Params, &step);
+    if (FAILED(hr)) set_failed_step(*value, *mark, step, hr);
+    RETURN_IF_FAILED(hr);
+  }
+  const bool is_object = value->vt == VT_DISPATCH && value->pdispVal;
+  RETURN_IF_FAILED(ChangeToBSTR(value, nullptr, emptyOnFail));
+  if (is_object) note_slip(TemplateSlip::object_as_text, value->bstrVal);
   return S_OK;
 }

@@ -148,6 +148,32 @@ HRESULT CTemplatorConcept::fail_at(HRESULT hr, const Progress& progress) noexcep
   return hr;
 }
 
+// The words name the steps as a script would: 'user.name'. Where there is no memory for them, there is no reason.
+void CTemplatorConcept::set_failed_step(const VARIANT& value, const CMarkData& mark, std::size_t step,
+                                        HRESULT hr) noexcept try {
+  std::wstring owner(mark.Name.view());
+  for (std::size_t i = 0; i < step; ++i) owner.append(L".").append(mark.Params[i]->view());
+  owner = L"'" + quoted(owner) + L"'";
+  const std::wstring_view wanted = mark.Params[step]->view();
+  const std::wstring name = L"'" + quoted(wanted) + L"'";
+  const bool is_array = value.vt == (VT_ARRAY | VT_VARIANT);
+  if (is_array) {
+    m_reasonOfStep = owner + (hr == DISP_E_BADINDEX ? L" has no element " : L" is an array, and has no ") + name;
+  } else if (value.vt != VT_DISPATCH) {
+    m_reasonOfStep = owner + L" is no object, and has no " + name;
+  } else if (hr == DISP_E_UNKNOWNNAME || hr == DISP_E_MEMBERNOTFOUND) {
+    m_reasonOfStep = owner + L" has no " + name;
+  } else {
+    m_reasonOfStep = name + L" of " + owner + L" cannot be read";
+  }
+  const std::wstring_view first = NameSeparator.view();
+  if (!first.empty() && wanted.find(first) != wanted.npos)
+    m_reasonOfStep.append(L" (parameters are parted by ").append(ParamSeparator.view()).append(L")");
+  m_reason = m_reasonOfStep.c_str();
+} catch (...) {
+  m_reason = nullptr;
+}
+
 // Null where the host does not want to know.
 ITemplateNotes* CTemplatorConcept::notes() noexcept {
   if (!m_hasAskedForNotes) m_spNotes.assign(m_pResponse);

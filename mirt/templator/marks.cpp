@@ -37,8 +37,10 @@ const MarkKind* find_mark_kind(wchar_t type, MarkOwner owner) {
 HRESULT MarkValues::read(MarkSource source, const CMarkData& mark, BSTR name, CComVariant* text) const {
   if (source == MarkSource::script) {
     CEvent member;
-    RETURN_IF_FAILED(parts_.scripts.GetEvent(name, member));
-    return script_member_text(member, parts_.owner, mark, parts_.null_is_empty, text);
+    const HRESULT found = parts_.scripts.GetEvent(name, member);
+    if (FAILED(found) && !parts_.scripts.last()) parts_.engine.set_reason(parts_.no_script);
+    RETURN_IF_FAILED(found);
+    return script_member_text(parts_.engine, member, parts_.owner, mark, parts_.null_is_empty, text);
   }
   bool found = true;
   RETURN_IF_FAILED(read_value(source, name, text, &found));
@@ -47,7 +49,7 @@ HRESULT MarkValues::read(MarkSource source, const CMarkData& mark, BSTR name, CC
     return S_OK;
   }
   const bool is_nothing = text->vt == VT_EMPTY;
-  RETURN_IF_FAILED(CTemplatorConcept::ChangeToBSTR(text, &mark.Params, parts_.null_is_empty));
+  RETURN_IF_FAILED(parts_.engine.make_text(text, &mark, parts_.null_is_empty));
   if (is_nothing && parts_.engine.takes_notes()) note_nothing(source, name);
   return S_OK;
 }
@@ -102,18 +104,17 @@ void note_mark_without_type(CTemplatorConcept& engine, const CMarkData& mark) {
   engine.note_slip(TemplateSlip::without_type, MarkName(mark));
 }
 
-HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, const bool& empty_on_fail,
-                           CComVariant* text) {
-  const MarkParams* path = &mark.Params;
+HRESULT script_member_text(CTemplatorConcept& engine, CEvent& member, IDispatch* owner, const CMarkData& mark,
+                           const bool& empty_on_fail, CComVariant* text) {
   HRESULT hr = member.Get();
-  if (hr == DISP_E_MEMBERNOTFOUND) {  // a function cannot be read
+  const bool is_function = hr == DISP_E_MEMBERNOTFOUND;  // it cannot be read
+  if (is_function) {
     mirt::forget_error();
     hr = fire_with_texts(member, owner, mark.Params);
-    path = nullptr;
   }
   RETURN_IF_FAILED(hr);
   *text = std::move(member.result);
-  return CTemplatorConcept::ChangeToBSTR(text, path, empty_on_fail);
+  return engine.make_text(text, is_function ? nullptr : &mark, empty_on_fail);
 }
 
 HRESULT read_item(IKorLibDictionary* items, BSTR name, CComVariant* value) {

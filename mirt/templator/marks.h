@@ -90,6 +90,7 @@ class MarkValues {
     const mirt::Intrinsics& asp;
     const bool& null_is_empty;  // a value without a text form shows as nothing, instead of failing the mark
     CTemplatorConcept& engine;  // that draws the mark
+    const wchar_t* no_script;   // why its scripts have no name, where there are none
   };
   explicit MarkValues(const Parts& parts) : parts_(parts) {}
   ~MarkValues() = default;
@@ -110,10 +111,13 @@ class MarkValues {
 void note_mark_without_type(CTemplatorConcept& engine, const CMarkData& mark);
 
 // The text of a mark that names a script member: a variable's value, walked by the mark's parameters, or
-// what a function answers when it is called with (owner, parameters). *text becomes a VT_BSTR.
+// what a function answers when it is called with (owner, parameters). *text becomes a VT_BSTR. `engine` draws the mark.
 // `empty_on_fail` is a reference because it is looked at when the function has run, which may change it.
-HRESULT script_member_text(CEvent& member, IDispatch* owner, const CMarkData& mark, const bool& empty_on_fail,
-                           CComVariant* text);
+HRESULT script_member_text(CTemplatorConcept& engine, CEvent& member, IDispatch* owner, const CMarkData& mark,
+                           const bool& empty_on_fail, CComVariant* text);
+
+// Why a mark of a templator fails that has been given no script.
+inline constexpr const wchar_t* kNoScript = L"the templator has no Script";
 
 // What a dictionary holds under a mark's name; E_FAIL where there is no dictionary.
 HRESULT read_item(IKorLibDictionary* items, BSTR name, CComVariant* value);

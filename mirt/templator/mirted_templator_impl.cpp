@@ -18,7 +18,8 @@ constexpr bool kNullIsEmpty = false;
 class Self::Values final : public MarkValues {
  public:
   explicit Values(Self& templator)
-      : MarkValues({&templator, templator.m_oScripts, templator.view_, templator.asp_, kNullIsEmpty, templator}),
+      : MarkValues(
+            {&templator, templator.m_oScripts, templator.view_, templator.asp_, kNullIsEmpty, templator, kNoScript}),
         templator_(templator) {}
 
  private:
@@ -95,5 +96,6 @@ HRESULT Self::OnMarked_Process(const CMarkData& mark, const MarkName& name) {
   const HRESULT found = m_oScripts.GetEvent(function.c_str(), event);
   if (SUCCEEDED(found)) return fire_with_texts(event, this, mark.Params);
   if (found == korlib::kOutOfStack) return found;  // the scripts could not be asked
+  if (!m_oScripts.last()) set_reason(kNoScript);
   return RaiseError(E_FAIL, L"MirtedTemplator", (L"Event '" + function + L"' not found.").c_str());
 }

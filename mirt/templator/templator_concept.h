@@ -61,6 +61,10 @@ class CTemplatorConcept {
   // failure, or an empty text when `emptyOnFail` is set.
   static HRESULT ChangeToBSTR(VARIANT* value, const MarkParams* path, bool emptyOnFail);
 
+  // The same with the parameters of a mark (null for none) as the path. Of a step that fails, the reason is set; a host
+  // that wants to know is told of an object that becomes text.
+  HRESULT make_text(VARIANT* value, const CMarkData* mark, bool emptyOnFail);
+
   // Why the mark that is being drawn fails, for a failure that has no words of its own: told beside its place. The
   // text stays where it is.
   void set_reason(const wchar_t* reason) noexcept { m_reason = reason; }
@@ -99,6 +103,8 @@ class CTemplatorConcept {
   // While it lives, the engine draws that.
   class Drawing;
 
+  // That the value, which the mark's path has led to, has no such step.
+  void set_failed_step(const VARIANT& value, const CMarkData& mark, std::size_t step, HRESULT hr) noexcept;
   ITemplateNotes* notes() noexcept;
   HRESULT write_letters(std::wstring_view text, BSTR letter);
   template <class Visitor>
@@ -136,6 +142,7 @@ class CTemplatorConcept {
   std::wstring m_lastText;  // that was streamed, and not scanned before
   std::shared_ptr<const ScannedText> m_spScanned;
   const wchar_t* m_reason = nullptr;
+  std::wstring m_reasonOfStep;            // which that points to where it was made of a mark's words
   const Progress* m_pProgress = nullptr;  // of the innermost text that is being drawn
   IUnknown* m_pResponse = nullptr;
   bool m_hasAskedForNotes = false;

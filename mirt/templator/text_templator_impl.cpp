@@ -11,7 +11,6 @@ namespace {
 constexpr std::wstring_view kCommentTypes = L" \t\r\n";  // all the types there are
 
 constexpr const wchar_t* kUnknown = L"no script of the templator has it";
-constexpr const wchar_t* kNoScript = L"the templator has no Script";
 
 }  // namespace
 
@@ -32,7 +31,7 @@ HRESULT GITextTemplatorImpl<ITextTemplator>::OnMarked_(const CMarkData& mark) {
   const HRESULT found = m_oScripts.GetEvent(name, member);
   if (found == korlib::kOutOfStack) return found;  // no script was asked
   if (SUCCEEDED(found)) {
-    RETURN_IF_FAILED(script_member_text(member, this, mark, false, &text));
+    RETURN_IF_FAILED(script_member_text(*this, member, this, mark, false, &text));
   } else {
     mirt::forget_error();
     const HRESULT value = m_oScripts.GetValue(name, &text);

@@ -1,5 +1,5 @@
 // What a host may tell the author of a page while it draws: its templates, and what is probably a mistake, and fails
-// nowhere: marks that show nothing, arguments that nobody looks at.
+// nowhere: marks that show nothing, or an object as text, arguments that nobody looks at.
 #pragma once
 
 #include <korlib/unknown.h>
@@ -11,6 +11,7 @@ enum class TemplateSlip : LONG {
   no_include = 4,            // Include names no template
   no_session_value = 5,      // the session has nothing under the name
   no_application_value = 6,  // the application has not
+  object_as_text = 7,        // an object is shown as text: `name` is that text
 };
 
 // The component asks the request's Response for this interface. A host that does not want to know answers

@@ -41,6 +41,9 @@ Words words_of(TemplateSlip slip) {
   }
 }
 
+// What an object becomes that has no text of its own. A function is called instead.
+bool is_text_of_any_object(std::wstring_view text) { return text.starts_with(L"[object "); }
+
 std::wstring shortened(std::wstring_view text) {
   return std::wstring(text.substr(0, kLongestText)) + (text.size() > kLongestText ? L"…" : L"");
 }
@@ -102,10 +105,13 @@ std::string row(std::string_view text) { return fmt::format("<li>{}</li>\n", tex
 
 void PageNotes::add_slip(TemplateSlip slip, std::wstring_view name, std::wstring_view place,
                          const std::function<Names()>& names_of) {
+  if (slip == TemplateSlip::object_as_text && !is_text_of_any_object(name)) return;
   const std::wstring mark = place.empty() ? L"(#" + std::wstring(name) + L"#)" : std::wstring(place);
   if (known_marks_.size() == kMostKnownMarks || !known_marks_.insert(mark).second) return;
   std::wstring words = mark + L" has no type character";
-  if (slip != TemplateSlip::without_type) {
+  if (slip == TemplateSlip::object_as_text) {
+    words = mark + L" shows an object as text: '" + shortened(name) + L"'";
+  } else if (slip != TemplateSlip::without_type) {
     Names others = names_of();
     std::erase(others, name);
     const std::wstring near = base::did_you_mean(others, name);

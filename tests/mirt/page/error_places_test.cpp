@@ -51,11 +51,22 @@ TEST_F(ErrorPlaces, StandBesideTheWords) {
 TEST_F(ErrorPlaces, AreToldOfEachKindOfFailure) {
   script().value(L"array", value_of(std::vector<CComVariant>{CComVariant(L"one")}));
   script().value(L"null", null_value());
-  for (const wchar_t* mark : {L"(#;nothing#)", L"(#%Nothing#)", L"(#;null#)", L"(#;array|7#)", L"(#;array|x#)",
-                              L"(#&item#)", L"(#%_InputDefault|one#)", L"(#`nowhere#)"}) {
+  for (const wchar_t* mark :
+       {L"(#;nothing#)", L"(#%Nothing#)", L"(#;null#)", L"(#&item#)", L"(#%_InputDefault|one#)", L"(#`nowhere#)"}) {
     EXPECT_EQ(L"(text):1:2: " + std::wstring(mark), of_text((L"." + std::wstring(mark)).c_str()).places) << mark;
   }
   EXPECT_EQ(L"(text):1:1: (#*item#): there is no View outside of the page's Process", of_text(L"(#*item#)").places);
+}
+
+// What a script calls the values on the way.
+TEST_F(ErrorPlaces, NameTheStepOfAPathThatFails) {
+  script().value(L"array", value_of(std::vector<CComVariant>{CComVariant(L"one")}));
+  EXPECT_EQ(L"(text):1:1: (#;array|7#): 'array' has no element '7'", of_text(L"(#;array|7#)").places);
+  EXPECT_EQ(L"(text):1:1: (#;array|x#): 'array' is an array, and has no 'x'", of_text(L"(#;array|x#)").places);
+  EXPECT_EQ(L"(text):1:1: (#;array|0#|#way#|#on#): 'array.0' is no object, and has no 'way'",
+            of_text(L"(#;array|0#|#way#|#on#)").places);
+  EXPECT_EQ(L"(text):1:1: (#;array|0|way#): 'array' is an array, and has no '0|way' (parameters are parted by #|#)",
+            of_text(L"(#;array|0|way#)").places);
 }
 
 TEST_F(ErrorPlaces, TellWhereAMarkWasOpened) {
@@ -90,10 +101,11 @@ TEST_F(ErrorPlaces, AreToldByAChild) {
   const korlib_host::ContextScope scope(asp_.context.get());
   CComPtr<IMirtedTemplator> child;
   ASSERT_EQ(S_OK, typed()->NewTemplator(CComBSTR(L"Draw_"), child.put()));
-  EXPECT_EQ(L"(text):1:2: (#%Row#)", placed_error_of([&] { child->ProcessTemplate(CComBSTR(L".(#%Row#)")); }).places);
+  EXPECT_EQ(L"(text):1:2: (#%Row#): the templator has no Script",
+            placed_error_of([&] { child->ProcessTemplate(CComBSTR(L".(#%Row#)")); }).places);
   const PlacedError error =
       placed_error_of([&] { child->ProcessTemplateFile(CComBSTR(std::wstring_view(path)), CComBSTR(L"UTF-8")); });
-  EXPECT_EQ(path + L":2:1: (#:nothing#)", error.places);
+  EXPECT_EQ(path + L":2:1: (#:nothing#): the templator has no Script", error.places);
   EXPECT_EQ(L"", error.description) << "the child has no words of its own";
 }
 

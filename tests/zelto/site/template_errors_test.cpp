@@ -25,11 +25,13 @@ TEST_F(TemplateErrors, ShowTheMarkItsPlaceAndTheLinesAroundIt) {
   folder.write("tpl/main.html", "<h1>Title</h1>\n\t<b>(#;user|<name>#)</b>\nlast\n");
   const std::string shown = failed(page("var user = {};"));
   for (const char* piece :
-       {"<dt>Template</dt><dd>/tpl/main.html:2:5</dd>", "<dt>Mark</dt><dd><code>(#;user|&lt;name&gt;#)</code></dd>",
+       {"<dt>Template</dt><dd>/tpl/main.html:2:5</dd>",
+        "<dt>Mark</dt><dd><code>(#;user|&lt;name&gt;#): 'user' has no '&lt;name&gt;'</code></dd>",
         "<h2>/tpl/main.html</h2>\n<pre>    1  &lt;h1&gt;Title&lt;/h1&gt;\n<span class=\"here\">    2  \t"
         "&lt;b&gt;(#;user|&lt;name&gt;#)&lt;/b&gt;</span><span class=\"caret\">       \t   ^</span>    3  last\n</pre>",
         "<dt>File</dt><dd>/page.asp</dd>", "<h2>/page.asp</h2>\n<pre>",
-        "<h2>Marks and calls, the last one first</h2>\n<ol>\n<li><code>(#;user|&lt;name&gt;#)</code>, "
+        "<h2>Marks and calls, the last one first</h2>\n<ol>\n<li><code>(#;user|&lt;name&gt;#): 'user' has no "
+        "'&lt;name&gt;'</code>, "
         "/tpl/main.html:2:5</li>\n<li>the page, /page.asp:1</li>\n</ol>"}) {
     EXPECT_TRUE(has(shown, piece)) << piece << "\n" << shown;
   }
@@ -54,12 +56,16 @@ TEST_F(TemplateErrors, TellOfEachKindOfFailure) {
   const struct {
     const char* mark;
     const char* words;
+    const char* reason = "";
   } kRows[] = {
       {"(#;title#)", "Unknown name.[(#;title#)]"},
       {"(#%Nobody|a#|#b#)", "Event 'OnDraw_Nobody' not found."},
       {"(#;nothing#)", "Type mismatch.[(#;nothing#)]"},
-      {"(#;towns|7#)", "Invalid index.[(#;towns#)]"},
-      {"(#;towns|x#)", "Type mismatch.[(#;towns#)]"},
+      {"(#;towns|7#)", "Invalid index.[(#;towns#)]", ": 'towns' has no element '7'"},
+      {"(#;towns|x#)", "Type mismatch.[(#;towns#)]", ": 'towns' is an array, and has no 'x'"},
+      {"(#;towns|0#|#zip#)", "Type mismatch.[(#;towns#)]", ": 'towns.0' is no object, and has no 'zip'"},
+      {"(#;user|name#|#zip#)", "Unknown name.[(#;user#)]", ": 'user.name' has no 'zip'"},
+      {"(#;user|name|zip#)", "Unknown name.[(#;user#)]", ": 'user' has no 'name|zip' (parameters are parted by #|#)"},
       {"(#|item#)", "Could not get Bag. Please specify property 'Name'."},
       {"(#%_Input|one#)", "Invalid OnDraw__Input param length."},
       {"(#`nowhere#)", "Template file can't read.["},
@@ -68,12 +74,12 @@ TEST_F(TemplateErrors, TellOfEachKindOfFailure) {
   for (const auto& row : kRows) {
     folder.write("tpl/main.html", "\n " + std::string(row.mark) + "\n");
     restart();
-    const std::string shown = failed(page("var nothing = null, towns = ['Rome'];"));
+    const std::string shown = failed(page("var nothing = null, towns = ['Rome'], user = { name: {} };"));
     EXPECT_TRUE(has(shown, "<dt>Template</dt><dd>/tpl/main.html:2:2</dd>\n<dt>Mark</dt><dd><code>" +
-                               std::string(row.mark) + "</code>"))
+                               std::string(row.mark) + row.reason + "</code>"))
         << shown;
     EXPECT_TRUE(has(shown, "<span class=\"caret\">        ^</span>")) << shown;
-    EXPECT_TRUE(has(log[0], std::string("; in /tpl/main.html:2:2 ") + row.mark + " (")) << log[0];
+    EXPECT_TRUE(has(log[0], std::string("; in /tpl/main.html:2:2 ") + row.mark + row.reason + " (")) << log[0];
     EXPECT_TRUE(log[0].starts_with(std::string("/page.asp:1: ") + row.words)) << log[0];
   }
 }

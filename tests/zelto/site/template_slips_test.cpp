@@ -42,6 +42,16 @@ TEST_F(TemplateSlips, AreItemsThatViewAndIncludeDoNotHave) {
             log);
 }
 
+TEST_F(TemplateSlips, AreObjectsThatAreShownAsText) {
+  EXPECT_EQ("[object Object] [object Object] at hand 1",
+            drawn("(#*user#) (#;one#) (#*told#) (#*rows#)",
+                  "var one = {}; function On_StartDraw(m) { m.SetView('user', { a: 1 });"
+                  "m.SetView('told', { toString: function () { return 'at hand'; } }); m.SetView('rows', 1); }"));
+  EXPECT_EQ(Lines{"/page.asp: warning: /tpl/main.html:1:1: (#*user#) shows an object as text: '[object Object]'; "
+                  "/tpl/main.html:1:11: (#;one#) shows an object as text: '[object Object]'"},
+            log);
+}
+
 // Others are optional as often as not.
 TEST_F(TemplateSlips, AreValuesOfNearlyTheNameOfAnother) {
   const std::string script =
@@ -78,7 +88,7 @@ TEST_F(TemplateSlips, AreToldOnceAPage) {
 // What fails is told so.
 TEST_F(TemplateSlips, AreNotMarksThatFail) {
   const std::string shown = drawn("(#*none|way#)");
-  EXPECT_TRUE(has(shown, "<dt>Mark</dt><dd><code>(#*none|way#)</code>")) << shown;
+  EXPECT_TRUE(has(shown, "<dt>Mark</dt><dd><code>(#*none|way#): 'none' is no object, and has no 'way'</code>")) << shown;
   EXPECT_FALSE(has(shown, "shows nothing")) << shown;
   ASSERT_EQ(1u, log.size());
   EXPECT_EQ(std::string::npos, log[0].find("warning")) << log[0];
