@@ -25,6 +25,18 @@ class Request final : public DispatchObject<Request, asp::IRequest> {
   HRESULT BinaryRead(VARIANT*, VARIANT*) override { return E_NOTIMPL; }
 };
 
+// A response of which only Write is left to be written.
+template <class Derived>
+class ResponseOfText : public DispatchObject<Derived, asp::IResponse> {
+ public:
+  HRESULT BinaryWrite(VARIANT) override { return E_NOTIMPL; }
+  HRESULT AddHeader(BSTR, BSTR) override { return E_NOTIMPL; }
+  HRESULT AppendToLog(BSTR) override { return E_NOTIMPL; }
+  HRESULT get_Status(BSTR*) override { return E_NOTIMPL; }
+  HRESULT put_Status(BSTR) override { return E_NOTIMPL; }
+  HRESULT get_CodePage(LONG*) override { return E_NOTIMPL; }
+};
+
 class Server final : public DispatchObject<Server, asp::IServer> {
  public:
   static std::span<const korlib::Member> members() { return {}; }

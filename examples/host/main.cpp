@@ -3,7 +3,8 @@
 //   build/release/bin/example_host build/release/bin/libmirt.so
 //
 // It links the component runtime (libkorlib.so), whose functions libmirt.so finds in this process. A host with a
-// runtime of its own exports the same functions; docs/host.md says which, and what a host owes besides.
+// runtime of its own exports the same functions; docs/host.md says which, and what a host owes besides. What a
+// request's objects would answer stands in empty_objects.h.
 #include <korlib/activation.h>
 #include <korlib/combstr.h>
 #include <korlib/comvariant.h>
@@ -13,23 +14,20 @@
 #include <korlib_host/modules.h>
 #include <korlib_host/unicode.h>
 #include <mirt/mirt.h>
-#include <zelto/asp.h>
-#include <zelto/context.h>
 
 #include <iostream>
-#include <iterator>
+#include <span>
 #include <string_view>
 
-#include "empty_objects.h"
+#include "context.h"
 
 namespace {
 
-namespace asp = ZeltoTypeLibrary;
 using korlib::DispatchObject;
 using korlib::Member;
 
 // Where the page is written. Only Write matters to this host.
-class Response final : public DispatchObject<Response, asp::IResponse> {
+class Response final : public example::ResponseOfText<Response> {
  public:
   static std::span<const Member> members() {
     static constexpr Member table[] = {method<&Response::Write>(L"Write")};
@@ -39,12 +37,6 @@ class Response final : public DispatchObject<Response, asp::IResponse> {
     if (text.vt == VT_BSTR) std::cout << korlib::to_utf8(korlib::view_of(text.bstrVal));
     return S_OK;
   }
-  HRESULT BinaryWrite(VARIANT) override { return E_NOTIMPL; }
-  HRESULT AddHeader(BSTR, BSTR) override { return E_NOTIMPL; }
-  HRESULT AppendToLog(BSTR) override { return E_NOTIMPL; }
-  HRESULT get_Status(BSTR*) override { return E_NOTIMPL; }
-  HRESULT put_Status(BSTR) override { return E_NOTIMPL; }
-  HRESULT get_CodePage(LONG*) override { return E_NOTIMPL; }
 };
 
 // The page's functions and variables, as a script engine has them: members that are found by name.
@@ -81,36 +73,6 @@ class Script final : public DispatchObject<Script, IDispatch> {
   LONG number_ = 0;
 };
 
-// What the component finds the request's objects by. There is no "Session": a page without one has no state.
-class Context final : public korlib::Counted<IGetContextProperties> {
- public:
-  HRESULT QueryInterface(REFIID riid, void** ppv) override {
-    return korlib::query_list<IGetContextProperties, IUnknown>(this, riid, ppv);
-  }
-  HRESULT Count(LONG* count) override {
-    *count = static_cast<LONG>(std::size(objects_));
-    return S_OK;
-  }
-  HRESULT GetProperty(BSTR name, VARIANT* value) override {
-    VariantInit(value);
-    for (const Named& one : objects_) {
-      if (korlib::view_of(name) == one.name) return VariantCopy(value, &one.object);
-    }
-    return E_INVALIDARG;
-  }
-  HRESULT EnumNames(IUnknown**) override { return E_NOTIMPL; }
-
- private:
-  struct Named {
-    std::wstring_view name;
-    CComVariant object;
-  };
-  const Named objects_[4] = {{L"Request", CComVariant(korlib::make<example::Request>().get())},
-                             {L"Response", CComVariant(korlib::make<Response>().get())},
-                             {L"Server", CComVariant(korlib::make<example::Server>().get())},
-                             {L"Application", CComVariant(korlib::make<example::Application>().get())}};
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -118,7 +80,7 @@ int main(int argc, char** argv) {
     std::cerr << "usage: example_host PATH/libmirt.so\n";
     return 2;
   }
-  const auto context = korlib::make<Context>();
+  const auto context = korlib::make<example::Context>(korlib::make<Response>().get());
   const korlib_host::ContextScope request(context.get());  // the component binds itself to it when it is made
 
   CComPtr<IClassFactory> factory;
