@@ -77,6 +77,20 @@ test('a word is found in the text where nothing is called so', async () => {
   assert.equal((await help('')).code, 1);
 });
 
+test('a mark is found without its bracket, an option as it is given, a letter in no text', async () => {
+  const told = (...names) => new Promise((resolve) => {
+    execFile(process.env.ZELTO, ['help', ...names], (error, stdout, stderr) => resolve({ code: error?.code ?? 0, stdout, stderr }));
+  });
+  assert.equal((await told('#*')).stdout, (await told('(#*#)')).stdout);
+  assert.equal((await told('#%Rows')).stdout, (await told('(#%Rows#)')).stdout);
+  assert.match((await told('--workers')).stdout, /^docs\/commands\.md, serve:\n {2}--workers NUMBER/);
+  assert.match((await told('uploads', '--strict')).stdout, /--strict: fails for warnings/);
+  assert.match((await told('--wrkers')).stderr, /nothing about '--wrkers'; did you mean/);
+  const { code, stdout, stderr } = await told('a', 'b');
+  assert.deepEqual([code, stdout], [1, '']);
+  assert.match(stderr, /nothing about 'a'.*\n.*nothing about 'b'/);
+});
+
 test('an object is told of by its members', async () => {
   assert.match((await help('console')).stdout, /^docs\/pages\.md, Errors:\n {2}console\.log, info, warn/);
 });

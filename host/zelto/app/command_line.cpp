@@ -144,6 +144,12 @@ void add_check(CLI::App& app, CheckCommand& command) {
 
 void add_help(CLI::App& app, HelpCommand& command) {
   CLI::App* help = app.add_subcommand("help", "Say what the documents tell of a member, mark, event, key or topic");
+  // "--workers" is asked about, and not given.
+  help->allow_extras()->callback([help, &command] {
+    for (const std::string& word : help->remaining()) {
+      if (word != "--") command.names.push_back(word);
+    }
+  });
   help->add_option("NAME", command.names, "As in Response.Write, '(#*#)', OnCommand_Save, body_limit, uploads")
       ->type_name("");
 }

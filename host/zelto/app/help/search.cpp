@@ -11,10 +11,17 @@ namespace {
 
 constexpr std::string_view kObjects = "objects.md";  // whose headings name those that every page has
 
+// "(#*text#)", also "#*" for short.
+bool is_mark(std::string_view name) {
+  if (name.starts_with("(#")) return name.size() > 2;
+  return name.size() > 1 && name.starts_with('#') && !base::is_alphanumeric(name[1]) && name[1] != '|' &&
+         name[1] != ')';
+}
+
 // A name as the documents write it: without a call's parentheses, and of a mark its type.
 std::string_view sought(std::string_view name) {
   if (name == "(#") return name;
-  if (name.starts_with("(#")) name = name.substr(2, 1);
+  if (is_mark(name)) name = name.substr(name.find('#') + 1, 1);
   return name.size() > 1 ? name.substr(0, name.find('(')) : name;
 }
 
@@ -38,8 +45,6 @@ bool has_word(std::string_view text, std::string_view word) {
   }
   return false;
 }
-
-bool is_mark(std::string_view name) { return name.size() > 2 && name.starts_with("(#"); }
 
 // "Response" and "Write": of a name without an object, or without a member, nothing and all of it.
 struct Parts {
@@ -163,6 +168,7 @@ std::vector<const Entry*> find(const std::vector<Entry>& entries, std::string_vi
     auto found = named(entries, name, &Entry::names);
     return found.empty() ? named(entries, name, &Entry::mentions) : found;
   }
+  if (name.size() == 1 && base::is_alphanumeric(name.front())) return named(entries, name, &Entry::names);
   auto found = about(entries, name);
   return found.empty() ? texts_with(entries, name) : found;
 }
