@@ -88,7 +88,8 @@ TEST_F(TemplateSlips, AreToldOnceAPage) {
 // What fails is told so.
 TEST_F(TemplateSlips, AreNotMarksThatFail) {
   const std::string shown = drawn("(#*none|way#)");
-  EXPECT_TRUE(has(shown, "<dt>Mark</dt><dd><code>(#*none|way#): 'none' is no object, and has no 'way'</code>")) << shown;
+  EXPECT_TRUE(has(shown, "<dt>Mark</dt><dd><code>(#*none|way#): 'none' is no object, and has no 'way'</code>"))
+      << shown;
   EXPECT_FALSE(has(shown, "shows nothing")) << shown;
   ASSERT_EQ(1u, log.size());
   EXPECT_EQ(std::string::npos, log[0].find("warning")) << log[0];
