@@ -141,6 +141,12 @@ void Emitter::for_(Statement& s) {
   const std::wstring text = variable_text(s.first->text);
   if (text.empty()) return put(library(L"raise") + L"(501); ");
   const bool is_counting = is_counter(s);
+  if (is_counting) steady_.push_back(base::folded(s.first->text));
+  count(s, text, is_counting);
+  if (is_counting) steady_.pop_back();
+}
+
+void Emitter::count(Statement& s, const std::wstring& text, bool is_counting) {
   const bool has_literal_step = !s.fourth || is_integer_literal(s.fourth.get());
   const double step = s.fourth && has_literal_step ? literal_value(*s.fourth) : 1;
   const bool is_integer = is_counting && has_literal_step && step != 0 && type_of(*s.second) == Type::integer;

@@ -244,18 +244,31 @@ void Emitter::call_member(Expression& e, Expression& member, bool is_statement) 
   if (call_known_member(e, member, is_statement)) return;
   const std::wstring folded = base::folded(member.text);
   const auto known = names_.method_references.find(folded);
-  put(library(is_statement ? L"call" : L"get") + L"(");
+  const auto is_reference = [&](std::size_t i) {
+    const Expression* const argument = e.parts[i + 1].get();
+    if (!argument || argument->kind == Expression::parenthesized) return false;
+    if (argument->kind == Expression::call && gives_answer(folded, i)) return true;  // an element
+    return known != names_.method_references.end() && i < known->second.size() && known->second[i];
+  };
+  const bool is_known = is_of_library(member);
+  const unsigned places = is_known ? 0 : asked_places(e, is_reference);
+  const bool asks = places != 0 || (!is_known && hands_reference(e, is_reference));
+  const std::wstring result = places != 0 && !is_statement ? temporary() : std::wstring();
+  if (places != 0) put(L"(");
+  if (!result.empty()) put(result + L" = ");
+  put(library(asks ? L"ask" : is_statement ? L"call" : L"get") + L"(");
   member_object(member);
   put(L", ");
   out_.put_string(member.text);
+  if (asks) put(fmt::format(L", {}", places));
   if (e.kind == Expression::call && e.parts.size() > 1) {
     put(L", ");
-    arguments(e, [&](std::size_t i) {
-      if (known == names_.method_references.end() || i >= known->second.size() || !known->second[i]) return false;
-      return e.parts[i + 1] && e.parts[i + 1]->kind != Expression::parenthesized;
-    });
+    arguments(e, is_reference);
   }
   put(L")");
+  if (places == 0) return;
+  take_answers(e, places);
+  put(result.empty() ? L")" : L", " + result + L")");
 }
 
 void Emitter::own_member(const ClassInfo::Member& member, Expression& e, bool has_arguments) {

@@ -67,6 +67,11 @@ class Emitter {
   void call_member(Expression& e, Expression& member, bool is_statement);
   bool call_known_member(Expression& e, Expression& member, bool is_statement);
   void member_object(Expression& member);
+  bool is_of_library(const Expression& member);
+  std::wstring asked_variable(const Expression* argument);
+  static bool hands_reference(const Expression& e, const std::function<bool(std::size_t)>& is_reference);
+  unsigned asked_places(const Expression& e, const std::function<bool(std::size_t)>& is_reference);
+  void take_answers(const Expression& e, unsigned places);
   void index(const Emit& what, Expression& e);
   void arguments(Expression& e, const std::function<bool(std::size_t)>& is_reference);
   void argument(Expression* e, bool is_reference, const Expression* taker);
@@ -97,6 +102,7 @@ class Emitter {
   void select(Statement& s);
   void test_case(Branch& branch, const std::wstring& subject);
   void for_(Statement& s);
+  void count(Statement& s, const std::wstring& text, bool is_counting);
   void loop(Statement& s, const Emit& begin, const std::wstring& test, const std::wstring& next,
             const std::wstring& limit);
   void for_resuming(Statement& s, const Emit& begin, const std::wstring& test, const std::wstring& step,
@@ -143,6 +149,7 @@ class Emitter {
   std::vector<std::wstring> top_variables_;   // those of Dim with what they begin as
   std::vector<std::wstring> top_references_;  // calls that tell which parameters are references
   std::vector<std::wstring> withs_;
+  std::vector<std::wstring> steady_;    // folded names that nothing but a loop around changes
   std::vector<std::wstring> counters_;  // folded names that are known to be integers here
   struct Loop {
     bool is_for;

@@ -149,8 +149,8 @@ class Parser {
     if (reader_.accept(L")")) return;
     do {
       Parameter parameter;
-      parameter.by_value = reader_.token().is(Word::byval);
-      if (!reader_.accept(Word::byval)) reader_.accept(Word::byref);
+      parameter.by_value = reader_.accept(Word::byval);
+      parameter.by_reference = !parameter.by_value && reader_.accept(Word::byref);
       parameter.place = reader_.place();
       parameter.name = reader_.take_identifier();
       if (reader_.accept(L"(")) reader_.expect(L")", Fault::expected_close);  // an array: the same

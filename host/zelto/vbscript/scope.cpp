@@ -186,8 +186,8 @@ class Finder {
       if (!in.names.contains(name)) names_->assigned_from_within.insert(name);
     }
     for (const Uses::Passed& one : in.uses.passed) {
-      const bool is_own = in.names.contains(one.name) || !takes_reference(*names_, in, one);
-      if (!is_own) names_->assigned_from_within.insert(one.name);
+      const bool is_assigned = one.callee->kind == Expression::member || takes_reference(*names_, in, one);
+      if (is_assigned && !in.names.contains(one.name)) names_->assigned_from_within.insert(one.name);
     }
   }
 
@@ -223,12 +223,15 @@ class Finder {
     known[parameter] = true;
   }
 
+  // To an object of the host only where the parameter says ByRef, or the member is known: what is a reference costs its
+  // callers a function each time.
   void hand_on(ProcedureInfo& in) {
     for (const Uses::Passed& one : in.uses.passed) {
-      if (!takes_reference(*names_, in, one)) continue;
+      if (!takes_reference(*names_, in, one) && one.callee->kind != Expression::member) continue;
       for (std::size_t i = 0; i < in.references.size(); ++i) {
         const Parameter& parameter = in.tree->parameters[i];
-        if (!parameter.by_value && base::folded(parameter.name) == one.name) mark(in, i);
+        if (base::folded(parameter.name) != one.name || parameter.by_value) continue;
+        if (parameter.by_reference || takes_reference(*names_, in, one)) mark(in, i);
       }
     }
   }
@@ -244,9 +247,17 @@ class Finder {
 
 std::wstring class_text(std::wstring_view name) { return L"$class_" + script_name(base::folded(name), false); }
 
+bool gives_answer(std::wstring_view member, std::size_t position) {
+  const std::wstring folded = base::folded(member);
+  if (folded == L"fireevent") return position == 1 || position == 2;
+  if (folded == L"execute") return position > 0;  // the first one is a statement, nearly always
+  return position == 0 && (folded == L"nextrecordset" || folded == L"binaryread");
+}
+
 bool takes_reference(const ScriptNames& names, const ProcedureInfo& in, const Uses::Passed& one) {
   const std::wstring folded = base::folded(one.callee->text);
   if (one.callee->kind == Expression::member) {
+    if (gives_answer(folded, one.position)) return true;
     const auto known = names.method_references.find(folded);
     return known != names.method_references.end() && one.position < known->second.size() && known->second[one.position];
   }

@@ -82,7 +82,11 @@ struct ScriptNames {
 // The function that makes a class: in small letters, as code that is made while the script runs may name it.
 std::wstring class_text(std::wstring_view name);
 
-// Whether what is called there may assign to the variable that it is given.
+// Whether the members of that name, of objects of the host or a component, assign to that argument.
+bool gives_answer(std::wstring_view member, std::size_t position);
+
+// Whether what is called there may assign to the variable that it is given, as far as that is known: objects of
+// components that nothing is known of may do so too.
 bool takes_reference(const ScriptNames& names, const ProcedureInfo& in, const Uses::Passed& one);
 
 // Throws CompileError for a name that is declared twice. `others`: names that the page's script in the other language

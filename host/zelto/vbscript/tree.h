@@ -100,6 +100,7 @@ struct Parameter {
   std::wstring name;
   Place place;
   bool by_value = false;
+  bool by_reference = false;  // it says so
 };
 
 struct Procedure {

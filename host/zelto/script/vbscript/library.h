@@ -32,7 +32,9 @@
 // through, an array or an iterable.
 //
 // Members: get(o, name, ...arguments) in an expression, call(o, name, ...arguments) as a statement, let(o, name, v,
-// ...arguments), set(o, name, v, ...arguments). create(name) is CreateObject.
+// ...arguments), set(o, name, v, ...arguments). create(name) is CreateObject. ask(o, name, places, ...arguments) is a
+// call with arguments that are variables, whose places are bits: where `answers` has elements then, an object of the
+// host has assigned to some of them, and answer(place, old) is what the variable has to be. The program empties it.
 //
 // Classes extend Instance. Names in small letters are keys of the class:
 //   "name"(…)                     a public Sub or Function

@@ -108,6 +108,29 @@ const get = (o, name, ...given) => {
   }
   return is_object(o) && o !== nothing ? get_of_script(o, name, given) : need_object(o);
 };
+// What an object of the host has assigned to its arguments, by their numbers. It is taken right behind the call.
+const answers = [];
+const answer = (place, old) => hasOwn(answers, place) ? answers[place] : old;
+const kMostPlaces = 31;
+const ask_host = (o, name, variables, given) => {
+  let places = variables;
+  for (let i = 0; i < given.length && i < kMostPlaces; i++) if (is_reference(given[i])) places |= 1 << i;
+  const result = native.ask(o, name, places, answers, ...plain_arguments(given));
+  for (let i = 0; i < answers.length; i++) {
+    if (is_reference(given[i]) && hasOwn(answers, i)) given[i].v = answers[i];
+  }
+  if (variables === 0) answers.length = 0;
+  return result;
+};
+// With arguments that are references, or variables, whose places are bits. The program assigns the answers to these
+// afterwards.
+const ask = (o, name, variables, ...given) => {
+  if (!is_host(o) || name.length === 12 && name.toLowerCase() === "createobject" || is_binary_write(name, given)) {
+    return get(o, name, ...given);
+  }
+  return plain_arguments(given) === given ? native.ask(o, name, variables, answers, ...given)
+    : ask_host(o, name, variables, given);
+};
 const call = get;
 const put = (o, name, v, given, is_set) => {
   if (o instanceof Instance) put_member(o, name, v, given, is_set);

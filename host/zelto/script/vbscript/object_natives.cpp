@@ -7,6 +7,7 @@
 #include "script/realm.h"
 #include "script/vbscript/border.h"
 #include "script/vbscript/natives.h"
+#include "script/vbscript/variable_arguments.h"
 
 namespace zelto::script::vbscript {
 namespace {
@@ -89,6 +90,23 @@ bool find_indexed(Realm& realm, const Target& target, CComPtr<IDispatch>* indexe
   return true;
 }
 
+JSValueRef call_target(Realm& realm, const Target& target, CallArguments& arguments, JSValueRef* exception) {
+  CComVariant result;
+  CComPtr<IDispatch> indexed;
+  const bool is_indexed = !arguments.empty() && find_indexed(realm, target, &indexed);
+  const HRESULT hr = realm.calls().invoke(is_indexed ? indexed.get() : target.object.get(),
+                                          is_indexed ? DISPID_VALUE : target.id, kCall, arguments.params(), &result);
+  return realm.errors().check(hr, target.name, exception) ? to_script(realm, result, exception) : nullptr;
+}
+
+// What Server creates is of the kind that it was asked for by.
+JSValueRef noted(Realm& realm, const Target& target, JSValueRef value, const Given& arguments) {
+  if (value && target.object.get() == realm.globals().server() && arguments.count == 1) {
+    realm.calls().note_kind(value, arguments[0]);
+  }
+  return value;
+}
+
 // invoke(object, name, …arguments)
 JSValueRef invoke(Realm& realm, const Given& given, JSValueRef* exception) {
   Target target;
@@ -96,17 +114,21 @@ JSValueRef invoke(Realm& realm, const Given& given, JSValueRef* exception) {
   if (!find_target(realm, given, &target, exception) || !convert(realm, given.from(2), &arguments, exception)) {
     return nullptr;
   }
-  CComVariant result;
-  CComPtr<IDispatch> indexed;
-  const bool is_indexed = !arguments.empty() && find_indexed(realm, target, &indexed);
-  const HRESULT hr = realm.calls().invoke(is_indexed ? indexed.get() : target.object.get(),
-                                          is_indexed ? DISPID_VALUE : target.id, kCall, arguments.params(), &result);
-  if (!realm.errors().check(hr, target.name, exception)) return nullptr;
-  JSValueRef value = to_script(realm, result, exception);
-  if (value && target.object.get() == realm.globals().server() && given.count == 3) {
-    realm.calls().note_kind(value, given[2]);
-  }
-  return value;
+  return noted(realm, target, call_target(realm, target, arguments, exception), given.from(2));
+}
+
+// ask(object, name, places, answers, …arguments): the same, with arguments that are variables. Their places are bits,
+// and what is assigned to them is put into the array `answers`.
+JSValueRef ask(Realm& realm, const Given& given, JSValueRef* exception) {
+  Target target;
+  CallArguments arguments;
+  const Given own = given.from(4);
+  if (!find_target(realm, given, &target, exception) || !convert(realm, own, &arguments, exception)) return nullptr;
+  const auto places = static_cast<unsigned>(JSValueToNumber(realm.context(), given[2], nullptr));
+  const VariableArguments variables(arguments, own.count, places);
+  JSValueRef value = call_target(realm, target, arguments, exception);
+  if (!value || !variables.give_back(realm, object_of(given[3]), exception)) return nullptr;
+  return noted(realm, target, value, own);
 }
 
 // put(object, name, value, …arguments): what kind of value it is tells how it is put.
@@ -185,6 +207,7 @@ JSValueRef check(Realm& realm, const Given&, JSValueRef* exception) {
 
 void add_object_natives(JSContextRef context, JSObjectRef target) {
   for (const Native& native : {Native{"invoke", callback<entry<invoke, 2>>},
+                               {"ask", callback<entry<ask, 4>>},
                                {"put", callback<entry<put, 3>>},
                                {"items", callback<entry<items, 1>>},
                                {"default_value", callback<entry<default_value, 1>>},
