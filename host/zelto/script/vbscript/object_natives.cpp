@@ -5,6 +5,7 @@
 #include "script/callback.h"
 #include "script/object_type.h"
 #include "script/realm.h"
+#include "script/small_integer.h"
 #include "script/vbscript/border.h"
 #include "script/vbscript/natives.h"
 #include "script/vbscript/variable_arguments.h"
@@ -124,7 +125,7 @@ JSValueRef ask(Realm& realm, const Given& given, JSValueRef* exception) {
   CallArguments arguments;
   const Given own = given.from(4);
   if (!find_target(realm, given, &target, exception) || !convert(realm, own, &arguments, exception)) return nullptr;
-  const auto places = static_cast<unsigned>(JSValueToNumber(realm.context(), given[2], nullptr));
+  const auto places = static_cast<unsigned>(small_integer(realm.context(), given[2]).value_or(0));
   const VariableArguments variables(arguments, own.count, places);
   JSValueRef value = call_target(realm, target, arguments, exception);
   if (!value || !variables.give_back(realm, object_of(given[3]), exception)) return nullptr;
