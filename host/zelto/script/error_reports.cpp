@@ -31,6 +31,13 @@ int to_int(std::string_view digits) {
   return error == std::errc() && end == digits.data() + digits.size() ? value : 0;
 }
 
+// What stands in front of a compiled script has functions that the author does not know.
+bool is_in_head(const language::Program& program, int line, int column) {
+  if (line != 1 || program.shifts.empty()) return false;
+  const language::ColumnShift& first = program.shifts.front();
+  return first.line == 1 && first.column == 0 && column <= first.inserted;
+}
+
 }  // namespace
 
 void ErrorReports::begin_run() {
@@ -249,6 +256,7 @@ std::optional<language::Frame> ErrorReports::own_frame(std::string_view text) co
     int column = to_int(text.substr(column_colon + 1));
     if (line == 1 && program->second.get() == in_function_) column = std::max(column - opening_length_, 1);
     const std::string_view name = text.substr(0, at);
+    if (name.starts_with('$') && is_in_head(*program->second, line, column)) return {};
     const bool is_outside = name.ends_with(" code");
     return language::Frame{language::source_place(*program->second, line, column),
                            is_outside ? std::wstring() : wide(std::string(name))};

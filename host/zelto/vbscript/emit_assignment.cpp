@@ -85,8 +85,8 @@ void Emitter::assign_call(Expression& target, bool is_set, const Emit& value) {
     out_.put_string(callee.text);
     put(L", ");
   } else {
-    const bool is_one = target.parts.size() == 2 && target.parts[1];
-    put(library(is_set ? L"setix" : is_one ? L"put1" : L"putix") + L"(");
+    const std::wstring count = count_of_plain(target);
+    put(library(is_set ? L"setix" : count.empty() ? L"putix" : L"put" + count) + L"(");
     const std::wstring text = callee.kind == Expression::name ? variable_text(callee.text) : std::wstring();
     if (text.empty()) {
       this->value(callee);

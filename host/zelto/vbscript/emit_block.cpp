@@ -72,10 +72,17 @@ void Emitter::test_case(Branch& branch, const std::wstring& subject) {
     Expression& test = *branch.tests[i];
     if (i > 0) put(L" || ");
     out_.at(test.place);
+    const int written = written_as(test, test);
+    const bool is_plain = test.kind == Expression::string || is_numeric(test);
+    if (written != 0 && is_plain) {
+      put(fmt::format(L"(typeof {0} === \"{1}\" ? {0} === ", subject, written == 1 ? L"number" : L"string"));
+      value(test);
+      put(L" : ");
+    }
     put(library(L"eq") + L"(" + subject + L", ");
     value(test);
-    if (const int written = written_as(test, test)) put(fmt::format(L", {}", written));
-    put(L") === true");
+    if (written != 0) put(fmt::format(L", {}", written));
+    put(written != 0 && is_plain ? L") === true)" : L") === true");
   }
 }
 

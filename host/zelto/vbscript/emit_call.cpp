@@ -115,10 +115,17 @@ void Emitter::call_name(Expression& e, Expression& callee) {
   index([&] { put(symbol->is_reference ? symbol->text + L".v" : symbol->text); }, e);
 }
 
+// "1" or "2" of so many arguments, for which there is a quicker way.
+std::wstring Emitter::count_of_plain(const Expression& e) const {
+  const std::size_t count = e.parts.size() - 1;
+  const bool is_quick = (count == 1 || (count == 2 && !is_fragment_)) &&
+                        std::ranges::all_of(e.parts, [](const ExpressionPtr& part) { return part != nullptr; });
+  return is_quick ? std::to_wstring(count) : std::wstring();
+}
+
 // what(…) where it is a value: an element, the default member, a function of somebody's.
 void Emitter::index(const Emit& what, Expression& e) {
-  const bool is_one = e.parts.size() == 2 && e.parts[1];
-  put(library(is_one ? L"ix1" : L"ix") + L"(");
+  put(library(L"ix" + count_of_plain(e)) + L"(");
   what();
   for (std::size_t i = 1; i < e.parts.size(); ++i) {
     put(L", ");

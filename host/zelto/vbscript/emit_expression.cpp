@@ -259,12 +259,20 @@ int Emitter::written_as(const Expression& a, const Expression& b) {
 void Emitter::comparison(Expression& e) {
   const Name& known = name_of(e.op);
   if (type_of(e) == Type::boolean) return infix(known.symbol, e);
+  if (!inline_comparison(e, known.symbol)) call_operation(e);
+}
+
+// By the library.
+void Emitter::call_operation(Expression& e) {
   out_.at(e.place);
-  put(library(known.library) + L"(");
+  put(library(name_of(e.op).library) + L"(");
   value(*e.parts[0]);
-  put(L", ");
-  value(*e.parts[1]);
-  if (const int written = written_as(*e.parts[0], *e.parts[1])) put(fmt::format(L", {}", written));
+  if (e.parts.size() > 1) {
+    put(L", ");
+    value(*e.parts[1]);
+    const int written = is_comparison(e.op) ? written_as(*e.parts[0], *e.parts[1]) : 0;
+    if (written != 0) put(fmt::format(L", {}", written));
+  }
   put(L")");
 }
 
@@ -286,14 +294,7 @@ void Emitter::operation(Expression& e) {
     value(*e.parts[0]);
     return put(L")");
   }
-  out_.at(e.place);
-  put(library(known.library) + L"(");
-  value(*e.parts[0]);
-  if (e.parts.size() > 1) {
-    put(L", ");
-    value(*e.parts[1]);
-  }
-  put(L")");
+  if (!inline_operation(e, known.symbol)) call_operation(e);
 }
 
 }  // namespace zelto::vbscript

@@ -6,6 +6,7 @@
 
 #include "base/letter_case.h"
 #include "vbscript/emitter.h"
+#include "vbscript/operators.h"
 
 namespace zelto::vbscript {
 namespace {
@@ -161,7 +162,9 @@ void Emitter::constructor(const ClassInfo& info) {
 }
 
 std::wstring Emitter::library(std::wstring_view name) {
-  library_.emplace(name);
+  const Operation* const own = is_fragment_ ? nullptr : operation_of(name);
+  (own ? operations_ : library_).emplace(name);
+  if (own && !own->needs.empty()) library(own->needs);
   return L"$" + std::wstring(name);
 }
 
@@ -219,6 +222,7 @@ std::wstring Emitter::head() {
     for (const std::wstring& one : functions_) parts.push_back(one + L": $f_" + one);
     text += L", {" + joined(parts) + L"} = $zelto_vb.fn";
   }
+  for (const std::wstring& one : operations_) text += fmt::format(L", ${} = {}", one, operation_of(one)->text);
   for (std::size_t i = 0; i < boxes_.size(); ++i) text += fmt::format(L", $n{} = {}", i, boxes_[i]);
   if (names_top_) text += L", $names = " + top;
   if (uses_me_) text += L", $me = this";

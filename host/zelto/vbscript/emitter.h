@@ -51,8 +51,16 @@ class Emitter {
   void operation(Expression& e);
   void comparison(Expression& e);
   void infix(std::wstring_view symbol, Expression& e, std::wstring_view tail = L"");
+  void call_operation(Expression& e);
   bool is_numeric(Expression& e);
   static int written_as(const Expression& a, const Expression& b);
+
+  // --- the same in place: emit_inline.cpp
+  std::wstring plain_variable(const Expression& e) const;
+  std::wstring question(Expression& e, bool of_integers);
+  bool is_inline(Expression& e);
+  bool inline_operation(Expression& e, std::wstring_view symbol);
+  bool inline_comparison(Expression& e, std::wstring_view symbol);
 
   // --- names and calls: emit_call.cpp
   const Symbol* find(std::wstring_view folded) const;
@@ -73,6 +81,7 @@ class Emitter {
   unsigned asked_places(const Expression& e, const std::function<bool(std::size_t)>& is_reference);
   void take_answers(const Expression& e, unsigned places);
   void index(const Emit& what, Expression& e);
+  std::wstring count_of_plain(const Expression& e) const;
   void arguments(Expression& e, const std::function<bool(std::size_t)>& is_reference);
   void argument(Expression* e, bool is_reference, const Expression* taker);
   void reference(Expression& e);
@@ -143,6 +152,7 @@ class Emitter {
   const bool is_alone_;
   ScriptWriter out_;
   std::set<std::wstring> library_;
+  std::set<std::wstring> operations_;
   std::set<std::wstring> functions_;
   std::vector<std::wstring> boxes_;           // how they are made
   std::vector<std::wstring> temporaries_;     // of the procedure

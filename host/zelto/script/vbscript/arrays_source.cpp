@@ -5,7 +5,7 @@ namespace zelto::script::vbscript {
 
 const std::u16string_view kArraysSource =
     uR"js(
-const kMostElements = 1 << 27, kMostDimensions = 60;
+const kMostElements = 1 << 27, kMostDimensions = 60, kMostAtOnce = 65536;
 const bounds_of = upper => {
   if (upper.length > kMostDimensions) return raise(9);
   const bounds = [];
@@ -22,8 +22,9 @@ const bounds_of = upper => {
 const elements_of = bounds => {
   let total = bounds.length === 0 ? 0 : 1;
   for (let i = 0; i < bounds.length; i++) total *= bounds[i] + 1;
-  const d = [];
-  for (let i = 0; i < total; i++) d.push(undefined);
+  // The engine takes a larger one for sparse.
+  const begun = total < kMostAtOnce ? total : kMostAtOnce, d = new Array(begun).fill(undefined);
+  for (let i = begun; i < total; i++) d.push(undefined);
   return d;
 };
 // Without bounds it has no elements yet: `Dim a()`.
@@ -46,6 +47,8 @@ const shape = (array, d, b) => {
   array.d = d;
   array.b = b;
   array.n = b.length === 1 ? d.length : 0;
+  array.m = b.length === 2 ? b[0] + 1 : 0;
+  array.h = b.length === 2 ? b[1] + 1 : 0;
 };
 // Only the last bound may be another one: the elements stay where they are.
 const resize = (array, b) => {

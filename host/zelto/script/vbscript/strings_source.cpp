@@ -81,10 +81,19 @@ const instrrev = (whole, part, start, mode) => {
   if (sought.length === 0) return end;
   return end < sought.length ? 0 : s.lastIndexOf(sought, end - sought.length) + 1;
 };
-const mid = of_text((s, start, length) => {
+// A text that was joined of many parts is put together by the first look at one of its characters; the engine would go
+// through all parts with each cut.
+const piece_of = (s, from, to) => from < s.length && s.charCodeAt(from) >= 0 ? s.slice(from, to) : "";
+const mid = (v, start, length) => {
+  if (typeof v === "string" && length === 1 && typeof start === "number" && (start | 0) === start && start > 0) {
+    return v.charAt(start - 1);
+  }
+  return mid_of_text(v, start, length);
+};
+const mid_of_text = of_text((s, start, length) => {
   const from = int(start);
   if (from < 1) return raise(5);
-  return is_omitted(length) ? s.slice(from - 1) : s.slice(from - 1, from - 1 + count_of(length));
+  return piece_of(s, from - 1, is_omitted(length) ? s.length : from - 1 + count_of(length));
 });
 const replace = (whole, part, by, start, count, mode) => {
   const s = text(whole), sought = text(part), instead = text(by), from = int(start, 1), most = int(count, -1);
@@ -146,10 +155,10 @@ const string_functions = {
     const value = value_of(v);
     return value === null ? null : text_of(value).length;
   },
-  left: of_text((s, n) => s.slice(0, count_of(n))),
+  left: of_text((s, n) => piece_of(s, 0, count_of(n))),
   right: of_text((s, n) => {
     const count = count_of(n);
-    return count >= s.length ? s : s.slice(s.length - count);
+    return count >= s.length ? s : piece_of(s, s.length - count, s.length);
   }),
   mid, instr, instrrev, replace, split, strcomp, escape, unescape,
   ltrim: of_text(s => s.slice(left_end(s))),

@@ -24,8 +24,10 @@ class Num {
   toString() { return text_of(this); }
   toJSON() { return this.v; }
 }
-class Lng extends Num { }
-class Dbl extends Num { }
+// Those that sums make have a constructor of their own, which takes less time than one that calls another.
+class Lng { constructor(v) { this.v = v; } }
+class Dbl { constructor(v) { this.v = v; } }
+for (const made of [Lng, Dbl]) setPrototypeOf(made.prototype, Num.prototype);
 class Byt extends Num { }
 class Sng extends Num { }
 class Cur extends Num {
@@ -44,12 +46,14 @@ class ByteString {
   constructor(b) { this.b = b; }
   toString() { return text_of_bytes(this.b); }
 }
-// `n` is how many elements one index finds; 0 where there are more dimensions, or none yet.
+// `n` is how many elements one index finds, `m` and `h` how many two do; 0 where there are other dimensions, or none yet.
 class VbArray {
   constructor(d, b, fixed) {
     this.d = d;
     this.b = b;
     this.n = b.length === 1 ? d.length : 0;
+    this.m = b.length === 2 ? b[0] + 1 : 0;
+    this.h = b.length === 2 ? b[1] + 1 : 0;
     this.fixed = fixed;
   }
   get length() { return this.d.length; }
