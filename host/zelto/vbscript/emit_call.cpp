@@ -40,7 +40,15 @@ void Emitter::name(Expression& e) {
     case Symbol::script:
       return put(fmt::format(L"(typeof {0} === \"function\" ? {0}() : {0})", symbol->text));
     case Symbol::external:
-      return put(fmt::format(L"(typeof {0} === \"undefined\" ? undefined : {0})", symbol->text));
+      put(fmt::format(L"(typeof {0} === \"undefined\" ? ", symbol->text));
+      if (names_.is_explicit) {
+        put(library(L"unknown") + L"(");
+        out_.put_string(e.text);
+        put(L")");
+      } else {
+        put(L"undefined");
+      }
+      return put(L" : " + symbol->text + L")");
     case Symbol::class_:
       return raise_of(13, e.text);
     default:

@@ -35,6 +35,21 @@ std::wstring Emitter::names_of_top() {
   return literal.text();
 }
 
+std::wstring Emitter::declaration() {
+  std::wstring entries;
+  for (const auto& [folded, symbol] : names_.top.names) {
+    const bool is_own = !symbol.is_outer && symbol.kind != Symbol::external && symbol.kind != Symbol::script;
+    if (!is_own) continue;
+    Symbol declared = symbol;
+    if (symbol.kind == Symbol::constant) declared.kind = Symbol::variable;
+    entries += entry_of(folded, declared);
+  }
+  if (entries.empty()) return {};
+  ScriptWriter literal;
+  literal.put_string(entries);
+  return L"$zelto_vb.declare(" + literal.text() + L"); ";
+}
+
 // The names that can be seen here.
 void Emitter::put_names() {
   if (is_fragment_) {

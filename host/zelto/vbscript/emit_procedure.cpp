@@ -194,6 +194,14 @@ void Emitter::declare_top(std::wstring& text) {
     const bool is_own = symbol.kind == Symbol::variable && !symbol.is_outer;
     if (is_own && !known.contains(folded)) variables.push_back(symbol.text);
   }
+  // Whoever comes later knows the constants of code that was made while the script runs.
+  for (const Declared* one : names_.top.uses.constants) {
+    if (!is_fragment_) break;
+    const ScriptWriter kept = std::exchange(out_, ScriptWriter());
+    value(*one->value);
+    const std::wstring written = std::exchange(out_, kept).text();
+    variables.push_back(names_.top.names.at(base::folded(one->name)).text + L" = " + written);
+  }
   if (!variables.empty()) text += L"var " + joined(variables) + L"; ";
 }
 
@@ -206,7 +214,8 @@ std::wstring Emitter::named_procedures() {
       entries.push_back(fmt::format(L"[\"{0}\"]: typeof {1} === \"function\" ? {1} : undefined", folded, symbol.text));
     }
   }
-  return L", $named = $v => ({" + joined(entries) + L"})[" + function(L"lcase") + L"($v)]";
+  const std::wstring made = names_.makes_code ? L" ?? $zelto_vb.made($v)" : L"";
+  return L", $named = $v => ({" + joined(entries) + L"})[" + function(L"lcase") + L"($v)]" + made;
 }
 
 std::wstring Emitter::head() {

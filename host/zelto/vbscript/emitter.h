@@ -23,10 +23,12 @@ class Emitter {
 
   void emit(Script& script);
   // Of Eval.
-  void emit_value(Expression& expression) { let_value(expression); }
+  void emit_value(Expression& expression) { value(expression); }
 
   // What stands in front of all: the parts of the library that are used, and the variables of the top level.
   std::wstring head();
+  // Of ExecuteGlobal: what tells the library of the names that are declared.
+  std::wstring declaration();
   // What is written stands in code that is made while a script runs.
   void set_fragment() { is_fragment_ = true; }
   // Whether the global object goes anywhere but to an object that is told so.

@@ -167,6 +167,8 @@ ExpressionPtr ExpressionParser::parse_primary() {
   }
   // `a = Not b`, and behind any other operator.
   if (token.is(Word::not_)) return parse_level(kNot);
+  // `a = = b`: something stands there, but nothing that an expression could begin with.
+  if (token.is(L"=")) reader_.fail(Fault::syntax);
   return parse_target(false);
 }
 

@@ -44,7 +44,9 @@ void add(Outer& outer, std::wstring_view line) {
       break;
     case NameKind::external:
       symbol.kind = Symbol::external;
-      break;
+      // Unless code that was made before has declared it.
+      outer.names.try_emplace(std::wstring(fields[1]), std::move(symbol));
+      return;
     default:
       break;
   }
@@ -74,7 +76,7 @@ std::wstring compile_fragment(std::wstring_view text, FragmentKind kind, std::ws
   } else {
     script = parse(text);
   }
-  const auto names = find_names(script, {}, outer.names);
+  const auto names = find_names(script, {}, outer.names, true);
   Emitter emitter(*names, false);
   emitter.set_fragment();
   if (kind == FragmentKind::eval) {
@@ -82,7 +84,8 @@ std::wstring compile_fragment(std::wstring_view text, FragmentKind kind, std::ws
     return emitter.head() + L"(" + emitter.writer().text() + L")";
   }
   emitter.emit(script);
-  return emitter.head() + emitter.writer().text();
+  const std::wstring declared = kind == FragmentKind::execute_global ? emitter.declaration() : std::wstring();
+  return emitter.head() + declared + emitter.writer().text();
 }
 
 }  // namespace zelto::vbscript

@@ -1,5 +1,6 @@
 #include "vbscript/scope.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/letter_case.h"
@@ -20,8 +21,10 @@ bool is_language_name(const std::wstring& folded) {
 
 class Finder {
  public:
-  Finder(const Script& script, const std::vector<std::wstring>& others, const Names& outer) : script_(script) {
+  Finder(const Script& script, const std::vector<std::wstring>& others, const Names& outer, bool is_fragment)
+      : script_(script) {
     names_->top.names = outer;
+    names_->makes_code = is_fragment;
     names_->is_explicit = script.is_explicit;
     for (const std::wstring& other : others) {
       names_->top.names[base::folded(other)] = {.kind = Symbol::script, .text = other};
@@ -158,17 +161,17 @@ class Finder {
 
   // Names that nobody has declared. ReDim declares one also where all must be.
   void add_implicit(ProcedureInfo& in) {
-    for (const Declared* one : in.uses.redimmed) add_variable(in, one->name);
-    if (names_->is_explicit) return;
+    for (const Declared* one : in.uses.redimmed) add_variable(in, one->name, false);
+    if (names_->is_explicit && !names_->makes_code) return;
     for (const Expression* one : in.uses.names) {
-      if (!is_language_name(base::folded(one->text))) add_variable(in, one->text);
+      if (!is_language_name(base::folded(one->text))) add_variable(in, one->text, names_->is_explicit);
     }
   }
-  void add_variable(ProcedureInfo& in, const std::wstring& name) {
+  void add_variable(ProcedureInfo& in, const std::wstring& name, bool must_be_declared) {
     const std::wstring folded = base::folded(name);
     if (in.names.contains(folded) || names_->top.names.contains(folded)) return;
     if (in.in && in.in->members.contains(folded)) return;
-    if (names_->makes_code && !names_->assigned.contains(folded)) {
+    if (names_->makes_code && (must_be_declared || !targets_.contains(folded))) {
       names_->top.names[folded] = {.kind = Symbol::external, .text = script_name(name, true)};
     } else {
       in.names[folded] = {.kind = Symbol::variable, .text = script_name(name, is_top(in)), .is_implicit = true};
@@ -178,7 +181,18 @@ class Finder {
   void note_uses(const Uses& uses) {
     names_->makes_code |= uses.makes_code;
     names_->assigned.insert(uses.assigned.begin(), uses.assigned.end());
-    for (const Uses::Passed& one : uses.passed) names_->assigned.insert(one.name);
+    targets_.insert(uses.assigned.begin(), uses.assigned.end());
+    for (const Uses::Passed& one : uses.passed) {
+      names_->assigned.insert(one.name);
+      if (is_of_script(*one.callee)) targets_.insert(one.name);
+    }
+  }
+
+  // Whether a procedure or method of the script may be meant, which may assign to its parameters.
+  bool is_of_script(const Expression& callee) const {
+    const std::wstring folded = base::folded(callee.text);
+    if (callee.kind == Expression::name) return !is_language_name(folded);
+    return std::ranges::any_of(names_->classes, [&](const ClassInfo& one) { return one.members.contains(folded); });
   }
 
   void note_assigned(const ProcedureInfo& in) {
@@ -240,6 +254,7 @@ class Finder {
   std::unique_ptr<ScriptNames> names_ = std::make_unique<ScriptNames>();
   std::vector<ProcedureInfo*> all_;
   std::map<std::wstring, std::size_t> numbers_;  // of procedures
+  std::set<std::wstring> targets_;               // what is assigned to, or may be by a procedure that it is handed to
   bool has_changed_ = true;
 };
 
@@ -275,8 +290,8 @@ bool takes_reference(const ScriptNames& names, const ProcedureInfo& in, const Us
 }
 
 std::unique_ptr<ScriptNames> find_names(const Script& script, const std::vector<std::wstring>& others,
-                                        const Names& outer) {
-  return Finder(script, others, outer).run();
+                                        const Names& outer, bool is_fragment) {
+  return Finder(script, others, outer, is_fragment).run();
 }
 
 }  // namespace zelto::vbscript

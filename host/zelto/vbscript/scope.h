@@ -72,7 +72,7 @@ struct ScriptNames {
   std::deque<ProcedureInfo> procedures;
   std::deque<ClassInfo> classes;
   bool is_explicit = false;
-  bool makes_code = false;
+  bool makes_code = false;  // or is made itself while a script runs
   std::set<std::wstring> assigned;  // by anybody, or handed to somebody
   // Variables of the top level that procedures assign to.
   std::set<std::wstring> assigned_from_within;
@@ -92,6 +92,6 @@ bool takes_reference(const ScriptNames& names, const ProcedureInfo& in, const Us
 // Throws CompileError for a name that is declared twice. `others`: names that the page's script in the other language
 // declares at top level.
 std::unique_ptr<ScriptNames> find_names(const Script& script, const std::vector<std::wstring>& others,
-                                        const Names& outer = {});
+                                        const Names& outer = {}, bool is_fragment = false);
 
 }  // namespace zelto::vbscript

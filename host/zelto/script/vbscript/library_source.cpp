@@ -26,9 +26,28 @@ const own = v => {
   return given instanceof VbArray ? copy_of_array(given) : given;
 };
 
+// What ExecuteGlobal has declared: as code that is compiled later reads it, and by the folded name what it is called.
+let declared_names = "", declared = { __proto__: null };
+const declare = names => {
+  declared_names += names;
+  for (const line of names.split("\n")) {
+    const [, folded, name] = line.split("\t");
+    if (name !== undefined) declared[folded] = name;
+  }
+};
+const forget_declared = () => {
+  declared_names = "";
+  declared = { __proto__: null };
+};
+const made = name => {
+  const known = declared[text_of(value_of(name)).toLowerCase()], found = known && globalThis[known];
+  return typeof found === "function" ? found : undefined;
+};
+// Under Option Explicit: a name that may have been declared since.
+const unknown = name => declared[name.toLowerCase()] === undefined ? raise(500, name) : undefined;
 // Of Eval, Execute and ExecuteGlobal.
 const compile = (code, kind, names) => {
-  const made = native.compile(text_of(value_of(code)), kind, names);
+  const made = native.compile(text_of(value_of(code)), kind, declared_names + names);
   if (typeof made === "string") return made;
   throw new VbError(made, native.compile_words(made), "Microsoft VBScript compilation error");
 };
@@ -55,7 +74,7 @@ const vb = {
   get, call, ask, answer, answers, let: let_, set, create, Instance, VbArray, Double: Dbl, make, hold, drop, terminate,
   raise, caught, err, clear, fn, getref,
   regexp, write, out: write, text: page_text,
-  compile,
+  compile, declare, made, unknown,
   // Literals that no plain number can stand for.
   date: v => new Dat(v), double: v => new Dbl(v), long: v => new Lng(v),
 };
@@ -68,6 +87,7 @@ const begin = () => {
   clear();
   living.clear();
   answers.length = 0;
+  forget_declared();
 };
 // What has a type of its own outside of the script: [type, value …]; undefined for anything else.
 const pack = v => {
