@@ -72,7 +72,7 @@ struct ScriptNames {
   std::deque<ProcedureInfo> procedures;
   std::deque<ClassInfo> classes;
   bool is_explicit = false;
-  bool makes_code = false;  // or is made itself while a script runs
+  bool makes_code = false;          // or is made itself while a script runs
   std::set<std::wstring> assigned;  // by anybody, or handed to somebody
   // Variables of the top level that procedures assign to.
   std::set<std::wstring> assigned_from_within;
