@@ -35,6 +35,11 @@ for (const [object, file] of [['Request', 'request_object'], ['Response', 'respo
   });
 }
 
+test('a mark with a backtick', async () => {
+  const { stdout } = await help("(#`#)");
+  assert.match(stdout, /\(#`lists\\rows#\)/);
+});
+
 test('every type of mark', async () => {
   const types = matches(await source('mirt/templator/marks.h'), /\{L'(\\?.)', MarkSource/g).map((type) => type.at(-1));
   assert.equal(types.length, 17);

@@ -188,7 +188,7 @@ int dispatch(const CLI::App& app, const ServeCommand& serve, const RunCommand& r
 }  // namespace
 
 int run_command_line(int argc, const char* const* argv) {
-  CLI::App app("Zelto serves pages written in JavaScript.", "zelto");
+  CLI::App app("Zelto serves pages written in JavaScript and VBScript.", "zelto");
   app.set_version_flag("--version", "zelto " ZELTO_VERSION);
   app.require_subcommand(1);
   app.footer(

@@ -17,7 +17,7 @@ class AskedNames {
   JsString of(std::wstring_view name) {
     if (const auto known = names_.find(name); known != names_.end()) return known->second.shared();
     JsString text(name);
-    if (name.size() > kLongest) return text;          // names come from clients as well
+    if (name.size() > kLongest) return text;  // names come from clients as well
     if (names_.size() >= kMost) names_.clear();
     names_.emplace(name, text.shared());
     return text;

@@ -145,14 +145,18 @@ bool Watchdog::must_unwind() {
   return is_unwinding();
 }
 
-// Without memory for its place, it ends without one.
+// Without memory for its place, it ends without one. Asking for the place runs script, which the engine may interrupt
+// for its own look at the time: then that has ended the page, and knows its place.
 void Watchdog::end_by(Outcome::Kind kind) noexcept {
   Engine* const engine = Engine::current();
+  ScriptError reached;
   try {
-    if (engine) ended_at_ = engine->reached();
+    if (engine) reached = engine->reached();
   } catch (const std::exception&) {
-    ended_at_ = {};
+    reached = {};
   }
+  if (is_unwinding()) return;
+  ended_at_ = std::move(reached);
   ending_ = kind;
 }
 

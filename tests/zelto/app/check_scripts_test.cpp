@@ -64,6 +64,19 @@ TEST_F(CheckedScripts, NameMembersThatTheirObjectsLack) {
       found());
 }
 
+// Whatever the include that there is not may do with them.
+TEST_F(CheckedScripts, AreOfTheObjectsThatAPageMakesAlsoWithoutAnInclude) {
+  write("a.asp",
+        "<!-- #include file=\"none.inc\" -->\n"
+        "<% var d = Server.CreateObject('Scripting.Dictionary'); d.Ad(1, 2);\n"
+        "Server.CreateObject('Mirt').Proces(); %>");
+  EXPECT_EQ(
+      "a.asp:1:21: error: The include file \"none.inc\" was not found.\n"
+      "a.asp:2:59: error: Dictionary has no member 'Ad'; did you mean 'Add'?\n"
+      "a.asp:3:29: error: Mirt has no member 'Proces'; did you mean 'Process'?\n",
+      found());
+}
+
 TEST_F(CheckedScripts, MayHaveVariablesThatAreNotOnlyOfOneClass) {
   const std::string_view scripts[] = {
       "function f(d) { d.Go(); }",                                  // a parameter

@@ -39,6 +39,16 @@ TEST_P(ServerDatabase, StopsWhatAServerDoesWhenThePageIsLate) {
   ends("c.Execute('SELECT generate_series(1, 1000000000000)').GetRows()", kLate, ";UseDeclareFetch=1;Fetch=100");
 }
 
+// The driver's own end of the statement comes in the same moment as the engine's look at the time.
+TEST_P(ServerDatabase, TellsTheLineOfTheStatementThatWasTooLong) {
+  const std::string sql = is_sqlite()
+                              ? "WITH RECURSIVE t(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM t) SELECT sum(n) FROM t"
+                              : "SELECT pg_sleep(600)";
+  EXPECT_EQ(500, run(page("\nfunction slow() {\n  c.Execute('" + sql + "');\n}\nslow();"), "").head.status);
+  ASSERT_EQ(1U, log.size());
+  EXPECT_EQ(0U, log[0].find("/page.asp:3: The page took longer")) << log[0];
+}
+
 TEST_P(ServerDatabase, StopsRowsThatTakeTooMuchMemory) {
   if (is_sqlite()) GTEST_SKIP() << "page_memory_test has a file's rows";
   options.script_timeout = std::chrono::seconds(120);

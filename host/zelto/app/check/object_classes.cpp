@@ -61,10 +61,10 @@ ObjectClasses::Class make(const std::wstring& prog_id) {
 }  // namespace
 
 ObjectClasses::ObjectClasses(const PageScript& script, const std::vector<Token>& tokens)
-    : tokens_(tokens), is_certain_(!script.lacks_includes), variables_(script.written, tokens) {}
+    : tokens_(tokens), variables_(script.written, tokens) {}
 
 const ObjectClasses::Class* ObjectClasses::at(std::size_t last) {
-  if (!is_certain_ || variables_.are_uncertain()) return nullptr;
+  if (variables_.are_uncertain()) return nullptr;
   const std::wstring prog_id = class_at(last);
   if (prog_id.empty()) return nullptr;
   const auto [entry, is_new] = made_.try_emplace(prog_id);

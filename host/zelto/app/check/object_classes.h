@@ -38,7 +38,6 @@ class ObjectClasses {
   bool ends_value(std::size_t i) const { return variables_.expression_ends(i) || variables_.is(i, L","); }
 
   const std::vector<language::Token>& tokens_;
-  const bool is_certain_;
   Variables variables_;
   std::map<const Variables::Variable*, std::wstring> classes_;  // ProgIDs in small letters
   std::map<std::wstring, Class> made_;                          // by those

@@ -26,8 +26,8 @@ struct Span {
 };
 
 Span next_span(std::string_view text, std::size_t from) {
-  for (const std::string_view open : {"`` ", "`", "<code>"}) {
-    const std::string_view close = open == "`" ? "`" : open == "<code>" ? "</code>" : " ``";
+  for (const std::string_view open : {"`` ", "``", "`", "<code>"}) {
+    const std::string_view close = open == "`` " ? " ``" : open == "<code>" ? "</code>" : open;
     const std::size_t begin = text.find(open, from);
     if (begin == std::string_view::npos || text.find_first_of("`<", from) < begin) continue;
     const std::size_t end = text.find(close, begin + open.size());
