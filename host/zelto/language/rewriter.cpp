@@ -10,6 +10,7 @@
 #include "base/letter_case.h"
 #include "language/chains.h"
 #include "language/loops.h"
+#include "language/spreads.h"
 #include "language/written_source.h"
 
 namespace zelto::language {
@@ -49,7 +50,7 @@ bool may_be_property(std::wstring_view name) {
 class Rewriter : private Chains {
  public:
   Rewriter(std::wstring_view text, const std::vector<Token>& tokens)
-      : Chains(text, tokens), loops_(text, tokens), is_read_(tokens.size()), edits_(text) {}
+      : Chains(text, tokens), loops_(text, tokens), spreads_(text, tokens), is_read_(tokens.size()), edits_(text) {}
 
   Rewritten run() {
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
@@ -82,6 +83,7 @@ class Rewriter : private Chains {
       case Token::punctuator:
         if (is_assignment(i)) read_value(i + 1, L")");
         if (text == L"=") place_pattern(i);
+        if (spreads_.is_value(i)) edits_.insert(tokens_[i + 1].begin, std::wstring(kPatternPlace));
         if (text == L"," && is_call(around_)) read_value(i + 1, L")");
         if (text == L"?.") last_optional_ = i;
         break;
@@ -311,6 +313,7 @@ class Rewriter : private Chains {
   }
 
   const Loops loops_;
+  const Spreads spreads_;
   std::set<std::wstring_view> constants_;     // names that stood behind `const`
   std::size_t around_ = Token::kNone;         // the bracket that is open
   std::vector<std::size_t> enclosing_;        // those around it, outermost first

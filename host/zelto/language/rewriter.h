@@ -17,7 +17,8 @@
 //   throw x;                  throw $zelto.thrown = x;         remembers where something was thrown
 //   while (x) …               if($zelto_never);else while (x) …   so that a time-out in it finds the line
 //   var [a, b] = x            var [a, b] = $zelto_never?0:x    so that what cannot be taken apart does; likewise
-//                             with the former words where a constant is set
+//                             behind the dots of `[...x]` and `f(...x)`, and with the former words where a constant
+//                             is set
 //   catch (e) {               catch (e) { $zelto_caught(e);   gives it the number that older pages know
 //
 // $zelto_value calls a method of an automation object, if it needs no arguments, and passes everything

@@ -77,7 +77,7 @@ constexpr Row kFunctions[] = {
     {L"Response.Write(Server.HTMLEncode(a))", L"$zelto_write(Response,$zelto_html_encode(Server,a))"},
     {L"t += Server.URLEncode(a) + '='", L"t += $zelto_url_encode(Server,a) + '='"},
     {L"Response.Write(a).b", L"$zelto_value($zelto_write(Response,a).b, 1)"},
-    {L"Response.Write(...a)", L"$zelto_write(Response,...a)"},
+    {L"Response.Write(...a)", L"$zelto_write(Response,...$zelto_never?0:a)"},
     {L"(Response.Write)(a)", nullptr},
     {L"Response\n.Write(a)", nullptr},
     {L"Response.Write\n(a)", nullptr},
@@ -157,7 +157,7 @@ constexpr Row kReads[] = {
     {L"f(a.b)", L"f($zelto_value(a.b))"},
     {L"f(a, b.c, d.e)(g.h)", L"f(a, $zelto_value(b.c), $zelto_value(d.e))($zelto_value(g.h))"},
     {L"f(a.b + c, [d.e, f.g], { h: i.j })", nullptr},
-    {L"f(a.b, ...c.d)", L"f($zelto_value(a.b), ...c.d)"},
+    {L"f(a.b, ...c.d)", L"f($zelto_value(a.b), ...$zelto_never?0:c.d)"},
     {L"f((a.b), g(c.d))", L"f((a.b), g($zelto_value(c.d)))"},
     {L"(a.b)(c)", nullptr},
     {L"(a.b, c.d)", nullptr},
@@ -176,6 +176,18 @@ constexpr Row kPlaces[] = {
     {L"let [a = 1, {b} = c] = d; [a, b] = [b, a]",
      L"let [a = 1, {b} = $zelto_never?0:c] = $zelto_never?0:d; [a, b] = $zelto_never?0:[b, a]"},
     {L"({a} = b); x = ({a} = b) => a", L"({a} = $zelto_never?0:b); x = ({a} = $zelto_never?0:b) => a"},
+    {L"a = [...b, ...[...c]]; f(d, ...e.Item(1)); new G(...h); super(...i); k?.(...l); for (m of [...n]) ;",
+     L"a = [...$zelto_never?0:b, ...$zelto_never?0:[...$zelto_never?0:c]]; f(d, "
+     L"...$zelto_never?0:$zelto_of(e,\"Item\",\"e\").Item(1)); "
+     L"new G(...$zelto_never?0:h); super(...$zelto_never?0:i); k?.(...$zelto_never?0:l); "
+     L"for (m of [...$zelto_never?0:n]) ;"},
+    {L"(a, [b]) => { f(...a) }; x = { m([a]) { return [...a] } }; if ([...a].length) {}",
+     L"(a, [b]) => { f(...$zelto_never?0:a) }; x = { m([a]) { return [...$zelto_never?0:a] } }; "
+     L"if ([...$zelto_never?0:a].length) {}"},
+    {L"function f(...a) {} (...a) => a; async (...a) => a; class C { m(...a) {} static n([b, ...a]) {} }", nullptr},
+    {L"({ m(...a) {}, ...b }); for (const [...a] of b) c; for ({ d: [...e] } of b) c; ([...a]) => a", nullptr},
+    {L"try { } catch ([...a]) { } try { } catch ({ b: [...a] }) { } function g({ a: [...b] }) {}", nullptr},
+    {L"[a, ...b] = c; var { d: [...e] } = f", L"[a, ...b] = $zelto_never?0:c; var { d: [...e] } = $zelto_never?0:f"},
     {L"a[0] = b; a.b[c] = d; f()[1] = 2; x\n[1] = 2; let = {}", nullptr},
     {L"class A { [k] = function() {}; static [k] = 1; x; [l] = class {} }", nullptr},
     {L"const c = 1; function f() { c = 2; if (d) c++; else c(); d = c; e.c = 1 }",

@@ -85,7 +85,7 @@ TEST_F(ScriptErrors, OfPromisesHaveAPlaceOrAtLeastAPage) {
 }
 
 // They were told by the line of what stood in front, a loop for example.
-TEST_F(ScriptErrors, OfWhatCannotBeTakenApartOrSetHaveTheirLine) {
+TEST_F(ScriptErrors, OfWhatCannotBeTakenApartOrSpreadOrSetHaveTheirLine) {
   constexpr struct {
     const char* page;
     const char* line;
@@ -98,6 +98,10 @@ TEST_F(ScriptErrors, OfWhatCannotBeTakenApartOrSetHaveTheirLine) {
        "/page.asp:4: Right side of assignment cannot be destructured (TypeError, 0x80004005)"},
       {"<% function f(n) {\nn + 1;\nconst q = 1;\nq = 2 }\nf(1) %>",
        "/page.asp:4: Attempted to assign to readonly property. (TypeError, 0x800A1390)"},
+      {"<% function f(n) {\nn + 1;\n\nvar q = [...n] }\nf(5) %>",
+       "/page.asp:4: Spread syntax requires ...iterable[Symbol.iterator] to be a function (TypeError, 0x80004005)"},
+      {"<% function f(n, g) {\nn + 1;\n\ng(1,\n...n) }\nf(5, f) %>",
+       "/page.asp:5: Spread syntax requires ...iterable[Symbol.iterator] to be a function (TypeError, 0x80004005)"},
   };
   for (const auto& row : kRows) {
     EXPECT_EQ(row.line, told(row.page));
