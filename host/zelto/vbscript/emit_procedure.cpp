@@ -224,11 +224,11 @@ std::wstring Emitter::head() {
   declare_top(declared);
   const std::wstring named = names_procedures_ ? named_procedures() : std::wstring();
   std::vector<std::wstring> parts;
-  for (const std::wstring& one : library_) parts.push_back(one + L": $" + one);
+  for (const std::wstring& one : library_) parts.push_back(fmt::format(L"{0}: ${0}", one));
   std::wstring text = L"const {" + joined(parts) + L"} = $zelto_vb";
   if (!functions_.empty()) {
     parts.clear();
-    for (const std::wstring& one : functions_) parts.push_back(one + L": $f_" + one);
+    for (const std::wstring& one : functions_) parts.push_back(fmt::format(L"{0}: $f_{0}", one));
     text += L", {" + joined(parts) + L"} = $zelto_vb.fn";
   }
   for (const std::wstring& one : operations_) text += fmt::format(L", ${} = {}", one, operation_of(one)->text);
