@@ -47,9 +47,8 @@ void Emitter::assign_name(Expression& target, bool is_set, const Emit& value) {
   if (const std::wstring text = variable_text(target.text); !text.empty()) {
     const Symbol* const symbol = find(folded);
     if (names_.is_explicit && symbol && symbol->kind == Symbol::external) {
-      put(library(L"unknown") + L"(");
-      out_.put_string(target.text);
-      put(L"), ");
+      raise_unknown(target.text);
+      put(L", ");
     }
     put(text + L" = ");
     return value();

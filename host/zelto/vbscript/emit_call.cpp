@@ -42,9 +42,7 @@ void Emitter::name(Expression& e) {
     case Symbol::external:
       put(fmt::format(L"(typeof {0} === \"undefined\" ? ", symbol->text));
       if (names_.is_explicit) {
-        put(library(L"unknown") + L"(");
-        out_.put_string(e.text);
-        put(L")");
+        raise_unknown(e.text);
       } else {
         put(L"undefined");
       }
@@ -70,6 +68,13 @@ void Emitter::language_name(Expression& e, std::wstring_view folded) {
 
 void Emitter::raise_of(int number, std::wstring_view name) {
   put(fmt::format(L"{}({}, ", library(L"raise"), number));
+  out_.put_string(name);
+  put(L")");
+}
+
+// What a page that declares its names asks of one that nothing declares.
+void Emitter::raise_unknown(std::wstring_view name) {
+  put(library(L"unknown") + L"(");
   out_.put_string(name);
   put(L")");
 }

@@ -39,6 +39,18 @@ bool Emitter::is_inline(Expression& e) {
   return true;
 }
 
+// False where nothing is asked.
+bool Emitter::put_in_place(const std::wstring& asked, std::wstring_view symbol, Expression& e,
+                           std::wstring_view behind) {
+  if (asked.empty()) return false;
+  put(L"(" + asked + L" ? ");
+  infix(symbol, e, behind);
+  put(L" : ");
+  call_operation(e);
+  put(L")");
+  return true;
+}
+
 bool Emitter::inline_operation(Expression& e, std::wstring_view symbol) {
   const bool is_division = e.op == Operator::idiv || e.op == Operator::mod;
   if (e.op != Operator::add && e.op != Operator::sub && !is_division) return false;
@@ -46,13 +58,7 @@ bool Emitter::inline_operation(Expression& e, std::wstring_view symbol) {
   if (is_division && (right.kind != Expression::number || right.value <= 0)) return false;
   if (!is_inline(e)) return false;
   const std::wstring asked = question(e, true);
-  if (asked.empty()) return false;
-  put(L"(" + asked + L" ? ");
-  infix(symbol, e, is_division ? L" | 0" : L"");
-  put(L" : ");
-  call_operation(e);
-  put(L")");
-  return true;
+  return put_in_place(asked, symbol, e, is_division ? L" | 0" : L"");
 }
 
 bool Emitter::inline_comparison(Expression& e, std::wstring_view symbol) {
@@ -62,13 +68,7 @@ bool Emitter::inline_comparison(Expression& e, std::wstring_view symbol) {
   if (!is_text && !is_inline(e)) return false;
   const std::wstring asked =
       is_text ? fmt::format(L"typeof {} === \"string\"", plain_variable(*e.parts[0])) : question(e, false);
-  if (asked.empty()) return false;
-  put(L"(" + asked + L" ? ");
-  infix(symbol, e);
-  put(L" : ");
-  call_operation(e);
-  put(L")");
-  return true;
+  return put_in_place(asked, symbol, e, {});
 }
 
 }  // namespace zelto::vbscript

@@ -61,6 +61,7 @@ class Emitter {
   std::wstring plain_variable(const Expression& e) const;
   std::wstring question(Expression& e, bool of_integers);
   bool is_inline(Expression& e);
+  bool put_in_place(const std::wstring& asked, std::wstring_view symbol, Expression& e, std::wstring_view behind);
   bool inline_operation(Expression& e, std::wstring_view symbol);
   bool inline_comparison(Expression& e, std::wstring_view symbol);
 
@@ -90,6 +91,7 @@ class Emitter {
   void me(const Expression* taker);
   void instance(const Expression& e);
   void raise_of(int number, std::wstring_view name);
+  void raise_unknown(std::wstring_view name);
   void get_reference(Expression& e);
   void own_member(const ClassInfo::Member& member, Expression& e, bool has_arguments);
 

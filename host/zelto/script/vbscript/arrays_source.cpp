@@ -43,13 +43,6 @@ const redim = (old, preserve, ...upper) => {
   else shape(old, elements_of(b), b);
   return old;
 };
-const shape = (array, d, b) => {
-  array.d = d;
-  array.b = b;
-  array.n = b.length === 1 ? d.length : 0;
-  array.m = b.length === 2 ? b[0] + 1 : 0;
-  array.h = b.length === 2 ? b[1] + 1 : 0;
-};
 // Only the last bound may be another one: the elements stay where they are.
 const resize = (array, b) => {
   if (b.length !== array.b.length) raise(9);

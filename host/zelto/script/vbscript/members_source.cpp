@@ -112,10 +112,10 @@ const get = (o, name, ...given) => {
 const answers = [];
 const answer = (place, old) => hasOwn(answers, place) ? answers[place] : old;
 const kMostPlaces = 31;
-const ask_host = (o, name, variables, given) => {
+const ask_host = (o, name, variables, given, plain) => {
   let places = variables;
   for (let i = 0; i < given.length && i < kMostPlaces; i++) if (is_reference(given[i])) places |= 1 << i;
-  const result = native.ask(o, name, places, answers, ...plain_arguments(given));
+  const result = native.ask(o, name, places, answers, ...plain);
   for (let i = 0; i < answers.length; i++) {
     if (is_reference(given[i]) && hasOwn(answers, i)) given[i].v = answers[i];
   }
@@ -128,8 +128,8 @@ const ask = (o, name, variables, ...given) => {
   if (!is_host(o) || name.length === 12 && name.toLowerCase() === "createobject" || is_binary_write(name, given)) {
     return get(o, name, ...given);
   }
-  return plain_arguments(given) === given ? native.ask(o, name, variables, answers, ...given)
-    : ask_host(o, name, variables, given);
+  const plain = plain_arguments(given);
+  return plain === given ? native.ask(o, name, variables, answers, ...given) : ask_host(o, name, variables, given, plain);
 };
 const call = get;
 const put = (o, name, v, given, is_set) => {

@@ -47,13 +47,16 @@ class ByteString {
   toString() { return text_of_bytes(this.b); }
 }
 // `n` is how many elements one index finds, `m` and `h` how many two do; 0 where there are other dimensions, or none yet.
+const shape = (array, d, b) => {
+  array.d = d;
+  array.b = b;
+  array.n = b.length === 1 ? d.length : 0;
+  array.m = b.length === 2 ? b[0] + 1 : 0;
+  array.h = b.length === 2 ? b[1] + 1 : 0;
+};
 class VbArray {
   constructor(d, b, fixed) {
-    this.d = d;
-    this.b = b;
-    this.n = b.length === 1 ? d.length : 0;
-    this.m = b.length === 2 ? b[0] + 1 : 0;
-    this.h = b.length === 2 ? b[1] + 1 : 0;
+    shape(this, d, b);
     this.fixed = fixed;
   }
   get length() { return this.d.length; }
