@@ -62,7 +62,7 @@ class Server::Impl {
                   log(record, loop, at_once);
                 },
                 [this](std::string_view problem) { report(problem); }},
-        loops_(std::max(options_.io_threads, 1U)),
+        loops_(options_.io_threads ? options_.io_threads : std::max(std::thread::hardware_concurrency() / 2, 1U)),
         acceptor_(loops_.front().executor()),
         retry_(loops_.front().executor()),
         beat_(loops_.front().executor()) {

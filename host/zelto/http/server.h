@@ -23,7 +23,9 @@ struct ServerOptions {
   std::uint16_t port = 0;  // 0 takes any free one
   // A socket that listens at `address` already, which the server takes over; it makes its own when there is none.
   int listening_socket = -1;
-  unsigned io_threads = 2;  // so that one that writes to a disk holds up no others
+  // 0 for one for every two processors. Requests that come while a loop has its turn are read in one: with more loops,
+  // each wakes for fewer, and interrupts the workers for it.
+  unsigned io_threads = 0;
   unsigned workers = 2;
   std::size_t worker_stack = std::size_t{8} * 1024 * 1024;
   std::size_t queue = 256;     // requests that may wait for a worker; others get 503
