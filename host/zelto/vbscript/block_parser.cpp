@@ -9,7 +9,7 @@ namespace zelto::vbscript {
 // `End If` and the like; `EndIf` is no word.
 void StatementParser::end_block(Made& statement, Word what, Fault fault) {
   statement->end = reader_.place();
-  reader_.expect(Word::end, Fault::expected_end);
+  reader_.expect_end(Word::end, Fault::expected_end);
   reader_.expect(what, fault);
 }
 
@@ -94,12 +94,14 @@ StatementParser::Made StatementParser::parse_select() {
         branch.tests.push_back(expressions_.parse());
       } while (reader_.accept(L","));
     }
+    // `Case 1 To 3` is another language's; statements may follow in the line.
+    if (reader_.token().is(Word::to)) reader_.fail(Fault::expected_end_of_statement);
     branch.body = parse_block();
     made->branches.push_back(std::move(branch));
     if (is_last) break;
   }
   if (!reader_.token().is(Word::end)) {
-    reader_.fail(made->branches.empty() ? Fault::expected_case : Fault::expected_end);
+    reader_.fail_at_statement(made->branches.empty() ? Fault::expected_case : Fault::expected_end);
   }
   end_block(made, Word::select, Fault::expected_select);
   return made;
@@ -110,7 +112,7 @@ StatementParser::Made StatementParser::parse_for() {
   Made made = make(Statement::for_);
   reader_.take();
   if (reader_.accept(Word::each)) return parse_for_each(std::move(made));
-  made->first = expressions_.parse_target(false);
+  made->first = expressions_.parse_named();
   if (made->first->kind != Expression::name) TokenReader::fail(Fault::invalid_loop_variable, made->first->place);
   reader_.expect(L"=", Fault::expected_equals);
   made->second = expressions_.parse();
@@ -123,7 +125,7 @@ StatementParser::Made StatementParser::parse_for() {
 
 StatementParser::Made StatementParser::parse_for_each(Made loop) {
   loop->kind = Statement::for_each;
-  loop->first = expressions_.parse_target(false);
+  loop->first = expressions_.parse_named();
   if (loop->first->kind != Expression::name) TokenReader::fail(Fault::invalid_loop_variable, loop->first->place);
   reader_.expect(Word::in, Fault::expected_in);
   loop->second = expressions_.parse();

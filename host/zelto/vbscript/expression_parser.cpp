@@ -167,8 +167,6 @@ ExpressionPtr ExpressionParser::parse_primary() {
   }
   // `a = Not b`, and behind any other operator.
   if (token.is(Word::not_)) return parse_level(kNot);
-  // `a = = b`: something stands there, but nothing that an expression could begin with.
-  if (token.is(L"=")) reader_.fail(Fault::syntax);
   return parse_target(false);
 }
 
@@ -176,12 +174,20 @@ ExpressionPtr ExpressionParser::parse_target(bool is_statement) {
   const Token& token = reader_.token();
   if (token.is(L".")) return parse_chain(parse_member(nullptr), is_statement);
   if (token.kind != Token::name || (is_reserved(token.word) && token.word != Word::me)) {
-    reader_.fail(is_statement ? Fault::expected_statement : Fault::expected_expression);
+    if (is_statement) reader_.fail(Fault::expected_statement);
+    reader_.fail_at_expression();
   }
   ExpressionPtr start = make(token.is(Word::me) ? Expression::me : Expression::name);
   start->text = token.text;
   reader_.take();
   return parse_chain(std::move(start), is_statement);
+}
+
+ExpressionPtr ExpressionParser::parse_named() {
+  const Token& token = reader_.token();
+  if (token.kind != Token::name && !token.is(L".")) reader_.fail(Fault::expected_identifier);
+  if (is_reserved(token.word) && token.word != Word::me) reader_.fail(Fault::expected_identifier);
+  return parse_target(false);
 }
 
 ExpressionPtr ExpressionParser::parse_member(ExpressionPtr object) {

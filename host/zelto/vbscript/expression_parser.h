@@ -13,6 +13,8 @@ class ExpressionParser {
   // A name with its members and what stands in parentheses behind them. Where a statement begins with it, the first
   // argument of a call without parentheses, `f (1), 2`, is left.
   ExpressionPtr parse_target(bool is_statement);
+  // What is assigned to, counted or called: a target that a name begins, or a With's dot.
+  ExpressionPtr parse_named();
   // A list of arguments up to the statement's end.
   std::vector<ExpressionPtr> parse_open_arguments();
   // -1, "text", #1/1/2000#, True …

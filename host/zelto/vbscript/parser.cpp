@@ -44,23 +44,11 @@ class Parser {
       script_.body.push_back(std::move(statement));
       return;
     }
-    fail_at_statement();
+    reader_.fail_at_statement(Fault::expected_statement);
   }
 
   bool is_property_member() const {
     return reader_.token(1).is(Word::get) || reader_.token(1).is(Word::let) || reader_.token(1).is(Word::set);
-  }
-
-  // No statement begins with this.
-  [[noreturn]] void fail_at_statement() const {
-    switch (reader_.token().word) {
-      case Word::loop:
-        reader_.fail(Fault::loop_without_do);
-      case Word::next:
-        reader_.fail(Fault::unexpected_next);
-      default:
-        reader_.fail(Fault::expected_statement);
-    }
   }
 
   void parse_option() {
@@ -118,12 +106,18 @@ class Parser {
     made.place = reader_.place();
     made.name = reader_.take_identifier();
     parse_parameters(made);
+    // The statements may follow in the line, which single-line procedures of old pages do.
+    const Place body = reader_.place();
+    const bool is_in_line = !reader_.ends_statement();
     if (made.parameters.empty() && (made.kind == Procedure::let || made.kind == Procedure::set)) {
       TokenReader::fail(Fault::property_needs_argument, made.place);
     }
     made.body = statements_.parse_body(around);
     made.end = reader_.place();
-    if (!reader_.token().is(Word::end)) fail_in_body();
+    if (!reader_.token().is(Word::end)) {
+      reader_.fail_at_statement(reader_.token().kind == Token::end ? Fault::expected_end : Fault::expected_statement);
+    }
+    if (is_in_line && made.end.line != body.line) TokenReader::fail(Fault::expected_end_of_statement, body);
     reader_.take();
     if (word == Word::sub) reader_.expect(Word::sub, Fault::expected_sub);
     if (word == Word::function) reader_.expect(Word::function, Fault::expected_function);
@@ -132,20 +126,8 @@ class Parser {
     return made;
   }
 
-  [[noreturn]] void fail_in_body() const {
-    const Token& token = reader_.token();
-    if (token.is(Word::loop) || token.is(Word::next)) fail_at_statement();
-    const bool is_declaration = token.is(Word::sub) || token.is(Word::function) || token.is(Word::class_) ||
-                                token.is(Word::public_) || token.is(Word::private_) || token.is(Word::option);
-    reader_.fail(token.kind == Token::end ? Fault::expected_end
-                                          : (is_declaration ? Fault::syntax : Fault::expected_statement));
-  }
-
   void parse_parameters(Procedure& made) {
-    if (!reader_.accept(L"(")) {
-      // One may follow in the line, which single-line procedures of old pages do.
-      return;
-    }
+    if (!reader_.accept(L"(")) return;
     if (reader_.accept(L")")) return;
     do {
       Parameter parameter;

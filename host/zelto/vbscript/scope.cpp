@@ -14,6 +14,12 @@ namespace {
 
 [[noreturn]] void fail(Fault fault, Place at) { throw CompileError{fault, at.line, at.column}; }
 
+// At the later of the two, in whichever order they are looked at.
+[[noreturn]] void fail_redefined(Place one, Place other) {
+  const bool is_later = std::pair(one.line, one.column) > std::pair(other.line, other.column);
+  fail(Fault::name_redefined, is_later ? one : other);
+}
+
 bool is_language_name(const std::wstring& folded) {
   return constant_of(folded) || function_of(folded) || !host_name(folded).empty() || folded == L"err" ||
          folded == L"regexp" || folded == L"execute" || folded == L"executeglobal";
@@ -61,7 +67,8 @@ class Finder {
   static void declare(ProcedureInfo& in, const Declared& one, Symbol symbol) {
     Symbol& known = in.names[base::folded(one.name)];
     const bool is_free = known.kind == Symbol::unknown || known.kind == Symbol::script || known.is_outer;
-    if (!is_free) fail(Fault::name_redefined, one.place);
+    if (!is_free) fail_redefined(known.place, one.place);
+    symbol.place = one.place;
     if (known.kind == Symbol::external) symbol.text = known.text;
     known = std::move(symbol);
   }
@@ -72,14 +79,14 @@ class Finder {
     Symbol& known = names_->top.names[folded];
     const bool is_free = known.kind == Symbol::unknown || known.kind == Symbol::script ||
                          known.kind == Symbol::procedure || known.is_outer;
-    if (!is_free) fail(Fault::name_redefined, tree.place);
+    if (!is_free) fail_redefined(known.place, tree.place);
     // The functions of the language that both are in would be one; the first is never called.
     if (numbers_.contains(folded)) names_->procedures[numbers_[folded]].text += L"$old";
     numbers_[folded] = names_->procedures.size();
     ProcedureInfo& info = names_->procedures.emplace_back();
     // In the letters that the script around it has.
     info.text = known.kind == Symbol::external ? known.text : script_name(tree.name, true);
-    known = {.kind = Symbol::procedure, .text = info.text, .called = &info};
+    known = {.kind = Symbol::procedure, .text = info.text, .called = &info, .place = tree.place};
     fill(info, tree, nullptr);
   }
 
@@ -103,14 +110,16 @@ class Finder {
   void declare_class(const Class& tree) {
     const std::wstring folded = base::folded(tree.name);
     const auto known = names_->top.names.find(folded);
-    if (known != names_->top.names.end() && !known->second.is_outer) fail(Fault::name_redefined, tree.place);
+    if (known != names_->top.names.end() && !known->second.is_outer) {
+      fail_redefined(known->second.place, tree.place);
+    }
     ClassInfo& info = names_->classes.emplace_back();
     info.tree = &tree;
     info.text = class_text(tree.name);
-    names_->top.names[folded] = {.kind = Symbol::class_, .text = info.text, .made = &info};
+    names_->top.names[folded] = {.kind = Symbol::class_, .text = info.text, .made = &info, .place = tree.place};
     for (const Declared& field : tree.fields) {
       ClassInfo::Member& member = info.members[base::folded(field.name)];
-      if (member.field) fail(Fault::name_redefined, field.place);
+      if (member.field) fail_redefined(member.field->place, field.place);
       member.field = &field;
       member.is_private = field.is_private;
       member.key = (field.is_private ? L"- " : L"") + base::folded(field.name);
@@ -133,8 +142,8 @@ class Finder {
                             : tree.kind == Procedure::set ? member.set
                                                           : member.method;
     const bool is_accessor = &place != &member.method;
-    const bool has_other =
-        member.field || (is_accessor ? member.method != nullptr : member.get || member.let || member.set);
+    const bool has_other = is_accessor ? member.method != nullptr : member.get || member.let || member.set;
+    if (member.field) fail_redefined(member.field->place, tree.place);
     if (place || has_other) fail(Fault::name_redefined, tree.place);
     ProcedureInfo& info = in.procedures.emplace_back();
     place = &info;

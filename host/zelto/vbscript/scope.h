@@ -38,6 +38,7 @@ struct Symbol {
   const ProcedureInfo* called = nullptr;
   const ClassInfo* made = nullptr;
   const Expression* value = nullptr;  // of a constant
+  Place place{};                      // of its declaration
 };
 
 using Names = std::map<std::wstring, Symbol, std::less<>>;  // by their folded form

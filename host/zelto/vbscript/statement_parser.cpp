@@ -19,7 +19,10 @@ Block StatementParser::parse_block() {
   while (true) {
     reader_.skip_empty();
     auto statement = parse();
-    if (!statement) return block;
+    if (!statement) {
+      reader_.refuse_declaration();
+      return block;
+    }
     block.push_back(std::move(statement));
   }
 }
@@ -72,8 +75,7 @@ StatementParser::Made StatementParser::parse_simple() {
     case Word::set:
       return parse_set();
     case Word::let:
-      reader_.take();
-      return parse_assignment_or_call();
+      return parse_let();
     case Word::call:
       return parse_call();
     case Word::if_:
@@ -103,6 +105,10 @@ StatementParser::Made StatementParser::parse_simple() {
         reader_.take();
         made->first = expressions_.parse_target(false);
         return made;
+      }
+      if (!reader_.token(1).is(L"=") && !reader_.token(1).is(L".") && !reader_.token(1).is(L"(")) {
+        reader_.take();
+        reader_.fail(Fault::expected_identifier);
       }
       return parse_assignment_or_call();
     case Word::me:
@@ -136,7 +142,9 @@ StatementParser::Made StatementParser::parse_assignment_or_call() {
   }
   Made made = make(Statement::let);
   made->first = expressions_.parse_target(true);
-  if (reader_.accept(L"=")) {
+  if (reader_.token().is(L"=")) {
+    refuse_me(*made->first);
+    reader_.take();
     made->second = expressions_.parse();
     return made;
   }
@@ -170,10 +178,26 @@ StatementParser::Made StatementParser::parse_assignment_or_call() {
   return made;
 }
 
+// Nothing is assigned to Me.
+void StatementParser::refuse_me(const Expression& target) {
+  if (target.kind == Expression::me) TokenReader::fail(Fault::invalid_me, target.place);
+}
+
+StatementParser::Made StatementParser::parse_let() {
+  Made made = make(Statement::let);
+  reader_.take();
+  return parse_assignment(std::move(made));
+}
+
 StatementParser::Made StatementParser::parse_set() {
   Made made = make(Statement::set);
   reader_.take();
-  made->first = expressions_.parse_target(false);
+  return parse_assignment(std::move(made));
+}
+
+StatementParser::Made StatementParser::parse_assignment(Made made) {
+  made->first = expressions_.parse_named();
+  refuse_me(*made->first);
   reader_.expect(L"=", Fault::expected_equals);
   made->second = expressions_.parse();
   return made;
@@ -182,7 +206,7 @@ StatementParser::Made StatementParser::parse_set() {
 StatementParser::Made StatementParser::parse_call() {
   Made made = make(Statement::call);
   reader_.take();
-  ExpressionPtr target = expressions_.parse_target(false);
+  ExpressionPtr target = expressions_.parse_named();
   if (target->kind != Expression::call) {
     auto call = std::make_unique<Expression>();
     call->kind = Expression::call;
@@ -214,7 +238,8 @@ std::vector<Declared> StatementParser::parse_fields(bool is_private) {
   do {
     Declared one = parse_declared();
     for (const ExpressionPtr& bound : one.bounds) {
-      if (bound->kind != Expression::number) TokenReader::fail(Fault::expected_integer, bound->place);
+      const bool is_whole = bound->kind == Expression::number && bound->number_kind != NumberKind::double_;
+      if (!is_whole) TokenReader::fail(Fault::expected_integer, bound->place);
     }
     one.is_private = is_private;
     all.push_back(std::move(one));

@@ -38,7 +38,10 @@ class StatementParser {
   Made make(Statement::Kind kind) const;
   Made parse_simple();
   Made parse_assignment_or_call();
+  Made parse_let();
   Made parse_set();
+  Made parse_assignment(Made made);
+  static void refuse_me(const Expression& target);
   Made parse_call();
   Made parse_redim();
   Made parse_if();

@@ -41,6 +41,12 @@ class TokenReader {
     return take().text;
   }
 
+  // Where an expression should begin: nothing does, or something that cannot.
+  [[noreturn]] void fail_at_expression() const {
+    const bool is_end = ends_statement() || token().kind == Token::html || token().kind == Token::out_end;
+    fail(is_end ? Fault::expected_expression : Fault::syntax);
+  }
+
   bool ends_statement() const {
     return token().kind == Token::line_end || token().kind == Token::end || token().is(L":");
   }
@@ -51,6 +57,21 @@ class TokenReader {
       return;
     }
     if (token().kind != Token::end) fail(Fault::expected_end_of_statement);
+  }
+  // Where a statement should begin, or the word should stand that ends the block. A loop's end that stands there tells
+  // more: mostly that an End If is missing in front of it.
+  [[noreturn]] void fail_at_statement(Fault otherwise) const {
+    if (token().is(Word::loop)) fail(Fault::loop_without_do);
+    fail(token().is(Word::next) ? Fault::unexpected_next : otherwise);
+  }
+  void expect_end(Word what, Fault otherwise) {
+    if (!accept(what)) fail_at_statement(otherwise);
+  }
+  // A procedure or class may not stand in a block.
+  void refuse_declaration() const {
+    const bool is_declaration = token().is(Word::sub) || token().is(Word::function) || token().is(Word::class_) ||
+                                token().is(Word::public_) || token().is(Word::private_) || token().is(Word::option);
+    if (is_declaration) fail(Fault::syntax);
   }
   void skip_empty() {
     while (token().kind == Token::line_end || token().is(L":")) take();
