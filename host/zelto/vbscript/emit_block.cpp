@@ -146,7 +146,9 @@ bool Emitter::is_counter(const Statement& s) const {
 // it is, and makes each of its values.
 void Emitter::for_(Statement& s) {
   const std::wstring text = variable_text(s.first->text);
-  if (text.empty()) return put(library(L"raise") + L"(501); ");
+  if (text.empty())
+    return loop(
+        s, [&] { raise_of(501, s.first->text); }, L"false", L"0", temporary());
   const bool is_counting = is_counter(s);
   if (is_counting) steady_.push_back(base::folded(s.first->text));
   count(s, text, is_counting);
@@ -208,7 +210,8 @@ void Emitter::loop(Statement& s, const Emit& begin, const std::wstring& test, co
   put(L"} ");
 }
 
-// A loop that cannot begin has its statements run once, which follow.
+// A loop that cannot begin has its statements run once, which follow; then its Next fails. One whose variable cannot be
+// counted on is left.
 void Emitter::for_resuming(Statement& s, const Emit& begin, const std::wstring& test, const std::wstring& next,
                            const std::wstring& limit) {
   const std::wstring failed = temporary();
@@ -219,27 +222,37 @@ void Emitter::for_resuming(Statement& s, const Emit& begin, const std::wstring& 
       },
       failed + L" = true; ");
   loop_label(true);
-  put(fmt::format(L"for (; {0} || {1}; {0} ? ({0} = false, {2} = NaN) : ({3})) {{ ", failed, test, limit, next));
+  put(fmt::format(L"for (; {} || {};) {{ ", failed, test));
   block(s.body);
-  loops_.pop_back();
   out_.at(s.end);
+  guarded(
+      [&] {
+        put(fmt::format(L"if ({0}) {0} = false, {1} = NaN, {2}(); else {3}; ", failed, limit, library(L"not_begun"),
+                        next));
+      },
+      L"break " + loops_.back().label + L"; ");
+  loops_.pop_back();
   put(L"} ");
 }
 
 void Emitter::for_each(Statement& s) {
   const std::wstring text = variable_text(s.first->text);
-  if (text.empty()) return put(library(L"raise") + L"(501); ");
   const std::wstring items = temporary();
   const std::wstring item = L"$i" + items.substr(2);
   guarded(
       [&] {
+        if (text.empty()) {
+          raise_of(501, s.first->text);
+          return put(L"; ");
+        }
         put(items + L" = " + library(L"each") + L"(");
         value(*s.second);
         put(L"); ");
       },
-      items + L" = [" + text + L"]; ");
+      items + L" = " + library(L"once") + L"(" + (text.empty() ? L"0" : text) + L"); ");
   loop_label(true);
-  put(L"for (const " + item + L" of " + items + L") { " + text + L" = " + item + L"; ");
+  put(L"for (const " + item + L" of " + items + L") { ");
+  if (!text.empty()) put(text + L" = " + item + L"; ");
   block(s.body);
   loops_.pop_back();
   out_.at(s.end);

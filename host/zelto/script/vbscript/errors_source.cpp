@@ -20,6 +20,12 @@ const set_err = (number, source, description) => {
   err_state.context = 0;
   err_state.is_set = true;
 };
+// What Next does of a loop that could not begin, the statements of which have run once.
+const not_begun = () => set_err(92, kRuntime, words_of(92));
+function* once(v) {
+  yield v;
+  not_begun();
+}
 class ErrObject extends Instance {
   "get number"() { return err_state.number; }
   "let number"(v) { err_state.number = to_long(num(v)); err_state.is_set = true; }

@@ -72,7 +72,7 @@ const vb = {
   __proto__: null, nothing, missing, add, sub, mul, div, idiv, mod, pow, neg, cat, not, and, or, xor, eqv, imp, is, eq,
   ne, lt, gt, le, ge, cond, num, forn, val, setv, ref, temp, refix, arg, own, byref, dim, redim, erase, ix, putix, setix, ix1, put1, each,
   get, call, ask, answer, answers, let: let_, set, create, Instance, VbArray, Double: Dbl, make, hold, drop, terminate,
-  raise, caught, err, clear, fn, getref,
+  raise, caught, not_begun, once, err, clear, fn, getref,
   regexp, write, out: write, text: page_text,
   compile, declare, made, unknown,
   // Literals that no plain number can stand for.
