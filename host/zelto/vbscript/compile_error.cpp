@@ -66,7 +66,7 @@ constexpr std::pair<Fault, std::wstring_view> kWords[] = {
 
 std::wstring_view words_of(Fault fault) {
   const auto* const found = std::ranges::find(kWords, fault, &std::pair<Fault, std::wstring_view>::first);
-  return found == std::end(kWords) ? kWords[1].second : found->second;
+  return found == std::end(kWords) ? std::wstring_view() : found->second;
 }
 
 }  // namespace zelto::vbscript

@@ -62,6 +62,7 @@ enum class Fault : int {
   default_not_get = 1058,
 };
 
+// Nothing for a number that is none of these.
 std::wstring_view words_of(Fault fault);
 
 struct CompileError {

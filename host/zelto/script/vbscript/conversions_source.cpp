@@ -187,6 +187,7 @@ const inspections = {
   isarray: v => kind_of(v) >= kArray,
   isdate: v => {
     if (v instanceof Dat) return true;
+    if (is_object(v) && !has_default(v)) return false;
     const value = value_of(v);
     return value instanceof Dat || (typeof value === "string" && date_in(value) !== undefined);
   },

@@ -23,7 +23,7 @@ const setlocale = v => {
   const before = locale(), value = value_of(v);
   let lcid = kNeutral;
   if (value === null) return raise(94);
-  if (typeof value === "string") lcid = value === "" ? 0 : native.locale_number(value);
+  if (typeof value === "string") lcid = value === "" ? 0 : native.locale_number(value) || raise(447);
   else if (value !== undefined && value !== missing) lcid = to_long(number_of(value));
   if (lcid !== 0 && native.locale_name(lcid) === "") return raise(447);
   chosen_locale = lcid;

@@ -71,11 +71,12 @@ const bits_of = v => {
   return n === undefined ? boolean_of(value) : to_long(n);
 };
 const int_of = bits => typeof bits === "boolean" ? (bits ? -1 : 0) : bits;
-// A Byte stays one; what was a Long is one again.
+// Two Bytes make a Byte, two of the narrow kinds an Integer, all others a Long.
+const kNarrow = [kEmpty, kNull, kInteger, kBoolean, kByte];
 const bits_in = (a, b, bits) => {
-  const ka = kind_of(a), kb = kind_of(b);
+  const ka = kind_of(value_of(a)), kb = kind_of(value_of(b));
   if (ka === kByte && kb === kByte) return byte_of(bits & 255);
-  return ka === kLong || kb === kLong ? long_of(bits) : bits;
+  return kNarrow.includes(ka) && kNarrow.includes(kb) ? bits : long_of(bits);
 };
 const not = a => {
   if (typeof a === "boolean") return !a;

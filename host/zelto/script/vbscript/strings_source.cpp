@@ -168,16 +168,18 @@ const string_functions = {
   ucase: of_text(s => upper(s)),
   space: n => " ".repeat(limited(count_of(n))),
   string: (n, c) => {
-    const count = limited(count_of(n)), value = value_of(c);
-    if (value === null) return null;
+    const given = value_of(n), value = value_of(c);
+    if (given === null || value === null) return null;
+    const count = limited(count_of(given));
     if (typeof value !== "string") return fromCharCode(to_long(number_of(value)) & 255).repeat(count);
     return value === "" ? raise(5) : value[0].repeat(count);
   },
-  strreverse: of_text(s => {
+  strreverse: v => {
+    const s = text(v);
     let made = "";
     for (let i = s.length - 1; i >= 0; i--) made += s[i];
     return made;
-  }),
+  },
   asc: v => code_in_page(first_code(v)),
   ascw: v => first_code(v) << 16 >> 16,
   chr: n => {

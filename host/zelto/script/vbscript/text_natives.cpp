@@ -57,7 +57,7 @@ JSValueRef parse_currency(Realm& realm, const JSValueRef* values, JSValueRef*) {
   return read ? string_value(realm.context(), std::to_wstring(read->cyVal.int64)) : nullptr;
 }
 
-// parse_date(text, lcid): the day comes before the month where the locale writes it so.
+// parse_date(text): the month comes first, whatever the locale.
 JSValueRef parse_date(Realm& realm, const JSValueRef* values, JSValueRef*) {
   const std::wstring text = text_of(realm.context(), values[0]);
   const auto read = read_as(VT_DATE, text);

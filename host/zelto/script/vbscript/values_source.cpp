@@ -105,8 +105,10 @@ const kWords = {
   5008: "Illegal assignment", 5016: "Regular Expression object expected", 5017: "Syntax error in regular expression",
   5018: "Unexpected quantifier", 5019: "Expected ']' in regular expression",
   5020: "Expected ')' in regular expression", 5021: "Invalid range in character set",
+  32811: "Element not found", 32812: "The specified date is not available in the current locale's calendar",
 };
-const words_of = number => kWords[number] ?? "Unknown runtime error";
+// Also those of what does not compile.
+const words_of = number => kWords[number] ?? (native.compile_words(number) || "Unknown runtime error");
 // Facility "control", in which scripts count their errors: what is told of 13 is 800A000D.
 const result_of = number => number >= 0 && number <= 65535 ? (0x800A0000 | number) : number | 0;
 class VbError extends Error {
