@@ -1,0 +1,116 @@
+// The constants of the public language reference, with their values there.
+#include "zelto/site/vbscript_fixture.h"
+
+namespace {
+
+using test::VbScriptRow;
+
+class VbScriptConstants : public test::VbScriptFixture {};
+
+TEST_F(VbScriptConstants, HaveTheirValues) {
+  constexpr VbScriptRow kRows[] = {
+      {"vbBlack", "Integer 0"},
+      {"vbRed", "Integer 255"},
+      {"vbGreen", "Long 65280"},
+      {"vbYellow", "Long 65535"},
+      {"vbBlue", "Long 16711680"},
+      {"vbMagenta", "Long 16711935"},
+      {"vbCyan", "Long 16776960"},
+      {"vbWhite", "Long 16777215"},
+      {"vbBinaryCompare", "Integer 0"},
+      {"vbTextCompare", "Integer 1"},
+      {"vbDatabaseCompare", "Integer 2"},
+      {"vbSunday", "Integer 1"},
+      {"vbMonday", "Integer 2"},
+      {"vbTuesday", "Integer 3"},
+      {"vbWednesday", "Integer 4"},
+      {"vbThursday", "Integer 5"},
+      {"vbFriday", "Integer 6"},
+      {"vbSaturday", "Integer 7"},
+      {"vbUseSystem", "Integer 0"},
+      {"vbUseSystemDayOfWeek", "Integer 0"},
+      {"vbFirstJan1", "Integer 1"},
+      {"vbFirstFourDays", "Integer 2"},
+      {"vbFirstFullWeek", "Integer 3"},
+      {"vbGeneralDate", "Integer 0"},
+      {"vbLongDate", "Integer 1"},
+      {"vbShortDate", "Integer 2"},
+      {"vbLongTime", "Integer 3"},
+      {"vbShortTime", "Integer 4"},
+      {"vbObjectError", "Long -2147221504"},
+      {"vbOKOnly", "Integer 0"},
+      {"vbOKCancel", "Integer 1"},
+      {"vbAbortRetryIgnore", "Integer 2"},
+      {"vbYesNoCancel", "Integer 3"},
+      {"vbYesNo", "Integer 4"},
+      {"vbRetryCancel", "Integer 5"},
+      {"vbCritical", "Integer 16"},
+      {"vbQuestion", "Integer 32"},
+      {"vbExclamation", "Integer 48"},
+      {"vbInformation", "Integer 64"},
+      {"vbDefaultButton1", "Integer 0"},
+      {"vbDefaultButton2", "Integer 256"},
+      {"vbDefaultButton3", "Integer 512"},
+      {"vbDefaultButton4", "Integer 768"},
+      {"vbApplicationModal", "Integer 0"},
+      {"vbSystemModal", "Integer 4096"},
+      {"vbMsgBoxHelpButton", "Integer 16384"},
+      {"vbMsgBoxSetForeground", "Long 65536"},
+      {"vbMsgBoxRight", "Long 524288"},
+      {"vbMsgBoxRtlReading", "Long 1048576"},
+      {"vbOK", "Integer 1"},
+      {"vbCancel", "Integer 2"},
+      {"vbAbort", "Integer 3"},
+      {"vbRetry", "Integer 4"},
+      {"vbIgnore", "Integer 5"},
+      {"vbYes", "Integer 6"},
+      {"vbNo", "Integer 7"},
+      {"vbUseDefault", "Integer -2"},
+      {"vbTrue", "Integer -1"},
+      {"vbFalse", "Integer 0"},
+      {"vbEmpty", "Integer 0"},
+      {"vbNull", "Integer 1"},
+      {"vbInteger", "Integer 2"},
+      {"vbLong", "Integer 3"},
+      {"vbSingle", "Integer 4"},
+      {"vbDouble", "Integer 5"},
+      {"vbCurrency", "Integer 6"},
+      {"vbDate", "Integer 7"},
+      {"vbString", "Integer 8"},
+      {"vbObject", "Integer 9"},
+      {"vbError", "Integer 10"},
+      {"vbBoolean", "Integer 11"},
+      {"vbVariant", "Integer 12"},
+      {"vbDataObject", "Integer 13"},
+      {"vbDecimal", "Integer 14"},
+      {"vbByte", "Integer 17"},
+      {"vbArray", "Integer 8192"},
+      {"Hex(Asc(vbCr)) & Len(vbCr)", "String D1"},
+      {"vbCrLf = Chr(13) & Chr(10)", "Boolean True"},
+      {"vbFormFeed = Chr(12)", "Boolean True"},
+      {"vbLf = Chr(10)", "Boolean True"},
+      {"vbNewLine = vbCrLf", "Boolean True"},
+      {"vbNullChar = Chr(0)", "Boolean True"},
+      {"vbNullString = \"\"", "Boolean True"},
+      {"vbTab = Chr(9)", "Boolean True"},
+      {"vbVerticalTab = Chr(11)", "Boolean True"},
+      {"True", "Boolean True"},
+      {"False", "Boolean False"},
+      {"Null", "Null"},
+      {"Empty & \".\"", "String ."},
+      {"Nothing Is Nothing", "Boolean True"},
+      {"VBCRLF = vbcrlf", "Boolean True"},
+  };
+  expect_values(kRows);
+}
+
+TEST_F(VbScriptConstants, AreNotAssignedToButGiveWayToNamesOfTheScript) {
+  constexpr VbScriptRow kRows[] = {
+      {"On Error Resume Next\nvbRed = 1\nResponse.Write Err.Number & vbRed", "501255"},
+      {"Const vbRed = 7\nResponse.Write vbRed", "7"},
+      {"Sub S\nDim vbRed\nvbRed = 8\nResponse.Write vbRed\nEnd Sub\nS", "8"},
+  };
+  expect_pages(kRows);
+}
+
+}  // namespace
