@@ -194,6 +194,18 @@ TEST_F(VbScriptPages, CallTheOtherLanguageAndAreCalled) {
                 .body);
 }
 
+TEST_F(VbScriptPages, StepThroughWhatJavaScriptMakesOneByOne) {
+  const std::string script =
+      "<script runat=\"server\" language=\"JScript\">function squares() { return (function* () { "
+      "for (let i = 1;; i++) yield i * i; })(); }\n"
+      "function map() { return new Map([[\"a\", 1], [\"b\", 2]]).keys(); }\nfunction none() { return new Set(); }"
+      "</script>";
+  EXPECT_EQ("1,4,9,16,", body_of(script + "<% For Each n In squares() : Response.Write n & \",\" : If n > 9 Then Exit "
+                                          "For\nNext %>"));
+  EXPECT_EQ("a,b,", body_of(script + "<% For Each k In map() : Response.Write k & \",\" : Next %>"));
+  EXPECT_EQ("", body_of(script + "<% For Each k In none() : Response.Write k & \",\" : Next %>"));
+}
+
 TEST_F(VbScriptPages, MayBeWhatASiteHasWithoutSayingSo) {
   options.language = zelto::pages::Language::vbscript;
   restart();

@@ -138,6 +138,21 @@ const put_indexed = (a, v, indices, is_set) => {
   else if (indices.length !== 1) raise(450);
   else a[key_of(indices[0])] = v;
 };
+// What is stepped through, as For Each reads an array: its length before each step, then the element. Only then the
+// next step is made.
+class Steps {
+  constructor(iterator) {
+    this.iterator = iterator;
+    this.at = 0;
+  }
+  get length() {
+    const { done, value } = this.iterator.next();
+    if (done) return 0;
+    delete this[this.at - 1];
+    this[this.at++] = value;
+    return this.at;
+  }
+}
 // Of an array the elements as they are stored. What is written meanwhile is seen.
 const each = v => {
   if (v instanceof VbArray) return v.d;
@@ -146,7 +161,8 @@ const each = v => {
   if (!is_object(v) && !is_array(v)) return raise(451);
   if (is_host(v)) return native.items(v);
   if (v instanceof Instance) return v[state]?.items ?? raise(451);
-  return typeof v[Symbol.iterator] === "function" ? v : raise(451);
+  if (is_array(v)) return v;
+  return typeof v[Symbol.iterator] === "function" ? new Steps(v[Symbol.iterator]()) : raise(451);
 };
 
 const array_functions = {

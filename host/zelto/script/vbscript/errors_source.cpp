@@ -22,10 +22,11 @@ const set_err = (number, source, description) => {
 };
 // What Next does of a loop that could not begin, the statements of which have run once.
 const not_begun = () => set_err(92, kRuntime, words_of(92));
-function* once(v) {
+function* once_of(v) {
   yield v;
   not_begun();
 }
+const once = v => new Steps(once_of(v));
 class ErrObject extends Instance {
   "get number"() { return err_state.number; }
   "let number"(v) { err_state.number = to_long(num(v)); err_state.is_set = true; }

@@ -141,7 +141,7 @@ const lent = v => {
 const array = (bounds, elements) => new VbArray(elements, bounds, false);
 
 for (const made of [Num, Lng, Dbl, Byt, Sng, Cur, Dat, ByteString, VbArray, Ref, Temp, Singular, VbError, Instance,
-  ErrObject, Items, Matches, SubMatches, Match, RegExpObject]) {
+  ErrObject, Items, Matches, SubMatches, Match, RegExpObject, Steps]) {
   for (const key of Reflect.ownKeys(made.prototype)) {
     const { value } = Object.getOwnPropertyDescriptor(made.prototype, key);
     if (typeof value === "function") freeze(value);
