@@ -303,7 +303,10 @@ const give_library = () => {
 Object.defineProperty(globalThis, "$zelto_vb", { get: give_library });
 define(globalThis, "Enumerator", Enumerator);
 define(globalThis, "VBArray", VBArray);
-define(globalThis, "ActiveXObject", function ActiveXObject(name) { return native.create(name); });
+function ActiveXObject(name) { return native.create(name); }
+define(globalThis, "ActiveXObject", ActiveXObject);
+// The engine notes in a prototype that an object has it: that is not the page's change (built_ins.h).
+for (const made of [Enumerator, VBArray, ActiveXObject]) Object.create(made.prototype);
 const define_fixed = (name, value) => Object.defineProperty(globalThis, name, { value });
 define_fixed("$zelto_value", (value, is_statement) =>
   typeof value === "function" || (is_statement && value === undefined) ? native.read(value, is_statement) : value);

@@ -15,6 +15,9 @@ TEST_F(KeptWorld, IsUsedAgain) {
   EXPECT_TRUE(is_kept(L"/(a)/.exec('a'); Response.Write(RegExp.$1)"));
   EXPECT_TRUE(is_kept(L"console.log('x')"));
   EXPECT_TRUE(is_kept(L"this.x = 1; (function () { this.y = 2 })()"));
+  EXPECT_TRUE(is_kept(L"new Enumerator([1])"));
+  EXPECT_TRUE(is_kept(L"new VBArray([1])"));
+  EXPECT_TRUE(is_kept(L"new ActiveXObject('Scripting.Dictionary')"));
 }
 
 TEST_F(KeptWorld, IsNoneWhereAPageMayReachBehindItsFunction) {
