@@ -235,8 +235,8 @@ void Emitter::for_resuming(Statement& s, const Emit& begin, const std::wstring& 
   put(L"} ");
 }
 
-// By index, not by the engine's own `for … of`: the optimized code of a loop that has one is left at its first step each
-// time that the page runs, and after some such times no longer made.
+// By index, not by the engine's own `for … of`: the optimized code of a loop that has one is left at its first step
+// each time that the page runs, and after some such times no longer made.
 void Emitter::for_each(Statement& s) {
   const std::wstring text = variable_text(s.first->text);
   const std::wstring items = temporary();

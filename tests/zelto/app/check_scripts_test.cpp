@@ -50,7 +50,8 @@ TEST_F(CheckedScripts, NameMembersThatTheirObjectsLack) {
         "let conn; conn = server.createobject('adodb.connection'); conn.Opn('x');\n"
         "function f() { var rs = conn.Execute('select 1'); rs.MoveNex(); rs.Close(); rs = null; }\n"
         "Server.CreateObject('ADODB.Stream')\n.Opne(); Server.CreateObject('mirt.utility').Nothing();\n"
-        "new ActiveXObject('Scripting.Dictionary').RemoveAl(); d.toString(); %>");
+        "new ActiveXObject('Scripting.Dictionary').RemoveAl(); d.toString();\n"
+        "var re = Server.CreateObject('VBScript.RegExp'); re.Patern = 'a'; re.multiline = true; re.Tset('a'); %>");
   EXPECT_EQ(
       "a.asp:1:49: error: Mirt has no member 'Proces'; did you mean 'Process'?\n"
       "a.asp:2:61: error: Dictionary has no member 'Ad'; did you mean 'Add'?\n"
@@ -60,7 +61,9 @@ TEST_F(CheckedScripts, NameMembersThatTheirObjectsLack) {
       "a.asp:5:54: error: Recordset has no member 'MoveNex'; did you mean 'MoveNext'?\n"
       "a.asp:7:2: error: Stream has no member 'Opne'; did you mean 'Open'?\n"
       "a.asp:7:46: error: Mirt.Utility has no member 'Nothing'.\n"
-      "a.asp:8:43: error: Dictionary has no member 'RemoveAl'; did you mean 'RemoveAll'?\n",
+      "a.asp:8:43: error: Dictionary has no member 'RemoveAl'; did you mean 'RemoveAll'?\n"
+      "a.asp:9:53: error: RegExp has no member 'Patern'; did you mean 'Pattern'?\n"
+      "a.asp:9:91: error: RegExp has no member 'Tset'; did you mean 'Test'?\n",
       found());
 }
 

@@ -103,12 +103,16 @@ class Library {
   JSObjectRef put() const noexcept { return part(Part::put); }
   // Calls a function, of (function, this, …arguments).
   JSObjectRef invoke() const noexcept { return part(Part::invoke); }
+  // A RegExp that an object stands for, of (member, pattern, global, ignorecase, multiline, …arguments); the member is
+  // "test", "execute" or "replace". Of matches it makes one array: how many places each of them takes in it, and of
+  // each its index, its length, its text and its parts.
+  JSObjectRef regexp() const noexcept { return part(Part::regexp); }
   // An argument whose caller wants back what `v` is then; `given` is what it was.
   JSValueRef lend(JSValueRef value, JSValueRef* exception) const;
   JSValueRef array(JSValueRef bounds, JSValueRef elements, JSValueRef* exception) const;
 
  private:
-  enum class Part { object, begin, pack, box, array, nothing, missing, member, get, put, invoke, lend, count };
+  enum class Part { object, begin, pack, box, array, nothing, missing, member, get, put, invoke, lend, regexp, count };
   JSObjectRef part(Part which) const noexcept { return parts_[static_cast<std::size_t>(which)]; }
   JSValueRef call(Part which, std::span<const JSValueRef> arguments, JSValueRef* exception) const;
 

@@ -154,7 +154,7 @@ for (const part of [fn, vb]) {
   freeze(part);
 }
 return [vb, begin, pack, box, array, nothing, missing, member_kind, get_from_host, put_from_host, invoke_from_host,
-  lent];
+  lent, regexp_from_host];
 )js";
 
 std::u16string library_source() {

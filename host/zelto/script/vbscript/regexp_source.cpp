@@ -93,6 +93,20 @@ for (const [made, name, key] of [[RegExpObject, "IRegExp2"], [Matches, "IMatchCo
   if (key !== undefined) defineProperty(made.prototype, " default", { value: key });
 }
 const regexp = () => new RegExpObject();
+// For the host: an object of it keeps what is told to the expression (regexp_object.cpp). Matches become one array.
+const regexp_from_host = (member, pattern, global, ignorecase, multiline, ...given) => {
+  const asked = new RegExpObject();
+  asked[state] = { pattern, global, ignorecase, multiline, made: undefined };
+  const answer = asked[member](...given);
+  if (!(answer instanceof Matches)) return answer;
+  const list = [];
+  for (const match of answer[state].items) {
+    const { found } = match[state];
+    if (list.length === 0) list.push(found.length + 2);
+    list.push(found.index, found[0].length, ...found);
+  }
+  return list;
+};
 )js";
 
 }  // namespace zelto::script::vbscript

@@ -34,8 +34,8 @@ Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
       function ? JSObjectCallAsFunction(context_, object_of(function), nullptr, 3, arguments, nullptr) : nullptr;
   if (!made) throw std::bad_alloc();  // or without stack
   unsigned at = 0;
-  for (JSObjectRef* kept :
-       {&make_error_, &make_array_, &has_name_, &object_prototype_, &begin_, &take_, &keep_method_, &engine_text_of_}) {
+  for (JSObjectRef* kept : {&make_error_, &make_array_, &has_name_, &object_prototype_, &begin_, &take_, &keep_method_,
+                            &engine_text_of_, &make_library_}) {
     *kept = object_of(JSObjectGetPropertyAtIndex(context_, object_of(made), at++, nullptr));
     JSValueProtect(context_, *kept);
   }
@@ -44,8 +44,8 @@ Prelude::Prelude(Engine& engine, JSContextRef context) : context_(context) {
 }
 
 Prelude::~Prelude() {
-  for (JSObjectRef kept :
-       {make_error_, make_array_, has_name_, object_prototype_, begin_, take_, keep_method_, engine_text_of_}) {
+  for (JSObjectRef kept : {make_error_, make_array_, has_name_, object_prototype_, begin_, take_, keep_method_,
+                           engine_text_of_, make_library_}) {
     JSValueUnprotect(context_, kept);
   }
 }
@@ -58,6 +58,8 @@ void Prelude::keep_method(JSObjectRef object, JSStringRef name, JSObjectRef meth
 JSValueRef Prelude::engine_text_of(JSObjectRef function, JSValueRef* exception) const {
   return JSObjectCallAsFunction(context_, engine_text_of_, function, 0, nullptr, exception);
 }
+
+void Prelude::make_library() const { JSObjectCallAsFunction(context_, make_library_, nullptr, 0, nullptr, nullptr); }
 
 JSObjectRef Prelude::make_error(ErrorKind kind, std::wstring_view message) const {
   JSValueRef arguments[] = {JSValueMakeNumber(context_, static_cast<int>(kind)), string_value(context_, message)};

@@ -21,8 +21,8 @@ class Prelude {
   // objects first, and what it shares with the host about collected text. It answers, as an array: a function that
   // makes errors, of (kind, message) with the numbers of ErrorKind, one that makes an array of anything that can be
   // stepped through, one that tells whether an object has a name that is not every object's, of (object, name), the
-  // prototype that every object has, what begin(), take_text() and keep_method() call, and the language's own
-  // Function.prototype.toString.
+  // prototype that every object has, what begin(), take_text() and keep_method() call, the language's own
+  // Function.prototype.toString, and what make_library() calls.
   static std::u16string_view source();
 
   Prelude(Engine& engine, JSContextRef context);
@@ -47,7 +47,7 @@ class Prelude {
   // How much may be collected before the script hands it over, in units of UTF-16; -1 for nothing at all.
   void set_most_text(std::int32_t units) const noexcept { state_[1] = units; }
   bool has_text() const noexcept { return state_[0] != 0; }
-  // Whether the program that runs has asked for the library of VBScript.
+  // Whether the program that runs is in VBScript: it has asked for the library itself.
   bool speaks_vbscript() const noexcept { return state_[3] != 0; }
   // What has been collected since; null with no memory or stack for it.
   JSValueRef take_text() const;
@@ -58,6 +58,9 @@ class Prelude {
 
   // As the engine has it: see FunctionText. Null with an exception, as for what is no function.
   JSValueRef engine_text_of(JSObjectRef function, JSValueRef* exception) const;
+
+  // Has World::make_library() called, unless that has been done. The page does not speak VBScript because of it.
+  void make_library() const;
 
   // The one that every object inherits from.
   JSObjectRef object_prototype() const noexcept { return object_prototype_; }
@@ -72,6 +75,7 @@ class Prelude {
   JSObjectRef take_;
   JSObjectRef keep_method_;
   JSObjectRef engine_text_of_;
+  JSObjectRef make_library_;
   std::int32_t* state_;  // lives as long as the context
 };
 

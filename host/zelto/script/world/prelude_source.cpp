@@ -290,14 +290,17 @@ const take = () => {
   return taken;
 };
 
-// What compiled VBScript calls, made when the first of it runs in this world: state[3] tells that this page is such a one.
+// What compiled VBScript calls, made when something of it is first needed in this world. state[3] tells that this page
+// is in VBScript.
 let library, begin_library;
+const make_library = () => {
+  if (library !== undefined) return;
+  const create = name => native.create(name);
+  [library, begin_library] = native.library({ put, create, response: () => response }, prototype);
+};
 const give_library = () => {
   state[3] = 1;
-  if (library === undefined) {
-    const create = name => native.create(name);
-    [library, begin_library] = native.library({ put, create, response: () => response }, prototype);
-  }
+  make_library();
   return library;
 };
 Object.defineProperty(globalThis, "$zelto_vb", { get: give_library });
@@ -339,7 +342,7 @@ define(Function.prototype, "toString", native.toString);
 
 const kinds = [Error, RangeError, TypeError, ReferenceError];
 return [(kind, message) => new kinds[kind](message), collection => Array.from(collection), has_name, root, begin, take,
-  keep_method, engine_text_of];
+  keep_method, engine_text_of, make_library];
 }))js";
 
 }  // namespace

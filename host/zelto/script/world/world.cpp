@@ -51,6 +51,11 @@ const vbscript::Library& World::make_library(JSValueRef prelude, JSValueRef host
   return *library_;
 }
 
+const vbscript::Library* World::need_library() {
+  if (!library_) prelude_->make_library();
+  return library_.get();
+}
+
 AutomationObject* World::set_host(std::u16string_view name) {
   auto host = std::ranges::find(hosts_, name, &Host::name);
   if (host == hosts_.end()) {

@@ -35,7 +35,9 @@ class World {
   const Prelude& prelude() const noexcept { return *prelude_; }
   // What compiled VBScript calls, made when the first of it runs here; null before that.
   const vbscript::Library* library() const noexcept { return library_.get(); }
-  // `prelude` is what the prelude hands over to it, and the prototype that of automation objects.
+  // The same for objects, whatever language the page is in. Null when there is no memory or stack for it.
+  const vbscript::Library* need_library();
+  // For the prelude: `prelude` is what it hands over to it, and the prototype that of automation objects.
   const vbscript::Library& make_library(JSValueRef prelude, JSValueRef host_prototype);
 
   // What becomes of it when a page has ended.
