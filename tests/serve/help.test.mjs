@@ -100,9 +100,39 @@ test('an object is told of by its members', async () => {
   assert.match((await help('console')).stdout, /^docs\/pages\.md, Errors:\n {2}console\.log, info, warn/);
 });
 
-// The lists of docs/README.md for whoever writes pages and runs sites, but for the figures, which benchmarks write.
+test('every word of VBScript', async () => {
+  const functions = matches(await source('host/zelto/vbscript/functions.cpp'), /L"(\w+)"/g);
+  const constants = matches(await source('host/zelto/vbscript/constants.cpp'), /L"(\w+)"/g);
+  const words = matches(await source('host/zelto/vbscript/words.cpp'), /L"(\w+)"/g);
+  assert.ok(functions.includes('dateadd') && constants.includes('vbcrlf') && words.includes('redim'), [functions, constants, words].join());
+  await haveEntries([...functions, ...constants, ...words, 'For Each', 'Select Case', 'On Error Resume Next', 'Option Explicit']);
+});
+
+test('a word of VBScript is told of where it stands', async () => {
+  for (const [name, told] of [
+    ['DateAdd', 'Functions:\n  DateAdd(unit, n, d) DateDiff('],
+    ['For Each', 'Statements:\n  For Each: through the elements'],
+    ['select case', 'Statements:\n  Select Case Case Case Else'],
+    ['vbCrLf', 'Constants:\n  vbCrLf vbNewLine'],
+    ['13', 'Errors:\n  13: Type mismatch\n'],
+    ['0x800a000d', 'Errors:\n  13: Type mismatch\n'],
+    ['0x800A0400', 'Errors:\n  1024: Expected statement\n'],
+  ]) {
+    const { stdout } = await help(name);
+    assert.ok(stdout.startsWith(`docs/vbscript.md, ${told}`), `${name}: ${stdout}`);
+  }
+  assert.doesNotMatch((await help('(#^#)')).stdout, /vbscript/, 'an operator is no mark');
+});
+
+test('a short word of VBScript is not what was meant', async () => {
+  assert.doesNotMatch((await help('Rndd')).stderr, /did you mean/);
+  assert.match((await help('DateAd')).stderr, /did you mean 'DateAdd'/);
+});
+
+// The lists of docs/README.md for whoever writes pages and runs sites, but for the figures, which benchmarks write, and
+// the pages of the others in VBScript.
 const listed = (await source('docs/README.md')).split('To change the programs:')[0];
-const documents = matches(listed, /^- \[(\w+)\.md\]/gm).filter((name) => name !== 'figures');
+const documents = matches(listed, /^- \[(\w+)\.md\]/gm).filter((name) => name !== 'figures' && name !== 'vbscript_examples');
 
 test('every document, and every word of a title in one', async () => {
   assert.ok(documents.length > 10, documents.join());

@@ -53,7 +53,11 @@ std::string advice(const std::vector<help::Entry>& entries, std::string_view nam
   if (name.starts_with("(#")) return "no mark has that type: zelto help templates tells which there are";
   std::vector<std::string> known;
   for (const help::Entry& entry : entries) {
-    known.insert(known.end(), entry.names.begin(), entry.names.end());
+    // Short words of VBScript's, "If" or "Exp", are near to too many others.
+    constexpr std::size_t kShortest = 4;
+    std::ranges::copy_if(entry.names, std::back_inserter(known), [&](const std::string& one) {
+      return entry.file != "vbscript.md" || one.size() >= kShortest;
+    });
     known.push_back(entry.heading);
     known.emplace_back(entry.file.substr(0, entry.file.rfind('.')));
   }

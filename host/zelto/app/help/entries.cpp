@@ -60,6 +60,22 @@ std::string name_in(std::string_view code) {
   return is_sign ? std::string(code) : std::string();
 }
 
+// "Select Case", which is a name as a whole: words of letters and digits, each with a capital in front.
+bool is_phrase(std::string_view code) {
+  if (code.find(' ') == std::string_view::npos) return false;
+  char before = ' ';
+  for (const char c : code) {
+    if (before == ' ' ? base::ascii_lower(c) == c : !base::is_alphanumeric(c) && c != ' ') return false;
+    before = c;
+  }
+  return before != ' ';
+}
+
+void add_name(std::string_view code, std::vector<std::string>* names) {
+  if (is_phrase(code)) names->emplace_back(code);
+  names->push_back(name_in(code));
+}
+
 // Links as their words, code without its quotes.
 std::string plain(std::string_view markdown) {
   std::string text;
@@ -153,7 +169,9 @@ class Reader {
     for (std::size_t i = 0; i < cells.size(); ++i) {
       const std::vector<Span> spans = spans_of(cells[i]);
       const bool is_name = i == 0 || (spans.size() == 1 && spans[0].begin == 0 && spans[0].end == cells[i].size());
-      for (const Span& span : spans) (is_name ? names : mentions).push_back(name_in(span.code));
+      for (const Span& span : spans) add_name(span.code, is_name ? &names : &mentions);
+      if (i == 0 && !cells[i].empty() && std::ranges::all_of(cells[i], [](char c) { return base::is_digit(c); }))
+        names.emplace_back(cells[i]);  // of an error, say
       const bool has_column = i < columns_.size() && cells.size() > 2 && (i > 0 || is_type(spans));
       if (cells[i].empty()) continue;
       words += words.empty() ? "" : i == 1 && (cells.size() == 2 || !is_type(spans_of(cells[0]))) ? ": " : "; ";
@@ -170,7 +188,7 @@ class Reader {
     if (text.starts_with("- ")) text.remove_prefix(2);
     if (text.empty() || text.starts_with("![")) return;  // a picture
     std::vector<std::string> names, mentions;
-    for (const Span& span : spans_of(text)) (span.begin == 0 ? names : mentions).push_back(name_in(span.code));
+    for (const Span& span : spans_of(text)) add_name(span.code, span.begin == 0 ? &names : &mentions);
     add(std::move(names), std::move(mentions), plain(text));
   }
 

@@ -1,6 +1,7 @@
 #include "app/help/search.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "base/ascii.h"
 #include "base/letter_case.h"
@@ -10,6 +11,7 @@ namespace zelto::help {
 namespace {
 
 constexpr std::string_view kObjects = "objects.md";  // whose headings name those that every page has
+constexpr std::string_view kVbscript = "vbscript.md";
 
 // "(#*text#)", also "#*" for short.
 bool is_mark(std::string_view name) {
@@ -23,6 +25,17 @@ std::string_view sought(std::string_view name) {
   if (name == "(#") return name;
   if (is_mark(name)) name = name.substr(name.find('#') + 1, 1);
   return name.size() > 1 ? name.substr(0, name.find('(')) : name;
+}
+
+// "13" of 0x800A000D, as which the host writes an error that scripts count; empty for any other.
+std::string script_number(std::string_view name) {
+  constexpr std::string_view kFacility = "0x800A";
+  constexpr std::size_t kDigits = 4;
+  if (name.size() != kFacility.size() + kDigits || !base::equal_ascii(name.substr(0, kFacility.size()), kFacility))
+    return {};
+  unsigned number = 0;
+  const auto [end, error] = std::from_chars(name.data() + kFacility.size(), name.data() + name.size(), number, 16);
+  return error == std::errc() && end == name.data() + name.size() ? std::to_string(number) : std::string();
 }
 
 bool matches(std::string_view written, std::string_view name) {
@@ -166,7 +179,12 @@ std::vector<const Entry*> find(const std::vector<Entry>& entries, std::string_vi
   if (name.empty()) return {};
   if (is_of_mark) {
     auto found = named(entries, name, &Entry::names);
-    return found.empty() ? named(entries, name, &Entry::mentions) : found;
+    if (found.empty()) found = named(entries, name, &Entry::mentions);
+    std::erase_if(found, [](const Entry* one) { return one->file == kVbscript; });  // an operator
+    return found;
+  }
+  if (const std::string number = script_number(name); !number.empty()) {
+    if (auto found = named(entries, number, &Entry::names); !found.empty()) return found;
   }
   if (name.size() == 1 && base::is_alphanumeric(name.front())) return named(entries, name, &Entry::names);
   auto found = about(entries, name);
