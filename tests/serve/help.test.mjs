@@ -96,6 +96,13 @@ test('a mark is found without its bracket, an option as it is given, a letter in
   assert.match(stderr, /nothing about 'a'.*\n.*nothing about 'b'/);
 });
 
+test('an object without the member behind its point is the object, a blank is nothing', async () => {
+  assert.equal((await help('Response.')).stdout, (await help('Response')).stdout);
+  assert.equal((await help(' DateAdd ')).stdout, (await help('DateAdd')).stdout);
+  const { code, stdout } = await help(' ');
+  assert.deepEqual([code, stdout], [1, '']);
+});
+
 test('an object is told of by its members', async () => {
   assert.match((await help('console')).stdout, /^docs\/pages\.md, Errors:\n {2}console\.log, info, warn/);
 });

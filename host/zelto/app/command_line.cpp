@@ -73,6 +73,9 @@ std::string failure_message(const CLI::App* app, const CLI::Error& error) {
     says.resize(says.size() - kMissing.size());
     says.replace(at, kRequired.size(), " takes ");
   }
+  // "--site: At Most 1 required but received 2"
+  if (const std::size_t end = says.find(": At Most 1 required"); end != std::string::npos)
+    says = says.substr(0, end) + " is given more than once";
   if (const std::size_t end = says.find(" was given a disallowed flag override"); end != std::string::npos)
     says = "--" + says.substr(0, end) + " takes no value";
   const std::string meant = known.empty() ? std::string() : suggestion(known, unknown.front());

@@ -24,11 +24,13 @@ namespace fs = std::filesystem;
 constexpr std::string_view kProtected = R"(["test.sh", "README.md"])";
 
 void write_file(const fs::path& path, std::string_view text) {
-  fs::create_directories(path.parent_path());
+  std::error_code error;
+  fs::create_directories(path.parent_path(), error);
+  if (error) throw std::system_error(error, "the folder '" + path.parent_path().string() + "' cannot be made");
   errno = 0;
   std::ofstream file(path, std::ios::binary);
   file << text << std::flush;
-  if (!file) throw std::system_error(errno, std::generic_category(), "writing " + path.string());
+  if (!file) throw std::system_error(errno, std::generic_category(), "'" + path.string() + "' cannot be written");
 }
 
 // Every key with its default, as a comment; but what is the site's own and no visitor's is not served.

@@ -20,10 +20,12 @@ bool is_mark(std::string_view name) {
          name[1] != ')';
 }
 
-// A name as the documents write it: without a call's parentheses, and of a mark its type.
+// A name as the documents write it: without blanks around it and a call's parentheses, and of a mark its type.
 std::string_view sought(std::string_view name) {
   if (name == "(#") return name;
   if (is_mark(name)) name = name.substr(name.find('#') + 1, 1);
+  name = base::trimmed(name, [](char c) { return c == ' '; });
+  if (name.size() > 1 && name.ends_with('.')) name.remove_suffix(1);  // "Response.", before its member is known
   return name.size() > 1 ? name.substr(0, name.find('(')) : name;
 }
 
