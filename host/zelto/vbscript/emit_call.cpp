@@ -50,6 +50,10 @@ void Emitter::name(Expression& e) {
     case Symbol::class_:
       return raise_of(13, e.text);
     default:
+      if (is_double(e)) {
+        return put(fmt::format(L"({} ? {}({}) : {})", mark_of(symbol->text), library(L"real_value"), symbol->text,
+                               symbol->text));
+      }
       return put(symbol->is_reference ? symbol->text + L".v" : symbol->text);
   }
 }
@@ -166,6 +170,7 @@ void Emitter::call_language(Expression& e, std::wstring_view folded) {
     put_names();
     return put(L"))");
   }
+  if (real_value(e, [&] { call_language(e, folded); })) return;
   put(folded == L"createobject" ? library(L"create") : function(folded));
   put(L"(");
   if (e.kind == Expression::call) arguments(e, [](std::size_t) { return false; });

@@ -294,6 +294,7 @@ void Emitter::operation(Expression& e) {
     value(*e.parts[0]);
     return put(L")");
   }
+  if (real_value(e, [&] { call_operation(e); })) return;
   if (!inline_operation(e, known.symbol)) call_operation(e);
 }
 

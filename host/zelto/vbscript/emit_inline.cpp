@@ -2,6 +2,8 @@
 // for other kinds of values: so the engine learns of each place by itself what it sees there.
 #include <fmt/xchar.h>
 
+#include <algorithm>
+
 #include "base/letter_case.h"
 #include "vbscript/emitter.h"
 
@@ -43,9 +45,18 @@ bool Emitter::is_inline(Expression& e) {
 bool Emitter::put_in_place(const std::wstring& asked, std::wstring_view symbol, Expression& e,
                            std::wstring_view behind) {
   if (asked.empty()) return false;
-  put(L"(" + asked + L" ? ");
-  infix(symbol, e, behind);
-  put(L" : ");
+  // Not by value(), which may make an object of what a variable has as a number.
+  const auto operand = [&](Expression& part) {
+    const std::wstring text = plain_variable(part);
+    if (text.empty()) return value(part);
+    out_.at(part.place);
+    put(text);
+  };
+  put(L"(" + asked + L" ? (");
+  operand(*e.parts[0]);
+  put(fmt::format(L" {} ", symbol));
+  operand(*e.parts[1]);
+  put(fmt::format(L"{}) : ", behind));
   call_operation(e);
   put(L")");
   return true;
@@ -56,7 +67,8 @@ bool Emitter::inline_operation(Expression& e, std::wstring_view symbol) {
   if (e.op != Operator::add && e.op != Operator::sub && !is_division) return false;
   const Expression& right = *e.parts[e.parts.size() - 1];
   if (is_division && (right.kind != Expression::number || right.value <= 0)) return false;
-  if (!is_inline(e)) return false;
+  const bool has_double = std::ranges::any_of(e.parts, [&](const ExpressionPtr& part) { return is_double(*part); });
+  if (has_double || !is_inline(e)) return false;
   const std::wstring asked = question(e, true);
   return put_in_place(asked, symbol, e, is_division ? L" | 0" : L"");
 }

@@ -36,6 +36,7 @@ bool has_reference(const ProcedureInfo& info) {
 
 // In the order of the text, in which the lines stay.
 void Emitter::emit(Script& script) {
+  begin_doubles();
   auto statements = script.body.begin();
   auto classes = script.classes.begin();
   auto class_infos = names_.classes.begin();
@@ -85,6 +86,8 @@ void Emitter::procedure_body(const ProcedureInfo& info, Procedure& tree) {
     if (tree.parameters[i].by_value) put(parameters[i] + L" = " + library(L"own") + L"(" + parameters[i] + L"); ");
   }
   declare_locals(info);
+  const auto outer_doubles = doubles_;
+  begin_doubles();
   block(tree.body);
   out_.at(tree.end);
   if (has_result(tree)) put(L"return $r; ");
@@ -94,6 +97,7 @@ void Emitter::procedure_body(const ProcedureInfo& info, Procedure& tree) {
   temporaries_ = std::move(outer_temporaries);
   loops_ = std::move(outer_loops);
   withs_ = std::move(outer_withs);
+  doubles_ = outer_doubles;
 }
 
 std::wstring Emitter::initial_of(const Declared& declared) {

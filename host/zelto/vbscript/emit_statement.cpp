@@ -59,6 +59,7 @@ void Emitter::statement(Statement& s) {
 void Emitter::simple(Statement& s) {
   switch (s.kind) {
     case Statement::let:
+      if (is_double(*s.first)) return let_double(*s.first, *s.second);
       return assign(*s.first, false, [&] { let_value(*s.second); });
     case Statement::set:
       return assign(*s.first, true, [&] { set_value(*s.second); });

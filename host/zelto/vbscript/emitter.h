@@ -15,7 +15,7 @@ namespace zelto::vbscript {
 
 // What is generated has names with a dollar in front, which no name of a script has: $add and the like are those of the
 // library (script/vbscript/library.h), $f_left its functions, $t1 values between statements, $L1 labels, $r the result
-// of a function, $resume whether the next statement follows a failing one.
+// of a function, $d_x whether the number in x is a Double, $resume whether the next statement follows a failing one.
 class Emitter {
  public:
   // `is_alone`: nothing but this script knows its variables.
@@ -64,6 +64,25 @@ class Emitter {
   bool put_in_place(const std::wstring& asked, std::wstring_view symbol, Expression& e, std::wstring_view behind);
   bool inline_operation(Expression& e, std::wstring_view symbol);
   bool inline_comparison(Expression& e, std::wstring_view symbol);
+
+  // --- with plain numbers for Doubles: emit_real.cpp
+  Real real_of(Expression& e);
+  Real find_real(Expression& e);
+  Real real_of_name(const Expression& e);
+  Real real_of_call(const Expression& e);
+  Real real_of_operation(Expression& e);
+  void plain_number(Expression& e);
+  void plain_name(Expression& e);
+  void plain_call(Expression& e);
+  void find_operands(const Expression& e, std::set<std::wstring>* folded) const;
+  static std::wstring mark_of(std::wstring_view text) { return L"$d_" + std::wstring(text); }
+  std::wstring mark_of_result(Expression& e);
+  std::set<std::wstring> find_doubles();
+  std::set<std::wstring> names_seen_elsewhere();
+  void begin_doubles();
+  bool is_double(const Expression& e) const;
+  void let_double(const Expression& target, Expression& e);
+  bool real_value(Expression& e, const Emit& stepwise);
 
   // --- names and calls: emit_call.cpp
   const Symbol* find(std::wstring_view folded) const;
@@ -164,6 +183,7 @@ class Emitter {
   std::vector<std::wstring> top_references_;  // calls that tell which parameters are references
   std::vector<std::wstring> withs_;
   std::vector<std::wstring> steady_;    // folded names that nothing but a loop around changes
+  std::set<std::wstring> doubles_;      // folded names of variables that have marks
   std::vector<std::wstring> counters_;  // folded names that are known to be integers here
   struct Loop {
     bool is_for;
@@ -177,6 +197,7 @@ class Emitter {
   bool names_procedures_ = false;
   bool names_top_ = false;
   bool is_fragment_ = false;
+  bool is_stepwise_ = false;  // what is written must do one operation after the other
 };
 
 }  // namespace zelto::vbscript

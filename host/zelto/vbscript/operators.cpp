@@ -66,6 +66,9 @@ void add_equality(std::wstring_view name, std::wstring_view symbol, Operations* 
 void add_elements(Operations* all) {
   constexpr std::wstring_view kNeeds = L"VbArray";
   const std::wstring value = plain(L"v");
+  all->emplace(L"real1", Operation{fmt::format(L"(a, i) => {} ? $real(a.d[i]) : NaN", element()), L"real"});
+  all->emplace(L"real2",
+               Operation{fmt::format(L"(a, i, j) => {} ? $real(a.d[j * a.m + i]) : NaN", element_of_two()), L"real"});
   all->emplace(L"ix1", Operation{fmt::format(L"(a, i) => {} ? a.d[i] : $zelto_vb.ix1(a, i)", element()), kNeeds});
   all->emplace(
       L"ix2",
@@ -103,6 +106,9 @@ Operations made() {
         L": "
         L"NaN",
         L"Double"}},
+      {L"real_idiv", {L"(a, b) => (a | 0) === a ? a / b | 0 : NaN"}},
+      {L"real_mod", {L"(a, b) => (a | 0) === a ? a % b | 0 : NaN"}},
+      {L"real_value", {L"n => (n | 0) === n ? new $Double(n) : n", L"Double"}},
       {L"val", {fmt::format(L"a => {} ? a : $zelto_vb.val(a)", plain(L"a"))}},
   };
   add_arithmetic(L"add", L"add_reals", L"+", &all);

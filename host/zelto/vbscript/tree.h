@@ -51,6 +51,15 @@ enum class Type : unsigned char {
   plain,  // what need not be copied, and is no object
 };
 
+// Whether an expression of plain numbers gives a Double.
+enum class Real : unsigned char {
+  unknown,
+  no,       // what it is made of may be anything
+  maybe,    // where one of its variables is a Double
+  element,  // likewise of what has no mark: an element of an array, the result of Mod
+  surely,
+};
+
 struct Expression;
 using ExpressionPtr = std::unique_ptr<Expression>;
 
@@ -76,6 +85,7 @@ struct Expression {
   NumberKind number_kind = NumberKind::integer;
   Type type = Type::any;
   bool has_type = false;  // `type` has been found out
+  Real real = Real::unknown;
   Place place;
   unsigned depth = 1;  // of the tree below
   double value = 0;

@@ -18,7 +18,7 @@ class Collector {
   }
 
   void add(const Statement& statement) {
-    if (assigns(statement.kind) && statement.first) assign(*statement.first);
+    if (assigns(statement.kind) && statement.first) assign(statement);
     for (const auto& part : {&statement.first, &statement.second, &statement.third, &statement.fourth}) {
       if (*part) add(**part);
     }
@@ -29,7 +29,11 @@ class Collector {
       for (const ExpressionPtr& test : branch.tests) add(*test);
       add(branch.body);
     }
+    const bool is_loop =
+        statement.kind == Statement::for_ || statement.kind == Statement::for_each || statement.kind == Statement::do_;
+    loops_ += is_loop ? 1 : 0;
     add(statement.body);
+    loops_ -= is_loop ? 1 : 0;
   }
 
   static bool assigns(Statement::Kind kind) {
@@ -37,8 +41,15 @@ class Collector {
            kind == Statement::erase;
   }
 
-  void assign(const Expression& target) {
-    if (target.kind == Expression::name) uses_.assigned.insert(base::folded(target.text));
+  void assign(const Statement& statement) {
+    if (statement.first->kind != Expression::name) return;
+    const std::wstring folded = base::folded(statement.first->text);
+    uses_.assigned.insert(folded);
+    if (statement.kind == Statement::let) {
+      uses_.lets.push_back({folded, statement.second.get(), loops_ > 0});
+    } else {
+      uses_.replaced.insert(folded);
+    }
   }
 
   void add_declared(const Statement& statement) {
@@ -48,6 +59,7 @@ class Collector {
       if (statement.kind == Statement::redim) {
         uses_.redimmed.push_back(&one);
         uses_.assigned.insert(base::folded(one.name));
+        uses_.replaced.insert(base::folded(one.name));
       }
       if (one.value) add(*one.value);
       for (const ExpressionPtr& bound : one.bounds) add(*bound);
@@ -59,6 +71,7 @@ class Collector {
       uses_.names.push_back(&expression);
       uses_.makes_code |= base::equal_ascii(expression.text, L"eval");
     }
+    uses_.names_me |= expression.kind == Expression::me;
     if (expression.kind == Expression::call) {
       const Expression& callee = *expression.parts[0];
       for (std::size_t i = 1; i < expression.parts.size(); ++i) {
@@ -74,6 +87,7 @@ class Collector {
   }
 
   Uses uses_;
+  unsigned loops_ = 0;  // around the statement
 };
 
 }  // namespace

@@ -117,4 +117,113 @@ TEST_F(VbScriptValues, CutTextThatWasJoined) {
   expect(kRows);
 }
 
+// Loops may keep a Double that is a whole number as any other number, and yet it is told from an Integer.
+TEST_F(VbScriptValues, TellDoublesThatLoopsMake) {
+  constexpr Row kRows[] = {
+      {"y = 1 : t = TypeName(y) : For i = 1 To 2 : y = y + i / 2 : t = t & y & TypeName(y) : Next : Response.Write t",
+       "Integer1.5Double2.5Double"},
+      {"For i = 1 To 3 : y = 4 / 2 : Next : Response.Write y & TypeName(y) & VarType(y)", "2Double5"},
+      {"For i = 1 To 2 : y = i / 1 : z = y + 1 : Next : Response.Write z & TypeName(z) & TypeName(y - 2)",
+       "3DoubleDouble"},
+      {"For i = 1 To 2 : y = i / 1 : z = y : y = 7 : Next : Response.Write TypeName(z) & TypeName(y)", "DoubleInteger"},
+      {"For i = 1 To 4 : If i Mod 2 = 0 Then\ny = i / 2\nElse\ny = i\nEnd If : t = t & y & TypeName(y) : Next\n"
+       "Response.Write t",
+       "1Integer1Double3Integer2Double"},
+      {"For i = 1 To 2 : t = t & TypeName(y) : y = i / 1 : Next : Response.Write t & TypeName(y)", "EmptyDoubleDouble"},
+      {"For i = 1 To 1 : y = 5 / 1 : y = \"a\" : t = TypeName(y) : y = y & 1 : Next : Response.Write t & y",
+       "Stringa1"},
+      {"For i = 1 To 1 : y = 6 / 2 : a = Array(y, y * 2) : Next : Response.Write TypeName(a(0)) & a(1) & "
+       "TypeName(a(1))",
+       "Double6Double"},
+      {"For i = 1 To 2 : y = 2.0 : y = y + i : Next : For i = 1 To 1 : y = y / 1 : Next : Response.Write y & "
+       "TypeName(y)",
+       "4Double"},
+      {"For i = 1 To 1 : y = i / 1 : y = Null : z = y + 1 : Next : Response.Write TypeName(y) & TypeName(z)",
+       "NullNull"},
+      {"For i = 1 To 1 : y = \"3\" / 1 : Next : Response.Write y & TypeName(y)", "3Double"},
+      {"x = \"1.5\" : For i = 1 To 2 : y = y + x / 2 : Next : Response.Write y & TypeName(y)", "1.5Double"},
+      {"x = CCur(3) : For i = 1 To 2 : y = x * 2 + i / 1 : Next : Response.Write y & TypeName(y)", "8Currency"},
+      {"x = CSng(3) : For i = 1 To 1 : y = x / 2 : Next : Response.Write y & TypeName(y)", "1.5Single"},
+      {"x = CDate(3) : For i = 1 To 1 : y = x + i / 1 : Next : Response.Write TypeName(y)", "Date"},
+      {"x = CLng(3) : For i = 1 To 1 : y = i / 1 : y = x : Next : Response.Write y & TypeName(y)", "3Long"},
+      {"x = True : For i = 1 To 1 : y = x + i / 2 : Next : Response.Write y", "-0.5"},
+      {"x = 1 : For i = 1 To 1 : y = i / 1 : y = x + 2147483647 : Next : Response.Write y & TypeName(y)",
+       "2147483648Double"},
+      {"For i = 1 To 1 : y = i / 1 : y = 2147483647 : y = y - 1 : Next : Response.Write y & TypeName(y)",
+       "2147483646Long"},
+      {"For i = 1 To 1 : y = 0.5 : z = y : y = y + 0.5 : x = i / 1 : Next : Response.Write y & TypeName(y)", "1Double"},
+      {"Dim a(2) : a(1) = 4 : a(2) = 6 / 3 : For i = 1 To 2 : y = y + a(i) / 2 : Next : Response.Write y & TypeName(y)",
+       "3Double"},
+      {"Dim m(1, 1) : m(1, 0) = 3 : For i = 1 To 1 : y = m(i, 0) ^ 2 + 1 : Next : Response.Write y & TypeName(y)",
+       "10Double"},
+      {"For i = 1 To 1 : y = Sqr((i + 2) * (i + 2) + (i + 3) ^ 2) : Next : Response.Write y & TypeName(y)", "5Double"},
+      {"For i = 1 To 1 : y = CDbl(i) : Next : Response.Write y & TypeName(y)", "1Double"},
+      {"For i = 1 To 1 : y = -(i / 1) : Next : Response.Write y & TypeName(y)", "-1Double"},
+      {"Const kRate = 0.5 : For i = 4 To 4 : y = i * kRate : Next : Response.Write y & TypeName(y)", "2Double"},
+      {"Do While y < 2 : y = y + 1 / 2 : Loop : Response.Write y & TypeName(y) & (y = 2) & (y > 1)", "2DoubleTrueTrue"},
+      {"For i = 1 To 1 : y = 4 / 2 : Next : Select Case y : Case 2 : Response.Write \"two\" & (y Mod 2) & (y \\ 2) : "
+       "End "
+       "Select",
+       "two01"},
+      {"For i = 9 To 9 : y = 0.5 * (i Mod 5) : z = (i \\ 2) * 1.5 : Next : Response.Write y & TypeName(y) & z & "
+       "TypeName(z)",
+       "2Double6Double"},
+      {"x = 9.5 : For i = 1 To 1 : y = 0.5 * (x Mod 4) : z = (x \\ 4) / 2 : Next : Response.Write y & \" \" & z",
+       "1 1"},
+      {"Response.Write TypeName((4 / 2 + 1) * 2) & ((4 / 2 + 1) * 2)", "Double6"},
+      {"Response.Write -(4 / 2) ^ 2 & TypeName(2 + 3 * 1.0)", "-4Double"},
+  };
+  expect(kRows);
+}
+
+TEST_F(VbScriptValues, FailInLoopsOfDoublesAsAnywhere) {
+  constexpr Row kRows[] = {
+      {"For i = 0 To 0 : y = 1 : y = 1 / i : Next : Response.Write y & TypeName(y)", "1Integererror 11"},
+      {"For i = 0 To 0 : y = 2 / 1 : y = 1 + i / i : Next : Response.Write y & TypeName(y)", "2Doubleerror 6"},
+      {"x = 1E308 : For i = 1 To 1 : y = x * 10 / 2 : Next : Response.Write TypeName(y)", "Emptyerror 6"},
+      {"x = 1E308 : For i = 1 To 1 : y = 1 / (x * 10) : Next : Response.Write TypeName(y)", "Emptyerror 6"},
+      {"x = 0 : For i = 1 To 1 : y = 1 / (i / x) : Next : Response.Write TypeName(y)", "Emptyerror 11"},
+      {"x = 1E308 : For i = 1 To 1 : y = 2 ^ -(x * 10) : Next : Response.Write TypeName(y)", "Emptyerror 6"},
+      {"x = 0 : For i = 1 To 1 : y = x ^ -1 : Next : Response.Write TypeName(y)", "Emptyerror 5"},
+      {"For i = 1 To 1 : y = Sqr(-i) : Next", "error 5"},
+      {"For i = 0 To 0 : y = Log(i) : Next", "error 5"},
+      {"x = \"a\" : For i = 1 To 1 : y = i / 1 : y = x / 2 : Next : Response.Write y & TypeName(y)", "1Doubleerror 13"},
+      {"Dim a(2) : For i = 3 To 3 : y = a(i) / 2 : Next", "error 9"},
+      {"Set x = Nothing : For i = 1 To 1 : y = x / 2 : Next", "error 91"},
+  };
+  expect(kRows);
+}
+
+// What sees a variable otherwise than by its name in the procedure.
+TEST_F(VbScriptValues, ShowDoublesThatLoopsMake) {
+  constexpr Row kRows[] = {
+      {"For i = 1 To 1 : y = 4 / 2 : Kind y : Next : Response.Write y & TypeName(y)\n"
+       "Sub Kind(v) : Response.Write TypeName(v) : v = 7 : End Sub",
+       "Double7Integer"},
+      {"For i = 1 To 1 : y = 4 / 2 : Kind (y) : Next\nSub Kind(v) : Response.Write TypeName(v) : End Sub", "Double"},
+      {"For i = 1 To 1 : y = 4 / 2 : Show : Next : Response.Write TypeName(y)\n"
+       "Sub Show : Response.Write TypeName(y) : y = 1 : End Sub",
+       "DoubleInteger"},
+      {"For i = 1 To 1 : y = 4 / 2 : Execute \"z = TypeName(y)\" : Next : Response.Write z & Eval(\"TypeName(y)\")",
+       "DoubleDouble"},
+      {"Response.Write TypeName(Half(4)) & TypeName(Sum(2))\n"
+       "Function Half(n) : For i = 1 To 1 : y = n / 2 : Next : Half = y : End Function\n"
+       "Function Sum(ByVal n) : For i = 1 To 2 : n = n + i / 1 : Next : Sum = n : End Function",
+       "DoubleDouble"},
+      {"y = 1 : Change y : Response.Write y & TypeName(y)\nSub Change(v) : For i = 1 To 1 : v = v + 4 / 4 : Next : End "
+       "Sub",
+       "2Double"},
+      {"Set d = CreateObject(\"Scripting.Dictionary\") : For i = 1 To 1 : y = 4 / 2 : d(\"k\") = y : d.Add y, y : "
+       "Next\n"
+       "For Each k In d : Response.Write TypeName(k) & TypeName(d(k)) : Next",
+       "StringDoubleDoubleDouble"},
+      {"Class C : Public v : Public Sub Run(n) : For i = 1 To 2 : s = s + n / 2 : v = s : Next : End Sub : End Class\n"
+       "Set c1 = New C : c1.Run 2 : Response.Write c1.v & TypeName(c1.v)",
+       "2Double"},
+      {"For i = 1 To 1 : y = 4 / 2 : ReDim y(1) : y(1) = 3 : Next : Response.Write y(1) & IsArray(y)", "3True"},
+      {"For i = 1 To 1 : y = 4 / 2 : Set y = New C : Next : Response.Write TypeName(y)\nClass C : End Class", "C"},
+  };
+  expect(kRows);
+}
+
 }  // namespace

@@ -75,6 +75,8 @@ const vb = {
   raise, caught, not_begun, once, err, clear, fn, getref,
   regexp, write, out: write, text: page_text,
   compile, declare, made, unknown,
+  // Of plain numbers.
+  cos: n => Math.cos(n), log: n => Math.log(n), sin: n => Math.sin(n), sqrt: n => Math.sqrt(n), tan: n => Math.tan(n),
   // Literals that no plain number can stand for.
   date: v => new Dat(v), double: v => new Dbl(v), long: v => new Lng(v),
 };
