@@ -31,7 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const std::wstring text = compiled.head + compiled.text;
     fuzz::require(zelto::language::tokenize(text).has_value(), "brackets close");
-    zelto::vbscript::compile_fragment(source, zelto::vbscript::FragmentKind::execute, L"v\tx\tx.v\t\n");
+    zelto::vbscript::compile_fragment(source, zelto::vbscript::FragmentKind::execute, L"v\tx\tx.v\t\n",
+                                      source.size() % 2 == 0);
   } catch (const zelto::vbscript::CompileError& error) {
     check_place(source, error);
   }

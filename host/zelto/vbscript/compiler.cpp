@@ -49,6 +49,7 @@ Compiled compile(const Source& source) {
   Script script = parse(source.text, source.marks);
   const auto names = find_names(script, source.others ? *source.others : std::vector<std::wstring>());
   Emitter emitter(*names, source.others == nullptr);
+  if (!source.others && names->has_endings()) emitter.set_counting();
   emitter.emit(script);
   Compiled compiled;
   compiled.head = emitter.head();

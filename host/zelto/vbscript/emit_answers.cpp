@@ -55,7 +55,9 @@ void Emitter::take_answers(const Expression& e, unsigned places) {
   put(L", " + library(L"answers") + L".length === 0 || (");
   for (std::size_t i = 0; i + 1 < e.parts.size(); ++i) {
     if ((places >> i & 1U) == 0) continue;
-    put(fmt::format(L"{0} = {1}({2}, {0}), ", asked_variable(e.parts[i + 1].get()), library(L"answer"), i));
+    const std::wstring variable = asked_variable(e.parts[i + 1].get());
+    store(variable, [&] { put(fmt::format(L"{}({}, {})", library(L"answer"), i, variable)); });
+    put(L", ");
   }
   put(library(L"answers") + L".length = 0)");
 }

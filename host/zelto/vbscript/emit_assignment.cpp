@@ -30,7 +30,7 @@ void Emitter::assign(Expression& target, bool is_set, const Emit& value) {
       return assign_call(target, is_set, value);
     case Expression::member:
       put(library(is_set ? L"set" : L"let") + L"(");
-      member_object(target);
+      member_object(target, false);
       put(L", ");
       out_.put_string(target.text);
       put(L", ");
@@ -50,8 +50,7 @@ void Emitter::assign_name(Expression& target, bool is_set, const Emit& value) {
       raise_unknown(target.text);
       put(L", ");
     }
-    put(text + L" = ");
-    return value();
+    return store(text, value);
   }
   // A constant, a procedure, or a name that nobody has declared.
   const bool is_known = is_own_name(folded) || function_of(folded) || !names_.is_explicit;
@@ -85,7 +84,7 @@ void Emitter::assign_call(Expression& target, bool is_set, const Emit& value) {
   }
   if (callee.kind == Expression::member) {
     put(library(is_set ? L"set" : L"let") + L"(");
-    member_object(callee);
+    member_object(callee, false);
     put(L", ");
     out_.put_string(callee.text);
     put(L", ");

@@ -96,6 +96,7 @@ void Emitter::select(Statement& s) {
         put(subject + L" = ");
         let_value(*s.first);
         put(L"; ");
+        drain();
       },
       test + L" = true; ");
   put(around + L": { ");
@@ -109,14 +110,15 @@ void Emitter::select(Statement& s) {
       guarded(
           [&] {
             put(fmt::format(L"if (!{0}) {0} = ", test));
-            test_case(branch, subject);
+            drained(false, [&] { test_case(branch, subject); });
             put(L"; ");
           },
           test + L" = true; ");
       put(L"if (" + test + L") { ");
     } else {
+      const bool is_plain = std::ranges::all_of(branch.tests, [&](const ExpressionPtr& one) { return is_quiet(*one); });
       put(L"if (");
-      test_case(branch, subject);
+      drained(is_plain, [&] { test_case(branch, subject); });
       put(L") { ");
     }
     block(branch.body);
@@ -166,7 +168,9 @@ void Emitter::count(Statement& s, const std::wstring& text, bool is_counting) {
       const bool is_plain = is_numeric(*s.third);
       if (!is_plain) put(library(L"num") + L"(");
       value(*s.third);
-      put((is_plain ? L", " : L"), ") + text + L" = ");
+      put(is_plain ? L", " : L"), ");
+      empty_counter(text);
+      put(text + L" = ");
       value(*s.second);
     };
     const std::wstring next = step == 1 ? text + L"++" : fmt::format(L"{} += {}", text, static_cast<int>(step));
@@ -188,6 +192,7 @@ void Emitter::count(Statement& s, const std::wstring& text, bool is_counting) {
     if (s.fourth) value(*s.fourth);
     put(s.fourth ? L"), " : L"1), ");
     if (!has_literal_step) put(by + L" = " + counted + L".step, ");
+    empty_counter(text);
     put(fmt::format(L"{0} = {1}.to, {2} = {1}.box, {3} = {2} === undefined ? {1}.at : {2}({1}.at)", limit, counted, box,
                     text));
   };
@@ -203,6 +208,7 @@ void Emitter::loop(Statement& s, const Emit& begin, const std::wstring& test, co
   loop_label(true);
   put(L"for (");
   begin();
+  if (counts_) put(L", " + library(L"after") + L"($p)");
   put(L"; " + test + L"; " + next + L") { ");
   block(s.body);
   loops_.pop_back();
@@ -219,6 +225,7 @@ void Emitter::for_resuming(Statement& s, const Emit& begin, const std::wstring& 
       [&] {
         begin();
         put(L"; " + failed + L" = false; ");
+        drain();
       },
       failed + L" = true; ");
   loop_label(true);
@@ -241,6 +248,7 @@ void Emitter::for_each(Statement& s) {
   const std::wstring text = variable_text(s.first->text);
   const std::wstring items = temporary();
   const std::wstring at = L"$i" + items.substr(2);
+  const std::wstring held = counts_ ? holder() : std::wstring();
   guarded(
       [&] {
         if (text.empty()) {
@@ -248,17 +256,23 @@ void Emitter::for_each(Statement& s) {
           return put(L"; ");
         }
         put(items + L" = " + library(L"each") + L"(");
+        if (counts_) put(held + L" = " + library(L"hold") + L"(");
         value(*s.second);
-        put(L"); ");
+        put(counts_ ? L")); " : L"); ");
+        drain();
       },
       items + L" = " + library(L"once") + L"(" + (text.empty() ? L"0" : text) + L"); ");
   loop_label(true);
   put(fmt::format(L"for (let {0} = 0; {0} < {1}.length; {0}++) {{ ", at, items));
-  if (!text.empty()) put(fmt::format(L"{} = {}[{}]; ", text, items, at));
+  if (!text.empty()) {
+    store(text, [&] { put(fmt::format(L"{}[{}]", items, at)); });
+    put(L"; ");
+  }
   block(s.body);
   loops_.pop_back();
   out_.at(s.end);
   put(L"} ");
+  end_holder();
 }
 
 void Emitter::do_(Statement& s) {

@@ -46,15 +46,20 @@ void Emitter::name(Expression& e) {
       } else {
         put(L"undefined");
       }
-      return put(L" : " + symbol->text + L")");
+      put(L" : ");
+      kept([&] { put(symbol->text); });
+      return put(L")");
     case Symbol::class_:
       return raise_of(13, e.text);
-    default:
+    default: {
       if (is_double(e)) {
         return put(fmt::format(L"({} ? {}({}) : {})", mark_of(symbol->text), library(L"real_value"), symbol->text,
                                symbol->text));
       }
-      return put(symbol->is_reference ? symbol->text + L".v" : symbol->text);
+      const bool is_counting = std::ranges::find(counters_, folded) != counters_.end();
+      const Emit variable = [&] { put(symbol->is_reference ? symbol->text + L".v" : symbol->text); };
+      return is_counting ? variable() : kept(variable);
+    }
   }
 }
 
@@ -129,26 +134,29 @@ void Emitter::call_name(Expression& e, Expression& callee) {
   if (symbol->kind == Symbol::class_) return name(callee);
   if (symbol->is_implicit && !names_.assigned.contains(folded)) return raise_of(13, callee.text);
   if (symbol->kind == Symbol::external) return index([&] { name(callee); }, e);
-  index([&] { put(symbol->is_reference ? symbol->text + L".v" : symbol->text); }, e);
+  const Emit variable = [&] { put(symbol->is_reference ? symbol->text + L".v" : symbol->text); };
+  index([&] { are_still(e) ? variable() : kept(variable); }, e);
 }
 
 // "1" or "2" of so many arguments, for which there is a quicker way.
 std::wstring Emitter::count_of_plain(const Expression& e) const {
   const std::size_t count = e.parts.size() - 1;
-  const bool is_quick = (count == 1 || (count == 2 && !is_fragment_)) &&
+  const bool is_quick = (count == 1 || (count == 2 && !is_fragment_ && !counts_)) &&
                         std::ranges::all_of(e.parts, [](const ExpressionPtr& part) { return part != nullptr; });
   return is_quick ? std::to_wstring(count) : std::wstring();
 }
 
 // what(…) where it is a value: an element, the default member, a function of somebody's.
 void Emitter::index(const Emit& what, Expression& e) {
-  put(library(L"ix" + count_of_plain(e)) + L"(");
-  what();
-  for (std::size_t i = 1; i < e.parts.size(); ++i) {
-    put(L", ");
-    argument(e.parts[i].get(), false, nullptr);
-  }
-  put(L")");
+  kept([&] {
+    put(library(L"ix" + count_of_plain(e)) + L"(");
+    what();
+    for (std::size_t i = 1; i < e.parts.size(); ++i) {
+      put(L", ");
+      argument(e.parts[i].get(), false, nullptr);
+    }
+    put(L")");
+  });
 }
 
 void Emitter::call_language(Expression& e, std::wstring_view folded) {
@@ -191,6 +199,7 @@ void Emitter::call_procedure(const ProcedureInfo& procedure, std::wstring_view c
   if (count != procedure.references.size()) {
     return raise_of(450, e.kind == Expression::call ? e.parts[0]->text : e.text);
   }
+  pools_ = true;
   put(callee);
   put(L"(");
   if (e.kind == Expression::call) arguments(e, [&](std::size_t i) { return procedure.references[i]; });
@@ -221,13 +230,15 @@ void Emitter::reference(Expression& e) {
     const Symbol* const symbol = find(base::folded(e.text));
     if (symbol && symbol->is_reference) return put(symbol->text);
     if (const std::wstring text = variable_text(e.text); !text.empty()) {
-      return put(fmt::format(L"{0}(() => {1}, $v => {{ {1} = $v; }})", library(L"ref"), text));
+      return put(reference_to(text));
     }
   }
   const bool is_element = e.kind == Expression::call && e.parts.size() > 1 && e.parts[0]->kind == Expression::name &&
                           !variable_text(e.parts[0]->text).empty();
   if (is_element) {
-    put(library(L"refix") + L"(" + variable_text(e.parts[0]->text) + L", ");
+    put(library(L"refix") + L"(");
+    kept([&] { put(variable_text(e.parts[0]->text)); });
+    put(L", ");
     arguments(e, [](std::size_t) { return false; });
     return put(L")");
   }
@@ -236,8 +247,8 @@ void Emitter::reference(Expression& e) {
   put(L")");
 }
 
-void Emitter::member_object(Expression& member) {
-  if (!member.parts.empty()) return value(*member.parts[0]);
+void Emitter::member_object(Expression& member, bool is_at_once) {
+  if (!member.parts.empty()) return is_at_once ? value_at_once(*member.parts[0]) : value(*member.parts[0]);
   if (!withs_.empty()) return put(withs_.back());
   put(library(L"raise") + L"(505)");
 }
@@ -281,8 +292,9 @@ void Emitter::call_member(Expression& e, Expression& member, bool is_statement) 
   const std::wstring result = places != 0 && !is_statement ? temporary() : std::wstring();
   if (places != 0) put(L"(");
   if (!result.empty()) put(result + L" = ");
+  if (counts_ && !is_statement) put(library(L"keep") + L"(");
   put(library(asks ? L"ask" : is_statement ? L"call" : L"get") + L"(");
-  member_object(member);
+  member_object(member, e.kind != Expression::call || are_still(e));
   put(L", ");
   out_.put_string(member.text);
   if (asks) put(fmt::format(L", {}", places));
@@ -290,7 +302,7 @@ void Emitter::call_member(Expression& e, Expression& member, bool is_statement) 
     put(L", ");
     arguments(e, is_reference);
   }
-  put(L")");
+  put(counts_ && !is_statement ? L"))" : L")");
   if (places == 0) return;
   take_answers(e, places);
   put(result.empty() ? L")" : L", " + result + L")");
@@ -298,9 +310,8 @@ void Emitter::call_member(Expression& e, Expression& member, bool is_statement) 
 
 void Emitter::own_member(const ClassInfo::Member& member, Expression& e, bool has_arguments) {
   if (member.field) {
-    const std::wstring text = fmt::format(L"this[\"{}\"]", member.key);
-    if (!has_arguments) return put(text);
-    return index([&] { put(text); }, e);
+    const Emit field = [&] { kept([&] { put(fmt::format(L"this[\"{}\"]", member.key)); }); };
+    return has_arguments ? index(field, e) : field();
   }
   const ProcedureInfo* const called = member.method ? member.method : member.get;
   if (!called) {

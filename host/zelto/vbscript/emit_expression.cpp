@@ -205,7 +205,7 @@ void Emitter::let_value(Expression& e) {
   if (type_of(e) != Type::any) return value(e);
   out_.at(e.place);
   put(library(L"val") + L"(");
-  value(e);
+  value_at_once(e);
   put(L")");
 }
 
@@ -215,13 +215,17 @@ void Emitter::set_value(Expression& e) {
   if (is_object) return value(e);
   out_.at(e.place);
   put(library(L"setv") + L"(");
-  value(e);
+  value_at_once(e);
   put(L")");
 }
 
 // Of a condition Null is False.
 void Emitter::condition(Expression& e) {
-  if (e.kind == Expression::parenthesized) return condition(*e.parts[0]);
+  drained(!counts_ || is_quiet(e), [&] { truth(e); });
+}
+
+void Emitter::truth(Expression& e) {
+  if (e.kind == Expression::parenthesized) return truth(*e.parts[0]);
   const Type type = type_of(e);
   if (e.kind == Expression::operation && is_truth(type)) {
     if (e.op == Operator::not_) {
@@ -235,17 +239,17 @@ void Emitter::condition(Expression& e) {
   if (is_truth(type) || type == Type::integer) return value(e);
   out_.at(e.place);
   put(library(L"cond") + L"(");
-  value(e);
+  value_at_once(e);
   put(L")");
 }
 
 void Emitter::infix(std::wstring_view symbol, Expression& e, std::wstring_view tail) {
   put(L"(");
-  value(*e.parts[0]);
+  value_at_once(*e.parts[0]);
   put(L" ");
   put(symbol);
   put(L" ");
-  value(*e.parts[1]);
+  value_at_once(*e.parts[1]);
   put(tail);
   put(L")");
 }

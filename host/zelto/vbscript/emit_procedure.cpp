@@ -58,9 +58,8 @@ void Emitter::emit(Script& script) {
     }
   }
   for (; statements != script.body.end(); ++statements) statement(**statements);
-  const bool has_endings = std::ranges::any_of(
-      names_.classes, [](const ClassInfo& one) { return one.members.contains(L"class_terminate"); });
-  if (has_endings && !is_fragment_) put(library(L"terminate") + L"(); ");
+  // Code that is made while the script runs may have such a class.
+  if ((names_.has_endings() || names_.makes_code) && !is_fragment_) put(library(L"terminate") + L"(); ");
 }
 
 void Emitter::procedure(const ProcedureInfo& info, Procedure& tree) {
@@ -78,6 +77,7 @@ void Emitter::procedure_body(const ProcedureInfo& info, Procedure& tree) {
   auto outer_temporaries = std::exchange(temporaries_, {});
   auto outer_loops = std::exchange(loops_, {});
   auto outer_withs = std::exchange(withs_, {});
+  auto outer_holders = std::exchange(all_holders_, {});
   std::vector<std::wstring> parameters;
   for (const Parameter& one : tree.parameters) parameters.push_back(info.names.at(base::folded(one.name)).text);
   put(L"(" + joined(parameters) + L") { ");
@@ -85,12 +85,15 @@ void Emitter::procedure_body(const ProcedureInfo& info, Procedure& tree) {
     if (info.references[i]) put(parameters[i] + L" = " + library(L"arg") + L"(" + parameters[i] + L"); ");
     if (tree.parameters[i].by_value) put(parameters[i] + L" = " + library(L"own") + L"(" + parameters[i] + L"); ");
   }
-  declare_locals(info);
+  if (counts_) begin_counting(info);
+  std::vector<std::wstring> locals = declare_locals(info);
   const auto outer_doubles = doubles_;
   begin_doubles();
+  if (counts_) put(L"try { ");
   block(tree.body);
   out_.at(tree.end);
   if (has_result(tree)) put(L"return $r; ");
+  if (counts_) end_counting(info, std::move(locals));
   if (!temporaries_.empty()) put(L"var " + joined(temporaries_) + L"; ");
   put(L"} ");
   procedure_ = outer;
@@ -98,29 +101,37 @@ void Emitter::procedure_body(const ProcedureInfo& info, Procedure& tree) {
   loops_ = std::move(outer_loops);
   withs_ = std::move(outer_withs);
   doubles_ = outer_doubles;
+  all_holders_ = std::move(outer_holders);
 }
 
-std::wstring Emitter::initial_of(const Declared& declared) {
+std::wstring Emitter::initial_of(const Declared& declared, bool is_variable) {
   if (!declared.is_array) return {};
+  const bool holds = counts_ && is_variable;  // an instance holds its fields itself
   std::wstring text = library(L"dim") + (declared.bounds.empty() ? L"(false" : L"(true");
   for (const ExpressionPtr& bound : declared.bounds) text += fmt::format(L", {}", static_cast<long long>(bound->value));
-  return L" = " + text + L")";
+  return L" = " + (holds ? library(L"hold") + L"(" + text + L"))" : text + L")");
 }
 
-void Emitter::declare_locals(const ProcedureInfo& info) {
+std::vector<std::wstring> Emitter::declare_locals(const ProcedureInfo& info) {
   std::vector<std::wstring> all;
-  if (has_result(*info.tree)) all.push_back(L"$r");
+  std::vector<std::wstring> locals;
+  const auto declare = [&](const std::wstring& name, const std::wstring& initial) {
+    locals.push_back(name);
+    all.push_back(name + initial);
+  };
+  if (has_result(*info.tree)) declare(L"$r", {});
   if (info.uses.has_resume) all.push_back(L"$resume = false");
   std::set<std::wstring> known;
   for (const Parameter& one : info.tree->parameters) known.insert(base::folded(one.name));
   for (const Declared* one : info.uses.variables) {
     known.insert(base::folded(one->name));
-    all.push_back(info.names.at(base::folded(one->name)).text + initial_of(*one));
+    declare(info.names.at(base::folded(one->name)).text, initial_of(*one, true));
   }
   for (const auto& [folded, symbol] : info.names) {
-    if (symbol.kind == Symbol::variable && !known.contains(folded)) all.push_back(symbol.text);
+    if (symbol.kind == Symbol::variable && !known.contains(folded)) declare(symbol.text, {});
   }
   if (!all.empty()) put(L"var " + joined(all) + L"; ");
+  return locals;
 }
 
 // Made when it is first used: a class of the language is not there before its text is.
@@ -157,22 +168,26 @@ void Emitter::class_(const ClassInfo& info, Class& tree) {
 
 void Emitter::constructor(const ClassInfo& info) {
   put(L"constructor() { super(); ");
-  for (const auto& [name, member] : info.members) {
-    if (!member.field) continue;
-    const std::wstring initial = initial_of(*member.field);
-    put(fmt::format(L"this[\"{}\"]{}; ", member.key, initial.empty() ? L" = undefined" : initial));
+  for (const Declared& field : info.tree->fields) {
+    const std::wstring initial = initial_of(field, false);
+    const std::wstring& key = info.members.at(base::folded(field.name)).key;
+    put(fmt::format(L"this[\"{}\"]{}; ", key, initial.empty() ? L" = undefined" : initial));
   }
   put(L"} ");
 }
 
 std::wstring Emitter::library(std::wstring_view name) {
-  const Operation* const own = is_fragment_ ? nullptr : operation_of(name);
+  if (counts_) note_pooled(name);
+  // Assigning to elements counts.
+  const bool is_counted = counts_ && (name.starts_with(L"put") || name == L"val");
+  const Operation* const own = is_fragment_ || is_counted ? nullptr : operation_of(name);
   (own ? operations_ : library_).emplace(name);
   if (own && !own->needs.empty()) library(own->needs);
   return L"$" + std::wstring(name);
 }
 
 std::wstring Emitter::function(std::wstring_view name) {
+  pools_ = true;
   functions_.emplace(name);
   return L"$f_" + std::wstring(name);
 }
@@ -192,7 +207,7 @@ void Emitter::declare_top(std::wstring& text) {
   for (const Declared* one : names_.top.uses.variables) {
     const std::wstring folded = base::folded(one->name);
     known.insert(folded);
-    variables.push_back(names_.top.names.at(folded).text + initial_of(*one));
+    variables.push_back(names_.top.names.at(folded).text + initial_of(*one, true));
   }
   for (const auto& [folded, symbol] : names_.top.names) {
     const bool is_own = symbol.kind == Symbol::variable && !symbol.is_outer;
@@ -227,9 +242,12 @@ std::wstring Emitter::head() {
   std::wstring declared;
   declare_top(declared);
   const std::wstring named = names_procedures_ ? named_procedures() : std::wstring();
+  if (counts_) library_.insert({L"pool", L"drain"});
   std::vector<std::wstring> parts;
   for (const std::wstring& one : library_) parts.push_back(fmt::format(L"{0}: ${0}", one));
-  std::wstring text = L"const {" + joined(parts) + L"} = $zelto_vb";
+  std::wstring text = counts_ && !is_fragment_ ? L"$zelto_vb.count(); " : L"";
+  text += L"const {" + joined(parts) + L"} = $zelto_vb";
+  if (counts_) text += L", $p = $zelto_vb.pool.length";
   if (!functions_.empty()) {
     parts.clear();
     for (const std::wstring& one : functions_) parts.push_back(fmt::format(L"{0}: $f_{0}", one));
@@ -243,6 +261,7 @@ std::wstring Emitter::head() {
   std::vector<std::wstring> variables = top_variables_;
   variables.insert(variables.end(), temporaries_.begin(), temporaries_.end());
   if (names_.top.uses.has_resume) variables.emplace_back(L"$resume = false");
+  if (counts_) variables.emplace_back(L"$new");
   if (!variables.empty()) text += L"let " + joined(variables) + L"; ";
   text += declared;
   for (const std::wstring& one : top_references_) text += one + L"; ";

@@ -8,7 +8,7 @@
 //   do anything but be read, and nothing in between may hide that it is infinite.
 // - A variable that a loop assigns such results to has a plain number also where that is a whole one. A second variable
 //   beside it, its mark, then tells that the number is a Double; whoever reads the variable makes the object. That is
-//   for variables that nothing but the statements of their procedure can see.
+//   for variables that nothing but the statements of their procedure can see, in scripts that count no references.
 #include <fmt/xchar.h>
 
 #include <algorithm>
@@ -253,7 +253,7 @@ std::set<std::wstring> Emitter::find_doubles() {
   const auto names_me = [](const ProcedureInfo& one) { return one.uses.names_me; };
   const bool is_seen =
       !in.tree && (!is_alone_ || names_me(in) || std::ranges::any_of(names_.procedures, names_me));  // by components
-  if (is_fragment_ || names_.makes_code || is_seen) return {};
+  if (counts_ || is_fragment_ || names_.makes_code || is_seen) return {};
   const std::set<std::wstring> elsewhere = names_seen_elsewhere();
   std::set<std::wstring> found;
   bool has_changed = true;

@@ -16,7 +16,9 @@ void Emitter::guarded(const Emit& what, std::wstring_view otherwise) {
   if (!is_resuming()) return what();
   put(L"try { ");
   what();
-  put(L" } catch ($e) { if (!$resume) throw $e; " + library(L"caught") + L"($e); ");
+  put(L" } catch ($e) { if (!$resume) throw $e; ");
+  if (counts_) put(library(L"settle") + L"($p); ");
+  put(library(L"caught") + L"($e); ");
   put(otherwise);
   put(L"} ");
 }
@@ -52,6 +54,7 @@ void Emitter::statement(Statement& s) {
       guarded([&] {
         simple(s);
         put(L"; ");
+        drain();
       });
   }
 }
@@ -93,12 +96,14 @@ void Emitter::redim(Statement& s) {
       put(library(L"raise") + L"(501)");
       continue;
     }
-    put(text + L" = " + library(L"redim") + L"(" + text + (s.preserves ? L", true" : L", false"));
-    for (const ExpressionPtr& bound : one.bounds) {
-      put(L", ");
-      value(*bound);
-    }
-    put(L")");
+    store(text, [&] {
+      put(library(L"redim") + L"(" + text + (s.preserves ? L", true" : L", false"));
+      for (const ExpressionPtr& bound : one.bounds) {
+        put(L", ");
+        value(*bound);
+      }
+      put(L")");
+    });
   }
 }
 
@@ -112,6 +117,7 @@ void Emitter::exit(const Statement& s) {
   if (s.leaves == Statement::of_do || s.leaves == Statement::of_for) {
     for (std::size_t i = loops_.size(); i-- > 0;) {
       if (loops_[i].is_for != (s.leaves == Statement::of_for)) continue;
+      release_holders(loops_[i].holders);
       return put(L"break " + loops_[i].label + L"; ");
     }
     return;
@@ -137,25 +143,27 @@ std::wstring Emitter::temporary() {
 }
 
 void Emitter::loop_label(bool is_for) {
-  loops_.push_back({is_for, label()});
+  loops_.push_back({is_for, label(), holders_.size()});
   // So that a time-out in the loop finds its line.
   put(L"if($zelto_never);else " + loops_.back().label + L": ");
 }
 
 // Of the names that stand alone, and are let and set.
 void Emitter::with(Statement& s) {
-  const std::wstring object = temporary();
+  const std::wstring object = counts_ ? holder() : temporary();
   guarded(
       [&] {
-        put(object + L" = ");
+        put(object + (counts_ ? L" = " + library(L"hold") + L"(" : L" = "));
         value(*s.first);
-        put(L"; ");
+        put(counts_ ? L"); " : L"; ");
+        drain();
       },
       object + L" = undefined; ");
   withs_.push_back(object);
   block(s.body);
   withs_.pop_back();
   out_.at(s.end);
+  end_holder();
 }
 
 }  // namespace zelto::vbscript

@@ -31,6 +31,8 @@ class Emitter {
   std::wstring declaration();
   // What is written stands in code that is made while a script runs.
   void set_fragment() { is_fragment_ = true; }
+  // References to instances are counted.
+  void set_counting() { counts_ = true; }
   // Whether the global object goes anywhere but to an object that is told so.
   bool leaks_global() const { return leaks_global_; }
   ScriptWriter& writer() { return out_; }
@@ -48,6 +50,7 @@ class Emitter {
   void let_value(Expression& e);  // what Let assigns
   void set_value(Expression& e);  // what Set does
   void condition(Expression& e);
+  void truth(Expression& e);
   void literal(const Expression& e);
   void number(const Expression& e);
   void operation(Expression& e);
@@ -96,7 +99,7 @@ class Emitter {
   void call_procedure(const ProcedureInfo& procedure, std::wstring_view callee, Expression& e);
   void call_member(Expression& e, Expression& member, bool is_statement);
   bool call_known_member(Expression& e, Expression& member, bool is_statement);
-  void member_object(Expression& member);
+  void member_object(Expression& member, bool is_at_once);
   bool is_of_library(const Expression& member);
   std::wstring asked_variable(const Expression* argument);
   static bool hands_reference(const Expression& e, const std::function<bool(std::size_t)>& is_reference);
@@ -120,6 +123,25 @@ class Emitter {
   void assign_call(Expression& target, bool is_set, const Emit& value);
   bool assign_own_member(const ClassInfo::Member* member, Expression* arguments, bool is_set, const Emit& value);
   std::wstring variable_text(std::wstring_view name);  // empty where it is none
+
+  // --- references to instances: emit_references.cpp
+  void note_pooled(std::wstring_view name);
+  void kept(const Emit& what);
+  void value_at_once(Expression& e);
+  std::wstring old_value(const std::wstring& variable) const;
+  void store(const std::wstring& variable, const Emit& value);
+  std::wstring reference_to(const std::wstring& variable);
+  void empty_counter(const std::wstring& variable);
+  void drain();
+  void drained(bool is_quiet, const Emit& what);
+  bool is_quiet(Expression& e);
+  bool are_still(const Expression& call);
+  std::wstring holder();
+  void release_holders(std::size_t from);
+  void end_holder();
+  void begin_counting(const ProcedureInfo& info);
+  static std::vector<std::wstring> counted_parameters(const ProcedureInfo& info);
+  void end_counting(const ProcedureInfo& info, std::vector<std::wstring> locals);
 
   // --- statements: emit_statement.cpp, emit_block.cpp
   void block(Block& statements);
@@ -154,8 +176,9 @@ class Emitter {
   // --- procedures and classes: emit_procedure.cpp
   void procedure(const ProcedureInfo& info, Procedure& tree);
   void procedure_body(const ProcedureInfo& info, Procedure& tree);
-  void declare_locals(const ProcedureInfo& info);
-  std::wstring initial_of(const Declared& declared);
+  // Their names, that of the result first.
+  std::vector<std::wstring> declare_locals(const ProcedureInfo& info);
+  std::wstring initial_of(const Declared& declared, bool is_variable);
   void class_(const ClassInfo& info, Class& tree);
   void constructor(const ClassInfo& info);
   void declare_top(std::wstring& text);
@@ -182,12 +205,15 @@ class Emitter {
   std::vector<std::wstring> top_variables_;   // those of Dim with what they begin as
   std::vector<std::wstring> top_references_;  // calls that tell which parameters are references
   std::vector<std::wstring> withs_;
-  std::vector<std::wstring> steady_;    // folded names that nothing but a loop around changes
-  std::set<std::wstring> doubles_;      // folded names of variables that have marks
-  std::vector<std::wstring> counters_;  // folded names that are known to be integers here
+  std::vector<std::wstring> holders_;      // what holds an object for the statements around
+  std::vector<std::wstring> all_holders_;  // of the procedure
+  std::vector<std::wstring> steady_;       // folded names that nothing but a loop around changes
+  std::set<std::wstring> doubles_;         // folded names of variables that have marks
+  std::vector<std::wstring> counters_;     // folded names that are known to be integers here
   struct Loop {
     bool is_for;
     std::wstring label;
+    std::size_t holders;  // that are there around it, or are its own
   };
   std::vector<Loop> loops_;
   unsigned labels_ = 0;
@@ -198,6 +224,8 @@ class Emitter {
   bool names_top_ = false;
   bool is_fragment_ = false;
   bool is_stepwise_ = false;  // what is written must do one operation after the other
+  bool counts_ = false;
+  bool pools_ = false;  // the statement may have something that goes with it
 };
 
 }  // namespace zelto::vbscript

@@ -65,7 +65,7 @@ Outer read_names(std::wstring_view text) {
 
 }  // namespace
 
-std::wstring compile_fragment(std::wstring_view text, FragmentKind kind, std::wstring_view known) {
+std::wstring compile_fragment(std::wstring_view text, FragmentKind kind, std::wstring_view known, bool counts) {
   const Outer outer = read_names(known);
   Script script;
   if (kind == FragmentKind::eval) {
@@ -79,6 +79,7 @@ std::wstring compile_fragment(std::wstring_view text, FragmentKind kind, std::ws
   const auto names = find_names(script, {}, outer.names, true);
   Emitter emitter(*names, false);
   emitter.set_fragment();
+  if (counts) emitter.set_counting();
   if (kind == FragmentKind::eval) {
     emitter.emit_value(*script.body[0]->first);
     return emitter.head() + L"(" + emitter.writer().text() + L")";

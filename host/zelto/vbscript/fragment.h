@@ -18,7 +18,8 @@ struct NameKind {
   static constexpr wchar_t external = L'x';
 };
 
-// As the language's own eval takes it, where it stands. Throws CompileError.
-std::wstring compile_fragment(std::wstring_view text, FragmentKind kind, std::wstring_view names);
+// As the language's own eval takes it, where it stands. `counts`: the script around it counts references. Throws
+// CompileError.
+std::wstring compile_fragment(std::wstring_view text, FragmentKind kind, std::wstring_view names, bool counts);
 
 }  // namespace zelto::vbscript

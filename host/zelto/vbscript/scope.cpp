@@ -271,6 +271,10 @@ class Finder {
 
 std::wstring class_text(std::wstring_view name) { return L"$class_" + script_name(base::folded(name), false); }
 
+bool ScriptNames::has_endings() const {
+  return std::ranges::any_of(classes, [](const ClassInfo& one) { return one.members.contains(L"class_terminate"); });
+}
+
 bool gives_answer(std::wstring_view member, std::size_t position) {
   const std::wstring folded = base::folded(member);
   if (folded == L"fireevent") return position == 1 || position == 2;

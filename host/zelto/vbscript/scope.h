@@ -77,6 +77,7 @@ struct ScriptNames {
   std::set<std::wstring> assigned;  // by anybody, or handed to somebody
   // Variables of the top level that procedures assign to.
   std::set<std::wstring> assigned_from_within;
+  bool has_endings() const;                                                  // whether a class has a Class_Terminate
   std::map<std::wstring, std::vector<bool>, std::less<>> method_references;  // by the method's folded name
 };
 

@@ -28,19 +28,32 @@ const elements_of = bounds => {
   return d;
 };
 // Without bounds it has no elements yet: `Dim a()`.
+// The elements from there on are no longer in it.
+const none = freeze([]);
+const cut_off = (d, from) => {
+  if (is_counting && from < d.length) return d.splice(from);
+  if (from < d.length) d.length = from;
+  return none;
+};
+const new_array = (d, b, fixed) => born(new VbArray(d, b, fixed));
 const dim = (fixed, ...upper) => {
   const b = bounds_of(upper);
-  return new VbArray(elements_of(b), b, fixed && b.length > 0);
+  return new_array(elements_of(b), b, fixed && b.length > 0);
 };
-const made_array = d => new VbArray(d, [d.length - 1], false);
+const made_array = d => new_array(d, [d.length - 1], false);
 const redim = (old, preserve, ...upper) => {
   const b = bounds_of(upper);
   if (!(old instanceof VbArray)) {
-    return preserve && old !== undefined ? raise(13) : new VbArray(elements_of(b), b, false);
+    return preserve && old !== undefined ? raise(13) : new_array(elements_of(b), b, false);
   }
   if (old.fixed) return raise(10);
-  if (preserve && old.b.length > 0) resize(old, b);
-  else shape(old, elements_of(b), b);
+  const had = old.d;
+  if (preserve && old.b.length > 0) {
+    resize(old, b);
+  } else {
+    shape(old, elements_of(b), b);
+    if (is_counting) drop_all(cut_off(had, 0));
+  }
   return old;
 };
 // Only the last bound may be another one: the elements stay where they are.
@@ -52,23 +65,28 @@ const resize = (array, b) => {
     step *= b[i] + 1;
   }
   const total = step * (b[b.length - 1] + 1), d = array.d;
-  if (total < d.length) d.length = total;
+  const gone = cut_off(d, total);
   while (d.length < total) d.push(undefined);
   shape(array, d, b);
+  drop_all(gone);
 };
 const erase = a => {
   if (!(a instanceof VbArray)) return raise(13);
+  const had = a.d;
   if (a.fixed) {
-    for (let i = 0; i < a.d.length; i++) a.d[i] = undefined;
+    const gone = is_counting ? had.slice() : none;
+    for (let i = 0; i < had.length; i++) had[i] = undefined;
+    drop_all(gone);
   } else {
     shape(a, [], []);
+    if (is_counting) drop_all(cut_off(had, 0));
   }
   return a;
 };
 const copy_of_array = a => {
   const d = a.d.slice();
   for (let i = 0; i < d.length; i++) if (d[i] instanceof VbArray) d[i] = copy_of_array(d[i]);
-  return new VbArray(d, a.b.slice(), false);
+  return new_array(d, a.b.slice(), false);
 };
 
 // Where an element is.
@@ -93,21 +111,27 @@ const place1 = (a, i) => {
 const is_vb_array = a => typeof a === "object" && a !== null && a.constructor === VbArray;
 const ix1 = (a, i) => {
   if (!is_vb_array(a)) return indexed(a, [i]);
-  return typeof i === "number" && (i | 0) === i && i >= 0 && i < a.n ? a.d[i] : a.d[place1(a, i)];
+  if (typeof i === "number" && (i | 0) === i && i >= 0 && i < a.n) return a.d[i];
+  const at = place1(a, i);  // the default member of an index may change the array
+  return a.d[at];
 };
 const put1 = (a, v, i) => {
   const value = typeof v === "number" || typeof v === "string" ? v : val(v);
   if (!is_vb_array(a)) put_indexed(a, value, [i], false);
-  else if (typeof i === "number" && (i | 0) === i && i >= 0 && i < a.n) a.d[i] = value;
-  else a.d[place1(a, i)] = value;
+  else if (typeof i === "number" && (i | 0) === i && i >= 0 && i < a.n) store(a.d, i, value);
+  else store(a.d, place1(a, i), value);
 };
-const ix = (a, ...indices) => a instanceof VbArray ? a.d[place_in(a, indices)] : indexed(a, indices);
+const ix = (a, ...indices) => {
+  if (!(a instanceof VbArray)) return indexed(a, indices);
+  const at = place_in(a, indices);
+  return a.d[at];
+};
 const putix = (a, v, ...indices) => {
-  if (a instanceof VbArray) a.d[place_in(a, indices)] = val(v);
+  if (a instanceof VbArray) store(a.d, place_in(a, indices), val(v));
   else put_indexed(a, val(v), indices, false);
 };
 const setix = (a, v, ...indices) => {
-  if (a instanceof VbArray) a.d[place_in(a, indices)] = setv(v);
+  if (a instanceof VbArray) store(a.d, place_in(a, indices), setv(v));
   else put_indexed(a, setv(v), indices, true);
 };
 const key_of = i => {
@@ -136,7 +160,7 @@ const put_indexed = (a, v, indices, is_set) => {
   else if (!is_object(a) && !is_array(a)) raise(13);
   else if (typeof a === "function") raise(438);
   else if (indices.length !== 1) raise(450);
-  else a[key_of(indices[0])] = v;
+  else a[key_of(indices[0])] = pin(v);
 };
 // What is stepped through, as For Each reads an array: its length before each step, then the element. Only then the
 // next step is made.

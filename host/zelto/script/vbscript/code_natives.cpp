@@ -10,13 +10,15 @@
 namespace zelto::script::vbscript {
 namespace {
 
-// compile(text, kind, names): what eval takes, or the number of what is wrong with the text.
+// compile(text, kind, names, counts): what eval takes, or the number of what is wrong with the text.
 JSValueRef compile(JSContextRef ctx, JSObjectRef, JSObjectRef, std::size_t count, const JSValueRef* values,
                    JSValueRef*) {
-  if (count < 3) return JSValueMakeUndefined(ctx);
+  if (count < 4) return JSValueMakeUndefined(ctx);
   const auto kind = static_cast<zelto::vbscript::FragmentKind>(JSValueToNumber(ctx, values[1], nullptr));
   try {
-    return string_value(ctx, zelto::vbscript::compile_fragment(text_of(ctx, values[0]), kind, text_of(ctx, values[2])));
+    const bool counts = JSValueToBoolean(ctx, values[3]);
+    return string_value(
+        ctx, zelto::vbscript::compile_fragment(text_of(ctx, values[0]), kind, text_of(ctx, values[2]), counts));
   } catch (const zelto::vbscript::CompileError& error) {
     return JSValueMakeNumber(ctx, static_cast<int>(error.fault));
   }

@@ -45,7 +45,14 @@
 //   "class_initialize"(),         called by make(Class), where they are
 //   "class_terminate"()
 // What is private has any other key with a blank in it. A key "constructor" must be computed. make(Class) is New.
-// hold(o) and drop(o) count references to an instance with a class_terminate; terminate() calls that of all that live.
+// terminate() calls class_terminate of all instances that have yet to end, in the order in which they were made.
+//
+// References: count() has a program's references to instances counted, so that they end with the last one; it comes
+// before all else. hold(v) is v, which somebody has from now on, and drop(v) says that one of these has it no more;
+// swap(x = hold(v), old, …) drops the second. keep(v) is v, which the statement has until it has ended: drain(base)
+// drops what `pool` has from that length on. after(base, v) is v, after that; settle(base) is the same after an error.
+// What is made, and the result of a procedure, is in the pool already. leave(base, result, [variables], failure) ends a
+// procedure that began with a pool of that length, where `failure` is undefined or { error }.
 //
 // Errors: raise(number, description) throws a VbError. caught(e) fills err, the Err object, from whatever was thrown;
 // it throws e anew where that may not be caught. clear() is what leaving a procedure and On Error do to it.

@@ -16,11 +16,10 @@ const forn = (from, to, step) => {
   return { at, to: last, step: by, box: n => number_of_kind(counted, n) };
 };
 const ref = (get, set) => new Ref(get, set);
-const temp = v => new Temp(v);
 const refix = (a, ...indices) =>
   new Ref(() => ix(a, ...indices), v => { is_object(v) ? setix(a, v, ...indices) : putix(a, v, ...indices); });
 // A parameter that is assigned to, by reference and by value.
-const arg = v => is_reference(v) ? v : new Temp(v);
+const arg = v => is_reference(v) ? v : temp(v);
 const own = v => {
   const given = plain(v);
   return given instanceof VbArray ? copy_of_array(given) : given;
@@ -47,7 +46,7 @@ const made = name => {
 const unknown = name => declared[name.toLowerCase()] === undefined ? raise(500, name) : undefined;
 // Of Eval, Execute and ExecuteGlobal.
 const compile = (code, kind, names) => {
-  const made = native.compile(text_of(value_of(code)), kind, declared_names + names);
+  const made = native.compile(text_of(value_of(code)), kind, declared_names + names, is_counting);
   if (typeof made === "string") return made;
   throw new VbError(made, native.compile_words(made), "Microsoft VBScript compilation error");
 };
@@ -71,7 +70,8 @@ const fn = {
 const vb = {
   __proto__: null, nothing, missing, add, sub, mul, div, idiv, mod, pow, neg, cat, not, and, or, xor, eqv, imp, is, eq,
   ne, lt, gt, le, ge, cond, num, forn, val, setv, ref, temp, refix, arg, own, byref, dim, redim, erase, ix, putix, setix, ix1, put1, each,
-  get, call, ask, answer, answers, let: let_, set, create, Instance, VbArray, Double: Dbl, make, hold, drop, terminate,
+  get, call, ask, answer, answers, let: let_, set, create, Instance, VbArray, Double: Dbl, make, terminate,
+  count: count_references, hold, drop, keep, swap, pool, drain, after, settle, leave,
   raise, caught, not_begun, once, err, clear, fn, getref,
   regexp, write, out: write, text: page_text,
   compile, declare, made, unknown,
@@ -87,12 +87,13 @@ const begin = () => {
   seed = kFirstSeed;
   chosen_locale = 0;
   clear();
-  living.clear();
+  forget_references();
   answers.length = 0;
   forget_declared();
 };
 // What has a type of its own outside of the script: [type, value …]; undefined for anything else.
 const pack = v => {
+  if (v instanceof Instance) return void pin(v);
   if (v instanceof Cur) return [kCurrency, `${v.n}`];
   if (v instanceof Num) return [v.kind, v.v];
   if (v instanceof VbArray) return [kVariantArray, v.b, v.d];
@@ -136,14 +137,14 @@ const put_from_host = (o, name, is_set, v, ...given) => {
 const invoke_from_host = (f, self, ...given) => invoke(f, self, given);
 // An argument that its caller wants back.
 const lent = v => {
-  const made = new Temp(v);
+  const made = temp(v);
   made.given = v;
   return made;
 };
-const array = (bounds, elements) => new VbArray(elements, bounds, false);
+const array = (bounds, elements) => new_array(elements, bounds, false);
 
-for (const made of [Num, Lng, Dbl, Byt, Sng, Cur, Dat, ByteString, VbArray, Ref, Temp, Singular, VbError, Instance,
-  ErrObject, Items, Matches, SubMatches, Match, RegExpObject, Steps]) {
+for (const made of [Num, Lng, Dbl, Byt, Sng, Cur, Dat, ByteString, VbArray, Ref, Temp, CountedTemp, Singular, VbError,
+  Instance, ErrObject, Items, Matches, SubMatches, Match, RegExpObject, Steps]) {
   for (const key of Reflect.ownKeys(made.prototype)) {
     const { value } = Object.getOwnPropertyDescriptor(made.prototype, key);
     if (typeof value === "function") freeze(value);
@@ -164,7 +165,7 @@ std::u16string library_source() {
   for (const std::u16string_view part :
        {kValuesSource, kConversionsSource, kTextSource, kArithmeticSource, kLogicSource, kArraysSource, kMembersSource,
         kErrorsSource, kStringsSource, kBytesSource, kNumbersSource, kDatesSource, kDateTextSource, kFormatsSource,
-        kRegExpSource, kLibrarySource}) {
+        kRegExpSource, kLifetimesSource, kLibrarySource}) {
     source += part;
   }
   return source + u"})";

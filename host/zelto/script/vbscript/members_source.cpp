@@ -41,7 +41,7 @@ const invoke = (f, self, given) => {
   if (places === undefined) return apply(f, self, plain_arguments(given));
   return apply(f, self, given.map((v, i) => {
     if (!places.includes(i)) return plain(v);
-    return is_reference(v) ? v : new Temp(v);
+    return is_reference(v) ? v : temp(v);
   }));
 };
 const invoke_method = (f, self, given) =>
@@ -64,7 +64,7 @@ const put_member = (o, name, v, given, is_set) => {
   const names = keys_of(name), setter = is_set ? o[names.set] : o[names.let];
   if (setter !== undefined) return void invoke_method(setter, o, [...given, v]);
   if (!hasOwn(o, names.key)) return raise(438, name);
-  if (given.length === 0) o[names.key] = v;
+  if (given.length === 0) store(o, names.key, v);
   else if (is_set) setix(o[names.key], v, ...plain_arguments(given));
   else putix(o[names.key], v, ...plain_arguments(given));
 };
@@ -136,8 +136,11 @@ const put = (o, name, v, given, is_set) => {
   if (o instanceof Instance) put_member(o, name, v, given, is_set);
   else if (is_host(o)) native.put(o, name, v, ...plain_arguments(given));
   else if (!is_object(o) || o === nothing) need_object(o);
-  else if (given.length > 0) put_indexed(get_of_script(o, name, []), v, plain_arguments(given), is_set);
-  else o[name_in(o, name) ?? name] = v;
+  else put_in_script(o, name, v, given, is_set);
+};
+const put_in_script = (o, name, v, given, is_set) => {
+  if (given.length > 0) put_indexed(get_of_script(o, name, []), v, plain_arguments(given), is_set);
+  else o[name_in(o, name) ?? name] = pin(v);
 };
 const let_ = (o, name, v, ...given) => put(o, name, val(v), given, false);
 const set = (o, name, v, ...given) => put(o, name, setv(v), given, true);
@@ -162,34 +165,6 @@ const object_name = o => {
   if (o instanceof Instance) return o[" name"] ?? "Object";
   if (is_host(o)) return native.kind_name(o);
   return typeof o === "function" ? "Object" : "JScriptTypeInfo";
-};
-
-// --- instances; those that have something to do at their end live until they have done it
-
-const living = new Map();
-const make = made => {
-  const o = new made();
-  if (o.class_terminate !== undefined) living.set(o, 0);
-  if (o.class_initialize !== undefined) o.class_initialize();
-  return o;
-};
-const hold = o => {
-  if (o instanceof Instance && living.has(o)) living.set(o, living.get(o) + 1);
-  return o;
-};
-const drop = o => {
-  if (!(o instanceof Instance) || !living.has(o)) return;
-  const count = living.get(o) - 1;
-  living.set(o, count);
-  if (count > 0) return;
-  living.delete(o);
-  o.class_terminate();
-};
-const terminate = () => {
-  for (const [o] of living) {
-    living.delete(o);
-    o.class_terminate();
-  }
 };
 
 // No class of that name, or one that cannot be made.

@@ -13,6 +13,7 @@ extern const std::u16string_view kLogicSource;
 extern const std::u16string_view kArraysSource;
 extern const std::u16string_view kMembersSource;
 extern const std::u16string_view kErrorsSource;
+extern const std::u16string_view kLifetimesSource;
 extern const std::u16string_view kStringsSource;
 extern const std::u16string_view kBytesSource;
 extern const std::u16string_view kNumbersSource;

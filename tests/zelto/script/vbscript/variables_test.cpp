@@ -14,11 +14,11 @@ class VbVariables : public VbLibraryTest {
         L" all.push(c.box === undefined ? n : c.box(n)); return array(...all, all.length && typename(all[0])); "
         L"})()");
   }
-  // An instance with an end, told in `said`.
+  // An instance with an end, told in `said`, of a program that counts references.
   std::string ended(std::wstring_view statements) {
     return shown(
         L"(() => { let said = ''; class C extends Instance { class_initialize() { said += 'begin '; }"
-        L" class_terminate() { said += 'end '; } } const x = make(C); " +
+        L" class_terminate() { said += 'end '; } } count(); const x = make(C); " +
         std::wstring(statements) + L"; return said; })()");
   }
 };
@@ -62,12 +62,21 @@ TEST_F(VbVariables, AreCountedByTheKindOfTheFirstValue) {
   EXPECT_EQ("error 13", counted(L"1, 'x'"));
 }
 
+// The statement that makes it has it until it is drained.
 TEST_F(VbVariables, ThatHeldAnInstanceEndItWithTheLastReference) {
-  EXPECT_EQ("String begin ", ended(L"hold(x); hold(x); drop(x)"));
-  EXPECT_EQ("String begin end ", ended(L"hold(x); hold(x); drop(x); drop(x)"));
-  EXPECT_EQ("String begin end ", ended(L"hold(x); drop(x); drop(x); terminate()"));
+  EXPECT_EQ("String begin ", ended(L"hold(x); drop(x)"));
+  EXPECT_EQ("String begin end ", ended(L"drain(0)"));
+  EXPECT_EQ("String begin ", ended(L"hold(x); hold(x); drain(0); drop(x)"));
+  EXPECT_EQ("String begin end ", ended(L"hold(x); hold(x); drain(0); drop(x); drop(x)"));
+  EXPECT_EQ("String begin end ", ended(L"hold(x); drain(0); drop(x); terminate()"));
   EXPECT_EQ("String begin end ", ended(L"hold(x); terminate(); terminate()"));
   EXPECT_EQ("String begin ", ended(L"hold(nothing); drop(5); drop(undefined)"));
+}
+
+TEST_F(VbVariables, HoldInstancesToTheEndWhereNobodyCounts) {
+  EXPECT_EQ("String end ", shown(L"(() => { let said = ''; class C extends Instance { class_terminate() { said += "
+                                 L"'end '; } } const x = make(C); hold(x); drop(x); drop(x); drain(0); "
+                                 L"const before = said; terminate(); return before + said; })()"));
 }
 
 TEST_F(VbVariables, OfOnePageAreForgottenByTheNext) {
