@@ -199,7 +199,11 @@ void Emitter::count(Statement& s, const std::wstring& text, bool is_counting) {
   std::wstring test = text + (step < 0 ? L" >= " : L" <= ") + limit;
   if (!has_literal_step) test = fmt::format(L"({0} < 0 ? {1} >= {2} : {1} <= {2})", by, text, limit);
   const std::wstring sum = (is_counting ? text : library(L"num") + L"(" + text + L")") + L" + " + by;
-  loop(s, begin, test, fmt::format(L"{0} = {1} === undefined ? {2} : {1}({2})", text, box, sum), limit);
+  // What the loop's statements made of it keeps its kind.
+  const std::wstring next =
+      is_counting ? sum
+                  : fmt::format(L"typeof {0} === \"number\" ? {1} : {2}({0}, {3})", text, sum, library(L"next"), by);
+  loop(s, begin, test, fmt::format(L"{0} = {1} === undefined ? {2} : {1}({3})", text, box, next, sum), limit);
 }
 
 void Emitter::loop(Statement& s, const Emit& begin, const std::wstring& test, const std::wstring& next,

@@ -228,7 +228,9 @@ void Emitter::declare_top(std::wstring& text) {
 std::wstring Emitter::named_procedures() {
   std::vector<std::wstring> entries{L"__proto__: null"};
   for (const auto& [folded, symbol] : names_.top.names) {
-    if (symbol.kind == Symbol::procedure) entries.push_back(fmt::format(L"[\"{}\"]: {}", folded, symbol.text));
+    if (symbol.kind == Symbol::procedure) {
+      entries.push_back(fmt::format(L"[\"{}\"]: {}({})", folded, library(L"exact"), symbol.text));
+    }
     if (symbol.kind == Symbol::script) {
       entries.push_back(fmt::format(L"[\"{0}\"]: typeof {1} === \"function\" ? {1} : undefined", folded, symbol.text));
     }

@@ -135,6 +135,10 @@ TEST_F(VbScriptValues, TellDoublesThatLoopsMake) {
       {"For i = 1 To 1 : y = 6 / 2 : a = Array(y, y * 2) : Next : Response.Write TypeName(a(0)) & a(1) & "
        "TypeName(a(1))",
        "Double6Double"},
+      {"For y = 1 To 2 : y = y + 2 / 2 : Next : Response.Write y & TypeName(y)", "3Double"},
+      {"For y = 1 To 9 : y = CCur(y) : Next : Response.Write y & TypeName(y)", "10Currency"},
+      {"For y = 1 To 9 : y = \"4\" : If n = 2 Then Exit For\nn = n + 1 : Next : Response.Write n & y", "24"},
+      {"For y = 1 To 9 Step 2 : y = CDate(y) : Next : Response.Write TypeName(y)", "Date"},
       {"For i = 1 To 2 : y = 2.0 : y = y + i : Next : For i = 1 To 1 : y = y / 1 : Next : Response.Write y & "
        "TypeName(y)",
        "4Double"},

@@ -149,7 +149,7 @@ const indexed = (a, indices) => {
   if (is_host(a)) return native.invoke(a, undefined, ...plain_arguments(indices));
   if (a === nothing) return raise(91);
   if (a instanceof Instance) return default_of(a, indices);
-  if (typeof a === "function") return invoke(a, undefined, indices);
+  if (typeof a === "function") return invoke_value(a, undefined, indices);
   return indices.length === 1 ? a[key_of(indices[0])] : raise(450);
 };
 const put_indexed = (a, v, indices, is_set) => {

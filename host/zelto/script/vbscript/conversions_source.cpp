@@ -60,10 +60,15 @@ const plain_number = text => {
   }
   return digits > 0 ? +text : undefined;
 };
+// Undefined where it is none, Infinity where it is too large.
 const number_in = text => plain_number(text) ?? native.parse_number(text, locale());
 const number_of_text = text => {
   const n = number_in(text);
-  return n === undefined ? raise(13) : n;
+  return n === undefined ? raise(13) : n === Infinity ? raise(6) : n;
+};
+const is_number_text = text => {
+  const n = number_in(text);
+  return n !== undefined && n !== Infinity;
 };
 // Of a value that is no object.
 const number_of = v => {
@@ -197,7 +202,7 @@ const inspections = {
     if (typeof v === "number" || typeof v === "boolean" || v === undefined) return true;
     if (is_object(v) && !has_default(v)) return false;
     const value = value_of(v);
-    if (typeof value === "string") return number_in(value) !== undefined;
+    if (typeof value === "string") return is_number_text(value);
     return value !== null && (typeof value !== "object" || (value instanceof Num && !(value instanceof Dat)));
   },
   isobject: is_object,

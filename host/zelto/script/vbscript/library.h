@@ -19,7 +19,8 @@
 // Operators: add sub mul div idiv mod pow neg cat, not and or xor eqv imp, is, eq ne lt gt le ge (a, b, written) where
 // `written` is 1 if one operand is a number or date that is written down as such, and 2 if it is a text. cond(v) is the
 // boolean of a condition. num(v) is a JavaScript number, forn(from, to, step) what a For loop counts: { at, to, step,
-// box }, of numbers, where `box` is undefined or the function that makes of one what the counter is.
+// box }, of numbers, where `box` is undefined or the function that makes of one what the counter is; next(v, step) is
+// the next value of a counter that the loop's statements have changed.
 //
 // Variables: val(v) is what Let assigns, setv(v) what Set does. ref(get, set) and temp(v) are arguments by reference,
 // objects with the accessor `v`; refix(a, ...i) is one to an element. arg(v) and own(v) are what a parameter is, by
@@ -59,9 +60,9 @@
 //
 // Code of text: compile(text, kind, names) is what eval takes: vbscript/fragment.h.
 //
-// Functions: fn.left, fn.instr …, by their names in small letters; getref(f); regexp() is a new RegExp.
-// write(v) is Response.Write(v), out(v) is `<%= v %>`, text(v) the text
-// that they write.
+// Functions: fn.left, fn.instr …, by their names in small letters; getref(f), where exact(f) is a procedure, which does
+// not take any number of arguments; regexp() is a new RegExp. write(v) is Response.Write(v), out(v) is `<%= v %>`,
+// text(v) the text that they write.
 #pragma once
 
 #include <array>

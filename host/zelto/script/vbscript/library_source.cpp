@@ -15,6 +15,11 @@ const forn = (from, to, step) => {
   const counted = is_plain ? kDouble : kind;
   return { at, to: last, step: by, box: n => number_of_kind(counted, n) };
 };
+// What Next makes of a counter that the loop's statements have changed.
+const next = (v, by) => {
+  const value = value_of(v);
+  return value === null ? raise(94) : add(value, by);
+};
 const ref = (get, set) => new Ref(get, set);
 const refix = (a, ...indices) =>
   new Ref(() => ix(a, ...indices), v => { is_object(v) ? setix(a, v, ...indices) : putix(a, v, ...indices); });
@@ -40,7 +45,7 @@ const forget_declared = () => {
 };
 const made = name => {
   const known = declared[text_of(value_of(name)).toLowerCase()], found = known && globalThis[known];
-  return typeof found === "function" ? found : undefined;
+  return typeof found === "function" ? exact(found) : undefined;
 };
 // Under Option Explicit: a name that may have been declared since.
 const unknown = name => declared[name.toLowerCase()] === undefined ? raise(500, name) : undefined;
@@ -69,10 +74,10 @@ const fn = {
 };
 const vb = {
   __proto__: null, nothing, missing, add, sub, mul, div, idiv, mod, pow, neg, cat, not, and, or, xor, eqv, imp, is, eq,
-  ne, lt, gt, le, ge, cond, num, forn, val, setv, ref, temp, refix, arg, own, byref, dim, redim, erase, ix, putix, setix, ix1, put1, each,
+  ne, lt, gt, le, ge, cond, num, forn, next, val, setv, ref, temp, refix, arg, own, byref, dim, redim, erase, ix, putix, setix, ix1, put1, each,
   get, call, ask, answer, answers, let: let_, set, create, Instance, VbArray, Double: Dbl, make, terminate,
   count: count_references, hold, drop, keep, swap, pool, drain, after, settle, leave,
-  raise, caught, not_begun, once, err, clear, fn, getref,
+  raise, caught, not_begun, once, err, clear, fn, getref, exact,
   regexp, write, out: write, text: page_text,
   compile, declare, made, unknown,
   // Of plain numbers.

@@ -44,6 +44,10 @@ const invoke = (f, self, given) => {
     return is_reference(v) ? v : temp(v);
   }));
 };
+// What stands in a variable. What GetRef gives of a procedure takes as many arguments as that has, a function of
+// JavaScript any number.
+const invoke_value = (f, self, given) =>
+  f[" exact"] === undefined || given.length === f.length ? invoke(f, self, given) : raise(450);
 const invoke_method = (f, self, given) =>
   given.length === f.length || f[" any"] !== undefined ? invoke(f, self, given) : raise(450);
 
@@ -88,7 +92,7 @@ const get_of_script = (o, name, given) => {
   const own = name_in(o, name);
   if (own === undefined) return raise(438, name);
   const member = o[own];
-  if (typeof member === "function" && !is_host(member)) return invoke(member, o, given);
+  if (typeof member === "function" && !is_host(member)) return invoke_value(member, o, given);
   return given.length === 0 ? member : ix(member, ...plain_arguments(given));
 };
 const need_object = o => o === nothing ? raise(91) : raise(424);
@@ -149,7 +153,7 @@ const default_value = o => {
   if (o === nothing) return raise(91);
   if (o instanceof Instance) return default_of(o, []);
   if (is_host(o)) return native.default_value(o);
-  if (typeof o === "function") return invoke(o, undefined, []);
+  if (typeof o === "function") return invoke_value(o, undefined, []);
   if (o instanceof Date) return date_of(native.date_of(o));
   const value = typeof o.valueOf === "function" ? o.valueOf() : o;
   return typeof value === "object" || typeof value === "function" ? String(value) : value;
@@ -181,6 +185,7 @@ const create = name => {
   }
 };
 const getref = f => typeof f === "function" && !is_host(f) ? f : raise(5);
+const exact = f => f[" exact"] === undefined ? defineProperty(f, " exact", { value: true }) : f;
 )js";
 
 }  // namespace zelto::script::vbscript

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cmath>
 #include <ctime>
-#include <optional>
+#include <limits>
 
 #include "base/serial_date.h"
 #include "script/callback.h"
@@ -39,29 +39,27 @@ std::wstring neutral_text(Realm& realm, JSValueRef text, JSValueRef lcid) {
   return made;
 }
 
-std::optional<CComVariant> read_as(VARTYPE type, std::wstring_view text) {
-  CComVariant value(text);
-  if (SUCCEEDED(value.change_type(type))) return value;
-  return std::nullopt;
-}
-
-// parse_number(text, lcid): undefined where it is none.
+// parse_number(text, lcid): undefined where it is none, Infinity where it is too large.
 JSValueRef parse_number(Realm& realm, const JSValueRef* values, JSValueRef*) {
-  const auto read = read_as(VT_R8, neutral_text(realm, values[0], values[1]));
-  return read ? number_value(realm, read->dblVal) : nullptr;
+  CComVariant read(neutral_text(realm, values[0], values[1]));
+  const HRESULT hr = read.change_type(VT_R8);
+  if (hr == DISP_E_OVERFLOW) return number_value(realm, std::numeric_limits<double>::infinity());
+  return SUCCEEDED(hr) ? number_value(realm, read.dblVal) : nullptr;
 }
 
-// The same, but in ten-thousandths, as text.
-JSValueRef parse_currency(Realm& realm, const JSValueRef* values, JSValueRef*) {
-  const auto read = read_as(VT_CY, neutral_text(realm, values[0], values[1]));
-  return read ? string_value(realm.context(), std::to_wstring(read->cyVal.int64)) : nullptr;
+// The same, but in ten-thousandths, as text; fails where it is too large.
+JSValueRef parse_currency(Realm& realm, const JSValueRef* values, JSValueRef* exception) {
+  CComVariant read(neutral_text(realm, values[0], values[1]));
+  const HRESULT hr = read.change_type(VT_CY);
+  if (hr == DISP_E_OVERFLOW) return realm.errors().raise(hr, {}, exception);
+  return SUCCEEDED(hr) ? string_value(realm.context(), std::to_wstring(read.cyVal.int64)) : nullptr;
 }
 
 // parse_date(text): the month comes first, whatever the locale.
 JSValueRef parse_date(Realm& realm, const JSValueRef* values, JSValueRef*) {
   const std::wstring text = text_of(realm.context(), values[0]);
-  const auto read = read_as(VT_DATE, text);
-  return read ? number_value(realm, read->date) : nullptr;
+  CComVariant read(text);
+  return SUCCEEDED(read.change_type(VT_DATE)) ? number_value(realm, read.date) : nullptr;
 }
 
 JSValueRef date_text(Realm& realm, const JSValueRef* values, JSValueRef* exception) {
