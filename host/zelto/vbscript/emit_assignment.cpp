@@ -29,16 +29,23 @@ void Emitter::assign(Expression& target, bool is_set, const Emit& value) {
     case Expression::call:
       return assign_call(target, is_set, value);
     case Expression::member:
-      put(library(is_set ? L"set" : L"let") + L"(");
-      member_object(target, false);
-      put(L", ");
-      out_.put_string(target.text);
-      put(L", ");
-      value();
-      return put(L")");
+      return assign_member(target, is_set, value);
     default:
       return put(library(L"raise") + L"(501)");
   }
+}
+
+void Emitter::assign_member(Expression& target, bool is_set, const Emit& value) {
+  const std::wstring quick = is_set ? std::wstring() : quick_let(target);
+  put((quick.empty() ? library(is_set ? L"set" : L"let") : quick) + L"(");
+  member_object(target, false);
+  put(L", ");
+  if (quick.empty()) {
+    out_.put_string(target.text);
+    put(L", ");
+  }
+  value();
+  put(L")");
 }
 
 void Emitter::assign_name(Expression& target, bool is_set, const Emit& value) {

@@ -293,11 +293,16 @@ void Emitter::call_member(Expression& e, Expression& member, bool is_statement) 
   if (places != 0) put(L"(");
   if (!result.empty()) put(result + L" = ");
   if (counts_ && !is_statement) put(library(L"keep") + L"(");
-  put(library(asks ? L"ask" : is_statement ? L"call" : L"get") + L"(");
+  const bool may_be_own = !is_known || member.parts[0]->kind == Expression::me;
+  const std::wstring quick =
+      may_be_own && !hands_reference(e, is_reference) ? quick_call(e, member, places) : std::wstring();
+  put((!quick.empty() ? quick : library(asks ? L"ask" : is_statement ? L"call" : L"get")) + L"(");
   member_object(member, e.kind != Expression::call || are_still(e));
-  put(L", ");
-  out_.put_string(member.text);
-  if (asks) put(fmt::format(L", {}", places));
+  if (quick.empty()) {
+    put(L", ");
+    out_.put_string(member.text);
+    if (asks) put(fmt::format(L", {}", places));
+  }
   if (e.kind == Expression::call && e.parts.size() > 1) {
     put(L", ");
     arguments(e, is_reference);

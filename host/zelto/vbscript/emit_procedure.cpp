@@ -158,6 +158,7 @@ void Emitter::class_(const ClassInfo& info, Class& tree) {
         fmt::format(L"{}(this.prototype[\"{}\"], {}); ", library(L"byref"), member.text, places_of(member.references)));
   }
   out_.at(tree.end);
+  quick_members(info);
   if (!references.empty()) {
     put(L"static { ");
     for (const std::wstring& one : references) put(one);
@@ -257,6 +258,9 @@ std::wstring Emitter::head() {
   }
   for (const std::wstring& one : operations_) text += fmt::format(L", ${} = {}", one, operation_of(one)->text);
   for (std::size_t i = 0; i < boxes_.size(); ++i) text += fmt::format(L", $n{} = {}", i, boxes_[i]);
+  for (std::size_t i = 0; i < member_functions_.size(); ++i) {
+    text += fmt::format(L", $m{} = {}", i, member_functions_[i]);
+  }
   if (names_top_) text += L", $names = " + top;
   if (uses_me_) text += L", $me = this";
   text += named + L"; ";

@@ -6,7 +6,8 @@
 //   calculated at once, and its result made an object where that must be. An operand of any other kind, or what cannot
 //   be calculated, leads to NaN or Infinity, and then the library does all of it anew, step by step: so no operand may
 //   do anything but be read, and nothing in between may hide that it is infinite.
-// - A variable that a loop assigns such results to has a plain number also where that is a whole one. A second variable
+// - A variable that a loop assigns such results to, or sums of the elements of an array, has a plain number also where
+// that is a whole one. A second variable
 //   beside it, its mark, then tells that the number is a Double; whoever reads the variable makes the object. That is
 //   for variables that nothing but the statements of their procedure can see, in scripts that count no references.
 #include <fmt/xchar.h>
@@ -75,6 +76,13 @@ void add_outer_names(const ProcedureInfo& from, std::set<std::wstring>* folded) 
   }
 }
 
+// Of one that may be a Double.
+bool takes_element(const Expression& e) {
+  return e.kind == Expression::call ||
+         (e.kind != Expression::name &&
+          std::ranges::any_of(e.parts, [](const auto& part) { return takes_element(*part); }));
+}
+
 }  // namespace
 
 Real Emitter::real_of(Expression& e) {
@@ -121,7 +129,7 @@ Real Emitter::real_of_call(const Expression& e) {
     const bool is_real = folded == L"cdbl" || !plain_function(folded).empty();
     return is_real && e.parts.size() == 2 ? Real::surely : Real::no;
   }
-  return plain_variable(callee).empty() ? Real::no : Real::element;
+  return plain_variable(callee).empty() ? Real::no : Real::maybe;
 }
 
 Real Emitter::real_of_operation(Expression& e) {
@@ -143,7 +151,7 @@ Real Emitter::real_of_operation(Expression& e) {
     case Operator::idiv:
     case Operator::mod:
       // Of a Double a Long, whose kind a mark does not tell.
-      return is_positive_literal(*e.parts[1]) && type_of(*e.parts[1]) == Type::integer ? Real::element : Real::no;
+      return is_positive_literal(*e.parts[1]) && type_of(*e.parts[1]) == Type::integer ? Real::mixed : Real::no;
     default:
       return Real::no;
   }
@@ -197,23 +205,32 @@ void Emitter::plain_call(Expression& e) {
   const bool is_function = !is_own_name(folded);
   if (is_function && plain_function(folded).empty()) return plain_number(*e.parts[1]);  // CDbl
   if (!is_function) library(L"VbArray");
-  put(library(is_function ? std::wstring(plain_function(folded)) : L"real" + count_of_plain(e)) + L"(");
+  const std::wstring element = is_function || !elements_ ? std::wstring() : temporary();
+  auto* const outer = std::exchange(elements_, nullptr);  // an index tells nothing of the kind
+  if (!element.empty()) put(L"(typeof (" + element + L" = ");
+  const std::wstring finding = (element.empty() ? L"real" : L"at") + count_of_plain(e);
+  put(library(is_function ? std::wstring(plain_function(folded)) : finding) + L"(");
   if (!is_function) put(plain_variable(callee) + L", ");
   for (std::size_t i = 1; i < e.parts.size(); ++i) {
     if (i > 1) put(L", ");
     plain_number(*e.parts[i]);
   }
   put(L")");
+  elements_ = outer;
+  if (element.empty()) return;
+  put(fmt::format(L") === \"number\" ? {0} : {1}({0}))", element, library(L"real")));
+  elements_->push_back(element);
 }
 
-// Which of its operands may tell that the result is a Double.
+// Which of its operands may tell that the result is a Double. Elements do so themselves, and no index does.
 void Emitter::find_operands(const Expression& e, std::set<std::wstring>* folded) const {
+  if (e.kind == Expression::call) return;
   if (e.kind == Expression::name && !plain_variable(e).empty()) folded->insert(base::folded(e.text));
   for (const ExpressionPtr& part : e.parts) find_operands(*part, folded);
 }
 
 // A whole number is a Double where an operand is one.
-std::wstring Emitter::mark_of_result(Expression& e) {
+std::wstring Emitter::mark_of_result(Expression& e, const std::vector<std::wstring>& elements) {
   if (real_of(e) == Real::surely) return L"true";
   std::set<std::wstring> operands;
   find_operands(e, &operands);
@@ -224,6 +241,10 @@ std::wstring Emitter::mark_of_result(Expression& e) {
     if (!text.empty()) text += L" || ";
     if (doubles_.contains(one)) text += mark_of(name) + L" || ";
     text += fmt::format(L"({0} | 0) !== {0}", name);
+  }
+  for (const std::wstring& one : elements) {
+    if (!text.empty()) text += L" || ";
+    text += fmt::format(L"typeof {0} !== \"number\" || ({0} | 0) !== {0}", one);
   }
   return text.empty() ? L"false" : text;
 }
@@ -246,7 +267,8 @@ std::set<std::wstring> Emitter::names_seen_elsewhere() {
   return seen;
 }
 
-// Variables that loops assign Doubles to: results that surely are such, or are made of such a variable.
+// Variables that loops assign Doubles to: results that surely are such, are made of such a variable, or sum up elements
+// of an array.
 std::set<std::wstring> Emitter::find_doubles() {
   constexpr int kMostRounds = 8;  // a longer chain of variables has objects at its end
   const ProcedureInfo& in = *procedure_;
@@ -266,7 +288,8 @@ std::set<std::wstring> Emitter::find_doubles() {
       if (real_of(value) == Real::maybe) find_operands(value, &operands);
       const bool takes_one =
           std::ranges::any_of(operands, [&](const std::wstring& name) { return found.contains(name); });
-      if (real_of(value) != Real::surely && !takes_one) continue;
+      const bool sums_up = real_of(value) == Real::maybe && value.kind == Expression::operation && takes_element(value);
+      if (real_of(value) != Real::surely && !takes_one && !sums_up) continue;
       found.insert(let.name);
       has_changed = true;
     }
@@ -297,9 +320,12 @@ void Emitter::let_double(const Expression& target, Expression& e) {
   const bool is_plain = real == Real::surely || real == Real::maybe;
   if (is_plain) {
     const std::wstring result = temporary();
+    std::vector<std::wstring> elements;
+    auto* const outer = std::exchange(elements_, real == Real::maybe ? &elements : nullptr);
     put(L"(" + result + L" = ");
     plain_number(e);
-    put(fmt::format(L") - {0} === 0 ? ({1} = {2}, {3} = {0}) : (", result, mark, mark_of_result(e), text));
+    elements_ = outer;
+    put(fmt::format(L") - {0} === 0 ? ({1} = {2}, {3} = {0}) : (", result, mark, mark_of_result(e, elements), text));
   }
   const bool was_stepwise = std::exchange(is_stepwise_, is_plain || is_stepwise_);
   put(text + L" = ");

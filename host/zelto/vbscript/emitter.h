@@ -14,8 +14,9 @@
 namespace zelto::vbscript {
 
 // What is generated has names with a dollar in front, which no name of a script has: $add and the like are those of the
-// library (script/vbscript/library.h), $f_left its functions, $t1 values between statements, $L1 labels, $r the result
-// of a function, $d_x whether the number in x is a Double, $resume whether the next statement follows a failing one.
+// library (script/vbscript/library.h), $f_left its functions, $m1 what calls a member, $t1 values between statements,
+// $L1 labels, $r the result of a function, $d_x whether the number in x is a Double, $resume whether the next statement
+// follows a failing one.
 class Emitter {
  public:
   // `is_alone`: nothing but this script knows its variables.
@@ -79,7 +80,7 @@ class Emitter {
   void plain_call(Expression& e);
   void find_operands(const Expression& e, std::set<std::wstring>* folded) const;
   static std::wstring mark_of(std::wstring_view text) { return L"$d_" + std::wstring(text); }
-  std::wstring mark_of_result(Expression& e);
+  std::wstring mark_of_result(Expression& e, const std::vector<std::wstring>& elements);
   std::set<std::wstring> find_doubles();
   std::set<std::wstring> names_seen_elsewhere();
   void begin_doubles();
@@ -117,8 +118,15 @@ class Emitter {
   void get_reference(Expression& e);
   void own_member(const ClassInfo::Member& member, Expression& e, bool has_arguments);
 
+  // --- members of the script's own classes: emit_members.cpp
+  std::wstring member_function(const std::wstring& text);
+  std::wstring quick_call(const Expression& e, const Expression& member, unsigned places);
+  std::wstring quick_let(const Expression& member);
+  void quick_members(const ClassInfo& info);
+
   // --- assignments: emit_assignment.cpp
   void assign(Expression& target, bool is_set, const Emit& value);
+  void assign_member(Expression& target, bool is_set, const Emit& value);
   void assign_name(Expression& target, bool is_set, const Emit& value);
   void assign_call(Expression& target, bool is_set, const Emit& value);
   bool assign_own_member(const ClassInfo::Member* member, Expression* arguments, bool is_set, const Emit& value);
@@ -200,16 +208,18 @@ class Emitter {
   std::set<std::wstring> library_;
   std::set<std::wstring> operations_;
   std::set<std::wstring> functions_;
-  std::vector<std::wstring> boxes_;           // how they are made
+  std::vector<std::wstring> boxes_;  // how they are made
+  std::vector<std::wstring> member_functions_;
   std::vector<std::wstring> temporaries_;     // of the procedure
   std::vector<std::wstring> top_variables_;   // those of Dim with what they begin as
   std::vector<std::wstring> top_references_;  // calls that tell which parameters are references
   std::vector<std::wstring> withs_;
-  std::vector<std::wstring> holders_;      // what holds an object for the statements around
-  std::vector<std::wstring> all_holders_;  // of the procedure
-  std::vector<std::wstring> steady_;       // folded names that nothing but a loop around changes
-  std::set<std::wstring> doubles_;         // folded names of variables that have marks
-  std::vector<std::wstring> counters_;     // folded names that are known to be integers here
+  std::vector<std::wstring> holders_;              // what holds an object for the statements around
+  std::vector<std::wstring> all_holders_;          // of the procedure
+  std::vector<std::wstring> steady_;               // folded names that nothing but a loop around changes
+  std::set<std::wstring> doubles_;                 // folded names of variables that have marks
+  std::vector<std::wstring> counters_;             // folded names that are known to be integers here
+  std::vector<std::wstring>* elements_ = nullptr;  // where what tells their kind goes: elements as they are stored
   struct Loop {
     bool is_for;
     std::wstring label;

@@ -69,6 +69,9 @@ void add_elements(Operations* all) {
   all->emplace(L"real1", Operation{fmt::format(L"(a, i) => {} ? $real(a.d[i]) : NaN", element()), L"real"});
   all->emplace(L"real2",
                Operation{fmt::format(L"(a, i, j) => {} ? $real(a.d[j * a.m + i]) : NaN", element_of_two()), L"real"});
+  all->emplace(L"at1", Operation{fmt::format(L"(a, i) => {} ? a.d[i] : undefined", element()), kNeeds});
+  all->emplace(L"at2",
+               Operation{fmt::format(L"(a, i, j) => {} ? a.d[j * a.m + i] : undefined", element_of_two()), kNeeds});
   all->emplace(L"ix1", Operation{fmt::format(L"(a, i) => {} ? a.d[i] : $zelto_vb.ix1(a, i)", element()), kNeeds});
   all->emplace(
       L"ix2",

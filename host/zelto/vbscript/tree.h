@@ -54,9 +54,9 @@ enum class Type : unsigned char {
 // Whether an expression of plain numbers gives a Double.
 enum class Real : unsigned char {
   unknown,
-  no,       // what it is made of may be anything
-  maybe,    // where one of its variables is a Double
-  element,  // likewise of what has no mark: an element of an array, the result of Mod
+  no,     // what it is made of may be anything
+  maybe,  // where one of its variables, or of its elements of arrays, is a Double
+  mixed,  // likewise of what has no mark: the result of Mod
   surely,
 };
 

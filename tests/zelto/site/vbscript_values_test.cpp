@@ -139,6 +139,26 @@ TEST_F(VbScriptValues, TellDoublesThatLoopsMake) {
       {"For y = 1 To 9 : y = CCur(y) : Next : Response.Write y & TypeName(y)", "10Currency"},
       {"For y = 1 To 9 : y = \"4\" : If n = 2 Then Exit For\nn = n + 1 : Next : Response.Write n & y", "24"},
       {"For y = 1 To 9 Step 2 : y = CDate(y) : Next : Response.Write TypeName(y)", "Date"},
+      {"a = Array(1, 2, 3) : For i = 0 To 2 : y = y + a(i) : Next : Response.Write y & TypeName(y)", "6Integer"},
+      {"a = Array(1, 4 / 2, 3) : For i = 0 To 2 : y = y + a(i) : t = t & y & TypeName(y) : Next : Response.Write t",
+       "1Integer3Double6Double"},
+      {"a = Array(0.5, 1.5) : For i = 0 To 1 : y = a(i) - y : Next : Response.Write y & TypeName(y)", "1Double"},
+      {"a = Array(5, 6, 7) : b = Array(4 / 2, 2 / 2, 0) : For i = 0 To 2 : y = y + a(b(i)) : Next\n"
+       "Response.Write y & TypeName(y)",
+       "18Integer"},
+      {"a = Array(\"x\", \"y\") : For i = 0 To 1 : y = y + a(i) : Next : Response.Write y & TypeName(y)", "xyString"},
+      {"a = Array(1, CCur(2)) : For i = 0 To 1 : y = y + a(i) : Next : Response.Write y & TypeName(y)", "3Currency"},
+      {"a = Array(1, Null, 2) : For i = 0 To 2 : y = y + a(i) : Next : Response.Write TypeName(y)", "Null"},
+      {"a = Array(1, Empty, True) : For i = 0 To 2 : y = y + a(i) : Next : Response.Write y & TypeName(y)", "0Integer"},
+      {"a = Array(1000000000, 2000000000) : For i = 0 To 1 : y = y + a(i) : Next : Response.Write y & TypeName(y)",
+       "3000000000Double"},
+      {"Dim m(1, 1) : m(0, 1) = 6 / 2 : m(1, 1) = 4\nFor i = 0 To 1 : y = y + m(i, 1) : Next\n"
+       "Response.Write y & TypeName(y)",
+       "7Double"},
+      {"a = Array(1, 2) : For i = 0 To 2 : y = y + a(i) : Next : Response.Write y", "3error 9"},
+      {"Set d = CreateObject(\"Scripting.Dictionary\") : d(0) = 4 : d(1) = 1 / 2 + 1 / 2\n"
+       "For i = 0 To 1 : y = y + d(i) : Next : Response.Write y & TypeName(y)",
+       "5Double"},
       {"For i = 1 To 2 : y = 2.0 : y = y + i : Next : For i = 1 To 1 : y = y / 1 : Next : Response.Write y & "
        "TypeName(y)",
        "4Double"},

@@ -25,7 +25,8 @@
 // Variables: val(v) is what Let assigns, setv(v) what Set does. ref(get, set) and temp(v) are arguments by reference,
 // objects with the accessor `v`; refix(a, ...i) is one to an element. arg(v) and own(v) are what a parameter is, by
 // reference and by value, that a procedure assigns to. byref(f, [0, 2]) answers f, whose parameters of these numbers
-// are such objects; who calls it by a value (get, call, ix) may give plain ones.
+// are such objects; who calls it by a value (get, call, ix) may give plain ones. again(prototype, "key", "other", …)
+// gives members of a class other names too, under which the compiled script asks for them first.
 //
 // Arrays: dim(fixed, ...upper), redim(old, preserve, ...upper) and erase(a) answer the array. ix(a, ...i) is what
 // parentheses behind a value mean: an element, the default member, a call. putix(a, v, ...i) and setix(a, v, ...i)

@@ -77,7 +77,7 @@ const vb = {
   ne, lt, gt, le, ge, cond, num, forn, next, val, setv, ref, temp, refix, arg, own, byref, dim, redim, erase, ix, putix, setix, ix1, put1, each,
   get, call, ask, answer, answers, let: let_, set, create, Instance, VbArray, Double: Dbl, make, terminate,
   count: count_references, hold, drop, keep, swap, pool, drain, after, settle, leave,
-  raise, caught, not_begun, once, err, clear, fn, getref, exact,
+  raise, caught, not_begun, once, err, clear, fn, getref, exact, again,
   regexp, write, out: write, text: page_text,
   compile, declare, made, unknown,
   // Of plain numbers.

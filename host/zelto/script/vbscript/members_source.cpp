@@ -25,6 +25,10 @@ const add_keys = name => {
   return keys_by_name[name] = { name, key, get: `get ${key}`, let: `let ${key}`, set: `set ${key}` };
 };
 
+// Members of a class a second time: each key with that of its other name.
+const again = (prototype, ...keys) => {
+  for (let i = 0; i < keys.length; i += 2) defineProperty(prototype, keys[i + 1], { value: prototype[keys[i]] });
+};
 const is_reference = v => v instanceof Ref || v instanceof Temp;
 const plain = v => is_reference(v) ? v.v : v;
 const plain_arguments = given => {
