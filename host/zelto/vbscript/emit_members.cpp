@@ -58,22 +58,24 @@ std::wstring Emitter::member_function(const std::wstring& text) {
   return L"$m" + std::to_wstring(number);
 }
 
-// What calls such a member of an object; empty where no class has it. The arguments in these places are variables, whose
-// new values an object of a component may answer.
+// What calls such a member of an object; empty where no class has it. The arguments in these places are variables,
+// whose new values an object of a component may answer.
 std::wstring Emitter::quick_call(const Expression& e, const Expression& member, unsigned places) {
   const std::size_t count = e.kind == Expression::call ? e.parts.size() - 1 : 0;
   const std::wstring folded = base::folded(member.text);
   const auto has_it = [&](const ClassInfo::Member& one) { return has_call(one, count); };
   const bool has_all = e.kind != Expression::call ||
                        std::ranges::all_of(e.parts, [](const ExpressionPtr& part) { return part != nullptr; });
-  if (is_fragment_ || counts_ || !has_all || count > kMostArguments || !is_in_a_class(names_, folded, has_it)) return {};
+  if (is_fragment_ || counts_ || !has_all || count > kMostArguments || !is_in_a_class(names_, folded, has_it))
+    return {};
   const std::wstring key = written(key_of_call(folded, count));
   const std::wstring_view parameters = kParameters[count];
   const std::wstring asked = places != 0 ? fmt::format(L", {}", places) : std::wstring();
-  return member_function(fmt::format(
-      L"(o{0}) => typeof o === \"object\" && o !== null && typeof o[{1}] === \"function\" ? o[{1}]({2}) : {3}(o, {4}{5}{0})",
-      parameters, key, count == 0 ? parameters : parameters.substr(2), library(places != 0 ? L"ask" : L"get"),
-      written(member.text), asked));
+  return member_function(
+      fmt::format(L"(o{0}) => typeof o === \"object\" && o !== null && typeof o[{1}] === \"function\" ? o[{1}]({2}) : "
+                  L"{3}(o, {4}{5}{0})",
+                  parameters, key, count == 0 ? parameters : parameters.substr(2),
+                  library(places != 0 ? L"ask" : L"get"), written(member.text), asked));
 }
 
 // The same of what assigns to it.
@@ -81,10 +83,10 @@ std::wstring Emitter::quick_let(const Expression& member) {
   const std::wstring folded = base::folded(member.text);
   if (is_fragment_ || counts_ || !is_in_a_class(names_, folded, has_let)) return {};
   const std::wstring key = written(key_of_let(folded));
-  return member_function(
-      fmt::format(L"(o, v) => typeof o === \"object\" && o !== null && typeof o[{0}] === \"function\" ? o[{0}]({1}(v)) : "
-                  L"{2}(o, {3}, v)",
-                  key, library(L"val"), library(L"let"), written(member.text)));
+  return member_function(fmt::format(
+      L"(o, v) => typeof o === \"object\" && o !== null && typeof o[{0}] === \"function\" ? o[{0}]({1}(v)) : "
+      L"{2}(o, {3}, v)",
+      key, library(L"val"), library(L"let"), written(member.text)));
 }
 
 // Behind the members of a class.

@@ -51,6 +51,20 @@ const code_in_page = code => {
   const at = code < 128 ? -1 : kWestern.indexOf(fromCharCode(code));
   return at >= 0 ? 128 + at : code <= 255 ? code : 63;
 };
+// The letters of ASCII by their codes, which is what most pages ask for.
+const kLetters = Array.from({ length: 128 }, (_, code) => fromCharCode(code));
+const asc = v => {
+  if (typeof v === "string" && v.length > 0) {
+    const code = v.charCodeAt(0);
+    if (code < 128) return code;
+  }
+  return code_in_page(first_code(v));
+};
+const chr = n => typeof n === "number" && (n | 0) === n && n >= 0 && n < 128 ? kLetters[n] : chr_of(int(n));
+const chr_of = code => {
+  if (code < 0 || code > 255) return raise(5);
+  return code >= 128 && code < 160 ? kWestern[code - 128] : fromCharCode(code);
+};
 const is_omitted = v => v === undefined || v === missing;
 
 // instr([start,] in, what [, mode])
@@ -180,13 +194,9 @@ const string_functions = {
     for (let i = s.length - 1; i >= 0; i--) made += s[i];
     return made;
   },
-  asc: v => code_in_page(first_code(v)),
+  asc,
   ascw: v => first_code(v) << 16 >> 16,
-  chr: n => {
-    const code = int(n);
-    if (code < 0 || code > 255) return raise(5);
-    return code >= 128 && code < 160 ? kWestern[code - 128] : fromCharCode(code);
-  },
+  chr,
   chrw: n => {
     const code = int(n);
     return code >= -32768 && code <= 65535 ? fromCharCode(code & 65535) : raise(5);
